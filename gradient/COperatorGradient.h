@@ -1,0 +1,101 @@
+#pragma once
+
+#include "foundation/Export.h"
+
+class CCommunication;
+class CPartitionFace_DLL;
+class CZYN3DFiniteVolumeMesh;
+class CZYNCom;
+class CZYNGVGPU;
+class CZYNGVOpenMP;
+class CZyn3dGV;
+class COperatorGradientImpl;
+
+/// Gradient of a cell field on one partition of an unstructured finite-volume mesh.
+///
+/// Call sequence: construct; `getZyn3dGV` with a mesh, `getPartitionFace`, `getCommunication` with both
+/// objects; `getGradType`; `Initialize` once the mesh is complete; then the `GradMethod` family as often as
+/// needed. No stage is recorded: a call out of order reaches a null pointer.
+///
+/// Gradient types (`getGradType`):
+/// | type | `GradMethod(..., n)` | needs `Initialize` |
+/// |---|---|---|
+/// | 0 (after construction) | n = 1: plain Green-Gauss; any other n: iterated Green-Gauss with n sweeps | no
+/// | | 1 | unweighted least squares; n is ignored | yes | | 3 | returns at once: outputs untouched, no
+/// exchange | no | | any other but 2 | iterated Green-Gauss with n sweeps, also for n = 1 | no |
+///
+/// The setters are called `get...` because the operator *gets* its objects from the caller. They *borrow*:
+/// every object must outlive the operator, which destroys none of them.
+///
+/// Fields are cell arrays [1..NCell]. The caller fills an input in all cells: ghost cells with the boundary
+/// value, halo cells with the owner's value. Outputs end up with the gradient (U/L) in interior cells, the
+/// owner's gradient in halo cells and exactly 0.0 in ghost cells. `Initialize` and all gradients (except type
+/// 3) are collective over the partitions, and nothing is allocated in a gradient call.
+///
+/// Thread safety: one thread at a time per object; different objects are independent as long as they do not
+/// share the previous-iterate arrays of one CZyn3dGV.
+///
+/// Copying is shallow: both objects then share one private state, and only one of them may be destroyed.
+/// Assignment leaves the left side's former state behind, unfreed.
+class ZYN_EXPORT COperatorGradient {
+ public:
+  COperatorGradient();
+  COperatorGradient(COperatorGradient const&) = default;
+  ~COperatorGradient();
+  COperatorGradient& operator=(COperatorGradient const& other);
+
+  /// Stores `pGV`; each of the other three only when it is not null, so that a null keeps an earlier value.
+  /// @return 1; -1 for a null `pGV`, with a line of failure text and nothing stored
+  int getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP, CZYN3DFiniteVolumeMesh* pMesh);
+
+  /// @return 1; -1 for null, with a line of failure text and the earlier value kept
+  int getPartitionFace(CPartitionFace_DLL* pPartFace);
+
+  /// Stores `pComm`, then `pCom`.
+  /// @return 1; -1 with a line of failure text for a null `pComm` (nothing stored) or a null `pCom` (`pComm`
+  /// stored)
+  int getCommunication(CCommunication* pComm, CZYNCom* pCom);
+
+  /// Stores the gradient type, whatever it is.
+  /// @return 1 for 0, 1, 2; -1 with a line of failure text for any other, which is stored all the same
+  int getGradType(int& type);
+
+  /// An accepted setting without effect: the number of sweeps is the last argument of GradMethod.
+  /// @return 1; -1 for n < 1, nothing stored
+  int ResetMaxGradientIterationNumber(int n);
+
+  /// Prepares the gradient type: gathers the least-squares moments for type 1. Collective for every type.
+  /// A second call gathers into new arrays and does not free the first ones.
+  /// @return 1; -1 on all partitions when one of them failed
+  int Initialize();
+
+  /// Gradient of `phi` by the method of the gradient type. Collective, except with type 3.
+  /// @param[in]  phi       [1..NCell], U
+  /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten (kept and exchanged when a method runs 0 sweeps)
+  /// @param[in]  n         number of sweeps, see the table above
+  /// @note With type 1 a cell whose neighbours do not span space may stop the solve: "aa[ii][j]=0." and "4"
+  /// are printed and the call returns without the exchange.
+  void GradMethod(double* phi, double* gx, double* gy, double* gz, int n);
+
+  /// Plain Green-Gauss gradients of three fields in one walk over the faces, whatever the gradient type.
+  /// Collective.
+  /// @param[in]  phi1,phi2,phi3  [1..NCell], U
+  /// @param[out] g1x..g3z        [1..NCell], U/L, overwritten
+  void GradMethod_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y, double* g1z,
+                    double* g2x, double* g2y, double* g2z, double* g3x, double* g3y, double* g3z);
+
+  /// Green-Gauss gradient with face values weighted harmonically by a cell coefficient, whatever the gradient
+  /// type. Collective.
+  /// @param[in]  phi       [1..NCell], U
+  /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten
+  /// @param[in]  weight    [1..NCell] the coefficient, halo cells included
+  /// @param[in]  n         ignored
+  void GradMethod_Weighted(double* phi, double* gx, double* gy, double* gz, double* weight, int n);
+
+  /// The failure text gathered so far: "Operator Gradient Error = " and one line per failure, at most 1023
+  /// characters. Owned by the operator; valid until it is destroyed.
+  const char* getErrorMsg();
+
+  COperatorGradientImpl* m_pImpl;  ///< private state, owned; not for callers
+  char m_szText[1024];             ///< reserved; only carried along by assignment
+};

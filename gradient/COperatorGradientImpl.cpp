@@ -1,0 +1,130 @@
+#include "gradient/COperatorGradientImpl.h"
+
+#include <cstring>
+#include <initializer_list>
+
+#include "foundation/ErrorText.h"
+#include "host/ZYNCom.h"
+#include "host/Zyn3dGV.h"
+
+namespace {
+
+constexpr int kSuccess = 1;
+constexpr int kFailure = -1;
+
+constexpr int kGreenGaussType = 0;
+constexpr int kLeastSquaresType = 1;
+constexpr int kRadialBasisType = 2;
+constexpr int kNoGradientType = 3;
+
+}  // namespace
+
+COperatorGradientImpl::COperatorGradientImpl() : m_szError{} { StartErrorText(m_szError); }
+
+// The host objects are borrowed and stay; so does the cell operator of type 2, whose destructor would destroy
+// them.
+COperatorGradientImpl::~COperatorGradientImpl() {
+  m_pGV = nullptr;
+  m_pPartFace = nullptr;
+  m_pComm = nullptr;
+  m_pCom = nullptr;
+  m_pGVGPU = nullptr;
+  m_pGVOpenMP = nullptr;
+  m_pRBF = nullptr;
+  for (double* array : {m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz, m_pSyz, m_pBx, m_pBy, m_pBz}) delete[] array;
+}
+
+void COperatorGradientImpl::AppendError(char const* message) { AppendErrorText(m_szError, message); }
+
+int COperatorGradientImpl::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
+                                      CZYN3DFiniteVolumeMesh* pMesh) {
+  if (pGV == nullptr) {
+    AppendError("Can not get the object of Global Variables\n");
+    return kFailure;
+  }
+  m_pGV = pGV;
+  if (pGPU != nullptr) {
+    m_pGVGPU = pGPU;
+    std::memcpy(&m_GPUHead, static_cast<void const*>(pGPU), sizeof(m_GPUHead));
+  }
+  if (pOpenMP != nullptr) m_pGVOpenMP = pOpenMP;
+  if (pMesh != nullptr) m_pMesh = pMesh;
+  return kSuccess;
+}
+
+int COperatorGradientImpl::getPartitionFace(CPartitionFace_DLL* pPartFace) {
+  if (pPartFace == nullptr) {
+    AppendError("Can not get the object of Part Faces\n");
+    return kFailure;
+  }
+  m_pPartFace = pPartFace;
+  return kSuccess;
+}
+
+int COperatorGradientImpl::getCommunication(CCommunication* pComm, CZYNCom* pCom) {
+  if (pComm == nullptr) {
+    AppendError("Can not get the object of Communication\n");
+    return kFailure;
+  }
+  m_pComm = pComm;
+  if (pCom == nullptr) {
+    AppendError("Can not get the object of CZYNCom\n");
+    return kFailure;
+  }
+  m_pCom = pCom;
+  return kSuccess;
+}
+
+// The answer warns, the store stands: a type that is refused here still decides what GradMethod does.
+int COperatorGradientImpl::getGradType(int& type) {
+  m_iGradType = type;
+  if (static_cast<unsigned>(type) <= static_cast<unsigned>(kRadialBasisType)) return kSuccess;
+  AppendError("Default grad type is wrong\n");
+  return kFailure;
+}
+
+int COperatorGradientImpl::ResetMaxGradientIterationNumber(int n) {
+  if (n < 1) return kFailure;
+  m_iMaxGradIter = n;
+  return kSuccess;
+}
+
+int COperatorGradientImpl::Initialize() {
+  int status = 0;
+  if (m_iGradType == kLeastSquaresType) GatherLeastSquaresMoments();
+  m_pCom->AllMin(status);
+  return status < 0 ? kFailure : kSuccess;
+}
+
+void COperatorGradientImpl::GradMethod(double* phi, double* gx, double* gy, double* gz, int n) {
+  switch (m_iGradType) {
+    case kGreenGaussType:
+      if (n == 1) {
+        PlainGreenGauss(phi, gx, gy, gz);
+      } else {
+        IteratedGreenGauss(phi, gx, gy, gz, n);
+      }
+      return;
+    case kLeastSquaresType:
+      LeastSquares(phi, gx, gy, gz);
+      return;
+    case kRadialBasisType:
+    case kNoGradientType:
+      return;
+    default:
+      IteratedGreenGauss(phi, gx, gy, gz, n);
+  }
+}
+
+void COperatorGradientImpl::GradMethod_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y,
+                                         double* g1z, double* g2x, double* g2y, double* g2z, double* g3x,
+                                         double* g3y, double* g3z) {
+  double const* const phi[3] = {phi1, phi2, phi3};
+  double* const g[9] = {g1x, g1y, g1z, g2x, g2y, g2z, g3x, g3y, g3z};
+  ThreeComponentGreenGauss(phi, g);
+}
+
+void COperatorGradientImpl::GradMethod_Weighted(double* phi, double* gx, double* gy, double* gz,
+                                                double* weight, int /*n*/) {
+  WeightedGreenGauss(phi, gx, gy, gz, weight);
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+
+class CCommunication;
+class CPartitionFace_DLL;
+class CZYN3DFiniteVolumeMesh;
+class CZYNCom;
+class CZYNGVGPU;
+class CZYNGVOpenMP;
+class CZynRBFInternalObject;
+class CZyn3dGV;
+
+/// Private state of COperatorGradient and the gradient methods themselves, one source file per method.
+///
+/// The host objects are borrowed. The nine least-squares arrays are owned; a repeated Initialize leaves the
+/// former ones behind, and the destructor frees the last ones.
+class COperatorGradientImpl {
+ public:
+  COperatorGradientImpl();
+  ~COperatorGradientImpl();
+  COperatorGradientImpl(COperatorGradientImpl const&) = delete;
+  COperatorGradientImpl& operator=(COperatorGradientImpl const&) = delete;
+
+  int getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP, CZYN3DFiniteVolumeMesh* pMesh);
+  int getPartitionFace(CPartitionFace_DLL* pPartFace);
+  int getCommunication(CCommunication* pComm, CZYNCom* pCom);
+  int getGradType(int& type);
+  int ResetMaxGradientIterationNumber(int n);
+  int Initialize();
+  void GradMethod(double* phi, double* gx, double* gy, double* gz, int n);
+  void GradMethod_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y, double* g1z,
+                    double* g2x, double* g2y, double* g2z, double* g3x, double* g3y, double* g3z);
+  void GradMethod_Weighted(double* phi, double* gx, double* gy, double* gz, double* weight, int n);
+
+  CZyn3dGV* m_pGV = nullptr;
+  CZYN3DFiniteVolumeMesh* m_pMesh = nullptr;
+  CPartitionFace_DLL* m_pPartFace = nullptr;
+  CCommunication* m_pComm = nullptr;
+  CZYNCom* m_pCom = nullptr;
+  CZYNGVGPU* m_pGVGPU = nullptr;
+  CZYNGVOpenMP* m_pGVOpenMP = nullptr;
+  std::uintptr_t m_GPUHead = 0;             ///< first word of the accelerator object; nothing reads it
+  CZynRBFInternalObject* m_pRBF = nullptr;  ///< cell operator of gradient type 2; never destroyed from here
+  int m_iMaxGradIter = 1;                   ///< accepted setting, never read
+  int m_iGradType = 0;
+  char m_szError[1024];
+
+  /// [1..NCell] least-squares moments, L^2: sums of dx*dx, dy*dy, dz*dz, dy*dx, dz*dx, dz*dy over a cell's
+  /// neighbours.
+  double *m_pSxx = nullptr, *m_pSyy = nullptr, *m_pSzz = nullptr;
+  double *m_pSxy = nullptr, *m_pSxz = nullptr, *m_pSyz = nullptr;
+  /// [1..NCell] least-squares right-hand sides, U*L: sums of dphi*dx, dphi*dy, dphi*dz.
+  double *m_pBx = nullptr, *m_pBy = nullptr, *m_pBz = nullptr;
+
+ private:
+  void AppendError(char const* message);
+
+  // GreenGauss_Iterated.cpp, GreenGauss_Plain.cpp, GreenGauss_Weighted.cpp, GreenGauss_ThreeComponent.cpp
+  void IteratedGreenGauss(double const* phi, double* gx, double* gy, double* gz, int nSweep);
+  void PlainGreenGauss(double const* phi, double* gx, double* gy, double* gz);
+  void WeightedGreenGauss(double const* phi, double* gx, double* gy, double* gz, double const* weight);
+  void ThreeComponentGreenGauss(double const* const phi[3], double* const g[9]);
+
+  // LeastSquares.cpp
+  void GatherLeastSquaresMoments();
+  void LeastSquares(double const* phi, double* gx, double* gy, double* gz);
+  void ClearLeastSquaresSums(double* gx, double* gy, double* gz);
+  void GatherLeastSquaresRightHandSides(double const* phi);
+  bool SolveLeastSquares(double* gx, double* gy, double* gz) const;
+
+  // Exchange.cpp
+  void ExchangeThree(double* ax, double* ay, double* az);
+  void ExchangeNine(double* const g[9]);
+};

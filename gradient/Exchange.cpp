@@ -1,0 +1,37 @@
+// How a gradient ends: its output arrays are exchanged, blocking or through the four non-blocking buffers.
+
+#include "gradient/COperatorGradientImpl.h"
+#include "host/ZYNCommunication.h"
+#include "host/Zyn3dGV.h"
+
+namespace {
+
+constexpr int kBuffers = 4;
+
+ZYNNonBlockingBufferId Buffer(int i) { return static_cast<ZYNNonBlockingBufferId>(i % kBuffers); }
+
+}  // namespace
+
+void COperatorGradientImpl::ExchangeThree(double* ax, double* ay, double* az) {
+  double* const arrays[3] = {ax, ay, az};
+  if (m_pGV->UseNonBlockingExch == 0) {
+    for (double* array : arrays) m_pComm->DDM_Exch(array);
+    return;
+  }
+  for (int i = 0; i < 3; ++i) m_pComm->DDM_IExch_Start(arrays[i], Buffer(i));
+  for (int i = 0; i < 3; ++i) m_pComm->DDM_IExch_Wait(arrays[i], Buffer(i));
+}
+
+// Nine arrays pass through four buffers in rotation: each wait frees the buffer that the next start takes.
+void COperatorGradientImpl::ExchangeNine(double* const g[9]) {
+  constexpr int kArrays = 9;
+  if (m_pGV->UseNonBlockingExch == 0) {
+    for (int i = 0; i < kArrays; ++i) m_pComm->DDM_Exch(g[i]);
+    return;
+  }
+  for (int i = 0; i < kBuffers; ++i) m_pComm->DDM_IExch_Start(g[i], Buffer(i));
+  for (int i = 0; i < kArrays; ++i) {
+    m_pComm->DDM_IExch_Wait(g[i], Buffer(i));
+    if (i + kBuffers < kArrays) m_pComm->DDM_IExch_Start(g[i + kBuffers], Buffer(i + kBuffers));
+  }
+}

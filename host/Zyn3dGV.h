@@ -1,0 +1,146 @@
+#pragma once
+
+/// @file
+/// The records that a solver fills and lends to the operators: the mesh, the partition faces and the global
+/// variables.
+///
+/// Conventions for every array of these records:
+/// - `[1..n]` is a 1-based array of n+1 elements; element 0 exists and is never read.
+/// - `int` is 32 bits signed. Counts are `int`. L is the mesh's unit of length, U the unit of a field.
+/// - A ragged table is an array of pointers to rows; `row[0]` is the number of entries, which stand at
+///   `row[1..row[0]]`. `CellLnods` and `CellFaceType` are the two exceptions, see there.
+/// - Cells 1..`NInnerCells` are the interior cells, which this partition owns. Cells `NInnerCells`+1..`NCell`
+/// are the
+///   ghost cells (one beyond each boundary face) and the halo cells (copies of the neighbour partitions'
+///   cells), in any order: the operators find them through the face tables alone.
+/// - An area vector has the face's area as its length and points out of the `CV` cell.
+///
+/// The solver owns all of it and keeps it alive and unchanged for as long as an operator that was given it:
+/// stencils and moments made at set-up refer to its numbering. Nothing here is copied, and indices are not
+/// checked.
+
+/// One partition of the finite-volume mesh. A plain record: the solver fills it, the operators read it.
+/// A group whose count is 0 may leave its arrays null.
+class CZYN3DFiniteVolumeMesh {
+ public:
+  double *xn = nullptr, *yn = nullptr, *zn = nullptr;  ///< [1..NNode] node coordinates, L
+
+  /// [1..NCell] cell centres, L; ghost and halo cells too, since they serve as positions of neighbours. Where
+  /// a ghost centre is put decides where the boundary value stands: position and value belong together.
+  double *xc = nullptr, *yc = nullptr, *zc = nullptr;
+
+  /// [1..NInnerFaces] weight of the `ij` side: the linear face value is Lamda*phi[ij] + (1-Lamda)*phi[ijCV].
+  double* Lamda = nullptr;
+  double* Volume = nullptr;  ///< [1..NInnerCells] cell volume, L^3
+
+  /// [1..count of the group] the ghost cell of a boundary face.
+  int *ijInlet = nullptr, *ijOutlet = nullptr, *ijWall = nullptr, *ijSymmetry = nullptr;
+  /// [1..count of the group] the interior cell that has the boundary face.
+  int *ijInletCV = nullptr, *ijOutletCV = nullptr, *ijWallCV = nullptr, *ijSymmetryCV = nullptr;
+  int NInlet = 0, NOutlet = 0, NWall = 0, NSymmetry = 0;  ///< faces of each boundary group; any may be 0
+
+  double *ijWallSx = nullptr, *ijWallSy = nullptr, *ijWallSz = nullptr;     ///< [1..NWall] area vector, L^2
+  double *ijInletSx = nullptr, *ijInletSy = nullptr, *ijInletSz = nullptr;  ///< [1..NInlet] area vector
+  double *ijOutletSx = nullptr, *ijOutletSy = nullptr, *ijOutletSz = nullptr;  ///< [1..NOutlet] area vector
+  double *ijSymmetrySx = nullptr, *ijSymmetrySy = nullptr,
+         *ijSymmetrySz = nullptr;  ///< [1..NSymmetry] area vector
+
+  /// Ragged, rows 1..NInnerCells: neighbours of an interior cell over its faces, ghost cells of its boundary
+  /// faces included.
+  int** CellCell = nullptr;
+  /// Rows 1..NInnerCells: nodes of a cell at row[1..CellLnodsNumber[cell]]. row[0] is not the length here.
+  int** CellLnods = nullptr;
+  int** CellFace =
+      nullptr;  ///< Ragged, rows 1..NInnerCells: numbers of the cell's faces, each within its group.
+  /// Rows 1..NInnerCells, shaped like CellFace: the group of each of those faces, 0 inner, 1 wall, 2 inlet, 3
+  /// outlet, 5 symmetry, 101 partition. row[0] is not read.
+  int** CellFaceType = nullptr;
+
+  int NCell = 0;        ///< all cells: interior, ghost and halo
+  int NInnerCells = 0;  ///< interior cells
+  int NInnerFaces = 0;  ///< faces between two interior cells
+  int NNode = 0;        ///< nodes
+
+  int* CellLnodsNumber = nullptr;  ///< [1..NInnerCells] number of nodes of a cell
+
+  double *ijInletxc = nullptr, *ijInletyc = nullptr, *ijInletzc = nullptr;  ///< [1..NInlet] face centre, L
+  double *ijWallxc = nullptr, *ijWallyc = nullptr, *ijWallzc = nullptr;     ///< [1..NWall] face centre
+  double *ijSymmetryxc = nullptr, *ijSymmetryyc = nullptr,
+         *ijSymmetryzc = nullptr;                                              ///< [1..NSymmetry] face centre
+  double *ijOutletxc = nullptr, *ijOutletyc = nullptr, *ijOutletzc = nullptr;  ///< [1..NOutlet] face centre
+
+  // Ragged, one row per face of the group: the face's nodes. The first three of a row span the face's plane,
+  // since interpolation to faces takes them for a triangle.
+  int** ijLnods = nullptr;          ///< rows 1..NInnerFaces
+  int** ijParLnods = nullptr;       ///< rows 1..NParInterFace() of the partition faces
+  int** ijWallLnods = nullptr;      ///< rows 1..NWall
+  int** ijInletLnods = nullptr;     ///< rows 1..NInlet
+  int** ijSymmetryLnods = nullptr;  ///< rows 1..NSymmetry
+  int** ijOutletLnods = nullptr;    ///< rows 1..NOutlet
+
+  /// Ragged, rows 1..NNode: cells around a node, with the ghost cells of the boundary faces that touch it.
+  int** NodeCell = nullptr;
+
+  int* ijCV = nullptr;  ///< [1..NInnerFaces] side that receives the + flux
+  int* ij = nullptr;    ///< [1..NInnerFaces] the other side
+  double *ijSx = nullptr, *ijSy = nullptr,
+         *ijSz = nullptr;  ///< [1..NInnerFaces] area vector, from ijCV to ij, L^2
+  double *ijxc = nullptr, *ijyc = nullptr, *ijzc = nullptr;  ///< [1..NInnerFaces] face centre, L
+  int* FaceType =
+      nullptr;  ///< [1..NInnerFaces] 1: only the ijCV side takes the face's flux; any other value: both
+};
+
+/// The faces between this partition and its neighbours. The accessors return the current value without side
+/// effects and may be called at any time; on a single partition the count is 0 and the arrays may be null.
+class CPartitionFace_DLL {
+ public:
+  virtual ~CPartitionFace_DLL() = default;
+
+  virtual int NParInterFace() = 0;  ///< number of partition faces
+  virtual int* ijParCV() = 0;       ///< [1..NParInterFace()] interior cell of this partition
+  virtual int* ijPar() = 0;         ///< [1..NParInterFace()] halo cell
+  virtual double* ijParSx() = 0;    ///< [1..NParInterFace()] area vector, from ijParCV to ijPar, L^2
+  virtual double* ijParSy() = 0;    ///< see ijParSx()
+  virtual double* ijParSz() = 0;    ///< see ijParSx()
+  virtual double* ijParxc() = 0;    ///< [1..NParInterFace()] face centre, L
+  virtual double* ijParyc() = 0;    ///< see ijParxc()
+  virtual double* ijParzc() = 0;    ///< see ijParxc()
+  virtual double*
+  ParInterFace_Lamda() = 0;  ///< [1..NParInterFace()] weight of the ijPar side, as Lamda of the mesh
+  virtual int* FaceType_Partition() = 0;  ///< [1..NParInterFace()] as FaceType of the mesh
+};
+
+/// The solver's global variables, as far as the operators use them.
+class CZyn3dGV {
+ public:
+  virtual ~CZyn3dGV() = default;
+
+  /// [1..NCell] work arrays of the iterated Green-Gauss gradient, which overwrites them: the gradient before
+  /// the last sweep, U/L. They belong to the operator for the length of a call and hold nothing the solver
+  /// can use afterwards.
+  double *PrevGradX = nullptr, *PrevGradY = nullptr, *PrevGradZ = nullptr;
+
+  double* ResetRealBlock = nullptr;  ///< [1..4] cleared to 0.0 by the cell operator's point interpolation
+  int* ResetIntBlock = nullptr;      ///< [1..4] cleared to 0 by the cell operator's point interpolation
+
+  /// The run's file name, NUL-terminated, ending in an extension of three letters; settings file names come
+  /// from it.
+  char* BaseFileName = nullptr;
+
+  /// Non-zero: every exchange of a gradient is DDM_IExch_Start/DDM_IExch_Wait; zero: DDM_Exch. The same on
+  /// all partitions.
+  unsigned char UseNonBlockingExch = 0;
+};
+
+/// The solver's accelerator data, opaque. Its first pointer-sized word is copied when the object is handed
+/// over.
+class CZYNGVGPU {
+ public:
+  virtual ~CZYNGVGPU() = default;
+};
+
+/// The solver's threading data, opaque.
+class CZYNGVOpenMP {
+ public:
+  virtual ~CZYNGVOpenMP() = default;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace reference_host {
+
+using Point = std::array<double, 3>;
+
+/// Boundary groups of the operators, in the order in which the reference host numbers their ghost cells.
+enum class BoundaryGroup { Inlet, Outlet, Symmetry, Wall };
+
+/// A named part of the boundary, as the mesh file has it.
+struct Patch {
+  std::string name;
+  std::string type;                    ///< patch type of a polyMesh ("wall", "symmetryPlane", ...), else empty
+  std::optional<BoundaryGroup> group;  ///< empty until AssignBoundaryGroups has found one
+};
+
+/// A whole mesh addressed by faces: cells of any shape, all numbers 0-based. Every reader and generator fills this.
+struct FaceMesh {
+  std::vector<Point> points;
+
+  /// Nodes of face f are faceNode[faceStart[f] .. faceStart[f+1]-1]; by the right-hand rule they turn around a normal
+  /// that points out of owner[f].
+  std::vector<std::size_t> faceStart = {0};
+  std::vector<int> faceNode;
+
+  std::vector<int> owner;      ///< cell that the normal points out of
+  std::vector<int> neighbour;  ///< cell on the other side, -1 at the boundary
+  std::vector<int> facePatch;  ///< index into patches at the boundary, -1 inside
+  std::vector<Patch> patches;
+  int nCells = 0;
+
+  int nFaces() const { return static_cast<int>(owner.size()); }
+};
+
+}  // namespace reference_host
