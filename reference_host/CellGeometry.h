@@ -1,0 +1,72 @@
+#pragma once
+
+#include "reference_host/FaceGeometry.h"
+#include "reference_host/FaceMesh.h"
+#include "reference_host/MeshPart.h"
+
+namespace reference_host {
+
+/// The face arrays that a FaceMesh and a MeshPart have in common, borrowed; meanings as there.
+struct FaceTable {
+  FaceTable(const FaceMesh&
+                mesh);  // NOLINT(google-explicit-constructor): both kinds of mesh are wanted as arguments
+  FaceTable(const MeshPart& part);  // NOLINT(google-explicit-constructor)
+
+  int nFaces() const { return static_cast<int>(owner.size()); }
+  int NodeCount(int f) const { return static_cast<int>(faceStart[f + 1] - faceStart[f]); }
+  const int* Nodes(int f) const { return faceNode.data() + faceStart[f]; }
+  int Owner(int f) const { return owner[f]; }
+  int Neighbour(int f) const { return neighbour[f]; }
+
+  const std::vector<Point>& points;
+  const std::vector<std::size_t>& faceStart;
+  const std::vector<int>& faceNode;
+  const std::vector<int>& owner;
+  const std::vector<int>& neighbour;
+};
+
+/// Centre and volume of the cells 0..nCells-1.
+struct CellGeometry {
+  std::vector<Point> centre;   ///< L
+  std::vector<double> volume;  ///< L^3; not positive for a cell that is turned inside out
+};
+
+/// Computes cells from their faces in two sweeps over the faces, without storing anything per face.
+///
+/// A cell is cut into one pyramid per face triangle, with the average of the face centres as common top.
+/// Neighbours share the triangles of their face, so volumes add up exactly to the volume of the whole, warped
+/// faces or not, and each cell depends on its own faces alone: with the faces in the same order, any
+/// partition computes the same bits.
+///
+/// Sides of a face that are not cells 0..nCells-1 (boundary, halo cells) are passed over.
+class CellGeometryBuilder {
+ public:
+  explicit CellGeometryBuilder(int nCells);
+
+  /// First sweep: every face once.
+  void AddFaceCentre(int owner, int neighbour, const Point& centre);
+
+  /// Between the sweeps.
+  void FinishTops();
+
+  /// Second sweep: every face once, in the same order.
+  void AddPyramids(int owner, int neighbour, const FaceFan& fan);
+
+  /// The result; the builder is spent. A cell without positive volume has its centre in the top of its
+  /// pyramids.
+  CellGeometry Finish();
+
+ private:
+  bool IsCell(int cell) const { return cell >= 0 && cell < nCells_; }
+  void AddPyramidsOfSide(int cell, double sign, const FaceFan& fan);
+
+  int nCells_;
+  std::vector<Point> top_;         // sum, then average of the face centres
+  std::vector<int> nFacesOfCell_;  // released after the first sweep
+  CellGeometry cells_;  // centre: sum over the pyramids of 3 volume (base centroid - top); volume: 3 volume
+};
+
+/// Centres and volumes of the cells 0..nCells-1 of a mesh (of the owned ones alone: pass MeshPart::nOwned).
+CellGeometry ComputeCellGeometry(const FaceTable& faces, int nCells);
+
+}  // namespace reference_host
