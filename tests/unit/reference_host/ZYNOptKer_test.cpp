@@ -1,0 +1,221 @@
+#include "host/ZYNOptKer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace {
+
+struct TestBox {
+  int id;
+  std::array<double, 3> low, high;
+};
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+bool Meet(const TestBox& a, const TestBox& b) {
+  for (std::size_t d = 0; d < 3; ++d) {
+    if (a.low[d] > b.high[d] || b.low[d] > a.high[d]) return false;
+  }
+  return true;
+}
+
+std::vector<int> BruteForce(const std::vector<TestBox>& boxes, const TestBox& query) {
+  std::vector<int> ids;
+  for (const TestBox& box : boxes) {
+    if (Meet(box, query)) ids.push_back(box.id);
+  }
+  std::sort(ids.begin(), ids.end());
+  return ids;
+}
+
+void Add(CZYNOptKer& tree, const TestBox& box) {
+  tree.AddSurfaceToADTree(box.id, box.high[0], box.high[1], box.high[2], box.low[0], box.low[1], box.low[2]);
+}
+
+std::vector<int> Search(CZYNOptKer& tree, const TestBox& query) {
+  int count = -1;
+  const int* ids = tree.SearchNearBlockID(query.low[0], query.low[1], query.low[2], query.high[0],
+                                          query.high[1], query.high[2], count, 0);
+  std::vector<int> found(ids, ids + count);
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
+void SetUnitRange(CZYNOptKer& tree) { tree.SetADTreeRange(1, 1, 1, 0, 0, 0, 1, 10000, 200000); }
+
+TestBox Around(int id, double x, double y, double z, double halfWidth) {
+  return {id, {x - halfWidth, y - halfWidth, z - halfWidth}, {x + halfWidth, y + halfWidth, z + halfWidth}};
+}
+
+// Corners on a grid of quarters between -0.5 and 1.5: many boxes touch, coincide, have no extent in a
+// direction or leave the range of the tree.
+TestBox RandomBox(int id, std::mt19937& random) {
+  std::uniform_int_distribution<int> quarter(-2, 6), length(0, 3);
+  TestBox box{id, {}, {}};
+  for (std::size_t d = 0; d < 3; ++d) {
+    box.low[d] = 0.25 * quarter(random);
+    box.high[d] = box.low[d] + 0.25 * length(random);
+  }
+  return box;
+}
+
+std::vector<TestBox> RandomBoxes(int n, unsigned seed) {
+  std::mt19937 random(seed);
+  std::vector<TestBox> boxes;
+  for (int id = 1; id <= n; ++id) boxes.push_back(RandomBox(id, random));
+  return boxes;
+}
+
+void ExpectBruteForceAnswers(CZYNOptKer& tree, const std::vector<TestBox>& boxes, unsigned seed) {
+  for (const TestBox& query : RandomBoxes(200, seed))
+    EXPECT_EQ(Search(tree, query), BruteForce(boxes, query));
+}
+
+}  // namespace
+
+TEST(ZYNOptKer, FindsWhatBruteForceFindsAmongTiesAndTouchingBoxes) {
+  for (const int n : {1, 2, 15, 16, 17, 300, 2000}) {
+    const std::vector<TestBox> boxes = RandomBoxes(n, 7);
+    CZYNOptKer tree;
+    SetUnitRange(tree);
+    for (const TestBox& box : boxes) Add(tree, box);
+    ExpectBruteForceAnswers(tree, boxes, 11);
+  }
+}
+
+TEST(ZYNOptKer, FindsWhatBruteForceFindsAmongSmallBoxesAroundRandomPoints) {
+  std::mt19937 random(3);
+  std::uniform_real_distribution<double> coordinate(0.0, 1.0);
+  std::vector<TestBox> boxes;
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  for (int id = 1; id <= 5000; ++id) {
+    boxes.push_back(Around(id, coordinate(random), coordinate(random), coordinate(random), 1e-9));
+    Add(tree, boxes.back());
+  }
+  for (int q = 0; q < 100; ++q) {
+    const TestBox query = Around(0, coordinate(random), coordinate(random), coordinate(random), 0.1);
+    const std::vector<int> expected = BruteForce(boxes, query);
+    EXPECT_FALSE(expected.empty());
+    EXPECT_EQ(Search(tree, query), expected);
+  }
+}
+
+TEST(ZYNOptKer, EmptyTreeAnswersNothing) {
+  CZYNOptKer tree;
+  EXPECT_TRUE(Search(tree, Around(0, 0, 0, 0, kInfinity)).empty());
+  SetUnitRange(tree);
+  EXPECT_TRUE(Search(tree, Around(0, 0, 0, 0, 10.0)).empty());
+}
+
+TEST(ZYNOptKer, CountsBoxesThatOnlyTouchTheQuery) {
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  Add(tree, {7, {0, 0, 0}, {1, 1, 1}});
+  EXPECT_EQ(Search(tree, {0, {1, 0, 0}, {2, 1, 1}}), std::vector<int>{7});              // face
+  EXPECT_EQ(Search(tree, {0, {1, 1, 1}, {2, 2, 2}}), std::vector<int>{7});              // corner
+  EXPECT_TRUE(Search(tree, {0, {std::nextafter(1.0, 2.0), 1, 1}, {2, 2, 2}}).empty());  // one bit apart
+}
+
+TEST(ZYNOptKer, FindsBoxesBeyondTheRange) {
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  Add(tree, Around(1, 0.5, 0.5, 0.5, 0.1));
+  Add(tree, Around(2, 50.0, -3.0, 0.5, 0.1));
+  EXPECT_EQ(Search(tree, Around(0, 50.0, -3.0, 0.5, 0.2)), std::vector<int>{2});
+  EXPECT_EQ(Search(tree, Around(0, 0, 0, 0, kInfinity)), (std::vector<int>{1, 2}));
+}
+
+TEST(ZYNOptKer, AnswersEveryBoxOfARepeatedNumber) {
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  for (int n = 0; n < 3; ++n) Add(tree, Around(5, 0.5, 0.5, 0.5, 0.1));
+  EXPECT_EQ(Search(tree, Around(0, 0.5, 0.5, 0.5, 0.1)), (std::vector<int>{5, 5, 5}));
+}
+
+TEST(ZYNOptKer, FindsBoxesAddedAfterASearch) {
+  const std::vector<TestBox> all = RandomBoxes(600, 5);
+  std::vector<TestBox> boxes;
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  // Batches that are small and that are large against what the tree already holds.
+  for (const std::size_t until : {1u, 2u, 200u, 210u, 211u, 600u}) {
+    while (boxes.size() < until) {
+      boxes.push_back(all[boxes.size()]);
+      Add(tree, boxes.back());
+    }
+    ExpectBruteForceAnswers(tree, boxes, 13);
+  }
+}
+
+TEST(ZYNOptKer, InvertedOrNaNQueryFindsNothing) {
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  Add(tree, {1, {0, 0, 0}, {1, 1, 1}});
+  EXPECT_TRUE(Search(tree, {0, {0.8, 0, 0}, {0.2, 1, 1}}).empty());
+  EXPECT_TRUE(Search(tree, {0, {0, kNaN, 0}, {1, 1, 1}}).empty());
+  EXPECT_TRUE(Search(tree, {0, {0, 0, 0}, {1, 1, kNaN}}).empty());
+  EXPECT_EQ(Search(tree, {0, {0, 0, 0}, {1, 1, 1}}), std::vector<int>{1});
+}
+
+TEST(ZYNOptKer, InvertedNaNAndInfiniteBoxesLeaveTheOthersFindable) {
+  std::vector<TestBox> boxes = RandomBoxes(100, 17);
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  for (const TestBox& box : boxes) Add(tree, box);
+  Add(tree, {101, {1, 0, 0}, {0, 1, 1}});
+  Add(tree, {102, {kNaN, 0, 0}, {1, 1, 1}});
+  boxes.push_back({103, {-kInfinity, -kInfinity, 0}, {kInfinity, kInfinity, 0.5}});
+  Add(tree, boxes.back());
+  ExpectBruteForceAnswers(tree, boxes, 19);
+}
+
+TEST(ZYNOptKer, CopiesShareBoxesAndAnswer) {
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  Add(tree, Around(1, 0.5, 0.5, 0.5, 0.1));
+  CZYNOptKer copy(tree);
+  Add(copy, Around(2, 0.5, 0.5, 0.5, 0.1));
+  EXPECT_EQ(Search(tree, Around(0, 0.5, 0.5, 0.5, 0.1)), (std::vector<int>{1, 2}));
+
+  CZYNOptKer assigned;
+  Add(assigned, Around(9, 0.5, 0.5, 0.5, 0.1));
+  assigned = tree;
+  EXPECT_EQ(Search(assigned, Around(0, 0.5, 0.5, 0.5, 0.1)), (std::vector<int>{1, 2}));
+}
+
+TEST(ZYNOptKer, AnswerOutlivesTheCopyThatSearched) {
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  Add(tree, Around(4, 0.5, 0.5, 0.5, 0.1));
+  int count = 0;
+  const int* ids = nullptr;
+  {
+    CZYNOptKer copy(tree);
+    ids = copy.SearchNearBlockID(0, 0, 0, 1, 1, 1, count, 0);
+  }
+  Add(tree, Around(5, 0.5, 0.5, 0.5, 0.1));
+  ASSERT_EQ(count, 1);
+  EXPECT_EQ(ids[0], 4);
+}
+
+TEST(ZYNOptKer, CopiesMayBeDestroyedInAnyOrder) {
+  for (const bool originalFirst : {true, false}) {
+    auto original = std::make_unique<CZYNOptKer>();
+    SetUnitRange(*original);
+    Add(*original, Around(1, 0.5, 0.5, 0.5, 0.1));
+    auto copy = std::make_unique<CZYNOptKer>(*original);
+    (originalFirst ? original : copy).reset();
+    CZYNOptKer& left = originalFirst ? *copy : *original;
+    EXPECT_EQ(Search(left, Around(0, 0.5, 0.5, 0.5, 0.1)), std::vector<int>{1});
+  }
+}
