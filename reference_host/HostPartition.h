@@ -11,8 +11,8 @@
 
 namespace reference_host {
 
-/// The cells whose values travel between this partition and one neighbour, as 1-based cell numbers of this partition.
-/// What one side sends stands in the order in which the other side receives it.
+/// The cells whose values travel between this partition and one neighbour, as 1-based cell numbers of this
+/// partition. What one side sends stands in the order in which the other side receives it.
 struct ExchangeList {
   int part = 0;
   std::vector<int> send;     ///< interior cells
@@ -21,19 +21,20 @@ struct ExchangeList {
 
 /// One partition as the operators want it: it owns every array that the lent records point to.
 ///
-/// Numbering: interior cells in Cuthill-McKee order, then one ghost cell per boundary face (inlet, outlet, symmetry,
-/// wall), then halo cells. Inner faces ascend by (ijCV, ij), where ijCV is the lower number. The ghost centre of a
-/// boundary face is the face centre, so a field there is the boundary value.
+/// Numbering: interior cells in Cuthill-McKee order, then one ghost cell per boundary face (inlet, outlet,
+/// symmetry, wall), then halo cells. Inner faces ascend by (ijCV, ij), where ijCV is the lower number. The
+/// ghost centre of a boundary face is the face centre, so a field there is the boundary value.
 class HostPartition {
  public:
-  /// Builds geometry, numbering and tables of one partition. Halo centres and the weights of the partition faces are
-  /// still missing: call CompleteHalo once communication stands.
+  /// Builds geometry, numbering and tables of one partition. Halo centres and the weights of the partition
+  /// faces are still missing: call CompleteHalo once communication stands.
   explicit HostPartition(const MeshPart& part);
   ~HostPartition();
   HostPartition(const HostPartition&) = delete;
   HostPartition& operator=(const HostPartition&) = delete;
 
-  /// Collective. Fetches the centres of the halo cells from their owners and computes the partition faces' weights.
+  /// Collective. Fetches the centres of the halo cells from their owners and computes the partition faces'
+  /// weights.
   void CompleteHalo(CCommunication& communication);
 
   CZYN3DFiniteVolumeMesh* mesh();
@@ -46,10 +47,13 @@ class HostPartition {
   int part() const;
   int nParts() const;
   int nHaloCells() const;
-  const std::vector<ExchangeList>& exchangeLists() const;     ///< ascending by neighbour part
-  const std::vector<std::int64_t>& globalCell() const;        ///< [1..NCell] 1-based number in the mesh file; 0: ghost
+  const std::vector<ExchangeList>& exchangeLists() const;  ///< ascending by neighbour part
+  const std::vector<std::int64_t>& globalCell()
+      const;  ///< [1..NCell] 1-based number in the mesh file; 0: ghost
+  const std::vector<std::int64_t>& globalNode() const;  ///< [1..NNode] 1-based number in the mesh file
   const std::vector<Patch>& patches() const;
-  const std::vector<int>& patchOfGhost() const;  ///< [1..NCell] index into patches() for ghost cells, -1 elsewhere
+  const std::vector<int>& patchOfGhost()
+      const;  ///< [1..NCell] index into patches() for ghost cells, -1 elsewhere
 
  private:
   struct Storage;

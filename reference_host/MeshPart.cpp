@@ -97,6 +97,9 @@ class PartExtractor {
     }
     for (const auto& haloNode : haloNodes) localNode_[haloNode.second] = kPresent;
 
+    const auto nNodes = std::count(localNode_.begin(), localNode_.end(), kPresent);
+    result_.globalNode.reserve(nNodes);
+    result_.points.reserve(nNodes);
     int next = 0;
     for (std::size_t node = 0; node < localNode_.size(); ++node) {
       if (localNode_[node] != kPresent) continue;
@@ -107,6 +110,7 @@ class PartExtractor {
   }
 
   void CopyFaces(const std::vector<int>& faces) {
+    ReserveFaces(faces);
     for (const int f : faces) {
       for (std::size_t i = mesh_.faceStart[f]; i < mesh_.faceStart[f + 1]; ++i) {
         result_.faceNode.push_back(localNode_[mesh_.faceNode[i]]);
@@ -116,6 +120,16 @@ class PartExtractor {
       result_.neighbour.push_back(LocalCell(mesh_.neighbour[f]));
       result_.facePatch.push_back(mesh_.facePatch[f]);
     }
+  }
+
+  void ReserveFaces(const std::vector<int>& faces) {
+    std::size_t nFaceNodes = 0;
+    for (const int f : faces) nFaceNodes += mesh_.faceStart[f + 1] - mesh_.faceStart[f];
+    result_.faceNode.reserve(nFaceNodes);
+    result_.faceStart.reserve(faces.size() + 1);
+    result_.owner.reserve(faces.size());
+    result_.neighbour.reserve(faces.size());
+    result_.facePatch.reserve(faces.size());
   }
 
   void CopyHaloNodes(const std::vector<std::pair<int, int>>& haloNodes) {
