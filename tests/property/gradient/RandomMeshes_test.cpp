@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+
+#include "gradient/COperatorGradientImpl.h"
+#include "tests/unit/gradient/BitComparison.h"
+#include "tests/unit/gradient/PlainForm.h"
+#include "tests/unit/gradient/RandomMesh.h"
+#include "tests/unit/gradient/TestHost.h"
+
+// A few hundred random partitions: every method gives the bits of its plain form, whatever the topology, the
+// weights, the face types, the empty groups and the field (ties, huge and denormal values, infinities, NaN).
+
+namespace gradient_test {
+namespace {
+
+constexpr std::uint64_t kFirstSeed = 1000;
+constexpr std::uint64_t kLastSeed = 1399;
+
+/// One random case: partition, fields and how the host exchanges and lends.
+struct Case {
+  explicit Case(std::uint64_t seed) : random(seed), mesh(RandomMesh(random)) {
+    if (mesh.nInnerCells > 0 && UniformInt(random, 0, 1) == 1) exchange = ExchangeWithItself(mesh);
+    nonBlocking = UniformInt(random, 0, 1) == 1;
+    lendEmptyArrays = UniformInt(random, 0, 1) == 1;
+  }
+
+  Random random;
+  MeshDescription mesh;
+  Exchange exchange = NoExchange();
+  bool nonBlocking = false;
+  bool lendEmptyArrays = false;
+};
+
+/// The host of a case with a connected operator and one gradient.
+struct CaseRun {
+  CaseRun(const Case& c, int type)
+      : host(c.mesh, c.exchange, c.lendEmptyArrays), op(host, type), g(c.mesh.NCell(), 0.75) {
+    host.UseNonBlockingExchange(c.nonBlocking);
+  }
+
+  TestHost host;
+  ConnectedOperator op;
+  GuardedGradient g;
+};
+
+TEST(RandomMeshes, IteratedGreenGaussEqualsItsPlainForm) {
+  for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
+    Case c(seed);
+    const Field phi = RandomField(c.random, c.mesh);
+    GuardedArray<double> guardedPhi = Guarded(phi);
+    for (const int nSweep : {-1, 0, 1, 2, 3, 5}) {
+      CaseRun s(c, 7);
+      s.op.gradient.GradMethod(guardedPhi.Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), nSweep);
+      Gradient expected(c.mesh, 0.75);
+      const Gradient previous = IteratedGreenGauss(c.mesh, phi, nSweep, c.exchange, expected);
+      ASSERT_TRUE(SameBits(expected, s.g)) << "seed " << seed << ", sweeps " << nSweep;
+      ASSERT_TRUE(SameBits(previous, s.host.previous)) << "seed " << seed << ", sweeps " << nSweep;
+      ASSERT_TRUE(s.host.communication.RulesKept()) << seed;
+      ASSERT_TRUE(s.host.InputsUntouched()) << seed;
+    }
+  }
+}
+
+TEST(RandomMeshes, PlainGreenGaussEqualsItsPlainForm) {
+  for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
+    Case c(seed);
+    const Field phi = RandomField(c.random, c.mesh);
+    CaseRun s(c, 0);
+    s.op.gradient.GradMethod(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), 1);
+    ASSERT_TRUE(SameBits(PlainGreenGauss(c.mesh, phi, c.exchange), s.g)) << seed;
+    ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+  }
+}
+
+TEST(RandomMeshes, WeightedGreenGaussEqualsItsPlainForm) {
+  for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
+    Case c(seed);
+    const Field phi = RandomField(c.random, c.mesh);
+    const Field k =
+        UniformInt(c.random, 0, 1) == 0 ? TameField(c.random, c.mesh) : RandomField(c.random, c.mesh);
+    CaseRun s(c, UniformInt(c.random, -1, 4));
+    s.op.gradient.GradMethod_Weighted(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(),
+                                      Guarded(k).Data(), UniformInt(c.random, -2, 5));
+    ASSERT_TRUE(SameBits(WeightedGreenGauss(c.mesh, phi, k, c.exchange), s.g)) << seed;
+    ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+  }
+}
+
+TEST(RandomMeshes, ThreeComponentGradientEqualsItsPlainForm) {
+  for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
+    Case c(seed);
+    const std::array<Field, 3> phi = {RandomField(c.random, c.mesh), RandomField(c.random, c.mesh),
+                                      RandomField(c.random, c.mesh)};
+    CaseRun s(c, UniformInt(c.random, -1, 4));
+    GuardedGradient second(c.mesh.NCell()), third(c.mesh.NCell());
+    s.op.gradient.GradMethod_3(Guarded(phi[0]).Data(), Guarded(phi[1]).Data(), Guarded(phi[2]).Data(),
+                               s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), second.x.Data(), second.y.Data(),
+                               second.z.Data(), third.x.Data(), third.y.Data(), third.z.Data());
+    const std::array<Gradient, 3> expected = ThreeComponentGreenGauss(c.mesh, phi, c.exchange);
+    ASSERT_TRUE(SameBits(expected[0], s.g)) << seed;
+    ASSERT_TRUE(SameBits(expected[1], second)) << seed;
+    ASSERT_TRUE(SameBits(expected[2], third)) << seed;
+    ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+  }
+}
+
+TEST(RandomMeshes, LeastSquaresEqualsItsPlainForm) {
+  int solved = 0, stopped = 0;
+  for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
+    Case c(seed);
+    const Field phi = RandomField(c.random, c.mesh);
+    CaseRun s(c, 1);
+    ASSERT_EQ(1, s.op.gradient.Initialize());
+    testing::internal::CaptureStdout();
+    s.op.gradient.GradMethod(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), 1);
+    const std::string printed = testing::internal::GetCapturedStdout();
+    const Moments moments = LeastSquaresMoments(c.mesh);
+    const LeastSquaresResult expected = LeastSquares(c.mesh, moments, phi, c.exchange);
+    ASSERT_TRUE(SameBits(expected.g, s.g)) << seed;
+    ASSERT_EQ(expected.zeroPivot ? "aa[ii][j]=0.\n4\n" : "", printed) << seed;
+    ASSERT_EQ(expected.zeroPivot, s.host.communication.Calls().empty()) << seed;
+    const COperatorGradientImpl& state = *s.op.gradient.m_pImpl;
+    ASSERT_TRUE(SameBits(c.mesh.NCell(), moments.xx.data(), state.m_pSxx)) << seed;
+    ASSERT_TRUE(SameBits(c.mesh.NCell(), moments.yz.data(), state.m_pSyz)) << seed;
+    ASSERT_TRUE(SameBits(c.mesh.NCell(), expected.rightHandSide.z.data(), state.m_pBz)) << seed;
+    ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+    ++(expected.zeroPivot ? stopped : solved);
+  }
+  EXPECT_LT(100, solved);
+  EXPECT_LT(10, stopped);
+}
+
+}  // namespace
+}  // namespace gradient_test

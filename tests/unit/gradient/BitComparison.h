@@ -1,0 +1,76 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+#include "tests/unit/gradient/PlainForm.h"
+#include "tests/unit/gradient/TestHost.h"
+
+namespace gradient_test {
+
+/// Equal bits, so that 0.0 and -0.0 differ; any NaN equals any NaN, since nothing promises which one comes
+/// out.
+inline bool SameBits(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+/// SameBits for the elements 1..n of two arrays given by their element 0; names the first that differs.
+inline ::testing::AssertionResult SameBits(int n, const double* expected, const double* actual) {
+  for (int c = 1; c <= n; ++c) {
+    if (SameBits(expected[c], actual[c])) continue;
+    return ::testing::AssertionFailure() << "element " << c << " of " << n << ": expected " << std::hexfloat
+                                         << expected[c] << ", found " << actual[c];
+  }
+  return ::testing::AssertionSuccess();
+}
+
+inline ::testing::AssertionResult SameBits(const std::vector<double>& expected,
+                                           const GuardedArray<double>& actual) {
+  if (static_cast<int>(expected.size()) != actual.Size() + 1)
+    return ::testing::AssertionFailure()
+           << "lengths differ: " << expected.size() - 1 << ", " << actual.Size();
+  return SameBits(actual.Size(), expected.data(), actual.Data());
+}
+
+/// SameBits for the three components, and whether the guards of the actual arrays are intact.
+inline ::testing::AssertionResult SameBits(const Gradient& expected, const GuardedGradient& actual) {
+  if (!actual.GuardsIntact()) return ::testing::AssertionFailure() << "written outside 1..NCell";
+  const ::testing::AssertionResult x = SameBits(expected.x, actual.x);
+  if (!x) return ::testing::AssertionFailure() << "x: " << x.message();
+  const ::testing::AssertionResult y = SameBits(expected.y, actual.y);
+  if (!y) return ::testing::AssertionFailure() << "y: " << y.message();
+  const ::testing::AssertionResult z = SameBits(expected.z, actual.z);
+  if (!z) return ::testing::AssertionFailure() << "z: " << z.message();
+  return ::testing::AssertionSuccess();
+}
+
+/// SameBits of two results.
+inline ::testing::AssertionResult SameBits(const GuardedGradient& expected, const GuardedGradient& actual) {
+  const int n = expected.x.Size();
+  if (!actual.GuardsIntact()) return ::testing::AssertionFailure() << "written outside 1..NCell";
+  const ::testing::AssertionResult x = SameBits(n, expected.x.Data(), actual.x.Data());
+  if (!x) return x;
+  const ::testing::AssertionResult y = SameBits(n, expected.y.Data(), actual.y.Data());
+  if (!y) return y;
+  return SameBits(n, expected.z.Data(), actual.z.Data());
+}
+
+/// Whether the ghost cells of the boundary groups are exactly +0.0.
+inline ::testing::AssertionResult GhostsAreZero(const MeshDescription& mesh, const GuardedGradient& g) {
+  for (const std::vector<Face>* faces : {&mesh.inlet, &mesh.outlet, &mesh.symmetry, &mesh.wall}) {
+    for (const Face& face : *faces) {
+      for (const GuardedArray<double>* component : {&g.x, &g.y, &g.z}) {
+        const double value = (*component)[face.other];
+        if (!SameBits(0.0, value))
+          return ::testing::AssertionFailure() << "ghost " << face.other << ": " << value;
+      }
+    }
+  }
+  return ::testing::AssertionSuccess();
+}
+
+}  // namespace gradient_test

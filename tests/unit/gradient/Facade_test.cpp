@@ -1,0 +1,740 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "gradient/COperatorGradient.h"
+#include "gradient/COperatorGradientImpl.h"
+#include "tests/unit/gradient/AllocationCount.h"
+#include "tests/unit/gradient/BitComparison.h"
+#include "tests/unit/gradient/PlainForm.h"
+#include "tests/unit/gradient/RandomMesh.h"
+#include "tests/unit/gradient/TestHost.h"
+
+// The facade: what construction leaves, what each setter stores and answers, the failure text, the reduction
+// of Initialize, which method a gradient type selects, and who frees what.
+
+namespace gradient_test {
+namespace {
+
+const std::string kPrefix = "Operator Gradient Error = ";
+const std::string kNoGlobals = "Can not get the object of Global Variables\n";
+const std::string kNoPartFaces = "Can not get the object of Part Faces\n";
+const std::string kNoCommunication = "Can not get the object of Communication\n";
+const std::string kNoCom = "Can not get the object of CZYNCom\n";
+const std::string kWrongType = "Default grad type is wrong\n";
+
+int SetType(COperatorGradient& gradient, int type) { return gradient.getGradType(type); }
+
+MeshDescription SomeMesh(std::uint64_t seed = 11) {
+  Random random(seed);
+  MeshDescription mesh;
+  while (mesh.nInnerCells < 20 || mesh.inner.empty() || mesh.partition.empty() || mesh.wall.empty() ||
+         mesh.inlet.empty() || mesh.outlet.empty() || mesh.symmetry.empty())
+    mesh = RandomMesh(random);
+  return mesh;
+}
+
+Field SomeField(const MeshDescription& mesh, std::uint64_t seed = 12) {
+  Random random(seed);
+  return TameField(random, mesh);
+}
+
+// ---------------------------------------------------------------------------------------------- construction
+
+TEST(GradientFacade, ConstructionCreatesThePrivateStateWithItsInitialValues) {
+  const COperatorGradient gradient;
+  const COperatorGradientImpl* state = gradient.m_pImpl;
+  ASSERT_NE(nullptr, state);
+  EXPECT_EQ(nullptr, state->m_pGV);
+  EXPECT_EQ(nullptr, state->m_pMesh);
+  EXPECT_EQ(nullptr, state->m_pPartFace);
+  EXPECT_EQ(nullptr, state->m_pComm);
+  EXPECT_EQ(nullptr, state->m_pCom);
+  EXPECT_EQ(nullptr, state->m_pGVGPU);
+  EXPECT_EQ(nullptr, state->m_pGVOpenMP);
+  EXPECT_EQ(nullptr, state->m_pRBF);
+  EXPECT_EQ(1, state->m_iMaxGradIter);
+  EXPECT_EQ(0, state->m_iGradType);
+  EXPECT_EQ(kPrefix, state->m_szError);
+  EXPECT_EQ(1024u, sizeof state->m_szError);
+  for (const double* array : {state->m_pSxx, state->m_pSyy, state->m_pSzz, state->m_pSxy, state->m_pSxz,
+                              state->m_pSyz, state->m_pBx, state->m_pBy, state->m_pBz})
+    EXPECT_EQ(nullptr, array);
+}
+
+TEST(GradientFacade, MembersOfThePrivateStateStandInTheirDeclaredOrder) {
+  const COperatorGradient gradient;
+  const COperatorGradientImpl& s = *gradient.m_pImpl;
+  const void* const members[] = {
+      &s.m_pGV,     &s.m_pMesh, &s.m_pPartFace,    &s.m_pComm,     &s.m_pCom,    &s.m_pGVGPU, &s.m_pGVOpenMP,
+      &s.m_GPUHead, &s.m_pRBF,  &s.m_iMaxGradIter, &s.m_iGradType, &s.m_szError, &s.m_pSxx,   &s.m_pSyy,
+      &s.m_pSzz,    &s.m_pSxy,  &s.m_pSxz,         &s.m_pSyz,      &s.m_pBx,     &s.m_pBy,    &s.m_pBz};
+  const void* before = nullptr;
+  for (const void* member : members) {
+    EXPECT_LT(before, member);
+    before = member;
+  }
+}
+
+TEST(GradientFacade, ErrorTextOfANewOperatorIsThePrefixAlone) {
+  COperatorGradient gradient;
+  EXPECT_EQ(kPrefix, gradient.getErrorMsg());
+}
+
+// ------------------------------------------------------------------------------------------------ getZyn3dGV
+
+TEST(GradientFacade, GetZyn3dGVStoresAllFourObjects) {
+  COperatorGradient gradient;
+  CZyn3dGV gv;
+  CZYNGVGPU gpu;
+  CZYNGVOpenMP openMP;
+  CZYN3DFiniteVolumeMesh mesh;
+  EXPECT_EQ(1, gradient.getZyn3dGV(&gv, &gpu, &openMP, &mesh));
+  EXPECT_EQ(&gv, gradient.m_pImpl->m_pGV);
+  EXPECT_EQ(&gpu, gradient.m_pImpl->m_pGVGPU);
+  EXPECT_EQ(&openMP, gradient.m_pImpl->m_pGVOpenMP);
+  EXPECT_EQ(&mesh, gradient.m_pImpl->m_pMesh);
+  EXPECT_EQ(kPrefix, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetZyn3dGVCopiesTheFirstWordOfTheAcceleratorObject) {
+  COperatorGradient gradient;
+  CZyn3dGV gv;
+  CZYNGVGPU gpu;
+  gradient.m_pImpl->m_GPUHead = 0x5a5a;
+  EXPECT_EQ(1, gradient.getZyn3dGV(&gv, &gpu, nullptr, nullptr));
+  std::uintptr_t firstWord = 0;
+  std::memcpy(&firstWord, static_cast<const void*>(&gpu), sizeof firstWord);
+  EXPECT_EQ(firstWord, gradient.m_pImpl->m_GPUHead);
+}
+
+TEST(GradientFacade, GetZyn3dGVWithNullGlobalVariablesFailsAndStoresNothing) {
+  COperatorGradient gradient;
+  CZYNGVGPU gpu;
+  CZYNGVOpenMP openMP;
+  CZYN3DFiniteVolumeMesh mesh;
+  gradient.m_pImpl->m_GPUHead = 0x5a5a;
+  EXPECT_EQ(-1, gradient.getZyn3dGV(nullptr, &gpu, &openMP, &mesh));
+  EXPECT_EQ(nullptr, gradient.m_pImpl->m_pGV);
+  EXPECT_EQ(nullptr, gradient.m_pImpl->m_pGVGPU);
+  EXPECT_EQ(nullptr, gradient.m_pImpl->m_pGVOpenMP);
+  EXPECT_EQ(nullptr, gradient.m_pImpl->m_pMesh);
+  EXPECT_EQ(0x5a5au, gradient.m_pImpl->m_GPUHead);
+  EXPECT_EQ(kPrefix + kNoGlobals, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetZyn3dGVWithNullGlobalVariablesKeepsWhatWasStoredEarlier) {
+  COperatorGradient gradient;
+  CZyn3dGV gv;
+  CZYNGVGPU gpu, otherGpu;
+  CZYNGVOpenMP openMP, otherOpenMP;
+  CZYN3DFiniteVolumeMesh mesh, otherMesh;
+  gradient.getZyn3dGV(&gv, &gpu, &openMP, &mesh);
+  EXPECT_EQ(-1, gradient.getZyn3dGV(nullptr, &otherGpu, &otherOpenMP, &otherMesh));
+  EXPECT_EQ(&gv, gradient.m_pImpl->m_pGV);
+  EXPECT_EQ(&gpu, gradient.m_pImpl->m_pGVGPU);
+  EXPECT_EQ(&openMP, gradient.m_pImpl->m_pGVOpenMP);
+  EXPECT_EQ(&mesh, gradient.m_pImpl->m_pMesh);
+}
+
+TEST(GradientFacade, GetZyn3dGVWithOnlyGlobalVariablesKeepsTheEarlierMeshAndTheOthers) {
+  COperatorGradient gradient;
+  CZyn3dGV gv, otherGv;
+  CZYNGVGPU gpu;
+  CZYNGVOpenMP openMP;
+  CZYN3DFiniteVolumeMesh mesh;
+  gradient.getZyn3dGV(&gv, &gpu, &openMP, &mesh);
+  const std::uintptr_t head = gradient.m_pImpl->m_GPUHead;
+  EXPECT_EQ(1, gradient.getZyn3dGV(&otherGv, nullptr, nullptr, nullptr));
+  EXPECT_EQ(&otherGv, gradient.m_pImpl->m_pGV);
+  EXPECT_EQ(&gpu, gradient.m_pImpl->m_pGVGPU);
+  EXPECT_EQ(&openMP, gradient.m_pImpl->m_pGVOpenMP);
+  EXPECT_EQ(&mesh, gradient.m_pImpl->m_pMesh);
+  EXPECT_EQ(head, gradient.m_pImpl->m_GPUHead);
+  EXPECT_EQ(kPrefix, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetZyn3dGVStoresEachOptionalObjectOnItsOwn) {
+  CZyn3dGV gv;
+  CZYNGVGPU gpu;
+  CZYNGVOpenMP openMP;
+  CZYN3DFiniteVolumeMesh mesh;
+  COperatorGradient withGpu, withOpenMP, withMesh;
+  EXPECT_EQ(1, withGpu.getZyn3dGV(&gv, &gpu, nullptr, nullptr));
+  EXPECT_EQ(&gpu, withGpu.m_pImpl->m_pGVGPU);
+  EXPECT_EQ(nullptr, withGpu.m_pImpl->m_pGVOpenMP);
+  EXPECT_EQ(nullptr, withGpu.m_pImpl->m_pMesh);
+  EXPECT_EQ(1, withOpenMP.getZyn3dGV(&gv, nullptr, &openMP, nullptr));
+  EXPECT_EQ(nullptr, withOpenMP.m_pImpl->m_pGVGPU);
+  EXPECT_EQ(&openMP, withOpenMP.m_pImpl->m_pGVOpenMP);
+  EXPECT_EQ(nullptr, withOpenMP.m_pImpl->m_pMesh);
+  EXPECT_EQ(1, withMesh.getZyn3dGV(&gv, nullptr, nullptr, &mesh));
+  EXPECT_EQ(nullptr, withMesh.m_pImpl->m_pGVGPU);
+  EXPECT_EQ(nullptr, withMesh.m_pImpl->m_pGVOpenMP);
+  EXPECT_EQ(&mesh, withMesh.m_pImpl->m_pMesh);
+}
+
+// ------------------------------------------------------------------------- getPartitionFace,
+// getCommunication
+
+TEST(GradientFacade, GetPartitionFaceStoresTheObject) {
+  COperatorGradient gradient;
+  TestPartitionFaces faces({});
+  EXPECT_EQ(1, gradient.getPartitionFace(&faces));
+  EXPECT_EQ(&faces, gradient.m_pImpl->m_pPartFace);
+  EXPECT_EQ(kPrefix, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetPartitionFaceWithNullFailsAndKeepsTheEarlierObject) {
+  COperatorGradient gradient;
+  TestPartitionFaces faces({});
+  gradient.getPartitionFace(&faces);
+  EXPECT_EQ(-1, gradient.getPartitionFace(nullptr));
+  EXPECT_EQ(&faces, gradient.m_pImpl->m_pPartFace);
+  EXPECT_EQ(kPrefix + kNoPartFaces, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetCommunicationStoresBothObjects) {
+  COperatorGradient gradient;
+  RecordingCommunication communication(0, NoExchange());
+  RecordingCom com;
+  EXPECT_EQ(1, gradient.getCommunication(&communication, &com));
+  EXPECT_EQ(&communication, gradient.m_pImpl->m_pComm);
+  EXPECT_EQ(&com, gradient.m_pImpl->m_pCom);
+  EXPECT_EQ(kPrefix, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetCommunicationWithNullExchangeFailsAndStoresNeither) {
+  COperatorGradient gradient;
+  RecordingCom com;
+  EXPECT_EQ(-1, gradient.getCommunication(nullptr, &com));
+  EXPECT_EQ(nullptr, gradient.m_pImpl->m_pComm);
+  EXPECT_EQ(nullptr, gradient.m_pImpl->m_pCom);
+  EXPECT_EQ(kPrefix + kNoCommunication, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetCommunicationWithNullReductionFailsWithTheExchangeLeftStored) {
+  COperatorGradient gradient;
+  RecordingCommunication communication(0, NoExchange());
+  EXPECT_EQ(-1, gradient.getCommunication(&communication, nullptr));
+  EXPECT_EQ(&communication, gradient.m_pImpl->m_pComm);
+  EXPECT_EQ(nullptr, gradient.m_pImpl->m_pCom);
+  EXPECT_EQ(kPrefix + kNoCom, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, GetCommunicationWithNullReductionReplacesTheExchangeAndKeepsTheEarlierReduction) {
+  COperatorGradient gradient;
+  RecordingCommunication first(0, NoExchange()), second(0, NoExchange());
+  RecordingCom com;
+  gradient.getCommunication(&first, &com);
+  EXPECT_EQ(-1, gradient.getCommunication(&second, nullptr));
+  EXPECT_EQ(&second, gradient.m_pImpl->m_pComm);
+  EXPECT_EQ(&com, gradient.m_pImpl->m_pCom);
+}
+
+TEST(GradientFacade, GetCommunicationWithBothNullComplainsAboutTheExchangeOnly) {
+  COperatorGradient gradient;
+  EXPECT_EQ(-1, gradient.getCommunication(nullptr, nullptr));
+  EXPECT_EQ(kPrefix + kNoCommunication, gradient.getErrorMsg());
+}
+
+// ------------------------------------------------------------------- getGradType,
+// ResetMaxGradientIterationNumber
+
+TEST(GradientFacade, GetGradTypeAcceptsZeroToTwoAndLeavesItsArgumentAlone) {
+  for (const int type : {0, 1, 2}) {
+    COperatorGradient gradient;
+    int argument = type;
+    EXPECT_EQ(1, gradient.getGradType(argument));
+    EXPECT_EQ(type, argument);
+    EXPECT_EQ(type, gradient.m_pImpl->m_iGradType);
+    EXPECT_EQ(kPrefix, gradient.getErrorMsg());
+  }
+}
+
+TEST(GradientFacade, GetGradTypeRejectsAllOtherTypesButStoresThem) {
+  for (const int type : {3, 4, 7, 101, INT_MAX, -1, -2, INT_MIN}) {
+    COperatorGradient gradient;
+    int argument = type;
+    EXPECT_EQ(-1, gradient.getGradType(argument)) << type;
+    EXPECT_EQ(type, argument);
+    EXPECT_EQ(type, gradient.m_pImpl->m_iGradType);
+    EXPECT_EQ(kPrefix + kWrongType, gradient.getErrorMsg());
+  }
+}
+
+TEST(GradientFacade, ResetMaxGradientIterationNumberStoresPositiveNumbers) {
+  COperatorGradient gradient;
+  for (const int n : {1, 5, INT_MAX}) {
+    EXPECT_EQ(1, gradient.ResetMaxGradientIterationNumber(n));
+    EXPECT_EQ(n, gradient.m_pImpl->m_iMaxGradIter);
+  }
+}
+
+TEST(GradientFacade, ResetMaxGradientIterationNumberBelowOneFailsWithoutTextAndKeepsTheNumber) {
+  COperatorGradient gradient;
+  gradient.ResetMaxGradientIterationNumber(5);
+  for (const int n : {0, -1, INT_MIN}) {
+    EXPECT_EQ(-1, gradient.ResetMaxGradientIterationNumber(n));
+    EXPECT_EQ(5, gradient.m_pImpl->m_iMaxGradIter);
+  }
+  EXPECT_EQ(kPrefix, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoGradient) {
+  const MeshDescription mesh = SomeMesh();
+  GuardedArray<double> phi = Guarded(SomeField(mesh));
+  for (const int type : {0, 7}) {
+    for (const int nSweep : {1, 2, 3}) {
+      TestHost host(mesh);
+      ConnectedOperator op(host, type);
+      GuardedGradient before(mesh.NCell()), after(mesh.NCell());
+      op.gradient.GradMethod(phi.Data(), before.x.Data(), before.y.Data(), before.z.Data(), nSweep);
+      EXPECT_EQ(1, op.gradient.ResetMaxGradientIterationNumber(5));
+      op.gradient.GradMethod(phi.Data(), after.x.Data(), after.y.Data(), after.z.Data(), nSweep);
+      EXPECT_TRUE(SameBits(before, after)) << "type " << type << ", sweeps " << nSweep;
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------- failure text
+
+TEST(GradientFacade, FailuresAccumulateBehindOnePrefixInTheirOrder) {
+  COperatorGradient gradient;
+  gradient.getPartitionFace(nullptr);
+  SetType(gradient, 3);
+  gradient.getCommunication(nullptr, nullptr);
+  gradient.getZyn3dGV(nullptr, nullptr, nullptr, nullptr);
+  RecordingCommunication communication(0, NoExchange());
+  gradient.getCommunication(&communication, nullptr);
+  SetType(gradient, -1);
+  EXPECT_EQ(kPrefix + kNoPartFaces + kWrongType + kNoCommunication + kNoGlobals + kNoCom + kWrongType,
+            gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, FailureTextIsCutAt1023CharactersInTheMiddleOfALine) {
+  COperatorGradient gradient;
+  std::string expected = kPrefix;
+  for (int n = 0; n < 60; ++n) {
+    gradient.getPartitionFace(nullptr);
+    expected = (expected + kNoPartFaces).substr(0, 1023);
+    ASSERT_EQ(expected, gradient.getErrorMsg()) << "after failure " << n + 1;
+  }
+  EXPECT_EQ(1023u, std::strlen(gradient.getErrorMsg()));
+  EXPECT_EQ('\0', gradient.m_pImpl->m_szError[1023]);
+  EXPECT_NE('\n', expected.back()) << "the cut should fall inside a line";
+}
+
+TEST(GradientFacade, FullFailureTextStaysAsItIs) {
+  COperatorGradient gradient;
+  for (int n = 0; n < 60; ++n) gradient.getPartitionFace(nullptr);
+  const std::string full = gradient.getErrorMsg();
+  gradient.getZyn3dGV(nullptr, nullptr, nullptr, nullptr);
+  SetType(gradient, 3);
+  EXPECT_EQ(full, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, FailureTextBeginsWithWhateverTheBufferHolds) {
+  COperatorGradient gradient;
+  std::strcpy(gradient.m_pImpl->m_szError, "other text; ");
+  SetType(gradient, 3);
+  EXPECT_EQ("other text; " + kWrongType, gradient.getErrorMsg());
+}
+
+TEST(GradientFacade, FailureTextThatFitsExactlyIsKeptWhole) {
+  COperatorGradient gradient;
+  const std::string filler(1023 - kWrongType.size(), 'x');
+  std::strcpy(gradient.m_pImpl->m_szError, filler.c_str());
+  SetType(gradient, 3);
+  EXPECT_EQ(filler + kWrongType, gradient.getErrorMsg());
+}
+
+// ------------------------------------------------------------------------------------------------ Initialize
+
+TEST(GradientFacade, InitializeReducesAStatusOfZeroOnceForEveryType) {
+  for (const int type : {0, 1, 3, 7, -1}) {
+    TestHost host(SomeMesh());
+    ConnectedOperator op(host, type);
+    const std::string textBefore = op.gradient.getErrorMsg();
+    EXPECT_EQ(1, op.gradient.Initialize()) << type;
+    EXPECT_EQ(std::vector<int>{0}, host.com.values) << type;
+    EXPECT_EQ(textBefore, op.gradient.getErrorMsg());
+    EXPECT_TRUE(host.communication.Calls().empty());
+  }
+}
+
+TEST(GradientFacade, InitializeFailsWithoutTextWhenAnotherPartitionFailed) {
+  for (const int type : {0, 1, 3, 7, -1}) {
+    for (const int status : {-1, -5, INT_MIN}) {
+      TestHost host(SomeMesh());
+      ConnectedOperator op(host, type);
+      const std::string textBefore = op.gradient.getErrorMsg();
+      host.com.othersMinimum = status;
+      EXPECT_EQ(-1, op.gradient.Initialize()) << type;
+      EXPECT_EQ(textBefore, op.gradient.getErrorMsg());
+    }
+  }
+}
+
+TEST(GradientFacade, InitializeSucceedsWhenTheMinimumIsZeroOrMore) {
+  for (const int status : {0, 1, 4}) {
+    TestHost host(SomeMesh());
+    ConnectedOperator op(host);
+    host.com.othersMinimum = status;
+    EXPECT_EQ(1, op.gradient.Initialize());
+  }
+}
+
+TEST(GradientFacade, InitializeIgnoresTheResultOfTheReduction) {
+  TestHost host(SomeMesh());
+  ConnectedOperator op(host);
+  host.com.result = -1;
+  EXPECT_EQ(1, op.gradient.Initialize());
+  host.com.result = 1;
+  host.com.othersMinimum = -1;
+  EXPECT_EQ(-1, op.gradient.Initialize());
+}
+
+TEST(GradientFacade, InitializeGathersTheMomentsBeforeTheReductionAndForTypeOneOnly) {
+  for (const int type : {0, 1, 3, 7, -1}) {
+    TestHost host(SomeMesh());
+    ConnectedOperator op(host, type);
+    const COperatorGradientImpl& state = *op.gradient.m_pImpl;
+    bool gathered = false;
+    host.com.onCall = [&] { gathered = state.m_pSxx != nullptr && state.m_pBz != nullptr; };
+    op.gradient.Initialize();
+    EXPECT_EQ(type == 1, gathered) << type;
+    EXPECT_EQ(nullptr, state.m_pRBF);
+  }
+}
+
+TEST(GradientFacade, InitializeWithoutMomentsTouchesNeitherMeshNorGlobalVariables) {
+  RecordingCommunication communication(0, NoExchange());
+  RecordingCom com;
+  COperatorGradient gradient;
+  gradient.getCommunication(&communication, &com);
+  EXPECT_EQ(1, gradient.Initialize());
+}
+
+// ------------------------------------------------------------------------------------------------- dispatch
+
+TEST(GradientFacade, TypeAfterConstructionIsPlainGreenGaussForALastArgumentOfOne) {
+  const MeshDescription mesh = SomeMesh();
+  const Field phi = SomeField(mesh);
+  TestHost host(mesh);
+  COperatorGradient gradient;
+  host.ConnectTo(gradient);
+  GuardedGradient g(mesh.NCell());
+  gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
+  EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, NoExchange()), g));
+  // Only the iterated path clears the previous-iterate arrays.
+  EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 1e9), host.previous));
+}
+
+TEST(GradientFacade, TypeZeroTakesAnyOtherLastArgumentAsNumberOfSweeps) {
+  const MeshDescription mesh = SomeMesh();
+  const Field phi = SomeField(mesh);
+  for (const int nSweep : {-3, -1, 0, 2, 3, 4}) {
+    TestHost host(mesh);
+    ConnectedOperator op(host, 0);
+    GuardedGradient g(mesh.NCell(), 5.0);
+    op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
+    Gradient expected(mesh, 5.0);
+    IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
+    EXPECT_TRUE(SameBits(expected, g)) << nSweep;
+  }
+}
+
+TEST(GradientFacade, TypeOneIsLeastSquaresWhateverTheLastArgument) {
+  const MeshDescription mesh = SomeMesh();
+  const Field phi = SomeField(mesh);
+  const Gradient expected = LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange()).g;
+  for (const int n : {-1, 0, 1, 2, 100}) {
+    TestHost host(mesh);
+    ConnectedOperator op(host, 1);
+    ASSERT_EQ(1, op.gradient.Initialize());
+    GuardedGradient g(mesh.NCell());
+    op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
+    EXPECT_TRUE(SameBits(expected, g)) << n;
+  }
+}
+
+TEST(GradientFacade, TypeThreeLeavesOutputsAndHostAlone) {
+  const MeshDescription mesh = SomeMesh();
+  TestHost host(mesh);
+  ConnectedOperator op(host, 3);
+  for (const int n : {-1, 0, 1, 2, 5}) {
+    GuardedGradient g(mesh.NCell(), 42.0);
+    op.gradient.GradMethod(Guarded(SomeField(mesh)).Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
+    EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 42.0), g)) << n;
+  }
+  EXPECT_TRUE(host.communication.Calls().empty());
+  EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 1e9), host.previous));
+}
+
+TEST(GradientFacade, TypeThreeReturnsAtOnceWithoutAnyHostObject) {
+  COperatorGradient gradient;
+  SetType(gradient, 3);
+  gradient.GradMethod(nullptr, nullptr, nullptr, nullptr, 1);
+}
+
+TEST(GradientFacade, OtherTypesAreIteratedAlsoForALastArgumentOfOne) {
+  const MeshDescription mesh = SomeMesh();
+  const Field phi = SomeField(mesh);
+  for (const int type : {7, -1, 4, 101, INT_MAX, INT_MIN}) {
+    for (const int nSweep : {-1, 0, 1, 2, 3}) {
+      TestHost host(mesh);
+      ConnectedOperator op(host, type);
+      GuardedGradient g(mesh.NCell(), 5.0);
+      op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
+      Gradient expected(mesh, 5.0);
+      const Gradient previous = IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
+      EXPECT_TRUE(SameBits(expected, g)) << "type " << type << ", sweeps " << nSweep;
+      EXPECT_TRUE(SameBits(previous, host.previous)) << "type " << type << ", sweeps " << nSweep;
+    }
+  }
+}
+
+TEST(GradientFacade, TypeMayChangeBetweenCalls) {
+  const MeshDescription mesh = SomeMesh();
+  const Field phi = SomeField(mesh);
+  TestHost host(mesh);
+  ConnectedOperator op(host, 1);
+  op.gradient.Initialize();
+  GuardedGradient g(mesh.NCell());
+  GuardedArray<double> guardedPhi = Guarded(phi);
+  const auto call = [&](int type, int n) {
+    SetType(op.gradient, type);
+    op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
+  };
+  call(1, 1);
+  EXPECT_TRUE(SameBits(LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange()).g, g));
+  call(0, 1);
+  EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, NoExchange()), g));
+  call(1, 1);
+  EXPECT_TRUE(SameBits(LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange()).g, g));
+}
+
+TEST(GradientFacade, GreenGaussNeedsNoInitialize) {
+  const MeshDescription mesh = SomeMesh();
+  const Field phi = SomeField(mesh), k = SomeField(mesh, 13);
+  TestHost host(mesh);
+  ConnectedOperator op(host);
+  GuardedGradient plain(mesh.NCell()), weighted(mesh.NCell());
+  GuardedArray<double> guardedPhi = Guarded(phi), guardedK = Guarded(k);
+  op.gradient.GradMethod(guardedPhi.Data(), plain.x.Data(), plain.y.Data(), plain.z.Data(), 1);
+  op.gradient.GradMethod_Weighted(guardedPhi.Data(), weighted.x.Data(), weighted.y.Data(), weighted.z.Data(),
+                                  guardedK.Data(), 1);
+  EXPECT_TRUE(host.com.values.empty());
+  EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, NoExchange()), plain));
+  EXPECT_TRUE(SameBits(WeightedGreenGauss(mesh, phi, k, NoExchange()), weighted));
+}
+
+// ------------------------------------------------------------------------------------------ life and
+// ownership
+
+TEST(GradientFacade, AssignmentSharesThePrivateStateAndLeavesTheFormerOneAlive) {
+  COperatorGradient source, target;
+  SetType(source, 7);
+  SetType(target, 1);
+  COperatorGradientImpl* const former = target.m_pImpl;
+  COperatorGradient& result = (target = source);
+  EXPECT_EQ(&target, &result);
+  EXPECT_EQ(source.m_pImpl, target.m_pImpl);
+  EXPECT_EQ(1, former->m_iGradType) << "the former state must not be freed";
+  SetType(target, 0);
+  EXPECT_EQ(0, source.m_pImpl->m_iGradType) << "the two share one state";
+  target.m_pImpl = former;  // gives each facade one state to free
+}
+
+TEST(GradientFacade, AssignmentAllocatesAndFreesNothing) {
+  COperatorGradient source, target;
+  COperatorGradientImpl* const former = target.m_pImpl;
+  const long allocations = Allocations(), live = LiveAllocations();
+  target = source;
+  EXPECT_EQ(allocations, Allocations());
+  EXPECT_EQ(live, LiveAllocations());
+  target.m_pImpl = former;
+}
+
+TEST(GradientFacade, DestructionFreesThePrivateStateAndTheNineArrays) {
+  const MeshDescription mesh = SomeMesh();
+  TestHost host(mesh);
+  host.com.values.reserve(8);
+  const long live = LiveAllocations();
+  {
+    ConnectedOperator op(host, 1);
+    op.gradient.Initialize();
+    EXPECT_LE(live + 10, LiveAllocations()) << "the state and nine arrays";
+  }
+  EXPECT_EQ(live, LiveAllocations());
+}
+
+/// A host object that tells when it is destroyed.
+template <typename Base>
+class Mortal : public Base {
+ public:
+  template <typename... Args>
+  explicit Mortal(bool& alive, Args&&... args) : Base(std::forward<Args>(args)...), alive_(alive) {
+    alive_ = true;
+  }
+  ~Mortal() override { alive_ = false; }
+
+ private:
+  bool& alive_;
+};
+
+TEST(GradientFacade, DestructionLeavesTheHostObjectsAlive) {
+  bool gvAlive = false, gpuAlive = false, openMPAlive = false, facesAlive = false, commAlive = false,
+       comAlive = false;
+  Mortal<CZyn3dGV> gv(gvAlive);
+  Mortal<CZYNGVGPU> gpu(gpuAlive);
+  Mortal<CZYNGVOpenMP> openMP(openMPAlive);
+  Mortal<TestPartitionFaces> faces(facesAlive, std::vector<Face>{});
+  Mortal<RecordingCommunication> communication(commAlive, 0, NoExchange());
+  Mortal<RecordingCom> com(comAlive);
+  auto mesh = std::make_unique<CZYN3DFiniteVolumeMesh>();
+  {
+    COperatorGradient gradient;
+    gradient.getZyn3dGV(&gv, &gpu, &openMP, mesh.get());
+    gradient.getPartitionFace(&faces);
+    gradient.getCommunication(&communication, &com);
+    SetType(gradient, 1);
+    gradient.Initialize();
+  }
+  EXPECT_TRUE(gvAlive && gpuAlive && openMPAlive && facesAlive && commAlive && comAlive);
+  EXPECT_EQ(0, mesh->NCell);
+}
+
+TEST(GradientFacade, DestructionOfAnUnconfiguredOperatorIsHarmless) {
+  const long live = LiveAllocations();
+  { COperatorGradient gradient; }
+  EXPECT_EQ(live, LiveAllocations());
+}
+
+TEST(GradientFacade, SecondInitializeGathersAnewAndLeavesTheFirstArraysIntact) {
+  const MeshDescription mesh = SomeMesh();
+  TestHost host(mesh);
+  ConnectedOperator op(host, 1);
+  op.gradient.Initialize();
+  const COperatorGradientImpl& s = *op.gradient.m_pImpl;
+  double* const old[] = {s.m_pSxx, s.m_pSyy, s.m_pSzz, s.m_pSxy, s.m_pSxz,
+                         s.m_pSyz, s.m_pBx,  s.m_pBy,  s.m_pBz};
+  EXPECT_EQ(1, op.gradient.Initialize());
+  double* const fresh[] = {s.m_pSxx, s.m_pSyy, s.m_pSzz, s.m_pSxy, s.m_pSxz,
+                           s.m_pSyz, s.m_pBx,  s.m_pBy,  s.m_pBz};
+  for (int n = 0; n < 9; ++n) {
+    EXPECT_NE(old[n], fresh[n]);
+    EXPECT_TRUE(SameBits(mesh.NCell(), old[n], fresh[n])) << "array " << n;
+    delete[] old[n];  // nobody else does
+  }
+}
+
+TEST(GradientFacade, NoGradientCallAllocates) {
+  const MeshDescription mesh = SomeMesh();
+  GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
+  std::vector<GuardedGradient> g(3, GuardedGradient(mesh.NCell()));
+  const auto x = [&](int n) { return g[static_cast<std::size_t>(n)].x.Data(); };
+  const auto y = [&](int n) { return g[static_cast<std::size_t>(n)].y.Data(); };
+  const auto z = [&](int n) { return g[static_cast<std::size_t>(n)].z.Data(); };
+  for (const bool nonBlocking : {false, true}) {
+    for (const int type : {0, 1, 3, 7}) {
+      TestHost host(mesh);
+      host.UseNonBlockingExchange(nonBlocking);
+      ConnectedOperator op(host, type);
+      op.gradient.Initialize();
+      const long before = Allocations();
+      for (const int n : {0, 1, 2, 3}) op.gradient.GradMethod(phi.Data(), x(0), y(0), z(0), n);
+      op.gradient.GradMethod_Weighted(phi.Data(), x(0), y(0), z(0), k.Data(), 1);
+      op.gradient.GradMethod_3(phi.Data(), k.Data(), phi.Data(), x(0), y(0), z(0), x(1), y(1), z(1), x(2),
+                               y(2), z(2));
+      EXPECT_EQ(before, Allocations()) << "type " << type;
+    }
+  }
+}
+
+/// Accessor calls of one round of all gradients on a partition with the given number of faces.
+int AccessorCallsOfAllGradients(int nPartitionFaces) {
+  MeshDescription mesh = Box({0, 1, 2}, {0, 1, 2}, {0, 1, 2});
+  for (int f = 0; f < nPartitionFaces; ++f) {
+    const int halo = mesh.AddOuterCell({-1.0, 0.1 * f, 0.5});
+    mesh.partition.push_back({1 + f % mesh.nInnerCells, halo, {-1.0, 0.1, 0.2}, {0.0, 0.1, 0.5}, 0.5, 0});
+  }
+  TestHost host(mesh);
+  ConnectedOperator op(host, 1);
+  GuardedArray<double> phi = Guarded(SomeField(mesh));
+  GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
+  op.gradient.Initialize();
+  for (const int type : {0, 1, 7}) {
+    SetType(op.gradient, type);
+    op.gradient.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), 1);
+  }
+  op.gradient.GradMethod_Weighted(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), phi.Data(), 1);
+  op.gradient.GradMethod_3(phi.Data(), phi.Data(), phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), b.x.Data(),
+                           b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(), c.z.Data());
+  return host.partitionFaces.Calls();
+}
+
+TEST(GradientFacade, PartitionFacesAreAskedPerWalkAndNotPerFace) {
+  EXPECT_EQ(AccessorCallsOfAllGradients(1), AccessorCallsOfAllGradients(40));
+}
+
+TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
+  const MeshDescription mesh = SomeMesh();
+  GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
+  const GuardedArray<double> phiBefore = phi, kBefore = k;
+  TestHost host(mesh, ExchangeWithItself(mesh));
+  ConnectedOperator op(host, 1);
+  op.gradient.Initialize();
+  GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
+  for (const int type : {0, 1, 7}) {
+    SetType(op.gradient, type);
+    for (const int n : {0, 1, 3}) op.gradient.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), n);
+  }
+  op.gradient.GradMethod_Weighted(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), k.Data(), 1);
+  op.gradient.GradMethod_3(phi.Data(), k.Data(), phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), b.x.Data(),
+                           b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(), c.z.Data());
+  EXPECT_TRUE(host.InputsUntouched());
+  EXPECT_TRUE(phi.IdenticalTo(phiBefore));
+  EXPECT_TRUE(k.IdenticalTo(kBefore));
+  EXPECT_TRUE(a.GuardsIntact() && b.GuardsIntact() && c.GuardsIntact() && host.previous.GuardsIntact());
+}
+
+TEST(GradientFacade, OperatorsOfDifferentHostsRunSideBySide) {
+  const auto run = [](std::uint64_t seed, bool& agreed) {
+    const MeshDescription mesh = SomeMesh(seed);
+    const Field phi = SomeField(mesh, seed + 1);
+    TestHost host(mesh, ExchangeWithItself(mesh));
+    ConnectedOperator op(host, 1);
+    op.gradient.Initialize();
+    GuardedArray<double> guardedPhi = Guarded(phi);
+    GuardedGradient g(mesh.NCell());
+    agreed = true;
+    for (int n = 0; n < 200; ++n) {
+      SetType(op.gradient, 1);
+      op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
+      const LeastSquaresResult fit =
+          LeastSquares(mesh, LeastSquaresMoments(mesh), phi, ExchangeWithItself(mesh));
+      agreed = agreed && SameBits(fit.g, g);
+      SetType(op.gradient, 0);
+      op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 3);
+      Gradient iterated(mesh);
+      IteratedGreenGauss(mesh, phi, 3, ExchangeWithItself(mesh), iterated);
+      agreed = agreed && SameBits(iterated, g);
+    }
+  };
+  bool first = false, second = false;
+  std::thread thread(run, 101, std::ref(first));
+  run(202, second);
+  thread.join();
+  EXPECT_TRUE(first);
+  EXPECT_TRUE(second);
+}
+
+}  // namespace
+}  // namespace gradient_test

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+namespace gradient_test {
+
+/// The value of an element that nobody may read or write: for doubles a NaN with a payload of its own, so
+/// that a sum that touched it is a NaN; for ints a number far beyond every index.
+template <typename T>
+T GuardValue();
+
+template <>
+inline double GuardValue<double>() {
+  const std::uint64_t bits = 0x7ff8dead0000beefULL;
+  double value = 0.0;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
+
+template <>
+inline int GuardValue<int>() {
+  return 0x6badbeef;
+}
+
+/// An array [1..n] as a host lends it, with guard values in element 0 and in three elements beyond the end.
+template <typename T>
+class GuardedArray {
+ public:
+  explicit GuardedArray(int n = 0, T value = T()) : n_(n), elements_(Length(n), GuardValue<T>()) {
+    for (int i = 1; i <= n; ++i) (*this)[i] = value;
+  }
+
+  int Size() const { return n_; }
+
+  /// Address of element 0, which is what a host lends.
+  T* Data() { return elements_.data(); }
+  const T* Data() const { return elements_.data(); }
+
+  T& operator[](int i) { return elements_[static_cast<std::size_t>(i)]; }
+  const T& operator[](int i) const { return elements_[static_cast<std::size_t>(i)]; }
+
+  /// Whether element 0 and the elements beyond the end still hold the guard value, bit for bit.
+  bool GuardsIntact() const {
+    const T guard = GuardValue<T>();
+    for (int i = 0; i < static_cast<int>(elements_.size()); ++i) {
+      const bool isGuard = i == 0 || i > n_;
+      if (isGuard && std::memcmp(&(*this)[i], &guard, sizeof guard) != 0) return false;
+    }
+    return true;
+  }
+
+  /// Whether all elements, guards included, have the same bits.
+  bool IdenticalTo(const GuardedArray& other) const {
+    return n_ == other.n_ && std::memcmp(Data(), other.Data(), sizeof(T) * elements_.size()) == 0;
+  }
+
+ private:
+  static constexpr int kGuardsBeyondTheEnd = 3;
+
+  static std::size_t Length(int n) { return static_cast<std::size_t>(n + 1 + kGuardsBeyondTheEnd); }
+
+  int n_;
+  std::vector<T> elements_;
+};
+
+}  // namespace gradient_test

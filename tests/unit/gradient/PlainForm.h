@@ -1,0 +1,64 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "tests/unit/gradient/MeshDescription.h"
+
+/// @file
+/// Every gradient once more, in the plainest words: one statement per operation, in the order that the
+/// results promise, arrays made anew for each call. The operators must give the same bits.
+
+namespace gradient_test {
+
+/// Cell values [1..NCell], element 0 unused.
+using Field = std::vector<double>;
+
+/// The three derivatives, [1..NCell] each.
+struct Gradient {
+  explicit Gradient(const MeshDescription& mesh, double value = 0.0)
+      : x(mesh.centres.size(), value), y(x), z(x) {}
+
+  Field x, y, z;
+};
+
+/// Iterated Green-Gauss, nSweep sweeps.
+/// @param[in,out] g  what the outputs held before the call; the gradient after it. Without a sweep they are
+/// exchanged
+///                   as they are
+/// @return the previous-iterate arrays after the call
+Gradient IteratedGreenGauss(const MeshDescription& mesh, const Field& phi, int nSweep,
+                            const Exchange& exchange, Gradient& g);
+
+/// Plain Green-Gauss: one pass without skewness correction.
+Gradient PlainGreenGauss(const MeshDescription& mesh, const Field& phi, const Exchange& exchange);
+
+/// Green-Gauss with face values weighted harmonically by the cell coefficient k.
+Gradient WeightedGreenGauss(const MeshDescription& mesh, const Field& phi, const Field& k,
+                            const Exchange& exchange);
+
+/// Plain Green-Gauss of three fields.
+std::array<Gradient, 3> ThreeComponentGreenGauss(const MeshDescription& mesh, const std::array<Field, 3>& phi,
+                                                 const Exchange& exchange);
+
+/// The six moments of least squares, [1..NCell] each.
+struct Moments {
+  explicit Moments(const MeshDescription& mesh)
+      : xx(mesh.centres.size()), yy(xx), zz(xx), xy(xx), xz(xx), yz(xx) {}
+
+  Field xx, yy, zz, xy, xz, yz;
+};
+
+Moments LeastSquaresMoments(const MeshDescription& mesh);
+
+/// What least squares leaves behind.
+struct LeastSquaresResult {
+  Gradient g;
+  Gradient rightHandSide;
+  bool zeroPivot;  ///< stopped at a singular cell, without an exchange
+};
+
+LeastSquaresResult LeastSquares(const MeshDescription& mesh, const Moments& moments, const Field& phi,
+                                const Exchange& exchange);
+
+}  // namespace gradient_test
