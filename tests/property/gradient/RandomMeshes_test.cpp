@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "gradient/COperatorGradientImpl.h"
 #include "tests/unit/gradient/BitComparison.h"
@@ -130,6 +133,108 @@ TEST(RandomMeshes, LeastSquaresEqualsItsPlainForm) {
   }
   EXPECT_LT(100, solved);
   EXPECT_LT(10, stopped);
+}
+
+// ------------------------------------------------------------------------------------------------ large
+// meshes
+//
+// A kernel may work through the cells in blocks. These partitions are larger than any block that fits a
+// cache: in the order of a sorted mesh, in the order of its directions, and without any order; each with
+// untouched cells at the end.
+
+MeshDescription BoxByDirections() {
+  std::vector<double> x{0.0}, y{0.0}, z{0.0};
+  for (int i = 1; i <= 40; ++i) x.push_back(x.back() + 0.5 + 0.01 * i);
+  for (int i = 1; i <= 30; ++i) y.push_back(y.back() + 1.0 - 0.01 * i);
+  for (int i = 1; i <= 25; ++i) z.push_back(z.back() + 0.7);
+  MeshDescription mesh = Box(x, y, z);
+  for (int c = 0; c < 20000; ++c) mesh.AddOuterCell({});
+  return mesh;
+}
+
+MeshDescription SortedBox() {
+  MeshDescription mesh = BoxByDirections();
+  std::sort(mesh.inner.begin(), mesh.inner.end(),
+            [](const Face& a, const Face& b) { return a.cv != b.cv ? a.cv < b.cv : a.other < b.other; });
+  return mesh;
+}
+
+MeshDescription LargeRandomMesh(std::uint64_t seed) {
+  Random random(seed);
+  MeshDescription mesh;
+  while (mesh.nInnerCells < 15000 || mesh.inner.size() < 30000) mesh = RandomMesh(random, {30000, 20000});
+  return mesh;
+}
+
+void ExpectEveryMethodToEqualItsPlainForm(const MeshDescription& mesh, std::uint64_t seed) {
+  Random random(seed);
+  const Field phi = TameField(random, mesh), k = TameField(random, mesh), third = TameField(random, mesh);
+  GuardedArray<double> phiArray = Guarded(phi), kArray = Guarded(k), thirdArray = Guarded(third);
+  const Exchange exchange = ExchangeWithItself(mesh);
+  TestHost host(mesh, exchange);
+  ConnectedOperator op(host, 1);
+  op.gradient.Initialize();
+  GuardedGradient g(mesh.NCell()), g2(mesh.NCell()), g3(mesh.NCell());
+  const auto callMethod = [&](int type, int n) {
+    op.gradient.getGradType(type);
+    op.gradient.GradMethod(phiArray.Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
+  };
+
+  testing::internal::CaptureStdout();
+  callMethod(1, 1);
+  testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(SameBits(LeastSquares(mesh, LeastSquaresMoments(mesh), phi, exchange).g, g));
+  callMethod(0, 1);
+  EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, exchange), g));
+  for (const int nSweep : {1, 2, 3}) {
+    callMethod(7, nSweep);
+    Gradient expected(mesh);
+    const Gradient previous = IteratedGreenGauss(mesh, phi, nSweep, exchange, expected);
+    EXPECT_TRUE(SameBits(expected, g)) << nSweep;
+    EXPECT_TRUE(SameBits(previous, host.previous)) << nSweep;
+  }
+  op.gradient.GradMethod_Weighted(phiArray.Data(), g.x.Data(), g.y.Data(), g.z.Data(), kArray.Data(), 1);
+  EXPECT_TRUE(SameBits(WeightedGreenGauss(mesh, phi, k, exchange), g));
+  op.gradient.GradMethod_3(phiArray.Data(), kArray.Data(), thirdArray.Data(), g.x.Data(), g.y.Data(),
+                           g.z.Data(), g2.x.Data(), g2.y.Data(), g2.z.Data(), g3.x.Data(), g3.y.Data(),
+                           g3.z.Data());
+  const std::array<Gradient, 3> expected = ThreeComponentGreenGauss(mesh, {phi, k, third}, exchange);
+  EXPECT_TRUE(SameBits(expected[0], g));
+  EXPECT_TRUE(SameBits(expected[1], g2));
+  EXPECT_TRUE(SameBits(expected[2], g3));
+  EXPECT_TRUE(host.InputsUntouched() && host.previous.GuardsIntact());
+}
+
+TEST(LargeMeshes, SortedBoxEqualsThePlainForms) { ExpectEveryMethodToEqualItsPlainForm(SortedBox(), 1); }
+
+TEST(LargeMeshes, BoxWithFacesByDirectionEqualsThePlainForms) {
+  ExpectEveryMethodToEqualItsPlainForm(BoxByDirections(), 2);
+}
+
+TEST(LargeMeshes, BoxWithFacesInReverseEqualsThePlainForms) {
+  MeshDescription mesh = SortedBox();
+  std::reverse(mesh.inner.begin(), mesh.inner.end());
+  ExpectEveryMethodToEqualItsPlainForm(mesh, 3);
+}
+
+TEST(LargeMeshes, FacesFromTheHigherToTheLowerCellEqualThePlainForms) {
+  MeshDescription mesh = SortedBox();
+  for (Face& face : mesh.inner) std::swap(face.cv, face.other);
+  ExpectEveryMethodToEqualItsPlainForm(mesh, 4);
+}
+
+TEST(LargeMeshes, RandomTopologiesEqualThePlainForms) {
+  for (std::uint64_t seed = 1; seed <= 4; ++seed)
+    ExpectEveryMethodToEqualItsPlainForm(LargeRandomMesh(seed), seed);
+}
+
+TEST(LargeMeshes, CellsWithoutFacesAreClearedInEveryMethod) {
+  // Two faces among many cells, one at each end of the numbering.
+  MeshDescription mesh;
+  for (int c = 0; c < 30000; ++c) mesh.AddInteriorCell({0.1 * c, 0.0, 0.0}, 1.0);
+  mesh.inner.push_back({29999, 30000, {1.0, 2.0, 3.0}, {}, 0.5, 0});
+  mesh.inner.push_back({2, 1, {1.0, 2.0, 3.0}, {}, 0.5, 0});
+  ExpectEveryMethodToEqualItsPlainForm(mesh, 5);
 }
 
 }  // namespace
