@@ -1,0 +1,275 @@
+#include "reference_host/BoxMesh.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "reference_host/BoxBlocks.h"
+#include "reference_host/BoxShapes.h"
+#include "reference_host/MeshError.h"
+
+namespace reference_host {
+namespace {
+
+GridBlock WholeGrid(const BoxSpec& spec) { return {{0, 0, 0}, {spec.nx, spec.ny, spec.nz}}; }
+
+std::string Text(const BoxSpec& spec) {
+  return "box:" + std::to_string(spec.nx) + "," + std::to_string(spec.ny) + "," + std::to_string(spec.nz);
+}
+
+void CheckParts(const BoxSpec& spec, int nParts) {
+  CheckBoxSpec(spec, Text(spec));
+  const std::int64_t nCubes = WholeGrid(spec).Size();
+  if (nParts > nCubes) {
+    throw MeshError(Text(spec) + ": cannot be divided among " + std::to_string(nParts) +
+                    " ranks, since a rank needs a whole block of cells and there are " +
+                    std::to_string(nCubes));
+  }
+}
+
+// Mixes all bits of a number (the finalizer of SplitMix64), so that neighbouring nodes move independently.
+std::uint64_t Mix(std::uint64_t x) {
+  x += 0x9e3779b97f4a7c15u;
+  x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9u;
+  x = (x ^ (x >> 27)) * 0x94d049bb133111ebu;
+  return x ^ (x >> 31);
+}
+
+// In [-1, 1): the upper 53 bits of the number.
+double SignedUnit(std::uint64_t x) { return static_cast<double>(x >> 11) * 0x1p-52 - 1.0; }
+
+/// Place of a node. It depends on nothing but the node, so that every rank gets the same.
+Point NodePoint(const BoxSpec& spec, const GridIndex& node, std::int64_t globalNode) {
+  const GridIndex n = {spec.nx, spec.ny, spec.nz};
+  const double longest = std::max({n[0], n[1], n[2]});
+  bool inside = spec.perturb > 0.0;
+  for (std::size_t d = 0; d < 3; ++d) inside = inside && node[d] > 0 && node[d] < n[d];
+
+  std::uint64_t random = Mix(Mix(spec.seed) + static_cast<std::uint64_t>(globalNode));
+  Point point;
+  for (std::size_t d = 0; d < 3; ++d) {
+    random = Mix(random);
+    const double shift = inside ? spec.perturb * SignedUnit(random) : 0.0;
+    point[d] = (node[d] + shift) / longest;
+  }
+  return point;
+}
+
+/// Makes one part. It works on the part's block of cubes and the shell of one layer of cubes around it, in
+/// which the halo cells are.
+class PartMaker {
+ public:
+  PartMaker(const BoxSpec& spec, int part, int nParts)
+      : spec_(spec),
+        shape_(ShapeTable(spec.shape)),
+        grid_(WholeGrid(spec)),
+        bisection_(grid_, nParts),
+        own_(bisection_.BlockOf(part)),
+        shell_(own_) {
+    for (std::size_t d = 0; d < 3; ++d) {
+      shell_.low[d] = std::max(own_.low[d] - 1, grid_.low[d]);
+      shell_.high[d] = std::min(own_.high[d] + 1, grid_.high[d]);
+    }
+    shellNodes_ = shell_.Nodes();
+    result_.part = part;
+    result_.nParts = nParts;
+    for (const char* name : {"inlet", "outlet", "wall_ymin", "wall_ymax", "wall_zmin", "wall_zmax"}) {
+      result_.patches.push_back({name, "", std::nullopt});
+    }
+  }
+
+  MeshPart Make() {
+    NumberOwnedCells();
+    NumberHaloCells();
+    NumberNodes();
+    ListHaloNodes();
+    MakeFaces();
+    return std::move(result_);
+  }
+
+ private:
+  static GridIndex Across(GridIndex cube, int side) {
+    cube[static_cast<std::size_t>(side) / 2] += side % 2 == 0 ? -1 : 1;
+    return cube;
+  }
+
+  std::int64_t GlobalCell(const GridIndex& cube, int cell) const {
+    const std::int64_t number =
+        cube[0] + std::int64_t{spec_.nx} * (cube[1] + std::int64_t{spec_.ny} * cube[2]);
+    return number * shape_.nCells() + cell;
+  }
+
+  /// Position of a cell of the shell in cellNumber_.
+  std::size_t CellSlot(const GridIndex& cube, int cell) const {
+    return shell_.Offset(cube) * shape_.cells.size() + static_cast<std::size_t>(cell);
+  }
+
+  /// Position of a node of the shell in nodeNumber_.
+  std::size_t NodeSlot(const GridIndex& node) const { return shellNodes_.Offset(node); }
+
+  static GridIndex Corner(const GridIndex& cube, int corner) {
+    return {cube[0] + (corner & 1), cube[1] + (corner >> 1 & 1), cube[2] + (corner >> 2 & 1)};
+  }
+
+  void NumberOwnedCells() {
+    cellNumber_.assign(static_cast<std::size_t>(shell_.Size() * shape_.nCells()), -1);
+    result_.globalCell.reserve(static_cast<std::size_t>(own_.Size() * shape_.nCells()));
+    own_.ForEach([this](const GridIndex& cube) {
+      for (int cell = 0; cell < shape_.nCells(); ++cell) NumberCell(cube, cell);
+    });
+    result_.nOwned = static_cast<int>(result_.globalCell.size());
+  }
+
+  void NumberCell(const GridIndex& cube, int cell) {
+    cellNumber_[CellSlot(cube, cell)] = static_cast<int>(result_.globalCell.size());
+    result_.globalCell.push_back(GlobalCell(cube, cell));
+  }
+
+  void NumberHaloCells() {
+    shell_.ForEach([this](const GridIndex& cube) {
+      if (own_.Contains(cube)) return;
+      for (int cell = 0; cell < shape_.nCells(); ++cell) {
+        if (!TouchesOwnBlock(cube, cell)) continue;
+        NumberCell(cube, cell);
+        result_.haloPart.push_back(bisection_.PartOf(cube));
+        haloCells_.push_back({cube, cell});
+      }
+    });
+  }
+
+  bool TouchesOwnBlock(const GridIndex& cube, int cell) const {
+    for (const ShapeInCube::Face& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
+      if (face.side >= 0 && own_.Contains(Across(cube, face.side))) return true;
+    }
+    return false;
+  }
+
+  void NumberNodes() {
+    const GridBlock ownNodes = own_.Nodes();
+    nodeNumber_.assign(static_cast<std::size_t>(shellNodes_.Size()), kAbsent);
+    for (const auto& [cube, cell] : haloCells_) {
+      for (const int corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
+        nodeNumber_[NodeSlot(Corner(cube, corner))] = kPresent;
+      }
+    }
+    shellNodes_.ForEach([&](const GridIndex& node) {
+      int& number = nodeNumber_[NodeSlot(node)];
+      if (number == kAbsent && !ownNodes.Contains(node)) return;
+      number = static_cast<int>(result_.points.size());
+      const std::int64_t globalNode =
+          node[0] + std::int64_t{spec_.nx + 1} * (node[1] + std::int64_t{spec_.ny + 1} * node[2]);
+      result_.globalNode.push_back(globalNode);
+      result_.points.push_back(NodePoint(spec_, node, globalNode));
+    });
+  }
+
+  void ListHaloNodes() {
+    for (const auto& [cube, cell] : haloCells_) {
+      for (const int corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
+        result_.haloNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
+      }
+      result_.haloNodeStart.push_back(result_.haloNode.size());
+    }
+  }
+
+  void MakeFaces() {
+    ReserveFaces();
+    shell_.ForEach([this](const GridIndex& cube) {
+      for (int cell = 0; cell < shape_.nCells(); ++cell) {
+        const int number = cellNumber_[CellSlot(cube, cell)];
+        if (number < 0) continue;
+        for (const ShapeInCube::Face& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
+          MakeFace(cube, cell, number, face);
+        }
+      }
+    });
+  }
+
+  // An estimate from above: inner faces and one side of each pair for every cube, and the block's surface.
+  void ReserveFaces() {
+    const auto facesOf = [&](std::size_t d) { return (own_.Length(d) + 1) * (own_.Size() / own_.Length(d)); };
+    const std::int64_t nFaces = own_.Size() * shape_.nInnerFaces() + facesOf(0) * shape_.nFacesOnSide(0) +
+                                facesOf(1) * shape_.nFacesOnSide(2) + facesOf(2) * shape_.nFacesOnSide(4);
+    const auto n = static_cast<std::size_t>(nFaces);
+    result_.faceStart.reserve(n + 1);
+    result_.faceNode.reserve(n * (spec_.shape == BoxSpec::Shape::Tet ? 3 : 4));
+    result_.owner.reserve(n);
+    result_.neighbour.reserve(n);
+    result_.facePatch.reserve(n);
+  }
+
+  /// Adds the face if the cell is its owner and an owned cell is on either side.
+  void MakeFace(const GridIndex& cube, int cell, int number, const ShapeInCube::Face& face) {
+    const GridIndex other = face.side < 0 ? cube : Across(cube, face.side);
+    const bool atBoundary = face.side >= 0 && !grid_.Contains(other);
+    int neighbour = -1;
+    if (!atBoundary) {
+      const bool owns = face.side < 0 ? face.cellAcross > cell : face.side % 2 == 1;
+      if (!owns || !shell_.Contains(other)) return;
+      neighbour = cellNumber_[CellSlot(other, face.cellAcross)];
+    }
+    const bool neighbourIsOwned = neighbour >= 0 && neighbour < result_.nOwned;
+    if (number >= result_.nOwned && !neighbourIsOwned) return;
+
+    for (const int corner : face.corners)
+      result_.faceNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
+    result_.faceStart.push_back(result_.faceNode.size());
+    result_.owner.push_back(number);
+    result_.neighbour.push_back(neighbour);
+    result_.facePatch.push_back(atBoundary ? face.side : -1);  // sides and patches stand in the same order
+  }
+
+  static constexpr int kAbsent = -1;
+  static constexpr int kPresent = -2;  // belongs to the part, number not given yet
+
+  const BoxSpec spec_;
+  const ShapeInCube& shape_;
+  GridBlock grid_;
+  GridBisection bisection_;
+  GridBlock own_;    // cubes of this part
+  GridBlock shell_;  // own_ and a layer around it, as far as the box goes
+  GridBlock shellNodes_{};
+  std::vector<int> cellNumber_;  // in the part, by place in the shell; -1: neither owned nor halo
+  std::vector<int> nodeNumber_;  // in the part, by place in the shell
+  std::vector<std::pair<GridIndex, int>> haloCells_;  // cube and cell in it, in the order of their numbers
+  MeshPart result_;
+};
+
+}  // namespace
+
+FaceMesh MakeBox(const BoxSpec& spec) {
+  MeshPart part = MakeBoxPart(spec, 0, 1);
+  FaceMesh mesh;
+  mesh.points = std::move(part.points);
+  mesh.faceStart = std::move(part.faceStart);
+  mesh.faceNode = std::move(part.faceNode);
+  mesh.owner = std::move(part.owner);
+  mesh.neighbour = std::move(part.neighbour);
+  mesh.facePatch = std::move(part.facePatch);
+  mesh.patches = std::move(part.patches);
+  mesh.nCells = part.nOwned;
+  return mesh;
+}
+
+MeshPart MakeBoxPart(const BoxSpec& spec, int part, int nParts) {
+  CheckParts(spec, nParts);
+  return PartMaker(spec, part, nParts).Make();
+}
+
+std::vector<int> BoxPartOfCell(const BoxSpec& spec, int nParts) {
+  CheckParts(spec, nParts);
+  const GridBlock grid = WholeGrid(spec);
+  const GridBisection bisection(grid, nParts);
+  const std::size_t cellsInCube = ShapeTable(spec.shape).cells.size();
+  std::vector<int> partOfCell;
+  grid.ForEach([&](const GridIndex& cube) {
+    partOfCell.insert(partOfCell.end(), cellsInCube, bisection.PartOf(cube));
+  });
+  return partOfCell;
+}
+
+}  // namespace reference_host
