@@ -52,16 +52,18 @@ class Ordering {
     return nLevels;
   }
 
-  /// Walks from the farthest vertex to the vertex farthest from that one, as long as the distance grows.
+  /// Walks from a vertex to the one farthest from it, as long as the distance grows.
   int VertexAtRim(int start) {
     const auto lessConnected = [this](int a, int b) { return LessConnected(a, b); };
     std::size_t lastLevel = 0;
-    int nLevels = SearchLevels(start, lastLevel);
+    int root = start;
+    int nLevels = SearchLevels(root, lastLevel);
     for (;;) {
       const int candidate = *std::min_element(queue_.begin() + static_cast<std::ptrdiff_t>(lastLevel),
                                               queue_.end(), lessConnected);
       const int nCandidateLevels = SearchLevels(candidate, lastLevel);
-      if (nCandidateLevels <= nLevels) return candidate;
+      if (nCandidateLevels <= nLevels) return root;
+      root = candidate;
       nLevels = nCandidateLevels;
     }
   }
