@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "host/Zyn3dGV.h"
 
@@ -52,13 +55,23 @@ inline std::array<BoundarySet, 4> BoundaryFaces(CZYN3DFiniteVolumeMesh const& m)
            {m.NWall, m.ijWallCV, m.ijWall, m.ijWallSx, m.ijWallSy, m.ijWallSz}}};
 }
 
+/// x < y ? x : y, and x > y ? x : y. SSE2 has just these, ties and NaNs included (the second operand then),
+/// while compilers at times make a branch of the two together, which field values mispredict.
+#if defined(__SSE2__)
+inline double Lesser(double x, double y) { return _mm_cvtsd_f64(_mm_min_sd(_mm_set_sd(x), _mm_set_sd(y))); }
+inline double Greater(double x, double y) { return _mm_cvtsd_f64(_mm_max_sd(_mm_set_sd(x), _mm_set_sd(y))); }
+#else
+inline double Lesser(double x, double y) { return x < y ? x : y; }
+inline double Greater(double x, double y) { return x > y ? x : y; }
+#endif
+
 /// Median of the two cell values and the face value v, which keeps the face value between the cells. The
 /// strict comparisons in this form decide ties and values that do not compare. @cite suresh1997
 inline double MedianFaceValue(double phiOther, double v, double phiCv) {
-  double const lo = phiOther > v ? v : phiOther;
-  double const hi = phiOther > v ? phiOther : v;
-  double const hi2 = hi > phiCv ? phiCv : hi;
-  return lo > hi2 ? lo : hi2;
+  double const lo = Lesser(v, phiOther);   // phiOther > v ? v : phiOther
+  double const hi = Greater(phiOther, v);  // phiOther > v ? phiOther : v
+  double const hi2 = Lesser(phiCv, hi);    // hi > phiCv ? phiCv : hi
+  return Greater(lo, hi2);                 // lo > hi2 ? lo : hi2
 }
 
 /// Linear face value (1-w)*phi[b] + w*phi[a], not limited.
@@ -66,10 +79,15 @@ inline double LinearFaceValue(double w, double phiCv, double phiOther) {
   return (1 - w) * phiCv + w * phiOther;
 }
 
-/// Face value of the plain forms: the limited linear value.
-inline double PlainFaceValue(double w, double phiCv, double phiOther) {
-  return MedianFaceValue(phiOther, LinearFaceValue(w, phiCv, phiOther), phiCv);
-}
+/// The plain forms: the limited linear value.
+struct PlainScheme {
+  double const* phi;
+
+  double At(int cell) const { return phi[cell]; }
+  double FaceValue(FaceSet const& faces, int f, double phiOther, double phiCv) const {
+    return MedianFaceValue(phiOther, LinearFaceValue(faces.weight[f], phiCv, phiOther), phiCv);
+  }
+};
 
 /// N cell arrays that a sweep accumulates into. They are set to zero in blocks just ahead of the first cell
 /// that a face touches, so that on a mesh with neighbouring numbers a block is still in cache when its sums
@@ -102,19 +120,51 @@ class Accumulators {
   int cleared_ = 0;
 };
 
-/// Adds flux = value * S to the CV side of every face and subtracts it on the other side.
-/// @param faceValue  callable (face, w, a, b) -> value, with b the CV side and a the other side
-template <class FaceValue>
-void AddFaceFluxes(FaceSet const& faces, Accumulators<3>& sums, FaceValue const& faceValue) {
+/// Asks for the arrays of the faces some lines ahead: there are more of them than the processor follows by
+/// itself. (Forced inline: a function that does nothing but prefetch is taken for one without effect and
+/// dropped.)
+[[gnu::always_inline]] inline void PrefetchFaces(FaceSet const& faces, int f) {
+  __builtin_prefetch(faces.sx + f);
+  __builtin_prefetch(faces.sy + f);
+  __builtin_prefetch(faces.sz + f);
+  __builtin_prefetch(faces.weight + f);
+  __builtin_prefetch(faces.cv + f);
+  __builtin_prefetch(faces.other + f);
+  __builtin_prefetch(faces.type + f);
+}
+
+/// True once per cache line of a double array.
+inline bool AtLine(int f) { return f % 8 == 0; }
+
+/// How many faces ahead their arrays are asked for.
+constexpr int kAhead = 96;
+
+/// Adds flux = value * S to the CV side of every face and subtracts it on the other side, face by face.
+///
+/// Faces that follow each other with the same CV cell are taken together, with the sums of that cell in
+/// registers: on a sorted mesh that saves most of its loads and stores.
+/// @tparam Scheme  how a face value is found: `At(cell)` gives what it needs of a cell,
+///                 `FaceValue(faces, f, other, cv)` the value from that of both cells
+template <class Scheme>
+void AddFaceFluxes(FaceSet const& faces, Accumulators<3>& sums, Scheme const& scheme) {
   double *const gx = sums[0], *const gy = sums[1], *const gz = sums[2];
-  for (int f = 1; f <= faces.count; ++f) {
-    int const a = faces.other[f];
+  int f = 1;
+  while (f <= faces.count) {
     int const b = faces.cv[f];
-    sums.Reach(std::max(a, b));
-    double const value = faceValue(f, faces.weight[f], a, b);
-    double const fluxX = value * faces.sx[f], fluxY = value * faces.sy[f], fluxZ = value * faces.sz[f];
-    gx[b] += fluxX, gy[b] += fluxY, gz[b] += fluxZ;
-    if (faces.type[f] != 1) gx[a] -= fluxX, gy[a] -= fluxY, gz[a] -= fluxZ;
+    sums.Reach(b);
+    auto const atB = scheme.At(b);
+    double sumX = gx[b], sumY = gy[b], sumZ = gz[b];
+    do {
+      if (AtLine(f)) PrefetchFaces(faces, f + kAhead);
+      int const a = faces.other[f];
+      sums.Reach(a);
+      double const value = scheme.FaceValue(faces, f, scheme.At(a), atB);
+      double const fluxX = value * faces.sx[f], fluxY = value * faces.sy[f], fluxZ = value * faces.sz[f];
+      sumX += fluxX, sumY += fluxY, sumZ += fluxZ;
+      if (faces.type[f] != 1) gx[a] -= fluxX, gy[a] -= fluxY, gz[a] -= fluxZ;
+      ++f;
+    } while (f <= faces.count && faces.cv[f] == b);
+    gx[b] = sumX, gy[b] = sumY, gz[b] = sumZ;
   }
 }
 
@@ -131,15 +181,13 @@ inline void AddBoundaryFluxes(BoundarySet const& faces, double const* phi, doubl
 }
 
 /// The sums of all faces: inner faces, partition faces, boundary groups.
-template <class FaceValue>
+template <class Scheme>
 void SumFaceFluxes(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partition, double const* phi,
-                   double* gx, double* gy, double* gz, FaceValue const& faceValueOf) {
+                   double* gx, double* gy, double* gz, Scheme const& scheme) {
   Accumulators<3> sums({gx, gy, gz}, mesh.NCell);
-  FaceSet const inner = InnerFaces(mesh);
-  AddFaceFluxes(inner, sums, faceValueOf(inner));
+  AddFaceFluxes(InnerFaces(mesh), sums, scheme);
   sums.ReachAll();
-  FaceSet const cut = PartitionFaces(partition);
-  AddFaceFluxes(cut, sums, faceValueOf(cut));
+  AddFaceFluxes(PartitionFaces(partition), sums, scheme);
   for (BoundarySet const& group : BoundaryFaces(mesh)) AddBoundaryFluxes(group, phi, gx, gy, gz);
 }
 
@@ -152,13 +200,6 @@ inline void DivideByVolume(CZYN3DFiniteVolumeMesh const& mesh, double* gx, doubl
     gy[i] *= r;
     gz[i] *= r;
   }
-}
-
-/// The face-value function of the plain forms, for SumFaceFluxes.
-inline auto PlainFaceValues(double const* phi) {
-  return [phi](FaceSet const&) {
-    return [phi](int /*f*/, double w, int a, int b) { return PlainFaceValue(w, phi[b], phi[a]); };
-  };
 }
 
 }  // namespace green_gauss

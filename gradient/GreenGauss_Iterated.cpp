@@ -10,25 +10,32 @@ namespace {
 
 using green_gauss::FaceSet;
 
-/// A vector field over the cells, [1..NCell] each.
-struct CellVectors {
-  double const *x, *y, *z;
-};
+struct CorrectedScheme {
+  double const* phi;
+  double const *xc, *yc, *zc;           // cell centres
+  double const *prevX, *prevY, *prevZ;  // gradient of the sweep before
 
-// v = L + G . (xf - xi): the linear value, moved from the point xi of the line of centres to the face centre
-// xf with the interpolated previous gradient G. The order of the additions, x-part first, then L, is part of
-// the result.
-double CorrectedFaceValue(FaceSet const& faces, int f, double w, int a, int b, double const* phi,
-                          CellVectors const& centre, CellVectors const& previous) {
-  double const xi = w * centre.x[a] + (1 - w) * centre.x[b];
-  double const yi = w * centre.y[a] + (1 - w) * centre.y[b];
-  double const zi = w * centre.z[a] + (1 - w) * centre.z[b];
-  double const Gx = w * previous.x[a] + (1 - w) * previous.x[b];
-  double const Gy = w * previous.y[a] + (1 - w) * previous.y[b];
-  double const Gz = w * previous.z[a] + (1 - w) * previous.z[b];
-  double const L = green_gauss::LinearFaceValue(w, phi[b], phi[a]);
-  return (faces.xc[f] - xi) * Gx + L + (faces.yc[f] - yi) * Gy + (faces.zc[f] - zi) * Gz;
-}
+  struct Cell {
+    double phi, x, y, z, gx, gy, gz;
+  };
+  Cell At(int c) const { return {phi[c], xc[c], yc[c], zc[c], prevX[c], prevY[c], prevZ[c]}; }
+
+  // v = L + G . (xf - xi): the linear value, moved from the point xi of the line of centres to the face
+  // centre xf with the interpolated previous gradient G. The order of the additions, x-part first, then L, is
+  // part of the result.
+  double FaceValue(FaceSet const& faces, int f, Cell const& a, Cell const& b) const {
+    double const w = faces.weight[f];
+    double const xi = w * a.x + (1 - w) * b.x;
+    double const yi = w * a.y + (1 - w) * b.y;
+    double const zi = w * a.z + (1 - w) * b.z;
+    double const Gx = w * a.gx + (1 - w) * b.gx;
+    double const Gy = w * a.gy + (1 - w) * b.gy;
+    double const Gz = w * a.gz + (1 - w) * b.gz;
+    double const L = green_gauss::LinearFaceValue(w, b.phi, a.phi);
+    double const v = (faces.xc[f] - xi) * Gx + L + (faces.yc[f] - yi) * Gy + (faces.zc[f] - zi) * Gz;
+    return green_gauss::MedianFaceValue(a.phi, v, b.phi);
+  }
+};
 
 }  // namespace
 
@@ -38,20 +45,13 @@ void COperatorGradientImpl::IteratedGreenGauss(double const* phi, double* gx, do
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   double *const px = m_pGV->PrevGradX, *const py = m_pGV->PrevGradY, *const pz = m_pGV->PrevGradZ;
 
-  // One sweep without and with correction, into the given sums.
-  auto const plainSweep = [&](double* sx, double* sy, double* sz) {
-    SumFaceFluxes(mesh, *m_pPartFace, phi, sx, sy, sz, PlainFaceValues(phi));
-    DivideByVolume(mesh, sx, sy, sz);
+  auto const plainSweep = [&](double* sumX, double* sumY, double* sumZ) {
+    SumFaceFluxes(mesh, *m_pPartFace, phi, sumX, sumY, sumZ, PlainScheme{phi});
+    DivideByVolume(mesh, sumX, sumY, sumZ);
   };
   auto const correctedSweep = [&] {
-    CellVectors const centre{mesh.xc, mesh.yc, mesh.zc}, previous{px, py, pz};
-    auto const faceValues = [&](FaceSet const& faces) {
-      return [faces, phi, centre, previous](int f, double w, int a, int b) {
-        double const v = CorrectedFaceValue(faces, f, w, a, b, phi, centre, previous);
-        return MedianFaceValue(phi[a], v, phi[b]);
-      };
-    };
-    SumFaceFluxes(mesh, *m_pPartFace, phi, gx, gy, gz, faceValues);
+    CorrectedScheme const scheme{phi, mesh.xc, mesh.yc, mesh.zc, px, py, pz};
+    SumFaceFluxes(mesh, *m_pPartFace, phi, gx, gy, gz, scheme);
     DivideByVolume(mesh, gx, gy, gz);
   };
 

@@ -10,23 +10,40 @@ using green_gauss::Accumulators;
 using green_gauss::BoundarySet;
 using green_gauss::FaceSet;
 
+// Adds the fluxes of the faces first..last of one field to its three sums, all cells cleared.
+void AddFaceFluxesOfField(FaceSet const& faces, int first, int last, double const* phi, double* gx,
+                          double* gy, double* gz) {
+  green_gauss::PlainScheme const scheme{phi};
+  int f = first;
+  while (f <= last) {
+    int const b = faces.cv[f];
+    double const phiB = phi[b];
+    double sumX = gx[b], sumY = gy[b], sumZ = gz[b];
+    do {
+      int const a = faces.other[f];
+      double const value = scheme.FaceValue(faces, f, phi[a], phiB);
+      double const fluxX = value * faces.sx[f], fluxY = value * faces.sy[f], fluxZ = value * faces.sz[f];
+      sumX += fluxX, sumY += fluxY, sumZ += fluxZ;
+      if (faces.type[f] != 1) gx[a] -= fluxX, gy[a] -= fluxY, gz[a] -= fluxZ;
+      ++f;
+    } while (f <= last && faces.cv[f] == b);
+    gx[b] = sumX, gy[b] = sumY, gz[b] = sumZ;
+  }
+}
+
 // Sums are numbered 3*k + direction for field k.
 void AddFaceFluxes3(FaceSet const& faces, double const* const phi[3], Accumulators<9>& sums) {
-  for (int f = 1; f <= faces.count; ++f) {
-    int const a = faces.other[f];
-    int const b = faces.cv[f];
-    sums.Reach(std::max(a, b));
-    double const w = faces.weight[f];
-    double const S[3] = {faces.sx[f], faces.sy[f], faces.sz[f]};
-    bool const bothSides = faces.type[f] != 1;
-    for (int k = 0; k < 3; ++k) {
-      double const value = green_gauss::PlainFaceValue(w, phi[k][b], phi[k][a]);
-      for (int d = 0; d < 3; ++d) {
-        double const flux = value * S[d];
-        sums[3 * k + d][b] += flux;
-        if (bothSides) sums[3 * k + d][a] -= flux;
-      }
+  constexpr int kBlock = 256;
+  for (int first = 1; first <= faces.count; first += kBlock) {
+    int const last = std::min(first + kBlock - 1, faces.count);
+    int highest = 0;
+    for (int f = first; f <= last; ++f) {
+      if (green_gauss::AtLine(f)) green_gauss::PrefetchFaces(faces, f + 256);
+      highest = std::max(highest, std::max(faces.cv[f], faces.other[f]));
     }
+    sums.Reach(highest);
+    for (int k = 0; k < 3; ++k)
+      AddFaceFluxesOfField(faces, first, last, phi[k], sums[3 * k], sums[3 * k + 1], sums[3 * k + 2]);
   }
 }
 

@@ -6,12 +6,28 @@
 
 namespace {
 
-// t = (1-w)/(k_a + 1e-30);  v = (phi_b - phi_a) * t / (w/(k_b + 1e-30) + t) + phi_a, evaluated from the left.
-double HarmonicFaceValue(double w, double phiCv, double phiOther, double kCv, double kOther) {
-  using green_gauss::kTiny;
-  double const t = (1 - w) / (kOther + kTiny);
-  return (phiCv - phiOther) * t / (w / (kCv + kTiny) + t) + phiOther;
-}
+using green_gauss::FaceSet;
+using green_gauss::kTiny;
+using green_gauss::MedianFaceValue;
+
+struct WeightedScheme {
+  double const* phi;
+  double const* coefficient;
+
+  struct Cell {
+    double phi, k;
+  };
+  Cell At(int cell) const { return {phi[cell], coefficient[cell]}; }
+
+  // t = (1-w)/(k_a + 1e-30);  v = (phi_b - phi_a) * t / (w/(k_b + 1e-30) + t) + phi_a, evaluated from the
+  // left.
+  double FaceValue(FaceSet const& faces, int f, Cell const& a, Cell const& b) const {
+    double const w = faces.weight[f];
+    double const t = (1 - w) / (a.k + kTiny);
+    double const v = (b.phi - a.phi) * t / (w / (b.k + kTiny) + t) + a.phi;
+    return MedianFaceValue(a.phi, v, b.phi);
+  }
+};
 
 // No guard against an empty cell here, unlike the other forms: it gives infinities or NaN in that cell.
 void DivideByBareVolume(CZYN3DFiniteVolumeMesh const& mesh, double* gx, double* gy, double* gz) {
@@ -28,12 +44,7 @@ void DivideByBareVolume(CZYN3DFiniteVolumeMesh const& mesh, double* gx, double* 
 void COperatorGradientImpl::WeightedGreenGauss(double const* phi, double* gx, double* gy, double* gz,
                                                double const* weight) {
   using namespace green_gauss;
-  auto const faceValues = [phi, weight](FaceSet const&) {
-    return [phi, weight](int /*f*/, double w, int a, int b) {
-      return MedianFaceValue(phi[a], HarmonicFaceValue(w, phi[b], phi[a], weight[b], weight[a]), phi[b]);
-    };
-  };
-  SumFaceFluxes(*m_pMesh, *m_pPartFace, phi, gx, gy, gz, faceValues);
+  SumFaceFluxes(*m_pMesh, *m_pPartFace, phi, gx, gy, gz, WeightedScheme{phi, weight});
   DivideByBareVolume(*m_pMesh, gx, gy, gz);
   ExchangeThree(gx, gy, gz);
 }

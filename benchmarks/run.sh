@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Runs the benchmarks of a build folder: run.sh BUILD_FOLDER [CELLS]
+set -euo pipefail
+build=$1
+cells=${2:-1000000}
+options=(--benchmark_display_aggregates_only=true --benchmark_counters_tabular=true)
+
+echo "compiler: $("${CXX:-c++}" --version | head -1)"
+echo "machine:  $(lscpu | sed -n 's/^Model name: *//p'), $(nproc) cores"
+"$build"/benchmarks/gradient_benchmark "$cells" "${options[@]}" | grep -v '_mean\|_stddev\|_cv'
+mpirun -n 2 "$build"/benchmarks/gradient_benchmark "$cells" "${options[@]}" | grep -v '_mean\|_stddev\|_cv'
