@@ -1,0 +1,89 @@
+#include "cli/PartitionGrid.h"
+
+#include <cstddef>
+
+namespace zyngrad {
+namespace {
+
+/// Group codes of CellFaceType.
+enum FaceCode { kInner = 0, kWall = 1, kInlet = 2, kOutlet = 3, kSymmetry = 5, kPartition = 101 };
+
+/// Row of nodes of a face; it turns around the area vector, which points out of the CV cell.
+const int* NodeRow(const CZYN3DFiniteVolumeMesh& mesh, int code, int face) {
+  switch (code) {
+    case kWall:
+      return mesh.ijWallLnods[face];
+    case kInlet:
+      return mesh.ijInletLnods[face];
+    case kOutlet:
+      return mesh.ijOutletLnods[face];
+    case kSymmetry:
+      return mesh.ijSymmetryLnods[face];
+    case kPartition:
+      return mesh.ijParLnods[face];
+    default:
+      return mesh.ijLnods[face];
+  }
+}
+
+/// Numbers the nodes from 0 in the order in which they are first asked for, and collects their places.
+class UsedNodes {
+ public:
+  UsedNodes(const CZYN3DFiniteVolumeMesh& mesh, std::vector<double>& points)
+      : mesh_(mesh), points_(points), number_(static_cast<std::size_t>(mesh.NNode) + 1, -1) {}
+
+  std::int64_t Number(int node) {
+    std::int64_t& number = number_[static_cast<std::size_t>(node)];
+    if (number < 0) {
+      number = static_cast<std::int64_t>(points_.size() / 3);
+      points_.insert(points_.end(), {mesh_.xn[node], mesh_.yn[node], mesh_.zn[node]});
+    }
+    return number;
+  }
+
+ private:
+  const CZYN3DFiniteVolumeMesh& mesh_;
+  std::vector<double>& points_;
+  std::vector<std::int64_t> number_;  ///< [1..NNode], -1: not used
+};
+
+void AddFaceStream(const CellFaces& faces, UsedNodes& nodes, std::vector<std::int64_t>& stream) {
+  stream.push_back(faces.nFaces());
+  for (int f = 0; f < faces.nFaces(); ++f) {
+    stream.push_back(faces.FaceSize(f));
+    for (int k = 0; k < faces.FaceSize(f); ++k) stream.push_back(nodes.Number(faces.Face(f)[k]));
+  }
+}
+
+}  // namespace
+
+void FacesOfCell(const CZYN3DFiniteVolumeMesh& mesh, int cell, CellFaces& faces) {
+  faces.Clear();
+  for (int k = 1; k <= mesh.CellFace[cell][0]; ++k) {
+    const int face = mesh.CellFace[cell][k];
+    const int code = mesh.CellFaceType[cell][k];
+    const int* row = NodeRow(mesh, code, face);
+    // Of all groups only an inner face may have this cell on its other side.
+    faces.Add(row + 1, row[0], code == kInner && mesh.ij[face] == cell);
+  }
+}
+
+VtuGrid GridOfInteriorCells(const CZYN3DFiniteVolumeMesh& mesh) {
+  VtuGrid grid;
+  UsedNodes nodes(mesh, grid.points);
+  CellFaces faces;
+  VtkCell vtkCell;
+  for (int cell = 1; cell <= mesh.NInnerCells; ++cell) {
+    FacesOfCell(mesh, cell, faces);
+    MakeVtkCell(faces, vtkCell);
+    for (const int node : vtkCell.nodes) grid.connectivity.push_back(nodes.Number(node));
+    grid.offsets.push_back(static_cast<std::int64_t>(grid.connectivity.size()));
+    grid.types.push_back(static_cast<std::uint8_t>(vtkCell.type));
+    const bool isPolyhedron = vtkCell.type == VtkType::Polyhedron;
+    if (isPolyhedron) AddFaceStream(faces, nodes, grid.faces);
+    grid.faceOffsets.push_back(isPolyhedron ? static_cast<std::int64_t>(grid.faces.size()) : -1);
+  }
+  return grid;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,73 @@
+#include "cli/Ranks.h"
+
+#include <exception>
+#include <new>
+#include <optional>
+
+#include "cli/UsageError.h"
+
+namespace zyngrad {
+namespace {
+
+/// What `work` threw, in words; nothing when it returned.
+std::optional<std::string> ErrorOf(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const std::bad_alloc&) {
+    return "out of memory";
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+Ranks::Ranks(MPI_Comm communicator) : communicator_(communicator) {
+  MPI_Comm_rank(communicator_, &rank_);
+  MPI_Comm_size(communicator_, &count_);
+}
+
+void Ranks::Together(const std::function<void()>& work) const {
+  const std::optional<std::string> error = ErrorOf(work);
+  const int mine = error ? rank_ : count_;
+  int lowest = count_;
+  MPI_Allreduce(&mine, &lowest, 1, MPI_INT, MPI_MIN, communicator_);
+  if (lowest == count_) return;
+
+  std::string text = error.value_or("");
+  int length = static_cast<int>(text.size());
+  MPI_Bcast(&length, 1, MPI_INT, lowest, communicator_);
+  text.resize(static_cast<std::size_t>(length));
+  MPI_Bcast(text.data(), length, MPI_CHAR, lowest, communicator_);
+  throw UsageError(text);
+}
+
+void Ranks::Barrier() const { MPI_Barrier(communicator_); }
+
+double Ranks::Max(double value) const {
+  double largest = value;
+  MPI_Allreduce(&value, &largest, 1, MPI_DOUBLE, MPI_MAX, communicator_);
+  return largest;
+}
+
+std::vector<double> Ranks::Gather(double value) const {
+  std::vector<double> all(static_cast<std::size_t>(count_));
+  MPI_Allgather(&value, 1, MPI_DOUBLE, all.data(), 1, MPI_DOUBLE, communicator_);
+  return all;
+}
+
+std::vector<std::vector<double>> Ranks::Gather(const std::vector<double>& row) const {
+  const std::size_t length = row.size();
+  std::vector<double> all(length * static_cast<std::size_t>(count_));
+  MPI_Allgather(row.data(), static_cast<int>(length), MPI_DOUBLE, all.data(), static_cast<int>(length),
+                MPI_DOUBLE, communicator_);
+  std::vector<std::vector<double>> rows;
+  for (std::size_t start = 0; start < all.size(); start += length) {
+    rows.emplace_back(all.begin() + static_cast<std::ptrdiff_t>(start),
+                      all.begin() + static_cast<std::ptrdiff_t>(start + length));
+  }
+  return rows;
+}
+
+}  // namespace zyngrad

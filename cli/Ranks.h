@@ -1,0 +1,44 @@
+#pragma once
+
+#include <mpi.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zyngrad {
+
+/// The ranks of the run and the few collective operations that the commands need.
+///
+/// UsageError and MeshError end a run in order only when every rank throws them: an error that one rank may
+/// find alone belongs inside Together.
+class Ranks {
+ public:
+  explicit Ranks(MPI_Comm communicator);  ///< borrows the communicator
+
+  MPI_Comm communicator() const { return communicator_; }
+  int rank() const { return rank_; }
+  int count() const { return count_; }
+  bool IsFirst() const { return rank_ == 0; }
+
+  /// Collective. Runs `work` on every rank; it must not call anything collective. If it throws on some rank,
+  /// every rank throws UsageError with the text of the lowest such rank: no rank is left waiting.
+  void Together(const std::function<void()>& work) const;
+
+  void Barrier() const;
+  double Max(double value) const;  ///< collective
+
+  /// Collective. The values of all ranks in rank order, on every rank. Adding them up in that order gives the
+  /// same bits in every run on as many ranks.
+  std::vector<double> Gather(double value) const;
+
+  /// Collective. Rows of equal length, one a rank, in rank order, on every rank.
+  std::vector<std::vector<double>> Gather(const std::vector<double>& row) const;
+
+ private:
+  MPI_Comm communicator_;
+  int rank_ = 0;
+  int count_ = 1;
+};
+
+}  // namespace zyngrad

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+namespace zyngrad {
+
+/// Sends everything that is written to standard output into a file while the object lives, whoever writes it
+/// and by whatever means: it swaps the file descriptor itself. The operators print lines of their own, which
+/// would otherwise land between the rows of a table.
+///
+/// Best effort: if the swap fails, output stays where it was. One object at a time.
+class StdoutToFile {
+ public:
+  explicit StdoutToFile(const std::string& file);  ///< appends; the file is made if missing
+  ~StdoutToFile();
+  StdoutToFile(const StdoutToFile&) = delete;
+  StdoutToFile& operator=(const StdoutToFile&) = delete;
+
+ private:
+  int saved_ = -1;  ///< the original descriptor, -1: nothing was swapped
+};
+
+}  // namespace zyngrad

@@ -1,0 +1,76 @@
+#include "cli/TestField.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "cli/OneLine.h"
+#include "cli/TextTable.h"
+#include "cli/UsageError.h"
+
+namespace zyngrad {
+namespace {
+
+using reference_host::HostPartition;
+
+/// Which cell in the mesh file, in words.
+std::string CellName(HostPartition& partition, int cell) {
+  const int patch = partition.patchOfGhost()[static_cast<std::size_t>(cell)];
+  if (patch >= 0) {
+    return "a face of " + Quoted(partition.patches()[static_cast<std::size_t>(patch)].name);
+  }
+  return "cell " + std::to_string(partition.globalCell()[static_cast<std::size_t>(cell)]);
+}
+
+[[noreturn]] void FailNotFinite(HostPartition& partition, const std::string& what, double value, int cell) {
+  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  char number[32];
+  std::snprintf(number, sizeof number, "%g", value);
+  throw UsageError(what + " is " + number + " at " + CellName(partition, cell) + " at " +
+                   Place(mesh.xc[cell], mesh.yc[cell], mesh.zc[cell]));
+}
+
+void CheckGradient(HostPartition& partition, const Expression& expression, const Dual& exact, int cell) {
+  for (const double slope : {exact.dx, exact.dy, exact.dz}) {
+    if (!std::isfinite(slope)) {
+      FailNotFinite(partition, "the exact gradient of " + Quoted(expression.text()), slope, cell);
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<double> MakeCellValues(const Ranks& ranks, HostPartition& partition, const Expression& expression,
+                                   const std::string& what) {
+  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  std::vector<double> values(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
+  ranks.Together([&] {
+    for (int c = 1; c <= mesh.NCell; ++c) {
+      const double value = expression.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+      if (!std::isfinite(value)) FailNotFinite(partition, what + ' ' + Quoted(expression.text()), value, c);
+      values[static_cast<std::size_t>(c)] = value;
+    }
+  });
+  return values;
+}
+
+TestField MakeTestField(const Ranks& ranks, HostPartition& partition, const Expression& expression) {
+  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  TestField field;
+  field.value = MakeCellValues(ranks, partition, expression, "the field");
+  ranks.Together([&] {
+    for (auto* component : {&field.gx, &field.gy, &field.gz}) {
+      component->assign(static_cast<std::size_t>(mesh.NInnerCells) + 1, 0.0);
+    }
+    for (int c = 1; c <= mesh.NInnerCells; ++c) {
+      const Dual exact = expression.ValueAndGradient(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+      CheckGradient(partition, expression, exact, c);
+      const auto i = static_cast<std::size_t>(c);
+      field.gx[i] = exact.dx;
+      field.gy[i] = exact.dy;
+      field.gz[i] = exact.dz;
+    }
+  });
+  return field;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "cli/Expression.h"
+#include "cli/Ranks.h"
+#include "reference_host/HostPartition.h"
+
+namespace zyngrad {
+
+/// A field given by a formula, on one partition: values where the operators read them, and the exact
+/// gradient.
+struct TestField {
+  std::vector<double>
+      value;  ///< [1..NCell] at the cell centres; for ghost cells, at the boundary face centres
+  std::vector<double> gx, gy, gz;  ///< [1..NInnerCells] exact gradient at the cell centres
+};
+
+/// Collective. Throws UsageError naming cell and place where the value or the exact gradient is not finite.
+TestField MakeTestField(const Ranks& ranks, reference_host::HostPartition& partition,
+                        const Expression& expression);
+
+/// Collective. The values alone, in all cells, as a coefficient of the weighted gradient has them.
+/// Throws UsageError naming cell and place where the value is not finite; `what` is the word for it in the
+/// message.
+std::vector<double> MakeCellValues(const Ranks& ranks, reference_host::HostPartition& partition,
+                                   const Expression& expression, const std::string& what);
+
+}  // namespace zyngrad

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace zyngrad {
+
+/// The faces of one cell. The nodes of face f are node[start[f] .. start[f+1]-1]; by the right-hand rule they
+/// turn around a normal that points out of the cell.
+struct CellFaces {
+  std::vector<int> node;
+  std::vector<std::size_t> start = {0};
+
+  int nFaces() const { return static_cast<int>(start.size()) - 1; }
+  int FaceSize(int f) const;
+  const int* Face(int f) const { return node.data() + start[static_cast<std::size_t>(f)]; }
+
+  void Clear();
+  /// `row` in its order, or backwards.
+  void Add(const int* row, int nNodes, bool reversed);
+};
+
+/// Cell types of the VTK file formats.
+enum class VtkType : unsigned char {
+  Tetrahedron = 10,
+  Hexahedron = 12,
+  Wedge = 13,
+  Pyramid = 14,
+  Polyhedron = 42
+};
+
+/// A cell as VTK wants it: its type and its nodes in VTK's order, for a polyhedron each node once, ascending.
+struct VtkCell {
+  VtkType type = VtkType::Polyhedron;
+  std::vector<int> nodes;
+};
+
+/// Recognises tetrahedra, pyramids, wedges and hexahedra by their faces alone; everything else is a
+/// polyhedron.
+/// @param[out] cell  overwritten; its memory is used again
+void MakeVtkCell(const CellFaces& faces, VtkCell& cell);
+
+}  // namespace zyngrad
