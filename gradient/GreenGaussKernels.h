@@ -133,38 +133,35 @@ class Accumulators {
   __builtin_prefetch(faces.type + f);
 }
 
-/// True once per cache line of a double array.
-inline bool AtLine(int f) { return f % 8 == 0; }
-
 /// How many faces ahead their arrays are asked for.
 constexpr int kAhead = 96;
 
 /// Adds flux = value * S to the CV side of every face and subtracts it on the other side, face by face.
-///
-/// Faces that follow each other with the same CV cell are taken together, with the sums of that cell in
-/// registers: on a sorted mesh that saves most of its loads and stores.
 /// @tparam Scheme  how a face value is found: `At(cell)` gives what it needs of a cell,
 ///                 `FaceValue(faces, f, other, cv)` the value from that of both cells
 template <class Scheme>
 void AddFaceFluxes(FaceSet const& faces, Accumulators<3>& sums, Scheme const& scheme) {
   double *const gx = sums[0], *const gy = sums[1], *const gz = sums[2];
+  auto const addFace = [&](int f) __attribute__((always_inline)) {
+    int const a = faces.other[f], b = faces.cv[f];
+    double const value = scheme.FaceValue(faces, f, scheme.At(a), scheme.At(b));
+    double const fluxX = value * faces.sx[f], fluxY = value * faces.sy[f], fluxZ = value * faces.sz[f];
+    gx[b] += fluxX, gy[b] += fluxY, gz[b] += fluxZ;
+    if (faces.type[f] != 1) gx[a] -= fluxX, gy[a] -= fluxY, gz[a] -= fluxZ;
+  };
+  constexpr int kLine = 8;
   int f = 1;
-  while (f <= faces.count) {
-    int const b = faces.cv[f];
-    sums.Reach(b);
-    auto const atB = scheme.At(b);
-    double sumX = gx[b], sumY = gy[b], sumZ = gz[b];
-    do {
-      if (AtLine(f)) PrefetchFaces(faces, f + kAhead);
-      int const a = faces.other[f];
-      sums.Reach(a);
-      double const value = scheme.FaceValue(faces, f, scheme.At(a), atB);
-      double const fluxX = value * faces.sx[f], fluxY = value * faces.sy[f], fluxZ = value * faces.sz[f];
-      sumX += fluxX, sumY += fluxY, sumZ += fluxZ;
-      if (faces.type[f] != 1) gx[a] -= fluxX, gy[a] -= fluxY, gz[a] -= fluxZ;
-      ++f;
-    } while (f <= faces.count && faces.cv[f] == b);
-    gx[b] = sumX, gy[b] = sumY, gz[b] = sumZ;
+  for (; f + kLine - 1 <= faces.count; f += kLine) {
+    PrefetchFaces(faces, f + kAhead);
+    int highest = 0;
+    for (int k = 0; k < kLine; ++k)
+      highest = std::max(highest, std::max(faces.other[f + k], faces.cv[f + k]));
+    sums.Reach(highest);
+    for (int k = 0; k < kLine; ++k) addFace(f + k);
+  }
+  for (; f <= faces.count; ++f) {
+    sums.Reach(std::max(faces.other[f], faces.cv[f]));
+    addFace(f);
   }
 }
 

@@ -38,7 +38,7 @@ void AddFaceFluxes3(FaceSet const& faces, double const* const phi[3], Accumulato
     int const last = std::min(first + kBlock - 1, faces.count);
     int highest = 0;
     for (int f = first; f <= last; ++f) {
-      if (green_gauss::AtLine(f)) green_gauss::PrefetchFaces(faces, f + 256);
+      if (f % 8 == 0) green_gauss::PrefetchFaces(faces, f + kBlock);
       highest = std::max(highest, std::max(faces.cv[f], faces.other[f]));
     }
     sums.Reach(highest);

@@ -5,6 +5,7 @@
 // Both visit inner faces, partition faces, then boundary groups; ghost centres count as neighbour positions.
 // Symmetry faces are in the matrix and not in the right-hand side, which takes dphi = 0 across them.
 
+#include <algorithm>
 #include <iostream>
 
 #include "gradient/COperatorGradientImpl.h"
@@ -31,22 +32,45 @@ enum class Receiver { Both, FirstOnly };
 
 double* ZeroedCellArray(int nCell) { return new double[static_cast<std::size_t>(nCell) + 1](); }
 
-/// The 3x4 system of one cell, aa[1..3][1..4] with the right-hand side in column 4.
-using AugmentedMatrix = double[4][5];
+/// Moments and right-hand sides of the cells, [1..NCell] each.
+struct NormalEquations {
+  double const *xx, *yy, *zz, *xy, *xz, *yz;
+  double const *bx, *by, *bz;
+};
 
-// Gaussian elimination without row exchange, column by column; entries below a pivot are neither cleared nor
-// read again. The last pivot is not tested: zero there gives a cell that is not finite.
-// @return false on a pivot of exactly zero
-bool EliminateForward(AugmentedMatrix& aa) {
-  for (int ii = 2; ii <= 3; ++ii) {
-    double const pivot = aa[ii - 1][ii - 1];
-    if (pivot == 0.0) return false;
-    for (int j = ii; j <= 3; ++j) {
-      double const factor = aa[j][ii - 1] / pivot;
-      for (int k = ii; k <= 4; ++k) aa[j][k] -= factor * aa[ii - 1][k];
-    }
+/// Solutions of a block of cells, and whether each elimination met a pivot of exactly zero.
+constexpr int kBlock = 32;
+struct BlockSolution {
+  double gx[kBlock], gy[kBlock], gz[kBlock];
+  int zeroPivot[kBlock];
+};
+
+// Gaussian elimination of [xx xy xz | bx; xy yy yz | by; xz yz zz | bz] without row exchange, then
+// substitution from the bottom. The first two pivots, xx and yy2, are tested; zero in the last, zz3, gives a
+// cell that is not finite. All cells of the block are worked out before any pivot is looked at, so that the
+// divisions of several overlap.
+void SolveBlock(NormalEquations const& s, int first, int count, BlockSolution& out) {
+  for (int k = 0; k < count; ++k) {
+    int const i = first + k;
+    double const xx = s.xx[i], xy = s.xy[i], xz = s.xz[i], bx = s.bx[i];
+    double const yFactor = xy / xx;
+    double const zFactor = xz / xx;
+    double const yy2 = s.yy[i] - yFactor * xy;
+    double const yz2 = s.yz[i] - yFactor * xz;
+    double const by2 = s.by[i] - yFactor * bx;
+    double const zy2 = s.yz[i] - zFactor * xy;
+    double const zz2 = s.zz[i] - zFactor * xz;
+    double const bz2 = s.bz[i] - zFactor * bx;
+    double const zFactor2 = zy2 / yy2;
+    double const zz3 = zz2 - zFactor2 * yz2;
+    double const bz3 = bz2 - zFactor2 * by2;
+    double const gz = bz3 / zz3;
+    double const gy = (by2 - gz * yz2) / yy2;
+    out.gz[k] = gz;
+    out.gy[k] = gy;
+    out.gx[k] = (bx - gy * xy - xz * gz) / xx;
+    out.zeroPivot[k] = static_cast<int>(xx == 0.0) | static_cast<int>(yy2 == 0.0);
   }
-  return true;
 }
 
 void ReportZeroPivot() {
@@ -123,16 +147,19 @@ void COperatorGradientImpl::GatherLeastSquaresRightHandSides(double const* phi) 
 
 // @return false when a cell's pivot is zero; that cell and the later ones then keep 0.0
 bool COperatorGradientImpl::SolveLeastSquares(double* gx, double* gy, double* gz) const {
+  NormalEquations const system{m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz, m_pSyz, m_pBx, m_pBy, m_pBz};
   int const nInnerCells = m_pMesh->NInnerCells;
-  for (int i = 1; i <= nInnerCells; ++i) {
-    double const xx = m_pSxx[i], yy = m_pSyy[i], zz = m_pSzz[i];
-    double const xy = m_pSxy[i], xz = m_pSxz[i], yz = m_pSyz[i];
-    AugmentedMatrix aa = {
-        {0}, {0, xx, xy, xz, m_pBx[i]}, {0, xy, yy, yz, m_pBy[i]}, {0, xz, yz, zz, m_pBz[i]}};
-    if (!EliminateForward(aa)) return false;
-    gz[i] = aa[3][4] / aa[3][3];
-    gy[i] = (aa[2][4] - gz[i] * aa[2][3]) / aa[2][2];
-    gx[i] = (aa[1][4] - gy[i] * aa[1][2] - aa[1][3] * gz[i]) / aa[1][1];
+  BlockSolution block;
+  for (int first = 1; first <= nInnerCells; first += kBlock) {
+    int const count = std::min(kBlock, nInnerCells - first + 1);
+    SolveBlock(system, first, count, block);
+    int const* const stop =
+        std::find_if(block.zeroPivot, block.zeroPivot + count, [](int zero) { return zero != 0; });
+    auto const solved = stop - block.zeroPivot;
+    std::copy_n(block.gx, solved, gx + first);
+    std::copy_n(block.gy, solved, gy + first);
+    std::copy_n(block.gz, solved, gz + first);
+    if (solved < count) return false;
   }
   return true;
 }
