@@ -1,0 +1,42 @@
+#pragma once
+
+#include <mpi.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "reference_host/HostPartition.h"
+#include "reference_host/MeshSummary.h"
+#include "reference_host/MpiExchange.h"
+#include "reference_host/MpiReduction.h"
+
+namespace reference_host {
+
+/// One rank's partition of a mesh, complete with what it needs to talk to the others, and the sizes of the
+/// whole.
+struct LoadedMesh {
+  std::unique_ptr<HostPartition> partition;
+  std::unique_ptr<MpiExchange> exchange;
+  std::unique_ptr<MpiReduction> reduction;
+  MeshSummary summary;  ///< the same on every rank
+};
+
+/// Collective. Brings a mesh to all ranks of a communicator, one partition each: halo and weights complete,
+/// ready for the operators. The same mesh on as many ranks gives the same partitions.
+///
+/// A file is read, checked and divided by rank 0; each rank makes its own part of a box.
+/// @param[in] communicator  borrowed; what is returned has its own duplicates of it
+/// @param[in] meshSpec      file, folder or text of a box, as for ReadMesh and ParseBoxSpec; rank 0's counts
+/// @param[in] groupsByUser  boundary groups by patch name, beside those that patches have by themselves; rank
+/// 0's counts
+/// @param[in] progress      called on rank 0 at the beginning of each stage: "reading", "partitioning" and
+/// "distributing",
+///                          or "generating" for a box, then "tables"; may be empty
+/// Throws MeshError, with the same text on every rank, whatever failed and wherever.
+LoadedMesh LoadMesh(MPI_Comm communicator, const std::string& meshSpec,
+                    const std::map<std::string, BoundaryGroup>& groupsByUser,
+                    const std::function<void(const std::string&)>& progress);
+
+}  // namespace reference_host

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <mpi.h>
+
+namespace reference_host {
+
+/// A duplicate of a communicator, so that messages of its user never meet those of others. Making one is
+/// collective, and it is freed unless MPI has ended before.
+class MpiCommunicator {
+ public:
+  explicit MpiCommunicator(MPI_Comm original);
+  ~MpiCommunicator();
+  MpiCommunicator(const MpiCommunicator&) = delete;
+  MpiCommunicator& operator=(const MpiCommunicator&) = delete;
+
+  MPI_Comm get() const { return communicator_; }
+  int rank() const { return rank_; }
+  int size() const { return size_; }
+
+ private:
+  MPI_Comm communicator_ = MPI_COMM_NULL;
+  int rank_ = 0;
+  int size_ = 1;
+};
+
+/// Whether MPI_Finalize has been called: nothing can be freed through MPI any more, nor needs to be.
+bool MpiHasEnded();
+
+}  // namespace reference_host
