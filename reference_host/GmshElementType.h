@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+namespace reference_host {
+
+/// A type of element that the reader takes or passes over.
+struct GmshElementType {
+  int number;     ///< as in the file
+  int dimension;  ///< 0 point, 1 line, 2 surface, 3 volume
+  int nNodes;
+};
+
+/// The entry of a first-order type; a null pointer for any other number.
+const GmshElementType* FindGmshElementType(int number);
+
+/// What a type is called that FindGmshElementType does not have: "a second-order tetrahedron with 10 nodes".
+std::string DescribeGmshElementType(int number);
+
+}  // namespace reference_host

@@ -1,0 +1,170 @@
+#include "reference_host/MeshCheck.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "reference_host/CellGeometry.h"
+#include "reference_host/FaceGeometry.h"
+#include "reference_host/MeshError.h"
+#include "reference_host/Vector3.h"
+
+namespace reference_host {
+namespace {
+
+/// |sum of the outward area vectors| / sum of the areas of a cell. A closed cell has rounding error only, a
+/// cell with a missing or turned face has the share of that face.
+constexpr double kMostOpening = 1e-9;
+
+/// Area / (circumference of the face)^2 and volume / (area of the cell)^(3/2) of what counts as flat.
+/// Rounding of coordinates alone leaves about 1e-16, a boundary layer cell a millionth as high as wide has
+/// 1e-6.
+constexpr double kFlat = 1e-14;
+
+class MeshChecker {
+ public:
+  MeshChecker(const FaceMesh& mesh, const std::string& meshName)
+      : mesh_(mesh), faces_(mesh), prefix_(meshName.empty() ? "" : meshName + ": ") {}
+
+  void CheckAll() const {
+    if (mesh_.nCells < 1) Fail("the mesh has no cells");
+    CheckPoints();
+    CheckFaceTable();
+    CheckFaceCounts();
+    CheckAreas();
+    CheckVolumes();
+  }
+
+ private:
+  [[noreturn]] void Fail(const std::string& what) const { throw MeshError(prefix_ + what); }
+
+  [[noreturn]] void Fail(const char* entity, std::size_t number, const std::string& what) const {
+    Fail(std::string(entity) + " " + std::to_string(number + 1) + " " + what);
+  }
+
+  void CheckPoints() const {
+    for (std::size_t n = 0; n < mesh_.points.size(); ++n) {
+      const Point& p = mesh_.points[n];
+      if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
+        Fail("node", n, "has a coordinate that is not finite");
+      }
+    }
+  }
+
+  void CheckFaceTable() const {
+    const std::size_t nFaces = mesh_.owner.size();
+    if (mesh_.faceStart.size() != nFaces + 1 || mesh_.neighbour.size() != nFaces ||
+        mesh_.facePatch.size() != nFaces) {
+      Fail("the face tables differ in length");
+    }
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      CheckNodesOfFace(f);
+      CheckCellsOfFace(f);
+    }
+  }
+
+  void CheckNodesOfFace(int f) const {
+    const std::size_t begin = mesh_.faceStart[f];
+    const std::size_t end = mesh_.faceStart[f + 1];
+    if (end < begin + 3) Fail("face", f, "has fewer than 3 nodes");
+    if (end > mesh_.faceNode.size()) Fail("face", f, "goes beyond the end of the node table");
+    for (std::size_t i = begin; i < end; ++i) {
+      const int node = mesh_.faceNode[i];
+      if (node < 0 || static_cast<std::size_t>(node) >= mesh_.points.size()) {
+        Fail("face", f,
+             "has node " + std::to_string(node + std::int64_t{1}) + ", but there are " +
+                 std::to_string(mesh_.points.size()));
+      }
+    }
+  }
+
+  void CheckCellsOfFace(int f) const {
+    const int owner = mesh_.owner[f];
+    const int neighbour = mesh_.neighbour[f];
+    CheckCellNumber(f, owner);
+    if (neighbour != -1) CheckCellNumber(f, neighbour);
+    if (owner == neighbour) Fail("face", f, "joins cell " + std::to_string(owner + 1) + " to itself");
+    const int patch = mesh_.facePatch[f];
+    const bool inPatch = patch >= 0 && static_cast<std::size_t>(patch) < mesh_.patches.size();
+    if (neighbour == -1 && !inPatch) Fail("face", f, "is at the boundary, but in no patch");
+  }
+
+  void CheckCellNumber(int f, int cell) const {
+    if (cell >= 0 && cell < mesh_.nCells) return;
+    Fail("face", f,
+         "has cell " + std::to_string(cell + std::int64_t{1}) + ", but there are " +
+             std::to_string(mesh_.nCells));
+  }
+
+  void CheckFaceCounts() const {
+    std::vector<int> nFacesOfCell(mesh_.nCells, 0);
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      ++nFacesOfCell[mesh_.owner[f]];
+      if (mesh_.neighbour[f] >= 0) ++nFacesOfCell[mesh_.neighbour[f]];
+    }
+    const auto few = std::find_if(nFacesOfCell.begin(), nFacesOfCell.end(), [](int n) { return n < 4; });
+    if (few == nFacesOfCell.end()) return;
+    Fail("cell", few - nFacesOfCell.begin(),
+         "has " + std::to_string(*few) + " faces; a cell needs 4 or more");
+  }
+
+  double Circumference(int f) const {
+    const int n = faces_.NodeCount(f);
+    const int* const nodes = faces_.Nodes(f);
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) {
+      sum += Length(Difference(mesh_.points[nodes[(i + 1) % n]], mesh_.points[nodes[i]]));
+    }
+    return sum;
+  }
+
+  // Comparisons are written so that a value that is not a number (from coordinates near the largest one)
+  // fails.
+  void CheckAreas() const {
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      const double area = Length(ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area);
+      const double circumference = Circumference(f);
+      if (!(area > kFlat * circumference * circumference)) Fail("face", f, "has no area");
+    }
+  }
+
+  void CheckVolumes() const {
+    std::vector<Point> sum(mesh_.nCells, Point{0.0, 0.0, 0.0});
+    std::vector<double> area(mesh_.nCells, 0.0);
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      const Point S = ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area;
+      for (const auto& [cell, side] : {std::pair(mesh_.owner[f], 1.0), std::pair(mesh_.neighbour[f], -1.0)}) {
+        if (cell < 0) continue;
+        sum[cell] = Sum(sum[cell], Scaled(side, S));
+        area[cell] += Length(S);
+      }
+    }
+    const std::vector<double> volume = ComputeCellGeometry(faces_, mesh_.nCells).volume;
+    for (int c = 0; c < mesh_.nCells; ++c) {
+      if (!(Length(sum[c]) <= kMostOpening * area[c])) {
+        Fail("cell", c, "is not closed (the area vectors of its faces do not add up to zero)");
+      }
+      CheckVolume(c, volume[c], area[c]);
+    }
+  }
+
+  void CheckVolume(int c, double volume, double area) const {
+    const double flat = kFlat * area * std::sqrt(area);
+    if (volume > flat && std::isfinite(volume)) return;
+    if (volume < -flat) Fail("cell", c, "has a negative volume (its faces point inwards)");
+    Fail("cell", c, "has no volume");
+  }
+
+  const FaceMesh& mesh_;
+  FaceTable faces_;
+  std::string prefix_;
+};
+
+}  // namespace
+
+void CheckMesh(const FaceMesh& mesh, const std::string& meshName) { MeshChecker(mesh, meshName).CheckAll(); }
+
+}  // namespace reference_host

@@ -1,0 +1,44 @@
+#include "reference_host/MeshReader.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "reference_host/GmshReader.h"
+#include "reference_host/MeshError.h"
+#include "reference_host/PolyMeshReader.h"
+
+namespace reference_host {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// One file is enough: the reader says which of the others is missing.
+bool LooksLikePolyMesh(const fs::path& folder) {
+  std::error_code ignored;
+  for (const char* const name : {"points", "points.gz", "faces", "faces.gz", "owner", "owner.gz"}) {
+    if (fs::is_regular_file(folder / name, ignored)) return true;
+  }
+  return false;
+}
+
+FaceMesh ReadFolder(const fs::path& folder) {
+  for (const fs::path& candidate : {folder, folder / "constant" / "polyMesh", folder / "polyMesh"}) {
+    if (LooksLikePolyMesh(candidate)) return ReadPolyMesh(candidate.string());
+  }
+  throw MeshError(folder.string() +
+                  ": unknown format, no polyMesh (points, faces, owner, neighbour, boundary) in " +
+                  "this folder");
+}
+
+}  // namespace
+
+FaceMesh ReadMesh(const std::string& path) {
+  std::error_code ignored;
+  if (!fs::exists(path, ignored)) throw MeshError(path + ": no such file or folder");
+  if (fs::is_directory(path, ignored)) return ReadFolder(path);
+  if (fs::path(path).extension() == ".msh") return ReadGmsh(path);
+  throw MeshError(path +
+                  ": unknown format, neither a Gmsh file *.msh nor a folder with an OpenFOAM polyMesh");
+}
+
+}  // namespace reference_host

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "reference_host/FaceMesh.h"
+
+namespace reference_host {
+
+/// Reads a mesh in any of the formats: a Gmsh file *.msh, an OpenFOAM polyMesh folder or a folder that has
+/// one in constant/polyMesh or polyMesh. Throws MeshError for anything else. The mesh returned still has to
+/// pass CheckMesh.
+FaceMesh ReadMesh(const std::string& path);
+
+}  // namespace reference_host

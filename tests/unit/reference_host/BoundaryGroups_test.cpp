@@ -1,0 +1,96 @@
+#include "reference_host/BoundaryGroups.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/unit/reference_host/MeshTestSupport.h"
+
+namespace {
+
+using reference_host::AssignBoundaryGroups;
+using reference_host::BoundaryGroup;
+using reference_host::GroupByName;
+using reference_host::GroupFromWord;
+using reference_host::NameOfGroup;
+using reference_host::Patch;
+
+const std::vector<BoundaryGroup> kAll = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Symmetry,
+                                         BoundaryGroup::Wall};
+
+TEST(BoundaryGroups, FindsTheGroupThatANameBeginsWith) {
+  EXPECT_EQ(GroupByName("inlet", ""), BoundaryGroup::Inlet);
+  EXPECT_EQ(GroupByName("Inlet_2", ""), BoundaryGroup::Inlet);
+  EXPECT_EQ(GroupByName("OUTLET", ""), BoundaryGroup::Outlet);
+  EXPECT_EQ(GroupByName("wall_sphere", ""), BoundaryGroup::Wall);
+  EXPECT_EQ(GroupByName("WallLeft", "patch"), BoundaryGroup::Wall);
+  EXPECT_EQ(GroupByName("symmetryPlane", ""), BoundaryGroup::Symmetry);
+}
+
+TEST(BoundaryGroups, FindsNoGroupInOtherNames) {
+  for (const char* const name : {"", "wal", "the_wall", "unnamed", "surface_7", "in let", "symm"}) {
+    EXPECT_EQ(GroupByName(name, ""), std::nullopt) << name;
+  }
+}
+
+TEST(BoundaryGroups, PrefersTheTypeOfAPatchToItsName) {
+  EXPECT_EQ(GroupByName("sphere", "wall"), BoundaryGroup::Wall);
+  EXPECT_EQ(GroupByName("inletWall", "wall"), BoundaryGroup::Wall);
+  EXPECT_EQ(GroupByName("front", "symmetryPlane"), BoundaryGroup::Symmetry);
+  EXPECT_EQ(GroupByName("front", "symmetry"), BoundaryGroup::Symmetry);
+  EXPECT_EQ(GroupByName("left", "inlet"), BoundaryGroup::Inlet);
+  EXPECT_EQ(GroupByName("inlet", "patch"), BoundaryGroup::Inlet);
+}
+
+TEST(BoundaryGroups, LeavesPatchesThatAreNoBoundaryToTheUser) {
+  for (const char* const type :
+       {"empty", "wedge", "cyclic", "cyclicAMI", "processor", "processorCyclic", "Empty"}) {
+    EXPECT_EQ(GroupByName("wall", type), std::nullopt) << type;
+  }
+}
+
+TEST(BoundaryGroups, NamesAndWordsAreInverse) {
+  for (const BoundaryGroup group : kAll) EXPECT_EQ(GroupFromWord(NameOfGroup(group)), group);
+  EXPECT_EQ(GroupFromWord("Wall"), BoundaryGroup::Wall);
+  EXPECT_EQ(GroupFromWord("walls"), std::nullopt);
+  EXPECT_EQ(GroupFromWord(""), std::nullopt);
+}
+
+TEST(BoundaryGroups, TheUsersMapGoesFirst) {
+  std::vector<Patch> patches = {{"inlet", "", {}}, {"front", "empty", {}}, {"wall", "", {}}};
+  AssignBoundaryGroups(patches, {1, 2, 3},
+                       {{"inlet", BoundaryGroup::Outlet}, {"front", BoundaryGroup::Symmetry}});
+  EXPECT_EQ(patches[0].group, BoundaryGroup::Outlet);
+  EXPECT_EQ(patches[1].group, BoundaryGroup::Symmetry);
+  EXPECT_EQ(patches[2].group, BoundaryGroup::Wall);
+}
+
+TEST(BoundaryGroups, ListsAllPatchesWithoutAGroup) {
+  std::vector<Patch> patches = {{"front", "empty", {}}, {"wall", "", {}}, {"unnamed", "", {}}};
+  EXPECT_EQ(MeshErrorOf([&] {
+              AssignBoundaryGroups(patches, {120, 3, 1}, {});
+            }),
+            "boundary faces without a group: 'front' of type empty (120 faces), 'unnamed' (1 face); map each "
+            "name to "
+            "inlet, outlet, symmetry or wall");
+}
+
+TEST(BoundaryGroups, LetsPatchesWithoutFacesBe) {
+  std::vector<Patch> patches = {{"inside", "", {}}, {"wall", "", {}}};
+  AssignBoundaryGroups(patches, {0, 3}, {});
+  EXPECT_EQ(patches[0].group, std::nullopt);
+}
+
+TEST(BoundaryGroups, RefusesNamesThatTheMeshDoesNotHave) {
+  std::vector<Patch> patches = {{"inlet", "", {}}, {"wall", "", {}}};
+  EXPECT_EQ(
+      MeshErrorOf([&] {
+        AssignBoundaryGroups(patches, {1, 1}, {{"top", BoundaryGroup::Wall}, {"back", BoundaryGroup::Wall}});
+      }),
+      "the mesh has no boundary called 'back', 'top'; it has 'inlet', 'wall'");
+}
+
+}  // namespace

@@ -1,0 +1,154 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iomanip>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/// Builds Gmsh files for tests, with numbers in text or binary.
+class GmshTestFile {
+ public:
+  explicit GmshTestFile(bool binary) : binary_(binary) { out_ << std::setprecision(17); }
+
+  std::string Content() const { return out_.str(); }
+
+  GmshTestFile& Text(const std::string& text) {
+    out_ << text;
+    return *this;
+  }
+  /// Numbers in the encoding of the file: int (4 bytes), size (8 bytes), real (8 bytes).
+  GmshTestFile& Int(int value) { return Number(value); }
+  GmshTestFile& Size(std::int64_t value) { return Number(value); }
+  GmshTestFile& Real(double value) { return Number(value); }
+
+  /// Line breaks that only text files have between numbers.
+  GmshTestFile& Break() {
+    if (!binary_) out_ << '\n';
+    return *this;
+  }
+
+  GmshTestFile& Format(const std::string& version) {
+    Text("$MeshFormat\n" + version + (binary_ ? " 1 8\n" : " 0 8\n"));
+    if (binary_) Int(1).Text("\n");
+    return Text("$EndMeshFormat\n");
+  }
+
+ private:
+  template <class Value>
+  GmshTestFile& Number(Value value) {
+    if (binary_) {
+      out_.write(reinterpret_cast<const char*>(&value), sizeof value);
+    } else {
+      out_ << value << ' ';
+    }
+    return *this;
+  }
+
+  std::ostringstream out_;
+  bool binary_;
+};
+
+struct GmshTestElement {
+  int type;
+  int tag;
+  int physical;
+  std::vector<int> nodes;  ///< node tags
+};
+
+struct GmshTestMesh {
+  std::vector<std::array<double, 3>> points;  ///< node i has the tag NodeTag(i)
+  std::vector<GmshTestElement> elements;
+  std::string physicalNames;
+
+  static int NodeTag(int i) { return 10 * i + 3; }
+};
+
+inline std::string WriteGmsh22(const GmshTestMesh& mesh, bool binary) {
+  GmshTestFile file(binary);
+  file.Format("2.2").Text(mesh.physicalNames);
+  file.Text("$Nodes\n" + std::to_string(mesh.points.size()) + "\n");
+  for (std::size_t i = 0; i < mesh.points.size(); ++i) {
+    file.Int(GmshTestMesh::NodeTag(static_cast<int>(i)));
+    for (const double x : mesh.points[i]) file.Real(x);
+    file.Break();
+  }
+  file.Text(binary ? "\n$EndNodes\n" : "$EndNodes\n");
+  file.Text("$Elements\n" + std::to_string(mesh.elements.size()) + "\n");
+  for (const GmshTestElement& element : mesh.elements) {
+    if (binary) {
+      file.Int(element.type).Int(1).Int(2).Int(element.tag);
+    } else {
+      file.Int(element.tag).Int(element.type).Int(2);
+    }
+    file.Int(element.physical).Int(1);
+    for (const int node : element.nodes) file.Int(node);
+    file.Break();
+  }
+  file.Text(binary ? "\n$EndElements\n" : "$EndElements\n");
+  return file.Content();
+}
+
+/// Every element gets a block of its own and a geometric entity of its own, whose number is that of the
+/// element. The first half of the nodes is written with parameters on a surface.
+inline std::string WriteGmsh41(const GmshTestMesh& mesh, bool binary) {
+  const auto dimensionOf = [](const GmshTestElement& e) { return e.type >= 4 ? 3 : 2; };
+  GmshTestFile file(binary);
+  file.Format("4.1").Text(mesh.physicalNames);
+
+  int nSurfaces = 0;
+  for (const GmshTestElement& element : mesh.elements) nSurfaces += dimensionOf(element) == 2 ? 1 : 0;
+  const int nVolumes = static_cast<int>(mesh.elements.size()) - nSurfaces;
+  file.Text("$Entities\n").Size(1).Size(1).Size(nSurfaces).Size(nVolumes).Break();
+  file.Int(1).Real(0).Real(0).Real(0).Size(1).Int(77).Break();  // a point in physical group 77
+  file.Int(1);                                                  // a curve between points 1 and 2
+  for (int i = 0; i < 6; ++i) file.Real(0.5);
+  file.Size(0).Size(2).Int(1).Int(-2).Break();
+  for (const int dimension : {2, 3}) {
+    for (const GmshTestElement& element : mesh.elements) {
+      if (dimensionOf(element) != dimension) continue;
+      file.Int(element.tag);
+      for (int i = 0; i < 6; ++i) file.Real(0.5);
+      file.Size(element.physical == 0 ? 0 : 1);
+      if (element.physical != 0) file.Int(element.physical);
+      file.Size(0).Break();
+    }
+  }
+  file.Text(binary ? "\n$EndEntities\n" : "$EndEntities\n");
+
+  const std::size_t n = mesh.points.size();
+  file.Text("$Nodes\n").Size(2).Size(static_cast<std::int64_t>(n)).Size(1).Size(10000).Break();
+  for (const int block : {0, 1}) {
+    const std::size_t begin = block == 0 ? 0 : n / 2;
+    const std::size_t end = block == 0 ? n / 2 : n;
+    file.Int(block == 0 ? 2 : 3)
+        .Int(1)
+        .Int(block == 0 ? 1 : 0)
+        .Size(static_cast<std::int64_t>(end - begin))
+        .Break();
+    for (std::size_t i = begin; i < end; ++i) file.Size(GmshTestMesh::NodeTag(static_cast<int>(i))).Break();
+    for (std::size_t i = begin; i < end; ++i) {
+      for (const double x : mesh.points[i]) file.Real(x);
+      if (block == 0) file.Real(0.25).Real(0.75);
+      file.Break();
+    }
+  }
+  file.Text(binary ? "\n$EndNodes\n" : "$EndNodes\n");
+
+  const auto nElements = static_cast<std::int64_t>(mesh.elements.size());
+  file.Text("$Elements\n").Size(nElements).Size(nElements).Size(1).Size(10000).Break();
+  for (const GmshTestElement& element : mesh.elements) {
+    file.Int(dimensionOf(element)).Int(element.tag).Int(element.type).Size(1).Break();
+    file.Size(element.tag);
+    for (const int node : element.nodes) file.Size(node);
+    file.Break();
+  }
+  file.Text(binary ? "\n$EndElements\n" : "$EndElements\n");
+  return file.Content();
+}
+
+inline std::string WriteGmsh(const GmshTestMesh& mesh, const std::string& version, bool binary) {
+  return version == "2.2" ? WriteGmsh22(mesh, binary) : WriteGmsh41(mesh, binary);
+}

@@ -1,0 +1,58 @@
+#include "reference_host/MeshReader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/unit/reference_host/MeshTestSupport.h"
+
+namespace {
+
+using reference_host::ReadMesh;
+
+const char* const kTetrahedron =
+    "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n4\n1 0 0 0\n2 1 0 0\n3 0 1 0\n4 0 0 1\n$EndNodes\n"
+    "$Elements\n1\n1 4 2 0 1 1 2 3 4\n$EndElements\n";
+
+void WriteTetrahedron(const TemporaryFolder& folder, const std::string& subfolder) {
+  const auto write = [&](const std::string& name, const std::string& className, const std::string& content) {
+    folder.Write(subfolder + name, "FoamFile { format ascii; class " + className + "; }\n" + content);
+  };
+  write("points", "vectorField", "4((0 0 0) (1 0 0) (0 1 0) (0 0 1))");
+  write("faces", "faceList", "4(3(0 2 1) 3(0 1 3) 3(1 2 3) 3(0 3 2))");
+  write("owner", "labelList", "4{0}");
+  write("neighbour", "labelList", "0()");
+  write("boundary", "polyBoundaryMesh", "1(all { type wall; nFaces 4; startFace 0; })");
+}
+
+TEST(MeshReader, ReadsGmshFilesByTheirEnding) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(ReadMesh(folder.Write("a.msh", kTetrahedron)).nCells, 1);
+}
+
+TEST(MeshReader, FindsThePolyMeshInAFolder) {
+  for (const char* const subfolder : {"", "polyMesh/", "constant/polyMesh/"}) {
+    const TemporaryFolder folder;
+    WriteTetrahedron(folder, subfolder);
+    EXPECT_EQ(ReadMesh(folder.Path()).nCells, 1) << subfolder;
+    EXPECT_EQ(ReadMesh(folder.Path() + "/").nCells, 1) << subfolder;
+  }
+}
+
+TEST(MeshReader, NamesTheFileThatAPolyMeshLacks) {
+  const TemporaryFolder folder;
+  folder.Write("constant/polyMesh/owner", "");
+  EXPECT_EQ(MeshErrorOf([&] { ReadMesh(folder.Path()); }),
+            folder.Path() + "/constant/polyMesh/points: no such file");
+}
+
+TEST(MeshReader, RefusesUnknownFormats) {
+  const TemporaryFolder folder;
+  ExpectContains(MeshErrorOf([&] { ReadMesh(folder.Path()); }), "unknown format, no polyMesh");
+  ExpectContains(MeshErrorOf([&] { ReadMesh(folder.Write("a.stl", "")); }),
+                 "unknown format, neither a Gmsh file");
+  EXPECT_EQ(MeshErrorOf([&] { ReadMesh(folder.Path() + "/none"); }),
+            folder.Path() + "/none: no such file or folder");
+}
+
+}  // namespace
