@@ -17,12 +17,11 @@ class COperatorGradientImpl;
 /// objects; `getGradType`; `Initialize` once the mesh is complete; then the `GradMethod` family as often as
 /// needed. No stage is recorded: a call out of order reaches a null pointer.
 ///
-/// Gradient types (`getGradType`):
-/// | type | `GradMethod(..., n)` | needs `Initialize` |
-/// |---|---|---|
-/// | 0 (after construction) | n = 1: plain Green-Gauss; any other n: iterated Green-Gauss with n sweeps | no
-/// | | 1 | unweighted least squares; n is ignored | yes | | 3 | returns at once: outputs untouched, no
-/// exchange | no | | any other but 2 | iterated Green-Gauss with n sweeps, also for n = 1 | no |
+/// Gradient types (`getGradType`), with n the last argument of `GradMethod`:
+/// - 0, after construction: plain Green-Gauss for n = 1, iterated Green-Gauss with n sweeps for any other n;
+/// - 1: unweighted least squares, n is ignored; needs `Initialize`;
+/// - 3: returns at once, outputs untouched, no exchange;
+/// - any other but 2: iterated Green-Gauss with n sweeps, also for n = 1.
 ///
 /// The setters are called `get...` because the operator *gets* its objects from the caller. They *borrow*:
 /// every object must outlive the operator, which destroys none of them.
