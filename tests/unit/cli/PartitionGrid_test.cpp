@@ -1,0 +1,134 @@
+#include "cli/PartitionGrid.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <vector>
+
+#include "reference_host/BoundaryGroups.h"
+#include "reference_host/BoxMesh.h"
+#include "reference_host/HostPartition.h"
+#include "reference_host/MeshPart.h"
+
+namespace zyngrad {
+namespace {
+
+using reference_host::FaceMesh;
+using reference_host::HostPartition;
+
+FaceMesh Box(const std::string& spec) {
+  FaceMesh mesh = reference_host::MakeBox(reference_host::ParseBoxSpec(spec));
+  for (auto& patch : mesh.patches) patch.group = reference_host::GroupByName(patch.name, patch.type);
+  return mesh;
+}
+
+/// The parts of a box cut into nParts slices of equally many cells.
+std::vector<reference_host::MeshPart> Slices(const FaceMesh& mesh, int nParts) {
+  std::vector<int> partOfCell(static_cast<std::size_t>(mesh.nCells));
+  for (int c = 0; c < mesh.nCells; ++c) partOfCell[static_cast<std::size_t>(c)] = c * nParts / mesh.nCells;
+  return SplitMesh(mesh, partOfCell, nParts);
+}
+
+/// Volume of the closed surface that the outward faces make: sum over triangles (p0, p1, p2) of p0.(p1 x p2)
+/// / 6.
+double VolumeInside(const CellFaces& faces, const CZYN3DFiniteVolumeMesh& mesh) {
+  double volume = 0.0;
+  for (int f = 0; f < faces.nFaces(); ++f) {
+    const int* row = faces.Face(f);
+    for (int k = 1; k + 1 < faces.FaceSize(f); ++k) {
+      const int a = row[0], b = row[k], c = row[k + 1];
+      volume += mesh.xn[a] * (mesh.yn[b] * mesh.zn[c] - mesh.zn[b] * mesh.yn[c]) +
+                mesh.yn[a] * (mesh.zn[b] * mesh.xn[c] - mesh.xn[b] * mesh.zn[c]) +
+                mesh.zn[a] * (mesh.xn[b] * mesh.yn[c] - mesh.yn[b] * mesh.xn[c]);
+    }
+  }
+  return volume / 6.0;
+}
+
+TEST(PartitionGrid, TurnsTheFacesOfEveryCellOutwards) {
+  for (const char* spec : {"box:3,2,2", "box:2,2,2:tet", "box:2,3,1:prism"}) {
+    const FaceMesh mesh = Box(spec);
+    for (const auto& part : Slices(mesh, 2)) {
+      HostPartition partition(part);
+      const CZYN3DFiniteVolumeMesh& host = *partition.mesh();
+      CellFaces faces;
+      for (int c = 1; c <= host.NInnerCells; ++c) {
+        FacesOfCell(host, c, faces);
+        EXPECT_NEAR(VolumeInside(faces, host), host.Volume[c], 1e-15) << spec << " cell " << c;
+      }
+    }
+  }
+}
+
+TEST(PartitionGrid, WritesOwnedCellsWithTheirTypeAndOnlyTheirNodes) {
+  const std::map<std::string, VtkType> typeOf = {{"box:3,2,2", VtkType::Hexahedron},
+                                                 {"box:3,2,2:tet", VtkType::Tetrahedron},
+                                                 {"box:3,2,2:prism", VtkType::Wedge}};
+  for (const auto& [spec, type] : typeOf) {
+    for (const auto& part : Slices(Box(spec), 2)) {
+      HostPartition partition(part);
+      const VtuGrid grid = GridOfInteriorCells(*partition.mesh());
+      ASSERT_EQ(grid.types.size(), static_cast<std::size_t>(partition.mesh()->NInnerCells));
+      for (const std::uint8_t written : grid.types) EXPECT_EQ(written, static_cast<std::uint8_t>(type));
+      const std::set<std::int64_t> used(grid.connectivity.begin(), grid.connectivity.end());
+      EXPECT_EQ(used.size(), grid.points.size() / 3);
+      EXPECT_EQ(*used.rbegin(), static_cast<std::int64_t>(used.size()) - 1);
+      EXPECT_EQ(grid.offsets.back(), static_cast<std::int64_t>(grid.connectivity.size()));
+      EXPECT_TRUE(grid.faces.empty());
+    }
+  }
+}
+
+/// Two cubes side by side; the upper half of the shared square is a face of its own, so both cells have 7
+/// faces.
+FaceMesh TwoCubesWithSplitFace() {
+  FaceMesh mesh;
+  for (int k = 0; k < 2; ++k) {
+    for (int j = 0; j < 2; ++j) {
+      for (int i = 0; i < 3; ++i) mesh.points.push_back({double(i), double(j), double(k)});
+    }
+  }
+  mesh.points.push_back({1.0, 0.0, 0.5});
+  mesh.points.push_back({1.0, 1.0, 0.5});
+  const auto add = [&mesh](const std::vector<int>& nodes, int owner, int neighbour) {
+    mesh.faceNode.insert(mesh.faceNode.end(), nodes.begin(), nodes.end());
+    mesh.faceStart.push_back(mesh.faceNode.size());
+    mesh.owner.push_back(owner);
+    mesh.neighbour.push_back(neighbour);
+    mesh.facePatch.push_back(neighbour < 0 ? 0 : -1);
+  };
+  add({1, 4, 13, 12}, 0, 1);
+  add({12, 13, 10, 7}, 0, 1);
+  add({0, 6, 9, 3}, 0, -1);
+  add({0, 3, 4, 1}, 0, -1);
+  add({6, 7, 10, 9}, 0, -1);
+  add({0, 1, 12, 7, 6}, 0, -1);
+  add({3, 9, 10, 13, 4}, 0, -1);
+  add({2, 5, 11, 8}, 1, -1);
+  add({1, 4, 5, 2}, 1, -1);
+  add({7, 8, 11, 10}, 1, -1);
+  add({1, 2, 8, 7, 12}, 1, -1);
+  add({4, 13, 10, 11, 5}, 1, -1);
+  mesh.patches = {{"wall", "", reference_host::BoundaryGroup::Wall}};
+  mesh.nCells = 2;
+  return mesh;
+}
+
+TEST(PartitionGrid, WritesPolyhedraWithTheirFaces) {
+  HostPartition partition(Slices(TwoCubesWithSplitFace(), 1).front());
+  const VtuGrid grid = GridOfInteriorCells(*partition.mesh());
+  ASSERT_EQ(grid.types, (std::vector<std::uint8_t>{42, 42}));
+  EXPECT_EQ(grid.points.size(), 3U * 14U);
+  // Per cell: the face count, then 7 faces with their sizes: 2 halves, 3 squares, 2 pentagons.
+  const std::int64_t length = 1 + 7 + 2 * 4 + 3 * 4 + 2 * 5;
+  EXPECT_EQ(grid.faceOffsets, (std::vector<std::int64_t>{length, 2 * length}));
+  EXPECT_EQ(grid.faces.size(), static_cast<std::size_t>(2 * length));
+  EXPECT_EQ(grid.faces[0], 7);
+  EXPECT_EQ(grid.faces[static_cast<std::size_t>(length)], 7);
+}
+
+}  // namespace
+}  // namespace zyngrad

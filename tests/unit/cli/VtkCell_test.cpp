@@ -1,0 +1,125 @@
+#include "cli/VtkCell.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <vector>
+
+namespace zyngrad {
+namespace {
+
+using Point = std::array<double, 3>;
+using Faces = std::vector<std::vector<int>>;
+
+double TetVolume(const Point& a, const Point& b, const Point& c, const Point& d) {
+  std::array<Point, 3> e;
+  for (std::size_t k = 0; k < 3; ++k) e[0][k] = b[k] - a[k], e[1][k] = c[k] - a[k], e[2][k] = d[k] - a[k];
+  return (e[0][0] * (e[1][1] * e[2][2] - e[1][2] * e[2][1]) -
+          e[0][1] * (e[1][0] * e[2][2] - e[1][2] * e[2][0]) +
+          e[0][2] * (e[1][0] * e[2][1] - e[1][1] * e[2][0])) /
+         6.0;
+}
+
+/// The volume of a cell in VTK's node order, by VTK's own cut into tetrahedra: negative when the order is
+/// inverted.
+double VtkVolume(const VtkCell& cell, const std::vector<Point>& points) {
+  static const std::vector<std::array<int, 4>> tet = {{0, 1, 2, 3}};
+  static const std::vector<std::array<int, 4>> pyramid = {{0, 1, 2, 4}, {0, 2, 3, 4}};
+  static const std::vector<std::array<int, 4>> wedge = {{0, 2, 1, 3}, {1, 3, 5, 4}, {1, 2, 5, 3}};
+  static const std::vector<std::array<int, 4>> hex = {
+      {0, 1, 3, 4}, {1, 4, 5, 6}, {1, 4, 6, 3}, {1, 3, 6, 2}, {3, 6, 7, 4}};
+  const auto& cut = cell.type == VtkType::Tetrahedron ? tet
+                    : cell.type == VtkType::Pyramid   ? pyramid
+                    : cell.type == VtkType::Wedge     ? wedge
+                                                      : hex;
+  double volume = 0.0;
+  for (const auto& t : cut) {
+    std::array<Point, 4> p;
+    for (std::size_t k = 0; k < 4; ++k) {
+      p[k] = points[static_cast<std::size_t>(cell.nodes[static_cast<std::size_t>(t[k])])];
+    }
+    volume += TetVolume(p[0], p[1], p[2], p[3]);
+  }
+  return volume;
+}
+
+VtkCell Make(const Faces& outward) {
+  CellFaces faces;
+  for (const auto& face : outward) faces.Add(face.data(), static_cast<int>(face.size()), false);
+  VtkCell cell;
+  MakeVtkCell(faces, cell);
+  return cell;
+}
+
+/// The cell is recognised with its volume whichever face comes first and whichever node a face begins with.
+void ExpectForm(Faces outward, const std::vector<Point>& points, VtkType type, double volume) {
+  std::sort(outward.begin(), outward.end());
+  do {
+    for (std::size_t turn = 0; turn < 4; ++turn) {
+      Faces turned = outward;
+      for (auto& face : turned) {
+        std::rotate(face.begin(), face.begin() + static_cast<std::ptrdiff_t>(turn % face.size()), face.end());
+      }
+      const VtkCell cell = Make(turned);
+      ASSERT_EQ(cell.type, type);
+      ASSERT_NEAR(VtkVolume(cell, points), volume, 1e-15);
+    }
+  } while (std::next_permutation(outward.begin(), outward.end()));
+}
+
+//     7----6
+//    /|   /|      unit cube, z up
+//   4----5 |
+//   | 3--|-2
+//   |/   |/
+//   0----1
+const std::vector<Point> kCube = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
+                                  {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
+
+TEST(VtkCell, OrdersATetrahedronWithPositiveVolume) {
+  ExpectForm({{0, 3, 1}, {0, 1, 4}, {1, 3, 4}, {0, 4, 3}}, kCube, VtkType::Tetrahedron, 1.0 / 6.0);
+}
+
+TEST(VtkCell, OrdersAPyramidWithPositiveVolume) {
+  ExpectForm({{0, 3, 2, 1}, {0, 1, 4}, {1, 2, 4}, {2, 3, 4}, {3, 0, 4}}, kCube, VtkType::Pyramid, 1.0 / 3.0);
+}
+
+TEST(VtkCell, OrdersAWedgeWithPositiveVolume) {
+  ExpectForm({{0, 3, 1}, {4, 5, 7}, {0, 1, 5, 4}, {1, 3, 7, 5}, {3, 0, 4, 7}}, kCube, VtkType::Wedge, 0.5);
+}
+
+TEST(VtkCell, OrdersAHexahedronWithPositiveVolume) {
+  ExpectForm({{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}}, kCube,
+             VtkType::Hexahedron, 1.0);
+}
+
+TEST(VtkCell, TakesAHexahedronWithASplitFaceForAPolyhedron) {
+  const VtkCell cell =
+      Make({{0, 3, 2, 1}, {4, 5, 6}, {4, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}});
+  EXPECT_EQ(cell.type, VtkType::Polyhedron);
+  std::vector<int> all(8);
+  std::iota(all.begin(), all.end(), 0);
+  EXPECT_EQ(cell.nodes, all);
+}
+
+TEST(VtkCell, TakesAHexahedronWithANodeOnAnEdgeForAPolyhedron) {
+  const VtkCell cell =
+      Make({{0, 3, 2, 8, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 8, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}});
+  EXPECT_EQ(cell.type, VtkType::Polyhedron);
+  EXPECT_EQ(cell.nodes.size(), 9U);
+}
+
+TEST(VtkCell, AddsARowBackwards) {
+  const int row[] = {5, 6, 7};
+  CellFaces faces;
+  faces.Add(row, 3, false);
+  faces.Add(row, 3, true);
+  EXPECT_EQ(faces.node, (std::vector<int>{5, 6, 7, 7, 6, 5}));
+  faces.Clear();
+  EXPECT_EQ(faces.nFaces(), 0);
+}
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,109 @@
+#include "cli/VtuFile.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "cli/UsageError.h"
+
+namespace zyngrad {
+namespace {
+
+std::string TestFile(const std::string& name) {
+  return (std::filesystem::path(testing::TempDir()) / name).string();
+}
+
+std::string ReadAll(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+/// The values of an array, found as a reader does: offset from the XML, then a byte count before the values.
+template <class T>
+std::vector<T> ArrayOf(const std::string& content, const std::string& name) {
+  const std::size_t tag = content.find("Name=\"" + name + '"');
+  if (tag == std::string::npos) return {};
+  const std::size_t offsetAt = content.find("offset=\"", tag) + 8;
+  const std::string marker = "<AppendedData encoding=\"raw\">\n_";
+  const std::size_t begin = content.find(marker) + marker.size() + std::stoul(content.substr(offsetAt));
+  std::uint64_t nBytes = 0;
+  std::memcpy(&nBytes, content.data() + begin, sizeof nBytes);
+  std::vector<T> values(nBytes / sizeof(T));
+  std::memcpy(values.data(), content.data() + begin + sizeof nBytes, nBytes);
+  return values;
+}
+
+VtuGrid OneTetrahedron() {
+  VtuGrid grid;
+  grid.points = {0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1};
+  grid.connectivity = {0, 1, 2, 3};
+  grid.offsets = {4};
+  grid.types = {10};
+  grid.faceOffsets = {-1};
+  return grid;
+}
+
+const std::vector<VtuArray> kData = {{"field", 1, std::vector<double>{0.1}},
+                                     {"gradient", 3, std::vector<double>{1.0, 2.0, 3.0}},
+                                     {"rank", 1, std::vector<std::int32_t>{7}},
+                                     {"cell", 1, std::vector<std::int64_t>{1LL << 40}}};
+
+TEST(VtuFile, KeepsEveryBitOfEveryArray) {
+  const std::string file = TestFile("VtuFile_bits.vtu");
+  const VtuGrid grid = OneTetrahedron();
+  WriteVtu(file, grid, kData);
+  const std::string content = ReadAll(file);
+  EXPECT_NE(content.find("NumberOfPoints=\"4\" NumberOfCells=\"1\""), std::string::npos);
+  EXPECT_EQ(ArrayOf<double>(content, "Points"), grid.points);
+  EXPECT_EQ(ArrayOf<std::int64_t>(content, "connectivity"), grid.connectivity);
+  EXPECT_EQ(ArrayOf<std::int64_t>(content, "offsets"), grid.offsets);
+  EXPECT_EQ(ArrayOf<std::uint8_t>(content, "types"), grid.types);
+  EXPECT_EQ(ArrayOf<double>(content, "field"), (std::vector<double>{0.1}));
+  EXPECT_EQ(ArrayOf<double>(content, "gradient"), (std::vector<double>{1.0, 2.0, 3.0}));
+  EXPECT_EQ(ArrayOf<std::int32_t>(content, "rank"), (std::vector<std::int32_t>{7}));
+  EXPECT_EQ(ArrayOf<std::int64_t>(content, "cell"), (std::vector<std::int64_t>{1LL << 40}));
+  std::filesystem::remove(file);
+}
+
+TEST(VtuFile, NamesFaceArraysOnlyForPolyhedra) {
+  const std::string file = TestFile("VtuFile_faces.vtu");
+  VtuGrid grid = OneTetrahedron();
+  WriteVtu(file, grid, {});
+  EXPECT_EQ(ReadAll(file).find("faceoffsets"), std::string::npos);
+  grid.types = {42};
+  grid.faces = {4, 3, 0, 2, 1, 3, 0, 1, 3, 3, 1, 2, 3, 3, 0, 3, 2};
+  grid.faceOffsets = {17};
+  WriteVtu(file, grid, {});
+  EXPECT_EQ(ArrayOf<std::int64_t>(ReadAll(file), "faces"), grid.faces);
+  EXPECT_EQ(ArrayOf<std::int64_t>(ReadAll(file), "faceoffsets"), grid.faceOffsets);
+  std::filesystem::remove(file);
+}
+
+TEST(VtuFile, ListsArraysAndPiecesInTheIndex) {
+  const std::string file = TestFile("VtuFile_index.pvtu");
+  WritePvtu(file, kData, {"sub/a.vtu", "sub/b.vtu"});
+  const std::string content = ReadAll(file);
+  EXPECT_NE(content.find("<PDataArray type=\"Float64\" Name=\"gradient\" NumberOfComponents=\"3\"/>"),
+            std::string::npos);
+  EXPECT_NE(content.find("<PDataArray type=\"Int64\" Name=\"cell\""), std::string::npos);
+  EXPECT_LT(content.find("<Piece Source=\"sub/a.vtu\"/>"), content.find("<Piece Source=\"sub/b.vtu\"/>"));
+  std::filesystem::remove(file);
+}
+
+TEST(VtuFile, ReportsAFileThatCannotBeWritten) {
+  const std::string file = TestFile("no_such_folder/a.vtu");
+  EXPECT_THROW(WriteVtu(file, OneTetrahedron(), {}), UsageError);
+  EXPECT_THROW(WritePvtu(file, {}, {}), UsageError);
+  if (std::filesystem::exists("/dev/full")) {
+    EXPECT_THROW(WriteVtu("/dev/full", OneTetrahedron(), {}), UsageError);
+  }
+}
+
+}  // namespace
+}  // namespace zyngrad
