@@ -1,7 +1,5 @@
 #include "reference_host/CellGeometry.h"
 
-#include <utility>
-
 #include "reference_host/Vector3.h"
 
 namespace reference_host {
@@ -20,24 +18,21 @@ FaceTable::FaceTable(const MeshPart& part)
       owner(part.owner),
       neighbour(part.neighbour) {}
 
-CellGeometryBuilder::CellGeometryBuilder(int nCells)
-    : nCells_(nCells), top_(nCells, Point{0.0, 0.0, 0.0}), nFacesOfCell_(nCells, 0) {}
+CellGeometryBuilder::CellGeometryBuilder(int nCells) : nCells_(nCells), sums_(nCells) {}
 
 void CellGeometryBuilder::AddFaceCentre(int owner, int neighbour, const Point& centre) {
   for (const int cell : {owner, neighbour}) {
     if (!IsCell(cell)) continue;
-    top_[cell] = Sum(top_[cell], centre);
-    ++nFacesOfCell_[cell];
+    Sums& sums = sums_[cell];
+    sums.top = Sum(sums.top, centre);
+    ++sums.nFaces;
   }
 }
 
 void CellGeometryBuilder::FinishTops() {
-  for (std::size_t c = 0; c < top_.size(); ++c) {
-    if (nFacesOfCell_[c] > 0) top_[c] = Scaled(1.0 / nFacesOfCell_[c], top_[c]);
+  for (Sums& sums : sums_) {
+    if (sums.nFaces > 0) sums.top = Scaled(1.0 / sums.nFaces, sums.top);
   }
-  nFacesOfCell_ = {};
-  cells_.centre.assign(top_.size(), Point{0.0, 0.0, 0.0});
-  cells_.volume.assign(top_.size(), 0.0);
 }
 
 void CellGeometryBuilder::AddPyramids(int owner, int neighbour, const FaceFan& fan) {
@@ -46,25 +41,29 @@ void CellGeometryBuilder::AddPyramids(int owner, int neighbour, const FaceFan& f
 }
 
 void CellGeometryBuilder::AddPyramidsOfSide(int cell, double sign, const FaceFan& fan) {
+  Sums& sums = sums_[cell];
   // h leads from the top to the fan's apex, which lies in the plane of every triangle t, so the pyramid over
   // t has the volume S_t . h / 3 and its base centroid seen from the top is h + r_t: 3 V = sum over t of S_t
   // . h = S . h,   sum over t of (S_t . h) (h + r_t) = 3 V h + spread h.
-  const Point h = Difference(fan.apex, top_[cell]);
+  const Point h = Difference(fan.apex, sums.top);
   const double volume3 = sign * Dot(fan.area, h);
   const Point spreadH = {Dot(fan.spread[0], h), Dot(fan.spread[1], h), Dot(fan.spread[2], h)};
-  cells_.volume[cell] += volume3;
-  cells_.centre[cell] = Sum(cells_.centre[cell], Sum(Scaled(volume3, h), Scaled(sign, spreadH)));
+  sums.volume3 += volume3;
+  sums.moment = Sum(sums.moment, Sum(Scaled(volume3, h), Scaled(sign, spreadH)));
 }
 
 CellGeometry CellGeometryBuilder::Finish() {
-  for (std::size_t c = 0; c < top_.size(); ++c) {
-    const double volume3 = cells_.volume[c];
+  CellGeometry cells;
+  cells.centre.reserve(sums_.size());
+  cells.volume.reserve(sums_.size());
+  for (const Sums& sums : sums_) {
     // A pyramid's centroid lies at three quarters of the way from its top to the centroid of its base.
-    cells_.centre[c] = volume3 > 0.0 ? Sum(top_[c], Scaled(0.75 / volume3, cells_.centre[c])) : top_[c];
-    cells_.volume[c] = volume3 / 3.0;
+    cells.centre.push_back(sums.volume3 > 0.0 ? Sum(sums.top, Scaled(0.75 / sums.volume3, sums.moment))
+                                              : sums.top);
+    cells.volume.push_back(sums.volume3 / 3.0);
   }
-  top_ = {};
-  return std::move(cells_);
+  sums_ = {};
+  return cells;
 }
 
 CellGeometry ComputeCellGeometry(const FaceTable& faces, int nCells) {

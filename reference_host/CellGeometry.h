@@ -60,10 +60,16 @@ class CellGeometryBuilder {
   bool IsCell(int cell) const { return cell >= 0 && cell < nCells_; }
   void AddPyramidsOfSide(int cell, double sign, const FaceFan& fan);
 
+  /// All of a cell in one place: mesh files often have their faces in an order that jumps from cell to cell.
+  struct Sums {
+    Point top = {0.0, 0.0, 0.0};     // sum, then average of the face centres
+    Point moment = {0.0, 0.0, 0.0};  // over the pyramids: 3 volume (base centroid - top)
+    double volume3 = 0.0;            // over the pyramids: 3 volume
+    int nFaces = 0;
+  };
+
   int nCells_;
-  std::vector<Point> top_;         // sum, then average of the face centres
-  std::vector<int> nFacesOfCell_;  // released after the first sweep
-  CellGeometry cells_;  // centre: sum over the pyramids of 3 volume (base centroid - top); volume: 3 volume
+  std::vector<Sums> sums_;
 };
 
 /// Centres and volumes of the cells 0..nCells-1 of a mesh (of the owned ones alone: pass MeshPart::nOwned).

@@ -14,15 +14,22 @@ void AllocateFaceVectors(HostTables& tables) {
   }
 }
 
-/// Stores a face in its group. The mesh's vector points out of the face's owner in the mesh; it is negated,
-/// which is exact, where the group's CV cell is the other one.
-void StoreFace(const FaceGeometry& face, bool isTurned, int f, FaceGroupTable& group) {
-  group.sx[f] = isTurned ? -face.area[0] : face.area[0];
-  group.sy[f] = isTurned ? -face.area[1] : face.area[1];
-  group.sz[f] = isTurned ? -face.area[2] : face.area[2];
-  group.xc[f] = face.centre[0];
-  group.yc[f] = face.centre[1];
-  group.zc[f] = face.centre[2];
+/// Areas and centres of one group. The mesh's vector points out of the face's owner in the mesh; it is
+/// negated, which is exact, where the group's CV cell is the other one.
+void ComputeGroup(const FaceTable& faces, const std::vector<int>& partFaces, const std::vector<int>& hostCell,
+                  FaceGroupTable& group) {
+  for (int f = 1; f <= group.size(); ++f) {
+    const int partFace = partFaces[f];
+    const FaceGeometry face =
+        ComputeFaceGeometry(faces.points, faces.Nodes(partFace), faces.NodeCount(partFace));
+    const bool isTurned = group.cv[f] != hostCell[faces.Owner(partFace)];
+    group.sx[f] = isTurned ? -face.area[0] : face.area[0];
+    group.sy[f] = isTurned ? -face.area[1] : face.area[1];
+    group.sz[f] = isTurned ? -face.area[2] : face.area[2];
+    group.xc[f] = face.centre[0];
+    group.yc[f] = face.centre[1];
+    group.zc[f] = face.centre[2];
+  }
 }
 
 /// The ghost centre is the face centre: a field there is the boundary value itself.
@@ -55,16 +62,19 @@ void FillGeometry(const MeshPart& part, const HostNumbering& numbering, HostTabl
   AllocateFaceVectors(tables);
   for (auto* values : {&tables.xc, &tables.yc, &tables.zc}) values->assign(numbering.nCells() + 1, 0.0);
 
+  const FaceTable faces(part);
+  for (std::size_t k = 0; k < kFaceKinds; ++k) {
+    ComputeGroup(faces, numbering.partFace[k], numbering.cell, tables.groups[k]);
+  }
+
   // Both sweeps follow the order of the part, which is the order of the whole mesh: a cell's sums are then
   // the same bits in any partition.
-  const FaceTable faces(part);
   CellGeometryBuilder builder(part.nOwned);
   for (int f = 0; f < faces.nFaces(); ++f) {
-    const FaceGeometry face = ComputeFaceGeometry(faces.points, faces.Nodes(f), faces.NodeCount(f));
-    builder.AddFaceCentre(faces.Owner(f), faces.Neighbour(f), face.centre);
-    FaceGroupTable& group = tables.Group(numbering.kind[f]);
+    const FaceGroupTable& group = tables.Group(numbering.kind[f]);
     const int hostFace = numbering.face[f];
-    StoreFace(face, group.cv[hostFace] != numbering.cell[faces.Owner(f)], hostFace, group);
+    builder.AddFaceCentre(faces.Owner(f), faces.Neighbour(f),
+                          {group.xc[hostFace], group.yc[hostFace], group.zc[hostFace]});
   }
   builder.FinishTops();
   for (int f = 0; f < faces.nFaces(); ++f) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 
 #include "reference_host/CellGeometry.h"
 #include "reference_host/FaceGeometry.h"
@@ -26,20 +27,19 @@ void FillGroupCells(const MeshPart& part, const HostNumbering& numbering, FaceKi
   }
 }
 
-/// Numbers nodes at their first use, so that the nodes of near cells are near each other.
+/// Numbers nodes at their first use. Faces stand in the order of their cells, so the nodes of near cells end
+/// up near each other.
 class NodeNumbers {
  public:
   explicit NodeNumbers(std::size_t nNodes) : number_(nNodes, 0) { partNode_.reserve(nNodes + 1); }
 
-  void Use(int partNode) {
-    if (number_[partNode] != 0) return;
-    number_[partNode] = static_cast<int>(partNode_.size());
-    partNode_.push_back(partNode);
+  int Use(int partNode) {
+    if (number_[partNode] == 0) {
+      number_[partNode] = static_cast<int>(partNode_.size());
+      partNode_.push_back(partNode);
+    }
+    return number_[partNode];
   }
-  void UseRemaining() {
-    for (std::size_t node = 0; node < number_.size(); ++node) Use(static_cast<int>(node));
-  }
-  int operator[](int partNode) const { return number_[partNode]; }
   const std::vector<int>& partNode() const { return partNode_; }  ///< [1..NNode]
 
  private:
@@ -47,111 +47,127 @@ class NodeNumbers {
   std::vector<int> partNode_ = {-1};
 };
 
-/// Calls visit(node) once for every node of an owned cell. `lastCell` remembers by node which cell visited it
-/// last; `mark` is a number that no earlier call had for this cell.
-template <class Visit>
-void ForEachNodeOfCell(const FaceTable& faces, const HostNumbering& numbering, int partCell, int mark,
-                       std::vector<int>& lastCell, const Visit& visit) {
-  for (std::size_t i = numbering.cellFaceStart[partCell]; i < numbering.cellFaceStart[partCell + 1]; ++i) {
-    const int f = numbering.cellFace[i];
-    const int* nodes = faces.Nodes(f);
-    for (int k = 0; k < faces.NodeCount(f); ++k) {
-      if (lastCell[nodes[k]] == mark) continue;
-      lastCell[nodes[k]] = mark;
-      visit(nodes[k]);
+/// Nodes of a group's faces, beginning with the three that span the plane best. Where the area vector was
+/// negated, the row runs backwards from the last of the three, so that it turns around the vector in every
+/// case.
+void FillFaceNodes(const MeshPart& part, const HostNumbering& numbering, NodeNumbers& nodeNumbers,
+                   FaceKind kind, FaceGroupTable& group) {
+  const FaceTable faces(part);
+  const std::vector<int>& partFaces = numbering.PartFaces(kind);
+  std::vector<int> length(partFaces.size(), 0);
+  for (std::size_t f = 1; f < partFaces.size(); ++f) length[f] = faces.NodeCount(partFaces[f]);
+  group.nodes = RaggedTable(length);
+  for (int f = 1; f <= group.size(); ++f) {
+    const int* nodes = faces.Nodes(partFaces[f]);
+    const int n = length[f];
+    const bool isTurned = group.cv[f] != numbering.cell[faces.Owner(partFaces[f])];
+    const double sign = isTurned ? -1.0 : 1.0;
+    const Point area = {sign * group.sx[f], sign * group.sy[f], sign * group.sz[f]};
+    const int best = BestSpanningTriple(part.points, nodes, n, area);
+    int* row = group.nodes[f];
+    for (int k = 0; k < n; ++k) {
+      const int from = isTurned ? best + 2 - k + n : best + k;
+      row[k + 1] = nodeNumbers.Use(nodes[from % n]);
     }
   }
 }
 
-/// Host numbers of the halo cells' numbers in the part, to walk these in host order.
-std::vector<int> HaloCellsInHostOrder(const MeshPart& part, const HostNumbering& numbering) {
-  std::vector<int> halo(part.nHalo());
-  for (int h = 0; h < part.nHalo(); ++h) {
-    halo[numbering.cell[part.nOwned + h] - numbering.nInterior - numbering.nGhost - 1] = h;
-  }
-  return halo;
-}
-
-/// Builds CellLnods and, on the way, the numbers of the nodes.
+/// Builds CellLnods, every row ascending.
 class CellNodeTable {
  public:
-  CellNodeTable(const MeshPart& part, const HostNumbering& numbering, NodeNumbers& nodeNumbers)
+  CellNodeTable(const MeshPart& part, const HostNumbering& numbering, NodeNumbers& nodeNumbers,
+                HostTables& tables)
       : part_(part),
-        faces_(part),
         numbering_(numbering),
         nodeNumbers_(nodeNumbers),
-        lastCell_(part.points.size(), 0),
-        halo_(HaloCellsInHostOrder(part, numbering)) {}
+        tables_(tables),
+        lastCell_(part.points.size() + 1, 0),
+        halo_(part.nHalo()) {
+    for (std::size_t k = 0; k < kFaceKinds; ++k) kindOfCode_[kGroupCode[k]] = k;
+    for (int h = 0; h < part.nHalo(); ++h) halo_[numbering.cell[part.nOwned + h] - FirstHalo()] = h;
+  }
 
-  void Build(HostTables& tables) {
-    Count(tables.cellNodeNumber);
-    tables.cellNodes = RaggedTable(tables.cellNodeNumber);
-    FillInterior(tables.cellNodes);
-    FillGhosts(tables.cellNodes);
-    FillHalo(tables.cellNodes);
+  void Build() {
+    Count();
+    tables_.cellNodes = RaggedTable(tables_.cellNodeNumber);
+    FillInterior();
+    FillGhosts();
+    FillHalo();
     for (int c = 1; c <= numbering_.nCells(); ++c) {
-      int* row = tables.cellNodes[c];
+      int* row = tables_.cellNodes[c];
       std::sort(row + 1, row + 1 + row[0]);
     }
   }
 
  private:
-  void Count(std::vector<int>& number) {
+  int FirstHalo() const { return numbering_.nInterior + numbering_.nGhost + 1; }
+
+  /// Calls visit(node) once for every node of an interior cell. `mark` is a number that no earlier call had
+  /// for it.
+  template <class Visit>
+  void ForEachNode(int c, int mark, const Visit& visit) {
+    const int* cellFace = tables_.cellFace[c];
+    const int* cellFaceType = tables_.cellFaceType[c];
+    for (int k = 1; k <= cellFace[0]; ++k) {
+      const int* nodes = tables_.groups[kindOfCode_[cellFaceType[k]]].nodes[cellFace[k]];
+      for (int i = 1; i <= nodes[0]; ++i) {
+        if (lastCell_[nodes[i]] == mark) continue;
+        lastCell_[nodes[i]] = mark;
+        visit(nodes[i]);
+      }
+    }
+  }
+
+  void Count() {
+    std::vector<int>& number = tables_.cellNodeNumber;
     number.assign(numbering_.nCells() + 1, 0);
     for (int c = 1; c <= numbering_.nInterior; ++c) {
-      ForEachNodeOfCell(faces_, numbering_, numbering_.partCell[c], c, lastCell_, [&](int node) {
-        ++number[c];
-        nodeNumbers_.Use(node);
-      });
+      ForEachNode(c, c, [&](int) { ++number[c]; });
     }
     for (const FaceKind kind : kBoundaryKinds) {
-      for (int f = 1; f <= numbering_.nFaces(kind); ++f) {
-        number[numbering_.GhostCell(kind, f)] = faces_.NodeCount(numbering_.PartFaces(kind)[f]);
-      }
+      const FaceGroupTable& group = tables_.Group(kind);
+      for (int f = 1; f <= group.size(); ++f) number[group.other[f]] = group.nodes[f][0];
     }
-    int c = numbering_.nInterior + numbering_.nGhost;
-    for (const int h : halo_) {
-      number[++c] = static_cast<int>(part_.haloNodeStart[h + 1] - part_.haloNodeStart[h]);
-      for (std::size_t i = part_.haloNodeStart[h]; i < part_.haloNodeStart[h + 1]; ++i) {
-        nodeNumbers_.Use(part_.haloNode[i]);
-      }
+    for (std::size_t i = 0; i < halo_.size(); ++i) {
+      const int h = halo_[i];
+      number[FirstHalo() + i] = static_cast<int>(part_.haloNodeStart[h + 1] - part_.haloNodeStart[h]);
     }
-    nodeNumbers_.UseRemaining();
   }
 
-  void FillInterior(RaggedTable& table) {
+  void FillInterior() {
     for (int c = 1; c <= numbering_.nInterior; ++c) {
-      int* next = table[c] + 1;
+      int* next = tables_.cellNodes[c] + 1;
       // Negative marks: the count has used the positive ones.
-      ForEachNodeOfCell(faces_, numbering_, numbering_.partCell[c], -c, lastCell_,
-                        [&](int node) { *next++ = nodeNumbers_[node]; });
+      ForEachNode(c, -c, [&](int node) { *next++ = node; });
     }
   }
 
-  void FillGhosts(RaggedTable& table) {
+  void FillGhosts() {
     for (const FaceKind kind : kBoundaryKinds) {
-      for (int f = 1; f <= numbering_.nFaces(kind); ++f) {
-        int* row = table[numbering_.GhostCell(kind, f)];
-        const int* nodes = faces_.Nodes(numbering_.PartFaces(kind)[f]);
-        for (int k = 0; k < row[0]; ++k) row[k + 1] = nodeNumbers_[nodes[k]];
+      const FaceGroupTable& group = tables_.Group(kind);
+      for (int f = 1; f <= group.size(); ++f) {
+        const int* nodes = group.nodes[f];
+        std::copy(nodes, nodes + nodes[0] + 1, tables_.cellNodes[group.other[f]]);
       }
     }
   }
 
-  void FillHalo(RaggedTable& table) {
-    int c = numbering_.nInterior + numbering_.nGhost;
+  void FillHalo() {
+    int c = FirstHalo();
     for (const int h : halo_) {
-      int* row = table[++c];
-      for (int k = 0; k < row[0]; ++k) row[k + 1] = nodeNumbers_[part_.haloNode[part_.haloNodeStart[h] + k]];
+      int* row = tables_.cellNodes[c++];
+      const int* nodes = part_.haloNode.data() + part_.haloNodeStart[h];
+      for (int k = 0; k < row[0]; ++k) row[k + 1] = nodeNumbers_.Use(nodes[k]);
     }
   }
 
   const MeshPart& part_;
-  const FaceTable faces_;
   const HostNumbering& numbering_;
   NodeNumbers& nodeNumbers_;
-  std::vector<int> lastCell_;  // by part node
-  std::vector<int> halo_;
+  HostTables& tables_;
+  std::array<std::size_t, 102> kindOfCode_{};  // by group code, 101 being the largest
+  std::vector<int> lastCell_;                  // by node: the mark of the last cell that came to it
+  std::vector<int> halo_;  // part numbers of the halo cells, counted from 0, in host order
 };
 
 void FillNodes(const MeshPart& part, const NodeNumbers& nodeNumbers, HostTables& tables) {
@@ -211,31 +227,6 @@ void FillCellFaces(const HostNumbering& numbering, HostTables& tables) {
   }
 }
 
-/// Nodes of a group's faces, beginning with the three that span the plane best. Where the area vector was
-/// negated, the row runs backwards from the last of the three, so that it turns around the vector in every
-/// case.
-void FillFaceNodes(const MeshPart& part, const HostNumbering& numbering, const NodeNumbers& nodeNumbers,
-                   FaceKind kind, FaceGroupTable& group) {
-  const FaceTable faces(part);
-  const std::vector<int>& partFaces = numbering.PartFaces(kind);
-  std::vector<int> length(partFaces.size(), 0);
-  for (std::size_t f = 1; f < partFaces.size(); ++f) length[f] = faces.NodeCount(partFaces[f]);
-  group.nodes = RaggedTable(length);
-  for (int f = 1; f <= group.size(); ++f) {
-    const int* nodes = faces.Nodes(partFaces[f]);
-    const int n = length[f];
-    const bool isTurned = group.cv[f] != numbering.cell[faces.Owner(partFaces[f])];
-    const double sign = isTurned ? -1.0 : 1.0;
-    const Point area = {sign * group.sx[f], sign * group.sy[f], sign * group.sz[f]};
-    const int best = BestSpanningTriple(part.points, nodes, n, area);
-    int* row = group.nodes[f];
-    for (int k = 0; k < n; ++k) {
-      const int from = isTurned ? best + 2 - k + n : best + k;
-      row[k + 1] = nodeNumbers[nodes[from % n]];
-    }
-  }
-}
-
 }  // namespace
 
 void FillFaceCells(const MeshPart& part, const HostNumbering& numbering, HostTables& tables) {
@@ -265,12 +256,15 @@ void FillFaceCells(const MeshPart& part, const HostNumbering& numbering, HostTab
 void FillTopology(const MeshPart& part, const HostNumbering& numbering, HostTables& tables) {
   FillCellFaces(numbering, tables);
   NodeNumbers nodeNumbers(part.points.size());
-  CellNodeTable(part, numbering, nodeNumbers).Build(tables);
-  FillNodes(part, nodeNumbers, tables);
-  FillNodeCells(tables);
+  // The inner faces come first: nearly all nodes are on one, so they are numbered in the order of the cells.
   for (std::size_t k = 0; k < kFaceKinds; ++k) {
     FillFaceNodes(part, numbering, nodeNumbers, static_cast<FaceKind>(k), tables.groups[k]);
   }
+  CellNodeTable(part, numbering, nodeNumbers, tables).Build();
+  // Points that no cell uses keep a number too.
+  for (int node = 0; node < static_cast<int>(part.points.size()); ++node) nodeNumbers.Use(node);
+  FillNodes(part, nodeNumbers, tables);
+  FillNodeCells(tables);
 }
 
 }  // namespace reference_host

@@ -54,7 +54,7 @@ void FillGeometry(const MeshPart& part, const HostNumbering& numbering, HostTabl
 /// place of the face between the centres along its normal. 0.5 where the centres do not differ along it.
 void FillWeights(const HostTables& tables, FaceGroupTable& group);
 
-/// Numbers the nodes in the order in which the cells come to them and fills all tables of cells, faces and
+/// Numbers the nodes in the order in which the faces come to them and fills all tables of cells, faces and
 /// nodes.
 /// @pre FillGeometry
 void FillTopology(const MeshPart& part, const HostNumbering& numbering, HostTables& tables);
