@@ -31,15 +31,18 @@ void CreateFile(const std::string& file) {
   if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
 }
 
+std::string LogName(int rank) { return "log.rank" + std::to_string(rank) + ".txt"; }
+
 }  // namespace
 
 OutputFolder::OutputFolder(const Ranks& ranks, const std::string& folder) : ranks_(ranks), path_(folder) {
   try {
     MakeFolder(path_);
     ranks_.Together([this] {
-      logFile_ = Stage("log.rank" + std::to_string(ranks_.rank()) + ".txt");
+      logFile_ = Stage(LogName(ranks_.rank()));
       CreateFile(logFile_);
     });
+    for (int rank = ranks_.count(); Has(LogName(rank)); ++rank) Discard(LogName(rank));
   } catch (...) {
     RemoveUnfinished();  // a constructor that throws has no destructor
     throw;
@@ -71,6 +74,11 @@ std::string OutputFolder::Stage(const std::string& name) {
   const std::string place = (fs::path(path_) / name).string();
   staged_.emplace_back(place + ".part", place);
   return staged_.back().first;
+}
+
+bool OutputFolder::Has(const std::string& name) const {
+  std::error_code ignored;
+  return fs::exists(fs::path(path_) / name, ignored);
 }
 
 void OutputFolder::Discard(const std::string& name) {

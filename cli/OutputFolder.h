@@ -32,7 +32,11 @@ class OutputFolder {
   /// Lines that the operators print on this rank: the staged log.rankN.txt.
   const std::string& logFile() const { return logFile_; }
 
-  /// Collective. After Commit a file of that name from an earlier run is gone. The first rank's list counts.
+  /// Whether there is a file of that name from an earlier run.
+  bool Has(const std::string& name) const;
+
+  /// Collective. After Commit a file or empty folder of that name from an earlier run is gone. The first
+  /// rank's list counts.
   void Discard(const std::string& name);
 
   /// Collective. Moves all staged files to their places; the first rank's last, in the order of staging.

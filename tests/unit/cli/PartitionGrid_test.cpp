@@ -8,22 +8,15 @@
 #include <set>
 #include <vector>
 
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/BoxMesh.h"
 #include "reference_host/HostPartition.h"
 #include "reference_host/MeshPart.h"
+#include "tests/unit/cli/BoxPartition.h"
 
 namespace zyngrad {
 namespace {
 
 using reference_host::FaceMesh;
 using reference_host::HostPartition;
-
-FaceMesh Box(const std::string& spec) {
-  FaceMesh mesh = reference_host::MakeBox(reference_host::ParseBoxSpec(spec));
-  for (auto& patch : mesh.patches) patch.group = reference_host::GroupByName(patch.name, patch.type);
-  return mesh;
-}
 
 /// The parts of a box cut into nParts slices of equally many cells.
 std::vector<reference_host::MeshPart> Slices(const FaceMesh& mesh, int nParts) {
@@ -50,7 +43,7 @@ double VolumeInside(const CellFaces& faces, const CZYN3DFiniteVolumeMesh& mesh) 
 
 TEST(PartitionGrid, TurnsTheFacesOfEveryCellOutwards) {
   for (const char* spec : {"box:3,2,2", "box:2,2,2:tet", "box:2,3,1:prism"}) {
-    const FaceMesh mesh = Box(spec);
+    const FaceMesh mesh = BoxWithGroups(spec);
     for (const auto& part : Slices(mesh, 2)) {
       HostPartition partition(part);
       const CZYN3DFiniteVolumeMesh& host = *partition.mesh();
@@ -68,7 +61,7 @@ TEST(PartitionGrid, WritesOwnedCellsWithTheirTypeAndOnlyTheirNodes) {
                                                  {"box:3,2,2:tet", VtkType::Tetrahedron},
                                                  {"box:3,2,2:prism", VtkType::Wedge}};
   for (const auto& [spec, type] : typeOf) {
-    for (const auto& part : Slices(Box(spec), 2)) {
+    for (const auto& part : Slices(BoxWithGroups(spec), 2)) {
       HostPartition partition(part);
       const VtuGrid grid = GridOfInteriorCells(*partition.mesh());
       ASSERT_EQ(grid.types.size(), static_cast<std::size_t>(partition.mesh()->NInnerCells));

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/GradientRun.h"
+#include "cli/OutputFolder.h"
+#include "cli/Ranks.h"
+#include "reference_host/HostPartition.h"
+
+namespace zyngrad {
+
+/// Collective. Stages the grid with fields, exact gradients and each method's gradient and error:
+/// gradient.vtu on one rank, gradient.pvtu and a piece per rank in gradient/ on several.
+/// @return the name of the file to open
+std::string StageGradientGrid(const Ranks& ranks, reference_host::HostPartition& partition,
+                              const GradientCase& theCase, const std::vector<MethodResult>& results,
+                              OutputFolder& folder);
+
+}  // namespace zyngrad

@@ -1,0 +1,120 @@
+#include "cli/GradientReport.h"
+
+#include <ostream>
+
+#include "cli/TextTable.h"
+
+namespace zyngrad {
+namespace {
+
+using nlohmann::ordered_json;
+using Align = TextTable::Align;
+
+void AddErrorRow(TextTable& table, const std::string& method, const std::string& cells,
+                 const ErrorNorms& norms) {
+  const bool hasMax = norms.maxCell > 0;
+  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
+                Scientific(norms.relativeL2), Scientific(norms.max),
+                hasMax ? std::to_string(norms.maxCell) : "-",
+                hasMax ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2]) : "-"});
+}
+
+void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results) {
+  TextTable table({{"method", Align::Left},
+                   {"cells", Align::Left},
+                   {"number"},
+                   {"L1"},
+                   {"L2"},
+                   {"L2 relative"},
+                   {"maximum"},
+                   {"in cell"},
+                   {"at", Align::Left}});
+  for (const MethodResult& result : results) {
+    for (const GradientResult& one : result.gradients) {
+      AddErrorRow(table, one.label, "interior", one.errors.interior);
+      AddErrorRow(table, "", "boundary", one.errors.boundary);
+    }
+  }
+  table.Print(out);
+}
+
+void PrintTimes(std::ostream& out, const std::vector<MethodResult>& results) {
+  constexpr double kMilli = 1e3;
+  TextTable table(
+      {{"method", Align::Left}, {"set-up ms"}, {"first call ms"}, {"later calls ms"}, {"ns per cell"}});
+  for (const MethodResult& result : results) {
+    if (!result.notRun.empty()) continue;
+    const MethodTimes& times = result.times;
+    const int nFields = result.method->nFields;
+    const std::string label = std::string(result.method->name) +
+                              (nFields > 1 ? " (" + std::to_string(nFields) + " fields)" : std::string());
+    table.AddRow({label, Fixed(times.setUp * kMilli, 3), Fixed(times.first * kMilli, 3),
+                  Fixed(times.later * kMilli, 3), Fixed(times.nsPerCell, 1)});
+  }
+  table.Print(out);
+}
+
+void PrintRemarks(std::ostream& out, const std::vector<MethodResult>& results) {
+  for (const MethodResult& result : results) {
+    if (!result.notRun.empty()) out << "  " << result.method->name << ": not run: " << result.notRun << '\n';
+    for (const GradientResult& one : result.gradients) {
+      const std::int64_t n = one.errors.interior.nNotFinite + one.errors.boundary.nNotFinite;
+      if (n > 0) out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " cells\n";
+    }
+  }
+}
+
+ordered_json NormsAsJson(const ErrorNorms& norms) {
+  ordered_json json = {{"cells", norms.nCells}, {"volume", norms.volume},         {"l1", norms.l1},
+                       {"l2", norms.l2},        {"l2Relative", norms.relativeL2}, {"max", norms.max}};
+  if (norms.maxCell > 0) {
+    json["maxCell"] = norms.maxCell;
+    json["maxPlace"] = norms.maxPlace;
+  } else {
+    json["maxCell"] = nullptr;
+    json["maxPlace"] = nullptr;
+  }
+  json["notFiniteCells"] = norms.nNotFinite;
+  return json;
+}
+
+ordered_json MethodAsJson(const MethodResult& result) {
+  ordered_json json = {{"method", result.method->name}, {"ran", result.notRun.empty()}};
+  if (!result.notRun.empty()) {
+    json["notRun"] = result.notRun;
+    return json;
+  }
+  const MethodTimes& times = result.times;
+  json["fieldsPerCall"] = result.method->nFields;
+  json["seconds"] = {{"setUp", times.setUp}, {"firstCall", times.first}, {"laterCalls", times.later}};
+  json["nsPerCell"] = times.nsPerCell;
+  json["errors"] = ordered_json::array();
+  for (const GradientResult& one : result.gradients) {
+    json["errors"].push_back({{"name", one.label},
+                              {"field", one.field + 1},
+                              {"interior", NormsAsJson(one.errors.interior)},
+                              {"boundary", NormsAsJson(one.errors.boundary)}});
+  }
+  return json;
+}
+
+}  // namespace
+
+void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& results,
+                          const std::vector<double>& exactL2) {
+  out << "errors against the exact gradient, whose L2 norm is ";
+  for (std::size_t k = 0; k < exactL2.size(); ++k) out << (k == 0 ? "" : ", ") << Scientific(exactL2[k]);
+  out << "\n\n";
+  PrintErrors(out, results);
+  out << "\ntimes of the slowest rank\n\n";
+  PrintTimes(out, results);
+  PrintRemarks(out, results);
+}
+
+ordered_json GradientResultsAsJson(const std::vector<MethodResult>& results) {
+  ordered_json json = ordered_json::array();
+  for (const MethodResult& result : results) json.push_back(MethodAsJson(result));
+  return json;
+}
+
+}  // namespace zyngrad

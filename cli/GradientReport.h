@@ -1,0 +1,20 @@
+#pragma once
+
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "cli/GradientRun.h"
+
+namespace zyngrad {
+
+/// The tables of errors and of times, with a line for each method that could not run. Only the first rank's
+/// job.
+void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& results,
+                          const std::vector<double>& exactL2);
+
+/// The same numbers; what is not finite becomes null.
+nlohmann::ordered_json GradientResultsAsJson(const std::vector<MethodResult>& results);
+
+}  // namespace zyngrad

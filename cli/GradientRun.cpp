@@ -1,0 +1,129 @@
+#include "cli/GradientRun.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <iostream>
+
+#include "cli/StdoutToFile.h"
+
+namespace zyngrad {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point begin) {
+  return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const std::size_t n = values.size();
+  return n % 2 == 1 ? values[n / 2] : 0.5 * (values[n / 2 - 1] + values[n / 2]);
+}
+
+MethodData MakeData(const Ranks& ranks, int nCell, const GradientMethod& method, GradientCase& theCase) {
+  MethodData data;
+  ranks.Together([&] {
+    const std::size_t length = static_cast<std::size_t>(nCell) + 1;
+    for (std::size_t k = 0; k < static_cast<std::size_t>(method.nFields); ++k) {
+      // A single field serves as all three components.
+      data.field[k] = &theCase.fields[std::min(k, theCase.fields.size() - 1)].value;
+      for (auto* component : {&data.gradient[k].x, &data.gradient[k].y, &data.gradient[k].z}) {
+        component->assign(length, 0.0);
+      }
+    }
+    data.weight = theCase.weight;
+  });
+  data.nSweeps = theCase.nSweeps;
+  return data;
+}
+
+/// @return whether every rank's set-up succeeded
+bool SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+           COperatorGradient& op, double& seconds) {
+  reference_host::HostPartition& partition = *mesh.partition;
+  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
+  op.getPartitionFace(partition.partitionFaces());
+  op.getCommunication(mesh.exchange.get(), mesh.reduction.get());
+  int type = method.gradientType;
+  op.getGradType(type);
+
+  ranks.Barrier();
+  const Clock::time_point begin = Clock::now();
+  const int status = op.Initialize();
+  seconds = ranks.Max(SecondsSince(begin));
+  return status == 1;
+}
+
+/// Own time of the first call and of each later one.
+std::vector<double> TimeCalls(const Ranks& ranks, const GradientMethod& method, COperatorGradient& op,
+                              MethodData& data, int nCalls) {
+  std::vector<double> seconds;
+  for (int call = 0; call < nCalls; ++call) {
+    ranks.Barrier();
+    const Clock::time_point begin = Clock::now();
+    method.run(op, data);
+    seconds.push_back(SecondsSince(begin));
+  }
+  return seconds;
+}
+
+void Summarise(const Ranks& ranks, const std::vector<double>& ownSeconds, int nInnerCells,
+               MethodTimes& times) {
+  const std::vector<double> later(ownSeconds.begin() + 1, ownSeconds.end());
+  times.nsPerCell = ranks.Max(nInnerCells > 0 ? Median(later) * 1e9 / nInnerCells : 0.0);
+  std::vector<double> slowest;
+  for (const double own : ownSeconds) slowest.push_back(ranks.Max(own));
+  times.first = slowest.front();
+  times.later = Median({slowest.begin() + 1, slowest.end()});
+}
+
+void CompareWithExact(const Ranks& ranks, reference_host::HostPartition& partition,
+                      const GradientCase& theCase, MethodData& data, MethodResult& result) {
+  const std::size_t nGiven = theCase.fields.size();
+  const std::size_t nGradients = std::min(static_cast<std::size_t>(result.method->nFields), nGiven);
+  for (std::size_t k = 0; k < nGradients; ++k) {
+    GradientResult one;
+    one.label = result.method->name;
+    if (nGradients > 1) one.label += '.' + std::to_string(k + 1);
+    one.field = static_cast<int>(k);
+    ranks.Together([&] {
+      one.gradient = std::move(data.gradient[k]);
+      one.cellError = CellErrors(theCase.fields[k], one.gradient);
+    });
+    one.errors = SummariseErrors(ranks, partition, one.cellError, theCase.isBoundaryCell, theCase.exactL2[k]);
+    result.gradients.push_back(std::move(one));
+  }
+}
+
+}  // namespace
+
+MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+                       GradientCase& theCase) {
+  reference_host::HostPartition& partition = *mesh.partition;
+  MethodResult result;
+  result.method = &method;
+  MethodData data = MakeData(ranks, partition.mesh()->NCell, method, theCase);
+  COperatorGradient op;
+  {
+    const StdoutToFile log(theCase.logFile);
+    std::cout << "method " << method.name << std::endl;
+    if (!SetUp(ranks, mesh, method, op, result.times.setUp)) {
+      result.notRun = "its set-up failed";
+      return result;
+    }
+    if (method.obstacle != nullptr) {
+      if (const auto reason = method.obstacle(ranks, op, partition)) {
+        result.notRun = *reason;
+        return result;
+      }
+    }
+    const std::vector<double> seconds = TimeCalls(ranks, method, op, data, 1 + theCase.nRepeat);
+    Summarise(ranks, seconds, partition.mesh()->NInnerCells, result.times);
+  }
+  CompareWithExact(ranks, partition, theCase, data, result);
+  return result;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/Expression.h"
+#include "cli/GradientErrors.h"
+#include "cli/GradientMethods.h"
+#include "cli/Ranks.h"
+#include "cli/TestField.h"
+#include "reference_host/LoadMesh.h"
+
+namespace zyngrad {
+
+/// Seconds, of the slowest rank each; all calls begin together.
+struct MethodTimes {
+  double setUp = 0.0;  ///< Initialize of the operator
+  double first = 0.0;  ///< first call
+  double later = 0.0;  ///< median of the calls after it
+  double nsPerCell =
+      0.0;  ///< a rank's median of the later calls over its own interior cells, largest of all ranks
+};
+
+/// One gradient that a method computed.
+struct GradientResult {
+  std::string
+      label;      ///< the method's name, with ".1", ".2", ".3" for the components of three different fields
+  int field = 0;  ///< 0-based among the fields given
+  GradientArrays gradient;        ///< of this rank, [1..NCell]
+  std::vector<double> cellError;  ///< of this rank, [1..NInnerCells]
+  GradientErrors errors;          ///< of all ranks
+};
+
+struct MethodResult {
+  const GradientMethod* method = nullptr;
+  std::string notRun;  ///< why the method could not be called; the rest is then empty but for times.setUp
+  MethodTimes times;
+  std::vector<GradientResult> gradients;
+};
+
+/// What does not depend on the method.
+struct GradientCase {
+  std::vector<TestField> fields;  ///< 1 or 3
+  std::vector<double> exactL2;    ///< of each field
+  std::vector<char> isBoundaryCell;
+  std::vector<double> weight;  ///< [1..NCell]
+  int nSweeps = 3;
+  int nRepeat = 3;      ///< timed calls after the first
+  std::string logFile;  ///< takes what the operators print on this rank
+};
+
+/// Collective. Sets the operator up, calls it 1 + nRepeat times and compares its last result with the exact
+/// gradient.
+MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+                       GradientCase& theCase);
+
+}  // namespace zyngrad

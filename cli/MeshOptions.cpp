@@ -1,0 +1,58 @@
+#include "cli/MeshOptions.h"
+
+#include <charconv>
+#include <system_error>
+
+#include "cli/OneLine.h"
+#include "cli/UsageError.h"
+
+namespace zyngrad {
+
+CLI::Option* AddRepeatableOption(CLI::App& command, const std::string& name, std::vector<std::string>& values,
+                                 const std::string& description) {
+  return command.add_option(name, values, description)
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void AddMeshOptions(CLI::App& command, MeshOptions& options) {
+  command
+      .add_option("MESH", options.mesh,
+                  "A Gmsh file (.msh), a polyMesh folder or its case, or a box:\n"
+                  "box:NX,NY,NZ[:hex|tet|prism][:perturb=A,seed=S]")
+      ->required();
+  AddRepeatableOption(command, "--group", options.groups,
+                      "Kind of a boundary whose name does not tell it; repeat as needed")
+      ->type_name("NAME=inlet|outlet|wall|symmetry");
+}
+
+std::map<std::string, reference_host::BoundaryGroup> GroupsByUser(const MeshOptions& options) {
+  std::map<std::string, reference_host::BoundaryGroup> groups;
+  for (const std::string& text : options.groups) {
+    const std::size_t equals = text.rfind('=');  // a name may have one itself
+    const auto group =
+        equals == std::string::npos ? std::nullopt : reference_host::GroupFromWord(text.substr(equals + 1));
+    if (!group || equals == 0) {
+      throw UsageError("--group " + Quoted(text) + ": expected NAME=inlet, outlet, wall or symmetry");
+    }
+    const std::string name = text.substr(0, equals);
+    const auto [known, isNew] = groups.emplace(name, *group);
+    if (!isNew && known->second != *group)
+      throw UsageError("--group: " + Quoted(name) + " is given two groups");
+  }
+  return groups;
+}
+
+int WholeNumber(const std::string& option, const std::string& text, int lowest) {
+  int value = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec != std::errc() || result.ptr != end || value < lowest) {
+    throw UsageError(option + ' ' + Quoted(text) + ": expected a whole number, " + std::to_string(lowest) +
+                     " or more");
+  }
+  return value;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "reference_host/MeshSummary.h"
+
+namespace zyngrad {
+
+/// What every command says of its mesh first: ranks, cells, faces by group, quality.
+void PrintMeshReport(std::ostream& out, const std::string& meshName, const reference_host::MeshSummary& mesh);
+
+/// Boundary patches with their groups, and how the cells are spread over the ranks.
+void PrintMeshDetails(std::ostream& out, const reference_host::MeshSummary& mesh);
+
+/// The numbers of both.
+nlohmann::ordered_json MeshReportAsJson(const std::string& meshName, const reference_host::MeshSummary& mesh);
+
+}  // namespace zyngrad

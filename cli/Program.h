@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/Ranks.h"
+
+namespace zyngrad {
+
+/// Exit codes of the program.
+enum ExitCode { kSuccess = 0, kWrongInput = 2 };
+
+/// Collective. Reads the arguments (without the program's name), runs the command and reports errors: one
+/// line on standard error, from the first rank, that begins with "zyngrad: ". An error that a single rank met
+/// outside of any agreement between the ranks aborts all of them, since the others would wait for it.
+/// @return the exit code, the same on every rank
+int RunProgram(const std::vector<std::string>& arguments, const Ranks& ranks);
+
+}  // namespace zyngrad

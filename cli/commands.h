@@ -1,0 +1,27 @@
+#pragma once
+
+#include <CLI/App.hpp>
+#include <memory>
+
+#include "cli/Ranks.h"
+
+namespace zyngrad {
+
+/// One command of the program. Every rank makes and runs it with the same options; only the first rank
+/// prints.
+class Command {
+ public:
+  virtual ~Command() = default;
+
+  /// Adds the subcommand with its options, bound to this object, and returns it. The object outlives
+  /// `program`'s parse.
+  virtual CLI::App* AddTo(CLI::App& program) = 0;
+
+  /// Collective. Throws UsageError or MeshError, the same on every rank.
+  virtual void Run(const Ranks& ranks) = 0;
+};
+
+std::unique_ptr<Command> MakeGradientCommand();
+std::unique_ptr<Command> MakeInfoCommand();
+
+}  // namespace zyngrad

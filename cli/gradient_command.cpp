@@ -1,0 +1,194 @@
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/Expression.h"
+#include "cli/GradientFiles.h"
+#include "cli/GradientMethods.h"
+#include "cli/GradientReport.h"
+#include "cli/GradientRun.h"
+#include "cli/JsonFile.h"
+#include "cli/MeshOptions.h"
+#include "cli/MeshReport.h"
+#include "cli/OneLine.h"
+#include "cli/OutputFolder.h"
+#include "cli/Progress.h"
+#include "cli/UsageError.h"
+#include "cli/commands.h"
+#include "reference_host/LoadMesh.h"
+
+namespace zyngrad {
+namespace {
+
+using nlohmann::ordered_json;
+
+std::string MethodHelp() {
+  std::string text = "Method (default all):";
+  for (const GradientMethod& method : GradientMethods()) {
+    text += std::string("\n  ") + method.name + ": " + method.description;
+  }
+  return text + "\n  all: each of them";
+}
+
+std::string Footer() {
+  return "EXPR is a formula in x, y, z, for instance \"sin(x)*y + z^2\", with + - * / ^, brackets, pi, e "
+         "and\n  " +
+         FunctionNames() +
+         "\n\n"
+         "vector takes three --field. all takes one, which vector then uses three times, or three, of which "
+         "the\n"
+         "other methods use the first. The field holds the formula's values at cell centres and, at the "
+         "boundary,\n"
+         "at face centres. Errors are measured against the formula's own gradient.\n\n"
+         "The output folder gets results.json (the numbers of the tables), gradient.vtu, or gradient.pvtu "
+         "and its\n"
+         "pieces, and what the operators print, in log.rankN.txt.\n\n"
+         "Examples:\n"
+         "  zyngrad gradient channel.msh --field \"sin(x)*y + z^2\"\n"
+         "  zyngrad gradient box:20,20,20:tet --field \"x^2\" --method iterated --sweeps 5 -o tet20\n"
+         "  mpirun -n 2 zyngrad gradient case/constant/polyMesh --field x --group frontAndBack=symmetry\n"
+         "  zyngrad gradient box:9,9,9 --method vector --field \"x*y\" --field \"y*z\" --field \"z*x\"";
+}
+
+class GradientCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  void Run(const Ranks& ranks) override;
+
+ private:
+  void ReadOptions();
+  void ChooseMethods();
+  GradientCase MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
+                        const std::string& logFile);
+  ordered_json Question() const;
+
+  MeshOptions meshOptions_;
+  std::vector<std::string> fieldTexts_;
+  std::string method_ = "all", sweepsText_ = "3", weightText_ = "1", repeatText_ = "3";
+  std::string outputFolder_ = "zyngrad-output";
+  bool nonBlocking_ = false;
+
+  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  std::vector<Expression> fields_;
+  std::vector<Expression> weight_;  ///< one
+  std::vector<const GradientMethod*> methods_;
+  int nSweeps_ = 0, nRepeat_ = 0;
+};
+
+CLI::App* GradientCommand::AddTo(CLI::App& program) {
+  CLI::App* command =
+      program.add_subcommand("gradient", "Gradient of a formula's field, by each method, with errors");
+  AddMeshOptions(*command, meshOptions_);
+  AddRepeatableOption(*command, "--field", fieldTexts_, "The field, as a formula; one or three")
+      ->type_name("EXPR")
+      ->required();
+  command->add_option("--method", method_, MethodHelp())->type_name("NAME");
+  command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method (default 3)")->type_name("N");
+  command->add_option("--weight", weightText_, "Coefficient of the weighted method, as a formula (default 1)")
+      ->type_name("EXPR");
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
+      ->type_name("DIR");
+  command->add_flag("--non-blocking", nonBlocking_, "Exchange between ranks by non-blocking calls");
+  command->add_option("--repeat", repeatText_, "Timed calls after the first (default 3)")->type_name("N");
+  command->footer(Footer());
+  return command;
+}
+
+void GradientCommand::ChooseMethods() {
+  for (const GradientMethod& method : GradientMethods()) {
+    if (method_ != "all" && method_ != method.name) continue;
+    methods_.push_back(&method);
+  }
+  if (methods_.empty()) {
+    throw UsageError("unknown method " + Quoted(method_) + ": expected " + GradientMethodNames() + " or all");
+  }
+  const std::size_t nGiven = fields_.size();
+  const std::string got = ", got " + std::to_string(nGiven);
+  if (method_ == "all") {
+    if (nGiven != 1 && nGiven != 3) throw UsageError("method all takes one or three --field" + got);
+  } else if (nGiven != static_cast<std::size_t>(methods_.front()->nFields)) {
+    throw UsageError("method " + method_ + " takes " + (methods_.front()->nFields == 1 ? "one" : "three") +
+                     " --field" + got);
+  }
+}
+
+void GradientCommand::ReadOptions() {
+  for (const std::string& text : fieldTexts_) fields_.emplace_back(text);
+  weight_.emplace_back(weightText_);
+  ChooseMethods();
+  nSweeps_ = WholeNumber("--sweeps", sweepsText_, 0);
+  nRepeat_ = WholeNumber("--repeat", repeatText_, 1);
+  groups_ = GroupsByUser(meshOptions_);
+}
+
+GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
+                                       const std::string& logFile) {
+  GradientCase theCase;
+  for (const Expression& field : fields_) {
+    theCase.fields.push_back(MakeTestField(ranks, partition, field));
+    theCase.exactL2.push_back(ExactGradientL2(ranks, *partition.mesh(), theCase.fields.back()));
+  }
+  theCase.isBoundaryCell = BoundaryCells(*partition.mesh());
+  theCase.weight = MakeCellValues(ranks, partition, weight_.front(), "the weight");
+  theCase.nSweeps = nSweeps_;
+  theCase.nRepeat = nRepeat_;
+  theCase.logFile = logFile;
+  return theCase;
+}
+
+ordered_json GradientCommand::Question() const {
+  ordered_json json;
+  json["fields"] = fieldTexts_;
+  json["weight"] = weightText_;
+  json["sweeps"] = nSweeps_;
+  json["repeat"] = nRepeat_;
+  json["nonBlocking"] = nonBlocking_;
+  return json;
+}
+
+void GradientCommand::Run(const Ranks& ranks) {
+  ReadOptions();
+  Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
+  OutputFolder folder(ranks, outputFolder_);
+
+  reference_host::LoadedMesh mesh =
+      reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
+                               [&progress](const std::string& stage) { progress.Stage(stage); });
+  mesh.partition->globals()->UseNonBlockingExch = nonBlocking_ ? 1 : 0;
+  progress.Done();
+  if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
+
+  progress.Stage("evaluating the formulas");
+  GradientCase theCase = MakeCase(ranks, *mesh.partition, folder.logFile());
+  std::vector<MethodResult> results;
+  for (const GradientMethod* method : methods_) {
+    progress.Stage(std::string("computing gradients: ") + method->name);
+    results.push_back(RunMethod(ranks, mesh, *method, theCase));
+  }
+  progress.Done();
+  if (ranks.IsFirst()) PrintGradientResults(std::cout, results, theCase.exactL2);
+
+  progress.Stage("writing");
+  const std::string grid = StageGradientGrid(ranks, *mesh.partition, theCase, results, folder);
+  ranks.Together([&] {
+    if (!ranks.IsFirst()) return;
+    ordered_json json = StartResults("gradient");
+    json["mesh"] = MeshReportAsJson(meshOptions_.mesh, mesh.summary);
+    json["question"] = Question();
+    json["exactGradientL2"] = theCase.exactL2;
+    json["methods"] = GradientResultsAsJson(results);
+    WriteJson(folder.Stage("results.json"), json);
+  });
+  folder.Commit();
+  progress.Done();
+  if (ranks.IsFirst()) std::cout << "\nwritten to " << folder.path() << ": results.json, " << grid << '\n';
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeGradientCommand() { return std::make_unique<GradientCommand>(); }
+
+}  // namespace zyngrad

@@ -1,0 +1,37 @@
+#include "cli/Ranks.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+
+#include "cli/UsageError.h"
+#include "tests/unit/cli/TestRanks.h"
+
+namespace zyngrad {
+namespace {
+
+std::string ErrorOf(const std::function<void()>& work) {
+  try {
+    TestRanks().Together(work);
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "no error";
+}
+
+TEST(Ranks, TurnWhateverIsThrownIntoOneUsageError) {
+  EXPECT_EQ(ErrorOf([] { throw std::runtime_error("broken"); }), "broken");
+  EXPECT_EQ(ErrorOf([] { throw std::bad_alloc(); }), "out of memory");
+  EXPECT_EQ(ErrorOf([] {}), "no error");
+}
+
+TEST(Ranks, GatherRowsInRankOrder) {
+  EXPECT_EQ(TestRanks().Gather(2.5), (std::vector<double>{2.5}));
+  EXPECT_EQ(TestRanks().Gather(std::vector<double>{1.0, 2.0}),
+            (std::vector<std::vector<double>>{{1.0, 2.0}}));
+  EXPECT_EQ(TestRanks().Max(-3.0), -3.0);
+}
+
+}  // namespace
+}  // namespace zyngrad

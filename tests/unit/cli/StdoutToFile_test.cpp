@@ -1,0 +1,45 @@
+#include "cli/StdoutToFile.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace zyngrad {
+namespace {
+
+TEST(StdoutToFile, CatchesStreamsStdioAndTheDescriptorAndLetsGoAfterwards) {
+  const std::string file = (std::filesystem::path(testing::TempDir()) / "StdoutToFile.txt").string();
+  std::filesystem::remove(file);
+  testing::internal::CaptureStdout();
+  std::cout << "before ";
+  for (int round = 0; round < 2; ++round) {
+    const StdoutToFile redirect(file);
+    std::cout << "stream ";
+    std::printf("stdio ");
+    std::fflush(stdout);
+    EXPECT_EQ(write(STDOUT_FILENO, "raw ", 4), 4);
+  }
+  std::cout << "after";
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "before after");
+  std::ostringstream text;
+  text << std::ifstream(file).rdbuf();
+  EXPECT_EQ(text.str(), "stdio raw stream stdio raw stream ");
+  std::filesystem::remove(file);
+}
+
+TEST(StdoutToFile, LeavesOutputWhereItWasWhenTheFileCannotBeOpened) {
+  testing::internal::CaptureStdout();
+  {
+    const StdoutToFile redirect("no_such_folder/file.txt");
+    std::cout << "still here";
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
+}
+
+}  // namespace
+}  // namespace zyngrad
