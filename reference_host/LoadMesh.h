@@ -28,9 +28,11 @@ struct LoadedMesh {
 ///
 /// A file is read, checked and divided by rank 0; each rank makes its own part of a box.
 /// @param[in] communicator  borrowed; what is returned has its own duplicates of it
-/// @param[in] meshSpec      file, folder or text of a box, as for ReadMesh and ParseBoxSpec; rank 0's counts
-/// @param[in] groupsByUser  boundary groups by patch name, beside those that patches have by themselves; rank
-/// 0's counts
+/// @param[in] meshSpec      file, folder or text of a box, as for ReadMesh and ParseBoxSpec; the same on
+/// every rank
+/// @param[in] groupsByUser  boundary groups by patch name, which go before those that patches have by
+/// themselves; the
+///                          same on every rank
 /// @param[in] progress      called on rank 0 at the beginning of each stage: "reading", "partitioning" and
 /// "distributing",
 ///                          or "generating" for a box, then "tables"; may be empty

@@ -1,0 +1,51 @@
+#include "reference_host/MeshDistribution.h"
+
+#include <exception>
+#include <optional>
+
+#include "reference_host/MeshPartBytes.h"
+#include "reference_host/MpiAgreement.h"
+#include "reference_host/MpiBytes.h"
+
+namespace reference_host {
+namespace {
+
+/// Sends all other parts and returns that of rank 0. After a failure the ranks that are still waiting get
+/// nothing.
+MeshPart SendParts(const MpiCommunicator& communicator, const FaceMesh& mesh,
+                   const std::vector<int>& partOfCell) {
+  const int nParts = communicator.size();
+  std::exception_ptr failure;
+  for (int rank = 1; rank < nParts; ++rank) {
+    std::vector<char> bytes;
+    try {
+      if (!failure) bytes = PackMeshPart(ExtractPart(mesh, partOfCell, rank, nParts));
+    } catch (...) {
+      failure = std::current_exception();
+    }
+    if (failure) {
+      SendNothing(communicator, rank);
+    } else {
+      SendBytes(communicator, rank, bytes);
+    }
+  }
+  if (failure) std::rethrow_exception(failure);
+  return ExtractPart(mesh, partOfCell, 0, nParts);
+}
+
+}  // namespace
+
+MeshPart DistributeMesh(const MpiCommunicator& communicator, const FaceMesh* wholeOnRank0,
+                        const std::vector<int>& partOfCell) {
+  MeshPart part;
+  RunTogether(communicator, [&] {
+    if (communicator.rank() == 0) {
+      part = SendParts(communicator, *wholeOnRank0, partOfCell);
+    } else if (const std::optional<std::vector<char>> bytes = ReceiveBytes(communicator, 0)) {
+      part = UnpackMeshPart(*bytes);
+    }
+  });
+  return part;
+}
+
+}  // namespace reference_host
