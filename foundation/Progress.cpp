@@ -1,0 +1,16 @@
+#include "foundation/Progress.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <iostream>
+
+void PrintFlushed(char const* text) { std::cout << text << std::flush; }
+
+void PrintFormatted(char const* format, ...) {
+  char text[1024] = "";
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text, sizeof(text), format, arguments);
+  va_end(arguments);
+  PrintFlushed(text);
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <type_traits>
+
+#include "foundation/ZeroedBlock.h"
+
+/// Ragged tables [0..nRow] behind members of the type T**: one block of memory with the row pointers at its
+/// beginning and the rows behind them in ascending order, so that a walk over all rows is a walk through
+/// memory.
+///
+/// The elements are zero, which is what T() must be. Row 0 and the rows above `nFilled` are null.
+template <typename T>
+class RowTable {
+ public:
+  /// @param lengthOf  number of elements of row i, element 0 included, for i in 1..nFilled; called twice for
+  /// each
+  template <typename LengthOf>
+  static T** Create(int nRow, int nFilled, LengthOf lengthOf) {
+    std::size_t nElement = 0;
+    for (int i = 1; i <= nFilled; ++i) nElement += static_cast<std::size_t>(lengthOf(i));
+
+    std::size_t const nPointer = static_cast<std::size_t>(nRow) + 1;
+    T** const table = static_cast<T**>(NewZeroedBlock(nPointer * sizeof(T*) + nElement * sizeof(T)));
+    T* row = static_cast<T*>(static_cast<void*>(table + nPointer));
+
+    for (int i = 1; i <= nFilled; ++i) {
+      table[i] = row;
+      row += lengthOf(i);
+    }
+    return table;
+  }
+
+  /// Frees a table made by Create, rows and all, and sets it to null; null is fine. It needs no count, and a
+  /// row pointer that was changed meanwhile does no harm.
+  static void Destroy(T**& table) {
+    FreeZeroedBlock(table);
+    table = nullptr;
+  }
+
+ private:
+  static_assert(alignof(T) <= alignof(T*), "the rows follow the pointers directly");
+  static_assert(std::is_trivially_copyable_v<T>,
+                "zero bytes are elements, and the block is given back as it is");
+};

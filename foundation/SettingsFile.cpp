@@ -1,0 +1,90 @@
+#include "foundation/SettingsFile.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+
+#include "foundation/Progress.h"
+#include "foundation/SettingsText.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kFirstLineSize = 256;  // with the terminator
+
+bool Exists(char const* path) {
+  std::error_code ignored;
+  return fs::exists(path, ignored);
+}
+
+// A folder is no settings file and stays, even an empty one.
+void DeleteFile(char const* path) {
+  std::error_code ignored;
+  if (!fs::is_directory(path, ignored)) fs::remove(path, ignored);
+}
+
+// The number that a text begins with; 0 without one. Wider than int, so that no other number looks like a
+// format.
+long LeadingInteger(char const* text) { return std::strtol(text, nullptr, 10); }
+
+}  // namespace
+
+SettingsFile::Stream SettingsFile::OpenForReading(char const* path) {
+  std::error_code ignored;
+  return Stream(fs::is_regular_file(path, ignored) ? std::fopen(path, "r") : nullptr);
+}
+
+void SettingsFile::Prepare(char const* path, int formatNumber, int firstLineLimit,
+                           std::initializer_list<char const*> defaults) {
+  if (Exists(path)) {
+    long found = 0;
+    if (Stream const file = OpenForReading(path)) {
+      char line[kFirstLineSize] = "";
+      int const size = std::min(firstLineLimit + 1, kFirstLineSize);
+      if (std::fgets(line, size, file.get()) != nullptr) found = LeadingInteger(line);
+    } else {
+      PrintFlushed("Default DQ parameter is adopted.\n");
+      PrintFlushed("\n");
+    }
+    if (found != formatNumber) DeleteFile(path);
+  }
+  if (!Exists(path)) {
+    PrintFlushed("Default DQ parameter is adopted.\n");
+    WriteDefaults(path, defaults);
+  }
+}
+
+void SettingsFile::WriteDefaults(char const* path, std::initializer_list<char const*> defaults) {
+  Stream const file(std::fopen(path, "w"));
+  if (file == nullptr) return;  // the run goes on with the defaults that the object has
+  for (char const* line : defaults) {
+    std::fputs(line, file.get());
+    std::fflush(file.get());
+  }
+}
+
+SettingsFile::SettingsFile(char const* path) : file_(OpenForReading(path)) {}
+
+// By way of a second buffer: what a failed read leaves in its buffer is anybody's guess.
+void SettingsFile::ReadLine() {
+  char next[kLineSize] = "";
+  if (std::fgets(next, kLineSize, file_.get()) != nullptr) std::memcpy(line_, next, sizeof(line_));
+}
+
+char const* SettingsFile::Value() {
+  char key[kLineSize];
+  SplitSettingsLine(line_, key, value_);
+  return value_;
+}
+
+double SettingsFile::Real() { return std::strtod(Value(), nullptr); }
+
+int SettingsFile::Integer() {
+  constexpr long kLowest = std::numeric_limits<int>::min();
+  constexpr long kHighest = std::numeric_limits<int>::max();
+  return static_cast<int>(std::clamp(LeadingInteger(Value()), kLowest, kHighest));
+}

@@ -1,0 +1,45 @@
+#include "foundation/ZeroedBlock.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace {
+
+#if defined(__linux__)
+
+constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
+
+// For the large pages that lie wholly in the block. A hint: a system without them goes on with small ones.
+void AskForLargePages(void* block, std::size_t nByte) {
+  if (nByte < 2 * kLargePage) return;
+  std::uintptr_t const address = reinterpret_cast<std::uintptr_t>(block);
+  std::size_t const before = static_cast<std::size_t>(-address % kLargePage);
+  std::size_t const length = (nByte - before) / kLargePage * kLargePage;
+  static_cast<void>(::madvise(static_cast<char*>(block) + before, length, MADV_HUGEPAGE));
+}
+
+#else
+
+void AskForLargePages(void*, std::size_t) {}
+
+#endif
+
+}  // namespace
+
+void* NewZeroedBlock(std::size_t nByte) {
+  for (;;) {
+    if (void* const block = std::calloc(nByte, 1)) {
+      AskForLargePages(block, nByte);
+      return block;
+    }
+    // Has the new-handler make room, or raises what a failed allocation raises everywhere else.
+    ::operator delete(::operator new(nByte));
+  }
+}
+
+void FreeZeroedBlock(void* block) { std::free(block); }
