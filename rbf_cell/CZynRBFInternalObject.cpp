@@ -1,0 +1,194 @@
+// Construction, host objects, settings and destruction of the cell operator.
+
+#include "rbf_cell/CZynRBFInternalObject.h"
+
+#include <cstddef>
+#include <cstring>
+
+#include "foundation/ErrorText.h"
+#include "foundation/Progress.h"
+#include "foundation/RowTable.h"
+#include "foundation/SettingsFile.h"
+#include "foundation/SettingsText.h"
+#include "host/ZYNCommunication.h"
+#include "host/ZYNOptKer.h"
+#include "host/Zyn3dGV.h"
+
+namespace {
+
+constexpr int kSuccess = 1;
+constexpr int kFailure = -1;
+
+constexpr double kDefaultSpan = 500.0;
+constexpr int kFormatNumber = 1001;
+constexpr int kFirstLineLimit = 254;
+
+// A stencil is the cell and its m neighbours; the row holds their number before them and one element behind
+// them, which in the row of weights takes the multiplier.
+constexpr int kElementsBesideNeighbours = 3;
+
+template <typename T>
+T* NewZeroed(int nElement) {
+  return new T[static_cast<std::size_t>(nElement) + 1]();
+}
+
+template <typename T>
+void DeleteRowByRow(T**& table, int nRow) {
+  if (table == nullptr) return;
+  for (int i = 0; i <= nRow; ++i) delete[] table[i];
+  delete[] table;
+  table = nullptr;
+}
+
+template <typename T>
+void DeleteArray(T*& array) {
+  delete[] array;
+  array = nullptr;
+}
+
+template <typename T>
+void DeleteObject(T*& object) {
+  delete object;
+  object = nullptr;
+}
+
+}  // namespace
+
+CZynRBFInternalObject::CZynRBFInternalObject() : m_szError{} { StartErrorText(m_szError); }
+
+CZynRBFInternalObject::CZynRBFInternalObject(CZynRBFInternalObject const&) = default;
+CZynRBFInternalObject& CZynRBFInternalObject::operator=(CZynRBFInternalObject const&) = default;
+
+CZynRBFInternalObject::~CZynRBFInternalObject() {
+  ReleaseTables();
+  DestroyHostObjects();
+}
+
+void CZynRBFInternalObject::ReleaseTables() {
+  RowTable<int>::Destroy(m_ppRBFCellConn);
+  RowTable<RBFnode>::Destroy(m_ppRBFCellCoef);
+
+  RowTable<RBFnode>::Destroy(m_ppRBFInnerFaceCoef);
+  RowTable<double>::Destroy(m_ppRBFInnerFaceFlux);
+  RowTable<RBFnode>::Destroy(m_ppRBFPartInterFaceCoef);
+  RowTable<RBFnode>::Destroy(m_ppRBFInletFaceCoef);
+  RowTable<RBFnode>::Destroy(m_ppRBFWallFaceCoef);
+  RowTable<RBFnode>::Destroy(m_ppRBFOutletFaceCoef);
+
+  RowTable<int>::Destroy(m_ppRBFInnerFaceConn);
+  RowTable<int>::Destroy(m_ppRBFWallFaceConn);
+  RowTable<int>::Destroy(m_ppRBFInletFaceConn);
+  RowTable<int>::Destroy(m_ppRBFOutletFaceConn);
+  RowTable<int>::Destroy(m_ppRBFPartInterFaceConn);
+
+  DeleteRowByRow(m_ppIBConn, m_iNIBNode);
+  DeleteRowByRow(m_ppIBCoef, m_iNIBNode);
+  DeleteRowByRow(m_ppIBValueCoef, m_iNIBNode);
+
+  DeleteArray(m_piNodeKindIndex);
+  DeleteArray(m_piNodeKind);
+  DeleteArray(m_pSupportLength);
+
+  DeleteObject(m_pADTree);
+  DeleteArray(m_pRBFnode);
+  DeleteArray(m_pStencilExtent);
+}
+
+// All that were handed over but the mesh. On purpose, and the reason why COperatorGradient, which only
+// borrows them, never destroys its cell operator.
+void CZynRBFInternalObject::DestroyHostObjects() {
+  DeleteObject(m_pGV);
+  DeleteObject(m_pPartFace);
+  DeleteObject(m_pComm);
+  DeleteObject(m_pGVGPU);
+  DeleteObject(m_pGVOpenMP);
+}
+
+int CZynRBFInternalObject::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
+                                      CZYN3DFiniteVolumeMesh* pMesh) {
+  if (pGV == nullptr) {
+    AppendErrorText(m_szError, "Can not get the object of Global Variables\n");
+    return kFailure;
+  }
+  m_pGV = pGV;
+  if (pGPU != nullptr) {
+    m_pGVGPU = pGPU;
+    std::memcpy(&m_GPUHead, static_cast<void const*>(pGPU), sizeof(m_GPUHead));
+  }
+  if (pOpenMP != nullptr) m_pGVOpenMP = pOpenMP;
+  if (pMesh != nullptr) m_pMesh = pMesh;
+  return kSuccess;
+}
+
+int CZynRBFInternalObject::getPartitionFace(CPartitionFace_DLL* pPartFace) {
+  if (pPartFace == nullptr) {
+    AppendErrorText(m_szError, "Can not get the object of Part Faces\n");
+    return kFailure;
+  }
+  m_pPartFace = pPartFace;
+  return kSuccess;
+}
+
+int CZynRBFInternalObject::getCommunication(CCommunication* pComm) {
+  if (pComm == nullptr) {
+    AppendErrorText(m_szError, "Can not get the object of Communication\n");
+    return kFailure;
+  }
+  m_pComm = pComm;
+  return kSuccess;
+}
+
+const char* CZynRBFInternalObject::getErrorMsg() { return m_szError; }
+
+int CZynRBFInternalObject::InitialRBFSetting() {
+  ChangeFileName(m_szRBFFileName, ".rbf", m_pGV->BaseFileName);
+  m_iWorstElement = 0;
+  iShape_Normalize = 0;
+  m_dStoredLimit = 9999999999.0;
+  m_dStoredFactor = 12.5;
+  AllocateCellTables();
+  Span = kDefaultSpan;
+  ReadRBFbackdoorfile();
+  SetNodeCollation();
+  SetCellToCellconnection();
+  return kSuccess;
+}
+
+// Tables of an earlier set-up are left behind.
+void CZynRBFInternalObject::AllocateCellTables() {
+  int const nCell = m_pMesh->NCell;
+  int const nInnerCells = m_pMesh->NInnerCells;
+  int* const* const cellCell = m_pMesh->CellCell;
+  auto const rowSize = [cellCell](int i) { return cellCell[i][0] + kElementsBesideNeighbours; };
+
+  m_ppRBFCellConn = RowTable<int>::Create(nCell, nInnerCells, rowSize);
+  m_ppRBFCellCoef = RowTable<RBFnode>::Create(nCell, nInnerCells, rowSize);
+  m_pSupportLength = NewZeroed<double>(nCell);
+  m_pADTree = new CZYNOptKer;
+  m_pRBFnode = NewZeroed<RBFnode>(nCell);
+  m_pStencilExtent = NewZeroed<RBFnode>(nCell);
+  m_piNodeKind = NewZeroed<int>(nCell);
+  m_piNodeKindIndex = NewZeroed<int>(nCell);
+}
+
+int CZynRBFInternalObject::ReadRBFbackdoorfile() {
+  SettingsFile::Prepare(m_szRBFFileName, kFormatNumber, kFirstLineLimit,
+                        {"1001\n", "Span              = 500\n", "Shape Normalize   = 0\n"});
+  SettingsFile file(m_szRBFFileName);
+  if (!file.IsOpen()) return 0;
+  file.ReadLine();  // the format number
+  file.ReadLine();
+  Span = file.Real();
+  file.ReadLine();
+  iShape_Normalize = file.Integer();
+  if (iShape_Normalize == 1) PrintFlushed("iShape_Normalize = On\n");
+  return 0;
+}
+
+int CZynRBFInternalObject::ChangeFileName(char* result, char const* extension, char* name) {
+  return ReplaceExtension(result, extension, name);
+}
+
+int CZynRBFInternalObject::StrCopyAB(char const* line, char* key, char* value) {
+  return SplitSettingsLine(line, key, value);
+}
