@@ -1,0 +1,178 @@
+#include "reference_host/MeshDistribution.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <new>
+#include <numeric>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "MpiTestSupport.h"
+#include "reference_host/BoxMesh.h"
+#include "reference_host/MeshError.h"
+#include "reference_host/MpiAgreement.h"
+#include "reference_host/MpiBytes.h"
+
+namespace reference_host::test {
+namespace {
+
+std::vector<int> CellsOfParts(const std::vector<int>& partOfCell, int nParts) {
+  std::vector<int> nCells(nParts, 0);
+  for (const int part : partOfCell) ++nCells.at(part);
+  return nCells;
+}
+
+int CutFaces(const FaceMesh& mesh, const std::vector<int>& partOfCell) {
+  int nCut = 0;
+  for (int f = 0; f < mesh.nFaces(); ++f) {
+    if (mesh.neighbour[f] >= 0 && partOfCell[mesh.owner[f]] != partOfCell[mesh.neighbour[f]]) ++nCut;
+  }
+  return nCut;
+}
+
+/// Two meshes that do not touch, as one.
+FaceMesh Beside(FaceMesh a, const FaceMesh& b) {
+  for (int f = 0; f < b.nFaces(); ++f) {
+    for (std::size_t i = b.faceStart[f]; i < b.faceStart[f + 1]; ++i) {
+      a.faceNode.push_back(b.faceNode[i] + static_cast<int>(a.points.size()));
+    }
+    a.faceStart.push_back(a.faceNode.size());
+    a.owner.push_back(b.owner[f] + a.nCells);
+    a.neighbour.push_back(b.neighbour[f] < 0 ? -1 : b.neighbour[f] + a.nCells);
+    a.facePatch.push_back(b.facePatch[f]);
+  }
+  for (const Point& p : b.points) a.points.push_back({p[0] + 10.0, p[1], p[2]});
+  a.nCells += b.nCells;
+  return a;
+}
+
+}  // namespace
+
+TEST(PartitionMesh, BalancesPartsAndCutsFewFaces) {
+  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:16,16,16"));
+  for (const int nParts : {2, 3, 4, 8, 9, 16, 30}) {
+    const std::vector<int> partOfCell = PartitionMesh(mesh, nParts);
+    const std::vector<int> nCells = CellsOfParts(partOfCell, nParts);
+    EXPECT_LE(*std::max_element(nCells.begin(), nCells.end()), 1.1 * 4096 / nParts) << nParts;
+    // Slabs across the box would cut 256 (nParts - 1) faces.
+    EXPECT_LE(CutFaces(mesh, partOfCell), 1.2 * 256 * (nParts - 1)) << nParts;
+  }
+}
+
+TEST(PartitionMesh, GivesEveryPartACellDownToOneCellAPart) {
+  for (const std::string text : {"box:3,2,2", "box:12,1,1", "box:2,1,1:tet", "box:4,4,4", "box:40,1,1"}) {
+    const FaceMesh mesh = MakeBox(ParseBoxSpec(text));
+    for (int nParts = 1; nParts <= mesh.nCells; ++nParts) {
+      const std::vector<int> nCells = CellsOfParts(PartitionMesh(mesh, nParts), nParts);
+      EXPECT_GE(*std::min_element(nCells.begin(), nCells.end()), 1) << text << " in " << nParts;
+    }
+  }
+}
+
+TEST(PartitionMesh, DividesAMeshInSeparatePieces) {
+  const FaceMesh mesh = Beside(MakeBox(ParseBoxSpec("box:8,8,8")), MakeBox(ParseBoxSpec("box:5,5,5")));
+  for (const int nParts : {2, 3, 12, 20}) {
+    const std::vector<int> nCells = CellsOfParts(PartitionMesh(mesh, nParts), nParts);
+    EXPECT_GE(*std::min_element(nCells.begin(), nCells.end()), 1);
+    EXPECT_LE(*std::max_element(nCells.begin(), nCells.end()), 1.2 * mesh.nCells / nParts);
+  }
+}
+
+TEST(PartitionMesh, IsTheSameEveryTime) {
+  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:10,9,8:tet"));
+  for (const int nParts : {3, 12}) EXPECT_EQ(PartitionMesh(mesh, nParts), PartitionMesh(mesh, nParts));
+}
+
+TEST(PartitionMesh, RefusesMorePartsThanCells) {
+  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:3,1,1"));
+  try {
+    PartitionMesh(mesh, 4, "channel.msh");
+    FAIL();
+  } catch (const MeshError& error) {
+    EXPECT_STREQ(error.what(), "channel.msh: the mesh has 3 cells, fewer than the 4 ranks");
+  }
+}
+
+TEST(FillEmptyParts, TakesFromTheLargestPart) {
+  std::vector<int> partOfCell = {2, 2, 2, 2, 4, 4};
+  FillEmptyParts(partOfCell, 5);
+  EXPECT_EQ(partOfCell, (std::vector<int>{0, 1, 3, 2, 4, 4}));
+  FillEmptyParts(partOfCell, 5);
+  EXPECT_EQ(partOfCell, (std::vector<int>{0, 1, 3, 2, 4, 4}));
+}
+
+TEST(DistributeMesh, GivesEachRankItsPart) {
+  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:5,4,3:prism:perturb=0.1"));
+  const MpiCommunicator world(MPI_COMM_WORLD);
+  const std::vector<int> partOfCell = PartitionMesh(mesh, world.size());
+  const bool isFirst = world.rank() == 0;
+  const MeshPart part =
+      DistributeMesh(world, isFirst ? &mesh : nullptr, isFirst ? partOfCell : std::vector<int>());
+  const MeshPart expected = ExtractPart(mesh, partOfCell, world.rank(), world.size());
+  EXPECT_EQ(part.part, world.rank());
+  EXPECT_EQ(part.points, expected.points);
+  EXPECT_EQ(part.globalCell, expected.globalCell);
+  EXPECT_EQ(part.haloPart, expected.haloPart);
+  EXPECT_EQ(part.faceNode, expected.faceNode);
+  EXPECT_EQ(part.facePatch, expected.facePatch);
+  EXPECT_EQ(part.patches.size(), expected.patches.size());
+}
+
+TEST(DistributeMesh, FailureOnRank0ReachesEveryRank) {
+  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:5,1,1"));
+  const MpiCommunicator world(MPI_COMM_WORLD);
+  const std::vector<int> wrong(5, world.size());  // no such part
+  ErrorOnEveryRank([&] { DistributeMesh(world, &mesh, wrong); });
+}
+
+TEST(MpiBytes, MessagesOfEverySizeArriveInPieces) {
+  const MpiCommunicator world(MPI_COMM_WORLD);
+  constexpr std::size_t kPiece = 7;
+  for (const std::size_t size : {0u, 1u, 6u, 7u, 8u, 14u, 20u}) {
+    std::vector<char> bytes(size);
+    std::iota(bytes.begin(), bytes.end(), 'a');
+    if (world.rank() == 0) {
+      for (int to = 1; to < world.size(); ++to) SendBytes(world, to, bytes, kPiece);
+    } else {
+      const std::optional<std::vector<char>> received = ReceiveBytes(world, 0, kPiece);
+      EXPECT_TRUE(received && *received == bytes) << size;
+    }
+  }
+}
+
+TEST(MpiBytes, NothingIsNotAnEmptyMessage) {
+  const MpiCommunicator world(MPI_COMM_WORLD);
+  if (world.rank() == 0) {
+    for (int to = 1; to < world.size(); ++to) SendNothing(world, to);
+  } else {
+    EXPECT_FALSE(ReceiveBytes(world, 0).has_value());
+  }
+}
+
+TEST(RunTogether, EveryRankThrowsTheTextOfTheLowestFailingRank) {
+  const MpiCommunicator world(MPI_COMM_WORLD);
+  EXPECT_NO_THROW(RunTogether(world, [] {}));
+
+  const int last = world.size() - 1;
+  EXPECT_EQ(ErrorOnEveryRank([&] {
+              RunTogether(world, [&] {
+                if (world.rank() == last) throw MeshError("only the last");
+              });
+            }),
+            "only the last");
+  EXPECT_EQ(ErrorOnEveryRank([&] {
+              RunTogether(world, [&] { throw std::runtime_error("rank " + std::to_string(world.rank())); });
+            }),
+            "rank 0");
+  EXPECT_EQ(ErrorOnEveryRank([&] {
+              RunTogether(world, [&] {
+                if (world.rank() == last) throw std::bad_alloc();
+              });
+            }),
+            "not enough memory on rank " + std::to_string(last));
+}
+
+}  // namespace reference_host::test

@@ -1,0 +1,250 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "MpiTestSupport.h"
+#include "reference_host/BoxMesh.h"
+#include "reference_host/CellGeometry.h"
+#include "reference_host/LoadMesh.h"
+
+namespace reference_host::test {
+namespace {
+
+const std::vector<std::string> kBoxes = {"box:6,5,4", "box:4,4,4:tet:perturb=0.1,seed=3",
+                                         "box:5,4,3:prism:perturb=0.2"};
+
+/// Numbers in the whole mesh of the cells that this rank owns.
+std::vector<std::int64_t> OwnedCells(LoadedMesh& mesh) {
+  const std::vector<std::int64_t>& globalCell = mesh.partition->globalCell();
+  return {globalCell.begin() + 1, globalCell.begin() + 1 + mesh.partition->mesh()->NInnerCells};
+}
+
+std::vector<std::int64_t> OneTo(std::int64_t n) {
+  std::vector<std::int64_t> numbers(static_cast<std::size_t>(n));
+  std::iota(numbers.begin(), numbers.end(), 1);
+  return numbers;
+}
+
+void ExpectEachCellOwnedOnce(LoadedMesh& mesh, std::int64_t nCells) {
+  std::vector<std::int64_t> all = GatherNumbers(OwnedCells(mesh));
+  std::sort(all.begin(), all.end());
+  EXPECT_EQ(all, OneTo(nCells));
+}
+
+double SumOverRanks(double value) {
+  MPI_Allreduce(MPI_IN_PLACE, &value, 1, MPI_DOUBLE, MPI_SUM, MPI_COMM_WORLD);
+  return value;
+}
+
+double TotalVolume(LoadedMesh& mesh) {
+  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  return SumOverRanks(std::accumulate(m.Volume + 1, m.Volume + 1 + m.NInnerCells, 0.0));
+}
+
+std::int64_t CountInnerFaces(const FaceMesh& mesh) {
+  return std::count_if(mesh.neighbour.begin(), mesh.neighbour.end(), [](int cell) { return cell >= 0; });
+}
+
+}  // namespace
+
+TEST(LoadMesh, CountsEveryCellFaceAndNodeOfABoxOnce) {
+  for (const std::string& text : kBoxes) {
+    SCOPED_TRACE(text);
+    const FaceMesh whole = MakeBox(ParseBoxSpec(text));
+    LoadedMesh mesh = Load(text);
+    const MeshSummary& summary = mesh.summary;
+    EXPECT_EQ(summary.nCells, whole.nCells);
+    EXPECT_EQ(summary.nNodes, static_cast<std::int64_t>(whole.points.size()));
+    EXPECT_EQ(summary.nInnerFaces + summary.nCutFaces, CountInnerFaces(whole));
+    EXPECT_EQ(summary.nCutFaces > 0, RankCount() > 1);
+    EXPECT_EQ(summary.quality.nFaces, CountInnerFaces(whole));
+    ExpectEachCellOwnedOnce(mesh, whole.nCells);
+
+    EXPECT_EQ(summary.patches.size(), 6u);
+    std::int64_t nBoundary = 0;
+    for (std::size_t p = 0; p < summary.patches.size(); ++p) {
+      EXPECT_EQ(summary.patches[p].name, whole.patches[p].name);
+      EXPECT_EQ(summary.patches[p].nFaces,
+                std::count(whole.facePatch.begin(), whole.facePatch.end(), static_cast<int>(p)));
+      nBoundary += summary.patches[p].nFaces;
+    }
+    EXPECT_EQ(summary.FacesOf(BoundaryGroup::Inlet), summary.patches[0].nFaces);
+    EXPECT_EQ(summary.FacesOf(BoundaryGroup::Outlet), summary.patches[1].nFaces);
+    EXPECT_EQ(summary.FacesOf(BoundaryGroup::Symmetry), 0);
+    EXPECT_EQ(summary.FacesOf(BoundaryGroup::Wall),
+              nBoundary - summary.patches[0].nFaces - summary.patches[1].nFaces);
+  }
+}
+
+TEST(LoadMesh, SummaryIsTheSameOnEveryRankAndTellsTheBalance) {
+  LoadedMesh mesh = Load(kBoxes[0]);
+  const MeshSummary& summary = mesh.summary;
+  EXPECT_EQ(summary.nParts, RankCount());
+  const std::vector<std::int64_t> nCells = GatherNumbers({mesh.partition->mesh()->NInnerCells});
+  EXPECT_EQ(summary.minCells, *std::min_element(nCells.begin(), nCells.end()));
+  EXPECT_EQ(summary.maxCells, *std::max_element(nCells.begin(), nCells.end()));
+  const std::vector<std::int64_t> nCut = GatherNumbers({mesh.partition->partitionFaces()->NParInterFace()});
+  EXPECT_EQ(summary.maxCutFaces, *std::max_element(nCut.begin(), nCut.end()));
+  EXPECT_EQ(2 * summary.nCutFaces, std::accumulate(nCut.begin(), nCut.end(), std::int64_t{0}));
+  EXPECT_EQ(summary.maxNeighbours > 0, RankCount() > 1);
+
+  for (const std::int64_t other : {summary.nCells, summary.nCutFaces, std::int64_t{summary.maxNeighbours}}) {
+    for (const std::int64_t value : GatherNumbers({other})) EXPECT_EQ(value, other);
+  }
+  EXPECT_NEAR(summary.quality.maxNonOrthogonality, 0.0, 1e-5);  // degrees; acos near 1 halves the digits
+}
+
+TEST(LoadMesh, CentresAndVolumesEqualThoseOfTheWholeMeshBitForBit) {
+  for (const std::string& text : kBoxes) {
+    SCOPED_TRACE(text);
+    const FaceMesh whole = MakeBox(ParseBoxSpec(text));
+    const CellGeometry expected = ComputeCellGeometry(whole, whole.nCells);
+    LoadedMesh mesh = Load(text);
+    const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+    for (int c = 1; c <= m.NCell; ++c) {
+      const std::int64_t global = mesh.partition->globalCell()[c];
+      if (global == 0) continue;  // ghost cell
+      EXPECT_EQ((Point{m.xc[c], m.yc[c], m.zc[c]}), expected.centre[global - 1]) << "cell " << c;
+      if (c <= m.NInnerCells) {
+        EXPECT_EQ(m.Volume[c], expected.volume[global - 1]) << "cell " << c;
+      }
+    }
+  }
+}
+
+TEST(LoadMesh, WeightsOfPartitionFacesAreThoseOfBothSides) {
+  LoadedMesh mesh = Load(kBoxes[1]);
+  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  CPartitionFace_DLL& faces = *mesh.partition->partitionFaces();
+  for (int f = 1; f <= faces.NParInterFace(); ++f) {
+    const int cv = faces.ijParCV()[f], other = faces.ijPar()[f];
+    const double sx = faces.ijParSx()[f], sy = faces.ijParSy()[f], sz = faces.ijParSz()[f];
+    const double x = faces.ijParxc()[f], y = faces.ijParyc()[f], z = faces.ijParzc()[f];
+    const double near = sx * (x - m.xc[cv]) + sy * (y - m.yc[cv]) + sz * (z - m.zc[cv]);
+    const double far = sx * (m.xc[other] - x) + sy * (m.yc[other] - y) + sz * (m.zc[other] - z);
+    EXPECT_NEAR(faces.ParInterFace_Lamda()[f], near / (near + far), 1e-14);
+  }
+}
+
+TEST(LoadMesh, BringsAGmshFileToAllRanks) {
+  const SharedFolder folder;
+  folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "inlet"));
+  LoadedMesh mesh = Load(folder.File("cubes.msh"));
+  const MeshSummary& summary = mesh.summary;
+  EXPECT_EQ(summary.nCells, 24);
+  EXPECT_EQ(summary.nNodes, 60);
+  EXPECT_EQ(summary.nInnerFaces + summary.nCutFaces, 3 * 6 + 2 * 8 + 12);
+  EXPECT_EQ(summary.FacesOf(BoundaryGroup::Inlet), 6);
+  EXPECT_EQ(summary.FacesOf(BoundaryGroup::Outlet), 6);
+  EXPECT_EQ(summary.FacesOf(BoundaryGroup::Wall), 40);
+  ExpectEachCellOwnedOnce(mesh, 24);
+  EXPECT_NEAR(TotalVolume(mesh), 24.0, 1e-12);
+
+  std::vector<double> x(mesh.partition->mesh()->xc,
+                        mesh.partition->mesh()->xc + mesh.partition->mesh()->NCell + 1);
+  const std::vector<double> expected = x;
+  for (int c = 1; c <= mesh.partition->mesh()->NCell; ++c) {
+    if (c > mesh.partition->mesh()->NInnerCells && mesh.partition->globalCell()[c] > 0) x[c] = -1.0;
+  }
+  mesh.exchange->DDM_Exch(x.data());
+  EXPECT_EQ(x, expected);
+}
+
+TEST(LoadMesh, UserGroupsGoBeforeTheNamesOfPatches) {
+  LoadedMesh box = LoadMesh(MPI_COMM_WORLD, "box:4,3,2", {{"wall_ymin", BoundaryGroup::Symmetry}}, {});
+  EXPECT_EQ(box.summary.FacesOf(BoundaryGroup::Symmetry), 8);
+  EXPECT_EQ(SumOverRanks(box.partition->mesh()->NSymmetry), 8.0);
+
+  const SharedFolder folder;
+  folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "hub"));
+  LoadedMesh file = LoadMesh(MPI_COMM_WORLD, folder.File("cubes.msh"), {{"hub", BoundaryGroup::Inlet}}, {});
+  EXPECT_EQ(file.summary.FacesOf(BoundaryGroup::Inlet), 6);
+}
+
+TEST(LoadMesh, WorksWithOneCellARank) {
+  const int n = RankCount();
+  LoadedMesh box = Load("box:" + std::to_string(n) + ",1,1");
+  EXPECT_EQ(box.partition->mesh()->NInnerCells, 1);
+  EXPECT_EQ(box.summary.nCutFaces, n - 1);
+
+  const SharedFolder folder;
+  folder.Write("row.msh", GmshTextOfCubes(n, 1, 1, "inlet"));
+  LoadedMesh file = Load(folder.File("row.msh"));
+  EXPECT_EQ(file.partition->mesh()->NInnerCells, 1);
+  EXPECT_EQ(file.summary.minCells, 1);
+  EXPECT_EQ(file.summary.nCutFaces, n - 1);
+  EXPECT_NEAR(TotalVolume(file), n, 1e-14);
+}
+
+TEST(LoadMesh, SameMeshGivesTheSamePartitionsAgain) {
+  const SharedFolder folder;
+  folder.Write("cubes.msh", GmshTextOfCubes(9, 8, 7, "inlet"));
+  for (const std::string& text : {folder.File("cubes.msh"), kBoxes[1]}) {
+    LoadedMesh a = Load(text), b = Load(text);
+    EXPECT_EQ(a.partition->globalCell(), b.partition->globalCell());
+    EXPECT_EQ(a.partition->globalNode(), b.partition->globalNode());
+    EXPECT_EQ(a.summary.quality.sumSkewness, b.summary.quality.sumSkewness);
+  }
+}
+
+TEST(LoadMesh, ReportsItsStagesOnRank0InOrder) {
+  const SharedFolder folder;
+  folder.Write("cubes.msh", GmshTextOfCubes(3, 2, 2, "inlet"));
+  std::vector<std::string> stages;
+  const auto progress = [&stages](const std::string& stage) { stages.push_back(stage); };
+  LoadMesh(MPI_COMM_WORLD, folder.File("cubes.msh"), {}, progress);
+  LoadMesh(MPI_COMM_WORLD, "box:4,1,1", {}, progress);
+  const std::vector<std::string> expected = {"reading", "partitioning", "distributing",
+                                             "tables",  "generating",   "tables"};
+  EXPECT_EQ(stages, Rank() == 0 ? expected : std::vector<std::string>());
+}
+
+TEST(LoadMesh, MissingFileIsTheSameErrorOnEveryRank) {
+  const std::string error = ErrorOnEveryRank([] { Load("no/such/mesh.msh"); });
+  EXPECT_NE(error.find("no/such/mesh.msh"), std::string::npos) << error;
+}
+
+TEST(LoadMesh, BoundaryWithoutAGroupIsTheSameErrorOnEveryRank) {
+  const SharedFolder folder;
+  folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "hub"));
+  std::string error = ErrorOnEveryRank([&] { Load(folder.File("cubes.msh")); });
+  EXPECT_NE(error.find("'hub' (6 faces)"), std::string::npos) << error;
+
+  error = ErrorOnEveryRank([] { LoadMesh(MPI_COMM_WORLD, "box:4,3,2", {{"hub", BoundaryGroup::Wall}}, {}); });
+  EXPECT_NE(error.find("'hub'"), std::string::npos) << error;
+}
+
+TEST(LoadMesh, MoreRanksThanCellsIsTheSameErrorOnEveryRank) {
+  const int nCells = RankCount() - 1;
+  if (nCells == 0) GTEST_SKIP() << "needs two ranks";
+  std::string error = ErrorOnEveryRank([&] { Load("box:" + std::to_string(nCells) + ",1,1"); });
+  EXPECT_NE(error.find("box:"), std::string::npos) << error;
+
+  const SharedFolder folder;
+  folder.Write("row.msh", GmshTextOfCubes(nCells, 1, 1, "inlet"));
+  error = ErrorOnEveryRank([&] { Load(folder.File("row.msh")); });
+  EXPECT_NE(error.find("the mesh has " + std::to_string(nCells) + " cells, fewer than the " +
+                       std::to_string(RankCount()) + " ranks"),
+            std::string::npos)
+      << error;
+}
+
+TEST(LoadMesh, BadBoxesAreTheSameErrorOnEveryRank) {
+  std::string error = ErrorOnEveryRank([] { Load("box:4,0,2"); });
+  EXPECT_NE(error.find("must be 1 or more"), std::string::npos) << error;
+  error = ErrorOnEveryRank([] { Load("box:6,6,6:tet:perturb=0.49,seed=1"); });
+  EXPECT_NE(error.find("moved too far"), std::string::npos) << error;
+}
+
+TEST(LoadMesh, FailureOfTheProgressReportReachesEveryRank) {
+  const auto progress = [](const std::string& stage) { throw std::runtime_error("cannot report " + stage); };
+  EXPECT_EQ(ErrorOnEveryRank([&] { LoadMesh(MPI_COMM_WORLD, "box:4,4,4", {}, progress); }),
+            "cannot report generating");
+}
+
+}  // namespace reference_host::test

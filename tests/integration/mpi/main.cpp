@@ -1,0 +1,46 @@
+#include <gtest/gtest.h>
+#include <mpi.h>
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+/// What ranks other than 0 print: their failures alone, with the rank.
+class FailurePrinter : public testing::EmptyTestEventListener {
+ public:
+  explicit FailurePrinter(int rank) : rank_(rank) {}
+
+ private:
+  void OnTestStart(const testing::TestInfo& test) override {
+    test_ = std::string(test.test_suite_name()) + "." + test.name();
+  }
+
+  void OnTestPartResult(const testing::TestPartResult& result) override {
+    if (!result.failed()) return;
+    std::printf("rank %d, %s, line %d: %s\n", rank_, test_.c_str(), result.line_number(), result.message());
+    std::fflush(stdout);
+  }
+
+  int rank_;
+  std::string test_;
+};
+
+}  // namespace
+
+/// Every rank runs all tests; the exit code is 0 only if they passed on every rank.
+int main(int argc, char** argv) {
+  MPI_Init(&argc, &argv);
+  testing::InitGoogleTest(&argc, argv);
+  int rank = 0;
+  MPI_Comm_rank(MPI_COMM_WORLD, &rank);
+  if (rank != 0) {
+    testing::TestEventListeners& listeners = testing::UnitTest::GetInstance()->listeners();
+    delete listeners.Release(listeners.default_result_printer());
+    listeners.Append(new FailurePrinter(rank));
+  }
+  int result = RUN_ALL_TESTS();
+  MPI_Allreduce(MPI_IN_PLACE, &result, 1, MPI_INT, MPI_MAX, MPI_COMM_WORLD);
+  MPI_Finalize();
+  return result;
+}
