@@ -1,0 +1,71 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/unit/rbf_cell/CellMesh.h"
+#include "tests/unit/rbf_cell/HostObjects.h"
+
+namespace rbf_cell_test {
+
+/// A ragged table as a host lends it: each row is an allocation of exactly its size, so that a sanitizer sees
+/// a step beyond it, and there is no row 0.
+class LentTable {
+ public:
+  LentTable() = default;
+
+  /// @param[in] rows  [1..n] entries of each row, element 0 unused
+  explicit LentTable(const std::vector<std::vector<int>>& rows);
+
+  int** Data() { return pointers_.empty() ? nullptr : pointers_.data(); }
+  const std::vector<std::vector<int>>& Rows() const { return rows_; }
+
+ private:
+  std::vector<std::vector<int>> rows_;
+  std::vector<int*> pointers_;
+};
+
+/// The arrays of a boundary group or of the inner faces, guarded.
+struct LentFaces {
+  explicit LentFaces(const std::vector<CellFace>& faces);
+
+  int count = 0;
+  gradient_test::GuardedArray<int> cv, other;
+  gradient_test::GuardedArray<double> xc, yc, zc, sx, sy, sz;
+};
+
+/// The host records of a CellMesh. The mesh and its arrays live as long as this; the five other host objects
+/// are made by `new`, once per operator, since the operator destroys those that it was given.
+class CellHost {
+ public:
+  CellHost(const CellMesh& description, const std::string& baseFileName);
+  CellHost(const CellHost&) = delete;
+  CellHost& operator=(const CellHost&) = delete;
+
+  CZyn3dGV* NewGlobals();
+  CPartitionFace_DLL* NewPartitionFaces();
+  CCommunication* NewCommunication();
+  CZYNGVGPU* NewGPU();
+  CZYNGVOpenMP* NewOpenMP();
+
+  /// Whether every array that is lent for reading has the bits that it was made with.
+  bool InputsUntouched() const;
+
+  CZYN3DFiniteVolumeMesh mesh;
+  PartitionArrays partition;
+  Destroyed destroyed;
+  int communicationCalls = 0;
+
+ private:
+  void LendCells();
+  void LendFaces();
+  void LendNodes();
+
+  CellMesh description_;
+  std::vector<char> baseFileName_;
+  gradient_test::GuardedArray<double> xc_, yc_, zc_;
+  LentFaces inner_, wall_, inlet_, outlet_, symmetry_;
+  LentTable cellCell_, nodeCell_, partitionNodes_;
+};
+
+}  // namespace rbf_cell_test

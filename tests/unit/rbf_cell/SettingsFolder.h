@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace rbf_cell_test {
+
+/// A settings file with the given values, in the operator's own layout.
+std::string Settings(const std::string& span, const std::string& shapeNormalize);
+
+/// The settings file as the operator writes it.
+std::string DefaultSettings();
+
+/// A new folder for one test, removed with everything in it at the end.
+class SettingsFolder {
+ public:
+  SettingsFolder();
+  ~SettingsFolder();
+  SettingsFolder(const SettingsFolder&) = delete;
+  SettingsFolder& operator=(const SettingsFolder&) = delete;
+
+  const std::string& Path() const { return path_; }
+  std::string BaseFileName() const { return path_ + "/run.cas"; }
+  std::string SettingsFileName() const { return path_ + "/run.rbf"; }
+
+  void Write(const std::string& bytes) const;
+  std::string Read() const;  ///< all bytes of the settings file; "<no file>" when there is none
+  bool Exists() const;
+
+ private:
+  std::string path_;
+};
+
+/// What `call` writes to standard output.
+template <typename Call>
+std::string Printed(Call call) {
+  ::testing::internal::CaptureStdout();
+  call();
+  return ::testing::internal::GetCapturedStdout();
+}
+
+}  // namespace rbf_cell_test

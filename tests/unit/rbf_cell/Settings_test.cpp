@@ -1,0 +1,450 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/unit/rbf_cell/FlushedOutput.h"
+#include "tests/unit/rbf_cell/TestBed.h"
+
+// The settings file: how it is written, which lines are read, what makes it start anew, and that no file
+// whatever does harm.
+
+namespace rbf_cell_test {
+namespace {
+
+const std::string kDefaultLine = "Default DQ parameter is adopted.\n";
+const std::string kShapeOn = "iShape_Normalize = On\n";
+
+/// An operator that is about to read its settings; both values begin as something that no default is.
+struct Reader : TestBed {
+  Reader() : TestBed(SevenPoints()) {
+    object->Span = 123.5;
+    object->iShape_Normalize = 7;
+  }
+  explicit Reader(const std::string& file) : Reader() { folder.Write(file); }
+
+  void ExpectValues(double span, int shapeNormalize) const {
+    EXPECT_EQ(span, object->Span);
+    EXPECT_EQ(shapeNormalize, object->iShape_Normalize);
+  }
+  void ExpectValuesKept() const { ExpectValues(123.5, 7); }
+};
+
+// --------------------------------------------------------------------------------------------- the new file
+
+TEST(CellSettings, FirstRunWritesTheDefaultsAndTakesThem) {
+  Reader reader;
+  EXPECT_EQ(kDefaultLine, reader.ReadSettings());
+  EXPECT_EQ("1001\nSpan              = 500\nShape Normalize   = 0\n", reader.folder.Read());
+  reader.ExpectValues(500.0, 0);
+}
+
+TEST(CellSettings, WrittenKeysReachToColumn18) {
+  Reader reader;
+  reader.ReadSettings();
+  const std::string file = reader.folder.Read();
+  EXPECT_EQ(5U + 18U, file.find('='));
+  EXPECT_EQ(file.find('\n', 5) + 1 + 18U, file.rfind('='));
+}
+
+TEST(CellSettings, SecondRunReadsTheFileSilently) {
+  Reader reader;
+  reader.ReadSettings();
+  reader.object->Span = 1.0;
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(500.0, 0);
+  EXPECT_EQ(DefaultSettings(), reader.folder.Read());
+}
+
+TEST(CellSettings, MessagesAreFlushedAtOnce) {
+  Reader reader, shapeOn(Settings("5", "1"));
+  for (Reader* const r : {&reader, &shapeOn})
+    r->object->ChangeFileName(r->object->m_szRBFFileName, ".rbf", r->object->m_pGV->BaseFileName);
+  std::string defaults, both;
+  {
+    const FlushedOutput output;
+    reader.object->ReadRBFbackdoorfile();
+    defaults = output.Arrived();
+    shapeOn.object->ReadRBFbackdoorfile();
+    both = output.Arrived();
+  }
+  EXPECT_EQ(kDefaultLine, defaults);
+  EXPECT_EQ(kDefaultLine + kShapeOn, both);
+}
+
+TEST(CellSettings, SetUpStartsFromTheDefaultsWhateverTheValuesWere) {
+  TestBed bed(SevenPoints());
+  std::filesystem::remove_all(bed.folder.Path());  // so that no file can be written
+  bed.object->Span = 123.5;
+  bed.object->iShape_Normalize = 7;
+  bed.SetUp();
+  EXPECT_EQ(500.0, bed.object->Span);
+  EXPECT_EQ(0, bed.object->iShape_Normalize);
+}
+
+TEST(CellSettings, AreNamedAfterTheBaseFileName) {
+  TestBed bed(SevenPoints());
+  bed.SetUp();
+  EXPECT_EQ(bed.folder.Path() + "/run.rbf", bed.object->m_szRBFFileName);
+  EXPECT_TRUE(bed.folder.Exists());
+}
+
+TEST(CellSettings, SetUpReadsThemBeforeTheCollation) {
+  TestBed bed(SevenPoints(), Settings("7.5", "1"));
+  EXPECT_EQ(0U, bed.SetUp().find(kShapeOn + "NInnerFaces ok!\n"));
+  EXPECT_EQ(7.5, bed.object->Span);
+  EXPECT_EQ(1, bed.object->iShape_Normalize);
+}
+
+// ------------------------------------------------------------------------------------------------- the
+// values
+
+TEST(CellSettings, FractionalSpanIsHonoured) {
+  Reader reader(Settings("37.25", "0"));
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(37.25, 0);
+  EXPECT_EQ(Settings("37.25", "0"), reader.folder.Read()) << "a file of its own is not written to";
+}
+
+TEST(CellSettings, SpanIsReadLikeANumberInText) {
+  Reader scientific(Settings("2.5e2 times", "0")), negative(Settings("-3", "0")), word(Settings("wide", "0"));
+  scientific.ReadSettings();
+  scientific.ExpectValues(250.0, 0);
+  negative.ReadSettings();
+  negative.ExpectValues(-3.0, 0);
+  word.ReadSettings();
+  word.ExpectValues(0.0, 0);
+}
+
+TEST(CellSettings, ShapeNormalize1IsAnnounced) {
+  Reader reader(Settings("5", "1"));
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(5.0, 1);
+}
+
+TEST(CellSettings, ShapeNormalize2PrintsNothing) {
+  Reader reader(Settings("5", "2"));
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(5.0, 2);
+}
+
+TEST(CellSettings, ShapeNormalizeIsReadAsAnInteger) {
+  Reader fraction(Settings("5", "1.9")), word(Settings("5", "On")), negative(Settings("5", "-1"));
+  EXPECT_EQ(kShapeOn, fraction.ReadSettings());
+  fraction.ExpectValues(5.0, 1);
+  EXPECT_EQ("", word.ReadSettings());
+  word.ExpectValues(5.0, 0);
+  EXPECT_EQ("", negative.ReadSettings());
+  negative.ExpectValues(5.0, -1);
+}
+
+// --------------------------------------------------------------------------------------------- lines by
+// place
+
+TEST(CellSettings, MisspeltKeysLoadByTheirPlace) {
+  Reader reader("1001\nSpam = 25\nnonsense = 1\n");
+  reader.ReadSettings();
+  reader.ExpectValues(25.0, 1);
+}
+
+TEST(CellSettings, SwappedLinesLoadByTheirPlace) {
+  Reader reader("1001\nShape Normalize = 1\nSpan = 25\n");
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(1.0, 25);
+}
+
+TEST(CellSettings, FurtherLinesAreNotRead) {
+  Reader reader(Settings("25", "0") + "Span = 3\nShape = 1\n");
+  reader.ReadSettings();
+  reader.ExpectValues(25.0, 0);
+}
+
+TEST(CellSettings, ThirdLineMissingTakesSpanForTheShape) {
+  Reader reader("1001\nSpan = 500\n");
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(500.0, 500);
+}
+
+TEST(CellSettings, ThirdLineMissingWithSpan1TurnsTheShapeOn) {
+  Reader reader("1001\nSpan = 1\n");
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(1.0, 1);
+}
+
+TEST(CellSettings, ThirdLineMissingTakesTheIntegerPartOfSpan) {
+  Reader reader("1001\nSpan = 1.75\n");
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(1.75, 1);
+}
+
+TEST(CellSettings, SecondLineWithoutEqualsSignIsSpan0) {
+  Reader reader("1001\nSpan 500\nShape Normalize = 1\n");
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(0.0, 1);
+}
+
+TEST(CellSettings, FormatLineAloneIsSpan0) {
+  Reader reader("1001\n");
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(0.0, 0);
+}
+
+// Nothing follows, so line 1 stays in the buffer, and the value of a line without "=" and newline is its last
+// character.
+TEST(CellSettings, FormatLineAloneWithoutNewlineGivesItsLastDigit) {
+  Reader reader("1001");
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(1.0, 1);
+}
+
+TEST(CellSettings, LastLineNeedsNoNewline) {
+  Reader reader("1001\nSpan = 25\nShape Normalize = 1");
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(25.0, 1);
+}
+
+TEST(CellSettings, EmptySecondAndThirdLinesAreZero) {
+  Reader reader("1001\n\n\n");
+  reader.ReadSettings();
+  reader.ExpectValues(0.0, 0);
+}
+
+TEST(CellSettings, CarriageReturnsDoNoHarm) {
+  Reader reader("1001\r\nSpan              = 25\r\nShape Normalize   = 1\r\n");
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(25.0, 1);
+}
+
+TEST(CellSettings, FormatNumberMayBeFollowedByText) {
+  for (const char* const first :
+       {"1001", "  1001", "\t1001 ", "1001.5", "1001 cell operator", "+1001", "01001"}) {
+    Reader reader(std::string(first) + "\nSpan = 25\nShape = 2\n");
+    EXPECT_EQ("", reader.ReadSettings()) << first;
+    reader.ExpectValues(25.0, 2);
+  }
+}
+
+// ------------------------------------------------------------------------------------------ files of others
+
+void ExpectStartedAnew(const std::string& file) {
+  Reader reader(file);
+  EXPECT_EQ(kDefaultLine, reader.ReadSettings()) << file;
+  EXPECT_EQ(DefaultSettings(), reader.folder.Read()) << file;
+  reader.ExpectValues(500.0, 0);
+}
+
+TEST(CellSettings, FileOfThePointOperatorIsDeletedAndWrittenAnew) {
+  ExpectStartedAnew("1002\nSpan = 25\nShape Normalize = 1\n");
+}
+
+TEST(CellSettings, FileOfTheFaceOperatorIsDeletedAndWrittenAnew) {
+  ExpectStartedAnew("1004\nSpan = 25\nSearch_method = 1\nSearch_number = 2\n");
+}
+
+TEST(CellSettings, OtherNumbersAreDeletedAndWrittenAnew) {
+  for (const char* const first : {"0", "-1001", "10010", "100", "1000", "1 001", "0x3E9", "1e3"})
+    ExpectStartedAnew(std::string(first) + "\nSpan = 25\nShape Normalize = 1\n");
+}
+
+TEST(CellSettings, TextInTheFirstLineIsDeletedAndWrittenAnew) {
+  ExpectStartedAnew("format 1001\nSpan = 25\nShape Normalize = 1\n");
+}
+
+TEST(CellSettings, EmptyFirstLineIsDeletedAndWrittenAnew) {
+  ExpectStartedAnew("\n1001\nSpan = 25\nShape Normalize = 1\n");
+}
+
+TEST(CellSettings, EmptyFileIsDeletedAndWrittenAnew) { ExpectStartedAnew(""); }
+
+TEST(CellSettings, DeletionIsOfTheNameNotOfWhatALinkPointsTo) {
+  Reader reader;
+  const std::string users = reader.folder.Path() + "/users.txt";
+  std::ofstream(users) << "1002\nof the user\n";
+  std::filesystem::create_symlink(users, reader.folder.SettingsFileName());
+  EXPECT_EQ(kDefaultLine, reader.ReadSettings());
+  EXPECT_FALSE(std::filesystem::is_symlink(reader.folder.SettingsFileName()));
+  EXPECT_EQ(DefaultSettings(), reader.folder.Read());
+  EXPECT_TRUE(std::filesystem::exists(users));
+}
+
+// ---------------------------------------------------------------------------------------- files of any
+// content
+
+TEST(CellSettings, FirstLineIsReadTo254Characters) {
+  Reader fits(std::string(250, ' ') + "1001\nSpan = 25\nShape = 2\n");
+  EXPECT_EQ("", fits.ReadSettings());
+  fits.ExpectValues(25.0, 2);
+  ExpectStartedAnew(std::string(251, ' ') + "1001\nSpan = 25\nShape = 2\n");  // 254 characters end in "100"
+  ExpectStartedAnew(std::string(300, ' ') + "1001\nSpan = 25\nShape = 2\n");
+}
+
+// The lines behind the format number are read in pieces of 511 characters: the first line is two pieces here,
+// so that it counts for lines 1 and 2, and line 2 of the file counts for line 3.
+TEST(CellSettings, LineOfMoreThan511CharactersCountsTwice) {
+  Reader reader("1001" + std::string(600, 'x') + "\nSpan = 25\nShape = 1\n");
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(0.0, 25);
+}
+
+TEST(CellSettings, LineOf510CharactersAndNewlineCountsOnce) {
+  Reader reader("1001" + std::string(506, 'x') + "\nSpan = 25\nShape = 1\n");
+  reader.ReadSettings();
+  reader.ExpectValues(25.0, 1);
+}
+
+// With the newline it has 512 characters; the piece behind the first 511 is the newline alone.
+TEST(CellSettings, LineOf511CharactersAndNewlineCountsTwice) {
+  Reader reader("1001" + std::string(507, 'x') + "\nSpan = 25\nShape = 1\n");
+  reader.ReadSettings();
+  reader.ExpectValues(0.0, 25);
+}
+
+TEST(CellSettings, VeryLongKeysAndValuesDoNoHarm) {
+  for (const std::size_t length : {500U, 511U, 512U, 513U, 1023U, 1024U, 5000U, 100000U}) {
+    for (const char fill : {'k', '=', ' ', '7'}) {
+      Reader key("1001\n" + std::string(length, fill) + " = 5\nShape = 1\n");
+      key.ReadSettings();
+      Reader value("1001\nSpan = 5\nShape = " + std::string(length, fill) + "\n");
+      value.ReadSettings();
+      EXPECT_EQ(5.0, value.object->Span) << length << fill;
+    }
+  }
+}
+
+TEST(CellSettings, OneEndlessLineDoesNoHarm) {
+  ExpectStartedAnew(std::string(1 << 20, 'x'));
+  Reader reader("1001 " + std::string(1 << 20, 'x'));
+  EXPECT_EQ("", reader.ReadSettings());
+  reader.ExpectValues(0.0, 0);  // pieces without "=" and newline: the value is the last character, an x
+}
+
+TEST(CellSettings, NulBytesEndALineEarlyAndDoNoHarm) {
+  const std::string nul(1, '\0');
+  Reader reader("1001" + nul + "x\nSpan = 25" + nul + "9\nShape = 1" + nul + "\n");
+  EXPECT_EQ(kShapeOn, reader.ReadSettings());
+  reader.ExpectValues(25.0, 1);
+  ExpectStartedAnew(nul + "1001\nSpan = 25\nShape = 1\n");
+}
+
+TEST(CellSettings, AllByteValuesDoNoHarm) {
+  std::string bytes;
+  for (int i = 0; i < 4096; ++i) bytes += static_cast<char>(i * 7 % 256);
+  ExpectStartedAnew(bytes);
+  Reader reader("1001\n" + bytes + "\n" + bytes);
+  reader.ReadSettings();
+  EXPECT_EQ("1001\n" + bytes + "\n" + bytes, reader.folder.Read());
+}
+
+// -------------------------------------------------------------------------- what cannot be opened or written
+
+TEST(CellSettings, MissingFolderKeepsTheValues) {
+  Reader reader;
+  std::filesystem::remove_all(reader.folder.Path());
+  EXPECT_EQ(kDefaultLine, reader.ReadSettings());
+  reader.ExpectValuesKept();
+  EXPECT_FALSE(reader.folder.Exists());
+}
+
+TEST(CellSettings, FolderOfThatNameStaysAndDoesNoHarm) {
+  Reader reader;
+  const std::string inside = reader.folder.SettingsFileName() + "/file";
+  std::filesystem::create_directory(reader.folder.SettingsFileName());
+  std::ofstream(inside) << "content";
+  reader.ReadSettings();
+  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
+  EXPECT_EQ(7U, std::filesystem::file_size(inside));
+  EXPECT_NE(1, reader.object->iShape_Normalize);
+}
+
+/// Gives up the rights of the superuser for its lifetime, so that permissions count.
+class WithoutPrivileges {
+ public:
+  WithoutPrivileges() {
+    if (geteuid() == 0 && seteuid(65534) == 0) wasRoot_ = true;
+  }
+  ~WithoutPrivileges() {
+    if (wasRoot_ && seteuid(0) != 0) ADD_FAILURE() << "the superuser's rights did not come back";
+  }
+  WithoutPrivileges(const WithoutPrivileges&) = delete;
+  WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+  bool Effective() const { return geteuid() != 0; }
+
+ private:
+  bool wasRoot_ = false;
+};
+
+/// Reads the settings under the given permissions of file and folder, for everybody alike.
+/// @return whether this user can be kept from anything by permissions
+bool ReadUnderPermissions(Reader& reader, mode_t file, mode_t folder, std::string& printed) {
+  if (reader.folder.Exists()) {
+    EXPECT_EQ(0, chmod(reader.folder.SettingsFileName().c_str(), file));
+  }
+  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), folder));
+  bool effective = false;
+  {
+    const WithoutPrivileges asAnyone;
+    effective = asAnyone.Effective();
+    if (effective) printed = reader.ReadSettings();
+  }
+  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), 0777));
+  return effective;
+}
+
+constexpr mode_t kNone = 0, kRead = 0444, kWritable = 0777, kReadOnlyFolder = 0555;
+
+TEST(CellSettings, UnreadableFileIsReplacedByTheDefaults) {
+  Reader reader(Settings("25", "1"));
+  std::string printed;
+  if (!ReadUnderPermissions(reader, kNone, kWritable, printed))
+    GTEST_SKIP() << "permissions do not bind this user";
+  EXPECT_EQ(kDefaultLine + "\n" + kDefaultLine, printed);
+  EXPECT_EQ(DefaultSettings(), reader.folder.Read());
+  reader.ExpectValues(500.0, 0);
+}
+
+TEST(CellSettings, UnreadableFileInAReadOnlyFolderKeepsTheValues) {
+  Reader reader(Settings("25", "1"));
+  std::string printed;
+  if (!ReadUnderPermissions(reader, kNone, kReadOnlyFolder, printed))
+    GTEST_SKIP() << "permissions do not bind this user";
+  EXPECT_EQ(kDefaultLine + "\n", printed);
+  reader.ExpectValuesKept();
+  chmod(reader.folder.SettingsFileName().c_str(), kRead);
+  EXPECT_EQ(Settings("25", "1"), reader.folder.Read());
+}
+
+TEST(CellSettings, ForeignFileThatCannotBeDeletedIsReadByPlace) {
+  Reader reader("1002\nSpan = 25\nShape = 1\n");
+  std::string printed;
+  if (!ReadUnderPermissions(reader, kRead, kReadOnlyFolder, printed))
+    GTEST_SKIP() << "permissions do not bind this user";
+  EXPECT_EQ(kShapeOn, printed);
+  reader.ExpectValues(25.0, 1);
+  EXPECT_EQ("1002\nSpan = 25\nShape = 1\n", reader.folder.Read());
+}
+
+TEST(CellSettings, ReadOnlyFolderWithoutAFileKeepsTheValues) {
+  Reader reader;
+  std::string printed;
+  if (!ReadUnderPermissions(reader, kRead, kReadOnlyFolder, printed))
+    GTEST_SKIP() << "permissions do not bind this user";
+  EXPECT_EQ(kDefaultLine, printed);
+  EXPECT_FALSE(reader.folder.Exists());
+  reader.ExpectValuesKept();
+}
+
+TEST(CellSettings, ReadOnlyFileOfItsOwnIsRead) {
+  Reader reader(Settings("25", "1"));
+  std::string printed;
+  if (!ReadUnderPermissions(reader, kRead, kReadOnlyFolder, printed))
+    GTEST_SKIP() << "permissions do not bind this user";
+  EXPECT_EQ(kShapeOn, printed);
+  reader.ExpectValues(25.0, 1);
+}
+
+}  // namespace
+}  // namespace rbf_cell_test

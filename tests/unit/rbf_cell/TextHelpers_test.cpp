@@ -1,0 +1,167 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "rbf_cell/CZynRBFInternalObject.h"
+
+// How a settings line is split and how the settings file gets its name.
+
+namespace {
+
+struct Split {
+  int status;
+  std::string key, value;
+};
+
+bool operator==(const Split& a, const Split& b) {
+  return a.status == b.status && a.key == b.key && a.value == b.value;
+}
+
+std::ostream& operator<<(std::ostream& out, const Split& split) {
+  return out << split.status << " [" << split.key << "] [" << split.value << "]";
+}
+
+Split SplitLine(const std::string& line) {
+  char key[2048], value[2048];
+  std::memset(key, '#', sizeof key);
+  std::memset(value, '#', sizeof value);
+  CZynRBFInternalObject object;
+  const int status = object.StrCopyAB(line.c_str(), key, value);
+  return {status, key, value};
+}
+
+Split Is(int status, const char* key, const char* value) { return {status, key, value}; }
+
+TEST(SettingsLine, IsSplitAtTheEqualsSign) { EXPECT_EQ(Is(1, "Span", "500"), SplitLine("Span = 500\n")); }
+
+TEST(SettingsLine, KeepsTrailingBlanksOfTheValue) {
+  EXPECT_EQ(Is(1, "Span", "500  "), SplitLine("Span  =   500  \n"));
+}
+
+TEST(SettingsLine, WithoutAKeyHasNoValueEither) { EXPECT_EQ(Is(1, "", ""), SplitLine("=5\n")); }
+
+TEST(SettingsLine, WithBlanksForAKeyHasNoValueEither) { EXPECT_EQ(Is(1, "", ""), SplitLine("   =5\n")); }
+
+TEST(SettingsLine, WithoutEqualsSignHasNoValue) { EXPECT_EQ(Is(0, "abc", ""), SplitLine("abc\n")); }
+
+TEST(SettingsLine, WithoutEqualsSignAndNewlineHasItsLastCharacterForAValue) {
+  EXPECT_EQ(Is(0, "abc", "c"), SplitLine("abc"));
+}
+
+TEST(SettingsLine, WithoutEqualsSignEndingInABlankHasABlankForAValue) {
+  EXPECT_EQ(Is(0, "abc", " "), SplitLine("abc "));
+}
+
+TEST(SettingsLine, EndingInTheEqualsSignHasItForAValue) { EXPECT_EQ(Is(1, "a", "="), SplitLine("a =")); }
+
+TEST(SettingsLine, EndingInBlanksAfterTheEqualsSignHasAllOfThatForAValue) {
+  EXPECT_EQ(Is(1, "a", "=  "), SplitLine("a =  "));
+}
+
+TEST(SettingsLine, WithOnlyANewlineAfterTheEqualsSignHasAnEmptyValue) {
+  EXPECT_EQ(Is(1, "a", ""), SplitLine("a =\n"));
+  EXPECT_EQ(Is(1, "a", ""), SplitLine("a =   \n"));
+}
+
+TEST(SettingsLine, OfANewlineAloneIsEmpty) { EXPECT_EQ(Is(0, "", ""), SplitLine("\n")); }
+
+TEST(SettingsLine, OfBlanksAloneIsEmpty) { EXPECT_EQ(Is(0, "", ""), SplitLine("   \n")); }
+
+TEST(SettingsLine, OfLengthZeroIsEmpty) { EXPECT_EQ(Is(0, "", ""), SplitLine("")); }
+
+TEST(SettingsLine, LosesTheBlanksInItsKey) {
+  EXPECT_EQ(Is(1, "ShapeNormalize", "1"), SplitLine(" Shape Normalize   = 1\n"));
+}
+
+TEST(SettingsLine, KeepsTheBlanksInItsValue) {
+  EXPECT_EQ(Is(1, "key", "one two  three"), SplitLine("key = one two  three\n"));
+}
+
+TEST(SettingsLine, KeepsTabsInKeyAndValue) {
+  EXPECT_EQ(Is(1, "k\tey\t", "\tvalue\t"), SplitLine("k\tey\t=\tvalue\t\n"));
+}
+
+TEST(SettingsLine, KeepsACarriageReturnInItsValue) {
+  EXPECT_EQ(Is(1, "Span", "500\r"), SplitLine("Span = 500\r\n"));
+  EXPECT_EQ(Is(0, "abc\r", ""), SplitLine("abc\r\n"));
+}
+
+TEST(SettingsLine, IsSplitAtTheFirstOfSeveralEqualsSigns) {
+  EXPECT_EQ(Is(1, "a", "b = c"), SplitLine("a = b = c\n"));
+  EXPECT_EQ(Is(1, "a", "=b"), SplitLine("a ==b\n"));
+}
+
+TEST(SettingsLine, LosesNewlinesInItsKey) { EXPECT_EQ(Is(1, "abcd", "5"), SplitLine("ab\ncd = 5\n")); }
+
+TEST(SettingsLine, EndsItsValueAtTheFirstNewline) { EXPECT_EQ(Is(1, "a", "b"), SplitLine("a = b\nc\n")); }
+
+TEST(SettingsLine, WithoutNewlineEndsItsValueAtItsEnd) { EXPECT_EQ(Is(1, "a", "500"), SplitLine("a = 500")); }
+
+TEST(SettingsLine, OfBytesAbove127IsSplitLikeAnyOther) {
+  EXPECT_EQ(Is(1, "\xff\x80", "\xc3\xa9"), SplitLine("\xff\x80 = \xc3\xa9\n"));
+}
+
+TEST(SettingsLine, WritesNothingBeyondTheTerminators) {
+  char key[8], value[8];
+  std::memset(key, '#', sizeof key);
+  std::memset(value, '#', sizeof value);
+  CZynRBFInternalObject object;
+  object.StrCopyAB("ab = 12\n", key, value);
+  EXPECT_EQ(0, std::memcmp("ab\0#####", key, 8));
+  EXPECT_EQ(0, std::memcmp("12\0#####", value, 8));
+}
+
+// ------------------------------------------------------------------------------------------- the file's name
+
+std::string Renamed(std::string name, const char* extension = ".rbf") {
+  char result[2048];
+  std::memset(result, '#', sizeof result);
+  CZynRBFInternalObject object;
+  const std::string before = name;
+  EXPECT_EQ(1, object.ChangeFileName(result, extension, name.data()));
+  EXPECT_EQ(before, name) << "the source is only read";
+  return result;
+}
+
+TEST(SettingsFileName, ReplacesTheLastFourCharacters) {
+  EXPECT_EQ("case.rbf", Renamed("case.xyz"));
+  EXPECT_EQ("/some/folder/case.rbf", Renamed("/some/folder/case.xyz"));
+}
+
+TEST(SettingsFileName, DoesNotAskWhetherTheyAreAnExtension) {
+  EXPECT_EQ("cas.rbf", Renamed("case.ab"));
+  EXPECT_EQ("case..rbf", Renamed("case.long"));
+  EXPECT_EQ(".rbf", Renamed("case"));
+}
+
+TEST(SettingsFileName, OfANameOfFourCharactersIsTheExtension) { EXPECT_EQ(".rbf", Renamed(".xyz")); }
+
+TEST(SettingsFileName, OfAShorterNameIsTheExtension) {
+  for (const char* const name : {"", "a", "ab", "abc"}) EXPECT_EQ(".rbf", Renamed(name));
+}
+
+TEST(SettingsFileName, TakesAnyExtension) {
+  EXPECT_EQ("case", Renamed("case.xyz", ""));
+  EXPECT_EQ("case.settings", Renamed("case.xyz", ".settings"));
+}
+
+TEST(SettingsFileName, OfTheLongestNameThatFitsIsWhole) {
+  const std::string stem(1019, 's');
+  EXPECT_EQ(stem + ".rbf", Renamed(stem + ".xyz"));
+}
+
+TEST(SettingsFileName, OfALongerNameIsCutAt1023Characters) {
+  for (const std::size_t length : {1024U, 1025U, 1500U, 5000U}) {
+    const std::string name = std::string(length, 's');
+    EXPECT_LE(Renamed(name).size(), 1023U) << length;
+    EXPECT_EQ(std::string(1000, 's'), Renamed(name).substr(0, 1000)) << length;
+  }
+}
+
+TEST(SettingsFileName, WithALongExtensionIsCutAt1023Characters) {
+  const std::string extension = "." + std::string(2000, 'e');
+  EXPECT_EQ(("case" + extension).substr(0, 1023), Renamed("case.xyz", extension.c_str()));
+}
+
+}  // namespace
