@@ -198,7 +198,7 @@ TEST(LoadMesh, ReportsItsStagesOnRank0InOrder) {
   std::vector<std::string> stages;
   const auto progress = [&stages](const std::string& stage) { stages.push_back(stage); };
   LoadMesh(MPI_COMM_WORLD, folder.File("cubes.msh"), {}, progress);
-  LoadMesh(MPI_COMM_WORLD, "box:4,1,1", {}, progress);
+  LoadMesh(MPI_COMM_WORLD, "box:8,8,1", {}, progress);
   const std::vector<std::string> expected = {"reading", "partitioning", "distributing",
                                              "tables",  "generating",   "tables"};
   EXPECT_EQ(stages, Rank() == 0 ? expected : std::vector<std::string>());
