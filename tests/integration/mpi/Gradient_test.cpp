@@ -7,6 +7,7 @@
 
 #include "MpiTestSupport.h"
 #include "gradient/COperatorGradient.h"
+#include "reference_host/BoundaryGroups.h"
 #include "reference_host/BoxMesh.h"
 #include "tests/property/meshes/PartitionedGradients.h"
 
@@ -41,7 +42,8 @@ void ExpectGradientOfWhole(LoadedMesh& mesh, const std::vector<double> (&g)[3],
 TEST(GradientOverMpi, AgreesWithThatOfTheWholeMeshForEveryMethod) {
   for (const std::string text :
        {"box:6,5,4:perturb=0.2,seed=4", "box:4,4,3:tet:perturb=0.1", "box:5,4,3:prism"}) {
-    const FaceMesh whole = MakeBox(ParseBoxSpec(text));
+    FaceMesh whole = MakeBox(ParseBoxSpec(text));
+    for (Patch& patch : whole.patches) patch.group = GroupByName(patch.name, patch.type);
     LoadedMesh mesh = Load(text);
     for (const partitioned::Method& method : partitioned::AllMethods()) {
       SCOPED_TRACE(text + ", " + method.name);
