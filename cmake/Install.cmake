@@ -1,13 +1,15 @@
 # Installation: headers in their folders under include/Zyn3dGradOp, the CMake package and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY host foundation gradient DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp
+install(DIRECTORY host foundation gradient rbf_cell DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp
         FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY reference_host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h")
 
-install(TARGETS Zyn3dGradOp Zyn3dGradOp_host EXPORT Zyn3dGradOpTargets)
+install(TARGETS Zyn3dGradOp Zyn3dGradOp_host Zyn3dGradOp_search_tree EXPORT Zyn3dGradOpTargets)
 install(TARGETS Zyn3dGradOp_reference_host EXPORT Zyn3dGradOpTargets)
 if(TARGET zyngrad)
+  # The tool finds the libraries beside it, wherever the prefix is moved to.
+  set_target_properties(zyngrad PROPERTIES INSTALL_RPATH $ORIGIN/../${CMAKE_INSTALL_LIBDIR})
   install(TARGETS zyngrad)
 endif()
 install(EXPORT Zyn3dGradOpTargets NAMESPACE Zyn3dGradOp:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Zyn3dGradOp)

@@ -92,6 +92,7 @@ int COperatorGradientImpl::ResetMaxGradientIterationNumber(int n) {
 int COperatorGradientImpl::Initialize() {
   int status = 0;
   if (m_iGradType == kLeastSquaresType) GatherLeastSquaresMoments();
+  if (m_iGradType == kRadialBasisType) status = SetUpRadialBasisOperator();
   m_pCom->AllMin(status);
   return status < 0 ? kFailure : kSuccess;
 }
@@ -109,6 +110,8 @@ void COperatorGradientImpl::GradMethod(double* phi, double* gx, double* gy, doub
       LeastSquares(phi, gx, gy, gz);
       return;
     case kRadialBasisType:
+      RadialBasis(phi, gx, gy, gz);
+      return;
     case kNoGradientType:
       return;
     default:

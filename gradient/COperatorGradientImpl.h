@@ -69,6 +69,10 @@ class COperatorGradientImpl {
   void GatherLeastSquaresRightHandSides(double const* phi);
   bool SolveLeastSquares(double* gx, double* gy, double* gz) const;
 
+  // RadialBasis.cpp
+  int SetUpRadialBasisOperator();
+  void RadialBasis(double* phi, double* gx, double* gy, double* gz);
+
   // Exchange.cpp
   void ExchangeThree(double* ax, double* ay, double* az);
   void ExchangeNine(double* const g[9]);
