@@ -199,11 +199,12 @@ Dual Expression::ValueAndGradient(double x, double y, double z) const {
 }
 
 std::string FunctionNames() {
-  std::string names;
+  std::string names[2];
   for (const auto& [name, function] : ExpressionCompiler::Functions()) {
-    names += (names.empty() ? "" : " ") + name + (function.nArguments == 1 ? "(a)" : "(a,b)");
+    std::string& list = names[function.nArguments - 1];
+    list += (list.empty() ? "" : ", ") + name;
   }
-  return names;
+  return names[0] + " of one and " + names[1] + " of two arguments";
 }
 
 }  // namespace zyngrad

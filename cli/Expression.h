@@ -48,7 +48,8 @@ class Expression {
   std::vector<Instruction> program_;  ///< in postfix order
 };
 
-/// The functions with their arguments, for help texts: "sin(a) cos(a) ... atan2(a,b) ...".
+/// The functions with their arguments, for help texts: "abs, acos, ... of one and atan2, ... of two
+/// arguments".
 std::string FunctionNames();
 
 }  // namespace zyngrad

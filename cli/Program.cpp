@@ -1,8 +1,6 @@
 #include "cli/Program.h"
 
-#include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
+#include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -18,6 +16,8 @@
 namespace zyngrad {
 namespace {
 
+using Commands = std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>>;
+
 void PrintError(const std::string& what) { std::cerr << "zyngrad: " + OneLine(what) + '\n' << std::flush; }
 
 int FailTogether(const Ranks& ranks, const std::string& what) {
@@ -31,10 +31,19 @@ int FailAlone(const Ranks& ranks, const std::string& what) {
   return kWrongInput;
 }
 
+/// CLI11 would call a mistyped command an unexpected argument.
+void CheckCommandName(const Commands& commands, const std::vector<std::string>& arguments) {
+  if (arguments.empty() || arguments.front().rfind('-', 0) == 0) return;
+  for (const auto& [subcommand, command] : commands) {
+    if (subcommand->get_name() == arguments.front()) return;
+  }
+  throw UsageError("unknown command " + Quoted(arguments.front()) + " (see zyngrad --help)");
+}
+
 /// The command that was asked for, null after --help and --version, whose text has then been printed.
 /// Throws UsageError.
-Command* Parse(CLI::App& program, const std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>>& commands,
-               std::vector<std::string> arguments, const Ranks& ranks) {
+Command* Parse(CLI::App& program, const Commands& commands, std::vector<std::string> arguments,
+               const Ranks& ranks) {
   try {
     program.parse(
         std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // CLI11 takes them from the back
@@ -60,12 +69,13 @@ void ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) 
       "`zyngrad COMMAND --help` tells the options of a command and shows examples.\n"
       "Every command runs alone or under mpirun: mpirun -n 2 zyngrad COMMAND ...");
 
-  std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>> commands;
+  Commands commands;
   for (auto make : {MakeGradientCommand, MakeInfoCommand}) {
     std::unique_ptr<Command> command = make();
     CLI::App* subcommand = command->AddTo(program);
     commands.emplace_back(subcommand, std::move(command));
   }
+  CheckCommandName(commands, arguments);
   Command* command = Parse(program, commands, arguments, ranks);
   if (command != nullptr) command->Run(ranks);
   ranks.Together([] {

@@ -1,0 +1,305 @@
+#!/usr/bin/env bash
+# Runs zyngrad as a user would: whole commands, on one and several ranks, with right and wrong input.
+#   run_cli_tests.sh ZYNGRAD_BINARY MPIRUN DATA_DIR
+# One line per check, then "N passed, M failed"; exit code 1 if any failed.
+set -u
+
+zyngrad=$(realpath "$1")
+mpirun=$2
+data=$(realpath "$3")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+
+export OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 OMPI_MCA_rmaps_base_oversubscribe=1
+export OMPI_MCA_mpi_yield_when_idle=1 OMPI_MCA_btl_vader_single_copy_mechanism=none OMP_NUM_THREADS=1
+: "${OMPI_MCA_plm:=isolated}"
+export OMPI_MCA_plm
+
+passed=0
+failed=0
+
+check() {  # check NAME COMMAND...: the command must succeed
+  local name=$1
+  shift
+  if "$@"; then
+    passed=$((passed + 1))
+    echo "ok      $name"
+  else
+    failed=$((failed + 1))
+    echo "FAILED  $name"
+    sed 's/^/        | /' stdout stderr 2>/dev/null | head -n 40
+  fi
+}
+
+run() {  # run RANKS ARGS...: stdout, stderr and the exit code into files; a hang ends after two minutes
+  local ranks=$1
+  shift
+  if [ "$ranks" = 1 ]; then
+    timeout 120 "$zyngrad" "$@" >stdout 2>stderr </dev/null
+  else
+    timeout 120 "$mpirun" -n "$ranks" "$zyngrad" "$@" >stdout 2>stderr </dev/null
+  fi
+  code=$?
+}
+
+contains() { grep -qF -- "$2" "$1"; }
+exited() { [ "$code" = "$1" ]; }
+
+# The value of the N-th occurrence of a number in the results file, counted from 1.
+number() {  # number FILE KEY N
+  grep -o "\"$2\": [-+0-9.e]*" "$1" | sed -n "$3p" | sed 's/.*: //'
+}
+
+below() {  # below VALUE LIMIT
+  [ -n "$1" ] && awk -v a="$1" -v b="$2" 'BEGIN { exit !(a + 0 < b + 0) }'
+}
+
+no_parts_left() { [ -z "$(find . -name '*.part')" ]; }
+
+# Byte count of a raw-appended grid file against what its own arrays announce is the business of the unit tests; here: it
+# is there, closed, and has the arrays.
+grid_has() {  # grid_has FILE ARRAY...
+  local file=$1 array
+  shift
+  [ "$(tail -c 11 "$file" | tr -d '\n')" = "</VTKFile>" ] || return 1
+  for array in "$@"; do grep -aqF "Name=\"$array\"" "$file" || return 1; done
+}
+
+# --- small meshes of our own: polyhedra, a pyramid -------------------------------------------------------------------
+
+# Two cubes side by side; the square between them is two faces, so both cells are polyhedra of seven faces.
+two_polyhedra() {  # two_polyhedra FOLDER NAME: all boundary faces in one patch of that name
+  mkdir -p "$1"
+  foam() { printf 'FoamFile\n{\n    version 2.0;\n    format ascii;\n    class %s;\n    object %s;\n}\n' "$1" "$2"; }
+  {
+    foam vectorField points
+    echo '14 ( (0 0 0) (1 0 0) (2 0 0) (0 1 0) (1 1 0) (2 1 0) (0 0 1) (1 0 1) (2 0 1) (0 1 1) (1 1 1) (2 1 1)'
+    echo '(1 0 0.5) (1 1 0.5) )'
+  } >"$1/points"
+  {
+    foam faceList faces
+    echo '12 ( 4(1 4 13 12) 4(12 13 10 7) 4(0 6 9 3) 4(0 3 4 1) 4(6 7 10 9) 5(0 1 12 7 6) 5(3 9 10 13 4)'
+    echo '4(2 5 11 8) 4(1 4 5 2) 4(7 8 11 10) 5(1 2 8 7 12) 5(4 13 10 11 5) )'
+  } >"$1/faces"
+  { foam labelList owner && echo '12 ( 0 0 0 0 0 0 0 1 1 1 1 1 )'; } >"$1/owner"
+  { foam labelList neighbour && echo '2 ( 1 1 )'; } >"$1/neighbour"
+  { foam polyBoundaryMesh boundary && echo "1 ( $2 { type patch; nFaces 10; startFace 2; } )"; } >"$1/boundary"
+}
+
+# A pyramid on the unit square with a tetrahedron on its side x = 1.
+pyramid_and_tetrahedron() {  # pyramid_and_tetrahedron FILE
+  cat >"$1" <<'MSH'
+$MeshFormat
+2.2 0 8
+$EndMeshFormat
+$PhysicalNames
+1
+2 1 "wall"
+$EndPhysicalNames
+$Nodes
+6
+1 0 0 0
+2 1 0 0
+3 1 1 0
+4 0 1 0
+5 0.5 0.5 1
+6 2 0.5 0.5
+$EndNodes
+$Elements
+9
+1 3 2 1 1 1 2 3 4
+2 2 2 1 1 1 2 5
+3 2 2 1 1 3 4 5
+4 2 2 1 1 4 1 5
+5 2 2 1 1 2 3 6
+6 2 2 1 1 3 5 6
+7 2 2 1 1 5 2 6
+8 7 2 2 1 1 2 3 4 5
+9 4 2 2 1 2 3 5 6
+$EndElements
+MSH
+}
+
+# --- help and version ------------------------------------------------------------------------------------------------
+
+for ranks in 1 2; do
+  run $ranks --version
+  check "--version on $ranks ranks: exit code 0" exited 0
+  check "--version on $ranks ranks: printed once" [ "$(grep -c '^zyngrad [0-9]' stdout)" = 1 ]
+  run $ranks --help
+  check "--help on $ranks ranks names the commands" contains stdout "gradient"
+  run $ranks gradient --help
+  check "gradient --help on $ranks ranks: exit code 0" exited 0
+  check "gradient --help on $ranks ranks shows examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
+  run $ranks info --help
+  check "info --help on $ranks ranks shows examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
+done
+
+# --- gradient, all methods -------------------------------------------------------------------------------------------
+
+for ranks in 1 2 4; do
+  for mesh in box:6,5,4 box:5,4,4:tet:perturb=0.2,seed=3 box:4,4,4:prism; do
+    run $ranks gradient "$mesh" --field "1 + 2*x - 3*y + 4*z" -o "linear-$ranks"
+    check "linear field, $mesh, $ranks ranks: exit code 0" exited 0
+    check "linear field, $mesh, $ranks ranks: nothing on stderr" [ ! -s stderr ]
+    for method in plain iterated weighted lsq vector; do
+      check "linear field, $mesh, $ranks ranks: row of $method" grep -q "^  $method  *interior" stdout
+    done
+    # The fourth method is lsq; each has its l2 for interior and for boundary cells.
+    check "linear field, $mesh, $ranks ranks: lsq exact in interior cells" \
+      below "$(number "linear-$ranks/results.json" l2 7)" 1e-12
+    check "linear field, $mesh, $ranks ranks: lsq exact in boundary cells" \
+      below "$(number "linear-$ranks/results.json" l2 8)" 1e-12
+    check "linear field, $mesh, $ranks ranks: no unfinished file" no_parts_left
+    if [ $ranks = 1 ]; then
+      check "linear field, $mesh: grid with all arrays" grid_has linear-1/gradient.vtu field exact_gradient \
+        gradient_plain error_plain gradient_iterated gradient_weighted gradient_lsq gradient_vector error_vector rank cell
+    else
+      check "linear field, $mesh, $ranks ranks: index lists $ranks pieces" \
+        [ "$(grep -c '<Piece Source="gradient/gradient' "linear-$ranks/gradient.pvtu")" = "$ranks" ]
+      check "linear field, $mesh, $ranks ranks: last piece is there" \
+        grid_has "linear-$ranks/gradient/gradient.000$((ranks - 1)).vtu" field error_lsq rank
+    fi
+    check "linear field, $mesh, $ranks ranks: a log per rank" [ -f "linear-$ranks/log.rank$((ranks - 1)).txt" ]
+  done
+  run $ranks gradient box:6,6,6 --field "x*y" --field "y*z" --field "sin(z)" --method vector -o "vector-$ranks"
+  check "vector of three fields, $ranks ranks" exited 0
+  check "vector of three fields, $ranks ranks: a row each" [ "$(grep -c '^  vector\.[123] ' stdout)" = 3 ]
+done
+
+# The same question on 1, 2 and 4 ranks has the same answer; sums run in another order, so not to the last bit.
+for ranks in 1 2 4; do run $ranks gradient box:8,8,8 --field "sin(3*x)*y + z^2" -o "same-$ranks"; done
+for entry in 1 2 3 4 5 6 7 8 9 10; do
+  for ranks in 2 4; do
+    a=$(number same-1/results.json l2 $entry)
+    b=$(number same-$ranks/results.json l2 $entry)
+    check "l2 number $entry agrees between 1 and $ranks ranks ($a, $b)" \
+      awk -v a="$a" -v b="$b" 'BEGIN { d = a - b; exit !(a != "" && d <= 1e-12 * a && -d <= 1e-12 * a) }'
+  done
+done
+
+run 2 gradient box:6,6,6 --field "x^2" -o blocking
+run 2 gradient box:6,6,6 --field "x^2" -o non-blocking --non-blocking
+check "non-blocking exchanges give the same errors" [ "$(grep '"l2"' blocking/results.json)" = "$(grep '"l2"' non-blocking/results.json)" ]
+run 2 gradient box:6,6,6 --field "x^2" -o blocking-again
+check "a second run gives the same bits" [ "$(grep -E '"(l1|l2|max)"' blocking/results.json)" = "$(grep -E '"(l1|l2|max)"' blocking-again/results.json)" ]
+
+run 1 gradient box:6,6,6:tet --field "x^2 + y" --method iterated --sweeps 5 --repeat 1 -o iterated
+check "iterated with --sweeps" contains iterated/results.json '"sweeps": 5'
+run 1 gradient box:6,6,6 --field -x --method plain -o minus
+check "a formula may begin with a minus" exited 0
+run 1 gradient --field x box:3,3,3 --method weighted --weight "1+x" -o weighted
+check "options may come before the mesh" exited 0
+run 1 gradient box:1,1,1 --field "x+y" -o one-cell
+check "one cell" exited 0
+run 4 gradient box:4,1,1 --field "x+y" -o four-cells
+check "four cells on four ranks" exited 0
+
+mkdir kept
+run 2 gradient box:4,4,4 --field x -o kept
+check "an existing folder is used" [ -f kept/gradient.pvtu ]
+run 1 gradient box:4,4,4 --field x -o kept
+check "a later run on one rank removes the index of the earlier" [ ! -e kept/gradient.pvtu ]
+check "a later run on one rank removes the pieces of the earlier" [ ! -e kept/gradient ]
+check "a later run on one rank removes the logs of the earlier" [ ! -e kept/log.rank1.txt ]
+
+mkdir meshes
+two_polyhedra meshes/polyhedra/constant/polyMesh lid
+two_polyhedra meshes/walls wall
+pyramid_and_tetrahedron meshes/pyramid.msh
+for ranks in 1 2; do
+  run $ranks gradient meshes/polyhedra --group lid=wall --field "x+2*y" -o polyhedra-$ranks
+  check "polyhedra on $ranks ranks: exit code 0" exited 0
+  check "polyhedra on $ranks ranks: lsq exact" below "$(number polyhedra-$ranks/results.json l2 8)" 1e-12
+  run $ranks gradient meshes/pyramid.msh --field "x+2*y" -o pyramid-$ranks
+  check "pyramid and tetrahedron on $ranks ranks: exit code 0" exited 0
+  check "pyramid and tetrahedron on $ranks ranks: lsq exact" below "$(number pyramid-$ranks/results.json l2 8)" 1e-12
+  run $ranks info meshes/walls
+  check "info on polyhedra on $ranks ranks" grep -q "^  wall  *wall  *10$" stdout
+done
+check "polyhedra are written with their faces" grid_has polyhedra-1/gradient.vtu faces faceoffsets
+
+# --- info ------------------------------------------------------------------------------------------------------------
+
+for ranks in 1 2 4; do
+  run $ranks info box:4,4,4
+  check "info on $ranks ranks: exit code 0" exited 0
+  check "info on $ranks ranks: patches with groups" grep -q "^  wall_ymin  *wall  *16$" stdout
+  check "info on $ranks ranks: printed once" [ "$(grep -c 'skewness' stdout)" = 1 ]
+done
+
+# --- wrong input -----------------------------------------------------------------------------------------------------
+
+echo "no mesh" >text.msh
+echo "no mesh" >picture.png
+touch a-file
+ls -A >before
+
+wrong() {  # wrong NAME TEXT ARGS...: exit code 2, one line with TEXT, no file left; on 1 and 2 ranks
+  local name=$1 text=$2 ranks
+  shift 2
+  for ranks in 1 2; do
+    run $ranks "$@"
+    check "$name, $ranks ranks: exit code 2" exited 2
+    check "$name, $ranks ranks: one line" [ "$(grep -c '^zyngrad: ' stderr)" = 1 ]
+    check "$name, $ranks ranks: says what" contains <(grep '^zyngrad: ' stderr) "$text"
+    [ "$ranks" = 1 ] && check "$name: nothing else on stderr" [ "$(wc -l <stderr)" = 1 ]
+    check "$name, $ranks ranks: no file left" [ "$(ls -A | grep -vxE 'stdout|stderr')" = "$(grep -vxE 'stdout|stderr' before)" ]
+  done
+}
+
+wrong "missing file" "missing.msh" gradient missing.msh --field x
+wrong "missing folder" "nowhere/polyMesh" info nowhere/polyMesh
+wrong "unknown format" "picture.png" gradient picture.png --field x
+wrong "not a mesh" "text.msh" gradient text.msh --field x
+wrong "empty mesh name" "" info ""
+wrong "open bracket" "expression \"sin(x\": column 6: expected ')'" gradient box:3,3,3 --field "sin(x"
+wrong "unknown name" 'column 3: unknown name "u"' gradient box:3,3,3 --field "x+u"
+wrong "bad weight" 'expression "1+": column 3' gradient box:3,3,3 --field x --weight "1+"
+wrong "expression of two lines" 'column 2' gradient box:3,3,3 --field $'x\nzyngrad: y'
+wrong "field not finite" 'the field "log(x)" is -inf at a face of "inlet"' gradient box:3,3,3 --field "log(x)"
+wrong "field not finite on one rank" "at cell 8 at (0.9375" gradient box:8,1,1 --field "1/(x-0.9375)"
+wrong "weight not finite" 'the weight "1/y"' gradient box:3,3,3 --field x --weight "1/y"
+wrong "unknown method" 'unknown method "best"' gradient box:3,3,3 --field x --method best
+wrong "no field" "--field" gradient box:3,3,3
+wrong "no mesh" "MESH" gradient --field x
+wrong "two fields" "one or three" gradient box:3,3,3 --field x --field y
+wrong "vector of one field" "method vector takes three --field, got 1" gradient box:3,3,3 --field x --method vector
+wrong "plain of three fields" "method plain takes one --field, got 3" gradient box:3,3,3 --field x --field y --field z --method plain
+wrong "sweeps not a number" '--sweeps "many"' gradient box:3,3,3 --field x --sweeps many
+wrong "negative sweeps" '--sweeps "-1"' gradient box:3,3,3 --field x --sweeps -1
+wrong "no repeats" '--repeat "0"' gradient box:3,3,3 --field x --repeat 0
+wrong "unknown option" "--colour" gradient box:3,3,3 --field x --colour red
+wrong "unknown command" 'unknown command "grad"' grad box:3,3,3
+wrong "no command" "a command is required"
+wrong "two meshes" "box:4,4,4" info box:3,3,3 box:4,4,4
+wrong "unknown group" '--group "wall_ymin=door"' info box:3,3,3 --group wall_ymin=door
+wrong "boundary without a group" "lid" gradient meshes/polyhedra --field x
+wrong "boundary without a group, info" "lid" info meshes/polyhedra
+wrong "group of no boundary" "lid" info box:3,3,3 --group lid=wall
+wrong "box without sizes" "box:" info box:
+wrong "box of no cells" "box:0,3,3" info box:0,3,3
+wrong "box of odd shape" "ball" info box:3,3,3:ball
+wrong "folder below a file" "a-file" gradient box:3,3,3 --field x -o a-file/below
+wrong "folder is a file" "a-file" gradient box:3,3,3 --field x -o a-file
+wrong "folder without a name" "output folder" gradient box:3,3,3 --field x -o ""
+wrong "folder that cannot be written" "/proc/zyngrad" gradient box:3,3,3 --field x -o /proc/zyngrad
+
+run 4 gradient box:3,1,1 --field x
+check "more ranks than cells: exit code 2" exited 2
+check "more ranks than cells: one line" [ "$(grep -c '^zyngrad: ' stderr)" = 1 ]
+check "more ranks than cells: no folder left" [ ! -e zyngrad-output ]
+
+# --- meshes of the repository ----------------------------------------------------------------------------------------
+
+for mesh in "$data"/*.msh; do
+  [ -f "$mesh" ] || continue
+  for ranks in 1 2; do
+    run $ranks info "$mesh"
+    check "info on $(basename "$mesh"), $ranks ranks" exited 0
+  done
+done
+
+echo "$passed passed, $failed failed"
+[ "$failed" = 0 ]
