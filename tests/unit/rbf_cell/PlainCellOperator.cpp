@@ -253,6 +253,14 @@ Triple PlainCellOperator::DeriveInnerFace(int f) {
   return {s[0], s[1], s[2]};
 }
 
+bool PlainCellOperator::HasCoincidentPoints(int cell) const {
+  const std::vector<int>& stencil = stencils[At(cell)];
+  for (std::size_t k = 0; k < stencil.size(); ++k)
+    for (std::size_t j = 0; j < k; ++j)
+      if (SquaredNorm(Difference(PointOf(stencil[k]), PointOf(stencil[j]))) == 0.0) return true;
+  return false;
+}
+
 Triple PlainCellOperator::Gradient(int cell, const std::vector<double>& phi) const {
   Triple sum{};
   for (std::size_t k = 0; k < stencils[At(cell)].size(); ++k) {

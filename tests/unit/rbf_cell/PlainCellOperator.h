@@ -57,6 +57,10 @@ class PlainCellOperator {
   /// Normal weights of inner face f: two weights and the multiplier.
   Triple DeriveInnerFace(int f);
 
+  /// Whether two members of a cell's stencil stand at one point, as a repeated member does and all side cells of
+  /// symmetry faces do. Its system then has no proper solution.
+  bool HasCoincidentPoints(int cell) const;
+
   Triple Gradient(int cell, const std::vector<double>& phi) const;
 
   const CellMesh& mesh;

@@ -416,6 +416,24 @@ TEST(CellWeights, TwoDoubledMembersLeaveTheRightHandSidesForWeights) {
   EXPECT_TRUE(SameAsPlainForm(mesh, 500.0, 0));
 }
 
+// Both side cells stand at the origin: two equal rows, a singular matrix, and again the right-hand sides.
+TEST(CellWeights, TwoSymmetryFacesOfACellLeaveTheRightHandSidesForWeights) {
+  CellMesh mesh;
+  mesh.AddInteriorCell({5.0, 5.0, 5.0});
+  mesh.AddSide(mesh.symmetry, 1, {5.5, 5.0, 5.0}, {6.0, 5.0, 5.0});
+  mesh.AddSide(mesh.symmetry, 1, {5.0, 5.5, 5.0}, {5.0, 6.0, 5.0});
+  mesh.AddSide(mesh.wall, 1, {4.5, 5.0, 5.0}, {4.0, 5.0, 5.0});
+  PlainCellOperator plain(mesh, 5.0, 0);
+  plain.Collate();
+  const DenseSystem system = plain.SystemOf(1);
+  TestBed bed(mesh, Settings("5", "0"));
+  bed.SetUpAndDerive();
+  for (int k = 1; k <= 5; ++k) {
+    const double* const rhs = &system.rightHandSides[static_cast<std::size_t>(3 * (k - 1))];
+    EXPECT_TRUE(SameRecord("weight", {rhs[0], rhs[1], rhs[2]}, 1, bed.object->m_ppRBFCellCoef[1][k])) << k;
+  }
+}
+
 TEST(CellWeights, OfStencilsWithDoublesEqualThePlainForm) {
   const std::vector<std::vector<int>> rows = {{2, 2},       {1},          {1, 1},
                                               {2, 3, 2, 3}, {4, 1, 4, 5}, {7, 6, 5, 7, 6, 5, 7}};

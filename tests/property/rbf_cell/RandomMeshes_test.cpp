@@ -1,0 +1,259 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "tests/unit/rbf_cell/LatticeMesh.h"
+#include "tests/unit/rbf_cell/TableComparison.h"
+#include "tests/unit/rbf_cell/TestBed.h"
+
+// The cell operator on random meshes of all cells: every table against the plain form bit for bit, and what holds
+// of the weights on any mesh.
+
+namespace rbf_cell_test {
+namespace {
+
+struct Variant {
+  Cells cells;
+  double span;
+  int shapeNormalize;
+};
+
+std::vector<Variant> AllVariants() {
+  std::vector<Variant> variants;
+  for (const Cells cells : kAllCells)
+    for (const double span : {500.0, 37.25, 5.0, 0.75, -3.0})
+      for (const int shape : {0, 1}) variants.push_back({cells, span, shape});
+  return variants;
+}
+
+std::string NameOf(const ::testing::TestParamInfo<Variant>& info) {
+  std::string name = Name(info.param.cells) + "_Span_" + std::to_string(info.param.span) +
+                     (info.param.shapeNormalize == 1 ? "_ShapeNormalised" : "_Plain");
+  for (char& c : name)
+    if (std::isalnum(static_cast<unsigned char>(c)) == 0) c = '_';
+  return name;
+}
+
+LatticeOptions Options(Cells cells, std::uint64_t seed, double jitter) {
+  LatticeOptions options;
+  options.cells = cells;
+  options.seed = seed;
+  options.jitter = jitter;
+  options.size = {1.0, 0.5 + 0.1 * static_cast<double>(seed), 2.0};
+  return options;
+}
+
+class RandomMeshes : public ::testing::TestWithParam<Variant> {
+ protected:
+  static std::string SettingsOf(const Variant& variant) {
+    return Settings(std::to_string(variant.span), std::to_string(variant.shapeNormalize));
+  }
+
+  static void ExpectSameAsPlainForm(const CellMesh& mesh, const Variant& variant) {
+    TestBed bed(mesh, SettingsOf(variant));
+    bed.SetUpAndDerive();
+    PlainCellOperator plain(mesh, variant.span, variant.shapeNormalize);
+    plain.Collate();
+    plain.DeriveAll();
+    EXPECT_TRUE(SameCollation(plain, *bed.object));
+    EXPECT_TRUE(SameStencils(plain, *bed.object));
+    EXPECT_TRUE(SameWeights(plain, *bed.object));
+    EXPECT_TRUE(SameResiduals(plain, *bed.object));
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(CellOperator, RandomMeshes, ::testing::ValuesIn(AllVariants()), NameOf);
+
+TEST_P(RandomMeshes, EqualThePlainFormBitForBit) {
+  for (std::uint64_t seed = 1; seed <= 3; ++seed)
+    ExpectSameAsPlainForm(LatticeMesh(Options(GetParam().cells, seed, 0.3)), GetParam());
+}
+
+// Without jitter many members are at one distance, and kernel values repeat within a matrix.
+TEST_P(RandomMeshes, WithTiesEqualThePlainFormBitForBit) {
+  ExpectSameAsPlainForm(LatticeMesh(Options(GetParam().cells, 5, 0.0)), GetParam());
+}
+
+TEST_P(RandomMeshes, WithDoubledMembersEqualThePlainFormBitForBit) {
+  Random random(9);
+  for (std::uint64_t seed = 1; seed <= 3; ++seed) {
+    CellMesh mesh = LatticeMesh(Options(GetParam().cells, seed, 0.2));
+    AddOddities(mesh, random);
+    ExpectSameAsPlainForm(mesh, GetParam());
+  }
+}
+
+// --------------------------------------------------------------------------------- properties of the weights
+
+// ||A w - b|| / (||A|| ||w|| + ||b||) in the largest norms, the products in extended precision: LU with row
+// exchanges leaves some tens of roundings at these orders, however bad the condition. Cells with two members
+// at one point, whose systems may be singular, are left out.
+double BackwardError(const DenseSystem& system, const CZynRBFInternalObject& object, int cell, int axis) {
+  const auto n = static_cast<std::size_t>(system.order);
+  const auto weight = [&](std::size_t j) {
+    const RBFnode& w = object.m_ppRBFCellCoef[cell][j + 1];
+    return axis == 0 ? w.x : axis == 1 ? w.y : w.z;
+  };
+  double residual = 0.0, normA = 0.0, normW = 0.0, normB = 0.0;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double b = system.rightHandSides[3 * i + static_cast<std::size_t>(axis)];
+    long double sum = -static_cast<long double>(b);
+    double row = 0.0;
+    for (std::size_t j = 0; j < n; ++j) {
+      const double a = system.matrix[n * i + j];
+      sum += static_cast<long double>(a) * static_cast<long double>(weight(j));
+      row += std::fabs(a);
+    }
+    residual = std::fmax(residual, static_cast<double>(std::fabs(sum)));
+    normA = std::fmax(normA, row);
+    normW = std::fmax(normW, std::fabs(weight(i)));
+    normB = std::fmax(normB, std::fabs(b));
+  }
+  return residual / (normA * normW + normB);
+}
+
+TEST_P(RandomMeshes, WeightsHaveABackwardErrorBelow1e12) {
+  const CellMesh mesh = LatticeMesh(Options(GetParam().cells, 1, 0.3));
+  TestBed bed(mesh, SettingsOf(GetParam()));
+  bed.SetUpAndDerive();
+  PlainCellOperator plain(mesh, GetParam().span, GetParam().shapeNormalize);
+  plain.Collate();
+  int tested = 0;
+  for (int c = 1; c <= mesh.nInnerCells; ++c) {
+    if (plain.HasCoincidentPoints(c)) continue;
+    const DenseSystem system = plain.SystemOf(c);
+    for (const int axis : {0, 1, 2}) EXPECT_LT(BackwardError(system, *bed.object, c, axis), 1e-12) << c;
+    ++tested;
+  }
+  EXPECT_GT(tested, mesh.nInnerCells / 4);
+}
+
+TEST_P(RandomMeshes, WeightsSumToZero) {
+  const CellMesh mesh = LatticeMesh(Options(GetParam().cells, 2, 0.3));
+  TestBed bed(mesh, SettingsOf(GetParam()));
+  bed.SetUpAndDerive();
+  PlainCellOperator plain(mesh, GetParam().span, GetParam().shapeNormalize);
+  plain.Collate();
+  for (int c = 1; c <= mesh.nInnerCells; ++c) {
+    if (plain.HasCoincidentPoints(c)) continue;
+    double x = 0.0, y = 0.0, z = 0.0, size = 0.0;
+    for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0]; ++k) {
+      const RBFnode& w = bed.object->m_ppRBFCellCoef[c][k];
+      x += w.x, y += w.y, z += w.z;
+      size += std::fabs(w.x) + std::fabs(w.y) + std::fabs(w.z);
+    }
+    for (const double sum : {x, y, z}) EXPECT_NEAR(0.0, sum, 1e-12 * size) << c;
+  }
+}
+
+/// The mesh with its points at f(point).
+template <typename Map>
+CellMesh Mapped(CellMesh mesh, Map f) {
+  for (Point& p : mesh.centres) p = f(p);
+  for (auto* const group :
+       {&mesh.inner, &mesh.wall, &mesh.inlet, &mesh.outlet, &mesh.symmetry, &mesh.partition})
+    for (CellFace& face : *group) face.centre = f(face.centre);
+  return mesh;
+}
+
+/// Compares the weights of a mesh with those of its image; `expected` says what a weight becomes.
+template <typename Map, typename Weight>
+void ExpectMappedWeights(const Variant& variant, Map map, Weight expected) {
+  const CellMesh mesh = LatticeMesh(Options(variant.cells, 3, 0.3));
+  const std::string settings = Settings(std::to_string(variant.span), std::to_string(variant.shapeNormalize));
+  TestBed bed(mesh, settings), mapped(Mapped(mesh, map), settings);
+  bed.SetUpAndDerive();
+  mapped.SetUpAndDerive();
+  for (int c = 1; c <= mesh.nInnerCells; ++c) {
+    for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0] + 1; ++k) {
+      const RBFnode& w = bed.object->m_ppRBFCellCoef[c][k];
+      ASSERT_TRUE(SameRecord("weight", expected(w), c, mapped.object->m_ppRBFCellCoef[c][k]))
+          << c << " " << k;
+    }
+  }
+}
+
+// Adding 0.0 takes the sign of a zero away, which mirroring need not keep.
+double Negated(double w) { return 0.0 - w; }
+
+TEST_P(RandomMeshes, MirroringInXChangesTheSignOfTheXWeightsAlone) {
+  const CellMesh mesh = LatticeMesh(Options(GetParam().cells, 3, 0.3));
+  TestBed bed(mesh, SettingsOf(GetParam()));
+  TestBed mirrored(Mapped(mesh, [](Point p) { return Point{-p.x, p.y, p.z}; }), SettingsOf(GetParam()));
+  bed.SetUpAndDerive();
+  mirrored.SetUpAndDerive();
+  for (int c = 1; c <= mesh.nInnerCells; ++c) {
+    for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0] + 1; ++k) {
+      const RBFnode &w = bed.object->m_ppRBFCellCoef[c][k], &m = mirrored.object->m_ppRBFCellCoef[c][k];
+      ASSERT_TRUE(SameValue("x", Negated(w.x), m.x + 0.0)) << c << " " << k;
+      ASSERT_TRUE(SameValue("y", w.y, m.y)) << c << " " << k;
+      ASSERT_TRUE(SameValue("z", w.z, m.z)) << c << " " << k;
+    }
+  }
+}
+
+TEST_P(RandomMeshes, ExchangeOfXAndYExchangesTheirWeights) {
+  ExpectMappedWeights(
+      GetParam(),
+      [](Point p) {
+        return Point{p.y, p.x, p.z};
+      },
+      [](const RBFnode& w) {
+        return Triple{w.y, w.x, w.z};
+      });
+}
+
+// Powers of two are exact everywhere. The plain form differentiates by length, the shape-normalised one by scaled
+// coordinates, which do not change.
+TEST_P(RandomMeshes, ScalingByAPowerOfTwoScalesTheWeightsExactly) {
+  const double factor = 1.0 / 1024.0;
+  const double weightFactor = GetParam().shapeNormalize == 1 ? 1.0 : 1.0 / factor;
+  ExpectMappedWeights(
+      GetParam(),
+      [factor](Point p) {
+        return Point{factor * p.x, factor * p.y, factor * p.z};
+      },
+      [weightFactor](const RBFnode& w) {
+        return Triple{weightFactor * w.x, weightFactor * w.y, weightFactor * w.z};
+      });
+}
+
+// --------------------------------------------------------------------------------------------------- accuracy
+
+// Away from boundaries, with the default span: the stencils of neighbouring centres carry no linear term, and the
+// kernel is nearly flat.
+TEST(CellOperatorAccuracy, LinearFieldIsReproducedTo1e4AtSpan500AwayFromSymmetryFaces) {
+  for (const Cells cells : kAllCells) {
+    LatticeOptions options = Options(cells, 4, 0.15);
+    options.size = {1.0, 1.0, 1.0};
+    CellMesh mesh = LatticeMesh(options);
+    for (const CellFace& face :
+         mesh.symmetry) {  // a wall in place of symmetry, so that side cells are collated
+      mesh.wall.push_back(face);
+    }
+    TestBed bed(mesh);
+    bed.SetUpAndDerive();
+    PlainCellOperator plain(mesh, 500.0, 0);
+    plain.Collate();
+    for (int c = 1; c <= mesh.nInnerCells; ++c) {
+      if (plain.HasCoincidentPoints(c)) continue;
+      Triple g{};
+      for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0]; ++k) {
+        const RBFnode& p = bed.object->m_pRBFnode[bed.object->m_ppRBFCellConn[c][k]];
+        const RBFnode& w = bed.object->m_ppRBFCellCoef[c][k];
+        const double value = 2.0 * p.x + 3.0 * p.y - p.z + 1.0;
+        g[0] += value * w.x, g[1] += value * w.y, g[2] += value * w.z;
+      }
+      EXPECT_NEAR(2.0, g[0], 5e-3) << Name(cells) << " " << c;
+      EXPECT_NEAR(3.0, g[1], 5e-3) << Name(cells) << " " << c;
+      EXPECT_NEAR(-1.0, g[2], 5e-3) << Name(cells) << " " << c;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace rbf_cell_test

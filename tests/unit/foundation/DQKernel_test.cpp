@@ -1,0 +1,147 @@
+#include "foundation/DQKernel.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+// The kernel by its worked values, its two forms, its slope against differences, and the integer powers that
+// all radial-basis systems share.
+
+namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+TEST(DQKernel, TakesTheWorkedValues) {
+  const PlainDQKernel plain(1.0, 1.0);
+  const ShapeNormalisedDQKernel scaled(1.0, DQVector{1.0, 1.0, 1.0});
+  EXPECT_EQ(3.0, plain.Value(0.0));
+  EXPECT_EQ(0.32421875, plain.Value(0.5));
+  EXPECT_EQ(0.0, plain.Value(1.0));
+  EXPECT_EQ(3.0, scaled.Value(0.0));
+  EXPECT_EQ(0.32421875, scaled.Value(0.5));
+  EXPECT_EQ(0.0, scaled.Value(1.0));
+}
+
+TEST(DQKernel, IsNotCutOffBeyondItsSupport) {
+  EXPECT_EQ(179.0, PlainDQKernel(1.0, 1.0).Value(2.0));
+  EXPECT_EQ(179.0, ShapeNormalisedDQKernel(1.0, DQVector{1.0, 1.0, 1.0}).Value(2.0));
+}
+
+TEST(DQKernel, PlainFormScalesLengthsBySpanTimesH) {
+  const PlainDQKernel kernel(8.0, 0.25);  // c = 2
+  EXPECT_EQ(0.32421875, kernel.Value(1.0));
+  EXPECT_EQ(0.0, kernel.Value(2.0));
+}
+
+TEST(DQKernel, PlainFormLeavesOffsetsInLengthUnits) {
+  const DQVector scaled = PlainDQKernel(8.0, 0.25).Scaled(DQVector{1.0, -2.0, 3.0});
+  EXPECT_EQ(1.0, scaled.x);
+  EXPECT_EQ(-2.0, scaled.y);
+  EXPECT_EQ(3.0, scaled.z);
+}
+
+TEST(DQKernel, ShapeNormalisedFormDividesEachComponentByItsScale) {
+  const DQVector scaled =
+      ShapeNormalisedDQKernel(2.0, DQVector{1.0, 2.0, 4.0}).Scaled(DQVector{1.0, 1.0, 1.0});
+  EXPECT_EQ(0.5, scaled.x);
+  EXPECT_EQ(0.25, scaled.y);
+  EXPECT_EQ(0.125, scaled.z);
+}
+
+TEST(DQKernel, LengthSumsTheSquaresInTheOrderYXZ) {
+  std::mt19937_64 random(3);
+  std::uniform_real_distribution<double> coordinate(-1.0, 1.0);
+  int telling = 0;
+  for (int i = 0; i < 1000; ++i) {
+    const DQVector d{coordinate(random), coordinate(random), coordinate(random)};
+    const double expected = std::sqrt(d.y * d.y + d.x * d.x + d.z * d.z);
+    if (expected != std::sqrt(d.x * d.x + d.z * d.z + d.y * d.y)) ++telling;
+    EXPECT_EQ(expected, Length(d));
+  }
+  EXPECT_GT(telling, 10);
+}
+
+// Slope along each axis against central differences of the value; the step of 1e-5 c leaves an error of 1e-10.
+template <typename Kernel>
+void ExpectSlopeOfTheValue(const Kernel& kernel, double c) {
+  std::mt19937_64 random(4);
+  std::uniform_real_distribution<double> coordinate(-1.2 * c, 1.2 * c);
+  const auto value = [&kernel](DQVector d) { return kernel.Value(Length(d)); };
+  for (int i = 0; i < 200; ++i) {
+    const DQVector d{coordinate(random), coordinate(random), coordinate(random)};
+    const double step = 1e-5 * c, scale = value(d) / c + 56.0 / c;
+    const DQVector g = kernel.Gradient(d);
+    const double dx = value({d.x + step, d.y, d.z}) - value({d.x - step, d.y, d.z});
+    const double dy = value({d.x, d.y + step, d.z}) - value({d.x, d.y - step, d.z});
+    const double dz = value({d.x, d.y, d.z + step}) - value({d.x, d.y, d.z - step});
+    EXPECT_NEAR(dx / (2.0 * step), g.x, 1e-8 * scale);
+    EXPECT_NEAR(dy / (2.0 * step), g.y, 1e-8 * scale);
+    EXPECT_NEAR(dz / (2.0 * step), g.z, 1e-8 * scale);
+  }
+}
+
+TEST(DQKernel, GradientIsTheSlopeOfTheValueInThePlainForm) {
+  ExpectSlopeOfTheValue(PlainDQKernel(8.0, 0.25), 2.0);
+  ExpectSlopeOfTheValue(PlainDQKernel(500.0, 1e-3), 0.5);
+}
+
+// With respect to the scaled coordinates: no factor 1 / (span * extent).
+TEST(DQKernel, GradientIsTheSlopeInScaledCoordinatesInTheShapeNormalisedForm) {
+  ExpectSlopeOfTheValue(ShapeNormalisedDQKernel(500.0, DQVector{1.0, 2.0, 3.0}), 1.0);
+}
+
+TEST(DQKernel, GradientAtNoDistanceIsZeroWithAMinusSign) {
+  for (const DQVector& g :
+       {PlainDQKernel(2.0, 1.0).Gradient(DQVector{0.0, 0.0, 0.0}),
+        ShapeNormalisedDQKernel(2.0, DQVector{1.0, 1.0, 1.0}).Gradient(DQVector{0.0, 0.0, 0.0})}) {
+    for (const double component : {g.x, g.y, g.z}) {
+      EXPECT_EQ(0.0, component);
+      EXPECT_TRUE(std::signbit(component));
+    }
+  }
+}
+
+TEST(DQKernel, WithoutASupportIsNotANumber) {
+  EXPECT_TRUE(std::isnan(PlainDQKernel(500.0, 0.0).Value(0.0)));
+  EXPECT_TRUE(std::isnan(PlainDQKernel(500.0, 0.0).Gradient(DQVector{0.0, 0.0, 0.0}).x));
+  EXPECT_TRUE(std::isnan(ShapeNormalisedDQKernel(500.0, DQVector{1.0, 0.0, 1.0}).Scaled(DQVector{}).y));
+}
+
+// Whatever the order of the products, N - 1 of them round N - 1 times by half an epsilon at most; the reference
+// is rounded once.
+template <int N>
+void ExpectWithinItsRoundings() {
+  std::mt19937_64 random(N);
+  std::uniform_real_distribution<double> base(-2.0, 2.0);
+  for (int i = 0; i < 10000; ++i) {
+    const double x = base(random);
+    long double exact = 1.0L;
+    for (int k = 0; k < N; ++k) exact *= static_cast<long double>(x);
+    const double reference = static_cast<double>(exact);
+    EXPECT_NEAR(reference, IntegerPower<N>(x), 0.5 * N * kEpsilon * std::fabs(reference));
+  }
+}
+
+TEST(IntegerPower, IsExactUpToTheRoundingOfItsProducts) {
+  ExpectWithinItsRoundings<1>();
+  ExpectWithinItsRoundings<2>();
+  ExpectWithinItsRoundings<5>();
+  ExpectWithinItsRoundings<6>();
+  ExpectWithinItsRoundings<8>();
+}
+
+TEST(IntegerPower, EighthPowerIsThreeSquarings) {
+  const double x = 1.1, x2 = x * x, x4 = x2 * x2;
+  EXPECT_EQ(x4 * x4, IntegerPower<8>(x));
+}
+
+TEST(IntegerPower, OfPowersOfTwoIsExact) {
+  EXPECT_EQ(32.0, IntegerPower<5>(2.0));
+  EXPECT_EQ(64.0, IntegerPower<6>(-2.0));
+  EXPECT_EQ(-32.0, IntegerPower<5>(-2.0));
+  EXPECT_EQ(1.0 / 256.0, IntegerPower<8>(0.5));
+}
+
+}  // namespace
