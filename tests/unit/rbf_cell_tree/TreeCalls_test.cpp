@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+#include "tests/unit/rbf_cell/LatticeMesh.h"
+#include "tests/unit/rbf_cell/PlainCellOperator.h"
+#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/unit/rbf_cell_tree/RecordingTree.h"
+
+// Which calls the cell operator makes of the search tree, in which order and with which numbers.
+
+namespace rbf_cell_test {
+namespace {
+
+using Corners = std::array<double, 6>;
+
+CellMesh SomeMesh() {
+  LatticeOptions options;
+  options.cells = Cells::HexaPyramids;
+  CellMesh mesh = LatticeMesh(options);
+  mesh.wall.back().other = mesh.inlet.front().other;  // one number for two boxes
+  return mesh;
+}
+
+/// Sets up an operator and derives its weights. @return the calls of that
+TreeCalls CallsOf(const CellMesh& mesh) {
+  Calls() = TreeCalls();
+  TestBed bed(mesh);
+  bed.SetUpAndDerive();
+  return Calls();
+}
+
+TEST(CellOperatorTree, GetsItsRangeOnceBeforeTheFirstBox) {
+  const CellMesh mesh = SomeMesh();
+  const TreeCalls calls = CallsOf(mesh);
+  PlainCellOperator plain(mesh, 500.0, 0);
+  plain.Collate();
+  const Point &high = plain.boundMax, &low = plain.boundMin;
+  ASSERT_EQ(1U, calls.ranges.size());
+  const std::array<double, 9> expected = {high.x, high.y, high.z,  low.x,   low.y,
+                                          low.z,  1.0,    10000.0, 200000.0};
+  EXPECT_EQ(expected, calls.ranges[0]);
+  EXPECT_EQ(0, calls.boxesBeforeTheLastRange);
+}
+
+TEST(CellOperatorTree, GetsItsRangeInsideOutForAMeshWithoutInnerFacesWallsAndInlets) {
+  const TreeCalls calls = CallsOf(SevenPoints());
+  ASSERT_EQ(1U, calls.ranges.size());
+  const std::array<double, 9> expected = {-1e10, -1e10, -1e10, 1e10, 1e10, 1e10, 1.0, 10000.0, 200000.0};
+  EXPECT_EQ(expected, calls.ranges[0]);
+  EXPECT_EQ(7U, calls.boxes.size());
+}
+
+TEST(CellOperatorTree, GetsTheBoxesKindByKindHighCornerFirst) {
+  const CellMesh mesh = SomeMesh();
+  const TreeCalls calls = CallsOf(mesh);
+
+  std::vector<TreeCalls::Box> expected;
+  const auto add = [&expected](int c, Point p) {
+    const double d = 1e-6;
+    expected.push_back({c, Corners{p.x + d, p.y + d, p.z + d, p.x - d, p.y - d, p.z - d}});
+  };
+  for (int c = 1; c <= mesh.nInnerCells; ++c) add(c, mesh.Centre(c));
+  for (const CellFace& face : mesh.wall) add(face.other, face.centre);
+  for (const CellFace& face : mesh.inlet) add(face.other, face.centre);
+  for (const CellFace& face : mesh.outlet) add(face.other, face.centre);
+  for (const CellFace& face : mesh.partition) add(face.other, mesh.Centre(face.other));
+
+  ASSERT_EQ(expected.size(), calls.boxes.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(expected[i].id, calls.boxes[i].id) << i;
+    EXPECT_EQ(expected[i].corners, calls.boxes[i].corners) << i;
+  }
+}
+
+TEST(CellOperatorTree, IsNotSearched) { EXPECT_EQ(0, CallsOf(SomeMesh()).searches); }
+
+TEST(CellOperatorTree, IsMadeByTheSetUpAndDestroyedWithTheOperator) {
+  Calls() = TreeCalls();
+  {
+    TestBed bed(SevenPoints());
+    EXPECT_EQ(0, Calls().constructed);
+    bed.SetUp();
+    EXPECT_EQ(1, Calls().constructed);
+    EXPECT_EQ(0, Calls().destroyed);
+  }
+  EXPECT_EQ(1, Calls().destroyed);
+}
+
+}  // namespace
+}  // namespace rbf_cell_test
