@@ -98,7 +98,8 @@ std::unique_ptr<Case> MakeCase(std::string const& box, bool scattered) {
   std::size_t const size = static_cast<std::size_t>(mesh.NCell) + 1;
   for (int k = 0; k < 3; ++k) {
     c->phi[k].resize(size);
-    for (int i = 1; i <= mesh.NCell; ++i) c->phi[k][i] = std::sin((3 + k) * mesh.xc[i]) * mesh.yc[i] + mesh.zc[i];
+    for (int i = 1; i <= mesh.NCell; ++i)
+      c->phi[k][i] = std::sin((3 + k) * mesh.xc[i]) * mesh.yc[i] + mesh.zc[i];
   }
   c->weight.assign(size, 2.0);
   c->g.assign(9, std::vector<double>(static_cast<std::size_t>(mesh.NCell) + 1));
@@ -187,8 +188,8 @@ void RegisterGradients(std::string const& mesh, std::shared_ptr<Case> const& c) 
     x.op.GradMethod_Weighted(x.phi[0].data(), out(x, 0), out(x, 1), out(x, 2), x.weight.data(), 1);
   });
   Register(mesh + "/three_component", c, ThreeTraffic(*c), [out](Case& x) {
-    x.op.GradMethod_3(x.phi[0].data(), x.phi[1].data(), x.phi[2].data(), out(x, 0), out(x, 1), out(x, 2), out(x, 3),
-                      out(x, 4), out(x, 5), out(x, 6), out(x, 7), out(x, 8));
+    x.op.GradMethod_3(x.phi[0].data(), x.phi[1].data(), x.phi[2].data(), out(x, 0), out(x, 1), out(x, 2),
+                      out(x, 3), out(x, 4), out(x, 5), out(x, 6), out(x, 7), out(x, 8));
   });
   Register(mesh + "/least_squares", c, LeastSquaresTraffic(*c), gradient(1, 1));
 }

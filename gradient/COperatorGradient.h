@@ -20,9 +20,8 @@ class COperatorGradientImpl;
 /// Gradient types (`getGradType`), with n the last argument of `GradMethod`:
 /// - 0, after construction: plain Green-Gauss for n = 1, iterated Green-Gauss with n sweeps for any other n;
 /// - 1: unweighted least squares, n is ignored; needs `Initialize`;
-/// - 2: radial-basis differential quadrature, n is ignored; needs `Initialize`; no exchange follows, so that
-/// the halo
-///   cells of the outputs are 0.0 and the caller exchanges them;
+/// - 2: radial-basis differential quadrature, n is ignored; needs `Initialize`; no exchange follows, so
+///   that the halo cells of the outputs are 0.0 and the caller exchanges them;
 /// - 3: returns at once, outputs untouched, no exchange;
 /// - any other: iterated Green-Gauss with n sweeps, also for n = 1.
 ///

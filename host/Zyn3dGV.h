@@ -1,23 +1,20 @@
 #pragma once
 
 /// @file
-/// The records that a solver fills and lends to the operators: the mesh, the partition faces and the global
-/// variables.
+/// The records that a solver fills and lends to the operators: mesh, partition faces and global variables.
 ///
 /// Conventions for every array of these records:
 /// - `[1..n]` is a 1-based array of n+1 elements; element 0 exists and is never read.
 /// - `int` is 32 bits signed. Counts are `int`. L is the mesh's unit of length, U the unit of a field.
 /// - A ragged table is an array of pointers to rows; `row[0]` is the number of entries, which stand at
 ///   `row[1..row[0]]`. `CellLnods` and `CellFaceType` are the two exceptions, see there.
-/// - Cells 1..`NInnerCells` are the interior cells, which this partition owns. Cells `NInnerCells`+1..`NCell`
-/// are the
-///   ghost cells (one beyond each boundary face) and the halo cells (copies of the neighbour partitions'
-///   cells), in any order: the operators find them through the face tables alone.
+/// - Cells 1..`NInnerCells` are the interior cells, which this partition owns. The others up to `NCell` are
+///   ghost cells (one beyond each boundary face) and halo cells (copies of the neighbour partitions' cells), in
+///   any order: the operators find them through the face tables alone.
 /// - An area vector has the face's area as its length and points out of the `CV` cell.
 ///
 /// The solver owns all of it and keeps it alive and unchanged for as long as an operator that was given it:
-/// stencils and moments made at set-up refer to its numbering. Nothing here is copied, and indices are not
-/// checked.
+/// stencils and moments made at set-up refer to its numbering. Nothing is copied, and no index is checked.
 
 /// One partition of the finite-volume mesh. A plain record: the solver fills it, the operators read it.
 /// A group whose count is 0 may leave its arrays null.

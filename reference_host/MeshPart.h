@@ -18,12 +18,12 @@ struct MeshPart {
   int part = 0;
   int nParts = 1;
 
-  std::vector<Point> points;            ///< nodes of owned and halo cells
+  std::vector<Point> points;             ///< nodes of owned and halo cells
   std::vector<std::int64_t> globalNode;  ///< number of each point in the whole mesh
 
   int nOwned = 0;
-  std::vector<std::int64_t> globalCell;  ///< number in the whole mesh of every owned and halo cell
-  std::vector<int> haloPart;             ///< [halo cell - nOwned] the part that owns it
+  std::vector<std::int64_t> globalCell;          ///< number in the whole mesh of every owned and halo cell
+  std::vector<int> haloPart;                     ///< [halo cell - nOwned] the part that owns it
   std::vector<std::size_t> haloNodeStart = {0};  ///< [halo cell - nOwned] its nodes in haloNode, as faceStart
   std::vector<int> haloNode;
 
