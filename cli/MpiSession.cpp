@@ -1,0 +1,48 @@
+#include "cli/MpiSession.h"
+
+#include <mpi.h>
+
+#include <cstdlib>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
+namespace zyngrad {
+namespace {
+
+/// Alone, without mpirun, Open MPI would look for a remote shell, and complain where there is none.
+void ForbidRemoteShellWhenAlone() {
+  if (std::getenv("OMPI_COMM_WORLD_SIZE") == nullptr) setenv("OMPI_MCA_plm", "isolated", 0);
+}
+
+}  // namespace
+
+#if defined(__SANITIZE_ADDRESS__)
+
+// What Open MPI allocates at its start and never frees is not our leak. And leaks are looked for while MPI still stands:
+// at the end of the process its plugins are unloaded, and what they keep can neither be reached nor be told from ours.
+
+MpiSession::MpiSession(int* argc, char*** argv) {
+  ForbidRemoteShellWhenAlone();
+  const __lsan::ScopedDisabler notOurs;
+  MPI_Init(argc, argv);
+}
+
+MpiSession::~MpiSession() {
+  __lsan_do_leak_check();
+  MPI_Finalize();
+}
+
+#else
+
+MpiSession::MpiSession(int* argc, char*** argv) {
+  ForbidRemoteShellWhenAlone();
+  MPI_Init(argc, argv);
+}
+
+MpiSession::~MpiSession() { MPI_Finalize(); }
+
+#endif
+
+}  // namespace zyngrad
