@@ -224,9 +224,8 @@ TEST_P(RandomMeshes, ScalingByAPowerOfTwoScalesTheWeightsExactly) {
 
 // --------------------------------------------------------------------------------------------------- accuracy
 
-// Away from boundaries, with the default span: the stencils of neighbouring centres carry no linear term, and the
-// kernel is nearly flat.
-TEST(CellOperatorAccuracy, LinearFieldIsReproducedTo1e4AtSpan500AwayFromSymmetryFaces) {
+// There is no linear term, but the kernel is nearly flat at the default span. 3e-4 is the largest error found.
+TEST(CellOperatorAccuracy, LinearFieldIsReproducedToAThousandthAtSpan500AwayFromSymmetryFaces) {
   for (const Cells cells : kAllCells) {
     LatticeOptions options = Options(cells, 4, 0.15);
     options.size = {1.0, 1.0, 1.0};
@@ -248,9 +247,9 @@ TEST(CellOperatorAccuracy, LinearFieldIsReproducedTo1e4AtSpan500AwayFromSymmetry
         const double value = 2.0 * p.x + 3.0 * p.y - p.z + 1.0;
         g[0] += value * w.x, g[1] += value * w.y, g[2] += value * w.z;
       }
-      EXPECT_NEAR(2.0, g[0], 5e-3) << Name(cells) << " " << c;
-      EXPECT_NEAR(3.0, g[1], 5e-3) << Name(cells) << " " << c;
-      EXPECT_NEAR(-1.0, g[2], 5e-3) << Name(cells) << " " << c;
+      EXPECT_NEAR(2.0, g[0], 1e-3) << Name(cells) << " " << c;
+      EXPECT_NEAR(3.0, g[1], 1e-3) << Name(cells) << " " << c;
+      EXPECT_NEAR(-1.0, g[2], 1e-3) << Name(cells) << " " << c;
     }
   }
 }

@@ -137,7 +137,8 @@ DenseSystem PlainCellOperator::SystemOf(int cell) const {
     const std::size_t row = At(position[At(pk)] - 1);
     const Triple g = KernelSlope(Offset(PointOf(cell), PointOf(pk), scales), scales);
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      const float stored = static_cast<float>(-g[axis]);
+      // Volatile, since GCC 12 at -O2 loses such a rounding when it turns the loop into vector operations.
+      const volatile float stored = static_cast<float>(-g[axis]);
       rhs[row][axis] = static_cast<double>(stored);
     }
     for (const int pj : stencil) {
