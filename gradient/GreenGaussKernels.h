@@ -6,10 +6,9 @@
 
 #include <algorithm>
 #include <array>
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
+#include <cstdlib>
 
+#include "gradient/TwoFaces.h"
 #include "host/Zyn3dGV.h"
 
 namespace green_gauss {
@@ -55,70 +54,26 @@ inline std::array<BoundarySet, 4> BoundaryFaces(CZYN3DFiniteVolumeMesh const& m)
            {m.NWall, m.ijWallCV, m.ijWall, m.ijWallSx, m.ijWallSy, m.ijWallSz}}};
 }
 
-/// x < y ? x : y, and x > y ? x : y. SSE2 has just these, ties and NaNs included (the second operand then),
-/// while compilers at times make a branch of the two together, which field values mispredict.
-#if defined(__SSE2__)
-inline double Lesser(double x, double y) { return _mm_cvtsd_f64(_mm_min_sd(_mm_set_sd(x), _mm_set_sd(y))); }
-inline double Greater(double x, double y) { return _mm_cvtsd_f64(_mm_max_sd(_mm_set_sd(x), _mm_set_sd(y))); }
-#else
-inline double Lesser(double x, double y) { return x < y ? x : y; }
-inline double Greater(double x, double y) { return x > y ? x : y; }
-#endif
+using two_faces::At;
+using two_faces::InCells;
+using two_faces::Two;
+using two_faces::TwoCells;
 
 /// Median of the two cell values and the face value v, which keeps the face value between the cells. The
 /// strict comparisons in this form decide ties and values that do not compare. @cite suresh1997
-inline double MedianFaceValue(double phiOther, double v, double phiCv) {
-  double const lo = Lesser(v, phiOther);   // phiOther > v ? v : phiOther
-  double const hi = Greater(phiOther, v);  // phiOther > v ? phiOther : v
-  double const hi2 = Lesser(phiCv, hi);    // hi > phiCv ? phiCv : hi
-  return Greater(lo, hi2);                 // lo > hi2 ? lo : hi2
+template <class Value>
+Value MedianFaceValue(Value phiOther, Value v, Value phiCv) {
+  Value const lo = two_faces::Lesser(v, phiOther);   // phiOther > v ? v : phiOther
+  Value const hi = two_faces::Greater(phiOther, v);  // phiOther > v ? phiOther : v
+  Value const hi2 = two_faces::Lesser(phiCv, hi);    // hi > phiCv ? phiCv : hi
+  return two_faces::Greater(lo, hi2);                // lo > hi2 ? lo : hi2
 }
 
-/// Linear face value (1-w)*phi[b] + w*phi[a], not limited.
-inline double LinearFaceValue(double w, double phiCv, double phiOther) {
-  return (1 - w) * phiCv + w * phiOther;
+/// Linear value (1-w)*cv + w*other, not limited.
+template <class Value>
+Value LinearFaceValue(Value w, Value phiCv, Value phiOther) {
+  return (1.0 - w) * phiCv + w * phiOther;
 }
-
-/// The plain forms: the limited linear value.
-struct PlainScheme {
-  double const* phi;
-
-  double At(int cell) const { return phi[cell]; }
-  double FaceValue(FaceSet const& faces, int f, double phiOther, double phiCv) const {
-    return MedianFaceValue(phiOther, LinearFaceValue(faces.weight[f], phiCv, phiOther), phiCv);
-  }
-};
-
-/// N cell arrays that a sweep accumulates into. They are set to zero in blocks just ahead of the first cell
-/// that a face touches, so that on a mesh with neighbouring numbers a block is still in cache when its sums
-/// begin; the stored numbers are those of clearing everything first.
-template <int N>
-class Accumulators {
- public:
-  Accumulators(std::array<double*, N> const& arrays, int nCell) : arrays_(arrays), nCell_(nCell) {}
-
-  /// Makes all cells up to `cell` ready to be added to.
-  void Reach(int cell) {
-    if (cell > cleared_) ClearTo(std::min(std::max(cell, cleared_) + kBlock, nCell_));
-  }
-  /// Makes all cells ready to be added to.
-  void ReachAll() { ClearTo(nCell_); }
-
-  double* operator[](int i) const { return arrays_[static_cast<std::size_t>(i)]; }
-
- private:
-  static constexpr int kBlock = 512;
-
-  void ClearTo(int last) {
-    if (last <= cleared_) return;
-    for (double* array : arrays_) std::fill(array + cleared_ + 1, array + last + 1, 0.0);
-    cleared_ = last;
-  }
-
-  std::array<double*, N> arrays_;
-  int nCell_;
-  int cleared_ = 0;
-};
 
 /// Asks for the arrays of the faces some lines ahead: there are more of them than the processor follows by
 /// itself. (Forced inline: a function that does nothing but prefetch is taken for one without effect and
@@ -133,35 +88,162 @@ class Accumulators {
   __builtin_prefetch(faces.type + f);
 }
 
-/// How many faces ahead their arrays are asked for.
-constexpr int kAhead = 96;
+/// The plain forms: the limited linear value.
+struct PlainScheme {
+  double const* phi;
 
-/// Adds flux = value * S to the CV side of every face and subtracts it on the other side, face by face.
-/// @tparam Scheme  how a face value is found: `At(cell)` gives what it needs of a cell,
-///                 `FaceValue(faces, f, other, cv)` the value from that of both cells
+  template <class Value, class Cells>
+  Value FaceValue(FaceSet const& faces, int f, Cells a, Cells b) const {
+    Value const w = At<Value>(faces.weight, f);
+    Value const phiOther = InCells(phi, a), phiCv = InCells(phi, b);
+    return MedianFaceValue(phiOther, LinearFaceValue(w, phiCv, phiOther), phiCv);
+  }
+  [[gnu::always_inline]] void PrefetchFaces(FaceSet const& faces, int f) const {
+    green_gauss::PrefetchFaces(faces, f);
+  }
+  [[gnu::always_inline]] void PrefetchCell(int c) const { __builtin_prefetch(phi + c); }
+};
+
+/// N cell arrays that a sweep accumulates into. They are set to zero in blocks just ahead of the first cell
+/// that a face touches, so that on a mesh with neighbouring numbers a block is still in cache when its sums
+/// begin; the stored numbers are those of clearing everything first.
+template <int N>
+class Accumulators {
+ public:
+  Accumulators(std::array<double*, N> const& arrays, int nCell) : arrays_(arrays), nCell_(nCell) {}
+
+  /// Makes the cells of the faces first..last ready to be added to.
+  void Reach(FaceSet const& faces, int first, int last) {
+    int f = first;
+    for (; f + 7 <= last; f += 8)
+      if (two_faces::AnyOfEightAbove(cleared_, faces.cv + f, faces.other + f)) break;
+    for (; f <= last; ++f) ClearAhead(std::max(faces.cv[f], faces.other[f]));
+  }
+  /// Makes all cells ready to be added to.
+  void ReachAll() { ClearTo(nCell_); }
+
+  double* operator[](int i) const { return arrays_[static_cast<std::size_t>(i)]; }
+
+ private:
+  static constexpr int kBlock = 512;
+
+  void ClearAhead(int cell) {
+    if (cell > cleared_) ClearTo(std::min(cell + kBlock, nCell_));
+  }
+  void ClearTo(int last) {
+    if (last <= cleared_) return;
+    for (double* array : arrays_) std::fill(array + cleared_ + 1, array + last + 1, 0.0);
+    cleared_ = last;
+  }
+
+  std::array<double*, N> arrays_;
+  int nCell_;
+  int cleared_ = 0;
+};
+
+/// Sums of the cell on the CV side, kept at hand while faces of the same cell follow each other. They are
+/// stored before those of another cell are fetched, so no addition changes its place.
+class CvSums {
+ public:
+  [[gnu::always_inline]] CvSums(double* gx, double* gy, double* gz, int cell)
+      : gx_(gx), gy_(gy), gz_(gz), cell_(cell), x_(gx[cell]), y_(gy[cell]), z_(gz[cell]) {}
+
+  /// Adds a flux to the CV side b of one face and, unless the face is one-sided, subtracts it on the other
+  /// side a.
+  [[gnu::always_inline]] void AddFlux(double fluxX, double fluxY, double fluxZ, int a, int b, int type) {
+    if (b != cell_) {
+      Store();
+      cell_ = b, x_ = gx_[b], y_ = gy_[b], z_ = gz_[b];
+    }
+    x_ += fluxX, y_ += fluxY, z_ += fluxZ;
+    if (type == 1) return;
+    if (__builtin_expect(a == b, 0)) {  // a face of a cell with itself
+      x_ -= fluxX, y_ -= fluxY, z_ -= fluxZ;
+      return;
+    }
+    gx_[a] -= fluxX, gy_[a] -= fluxY, gz_[a] -= fluxZ;
+  }
+  [[gnu::always_inline]] void Store() const { gx_[cell_] = x_, gy_[cell_] = y_, gz_[cell_] = z_; }
+
+ private:
+  double *gx_, *gy_, *gz_;
+  int cell_;
+  double x_, y_, z_;
+};
+
+/// One face: flux = value * S.
+template <class Scheme>
+[[gnu::always_inline]] inline void AddOneFace(FaceSet const& faces, int f, Scheme const& scheme,
+                                              CvSums& sums) {
+  int const a = faces.other[f], b = faces.cv[f];
+  double const value = scheme.template FaceValue<double>(faces, f, a, b);
+  sums.AddFlux(value * faces.sx[f], value * faces.sy[f], value * faces.sz[f], a, b, faces.type[f]);
+}
+
+/// The faces f and f+1: their fluxes side by side, then added one after the other.
+template <class Scheme>
+[[gnu::always_inline]] inline void AddTwoFaces(FaceSet const& faces, int f, Scheme const& scheme,
+                                               CvSums& sums) {
+  TwoCells const a{faces.other[f], faces.other[f + 1]}, b{faces.cv[f], faces.cv[f + 1]};
+  Two const value = scheme.template FaceValue<Two>(faces, f, a, b);
+  Two const fluxX = value * At<Two>(faces.sx, f);
+  Two const fluxY = value * At<Two>(faces.sy, f);
+  Two const fluxZ = value * At<Two>(faces.sz, f);
+  sums.AddFlux(fluxX[0], fluxY[0], fluxZ[0], a.first, b.first, faces.type[f]);
+  sums.AddFlux(fluxX[1], fluxY[1], fluxZ[1], a.second, b.second, faces.type[f + 1]);
+}
+
+/// Faces are taken in ranges; what is decided once for several faces is decided for a range.
+constexpr int kRange = 256;
+/// How many faces ahead their arrays are asked for.
+constexpr int kAhead = 128;
+
+/// Asks for the cells of the range that begins at `first` if its faces join cells that are far apart, as on a
+/// mesh in its generator's own numbering. Neighbouring numbers are in cache anyhow.
+template <class Scheme>
+void PrefetchFarCells(FaceSet const& faces, int first, Scheme const& scheme, double* gx, double* gy,
+                      double* gz) {
+  constexpr int kFar = 1 << 15;
+  int const last = std::min(first + kRange - 1, faces.count);
+  if (last <= first + 3) return;
+  for (int f = first; f < first + 4; ++f)
+    if (std::abs(faces.other[f] - faces.cv[f]) < kFar) return;
+  for (int f = first; f <= last; ++f) {
+    int const a = faces.other[f];
+    scheme.PrefetchCell(a);
+    __builtin_prefetch(gx + a, 1);
+    __builtin_prefetch(gy + a, 1);
+    __builtin_prefetch(gz + a, 1);
+  }
+}
+
+/// Adds flux = value * S to the CV side of the faces first..last and subtracts it on the other side, face by
+/// face. (Not inlined, so that the loop has the registers to itself.)
+/// @tparam Scheme  how a face value is found: `FaceValue<Value>(faces, f, a, b)` for the face f between the
+///                 cells a and b, or for the faces f and f+1 side by side; `PrefetchFaces(faces, f)` and
+///                 `PrefetchCell(c)` ask for what it reads there
+template <class Scheme>
+[[gnu::noinline]] void AddFaceFluxes(FaceSet const& faces, int first, int last, Scheme const& scheme,
+                                     double* gx, double* gy, double* gz) {
+  constexpr int kLine = 8;  // doubles in a cache line
+  CvSums sums(gx, gy, gz, faces.cv[first]);
+  int f = first;
+  for (; f + kLine - 1 <= last; f += kLine) {
+    scheme.PrefetchFaces(faces, f + kAhead);
+    for (int k = 0; k < kLine; k += 2) AddTwoFaces(faces, f + k, scheme, sums);
+  }
+  for (; f <= last; ++f) AddOneFace(faces, f, scheme, sums);
+  sums.Store();
+}
+
+/// The same for all faces.
 template <class Scheme>
 void AddFaceFluxes(FaceSet const& faces, Accumulators<3>& sums, Scheme const& scheme) {
-  double *const gx = sums[0], *const gy = sums[1], *const gz = sums[2];
-  auto const addFace = [&](int f) __attribute__((always_inline)) {
-    int const a = faces.other[f], b = faces.cv[f];
-    double const value = scheme.FaceValue(faces, f, scheme.At(a), scheme.At(b));
-    double const fluxX = value * faces.sx[f], fluxY = value * faces.sy[f], fluxZ = value * faces.sz[f];
-    gx[b] += fluxX, gy[b] += fluxY, gz[b] += fluxZ;
-    if (faces.type[f] != 1) gx[a] -= fluxX, gy[a] -= fluxY, gz[a] -= fluxZ;
-  };
-  constexpr int kLine = 8;
-  int f = 1;
-  for (; f + kLine - 1 <= faces.count; f += kLine) {
-    PrefetchFaces(faces, f + kAhead);
-    int highest = 0;
-    for (int k = 0; k < kLine; ++k)
-      highest = std::max(highest, std::max(faces.other[f + k], faces.cv[f + k]));
-    sums.Reach(highest);
-    for (int k = 0; k < kLine; ++k) addFace(f + k);
-  }
-  for (; f <= faces.count; ++f) {
-    sums.Reach(std::max(faces.other[f], faces.cv[f]));
-    addFace(f);
+  for (int first = 1; first <= faces.count; first += kRange) {
+    int const last = std::min(first + kRange - 1, faces.count);
+    PrefetchFarCells(faces, first + kRange, scheme, sums[0], sums[1], sums[2]);
+    sums.Reach(faces, first, last);
+    AddFaceFluxes(faces, first, last, scheme, sums[0], sums[1], sums[2]);
   }
 }
 

@@ -8,32 +8,38 @@
 
 namespace {
 
+using green_gauss::At;
 using green_gauss::FaceSet;
+using green_gauss::InCells;
 
 struct CorrectedScheme {
   double const* phi;
   double const *xc, *yc, *zc;           // cell centres
   double const *prevX, *prevY, *prevZ;  // gradient of the sweep before
 
-  struct Cell {
-    double phi, x, y, z, gx, gy, gz;
-  };
-  Cell At(int c) const { return {phi[c], xc[c], yc[c], zc[c], prevX[c], prevY[c], prevZ[c]}; }
-
   // v = L + G . (xf - xi): the linear value, moved from the point xi of the line of centres to the face
   // centre xf with the interpolated previous gradient G. The order of the additions, x-part first, then L, is
   // part of the result.
-  double FaceValue(FaceSet const& faces, int f, Cell const& a, Cell const& b) const {
-    double const w = faces.weight[f];
-    double const xi = w * a.x + (1 - w) * b.x;
-    double const yi = w * a.y + (1 - w) * b.y;
-    double const zi = w * a.z + (1 - w) * b.z;
-    double const Gx = w * a.gx + (1 - w) * b.gx;
-    double const Gy = w * a.gy + (1 - w) * b.gy;
-    double const Gz = w * a.gz + (1 - w) * b.gz;
-    double const L = green_gauss::LinearFaceValue(w, b.phi, a.phi);
-    double const v = (faces.xc[f] - xi) * Gx + L + (faces.yc[f] - yi) * Gy + (faces.zc[f] - zi) * Gz;
-    return green_gauss::MedianFaceValue(a.phi, v, b.phi);
+  template <class Value, class Cells>
+  Value FaceValue(FaceSet const& faces, int f, Cells a, Cells b) const {
+    Value const w = At<Value>(faces.weight, f);
+    auto const interpolated = [&](double const* q) { return w * InCells(q, a) + (1.0 - w) * InCells(q, b); };
+    Value const xi = interpolated(xc), yi = interpolated(yc), zi = interpolated(zc);
+    Value const Gx = interpolated(prevX), Gy = interpolated(prevY), Gz = interpolated(prevZ);
+    Value const dx = At<Value>(faces.xc, f) - xi;
+    Value const dy = At<Value>(faces.yc, f) - yi;
+    Value const dz = At<Value>(faces.zc, f) - zi;
+    Value const phiOther = InCells(phi, a), phiCv = InCells(phi, b);
+    Value const L = green_gauss::LinearFaceValue(w, phiCv, phiOther);
+    Value const v = dx * Gx + L + dy * Gy + dz * Gz;
+    return green_gauss::MedianFaceValue(phiOther, v, phiCv);
+  }
+  [[gnu::always_inline]] void PrefetchFaces(FaceSet const& faces, int f) const {
+    green_gauss::PrefetchFaces(faces, f);
+    for (double const* x : {faces.xc, faces.yc, faces.zc}) __builtin_prefetch(x + f);
+  }
+  [[gnu::always_inline]] void PrefetchCell(int c) const {
+    for (double const* q : {phi, xc, yc, zc, prevX, prevY, prevZ}) __builtin_prefetch(q + c);
   }
 };
 

@@ -10,40 +10,24 @@ using green_gauss::Accumulators;
 using green_gauss::BoundarySet;
 using green_gauss::FaceSet;
 
-// Adds the fluxes of the faces first..last of one field to its three sums, all cells cleared.
-void AddFaceFluxesOfField(FaceSet const& faces, int first, int last, double const* phi, double* gx,
-                          double* gy, double* gz) {
-  green_gauss::PlainScheme const scheme{phi};
-  int f = first;
-  while (f <= last) {
-    int const b = faces.cv[f];
-    double const phiB = phi[b];
-    double sumX = gx[b], sumY = gy[b], sumZ = gz[b];
-    do {
-      int const a = faces.other[f];
-      double const value = scheme.FaceValue(faces, f, phi[a], phiB);
-      double const fluxX = value * faces.sx[f], fluxY = value * faces.sy[f], fluxZ = value * faces.sz[f];
-      sumX += fluxX, sumY += fluxY, sumZ += fluxZ;
-      if (faces.type[f] != 1) gx[a] -= fluxX, gy[a] -= fluxY, gz[a] -= fluxZ;
-      ++f;
-    } while (f <= last && faces.cv[f] == b);
-    gx[b] = sumX, gy[b] = sumY, gz[b] = sumZ;
-  }
-}
+// A further field of faces that have been asked for already.
+struct NextFieldScheme : green_gauss::PlainScheme {
+  void PrefetchFaces(FaceSet const& /*faces*/, int /*f*/) const {}
+};
 
-// Sums are numbered 3*k + direction for field k.
+// Field after field in ranges of faces: the face arrays come from memory once, and a loop over the faces of
+// one field has registers for its three sums. Sums are numbered 3*k + direction for field k.
 void AddFaceFluxes3(FaceSet const& faces, double const* const phi[3], Accumulators<9>& sums) {
-  constexpr int kBlock = 256;
-  for (int first = 1; first <= faces.count; first += kBlock) {
-    int const last = std::min(first + kBlock - 1, faces.count);
-    int highest = 0;
-    for (int f = first; f <= last; ++f) {
-      if (f % 8 == 0) green_gauss::PrefetchFaces(faces, f + kBlock);
-      highest = std::max(highest, std::max(faces.cv[f], faces.other[f]));
-    }
-    sums.Reach(highest);
+  using namespace green_gauss;
+  for (int first = 1; first <= faces.count; first += kRange) {
+    int const last = std::min(first + kRange - 1, faces.count);
     for (int k = 0; k < 3; ++k)
-      AddFaceFluxesOfField(faces, first, last, phi[k], sums[3 * k], sums[3 * k + 1], sums[3 * k + 2]);
+      PrefetchFarCells(faces, first + kRange, PlainScheme{phi[k]}, sums[3 * k], sums[3 * k + 1],
+                       sums[3 * k + 2]);
+    sums.Reach(faces, first, last);
+    AddFaceFluxes(faces, first, last, PlainScheme{phi[0]}, sums[0], sums[1], sums[2]);
+    AddFaceFluxes(faces, first, last, NextFieldScheme{{phi[1]}}, sums[3], sums[4], sums[5]);
+    AddFaceFluxes(faces, first, last, NextFieldScheme{{phi[2]}}, sums[6], sums[7], sums[8]);
   }
 }
 

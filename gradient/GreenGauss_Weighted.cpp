@@ -6,7 +6,9 @@
 
 namespace {
 
+using green_gauss::At;
 using green_gauss::FaceSet;
+using green_gauss::InCells;
 using green_gauss::kTiny;
 using green_gauss::MedianFaceValue;
 
@@ -14,18 +16,22 @@ struct WeightedScheme {
   double const* phi;
   double const* coefficient;
 
-  struct Cell {
-    double phi, k;
-  };
-  Cell At(int cell) const { return {phi[cell], coefficient[cell]}; }
-
   // t = (1-w)/(k_a + 1e-30);  v = (phi_b - phi_a) * t / (w/(k_b + 1e-30) + t) + phi_a, evaluated from the
   // left.
-  double FaceValue(FaceSet const& faces, int f, Cell const& a, Cell const& b) const {
-    double const w = faces.weight[f];
-    double const t = (1 - w) / (a.k + kTiny);
-    double const v = (b.phi - a.phi) * t / (w / (b.k + kTiny) + t) + a.phi;
-    return MedianFaceValue(a.phi, v, b.phi);
+  template <class Value, class Cells>
+  Value FaceValue(FaceSet const& faces, int f, Cells a, Cells b) const {
+    Value const w = At<Value>(faces.weight, f);
+    Value const phiOther = InCells(phi, a), phiCv = InCells(phi, b);
+    Value const t = (1.0 - w) / (InCells(coefficient, a) + kTiny);
+    Value const v = (phiCv - phiOther) * t / (w / (InCells(coefficient, b) + kTiny) + t) + phiOther;
+    return MedianFaceValue(phiOther, v, phiCv);
+  }
+  [[gnu::always_inline]] void PrefetchFaces(FaceSet const& faces, int f) const {
+    green_gauss::PrefetchFaces(faces, f);
+  }
+  [[gnu::always_inline]] void PrefetchCell(int c) const {
+    __builtin_prefetch(phi + c);
+    __builtin_prefetch(coefficient + c);
   }
 };
 

@@ -9,9 +9,16 @@
 #include <iostream>
 
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/TwoFaces.h"
 #include "host/Zyn3dGV.h"
 
 namespace {
+
+using two_faces::At;
+using two_faces::InCells;
+using two_faces::StoreAt;
+using two_faces::Two;
+using two_faces::TwoCells;
 
 /// Pairs of cells over the faces of a group, [1..count] each.
 struct CellPairs {
@@ -38,39 +45,35 @@ struct NormalEquations {
   double const *bx, *by, *bz;
 };
 
-/// Solutions of a block of cells, and whether each elimination met a pivot of exactly zero.
-constexpr int kBlock = 32;
-struct BlockSolution {
-  double gx[kBlock], gy[kBlock], gz[kBlock];
-  int zeroPivot[kBlock];
+template <class Value>
+struct Solution {
+  Value gx, gy, gz;
+  Value xPivot, yPivot;
 };
 
 // Gaussian elimination of [xx xy xz | bx; xy yy yz | by; xz yz zz | bz] without row exchange, then
-// substitution from the bottom. The first two pivots, xx and yy2, are tested; zero in the last, zz3, gives a
-// cell that is not finite. All cells of the block are worked out before any pivot is looked at, so that the
-// divisions of several overlap.
-void SolveBlock(NormalEquations const& s, int first, int count, BlockSolution& out) {
-  for (int k = 0; k < count; ++k) {
-    int const i = first + k;
-    double const xx = s.xx[i], xy = s.xy[i], xz = s.xz[i], bx = s.bx[i];
-    double const yFactor = xy / xx;
-    double const zFactor = xz / xx;
-    double const yy2 = s.yy[i] - yFactor * xy;
-    double const yz2 = s.yz[i] - yFactor * xz;
-    double const by2 = s.by[i] - yFactor * bx;
-    double const zy2 = s.yz[i] - zFactor * xy;
-    double const zz2 = s.zz[i] - zFactor * xz;
-    double const bz2 = s.bz[i] - zFactor * bx;
-    double const zFactor2 = zy2 / yy2;
-    double const zz3 = zz2 - zFactor2 * yz2;
-    double const bz3 = bz2 - zFactor2 * by2;
-    double const gz = bz3 / zz3;
-    double const gy = (by2 - gz * yz2) / yy2;
-    out.gz[k] = gz;
-    out.gy[k] = gy;
-    out.gx[k] = (bx - gy * xy - xz * gz) / xx;
-    out.zeroPivot[k] = static_cast<int>(xx == 0.0) | static_cast<int>(yy2 == 0.0);
-  }
+// substitution from the bottom, for the cell i or for the cells i and i+1. The first two pivots, xx and yy2,
+// are left to the caller's test; zero in the last, zz3, gives a cell that is not finite.
+template <class Value>
+Solution<Value> Solve(NormalEquations const& s, int i) {
+  Value const xx = At<Value>(s.xx, i), xy = At<Value>(s.xy, i), xz = At<Value>(s.xz, i);
+  Value const yy = At<Value>(s.yy, i), yz = At<Value>(s.yz, i), zz = At<Value>(s.zz, i);
+  Value const bx = At<Value>(s.bx, i), by = At<Value>(s.by, i), bz = At<Value>(s.bz, i);
+  Value const yFactor = xy / xx;
+  Value const zFactor = xz / xx;
+  Value const yy2 = yy - yFactor * xy;
+  Value const yz2 = yz - yFactor * xz;
+  Value const by2 = by - yFactor * bx;
+  Value const zy2 = yz - zFactor * xy;
+  Value const zz2 = zz - zFactor * xz;
+  Value const bz2 = bz - zFactor * bx;
+  Value const zFactor2 = zy2 / yy2;
+  Value const zz3 = zz2 - zFactor2 * yz2;
+  Value const bz3 = bz2 - zFactor2 * by2;
+  Value const gz = bz3 / zz3;
+  Value const gy = (by2 - gz * yz2) / yy2;
+  Value const gx = (bx - gy * xy - xz * gz) / xx;
+  return {gx, gy, gz, xx, yy2};
 }
 
 void ReportZeroPivot() {
@@ -127,15 +130,34 @@ void COperatorGradientImpl::ClearLeastSquaresSums(double* gx, double* gy, double
 // Halo cells gather no right-hand side, as nobody would solve theirs; symmetry faces are left out on purpose.
 void COperatorGradientImpl::GatherLeastSquaresRightHandSides(double const* phi) {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
+  double const *const xc = mesh.xc, *const yc = mesh.yc, *const zc = mesh.zc;
   double *const bx = m_pBx, *const by = m_pBy, *const bz = m_pBz;
-  auto const gather = [&](CellPairs const& pairs, Receiver receiver) {
-    for (int f = 1; f <= pairs.count; ++f) {
+
+  // dphi * d of the pair (p, q), or of two pairs side by side.
+  auto const product = [=](auto p, auto q, auto& rx, auto& ry, auto& rz) {
+    auto const dphi = InCells(phi, q) - InCells(phi, p);
+    rx = dphi * (InCells(xc, q) - InCells(xc, p));
+    ry = dphi * (InCells(yc, q) - InCells(yc, p));
+    rz = dphi * (InCells(zc, q) - InCells(zc, p));
+  };
+  auto const add = [=](double rx, double ry, double rz, int p, int q, Receiver receiver) {
+    bx[p] += rx, by[p] += ry, bz[p] += rz;
+    if (receiver == Receiver::Both) bx[q] += rx, by[q] += ry, bz[q] += rz;
+  };
+  auto const gather = [=](CellPairs const pairs, Receiver receiver) {
+    int f = 1;
+    for (; f < pairs.count; f += 2) {
+      TwoCells const p{pairs.first[f], pairs.first[f + 1]}, q{pairs.second[f], pairs.second[f + 1]};
+      Two rx, ry, rz;
+      product(p, q, rx, ry, rz);
+      add(rx[0], ry[0], rz[0], p.first, q.first, receiver);
+      add(rx[1], ry[1], rz[1], p.second, q.second, receiver);
+    }
+    for (; f <= pairs.count; ++f) {
       int const p = pairs.first[f], q = pairs.second[f];
-      auto const [dx, dy, dz] = OffsetBetween(mesh, p, q);
-      double const dphi = phi[q] - phi[p];
-      double const rx = dphi * dx, ry = dphi * dy, rz = dphi * dz;
-      bx[p] += rx, by[p] += ry, bz[p] += rz;
-      if (receiver == Receiver::Both) bx[q] += rx, by[q] += ry, bz[q] += rz;
+      double rx, ry, rz;
+      product(p, q, rx, ry, rz);
+      add(rx, ry, rz, p, q, receiver);
     }
   };
   gather({mesh.NInnerFaces, mesh.ijCV, mesh.ij}, Receiver::Both);
@@ -148,18 +170,21 @@ void COperatorGradientImpl::GatherLeastSquaresRightHandSides(double const* phi) 
 // @return false when a cell's pivot is zero; that cell and the later ones then keep 0.0
 bool COperatorGradientImpl::SolveLeastSquares(double* gx, double* gy, double* gz) const {
   NormalEquations const system{m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz, m_pSyz, m_pBx, m_pBy, m_pBz};
+  auto const store = [=](int i, auto const& solution) {
+    StoreAt(gx, i, solution.gx), StoreAt(gy, i, solution.gy), StoreAt(gz, i, solution.gz);
+  };
   int const nInnerCells = m_pMesh->NInnerCells;
-  BlockSolution block;
-  for (int first = 1; first <= nInnerCells; first += kBlock) {
-    int const count = std::min(kBlock, nInnerCells - first + 1);
-    SolveBlock(system, first, count, block);
-    int const* const stop =
-        std::find_if(block.zeroPivot, block.zeroPivot + count, [](int zero) { return zero != 0; });
-    auto const solved = stop - block.zeroPivot;
-    std::copy_n(block.gx, solved, gx + first);
-    std::copy_n(block.gy, solved, gy + first);
-    std::copy_n(block.gz, solved, gz + first);
-    if (solved < count) return false;
+  int i = 1;
+  for (; i < nInnerCells; i += 2) {
+    Solution<Two> const solution = Solve<Two>(system, i);
+    if (two_faces::AnyZero(solution.xPivot, solution.yPivot)) break;
+    store(i, solution);
+  }
+  // The last cell of an odd number, or one by one up to the cell that stops the solution.
+  for (; i <= nInnerCells; ++i) {
+    Solution<double> const solution = Solve<double>(system, i);
+    if (solution.xPivot == 0.0 || solution.yPivot == 0.0) return false;
+    store(i, solution);
   }
   return true;
 }
