@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 
 /// A block of zero bytes for a large table, to be given back to FreeZeroedBlock.
 ///
@@ -12,3 +13,11 @@ void* NewZeroedBlock(std::size_t nByte);
 
 /// Null is fine.
 void FreeZeroedBlock(void* block);
+
+/// Elements 0..n of zero bytes, which is what T() must be; to be given back to FreeZeroedBlock.
+template <typename T>
+T* NewZeroedArray(int n) {
+  static_assert(std::is_trivially_copyable_v<T>,
+                "zero bytes are elements, and they are given back as they are");
+  return static_cast<T*>(NewZeroedBlock((static_cast<std::size_t>(n) + 1) * sizeof(T)));
+}

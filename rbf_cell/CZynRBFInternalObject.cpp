@@ -2,7 +2,6 @@
 
 #include "rbf_cell/CZynRBFInternalObject.h"
 
-#include <cstddef>
 #include <cstring>
 
 #include "foundation/ErrorText.h"
@@ -10,6 +9,7 @@
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
 #include "foundation/SettingsText.h"
+#include "foundation/ZeroedBlock.h"
 #include "host/ZYNCommunication.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
@@ -28,11 +28,6 @@ constexpr int kFirstLineLimit = 254;
 constexpr int kElementsBesideNeighbours = 3;
 
 template <typename T>
-T* NewZeroed(int nElement) {
-  return new T[static_cast<std::size_t>(nElement) + 1]();
-}
-
-template <typename T>
 void DeleteRowByRow(T**& table, int nRow) {
   if (table == nullptr) return;
   for (int i = 0; i <= nRow; ++i) delete[] table[i];
@@ -41,8 +36,8 @@ void DeleteRowByRow(T**& table, int nRow) {
 }
 
 template <typename T>
-void DeleteArray(T*& array) {
-  delete[] array;
+void FreeArray(T*& array) {
+  FreeZeroedBlock(array);
   array = nullptr;
 }
 
@@ -85,13 +80,13 @@ void CZynRBFInternalObject::ReleaseTables() {
   DeleteRowByRow(m_ppIBCoef, m_iNIBNode);
   DeleteRowByRow(m_ppIBValueCoef, m_iNIBNode);
 
-  DeleteArray(m_piNodeKindIndex);
-  DeleteArray(m_piNodeKind);
-  DeleteArray(m_pSupportLength);
+  FreeArray(m_piNodeKindIndex);
+  FreeArray(m_piNodeKind);
+  FreeArray(m_pSupportLength);
 
   DeleteObject(m_pADTree);
-  DeleteArray(m_pRBFnode);
-  DeleteArray(m_pStencilExtent);
+  FreeArray(m_pRBFnode);
+  FreeArray(m_pStencilExtent);
 }
 
 // All that were handed over but the mesh. On purpose, and the reason why COperatorGradient, which only
@@ -163,12 +158,12 @@ void CZynRBFInternalObject::AllocateCellTables() {
 
   m_ppRBFCellConn = RowTable<int>::Create(nCell, nInnerCells, rowSize);
   m_ppRBFCellCoef = RowTable<RBFnode>::Create(nCell, nInnerCells, rowSize);
-  m_pSupportLength = NewZeroed<double>(nCell);
+  m_pSupportLength = NewZeroedArray<double>(nCell);
   m_pADTree = new CZYNOptKer;
-  m_pRBFnode = NewZeroed<RBFnode>(nCell);
-  m_pStencilExtent = NewZeroed<RBFnode>(nCell);
-  m_piNodeKind = NewZeroed<int>(nCell);
-  m_piNodeKindIndex = NewZeroed<int>(nCell);
+  m_pRBFnode = NewZeroedArray<RBFnode>(nCell);
+  m_pStencilExtent = NewZeroedArray<RBFnode>(nCell);
+  m_piNodeKind = NewZeroedArray<int>(nCell);
+  m_piNodeKindIndex = NewZeroedArray<int>(nCell);
 }
 
 int CZynRBFInternalObject::ReadRBFbackdoorfile() {
