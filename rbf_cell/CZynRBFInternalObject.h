@@ -17,8 +17,8 @@ class CZyn3dGV;
 ///
 /// The stencil of an interior cell is the cell itself and its neighbours in the order of the mesh's CellCell
 /// row. Its weights w for a derivative D solve the differential-quadrature system
-///   sum_k w_k kernel(|X_k - X_j|) + m = D kernel(|x - X_j|) at the cell,  for every member j,   sum_k w_k =
-///   0,
+///   sum_k w_k kernel(|X_k - X_j|) + m = D kernel(|x - X_j|) at x = X_cell, for every member j,
+///   sum_k w_k = 0,
 /// once, at set-up; a gradient is then three dot products per cell. Constants have no slope up to rounding;
 /// there is no linear term, so a linear field is reproduced only as far as the support is wide. @cite
 /// wendland1995
@@ -184,15 +184,16 @@ class ZYN_EXPORT CZynRBFInternalObject {
   double Span = 0.0;         ///< support radius over the stencil's length
   int iShape_Normalize = 0;  ///< 1: shape-normalised form of the kernel; any other value: plain form
 
-  int** m_ppRBFCellConn =
-      nullptr;  ///< [1..NInnerCells] stencil: row[0] members at row[1..row[0]], the cell first
+  /// [1..NInnerCells] stencil: row[0] members at row[1..row[0]], the cell first; one element more, left zero.
+  int** m_ppRBFCellConn = nullptr;
   int** m_ppRBFInnerFaceConn = nullptr;  ///< stencils of faces: row[0] set, members left zero
   int** m_ppRBFWallFaceConn = nullptr;
   int** m_ppRBFInletFaceConn = nullptr;
   int** m_ppRBFOutletFaceConn = nullptr;
   int** m_ppRBFPartInterFaceConn = nullptr;
-  RBFnode** m_ppRBFCellCoef =
-      nullptr;  ///< [1..NInnerCells] weights at 1..n as in the stencil, multiplier at n+1
+  /// [1..NInnerCells] weights, 1/L, at 1..n in the order of the stencil; the multiplier at n+1. (Of the
+  /// shape-normalised form: of the derivatives with respect to the scaled coordinates.)
+  RBFnode** m_ppRBFCellCoef = nullptr;
   RBFnode** m_ppRBFInnerFaceCoef = nullptr;  ///< weights of faces at 1, 2
   RBFnode** m_ppRBFPartInterFaceCoef = nullptr;
   RBFnode** m_ppRBFInletFaceCoef = nullptr;
@@ -200,8 +201,7 @@ class ZYN_EXPORT CZynRBFInternalObject {
   RBFnode** m_ppRBFOutletFaceCoef = nullptr;
   double** m_ppRBFInnerFaceFlux = nullptr;  ///< [1..NInnerFaces] normal weights at 1, 2, multiplier at 3
 
-  double* m_pSupportLength =
-      nullptr;                  ///< [1..NCell] greatest distance from a cell to a member of its stencil, L
+  double* m_pSupportLength = nullptr;  ///< [1..NCell] greatest distance from a cell to its stencil, L
   int* m_piNodeKind = nullptr;  ///< [1..NCell] 1 interior, 2 wall, 3 inlet, 4 outlet, 5 partition, 0 none
   int* m_piNodeKindIndex = nullptr;         ///< [1..NCell] number of the cell or face within its kind
   double m_dBoundMax[3] = {0.0, 0.0, 0.0};  ///< range of the tree, x, y, z

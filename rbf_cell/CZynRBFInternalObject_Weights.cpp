@@ -1,6 +1,7 @@
 // The differential-quadrature systems of the cells: assembled, solved, stored.
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 #include "foundation/CDenseSolver.h"
