@@ -33,8 +33,11 @@ namespace {
 constexpr int kSuccess = 1;
 
 // The right-hand sides of a cell's system pass through single precision, on purpose; the solve sees doubles
-// again.
-double InSinglePrecision(double value) { return static_cast<float>(value); }
+// again. Volatile, since GCC 12 drops such a rounding where it makes vector operations of the three components.
+double InSinglePrecision(double value) {
+  float const volatile rounded = static_cast<float>(value);
+  return rounded;
+}
 
 // Right-hand side k: the gradient of the kernel centred on member k, at the point `at`; none for the constant
 // term.
