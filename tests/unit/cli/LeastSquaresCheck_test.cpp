@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "gradient/COperatorGradientImpl.h"
+#include "reference_host/MpiExchange.h"
+#include "reference_host/MpiReduction.h"
+#include "tests/unit/cli/BoxPartition.h"
+#include "tests/unit/cli/TestRanks.h"
+
 namespace zyngrad {
 namespace {
 
@@ -18,6 +24,26 @@ TEST(LeastSquaresCheck, StopsAtAZeroSecondPivot) {
 TEST(LeastSquaresCheck, ComparesPivotsExactly) {
   EXPECT_FALSE(LeastSquaresStopsAt(1e-300, 0.0, 1e-300));
   EXPECT_FALSE(LeastSquaresStopsAt(1.0, 0.5, 1.0));
+}
+
+TEST(LeastSquaresCheck, NamesTheLowestCellOfTheMeshThatWouldStop) {
+  const auto partition = BoxPartition("box:3,3,3");
+  reference_host::MpiExchange exchange(TestRanks().communicator(), *partition);
+  reference_host::MpiReduction reduction(TestRanks().communicator());
+  COperatorGradient op;
+  op.getZyn3dGV(partition->globals(), nullptr, nullptr, partition->mesh());
+  op.getPartitionFace(partition->partitionFaces());
+  op.getCommunication(&exchange, &reduction);
+  int leastSquares = 1;
+  op.getGradType(leastSquares);
+  op.Initialize();
+  EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition), std::nullopt);
+
+  for (int c = 1; c <= partition->mesh()->NInnerCells; ++c) {
+    const auto number = partition->globalCell()[static_cast<std::size_t>(c)];
+    if (number == 9 || number == 20) op.m_pImpl->m_pSxx[c] = 0.0;
+  }
+  EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition), "least squares stops at cell 9 (zero pivot)");
 }
 
 }  // namespace
