@@ -1,6 +1,7 @@
 #include "cli/GradientMethods.h"
 
 #include "cli/LeastSquaresCheck.h"
+#include "cli/RadialBasisRemarks.h"
 
 namespace zyngrad {
 namespace {
@@ -30,6 +31,13 @@ void RunThreeComponents(COperatorGradient& op, MethodData& data) {
                   g3.z.data());
 }
 
+// The operator exchanges nothing after this method and leaves the halo cells zero.
+void RunRadialBasis(COperatorGradient& op, MethodData& data) {
+  RunGradMethod(op, data, 1);
+  GradientArrays& g = data.gradient[0];
+  for (auto* component : {&g.x, &g.y, &g.z}) data.exchange->DDM_Exch(component->data());
+}
+
 }  // namespace
 
 const std::vector<GradientMethod>& GradientMethods() {
@@ -42,6 +50,8 @@ const std::vector<GradientMethod>& GradientMethods() {
        LeastSquaresObstacle},
       {"vector", "plain Green-Gauss of three fields in one walk over the faces", 0, 3, RunThreeComponents,
        nullptr},
+      {"rbf", "radial basis functions over the face neighbours; --span, --shape-normalize", kRadialBasisType,
+       1, RunRadialBasis, nullptr, RadialBasisRemarks},
   };
   return methods;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/GradientErrors.h"
+#include "cli/RadialBasisSettings.h"
 #include "cli/Ranks.h"
 #include "gradient/COperatorGradient.h"
 #include "reference_host/HostPartition.h"
@@ -19,6 +20,7 @@ struct MethodData {
   std::array<GradientArrays, 3> gradient;  ///< methods of one field fill the first
   std::vector<double> weight;              ///< [1..NCell] coefficient, for the weighted method
   int nSweeps = 3;                         ///< for the iterated method
+  CCommunication* exchange = nullptr;      ///< borrowed; for methods that leave the exchange to the host
 };
 
 /// A gradient method as the tool offers it. A new method is one more row of GradientMethods().
@@ -34,7 +36,15 @@ struct GradientMethod {
   /// it may be called on any mesh.
   std::optional<std::string> (*obstacle)(const Ranks& ranks, COperatorGradient& op,
                                          reference_host::HostPartition& partition);
+
+  /// Collective: what a user has to know about the result on this mesh, a line each, the same on every rank.
+  /// Null: nothing.
+  std::vector<std::string> (*remarks)(const Ranks& ranks, reference_host::HostPartition& partition,
+                                      const RadialBasisSettings& settings) = nullptr;
 };
+
+/// The gradient type of the method that reads a settings file.
+constexpr int kRadialBasisType = 2;
 
 /// In the order of tables and files.
 const std::vector<GradientMethod>& GradientMethods();

@@ -57,6 +57,8 @@ void PrintTimes(std::ostream& out, const std::vector<MethodResult>& results) {
 void PrintRemarks(std::ostream& out, const std::vector<MethodResult>& results) {
   for (const MethodResult& result : results) {
     if (!result.notRun.empty()) out << "  " << result.method->name << ": not run: " << result.notRun << '\n';
+    for (const std::string& remark : result.remarks)
+      out << "  " << result.method->name << ": " << remark << '\n';
     for (const GradientResult& one : result.gradients) {
       const std::int64_t n = one.errors.interior.nNotFinite + one.errors.boundary.nNotFinite;
       if (n > 0) out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " cells\n";
@@ -88,6 +90,7 @@ ordered_json MethodAsJson(const MethodResult& result) {
   json["fieldsPerCall"] = result.method->nFields;
   json["seconds"] = {{"setUp", times.setUp}, {"firstCall", times.first}, {"laterCalls", times.later}};
   json["nsPerCell"] = times.nsPerCell;
+  if (!result.remarks.empty()) json["remarks"] = result.remarks;
   json["errors"] = ordered_json::array();
   for (const GradientResult& one : result.gradients) {
     json["errors"].push_back({{"name", one.label},

@@ -105,6 +105,7 @@ MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, con
   MethodResult result;
   result.method = &method;
   MethodData data = MakeData(ranks, partition.mesh()->NCell, method, theCase);
+  data.exchange = mesh.exchange.get();
   COperatorGradient op;
   {
     const StdoutToFile log(theCase.logFile);
@@ -122,6 +123,7 @@ MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, con
     const std::vector<double> seconds = TimeCalls(ranks, method, op, data, 1 + theCase.nRepeat);
     Summarise(ranks, seconds, partition.mesh()->NInnerCells, result.times);
   }
+  if (method.remarks != nullptr) result.remarks = method.remarks(ranks, partition, theCase.radialBasis);
   CompareWithExact(ranks, partition, theCase, data, result);
   return result;
 }

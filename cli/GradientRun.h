@@ -6,6 +6,7 @@
 #include "cli/Expression.h"
 #include "cli/GradientErrors.h"
 #include "cli/GradientMethods.h"
+#include "cli/RadialBasisSettings.h"
 #include "cli/Ranks.h"
 #include "cli/TestField.h"
 #include "reference_host/LoadMesh.h"
@@ -34,6 +35,7 @@ struct GradientResult {
 struct MethodResult {
   const GradientMethod* method = nullptr;
   std::string notRun;  ///< why the method could not be called; the rest is then empty but for times.setUp
+  std::vector<std::string> remarks;  ///< what to know about the result, a line each
   MethodTimes times;
   std::vector<GradientResult> gradients;
 };
@@ -45,8 +47,9 @@ struct GradientCase {
   std::vector<char> isBoundaryCell;
   std::vector<double> weight;  ///< [1..NCell]
   int nSweeps = 3;
-  int nRepeat = 3;      ///< timed calls after the first
-  std::string logFile;  ///< takes what the operators print on this rank
+  RadialBasisSettings radialBasis;  ///< as in the file that the operator reads
+  int nRepeat = 3;                  ///< timed calls after the first
+  std::string logFile;              ///< takes what the operators print on this rank
 };
 
 /// Collective. Sets the operator up, calls it 1 + nRepeat times and compares its last result with the exact

@@ -70,9 +70,11 @@ void OutputFolder::MakeFolder(const std::string& folder) {
 
 void OutputFolder::MakeSubfolder(const std::string& name) { MakeFolder((fs::path(path_) / name).string()); }
 
-std::string OutputFolder::Stage(const std::string& name) {
-  const std::string place = (fs::path(path_) / name).string();
-  staged_.emplace_back(place + ".part", place);
+std::string OutputFolder::Stage(const std::string& name) { return StageAs(name, name + ".part"); }
+
+std::string OutputFolder::StageAs(const std::string& name, const std::string& unfinishedName) {
+  const fs::path folder(path_);
+  staged_.emplace_back((folder / unfinishedName).string(), (folder / name).string());
   return staged_.back().first;
 }
 

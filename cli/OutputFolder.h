@@ -29,6 +29,10 @@ class OutputFolder {
   /// it owns it.
   std::string Stage(const std::string& name);
 
+  /// The same for a file that something reads by a name of its own before Commit: until then it is called
+  /// `unfinishedName`.
+  std::string StageAs(const std::string& name, const std::string& unfinishedName);
+
   /// Lines that the operators print on this rank: the staged log.rankN.txt.
   const std::string& logFile() const { return logFile_; }
 

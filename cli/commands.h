@@ -23,5 +23,6 @@ class Command {
 
 std::unique_ptr<Command> MakeGradientCommand();
 std::unique_ptr<Command> MakeInfoCommand();
+std::unique_ptr<Command> MakeExplainCommand();
 
 }  // namespace zyngrad

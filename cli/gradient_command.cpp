@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -16,6 +17,7 @@
 #include "cli/OneLine.h"
 #include "cli/OutputFolder.h"
 #include "cli/Progress.h"
+#include "cli/RadialBasisSettings.h"
 #include "cli/UsageError.h"
 #include "cli/commands.h"
 #include "reference_host/LoadMesh.h"
@@ -45,7 +47,8 @@ std::string Footer() {
          "at face centres. Errors are measured against the formula's own gradient.\n\n"
          "The output folder gets results.json (the numbers of the tables), gradient.vtu, or gradient.pvtu "
          "and its\n"
-         "pieces, and what the operators print, in log.rankN.txt.\n\n"
+         "pieces, what the operators print, in log.rankN.txt, and what rbf is told, in "
+         "settings.rankN.rbf.\n\n"
          "Examples:\n"
          "  zyngrad gradient channel.msh --field \"sin(x)*y + z^2\"\n"
          "  zyngrad gradient box:20,20,20:tet --field \"x^2\" --method iterated --sweeps 5 -o tet20\n"
@@ -63,19 +66,21 @@ class GradientCommand : public Command {
   void ChooseMethods();
   GradientCase MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
                         const std::string& logFile);
+  void StageSettings(const Ranks& ranks, reference_host::HostPartition& partition, OutputFolder& folder);
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
   std::vector<std::string> fieldTexts_;
-  std::string method_ = "all", sweepsText_ = "3", weightText_ = "1", repeatText_ = "3";
+  std::string method_ = "all", sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
   std::string outputFolder_ = "zyngrad-output";
-  bool nonBlocking_ = false;
+  bool nonBlocking_ = false, shapeNormalize_ = false;
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
   std::vector<Expression> fields_;
   std::vector<Expression> weight_;  ///< one
   std::vector<const GradientMethod*> methods_;
   int nSweeps_ = 0, nRepeat_ = 0;
+  RadialBasisSettings radialBasis_;
 };
 
 CLI::App* GradientCommand::AddTo(CLI::App& program) {
@@ -89,6 +94,10 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
   command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method (default 3)")->type_name("N");
   command->add_option("--weight", weightText_, "Coefficient of the weighted method, as a formula (default 1)")
       ->type_name("EXPR");
+  command->add_option("--span", spanText_, "Support radius of rbf over the stencil's length (default 500)")
+      ->type_name("S");
+  command->add_flag("--shape-normalize", shapeNormalize_,
+                    "rbf scales each axis by the stencil's extent (and its result with it)");
   command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
       ->type_name("DIR");
   command->add_flag("--non-blocking", nonBlocking_, "Exchange between ranks by non-blocking calls");
@@ -121,7 +130,26 @@ void GradientCommand::ReadOptions() {
   ChooseMethods();
   nSweeps_ = WholeNumber("--sweeps", sweepsText_, 0);
   nRepeat_ = WholeNumber("--repeat", repeatText_, 1);
+  radialBasis_ = {PositiveNumber("--span", spanText_), shapeNormalize_};
   groups_ = GroupsByUser(meshOptions_);
+}
+
+/// A file of its own for each rank: the operators read it at the same time, and rewrite what they do not know.
+void GradientCommand::StageSettings(const Ranks& ranks, reference_host::HostPartition& partition,
+                                    OutputFolder& folder) {
+  const auto name = [](int rank) { return "settings.rank" + std::to_string(rank); };
+  const bool isNeeded = std::any_of(methods_.begin(), methods_.end(), [](const GradientMethod* method) {
+    return method->gradientType == kRadialBasisType;
+  });
+  if (isNeeded) {
+    ranks.Together([&] {
+      const std::string own = name(ranks.rank());
+      const std::string file = folder.StageAs(own + ".rbf", own + ".part.rbf");
+      partition.SetBaseFileName(WriteSettingsFile(file, radialBasis_));
+    });
+  }
+  for (int rank = isNeeded ? ranks.count() : 0; folder.Has(name(rank) + ".rbf"); ++rank)
+    folder.Discard(name(rank) + ".rbf");
 }
 
 GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
@@ -135,6 +163,7 @@ GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::HostP
   theCase.weight = MakeCellValues(ranks, partition, weight_.front(), "the weight");
   theCase.nSweeps = nSweeps_;
   theCase.nRepeat = nRepeat_;
+  theCase.radialBasis = radialBasis_;
   theCase.logFile = logFile;
   return theCase;
 }
@@ -144,6 +173,8 @@ ordered_json GradientCommand::Question() const {
   json["fields"] = fieldTexts_;
   json["weight"] = weightText_;
   json["sweeps"] = nSweeps_;
+  json["span"] = radialBasis_.span;
+  json["shapeNormalize"] = radialBasis_.shapeNormalize;
   json["repeat"] = nRepeat_;
   json["nonBlocking"] = nonBlocking_;
   return json;
@@ -163,6 +194,7 @@ void GradientCommand::Run(const Ranks& ranks) {
 
   progress.Stage("evaluating the formulas");
   GradientCase theCase = MakeCase(ranks, *mesh.partition, folder.logFile());
+  StageSettings(ranks, *mesh.partition, folder);
   std::vector<MethodResult> results;
   for (const GradientMethod* method : methods_) {
     progress.Stage(std::string("computing gradients: ") + method->name);

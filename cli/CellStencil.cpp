@@ -1,0 +1,116 @@
+#include "cli/CellStencil.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "cli/StdoutToFile.h"
+#include "cli/TemporaryFolder.h"
+#include "foundation/DQKernel.h"
+#include "foundation/DQMatrix.h"
+#include "rbf_cell/CZynRBFInternalObject.h"
+
+namespace zyngrad {
+namespace {
+
+using reference_host::HostPartition;
+
+/// The operator on a partition, without the weights. It would destroy the host objects that it is given, so
+/// they are taken from it at the end.
+class BorrowingOperator {
+ public:
+  explicit BorrowingOperator(HostPartition& partition) {
+    op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
+    op_.getPartitionFace(partition.partitionFaces());
+    op_.InitialRBFSetting();
+  }
+  ~BorrowingOperator() {
+    op_.m_pGV = nullptr;
+    op_.m_pPartFace = nullptr;
+  }
+  BorrowingOperator(const BorrowingOperator&) = delete;
+  BorrowingOperator& operator=(const BorrowingOperator&) = delete;
+
+  CZynRBFInternalObject* operator->() { return &op_; }
+
+ private:
+  CZynRBFInternalObject op_;
+};
+
+DQVector Triple(const RBFnode& node) { return {node.x, node.y, node.z}; }
+
+StencilMember MakeMember(const HostPartition& partition, int nInnerCells, int cell) {
+  const auto at = static_cast<std::size_t>(cell);
+  StencilMember member;
+  member.cell = partition.globalCell()[at];
+  if (member.cell > 0) {
+    member.place = cell <= nInnerCells ? "interior" : "other rank";
+  } else {
+    member.place = partition.patches()[static_cast<std::size_t>(partition.patchOfGhost()[at])].name;
+  }
+  return member;
+}
+
+/// As the operator assembles it: a cell that stands in the stencil again later on has a row and a column of
+/// zeros at its earlier places.
+template <typename Kernel>
+std::vector<double> Assemble(const Kernel& kernel, const int* members, const std::vector<DQVector>& points) {
+  const int n = static_cast<int>(points.size());
+  const std::size_t order = points.size() + 1;
+  std::vector<double> matrix(order * order);
+  FillKernelMatrix(kernel, points.data(), n, matrix.data(), n + 1);
+  AddConstantTerm(matrix.data(), n);
+  for (std::size_t k = 0; k < points.size(); ++k) {
+    if (std::find(members + k + 1, members + n, members[k]) == members + n) continue;
+    for (std::size_t j = 0; j < points.size(); ++j) matrix[k * order + j] = matrix[j * order + k] = 0.0;
+  }
+  return matrix;
+}
+
+std::vector<double> SystemMatrix(const CellStencil& stencil, const int* members) {
+  std::vector<DQVector> points;
+  for (const StencilMember& member : stencil.members) points.push_back(member.point);
+  const double span = stencil.settings.span;
+  if (stencil.settings.shapeNormalize)
+    return Assemble(ShapeNormalisedDQKernel(span, stencil.extent), members, points);
+  return Assemble(PlainDQKernel(span, stencil.supportLength), members, points);
+}
+
+}  // namespace
+
+DQVector CellStencil::SumOfWeights() const {
+  DQVector sum = {0.0, 0.0, 0.0};
+  for (const StencilMember& member : members) {
+    sum.x += member.weight.x;
+    sum.y += member.weight.y;
+    sum.z += member.weight.z;
+  }
+  return sum;
+}
+
+CellStencil DeriveCellStencil(HostPartition& partition, int cell, const RadialBasisSettings& settings) {
+  const TemporaryFolder folder;
+  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  const StdoutToFile silence("/dev/null");
+  BorrowingOperator op(partition);
+  op->DeriveCellCoefficentBysolveDQfullMatrix(cell);
+
+  const int* const row = op->m_ppRBFCellConn[cell];
+  const RBFnode* const weights = op->m_ppRBFCellCoef[cell];
+  CellStencil stencil;
+  for (int k = 1; k <= row[0]; ++k) {
+    StencilMember member = MakeMember(partition, partition.mesh()->NInnerCells, row[k]);
+    member.atOrigin = op->m_piNodeKind[row[k]] == 0;
+    member.point = Triple(op->m_pRBFnode[row[k]]);
+    member.weight = Triple(weights[k]);
+    stencil.members.push_back(std::move(member));
+  }
+  stencil.multiplier = Triple(weights[row[0] + 1]);
+  stencil.supportLength = op->m_pSupportLength[cell];
+  stencil.extent = Triple(op->m_pStencilExtent[cell]);
+  stencil.settings = {op->Span, op->iShape_Normalize == 1};
+  stencil.matrix = SystemMatrix(stencil, row + 1);
+  return stencil;
+}
+
+}  // namespace zyngrad

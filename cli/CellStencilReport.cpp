@@ -1,0 +1,95 @@
+#include "cli/CellStencilReport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "cli/ConditionEstimate.h"
+#include "cli/OneLine.h"
+#include "cli/TextTable.h"
+
+namespace zyngrad {
+namespace {
+
+using Align = TextTable::Align;
+
+constexpr int kDigits = 9;
+
+std::string General(double value) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.9g", value);
+  return buffer;
+}
+
+std::string Coordinates(const DQVector& v) { return Place(v.x, v.y, v.z); }
+
+void AddWeightRow(TextTable& table, std::vector<std::string> cells, const DQVector& weight) {
+  for (const double value : {weight.x, weight.y, weight.z}) cells.push_back(Scientific(value, kDigits));
+  table.AddRow(std::move(cells));
+}
+
+std::string ConditionText(double condition) {
+  if (std::isnan(condition)) return "none, the matrix is not finite";
+  return std::isinf(condition) ? "infinite" : Scientific(condition, 3);
+}
+
+void PrintLengths(std::ostream& out, const CellStencil& stencil) {
+  const bool isPlain = !stencil.settings.shapeNormalize;
+  TextTable table({{"stencil", Align::Left}, {"", Align::Left}});
+  table.AddRow({"members", std::to_string(stencil.members.size())});
+  table.AddRow({"support length", General(stencil.supportLength)});
+  table.AddRow({"extents", Coordinates(stencil.extent)});
+  table.AddRow({"Span", General(stencil.settings.span)});
+  table.AddRow({"kernel form", isPlain ? "plain" : "shape-normalised"});
+  if (isPlain) table.AddRow({"support radius", General(stencil.settings.span * stencil.supportLength)});
+  table.Print(out);
+}
+
+void PrintWeights(std::ostream& out, const CellStencil& stencil) {
+  TextTable table({{"member"},
+                   {"cell"},
+                   {"place", Align::Left},
+                   {"point", Align::Left},
+                   {"distance"},
+                   {"weight d/dx"},
+                   {"weight d/dy"},
+                   {"weight d/dz"}});
+  int number = 0;
+  for (const StencilMember& member : stencil.members) {
+    const double distance = Length(OffsetBetween(stencil.members.front().point, member.point));
+    AddWeightRow(table,
+                 {std::to_string(++number), member.cell > 0 ? std::to_string(member.cell) : "-",
+                  OneLine(member.place), Coordinates(member.point), Scientific(distance)},
+                 member.weight);
+  }
+  const DQVector sum = stencil.SumOfWeights();
+  const DQVector& m = stencil.multiplier;
+  AddWeightRow(table, {"", "", "sum of the weights", "", ""}, sum);
+  AddWeightRow(table, {"", "", "multiplier", "", ""}, m);
+  AddWeightRow(table, {"", "", "both", "", ""}, {sum.x + m.x, sum.y + m.y, sum.z + m.z});
+  table.Print(out);
+}
+
+void PrintOrigin(std::ostream& out, const CellStencil& stencil) {
+  const auto n = std::count_if(stencil.members.begin(), stencil.members.end(),
+                               [](const StencilMember& member) { return member.atOrigin; });
+  if (n == 0) return;
+  out << "  " << n << (n == 1 ? " member stands" : " members stand")
+      << " at the origin, beside symmetry faces: the weights are wrong; --group NAME=wall avoids it\n";
+}
+
+}  // namespace
+
+void PrintCellStencil(std::ostream& out, const CellStencil& stencil) {
+  PrintLengths(out, stencil);
+  out << '\n';
+  PrintWeights(out, stencil);
+  PrintOrigin(out, stencil);
+  out << "\ncondition number of the system of order " << stencil.Order()
+      << " (1-norm, estimate): " << ConditionText(ConditionEstimate(stencil.matrix, stencil.Order())) << '\n';
+}
+
+}  // namespace zyngrad

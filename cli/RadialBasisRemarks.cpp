@@ -1,0 +1,39 @@
+#include "cli/RadialBasisRemarks.h"
+
+#include <cstdint>
+#include <set>
+
+#include "cli/TextTable.h"
+
+namespace zyngrad {
+namespace {
+
+/// Cells of all ranks with at least one symmetry face; each counts once.
+std::int64_t CellsBesideSymmetry(const Ranks& ranks, const CZYN3DFiniteVolumeMesh& mesh) {
+  std::set<int> cells;
+  for (int f = 1; f <= mesh.NSymmetry; ++f) cells.insert(mesh.ijSymmetryCV[f]);
+  auto own = static_cast<std::int64_t>(cells.size());
+  std::int64_t all = 0;
+  MPI_Allreduce(&own, &all, 1, MPI_INT64_T, MPI_SUM, ranks.communicator());
+  return all;
+}
+
+}  // namespace
+
+std::vector<std::string> RadialBasisRemarks(const Ranks& ranks, reference_host::HostPartition& partition,
+                                            const RadialBasisSettings& settings) {
+  std::vector<std::string> remarks;
+  const std::int64_t nBeside = CellsBesideSymmetry(ranks, *partition.mesh());
+  if (nBeside > 0) {
+    remarks.push_back("wrong beside symmetry faces, in " + Grouped(nBeside) +
+                      (nBeside == 1 ? " cell" : " cells") +
+                      " whose stencils have side cells at the origin; --group NAME=wall avoids it");
+  }
+  if (settings.shapeNormalize) {
+    remarks.emplace_back(
+        "the shape-normalised form gives the derivative along an axis times Span and the stencil's extent");
+  }
+  return remarks;
+}
+
+}  // namespace zyngrad
