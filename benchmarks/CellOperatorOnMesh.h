@@ -1,0 +1,66 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "foundation/DQVector.h"
+#include "rbf_cell/CZynRBFInternalObject.h"
+#include "reference_host/FaceMesh.h"
+#include "reference_host/LoadMesh.h"
+
+namespace benchmarks {
+
+/// Sends standard output to nowhere for its lifetime: the operators report their progress there.
+class QuietOutput {
+ public:
+  QuietOutput();
+  ~QuietOutput();
+  QuietOutput(QuietOutput const&) = delete;
+  QuietOutput& operator=(QuietOutput const&) = delete;
+
+ private:
+  int formerOutput_;
+};
+
+/// Systems A w = b of cells, one after the other: (n+1) x (n+1) values of A, (n+1) x 3 of b, row-major.
+struct CellSystems {
+  std::vector<int> order;  ///< n+1 of each
+  std::vector<double> matrices, columns;
+
+  void Clear();
+};
+
+/// A mesh on the calling rank and the radial-basis cell operator on it, with its settings file in a temporary
+/// folder.
+class CellOperatorOnMesh {
+ public:
+  explicit CellOperatorOnMesh(std::string const& meshSpec,
+                              std::map<std::string, reference_host::BoundaryGroup> const& groups = {});
+  ~CellOperatorOnMesh();
+  CellOperatorOnMesh(CellOperatorOnMesh const&) = delete;
+  CellOperatorOnMesh& operator=(CellOperatorOnMesh const&) = delete;
+
+  CZYN3DFiniteVolumeMesh& mesh() { return *loaded_.partition->mesh(); }
+
+  /// A new operator that has its host objects and nothing more; the former one is released.
+  CZynRBFInternalObject& NewOperator();
+  CZynRBFInternalObject& op() { return *op_; }
+
+  /// Appends the system of a cell, as DeriveRBFweighting solves it, plain form, for stencils without doubles.
+  void AppendSystem(int cell, CellSystems& systems);
+
+ private:
+  void ReleaseOperator();
+
+  std::string folder_;
+  reference_host::LoadedMesh loaded_;
+  std::unique_ptr<CZynRBFInternalObject> op_;
+  std::vector<DQVector> points_;
+};
+
+/// "box:n,n,n:shape" with about that many cells.
+std::string BoxText(double cellsWanted, std::string const& shape);
+
+}  // namespace benchmarks
