@@ -74,7 +74,7 @@ void DiscardOtherForm(const Ranks& ranks, OutputFolder& folder) {
 std::string StageGradientGrid(const Ranks& ranks, HostPartition& partition, const GradientCase& theCase,
                               const std::vector<MethodResult>& results, OutputFolder& folder) {
   const bool isAlone = ranks.count() == 1;
-  const std::string index = isAlone ? "gradient.vtu" : "gradient.pvtu";
+  std::string index = isAlone ? "gradient.vtu" : "gradient.pvtu";
   if (!isAlone) folder.MakeSubfolder("gradient");
   ranks.Together([&] {
     const int nCells = partition.mesh()->NInnerCells;
@@ -83,6 +83,7 @@ std::string StageGradientGrid(const Ranks& ranks, HostPartition& partition, cons
              arrays);
     if (isAlone || !ranks.IsFirst()) return;
     std::vector<std::string> pieces;
+    pieces.reserve(static_cast<std::size_t>(ranks.count()));
     for (int rank = 0; rank < ranks.count(); ++rank) pieces.push_back(PieceName(rank));
     WritePvtu(folder.Stage(index), arrays, pieces);
   });

@@ -74,6 +74,7 @@ void Summarise(const Ranks& ranks, const std::vector<double>& ownSeconds, int nI
   const std::vector<double> later(ownSeconds.begin() + 1, ownSeconds.end());
   times.nsPerCell = ranks.Max(nInnerCells > 0 ? Median(later) * 1e9 / nInnerCells : 0.0);
   std::vector<double> slowest;
+  slowest.reserve(ownSeconds.size());
   for (const double own : ownSeconds) slowest.push_back(ranks.Max(own));
   times.first = slowest.front();
   times.later = Median({slowest.begin() + 1, slowest.end()});
