@@ -143,7 +143,7 @@ for ranks in 1 2 4; do
     run $ranks gradient "$mesh" --field "1 + 2*x - 3*y + 4*z" -o "linear-$ranks"
     check "linear field, $mesh, $ranks ranks: exit code 0" exited 0
     check "linear field, $mesh, $ranks ranks: nothing on stderr" [ ! -s stderr ]
-    for method in plain iterated weighted lsq vector; do
+    for method in plain iterated weighted lsq vector rbf; do
       check "linear field, $mesh, $ranks ranks: row of $method" grep -q "^  $method  *interior" stdout
     done
     # The fourth method is lsq; each has its l2 for interior and for boundary cells.
@@ -154,7 +154,7 @@ for ranks in 1 2 4; do
     check "linear field, $mesh, $ranks ranks: no unfinished file" no_parts_left
     if [ $ranks = 1 ]; then
       check "linear field, $mesh: grid with all arrays" grid_has linear-1/gradient.vtu field exact_gradient \
-        gradient_plain error_plain gradient_iterated gradient_weighted gradient_lsq gradient_vector error_vector rank cell
+        gradient_plain error_plain gradient_iterated gradient_weighted gradient_lsq gradient_vector error_vector gradient_rbf rank cell
     else
       check "linear field, $mesh, $ranks ranks: index lists $ranks pieces" \
         [ "$(grep -c '<Piece Source="gradient/gradient' "linear-$ranks/gradient.pvtu")" = "$ranks" ]
@@ -229,6 +229,63 @@ for ranks in 1 2 4; do
   check "info on $ranks ranks: printed once" [ "$(grep -c 'skewness' stdout)" = 1 ]
 done
 
+# --- radial basis: settings, symmetry, ranks, one cell explained ------------------------------------------------------
+
+echo "mine" >users.rbf
+echo "mine" >.rbf
+for ranks in 1 2 4; do
+  for mesh in box:6,5,4 box:5,4,4:tet:perturb=0.2,seed=3; do
+    run $ranks gradient "$mesh" --field "7" --method rbf -o "constant-$ranks"
+    check "rbf, $mesh, $ranks ranks: exit code 0" exited 0
+    check "rbf, $mesh, $ranks ranks: nothing on stderr" [ ! -s stderr ]
+    # Weights of about 10 each, so 7 times their sum is a few hundred roundings away from zero.
+    check "rbf, $mesh, $ranks ranks: no slope of a constant, interior cells" \
+      below "$(number "constant-$ranks/results.json" l2 1)" 1e-12
+    check "rbf, $mesh, $ranks ranks: no slope of a constant, boundary cells" \
+      below "$(number "constant-$ranks/results.json" l2 2)" 1e-12
+    check "rbf, $mesh, $ranks ranks: settings of every rank" \
+      [ "$(cat "constant-$ranks"/settings.rank*.rbf | grep -c '^Span              = 500$')" = "$ranks" ]
+    check "rbf, $mesh, $ranks ranks: the operator's lines are in the log" \
+      contains "constant-$ranks/log.rank$((ranks - 1)).txt" "Span = 500.000000"
+    check "rbf, $mesh, $ranks ranks: nobody adopted defaults" \
+      [ "$(cat "constant-$ranks"/log.rank*.txt | grep -c Default)" = 0 ]
+    check "rbf, $mesh, $ranks ranks: no unfinished file" [ -z "$(find . -name '*.part*')" ]
+  done
+  run $ranks gradient box:8,8,8 --field "sin(3*x)*y + z^2" --method rbf --span 50 -o "rbf-$ranks"
+  check "rbf with a span of 50, $ranks ranks: settings" contains "rbf-$ranks/settings.rank0.rbf" "Span              = 50"
+  run $ranks gradient box:4,3,2 --field x --method rbf --group wall_zmin=symmetry --group wall_ymin=symmetry -o sides
+  check "rbf beside symmetry faces, $ranks ranks: exit code 0" exited 0
+  check "rbf beside symmetry faces, $ranks ranks: warns with the number of cells" \
+    [ "$(grep 'in 16 cells' stdout | grep -c -- '--group NAME=wall')" = 1 ]
+done
+# At a span of 50 the condition number of these cells is about 1e6.
+for ranks in 2 4; do
+  for entry in 1 2; do
+    a=$(number rbf-1/results.json l2 $entry)
+    b=$(number rbf-$ranks/results.json l2 $entry)
+    check "rbf, l2 number $entry agrees between 1 and $ranks ranks ($a, $b)" \
+      awk -v a="$a" -v b="$b" 'BEGIN { d = a - b; exit !(a != "" && d <= 1e-8 * a && -d <= 1e-8 * a) }'
+  done
+done
+run 1 gradient box:3,3,3 --field x --method rbf --shape-normalize -o shape
+check "rbf, shape-normalised: settings" contains shape/settings.rank0.rbf "Shape Normalize   = 1"
+check "rbf, shape-normalised: the operator saw it" contains shape/log.rank0.txt "iShape_Normalize = On"
+check "rbf, shape-normalised: says what it gives" contains stdout "times Span and the stencil's extent"
+run 1 gradient box:3,3,3 --field x --method plain -o constant-4
+check "settings of an earlier run are removed" [ -z "$(find constant-4 -name '*.rbf')" ]
+for ranks in 1 2 4; do
+  run $ranks explain box:3,3,3 --cell 14
+  check "explain, $ranks ranks: exit code 0" exited 0
+  check "explain, $ranks ranks: nothing on stderr" [ ! -s stderr ]
+  check "explain, $ranks ranks: the cell is its first member" grep -Eq "^ +1 +14 +interior +\(0\.5, 0\.5, 0\.5\)" stdout
+  check "explain, $ranks ranks: central difference over two thirds" \
+    [ "$(grep -o -- '1\.50008[0-9]*e+00' stdout | wc -l)" = 6 ]
+  check "explain, $ranks ranks: printed once" [ "$(grep -c 'condition number of the system of order 8' stdout)" = 1 ]
+  check "explain, $ranks ranks: none of the operator's own lines" [ "$(grep -c 'ok!' stdout)" = 0 ]
+done
+check "other .rbf files are left alone" [ "$(cat users.rbf .rbf)" = "$(printf 'mine\nmine')" ]
+check "no .rbf file beside them" [ "$(find . -maxdepth 1 -name '*.rbf' | wc -l)" = 2 ]
+
 # --- wrong input -----------------------------------------------------------------------------------------------------
 
 echo "no mesh" >text.msh
@@ -269,6 +326,14 @@ wrong "vector of one field" "method vector takes three --field, got 1" gradient 
 wrong "plain of three fields" "method plain takes one --field, got 3" gradient box:3,3,3 --field x --field y --field z --method plain
 wrong "sweeps not a number" '--sweeps "many"' gradient box:3,3,3 --field x --sweeps many
 wrong "negative sweeps" '--sweeps "-1"' gradient box:3,3,3 --field x --sweeps -1
+wrong "span not a number" '--span "wide"' gradient box:3,3,3 --field x --method rbf --span wide
+wrong "span of zero" '--span "0": expected a number above 0' gradient box:3,3,3 --field x --method rbf --span 0
+wrong "infinite span" '--span "inf"' gradient box:3,3,3 --field x --method rbf --span inf
+wrong "explain without a cell" "--cell" explain box:3,3,3
+wrong "explain cell 0" '--cell "0"' explain box:3,3,3 --cell 0
+wrong "explain beyond the cells" '--cell "28": the mesh has cells 1 to 27' explain box:3,3,3 --cell 28
+wrong "explain no number" '--cell "last"' explain box:3,3,3 --cell last
+wrong "explain with a bad span" '--span "-1"' explain box:3,3,3 --cell 1 --span -1
 wrong "no repeats" '--repeat "0"' gradient box:3,3,3 --field x --repeat 0
 wrong "unknown option" "--colour" gradient box:3,3,3 --field x --colour red
 wrong "unknown command" 'unknown command "grad"' grad box:3,3,3
