@@ -13,6 +13,7 @@ COperatorGradient::~COperatorGradient() {
 
 // Shallow on purpose: both sides share the right side's state from here on, and the left side's is left
 // behind.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): pointer and text are simply stored again
 COperatorGradient& COperatorGradient::operator=(COperatorGradient const& other) {
   m_pImpl = other.m_pImpl;
   std::memmove(m_szText, other.m_szText, sizeof(m_szText));

@@ -62,6 +62,7 @@ void CheckUserNames(const std::vector<Patch>& patches, const std::map<std::strin
   }
   if (unknown.empty()) return;
   std::vector<std::string> names;
+  names.reserve(patches.size());
   for (const Patch& patch : patches) names.push_back("'" + patch.name + "'");
   throw MeshError("the mesh has no boundary called " + Joined(unknown) + "; it has " +
                   (names.empty() ? "none" : Joined(names)));

@@ -10,7 +10,7 @@ namespace reference_host {
 namespace {
 
 std::string ExistingFile(const std::string& folder, const std::string& name) {
-  const std::string path = (std::filesystem::path(folder) / name).string();
+  std::string path = (std::filesystem::path(folder) / name).string();
   const std::string compressed = path + ".gz";
   std::error_code ignored;
   if (!std::filesystem::exists(path, ignored) && std::filesystem::exists(compressed, ignored)) {
