@@ -81,7 +81,7 @@ class ZYN_EXPORT COperatorGradient {
   /// Plain Green-Gauss gradients of three fields in one walk over the faces, whatever the gradient type.
   /// Collective.
   /// @param[in]  phi1,phi2,phi3  [1..NCell], U
-  /// @param[out] g1x..g3z        [1..NCell], U/L, overwritten
+  /// @param[out] g1x,g1y,g1z,g2x,g2y,g2z,g3x,g3y,g3z  [1..NCell], U/L, overwritten
   void GradMethod_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y, double* g1z,
                     double* g2x, double* g2y, double* g2z, double* g3x, double* g3y, double* g3z);
 

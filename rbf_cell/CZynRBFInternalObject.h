@@ -20,8 +20,8 @@ class CZyn3dGV;
 ///   sum_k w_k kernel(|X_k - X_j|) + m = D kernel(|x - X_j|) at x = X_cell, for every member j,
 ///   sum_k w_k = 0,
 /// once, at set-up; a gradient is then three dot products per cell. Constants have no slope up to rounding;
-/// there is no linear term, so a linear field is reproduced only as far as the support is wide. @cite
-/// wendland1995
+/// there is no linear term, so a linear field is reproduced only as far as the support is wide.
+/// @cite wendland1995
 ///
 /// Call sequence: construct; `getZyn3dGV` with a mesh, `getPartitionFace`, `getCommunication`;
 /// `InitialRBFSetting`; `DeriveRBFweighting`; `MultiplyRBFCoefficent` as often as needed. No stage is

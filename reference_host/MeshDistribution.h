@@ -10,8 +10,8 @@
 namespace reference_host {
 
 /// The part 0..nParts-1 of every cell: parts of nearly equal size with few faces between them, by METIS with
-/// a fixed seed, so the same mesh gives the same parts. Every part gets a cell. Not collective. @cite
-/// karypis1998
+/// a fixed seed, so the same mesh gives the same parts. Every part gets a cell. Not collective.
+/// @cite karypis1998
 /// @param[in] meshName  what a failure begins with, such as the file; may be empty
 /// Throws MeshError if there are fewer cells than parts.
 std::vector<int> PartitionMesh(const FaceMesh& mesh, int nParts, const std::string& meshName = {});
