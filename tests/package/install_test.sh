@@ -7,7 +7,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
 
-cmake -S "$repository/tests/package/consumer" -B "$work/build" -DCMAKE_CXX_COMPILER="$compiler" \
+cmake -G Ninja -S "$repository/tests/package/consumer" -B "$work/build" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/build" >/dev/null
 "$work/build/consumer"
