@@ -1,0 +1,41 @@
+#pragma once
+
+#include "foundation/BoundingBox.h"
+
+class CZYNOptKer;
+
+/// The search for at least so many neighbours of a point: a cube around it that grows by one step at a time
+/// until the tree finds enough entries in it.
+///
+/// The growth always ends. Once the cube covers the bounds of all entries, more growth finds nothing more, and
+/// what it holds is the answer, however little. A step that makes nothing grow (zero, negative, not a number)
+/// is replaced by one search that covers everything.
+class GrowingBoxSearch {
+ public:
+  /// @param tree     must outlive this
+  /// @param entries  bounds of the points in the tree
+  /// @param step     L, by which the half-width grows
+  GrowingBoxSearch(CZYNOptKer& tree, BoundingBox const& entries, double step)
+      : tree_(tree), entries_(entries), step_(step) {}
+
+  struct Answer {
+    int const* ids;    ///< [0..count-1], owned by the tree and valid until its next search
+    int count;         ///< at least what was wanted, unless all entries are fewer
+    double halfWidth;  ///< k * step, L; of the search that covers everything: as far as the farthest bound
+  };
+
+  /// Entries in the first of the cubes around (x, y, z) with the half-widths step, 2 step, 3 step... that holds
+  /// at least `wanted` of them; there is always one search.
+  Answer AtLeast(int wanted, double x, double y, double z) const;
+
+ private:
+  Answer Search(double halfWidth, double x, double y, double z) const;
+  Answer SearchEverything(double x, double y, double z) const;
+  Answer LeapTo(double farthestTooSmall, int wanted, double x, double y, double z) const;
+  bool IsEnough(Answer const& answer, int wanted, double x, double y, double z) const;
+  bool Covers(double halfWidth, double x, double y, double z) const;
+
+  CZYNOptKer& tree_;
+  BoundingBox entries_;
+  double step_;
+};

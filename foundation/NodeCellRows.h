@@ -1,0 +1,50 @@
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+#include "foundation/RowTable.h"
+#include "host/Zyn3dGV.h"
+
+/// The cells around each node that `isUsable`: ragged rows [1..NNode], to be given back to
+/// RowTable<int>::Destroy.
+///
+/// First come the entries of the mesh's NodeCell row in their order. Meshes list at boundary nodes the ghost
+/// cells, with or without the interior cells; so a node that `isBoundaryNode` then gets the interior cells that
+/// have it, in ascending order. No row holds a cell twice.
+/// @param isBoundaryNode  bool(int node)
+/// @param isUsable        bool(int cell)
+template <typename IsBoundaryNode, typename IsUsable>
+int** CreateNodeCellRows(CZYN3DFiniteVolumeMesh const& mesh, IsBoundaryNode isBoundaryNode,
+                         IsUsable isUsable) {
+  auto const forEachBoundaryPair = [&](auto&& action) {
+    for (int c = 1; c <= mesh.NInnerCells; ++c) {
+      if (!isUsable(c)) continue;
+      for (int k = 1; k <= mesh.CellLnodsNumber[c]; ++k) {
+        int const node = mesh.CellLnods[c][k];
+        if (isBoundaryNode(node)) action(node, c);
+      }
+    }
+  };
+
+  std::vector<int> capacity(static_cast<std::size_t>(mesh.NNode) + 1, 0);
+  for (int n = 1; n <= mesh.NNode; ++n) capacity[static_cast<std::size_t>(n)] = mesh.NodeCell[n][0] + 1;
+  forEachBoundaryPair([&](int node, int) { ++capacity[static_cast<std::size_t>(node)]; });
+
+  int** const rows = RowTable<int>::Create(mesh.NNode, mesh.NNode,
+                                           [&](int n) { return capacity[static_cast<std::size_t>(n)]; });
+  auto const append = [rows](int node, int c) {
+    int* const row = rows[node];
+    int* const end = row + 1 + row[0];
+    if (std::find(row + 1, end, c) != end) return;
+    *end = c;
+    ++row[0];
+  };
+  for (int n = 1; n <= mesh.NNode; ++n) {
+    int const* const listed = mesh.NodeCell[n];
+    for (int k = 1; k <= listed[0]; ++k)
+      if (isUsable(listed[k])) append(n, listed[k]);
+  }
+  forEachBoundaryPair(append);
+  return rows;
+}
