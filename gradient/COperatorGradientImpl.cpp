@@ -1,9 +1,9 @@
 #include "gradient/COperatorGradientImpl.h"
 
-#include <cstring>
 #include <initializer_list>
 
 #include "foundation/ErrorText.h"
+#include "foundation/HostObjects.h"
 #include "host/ZYNCom.h"
 #include "host/Zyn3dGV.h"
 
@@ -38,41 +38,20 @@ void COperatorGradientImpl::AppendError(char const* message) { AppendErrorText(m
 
 int COperatorGradientImpl::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
                                       CZYN3DFiniteVolumeMesh* pMesh) {
-  if (pGV == nullptr) {
-    AppendError("Can not get the object of Global Variables\n");
-    return kFailure;
-  }
-  m_pGV = pGV;
-  if (pGPU != nullptr) {
-    m_pGVGPU = pGPU;
-    std::memcpy(&m_GPUHead, static_cast<void const*>(pGPU), sizeof(m_GPUHead));
-  }
-  if (pOpenMP != nullptr) m_pGVOpenMP = pOpenMP;
-  if (pMesh != nullptr) m_pMesh = pMesh;
+  if (Receive(pGV, m_pGV, m_szError, kNoGlobals) == kFailure) return kFailure;
+  ReceiveAccelerator(pGPU, m_pGVGPU, m_GPUHead);
+  ReceiveIfGiven(pOpenMP, m_pGVOpenMP);
+  ReceiveIfGiven(pMesh, m_pMesh);
   return kSuccess;
 }
 
 int COperatorGradientImpl::getPartitionFace(CPartitionFace_DLL* pPartFace) {
-  if (pPartFace == nullptr) {
-    AppendError("Can not get the object of Part Faces\n");
-    return kFailure;
-  }
-  m_pPartFace = pPartFace;
-  return kSuccess;
+  return Receive(pPartFace, m_pPartFace, m_szError, kNoPartitionFaces);
 }
 
 int COperatorGradientImpl::getCommunication(CCommunication* pComm, CZYNCom* pCom) {
-  if (pComm == nullptr) {
-    AppendError("Can not get the object of Communication\n");
-    return kFailure;
-  }
-  m_pComm = pComm;
-  if (pCom == nullptr) {
-    AppendError("Can not get the object of CZYNCom\n");
-    return kFailure;
-  }
-  m_pCom = pCom;
-  return kSuccess;
+  if (Receive(pComm, m_pComm, m_szError, kNoCommunication) == kFailure) return kFailure;
+  return Receive(pCom, m_pCom, m_szError, "Can not get the object of CZYNCom\n");
 }
 
 // The answer warns, the store stands: a type that is refused here still decides what GradMethod does.

@@ -2,9 +2,8 @@
 
 #include "rbf_cell/CZynRBFInternalObject.h"
 
-#include <cstring>
-
 #include "foundation/ErrorText.h"
+#include "foundation/HostObjects.h"
 #include "foundation/Progress.h"
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
@@ -17,7 +16,6 @@
 namespace {
 
 constexpr int kSuccess = 1;
-constexpr int kFailure = -1;
 
 constexpr double kDefaultSpan = 500.0;
 constexpr int kFormatNumber = 1001;
@@ -101,36 +99,20 @@ void CZynRBFInternalObject::DestroyHostObjects() {
 
 int CZynRBFInternalObject::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
                                       CZYN3DFiniteVolumeMesh* pMesh) {
-  if (pGV == nullptr) {
-    AppendErrorText(m_szError, "Can not get the object of Global Variables\n");
-    return kFailure;
-  }
-  m_pGV = pGV;
-  if (pGPU != nullptr) {
-    m_pGVGPU = pGPU;
-    std::memcpy(&m_GPUHead, static_cast<void const*>(pGPU), sizeof(m_GPUHead));
-  }
-  if (pOpenMP != nullptr) m_pGVOpenMP = pOpenMP;
-  if (pMesh != nullptr) m_pMesh = pMesh;
+  int const status = Receive(pGV, m_pGV, m_szError, kNoGlobals);
+  if (status != kSuccess) return status;
+  ReceiveAccelerator(pGPU, m_pGVGPU, m_GPUHead);
+  ReceiveIfGiven(pOpenMP, m_pGVOpenMP);
+  ReceiveIfGiven(pMesh, m_pMesh);
   return kSuccess;
 }
 
 int CZynRBFInternalObject::getPartitionFace(CPartitionFace_DLL* pPartFace) {
-  if (pPartFace == nullptr) {
-    AppendErrorText(m_szError, "Can not get the object of Part Faces\n");
-    return kFailure;
-  }
-  m_pPartFace = pPartFace;
-  return kSuccess;
+  return Receive(pPartFace, m_pPartFace, m_szError, kNoPartitionFaces);
 }
 
 int CZynRBFInternalObject::getCommunication(CCommunication* pComm) {
-  if (pComm == nullptr) {
-    AppendErrorText(m_szError, "Can not get the object of Communication\n");
-    return kFailure;
-  }
-  m_pComm = pComm;
-  return kSuccess;
+  return Receive(pComm, m_pComm, m_szError, kNoCommunication);
 }
 
 const char* CZynRBFInternalObject::getErrorMsg() { return m_szError; }

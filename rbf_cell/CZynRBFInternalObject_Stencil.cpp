@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/BoundingBox.h"
 #include "foundation/DQVector.h"
 #include "foundation/Progress.h"
 #include "host/ZYNOptKer.h"
@@ -15,27 +16,7 @@ constexpr int kSuccess = 1;
 
 enum NodeKind : int { kInterior = 1, kWall = 2, kInlet = 3, kOutlet = 4, kPartition = 5 };
 
-constexpr double kFarAway = 1e10;       // L; bounds start inside out
 constexpr double kBoxHalfWidth = 1e-6;  // L; a point as a box of the tree
-
-/// An axis-aligned box that grows with the points that it is shown. A bound moves on a strict comparison
-/// only.
-struct GrowingBox {
-  DQVector high = {-kFarAway, -kFarAway, -kFarAway};
-  DQVector low = {kFarAway, kFarAway, kFarAway};
-
-  void Widen(double x, double y, double z) {
-    WidenAxis(x, high.x, low.x);
-    WidenAxis(y, high.y, low.y);
-    WidenAxis(z, high.z, low.z);
-  }
-
- private:
-  static void WidenAxis(double value, double& highest, double& lowest) {
-    if (value > highest) highest = value;
-    if (value < lowest) lowest = value;
-  }
-};
 
 DQVector CellCentre(CZYN3DFiniteVolumeMesh const& mesh, int c) {
   return {mesh.xc[c], mesh.yc[c], mesh.zc[c]};
@@ -56,7 +37,7 @@ int CZynRBFInternalObject::SetNodeCollation() {
 // on purpose: the range may be narrower than what is entered.
 void CZynRBFInternalObject::MeasureBounds() {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  GrowingBox box;
+  BoundingBox box;
   double distanceSum = 0.0;
   for (int f = 1; f <= mesh.NInnerFaces; ++f) {
     DQVector const first = CellCentre(mesh, mesh.ijCV[f]);
@@ -72,8 +53,8 @@ void CZynRBFInternalObject::MeasureBounds() {
   PrintFlushed("NWall ok!\n");
   for (int f = 1; f <= mesh.NInlet; ++f) box.Widen(mesh.ijInletxc[f], mesh.ijInletyc[f], mesh.ijInletzc[f]);
 
-  m_dBoundMax[0] = box.high.x, m_dBoundMax[1] = box.high.y, m_dBoundMax[2] = box.high.z;
-  m_dBoundMin[0] = box.low.x, m_dBoundMin[1] = box.low.y, m_dBoundMin[2] = box.low.z;
+  m_dBoundMax[0] = box.xmax, m_dBoundMax[1] = box.ymax, m_dBoundMax[2] = box.zmax;
+  m_dBoundMin[0] = box.xmin, m_dBoundMin[1] = box.ymin, m_dBoundMin[2] = box.zmin;
 }
 
 // Symmetry faces are left out on purpose: their ghost cells stay at the origin with kind 0.
@@ -122,7 +103,7 @@ void CZynRBFInternalObject::CollectStencil(int i) {
 
   stencil[0] = neighbours[0] + 1;
   stencil[1] = i;
-  GrowingBox box;
+  BoundingBox box;
   box.Widen(centre.x, centre.y, centre.z);
   double largest2 = 0.0;
   for (int k = 1; k <= neighbours[0]; ++k) {
@@ -133,6 +114,6 @@ void CZynRBFInternalObject::CollectStencil(int i) {
     largest2 = std::max(largest2, SquaredLength(OffsetBetween(centre, member)));
   }
   m_pSupportLength[i] = std::sqrt(largest2);
-  m_pStencilExtent[i].Set(std::fabs(box.high.x - box.low.x), std::fabs(box.high.y - box.low.y),
-                          std::fabs(box.high.z - box.low.z), i);
+  m_pStencilExtent[i].Set(std::fabs(box.xmax - box.xmin), std::fabs(box.ymax - box.ymin),
+                          std::fabs(box.zmax - box.zmin), i);
 }
