@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "foundation/Export.h"
 #include "rbf_cell/RBFnode.h"
@@ -165,6 +166,53 @@ class ZYN_EXPORT CZynRBFInternalObject {
   /// @return 1
   int MultiplyRBFCoefficent_InnerfaceFlux(double* phi, double* fx, double* fy, double* fz);
 
+  // Immersed-boundary points: CZynRBFInternalObject_IB.cpp. Nothing in the library calls these six, and they do
+  // not make a working path by themselves: CZynIBRBFInternalObject interpolates to points. The caller of the
+  // search supplies a filled tree and the map of its identities.
+
+  /// Reads the settings, makes the tables of `nIB` points without rows, places the cells, and prints two lines
+  /// per cell; no point is searched. The points' tables of a former call are released; `m_pRBFnode` and
+  /// `m_piNodeKind` are made anew and the former ones left behind, as in every repeated set-up of this class.
+  /// @param[in] nIB  number of points; the other arguments are not used
+  /// @return 0
+  int Initialize_IBInterpolateData(double* pCellMark, int nIB, double* x, double* y, double* z, int iMethod,
+                                   double dDistance, int iNumber);
+
+  /// Measures the mesh, clears the two reset blocks of the global variables and places interior cells and
+  /// partition halo cells at their centres, the ghost cells of walls, inlets and outlets at their face centres.
+  /// @note The ghost cells of symmetry faces are left out on purpose; no tree is touched.
+  /// @return 1
+  int SetIBNodeCollation();
+
+  /// Prints the number of cells and the running number for every cell, and does nothing else, on purpose.
+  /// @return 0
+  int SetIBADTress(double* pCellMark, std::vector<int> vCell, CZYNOptKer tree, int* piCellToBlock);
+
+  /// Stencils of all points: the entries of `tree` in a cube whose half-width is `dDistance` (method 1), or the
+  /// first of 1, 2, 3... mean cell distances that holds `iNumber` of them (method 2), in the tree's order. By any
+  /// other method they are empty.
+  ///
+  /// The cube is centred at (x[i], x[i], x[i]), on purpose: `y` and `z` are not read. A cube that cannot reach
+  /// the number stops growing when it covers all cells, wherever the tree has them.
+  /// @param[in]  x              [1..m_iNIBNode], L
+  /// @param[in]  piBlockToCell  [1..] cell number of an identity of the tree
+  /// @param[in]  tree           shares its entries with the object it was copied from
+  /// @param[out] pSupport       [1..m_iNIBNode] half-width of the cube, L
+  /// @pre Initialize_IBInterpolateData
+  /// @return 0
+  int SearchIBADTress(double* x, double* y, double* z, int iMethod, double dDistance, int iNumber,
+                      int* piBlockToCell, CZYNOptKer tree, double* pSupport);
+
+  /// Coefficients of value and gradient at point i from a system on the cells of its stencil, all in double
+  /// precision and without the constant term that the systems of the cells have. @cite wendland1995
+  /// @param[in] x,y,z     [1..m_iNIBNode], L
+  /// @param[in] pSupport  [1..m_iNIBNode] L; times `Span`: support radius
+  /// @pre SearchIBADTress @return 1
+  int DeriveIBCoefficentBysolveDQfullMatrix(int i, double* x, double* y, double* z, double* pSupport);
+
+  /// Sets the four outputs to 0.0 at 1..m_iNIBNode, and that is all, on purpose. @return 0
+  int Multiply_IBRBFCoefficent(double* pField, double* pValue, double* pDfdx, double* pDfdy, double* pDfdz);
+
   CPartitionFace_DLL* m_pPartFace = nullptr;
   CCommunication* m_pComm = nullptr;  ///< destroyed at the end, not used otherwise
   CZYNGVGPU* m_pGVGPU = nullptr;
@@ -241,4 +289,9 @@ class ZYN_EXPORT CZynRBFInternalObject {
 
   // Face family
   void DeriveFaceCoefficents(FaceNodes const& nodes, int f, RBFnode** table);
+
+  // Immersed-boundary points
+  void ReleaseIBTables();
+  void CreateIBTables(int nIB);
+  void CreateIBRows(int i, int n);
 };
