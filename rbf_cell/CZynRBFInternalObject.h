@@ -13,6 +13,7 @@ class CZYNGVGPU;
 class CZYNGVOpenMP;
 class CZYNOptKer;
 class CZyn3dGV;
+struct BoundingBox;
 
 /// Radial-basis gradient of cell fields: the object behind gradient type 2 of COperatorGradient.
 ///
@@ -291,7 +292,6 @@ class ZYN_EXPORT CZynRBFInternalObject {
   void DeriveFaceCoefficents(FaceNodes const& nodes, int f, RBFnode** table);
 
   // Immersed-boundary points
-  void ReleaseIBTables();
   void CreateIBTables(int nIB);
-  void CreateIBRows(int i, int n);
+  BoundingBox BoundsOfCells() const;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "foundation/CZYNVector.h"
 #include "foundation/Cpp_DataStructure.h"
@@ -15,6 +16,7 @@ class CZYNGVOpenMP;
 class CZYNKNCMPCompParm;
 class CZYNOptKer;
 class CZyn3dGV;
+struct BoundingBox;
 
 /// Value and gradient of cell fields at free points in space, such as points on a body immersed in the mesh.
 ///
@@ -275,6 +277,7 @@ class ZYN_EXPORT CZynIBRBFInternalObject {
  private:
   struct Rows;
   struct Candidates;
+  struct StencilWork;
   struct DerivationWork;
 
   // Lifecycle and settings
@@ -282,20 +285,24 @@ class ZYN_EXPORT CZynIBRBFInternalObject {
   void ResetForNewSetUp();
 
   // Positions
-  void MeasureMesh();
-  void CollateAll();
-  void Collate(int c, double x, double y, double z, int kind);
-  void MarkBoundaryNodes(int const* nodes);
+  void MarkBoundaryNodes();
 
   // Stencils
-  int CollectStencil(int i, int nSeed, int const* seeds);
-  void ClearLocalNumbers(int i);
+  BoundingBox BoundsOfEntries() const;
+  int ChooseSeeds(int i, Candidates const& candidates);
+  int CollectStencil(int i, int nSeed, int const* seeds, StencilWork& work);
+  void StoreNodes(int i, std::vector<int> const& nodes);
+  void ClearLocalNumbers();
+  void ClearLocalNumbersOf(int i);
   void CreateRows(int i, int n);
 
   // Coefficients
+  void DeriveAllPoints(double const* x, double const* y, double const* z);
   void DerivePoint(int i, double x, double y, double z, DerivationWork& work);
   void DerivePointByNodes(int i, double x, double y, double z, DerivationWork& work);
+  double const* WeightsOfNode(int node, DerivationWork& work);
+  void DeriveNode(int node, double* weights, DerivationWork& work);
   void GatherErrors(int i);
 
-  Rows* m_pRows = nullptr;  ///< memory of the stencils' rows; owned
+  Rows* m_pRows = nullptr;  ///< memory of the points' rows; owned
 };

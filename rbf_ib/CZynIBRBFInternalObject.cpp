@@ -1,0 +1,204 @@
+// Construction, host objects, settings, the driver of the set-up and destruction of the interpolation to points.
+
+#include "rbf_ib/CZynIBRBFInternalObject.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+
+#include "foundation/ErrorText.h"
+#include "foundation/HostObjects.h"
+#include "foundation/Progress.h"
+#include "foundation/RowTable.h"
+#include "foundation/SettingsFile.h"
+#include "foundation/SettingsText.h"
+#include "foundation/ZeroedBlock.h"
+#include "host/ZYNKNCompParm.h"
+#include "host/ZYNOptKer.h"
+#include "host/Zyn3dGV.h"
+#include "rbf_ib/IBRows.h"
+
+namespace {
+
+constexpr int kStored = 1;
+constexpr int kNotStored = -1;
+
+constexpr int kFormatNumber = 1002;
+constexpr int kFirstLineLimit = 255;
+constexpr double kDefaultDistanceInMeans = 2.0;
+
+template <typename T>
+void FreeArray(T*& array) {
+  FreeZeroedBlock(array);
+  array = nullptr;
+}
+
+template <typename T>
+void DeleteArray(T*& array) {
+  delete[] array;
+  array = nullptr;
+}
+
+template <typename T>
+void DeleteObject(T*& object) {
+  delete object;
+  object = nullptr;
+}
+
+}  // namespace
+
+CZynIBRBFInternalObject::CZynIBRBFInternalObject() : ErrorMsg{} { StartErrorText(ErrorMsg); }
+
+CZynIBRBFInternalObject::CZynIBRBFInternalObject(CZynIBRBFInternalObject const&) = default;
+CZynIBRBFInternalObject& CZynIBRBFInternalObject::operator=(CZynIBRBFInternalObject const&) = default;
+
+CZynIBRBFInternalObject::~CZynIBRBFInternalObject() {
+  ReleaseTables();
+  m_pKNCMP = nullptr;
+}
+
+// The rows go with the store that has them all.
+void CZynIBRBFInternalObject::ReleaseTables() {
+  FreeArray(m_ppIBConn);
+  FreeArray(m_ppIBNodeConn);
+  FreeArray(m_ppIBCoef);
+  FreeArray(m_ppIBValueCoef);
+  DeleteObject(m_pRows);
+  RowTable<int>::Destroy(ppRBFiNodeConn);
+  DeleteArray(m_pIBNodeCellTable);
+
+  FreeArray(m_piCellToBlock);
+  FreeArray(m_piNodeKind);
+  FreeArray(m_piBlockToCell);
+  FreeArray(m_pIBSupportLength);
+  FreeArray(m_pIBTwoSeeds);
+
+  DeleteObject(m_pADTree);
+  DeleteArray(m_pIBCnode);
+  m_CellLocalID.Destroy();
+  m_NodeLocalID.Destroy();
+  m_bBoundaryNode.Destroy();
+}
+
+int CZynIBRBFInternalObject::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
+                                        CZYN3DFiniteVolumeMesh* pMesh) {
+  if (Receive(pGV, m_pGV, ErrorMsg, kNoGlobals) != kStored) return kNotStored;
+  ReceiveAccelerator(pGPU, m_pGVGPU, m_GPUHead);
+  ReceiveIfGiven(pOpenMP, m_pGVOpenMP);
+  ReceiveIfGiven(pMesh, m_pMesh);
+  return kStored;
+}
+
+int CZynIBRBFInternalObject::getPartitionFace(CPartitionFace_DLL* pPartFace) {
+  return Receive(pPartFace, m_pPartFace, ErrorMsg, kNoPartitionFaces);
+}
+
+int CZynIBRBFInternalObject::getCommunication(CCommunication* pComm) {
+  return Receive(pComm, m_pComm, ErrorMsg, kNoCommunication);
+}
+
+int CZynIBRBFInternalObject::SetZYNKNCMP(CZYNKNCMPCompParm* pKNCMP) {
+  ReceiveIfGiven(pKNCMP, m_pKNCMP);
+  return kStored;
+}
+
+int CZynIBRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int nIB, double* x, double* y,
+                                                          double* z) {
+  if (m_ppIBConn != nullptr) ResetForNewSetUp();
+  ChangeFileName(RBFFileName, ".rbf", m_pGV->BaseFileName);
+  Initialize_IB_memory_allocate(nIB);
+  PrintFlushed("IB Memory Allocation ok\n");
+  SetIBNodeCollation();
+  PrintFlushed("SetNodeCollation ok\n");
+  Create_ppRBFiNodeConn(pCellMark);
+  if (m_pKNCMP != nullptr) {
+    ReadRBFbackdoorfile_DLL();
+  } else {
+    ReadRBFbackdoorfile();
+  }
+  SetIBADTress(pCellMark);
+  PrintFlushed("SetIBADTress ok\n");
+  SearchIBADTress(x, y, z, iSearch_method, Search_distance, Search_number);
+  PrintFlushed("SearchIBADTress ok\n");
+  DeriveAllPoints(x, y, z);
+  PrintFlushed("DeriveIBCoefficentBysolveDQfullMatrix ok\n");
+  PrintDebugMessage(x, y, z);
+  return 0;
+}
+
+// Back to what the constructor leaves, the host objects excepted: a body that moved is set up as if it were the
+// first.
+void CZynIBRBFInternalObject::ResetForNewSetUp() {
+  ReleaseTables();
+  iSearch_method = 3;
+  Search_distance = 0.0;
+  Search_number = 20;
+  Span = 500.0;
+  m_iNDerived = 0;
+  m_iFiMaxPoint = m_iDfdxMaxPoint = m_iDfdyMaxPoint = m_iDfdzMaxPoint = 0;
+  m_dFiMaxAnalysis = 0.0;
+  for (double* value :
+       {&m_dFiSumSq, &m_dDfdxSumSq, &m_dDfdySumSq, &m_dDfdzSumSq, &m_dFiMaxError, &m_dDfdxMaxError,
+        &m_dDfdyMaxError, &m_dDfdzMaxError, &m_dFiMaxRBF, &m_dDfdxMaxRBF, &m_dDfdyMaxRBF, &m_dDfdzMaxRBF})
+    *value = 0.0;
+}
+
+int CZynIBRBFInternalObject::Initialize_IB_memory_allocate(int nIB) {
+  ReleaseTables();
+  int const nPoint = std::max(nIB, 0);
+  int const nCell = m_pMesh->NCell;
+  m_iNIBNode = nIB;
+  m_pRows = new Rows;
+  m_ppIBConn = NewZeroedArray<int*>(nPoint);
+  m_ppIBNodeConn = NewZeroedArray<int*>(nPoint);
+  m_pIBNodeCellTable = new Cpp_DataStructure[static_cast<std::size_t>(nPoint) + 1];
+  m_ppIBCoef = NewZeroedArray<IBCnode*>(nPoint);
+  m_ppIBValueCoef = NewZeroedArray<double*>(nPoint);
+  m_pIBSupportLength = NewZeroedArray<double>(nPoint);
+  m_pIBTwoSeeds = NewZeroedArray<unsigned char>(nPoint);
+  m_pADTree = new CZYNOptKer;
+  m_piCellToBlock = NewZeroedArray<int>(nCell);
+  m_pIBCnode = new IBCnode[static_cast<std::size_t>(nCell) + 1];
+  m_piNodeKind = NewZeroedArray<int>(nCell);
+  m_CellLocalID.Create(nCell, 0);
+  m_NodeLocalID.Create(m_pMesh->NNode, 0);
+  return 0;
+}
+
+int CZynIBRBFInternalObject::ReadRBFbackdoorfile() {
+  char distance[512];  // 309 digits before the point are the most
+  std::snprintf(distance, sizeof(distance), "Search_distance   = %lf\n",
+                kDefaultDistanceInMeans * MeanDistance);
+  SettingsFile::Prepare(RBFFileName, kFormatNumber, kFirstLineLimit,
+                        {"1002\n", "Span              = 500\n", "iSearch_method    = 3\n", distance,
+                         "Search_number     = 20\n"});
+  SettingsFile file(RBFFileName);
+  if (!file.IsOpen()) return 0;
+  file.ReadLine();  // the format number
+  file.ReadLine();
+  Span = file.Real();
+  file.ReadLine();
+  iSearch_method = file.Integer();
+  file.ReadLine();
+  Search_distance = file.Real();
+  file.ReadLine();
+  Search_number = file.Integer();
+  return 0;
+}
+
+int CZynIBRBFInternalObject::ReadRBFbackdoorfile_DLL() {
+  Span = m_pKNCMP->getIBRBFParm()->Span;
+  iSearch_method = m_pKNCMP->getIBRBFParm()->iSearch_method;
+  Search_distance = m_pKNCMP->getIBRBFParm()->Search_distance;
+  if (0.0 > Search_distance) Search_distance = kDefaultDistanceInMeans * MeanDistance;
+  Search_number = m_pKNCMP->getIBRBFParm()->Search_number;
+  return 0;
+}
+
+int CZynIBRBFInternalObject::ChangeFileName(char* result, char const* extension, char* name) {
+  return ReplaceExtension(result, extension, name);
+}
+
+int CZynIBRBFInternalObject::StrCopyAB(char const* line, char* key, char* value) {
+  return SplitSettingsLine(line, key, value);
+}

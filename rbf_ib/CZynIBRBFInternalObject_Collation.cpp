@@ -1,0 +1,73 @@
+// Where the cell numbers stand, which cells are around a node, and the search tree of the usable cells.
+
+#include <vector>
+
+#include "foundation/CellPositions.h"
+#include "foundation/NodeCellRows.h"
+#include "foundation/RowTable.h"
+#include "foundation/ZeroedBlock.h"
+#include "host/ZYNOptKer.h"
+#include "host/Zyn3dGV.h"
+#include "rbf_ib/CZynIBRBFInternalObject.h"
+
+namespace {
+
+constexpr double kBoxHalfWidth = 1e-6;  // L; a point as a box of the tree
+
+bool IsUsable(double mark) { return mark < 0.0; }
+
+}  // namespace
+
+int CZynIBRBFInternalObject::SetIBNodeCollation() {
+  MeshExtent const extent = MeasureExtent(*m_pMesh);
+  Xmax = extent.box.xmax, Ymax = extent.box.ymax, Zmax = extent.box.zmax;
+  Xmin = extent.box.xmin, Ymin = extent.box.ymin, Zmin = extent.box.zmin;
+  MeanDistance = extent.meanDistance;
+  m_pADTree->SetADTreeRange(Xmax, Ymax, Zmax, Xmin, Ymin, Zmin, 1, 10000, 200000);
+  PlaceCells(*m_pMesh, *m_pPartFace, [this](int c, double x, double y, double z, CellKind kind) {
+    m_pIBCnode[c].SetData(x, y, z, c);
+    m_piNodeKind[c] = static_cast<int>(kind);
+  });
+  MarkBoundaryNodes();
+  return 1;
+}
+
+// Symmetry and partition faces are left out on purpose.
+void CZynIBRBFInternalObject::MarkBoundaryNodes() {
+  m_bBoundaryNode.Create(m_pMesh->NNode, false);
+  auto const markNodes = [this](int nFace, int* const* faceNodes) {
+    for (int f = 1; f <= nFace; ++f) {
+      int const* const nodes = faceNodes[f];
+      for (int k = 1; k <= nodes[0]; ++k) m_bBoundaryNode[nodes[k]] = true;
+    }
+  };
+  markNodes(m_pMesh->NWall, m_pMesh->ijWallLnods);
+  markNodes(m_pMesh->NInlet, m_pMesh->ijInletLnods);
+  markNodes(m_pMesh->NOutlet, m_pMesh->ijOutletLnods);
+}
+
+int CZynIBRBFInternalObject::Create_ppRBFiNodeConn(double* pCellMark) {
+  RowTable<int>::Destroy(ppRBFiNodeConn);
+  ppRBFiNodeConn = CreateNodeCellRows(
+      *m_pMesh, [this](int node) { return m_bBoundaryNode[node]; },
+      [pCellMark](int c) { return IsUsable(pCellMark[c]); });
+  return 0;
+}
+
+int CZynIBRBFInternalObject::SetIBADTress(double* pCellMark) {
+  constexpr double d = kBoxHalfWidth;
+  std::vector<int> cellOf = {0};  // by identity
+  int const nCell = m_pMesh->NCell;
+  for (int c = 1; c <= nCell; ++c) {
+    if (!IsUsable(pCellMark[c]) || m_piCellToBlock[c] != 0) continue;
+    int const block = static_cast<int>(cellOf.size());
+    m_piCellToBlock[c] = block;
+    cellOf.push_back(c);
+    IBCnode const& p = m_pIBCnode[c];
+    m_pADTree->AddSurfaceToADTree(block, p.x + d, p.y + d, p.z + d, p.x - d, p.y - d, p.z - d);
+  }
+  FreeZeroedBlock(m_piBlockToCell);
+  m_piBlockToCell = NewZeroedArray<int>(static_cast<int>(cellOf.size()) - 1);
+  std::copy(cellOf.begin(), cellOf.end(), m_piBlockToCell);
+  return 0;
+}

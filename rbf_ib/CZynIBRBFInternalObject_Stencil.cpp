@@ -1,0 +1,196 @@
+// The stencils of the points.
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+#include "foundation/BoundingBox.h"
+#include "foundation/DQVector.h"
+#include "foundation/GrowingBoxSearch.h"
+#include "host/Zyn3dGV.h"
+#include "rbf_ib/CZynIBRBFInternalObject.h"
+#include "rbf_ib/DistanceSort.h"
+#include "rbf_ib/IBRows.h"
+#include "rbf_ib/SearchMethod.h"
+
+namespace {
+
+constexpr int kMaxSeeds = 2;
+constexpr double kSeedTolerance = 1e-6;  // L
+
+}  // namespace
+
+/// What the cube around a point holds; the arrays grow to the fullest cube and are used again.
+struct CZynIBRBFInternalObject::Candidates {
+  std::vector<int> ids;           // identities in the tree
+  std::vector<double> distances;  // from the point to their cells' positions, L
+  DistanceSort sort;
+
+  /// The answer's array is the tree's and changes with the next search, so it is copied.
+  void Take(GrowingBoxSearch::Answer const& found, CZynIBRBFInternalObject const& object, DQVector const& p) {
+    ids.assign(found.ids, found.ids + found.count);
+    distances.clear();
+    for (int const id : ids)
+      distances.push_back(Length(OffsetBetween(object.m_pIBCnode[object.m_piBlockToCell[id]], p)));
+  }
+
+  int Count() const { return static_cast<int>(ids.size()); }
+
+  void Sort(int nWanted) { sort.Sort(ids.data(), distances.data(), Count(), nWanted); }
+};
+
+/// The cells and nodes of a stencil in the order in which they are met; used again.
+struct CZynIBRBFInternalObject::StencilWork {
+  std::vector<int> cells, nodes;
+};
+
+int CZynIBRBFInternalObject::SearchIBADTress(double* x, double* y, double* z, int iMethod,
+                                             double /*dDistance*/, int iNumber) {
+  if (iMethod == kWholeCube || iMethod == kNearest) Search_by_Node_control(x, y, z, iMethod, iNumber);
+  if (iMethod == kByTopology) Search_by_Topology_control(x, y, z);
+  return 0;
+}
+
+// Bounds of all that is in the tree: no cube needs to be larger than what covers them.
+BoundingBox CZynIBRBFInternalObject::BoundsOfEntries() const {
+  BoundingBox bounds;
+  int const nCell = m_pMesh->NCell;
+  for (int c = 1; c <= nCell; ++c)
+    if (m_piCellToBlock[c] != 0) bounds.Widen(m_pIBCnode[c].x, m_pIBCnode[c].y, m_pIBCnode[c].z);
+  return bounds;
+}
+
+void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, double* z, int iMethod,
+                                                     int iNumber) {
+  GrowingBoxSearch const search(*m_pADTree, BoundsOfEntries(), MeanDistance);
+  Candidates candidates;
+  for (int i = 1; i <= m_iNIBNode; ++i) {
+    DQVector const p = {x[i], y[i], z[i]};
+    GrowingBoxSearch::Answer const found = search.AtLeast(iNumber, p.x, p.y, p.z);
+    candidates.Take(found, *this, p);
+    int n = candidates.Count();
+    double support = found.halfWidth;
+    if (iMethod == kNearest) {
+      n = std::clamp(iNumber, 0, n);
+      candidates.Sort(n);
+      support = n > 0 ? candidates.distances[static_cast<std::size_t>(n) - 1] : 0.0;
+    }
+    CreateRows(i, n);
+    m_pIBSupportLength[i] = support;
+    for (int j = 0; j < n; ++j)
+      m_ppIBConn[i][j + 1] = m_piBlockToCell[candidates.ids[static_cast<std::size_t>(j)]];
+  }
+}
+
+void CZynIBRBFInternalObject::Search_by_Topology_control(double* x, double* y, double* z) {
+  GrowingBoxSearch const search(*m_pADTree, BoundsOfEntries(), MeanDistance);
+  Candidates candidates;
+  StencilWork work;
+  ClearLocalNumbers();
+  for (int i = 1; i <= m_iNIBNode; ++i) {
+    DQVector const p = {x[i], y[i], z[i]};
+    candidates.Take(search.AtLeast(kMaxSeeds, p.x, p.y, p.z), *this, p);
+    candidates.Sort(kMaxSeeds);
+    int const nSeed = ChooseSeeds(i, candidates);
+    int seeds[kMaxSeeds];
+    for (int s = 0; s < nSeed; ++s) seeds[s] = m_piBlockToCell[candidates.ids[static_cast<std::size_t>(s)]];
+    if (i > 1) ClearLocalNumbersOf(i - 1);
+    CollectStencil(i, nSeed, seeds, work);
+  }
+}
+
+// The difference has its sign, and the first of the two may be the farther one (see Dis_Sorting), so a single
+// seed among several candidates is the farther one. On purpose.
+int CZynIBRBFInternalObject::ChooseSeeds(int i, Candidates const& candidates) {
+  std::vector<double> const& distances = candidates.distances;
+  int const n = candidates.Count();
+  if (n < kMaxSeeds) {
+    m_pIBTwoSeeds[i] = 0;
+    m_pIBSupportLength[i] = n == 1 ? distances[0] : 0.0;
+    return n;
+  }
+  bool const two = kSeedTolerance > distances[0] - distances[1];
+  m_pIBTwoSeeds[i] = two ? 1 : 0;
+  m_pIBSupportLength[i] = distances[0] > distances[1] ? distances[0] : distances[1];
+  return two ? 2 : 1;
+}
+
+void CZynIBRBFInternalObject::CreateRows(int i, int n) {
+  std::size_t const size = static_cast<std::size_t>(n) + 1;
+  m_ppIBConn[i] = m_pRows->cells.NewRow(size);
+  m_ppIBConn[i][0] = n;
+  m_ppIBCoef[i] = m_pRows->coef.NewRow(size);
+  m_ppIBValueCoef[i] = m_pRows->valueCoef.NewRow(size);
+}
+
+int CZynIBRBFInternalObject::CountingNodeToCellconnectionNumber(int i, int nSeed, int* pSeed) {
+  StencilWork work;
+  ClearLocalNumbers();
+  return CollectStencil(i, nSeed, pSeed, work);
+}
+
+void CZynIBRBFInternalObject::ClearLocalNumbers() {
+  m_CellLocalID.Assign(0);
+  m_NodeLocalID.Assign(0);
+}
+
+// All that CollectStencil numbered for point i, and so all that is not zero after it.
+void CZynIBRBFInternalObject::ClearLocalNumbersOf(int i) {
+  int const *const cells = m_ppIBConn[i], *const nodes = m_ppIBNodeConn[i];
+  for (int k = 1; k <= cells[0]; ++k) m_CellLocalID[cells[k]] = 0;
+  for (int k = 1; k <= nodes[0]; ++k) m_NodeLocalID[nodes[k]] = 0;
+}
+
+// One ring around the seeds, by nodes: the seeds, then the usable cells around each of their nodes, all in the
+// order in which they are met.
+int CZynIBRBFInternalObject::CollectStencil(int i, int nSeed, int const* seeds, StencilWork& work) {
+  std::vector<int>& cells = work.cells;
+  std::vector<int>& nodes = work.nodes;
+  cells.clear();
+  nodes.clear();
+  auto const number = [](CZYNVector<int, 1>& numbers, std::vector<int>& met, int entity) {
+    met.push_back(entity);
+    numbers[entity] = static_cast<int>(met.size());
+  };
+  for (int s = 0; s < nSeed; ++s) number(m_CellLocalID, cells, seeds[s]);
+  for (int s = 0; s < nSeed; ++s) {
+    int const* const seedNodes = m_pMesh->CellLnods[seeds[s]];
+    // Meshes need not have rows for ghost and halo cells.
+    int const nNode = seedNodes == nullptr ? 0 : m_pMesh->CellLnodsNumber[seeds[s]];
+    for (int k = 1; k <= nNode; ++k) {
+      int const node = seedNodes[k];
+      if (m_NodeLocalID[node] != 0) continue;
+      number(m_NodeLocalID, nodes, node);
+      int const* const around = ppRBFiNodeConn[node];
+      for (int j = 1; j <= around[0]; ++j)
+        if (m_CellLocalID[around[j]] == 0) number(m_CellLocalID, cells, around[j]);
+    }
+  }
+  StoreNodes(i, nodes);
+  int const n = static_cast<int>(cells.size());
+  CreateRows(i, n);
+  std::copy(cells.begin(), cells.end(), m_ppIBConn[i] + 1);
+  return n;
+}
+
+// The nodes of point i, and for each of them the stencil positions of the cells around it.
+void CZynIBRBFInternalObject::StoreNodes(int i, std::vector<int> const& nodes) {
+  int const nNode = static_cast<int>(nodes.size());
+  m_ppIBNodeConn[i] = m_pRows->nodes.NewRow(nodes.size() + 1);
+  m_ppIBNodeConn[i][0] = nNode;
+  std::copy(nodes.begin(), nodes.end(), m_ppIBNodeConn[i] + 1);
+
+  Cpp_DataStructure& table = m_pIBNodeCellTable[i];
+  table.Release();
+  table.SetRowNumber(nNode);
+  for (int j = 1; j <= nNode; ++j) {
+    int const* const around = ppRBFiNodeConn[m_ppIBNodeConn[i][j]];
+    table.CreateRow(j, around[0]);
+    int* const row = table.m_ppRow[j];
+    for (int k = 1; k <= around[0]; ++k) row[k] = m_CellLocalID[around[k]];
+  }
+}
+
+void CZynIBRBFInternalObject::Dis_Sorting(int* pID, double* pDistance, int n) {
+  DistanceSort().Sort(pID, pDistance, n, n);
+}
