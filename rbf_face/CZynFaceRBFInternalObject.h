@@ -18,17 +18,19 @@ class CZYNKNCMPCompParm;
 class CZYNOptKer;
 class CZyn3dGV;
 class GrowingBoxSearch;
+class KernelSystem;
+struct DQVector;
 
 /// Radial-basis interpolation of a cell field to the faces of one type.
 ///
-/// A face's value is a sum over its stencil of cells, v = sum_k w_k phi_k. The weights w of a place x and nodes
-/// X_1..X_n solve, once, at set-up,
+/// A face's value is a sum over its stencil of cells, v = sum_k w_k phi_k. The weights w of a place x and
+/// nodes X_1..X_n solve, once, at set-up,
 ///   sum_l kernel(|X_k - X_l|) w_l = kernel(|x - X_k|), for every k,
 /// without a constant term, so that constants come out exactly only as far as the support is wide. What x and
 /// the nodes are depends on the method, `iSearch_method`:
 ///  1  x is the face's target point, the nodes are all cells of a cube around it;
 ///  2  the nodes are the `Search_number` cells of that cube that are nearest to x;
-///  3  the nodes are the face's two cells and its vertices; a vertex is interpolated from the cells around it;
+///  3  the nodes are the face's two cells and its vertices, these interpolated from the cells around them;
 ///  4  (default) P and E, two points on the line through x along the face's normal, one on each side, are
 ///     interpolated from the cells around them; the value at x is linear between P and E.
 /// Any other value leaves the object without stencils, and Multiply_FaceRBFCoefficent has nothing to read.
@@ -39,11 +41,11 @@ class GrowingBoxSearch;
 /// value 0 on types 2, 3, 4 and 6, on purpose: E is the target point itself there, and the rows serve the
 /// derivative along the normal alone.
 ///
-/// Call sequence: construct; `getZyn3dGV` with a mesh, `getPartitionFace`, `getCommunication`, and `SetZYNKNCMP`
-/// when the settings come from there instead of from the file; `Initialize_FaceInterpolateData` once;
-/// `Multiply_FaceRBFCoefficent` as often as needed. No stage is recorded: a call out of order reaches a null
-/// pointer. Nothing is collective. The single steps of the set-up are public and may be called one by one in the
-/// order of `Initialize_FaceInterpolateData`.
+/// Call sequence: construct; `getZyn3dGV` with a mesh, `getPartitionFace`, `getCommunication`, and
+/// `SetZYNKNCMP` when the settings come from there instead of from the file; `Initialize_FaceInterpolateData`
+/// once; `Multiply_FaceRBFCoefficent` as often as needed. No stage is recorded: a call out of order reaches a
+/// null pointer. Nothing is collective. The single steps of the set-up are public and may be called one by
+/// one in the order of `Initialize_FaceInterpolateData`.
 ///
 /// The setters are called `get...` because the object *gets* its objects from the caller. It *borrows* all of
 /// them; they must outlive it. The mesh must not change after set-up.
@@ -62,8 +64,8 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   CZynFaceRBFInternalObject(CZynFaceRBFInternalObject const&);
   CZynFaceRBFInternalObject& operator=(CZynFaceRBFInternalObject const&);
 
-  /// Frees the stencils and coefficients. Work tables are freed by Release_Memory, which the set-up ends with;
-  /// who calls single steps calls it too.
+  /// Frees the stencils and coefficients. Work tables are freed by Release_Memory, which the set-up ends
+  /// with; who calls single steps calls it too.
   virtual ~CZynFaceRBFInternalObject();
 
   // Lifecycle and settings: CZynFaceRBFInternalObject.cpp
@@ -72,7 +74,8 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   /// @return 1; -1 for a null `gv`, with a line of failure text and nothing stored
   int getZyn3dGV(CZyn3dGV* gv, CZYNGVGPU* gpu, CZYNGVOpenMP* openMP, CZYN3DFiniteVolumeMesh* mesh);
 
-  /// Needed for every face type. @return 1; -1 for null, with a line of failure text and the earlier value kept
+  /// Needed for every face type. @return 1; -1 for null, with a line of failure text and the earlier value
+  /// kept
   int getPartitionFace(CPartitionFace_DLL* partitionFaces);
 
   /// @return 1; -1 for null, with a line of failure text and the earlier value kept
@@ -99,10 +102,10 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   /// Frees all work tables and leaves them null; stencils and coefficients stay. @return 0
   int Release_Memory();
 
-  /// Reads `Span`, `iSearch_method`, `Search_distance`, `Search_number` and `bDebug` from `RBFFileName`. The file
-  /// is written with the defaults when it is missing or has another first line than 1004; in the latter case what
-  /// it held is lost. Lines count by their place, keys are not compared, nothing is validated. Without a readable
-  /// file all keep their values.
+  /// Reads `Span`, `iSearch_method`, `Search_distance`, `Search_number` and `bDebug` from `RBFFileName`. The
+  /// file is written with the defaults when it is missing or has another first line than 1004; in the latter
+  /// case what it held is lost. Lines count by their place, keys are not compared, nothing is validated.
+  /// Without a readable file all keep their values.
   /// @return 0
   int ReadRBFbackdoorfile();
 
@@ -135,15 +138,15 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   /// @return cell number, ghost and halo cells included; 0 when the tree is empty
   int Search_ClosestCellID_byNode(double x, double y, double z);
 
-  /// Sorts `dist` in ascending order and `ids` with it; equal distances keep their order. Distances that are not
-  /// numbers stay where comparing neighbours leaves them.
+  /// Sorts `dist` in ascending order and `ids` with it; equal distances keep their order. Distances that are
+  /// not numbers stay where comparing neighbours leaves them.
   /// @param[in,out] ids,dist  [0..n-1]
   void Dis_Sorting(int* ids, double* dist, int n);
 
   // Tables of connectivity: CZynFaceRBFInternalObject_Connectivity.cpp
 
-  /// `ppRBFiNodeConn`: the mesh's NodeCell rows, at boundary nodes with the interior cells too; no row holds a
-  /// cell twice. @return 0
+  /// `ppRBFiNodeConn`: the mesh's NodeCell rows, at boundary nodes with the interior cells too; no row holds
+  /// a cell twice. @return 0
   int Create_ppRBFiNodeConn();
 
   /// `m_ppRBFlnods`: vertices of every cell; those of ghost and halo cells are the vertices of their face.
@@ -190,26 +193,27 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   /// Stencils of method 4: the points P and E of each face and the cells around them. @pre SetFaceADTress
   void Search_by_normal_virtual_node();
 
-  /// Places P and E at the feet of the perpendiculars from the pair's centres onto the line through the target
-  /// point along S, each tied to the nearest cell. On face types 2, 3, 4 and 6, E is the ghost cell itself.
+  /// Places P and E at the feet of the perpendiculars from the pair's centres onto the line through the
+  /// target point along S, each tied to the nearest cell. On face types 2, 3, 4 and 6, E is the ghost cell
+  /// itself.
   /// @param[in] pair  the cell on P's side, the cell on E's side
   /// @param     S     area vector; its length does not matter but must not be 0
   /// @return 0
   int Set_VirtualNode_Coord_and_ClosestCellID(int faceType, int i, int* pair, double Sx, double Sy,
                                               double Sz);
 
-  /// The same points by another rule: half-way along the normal to the nearest plane of the cell's other faces,
-  /// each tied to its cell. Nothing in the library calls it. @return 0
+  /// The same points by another rule: half-way along the normal to the nearest plane of the cell's other
+  /// faces, each tied to its cell. Nothing in the library calls it. @return 0
   int Set_VirtualNode_Coord_InCellPE(int faceType, int i, int* pair, double Sx, double Sy, double Sz);
 
-  /// Stencil of face i: the pair at positions 1 and 2, the cells tied to P and E, and their neighbours; cells at
-  /// the same point count once. Rows 1 and 2 of `m_pFaceRows[i]` are the stencils of P and E as positions.
+  /// Stencil of face i: the pair at positions 1 and 2, the cells tied to P and E, and their neighbours; cells
+  /// at the same point count once. Rows 1 and 2 of `m_pFaceRows[i]` are the stencils of P and E as positions.
   /// @note The position of a dropped twin is 0, on purpose.
   /// @return size of the stencil
   int CountingVirtualNodeToCellconnectionNumber_By33(int i, int* pair);
 
-  /// The same with the cells around the vertices of the tied cells; cells at the same point all stay. Nothing in
-  /// the library calls it. @return size of the stencil
+  /// The same with the cells around the vertices of the tied cells; cells at the same point all stay. Nothing
+  /// in the library calls it. @return size of the stencil
   int CountingVirtualNodeToCellconnectionNumber(int i, int* pair);
 
   /// The same with the cells of cubes around P and E, and one line about the size of the stencils. Nothing in
@@ -228,17 +232,17 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   /// replaced by the cells around it.
   int DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int i);
 
-  /// Method 4: derivative along the normal, (value at E - value at P) / |P - E|, and value, linear between P and
-  /// E. On face types 2, 3, 4 and 6 the value at E is the ghost cell's.
+  /// Method 4: derivative along the normal, (value at E - value at P) / |P - E|, and value, linear between P
+  /// and E. On face types 2, 3, 4 and 6 the value at E is the ghost cell's.
   int DeriveFaceCoefficentBysolveDQfullMatrix_Virtual_Node(int i);
 
   /// Solves the system of the face's two cells and stores nothing. Nothing in the library calls it.
   int DeriveFaceCoefficentBysolveDQfullMatrix_Cell_PE(int i);
 
-  /// P and E interpolated from the vertices of the cells tied to them, these from the cells around them. Nothing
-  /// in the library calls it.
-  /// @note Its derivative has the opposite sign, and its value takes the weights of the vertices without those of
-  /// the cells; both on purpose.
+  /// P and E interpolated from the vertices of the cells tied to them, these from the cells around them.
+  /// Nothing in the library calls it.
+  /// @note Its derivative has the opposite sign, and its value takes the weights of the vertices without
+  /// those of the cells; both on purpose.
   /// @pre rows made by CountingNodeToCellconnectionNumber from the vertices of both cells
   int DeriveFaceCoefficentBysolveDQfullMatrix_Virtual_Node_30_03(int i);
 
@@ -247,8 +251,8 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   int DeriveFacefiBysolveDQfullMatrix_03(int v, double* out);
 
   /// Weights of the value at virtual point k of face i (1 is P, 2 is E).
-  /// @param      fromVertices  false: from the cells of row k of `m_pFaceRows[i]`; true: from the vertices of the
-  ///                           cell tied to the point
+  /// @param      fromVertices  false: from the cells of row k of `m_pFaceRows[i]`; true: from the
+  ///                           vertices of the cell tied to the point
   /// @param[out] out           [1..n], n the number of those
   int DeriveFacefiBysolveDQfullMatrix_Virtual03(bool fromVertices, int i, int k, double* out);
 
@@ -256,8 +260,8 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
 
   /// value_i = sum over the stencil of face i, in its order, of phi times the weights.
   ///
-  /// Allocates and exchanges nothing: `phi` is used in ghost and halo cells as it stands. With no faces, nothing
-  /// is written.
+  /// Allocates and exchanges nothing: `phi` is used in ghost and halo cells as it stands. With no faces,
+  /// nothing is written.
   /// @param[in]  phi               [1..NCell], U; shares no memory with the others
   /// @param[out] faceValue         [1..NFace], U, overwritten
   /// @param[out] zero1,zero2,zero3 [1..NFace], set to 0.0
@@ -361,6 +365,58 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
    private:
     std::unique_ptr<Work> work_;
   };
+
+  // Lifecycle and settings
+  void MakeMissingTables();
+  void DeriveAllFaces();
+
+  // Points and trees
+  void MeasureMesh();
+  void CollateFaces(int type);
+  void SetTarget(int f, double x, double y, double z);
+  DQVector Target(int i);
+  DQVector PointOf(int c) const;
+  DQVector VertexPoint(int v) const;
+  GrowingBoxSearch CellSearch();
+  void MeasureFound(int const* ids, int count, DQVector const& from);
+
+  // Stencils
+  void StoreFoundStencil(int i, int n, double support);
+  double FaceLength(int i, int const* pair, int const* vertices);
+  void StartMerged(int const* pair);
+  static void AppendOnce(int c, std::vector<int>& list, int* marks);
+  int StoreStencil(int i);
+  void MakeGradientRow(int i, int n);
+  static void ClearMarks(std::vector<int> const& list, int* marks);
+
+  // Virtual nodes
+  void StartSides(int const* pair);
+  void AppendToSide(int c, std::vector<int>& side, int* marks);
+  void CollectNeighbours(int c, std::vector<int>& side, int* marks);
+  void CollectAroundVertices(int c, std::vector<int>& side, int* marks);
+  void CollectCube(IBCnode const& around, double halfWidth, std::vector<int>& side, int* marks);
+  void DropTwins(std::vector<int>& list, int* marks);
+  void StoreSides(int i);
+  void ClearAllMarks();
+  double NearestPlane(int c, int skippedType, int skippedFace, DQVector const& from, DQVector const& along);
+
+  // Coefficients
+  double const* VertexWeights(int v);
+  double* WeightsOf(int n);
+  void AddVertices(KernelSystem& system, int c) const;
+  void AddCells(KernelSystem& system, int i, int k) const;
+  int AddFromVertices(int i, int k, int firstRow, double normalFactor, double valueFactor);
+  void AddToCellBeyond(int i, double normalCoefficient);
+
+  // Report
+  void AccumulateGradientReport(int i);
+  void AccumulateNormalReport(int i);
+  void AddValueError(double sum, int i);
+  void PrintValueReport();
+  void PrintNormalReport();
+  void PrintGradientReport();
+  void PrintTarget(char const* format, int i);
+  void PrintVirtualNode(char const* format, int i, int k);
 
   WorkOwner work_;
 };

@@ -1,0 +1,263 @@
+// Construction, host objects, the order of the set-up, settings, allocation and release of the face operator.
+
+#include "rbf_face/CZynFaceRBFInternalObject.h"
+
+#include <cstddef>
+#include <cstdio>
+
+#include "foundation/HostObjects.h"
+#include "foundation/RowTable.h"
+#include "foundation/SettingsFile.h"
+#include "foundation/SettingsText.h"
+#include "host/ZYNCommunication.h"
+#include "host/ZYNKNCompParm.h"
+#include "host/ZYNOptKer.h"
+#include "host/Zyn3dGV.h"
+#include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
+
+namespace {
+
+constexpr int kDone = 0;
+
+constexpr int kFormatNumber = 1004;
+constexpr int kFirstLineLimit = 255;
+constexpr double kDefaultDistances = 2.0;  // the default search distance, in mean distances
+
+template <typename T>
+void DeleteArray(T*& array) {
+  delete[] array;
+  array = nullptr;
+}
+
+template <typename T>
+void DeleteObject(T*& object) {
+  delete object;
+  object = nullptr;
+}
+
+// Elements 0..n, all zero.
+template <typename T>
+T* NewArray(int n) {
+  return new T[static_cast<std::size_t>(n) + 1]();
+}
+
+// Rows of three nodes, 0..n, behind each other in one block.
+IBCnode** NewVirtualNodes(int n) {
+  constexpr std::size_t kNodes = 3;
+  std::size_t const nRow = static_cast<std::size_t>(n) + 1;
+  IBCnode** const table = new IBCnode*[nRow];
+  IBCnode* const block = new IBCnode[nRow * kNodes];
+  for (std::size_t i = 0; i < nRow; ++i) table[i] = block + i * kNodes;
+  return table;
+}
+
+void DeleteVirtualNodes(IBCnode**& table) {
+  if (table == nullptr) return;
+  delete[] table[0];
+  DeleteArray(table);
+}
+
+}  // namespace
+
+CZynFaceRBFInternalObject::WorkOwner::WorkOwner() = default;
+CZynFaceRBFInternalObject::WorkOwner::WorkOwner(WorkOwner const&) {}
+CZynFaceRBFInternalObject::WorkOwner::~WorkOwner() = default;
+
+// What the left side remembers belongs to the tables that it had.
+CZynFaceRBFInternalObject::WorkOwner& CZynFaceRBFInternalObject::WorkOwner::operator=(
+    WorkOwner const& other) {
+  if (this != &other) Release();
+  return *this;
+}
+
+CZynFaceRBFInternalObject::Work& CZynFaceRBFInternalObject::WorkOwner::Get() {
+  if (work_ == nullptr) work_ = std::make_unique<Work>();
+  return *work_;
+}
+
+void CZynFaceRBFInternalObject::WorkOwner::Release() { work_.reset(); }
+
+CZynFaceRBFInternalObject::CZynFaceRBFInternalObject() : ErrorMsg{} { StartErrorText(ErrorMsg); }
+
+CZynFaceRBFInternalObject::CZynFaceRBFInternalObject(CZynFaceRBFInternalObject const&) = default;
+CZynFaceRBFInternalObject& CZynFaceRBFInternalObject::operator=(CZynFaceRBFInternalObject const&) = default;
+
+CZynFaceRBFInternalObject::~CZynFaceRBFInternalObject() {
+  GrowingRowTable<int>::Destroy(m_ppFaceCellConn);
+  GrowingRowTable<IBCnode>::Destroy(m_ppFaceGradCoef);
+  GrowingRowTable<double>::Destroy(m_ppFaceFiCoef);
+  GrowingRowTable<double>::Destroy(m_ppFaceDnCoef);
+  pKNCMP = nullptr;
+}
+
+int CZynFaceRBFInternalObject::getZyn3dGV(CZyn3dGV* gv, CZYNGVGPU* gpu, CZYNGVOpenMP* openMP,
+                                          CZYN3DFiniteVolumeMesh* mesh) {
+  int const status = Receive(gv, pGV, ErrorMsg, kNoGlobals);
+  if (gv == nullptr) return status;
+  ReceiveAccelerator(gpu, pGVGPU, GPUFirstWord);
+  ReceiveIfGiven(openMP, pGVOpenMP);
+  ReceiveIfGiven(mesh, pMesh);
+  return status;
+}
+
+int CZynFaceRBFInternalObject::getPartitionFace(CPartitionFace_DLL* partitionFaces) {
+  return Receive(partitionFaces, pPartFace, ErrorMsg, kNoPartitionFaces);
+}
+
+int CZynFaceRBFInternalObject::getCommunication(CCommunication* communication) {
+  return Receive(communication, pCommunication, ErrorMsg, kNoCommunication);
+}
+
+int CZynFaceRBFInternalObject::SetZYNKNCMP(CZYNKNCMPCompParm* parameters) {
+  ReceiveIfGiven(parameters, pKNCMP);
+  return 1;
+}
+
+const char* CZynFaceRBFInternalObject::getErrorMsg() { return ErrorMsg; }
+
+int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
+  iFaceType = faceType;
+  bool const isType = kInnerFaces <= faceType && faceType <= kSymmetryFaces;
+  if (isType) NFace = FacesOfType(faceType, *pMesh, *pPartFace).count;
+  if (NFace == 0) return kDone;
+
+  ChangeFileName(RBFFileName, ".rbf", pGV->BaseFileName);
+  Initialize_Face_memory_allocate();
+  SetFaceNodeCollation();
+  // The settings come after the mesh is measured: the default distance is in mean distances.
+  if (pKNCMP != nullptr) {
+    ReadRBFbackdoorfile_DLL();
+  } else {
+    ReadRBFbackdoorfile();
+  }
+  SetFaceADTress();
+  SearchFaceADTress();
+  DeriveAllFaces();
+  if (bDebug) PrintDebugMessage();
+  Release_Memory();
+  return kDone;
+}
+
+// The vertices of neighbouring faces are the same, so their weights are kept for the length of the walk.
+void CZynFaceRBFInternalObject::DeriveAllFaces() {
+  Work& work = work_.Get();
+  if (iSearch_method == 3) work.vertexWeights = GrowingRowTable<double>::Create(pMesh->NNode);
+  for (int i = 1; i <= NFace; ++i) {
+    switch (iSearch_method) {
+      case 1:
+      case 2:
+        DeriveFaceCoefficentBysolveDQfullMatrix(i);
+        break;
+      case 3:
+        DeriveFaceCoefficentBysolveDQfullMatrix_20_03(i);
+        break;
+      case 4:
+        DeriveFaceCoefficentBysolveDQfullMatrix_Virtual_Node(i);
+        break;
+      default:
+        break;
+    }
+  }
+  GrowingRowTable<double>::Destroy(work.vertexWeights);
+}
+
+int CZynFaceRBFInternalObject::Initialize_Face_memory_allocate() {
+  int const nCell = pMesh->NCell;
+  m_ppFaceCellConn = GrowingRowTable<int>::Create(NFace);
+  m_pFaceRows = NewArray<Cpp_DataStructure>(NFace);
+  if (iSearch_method != 4) {
+    m_ppFaceLnods = GrowingRowTable<int>::Create(NFace);
+    m_ppFaceGradCoef = GrowingRowTable<IBCnode>::Create(NFace);
+    m_pFaceSupport = NewArray<double>(NFace);
+  }
+  m_ppFaceFiCoef = GrowingRowTable<double>::Create(NFace);
+  m_ppFaceDnCoef = GrowingRowTable<double>::Create(NFace);
+  m_ppVirtualNode = NewVirtualNodes(NFace);
+  m_pCellTree = new CZYNOptKer;
+  m_pBoundaryTree = new CZYNOptKer;
+  m_pNodeTable = NewArray<IBCnode>(nCell);
+  m_pCellType = NewArray<int>(nCell);
+  m_pMarkAll = NewArray<int>(nCell);
+  m_pMarkP = NewArray<int>(nCell);
+  m_pMarkE = NewArray<int>(nCell);
+  m_FaceX.Create(NFace, 0.0);
+  m_FaceY.Create(NFace, 0.0);
+  m_FaceZ.Create(NFace, 0.0);
+  return kDone;
+}
+
+// The settings may name another method than the one for which the tables were allocated.
+void CZynFaceRBFInternalObject::MakeMissingTables() {
+  if (m_ppFaceLnods == nullptr) m_ppFaceLnods = GrowingRowTable<int>::Create(NFace);
+  if (m_ppFaceGradCoef == nullptr && iSearch_method != 4)
+    m_ppFaceGradCoef = GrowingRowTable<IBCnode>::Create(NFace);
+  if (m_pFaceSupport == nullptr) m_pFaceSupport = NewArray<double>(NFace);
+}
+
+int CZynFaceRBFInternalObject::Release_Memory() {
+  GrowingRowTable<int>::Destroy(m_ppFaceLnods);
+  DeleteVirtualNodes(m_ppVirtualNode);
+  RowTable<int>::Destroy(ppRBFiNodeConn);
+  RowTable<int>::Destroy(m_ppRBFlnods);
+  RowTable<int>::Destroy(m_ppRBFCell33Conn);
+  RowTable<int>::Destroy(m_ppRBFCell32Conn);
+  RowTable<int>::Destroy(m_ppRBFCell32Type);
+  DeleteArray(m_pMarkAll);
+  DeleteArray(m_pMarkP);
+  DeleteArray(m_pMarkE);
+  DeleteArray(m_pFaceRows);
+  DeleteArray(m_pCellType);
+  DeleteArray(m_pTreeCell);
+  DeleteArray(m_pFaceSupport);
+  DeleteObject(m_pCellTree);
+  DeleteObject(m_pBoundaryTree);
+  DeleteArray(m_pNodeTable);
+  m_FaceX.Destroy();
+  m_FaceY.Destroy();
+  m_FaceZ.Destroy();
+  work_.Release();
+  return kDone;
+}
+
+int CZynFaceRBFInternalObject::ReadRBFbackdoorfile() {
+  char distanceLine[512];
+  std::snprintf(distanceLine, sizeof(distanceLine), "Search_distance   = %lf\n",
+                kDefaultDistances * MeanDistance);
+  SettingsFile::Prepare(RBFFileName, kFormatNumber, kFirstLineLimit,
+                        {"1004\n", "Span              = 1000\n", "iSearch_method    = 4\n", distanceLine,
+                         "Search_number     = 20\n", "Debug mode        = 0\n"});
+  SettingsFile file(RBFFileName);
+  if (!file.IsOpen()) return kDone;
+  file.ReadLine();  // the format number
+  file.ReadLine();
+  Span = file.Real();
+  file.ReadLine();
+  iSearch_method = file.Integer();
+  file.ReadLine();
+  Search_distance = file.Real();
+  file.ReadLine();
+  Search_number = file.Integer();
+  file.ReadLine();
+  if (file.Integer() > 0) bDebug = true;
+  return kDone;
+}
+
+int CZynFaceRBFInternalObject::ReadRBFbackdoorfile_DLL() {
+  CZYNCMP_FaceRBF_Parm const* const block = pKNCMP->getFaceRBFParm();
+  if (block == nullptr) return kDone;
+  Span = block->Span;
+  iSearch_method = block->iSearch_method;
+  Search_number = block->Search_number;
+  Search_distance = block->Search_distance;
+  if (Search_distance < 0.0) Search_distance = kDefaultDistances * MeanDistance;
+  if (block->iDebugMode > 0) bDebug = true;
+  return kDone;
+}
+
+int CZynFaceRBFInternalObject::ChangeFileName(char* result, char const* extension, char* name) {
+  return ReplaceExtension(result, extension, name);
+}
+
+int CZynFaceRBFInternalObject::StrCopyAB(char const* line, char* key, char* value) {
+  return SplitSettingsLine(line, key, value);
+}

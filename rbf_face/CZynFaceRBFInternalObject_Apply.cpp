@@ -1,0 +1,31 @@
+// The rows applied to a field: nothing but loads, multiplies and adds.
+
+#include <algorithm>
+
+#include "rbf_face/CZynFaceRBFInternalObject.h"
+
+namespace {
+
+constexpr int kDone = 0;
+
+}  // namespace
+
+int CZynFaceRBFInternalObject::Multiply_FaceRBFCoefficent(double* phi, double* faceValue, double* zero1,
+                                                          double* zero2, double* zero3) {
+  int const nFace = NFace;
+  if (nFace == 0) return kDone;
+  for (double* const output : {faceValue, zero1, zero2, zero3})
+    std::fill(output + 1, output + nFace + 1, 0.0);
+
+  // value_i = sum over the stencil of face i, in its order, of phi times the weights.
+  for (int i = 1; i <= nFace; ++i) {
+    int const* const stencil = m_ppFaceCellConn[i];
+    if (stencil == nullptr) continue;  // a method that builds none
+    double const* const weights = m_ppFaceFiCoef[i];
+    int const n = stencil[0];
+    double value = 0.0;
+    for (int k = 1; k <= n; ++k) value += phi[stencil[k]] * weights[k];
+    faceValue[i] = value;
+  }
+  return kDone;
+}

@@ -1,0 +1,112 @@
+// Virtual nodes of method 4: where P and E lie, and the cells around them.
+
+#include <algorithm>
+#include <cstddef>
+
+#include "foundation/DQVector.h"
+#include "host/Zyn3dGV.h"
+#include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
+
+namespace {
+
+constexpr int kDone = 0;
+
+// The foot of the perpendicular from `from` onto the line through `origin` along s.
+DQVector Foot(DQVector const& from, DQVector const& origin, DQVector const& s) {
+  double const t = Dot(OffsetBetween(origin, from), s) / Dot(s, s);
+  return {origin.x + t * s.x, origin.y + t * s.y, origin.z + t * s.z};
+}
+
+}  // namespace
+
+void CZynFaceRBFInternalObject::Search_by_normal_virtual_node() {
+  FaceGroup const faces = FacesOfType(iFaceType, *pMesh, *pPartFace);
+  int const nFace = std::min(NFace, faces.count);
+  for (int i = 1; i <= nFace; ++i) {
+    int pair[2] = {faces.first[i], faces.second[i]};
+    Set_VirtualNode_Coord_and_ClosestCellID(iFaceType, i, pair, faces.sx[i], faces.sy[i], faces.sz[i]);
+    CountingVirtualNodeToCellconnectionNumber_By33(i, pair);
+  }
+}
+
+int CZynFaceRBFInternalObject::Set_VirtualNode_Coord_and_ClosestCellID(int faceType, int i, int* pair,
+                                                                       double Sx, double Sy, double Sz) {
+  DQVector const s = {Sx, Sy, Sz};
+  DQVector const at = Target(i);
+  DQVector const p = Foot(PointOf(pair[0]), at, s);
+  DQVector e = PointOf(pair[1]);
+  int cellOfE = pair[1];
+  if (HasCellBeyond(faceType)) {
+    e = Foot(e, at, s);
+    cellOfE = Search_ClosestCellID_byNode(e.x, e.y, e.z);
+  }
+  int const cellOfP = Search_ClosestCellID_byNode(p.x, p.y, p.z);
+  m_ppVirtualNode[i][kP].SetData(p.x, p.y, p.z, cellOfP);
+  m_ppVirtualNode[i][kE].SetData(e.x, e.y, e.z, cellOfE);
+  return kDone;
+}
+
+int CZynFaceRBFInternalObject::CountingVirtualNodeToCellconnectionNumber_By33(int i, int* pair) {
+  Work& work = work_.Get();
+  StartSides(pair);
+  AppendOnce(pair[0], work.sideP, m_pMarkP);
+  AppendOnce(pair[1], work.sideE, m_pMarkE);
+  CollectNeighbours(m_ppVirtualNode[i][kP].tag, work.sideP, m_pMarkP);
+  CollectNeighbours(m_ppVirtualNode[i][kE].tag, work.sideE, m_pMarkE);
+
+  // From here on the marks are positions among the cells that stay; a dropped twin has none.
+  DropTwins(work.merged, m_pMarkAll);
+  DropTwins(work.sideP, m_pMarkP);
+  DropTwins(work.sideE, m_pMarkE);
+
+  StoreSides(i);
+  int const n = StoreStencil(i);
+  if (iSearch_method != 4) MakeMissingTables();
+  MakeGradientRow(i, n);
+  ClearMarks(work.merged, m_pMarkAll);
+  ClearMarks(work.sideP, m_pMarkP);
+  ClearMarks(work.sideE, m_pMarkE);
+  return n;
+}
+
+// The merged list with the pair; nothing on the sides.
+void CZynFaceRBFInternalObject::StartSides(int const* pair) {
+  Work& work = work_.Get();
+  StartMerged(pair);
+  work.sideP.assign(1, 0);
+  work.sideE.assign(1, 0);
+}
+
+void CZynFaceRBFInternalObject::AppendToSide(int c, std::vector<int>& side, int* marks) {
+  AppendOnce(c, work_.Get().merged, m_pMarkAll);
+  AppendOnce(c, side, marks);
+}
+
+// The cell tied to a virtual node and its neighbours; no cell (0) has none.
+void CZynFaceRBFInternalObject::CollectNeighbours(int c, std::vector<int>& side, int* marks) {
+  AppendToSide(c, side, marks);
+  int const* const row = m_ppRBFCell33Conn[c];
+  if (row == nullptr) return;
+  for (int k = 1; k <= row[0]; ++k) AppendToSide(row[k], side, marks);
+}
+
+void CZynFaceRBFInternalObject::DropTwins(std::vector<int>& list, int* marks) {
+  int const n = static_cast<int>(list.size()) - 1;
+  list.resize(static_cast<std::size_t>(Delete_Duplicate_Coordinate(n, list, marks)) + 1);
+}
+
+// Rows 1 and 2 of the face: the stencils of P and E as positions in the merged list.
+void CZynFaceRBFInternalObject::StoreSides(int i) {
+  Work& work = work_.Get();
+  Cpp_DataStructure& rows = m_pFaceRows[i];
+  rows.Release();
+  rows.SetRowNumber(kE);
+  auto const store = [&rows, this](int k, std::vector<int> const& side) {
+    int const n = static_cast<int>(side.size()) - 1;
+    rows.CreateRow(k, n);
+    int* const positions = rows.m_ppRow[k];
+    for (int j = 1; j <= n; ++j) positions[j] = m_pMarkAll[side[static_cast<std::size_t>(j)]];
+  };
+  store(kP, work.sideP);
+  store(kE, work.sideE);
+}

@@ -1,0 +1,72 @@
+#include "rbf_face/DistanceSort.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+namespace {
+
+constexpr int kShort = 48;  // up to here, inserting one after the other is the fastest
+
+bool AnyIsNaN(double const* distances, int n) {
+  return std::any_of(distances, distances + n, [](double distance) { return std::isnan(distance); });
+}
+
+// Only here the outcome is not determined by the order of the distances. A pass without an exchange is the last.
+void BubbleSort(int* ids, double* distances, int n) {
+  bool exchanged = true;
+  for (int end = n - 1; end > 0 && exchanged; --end) {
+    exchanged = false;
+    for (int k = 0; k < end; ++k) {
+      if (!(distances[k] > distances[k + 1])) continue;
+      std::swap(distances[k], distances[k + 1]);
+      std::swap(ids[k], ids[k + 1]);
+      exchanged = true;
+    }
+  }
+}
+
+// The first nSorted are sorted, equal ones in their order; puts one more among them and drops the last if there
+// are nKept by then.
+void Insert(int* ids, double* distances, int id, double distance, int nSorted, int nKept) {
+  int k = nSorted;
+  if (nSorted == nKept) {
+    if (!(distance < distances[nSorted - 1])) return;
+    --k;
+  }
+  for (; k > 0 && distances[k - 1] > distance; --k) {
+    distances[k] = distances[k - 1];
+    ids[k] = ids[k - 1];
+  }
+  distances[k] = distance;
+  ids[k] = id;
+}
+
+}  // namespace
+
+void DistanceSort::Sort(int* ids, double* distances, int n) { SortNearest(ids, distances, n, n); }
+
+void DistanceSort::SortNearest(int* ids, double* distances, int n, int nKept) {
+  if (n < 2 || nKept < 1) return;
+  if (AnyIsNaN(distances, n)) {
+    BubbleSort(ids, distances, n);
+  } else if (nKept <= kShort) {
+    for (int k = 1; k < n; ++k) Insert(ids, distances, ids[k], distances[k], std::min(k, nKept), nKept);
+  } else {
+    SortByPosition(ids, distances, n);
+  }
+}
+
+void DistanceSort::SortByPosition(int* ids, double* distances, int n) {
+  entries_.clear();
+  for (int k = 0; k < n; ++k) entries_.push_back({distances[k], k, ids[k]});
+  std::sort(entries_.begin(), entries_.end(), [](Entry const& a, Entry const& b) {
+    return a.distance < b.distance || (a.distance == b.distance && a.position < b.position);
+  });
+  for (int k = 0; k < n; ++k) {
+    Entry const& entry = entries_[static_cast<std::size_t>(k)];
+    distances[k] = entry.distance;
+    ids[k] = entry.id;
+  }
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+/// Sorts distances and the ids that belong to them: ascending, equal distances in their order, as a bubble sort
+/// with strict comparisons leaves them. Distances that are not numbers end up where such a sort leaves them, too.
+class DistanceSort {
+ public:
+  /// @param[in,out] ids,distances  [0..n-1]
+  void Sort(int* ids, double* distances, int n);
+
+  /// Brings the `nKept` nearest to the front, as Sort would; what stands behind them is left open.
+  /// @param nKept  at most n
+  void SortNearest(int* ids, double* distances, int n, int nKept);
+
+ private:
+  struct Entry {
+    double distance;
+    int position, id;
+  };
+
+  void SortByPosition(int* ids, double* distances, int n);
+
+  std::vector<Entry> entries_;  // grows to the longest list
+};

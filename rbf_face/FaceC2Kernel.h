@@ -1,0 +1,27 @@
+#pragma once
+
+#include "foundation/DQKernel.h"
+#include "foundation/DQVector.h"
+
+/// The kernel of the virtual nodes, the Wendland C2 function
+///   kernel(s) = (1 - s)^4 (4 s + 1),   s = r / c,
+/// with the support radius c = span * h, h a length measured on the stencil.  @cite wendland1995
+///
+/// Like PlainDQKernel it is taken without a test for the support, and nothing guards the division: h = 0 gives
+/// NaN.
+class FaceC2Kernel {
+ public:
+  FaceC2Kernel(double span, double h) : c_(span * h) {}
+
+  /// What a length is taken of.
+  DQVector Scaled(DQVector const& offset) const { return offset; }
+
+  /// kernel(r / c), r the length of an offset.
+  double Value(double r) const {
+    double const s = r / c_;
+    return IntegerPower<4>(1.0 - s) * (4.0 * s + 1.0);
+  }
+
+ private:
+  double c_;
+};

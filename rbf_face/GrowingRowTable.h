@@ -1,0 +1,93 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <vector>
+
+#include "foundation/ZeroedBlock.h"
+
+/// Zeroed memory for many small pieces that are freed together.
+class PieceStore {
+ public:
+  /// @return nByte zero bytes, aligned for anything
+  void* Take(std::size_t nByte) {
+    std::size_t const nRounded = (nByte + kAlignment - 1) / kAlignment * kAlignment;
+    if (nRounded > left_) Refill(nRounded);
+    void* const piece = next_;
+    next_ += nRounded;
+    left_ -= nRounded;
+    return piece;
+  }
+
+ private:
+  struct Free {
+    void operator()(char* block) const { FreeZeroedBlock(block); }
+  };
+
+  // Blocks double, so that small tables stay small and large ones are few blocks with large pages.
+  void Refill(std::size_t nByte) {
+    std::size_t const size = std::max(nByte, nextSize_);
+    nextSize_ = std::min(2 * nextSize_, kLargestBlock);
+    blocks_.emplace_back(static_cast<char*>(NewZeroedBlock(size)));
+    next_ = blocks_.back().get();
+    left_ = size;
+  }
+
+  static constexpr std::size_t kAlignment = 8;
+  static constexpr std::size_t kLargestBlock = std::size_t{1} << 26;
+
+  std::vector<std::unique_ptr<char, Free>> blocks_;
+  std::size_t nextSize_ = std::size_t{1} << 14;
+  std::size_t left_ = 0;
+  char* next_ = nullptr;
+};
+
+/// Ragged tables [0..nRow] behind members of the type T**, whose rows are made one by one, when their lengths
+/// become known. The rows follow each other in memory in the order in which they are made.
+///
+/// What the table needs besides its row pointers lies in front of them, so that the pointer to the table is all
+/// there is to own.
+template <typename T>
+class GrowingRowTable {
+ public:
+  /// All rows are null.
+  static T** Create(int nRow) {
+    std::size_t const nPointer = static_cast<std::size_t>(nRow) + 1;
+    void* const block = NewZeroedBlock(sizeof(Head) + nPointer * sizeof(T*));
+    new (block) Head;
+    return static_cast<T**>(static_cast<void*>(static_cast<char*>(block) + sizeof(Head)));
+  }
+
+  /// Makes row i, elements 0..length, each T(). A row that i had before stays in memory until the end.
+  static T* MakeRow(T** table, int i, int length) {
+    std::size_t const nElement = static_cast<std::size_t>(length) + 1;
+    T* const row = static_cast<T*>(HeadOf(table)->rows.Take(nElement * sizeof(T)));
+    if constexpr (!std::is_trivially_copyable_v<T>) std::uninitialized_value_construct_n(row, nElement);
+    table[i] = row;
+    return row;
+  }
+
+  /// Frees table and rows and sets it to null; null is fine.
+  static void Destroy(T**& table) {
+    if (table == nullptr) return;
+    Head* const head = HeadOf(table);
+    head->~Head();
+    FreeZeroedBlock(head);
+    table = nullptr;
+  }
+
+ private:
+  struct alignas(16) Head {
+    PieceStore rows;
+  };
+
+  static Head* HeadOf(T** table) {
+    return static_cast<Head*>(
+        static_cast<void*>(static_cast<char*>(static_cast<void*>(table)) - sizeof(Head)));
+  }
+
+  static_assert(alignof(T) <= 8, "as the pieces are aligned");
+};
