@@ -141,56 +141,95 @@ class Accumulators {
   int cleared_ = 0;
 };
 
+/// A flux, or a sum of fluxes: two directions side by side in one register, the third in another.
+struct Flux {
+  Two xy;
+  double z;
+
+  static Flux Of(double value, FaceSet const& faces, int f) {
+    return {Two{value, value} * Two{faces.sx[f], faces.sy[f]}, value * faces.sz[f]};
+  }
+};
+
 /// Sums of the cell on the CV side, kept at hand while faces of the same cell follow each other. They are
 /// stored before those of another cell are fetched, so no addition changes its place.
 class CvSums {
  public:
-  [[gnu::always_inline]] CvSums(double* gx, double* gy, double* gz, int cell)
-      : gx_(gx), gy_(gy), gz_(gz), cell_(cell), x_(gx[cell]), y_(gy[cell]), z_(gz[cell]) {}
+  [[gnu::always_inline]] CvSums(double* gx, double* gy, double* gz, int cell) : gx_(gx), gy_(gy), gz_(gz) {
+    Fetch(cell);
+  }
 
-  /// Adds a flux to the CV side b of one face and, unless the face is one-sided, subtracts it on the other
-  /// side a.
-  [[gnu::always_inline]] void AddFlux(double fluxX, double fluxY, double fluxZ, int a, int b, int type) {
+  /// Adds the flux of a face to its CV side b.
+  [[gnu::always_inline]] void Add(Flux const& flux, int b) {
     if (b != cell_) {
       Store();
-      cell_ = b, x_ = gx_[b], y_ = gy_[b], z_ = gz_[b];
+      Fetch(b);
     }
-    x_ += fluxX, y_ += fluxY, z_ += fluxZ;
-    if (type == 1) return;
-    if (__builtin_expect(a == b, 0)) {  // a face of a cell with itself
-      x_ -= fluxX, y_ -= fluxY, z_ -= fluxZ;
-      return;
-    }
-    gx_[a] -= fluxX, gy_[a] -= fluxY, gz_[a] -= fluxZ;
+    sum_.xy += flux.xy;
+    sum_.z += flux.z;
   }
-  [[gnu::always_inline]] void Store() const { gx_[cell_] = x_, gy_[cell_] = y_, gz_[cell_] = z_; }
+  /// Subtracts it on the other side a.
+  [[gnu::always_inline]] void Subtract(Flux const& flux, int a) {
+    if (__builtin_expect(a == cell_, 0)) {  // a face of a cell with itself
+      sum_.xy -= flux.xy;
+      sum_.z -= flux.z;
+    } else {
+      SubtractBeyond(flux, a);
+    }
+  }
+  /// The same for a cell a that is not the CV side.
+  [[gnu::always_inline]] void SubtractBeyond(Flux const& flux, int a) {
+    gx_[a] -= flux.xy[0];
+    gy_[a] -= flux.xy[1];
+    gz_[a] -= flux.z;
+  }
+  [[gnu::always_inline]] void Store() const {
+    gx_[cell_] = sum_.xy[0];
+    gy_[cell_] = sum_.xy[1];
+    gz_[cell_] = sum_.z;
+  }
 
  private:
+  [[gnu::always_inline]] void Fetch(int cell) {
+    cell_ = cell;
+    sum_ = {Two{gx_[cell], gy_[cell]}, gz_[cell]};
+  }
+
   double *gx_, *gy_, *gz_;
   int cell_;
-  double x_, y_, z_;
+  Flux sum_;
 };
+
+/// Whether all of the faces first..last join two cells that both take the flux, as nearly all faces do.
+inline bool AllTwoSided(FaceSet const& faces, int first, int last) {
+  int exceptions = 0;
+  for (int f = first; f <= last; ++f)
+    exceptions |= static_cast<int>(faces.type[f] == 1) | static_cast<int>(faces.cv[f] == faces.other[f]);
+  return exceptions == 0;
+}
 
 /// One face: flux = value * S.
 template <class Scheme>
 [[gnu::always_inline]] inline void AddOneFace(FaceSet const& faces, int f, Scheme const& scheme,
                                               CvSums& sums) {
   int const a = faces.other[f], b = faces.cv[f];
-  double const value = scheme.template FaceValue<double>(faces, f, a, b);
-  sums.AddFlux(value * faces.sx[f], value * faces.sy[f], value * faces.sz[f], a, b, faces.type[f]);
+  Flux const flux = Flux::Of(scheme.template FaceValue<double>(faces, f, a, b), faces, f);
+  sums.Add(flux, b);
+  if (faces.type[f] != 1) sums.Subtract(flux, a);
 }
 
-/// The faces f and f+1: their fluxes side by side, then added one after the other.
+/// The two-sided faces f and f+1: their values side by side, then the fluxes one after the other.
 template <class Scheme>
 [[gnu::always_inline]] inline void AddTwoFaces(FaceSet const& faces, int f, Scheme const& scheme,
                                                CvSums& sums) {
   TwoCells const a{faces.other[f], faces.other[f + 1]}, b{faces.cv[f], faces.cv[f + 1]};
   Two const value = scheme.template FaceValue<Two>(faces, f, a, b);
-  Two const fluxX = value * At<Two>(faces.sx, f);
-  Two const fluxY = value * At<Two>(faces.sy, f);
-  Two const fluxZ = value * At<Two>(faces.sz, f);
-  sums.AddFlux(fluxX[0], fluxY[0], fluxZ[0], a.first, b.first, faces.type[f]);
-  sums.AddFlux(fluxX[1], fluxY[1], fluxZ[1], a.second, b.second, faces.type[f + 1]);
+  Flux const first = Flux::Of(value[0], faces, f);
+  sums.Add(first, b.first);
+  sums.SubtractBeyond(first, a.first);
+  Flux const second = Flux::Of(value[1], faces, f + 1);
+  sums.Add(second, b.second);
+  sums.SubtractBeyond(second, a.second);
 }
 
 /// Faces are taken in ranges; what is decided once for several faces is decided for a range.
@@ -228,9 +267,11 @@ template <class Scheme>
   constexpr int kLine = 8;  // doubles in a cache line
   CvSums sums(gx, gy, gz, faces.cv[first]);
   int f = first;
-  for (; f + kLine - 1 <= last; f += kLine) {
-    scheme.PrefetchFaces(faces, f + kAhead);
-    for (int k = 0; k < kLine; k += 2) AddTwoFaces(faces, f + k, scheme, sums);
+  if (AllTwoSided(faces, first, last)) {
+    for (; f + kLine - 1 <= last; f += kLine) {
+      scheme.PrefetchFaces(faces, f + kAhead);
+      for (int k = 0; k < kLine; k += 2) AddTwoFaces(faces, f + k, scheme, sums);
+    }
   }
   for (; f <= last; ++f) AddOneFace(faces, f, scheme, sums);
   sums.Store();

@@ -9,14 +9,100 @@ namespace {
 using green_gauss::Accumulators;
 using green_gauss::BoundarySet;
 using green_gauss::FaceSet;
+using green_gauss::Two;
 
-// A further field of faces that have been asked for already.
-struct NextFieldScheme : green_gauss::PlainScheme {
-  void PrefetchFaces(FaceSet const& /*faces*/, int /*f*/) const {}
+/// A value of each of the three fields: two side by side in one register, the third in another.
+struct Three {
+  Two uv;
+  double w;
+
+  static Three At(double* const x[3], int c) { return {Two{x[0][c], x[1][c]}, x[2][c]}; }
+  static Three At(double const* const x[3], int c) { return {Two{x[0][c], x[1][c]}, x[2][c]}; }
+  void StoreAt(double* const x[3], int c) const { x[0][c] = uv[0], x[1][c] = uv[1], x[2][c] = w; }
+  void SubtractAt(double* const x[3], int c) const { x[0][c] -= uv[0], x[1][c] -= uv[1], x[2][c] -= w; }
 };
 
-// Field after field in ranges of faces: the face arrays come from memory once, and a loop over the faces of
-// one field has registers for its three sums. Sums are numbered 3*k + direction for field k.
+Three operator*(Three const& a, double s) { return {a.uv * Two{s, s}, a.w * s}; }
+void operator+=(Three& a, Three const& b) { a.uv += b.uv, a.w += b.w; }
+void operator-=(Three& a, Three const& b) { a.uv -= b.uv, a.w -= b.w; }
+
+/// The plain face values of the three fields.
+Three FaceValues(double weight, Three const& cv, Three const& other) {
+  using namespace green_gauss;
+  Two const weights = {weight, weight};
+  return {MedianFaceValue(other.uv, LinearFaceValue(weights, cv.uv, other.uv), cv.uv),
+          MedianFaceValue(other.w, LinearFaceValue(weight, cv.w, other.w), cv.w)};
+}
+
+/// The nine sums by direction: sums along x, y, z of the three fields.
+struct Nine {
+  double *x[3], *y[3], *z[3];
+
+  /// Of sums that are numbered 3*k + direction for field k.
+  template <class Sums>
+  static Nine Of(Sums const& g) {
+    return {{g[0], g[3], g[6]}, {g[1], g[4], g[7]}, {g[2], g[5], g[8]}};
+  }
+};
+
+/// Field values and sums of the cell on the CV side, kept at hand while faces of the same cell follow each
+/// other; stored before those of another cell are fetched.
+class CvCell {
+ public:
+  [[gnu::always_inline]] CvCell(double const* const phi[3], Nine const& sums, int cell)
+      : phi_(phi), sums_(sums) {
+    Fetch(cell);
+  }
+  [[gnu::always_inline]] void MoveTo(int cell) {
+    if (cell == cell_) return;
+    Store();
+    Fetch(cell);
+  }
+  [[gnu::always_inline]] void Store() const {
+    x_.StoreAt(sums_.x, cell_), y_.StoreAt(sums_.y, cell_), z_.StoreAt(sums_.z, cell_);
+  }
+  [[gnu::always_inline]] Three const& Values() const { return values_; }
+  [[gnu::always_inline]] void Add(Three const& fx, Three const& fy, Three const& fz) {
+    x_ += fx, y_ += fy, z_ += fz;
+  }
+  /// On the other side a of a face.
+  [[gnu::always_inline]] void Subtract(Three const& fx, Three const& fy, Three const& fz, int a) {
+    if (__builtin_expect(a == cell_, 0)) {  // a face of a cell with itself
+      x_ -= fx, y_ -= fy, z_ -= fz;
+    } else {
+      fx.SubtractAt(sums_.x, a), fy.SubtractAt(sums_.y, a), fz.SubtractAt(sums_.z, a);
+    }
+  }
+
+ private:
+  [[gnu::always_inline]] void Fetch(int cell) {
+    cell_ = cell;
+    values_ = Three::At(phi_, cell);
+    x_ = Three::At(sums_.x, cell), y_ = Three::At(sums_.y, cell), z_ = Three::At(sums_.z, cell);
+  }
+
+  double const* const* phi_;
+  Nine const& sums_;
+  int cell_;
+  Three values_, x_, y_, z_;
+};
+
+[[gnu::noinline]] void AddFaceFluxes3(FaceSet const& faces, int first, int last, double const* const phi[3],
+                                      Nine const& g) {
+  double const* const fields[3] = {phi[0], phi[1], phi[2]};
+  Nine const sums = g;
+  CvCell cv(fields, sums, faces.cv[first]);
+  for (int f = first; f <= last; ++f) {
+    int const a = faces.other[f];
+    cv.MoveTo(faces.cv[f]);
+    Three const value = FaceValues(faces.weight[f], cv.Values(), Three::At(fields, a));
+    Three const fx = value * faces.sx[f], fy = value * faces.sy[f], fz = value * faces.sz[f];
+    cv.Add(fx, fy, fz);
+    if (faces.type[f] != 1) cv.Subtract(fx, fy, fz, a);
+  }
+  cv.Store();
+}
+
 void AddFaceFluxes3(FaceSet const& faces, double const* const phi[3], Accumulators<9>& sums) {
   using namespace green_gauss;
   for (int first = 1; first <= faces.count; first += kRange) {
@@ -25,9 +111,7 @@ void AddFaceFluxes3(FaceSet const& faces, double const* const phi[3], Accumulato
       PrefetchFarCells(faces, first + kRange, PlainScheme{phi[k]}, sums[3 * k], sums[3 * k + 1],
                        sums[3 * k + 2]);
     sums.Reach(faces, first, last);
-    AddFaceFluxes(faces, first, last, PlainScheme{phi[0]}, sums[0], sums[1], sums[2]);
-    AddFaceFluxes(faces, first, last, NextFieldScheme{{phi[1]}}, sums[3], sums[4], sums[5]);
-    AddFaceFluxes(faces, first, last, NextFieldScheme{{phi[2]}}, sums[6], sums[7], sums[8]);
+    AddFaceFluxes3(faces, first, last, phi, Nine::Of(sums));
   }
 }
 
