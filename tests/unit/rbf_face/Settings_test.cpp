@@ -1,0 +1,384 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/unit/rbf_cell/FlushedOutput.h"
+#include "tests/unit/rbf_face/FaceBed.h"
+
+// Where the settings come from: how the file is written, which lines are read, what makes it start anew; and the
+// parameter block.
+
+namespace rbf_face_test {
+namespace {
+
+const std::string kDefaultLine = "Default DQ parameter is adopted.\n";
+const std::string kDefaults =
+    "1004\nSpan              = 1000\niSearch_method    = 4\nSearch_distance   = 2.500000\nSearch_number     "
+    "= "
+    "20\nDebug mode        = 0\n";
+
+/// An operator that is about to read its settings; all values begin as something that no default is.
+struct Reader : FaceBed {
+  Reader() : FaceBed(TwoCubes()) {
+    object.Span = 123.5;
+    object.iSearch_method = 7;
+    object.Search_distance = 8.25;
+    object.Search_number = 9;
+    object.MeanDistance = 1.25;
+    object.ChangeFileName(object.RBFFileName, ".rbf", host.globals.BaseFileName);
+  }
+  explicit Reader(const std::string& file) : Reader() { folder.Write(file); }
+
+  std::string Read() {
+    return Printed([this] { EXPECT_EQ(0, object.ReadRBFbackdoorfile()); });
+  }
+  void ExpectValues(double span, int method, double distance, int number, bool debug) const {
+    EXPECT_EQ(span, object.Span);
+    EXPECT_EQ(method, object.iSearch_method);
+    EXPECT_EQ(distance, object.Search_distance);
+    EXPECT_EQ(number, object.Search_number);
+    EXPECT_EQ(debug, object.bDebug);
+  }
+  void ExpectDefaults() const { ExpectValues(1000.0, 4, 2.5, 20, false); }
+  void ExpectValuesKept() const { ExpectValues(123.5, 7, 8.25, 9, false); }
+};
+
+// ------------------------------------------------------------------------------------------------ the new file
+
+TEST(FaceSettings, FirstRunWritesTheDefaultsAndTakesThem) {
+  Reader reader;
+  EXPECT_EQ(kDefaultLine, reader.Read());
+  EXPECT_EQ(kDefaults, reader.folder.Read());
+  reader.ExpectDefaults();
+}
+
+TEST(FaceSettings, WrittenDistanceIsTwiceTheMeanDistanceWithSixDigits) {
+  Reader reader;
+  reader.object.MeanDistance = 1.0 / 3.0;
+  reader.Read();
+  EXPECT_NE(std::string::npos, reader.folder.Read().find("\nSearch_distance   = 0.666667\n"));
+  EXPECT_EQ(0.666667, reader.object.Search_distance);
+}
+
+TEST(FaceSettings, SetUpMeasuresTheMeshBeforeItWritesTheFile) {
+  FaceBed bed(TwoCubes());
+  EXPECT_EQ(kDefaultLine, bed.SetUp(kInner));
+  EXPECT_EQ(1.0, bed.object.MeanDistance);
+  EXPECT_EQ(2.0, bed.object.Search_distance);
+  EXPECT_NE(std::string::npos, bed.folder.Read().find("\nSearch_distance   = 2.000000\n"));
+}
+
+TEST(FaceSettings, SecondRunReadsTheFileSilently) {
+  Reader reader;
+  reader.Read();
+  reader.object.Span = 1.0;
+  EXPECT_EQ("", reader.Read());
+  reader.ExpectDefaults();
+  EXPECT_EQ(kDefaults, reader.folder.Read());
+}
+
+TEST(FaceSettings, MessageIsFlushedAtOnce) {
+  Reader reader;
+  std::string arrived;
+  {
+    const rbf_cell_test::FlushedOutput output;
+    reader.object.ReadRBFbackdoorfile();
+    arrived = output.Arrived();
+  }
+  EXPECT_EQ(kDefaultLine, arrived);
+}
+
+// -------------------------------------------------------------------------------------------------- the values
+
+TEST(FaceSettings, AllFiveLinesAreTaken) {
+  Reader reader(Settings("25", "2", "0.75", "12", "1"));
+  EXPECT_EQ("", reader.Read());
+  reader.ExpectValues(25.0, 2, 0.75, 12, true);
+  EXPECT_EQ(Settings("25", "2", "0.75", "12", "1"), reader.folder.Read())
+      << "a file of its own is not written to";
+}
+
+TEST(FaceSettings, FractionalSpanIsHonoured) {
+  Reader reader(Settings("37.25", "4", "1", "20", "0"));
+  reader.Read();
+  EXPECT_EQ(37.25, reader.object.Span);
+}
+
+TEST(FaceSettings, NumbersAreReadAsFarAsTheyGo) {
+  Reader reader(Settings("2.5e2 times", "3.9", "-1e-1 L", "15 cells", "word"));
+  reader.Read();
+  reader.ExpectValues(250.0, 3, -0.1, 15, false);
+}
+
+TEST(FaceSettings, DistanceIsTakenAsItStandsEvenWhenNegative) {
+  Reader reader(Settings("25", "2", "-3.5", "12", "0"));
+  reader.Read();
+  EXPECT_EQ(-3.5, reader.object.Search_distance);
+}
+
+TEST(FaceSettings, DebugModeIsOnForAnyNumberAbove0) {
+  for (const std::string mode : {"1", "2", "100"}) {
+    Reader reader(Settings("25", "2", "1", "12", mode));
+    reader.Read();
+    EXPECT_TRUE(reader.object.bDebug) << mode;
+  }
+}
+
+TEST(FaceSettings, DebugModeThatIsNotAbove0KeepsItsValue) {
+  for (const bool before : {false, true}) {
+    for (const std::string mode : {"0", "-1", "off"}) {
+      Reader reader(Settings("25", "2", "1", "12", mode));
+      reader.object.bDebug = before;
+      reader.Read();
+      EXPECT_EQ(before, reader.object.bDebug) << mode;
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------------------------- lines by place
+
+TEST(FaceSettings, MisspeltKeysLoadByTheirPlace) {
+  Reader reader("1004\nSpam = 25\na = 2\nb = 0.75\nc = 12\nd = 1\n");
+  reader.Read();
+  reader.ExpectValues(25.0, 2, 0.75, 12, true);
+}
+
+TEST(FaceSettings, SwappedLinesLoadByTheirPlace) {
+  Reader reader(
+      "1004\nSearch_number = 12\nDebug mode = 1\nSpan = 25\niSearch_method = 2\nSearch_distance = 3\n");
+  reader.Read();
+  reader.ExpectValues(12.0, 1, 25.0, 2, true);
+}
+
+TEST(FaceSettings, FurtherLinesAreNotRead) {
+  Reader reader(Settings("25", "2", "0.75", "12", "0") + "Span = 3\nDebug mode = 1\n");
+  reader.Read();
+  reader.ExpectValues(25.0, 2, 0.75, 12, false);
+}
+
+// What a read beyond the end leaves is the line before, which then counts once more.
+TEST(FaceSettings, MissingLinesTakeTheValueOfTheLastOne) {
+  Reader reader("1004\nSpan = 25\niSearch_method = 3\n");
+  reader.Read();
+  reader.ExpectValues(25.0, 3, 3.0, 3, true);
+}
+
+TEST(FaceSettings, LineWithoutEqualsSignIsItsLastCharacter) {
+  Reader reader("1004\nSpan 25\n2\n0.5\n12\n1");
+  reader.Read();
+  reader.ExpectValues(0.0, 0, 0.0, 0, true);  // the newline of the first four, the 1 of the last
+}
+
+TEST(FaceSettings, CarriageReturnsDoNoHarm) {
+  Reader reader("1004\r\nSpan = 25\r\nm = 2\r\nd = 0.75\r\nn = 12\r\nDebug = 1\r\n");
+  EXPECT_EQ("", reader.Read());
+  reader.ExpectValues(25.0, 2, 0.75, 12, true);
+}
+
+TEST(FaceSettings, LineOfMoreThan511CharactersCountsTwice) {
+  Reader reader("1004" + std::string(600, 'x') + "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n");
+  EXPECT_EQ("", reader.Read());
+  reader.ExpectValues(0.0, 25, 2.0, 0, true);
+}
+
+TEST(FaceSettings, VeryLongKeysAndValuesDoNoHarm) {
+  for (const std::size_t length : {500U, 511U, 512U, 513U, 1023U, 1024U, 5000U}) {
+    for (const char fill : {'k', '=', ' ', '7'}) {
+      Reader reader("1004\nSpan = 5\nm = " + std::string(length, fill) + "\n" + std::string(length, fill) +
+                    " = 2\n");
+      reader.Read();
+      EXPECT_EQ(5.0, reader.object.Span) << length << fill;
+    }
+  }
+}
+
+// ------------------------------------------------------------------------------------------- files of others
+
+void ExpectStartedAnew(const std::string& file) {
+  Reader reader(file);
+  EXPECT_EQ(kDefaultLine, reader.Read()) << file;
+  EXPECT_EQ(kDefaults, reader.folder.Read()) << file;
+  reader.ExpectDefaults();
+}
+
+TEST(FaceSettings, FileOfTheCellOperatorIsDeletedAndWrittenAnew) {
+  ExpectStartedAnew("1001\nSpan              = 500\nShape Normalize   = 0\n");
+}
+
+TEST(FaceSettings, FileOfThePointOperatorIsDeletedAndWrittenAnew) {
+  ExpectStartedAnew("1002\nSpan = 25\niSearch_method = 1\nSearch_distance = 2\nSearch_number = 2\n");
+}
+
+TEST(FaceSettings, OtherFirstLinesAreDeletedAndWrittenAnew) {
+  for (const char* const first : {"0", "-1004", "10040", "100", "1 004", "0x3EC", "format 1004", ""})
+    ExpectStartedAnew(std::string(first) + "\nSpan = 25\nm = 2\nd = 1\nn = 2\ndebug = 1\n");
+  ExpectStartedAnew("");
+}
+
+TEST(FaceSettings, FormatNumberMayBeFollowedByText) {
+  for (const char* const first : {"1004", "  1004", "\t1004 ", "1004.5", "1004 face operator", "+1004"}) {
+    Reader reader(std::string(first) + "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n");
+    EXPECT_EQ("", reader.Read()) << first;
+    reader.ExpectValues(25.0, 2, 0.75, 12, true);
+  }
+}
+
+TEST(FaceSettings, FirstLineIsReadTo255Characters) {
+  const std::string values = "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n";
+  Reader fits(std::string(251, ' ') + "1004" + values);
+  EXPECT_EQ("", fits.Read());
+  fits.ExpectValues(25.0, 2, 0.75, 12, true);
+  ExpectStartedAnew(std::string(252, ' ') + "1004" + values);  // 255 characters end in "100"
+}
+
+// -------------------------------------------------------------------------- what cannot be opened or written
+
+TEST(FaceSettings, MissingFolderKeepsTheValues) {
+  Reader reader;
+  std::filesystem::remove_all(reader.folder.Path());
+  EXPECT_EQ(kDefaultLine, reader.Read());
+  reader.ExpectValuesKept();
+  EXPECT_FALSE(reader.folder.Exists());
+}
+
+TEST(FaceSettings, SetUpWithoutAWritableFileGoesOnWithTheDefaults) {
+  FaceBed bed(SkewedCubesOfAllGroups());
+  std::filesystem::remove_all(bed.folder.Path());
+  EXPECT_EQ(kDefaultLine, bed.SetUp(kInner));
+  EXPECT_EQ(1000.0, bed.object.Span);
+  EXPECT_EQ(4, bed.object.iSearch_method);
+  EXPECT_GT(bed.object.m_ppFaceCellConn[1][0], 2);
+}
+
+TEST(FaceSettings, FolderOfThatNameStaysAndDoesNoHarm) {
+  Reader reader;
+  std::filesystem::create_directory(reader.folder.SettingsFileName());
+  EXPECT_EQ(kDefaultLine + "\n", reader.Read());
+  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
+  reader.ExpectValuesKept();
+}
+
+/// Gives up the rights of the superuser for its lifetime, so that permissions count.
+class WithoutPrivileges {
+ public:
+  WithoutPrivileges() {
+    if (geteuid() == 0 && seteuid(65534) == 0) wasRoot_ = true;
+  }
+  ~WithoutPrivileges() {
+    if (wasRoot_ && seteuid(0) != 0) ADD_FAILURE() << "the superuser's rights did not come back";
+  }
+  WithoutPrivileges(const WithoutPrivileges&) = delete;
+  WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+
+  bool Effective() const { return geteuid() != 0; }
+
+ private:
+  bool wasRoot_ = false;
+};
+
+/// Reads the settings without a right to read the file, in a folder with the given rights.
+/// @return whether this user can be kept from anything by permissions
+bool ReadUnreadable(Reader& reader, mode_t folder, std::string& printed) {
+  EXPECT_EQ(0, chmod(reader.folder.SettingsFileName().c_str(), 0));
+  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), folder));
+  bool effective = false;
+  {
+    const WithoutPrivileges asAnyone;
+    effective = asAnyone.Effective();
+    if (effective) printed = reader.Read();
+  }
+  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), 0777));
+  return effective;
+}
+
+TEST(FaceSettings, UnreadableFileIsReplacedByTheDefaults) {
+  Reader reader(Settings("25", "2", "1", "12", "1"));
+  std::string printed;
+  if (!ReadUnreadable(reader, 0777, printed)) GTEST_SKIP() << "permissions do not bind this user";
+  EXPECT_EQ(kDefaultLine + "\n" + kDefaultLine, printed);
+  EXPECT_EQ(kDefaults, reader.folder.Read());
+  reader.ExpectDefaults();
+}
+
+TEST(FaceSettings, UnreadableFileInAReadOnlyFolderKeepsTheValues) {
+  Reader reader(Settings("25", "2", "1", "12", "1"));
+  std::string printed;
+  if (!ReadUnreadable(reader, 0555, printed)) GTEST_SKIP() << "permissions do not bind this user";
+  EXPECT_EQ(kDefaultLine + "\n", printed);
+  reader.ExpectValuesKept();
+}
+
+// ------------------------------------------------------------------------------------------ the parameter block
+
+/// An operator that is about to take its settings from the block.
+struct BlockReader : Reader {
+  BlockReader(int span, int method, double distance, int number, int debug) {
+    CZYNCMP_FaceRBF_Parm& block = host.parameters.block;
+    block.iFaceParmHead = 77;
+    block.Span = span;
+    block.iSearch_method = method;
+    block.Search_distance = distance;
+    block.Search_number = number;
+    block.iDebugMode = debug;
+    object.SetZYNKNCMP(&host.parameters);
+  }
+  void ReadBlock() {
+    EXPECT_EQ("", Printed([this] { EXPECT_EQ(0, object.ReadRBFbackdoorfile_DLL()); }));
+  }
+};
+
+TEST(FaceSettingsBlock, GivesAllFiveValues) {
+  BlockReader reader(25, 2, 0.75, 12, 1);
+  reader.ReadBlock();
+  reader.ExpectValues(25.0, 2, 0.75, 12, true);
+}
+
+TEST(FaceSettingsBlock, NegativeDistanceBecomesTwiceTheMeanDistance) {
+  BlockReader reader(25, 2, -0.001, 12, 0);
+  reader.ReadBlock();
+  EXPECT_EQ(2.5, reader.object.Search_distance);
+}
+
+TEST(FaceSettingsBlock, DistanceOf0Stays0) {
+  BlockReader reader(25, 2, 0.0, 12, 0);
+  reader.ReadBlock();
+  EXPECT_EQ(0.0, reader.object.Search_distance);
+}
+
+TEST(FaceSettingsBlock, DebugModeThatIsNotAbove0KeepsItsValue) {
+  for (const bool before : {false, true}) {
+    for (const int mode : {0, -1}) {
+      BlockReader reader(25, 2, 1.0, 12, mode);
+      reader.object.bDebug = before;
+      reader.ReadBlock();
+      EXPECT_EQ(before, reader.object.bDebug);
+    }
+  }
+}
+
+TEST(FaceSettingsBlock, ComesBeforeTheFileWhichIsNotTouched) {
+  FaceBed without(TwoCubes()), with(TwoCubes(), "1001\nof the cell operator\n");
+  for (FaceBed* const bed : {&without, &with}) {
+    EXPECT_EQ("", bed->SetUp(kInner, {2, 25.0, 4}));
+    EXPECT_EQ(25.0, bed->object.Span);
+    EXPECT_EQ(2, bed->object.iSearch_method);
+    EXPECT_EQ(4, bed->object.Search_number);
+  }
+  EXPECT_FALSE(without.folder.Exists());
+  EXPECT_EQ("1001\nof the cell operator\n", with.folder.Read());
+}
+
+TEST(FaceSettingsBlock, IsReadAfterTheMeshIsMeasured) {
+  FaceBed bed(TwoCubes());
+  bed.UseBlock({4, 1000.0, 20});
+  bed.host.parameters.block.Search_distance = -1.0;
+  bed.SetUp(kInner);
+  EXPECT_EQ(2.0, bed.object.Search_distance);
+}
+
+}  // namespace
+}  // namespace rbf_face_test
