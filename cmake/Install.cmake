@@ -1,7 +1,7 @@
 # Installation: headers in their folders under include/Zyn3dGradOp, the CMake package and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY host foundation gradient rbf_cell DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp
+install(DIRECTORY host foundation gradient rbf_cell rbf_face rbf_ib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp
         FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY reference_host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h")
 
