@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <utility>
 
 #include "cli/PartitionGrid.h"
+#include "cli/PieceFiles.h"
 #include "cli/VtuFile.h"
 
 namespace zyngrad {
@@ -19,7 +19,7 @@ std::vector<T> WithoutFirst(const std::vector<T>& values, int nCells) {
   return {values.begin() + 1, values.begin() + 1 + nCells};
 }
 
-VtuArray VectorArray(const std::string& name, const std::vector<double>& x, const std::vector<double>& y,
+VtkArray VectorArray(const std::string& name, const std::vector<double>& x, const std::vector<double>& y,
                      const std::vector<double>& z, int nCells) {
   std::vector<double> values;
   values.reserve(3 * static_cast<std::size_t>(nCells));
@@ -33,9 +33,9 @@ std::string ArrayName(const std::string& prefix, std::string label) {
   return prefix + label;
 }
 
-std::vector<VtuArray> CellData(const Ranks& ranks, const HostPartition& partition, int nCells,
+std::vector<VtkArray> CellData(const Ranks& ranks, const HostPartition& partition, int nCells,
                                const GradientCase& theCase, const std::vector<MethodResult>& results) {
-  std::vector<VtuArray> arrays;
+  std::vector<VtkArray> arrays;
   for (std::size_t k = 0; k < theCase.fields.size(); ++k) {
     const std::string suffix = theCase.fields.size() > 1 ? "_" + std::to_string(k + 1) : "";
     const TestField& field = theCase.fields[k];
@@ -54,41 +54,20 @@ std::vector<VtuArray> CellData(const Ranks& ranks, const HostPartition& partitio
   return arrays;
 }
 
-std::string PieceName(int rank) {
-  char name[48];
-  std::snprintf(name, sizeof name, "gradient/gradient.%04d.vtu", rank);
-  return name;
-}
-
-/// Files of an earlier run on another number of ranks would show old results beside the new ones.
-void DiscardOtherForm(const Ranks& ranks, OutputFolder& folder) {
-  const bool isAlone = ranks.count() == 1;
-  folder.Discard(isAlone ? "gradient.pvtu" : "gradient.vtu");
-  for (int rank = isAlone ? 0 : ranks.count(); folder.Has(PieceName(rank)); ++rank)
-    folder.Discard(PieceName(rank));
-  if (isAlone) folder.Discard("gradient");  // goes only when empty
-}
-
 }  // namespace
 
 std::string StageGradientGrid(const Ranks& ranks, HostPartition& partition, const GradientCase& theCase,
                               const std::vector<MethodResult>& results, OutputFolder& folder) {
-  const bool isAlone = ranks.count() == 1;
-  std::string index = isAlone ? "gradient.vtu" : "gradient.pvtu";
-  if (!isAlone) folder.MakeSubfolder("gradient");
+  const PieceFiles files(ranks, "gradient", "vtu");
+  files.MakeFolder(folder);
   ranks.Together([&] {
     const int nCells = partition.mesh()->NInnerCells;
-    const std::vector<VtuArray> arrays = CellData(ranks, partition, nCells, theCase, results);
-    WriteVtu(folder.Stage(isAlone ? index : PieceName(ranks.rank())), GridOfInteriorCells(*partition.mesh()),
-             arrays);
-    if (isAlone || !ranks.IsFirst()) return;
-    std::vector<std::string> pieces;
-    pieces.reserve(static_cast<std::size_t>(ranks.count()));
-    for (int rank = 0; rank < ranks.count(); ++rank) pieces.push_back(PieceName(rank));
-    WritePvtu(folder.Stage(index), arrays, pieces);
+    const std::vector<VtkArray> arrays = CellData(ranks, partition, nCells, theCase, results);
+    WriteVtu(folder.Stage(files.Own()), GridOfInteriorCells(*partition.mesh()), arrays);
+    if (ranks.IsFirst() && !files.IsAlone()) WritePvtu(folder.Stage(files.Index()), arrays, files.Pieces());
   });
-  DiscardOtherForm(ranks, folder);
-  return index;
+  files.DiscardOtherForm(folder);
+  return files.Index();
 }
 
 }  // namespace zyngrad

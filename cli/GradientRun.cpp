@@ -1,26 +1,14 @@
 #include "cli/GradientRun.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <iostream>
 
 #include "cli/StdoutToFile.h"
+#include "cli/Timing.h"
 
 namespace zyngrad {
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-double SecondsSince(Clock::time_point begin) {
-  return std::chrono::duration<double>(Clock::now() - begin).count();
-}
-
-double Median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  const std::size_t n = values.size();
-  return n % 2 == 1 ? values[n / 2] : 0.5 * (values[n / 2 - 1] + values[n / 2]);
-}
 
 MethodData MakeData(const Ranks& ranks, int nCell, const GradientMethod& method, GradientCase& theCase) {
   MethodData data;
@@ -50,9 +38,9 @@ bool SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientM
   op.getGradType(type);
 
   ranks.Barrier();
-  const Clock::time_point begin = Clock::now();
+  const Stopwatch watch;
   const int status = op.Initialize();
-  seconds = ranks.Max(SecondsSince(begin));
+  seconds = ranks.Max(watch.Seconds());
   return status == 1;
 }
 
@@ -62,9 +50,9 @@ std::vector<double> TimeCalls(const Ranks& ranks, const GradientMethod& method, 
   std::vector<double> seconds;
   for (int call = 0; call < nCalls; ++call) {
     ranks.Barrier();
-    const Clock::time_point begin = Clock::now();
+    const Stopwatch watch;
     method.run(op, data);
-    seconds.push_back(SecondsSince(begin));
+    seconds.push_back(watch.Seconds());
   }
   return seconds;
 }

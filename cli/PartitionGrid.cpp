@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#include "cli/UsedNodes.h"
+
 namespace zyngrad {
 namespace {
 
@@ -25,27 +27,6 @@ const int* NodeRow(const CZYN3DFiniteVolumeMesh& mesh, int code, int face) {
       return mesh.ijLnods[face];
   }
 }
-
-/// Numbers the nodes from 0 in the order in which they are first asked for, and collects their places.
-class UsedNodes {
- public:
-  UsedNodes(const CZYN3DFiniteVolumeMesh& mesh, std::vector<double>& points)
-      : mesh_(mesh), points_(points), number_(static_cast<std::size_t>(mesh.NNode) + 1, -1) {}
-
-  std::int64_t Number(int node) {
-    std::int64_t& number = number_[static_cast<std::size_t>(node)];
-    if (number < 0) {
-      number = static_cast<std::int64_t>(points_.size() / 3);
-      points_.insert(points_.end(), {mesh_.xn[node], mesh_.yn[node], mesh_.zn[node]});
-    }
-    return number;
-  }
-
- private:
-  const CZYN3DFiniteVolumeMesh& mesh_;
-  std::vector<double>& points_;
-  std::vector<std::int64_t> number_;  ///< [1..NNode], -1: not used
-};
 
 void AddFaceStream(const CellFaces& faces, UsedNodes& nodes, std::vector<std::int64_t>& stream) {
   stream.push_back(faces.nFaces());

@@ -1,31 +1,14 @@
 #include "cli/RadialBasisSettings.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstddef>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <system_error>
 
 #include "cli/OneLine.h"
+#include "cli/RunSettings.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
-namespace {
-
-constexpr std::size_t kLongestName = 1023;  // the operator cuts what is longer, and would read another file
-constexpr std::size_t kExtensionLength = 4;
-
-/// The shortest text that reads back as the same number; 500 is "500".
-std::string Shortest(double value) {
-  char buffer[32];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-  return {buffer, result.ptr};
-}
-
-}  // namespace
 
 double PositiveNumber(const std::string& option, const std::string& text) {
   double value = 0.0;
@@ -39,25 +22,14 @@ double PositiveNumber(const std::string& option, const std::string& text) {
 std::string SettingsFileText(const RadialBasisSettings& settings) {
   return "1001\n"
          "Span              = " +
-         Shortest(settings.span) +
+         ShortestText(settings.span) +
          "\n"
          "Shape Normalize   = " +
          (settings.shapeNormalize ? "1" : "0") + "\n";
 }
 
 std::string WriteSettingsFile(const std::string& file, const RadialBasisSettings& settings) {
-  if (file.size() > kLongestName) {
-    throw UsageError("the name of the settings file " + Quoted(file) + " is longer than " +
-                     std::to_string(kLongestName) + " characters");
-  }
-  // What an interrupted run left there may be a link to somewhere else.
-  std::error_code ignored;
-  std::filesystem::remove(file, ignored);
-  std::ofstream out(file, std::ios::trunc);
-  out << SettingsFileText(settings) << std::flush;
-  if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
-  // The operator puts ".rbf" in the place of the last four characters, whatever they are.
-  return file.substr(0, file.size() - kExtensionLength) + ".dat";
+  return WriteSettingsText(file, SettingsFileText(settings));
 }
 
 }  // namespace zyngrad

@@ -21,6 +21,23 @@ std::optional<std::string> ErrorOf(const std::function<void()>& work) {
   return std::nullopt;
 }
 
+/// The values of all ranks on the first one.
+template <class T>
+std::vector<T> GatherRows(const std::vector<T>& own, MPI_Datatype type, const Ranks& ranks) {
+  const int nOwn = static_cast<int>(own.size());
+  std::vector<int> counts(ranks.IsFirst() ? static_cast<std::size_t>(ranks.count()) : 0), starts(counts);
+  MPI_Gather(&nOwn, 1, MPI_INT, counts.data(), 1, MPI_INT, 0, ranks.communicator());
+  int length = 0;
+  for (std::size_t r = 0; r < counts.size(); ++r) {
+    starts[r] = length;
+    length += counts[r];
+  }
+  std::vector<T> all(static_cast<std::size_t>(length));
+  MPI_Gatherv(own.data(), nOwn, type, all.data(), counts.data(), starts.data(), type, 0,
+              ranks.communicator());
+  return all;
+}
+
 }  // namespace
 
 Ranks::Ranks(MPI_Comm communicator) : communicator_(communicator) {
@@ -68,6 +85,21 @@ std::vector<std::vector<double>> Ranks::Gather(const std::vector<double>& row) c
                       all.begin() + static_cast<std::ptrdiff_t>(start + length));
   }
   return rows;
+}
+
+std::vector<double> Ranks::GatherOnFirst(const std::vector<double>& own) const {
+  return GatherRows(own, MPI_DOUBLE, *this);
+}
+
+std::vector<std::int64_t> Ranks::GatherOnFirst(const std::vector<std::int64_t>& own) const {
+  return GatherRows(own, MPI_INT64_T, *this);
+}
+
+void Ranks::Broadcast(std::vector<double>& values) const {
+  int length = static_cast<int>(values.size());
+  MPI_Bcast(&length, 1, MPI_INT, 0, communicator_);
+  values.resize(static_cast<std::size_t>(length));
+  MPI_Bcast(values.data(), length, MPI_DOUBLE, 0, communicator_);
 }
 
 }  // namespace zyngrad

@@ -2,6 +2,7 @@
 
 #include <mpi.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -31,6 +32,14 @@ class Ranks {
   /// Collective. The values of all ranks in rank order, on every rank. Adding them up in that order gives the
   /// same bits in every run on as many ranks.
   std::vector<double> Gather(double value) const;
+
+  /// Collective. The values of all ranks one after the other, in rank order, on the first rank; empty on the
+  /// others.
+  std::vector<double> GatherOnFirst(const std::vector<double>& own) const;
+  std::vector<std::int64_t> GatherOnFirst(const std::vector<std::int64_t>& own) const;
+
+  /// Collective. The first rank's values, on every rank.
+  void Broadcast(std::vector<double>& values) const;
 
   /// Collective. Rows of equal length, one a rank, in rank order, on every rank.
   std::vector<std::vector<double>> Gather(const std::vector<double>& row) const;

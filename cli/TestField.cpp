@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 #include "cli/OneLine.h"
 #include "cli/TextTable.h"
@@ -40,14 +41,18 @@ void CheckGradient(HostPartition& partition, const Expression& expression, const
 }  // namespace
 
 std::vector<double> MakeCellValues(const Ranks& ranks, HostPartition& partition, const Expression& expression,
-                                   const std::string& what) {
+                                   const std::string& what, const std::vector<char>* chosen) {
   const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
-  std::vector<double> values(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
+  std::vector<double> values(static_cast<std::size_t>(mesh.NCell) + 1,
+                             std::numeric_limits<double>::quiet_NaN());
+  values[0] = 0.0;
   ranks.Together([&] {
     for (int c = 1; c <= mesh.NCell; ++c) {
+      const auto i = static_cast<std::size_t>(c);
+      if (chosen != nullptr && (*chosen)[i] == 0) continue;
       const double value = expression.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
       if (!std::isfinite(value)) FailNotFinite(partition, what + ' ' + Quoted(expression.text()), value, c);
-      values[static_cast<std::size_t>(c)] = value;
+      values[i] = value;
     }
   });
   return values;

@@ -23,7 +23,9 @@ TestField MakeTestField(const Ranks& ranks, reference_host::HostPartition& parti
 /// Collective. The values alone, in all cells, as a coefficient of the weighted gradient has them.
 /// Throws UsageError naming cell and place where the value is not finite; `what` is the word for it in the
 /// message.
+/// @param[in] chosen  [1..NCell] the cells that count, NaN elsewhere, so that a use of them shows; null: all
 std::vector<double> MakeCellValues(const Ranks& ranks, reference_host::HostPartition& partition,
-                                   const Expression& expression, const std::string& what);
+                                   const Expression& expression, const std::string& what,
+                                   const std::vector<char>* chosen = nullptr);
 
 }  // namespace zyngrad

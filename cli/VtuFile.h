@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <string>
-#include <variant>
 #include <vector>
+
+#include "cli/VtkXml.h"
 
 namespace zyngrad {
 
@@ -19,19 +20,12 @@ struct VtuGrid {
   std::vector<std::int64_t> faceOffsets;  ///< [cell] end of the cell's part of `faces`, -1: not a polyhedron
 };
 
-/// Values on the cells (or points) of a grid, nComponents a cell.
-struct VtuArray {
-  std::string name;
-  int nComponents = 1;
-  std::variant<std::vector<double>, std::vector<std::int32_t>, std::vector<std::int64_t>> values;
-};
-
 /// Writes one piece: XML with all arrays as raw bytes behind it, in the machine's byte order.
 /// Throws UsageError when the file cannot be written whole.
-void WriteVtu(const std::string& file, const VtuGrid& grid, const std::vector<VtuArray>& cellData);
+void WriteVtu(const std::string& file, const VtuGrid& grid, const std::vector<VtkArray>& cellData);
 
 /// Writes the index of pieces that have the same arrays; `pieces` are relative to the index file's folder.
-void WritePvtu(const std::string& file, const std::vector<VtuArray>& cellData,
+void WritePvtu(const std::string& file, const std::vector<VtkArray>& cellData,
                const std::vector<std::string>& pieces);
 
 }  // namespace zyngrad

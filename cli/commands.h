@@ -24,5 +24,7 @@ class Command {
 std::unique_ptr<Command> MakeGradientCommand();
 std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeExplainCommand();
+std::unique_ptr<Command> MakeFacesCommand();
+std::unique_ptr<Command> MakePointsCommand();
 
 }  // namespace zyngrad

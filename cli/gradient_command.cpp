@@ -2,6 +2,7 @@
 #include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,7 @@
 #include "cli/OutputFolder.h"
 #include "cli/Progress.h"
 #include "cli/RadialBasisSettings.h"
+#include "cli/RunSettings.h"
 #include "cli/UsageError.h"
 #include "cli/commands.h"
 #include "reference_host/LoadMesh.h"
@@ -66,7 +68,7 @@ class GradientCommand : public Command {
   void ChooseMethods();
   GradientCase MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
                         const std::string& logFile);
-  void StageSettings(const Ranks& ranks, reference_host::HostPartition& partition, OutputFolder& folder);
+  bool NeedsSettings() const;
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
@@ -134,22 +136,9 @@ void GradientCommand::ReadOptions() {
   groups_ = GroupsByUser(meshOptions_);
 }
 
-/// A file of its own for each rank: the operators read it at the same time, and rewrite what they do not know.
-void GradientCommand::StageSettings(const Ranks& ranks, reference_host::HostPartition& partition,
-                                    OutputFolder& folder) {
-  const auto name = [](int rank) { return "settings.rank" + std::to_string(rank); };
-  const bool isNeeded = std::any_of(methods_.begin(), methods_.end(), [](const GradientMethod* method) {
-    return method->gradientType == kRadialBasisType;
-  });
-  if (isNeeded) {
-    ranks.Together([&] {
-      const std::string own = name(ranks.rank());
-      const std::string file = folder.StageAs(own + ".rbf", own + ".part.rbf");
-      partition.SetBaseFileName(WriteSettingsFile(file, radialBasis_));
-    });
-  }
-  for (int rank = isNeeded ? ranks.count() : 0; folder.Has(name(rank) + ".rbf"); ++rank)
-    folder.Discard(name(rank) + ".rbf");
+bool GradientCommand::NeedsSettings() const {
+  return std::any_of(methods_.begin(), methods_.end(),
+                     [](const GradientMethod* method) { return method->gradientType == kRadialBasisType; });
 }
 
 GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
@@ -194,7 +183,8 @@ void GradientCommand::Run(const Ranks& ranks) {
 
   progress.Stage("evaluating the formulas");
   GradientCase theCase = MakeCase(ranks, *mesh.partition, folder.logFile());
-  StageSettings(ranks, *mesh.partition, folder);
+  StageRunSettings(ranks, *mesh.partition, folder,
+                   NeedsSettings() ? std::optional(SettingsFileText(radialBasis_)) : std::nullopt);
   std::vector<MethodResult> results;
   for (const GradientMethod* method : methods_) {
     progress.Stage(std::string("computing gradients: ") + method->name);

@@ -49,7 +49,7 @@ VtuGrid OneTetrahedron() {
   return grid;
 }
 
-const std::vector<VtuArray> kData = {{"field", 1, std::vector<double>{0.1}},
+const std::vector<VtkArray> kData = {{"field", 1, std::vector<double>{0.1}},
                                      {"gradient", 3, std::vector<double>{1.0, 2.0, 3.0}},
                                      {"rank", 1, std::vector<std::int32_t>{7}},
                                      {"cell", 1, std::vector<std::int64_t>{1LL << 40}}};

@@ -1,0 +1,65 @@
+#include "cli/FaceFiles.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "cli/PieceFiles.h"
+#include "cli/UsedNodes.h"
+#include "cli/VtpFile.h"
+
+namespace zyngrad {
+namespace {
+
+VtpSurface PolygonsOf(const CZYN3DFiniteVolumeMesh& mesh, const FacesOfGroup& faces) {
+  VtpSurface surface;
+  UsedNodes nodes(mesh, surface.points);
+  for (int f = 1; f <= faces.count; ++f) {
+    const int* row = faces.nodes[f];
+    for (int k = 1; k <= row[0]; ++k) surface.connectivity.push_back(nodes.Number(row[k]));
+    surface.offsets.push_back(static_cast<std::int64_t>(surface.connectivity.size()));
+  }
+  return surface;
+}
+
+/// The entries 1..n of a 1-based array.
+template <class T>
+std::vector<T> WithoutFirst(const std::vector<T>& values) {
+  return {values.begin() + 1, values.end()};
+}
+
+std::vector<VtkArray> FaceData(const Ranks& ranks, const reference_host::HostPartition& partition,
+                               const FacesOfGroup& faces, const FaceRows& rows,
+                               const std::vector<double>& exact) {
+  const auto nFaces = static_cast<std::size_t>(faces.count);
+  std::vector<double> error(nFaces);
+  std::vector<std::int64_t> cell(nFaces);
+  for (std::size_t f = 1; f <= nFaces; ++f) {
+    error[f - 1] = rows.value[f] - exact[f];
+    cell[f - 1] = partition.globalCell()[static_cast<std::size_t>(faces.cell[f])];
+  }
+  return {{"value", 1, WithoutFirst(rows.value)},
+          {"exact", 1, WithoutFirst(exact)},
+          {"error", 1, error},
+          {"weight_sum", 1, WithoutFirst(rows.rowSum)},
+          {"members", 1, std::vector<std::int32_t>(rows.members.begin() + 1, rows.members.end())},
+          {"rank", 1, std::vector<std::int32_t>(nFaces, ranks.rank())},
+          {"cell", 1, cell}};
+}
+
+}  // namespace
+
+std::string StageFaces(const Ranks& ranks, reference_host::HostPartition& partition,
+                       const FacesOfGroup& faces, const FaceRows& rows, const std::vector<double>& exact,
+                       OutputFolder& folder) {
+  const PieceFiles files(ranks, "faces", "vtp");
+  files.MakeFolder(folder);
+  ranks.Together([&] {
+    const std::vector<VtkArray> arrays = FaceData(ranks, partition, faces, rows, exact);
+    WritePolygons(folder.Stage(files.Own()), PolygonsOf(*partition.mesh(), faces), arrays);
+    if (ranks.IsFirst() && !files.IsAlone()) WritePvtp(folder.Stage(files.Index()), arrays, files.Pieces());
+  });
+  files.DiscardOtherForm(folder);
+  return files.Index();
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/FaceGroup.h"
+#include "cli/FaceRun.h"
+#include "cli/OutputFolder.h"
+#include "cli/Ranks.h"
+#include "reference_host/HostPartition.h"
+
+namespace zyngrad {
+
+/// Collective. Stages the faces as polygons with value, exact value and error (their difference): faces.vtp
+/// on one rank, faces.pvtp and a piece per rank in faces/ on several.
+/// @return the name of the file to open
+std::string StageFaces(const Ranks& ranks, reference_host::HostPartition& partition,
+                       const FacesOfGroup& faces, const FaceRows& rows, const std::vector<double>& exact,
+                       OutputFolder& folder);
+
+}  // namespace zyngrad

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+
+#include "cli/FaceErrors.h"
+#include "cli/FaceRun.h"
+#include "cli/InterpolationOptions.h"
+#include "cli/StencilSizes.h"
+
+namespace zyngrad {
+
+/// What is known of one interpolation to faces, of all ranks.
+struct FaceResults {
+  FaceGroup group = FaceGroup::Inner;
+  InterpolationSettings settings;
+  StencilSizes stencils;
+  FaceTimes times;
+  FaceErrors errors;
+  FaceRowCheck rows;
+
+  /// On boundary faces method 4 derives the slope along the normal only: the value rows are 0, and so is what
+  /// they give.
+  bool GivesNoValues() const { return settings.method == 4 && IsBoundary(group); }
+};
+
+/// The table of errors, or the line that there are no values by design, times and warnings. Only the first
+/// rank's job.
+void PrintFaceResults(std::ostream& out, const FaceResults& results);
+
+/// The same numbers; what is not finite becomes null.
+nlohmann::ordered_json FaceResultsAsJson(const FaceResults& results);
+
+}  // namespace zyngrad

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/OutputFolder.h"
+#include "cli/Ranks.h"
+
+namespace zyngrad {
+
+/// The names of a grid that every rank writes its part of: NAME.EXT on one rank; on several the index
+/// NAME.pEXT and a piece per rank in the folder NAME. All relative to the output folder.
+class PieceFiles {
+ public:
+  PieceFiles(const Ranks& ranks, std::string name, std::string extension);
+
+  bool IsAlone() const { return ranks_.count() == 1; }
+  std::string Index() const;  ///< the file to open
+  std::string Own() const;    ///< what this rank writes
+  std::vector<std::string> Pieces() const;
+
+  /// Collective. Makes the folder of the pieces, if there are pieces.
+  void MakeFolder(OutputFolder& folder) const;
+
+  /// Files of an earlier run on another number of ranks would show old results beside the new ones.
+  void DiscardOtherForm(OutputFolder& folder) const;
+
+ private:
+  std::string Piece(int rank) const;
+
+  const Ranks& ranks_;
+  std::string name_, extension_;
+};
+
+}  // namespace zyngrad

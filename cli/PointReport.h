@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "cli/InterpolationOptions.h"
+#include "cli/PointErrors.h"
+#include "cli/PointRun.h"
+#include "cli/PointSet.h"
+#include "cli/StencilSizes.h"
+#include "cli/UsableCells.h"
+
+namespace zyngrad {
+
+/// What is known of one interpolation to points, on the first rank.
+struct PointResults {
+  PointSet points;
+  std::vector<PointOwner> owners;
+  PointRun run;
+  ExactAtPoints exact;
+  ErrorsAtPoints errors;
+  std::vector<std::int32_t> flags;  ///< [point] sum of PointFlags
+
+  InterpolationSettings settings;
+  double meanDistance = 0.0;      ///< between neighbour cells, L
+  std::int64_t nUsableCells = 0;  ///< interior cells that values may come from
+  std::int64_t nCells = 0;        ///< interior cells
+};
+
+/// "far", "few" or "notfinite".
+const char* NameOf(PointFlag flag);
+
+/// The tables of errors and times, and the flagged points. Only the first rank's job.
+void PrintPointResults(std::ostream& out, const PointResults& results);
+
+/// The same numbers; what is not finite becomes null.
+nlohmann::ordered_json PointResultsAsJson(const PointResults& results);
+
+}  // namespace zyngrad

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "cli/OutputFolder.h"
+#include "cli/Ranks.h"
+#include "reference_host/HostPartition.h"
+
+namespace zyngrad {
+
+/// The shortest text that reads back as the same number; 500 is "500".
+std::string ShortestText(double value);
+
+/// Writes the text of a settings file to `file`, which ends in ".rbf".
+/// @return the base file name that makes an operator read this file
+/// Throws UsageError when that fails or when the name is too long for the operators.
+std::string WriteSettingsText(const std::string& file, const std::string& text);
+
+/// Collective. A settings file for each rank, settings.rankN.rbf, and the base file name of its partition:
+/// the operators read the file at the same time, and rewrite what they do not know. Those of an earlier run
+/// that this run has no use for go.
+/// @param[in] text  empty: nothing reads settings in this run
+void StageRunSettings(const Ranks& ranks, reference_host::HostPartition& partition, OutputFolder& folder,
+                      const std::optional<std::string>& text);
+
+}  // namespace zyngrad

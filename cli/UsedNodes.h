@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "host/Zyn3dGV.h"
+
+namespace zyngrad {
+
+/// Numbers the nodes from 0 in the order in which they are first asked for, and collects their places.
+class UsedNodes {
+ public:
+  /// @param[out] points  appended to, x, y, z of each node that is asked for; borrowed, as the mesh is
+  UsedNodes(const CZYN3DFiniteVolumeMesh& mesh, std::vector<double>& points)
+      : mesh_(mesh), points_(points), number_(static_cast<std::size_t>(mesh.NNode) + 1, -1) {}
+
+  std::int64_t Number(int node) {
+    std::int64_t& number = number_[static_cast<std::size_t>(node)];
+    if (number < 0) {
+      number = static_cast<std::int64_t>(points_.size() / 3);
+      points_.insert(points_.end(), {mesh_.xn[node], mesh_.yn[node], mesh_.zn[node]});
+    }
+    return number;
+  }
+
+ private:
+  const CZYN3DFiniteVolumeMesh& mesh_;
+  std::vector<double>& points_;
+  std::vector<std::int64_t> number_;  ///< [1..NNode], -1: not used
+};
+
+}  // namespace zyngrad

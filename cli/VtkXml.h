@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace zyngrad {
+
+/// Values on the cells or points of a grid, nComponents each.
+struct VtkArray {
+  std::string name;
+  int nComponents = 1;
+  std::variant<std::vector<double>, std::vector<std::int32_t>, std::vector<std::int64_t>> values;
+};
+
+/// A file of the VTK XML formats in the making: the text, and the arrays that it points to, which follow it
+/// as raw bytes in the machine's byte order.
+class VtkXml {
+ public:
+  void Line(const std::string& text) { text_ += text + '\n'; }
+
+  /// Describes an array; it is borrowed until Write.
+  template <class T>
+  void Array(const std::string& name, int nComponents, const std::vector<T>& values);
+  void Array(const VtkArray& array);
+
+  /// Writes the file whole. Throws UsageError when that fails.
+  void Write(const std::string& file, const char* gridType) const;
+
+ private:
+  /// An array in the appended section: a 64-bit byte count, then the bytes.
+  struct Block {
+    const void* data;
+    std::uint64_t nBytes;
+  };
+
+  std::string text_;
+  std::vector<Block> blocks_;
+  std::uint64_t offset_ = 0;
+};
+
+/// Writes the index of pieces that have the same arrays. Throws UsageError when that fails.
+/// @param[in] gridType   of the pieces, "UnstructuredGrid" or "PolyData"
+/// @param[in] pointData  arrays of the points; empty: none
+/// @param[in] cellData   arrays of the cells; empty: none
+/// @param[in] pieces     relative to the index file's folder
+void WritePieceIndex(const std::string& file, const std::string& gridType,
+                     const std::vector<VtkArray>& pointData, const std::vector<VtkArray>& cellData,
+                     const std::vector<std::string>& pieces);
+
+}  // namespace zyngrad

@@ -1,0 +1,194 @@
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/Expression.h"
+#include "cli/FaceErrors.h"
+#include "cli/FaceFiles.h"
+#include "cli/FaceGroup.h"
+#include "cli/FaceReport.h"
+#include "cli/FaceRun.h"
+#include "cli/InterpolationOptions.h"
+#include "cli/JsonFile.h"
+#include "cli/MeshOptions.h"
+#include "cli/MeshReport.h"
+#include "cli/MeshScale.h"
+#include "cli/OneLine.h"
+#include "cli/OutputFolder.h"
+#include "cli/Progress.h"
+#include "cli/RunSettings.h"
+#include "cli/TestField.h"
+#include "cli/UsageError.h"
+#include "cli/commands.h"
+#include "reference_host/LoadMesh.h"
+
+namespace zyngrad {
+namespace {
+
+using nlohmann::ordered_json;
+
+constexpr int kMethods = 4;
+
+const char* const kMethodHelp =
+    "\n  1: all cells of the first box that holds enough of them"
+    "\n  2: the nearest cells of that box"
+    "\n  3: the face's two cells and all cells around its nodes"
+    "\n  4: cells around two points on the face's normal; no values on boundary faces";
+
+const char* const kFooter =
+    "EXPR is a formula in x, y, z, as for zyngrad gradient. The field holds its values at cell centres and, "
+    "at the\n"
+    "boundary, at face centres; the faces' values are compared with the formula at face centres. A partition "
+    "face\n"
+    "gets its value at the centre of the cell beyond it, so there it is compared with the formula at that "
+    "place.\n\n"
+    "--group is given once without \"=\", which chooses the faces, and as often as needed as NAME=KIND, "
+    "which gives a\n"
+    "boundary its kind.\n\n"
+    "The output folder gets results.json (the numbers of the tables), faces.vtp, or faces.pvtp and its "
+    "pieces, what\n"
+    "the operator prints, in log.rankN.txt, and what it is told, in settings.rankN.rbf.\n\n"
+    "Examples:\n"
+    "  zyngrad faces channel.msh --field \"sin(x)*y + z^2\" --group inner\n"
+    "  zyngrad faces box:20,20,20:tet --field \"x^2\" --group wall --search-method 3 -o walls\n"
+    "  mpirun -n 2 zyngrad faces case/constant/polyMesh --field x --group inner --group "
+    "frontAndBack=symmetry";
+
+class FacesCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  void Run(const Ranks& ranks) override;
+
+ private:
+  void ReadOptions();
+  void ChooseFaces(const std::string& name);
+  void CheckThatThereAreFaces(const Ranks& ranks, const FacesOfGroup& faces) const;
+  ordered_json Question() const;
+
+  MeshOptions meshOptions_;
+  std::string fieldText_, outputFolder_ = "zyngrad-output";
+  InterpolationOptions options_ = {"4", "1000"};
+  bool debugReport_ = false;
+
+  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  std::optional<FaceGroup> group_;
+  InterpolationSettings settings_;
+};
+
+CLI::App* FacesCommand::AddTo(CLI::App& program) {
+  CLI::App* command =
+      program.add_subcommand("faces", "Interpolation of a formula's field to faces, with errors");
+  AddMeshOptions(*command, meshOptions_);
+  command->get_option("--group")
+      ->description("The faces: " + FaceGroupNames() +
+                    ".\nWith \"=\": kind of a boundary whose name does not tell it")
+      ->type_name("GROUP or NAME=inlet|outlet|wall|symmetry")
+      ->required();
+  command->add_option("--field", fieldText_, "The field, as a formula")->type_name("EXPR")->required();
+  AddInterpolationOptions(*command, options_, kMethodHelp);
+  command->add_flag("--debug-report", debugReport_, "The operator prints its accuracy report into the log");
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
+      ->type_name("DIR");
+  command->footer(kFooter);
+  return command;
+}
+
+void FacesCommand::ChooseFaces(const std::string& name) {
+  const std::optional<FaceGroup> group = FaceGroupFromName(name);
+  if (!group) {
+    throw UsageError("--group " + Quoted(name) + ": expected " + FaceGroupNames() +
+                     ", or NAME=inlet, outlet, wall or symmetry");
+  }
+  if (group_ && group_ != group)
+    throw UsageError("--group chooses both " + NameOf(*group_) + " and " + NameOf(*group) +
+                     " faces: choose one");
+  group_ = group;
+}
+
+void FacesCommand::ReadOptions() {
+  MeshOptions kinds = meshOptions_;
+  kinds.groups.clear();
+  for (const std::string& text : meshOptions_.groups) {
+    if (text.find('=') == std::string::npos)
+      ChooseFaces(text);
+    else
+      kinds.groups.push_back(text);
+  }
+  if (!group_) throw UsageError("--group has to choose the faces: " + FaceGroupNames());
+  groups_ = GroupsByUser(kinds);
+  settings_ = ReadInterpolationOptions(options_, kMethods);
+  settings_.printsReport = debugReport_;
+}
+
+void FacesCommand::CheckThatThereAreFaces(const Ranks& ranks, const FacesOfGroup& faces) const {
+  if (ranks.Max(faces.count) > 0.0) return;
+  if (group_ == FaceGroup::Partition)
+    throw UsageError("there are no partition faces on one rank: mpirun -n 2 zyngrad faces ... has some");
+  throw UsageError("the mesh has no " + NameOf(*group_) + " faces");
+}
+
+ordered_json FacesCommand::Question() const {
+  ordered_json json = {{"field", fieldText_}, {"group", NameOf(*group_)}};
+  json.update(InterpolationSettingsAsJson(settings_));
+  json["debugReport"] = debugReport_;
+  return json;
+}
+
+void FacesCommand::Run(const Ranks& ranks) {
+  ReadOptions();
+  const Expression field(fieldText_);
+  Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
+  OutputFolder folder(ranks, outputFolder_);
+
+  reference_host::LoadedMesh mesh =
+      reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
+                               [&progress](const std::string& stage) { progress.Stage(stage); });
+  reference_host::HostPartition& partition = *mesh.partition;
+  const FacesOfGroup faces = FacesOf(partition, *group_);
+  CheckThatThereAreFaces(ranks, faces);
+  progress.Done();
+  if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
+
+  progress.Stage("evaluating the formula");
+  std::vector<double> values = MakeCellValues(ranks, partition, field, "the field");
+  const std::vector<double> exact = ExactFaceValues(ranks, faces, *group_, field);
+  settings_.distance = 2.0 * MeanCellDistance(ranks, partition);
+  StageRunSettings(ranks, partition, folder, FaceSettingsText(settings_));
+
+  progress.Stage("interpolating to faces");
+  const FaceRun run = RunFaces(ranks, mesh, *group_, values, folder.logFile());
+  FaceResults results;
+  results.group = *group_;
+  results.settings = settings_;
+  results.times = run.times;
+  results.stencils = SummariseStencils(ranks, {run.rows.members.begin() + 1, run.rows.members.end()});
+  results.errors = SummariseFaceErrors(ranks, partition, faces, run.rows.value, exact);
+  results.rows = CheckFaceRows(ranks, partition, faces, run.rows.rowSum);
+  progress.Done();
+  if (ranks.IsFirst()) PrintFaceResults(std::cout, results);
+
+  progress.Stage("writing");
+  const std::string surface = StageFaces(ranks, partition, faces, run.rows, exact, folder);
+  ranks.Together([&] {
+    if (!ranks.IsFirst()) return;
+    ordered_json json = StartResults("faces");
+    json["mesh"] = MeshReportAsJson(meshOptions_.mesh, mesh.summary);
+    json["question"] = Question();
+    json["results"] = FaceResultsAsJson(results);
+    WriteJson(folder.Stage("results.json"), json);
+  });
+  folder.Commit();
+  progress.Done();
+  if (!ranks.IsFirst()) return;
+  std::cout << "\nwritten to " << folder.path() << ": results.json, " << surface << '\n';
+  if (debugReport_) std::cout << "the operator's accuracy report is in log.rankN.txt there\n";
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeFacesCommand() { return std::make_unique<FacesCommand>(); }
+
+}  // namespace zyngrad
