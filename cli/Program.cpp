@@ -70,7 +70,8 @@ void ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) 
       "Every command runs alone or under mpirun: mpirun -n 2 zyngrad COMMAND ...");
 
   Commands commands;
-  for (auto make : {MakeGradientCommand, MakeInfoCommand, MakeExplainCommand}) {
+  for (auto make :
+       {MakeGradientCommand, MakeFacesCommand, MakePointsCommand, MakeInfoCommand, MakeExplainCommand}) {
     std::unique_ptr<Command> command = make();
     CLI::App* subcommand = command->AddTo(program);
     commands.emplace_back(subcommand, std::move(command));
