@@ -226,11 +226,11 @@ TEST(PointSettings, AnyOtherFirstLineIsDeletedAndReplacedByTheDefaults) {
   ExpectStartedAnew("");
 }
 
-TEST(PointSettings, FirstLineIsReadTo254Characters) {
-  Reader fits(std::string(250, ' ') + "1002\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
+TEST(PointSettings, FirstLineIsReadTo255Characters) {
+  Reader fits(std::string(251, ' ') + "1002\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
   EXPECT_EQ("", fits.Read());
   fits.ExpectValues(25.0, 1, 2.0, 3);
-  ExpectStartedAnew(std::string(251, ' ') + "1002\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
+  ExpectStartedAnew(std::string(252, ' ') + "1002\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
 }
 
 // --------------------------------------------------------------------------- what cannot be read or written
