@@ -16,7 +16,6 @@ class CZYNGVOpenMP;
 class CZYNKNCMPCompParm;
 class CZYNOptKer;
 class CZyn3dGV;
-struct BoundingBox;
 
 /// Value and gradient of cell fields at free points in space, such as points on a body immersed in the mesh.
 ///
@@ -288,7 +287,6 @@ class ZYN_EXPORT CZynIBRBFInternalObject {
   void MarkBoundaryNodes();
 
   // Stencils
-  BoundingBox BoundsOfEntries() const;
   int ChooseSeeds(int i, Candidates const& candidates);
   int CollectStencil(int i, int nSeed, int const* seeds, StencilWork& work);
   void StoreNodes(int i, std::vector<int> const& nodes);

@@ -9,9 +9,9 @@
 #include "foundation/GrowingBoxSearch.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "rbf_ib/DistanceSort.h"
 #include "rbf_ib/IBRows.h"
 #include "rbf_ib/SearchMethod.h"
+#include "rbf_ib/ShortenedSort.h"
 
 namespace {
 
@@ -20,21 +20,37 @@ constexpr double kSeedTolerance = 1e-6;  // L
 
 }  // namespace
 
-/// What the cube around a point holds; the arrays grow to the fullest cube and are used again.
+/// The search for the cells around points; the arrays grow to the fullest cube and are used again.
 struct CZynIBRBFInternalObject::Candidates {
-  std::vector<int> ids;           // identities in the tree
-  std::vector<double> distances;  // from the point to their cells' positions, L
-  DistanceSort sort;
+  std::vector<DQVector> positions;  // by identity
+  BoundingBox bounds;               // no cube needs to be larger than what covers them
+  std::vector<int> ids;             // of what the last cube holds
+  std::vector<double> distances;    // from the point to their cells' positions, L
+  ShortenedSort sort;
 
-  /// The answer's array is the tree's and changes with the next search, so it is copied.
-  void Take(GrowingBoxSearch::Answer const& found, CZynIBRBFInternalObject const& object, DQVector const& p) {
-    ids.assign(found.ids, found.ids + found.count);
-    distances.clear();
-    for (int const id : ids)
-      distances.push_back(Length(OffsetBetween(object.m_pIBCnode[object.m_piBlockToCell[id]], p)));
+  explicit Candidates(CZynIBRBFInternalObject const& object) {
+    int const nCell = object.m_pMesh->NCell;
+    positions.push_back({0.0, 0.0, 0.0});
+    for (int c = 1; c <= nCell; ++c) {
+      std::size_t const id = static_cast<std::size_t>(object.m_piCellToBlock[c]);
+      if (id == 0) continue;
+      if (positions.size() <= id) positions.resize(id + 1);
+      IBCnode const& p = object.m_pIBCnode[c];
+      positions[id] = {p.x, p.y, p.z};
+      bounds.Widen(p.x, p.y, p.z);
+    }
   }
 
   int Count() const { return static_cast<int>(ids.size()); }
+
+  /// The answer's array is the tree's and changes with the next search, so it is copied.
+  void Take(GrowingBoxSearch::Answer const& found, DQVector const& p) {
+    std::size_t const n = static_cast<std::size_t>(found.count);
+    ids.assign(found.ids, found.ids + n);
+    distances.resize(n);
+    for (std::size_t k = 0; k < n; ++k)
+      distances[k] = Length(OffsetBetween(positions[static_cast<std::size_t>(ids[k])], p));
+  }
 
   void Sort(int nWanted) { sort.Sort(ids.data(), distances.data(), Count(), nWanted); }
 };
@@ -51,23 +67,14 @@ int CZynIBRBFInternalObject::SearchIBADTress(double* x, double* y, double* z, in
   return 0;
 }
 
-// Bounds of all that is in the tree: no cube needs to be larger than what covers them.
-BoundingBox CZynIBRBFInternalObject::BoundsOfEntries() const {
-  BoundingBox bounds;
-  int const nCell = m_pMesh->NCell;
-  for (int c = 1; c <= nCell; ++c)
-    if (m_piCellToBlock[c] != 0) bounds.Widen(m_pIBCnode[c].x, m_pIBCnode[c].y, m_pIBCnode[c].z);
-  return bounds;
-}
-
 void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, double* z, int iMethod,
                                                      int iNumber) {
-  GrowingBoxSearch const search(*m_pADTree, BoundsOfEntries(), MeanDistance);
-  Candidates candidates;
+  Candidates candidates(*this);
+  GrowingBoxSearch const search(*m_pADTree, candidates.bounds, MeanDistance);
   for (int i = 1; i <= m_iNIBNode; ++i) {
     DQVector const p = {x[i], y[i], z[i]};
     GrowingBoxSearch::Answer const found = search.AtLeast(iNumber, p.x, p.y, p.z);
-    candidates.Take(found, *this, p);
+    candidates.Take(found, p);
     int n = candidates.Count();
     double support = found.halfWidth;
     if (iMethod == kNearest) {
@@ -83,13 +90,13 @@ void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, doubl
 }
 
 void CZynIBRBFInternalObject::Search_by_Topology_control(double* x, double* y, double* z) {
-  GrowingBoxSearch const search(*m_pADTree, BoundsOfEntries(), MeanDistance);
-  Candidates candidates;
+  Candidates candidates(*this);
+  GrowingBoxSearch const search(*m_pADTree, candidates.bounds, MeanDistance);
   StencilWork work;
   ClearLocalNumbers();
   for (int i = 1; i <= m_iNIBNode; ++i) {
     DQVector const p = {x[i], y[i], z[i]};
-    candidates.Take(search.AtLeast(kMaxSeeds, p.x, p.y, p.z), *this, p);
+    candidates.Take(search.AtLeast(kMaxSeeds, p.x, p.y, p.z), p);
     candidates.Sort(kMaxSeeds);
     int const nSeed = ChooseSeeds(i, candidates);
     int seeds[kMaxSeeds];
@@ -157,14 +164,13 @@ int CZynIBRBFInternalObject::CollectStencil(int i, int nSeed, int const* seeds, 
     int const* const seedNodes = m_pMesh->CellLnods[seeds[s]];
     // Meshes need not have rows for ghost and halo cells.
     int const nNode = seedNodes == nullptr ? 0 : m_pMesh->CellLnodsNumber[seeds[s]];
-    for (int k = 1; k <= nNode; ++k) {
-      int const node = seedNodes[k];
-      if (m_NodeLocalID[node] != 0) continue;
-      number(m_NodeLocalID, nodes, node);
-      int const* const around = ppRBFiNodeConn[node];
-      for (int j = 1; j <= around[0]; ++j)
-        if (m_CellLocalID[around[j]] == 0) number(m_CellLocalID, cells, around[j]);
-    }
+    for (int k = 1; k <= nNode; ++k)
+      if (m_NodeLocalID[seedNodes[k]] == 0) number(m_NodeLocalID, nodes, seedNodes[k]);
+  }
+  for (int const node : nodes) {
+    int const* const around = ppRBFiNodeConn[node];
+    for (int k = 1; k <= around[0]; ++k)
+      if (m_CellLocalID[around[k]] == 0) number(m_CellLocalID, cells, around[k]);
   }
   StoreNodes(i, nodes);
   int const n = static_cast<int>(cells.size());
@@ -192,5 +198,5 @@ void CZynIBRBFInternalObject::StoreNodes(int i, std::vector<int> const& nodes) {
 }
 
 void CZynIBRBFInternalObject::Dis_Sorting(int* pID, double* pDistance, int n) {
-  DistanceSort().Sort(pID, pDistance, n, n);
+  ShortenedSort().Sort(pID, pDistance, n, n);
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <vector>
+#include "rbf_face/DistanceSort.h"
 
-/// Identities with their distances, sorted as Dis_Sorting of the point operator does it, without its quadratic
-/// cost.
+/// Sorts identities by distance as Dis_Sorting of the point operator does, without its quadratic cost.
 ///
 /// Dis_Sorting makes n-2 passes of a bubble sort over n entries, each one pair shorter than the one before; a
 /// complete sort makes n-1. After p passes the p largest entries stand at the end in order, so n-2 passes leave
@@ -17,19 +16,12 @@
 /// So the result is that of a stable sort, with the first two exchanged if the smallest distance of all stood
 /// only at the last place. Nothing is sorted for n up to 2. Distances that are not numbers have no order, and
 /// with one of them the passes are made as they stand.
-class DistanceSort {
+class ShortenedSort {
  public:
-  /// Brings the entries of 0..n-1 that belong to places 0..nWanted-1 there; what follows behind is in no promised
-  /// order.
+  /// Brings the entries that belong to the places 0..nWanted-1 there; what follows behind is in no promised order.
   /// @param[in,out] ids,distances  [0..n-1]
   void Sort(int* ids, double* distances, int n, int nWanted);
 
  private:
-  struct Entry {
-    double distance;
-    int place;  // before sorting
-    int id;
-  };
-
-  std::vector<Entry> entries_;  // used again
+  DistanceSort complete_;
 };
