@@ -374,7 +374,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   void MeasureMesh();
   void CollateFaces(int type);
   void SetTarget(int f, double x, double y, double z);
-  DQVector Target(int i);
+  DQVector Target(int i) const;
   DQVector PointOf(int c) const;
   DQVector VertexPoint(int v) const;
   GrowingBoxSearch CellSearch();
@@ -395,7 +395,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   void CollectNeighbours(int c, std::vector<int>& side, int* marks);
   void CollectAroundVertices(int c, std::vector<int>& side, int* marks);
   void CollectCube(IBCnode const& around, double halfWidth, std::vector<int>& side, int* marks);
-  void DropTwins(std::vector<int>& list, int* marks);
+  bool DropTwins(std::vector<int>& list, int* marks);
   void StoreSides(int i);
   void ClearAllMarks();
   double NearestPlane(int c, int skippedType, int skippedFace, DQVector const& from, DQVector const& along);

@@ -9,6 +9,7 @@
 #include "foundation/FaceGroups.h"
 #include "foundation/GrowingBoxSearch.h"
 #include "foundation/KernelSystem.h"
+#include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_face/DistanceSort.h"
 #include "rbf_face/GrowingRowTable.h"
@@ -105,3 +106,16 @@ struct CZynFaceRBFInternalObject::Work {
   Work& operator=(Work const&) = delete;
   ~Work() { GrowingRowTable<double>::Destroy(vertexWeights); }
 };
+
+inline DQVector CZynFaceRBFInternalObject::Target(int i) const {
+  return {m_FaceX.m_pData[i], m_FaceY.m_pData[i], m_FaceZ.m_pData[i]};
+}
+
+inline DQVector CZynFaceRBFInternalObject::PointOf(int c) const {
+  IBCnode const& node = m_pNodeTable[c];
+  return {node.x, node.y, node.z};
+}
+
+inline DQVector CZynFaceRBFInternalObject::VertexPoint(int v) const {
+  return {pMesh->xn[v], pMesh->yn[v], pMesh->zn[v]};
+}

@@ -1,9 +1,8 @@
 // Where cell numbers and faces stand, the search trees, and the search for the nearest cell.
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
+#include <limits>
 
 #include "foundation/DQVector.h"
 #include "host/ZYNOptKer.h"
@@ -90,17 +89,6 @@ void CZynFaceRBFInternalObject::SetTarget(int f, double x, double y, double z) {
   m_FaceZ.SetValue(f, z);
 }
 
-DQVector CZynFaceRBFInternalObject::Target(int i) { return {m_FaceX[i], m_FaceY[i], m_FaceZ[i]}; }
-
-DQVector CZynFaceRBFInternalObject::PointOf(int c) const {
-  IBCnode const& node = m_pNodeTable[c];
-  return {node.x, node.y, node.z};
-}
-
-DQVector CZynFaceRBFInternalObject::VertexPoint(int v) const {
-  return {pMesh->xn[v], pMesh->yn[v], pMesh->zn[v]};
-}
-
 int CZynFaceRBFInternalObject::SetFaceADTress() {
   constexpr double d = kBoxHalfWidth;
   int const nCell = pMesh->NCell;
@@ -175,22 +163,28 @@ int CZynFaceRBFInternalObject::Search_ClosestCellID_byNode(double x, double y, d
   GrowingBoxSearch::Answer const found = CellSearch().AtLeast(1, x, y, z);
   if (found.count < 1) return 0;
 
-  // What sorting would bring to the front: the first of the least distances.
+  // What sorting would bring to the front: the first of the least distances. Distances are compared by their
+  // squares where these tell; two squares may have the same root.
   DQVector const from = {x, y, z};
-  auto const distanceTo = [&](int id) { return Length(OffsetBetween(from, m_pNodeTable[m_pTreeCell[id]])); };
-  int closest = found.ids[0];
-  double least = distanceTo(closest);
-  bool isOrdered = !std::isnan(least);
-  for (int k = 1; k < found.count; ++k) {
-    double const distance = distanceTo(found.ids[k]);
-    isOrdered = isOrdered && !std::isnan(distance);
-    if (distance < least) {
-      least = distance;
-      closest = found.ids[k];
+  int closest = 0;
+  double least2 = std::numeric_limits<double>::infinity(), least = least2;
+  bool isOrdered = true;
+  for (int k = 0; k < found.count; ++k) {
+    double const r2 = SquaredLength(OffsetBetween(from, m_pNodeTable[m_pTreeCell[found.ids[k]]]));
+    if (r2 < least2) {
+      double const r = std::sqrt(r2);
+      if (r < least) {
+        least = r;
+        least2 = r2;
+        closest = k;
+      }
+    } else if (!(r2 >= least2)) {
+      isOrdered = false;
     }
   }
-  if (isOrdered) return closest;
+  if (isOrdered) return found.ids[closest];
 
+  // Some distance is not a number, and only sorting tells where it ends up.
   MeasureFound(found.ids, found.count, from);
   Work& work = work_.Get();
   Dis_Sorting(work.ids.data(), work.distances.data(), found.count);

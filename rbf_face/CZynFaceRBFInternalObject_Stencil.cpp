@@ -1,13 +1,28 @@
 // Stencils of methods 1 to 3: cells found around the target point, or cells around the face's vertices.
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
+#include <iterator>
 
 #include "foundation/Progress.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 
 namespace {
+
+// One line per face: formatted by hand, since printf's way would take as long as finding the stencil.
+void PrintTopologyProgress(int face, int nFace) {
+  constexpr char kBegin[] = "Search topology relationship on (", kMiddle[] = " face/",
+                 kEnd[] = " Total face)\r";
+  char line[128];
+  char* at = std::copy_n(kBegin, sizeof(kBegin) - 1, line);
+  at = std::to_chars(at, std::end(line), face).ptr;
+  at = std::copy_n(kMiddle, sizeof(kMiddle) - 1, at);
+  at = std::to_chars(at, std::end(line), nFace).ptr;
+  std::copy_n(kEnd, sizeof(kEnd), at);
+  PrintFlushed(line);
+}
 
 bool SamePoint(IBCnode const& a, IBCnode const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
@@ -67,7 +82,7 @@ void CZynFaceRBFInternalObject::Search_by_Topology_control() {
   std::vector<int>& vertices = work_.Get().vertices;
   int const nFace = std::min(NFace, faces.count);
   for (int i = 1; i <= nFace; ++i) {
-    PrintFormatted("Search topology relationship on (%d face/%d Total face)\r", i, NFace);
+    PrintTopologyProgress(i, NFace);
     int const* const row = faces.nodes[i];
     vertices.assign(row, row + row[0] + 1);
     int pair[2] = {faces.first[i], faces.second[i]};

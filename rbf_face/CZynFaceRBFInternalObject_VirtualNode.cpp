@@ -54,10 +54,12 @@ int CZynFaceRBFInternalObject::CountingVirtualNodeToCellconnectionNumber_By33(in
   CollectNeighbours(m_ppVirtualNode[i][kP].tag, work.sideP, m_pMarkP);
   CollectNeighbours(m_ppVirtualNode[i][kE].tag, work.sideE, m_pMarkE);
 
-  // From here on the marks are positions among the cells that stay; a dropped twin has none.
-  DropTwins(work.merged, m_pMarkAll);
-  DropTwins(work.sideP, m_pMarkP);
-  DropTwins(work.sideE, m_pMarkE);
+  // From here on the marks are positions among the cells that stay; a dropped twin has none. The sides are part
+  // of the merged list: where that has no twins, they have none.
+  if (DropTwins(work.merged, m_pMarkAll)) {
+    DropTwins(work.sideP, m_pMarkP);
+    DropTwins(work.sideE, m_pMarkE);
+  }
 
   StoreSides(i);
   int const n = StoreStencil(i);
@@ -90,9 +92,12 @@ void CZynFaceRBFInternalObject::CollectNeighbours(int c, std::vector<int>& side,
   for (int k = 1; k <= row[0]; ++k) AppendToSide(row[k], side, marks);
 }
 
-void CZynFaceRBFInternalObject::DropTwins(std::vector<int>& list, int* marks) {
+// @return whether there were any
+bool CZynFaceRBFInternalObject::DropTwins(std::vector<int>& list, int* marks) {
   int const n = static_cast<int>(list.size()) - 1;
-  list.resize(static_cast<std::size_t>(Delete_Duplicate_Coordinate(n, list, marks)) + 1);
+  int const nKept = Delete_Duplicate_Coordinate(n, list, marks);
+  list.resize(static_cast<std::size_t>(nKept) + 1);
+  return nKept < n;
 }
 
 // Rows 1 and 2 of the face: the stencils of P and E as positions in the merged list.

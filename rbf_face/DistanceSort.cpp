@@ -43,6 +43,31 @@ void Insert(int* ids, double* distances, int id, double distance, int nSorted, i
   ids[k] = id;
 }
 
+// Brings those that may be among the nKept nearest to the front, in their order: where most of a list is dropped,
+// one look at each saves sorting it in. A few samples tell how far the nKept nearest may reach.
+// @return how many they are
+int DropFarOnes(int* ids, double* distances, int n, int nKept) {
+  constexpr int kSamples = 16;
+  if (n < 2 * kSamples || n / 2 < nKept) return n;
+  int const stride = n / kSamples;
+  double samples[kSamples];
+  for (int s = 0; s < kSamples; ++s) samples[s] = distances[s * stride];
+  std::sort(samples, samples + kSamples);
+  for (int s = nKept / stride + 1; s < kSamples; s += 2) {
+    double const bound = samples[s];
+    auto const isNear = [bound](double distance) { return distance <= bound; };
+    auto const nNear = static_cast<int>(std::count_if(distances, distances + n, isNear));
+    if (nNear < nKept) continue;
+    for (int k = 0, at = 0; at < nNear; ++k) {
+      distances[at] = distances[k];
+      ids[at] = ids[k];
+      at += isNear(distances[at]) ? 1 : 0;
+    }
+    return nNear;
+  }
+  return n;
+}
+
 }  // namespace
 
 void DistanceSort::Sort(int* ids, double* distances, int n) { SortNearest(ids, distances, n, n); }
@@ -51,7 +76,10 @@ void DistanceSort::SortNearest(int* ids, double* distances, int n, int nKept) {
   if (n < 2 || nKept < 1) return;
   if (AnyIsNaN(distances, n)) {
     BubbleSort(ids, distances, n);
-  } else if (nKept <= kShort) {
+    return;
+  }
+  n = DropFarOnes(ids, distances, n, nKept);
+  if (nKept <= kShort) {
     for (int k = 1; k < n; ++k) Insert(ids, distances, ids[k], distances[k], std::min(k, nKept), nKept);
   } else {
     SortByPosition(ids, distances, n);
