@@ -1,0 +1,152 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "rbf_ib/CZynIBRBFInternalObject.h"
+#include "reference_host/BoxMesh.h"
+#include "reference_host/HostPartition.h"
+#include "reference_host/InProcessExchange.h"
+#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/unit/reference_host/TestMeshes.h"
+
+namespace point_meshes {
+
+using rbf_ib_test::Array;
+using rbf_ib_test::kUnusable;
+using rbf_ib_test::kUsable;
+using rbf_ib_test::PlainSettings;
+using rbf_ib_test::Point;
+using rbf_ib_test::PointArrays;
+using reference_host::FaceMesh;
+using reference_host::HostPartition;
+
+/// One mesh of the unit cube for each type of cell, nodes moved so that distances are all different, and one
+/// without that, where many are equal.
+inline std::vector<test_meshes::NamedMesh> Meshes() {
+  using reference_host::BoxSpec;
+  const auto box = [](int n, BoxSpec::Shape shape, double perturb) {
+    BoxSpec spec;
+    spec.nx = spec.ny = spec.nz = n;
+    spec.shape = shape;
+    spec.perturb = perturb;
+    spec.seed = 3;
+    return reference_host::MakeBox(spec);
+  };
+  using test_meshes::Perturbed;
+  return {{"hexahedra", box(5, BoxSpec::Shape::Hex, 0.2)},
+          {"regular hexahedra", test_meshes::HexBox(4, 4, 4)},
+          {"tetrahedra", box(3, BoxSpec::Shape::Tet, 0.2)},
+          {"prisms", box(4, BoxSpec::Shape::Prism, 0.2)},
+          {"all types", Perturbed(test_meshes::MixedBox(4), 0.03)},
+          {"polyhedra", Perturbed(test_meshes::PolyBox(2), 0.03)}};
+}
+
+/// A mesh cut into parts with the halo complete, and a folder with a settings file of its own for each part.
+class CutMesh {
+ public:
+  CutMesh(const FaceMesh& mesh, int nParts) : group_(nParts) {
+    // Wherever the boundary groups are missing, the box's patches name them.
+    FaceMesh named = mesh;
+    for (reference_host::Patch& patch : named.patches) {
+      using reference_host::BoundaryGroup;
+      if (patch.group) continue;
+      patch.group = patch.name == "inlet"       ? BoundaryGroup::Inlet
+                    : patch.name == "outlet"    ? BoundaryGroup::Outlet
+                    : patch.name == "wall_ymin" ? BoundaryGroup::Symmetry
+                                                : BoundaryGroup::Wall;
+    }
+    const std::vector<int> partOfCell = test_meshes::RunParts(named.nCells, nParts);
+    for (const auto& part : reference_host::SplitMesh(named, partOfCell, nParts))
+      partitions_.push_back(std::make_unique<HostPartition>(part));
+    reference_host::RunInProcess(group_, [this](int p) {
+      HostPartition& own = *partitions_[static_cast<std::size_t>(p)];
+      reference_host::InProcessCommunication exchange(group_, own);
+      own.CompleteHalo(exchange);
+    });
+    for (auto& own : partitions_) own->SetBaseFileName(folder_.BaseFileName());
+  }
+
+  const std::vector<std::unique_ptr<HostPartition>>& Parts() const { return partitions_; }
+
+  /// The parts run one after the other here and share the file.
+  void WriteSettings(const PlainSettings& settings) const { folder_.Write(rbf_ib_test::Settings(settings)); }
+
+ private:
+  rbf_ib_test::SettingsFolder folder_;
+  std::vector<std::unique_ptr<HostPartition>> partitions_;
+  reference_host::InProcessGroup group_;
+};
+
+/// Which cells are usable.
+enum class Usable {
+  All,           ///< ghost and halo cells too
+  InnerAndHalo,  ///< no ghost cells
+  OutsideBody,   ///< inner and halo cells outside a sphere in the middle of the cube
+  Few            ///< every ninth cell of any kind
+};
+constexpr Usable kUsableKinds[] = {Usable::All, Usable::InnerAndHalo, Usable::OutsideBody, Usable::Few};
+
+inline std::string Name(Usable usable) {
+  const char* const names[] = {"all", "inner and halo", "outside a body", "few"};
+  return names[static_cast<int>(usable)];
+}
+
+constexpr double kBodyRadius = 0.3;
+
+inline Array MarksOf(HostPartition& own, Usable usable) {
+  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
+  const int firstHalo = mesh.NCell - own.nHaloCells() + 1;
+  Array marks(mesh.NCell, kUnusable);
+  for (int c = 1; c <= mesh.NCell; ++c) {
+    const bool ghost = c > mesh.NInnerCells && c < firstHalo;
+    const double dx = mesh.xc[c] - 0.5, dy = mesh.yc[c] - 0.5, dz = mesh.zc[c] - 0.5;
+    const bool inBody = dx * dx + dy * dy + dz * dz < kBodyRadius * kBodyRadius;
+    const bool chosen =
+        usable == Usable::All ||
+        (usable == Usable::Few ? c % 9 == 0 : !ghost && (usable != Usable::OutsideBody || !inBody));
+    if (chosen) marks[c] = kUsable;
+  }
+  return marks;
+}
+
+/// Points all over the cube, on the body, at cells, twice at one place, and far away.
+inline std::vector<Point> PointsFor(HostPartition& own, std::uint64_t seed, int nRandom = 20) {
+  std::mt19937_64 random(seed);
+  std::uniform_real_distribution<double> in(-0.1, 1.1), direction(-1.0, 1.0);
+  std::vector<Point> points;
+  for (int i = 0; i < nRandom; ++i) points.push_back({in(random), in(random), in(random)});
+  for (int i = 0; i < 5; ++i) {
+    const double x = direction(random), y = direction(random), z = direction(random);
+    const double s = kBodyRadius / std::sqrt(x * x + y * y + z * z);
+    points.push_back({0.5 + s * x, 0.5 + s * y, 0.5 + s * z});
+  }
+  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
+  for (const int c : {1, mesh.NInnerCells, mesh.NCell})
+    points.push_back({mesh.xc[c], mesh.yc[c], mesh.zc[c]});
+  points.push_back(points[2]);
+  points.push_back({0.5, 0.5, 0.5});
+  points.push_back({7.0, -3.0, 0.5});
+  points.push_back({0.5, 0.5, -40.0});
+  return points;
+}
+
+/// An object on one partition.
+inline void Connect(CZynIBRBFInternalObject& object, HostPartition& own) {
+  EXPECT_EQ(1, object.getZyn3dGV(own.globals(), nullptr, nullptr, own.mesh()));
+  EXPECT_EQ(1, object.getPartitionFace(own.partitionFaces()));
+}
+
+inline std::string RunSetUp(CZynIBRBFInternalObject& object, Array& marks, const std::vector<Point>& points) {
+  PointArrays arrays(points);
+  return rbf_ib_test::Printed([&] {
+    EXPECT_EQ(0, object.Initialize_IBInterpolateData(marks.Data(), arrays.Size(), arrays.x.Data(),
+                                                     arrays.y.Data(), arrays.z.Data()));
+  });
+}
+
+}  // namespace point_meshes
