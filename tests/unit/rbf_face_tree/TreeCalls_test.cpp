@@ -1,0 +1,303 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <vector>
+
+#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/unit/rbf_face_tree/ArrangedTree.h"
+
+// Which calls the face operator makes of its two search trees, in which order and with which numbers.
+
+namespace rbf_face_test {
+namespace {
+
+using Corners = std::array<double, 6>;
+
+/// Number of the tree of cells and of the tree of boundary faces.
+constexpr int kCells = 1, kBoundary = 2;
+
+TreeCalls CallsOfSetUp(const MeshPlan& plan, int faceType, const PlainSettings& settings) {
+  StartAnew();
+  FaceBed bed(plan);
+  bed.SetUp(faceType, settings);
+  return Calls();
+}
+
+Corners Around(Point p, double d) { return {p.x - d, p.y - d, p.z - d, p.x + d, p.y + d, p.z + d}; }
+
+// --------------------------------------------------------------------------------------------------- both trees
+
+TEST(FaceTrees, AreTwoAndAreDestroyedBySetUp) {
+  for (const int method : {1, 2, 3, 4, 7}) {
+    const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {method, 50.0, 8});
+    EXPECT_EQ(2, calls.constructed) << method;
+    EXPECT_EQ(2, calls.destroyed) << method;
+  }
+}
+
+TEST(FaceTrees, AreNoneForAGroupWithoutFaces) {
+  const std::vector<double> lines = {0.0, 1.0, 2.0};
+  const TreeCalls calls =
+      CallsOfSetUp(BoxPlan(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall}), kInlet, {});
+  EXPECT_EQ(0, calls.constructed);
+}
+
+// ------------------------------------------------------------------------------------------------ tree of cells
+
+TEST(CellTree, GetsTheBoundsOfTheMeshOnceMaximaFirstBeforeItsFirstBox) {
+  for (const int method : {1, 4, 7}) {
+    const TreeCalls calls = CallsOfSetUp(TwoCubes(), kInner, {method, 50.0, 8});
+    const std::vector<TreeCalls::Range> ranges = calls.RangesOf(kCells);
+    ASSERT_EQ(1U, ranges.size());
+    const std::array<double, 9> expected = {1.0, 0.5, 0.5, -1.0, -0.5, -0.5, 1.0, 10000.0, 200000.0};
+    EXPECT_EQ(expected, ranges[0].arguments);
+    EXPECT_EQ(0, ranges[0].boxesBefore);
+  }
+}
+
+TEST(CellTree, GetsEveryCellInAscendingOrderAsABoxMaximaFirst) {
+  const MeshPlan plan = SkewedCubesOfAllGroups();
+  StartAnew();
+  FaceBed bed(plan);
+  Stages stages(bed.object, kInner, {});
+  stages.FillTree();
+  const std::vector<TreeCalls::Box> boxes = Calls().BoxesOf(kCells);
+  ASSERT_EQ(plan.NCell(), static_cast<int>(boxes.size()));
+  for (int c = 1; c <= plan.NCell(); ++c) {
+    const TreeCalls::Box& box = boxes[static_cast<std::size_t>(c - 1)];
+    const IBCnode& p = bed.object.m_pNodeTable[c];
+    const Corners expected = {p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6};
+    EXPECT_EQ(c, box.id);
+    EXPECT_EQ(expected, box.corners) << c;
+  }
+}
+
+// An absolute margin: on a mesh as small as that, neighbours' boxes overlap.
+TEST(CellTree, HasTheSameMarginOnAMeshOfAnySize) {
+  for (const double size : {1e-7, 1e7}) {
+    const MeshPlan plan = TwoCubes().Mapped([size](Point p) {
+      return Point{size * p.x, size * p.y, size * p.z};
+    });
+    const TreeCalls calls = CallsOfSetUp(plan, kInner, {});
+    EXPECT_EQ(size * -0.5 + 1e-6, calls.BoxesOf(kCells)[0].corners[0]);
+    EXPECT_EQ(size * -0.5 - 1e-6, calls.BoxesOf(kCells)[0].corners[3]);
+  }
+}
+
+// ------------------------------------------------------------------------------------- tree of boundary faces
+
+TEST(BoundaryTree, IsBuiltForMethod4Alone) {
+  for (const int method : {1, 2, 3, 7}) {
+    const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {method, 50.0, 8});
+    EXPECT_TRUE(calls.RangesOf(kBoundary).empty()) << method;
+    EXPECT_TRUE(calls.BoxesOf(kBoundary).empty()) << method;
+  }
+}
+
+TEST(BoundaryTree, GetsTheSameBoundsAsTheTreeOfCells) {
+  const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {});
+  ASSERT_EQ(1U, calls.RangesOf(kBoundary).size());
+  EXPECT_EQ(calls.RangesOf(kCells)[0].arguments, calls.RangesOf(kBoundary)[0].arguments);
+  EXPECT_EQ(0, calls.RangesOf(kBoundary)[0].boxesBefore);
+}
+
+/// The box of a face's vertices, maxima first.
+Corners BoxOf(const MeshPlan& plan, const Face& face) {
+  Corners box = {-1e10, -1e10, -1e10, 1e10, 1e10, 1e10};
+  for (const int v : face.nodes) {
+    const Point p = plan.nodes[static_cast<std::size_t>(v)];
+    const double coordinates[] = {p.x, p.y, p.z};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      box[axis] = std::max(box[axis], coordinates[axis]);
+      box[axis + 3] = std::min(box[axis + 3], coordinates[axis]);
+    }
+  }
+  return box;
+}
+
+TEST(BoundaryTree, GetsWallsInletsOutletsAndSymmetryWithoutMarginsNumberedThroughout) {
+  const MeshPlan plan = SkewedCubesOfAllGroups();
+  const std::vector<TreeCalls::Box> boxes = CallsOfSetUp(plan, kInner, {}).BoxesOf(kBoundary);
+  std::vector<Corners> expected;
+  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry})
+    for (const Face& face : plan.Of(group)) expected.push_back(BoxOf(plan, face));
+  ASSERT_EQ(expected.size(), boxes.size());
+  for (std::size_t k = 0; k < boxes.size(); ++k) {
+    EXPECT_EQ(static_cast<int>(k) + 1, boxes[k].id);
+    EXPECT_EQ(expected[k], boxes[k].corners) << k;
+  }
+}
+
+TEST(BoundaryTree, IsCompleteBeforeTheFirstSearchAndIsNotSearched) {
+  StartAnew();
+  FaceBed bed(SkewedCubesOfAllGroups());
+  Stages stages(bed.object, kInner, {});
+  std::vector<std::size_t> boxesAtSearches;
+  stages.FillTree();
+  Arrange([&](std::vector<int>&) { boxesAtSearches.push_back(Calls().BoxesOf(kBoundary).size()); });
+  stages.Derive();
+  ASSERT_FALSE(boxesAtSearches.empty());
+  EXPECT_EQ(45U, boxesAtSearches.front());
+  for (const TreeCalls::Query& query : Calls().queries) EXPECT_EQ(kCells, query.tree);
+}
+
+TEST(BoundaryTree, CanBeBuiltForAnyMethod) {
+  StartAnew();
+  FaceBed bed(TwoCubes());
+  Stages stages(bed.object, kInner, {2, 50.0, 8});
+  stages.FillTree();
+  EXPECT_EQ(0, bed.object.SetBoundaryCellADTress());
+  EXPECT_EQ(8U, Calls().BoxesOf(kBoundary).size()) << "4 walls, 1 inlet, 1 outlet, 2 symmetry";
+}
+
+// ---------------------------------------------------------------------------------------------------- searches
+
+// Half-widths are products: six times 0.1 is not what adding 0.1 six times gives.
+TEST(FaceSearch, AsksMinimaFirstWithCubesOfOneTwoThreeMeanDistances) {
+  StartAnew();
+  FaceBed bed(TwoCubes());
+  Stages stages(bed.object, kInner, {1, 50.0, 2000});  // never enough
+  stages.FillTree();
+  bed.object.MeanDistance = 0.1;
+  stages.FindStencils();
+  ASSERT_EQ(10U, Calls().queries.size()) << "the farthest points are 1 unit away";
+  double sum = 0.0;
+  bool differs = false;
+  for (int k = 1; k <= 10; ++k) {
+    const TreeCalls::Query& query = Calls().queries[static_cast<std::size_t>(k - 1)];
+    EXPECT_EQ(Around({0.0, 0.0, 0.0}, k * 0.1), query.corners) << k;
+    EXPECT_EQ(0, query.last);
+    sum += 0.1;
+    differs = differs || sum != k * 0.1;
+  }
+  EXPECT_TRUE(differs);
+}
+
+TEST(FaceSearch, StopsAtTheFirstCubeThatHoldsEnough) {
+  for (const int method : {1, 2}) {
+    for (const int number : {0, 5, 20, 40}) {
+      const PlainSettings settings = {method, 50.0, number};
+      const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, settings);
+      int faces = 0, tooSmall = 0;
+      for (const TreeCalls::Query& query : calls.queries) {
+        if (query.found >= number)
+          ++faces;
+        else
+          ++tooSmall;
+      }
+      EXPECT_EQ(54, faces) << "one last search for each face";
+      if (number == 0) {
+        EXPECT_EQ(0, tooSmall);
+      } else if (number == 40) {
+        EXPECT_GT(tooSmall, 0);
+      }
+    }
+  }
+}
+
+TEST(FaceSearch, StopsWhenItsCubeCoversAllPoints) {
+  StartAnew();
+  FaceBed bed(CubesOfAllGroups());
+  Stages stages(bed.object, kInner, {2, 50.0, 1000000});
+  stages.FindStencils();
+  int largest = 0, faces = 0;
+  for (const TreeCalls::Query& query : Calls().queries) {
+    const bool startsAnew = query.corners[3] - query.corners[0] == 2.0;
+    if (startsAnew) ++faces;
+    largest = std::max(largest, query.found);
+  }
+  EXPECT_EQ(54, faces);
+  EXPECT_EQ(81, largest);
+  EXPECT_LE(Calls().queries.size(), 54U * 4U) << "the farthest of all points is less than 4 units away";
+}
+
+TEST(FaceSearch, OfAMeshWithoutAMeanDistanceIsOneThatCoversEverything) {
+  MeshPlan onePoint = TwoCubes();
+  onePoint.centres[2] = onePoint.centres[1];                             // a mean distance of 0
+  const MeshPlan oneCell = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});  // and one that is not a number
+  for (const MeshPlan& plan : {onePoint, oneCell}) {
+    const TreeCalls calls = CallsOfSetUp(plan, kWall, {2, 50.0, 5});
+    ASSERT_EQ(plan.Of(kWall).size(), calls.queries.size());
+    for (const TreeCalls::Query& query : calls.queries) {
+      EXPECT_EQ(plan.NCell(), query.found);
+      EXPECT_LE(query.corners[0], -1.0);
+      EXPECT_GE(query.corners[3], 1.0);
+    }
+  }
+}
+
+TEST(FaceSearch, OfMethod3IsNotMade) {
+  EXPECT_TRUE(CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {3, 50.0, 8}).queries.empty());
+}
+
+TEST(FaceSearch, OfMethod4IsMadeAroundPAndE) {
+  StartAnew();
+  FaceBed bed(TwoCubes());
+  Stages stages(bed.object, kInner, {});
+  stages.FindStencils();
+  std::vector<Corners> asked;
+  for (const TreeCalls::Query& query : Calls().queries) asked.push_back(query.corners);
+  ASSERT_EQ(2U, asked.size());
+  EXPECT_EQ(1, std::count(asked.begin(), asked.end(), Around({-0.5, 0.0, 0.0}, 1.0)));
+  EXPECT_EQ(1, std::count(asked.begin(), asked.end(), Around({0.5, 0.0, 0.0}, 1.0)));
+}
+
+TEST(FaceSearch, OfMethod4OnBoundaryFacesIsMadeAroundPAlone) {
+  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
+    const MeshPlan plan = CubesOfAllGroups();
+    const TreeCalls calls = CallsOfSetUp(plan, group, {});
+    EXPECT_EQ(plan.Of(group).size(), calls.queries.size());
+  }
+  EXPECT_EQ(18U, CallsOfSetUp(CubesOfAllGroups(), kPartition, {}).queries.size()) << "P and E of 9 faces";
+}
+
+// Around (5, 0, 0) the outlet's side cell at x = 1 is 4 mean distances away.
+TEST(FaceSearch, ForTheNearestCellGrowsUntilItHoldsAny) {
+  StartAnew();
+  FaceBed bed(TwoCubes());
+  Stages stages(bed.object, kInner, {});
+  stages.FillTree();
+  EXPECT_EQ(4, bed.object.Search_ClosestCellID_byNode(5.0, 0.0, 0.0));
+  ASSERT_EQ(4U, Calls().queries.size());
+  for (int k = 1; k <= 4; ++k) {
+    const TreeCalls::Query& query = Calls().queries[static_cast<std::size_t>(k - 1)];
+    EXPECT_EQ(Around({5.0, 0.0, 0.0}, 1.0 * k), query.corners);
+    EXPECT_EQ(k == 4, query.found > 0);
+  }
+}
+
+// P = (-1/2, 0, 0), E = (1/2, 0, 0), A2 = (2, 0, 0) is 3/2 from cell 2, and B2 as far from cell 1.
+TEST(FaceSearch, ByCubesIsOneOfFixedSizeAroundEachVirtualPoint) {
+  StartAnew();
+  FaceBed bed(TwoCubes());
+  Stages stages(bed.object, kInner, {});
+  stages.FillTree();
+  bed.object.m_ppVirtualNode[1][1].SetData(-0.5, 0.0, 0.0, 1);
+  bed.object.m_ppVirtualNode[1][2].SetData(0.5, 0.0, 0.0, 2);
+  int pair[] = {1, 2};
+  Printed([&] { bed.object.CountingVirtualNodeToCellBySearchNumber(1, pair, 8.0, 0.0, 0.0); });
+  ASSERT_EQ(2U, Calls().queries.size());
+  EXPECT_EQ(Around({-0.5, 0.0, 0.0}, 1.5), Calls().queries[0].corners);
+  EXPECT_EQ(Around({0.5, 0.0, 0.0}, 1.5), Calls().queries[1].corners);
+  EXPECT_EQ(0, Calls().queries[0].last);
+}
+
+// |F + 2 mean u - B| differs on the two sides when the cells are not at equal distance.
+TEST(FaceSearch, ByCubesMeasuresTheRadiusOfEachSideFromTheOtherCell) {
+  MeshPlan plan = TwoCubes();
+  plan.centres[1].x = -0.25;
+  plan.centres[2].x = 1.75;  // a mean distance of 2: A2 = (4, 0, 0), B2 = (-4, 0, 0)
+  StartAnew();
+  FaceBed bed(plan);
+  Stages stages(bed.object, kInner, {});
+  stages.FillTree();
+  int pair[] = {1, 2};
+  Printed([&] { bed.object.CountingVirtualNodeToCellBySearchNumber(1, pair, 1.0, 0.0, 0.0); });
+  EXPECT_EQ(Around({}, 2.25), Calls().queries[0].corners);
+  EXPECT_EQ(Around({}, 3.75), Calls().queries[1].corners);
+}
+
+}  // namespace
+}  // namespace rbf_face_test
