@@ -1,0 +1,541 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "foundation/CDenseSolver.h"
+#include "foundation/DQKernel.h"
+#include "host/ZYNOptKer.h"
+#include "tests/unit/gradient/AllocationCount.h"
+#include "tests/unit/gradient/GuardedArray.h"
+#include "tests/unit/rbf_cell/FlushedOutput.h"
+#include "tests/unit/rbf_cell/LatticeMesh.h"
+#include "tests/unit/rbf_cell/TableComparison.h"
+#include "tests/unit/rbf_cell/TestBed.h"
+
+// The cell operator's own six methods for free points, which do not add up to a working path: what each does and
+// what it leaves alone.
+
+namespace rbf_cell_test {
+namespace {
+
+using Array = gradient_test::GuardedArray<double>;
+using List = std::vector<int>;
+
+const std::string kDefaults = "Default DQ parameter is adopted.\n";
+
+/// An operator whose global variables have the two blocks that are to be cleared.
+struct PointBed : TestBed {
+  explicit PointBed(const CellMesh& mesh) : TestBed(mesh), realBlock(4, 7.5), intBlock(4, 75) {
+    object->m_pGV->ResetRealBlock = realBlock.Data();
+    object->m_pGV->ResetIntBlock = intBlock.Data();
+  }
+  PointBed(const CellMesh& mesh, const std::string& settings) : PointBed(mesh) { folder.Write(settings); }
+
+  /// The first method, without the arrays that it does not use. @return what was printed
+  std::string Initialize(int nPoint) {
+    return Printed([this, nPoint] {
+      EXPECT_EQ(0,
+                object->Initialize_IBInterpolateData(nullptr, nPoint, nullptr, nullptr, nullptr, 1, -1.0, 0));
+    });
+  }
+
+  List Stencil(int i) const {
+    const int* const row = object->m_ppIBConn[i];
+    return List(row + 1, row + 1 + row[0]);
+  }
+
+  Array realBlock;
+  gradient_test::GuardedArray<int> intBlock;
+};
+
+/// Interior cells along the diagonal at (0, 0, 0), (1, 1, 1), ..., each joined to the next.
+CellMesh Diagonal(int n) {
+  CellMesh mesh;
+  for (int c = 0; c < n; ++c) mesh.AddInteriorCell({1.0 * c, 1.0 * c, 1.0 * c});
+  for (int c = 1; c < n; ++c) mesh.JoinInterior(c, c + 1);
+  return mesh;
+}
+
+CellMesh SomeMesh() {
+  LatticeOptions options;
+  options.cells = Cells::HexaPyramids;
+  return LatticeMesh(options);
+}
+
+List Ascending(List list) {
+  std::sort(list.begin(), list.end());
+  return list;
+}
+
+/// A tree that holds all cells of a mesh at their centres; identity b stands for cell NCell + 1 - b.
+struct FilledTree {
+  explicit FilledTree(const CellMesh& mesh) : cellOfBlock(static_cast<std::size_t>(mesh.NCell()) + 1, 0) {
+    tree.SetADTreeRange(9, 9, 9, 0, 0, 0, 1, 10000, 200000);
+    for (int b = 1; b <= mesh.NCell(); ++b) {
+      const int c = mesh.NCell() + 1 - b;
+      const Point& p = mesh.Centre(c);
+      cellOfBlock[static_cast<std::size_t>(b)] = c;
+      tree.AddSurfaceToADTree(b, p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6);
+    }
+  }
+
+  CZYNOptKer tree;
+  List cellOfBlock;
+};
+
+/// Everything up to the stencils, for points at the given x.
+struct Searched : PointBed {
+  Searched(const CellMesh& mesh, const std::vector<double>& xs, int method, double distance, int number)
+      : PointBed(mesh), filled(mesh), x(static_cast<int>(xs.size())), support(x.Size(), -7.5) {
+    for (int i = 1; i <= x.Size(); ++i) x[i] = xs[static_cast<std::size_t>(i - 1)];
+    Initialize(x.Size());
+    EXPECT_EQ(0, object->SearchIBADTress(x.Data(), nullptr, nullptr, method, distance, number,
+                                         filled.cellOfBlock.data(), filled.tree, support.Data()));
+  }
+
+  FilledTree filled;
+  Array x, support;
+};
+
+// ------------------------------------------------------------------------------------------------ the set-up
+
+TEST(CellPointSetUp, PrintsTwoLinesPerCellBehindTheCollation) {
+  PointBed bed(Diagonal(3));
+  EXPECT_EQ(kDefaults +
+                "IB Memory Allocation ok\nSetNodeCollation ok\n"
+                "*pGV->NCell = 3\nicell = 1\n*pGV->NCell = 3\nicell = 2\n*pGV->NCell = 3\nicell = 3\n",
+            bed.Initialize(5));
+}
+
+TEST(CellPointSetUp, PrintsTwiceAsManyLinesAsThereAreCellsOfAnyKind) {
+  const CellMesh mesh = SomeMesh();
+  PointBed bed(mesh, DefaultSettings());
+  const std::string printed = bed.Initialize(5);
+  const std::string before = "IB Memory Allocation ok\nSetNodeCollation ok\n";
+  ASSERT_EQ(0U, printed.find(before));
+  EXPECT_EQ(2 * mesh.NCell(),
+            std::count(printed.begin() + static_cast<std::ptrdiff_t>(before.size()), printed.end(), '\n'));
+}
+
+TEST(CellPointSetUp, FlushesItsLines) {
+  PointBed bed(Diagonal(1));
+  std::string arrived;
+  {
+    const FlushedOutput output;
+    bed.object->Initialize_IBInterpolateData(nullptr, 1, nullptr, nullptr, nullptr, 1, 0.0, 0);
+    arrived = output.Arrived();
+  }
+  EXPECT_EQ(kDefaults + "IB Memory Allocation ok\nSetNodeCollation ok\n*pGV->NCell = 1\nicell = 1\n",
+            arrived);
+}
+
+TEST(CellPointSetUp, ReadsTheOperatorsOwnSettingsFile) {
+  PointBed bed(Diagonal(3), Settings("37.5", "1"));
+  EXPECT_EQ(0U, bed.Initialize(2).find("iShape_Normalize = On\nIB Memory Allocation ok\n"));
+  EXPECT_EQ(37.5, bed.object->Span);
+  EXPECT_EQ(1, bed.object->iShape_Normalize);
+  EXPECT_EQ(bed.folder.SettingsFileName(), bed.object->m_szRBFFileName);
+  PointBed foreign(Diagonal(3), "1002\nSpan = 1\nm = 2\nd = 3\nn = 4\n");
+  foreign.Initialize(2);
+  EXPECT_EQ(DefaultSettings(), foreign.folder.Read());
+}
+
+TEST(CellPointSetUp, MakesTablesWithoutRows) {
+  PointBed bed(Diagonal(3));
+  bed.Initialize(5);
+  EXPECT_EQ(5, bed.object->m_iNIBNode);
+  for (int i = 0; i <= 5; ++i) {
+    EXPECT_EQ(nullptr, bed.object->m_ppIBConn[i]);
+    EXPECT_EQ(nullptr, bed.object->m_ppIBCoef[i]);
+    EXPECT_EQ(nullptr, bed.object->m_ppIBValueCoef[i]);
+  }
+}
+
+TEST(CellPointSetUp, SearchesNothingEvenForGivenPoints) {
+  const CellMesh mesh = Diagonal(3);
+  PointBed bed(mesh);
+  Array marks(3, -1.0), x(2, 1.0), y(2, 1.0), z(2, 1.0);
+  Printed([&] {
+    bed.object->Initialize_IBInterpolateData(marks.Data(), 2, x.Data(), y.Data(), z.Data(), 2, 5.0, 2);
+  });
+  EXPECT_EQ(nullptr, bed.object->m_ppIBConn[1]);
+  EXPECT_EQ(nullptr, bed.object->m_ppIBConn[2]);
+}
+
+TEST(CellPointSetUp, ClearsTheTwoResetBlocksAndNothingAround) {
+  PointBed bed(Diagonal(3));
+  bed.Initialize(1);
+  for (int k = 1; k <= 4; ++k) {
+    EXPECT_EQ(0.0, bed.realBlock[k]);
+    EXPECT_EQ(0, bed.intBlock[k]);
+  }
+  EXPECT_TRUE(bed.realBlock.GuardsIntact());
+  EXPECT_TRUE(bed.intBlock.GuardsIntact());
+}
+
+TEST(CellPointSetUp, LeavesTheMeshAndCallsNoExchange) {
+  PointBed bed(SomeMesh());
+  bed.Initialize(3);
+  EXPECT_TRUE(bed.host.InputsUntouched());
+  EXPECT_EQ(0, bed.host.communicationCalls);
+}
+
+TEST(CellPointSetUp, LeavesAllMemoryToTheDestructor) {
+  const SettingsFolder folder;
+  folder.Write(DefaultSettings());
+  CellHost host(SomeMesh(), folder.BaseFileName());
+  host.destroyed.reserve(100);
+  double reals[5];
+  int ints[5];
+  FilledTree filled(SomeMesh());
+  Array x(4, 0.5), support(4);
+  const auto live = [&] {
+    const long before = gradient_test::LiveAllocations();
+    CZynRBFInternalObject* const object = TestBed::NewConnected(host);
+    object->m_pGV->ResetRealBlock = reals;
+    object->m_pGV->ResetIntBlock = ints;
+    Printed(
+        [object] { object->Initialize_IBInterpolateData(nullptr, 4, nullptr, nullptr, nullptr, 1, 0.0, 0); });
+    object->SearchIBADTress(x.Data(), nullptr, nullptr, 1, 1.0, 0, filled.cellOfBlock.data(), filled.tree,
+                            support.Data());
+    delete object;
+    host.destroyed.clear();
+    return gradient_test::LiveAllocations() - before;
+  };
+  live();  // what the C++ library keeps for good from the first use of a stream
+  EXPECT_EQ(0, live());
+}
+
+// ---------------------------------------------------------------------------------------------- the collation
+
+TEST(CellPointCollation, PlacesAllCellsLikeTheCollationForGradients) {
+  for (const Cells cells : kAllCells) {
+    LatticeOptions options;
+    options.cells = cells;
+    const CellMesh mesh = LatticeMesh(options);
+    PointBed bed(mesh);
+    bed.Initialize(1);
+    PlainCellOperator plain(mesh, 500.0, 0);
+    plain.Collate();
+    for (int c = 1; c <= mesh.NCell(); ++c) {
+      const CollatedPoint& p = plain.points[static_cast<std::size_t>(c)];
+      EXPECT_TRUE(SameRecord("point", {p.point.x, p.point.y, p.point.z}, p.id, bed.object->m_pRBFnode[c]))
+          << c;
+      EXPECT_EQ(p.kind, bed.object->m_piNodeKind[c]) << c;
+    }
+    EXPECT_TRUE(SameValue("mean distance", plain.meanDistance, bed.object->m_dMeanCellDistance));
+    const double expected[] = {plain.boundMax.x, plain.boundMax.y, plain.boundMax.z,
+                               plain.boundMin.x, plain.boundMin.y, plain.boundMin.z};
+    for (int a = 0; a < 3; ++a) {
+      EXPECT_EQ(expected[a], bed.object->m_dBoundMax[a]);
+      EXPECT_EQ(expected[a + 3], bed.object->m_dBoundMin[a]);
+    }
+  }
+}
+
+TEST(CellPointCollation, LeavesSymmetrySideCellsAtTheOrigin) {
+  CellMesh mesh = Diagonal(2);
+  const int ghost = mesh.AddSide(mesh.symmetry, 1, {5, 5, 5}, {6, 6, 6});
+  PointBed bed(mesh);
+  bed.Initialize(1);
+  EXPECT_TRUE(SameRecord("point", {0, 0, 0}, 0, bed.object->m_pRBFnode[ghost]));
+  EXPECT_EQ(0, bed.object->m_piNodeKind[ghost]);
+}
+
+TEST(CellPointCollation, LeavesOutletCentresOutOfTheBounds) {
+  CellMesh mesh = Diagonal(2);
+  mesh.AddSide(mesh.outlet, 1, {50, 50, 50}, {60, 60, 60});
+  mesh.AddSide(mesh.inlet, 1, {-5, -6, -7}, {-9, -9, -9});
+  PointBed bed(mesh);
+  bed.Initialize(1);
+  EXPECT_EQ(1.0, bed.object->m_dBoundMax[0]);
+  EXPECT_EQ(-5.0, bed.object->m_dBoundMin[0]);
+  EXPECT_EQ(-7.0, bed.object->m_dBoundMin[2]);
+}
+
+TEST(CellPointCollation, AsASingleStepAnswers1AndPrintsNothing) {
+  PointBed bed(Diagonal(2));
+  bed.Initialize(1);
+  bed.object->m_pRBFnode[1].x = 77.0;
+  bed.realBlock[2] = 5.0;
+  EXPECT_EQ("", Printed([&] { EXPECT_EQ(1, bed.object->SetIBNodeCollation()); }));
+  EXPECT_EQ(0.0, bed.object->m_pRBFnode[1].x);
+  EXPECT_EQ(0.0, bed.realBlock[2]);
+}
+
+/// Takes over tables that a set-up leaves behind, so that this test gives them back.
+void Release(RBFnode* points, int* kinds) {
+  CZynRBFInternalObject holder;
+  holder.m_pRBFnode = points;
+  holder.m_piNodeKind = kinds;
+}
+
+TEST(CellPointCollation, MakesPointsAndKindsAnewAndLeavesThoseOfTheGradient) {
+  PointBed bed(Diagonal(3));
+  bed.SetUp();
+  RBFnode* const points = bed.object->m_pRBFnode;
+  int* const kinds = bed.object->m_piNodeKind;
+  int** const stencils = bed.object->m_ppRBFCellConn;
+  bed.Initialize(1);
+  EXPECT_NE(points, bed.object->m_pRBFnode);
+  EXPECT_NE(kinds, bed.object->m_piNodeKind);
+  EXPECT_EQ(stencils, bed.object->m_ppRBFCellConn);
+  EXPECT_EQ(2.0, points[3].x);
+  EXPECT_EQ(1, kinds[3]);
+  Release(points, kinds);
+}
+
+// ----------------------------------------------------------------------------------------------- the tree step
+
+TEST(CellPointTree, OnlyPrintsForEveryCellAndLeavesTheTreeToItsOwner) {
+  const CellMesh mesh = Diagonal(2);
+  PointBed bed(mesh);
+  FilledTree filled(mesh);
+  int blockOfCell[] = {7, 7, 7};
+  Array marks(2, -1.0);
+  EXPECT_EQ("*pGV->NCell = 2\nicell = 1\n*pGV->NCell = 2\nicell = 2\n", Printed([&] {
+              EXPECT_EQ(0, bed.object->SetIBADTress(marks.Data(), {0, 1, 2}, filled.tree, blockOfCell));
+            }));
+  for (const int b : blockOfCell) EXPECT_EQ(7, b);
+  int count = 0;
+  filled.tree.SearchNearBlockID(-9, -9, -9, 9, 9, 9, count, 0);
+  EXPECT_EQ(2, count) << "nothing was added and nothing lost";
+}
+
+TEST(CellPointTree, ReadsNeitherMarksNorMap) {
+  PointBed bed(Diagonal(1));
+  EXPECT_EQ("*pGV->NCell = 1\nicell = 1\n",
+            Printed([&] { bed.object->SetIBADTress(nullptr, {}, CZYNOptKer(), nullptr); }));
+}
+
+// -------------------------------------------------------------------------------------------------- the search
+
+TEST(CellPointSearch, OfMethod1TakesTheCubeOfTheGivenHalfWidthAroundX) {
+  const Searched s(Diagonal(7), {3.0, 0.25}, 1, 1.5, 1000);
+  EXPECT_EQ((List{3, 4, 5}), Ascending(s.Stencil(1)));
+  EXPECT_EQ((List{1, 2}), Ascending(s.Stencil(2)));
+  EXPECT_EQ(1.5, s.support[1]);
+  EXPECT_EQ(1.5, s.support[2]);
+  EXPECT_TRUE(s.support.GuardsIntact());
+}
+
+TEST(CellPointSearch, OfMethod1IsEmptyWhereTheCubeHoldsNothing) {
+  const Searched s(Diagonal(7), {30.0, 3.0}, 1, 0.25, 0);
+  EXPECT_EQ(List(), s.Stencil(1));
+  EXPECT_EQ((List{4}), s.Stencil(2));
+  EXPECT_EQ(0.25, s.support[1]);
+}
+
+TEST(CellPointSearch, OfMethod2GrowsByTheMeanDistanceUntilItHoldsEnough) {
+  const Searched s(Diagonal(12), {3.1}, 2, 1000.0, 4);
+  EXPECT_DOUBLE_EQ(std::sqrt(3.0), s.object->m_dMeanCellDistance);
+  EXPECT_EQ((List{1, 2, 3, 4, 5, 6, 7}), Ascending(s.Stencil(1)))
+      << "all of the cube, unsorted, not only four";
+  EXPECT_EQ(2.0 * s.object->m_dMeanCellDistance, s.support[1]);
+}
+
+TEST(CellPointSearch, OfMethod2WithANumberBeyondAllCellsEnds) {
+  const Searched s(Diagonal(7), {3.1, 500.0}, 2, 0.0, 1000);
+  EXPECT_EQ((List{1, 2, 3, 4, 5, 6, 7}), Ascending(s.Stencil(1)));
+  EXPECT_EQ((List{1, 2, 3, 4, 5, 6, 7}), Ascending(s.Stencil(2)));
+}
+
+TEST(CellPointSearch, OfMethod2WithANumberOfZeroTakesTheFirstCube) {
+  const Searched s(Diagonal(7), {3.1, 500.0}, 2, 0.0, 0);
+  EXPECT_EQ((List{3, 4, 5}), Ascending(s.Stencil(1)));
+  EXPECT_EQ(List(), s.Stencil(2));
+}
+
+TEST(CellPointSearch, OfAnyOtherMethodIsEmpty) {
+  for (const int method : {0, 3, -1}) {
+    const Searched s(Diagonal(7), {3.1, 2.0}, method, 5.0, 2);
+    for (const int i : {1, 2}) {
+      EXPECT_EQ(List(), s.Stencil(i));
+      EXPECT_EQ(0.0, s.support[i]);
+    }
+  }
+}
+
+// Cells off the diagonal are not found by what y and z would say.
+TEST(CellPointSearch, OfPointsWithTheSameXIsTheSameWhateverTheirYAndZ) {
+  const CellMesh mesh = SomeMesh();
+  PointBed bed(mesh);
+  FilledTree filled(mesh);
+  bed.Initialize(2);
+  Array x(2, 1.1), y(2), z(2), support(2);
+  y[1] = 0.3, y[2] = 2.9, z[1] = 1.8, z[2] = 0.1;
+  for (const int method : {1, 2}) {
+    PointBed other(mesh);
+    other.Initialize(2);
+    other.object->SearchIBADTress(x.Data(), y.Data(), z.Data(), method, 0.8, 5, filled.cellOfBlock.data(),
+                                  filled.tree, support.Data());
+    EXPECT_EQ(other.Stencil(1), other.Stencil(2));
+    EXPECT_GT(other.Stencil(1).size(), 1U);
+    EXPECT_EQ(support[1], support[2]);
+  }
+}
+
+TEST(CellPointSearch, MakesZeroedRowsOfTheStencilsSize) {
+  const Searched s(Diagonal(7), {3.0}, 1, 1.5, 0);
+  for (int k = 0; k <= 3; ++k) {
+    EXPECT_TRUE(SameRecord("coefficient", {0, 0, 0}, 0, s.object->m_ppIBCoef[1][k]));
+    EXPECT_EQ(0.0, s.object->m_ppIBValueCoef[1][k]);
+  }
+}
+
+TEST(CellPointSearch, LeavesTheCallersTreeUsable) {
+  Searched s(Diagonal(7), {3.0}, 1, 1.5, 0);
+  int count = 0;
+  s.filled.tree.SearchNearBlockID(-9, -9, -9, 9, 9, 9, count, 0);
+  EXPECT_EQ(7, count);
+}
+
+// --------------------------------------------------------------------------------------------- the coefficients
+
+/// Derives the coefficients of all points at (x, y, z) = (x, 0.5 x, 0.25 x).
+struct Derived : Searched {
+  Derived(const CellMesh& mesh, const std::vector<double>& xs, double distance, double span)
+      : Searched(mesh, xs, 1, distance, 0), y(x), z(x) {
+    object->Span = span;
+    for (int i = 1; i <= x.Size(); ++i) {
+      y[i] = 0.5 * x[i];
+      z[i] = 0.25 * x[i];
+      EXPECT_EQ(
+          1, object->DeriveIBCoefficentBysolveDQfullMatrix(i, x.Data(), y.Data(), z.Data(), support.Data()));
+    }
+  }
+
+  Array y, z;
+};
+
+struct PlainSolution {
+  std::vector<Triple> slopes;
+  std::vector<double> values;
+};
+
+/// The system on the cells at `nodes` for a point, assembled entry by entry, without a constant term.
+PlainSolution SolvePlainly(const std::vector<Point>& nodes, Point p, double span, double support) {
+  const PlainDQKernel kernel(span, support);
+  std::vector<double> a, b;
+  for (const Point& xk : nodes) {
+    const DQVector d = OffsetBetween(xk, p);
+    const DQVector g = kernel.Gradient(d);
+    b.insert(b.end(), {g.x, g.y, g.z, kernel.Value(Length(d))});
+    for (const Point& xj : nodes) a.push_back(kernel.Value(Length(OffsetBetween(xj, xk))));
+  }
+  CDenseSolver().Solve(static_cast<int>(nodes.size()), a.data(), b.data(), b.data(), 4);
+  PlainSolution solution;
+  for (std::size_t k = 0; k < nodes.size(); ++k) {
+    solution.slopes.push_back({b[4 * k], b[4 * k + 1], b[4 * k + 2]});
+    solution.values.push_back(b[4 * k + 3]);
+  }
+  return solution;
+}
+
+TEST(CellPointWeights, EqualAPlainSystemBitForBitWithTheTripleTwiceAndThePointsNumber) {
+  for (const Cells cells : kAllCells) {
+    LatticeOptions options;
+    options.cells = cells;
+    const CellMesh mesh = LatticeMesh(options);
+    for (const double span : {500.0, 5.0}) {
+      const Derived d(mesh, {0.6, 1.0, 1.4}, 0.9, span);
+      for (int i = 1; i <= 3; ++i) {
+        std::vector<Point> nodes;
+        for (const int c : d.Stencil(i)) {
+          const RBFnode& p = d.object->m_pRBFnode[c];
+          nodes.push_back({p.x, p.y, p.z});
+        }
+        ASSERT_GT(nodes.size(), 2U);
+        const PlainSolution plain = SolvePlainly(nodes, {d.x[i], d.y[i], d.z[i]}, span, d.support[i]);
+        EXPECT_TRUE(SameRecord("element 0", {0, 0, 0}, 0, d.object->m_ppIBCoef[i][0]));
+        for (std::size_t k = 0; k < nodes.size(); ++k) {
+          ASSERT_TRUE(SameRecord("slope", plain.slopes[k], i, d.object->m_ppIBCoef[i][k + 1])) << Name(cells);
+          ASSERT_TRUE(SameValue("value", plain.values[k], d.object->m_ppIBValueCoef[i][k + 1]))
+              << Name(cells);
+        }
+      }
+    }
+  }
+}
+
+// phi(r) w = phi(r), and -g w_x = ... with a single member: w = right-hand side / 3, in full double precision.
+TEST(CellPointWeights, OfASingleMemberAreTheRightHandSidesOver3) {
+  const Derived d(Diagonal(7), {3.125}, 0.5, 4.0);
+  ASSERT_EQ((List{4}), d.Stencil(1));
+  const PlainDQKernel kernel(4.0, 0.5);
+  const DQVector offset = {3.125 - 3.0, 0.5 * 3.125 - 3.0, 0.25 * 3.125 - 3.0};
+  const DQVector g = kernel.Gradient(offset);
+  const RBFnode& w = d.object->m_ppIBCoef[1][1];
+  EXPECT_NEAR(g.x / 3.0, w.x, 1e-15 * std::fabs(g.x)) << "a float would be off by 1e-8";
+  EXPECT_NEAR(g.y / 3.0, w.y, 1e-15 * std::fabs(g.y));
+  EXPECT_NEAR(kernel.Value(Length(offset)) / 3.0, d.object->m_ppIBValueCoef[1][1], 1e-14);
+}
+
+TEST(CellPointWeights, HaveTheirSupportFromTheCaller) {
+  Derived d(Diagonal(7), {3.125}, 1.5, 4.0);
+  const double before = d.object->m_ppIBValueCoef[1][1];
+  d.support[1] *= 2.0;
+  d.object->DeriveIBCoefficentBysolveDQfullMatrix(1, d.x.Data(), d.y.Data(), d.z.Data(), d.support.Data());
+  EXPECT_NE(before, d.object->m_ppIBValueCoef[1][1]);
+}
+
+TEST(CellPointWeights, AreOfThePlainFormWhateverTheShapeNormalisation) {
+  Derived d(SomeMesh(), {1.0}, 0.9, 20.0);
+  const double value = d.object->m_ppIBValueCoef[1][1], slope = d.object->m_ppIBCoef[1][1].x;
+  d.object->iShape_Normalize = 1;
+  d.object->DeriveIBCoefficentBysolveDQfullMatrix(1, d.x.Data(), d.y.Data(), d.z.Data(), d.support.Data());
+  EXPECT_EQ(value, d.object->m_ppIBValueCoef[1][1]);
+  EXPECT_EQ(slope, d.object->m_ppIBCoef[1][1].x);
+}
+
+TEST(CellPointWeights, OfAnEmptyStencilAreNone) {
+  const Derived d(Diagonal(7), {30.0}, 0.25, 4.0);
+  EXPECT_EQ(List(), d.Stencil(1));
+  EXPECT_EQ(0.0, d.object->m_ppIBValueCoef[1][0]);
+}
+
+TEST(CellPointWeights, GatherNoResiduals) {
+  const Derived d(SomeMesh(), {1.0}, 0.9, 20.0);
+  CZynRBFInternalObject fresh;
+  EXPECT_EQ(fresh.MAXResidual_X, d.object->MAXResidual_X);
+  EXPECT_EQ(fresh.m_iWorstElement, d.object->m_iWorstElement);
+}
+
+// ----------------------------------------------------------------------------------------------- the application
+
+/// Output arrays that begin with a value which must not stay.
+struct Outputs {
+  explicit Outputs(int n) : value(n, -7.5), x(n, -7.5), y(n, -7.5), z(n, -7.5) {}
+  int Apply(CZynRBFInternalObject& object, double* field) {
+    return object.Multiply_IBRBFCoefficent(field, value.Data(), x.Data(), y.Data(), z.Data());
+  }
+  Array value, x, y, z;
+};
+
+TEST(CellPointApplication, GivesZerosWhateverFieldAndCoefficients) {
+  Derived d(Diagonal(7), {3.125, 1.0}, 1.5, 4.0);
+  Array field(7, 1e30);
+  for (double* const f : {field.Data(), static_cast<double*>(nullptr)}) {
+    Outputs out(2);
+    EXPECT_EQ(0, out.Apply(*d.object, f));
+    for (const Array* const a : {&out.value, &out.x, &out.y, &out.z}) {
+      EXPECT_TRUE(a->GuardsIntact());
+      for (const int i : {1, 2}) EXPECT_TRUE(SameValue("result", 0.0, (*a)[i]));
+    }
+  }
+  EXPECT_NE(0.0, d.object->m_ppIBValueCoef[1][1]) << "although there are coefficients";
+}
+
+TEST(CellPointApplication, BeforeTheSetUpTouchesNothing) {
+  CZynRBFInternalObject object;
+  Outputs out(2);
+  EXPECT_EQ(0, out.Apply(object, nullptr));
+  for (const Array* const a : {&out.value, &out.x, &out.y, &out.z})
+    EXPECT_TRUE(a->IdenticalTo(Array(2, -7.5)));
+}
+
+}  // namespace
+}  // namespace rbf_cell_test

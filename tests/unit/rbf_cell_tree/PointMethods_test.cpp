@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <vector>
+
+#include "host/ZYNOptKer.h"
+#include "tests/unit/gradient/GuardedArray.h"
+#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/unit/rbf_cell_tree/RecordingTree.h"
+
+// Which calls the cell operator's point methods make of the search tree, and how often they destroy it.
+
+namespace rbf_cell_test {
+namespace {
+
+using Array = gradient_test::GuardedArray<double>;
+using Corners = std::array<double, 6>;
+using List = std::vector<int>;
+
+Corners Cube(double x, double d) { return {x - d, x - d, x - d, x + d, x + d, x + d}; }
+
+/// Two interior cells at a distance of 2 along y, an inlet beside them and an outlet far away.
+CellMesh SomeMesh() {
+  CellMesh mesh;
+  mesh.AddInteriorCell({1, 2, 3});
+  mesh.AddInteriorCell({1, 4, 3});
+  mesh.JoinInterior(1, 2);
+  mesh.AddSide(mesh.inlet, 1, {0, 2, 3}, {-1, 2, 3});
+  mesh.AddSide(mesh.outlet, 2, {80, 4, 3}, {90, 4, 3});
+  return mesh;
+}
+
+struct PointBed : TestBed {
+  PointBed() : TestBed(SomeMesh()), realBlock(4), intBlock(4) {
+    object->m_pGV->ResetRealBlock = realBlock.Data();
+    object->m_pGV->ResetIntBlock = intBlock.Data();
+    Calls() = TreeCalls();
+  }
+  void Initialize(int nPoint) {
+    Printed(
+        [&] { object->Initialize_IBInterpolateData(nullptr, nPoint, nullptr, nullptr, nullptr, 2, 1.0, 1); });
+  }
+  /// Searches for points at the given x with a tree of the caller's.
+  void Search(const std::vector<double>& xs, int method, double distance, int number) {
+    const int n = static_cast<int>(xs.size());
+    Initialize(n);
+    Calls().queries.clear();
+    Array x(n), support(n);
+    for (int i = 1; i <= n; ++i) x[i] = xs[static_cast<std::size_t>(i - 1)];
+    int cellOfBlock[] = {0, 2, 1, 4, 3};
+    object->SearchIBADTress(x.Data(), nullptr, nullptr, method, distance, number, cellOfBlock, tree,
+                            support.Data());
+    supports.assign(support.Data() + 1, support.Data() + 1 + n);
+  }
+  List Stencil(int i) const {
+    const int* const row = object->m_ppIBConn[i];
+    return List(row + 1, row + 1 + row[0]);
+  }
+
+  Array realBlock;
+  gradient_test::GuardedArray<int> intBlock;
+  CZYNOptKer tree;
+  std::vector<double> supports;
+};
+
+TEST(CellPointTreeCalls, OfTheSetUpSetTheRangeAndAddNothing) {
+  PointBed bed;
+  bed.Initialize(2);
+  ASSERT_EQ(1U, Calls().ranges.size());
+  EXPECT_EQ((std::array<double, 9>{1, 4, 3, 0, 2, 3, 1, 10000, 200000}), Calls().ranges[0]);
+  EXPECT_TRUE(Calls().boxes.empty());
+  EXPECT_EQ(0, Calls().searches);
+}
+
+TEST(CellPointTreeCalls, OfTheSetUpDestroyTheLocalTreeAndTheCopyHandedOn) {
+  PointBed bed;
+  bed.Initialize(2);
+  EXPECT_EQ(1, Calls().constructed);
+  EXPECT_EQ(2, Calls().destroyed);
+  EXPECT_EQ(nullptr, bed.object->m_pADTree);
+}
+
+TEST(CellPointTreeCalls, OfTheSearchDestroyTheCopyThatWasHandedOver) {
+  PointBed bed;
+  bed.Search({1.0}, 1, 0.5, 0);
+  EXPECT_EQ(1, Calls().constructed);
+  EXPECT_EQ(3, Calls().destroyed) << "two of the set-up and the search's copy";
+}
+
+TEST(CellPointCubes, OfMethod1AreOnePerPointAroundXOnAllAxes) {
+  PointBed bed;
+  Calls().answer = [](const Corners&) { return List{3, 1}; };
+  bed.Search({1.25, -4.0}, 1, 0.5, 1000);
+  ASSERT_EQ(2U, Calls().queries.size());
+  EXPECT_EQ(Cube(1.25, 0.5), Calls().queries[0].corners) << "low corner first";
+  EXPECT_EQ(Cube(-4.0, 0.5), Calls().queries[1].corners);
+  EXPECT_EQ(0, Calls().queries[0].last);
+  EXPECT_EQ((List{4, 2}), bed.Stencil(1)) << "in the tree's order, through the map";
+  EXPECT_EQ((std::vector<double>{0.5, 0.5}), bed.supports);
+}
+
+TEST(CellPointCubes, OfMethod2GrowByTheMeanDistance) {
+  PointBed bed;
+  Calls().answer = [](const Corners& c) { return c[3] - c[0] > 11.0 ? List{2, 4, 1, 3} : List{2}; };
+  bed.Search({40.0}, 2, 0.25, 2);
+  ASSERT_EQ(3U, Calls().queries.size());
+  for (std::size_t k = 0; k < 3; ++k)
+    EXPECT_EQ(Cube(40.0, 2.0 * static_cast<double>(k + 1)), Calls().queries[k].corners);
+  EXPECT_EQ((List{1, 3, 2, 4}), bed.Stencil(1)) << "all of them, unsorted";
+  EXPECT_EQ(6.0, bed.supports[0]);
+}
+
+TEST(CellPointCubes, OfMethod2EndWhenTheyCoverAllCells) {
+  PointBed bed;
+  Calls().answer = [](const Corners&) { return List{2}; };
+  bed.Search({1.0}, 2, 0.25, 2);
+  const Corners& last = Calls().queries.back().corners;
+  EXPECT_GE(last[3], 80.0) << "the outlet's cell is the farthest";
+  EXPECT_LT(Calls().queries.size(), 100U);
+  EXPECT_EQ((List{1}), bed.Stencil(1));
+}
+
+TEST(CellPointCubes, OfAnyOtherMethodAreNone) {
+  PointBed bed;
+  Calls().answer = [](const Corners&) { return List{2}; };
+  bed.Search({1.0, 2.0}, 3, 0.25, 2);
+  EXPECT_TRUE(Calls().queries.empty());
+  EXPECT_EQ(List(), bed.Stencil(2));
+}
+
+}  // namespace
+}  // namespace rbf_cell_test
