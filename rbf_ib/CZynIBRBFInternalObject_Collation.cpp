@@ -1,5 +1,6 @@
 // Where the cell numbers stand, which cells are around a node, and the search tree of the usable cells.
 
+#include <algorithm>
 #include <vector>
 
 #include "foundation/CellPositions.h"
