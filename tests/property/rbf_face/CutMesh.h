@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "reference_host/HostPartition.h"
+#include "reference_host/InProcessExchange.h"
+#include "tests/unit/rbf_cell/SettingsFolder.h"
+#include "tests/unit/reference_host/TestMeshes.h"
+
+namespace rbf_face_test {
+
+using reference_host::FaceMesh;
+using reference_host::HostPartition;
+
+/// A mesh cut into parts at random, with the centres of the halo cells complete and a settings file for each part.
+class CutMesh {
+ public:
+  explicit CutMesh(const FaceMesh& mesh, int nParts = 1) {
+    const std::vector<int> partOfCell = test_meshes::RandomParts(mesh.nCells, nParts);
+    for (const auto& part : reference_host::SplitMesh(mesh, partOfCell, nParts))
+      parts_.push_back(std::make_unique<HostPartition>(part));
+    reference_host::InProcessGroup group(nParts);
+    reference_host::RunInProcess(group, [&](int p) {
+      reference_host::InProcessCommunication exchange(group, Part(p));
+      Part(p).CompleteHalo(exchange);
+    });
+    for (int p = 0; p < nParts; ++p) Part(p).SetBaseFileName(FileName(p, ".cas"));
+  }
+
+  int NParts() const { return static_cast<int>(parts_.size()); }
+  HostPartition& Part(int p) { return *parts_[static_cast<std::size_t>(p)]; }
+  std::string SettingsFileName(int p) const { return FileName(p, ".rbf"); }
+
+ private:
+  std::string FileName(int p, const std::string& extension) const {
+    return folder_.Path() + "/part" + std::to_string(p) + extension;
+  }
+
+  rbf_cell_test::SettingsFolder folder_;
+  std::vector<std::unique_ptr<HostPartition>> parts_;
+};
+
+/// A mesh of one kind of cells or of several, as it is made, with many cells at equal distances, or with its nodes
+/// moved.
+struct MeshKind {
+  const char* name;
+  FaceMesh (*make)();
+  bool perturbed;
+
+  FaceMesh Make() const { return perturbed ? test_meshes::Perturbed(make(), 0.04, true) : make(); }
+};
+
+inline std::vector<MeshKind> AllMeshKinds() {
+  std::vector<MeshKind> kinds;
+  for (const bool perturbed : {false, true}) {
+    kinds.push_back({"Hexahedra", [] { return test_meshes::HexBox(3, 3, 4); }, perturbed});
+    kinds.push_back({"Tetrahedra", [] { return test_meshes::TetBox(2); }, perturbed});
+    kinds.push_back({"Prisms", [] { return test_meshes::PrismBox(3); }, perturbed});
+    kinds.push_back({"Mixed", [] { return test_meshes::MixedBox(3); }, perturbed});
+  }
+  return kinds;
+}
+
+}  // namespace rbf_face_test
