@@ -56,7 +56,7 @@ inline std::vector<MeshKind> AllMeshKinds() {
   std::vector<MeshKind> kinds;
   for (const bool perturbed : {false, true}) {
     kinds.push_back({"Hexahedra", [] { return test_meshes::HexBox(3, 3, 4); }, perturbed});
-    kinds.push_back({"Tetrahedra", [] { return test_meshes::TetBox(2); }, perturbed});
+    kinds.push_back({"Tetrahedra", [] { return test_meshes::TetBox(3); }, perturbed});
     kinds.push_back({"Prisms", [] { return test_meshes::PrismBox(3); }, perturbed});
     kinds.push_back({"Mixed", [] { return test_meshes::MixedBox(3); }, perturbed});
   }
