@@ -1,0 +1,40 @@
+#pragma once
+
+#include <algorithm>
+#include <limits>
+
+#include "host_check/HostView.h"
+#include "host_check/Vec3.h"
+
+namespace host_check {
+
+/// The box around some nodes, to tell a centre that cannot be one.
+class Bounds {
+ public:
+  void Add(const Vec3& p) {
+    low_ = {std::min(low_.x, p.x), std::min(low_.y, p.y), std::min(low_.z, p.z)};
+    high_ = {std::max(high_.x, p.x), std::max(high_.y, p.y), std::max(high_.z, p.z)};
+  }
+
+  /// Adds nodes first..last-1 of a list. Returns false if one has no finite position.
+  bool AddNodes(const HostView& view, const int* first, const int* last) {
+    for (; first != last; ++first) {
+      if (!view.nodeSound[*first]) return false;
+      Add(view.nodes[*first]);
+    }
+    return true;
+  }
+
+  /// Whether p lies in the box widened by `tolerance` times its diagonal.
+  bool Has(const Vec3& p, double tolerance) const {
+    const double slack = tolerance * Norm(high_ - low_);
+    return p.x >= low_.x - slack && p.y >= low_.y - slack && p.z >= low_.z - slack &&
+           p.x <= high_.x + slack && p.y <= high_.y + slack && p.z <= high_.z + slack;
+  }
+
+ private:
+  static constexpr double kFar = std::numeric_limits<double>::max();
+  Vec3 low_ = {kFar, kFar, kFar}, high_ = {-kFar, -kFar, -kFar};
+};
+
+}  // namespace host_check

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <vector>
+
+#include "host_check/CellFaces.h"
+#include "host_check/HostView.h"
+
+namespace host_check {
+
+/// The nodes of every interior cell according to its faces' rows of nodes.
+class CellNodes {
+ public:
+  /// @pre CheckFaceNodes, or no node is known of any cell
+  CellNodes(const HostView& view, const CellFaces& cellFaces);
+
+  /// Whether all faces of the cell have sound rows; only then are its nodes complete.
+  bool AreKnown(int c) const { return isKnown_[c] != 0; }
+
+  /// Nodes that the cell must have, ascending.
+  const int* begin(int c) const { return nodes_.data() + start_[c]; }
+  const int* end(int c) const { return nodes_.data() + start_[c + 1]; }
+  int Count(int c) const { return static_cast<int>(start_[c + 1] - start_[c]); }
+
+  /// Whether the node is one of them.
+  bool Has(int c, int node) const;
+  /// Whether it belongs to a one-sided face that ends at the cell: the cell may have it or not.
+  bool MayHave(int c, int node) const;
+  /// How many nodes MayHave allows at most.
+  int MayCount(int c) const;
+
+ private:
+  const HostView& view_;
+  const CellFaces& cellFaces_;
+  std::vector<char> isKnown_;       // [1..nInner]
+  std::vector<std::size_t> start_;  // [1..nInner+1]
+  std::vector<int> nodes_;
+};
+
+}  // namespace host_check

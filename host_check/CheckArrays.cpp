@@ -1,0 +1,94 @@
+#include <utility>
+
+#include "host_check/LocalChecks.h"
+#include "host_check/Text.h"
+
+namespace host_check {
+namespace {
+
+/// Tells arrays that are null though they have elements.
+class ArrayCheck {
+ public:
+  explicit ArrayCheck(HostCheckReport& report) : report_(report) {}
+
+  void Require(const void* array, const std::string& name, const std::string& countName, int count) const {
+    if (count <= 0 || array != nullptr) return;
+    report_.Add(HostBreach::MissingArray, 0,
+                [&] { return Text(name, " is null, but ", countName, " = ", count); });
+  }
+
+  void Require(const Vec3Arrays& arrays, const std::string& prefix, const std::string& ending,
+               const std::string& countName, int count) const {
+    Require(arrays.x, prefix + "x" + ending, countName, count);
+    Require(arrays.y, prefix + "y" + ending, countName, count);
+    Require(arrays.z, prefix + "z" + ending, countName, count);
+  }
+
+ private:
+  HostCheckReport& report_;
+};
+
+void CheckGroup(const FaceGroupView& group, const HostCheckOptions& options, const ArrayCheck& check) {
+  const std::string& n = group.countName;
+  check.Require(group.cv, group.prefix + "CV", n, group.count);
+  check.Require(group.other, group.prefix, n, group.count);
+  check.Require(group.area, group.prefix + "S", "", n, group.count);
+  check.Require(group.centre, group.prefix, "c", n, group.count);
+  if (!group.weightName.empty()) {
+    check.Require(group.weight, group.weightName, n, group.count);
+    check.Require(group.type, group.typeName, n, group.count);
+  }
+  if (options.nodeTables) check.Require(group.nodes, group.prefix + "Lnods", n, group.count);
+}
+
+}  // namespace
+
+bool CheckCounts(const CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
+                 HostCheckReport& report) {
+  bool areSound = mesh != nullptr && partitionFaces != nullptr;
+  const auto requirePositive = [&](const char* name, int count) {
+    if (count >= 0) return;
+    areSound = false;
+    report.Add(HostBreach::BadCount, 0, [&] { return Text(name, " = ", count, " is negative"); });
+  };
+  if (mesh != nullptr) {
+    const std::pair<const char*, int> counts[] = {{"NCell", mesh->NCell},
+                                                  {"NInnerCells", mesh->NInnerCells},
+                                                  {"NInnerFaces", mesh->NInnerFaces},
+                                                  {"NNode", mesh->NNode},
+                                                  {"NWall", mesh->NWall},
+                                                  {"NInlet", mesh->NInlet},
+                                                  {"NOutlet", mesh->NOutlet},
+                                                  {"NSymmetry", mesh->NSymmetry}};
+    for (const auto& [name, count] : counts) requirePositive(name, count);
+    if (mesh->NCell >= 0 && mesh->NInnerCells > mesh->NCell) {
+      areSound = false;
+      report.Add(HostBreach::BadCount, 0, [&] {
+        return Text("NInnerCells = ", mesh->NInnerCells, " is more than NCell = ", mesh->NCell,
+                    ", which counts all cells");
+      });
+    }
+  }
+  if (partitionFaces != nullptr) requirePositive("NParInterFace()", partitionFaces->NParInterFace());
+  return areSound;
+}
+
+void CheckArrays(const HostView& view, const HostCheckOptions& options, HostCheckReport& report) {
+  const ArrayCheck check(report);
+  check.Require(view.centres, "", "c", "NCell", view.nCell);
+  check.Require(view.mesh.Volume, "Volume", "NInnerCells", view.nInner);
+  for (const FaceGroupView& group : view.groups) CheckGroup(group, options, check);
+  if (options.cellRows) {
+    check.Require(view.mesh.CellCell, "CellCell", "NInnerCells", view.nInner);
+    check.Require(view.mesh.CellFace, "CellFace", "NInnerCells", view.nInner);
+    check.Require(view.mesh.CellFaceType, "CellFaceType", "NInnerCells", view.nInner);
+  }
+  if (options.nodeTables) {
+    check.Require(view.nodes, "", "n", "NNode", view.nNode);
+    check.Require(view.mesh.NodeCell, "NodeCell", "NNode", view.nNode);
+    check.Require(view.mesh.CellLnods, "CellLnods", "NInnerCells", view.nInner);
+    check.Require(view.mesh.CellLnodsNumber, "CellLnodsNumber", "NInnerCells", view.nInner);
+  }
+}
+
+}  // namespace host_check

@@ -1,0 +1,209 @@
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "host_check/LocalChecks.h"
+#include "host_check/Text.h"
+
+namespace host_check {
+namespace {
+
+class CellRowCheck {
+ public:
+  CellRowCheck(const HostView& view, const CellFaces& cellFaces, HostCheckReport& report)
+      : view_(view), cellFaces_(cellFaces), report_(report) {}
+
+  void CheckFaces(int c) {
+    const int* faces = RowOf(view_.mesh.CellFace, "CellFace", c);
+    const int* codes = RowOf(view_.mesh.CellFaceType, "CellFaceType", c);
+    if (faces == nullptr || codes == nullptr || !LengthIsSound(faces[0], "CellFace", c)) return;
+    isListed_.assign(static_cast<std::size_t>(cellFaces_.Count(c)), 0);
+    for (int k = 1; k <= faces[0]; ++k) CheckFaceEntry(c, k, faces[k], codes[k]);
+    CollectMissing(c);
+  }
+
+  /// Tells the faces that no row names; of a group that is in no row at all, only that.
+  void TellMissing() {
+    for (int g = 0; g < HostView::kGroups; ++g) {
+      if (nMissing_[g] == 0 || nListed_[g] > 0) continue;
+      const FaceGroupView& group = view_.groups[g];
+      report_.Add(HostBreach::GroupInNoRow, 0, [&] {
+        return Text("no CellFace row names a ", group.word, " face (code ", group.code, "), but ",
+                    group.countName, " = ", group.count);
+      });
+    }
+    for (const Missing& missing : missing_) {
+      if (nListed_[missing.group] == 0) continue;
+      report_.Add(HostBreach::RowEntryMissing, missing.cell, [&] {
+        const FaceGroupView& group = view_.groups[missing.group];
+        return Text("the CellFace row of cell ", missing.cell, " lacks its ", group.Name(missing.face),
+                    " (code ", group.code, ')');
+      });
+    }
+  }
+
+  void CheckNeighbours(int c) {
+    const int* row = RowOf(view_.mesh.CellCell, "CellCell", c);
+    if (row == nullptr || !LengthIsSound(row[0], "CellCell", c)) return;
+    CollectNeighbours(c);
+    for (int k = 1; k <= row[0]; ++k) CheckNeighbourEntry(c, k, row[k]);
+    for (std::size_t i = 0; i < neighbours_.size(); i = EndOfRun(i)) {
+      const Neighbour& neighbour = neighbours_[i];
+      if (!neighbour.isRequired || neighbour.isListed) continue;
+      report_.Add(HostBreach::RowEntryMissing, c, [&] {
+        return Text("the CellCell row of cell ", c, " lacks its neighbour, ", view_.CellName(neighbour.cell));
+      });
+    }
+  }
+
+ private:
+  struct Missing {
+    int group, face, cell;
+  };
+  /// Sorted by cell. A cell beyond several faces is there as often, and may be listed as often.
+  struct Neighbour {
+    int cell;
+    bool isRequired, isListed;
+  };
+
+  const int* RowOf(int* const* table, const char* name, int c) {
+    if (table == nullptr) return nullptr;
+    if (table[c] == nullptr) {
+      report_.Add(HostBreach::MissingRow, c, [&] { return Text("row ", c, " of ", name, " is null"); });
+    }
+    return table[c];
+  }
+
+  /// A row that claims more entries than the cell has faces is not read any further: in a table that is not
+  /// 1-based, for one, row[0] is no length.
+  bool LengthIsSound(int length, const char* name, int c) {
+    if (length >= 0 && length <= cellFaces_.Count(c)) return true;
+    report_.Add(HostBreach::RowLength, c, [&] {
+      return Text("the ", name, " row of cell ", c, " has the length ", length, ", but ", cellFaces_.Count(c),
+                  " faces of the face tables belong to the cell");
+    });
+    return false;
+  }
+
+  void CheckFaceEntry(int c, int k, int face, int code) {
+    const int g = view_.GroupOfCode(code);
+    if (g < 0) {
+      report_.Add(HostBreach::UnknownFaceCode, c, [&] {
+        return Text("entry ", k, " of the CellFaceType row of cell ", c, " is ", code,
+                    ", not 0, 1, 2, 3, 5 or 101");
+      });
+      return;
+    }
+    const FaceGroupView& group = view_.groups[g];
+    if (face < 1 || face > group.count) {
+      report_.Add(HostBreach::IndexOutOfRange, c, [&] {
+        return Text("entry ", k, " of the CellFace row of cell ", c, " is ", group.word, " face ", face,
+                    ", outside 1..", group.count);
+      });
+      return;
+    }
+    const auto* found = std::find_if(cellFaces_.begin(c), cellFaces_.end(c), [&](const auto& entry) {
+      return entry.group == g && entry.face == face;
+    });
+    if (found == cellFaces_.end(c)) {
+      report_.Add(HostBreach::RowEntryExtra, c, [&] {
+        return Text("entry ", k, " of the CellFace row of cell ", c, " is ", group.Name(face),
+                    ", which does not belong to the cell");
+      });
+      return;
+    }
+    char& isListed = isListed_[static_cast<std::size_t>(found - cellFaces_.begin(c))];
+    if (isListed) {
+      report_.Add(HostBreach::RowEntryTwice, c, [&] {
+        return Text("the CellFace row of cell ", c, " names ", group.Name(face), " twice");
+      });
+    }
+    isListed = 1;
+    ++nListed_[g];
+  }
+
+  void CollectMissing(int c) {
+    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      if (!entry->isRequired || isListed_[static_cast<std::size_t>(entry - cellFaces_.begin(c))]) continue;
+      ++nMissing_[entry->group];
+      missing_.push_back({entry->group, entry->face, c});
+    }
+  }
+
+  void CollectNeighbours(int c) {
+    neighbours_.clear();
+    hasUnknownNeighbour_ = false;
+    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      if (entry->neighbour == 0) {
+        hasUnknownNeighbour_ = true;
+      } else {
+        neighbours_.push_back({entry->neighbour, entry->isRequired, false});
+      }
+    }
+    std::sort(neighbours_.begin(), neighbours_.end(),
+              [](const Neighbour& a, const Neighbour& b) { return a.cell < b.cell; });
+    // The first of equal cells stands for all of them when one is looked for that is missing.
+    for (std::size_t i = 0; i < neighbours_.size(); i = EndOfRun(i)) {
+      for (std::size_t j = i; j < EndOfRun(i); ++j) {
+        neighbours_[i].isRequired = neighbours_[i].isRequired || neighbours_[j].isRequired;
+      }
+    }
+  }
+
+  /// Behind the last of the neighbours that are the same cell as neighbours_[i].
+  std::size_t EndOfRun(std::size_t i) const {
+    std::size_t j = i + 1;
+    while (j < neighbours_.size() && neighbours_[j].cell == neighbours_[i].cell) ++j;
+    return j;
+  }
+
+  void CheckNeighbourEntry(int c, int k, int cell) {
+    if (cell < 1 || cell > view_.nCell) {
+      report_.Add(HostBreach::IndexOutOfRange, c, [&] {
+        return Text("entry ", k, " of the CellCell row of cell ", c, " is ", cell, ", outside 1..",
+                    view_.nCell);
+      });
+      return;
+    }
+    bool isNeighbour = false;
+    for (Neighbour& neighbour : neighbours_) {
+      if (neighbour.cell != cell) continue;
+      isNeighbour = true;
+      if (neighbour.isListed) continue;
+      neighbour.isListed = true;
+      return;
+    }
+    if (isNeighbour) {
+      report_.Add(HostBreach::RowEntryTwice, c, [&] {
+        return Text("the CellCell row of cell ", c, " names ", view_.CellName(cell), " twice");
+      });
+    } else if (!hasUnknownNeighbour_) {
+      report_.Add(HostBreach::RowEntryExtra, c, [&] {
+        return Text("entry ", k, " of the CellCell row of cell ", c, " is ", view_.CellName(cell),
+                    ", which no face joins to the cell");
+      });
+    }
+  }
+
+  const HostView& view_;
+  const CellFaces& cellFaces_;
+  HostCheckReport& report_;
+  std::vector<char> isListed_;  // [entry of the cell at hand]
+  std::vector<Neighbour> neighbours_;
+  bool hasUnknownNeighbour_ = false;
+  std::array<int, HostView::kGroups> nListed_{}, nMissing_{};
+  std::vector<Missing> missing_;
+};
+
+}  // namespace
+
+void CheckCellRows(const HostView& view, const CellFaces& cellFaces, HostCheckReport& report) {
+  CellRowCheck check(view, cellFaces, report);
+  for (int c = 1; c <= view.nInner; ++c) {
+    check.CheckFaces(c);
+    check.CheckNeighbours(c);
+  }
+  check.TellMissing();
+}
+
+}  // namespace host_check

@@ -1,0 +1,207 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host_check/CollectiveChecks.h"
+#include "host_check/ProbeField.h"
+#include "host_check/Text.h"
+
+namespace host_check {
+
+bool ProbeField::SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+namespace {
+
+class ExchangeCheck {
+ public:
+  ExchangeCheck(const HostView& view, CCommunication& communication, const HostCheckOptions& options,
+                HostCheckReport& report)
+      : view_(view),
+        communication_(communication),
+        options_(options),
+        report_(report),
+        mark_(PartitionMark(view) % (1 << 19)) {
+    CollectHaloCells();
+  }
+
+  /// The owners' cell centres must arrive where this partition has the halo cells' centres.
+  void CheckCentres() {
+    const double* const components[] = {view_.centres.x, view_.centres.y, view_.centres.z};
+    std::vector<ProbeField> received;
+    for (const double* component : components) {
+      // A partition without centres exchanges all the same; the others need its part in it.
+      received.emplace_back(view_, [&](int c) { return component != nullptr ? component[c] : 0.0; });
+      Exchange(received.back(), "DDM_Exch");
+    }
+    for (const Halo& halo : halos_) CompareCentre(halo, received);
+  }
+
+  /// AllMin's answer of the neighbours, which must be the one that was given here.
+  void CheckMinimum(int minimum) {
+    ProbeField field(view_, [&](int) { return static_cast<double>(minimum); });
+    Exchange(field, "DDM_Exch");
+    for (const Halo& halo : halos_) {
+      const int cell = halo.cell;
+      if (!field.IsFilled(cell) || field[cell] == minimum) continue;
+      report_.Add(HostBreach::MinimumDiffers, cell, [&] {
+        return Text("AllMin gave ", minimum, " here and ", field[cell], " on the partition that owns ",
+                    view_.CellName(cell));
+      });
+    }
+  }
+
+  /// Five fields of different data through four buffers: four are started together, the fifth in the buffer of
+  /// the first that was waited for, while three are still under way. The operators do the same.
+  void CheckNonBlocking() {
+    for (int k = 0; k < kFields; ++k) {
+      const auto valueOf = [&](int c) { return ValueOf(k, c); };
+      expected_.push_back(std::make_unique<ProbeField>(view_, valueOf));
+      Exchange(*expected_.back(), "DDM_Exch");
+      fields_.push_back(std::make_unique<ProbeField>(view_, valueOf));
+    }
+    for (int k = 0; k < 4; ++k) Start(k, k);
+    Wait(2, 2);
+    Start(4, 2);
+    Wait(0, 0);
+    Wait(3, 3);
+    Wait(1, 1);
+    Wait(4, 2);
+    for (const auto& field : fields_) CheckUntouched(*field, "DDM_IExch_Start and DDM_IExch_Wait");
+  }
+
+ private:
+  static constexpr int kFields = 5;
+
+  struct Halo {
+    int cell, face;  ///< the lowest partition face that leads to the cell
+  };
+
+  void CollectHaloCells() {
+    const FaceGroupView& group = view_.PartitionGroup();
+    for (int f = 1; f <= group.count; ++f) halos_.push_back({group.other[f], f});
+    std::stable_sort(halos_.begin(), halos_.end(),
+                     [](const Halo& a, const Halo& b) { return a.cell < b.cell; });
+    const auto end = std::unique(halos_.begin(), halos_.end(),
+                                 [](const Halo& a, const Halo& b) { return a.cell == b.cell; });
+    halos_.erase(end, halos_.end());
+  }
+
+  /// Another number for every field, cell and (very likely) partition. Exact in double: 19 bits of the mark, 31
+  /// of the cell, 3 of the field.
+  double ValueOf(int field, int c) const { return std::ldexp(mark_, 34) + 8.0 * c + field; }
+
+  void Exchange(ProbeField& field, const char* operation) {
+    communication_.DDM_Exch(field.Data());
+    CheckUntouched(field, operation);
+  }
+
+  void Start(int field, int buffer) {
+    communication_.DDM_IExch_Start(fields_[field]->Data(), static_cast<ZYNNonBlockingBufferId>(buffer));
+  }
+
+  void Wait(int field, int buffer) {
+    communication_.DDM_IExch_Wait(fields_[field]->Data(), static_cast<ZYNNonBlockingBufferId>(buffer));
+    for (const Halo& halo : halos_) Compare(field, buffer, halo.cell);
+  }
+
+  void CheckUntouched(const ProbeField& field, const char* operation) {
+    field.ForEachChangedInterior([&](int c) {
+      report_.Add(HostBreach::ExchangeChangesInterior, c,
+                  [&] { return Text(operation, " changed the value of interior cell ", c); });
+    });
+    field.ForEachChangedGhost([&](int c) {
+      report_.Add(HostBreach::ExchangeChangesGhost, c, [&] {
+        return Text(operation, " changed the value of ", view_.CellName(c),
+                    ", which lies beyond a boundary face");
+      });
+    });
+    field.ForEachChangedOutside([&](int i) {
+      report_.Add(HostBreach::ExchangeOutsideCells, i, [&] {
+        return Text(operation, " wrote to element ", i, " of a field, outside 1..NCell = ", view_.nCell);
+      });
+    });
+  }
+
+  void CompareCentre(const Halo& halo, const std::vector<ProbeField>& received) {
+    const int cell = halo.cell;
+    const std::string faceName = view_.PartitionGroup().Name(halo.face);
+    const bool isFilled = std::all_of(received.begin(), received.end(),
+                                      [cell](const ProbeField& field) { return field.IsFilled(cell); });
+    if (!isFilled) {
+      report_.Add(HostBreach::HaloNotFilled, cell, [&] {
+        return Text("DDM_Exch does not fill ", view_.CellName(cell), ", which lies beyond ", faceName);
+      });
+      return;
+    }
+    if (!view_.centreSound[cell]) return;  // told already, or there are none
+    const Vec3 own = view_.centres[cell];
+    const Vec3 owners = {received[0][cell], received[1][cell], received[2][cell]};
+    if (Norm(owners - own) <= Tolerance(halo.face, own)) return;
+    report_.Add(HostBreach::HaloFromElsewhere, cell, [&] {
+      return Text(view_.CellName(cell), " beyond ", faceName, " has the centre ", own,
+                  ", but the centre that DDM_Exch brings is ", owners);
+    });
+  }
+
+  /// Round-off of the coordinates and a small part of the distance between the two cells.
+  double Tolerance(int face, const Vec3& centre) const {
+    const FaceGroupView& group = view_.PartitionGroup();
+    const bool isKnown = group.cvSound[face] && view_.centreSound[group.cv[face]];
+    const double distance = isKnown ? Norm(centre - view_.centres[group.cv[face]]) : 0.0;
+    return options_.positionTolerance * distance + 1e-14 * Norm(centre);
+  }
+
+  /// What a wait has brought against what the blocking exchange brought.
+  void Compare(int field, int buffer, int cell) {
+    const double value = (*fields_[field])[cell], expected = (*expected_[field])[cell];
+    if (value == expected || !expected_[field]->IsFilled(cell)) return;
+    if (!fields_[field]->IsFilled(cell)) {
+      report_.Add(HostBreach::NonBlockingEarly, cell, [&] {
+        return Text("DDM_IExch_Wait in buffer ", buffer, " came back before ", view_.CellName(cell),
+                    " was filled");
+      });
+      return;
+    }
+    for (int other = 0; other < kFields; ++other) {
+      if (value != (*expected_[other])[cell]) continue;
+      report_.Add(HostBreach::NonBlockingMixed, cell, [&] {
+        return Text("DDM_IExch_Wait in buffer ", buffer, " filled ", view_.CellName(cell),
+                    " with the data of another exchange, started in buffer ", other == 4 ? 2 : other);
+      });
+      return;
+    }
+    report_.Add(HostBreach::NonBlockingDiffers, cell, [&] {
+      return Text("DDM_IExch_Wait in buffer ", buffer, " filled ", view_.CellName(cell), " with ", value,
+                  ", DDM_Exch with ", expected);
+    });
+  }
+
+  const HostView& view_;
+  CCommunication& communication_;
+  const HostCheckOptions& options_;
+  HostCheckReport& report_;
+  const double mark_;
+  std::vector<Halo> halos_;  // ascending by cell, each cell once
+  std::vector<std::unique_ptr<ProbeField>> expected_, fields_;
+};
+
+}  // namespace
+
+bool PartitionCellsAreSound(const HostView& view) {
+  const FaceGroupView& group = view.PartitionGroup();
+  return std::all_of(group.otherSound.begin() + 1, group.otherSound.end(), [](char sound) { return sound; });
+}
+
+void CheckExchanges(const HostView& view, CCommunication& communication, int minimum,
+                    const HostCheckOptions& options, HostCheckReport& report) {
+  ExchangeCheck check(view, communication, options, report);
+  check.CheckCentres();
+  check.CheckMinimum(minimum);
+  if (options.nonBlocking) check.CheckNonBlocking();
+}
+
+}  // namespace host_check

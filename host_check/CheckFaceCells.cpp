@@ -1,0 +1,68 @@
+#include "host_check/LocalChecks.h"
+#include "host_check/Text.h"
+
+namespace host_check {
+namespace {
+
+class FaceCellCheck {
+ public:
+  FaceCellCheck(HostView& view, HostCheckReport& report) : view_(view), report_(report) {}
+
+  void CheckGroup(int g) {
+    FaceGroupView& group = view_.groups[g];
+    if (group.cv == nullptr || group.other == nullptr) return;
+    for (int f = 1; f <= group.count; ++f) {
+      const int cv = group.cv[f], other = group.other[f];
+      group.cvSound[f] = view_.IsInterior(cv);
+      if (!group.cvSound[f]) TellRange(group, f, group.prefix + "CV", cv, 1, view_.nInner);
+
+      if (cv == other) {
+        report_.Add(HostBreach::FaceOnOneCell, f,
+                    [&] { return Text(group.Name(f), " joins cell ", cv, " to itself"); });
+        continue;
+      }
+      const bool toInterior = group.farSide == FarSide::Interior;
+      group.otherSound[f] = toInterior ? view_.IsInterior(other) : view_.IsBeyond(other);
+      if (!group.otherSound[f]) {
+        const int first = toInterior ? 1 : view_.nInner + 1, last = toInterior ? view_.nInner : view_.nCell;
+        TellRange(group, f, group.prefix, other, first, last);
+      } else if (!toInterior) {
+        NameCell(g, f, other);
+      }
+    }
+  }
+
+ private:
+  void TellRange(const FaceGroupView& group, int f, const std::string& array, int value, int first,
+                 int last) {
+    report_.Add(HostBreach::IndexOutOfRange, f, [&] {
+      return Text(group.Name(f), ": ", array, '[', f, "] = ", value, " is outside ", first, "..", last);
+    });
+  }
+
+  /// Every boundary face has a ghost cell of its own; a halo cell may have several faces.
+  void NameCell(int g, int f, int cell) {
+    HostView::Namer& namer = view_.namer[cell];
+    if (namer.group < 0) {
+      namer = {g, f};
+      return;
+    }
+    const FaceGroupView &group = view_.groups[g], &former = view_.groups[namer.group];
+    if (group.farSide == FarSide::Halo && former.farSide == FarSide::Halo) return;
+    report_.Add(HostBreach::GhostNamedTwice, cell, [&] {
+      return Text("cell ", cell, " lies beyond ", former.Name(namer.face), " and beyond ", group.Name(f));
+    });
+  }
+
+  HostView& view_;
+  HostCheckReport& report_;
+};
+
+}  // namespace
+
+void CheckFaceCells(HostView& view, HostCheckReport& report) {
+  FaceCellCheck check(view, report);
+  for (int g = 0; g < HostView::kGroups; ++g) check.CheckGroup(g);
+}
+
+}  // namespace host_check

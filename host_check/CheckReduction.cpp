@@ -1,0 +1,93 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#include "host_check/CollectiveChecks.h"
+#include "host_check/Text.h"
+
+namespace host_check {
+namespace {
+
+// One more than the largest range of whole numbers that single precision holds: 16777217 becomes 16777216 in a
+// reduction of floats.
+constexpr int kEqualValue = 16777217;
+
+/// A running hash (FNV-1a) of 64-bit words.
+class WordHash {
+ public:
+  void Add(std::uint64_t word) {
+    for (int byte = 0; byte < 8; ++byte) {
+      value_ = (value_ ^ ((word >> (8 * byte)) & 0xFF)) * 0x100000001B3ULL;
+    }
+  }
+  void Add(double number) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, &number, sizeof word);
+    Add(word);
+  }
+  /// 30 bits of it, so that the negative is an int as well.
+  int Value() const { return static_cast<int>((value_ ^ (value_ >> 32)) & 0x3FFFFFFF); }
+
+ private:
+  std::uint64_t value_ = 0xCBF29CE484222325ULL;
+};
+
+int AllMinOf(CZYNCom& reduction, int value) {
+  reduction.AllMin(value);
+  return value;
+}
+
+}  // namespace
+
+int PartitionMark(const HostView& view) {
+  constexpr int kCells = 8;
+  WordHash hash;
+  for (const int count : {view.nCell, view.nInner, view.nNode}) hash.Add(static_cast<std::uint64_t>(count));
+  for (int c = 1; c <= std::min(view.nInner, kCells); ++c) {
+    if (!view.centreSound[c]) continue;
+    const Vec3 centre = view.centres[c];
+    for (const double x : {centre.x, centre.y, centre.z}) hash.Add(x);
+  }
+  return hash.Value();
+}
+
+int CheckReduction(const HostView& view, CZYNCom& reduction, HostCheckReport& report) {
+  const int equal = AllMinOf(reduction, kEqualValue);
+  if (equal != kEqualValue) {
+    report.Add(HostBreach::MinimumWrong, 0,
+               [&] { return Text("AllMin gave ", equal, " when every partition passed ", kEqualValue); });
+  }
+
+  const int mark = PartitionMark(view);
+  const int minimum = AllMinOf(reduction, mark);
+  if (minimum > mark) {
+    report.Add(HostBreach::MinimumWrong, 0, [&] {
+      return Text("AllMin gave ", minimum, ", more than the ", mark, " that this partition passed");
+    });
+  }
+
+  // If the partitions had different answers, the least of them and the least of their negatives cannot both be
+  // what this partition passes on.
+  const int least = AllMinOf(reduction, minimum), greatest = -AllMinOf(reduction, -minimum);
+  if (least != minimum || greatest != minimum) {
+    report.Add(HostBreach::MinimumDiffers, 0, [&] {
+      return Text("AllMin gave ", minimum, " here; of what it gave on all partitions the least is ", least,
+                  " and the greatest ", greatest);
+    });
+  }
+  return minimum;
+}
+
+void CheckExchangeChoice(CZYNCom& reduction, const CZyn3dGV* globals, HostCheckReport& report) {
+  // A partition without the object passes what decides neither minimum.
+  const int choice = globals != nullptr && globals->UseNonBlockingExch != 0 ? 1 : 0;
+  const int least = AllMinOf(reduction, globals != nullptr ? choice : 1);
+  const int greatest = -AllMinOf(reduction, -choice);
+  if (globals == nullptr || least >= greatest) return;
+  report.Add(HostBreach::ExchangeChoiceDiffers, 0, [&] {
+    return Text("UseNonBlockingExch is ", choice == 0 ? "zero" : "not zero",
+                " here, but not so on all partitions");
+  });
+}
+
+}  // namespace host_check

@@ -1,0 +1,51 @@
+#include "host_check/HostBreach.h"
+
+namespace host_check {
+
+const char* NameOf(HostBreach breach) {
+  // In the order of the enumeration.
+  static constexpr const char* kNames[kHostBreaches] = {"missing-object",
+                                                        "bad-count",
+                                                        "missing-array",
+                                                        "missing-row",
+                                                        "arrays-overlap",
+                                                        "bad-file-name",
+                                                        "index-out-of-range",
+                                                        "face-on-one-cell",
+                                                        "ghost-named-twice",
+                                                        "not-finite",
+                                                        "zero-area",
+                                                        "area-wrong-way",
+                                                        "ghost-not-beyond-face",
+                                                        "face-centre-away",
+                                                        "cell-not-closed",
+                                                        "bad-volume",
+                                                        "volume-disagrees",
+                                                        "cell-centre-away",
+                                                        "weight-out-of-range",
+                                                        "weight-of-other-side",
+                                                        "row-length",
+                                                        "row-entry-missing",
+                                                        "row-entry-extra",
+                                                        "row-entry-twice",
+                                                        "unknown-face-code",
+                                                        "group-in-no-row",
+                                                        "few-face-nodes",
+                                                        "nodes-span-no-plane",
+                                                        "nodes-off-plane",
+                                                        "face-node-not-in-cell",
+                                                        "minimum-wrong",
+                                                        "minimum-differs",
+                                                        "exchange-choice-differs",
+                                                        "halo-not-filled",
+                                                        "halo-from-elsewhere",
+                                                        "exchange-changes-interior",
+                                                        "exchange-changes-ghost",
+                                                        "exchange-outside-cells",
+                                                        "non-blocking-early",
+                                                        "non-blocking-mixed",
+                                                        "non-blocking-differs"};
+  return kNames[static_cast<int>(breach)];
+}
+
+}  // namespace host_check

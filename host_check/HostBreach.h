@@ -1,0 +1,61 @@
+#pragma once
+
+namespace host_check {
+
+/// The ways in which a host can break its contract. NameOf() gives the name that messages begin with;
+/// docs/porting.md explains each under that name.
+enum class HostBreach {
+  // what is lent at all
+  MissingObject,
+  BadCount,
+  MissingArray,
+  MissingRow,
+  ArraysOverlap,
+  BadFileName,
+  // faces and their cells
+  IndexOutOfRange,
+  FaceOnOneCell,
+  GhostNamedTwice,
+  // geometry
+  NotFinite,
+  ZeroArea,
+  AreaWrongWay,
+  GhostNotBeyondFace,
+  FaceCentreAway,
+  CellNotClosed,
+  BadVolume,
+  VolumeDisagrees,
+  CellCentreAway,
+  WeightOutOfRange,
+  WeightOfOtherSide,
+  // tables of cells and nodes
+  RowLength,
+  RowEntryMissing,
+  RowEntryExtra,
+  RowEntryTwice,
+  UnknownFaceCode,
+  GroupInNoRow,
+  FewFaceNodes,
+  NodesSpanNoPlane,
+  NodesOffPlane,
+  FaceNodeNotInCell,
+  // what the partitions do together
+  MinimumWrong,
+  MinimumDiffers,
+  ExchangeChoiceDiffers,
+  HaloNotFilled,
+  HaloFromElsewhere,
+  ExchangeChangesInterior,
+  ExchangeChangesGhost,
+  ExchangeOutsideCells,
+  NonBlockingEarly,
+  NonBlockingMixed,
+  NonBlockingDiffers,
+};
+
+constexpr int kHostBreaches = static_cast<int>(HostBreach::NonBlockingDiffers) + 1;
+
+/// For example "area-wrong-way".
+const char* NameOf(HostBreach breach);
+
+}  // namespace host_check

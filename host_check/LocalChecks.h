@@ -1,0 +1,57 @@
+#pragma once
+
+#include "host/Zyn3dGV.h"
+#include "host_check/CellFaces.h"
+#include "host_check/CellNodes.h"
+#include "host_check/HostCheckOptions.h"
+#include "host_check/HostCheckReport.h"
+#include "host_check/HostView.h"
+
+/// @file
+/// The checks of one partition's data, in the order in which they are called. None is collective.
+
+namespace host_check {
+
+/// Counts that are negative or contradict each other. Both objects may be null.
+/// @return whether all counts can be relied on
+bool CheckCounts(const CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
+                 HostCheckReport& report);
+
+/// Arrays that are null though their count is not 0.
+void CheckArrays(const HostView& view, const HostCheckOptions& options, HostCheckReport& report);
+
+/// The two cells of every face. Sets cvSound, otherSound and the namers of ghost and halo cells.
+void CheckFaceCells(HostView& view, HostCheckReport& report);
+
+/// Nodes, cell centres and face centres that are not finite. Sets centreSound and nodeSound.
+void CheckPositions(HostView& view, const HostCheckOptions& options, HostCheckReport& report);
+
+/// Area vectors that are zero or not finite. Sets areaSound.
+void CheckAreas(HostView& view, HostCheckReport& report);
+
+/// The faces' rows of nodes, each by itself. Sets nodesSound.
+void CheckFaceNodes(HostView& view, HostCheckReport& report);
+
+/// Direction of the area vectors, places of ghost cells and face centres. Sets turned.
+void CheckFaceGeometry(HostView& view, const HostCheckOptions& options, HostCheckReport& report);
+
+/// Weights of inner and partition faces.
+void CheckWeights(const HostView& view, HostCheckReport& report);
+
+/// Volumes, closure, places of the centres.
+void CheckCellGeometry(const HostView& view, const CellFaces& cellFaces, const CellNodes& cellNodes,
+                       const HostCheckOptions& options, HostCheckReport& report);
+
+/// CellFace, CellFaceType and CellCell against the face tables.
+void CheckCellRows(const HostView& view, const CellFaces& cellFaces, HostCheckReport& report);
+
+/// CellLnods and CellLnodsNumber against the faces' nodes.
+void CheckCellNodes(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report);
+
+/// NodeCell against the faces' nodes.
+void CheckNodeCells(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report);
+
+/// Work arrays and file name of the global variables.
+void CheckGlobals(const HostView& view, const CZyn3dGV& globals, HostCheckReport& report);
+
+}  // namespace host_check

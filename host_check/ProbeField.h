@@ -1,0 +1,66 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host_check/HostView.h"
+
+namespace host_check {
+
+/// A cell array of the checker's own that is given to an exchange: values in the interior cells, a marker
+/// everywhere else, with more of it before and behind the array.
+class ProbeField {
+ public:
+  /// No exchange produces this value from the values that are exchanged here.
+  static constexpr double kMarker = -7.25e+77;
+
+  /// @param valueOf  double(int cell), for the interior cells
+  template <class ValueOf>
+  ProbeField(const HostView& view, const ValueOf& valueOf)
+      : view_(view), values_(static_cast<std::size_t>(view.nCell) + 1 + 2 * kGuard, kMarker) {
+    for (int c = 1; c <= view.nInner; ++c) (*this)[c] = valueOf(c);
+    original_.assign(values_.begin() + kGuard, values_.begin() + kGuard + view.nInner + 1);
+  }
+
+  double* Data() { return values_.data() + kGuard; }  ///< [1..NCell]
+  double& operator[](int c) { return values_[static_cast<std::size_t>(kGuard + c)]; }
+  double operator[](int c) const { return values_[static_cast<std::size_t>(kGuard + c)]; }
+  bool IsFilled(int c) const { return (*this)[c] != kMarker; }
+
+  /// Calls tell(cell) for each interior cell whose value was changed in any bit.
+  template <class Tell>
+  void ForEachChangedInterior(const Tell& tell) const {
+    for (int c = 1; c <= view_.nInner; ++c) {
+      if (!SameBits((*this)[c], original_[static_cast<std::size_t>(c)])) tell(c);
+    }
+  }
+
+  /// Calls tell(cell) for each ghost cell of a boundary face that was written to.
+  template <class Tell>
+  void ForEachChangedGhost(const Tell& tell) const {
+    for (int c = view_.nInner + 1; c <= view_.nCell; ++c) {
+      const int g = view_.namer[c].group;
+      if (g >= 0 && view_.groups[g].farSide == FarSide::Ghost && IsFilled(c)) tell(c);
+    }
+  }
+
+  /// Calls tell(element) for each element outside 1..NCell that was written to.
+  template <class Tell>
+  void ForEachChangedOutside(const Tell& tell) const {
+    for (int i = -kGuard; i <= 0; ++i)
+      if (IsFilled(i)) tell(i);
+    for (int i = view_.nCell + 1; i <= view_.nCell + kGuard; ++i)
+      if (IsFilled(i)) tell(i);
+  }
+
+  static bool SameBits(double a, double b);
+
+ private:
+  static constexpr int kGuard = 64;
+
+  const HostView& view_;
+  std::vector<double> values_;    // [-kGuard..nCell+kGuard] of the field
+  std::vector<double> original_;  // [1..nInner]
+};
+
+}  // namespace host_check

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+
+namespace host_check {
+
+/// The values one after the other, as a stream prints them.
+template <class... Values>
+std::string Text(const Values&... values) {
+  std::ostringstream out;
+  out.precision(9);
+  (out << ... << values);
+  return out.str();
+}
+
+}  // namespace host_check
