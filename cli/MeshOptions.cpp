@@ -20,7 +20,7 @@ void AddMeshOptions(CLI::App& command, MeshOptions& options) {
   command
       .add_option("MESH", options.mesh,
                   "A Gmsh file (.msh), a polyMesh folder or its case, or a box:\n"
-                  "box:NX,NY,NZ[:hex|tet|prism][:perturb=A,seed=S]")
+                  "box:NX,NY,NZ[:hex|tet|prism|dual][:perturb=A,seed=S,stretch=F,skew=W]")
       ->required();
   AddRepeatableOption(command, "--group", options.groups,
                       "Kind of a boundary whose name does not tell it; repeat as needed")

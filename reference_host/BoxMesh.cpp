@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "reference_host/BoxBlocks.h"
+#include "reference_host/BoxMapping.h"
 #include "reference_host/BoxShapes.h"
+#include "reference_host/DualMesh.h"
 #include "reference_host/MeshError.h"
 
 namespace reference_host {
@@ -19,6 +21,11 @@ GridBlock WholeGrid(const BoxSpec& spec) { return {{0, 0, 0}, {spec.nx, spec.ny,
 
 std::string Text(const BoxSpec& spec) {
   return "box:" + std::to_string(spec.nx) + "," + std::to_string(spec.ny) + "," + std::to_string(spec.nz);
+}
+
+BoxSpec PrimalOf(BoxSpec dual) {
+  dual.shape = BoxSpec::Shape::Tet;
+  return dual;
 }
 
 void CheckParts(const BoxSpec& spec, int nParts) {
@@ -42,7 +49,7 @@ std::uint64_t Mix(std::uint64_t x) {
 // In [-1, 1): the upper 53 bits of the number.
 double SignedUnit(std::uint64_t x) { return static_cast<double>(x >> 11) * 0x1p-52 - 1.0; }
 
-/// Place of a node. It depends on nothing but the node, so that every rank gets the same.
+/// Place of a node before the mapping. It depends on nothing but the node, so that every rank gets the same.
 Point NodePoint(const BoxSpec& spec, const GridIndex& node, std::int64_t globalNode) {
   const GridIndex n = {spec.nx, spec.ny, spec.nz};
   const double longest = std::max({n[0], n[1], n[2]});
@@ -65,6 +72,7 @@ class PartMaker {
  public:
   PartMaker(const BoxSpec& spec, int part, int nParts)
       : spec_(spec),
+        mapping_(spec),
         shape_(ShapeTable(spec.shape)),
         grid_(WholeGrid(spec)),
         bisection_(grid_, nParts),
@@ -163,7 +171,7 @@ class PartMaker {
       const std::int64_t globalNode =
           node[0] + std::int64_t{spec_.nx + 1} * (node[1] + std::int64_t{spec_.ny + 1} * node[2]);
       result_.globalNode.push_back(globalNode);
-      result_.points.push_back(NodePoint(spec_, node, globalNode));
+      result_.points.push_back(mapping_.Map(NodePoint(spec_, node, globalNode)));
     });
   }
 
@@ -227,6 +235,7 @@ class PartMaker {
   static constexpr int kPresent = -2;  // belongs to the part, number not given yet
 
   const BoxSpec spec_;
+  const BoxMapping mapping_;
   const ShapeInCube& shape_;
   GridBlock grid_;
   GridBisection bisection_;
@@ -241,7 +250,15 @@ class PartMaker {
 
 }  // namespace
 
+std::int64_t BoxNodeCount(const BoxSpec& spec) {
+  const std::int64_t nx = spec.nx, ny = spec.ny, nz = spec.nz;
+  if (spec.shape != BoxSpec::Shape::Dual) return (nx + 1) * (ny + 1) * (nz + 1);
+  // Centres of tetrahedra and of boundary triangles, and the edges of the box with their middles between nodes.
+  return 6 * nx * ny * nz + 4 * (nx * ny + ny * nz + nz * nx) + 8 * (nx + ny + nz) - 4;
+}
+
 FaceMesh MakeBox(const BoxSpec& spec) {
+  if (spec.shape == BoxSpec::Shape::Dual) return MakeDual(MakeBox(PrimalOf(spec)));
   MeshPart part = MakeBoxPart(spec, 0, 1);
   FaceMesh mesh;
   mesh.points = std::move(part.points);
@@ -257,14 +274,17 @@ FaceMesh MakeBox(const BoxSpec& spec) {
 
 MeshPart MakeBoxPart(const BoxSpec& spec, int part, int nParts) {
   CheckParts(spec, nParts);
+  if (spec.shape == BoxSpec::Shape::Dual)
+    return ExtractPart(MakeBox(spec), BoxPartOfCell(spec, nParts), part, nParts);
   return PartMaker(spec, part, nParts).Make();
 }
 
 std::vector<int> BoxPartOfCell(const BoxSpec& spec, int nParts) {
   CheckParts(spec, nParts);
-  const GridBlock grid = WholeGrid(spec);
+  const bool isDual = spec.shape == BoxSpec::Shape::Dual;
+  const GridBlock grid = isDual ? WholeGrid(spec).Nodes() : WholeGrid(spec);
   const GridBisection bisection(grid, nParts);
-  const std::size_t cellsInCube = ShapeTable(spec.shape).cells.size();
+  const std::size_t cellsInCube = isDual ? 1 : ShapeTable(spec.shape).cells.size();
   std::vector<int> partOfCell;
   grid.ForEach([&](const GridIndex& cube) {
     partOfCell.insert(partOfCell.end(), cellsInCube, bisection.PartOf(cube));

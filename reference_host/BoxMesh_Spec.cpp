@@ -17,6 +17,8 @@ namespace {
 
 const std::string kPrefix = "box:";
 
+constexpr double kMostStretch = 1e6;
+
 std::vector<std::string> Split(const std::string& text, char separator) {
   std::vector<std::string> pieces;
   std::size_t begin = 0;
@@ -33,7 +35,10 @@ class SpecParser {
   explicit SpecParser(const std::string& text) : text_(text) {}
 
   BoxSpec Parse() {
-    if (!IsBoxSpec(text_)) Fail("a box is given as box:NX,NY,NZ[:hex|tet|prism][:perturb=A,seed=S]");
+    if (!IsBoxSpec(text_))
+      Fail(
+          "a box is given as box:NX,NY,NZ[:hex|tet|prism|dual]"
+          "[:perturb=A,seed=S,stretch=F,skew=W]");
     const std::vector<std::string> pieces = Split(text_.substr(kPrefix.size()), ':');
     ReadCounts(pieces[0]);
     std::size_t next = 1;
@@ -74,8 +79,10 @@ class SpecParser {
       spec_.shape = BoxSpec::Shape::Tet;
     } else if (piece == "prism") {
       spec_.shape = BoxSpec::Shape::Prism;
+    } else if (piece == "dual") {
+      spec_.shape = BoxSpec::Shape::Dual;
     } else {
-      Fail("cells are hex, tet or prism, not \"" + piece + "\"");
+      Fail("cells are hex, tet, prism or dual, not \"" + piece + "\"");
     }
   }
 
@@ -88,8 +95,12 @@ class SpecParser {
         spec_.perturb = Read<double>(value, name);
       } else if (name == "seed") {
         spec_.seed = Read<std::uint64_t>(value, name);
+      } else if (name == "stretch") {
+        spec_.stretch = Read<double>(value, name);
+      } else if (name == "skew") {
+        spec_.skew = Read<double>(value, name);
       } else {
-        Fail("unknown option \"" + option + "\", there are perturb=A and seed=S");
+        Fail("unknown option \"" + option + "\", there are perturb=A, seed=S, stretch=F and skew=W");
       }
     }
   }
@@ -105,7 +116,8 @@ void CheckCounts(const BoxSpec& spec, const std::string& name) {
     if (n < 1) throw MeshError(name + ": cell counts must be 1 or more, not " + std::to_string(n));
   }
   const double nx = spec.nx, ny = spec.ny, nz = spec.nz;
-  const ShapeInCube& shape = ShapeTable(spec.shape);
+  const bool isDual = spec.shape == BoxSpec::Shape::Dual;  // its mesh of tetrahedra has more of everything
+  const ShapeInCube& shape = ShapeTable(isDual ? BoxSpec::Shape::Tet : spec.shape);
   const double nCubes = nx * ny * nz;
   const double nNodes = (nx + 1) * (ny + 1) * (nz + 1);
   const double nFaces = nCubes * shape.nInnerFaces() + (nx + 1) * ny * nz * shape.nFacesOnSide(0) +
@@ -124,11 +136,16 @@ BoxSpec ParseBoxSpec(const std::string& text) { return SpecParser(text).Parse();
 
 void CheckBoxSpec(const BoxSpec& spec, const std::string& name) {
   CheckCounts(spec, name);
-  if (!(spec.perturb >= 0.0 && spec.perturb < 0.5)) {
+  const auto fail = [&name](const std::string& what, double value) {
     std::ostringstream text;
-    text << name << ": perturb must be at least 0 and less than 0.5, not " << spec.perturb;
+    text << name << ": " << what << ", not " << value;
     throw MeshError(text.str());
-  }
+  };
+  if (!(spec.perturb >= 0.0 && spec.perturb < 0.5))
+    fail("perturb must be at least 0 and less than 0.5", spec.perturb);
+  if (!(spec.stretch >= 1.0 && spec.stretch <= kMostStretch))
+    fail("stretch must be at least 1 and at most 1e+06", spec.stretch);
+  if (!(spec.skew >= 0.0 && spec.skew < 0.3)) fail("skew must be at least 0 and less than 0.3", spec.skew);
 }
 
 }  // namespace reference_host

@@ -122,6 +122,7 @@ const ShapeInCube& ShapeTable(BoxSpec::Shape shape) {
     case BoxSpec::Shape::Prism:
       return prism;
     case BoxSpec::Shape::Hex:
+    case BoxSpec::Shape::Dual:
       break;
   }
   return hex;

@@ -27,6 +27,7 @@ struct ShapeInCube {
   int nFacesOnSide(int side) const;  ///< opposite sides have the same number
 };
 
+/// @pre not a dual, whose cells are in no single cube
 const ShapeInCube& ShapeTable(BoxSpec::Shape shape);
 
 }  // namespace reference_host

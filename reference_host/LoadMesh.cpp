@@ -63,7 +63,7 @@ class MeshLoader {
     RunTogether(communicator_, [&] {
       Report("generating");
       const BoxSpec spec = ParseBoxSpec(meshSpec_);
-      loaded_.summary.nNodes = std::int64_t{spec.nx + 1} * (spec.ny + 1) * (spec.nz + 1);
+      loaded_.summary.nNodes = BoxNodeCount(spec);
       part = MakeBoxPart(spec, communicator_.rank(), communicator_.size());
       facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
     });

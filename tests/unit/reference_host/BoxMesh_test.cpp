@@ -29,7 +29,12 @@ const std::vector<std::string> kSpecs = {"box:1,1,1",
                                          "box:1,5,2:tet",
                                          "box:3,3,3:hex:perturb=0.3,seed=5",
                                          "box:4,3,3:tet:perturb=0.1,seed=1",
-                                         "box:3,4,3:prism:perturb=0.2"};
+                                         "box:3,4,3:prism:perturb=0.2",
+                                         "box:4,3,2:hex:stretch=50",
+                                         "box:3,4,2:tet:perturb=0.1,stretch=3,skew=0.1",
+                                         "box:4,2,3:dual",
+                                         "box:1,1,1:dual",
+                                         "box:3,3,3:dual:perturb=0.2,seed=2"};
 
 std::string ErrorOf(const std::string& text) {
   try {
@@ -86,6 +91,11 @@ TEST(BoxMesh, ReadsCountsShapeAndPerturbation) {
 
   EXPECT_EQ(ParseBoxSpec("box:1,1,1:prism").shape, BoxSpec::Shape::Prism);
   EXPECT_EQ(ParseBoxSpec("box:1,1,1:perturb=1e-2").perturb, 0.01);
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:dual").shape, BoxSpec::Shape::Dual);
+  EXPECT_EQ(plain.stretch, 1.0);
+  EXPECT_EQ(plain.skew, 0.0);
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").stretch, 1000.0);
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").skew, 0.25);
   EXPECT_TRUE(IsBoxSpec("box:nonsense"));
   EXPECT_FALSE(IsBoxSpec("meshes/box.msh"));
 }
@@ -102,14 +112,21 @@ TEST(BoxMesh, RefusesMalformedTextNamingThePiece) {
       {"box:4, 3,2", "\" 3\""},
       {"box:4,3.5,2", "\"3.5\""},
       {"box:4,99999999999,2", "\"99999999999\" is too large"},
-      {"box:4,3,2:pyramid", "\"pyramid\""},
+      {"box:4,3,2:pyramid", "cells are hex, tet, prism or dual, not \"pyramid\""},
+      {"box:4,3,2:hex:stretch=0.5", "stretch must be at least 1 and at most 1e+06, not 0.5"},
+      {"box:4,3,2:hex:stretch=nan", "not nan"},
+      {"box:4,3,2:hex:stretch=2e6", "not 2e+06"},
+      {"box:4,3,2:hex:stretch=far", "stretch \"far\""},
+      {"box:4,3,2:hex:skew=0.3", "skew must be at least 0 and less than 0.3, not 0.3"},
+      {"box:4,3,2:hex:skew=-0.1", "not -0.1"},
       {"box:4,3,2:hex:perturb=", "perturb \"\""},
       {"box:4,3,2:hex:perturb=a", "perturb \"a\""},
       {"box:4,3,2:hex:perturb=0.5", "less than 0.5, not 0.5"},
       {"box:4,3,2:hex:perturb=-0.1", "not -0.1"},
       {"box:4,3,2:hex:perturb=nan", "not nan"},
       {"box:4,3,2:hex:perturb=0.1,seed=-1", "seed \"-1\""},
-      {"box:4,3,2:hex:scale=2", "\"scale=2\""},
+      {"box:4,3,2:hex:scale=2",
+       "unknown option \"scale=2\", there are perturb=A, seed=S, stretch=F and skew=W"},
       {"box:4,3,2:hex:perturb=0.1:more", "\"more\""},
       {"box:4,3,2:perturb=0.1:hex", "\"hex\""}};
   for (const auto& [text, piece] : wrong) {
@@ -153,7 +170,7 @@ TEST(BoxMesh, CellsAreClosedAndOfEqualPositiveVolume) {
     EXPECT_NEAR(std::accumulate(cells.volume.begin(), cells.volume.end(), 0.0), total, 1e-14) << text;
     for (const double volume : cells.volume) {
       EXPECT_GT(volume, 0.0) << text;
-      if (spec.perturb == 0.0) {
+      if (spec.perturb == 0.0 && spec.stretch == 1.0 && spec.shape != BoxSpec::Shape::Dual) {
         EXPECT_NEAR(volume, total / mesh.nCells, 1e-15) << text;
       }
     }
@@ -195,8 +212,9 @@ TEST(BoxMesh, BoundaryFacesLieOnThePlaneOfTheirPatch) {
   const std::map<std::string, std::pair<std::size_t, double>> planes = {
       {"inlet", {0, 0.0}},      {"outlet", {0, 1.0}},    {"wall_ymin", {1, 0.0}},
       {"wall_ymax", {1, 0.75}}, {"wall_zmin", {2, 0.0}}, {"wall_zmax", {2, 0.5}}};
-  for (const std::string shape : {"hex", "tet", "prism"}) {
-    const FaceMesh mesh = MakeBox(ParseBoxSpec("box:4,3,2:" + shape + ":perturb=0.2,seed=3"));
+  for (const std::string shape : {"hex", "tet", "prism", "dual"}) {
+    const FaceMesh mesh =
+        MakeBox(ParseBoxSpec("box:4,3,2:" + shape + ":perturb=0.2,seed=3,stretch=4,skew=0.05"));
     std::set<std::string> seen;
     for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
       if (mesh.facePatch[f] < 0) continue;
@@ -229,6 +247,13 @@ TEST(BoxMesh, PerturbationMovesInteriorNodesAloneAndWithinItsBound) {
   }
   EXPECT_LE(largest, amount);
   EXPECT_GT(largest, 0.8 * amount);  // 81 draws from an even distribution
+}
+
+TEST(BoxMesh, NodeCountIsThatOfTheBox) {
+  for (const std::string& text : kSpecs) {
+    const BoxSpec spec = ParseBoxSpec(text);
+    EXPECT_EQ(static_cast<std::size_t>(BoxNodeCount(spec)), MakeBox(spec).points.size()) << text;
+  }
 }
 
 TEST(BoxMesh, PartsEqualTheSplitWholeBox) {
