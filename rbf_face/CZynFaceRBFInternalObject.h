@@ -229,7 +229,8 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   int DeriveFaceCoefficentBysolveDQfullMatrix(int i);
 
   /// Method 3: value and gradient at the target point from the face's two cells and its vertices, each vertex
-  /// replaced by the cells around it.
+  /// replaced by the cells around it. Initialize_FaceInterpolateData solves the system of each vertex once;
+  /// called by itself, this solves those of its face's vertices each time, to the same numbers.
   int DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int i);
 
   /// Method 4: derivative along the normal, (value at E - value at P) / |P - E|, and value, linear between P

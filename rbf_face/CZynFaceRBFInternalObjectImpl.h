@@ -64,8 +64,8 @@ inline FaceGroup FacesOfType(int type, CZYN3DFiniteVolumeMesh const& mesh,
   }
 }
 
-/// Whether the line between two cells goes on beyond the face: both sides are cells of their own there. On the
-/// other types the second cell is a ghost cell that stands on the face.
+/// Whether the line between two cells goes on beyond the face: both sides are cells of their own there. On
+/// the other types the second cell is a ghost cell that stands on the face.
 inline bool HasCellBeyond(int faceType) { return faceType == kInnerFaces || faceType == kPartitionFaces; }
 
 /// Elements of a row of virtual nodes, and rows of positions.

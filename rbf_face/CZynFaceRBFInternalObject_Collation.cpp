@@ -64,8 +64,8 @@ void CZynFaceRBFInternalObject::MeasureMesh() {
   Xmin = box.xmin, Ymin = box.ymin, Zmin = box.zmin;
 }
 
-// A ghost cell stands at the centre of its face, a halo cell at its own centre, which is the target point of its
-// face, too: on purpose the centres of partition faces are not asked for.
+// A ghost cell stands at the centre of its face, a halo cell at its own centre, which is the target point of
+// its face, too: on purpose the centres of partition faces are not asked for.
 void CZynFaceRBFInternalObject::CollateFaces(int type) {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
   FaceGroup const faces = FacesOfType(type, mesh, *pPartFace);

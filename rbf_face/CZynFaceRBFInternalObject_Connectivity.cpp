@@ -42,7 +42,8 @@ class EdgeNeighbours {
   explicit EdgeNeighbours(CZynFaceRBFInternalObject const& object)
       : object_(object), tally_(static_cast<std::size_t>(object.pMesh->NCell) + 1, 0) {}
 
-  /// Those of a cell that is not interior, in the order in which its vertices meet them; none for a halo cell.
+  /// Those of a cell that is not interior, in the order in which its vertices meet them; none for a halo
+  /// cell.
   std::vector<int> const& Of(int c) {
     Meet(c);
     neighbours_.clear();

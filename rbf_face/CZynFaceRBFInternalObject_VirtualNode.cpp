@@ -54,8 +54,8 @@ int CZynFaceRBFInternalObject::CountingVirtualNodeToCellconnectionNumber_By33(in
   CollectNeighbours(m_ppVirtualNode[i][kP].tag, work.sideP, m_pMarkP);
   CollectNeighbours(m_ppVirtualNode[i][kE].tag, work.sideE, m_pMarkE);
 
-  // From here on the marks are positions among the cells that stay; a dropped twin has none. The sides are part
-  // of the merged list: where that has no twins, they have none.
+  // From here on the marks are positions among the cells that stay; a dropped twin has none. The sides are
+  // part of the merged list: where that has no twins, they have none.
   if (DropTwins(work.merged, m_pMarkAll)) {
     DropTwins(work.sideP, m_pMarkP);
     DropTwins(work.sideE, m_pMarkE);

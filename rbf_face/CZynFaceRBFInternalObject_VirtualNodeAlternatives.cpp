@@ -1,5 +1,5 @@
-// The other ways of placing virtual nodes and of collecting the cells around them. Nothing in the library calls
-// them.
+// The other ways of placing virtual nodes and of collecting the cells around them. Nothing in the library
+// calls them.
 
 #include <algorithm>
 #include <cstddef>
@@ -35,8 +35,8 @@ DQVector Unit(DQVector const& v) {
   return {v.x / length, v.y / length, v.z / length};
 }
 
-// t of O + t D = V0 + u e1 + v e2 by Cramer's rule, with e1 = V1 - V0, e2 = V2 - V0. The plane counts and not the
-// triangle, so nobody asks for u and v.
+// t of O + t D = V0 + u e1 + v e2 by Cramer's rule, with e1 = V1 - V0, e2 = V2 - V0. The plane counts and not
+// the triangle, so nobody asks for u and v.
 bool MeetsPlane(DQVector const& origin, DQVector const& direction, Triangle const& triangle, double& t) {
   DQVector const e1 = OffsetBetween(triangle.v0, triangle.v1);
   DQVector const e2 = OffsetBetween(triangle.v0, triangle.v2);

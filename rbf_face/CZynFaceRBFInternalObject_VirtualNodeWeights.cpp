@@ -38,8 +38,8 @@ void CZynFaceRBFInternalObject::AddVertices(KernelSystem& system, int c) const {
   for (int j = 1; j <= vertices[0]; ++j) system.Add(VertexPoint(vertices[j]));
 }
 
-// A dropped twin has the position 0, where the row has its length, and that is taken for a cell, on purpose. A
-// length beyond the cells is no cell.
+// A dropped twin has the position 0, where the row has its length, and that is taken for a cell, on purpose.
+// A length beyond the cells is no cell.
 void CZynFaceRBFInternalObject::AddCells(KernelSystem& system, int i, int k) const {
   int const* const stencil = m_ppFaceCellConn[i];
   int const* const positions = m_pFaceRows[i].m_ppRow[k];
@@ -109,7 +109,8 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_Virtual_N
   return kSuccess;
 }
 
-// The share of virtual node k, whose vertices have the rows from firstRow + 1 on. @return number of its vertices
+// The share of virtual node k, whose vertices have the rows from firstRow + 1 on. @return number of its
+// vertices
 int CZynFaceRBFInternalObject::AddFromVertices(int i, int k, int firstRow, double normalFactor,
                                                double valueFactor) {
   int const* const vertices = m_ppRBFlnods[m_ppVirtualNode[i][k].tag];

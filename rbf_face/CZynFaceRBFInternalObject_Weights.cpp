@@ -39,8 +39,10 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
   return kSuccess;
 }
 
-// With (g_n, w_n) the solution at node n of the face's system and u_vm the weights of the cells around vertex v:
-//   row at the position of cell m += u_vm (g_v, w_v), vertex by vertex; then rows 1 and 2 += (g, w) of the cells.
+// With (g_n, w_n) the solution at node n of the face's system and u_vm the weights of the cells around vertex
+// v, the row at the position of a cell m is
+//   sum of u_vm (g_v, w_v) over the vertices v that m touches, plus (g_n, w_n) if m is node n = 1 or 2,
+// added up in this order.
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int i) {
   int const* const stencil = m_ppFaceCellConn[i];
   if (stencil == nullptr) return kSuccess;

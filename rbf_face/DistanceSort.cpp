@@ -13,7 +13,8 @@ bool AnyIsNaN(double const* distances, int n) {
   return std::any_of(distances, distances + n, [](double distance) { return std::isnan(distance); });
 }
 
-// Only here the outcome is not determined by the order of the distances. A pass without an exchange is the last.
+// Only here the outcome is not determined by the order of the distances. A pass without an exchange is the
+// last.
 void BubbleSort(int* ids, double* distances, int n) {
   bool exchanged = true;
   for (int end = n - 1; end > 0 && exchanged; --end) {
@@ -27,8 +28,8 @@ void BubbleSort(int* ids, double* distances, int n) {
   }
 }
 
-// The first nSorted are sorted, equal ones in their order; puts one more among them and drops the last if there
-// are nKept by then.
+// The first nSorted are sorted, equal ones in their order; puts one more among them and drops the last if
+// there are nKept by then.
 void Insert(int* ids, double* distances, int id, double distance, int nSorted, int nKept) {
   int k = nSorted;
   if (nSorted == nKept) {
@@ -43,8 +44,8 @@ void Insert(int* ids, double* distances, int id, double distance, int nSorted, i
   ids[k] = id;
 }
 
-// Brings those that may be among the nKept nearest to the front, in their order: where most of a list is dropped,
-// one look at each saves sorting it in. A few samples tell how far the nKept nearest may reach.
+// Brings those that may be among the nKept nearest to the front, in their order: where most of a list is
+// dropped, one look at each saves sorting it in. A few samples tell how far the nKept nearest may reach.
 // @return how many they are
 int DropFarOnes(int* ids, double* distances, int n, int nKept) {
   constexpr int kSamples = 16;

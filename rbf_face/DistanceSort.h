@@ -2,8 +2,9 @@
 
 #include <vector>
 
-/// Sorts distances and the ids that belong to them: ascending, equal distances in their order, as a bubble sort
-/// with strict comparisons leaves them. Distances that are not numbers end up where such a sort leaves them, too.
+/// Sorts distances and the ids that belong to them: ascending, equal distances in their order, as a bubble
+/// sort with strict comparisons leaves them. Distances that are not numbers end up where such a sort leaves
+/// them, too.
 class DistanceSort {
  public:
   /// @param[in,out] ids,distances  [0..n-1]

@@ -7,8 +7,8 @@
 ///   kernel(s) = (1 - s)^4 (4 s + 1),   s = r / c,
 /// with the support radius c = span * h, h a length measured on the stencil.  @cite wendland1995
 ///
-/// Like PlainDQKernel it is taken without a test for the support, and nothing guards the division: h = 0 gives
-/// NaN.
+/// Like PlainDQKernel it is taken without a test for the support, and nothing guards the division: h = 0
+/// gives NaN.
 class FaceC2Kernel {
  public:
   FaceC2Kernel(double span, double h) : c_(span * h) {}

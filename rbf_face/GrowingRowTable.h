@@ -48,8 +48,8 @@ class PieceStore {
 /// Ragged tables [0..nRow] behind members of the type T**, whose rows are made one by one, when their lengths
 /// become known. The rows follow each other in memory in the order in which they are made.
 ///
-/// What the table needs besides its row pointers lies in front of them, so that the pointer to the table is all
-/// there is to own.
+/// What the table needs besides its row pointers lies in front of them, so that the pointer to the table is
+/// all there is to own.
 template <typename T>
 class GrowingRowTable {
  public:
