@@ -17,6 +17,16 @@ constexpr std::array<std::pair<std::string_view, BoundaryGroup>, 4> kGroups = {{
     {"wall", BoundaryGroup::Wall},
 }};
 
+/// How the conditions of CGNS files are called, in lower case.
+constexpr std::array<std::pair<std::string_view, BoundaryGroup>, 6> kCgnsGroups = {{
+    {"bcinflow", BoundaryGroup::Inlet},
+    {"bctunnelinflow", BoundaryGroup::Inlet},
+    {"bcoutflow", BoundaryGroup::Outlet},
+    {"bctunneloutflow", BoundaryGroup::Outlet},
+    {"bcsymmetryplane", BoundaryGroup::Symmetry},
+    {"bcwall", BoundaryGroup::Wall},
+}};
+
 std::string LowerCase(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
@@ -30,6 +40,9 @@ bool BeginsWith(const std::string& text, std::string_view beginning) {
 std::optional<BoundaryGroup> GroupByBeginning(const std::string& text) {
   const std::string lower = LowerCase(text);
   for (const auto& [word, group] : kGroups) {
+    if (BeginsWith(lower, word)) return group;
+  }
+  for (const auto& [word, group] : kCgnsGroups) {
     if (BeginsWith(lower, word)) return group;
   }
   return std::nullopt;

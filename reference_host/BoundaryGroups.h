@@ -18,7 +18,8 @@ std::optional<BoundaryGroup> GroupFromWord(const std::string& word);
 
 /// The group that a patch has by itself. Its type goes first: "inletWall" of type wall is a wall. Then its
 /// name counts. Either must begin with inlet, outlet, symmetry or wall, in any case ("symmetryPlane",
-/// "Wall_left"). Patches that stand for no boundary of the flow (types empty, wedge, and those beginning with
+/// "Wall_left"), or be the type of a CGNS condition for one of them ("BCWallViscous", "BCInflow", "BCTunnelOutflow",
+/// "BCSymmetryPlane"). Patches that stand for no boundary of the flow (types empty, wedge, and those beginning with
 /// cyclic or processor) have no group by themselves, whatever their name.
 std::optional<BoundaryGroup> GroupByName(const std::string& name, const std::string& type);
 

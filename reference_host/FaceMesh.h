@@ -16,7 +16,8 @@ enum class BoundaryGroup { Inlet, Outlet, Symmetry, Wall };
 /// A named part of the boundary, as the mesh file has it.
 struct Patch {
   std::string name;
-  std::string type;  ///< patch type of a polyMesh ("wall", "symmetryPlane", ...), else empty
+  std::string
+      type;  ///< patch type of a polyMesh ("wall", "symmetryPlane", ...), BCType_t of a CGNS condition, else empty
   std::optional<BoundaryGroup> group;  ///< empty until AssignBoundaryGroups has found one
 };
 

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "reference_host/CgnsReader.h"
 #include "reference_host/GmshReader.h"
 #include "reference_host/MeshError.h"
 #include "reference_host/PolyMeshReader.h"
@@ -37,8 +38,10 @@ FaceMesh ReadMesh(const std::string& path) {
   if (!fs::exists(path, ignored)) throw MeshError(path + ": no such file or folder");
   if (fs::is_directory(path, ignored)) return ReadFolder(path);
   if (fs::path(path).extension() == ".msh") return ReadGmsh(path);
+  if (fs::path(path).extension() == ".cgns") return ReadCgns(path);
   throw MeshError(path +
-                  ": unknown format, neither a Gmsh file *.msh nor a folder with an OpenFOAM polyMesh");
+                  ": unknown format, neither a Gmsh file *.msh nor a CGNS file *.cgns nor a folder with an "
+                  "OpenFOAM polyMesh");
 }
 
 }  // namespace reference_host

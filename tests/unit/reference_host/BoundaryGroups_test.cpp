@@ -45,6 +45,21 @@ TEST(BoundaryGroups, PrefersTheTypeOfAPatchToItsName) {
   EXPECT_EQ(GroupByName("inlet", "patch"), BoundaryGroup::Inlet);
 }
 
+TEST(BoundaryGroups, KnowsTheTypesOfCgnsConditions) {
+  for (const char* const type : {"BCWall", "BCWallViscousHeatFlux", "BCWallInviscid"}) {
+    EXPECT_EQ(GroupByName("hull", type), BoundaryGroup::Wall) << type;
+  }
+  for (const char* const type : {"BCInflow", "BCInflowSubsonic", "BCTunnelInflow"}) {
+    EXPECT_EQ(GroupByName("hull", type), BoundaryGroup::Inlet) << type;
+  }
+  for (const char* const type : {"BCOutflow", "BCOutflowSupersonic", "BCTunnelOutflow"}) {
+    EXPECT_EQ(GroupByName("hull", type), BoundaryGroup::Outlet) << type;
+  }
+  EXPECT_EQ(GroupByName("hull", "BCSymmetryPlane"), BoundaryGroup::Symmetry);
+  EXPECT_EQ(GroupByName("hull", "BCFarfield"), std::nullopt);
+  EXPECT_EQ(GroupByName("outlet 2", "BCGeneral"), BoundaryGroup::Outlet);  // left to the name
+}
+
 TEST(BoundaryGroups, LeavesPatchesThatAreNoBoundaryToTheUser) {
   for (const char* const type :
        {"empty", "wedge", "cyclic", "cyclicAMI", "processor", "processorCyclic", "Empty"}) {

@@ -1,0 +1,125 @@
+#include "reference_host/CgnsConditions.h"
+
+#include <cgnslib.h>
+
+#include <array>
+#include <map>
+#include <numeric>
+
+#include "reference_host/MeshFile.h"
+
+namespace reference_host {
+namespace {
+
+constexpr std::size_t kNameLength = 33;
+constexpr std::size_t kPathLength = CG_MAX_GOTO_DEPTH * 33 + 1;  // a family of another base has its path
+
+/// Types of the conditions that leave them to their family, by family.
+std::map<std::string, std::string> ReadFamilyTypes(const CgnsFile& file) {
+  int nFamilies = 0;
+  file.Check(cg_nfamilies(file.handle(), file.base(), &nFamilies), "the families cannot be read");
+  std::map<std::string, std::string> types;
+  for (int f = 1; f <= nFamilies; ++f) {
+    std::array<char, kNameLength> family{}, condition{};
+    int nConditions = 0, nGeometries = 0;
+    file.Check(cg_family_read(file.handle(), file.base(), f, family.data(), &nConditions, &nGeometries),
+               "a family cannot be read");
+    if (nConditions < 1) continue;
+    CGNS_ENUMT(BCType_t) type = CGNS_ENUMV(BCTypeNull);
+    file.Check(cg_fambc_read(file.handle(), file.base(), f, 1, condition.data(), &type),
+               "the condition of family " + Quoted(family.data()) + " cannot be read");
+    types[family.data()] = cg_BCTypeName(type);
+  }
+  return types;
+}
+
+/// Empty if the condition has no family. Of a path ("/Base/Family") the last part counts.
+std::string FamilyOf(const CgnsFile& file, int condition) {
+  file.Check(cg_goto(file.handle(), file.base(), "Zone_t", CgnsFile::zone(), "ZoneBC_t", 1, "BC_t", condition,
+                     "end"),
+             "a boundary condition cannot be read");
+  std::array<char, kPathLength> path{};
+  const int status = cg_famname_read(path.data());
+  if (status == CG_NODE_NOT_FOUND) return {};
+  file.Check(status, "the family of a boundary condition cannot be read");
+  const std::string family = path.data();
+  return family.substr(family.find_last_of('/') + 1);
+}
+
+/// Whether the members of a condition are nodes (else surface elements).
+bool IsByNodes(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set, const std::string& name) {
+  if (set == CGNS_ENUMV(ElementRange) || set == CGNS_ENUMV(ElementList)) return false;
+  if (set != CGNS_ENUMV(PointRange) && set != CGNS_ENUMV(PointList)) {
+    file.Fail("boundary condition " + Quoted(name) + " is given by " + cg_PointSetTypeName(set) +
+              "; PointRange, PointList, ElementRange and ElementList can be read");
+  }
+  CGNS_ENUMT(GridLocation_t) location = CGNS_ENUMV(Vertex);
+  file.Check(cg_boco_gridlocation_read(file.handle(), file.base(), CgnsFile::zone(), index, &location),
+             "the location of boundary condition " + Quoted(name) + " cannot be read");
+  if (location != CGNS_ENUMV(Vertex) && location != CGNS_ENUMV(FaceCenter)) {
+    file.Fail("boundary condition " + Quoted(name) + " is given at " + cg_GridLocationName(location) +
+              "; only Vertex and FaceCenter can be read");
+  }
+  return location == CGNS_ENUMV(Vertex);
+}
+
+std::vector<std::int64_t> ReadMembers(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set,
+                                      cgsize_t nGiven, int normalList, const std::string& name) {
+  std::vector<cgsize_t> given(static_cast<std::size_t>(nGiven));
+  // Normals are read along; they are of no use here, but the library wants room for them.
+  std::vector<double> normals(static_cast<std::size_t>(normalList));
+  file.Check(cg_boco_read(file.handle(), file.base(), CgnsFile::zone(), index, given.data(),
+                          normals.empty() ? nullptr : normals.data()),
+             "boundary condition " + Quoted(name) + " cannot be read");
+  if (set == CGNS_ENUMV(PointList) || set == CGNS_ENUMV(ElementList)) return {given.begin(), given.end()};
+  const std::int64_t most = file.nNodes() + file.Sections().back().last;
+  if (given.size() != 2 || given[0] < 1 || given[1] < given[0] || given[1] > most) {
+    file.Fail("boundary condition " + Quoted(name) + " has a range that does not rise within the mesh");
+  }
+  std::vector<std::int64_t> members(static_cast<std::size_t>(given[1] - given[0] + 1));
+  std::iota(members.begin(), members.end(), given[0]);
+  return members;
+}
+
+CgnsCondition ReadCondition(const CgnsFile& file, int index,
+                            const std::map<std::string, std::string>& typeOfFamily) {
+  std::array<char, kNameLength> name{};
+  CGNS_ENUMT(BCType_t) type = CGNS_ENUMV(BCTypeNull);
+  CGNS_ENUMT(PointSetType_t) set = CGNS_ENUMV(PointSetTypeNull);
+  CGNS_ENUMT(DataType_t) normalType = CGNS_ENUMV(DataTypeNull);
+  cgsize_t nGiven = 0, normalListSize = 0;
+  std::array<int, 3> normalIndex{};
+  int nDataSets = 0;
+  file.Check(cg_boco_info(file.handle(), file.base(), CgnsFile::zone(), index, name.data(), &type, &set,
+                          &nGiven, normalIndex.data(), &normalListSize, &normalType, &nDataSets),
+             "a boundary condition cannot be read");
+
+  CgnsCondition condition;
+  condition.name = condition.patchName = name.data();
+  condition.patchType = cg_BCTypeName(type);
+  const std::string family = FamilyOf(file, index);
+  if (!family.empty()) condition.patchName = family;
+  if (type == CGNS_ENUMV(FamilySpecified)) {
+    const auto found = typeOfFamily.find(family);
+    if (found != typeOfFamily.end()) condition.patchType = found->second;
+  }
+  condition.byNodes = IsByNodes(file, index, set, condition.name);
+  condition.members = ReadMembers(file, index, set, nGiven, static_cast<int>(normalListSize), condition.name);
+  return condition;
+}
+
+}  // namespace
+
+std::vector<CgnsCondition> ReadCgnsConditions(const CgnsFile& file) {
+  int nConditions = 0;
+  file.Check(cg_nbocos(file.handle(), file.base(), CgnsFile::zone(), &nConditions),
+             "the boundary conditions cannot be read");
+  const std::map<std::string, std::string> typeOfFamily = ReadFamilyTypes(file);
+  std::vector<CgnsCondition> conditions;
+  for (int index = 1; index <= nConditions; ++index) {
+    conditions.push_back(ReadCondition(file, index, typeOfFamily));
+  }
+  return conditions;
+}
+
+}  // namespace reference_host

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "reference_host/CgnsFile.h"
+#include "reference_host/FaceMesh.h"
+
+namespace reference_host {
+
+/// A surface element of a CGNS zone and the boundary face that it lies on.
+struct CgnsSurface {
+  std::int64_t element = 0;
+  int section = 0;  ///< position among the sections
+  int face = -1;    ///< -1: not at the boundary, or another element lies there too and came first
+};
+
+/// Cells and faces of a zone, and how its boundary is found again from the numbers in the file.
+struct CgnsTopology {
+  FaceMesh mesh;                      ///< without patches; facePatch is -1 everywhere
+  std::vector<int> pointOfNode;       ///< [node - 1] -1: no cell uses the node
+  std::vector<CgnsSurface> surfaces;  ///< ascending by element
+};
+
+/// From linear standard cells. Throws MeshError for elements of higher order.
+CgnsTopology JoinCgnsCells(const CgnsFile& file, const std::vector<CgnsSection>& sections);
+
+/// From polygons and the polyhedra that they bound.
+CgnsTopology JoinCgnsPolyhedra(const CgnsFile& file, const std::vector<CgnsSection>& sections);
+
+/// Whether the cells are polyhedra: there is a section of polygons.
+bool HasCgnsPolygons(const std::vector<CgnsSection>& sections);
+
+}  // namespace reference_host
