@@ -199,8 +199,9 @@ TEST(CellPointSetUp, LeavesAllMemoryToTheDestructor) {
     object->m_pGV->ResetIntBlock = ints;
     Printed(
         [object] { object->Initialize_IBInterpolateData(nullptr, 4, nullptr, nullptr, nullptr, 1, 0.0, 0); });
-    object->SearchIBADTress(x.Data(), nullptr, nullptr, 1, 1.0, 0, filled.cellOfBlock.data(), filled.tree,
-                            support.Data());
+    for (const double distance : {1.0, 2.0})  // the second search replaces the rows of the first
+      object->SearchIBADTress(x.Data(), nullptr, nullptr, 1, distance, 0, filled.cellOfBlock.data(),
+                              filled.tree, support.Data());
     delete object;
     host.destroyed.clear();
     return gradient_test::LiveAllocations() - before;

@@ -216,6 +216,22 @@ TEST(PointSetUp, WithoutPointsMakesTablesOfOneElement) {
   EXPECT_TRUE(std::isnan(bed.object.m_dFiSumSq));
 }
 
+TEST(PointSetUp, WithANegativeNumberOfPointsDoesWhatItDoesWithoutPoints) {
+  PointBed bed(SomeMesh());
+  Array marks = AllUsable(bed.host.mesh.NCell), none(0);
+  none[0] = 0.0;
+  const std::string printed = Printed([&] {
+    EXPECT_EQ(
+        0, bed.object.Initialize_IBInterpolateData(marks.Data(), -3, none.Data(), none.Data(), none.Data()));
+  });
+  EXPECT_NE(std::string::npos, printed.find(kDerived));
+  EXPECT_EQ(0, bed.object.m_iNDerived);
+  Array field(bed.host.mesh.NCell), untouched(2, 7.5);
+  bed.object.Multiply_IBRBFCoefficent(field.Data(), untouched.Data(), untouched.Data(), untouched.Data(),
+                                      untouched.Data());
+  EXPECT_TRUE(untouched.IdenticalTo(Array(2, 7.5)));
+}
+
 TEST(PointSetUp, WithAnUnknownMethodLeavesThePointsWithoutRows) {
   for (const int method : {4, 0, -1}) {
     PointBed bed(SomeMesh(), PlainSettings{500.0, method, 8});

@@ -302,6 +302,32 @@ TEST(PointRing, OfASingleStepCollectsFromAnySeeds) {
   EXPECT_EQ(2, bed.object.m_ppIBNodeConn[2][0]);
 }
 
+// Meshes need not have rows for ghost and halo cells.
+TEST(PointRing, OfASeedWithoutARowOfNodesIsTheSeedAlone) {
+  PointMesh mesh = Row(2);
+  const int halo = mesh.AddSide(mesh.partition, 2, {1.5, 0, 0}, {2, 0, 0}, {mesh.AddNode({1.5, 0.5, 0})});
+  PointBed bed(mesh);
+  Array marks = AllUsable(3);
+  bed.SetUpToTree(marks, 1);
+  bed.host.mesh.CellLnods[halo] = nullptr;
+  int seeds[] = {halo};
+  EXPECT_EQ(1, bed.object.CountingNodeToCellconnectionNumber(1, 1, seeds));
+  EXPECT_EQ((List{halo}), bed.Stencil(1));
+  EXPECT_EQ(0, bed.object.m_ppIBNodeConn[1][0]);
+}
+
+TEST(PointRing, OfASeedBeyondTheBoundaryHoldsTheCellsOfItsFacesNodes) {
+  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh);
+  Array marks = AllUsable(mesh.NCell());
+  bed.SetUpToTree(marks, 1);
+  int seeds[] = {mesh.wall[0].other};
+  bed.object.CountingNodeToCellconnectionNumber(1, 1, seeds);
+  const List stencil = bed.Stencil(1);
+  EXPECT_EQ(4, bed.object.m_ppIBNodeConn[1][0]);
+  EXPECT_NE(stencil.end(), std::find(stencil.begin(), stencil.end(), mesh.wall[0].cv));
+}
+
 TEST(PointRing, IgnoresTheWantedNumber) {
   const Searched few(Ring(), {0.4, 0, 0}, 3, 1), many(Ring(), {0.4, 0, 0}, 3, 1000);
   EXPECT_EQ(few.Stencil(1), many.Stencil(1));

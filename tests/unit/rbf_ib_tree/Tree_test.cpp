@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
+#include <cstdint>
+#include <random>
+#include <string>
 #include <vector>
 
 #include "tests/unit/rbf_cell/FlushedOutput.h"
@@ -326,6 +328,60 @@ TEST_F(PointOrder, GoesThroughTheIdentitiesToTheCells) {
   Array marks = AllUsable(9);
   for (const int c : {1, 3, 5}) marks[c] = kUnusable;  // identities 1, 2, 3 are cells 2, 4, 6
   EXPECT_EQ((List{4, 2, 6}), Searched(Row(9), marks, {3, 0, 0}, 1, 3).Stencil(1));
+}
+
+/// Many cells along x, a few of them at one distance from the origin, given by the tree in a random order.
+struct ManyCells {
+  explicit ManyCells(std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    const std::size_t n = 3 + random() % 300;
+    std::vector<Point> centres;
+    for (std::size_t k = 0; k < n; ++k) {
+      const double distance = 0.25 * static_cast<double>(random() % n);
+      centres.push_back({random() % 2 == 0 ? distance : -distance, 0, 0});
+      ids.push_back(static_cast<int>(k) + 1);
+    }
+    centres[1] = {centres[0].x + 1.0, 0, 0};  // the step
+    std::shuffle(ids.begin(), ids.end(), random);
+    mesh = LooseCells(centres);
+    sorted = ids;
+    for (const int id : ids) distances.push_back(std::fabs(mesh.Centre(id).x));
+    PlainPointOperator::SortAllButTheFirstTwo(sorted, distances);
+    AlwaysAnswer(ids);
+  }
+
+  PointMesh mesh;
+  List ids;                       ///< as the tree gives them
+  List sorted;                    ///< as the plain loop leaves them
+  std::vector<double> distances;  ///< of the sorted
+};
+
+// Only the members that are kept need to be brought to their places; they must be those of the whole sort.
+TEST_F(PointOrder, OfMethod2IsThatOfThePlainLoopHoweverManyAreKept) {
+  for (std::uint64_t seed = 1; seed <= 60; ++seed) {
+    const ManyCells many(seed);
+    for (const std::size_t number : {1U, 2U, 3U, 7U, 20U, 60U, 150U, 1000U}) {
+      const std::size_t n = std::min(number, many.sorted.size());
+      const Searched s(many.mesh, {0, 0, 0}, 2, static_cast<int>(number));
+      const auto end = many.sorted.begin() + static_cast<std::ptrdiff_t>(n);
+      ASSERT_EQ(List(many.sorted.begin(), end), s.Stencil(1)) << "seed " << seed << " number " << number;
+      ASSERT_EQ(many.distances[n - 1], s.Support());
+    }
+  }
+}
+
+TEST_F(PointSeeds, OfManyInAnyOrderAreThoseOfThePlainLoop) {
+  int single = 0;
+  for (std::uint64_t seed = 1; seed <= 300; ++seed) {
+    const ManyCells many(seed);
+    const bool two = 1e-6 > many.distances[0] - many.distances[1];
+    const Searched s(many.mesh, {0, 0, 0}, 3, 20);
+    ASSERT_EQ(two ? 1 : 0, s.object.m_pIBTwoSeeds[1]);
+    ASSERT_EQ(List(many.sorted.begin(), many.sorted.begin() + (two ? 2 : 1)), s.Stencil(1)) << seed;
+    ASSERT_EQ(std::max(many.distances[0], many.distances[1]), s.Support());
+    if (!two) ++single;
+  }
+  EXPECT_GT(single, 0);
 }
 
 // The tree's answer lives until its next search, which is that of the next point.
