@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
-#include <iterator>
+#include <limits>
 
 #include "foundation/Progress.h"
 #include "host/Zyn3dGV.h"
@@ -15,11 +15,12 @@ namespace {
 void PrintTopologyProgress(int face, int nFace) {
   constexpr char kBegin[] = "Search topology relationship on (", kMiddle[] = " face/",
                  kEnd[] = " Total face)\r";
-  char line[128];
+  constexpr int kDigits = std::numeric_limits<int>::digits10 + 2;  // with a sign
+  char line[sizeof(kBegin) + sizeof(kMiddle) + sizeof(kEnd) + 2 * kDigits];
   char* at = std::copy_n(kBegin, sizeof(kBegin) - 1, line);
-  at = std::to_chars(at, std::end(line), face).ptr;
+  at = std::to_chars(at, at + kDigits, face).ptr;
   at = std::copy_n(kMiddle, sizeof(kMiddle) - 1, at);
-  at = std::to_chars(at, std::end(line), nFace).ptr;
+  at = std::to_chars(at, at + kDigits, nFace).ptr;
   std::copy_n(kEnd, sizeof(kEnd), at);
   PrintFlushed(line);
 }
