@@ -13,13 +13,13 @@
 /// x^N as products in one fixed order: the half power squared, times x for an odd N. Its relative error is at most
 /// (N - 1) * 2^-53. Several times faster than std::pow, which would be most of what a small system costs besides
 /// its solution.
-template <int N>
-constexpr double IntegerPower(double x) {
+template <int N, typename Value>
+constexpr Value IntegerPower(Value x) {
   static_assert(N >= 1, "positive powers only");
   if constexpr (N == 1) {
     return x;
   } else {
-    double const half = IntegerPower<N / 2>(x);
+    Value const half = IntegerPower<N / 2>(x);
     if constexpr (N % 2 == 0) {
       return half * half;
     } else {
@@ -37,10 +37,14 @@ class PlainDQKernel {
   PlainDQKernel(double span, double h) : c_(span * h), c2_(c_ * span * h), c8_(IntegerPower<8>(c_)) {}
 
   /// What a length is taken of.
-  DQVector Scaled(DQVector const& offset) const { return offset; }
+  template <typename Number>
+  DQVectorOf<Number> Scaled(DQVectorOf<Number> const& offset) const {
+    return offset;
+  }
 
   /// kernel(r / c), r the length of an offset.
-  double Value(double r) const {
+  template <typename Number>
+  Number Value(Number r) const {
     return IntegerPower<6>(1.0 - r / c_) * (35.0 * r * r / c2_ + 18.0 * r / c_ + 3.0);
   }
 
@@ -70,12 +74,16 @@ class ShapeNormalisedDQKernel {
       : scale_{span * extent.x, span * extent.y, span * extent.z} {}
 
   /// What a length is taken of.
-  DQVector Scaled(DQVector const& offset) const {
+  template <typename Number>
+  DQVectorOf<Number> Scaled(DQVectorOf<Number> const& offset) const {
     return {offset.x / scale_.x, offset.y / scale_.y, offset.z / scale_.z};
   }
 
   /// kernel(s), s the length of a scaled offset.
-  double Value(double s) const { return IntegerPower<6>(1.0 - s) * (35.0 * s * s + 18.0 * s + 3.0); }
+  template <typename Number>
+  Number Value(Number s) const {
+    return IntegerPower<6>(1.0 - s) * (35.0 * s * s + 18.0 * s + 3.0);
+  }
 
   /// -56 d (5 s + 1) (1 - s)^5, with d the scaled offset from the centre to the evaluation point.
   DQVector Gradient(DQVector const& d) const {

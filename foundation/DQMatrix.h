@@ -4,28 +4,37 @@
 
 #include "foundation/DQVector.h"
 
-/// A[k][j] = kernel(|X_k - X_j|) for k, j in 0..n-1, both forms of the kernel.
+/// A[k][j] = kernel(|X_k - X_j|) for k, j in 0..n-1, for any form of the kernel.
 ///
-/// Half of the entries are computed and the other half copied: an offset and its opposite have the same
-/// length, bit for bit. On the diagonal all offsets of zero have the same value, too; only an infinite or
+/// Half of the entries are computed, two at a time, and the other half copied: an offset and its opposite have
+/// the same length, bit for bit. On the diagonal all offsets of zero have the same value, too; only an infinite or
 /// missing coordinate has another offset from itself.
 /// @param[in]  points  [0..n-1]
 /// @param[out] A       row-major with `stride` values a row, stride >= n; columns n.. are not touched
 template <typename Kernel>
 void FillKernelMatrix(Kernel const& kernel, DQVector const* points, int n, double* A, int stride) {
-  auto const valueAt = [&kernel](DQVector const& offset) {
-    return kernel.Value(Length(kernel.Scaled(offset)));
-  };
-  double const valueAtZero = valueAt({0.0, 0.0, 0.0});
+  auto const valueAt = [&kernel](auto const& offset) { return kernel.Value(Length(kernel.Scaled(offset))); };
+  double const valueAtZero = valueAt(DQVector{0.0, 0.0, 0.0});
   for (int k = 0; k < n; ++k) {
+    DQVector const& at = points[k];
     double* const row = A + static_cast<std::ptrdiff_t>(k) * stride;
     double* column = A + k;
-    for (int j = 0; j < k; ++j, column += stride) {
-      double const value = valueAt(OffsetBetween(points[j], points[k]));
+    int j = 0;
+    for (; j + 1 < k; j += 2, column += 2 * static_cast<std::ptrdiff_t>(stride)) {
+      DQVector const &p = points[j], &q = points[j + 1];
+      TwoDoubles const values = valueAt(TwoDQVectors{at.x - TwoDoubles{p.x, q.x}, at.y - TwoDoubles{p.y, q.y},
+                                                     at.z - TwoDoubles{p.z, q.z}});
+      row[j] = values[0];
+      row[j + 1] = values[1];
+      column[0] = values[0];
+      column[stride] = values[1];
+    }
+    if (j < k) {
+      double const value = valueAt(OffsetBetween(points[j], at));
       row[j] = value;
       *column = value;
     }
-    DQVector const own = OffsetBetween(points[k], points[k]);
+    DQVector const own = OffsetBetween(at, at);
     bool const isZero = own.x == 0.0 && own.y == 0.0 && own.z == 0.0;
     row[k] = isZero ? valueAtZero : valueAt(own);
   }

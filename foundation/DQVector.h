@@ -1,11 +1,15 @@
 #pragma once
 
-#include <cmath>
+#include "foundation/TwoDoubles.h"
 
-/// A point, an offset between points or a gradient in the radial-basis systems.
-struct DQVector {
-  double x, y, z;
+/// A point, an offset between points or a gradient in the radial-basis systems; or two of them side by side.
+template <typename Value>
+struct DQVectorOf {
+  Value x, y, z;
 };
+
+using DQVector = DQVectorOf<double>;
+using TwoDQVectors = DQVectorOf<TwoDoubles>;
 
 /// to - from, for anything that has coordinates x, y, z; the result is `b - a` for OffsetBetween(a, b).
 template <typename From, typename To>
@@ -14,6 +18,12 @@ DQVector OffsetBetween(From const& from, To const& to) {
 }
 
 /// d . d, summed in the order y, x, z, as every length of the radial-basis code is.
-inline double SquaredLength(DQVector const& d) { return d.y * d.y + d.x * d.x + d.z * d.z; }
+template <typename Value>
+Value SquaredLength(DQVectorOf<Value> const& d) {
+  return d.y * d.y + d.x * d.x + d.z * d.z;
+}
 
-inline double Length(DQVector const& d) { return std::sqrt(SquaredLength(d)); }
+template <typename Value>
+Value Length(DQVectorOf<Value> const& d) {
+  return SquareRoot(SquaredLength(d));
+}

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <cstring>
+
+#include "foundation/TwoDoubles.h"
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -12,7 +14,7 @@
 namespace two_faces {
 
 /// Values of two faces or cells.
-typedef double Two __attribute__((vector_size(16)));
+typedef TwoDoubles Two;
 
 /// The cells on one side of two faces.
 struct TwoCells {

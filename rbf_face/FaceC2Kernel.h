@@ -14,11 +14,15 @@ class FaceC2Kernel {
   FaceC2Kernel(double span, double h) : c_(span * h) {}
 
   /// What a length is taken of.
-  DQVector Scaled(DQVector const& offset) const { return offset; }
+  template <typename Number>
+  DQVectorOf<Number> Scaled(DQVectorOf<Number> const& offset) const {
+    return offset;
+  }
 
   /// kernel(r / c), r the length of an offset.
-  double Value(double r) const {
-    double const s = r / c_;
+  template <typename Number>
+  Number Value(Number r) const {
+    Number const s = r / c_;
     return IntegerPower<4>(1.0 - s) * (4.0 * s + 1.0);
   }
 
