@@ -27,5 +27,9 @@ int CZynFaceRBFInternalObject::Multiply_FaceRBFCoefficent(double* phi, double* f
     for (int k = 1; k <= n; ++k) value += phi[stencil[k]] * weights[k];
     faceValue[i] = value;
   }
+
+  // A caller that has one array for all outputs finds the zeros in it, which come after the value.
+  for (double const* const zero : {zero1, zero2, zero3})
+    if (zero == faceValue) std::fill(faceValue + 1, faceValue + nFace + 1, 0.0);
   return kDone;
 }

@@ -92,6 +92,15 @@ TEST(FaceApplication, ClearsThreeOutputs) {
   }
 }
 
+TEST(FaceApplication, OneArrayForAllOutputsEndsAsZeros) {
+  FaceBed bed(SkewedCubesOfAllGroups());
+  bed.SetUp(kInner, {3, 50.0, 8});
+  Application run(bed, 1.0);
+  double* const all = run.face.Data();
+  EXPECT_EQ(0, bed.object.Multiply_FaceRBFCoefficent(run.phi.Data(), all, all, all, all));
+  for (int i = 1; i <= run.face.Size(); ++i) EXPECT_EQ(0.0, run.face[i]);
+}
+
 TEST(FaceApplication, IsTheSumOverTheStencilInItsOrder) {
   for (const int method : {1, 2, 3, 4}) {
     for (const Group group : kGroups) {
