@@ -19,7 +19,9 @@ class CZYNOptKer;
 class CZyn3dGV;
 class GrowingBoxSearch;
 class KernelSystem;
-struct DQVector;
+template <typename Value>
+struct DQVectorOf;
+using DQVector = DQVectorOf<double>;
 
 /// Radial-basis interpolation of a cell field to the faces of one type.
 ///
