@@ -76,10 +76,9 @@ class CellGeometryCheck {
     if (!view_.centreSound[c] || !cellNodes_.AreKnown(c)) return;
     Bounds bounds;
     if (!bounds.AddNodes(view_, cellNodes_.begin(c), cellNodes_.end(c))) return;
-    if (bounds.Has(view_.centres[c], options_.positionTolerance)) return;
+    if (bounds.Has(view_.centres[c], options_.centreTolerance)) return;
     report_.Add(HostBreach::CellCentreAway, c, [&] {
-      return Text("the centre ", view_.centres[c], " of interior cell ", c,
-                  " lies outside the box of its nodes");
+      return Text("the centre ", view_.centres[c], " of interior cell ", c, " lies away from its nodes");
     });
   }
 

@@ -2,6 +2,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,8 +34,8 @@ class ExchangeCheck {
     const double* const components[] = {view_.centres.x, view_.centres.y, view_.centres.z};
     std::vector<ProbeField> received;
     for (const double* component : components) {
-      // A partition without centres exchanges all the same; the others need its part in it.
-      received.emplace_back(view_, [&](int c) { return component != nullptr ? component[c] : 0.0; });
+      // A partition without centres exchanges all the same: the others need its part in it.
+      received.emplace_back(view_, [&](int c) { return component != nullptr ? component[c] : kUnknown; });
       Exchange(received.back(), "DDM_Exch");
     }
     for (const Halo& halo : halos_) CompareCentre(halo, received);
@@ -75,6 +76,7 @@ class ExchangeCheck {
 
  private:
   static constexpr int kFields = 5;
+  static constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
 
   struct Halo {
     int cell, face;  ///< the lowest partition face that leads to the cell
@@ -137,9 +139,10 @@ class ExchangeCheck {
       });
       return;
     }
-    if (!view_.centreSound[cell]) return;  // told already, or there are none
-    const Vec3 own = view_.centres[cell];
     const Vec3 owners = {received[0][cell], received[1][cell], received[2][cell]};
+    // What is not finite is told by the partition whose it is.
+    if (!view_.centreSound[cell] || !IsFinite(owners)) return;
+    const Vec3 own = view_.centres[cell];
     if (Norm(owners - own) <= Tolerance(halo.face, own)) return;
     report_.Add(HostBreach::HaloFromElsewhere, cell, [&] {
       return Text(view_.CellName(cell), " beyond ", faceName, " has the centre ", own,

@@ -31,10 +31,9 @@ class FaceGeometryCheck {
     const int* row = group.nodes[f];
     Bounds bounds;
     if (!bounds.AddNodes(view_, row + 1, row + 1 + row[0])) return;
-    if (bounds.Has(group.centre[f], options_.positionTolerance)) return;
+    if (bounds.Has(group.centre[f], options_.centreTolerance)) return;
     report_.Add(HostBreach::FaceCentreAway, f, [&] {
-      return Text("the centre ", group.centre[f], " of ", group.Name(f),
-                  " lies outside the box of its nodes");
+      return Text("the centre ", group.centre[f], " of ", group.Name(f), " lies away from its nodes");
     });
   }
 

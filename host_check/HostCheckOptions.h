@@ -25,8 +25,11 @@ struct HostCheckOptions {
   bool nonBlocking = true;
 
   double closureTolerance = 1e-6;   ///< |sum of a cell's area vectors| over the sum of their lengths
-  double positionTolerance = 1e-6;  ///< of positions that must agree, over the size of the face or cell
-  double volumeTolerance = 0.5;     ///< of a volume against the one that the faces enclose, over the larger
+  double positionTolerance = 1e-6;  ///< of positions that must agree, over the distance of the cells
+  /// How far outside the box of its nodes a face or cell centre may lie, over the box's diagonal. Wide, since
+  /// the centre of a strongly warped thin face is not bound to lie between its nodes.
+  double centreTolerance = 1.0;
+  double volumeTolerance = 0.5;  ///< of a volume against the one that the faces enclose, over the larger
 };
 
 }  // namespace host_check

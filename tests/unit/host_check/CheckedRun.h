@@ -1,0 +1,87 @@
+#pragma once
+
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host_check/CheckHostData.h"
+#include "reference_host/HostPartition.h"
+#include "reference_host/InProcessExchange.h"
+#include "tests/unit/host_check/LentFaces.h"
+
+/// What one partition lends, each pointer to be replaced by a test that breaks it.
+struct LentHost {
+  CZYN3DFiniteVolumeMesh* mesh = nullptr;
+  CPartitionFace_DLL* partitionFaces = nullptr;
+  CCommunication* communication = nullptr;
+  CZYNCom* reduction = nullptr;
+  CZyn3dGV* globals = nullptr;
+};
+
+/// A mesh in partitions that are threads, complete and sound until a test changes something.
+class CheckedRun {
+ public:
+  CheckedRun(const reference_host::FaceMesh& mesh, const std::vector<int>& partOfCell, int nParts)
+      : CheckedRun(reference_host::SplitMesh(mesh, partOfCell, nParts)) {}
+
+  explicit CheckedRun(const reference_host::FaceMesh& mesh)
+      : CheckedRun(mesh, std::vector<int>(static_cast<std::size_t>(mesh.nCells), 0), 1) {}
+
+  explicit CheckedRun(const std::vector<reference_host::MeshPart>& parts)
+      : group_(static_cast<int>(parts.size())) {
+    for (const reference_host::MeshPart& part : parts) Add(part);
+    reference_host::RunInProcess(group_, [this](int p) { partitions[p]->CompleteHalo(*communications[p]); });
+  }
+
+  /// Collective over the threads; one report a partition.
+  std::vector<host_check::HostCheckReport> Check(const host_check::HostCheckOptions& options = {}) {
+    std::vector<host_check::HostCheckReport> reports(lent.size());
+    reference_host::RunInProcess(group_, [&](int p) {
+      const LentHost& host = lent[p];
+      const int n = CheckHostData(host.mesh, host.partitionFaces, host.communication, host.reduction,
+                                  host.globals, reports[p], options);
+      if (n != reports[p].Count()) throw std::logic_error("the result is not the report's count");
+    });
+    return reports;
+  }
+
+  std::vector<std::unique_ptr<reference_host::HostPartition>> partitions;
+  std::vector<std::unique_ptr<LentFaces>> faces;
+  std::vector<std::unique_ptr<reference_host::InProcessCommunication>> communications;
+  std::vector<std::unique_ptr<reference_host::InProcessReduction>> reductions;
+  std::vector<LentHost> lent;
+
+ private:
+  void Add(const reference_host::MeshPart& part) {
+    auto partition = std::make_unique<reference_host::HostPartition>(part);
+    partition->SetBaseFileName("part" + std::to_string(partition->part()) + ".cas");
+    faces.push_back(std::make_unique<LentFaces>(*partition->partitionFaces()));
+    communications.push_back(std::make_unique<reference_host::InProcessCommunication>(group_, *partition));
+    reductions.push_back(std::make_unique<reference_host::InProcessReduction>(group_));
+    lent.push_back({partition->mesh(), faces.back().get(), communications.back().get(),
+                    reductions.back().get(), partition->globals()});
+    partitions.push_back(std::move(partition));
+  }
+
+  reference_host::InProcessGroup group_;
+};
+
+/// All that a report says, for the message of a failing test.
+inline std::string TextOf(const host_check::HostCheckReport& report) {
+  std::ostringstream out;
+  report.Print(out);
+  return out.str();
+}
+
+/// Whether a breach of the kind is told with the entity and with the words in its text.
+inline bool Tells(const host_check::HostCheckReport& report, host_check::HostBreach kind, int entity,
+                  const std::string& words) {
+  for (const auto& entry : report.Told()) {
+    if (entry.kind == kind && entry.entity == entity && entry.text.find(words) != std::string::npos)
+      return true;
+  }
+  return false;
+}

@@ -1,0 +1,559 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <utility>
+
+#include "tests/unit/host_check/CheckedRun.h"
+#include "tests/unit/reference_host/TestMeshes.h"
+
+namespace {
+
+using namespace test_meshes;
+using host_check::HostBreach;
+using host_check::HostCheckReport;
+
+using Mesh = CZYN3DFiniteVolumeMesh;
+
+const double kNan = std::numeric_limits<double>::quiet_NaN();
+const double kInfinity = std::numeric_limits<double>::infinity();
+
+/// The kinds of fault that are planted in a mesh of moved hexahedra, 3 x 3 x 3, on one partition.
+struct Fault {
+  const char* name;
+  HostBreach kind;
+  const char* words;                    ///< part of what must be told
+  std::function<int(LentHost&)> plant;  ///< breaks the host; gives the entity that must be told
+};
+
+/// A fault of the mesh record, about an entity of a number known before.
+Fault InMesh(const char* name, HostBreach kind, int entity, const char* words,
+             const std::function<void(Mesh&)>& plant) {
+  return {name, kind, words, [=](LentHost& host) {
+            plant(*host.mesh);
+            return entity;
+          }};
+}
+
+/// A fault of the global variables.
+Fault InGlobals(const char* name, HostBreach kind, const char* words,
+                const std::function<void(CZyn3dGV&)>& plant) {
+  return {name, kind, words, [=](LentHost& host) {
+            plant(*host.globals);
+            return 0;
+          }};
+}
+
+/// The number of a node that no face of the boundary has.
+int InnerNode(const Mesh& m) {
+  for (int n = 1; n <= m.NNode; ++n) {
+    bool isInner = true;
+    for (int k = 1; k <= m.NodeCell[n][0]; ++k) isInner = isInner && m.NodeCell[n][k] <= m.NInnerCells;
+    if (isInner) return n;
+  }
+  return 0;
+}
+
+/// A node that the cell does not have.
+int ForeignNode(const Mesh& m, int c) {
+  for (int n = 1;; ++n) {
+    const int* row = m.CellLnods[c];
+    if (std::find(row + 1, row + 1 + m.CellLnodsNumber[c], n) == row + 1 + m.CellLnodsNumber[c]) return n;
+  }
+}
+
+/// An entry of the cell's rows that is an inner face, or one that is not.
+int EntryOf(const Mesh& m, int c, bool isInner) {
+  for (int k = 1;; ++k)
+    if ((m.CellFaceType[c][k] == 0) == isInner) return k;
+}
+
+void Flip(double* x, double* y, double* z, int f) {
+  x[f] = -x[f];
+  y[f] = -y[f];
+  z[f] = -z[f];
+}
+
+std::vector<Fault> CountFaults() {
+  return {
+      InMesh("NegativeWallCount", HostBreach::BadCount, 0, "NWall = -3 is negative",
+             [](Mesh& m) { m.NWall = -3; }),
+      InMesh("NegativeCellCount", HostBreach::BadCount, 0, "NCell = -1 is negative",
+             [](Mesh& m) { m.NCell = -1; }),
+      InMesh("NegativeNodeCount", HostBreach::BadCount, 0, "NNode = -64 is negative",
+             [](Mesh& m) { m.NNode = -64; }),
+      InMesh("MoreInteriorCellsThanCells", HostBreach::BadCount, 0,
+             "NInnerCells = 28 is more than NCell = 27",
+             [](Mesh& m) {
+               m.NCell = 27;
+               m.NInnerCells = 28;
+             }),
+      {"NegativePartitionFaceCount", HostBreach::BadCount, "NParInterFace() = -2 is negative",
+       [](LentHost& host) {
+         static_cast<LentFaces*>(host.partitionFaces)->count = -2;
+         return 0;
+       }},
+  };
+}
+
+std::vector<Fault> ArrayFaults() {
+  return {
+      InMesh("NoCellCentres", HostBreach::MissingArray, 0, "yc is null, but NCell = 81",
+             [](Mesh& m) { m.yc = nullptr; }),
+      InMesh("NoVolumes", HostBreach::MissingArray, 0, "Volume is null, but NInnerCells = 27",
+             [](Mesh& m) { m.Volume = nullptr; }),
+      InMesh("NoNodes", HostBreach::MissingArray, 0, "zn is null", [](Mesh& m) { m.zn = nullptr; }),
+      InMesh("NoWeights", HostBreach::MissingArray, 0, "Lamda is null, but NInnerFaces = 54",
+             [](Mesh& m) { m.Lamda = nullptr; }),
+      InMesh("NoFaceTypes", HostBreach::MissingArray, 0, "FaceType is null",
+             [](Mesh& m) { m.FaceType = nullptr; }),
+      InMesh("NoInnerCells", HostBreach::MissingArray, 0, "ijCV is null", [](Mesh& m) { m.ijCV = nullptr; }),
+      InMesh("NoWallCells", HostBreach::MissingArray, 0, "ijWallCV is null, but NWall = 27",
+             [](Mesh& m) { m.ijWallCV = nullptr; }),
+      InMesh("NoWallAreas", HostBreach::MissingArray, 0, "ijWallSx is null",
+             [](Mesh& m) { m.ijWallSx = nullptr; }),
+      InMesh("NoInletCentres", HostBreach::MissingArray, 0, "ijInletzc is null",
+             [](Mesh& m) { m.ijInletzc = nullptr; }),
+      InMesh("NoInnerFaceNodes", HostBreach::MissingArray, 0, "ijLnods is null",
+             [](Mesh& m) { m.ijLnods = nullptr; }),
+      InMesh("NoSymmetryFaceNodes", HostBreach::MissingArray, 0, "ijSymmetryLnods is null",
+             [](Mesh& m) { m.ijSymmetryLnods = nullptr; }),
+      InMesh("NoCellCell", HostBreach::MissingArray, 0, "CellCell is null",
+             [](Mesh& m) { m.CellCell = nullptr; }),
+      InMesh("NoCellFace", HostBreach::MissingArray, 0, "CellFace is null",
+             [](Mesh& m) { m.CellFace = nullptr; }),
+      InMesh("NoCellLnodsNumber", HostBreach::MissingArray, 0, "CellLnodsNumber is null",
+             [](Mesh& m) { m.CellLnodsNumber = nullptr; }),
+      InMesh("NoNodeCell", HostBreach::MissingArray, 0, "NodeCell is null",
+             [](Mesh& m) { m.NodeCell = nullptr; }),
+      InMesh("NoCellCellRow", HostBreach::MissingRow, 5, "row 5 of CellCell is null",
+             [](Mesh& m) { m.CellCell[5] = nullptr; }),
+      InMesh("NoCellFaceRow", HostBreach::MissingRow, 6, "row 6 of CellFace is null",
+             [](Mesh& m) { m.CellFace[6] = nullptr; }),
+      InMesh("NoCellFaceTypeRow", HostBreach::MissingRow, 7, "row 7 of CellFaceType is null",
+             [](Mesh& m) { m.CellFaceType[7] = nullptr; }),
+      InMesh("NoCellLnodsRow", HostBreach::MissingRow, 8, "row 8 of CellLnods is null",
+             [](Mesh& m) { m.CellLnods[8] = nullptr; }),
+      InMesh("NoNodeCellRow", HostBreach::MissingRow, 9, "row 9 of NodeCell is null",
+             [](Mesh& m) { m.NodeCell[9] = nullptr; }),
+      InMesh("NoWallFaceNodeRow", HostBreach::MissingRow, 10, "row 10 of ijWallLnods is null",
+             [](Mesh& m) { m.ijWallLnods[10] = nullptr; }),
+  };
+}
+
+std::vector<Fault> FaceCellFaults() {
+  return {
+      InMesh("InnerFaceFromCellZero", HostBreach::IndexOutOfRange, 4,
+             "inner face 4: ijCV[4] = 0 is outside 1..27", [](Mesh& m) { m.ijCV[4] = 0; }),
+      InMesh("InnerFaceToGhostCell", HostBreach::IndexOutOfRange, 5, "ij[5] = 28 is outside 1..27",
+             [](Mesh& m) { m.ij[5] = 28; }),
+      InMesh("WallFaceOfGhostCell", HostBreach::IndexOutOfRange, 2, "ijWallCV[2] = 40 is outside 1..27",
+             [](Mesh& m) { m.ijWallCV[2] = 40; }),
+      InMesh("WallFaceToInteriorCell", HostBreach::IndexOutOfRange, 3, "ijWall[3] = 27 is outside 28..81",
+             [](Mesh& m) { m.ijWall[3] = 27; }),
+      InMesh("InletFaceBeyondTheCells", HostBreach::IndexOutOfRange, 1, "ijInlet[1] = 82 is outside 28..81",
+             [](Mesh& m) { m.ijInlet[1] = 82; }),
+      InMesh("OutletFaceFarOutside", HostBreach::IndexOutOfRange, 9, "ijOutletCV[9] = -2147483648",
+             [](Mesh& m) { m.ijOutletCV[9] = INT_MIN; }),
+      InMesh("FaceOnOneCell", HostBreach::FaceOnOneCell, 7, "inner face 7 joins cell",
+             [](Mesh& m) { m.ij[7] = m.ijCV[7]; }),
+      {"GhostOfTwoFacesOfAGroup", HostBreach::GhostNamedTwice, "beyond wall face 1 and beyond wall face 2",
+       [](LentHost& host) { return host.mesh->ijWall[2] = host.mesh->ijWall[1]; }},
+      {"GhostOfTwoGroups", HostBreach::GhostNamedTwice, "beyond inlet face 3 and beyond outlet face 4",
+       [](LentHost& host) { return host.mesh->ijOutlet[4] = host.mesh->ijInlet[3]; }},
+  };
+}
+
+std::vector<Fault> GeometryFaults() {
+  return {
+      InMesh("AreaNotFinite", HostBreach::NotFinite, 3, "the area vector of inner face 3 is",
+             [](Mesh& m) { m.ijSy[3] = kNan; }),
+      InMesh("FaceCentreNotFinite", HostBreach::NotFinite, 2, "the centre of inlet face 2 is",
+             [](Mesh& m) { m.ijInletxc[2] = kInfinity; }),
+      InMesh("CellCentreNotFinite", HostBreach::NotFinite, 14, "the centre of interior cell 14 is",
+             [](Mesh& m) { m.zc[14] = kNan; }),
+      InMesh("GhostCentreNotFinite", HostBreach::NotFinite, 30, "the centre of ghost cell 30 is",
+             [](Mesh& m) { m.xc[30] = kNan; }),
+      InMesh("NodeNotFinite", HostBreach::NotFinite, 17, "the position of node 17 is",
+             [](Mesh& m) { m.xn[17] = -kInfinity; }),
+      InMesh("ZeroArea", HostBreach::ZeroArea, 6, "wall face 6 has a zero area vector",
+             [](Mesh& m) { m.ijWallSx[6] = m.ijWallSy[6] = m.ijWallSz[6] = 0; }),
+      InMesh("InnerAreaTheWrongWay", HostBreach::AreaWrongWay, 11, "inner face 11: its area vector",
+             [](Mesh& m) { Flip(m.ijSx, m.ijSy, m.ijSz, 11); }),
+      InMesh("WallAreaTheWrongWay", HostBreach::AreaWrongWay, 12, "wall face 12: its area vector",
+             [](Mesh& m) { Flip(m.ijWallSx, m.ijWallSy, m.ijWallSz, 12); }),
+      InMesh("SymmetryAreaTheWrongWay", HostBreach::AreaWrongWay, 1, "does not point out of cell",
+             [](Mesh& m) { Flip(m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz, 1); }),
+      InMesh("CellsOfAFaceExchanged", HostBreach::AreaWrongWay, 20, "inner face 20",
+             [](Mesh& m) { std::swap(m.ij[20], m.ijCV[20]); }),
+      {"CellNotClosed", HostBreach::CellNotClosed, "does not close",
+       [](LentHost& host) {
+         host.mesh->ijWallSz[5] *= 1.001;
+         host.mesh->ijWallSy[5] *= 1.001;
+         return host.mesh->ijWallCV[5];
+       }},
+      {"GhostCentreInsideTheCell", HostBreach::GhostNotBeyondFace, "does not lie beyond outlet face 3",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         m.xc[m.ijOutlet[3]] = m.xc[m.ijOutletCV[3]];
+         return m.ijOutlet[3];
+       }},
+      {"GhostCentreAtTheOrigin", HostBreach::GhostNotBeyondFace, "the centre (0, 0, 0) of ghost cell",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         const int ghost = m.ijOutlet[8];
+         m.xc[ghost] = m.yc[ghost] = m.zc[ghost] = 0;
+         return ghost;
+       }},
+      InMesh("FaceCentreAway", HostBreach::FaceCentreAway, 9, "of inner face 9 lies away from its nodes",
+             [](Mesh& m) { m.ijzc[9] += 1.5; }),
+      InMesh("CellCentreAway", HostBreach::CellCentreAway, 27, "of interior cell 27 lies away from its nodes",
+             [](Mesh& m) { m.yc[27] += 2.0; }),
+      InMesh("ZeroVolume", HostBreach::BadVolume, 13, "interior cell 13 has the volume 0",
+             [](Mesh& m) { m.Volume[13] = 0; }),
+      InMesh("NegativeVolume", HostBreach::BadVolume, 14, "interior cell 14 has the volume -1",
+             [](Mesh& m) { m.Volume[14] = -1; }),
+      InMesh("VolumeNotFinite", HostBreach::BadVolume, 15, "interior cell 15 has the volume",
+             [](Mesh& m) { m.Volume[15] = kNan; }),
+      InMesh("VolumeOfAnotherUnit", HostBreach::VolumeDisagrees, 16, "but its faces enclose",
+             [](Mesh& m) { m.Volume[16] *= 1000; }),
+      InMesh("WeightAboveOne", HostBreach::WeightOutOfRange, 8, "Lamda[8] = 1.25 is outside 0..1",
+             [](Mesh& m) { m.Lamda[8] = 1.25; }),
+      InMesh("WeightBelowZero", HostBreach::WeightOutOfRange, 9, "Lamda[9] = -0.5 is outside 0..1",
+             [](Mesh& m) { m.Lamda[9] = -0.5; }),
+      InMesh("WeightNotFinite", HostBreach::WeightOutOfRange, 10, "Lamda[10]",
+             [](Mesh& m) { m.Lamda[10] = kNan; }),
+      {"WeightOfTheOtherSide", HostBreach::WeightOfOtherSide, "is the weight of ijCV",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         int f = 1;
+         while (std::abs(m.Lamda[f] - 0.5) < 0.04) ++f;
+         m.Lamda[f] = 1 - m.Lamda[f];
+         return f;
+       }},
+  };
+}
+
+std::vector<Fault> CellRowFaults() {
+  return {
+      InMesh("CellFaceRowTooLong", HostBreach::RowLength, 3, "the CellFace row of cell 3 has the length 7",
+             [](Mesh& m) { m.CellFace[3][0] = 7; }),
+      InMesh("CellFaceRowNotCounted", HostBreach::RowLength, 4, "the length 2147483647",
+             [](Mesh& m) { m.CellFace[4][0] = INT_MAX; }),
+      InMesh("CellFaceRowNegative", HostBreach::RowLength, 5, "the length -6",
+             [](Mesh& m) { m.CellFace[5][0] = -6; }),
+      InMesh("FaceMissingInRow", HostBreach::RowEntryMissing, 6, "the CellFace row of cell 6 lacks its",
+             [](Mesh& m) { m.CellFace[6][0] = 5; }),
+      InMesh("FaceOfAnotherCellInRow", HostBreach::RowEntryExtra, 1, "which does not belong to the cell",
+             [](Mesh& m) {
+               const int k = EntryOf(m, 1, true);
+               m.CellFace[1][k] = m.NInnerFaces;
+             }),
+      InMesh("FaceTwiceInRow", HostBreach::RowEntryTwice, 7, "the CellFace row of cell 7 names",
+             [](Mesh& m) {
+               m.CellFace[7][2] = m.CellFace[7][1];
+               m.CellFaceType[7][2] = m.CellFaceType[7][1];
+             }),
+      InMesh("FaceNumberOutOfRange", HostBreach::IndexOutOfRange, 8, "inner face 55, outside 1..54",
+             [](Mesh& m) { m.CellFace[8][EntryOf(m, 8, true)] = 55; }),
+      InMesh("FaceNumberZero", HostBreach::IndexOutOfRange, 9, "face 0, outside 1..",
+             [](Mesh& m) { m.CellFace[9][1] = 0; }),
+      InMesh("UnknownCode", HostBreach::UnknownFaceCode, 10, "is 4, not 0, 1, 2, 3, 5 or 101",
+             [](Mesh& m) { m.CellFaceType[10][1] = 4; }),
+      InMesh("NegativeCode", HostBreach::UnknownFaceCode, 11, "is -1, not",
+             [](Mesh& m) { m.CellFaceType[11][2] = -1; }),
+      InMesh("CodeOfAnotherGroup", HostBreach::RowEntryExtra, 1, "is outlet face",
+             [](Mesh& m) { m.CellFaceType[1][EntryOf(m, 1, true)] = 3; }),
+      InMesh("GroupInNoRow", HostBreach::GroupInNoRow, 0,
+             "no CellFace row names a symmetry face (code 5), but NSymmetry = 9",
+             [](Mesh& m) {
+               for (int c = 1; c <= m.NInnerCells; ++c) {
+                 for (int k = 1; k <= m.CellFace[c][0]; ++k)
+                   if (m.CellFaceType[c][k] == 5) m.CellFaceType[c][k] = 4;
+               }
+             }),
+      InMesh("CellCellRowTooLong", HostBreach::RowLength, 12, "the CellCell row of cell 12 has the length 8",
+             [](Mesh& m) { m.CellCell[12][0] = 8; }),
+      InMesh("CellCellRowFromZero", HostBreach::RowLength, 27, "the CellCell row of cell 27 has the length",
+             [](Mesh& m) {
+               // As a table of rows counted from 0 would have it: the first neighbour where the length is read.
+               for (int k = 0; k < 6; ++k) m.CellCell[27][k] = m.CellCell[27][k + 1];
+             }),
+      InMesh("NeighbourMissing", HostBreach::RowEntryMissing, 13, "the CellCell row of cell 13 lacks",
+             [](Mesh& m) { m.CellCell[13][0] = 5; }),
+      InMesh("StrangerAmongNeighbours", HostBreach::RowEntryExtra, 1,
+             "is interior cell 27, which no face joins", [](Mesh& m) { m.CellCell[1][1] = 27; }),
+      InMesh("CellItsOwnNeighbour", HostBreach::RowEntryExtra, 14, "is interior cell 14, which no face joins",
+             [](Mesh& m) { m.CellCell[14][3] = 14; }),
+      InMesh("NeighbourTwice", HostBreach::RowEntryTwice, 15, "the CellCell row of cell 15 names",
+             [](Mesh& m) { m.CellCell[15][4] = m.CellCell[15][5]; }),
+      InMesh("NeighbourOutOfRange", HostBreach::IndexOutOfRange, 16, "is 82, outside 1..81",
+             [](Mesh& m) { m.CellCell[16][6] = 82; }),
+      {"GhostMissingAmongNeighbours", HostBreach::RowEntryMissing, "lacks its neighbour, ghost cell",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         const int c = m.ijWallCV[1];
+         int* row = m.CellCell[c];
+         row[0] = static_cast<int>(std::remove(row + 1, row + 1 + row[0], m.ijWall[1]) - (row + 1));
+         return c;
+       }},
+  };
+}
+
+std::vector<Fault> NodeFaults() {
+  return {
+      InMesh("FaceOfTwoNodes", HostBreach::FewFaceNodes, 5, "wall face 5 has 2 nodes",
+             [](Mesh& m) { m.ijWallLnods[5][0] = 2; }),
+      InMesh("FaceOfNoNodes", HostBreach::FewFaceNodes, 6, "inner face 6 has 0 nodes",
+             [](Mesh& m) { m.ijLnods[6][0] = 0; }),
+      InMesh("FaceRowNotCounted", HostBreach::RowLength, 7, "inner face 7 has 1000000 nodes",
+             [](Mesh& m) { m.ijLnods[7][0] = 1000000; }),
+      InMesh("FaceRowLongerThanItsCell", HostBreach::RowLength, 8,
+             "inner face 8 has 9 nodes in ijLnods, more", [](Mesh& m) { m.ijLnods[8][0] = 9; }),
+      InMesh("FaceNodeOutOfRange", HostBreach::IndexOutOfRange, 3,
+             "inlet face 3: node 4 of its row of ijInletLnods is 65, outside 1..64",
+             [](Mesh& m) { m.ijInletLnods[3][4] = 65; }),
+      InMesh("FaceNodeZero", HostBreach::IndexOutOfRange, 4, "is 0, outside 1..64",
+             [](Mesh& m) { m.ijOutletLnods[4][1] = 0; }),
+      InMesh("FaceNodeTwice", HostBreach::RowEntryTwice, 9, "inner face 9 has node",
+             [](Mesh& m) { m.ijLnods[9][4] = m.ijLnods[9][1]; }),
+      InMesh("NodesInALine", HostBreach::NodesSpanNoPlane, 10, "inner face 10: its first three nodes",
+             [](Mesh& m) { m.ijLnods[10][3] = m.ijLnods[10][2]; }),
+      InMesh("NodesAtOnePoint", HostBreach::NodesSpanNoPlane, 2, "wall face 2: its first three nodes",
+             [](Mesh& m) {
+               const int* row = m.ijWallLnods[2];
+               for (double* x : {m.xn, m.yn, m.zn}) x[row[2]] = x[row[3]] = x[row[1]];
+             }),
+      {"RowOfAnotherFace", HostBreach::NodesOffPlane, "is not that of its area vector",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         m.ijInletLnods[1] = m.ijWallLnods[1];  // x against y or z
+         return 1;
+       }},
+      InMesh("CellLnodsTooMany", HostBreach::RowLength, 5,
+             "CellLnodsNumber[5] = 9, but the faces of the cell", [](Mesh& m) { m.CellLnodsNumber[5] = 9; }),
+      InMesh("CellLnodsNegative", HostBreach::RowLength, 6, "CellLnodsNumber[6] = -8",
+             [](Mesh& m) { m.CellLnodsNumber[6] = -8; }),
+      InMesh("CellLnodsTooFew", HostBreach::FaceNodeNotInCell, 7, "of the faces of cell 7 is not in",
+             [](Mesh& m) { m.CellLnodsNumber[7] = 7; }),
+      InMesh("CellNodeOutOfRange", HostBreach::IndexOutOfRange, 8,
+             "the CellLnods row of cell 8 names node 65, outside 1..64",
+             [](Mesh& m) { m.CellLnods[8][8] = 65; }),
+      InMesh("CellNodeTwice", HostBreach::RowEntryTwice, 9, "the CellLnods row of cell 9 names node",
+             [](Mesh& m) { m.CellLnods[9][1] = m.CellLnods[9][2]; }),
+      InMesh("CellNodeOfNoFace", HostBreach::RowEntryExtra, 10, "which no face of the cell has",
+             [](Mesh& m) { m.CellLnods[10][4] = ForeignNode(m, 10); }),
+      InMesh("NodeCellRowTooLong", HostBreach::RowLength, 11,
+             "the NodeCell row of node 11 has the length 500", [](Mesh& m) { m.NodeCell[11][0] = 500; }),
+      InMesh("NodeCellRowNegative", HostBreach::RowLength, 12, "the length -1",
+             [](Mesh& m) { m.NodeCell[12][0] = -1; }),
+      InMesh("NodeCellOutOfRange", HostBreach::IndexOutOfRange, 13,
+             "the NodeCell row of node 13 names cell 0, outside 1..81",
+             [](Mesh& m) { m.NodeCell[13][1] = 0; }),
+      InMesh("NodeCellTwice", HostBreach::RowEntryTwice, 14, "the NodeCell row of node 14 names",
+             [](Mesh& m) { m.NodeCell[14][2] = m.NodeCell[14][1]; }),
+      {"NodeCellWithoutInteriorCell", HostBreach::RowEntryMissing, "lacks interior cell",
+       [](LentHost& host) {
+         const int n = InnerNode(*host.mesh);
+         --host.mesh->NodeCell[n][0];
+         return n;
+       }},
+      {"NodeCellWithoutGhostCell", HostBreach::RowEntryMissing, "lacks ghost cell",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         const int n = m.ijSymmetryLnods[1][1];
+         --m.NodeCell[n][0];  // ghost cells stand behind the interior ones
+         return n;
+       }},
+      {"NodeCellWithSomeInteriorCells", HostBreach::RowEntryMissing, "lacks interior cell",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         const int n = m.ijLnods[1][1];
+         int* row = m.NodeCell[n];
+         std::copy(row + 2, row + 1 + row[0], row + 1);
+         --row[0];
+         return n;
+       }},
+      {"NodeCellWithAStranger", HostBreach::RowEntryExtra, "no face of which touches the node",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         const int n = InnerNode(m);
+         m.NodeCell[n][3] = m.ijWall[1];
+         return n;
+       }},
+  };
+}
+
+std::vector<Fault> GlobalFaults() {
+  static double shared[200];
+  static std::string name;
+  const auto named = [](const std::string& text) {
+    return [text](CZyn3dGV& g) {
+      name = text;
+      g.BaseFileName = name.data();
+    };
+  };
+  return {
+      InGlobals("NoPreviousGradient", HostBreach::MissingArray, "PrevGradY, an array [1..NCell], is null",
+                [](CZyn3dGV& g) { g.PrevGradY = nullptr; }),
+      InGlobals("PreviousGradientInOneArray", HostBreach::ArraysOverlap,
+                "PrevGradX and PrevGradZ share memory", [](CZyn3dGV& g) { g.PrevGradZ = g.PrevGradX; }),
+      InGlobals("PreviousGradientsOneShort", HostBreach::ArraysOverlap,
+                "PrevGradX and PrevGradY share memory",
+                [](CZyn3dGV& g) {
+                  g.PrevGradX = shared;
+                  g.PrevGradY = shared + 80;  // NCell is 81
+                }),
+      {"PreviousGradientInTheCentres", HostBreach::ArraysOverlap, "PrevGradY and zc share memory",
+       [](LentHost& host) {
+         host.globals->PrevGradY = host.mesh->zc;
+         return 0;
+       }},
+      InGlobals("NoResetRealBlock", HostBreach::MissingArray, "ResetRealBlock, an array [1..4], is null",
+                [](CZyn3dGV& g) { g.ResetRealBlock = nullptr; }),
+      InGlobals("NoResetIntBlock", HostBreach::MissingArray, "ResetIntBlock, an array [1..4], is null",
+                [](CZyn3dGV& g) { g.ResetIntBlock = nullptr; }),
+      InGlobals("NoFileName", HostBreach::BadFileName, "BaseFileName is null",
+                [](CZyn3dGV& g) { g.BaseFileName = nullptr; }),
+      InGlobals("EmptyFileName", HostBreach::BadFileName, "BaseFileName \"\" is empty", named("")),
+      InGlobals("FileNameWithoutExtension", HostBreach::BadFileName, "\"case\" does not end in a dot",
+                named("case")),
+      InGlobals("FileNameWithFourLetters", HostBreach::BadFileName, "\"case.cgns\" does not end",
+                named("case.cgns")),
+      InGlobals("FileNameOfAnExtension", HostBreach::BadFileName, "\"runs/.cas\" does not end",
+                named("runs/.cas")),
+      InGlobals("FileNameTooLong", HostBreach::BadFileName, "has no end within 1023 characters",
+                named(std::string(1020, 'x') + ".cas")),
+  };
+}
+
+std::vector<Fault> ObjectFaults() {
+  return {
+      {"NoMesh", HostBreach::MissingObject, "the CZYN3DFiniteVolumeMesh object is null",
+       [](LentHost& host) {
+         host.mesh = nullptr;
+         return 0;
+       }},
+      {"NoPartitionFaces", HostBreach::MissingObject, "the CPartitionFace_DLL object is null",
+       [](LentHost& host) {
+         host.partitionFaces = nullptr;
+         return 0;
+       }},
+      {"NoCommunication", HostBreach::MissingObject, "the CCommunication object is null",
+       [](LentHost& host) {
+         host.communication = nullptr;
+         return 0;
+       }},
+      {"NoReduction", HostBreach::MissingObject, "the CZYNCom object is null",
+       [](LentHost& host) {
+         host.reduction = nullptr;
+         return 0;
+       }},
+      {"NoGlobals", HostBreach::MissingObject, "the CZyn3dGV object is null",
+       [](LentHost& host) {
+         host.globals = nullptr;
+         return 0;
+       }},
+  };
+}
+
+std::vector<Fault> AllFaults() {
+  std::vector<Fault> all;
+  for (const auto& some : {ObjectFaults(), CountFaults(), ArrayFaults(), FaceCellFaults(), GeometryFaults(),
+                           CellRowFaults(), NodeFaults(), GlobalFaults()}) {
+    all.insert(all.end(), some.begin(), some.end());
+  }
+  return all;
+}
+
+class PlantedFaults : public testing::TestWithParam<Fault> {};
+
+TEST_P(PlantedFaults, AreToldWithTheirEntity) {
+  const Fault& fault = GetParam();
+  CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
+  ASSERT_EQ(run.Check()[0].Count(), 0);
+  const int entity = fault.plant(run.lent[0]);
+  host_check::HostCheckOptions options;
+  options.maxPerKind = 100;
+  const HostCheckReport report = run.Check(options)[0];
+  EXPECT_TRUE(Tells(report, fault.kind, entity, fault.words))
+      << "not told of entity " << entity << ": " << fault.words << '\n'
+      << TextOf(report);
+}
+
+INSTANTIATE_TEST_SUITE_P(OnOnePartition, PlantedFaults, testing::ValuesIn(AllFaults()),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+// One fault must not drown in its consequences.
+TEST(PlantedFault, IsToldAlone) {
+  CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
+  Mesh& m = *run.lent[0].mesh;
+  Flip(m.ijSx, m.ijSy, m.ijSz, 11);
+  EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
+  Flip(m.ijSx, m.ijSy, m.ijSz, 11);
+  m.CellCell[5][0] = 99;
+  EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
+}
+
+// Many faults at once, of any number: nothing may be read outside an array, which the sanitizers would tell.
+TEST(PlantedFault, HundredsAtOnceAreSurvived) {
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07, false, seed));
+    Mesh& m = *run.lent[0].mesh;
+    std::mt19937 random(seed);
+    const auto below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    const auto anyNumber = [&] {
+      const int choices[] = {0, -1, INT_MAX, INT_MIN, below(100), 28, 82, 65};
+      return choices[below(8)];
+    };
+    const auto spoil = [&](int* array, int n) {
+      for (int i = 0; i < 3; ++i) array[1 + below(n)] = anyNumber();
+    };
+    spoil(m.ijCV, m.NInnerFaces);
+    spoil(m.ij, m.NInnerFaces);
+    spoil(m.ijWall, m.NWall);
+    spoil(m.ijInletCV, m.NInlet);
+    spoil(m.CellLnodsNumber, m.NInnerCells);
+    for (int i = 0; i < 10; ++i) {
+      const int c = 1 + below(m.NInnerCells), n = 1 + below(m.NNode), f = 1 + below(m.NInnerFaces);
+      m.CellCell[c][below(7)] = anyNumber();
+      m.CellFace[c][below(7)] = anyNumber();
+      m.CellFaceType[c][1 + below(6)] = anyNumber();
+      m.CellLnods[c][below(9)] = anyNumber();
+      m.NodeCell[n][1] = anyNumber();
+      m.ijLnods[f][1 + below(4)] = anyNumber();
+      m.ijSx[f] = i % 2 == 0 ? kNan : 0.0;
+      m.xc[c] = kInfinity;
+    }
+    EXPECT_GT(run.Check()[0].Count(), 10);
+  }
+}
+
+TEST(PlantedFault, OfATableThatIsNotAskedForIsNotTold) {
+  CheckedRun run(HexBox(2, 2, 2));
+  Mesh& m = *run.lent[0].mesh;
+  m.CellCell = m.CellFace = m.CellFaceType = nullptr;
+  host_check::HostCheckOptions options;
+  options.cellRows = false;
+  EXPECT_EQ(run.Check(options)[0].Count(), 0) << TextOf(run.Check(options)[0]);
+  m.NodeCell = m.CellLnods = m.ijLnods = m.ijWallLnods = nullptr;
+  m.xn = nullptr;
+  options.nodeTables = false;
+  EXPECT_EQ(run.Check(options)[0].Count(), 0) << TextOf(run.Check(options)[0]);
+}
+
+TEST(PlantedFault, GroupWithoutFacesMayLeaveItsArraysNull) {
+  CheckedRun run(HexBox(2, 2, 2));
+  Mesh& m = *run.lent[0].mesh;
+  m.NInlet = 0;
+  m.ijInlet = m.ijInletCV = nullptr;
+  m.ijInletSx = m.ijInletxc = nullptr;
+  const HostCheckReport report = run.Check()[0];
+  EXPECT_EQ(report.Count(HostBreach::MissingArray), 0) << TextOf(report);
+  EXPECT_GT(report.Count(HostBreach::CellNotClosed), 0) << "the inlet's cells lack a face";
+}
+
+}  // namespace
