@@ -15,3 +15,8 @@ if(ZYN_SANITIZE)
   add_compile_options(-fsanitize=${ZYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   add_link_options(-fsanitize=${ZYN_SANITIZE})
 endif()
+
+if(ZYN_BUILD_FUZZERS)
+  # Everything reports what it covers; the fuzzers alone link the engine.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -11,8 +11,8 @@
 #include "foundation/KernelSystem.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
-#include "rbf_face/DistanceSort.h"
-#include "rbf_face/GrowingRowTable.h"
+#include "foundation/DistanceSort.h"
+#include "foundation/GrowingRowTable.h"
 
 /// @file
 /// What the sources of the interpolation to faces share.

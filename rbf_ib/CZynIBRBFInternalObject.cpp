@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "foundation/ErrorText.h"
+#include "foundation/GrowingRowTable.h"
 #include "foundation/HostObjects.h"
 #include "foundation/Progress.h"
 #include "foundation/RowTable.h"
@@ -16,7 +17,6 @@
 #include "host/ZYNKNCompParm.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
-#include "rbf_ib/IBRows.h"
 
 namespace {
 
@@ -57,13 +57,11 @@ CZynIBRBFInternalObject::~CZynIBRBFInternalObject() {
   m_pKNCMP = nullptr;
 }
 
-// The rows go with the store that has them all.
 void CZynIBRBFInternalObject::ReleaseTables() {
-  FreeArray(m_ppIBConn);
-  FreeArray(m_ppIBNodeConn);
-  FreeArray(m_ppIBCoef);
-  FreeArray(m_ppIBValueCoef);
-  DeleteObject(m_pRows);
+  GrowingRowTable<int>::Destroy(m_ppIBConn);
+  GrowingRowTable<int>::Destroy(m_ppIBNodeConn);
+  GrowingRowTable<IBCnode>::Destroy(m_ppIBCoef);
+  GrowingRowTable<double>::Destroy(m_ppIBValueCoef);
   RowTable<int>::Destroy(ppRBFiNodeConn);
   DeleteArray(m_pIBNodeCellTable);
 
@@ -148,12 +146,11 @@ int CZynIBRBFInternalObject::Initialize_IB_memory_allocate(int nIB) {
   int const nPoint = std::max(nIB, 0);
   int const nCell = m_pMesh->NCell;
   m_iNIBNode = nIB;
-  m_pRows = new Rows;
-  m_ppIBConn = NewZeroedArray<int*>(nPoint);
-  m_ppIBNodeConn = NewZeroedArray<int*>(nPoint);
+  m_ppIBConn = GrowingRowTable<int>::Create(nPoint);
+  m_ppIBNodeConn = GrowingRowTable<int>::Create(nPoint);
   m_pIBNodeCellTable = new Cpp_DataStructure[static_cast<std::size_t>(nPoint) + 1];
-  m_ppIBCoef = NewZeroedArray<IBCnode*>(nPoint);
-  m_ppIBValueCoef = NewZeroedArray<double*>(nPoint);
+  m_ppIBCoef = GrowingRowTable<IBCnode>::Create(nPoint);
+  m_ppIBValueCoef = GrowingRowTable<double>::Create(nPoint);
   m_pIBSupportLength = NewZeroedArray<double>(nPoint);
   m_pIBTwoSeeds = NewZeroedArray<unsigned char>(nPoint);
   m_pADTree = new CZYNOptKer;

@@ -274,7 +274,6 @@ class ZYN_EXPORT CZynIBRBFInternalObject {
   CZYNKNCMPCompParm* m_pKNCMP = nullptr;  ///< source of the settings when not null
 
  private:
-  struct Rows;
   struct Candidates;
   struct StencilWork;
   struct DerivationWork;
@@ -301,6 +300,4 @@ class ZYN_EXPORT CZynIBRBFInternalObject {
   double const* WeightsOfNode(int node, DerivationWork& work);
   void DeriveNode(int node, double* weights, DerivationWork& work);
   void GatherErrors(int i);
-
-  Rows* m_pRows = nullptr;  ///< memory of the points' rows; owned
 };

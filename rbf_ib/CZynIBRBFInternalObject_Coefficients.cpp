@@ -7,18 +7,22 @@
 
 #include "foundation/DQKernel.h"
 #include "foundation/DQVector.h"
+#include "foundation/GrowingRowTable.h"
 #include "foundation/KernelSystem.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "rbf_ib/RowStore.h"
 #include "rbf_ib/SearchMethod.h"
 
 /// What the points share while they are derived: the arrays of the systems, and the weights of the mesh nodes,
 /// which depend on the node alone and are solved for once however many points have it.
 struct CZynIBRBFInternalObject::DerivationWork {
   KernelSystem pointSystem, nodeSystem;
-  std::vector<double const*> weightsOf;  // by node; empty until the first node is asked for
-  RowStore<double> weights;
+  double** weightsOf = nullptr;  // [1..NNode], rows of the nodes that were asked for; null until the first is
+
+  DerivationWork() = default;
+  DerivationWork(DerivationWork const&) = delete;
+  DerivationWork& operator=(DerivationWork const&) = delete;
+  ~DerivationWork() { GrowingRowTable<double>::Destroy(weightsOf); }
 };
 
 namespace {
@@ -117,13 +121,10 @@ void CZynIBRBFInternalObject::DerivePointByNodes(int i, double x, double y, doub
 }
 
 double const* CZynIBRBFInternalObject::WeightsOfNode(int node, DerivationWork& work) {
-  if (work.weightsOf.empty()) work.weightsOf.resize(static_cast<std::size_t>(m_pMesh->NNode) + 1, nullptr);
-  double const*& known = work.weightsOf[static_cast<std::size_t>(node)];
-  if (known == nullptr) {
-    double* const row = work.weights.NewRow(static_cast<std::size_t>(ppRBFiNodeConn[node][0]) + 1);
-    DeriveNode(node, row, work);
-    known = row;
-  }
+  if (work.weightsOf == nullptr) work.weightsOf = GrowingRowTable<double>::Create(m_pMesh->NNode);
+  double*& known = work.weightsOf[node];
+  if (known == nullptr)
+    DeriveNode(node, GrowingRowTable<double>::MakeRow(work.weightsOf, node, ppRBFiNodeConn[node][0]), work);
   return known;
 }
 

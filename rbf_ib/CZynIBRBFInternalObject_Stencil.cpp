@@ -7,9 +7,9 @@
 #include "foundation/BoundingBox.h"
 #include "foundation/DQVector.h"
 #include "foundation/GrowingBoxSearch.h"
+#include "foundation/GrowingRowTable.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "rbf_ib/IBRows.h"
 #include "rbf_ib/SearchMethod.h"
 #include "rbf_ib/ShortenedSort.h"
 
@@ -123,11 +123,9 @@ int CZynIBRBFInternalObject::ChooseSeeds(int i, Candidates const& candidates) {
 }
 
 void CZynIBRBFInternalObject::CreateRows(int i, int n) {
-  std::size_t const size = static_cast<std::size_t>(n) + 1;
-  m_ppIBConn[i] = m_pRows->cells.NewRow(size);
-  m_ppIBConn[i][0] = n;
-  m_ppIBCoef[i] = m_pRows->coef.NewRow(size);
-  m_ppIBValueCoef[i] = m_pRows->valueCoef.NewRow(size);
+  GrowingRowTable<int>::MakeRow(m_ppIBConn, i, n)[0] = n;
+  GrowingRowTable<IBCnode>::MakeRow(m_ppIBCoef, i, n);
+  GrowingRowTable<double>::MakeRow(m_ppIBValueCoef, i, n);
 }
 
 int CZynIBRBFInternalObject::CountingNodeToCellconnectionNumber(int i, int nSeed, int* pSeed) {
@@ -182,18 +180,18 @@ int CZynIBRBFInternalObject::CollectStencil(int i, int nSeed, int const* seeds, 
 // The nodes of point i, and for each of them the stencil positions of the cells around it.
 void CZynIBRBFInternalObject::StoreNodes(int i, std::vector<int> const& nodes) {
   int const nNode = static_cast<int>(nodes.size());
-  m_ppIBNodeConn[i] = m_pRows->nodes.NewRow(nodes.size() + 1);
-  m_ppIBNodeConn[i][0] = nNode;
-  std::copy(nodes.begin(), nodes.end(), m_ppIBNodeConn[i] + 1);
+  int* const row = GrowingRowTable<int>::MakeRow(m_ppIBNodeConn, i, nNode);
+  row[0] = nNode;
+  std::copy(nodes.begin(), nodes.end(), row + 1);
 
   Cpp_DataStructure& table = m_pIBNodeCellTable[i];
   table.Release();
   table.SetRowNumber(nNode);
   for (int j = 1; j <= nNode; ++j) {
-    int const* const around = ppRBFiNodeConn[m_ppIBNodeConn[i][j]];
+    int const* const around = ppRBFiNodeConn[row[j]];
     table.CreateRow(j, around[0]);
-    int* const row = table.m_ppRow[j];
-    for (int k = 1; k <= around[0]; ++k) row[k] = m_CellLocalID[around[k]];
+    int* const positions = table.m_ppRow[j];
+    for (int k = 1; k <= around[0]; ++k) positions[k] = m_CellLocalID[around[k]];
   }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "rbf_face/DistanceSort.h"
+#include "foundation/DistanceSort.h"
 
 /// Sorts identities by distance as Dis_Sorting of the point operator does, without its quadratic cost.
 ///

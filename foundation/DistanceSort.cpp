@@ -1,4 +1,4 @@
-#include "rbf_face/DistanceSort.h"
+#include "foundation/DistanceSort.h"
 
 #include <algorithm>
 #include <cmath>

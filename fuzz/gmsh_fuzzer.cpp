@@ -1,0 +1,22 @@
+// Gmsh files, text and binary: a mesh that the check takes or refuses, or one line that says what is wrong.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "fuzz/FuzzFolder.h"
+#include "reference_host/GmshReader.h"
+#include "reference_host/MeshCheck.h"
+#include "reference_host/MeshError.h"
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  static fuzz::FuzzFolder const folder;
+  auto const file = folder.Write("mesh.msh", reinterpret_cast<char const*>(data), size);
+  try {
+    reference_host::CheckMesh(reference_host::ReadGmsh(file));
+  } catch (reference_host::MeshError const& error) {
+    if (std::strchr(error.what(), '\n') != nullptr) std::abort();
+  }
+  return 0;
+}
