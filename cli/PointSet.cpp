@@ -92,7 +92,7 @@ class CsvText {
 
 double Coordinate(const CsvText& csv, const Field& field, char axis) {
   const std::string text = Meaning(field);
-  const char* begin = text.data() + (text.size() > 1 && text.front() == '+' ? 1 : 0);
+  const char* begin = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
   const char* end = text.data() + text.size();
   double value = 0.0;
   const auto result = std::from_chars(begin, end, value);
