@@ -1,0 +1,148 @@
+// A host of one's own: a solver with a structured mesh of cubes, cut into slabs that are threads of one process, brings
+// the library what it asks for. The four abstract classes are in Team.h: partition faces, halo exchange, reduction and
+// parameters. Slab.h fills the mesh record.
+//
+// On it a least-squares gradient is computed, and the field is interpolated to the inner faces by the methods 3 and 4,
+// whose settings come from the parameters instead of from a file.
+//
+//   own_host [SLABS]
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <thread>
+#include <vector>
+
+#include "Slab.h"
+#include "Team.h"
+#include "gradient/COperatorGradient.h"
+#include "rbf_face/CZynFaceRBFInternalObject.h"
+
+namespace {
+
+constexpr std::array<int, 3> kSize = {8, 16, 16};  // cells of a slab
+constexpr double kEdge = 1.0 / 16.0;
+
+// phi = sin(2x) y + z^2
+double Field(double x, double y, double z) { return std::sin(2.0 * x) * y + z * z; }
+
+// What one partition found: largest errors.
+struct Result {
+  double gradient = 0.0;                // in interior cells
+  std::array<double, 2> face = {0, 0};  // at inner faces, methods 3 and 4
+};
+
+// A partition with all that it lends to the operators, which must outlive them.
+class Partition {
+ public:
+  Partition(Team& team, int part, int nParts)
+      : slab_(part, nParts, kSize, kEdge),
+        faces_(slab_.partitionFaces),
+        exchange_(team, slab_),
+        reduction_(team, part),
+        phi_(static_cast<std::size_t>(slab_.mesh.NCell) + 1, 0.0) {
+    globals_.BaseFileName = baseFileName_;
+  }
+
+  Result Work() {
+    FillField();
+    Result result;
+    result.gradient = GradientError();
+    result.face = {FaceError(3), FaceError(4)};
+    return result;
+  }
+
+ private:
+  // Interior and ghost cells are filled here, halo cells by their owners.
+  void FillField() {
+    const CZYN3DFiniteVolumeMesh& mesh = slab_.mesh;
+    for (int c = 1; c <= mesh.NCell; ++c) phi_[c] = Field(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+    for (const HaloSource& from : slab_.halo) phi_[from.haloCell] = 0.0;
+    exchange_.DDM_Exch(phi_.data());
+  }
+
+  double GradientError() {
+    CZYN3DFiniteVolumeMesh& mesh = slab_.mesh;
+    COperatorGradient gradient;
+    gradient.getZyn3dGV(&globals_, nullptr, nullptr, &mesh);
+    gradient.getPartitionFace(&faces_);
+    gradient.getCommunication(&exchange_, &reduction_);
+    int leastSquares = 1;
+    gradient.getGradType(leastSquares);
+    gradient.Initialize();
+    std::vector<double> gx(phi_.size()), gy(phi_.size()), gz(phi_.size());
+    gradient.GradMethod(phi_.data(), gx.data(), gy.data(), gz.data(), 1);
+
+    double largest = 0.0;
+    for (int c = 1; c <= mesh.NInnerCells; ++c) {
+      const double ex = gx[c] - 2.0 * std::cos(2.0 * mesh.xc[c]) * mesh.yc[c];
+      const double ey = gy[c] - std::sin(2.0 * mesh.xc[c]);
+      const double ez = gz[c] - 2.0 * mesh.zc[c];
+      largest = std::max(largest, std::sqrt(ey * ey + ex * ex + ez * ez));
+    }
+    return largest;
+  }
+
+  double FaceError(int method) {
+    CZYN3DFiniteVolumeMesh& mesh = slab_.mesh;
+    parameters_.faces.Span = 500;
+    parameters_.faces.iSearch_method = method;
+    parameters_.faces.Search_distance = -1.0;  // negative: the default
+    parameters_.faces.Search_number = 20;
+    CZynFaceRBFInternalObject faces;
+    faces.getZyn3dGV(&globals_, nullptr, nullptr, &mesh);
+    faces.getPartitionFace(&faces_);
+    faces.getCommunication(&exchange_);
+    faces.SetZYNKNCMP(&parameters_);
+    faces.Initialize_FaceInterpolateData(1);  // inner faces
+    std::vector<double> value(static_cast<std::size_t>(mesh.NInnerFaces) + 1), zero1(value), zero2(value),
+        zero3(value);
+    faces.Multiply_FaceRBFCoefficent(phi_.data(), value.data(), zero1.data(), zero2.data(), zero3.data());
+
+    double largest = 0.0;
+    for (int f = 1; f <= mesh.NInnerFaces; ++f)
+      largest = std::max(largest, std::fabs(value[f] - Field(mesh.ijxc[f], mesh.ijyc[f], mesh.ijzc[f])));
+    return largest;
+  }
+
+  Slab slab_;
+  PartitionFaces faces_;
+  Exchange exchange_;
+  Reduction reduction_;
+  Parameters parameters_;
+  CZyn3dGV globals_;
+  char baseFileName_[32] = "own_host.run";
+  std::vector<double> phi_;  // [1..NCell]
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int nParts = argc > 1 ? std::atoi(argv[1]) : 2;
+  if (nParts < 1) {
+    std::fprintf(stderr, "own_host: the number of slabs has to be 1 or more\n");
+    return 2;
+  }
+  std::cout.setstate(std::ios_base::failbit);  // the operators would count their faces on it, one by one
+  Team team(nParts);
+  std::vector<Result> results(static_cast<std::size_t>(nParts));
+  std::vector<std::thread> threads;
+  for (int part = 0; part < nParts; ++part) {
+    threads.emplace_back([&team, &results, part, nParts] {
+      results[static_cast<std::size_t>(part)] = Partition(team, part, nParts).Work();
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+
+  bool isRight = true;
+  std::printf("largest errors\n  slab   gradient  faces, method 3  faces, method 4\n");
+  for (std::size_t part = 0; part < results.size(); ++part) {
+    const Result& result = results[part];
+    std::printf("%6zu  %9.2e  %15.2e  %15.2e\n", part, result.gradient, result.face[0], result.face[1]);
+    isRight = isRight && result.gradient < 0.2 && result.face[0] < 0.01 && result.face[1] < 0.01;
+  }
+  return isRight ? 0 : 1;
+}
