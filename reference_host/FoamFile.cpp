@@ -35,7 +35,7 @@ void FoamFile::ReadHeader() {
   for (std::string key = Keyword(); !key.empty(); key = Keyword()) {
     const std::string value = Value();
     if (key == "format" && value != "ascii") {
-      text_.Fail("format " + Quoted(value) + " cannot be read; write the mesh in format ascii");
+      text_.Fail("format " + Quoted(value) + " cannot be read; write it in format ascii");
     }
     if (key == "class") className_ = value;
   }

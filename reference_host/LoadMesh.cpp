@@ -9,6 +9,8 @@
 
 #include "reference_host/BoundaryGroups.h"
 #include "reference_host/BoxMesh.h"
+#include "reference_host/DecomposedCase.h"
+#include "reference_host/DecomposedCaseReader.h"
 #include "reference_host/MeshCheck.h"
 #include "reference_host/MeshDistribution.h"
 #include "reference_host/MeshError.h"
@@ -41,13 +43,36 @@ class MeshLoader {
         progress_(progress) {}
 
   LoadedMesh Load() {
-    MeshPart part = IsBoxSpec(meshSpec_) ? MakePartOfBox() : DistributeFile();
-    BuildTables(std::move(part));
+    BuildTables(MakePart());
     Summarize();
     return std::move(loaded_);
   }
 
  private:
+  MeshPart MakePart() {
+    if (IsBoxSpec(meshSpec_)) return MakePartOfBox();
+    return IsDecomposed() ? ReadDecomposed() : DistributeFile();
+  }
+
+  /// Rank 0 decides: a file system may not show the same to all at the same time.
+  bool IsDecomposed() const {
+    int is = 0;
+    OnRank0([&] { is = IsDecomposedCase(meshSpec_) ? 1 : 0; });
+    MPI_Bcast(&is, 1, MPI_INT, 0, communicator_.get());
+    return is != 0;
+  }
+
+  MeshPart ReadDecomposed() {
+    OnRank0([&] { Report("reading"); });
+    DecomposedPart decomposed = ReadDecomposedCase(communicator_, meshSpec_);
+    loaded_.summary.nNodes = decomposed.nNodes;
+    MeshPart& part = decomposed.part;
+    std::vector<std::int64_t> facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
+    SumOverRanks(facesOfPatch);
+    RunTogether(communicator_, [&] { AssignBoundaryGroups(part.patches, facesOfPatch, groups_); });
+    return std::move(part);
+  }
+
   void Report(const std::string& stage) const {
     if (communicator_.rank() == 0 && progress_) progress_(stage);
   }

@@ -26,7 +26,8 @@ struct LoadedMesh {
 /// Collective. Brings a mesh to all ranks of a communicator, one partition each: halo and weights complete,
 /// ready for the operators. The same mesh on as many ranks gives the same partitions.
 ///
-/// A file is read, checked and divided by rank 0; each rank makes its own part of a box.
+/// A file is read, checked and divided by rank 0; each rank makes its own part of a box, and reads its own folder of
+/// an OpenFOAM case that is decomposed for as many processors as there are ranks.
 /// @param[in] communicator  borrowed; what is returned has its own duplicates of it
 /// @param[in] meshSpec      file, folder or text of a box, as for ReadMesh and ParseBoxSpec; the same on
 /// every rank
@@ -35,7 +36,7 @@ struct LoadedMesh {
 ///                          same on every rank
 /// @param[in] progress      called on rank 0 at the beginning of each stage: "reading", "partitioning" and
 /// "distributing",
-///                          or "generating" for a box, then "tables"; may be empty
+///                          or "reading" alone for a decomposed case, or "generating" for a box, then "tables"; may be empty
 /// Throws MeshError, with the same text on every rank, whatever failed and wherever.
 LoadedMesh LoadMesh(MPI_Comm communicator, const std::string& meshSpec,
                     const std::map<std::string, BoundaryGroup>& groupsByUser,

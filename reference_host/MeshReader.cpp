@@ -13,22 +13,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// One file is enough: the reader says which of the others is missing.
-bool LooksLikePolyMesh(const fs::path& folder) {
-  std::error_code ignored;
-  for (const char* const name : {"points", "points.gz", "faces", "faces.gz", "owner", "owner.gz"}) {
-    if (fs::is_regular_file(folder / name, ignored)) return true;
-  }
-  return false;
-}
-
-FaceMesh ReadFolder(const fs::path& folder) {
-  for (const fs::path& candidate : {folder, folder / "constant" / "polyMesh", folder / "polyMesh"}) {
-    if (LooksLikePolyMesh(candidate)) return ReadPolyMesh(candidate.string());
-  }
-  throw MeshError(folder.string() +
-                  ": unknown format, no polyMesh (points, faces, owner, neighbour, boundary) in " +
-                  "this folder");
+FaceMesh ReadFolder(const std::string& folder) {
+  const std::string polyMesh = FindPolyMesh(folder);
+  if (!polyMesh.empty()) return ReadPolyMesh(polyMesh);
+  throw MeshError(folder +
+                  ": unknown format, no polyMesh (points, faces, owner, neighbour, boundary) in this folder");
 }
 
 }  // namespace

@@ -3,31 +3,19 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <set>
-#include <vector>
+#include <system_error>
 
 #include "reference_host/FoamFile.h"
+#include "reference_host/FoamList.h"
 #include "reference_host/MeshError.h"
 
 namespace reference_host {
 namespace {
 
 constexpr std::int64_t kIntEnd = std::numeric_limits<int>::max();
-
-/// "N (item item ...)" or "(item item ...)"; readItem takes one item.
-template <class ReadItem>
-void ReadList(TextCursor& text, const char* what, const ReadItem& readItem) {
-  const bool counted = text.Peek() != '(';
-  const std::size_t announced = counted ? text.Count(what, 1) : 0;
-  text.Expect('(');
-  std::size_t n = 0;
-  for (; !text.Accept(')'); ++n) readItem();
-  if (counted && n != announced) {
-    text.Fail(std::string(what) + " is " + std::to_string(announced) + ", but " + std::to_string(n) +
-              " follow");
-  }
-}
 
 int ReadNumber(TextCursor& text, const char* what, std::int64_t end) {
   const std::int64_t number = text.Integer(what);
@@ -38,31 +26,18 @@ int ReadNumber(TextCursor& text, const char* what, std::int64_t end) {
   return static_cast<int>(number);
 }
 
-/// A list of cell numbers, at most one for each of nFaces faces. A mesh of very few cells may have it as
-/// "N{n}", N times the same number.
-std::vector<int> ReadCellNumbers(FoamFile& file, int nFaces) {
+/// Cell numbers of at most nFaces faces. A mesh of very few cells may have "N{n}", N times the same.
+std::vector<int> ReadCellNumbers(FoamFile& file, std::int64_t nFaces) {
   TextCursor& text = file.Text();
-  std::vector<int> cells;
-  if (text.Peek() == '(') text.Fail("a list of cell numbers without its length");
-  const int n = ReadNumber(text, "the length of a list of cells", std::int64_t{nFaces} + 1);
-  if (text.Accept('{')) {
-    cells.assign(n, ReadNumber(text, "cell", kIntEnd));
-    text.Expect('}');
-    return cells;
-  }
-  text.Expect('(');
-  while (!text.Accept(')')) cells.push_back(ReadNumber(text, "cell", kIntEnd));
-  if (cells.size() != static_cast<std::size_t>(n)) {
-    text.Fail(std::to_string(n) + " cell numbers announced, " + std::to_string(cells.size()) + " found");
-  }
-  return cells;
+  return ReadFoamValues<int>(text, "cell number", nFaces,
+                             [&text] { return ReadNumber(text, "cell", kIntEnd); });
 }
 
 // N ((x y z) (x y z) ...)
 void ReadPoints(const std::string& folder, FaceMesh& mesh) {
   FoamFile file(folder, "points");
   TextCursor& text = file.Text();
-  ReadList(text, "the number of points", [&] {
+  ReadFoamList(text, "the number of points", [&] {
     Point point{};
     text.Expect('(');
     for (double& x : point) x = text.Real("a coordinate");
@@ -75,9 +50,9 @@ void ReadPoints(const std::string& folder, FaceMesh& mesh) {
 // N (n(node node ...) n(node node ...) ...)
 void ReadFaceRows(TextCursor& text, FaceMesh& mesh) {
   const auto nPoints = static_cast<std::int64_t>(mesh.points.size());
-  ReadList(text, "the number of faces", [&] {
-    ReadList(text, "the number of nodes of a face",
-             [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
+  ReadFoamList(text, "the number of faces", [&] {
+    ReadFoamList(text, "the number of nodes of a face",
+                 [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
     mesh.faceStart.push_back(mesh.faceNode.size());
   });
 }
@@ -86,7 +61,7 @@ void ReadFaceRows(TextCursor& text, FaceMesh& mesh) {
 void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
   const auto nPoints = static_cast<std::int64_t>(mesh.points.size());
   mesh.faceStart.clear();
-  ReadList(text, "the number of face starts", [&] {
+  ReadFoamList(text, "the number of face starts", [&] {
     const std::int64_t start = text.Integer("the start of a face");
     const bool rises =
         mesh.faceStart.empty() ? start == 0 : start >= static_cast<std::int64_t>(mesh.faceStart.back());
@@ -94,8 +69,8 @@ void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
     mesh.faceStart.push_back(static_cast<std::size_t>(start));
   });
   if (mesh.faceStart.empty()) text.Fail("the starts of the faces must begin with 0 and rise");
-  ReadList(text, "the number of nodes of all faces",
-           [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
+  ReadFoamList(text, "the number of nodes of all faces",
+               [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
   if (mesh.faceStart.back() != mesh.faceNode.size()) {
     text.Fail("the last face ends at " + std::to_string(mesh.faceStart.back()) + " of " +
               std::to_string(mesh.faceNode.size()) + " nodes");
@@ -145,8 +120,7 @@ void ReadCells(const std::string& folder, FaceMesh& mesh) {
 /// What the file boundary tells about one patch.
 struct PatchEntry {
   Patch patch;
-  std::int64_t nFaces = -1;
-  std::int64_t startFace = -1;
+  PatchFaces faces = {-1, -1};
 };
 
 // name { type wall; nFaces 10; startFace 20; ... }
@@ -157,50 +131,65 @@ PatchEntry ReadPatch(FoamFile& file) {
   const std::string& name = entry.patch.name;
   text.Expect('{');
   for (std::string key = file.Keyword(); !key.empty(); key = file.Keyword()) {
-    if (key == "nFaces") entry.nFaces = text.Integer("the number of faces of a patch");
-    if (key == "startFace") entry.startFace = text.Integer("the first face of a patch");
+    if (key == "nFaces") entry.faces.count = text.Integer("the number of faces of a patch");
+    if (key == "startFace") entry.faces.first = text.Integer("the first face of a patch");
+    if (key == "myProcNo") entry.faces.processor = text.Integer("the number of a processor");
+    if (key == "neighbProcNo") entry.faces.neighbour = text.Integer("the number of a processor");
     const std::string value = file.Value();
     if (key == "type") entry.patch.type = value;
   }
-  if (name.empty() || entry.patch.type.empty() || entry.nFaces < 0 || entry.startFace < 0) {
+  if (name.empty() || entry.patch.type.empty() || entry.faces.count < 0 || entry.faces.first < 0) {
     text.Fail("patch " + Quoted(name) + " needs a name, a type, nFaces and startFace");
   }
   return entry;
 }
 
-/// Gives the faces of a patch to it.
-void ClaimFaces(const FoamFile& file, const PatchEntry& entry, FaceMesh& mesh, int nInner) {
-  const std::int64_t nFaces = mesh.nFaces();
+/// Refuses a patch whose faces are not among the boundary faces firstFace .. endFace-1.
+void CheckRange(const FoamFile& file, const PatchEntry& entry, std::int64_t firstFace, std::int64_t endFace) {
+  const PatchFaces& faces = entry.faces;
+  if (faces.count == 0) return;
+  if (faces.first >= firstFace && faces.first < endFace && faces.count <= endFace - faces.first) return;
+  throw MeshError(file.Name() + ": patch " + Quoted(entry.patch.name) + " has " +
+                  std::to_string(faces.count) + " faces from " + std::to_string(faces.first) +
+                  " on, but boundary faces are " + std::to_string(firstFace) + " to " +
+                  std::to_string(endFace - 1));
+}
+
+/// Gives the faces of the last patch to it.
+void ClaimFaces(const FoamFile& file, const PatchFaces& faces, FaceMesh& mesh) {
   const int patch = static_cast<int>(mesh.patches.size()) - 1;
-  const std::string prefix = file.Name() + ": patch " + Quoted(entry.patch.name);
-  if (entry.nFaces == 0) return;
-  if (entry.startFace < nInner || entry.startFace >= nFaces || entry.nFaces > nFaces - entry.startFace) {
-    throw MeshError(prefix + " has " + std::to_string(entry.nFaces) + " faces from " +
-                    std::to_string(entry.startFace) + " on, but boundary faces are " +
-                    std::to_string(nInner) + " to " + std::to_string(nFaces - 1));
-  }
-  for (std::int64_t f = entry.startFace; f < entry.startFace + entry.nFaces; ++f) {
+  for (std::int64_t f = faces.first; f < faces.first + faces.count; ++f) {
     if (mesh.facePatch[f] >= 0) {
-      throw MeshError(prefix + " and patch " + Quoted(mesh.patches[mesh.facePatch[f]].name) +
-                      " both have face " + std::to_string(f));
+      throw MeshError(file.Name() + ": patch " + Quoted(mesh.patches[patch].name) + " and patch " +
+                      Quoted(mesh.patches[mesh.facePatch[f]].name) + " both have face " + std::to_string(f));
     }
     mesh.facePatch[f] = patch;
   }
 }
 
 // N (patch patch ...)
-void ReadBoundary(const std::string& folder, FaceMesh& mesh) {
-  FoamFile file(folder, "boundary");
+template <class TakePatch>
+void ReadPatches(FoamFile& file, const TakePatch& takePatch) {
   TextCursor& text = file.Text();
+  std::set<std::string> names;
+  ReadFoamList(text, "the number of patches", [&] {
+    const PatchEntry entry = ReadPatch(file);
+    if (!names.insert(entry.patch.name).second) text.Fail("a second patch " + Quoted(entry.patch.name));
+    takePatch(entry);
+  });
+}
+
+void ReadBoundary(const std::string& folder, PolyMesh& polyMesh) {
+  FoamFile file(folder, "boundary");
+  FaceMesh& mesh = polyMesh.mesh;
   const int nInner = static_cast<int>(mesh.neighbour.size());
   mesh.neighbour.resize(mesh.owner.size(), -1);
   mesh.facePatch.assign(mesh.owner.size(), -1);
-  std::set<std::string> names;
-  ReadList(text, "the number of patches", [&] {
-    const PatchEntry entry = ReadPatch(file);
-    if (!names.insert(entry.patch.name).second) text.Fail("a second patch " + Quoted(entry.patch.name));
+  ReadPatches(file, [&](const PatchEntry& entry) {
     mesh.patches.push_back(entry.patch);
-    ClaimFaces(file, entry, mesh, nInner);
+    polyMesh.facesOfPatch.push_back(entry.faces);
+    CheckRange(file, entry, nInner, mesh.nFaces());
+    ClaimFaces(file, entry.faces, mesh);
   });
   for (int f = nInner; f < mesh.nFaces(); ++f) {
     if (mesh.facePatch[f] < 0)
@@ -208,15 +197,49 @@ void ReadBoundary(const std::string& folder, FaceMesh& mesh) {
   }
 }
 
+/// One file is enough: the reader says which of the others is missing.
+bool LooksLikePolyMesh(const std::filesystem::path& folder) {
+  std::error_code ignored;
+  for (const char* const name : {"points", "points.gz", "faces", "faces.gz", "owner", "owner.gz"}) {
+    if (std::filesystem::is_regular_file(folder / name, ignored)) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
-FaceMesh ReadPolyMesh(const std::string& folder) {
-  FaceMesh mesh;
-  ReadPoints(folder, mesh);
-  ReadFaces(folder, mesh);
-  ReadCells(folder, mesh);
-  ReadBoundary(folder, mesh);
-  return mesh;
+PolyMesh ReadPolyMeshWithPatches(const std::string& folder) {
+  PolyMesh polyMesh;
+  ReadPoints(folder, polyMesh.mesh);
+  ReadFaces(folder, polyMesh.mesh);
+  ReadCells(folder, polyMesh.mesh);
+  ReadBoundary(folder, polyMesh);
+  return polyMesh;
+}
+
+FaceMesh ReadPolyMesh(const std::string& folder) { return ReadPolyMeshWithPatches(folder).mesh; }
+
+PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder) {
+  PolyMeshBoundary boundary;
+  FoamFile owner(folder, "owner");
+  // "N{n}" can announce any number. It stands only where one cell owns all faces, so there are few.
+  constexpr std::int64_t kFew = 1000;
+  boundary.owner = ReadCellNumbers(owner, std::max(kFew, static_cast<std::int64_t>(owner.Text().Remaining())));
+  FoamFile file(folder, "boundary");
+  ReadPatches(file, [&](const PatchEntry& entry) {
+    CheckRange(file, entry, 0, static_cast<std::int64_t>(boundary.owner.size()));
+    boundary.patches.push_back(entry.patch);
+    boundary.facesOfPatch.push_back(entry.faces);
+  });
+  return boundary;
+}
+
+std::string FindPolyMesh(const std::string& folder) {
+  const std::filesystem::path path(folder);
+  for (const std::filesystem::path& candidate : {path, path / "constant" / "polyMesh", path / "polyMesh"}) {
+    if (LooksLikePolyMesh(candidate)) return candidate.string();
+  }
+  return {};
 }
 
 }  // namespace reference_host

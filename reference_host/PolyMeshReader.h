@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "reference_host/FaceMesh.h"
 
@@ -17,5 +19,35 @@ namespace reference_host {
 /// CheckMesh.
 /// @param[in] folder  the polyMesh folder itself
 FaceMesh ReadPolyMesh(const std::string& folder);
+
+/// The faces of a patch, and of a patch of type processor the two processors that it lies between.
+struct PatchFaces {
+  std::int64_t first = 0;  ///< counted from 0 among all faces of the mesh
+  std::int64_t count = 0;
+  std::int64_t processor = -1;  ///< the one whose folder this is; -1: not told
+  std::int64_t neighbour = -1;
+};
+
+/// A polyMesh with what a FaceMesh has no place for.
+struct PolyMesh {
+  FaceMesh mesh;
+  std::vector<PatchFaces> facesOfPatch;  ///< by patch
+};
+
+/// The same as ReadPolyMesh, and the faces of each patch.
+PolyMesh ReadPolyMeshWithPatches(const std::string& folder);
+
+/// The boundary of a polyMesh alone, without points and faces.
+struct PolyMeshBoundary {
+  std::vector<int> owner;  ///< of every face
+  std::vector<Patch> patches;
+  std::vector<PatchFaces> facesOfPatch;  ///< by patch; within the faces
+};
+
+/// Reads owner and boundary only. Throws MeshError like ReadPolyMesh.
+PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder);
+
+/// The polyMesh folder that `folder` is, or has in constant/polyMesh or polyMesh; empty if there is none.
+std::string FindPolyMesh(const std::string& folder);
 
 }  // namespace reference_host

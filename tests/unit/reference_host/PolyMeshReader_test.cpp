@@ -139,7 +139,7 @@ TEST(PolyMeshReader, ReadsCompactFaces) {
 TEST(PolyMeshReader, ReadsListsOfOneRepeatedNumber) {
   ExpectSameMesh(Read(With("neighbour", "1(1)", "1{1}")), Read(HexagonColumn()));
   ExpectContains(Refusal(With("owner", "15\n(", "2000000000{1}\n(")),
-                 "owner:14: the length of a list of cells 2000");
+                 "owner:14: the length of a list of cell numbers 2000");
 }
 
 TEST(PolyMeshReader, TakesTheNumberOfCellsFromOwnerAndNeighbour) {
@@ -161,7 +161,7 @@ TEST(PolyMeshReader, TakesLinesThatEndTheWindowsWay) {
 
 TEST(PolyMeshReader, RefusesBinaryFiles) {
   EXPECT_EQ(Refusal(With("points", "ascii", "binary")),
-            "points:7: format 'binary' cannot be read; write the mesh in format ascii");
+            "points:7: format 'binary' cannot be read; write it in format ascii");
 }
 
 TEST(PolyMeshReader, RefusesCompressedFiles) {
@@ -208,7 +208,7 @@ TEST(PolyMeshReader, RefusesListsWhoseLengthIsWrong) {
   ExpectContains(Refusal(With("owner", "15\n(", "14\n(")), "14 cell numbers announced, 15 found");
   ExpectContains(Refusal(With("owner", "15\n(\n0 ", "14\n(\n")), "14 owners of 15 faces");
   ExpectContains(Refusal(With("neighbour", "1(1)", "16(1)")),
-                 "neighbour:14: the length of a list of cells 16");
+                 "neighbour:14: the length of a list of cell numbers 16");
 }
 
 TEST(PolyMeshReader, RefusesPatchesThatDoNotCoverTheBoundaryOnce) {

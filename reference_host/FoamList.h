@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reference_host/TextCursor.h"
+
+namespace reference_host {
+
+/// "N (item item ...)" or "(item item ...)"; readItem takes one item.
+template <class ReadItem>
+void ReadFoamList(TextCursor& text, const char* what, const ReadItem& readItem) {
+  const bool counted = text.Peek() != '(';
+  const std::size_t announced = counted ? text.Count(what, 1) : 0;
+  text.Expect('(');
+  std::size_t n = 0;
+  for (; !text.Accept(')'); ++n) readItem();
+  if (counted && n != announced) {
+    text.Fail(std::string(what) + " is " + std::to_string(announced) + ", but " + std::to_string(n) +
+              " follow");
+  }
+}
+
+/// A list with its length, "N (item item ...)" or, for N times the same, "N{item}".
+/// @param[in] what      what an item is, for failures: "cell number"
+/// @param[in] mostItems a longer list is a failure before anything is allocated for it
+/// @param[in] readItem  takes one item and returns it
+template <class Item, class ReadItem>
+std::vector<Item> ReadFoamValues(TextCursor& text, const char* what, std::int64_t mostItems,
+                                 const ReadItem& readItem) {
+  if (text.Peek() == '(') text.Fail(std::string("a list of ") + what + "s without its length");
+  const std::int64_t n = text.Integer("the length of a list");
+  if (n < 0 || n > mostItems) {
+    text.Fail("the length of a list of " + std::string(what) + "s " + std::to_string(n) + " is not in 0 to " +
+              std::to_string(mostItems));
+  }
+  std::vector<Item> items;
+  if (text.Accept('{')) {
+    items.assign(static_cast<std::size_t>(n), readItem());
+    text.Expect('}');
+    return items;
+  }
+  text.Expect('(');
+  while (!text.Accept(')')) items.push_back(readItem());
+  if (items.size() != static_cast<std::size_t>(n)) {
+    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(items.size()) + " found");
+  }
+  return items;
+}
+
+}  // namespace reference_host

@@ -1,0 +1,85 @@
+#include "reference_host/ProcessorCuts.h"
+
+#include <algorithm>
+
+#include "reference_host/MeshError.h"
+#include "reference_host/MeshFile.h"
+#include "reference_host/MpiAgreement.h"
+#include "reference_host/Vector3.h"
+
+namespace reference_host {
+namespace {
+
+/// Both sides write the same coordinates, but perhaps with few digits; share of the face's size.
+constexpr double kClose = 1e-4;
+
+std::vector<int> RanksOf(const std::vector<ProcessorCut>& cuts) {
+  std::vector<int> ranks;
+  ranks.reserve(cuts.size());
+  for (const ProcessorCut& cut : cuts) ranks.push_back(cut.neighbour);
+  return ranks;
+}
+
+}  // namespace
+
+ProcessorCuts::ProcessorCuts(const MpiCommunicator& communicator, const ProcessorMesh& processor)
+    : processor_(processor), neighbours_(communicator, RanksOf(processor.cuts)) {
+  const FaceMesh& mesh = processor.mesh;
+  std::vector<std::vector<int>> lengths;
+  for (const ProcessorCut& cut : processor.cuts) {
+    std::vector<int>& list = lengths.emplace_back();
+    for (int f = cut.firstFace; f < cut.firstFace + cut.nFaces; ++f) {
+      list.push_back(static_cast<int>(mesh.faceStart[f + 1] - mesh.faceStart[f]));
+    }
+  }
+  const std::vector<std::vector<int>> theirLengths = neighbours_.Swap(lengths);
+  const std::vector<std::vector<Point>> theirs = SwapNodeValues(mesh.points);
+  RunTogether(communicator, [&] { MatchFaces(theirLengths, theirs); });
+}
+
+void ProcessorCuts::MatchFaces(const std::vector<std::vector<int>>& theirLengths,
+                               const std::vector<std::vector<Point>>& theirs) {
+  const FaceMesh& mesh = processor_.mesh;
+  for (std::size_t i = 0; i < processor_.cuts.size(); ++i) {
+    const ProcessorCut& cut = processor_.cuts[i];
+    std::vector<int>& nodes = nodes_.emplace_back();
+    std::vector<std::size_t>& start = start_.emplace_back(1, 0);
+    for (int k = 0; k < cut.nFaces; ++k) {
+      const std::size_t n = mesh.faceStart[cut.firstFace + k + 1] - mesh.faceStart[cut.firstFace + k];
+      if (theirLengths[i][k] != static_cast<int>(n)) {
+        throw MeshError(processor_.folder + ": face " + std::to_string(k) + " of patch " +
+                        Quoted(cut.patchName) + " has " + std::to_string(n) +
+                        " nodes, its counterpart in processor" + std::to_string(cut.neighbour) + " has " +
+                        std::to_string(theirLengths[i][k]));
+      }
+      MatchFace(cut, k, theirs[i].data() + start.back(), nodes);
+      start.push_back(nodes.size());
+    }
+  }
+}
+
+/// The neighbour goes round the face the other way, as a rule from the same node on.
+void ProcessorCuts::MatchFace(const ProcessorCut& cut, int k, const Point* theirs,
+                              std::vector<int>& nodes) const {
+  const FaceMesh& mesh = processor_.mesh;
+  const std::size_t begin = mesh.faceStart[cut.firstFace + k];
+  const std::size_t n = mesh.faceStart[cut.firstFace + k + 1] - begin;
+  const auto ownNode = [&](std::size_t shift, std::size_t i) {
+    return mesh.faceNode[begin + (shift + n - i) % n];
+  };
+  double size = 0.0;
+  for (std::size_t i = 1; i < n; ++i) size = std::max(size, Length(Difference(theirs[i], theirs[0])));
+  for (std::size_t shift = 0; shift < n; ++shift) {
+    bool fits = true;
+    for (std::size_t i = 0; i < n && fits; ++i) {
+      fits = Length(Difference(mesh.points[ownNode(shift, i)], theirs[i])) <= kClose * size;
+    }
+    if (!fits) continue;
+    for (std::size_t i = 0; i < n; ++i) nodes.push_back(ownNode(shift, i));
+    return;
+  }
+  throw MeshError(processor_.folder + ": face " + std::to_string(k) + " of patch " + Quoted(cut.patchName) +
+                  " does not lie on its counterpart in processor" + std::to_string(cut.neighbour));
+}
+
+}  // namespace reference_host

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "reference_host/DecomposedCase.h"
+#include "reference_host/MpiNeighbours.h"
+
+namespace reference_host {
+
+/// The cuts of a processor's mesh, matched node by node with those of its neighbours.
+class ProcessorCuts {
+ public:
+  /// Collective. Throws MeshError if a face does not lie on its counterpart.
+  /// @param[in] communicator, processor  borrowed
+  ProcessorCuts(const MpiCommunicator& communicator, const ProcessorMesh& processor);
+
+  const MpiNeighbours& neighbours() const { return neighbours_; }
+
+  /// The own nodes of the k-th face of cut i in the order in which the neighbour has them:
+  /// Nodes(i)[Start(i)[k]] .. Nodes(i)[Start(i)[k+1]-1].
+  const std::vector<int>& Nodes(std::size_t i) const { return nodes_[i]; }
+  const std::vector<std::size_t>& Start(std::size_t i) const { return start_[i]; }
+
+  /// Collective among neighbours. A value of every own node.
+  /// @return by cut, what the neighbour has at Nodes(i)
+  template <class T>
+  std::vector<std::vector<T>> SwapNodeValues(const std::vector<T>& ofNode) const {
+    const FaceMesh& mesh = processor_.mesh;
+    std::vector<std::vector<T>> lists;
+    for (const ProcessorCut& cut : processor_.cuts) {
+      std::vector<T>& list = lists.emplace_back();
+      for (std::size_t n = mesh.faceStart[cut.firstFace]; n < mesh.faceStart[cut.firstFace + cut.nFaces];
+           ++n) {
+        list.push_back(ofNode[mesh.faceNode[n]]);
+      }
+    }
+    return neighbours_.Swap(lists);
+  }
+
+ private:
+  void MatchFaces(const std::vector<std::vector<int>>& theirLengths,
+                  const std::vector<std::vector<Point>>& theirs);
+  void MatchFace(const ProcessorCut& cut, int k, const Point* theirs, std::vector<int>& nodes) const;
+
+  const ProcessorMesh& processor_;
+  MpiNeighbours neighbours_;
+  std::vector<std::vector<int>> nodes_;
+  std::vector<std::vector<std::size_t>> start_;
+};
+
+}  // namespace reference_host
