@@ -159,6 +159,11 @@ TEST(PointApplication, OfAStencilWithoutMembersIsZero) {
       for (const double result : {out.value[i], out.x[i], out.y[i], out.z[i]})
         EXPECT_TRUE(SameValue("result", 0.0, result)) << "method " << method;
     }
+    for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
+      const IBCnode& w = bed.object.m_ppIBCoef[i][0];
+      EXPECT_TRUE(w.x == 0.0 && w.y == 0.0 && w.z == 0.0 && bed.object.m_ppIBValueCoef[i][0] == 0.0)
+          << "written beyond the row before";
+    }
     EXPECT_TRUE(out.GuardsIntact());
     EXPECT_EQ(5, bed.object.m_iNDerived);
     EXPECT_EQ(1.0, bed.object.m_dFiMaxError) << "and the report says so";

@@ -216,12 +216,34 @@ TEST(PointSearch, WithoutAStepCoversEverythingAtOnce) {
   EXPECT_EQ(2U, Searched(zero, {1, 1, 1}, 3, 20).Stencil(1).size());
 }
 
+// One axis after the other, on either side.
+TEST(PointSearch, WithoutAStepHasTheFarthestBoundForTheCubesHalfWidth) {
+  const double far[] = {-7, -6, -5, 7, 6, 5};
+  for (std::size_t k = 0; k < 6; ++k) {
+    Point away;
+    (k % 3 == 0 ? away.x : k % 3 == 1 ? away.y : away.z) = far[k];
+    const PointMesh mesh = LooseCells({{0, 0, 0}, {0, 0, 0}, away});
+    EXPECT_EQ(std::fabs(far[k]), Searched(mesh, {0, 0, 0}, 1, 20).Support()) << "axis " << k;
+  }
+}
+
+// From some distance on the growth leaps; the half-width stays that of the first cube that reaches a cell.
+TEST(PointSearch, FarOutsideTheMeshHasTheHalfWidthOfTheFirstCubeThatHoldsEnough) {
+  for (const int k :
+       {2, 998, 999, 1000, 1001, 1002, 1003, 1999, 2000, 2001, 2002, 3999, 4000, 4001, 123456}) {
+    EXPECT_EQ(1.0 * k, Searched(Row(9), {8.0 + k - 0.5, 0, 0}, 1, 1).Support());
+    EXPECT_EQ(1.0 * k, Searched(Row(9), {0.5 - k, 0, 0}, 1, 1).Support());
+  }
+}
+
 TEST(PointSearch, OfPointsThatAreNoNumbersOrInfiniteEnds) {
   const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
-  for (const double x : {inf, -inf, nan}) {
-    for (const int method : {1, 2, 3}) {
-      const Searched s(Hexahedra(HexahedraOptions()), {x, 1.0, 1.0}, method, 4);
-      EXPECT_GE(s.object.m_ppIBConn[1][0], 0) << x << " method " << method;
+  for (const double value : {inf, -inf, nan}) {
+    for (const Point& p : {Point{value, 1, 1}, Point{1, value, 1}, Point{1, 1, value}}) {
+      for (const int method : {1, 2, 3}) {
+        const Searched s(Hexahedra(HexahedraOptions()), p, method, 4);
+        EXPECT_GE(s.object.m_ppIBConn[1][0], 0) << value << " method " << method;
+      }
     }
   }
 }
@@ -300,6 +322,18 @@ TEST(PointRing, OfASingleStepCollectsFromAnySeeds) {
   EXPECT_EQ(4, bed.object.CountingNodeToCellconnectionNumber(2, 1, seeds));
   EXPECT_EQ((List{2, 4, 3, 1}), bed.Stencil(2)) << "nothing is carried over from the point before";
   EXPECT_EQ(2, bed.object.m_ppIBNodeConn[2][0]);
+}
+
+TEST(PointRing, OfASingleStepReplacesWhatThePointHad) {
+  PointBed bed{Ring()}, fresh{Ring()};
+  Array marks = AllUsable(4);
+  bed.SetUpToTree(marks, 1);
+  fresh.SetUpToTree(marks, 1);
+  int both[] = {2, 1}, single[] = {1};
+  bed.object.CountingNodeToCellconnectionNumber(1, 2, both);
+  bed.object.CountingNodeToCellconnectionNumber(1, 1, single);
+  fresh.object.CountingNodeToCellconnectionNumber(1, 1, single);
+  EXPECT_TRUE(SameContent(fresh.object, bed.object));
 }
 
 // Meshes need not have rows for ghost and halo cells.
