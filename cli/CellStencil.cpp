@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "cli/ConditionEstimate.h"
 #include "cli/StdoutToFile.h"
 #include "cli/TemporaryFolder.h"
 #include "foundation/DQKernel.h"
@@ -88,11 +89,9 @@ DQVector CellStencil::SumOfWeights() const {
   return sum;
 }
 
-CellStencil DeriveCellStencil(HostPartition& partition, int cell, const RadialBasisSettings& settings) {
-  const TemporaryFolder folder;
-  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
-  const StdoutToFile silence("/dev/null");
-  BorrowingOperator op(partition);
+namespace {
+
+CellStencil StencilOf(HostPartition& partition, BorrowingOperator& op, int cell) {
   op->DeriveCellCoefficentBysolveDQfullMatrix(cell);
 
   const int* const row = op->m_ppRBFCellConn[cell];
@@ -111,6 +110,41 @@ CellStencil DeriveCellStencil(HostPartition& partition, int cell, const RadialBa
   stencil.settings = {op->Span, op->iShape_Normalize == 1};
   stencil.matrix = SystemMatrix(stencil, row + 1);
   return stencil;
+}
+
+}  // namespace
+
+CellStencil DeriveCellStencil(HostPartition& partition, int cell, const RadialBasisSettings& settings) {
+  const TemporaryFolder folder;
+  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  const StdoutToFile silence("/dev/null");
+  BorrowingOperator op(partition);
+  return StencilOf(partition, op, cell);
+}
+
+std::vector<double> CellConditions(HostPartition& partition, const std::vector<int>& cells,
+                                   const RadialBasisSettings& settings) {
+  const TemporaryFolder folder;
+  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  const StdoutToFile silence("/dev/null");
+  BorrowingOperator op(partition);
+  std::vector<double> conditions;
+  for (const int cell : cells) {
+    const CellStencil stencil = StencilOf(partition, op, cell);
+    conditions.push_back(ConditionEstimate(stencil.matrix, stencil.Order()));
+  }
+  return conditions;
+}
+
+void VisitCellStencils(HostPartition& partition, const RadialBasisSettings& settings,
+                       const std::string& logFile,
+                       const std::function<void(int cell, const CellStencil&)>& visit) {
+  const TemporaryFolder folder;
+  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  const StdoutToFile log(logFile);
+  BorrowingOperator op(partition);
+  for (int cell = 1; cell <= partition.mesh()->NInnerCells; ++cell)
+    visit(cell, StencilOf(partition, op, cell));
 }
 
 }  // namespace zyngrad

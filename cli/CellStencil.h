@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -39,5 +40,17 @@ struct CellStencil {
 /// prints goes nowhere, and its settings file into a temporary folder. Not collective.
 CellStencil DeriveCellStencil(reference_host::HostPartition& partition, int cell,
                               const RadialBasisSettings& settings);
+
+/// Estimated condition numbers (ConditionEstimate) of the systems of some interior cells, in their order, with
+/// one set-up for all. Like DeriveCellStencil else.
+std::vector<double> CellConditions(reference_host::HostPartition& partition, const std::vector<int>& cells,
+                                   const RadialBasisSettings& settings);
+
+/// Derives all interior cells of the partition in ascending order and shows each to `visit`, with one set-up for
+/// all. Like DeriveCellStencil else, but for what the operator prints.
+/// @param[in] logFile  takes it
+void VisitCellStencils(reference_host::HostPartition& partition, const RadialBasisSettings& settings,
+                       const std::string& logFile,
+                       const std::function<void(int cell, const CellStencil&)>& visit);
 
 }  // namespace zyngrad

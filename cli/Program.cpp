@@ -60,7 +60,7 @@ Command* Parse(CLI::App& program, const Commands& commands, std::vector<std::str
   throw UsageError("a command is required (see zyngrad --help)");
 }
 
-void ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) {
+int ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) {
   CLI::App program("Gradients of fields on finite-volume meshes, with their errors.", "zyngrad");
   program.set_version_flag("--version", "zyngrad " ZYNGRAD_VERSION);
   program.set_help_flag("-h,--help", "Print this help and exit");
@@ -70,8 +70,8 @@ void ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) 
       "Every command runs alone or under mpirun: mpirun -n 2 zyngrad COMMAND ...");
 
   Commands commands;
-  for (auto make :
-       {MakeGradientCommand, MakeFacesCommand, MakePointsCommand, MakeInfoCommand, MakeExplainCommand}) {
+  for (auto make : {MakeGradientCommand, MakeFacesCommand, MakePointsCommand, MakeStudyCommand,
+                    MakeCheckCommand, MakeInfoCommand, MakeExplainCommand}) {
     std::unique_ptr<Command> command = make();
     CLI::App* subcommand = command->AddTo(program);
     commands.emplace_back(subcommand, std::move(command));
@@ -82,14 +82,14 @@ void ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) 
   ranks.Together([] {
     if (!std::cout.flush()) throw UsageError("cannot write to standard output");
   });
+  return command != nullptr ? command->ExitCode() : kSuccess;
 }
 
 }  // namespace
 
 int RunProgram(const std::vector<std::string>& arguments, const Ranks& ranks) {
   try {
-    ParseAndRun(arguments, ranks);
-    return kSuccess;
+    return ParseAndRun(arguments, ranks);
   } catch (const UsageError& error) {
     return FailTogether(ranks, error.what());
   } catch (const reference_host::MeshError& error) {

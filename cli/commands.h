@@ -19,6 +19,10 @@ class Command {
 
   /// Collective. Throws UsageError or MeshError, the same on every rank.
   virtual void Run(const Ranks& ranks) = 0;
+
+  /// After Run: of the program, the same on every rank. Other than 0 for a command that found faults in what it
+  /// was asked about.
+  virtual int ExitCode() const { return 0; }
 };
 
 std::unique_ptr<Command> MakeGradientCommand();
@@ -26,5 +30,7 @@ std::unique_ptr<Command> MakeInfoCommand();
 std::unique_ptr<Command> MakeExplainCommand();
 std::unique_ptr<Command> MakeFacesCommand();
 std::unique_ptr<Command> MakePointsCommand();
+std::unique_ptr<Command> MakeStudyCommand();
+std::unique_ptr<Command> MakeCheckCommand();
 
 }  // namespace zyngrad

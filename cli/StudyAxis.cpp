@@ -1,0 +1,97 @@
+#include "cli/StudyAxis.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <utility>
+
+namespace zyngrad {
+namespace {
+
+constexpr double kRoom = 0.06;  // of the axis, at either end
+
+std::string Number(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.10g", value);
+  return text;
+}
+
+/// Smallest and largest of the values that count; {1, 0} without any.
+std::pair<double, double> Range(const std::vector<double>& values, double above) {
+  std::pair<double, double> range = {std::numeric_limits<double>::infinity(), 0.0};
+  bool isFirst = true;
+  for (const double value : values) {
+    if (!std::isfinite(value) || !(value > above)) continue;
+    range.first = isFirst ? value : std::min(range.first, value);
+    range.second = isFirst ? value : std::max(range.second, value);
+    isFirst = false;
+  }
+  return isFirst ? std::pair(1.0, 0.0) : range;
+}
+
+}  // namespace
+
+StudyAxis StudyAxis::Logarithmic(const std::vector<double>& values) {
+  auto [low, high] = Range(values, 0.0);
+  if (low > high) return {true, 0.1, 1.0};
+  // At least half a decade, so that equal errors make a straight line and no noise.
+  const double room = std::max(kRoom * std::log10(high / low), 0.5 * (0.5 - std::log10(high / low)));
+  return {true, low * std::pow(10.0, -room), high * std::pow(10.0, room)};
+}
+
+StudyAxis StudyAxis::Linear(const std::vector<double>& values) {
+  auto [low, high] = Range(values, -std::numeric_limits<double>::infinity());
+  if (low > high) return {false, 0.0, 1.0};
+  const double room = high > low ? kRoom * (high - low) : 0.5;
+  return {false, low - room, high + room};
+}
+
+StudyAxis::StudyAxis(bool isLogarithmic, double low, double high)
+    : isLogarithmic_(isLogarithmic), low_(low), high_(high) {
+  if (isLogarithmic_)
+    AddLogarithmicTicks();
+  else
+    AddLinearTicks();
+}
+
+double StudyAxis::Place(double value) const {
+  return isLogarithmic_ ? std::log10(value / low_) / Decades() : (value - low_) / (high_ - low_);
+}
+
+bool StudyAxis::Shows(double value) const { return std::isfinite(value) && (!isLogarithmic_ || value > 0.0); }
+
+double StudyAxis::Decades() const { return std::log10(high_ / low_); }
+
+// Over few decades 1, 2 and 5 have numbers; over many every second or third power does.
+void StudyAxis::AddLogarithmicTicks() {
+  constexpr double kFewDecades = 2.0;
+  constexpr int kMostPowers = 8;
+  const bool isShort = Decades() <= kFewDecades;
+  const int first = static_cast<int>(std::floor(std::log10(low_)));
+  const int last = static_cast<int>(std::ceil(std::log10(high_)));
+  const int step = (last - first) / kMostPowers + 1;
+  for (int power = first; power <= last; ++power) {
+    for (int k = 1; k <= 9; ++k) {
+      const double value = k * std::pow(10.0, power);
+      if (value < low_ || value > high_) continue;
+      std::string label;
+      if (isShort && (k == 1 || k == 2 || k == 5)) label = Number(value);
+      if (!isShort && k == 1 && power % step == 0) label = "10^" + std::to_string(power);
+      if (isShort || k == 1 || step == 1) ticks_.push_back({value, std::move(label)});
+    }
+  }
+}
+
+// About five steps of 1, 2 or 5 times a power of ten.
+void StudyAxis::AddLinearTicks() {
+  constexpr double kSteps = 5.0;
+  const double power = std::pow(10.0, std::floor(std::log10((high_ - low_) / kSteps)));
+  double step = power;
+  for (const double factor : {2.0, 5.0, 10.0})
+    if ((high_ - low_) / step > 1.5 * kSteps) step = factor * power;
+  for (double k = std::ceil(low_ / step); k * step <= high_; k += 1.0)
+    ticks_.push_back({k * step, Number(k * step)});
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace zyngrad {
+
+/// A curve: points joined by lines, with markers.
+struct PlotCurve {
+  std::string name;                               ///< in the legend
+  std::vector<std::pair<double, double>> points;  ///< those that the axes cannot show are left out
+  int style = 0;             ///< colour, marker and dash; the same number looks the same in every plot
+  bool isStaircase = false;  ///< a histogram: each point is the left end of a step, no markers
+};
+
+/// A plot with one or two logarithmic axes.
+struct StudyPlot {
+  std::string name;  ///< of the file, without ".svg"
+  std::string title, xTitle, yTitle;
+  bool isXLogarithmic = true, isYLogarithmic = true;
+  std::vector<PlotCurve> curves;
+  std::vector<int> orders;  ///< a slope triangle for each; both axes have to be logarithmic
+};
+
+/// The plot as one SVG element, with everything that it needs inside; the same text for the same plot.
+std::string SvgOf(const StudyPlot& plot);
+
+/// Text inside XML and HTML.
+std::string Escaped(const std::string& text);
+
+}  // namespace zyngrad

@@ -1,0 +1,303 @@
+#include "cli/StudyRun.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <numeric>
+
+#include "cli/FaceRun.h"
+#include "cli/GradientRun.h"
+#include "cli/InterpolationOptions.h"
+#include "cli/MeshScale.h"
+#include "cli/PointErrors.h"
+#include "cli/PointRun.h"
+#include "cli/RunSettings.h"
+#include "cli/TemporaryFolder.h"
+#include "cli/UsageError.h"
+#include "reference_host/LoadMesh.h"
+
+namespace zyngrad {
+namespace {
+
+using Kind = StudyMethod::Kind;
+using reference_host::HostPartition;
+
+constexpr double kMicro = 1e6;
+
+/// The points of a study: half-way between the centre of a cell and its first node.
+struct StudyPoints {
+  PointSet points;             ///< of all ranks, the same on every rank, by the number of their cells
+  std::vector<char> boundary;  ///< whether the cell has a boundary face
+};
+
+/// One mesh with what all cases need of it.
+class LevelRun {
+ public:
+  LevelRun(const Ranks& ranks, const StudyQuestion& question, const std::string& mesh,
+           const std::string& logFile, const std::function<void(const std::string&)>& progress)
+      : ranks_(ranks),
+        question_(question),
+        progress_(progress),
+        mesh_(reference_host::LoadMesh(ranks.communicator(), mesh, question.groups, progress)),
+        partition_(*mesh_.partition) {
+    level_.mesh = mesh;
+    level_.nCells = mesh_.summary.nCells;
+    level_.spacing = Spacing();
+    gradient_.isBoundaryCell = BoundaryCells(*partition_.mesh());
+    gradient_.weight.assign(static_cast<std::size_t>(partition_.mesh()->NCell) + 1, 1.0);
+    gradient_.nRepeat = question.nRepeat;
+    gradient_.logFile = logFile;
+    interpolation_.number = question.searchNumber;
+    interpolation_.distance = 2.0 * MeanCellDistance(ranks, partition_);
+  }
+
+  StudyLevel Run() {
+    if (Has(Kind::Points)) MakePoints();
+    for (std::size_t k = 0; k < question_.cases.size(); ++k) RunCase(k);
+    return std::move(level_);
+  }
+
+ private:
+  bool Has(Kind kind) const {
+    return std::any_of(question_.cases.begin(), question_.cases.end(),
+                       [kind](const StudyCase& c) { return c.method->kind == kind; });
+  }
+
+  double Spacing() const {
+    const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
+    double volume = 0.0;
+    for (int c = 1; c <= mesh.NInnerCells; ++c) volume += mesh.Volume[c];
+    const std::vector<double> all = ranks_.Gather(volume);
+    return std::cbrt(std::accumulate(all.begin(), all.end(), 0.0) /
+                     static_cast<double>(mesh_.summary.nCells));
+  }
+
+  std::int64_t PointStep() const { return std::max<std::int64_t>(1, level_.nCells / question_.nPoints); }
+
+  /// Rows of number, x, y, z and boundary of this rank's points.
+  std::vector<double> OwnPointRows() const {
+    const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
+    const std::int64_t step = PointStep();
+    std::vector<double> rows;
+    for (int c = 1; c <= mesh.NInnerCells; ++c) {
+      const std::int64_t number = partition_.globalCell()[static_cast<std::size_t>(c)];
+      if ((number - 1) % step != 0) continue;
+      const int node = LowestNode(mesh.CellLnods[c] + 1, mesh.CellLnodsNumber[c]);
+      rows.push_back(static_cast<double>(number));
+      rows.push_back(0.5 * (mesh.xc[c] + mesh.xn[node]));
+      rows.push_back(0.5 * (mesh.yc[c] + mesh.yn[node]));
+      rows.push_back(0.5 * (mesh.zc[c] + mesh.zn[node]));
+      rows.push_back(gradient_.isBoundaryCell[static_cast<std::size_t>(c)]);
+    }
+    return rows;
+  }
+
+  /// By number in the mesh: the same one in every partition.
+  int LowestNode(const int* nodes, int n) const {
+    const auto number = [this](int node) { return partition_.globalNode()[static_cast<std::size_t>(node)]; };
+    return *std::min_element(nodes, nodes + n, [&](int a, int b) { return number(a) < number(b); });
+  }
+
+  void MakePoints() {
+    constexpr std::size_t kColumns = 5;
+    std::vector<double> rows = ranks_.GatherOnFirst(OwnPointRows());
+    ranks_.Broadcast(rows);
+    std::vector<std::size_t> order(rows.size() / kColumns);
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(),
+              [&](std::size_t a, std::size_t b) { return rows[a * kColumns] < rows[b * kColumns]; });
+    for (const std::size_t i : order) {
+      const double* const row = rows.data() + i * kColumns;
+      points_.points.x.push_back(row[1]);
+      points_.points.y.push_back(row[2]);
+      points_.points.z.push_back(row[3]);
+      points_.boundary.push_back(row[4] != 0.0 ? 1 : 0);
+    }
+    usable_ = FindUsableCells(ranks_, partition_, nullptr);
+    owners_ = FindPointOwners(ranks_, partition_, usable_, points_.points);
+  }
+
+  void RunCase(std::size_t iCase) {
+    const StudyCase& theCase = question_.cases[iCase];
+    const StudyCondition condition = ConditionOf(theCase);
+    for (std::size_t iField = 0; iField < question_.fields.size(); ++iField) {
+      progress_(Label(theCase) + " on " + level_.mesh);
+      const std::size_t first = level_.results.size();
+      switch (theCase.method->kind) {
+        case Kind::Gradient:
+          RunGradient(theCase, question_.fields[iField].formula);
+          break;
+        case Kind::Faces:
+          RunInnerFaces(theCase, question_.fields[iField].formula);
+          break;
+        case Kind::Points:
+          RunAtPoints(theCase, question_.fields[iField].formula);
+          break;
+      }
+      for (std::size_t i = first; i < level_.results.size(); ++i) {
+        level_.results[i].iCase = iCase;
+        level_.results[i].iField = iField;
+        level_.results[i].condition = condition;
+      }
+    }
+  }
+
+  InterpolationSettings SettingsOf(const StudyCase& theCase) const {
+    InterpolationSettings settings = interpolation_;
+    settings.method = theCase.method->searchMethod;
+    settings.span = theCase.span;
+    return settings;
+  }
+
+  StudyCondition ConditionOf(const StudyCase& theCase) {
+    if (!theCase.method->TakesSpan()) return {};
+    progress_("condition numbers of " + Label(theCase) + " on " + level_.mesh);
+    std::vector<double> own;
+    ranks_.Together([&] {
+      switch (theCase.method->kind) {
+        case Kind::Gradient:
+          own = GradientConditions(partition_, {theCase.span, false});
+          break;
+        case Kind::Faces:
+          own = FaceConditions(partition_, SettingsOf(theCase));
+          break;
+        case Kind::Points:
+          own = PointConditions(partition_, usable_, OwnPoints(), SettingsOf(theCase));
+          break;
+      }
+    });
+    return SummariseConditions(ranks_, own);
+  }
+
+  PointSet OwnPoints() const {
+    PointSet own;
+    for (std::size_t i = 0; i < points_.points.size(); ++i) {
+      if (owners_[i].rank != ranks_.rank()) continue;
+      own.x.push_back(points_.points.x[i]);
+      own.y.push_back(points_.points.y[i]);
+      own.z.push_back(points_.points.z[i]);
+    }
+    return own;
+  }
+
+  /// The file that an operator reads next.
+  void TellSettings(const std::string& text) {
+    ranks_.Together(
+        [&] { partition_.SetBaseFileName(WriteSettingsText(folder_.path() + "/settings.rbf", text)); });
+  }
+
+  void RunGradient(const StudyCase& theCase, const Expression& formula) {
+    gradient_.nSweeps = theCase.nSweeps;
+    gradient_.radialBasis = {theCase.span, false};
+    gradient_.fields.clear();
+    gradient_.fields.push_back(MakeTestField(ranks_, partition_, formula));
+    gradient_.exactL2 = {1.0};  // errors are wanted as they are
+    if (theCase.method->TakesSpan()) TellSettings(SettingsFileText(gradient_.radialBasis));
+    const MethodResult run = RunMethod(ranks_, mesh_, *theCase.method->gradient, gradient_);
+
+    StudyResult result;
+    result.quantity = kGradient;
+    result.notRun = run.notRun;
+    if (run.notRun.empty()) {
+      const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
+      const std::vector<double>& error = run.gradients.front().cellError;
+      std::vector<StudyError> own;
+      for (int c = 1; c <= mesh.NInnerCells; ++c) {
+        const auto i = static_cast<std::size_t>(c);
+        own.push_back({error[i], mesh.Volume[c], gradient_.isBoundaryCell[i] != 0});
+      }
+      result.errors = SummariseStudyErrors(ranks_, own);
+      result.usSetUp = run.times.setUp * kMicro / mesh_.summary.maxCells;
+      result.nsApply = run.times.nsPerCell;
+    }
+    level_.results.push_back(std::move(result));
+  }
+
+  void RunInnerFaces(const StudyCase& theCase, const Expression& formula) {
+    std::vector<double> values = MakeCellValues(ranks_, partition_, formula, "the field");
+    const FacesOfGroup faces = FacesOf(partition_, FaceGroup::Inner);
+    const std::vector<double> exact = ExactFaceValues(ranks_, faces, FaceGroup::Inner, formula);
+    TellSettings(FaceSettingsText(SettingsOf(theCase)));
+    const FaceRun run = RunFaces(ranks_, mesh_, FaceGroup::Inner, values, gradient_.logFile);
+
+    std::vector<StudyError> own;
+    const auto isBoundary = [this](int c) {
+      return gradient_.isBoundaryCell[static_cast<std::size_t>(c)] != 0;
+    };
+    for (int f = 1; f <= faces.count; ++f) {
+      const auto i = static_cast<std::size_t>(f);
+      own.push_back({std::fabs(run.rows.value[i] - exact[i]), faces.Area(f),
+                     isBoundary(faces.cell[f]) || isBoundary(faces.other[f])});
+    }
+    StudyResult result;
+    result.quantity = kFaceValue;
+    result.errors = SummariseStudyErrors(ranks_, own);
+    result.usSetUp = run.times.usPerFace;
+    result.nsApply = run.times.nsPerFace;
+    level_.results.push_back(std::move(result));
+  }
+
+  void RunAtPoints(const StudyCase& theCase, const Expression& formula) {
+    std::vector<char> isUsable(usable_.mark.size(), 0);
+    for (std::size_t c = 1; c < isUsable.size(); ++c) isUsable[c] = usable_.mark[c] < 0.0 ? 1 : 0;
+    std::vector<double> values = MakeCellValues(ranks_, partition_, formula, "the field", &isUsable);
+    TellSettings(PointSettingsText(SettingsOf(theCase)));
+    const PointRun run =
+        RunPoints(ranks_, mesh_, usable_, points_.points, owners_, values, gradient_.logFile);
+
+    std::vector<StudyError> ofValues, ofGradients;  // on the first rank, which has all of them
+    ranks_.Together([&] {
+      if (!ranks_.IsFirst()) return;
+      const ErrorsAtPoints errors = ErrorsAt(run.values, ExactValuesAt(points_.points, formula));
+      for (std::size_t i = 0; i < errors.value.size(); ++i) {
+        ofValues.push_back({std::fabs(errors.value[i]), 1.0, points_.boundary[i] != 0});
+        ofGradients.push_back({errors.gradient[i], 1.0, points_.boundary[i] != 0});
+      }
+    });
+    for (const auto& [quantity, own] :
+         {std::pair(kPointValue, &ofValues), std::pair(kPointGradient, &ofGradients)}) {
+      StudyResult result;
+      result.quantity = quantity;
+      result.errors = SummariseStudyErrors(ranks_, *own);
+      result.usSetUp = run.times.usPerPoint;
+      result.nsApply = run.times.nsPerPoint;
+      level_.results.push_back(std::move(result));
+    }
+  }
+
+  const Ranks& ranks_;
+  const StudyQuestion& question_;
+  const std::function<void(const std::string&)>& progress_;
+  const TemporaryFolder folder_;  // settings of this rank
+  reference_host::LoadedMesh mesh_;
+  HostPartition& partition_;
+  GradientCase gradient_;
+  InterpolationSettings interpolation_;
+  StudyPoints points_;
+  UsableCells usable_;
+  std::vector<PointOwner> owners_;
+  StudyLevel level_;
+};
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> NamedStudyFields() {
+  return {{"linear", "2*x + 3*y - z + 1"},
+          {"quadratic", "x^2 + 2*y^2 - z^2 + x*y - y*z"},
+          {"trigonometric", "sin(2*x)*cos(3*y) + sin(x+2*z)"}};
+}
+
+StudyField MakeStudyField(const std::string& text, int number) {
+  for (const auto& [name, formula] : NamedStudyFields()) {
+    if (text == name) return {name, Expression(formula)};
+  }
+  return {"formula " + std::to_string(number), Expression(text)};
+}
+
+StudyLevel RunStudyLevel(const Ranks& ranks, const StudyQuestion& question, const std::string& mesh,
+                         const std::string& logFile,
+                         const std::function<void(const std::string&)>& progress) {
+  return LevelRun(ranks, question, mesh, logFile, progress).Run();
+}
+
+}  // namespace zyngrad

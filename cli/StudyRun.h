@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/Expression.h"
+#include "cli/Ranks.h"
+#include "cli/StudyCondition.h"
+#include "cli/StudyErrors.h"
+#include "cli/StudyMethod.h"
+#include "reference_host/BoundaryGroups.h"
+
+namespace zyngrad {
+
+/// A field of a study.
+struct StudyField {
+  std::string name;  ///< "linear", "quadratic", "trigonometric", or "formula 1", ...
+  Expression formula;
+};
+
+/// The field of that name or formula. Throws UsageError as Expression does.
+/// @param[in] number  of the formula, for its name
+StudyField MakeStudyField(const std::string& text, int number);
+
+/// "linear: 2*x + 3*y - z + 1", for help and reports, one a line of the list.
+std::vector<std::pair<std::string, std::string>> NamedStudyFields();
+
+struct StudyQuestion {
+  std::vector<std::string> meshes;  ///< coarse to fine
+  std::map<std::string, reference_host::BoundaryGroup> groups;
+  std::vector<StudyField> fields;
+  std::vector<StudyCase> cases;
+  int searchNumber = 20;  ///< of faces1, faces2, points1, points2
+  int nRepeat = 3;        ///< timed gradient calls after the first
+  int nPoints = 2000;     ///< wanted number of points
+};
+
+/// What one case gave for one field on one mesh.
+struct StudyResult {
+  std::size_t iCase = 0, iField = 0;
+  const char* quantity = "";  ///< kGradient, kFaceValue, kPointValue or kPointGradient
+  std::string notRun;         ///< why the method could not be called; the rest is then empty
+  StudyErrors errors;
+  double usSetUp = 0.0;  ///< per cell, face or point, of the slowest rank
+  double nsApply = 0.0;  ///< likewise, an application
+  StudyCondition condition;
+};
+
+constexpr const char* kGradient = "gradient";
+constexpr const char* kFaceValue = "value at faces";
+constexpr const char* kPointValue = "value at points";
+constexpr const char* kPointGradient = "gradient at points";
+
+struct StudyLevel {
+  std::string mesh;
+  std::int64_t nCells = 0;
+  double spacing = 0.0;  ///< cube root of the mean volume of a cell, L
+  std::vector<StudyResult> results;
+};
+
+/// Collective. Everything on one mesh. The errors: of gradients in the cells, those with a boundary face apart;
+/// of faces at inner faces, those of such cells apart; of points in the cells, half-way between the centre and a
+/// node of every k-th cell.
+/// @param[in] progress  told what comes next
+StudyLevel RunStudyLevel(const Ranks& ranks, const StudyQuestion& question, const std::string& mesh,
+                         const std::string& logFile, const std::function<void(const std::string&)>& progress);
+
+}  // namespace zyngrad

@@ -1,0 +1,204 @@
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli/JsonFile.h"
+#include "cli/MeshOptions.h"
+#include "cli/OneLine.h"
+#include "cli/OutputFolder.h"
+#include "cli/Progress.h"
+#include "cli/RadialBasisSettings.h"
+#include "cli/StudyReport.h"
+#include "cli/StudyRun.h"
+#include "cli/StudySeries.h"
+#include "cli/StudyTables.h"
+#include "cli/UsageError.h"
+#include "cli/commands.h"
+
+namespace zyngrad {
+namespace {
+
+using nlohmann::ordered_json;
+
+/// The words of a list between commas; an empty one stays, for the reader of the words to complain about.
+std::vector<std::string> Words(const std::string& list) {
+  std::vector<std::string> words;
+  std::istringstream in(list + ',');
+  for (std::string word; std::getline(in, word, ',');) words.push_back(word);
+  return words;
+}
+
+std::string SeriesHelp() {
+  std::string text = "Refine a box, or one of these series:";
+  for (const NamedSeries& series : NamedStudySeries())
+    text += std::string("\n  ") + series.name + ": " + series.description + ", from " + series.firstMesh;
+  return text;
+}
+
+std::string MethodHelp() {
+  std::string text = "Methods between commas (default gradients):";
+  for (const StudyMethod& method : StudyMethods()) text += "\n  " + method.name + ": " + method.description;
+  return text + "\n  gradients, faces, points, all: all of a kind";
+}
+
+std::string FieldHelp() {
+  std::string text = "The field, repeat as needed (default trigonometric): a formula or";
+  for (const auto& [name, formula] : NamedStudyFields()) text += "\n  " + name + ": " + formula;
+  return text;
+}
+
+const char* const kFooter =
+    "Either --series, refined by doubling the cells in every direction, or the meshes themselves, coarse to\n"
+    "fine. The errors of gradients are Euclidean lengths, in all cells; those of faces are at inner faces; "
+    "points\n"
+    "lie half-way between centre and a node of up to some 2000 cells, evenly spread. Boundary: cells with a\n"
+    "boundary face, faces of such cells, points in them. The spacing is the cube root of the mean cell "
+    "volume.\n"
+    "Condition numbers are estimates for at most 2000 systems of a rank.\n\n"
+    "The output folder gets study.json (all numbers), report.html (tables and plots in one page that needs "
+    "no\n"
+    "network), each plot as an .svg, the tables in study.md, and what the operators print, in "
+    "log.rankN.txt.\n\n"
+    "Examples:\n"
+    "  zyngrad study --series tet --method plain,iterated,lsq,rbf -o study-tet\n"
+    "  zyngrad study --series box:8,8,8:prism --levels 3 --field linear --field \"x^2*y\"\n"
+    "  zyngrad study --series hex --levels 2 --method rbf --span 5,20,100,500,2000 --field linear\n"
+    "  zyngrad study --series tet --method iterated --sweeps 1,2,3,5,10\n"
+    "  zyngrad study coarse.msh middle.msh fine.msh --method all";
+
+class StudyCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  void Run(const Ranks& ranks) override;
+
+ private:
+  void ReadOptions();
+  void ReadMeshes();
+  std::string Title() const;
+  void Print(const std::vector<StudyLevel>& levels) const;
+  void Write(OutputFolder& folder, const std::vector<StudyLevel>& levels) const;
+
+  std::vector<std::string> meshes_, groupTexts_, fieldTexts_;
+  std::string series_, levelsText_, methods_ = "gradients", spanText_, sweepsText_ = "3", numberText_ = "20";
+  std::string outputFolder_ = "zyngrad-study";
+
+  StudyQuestion question_;
+};
+
+CLI::App* StudyCommand::AddTo(CLI::App& program) {
+  CLI::App* command =
+      program.add_subcommand("study", "Errors, orders, times and condition numbers under refinement");
+  command->add_option("MESH", meshes_, "Meshes, coarse to fine, as for the other commands");
+  command->add_option("--series", series_, SeriesHelp())->type_name("NAME|box:...");
+  command->add_option("--levels", levelsText_, "Meshes of the series (default 4)")->type_name("N");
+  command->add_option("--method", methods_, MethodHelp())->type_name("NAMES");
+  AddRepeatableOption(*command, "--field", fieldTexts_, FieldHelp())->type_name("NAME|EXPR");
+  command
+      ->add_option("--span", spanText_,
+                   "Support radii over the stencil's length, between commas (default 500, for faces 1000)")
+      ->type_name("A,B,C");
+  command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method, between commas (default 3)")
+      ->type_name("A,B,C");
+  command
+      ->add_option("--search-number", numberText_,
+                   "Cells wanted in a stencil by faces1, faces2, points1 and points2 (default 20)")
+      ->type_name("N");
+  AddRepeatableOption(*command, "--group", groupTexts_, "Kind of a boundary whose name does not tell it")
+      ->type_name("NAME=inlet|outlet|wall|symmetry");
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-study)")
+      ->type_name("DIR");
+  command->footer(kFooter);
+  return command;
+}
+
+void StudyCommand::ReadMeshes() {
+  if (series_.empty() == meshes_.empty())
+    throw UsageError("the meshes are wanted either by --series or one after the other");
+  if (series_.empty() && !levelsText_.empty()) throw UsageError("--levels is for --series");
+  const int nLevels = levelsText_.empty() ? 0 : WholeNumber("--levels", levelsText_, 1);
+  question_.meshes = series_.empty() ? meshes_ : MeshesOfSeries(series_, nLevels);
+}
+
+void StudyCommand::ReadOptions() {
+  ReadMeshes();
+  if (fieldTexts_.empty()) fieldTexts_ = {"trigonometric"};
+  for (const std::string& text : fieldTexts_) {
+    StudyField field = MakeStudyField(text, static_cast<int>(question_.fields.size()) + 1);
+    for (const StudyField& known : question_.fields)
+      if (known.name == field.name) throw UsageError("--field " + Quoted(text) + " is given twice");
+    question_.fields.push_back(std::move(field));
+  }
+  std::vector<double> spans;
+  if (!spanText_.empty())
+    for (const std::string& word : Words(spanText_)) spans.push_back(PositiveNumber("--span", word));
+  std::vector<int> sweeps;
+  for (const std::string& word : Words(sweepsText_)) sweeps.push_back(WholeNumber("--sweeps", word, 0));
+  question_.cases = StudyCases(ChooseStudyMethods(methods_), spans, sweeps);
+  question_.searchNumber = WholeNumber("--search-number", numberText_, 1);
+  question_.groups = GroupsByUser({{}, groupTexts_});
+}
+
+std::string StudyCommand::Title() const {
+  return series_.empty() ? std::to_string(meshes_.size()) + " meshes" : "series " + series_;
+}
+
+void StudyCommand::Print(const std::vector<StudyLevel>& levels) const {
+  bool isFirst = true;
+  for (const StudyTable& table : StudyTables(question_, levels)) {
+    if (!isFirst) std::cout << '\n';
+    PrintTable(std::cout, table);
+    isFirst = false;
+  }
+  for (const std::string& remark : StudyRemarks(question_, levels)) std::cout << "  " << remark << '\n';
+}
+
+void WriteText(const std::string& file, const std::string& text) {
+  std::ofstream out(file);
+  out << text;
+  out.close();
+  if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
+}
+
+void StudyCommand::Write(OutputFolder& folder, const std::vector<StudyLevel>& levels) const {
+  ordered_json json = StartResults("study");
+  json["series"] = series_.empty() ? ordered_json(nullptr) : ordered_json(series_);
+  json.update(StudyAsJson(question_, levels));
+  WriteJson(folder.Stage("study.json"), json);
+  WriteText(folder.Stage("report.html"), StudyPage(Title(), question_, levels));
+  WriteText(folder.Stage("study.md"), StudyMarkdown(question_, levels));
+  for (const StudyPlot& plot : StudyPlots(question_, levels))
+    WriteText(folder.Stage(plot.name + ".svg"), SvgOf(plot));
+}
+
+void StudyCommand::Run(const Ranks& ranks) {
+  ReadOptions();
+  Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
+  OutputFolder folder(ranks, outputFolder_);
+  std::vector<StudyLevel> levels;
+  for (const std::string& mesh : question_.meshes) {
+    levels.push_back(RunStudyLevel(ranks, question_, mesh, folder.logFile(),
+                                   [&progress](const std::string& stage) { progress.Stage(stage); }));
+  }
+  progress.Done();
+  if (ranks.IsFirst()) Print(levels);
+  ranks.Together([&] {
+    if (ranks.IsFirst()) Write(folder, levels);
+  });
+  folder.Commit();
+  if (ranks.IsFirst()) {
+    std::cout << "\nwritten to " << folder.path() << ": report.html, study.json, study.md, "
+              << StudyPlots(question_, levels).size() << " plots\n";
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeStudyCommand() { return std::make_unique<StudyCommand>(); }
+
+}  // namespace zyngrad
