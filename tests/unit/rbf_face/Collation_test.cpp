@@ -139,6 +139,21 @@ TEST(FaceCollation, BoundsAreThoseOfInnerCellsAndVertices) {
   EXPECT_EQ(0.5, o->Zmax);
 }
 
+// Each of the two cells of an inner face may be the one that lies outermost, in each direction.
+TEST(FaceCollation, BoundsTakeBothCellsOfAnInnerFaceInEveryDirection) {
+  for (const std::size_t cell : {1U, 2U}) {
+    for (const double far : {-9.0, 9.0}) {
+      for (double Point::*const axis : {&Point::x, &Point::y, &Point::z}) {
+        MeshPlan plan = TwoCubes();
+        plan.centres[cell].*axis = far;
+        Collated o(plan);
+        const Point high = {o->Xmax, o->Ymax, o->Zmax}, low = {o->Xmin, o->Ymin, o->Zmin};
+        EXPECT_EQ(far, far > 0.0 ? high.*axis : low.*axis) << cell;
+      }
+    }
+  }
+}
+
 TEST(FaceCollation, MeanDistanceIsThatBetweenTheCellsOfInnerFaces) {
   Collated o(BoxPlan({0.0, 1.0, 2.0, 5.0}, {0.0, 1.0}, {0.0, 1.0}));  // centres at 0.5, 1.5, 3.5
   EXPECT_EQ(1.5, o->MeanDistance);

@@ -231,6 +231,26 @@ TEST(NeighboursOfCells, OfACellThatNoFaceNamesAreOneEmptyEntry) {
   EXPECT_EQ(Row{0}, o.NeighboursOf(lonely));
 }
 
+// Which cell stands first around a vertex, an interior or an outer one, makes no difference to who is found.
+TEST(NeighboursOfCells, EqualThePlainFormHoweverTheMeshListsTheCellsAroundItsVertices) {
+  for (const bool outerOnly : {false, true}) {
+    for (const bool reversed : {false, true}) {
+      MeshPlan plan = SkewedCubesOfAllGroups();
+      if (outerOnly) plan.ListCellsAroundNodes(AtBoundaryNodes::OuterCellsOnly);
+      for (auto& row : plan.nodeCells)
+        if (reversed) std::reverse(row.begin(), row.end());
+      Connected o(plan);
+      PlainFaceOperator plain = o.bed.Plain(kInner, {});
+      plain.Collate();
+      EXPECT_TRUE(SameConnectivity(plain, o.bed.object)) << outerOnly << reversed;
+      for (int c = 28; c <= plan.NCell(); ++c)
+        if (plain.kinds[static_cast<std::size_t>(c)] != kPartition) {
+          EXPECT_EQ(5U, o.NeighboursOf(c).size()) << "an owner and four edges";
+        }
+    }
+  }
+}
+
 // ------------------------------------------------------------------------------------------------- faces of cells
 
 struct WithFaces : Connected {

@@ -214,6 +214,22 @@ TEST(FaceStencilByNode, StopsGrowingWhenItsCubeHoldsAllCells) {
   }
 }
 
+// Ten cells in a row: the farthest are reached only by the ninth or tenth cube.
+TEST(FaceStencilByNode, HoldsAllCellsOfAMeshThatIsLongInAnyDirection) {
+  std::vector<double> row;
+  for (int n = 0; n <= 10; ++n) row.push_back(n);
+  const std::vector<double> one = {0.0, 1.0};
+  const Sides walls = {kWall, kWall, kWall, kWall, kWall, kWall};
+  for (const MeshPlan& plan :
+       {BoxPlan(row, one, one, walls), BoxPlan(one, row, one, walls), BoxPlan(one, one, row, walls)}) {
+    WithStencils o(plan, kInner, {1, 1000.0, 1000});
+    for (const int i : {1, 5, 9}) {
+      EXPECT_EQ(52, o->m_ppFaceCellConn[i][0]) << i;
+      EXPECT_EQ(i == 5 ? 5.0 : 9.0, o->m_pFaceSupport[i]) << i;
+    }
+  }
+}
+
 TEST(FaceStencilByNode, TakesAllCellsOfAMeshWithoutInnerFaces) {
   const MeshPlan plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
   for (const int method : {1, 2}) {

@@ -253,6 +253,17 @@ TEST(VirtualPointStencil, HasPosition0ForATwinThatTheWholeStencilDropped) {
   }
 }
 
+// Twice the same cell is a twin of itself: it keeps position 1, and the next cell has position 2.
+TEST(VirtualPointStencil, TakesThePairWithoutATestAndDropsItsTwin) {
+  Ready o(TwoCubes());
+  o.P().SetData(-0.5, 0.0, 0.0, 1);
+  o.E().SetData(-0.5, 0.0, 0.0, 1);
+  int pair[] = {1, 1};
+  EXPECT_EQ(7, o->CountingVirtualNodeToCellconnectionNumber_By33(1, pair));
+  EXPECT_EQ((Row{1, 3, 2, 5, 6, 9, 10}), o.Stencil());
+  EXPECT_EQ((std::vector<Row>{{1, 2, 3, 4, 5, 6, 7}, {1, 2, 3, 4, 5, 6, 7}}), o.Positions());
+}
+
 TEST(VirtualPointStencil, KeepsACellOneUnitInTheLastPlaceAway) {
   MeshPlan plan = TwoCubes();
   plan.Of(kInlet)[0].centre = plan.centres[2];
@@ -481,6 +492,19 @@ TEST(VirtualPointStencilByVertices, HasATiedCellInItsListOnlyIfAVertexNamesIt) {
   EXPECT_EQ(2, o->CountingVirtualNodeToCellconnectionNumber(1, pair));
   EXPECT_EQ((Row{1, 2}), o.Stencil());
   EXPECT_EQ((std::vector<Row>{{1, 2}, {1}}), o.Positions());
+}
+
+// Twice the same cell stands at both positions; what refers to it refers to the later.
+TEST(VirtualPointStencilByVertices, TakesThePairWithoutATest) {
+  MeshPlan plan = TwoCubes();
+  for (auto& row : plan.nodeCells) row.clear();
+  Ready o(plan);
+  o.P().SetData(-0.5, 0.0, 0.0, 1);
+  o.E().SetData(0.5, 0.0, 0.0, 2);
+  int pair[] = {1, 1};
+  EXPECT_EQ(3, o->CountingVirtualNodeToCellconnectionNumber(1, pair));
+  EXPECT_EQ((Row{1, 1, 2}), o.Stencil());
+  EXPECT_EQ((std::vector<Row>{{2, 3}, {2, 3}}), o.Positions());
 }
 
 TEST(VirtualPointStencilByVertices, KeepsCellsAtOnePoint) {
