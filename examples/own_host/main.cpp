@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -20,6 +21,9 @@
 #include "Team.h"
 #include "gradient/COperatorGradient.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
+#ifdef OWN_HOST_IS_CHECKED
+#include "host_check/CheckHostData.h"
+#endif
 
 namespace {
 
@@ -31,6 +35,7 @@ double Field(double x, double y, double z) { return std::sin(2.0 * x) * y + z * 
 
 // What one partition found: largest errors.
 struct Result {
+  int nBreaches = 0;                    // of the host contract
   double gradient = 0.0;                // in interior cells
   std::array<double, 2> face = {0, 0};  // at inner faces, methods 3 and 4
 };
@@ -44,18 +49,37 @@ class Partition {
         exchange_(team, slab_),
         reduction_(team, part),
         phi_(static_cast<std::size_t>(slab_.mesh.NCell) + 1, 0.0) {
+    for (std::vector<double>& previous : previous_) previous.assign(phi_.size(), 0.0);
+    globals_.PrevGradX = previous_[0].data();
+    globals_.PrevGradY = previous_[1].data();
+    globals_.PrevGradZ = previous_[2].data();
+    globals_.ResetRealBlock = resetReal_;
+    globals_.ResetIntBlock = resetInt_;
     globals_.BaseFileName = baseFileName_;
   }
 
   Result Work() {
-    FillField();
     Result result;
+    result.nBreaches = CountBreaches();
+    FillField();
     result.gradient = GradientError();
     result.face = {FaceError(3), FaceError(4)};
     return result;
   }
 
  private:
+  // In debug runs, a host lets itself be checked: wrong tables give wrong numbers, seldom a crash.
+  int CountBreaches() {
+#ifdef OWN_HOST_IS_CHECKED
+    host_check::HostCheckReport report;
+    host_check::CheckHostData(&slab_.mesh, &faces_, &exchange_, &reduction_, &globals_, report);
+    report.Print(std::cerr, "slab " + std::to_string(slab_.part));
+    return report.Count();
+#else
+    return 0;
+#endif
+  }
+
   // Interior and ghost cells are filled here, halo cells by their owners.
   void FillField() {
     const CZYN3DFiniteVolumeMesh& mesh = slab_.mesh;
@@ -116,6 +140,10 @@ class Partition {
   CZyn3dGV globals_;
   char baseFileName_[32] = "own_host.run";
   std::vector<double> phi_;  // [1..NCell]
+  std::array<std::vector<double>, 3>
+      previous_;  // [1..NCell] work arrays of the iterated Green-Gauss gradient
+  double resetReal_[5] = {};
+  int resetInt_[5] = {};
 };
 
 }  // namespace
@@ -142,7 +170,8 @@ int main(int argc, char** argv) {
   for (std::size_t part = 0; part < results.size(); ++part) {
     const Result& result = results[part];
     std::printf("%6zu  %9.2e  %15.2e  %15.2e\n", part, result.gradient, result.face[0], result.face[1]);
-    isRight = isRight && result.gradient < 0.2 && result.face[0] < 0.01 && result.face[1] < 0.01;
+    isRight = isRight && result.nBreaches == 0 && result.gradient < 0.2 && result.face[0] < 0.01 &&
+              result.face[1] < 0.01;
   }
   return isRight ? 0 : 1;
 }

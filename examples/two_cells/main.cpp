@@ -132,10 +132,14 @@ int main() {
   mesh.NodeCell = nodeCell;
   // clang-format on
 
-  // Work arrays of the iterated Green-Gauss gradient, lent with the global variables.
-  double previousX[13], previousY[13], previousZ[13];
+  // Global variables: work arrays of the iterated Green-Gauss gradient, blocks that an interpolation to points clears,
+  // and the run's file name, beside which the radial-basis operators would look for their settings.
+  double previousX[13], previousY[13], previousZ[13], resetReal[5];
+  int resetInt[5];
+  char fileName[] = "two_cells.run";
   CZyn3dGV globals;
   globals.PrevGradX = previousX, globals.PrevGradY = previousY, globals.PrevGradZ = previousZ;
+  globals.ResetRealBlock = resetReal, globals.ResetIntBlock = resetInt, globals.BaseFileName = fileName;
 
   // The field: filled in all cells, ghost cells included.
   double phi[13], gx[13], gy[13], gz[13];
