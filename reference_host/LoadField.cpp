@@ -1,0 +1,326 @@
+#include "reference_host/LoadField.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "reference_host/BoundaryPlaces.h"
+#include "reference_host/CgnsField.h"
+#include "reference_host/DecomposedCase.h"
+#include "reference_host/FoamField.h"
+#include "reference_host/FoamFieldLookup.h"
+#include "reference_host/MeshError.h"
+#include "reference_host/MpiAgreement.h"
+#include "reference_host/MpiBytes.h"
+#include "reference_host/MpiCommunicator.h"
+
+namespace reference_host {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What a rank wants to know: values of cells by their number in the mesh file, then of boundary faces.
+struct Questions {
+  std::vector<std::int64_t> cell;
+  std::vector<BoundaryPlace> face;
+};
+
+/// A field and the mesh that it belongs to, in the numbers of their files.
+struct FileField {
+  FoamField field;
+  PolyMeshBoundary boundary;  ///< empty if the field has no boundary values
+};
+
+std::vector<double> Answers(const FoamFieldLookup& lookup, const Questions& questions) {
+  std::vector<double> values;
+  values.reserve(questions.cell.size() + questions.face.size());
+  for (const std::int64_t cell : questions.cell) values.push_back(lookup.AtCell(cell));
+  for (const BoundaryPlace& place : questions.face) values.push_back(lookup.At(place));
+  return values;
+}
+
+template <class T>
+std::vector<char> BytesOf(const std::vector<T>& items) {
+  std::vector<char> bytes(items.size() * sizeof(T));
+  if (!bytes.empty()) std::memcpy(bytes.data(), items.data(), bytes.size());
+  return bytes;
+}
+
+template <class T>
+std::vector<T> ItemsOf(const std::vector<char>& bytes) {
+  std::vector<T> items(bytes.size() / sizeof(T));
+  if (!bytes.empty()) std::memcpy(items.data(), bytes.data(), bytes.size());
+  return items;
+}
+
+/// The file and the array in FILE.cgns:ARRAY; empty for anything else.
+std::optional<std::pair<std::string, std::string>> CgnsParts(const std::string& fieldSpec) {
+  const std::string ending = ".cgns";
+  const std::size_t colon = fieldSpec.rfind(ending + ":");
+  if (colon != std::string::npos) {
+    return std::pair(fieldSpec.substr(0, colon + ending.size()), fieldSpec.substr(colon + ending.size() + 1));
+  }
+  if (fs::path(fieldSpec).extension() == ending) {
+    throw MeshError(fieldSpec + ": name the array of the file as " + fieldSpec + ":ARRAY");
+  }
+  return std::nullopt;
+}
+
+/// A path as it is, or else in the case that the mesh belongs to.
+std::string FindFieldFile(const std::string& polyMesh, const std::string& fieldSpec) {
+  fs::path folder = fs::path(polyMesh).lexically_normal();
+  if (!folder.has_filename()) folder = folder.parent_path();  // polyMesh/
+  folder = folder.parent_path();
+  if (folder.filename() == "constant") folder = folder.parent_path();
+  std::error_code ignored;
+  for (const fs::path& candidate : {fs::path(fieldSpec), folder / fieldSpec}) {
+    const bool isThere = fs::is_regular_file(candidate, ignored) ||
+                         fs::is_regular_file(fs::path(candidate.string() + ".gz"), ignored);
+    if (isThere) return candidate.string();
+  }
+  throw MeshError(fieldSpec + ": no such file, here or in the case");
+}
+
+/// TIME/NAME of a path.
+fs::path TimeAndName(const std::string& fieldSpec) {
+  const fs::path path = fs::path(fieldSpec).lexically_normal();
+  const fs::path time = path.parent_path().filename();
+  if (time.empty() || path.filename().empty()) {
+    throw MeshError(fieldSpec + ": a decomposed case needs the time and the field, as in 0/T");
+  }
+  return time / path.filename();
+}
+
+class FieldLoader {
+ public:
+  FieldLoader(MPI_Comm communicator, const std::string& meshSpec, LoadedMesh& mesh,
+              const std::string& fieldSpec)
+      : communicator_(communicator),
+        meshSpec_(meshSpec),
+        mesh_(mesh),
+        partition_(*mesh.partition),
+        record_(*partition_.mesh()),
+        fieldSpec_(fieldSpec) {}
+
+  LoadedField Load() {
+    lacksValues_.assign(partition_.patches().size(), 0);
+    if (IsOwnFolderRead()) {
+      ReadOwnFolder();
+    } else {
+      ReadOnRank0();
+    }
+    mesh_.exchange->DDM_Exch(result_.value.data());
+    NamePatchesWithoutValues();
+    return std::move(result_);
+  }
+
+ private:
+  /// Rank 0 decides, and refuses a field that does not go with the mesh.
+  bool IsOwnFolderRead() {
+    int is = 0;
+    OnRank0([&] {
+      cgns_ = CgnsParts(fieldSpec_);
+      if (cgns_) return;
+      std::error_code ignored;
+      is = IsDecomposedCase(meshSpec_) ? 1 : 0;
+      if (is != 0) return;
+      polyMesh_ = fs::is_directory(meshSpec_, ignored) ? FindPolyMesh(meshSpec_) : "";
+      if (polyMesh_.empty()) {
+        throw MeshError(fieldSpec_ +
+                        ": a field of OpenFOAM needs a mesh of OpenFOAM (other fields: FILE.cgns:ARRAY)");
+      }
+    });
+    MPI_Bcast(&is, 1, MPI_INT, 0, communicator_.get());
+    return is != 0;
+  }
+
+  void OnRank0(const std::function<void()>& work) const {
+    RunTogether(communicator_, [&] {
+      if (communicator_.rank() == 0) work();
+    });
+  }
+
+  /// Numbers of the own interior cells in the whole mesh, from 0. [1..NInnerCells]
+  std::vector<std::int64_t> WholeCells() const {
+    std::vector<std::int64_t> cells(partition_.globalCell().begin(),
+                                    partition_.globalCell().begin() + record_.NInnerCells + 1);
+    for (std::int64_t& cell : cells) --cell;
+    return cells;
+  }
+
+  Questions QuestionsFor(const std::vector<std::int64_t>& fileCell) const {
+    return {{fileCell.begin() + 1, fileCell.end()}, GhostPlaces(partition_, fileCell)};
+  }
+
+  void TakeAnswers(const std::vector<double>& answers) {
+    // Interior cells are followed by ghost cells, and those by halo cells.
+    result_.value.assign(static_cast<std::size_t>(record_.NCell) + 1, 0.0);
+    std::copy(answers.begin(), answers.end(), result_.value.begin() + 1);
+  }
+
+  // A decomposed case.
+
+  void ReadOwnFolder() {
+    const std::vector<std::int64_t> wholeCell = WholeCells();
+    std::int64_t firstCell = 0;  // of this rank where cells are numbered rank by rank
+    const std::int64_t nOwn = record_.NInnerCells;
+    MPI_Exscan(&nOwn, &firstCell, 1, MPI_INT64_T, MPI_SUM, communicator_.get());
+    if (communicator_.rank() == 0) firstCell = 0;
+    RunTogether(communicator_, [&] {
+      const fs::path folder = ProcessorFolder(meshSpec_, communicator_.rank());
+      const std::string polyMesh = (folder / "constant" / "polyMesh").string();
+      FileField file;
+      file.boundary = ReadPolyMeshBoundary(polyMesh);
+      LeaveOutCuts(file.boundary);
+      CheckPatches(polyMesh, file.boundary);
+      file.field = ReadFoamField((folder / TimeAndName(fieldSpec_)).string(), nOwn, file.boundary);
+      lacksValues_ = file.field.lacksValues;
+      const FoamFieldLookup lookup(file.field, file.boundary);
+      TakeAnswers(Answers(lookup, QuestionsFor(FolderCells(polyMesh, wholeCell, firstCell))));
+    });
+  }
+
+  static void LeaveOutCuts(PolyMeshBoundary& boundary) {
+    for (std::size_t p = boundary.patches.size(); p-- > 0;) {
+      if (boundary.patches[p].type.rfind("processor", 0) != 0) continue;
+      boundary.patches.erase(boundary.patches.begin() + static_cast<std::ptrdiff_t>(p));
+      boundary.facesOfPatch.erase(boundary.facesOfPatch.begin() + static_cast<std::ptrdiff_t>(p));
+    }
+  }
+
+  /// Numbers of the own interior cells in their processor folder. [1..NInnerCells]
+  static std::vector<std::int64_t> FolderCells(const std::string& polyMesh,
+                                               std::vector<std::int64_t> wholeCell, std::int64_t firstCell) {
+    const auto n = static_cast<std::int64_t>(wholeCell.size()) - 1;
+    const std::vector<std::int64_t> addressing = ReadAddressing(polyMesh, "cellProcAddressing", n);
+    std::vector<std::pair<std::int64_t, std::int64_t>> folderCell;  // by number in the whole mesh
+    for (std::int64_t c = 0; c < n; ++c) {
+      folderCell.emplace_back(addressing.empty() ? firstCell + c : addressing[static_cast<std::size_t>(c)],
+                              c);
+    }
+    std::sort(folderCell.begin(), folderCell.end());
+    for (std::size_t c = 1; c < wholeCell.size(); ++c) {
+      const auto found =
+          std::lower_bound(folderCell.begin(), folderCell.end(), std::pair(wholeCell[c], std::int64_t{0}));
+      if (found == folderCell.end() || found->first != wholeCell[c]) {
+        throw MeshError(polyMesh + ": changed while it was read");
+      }
+      wholeCell[c] = found->second;
+    }
+    return wholeCell;
+  }
+
+  // A whole mesh.
+
+  void ReadOnRank0() {
+    const Questions own = QuestionsFor(WholeCells());
+    const std::int64_t nCells = mesh_.summary.nCells;
+    FileField file;
+    OnRank0([&] {
+      file = cgns_ ? ReadCgnsFile(nCells) : ReadFoamFile(nCells);
+      lacksValues_ = file.field.lacksValues;
+    });
+    RunTogether(communicator_, [&] {
+      if (communicator_.rank() == 0) {
+        const FoamFieldLookup lookup(file.field, file.boundary);
+        AnswerOthers(lookup);
+        TakeAnswers(Answers(lookup, own));
+      } else {
+        SendBytes(communicator_, 0, BytesOf(own.cell));
+        SendBytes(communicator_, 0, BytesOf(own.face));
+        if (const std::optional<std::vector<char>> bytes = ReceiveBytes(communicator_, 0)) {
+          TakeAnswers(ItemsOf<double>(*bytes));
+        }
+      }
+    });
+  }
+
+  FileField ReadCgnsFile(std::int64_t nCells) const {
+    FileField file;
+    file.field.cell = ReadCgnsField(cgns_->first, cgns_->second);
+    if (static_cast<std::int64_t>(file.field.cell.size()) != nCells) {
+      throw MeshError(fieldSpec_ + ": " + std::to_string(file.field.cell.size()) + " values for the " +
+                      std::to_string(nCells) + " cells of the mesh");
+    }
+    for (const PatchSummary& patch : mesh_.summary.patches)
+      file.field.lacksValues.push_back(patch.nFaces > 0 ? 1 : 0);
+    return file;
+  }
+
+  FileField ReadFoamFile(std::int64_t nCells) const {
+    FileField file;
+    file.boundary = ReadPolyMeshBoundary(polyMesh_);
+    CheckPatches(polyMesh_, file.boundary);
+    file.field = ReadFoamField(FindFieldFile(polyMesh_, fieldSpec_), nCells, file.boundary);
+    return file;
+  }
+
+  /// The boundary is read a second time for the field.
+  void CheckPatches(const std::string& polyMesh, const PolyMeshBoundary& boundary) const {
+    const std::vector<Patch>& patches = partition_.patches();
+    const bool isSame =
+        std::equal(patches.begin(), patches.end(), boundary.patches.begin(), boundary.patches.end(),
+                   [](const Patch& a, const Patch& b) { return a.name == b.name; });
+    if (!isSame) throw MeshError(polyMesh + ": changed while it was read");
+  }
+
+  /// One rank after another. After a failure the ranks that are still waiting get nothing.
+  void AnswerOthers(const FoamFieldLookup& lookup) const {
+    std::exception_ptr failure;
+    for (int rank = 1; rank < communicator_.size(); ++rank) {
+      std::vector<char> answer;
+      try {
+        Questions questions;
+        if (const auto cells = ReceiveBytes(communicator_, rank))
+          questions.cell = ItemsOf<std::int64_t>(*cells);
+        if (const auto faces = ReceiveBytes(communicator_, rank))
+          questions.face = ItemsOf<BoundaryPlace>(*faces);
+        if (!failure) answer = BytesOf(Answers(lookup, questions));
+      } catch (...) {
+        failure = std::current_exception();
+      }
+      if (failure) {
+        SendNothing(communicator_, rank);
+      } else {
+        SendBytes(communicator_, rank, answer);
+      }
+    }
+    if (failure) std::rethrow_exception(failure);
+  }
+
+  void NamePatchesWithoutValues() {
+    lacksValues_.resize(partition_.patches().size(), 0);
+    MPI_Allreduce(MPI_IN_PLACE, lacksValues_.data(), static_cast<int>(lacksValues_.size()), MPI_SIGNED_CHAR,
+                  MPI_MAX, communicator_.get());
+    for (std::size_t p = 0; p < lacksValues_.size(); ++p) {
+      if (lacksValues_[p] != 0) result_.patchesWithoutValues.push_back(partition_.patches()[p].name);
+    }
+  }
+
+  MpiCommunicator communicator_;
+  const std::string& meshSpec_;
+  LoadedMesh& mesh_;
+  HostPartition& partition_;
+  const CZYN3DFiniteVolumeMesh& record_;
+  const std::string& fieldSpec_;
+  std::optional<std::pair<std::string, std::string>> cgns_;  // of rank 0 alone
+  std::string polyMesh_;                                     // of rank 0 alone
+  std::vector<char> lacksValues_;                            // by patch
+  LoadedField result_;
+};
+
+}  // namespace
+
+LoadedField LoadField(MPI_Comm communicator, const std::string& meshSpec, LoadedMesh& mesh,
+                      const std::string& fieldSpec) {
+  return FieldLoader(communicator, meshSpec, mesh, fieldSpec).Load();
+}
+
+}  // namespace reference_host

@@ -1,0 +1,206 @@
+#include "reference_host/LoadField.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "MpiTestSupport.h"
+#include "reference_host/CellGeometry.h"
+#include "reference_host/FaceGeometry.h"
+#include "reference_host/MeshDistribution.h"
+#include "reference_host/Vector3.h"
+#include "tests/unit/reference_host/FoamTestCase.h"
+#include "tests/unit/reference_host/TestMeshes.h"
+
+namespace reference_host::test {
+namespace {
+
+/// A mesh with a value for every cell and every face, all of them different.
+struct Sample {
+  FaceMesh mesh;
+  std::vector<double> cell, face;
+
+  explicit Sample(const FaceMesh& any) : mesh(foam_test::InFoamOrder(any)) {
+    for (int c = 0; c < mesh.nCells; ++c) cell.push_back(c + 0.25);
+    for (int f = 0; f < mesh.nFaces(); ++f) face.push_back(1000.0 + f);
+  }
+
+  /// The boundary face with its centre there.
+  int FaceAt(const Point& centre) const {
+    for (int f = 0; f < mesh.nFaces(); ++f) {
+      if (mesh.neighbour[f] >= 0) continue;
+      const std::size_t begin = mesh.faceStart[f];
+      const Point own = ComputeFaceGeometry(mesh.points, mesh.faceNode.data() + begin,
+                                            static_cast<int>(mesh.faceStart[f + 1] - begin))
+                            .centre;
+      if (Length(Difference(own, centre)) < 1e-12) return f;
+    }
+    return -1;
+  }
+};
+
+// Cells of a hexahedral box have several faces in the patch "wall" (y=0, z=0, z=1); one of 5 x 1 x 1 has three.
+std::vector<Sample> Samples() {
+  return {Sample(test_meshes::HexBox(5, 1, 1)),
+          Sample(test_meshes::Perturbed(test_meshes::PolyBox(2), 0.03))};
+}
+
+void ExpectValues(LoadedMesh& mesh, const LoadedField& field, const Sample& sample,
+                  const std::vector<std::string>& ofCells = {}) {
+  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  ASSERT_EQ(field.value.size(), static_cast<std::size_t>(m.NCell) + 1);
+  for (int c = 1; c <= m.NCell; ++c) {
+    const std::int64_t global = mesh.partition->globalCell()[c];
+    if (global > 0) {
+      EXPECT_EQ(field.value[c], sample.cell[global - 1]) << "cell " << c;
+      continue;
+    }
+    const int f = sample.FaceAt({m.xc[c], m.yc[c], m.zc[c]});
+    ASSERT_GE(f, 0) << "ghost " << c;
+    const std::string& patch = sample.mesh.patches[sample.mesh.facePatch[f]].name;
+    const bool isOfCell = std::find(ofCells.begin(), ofCells.end(), patch) != ofCells.end();
+    EXPECT_EQ(field.value[c], isOfCell ? sample.cell[sample.mesh.owner[f]] : sample.face[f]) << "ghost " << c;
+  }
+}
+
+/// The field of a piece, from that of the whole mesh.
+std::string PieceText(const foam_test::Piece& piece, const Sample& sample) {
+  std::vector<double> cell, face;
+  for (const int c : piece.cell) cell.push_back(sample.cell[c]);
+  for (const int f : piece.face) face.push_back(sample.face[std::abs(f) - 1]);
+  return foam_test::FieldText(piece.mesh, cell, face);
+}
+
+LoadedField LoadOf(const std::string& meshSpec, LoadedMesh& mesh, const std::string& fieldSpec) {
+  return LoadField(MPI_COMM_WORLD, meshSpec, mesh, fieldSpec);
+}
+
+}  // namespace
+
+TEST(LoadField, GivesEveryRankItsValuesOfAWholeMesh) {
+  for (const Sample& sample : Samples()) {
+    const SharedFolder folder;
+    if (Rank() == 0) foam_test::WriteMesh(folder.File("case/constant/polyMesh"), sample.mesh);
+    if (Rank() == 0) {
+      foam_test::WriteText(folder.File("case/0/T"),
+                           foam_test::FieldText(sample.mesh, sample.cell, sample.face));
+    }
+    MPI_Barrier(MPI_COMM_WORLD);
+    for (const std::string mesh : {"case", "case/constant/polyMesh", "case/constant/polyMesh/"}) {
+      LoadedMesh loaded = Load(folder.File(mesh));
+      for (const std::string& field : {folder.File("case/0/T"), std::string("0/T")}) {
+        const LoadedField values = LoadOf(folder.File(mesh), loaded, field);
+        ExpectValues(loaded, values, sample);
+        EXPECT_TRUE(values.patchesWithoutValues.empty());
+      }
+    }
+  }
+}
+
+TEST(LoadField, ReadsTheFoldersOfADecomposedCase) {
+  for (const Sample& sample : Samples()) {
+    const int nCells = sample.mesh.nCells;
+    for (const std::vector<int>& parts :
+         {test_meshes::RunParts(nCells, RankCount()), PartitionMesh(sample.mesh, RankCount())}) {
+      const SharedFolder folder;
+      const std::string name = folder.File("case");
+      if (Rank() == 0) {
+        foam_test::WriteDecomposed(
+            name, sample.mesh, parts, RankCount(), true, [&](int part, foam_test::Piece& piece) {
+              foam_test::WriteText(name + "/processor" + std::to_string(part) + "/0.5/T",
+                                   PieceText(piece, sample));
+            });
+      }
+      MPI_Barrier(MPI_COMM_WORLD);
+      LoadedMesh loaded = Load(name);
+      for (const std::string& field : {std::string("0.5/T"), name + "/0.5/T", name + "/processor0/0.5/T"}) {
+        const LoadedField values = LoadOf(name, loaded, field);
+        ExpectValues(loaded, values, sample);
+        EXPECT_TRUE(values.patchesWithoutValues.empty());
+      }
+    }
+  }
+}
+
+// Cells are then numbered rank by rank, which runs of cells leave as they are.
+TEST(LoadField, ReadsADecomposedCaseWithoutAddressing) {
+  const Sample sample(test_meshes::HexBox(5, 2, 2));
+  const std::vector<int> parts = test_meshes::RunParts(sample.mesh.nCells, RankCount());
+  const SharedFolder folder;
+  const std::string name = folder.File("case");
+  if (Rank() == 0) {
+    foam_test::WriteDecomposed(
+        name, sample.mesh, parts, RankCount(), false, [&](int part, foam_test::Piece& piece) {
+          foam_test::WriteText(name + "/processor" + std::to_string(part) + "/0/T", PieceText(piece, sample));
+        });
+  }
+  MPI_Barrier(MPI_COMM_WORLD);
+  LoadedMesh loaded = Load(name);
+  ExpectValues(loaded, LoadOf(name, loaded, "0/T"), sample);
+}
+
+TEST(LoadField, NamesThePatchesWhoseCellsStandIn) {
+  const Sample sample(test_meshes::HexBox(5, 2, 2));
+  const SharedFolder folder;
+  std::string text = foam_test::FieldText(sample.mesh, sample.cell, sample.face);
+  const std::size_t wall = text.find("wall {");
+  text.replace(text.find("value", wall), 5, "other");
+  if (Rank() == 0) foam_test::WriteMesh(folder.File("case/constant/polyMesh"), sample.mesh);
+  if (Rank() == 0) foam_test::WriteText(folder.File("case/0/T"), text);
+  MPI_Barrier(MPI_COMM_WORLD);
+  LoadedMesh loaded = Load(folder.File("case"));
+  const LoadedField values = LoadOf(folder.File("case"), loaded, "0/T");
+  ExpectValues(loaded, values, sample, {"wall"});
+  EXPECT_EQ(values.patchesWithoutValues, std::vector<std::string>{"wall"});
+}
+
+TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
+  LoadedMesh box = Load("box:6,2,2");
+  const auto refusal = [](const std::string& meshSpec, LoadedMesh& mesh, const std::string& fieldSpec) {
+    return ErrorOnEveryRank([&] { LoadOf(meshSpec, mesh, fieldSpec); });
+  };
+  EXPECT_EQ(refusal("box:6,2,2", box, "0/T"),
+            "0/T: a field of OpenFOAM needs a mesh of OpenFOAM (other fields: FILE.cgns:ARRAY)");
+  EXPECT_EQ(refusal("box:6,2,2", box, "case.cgns"),
+            "case.cgns: name the array of the file as case.cgns:ARRAY");
+  EXPECT_EQ(refusal("box:6,2,2", box, "none.cgns:T").rfind("none.cgns: ", 0), 0U);
+
+  const Sample sample(test_meshes::HexBox(4, 2, 2)), other(test_meshes::HexBox(3, 2, 2));
+  const SharedFolder folder;
+  const std::string name = folder.File("case");
+  if (Rank() == 0) {
+    foam_test::WriteMesh(name + "/constant/polyMesh", sample.mesh);
+    foam_test::WriteText(name + "/0/T", foam_test::FieldText(other.mesh, other.cell, other.face));
+  }
+  MPI_Barrier(MPI_COMM_WORLD);
+  LoadedMesh mesh = Load(name);
+  EXPECT_EQ(refusal(name, mesh, "0/p"), "0/p: no such file, here or in the case");
+  EXPECT_EQ(refusal(name, mesh, "0/T"), name + "/0/T: 12 values for 16 cells");
+}
+
+TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
+  const Sample sample(test_meshes::HexBox(4, 2, 2));
+  const SharedFolder folder;
+  const std::string name = folder.File("case");
+  const int last = RankCount() - 1;
+  if (Rank() == 0) {
+    foam_test::WriteDecomposed(name, sample.mesh, test_meshes::RunParts(16, RankCount()), RankCount(), true,
+                               [&](int part, foam_test::Piece& piece) {
+                                 if (part == last) return;
+                                 foam_test::WriteText(name + "/processor" + std::to_string(part) + "/0/T",
+                                                      PieceText(piece, sample));
+                               });
+  }
+  MPI_Barrier(MPI_COMM_WORLD);
+  LoadedMesh mesh = Load(name);
+  const std::string text = ErrorOnEveryRank([&] { LoadOf(name, mesh, "0/T"); });
+  EXPECT_EQ(text.rfind(name + "/processor" + std::to_string(last) + "/0/T: ", 0), 0U) << text;
+  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(name, mesh, "T"); }),
+            "T: a decomposed case needs the time and the field, as in 0/T");
+}
+
+}  // namespace reference_host::test
