@@ -199,7 +199,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   /// target point along S, each tied to the nearest cell. On face types 2, 3, 4 and 6, E is the ghost cell
   /// itself.
   /// @param[in] pair  the cell on P's side, the cell on E's side
-  /// @param     S     area vector; its length does not matter but must not be 0
+  /// @param     Sx,Sy,Sz  area vector; its length does not matter but must not be 0
   /// @return 0
   int Set_VirtualNode_Coord_and_ClosestCellID(int faceType, int i, int* pair, double Sx, double Sy,
                                               double Sz);
@@ -220,7 +220,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
 
   /// The same with the cells of cubes around P and E, and one line about the size of the stencils. Nothing in
   /// the library calls it.
-  /// @param n  direction of the face's normal, any length but 0
+  /// @param nx,ny,nz  direction of the face's normal, any length but 0
   /// @return size of the stencil
   int CountingVirtualNodeToCellBySearchNumber(int i, int* pair, double nx, double ny, double nz);
 
