@@ -63,9 +63,9 @@ bool StudyAxis::Shows(double value) const { return std::isfinite(value) && (!isL
 
 double StudyAxis::Decades() const { return std::log10(high_ / low_); }
 
-// Over few decades 1, 2 and 5 have numbers; over many every second or third power does.
+// Within a decade all ticks have numbers, over few 1, 2 and 5; over many every second or third power does.
 void StudyAxis::AddLogarithmicTicks() {
-  constexpr double kFewDecades = 2.0;
+  constexpr double kFewDecades = 2.0, kLessThanOne = 0.8;
   constexpr int kMostPowers = 8;
   const bool isShort = Decades() <= kFewDecades;
   const int first = static_cast<int>(std::floor(std::log10(low_)));
@@ -76,7 +76,7 @@ void StudyAxis::AddLogarithmicTicks() {
       const double value = k * std::pow(10.0, power);
       if (value < low_ || value > high_) continue;
       std::string label;
-      if (isShort && (k == 1 || k == 2 || k == 5)) label = Number(value);
+      if (isShort && (k == 1 || k == 2 || k == 5 || Decades() < kLessThanOne)) label = Number(value);
       if (!isShort && k == 1 && power % step == 0) label = "10^" + std::to_string(power);
       if (isShort || k == 1 || step == 1) ticks_.push_back({value, std::move(label)});
     }
@@ -90,8 +90,10 @@ void StudyAxis::AddLinearTicks() {
   double step = power;
   for (const double factor : {2.0, 5.0, 10.0})
     if ((high_ - low_) / step > 1.5 * kSteps) step = factor * power;
-  for (double k = std::ceil(low_ / step); k * step <= high_; k += 1.0)
-    ticks_.push_back({k * step, Number(k * step)});
+  for (double k = std::ceil(low_ / step); k * step <= high_; k += 1.0) {
+    const double value = k * step + 0.0;  // -0 has become 0
+    ticks_.push_back({value, Number(value)});
+  }
 }
 
 }  // namespace zyngrad

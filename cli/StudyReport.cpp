@@ -220,8 +220,9 @@ const char* const kStyle =
     "caption{text-align:left;font-weight:bold;padding:.4em 0}"
     "th,td{padding:.15em .6em;text-align:right;border-bottom:1px solid #ddd}"
     "td.word{text-align:left}"
-    "figure{display:inline-block;margin:.5em;border:1px solid #ddd}"
-    "figure svg{display:block;max-width:100%;height:auto}";
+    "div.plots{display:grid;grid-template-columns:repeat(auto-fit,minmax(480px,1fr));gap:1em}"
+    "figure{margin:0;border:1px solid #ddd}"
+    "figure svg{display:block;width:100%;height:auto}";
 
 }  // namespace
 
@@ -239,10 +240,10 @@ std::string StudyPage(const std::string& title, const StudyQuestion& question,
     page += " <code>" + Escaped(OneLine(level.mesh)) + "</code> (" + Grouped(level.nCells) + " cells)";
   page += "</p>\n";
   for (const std::string& remark : StudyRemarks(question, levels)) page += "<p>" + Escaped(remark) + "</p>\n";
-  page += "<h2>Plots</h2>\n";
+  page += "<h2>Plots</h2>\n<div class=\"plots\">\n";
   for (const StudyPlot& plot : StudyPlots(question, levels))
     page += "<figure id=\"" + plot.name + "\">\n" + SvgOf(plot) + "</figure>\n";
-  page += "<h2>Tables</h2>\n";
+  page += "</div>\n<h2>Tables</h2>\n";
   for (const StudyTable& table : StudyTables(question, levels)) page += HtmlOf(table);
   return page + "</body>\n</html>\n";
 }

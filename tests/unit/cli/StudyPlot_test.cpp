@@ -1,0 +1,114 @@
+#include "cli/StudyPlot.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <regex>
+
+namespace zyngrad {
+namespace {
+
+std::size_t Count(const std::string& text, const std::string& what) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+  return n;
+}
+
+StudyPlot TwoCurves() {
+  StudyPlot plot;
+  plot.name = "errors";
+  plot.title = "errors";
+  plot.curves = {{"lsq", {{0.1, 1e-2}, {0.2, 4e-2}}, 0, false},
+                 {"rbf", {{0.1, 1e-3}, {0.2, 2e-3}}, 1, false}};
+  return plot;
+}
+
+/// The places of the curve with that number, in pixels.
+std::vector<std::pair<double, double>> PathOf(const std::string& svg, int number,
+                                              const std::string& what = "curve") {
+  const std::regex path("class=\"" + what + "\" d=\"([^\"]*)\""), place("(-?[0-9.]+) (-?[0-9.]+)");
+  auto found = std::sregex_iterator(svg.begin(), svg.end(), path);
+  for (int k = 0; k < number && found != std::sregex_iterator(); ++k) ++found;
+  if (found == std::sregex_iterator()) return {};
+  const std::string text = (*found)[1];
+  std::vector<std::pair<double, double>> places;
+  for (auto at = std::sregex_iterator(text.begin(), text.end(), place); at != std::sregex_iterator(); ++at)
+    places.emplace_back(std::stod((*at)[1]), std::stod((*at)[2]));
+  return places;
+}
+
+TEST(StudyPlot, DrawsACurveAndALegendEntryEach) {
+  const std::string svg = SvgOf(TwoCurves());
+  EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
+  EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
+  EXPECT_EQ(Count(svg, "class=\"curve\""), 2u);
+  EXPECT_EQ(Count(svg, ">lsq</text>"), 1u);
+  EXPECT_EQ(Count(svg, "<circle"), 3u);   // two points and the legend
+  EXPECT_EQ(Count(svg, "<polygon"), 3u);  // squares likewise
+}
+
+TEST(StudyPlot, PutsPointsWhereTheAxesSay) {
+  const std::string svg = SvgOf(TwoCurves());
+  const auto steep = PathOf(svg, 0), flat = PathOf(svg, 1);
+  ASSERT_EQ(steep.size(), 2u);
+  ASSERT_EQ(flat.size(), 2u);
+  EXPECT_EQ(steep[0].first, flat[0].first);
+  EXPECT_LT(steep[0].first, steep[1].first);    // to the right
+  EXPECT_GT(steep[0].second, steep[1].second);  // upward
+  // Orders 2 and 1 under the same halving of the spacing.
+  EXPECT_NEAR((steep[0].second - steep[1].second) / (flat[0].second - flat[1].second), 2.0, 2e-3);
+}
+
+TEST(StudyPlot, SlopeTrianglesHaveTheSlopeOfTheirOrder) {
+  StudyPlot plot = TwoCurves();
+  plot.orders = {1, 2};
+  const std::string svg = SvgOf(plot);
+  const auto slope = [](const std::vector<std::pair<double, double>>& p, std::size_t a, std::size_t b) {
+    return (p[a].second - p[b].second) / (p[b].first - p[a].first);
+  };
+  const auto flat = PathOf(svg, 1);
+  for (int order : {1, 2}) {
+    const auto triangle = PathOf(svg, order - 1, "slope");
+    ASSERT_EQ(triangle.size(), 3u);
+    EXPECT_NEAR(slope(triangle, 0, 2), order * slope(flat, 0, 1), 2e-3);
+  }
+}
+
+TEST(StudyPlot, LeavesOutPointsThatAreNoNumbersOrNotPositive) {
+  StudyPlot plot = TwoCurves();
+  plot.curves[0].points = {{0.1, std::nan("")}, {0.2, 0.0}, {0.3, 1e-2}, {0.4, 2e-2}};
+  EXPECT_EQ(PathOf(SvgOf(plot), 0).size(), 2u);
+  plot.curves[0].points = {{0.1, std::nan("")}};
+  EXPECT_EQ(Count(SvgOf(plot), "class=\"curve\""), 1u);
+  EXPECT_EQ(SvgOf(plot).find("nan"), std::string::npos);
+}
+
+TEST(StudyPlot, DrawsHistogramsAsStairs) {
+  StudyPlot plot;
+  plot.isYLogarithmic = false;
+  plot.curves = {{"lsq", {{0.1, 0}, {0.1, 30}, {1, 70}, {10, 0}}, 0, true}};
+  const auto path = PathOf(SvgOf(plot), 0);
+  ASSERT_EQ(path.size(), 7u);
+  for (std::size_t k = 1; k < path.size(); ++k)  // no slanted line
+    EXPECT_TRUE(path[k].first == path[k - 1].first || path[k].second == path[k - 1].second) << k;
+}
+
+TEST(StudyPlot, IsSafeWithAnyText) {
+  StudyPlot plot = TwoCurves();
+  plot.title = "a < b & \"c\"";
+  plot.curves[0].name = "<script>";
+  const std::string svg = SvgOf(plot);
+  EXPECT_NE(svg.find(">a &lt; b &amp; &quot;c&quot;</text>"), std::string::npos);
+  EXPECT_EQ(svg.find("<script"), std::string::npos);
+}
+
+TEST(StudyPlot, RaisesExponents) {
+  StudyPlot plot = TwoCurves();
+  plot.curves[0].points.emplace_back(0.2, 1e-7);
+  EXPECT_NE(SvgOf(plot).find(">10<tspan dy=\"-5\" font-size=\"10\">-4</tspan></text>"), std::string::npos);
+}
+
+TEST(StudyPlot, StandsWithoutCurves) { EXPECT_EQ(Count(SvgOf({}), "class=\"curve\""), 0u); }
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,189 @@
+// Whole studies of small meshes, and what is made of their results.
+
+#include "cli/StudyRun.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+#include <sstream>
+
+#include "cli/StudyReport.h"
+#include "cli/StudySeries.h"
+#include "cli/StudyTables.h"
+#include "cli/UsageError.h"
+#include "tests/unit/cli/TestRanks.h"
+
+namespace zyngrad {
+namespace {
+
+StudyQuestion Ask(const std::vector<std::string>& meshes, const std::string& methods,
+                  const std::vector<std::string>& fields) {
+  StudyQuestion question;
+  question.meshes = meshes;
+  for (const std::string& field : fields) question.fields.push_back(MakeStudyField(field, 1));
+  question.cases = StudyCases(ChooseStudyMethods(methods), {}, {3});
+  question.nRepeat = 1;
+  return question;
+}
+
+std::vector<StudyLevel> Answer(const StudyQuestion& question) {
+  std::vector<StudyLevel> levels;
+  for (const std::string& mesh : question.meshes)
+    levels.push_back(RunStudyLevel(TestRanks(), question, mesh, "/dev/null", [](const std::string&) {}));
+  return levels;
+}
+
+double InteriorL2(const StudyLevel& level, std::size_t iCase, const std::string& quantity) {
+  const StudyResult* const result = FindResult(level, iCase, 0, quantity);
+  return result == nullptr ? std::nan("") : result->errors.interior.l2;
+}
+
+TEST(Study, MeasuresSecondOrderOfGreenGaussOnOrthogonalHexahedra) {
+  const StudyQuestion question = Ask({"box:8,8,8", "box:16,16,16"}, "plain", {"trigonometric"});
+  const std::vector<StudyLevel> levels = Answer(question);
+  EXPECT_EQ(levels[1].nCells, 4096);
+  EXPECT_NEAR(levels[0].spacing, 1.0 / 8, 1e-12);
+  EXPECT_NEAR(levels[1].spacing, 1.0 / 16, 1e-12);
+  EXPECT_NEAR(ObservedOrder(InteriorL2(levels[0], 0, kGradient), InteriorL2(levels[1], 0, kGradient), 1.0 / 8,
+                            1.0 / 16),
+              2.0, 0.1);
+}
+
+TEST(Study, MeasuresNoOrderOfGreenGaussOnTetrahedraAndFirstOfTheOthers) {
+  const StudyQuestion question = Ask({"box:4,4,4:tet", "box:8,8,8:tet"}, "plain,lsq,rbf", {"trigonometric"});
+  const std::vector<StudyLevel> levels = Answer(question);
+  const auto order = [&](std::size_t c) {
+    return ObservedOrder(InteriorL2(levels[0], c, kGradient), InteriorL2(levels[1], c, kGradient),
+                         levels[0].spacing, levels[1].spacing);
+  };
+  EXPECT_NEAR(order(0), 0.0, 0.15);
+  EXPECT_NEAR(order(1), 1.0, 0.15);
+  EXPECT_NEAR(order(2), 1.0, 0.15);
+}
+
+TEST(Study, GivesEveryQuantityOfEveryMethodOnEveryKindOfMesh) {
+  for (const NamedSeries& series : NamedStudySeries()) {
+    const StudyQuestion question = Ask(MeshesOfSeries(series.name, 1), "all", {"linear"});
+    const StudyLevel level = Answer(question).front();
+    for (std::size_t c = 0; c < question.cases.size(); ++c) {
+      const StudyMethod& method = *question.cases[c].method;
+      std::vector<std::string> quantities = {kGradient};
+      if (method.kind == StudyMethod::Kind::Faces) quantities = {kFaceValue};
+      if (method.kind == StudyMethod::Kind::Points) quantities = {kPointValue, kPointGradient};
+      for (const std::string& quantity : quantities) {
+        const StudyResult* const result = FindResult(level, c, 0, quantity);
+        ASSERT_NE(result, nullptr) << series.name << ' ' << method.name << ' ' << quantity;
+        EXPECT_GT(result->errors.interior.count, 0) << series.name << ' ' << method.name;
+        EXPECT_GT(result->errors.boundary.count, 0) << series.name << ' ' << method.name;
+        EXPECT_EQ(result->errors.interior.nNotFinite, 0)
+            << series.name << ' ' << method.name << ' ' << quantity;
+        EXPECT_GT(result->nsApply, 0.0);
+        EXPECT_EQ(result->condition.nSystems > 0, method.TakesSpan()) << method.name;
+        EXPECT_LE(result->condition.median, result->condition.worst);
+      }
+    }
+  }
+}
+
+TEST(Study, LeastSquaresReproducesTheLinearFieldOnEverySeries) {
+  for (const NamedSeries& series : NamedStudySeries()) {
+    const StudyLevel level = Answer(Ask(MeshesOfSeries(series.name, 1), "lsq", {"linear"})).front();
+    // Round-off times the aspect ratio of 1000, squared in the normal equations.
+    EXPECT_LT(InteriorL2(level, 0, kGradient), std::string(series.name) == "stretched" ? 1e-6 : 1e-12)
+        << series.name;
+  }
+}
+
+TEST(Study, ConditionNumbersGrowWithTheFourthPowerOfSpan) {
+  StudyQuestion question = Ask({"box:4,4,4"}, "rbf,faces1,faces2,points1,points2", {"linear"});
+  question.cases = StudyCases(ChooseStudyMethods("rbf"), {100, 200}, {3});
+  const StudyLevel level = Answer(question).front();
+  const double a = FindResult(level, 0, 0, kGradient)->condition.median;
+  const double b = FindResult(level, 1, 0, kGradient)->condition.median;
+  EXPECT_NEAR(std::log2(b / a), 4.0, 0.2);
+}
+
+TEST(Study, SaysWhyAMethodDidNotRun) {
+  const StudyQuestion question = Ask({"box:4,1,1:hex"}, "lsq,plain", {"linear"});
+  StudyLevel level = Answer(question).front();
+  level.results[1].notRun = "no pivot";
+  EXPECT_EQ(FindResult(level, 1, 0, kGradient), nullptr);
+  EXPECT_EQ(StudyRemarks(question, {level}),
+            (std::vector<std::string>{"lsq on box:4,1,1:hex: not run: no pivot"}));
+}
+
+TEST(StudyFields, HaveNamesOrAreFormulas) {
+  EXPECT_EQ(MakeStudyField("linear", 1).formula.text(), "2*x + 3*y - z + 1");
+  EXPECT_EQ(MakeStudyField("x*y", 2).name, "formula 2");
+  EXPECT_THROW(MakeStudyField("cubic", 1), UsageError);
+}
+
+TEST(StudyReport, HasAPlotForEveryQuestion) {
+  StudyQuestion question = Ask({"box:3,3,3", "box:6,6,6"}, "plain", {"linear"});
+  question.cases = StudyCases(ChooseStudyMethods("iterated,rbf"), {5, 500}, {1, 2});
+  std::set<std::string> names;
+  for (const StudyPlot& plot : StudyPlots(question, Answer(question)))
+    EXPECT_TRUE(names.insert(plot.name).second);
+  EXPECT_EQ(names, (std::set<std::string>{"linear-gradient-interior", "linear-gradient-boundary",
+                                          "linear-gradient-span", "linear-gradient-sweeps",
+                                          "linear-gradient-histogram", "condition-span", "time-set-up",
+                                          "time-application"}));
+}
+
+std::size_t Count(const std::string& text, const std::string& what) {
+  std::size_t n = 0;
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
+  return n;
+}
+
+TEST(StudyReport, IsOnePageThatNeedsNothingElse) {
+  const StudyQuestion question = Ask({"box:3,3,3", "box:6,6,6"}, "gradients", {"x*y", "linear"});
+  const std::vector<StudyLevel> levels = Answer(question);
+  const std::string page = StudyPage("series <b>", question, levels);
+  EXPECT_EQ(Count(page, "<svg "), StudyPlots(question, levels).size());
+  EXPECT_EQ(Count(page, "<table>"), StudyTables(question, levels).size());
+  EXPECT_EQ(Count(page, "http"),
+            Count(page, "xmlns=\"http://www.w3.org/2000/svg\""));  // a name, not an address
+  for (const std::string other : {"<script", "src=", "href=", "@import", "url(", "<b>"})
+    EXPECT_EQ(Count(page, other), 0u) << other;
+}
+
+TEST(StudyTables, HaveARowForEveryCaseAndLevelInEveryForm) {
+  const StudyQuestion question = Ask({"box:3,3,3", "box:6,6,6"}, "plain,rbf", {"linear"});
+  const std::vector<StudyLevel> levels = Answer(question);
+  const std::vector<StudyTable> tables = StudyTables(question, levels);
+  ASSERT_EQ(tables.size(), 2u);
+  for (const StudyTable& table : tables) {
+    ASSERT_EQ(table.rows.size(), 4u);
+    EXPECT_EQ(table.rows[0][0], "plain");
+    EXPECT_EQ(table.rows[1][0], "");
+    EXPECT_EQ(table.rows[2][0], "rbf, Span 500");
+    for (const auto& row : table.rows) EXPECT_EQ(row.size(), table.columns.size());
+    std::ostringstream text;
+    PrintTable(text, table);
+    EXPECT_EQ(Count(text.str(), "\n"), 2u + 2u + 4u);
+    EXPECT_EQ(Count(MarkdownOf(table), "\n|"), 6u);
+    EXPECT_EQ(Count(HtmlOf(table), "<tr>"), 5u);
+  }
+}
+
+TEST(StudyJson, HasAllNumbersAndNullForWhatIsNone) {
+  const StudyQuestion question = Ask({"box:2,2,2"}, "rbf", {"linear"});  // no interior cell
+  const auto json = nlohmann::json::parse(StudyAsJson(question, Answer(question)).dump());
+  const auto& result = json["levels"][0]["results"][0];
+  EXPECT_EQ(json["levels"][0]["cells"], 8);
+  EXPECT_EQ(result["method"], "rbf");
+  EXPECT_EQ(result["span"], 500.0);
+  EXPECT_EQ(result["interior"]["count"], 0);
+  EXPECT_TRUE(result["interior"]["l2"].is_null());
+  EXPECT_EQ(result["boundary"]["count"], 8);
+  EXPECT_GT(result["boundary"]["l2"], 0.0);
+  EXPECT_EQ(result["condition"]["systems"], 8);
+  std::int64_t counted = 0;
+  for (const auto& bin : result["histogram"]) counted += bin["count"].get<std::int64_t>();
+  EXPECT_EQ(counted, 8);
+}
+
+}  // namespace
+}  // namespace zyngrad
