@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -13,7 +14,12 @@
 
 namespace host_check {
 
-bool ProbeField::SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+bool ProbeField::SameBits(double a, double b) {
+  std::uint64_t bitsOfA = 0, bitsOfB = 0;
+  std::memcpy(&bitsOfA, &a, sizeof a);
+  std::memcpy(&bitsOfB, &b, sizeof b);
+  return bitsOfA == bitsOfB;
+}
 
 namespace {
 

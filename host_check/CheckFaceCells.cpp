@@ -13,7 +13,7 @@ class FaceCellCheck {
     if (group.cv == nullptr || group.other == nullptr) return;
     for (int f = 1; f <= group.count; ++f) {
       const int cv = group.cv[f], other = group.other[f];
-      group.cvSound[f] = view_.IsInterior(cv);
+      group.cvSound[f] = view_.IsInterior(cv) ? 1 : 0;
       if (!group.cvSound[f]) TellRange(group, f, group.prefix + "CV", cv, 1, view_.nInner);
 
       if (cv == other) {

@@ -98,7 +98,7 @@ class NodeCellCheck {
       const bool isGhost = g >= 0 && view_.groups[g].farSide == FarSide::Ghost;
       const bool isKnown = view_.IsInterior(c) ? cellNodes_.AreKnown(c)
                                                : isGhost && view_.groups[g].nodesSound[view_.namer[c].face];
-      mayBeAnywhere_[c] = !isKnown;
+      mayBeAnywhere_[c] = isKnown ? 0 : 1;
       nAnywhere_ += mayBeAnywhere_[c];
     }
     for (const FaceGroupView& group : view_.groups) {

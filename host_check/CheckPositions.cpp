@@ -11,7 +11,7 @@ void TellNotFinite(HostCheckReport& report, int entity, const std::string& what,
 void CheckCellCentres(HostView& view, HostCheckReport& report) {
   if (!view.centres.AreThere()) return;
   for (int c = 1; c <= view.nCell; ++c) {
-    view.centreSound[c] = IsFinite(view.centres[c]);
+    view.centreSound[c] = IsFinite(view.centres[c]) ? 1 : 0;
     // What stands in a cell that no face leads to is read by nobody.
     const bool isRead = view.IsInterior(c) || view.namer[c].group >= 0;
     if (isRead && !view.centreSound[c]) {
@@ -23,7 +23,7 @@ void CheckCellCentres(HostView& view, HostCheckReport& report) {
 void CheckFaceCentres(FaceGroupView& group, HostCheckReport& report) {
   if (!group.centre.AreThere()) return;
   for (int f = 1; f <= group.count; ++f) {
-    group.centreSound[f] = IsFinite(group.centre[f]);
+    group.centreSound[f] = IsFinite(group.centre[f]) ? 1 : 0;
     if (!group.centreSound[f]) {
       TellNotFinite(report, f, "the centre of " + group.Name(f), group.centre[f]);
     }
@@ -33,7 +33,7 @@ void CheckFaceCentres(FaceGroupView& group, HostCheckReport& report) {
 void CheckNodes(HostView& view, HostCheckReport& report) {
   if (!view.nodes.AreThere()) return;
   for (int n = 1; n <= view.nNode; ++n) {
-    view.nodeSound[n] = IsFinite(view.nodes[n]);
+    view.nodeSound[n] = IsFinite(view.nodes[n]) ? 1 : 0;
     if (!view.nodeSound[n]) TellNotFinite(report, n, Text("the position of node ", n), view.nodes[n]);
   }
 }

@@ -23,17 +23,17 @@ void ExpectNoBreach(CheckedRun& run, const std::string& what) {
 TEST(SoundHost, BoxesOfAllShapesHaveNoBreachOnOneAndOnThreePartitions) {
   for (const auto shape : {BoxSpec::Shape::Hex, BoxSpec::Shape::Tet, BoxSpec::Shape::Prism}) {
     for (const double perturb : {0.0, 0.3}) {
-      BoxSpec spec;
-      spec.nx = 5;
-      spec.ny = 4;
-      spec.nz = 3;
-      spec.shape = shape;
-      spec.perturb = perturb;
-      spec.seed = 3;
+      BoxSpec box;
+      box.nx = 5;
+      box.ny = 4;
+      box.nz = 3;
+      box.shape = shape;
+      box.perturb = perturb;
+      box.seed = 3;
       for (const int nParts : {1, 3}) {
         std::vector<reference_host::MeshPart> parts;
         for (int p = 0; p < nParts; ++p) {
-          parts.push_back(MakeBoxPart(spec, p, nParts));
+          parts.push_back(MakeBoxPart(box, p, nParts));
           for (auto& patch : parts.back().patches) {
             patch.group = reference_host::GroupByName(patch.name, patch.type);
           }
