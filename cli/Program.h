@@ -8,7 +8,7 @@
 namespace zyngrad {
 
 /// Exit codes of the program.
-enum ExitCode { kSuccess = 0, kWrongInput = 2 };
+enum ExitCode { kSuccess = 0, kFoundFaults = 1, kWrongInput = 2 };
 
 /// Collective. Reads the arguments (without the program's name), runs the command and reports errors: one
 /// line on standard error, from the first rank, that begins with "zyngrad: ". An error that a single rank met

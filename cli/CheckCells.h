@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/CheckedSystem.h"
+#include "cli/GradientMethods.h"
+#include "cli/RadialBasisSettings.h"
+#include "cli/Ranks.h"
+#include "gradient/COperatorGradient.h"
+#include "reference_host/LoadMesh.h"
+
+namespace zyngrad {
+
+/// What is asked of the cells of a mesh.
+struct CellCheckCase {
+  std::vector<const GradientMethod*> methods;
+  RadialBasisSettings radialBasis;
+  std::string logFile;  ///< takes what the operators print on this rank
+
+  bool HasType(int gradientType) const;
+};
+
+/// Collective. The interior cells of this partition in their order, [0..NInnerCells-1], with all that concerns
+/// the methods asked for. Linear in the cells.
+std::vector<CheckedSystem> CheckCells(const Ranks& ranks, reference_host::LoadedMesh& mesh,
+                                      const CellCheckCase& theCase);
+
+// Its parts. Those without `ranks` are not collective.
+
+/// Number, place, volume, boundary and symmetry, skewness and non-orthogonality: what does not depend on the
+/// method. The skewness of a face between two centres at one place is infinite.
+std::vector<CheckedSystem> MeasureCells(reference_host::HostPartition& partition);
+
+/// Enters what the radial-basis operator derives for each cell.
+void CheckCellStencils(reference_host::HostPartition& partition, const RadialBasisSettings& settings,
+                       const std::string& logFile, std::vector<CheckedSystem>& cells);
+
+/// Enters the pivots of the least-squares elimination, with the operator's own moments and operations.
+/// @pre `op` was initialised with the gradient type of least squares
+void CheckPivots(const COperatorGradient& op, std::vector<CheckedSystem>& cells);
+
+/// Collective. Sets a method other than the radial-basis one up, runs it on a linear field and enters the cells
+/// whose gradient is not finite. Least squares is not run when it would stop at a zero pivot.
+void CheckGradients(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+                    std::vector<CheckedSystem>& cells);
+
+}  // namespace zyngrad

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/CheckedSystem.h"
+#include "cli/OutputFolder.h"
+#include "cli/Ranks.h"
+#include "reference_host/HostPartition.h"
+
+namespace zyngrad {
+
+/// Collective. Stages the cells with their measures as check.vtu, or check.pvtu and its pieces.
+/// @param[in] cells  of this rank, in the partition's order
+/// @return the file to open, relative to the folder
+std::string StageCheckGrid(const Ranks& ranks, reference_host::HostPartition& partition,
+                           const std::vector<CheckedSystem>& cells, OutputFolder& folder);
+
+}  // namespace zyngrad

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/CheckedSystem.h"
+#include "cli/FaceGroup.h"
+#include "cli/InterpolationOptions.h"
+#include "cli/PointSet.h"
+#include "cli/UsableCells.h"
+#include "reference_host/HostPartition.h"
+
+namespace zyngrad {
+
+// Neither is collective: the systems of this rank. Linear in the faces or points.
+
+/// The systems of the faces of a group, in the group's order, with their rows: of the value, and of the slope
+/// that the method has. Method 4 has a system on each side of a face between two cells; the worse one counts.
+/// On boundary faces its values are 0 by design, so there only the slope along the normal is checked.
+/// @param[in] logFile  takes what the operator prints
+std::vector<CheckedSystem> CheckFaces(reference_host::HostPartition& partition, FaceGroup group,
+                                      const InterpolationSettings& settings, const std::string& logFile);
+
+/// The systems of those points that `rank` serves, in the points' order, with the rows of value and gradient.
+/// The partition's base file name is another one afterwards.
+/// @param[in] owners   [point]
+/// @param[in] logFile  takes what the operator prints
+std::vector<CheckedSystem> CheckPoints(reference_host::HostPartition& partition, UsableCells& usable,
+                                       const PointSet& points, const std::vector<PointOwner>& owners,
+                                       int rank, const InterpolationSettings& settings,
+                                       const std::string& logFile);
+
+}  // namespace zyngrad

@@ -1,0 +1,96 @@
+// The systems behind interpolation to points, as the operator sets them up.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+
+#include "cli/CheckFindings.h"
+#include "cli/CheckInterpolation.h"
+#include "cli/CheckStencil.h"
+#include "cli/FaceErrors.h"
+#include "cli/KernelCondition.h"
+#include "cli/RunSettings.h"
+#include "cli/StdoutToFile.h"
+#include "cli/TemporaryFolder.h"
+#include "foundation/DQKernel.h"
+#include "rbf_ib/CZynIBRBFInternalObject.h"
+
+namespace zyngrad {
+namespace {
+
+using reference_host::HostPartition;
+
+constexpr int kByNodes = 3;  // search method
+
+/// The nodes of a point's own system: the cells of its stencil; by nodes the seeds and the mesh nodes around
+/// them.
+std::vector<DQVector> NodesOf(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVolumeMesh& mesh, int i) {
+  const bool byNodes = op.iSearch_method == kByNodes;
+  const int* const cells = op.m_ppIBConn[i];
+  const int nCells = byNodes ? std::min(cells[0], op.m_pIBTwoSeeds[i] == 1 ? 2 : 1) : cells[0];
+  std::vector<DQVector> nodes;
+  for (int k = 1; k <= nCells; ++k) {
+    const IBCnode& cell = op.m_pIBCnode[cells[k]];
+    nodes.push_back({cell.x, cell.y, cell.z});
+  }
+  if (!byNodes) return nodes;
+  const int* const row = op.m_ppIBNodeConn[i];
+  for (int k = 1; k <= row[0]; ++k) nodes.push_back({mesh.xn[row[k]], mesh.yn[row[k]], mesh.zn[row[k]]});
+  return nodes;
+}
+
+void CheckRows(const CZynIBRBFInternalObject& op, int i, CheckedSystem& point) {
+  RowSum value, x, y, z;
+  for (int k = 1; k <= point.members; ++k) {
+    value.Add(op.m_ppIBValueCoef[i][k]);
+    const IBCnode& slope = op.m_ppIBCoef[i][k];
+    x.Add(slope.x);
+    y.Add(slope.y);
+    z.Add(slope.z);
+  }
+  CheckRowOfValue(value, kRowSumTolerance, point);
+  for (const RowSum& row : {x, y, z}) CheckRowOfSlope(row, kRowSumTolerance, point);
+}
+
+}  // namespace
+
+std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& usable, const PointSet& points,
+                                       const std::vector<PointOwner>& owners, int rank,
+                                       const InterpolationSettings& settings, const std::string& logFile) {
+  PointSet own;
+  own.x = own.y = own.z = {0.0};  // the operator counts from 1
+  std::vector<CheckedSystem> systems;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    if (owners[i].rank != rank) continue;
+    own.x.push_back(points.x[i]);
+    own.y.push_back(points.y[i]);
+    own.z.push_back(points.z[i]);
+    CheckedSystem system;
+    system.number = static_cast<std::int64_t>(i) + 1;
+    system.at[0] = points.x[i], system.at[1] = points.y[i], system.at[2] = points.z[i];
+    systems.push_back(system);
+  }
+  if (systems.empty()) return systems;
+
+  const TemporaryFolder folder;
+  partition.SetBaseFileName(WriteSettingsText(folder.path() + "/settings.rbf", PointSettingsText(settings)));
+  const StdoutToFile log(logFile);
+  std::cout << systems.size() << " points" << std::endl;
+  CZynIBRBFInternalObject op;
+  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
+  op.getPartitionFace(partition.partitionFaces());
+  op.Initialize_IBInterpolateData(usable.mark.data(), static_cast<int>(systems.size()), own.x.data(),
+                                  own.y.data(), own.z.data());
+  for (std::size_t k = 0; k < systems.size(); ++k) {
+    const int i = static_cast<int>(k) + 1;
+    const std::vector<DQVector> nodes = NodesOf(op, *partition.mesh(), i);
+    systems[k].members = op.m_ppIBConn[i][0];
+    CheckPlaces(nodes, systems[k]);
+    CheckCondition(KernelCondition(PlainDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes), systems[k]);
+    CheckRows(op, i, systems[k]);
+  }
+  return systems;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,171 @@
+#include "cli/CheckReport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <ostream>
+
+#include "cli/CheckFindings.h"
+#include "cli/TextTable.h"
+
+namespace zyngrad {
+namespace {
+
+using nlohmann::ordered_json;
+using Align = TextTable::Align;
+
+constexpr double kLongestBar = 50.0;
+
+std::string ConditionText(double condition) {
+  if (std::isnan(condition)) return "not finite";
+  if (std::isinf(condition)) return "singular";
+  return condition > 0.0 ? Scientific(condition, 3) : "-";
+}
+
+std::string NumberText(const CheckedSystem& system) {
+  const std::string number = std::to_string(system.number);
+  return system.other > 0 ? number + " and " + std::to_string(system.other) : number;
+}
+
+void PrintCounts(std::ostream& out, const CheckResult& result) {
+  TextTable table({{"found", Align::Left}, {result.kind}, {"so the result is", Align::Left}});
+  for (const FindingKind& kind : FindingKinds()) {
+    if ((result.lookedFor & kind.finding) == 0) continue;
+    const std::int64_t count = result.summary.Count(kind.finding);
+    const bool hasMeaning = count > 0 && kind.severity != Severity::Note;
+    table.AddRow({kind.text, Grouped(count), hasMeaning ? NameOf(kind.severity) : ""});
+  }
+  table.Print(out);
+}
+
+/// Rows of the histogram that are there, gaps between them included.
+struct Decades {
+  std::size_t first = ConditionHistogram::kDecades, last = 0;
+
+  explicit Decades(const ConditionHistogram& histogram) {
+    for (std::size_t k = 0; k < histogram.decade.size(); ++k) {
+      if (histogram.decade[k] == 0) continue;
+      first = std::min(first, k);
+      last = k;
+    }
+  }
+};
+
+void PrintHistogram(std::ostream& out, const CheckResult& result) {
+  const ConditionHistogram& histogram = result.summary.histogram;
+  if (histogram.IsEmpty()) return;
+  const std::int64_t most = std::max({*std::max_element(histogram.decade.begin(), histogram.decade.end()),
+                                      histogram.nSingular, histogram.nNotFinite});
+  TextTable table({{"log10 condition", Align::Left}, {result.kind}, {"", Align::Left}});
+  const auto add = [&table, most](const std::string& name, std::int64_t count) {
+    // What is there at all shows.
+    const double length = std::ceil(kLongestBar * static_cast<double>(count) / static_cast<double>(most));
+    table.AddRow({name, Grouped(count), std::string(static_cast<std::size_t>(length), '#')});
+  };
+  const Decades rows(histogram);
+  for (std::size_t k = rows.first; k <= rows.last; ++k) {
+    const bool isLast = k + 1 == histogram.decade.size();
+    add(std::to_string(k) + (isLast ? " and more" : " to " + std::to_string(k + 1)), histogram.decade[k]);
+  }
+  if (histogram.nSingular > 0) add("singular", histogram.nSingular);
+  if (histogram.nNotFinite > 0) add("not finite", histogram.nNotFinite);
+  out << '\n';
+  table.Print(out);
+}
+
+void PrintWorst(std::ostream& out, const CheckResult& result) {
+  if (result.summary.worst.empty()) return;
+  TextTable table({{result.key == "faces" ? "worst, of cells" : "worst", Align::Left},
+                   {"at", Align::Left},
+                   {"members"},
+                   {"condition"},
+                   {"sum off by"},
+                   {"why", Align::Left}});
+  for (const CheckedSystem& system : result.summary.worst) {
+    const std::string why = InWords(system.findings);
+    table.AddRow({NumberText(system), Place(system.at[0], system.at[1], system.at[2]),
+                  system.members > 0 ? std::to_string(system.members) : "-", ConditionText(system.condition),
+                  system.members > 0 ? Scientific(system.rowSum, 2) : "-",
+                  why.empty() ? "nothing found; listed by its measures" : why});
+  }
+  out << '\n';
+  table.Print(out);
+}
+
+ordered_json ConditionAsJson(double condition) {
+  if (std::isfinite(condition)) return condition;
+  return ConditionText(condition);
+}
+
+ordered_json HistogramAsJson(const ConditionHistogram& histogram) {
+  if (histogram.IsEmpty()) return nullptr;
+  return {
+      {"decades", histogram.decade}, {"singular", histogram.nSingular}, {"notFinite", histogram.nNotFinite}};
+}
+
+ordered_json SystemAsJson(const CheckedSystem& system) {
+  ordered_json json = {{"number", system.number}, {"other", system.other}, {"place", system.at}};
+  json["members"] = system.members;
+  json["condition"] = ConditionAsJson(system.condition);
+  json["rowSumOff"] = system.rowSum;
+  json["skewness"] = system.skewness;
+  json["nonOrthogonalityDegrees"] = system.nonOrthogonality;
+  json["severity"] = NameOf(SeverityOf(system.findings));
+  json["findings"] = ordered_json::array();
+  for (const FindingKind& kind : FindingKinds())
+    if ((system.findings & kind.finding) != 0) json["findings"].push_back(kind.key);
+  return json;
+}
+
+}  // namespace
+
+void PrintCheckResult(std::ostream& out, const CheckResult& result) {
+  out << Grouped(result.summary.nSystems) << ' ' << result.kind << "\n\n";
+  PrintCounts(out, result);
+  PrintHistogram(out, result);
+  PrintWorst(out, result);
+  out << '\n';
+}
+
+std::vector<std::string> NotFiniteInWords(const std::vector<CheckResult>& results) {
+  std::vector<std::string> lines;
+  for (const CheckResult& result : results) {
+    for (const FindingKind& kind : FindingKinds()) {
+      const std::int64_t count = result.summary.Count(kind.finding);
+      if (kind.severity == Severity::NotFinite && count > 0)
+        lines.push_back(kind.text + ": " + Grouped(count) + " of " + Grouped(result.summary.nSystems) + ' ' +
+                        result.kind);
+    }
+  }
+  return lines;
+}
+
+void PrintVerdict(std::ostream& out, const std::vector<CheckResult>& results) {
+  const std::vector<std::string> lines = NotFiniteInWords(results);
+  if (lines.empty()) {
+    out << "all results would be finite numbers\n";
+    return;
+  }
+  out << "NOT all results would be finite numbers\n";
+  for (const std::string& line : lines) out << "  " << line << '\n';
+}
+
+ordered_json CheckResultAsJson(const CheckResult& result) {
+  const CheckSummary& summary = result.summary;
+  ordered_json json = {{"kind", result.kind}, {"count", summary.nSystems}, {"finite", summary.IsFinite()}};
+  ordered_json& found = json["found"] = ordered_json::object();
+  for (const FindingKind& kind : FindingKinds()) {
+    if ((result.lookedFor & kind.finding) != 0)
+      found[kind.key] = {{"count", summary.Count(kind.finding)}, {"severity", NameOf(kind.severity)}};
+  }
+  json["worstCondition"] = ConditionAsJson(summary.worstCondition);
+  json["worstRowSumOff"] = summary.worstRowSum;
+  json["worstSkewness"] = summary.worstSkewness;
+  json["worstNonOrthogonalityDegrees"] = summary.worstNonOrthogonality;
+  json["log10Condition"] = HistogramAsJson(summary.histogram);
+  json["worst"] = ordered_json::array();
+  for (const CheckedSystem& system : summary.worst) json["worst"].push_back(SystemAsJson(system));
+  return json;
+}
+
+}  // namespace zyngrad

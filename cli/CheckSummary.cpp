@@ -1,0 +1,143 @@
+#include "cli/CheckSummary.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <tuple>
+
+#include "cli/CheckFindings.h"
+#include "cli/CheckStencil.h"
+
+namespace zyngrad {
+namespace {
+
+/// To six significant digits.
+double Rounded(double value) {
+  if (!std::isfinite(value) || value == 0.0) return value;
+  const double unit = std::pow(10.0, std::floor(std::log10(std::fabs(value))) - 5.0);
+  const double digits = std::round(value / unit);
+  return std::isfinite(digits) ? digits * unit : value;
+}
+
+// A system as a row of numbers, for the way between ranks. All counts and numbers are below 2^53.
+constexpr std::size_t kRowLength = 12;
+
+void AppendRow(const CheckedSystem& s, std::vector<double>& row) {
+  row.insert(row.end(), {static_cast<double>(s.number), static_cast<double>(s.other), s.at[0], s.at[1],
+                         s.at[2], static_cast<double>(s.findings), static_cast<double>(s.members),
+                         s.condition, s.rowSum, s.volume, s.skewness, s.nonOrthogonality});
+}
+
+CheckedSystem SystemOfRow(const double* row) {
+  CheckedSystem s;
+  s.number = static_cast<std::int64_t>(row[0]);
+  s.other = static_cast<std::int64_t>(row[1]);
+  std::copy_n(row + 2, 3, s.at);
+  s.findings = static_cast<std::uint32_t>(row[5]);
+  s.members = static_cast<int>(row[6]);
+  s.condition = row[7];
+  s.rowSum = row[8];
+  s.volume = row[9];
+  s.skewness = row[10];
+  s.nonOrthogonality = row[11];
+  return s;
+}
+
+std::vector<CheckedSystem> WorstOf(std::vector<CheckedSystem> systems) {
+  const std::size_t n = std::min(systems.size(), kShownWorst);
+  std::partial_sort(systems.begin(), systems.begin() + static_cast<std::ptrdiff_t>(n), systems.end(),
+                    IsWorse);
+  systems.resize(n);
+  return systems;
+}
+
+/// Collective. Those of all ranks, from the worst of each.
+std::vector<CheckedSystem> WorstOfAll(const Ranks& ranks, const std::vector<CheckedSystem>& own) {
+  std::vector<double> rows;
+  for (const CheckedSystem& system : WorstOf(own)) AppendRow(system, rows);
+  std::vector<double> all = ranks.GatherOnFirst(rows);
+  ranks.Broadcast(all);
+  std::vector<CheckedSystem> systems;
+  for (std::size_t k = 0; k < all.size(); k += kRowLength) systems.push_back(SystemOfRow(all.data() + k));
+  return WorstOf(std::move(systems));
+}
+
+/// What can be added up, or of which the largest counts, on one rank or on all.
+void AddSystem(const CheckedSystem& system, CheckSummary& summary) {
+  ++summary.nSystems;
+  for (std::size_t k = 0; k < summary.counts.size(); ++k) summary.counts[k] += (system.findings >> k) & 1U;
+  if (system.condition != 0.0) summary.histogram.Add(system.condition);
+  if (IsWorseCondition(system.condition, summary.worstCondition)) summary.worstCondition = system.condition;
+  if (std::isfinite(system.rowSum)) summary.worstRowSum = std::max(summary.worstRowSum, system.rowSum);
+  summary.worstSkewness = std::max(summary.worstSkewness, system.skewness);
+  summary.worstNonOrthogonality = std::max(summary.worstNonOrthogonality, system.nonOrthogonality);
+}
+
+/// Collective. The summary of all ranks from that of each.
+void AddUp(const Ranks& ranks, CheckSummary& summary) {
+  std::vector<std::int64_t*> sums = {&summary.nSystems, &summary.histogram.nSingular,
+                                     &summary.histogram.nNotFinite};
+  for (std::int64_t& count : summary.counts) sums.push_back(&count);
+  for (std::int64_t& count : summary.histogram.decade) sums.push_back(&count);
+  std::vector<double> own;
+  own.reserve(sums.size() + 1);
+  for (const std::int64_t* sum : sums) own.push_back(static_cast<double>(*sum));
+  own.push_back(summary.worstCondition);
+  for (std::int64_t* sum : sums) *sum = 0;
+  for (const std::vector<double>& row : ranks.Gather(own)) {
+    for (std::size_t k = 0; k < sums.size(); ++k) *sums[k] += static_cast<std::int64_t>(row[k]);
+    if (IsWorseCondition(row.back(), summary.worstCondition)) summary.worstCondition = row.back();
+  }
+  for (double* largest : {&summary.worstRowSum, &summary.worstSkewness, &summary.worstNonOrthogonality})
+    *largest = ranks.Max(*largest);
+}
+
+}  // namespace
+
+void ConditionHistogram::Add(double condition) {
+  if (std::isnan(condition)) {
+    ++nNotFinite;
+  } else if (std::isinf(condition)) {
+    ++nSingular;
+  } else {
+    const double exponent = condition >= 1.0 ? std::floor(std::log10(condition)) : 0.0;
+    ++decade[static_cast<std::size_t>(std::min(exponent, kDecades - 1.0))];
+  }
+}
+
+bool ConditionHistogram::IsEmpty() const {
+  return nSingular == 0 && nNotFinite == 0 &&
+         std::all_of(decade.begin(), decade.end(), [](std::int64_t n) { return n == 0; });
+}
+
+std::int64_t CheckSummary::Count(std::uint32_t finding) const {
+  for (std::size_t k = 0; k < counts.size(); ++k)
+    if (finding == 1U << k) return counts[k];
+  return 0;
+}
+
+bool CheckSummary::IsFinite() const {
+  return std::all_of(FindingKinds().begin(), FindingKinds().end(), [this](const FindingKind& kind) {
+    return kind.severity != Severity::NotFinite || Count(kind.finding) == 0;
+  });
+}
+
+bool IsWorse(const CheckedSystem& a, const CheckedSystem& b) {
+  const Severity graveA = SeverityOf(a.findings), graveB = SeverityOf(b.findings);
+  if (graveA != graveB) return graveA > graveB;
+  const double conditionA = Rounded(a.condition), conditionB = Rounded(b.condition);
+  if (IsWorseCondition(conditionA, conditionB)) return true;
+  if (IsWorseCondition(conditionB, conditionA)) return false;
+  const double skewA = Rounded(a.skewness), skewB = Rounded(b.skewness);
+  return std::tie(skewB, a.number, a.other) < std::tie(skewA, b.number, b.other);
+}
+
+CheckSummary SummariseCheck(const Ranks& ranks, const std::vector<CheckedSystem>& own) {
+  CheckSummary summary;
+  for (const CheckedSystem& system : own) AddSystem(system, summary);
+  AddUp(ranks, summary);
+  summary.worst = WorstOfAll(ranks, own);
+  return summary;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,288 @@
+#include <algorithm>
+#include <iostream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/BodySurface.h"
+#include "cli/CheckCells.h"
+#include "cli/CheckFiles.h"
+#include "cli/CheckFindings.h"
+#include "cli/CheckInterpolation.h"
+#include "cli/CheckReport.h"
+#include "cli/CheckSummary.h"
+#include "cli/Expression.h"
+#include "cli/FaceGroup.h"
+#include "cli/InterpolationOptions.h"
+#include "cli/JsonFile.h"
+#include "cli/MeshOptions.h"
+#include "cli/MeshReport.h"
+#include "cli/MeshScale.h"
+#include "cli/OneLine.h"
+#include "cli/OutputFolder.h"
+#include "cli/PointSet.h"
+#include "cli/Program.h"
+#include "cli/Progress.h"
+#include "cli/RunSettings.h"
+#include "cli/UsableCells.h"
+#include "cli/UsageError.h"
+#include "cli/commands.h"
+#include "reference_host/LoadMesh.h"
+
+namespace zyngrad {
+namespace {
+
+using nlohmann::ordered_json;
+using reference_host::LoadedMesh;
+
+constexpr const char* kFooter =
+    "Every cell is looked at before anyone trusts a run: its shape, the system that the radial-basis "
+    "gradient "
+    "solves\n"
+    "for it, the pivots of least squares, and whether the other gradients are finite; with --group-faces, "
+    "--points or\n"
+    "--body also the systems of faces and points. docs/check.md tells what each line means and what to do "
+    "about it.\n\n"
+    "The exit code is 0 if all results would be finite numbers, 1 if some would not, 2 for wrong input.\n\n"
+    "The output folder gets check.json (the numbers of the tables), check.vtu, or check.pvtu and its pieces, "
+    "with the\n"
+    "measures of each cell, and what the operators print, in log.rankN.txt.\n\n"
+    "Examples:\n"
+    "  zyngrad check channel.msh\n"
+    "  zyngrad check box:20,20,20:tet:perturb=0.2 --methods lsq,rbf --span 50 -o before\n"
+    "  mpirun -n 2 zyngrad check case/constant/polyMesh --group-faces inner --points probes.csv";
+
+/// An interpolation's settings from options that carry other names here.
+InterpolationSettings ReadInterpolation(const std::string& methodOption, const std::string& method,
+                                        int nMethods, double span, const std::string& number) {
+  InterpolationSettings settings;
+  settings.method = WholeNumber(methodOption, method, 1);
+  if (settings.method > nMethods)
+    throw UsageError(methodOption + ' ' + Quoted(method) + ": expected 1 to " + std::to_string(nMethods));
+  settings.span = span;
+  settings.number = WholeNumber("--search-number", number, 1);
+  return settings;
+}
+
+class CheckCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  void Run(const Ranks& ranks) override;
+  int ExitCode() const override { return exitCode_; }
+
+ private:
+  void AddMethodOptions(CLI::App& command);
+  void ReadOptions();
+  void ChooseMethods();
+  void ChooseFaces();
+  bool ChecksPoints() const { return !pointsFile_.empty() || !bodyText_.empty(); }
+  double SpanOr(double standard) const;
+
+  CheckResult CheckAllCells(const Ranks& ranks, LoadedMesh& mesh, OutputFolder& folder);
+  CheckResult CheckFaceGroup(const Ranks& ranks, LoadedMesh& mesh, FaceGroup group,
+                             OutputFolder& folder) const;
+  CheckResult CheckPointSet(const Ranks& ranks, LoadedMesh& mesh, PointSet points, OutputFolder& folder);
+  ordered_json Question() const;
+
+  MeshOptions meshOptions_;
+  std::vector<std::string> methodNames_, faceGroupNames_;
+  std::string spanText_, pointsFile_, bodyText_, outputFolder_ = "zyngrad-output";
+  std::string faceMethodText_ = "4", pointMethodText_ = "3", numberText_ = "20";
+  bool shapeNormalize_ = false;
+
+  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  CellCheckCase cellCase_;
+  std::vector<FaceGroup> faceGroups_;
+  std::optional<Expression> body_;
+  InterpolationSettings faceSettings_, pointSettings_;
+  std::string grid_;
+  int exitCode_ = kSuccess;
+};
+
+CLI::App* CheckCommand::AddTo(CLI::App& program) {
+  CLI::App* command = program.add_subcommand(
+      "check", "What a mesh would do to each method: conditions, faults, worst places");
+  AddMeshOptions(*command, meshOptions_);
+  AddMethodOptions(*command);
+  AddRepeatableOption(*command, "--group-faces", faceGroupNames_,
+                      "Check interpolation to these faces, too: " + FaceGroupNames() + "; repeat as needed")
+      ->type_name("GROUP");
+  command->add_option("--points", pointsFile_, "Check interpolation to these points, too")
+      ->type_name("FILE.csv");
+  command
+      ->add_option("--body", bodyText_,
+                   "A body in the mesh, negative inside; without --points, points on its surface")
+      ->type_name("EXPR");
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
+      ->type_name("DIR");
+  command->footer(kFooter);
+  return command;
+}
+
+void CheckCommand::AddMethodOptions(CLI::App& command) {
+  AddRepeatableOption(command, "--methods", methodNames_,
+                      "Gradient methods, separated by commas (default all): " + GradientMethodNames())
+      ->type_name("NAMES");
+  command
+      .add_option("--span", spanText_,
+                  "Support radius over the stencil's length (default 500, of faces 1000)")
+      ->type_name("S");
+  command.add_flag("--shape-normalize", shapeNormalize_, "rbf scales each axis by the stencil's extent");
+  command.add_option("--face-method", faceMethodText_, "Search method of faces, 1 to 4 (default 4)")
+      ->type_name("N");
+  command.add_option("--point-method", pointMethodText_, "Search method of points, 1 to 3 (default 3)")
+      ->type_name("N");
+  command
+      .add_option("--search-number", numberText_, "Cells wanted in a stencil, methods 1 and 2 (default 20)")
+      ->type_name("N");
+}
+
+void CheckCommand::ChooseMethods() {
+  std::vector<std::string> names;
+  for (const std::string& list : methodNames_) {
+    std::istringstream in(list + ',');
+    for (std::string name; std::getline(in, name, ',');) names.push_back(name);
+  }
+  const auto isChosen = [&names](const std::string& name) {
+    return names.empty() || std::find(names.begin(), names.end(), name) != names.end() ||
+           std::find(names.begin(), names.end(), "all") != names.end();
+  };
+  for (const std::string& name : names) {
+    const auto& all = GradientMethods();
+    const bool isKnown =
+        name == "all" || std::any_of(all.begin(), all.end(),
+                                     [&](const GradientMethod& method) { return name == method.name; });
+    if (!isKnown)
+      throw UsageError("--methods: unknown method " + Quoted(name) + ": expected " + GradientMethodNames());
+  }
+  for (const GradientMethod& method : GradientMethods())
+    if (isChosen(method.name)) cellCase_.methods.push_back(&method);
+}
+
+void CheckCommand::ChooseFaces() {
+  for (const std::string& name : faceGroupNames_) {
+    const std::optional<FaceGroup> group = FaceGroupFromName(name);
+    if (!group) throw UsageError("--group-faces " + Quoted(name) + ": expected " + FaceGroupNames());
+    if (std::find(faceGroups_.begin(), faceGroups_.end(), *group) == faceGroups_.end())
+      faceGroups_.push_back(*group);
+  }
+}
+
+double CheckCommand::SpanOr(double standard) const {
+  return spanText_.empty() ? standard : PositiveNumber("--span", spanText_);
+}
+
+void CheckCommand::ReadOptions() {
+  ChooseMethods();
+  ChooseFaces();
+  cellCase_.radialBasis = {SpanOr(500.0), shapeNormalize_};
+  faceSettings_ = ReadInterpolation("--face-method", faceMethodText_, 4, SpanOr(1000.0), numberText_);
+  pointSettings_ = ReadInterpolation("--point-method", pointMethodText_, 3, SpanOr(500.0), numberText_);
+  if (!bodyText_.empty()) body_.emplace(bodyText_);
+  groups_ = GroupsByUser(meshOptions_);
+}
+
+CheckResult CheckCommand::CheckAllCells(const Ranks& ranks, LoadedMesh& mesh, OutputFolder& folder) {
+  cellCase_.logFile = folder.logFile();
+  const std::vector<CheckedSystem> cells = CheckCells(ranks, mesh, cellCase_);
+  grid_ = StageCheckGrid(ranks, *mesh.partition, cells, folder);
+  return {"cells", "cells", CellFindings(cellCase_.methods), SummariseCheck(ranks, cells)};
+}
+
+CheckResult CheckCommand::CheckFaceGroup(const Ranks& ranks, LoadedMesh& mesh, FaceGroup group,
+                                         OutputFolder& folder) const {
+  std::vector<CheckedSystem> faces;
+  ranks.Together([&] { faces = CheckFaces(*mesh.partition, group, faceSettings_, folder.logFile()); });
+  return {NameOf(group) + " faces", "faces", InterpolationFindings(), SummariseCheck(ranks, faces)};
+}
+
+CheckResult CheckCommand::CheckPointSet(const Ranks& ranks, LoadedMesh& mesh, PointSet points,
+                                        OutputFolder& folder) {
+  const double meanDistance = MeanCellDistance(ranks, *mesh.partition);
+  UsableCells usable = FindUsableCells(ranks, *mesh.partition, body_ ? &*body_ : nullptr);
+  if (pointsFile_.empty()) points = PointsOnSurface(ranks, *mesh.partition, *body_, 0.0, meanDistance);
+  for (auto* column : {&points.x, &points.y, &points.z}) ranks.Broadcast(*column);
+  const std::vector<PointOwner> owners = FindPointOwners(ranks, *mesh.partition, usable, points);
+  pointSettings_.distance = 2.0 * meanDistance;
+  std::vector<CheckedSystem> systems;
+  ranks.Together([&] {
+    systems =
+        CheckPoints(*mesh.partition, usable, points, owners, ranks.rank(), pointSettings_, folder.logFile());
+  });
+  return {"points", "points", InterpolationFindings(), SummariseCheck(ranks, systems)};
+}
+
+ordered_json CheckCommand::Question() const {
+  ordered_json json;
+  for (const GradientMethod* method : cellCase_.methods) json["methods"].push_back(method->name);
+  json["span"] = cellCase_.radialBasis.span;
+  json["shapeNormalize"] = shapeNormalize_;
+  json["faceGroups"] = ordered_json::array();
+  for (const FaceGroup group : faceGroups_) json["faceGroups"].push_back(NameOf(group));
+  if (!faceGroups_.empty()) json["faces"] = InterpolationSettingsAsJson(faceSettings_);
+  json["points"] = pointsFile_.empty() ? ordered_json(nullptr) : ordered_json(pointsFile_);
+  json["body"] = bodyText_.empty() ? ordered_json(nullptr) : ordered_json(bodyText_);
+  if (ChecksPoints()) json["pointSettings"] = InterpolationSettingsAsJson(pointSettings_);
+  return json;
+}
+
+void CheckCommand::Run(const Ranks& ranks) {
+  ReadOptions();
+  PointSet points;
+  ranks.Together([&] {
+    if (ranks.IsFirst() && !pointsFile_.empty()) points = ReadPoints(pointsFile_, {});
+  });
+  Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
+  OutputFolder folder(ranks, outputFolder_);
+
+  LoadedMesh mesh =
+      reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
+                               [&progress](const std::string& stage) { progress.Stage(stage); });
+  progress.Done();
+  if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
+
+  progress.Stage("checking cells");
+  std::vector<CheckResult> results = {CheckAllCells(ranks, mesh, folder)};
+  for (const FaceGroup group : faceGroups_) {
+    progress.Stage("checking " + NameOf(group) + " faces");
+    results.push_back(CheckFaceGroup(ranks, mesh, group, folder));
+  }
+  if (ChecksPoints()) {
+    progress.Stage("checking points");
+    results.push_back(CheckPointSet(ranks, mesh, std::move(points), folder));
+  }
+  StageRunSettings(ranks, *mesh.partition, folder, std::nullopt);
+  progress.Done();
+  if (ranks.IsFirst()) {
+    for (const CheckResult& result : results) PrintCheckResult(std::cout, result);
+    PrintVerdict(std::cout, results);
+  }
+
+  progress.Stage("writing");
+  const std::vector<std::string> notFinite = NotFiniteInWords(results);
+  ranks.Together([&] {
+    if (!ranks.IsFirst()) return;
+    ordered_json json = StartResults("check");
+    json["mesh"] = MeshReportAsJson(meshOptions_.mesh, mesh.summary);
+    json["question"] = Question();
+    json["finite"] = notFinite.empty();
+    json["notFinite"] = notFinite;
+    json["checked"] = ordered_json::array();
+    for (const CheckResult& result : results) json["checked"].push_back(CheckResultAsJson(result));
+    WriteJson(folder.Stage("check.json"), json);
+  });
+  folder.Commit();
+  progress.Done();
+  exitCode_ = notFinite.empty() ? kSuccess : kFoundFaults;
+  if (ranks.IsFirst()) std::cout << "\nwritten to " << folder.path() << ": check.json, " << grid_ << '\n';
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeCheckCommand() { return std::make_unique<CheckCommand>(); }
+
+}  // namespace zyngrad
