@@ -75,7 +75,8 @@ class CZYN3DFiniteVolumeMesh {
   int** ijSymmetryLnods = nullptr;  ///< rows 1..NSymmetry
   int** ijOutletLnods = nullptr;    ///< rows 1..NOutlet
 
-  /// Ragged, rows 1..NNode: cells around a node, with the ghost cells of the boundary faces that touch it.
+  /// Ragged, rows 1..NNode: cells around a node, with the ghost cells of the boundary faces and the halo cells of
+  /// the partition faces that touch it.
   int** NodeCell = nullptr;
 
   int* ijCV = nullptr;  ///< [1..NInnerFaces] side that receives the + flux
