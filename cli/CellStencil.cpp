@@ -122,29 +122,23 @@ CellStencil DeriveCellStencil(HostPartition& partition, int cell, const RadialBa
   return StencilOf(partition, op, cell);
 }
 
-std::vector<double> CellConditions(HostPartition& partition, const std::vector<int>& cells,
-                                   const RadialBasisSettings& settings) {
+void VisitCellStencils(HostPartition& partition, const std::vector<int>& cells,
+                       const RadialBasisSettings& settings,
+                       const std::function<void(const CellStencil&)>& visit) {
   const TemporaryFolder folder;
   partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
   const StdoutToFile silence("/dev/null");
   BorrowingOperator op(partition);
-  std::vector<double> conditions;
-  for (const int cell : cells) {
-    const CellStencil stencil = StencilOf(partition, op, cell);
-    conditions.push_back(ConditionEstimate(stencil.matrix, stencil.Order()));
-  }
-  return conditions;
+  for (const int cell : cells) visit(StencilOf(partition, op, cell));
 }
 
-void VisitCellStencils(HostPartition& partition, const RadialBasisSettings& settings,
-                       const std::string& logFile,
-                       const std::function<void(int cell, const CellStencil&)>& visit) {
-  const TemporaryFolder folder;
-  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
-  const StdoutToFile log(logFile);
-  BorrowingOperator op(partition);
-  for (int cell = 1; cell <= partition.mesh()->NInnerCells; ++cell)
-    visit(cell, StencilOf(partition, op, cell));
+std::vector<double> CellConditions(HostPartition& partition, const std::vector<int>& cells,
+                                   const RadialBasisSettings& settings) {
+  std::vector<double> conditions;
+  VisitCellStencils(partition, cells, settings, [&conditions](const CellStencil& stencil) {
+    conditions.push_back(ConditionEstimate(stencil.matrix, stencil.Order()));
+  });
+  return conditions;
 }
 
 }  // namespace zyngrad

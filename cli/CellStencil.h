@@ -41,8 +41,12 @@ struct CellStencil {
 CellStencil DeriveCellStencil(reference_host::HostPartition& partition, int cell,
                               const RadialBasisSettings& settings);
 
-/// Estimated condition numbers (ConditionEstimate) of the systems of some interior cells, in their order, with
-/// one set-up for all. Like DeriveCellStencil else.
+/// Calls `visit` for some interior cells, in their order, with one set-up for all. Like DeriveCellStencil else.
+void VisitCellStencils(reference_host::HostPartition& partition, const std::vector<int>& cells,
+                       const RadialBasisSettings& settings,
+                       const std::function<void(const CellStencil&)>& visit);
+
+/// Estimated condition numbers (ConditionEstimate) of their systems.
 std::vector<double> CellConditions(reference_host::HostPartition& partition, const std::vector<int>& cells,
                                    const RadialBasisSettings& settings);
 

@@ -71,7 +71,7 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) {
 
   Commands commands;
   for (auto make : {MakeGradientCommand, MakeFacesCommand, MakePointsCommand, MakeStudyCommand,
-                    MakeCheckCommand, MakeInfoCommand, MakeExplainCommand}) {
+                    MakeCheckCommand, MakeCompareRanksCommand, MakeInfoCommand, MakeExplainCommand}) {
     std::unique_ptr<Command> command = make();
     CLI::App* subcommand = command->AddTo(program);
     commands.emplace_back(subcommand, std::move(command));

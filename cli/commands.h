@@ -31,6 +31,7 @@ std::unique_ptr<Command> MakeExplainCommand();
 std::unique_ptr<Command> MakeFacesCommand();
 std::unique_ptr<Command> MakePointsCommand();
 std::unique_ptr<Command> MakeStudyCommand();
+std::unique_ptr<Command> MakeCompareRanksCommand();
 std::unique_ptr<Command> MakeCheckCommand();
 
 }  // namespace zyngrad

@@ -1,0 +1,117 @@
+#include "cli/CompareRanks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <ostream>
+
+#include "cli/TextTable.h"
+
+namespace zyngrad {
+namespace {
+
+using Align = TextTable::Align;
+using reference_host::Point;
+
+/// Bit for bit, so that NaN equals NaN.
+bool SameBits(const std::vector<Point>& a, const std::vector<Point>& b) {
+  return a.size() == b.size() &&
+         (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Point)) == 0);
+}
+
+/// Length of the difference; 0 for the same bits, infinite if it is no number.
+double DifferenceOf(const Point& a, const Point& b) {
+  if (std::memcmp(&a, &b, sizeof a) == 0) return 0.0;
+  const double dx = a[0] - b[0], dy = a[1] - b[1], dz = a[2] - b[2];
+  const double length = std::sqrt(dy * dy + dx * dx + dz * dz);
+  return std::isnan(length) ? std::numeric_limits<double>::infinity() : length;
+}
+
+RankDifference Compare(const RankResult& reference, const RankResult& result, const RankResult& again,
+                       const RankLevel& level, const std::vector<int>& layers) {
+  RankDifference difference;
+  difference.level = level.name;
+  difference.notRun = result.notRun.empty() ? reference.notRun : result.notRun;
+  if (!difference.notRun.empty()) return difference;
+  difference.isRepeatable = SameBits(result.gradient, again.gradient);
+  for (std::size_t c = 0; c < layers.size(); ++c) {
+    const auto layer = static_cast<std::size_t>(layers[c]);
+    const double delta = DifferenceOf(reference.gradient[c], result.gradient[c]);
+    ++difference.nCells[layer];
+    difference.largest[layer] = std::max(difference.largest[layer], delta);
+    // A level that is no number, of a singular system, promises nothing.
+    if (delta > 0.0 && !std::isnan(level.atCell[c]))
+      difference.worstRatio = std::max(difference.worstRatio, delta / level.atCell[c]);
+  }
+  return difference;
+}
+
+/// Cells count from the nearest cut of either division.
+std::vector<int> NearestLayers(const WholeMesh& mesh, int nRanks, int nReference) {
+  std::vector<int> layers = LayersFromCuts(mesh.faces, mesh.PartOfCell(nRanks));
+  if (nReference == 1) return layers;
+  const std::vector<int> other = LayersFromCuts(mesh.faces, mesh.PartOfCell(nReference));
+  for (std::size_t c = 0; c < layers.size(); ++c) layers[c] = std::min(layers[c], other[c]);
+  return layers;
+}
+
+}  // namespace
+
+std::vector<RankComparison> CompareRankCounts(const WholeMesh& mesh, const std::vector<int>& counts,
+                                              const RankQuestion& question) {
+  std::vector<RankComparison> comparisons;
+  std::vector<RankResult> reference;
+  std::vector<RankLevel> levels;
+  for (const int nRanks : counts) {
+    const std::vector<RankResult> results = RunOnParts(mesh, nRanks, question, false);
+    const std::vector<RankResult> again = RunOnParts(mesh, nRanks, question, true);
+    if (reference.empty()) {
+      reference = results;
+      levels = LevelsOf(mesh, question, reference);
+    }
+    RankComparison comparison = {nRanks, counts.front(), {}};
+    const std::vector<int> layers = NearestLayers(mesh, nRanks, counts.front());
+    for (std::size_t k = 0; k < results.size(); ++k) {
+      comparison.differences.push_back(Compare(reference[k], results[k], again[k], levels[k], layers));
+      comparison.differences.back().method = question.methods[k]->name;
+    }
+    comparisons.push_back(std::move(comparison));
+  }
+  return comparisons;
+}
+
+void PrintComparisons(std::ostream& out, const std::vector<RankComparison>& comparisons) {
+  bool isFirst = true;
+  for (const RankComparison& comparison : comparisons) {
+    TextTable table({{"method", Align::Left},
+                     {"promise", Align::Left},
+                     {"beside a cut"},
+                     {"1 cell away"},
+                     {"2"},
+                     {"3 or more"},
+                     {"of the promise"},
+                     {"second run", Align::Left},
+                     {"", Align::Left}});
+    for (const RankDifference& d : comparison.differences) {
+      if (!d.notRun.empty()) continue;
+      std::vector<std::string> row = {d.method, d.level};
+      for (std::size_t layer = 0; layer < d.largest.size(); ++layer)
+        row.push_back(d.nCells[layer] > 0 ? Scientific(d.largest[layer], 2) : "-");
+      row.push_back(Scientific(d.worstRatio, 2));
+      row.emplace_back(d.isRepeatable ? "same bits" : "other bits");
+      row.emplace_back(d.KeepsItsPromise() ? "" : "BROKEN");
+      table.AddRow(row);
+    }
+    out << (isFirst ? "" : "\n") << "largest difference of the gradient on " << comparison.nRanks
+        << (comparison.nRanks == 1 ? " rank" : " ranks") << " from that on " << comparison.nReference
+        << ", by distance from the cuts\n\n";
+    table.Print(out);
+    for (const RankDifference& d : comparison.differences)
+      if (!d.notRun.empty()) out << "  " << d.method << ": not run: " << d.notRun << '\n';
+    isFirst = false;
+  }
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/CompareRanksMesh.h"
+#include "cli/CompareRanksRun.h"
+
+namespace zyngrad {
+
+/// How far a gradient may differ between numbers of parts.
+struct RankLevel {
+  std::string name;            ///< "round-off" or "conditioning"
+  std::vector<double> atCell;  ///< [0..nCells-1] U/L
+};
+
+/// With eps the spacing of doubles at 1, Phi the largest |phi|, G the largest slope, and for a cell of volume V with
+/// faces of area S:
+/// - Green-Gauss, n sweeps: 8 n eps Phi max(sum S / V), since each sum has terms of the size Phi S / V in another
+///   order, and each sweep takes the differences of the one before along; at least 1e-12 G;
+/// - least squares: 16 eps cond G, cond the condition number of the cell's moments; at least 1e-12 G;
+/// - radial basis: eps cond Phi sum |w|, cond that of the cell's system and w its weights.
+/// @param[in] results  of one part, in the order of question.methods
+std::vector<RankLevel> LevelsOf(const WholeMesh& mesh, const RankQuestion& question,
+                                const std::vector<RankResult>& results);
+
+}  // namespace zyngrad

@@ -1,0 +1,113 @@
+#include <algorithm>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli/CompareRanks.h"
+#include "cli/MeshOptions.h"
+#include "cli/OneLine.h"
+#include "cli/Progress.h"
+#include "cli/RadialBasisSettings.h"
+#include "cli/StudyRun.h"
+#include "cli/UsageError.h"
+#include "cli/commands.h"
+
+namespace zyngrad {
+namespace {
+
+const char* const kFooter =
+    "Every number of ranks is made of as many threads with a partition each, divided as under mpirun, so "
+    "the\n"
+    "command is started alone; under mpirun the first rank does everything. Each is run twice, the second "
+    "time\n"
+    "with non-blocking exchange, and has to give the same bits. Between numbers of ranks a method may "
+    "differ:\n"
+    "  Green-Gauss and least squares by round-off, since the faces are added up in another order: 1e-12 of "
+    "the\n"
+    "  largest gradient, or more on flat cells, as far as their round-off grows with the area over the "
+    "volume\n"
+    "  and the condition number of the cell's moments;\n"
+    "  radial basis by round-off times the condition number of the cell's system.\n"
+    "Exit code 1 if a method does not keep this promise.\n\n"
+    "Examples:\n"
+    "  zyngrad compare-ranks box:12,12,12:tet --ranks 1,2,4\n"
+    "  zyngrad compare-ranks channel.msh --ranks 1,3 --field \"sin(x)*y\" --span 50";
+
+std::vector<int> ReadCounts(const std::string& text) {
+  std::vector<int> counts;
+  std::istringstream in(text + ',');
+  for (std::string word; std::getline(in, word, ',');) {
+    constexpr int kMost = 64;  // threads, each with its partition
+    counts.push_back(WholeNumber("--ranks", word, 1));
+    if (counts.back() > kMost) throw UsageError("--ranks " + Quoted(word) + ": expected 64 or less");
+  }
+  return counts;
+}
+
+class CompareRanksCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  void Run(const Ranks& ranks) override;
+  int ExitCode() const override { return isBroken_ ? 1 : 0; }
+
+ private:
+  MeshOptions meshOptions_;
+  std::string ranksText_ = "1,2,4", fieldText_ = "trigonometric", sweepsText_ = "3", spanText_ = "500";
+  bool isBroken_ = false;
+};
+
+CLI::App* CompareRanksCommand::AddTo(CLI::App& program) {
+  CLI::App* command =
+      program.add_subcommand("compare-ranks", "Differences of every gradient between numbers of ranks");
+  AddMeshOptions(*command, meshOptions_);
+  command
+      ->add_option("--ranks", ranksText_,
+                   "Numbers of ranks; the first is what others are compared with (default 1,2,4)")
+      ->type_name("A,B,C");
+  command
+      ->add_option("--field", fieldText_,
+                   "The field: linear, quadratic, trigonometric (default), as in zyngrad study, or a formula")
+      ->type_name("NAME|EXPR");
+  command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method (default 3)")->type_name("N");
+  command->add_option("--span", spanText_, "Support radius of rbf over the stencil's length (default 500)")
+      ->type_name("S");
+  command->footer(kFooter);
+  return command;
+}
+
+void CompareRanksCommand::Run(const Ranks& ranks) {
+  const std::vector<int> counts = ReadCounts(ranksText_);
+  RankQuestion question = {
+      {}, MakeStudyField(fieldText_, 1).formula, WholeNumber("--sweeps", sweepsText_, 0), {}};
+  question.radialBasis = {PositiveNumber("--span", spanText_), false};
+  for (const GradientMethod& method : GradientMethods())
+    if (method.nFields == 1) question.methods.push_back(&method);
+  const auto groups = GroupsByUser(meshOptions_);
+
+  Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
+  std::vector<RankComparison> comparisons;
+  ranks.Together([&] {
+    if (!ranks.IsFirst()) return;
+    progress.Stage("reading");
+    const WholeMesh mesh = ReadWholeMesh(meshOptions_.mesh, groups);
+    for (const int count : counts) mesh.PartOfCell(count);  // too many are told before any work
+    progress.Stage("computing gradients");
+    comparisons = CompareRankCounts(mesh, counts, question);
+  });
+  progress.Done();
+  double nBroken = 0.0;
+  for (const RankComparison& comparison : comparisons) {
+    nBroken +=
+        static_cast<double>(std::count_if(comparison.differences.begin(), comparison.differences.end(),
+                                          [](const RankDifference& d) { return !d.KeepsItsPromise(); }));
+  }
+  if (ranks.IsFirst()) PrintComparisons(std::cout, comparisons);
+  isBroken_ = ranks.Max(nBroken) > 0.0;
+}
+
+}  // namespace
+
+std::unique_ptr<Command> MakeCompareRanksCommand() { return std::make_unique<CompareRanksCommand>(); }
+
+}  // namespace zyngrad
