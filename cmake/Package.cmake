@@ -1,0 +1,42 @@
+# Manual page and shell completion of the tool, and the Debian package: cmake --build BUILD --target package.
+set(zyn_package_name zyn3dgradop)
+
+# Both are made of what the built tool tells about itself, so they cannot fall behind it.
+if(TARGET zyngrad AND NOT CMAKE_CROSSCOMPILING AND NOT ZYN_SANITIZE)
+  # The help is printed by one process; as root, or without a network, Open MPI wants to be told that this is fine.
+  set(run_alone ${CMAKE_COMMAND} -E env OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 OMPI_MCA_plm=isolated)
+  set(scripts ${PROJECT_SOURCE_DIR}/packaging/man_page.sh ${PROJECT_SOURCE_DIR}/packaging/bash_completion.sh)
+  list(GET scripts 0 man_page_script)
+  list(GET scripts 1 completion_script)
+  add_custom_command(OUTPUT zyngrad.1.gz zyngrad.bash
+    COMMAND ${run_alone} bash ${man_page_script} $<TARGET_FILE:zyngrad> ${PROJECT_VERSION} > zyngrad.1
+    COMMAND gzip -9nf zyngrad.1
+    COMMAND ${run_alone} bash ${completion_script} $<TARGET_FILE:zyngrad> > zyngrad.bash
+    DEPENDS zyngrad ${scripts} COMMENT "Manual page and completion of zyngrad" VERBATIM)
+  add_custom_target(zyngrad_pages ALL
+    DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/zyngrad.1.gz ${CMAKE_CURRENT_BINARY_DIR}/zyngrad.bash)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zyngrad.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zyngrad.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME zyngrad)
+endif()
+install(FILES packaging/copyright CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ${zyn_package_name})
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
+set(CPACK_PACKAGE_CONTACT "The Zyn3dGradOp developers <zyn3dgradop@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION science)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "A C++17 shared library that a finite-volume solver links and drives: Green-Gauss, least-squares and radial-basis
+gradients, interpolation to faces and to points. With the headers, a reference host for tests and tools, and zyngrad,
+which runs the library on a mesh and tells how good each method is there.")
+# What the programs and libraries are linked with; the package's own libraries have no package to be found in.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS openmpi-bin)
+# For those who build with the reference host.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libopenmpi-dev, libmetis-dev, libcgns-dev")
+include(CPack)

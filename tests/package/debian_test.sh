@@ -1,0 +1,75 @@
+#!/usr/bin/env bash
+# The Debian package: what is in it, what it depends on, that its program runs, that dpkg installs and removes it. Nothing
+# outside a temporary folder is touched, and no rights are needed.
+#   debian_test.sh BUILD_FOLDER
+set -euo pipefail
+build=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+  echo "$*"
+  exit 1
+}
+
+cpack --config "$build/CPackConfig.cmake" -B "$work" >"$work/cpack.txt" 2>&1 || fail "$(cat "$work/cpack.txt")"
+package=$(echo "$work"/zyn3dgradop_*.deb)
+[[ -f $package ]] || fail "no package was made: $(cat "$work/cpack.txt")"
+
+# Its own libraries are in it, all others are some package's.
+dpkg-deb --field "$package" >"$work/fields.txt"
+for needed in libc6 liblapacke libopenmpi3 libmetis5; do
+  grep -q "^Depends:.*\b$needed\b" "$work/fields.txt" || fail "no dependency on $needed: $(cat "$work/fields.txt")"
+done
+dpkg-deb --contents "$package" | awk '{print $6}' >"$work/contents.txt"
+for file in bin/zyngrad include/Zyn3dGradOp/gradient/COperatorGradient.h include/Zyn3dGradOp/host/Zyn3dGV.h \
+  share/man/man1/zyngrad.1.gz share/bash-completion/completions/zyngrad share/doc/zyn3dgradop/copyright \
+  lib/libZyn3dGradOp.so lib/cmake/Zyn3dGradOp/Zyn3dGradOpConfig.cmake lib/pkgconfig/Zyn3dGradOp.pc; do
+  # Below lib there may be a folder for the machine's kind.
+  grep -qE "^\./usr/${file/#lib\//lib/([^/]*/)?}$" "$work/contents.txt" || fail "not in the package: $file"
+done
+if grep -vE '^\./(usr/((bin|lib|include|share)/.*)?)?$' "$work/contents.txt"; then
+  fail "the paths above are not the package's to fill"
+fi
+
+# Installed into a root of its own, with a database of its own; what it depends on is that of this machine.
+root=$work/root
+mkdir -p "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/triggers"
+touch "$root/var/lib/dpkg/status"
+export PATH=$PATH:/usr/sbin:/sbin  # dpkg wants to find ldconfig
+dpkg_there() {
+  dpkg --root="$root" --log=/dev/null --force-not-root --force-depends --force-script-chrootless "$@" \
+    >"$work/dpkg.txt" 2>&1 || fail "dpkg $*: $(cat "$work/dpkg.txt")"
+}
+dpkg_there --install "$package"
+library=$(dirname "$(find "$root" -name libZyn3dGradOp.so)")
+export LD_LIBRARY_PATH=$library
+zyngrad=$root/usr/bin/zyngrad
+"$zyngrad" --version | grep -q '^zyngrad [0-9]' || fail "the installed zyngrad does not tell its version"
+(cd "$work" && "$zyngrad" gradient box:4,4,4 --field x --method lsq -o out >zyngrad.txt) || fail "$(cat "$work/zyngrad.txt")"
+[[ -s $work/out/results.json ]] || fail "zyngrad gradient has written no results"
+
+# The manual page: every command has a section, and the formatter has nothing to complain about.
+page=$root/usr/share/man/man1/zyngrad.1.gz
+commands=$("$zyngrad" --help | awk '/^Subcommands:/ {inside = 1; next} inside && NF == 0 {inside = 0} inside && /^  [a-z]/ {print $1}')
+for command in gradient info; do grep -qx "$command" <<<"$commands" || fail "no command $command in zyngrad --help"; done
+for command in $commands; do
+  gzip -dc "$page" | grep -qx "\.SS $command" || fail "the manual page does not tell about zyngrad $command"
+done
+if command -v groff >/dev/null; then
+  complaints=$(gzip -dc "$page" | LC_ALL=C groff -man -Tascii -ww -z 2>&1 | grep -v "cannot .*break line" || true)
+  [[ -z $complaints ]] || fail "the manual page: $complaints"
+fi
+
+# The completion: commands, options, and the values of an option.
+completed() {
+  bash -c 'source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _zyngrad; echo "${COMPREPLY[*]}"' \
+    bash "$root/usr/share/bash-completion/completions/zyngrad" zyngrad "$@"
+}
+[[ $(completed grad) == gradient ]] || fail "grad is completed to: $(completed grad)"
+[[ $(completed gradient --swe) == --sweeps ]] || fail "--swe is completed to: $(completed gradient --swe)"
+[[ $(completed gradient --method ls) == lsq ]] || fail "--method ls is completed to: $(completed gradient --method ls)"
+
+dpkg_there --purge zyn3dgradop
+left=$(find "$root" -path "$root/var" -prune -o ! -type d -print)
+[[ -z $left ]] || fail "left behind: $left"

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# The site of the Markdown pages and the API is made without a warning, and its links lead somewhere.
+#   docs_test.sh REPOSITORY
+set -euo pipefail
+cd "$1"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+(cat docs/Doxyfile; echo "OUTPUT_DIRECTORY = $work") | doxygen - >"$work/log.txt" 2>&1 || { cat "$work/log.txt"; exit 1; }
+for page in docs/*.md; do
+  name=$(basename "$page" .md)
+  if [[ ! -s $work/html/md_docs_${name//-/_}.html ]]; then
+    echo "no page was made of $page"
+    exit 1
+  fi
+done
+dangling=0
+while read -r target; do
+  [[ -e $work/html/$target ]] && continue
+  echo "a link leads to $target, which is not there"
+  dangling=1
+done < <(grep -rhoE 'href="[^"#]+' "$work"/html/*.html | sed 's/^href="//' | grep -v '^[a-z]*:' | sort -u)
+exit $dangling
