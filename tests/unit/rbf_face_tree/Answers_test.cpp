@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -103,6 +104,17 @@ TEST(TreeAnswers, DecideBetweenCellsAtOnePoint) {
     Answered o(plan, kInner, {}, arrangement);
     EXPECT_EQ(arrangement ? 3 : 2, o.bed.object.Search_ClosestCellID_byNode(0.5, 0.0, 0.0));
   }
+}
+
+// The squares are 1 + 2^-52 and 1, the distances both 1.
+TEST(TreeAnswers, DecideBetweenCellsWhoseDistancesAreEqualThoughTheirSquaresAreNot) {
+  Answered o(TwoCubes(), kInner, {}, Arrangement());
+  for (int c = 3; c <= 12; ++c) o.bed.object.m_pNodeTable[c].SetData(50.0, 0.0, 0.0, c);
+  o.bed.object.m_pNodeTable[1].SetData(1.0, std::ldexp(1.0, -26), 0.0, 1);
+  o.bed.object.m_pNodeTable[2].SetData(-1.0, 0.0, 0.0, 2);
+  EXPECT_EQ(1, o.bed.object.Search_ClosestCellID_byNode(0.0, 0.0, 0.0));
+  Arrange(Reversed);
+  EXPECT_EQ(2, o.bed.object.Search_ClosestCellID_byNode(0.0, 0.0, 0.0));
 }
 
 TEST(TreeAnswers, DoNotDecideBetweenCellsAtUnequalDistance) {
