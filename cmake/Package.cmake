@@ -19,7 +19,7 @@ if(TARGET zyngrad AND NOT CMAKE_CROSSCOMPILING AND NOT ZYN_SANITIZE)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zyngrad.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME zyngrad)
 endif()
-install(FILES packaging/copyright CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
+install(FILES packaging/debian/copyright CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${zyn_package_name})
@@ -36,6 +36,9 @@ which runs the library on a mesh and tells how good each method is there.")
 # What the programs and libraries are linked with; the package's own libraries have no package to be found in.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers
+  ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS openmpi-bin)
 # For those who build with the reference host.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libopenmpi-dev, libmetis-dev, libcgns-dev")
