@@ -85,8 +85,7 @@ void PrintWorst(std::ostream& out, const CheckResult& result) {
     const std::string why = InWords(system.findings);
     table.AddRow({NumberText(system), Place(system.at[0], system.at[1], system.at[2]),
                   system.members > 0 ? std::to_string(system.members) : "-", ConditionText(system.condition),
-                  system.members > 0 ? Scientific(system.rowSum, 2) : "-",
-                  why.empty() ? "nothing found; listed by its measures" : why});
+                  system.members > 0 ? Scientific(system.rowSum, 2) : "-", why.empty() ? "-" : why});
   }
   out << '\n';
   table.Print(out);
