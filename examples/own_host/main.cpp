@@ -73,7 +73,7 @@ class Partition {
 #ifdef OWN_HOST_IS_CHECKED
     host_check::HostCheckReport report;
     host_check::CheckHostData(&slab_.mesh, &faces_, &exchange_, &reduction_, &globals_, report);
-    report.Print(std::cerr, "slab " + std::to_string(slab_.part));
+    report.Print(std::cerr, "slab " + std::to_string(slab_.part) + ": ");
     return report.Count();
 #else
     return 0;

@@ -29,6 +29,10 @@ run() {
   fi
 }
 
+# The library alone asks for nothing: not for MPI either.
+cmake -G Ninja -S "$repository/tests/package/consumer" -B "$work/without_mpi" -DCMAKE_CXX_COMPILER="$compiler" \
+  -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_DISABLE_FIND_PACKAGE_MPI=ON --no-warn-unused-cli >/dev/null
+
 build_against tests/package/consumer
 run consumer "$work/consumer/consumer"
 
