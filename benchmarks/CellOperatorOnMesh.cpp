@@ -1,13 +1,9 @@
 #include "benchmarks/CellOperatorOnMesh.h"
 
-#include <fcntl.h>
 #include <mpi.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
 #include <filesystem>
 #include <stdexcept>
 
@@ -31,20 +27,6 @@ double InSinglePrecision(double value) {
 }
 
 }  // namespace
-
-QuietOutput::QuietOutput() {
-  std::fflush(stdout);
-  formerOutput_ = dup(STDOUT_FILENO);
-  int const nowhere = open("/dev/null", O_WRONLY);
-  dup2(nowhere, STDOUT_FILENO);
-  close(nowhere);
-}
-
-QuietOutput::~QuietOutput() {
-  std::fflush(stdout);
-  dup2(formerOutput_, STDOUT_FILENO);
-  close(formerOutput_);
-}
 
 void CellSystems::Clear() {
   order.clear();
@@ -98,13 +80,6 @@ void CellOperatorOnMesh::AppendSystem(int cell, CellSystems& systems) {
     for (double const component : {g.x, g.y, g.z}) systems.columns.push_back(InSinglePrecision(component));
   }
   systems.columns.insert(systems.columns.end(), 3, 0.0);
-}
-
-std::string BoxText(double cellsWanted, std::string const& shape) {
-  double const perBox = shape == "tet" ? 6 : 1;
-  int const n = std::max(2, static_cast<int>(std::lround(std::cbrt(cellsWanted / perBox))));
-  std::string const side = std::to_string(n);
-  return "box:" + side + "," + side + "," + side + ":" + shape;
 }
 
 }  // namespace benchmarks

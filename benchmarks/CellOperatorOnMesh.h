@@ -12,18 +12,6 @@
 
 namespace benchmarks {
 
-/// Sends standard output to nowhere for its lifetime: the operators report their progress there.
-class QuietOutput {
- public:
-  QuietOutput();
-  ~QuietOutput();
-  QuietOutput(QuietOutput const&) = delete;
-  QuietOutput& operator=(QuietOutput const&) = delete;
-
- private:
-  int formerOutput_;
-};
-
 /// Systems A w = b of cells, one after the other: (n+1) x (n+1) values of A, (n+1) x 3 of b, row-major.
 struct CellSystems {
   std::vector<int> order;  ///< n+1 of each
@@ -59,8 +47,5 @@ class CellOperatorOnMesh {
   std::unique_ptr<CZynRBFInternalObject> op_;
   std::vector<DQVector> points_;
 };
-
-/// "box:n,n,n:shape" with about that many cells.
-std::string BoxText(double cellsWanted, std::string const& shape);
 
 }  // namespace benchmarks

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "benchmarks/CellOperatorOnMesh.h"
+#include "benchmarks/ProcessMeasures.h"
 #include "host/Zyn3dGV.h"
 
 namespace {

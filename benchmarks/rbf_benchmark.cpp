@@ -10,19 +10,18 @@
 #include <lapacke.h>
 #include <malloc.h>
 #include <mpi.h>
-#include <time.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "benchmarks/CellOperatorOnMesh.h"
 #include "benchmarks/MemoryRates.h"
+#include "benchmarks/ProcessMeasures.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
 
@@ -30,8 +29,11 @@ namespace {
 
 using benchmarks::CellOperatorOnMesh;
 using benchmarks::CellSystems;
+using benchmarks::ForgetPeak;
 using benchmarks::MemoryRates;
 using benchmarks::QuietOutput;
+using benchmarks::Seconds;
+using benchmarks::StatusBytes;
 using benchmarks::Traffic;
 
 constexpr int kRepetitions = 11;
@@ -40,34 +42,6 @@ constexpr int kChunk = 32;      // systems that stay in the nearest cache
 constexpr double kRecord = 56;  // bytes of a record of weights
 constexpr double kPacked = 24;  // of its three numbers that are read
 constexpr double kPointer = 8;
-
-double ProcessorSeconds() {
-  timespec now = {};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-// Of the processor, so that what else runs on the machine counts as little as possible.
-template <class Call>
-double Seconds(Call const& call) {
-  double const start = ProcessorSeconds();
-  call();
-  return ProcessorSeconds() - start;
-}
-
-// A line of the process's status in bytes, such as VmRSS or VmHWM.
-double StatusBytes(std::string const& name) {
-  std::ifstream status("/proc/self/status");
-  for (std::string word; status >> word;)
-    if (word == name + ":") {
-      double kibibytes = 0;
-      status >> kibibytes;
-      return kibibytes * 1024;
-    }
-  return 0;
-}
-
-void ForgetPeak() { std::ofstream("/proc/self/clear_refs") << "5"; }
 
 /// Seconds for all interior cells, bytes of the whole object.
 struct SetUp {

@@ -13,3 +13,4 @@ mpirun -n 2 "$build"/benchmarks/gradient_benchmark "$cells" "${options[@]}" | gr
 # Threads of the BLAS would not help systems of this size, and one core is what is measured.
 OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1 "$build"/benchmarks/rbf_benchmark "$cells"
 OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1 "$build"/benchmarks/rbf_accuracy
+OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1 "$build"/benchmarks/interpolation_benchmark "$(awk "BEGIN {print 0.3 * $cells}")"
