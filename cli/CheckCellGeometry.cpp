@@ -75,7 +75,9 @@ class CellShapes {
   void AddBetween(int cv, int other, const Point& area, const Point& centre, double lamda) {
     const Point d = Difference(Centre(other), Centre(cv));
     const double distance = Length(d);
-    const double angle = std::atan2(Length(Cross(d, area)), Dot(d, area)) * kDegreesPerRadian;
+    // Two centres in one place have no direction; their signed zeros would give one of 0 or 180 degrees.
+    const double sine = Length(Cross(d, area)), cosine = Dot(d, area);
+    const double angle = distance > 0.0 ? std::atan2(sine, cosine) * kDegreesPerRadian : 0.0;
     const Point interpolated = Sum(Centre(cv), Scaled(lamda, d));
     const double skewness = distance > 0.0 ? Length(Difference(centre, interpolated)) / distance
                                            : std::numeric_limits<double>::infinity();

@@ -471,6 +471,79 @@ run 2 points box:2,1,1 --field x --points two.csv --body "x-0.5" --search-method
 check "a rank without usable cells: exit code 0" exited 0
 check "a rank without usable cells serves no point" [ "$(column lonely/points.csv 16 | sort -u | wc -l)" = 1 ]
 
+# --- check -----------------------------------------------------------------------------------------------------------
+
+# A cube within a hollow one: both cells have the same centre, so nothing tells their values apart.
+cell_within_a_cell() {  # cell_within_a_cell FOLDER
+  mkdir -p "$1"
+  foam() { printf 'FoamFile\n{\n    version 2.0;\n    format ascii;\n    class %s;\n    object %s;\n}\n' "$1" "$2"; }
+  {
+    foam vectorField points
+    echo '16 ( (1 1 1) (2 1 1) (2 2 1) (1 2 1) (1 1 2) (2 1 2) (2 2 2) (1 2 2)'
+    echo '(0 0 0) (3 0 0) (3 3 0) (0 3 0) (0 0 3) (3 0 3) (3 3 3) (0 3 3) )'
+  } >"$1/points"
+  {
+    foam faceList faces
+    echo '12 ( 4(0 3 2 1) 4(4 5 6 7) 4(0 1 5 4) 4(3 7 6 2) 4(0 4 7 3) 4(1 2 6 5)'
+    echo '4(8 11 10 9) 4(12 13 14 15) 4(8 9 13 12) 4(11 15 14 10) 4(8 12 15 11) 4(9 10 14 13) )'
+  } >"$1/faces"
+  { foam labelList owner && echo '12 ( 0 0 0 0 0 0 1 1 1 1 1 1 )'; } >"$1/owner"
+  { foam labelList neighbour && echo '6 ( 1 1 1 1 1 1 )'; } >"$1/neighbour"
+  { foam polyBoundaryMesh boundary && echo '1 ( wall { type wall; nFaces 6; startFace 6; } )'; } >"$1/boundary"
+}
+
+# What is said of the cells, which does not depend on the number of ranks.
+of_cells() { sed -n '/^[0-9,]* cells$/,/^all results\|^NOT all/p' "$1"; }
+finding() { grep -A 1 "\"$2\": {" "$1" | number /dev/stdin count 1; }  # finding FILE KEY
+
+cell_within_a_cell meshes/shell
+for ranks in 1 2; do
+  run $ranks check --help
+  check "check --help, $ranks ranks: examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
+  run $ranks check box:5,5,5:tet:perturb=0.2 --group wall_zmin=symmetry -o check-$ranks
+  check "check of a sound mesh, $ranks ranks: exit code 0" exited 0
+  check "check of a sound mesh, $ranks ranks: nothing on stderr" [ ! -s stderr ]
+  check "check of a sound mesh, $ranks ranks: says so" contains stdout "all results would be finite numbers"
+  check "check of a sound mesh, $ranks ranks: histogram" grep -q "^  log10 condition  cells$" stdout
+  check "check of a sound mesh, $ranks ranks: json says so" contains check-$ranks/check.json '"finite": true,'
+  check "check of a sound mesh, $ranks ranks: cells beside symmetry" [ "$(finding check-$ranks/check.json besideSymmetry)" = 50 ]
+  check "check of a sound mesh, $ranks ranks: members at the origin" [ "$(finding check-$ranks/check.json memberAtOrigin)" = 50 ]
+  check "check of a sound mesh, $ranks ranks: ten worst" [ "$(grep -c '"nonOrthogonalityDegrees": [0-9]' check-$ranks/check.json)" = 10 ]
+  check "check of a sound mesh, $ranks ranks: what operators print is in the log" contains check-$ranks/log.rank0.txt "method lsq"
+  check "check of a sound mesh, $ranks ranks: no unfinished file" no_parts_left
+  of_cells stdout >check-$ranks/cells.txt
+  check "check of a sound mesh, $ranks ranks: the same table" cmp -s check-1/cells.txt check-$ranks/cells.txt
+
+  run $ranks check meshes/shell -o shell-$ranks
+  check "check of a cell within a cell, $ranks ranks: exit code 1" exited 1
+  check "check of a cell within a cell, $ranks ranks: says what" contains stdout "  weights not finite: 1 of 2 cells"
+  check "check of a cell within a cell, $ranks ranks: zero pivot" contains stdout "  least squares stops: zero pivot: 1 of 2 cells"
+  check "check of a cell within a cell, $ranks ranks: one position" [ "$(finding shell-$ranks/check.json coincidentMembers)" = 2 ]
+  check "check of a cell within a cell, $ranks ranks: json" contains shell-$ranks/check.json '"finite": false,'
+  of_cells stdout >shell-$ranks/cells.txt
+  check "check of a cell within a cell, $ranks ranks: the same table" cmp -s shell-1/cells.txt shell-$ranks/cells.txt
+  run $ranks check meshes/shell --methods plain,iterated,vector,weighted -o shell-$ranks
+  check "check of Green-Gauss only, $ranks ranks: exit code 0" exited 0
+  check "check of Green-Gauss only, $ranks ranks: no systems" [ "$(grep -c 'condition' stdout)" = 1 ]
+
+  run $ranks check box:4,4,4 --methods rbf --span 1e60 -o wide
+  check "check of a span beyond all numbers, $ranks ranks: exit code 1" exited 1
+  check "check of a span beyond all numbers, $ranks ranks: all cells" contains stdout "weights not finite: 64 of 64 cells"
+  run $ranks check box:6,6,6 --methods plain --group-faces inner --group-faces wall --points points.csv -o systems-$ranks
+  check "check of faces and points, $ranks ranks: exit code 0" exited 0
+  check "check of faces and points, $ranks ranks: wall faces" contains stdout "144 wall faces"
+  check "check of faces and points, $ranks ranks: points" contains stdout "6 points"
+  run $ranks check box:6,6,6 --methods plain --points points.csv --span 1e60 -o wide
+  check "check of points, span beyond all numbers, $ranks ranks: exit code 1" exited 1
+  check "check of points, span beyond all numbers, $ranks ranks: says what" contains stdout "weights not finite: 6 of 6 points"
+  run $ranks check box:9,9,9 --methods lsq --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" --point-method 2 -o body-check
+  check "check of a body's points, $ranks ranks: exit code 0" exited 0
+done
+check "check on one rank: grid with all measures" grid_has check-1/check.vtu condition row_sum_off skewness \
+  non_orthogonality volume members severity findings rank cell
+check "check on two ranks: index and pieces" grid_has check-2/check/check.0001.vtu condition findings
+check "check on two ranks: index lists both" [ "$(grep -c '<Piece Source="check/check' check-2/check.pvtu)" = 2 ]
+
 # --- wrong input -----------------------------------------------------------------------------------------------------
 
 echo "no mesh" >text.msh
@@ -571,6 +644,15 @@ wrong "points, method 4" '--search-method "4": expected 1 to 3' points box:3,3,3
 wrong "points, infinite span" '--span "inf"' points box:3,3,3 --field x --points points.csv --span inf
 wrong "points, its own output" "is a file that this run writes" points box:3,3,3 --field x --points points-1-1/points.csv -o points-1-1
 wrong "points, folder that cannot be written" "/proc/zyngrad" points box:3,3,3 --field x --points points.csv -o /proc/zyngrad
+wrong "check, unknown method" '--methods: unknown method "best"' check box:3,3,3 --methods plain,best
+wrong "check, empty method" '--methods: unknown method ""' check box:3,3,3 --methods plain,
+wrong "check, unknown faces" '--group-faces "door": expected inner' check box:3,3,3 --group-faces door
+wrong "check, span of zero" '--span "0"' check box:3,3,3 --span 0
+wrong "check, face method 5" '--face-method "5": expected 1 to 4' check box:3,3,3 --face-method 5
+wrong "check, missing table" "missing.csv: no such file" check box:3,3,3 --points missing.csv
+wrong "check, bad body" 'expression "x-": column 3' check box:3,3,3 --body "x-"
+wrong "check, missing mesh" "missing.msh" check missing.msh
+wrong "check, folder below a file" "a-file" check box:3,3,3 -o a-file/below
 run 1 faces box:3,3,3 --field x --group partition
 check "partition faces on one rank: exit code 2" exited 2
 check "partition faces on one rank: says what" contains stderr "no partition faces on one rank"

@@ -90,7 +90,10 @@ TEST(CheckCells, FindsTwoCentresInOnePlace) {
   const auto cells = Check(mesh, {"rbf"});
   EXPECT_EQ(Count(cells, kHasCoincidentMembers), 2);
   EXPECT_EQ(Count(cells, kIsSingular), 2);
-  for (const int c : {a, b}) EXPECT_TRUE(std::isinf(cells[static_cast<std::size_t>(c) - 1].skewness));
+  for (const int c : {a, b}) {
+    EXPECT_TRUE(std::isinf(cells[static_cast<std::size_t>(c) - 1].skewness));
+    EXPECT_LT(cells[static_cast<std::size_t>(c) - 1].nonOrthogonality, 1.0);
+  }
 }
 
 TEST(CheckCells, FindsANeighbourListedTwice) {
