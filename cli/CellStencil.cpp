@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 #include <utility>
 
-#include "cli/ConditionEstimate.h"
 #include "cli/StdoutToFile.h"
 #include "cli/TemporaryFolder.h"
 #include "foundation/DQKernel.h"
@@ -122,23 +122,22 @@ CellStencil DeriveCellStencil(HostPartition& partition, int cell, const RadialBa
   return StencilOf(partition, op, cell);
 }
 
-void VisitCellStencils(HostPartition& partition, const std::vector<int>& cells,
-                       const RadialBasisSettings& settings,
-                       const std::function<void(const CellStencil&)>& visit) {
-  const TemporaryFolder folder;
-  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
-  const StdoutToFile silence("/dev/null");
-  BorrowingOperator op(partition);
-  for (const int cell : cells) visit(StencilOf(partition, op, cell));
+void VisitCellStencils(HostPartition& partition, const RadialBasisSettings& settings,
+                       const std::string& logFile,
+                       const std::function<void(int cell, const CellStencil&)>& visit) {
+  std::vector<int> all(static_cast<std::size_t>(partition.mesh()->NInnerCells));
+  std::iota(all.begin(), all.end(), 1);
+  VisitCellStencils(partition, all, settings, logFile, visit);
 }
 
-std::vector<double> CellConditions(HostPartition& partition, const std::vector<int>& cells,
-                                   const RadialBasisSettings& settings) {
-  std::vector<double> conditions;
-  VisitCellStencils(partition, cells, settings, [&conditions](const CellStencil& stencil) {
-    conditions.push_back(ConditionEstimate(stencil.matrix, stencil.Order()));
-  });
-  return conditions;
+void VisitCellStencils(HostPartition& partition, const std::vector<int>& cells,
+                       const RadialBasisSettings& settings, const std::string& logFile,
+                       const std::function<void(int cell, const CellStencil&)>& visit) {
+  const TemporaryFolder folder;
+  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  const StdoutToFile log(logFile);
+  BorrowingOperator op(partition);
+  for (const int cell : cells) visit(cell, StencilOf(partition, op, cell));
 }
 
 }  // namespace zyngrad

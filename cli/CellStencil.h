@@ -41,20 +41,16 @@ struct CellStencil {
 CellStencil DeriveCellStencil(reference_host::HostPartition& partition, int cell,
                               const RadialBasisSettings& settings);
 
-/// Calls `visit` for some interior cells, in their order, with one set-up for all. Like DeriveCellStencil else.
-void VisitCellStencils(reference_host::HostPartition& partition, const std::vector<int>& cells,
-                       const RadialBasisSettings& settings,
-                       const std::function<void(const CellStencil&)>& visit);
-
-/// Estimated condition numbers (ConditionEstimate) of their systems.
-std::vector<double> CellConditions(reference_host::HostPartition& partition, const std::vector<int>& cells,
-                                   const RadialBasisSettings& settings);
-
 /// Derives all interior cells of the partition in ascending order and shows each to `visit`, with one set-up for
 /// all. Like DeriveCellStencil else, but for what the operator prints.
 /// @param[in] logFile  takes it
 void VisitCellStencils(reference_host::HostPartition& partition, const RadialBasisSettings& settings,
                        const std::string& logFile,
+                       const std::function<void(int cell, const CellStencil&)>& visit);
+
+/// The same for some of the cells, in their order.
+void VisitCellStencils(reference_host::HostPartition& partition, const std::vector<int>& cells,
+                       const RadialBasisSettings& settings, const std::string& logFile,
                        const std::function<void(int cell, const CellStencil&)>& visit);
 
 }  // namespace zyngrad

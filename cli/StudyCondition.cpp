@@ -9,12 +9,13 @@
 #include "cli/CellStencil.h"
 #include "cli/ConditionEstimate.h"
 #include "cli/FaceGroup.h"
+#include "cli/KernelCondition.h"
 #include "cli/RunSettings.h"
 #include "cli/StdoutToFile.h"
 #include "cli/TemporaryFolder.h"
 #include "cli/Timing.h"
 #include "foundation/DQKernel.h"
-#include "foundation/DQMatrix.h"
+#include "foundation/DQVector.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_face/FaceC2Kernel.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
@@ -25,14 +26,6 @@ namespace {
 using reference_host::HostPartition;
 
 DQVector At(const IBCnode& node) { return {node.x, node.y, node.z}; }
-
-template <typename Kernel>
-double ConditionOf(const Kernel& kernel, const std::vector<DQVector>& nodes) {
-  const int n = static_cast<int>(nodes.size());
-  std::vector<double> matrix(nodes.size() * nodes.size());
-  FillKernelMatrix(kernel, nodes.data(), n, matrix.data(), n);
-  return ConditionEstimate(std::move(matrix), n);
-}
 
 DQVector NodeAt(const CZYN3DFiniteVolumeMesh& mesh, int node) {
   return {mesh.xn[node], mesh.yn[node], mesh.zn[node]};
@@ -68,7 +61,7 @@ class FaceStencils {
     if (op_.iSearch_method == 4) {
       for (const int side : {1, 2}) conditions.push_back(ConditionOfSide(f, side));
     } else {
-      conditions.push_back(ConditionOf(PlainDQKernel(op_.Span, op_.m_pFaceSupport[f]), NodesOf(f)));
+      conditions.push_back(KernelCondition(PlainDQKernel(op_.Span, op_.m_pFaceSupport[f]), NodesOf(f)));
     }
   }
 
@@ -96,7 +89,7 @@ class FaceStencils {
       nodes.push_back(At(op_.m_pNodeTable[op_.m_ppFaceCellConn[f][positions[k]]]));
       reach = std::max(reach, Length(OffsetBetween(nodes.back(), At(point))));
     }
-    return ConditionOf(FaceC2Kernel(op_.Span, reach), nodes);
+    return KernelCondition(FaceC2Kernel(op_.Span, reach), nodes);
   }
 
   const CZYN3DFiniteVolumeMesh& mesh_;
@@ -116,7 +109,7 @@ double ConditionOfPoint(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVol
     const int* const row = op.m_ppIBNodeConn[i];
     for (int k = 1; k <= row[0]; ++k) nodes.push_back(NodeAt(mesh, row[k]));
   }
-  return ConditionOf(PlainDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes);
+  return KernelCondition(PlainDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes);
 }
 
 }  // namespace
@@ -142,7 +135,12 @@ std::vector<int> SpreadSample(int n) {
 }
 
 std::vector<double> GradientConditions(HostPartition& partition, const RadialBasisSettings& settings) {
-  return CellConditions(partition, SpreadSample(partition.mesh()->NInnerCells), settings);
+  std::vector<double> conditions;
+  VisitCellStencils(partition, SpreadSample(partition.mesh()->NInnerCells), settings, "/dev/null",
+                    [&conditions](int, const CellStencil& stencil) {
+                      conditions.push_back(ConditionEstimate(stencil.matrix, stencil.Order()));
+                    });
+  return conditions;
 }
 
 std::vector<double> FaceConditions(HostPartition& partition, const InterpolationSettings& settings) {
