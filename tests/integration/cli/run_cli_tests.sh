@@ -544,6 +544,65 @@ check "check on one rank: grid with all measures" grid_has check-1/check.vtu con
 check "check on two ranks: index and pieces" grid_has check-2/check/check.0001.vtu condition findings
 check "check on two ranks: index lists both" [ "$(grep -c '<Piece Source="check/check' check-2/check.pvtu)" = 2 ]
 
+# --- study -----------------------------------------------------------------------------------------------------------
+
+for ranks in 1 2; do
+  run $ranks study --series tet --levels 2 --method plain,lsq,rbf,faces2,points3 --field trigonometric -o "study-$ranks"
+  check "study, $ranks ranks: exit code 0" exited 0
+  check "study, $ranks ranks: nothing on stderr" [ ! -s stderr ]
+  check "study, $ranks ranks: a table for each quantity and one of costs" [ "$(grep -c '^errors of the\|^cost per' stdout)" = 5 ]
+  check "study, $ranks ranks: files" [ -s "study-$ranks/report.html" -a -s "study-$ranks/study.json" -a -s "study-$ranks/study.md" ]
+  check "study, $ranks ranks: says how many plots" contains stdout "$(ls study-$ranks/*.svg | wc -l) plots"
+  check "study, $ranks ranks: no unfinished file" no_parts_left
+  check "study, $ranks ranks: the page fetches nothing" [ "$(grep -c 'src=\|href=\|<script' "study-$ranks/report.html")" = 0 ]
+done
+# Orders on tetrahedra: none for plain Green-Gauss, first for least squares and radial basis.
+study_order() {  # study_order METHOD: between the two levels
+  local e1 e2
+  e1=$(grep -A2 "^  $1 " stdout | sed -n 1p | awk '{ print $(NF - 5) }')
+  e2=$(grep -A2 "^  $1 " stdout | sed -n 2p | awk '{ print $(NF - 4) }')
+  [ -n "$e1" ] && echo "$e2"
+}
+run 1 study --series tet --levels 2 --method plain,lsq --field trigonometric -o study-orders
+check "study: plain Green-Gauss does not converge on tetrahedra" below "$(study_order plain)" 0.3
+check "study: least squares is of first order" agree "$(study_order lsq)" 1.0 0.2
+l2() { number "$1/study.json" l2 "$2"; }
+for k in 1 2 3 4; do
+  check "study: gradients agree between 1 and 2 ranks, number $k" agree "$(l2 study-1 $k)" "$(l2 study-2 $k)" 1e-9
+done
+run 1 study box:3,3,3 box:4,4,4:prism --method rbf --span 5,500 --field linear --field "x*y" -o study-list
+check "study of a list of meshes: exit code 0" exited 0
+check "study of a list of meshes: their names" [ "$(grep -c '"mesh": "box:4,4,4:prism"' study-list/study.json)" = 1 ]
+check "study of spans: the plot against Span" [ -s study-list/linear-gradient-span.svg -a -s study-list/condition-span.svg ]
+run 1 study --series box:2,2,2:dual --levels 1 --method iterated --sweeps 1,2,3 -o study-sweeps
+check "study of sweeps: the plot against sweeps" [ -s study-sweeps/trigonometric-gradient-sweeps.svg ]
+run 1 study --series skewed --levels 1 --method all -o study-all
+check "study of all methods: exit code 0" exited 0
+for series in hex perturbed prism stretched polyhedra; do
+  run 1 study --series $series --levels 1 --method gradients -o study-all
+  check "study of the series $series: exit code 0" exited 0
+done
+check "study: a later run removes no plot of its own" [ -s study-all/trigonometric-gradient-interior.svg ]
+if command -v python3 >/dev/null; then
+  check "study: the numbers can be read" python3 -c "import json; json.load(open('study-1/study.json'))"
+fi
+
+# --- compare-ranks ---------------------------------------------------------------------------------------------------
+
+for mesh in box:6,6,6:tet box:8,8,8:hex:perturb=0.2,seed=3 box:4,4,4:dual; do
+  run 1 compare-ranks $mesh --ranks 1,2,4
+  check "compare-ranks on $mesh: exit code 0" exited 0
+  check "compare-ranks on $mesh: a table a count" [ "$(grep -c '^largest difference' stdout)" = 3 ]
+  check "compare-ranks on $mesh: the same bits again" [ "$(grep -c 'same bits' stdout)" = 15 ]
+  check "compare-ranks on $mesh: nothing is broken" [ "$(grep -c 'other bits\|BROKEN' stdout)" = 0 ]
+done
+cp stdout alone
+run 2 compare-ranks box:4,4,4:dual --ranks 1,2,4
+check "compare-ranks under mpirun: exit code 0" exited 0
+check "compare-ranks under mpirun: the same text" cmp -s alone stdout
+run 1 compare-ranks meshes/polyhedra --ranks 2,1 --group lid=wall --field "x*y" --span 50 --sweeps 5
+check "compare-ranks on a file: exit code 0" exited 0
+
 # --- wrong input -----------------------------------------------------------------------------------------------------
 
 echo "no mesh" >text.msh
@@ -625,6 +684,36 @@ wrong "faces, span of zero" '--span "0"' faces box:3,3,3 --field x --group inner
 wrong "faces, no cells wanted" '--search-number "0"' faces box:3,3,3 --field x --group inner --search-number 0
 wrong "faces, missing mesh" "missing.msh" faces missing.msh --field x --group inner
 wrong "faces, folder below a file" "a-file" faces box:3,3,3 --field x --group inner -o a-file/below
+wrong "study without meshes" "either by --series or" study
+wrong "study of series and meshes" "either by --series or" study box:3,3,3 --series tet
+wrong "study of an unknown series" '--series "hexes": expected hex, perturbed, tet' study --series hexes
+wrong "study of a bad box" "box:0,3,3" study --series box:0,3,3
+wrong "study with too many levels" "32-bit" study --series hex --levels 12
+wrong "study of no level" '--levels "0"' study --series hex --levels 0
+wrong "study with levels of meshes" "--levels is for --series" study box:3,3,3 --levels 2
+wrong "study of an unknown method" 'unknown method "best": expected plain, iterated' study --series hex --method plain,best
+wrong "study of no method" 'unknown method ""' study --series hex --method plain,
+wrong "study with a bad span" '--span "wide"' study --series hex --span 5,wide
+wrong "study with no span" '--span ""' study --series hex --span 5,
+wrong "study with bad sweeps" '--sweeps "-1"' study --series hex --sweeps 1,-1
+wrong "study of a bad field" 'expression "cubic"' study --series hex --field cubic
+wrong "study of a field twice" '--field "linear" is given twice' study --series hex --field linear --field linear
+wrong "study of a field that is not finite" 'the field "1/x"' study --series hex --levels 1 --method plain --field 1/x
+wrong "study of a missing mesh" "missing.msh" study missing.msh
+wrong "study with no cells wanted" '--search-number "0"' study --series hex --search-number 0
+wrong "study with a group of no boundary" "lid" study --series hex --levels 1 --group lid=wall
+wrong "study, folder that cannot be written" "/proc/zyngrad" study --series hex --levels 1 -o /proc/zyngrad
+wrong "compare-ranks without a mesh" "MESH" compare-ranks
+wrong "compare-ranks with no rank" '--ranks "0"' compare-ranks box:3,3,3 --ranks 1,0
+wrong "compare-ranks with bad ranks" '--ranks "two"' compare-ranks box:3,3,3 --ranks two
+wrong "compare-ranks with very many ranks" '--ranks "65"' compare-ranks box:9,9,9 --ranks 65
+wrong "compare-ranks with more ranks than cells" "2 ranks" compare-ranks box:1,1,1 --ranks 1,2
+wrong "compare-ranks of a bad field" 'expression "x+"' compare-ranks box:3,3,3 --field "x+"
+wrong "compare-ranks of a field that is not finite" 'the field "1/x" is not finite' compare-ranks box:3,3,3 --field 1/x
+wrong "compare-ranks of a missing mesh" "missing.msh" compare-ranks missing.msh
+wrong "compare-ranks of an unknown group" "lid" compare-ranks box:3,3,3 --group lid=wall
+wrong "stretch of a box" "stretch must be at least 1" info box:3,3,3:hex:stretch=0
+wrong "skew of a box" "skew must be at least 0 and less than 0.3" info box:3,3,3:hex:skew=1
 wrong "points without points" "--points FILE.csv or --body EXPR" points box:3,3,3 --field x
 wrong "points without a field" "--field" points box:3,3,3 --points points.csv
 wrong "points, missing table" "missing.csv: no such file" points box:3,3,3 --field x --points missing.csv
