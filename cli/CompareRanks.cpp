@@ -35,17 +35,29 @@ RankDifference Compare(const RankResult& reference, const RankResult& result, co
   difference.level = level.name;
   difference.notRun = result.notRun.empty() ? reference.notRun : result.notRun;
   if (!difference.notRun.empty()) return difference;
-  difference.isRepeatable = SameBits(result.gradient, again.gradient);
-  for (std::size_t c = 0; c < layers.size(); ++c) {
-    const auto layer = static_cast<std::size_t>(layers[c]);
-    const double delta = DifferenceOf(reference.gradient[c], result.gradient[c]);
-    ++difference.nCells[layer];
+  difference.isRepeatable = SameBits(result.item, again.item);
+  for (std::size_t i = 0; i < layers.size(); ++i) {
+    if (reference.isThere[i] == 0 || result.isThere[i] == 0) continue;
+    const auto layer = static_cast<std::size_t>(layers[i]);
+    const double delta = DifferenceOf(reference.item[i], result.item[i]);
+    ++difference.nItems[layer];
     difference.largest[layer] = std::max(difference.largest[layer], delta);
     // A level that is no number, of a singular system, promises nothing.
-    if (delta > 0.0 && !std::isnan(level.atCell[c]))
-      difference.worstRatio = std::max(difference.worstRatio, delta / level.atCell[c]);
+    if (delta > 0.0 && !std::isnan(level.atItem[i]))
+      difference.worstRatio = std::max(difference.worstRatio, delta / level.atItem[i]);
   }
   return difference;
+}
+
+/// A face is as far from the cuts as the nearer one of its cells.
+std::vector<int> LayersOfFaces(const reference_host::FaceMesh& mesh, const std::vector<int>& ofCells) {
+  std::vector<int> layers(mesh.owner.size(), kLastLayer);
+  for (std::size_t f = 0; f < layers.size(); ++f) {
+    layers[f] = ofCells[static_cast<std::size_t>(mesh.owner[f])];
+    if (mesh.neighbour[f] >= 0)
+      layers[f] = std::min(layers[f], ofCells[static_cast<std::size_t>(mesh.neighbour[f])]);
+  }
+  return layers;
 }
 
 /// Cells count from the nearest cut of either division.
@@ -72,10 +84,13 @@ std::vector<RankComparison> CompareRankCounts(const WholeMesh& mesh, const std::
       levels = LevelsOf(mesh, question, reference);
     }
     RankComparison comparison = {nRanks, counts.front(), {}};
-    const std::vector<int> layers = NearestLayers(mesh, nRanks, counts.front());
+    const std::vector<int> ofCells = NearestLayers(mesh, nRanks, counts.front());
+    const std::vector<int> ofFaces = LayersOfFaces(mesh.faces, ofCells);
     for (std::size_t k = 0; k < results.size(); ++k) {
-      comparison.differences.push_back(Compare(reference[k], results[k], again[k], levels[k], layers));
-      comparison.differences.back().method = question.methods[k]->name;
+      const bool areFaces = question.cases[k].method->kind == StudyMethod::Kind::Faces;
+      comparison.differences.push_back(
+          Compare(reference[k], results[k], again[k], levels[k], areFaces ? ofFaces : ofCells));
+      comparison.differences.back().method = Label(question.cases[k]);
     }
     comparisons.push_back(std::move(comparison));
   }
@@ -98,14 +113,14 @@ void PrintComparisons(std::ostream& out, const std::vector<RankComparison>& comp
       if (!d.notRun.empty()) continue;
       std::vector<std::string> row = {d.method, d.level};
       for (std::size_t layer = 0; layer < d.largest.size(); ++layer)
-        row.push_back(d.nCells[layer] > 0 ? Scientific(d.largest[layer], 2) : "-");
+        row.push_back(d.nItems[layer] > 0 ? Scientific(d.largest[layer], 2) : "-");
       row.push_back(Scientific(d.worstRatio, 2));
       row.emplace_back(d.isRepeatable ? "same bits" : "other bits");
       row.emplace_back(d.KeepsItsPromise() ? "" : "BROKEN");
       table.AddRow(row);
     }
-    out << (isFirst ? "" : "\n") << "largest difference of the gradient on " << comparison.nRanks
-        << (comparison.nRanks == 1 ? " rank" : " ranks") << " from that on " << comparison.nReference
+    out << (isFirst ? "" : "\n") << "largest difference on " << comparison.nRanks
+        << (comparison.nRanks == 1 ? " rank" : " ranks") << " from " << comparison.nReference
         << ", by distance from the cuts\n\n";
     table.Print(out);
     for (const RankDifference& d : comparison.differences)

@@ -11,13 +11,13 @@
 
 namespace zyngrad {
 
-/// A method on one number of ranks against the same method on another.
+/// A case on one number of ranks against the same case on another.
 struct RankDifference {
   std::string method, level;
   std::string notRun;
-  std::array<double, kLastLayer + 1> largest = {};  ///< by distance from the cuts, U/L; of no cell: 0
-  std::array<int, kLastLayer + 1> nCells = {};
-  double worstRatio = 0.0;    ///< largest difference over the level of its cell
+  std::array<double, kLastLayer + 1> largest = {};  ///< by distance from the cuts, U/L or U; of no item: 0
+  std::array<int, kLastLayer + 1> nItems = {};
+  double worstRatio = 0.0;    ///< largest difference over the level of its item
   bool isRepeatable = false;  ///< the same bits in a second run, with non-blocking exchange
 
   bool KeepsItsPromise() const { return !notRun.empty() || (isRepeatable && worstRatio <= 1.0); }
@@ -26,10 +26,10 @@ struct RankDifference {
 /// One number of ranks against the first one.
 struct RankComparison {
   int nRanks = 1, nReference = 1;
-  std::vector<RankDifference> differences;  ///< by method
+  std::vector<RankDifference> differences;  ///< by case
 };
 
-/// Runs all methods on every number of ranks, twice.
+/// Runs all cases on every number of ranks, twice.
 /// @param[in] counts  at least one; the first is the reference of the others
 std::vector<RankComparison> CompareRankCounts(const WholeMesh& mesh, const std::vector<int>& counts,
                                               const RankQuestion& question);

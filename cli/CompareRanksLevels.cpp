@@ -3,14 +3,18 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <memory>
 
 #include "cli/CellStencil.h"
 #include "cli/ConditionEstimate.h"
 #include "cli/StdoutToFile.h"
+#include "cli/StudyCondition.h"
+#include "cli/StudyPoints.h"
 #include "gradient/COperatorGradient.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "reference_host/FaceGeometry.h"
 #include "reference_host/HostPartition.h"
 #include "reference_host/InProcessExchange.h"
 #include "reference_host/MeshPart.h"
@@ -22,6 +26,7 @@ using reference_host::HostPartition;
 using reference_host::Point;
 
 constexpr double kEps = std::numeric_limits<double>::epsilon();
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
 constexpr double kLeastRelative = 1e-12;
 constexpr int kLeastSquaresType = 1;
 
@@ -29,7 +34,7 @@ double Length(double x, double y, double z) { return std::sqrt(y * y + x * x + z
 
 double LargestSlope(const RankResult& result) {
   double largest = 0.0;
-  for (const Point& g : result.gradient) largest = std::max(largest, Length(g[0], g[1], g[2]));
+  for (const Point& g : result.item) largest = std::max(largest, Length(g[0], g[1], g[2]));
   return largest;
 }
 
@@ -37,7 +42,8 @@ double LargestSlope(const RankResult& result) {
 class WholeMeasures {
  public:
   WholeMeasures(const WholeMesh& mesh, const RankQuestion& question)
-      : partition_(
+      : field_(question.field),
+        partition_(
             SplitMesh(mesh.faces, std::vector<int>(static_cast<std::size_t>(mesh.nCells()), 0), 1).front()),
         group_(1),
         exchange_(group_, partition_),
@@ -100,6 +106,57 @@ class WholeMeasures {
     return ByMeshNumber([&](int c) { return found[static_cast<std::size_t>(c)]; });
   }
 
+  /// Of the values of faces or points against the field at their places.
+  double LargestError(const StudyMethod& method, const reference_host::FaceMesh& faces,
+                      const RankResult& result) {
+    double largest = 0.0;
+    const auto take = [&](std::size_t item, const Point& place) {
+      if (result.isThere[item] == 0) return;
+      const double error = std::fabs(result.item[item][0] - field_.Value(place[0], place[1], place[2]));
+      if (std::isfinite(error)) largest = std::max(largest, error);
+    };
+    if (method.kind == StudyMethod::Kind::Faces) {
+      for (std::size_t f = 0; f < result.item.size(); ++f) {
+        const std::size_t first = faces.faceStart[f], n = faces.faceStart[f + 1] - first;
+        take(f, reference_host::ComputeFaceGeometry(faces.points, faces.faceNode.data() + first,
+                                                    static_cast<int>(n))
+                    .centre);
+      }
+      return largest;
+    }
+    for (int c = 1; c <= partition_.mesh()->NInnerCells; ++c) {
+      const std::int64_t number = partition_.globalCell()[static_cast<std::size_t>(c)];
+      take(static_cast<std::size_t>(number - 1), PointInCell(partition_, c));
+    }
+    return largest;
+  }
+
+  /// Among a sample of the systems of faces or points.
+  double WorstCondition(const StudyCase& theCase, int searchNumber) {
+    const InterpolationSettings settings = {theCase.method->searchMethod, theCase.span, searchNumber, 0.0,
+                                            false};
+    std::vector<double> conditions;
+    if (theCase.method->kind == StudyMethod::Kind::Faces) {
+      conditions = FaceConditions(partition_, settings);
+    } else {
+      UsableCells usable;
+      for (const std::int64_t number : partition_.globalCell())
+        usable.mark.push_back(number > 0 ? -1.0 : 1.0);
+      PointSet points;
+      for (const int c : CellsWithPoints(partition_, partition_.mesh()->NInnerCells)) {
+        const Point point = PointInCell(partition_, c);
+        points.x.push_back(point[0]);
+        points.y.push_back(point[1]);
+        points.z.push_back(point[2]);
+      }
+      conditions = PointConditions(partition_, usable, points, settings);
+    }
+    double worst = 0.0;
+    for (const double condition : conditions)
+      worst = std::isnan(condition) ? kInfinite : std::max(worst, condition);
+    return worst;
+  }
+
  private:
   template <class Measure>
   std::vector<double> ByMeshNumber(const Measure& measure) const {
@@ -114,6 +171,7 @@ class WholeMeasures {
     return values;
   }
 
+  const Expression& field_;
   HostPartition partition_;
   reference_host::InProcessGroup group_;
   reference_host::InProcessCommunication exchange_;
@@ -128,20 +186,28 @@ std::vector<RankLevel> LevelsOf(const WholeMesh& mesh, const RankQuestion& quest
   WholeMeasures measures(mesh, question);
   std::vector<RankLevel> levels;
   for (std::size_t k = 0; k < results.size(); ++k) {
-    const GradientMethod& method = *question.methods[k];
+    const StudyCase& theCase = question.cases[k];
+    if (theCase.method->kind != StudyMethod::Kind::Gradient) {
+      const double error = measures.LargestError(*theCase.method, mesh.faces, results[k]);
+      const double rounding =
+          kEps * measures.largestValue() * measures.WorstCondition(theCase, question.searchNumber);
+      levels.push_back({"error", std::vector<double>(results[k].item.size(), 10.0 * error + rounding)});
+      continue;
+    }
     const double slope = LargestSlope(results[k]), least = kLeastRelative * slope;
+    const int type = theCase.method->gradient->gradientType;
     RankLevel level = {"round-off", {}};
-    if (method.gradientType == kRadialBasisType) {
-      level = {"conditioning", measures.WeightedConditions(question.radialBasis)};
-      for (double& bound : level.atCell) bound *= kEps * measures.largestValue();
-    } else if (method.gradientType == kLeastSquaresType) {
-      level.atCell = measures.MomentConditions();
-      for (double& bound : level.atCell) bound = std::max(least, 16.0 * kEps * bound * slope);
+    if (type == kRadialBasisType) {
+      level = {"conditioning", measures.WeightedConditions({theCase.span, false})};
+      for (double& bound : level.atItem) bound *= kEps * measures.largestValue();
+    } else if (type == kLeastSquaresType) {
+      level.atItem = measures.MomentConditions();
+      for (double& bound : level.atItem) bound = std::max(least, 16.0 * kEps * bound * slope);
     } else {
-      const int nSweeps = std::string(method.name) == "iterated" ? std::max(1, question.nSweeps) : 1;
+      const int nSweeps = std::max(1, theCase.nSweeps);
       const double bound =
           8.0 * nSweeps * kEps * measures.largestValue() * measures.LargestSurfaceOverVolume();
-      level.atCell.assign(static_cast<std::size_t>(mesh.nCells()), std::max(least, bound));
+      level.atItem.assign(static_cast<std::size_t>(mesh.nCells()), std::max(least, bound));
     }
     levels.push_back(std::move(level));
   }

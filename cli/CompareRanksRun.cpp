@@ -1,17 +1,26 @@
 #include "cli/CompareRanksRun.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <utility>
 
+#include "cli/FaceGroup.h"
+#include "cli/InterpolationOptions.h"
 #include "cli/LeastSquaresCheck.h"
 #include "cli/OneLine.h"
+#include "cli/RunSettings.h"
 #include "cli/StdoutToFile.h"
+#include "cli/StudyPoints.h"
 #include "cli/TemporaryFolder.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "rbf_face/CZynFaceRBFInternalObject.h"
+#include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "reference_host/HostPartition.h"
 #include "reference_host/InProcessExchange.h"
 #include "reference_host/MeshPart.h"
@@ -23,11 +32,40 @@ using reference_host::HostPartition;
 
 constexpr int kLeastSquaresType = 1;
 
+/// Faces of a mesh by their cells.
+class FaceNumbers {
+ public:
+  explicit FaceNumbers(const reference_host::FaceMesh& mesh) {
+    for (int f = 0; f < mesh.nFaces(); ++f) {
+      const auto i = static_cast<std::size_t>(f);
+      if (mesh.neighbour[i] < 0) continue;
+      const auto [known, isNew] = faceOf_.try_emplace(KeyOf(mesh.owner[i] + 1, mesh.neighbour[i] + 1), f);
+      if (!isNew) known->second = kAmbiguous;
+    }
+  }
+
+  /// From 0; negative when two cells have several faces between them. @param[in] a,b  cells from 1
+  int NumberOf(std::int64_t a, std::int64_t b) const { return faceOf_.at(KeyOf(a, b)); }
+
+ private:
+  static constexpr int kAmbiguous = -1;
+  static std::pair<std::int64_t, std::int64_t> KeyOf(std::int64_t a, std::int64_t b) {
+    return std::minmax(a, b);
+  }
+
+  std::map<std::pair<std::int64_t, std::int64_t>, int> faceOf_;
+};
+
 /// One part, in the thread that has it.
 class PartRun {
  public:
-  PartRun(reference_host::InProcessGroup& group, HostPartition& partition, const RankQuestion& question)
-      : question_(question), partition_(partition), exchange_(group, partition), reduction_(group) {
+  PartRun(reference_host::InProcessGroup& group, HostPartition& partition, const RankQuestion& question,
+          const std::string& folder)
+      : question_(question),
+        partition_(partition),
+        folder_(folder),
+        exchange_(group, partition),
+        reduction_(group) {
     partition_.CompleteHalo(exchange_);
     const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
     field_.assign(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
@@ -40,8 +78,25 @@ class PartRun {
     }
   }
 
-  /// @param[out] result  its cells of this part
-  void Run(const GradientMethod& method, RankResult& result) {
+  /// @param[out] result  its items of this part
+  void Run(const StudyCase& theCase, const FaceNumbers& faces, RankResult& result) {
+    switch (theCase.method->kind) {
+      case StudyMethod::Kind::Gradient:
+        RunGradient(theCase, result);
+        break;
+      case StudyMethod::Kind::Faces:
+        RunFaces(theCase, faces, result);
+        break;
+      case StudyMethod::Kind::Points:
+        RunPoints(theCase, result);
+        break;
+    }
+  }
+
+ private:
+  void RunGradient(const StudyCase& theCase, RankResult& result) {
+    const GradientMethod& method = *theCase.method->gradient;
+    if (theCase.method->TakesSpan()) Tell(SettingsFileText({theCase.span, false}));
     COperatorGradient op;
     op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
     op.getPartitionFace(partition_.partitionFaces());
@@ -55,7 +110,7 @@ class PartRun {
     }
     MethodData data;
     data.field = {&field_, &field_, &field_};
-    data.nSweeps = question_.nSweeps;
+    data.nSweeps = theCase.nSweeps;
     data.weight.assign(field_.size(), 1.0);
     data.exchange = &exchange_;
     GradientArrays& g = data.gradient[0];
@@ -63,11 +118,72 @@ class PartRun {
     method.run(op, data);
     for (int c = 1; c <= partition_.mesh()->NInnerCells; ++c) {
       const auto i = static_cast<std::size_t>(c);
-      result.gradient[static_cast<std::size_t>(partition_.globalCell()[i] - 1)] = {g.x[i], g.y[i], g.z[i]};
+      SetItem(result, partition_.globalCell()[i] - 1, {g.x[i], g.y[i], g.z[i]});
     }
   }
 
- private:
+  static void SetItem(RankResult& result, std::int64_t number, const reference_host::Point& value) {
+    result.item[static_cast<std::size_t>(number)] = value;
+    result.isThere[static_cast<std::size_t>(number)] = 1;
+  }
+
+  /// The operators read settings from a file beside the base file name; each part has one of its own.
+  void Tell(const std::string& settings) {
+    const std::string file = folder_ + "/part" + std::to_string(partition_.part()) + ".rbf";
+    partition_.SetBaseFileName(WriteSettingsText(file, settings));
+  }
+
+  InterpolationSettings SettingsOf(const StudyCase& theCase) const {
+    return {theCase.method->searchMethod, theCase.span, question_.searchNumber, 0.0, false};
+  }
+
+  void RunFaces(const StudyCase& theCase, const FaceNumbers& faces, RankResult& result) {
+    Tell(FaceSettingsText(SettingsOf(theCase)));
+    CZynFaceRBFInternalObject op;
+    op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
+    op.getPartitionFace(partition_.partitionFaces());
+    op.getCommunication(&exchange_);
+    op.Initialize_FaceInterpolateData(static_cast<int>(FaceGroup::Inner));
+    const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
+    std::vector<double> value(static_cast<std::size_t>(mesh.NInnerFaces) + 1, 0.0),
+        zero[3] = {value, value, value};
+    op.Multiply_FaceRBFCoefficent(field_.data(), value.data(), zero[0].data(), zero[1].data(),
+                                  zero[2].data());
+    for (int f = 1; f <= mesh.NInnerFaces; ++f) {
+      const int number = faces.NumberOf(Number(mesh.ijCV[f]), Number(mesh.ij[f]));
+      if (number >= 0) SetItem(result, number, {value[static_cast<std::size_t>(f)], 0.0, 0.0});
+    }
+  }
+
+  std::int64_t Number(int cell) const { return partition_.globalCell()[static_cast<std::size_t>(cell)]; }
+
+  void RunPoints(const StudyCase& theCase, RankResult& result) {
+    const std::vector<int> cells = CellsWithPoints(partition_, static_cast<std::int64_t>(result.item.size()));
+    if (cells.empty()) return;
+    std::vector<double> x = {0.0}, y = {0.0}, z = {0.0};  // the operator counts from 1
+    for (const int c : cells) {
+      const reference_host::Point point = PointInCell(partition_, c);
+      x.push_back(point[0]);
+      y.push_back(point[1]);
+      z.push_back(point[2]);
+    }
+    std::vector<double> mark(field_.size(), 1.0);
+    for (std::size_t c = 1; c < mark.size(); ++c)
+      if (partition_.globalCell()[c] > 0) mark[c] = -1.0;
+
+    Tell(PointSettingsText(SettingsOf(theCase)));
+    CZynIBRBFInternalObject op;
+    op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
+    op.getPartitionFace(partition_.partitionFaces());
+    op.Initialize_IBInterpolateData(mark.data(), static_cast<int>(cells.size()), x.data(), y.data(),
+                                    z.data());
+    std::vector<double> value(x.size(), 0.0), slope[3] = {value, value, value};
+    op.Multiply_IBRBFCoefficent(field_.data(), value.data(), slope[0].data(), slope[1].data(),
+                                slope[2].data());
+    for (std::size_t k = 0; k < cells.size(); ++k)
+      SetItem(result, Number(cells[k]) - 1, {value[k + 1], 0.0, 0.0});
+  }
+
   /// Collective. The method would leave without its exchange there, and the other parts would wait for it.
   bool StopsSomewhere(const GradientMethod& method, COperatorGradient& op) {
     if (method.gradientType != kLeastSquaresType) return false;
@@ -81,24 +197,30 @@ class PartRun {
 
   const RankQuestion& question_;
   HostPartition& partition_;
+  const std::string& folder_;
   reference_host::InProcessCommunication exchange_;
   reference_host::InProcessReduction reduction_;
   std::vector<double> field_;
 };
 
 std::vector<std::unique_ptr<HostPartition>> MakePartitions(const WholeMesh& mesh, int nParts,
-                                                           const std::string& folder,
-                                                           const RankQuestion& question, bool nonBlocking) {
+                                                           bool nonBlocking) {
   std::vector<std::unique_ptr<HostPartition>> partitions;
   for (const auto& part : reference_host::SplitMesh(mesh.faces, mesh.PartOfCell(nParts), nParts)) {
     auto partition = std::make_unique<HostPartition>(part);
-    // A file for each part: the operators read them at the same time, and rewrite what they do not know.
-    const std::string file = folder + "/part" + std::to_string(part.part) + ".rbf";
-    partition->SetBaseFileName(WriteSettingsFile(file, question.radialBasis));
     partition->globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
     partitions.push_back(std::move(partition));
   }
   return partitions;
+}
+
+RankResult EmptyResult(const WholeMesh& mesh, const StudyCase& theCase) {
+  const bool ofFaces = theCase.method->kind == StudyMethod::Kind::Faces;
+  const auto n = static_cast<std::size_t>(ofFaces ? mesh.faces.nFaces() : mesh.nCells());
+  RankResult result;
+  result.item.assign(n, {0.0, 0.0, 0.0});
+  result.isThere.assign(n, 0);
+  return result;
 }
 
 }  // namespace
@@ -106,18 +228,19 @@ std::vector<std::unique_ptr<HostPartition>> MakePartitions(const WholeMesh& mesh
 std::vector<RankResult> RunOnParts(const WholeMesh& mesh, int nParts, const RankQuestion& question,
                                    bool nonBlocking) {
   const TemporaryFolder folder;
-  const auto partitions = MakePartitions(mesh, nParts, folder.path(), question, nonBlocking);
-  std::vector<RankResult> results(question.methods.size());
-  for (RankResult& result : results) result.gradient.resize(static_cast<std::size_t>(mesh.nCells()));
+  const auto partitions = MakePartitions(mesh, nParts, nonBlocking);
+  const FaceNumbers faces(mesh.faces);
+  std::vector<RankResult> results;
+  for (const StudyCase& theCase : question.cases) results.push_back(EmptyResult(mesh, theCase));
 
   const StdoutToFile silence("/dev/null");
   reference_host::InProcessGroup group(nParts);
   reference_host::RunInProcess(group, [&](int part) {
-    PartRun run(group, *partitions[static_cast<std::size_t>(part)], question);
-    for (std::size_t k = 0; k < results.size(); ++k) run.Run(*question.methods[k], results[k]);
+    PartRun run(group, *partitions[static_cast<std::size_t>(part)], question, folder.path());
+    for (std::size_t k = 0; k < results.size(); ++k) run.Run(question.cases[k], faces, results[k]);
   });
   for (RankResult& result : results)
-    if (!result.notRun.empty()) result.gradient.clear();
+    if (!result.notRun.empty()) result = {result.notRun, {}, {}};
   return results;
 }
 

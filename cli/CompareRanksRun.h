@@ -5,25 +5,25 @@
 
 #include "cli/CompareRanksMesh.h"
 #include "cli/Expression.h"
-#include "cli/GradientMethods.h"
-#include "cli/RadialBasisSettings.h"
+#include "cli/StudyMethod.h"
 
 namespace zyngrad {
 
 struct RankQuestion {
-  std::vector<const GradientMethod*> methods;  ///< of one field each
+  std::vector<StudyCase> cases;
   Expression field;
-  int nSweeps = 3;
-  RadialBasisSettings radialBasis;
+  int searchNumber = 20;  ///< of faces and points that search for cells
 };
 
-/// What one method gave on one number of parts.
+/// What one case gave on one number of parts: of gradients an item for each cell; of faces for each face of the
+/// mesh; of points for each cell with a point in it, as in a study.
 struct RankResult {
-  std::string notRun;                           ///< why it could not be called; the gradient is then empty
-  std::vector<reference_host::Point> gradient;  ///< [0..nCells-1] by the cell's number in the mesh, U/L
+  std::string notRun;                       ///< why it could not be called; there are no items then
+  std::vector<reference_host::Point> item;  ///< gradient, U/L, or value and twice 0, U
+  std::vector<char> isThere;                ///< of faces: it is between two cells of one part
 };
 
-/// The results of all methods, in their order, on a mesh in `nParts` parts, each a thread of this process. What
+/// The results of all cases, in their order, on a mesh in `nParts` parts, each a thread of this process. What
 /// the operators print goes nowhere. Throws UsageError when the field is not finite in a cell.
 std::vector<RankResult> RunOnParts(const WholeMesh& mesh, int nParts, const RankQuestion& question,
                                    bool nonBlocking);

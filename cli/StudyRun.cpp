@@ -12,6 +12,7 @@
 #include "cli/PointErrors.h"
 #include "cli/PointRun.h"
 #include "cli/RunSettings.h"
+#include "cli/StudyPoints.h"
 #include "cli/TemporaryFolder.h"
 #include "cli/UsageError.h"
 #include "reference_host/LoadMesh.h"
@@ -24,7 +25,7 @@ using reference_host::HostPartition;
 
 constexpr double kMicro = 1e6;
 
-/// The points of a study: half-way between the centre of a cell and its first node.
+/// The points of a study.
 struct StudyPoints {
   PointSet points;             ///< of all ranks, the same on every rank, by the number of their cells
   std::vector<char> boundary;  ///< whether the cell has a boundary face
@@ -72,30 +73,16 @@ class LevelRun {
                      static_cast<double>(mesh_.summary.nCells));
   }
 
-  std::int64_t PointStep() const { return std::max<std::int64_t>(1, level_.nCells / question_.nPoints); }
-
   /// Rows of number, x, y, z and boundary of this rank's points.
   std::vector<double> OwnPointRows() const {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
-    const std::int64_t step = PointStep();
     std::vector<double> rows;
-    for (int c = 1; c <= mesh.NInnerCells; ++c) {
-      const std::int64_t number = partition_.globalCell()[static_cast<std::size_t>(c)];
-      if ((number - 1) % step != 0) continue;
-      const int node = LowestNode(mesh.CellLnods[c] + 1, mesh.CellLnodsNumber[c]);
-      rows.push_back(static_cast<double>(number));
-      rows.push_back(0.5 * (mesh.xc[c] + mesh.xn[node]));
-      rows.push_back(0.5 * (mesh.yc[c] + mesh.yn[node]));
-      rows.push_back(0.5 * (mesh.zc[c] + mesh.zn[node]));
-      rows.push_back(gradient_.isBoundaryCell[static_cast<std::size_t>(c)]);
+    for (const int c : CellsWithPoints(partition_, level_.nCells)) {
+      const auto i = static_cast<std::size_t>(c);
+      const reference_host::Point point = PointInCell(partition_, c);
+      rows.insert(rows.end(), {static_cast<double>(partition_.globalCell()[i]), point[0], point[1], point[2],
+                               static_cast<double>(gradient_.isBoundaryCell[i])});
     }
     return rows;
-  }
-
-  /// By number in the mesh: the same one in every partition.
-  int LowestNode(const int* nodes, int n) const {
-    const auto number = [this](int node) { return partition_.globalNode()[static_cast<std::size_t>(node)]; };
-    return *std::min_element(nodes, nodes + n, [&](int a, int b) { return number(a) < number(b); });
   }
 
   void MakePoints() {

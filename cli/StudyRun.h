@@ -36,7 +36,6 @@ struct StudyQuestion {
   std::vector<StudyCase> cases;
   int searchNumber = 20;  ///< of faces1, faces2, points1, points2
   int nRepeat = 3;        ///< timed gradient calls after the first
-  int nPoints = 2000;     ///< wanted number of points
 };
 
 /// What one case gave for one field on one mesh.

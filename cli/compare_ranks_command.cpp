@@ -28,11 +28,14 @@ const char* const kFooter =
     "  largest gradient, or more on flat cells, as far as their round-off grows with the area over the "
     "volume\n"
     "  and the condition number of the cell's moments;\n"
-    "  radial basis by round-off times the condition number of the cell's system.\n"
+    "  radial basis by round-off times the condition number of the cell's system;\n"
+    "  values at inner faces and at points by about their error (ten times the largest one), since stencils\n"
+    "  beside a cut lack the cells that only touch it with a node, and by round-off times the condition "
+    "number.\n"
     "Exit code 1 if a method does not keep this promise.\n\n"
     "Examples:\n"
     "  zyngrad compare-ranks box:12,12,12:tet --ranks 1,2,4\n"
-    "  zyngrad compare-ranks channel.msh --ranks 1,3 --field \"sin(x)*y\" --span 50";
+    "  zyngrad compare-ranks channel.msh --ranks 1,3 --method gradients --field \"sin(x)*y\" --span 50";
 
 std::vector<int> ReadCounts(const std::string& text) {
   std::vector<int> counts;
@@ -53,13 +56,14 @@ class CompareRanksCommand : public Command {
 
  private:
   MeshOptions meshOptions_;
-  std::string ranksText_ = "1,2,4", fieldText_ = "trigonometric", sweepsText_ = "3", spanText_ = "500";
+  std::string ranksText_ = "1,2,4", fieldText_ = "trigonometric", methods_ = "all", sweepsText_ = "3",
+              spanText_;
   bool isBroken_ = false;
 };
 
 CLI::App* CompareRanksCommand::AddTo(CLI::App& program) {
   CLI::App* command =
-      program.add_subcommand("compare-ranks", "Differences of every gradient between numbers of ranks");
+      program.add_subcommand("compare-ranks", "Differences of every method between numbers of ranks");
   AddMeshOptions(*command, meshOptions_);
   command
       ->add_option("--ranks", ranksText_,
@@ -69,8 +73,16 @@ CLI::App* CompareRanksCommand::AddTo(CLI::App& program) {
       ->add_option("--field", fieldText_,
                    "The field: linear, quadratic, trigonometric (default), as in zyngrad study, or a formula")
       ->type_name("NAME|EXPR");
+  command
+      ->add_option(
+          "--method", methods_,
+          "Methods between commas, named as in zyngrad study; gradients, faces, points: all of a kind "
+          "(default all)")
+      ->type_name("NAMES");
   command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method (default 3)")->type_name("N");
-  command->add_option("--span", spanText_, "Support radius of rbf over the stencil's length (default 500)")
+  command
+      ->add_option("--span", spanText_,
+                   "Support radius over the stencil's length (default 500, for faces 1000)")
       ->type_name("S");
   command->footer(kFooter);
   return command;
@@ -78,11 +90,11 @@ CLI::App* CompareRanksCommand::AddTo(CLI::App& program) {
 
 void CompareRanksCommand::Run(const Ranks& ranks) {
   const std::vector<int> counts = ReadCounts(ranksText_);
-  RankQuestion question = {
-      {}, MakeStudyField(fieldText_, 1).formula, WholeNumber("--sweeps", sweepsText_, 0), {}};
-  question.radialBasis = {PositiveNumber("--span", spanText_), false};
-  for (const GradientMethod& method : GradientMethods())
-    if (method.nFields == 1) question.methods.push_back(&method);
+  std::vector<double> spans;
+  if (!spanText_.empty()) spans.push_back(PositiveNumber("--span", spanText_));
+  const int nSweeps = WholeNumber("--sweeps", sweepsText_, 0);
+  const RankQuestion question = {StudyCases(ChooseStudyMethods(methods_), spans, {nSweeps}),
+                                 MakeStudyField(fieldText_, 1).formula, 20};
   const auto groups = GroupsByUser(meshOptions_);
 
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
@@ -92,7 +104,7 @@ void CompareRanksCommand::Run(const Ranks& ranks) {
     progress.Stage("reading");
     const WholeMesh mesh = ReadWholeMesh(meshOptions_.mesh, groups);
     for (const int count : counts) mesh.PartOfCell(count);  // too many are told before any work
-    progress.Stage("computing gradients");
+    progress.Stage("computing on all numbers of ranks");
     comparisons = CompareRankCounts(mesh, counts, question);
   });
   progress.Done();

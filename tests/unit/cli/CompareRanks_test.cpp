@@ -13,17 +13,14 @@
 namespace zyngrad {
 namespace {
 
-RankQuestion Ask(const std::string& field) {
-  RankQuestion question = {{}, Expression(field), 3, {500.0, false}};
-  for (const GradientMethod& method : GradientMethods())
-    if (method.nFields == 1) question.methods.push_back(&method);
-  return question;
+RankQuestion Ask(const std::string& field, const std::string& methods = "gradients", int nSweeps = 3) {
+  return {StudyCases(ChooseStudyMethods(methods), {}, {nSweeps}), Expression(field), 20};
 }
 
 std::size_t IndexOf(const RankQuestion& question, const std::string& name) {
-  const auto found = std::find_if(question.methods.begin(), question.methods.end(),
-                                  [&name](const GradientMethod* method) { return name == method->name; });
-  return static_cast<std::size_t>(found - question.methods.begin());
+  const auto found = std::find_if(question.cases.begin(), question.cases.end(),
+                                  [&name](const StudyCase& c) { return name == c.method->name; });
+  return static_cast<std::size_t>(found - question.cases.begin());
 }
 
 TEST(LayersFromCuts, CountsCellsFromTheNearestCut) {
@@ -70,7 +67,7 @@ TEST(CompareRanks, FindsDifferencesOnlyWhereThereAreAny) {
   const RankDifference& plain = comparisons[1].differences[0];
   EXPECT_GT(plain.largest[0], 0.0);  // faces of a cut come after those inside
   EXPECT_LT(plain.largest[0], 1e-12);
-  EXPECT_EQ(plain.nCells[0] + plain.nCells[1] + plain.nCells[2] + plain.nCells[3], 512);
+  EXPECT_EQ(plain.nItems[0] + plain.nItems[1] + plain.nItems[2] + plain.nItems[3], 512);
   for (const RankDifference& d : comparisons[0].differences) EXPECT_EQ(d.worstRatio, 0.0);
 }
 
@@ -79,11 +76,56 @@ TEST(RunOnParts, GivesLeastSquaresTheExactSlopeOfALinearField) {
   const WholeMesh mesh = ReadWholeMesh("box:3,4,5:tet", {});
   for (const int nParts : {1, 3}) {
     const auto results = RunOnParts(mesh, nParts, question, nParts == 3);
-    for (const reference_host::Point& g : results[IndexOf(question, "lsq")].gradient) {
+    for (const reference_host::Point& g : results[IndexOf(question, "lsq")].item) {
       EXPECT_NEAR(g[0], 2.0, 1e-12);
       EXPECT_NEAR(g[1], -1.0, 1e-12);
       EXPECT_NEAR(g[2], 3.0, 1e-12);
     }
+  }
+}
+
+TEST(CompareRanks, FindsFacesAndPointsWithinTheirError) {
+  const RankQuestion question = Ask("sin(2*x)*y + z^2", "faces,points");
+  for (const std::string mesh : {"box:8,8,8", "box:8,8,8:hex:perturb=0.1,seed=3", "box:4,4,4:tet"}) {
+    const auto comparisons = CompareRankCounts(ReadWholeMesh(mesh, {}), {1, 2}, question);
+    for (const RankDifference& d : comparisons[1].differences) {
+      EXPECT_TRUE(d.KeepsItsPromise()) << mesh << ' ' << d.method << ": " << d.worstRatio;
+      EXPECT_EQ(d.level, "error");
+    }
+    const auto& byVertices = comparisons[1].differences[IndexOf(question, "faces3")];
+    EXPECT_GT(byVertices.largest[0], 1e-6);  // vertices on the cut lack cells
+  }
+}
+
+TEST(CompareRanks, FindsFacesOfTheMeshsOwnNeighboursTheSameAwayFromCuts) {
+  const RankQuestion question = Ask("sin(2*x)*y + z^2", "faces3");
+  const RankDifference d =
+      CompareRankCounts(ReadWholeMesh("box:10,4,4:hex:perturb=0.1", {}), {1, 2}, question)[1]
+          .differences.front();
+  EXPECT_GT(d.nItems[kLastLayer], 0);
+  EXPECT_LT(d.largest[kLastLayer], 1e-4);  // round-off times condition numbers of 1e11
+  EXPECT_GT(d.largest[0], 10 * d.largest[kLastLayer]);
+}
+
+TEST(RunOnParts, GivesAFaceOnlyBetweenCellsOfOnePart) {
+  const WholeMesh row = ReadWholeMesh("box:4,1,1", {});
+  const RankQuestion question = Ask("x", "faces4");
+  const auto count = [&](int nParts) {
+    const RankResult result = RunOnParts(row, nParts, question, false).front();
+    return std::count(result.isThere.begin(), result.isThere.end(), 1);
+  };
+  EXPECT_EQ(count(1), 3);
+  EXPECT_EQ(count(2), 2);
+  EXPECT_EQ(count(4), 0);
+}
+
+TEST(RunOnParts, GivesEveryCellAPointWhateverTheParts) {
+  const WholeMesh mesh = ReadWholeMesh("box:4,4,4", {});
+  const RankQuestion question = Ask("1 + 0*x", "points2");
+  for (const int nParts : {1, 3}) {
+    const RankResult result = RunOnParts(mesh, nParts, question, false).front();
+    EXPECT_EQ(std::count(result.isThere.begin(), result.isThere.end(), 1), 64);
+    for (const reference_host::Point& value : result.item) EXPECT_NEAR(value[0], 1.0, 1e-4);
   }
 }
 
@@ -93,30 +135,29 @@ TEST(RunOnParts, RefusesAFieldThatIsNotFinite) {
 
 // With Phi = 1, G = |(1, 0, 0)| and cubes of edge 1/4: sum S / V = 24.
 TEST(RankLevels, FollowTheirFormulas) {
-  RankQuestion question = Ask("x");
-  question.nSweeps = 5;
+  const RankQuestion question = Ask("x", "gradients", 5);
   const WholeMesh mesh = ReadWholeMesh("box:4,4,4", {});
   const auto results = RunOnParts(mesh, 1, question, false);
   const std::vector<RankLevel> levels = LevelsOf(mesh, question, results);
   const double eps = std::numeric_limits<double>::epsilon(), slope = 1e-12;
-  EXPECT_NEAR(levels[IndexOf(question, "plain")].atCell[0] / slope, 1.0, 1e-9);  // more than 8 eps 24
+  EXPECT_NEAR(levels[IndexOf(question, "plain")].atItem[0] / slope, 1.0, 1e-9);  // more than 8 eps 24
   EXPECT_GT(slope, 5 * 8 * eps * 24);
-  EXPECT_NEAR(levels[IndexOf(question, "lsq")].atCell[0] / slope, 1.0, 1e-9);
+  EXPECT_NEAR(levels[IndexOf(question, "lsq")].atItem[0] / slope, 1.0, 1e-9);
   EXPECT_EQ(levels[IndexOf(question, "rbf")].name, "conditioning");
-  for (const double level : levels[IndexOf(question, "rbf")].atCell) {
+  for (const double level : levels[IndexOf(question, "rbf")].atItem) {
     EXPECT_GT(level, 1e9 * eps);  // condition numbers at Span 500 are above 1e9
     EXPECT_LT(level, 1e-3);
   }
 }
 
-TEST(RankLevels, GrowOnFlatCells) {
+TEST(RankLevels, GrowOnFlatItems) {
   const RankQuestion question = Ask("x+y");
   const WholeMesh cubes = ReadWholeMesh("box:6,6,6", {}),
                   flat = ReadWholeMesh("box:6,6,6:hex:stretch=100000", {});
   const auto level = [&](const WholeMesh& mesh, const std::string& method) {
     const auto levels = LevelsOf(mesh, question, RunOnParts(mesh, 1, question, false));
-    const std::vector<double>& atCell = levels[IndexOf(question, method)].atCell;
-    return *std::max_element(atCell.begin(), atCell.end());
+    const std::vector<double>& atItem = levels[IndexOf(question, method)].atItem;
+    return *std::max_element(atItem.begin(), atItem.end());
   };
   EXPECT_GT(level(flat, "plain"), 10 * level(cubes, "plain"));
   EXPECT_GT(level(flat, "lsq"), 10 * level(cubes, "lsq"));
@@ -136,7 +177,7 @@ TEST(CompareRanks, SaysWhatIsBrokenAndWhatDidNotRun) {
   std::ostringstream out;
   PrintComparisons(out, {{2, 1, {kept, broken, notRun}}});
   const std::string text = out.str();
-  EXPECT_NE(text.find("on 2 ranks from that on 1, by distance"), std::string::npos);
+  EXPECT_NE(text.find("on 2 ranks from 1, by distance"), std::string::npos);
   EXPECT_NE(text.find("lsq     round-off       1.0e-15      0.0e+00  0.0e+00          -         1.5e+00  "
                       "same bits   BROKEN"),
             std::string::npos)
