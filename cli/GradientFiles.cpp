@@ -40,12 +40,14 @@ std::vector<VtkArray> CellData(const Ranks& ranks, const HostPartition& partitio
     const std::string suffix = theCase.fields.size() > 1 ? "_" + std::to_string(k + 1) : "";
     const TestField& field = theCase.fields[k];
     arrays.push_back({"field" + suffix, 1, WithoutFirst(field.value, nCells)});
+    if (!field.HasExactGradient()) continue;
     arrays.push_back(VectorArray("exact_gradient" + suffix, field.gx, field.gy, field.gz, nCells));
   }
   for (const MethodResult& result : results) {
     for (const GradientResult& one : result.gradients) {
       const GradientArrays& g = one.gradient;
       arrays.push_back(VectorArray(ArrayName("gradient_", one.label), g.x, g.y, g.z, nCells));
+      if (one.cellError.empty()) continue;
       arrays.push_back({ArrayName("error_", one.label), 1, WithoutFirst(one.cellError, nCells)});
     }
   }

@@ -10,7 +10,7 @@
 
 namespace zyngrad {
 
-/// Collective. Stages the grid with fields, exact gradients and each method's gradient and error:
+/// Collective. Stages the grid with fields, exact gradients and each method's gradient and error (those two where they are known):
 /// gradient.vtu on one rank, gradient.pvtu and a piece per rank in gradient/ on several.
 /// @return the name of the file to open
 std::string StageGradientGrid(const Ranks& ranks, reference_host::HostPartition& partition,

@@ -1,5 +1,7 @@
 #include "cli/GradientReport.h"
 
+#include <array>
+#include <cstddef>
 #include <ostream>
 
 #include "cli/TextTable.h"
@@ -38,6 +40,46 @@ void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results) {
   table.Print(out);
 }
 
+void AddSizeRow(TextTable& table, const std::string& method, const std::string& cells,
+                const ErrorNorms& norms) {
+  const bool hasMax = norms.maxCell > 0;
+  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
+                Scientific(norms.max), hasMax ? std::to_string(norms.maxCell) : "-",
+                hasMax ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2]) : "-"});
+}
+
+void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results) {
+  TextTable table({{"method", Align::Left},
+                   {"cells", Align::Left},
+                   {"number"},
+                   {"L1"},
+                   {"L2"},
+                   {"maximum"},
+                   {"in cell"},
+                   {"at", Align::Left}});
+  TextTable ranges(
+      {{"method", Align::Left}, {"d/dx from"}, {"to"}, {"d/dy from"}, {"to"}, {"d/dz from"}, {"to"}});
+  for (const MethodResult& result : results) {
+    for (const GradientResult& one : result.gradients) {
+      if (!one.sizes) continue;
+      AddSizeRow(table, one.label, "interior", one.sizes->norms.interior);
+      AddSizeRow(table, "", "boundary", one.sizes->norms.boundary);
+      std::vector<std::string> row = {one.label};
+      for (std::size_t d = 0; d < 3; ++d) {
+        row.push_back(Scientific(one.sizes->lowest[d]));
+        row.push_back(Scientific(one.sizes->highest[d]));
+      }
+      ranges.AddRow(row);
+    }
+  }
+  table.Print(out);
+  out << '\n';
+  ranges.Print(out);
+}
+
+/// Errors, or without exact gradient the gradient's own norms.
+const GradientErrors& NormsOf(const GradientResult& one) { return one.sizes ? one.sizes->norms : one.errors; }
+
 void PrintTimes(std::ostream& out, const std::vector<MethodResult>& results) {
   constexpr double kMilli = 1e3;
   TextTable table(
@@ -60,7 +102,8 @@ void PrintRemarks(std::ostream& out, const std::vector<MethodResult>& results) {
     for (const std::string& remark : result.remarks)
       out << "  " << result.method->name << ": " << remark << '\n';
     for (const GradientResult& one : result.gradients) {
-      const std::int64_t n = one.errors.interior.nNotFinite + one.errors.boundary.nNotFinite;
+      const GradientErrors& norms = NormsOf(one);
+      const std::int64_t n = norms.interior.nNotFinite + norms.boundary.nNotFinite;
       if (n > 0) out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " cells\n";
     }
   }
@@ -80,6 +123,26 @@ ordered_json NormsAsJson(const ErrorNorms& norms) {
   return json;
 }
 
+ordered_json ErrorsAsJson(const GradientResult& one) {
+  return {{"name", one.label},
+          {"field", one.field + 1},
+          {"interior", NormsAsJson(one.errors.interior)},
+          {"boundary", NormsAsJson(one.errors.boundary)}};
+}
+
+/// Norms of the gradient itself; there is nothing to relate them to.
+ordered_json SizesAsJson(const GradientResult& one) {
+  ordered_json json = {{"name", one.label}, {"field", one.field + 1}};
+  json["interior"] = NormsAsJson(one.sizes->norms.interior);
+  json["boundary"] = NormsAsJson(one.sizes->norms.boundary);
+  for (const char* const region : {"interior", "boundary"}) json[region].erase("l2Relative");
+  const std::array<const char*, 3> names = {"x", "y", "z"};
+  for (std::size_t d = 0; d < names.size(); ++d) {
+    json["range"][names[d]] = {one.sizes->lowest[d], one.sizes->highest[d]};
+  }
+  return json;
+}
+
 ordered_json MethodAsJson(const MethodResult& result) {
   ordered_json json = {{"method", result.method->name}, {"ran", result.notRun.empty()}};
   if (!result.notRun.empty()) {
@@ -91,12 +154,10 @@ ordered_json MethodAsJson(const MethodResult& result) {
   json["seconds"] = {{"setUp", times.setUp}, {"firstCall", times.first}, {"laterCalls", times.later}};
   json["nsPerCell"] = times.nsPerCell;
   if (!result.remarks.empty()) json["remarks"] = result.remarks;
-  json["errors"] = ordered_json::array();
+  const bool hasErrors = result.gradients.empty() || !result.gradients.front().sizes;
+  ordered_json& list = json[hasErrors ? "errors" : "gradients"] = ordered_json::array();
   for (const GradientResult& one : result.gradients) {
-    json["errors"].push_back({{"name", one.label},
-                              {"field", one.field + 1},
-                              {"interior", NormsAsJson(one.errors.interior)},
-                              {"boundary", NormsAsJson(one.errors.boundary)}});
+    list.push_back(hasErrors ? ErrorsAsJson(one) : SizesAsJson(one));
   }
   return json;
 }
@@ -105,10 +166,16 @@ ordered_json MethodAsJson(const MethodResult& result) {
 
 void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& results,
                           const std::vector<double>& exactL2) {
-  out << "errors against the exact gradient, whose L2 norm is ";
-  for (std::size_t k = 0; k < exactL2.size(); ++k) out << (k == 0 ? "" : ", ") << Scientific(exactL2[k]);
-  out << "\n\n";
-  PrintErrors(out, results);
+  if (exactL2.empty()) {
+    out << "length of the gradient and range of its components; there is no exact gradient to compare "
+           "with\n\n";
+    PrintSizes(out, results);
+  } else {
+    out << "errors against the exact gradient, whose L2 norm is ";
+    for (std::size_t k = 0; k < exactL2.size(); ++k) out << (k == 0 ? "" : ", ") << Scientific(exactL2[k]);
+    out << "\n\n";
+    PrintErrors(out, results);
+  }
   out << "\ntimes of the slowest rank\n\n";
   PrintTimes(out, results);
   PrintRemarks(out, results);

@@ -9,8 +9,9 @@
 
 namespace zyngrad {
 
-/// The tables of errors and of times, with a line for each method that could not run. Only the first rank's
-/// job.
+/// The tables of errors (without exact gradients: of sizes) and of times, with a line for each method that could
+/// not run. Only the first rank's job.
+/// @param[in] exactL2  of each field; empty for fields without exact gradient
 void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& results,
                           const std::vector<double>& exactL2);
 

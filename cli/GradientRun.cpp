@@ -68,8 +68,8 @@ void Summarise(const Ranks& ranks, const std::vector<double>& ownSeconds, int nI
   times.later = Median({slowest.begin() + 1, slowest.end()});
 }
 
-void CompareWithExact(const Ranks& ranks, reference_host::HostPartition& partition,
-                      const GradientCase& theCase, MethodData& data, MethodResult& result) {
+void EvaluateGradients(const Ranks& ranks, reference_host::HostPartition& partition,
+                       const GradientCase& theCase, MethodData& data, MethodResult& result) {
   const std::size_t nGiven = theCase.fields.size();
   const std::size_t nGradients = std::min(static_cast<std::size_t>(result.method->nFields), nGiven);
   for (std::size_t k = 0; k < nGradients; ++k) {
@@ -77,11 +77,14 @@ void CompareWithExact(const Ranks& ranks, reference_host::HostPartition& partiti
     one.label = result.method->name;
     if (nGradients > 1) one.label += '.' + std::to_string(k + 1);
     one.field = static_cast<int>(k);
-    ranks.Together([&] {
-      one.gradient = std::move(data.gradient[k]);
-      one.cellError = CellErrors(theCase.fields[k], one.gradient);
-    });
-    one.errors = SummariseErrors(ranks, partition, one.cellError, theCase.isBoundaryCell, theCase.exactL2[k]);
+    one.gradient = std::move(data.gradient[k]);
+    if (theCase.fields[k].HasExactGradient()) {
+      ranks.Together([&] { one.cellError = CellErrors(theCase.fields[k], one.gradient); });
+      one.errors =
+          SummariseErrors(ranks, partition, one.cellError, theCase.isBoundaryCell, theCase.exactL2[k]);
+    } else {
+      one.sizes = MeasureGradient(ranks, partition, one.gradient, theCase.isBoundaryCell);
+    }
     result.gradients.push_back(std::move(one));
   }
 }
@@ -113,7 +116,7 @@ MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, con
     Summarise(ranks, seconds, partition.mesh()->NInnerCells, result.times);
   }
   if (method.remarks != nullptr) result.remarks = method.remarks(ranks, partition, theCase.radialBasis);
-  CompareWithExact(ranks, partition, theCase, data, result);
+  EvaluateGradients(ranks, partition, theCase, data, result);
   return result;
 }
 

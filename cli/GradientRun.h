@@ -1,11 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/Expression.h"
 #include "cli/GradientErrors.h"
 #include "cli/GradientMethods.h"
+#include "cli/GradientSizes.h"
 #include "cli/RadialBasisSettings.h"
 #include "cli/Ranks.h"
 #include "cli/TestField.h"
@@ -27,9 +29,10 @@ struct GradientResult {
   std::string
       label;      ///< the method's name, with ".1", ".2", ".3" for the components of three different fields
   int field = 0;  ///< 0-based among the fields given
-  GradientArrays gradient;        ///< of this rank, [1..NCell]
-  std::vector<double> cellError;  ///< of this rank, [1..NInnerCells]
-  GradientErrors errors;          ///< of all ranks
+  GradientArrays gradient;             ///< of this rank, [1..NCell]
+  std::vector<double> cellError;       ///< of this rank, [1..NInnerCells]; empty without exact gradient
+  GradientErrors errors;               ///< of all ranks; of no meaning without exact gradient
+  std::optional<GradientSizes> sizes;  ///< of all ranks, for a field without exact gradient
 };
 
 struct MethodResult {
@@ -43,7 +46,7 @@ struct MethodResult {
 /// What does not depend on the method.
 struct GradientCase {
   std::vector<TestField> fields;  ///< 1 or 3
-  std::vector<double> exactL2;    ///< of each field
+  std::vector<double> exactL2;    ///< of each field; empty for fields without exact gradient
   std::vector<char> isBoundaryCell;
   std::vector<double> weight;  ///< [1..NCell]
   int nSweeps = 3;
@@ -53,7 +56,7 @@ struct GradientCase {
 };
 
 /// Collective. Sets the operator up, calls it 1 + nRepeat times and compares its last result with the exact
-/// gradient.
+/// gradient, or measures it if there is none.
 MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
                        GradientCase& theCase);
 

@@ -19,7 +19,8 @@ CLI::Option* AddRepeatableOption(CLI::App& command, const std::string& name, std
 void AddMeshOptions(CLI::App& command, MeshOptions& options) {
   command
       .add_option("MESH", options.mesh,
-                  "A Gmsh file (.msh), a polyMesh folder or its case, or a box:\n"
+                  "A Gmsh (.msh) or CGNS (.cgns) file, a polyMesh folder or its case (decomposed for as many "
+                  "processors as there are ranks, or whole), or a box:\n"
                   "box:NX,NY,NZ[:hex|tet|prism|dual][:perturb=A,seed=S,stretch=F,skew=W]")
       ->required();
   AddRepeatableOption(command, "--group", options.groups,

@@ -3,10 +3,12 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 #include "cli/OneLine.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
+#include "reference_host/LoadField.h"
 
 namespace zyngrad {
 namespace {
@@ -38,7 +40,31 @@ void CheckGradient(HostPartition& partition, const Expression& expression, const
   }
 }
 
+std::string WarningAbout(const std::string& fieldFile, const std::vector<std::string>& patches) {
+  std::string names;
+  for (const std::string& patch : patches) names += (names.empty() ? "" : ", ") + Quoted(patch);
+  return Quoted(fieldFile) + " has no values for the faces of " + names + "; those of their cells stand in";
+}
+
 }  // namespace
+
+TestField ReadTestField(const Ranks& ranks, const std::string& meshSpec, reference_host::LoadedMesh& mesh,
+                        const std::string& fieldFile, std::vector<std::string>& warnings) {
+  reference_host::LoadedField loaded =
+      reference_host::LoadField(ranks.communicator(), meshSpec, mesh, fieldFile);
+  ranks.Together([&] {
+    for (int c = 1; c <= mesh.partition->mesh()->NCell; ++c) {
+      const double value = loaded.value[static_cast<std::size_t>(c)];
+      if (!std::isfinite(value)) FailNotFinite(*mesh.partition, "the field " + Quoted(fieldFile), value, c);
+    }
+  });
+  if (!loaded.patchesWithoutValues.empty()) {
+    warnings.push_back(WarningAbout(fieldFile, loaded.patchesWithoutValues));
+  }
+  TestField field;
+  field.value = std::move(loaded.value);
+  return field;
+}
 
 std::vector<double> MakeCellValues(const Ranks& ranks, HostPartition& partition, const Expression& expression,
                                    const std::string& what, const std::vector<char>* chosen) {

@@ -1,24 +1,35 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "cli/Expression.h"
 #include "cli/Ranks.h"
 #include "reference_host/HostPartition.h"
+#include "reference_host/LoadMesh.h"
 
 namespace zyngrad {
 
-/// A field given by a formula, on one partition: values where the operators read them, and the exact
-/// gradient.
+/// A field on one partition: values where the operators read them, and the exact gradient if it is given by a
+/// formula.
 struct TestField {
   std::vector<double>
       value;  ///< [1..NCell] at the cell centres; for ghost cells, at the boundary face centres
-  std::vector<double> gx, gy, gz;  ///< [1..NInnerCells] exact gradient at the cell centres
+  std::vector<double> gx, gy, gz;  ///< [1..NInnerCells] exact gradient at the cell centres; empty: not known
+
+  bool HasExactGradient() const { return !gx.empty(); }
 };
 
 /// Collective. Throws UsageError naming cell and place where the value or the exact gradient is not finite.
 TestField MakeTestField(const Ranks& ranks, reference_host::HostPartition& partition,
                         const Expression& expression);
+
+/// Collective. A field from a file, as reference_host::LoadField reads it, without exact gradient. Throws
+/// UsageError naming cell and place where a value is not finite.
+/// @param[in]     mesh      of `meshSpec`
+/// @param[in,out] warnings  gets a line if the file has no values for some of the boundary
+TestField ReadTestField(const Ranks& ranks, const std::string& meshSpec, reference_host::LoadedMesh& mesh,
+                        const std::string& fieldFile, std::vector<std::string>& warnings);
 
 /// Collective. The values alone, in all cells, as a coefficient of the weighted gradient has them.
 /// Throws UsageError naming cell and place where the value is not finite; `what` is the word for it in the

@@ -47,6 +47,12 @@ std::string Footer() {
          "other methods use the first. The field holds the formula's values at cell centres and, at the "
          "boundary,\n"
          "at face centres. Errors are measured against the formula's own gradient.\n\n"
+         "--field-file stands in for --field: FILE is a volScalarField of OpenFOAM, such as 0/T in the case "
+         "(a\n"
+         "decomposed case has it in its processor folders), or FILE.cgns:ARRAY for a cell-centred array. "
+         "Such "
+         "a field\n"
+         "has no exact gradient: norms and ranges of the gradients take the place of errors.\n\n"
          "The output folder gets results.json (the numbers of the tables), gradient.vtu, or gradient.pvtu "
          "and its\n"
          "pieces, what the operators print, in log.rankN.txt, and what rbf is told, in "
@@ -55,7 +61,14 @@ std::string Footer() {
          "  zyngrad gradient channel.msh --field \"sin(x)*y + z^2\"\n"
          "  zyngrad gradient box:20,20,20:tet --field \"x^2\" --method iterated --sweeps 5 -o tet20\n"
          "  mpirun -n 2 zyngrad gradient case/constant/polyMesh --field x --group frontAndBack=symmetry\n"
+         "  mpirun -n 4 zyngrad gradient case --field-file 0.5/T\n"
+         "  zyngrad gradient wing.cgns --field-file wing.cgns:Pressure --method lsq\n"
          "  zyngrad gradient box:9,9,9 --method vector --field \"x*y\" --field \"y*z\" --field \"z*x\"";
+}
+
+void PrintWarnings(std::ostream& out, const std::vector<std::string>& warnings) {
+  for (const std::string& warning : warnings) out << "  warning: " << warning << '\n';
+  if (!warnings.empty()) out << '\n';
 }
 
 class GradientCommand : public Command {
@@ -66,13 +79,12 @@ class GradientCommand : public Command {
  private:
   void ReadOptions();
   void ChooseMethods();
-  GradientCase MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
-                        const std::string& logFile);
+  GradientCase MakeCase(const Ranks& ranks, reference_host::LoadedMesh& mesh, const std::string& logFile);
   bool NeedsSettings() const;
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
-  std::vector<std::string> fieldTexts_;
+  std::vector<std::string> fieldTexts_, fieldFiles_;  ///< one of them is empty
   std::string method_ = "all", sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
   std::string outputFolder_ = "zyngrad-output";
   bool nonBlocking_ = false, shapeNormalize_ = false;
@@ -83,15 +95,17 @@ class GradientCommand : public Command {
   std::vector<const GradientMethod*> methods_;
   int nSweeps_ = 0, nRepeat_ = 0;
   RadialBasisSettings radialBasis_;
+  std::vector<std::string> warnings_;
 };
 
 CLI::App* GradientCommand::AddTo(CLI::App& program) {
-  CLI::App* command =
-      program.add_subcommand("gradient", "Gradient of a formula's field, by each method, with errors");
+  CLI::App* command = program.add_subcommand(
+      "gradient", "Gradient of a field, by each method; of a formula's field with errors");
   AddMeshOptions(*command, meshOptions_);
   AddRepeatableOption(*command, "--field", fieldTexts_, "The field, as a formula; one or three")
-      ->type_name("EXPR")
-      ->required();
+      ->type_name("EXPR");
+  AddRepeatableOption(*command, "--field-file", fieldFiles_, "The field, from a file; one or three")
+      ->type_name("FILE");
   command->add_option("--method", method_, MethodHelp())->type_name("NAME");
   command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method (default 3)")->type_name("N");
   command->add_option("--weight", weightText_, "Coefficient of the weighted method, as a formula (default 1)")
@@ -116,17 +130,22 @@ void GradientCommand::ChooseMethods() {
   if (methods_.empty()) {
     throw UsageError("unknown method " + Quoted(method_) + ": expected " + GradientMethodNames() + " or all");
   }
-  const std::size_t nGiven = fields_.size();
-  const std::string got = ", got " + std::to_string(nGiven);
+  const std::string option = fieldFiles_.empty() ? " --field" : " --field-file";
+  const std::size_t nGiven = std::max(fields_.size(), fieldFiles_.size());
+  const std::string got = option + ", got " + std::to_string(nGiven);
   if (method_ == "all") {
-    if (nGiven != 1 && nGiven != 3) throw UsageError("method all takes one or three --field" + got);
+    if (nGiven != 1 && nGiven != 3) throw UsageError("method all takes one or three" + got);
   } else if (nGiven != static_cast<std::size_t>(methods_.front()->nFields)) {
     throw UsageError("method " + method_ + " takes " + (methods_.front()->nFields == 1 ? "one" : "three") +
-                     " --field" + got);
+                     got);
   }
 }
 
 void GradientCommand::ReadOptions() {
+  if (fieldTexts_.empty() && fieldFiles_.empty()) throw UsageError("--field or --field-file is required");
+  if (!fieldTexts_.empty() && !fieldFiles_.empty()) {
+    throw UsageError("--field and --field-file exclude each other");
+  }
   for (const std::string& text : fieldTexts_) fields_.emplace_back(text);
   weight_.emplace_back(weightText_);
   ChooseMethods();
@@ -141,9 +160,13 @@ bool GradientCommand::NeedsSettings() const {
                      [](const GradientMethod* method) { return method->gradientType == kRadialBasisType; });
 }
 
-GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::HostPartition& partition,
+GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::LoadedMesh& mesh,
                                        const std::string& logFile) {
+  reference_host::HostPartition& partition = *mesh.partition;
   GradientCase theCase;
+  for (const std::string& file : fieldFiles_) {
+    theCase.fields.push_back(ReadTestField(ranks, meshOptions_.mesh, mesh, file, warnings_));
+  }
   for (const Expression& field : fields_) {
     theCase.fields.push_back(MakeTestField(ranks, partition, field));
     theCase.exactL2.push_back(ExactGradientL2(ranks, *partition.mesh(), theCase.fields.back()));
@@ -159,7 +182,11 @@ GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::HostP
 
 ordered_json GradientCommand::Question() const {
   ordered_json json;
-  json["fields"] = fieldTexts_;
+  if (fieldFiles_.empty()) {
+    json["fields"] = fieldTexts_;
+  } else {
+    json["fieldFiles"] = fieldFiles_;
+  }
   json["weight"] = weightText_;
   json["sweeps"] = nSweeps_;
   json["span"] = radialBasis_.span;
@@ -181,8 +208,8 @@ void GradientCommand::Run(const Ranks& ranks) {
   progress.Done();
   if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
 
-  progress.Stage("evaluating the formulas");
-  GradientCase theCase = MakeCase(ranks, *mesh.partition, folder.logFile());
+  progress.Stage(fieldFiles_.empty() ? "evaluating the formulas" : "reading the field");
+  GradientCase theCase = MakeCase(ranks, mesh, folder.logFile());
   StageRunSettings(ranks, *mesh.partition, folder,
                    NeedsSettings() ? std::optional(SettingsFileText(radialBasis_)) : std::nullopt);
   std::vector<MethodResult> results;
@@ -191,6 +218,7 @@ void GradientCommand::Run(const Ranks& ranks) {
     results.push_back(RunMethod(ranks, mesh, *method, theCase));
   }
   progress.Done();
+  if (ranks.IsFirst()) PrintWarnings(std::cout, warnings_);
   if (ranks.IsFirst()) PrintGradientResults(std::cout, results, theCase.exactL2);
 
   progress.Stage("writing");
@@ -200,7 +228,8 @@ void GradientCommand::Run(const Ranks& ranks) {
     ordered_json json = StartResults("gradient");
     json["mesh"] = MeshReportAsJson(meshOptions_.mesh, mesh.summary);
     json["question"] = Question();
-    json["exactGradientL2"] = theCase.exactL2;
+    if (!warnings_.empty()) json["warnings"] = warnings_;
+    if (!theCase.exactL2.empty()) json["exactGradientL2"] = theCase.exactL2;
     json["methods"] = GradientResultsAsJson(results);
     WriteJson(folder.Stage("results.json"), json);
   });

@@ -92,6 +92,37 @@ two_polyhedra() {  # two_polyhedra FOLDER NAME: all boundary faces in one patch 
   { foam polyBoundaryMesh boundary && echo "1 ( $2 { type patch; nFaces 10; startFace 2; } )"; } >"$1/boundary"
 }
 
+# The same two cells as OpenFOAM's tool for decomposing leaves them: one in each processor folder, without addressing.
+two_processors() {  # two_processors CASE NAME
+  local p mesh
+  for p in 0 1; do
+    mesh=$1/processor$p/constant/polyMesh
+    mkdir -p "$mesh"
+    {
+      foam vectorField points
+      echo "10 ( ($p 0 0) ($((p + 1)) 0 0) ($p 1 0) ($((p + 1)) 1 0) ($p 0 1) ($((p + 1)) 0 1) ($p 1 1) ($((p + 1)) 1 1)"
+      echo '(1 0 0.5) (1 1 0.5) )'
+    } >"$mesh/points"
+    {
+      foam faceList faces
+      [ $p = 0 ] && echo '7 ( 4(0 4 6 2) 4(0 2 3 1) 4(4 5 7 6) 5(0 1 8 5 4) 5(2 6 7 9 3) 4(1 3 9 8) 4(8 9 7 5) )'
+      [ $p = 1 ] && echo '7 ( 4(1 3 7 5) 4(0 2 3 1) 4(4 5 7 6) 5(0 1 5 4 8) 5(2 9 6 7 3) 4(0 8 9 2) 4(8 4 6 9) )'
+    } >"$mesh/faces"
+    { foam labelList owner && echo '7 { 0 }'; } >"$mesh/owner"
+    { foam labelList neighbour && echo '0 ( )'; } >"$mesh/neighbour"
+    {
+      foam polyBoundaryMesh boundary
+      echo "2 ( $2 { type patch; nFaces 5; startFace 0; }"
+      echo "cut { type processor; nFaces 2; startFace 5; myProcNo $p; neighbProcNo $((1 - p)); } )"
+    } >"$mesh/boundary"
+  done
+}
+
+scalar_field() {  # scalar_field FILE PATCH CELLS BOUNDARY: a field of OpenFOAM
+  mkdir -p "$(dirname "$1")"
+  { foam volScalarField T && echo "internalField $3; boundaryField { $2 { type fixedValue; $4; } }"; } >"$1"
+}
+
 # A pyramid on the unit square with a tetrahedron on its side x = 1.
 pyramid_and_tetrahedron() {  # pyramid_and_tetrahedron FILE
   cat >"$1" <<'MSH'
@@ -224,6 +255,55 @@ for ranks in 1 2; do
   check "info on polyhedra on $ranks ranks" grep -q "^  wall  *wall  *10$" stdout
 done
 check "polyhedra are written with their faces" grid_has polyhedra-1/gradient.vtu faces faceoffsets
+
+# --- a decomposed case, fields from files ------------------------------------------------------------------------------
+
+two_polyhedra meshes/case/constant/polyMesh wall
+scalar_field meshes/case/0/T wall 'nonuniform List<scalar> 2 (1 5)' 'value nonuniform List<scalar> 10 (0 1 2 3 4 5 6 7 8 9)'
+scalar_field meshes/case/0/short wall 'nonuniform List<scalar> 1 (1)' 'value uniform 0'
+scalar_field meshes/case/0/bare wall 'uniform 7' 'refValue uniform 3'
+scalar_field meshes/case/0/infinite wall 'nonuniform List<scalar> 2 (1 nan)' 'value uniform 0'
+two_processors meshes/decomposed wall
+scalar_field meshes/decomposed/processor0/0/T wall 'uniform 1' 'value nonuniform List<scalar> 5 (0 1 2 3 4)'
+scalar_field meshes/decomposed/processor1/0/T wall 'uniform 5' 'value nonuniform List<scalar> 5 (5 6 7 8 9)'
+
+run 1 gradient meshes/case --field "x+2*y" -o whole-formula
+run 2 gradient meshes/decomposed --field "x+2*y" -o decomposed-formula
+check "decomposed case: exit code 0" exited 0
+check "decomposed case: lsq exact" below "$(number decomposed-formula/results.json l2 8)" 1e-12
+check "decomposed case: cells and nodes of the whole" \
+  [ "$(grep -E '"(cells|nodes)": ' decomposed-formula/results.json)" = "$(grep -E '"(cells|nodes)": ' whole-formula/results.json)" ]
+for ranks in 1 2; do
+  run $ranks gradient meshes/case --field-file 0/T -o field-$ranks
+  check "field from a file on $ranks ranks: exit code 0" exited 0
+  check "field from a file on $ranks ranks: nothing on stderr" [ ! -s stderr ]
+  check "field from a file on $ranks ranks: no warning" [ "$(grep -c warning stdout)" = 0 ]
+  check "field from a file on $ranks ranks: sizes instead of errors" contains stdout "no exact gradient"
+  check "field from a file on $ranks ranks: row of every method" [ "$(grep -cE '^  (plain|iterated|weighted|lsq|vector|rbf) +boundary|^ +boundary' stdout)" = 6 ]
+done
+# Green-Gauss of the left cell: (4 faces of value 0..4, the middle at 3) by hand: (3 - 0, 4 - 3, 2 - 1).
+check "field from a file: plain gradient as by hand" contains <(tr -d ' \n' <field-1/results.json) '"range":{"x":[2.0,3.0],"y":[1.0,1.0],"z":[1.0,1.0]}'
+check "field from a file: grid has field and gradients" grid_has field-1/gradient.vtu field gradient_plain gradient_rbf rank cell
+check "field from a file: grid has no errors" [ "$(grep -acE 'Name="(exact_gradient|error_plain)"' field-1/gradient.vtu)" = 0 ]
+check "field from a file: named in the results" contains field-1/results.json '"fieldFiles"'
+run 2 gradient meshes/decomposed --field-file 0/T -o field-decomposed
+check "field of a decomposed case: exit code 0" exited 0
+for entry in $(seq 1 12); do
+  a=$(number field-1/results.json l2 $entry)
+  for other in 2 decomposed; do
+    b=$(number field-$other/results.json l2 $entry)
+    # The radial-basis systems of these two cells have a condition number of about 1e5.
+    check "field from a file, l2 number $entry agrees with field-$other ($a, $b)" \
+      awk -v a="$a" -v b="$b" 'BEGIN { d = a - b; exit !(a == b || (d <= 1e-9 * a && -d <= 1e-9 * a)) }'
+  done
+done
+run 1 gradient meshes/case --field-file meshes/case/0/bare --method plain -o bare
+check "field without boundary values: exit code 0" exited 0
+check "field without boundary values: one warning" \
+  [ "$(grep -c 'warning: "meshes/case/0/bare" has no values for the faces of "wall"' stdout)" = 1 ]
+check "field without boundary values: the warning in the results" contains bare/results.json '"warnings"'
+run 2 gradient meshes/case --field-file 0/T --field-file 0/T --field-file 0/bare --method vector -o three-files
+check "three fields from files: a row each" [ "$(grep -c '^  vector\.[123]  *interior' stdout)" = 3 ]
 
 # --- info ------------------------------------------------------------------------------------------------------------
 
@@ -606,6 +686,7 @@ check "compare-ranks on a file: exit code 0" exited 0
 # --- wrong input -----------------------------------------------------------------------------------------------------
 
 echo "no mesh" >text.msh
+echo "no mesh" >text.cgns
 echo "no mesh" >picture.png
 touch a-file
 printf "x,y\n1,2\n" >no-z.csv
@@ -642,6 +723,13 @@ wrong "no field" "--field" gradient box:3,3,3
 wrong "no mesh" "MESH" gradient --field x
 wrong "two fields" "one or three" gradient box:3,3,3 --field x --field y
 wrong "vector of one field" "method vector takes three --field, got 1" gradient box:3,3,3 --field x --method vector
+wrong "formula and file" "exclude each other" gradient box:3,3,3 --field x --field-file 0/T
+wrong "file for a box" "needs a mesh of OpenFOAM" gradient box:3,3,3 --field-file 0/T
+wrong "missing field file" "0/p: no such file" gradient meshes/case --field-file 0/p
+wrong "field file of another mesh" "meshes/case/0/short: 1 values for 2 cells" gradient meshes/case --field-file 0/short
+wrong "field file not finite" 'the field "0/infinite" is nan at cell 2' gradient meshes/case --field-file 0/infinite
+wrong "CGNS without an array" "name the array" gradient meshes/case --field-file wing.cgns
+wrong "not a CGNS file" "text.cgns" gradient text.cgns --field x
 wrong "plain of three fields" "method plain takes one --field, got 3" gradient box:3,3,3 --field x --field y --field z --method plain
 wrong "sweeps not a number" '--sweeps "many"' gradient box:3,3,3 --field x --sweeps many
 wrong "negative sweeps" '--sweeps "-1"' gradient box:3,3,3 --field x --sweeps -1
@@ -746,6 +834,12 @@ wrong "check, folder below a file" "a-file" check box:3,3,3 -o a-file/below
 run 1 faces box:3,3,3 --field x --group partition
 check "partition faces on one rank: exit code 2" exited 2
 check "partition faces on one rank: says what" contains stderr "no partition faces on one rank"
+
+for ranks in 1 4; do
+  run $ranks gradient meshes/decomposed --field x
+  check "decomposed case on $ranks ranks: exit code 2" exited 2
+  check "decomposed case on $ranks ranks: says how many" contains stderr "decomposed for 2 processors, but this run has $ranks rank"
+done
 
 run 4 gradient box:3,1,1 --field x
 check "more ranks than cells: exit code 2" exited 2

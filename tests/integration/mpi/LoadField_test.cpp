@@ -13,6 +13,9 @@
 #include "reference_host/FaceGeometry.h"
 #include "reference_host/MeshDistribution.h"
 #include "reference_host/Vector3.h"
+#if __has_include(<cgnslib.h>)
+#include "tests/unit/reference_host/CgnsTestFile.h"
+#endif
 #include "tests/unit/reference_host/FoamTestCase.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
@@ -202,5 +205,56 @@ TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
   EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(name, mesh, "T"); }),
             "T: a decomposed case needs the time and the field, as in 0/T");
 }
+
+#if __has_include(<cgnslib.h>)
+// A row of cubes along x, cells and their values in the same order.
+TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
+  constexpr int kCells = 7;
+  const SharedFolder folder;
+  const std::string name = folder.File("row.cgns");
+  if (Rank() == 0) {
+    std::vector<Point> points;
+    std::vector<cgsize_t> nodes, surface;
+    std::vector<double> values;
+    for (int i = 0; i <= kCells; ++i) {
+      for (const auto& [y, z] :
+           {std::pair(0.0, 0.0), std::pair(1.0, 0.0), std::pair(1.0, 1.0), std::pair(0.0, 1.0)}) {
+        points.push_back({1.0 * i, y, z});
+      }
+    }
+    for (int i = 0; i < kCells; ++i) {
+      for (int n = 1; n <= 8; ++n) nodes.push_back(4 * i + n);
+      values.push_back(i * i - 0.5);
+    }
+    CgnsTestFile file(name);
+    file.Base();
+    file.Zone(points, kCells);
+    file.Section("Cells", CGNS_ENUMV(HEXA_8), 1, kCells, nodes);
+    file.Section("inlet", CGNS_ENUMV(QUAD_4), kCells + 1, kCells + 1, {1, 2, 3, 4});
+    file.Solution("Flow", CGNS_ENUMV(CellCenter));
+    file.Array("Pressure", values);
+  }
+  MPI_Barrier(MPI_COMM_WORLD);
+  LoadedMesh mesh = LoadMesh(MPI_COMM_WORLD, name, {{"unnamed", BoundaryGroup::Wall}}, {});
+  EXPECT_EQ(mesh.summary.nCells, kCells);
+  EXPECT_EQ(mesh.summary.FacesOf(BoundaryGroup::Inlet), 1);
+  const LoadedField field = LoadOf(name, mesh, name + ":Pressure");
+  EXPECT_EQ(field.patchesWithoutValues, (std::vector<std::string>{"inlet", "unnamed"}));
+  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  for (int c = 1; c <= m.NCell; ++c) {
+    // Centres of cells at 0.5, 1.5, ...; those of ghost cells lie on a face of the cell, which may be its end.
+    const bool isGhost = mesh.partition->globalCell()[c] == 0;
+    if (isGhost && m.xc[c] == std::floor(m.xc[c])) continue;
+    const double i = std::floor(m.xc[c]);
+    EXPECT_EQ(field.value[c], i * i - 0.5) << "cell " << c;
+  }
+  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(name, mesh, name + ":Mach"); }),
+            name + ": no array 'Mach'; arrays at cell centres: 'Flow/Pressure'");
+
+  LoadedMesh other = Load("box:3,2,2");
+  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf("box:3,2,2", other, name + ":Pressure"); }),
+            name + ":Pressure: 7 values for the 12 cells of the mesh");
+}
+#endif
 
 }  // namespace reference_host::test

@@ -56,6 +56,42 @@ TEST(GradientReport, CountsCellsThatAreNotFinite) {
   EXPECT_NE(Printed({result}).find("  plain: the gradient is not finite in 3 cells\n"), std::string::npos);
 }
 
+MethodResult ResultWithoutExactGradient() {
+  MethodResult result = PlainResult();
+  GradientSizes sizes;
+  sizes.norms = result.gradients[0].errors;
+  sizes.norms.boundary.nNotFinite = 2;
+  sizes.lowest = {-1.5, 0.0, 0.25};
+  sizes.highest = {2.5, 0.0, std::nan("")};
+  result.gradients[0].errors = {};
+  result.gradients[0].sizes = sizes;
+  return result;
+}
+
+TEST(GradientReport, PrintsSizesWhereThereIsNoExactGradient) {
+  std::ostringstream out;
+  PrintGradientResults(out, {ResultWithoutExactGradient()}, {});
+  const std::string text = out.str();
+  EXPECT_EQ(text.find("error"), std::string::npos) << text;
+  EXPECT_NE(
+      text.find("plain   interior   1,000  1.000e-03  2.000e-03  1.250e-01       77  (0.5, 0.25, 0.75)"),
+      std::string::npos)
+      << text;
+  EXPECT_NE(text.find("plain   -1.500e+00  2.500e+00  0.000e+00  0.000e+00  2.500e-01   -"), std::string::npos)
+      << text;
+  EXPECT_NE(text.find("  plain: the gradient is not finite in 2 cells\n"), std::string::npos) << text;
+}
+
+TEST(GradientReport, GivesSizesAsJsonWhereThereIsNoExactGradient) {
+  const nlohmann::ordered_json json = GradientResultsAsJson({ResultWithoutExactGradient()});
+  EXPECT_FALSE(json[0].contains("errors"));
+  const auto& gradient = json[0]["gradients"][0];
+  EXPECT_EQ(gradient["interior"]["l2"], 0.002);
+  EXPECT_FALSE(gradient["interior"].contains("l2Relative"));
+  EXPECT_EQ(gradient["range"]["x"], (std::vector<double>{-1.5, 2.5}));
+  EXPECT_EQ(gradient["range"]["z"].dump(), "[0.25,null]");
+}
+
 TEST(GradientReport, GivesTheSameNumbersAsJson) {
   const nlohmann::ordered_json json = GradientResultsAsJson({PlainResult(), NotRunResult()});
   ASSERT_EQ(json.size(), 2U);
