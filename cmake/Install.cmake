@@ -6,7 +6,7 @@ install(DIRECTORY host foundation gradient rbf_cell rbf_face rbf_ib DESTINATION 
 install(DIRECTORY reference_host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h")
 
 install(TARGETS Zyn3dGradOp Zyn3dGradOp_host Zyn3dGradOp_search_tree EXPORT Zyn3dGradOpTargets)
-# A set of its own: only who asks for the component needs what it depends on.
+# A set of its own: it is left out where what it depends on is not there.
 install(TARGETS Zyn3dGradOp_reference_host EXPORT Zyn3dGradOpReferenceHostTargets)
 if(TARGET Zyn3dGradOp_host_check)
   install(DIRECTORY host_check DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h")

@@ -33,6 +33,27 @@ run() {
 cmake -G Ninja -S "$repository/tests/package/consumer" -B "$work/without_mpi" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_PREFIX_PATH="$work/prefix" -DCMAKE_DISABLE_FIND_PACKAGE_MPI=ON --no-warn-unused-cli >/dev/null
 
+# The reference host comes by itself where its dependencies are; as a component it says what is missing.
+mkdir "$work/asks"
+cat >"$work/asks/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(asks CXX)
+find_package(Zyn3dGradOp CONFIG REQUIRED ${ask_for})
+if(NOT TARGET Zyn3dGradOp::reference_host)
+  message(FATAL_ERROR "no reference host")
+endif()
+END
+ask() { cmake -G Ninja -S "$work/asks" -B "$work/asks/$1" -DCMAKE_CXX_COMPILER="$compiler" \
+  -DCMAKE_PREFIX_PATH="$work/prefix" "${@:2}" 2>&1; }
+ask plain >/dev/null || { echo "find_package without components gives no reference host"; exit 1; }
+if [[ -e "$work/prefix/bin/zyngrad" ]]; then
+  said=$(ask without "-Dask_for=COMPONENTS;reference_host" -DCMAKE_DISABLE_FIND_PACKAGE_MPI=ON) && said="it was found"
+  if [[ $(tr -s ' \n' ' ' <<<"$said") != *'what is not there: MPI for C++'* ]]; then
+    echo "without MPI, the component: $said"
+    exit 1
+  fi
+fi
+
 build_against tests/package/consumer
 run consumer "$work/consumer/consumer"
 
