@@ -11,6 +11,7 @@
 #include "cli/FaceErrors.h"
 #include "cli/KernelCondition.h"
 #include "cli/StdoutToFile.h"
+#include "cli/StencilRow.h"
 #include "foundation/DQKernel.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_face/FaceC2Kernel.h"
@@ -100,7 +101,7 @@ class FaceSystems {
   void CheckSide(int f, int side, CheckedSystem& face) const {
     const IBCnode& node = op_.m_ppVirtualNode[f][side];
     const DQVector at = {node.x, node.y, node.z};
-    const int* const positions = op_.m_pFaceRows[f].m_ppRow[side];
+    const int* const positions = StencilRow(op_.m_pFaceRows[f], side);
     std::vector<DQVector> nodes;
     double reach = 0.0;
     for (int k = 1; k <= positions[0]; ++k) {

@@ -23,7 +23,7 @@ bool SameBits(const std::vector<Point>& a, const std::vector<Point>& b) {
 
 /// Length of the difference; 0 for the same bits, infinite if it is no number.
 double DifferenceOf(const Point& a, const Point& b) {
-  if (std::memcmp(&a, &b, sizeof a) == 0) return 0.0;
+  if (std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0) return 0.0;
   const double dx = a[0] - b[0], dy = a[1] - b[1], dz = a[2] - b[2];
   const double length = std::sqrt(dy * dy + dx * dx + dz * dz);
   return std::isnan(length) ? std::numeric_limits<double>::infinity() : length;

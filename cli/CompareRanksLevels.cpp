@@ -152,8 +152,10 @@ class WholeMeasures {
       conditions = PointConditions(partition_, usable, points, settings);
     }
     double worst = 0.0;
-    for (const double condition : conditions)
-      worst = std::isnan(condition) ? kInfinite : std::max(worst, condition);
+    for (const double condition : conditions) {
+      if (std::isnan(condition)) return kInfinite;
+      worst = std::max(worst, condition);
+    }
     return worst;
   }
 

@@ -12,6 +12,7 @@
 #include "cli/KernelCondition.h"
 #include "cli/RunSettings.h"
 #include "cli/StdoutToFile.h"
+#include "cli/StencilRow.h"
 #include "cli/TemporaryFolder.h"
 #include "cli/Timing.h"
 #include "foundation/DQKernel.h"
@@ -81,7 +82,7 @@ class FaceStencils {
   /// Of the point P (side 1) or E (side 2) on the face's normal.
   double ConditionOfSide(int f, int side) const {
     const IBCnode& point = op_.m_ppVirtualNode[f][side];
-    const int* const positions = op_.m_pFaceRows[f].m_ppRow[side];
+    const int* const positions = StencilRow(op_.m_pFaceRows[f], side);
     std::vector<DQVector> nodes;
     double reach = 0.0;
     for (int k = 1; k <= positions[0]; ++k) {

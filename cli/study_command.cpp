@@ -36,20 +36,24 @@ std::vector<std::string> Words(const std::string& list) {
 
 std::string SeriesHelp() {
   std::string text = "Refine a box, or one of these series:";
-  for (const NamedSeries& series : NamedStudySeries())
-    text += std::string("\n  ") + series.name + ": " + series.description + ", from " + series.firstMesh;
+  for (const NamedSeries& series : NamedStudySeries()) {
+    text.append("\n  ").append(series.name).append(": ").append(series.description);
+    text.append(", from ").append(series.firstMesh);
+  }
   return text;
 }
 
 std::string MethodHelp() {
   std::string text = "Methods between commas (default gradients):";
-  for (const StudyMethod& method : StudyMethods()) text += "\n  " + method.name + ": " + method.description;
+  for (const StudyMethod& method : StudyMethods())
+    text.append("\n  ").append(method.name).append(": ").append(method.description);
   return text + "\n  gradients, faces, points, all: all of a kind";
 }
 
 std::string FieldHelp() {
   std::string text = "The field, repeat as needed (default trigonometric): a formula or";
-  for (const auto& [name, formula] : NamedStudyFields()) text += "\n  " + name + ": " + formula;
+  for (const auto& [name, formula] : NamedStudyFields())
+    text.append("\n  ").append(name).append(": ").append(formula);
   return text;
 }
 

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <regex>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace zyngrad {
 namespace {
@@ -23,18 +26,21 @@ StudyPlot TwoCurves() {
   return plot;
 }
 
-/// The places of the curve with that number, in pixels.
+/// The corners of the path with that number among those of a class, in pixels.
 std::vector<std::pair<double, double>> PathOf(const std::string& svg, int number,
                                               const std::string& what = "curve") {
-  const std::regex path("class=\"" + what + "\" d=\"([^\"]*)\""), place("(-?[0-9.]+) (-?[0-9.]+)");
-  auto found = std::sregex_iterator(svg.begin(), svg.end(), path);
-  for (int k = 0; k < number && found != std::sregex_iterator(); ++k) ++found;
-  if (found == std::sregex_iterator()) return {};
-  const std::string text = (*found)[1];
-  std::vector<std::pair<double, double>> places;
-  for (auto at = std::sregex_iterator(text.begin(), text.end(), place); at != std::sregex_iterator(); ++at)
-    places.emplace_back(std::stod((*at)[1]), std::stod((*at)[2]));
-  return places;
+  const std::string begin = "class=\"" + what + "\" d=\"";
+  std::size_t at = svg.find(begin);
+  for (int k = 0; k < number && at != std::string::npos; ++k) at = svg.find(begin, at + 1);
+  if (at == std::string::npos) return {};
+  at += begin.size();
+  std::string path = svg.substr(at, svg.find('"', at) - at);
+  for (char& c : path)
+    if (c == 'M' || c == 'L' || c == 'Z') c = ' ';
+  std::istringstream in(path);
+  std::vector<std::pair<double, double>> corners;
+  for (double x, y; in >> x >> y;) corners.emplace_back(x, y);
+  return corners;
 }
 
 TEST(StudyPlot, DrawsACurveAndALegendEntryEach) {
