@@ -6,13 +6,13 @@
 
 #include "foundation/BoundingBox.h"
 #include "foundation/DQVector.h"
+#include "foundation/DistanceSort.h"
 #include "foundation/FaceGroups.h"
 #include "foundation/GrowingBoxSearch.h"
+#include "foundation/GrowingRowTable.h"
 #include "foundation/KernelSystem.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
-#include "foundation/DistanceSort.h"
-#include "foundation/GrowingRowTable.h"
 
 /// @file
 /// What the sources of the interpolation to faces share.

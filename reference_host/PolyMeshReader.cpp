@@ -224,7 +224,8 @@ PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder) {
   FoamFile owner(folder, "owner");
   // "N{n}" can announce any number. It stands only where one cell owns all faces, so there are few.
   constexpr std::int64_t kFew = 1000;
-  boundary.owner = ReadCellNumbers(owner, std::max(kFew, static_cast<std::int64_t>(owner.Text().Remaining())));
+  boundary.owner =
+      ReadCellNumbers(owner, std::max(kFew, static_cast<std::int64_t>(owner.Text().Remaining())));
   FoamFile file(folder, "boundary");
   ReadPatches(file, [&](const PatchEntry& entry) {
     CheckRange(file, entry, 0, static_cast<std::int64_t>(boundary.owner.size()));

@@ -77,7 +77,8 @@ TEST(GradientReport, PrintsSizesWhereThereIsNoExactGradient) {
       text.find("plain   interior   1,000  1.000e-03  2.000e-03  1.250e-01       77  (0.5, 0.25, 0.75)"),
       std::string::npos)
       << text;
-  EXPECT_NE(text.find("plain   -1.500e+00  2.500e+00  0.000e+00  0.000e+00  2.500e-01   -"), std::string::npos)
+  EXPECT_NE(text.find("plain   -1.500e+00  2.500e+00  0.000e+00  0.000e+00  2.500e-01   -"),
+            std::string::npos)
       << text;
   EXPECT_NE(text.find("  plain: the gradient is not finite in 2 cells\n"), std::string::npos) << text;
 }
