@@ -27,6 +27,7 @@ class PatchAssigner {
   void Assign() {
     const std::vector<CgnsCondition> conditions = ReadCgnsConditions(file_);
     std::vector<int> patchOfCondition;
+    patchOfCondition.reserve(conditions.size());
     for (const CgnsCondition& condition : conditions) patchOfCondition.push_back(PatchOf(condition));
     for (std::size_t c = 0; c < conditions.size(); ++c) {
       if (conditions[c].byNodes) {
@@ -121,6 +122,7 @@ class PatchAssigner {
 FaceMesh ReadCgns(const std::string& file) {
   const CgnsFile cgns(file);
   const std::vector<CgnsSection> sections = cgns.Sections();
+  if (sections.empty()) cgns.Fail("the zone has no section of elements");
   CgnsTopology topology =
       HasCgnsPolygons(sections) ? JoinCgnsPolyhedra(cgns, sections) : JoinCgnsCells(cgns, sections);
   PatchAssigner(cgns, sections, topology).Assign();

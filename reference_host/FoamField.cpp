@@ -1,9 +1,10 @@
 #include "reference_host/FoamField.h"
 
+#include <regex.h>
+
 #include <array>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <string_view>
 #include <utility>
 
@@ -158,12 +159,16 @@ class FieldParser {
     return nullptr;
   }
 
+  /// The whole name must match. std::regex would recurse as deep as the name is long.
   bool Matches(const std::string& patch, const std::string& pattern) const {
-    try {
-      return std::regex_match(patch, std::regex(pattern, std::regex::extended));
-    } catch (const std::regex_error&) {
+    regex_t compiled;
+    if (regcomp(&compiled, pattern.c_str(), REG_EXTENDED) != 0) {
       Fail("the pattern " + Quoted(pattern) + " is no regular expression");
     }
+    regmatch_t match;
+    const bool found = regexec(&compiled, patch.c_str(), 1, &match, 0) == 0;
+    regfree(&compiled);
+    return found && match.rm_so == 0 && match.rm_eo == static_cast<regoff_t>(patch.size());
   }
 
   FoamFile file_;

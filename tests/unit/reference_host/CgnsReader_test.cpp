@@ -252,6 +252,13 @@ TEST(CgnsReader, TurnsFacesThatAllPointTheOtherWay) {
   EXPECT_NEAR(VolumeOf(read), 1.0, 1e-14);
 }
 
+TEST(CgnsReader, ReadsFilesOfTheOlderKindToo) {
+  ASSERT_EQ(cg_set_file_type(CG_FILE_ADF), CG_OK);
+  const FaceMesh old = WrittenAndRead(WriteMixedCells);
+  ASSERT_EQ(cg_set_file_type(CG_FILE_NONE), CG_OK);
+  ExpectSameMesh(old, WrittenAndRead(WriteMixedCells));
+}
+
 TEST(CgnsReader, LeavesOutNodesThatNoCellUses) {
   std::vector<Point> points = PointsOfCubes();
   points.insert(points.begin(), {9, 9, 9});
@@ -381,6 +388,12 @@ TEST(CgnsReader, RefusesOtherThanOneUnstructuredZone) {
 }
 
 TEST(CgnsReader, RefusesElementsThatItCannotTake) {
+  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+              file.Base();
+              file.Zone(PointsOfCubes(), 0);
+              file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointRange), {1, 4}, CGNS_ENUMV(Vertex));
+            }),
+            "the zone has no section of elements");
   EXPECT_EQ(Refusal([](CgnsTestFile& file) {
               file.Base();
               file.Zone(std::vector<Point>(10, Point{0, 0, 0}), 1);

@@ -130,6 +130,26 @@ TEST(FoamField, RefusesEveryTruncatedFile) {
   }
 }
 
+// Whatever single byte is changed: the field is read or refused, nothing else.
+TEST(FoamField, SurvivesDamagedBytes) {
+  const std::string whole =
+      Text("nonuniform List<scalar> 3(1 2 3)",
+           "inlet { type fixedValue; value nonuniform List<scalar> 3{1}; }\n\"w.*\" { type slip; }\n");
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (const char c : {'(', '}', ';', '"', '9', '-', '$', '\0'}) {
+      std::string text = whole;
+      text[at] = c;
+      const TemporaryFolder folder;
+      const std::string file = folder.Write("p", text);
+      try {
+        EXPECT_EQ(ReadFoamField(file, 3, ThreeCells()).cell.size(), 3U);
+      } catch (const reference_host::MeshError& error) {
+        EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos);
+      }
+    }
+  }
+}
+
 TEST(FoamFieldLookup, FindsFacesByTheirCellPatchAndPlaceAmongItsFaces) {
   const PolyMeshBoundary boundary = ThreeCells();
   const FoamField field = Read(Text("nonuniform List<scalar> 3(10 20 30)",
