@@ -5,7 +5,7 @@
 #include "reference_host/CgnsField.h"
 #include "tests/unit/reference_host/MeshTestSupport.h"
 
-#if __has_include(<cgnslib.h>)
+#ifdef ZYN_WITH_CGNS
 
 #include <cmath>
 #include <fstream>
