@@ -23,8 +23,12 @@ class ProbeField {
   }
 
   double* Data() { return values_.data() + kGuard; }  ///< [1..NCell]
-  double& operator[](int c) { return values_[static_cast<std::size_t>(kGuard + c)]; }
-  double operator[](int c) const { return values_[static_cast<std::size_t>(kGuard + c)]; }
+  double& operator[](int c) {
+    return values_[static_cast<std::size_t>(c) + static_cast<std::size_t>(kGuard)];
+  }
+  double operator[](int c) const {
+    return values_[static_cast<std::size_t>(c) + static_cast<std::size_t>(kGuard)];
+  }
   bool IsFilled(int c) const { return (*this)[c] != kMarker; }
 
   /// Calls tell(cell) for each interior cell whose value was changed in any bit.

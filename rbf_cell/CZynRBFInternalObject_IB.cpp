@@ -89,6 +89,7 @@ int CZynRBFInternalObject::SetIBNodeCollation() {
   return 1;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): what is handed over belongs to the operation
 int CZynRBFInternalObject::SetIBADTress(double*, std::vector<int>, CZYNOptKer, int*) {
   for (int icell = 1; icell <= m_pMesh->NCell; ++icell) {
     PrintFormatted("*pGV->NCell = %d\n", m_pMesh->NCell);
