@@ -1,5 +1,7 @@
 #include "cli/UsableCells.h"
 
+// As in the search tree: Boost warns of its own headers.
+#define BOOST_ALLOW_DEPRECATED_HEADERS
 #include <boost/geometry/geometries/point.hpp>
 #include <boost/geometry/index/rtree.hpp>
 #include <boost/geometry/strategies/strategies.hpp>
