@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include "foundation/DQVector.h"
 
 /// @file
@@ -28,13 +30,35 @@ constexpr Value IntegerPower(Value x) {
   }
 }
 
+/// Powers as fixed products.
+struct ProductPowers {
+  template <int N, typename Value>
+  static constexpr Value Power(Value x) {
+    return IntegerPower<N>(x);
+  }
+};
+
+/// Powers of the standard library, which come out as if rounded (nearly) once.
+struct LibraryPowers {
+  template <int N>
+  static double Power(double x) {
+    return std::pow(x, static_cast<double>(N));
+  }
+  template <int N>
+  static TwoDoubles Power(TwoDoubles x) {
+    return TwoDoubles{Power<N>(x[0]), Power<N>(x[1])};
+  }
+};
+
 /// The plain form: offsets stay in length units, and s = r / c with the support radius c = span * h, h a
 /// length measured on the stencil. Gradients are with respect to the evaluation point, in units of 1/L.
 ///
 /// Nothing guards the divisions: h = 0 gives NaN.
-class PlainDQKernel {
+template <typename Powers>
+class PlainDQKernelWith {
  public:
-  PlainDQKernel(double span, double h) : c_(span * h), c2_(c_ * span * h), c8_(IntegerPower<8>(c_)) {}
+  PlainDQKernelWith(double span, double h)
+      : c_(span * h), c2_(c_ * span * h), c8_(Powers::template Power<8>(c_)) {}
 
   /// What a length is taken of.
   template <typename Number>
@@ -45,7 +69,7 @@ class PlainDQKernel {
   /// kernel(r / c), r the length of an offset.
   template <typename Number>
   Number Value(Number r) const {
-    return IntegerPower<6>(1.0 - r / c_) * (35.0 * r * r / c2_ + 18.0 * r / c_ + 3.0);
+    return Powers::template Power<6>(1.0 - r / c_) * (35.0 * r * r / c2_ + 18.0 * r / c_ + 3.0);
   }
 
   /// -56 d (5 r + c) (c - r)^5 / c^8, the multiplied-out form, with d the offset from the centre to the
@@ -53,7 +77,7 @@ class PlainDQKernel {
   DQVector Gradient(DQVector const& d) const {
     double const r = Length(d);
     double const linear = 5.0 * r + c_;
-    double const power = IntegerPower<5>(c_ - r);
+    double const power = Powers::template Power<5>(c_ - r);
     return {-(d.x * 56.0 * linear * power / c8_), -(d.y * 56.0 * linear * power / c8_),
             -(d.z * 56.0 * linear * power / c8_)};
   }
@@ -61,6 +85,13 @@ class PlainDQKernel {
  private:
   double c_, c2_, c8_;
 };
+
+using PlainDQKernel = PlainDQKernelWith<ProductPowers>;
+
+/// The plain form of the systems of free points. Their weights are defined with the standard library's powers, and
+/// which powers these are is to be seen: with the usual spans the systems are so near to singular that the last
+/// bit of an entry decides about the fifth digit of what is interpolated.
+using PointDQKernel = PlainDQKernelWith<LibraryPowers>;
 
 /// The shape-normalised form: every component of an offset is divided by span * e_a first, e_a the extent of
 /// the stencil along its axis, and s is the length of the result.

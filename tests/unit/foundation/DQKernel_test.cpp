@@ -109,6 +109,32 @@ TEST(DQKernel, WithoutASupportIsNotANumber) {
   EXPECT_TRUE(std::isnan(ShapeNormalisedDQKernel(500.0, DQVector{1.0, 0.0, 1.0}).Scaled(DQVector{}).y));
 }
 
+// Bit for bit, one value or two at a time; the products round differently often enough to be told apart.
+TEST(DQKernel, OfFreePointsTakesThePowersOfTheStandardLibrary) {
+  const double span = 500.0, h = 0.37, c = span * h, c2 = c * span * h, c8 = std::pow(c, 8.0);
+  const PointDQKernel kernel(span, h);
+  const auto expected = [=](double r) {
+    return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
+  };
+  std::mt19937_64 random(5);
+  std::uniform_real_distribution<double> coordinate(0.0, 0.5);
+  int telling = 0;
+  for (int i = 0; i < 1000; ++i) {
+    const DQVector d{coordinate(random), -coordinate(random), coordinate(random)};
+    const double r = Length(d);
+    EXPECT_EQ(expected(r), kernel.Value(r));
+    const TwoDoubles two = kernel.Value(TwoDoubles{d.x, r});
+    EXPECT_EQ(expected(d.x), two[0]);
+    EXPECT_EQ(expected(r), two[1]);
+    const DQVector g = kernel.Gradient(d);
+    EXPECT_EQ(-(d.x * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.x);
+    EXPECT_EQ(-(d.y * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.y);
+    EXPECT_EQ(-(d.z * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.z);
+    if (kernel.Value(r) != PlainDQKernel(span, h).Value(r)) ++telling;
+  }
+  EXPECT_GT(telling, 100);
+}
+
 // Whatever the order of the products, N - 1 of them round N - 1 times by half an epsilon at most; the reference
 // is rounded once.
 template <int N>

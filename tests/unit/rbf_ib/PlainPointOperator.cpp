@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "foundation/CDenseSolver.h"
-#include "foundation/DQKernel.h"
 
 namespace rbf_ib_test {
 namespace {
@@ -24,12 +23,12 @@ double Norm(Point d) { return std::sqrt(SquaredNorm(d)); }
 struct Kernel {
   double c, c2, c8;
 
-  Kernel(double span, double support) : c(span * support), c2(c * span * support), c8(IntegerPower<8>(c)) {}
+  Kernel(double span, double support) : c(span * support), c2(c * span * support), c8(std::pow(c, 8.0)) {}
 
   double Value(double r) const {
-    return IntegerPower<6>(1.0 - r / c) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
+    return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
   }
-  double Slope(double d, double r) const { return -(d * 56.0 * (r * 5.0 + c) * IntegerPower<5>(c - r) / c8); }
+  double Slope(double d, double r) const { return -(d * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8); }
 };
 
 }  // namespace

@@ -57,8 +57,8 @@ struct Statistics {
 /// every system built and solved each time that it is needed. The library's results equal these bit for bit on
 /// the same LAPACK and the same search tree.
 ///
-/// Shared with the library are the fixed order of products in an integer power, the dense solve, and the tree as
-/// far as the order goes in which it names what it found; what it found is checked by comparison with every cell.
+/// Shared with the library are the dense solve, and the tree as far as the order goes in which it names what it
+/// found; what it found is checked by comparison with every cell.
 class PlainPointOperator {
  public:
   /// Borrows the mesh and the faces.
