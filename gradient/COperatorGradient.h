@@ -30,8 +30,10 @@ class COperatorGradientImpl;
 ///
 /// Fields are cell arrays [1..NCell]. The caller fills an input in all cells: ghost cells with the boundary
 /// value, halo cells with the owner's value. Outputs end up with the gradient (U/L) in interior cells, the
-/// owner's gradient in halo cells and exactly 0.0 in ghost cells. `Initialize` and all gradients (except type
-/// 3) are collective over the partitions, and nothing is allocated in a gradient call.
+/// owner's gradient in halo cells and exactly 0.0 in ghost cells; type 2 alone leaves 0.0 in halo cells, and
+/// in the ghost cells of walls and inlets the gradient of the cell that has the face. `Initialize` and all
+/// gradients, except types 2 and 3, are collective over the partitions, and nothing is allocated in a gradient
+/// call.
 ///
 /// Thread safety: one thread at a time per object; different objects are independent as long as they do not
 /// share the previous-iterate arrays of one CZyn3dGV.
@@ -65,12 +67,13 @@ class ZYN_EXPORT COperatorGradient {
   /// @return 1; -1 for n < 1, nothing stored
   int ResetMaxGradientIterationNumber(int n);
 
-  /// Prepares the gradient type: gathers the least-squares moments for type 1. Collective for every type.
-  /// A second call gathers into new arrays and does not free the first ones.
+  /// Prepares the gradient type: gathers the least-squares moments for type 1, derives the weights for type 2.
+  /// Collective for every type. A second call gathers the moments into new arrays and does not free the first
+  /// ones; the weights are kept, whatever became of the first call.
   /// @return 1; -1 on all partitions when one of them failed
   int Initialize();
 
-  /// Gradient of `phi` by the method of the gradient type. Collective, except with type 3.
+  /// Gradient of `phi` by the method of the gradient type. Collective, except with types 2 and 3.
   /// @param[in]  phi       [1..NCell], U
   /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten (kept and exchanged when a method runs 0 sweeps)
   /// @param[in]  n         number of sweeps, see the table above

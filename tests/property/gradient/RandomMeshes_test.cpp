@@ -228,6 +228,17 @@ TEST(LargeMeshes, RandomTopologiesEqualThePlainForms) {
     ExpectEveryMethodToEqualItsPlainForm(LargeRandomMesh(seed), seed);
 }
 
+TEST(LargeMeshes, FacesOfACellWithItselfEqualThePlainForms) {
+  // A periodic mesh that is one cell wide has such faces. They stand alone, side by side, and next to one-sided
+  // ones, in between faces of the same CV cell.
+  MeshDescription mesh = SortedBox();
+  const std::size_t nFaces = mesh.inner.size();
+  for (std::size_t f = 0; f < nFaces; f += 37) mesh.inner[f].other = mesh.inner[f].cv;
+  for (std::size_t f = 1; f < nFaces; f += 111) mesh.inner[f].other = mesh.inner[f].cv;
+  for (std::size_t f = 2; f < nFaces; f += 1000) mesh.inner[f].type = 1;
+  ExpectEveryMethodToEqualItsPlainForm(mesh, 6);
+}
+
 TEST(LargeMeshes, CellsWithoutFacesAreClearedInEveryMethod) {
   // Two faces among many cells, one at each end of the numbering.
   MeshDescription mesh;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -266,6 +267,21 @@ TEST(Vector1, ConstSubscriptWith100PrintsTheMessageInTheseWordsAndGivesElement1)
   EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 1~6, Out_Of_Range(100)\n\n",
             ::testing::internal::GetCapturedStdout());
   EXPECT_EQ(41, value);
+}
+
+TYPED_TEST(Vector, ConstSubscriptOfAnEmptyVectorPrintsAndGivesAZero) {
+  const typename TypeParam::Vector vector;
+  ::testing::internal::CaptureStdout();
+  const typename TypeParam::Value value = vector[3];
+  EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 0~0, Out_Of_Range(3)\n\n",
+            ::testing::internal::GetCapturedStdout());
+  EXPECT_EQ(typename TypeParam::Value(), value);
+}
+
+TEST(Vector1, CreateRefusesASizeWhoseUpperIndexIsNoInt) {
+  CZYNVector<bool, 1> vector;
+  EXPECT_FALSE(vector.Create(std::numeric_limits<int>::max()));
+  ExpectShape(vector, 0);
 }
 
 TEST(Vector1, OfSize5HasTheIndices1To5) {

@@ -94,6 +94,12 @@ TEST(RaggedTable, CreateRowRefusesARowAboveTheCount) {
   EXPECT_EQ(nullptr, table.m_ppRow[3]);
 }
 
+TEST(RaggedTable, CreateRowRefusesANegativeRow) {
+  Table table(2);
+  EXPECT_EQ(-1, table.CreateRow(-1, 1));
+  for (int row = 0; row <= 2; ++row) EXPECT_EQ(nullptr, table.m_ppRow[row]);
+}
+
 TEST(RaggedTable, CreateRowOnATableOfNoRowsFailsWithItsOwnStatus) {
   Table table(0);
   EXPECT_EQ(-2, table.CreateRow(0, 4));
@@ -117,6 +123,13 @@ TEST(RaggedTable, ReleaseFreesTheRowsAndKeepsTheCount) {
   EXPECT_EQ(0, table.Release());
   EXPECT_EQ(nullptr, table.m_ppRow);
   EXPECT_EQ(2, table.m_iNRow);
+}
+
+TEST(RaggedTable, CreateRowAfterReleaseFailsForWantOfATable) {
+  Table table(2);
+  table.Release();
+  EXPECT_EQ(-2, table.CreateRow(1, 4));
+  EXPECT_EQ(nullptr, table.m_ppRow);
 }
 
 TEST(RaggedTable, ReleaseOfAnEmptyTableDoesNothing) {

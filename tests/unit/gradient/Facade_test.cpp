@@ -552,6 +552,16 @@ TEST(GradientFacade, AssignmentSharesThePrivateStateAndLeavesTheFormerOneAlive) 
   target.m_pImpl = former;  // gives each facade one state to free
 }
 
+TEST(GradientFacade, AssignmentCarriesTheReservedText) {
+  COperatorGradient source, target;
+  COperatorGradientImpl* const former = target.m_pImpl;
+  EXPECT_EQ(1024u, sizeof source.m_szText);
+  for (std::size_t i = 0; i < sizeof source.m_szText; ++i) source.m_szText[i] = static_cast<char>(i % 127);
+  target = source;
+  EXPECT_EQ(0, std::memcmp(source.m_szText, target.m_szText, sizeof source.m_szText));
+  target.m_pImpl = former;
+}
+
 TEST(GradientFacade, AssignmentAllocatesAndFreesNothing) {
   COperatorGradient source, target;
   COperatorGradientImpl* const former = target.m_pImpl;
