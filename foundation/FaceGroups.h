@@ -7,7 +7,7 @@ struct FaceGroup {
   int count;
   int const *first, *second;   ///< the cell that the area vector points out of, and the cell beyond
   double const *sx, *sy, *sz;  ///< area vector, L^2
-  double const *xc, *yc, *zc;  ///< centre, L
+  double const *xc, *yc, *zc;  ///< centre, L; null for partition faces
   int* const* nodes;           ///< ragged: the nodes of a face
 };
 
@@ -35,7 +35,9 @@ inline FaceGroup SymmetryFaces(CZYN3DFiniteVolumeMesh const& m) {
           m.ijSymmetrySz, m.ijSymmetryxc, m.ijSymmetryyc, m.ijSymmetryzc, m.ijSymmetryLnods};
 }
 
+/// Without centres: a partition face stands at the centre of its halo cell for those who use these groups, so
+/// the host is not asked for others.
 inline FaceGroup PartitionFaces(CPartitionFace_DLL& p, CZYN3DFiniteVolumeMesh const& m) {
-  return {p.NParInterFace(), p.ijParCV(), p.ijPar(),   p.ijParSx(), p.ijParSy(),
-          p.ijParSz(),       p.ijParxc(), p.ijParyc(), p.ijParzc(), m.ijParLnods};
+  return {p.NParInterFace(), p.ijParCV(), p.ijPar(), p.ijParSx(), p.ijParSy(),
+          p.ijParSz(),       nullptr,     nullptr,   nullptr,     m.ijParLnods};
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <memory>
 #include <string>
@@ -29,7 +31,8 @@ struct LentGroup {
   rbf_cell_test::LentTable nodes;
 };
 
-/// Partition faces lent from a group. What the face operator does not need, their centres among it, is null.
+/// Partition faces lent from a group. To ask for what the face operator does not need, their centres among it,
+/// fails the test.
 class LentPartitionFaces : public CPartitionFace_DLL {
  public:
   explicit LentPartitionFaces(LentGroup& group) : group_(group) {}
@@ -40,13 +43,19 @@ class LentPartitionFaces : public CPartitionFace_DLL {
   double* ijParSx() override { return group_.Lend(group_.arrays.sx); }
   double* ijParSy() override { return group_.Lend(group_.arrays.sy); }
   double* ijParSz() override { return group_.Lend(group_.arrays.sz); }
-  double* ijParxc() override { return nullptr; }
-  double* ijParyc() override { return nullptr; }
-  double* ijParzc() override { return nullptr; }
-  double* ParInterFace_Lamda() override { return nullptr; }
-  int* FaceType_Partition() override { return nullptr; }
+  double* ijParxc() override { return NotNeeded<double>("ijParxc"); }
+  double* ijParyc() override { return NotNeeded<double>("ijParyc"); }
+  double* ijParzc() override { return NotNeeded<double>("ijParzc"); }
+  double* ParInterFace_Lamda() override { return NotNeeded<double>("ParInterFace_Lamda"); }
+  int* FaceType_Partition() override { return NotNeeded<int>("FaceType_Partition"); }
 
  private:
+  template <typename T>
+  static T* NotNeeded(const char* name) {
+    ADD_FAILURE() << name << " is not for the face operator";
+    return nullptr;
+  }
+
   LentGroup& group_;
 };
 
