@@ -88,10 +88,11 @@ class PlainDQKernelWith {
 
 using PlainDQKernel = PlainDQKernelWith<ProductPowers>;
 
-/// The plain form of the systems of free points. Their weights are defined with the standard library's powers, and
-/// which powers these are is to be seen: with the usual spans the systems are so near to singular that the last
-/// bit of an entry decides about the fifth digit of what is interpolated.
+/// The plain form of the systems of free points and of faces. Their weights are defined with the standard library's
+/// powers, and which powers these are is to be seen: with the usual spans the systems are so near to singular that
+/// the last bit of an entry decides about the fifth digit of what is interpolated, and of faces about the fourth.
 using PointDQKernel = PlainDQKernelWith<LibraryPowers>;
+using FaceDQKernel = PlainDQKernelWith<LibraryPowers>;
 
 /// The shape-normalised form: every component of an offset is divided by span * e_a first, e_a the extent of
 /// the stencil along its axis, and s is the length of the result.

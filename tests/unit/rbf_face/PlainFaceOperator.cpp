@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "foundation/CDenseSolver.h"
-#include "foundation/DQKernel.h"
 
 namespace rbf_face_test {
 namespace {
@@ -62,20 +61,20 @@ int PositionOf(const std::vector<int>& row, int value) {
 
 double C4(double r, double span, double h) {
   const double c = span * h;
-  return IntegerPower<6>(1.0 - r / c) * (35.0 * r * r / (c * span * h) + 18.0 * r / c + 3.0);
+  return std::pow(1.0 - r / c, 6.0) * (35.0 * r * r / (c * span * h) + 18.0 * r / c + 3.0);
 }
 
 Point C4Slope(Point d, double span, double h) {
   const double c = span * h, r = Norm(d);
   const auto component = [&](double offset) {
-    return -(offset * 56.0 * (5.0 * r + c) * IntegerPower<5>(c - r) / IntegerPower<8>(c));
+    return -(offset * 56.0 * (5.0 * r + c) * std::pow(c - r, 5.0) / std::pow(c, 8.0));
   };
   return {component(d.x), component(d.y), component(d.z)};
 }
 
 double C2(double r, double span, double h) {
   const double s = r / (span * h);
-  return IntegerPower<4>(1.0 - s) * (4.0 * s + 1.0);
+  return std::pow(1.0 - s, 4.0) * (4.0 * s + 1.0);
 }
 
 // ---------------------------------------------------------------------------------------------- backward error
