@@ -189,6 +189,9 @@ TEST(FaceCollation, MostVerticesAreThoseOfACellOrOfABoundaryFace) {
   inner.Of(kInner)[0].nodes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
   Collated o(inner);
   EXPECT_EQ(8, o->MaxLnods) << "inner faces do not count";
+  o->MaxLnods = 99;
+  EXPECT_EQ(1, o->SetFaceNodeCollation());
+  EXPECT_EQ(8, o->MaxLnods) << "an earlier number does not count";
 }
 
 TEST(FaceCollation, BoundaryNodesAreThoseOfFacesThatAreNotInner) {

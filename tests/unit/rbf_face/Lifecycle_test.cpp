@@ -279,6 +279,7 @@ void ExpectNothingHappened(const FaceBed& bed) {
   const Object& o = bed.object;
   EXPECT_EQ(0, o.NFace);
   EXPECT_FALSE(bed.folder.Exists());
+  EXPECT_STREQ("", o.RBFFileName);
   for (const void* const table :
        {static_cast<const void*>(o.m_ppFaceCellConn), static_cast<const void*>(o.m_ppFaceGradCoef),
         static_cast<const void*>(o.m_ppFaceDnCoef), static_cast<const void*>(o.m_ppFaceFiCoef),

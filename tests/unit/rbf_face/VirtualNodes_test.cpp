@@ -391,6 +391,12 @@ TEST(VirtualPointsInCells, LeaveOutTheFaceItselfButNotItsNumberInOtherGroups) {
   o.PlaceInCells();
   EXPECT_TRUE(SamePoint("P", {0.25 - 0.625, 0.0, 0.0}, o.P()));
   EXPECT_TRUE(SamePoint("E", {0.25 + 0.375, 0.0, 0.0}, o.E()));
+
+  plan.Of(kInner)[0].centre = {-0.25, 0.0, 0.0};  // now it is ahead of E's ray
+  Ready other(plan);
+  other.PlaceInCells();
+  EXPECT_TRUE(SamePoint("P", {-0.25 - 0.375, 0.0, 0.0}, other.P()));
+  EXPECT_TRUE(SamePoint("E", {-0.25 + 0.625, 0.0, 0.0}, other.E()));
 }
 
 TEST(VirtualPointsInCells, OnOtherFacesThanInnerHaveEAtTheSecondCell) {
