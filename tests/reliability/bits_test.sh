@@ -1,0 +1,81 @@
+#!/usr/bin/env bash
+# The library gives the same bits whatever compiles it: every build of it, with warnings as errors, is put under one and the
+# same program, which writes down what it computes.
+#   bits_test.sh REPOSITORY BITS_DUMP [COMPILER_AND_FLAGS...]
+set -euo pipefail
+repository=$1
+program=$2
+shift 2
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+
+# The flags of cmake/CompilerOptions.cmake. -march=native: wide registers and fused operations, where the machine has them.
+builds=("$@")
+if ((${#builds[@]} == 0)); then
+  for compiler in g++ clang++; do
+    for flags in -O0 -O2 -O3 '-O3 -march=native'; do builds+=("$compiler $flags"); done
+  done
+fi
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$repository"
+sources=$(ls foundation/*.cpp gradient/*.cpp rbf_cell/*.cpp rbf_face/*.cpp rbf_ib/*.cpp)
+export work program sources
+
+# run NUMBER COMPILER FLAGS...: makes $work/NUMBER.so and its dump, or leaves $work/NUMBER.failed with the reason.
+run() {
+  local number=$1
+  shift
+  # shellcheck disable=SC2086
+  if ! "$@" -std=c++17 -fPIC -shared -fvisibility=hidden -fvisibility-inlines-hidden -ffp-contract=off -fopenmp \
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor \
+    -Woverloaded-virtual -Werror -I. $sources -Wl,--version-script=cmake/exports.map -Wl,-soname,libZyn3dGradOp.so.0 \
+    -llapacke -o "$work/$number.so" 2>"$work/$number.log"; then
+    echo "does not compile" >"$work/$number.failed"
+  # Several threads in the loops that have them; a BLAS of one thread adds in one order.
+  elif ! OMP_NUM_THREADS=3 OPENBLAS_NUM_THREADS=1 LD_PRELOAD="$work/$number.so" "$program" "$work/$number.bits" \
+    >"$work/$number.out" 2>"$work/$number.log"; then
+    echo "does not run" >"$work/$number.failed"
+  elif [[ $(tail -n 1 "$work/$number.log") != "$work/$number.so" ]]; then
+    echo "was not the library in use" >"$work/$number.failed"
+  fi
+}
+export -f run
+
+# first_difference FILE FILE: the case and the two numbers.
+first_difference() {
+  awk -v other="$2" '
+    { if ((getline line < other) <= 0) { print "one has more numbers"; exit } }
+    $1 == "case" { name = substr($0, 6) }
+    $0 != line { printf "%s:\n      %s\n      %s\n", name, $0, line; exit }' "$1"
+}
+
+numbers=()
+for number in "${!builds[@]}"; do
+  compiler=${builds[number]%% *}
+  if command -v "$compiler" >/dev/null; then
+    numbers+=("$number")
+  else
+    echo "skipped: ${builds[number]}: there is no $compiler here"
+  fi
+done
+((${#numbers[@]} >= 2)) || { echo "nothing to compare with"; exit 1; }
+
+for number in "${numbers[@]}"; do echo "$number ${builds[number]}"; done |
+  xargs -P "${ZYN_JOBS:-2}" -L 1 bash -c 'run "$@"' run
+
+failed=0
+first=${numbers[0]}
+for number in "${numbers[@]}"; do
+  if [[ -e $work/$number.failed ]]; then
+    echo "${builds[number]}: $(cat "$work/$number.failed")"
+    tail -n 20 "$work/$number.log"
+    failed=1
+  elif [[ -e $work/$first.failed ]] || cmp -s "$work/$first.bits" "$work/$number.bits"; then
+    echo "${builds[number]}: $(grep -vc '^case ' "$work/$number.bits") numbers"
+  else
+    echo "${builds[number]}: other bits than ${builds[first]} in $(first_difference "$work/$first.bits" "$work/$number.bits")"
+    failed=1
+  fi
+done
+exit $failed
