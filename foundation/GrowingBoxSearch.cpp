@@ -15,10 +15,14 @@ constexpr int kStepsOneByOne = 1000;
 
 GrowingBoxSearch::Answer GrowingBoxSearch::AtLeast(int wanted, double x, double y, double z) const {
   bool const grows = step_ > 0.0 && std::isfinite(x) && std::isfinite(y) && std::isfinite(z);
-  if (!grows) return SearchEverything(x, y, z);
   for (int k = 1; k <= kStepsOneByOne; ++k) {
     Answer const answer = Search(k * step_, x, y, z);
-    if (IsEnough(answer, wanted, x, y, z)) return answer;
+    if (answer.count >= wanted) return answer;
+    if (!grows) return SearchEverything(x, y, z);
+    if (!Covers(answer.halfWidth, x, y, z)) continue;
+    if (bounds_ == Bounds::Exact) return answer;
+    // Once more, as the question for all has taken the answer's place in the tree.
+    if (!TreeHolds(wanted, x, y, z)) return Search(answer.halfWidth, x, y, z);
   }
   return LeapTo(kStepsOneByOne, wanted, x, y, z);
 }
@@ -42,7 +46,12 @@ GrowingBoxSearch::Answer GrowingBoxSearch::LeapTo(double farthestTooSmall, int w
 }
 
 bool GrowingBoxSearch::IsEnough(Answer const& answer, int wanted, double x, double y, double z) const {
-  return answer.count >= wanted || Covers(answer.halfWidth, x, y, z);
+  if (answer.count >= wanted) return true;
+  return Covers(answer.halfWidth, x, y, z) && (bounds_ == Bounds::Exact || !TreeHolds(wanted, x, y, z));
+}
+
+bool GrowingBoxSearch::TreeHolds(int wanted, double x, double y, double z) const {
+  return SearchEverything(x, y, z).count >= wanted;
 }
 
 bool GrowingBoxSearch::Covers(double d, double x, double y, double z) const {

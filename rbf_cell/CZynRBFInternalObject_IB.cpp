@@ -101,7 +101,8 @@ int CZynRBFInternalObject::SetIBADTress(double*, std::vector<int>, CZYNOptKer, i
 int CZynRBFInternalObject::SearchIBADTress(double* x, double*, double*, int iMethod, double dDistance,
                                            int iNumber, int* piBlockToCell, CZYNOptKer tree,
                                            double* pSupport) {
-  GrowingBoxSearch const search(tree, BoundsOfCells(), m_dMeanCellDistance);
+  BoundingBox const bounds = iMethod == kGrowingCube ? BoundsOfCells() : BoundingBox();
+  GrowingBoxSearch const search(tree, bounds, m_dMeanCellDistance, GrowingBoxSearch::Bounds::Estimate);
   for (int i = 1; i <= m_iNIBNode; ++i) {
     double const c = x[i];  // of all three axes, on purpose
     GrowingBoxSearch::Answer found = {nullptr, 0, 0.0};
@@ -123,7 +124,7 @@ int CZynRBFInternalObject::SearchIBADTress(double* x, double*, double*, int iMet
 }
 
 // The tree is the caller's, and nobody says where it has the cells: at the points that this operator gives them,
-// or at the mesh's centres. A cube that covers both has them all.
+// or at the mesh's centres. A cube that covers both should have them all.
 BoundingBox CZynRBFInternalObject::BoundsOfCells() const {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   BoundingBox bounds;

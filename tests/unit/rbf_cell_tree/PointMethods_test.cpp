@@ -123,6 +123,50 @@ TEST(CellPointCubes, OfMethod2EndWhenTheyCoverAllCellsAtFacesAndAtCentres) {
   }
 }
 
+// What the caller put into the tree need not stand where the mesh has its cells.
+TEST(CellPointCubes, OfMethod2GrowBeyondAllCellsWhileTheTreeHasEnoughFartherOut) {
+  PointBed bed;
+  Calls().answer = [](const Corners& c) { return c[3] > 300.0 ? List{2, 4} : List{2}; };
+  bed.Search({1.0}, 2, 0.25, 2);
+  EXPECT_EQ((List{1, 3}), bed.Stencil(1));
+  EXPECT_EQ(300.0, bed.supports[0]) << "the first multiple of 2 that reaches beyond 300 from 1";
+}
+
+TEST(CellPointCubes, OfMethod2FarBeyondAllCellsAreTheSmallestThatHoldEnough) {
+  PointBed bed;
+  Calls().answer = [](const Corners& c) { return c[3] > 30000.0 ? List{2, 4} : List{2}; };
+  bed.Search({1.0}, 2, 0.25, 2);
+  EXPECT_EQ((List{1, 3}), bed.Stencil(1));
+  EXPECT_EQ(30000.0, bed.supports[0]);
+}
+
+// Both centres at one point: the first cube is the point itself, and what it holds may be enough.
+TEST(CellPointCubes, OfMethod2WithoutAMeanDistanceBeginAtThePointItself) {
+  CellMesh mesh;
+  mesh.AddInteriorCell({1, 2, 3});
+  mesh.AddInteriorCell({1, 2, 3});
+  mesh.JoinInterior(1, 2);
+  PointBed bed(mesh);
+  Calls().answer = [](const Corners&) { return List{2}; };
+  bed.Search({1.0}, 2, 0.25, 1);
+  ASSERT_EQ(1U, Calls().queries.size());
+  EXPECT_EQ(Cube(1.0, 0.0), Calls().queries[0].corners);
+  EXPECT_EQ(0.0, bed.supports[0]);
+  bed.Search({1.0}, 2, 0.25, 2);  // cannot be reached and ends all the same
+  EXPECT_EQ((List{1}), bed.Stencil(1));
+}
+
+TEST(CellPointCubes, OfMethod1ReadNothingOfTheMesh) {
+  PointBed bed;
+  Calls().answer = [](const Corners&) { return List{3}; };
+  bed.Initialize(1);
+  Array x(1, 1.25), support(1);
+  int cellOfBlock[] = {0, 2, 1, 4, 3};
+  bed.object->m_pMesh = nullptr;
+  bed.object->SearchIBADTress(x.Data(), nullptr, nullptr, 1, 0.5, 0, cellOfBlock, bed.tree, support.Data());
+  EXPECT_EQ((List{4}), bed.Stencil(1));
+}
+
 TEST(CellPointCubes, OfAnyOtherMethodAreNone) {
   PointBed bed;
   Calls().answer = [](const Corners&) { return List{2}; };
