@@ -111,15 +111,16 @@ class ZYN_EXPORT CZynRBFInternalObject {
   // wall, 3 inlet, 4 outlet, 5 partition.
 
   /// Allocates the face tables: rows for two nodes a face with mode 0, rows for all cells around a face with
-  /// mode 1, no rows with any other mode. A second call leaves the former tables behind. @pre
-  /// InitialRBFSetting @return 0
+  /// mode 1 (none are counted around faces of any kind whose number is beyond the partition faces), no rows with
+  /// any other mode. A second call leaves the former tables behind. @pre InitialRBFSetting @return 0
   int faceToCellconnection_memoryallocate(int mode);
 
   /// Number of distinct cells around a face: the c of NodeCell row i, up to the length of the NodeCell row of
   /// the face's i-th node, over all its nodes.
   /// @note Two asymmetries are on purpose: the nodes come from the partition faces' table whatever the kind,
-  /// and the cells from the row of the running number i instead of the node's. What a table does not have
-  /// counts as nothing: faces beyond the partition faces, and entries beyond the end of a NodeCell row.
+  /// and the cells from the row of the running number i instead of the node's. Entries beyond the end of a
+  /// NodeCell row count as nothing.
+  /// @param face  1..; the partition faces' table must have this row, unless there is no such table
   int CountingfaceToCellconnectionNumber(int face, int kind);
 
   /// Does nothing: the face family takes its two nodes from the mesh. @return 0
@@ -193,8 +194,8 @@ class ZYN_EXPORT CZynRBFInternalObject {
   /// first of 1, 2, 3... mean cell distances that holds `iNumber` of them (method 2), in the tree's order. By any
   /// other method they are empty.
   ///
-  /// The cube is centred at (x[i], x[i], x[i]), on purpose: `y` and `z` are not read. A cube that cannot reach
-  /// the number stops growing when it covers all cells, wherever the tree has them.
+  /// The cube is centred at (x[i], x[i], x[i]), on purpose: `y` and `z` are not read. With fewer entries in the
+  /// tree than the number, the cube stops growing when it covers all cells.
   /// @param[in]  x              [1..m_iNIBNode], L
   /// @param[in]  piBlockToCell  [1..] cell number of an identity of the tree
   /// @param[in]  tree           shares its entries with the object it was copied from

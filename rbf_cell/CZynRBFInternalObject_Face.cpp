@@ -53,10 +53,8 @@ constexpr int kTwoNodeStencil = 2;
 constexpr int kTwoNodeRow = 4;  // elements 1 to 3 are written: two weights and a multiplier
 
 /// Number of distinct cells around a face; `seen` is work storage.
-int CountCellsAround(CZYN3DFiniteVolumeMesh const& mesh, int nParInterFace, int face, int kind,
-                     std::vector<int>& seen) {
-  bool const hasNodes = kind >= kInner && kind <= kPartition && face >= 1 && face <= nParInterFace;
-  if (!hasNodes) return 0;
+int CountCellsAround(CZYN3DFiniteVolumeMesh const& mesh, int face, int kind, std::vector<int>& seen) {
+  if (kind < kInner || kind > kPartition || mesh.ijParLnods == nullptr) return 0;
   int const* const nodes = mesh.ijParLnods[face];
   seen.clear();
   for (int i = 1; i <= nodes[0]; ++i) {
@@ -76,7 +74,8 @@ std::vector<int> StencilSizes(CZYN3DFiniteVolumeMesh const& mesh, int nParInterF
   std::vector<int> sizes(static_cast<std::size_t>(nFace) + 1, kTwoNodeStencil);
   if (mode == kTwoNodes) return sizes;
   std::vector<int> seen;
-  for (int f = 1; f <= nFace; ++f) sizes[f] = CountCellsAround(mesh, nParInterFace, f, kind, seen);
+  // The table need not have rows beyond the partition faces.
+  for (int f = 1; f <= nFace; ++f) sizes[f] = f <= nParInterFace ? CountCellsAround(mesh, f, kind, seen) : 0;
   return sizes;
 }
 
@@ -158,7 +157,7 @@ int CZynRBFInternalObject::faceToCellconnection_memoryallocate(int mode) {
 
 int CZynRBFInternalObject::CountingfaceToCellconnectionNumber(int face, int kind) {
   std::vector<int> seen;
-  return CountCellsAround(*m_pMesh, m_pPartFace->NParInterFace(), face, kind, seen);
+  return CountCellsAround(*m_pMesh, face, kind, seen);
 }
 
 int CZynRBFInternalObject::SetfaceToCellconnection(int) { return 0; }
