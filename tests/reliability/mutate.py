@@ -53,6 +53,8 @@ LEAST_PER_FOLDER = 60
 LEAST_TIME_LIMIT = 20  # seconds
 MEMORY_LIMIT = 4 << 30
 FILE_LIMIT = 256 << 20
+# Linking is a good part of the time.
+LINKER = ["-fuse-ld=gold"] if shutil.which("ld.gold") else []
 # One thread, and waiting without spinning: jobs share the cores.
 ENVIRONMENT = {**os.environ, "OMP_NUM_THREADS": "1", "OPENBLAS_NUM_THREADS": "1", "OMP_WAIT_POLICY": "passive"}
 
@@ -104,7 +106,7 @@ def quotas(by_folder, count, take_all):
     lines = {folder: sum(text.count("\n") for text in {m.file: m.text for m in mutants}.values())
              for folder, mutants in by_folder.items()}
     total = sum(lines.values())
-    return {folder: min(len(mutants), max(LEAST_PER_FOLDER, round(count * lines[folder] / total)))
+    return {folder: min(len(mutants), max(min(count, LEAST_PER_FOLDER), round(count * lines[folder] / total)))
             for folder, mutants in by_folder.items()}
 
 
@@ -241,6 +243,7 @@ class Trial:
         words = [self._compiled(w) if w in users else w for w in words]
         output = str(self.folder / Path(name).name)
         words[words.index("-o") + 1] = output
+        words += LINKER
         if run(words, self.build.folder).returncode != 0:
             raise NotBuilt
         return output
