@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # The library gives the same bits whatever compiles it: every build of it, with warnings as errors, is put under one and the
 # same program, which writes down what it computes.
-#   bits_test.sh REPOSITORY BITS_DUMP [COMPILER_AND_FLAGS...]
+#   bits_test.sh REPOSITORY BITS_DUMP SEARCH_TREE_LIBRARY [COMPILER_AND_FLAGS...]
 set -euo pipefail
 repository=$1
 program=$2
-shift 2
-here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+search_tree=$3
+shift 3
 
 # The flags of cmake/CompilerOptions.cmake. -march=native: wide registers and fused operations, where the machine has them.
 builds=("$@")
@@ -20,7 +20,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$repository"
 sources=$(ls foundation/*.cpp gradient/*.cpp rbf_cell/*.cpp rbf_face/*.cpp rbf_ib/*.cpp)
-export work program sources
+export work program search_tree sources
 
 # run NUMBER COMPILER FLAGS...: makes $work/NUMBER.so and its dump, or leaves $work/NUMBER.failed with the reason.
 run() {
@@ -30,7 +30,7 @@ run() {
   if ! "$@" -std=c++17 -fPIC -shared -fvisibility=hidden -fvisibility-inlines-hidden -ffp-contract=off -fopenmp \
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor \
     -Woverloaded-virtual -Werror -I. $sources -Wl,--version-script=cmake/exports.map -Wl,-soname,libZyn3dGradOp.so.0 \
-    -llapacke -o "$work/$number.so" 2>"$work/$number.log"; then
+    "$search_tree" -Wl,-rpath,"$(dirname "$search_tree")" -llapacke -o "$work/$number.so" 2>"$work/$number.log"; then
     echo "does not compile" >"$work/$number.failed"
   # Several threads in the loops that have them; a BLAS of one thread adds in one order.
   elif ! OMP_NUM_THREADS=3 OPENBLAS_NUM_THREADS=1 LD_PRELOAD="$work/$number.so" "$program" "$work/$number.bits" \
