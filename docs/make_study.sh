@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures what docs/study.md tells: runs zyngrad study and compare-ranks, puts the tables between the page's markers
-# and the plots into docs/study/. Some two minutes.
+# and the plots into docs/study/, and then what docs/faces.md and docs/points.md tell. Some ten minutes.
 #   docs/make_study.sh ZYNGRAD_BINARY
 set -euo pipefail
 
@@ -62,20 +62,11 @@ done
 echo "compare-ranks"
 { echo '```'; "$zyngrad" compare-ranks box:12,12,12:tet --ranks 1,2,4 | sed -n '/on 2 ranks/,$p'; echo '```'; } >blocks/ranks
 
-# Every marker's block anew; an unknown marker ends the run.
-awk '
-  /^<!-- \/measured -->$/ { inside = 0 }
-  !inside { print }
-  /^<!-- measured [a-z-]+ -->$/ {
-    inside = 1
-    file = "blocks/" $3
-    print ""
-    if ((getline line < file) < 0) { print "make_study.sh: no run gives " $3 > "/dev/stderr"; exit 1 }
-    do print line; while ((getline line < file) > 0)
-    print ""
-  }' "$docs/study.md" | cat -s >study.md
+awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/study.md" | cat -s >study.md
 
 rm -rf "$docs/study"
 cp -r pictures "$docs/study"
 cp study.md "$docs/study.md"
 echo "docs/study.md and $(ls pictures | wc -l) plots in docs/study"
+
+"$docs/make_interpolation.sh" "$zyngrad"

@@ -1,0 +1,245 @@
+#!/usr/bin/env bash
+# Measures the tables of docs/faces.md and docs/points.md: runs zyngrad faces and points, puts the tables between the
+# pages' markers. Some five minutes.
+#   docs/make_interpolation.sh ZYNGRAD_BINARY
+set -euo pipefail
+
+zyngrad=$(realpath "$1")
+docs=$(realpath "$(dirname "${BASH_SOURCE[0]}")")
+channel=$docs/../examples/channel_sphere/channel_sphere.msh
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+export OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1
+
+readonly field='sin(2*x)*y + z^2'
+readonly body='(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.09'
+
+# The n-th number of that name in the results of the last run.
+number() { sed '1,/"results": {/d' out/results.json | sed -n "s/^ *\"$1\": *\([^,]*\),\{0,1\}$/\1/p" | sed -n "$2p"; }
+
+short() { LC_ALL=C printf '%.1e' "$1"; }
+
+thousands() { sed -E ':a; s/^([0-9]+)([0-9]{3})/\1 \2/; ta' <<<"$1"; }
+
+# The name of a box in the tables: hex 10; of a file, its own.
+name_of() {
+  local name
+  case $1 in
+    box:*) name=$(sed -E 's/^box:([0-9]+),[^:]*(:(hex|tet))?(:.*)?$/\3 \1/; s/^ /hex /' <<<"$1") ;;
+    *) name=$(basename "$1" .msh) ;;
+  esac
+  [[ $1 != *perturb* ]] || name+=', moved nodes'
+  echo "$name"
+}
+
+faces() {  # faces MESH METHOD SPAN [GROUP]
+  "$zyngrad" faces "$1" --field "$field" --group "${4:-inner}" --search-method "$2" --span "$3" -o out >log.txt 2>&1 ||
+    { cat log.txt; exit 1; }
+}
+
+launcher=()
+
+points() {  # points MESH METHOD SPAN OPTION...
+  "${launcher[@]}" "$zyngrad" points "$1" --field "$field" --search-method "$2" --span "$3" "${@:4}" -o out >log.txt 2>&1 ||
+    { cat log.txt; exit 1; }
+}
+
+mkdir blocks
+
+echo "faces"
+moved=perturb=0.2,seed=1
+{
+  echo '| mesh | faces | method 1 | | method 2 | | method 3 | | method 4 | |'
+  echo '|---|---|---|---|---|---|---|---|---|---|'
+  while read -r mesh span; do
+    cells=""
+    for method in 1 2 3 4; do
+      faces "$mesh" $method "$span"
+      cells+=" | $(short "$(number l2 1)") | $(short "$(number max 1)")"
+    done
+    name=$(name_of "$mesh")
+    [[ $span = 1000 ]] || name+=", \`Span\` $span"
+    echo "| $name | $(thousands "$(number faces 1)")$cells |"
+  done <<END
+box:5,5,5:hex 1000
+box:10,10,10:hex 1000
+box:20,20,20:hex 1000
+box:4,4,4:tet 1000
+box:8,8,8:tet 1000
+box:16,16,16:tet 1000
+box:10,10,10:hex 100
+box:20,20,20:hex 100
+box:8,8,8:tet 100
+box:16,16,16:tet 100
+box:20,20,20:hex:$moved 1000
+box:20,20,20:hex:$moved 200
+box:16,16,16:tet:$moved 1000
+box:16,16,16:tet:$moved 200
+$channel 1000
+$channel 100
+END
+} >blocks/faces
+
+spans_of_faces=(20 50 100 200 500 1000 2000)
+{
+  echo '| method, mesh | 20 | 50 | 100 | 200 | 500 | 1000 | 2000 |'
+  echo '|---|---|---|---|---|---|---|---|'
+  while read -r method mesh; do
+    printf '| %s, %s' "$method" "$(name_of "$mesh")"
+    for span in "${spans_of_faces[@]}"; do
+      faces "$mesh" "$method" "$span"
+      printf ' | %s' "$(short "$(number l2 1)")"
+      [[ $(number notSummingToOne 1) = 0 ]] || printf ' *'
+    done
+    echo ' |'
+  done <<END
+1 box:10,10,10:hex
+1 box:8,8,8:tet
+2 box:20,20,20:hex
+2 box:16,16,16:tet
+3 box:20,20,20:hex
+3 box:16,16,16:tet
+4 box:20,20,20:hex
+4 box:16,16,16:tet
+END
+} >blocks/faces-span
+
+{
+  echo '| wall faces of channel_sphere | method 1 | method 2 | method 3 |'
+  echo '|---|---|---|---|'
+  cells=""
+  for method in 1 2 3; do
+    faces "$channel" $method 1000 wall
+    cells+=" | $(short "$(number l2 1)")"
+  done
+  echo "| $(thousands "$(number faces 1)")$cells |"
+} >blocks/faces-wall
+
+echo "points"
+# 2 000 points at random between two coordinates. A generator of whole numbers gives the same everywhere.
+random_points() {  # random_points FROM TO
+  awk -v from="$1" -v to="$2" 'BEGIN {
+    print "x,y,z"
+    state = 1
+    for (i = 1; i <= 2000; ++i) {
+      for (k = 1; k <= 3; ++k) {
+        state = (state * 16807) % 2147483647
+        printf "%.9f%s", from + (to - from) * state / 2147483647, k < 3 ? "," : "\n"
+      }
+    }
+  }'
+}
+random_points 0.2 0.8 >inside.csv
+random_points 0 1 >everywhere.csv
+
+rows_of_points() {  # rows_of_points OPTION...: a row for each mesh of the input
+  local mesh cells method name
+  while read -r mesh; do
+    cells=""
+    for method in 1 2 3; do
+      points "$mesh" $method 500 "$@"
+      cells+=" | $(short "$(number l2 1)") | $(short "$(number l2 2)")"
+    done
+    name=$(name_of "$mesh")
+    [[ $1 = --points ]] || name+=" | $(thousands "$(number points 1)")"
+    echo "| $name$cells |"
+  done
+}
+
+{
+  echo '| mesh | method 1 | | method 2 | | method 3 | |'
+  echo '|---|---|---|---|---|---|---|'
+  rows_of_points --points inside.csv <<END
+box:10,10,10:hex
+box:20,20,20:hex
+box:40,40,40:hex
+box:6,6,6:tet
+box:12,12,12:tet
+box:24,24,24:tet
+box:10,10,10:hex:$moved
+box:20,20,20:hex:$moved
+box:40,40,40:hex:$moved
+box:12,12,12:tet:$moved
+END
+} >blocks/points-inside
+
+{
+  echo '| mesh | method 1 | | method 2 | | method 3 | |'
+  echo '|---|---|---|---|---|---|---|'
+  rows_of_points --points everywhere.csv <<END
+box:10,10,10:hex
+box:20,20,20:hex
+box:40,40,40:hex
+box:12,12,12:tet
+END
+} >blocks/points-everywhere
+
+{
+  echo '| mesh | points | method 1 | | method 2 | | method 3 | |'
+  echo '|---|---|---|---|---|---|---|---|'
+  rows_of_points --body "$body" <<END
+box:10,10,10:hex
+box:20,20,20:hex
+box:40,40,40:hex
+box:6,6,6:tet
+box:12,12,12:tet
+box:24,24,24:tet
+END
+  rows_of_points --body 'x^2+y^2+z^2-0.16' <<<"$channel"
+} >blocks/points-body
+
+spans_of_points=(5 20 50 100 200 500 1000 2000)
+{
+  echo '| mesh, method | 5 | 20 | 50 | 100 | 200 | 500 | 1000 | 2000 |'
+  echo '|---|---|---|---|---|---|---|---|---|'
+  for mesh in box:20,20,20:hex box:12,12,12:tet; do
+    for method in 1 2 3; do
+      values="" gradients=""
+      for span in "${spans_of_points[@]}"; do
+        points $mesh $method "$span" --body "$body"
+        values+=" | $(short "$(number l2 1)")"
+        gradients+=" | $(short "$(number l2 2)")"
+      done
+      echo "| $(name_of $mesh), $method, value$values |"
+      echo "| gradient$gradients |"
+    done
+  done
+} >blocks/points-span
+
+# At the centres of all cells of 10^3 hexahedra.
+awk 'BEGIN {
+  print "x,y,z"
+  for (i = 0; i < 10; ++i) for (j = 0; j < 10; ++j) for (k = 0; k < 10; ++k)
+    printf "%.17g,%.17g,%.17g\n", (i + 0.5) / 10, (j + 0.5) / 10, (k + 0.5) / 10
+}' >centres.csv
+{
+  echo '| at the cells of hex 10 | method 1 | method 2 | method 3 |'
+  echo '|---|---|---|---|'
+  cells=""
+  for method in 1 2 3; do
+    points box:10,10,10:hex $method 500 --points centres.csv
+    cells+=" | $(short "$(number max 1)")"
+  done
+  echo "| largest error of the value$cells |"
+} >blocks/points-at-cells
+
+{
+  echo '| ranks | method 2 | method 3 |'
+  echo '|---|---|---|'
+  for ranks in 1 2 4; do
+    cells=""
+    for method in 2 3; do
+      launcher=(mpirun -n $ranks)
+      points box:20,20,20:hex $method 500 --points inside.csv
+      cells+=" | $(short "$(number l2 1)")"
+    done
+    echo "| $ranks$cells |"
+  done
+} >blocks/points-ranks
+
+for page in faces points; do
+  awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/$page.md" | cat -s >page.md
+  cp page.md "$docs/$page.md"
+done
+echo "docs/faces.md and docs/points.md"
