@@ -58,7 +58,7 @@ class FaceSystems {
     } else {
       const std::vector<DQVector> nodes = NodesOf(f);
       CheckPlaces(nodes, face);
-      CheckCondition(KernelCondition(PlainDQKernel(op_.Span, op_.m_pFaceSupport[f]), nodes), face);
+      CheckCondition(KernelCondition(InterpolationDQKernel(op_.Span, op_.m_pFaceSupport[f]), nodes), face);
     }
     Derive(f);
     CheckRows(f, face);

@@ -87,7 +87,8 @@ std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& us
     const std::vector<DQVector> nodes = NodesOf(op, *partition.mesh(), i);
     systems[k].members = op.m_ppIBConn[i][0];
     CheckPlaces(nodes, systems[k]);
-    CheckCondition(KernelCondition(PlainDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes), systems[k]);
+    CheckCondition(KernelCondition(InterpolationDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes),
+                   systems[k]);
     CheckRows(op, i, systems[k]);
   }
   return systems;

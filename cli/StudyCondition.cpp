@@ -62,7 +62,8 @@ class FaceStencils {
     if (op_.iSearch_method == 4) {
       for (const int side : {1, 2}) conditions.push_back(ConditionOfSide(f, side));
     } else {
-      conditions.push_back(KernelCondition(PlainDQKernel(op_.Span, op_.m_pFaceSupport[f]), NodesOf(f)));
+      conditions.push_back(
+          KernelCondition(InterpolationDQKernel(op_.Span, op_.m_pFaceSupport[f]), NodesOf(f)));
     }
   }
 
@@ -110,7 +111,7 @@ double ConditionOfPoint(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVol
     const int* const row = op.m_ppIBNodeConn[i];
     for (int k = 1; k <= row[0]; ++k) nodes.push_back(NodeAt(mesh, row[k]));
   }
-  return KernelCondition(PlainDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes);
+  return KernelCondition(InterpolationDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes);
 }
 
 }  // namespace

@@ -30,7 +30,8 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
   KernelSystem& system = work_.Get().faceSystem;
   system.Clear();
   for (int k = 1; k <= stencil[0]; ++k) system.Add(PointOf(stencil[k]));
-  double const* solution = system.SolveForGradientAndValue(PlainDQKernel(Span, m_pFaceSupport[i]), Target(i));
+  double const* solution =
+      system.SolveForGradientAndValue(InterpolationDQKernel(Span, m_pFaceSupport[i]), Target(i));
   for (int k = 1; k <= stencil[0]; ++k, solution += kColumns) {
     m_ppFaceGradCoef[i][k].SetData(solution[0], solution[1], solution[2], i);
     m_ppFaceFiCoef[i][k] = solution[3];
@@ -52,7 +53,7 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int
   for (int k = 1; k <= 2; ++k) system.Add(PointOf(stencil[k]));
   for (int j = 1; j <= vertices[0]; ++j) system.Add(VertexPoint(vertices[j]));
   double const* const solution =
-      system.SolveForGradientAndValue(PlainDQKernel(Span, m_pFaceSupport[i]), Target(i));
+      system.SolveForGradientAndValue(InterpolationDQKernel(Span, m_pFaceSupport[i]), Target(i));
 
   IBCnode* const gradient = m_ppFaceGradCoef[i];
   double* const value = m_ppFaceFiCoef[i];
@@ -98,7 +99,7 @@ int CZynFaceRBFInternalObject::DeriveFacefiBysolveDQfullMatrix_03(int v, double*
   KernelSystem& system = work_.Get().pointSystem;
   system.Clear();
   for (int k = 1; k <= cells[0]; ++k) system.Add(PointOf(cells[k]));
-  double const* const solution = system.SolveForValue(PlainDQKernel(Span, Reach(system, at)), at);
+  double const* const solution = system.SolveForValue(InterpolationDQKernel(Span, Reach(system, at)), at);
   double sum = 0.0;
   for (int k = 1; k <= cells[0]; ++k) {
     out[k] = solution[k - 1];
@@ -122,6 +123,6 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_Cell_PE(i
   for (int k = 1; k <= 2; ++k) system.Add(PointOf(stencil[k]));
   double const h =
       std::max(Length(OffsetBetween(system.Node(0), at)), Length(OffsetBetween(system.Node(1), at)));
-  system.SolveForGradientAndValue(PlainDQKernel(Span, h), at);
+  system.SolveForGradientAndValue(InterpolationDQKernel(Span, h), at);
   return kSuccess;
 }

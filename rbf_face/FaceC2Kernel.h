@@ -7,7 +7,7 @@
 ///   kernel(s) = (1 - s)^4 (4 s + 1),   s = r / c,
 /// with the support radius c = span * h, h a length measured on the stencil.  @cite wendland1995
 ///
-/// Like PlainDQKernel it is taken without a test for the support, and nothing guards the division: h = 0
+/// Like InterpolationDQKernel it is taken without a test for the support, and nothing guards the division: h = 0
 /// gives NaN.
 class FaceC2Kernel {
  public:
@@ -23,7 +23,7 @@ class FaceC2Kernel {
   template <typename Number>
   Number Value(Number r) const {
     Number const s = r / c_;
-    return Power<4>(1.0 - s) * (4.0 * s + 1.0);
+    return LibraryPowers::Power<4>(1.0 - s) * (4.0 * s + 1.0);
   }
 
  private:

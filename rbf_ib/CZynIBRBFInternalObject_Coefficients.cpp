@@ -74,7 +74,8 @@ void CZynIBRBFInternalObject::DerivePoint(int i, double x, double y, double z, D
   system.Clear();
   for (int k = 1; k <= stencil[0]; ++k) system.Add(At(m_pIBCnode[stencil[k]]));
 
-  double const* w = system.SolveForGradientAndValue(PlainDQKernel(Span, m_pIBSupportLength[i]), {x, y, z});
+  double const* w =
+      system.SolveForGradientAndValue(InterpolationDQKernel(Span, m_pIBSupportLength[i]), {x, y, z});
   for (int k = 1; k <= stencil[0]; ++k, w += 4) {
     m_ppIBCoef[i][k].SetData(w[0], w[1], w[2], i);
     m_ppIBValueCoef[i][k] = w[3];
@@ -96,7 +97,7 @@ void CZynIBRBFInternalObject::DerivePointByNodes(int i, double x, double y, doub
     system.Add({m_pMesh->xn[nodes[j]], m_pMesh->yn[nodes[j]], m_pMesh->zn[nodes[j]]});
 
   double const* const w =
-      system.SolveForGradientAndValue(PlainDQKernel(Span, m_pIBSupportLength[i]), {x, y, z});
+      system.SolveForGradientAndValue(InterpolationDQKernel(Span, m_pIBSupportLength[i]), {x, y, z});
   IBCnode* const coef = m_ppIBCoef[i];
   double* const valueCoef = m_ppIBValueCoef[i];
   double const* wNode = w + 4 * static_cast<std::ptrdiff_t>(nSeed);
@@ -140,7 +141,7 @@ void CZynIBRBFInternalObject::DeriveNode(int node, double* weights, DerivationWo
     double const r2 = SquaredLength(OffsetBetween(position, at));
     if (r2 > largest2) largest2 = r2;
   }
-  double const* const w = system.SolveForValue(PlainDQKernel(Span, std::sqrt(largest2)), at);
+  double const* const w = system.SolveForValue(InterpolationDQKernel(Span, std::sqrt(largest2)), at);
   std::copy_n(w, around[0], weights + 1);
 }
 

@@ -3,11 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 
-// The kernel by its worked values, its two forms, its slope against differences, and the powers that it takes.
+// The kernel by its worked values, its two forms, its slope against differences, and the integer powers that
+// all radial-basis systems share.
 
 namespace {
+
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 TEST(DQKernel, TakesTheWorkedValues) {
   const PlainDQKernel plain(1.0, 1.0);
@@ -105,12 +109,13 @@ TEST(DQKernel, WithoutASupportIsNotANumber) {
   EXPECT_TRUE(std::isnan(ShapeNormalisedDQKernel(500.0, DQVector{1.0, 0.0, 1.0}).Scaled(DQVector{}).y));
 }
 
-// Bit for bit, one value or two at a time; products would round differently often enough to be told apart.
-TEST(DQKernel, TakesThePowersOfTheStandardLibraryInThePlainForm) {
+// Bit for bit, one value or two at a time; the products round differently often enough to be told apart.
+TEST(DQKernel, OfFreePointsTakesThePowersOfTheStandardLibrary) {
   const double span = 500.0, h = 0.37, c = span * h, c2 = c * span * h, c8 = std::pow(c, 8.0);
-  const PlainDQKernel kernel(span, h);
-  const auto value = [=](double r, double power) { return power * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0); };
-  const auto expected = [=](double r) { return value(r, std::pow(1.0 - r / c, 6.0)); };
+  const InterpolationDQKernel kernel(span, h);
+  const auto expected = [=](double r) {
+    return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
+  };
   std::mt19937_64 random(5);
   std::uniform_real_distribution<double> coordinate(0.0, 0.5);
   int telling = 0;
@@ -125,29 +130,44 @@ TEST(DQKernel, TakesThePowersOfTheStandardLibraryInThePlainForm) {
     EXPECT_EQ(-(d.x * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.x);
     EXPECT_EQ(-(d.y * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.y);
     EXPECT_EQ(-(d.z * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.z);
-    const double cube = (1.0 - r / c) * (1.0 - r / c) * (1.0 - r / c);
-    if (kernel.Value(r) != value(r, cube * cube)) ++telling;
+    if (kernel.Value(r) != PlainDQKernel(span, h).Value(r)) ++telling;
   }
   EXPECT_GT(telling, 100);
 }
 
-TEST(DQKernel, TakesThePowersOfTheStandardLibraryInTheShapeNormalisedForm) {
-  const ShapeNormalisedDQKernel kernel(500.0, DQVector{1.0, 2.0, 3.0});
-  const auto expected = [](double s) { return std::pow(1.0 - s, 6.0) * (35.0 * s * s + 18.0 * s + 3.0); };
-  std::mt19937_64 random(6);
-  std::uniform_real_distribution<double> coordinate(0.0, 0.5);
-  for (int i = 0; i < 1000; ++i) {
-    const DQVector d{coordinate(random), -coordinate(random), coordinate(random)};
-    const double s = Length(d);
-    EXPECT_EQ(expected(s), kernel.Value(s));
-    const TwoDoubles two = kernel.Value(TwoDoubles{d.x, s});
-    EXPECT_EQ(expected(d.x), two[0]);
-    EXPECT_EQ(expected(s), two[1]);
-    const DQVector g = kernel.Gradient(d);
-    EXPECT_EQ(-(d.x * 56.0 * (5.0 * s + 1.0) * std::pow(1.0 - s, 5.0)), g.x);
-    EXPECT_EQ(-(d.y * 56.0 * (5.0 * s + 1.0) * std::pow(1.0 - s, 5.0)), g.y);
-    EXPECT_EQ(-(d.z * 56.0 * (5.0 * s + 1.0) * std::pow(1.0 - s, 5.0)), g.z);
+// Whatever the order of the products, N - 1 of them round N - 1 times by half an epsilon at most; the reference
+// is rounded once.
+template <int N>
+void ExpectWithinItsRoundings() {
+  std::mt19937_64 random(N);
+  std::uniform_real_distribution<double> base(-2.0, 2.0);
+  for (int i = 0; i < 10000; ++i) {
+    const double x = base(random);
+    long double exact = 1.0L;
+    for (int k = 0; k < N; ++k) exact *= static_cast<long double>(x);
+    const double reference = static_cast<double>(exact);
+    EXPECT_NEAR(reference, IntegerPower<N>(x), 0.5 * N * kEpsilon * std::fabs(reference));
   }
+}
+
+TEST(IntegerPower, IsExactUpToTheRoundingOfItsProducts) {
+  ExpectWithinItsRoundings<1>();
+  ExpectWithinItsRoundings<2>();
+  ExpectWithinItsRoundings<5>();
+  ExpectWithinItsRoundings<6>();
+  ExpectWithinItsRoundings<8>();
+}
+
+TEST(IntegerPower, EighthPowerIsThreeSquarings) {
+  const double x = 1.1, x2 = x * x, x4 = x2 * x2;
+  EXPECT_EQ(x4 * x4, IntegerPower<8>(x));
+}
+
+TEST(IntegerPower, OfPowersOfTwoIsExact) {
+  EXPECT_EQ(32.0, IntegerPower<5>(2.0));
+  EXPECT_EQ(64.0, IntegerPower<6>(-2.0));
+  EXPECT_EQ(-32.0, IntegerPower<5>(-2.0));
+  EXPECT_EQ(1.0 / 256.0, IntegerPower<8>(0.5));
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "foundation/DQKernel.h"
+
 namespace rbf_cell_test {
 namespace {
 
@@ -98,9 +100,9 @@ Point PlainCellOperator::Offset(Point from, Point to, const Scales& scales) cons
 }
 
 double PlainCellOperator::Kernel(double r, const Scales& scales) const {
-  if (shapeNormalize) return std::pow(1.0 - r, 6.0) * (35.0 * r * r + 18.0 * r + 3.0);
+  if (shapeNormalize) return IntegerPower<6>(1.0 - r) * (35.0 * r * r + 18.0 * r + 3.0);
   const double c = span * scales.h;
-  return std::pow(1.0 - r / c, 6.0) * (35.0 * r * r / (c * span * scales.h) + 18.0 * r / c + 3.0);
+  return IntegerPower<6>(1.0 - r / c) * (35.0 * r * r / (c * span * scales.h) + 18.0 * r / c + 3.0);
 }
 
 // The triple g, whose negative is the slope of the kernel.
@@ -111,9 +113,9 @@ Triple PlainCellOperator::KernelSlope(Point d, const Scales& scales) const {
   Triple g{};
   for (std::size_t a = 0; a < 3; ++a) {
     if (shapeNormalize)
-      g[a] = offset[a] * 56.0 * (5.0 * r + 1.0) * std::pow(1.0 - r, 5.0);
+      g[a] = offset[a] * 56.0 * (5.0 * r + 1.0) * IntegerPower<5>(1.0 - r);
     else
-      g[a] = offset[a] * 56.0 * (5.0 * r + c) * std::pow(c - r, 5.0) / std::pow(c, 8.0);
+      g[a] = offset[a] * 56.0 * (5.0 * r + c) * IntegerPower<5>(c - r) / IntegerPower<8>(c);
   }
   return g;
 }

@@ -34,7 +34,9 @@ struct DenseSystem {
 
 /// The cell operator in its plainest form: what the library computes, by allocated tables and full loops,
 /// with every matrix entry computed for itself. The library's results equal these bit for bit on the same
-/// LAPACK, which is all that it shares with the library.
+/// LAPACK.
+///
+/// Shared with the library are the fixed order of products in an integer power, and LAPACK.
 class PlainCellOperator {
  public:
   PlainCellOperator(const CellMesh& mesh, double span, int shapeNormalize);

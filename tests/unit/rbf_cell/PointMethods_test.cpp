@@ -419,13 +419,18 @@ struct PlainSolution {
 
 /// The system on the cells at `nodes` for a point, assembled entry by entry, without a constant term.
 PlainSolution SolvePlainly(const std::vector<Point>& nodes, Point p, double span, double support) {
-  const PlainDQKernel kernel(span, support);
+  const double c = span * support, c2 = c * span * support, c8 = std::pow(c, 8.0);
+  const auto value = [=](double r) {
+    return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
+  };
   std::vector<double> a, b;
   for (const Point& xk : nodes) {
     const DQVector d = OffsetBetween(xk, p);
-    const DQVector g = kernel.Gradient(d);
-    b.insert(b.end(), {g.x, g.y, g.z, kernel.Value(Length(d))});
-    for (const Point& xj : nodes) a.push_back(kernel.Value(Length(OffsetBetween(xj, xk))));
+    const double r = Length(d), power = std::pow(c - r, 5.0);
+    for (const double component : {d.x, d.y, d.z})
+      b.push_back(-(component * 56.0 * (r * 5.0 + c) * power / c8));
+    b.push_back(value(r));
+    for (const Point& xj : nodes) a.push_back(value(Length(OffsetBetween(xj, xk))));
   }
   CDenseSolver().Solve(static_cast<int>(nodes.size()), a.data(), b.data(), b.data(), 4);
   PlainSolution solution;
@@ -466,7 +471,7 @@ TEST(CellPointWeights, EqualAPlainSystemBitForBitWithTheTripleTwiceAndThePointsN
 TEST(CellPointWeights, OfASingleMemberAreTheRightHandSidesOver3) {
   const Derived d(Diagonal(7), {3.125}, 0.5, 4.0);
   ASSERT_EQ((List{4}), d.Stencil(1));
-  const PlainDQKernel kernel(4.0, 0.5);
+  const InterpolationDQKernel kernel(4.0, 0.5);
   const DQVector offset = {3.125 - 3.0, 0.5 * 3.125 - 3.0, 0.25 * 3.125 - 3.0};
   const DQVector g = kernel.Gradient(offset);
   const RBFnode& w = d.object->m_ppIBCoef[1][1];

@@ -38,7 +38,7 @@ struct BackwardErrors {
 /// matrix entry computed for itself and every system built and solved whenever it is needed. The library's
 /// tables equal these bit for bit on the same LAPACK and the same search tree.
 ///
-/// Shared with the library are the dense solve and the tree.
+/// Shared with the library are the fixed order of products in an integer power, the dense solve and the tree.
 /// It reads the host records only. Cells, vertices and faces count from 1; element 0 of a row is unused and
 /// stands for what a library row has in element 0 besides its length.
 class PlainFaceOperator {
