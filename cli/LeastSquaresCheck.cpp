@@ -26,7 +26,11 @@ std::optional<std::string> LeastSquaresObstacle(const Ranks& ranks, COperatorGra
   std::int64_t lowest = kNone;
   MPI_Allreduce(&own, &lowest, 1, MPI_INT64_T, MPI_MIN, ranks.communicator());
   if (lowest == kNone) return std::nullopt;
-  return "least squares stops at cell " + std::to_string(lowest) + " (zero pivot)";
+  const int ownRank = own == lowest ? ranks.rank() : -1;
+  int rank = -1;
+  MPI_Allreduce(&ownRank, &rank, 1, MPI_INT, MPI_MAX, ranks.communicator());
+  return "least squares stops at cell " + std::to_string(lowest) + " on rank " + std::to_string(rank) +
+         " (zero pivot)";
 }
 
 }  // namespace zyngrad

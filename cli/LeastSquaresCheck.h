@@ -15,9 +15,8 @@ bool LeastSquaresStopsAt(double sxx, double sxy, double syy);
 
 /// Collective, after Initialize with gradient type 1. At a zero pivot the operator returns without its
 /// exchange, and the other ranks would wait for it for ever: so all ranks have to know before they call it.
-/// @return "least squares stops at cell N (zero pivot)" with the lowest such cell of the mesh, the same on
-/// every rank;
-///         nothing when the method runs through
+/// @return "least squares stops at cell N on rank R (zero pivot)" with the lowest such cell of the mesh, the same
+///         on every rank; nothing when the method runs through
 std::optional<std::string> LeastSquaresObstacle(const Ranks& ranks, COperatorGradient& op,
                                                 reference_host::HostPartition& partition);
 

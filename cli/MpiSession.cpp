@@ -11,9 +11,17 @@
 namespace zyngrad {
 namespace {
 
-/// Alone, without mpirun, Open MPI would look for a remote shell, and complain where there is none.
-void ForbidRemoteShellWhenAlone() {
-  if (std::getenv("OMPI_COMM_WORLD_SIZE") == nullptr) setenv("OMPI_MCA_plm", "isolated", 0);
+/// Alone, without mpirun, Open MPI would look for a remote shell, and complain where there is none; start a daemon
+/// for processes that join later; and look for networks. None of it is of use to one process. What the user
+/// has set stands.
+void StayAloneWhenAlone() {
+  // Set by mpirun, or by a launcher that starts ranks without it.
+  for (const char* name : {"OMPI_COMM_WORLD_SIZE", "PMIX_RANK", "PMI_RANK", "SLURM_PROCID"})
+    if (std::getenv(name) != nullptr) return;
+  setenv("OMPI_MCA_plm", "isolated", 0);
+  setenv("OMPI_MCA_ess_singleton_isolated", "1", 0);
+  setenv("OMPI_MCA_pml", "ob1", 0);
+  setenv("OMPI_MCA_btl", "self", 0);
 }
 
 }  // namespace
@@ -24,7 +32,7 @@ void ForbidRemoteShellWhenAlone() {
 // at the end of the process its plugins are unloaded, and what they keep can neither be reached nor be told from ours.
 
 MpiSession::MpiSession(int* argc, char*** argv) {
-  ForbidRemoteShellWhenAlone();
+  StayAloneWhenAlone();
   const __lsan::ScopedDisabler notOurs;
   MPI_Init(argc, argv);
 }
@@ -37,7 +45,7 @@ MpiSession::~MpiSession() {
 #else
 
 MpiSession::MpiSession(int* argc, char*** argv) {
-  ForbidRemoteShellWhenAlone();
+  StayAloneWhenAlone();
   MPI_Init(argc, argv);
 }
 

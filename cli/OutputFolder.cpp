@@ -1,12 +1,11 @@
 #include "cli/OutputFolder.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 #include "cli/OneLine.h"
+#include "cli/OutputFile.h"
+#include "cli/StdoutToFile.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -26,30 +25,51 @@ std::vector<std::string> MissingFolders(const fs::path& folder) {
   return missing;
 }
 
-void CreateFile(const std::string& file) {
-  const std::ofstream out(file, std::ios::trunc);
-  if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
+/// Everything in the folder of unfinished files but the lock itself.
+void RemoveContent(const std::string& unfinished) {
+  std::error_code ignored;
+  for (const fs::directory_entry& entry : fs::directory_iterator(unfinished, ignored))
+    if (entry.path().filename() != kLockFile) fs::remove_all(entry.path(), ignored);
 }
 
 std::string LogName(int rank) { return "log.rank" + std::to_string(rank) + ".txt"; }
 
 }  // namespace
 
-OutputFolder::OutputFolder(const Ranks& ranks, const std::string& folder) : ranks_(ranks), path_(folder) {
+OutputFolder::OutputFolder(const Ranks& ranks, const std::string& folder)
+    : ranks_(ranks), path_(folder), unfinished_((fs::path(folder) / "unfinished.part").string()) {
   try {
     MakeFolder(path_);
+    Occupy();
     ranks_.Together([this] {
       logFile_ = Stage(LogName(ranks_.rank()));
-      CreateFile(logFile_);
+      WriteText(logFile_, "");
     });
     for (int rank = ranks_.count(); Has(LogName(rank)); ++rank) Discard(LogName(rank));
   } catch (...) {
-    RemoveUnfinished();  // a constructor that throws has no destructor
+    Leave();  // a constructor that throws has no destructor
     throw;
   }
 }
 
-OutputFolder::~OutputFolder() { RemoveUnfinished(); }
+OutputFolder::~OutputFolder() { Leave(); }
+
+/// The first rank alone looks whether the folder is free, and clears it of what a killed run left; then all ranks hold
+/// its lock, so that it stays taken while any of them is alive.
+void OutputFolder::Occupy() {
+  ranks_.Together([this] {
+    if (!ranks_.IsFirst()) return;
+    if (!lock_.Take(unfinished_)) {
+      throw UsageError("the output folder " + Quoted(path_) + " is in use by another run (" +
+                       FolderLock::HolderOf(unfinished_) + ")");
+    }
+    RemoveContent(unfinished_);
+    lock_.Share();
+  });
+  ranks_.Together([this] {
+    if (!ranks_.IsFirst()) lock_.Join(unfinished_);
+  });
+}
 
 void OutputFolder::MakeFolder(const std::string& folder) {
   ranks_.Together([&folder] {
@@ -68,13 +88,19 @@ void OutputFolder::MakeFolder(const std::string& folder) {
   });
 }
 
-void OutputFolder::MakeSubfolder(const std::string& name) { MakeFolder((fs::path(path_) / name).string()); }
+void OutputFolder::MakeSubfolder(const std::string& name) {
+  MakeFolder((fs::path(path_) / name).string());
+  ranks_.Together([this, &name] {
+    if (!ranks_.IsFirst()) return;
+    const std::string folder = (fs::path(unfinished_) / name).string();
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) throw UsageError("cannot make the folder " + Quoted(folder) + ": " + error.message());
+  });
+}
 
-std::string OutputFolder::Stage(const std::string& name) { return StageAs(name, name + ".part"); }
-
-std::string OutputFolder::StageAs(const std::string& name, const std::string& unfinishedName) {
-  const fs::path folder(path_);
-  staged_.emplace_back((folder / unfinishedName).string(), (folder / name).string());
+std::string OutputFolder::Stage(const std::string& name) {
+  staged_.emplace_back((fs::path(unfinished_) / name).string(), (fs::path(path_) / name).string());
   return staged_.back().first;
 }
 
@@ -89,6 +115,10 @@ void OutputFolder::Discard(const std::string& name) {
 
 void OutputFolder::Commit() {
   ranks_.Together([this] {
+    StdoutToFile::CheckAll();
+    CheckPlaces();
+  });
+  ranks_.Together([this] {
     if (!ranks_.IsFirst()) MoveStaged();
   });
   ranks_.Together([this] {
@@ -98,6 +128,12 @@ void OutputFolder::Commit() {
     for (const std::string& file : discarded_) fs::remove(file, ignored);
   });
   madeFolders_.clear();
+}
+
+void OutputFolder::CheckPlaces() const {
+  std::error_code ignored;
+  for (const auto& [from, to] : staged_)
+    if (fs::is_directory(to, ignored)) throw UsageError("cannot write " + Quoted(to) + ": it is a folder");
 }
 
 void OutputFolder::MoveStaged() {
@@ -110,14 +146,19 @@ void OutputFolder::MoveStaged() {
   }
 }
 
-void OutputFolder::RemoveUnfinished() {
+void OutputFolder::Leave() {
   std::error_code ignored;
   for (const auto& [from, to] : staged_) fs::remove(from, ignored);
-  // Only empty folders go, so the rank that removes its files last takes the folders along, without waiting
-  // for others.
+  staged_.clear();
+  // The rank that leaves last clears the place, without waiting for others. Only empty folders go: another run may
+  // already be there.
+  if (lock_.Release()) {
+    RemoveContent(unfinished_);
+    lock_.Remove();
+    fs::remove(unfinished_, ignored);
+  }
   for (auto folder = madeFolders_.rbegin(); folder != madeFolders_.rend(); ++folder)
     fs::remove(*folder, ignored);
-  staged_.clear();
   madeFolders_.clear();
 }
 

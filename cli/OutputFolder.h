@@ -4,17 +4,23 @@
 #include <utility>
 #include <vector>
 
+#include "cli/FolderLock.h"
 #include "cli/Ranks.h"
 
 namespace zyngrad {
 
-/// The folder that a command writes into. Files are written beside their final place (NAME.part) and moved
-/// there together at the end, so that an earlier run's files stay whole until then and a failed run leaves
+/// The folder that a command writes into. Files are written in a folder of unfinished files inside, and moved to
+/// their places together at the end, so that an earlier run's files stay whole until then and a failed run leaves
 /// nothing: what was not committed is removed, and so are folders that this run made.
+///
+/// Meanwhile a second run into the same folder is refused. A run that is killed leaves its unfinished files; the next
+/// run removes them. Each file is old or new, never in between; of several, a run that is killed within Commit may
+/// leave some of either. That holds for processes that die. Nothing is forced to the disk, so if the machine
+/// itself goes down, files that were written in the last seconds may be empty: results can be computed again.
 class OutputFolder {
  public:
   /// Collective. Makes the folder and the folders above it as needed.
-  /// Throws UsageError when that fails or when a rank cannot write into it.
+  /// Throws UsageError when that fails, when a rank cannot write into it, or when another run is in it.
   OutputFolder(const Ranks& ranks, const std::string& folder);
   ~OutputFolder();
   OutputFolder(const OutputFolder&) = delete;
@@ -25,13 +31,9 @@ class OutputFolder {
   /// Collective. Makes a folder inside; `name` as for Stage.
   void MakeSubfolder(const std::string& name);
 
-  /// Where to write the file that will be `name` (relative to the folder) after Commit. The rank that calls
-  /// it owns it.
+  /// Where to write the file that will be `name` (relative to the folder) after Commit: a file of the same name in
+  /// the folder of unfinished files. The rank that calls it owns it.
   std::string Stage(const std::string& name);
-
-  /// The same for a file that something reads by a name of its own before Commit: until then it is called
-  /// `unfinishedName`.
-  std::string StageAs(const std::string& name, const std::string& unfinishedName);
 
   /// Lines that the operators print on this rank: the staged log.rankN.txt.
   const std::string& logFile() const { return logFile_; }
@@ -44,16 +46,22 @@ class OutputFolder {
   void Discard(const std::string& name);
 
   /// Collective. Moves all staged files to their places; the first rank's last, in the order of staging.
+  /// Throws UsageError, before anything has moved, when a folder stands in the place of a file or when a log is
+  /// not whole.
   void Commit();
 
  private:
   void MakeFolder(const std::string& folder);
+  void Occupy();
+  void CheckPlaces() const;
   void MoveStaged();
-  void RemoveUnfinished();
+  void Leave();
 
   const Ranks& ranks_;
   std::string path_;
+  std::string unfinished_;  ///< the folder of unfinished files
   std::string logFile_;
+  FolderLock lock_;
   std::vector<std::string> madeFolders_;                     ///< outermost first; the same on every rank
   std::vector<std::pair<std::string, std::string>> staged_;  ///< of this rank: where it is, where it goes
   std::vector<std::string> discarded_;

@@ -1,14 +1,10 @@
 #include "cli/PointFiles.h"
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <fstream>
 
-#include "cli/OneLine.h"
+#include "cli/OutputFile.h"
 #include "cli/RunSettings.h"
-#include "cli/UsageError.h"
 #include "cli/VtpFile.h"
 
 namespace zyngrad {
@@ -67,14 +63,14 @@ const std::vector<std::string>& PointResultColumns() {
 }
 
 void WritePointCsv(const std::string& file, const PointResults& results) {
-  std::ofstream out(file, std::ios::binary);
+  OutputFile table(file);
+  std::ostream& out = table.stream();
   out << results.points.header;
   for (const std::string& column : PointResultColumns()) out << ',' << column;
   out << '\n';
   for (std::size_t i = 0; i < results.points.size(); ++i)
     out << results.points.rows[i] << ',' << ResultRow(results, i) << '\n';
-  out.close();
-  if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
+  table.Close();
 }
 
 void WritePointVtp(const std::string& file, const PointResults& results) {

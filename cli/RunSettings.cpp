@@ -1,14 +1,12 @@
 #include "cli/RunSettings.h"
 
-#include <cerrno>
 #include <charconv>
 #include <cstddef>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
 #include "cli/OneLine.h"
+#include "cli/OutputFile.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -32,12 +30,10 @@ std::string WriteSettingsText(const std::string& file, const std::string& text) 
     throw UsageError("the name of the settings file " + Quoted(file) + " is longer than " +
                      std::to_string(kLongestName) + " characters");
   }
-  // What an interrupted run left there may be a link to somewhere else.
+  // What somebody left there may be a link to somewhere else.
   std::error_code ignored;
   std::filesystem::remove(file, ignored);
-  std::ofstream out(file, std::ios::trunc);
-  out << text << std::flush;
-  if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
+  WriteText(file, text);
   // An operator puts ".rbf" in the place of the last four characters, whatever they are.
   return file.substr(0, file.size() - kExtensionLength) + ".dat";
 }
@@ -46,8 +42,7 @@ void StageRunSettings(const Ranks& ranks, reference_host::HostPartition& partiti
                       const std::optional<std::string>& text) {
   if (text) {
     ranks.Together([&] {
-      const std::string own = SettingsName(ranks.rank());
-      const std::string file = folder.StageAs(own + ".rbf", own + ".part.rbf");
+      const std::string file = folder.Stage(SettingsName(ranks.rank()) + ".rbf");
       partition.SetBaseFileName(WriteSettingsText(file, *text));
     });
   }

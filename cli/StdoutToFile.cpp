@@ -3,8 +3,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <iostream>
+#include <utility>
+
+#include "cli/OneLine.h"
+#include "cli/UsageError.h"
 
 namespace zyngrad {
 namespace {
@@ -15,22 +21,51 @@ void FlushStdout() {
   std::fflush(stdout);
 }
 
+/// What the first file that lost something has to say. Standard output is one for the process, and so is this.
+std::string& Loss() {
+  static std::string loss;
+  return loss;
+}
+
+/// Whether something of what was written is lost; the streams forget it.
+bool TakeStreamErrors() {
+  const bool lost = !std::cout || std::ferror(stdout) != 0;
+  std::cout.clear();
+  std::clearerr(stdout);
+  return lost;
+}
+
 }  // namespace
 
-StdoutToFile::StdoutToFile(const std::string& file) {
+StdoutToFile::StdoutToFile(const std::string& file) : file_(file) {
   FlushStdout();
   const int target = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   if (target < 0) return;
   saved_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-  if (saved_ >= 0) dup2(target, STDOUT_FILENO);
+  // Errors of standard output itself are for its own end to report.
+  if (saved_ >= 0 && std::cout && std::ferror(stdout) == 0) {
+    dup2(target, STDOUT_FILENO);
+  } else if (saved_ >= 0) {
+    close(std::exchange(saved_, -1));
+  }
   close(target);
 }
 
 StdoutToFile::~StdoutToFile() {
   if (saved_ < 0) return;
+  errno = 0;
   FlushStdout();
+  const int reason = errno;
+  if (TakeStreamErrors() && Loss().empty()) {
+    Loss() = "cannot write " + Quoted(file_) + ": " +
+             (reason != 0 ? std::strerror(reason) : "not all of it was written");
+  }
   dup2(saved_, STDOUT_FILENO);
   close(saved_);
+}
+
+void StdoutToFile::CheckAll() {
+  if (!Loss().empty()) throw UsageError(std::exchange(Loss(), ""));
 }
 
 }  // namespace zyngrad

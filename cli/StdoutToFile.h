@@ -8,7 +8,8 @@ namespace zyngrad {
 /// and by whatever means: it swaps the file descriptor itself. The operators print lines of their own, which
 /// would otherwise land between the rows of a table.
 ///
-/// Best effort: if the swap fails, output stays where it was. One object at a time.
+/// If the swap fails, output stays where it was. What the file does not take, on a full disk for instance, is
+/// lost, and CheckAll says so afterwards; standard output itself is none the worse. One object at a time.
 class StdoutToFile {
  public:
   explicit StdoutToFile(const std::string& file);  ///< appends; the file is made if missing
@@ -16,7 +17,11 @@ class StdoutToFile {
   StdoutToFile(const StdoutToFile&) = delete;
   StdoutToFile& operator=(const StdoutToFile&) = delete;
 
+  /// Throws UsageError, once, when a file of this process has not taken all that was sent to it.
+  static void CheckAll();
+
  private:
+  std::string file_;
   int saved_ = -1;  ///< the original descriptor, -1: nothing was swapped
 };
 

@@ -1,12 +1,9 @@
 #include "cli/VtkXml.h"
 
-#include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <type_traits>
 
-#include "cli/OneLine.h"
-#include "cli/UsageError.h"
+#include "cli/OutputFile.h"
 
 namespace zyngrad {
 namespace {
@@ -31,11 +28,6 @@ std::string Header(const std::string& gridType) {
 std::string Attributes(const char* type, const std::string& name, int nComponents) {
   return std::string(" type=\"") + type + "\" Name=\"" + name + "\" NumberOfComponents=\"" +
          std::to_string(nComponents) + '"';
-}
-
-void CheckWritten(std::ofstream& out, const std::string& file) {
-  out.close();
-  if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
 }
 
 void WriteArrayNames(std::ostream& out, const char* section, const std::vector<VtkArray>& arrays) {
@@ -70,20 +62,22 @@ void VtkXml::Array(const VtkArray& array) {
 }
 
 void VtkXml::Write(const std::string& file, const char* gridType) const {
-  std::ofstream out(file, std::ios::binary);
+  OutputFile output(file);
+  std::ostream& out = output.stream();
   out << Header(gridType) << text_ << "<AppendedData encoding=\"raw\">\n_";
   for (const Block& block : blocks_) {
     out.write(reinterpret_cast<const char*>(&block.nBytes), sizeof block.nBytes);
     out.write(static_cast<const char*>(block.data), static_cast<std::streamsize>(block.nBytes));
   }
   out << "\n</AppendedData>\n</VTKFile>\n";
-  CheckWritten(out, file);
+  output.Close();
 }
 
 void WritePieceIndex(const std::string& file, const std::string& gridType,
                      const std::vector<VtkArray>& pointData, const std::vector<VtkArray>& cellData,
                      const std::vector<std::string>& pieces) {
-  std::ofstream out(file, std::ios::binary);
+  OutputFile output(file);
+  std::ostream& out = output.stream();
   const std::string element = 'P' + gridType;
   out << Header(element) << '<' << element << " GhostLevel=\"0\">\n<PPoints>\n"
       << "<PDataArray" << Attributes("Float64", "Points", 3) << "/>\n</PPoints>\n";
@@ -91,7 +85,7 @@ void WritePieceIndex(const std::string& file, const std::string& gridType,
   WriteArrayNames(out, "PCellData", cellData);
   for (const std::string& piece : pieces) out << "<Piece Source=\"" << piece << "\"/>\n";
   out << "</" << element << ">\n</VTKFile>\n";
-  CheckWritten(out, file);
+  output.Close();
 }
 
 }  // namespace zyngrad

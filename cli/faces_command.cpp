@@ -127,6 +127,9 @@ void FacesCommand::CheckThatThereAreFaces(const Ranks& ranks, const FacesOfGroup
   if (ranks.Max(faces.count) > 0.0) return;
   if (group_ == FaceGroup::Partition)
     throw UsageError("there are no partition faces on one rank: mpirun -n 2 zyngrad faces ... has some");
+  if (group_ == FaceGroup::Inner && ranks.count() > 1)
+    throw UsageError("no rank has inner faces: on " + std::to_string(ranks.count()) +
+                     " ranks every face between cells is a partition face");
   throw UsageError("the mesh has no " + NameOf(*group_) + " faces");
 }
 

@@ -17,6 +17,7 @@
 #include "cli/MeshReport.h"
 #include "cli/OneLine.h"
 #include "cli/OutputFolder.h"
+#include "cli/Program.h"
 #include "cli/Progress.h"
 #include "cli/RadialBasisSettings.h"
 #include "cli/RunSettings.h"
@@ -57,6 +58,8 @@ std::string Footer() {
          "and its\n"
          "pieces, what the operators print, in log.rankN.txt, and what rbf is told, in "
          "settings.rankN.rbf.\n\n"
+         "Exit code 1: a method could not be run on this mesh, and the last lines say why; the others "
+         "were.\n\n"
          "Examples:\n"
          "  zyngrad gradient channel.msh --field \"sin(x)*y + z^2\"\n"
          "  zyngrad gradient box:20,20,20:tet --field \"x^2\" --method iterated --sweeps 5 -o tet20\n"
@@ -75,6 +78,7 @@ class GradientCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
   void Run(const Ranks& ranks) override;
+  int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
@@ -96,6 +100,7 @@ class GradientCommand : public Command {
   int nSweeps_ = 0, nRepeat_ = 0;
   RadialBasisSettings radialBasis_;
   std::vector<std::string> warnings_;
+  int exitCode_ = kSuccess;
 };
 
 CLI::App* GradientCommand::AddTo(CLI::App& program) {
@@ -216,6 +221,7 @@ void GradientCommand::Run(const Ranks& ranks) {
   for (const GradientMethod* method : methods_) {
     progress.Stage(std::string("computing gradients: ") + method->name);
     results.push_back(RunMethod(ranks, mesh, *method, theCase));
+    if (!results.back().notRun.empty()) exitCode_ = kFoundFaults;
   }
   progress.Done();
   if (ranks.IsFirst()) PrintWarnings(std::cout, warnings_);

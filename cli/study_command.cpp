@@ -1,7 +1,4 @@
-#include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -11,6 +8,7 @@
 #include "cli/JsonFile.h"
 #include "cli/MeshOptions.h"
 #include "cli/OneLine.h"
+#include "cli/OutputFile.h"
 #include "cli/OutputFolder.h"
 #include "cli/Progress.h"
 #include "cli/RadialBasisSettings.h"
@@ -160,13 +158,6 @@ void StudyCommand::Print(const std::vector<StudyLevel>& levels) const {
     isFirst = false;
   }
   for (const std::string& remark : StudyRemarks(question_, levels)) std::cout << "  " << remark << '\n';
-}
-
-void WriteText(const std::string& file, const std::string& text) {
-  std::ofstream out(file);
-  out << text;
-  out.close();
-  if (!out) throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(errno));
 }
 
 void StudyCommand::Write(OutputFolder& folder, const std::vector<StudyLevel>& levels) const {

@@ -43,7 +43,8 @@ TEST(LeastSquaresCheck, NamesTheLowestCellOfTheMeshThatWouldStop) {
     const auto number = partition->globalCell()[static_cast<std::size_t>(c)];
     if (number == 9 || number == 20) op.m_pImpl->m_pSxx[c] = 0.0;
   }
-  EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition), "least squares stops at cell 9 (zero pivot)");
+  EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition),
+            "least squares stops at cell 9 on rank 0 (zero pivot)");
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <iostream>
 #include <sstream>
 
+#include "cli/UsageError.h"
+
 namespace zyngrad {
 namespace {
 
@@ -39,6 +41,33 @@ TEST(StdoutToFile, LeavesOutputWhereItWasWhenTheFileCannotBeOpened) {
     std::cout << "still here";
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
+}
+
+TEST(StdoutToFile, SaysThatAFileHasLostSomethingAndSparesStandardOutput) {
+  testing::internal::CaptureStdout();
+  {
+    const StdoutToFile redirect("/dev/full");
+    std::cout << "lost" << std::endl;
+    std::printf("lost as well");
+  }
+  std::cout << "still here" << std::flush;
+  EXPECT_TRUE(std::cout.good());
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
+  try {
+    StdoutToFile::CheckAll();
+    FAIL() << "the loss was not noticed";
+  } catch (const UsageError& error) {
+    EXPECT_STREQ(error.what(), "cannot write \"/dev/full\": No space left on device");
+  }
+  EXPECT_NO_THROW(StdoutToFile::CheckAll());
+}
+
+TEST(StdoutToFile, LeavesTheErrorsOfStandardOutputToItsOwnEnd) {
+  std::cout.setstate(std::ios::badbit);
+  { const StdoutToFile redirect("/dev/full"); }
+  EXPECT_TRUE(std::cout.bad());
+  std::cout.clear();
+  EXPECT_NO_THROW(StdoutToFile::CheckAll());
 }
 
 }  // namespace

@@ -1,0 +1,38 @@
+#include "cli/OutputFile.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "cli/OneLine.h"
+#include "cli/UsageError.h"
+
+namespace zyngrad {
+
+OutputFile::OutputFile(const std::string& file) : file_(file) {
+  errno = 0;
+  out_.open(file, std::ios::binary | std::ios::trunc);
+  if (!out_) Fail();
+}
+
+void OutputFile::Close() {
+  // The reason of a write that failed on the way is the best there is, unless closing has one itself.
+  const int before = out_ ? 0 : errno;
+  errno = 0;
+  out_.close();
+  if (errno == 0) errno = before;
+  if (!out_) Fail();
+}
+
+void OutputFile::Fail() const {
+  const int reason = errno;
+  throw UsageError("cannot write " + Quoted(file_) + ": " +
+                   (reason != 0 ? std::strerror(reason) : "not all of it was written"));
+}
+
+void WriteText(const std::string& file, const std::string& text) {
+  OutputFile out(file);
+  out.stream() << text;
+  out.Close();
+}
+
+}  // namespace zyngrad

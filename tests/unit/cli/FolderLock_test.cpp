@@ -1,0 +1,95 @@
+#include "cli/FolderLock.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "cli/TemporaryFolder.h"
+#include "cli/UsageError.h"
+
+namespace zyngrad {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Locks belong to open files, so two objects of one process are like two processes.
+class FolderLockTest : public testing::Test {
+ protected:
+  TemporaryFolder folder_;
+  std::string place_ = folder_.path() + "/place";
+};
+
+TEST_F(FolderLockTest, RefusesAnotherRunAndSaysWhoIsThere) {
+  FolderLock first, second;
+  ASSERT_TRUE(first.Take(place_));
+  EXPECT_FALSE(second.Take(place_));
+  first.Share();
+  EXPECT_FALSE(second.Take(place_));
+  EXPECT_EQ(FolderLock::HolderOf(place_).rfind("process " + std::to_string(getpid()) + " on ", 0), 0u);
+  EXPECT_FALSE(second.Release());
+}
+
+TEST_F(FolderLockTest, HoldsUntilTheLastRankHasLeft) {
+  FolderLock first, second, third, other;
+  ASSERT_TRUE(first.Take(place_));
+  first.Share();
+  second.Join(place_);
+  third.Join(place_);
+  EXPECT_FALSE(first.Release());
+  EXPECT_FALSE(other.Take(place_));
+  EXPECT_FALSE(third.Release());
+  EXPECT_FALSE(other.Take(place_));
+  EXPECT_TRUE(second.Release());
+  EXPECT_FALSE(other.Take(place_));  // the last one is still clearing up
+  second.Remove();
+  EXPECT_TRUE(fs::is_empty(place_));
+  EXPECT_TRUE(other.Take(place_));
+}
+
+TEST_F(FolderLockTest, KeepsOthersFromJoiningBeforeItIsShared) {
+  FolderLock first, second;
+  ASSERT_TRUE(first.Take(place_));
+  EXPECT_THROW(second.Join(place_), UsageError);
+  EXPECT_THROW(FolderLock().Join(folder_.path()), UsageError);  // nobody has taken that one
+}
+
+TEST_F(FolderLockTest, EndsWithAProcessThatIsKilled) {
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    FolderLock lock;
+    const char answer = lock.Take(place_) ? 'y' : 'n';
+    if (write(ready[1], &answer, 1) != 1) _exit(1);
+    for (;;) pause();
+  }
+  char answer = 0;
+  ASSERT_EQ(read(ready[0], &answer, 1), 1);
+  EXPECT_EQ(answer, 'y');
+  FolderLock lock;
+  EXPECT_FALSE(lock.Take(place_));
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_TRUE(fs::exists(fs::path(place_) / kLockFile));
+  EXPECT_TRUE(lock.Take(place_));
+}
+
+TEST_F(FolderLockTest, RefusesALinkToAFolderOfSomebodyElse) {
+  fs::create_directory(folder_.path() + "/elsewhere");
+  fs::create_symlink("elsewhere", place_);
+  EXPECT_THROW(FolderLock().Take(place_), UsageError);
+  EXPECT_TRUE(fs::is_empty(folder_.path() + "/elsewhere"));
+}
+
+TEST_F(FolderLockTest, RefusesAFileInItsPlace) {
+  std::ofstream(place_) << "mine";
+  EXPECT_THROW(FolderLock().Take(place_), UsageError);
+}
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,96 @@
+#include "cli/OutputFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+
+#include "cli/JsonFile.h"
+#include "cli/PointFiles.h"
+#include "cli/RunSettings.h"
+#include "cli/TemporaryFolder.h"
+#include "cli/UsageError.h"
+#include "cli/VtpFile.h"
+#include "cli/VtuFile.h"
+
+namespace zyngrad {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Read(const std::string& file) {
+  std::ostringstream text;
+  text << std::ifstream(file).rdbuf();
+  return text.str();
+}
+
+/// The text of the UsageError, empty without one.
+std::string ErrorOf(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+/// A name behind which the disk is full: what is written stays in a buffer or fails.
+class FullDisk {
+ public:
+  FullDisk() : name_(folder_.path() + "/full") { fs::create_symlink("/dev/full", name_); }
+  const std::string& name() const { return name_; }
+  std::string Error() const { return "cannot write \"" + name_ + "\": No space left on device"; }
+
+ private:
+  TemporaryFolder folder_;
+  std::string name_;
+};
+
+TEST(OutputFile, HoldsWhatWasWrittenInThePlaceOfWhatWasThere) {
+  const TemporaryFolder folder;
+  const std::string file = folder.path() + "/file";
+  WriteText(file, "a longer text from before");
+  WriteText(file, "two\nlines");
+  EXPECT_EQ(Read(file), "two\nlines");
+}
+
+TEST(OutputFile, NoticesAFullDiskThatShowsOnlyWhenItCloses) {
+  const FullDisk disk;
+  OutputFile file(disk.name());
+  file.stream() << "short enough for the stream's buffer";
+  EXPECT_TRUE(file.stream().good());
+  EXPECT_EQ(ErrorOf([&] { file.Close(); }), disk.Error());
+}
+
+TEST(OutputFile, TellsTheReasonOfAWriteThatFailedOnTheWay) {
+  const FullDisk disk;
+  OutputFile file(disk.name());
+  file.stream() << std::string(1000000, 'x');
+  EXPECT_FALSE(file.stream().good());
+  EXPECT_EQ(ErrorOf([&] { file.Close(); }), disk.Error());
+}
+
+TEST(OutputFile, RefusesAPlaceThatCannotBeWritten) {
+  const TemporaryFolder folder;
+  const std::string file = folder.path() + "/missing/file";
+  EXPECT_EQ(ErrorOf([&] { WriteText(file, ""); }),
+            "cannot write \"" + file + "\": No such file or directory");
+  EXPECT_EQ(ErrorOf([&] { WriteText(folder.path(), ""); }),
+            "cannot write \"" + folder.path() + "\": Is a directory");
+}
+
+TEST(OutputFile, IsWhatEveryWriterOfResultsNoticesAFullDiskBy) {
+  const FullDisk disk;
+  EXPECT_EQ(ErrorOf([&] { WriteJson(disk.name(), {{"key", 1}}); }), disk.Error());
+  EXPECT_EQ(ErrorOf([&] { WriteVtu(disk.name(), {}, {}); }), disk.Error());
+  EXPECT_EQ(ErrorOf([&] { WritePvtu(disk.name(), {}, {"piece"}); }), disk.Error());
+  EXPECT_EQ(ErrorOf([&] { WriteVertices(disk.name(), {}, {}); }), disk.Error());
+  EXPECT_EQ(ErrorOf([&] { WritePointCsv(disk.name(), {}); }), disk.Error());
+  EXPECT_EQ(ErrorOf([&] { WritePointVtp(disk.name(), {}); }), disk.Error());
+}
+
+}  // namespace
+}  // namespace zyngrad
