@@ -1,0 +1,71 @@
+#include "gradient/TwoFaces.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+// The arithmetic of two faces side by side, place by place.
+
+namespace {
+
+using two_faces::AnyOfEightAbove;
+using two_faces::AnyZero;
+using two_faces::Two;
+
+TEST(TwoFaces, NoneOfEightAtTheLimitIsAboveIt) {
+  std::vector<int> const atLimit(8, 5);
+  EXPECT_FALSE(AnyOfEightAbove(5, atLimit.data(), atLimit.data()));
+}
+
+TEST(TwoFaces, AnyOfEightIsFoundInEveryPlace) {
+  for (int place = 0; place < 16; ++place) {
+    std::vector<int> values(16, 5);
+    values[place] = 6;
+    EXPECT_TRUE(AnyOfEightAbove(5, values.data(), values.data() + 8)) << place;
+    EXPECT_TRUE(AnyOfEightAbove(5, values.data() + 8, values.data())) << place;
+  }
+}
+
+TEST(TwoFaces, LooksAtEightAndNoMore) {
+  std::vector<int> values(9, 5);
+  values[8] = 6;
+  EXPECT_FALSE(AnyOfEightAbove(5, values.data(), values.data()));
+}
+
+TEST(TwoFaces, AZeroOfEitherSignIsFoundInEveryPlace) {
+  for (double const zero : {0.0, -0.0}) {
+    EXPECT_TRUE(AnyZero(Two{zero, 1.0}, Two{1.0, 1.0}));
+    EXPECT_TRUE(AnyZero(Two{1.0, zero}, Two{1.0, 1.0}));
+    EXPECT_TRUE(AnyZero(Two{1.0, 1.0}, Two{zero, 1.0}));
+    EXPECT_TRUE(AnyZero(Two{1.0, 1.0}, Two{1.0, zero}));
+  }
+  EXPECT_FALSE(AnyZero(Two{1.0, -1.0}, Two{5e-324, NAN}));
+}
+
+// By way of a volatile: two constants are folded by some compilers as if the order of the two did not matter. Field
+// values are no constants.
+double AtRunTime(double value) {
+  double volatile const seen = value;
+  return seen;
+}
+
+TEST(TwoFaces, TiesAndNaNsGiveTheSecond) {
+  double const zero = AtRunTime(0.0), negativeZero = AtRunTime(-0.0);
+  double const notANumber = AtRunTime(NAN), three = AtRunTime(3.0);
+  EXPECT_EQ(two_faces::Lesser(1.0, 2.0), 1.0);
+  EXPECT_EQ(two_faces::Greater(1.0, 2.0), 2.0);
+  EXPECT_TRUE(std::signbit(two_faces::Lesser(zero, negativeZero)));
+  EXPECT_TRUE(std::signbit(two_faces::Greater(zero, negativeZero)));
+  EXPECT_EQ(two_faces::Lesser(notANumber, three), 3.0);
+  EXPECT_EQ(two_faces::Greater(notANumber, three), 3.0);
+  EXPECT_TRUE(std::isnan(two_faces::Lesser(three, notANumber)));
+  Two const lesser = two_faces::Lesser(Two{1.0, 4.0}, Two{2.0, 3.0});
+  Two const greater = two_faces::Greater(Two{1.0, 4.0}, Two{2.0, 3.0});
+  EXPECT_EQ(lesser[0], 1.0);
+  EXPECT_EQ(lesser[1], 3.0);
+  EXPECT_EQ(greater[0], 2.0);
+  EXPECT_EQ(greater[1], 4.0);
+}
+
+}  // namespace
