@@ -194,7 +194,7 @@ TEST(LoadMesh, SameMeshGivesTheSamePartitionsAgain) {
 
 TEST(LoadMesh, ReportsItsStagesOnRank0InOrder) {
   const SharedFolder folder;
-  folder.Write("cubes.msh", GmshTextOfCubes(3, 2, 2, "inlet"));
+  folder.Write("cubes.msh", GmshTextOfCubes(5, 2, 2, "inlet"));
   std::vector<std::string> stages;
   const auto progress = [&stages](const std::string& stage) { stages.push_back(stage); };
   LoadMesh(MPI_COMM_WORLD, folder.File("cubes.msh"), {}, progress);

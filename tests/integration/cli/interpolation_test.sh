@@ -1,0 +1,173 @@
+#!/usr/bin/env bash
+# zyngrad faces and points: results, files, the same on several ranks.
+#   interpolation_test.sh ZYNGRAD_BINARY MPIRUN DATA_DIR
+# shellcheck source=cli_test_support.sh
+. "$(dirname "${BASH_SOURCE[0]}")/cli_test_support.sh"
+
+make_meshes
+make_points
+
+# --- interpolation to faces ------------------------------------------------------------------------------------------
+
+for ranks in 1 2; do
+  run $ranks faces --help
+  check "faces --help on $ranks ranks: exit code 0" exited 0
+  check "faces --help on $ranks ranks shows examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
+  check "faces --help on $ranks ranks tells both uses of --group" contains stdout "GROUP or NAME="
+  run $ranks points --help
+  check "points --help on $ranks ranks: exit code 0" exited 0
+  check "points --help on $ranks ranks shows examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
+done
+
+for ranks in 1 2 4; do
+  for method in 1 2 3 4; do
+    run $ranks faces box:6,5,4:tet --field 7 --group inner --search-method $method --span 100 -o "faces-$ranks"
+    name="faces, method $method, $ranks ranks"
+    check "$name: exit code 0" exited 0
+    check "$name: nothing on stderr" [ ! -s stderr ]
+    # The weights are not made to sum to 1; at a span of 100 they do within 1e-3.
+    check "$name: constant" below "$(result "faces-$ranks/results.json" max 1)" 7e-3
+    check "$name: settings of every rank" \
+      [ "$(cat "faces-$ranks"/settings.rank*.rbf | grep -c "^iSearch_method    = $method\$")" = "$ranks" ]
+    check "$name: nobody adopted defaults" [ "$(cat "faces-$ranks"/log.rank*.txt | grep -c Default)" = 0 ]
+    check "$name: no unfinished file" [ -z "$(find . -name '*.part*')" ]
+    if [ $ranks = 1 ]; then
+      check "$name: polygons with all arrays" grid_has faces-1/faces.vtp value exact error weight_sum members rank cell
+    else
+      check "$name: index lists $ranks pieces" \
+        [ "$(grep -c '<Piece Source="faces/faces' "faces-$ranks/faces.pvtp")" = "$ranks" ]
+      check "$name: last piece is there" grid_has "faces-$ranks/faces/faces.000$((ranks - 1)).vtp" value error
+    fi
+  done
+  for group in wall inlet outlet symmetry; do
+    [ $ranks = 4 ] && continue
+    for method in 1 2 3 4; do
+      run $ranks faces box:5,4,4 --field "1 + x*y" --group wall_zmin=symmetry --group $group --search-method $method -o sides
+      name="$group faces, method $method, $ranks ranks"
+      check "$name: exit code 0" exited 0
+      check "$name: one count" [ "$(grep -c " $group faces by search method $method" stdout)" = 1 ]
+      if [ $method = 4 ]; then
+        check "$name: says that there are no values" [ "$(grep -c 'all are 0 by design' stdout)" = 1 ]
+        check "$name: no errors" contains sides/results.json '"errors": null'
+      else
+        # The cell beyond the face stands on it and holds the boundary value.
+        check "$name: nearly the boundary value" below "$(result sides/results.json max 1)" 1e-3
+      fi
+    done
+  done
+  run $ranks faces box:6,6,6 --field "sin(x)*y" --group inner -o whole-$ranks
+done
+for ranks in 2 4; do
+  run $ranks faces box:6,6,6 --field "sin(x)*y" --group partition -o cut-$ranks
+  check "partition faces on $ranks ranks: exit code 0" exited 0
+  # By method 4 they take the halo cell's value; its weights have a condition number of about 1e9.
+  check "partition faces on $ranks ranks: the halo cell's value" below "$(result cut-$ranks/results.json max 1)" 1e-6
+  check "inner and cut faces on $ranks ranks are the inner faces of the whole" \
+    [ $((2 * $(result whole-$ranks/results.json faces 1) + $(result cut-$ranks/results.json faces 1))) = $((2 * 540)) ]
+  # Stencils at a cut lack the cells that only touch it with a node, so only about the same.
+  check "error of inner faces on $ranks ranks is about that on one" \
+    agree "$(result whole-1/results.json l2 1)" "$(result whole-$ranks/results.json l2 1)" 0.3
+done
+for ranks in 1 2; do
+  run $ranks faces box:6,5,4 --field "x" --group inner --debug-report -o report
+  check "--debug-report, $ranks ranks: in the log of every rank" \
+    [ "$(cat report/log.rank*.txt | grep -c 'Inner Face FI = 1.e0')" = "$ranks" ]
+  check "--debug-report, $ranks ranks: not in the output" [ "$(grep -c 'FI = 1.e0' stdout)" = 0 ]
+done
+check "faces of an earlier run on more ranks are gone" [ -e report/faces.pvtp ]
+run 1 faces box:6,5,4 --field "x" --group inner -o report
+check "no report unless asked for" [ "$(cat report/log.rank*.txt | grep -c 'FI = 1.e0')" = 0 ]
+check "later on one rank: no index" [ ! -e report/faces.pvtp ]
+check "later on one rank: no pieces" [ ! -e report/faces ]
+check "later on one rank: no second settings file" [ ! -e report/settings.rank1.rbf ]
+run 1 faces box:4,4,4 --field x --group inner --search-method 2 --search-number 9 --span 2.5 -o few
+check "faces, settings with a fraction" contains few/settings.rank0.rbf "Span              = 2.5"
+check "faces, settings with a number" contains few/settings.rank0.rbf "Search_number     = 9"
+check "faces, stencils of that number" contains stdout "stencils of 9 to 9 cells"
+check "faces, a small span does not sum to 1 and says so" grep -q "warning: the weights of [0-9,]* faces do not sum to 1" stdout
+run 1 faces box:4,4,4 --field x --group inner --search-method 2 --span 1e-60 -o few
+check "faces, weights that are no numbers: exit code 0" exited 0
+check "faces, weights that are no numbers: says so" grep -q "warning: the weights of 144 faces are not finite; first: face" stdout
+for ranks in 1 2; do
+  run $ranks faces meshes/polyhedra --group lid=wall --group inner --field "x+2*y" -o polyhedra-$ranks
+  check "faces of polyhedra on $ranks ranks: exit code" exited $([ $ranks = 1 ] && echo 0 || echo 2)
+  run $ranks faces meshes/pyramid.msh --group wall --search-method 2 --field "x+2*y" -o pyramid-$ranks
+  check "faces of a pyramid on $ranks ranks: exit code 0" exited 0
+done
+
+# --- interpolation to points -----------------------------------------------------------------------------------------
+
+echo "z,y,x" >none.csv
+for ranks in 1 2 4; do
+  for method in 1 2 3; do
+    run $ranks points box:6,6,6:tet --field "1 + x - 2*y + 3*z" --points points.csv --search-method $method --span 200 -o "points-$ranks-$method"
+    name="points, method $method, $ranks ranks"
+    check "$name: exit code 0" exited 0
+    check "$name: nothing on stderr" [ ! -s stderr ]
+    check "$name: original order" [ "$(column "points-$ranks-$method/points.csv" 1)" = "$(column points.csv 1)" ]
+    check "$name: duplicates alike" [ "$(sed -n '4s/^c,//p' "points-$ranks-$method/points.csv")" = "$(sed -n '5s/^c again,//p' "points-$ranks-$method/points.csv")" ]
+    check "$name: flags the far one alone" [ "$(column "points-$ranks-$method/points.csv" 18 | tr '\n' '-')" = "----far--" ]
+    check "$name: warns" [ "$(grep -c 'warning: far: 1 point ' stdout)" = 1 ]
+    check "$name: vertices with all arrays" grid_has "points-$ranks-$method/points.vtp" value gradient exact exact_gradient error gradient_error distance members rank flags point
+    check "$name: settings of every rank" [ "$(cat "points-$ranks-$method"/settings.rank*.rbf | grep -c "^iSearch_method    = $method\$")" = "$ranks" ]
+    check "$name: nobody adopted defaults" [ "$(cat "points-$ranks-$method"/log.rank*.txt | grep -c Default)" = 0 ]
+    check "$name: no unfinished file" [ -z "$(find . -name '*.part*')" ]
+    # Points 1 to 4 lie inside; the slope of the linear field is 3.7. Method 3 goes through nodes, and those on a cut
+    # lack the cells that only touch them.
+    slope=0.01
+    [ $method = 3 ] && slope=1
+    check "$name: near the linear field" \
+      [ "$(column "points-$ranks-$method/points.csv" 13 | head -n 4 | awk '{ if ($1 > 0.01 || -$1 > 0.01) print }' | wc -l)" = 0 ]
+    check "$name: near its slope" \
+      [ "$(column "points-$ranks-$method/points.csv" 14 | head -n 4 | awk -v s=$slope '{ if ($1 > s) print }' | wc -l)" = 0 ]
+  done
+  run $ranks points box:4,4,4 --field "x" --points none.csv -o none-$ranks
+  check "no points, $ranks ranks: exit code 0" exited 0
+  check "no points, $ranks ranks: says so" contains stdout "no points, no errors to show"
+  check "no points, $ranks ranks: a table without rows" [ "$(cat none-$ranks/points.csv | wc -l)" = 1 ]
+  check "no points, $ranks ranks: a file without vertices" grep -aq 'NumberOfVerts="0"' none-$ranks/points.vtp
+
+  run $ranks points box:9,9,9 --field "x*y + z" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" -o body-$ranks
+  check "points of a body, $ranks ranks: exit code 0" exited 0
+  check "points of a body, $ranks ranks: the same points" \
+    [ "$(cut -d, -f1-3 body-$ranks/points.csv)" = "$(cut -d, -f1-3 body-1/points.csv)" ]
+  run $ranks points box:9,9,9 --field "x*y + z" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" --spacing 0.1 -o thin-$ranks
+  check "points of a body with a spacing, $ranks ranks: less" [ "$(wc -l <thin-$ranks/points.csv)" -lt "$(wc -l <body-1/points.csv)" ]
+  check "points of a body with a spacing, $ranks ranks: the same points" \
+    [ "$(cut -d, -f1-3 thin-$ranks/points.csv)" = "$(cut -d, -f1-3 thin-1/points.csv)" ]
+  # The field has no value inside the body: only cells outside are asked for one.
+  run $ranks points box:9,9,9 --field "sqrt((x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.06)" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" -o root
+  check "field outside a body, $ranks ranks: exit code 0" exited 0
+  check "field outside a body, $ranks ranks: all values are numbers" [ "$(result root/results.json notFinite 1)" = 0 ]
+  # Half of the box is body; a point deep inside it is far from usable cells, one at its surface is not.
+  printf 'x,y,z\n0.2,0.5,0.5\n0.7,0.5,0.5\n0.5,0.5,0.5\n' >half.csv
+  run $ranks points box:10,10,10 --field "x" --points half.csv --body "x-0.5" -o half
+  check "points inside a body, $ranks ranks: exit code 0" exited 0
+  check "points inside a body, $ranks ranks: usable cells" contains stdout "from 500 usable of 1,000 cells"
+  check "points inside a body, $ranks ranks: flag" [ "$(column half/points.csv 17 | tr '\n' '-')" = "far---" ]
+done
+for ranks in 2 4; do
+  for method in 1 2 3; do
+    a=$(result points-1-$method/results.json meanCellDistance 1)
+    b=$(result points-$ranks-$method/results.json meanCellDistance 1)
+    check "mean distance of cells agrees between 1 and $ranks ranks" agree "$a" "$b" 1e-12
+  done
+  # Stencils at a cut lack the cells that only touch it with a node, so only about the same.
+  check "error of a body's points on $ranks ranks is about that on one" \
+    agree "$(result body-1/results.json l2 1)" "$(result body-$ranks/results.json l2 1)" 0.5
+done
+run 2 points box:9,9,9 --field "x*y + z" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" -o body-again
+check "a second run gives the same bits" [ "$(cat body-2/points.csv)" = "$(cat body-again/points.csv)" ]
+run 1 points box:6,6,6 --field x --points points-1-3/points.csv -o second
+check "points of an earlier result: its columns are replaced" [ "$(head -n 1 second/points.csv)" = "$(head -n 1 points-1-3/points.csv)" ]
+run 1 points box:4,4,4 --field x --points points.csv --search-method 2 --search-number 3 -o second
+check "stencils of three cells are flagged" grep -q "warning: few: 6 points with less than 4 cells" stdout
+run 1 points box:4,4,4 --field x --points points.csv --search-method 2 --span 1e60 -o second
+check "weights that are no numbers are flagged" grep -q "warning: notfinite: 6 points" stdout
+# Two cells, one on each rank, one of them usable: the other rank has nothing to do.
+printf 'x,y,z\n0.1,0.5,0.5\n0.9,0.5,0.5\n' >two.csv
+run 2 points box:2,1,1 --field x --points two.csv --body "x-0.5" --search-method 2 -o lonely
+check "a rank without usable cells: exit code 0" exited 0
+check "a rank without usable cells serves no point" [ "$(column lonely/points.csv 16 | sort -u | wc -l)" = 1 ]
+
+finish
