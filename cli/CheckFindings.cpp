@@ -37,6 +37,7 @@ std::vector<FindingKind> MakeKinds() {
       {kHasSystemNotFinite, Severity::Wrong, "systemNotFinite", "system not finite"},
       {kHasRowNotFinite, Severity::NotFinite, "rowNotFinite", "weights not finite"},
       {kHasRowSumOff, Severity::Wrong, "rowSumOff", "weights do not sum to their ideal"},
+      {kHasLargeWeights, Severity::Poor, "largeWeights", "weights magnify errors tenfold"},
   };
   // clang-format on
   for (std::size_t k = 0; k < GradientMethods().size(); ++k) {
@@ -99,6 +100,6 @@ std::uint32_t CellFindings(const std::vector<const GradientMethod*>& methods) {
   return findings;
 }
 
-std::uint32_t InterpolationFindings() { return kSystemFindings & ~kHasRepeatedMember; }
+std::uint32_t InterpolationFindings() { return (kSystemFindings & ~kHasRepeatedMember) | kHasLargeWeights; }
 
 }  // namespace zyngrad

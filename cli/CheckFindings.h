@@ -29,6 +29,7 @@ enum Finding : std::uint32_t {
   kHasSystemNotFinite = 1U << 16,
   kHasRowNotFinite = 1U << 17,
   kHasRowSumOff = 1U << 18,
+  kHasLargeWeights = 1U << 30,
 };
 
 /// The gradient of method number k of GradientMethods() is not finite.
@@ -44,6 +45,7 @@ constexpr int kFewestNeighbours = 3;               ///< a slope has as many comp
 constexpr double kPoorCondition = 1e12;            ///< four digits are left
 constexpr double kSingularCondition = 4.5e15;      ///< 1 / the machine's epsilon: no digit is left
 constexpr double kCellRowSumTolerance = 1e-6;  ///< whose systems have a constant term; others: FaceErrors.h
+constexpr double kLargeMagnitude = 10.0;       ///< sum of the magnitudes of a value's weights, which sum to 1
 
 /// What a finding means for the result.
 enum class Severity { Note, Poor, Wrong, NotFinite };

@@ -1,6 +1,5 @@
 // The systems behind interpolation to points, as the operator sets them up.
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
@@ -9,36 +8,16 @@
 #include "cli/CheckInterpolation.h"
 #include "cli/CheckStencil.h"
 #include "cli/FaceErrors.h"
-#include "cli/KernelCondition.h"
+#include "cli/PointSystems.h"
 #include "cli/RunSettings.h"
 #include "cli/StdoutToFile.h"
 #include "cli/TemporaryFolder.h"
-#include "foundation/DQKernel.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 
 namespace zyngrad {
 namespace {
 
 using reference_host::HostPartition;
-
-constexpr int kByNodes = 3;  // search method
-
-/// The nodes of a point's own system: the cells of its stencil; by nodes the seeds and the mesh nodes around
-/// them.
-std::vector<DQVector> NodesOf(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVolumeMesh& mesh, int i) {
-  const bool byNodes = op.iSearch_method == kByNodes;
-  const int* const cells = op.m_ppIBConn[i];
-  const int nCells = byNodes ? std::min(cells[0], op.m_pIBTwoSeeds[i] == 1 ? 2 : 1) : cells[0];
-  std::vector<DQVector> nodes;
-  for (int k = 1; k <= nCells; ++k) {
-    const IBCnode& cell = op.m_pIBCnode[cells[k]];
-    nodes.push_back({cell.x, cell.y, cell.z});
-  }
-  if (!byNodes) return nodes;
-  const int* const row = op.m_ppIBNodeConn[i];
-  for (int k = 1; k <= row[0]; ++k) nodes.push_back({mesh.xn[row[k]], mesh.yn[row[k]], mesh.zn[row[k]]});
-  return nodes;
-}
 
 void CheckRows(const CZynIBRBFInternalObject& op, int i, CheckedSystem& point) {
   RowSum value, x, y, z;
@@ -84,11 +63,9 @@ std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& us
                                   own.y.data(), own.z.data());
   for (std::size_t k = 0; k < systems.size(); ++k) {
     const int i = static_cast<int>(k) + 1;
-    const std::vector<DQVector> nodes = NodesOf(op, *partition.mesh(), i);
     systems[k].members = op.m_ppIBConn[i][0];
-    CheckPlaces(nodes, systems[k]);
-    CheckCondition(KernelCondition(InterpolationDQKernel(op.Span, op.m_pIBSupportLength[i]), nodes),
-                   systems[k]);
+    CheckPlaces(NodesOfPoint(op, *partition.mesh(), i), systems[k]);
+    CheckCondition(ConditionOfPoint(op, *partition.mesh(), i), systems[k]);
     CheckRows(op, i, systems[k]);
   }
   return systems;

@@ -69,6 +69,7 @@ void CheckCondition(double condition, CheckedSystem& system) {
 
 void CheckRowOfValue(const RowSum& row, double tolerance, CheckedSystem& system) {
   CheckRow(row, row.DistanceFromOne(), tolerance, system);
+  if (row.IsFinite() && row.Magnitude() > kLargeMagnitude) system.findings |= kHasLargeWeights;
 }
 
 void CheckRowOfSlope(const RowSum& row, double tolerance, CheckedSystem& system) {

@@ -20,6 +20,9 @@ class RowSum {
   /// A sum of magnitudes is finite only if all its terms are.
   bool IsFinite() const { return std::isfinite(magnitude_); }
 
+  /// How much larger than the members' values the result can be, and how much an error of theirs grows.
+  double Magnitude() const { return magnitude_; }
+
   /// |sum - 1|, for weights of a value.
   double DistanceFromOne() const { return std::fabs(sum_ - 1.0); }
 

@@ -84,5 +84,17 @@ TEST(CheckStencil, FindsRowsThatAreNotFiniteOrDoNotSumToTheirIdeal) {
   EXPECT_TRUE(std::isnan(system.rowSum));
 }
 
+TEST(CheckStencil, FindsWeightsOfAValueThatMagnifyErrors) {
+  RowSum sound, large;
+  for (const double weight : {5.5, -4.5}) sound.Add(weight);  // ten in magnitude, which is still let pass
+  for (const double weight : {6.0, -5.0}) large.Add(weight);
+  CheckedSystem system;
+  CheckRowOfValue(sound, 1e-3, system);
+  CheckRowOfSlope(large, 1.0, system);
+  EXPECT_EQ(system.findings, 0U);
+  CheckRowOfValue(large, 1e-3, system);
+  EXPECT_EQ(system.findings, kHasLargeWeights);
+}
+
 }  // namespace
 }  // namespace zyngrad
