@@ -152,8 +152,11 @@ TEST(CellPointCubes, OfMethod2WithoutAMeanDistanceBeginAtThePointItself) {
   ASSERT_EQ(1U, Calls().queries.size());
   EXPECT_EQ(Cube(1.0, 0.0), Calls().queries[0].corners);
   EXPECT_EQ(0.0, bed.supports[0]);
-  bed.Search({1.0}, 2, 0.25, 2);  // cannot be reached and ends all the same
-  EXPECT_EQ((List{1}), bed.Stencil(1));
+
+  PointBed tooFew(mesh);
+  Calls().answer = [](const Corners&) { return List{2}; };
+  tooFew.Search({1.0}, 2, 0.25, 2);  // cannot be reached and ends all the same
+  EXPECT_EQ((List{1}), tooFew.Stencil(1));
 }
 
 TEST(CellPointCubes, OfMethod1ReadNothingOfTheMesh) {
