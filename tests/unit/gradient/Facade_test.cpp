@@ -715,6 +715,33 @@ TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
   EXPECT_TRUE(a.GuardsIntact() && b.GuardsIntact() && c.GuardsIntact() && host.previous.GuardsIntact());
 }
 
+// The guards above are not-a-numbers, which keep their bits in most arithmetic; numbers do not.
+TEST(GradientFacade, GradientsLeaveNumbersInElement0AndBeyondTheCellsAlone) {
+  const MeshDescription mesh = SomeMesh();
+  const int beyond = mesh.NCell() + 1;
+  TestHost host(mesh, ExchangeWithItself(mesh));
+  ConnectedOperator op(host, 1);
+  op.gradient.Initialize();
+  GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
+  GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
+  std::vector<GuardedArray<double>*> outputs;
+  for (GuardedGradient* g : {&a, &b, &c, &host.previous})
+    outputs.insert(outputs.end(), {&g->x, &g->y, &g->z});
+  for (const int i : {0, beyond}) {
+    host.volume[i] = 0.5;
+    for (GuardedArray<double>* output : outputs) (*output)[i] = 3.0;
+  }
+  for (const int type : {0, 1, 7}) {
+    SetType(op.gradient, type);
+    for (const int n : {0, 1, 3}) op.gradient.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), n);
+  }
+  op.gradient.GradMethod_Weighted(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), k.Data(), 1);
+  op.gradient.GradMethod_3(phi.Data(), k.Data(), phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), b.x.Data(),
+                           b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(), c.z.Data());
+  for (GuardedArray<double>* output : outputs)
+    for (const int i : {0, beyond}) EXPECT_EQ(3.0, (*output)[i]) << i;
+}
+
 TEST(GradientFacade, OperatorsOfDifferentHostsRunSideBySide) {
   const auto run = [](std::uint64_t seed, bool& agreed) {
     const MeshDescription mesh = SomeMesh(seed);

@@ -204,6 +204,19 @@ TEST(VirtualPointStencil, EntersATiedCellThatIsNotOfThePair) {
   EXPECT_EQ(6U, rowP.size());
 }
 
+// Position 2 is the pair's second cell, which E's list has first although E is tied to another cell.
+TEST(VirtualPointStencil, HasTheCellOfThePairFirstOnItsSideWhateverTheVirtualPointIsTiedTo) {
+  Ready o(TwoCubes());
+  o.P().SetData(-0.5, 0.0, 0.0, 1);
+  o.E().SetData(0.9, 0.0, 0.0, 4);  // neighbours of 4: 2 and four others
+  int pair[] = {1, 2};
+  o->CountingVirtualNodeToCellconnectionNumber_By33(1, pair);
+  const Row rowE = o.Positions()[1];
+  ASSERT_LE(2U, rowE.size());
+  EXPECT_EQ(2, rowE[0]);
+  EXPECT_EQ(4, o.Stencil()[static_cast<std::size_t>(rowE[1]) - 1]);
+}
+
 TEST(VirtualPointStencil, EntersNoCellTwice) {
   for (const Group group : kGroups) {
     Ready o(SkewedCubesOfAllGroups(), group);
