@@ -83,7 +83,7 @@ class ManyApplications : public ::testing::Test {
 TEST_F(ManyApplications, OfEachGreenGaussFormTakeNoMoreMemory) {
   COperatorGradient gradient;
   SetUp(gradient, 0);
-  for (const int nonBlocking : {0, 1}) {
+  for (const unsigned char nonBlocking : {0, 1}) {
     own_.globals()->UseNonBlockingExch = nonBlocking;
     ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 1); });
     ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 3); });

@@ -694,6 +694,17 @@ TEST(GradientFacade, PartitionFacesAreAskedPerWalkAndNotPerFace) {
   EXPECT_EQ(AccessorCallsOfAllGradients(1), AccessorCallsOfAllGradients(40));
 }
 
+void CallEachGradient(COperatorGradient& op, GuardedArray<double>& phi, GuardedArray<double>& k,
+                      GuardedGradient& a, GuardedGradient& b, GuardedGradient& c) {
+  for (const int type : {0, 1, 7}) {
+    SetType(op, type);
+    for (const int n : {0, 1, 3}) op.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), n);
+  }
+  op.GradMethod_Weighted(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), k.Data(), 1);
+  op.GradMethod_3(phi.Data(), k.Data(), phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), b.x.Data(),
+                  b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(), c.z.Data());
+}
+
 TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
   const MeshDescription mesh = SomeMesh();
   GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
@@ -702,13 +713,7 @@ TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
-  for (const int type : {0, 1, 7}) {
-    SetType(op.gradient, type);
-    for (const int n : {0, 1, 3}) op.gradient.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), n);
-  }
-  op.gradient.GradMethod_Weighted(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), k.Data(), 1);
-  op.gradient.GradMethod_3(phi.Data(), k.Data(), phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), b.x.Data(),
-                           b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(), c.z.Data());
+  CallEachGradient(op.gradient, phi, k, a, b, c);
   EXPECT_TRUE(host.InputsUntouched());
   EXPECT_TRUE(phi.IdenticalTo(phiBefore));
   EXPECT_TRUE(k.IdenticalTo(kBefore));
@@ -731,13 +736,7 @@ TEST(GradientFacade, GradientsLeaveNumbersInElement0AndBeyondTheCellsAlone) {
     host.volume[i] = 0.5;
     for (GuardedArray<double>* output : outputs) (*output)[i] = 3.0;
   }
-  for (const int type : {0, 1, 7}) {
-    SetType(op.gradient, type);
-    for (const int n : {0, 1, 3}) op.gradient.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), n);
-  }
-  op.gradient.GradMethod_Weighted(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), k.Data(), 1);
-  op.gradient.GradMethod_3(phi.Data(), k.Data(), phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), b.x.Data(),
-                           b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(), c.z.Data());
+  CallEachGradient(op.gradient, phi, k, a, b, c);
   for (GuardedArray<double>* output : outputs)
     for (const int i : {0, beyond}) EXPECT_EQ(3.0, (*output)[i]) << i;
 }
