@@ -83,8 +83,8 @@ class ManyApplications : public ::testing::Test {
 TEST_F(ManyApplications, OfEachGreenGaussFormTakeNoMoreMemory) {
   COperatorGradient gradient;
   SetUp(gradient, 0);
-  for (const unsigned char nonBlocking : {0, 1}) {
-    own_.globals()->UseNonBlockingExch = nonBlocking;
+  for (const bool nonBlocking : {false, true}) {
+    own_.globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
     ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 1); });
     ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 3); });
     ExpectNoGrowthBy(
