@@ -12,7 +12,7 @@ target_compile_options(zyn_own_code INTERFACE
   $<$<BOOL:${ZYN_WERROR}>:-Werror>)
 
 if(ZYN_SANITIZE)
-  add_compile_options(-fsanitize=${ZYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${ZYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(-fsanitize=${ZYN_SANITIZE})
 endif()
 

@@ -176,10 +176,12 @@ none_alive() {  # none_alive PID...; one that has ended and that nobody has aske
 
 run 3 gradient box:3,3,3 --field x --method plain -o killed
 content killed >earlier
+# So many calls that it is long before the end in any case.
 for moment in 0 0.3 1; do
   for victim in 1 3; do  # the first and the last rank
     rm -f killed/unfinished.part/lock  # of the run before
-    "$mpirun" -n 3 "$zyngrad" gradient box:40,40,40:tet --field "sin(x)*y" -o killed >stdout 2>stderr </dev/null &
+    "$mpirun" -n 3 "$zyngrad" gradient box:40,40,40:tet --field "sin(x)*y" --repeat 1000000 \
+      -o killed >stdout 2>stderr </dev/null &
     pid=$!
     until [ -e killed/unfinished.part/lock ] || ! kill -0 $pid 2>/dev/null; do sleep 0.01; done
     sleep $moment

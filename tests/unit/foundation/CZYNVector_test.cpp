@@ -26,7 +26,7 @@ using AllInstantiations =
     ::testing::Types<Instantiation<int, 0>, Instantiation<int, 1>, Instantiation<float, 0>,
                      Instantiation<float, 1>, Instantiation<double, 0>, Instantiation<double, 1>,
                      Instantiation<bool, 1>>;
-TYPED_TEST_SUITE(Vector, AllInstantiations);
+TYPED_TEST_SUITE(Vector, AllInstantiations, );
 
 /// What `Create(n)` leaves in the four members; n = 0 stands for the empty vector.
 template <typename T, int B>
