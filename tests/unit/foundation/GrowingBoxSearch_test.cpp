@@ -130,6 +130,18 @@ TEST(GrowingBoxSearch, GoesOnBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   EXPECT_EQ(tooFew.halfWidth, 1.0);
 }
 
+// The cube that is asked for once more is the one around the point.
+TEST(GrowingBoxSearch, AnswersFromTheLastCubeWhenTheTreeHoldsTooFew) {
+  Entries entries({{0.0, 0.0, 0.0}, {0.0, -1.0, 1.0}, {-1.0, 0.0, 1.0}, {0.0, 0.0, 30.0}});
+  BoundingBox estimate;
+  estimate.Widen(0.0, 0.0, 0.0);
+  estimate.Widen(1.0, 1.0, 1.0);
+  GrowingBoxSearch const search(entries.Tree(), estimate, 0.5, GrowingBoxSearch::Bounds::Estimate);
+  auto const tooFew = search.AtLeast(5, 0.0, 0.0, 1.0);
+  EXPECT_EQ(Ascending(tooFew), (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ(tooFew.halfWidth, 1.0);
+}
+
 // 2000 steps of 1/64 reach 31.25; the leap asks for all entries, too.
 TEST(GrowingBoxSearch, LeapsBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {0.0, 0.0, 30.0}});
