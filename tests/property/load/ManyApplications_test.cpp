@@ -64,7 +64,7 @@ class ManyApplications : public ::testing::Test {
   double* Field(int i) { return fields_[i].data(); }
 
   /// The gradient operator, set up for a type.
-  void SetUp(COperatorGradient& gradient, int type) {
+  void Prepare(COperatorGradient& gradient, int type) {
     gradient.getZyn3dGV(own_.globals(), nullptr, nullptr, own_.mesh());
     gradient.getPartitionFace(own_.partitionFaces());
     gradient.getCommunication(&exchange_, &reduction_);
@@ -82,7 +82,7 @@ class ManyApplications : public ::testing::Test {
 
 TEST_F(ManyApplications, OfEachGreenGaussFormTakeNoMoreMemory) {
   COperatorGradient gradient;
-  SetUp(gradient, 0);
+  Prepare(gradient, 0);
   for (const bool nonBlocking : {false, true}) {
     own_.globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
     ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 1); });
@@ -98,13 +98,13 @@ TEST_F(ManyApplications, OfEachGreenGaussFormTakeNoMoreMemory) {
 
 TEST_F(ManyApplications, OfLeastSquaresTakeNoMoreMemory) {
   COperatorGradient gradient;
-  SetUp(gradient, 1);
+  Prepare(gradient, 1);
   ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 1); });
 }
 
 TEST_F(ManyApplications, OfTheRadialBasisGradientTakeNoMoreMemory) {
   COperatorGradient gradient;
-  SetUp(gradient, 2);
+  Prepare(gradient, 2);
   ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 1); });
 }
 
