@@ -53,6 +53,13 @@ std::vector<int> Ascending(GrowingBoxSearch::Answer const& answer) {
 
 std::vector<DQVector> const kPoints = {{0.0, 0.0, 0.0}, {1.0, 0.25, 0.5}, {2.0, 0.5, 1.5}, {3.0, 0.75, 2.0}};
 
+BoundingBox UnitCube() {
+  BoundingBox box;
+  box.Widen(0.0, 0.0, 0.0);
+  box.Widen(1.0, 1.0, 1.0);
+  return box;
+}
+
 /// Expects the first of the cubes with 1, 2, 3... steps that holds as many as wanted.
 void ExpectSameAsStepByStep(Entries& entries, DQVector const& at, double step, int wanted) {
   int k = 1;
@@ -116,10 +123,7 @@ TEST(GrowingBoxSearch, CoversEveryBound) {
 // Bounds of [0, 1] say nothing of an entry at z = 30.
 TEST(GrowingBoxSearch, GoesOnBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {0.0, 0.0, 30.0}});
-  BoundingBox estimate;
-  estimate.Widen(0.0, 0.0, 0.0);
-  estimate.Widen(1.0, 1.0, 1.0);
-  GrowingBoxSearch const search(entries.Tree(), estimate, 0.5, GrowingBoxSearch::Bounds::Estimate);
+  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5, GrowingBoxSearch::Bounds::Estimate);
 
   auto const enough = search.AtLeast(3, 0.0, 0.0, 0.0);
   EXPECT_EQ(Ascending(enough), (std::vector<int>{1, 2, 3}));
@@ -133,10 +137,7 @@ TEST(GrowingBoxSearch, GoesOnBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
 // The cube that is asked for once more is the one around the point.
 TEST(GrowingBoxSearch, AnswersFromTheLastCubeWhenTheTreeHoldsTooFew) {
   Entries entries({{0.0, 0.0, 0.0}, {0.0, -1.0, 1.0}, {-1.0, 0.0, 1.0}, {0.0, 0.0, 30.0}});
-  BoundingBox estimate;
-  estimate.Widen(0.0, 0.0, 0.0);
-  estimate.Widen(1.0, 1.0, 1.0);
-  GrowingBoxSearch const search(entries.Tree(), estimate, 0.5, GrowingBoxSearch::Bounds::Estimate);
+  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5, GrowingBoxSearch::Bounds::Estimate);
   auto const tooFew = search.AtLeast(5, 0.0, 0.0, 1.0);
   EXPECT_EQ(Ascending(tooFew), (std::vector<int>{1, 2, 3}));
   EXPECT_EQ(tooFew.halfWidth, 1.0);
@@ -145,10 +146,7 @@ TEST(GrowingBoxSearch, AnswersFromTheLastCubeWhenTheTreeHoldsTooFew) {
 // 2000 steps of 1/64 reach 31.25; the leap asks for all entries, too.
 TEST(GrowingBoxSearch, LeapsBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {0.0, 0.0, 30.0}});
-  BoundingBox estimate;
-  estimate.Widen(0.0, 0.0, 0.0);
-  estimate.Widen(1.0, 1.0, 1.0);
-  GrowingBoxSearch const search(entries.Tree(), estimate, 1.0 / 64.0, GrowingBoxSearch::Bounds::Estimate);
+  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 1.0 / 64.0, GrowingBoxSearch::Bounds::Estimate);
   EXPECT_EQ(search.AtLeast(3, 0.0, 0.0, 0.0).halfWidth, 30.0);
   EXPECT_EQ(search.AtLeast(3, 0.0, -20.0, 4.0).halfWidth, 26.0);
 }
