@@ -12,14 +12,16 @@ namespace zyngrad {
 namespace {
 
 /// Alone, without mpirun, Open MPI would look for a remote shell, and complain where there is none; start a daemon
-/// for processes that join later; and look for networks. None of it is of use to one process. What the user
-/// has set stands.
+/// for processes that join later; look for networks; and make a folder in the one for temporary files, whose name
+/// all such processes share, so that one that ends may remove it while another begins. None of it is of use to one
+/// process. What the user has set stands.
 void StayAloneWhenAlone() {
   // Set by mpirun, or by a launcher that starts ranks without it.
   for (const char* name : {"OMPI_COMM_WORLD_SIZE", "PMIX_RANK", "PMI_RANK", "SLURM_PROCID"})
     if (std::getenv(name) != nullptr) return;
   setenv("OMPI_MCA_plm", "isolated", 0);
   setenv("OMPI_MCA_ess_singleton_isolated", "1", 0);
+  setenv("OMPI_MCA_orte_create_session_dirs", "0", 0);
   setenv("OMPI_MCA_pml", "ob1", 0);
   setenv("OMPI_MCA_btl", "self", 0);
 }
