@@ -14,6 +14,10 @@ target_compile_options(zyn_own_code INTERFACE
 if(ZYN_SANITIZE)
   add_compile_options(-fsanitize=${ZYN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(-fsanitize=${ZYN_SANITIZE})
+  if(ZYN_SANITIZE MATCHES address)
+    # __SANITIZE_ADDRESS__ would say it too, to gcc alone.
+    add_compile_definitions(ZYN_FIND_LEAKS)
+  endif()
 endif()
 
 if(ZYN_BUILD_FUZZERS)
