@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#if defined(ZYN_FIND_LEAKS)
+#if defined(ZYN_ADDRESS_SANITIZER)
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -28,7 +28,7 @@ void StayAloneWhenAlone() {
 
 }  // namespace
 
-#if defined(ZYN_FIND_LEAKS)
+#if defined(ZYN_ADDRESS_SANITIZER)
 
 // What Open MPI allocates at its start and never frees is not our leak. And leaks are looked for while MPI still stands:
 // at the end of the process its plugins are unloaded, and what they keep can neither be reached nor be told from ours.

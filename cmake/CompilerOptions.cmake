@@ -16,7 +16,7 @@ if(ZYN_SANITIZE)
   add_link_options(-fsanitize=${ZYN_SANITIZE})
   if(ZYN_SANITIZE MATCHES address)
     # __SANITIZE_ADDRESS__ would say it too, to gcc alone.
-    add_compile_definitions(ZYN_FIND_LEAKS)
+    add_compile_definitions(ZYN_ADDRESS_SANITIZER)
   endif()
 endif()
 

@@ -16,7 +16,7 @@
 
 // A solver applies its operators hundreds of thousands of times in a run: the process must not grow by it.
 
-#if defined(ZYN_FIND_LEAKS)
+#if defined(ZYN_ADDRESS_SANITIZER)
 /// AddressSanitizer would keep what is freed for a while, and the process would grow by that.
 extern "C" const char* __asan_default_options() {
   return "quarantine_size_mb=0:thread_local_quarantine_size_kb=0";

@@ -498,9 +498,10 @@ TEST(LeastSquares, CellsSolvedBeforeASingularOneKeepTheirValuesAndTheRestStayZer
 }
 
 TEST(LeastSquares, SingularCellStopsEveryCallAnewAndChangesNoFailureText) {
-  Fit fit(CellsWithWallNeighbours({kAllAxes, kNoX, kNoX}));
+  const MeshDescription mesh = CellsWithWallNeighbours({kAllAxes, kNoX, kNoX});
+  Fit fit(mesh);
   const std::string text = fit.op.gradient.getErrorMsg();
-  const Field phi(9, 1.0);
+  const Field phi(static_cast<std::size_t>(mesh.NCell()) + 1, 1.0);
   EXPECT_EQ(kSingularLines, fit.Run(phi)) << "once, although two cells are singular";
   EXPECT_EQ(kSingularLines, fit.Run(phi));
   EXPECT_EQ(text, fit.op.gradient.getErrorMsg());
