@@ -330,6 +330,37 @@ TEST(FaceCoefficientsOverVirtualPoints, NeedNotSumTo1) {
   EXPECT_LT(std::fabs(SumOfValues(wide.bed.object, 1) - 1.0), 1e-3);
 }
 
+// The feet of the cells on a line without a direction are nowhere, and so is what is interpolated there. The search
+// around them ends, and the faces beside it have the rows that they have on the sound mesh.
+TEST(FaceCoefficientsOverVirtualPoints, OfAFaceWithoutAreaAreNoNumbersAndDoNoHarmBesideIt) {
+  for (const Group group : kGroups) {
+    MeshPlan plan = SkewedCubesOfAllGroups();
+    Derived sound(plan, group, {});
+    plan.Of(group)[4].area = {0.0, 0.0, 0.0};
+    Derived spoilt(plan, group, {});
+    const IBCnode* const points = spoilt->m_ppVirtualNode[5];
+    const bool hasTwoFeet = group == kInner || group == kPartition;
+    EXPECT_TRUE(std::isnan(points[1].x) && std::isnan(points[1].y) && std::isnan(points[1].z)) << group;
+    EXPECT_EQ(hasTwoFeet, std::isnan(points[2].x) && std::isnan(points[2].y) && std::isnan(points[2].z))
+        << group;
+
+    const Face& face = plan.Of(group)[4];
+    const Row members = RowOf(spoilt->m_ppFaceCellConn[5]);
+    ASSERT_GE(members.size(), 2U) << group;
+    EXPECT_EQ((Row{face.cv, face.other}), Row(members.begin(), members.begin() + 2)) << group;
+    ASSERT_TRUE(std::isnan(SumOfValues(spoilt.bed.object, 5))) << group;
+    EXPECT_TRUE(std::isnan(spoilt->m_ppFaceDnCoef[5][2])) << group;
+    for (int i = 1; i <= spoilt->NFace; ++i) {
+      if (i == 5) continue;
+      ASSERT_EQ(RowOf(sound->m_ppFaceCellConn[i]), RowOf(spoilt->m_ppFaceCellConn[i])) << group << " " << i;
+      for (int k = 1; k <= sound->m_ppFaceCellConn[i][0]; ++k) {
+        EXPECT_TRUE(SameBits(sound->m_ppFaceFiCoef[i][k], spoilt->m_ppFaceFiCoef[i][k])) << group << " " << i;
+        EXPECT_TRUE(SameBits(sound->m_ppFaceDnCoef[i][k], spoilt->m_ppFaceDnCoef[i][k])) << group << " " << i;
+      }
+    }
+  }
+}
+
 TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesGiveTheValueRowsOfZeros) {
   for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
     for (const double span : {1000.0, kSpan}) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tests/unit/gradient/AllocationCount.h"
+#include "tests/unit/gradient/GuardedArray.h"
 #include "tests/unit/rbf_face/FaceBed.h"
 #include "tests/unit/rbf_face/FaceTables.h"
 
@@ -17,6 +18,7 @@ namespace rbf_face_test {
 namespace {
 
 using Object = CZynFaceRBFInternalObject;
+using Array = gradient_test::GuardedArray<double>;
 
 const std::string kPrefix = "Operator Gradient Error = ";
 const std::string kNoGlobals = "Can not get the object of Global Variables\n";
@@ -275,17 +277,40 @@ TEST(FaceOperatorSetUp, TakesTheNumberOfFacesFromTheGroup) {
   }
 }
 
+/// No table of those that live during set-up alone.
+void ExpectWorkReleased(const Object& o) {
+  EXPECT_EQ(nullptr, o.m_ppFaceLnods);
+  EXPECT_EQ(nullptr, o.m_ppVirtualNode);
+  EXPECT_EQ(nullptr, o.ppRBFiNodeConn);
+  EXPECT_EQ(nullptr, o.m_ppRBFlnods);
+  EXPECT_EQ(nullptr, o.m_ppRBFCell33Conn);
+  EXPECT_EQ(nullptr, o.m_ppRBFCell32Conn);
+  EXPECT_EQ(nullptr, o.m_ppRBFCell32Type);
+  EXPECT_EQ(nullptr, o.m_pMarkAll);
+  EXPECT_EQ(nullptr, o.m_pMarkP);
+  EXPECT_EQ(nullptr, o.m_pMarkE);
+  EXPECT_EQ(nullptr, o.m_pFaceRows);
+  EXPECT_EQ(nullptr, o.m_pCellType);
+  EXPECT_EQ(nullptr, o.m_pTreeCell);
+  EXPECT_EQ(nullptr, o.m_pFaceSupport);
+  EXPECT_EQ(nullptr, o.m_pCellTree);
+  EXPECT_EQ(nullptr, o.m_pBoundaryTree);
+  EXPECT_EQ(nullptr, o.m_pNodeTable);
+  EXPECT_TRUE(o.m_FaceX.Empty());
+  EXPECT_TRUE(o.m_FaceY.Empty());
+  EXPECT_TRUE(o.m_FaceZ.Empty());
+}
+
 void ExpectNothingHappened(const FaceBed& bed) {
   const Object& o = bed.object;
   EXPECT_EQ(0, o.NFace);
   EXPECT_FALSE(bed.folder.Exists());
   EXPECT_STREQ("", o.RBFFileName);
-  for (const void* const table :
-       {static_cast<const void*>(o.m_ppFaceCellConn), static_cast<const void*>(o.m_ppFaceGradCoef),
-        static_cast<const void*>(o.m_ppFaceDnCoef), static_cast<const void*>(o.m_ppFaceFiCoef),
-        static_cast<const void*>(o.m_pFaceRows), static_cast<const void*>(o.m_pNodeTable),
-        static_cast<const void*>(o.m_pCellTree), static_cast<const void*>(o.m_ppVirtualNode)})
-    EXPECT_EQ(nullptr, table);
+  EXPECT_EQ(nullptr, o.m_ppFaceCellConn);
+  EXPECT_EQ(nullptr, o.m_ppFaceGradCoef);
+  EXPECT_EQ(nullptr, o.m_ppFaceDnCoef);
+  EXPECT_EQ(nullptr, o.m_ppFaceFiCoef);
+  ExpectWorkReleased(o);
   EXPECT_TRUE(o.m_BoundaryNode.Empty());
   EXPECT_EQ(0.0, o.MeanDistance);
 }
@@ -470,6 +495,7 @@ TEST(FaceOperatorSetUp, AllocatesNoNormalRowsForMethods1And2) {
   }
 }
 
+// Without rows there is nothing to sum up: the values are 0, and no row is followed.
 TEST(FaceOperatorSetUp, WithAnUnknownMethodRunsNoStencilAndNoCoefficientStep) {
   for (const std::string method : {"7", "0", "-1", "5"}) {
     FaceBed bed(SkewedCubesOfAllGroups(), Settings("1000", method, "1.0", "20", "0"));
@@ -482,6 +508,11 @@ TEST(FaceOperatorSetUp, WithAnUnknownMethodRunsNoStencilAndNoCoefficientStep) {
       EXPECT_EQ(nullptr, bed.object.m_ppFaceDnCoef[i]) << method;
     }
     EXPECT_EQ(0, bed.object.NFaceDone) << method;
+
+    Array phi(bed.host.NCell(), 1.0), value(54, -7.5), a(54, -7.5), b(54, -7.5), c(54, -7.5), zeros(54, 0.0);
+    EXPECT_EQ(0,
+              bed.object.Multiply_FaceRBFCoefficent(phi.Data(), value.Data(), a.Data(), b.Data(), c.Data()));
+    for (const Array* const output : {&value, &a, &b, &c}) EXPECT_TRUE(output->IdenticalTo(zeros)) << method;
   }
 }
 
@@ -501,29 +532,6 @@ TEST(FaceOperatorSetUp, GivesTheSameRowsAsTheStepsOneByOne) {
 }
 
 // ----------------------------------------------------------------------------------------------------- release
-
-void ExpectWorkReleased(const Object& o) {
-  EXPECT_EQ(nullptr, o.m_ppFaceLnods);
-  EXPECT_EQ(nullptr, o.m_ppVirtualNode);
-  EXPECT_EQ(nullptr, o.ppRBFiNodeConn);
-  EXPECT_EQ(nullptr, o.m_ppRBFlnods);
-  EXPECT_EQ(nullptr, o.m_ppRBFCell33Conn);
-  EXPECT_EQ(nullptr, o.m_ppRBFCell32Conn);
-  EXPECT_EQ(nullptr, o.m_ppRBFCell32Type);
-  EXPECT_EQ(nullptr, o.m_pMarkAll);
-  EXPECT_EQ(nullptr, o.m_pMarkP);
-  EXPECT_EQ(nullptr, o.m_pMarkE);
-  EXPECT_EQ(nullptr, o.m_pFaceRows);
-  EXPECT_EQ(nullptr, o.m_pCellType);
-  EXPECT_EQ(nullptr, o.m_pTreeCell);
-  EXPECT_EQ(nullptr, o.m_pFaceSupport);
-  EXPECT_EQ(nullptr, o.m_pCellTree);
-  EXPECT_EQ(nullptr, o.m_pBoundaryTree);
-  EXPECT_EQ(nullptr, o.m_pNodeTable);
-  EXPECT_TRUE(o.m_FaceX.Empty());
-  EXPECT_TRUE(o.m_FaceY.Empty());
-  EXPECT_TRUE(o.m_FaceZ.Empty());
-}
 
 TEST(FaceOperatorRelease, EndsEverySetUp) {
   for (const int method : {1, 2, 3, 4, 7}) {

@@ -372,6 +372,35 @@ TEST(FaceSettingsBlock, ComesBeforeTheFileWhichIsNotTouched) {
   EXPECT_EQ("1001\nof the cell operator\n", with.folder.Read());
 }
 
+/// The solver's parameters of a run that has no block for faces.
+class ParametersWithoutBlock : public CZYNKNCMPCompParm {
+ public:
+  CZYNCMP_FaceRBF_Parm* getFaceRBFParm() override { return nullptr; }
+  CZYNCMP_IBRBF_Parm* getIBRBFParm() override { return nullptr; }
+};
+
+TEST(FaceSettingsBlock, ThatIsMissingKeepsTheValuesAndLeavesTheFile) {
+  const std::string file = Settings("25", "2", "0.75", "12", "1");
+  Reader reader(file);
+  ParametersWithoutBlock parameters;
+  reader.object.SetZYNKNCMP(&parameters);
+  EXPECT_EQ("", Printed([&] { EXPECT_EQ(0, reader.object.ReadRBFbackdoorfile_DLL()); }));
+  reader.ExpectValuesKept();
+  EXPECT_EQ(file, reader.folder.Read());
+}
+
+TEST(FaceSettingsBlock, ThatIsMissingLeavesSetUpWithTheDefaults) {
+  FaceBed bed(TwoCubes());
+  ParametersWithoutBlock parameters;
+  bed.object.SetZYNKNCMP(&parameters);
+  EXPECT_EQ("", bed.SetUp(kInner));
+  EXPECT_EQ(1000.0, bed.object.Span);
+  EXPECT_EQ(4, bed.object.iSearch_method);
+  EXPECT_EQ(20, bed.object.Search_number);
+  EXPECT_EQ(1, bed.object.NFaceDone);
+  EXPECT_FALSE(bed.folder.Exists());
+}
+
 TEST(FaceSettingsBlock, IsReadAfterTheMeshIsMeasured) {
   FaceBed bed(TwoCubes());
   bed.UseBlock({4, 1000.0, 20});
