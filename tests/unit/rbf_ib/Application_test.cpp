@@ -118,13 +118,17 @@ TEST(PointApplication, OfTheConstant1GivesTheSumsOfTheStatistics) {
     const Outputs out = Apply(bed.object, one);
     double largest = 0.0;
     for (int i = 1; i <= o.m_iNIBNode; ++i) {
-      double s = 0.0, sx = 0.0;
+      double s = 0.0, sx = 0.0, sy = 0.0, sz = 0.0;
       for (int k = 1; k <= o.m_ppIBConn[i][0]; ++k) {
         s += o.m_ppIBValueCoef[i][k];
         sx += o.m_ppIBCoef[i][k].x;
+        sy += o.m_ppIBCoef[i][k].y;
+        sz += o.m_ppIBCoef[i][k].z;
       }
       EXPECT_EQ(s, out.value[i]);
       EXPECT_EQ(sx, out.x[i]);
+      EXPECT_EQ(sy, out.y[i]);
+      EXPECT_EQ(sz, out.z[i]);
       largest = std::fmax(largest, std::fabs(1.0 - out.value[i]));
     }
     EXPECT_EQ(o.m_dFiMaxRBF, out.value[o.m_iFiMaxPoint]);
@@ -178,6 +182,8 @@ TEST(PointApplication, AfterAnUnknownMethodIsZero) {
   for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
     EXPECT_EQ(0.0, out.value[i]);
     EXPECT_EQ(0.0, out.x[i]);
+    EXPECT_EQ(0.0, out.y[i]);
+    EXPECT_EQ(0.0, out.z[i]);
   }
 }
 

@@ -208,6 +208,24 @@ TEST_F(PointOperatorSetters, NullGlobalsFailAndNothingIsStored) {
   EXPECT_EQ(kPrefix + kNoGlobals, object.ErrorMsg);
 }
 
+TEST_F(PointOperatorSetters, NullGlobalsFailAndKeepAllFormerObjects) {
+  object.getZyn3dGV(&host.globals, &host.gpu, &host.openMP, &host.mesh);
+  object.getPartitionFace(&host.partitionFaces);
+  object.getCommunication(&host.communication);
+  CZYNGVGPU otherGPU;
+  CZYNGVOpenMP otherOpenMP;
+  CZYN3DFiniteVolumeMesh otherMesh;
+  EXPECT_EQ(-1, object.getZyn3dGV(nullptr, &otherGPU, &otherOpenMP, &otherMesh));
+  EXPECT_EQ(&host.globals, object.m_pGV);
+  EXPECT_EQ(&host.gpu, object.m_pGVGPU);
+  EXPECT_EQ(FirstWordOfGPU(), object.m_GPUHead);
+  EXPECT_EQ(&host.openMP, object.m_pGVOpenMP);
+  EXPECT_EQ(&host.mesh, object.m_pMesh);
+  EXPECT_EQ(&host.partitionFaces, object.m_pPartFace);
+  EXPECT_EQ(&host.communication, object.m_pComm);
+  EXPECT_EQ(kPrefix + kNoGlobals, object.ErrorMsg);
+}
+
 TEST_F(PointOperatorSetters, NullPartitionFacesFailAndKeepTheFormer) {
   object.getPartitionFace(&host.partitionFaces);
   EXPECT_EQ(-1, object.getPartitionFace(nullptr));

@@ -9,6 +9,7 @@
 
 #include "tests/unit/gradient/AllocationCount.h"
 #include "tests/unit/rbf_cell/FlushedOutput.h"
+#include "tests/unit/rbf_ib/FlushedPieces.h"
 #include "tests/unit/rbf_ib/PointBed.h"
 #include "tests/unit/rbf_ib/PointTables.h"
 
@@ -77,6 +78,19 @@ TEST(PointSetUp, FlushesEveryLineAtOnce) {
   EXPECT_EQ(kAllocated + kCollated, atSettings);
   EXPECT_EQ(0U, all.find(kAllocated + kCollated + kTree + kSearched + kDerived + "FI = 1.e0\n\n"));
   EXPECT_EQ("\n\n", all.substr(all.size() - 2));
+}
+
+TEST(PointSetUp, FlushesEachLineByItself) {
+  PointBed bed(SomeMesh());
+  Array marks = AllUsable(bed.host.mesh.NCell);
+  PointArrays points(SomePoints());
+  std::vector<std::string> pieces = PrintedPieces([&] {
+    bed.object.Initialize_IBInterpolateData(marks.Data(), points.Size(), points.x.Data(), points.y.Data(),
+                                            points.z.Data());
+  });
+  ASSERT_EQ(6U + 17U, pieces.size()) << "progress and report";
+  pieces.resize(6);
+  EXPECT_EQ((std::vector<std::string>{kAllocated, kCollated, kDefaults, kTree, kSearched, kDerived}), pieces);
 }
 
 TEST(PointSetUp, ReadsTheSettingsAfterTheCollationAndTheNodeRowsAndBeforeTheTree) {
@@ -213,6 +227,13 @@ TEST(PointSetUp, WithoutPointsMakesTablesOfOneElement) {
   EXPECT_EQ(0, bed.object.m_iNIBNode);
   EXPECT_EQ(0, bed.object.m_iNDerived);
   EXPECT_EQ(nullptr, bed.object.m_ppIBConn[0]);
+  EXPECT_EQ(nullptr, bed.object.m_ppIBNodeConn[0]);
+  EXPECT_EQ(nullptr, bed.object.m_ppIBCoef[0]);
+  EXPECT_EQ(nullptr, bed.object.m_ppIBValueCoef[0]);
+  EXPECT_EQ(0, bed.object.m_pIBNodeCellTable[0].m_iNRow);
+  EXPECT_EQ(nullptr, bed.object.m_pIBNodeCellTable[0].m_ppRow);
+  EXPECT_EQ(0.0, bed.object.m_pIBSupportLength[0]);
+  EXPECT_EQ(0, bed.object.m_pIBTwoSeeds[0]);
   EXPECT_TRUE(std::isnan(bed.object.m_dFiSumSq));
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/unit/rbf_cell/FlushedOutput.h"
+#include "tests/unit/rbf_ib/FlushedPieces.h"
 #include "tests/unit/rbf_ib/PointBed.h"
 #include "tests/unit/rbf_ib/PointTables.h"
 
@@ -84,6 +85,15 @@ TEST(PointReport, IsFlushed) {
     arrived = output.Arrived();
   }
   EXPECT_EQ(kReport, arrived);
+}
+
+TEST(PointReport, IsFlushedLineByLine) {
+  Object object = WithStatistics();
+  PointArrays points = ThreePoints();
+  const std::vector<std::string> pieces =
+      PrintedPieces([&] { object.PrintDebugMessage(points.x.Data(), points.y.Data(), points.z.Data()); });
+  EXPECT_EQ(17U, pieces.size());
+  EXPECT_EQ(LinesWithTheirGaps(kReport), pieces);
 }
 
 TEST(PointReport, LeavesTheRootMeanSquaresInPlaceOfTheSums) {

@@ -236,13 +236,25 @@ TEST(PointSearch, FarOutsideTheMeshHasTheHalfWidthOfTheFirstCubeThatHoldsEnough)
   }
 }
 
-TEST(PointSearch, OfPointsThatAreNoNumbersOrInfiniteEnds) {
+// All distances are alike then, infinite or no numbers, so nothing is sorted: the cells keep the tree's order, and
+// the difference of two distances is no number, which leaves a single seed.
+TEST(PointSearch, OfPointsThatAreNoNumbersOrInfiniteTakesTheCellsInTheOrderOfTheTree) {
+  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  const List all = Searched(mesh, {1, 1, 1}, 1, mesh.NCell()).Stencil(1);
+  ASSERT_EQ(static_cast<std::size_t>(mesh.NCell()), all.size());
+  PointBed ring(mesh);
+  Array marks = AllUsable(mesh.NCell());
+  ring.SetUpToTree(marks, 1);
+  int seeds[] = {all[0]};
+  ring.object.CountingNodeToCellconnectionNumber(1, 1, seeds);
+  const List expected[] = {all, List(all.begin(), all.begin() + 4), ring.Stencil(1)};
   const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
   for (const double value : {inf, -inf, nan}) {
     for (const Point& p : {Point{value, 1, 1}, Point{1, value, 1}, Point{1, 1, value}}) {
       for (const int method : {1, 2, 3}) {
-        const Searched s(Hexahedra(HexahedraOptions()), p, method, 4);
-        EXPECT_GE(s.object.m_ppIBConn[1][0], 0) << value << " method " << method;
+        const Searched s(mesh, p, method, 4);
+        EXPECT_EQ(expected[method - 1], s.Stencil(1)) << value << " method " << method;
+        EXPECT_EQ(0, s.object.m_pIBTwoSeeds[1]) << value << " method " << method;
       }
     }
   }
@@ -375,16 +387,17 @@ TEST(PointSeeds, HalfwayBetweenTwoCellsAreBoth) {
   EXPECT_EQ(0.5, s.Support());
 }
 
-TEST(PointSeeds, AtACellAreThatCellAndAnother) {
-  const Searched s(Row(6), {2.0, 0, 0}, 3, 20);  // the cube reaches cells 2, 3, 4
-  const List stencil = s.Stencil(1);
+// The cell itself stands first unless the tree gives it last; then it is left behind a farther one, which is the
+// only seed.
+TEST(PointSeeds, AtACellAreThatCellAndTheFirstOtherOfTheTree) {
+  const List found = Searched(Row(6), {2.0, 0, 0}, 1, 2).Stencil(1);  // in the order of the tree
+  ASSERT_EQ((List{2, 3, 4}), Ascending(found));
+  const bool nearestLast = found[2] == 3;
+  const int other = found[0] == 3 ? found[1] : found[0];
+  const Searched s(Row(6), {2.0, 0, 0}, 3, 20);
+  EXPECT_EQ(nearestLast ? 0 : 1, s.object.m_pIBTwoSeeds[1]);
+  EXPECT_EQ(nearestLast ? (List{other}) : (List{3, other}), s.Stencil(1));
   EXPECT_EQ(1.0, s.Support());
-  if (s.object.m_pIBTwoSeeds[1] == 1) {
-    EXPECT_EQ(3, stencil[0]) << "the nearest stands first unless it is left behind a farther one";
-  } else {
-    EXPECT_EQ(1U, stencil.size());
-    EXPECT_NE(3, stencil[0]) << "a single seed is the farther of the two";
-  }
 }
 
 // -------------------------------------------------------------------------------------------- all three methods

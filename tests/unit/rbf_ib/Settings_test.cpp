@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/unit/rbf_cell/FlushedOutput.h"
+#include "tests/unit/rbf_ib/FlushedPieces.h"
 #include "tests/unit/rbf_ib/PointBed.h"
 #include "tests/unit/rbf_ib/PointTables.h"
 
@@ -257,9 +258,26 @@ TEST(PointSettings, FolderOfThatNameStaysAndTheValuesAreKept) {
   Reader reader;
   std::filesystem::create_directory(reader.folder.SettingsFileName());
   std::filesystem::create_directory(reader.folder.SettingsFileName() + "/inside");
-  EXPECT_EQ(0U, reader.Read().find(kDefaultLine + "\n"));
+  EXPECT_EQ(kDefaultLine + "\n", reader.Read())
+      << "as a file that cannot be opened, and no word of a new one";
   reader.ExpectValuesKept();
   EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName() + "/inside"));
+}
+
+TEST(PointSettings, EmptyFolderOfThatNameStaysAndTheValuesAreKept) {
+  Reader reader;
+  std::filesystem::create_directory(reader.folder.SettingsFileName());
+  EXPECT_EQ(kDefaultLine + "\n", reader.Read());
+  reader.ExpectValuesKept();
+  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
+  EXPECT_TRUE(std::filesystem::is_empty(reader.folder.SettingsFileName()));
+}
+
+TEST(PointSettings, MessageAndEmptyLineForWhatCannotBeOpenedAreFlushedEach) {
+  Reader reader;
+  std::filesystem::create_directory(reader.folder.SettingsFileName());
+  const std::vector<std::string> expected = {kDefaultLine, "\n"};
+  EXPECT_EQ(expected, PrintedPieces([&] { reader.object.ReadRBFbackdoorfile(); }));
 }
 
 // ---------------------------------------------------------------------------------------- solver's parameters
@@ -306,7 +324,7 @@ TEST(PointParameters, BlockIsAskedForAnewForEachValue) {
     reader.parameters.block = {0, 100 * n, n, 0.5 * n, 10 * n};
   };
   reader.ReadBlock();
-  EXPECT_GE(reader.parameters.calls, 4);
+  EXPECT_EQ(4, reader.parameters.calls);
   reader.ExpectValues(100.0, 2, 1.5, 40);
 }
 
