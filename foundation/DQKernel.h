@@ -86,7 +86,7 @@ class PlainDQKernelWith {
   double c_, c2_, c8_;
 };
 
-/// The plain form of the systems of cells.
+/// The plain form of the systems of cells and of the cell operator's faces.
 using PlainDQKernel = PlainDQKernelWith<ProductPowers>;
 
 /// The plain form of the systems of faces and of free points. Their weights are defined with the powers of the standard

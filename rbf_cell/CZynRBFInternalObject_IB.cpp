@@ -101,7 +101,8 @@ int CZynRBFInternalObject::SetIBADTress(double*, std::vector<int>, CZYNOptKer, i
 int CZynRBFInternalObject::SearchIBADTress(double* x, double*, double*, int iMethod, double dDistance,
                                            int iNumber, int* piBlockToCell, CZYNOptKer tree,
                                            double* pSupport) {
-  BoundingBox const bounds = iMethod == kGrowingCube ? BoundsOfCells() : BoundingBox();
+  // Without points there may be no mesh and no positions either.
+  BoundingBox const bounds = iMethod == kGrowingCube && m_iNIBNode > 0 ? BoundsOfCells() : BoundingBox();
   GrowingBoxSearch const search(tree, bounds, m_dMeanCellDistance, GrowingBoxSearch::Bounds::Estimate);
   for (int i = 1; i <= m_iNIBNode; ++i) {
     double const c = x[i];  // of all three axes, on purpose

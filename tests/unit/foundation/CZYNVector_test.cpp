@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "tests/unit/gradient/FlushRecord.h"
+
 // The checked array: what each operation answers, stores and leaves alone, for both index bases and every
 // value type that the library offers.
 
@@ -267,6 +269,15 @@ TEST(Vector1, ConstSubscriptWith100PrintsTheMessageInTheseWordsAndGivesElement1)
   EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 1~6, Out_Of_Range(100)\n\n",
             ::testing::internal::GetCapturedStdout());
   EXPECT_EQ(41, value);
+}
+
+TEST(Vector1, ConstSubscriptFlushesItsMessage) {
+  const CZYNVector<int, 1> vector(5);
+  const gradient_test::FlushRecord record;
+  EXPECT_EQ(0, vector[100]);
+  ASSERT_FALSE(record.Texts().empty());
+  EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 1~6, Out_Of_Range(100)\n\n",
+            record.Texts().back());
 }
 
 TYPED_TEST(Vector, ConstSubscriptOfAnEmptyVectorPrintsAndGivesAZero) {

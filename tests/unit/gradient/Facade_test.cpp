@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -302,6 +303,30 @@ TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoGradient) {
   }
 }
 
+TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoOtherGradientEither) {
+  const MeshDescription mesh = SomeMesh();
+  const Field phi = SomeField(mesh), k = SomeField(mesh, 13);
+  TestHost host(mesh);
+  ConnectedOperator op(host, 1);
+  op.gradient.Initialize();
+  std::vector<GuardedGradient> before, after;
+  for (std::vector<GuardedGradient>* all : {&before, &after}) {
+    GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
+    GuardedArray<double> guardedPhi = Guarded(phi), guardedK = Guarded(k);
+    op.gradient.GradMethod(guardedPhi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), 1);
+    all->push_back(a);
+    op.gradient.GradMethod_Weighted(guardedPhi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), guardedK.Data(),
+                                    1);
+    all->push_back(a);
+    op.gradient.GradMethod_3(guardedPhi.Data(), guardedK.Data(), guardedPhi.Data(), a.x.Data(), a.y.Data(),
+                             a.z.Data(), b.x.Data(), b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(),
+                             c.z.Data());
+    for (const GuardedGradient& g : {a, b, c}) all->push_back(g);
+    EXPECT_EQ(1, op.gradient.ResetMaxGradientIterationNumber(5));
+  }
+  for (std::size_t i = 0; i < before.size(); ++i) EXPECT_TRUE(SameBits(before[i], after[i])) << i;
+}
+
 // ---------------------------------------------------------------------------------------------- failure text
 
 TEST(GradientFacade, FailuresAccumulateBehindOnePrefixInTheirOrder) {
@@ -445,8 +470,10 @@ TEST(GradientFacade, TypeZeroTakesAnyOtherLastArgumentAsNumberOfSweeps) {
     GuardedGradient g(mesh.NCell(), 5.0);
     op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
     Gradient expected(mesh, 5.0);
-    IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
+    const Gradient previous = IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
     EXPECT_TRUE(SameBits(expected, g)) << nSweep;
+    EXPECT_TRUE(SameBits(previous, host.previous)) << nSweep;
+    EXPECT_EQ(3U * static_cast<unsigned>(std::max(nSweep, 1)), host.communication.Calls().size()) << nSweep;
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "gradient/COperatorGradientImpl.h"
 #include "tests/unit/gradient/BitComparison.h"
+#include "tests/unit/gradient/FlushRecord.h"
 #include "tests/unit/gradient/PlainForm.h"
 #include "tests/unit/gradient/RandomMesh.h"
 #include "tests/unit/gradient/SummationOrder.h"
@@ -319,7 +320,9 @@ TEST(LeastSquares, RightHandSidesCarryNothingFromOneCallToTheNext) {
 
 TEST(LeastSquares, LinearFieldHasItsExactGradientOnAnyMesh) {
   for (std::uint64_t seed = 1; seed <= 5; ++seed) {
-    const MeshDescription mesh = ShiftedBoxWithoutSymmetry(seed);
+    MeshDescription mesh = ShiftedBoxWithoutSymmetry(seed);
+    for (int f = 0; f < 6; ++f)
+      mesh.partition.push_back({1 + 4 * f, mesh.AddOuterCell({-1.0, 0.3 * f, 0.1 * f * f}), {}, {}, 0.5, 0});
     Fit fit(mesh);
     EXPECT_EQ("", fit.Run(LinearField(mesh)));
     for (int c = 1; c <= mesh.nInnerCells; ++c) {
@@ -447,6 +450,14 @@ TEST(LeastSquares, ZeroFirstPivotPrintsTheMessageAndStopsWithoutAnExchange) {
   }
 }
 
+TEST(LeastSquares, EachLineOfTheMessageIsFlushed) {
+  Fit fit(CellsWithWallNeighbours({kNoX}));
+  GuardedArray<double> phi = Guarded({0.0, 1.0, 2.0, 3.0});
+  const FlushRecord record;
+  fit.op.gradient.GradMethod(phi.Data(), fit.g.x.Data(), fit.g.y.Data(), fit.g.z.Data(), 1);
+  EXPECT_EQ((std::vector<std::string>{"aa[ii][j]=0.\n", kSingularLines}), record.Texts());
+}
+
 TEST(LeastSquares, ZeroSecondPivotPrintsTheMessageAndStopsWithoutAnExchange) {
   Fit fit(CellsWithWallNeighbours({kNoY}));
   EXPECT_EQ(kSingularLines, fit.Run({0.0, 1.0, 2.0, 3.0}));
@@ -495,6 +506,16 @@ TEST(LeastSquares, CellsSolvedBeforeASingularOneKeepTheirValuesAndTheRestStayZer
   for (int c = 3; c <= mesh.NCell(); ++c)
     EXPECT_TRUE(SameBits(0.0, fit.g.x[c]) && SameBits(0.0, fit.g.y[c]) && SameBits(0.0, fit.g.z[c])) << c;
   EXPECT_TRUE(fit.host.communication.Calls().empty());
+}
+
+TEST(LeastSquares, TheCellRightBeforeASingularOneKeepsItsValues) {
+  const MeshDescription mesh = CellsWithWallNeighbours({kAllAxes, kNoX});
+  Fit fit(mesh);
+  EXPECT_EQ(kSingularLines, fit.Run(LinearField(mesh)));
+  EXPECT_NEAR(2.0, fit.g.x[1], 1e-14);
+  EXPECT_NEAR(-3.0, fit.g.y[1], 1e-14);
+  EXPECT_NEAR(0.5, fit.g.z[1], 1e-14);
+  EXPECT_TRUE(SameBits(0.0, fit.g.x[2]) && SameBits(0.0, fit.g.y[2]) && SameBits(0.0, fit.g.z[2]));
 }
 
 TEST(LeastSquares, SingularCellStopsEveryCallAnewAndChangesNoFailureText) {

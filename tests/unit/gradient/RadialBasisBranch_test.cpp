@@ -230,14 +230,10 @@ TEST(RadialBasisBranch, ChangeOfTypeLeavesTheCellOperatorForLater) {
 }
 
 TEST(RadialBasisBranchDeathTest, GradientBeforeInitializeReachesANullObject) {
-  EXPECT_DEATH(
-      {
-        Solver solver(SomeMesh());
-        Array phi = SomeField(solver.mesh);
-        Gradient g(solver.mesh.NCell());
-        solver.gradient->GradMethod(phi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
-      },
-      "");
+  Solver solver(SomeMesh());
+  Array phi = SomeField(solver.mesh);
+  Gradient g(solver.mesh.NCell());
+  EXPECT_DEATH(solver.gradient->GradMethod(phi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1), "");
 }
 
 // ---------------------------------------------------------------------------------------------- destruction

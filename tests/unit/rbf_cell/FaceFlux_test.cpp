@@ -145,6 +145,23 @@ TEST(FaceWeights, OfOneFaceLeaveAllOtherRows) {
   EXPECT_TRUE(SameRecord("inlet", Triple{}, 0, bed.object->m_ppRBFInletFaceCoef[2][1]));
 }
 
+// Faces beyond the partition faces count nothing there; their two weights need their room all the same.
+TEST(FaceWeights, OfInnerFacesAreTheSameInTheRowsOfAllNodes) {
+  const CellMesh mesh = SomeMesh();
+  ASSERT_GT(mesh.inner.size(), mesh.partition.size());
+  FaceBed twoNodes(mesh);
+  twoNodes.Run(&Object::DeriveRBFweighting_InnerfaceFlux);
+  TestBed allNodes(mesh);
+  allNodes.SetUp();
+  EXPECT_EQ(0, allNodes.object->faceToCellconnection_memoryallocate(1));
+  Printed([&] { EXPECT_EQ(1, allNodes.object->DeriveRBFweighting_InnerfaceFlux()); });
+  for (int f = 1; f <= static_cast<int>(mesh.inner.size()); ++f)
+    for (int k : {1, 2})
+      EXPECT_TRUE(SameValue("weight", twoNodes.object->m_ppRBFInnerFaceFlux[f][k],
+                            allNodes.object->m_ppRBFInnerFaceFlux[f][k]))
+          << f;
+}
+
 TEST(FaceWeights, MessagesAreFlushed) {
   FaceBed bed(SomeMesh());
   for (const auto driver :
@@ -155,6 +172,7 @@ TEST(FaceWeights, MessagesAreFlushed) {
       (bed.object->*driver)();
       arrived = output.Arrived();
     }
+    ASSERT_FALSE(arrived.empty());
     EXPECT_EQ('\n', arrived.back());
     EXPECT_NE(std::string::npos, arrived.find("Span = 500.000000"));
   }

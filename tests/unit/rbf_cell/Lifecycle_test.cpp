@@ -323,18 +323,6 @@ TEST(CellOperatorDestruction, DestroysTheFiveHostObjectsInOrderAndLeavesTheMesh)
   }
 }
 
-TEST(CellOperatorDestruction, ReadsThePartitionFacesOnlyWhileTheyLive) {
-  const SettingsFolder folder;
-  CellHost host(SomeMesh(), folder.BaseFileName());
-  CZynRBFInternalObject* const object = TestBed::NewConnected(host);
-  Printed([object] { object->InitialRBFSetting(); });
-  object->faceToCellconnection_memoryallocate(1);
-  bool alive = true;
-  host.partition.onCount = [&] { alive = alive && host.destroyed.empty(); };
-  delete object;
-  EXPECT_TRUE(alive);
-}
-
 TEST(CellOperatorDestruction, FreesEverythingThatTheObjectAllocated) {
   for (const int mode : {-1, 0, 1, 2}) {
     const SettingsFolder folder;

@@ -353,10 +353,17 @@ TEST(CellSettings, FolderOfThatNameStaysAndDoesNoHarm) {
   const std::string inside = reader.folder.SettingsFileName() + "/file";
   std::filesystem::create_directory(reader.folder.SettingsFileName());
   std::ofstream(inside) << "content";
-  reader.ReadSettings();
-  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
+  EXPECT_EQ(kDefaultLine + "\n", reader.ReadSettings());
   EXPECT_EQ(7U, std::filesystem::file_size(inside));
-  EXPECT_NE(1, reader.object->iShape_Normalize);
+  reader.ExpectValuesKept();
+}
+
+TEST(CellSettings, EmptyFolderOfThatNameStaysAndDoesNoHarm) {
+  Reader reader;
+  std::filesystem::create_directory(reader.folder.SettingsFileName());
+  EXPECT_EQ(kDefaultLine + "\n", reader.ReadSettings());
+  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
+  reader.ExpectValuesKept();
 }
 
 /// Gives up the rights of the superuser for its lifetime, so that permissions count.

@@ -279,6 +279,7 @@ TEST(CellResiduals, AreFlushedWhenPrinted) {
     arrived = output.Arrived();
   }
   EXPECT_EQ(0U, arrived.find(kDone + "Span = 500.000000, MAXResidual_X = "));
+  ASSERT_FALSE(arrived.empty());
   EXPECT_EQ('\n', arrived.back());
 }
 
@@ -503,7 +504,12 @@ TEST(CellWeights, OfAFlatStencilInThePlainFormHaveNoSlopeAcross) {
 }
 
 TEST(CellWeights, WithSpan0AreNotANumberAndEqualThePlainForm) {
-  for (const int shape : {0, 1}) EXPECT_TRUE(SameAsPlainForm(SevenPoints(), 0.0, shape));
+  for (const int shape : {0, 1}) {
+    EXPECT_TRUE(SameAsPlainForm(SevenPoints(), 0.0, shape));
+    TestBed bed(SevenPoints(), Settings("0", std::to_string(shape)));
+    bed.SetUpAndDerive();
+    EXPECT_TRUE(std::isnan(bed.object->m_ppRBFCellCoef[1][1].x)) << shape;
+  }
 }
 
 }  // namespace

@@ -170,6 +170,16 @@ TEST(CellPointCubes, OfMethod1ReadNothingOfTheMesh) {
   EXPECT_EQ((List{4}), bed.Stencil(1));
 }
 
+TEST(CellPointCubes, OfNoPointsReadNothingAndDestroyTheTree) {
+  for (const int method : {1, 2, 3}) {
+    PointBed bed;
+    bed.object->m_pMesh = nullptr;  // and there is no set-up
+    EXPECT_EQ(0, bed.object->SearchIBADTress(nullptr, nullptr, nullptr, method, 0.5, 1, nullptr, bed.tree,
+                                             nullptr));
+    EXPECT_TRUE(Calls().queries.empty()) << method;
+  }
+}
+
 TEST(CellPointCubes, OfAnyOtherMethodAreNone) {
   PointBed bed;
   Calls().answer = [](const Corners&) { return List{2}; };
