@@ -330,6 +330,21 @@ TEST(FaceCoefficientsOverVirtualPoints, NeedNotSumTo1) {
   EXPECT_LT(std::fabs(SumOfValues(wide.bed.object, 1) - 1.0), 1e-3);
 }
 
+// A member is at most the support length from its virtual point, so two are at most twice that apart: divided by the
+// span of 1000, every argument is near 0, far from the kernel's edge at 1.
+TEST(FaceCoefficientsOverVirtualPoints, HaveKernelArgumentsNear0AtTheStandardSpan) {
+  for (const Group group : kGroups) {
+    const PlainSettings standard = {4, 1000.0, 20};
+    FaceBed bed(SkewedCubesOfAllGroups());
+    bed.SetUp(group, standard);
+    PlainFaceOperator plain = bed.Plain(group, standard);
+    plain.Run();
+    EXPECT_GT(plain.largestArgument, 0.001) << group;
+    EXPECT_LE(plain.largestArgument, 0.0020000001) << group;
+    EXPECT_TRUE(SameCoefficients(plain, bed.object)) << group;
+  }
+}
+
 // The feet of the cells on a line without a direction are nowhere, and so is what is interpolated there. The search
 // around them ends, and the faces beside it have the rows that they have on the sound mesh.
 TEST(FaceCoefficientsOverVirtualPoints, OfAFaceWithoutAreaAreNoNumbersAndDoNoHarmBesideIt) {

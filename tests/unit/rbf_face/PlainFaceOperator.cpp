@@ -513,6 +513,7 @@ std::vector<PlainFaceOperator::Values> PlainFaceOperator::Solve(const std::vecto
                                                                 double h, Kernel kernel, bool slopes) {
   const std::size_t n = nodes.size(), columns = slopes ? 4 : 1;
   const auto kernelAt = [&](double r) {
+    largestArgument = std::max(largestArgument, r / (settings.span * h));
     return kernel == Kernel::C4 ? C4(r, settings.span, h) : C2(r, settings.span, h);
   };
   std::vector<double> a, b;

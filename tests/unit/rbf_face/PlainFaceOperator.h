@@ -115,6 +115,7 @@ class PlainFaceOperator {
   double maxVertexError = 0.0;
   int maxVertexErrorNode = 0;
   BackwardErrors backward;
+  double largestArgument = 0.0;  ///< largest r / (span h) that a kernel was taken at
 
  private:
   enum class Kernel { C4, C2 };
