@@ -271,13 +271,13 @@ TEST(Vector1, ConstSubscriptWith100PrintsTheMessageInTheseWordsAndGivesElement1)
   EXPECT_EQ(41, value);
 }
 
-TEST(Vector1, ConstSubscriptFlushesItsMessage) {
+TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
   const CZYNVector<int, 1> vector(5);
   const gradient_test::FlushRecord record;
   EXPECT_EQ(0, vector[100]);
-  ASSERT_FALSE(record.Texts().empty());
-  EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 1~6, Out_Of_Range(100)\n\n",
-            record.Texts().back());
+  ASSERT_EQ(2U, record.Pieces().size());
+  EXPECT_EQ("\n", record.Pieces()[0]);
+  EXPECT_EQ(">>>  Error in manipulating this array. Length = 1~6, Out_Of_Range(100)\n\n", record.Pieces()[1]);
 }
 
 TYPED_TEST(Vector, ConstSubscriptOfAnEmptyVectorPrintsAndGivesAZero) {

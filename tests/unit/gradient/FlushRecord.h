@@ -7,7 +7,8 @@
 
 namespace gradient_test {
 
-/// Stands in for the buffer of std::cout for its lifetime and keeps what had been written at each flush.
+/// Stands in for the buffer of std::cout for its lifetime and keeps what is flushed together apart from what is flushed
+/// next.
 class FlushRecord : private std::stringbuf {
  public:
   FlushRecord() : former_(std::cout.rdbuf(this)) {}
@@ -15,17 +16,18 @@ class FlushRecord : private std::stringbuf {
   FlushRecord(const FlushRecord&) = delete;
   FlushRecord& operator=(const FlushRecord&) = delete;
 
-  /// All that had been written, once for each flush.
-  const std::vector<std::string>& Texts() const { return texts_; }
+  /// What was written, flush by flush. Text that no flush followed is not among it.
+  const std::vector<std::string>& Pieces() const { return pieces_; }
 
  private:
   int sync() override {
-    texts_.push_back(str());
+    pieces_.push_back(str());
+    str("");
     return 0;
   }
 
   std::streambuf* former_;
-  std::vector<std::string> texts_;
+  std::vector<std::string> pieces_;
 };
 
 }  // namespace gradient_test
