@@ -1,17 +1,59 @@
 # Installation: headers in their folders under include/Zyn3dGradOp, the CMake package and a pkg-config file.
 include(CMakePackageConfigHelpers)
 
-install(DIRECTORY host foundation gradient rbf_cell rbf_face rbf_ib DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp
-        FILES_MATCHING PATTERN "*.h")
-install(DIRECTORY reference_host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h")
+# `./dev demo` builds the program alone, and an installation of half of it would end in the middle: say so before the
+# first file is copied.
+set(installed_files $<TARGET_FILE:Zyn3dGradOp> $<TARGET_FILE:Zyn3dGradOp_search_tree>
+  $<TARGET_FILE:Zyn3dGradOp_reference_host> $<TARGET_FILE:Zyn3dGradOp_host_check>)
+if(TARGET zyngrad)
+  list(APPEND installed_files $<TARGET_FILE:zyngrad>)
+endif()
+install(CODE "
+set(installed_files \"${installed_files}\")
+foreach(file IN LISTS installed_files)
+  if(NOT EXISTS \"\${file}\")
+    message(FATAL_ERROR \"Not everything is built yet. Build first: cmake --build ${CMAKE_BINARY_DIR}\")
+  endif()
+endforeach()")
 
-install(TARGETS Zyn3dGradOp Zyn3dGradOp_host Zyn3dGradOp_search_tree EXPORT Zyn3dGradOpTargets)
+# Public headers, and those that they include. Whatever else a folder has belongs to its sources alone.
+set(public_headers
+  host/ZYNCom.h
+  host/ZYNCommunication.h
+  host/ZYNKNCompParm.h
+  host/ZYNOptKer.h
+  host/Zyn3dGV.h
+  foundation/CDenseSolver.h
+  foundation/CZYNVector.h
+  foundation/Cpp_DataStructure.h
+  foundation/Export.h
+  foundation/IBCnode.h
+  foundation/Zyn3dGradOpVersion.h
+  gradient/COperatorGradient.h
+  gradient/COperatorGradientImpl.h  # the operator's state, which tests and benchmarks of a solver look at
+  rbf_cell/CZynRBFInternalObject.h
+  rbf_cell/RBFnode.h
+  rbf_face/CZynFaceRBFInternalObject.h
+  rbf_ib/CZynIBRBFInternalObject.h
+  host_check/CheckHostData.h
+  host_check/HostBreach.h
+  host_check/HostCheckOptions.h
+  host_check/HostCheckReport.h)
+foreach(header IN LISTS public_headers)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp/${folder})
+endforeach()
+
+# Of the reference host all but what is inside the readers, the decomposition and the generator of boxes.
+install(DIRECTORY reference_host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h"
+  PATTERN "Gmsh*" EXCLUDE PATTERN "Foam*" EXCLUDE PATTERN "PolyMesh*" EXCLUDE PATTERN "Cgns*" EXCLUDE
+  PATTERN "Decomposed*" EXCLUDE PATTERN "ProcessorCuts*" EXCLUDE PATTERN "TextCursor*" EXCLUDE PATTERN "MeshFile*" EXCLUDE
+  PATTERN "MeshPartBytes*" EXCLUDE PATTERN "MpiBytes*" EXCLUDE PATTERN "MpiNeighbours*" EXCLUDE
+  PATTERN "BoxBlocks*" EXCLUDE PATTERN "BoxMapping*" EXCLUDE PATTERN "BoxShapes*" EXCLUDE)
+
+install(TARGETS Zyn3dGradOp Zyn3dGradOp_host Zyn3dGradOp_search_tree Zyn3dGradOp_host_check EXPORT Zyn3dGradOpTargets)
 # A set of its own: it is left out where what it depends on is not there.
 install(TARGETS Zyn3dGradOp_reference_host EXPORT Zyn3dGradOpReferenceHostTargets)
-if(TARGET Zyn3dGradOp_host_check)
-  install(DIRECTORY host_check DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h")
-  install(TARGETS Zyn3dGradOp_host_check EXPORT Zyn3dGradOpTargets)
-endif()
 if(TARGET zyngrad)
   # The tool finds the libraries beside it, wherever the prefix is moved to.
   set_target_properties(zyngrad PROPERTIES INSTALL_RPATH $ORIGIN/../${CMAKE_INSTALL_LIBDIR})

@@ -10,6 +10,40 @@ cmake --install "$build" --prefix "$work/installed" >/dev/null
 # Moved, so that nothing found below can come from where it was installed.
 mv "$work/installed" "$work/prefix"
 
+# Of the library's private headers none is installed but the operator's state, and no installed header needs one that is not.
+include=$work/prefix/include/Zyn3dGradOp
+(cd "$include" && find . -name '*.h' | sed 's|^\./||' | sort) >"$work/headers.txt"
+grep -qx gradient/COperatorGradient.h "$work/headers.txt" || { echo "COperatorGradient.h is not installed"; exit 1; }
+if grep -xE '(gradient|rbf_[a-z]*)/.*(Impl|Kernels?|Sort|SearchMethod|TwoFaces)\.h|foundation/(DQ|Row|Settings).*' \
+  "$work/headers.txt" | grep -vx gradient/COperatorGradientImpl.h; then
+  echo "the private headers above are installed"
+  exit 1
+fi
+mpi=()
+[[ ! -e "$work/prefix/bin/zyngrad" ]] || read -ra mpi < <(mpicxx --showme:compile)
+sed 's/.*/#include "&"/' "$work/headers.txt" |
+  "$compiler" -std=c++17 -fsyntax-only -I"$include" "${mpi[@]}" -x c++ - || { echo "an installed header is missing"; exit 1; }
+
+# One version everywhere: for the preprocessor, CMake, pkg-config, the program, citations.
+macro=$(printf '#include "foundation/Zyn3dGradOpVersion.h"\nv ZYN3DGRADOP_VERSION_MAJOR ZYN3DGRADOP_VERSION_MINOR %s\n' \
+  ZYN3DGRADOP_VERSION_PATCH | "$compiler" -E -P -x c++ -I"$include" - | sed -n 's/^v \([0-9]*\) \([0-9]*\) \([0-9]*\)$/\1.\2.\3/p')
+[[ -n $macro ]] || { echo "no version for the preprocessor"; exit 1; }
+same_version() {
+  [[ $2 == "$macro" ]] || { echo "the header has version $macro, $1 '$2'"; exit 1; }
+}
+mkdir "$work/version"
+cat >"$work/version/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(version CXX)
+find_package(Zyn3dGradOp CONFIG REQUIRED)
+message(STATUS "found ${Zyn3dGradOp_VERSION}")
+END
+same_version find_package "$(cmake -G Ninja -S "$work/version" -B "$work/version/build" -DCMAKE_CXX_COMPILER="$compiler" \
+  -DCMAKE_PREFIX_PATH="$work/prefix" | sed -n 's/^-- found //p')"
+same_version pkg-config "$(PKG_CONFIG_PATH=$(dirname "$(find "$work/prefix" -name Zyn3dGradOp.pc)") pkg-config --modversion Zyn3dGradOp)"
+same_version CITATION.cff "$(sed -n 's/^version: //p' "$repository/CITATION.cff")"
+[[ ! -e "$work/prefix/bin/zyngrad" ]] || same_version zyngrad "$("$work/prefix/bin/zyngrad" --version | sed 's/^zyngrad //')"
+
 # build_against FOLDER: configured with nothing but the place of the package, built in $work/FOLDER's name.
 build_against() {
   cmake -G Ninja -S "$repository/$1" -B "$work/$(basename "$1")" -DCMAKE_CXX_COMPILER="$compiler" \
