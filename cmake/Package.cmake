@@ -19,20 +19,34 @@ if(TARGET zyngrad AND NOT CMAKE_CROSSCOMPILING AND NOT ZYN_SANITIZE)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zyngrad.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME zyngrad)
 endif()
-install(FILES packaging/debian/copyright CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
-
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${zyn_package_name})
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
-set(CPACK_PACKAGE_CONTACT "The Zyn3dGradOp developers <zyn3dgradop@localhost>")
+# Nobody reads mail at this domain, which is reserved for examples: whoever gives the package to others puts an address here.
+set(CPACK_PACKAGE_CONTACT "The Zyn3dGradOp developers <zyn3dgradop@example.org>" CACHE STRING
+  "Maintainer of the Debian package: Name <address>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+
+# Debian wants a changelog in its own form, compressed. The entry has the date of the configuration, or that of
+# SOURCE_DATE_EPOCH, and gzip stores no time, so that packages can be built twice with the same bits.
+string(TIMESTAMP zyn_package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+configure_file(packaging/debian/changelog.in changelog @ONLY)
+find_program(GZIP_PROGRAM gzip)
+if(GZIP_PROGRAM)
+  execute_process(COMMAND ${GZIP_PROGRAM} -9nf ${CMAKE_CURRENT_BINARY_DIR}/changelog COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
+endif()
+install(FILES packaging/debian/copyright CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
+
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "A C++17 shared library that a finite-volume solver links and drives: Green-Gauss, least-squares and radial-basis
-gradients, interpolation to faces and to points. With the headers, a reference host for tests and tools, and zyngrad,
-which runs the library on a mesh and tells how good each method is there.")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "A C++17 shared library that a finite-volume solver links and drives:
+Green-Gauss, least-squares and radial-basis gradients, interpolation to
+faces and to points. With its headers, a reference host for tests and
+tools, and zyngrad, which runs the library on a mesh and measures how good
+each method is there.")
 # What the programs and libraries are linked with; the package's own libraries have no package to be found in.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)

@@ -23,13 +23,24 @@ for needed in libc6 liblapacke libopenmpi3 libmetis5; do
 done
 dpkg-deb --contents "$package" | awk '{print $6}' >"$work/contents.txt"
 for file in bin/zyngrad include/Zyn3dGradOp/gradient/COperatorGradient.h include/Zyn3dGradOp/host/Zyn3dGV.h \
-  share/man/man1/zyngrad.1.gz share/bash-completion/completions/zyngrad share/doc/zyn3dgradop/copyright \
+  share/man/man1/zyngrad.1.gz share/bash-completion/completions/zyngrad share/doc/zyn3dgradop/copyright share/doc/zyn3dgradop/changelog.gz \
   lib/libZyn3dGradOp.so lib/cmake/Zyn3dGradOp/Zyn3dGradOpConfig.cmake lib/pkgconfig/Zyn3dGradOp.pc; do
   # Below lib there may be a folder for the machine's kind.
   grep -qE "^\./usr/${file/#lib\//lib/([^/]*/)?}$" "$work/contents.txt" || fail "not in the package: $file"
 done
 if grep -vE '^\./(usr/((bin|lib|include|share)/.*)?)?$' "$work/contents.txt"; then
   fail "the paths above are not the package's to fill"
+fi
+
+# What Debian's own checker calls an error. Where it is not installed, at least the maintainer's address is one that can be.
+if grep -qE '^Maintainer: .*(localhost|localdomain)' "$work/fields.txt"; then
+  fail "no mail reaches $(grep '^Maintainer:' "$work/fields.txt")"
+fi
+version=$(sed -n 's/^Version: //p' "$work/fields.txt")
+dpkg-deb --fsys-tarfile "$package" | tar -xO ./usr/share/doc/zyn3dgradop/changelog.gz | gzip -dc |
+  grep "^zyn3dgradop ($version) " >/dev/null || fail "the changelog does not have the package's version, $version"
+if command -v lintian >/dev/null; then
+  lintian --allow-root --fail-on error "$package" >"$work/lintian.txt" 2>&1 || fail "lintian: $(cat "$work/lintian.txt")"
 fi
 
 # Installed into a root of its own, with a database of its own; what it depends on is that of this machine.
