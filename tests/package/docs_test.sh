@@ -13,6 +13,16 @@ for page in docs/*.md; do
     exit 1
   fi
 done
+# Emphasis that begins or ends beside code is not understood, and its marks are shown.
+if sed 's|<code>[^<]*</code>||g; /class="line"/d' "$work"/html/{index,md_*}.html | grep '\*\*'; then
+  echo "the lines above show the marks of emphasis"
+  exit 1
+fi
+# Headers are shown as they are included.
+if ! sed 's/<[^>]*>//g' "$work/html/classCOperatorGradient.html" | grep '#include &lt;gradient/COperatorGradient.h&gt;' >/dev/null; then
+  echo "the page of COperatorGradient does not show how its header is included"
+  exit 1
+fi
 dangling=0
 while read -r target; do
   [[ -e $work/html/$target ]] && continue
