@@ -1,7 +1,8 @@
 // What the radial-basis gradient is worth on box meshes, against the span of its kernel.
 //
-//   rbf_accuracy [write FILE | compare FILE]
+//   rbf_accuracy [write FILE | compare FILE | moved]
 //
+// With `moved`, the same meshes are turned or scaled, and the gradients compared with those on the meshes as they were.
 // With `write`, the gradients of the smooth field go to a file; with `compare`, the last column shows how far they are
 // from those in the file, which another build of LAPACK may have written.
 
@@ -191,12 +192,105 @@ void Run(Record& record) {
   }
 }
 
+/// x -> factor R x, with a turn R around the axis (1, 2, 3).
+struct Move {
+  std::string name;
+  double degrees, factor;
+
+  Point operator()(Point const& p) const {  // Rodrigues' formula
+    double const length = std::sqrt(14.0);
+    Point const k = {1 / length, 2 / length, 3 / length};
+    double const angle = degrees * std::acos(-1.0) / 180, c = std::cos(angle), s = std::sin(angle);
+    double const along = (k[0] * p[0] + k[1] * p[1] + k[2] * p[2]) * (1 - c);
+    Point const across = {k[1] * p[2] - k[2] * p[1], k[2] * p[0] - k[0] * p[2], k[0] * p[1] - k[1] * p[0]};
+    Point moved;
+    for (std::size_t i = 0; i < 3; ++i) moved[i] = factor * (c * p[i] + s * across[i] + k[i] * along);
+    return moved;
+  }
+};
+
+void MovePlaces(Move const& move, int n, double* x, double* y, double* z) {
+  for (int i = 1; i <= n; ++i) {
+    Point const p = move({x[i], y[i], z[i]});
+    x[i] = p[0], y[i] = p[1], z[i] = p[2];
+  }
+}
+
+/// All places that the cell operator reads.
+void MoveMesh(Move const& move, CZYN3DFiniteVolumeMesh& m) {
+  MovePlaces(move, m.NCell, m.xc, m.yc, m.zc);
+  MovePlaces(move, m.NInnerFaces, m.ijxc, m.ijyc, m.ijzc);
+  MovePlaces(move, m.NWall, m.ijWallxc, m.ijWallyc, m.ijWallzc);
+  MovePlaces(move, m.NInlet, m.ijInletxc, m.ijInletyc, m.ijInletzc);
+  MovePlaces(move, m.NOutlet, m.ijOutletxc, m.ijOutletyc, m.ijOutletzc);
+}
+
+std::vector<Point> GradientOf(CellOperatorOnMesh& on, double span, std::vector<double> const& phi) {
+  {
+    QuietOutput const quiet;
+    on.NewOperator().InitialRBFSetting();
+    on.op().Span = span;
+    on.op().DeriveRBFweighting();
+  }
+  std::vector<double> values = phi, gx(phi.size()), gy(phi.size()), gz(phi.size());
+  on.op().MultiplyRBFCoefficent(values.data(), gx.data(), gy.data(), gz.data());
+  std::vector<Point> g(phi.size());
+  for (int c = 1; c <= on.mesh().NInnerCells; ++c) g[c] = {gx[c], gy[c], gz[c]};
+  return g;
+}
+
+/// Worst error of the smooth field on the mesh as it is, and the largest difference that each move makes, all over
+/// the largest exact slope.
+void MeasureMoves(std::string const& box, double span, std::vector<Move> const& moves) {
+  CellOperatorOnMesh still(box);
+  CZYN3DFiniteVolumeMesh const& m = still.mesh();
+  std::vector<double> phi(static_cast<std::size_t>(m.NCell) + 1);
+  double scale = 0, error = 0;
+  for (int c = 1; c <= m.NCell; ++c) phi[c] = kSmooth.value({m.xc[c], m.yc[c], m.zc[c]});
+  std::vector<Point> const g = GradientOf(still, span, phi);
+  for (int c = 1; c <= m.NInnerCells; ++c) {
+    Point const exact = kSmooth.slope({m.xc[c], m.yc[c], m.zc[c]});
+    scale = std::max(scale, Norm(exact));
+    error = std::max(error, Norm({g[c][0] - exact[0], g[c][1] - exact[1], g[c][2] - exact[2]}));
+  }
+  std::printf("| %s | %g | %.1e |", box.c_str(), span, error / scale);
+  for (Move const& move : moves) {
+    CellOperatorOnMesh moved(box);
+    MoveMesh(move, moved.mesh());
+    std::vector<Point> const h = GradientOf(moved, span, phi);
+    double difference = 0;
+    for (int c = 1; c <= m.NInnerCells; ++c) {
+      // The slope of the field on the moved mesh is R g / factor.
+      Point const expected = Move{"", move.degrees, 1 / move.factor}(g[c]);
+      Point const d = {h[c][0] - expected[0], h[c][1] - expected[1], h[c][2] - expected[2]};
+      difference = std::max(difference, Norm(d) * move.factor);
+    }
+    std::printf(" %.1e |", difference / scale);
+  }
+  std::printf("\n");
+}
+
+void RunMoves() {
+  std::vector<Move> const moves = {{"turned", 30, 1}, {"times 1000", 0, 1000}, {"times 1024", 0, 1024}};
+  std::printf("| mesh | Span | worst error |");
+  for (Move const& move : moves) std::printf(" %s |", move.name.c_str());
+  std::printf("\n|---|---|---|---|---|---|\n");
+  for (std::string const box :
+       {"box:12,12,12:hex:perturb=0.2,seed=1", "box:12,12,12:tet", "box:12,12,12:prism", "box:12,12,12:dual",
+        "box:16,16,16:dual", "box:12,12,12:dual:perturb=0.2,seed=1"})
+    for (double const span : {20.0, 50.0, 100.0, 500.0}) MeasureMoves(box, span, moves);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   MPI_Init(&argc, &argv);
-  Record record(argc > 2 ? argv[1] : "", argc > 2 ? argv[2] : "");
-  Run(record);
+  if (argc == 2 && std::string(argv[1]) == "moved") {
+    RunMoves();
+  } else {
+    Record record(argc > 2 ? argv[1] : "", argc > 2 ? argv[2] : "");
+    Run(record);
+  }
   MPI_Finalize();
   return 0;
 }
