@@ -189,6 +189,67 @@ END
   rows_of_points --body 'x^2+y^2+z^2-0.16' <<<"$channel"
 } >blocks/points-body
 
+# hexahedra N M: N x N x M regular ones in the unit cube, as a Gmsh file.
+hexahedra() {
+  awk -v N="$1" -v M="$2" '
+    function node(i, j, k) { return i + (N + 1) * (j + (N + 1) * k) + 1 }
+    function quad(a, b, c, d) { faces[++nFaces] = a " " b " " c " " d }
+    BEGIN {
+      print "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$PhysicalNames\n2\n2 1 \"wall\"\n3 2 \"inside\"\n$EndPhysicalNames\n$Nodes"
+      print (N + 1) * (N + 1) * (M + 1)
+      for (k = 0; k <= M; ++k) for (j = 0; j <= N; ++j) for (i = 0; i <= N; ++i)
+        printf "%d %.17g %.17g %.17g\n", node(i, j, k), i / N, j / N, k / M
+      for (j = 0; j < N; ++j) for (i = 0; i < N; ++i) for (k = 0; k <= M; k += M)
+        quad(node(i, j, k), node(i + 1, j, k), node(i + 1, j + 1, k), node(i, j + 1, k))
+      for (k = 0; k < M; ++k) for (i = 0; i < N; ++i) for (j = 0; j <= N; j += N) {
+        quad(node(i, j, k), node(i + 1, j, k), node(i + 1, j, k + 1), node(i, j, k + 1))
+        quad(node(j, i, k), node(j, i + 1, k), node(j, i + 1, k + 1), node(j, i, k + 1))
+      }
+      print "$EndNodes\n$Elements"
+      print nFaces + N * N * M
+      for (f = 1; f <= nFaces; ++f) print f, "3 2 1 1", faces[f]
+      for (k = 0; k < M; ++k) for (j = 0; j < N; ++j) for (i = 0; i < N; ++i)
+        print f++, "5 2 2 2", node(i, j, k), node(i + 1, j, k), node(i + 1, j + 1, k), node(i, j + 1, k),
+          node(i, j, k + 1), node(i + 1, j, k + 1), node(i + 1, j + 1, k + 1), node(i, j + 1, k + 1)
+      print "$EndElements"
+    }'
+}
+{
+  printf '| width over thickness | method 1 | | method 1, 40 cells | | method 2 | | method 2, 40 cells | | method 2, 80 cells | '
+  echo '| method 3 | |'
+  echo '|---|---|---|---|---|---|---|---|---|---|---|---|---|'
+  for flat in 1 3 10; do
+    hexahedra 10 $((10 * flat)) >flat.msh
+    cells=""
+    while read -r method wanted; do
+      points flat.msh "$method" 500 --search-number "$wanted" --points inside.csv
+      cells+=" | $(short "$(number l2 1)") | $(short "$(number l2 2)")"
+    done <<END
+1 20
+1 40
+2 20
+2 40
+2 80
+3 20
+END
+    echo "| $flat$cells |"
+  done
+} >blocks/points-flat
+
+{
+  echo '| mesh, method | `Span` | L2 of the value | largest | L2 of the gradient | largest |'
+  echo '|---|---|---|---|---|---|'
+  for mesh in box:12,12,12:hex:$moved box:20,20,20:hex:$moved; do
+    name="$(name_of $mesh), 3"
+    for run in '3 500' '3 100' '3 50' '3 20' '2 500'; do
+      [[ $run != 2* ]] || name="$(name_of $mesh), 2"
+      points $mesh ${run% *} "${run#* }" --points everywhere.csv
+      echo "| $name${name:+ }| ${run#* } | $(short "$(number l2 1)") | $(short "$(number max 1)") | $(short "$(number l2 2)") | $(short "$(number max 2)") |"
+      name=""
+    done
+  done
+} >blocks/points-moved
+
 spans_of_points=(5 20 50 100 200 500 1000 2000)
 {
   echo '| mesh, method | 5 | 20 | 50 | 100 | 200 | 500 | 1000 | 2000 |'
