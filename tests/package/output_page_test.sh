@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# docs/output.md names every key of the JSON files and every array of the files for viewers that zyngrad writes.
+#   output_page_test.sh REPOSITORY ZYNGRAD
+set -euo pipefail
+page=$1/docs/output.md zyngrad=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+run() {  # run FOLDER ARGUMENT...
+  "$zyngrad" "${@:2}" -o "$1" >"$1.txt" 2>&1 || { cat "$1.txt"; exit 1; }
+}
+printf 'x,y,z\n0.4,0.5,0.6\n9,9,9\n' >points.csv
+run gradient gradient box:3,3,3 --field x*y
+printf '%s\n' 'FoamFile { version 2.0; format ascii; class volScalarField; object T; }' \
+  'dimensions [0 0 0 0 0 0 0];' 'internalField uniform 1;' 'boundaryField { ".*" { type zeroGradient; } }' >T
+run from_file gradient "$1/tests/data/openfoam_planar" --field-file T --method lsq
+run three gradient box:3,3,3 --method vector --field x --field y --field z
+run faces faces box:3,3,3 --field x --group inner --debug-report
+run points points box:3,3,3 --field x --points points.csv
+run check check box:3,3,3 --group-faces inner --points points.csv
+run study study --series tet --levels 2 --method iterated,rbf
+
+# Whole words of what stands between backticks.
+grep -o '`[^`]*`' "$page" | tr -c 'A-Za-z0-9_\n' '\n' | sort -u >told.txt
+{
+  grep -hoE '"[A-Za-z0-9]+":' ./*/*.json | tr -d '":'
+  grep -haoE '<DataArray [^>]*Name="[^"]*"' ./*/*.vt[pu] | sed 's/.*Name="//; s/"//' |
+    grep -vxE 'Points|connectivity|offsets|types' | sed -E '/^gradient_error$/! s/^(gradient|error)_[a-z]+/\1_METHOD/; s/_[123]$//'
+} | sort -u >written.txt
+for expected in l2Relative maxAt exact_gradient gradient_METHOD weight_sum gradient_error row_sum_off; do
+  grep -qx "$expected" written.txt || { echo "no run has written $expected"; exit 1; }
+done
+missing=$(comm -23 written.txt told.txt)
+[[ -z $missing ]] || { echo "docs/output.md does not name:"; echo "$missing"; exit 1; }
