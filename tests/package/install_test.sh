@@ -28,6 +28,14 @@ sed 's/.*/#include "&"/' "$work/headers.txt" |
 macro=$(printf '#include "foundation/Zyn3dGradOpVersion.h"\nv ZYN3DGRADOP_VERSION_MAJOR ZYN3DGRADOP_VERSION_MINOR %s\n' \
   ZYN3DGRADOP_VERSION_PATCH | "$compiler" -E -P -x c++ -I"$include" - | sed -n 's/^v \([0-9]*\) \([0-9]*\) \([0-9]*\)$/\1.\2.\3/p')
 [[ -n $macro ]] || { echo "no version for the preprocessor"; exit 1; }
+cat >"$work/version.cpp" <<'END'
+#include "foundation/Zyn3dGradOpVersion.h"
+#if ZYN3DGRADOP_VERSION < ZYN3DGRADOP_MAKE_VERSION(0, 1, 0) || ZYN3DGRADOP_VERSION >= ZYN3DGRADOP_MAKE_VERSION(1000, 0, 0)
+#error "versions do not compare as numbers"
+#endif
+static_assert(ZYN3DGRADOP_MAKE_VERSION(0, 2, 0) > ZYN3DGRADOP_MAKE_VERSION(0, 1, 999));
+END
+"$compiler" -std=c++17 -fsyntax-only -I"$include" "$work/version.cpp"
 same_version() {
   [[ $2 == "$macro" ]] || { echo "the header has version $macro, $1 '$2'"; exit 1; }
 }
