@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "cli/ExpressionParser.h"
+#include "cli/OneLine.h"
 
 namespace zyngrad {
 
@@ -128,9 +129,9 @@ void ExpressionCompiler::VariableOrConstant(const tree::Name& name) {
   const auto found = names.find(word);
   if (found == names.end()) {
     const char* kind = name.arguments ? "unknown function " : "unknown name ";
-    FailAt(target_.text_, name.name.begin(), kind + ('"' + word + '"'));
+    FailAt(target_.text_, name.name.begin(), kind + Quoted(word));
   }
-  if (name.arguments) FailAt(target_.text_, name.name.begin(), '"' + word + "\" is not a function");
+  if (name.arguments) FailAt(target_.text_, name.name.begin(), Quoted(word) + " is not a function");
   Push(found->second.op, found->second.number, name.name.begin());
 }
 

@@ -41,9 +41,12 @@ std::string Trimmed(std::string_view text) {
 std::string Meaning(const Field& field) {
   std::string text = Trimmed({field.begin(), field.size()});
   if (text.size() < 2 || text.front() != '"') return text;
-  text = text.substr(1, text.size() - 2);
-  for (std::size_t at = 0; (at = text.find("\"\"", at)) != std::string::npos; ++at) text.erase(at, 1);
-  return text;
+  std::string meant;
+  for (std::size_t at = 1; at + 1 < text.size(); ++at) {
+    meant += text[at];
+    if (text[at] == '"') ++at;  // doubled
+  }
+  return meant;
 }
 
 std::string Lower(std::string text) {

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <string_view>
 #include <utility>
 
 #include "reference_host/MeshError.h"
+#include "reference_host/MeshFile.h"
 
 namespace reference_host {
 namespace {
@@ -55,30 +57,30 @@ bool IsNoBoundary(const std::string& type) {
          BeginsWith(lower, "processor");
 }
 
-std::string Joined(const std::vector<std::string>& parts) {
-  std::string list;
-  for (const std::string& part : parts) list += (list.empty() ? "" : ", ") + part;
-  return list;
-}
+/// Names are not cut before anybody would stop reading: the user has to repeat them exactly.
+std::string QuotedName(const std::string& name) { return Quoted(name, 100); }
 
 std::string Described(const Patch& patch, std::int64_t nFaces) {
-  const std::string type = patch.type.empty() ? "" : " of type " + patch.type;
-  return "'" + patch.name + "'" + type + " (" + std::to_string(nFaces) + (nFaces == 1 ? " face)" : " faces)");
+  const std::string type = patch.type.empty() ? "" : " of type " + Quoted(patch.type, 40, "");
+  return QuotedName(patch.name) + type + " (" + std::to_string(nFaces) + (nFaces == 1 ? " face)" : " faces)");
 }
 
-void CheckUserNames(const std::vector<Patch>& patches, const std::map<std::string, BoundaryGroup>& byUser) {
-  std::vector<std::string> unknown;
+std::string Prefix(const std::string& meshName) { return meshName.empty() ? "" : meshName + ": "; }
+
+void CheckUserNames(const std::vector<Patch>& patches, const std::map<std::string, BoundaryGroup>& byUser,
+                    const std::string& meshName) {
+  if (byUser.empty()) return;
+  std::set<std::string_view> known;
+  for (const Patch& patch : patches) known.insert(patch.name);
+  NameList unknown;
   for (const auto& [name, group] : byUser) {
-    const bool known = std::any_of(patches.begin(), patches.end(),
-                                   [&wanted = name](const Patch& patch) { return patch.name == wanted; });
-    if (!known) unknown.push_back("'" + name + "'");
+    if (known.count(name) == 0) unknown.Add(QuotedName(name));
   }
-  if (unknown.empty()) return;
-  std::vector<std::string> names;
-  names.reserve(patches.size());
-  for (const Patch& patch : patches) names.push_back("'" + patch.name + "'");
-  throw MeshError("the mesh has no boundary called " + Joined(unknown) + "; it has " +
-                  (names.empty() ? "none" : Joined(names)));
+  if (unknown.IsEmpty()) return;
+  NameList names;
+  for (const Patch& patch : patches) names.Add(QuotedName(patch.name));
+  throw MeshError(Prefix(meshName) + "the mesh has no boundary called " + unknown.Text() + "; it has " +
+                  names.Text());
 }
 
 }  // namespace
@@ -104,17 +106,17 @@ std::optional<BoundaryGroup> GroupByName(const std::string& name, const std::str
 }
 
 void AssignBoundaryGroups(std::vector<Patch>& patches, const std::vector<std::int64_t>& facesOfPatch,
-                          const std::map<std::string, BoundaryGroup>& byUser) {
-  CheckUserNames(patches, byUser);
-  std::vector<std::string> unmapped;
+                          const std::map<std::string, BoundaryGroup>& byUser, const std::string& meshName) {
+  CheckUserNames(patches, byUser, meshName);
+  NameList unmapped;
   for (std::size_t p = 0; p < patches.size(); ++p) {
     Patch& patch = patches[p];
     const auto wanted = byUser.find(patch.name);
     patch.group = wanted != byUser.end() ? wanted->second : GroupByName(patch.name, patch.type);
-    if (!patch.group && facesOfPatch[p] > 0) unmapped.push_back(Described(patch, facesOfPatch[p]));
+    if (!patch.group && facesOfPatch[p] > 0) unmapped.Add(Described(patch, facesOfPatch[p]));
   }
-  if (unmapped.empty()) return;
-  throw MeshError("boundary faces without a group: " + Joined(unmapped) +
+  if (unmapped.IsEmpty()) return;
+  throw MeshError(Prefix(meshName) + "boundary faces without a group: " + unmapped.Text() +
                   "; map each name to inlet, outlet, symmetry or wall");
 }
 

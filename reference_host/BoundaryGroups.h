@@ -29,9 +29,11 @@ std::optional<BoundaryGroup> GroupByName(const std::string& name, const std::str
 /// stay
 ///                              without a group
 /// @param[in]     byUser        groups by name of the patch
-/// Throws MeshError that lists all patches in question: those of `byUser` that the mesh does not have, or
-/// those with faces and without a group.
+/// @param[in]     meshName      what the failure begins with, such as the file; may be empty
+/// Throws MeshError that lists the patches in question, or the first ones of many: those of `byUser` that the mesh does
+/// not have, or those with faces and without a group.
 void AssignBoundaryGroups(std::vector<Patch>& patches, const std::vector<std::int64_t>& facesOfPatch,
-                          const std::map<std::string, BoundaryGroup>& byUser);
+                          const std::map<std::string, BoundaryGroup>& byUser,
+                          const std::string& meshName = {});
 
 }  // namespace reference_host

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <map>
-#include <numeric>
 
 #include "reference_host/MeshFile.h"
 
@@ -63,26 +62,33 @@ bool IsByNodes(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set, 
   return location == CGNS_ENUMV(Vertex);
 }
 
-std::vector<std::int64_t> ReadMembers(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set,
-                                      cgsize_t nGiven, int normalList, const std::string& name) {
+void ReadMembers(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set, cgsize_t nGiven,
+                 cgsize_t normalList, std::int64_t lastElement, CgnsCondition& condition) {
+  const std::string name = Quoted(condition.name);
+  file.CheckRoom(nGiven, "members of boundary condition " + name);
+  file.CheckRoom(normalList, "normals of boundary condition " + name);
   std::vector<cgsize_t> given(static_cast<std::size_t>(nGiven));
   // Normals are read along; they are of no use here, but the library wants room for them.
   std::vector<double> normals(static_cast<std::size_t>(normalList));
   file.Check(cg_boco_read(file.handle(), file.base(), CgnsFile::zone(), index, given.data(),
                           normals.empty() ? nullptr : normals.data()),
-             "boundary condition " + Quoted(name) + " cannot be read");
-  if (set == CGNS_ENUMV(PointList) || set == CGNS_ENUMV(ElementList)) return {given.begin(), given.end()};
-  const std::int64_t most = file.nNodes() + file.Sections().back().last;
-  if (given.size() != 2 || given[0] < 1 || given[1] < given[0] || given[1] > most) {
-    file.Fail("boundary condition " + Quoted(name) + " has a range that does not rise within the mesh");
+             "boundary condition " + name + " cannot be read");
+  if (set == CGNS_ENUMV(PointList) || set == CGNS_ENUMV(ElementList)) {
+    condition.list.assign(given.begin(), given.end());
+    return;
   }
-  std::vector<std::int64_t> members(static_cast<std::size_t>(given[1] - given[0] + 1));
-  std::iota(members.begin(), members.end(), given[0]);
-  return members;
+  const std::int64_t most = condition.byNodes ? file.nNodes() : lastElement;
+  if (given.size() != 2 || given[0] < 1 || given[1] < given[0] || given[1] > most) {
+    file.Fail("boundary condition " + name + " has a range that does not rise within the mesh");
+  }
+  condition.isRange = true;
+  condition.first = given[0];
+  condition.last = given[1];
 }
 
 CgnsCondition ReadCondition(const CgnsFile& file, int index,
-                            const std::map<std::string, std::string>& typeOfFamily) {
+                            const std::map<std::string, std::string>& typeOfFamily,
+                            std::int64_t lastElement) {
   std::array<char, kNameLength> name{};
   CGNS_ENUMT(BCType_t) type = CGNS_ENUMV(BCTypeNull);
   CGNS_ENUMT(PointSetType_t) set = CGNS_ENUMV(PointSetTypeNull);
@@ -104,20 +110,20 @@ CgnsCondition ReadCondition(const CgnsFile& file, int index,
     if (found != typeOfFamily.end()) condition.patchType = found->second;
   }
   condition.byNodes = IsByNodes(file, index, set, condition.name);
-  condition.members = ReadMembers(file, index, set, nGiven, static_cast<int>(normalListSize), condition.name);
+  ReadMembers(file, index, set, nGiven, normalListSize, lastElement, condition);
   return condition;
 }
 
 }  // namespace
 
-std::vector<CgnsCondition> ReadCgnsConditions(const CgnsFile& file) {
+std::vector<CgnsCondition> ReadCgnsConditions(const CgnsFile& file, std::int64_t lastElement) {
   int nConditions = 0;
   file.Check(cg_nbocos(file.handle(), file.base(), CgnsFile::zone(), &nConditions),
              "the boundary conditions cannot be read");
   const std::map<std::string, std::string> typeOfFamily = ReadFamilyTypes(file);
   std::vector<CgnsCondition> conditions;
   for (int index = 1; index <= nConditions; ++index) {
-    conditions.push_back(ReadCondition(file, index, typeOfFamily));
+    conditions.push_back(ReadCondition(file, index, typeOfFamily, lastElement));
   }
   return conditions;
 }

@@ -45,30 +45,29 @@ std::vector<Array> ListArrays(const CgnsFile& file) {
   return arrays;
 }
 
-std::string Joined(const std::vector<Array>& arrays) {
-  std::string list;
-  for (const Array& array : arrays) list += (list.empty() ? "" : ", ") + Quoted(array.FullName());
-  return list.empty() ? "none" : list;
-}
-
 Array FindArray(const CgnsFile& file, const std::string& wanted) {
-  std::vector<Array> atCells, found;
+  NameList atCells, found;
+  Array first;
+  int nFound = 0;
   bool isElsewhere = false;
   for (const Array& array : ListArrays(file)) {
     const bool isWanted = array.name == wanted || array.FullName() == wanted;
-    if (array.isAtCells) atCells.push_back(array);
-    if (isWanted && array.isAtCells) found.push_back(array);
+    if (array.isAtCells) atCells.Add(Quoted(array.FullName()));
+    if (isWanted && array.isAtCells) {
+      if (nFound++ == 0) first = array;
+      found.Add(Quoted(array.FullName()));
+    }
     isElsewhere = isElsewhere || (isWanted && !array.isAtCells);
   }
-  if (found.size() > 1) {
-    file.Fail("several solutions have " + Quoted(wanted) + " (" + Joined(found) +
+  if (nFound > 1) {
+    file.Fail("several solutions have " + Quoted(wanted) + " (" + found.Text() +
               "); name one as SOLUTION/ARRAY");
   }
-  if (found.empty()) {
+  if (nFound == 0) {
     file.Fail((isElsewhere ? Quoted(wanted) + " is not at the cell centres" : "no array " + Quoted(wanted)) +
-              "; arrays at cell centres: " + Joined(atCells));
+              "; arrays at cell centres: " + atCells.Text());
   }
-  return found.front();
+  return first;
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include "reference_host/MeshError.h"
@@ -15,12 +17,6 @@ namespace {
 
 constexpr std::size_t kNameLength = 33;  // names have 32 characters at most
 
-std::string Joined(const std::vector<std::string>& names) {
-  std::string list;
-  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + Quoted(name);
-  return list;
-}
-
 }  // namespace
 
 CgnsFile::OpenFile::~OpenFile() {
@@ -28,6 +24,9 @@ CgnsFile::OpenFile::~OpenFile() {
 }
 
 CgnsFile::CgnsFile(std::string name) : name_(std::move(name)) {
+  RequireRegularFile(name_);
+  std::error_code ignored;
+  nBytes_ = static_cast<std::int64_t>(std::filesystem::file_size(name_, ignored));
   int handle = -1;
   Check(cg_open(name_.c_str(), CG_MODE_READ, &handle), "not a CGNS file that can be read");
   open_.handle = handle;
@@ -49,7 +48,8 @@ void CgnsFile::Fail(const std::string& what) const { throw MeshError(name_ + ": 
 void CgnsFile::FindBase() {
   int nBases = 0;
   Check(cg_nbases(handle_, &nBases), "the bases cannot be read");
-  std::vector<std::string> names;
+  NameList names;
+  int nFound = 0;
   for (int base = 1; base <= nBases; ++base) {
     std::array<char, kNameLength> name{};
     int cellDimension = 0, physicalDimension = 0;
@@ -57,36 +57,38 @@ void CgnsFile::FindBase() {
           "a base cannot be read");
     if (cellDimension != 3 || physicalDimension != 3) continue;
     base_ = base;
-    names.emplace_back(name.data());
+    ++nFound;
+    names.Add(Quoted(name.data()));
   }
   if (nBases == 0) Fail("the file has no base");
-  if (names.empty()) Fail("no base has three-dimensional cells in three-dimensional space");
-  if (names.size() > 1)
-    Fail("several three-dimensional bases (" + Joined(names) + "); a file with one is needed");
+  if (nFound == 0) Fail("no base has three-dimensional cells in three-dimensional space");
+  if (nFound > 1) Fail("several three-dimensional bases (" + names.Text() + "); a file with one is needed");
 }
 
 void CgnsFile::FindZone() {
   int nZones = 0;
   Check(cg_nzones(handle_, base_, &nZones), "the zones cannot be read");
   if (nZones == 0) Fail("the base has no zone");
-  std::vector<std::string> names;
+  NameList names;
+  std::array<char, kNameLength> name{};
   std::array<cgsize_t, 9> sizes{};
   for (int zone = 1; zone <= nZones; ++zone) {
-    std::array<char, kNameLength> name{};
     CGNS_ENUMT(ZoneType_t) type = CGNS_ENUMV(ZoneTypeNull);
     Check(cg_zone_read(handle_, base_, zone, name.data(), sizes.data()), "a zone cannot be read");
     Check(cg_zone_type(handle_, base_, zone, &type), "a zone cannot be read");
     if (type != CGNS_ENUMV(Unstructured))
       Fail("zone " + Quoted(name.data()) + " is structured; convert it first");
-    names.emplace_back(name.data());
+    names.Add(Quoted(name.data()));
   }
-  if (nZones > 1) Fail("several zones are not supported (" + Joined(names) + "); join them to one first");
+  if (nZones > 1) Fail("several zones are not supported (" + names.Text() + "); join them to one first");
   nNodes_ = sizes[0];
   nCells_ = sizes[1];
   constexpr std::int64_t kMost = std::numeric_limits<int>::max();
   if (nNodes_ < 0 || nCells_ < 0 || nNodes_ > kMost || nCells_ > kMost) {
-    Fail("zone " + Quoted(names.front()) + " has more nodes or cells than an int can count");
+    Fail("zone " + Quoted(name.data()) + " has more nodes or cells than an int can count");
   }
+  CheckRoom(nNodes_, "nodes");
+  CheckRoom(nCells_, "cells");
 }
 
 std::vector<double> CgnsFile::Coordinate(const char* coordinate) const {
@@ -122,6 +124,7 @@ std::vector<CgnsSection> CgnsFile::Sections() const {
                           &hasParents),
           "a section cannot be read");
     if (first < 1 || last < first) Fail("section " + Quoted(name.data()) + " has no range of elements");
+    CheckRoom(last - first + 1, "elements of section " + Quoted(name.data()));
     sections.push_back({name.data(), s, static_cast<int>(type), first, last, hasParents != 0});
   }
   std::sort(sections.begin(), sections.end(),
@@ -139,6 +142,7 @@ CgnsElements CgnsFile::Elements(const CgnsSection& section) const {
   const std::string failure = "section " + Quoted(section.name) + " cannot be read";
   cgsize_t nEntries = 0;
   Check(cg_ElementDataSize(handle_, base_, zone(), section.index, &nEntries), failure);
+  CheckRoom(nEntries, "entries of section " + Quoted(section.name));
   const auto n = static_cast<std::size_t>(section.size());
   std::vector<cgsize_t> entries(static_cast<std::size_t>(nEntries)), parents(section.hasParents ? 4 * n : 0);
   cgsize_t* const parentData = section.hasParents ? parents.data() : nullptr;

@@ -34,7 +34,7 @@ struct CgnsElements {
 /// stay out of this one: their names are macros and global enumerators.
 class CgnsFile {
  public:
-  /// Throws MeshError if the file cannot be opened or has no such zone, or more than one.
+  /// Throws MeshError if the file is no regular file, cannot be opened or has no such zone, or more than one.
   explicit CgnsFile(std::string name);
   ~CgnsFile();
   CgnsFile(const CgnsFile&) = delete;
@@ -53,6 +53,11 @@ class CgnsFile {
   /// The connectivity of a section, its parents included if it has them.
   CgnsElements Elements(const CgnsSection& section) const;
 
+  /// Fails unless the file, together with files that it links to, can hold `count` numbers: nothing is allocated for a
+  /// count that cannot be right.
+  /// @param[in] what  what is counted, for the failure: "nodes"
+  void CheckRoom(std::int64_t count, const std::string& what) const;
+
   /// Throws MeshError "NAME: what: reason of the library" unless the status of a call says success.
   void Check(int status, const std::string& what) const;
 
@@ -65,11 +70,15 @@ class CgnsFile {
     ~OpenFile();
   };
 
+  /// In bytes; of linked files where the mesh, the solutions and the boundary conditions hang on links.
+  std::int64_t SizeOfLinkedFiles() const;
+
   void FindBase();
   void FindZone();
   std::vector<double> Coordinate(const char* coordinate) const;
 
   std::string name_;
+  std::int64_t nBytes_ = 0;
   OpenFile open_;
   int handle_ = -1;
   int base_ = 0;

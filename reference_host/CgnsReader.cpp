@@ -10,6 +10,7 @@
 #include "reference_host/CgnsFile.h"
 #include "reference_host/CgnsTopology.h"
 #include "reference_host/MeshFile.h"
+#include "reference_host/MeshNames.h"
 
 namespace reference_host {
 namespace {
@@ -25,7 +26,7 @@ class PatchAssigner {
   }
 
   void Assign() {
-    const std::vector<CgnsCondition> conditions = ReadCgnsConditions(file_);
+    const std::vector<CgnsCondition> conditions = ReadCgnsConditions(file_, sections_.back().last);
     std::vector<int> patchOfCondition;
     patchOfCondition.reserve(conditions.size());
     for (const CgnsCondition& condition : conditions) patchOfCondition.push_back(PatchOf(condition));
@@ -64,42 +65,114 @@ class PatchAssigner {
   void Give(int face, int patch) {
     int& held = mesh_.facePatch[face];
     if (held >= 0 && held != patch) {
-      file_.Fail("a face of cell " + std::to_string(mesh_.owner[face] + 1) +
-                 " belongs to boundary conditions of " + Quoted(mesh_.patches[held].name) + " and of " +
-                 Quoted(mesh_.patches[patch].name));
+      file_.Fail(NameOfFace(mesh_, face) + " belongs to boundary conditions of " +
+                 Quoted(mesh_.patches[held].name) + " and of " + Quoted(mesh_.patches[patch].name));
     }
     held = patch;
   }
 
+  /// Surfaces of a range of elements are taken from the list of surfaces, not one by one from the range: its ends may
+  /// be any numbers.
   void AssignByElements(const CgnsCondition& condition, int patch) {
-    for (const std::int64_t element : condition.members) {
-      const auto found = std::lower_bound(
-          topology_.surfaces.begin(), topology_.surfaces.end(), element,
-          [](const CgnsSurface& surface, std::int64_t wanted) { return surface.element < wanted; });
-      if (found == topology_.surfaces.end() || found->element != element) {
-        file_.Fail("boundary condition " + Quoted(condition.name) + " has element " +
-                   std::to_string(element) + ", which is no surface element");
+    if (condition.isRange) {
+      auto surface = FirstSurfaceFrom(condition.first);
+      for (std::int64_t element = condition.first; element <= condition.last; ++element, ++surface) {
+        AssignElement(condition, element, surface, patch);
+        CountMember(condition);
       }
-      if (found->face >= 0) Give(found->face, patch);
+    } else {
+      for (const std::int64_t element : condition.list)
+        AssignElement(condition, element, FirstSurfaceFrom(element), patch);
     }
   }
 
+  using SurfaceIterator = std::vector<CgnsSurface>::const_iterator;
+
+  SurfaceIterator FirstSurfaceFrom(std::int64_t element) const {
+    return std::lower_bound(
+        topology_.surfaces.begin(), topology_.surfaces.end(), element,
+        [](const CgnsSurface& surface, std::int64_t wanted) { return surface.element < wanted; });
+  }
+
+  void AssignElement(const CgnsCondition& condition, std::int64_t element, SurfaceIterator surface,
+                     int patch) {
+    if (surface == topology_.surfaces.cend() || surface->element != element) {
+      file_.Fail("boundary condition " + Quoted(condition.name) + " has element " + std::to_string(element) +
+                 ", which is no surface element");
+    }
+    if (surface->face >= 0) Give(surface->face, patch);
+  }
+
+  /// Ranges are a few bytes each, so that many of them over the whole mesh would take the product of both.
+  void CountMember(const CgnsCondition& condition) {
+    const auto nItems = static_cast<std::int64_t>(topology_.surfaces.size()) + file_.nNodes();
+    if (++nMembersOfRanges_ <= 16 * nItems) return;
+    file_.Fail("boundary condition " + Quoted(condition.name) +
+               " and those before it have ranges that overlap too often");
+  }
+
   void AssignByNodes(const CgnsCondition& condition, int patch) {
-    std::vector<char> isMember(mesh_.points.size(), 0);
-    for (const std::int64_t node : condition.members) {
-      if (node < 1 || node > file_.nNodes()) {
-        file_.Fail("boundary condition " + Quoted(condition.name) + " has node " + std::to_string(node) +
-                   ", but there are " + std::to_string(file_.nNodes()));
+    if (faceStartOfNode_.empty()) IndexFacesByNode();
+    newMembers_.clear();
+    ++round_;
+    if (condition.isRange) {
+      for (std::int64_t node = condition.first; node <= condition.last; ++node) {
+        AddMember(condition, node);
+        CountMember(condition);
       }
-      if (topology_.pointOfNode[node - 1] >= 0) isMember[topology_.pointOfNode[node - 1]] = 1;
+    } else {
+      for (const std::int64_t node : condition.list) AddMember(condition, node);
     }
+    for (const int point : newMembers_) {
+      for (std::size_t i = faceStartOfNode_[point]; i < faceStartOfNode_[point + 1]; ++i) {
+        if (HasAllMembers(faceOfNode_[i])) Give(faceOfNode_[i], patch);
+      }
+    }
+  }
+
+  void AddMember(const CgnsCondition& condition, std::int64_t node) {
+    if (node < 1 || node > file_.nNodes()) {
+      file_.Fail("boundary condition " + Quoted(condition.name) + " has node " + std::to_string(node) +
+                 ", but there are " + std::to_string(file_.nNodes()));
+    }
+    const int point = topology_.pointOfNode[node - 1];
+    if (point < 0 || memberSince_[point] == round_) return;
+    memberSince_[point] = round_;
+    newMembers_.push_back(point);
+  }
+
+  bool HasAllMembers(int face) const {
+    return std::all_of(mesh_.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh_.faceStart[face]),
+                       mesh_.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh_.faceStart[face + 1]),
+                       [this](int node) { return memberSince_[node] == round_; });
+  }
+
+  /// Files every boundary face under that one of its nodes that has the fewest boundary faces: a set of nodes then
+  /// looks at few faces besides its own, even where many meet in one node.
+  void IndexFacesByNode() {
+    const std::size_t nPoints = mesh_.points.size();
+    std::vector<int> nFacesOfNode(nPoints, 0);
+    const auto nodesOf = [this](int f, const auto& visit) {
+      for (std::size_t i = mesh_.faceStart[f]; i < mesh_.faceStart[f + 1]; ++i) visit(mesh_.faceNode[i]);
+    };
+    for (const int f : boundaryFaces_) nodesOf(f, [&](int node) { ++nFacesOfNode[node]; });
+    const auto placeOf = [&](int f) {
+      int best = mesh_.faceNode[mesh_.faceStart[f]];
+      nodesOf(f, [&](int node) { best = nFacesOfNode[node] < nFacesOfNode[best] ? node : best; });
+      return best;
+    };
+    faceStartOfNode_.assign(nPoints + 1, 0);
+    const auto hasNodes = [this](int f) { return mesh_.faceStart[f + 1] > mesh_.faceStart[f]; };
     for (const int f : boundaryFaces_) {
-      const bool isInside =
-          std::all_of(mesh_.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh_.faceStart[f]),
-                      mesh_.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh_.faceStart[f + 1]),
-                      [&isMember](int node) { return isMember[node] != 0; });
-      if (isInside) Give(f, patch);
+      if (hasNodes(f)) ++faceStartOfNode_[placeOf(f) + 1];
     }
+    for (std::size_t n = 0; n < nPoints; ++n) faceStartOfNode_[n + 1] += faceStartOfNode_[n];
+    faceOfNode_.resize(faceStartOfNode_.back());
+    std::vector<std::size_t> next(faceStartOfNode_.begin(), faceStartOfNode_.end() - 1);
+    for (const int f : boundaryFaces_) {
+      if (hasNodes(f)) faceOfNode_[next[placeOf(f)]++] = f;
+    }
+    memberSince_.assign(nPoints, 0);
   }
 
   void AssignBySection() {
@@ -115,6 +188,14 @@ class PatchAssigner {
   FaceMesh& mesh_;
   std::vector<int> boundaryFaces_;
   std::map<std::string, int> patchOfName_;
+  std::int64_t nMembersOfRanges_ = 0;
+
+  // For conditions given by nodes.
+  std::vector<std::size_t> faceStartOfNode_;  // [point] into faceOfNode_
+  std::vector<int> faceOfNode_;
+  std::vector<int> memberSince_;  // [point] the round of the last condition that has it
+  std::vector<int> newMembers_;   // points of the condition
+  int round_ = 0;
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "reference_host/CgnsFile.h"
@@ -21,6 +22,9 @@ struct CgnsTopology {
   std::vector<int> pointOfNode;       ///< [node - 1] -1: no cell uses the node
   std::vector<CgnsSurface> surfaces;  ///< ascending by element
 };
+
+/// "element 12 of section 'Cells'".
+std::string NameOfElement(const std::vector<CgnsSection>& sections, std::int64_t element);
 
 /// From linear standard cells. Throws MeshError for elements of higher order.
 CgnsTopology JoinCgnsCells(const CgnsFile& file, const std::vector<CgnsSection>& sections);

@@ -1,13 +1,17 @@
 #include <cgnslib.h>
 
+#include <algorithm>
 #include <array>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "reference_host/CgnsTopology.h"
 #include "reference_host/FaceMeshBuilder.h"
 #include "reference_host/MeshFile.h"
+#include "reference_host/MeshNames.h"
 
 namespace reference_host {
 namespace {
@@ -49,7 +53,7 @@ class CellJoiner {
         // Surfaces are told apart by taking each for a patch of its own, counted from 1; 0 is what nothing covers.
         builder_(file.Name(), file.Points(), {{"unnamed", "", {}}}),
         isUsed_(static_cast<std::size_t>(file.nNodes()), 0) {
-    builder_.SetCellNamer([this](int cell) { return "element " + std::to_string(elementOfCell_[cell]); });
+    builder_.SetCellNamer([this](int cell) { return NameOfElement(sections_, elementOfCell_[cell]); });
   }
 
   CgnsTopology Join() {
@@ -62,6 +66,7 @@ class CellJoiner {
     result_.mesh.patches.clear();
     FindSurfacesAgain();
     NumberPoints();
+    NameParts();
     return std::move(result_);
   }
 
@@ -118,7 +123,7 @@ class CellJoiner {
 
   [[noreturn]] void FailElement(const CgnsSection& section, std::int64_t element,
                                 const std::string& what) const {
-    file_.Fail("section " + Quoted(section.name) + ": element " + std::to_string(element) + " " + what);
+    file_.Fail("element " + std::to_string(element) + " of section " + Quoted(section.name) + " " + what);
   }
 
   void FindSurfacesAgain() {
@@ -136,6 +141,16 @@ class CellJoiner {
     for (const char isUsed : isUsed_) result_.pointOfNode.push_back(isUsed != 0 ? next++ : -1);
   }
 
+  void NameParts() {
+    result_.mesh.names = std::make_shared<const MeshNames>(
+        MeshNames{"node",
+                  [nodes = builder_.KeptPoints()](int node) { return nodes[node] + std::int64_t{1}; },
+                  [sections = sections_, elements = std::move(elementOfCell_)](int cell) {
+                    return NameOfElement(sections, elements[cell]);
+                  },
+                  {}});
+  }
+
   static constexpr std::size_t kMostSurfaces = std::numeric_limits<int>::max() - 1;
 
   const CgnsFile& file_;
@@ -147,6 +162,15 @@ class CellJoiner {
 };
 
 }  // namespace
+
+std::string NameOfElement(const std::vector<CgnsSection>& sections, std::int64_t element) {
+  const std::string name = "element " + std::to_string(element);
+  const auto behind = std::upper_bound(
+      sections.begin(), sections.end(), element,
+      [](std::int64_t wanted, const CgnsSection& section) { return wanted < section.first; });
+  if (behind == sections.begin() || element > (behind - 1)->last) return name;
+  return name + " of section " + Quoted((behind - 1)->name);
+}
 
 CgnsTopology JoinCgnsCells(const CgnsFile& file, const std::vector<CgnsSection>& sections) {
   return CellJoiner(file, sections).Join();

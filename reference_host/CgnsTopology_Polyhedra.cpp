@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "reference_host/CgnsTopology.h"
 #include "reference_host/FaceGeometry.h"
 #include "reference_host/MeshFile.h"
+#include "reference_host/MeshNames.h"
 #include "reference_host/Vector3.h"
 
 namespace reference_host {
@@ -54,6 +57,7 @@ class PolyhedronJoiner {
     }
     OrientFaces();
     DropUnusedPoints();
+    NameParts();
     FindSurfaces();
     return std::move(result_);
   }
@@ -76,12 +80,15 @@ class PolyhedronJoiner {
     }
     CgnsElements elements = file_.Elements(section);
     const std::size_t nBefore = mesh_.faceNode.size();
-    for (const std::int64_t node : elements.entry) {
-      if (node < 1 || node > file_.nNodes()) {
-        file_.Fail("section " + Quoted(section.name) + " has node " + std::to_string(node) +
-                   ", but there are " + std::to_string(file_.nNodes()));
+    for (std::size_t i = 0; i + 1 < elements.start.size(); ++i) {
+      for (std::size_t k = elements.start[i]; k < elements.start[i + 1]; ++k) {
+        const std::int64_t node = elements.entry[k];
+        if (node < 1 || node > file_.nNodes()) {
+          file_.Fail(NameOfElement(sections_, section.first + static_cast<std::int64_t>(i)) + " has node " +
+                     std::to_string(node) + ", but there are " + std::to_string(file_.nNodes()));
+        }
+        mesh_.faceNode.push_back(static_cast<int>(node) - 1);
       }
-      mesh_.faceNode.push_back(static_cast<int>(node) - 1);
     }
     for (std::size_t i = 1; i < elements.start.size(); ++i)
       mesh_.faceStart.push_back(nBefore + elements.start[i]);
@@ -107,7 +114,8 @@ class PolyhedronJoiner {
         result_.surfaces.begin(), result_.surfaces.end(), element,
         [](const CgnsSurface& surface, std::int64_t wanted) { return surface.element < wanted; });
     if (found == result_.surfaces.end() || found->element != element) {
-      file_.Fail("a cell has face " + std::to_string(element) + ", which is no polygon (NGON_n)");
+      file_.Fail(NameOfElement(sections_, atWork_) + " has face " + std::to_string(element) +
+                 ", which is no polygon (NGON_n)");
     }
     return found->face;
   }
@@ -117,12 +125,17 @@ class PolyhedronJoiner {
     for (const CgnsSection& section : sections_) {
       if (section.type != CGNS_ENUMV(NFACE_n)) continue;
       const CgnsElements elements = file_.Elements(section);
+      if (mesh_.nCells + section.size() > kMostItems) file_.Fail("more cells than an int can count");
       for (std::int64_t i = 0; i < section.size(); ++i, ++mesh_.nCells) {
+        atWork_ = section.first + i;
         for (std::size_t k = elements.start[i]; k < elements.start[i + 1]; ++k) {
           const std::int64_t signedElement = elements.entry[k];
           const bool pointsOut = signedElement > 0;
-          Attach(FaceOfElement(pointsOut ? signedElement : -signedElement), mesh_.nCells, pointsOut);
+          // The one number whose negative does not fit is no element, either.
+          const bool fits = signedElement != std::numeric_limits<std::int64_t>::min();
+          Attach(FaceOfElement(pointsOut || !fits ? signedElement : -signedElement), mesh_.nCells, pointsOut);
         }
+        elementOfCell_.push_back(atWork_);
       }
     }
     if (mesh_.nCells != file_.nCells()) {
@@ -134,11 +147,18 @@ class PolyhedronJoiner {
   void Attach(int face, int cell, bool pointsOut) {
     int& side = pointsOut ? mesh_.owner[face] : mesh_.neighbour[face];
     if (side >= 0) {
-      file_.Fail("face " + std::to_string(result_.surfaces[face].element) + " points " +
-                 (pointsOut ? "out of" : "into") + " two cells, " + std::to_string(side + 1) + " and " +
-                 std::to_string(cell + 1));
+      file_.Fail(NameOfElement(sections_, result_.surfaces[face].element) + " points " +
+                 (pointsOut ? "out of" : "into") + " two cells, " + NameOfCell(side) + " and " +
+                 NameOfCell(cell));
     }
     side = cell;
+  }
+
+  /// @pre the cell is the last one or one before it
+  std::string NameOfCell(int cell) const {
+    // The last one has no entry yet: its section is the one at work.
+    const auto known = static_cast<std::size_t>(cell) < elementOfCell_.size();
+    return NameOfElement(sections_, known ? elementOfCell_[cell] : atWork_);
   }
 
   /// Parents are element numbers of cells that stand in no section; the lowest is the first cell.
@@ -154,7 +174,13 @@ class PolyhedronJoiner {
       file_.Fail("the parent elements are cells " + std::to_string(lowest) + " to " +
                  std::to_string(highest) + ", but the zone has " + std::to_string(file_.nCells()) + " cells");
     }
+    // A cell has at least four faces. Tables as long as a nonsensical number must not be asked for.
+    if (file_.nCells() > static_cast<std::int64_t>(2 * firstParent_.size()) / 4) {
+      file_.Fail("the zone has " + std::to_string(file_.nCells()) + " cells, which " +
+                 std::to_string(firstParent_.size()) + " faces cannot close");
+    }
     mesh_.nCells = static_cast<int>(file_.nCells());
+    firstCell_ = lowest;
     const auto ownNumber = [lowest](std::int64_t cell) {
       return cell == 0 ? -1 : static_cast<int>(cell - lowest);
     };
@@ -169,7 +195,7 @@ class PolyhedronJoiner {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (mesh_.owner[f] >= 0) continue;
       if (mesh_.neighbour[f] < 0) {
-        file_.Fail("face " + std::to_string(result_.surfaces[f].element) + " belongs to no cell");
+        file_.Fail(NameOfElement(sections_, result_.surfaces[f].element) + " belongs to no cell");
       }
       std::swap(mesh_.owner[f], mesh_.neighbour[f]);
       TurnFace(mesh_, f);
@@ -202,6 +228,24 @@ class PolyhedronJoiner {
     for (int& node : mesh_.faceNode) node = pointOfNode[node];
   }
 
+  void NameParts() {
+    std::vector<int> node(mesh_.points.size());
+    for (std::size_t n = 0; n < result_.pointOfNode.size(); ++n) {
+      if (result_.pointOfNode[n] >= 0) node[result_.pointOfNode[n]] = static_cast<int>(n);
+    }
+    std::vector<std::int64_t> faces;
+    faces.reserve(result_.surfaces.size());
+    for (const CgnsSurface& surface : result_.surfaces) faces.push_back(surface.element);
+    mesh_.names = std::make_shared<const MeshNames>(
+        MeshNames{"node", [nodes = std::move(node)](int point) { return nodes[point] + std::int64_t{1}; },
+                  [sections = sections_, first = firstCell_, cells = std::move(elementOfCell_)](int cell) {
+                    return NameOfElement(sections, cells.empty() ? first + cell : cells[cell]);
+                  },
+                  [sections = sections_, elements = std::move(faces)](int face) {
+                    return NameOfElement(sections, elements[face]);
+                  }});
+  }
+
   /// Until here every polygon counts as a surface, with its face.
   void FindSurfaces() {
     for (CgnsSurface& surface : result_.surfaces) {
@@ -214,6 +258,9 @@ class PolyhedronJoiner {
   CgnsTopology result_;
   FaceMesh& mesh_;
   bool hasCells_ = false;
+  std::vector<std::int64_t> elementOfCell_;  // of NFACE_n
+  std::int64_t atWork_ = 0;                  // element whose faces are being attached
+  std::int64_t firstCell_ = 0;               // of the parents
   std::vector<std::int64_t> firstParent_, secondParent_;
 };
 

@@ -73,8 +73,8 @@ class CutCollector {
 
   void AddCut(const Patch& patch, const PatchFaces& faces) {
     if (patch.type != "processor") {
-      Fail(patch.name,
-           "of type " + patch.type + ": cyclic patches that the decomposition has cut are not supported");
+      Fail(patch.name, "of type " + Quoted(patch.type) +
+                           ": cyclic patches that the decomposition has cut are not supported");
     }
     if (faces.processor != processor_) {
       Fail(patch.name, "says that this is processor " + std::to_string(faces.processor));
@@ -141,8 +141,9 @@ std::vector<std::int64_t> ReadAddressing(const std::string& polyMesh, const std:
   }
   FoamFile foam(polyMesh, file);
   TextCursor& text = foam.Text();
-  std::vector<std::int64_t> numbers =
-      ReadFoamValues<std::int64_t>(text, "number", nItems, [&text] { return text.Integer("a number"); });
+  std::vector<std::int64_t> numbers = ReadFoamValues<std::int64_t>(text, "number", nItems, [&text] {
+                                        return text.Integer("a number");
+                                      }).WrittenOut();
   if (static_cast<std::int64_t>(numbers.size()) != nItems) {
     text.Fail(std::to_string(numbers.size()) + " numbers where the mesh needs " + std::to_string(nItems));
   }

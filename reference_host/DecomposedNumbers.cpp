@@ -93,6 +93,10 @@ void CheckNodeNumbers(const MpiCommunicator& communicator, const ProcessorMesh& 
     if (sorted.front() < 0 || std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
       throw MeshError(processor.folder + ": pointProcAddressing has a negative number, or one twice");
     }
+    if (sorted.back() == kUnnumbered) {
+      throw MeshError(processor.folder + ": pointProcAddressing has " + std::to_string(kUnnumbered) +
+                      ", more than can be counted");
+    }
   });
   RunTogether(communicator, [&] {
     for (std::size_t i = 0; i < theirs.size(); ++i) {
@@ -109,10 +113,18 @@ void CheckNodeNumbers(const MpiCommunicator& communicator, const ProcessorMesh& 
 
 /// Gives every node the smallest of the values that it has on any rank. A node may be on ranks that share no face with
 /// each other: the smallest travels from face to face until nothing changes.
-void SpreadSmallest(const MpiCommunicator& communicator, const ProcessorCuts& cuts,
+void SpreadSmallest(const MpiCommunicator& communicator, const std::string& folder, const ProcessorCuts& cuts,
                     std::vector<std::int64_t>& ofNode) {
+  // A node is on every rank once at most, so that its smallest value is everywhere after as many rounds as there are
+  // ranks. Only cuts that string different nodes together go on; four times the rounds leave room for a few.
+  const std::int64_t mostRounds = 4 * std::int64_t{communicator.size()} + 16;
   std::int64_t nChanged = 1;
-  while (nChanged > 0) {
+  for (std::int64_t round = 0; nChanged > 0; ++round) {
+    if (round == mostRounds) {
+      RunTogether(communicator, [&folder] {
+        throw MeshError(folder + ": the cuts between the processors join nodes of one mesh with each other");
+      });
+    }
     nChanged = 0;
     const std::vector<std::vector<std::int64_t>> theirs = cuts.SwapNodeValues(ofNode);
     for (std::size_t i = 0; i < theirs.size(); ++i) {
@@ -134,7 +146,7 @@ void NumberNodesByRank(const MpiCommunicator& communicator, const ProcessorMesh&
   const std::int64_t before = SumOfRanksBefore(communicator, static_cast<std::int64_t>(n));
   std::vector<std::int64_t> first(n);  // of the copies of a node, all copies counted
   std::iota(first.begin(), first.end(), before);
-  SpreadSmallest(communicator, cuts, first);
+  SpreadSmallest(communicator, processor.folder, cuts, first);
 
   std::int64_t nOwn = 0;
   for (std::size_t i = 0; i < n; ++i) nOwn += first[i] == before + static_cast<std::int64_t>(i) ? 1 : 0;
@@ -143,7 +155,7 @@ void NumberNodesByRank(const MpiCommunicator& communicator, const ProcessorMesh&
   for (std::size_t i = 0; i < n; ++i) {
     if (first[i] == before + static_cast<std::int64_t>(i)) numbers.node[i] = next++;
   }
-  SpreadSmallest(communicator, cuts, numbers.node);
+  SpreadSmallest(communicator, processor.folder, cuts, numbers.node);
   numbers.nNodes = SumOfAll(communicator, nOwn);
 }
 

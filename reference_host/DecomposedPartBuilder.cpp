@@ -1,6 +1,7 @@
 #include "reference_host/DecomposedPartBuilder.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <numeric>
 
 #include "reference_host/MpiAgreement.h"
@@ -157,7 +158,11 @@ std::vector<int> DecomposedPartBuilder::FacesInOrder() const {
   std::iota(order.begin(), order.end(), 0);
   const std::vector<std::int64_t>& address = processor_.faceAddress;
   if (address.empty()) return order;
-  const auto place = [&address](int f) { return address[f] < 0 ? -address[f] : address[f]; };
+  // Unsigned: the file may hold the one number whose negative does not fit.
+  const auto place = [&address](int f) {
+    const auto number = static_cast<std::uint64_t>(address[f]);
+    return address[f] < 0 ? 0 - number : number;
+  };
   for (int f = 1; f < mesh.nFaces(); ++f) {
     const bool isSamePatch = mesh.facePatch[f] >= 0 && mesh.facePatch[f] == mesh.facePatch[f - 1];
     if (isSamePatch && place(f) < place(f - 1)) return order;

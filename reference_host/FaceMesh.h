@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,8 @@ struct Patch {
   std::optional<BoundaryGroup> group;  ///< empty until AssignBoundaryGroups has found one
 };
 
+struct MeshNames;
+
 /// A whole mesh addressed by faces: cells of any shape, all numbers 0-based. Every reader and generator fills this.
 struct FaceMesh {
   std::vector<Point> points;
@@ -35,6 +38,9 @@ struct FaceMesh {
   std::vector<int> facePatch;  ///< index into patches at the boundary, -1 inside
   std::vector<Patch> patches;
   int nCells = 0;
+
+  /// How messages call nodes, faces and cells (MeshNames.h); null: by their numbers counted from 1.
+  std::shared_ptr<const MeshNames> names;
 
   int nFaces() const { return static_cast<int>(owner.size()); }
 };

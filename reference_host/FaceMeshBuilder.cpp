@@ -238,13 +238,14 @@ FaceMesh FaceMeshBuilder::CollectFaces() {
   return mesh;
 }
 
-void FaceMeshBuilder::DropUnusedPoints(FaceMesh& mesh) const {
+void FaceMeshBuilder::DropUnusedPoints(FaceMesh& mesh) {
   std::vector<int> newNumber(points_.size(), -1);
   for (const int node : mesh.faceNode) newNumber[node] = 0;
   for (std::size_t n = 0; n < points_.size(); ++n) {
     if (newNumber[n] < 0) continue;
     newNumber[n] = static_cast<int>(mesh.points.size());
     mesh.points.push_back(points_[n]);
+    keptPoint_.push_back(static_cast<int>(n));
   }
   for (int& node : mesh.faceNode) node = newNumber[node];
 }

@@ -52,6 +52,9 @@ class FaceMeshBuilder {
   /// two cells on the same side of a face, are a MeshError.
   FaceMesh Build();
 
+  /// After Build: the number, as given, of each point of the mesh.
+  const std::vector<int>& KeptPoints() const { return keptPoint_; }
+
  private:
   /// One face of a cell, or a surface element, on its way to its equals.
   struct Side {
@@ -81,7 +84,7 @@ class FaceMeshBuilder {
 
   int UnnamedPatch();
   FaceMesh CollectFaces();
-  void DropUnusedPoints(FaceMesh& mesh) const;
+  void DropUnusedPoints(FaceMesh& mesh);
 
   std::string meshName_;
   std::vector<Point> points_;
@@ -95,6 +98,8 @@ class FaceMeshBuilder {
 
   std::vector<FaceNodes> surface_;
   std::vector<int> patchOfSurface_;
+
+  std::vector<int> keptPoint_;
 
   std::vector<int> otherSide_;  ///< by side: the neighbour cell, or -1 - patch, or kUncovered
 };

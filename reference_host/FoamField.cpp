@@ -1,7 +1,5 @@
 #include "reference_host/FoamField.h"
 
-#include <regex.h>
-
 #include <array>
 #include <filesystem>
 #include <map>
@@ -11,15 +9,21 @@
 #include "reference_host/FoamFile.h"
 #include "reference_host/FoamList.h"
 #include "reference_host/MeshError.h"
+#include "reference_host/NamePattern.h"
+#include "reference_host/PatternTable.h"
 
 namespace reference_host {
 namespace {
 
-/// "uniform 3" or "nonuniform List<scalar> 2 (3 4)".
+/// "uniform 3", "nonuniform List<scalar> 2 (3 4)" or "nonuniform List<scalar> 2{3}". The last one is not written out:
+/// a few bytes could announce any number of values.
 struct Values {
-  bool isUniform = true;
-  double uniform = 0.0;
-  std::vector<double> list;
+  std::int64_t count = kAny;  ///< kAny: as many as are wanted
+  double same = 0.0;
+  std::vector<double> list;  ///< empty: `count` times `same`
+
+  static constexpr std::int64_t kAny = -1;
+  bool IsUniform() const { return count == kAny; }
 };
 
 /// What boundaryField tells about one patch or pattern.
@@ -45,7 +49,8 @@ class FieldParser {
               std::filesystem::path(file).filename().string()),
         text_(file_.Text()),
         nCells_(nCells),
-        boundary_(boundary) {}
+        boundary_(boundary),
+        patterns_(StepsFor(text_.Remaining(), boundary)) {}
 
   FoamField Parse() {
     if (file_.ClassName() != "volScalarField") {
@@ -62,6 +67,13 @@ class FieldParser {
 
  private:
   [[noreturn]] void Fail(const std::string& what) const { throw MeshError(file_.Name() + ": " + what); }
+
+  /// What looking up the patches may cost. Patterns that begin or end with letters of their own need far less; a file of
+  /// nothing but ".*a.*" for thousands of patches would take the product of both.
+  static std::uint64_t StepsFor(std::size_t nBytes, const PolyMeshBoundary& boundary) {
+    for (const Patch& patch : boundary.patches) nBytes += patch.name.size();
+    return 20'000'000 + 200 * std::uint64_t{nBytes};
+  }
 
   void ReadEntry() {
     const std::string key = file_.Keyword();
@@ -82,7 +94,11 @@ class FieldParser {
     const bool isPattern = text_.Peek() == '"';
     const std::string name = isPattern ? std::string(text_.QuotedString("a patch name"))
                                        : std::string(text_.Name("a patch name or '}'"));
-    if (name.front() == '#' || name.front() == '$') text_.Fail("directives and macros cannot be read");
+    if (isPattern) {
+      AddPattern(name);
+    } else if (name.front() == '#' || name.front() == '$') {
+      text_.Fail("directives and macros cannot be read");
+    }
     PatchEntry entry;
     text_.Expect('{');
     for (std::string key = file_.Keyword(); !key.empty(); key = file_.Keyword()) {
@@ -94,24 +110,30 @@ class FieldParser {
       if (key == "type") entry.type = value;
     }
     if (isPattern) {
-      patterns_.emplace_back(name, std::move(entry));
+      ofPattern_.push_back(std::move(entry));
     } else {
       named_[name] = std::move(entry);
     }
+  }
+
+  void AddPattern(const std::string& text) {
+    NamePattern pattern;
+    const std::string fault = pattern.Parse(text);
+    if (!fault.empty()) text_.Fail("the pattern " + Quoted(text) + " " + fault);
+    patterns_.Add(std::move(pattern));
   }
 
   Values ReadValues(std::int64_t most) {
     Values values;
     const std::string_view kind = text_.Word("uniform or nonuniform");
     if (kind == "$internalField") {
-      if (!internal_ || !internal_->isUniform)
+      if (!internal_ || !internal_->IsUniform())
         text_.Fail("$internalField stands for values only of a uniform field");
       values = *internal_;
     } else if (kind == "uniform") {
-      values.uniform = text_.Real("a value");
+      values.same = text_.Real("a value");
     } else if (kind == "nonuniform") {
-      values.isUniform = false;
-      values.list = ReadList(most);
+      ReadList(most, values);
     } else {
       text_.Fail("uniform or nonuniform expected instead of " + Quoted(kind));
     }
@@ -119,24 +141,28 @@ class FieldParser {
     return values;
   }
 
-  std::vector<double> ReadList(std::int64_t most) {
+  void ReadList(std::int64_t most, Values& values) {
     const char first = text_.Peek();
     if (first != '(' && (first < '0' || first > '9')) {
       const std::string_view type = text_.Word("List<scalar>");
       if (type != "List<scalar>") text_.Fail("List<scalar> expected instead of " + Quoted(type));
     }
-    return ReadFoamValues<double>(text_, "value", most, [this] { return text_.Real("a value"); });
+    FoamValues<double> read =
+        ReadFoamValues<double>(text_, "value", most, [this] { return text_.Real("a value"); });
+    values.count = read.count;
+    values.same = read.same;
+    values.list = std::move(read.list);
   }
 
   std::vector<double> Expanded(const Values& values, std::int64_t n, const std::string& of) const {
-    if (values.isUniform) return std::vector<double>(static_cast<std::size_t>(n), values.uniform);
-    if (static_cast<std::int64_t>(values.list.size()) != n) {
-      Fail(std::to_string(values.list.size()) + " values for " + std::to_string(n) + " " + of);
+    if (!values.IsUniform() && values.count != n) {
+      Fail(std::to_string(values.count) + " values for " + std::to_string(n) + " " + of);
     }
+    if (values.list.empty()) return std::vector<double>(static_cast<std::size_t>(n), values.same);
     return values.list;
   }
 
-  void AddPatch(std::size_t p, FoamField& field) const {
+  void AddPatch(std::size_t p, FoamField& field) {
     const PatchEntry* const entry = EntryOf(boundary_.patches[p].name);
     const std::int64_t nFaces = boundary_.facesOfPatch[p].count;
     field.patch.emplace_back();
@@ -150,25 +176,15 @@ class FieldParser {
     }
   }
 
-  const PatchEntry* EntryOf(const std::string& patch) const {
+  const PatchEntry* EntryOf(const std::string& patch) {
     const auto found = named_.find(patch);
     if (found != named_.end()) return &found->second;
-    for (auto pattern = patterns_.rbegin(); pattern != patterns_.rend(); ++pattern) {
-      if (Matches(patch, pattern->first)) return &pattern->second;
+    const int last = patterns_.FindLast(patch);
+    if (patterns_.IsExhausted()) {
+      Fail("the " + std::to_string(ofPattern_.size()) + " patterns are too many, or too long, for " +
+           std::to_string(boundary_.patches.size()) + " patches; give patches by their names");
     }
-    return nullptr;
-  }
-
-  /// The whole name must match. std::regex would recurse as deep as the name is long.
-  bool Matches(const std::string& patch, const std::string& pattern) const {
-    regex_t compiled;
-    if (regcomp(&compiled, pattern.c_str(), REG_EXTENDED) != 0) {
-      Fail("the pattern " + Quoted(pattern) + " is no regular expression");
-    }
-    regmatch_t match;
-    const bool found = regexec(&compiled, patch.c_str(), 1, &match, 0) == 0;
-    regfree(&compiled);
-    return found && match.rm_so == 0 && match.rm_eo == static_cast<regoff_t>(patch.size());
+    return last < 0 ? nullptr : &ofPattern_[static_cast<std::size_t>(last)];
   }
 
   FoamFile file_;
@@ -178,7 +194,8 @@ class FieldParser {
   std::optional<Values> internal_;
   bool hasBoundary_ = false;
   std::map<std::string, PatchEntry> named_;
-  std::vector<std::pair<std::string, PatchEntry>> patterns_;
+  PatternTable patterns_;
+  std::vector<PatchEntry> ofPattern_;  ///< by number in patterns_
 };
 
 }  // namespace

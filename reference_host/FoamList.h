@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "reference_host/TextCursor.h"
@@ -23,31 +24,46 @@ void ReadFoamList(TextCursor& text, const char* what, const ReadItem& readItem) 
   }
 }
 
+/// What a list with its length says: `count` items, which are `list`, or, if that is empty, all the `same`.
+template <class Item>
+struct FoamValues {
+  std::int64_t count = 0;
+  Item same{};
+  std::vector<Item> list;
+
+  std::vector<Item> WrittenOut() && {
+    if (list.empty()) list.assign(static_cast<std::size_t>(count), same);
+    return std::move(list);
+  }
+};
+
 /// A list with its length, "N (item item ...)" or, for N times the same, "N{item}".
 /// @param[in] what      what an item is, for failures: "cell number"
-/// @param[in] mostItems a longer list is a failure before anything is allocated for it
+/// @param[in] mostItems a longer list is a failure
 /// @param[in] readItem  takes one item and returns it
 template <class Item, class ReadItem>
-std::vector<Item> ReadFoamValues(TextCursor& text, const char* what, std::int64_t mostItems,
-                                 const ReadItem& readItem) {
+FoamValues<Item> ReadFoamValues(TextCursor& text, const char* what, std::int64_t mostItems,
+                                const ReadItem& readItem) {
   if (text.Peek() == '(') text.Fail(std::string("a list of ") + what + "s without its length");
-  const std::int64_t n = text.Integer("the length of a list");
+  FoamValues<Item> values;
+  values.count = text.Integer("the length of a list");
+  const std::int64_t n = values.count;
   if (n < 0 || n > mostItems) {
     text.Fail("the length of a list of " + std::string(what) + "s " + std::to_string(n) + " is not in 0 to " +
               std::to_string(mostItems));
   }
-  std::vector<Item> items;
   if (text.Accept('{')) {
-    items.assign(static_cast<std::size_t>(n), readItem());
+    values.same = readItem();
     text.Expect('}');
-    return items;
+    return values;
   }
   text.Expect('(');
-  while (!text.Accept(')')) items.push_back(readItem());
-  if (items.size() != static_cast<std::size_t>(n)) {
-    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(items.size()) + " found");
+  while (!text.Accept(')')) values.list.push_back(readItem());
+  if (values.list.size() != static_cast<std::size_t>(n)) {
+    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(values.list.size()) +
+              " found");
   }
-  return items;
+  return values;
 }
 
 }  // namespace reference_host

@@ -17,6 +17,7 @@
 #include "reference_host/GmshSections.h"
 #include "reference_host/MeshError.h"
 #include "reference_host/MeshFile.h"
+#include "reference_host/MeshNames.h"
 
 namespace reference_host {
 namespace {
@@ -203,7 +204,16 @@ FaceMesh MakeMesh(const std::string& file, GmshContent& content) {
                    const std::int64_t tag = content.physicalOfSurface[e];
                    if (tag != 0) builder.AddSurface(nodes, type.nNodes, patchIndex.Find(tag));
                  });
-  return builder.Build();
+  FaceMesh mesh = builder.Build();
+  std::vector<std::int64_t> nodeTag;
+  nodeTag.reserve(mesh.points.size());
+  for (const int point : builder.KeptPoints()) nodeTag.push_back(content.nodeTag[point]);
+  mesh.names = std::make_shared<const MeshNames>(MeshNames{
+      "node",
+      [tags = std::move(nodeTag)](int node) { return tags[node]; },
+      [tags = std::move(content.volumes.tag)](int cell) { return "element " + std::to_string(tags[cell]); },
+      {}});
+  return mesh;
 }
 
 GmshContent ReadContent(const std::string& name) {

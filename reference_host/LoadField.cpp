@@ -79,13 +79,21 @@ std::string FindFieldFile(const std::string& polyMesh, const std::string& fieldS
   if (!folder.has_filename()) folder = folder.parent_path();  // polyMesh/
   folder = folder.parent_path();
   if (folder.filename() == "constant") folder = folder.parent_path();
-  std::error_code ignored;
+  const auto kindOf = [](const fs::path& path) {
+    std::error_code ignored;
+    return fs::status(path, ignored).type();
+  };
+  // What is there but is no file is only taken where there is no file: reading it then says what it is.
+  fs::path found;
   for (const fs::path& candidate : {fs::path(fieldSpec), folder / fieldSpec}) {
-    const bool isThere = fs::is_regular_file(candidate, ignored) ||
-                         fs::is_regular_file(fs::path(candidate.string() + ".gz"), ignored);
-    if (isThere) return candidate.string();
+    if (kindOf(candidate) == fs::file_type::regular ||
+        kindOf(candidate.string() + ".gz") == fs::file_type::regular) {
+      return candidate.string();
+    }
+    if (found.empty() && kindOf(candidate) != fs::file_type::not_found) found = candidate;
   }
-  throw MeshError(fieldSpec + ": no such file, here or in the case");
+  if (found.empty()) throw MeshError(fieldSpec + ": no such file, here or in the case");
+  return found.string();
 }
 
 /// TIME/NAME of a path.
@@ -188,11 +196,17 @@ class FieldLoader {
   }
 
   static void LeaveOutCuts(PolyMeshBoundary& boundary) {
-    for (std::size_t p = boundary.patches.size(); p-- > 0;) {
-      if (boundary.patches[p].type.rfind("processor", 0) != 0) continue;
-      boundary.patches.erase(boundary.patches.begin() + static_cast<std::ptrdiff_t>(p));
-      boundary.facesOfPatch.erase(boundary.facesOfPatch.begin() + static_cast<std::ptrdiff_t>(p));
+    std::size_t nKept = 0;
+    for (std::size_t p = 0; p < boundary.patches.size(); ++p) {
+      if (boundary.patches[p].type.rfind("processor", 0) == 0) continue;
+      if (nKept < p) {
+        boundary.patches[nKept] = std::move(boundary.patches[p]);
+        boundary.facesOfPatch[nKept] = boundary.facesOfPatch[p];
+      }
+      ++nKept;
     }
+    boundary.patches.resize(nKept);
+    boundary.facesOfPatch.resize(nKept);
   }
 
   /// Numbers of the own interior cells in their processor folder. [1..NInnerCells]

@@ -69,7 +69,7 @@ class MeshLoader {
     MeshPart& part = decomposed.part;
     std::vector<std::int64_t> facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
     SumOverRanks(facesOfPatch);
-    RunTogether(communicator_, [&] { AssignBoundaryGroups(part.patches, facesOfPatch, groups_); });
+    RunTogether(communicator_, [&] { AssignBoundaryGroups(part.patches, facesOfPatch, groups_, meshSpec_); });
     return std::move(part);
   }
 
@@ -93,7 +93,7 @@ class MeshLoader {
       facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
     });
     SumOverRanks(facesOfPatch);
-    RunTogether(communicator_, [&] { AssignBoundaryGroups(part.patches, facesOfPatch, groups_); });
+    RunTogether(communicator_, [&] { AssignBoundaryGroups(part.patches, facesOfPatch, groups_, meshSpec_); });
     return part;
   }
 
@@ -103,7 +103,9 @@ class MeshLoader {
       Report("reading");
       mesh = ReadMesh(meshSpec_);
       CheckMesh(mesh, meshSpec_);
-      AssignBoundaryGroups(mesh.patches, CountFacesOfPatches(mesh.facePatch, mesh.patches.size()), groups_);
+      mesh.names.reset();  // nothing refers to the file any more
+      AssignBoundaryGroups(mesh.patches, CountFacesOfPatches(mesh.facePatch, mesh.patches.size()), groups_,
+                           meshSpec_);
       loaded_.summary.nNodes = static_cast<std::int64_t>(mesh.points.size());
     });
     MPI_Bcast(&loaded_.summary.nNodes, 1, MPI_INT64_T, 0, communicator_.get());

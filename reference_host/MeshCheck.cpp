@@ -10,6 +10,7 @@
 #include "reference_host/CellGeometry.h"
 #include "reference_host/FaceGeometry.h"
 #include "reference_host/MeshError.h"
+#include "reference_host/MeshNames.h"
 #include "reference_host/Vector3.h"
 
 namespace reference_host {
@@ -41,15 +42,21 @@ class MeshChecker {
  private:
   [[noreturn]] void Fail(const std::string& what) const { throw MeshError(prefix_ + what); }
 
-  [[noreturn]] void Fail(const char* entity, std::size_t number, const std::string& what) const {
-    Fail(std::string(entity) + " " + std::to_string(number + 1) + " " + what);
+  [[noreturn]] void FailNode(int node, const std::string& what) const {
+    Fail(NameOfNode(mesh_, node) + " " + what);
+  }
+  [[noreturn]] void FailFace(int face, const std::string& what) const {
+    Fail(NameOfFace(mesh_, face) + " " + what);
+  }
+  [[noreturn]] void FailCell(int cell, const std::string& what) const {
+    Fail(NameOfCell(mesh_, cell) + " " + what);
   }
 
   void CheckPoints() const {
     for (std::size_t n = 0; n < mesh_.points.size(); ++n) {
       const Point& p = mesh_.points[n];
       if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
-        Fail("node", n, "has a coordinate that is not finite");
+        FailNode(static_cast<int>(n), "has a coordinate that is not finite");
       }
     }
   }
@@ -60,24 +67,27 @@ class MeshChecker {
         mesh_.facePatch.size() != nFaces) {
       Fail("the face tables differ in length");
     }
+    std::vector<int> lastFaceOfNode(mesh_.points.size(), -1);
     for (int f = 0; f < mesh_.nFaces(); ++f) {
-      CheckNodesOfFace(f);
+      CheckNodesOfFace(f, lastFaceOfNode);
       CheckCellsOfFace(f);
     }
   }
 
-  void CheckNodesOfFace(int f) const {
+  /// @param[in,out] lastFaceOfNode  of those before f; -1: none
+  void CheckNodesOfFace(int f, std::vector<int>& lastFaceOfNode) const {
     const std::size_t begin = mesh_.faceStart[f];
     const std::size_t end = mesh_.faceStart[f + 1];
-    if (end < begin + 3) Fail("face", f, "has fewer than 3 nodes");
-    if (end > mesh_.faceNode.size()) Fail("face", f, "goes beyond the end of the node table");
+    if (end < begin + 3) FailFace(f, "has fewer than 3 nodes");
+    if (end > mesh_.faceNode.size()) FailFace(f, "goes beyond the end of the node table");
     for (std::size_t i = begin; i < end; ++i) {
       const int node = mesh_.faceNode[i];
       if (node < 0 || static_cast<std::size_t>(node) >= mesh_.points.size()) {
-        Fail("face", f,
-             "has node " + std::to_string(node + std::int64_t{1}) + ", but there are " +
-                 std::to_string(mesh_.points.size()));
+        FailFace(f, "has node " + std::to_string(node + std::int64_t{1}) + ", but there are " +
+                        std::to_string(mesh_.points.size()));
       }
+      if (lastFaceOfNode[node] == f) FailFace(f, "has " + NameOfNode(mesh_, node) + " twice");
+      lastFaceOfNode[node] = f;
     }
   }
 
@@ -86,17 +96,16 @@ class MeshChecker {
     const int neighbour = mesh_.neighbour[f];
     CheckCellNumber(f, owner);
     if (neighbour != -1) CheckCellNumber(f, neighbour);
-    if (owner == neighbour) Fail("face", f, "joins cell " + std::to_string(owner + 1) + " to itself");
+    if (owner == neighbour) FailFace(f, "joins " + NameOfCell(mesh_, owner) + " to itself");
     const int patch = mesh_.facePatch[f];
     const bool inPatch = patch >= 0 && static_cast<std::size_t>(patch) < mesh_.patches.size();
-    if (neighbour == -1 && !inPatch) Fail("face", f, "is at the boundary, but in no patch");
+    if (neighbour == -1 && !inPatch) FailFace(f, "is at the boundary, but in no patch");
   }
 
   void CheckCellNumber(int f, int cell) const {
     if (cell >= 0 && cell < mesh_.nCells) return;
-    Fail("face", f,
-         "has cell " + std::to_string(cell + std::int64_t{1}) + ", but there are " +
-             std::to_string(mesh_.nCells));
+    FailFace(f, "has cell " + std::to_string(cell + std::int64_t{1}) + ", but there are " +
+                    std::to_string(mesh_.nCells));
   }
 
   void CheckFaceCounts() const {
@@ -107,8 +116,8 @@ class MeshChecker {
     }
     const auto few = std::find_if(nFacesOfCell.begin(), nFacesOfCell.end(), [](int n) { return n < 4; });
     if (few == nFacesOfCell.end()) return;
-    Fail("cell", few - nFacesOfCell.begin(),
-         "has " + std::to_string(*few) + " faces; a cell needs 4 or more");
+    FailCell(static_cast<int>(few - nFacesOfCell.begin()),
+             "has " + std::to_string(*few) + " faces; a cell needs 4 or more");
   }
 
   double Circumference(int f) const {
@@ -127,7 +136,7 @@ class MeshChecker {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       const double area = Length(ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area);
       const double circumference = Circumference(f);
-      if (!(area > kFlat * circumference * circumference)) Fail("face", f, "has no area");
+      if (!(area > kFlat * circumference * circumference)) FailFace(f, "has no area");
     }
   }
 
@@ -145,7 +154,7 @@ class MeshChecker {
     const std::vector<double> volume = ComputeCellGeometry(faces_, mesh_.nCells).volume;
     for (int c = 0; c < mesh_.nCells; ++c) {
       if (!(Length(sum[c]) <= kMostOpening * area[c])) {
-        Fail("cell", c, "is not closed (the area vectors of its faces do not add up to zero)");
+        FailCell(c, "is not closed (the area vectors of its faces do not add up to zero)");
       }
       CheckVolume(c, volume[c], area[c]);
     }
@@ -154,8 +163,8 @@ class MeshChecker {
   void CheckVolume(int c, double volume, double area) const {
     const double flat = kFlat * area * std::sqrt(area);
     if (volume > flat && std::isfinite(volume)) return;
-    if (volume < -flat) Fail("cell", c, "has a negative volume (its faces point inwards)");
-    Fail("cell", c, "has no volume");
+    if (volume < -flat) FailCell(c, "has a negative volume (its faces point inwards)");
+    FailCell(c, "has no volume");
   }
 
   const FaceMesh& mesh_;

@@ -13,12 +13,25 @@
 namespace reference_host {
 namespace {
 
-/// Size of a regular file; anything else (a folder, a pipe, a device) has none that could be trusted.
+std::string KindOf(std::filesystem::file_type type) {
+  switch (type) {
+    case std::filesystem::file_type::directory:
+      return "a folder";
+    case std::filesystem::file_type::fifo:
+      return "a pipe (FIFO)";
+    case std::filesystem::file_type::socket:
+      return "a socket";
+    case std::filesystem::file_type::character:
+    case std::filesystem::file_type::block:
+      return "a device";
+    default:
+      return "something else";
+  }
+}
+
 std::size_t SizeOf(const std::string& name) {
+  RequireRegularFile(name);
   std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(name, error);
-  if (!std::filesystem::exists(status)) throw MeshError(name + ": no such file");
-  if (!std::filesystem::is_regular_file(status)) throw MeshError(name + ": not a regular file");
   const std::uintmax_t size = std::filesystem::file_size(name, error);
   if (error) throw MeshError(name + ": " + error.message());
   return size;
@@ -51,14 +64,36 @@ void MeshFile::Fail(std::size_t offset, const std::string& what) const {
   throw MeshError(name_ + ":" + std::to_string(line) + ": " + what);
 }
 
-std::string Quoted(std::string_view text) {
-  constexpr std::size_t kLongest = 40;
-  std::string shown(text.substr(0, kLongest));
+void RequireRegularFile(const std::string& name) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(name, error);
+  if (status.type() == std::filesystem::file_type::not_found) throw MeshError(name + ": no such file");
+  if (!std::filesystem::status_known(status)) throw MeshError(name + ": " + error.message());
+  if (!std::filesystem::is_regular_file(status)) {
+    throw MeshError(name + ": " + KindOf(status.type()) + ", not a regular file");
+  }
+}
+
+std::string Quoted(std::string_view text, std::size_t longest, std::string_view mark) {
+  std::size_t end = std::min(longest, text.size());
+  // Not in the middle of a character of several bytes.
+  while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  std::string shown(text.substr(0, end));
   for (char& c : shown) {
     const auto byte = static_cast<unsigned char>(c);
     if (byte < 0x20 || byte == 0x7f) c = '?';
   }
-  return "'" + shown + (text.size() > kLongest ? "...'" : "'");
+  return std::string(mark) + shown + (end < text.size() ? "..." : "") + std::string(mark);
+}
+
+void NameList::Add(const std::string& name) {
+  if (nNames_ < kMost) text_ += (nNames_ == 0 ? "" : ", ") + name;
+  ++nNames_;
+}
+
+std::string NameList::Text() const {
+  if (nNames_ == 0) return "none";
+  return nNames_ <= kMost ? text_ : text_ + " and " + std::to_string(nNames_ - kMost) + " more";
 }
 
 }  // namespace reference_host

@@ -29,7 +29,28 @@ class MeshFile {
   bool placesByOffset_ = false;
 };
 
-/// Text from a file as it may stand in a one-line message: in quotes, shortened, printable characters only.
-std::string Quoted(std::string_view text);
+/// Throws MeshError that says what `name` is unless it is a regular file that is there: opening a pipe could wait for
+/// ever, and a device has no end.
+void RequireRegularFile(const std::string& name);
+
+/// Text from a file as it may stand in a one-line message: in quotes, printable characters only, and shortened where it
+/// has more than `longest` bytes.
+/// @param[in] mark  what stands before and behind it
+std::string Quoted(std::string_view text, std::size_t longest = 40, std::string_view mark = "'");
+
+/// Names for a one-line message: all of a few, of many the first ones and how many there are besides.
+class NameList {
+ public:
+  void Add(const std::string& name);
+  bool IsEmpty() const { return nNames_ == 0; }
+
+  /// "'a', 'b', 'c' and 7 more"; "none".
+  std::string Text() const;
+
+ private:
+  static constexpr std::size_t kMost = 10;
+  std::string text_;
+  std::size_t nNames_ = 0;
+};
 
 }  // namespace reference_host

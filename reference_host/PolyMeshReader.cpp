@@ -11,6 +11,7 @@
 #include "reference_host/FoamFile.h"
 #include "reference_host/FoamList.h"
 #include "reference_host/MeshError.h"
+#include "reference_host/MeshNames.h"
 
 namespace reference_host {
 namespace {
@@ -30,7 +31,8 @@ int ReadNumber(TextCursor& text, const char* what, std::int64_t end) {
 std::vector<int> ReadCellNumbers(FoamFile& file, std::int64_t nFaces) {
   TextCursor& text = file.Text();
   return ReadFoamValues<int>(text, "cell number", nFaces,
-                             [&text] { return ReadNumber(text, "cell", kIntEnd); });
+                             [&text] { return ReadNumber(text, "cell", kIntEnd); })
+      .WrittenOut();
 }
 
 // N ((x y z) (x y z) ...)
@@ -214,6 +216,7 @@ PolyMesh ReadPolyMeshWithPatches(const std::string& folder) {
   ReadFaces(folder, polyMesh.mesh);
   ReadCells(folder, polyMesh.mesh);
   ReadBoundary(folder, polyMesh);
+  polyMesh.mesh.names = PolyMeshNames();
   return polyMesh;
 }
 
@@ -227,8 +230,13 @@ PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder) {
   boundary.owner =
       ReadCellNumbers(owner, std::max(kFew, static_cast<std::int64_t>(owner.Text().Remaining())));
   FoamFile file(folder, "boundary");
+  const auto nFaces = static_cast<std::int64_t>(boundary.owner.size());
+  std::int64_t nFree = nFaces;
   ReadPatches(file, [&](const PatchEntry& entry) {
-    CheckRange(file, entry, 0, static_cast<std::int64_t>(boundary.owner.size()));
+    CheckRange(file, entry, 0, nFaces);
+    // Patches that overlap could have far more faces together than the file has bytes.
+    nFree -= entry.faces.count;
+    if (nFree < 0) throw MeshError(file.Name() + ": the patches have more faces than the mesh");
     boundary.patches.push_back(entry.patch);
     boundary.facesOfPatch.push_back(entry.faces);
   });

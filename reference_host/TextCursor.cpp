@@ -85,7 +85,10 @@ std::int64_t TextCursor::Integer(const char* what) {
 
 double TextCursor::Real(const char* what) {
   BeginToken(what);
-  if (text_[position_] == '+') ++position_;  // which from_chars does not know
+  if (text_[position_] == '+') {  // which from_chars does not know, and then a '-' must not follow
+    ++position_;
+    if (position_ < text_.size() && text_[position_] == '-') FailExpected(what);
+  }
   const char* const begin = text_.data() + position_;
   const char* const end = text_.data() + text_.size();
   double value = 0.0;

@@ -132,7 +132,7 @@ wrong "skew of a box" "skew must be at least 0 and less than 0.3" info box:3,3,3
 wrong "points without points" "--points FILE.csv or --body EXPR" points box:3,3,3 --field x
 wrong "points without a field" "--field" points box:3,3,3 --points points.csv
 wrong "points, missing table" "missing.csv: no such file" points box:3,3,3 --field x --points missing.csv
-wrong "points, folder as table" "meshes: not a regular file" points box:3,3,3 --field x --points meshes
+wrong "points, folder as table" "meshes: a folder, not a regular file" points box:3,3,3 --field x --points meshes
 wrong "points, table without z" "no-z.csv: line 1, column 1: the header has no column z" points box:3,3,3 --field x --points no-z.csv
 wrong "points, no number" 'bad.csv: line 3, column 5: "six" is not a finite number (z)' points box:3,3,3 --field x --points bad.csv
 wrong "points, spacing of a table" "--spacing is for points on the surface" points box:3,3,3 --field x --points points.csv --spacing 1

@@ -108,4 +108,22 @@ TEST(BoundaryGroups, RefusesNamesThatTheMeshDoesNotHave) {
       "the mesh has no boundary called 'back', 'top'; it has 'inlet', 'wall'");
 }
 
+TEST(BoundaryGroups, NamesTheMeshAndTheFirstOfManyPatches) {
+  std::vector<Patch> patches;
+  for (int p = 0; p < 5000; ++p) patches.push_back({"part" + std::to_string(p), "", {}});
+  patches[0].name = std::string(100000, 'n');
+  const std::string what =
+      MeshErrorOf([&] { AssignBoundaryGroups(patches, std::vector<std::int64_t>(5000, 1), {}, "a.msh"); });
+  EXPECT_EQ(what.rfind("a.msh: boundary faces without a group: 'nnn", 0), 0U) << what;
+  ExpectContains(what, "nnn...' (1 face), 'part1' (1 face), ");
+  ExpectContains(what, "'part9' (1 face) and 4990 more; map each name");
+  EXPECT_LT(what.size(), 500U);
+  const std::string unknown = MeshErrorOf([&] {
+    AssignBoundaryGroups(patches, std::vector<std::int64_t>(5000, 1), {{"top", BoundaryGroup::Wall}},
+                         "a.msh");
+  });
+  EXPECT_EQ(unknown.rfind("a.msh: the mesh has no boundary called 'top'; it has 'nnn", 0), 0U) << unknown;
+  EXPECT_LT(unknown.size(), 500U);
+}
+
 }  // namespace

@@ -7,7 +7,10 @@
 
 #ifdef ZYN_WITH_CGNS
 
+#include <sys/stat.h>
+
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -349,7 +352,7 @@ TEST(CgnsReader, RefusesFilesThatAreNoCgns) {
   const TemporaryFolder folder;
   const std::string text = folder.Write("text.cgns", "not a mesh\n");
   ExpectContains(MeshErrorOf([&] { ReadCgns(text); }), text + ": not a CGNS file that can be read");
-  ExpectContains(MeshErrorOf([&] { ReadCgns(folder.Path() + "/none.cgns"); }), "none.cgns: not a CGNS file");
+  ExpectContains(MeshErrorOf([&] { ReadCgns(folder.Path() + "/none.cgns"); }), "none.cgns: no such file");
 
   const std::string whole = folder.Path() + "/whole.cgns";
   WriteCubes(*std::make_unique<CgnsTestFile>(whole));
@@ -387,6 +390,105 @@ TEST(CgnsReader, RefusesOtherThanOneUnstructuredZone) {
             "zone 'Block' is structured; convert it first");
 }
 
+TEST(CgnsReader, SaysWhatAFileIsThatIsNoRegularFile) {
+  const TemporaryFolder folder;
+  const std::string pipe = folder.Path() + "/pipe.cgns";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_EQ(MeshErrorOf([&] { ReadMesh(pipe); }), pipe + ": a pipe (FIFO), not a regular file");
+  EXPECT_EQ(MeshErrorOf([&] { ReadCgnsField(pipe, "p"); }), pipe + ": a pipe (FIFO), not a regular file");
+  const std::string device = folder.Path() + "/null.cgns";
+  std::filesystem::create_symlink("/dev/null", device);
+  EXPECT_EQ(MeshErrorOf([&] { ReadMesh(device); }), device + ": a device, not a regular file");
+}
+
+TEST(CgnsReader, ListsTheFirstOfManyZones) {
+  const std::string what = Refusal([](CgnsTestFile& file) {
+    file.Base();
+    for (int zone = 1; zone <= 40; ++zone) file.Zone(PointsOfCubes(), 2, "Blade" + std::to_string(zone));
+  });
+  EXPECT_EQ(what,
+            "several zones are not supported ('Blade1', 'Blade2', 'Blade3', 'Blade4', 'Blade5', 'Blade6', "
+            "'Blade7', 'Blade8', 'Blade9', 'Blade10' and 30 more); join them to one first");
+}
+
+/// What the check says about a mesh of a file.
+std::string CheckRefusal(const Describe& describe) {
+  const FaceMesh mesh = WrittenAndRead(describe);
+  return MeshErrorOf([&] { CheckMesh(mesh); });
+}
+
+TEST(CgnsReader, GivesTheCheckTheNumbersOfTheFile) {
+  // The first node belongs to nothing, so that nodes are numbered anew.
+  const auto cells = [](const Point& tip) {
+    return [tip](CgnsTestFile& file) {
+      file.Base();
+      file.Zone({{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, tip}, 1);
+      file.Section("Edges", CGNS_ENUMV(BAR_2), 1, 1, {2, 3});
+      file.Section("Cells", CGNS_ENUMV(TETRA_4), 2, 2, {2, 3, 4, 5});
+    };
+  };
+  EXPECT_EQ(CheckRefusal(cells({0, 0, std::nan("")})), "node 5 has a coordinate that is not finite");
+  EXPECT_EQ(CheckRefusal(cells({0.3, 0.3, 0})), "element 2 of section 'Cells' has no volume");
+  EXPECT_EQ(CheckRefusal(cells({2, 0, 0})),
+            "the face of nodes 2, 3 and 5 of element 2 of section 'Cells' has no area");
+}
+
+TEST(CgnsReader, GivesTheCheckTheNumbersOfPolygonsToo) {
+  const FaceMesh mesh = test_meshes::HexBox(2, 1, 1);
+  const auto refusal = [&](const std::function<void(Polyhedra&)>& spoil, bool withCells) {
+    Polyhedra polyhedra(mesh);
+    spoil(polyhedra);
+    return CheckRefusal([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, polyhedra, withCells); });
+  };
+  for (const bool withCells : {true, false}) {
+    const std::string node = std::to_string(mesh.faceNode[0] + 1);
+    EXPECT_EQ(refusal([](Polyhedra& p) { p.nodes[1] = p.nodes[0]; }, withCells),
+              "element 1 of section 'Faces' has node " + node + " twice");
+  }
+  ExpectContains(refusal([](Polyhedra& p) { std::swap(p.nodes[0], p.nodes[2]); }, true),
+                 "element 12 of section 'Cells' is not closed");
+  ExpectContains(refusal([](Polyhedra& p) { std::swap(p.nodes[0], p.nodes[2]); }, false),
+                 "element 12 is not closed");
+}
+
+TEST(CgnsReader, RefusesCountsThatTheFileCannotHold) {
+  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+              file.Base();
+              const std::array<cgsize_t, 3> sizes = {2000000000, 1, 0};
+              int zone = 0;
+              cg_zone_write(file.file(), file.base(), "Zone", sizes.data(), CGNS_ENUMV(Unstructured), &zone);
+            }),
+            "the file says 2000000000 nodes, more than it can hold");
+  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+              file.Base();
+              const std::array<cgsize_t, 3> sizes = {4, 2000000000, 0};
+              int zone = 0;
+              cg_zone_write(file.file(), file.base(), "Zone", sizes.data(), CGNS_ENUMV(Unstructured), &zone);
+            }),
+            "the file says 2000000000 cells, more than it can hold");
+  const FaceMesh mesh = test_meshes::HexBox(2, 1, 1);
+  Polyhedra polyhedra(mesh);
+  polyhedra.parents[0] = 12 + 999;
+  EXPECT_EQ(Refusal([&](CgnsTestFile& file) {
+              file.Base();
+              file.Zone(mesh.points, 1000);
+              file.Section("Faces", CGNS_ENUMV(NGON_n), 1, mesh.nFaces(), polyhedra.nodes,
+                           polyhedra.nodeOffsets, polyhedra.parents);
+            }),
+            "the zone has 1000 cells, which 11 faces cannot close");
+}
+
+TEST(CgnsReader, RefusesRangesThatOverlapAgainAndAgain) {
+  ExpectContains(Refusal([](CgnsTestFile& file) {
+                   WriteCubes(file);
+                   for (int i = 0; i < 100; ++i) {
+                     file.Condition("c" + std::to_string(i), CGNS_ENUMV(BCWall), CGNS_ENUMV(PointRange),
+                                    {1, 12}, CGNS_ENUMV(Vertex), "all");
+                   }
+                 }),
+                 "have ranges that overlap too often");
+}
+
 TEST(CgnsReader, RefusesElementsThatItCannotTake) {
   EXPECT_EQ(Refusal([](CgnsTestFile& file) {
               file.Base();
@@ -405,7 +507,7 @@ TEST(CgnsReader, RefusesElementsThatItCannotTake) {
               file.Zone(PointsOfCubes(), 1);
               file.Section("Cells", CGNS_ENUMV(TETRA_4), 1, 1, {1, 2, 4, 13});
             }),
-            "section 'Cells': element 1 has node 13, but there are 12");
+            "element 1 of section 'Cells' has node 13, but there are 12");
   EXPECT_EQ(Refusal([](CgnsTestFile& file) {
               file.Base();
               file.Zone(PointsOfCubes(), 3);
@@ -430,12 +532,15 @@ TEST(CgnsReader, RefusesPolyhedraThatDoNotFitTheirFaces) {
     return Refusal([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, polyhedra, withCells); });
   };
   EXPECT_EQ(refusal([](Polyhedra& p) { p.faces[0] = 99; }, true),
-            "a cell has face 99, which is no polygon (NGON_n)");
-  EXPECT_EQ(refusal([](Polyhedra& p) { p.faces[0] = p.faces[1]; }, true),
-            "face 2 points out of two cells, 1 and 1");
+            "element 12 of section 'Cells' has face 99, which is no polygon (NGON_n)");
+  EXPECT_EQ(
+      refusal([](Polyhedra& p) { p.faces[0] = p.faces[1]; }, true),
+      "element 2 of section 'Faces' points out of two cells, element 12 of section 'Cells' and element 12 of "
+      "section 'Cells'");
   EXPECT_EQ(refusal([](Polyhedra& p) { p.nodes[0] = 13; }, true),
-            "section 'Faces' has node 13, but there are 12");
-  EXPECT_EQ(refusal([](Polyhedra& p) { p.parents[0] = 0; }, false), "face 1 belongs to no cell");
+            "element 1 of section 'Faces' has node 13, but there are 12");
+  EXPECT_EQ(refusal([](Polyhedra& p) { p.parents[0] = 0; }, false),
+            "element 1 of section 'Faces' belongs to no cell");
   EXPECT_EQ(refusal([](Polyhedra& p) { p.parents[0] = 40; }, false),
             "the parent elements are cells 12 to 40, but the zone has 2 cells");
   EXPECT_EQ(refusal([](Polyhedra& p) { p.parents.clear(); }, false),
@@ -465,7 +570,9 @@ TEST(CgnsReader, RefusesConditionsThatDoNotFitTheMesh) {
               file.Condition("a", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {3});
               file.Condition("b", CGNS_ENUMV(BCWall), CGNS_ENUMV(PointList), {3});
             }),
-            "a face of cell 1 belongs to boundary conditions of 'a' and of 'b'");
+            "the face of nodes 4, 1, 7 and 10 of element 1 of section 'Cells' belongs to boundary conditions "
+            "of 'a' "
+            "and of 'b'");
   EXPECT_EQ(refusal([](CgnsTestFile& file) {
               file.Condition("a", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {3}, CGNS_ENUMV(FaceCenter),
                              "ends");

@@ -116,7 +116,65 @@ TEST(FoamField, RefusesWhatItCannotRead) {
             ":12: uniform or nonuniform expected instead of '$wall'");
   EXPECT_EQ(Refusal(Text("uniform 1", "#include \"more\"\n")), ":12: directives and macros cannot be read");
   EXPECT_EQ(Refusal(Text("uniform 1", "\"in(let\" { type zeroGradient; }\n")),
-            ": the pattern 'in(let' is no regular expression");
+            ":12: the pattern 'in(let' has a '(' that is not closed");
+  EXPECT_EQ(Refusal(Text("uniform 1", "\"\" { type zeroGradient; }\n")), ":12: the pattern '' is empty");
+}
+
+TEST(FoamField, RefusesPatternsThatWouldExhaustTheStackOrTheMemory) {
+  const std::string deep = std::string(30000, '(') + "inlet" + std::string(30000, ')');
+  EXPECT_EQ(
+      Refusal(Text("uniform 1", "\"" + deep + "\" { type zeroGradient; }\n")),
+      ":12: the pattern '((((((((((((((((((((((((((((((((((((((((...' has 60005 characters, more than 1000");
+  EXPECT_EQ(
+      Refusal(Text("uniform 1", "\"((a{1,255}){1,255}){1,255}\" { type zeroGradient; }\n")),
+      ":12: the pattern '((a{1,255}){1,255}){1,255}' has a counted repeat '{'; only ?, + and * can be read");
+}
+
+PolyMeshBoundary ManyPatches(int n) {
+  PolyMeshBoundary boundary;
+  for (int p = 0; p < n; ++p) {
+    boundary.owner.push_back(0);
+    boundary.patches.push_back({"blade_" + std::to_string(p) + "_side", "wall", {}});
+    boundary.facesOfPatch.push_back({p, 1});
+  }
+  return boundary;
+}
+
+TEST(FoamField, FindsAThousandPatchesAmongAThousandPatterns) {
+  const int n = 1000;
+  std::string entries;
+  for (int p = 0; p < n; ++p) {
+    entries += "\"blade_" + std::to_string(p) + "_.*\" { type fixedValue; value uniform " +
+               std::to_string(p) + "; }\n";
+  }
+  const TemporaryFolder folder;
+  const std::string file = folder.Write("p", Text("uniform 0", entries));
+  const FoamField field = ReadFoamField(file, 1, ManyPatches(n));
+  for (int p = 0; p < n; ++p) EXPECT_EQ(field.patch[p], (Numbers{double(p)}));
+}
+
+TEST(FoamField, RefusesPatternsWhoseMatchingWouldTakeTheProductOfAll) {
+  const int n = 2000;
+  std::string entries;
+  for (int p = 0; p < n; ++p) entries += "\".*(" + std::to_string(p) + "x)+.*\" { type zeroGradient; }\n";
+  const TemporaryFolder folder;
+  const std::string file = folder.Write("p", Text("uniform 0", entries));
+  EXPECT_EQ(
+      MeshErrorOf([&] { ReadFoamField(file, 1, ManyPatches(n)); }),
+      file + ": the 2000 patterns are too many, or too long, for 2000 patches; give patches by their names");
+}
+
+TEST(FoamField, DoesNotWriteOutRepeatedValuesThatNoPatchNeeds) {
+  // Each entry of thirty bytes announces as many values as the mesh has faces.
+  PolyMeshBoundary boundary = ManyPatches(1);
+  boundary.owner.assign(1000000, 0);
+  std::string entries;
+  for (int p = 0; p < 1000; ++p) {
+    entries += "p" + std::to_string(p) + " { type fixedValue; value nonuniform List<scalar> 1000000{1}; }\n";
+  }
+  const TemporaryFolder folder;
+  const std::string file = folder.Write("p", Text("uniform 0", entries + kAllPatches));
+  EXPECT_EQ(ReadFoamField(file, 1, boundary).patch[0], std::nullopt);
 }
 
 TEST(FoamField, RefusesEveryTruncatedFile) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <random>
 #include <string>
@@ -350,7 +351,27 @@ TEST(GmshReader, RefusesMissingFilesAndFolders) {
   const TemporaryFolder folder;
   EXPECT_EQ(MeshErrorOf([&] { ReadGmsh(folder.Path() + "/none.msh"); }),
             folder.Path() + "/none.msh: no such file");
-  ExpectContains(MeshErrorOf([&] { ReadGmsh(folder.Path()); }), "not a regular file");
+  ExpectContains(MeshErrorOf([&] { ReadGmsh(folder.Path()); }), ": a folder, not a regular file");
+}
+
+TEST(GmshReader, GivesTheCheckTheNumbersOfTheFile) {
+  const TemporaryFolder folder;
+  const auto refusal = [&](const GmshTestMesh& mesh, const std::string& version) {
+    const FaceMesh read = ReadGmsh(folder.Write("a.msh", WriteGmsh(mesh, version, true)));
+    return MeshErrorOf([&] { CheckMesh(read, "a.msh"); });
+  };
+  for (const char* const version : {"2.2", "4.1"}) {
+    GmshTestMesh mesh;
+    // The node with the tag 3 belongs to nothing; those of the tetrahedron are 13, 23, 33 and 43.
+    mesh.points = {{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    mesh.elements = {{4, 77, 0, Tags({1, 2, 3, 4})}};
+    mesh.points[4][1] = std::nan("");
+    EXPECT_EQ(refusal(mesh, version), "a.msh: node 43 has a coordinate that is not finite");
+    mesh.points[4] = {0.3, 0.3, 0};
+    EXPECT_EQ(refusal(mesh, version), "a.msh: element 77 has no volume");
+    mesh.points[4] = {2, 0, 0};
+    EXPECT_EQ(refusal(mesh, version), "a.msh: the face of nodes 13, 23 and 43 of element 77 has no area");
+  }
 }
 
 }  // namespace

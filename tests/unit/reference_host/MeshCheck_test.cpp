@@ -100,6 +100,12 @@ TEST(MeshCheck, RefusesFacesWithFewerThanThreeNodes) {
   EXPECT_EQ(Refusal(mesh), "face 3 has fewer than 3 nodes");
 }
 
+TEST(MeshCheck, RefusesFacesThatHaveANodeTwice) {
+  FaceMesh mesh = TwoCubes();
+  mesh.faceNode[6] = mesh.faceNode[4];
+  EXPECT_EQ(Refusal(mesh), "face 2 has node " + std::to_string(mesh.faceNode[4] + 1) + " twice");
+}
+
 TEST(MeshCheck, RefusesNodesOutOfRange) {
   FaceMesh mesh = TwoCubes();
   mesh.faceNode[9] = 12;

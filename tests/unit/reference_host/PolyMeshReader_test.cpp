@@ -269,4 +269,32 @@ TEST(PolyMeshReader, SurvivesDamagedBytes) {
   EXPECT_GT(nRefused, 1000);
 }
 
+TEST(PolyMeshReader, GivesTheCheckTheNumbersOfTheFile) {
+  const auto refusal = [](const Files& files) {
+    const FaceMesh mesh = Read(files);
+    return MeshErrorOf([&] { CheckMesh(mesh); });
+  };
+  EXPECT_EQ(refusal(With("points", "(1 0 0)", "(1 0 nan)")), "point 0 has a coordinate that is not finite");
+  EXPECT_EQ(refusal(With("faces", "6(6 7 8", "6(6 7 7")), "face 0 has point 7 twice");
+  EXPECT_EQ(refusal(With("faces", "6(12 13 14 15 16 17)", "6(17 16 15 14 13 12)")),
+            "cell 1 is not closed (the area vectors of its faces do not add up to zero)");
+}
+
+TEST(PolyMeshReader, RefusesTwoSigns) {
+  for (const char* const number : {"+-1", "++1", "-+1", "--1", "+", "-"}) {
+    EXPECT_EQ(Refusal(With("points", "(1 0 0)", std::string("(1 ") + number + " 0)")),
+              std::string("points:16: a coordinate expected instead of '") + number + "'");
+  }
+}
+
+TEST(PolyMeshReader, RefusesPatchesThatShareFacesAlsoWhereItReadsTheBoundaryAlone) {
+  const TemporaryFolder folder;
+  folder.Write("owner", Header("labelList") + "8{0}\n");
+  folder.Write("boundary",
+               Header("polyBoundaryMesh") +
+                   "2(a { type wall; nFaces 8; startFace 0; } b { type wall; nFaces 1; startFace 0; })");
+  EXPECT_EQ(MeshErrorOf([&] { reference_host::ReadPolyMeshBoundary(folder.Path()); }),
+            folder.Path() + "/boundary: the patches have more faces than the mesh");
+}
+
 }  // namespace

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <array>
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace reference_host {
+
+/// A pattern for names, as users of OpenFOAM write them in quotes: characters that stand for themselves, `.` for any
+/// character, classes as in `[a-z0-9_]`, `[^x]` and `[[:digit:]]`, groups in round brackets, `|` between alternatives,
+/// and `?`, `+` and `*` behind a character, a class or a group. A backslash takes its meaning from the next character.
+/// `^` at the beginning and `$` at the end change nothing, because the whole name has to match anyway.
+///
+/// Counted repeats (`a{2,5}`) are refused: nested, they stand for a pattern of any size. Without them a pattern has at
+/// most three states for each of its characters. Matching follows all states side by side: a character of the name
+/// costs a few steps for each state, there is no backtracking, and nothing recurses.
+class NamePattern {
+ public:
+  /// The longest pattern, in characters.
+  static constexpr std::size_t kLongest = 1000;
+
+  /// Room for the simulation, for any number of matches one after the other.
+  struct Workspace {
+    std::vector<int> now, next, waiting;
+    std::vector<std::uint64_t> seen;  ///< by state: the last round that reached it
+    std::uint64_t round = 0;
+    std::uint64_t nSteps = 0;  ///< states visited, over all matches
+    std::uint64_t mostSteps = std::numeric_limits<std::uint64_t>::max();  ///< beyond these nothing matches
+  };
+
+  /// Takes the text of a pattern. Returns what is wrong with it, as in "has a ')' too many"; empty if nothing is.
+  std::string Parse(std::string_view text);
+
+  /// Whether the whole of `name` matches. @pre Parse has found nothing wrong
+  bool Matches(std::string_view name, Workspace& workspace) const;
+
+  /// Characters that every matching name begins and ends with.
+  const std::string& Prefix() const { return prefix_; }
+  const std::string& Suffix() const { return suffix_; }
+
+  /// Whether only one name matches, which is Prefix().
+  bool IsLiteral() const { return isLiteral_; }
+
+ private:
+  friend class NamePatternParser;
+  using Set = std::bitset<256>;
+
+  /// Takes a character and goes on at `out`; or takes none and goes on at `out` and at `other` (-1: nowhere).
+  struct State {
+    int takes;  ///< a character, or 256 + the number of a set of them, or -1: none
+    int out;
+    int other;
+  };
+  static constexpr int kNone = -1;
+  static constexpr int kFirstSet = 256;
+
+  bool Takes(const State& state, char c) const;
+  void Reach(int state, std::vector<int>& list, Workspace& workspace) const;
+
+  std::vector<Set> sets_;
+  std::vector<State> states_;  ///< the last one is the end of the pattern
+  int start_ = kNone;
+  std::string prefix_, suffix_;
+  bool isLiteral_ = false;
+};
+
+}  // namespace reference_host

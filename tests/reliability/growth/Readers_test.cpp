@@ -1,0 +1,416 @@
+// Every reader takes work and memory in proportion to its input. Each test doubles one thing that an input may have many
+// of, or that may be long.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/Expression.h"
+#include "cli/PointSet.h"
+#include "cli/UsageError.h"
+#include "reference_host/BoundaryGroups.h"
+#include "reference_host/DecomposedCase.h"
+#include "reference_host/FaceMeshBuilder.h"
+#include "reference_host/FoamField.h"
+#include "reference_host/MeshCheck.h"
+#include "reference_host/MeshError.h"
+#include "reference_host/MeshReader.h"
+#include "tests/reliability/growth/Growth.h"
+#include "tests/reliability/growth/Inputs.h"
+#include "tests/unit/reference_host/FoamTestCase.h"
+#include "tests/unit/reference_host/GmshTestFile.h"
+#include "tests/unit/reference_host/MeshTestSupport.h"
+#ifdef ZYN_WITH_CGNS
+#include "tests/unit/reference_host/CgnsTestFile.h"
+#endif
+
+namespace {
+
+using namespace growth;  // NOLINT(google-build-using-namespace): the inputs are what these tests are about
+using reference_host::FaceMesh;
+using reference_host::PolyMeshBoundary;
+
+using Work = std::function<void()>;
+
+Work ReadAndCheck(const std::string& path) {
+  return [path] { reference_host::CheckMesh(reference_host::ReadMesh(path), path); };
+}
+
+/// Work that ends with a message, which is one line of moderate length.
+template <class Error>
+Work Refused(const Work& work) {
+  return [work] {
+    try {
+      work();
+      ADD_FAILURE() << "not refused";
+    } catch (const Error& error) {
+      EXPECT_LT(std::string(error.what()).size(), 2000U);
+    }
+  };
+}
+
+// Gmsh.
+
+class GmshGrowth : public testing::TestWithParam<std::pair<std::string, bool>> {
+ protected:
+  Work Read(const GmshTestMesh& mesh) {
+    return ReadAndCheck(folder_.Write("a.msh", WriteGmsh(mesh, GetParam().first, GetParam().second)));
+  }
+  TemporaryFolder folder_;
+};
+
+TEST_P(GmshGrowth, IsLinearInNodesAndElements) {
+  ExpectLinear(500, [&](int n) { return Read(GmshRow(n, 0)); });
+}
+
+TEST_P(GmshGrowth, IsLinearInPhysicalNames) {
+  ExpectLinear(500, [&](int n) { return Read(GmshRow(n, n)); });
+}
+
+TEST_P(GmshGrowth, IsLinearInTheLengthOfAName) {
+  ExpectLinear(20000, [&](int n) {
+    GmshTestMesh mesh = GmshRow(1, 1);
+    mesh.physicalNames = "$PhysicalNames\n1\n2 1 \"" + std::string(static_cast<std::size_t>(n), 'w') +
+                         "\"\n$EndPhysicalNames\n";
+    return Read(mesh);
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, GmshGrowth,
+                         testing::Values(std::pair("2.2", false), std::pair("2.2", true),
+                                         std::pair("4.1", false), std::pair("4.1", true)));
+
+TEST(GmshSectionsGrowth, IsLinearInUnknownSections) {
+  const TemporaryFolder folder;
+  ExpectLinear(2000, [&](int n) {
+    const std::string whole = WriteGmsh(GmshRow(1, 0), "2.2", false);
+    return ReadAndCheck(folder.Write("a.msh", whole + Times(n, "$Comment\nsome text\n$EndComment\n")));
+  });
+}
+
+// polyMesh, whole and decomposed.
+
+FaceMesh Row(int nCubes, int nPatches) {
+  std::vector<reference_host::Patch> patches;
+  for (int p = 0; p < nPatches; ++p) patches.push_back({"wall" + std::to_string(p), "wall", {}});
+  reference_host::FaceMeshBuilder builder("row", PointsOfRow(nCubes), patches);
+  for (int i = 0; i < nCubes; ++i) {
+    builder.AddCell(reference_host::CellShape::Hexahedron, NodesOfCube(i).data());
+    const int n = 4 * i;
+    const std::array<int, 4> bottom = {n, n + 4, n + 5, n + 1};
+    builder.AddSurface(bottom.data(), 4, i % nPatches);
+  }
+  FaceMesh mesh = builder.Build();
+  mesh.patches.back().type = "wall";
+  return foam_test::InFoamOrder(mesh);
+}
+
+TEST(PolyMeshGrowth, IsLinearInCells) {
+  const TemporaryFolder folder;
+  ExpectLinear(300, [&](int n) {
+    foam_test::WriteMesh(folder.Path(), Row(n, 1));
+    return ReadAndCheck(folder.Path());
+  });
+}
+
+TEST(PolyMeshGrowth, IsLinearInPatches) {
+  const TemporaryFolder folder;
+  ExpectLinear(300, [&](int n) {
+    foam_test::WriteMesh(folder.Path(), Row(n, n));
+    return ReadAndCheck(folder.Path());
+  });
+}
+
+TEST(PolyMeshGrowth, IsLinearInNestedEntries) {
+  const TemporaryFolder folder;
+  ExpectLinear(20000, [&](int n) {
+    FaceMesh mesh = Row(1, 1);
+    foam_test::WriteMesh(folder.Path(), mesh, {{"wall0", "more { " + Times(n, "(") + Times(n, ")") + " } "}});
+    return ReadAndCheck(folder.Path());
+  });
+}
+
+TEST(DecomposedCaseGrowth, IsLinearInCuts) {
+  const TemporaryFolder folder;
+  ExpectLinear(300, [&](int n) {
+    FaceMesh mesh = Row(n, n);
+    foam_test::PatchEntries entries;
+    for (int p = 0; p < n; ++p) {
+      mesh.patches[static_cast<std::size_t>(p)].type = "processor";
+      entries[mesh.patches[static_cast<std::size_t>(p)].name] =
+          "myProcNo 0; neighbProcNo " + std::to_string(n - p) + "; ";
+    }
+    foam_test::WriteMesh(foam_test::PieceFolder(folder.Path(), 0), mesh, entries);
+    return [&folder, n] { reference_host::ReadProcessorMesh(folder.Path(), 0, n + 1); };
+  });
+}
+
+TEST(BoundaryGroupsGrowth, IsLinearInPatchesWithoutAGroup) {
+  ExpectLinear(2000, [](int n) {
+    std::vector<reference_host::Patch> patches;
+    for (int p = 0; p < n; ++p) patches.push_back({"part" + std::to_string(p), "", {}});
+    return Refused<reference_host::MeshError>([patches]() mutable {
+      reference_host::AssignBoundaryGroups(patches, std::vector<std::int64_t>(patches.size(), 1), {});
+    });
+  });
+}
+
+// Field files.
+
+/// One cell, and `n` patches of one face.
+PolyMeshBoundary Patches(int n) {
+  PolyMeshBoundary boundary;
+  for (int p = 0; p < n; ++p) {
+    boundary.owner.push_back(0);
+    boundary.patches.push_back({"blade" + std::to_string(p) + "side", "wall", {}});
+    boundary.facesOfPatch.push_back({p, 1});
+  }
+  return boundary;
+}
+
+Work ReadField(const TemporaryFolder& folder, const std::string& entries, const PolyMeshBoundary& boundary) {
+  const std::string file =
+      folder.Write("p", foam_test::Header("volScalarField") + "internalField uniform 0;\nboundaryField {\n" +
+                            entries + "\n}\n");
+  return [file, boundary] { reference_host::ReadFoamField(file, 1, boundary); };
+}
+
+std::string Entry(const std::string& key) { return key + " { type fixedValue; value uniform 1; }\n"; }
+
+TEST(FoamFieldGrowth, IsLinearInNamedPatches) {
+  const TemporaryFolder folder;
+  ExpectLinear(500, [&](int n) {
+    std::string entries;
+    for (int p = 0; p < n; ++p) entries += Entry("blade" + std::to_string(p) + "side");
+    return ReadField(folder, entries, Patches(n));
+  });
+}
+
+TEST(FoamFieldGrowth, IsLinearInPatternsAndPatchesTogether) {
+  const TemporaryFolder folder;
+  ExpectLinear(500, [&](int n) {
+    std::string entries;
+    for (int p = 0; p < n; ++p) {
+      const std::string number = std::to_string(p);
+      entries += Entry("\"blade" + number + "s.*\"") + Entry("\".*e" + number + "side\"") +
+                 Entry("\"blade" + number + "side\"");
+    }
+    return ReadField(folder, entries, Patches(n));
+  });
+}
+
+TEST(FoamFieldGrowth, IsLinearInPatternsOfAnyKind) {
+  const TemporaryFolder folder;
+  ExpectLinear(500, [&](int n) {
+    std::string entries;
+    for (int p = 0; p < n; ++p) entries += Entry("\".*(" + std::to_string(p) + "|x)+[a-z].*\"");
+    return ReadField(folder, entries, Patches(20));
+  });
+}
+
+TEST(FoamFieldGrowth, IsLinearInTheLengthOfAPattern) {
+  const TemporaryFolder folder;
+  ExpectLinear(
+      60, [&](int n) { return ReadField(folder, Entry("\"" + Times(n, "(a*|b)*") + "\""), Patches(200)); });
+}
+
+TEST(FoamFieldGrowth, IsLinearInTheLengthOfPatternsThatAreTooLong) {
+  const TemporaryFolder folder;
+  ExpectLinear(20000, [&](int n) {
+    return Refused<reference_host::MeshError>(
+        ReadField(folder, Entry("\"" + Times(n, "(") + Times(n, ")") + "\""), Patches(1)));
+  });
+}
+
+TEST(FoamFieldGrowth, IsLinearInNestedEntries) {
+  const TemporaryFolder folder;
+  ExpectLinear(20000, [&](int n) {
+    return ReadField(folder, "x { type slip; more " + Times(n, "{ a (") + Times(n, ") }") + " }", Patches(1));
+  });
+}
+
+TEST(FoamFieldGrowth, IsLinearInValues) {
+  const TemporaryFolder folder;
+  ExpectLinear(5000, [&](int n) {
+    PolyMeshBoundary boundary;
+    boundary.owner.assign(static_cast<std::size_t>(n), 0);
+    boundary.patches = {{"wall", "wall", {}}};
+    boundary.facesOfPatch = {{0, n}};
+    return ReadField(folder,
+                     "wall { type fixedValue; value nonuniform List<scalar> " + std::to_string(n) + "(" +
+                         Times(n, "1.5 ") + "); }",
+                     boundary);
+  });
+}
+
+// Repeated values are a few bytes for any number, so that only what patches have of them may be written out.
+TEST(FoamFieldGrowth, IsLinearInRepeatedValues) {
+  const TemporaryFolder folder;
+  ExpectLinear(300, [&](int n) {
+    PolyMeshBoundary boundary = Patches(1);
+    boundary.owner.assign(static_cast<std::size_t>(10 * n), 0);
+    std::string entries;
+    for (int p = 0; p < n; ++p) {
+      entries += "x" + std::to_string(p) + " { type fixedValue; value nonuniform List<scalar> " +
+                 std::to_string(10 * n) + "{1}; }\n";
+    }
+    return ReadField(folder, entries, boundary);
+  });
+}
+
+// CSV files.
+
+Work ReadCsv(const TemporaryFolder& folder, const std::string& text) {
+  const std::string file = folder.Write("points.csv", text);
+  return [file] { zyngrad::ReadPoints(file, {"value"}); };
+}
+
+TEST(CsvGrowth, IsLinearInPoints) {
+  const TemporaryFolder folder;
+  ExpectLinear(1000, [&](int n) { return ReadCsv(folder, "x,y,z,t\n" + Times(n, "1.5,2,3e-1,abc\n")); });
+}
+
+TEST(CsvGrowth, IsLinearInColumns) {
+  const TemporaryFolder folder;
+  ExpectLinear(1000, [&](int n) {
+    return ReadCsv(folder, "x,y,z" + Times(n, ",t") + "\n" + "1,2,3" + Times(n, ",4") + "\n");
+  });
+}
+
+TEST(CsvGrowth, IsLinearInDoubledQuotes) {
+  const TemporaryFolder folder;
+  ExpectLinear(20000,
+               [&](int n) { return ReadCsv(folder, "x,y,z,\"" + Times(n, "\"\"") + "\"\n1,2,3,4\n"); });
+}
+
+TEST(CsvGrowth, IsLinearInBlankLines) {
+  const TemporaryFolder folder;
+  ExpectLinear(5000, [&](int n) { return ReadCsv(folder, "x,y,z\n" + Times(n, "\n") + "1,2,3\n"); });
+}
+
+// Formulas.
+
+Work Evaluate(const std::string& text) {
+  return [text] { zyngrad::Expression(text).Value(1, 2, 3); };
+}
+
+TEST(FormulaGrowth, IsLinearInTerms) {
+  ExpectLinear(500, [](int n) { return Evaluate("x" + Times(n, "+2*sin(y)^2")); });
+}
+
+TEST(FormulaGrowth, IsLinearInSigns) {
+  ExpectLinear(5000, [](int n) { return Evaluate(Times(n, "-") + "x"); });
+}
+
+TEST(FormulaGrowth, IsLinearInNestedBrackets) {
+  ExpectLinear(49, [](int n) { return Evaluate(Times(n, "(x+") + "1" + Times(n, ")")); });
+}
+
+TEST(FormulaGrowth, IsLinearInBracketsThatAreTooDeep) {
+  ExpectAtMostLinear(20000, [](int n) {
+    return Refused<zyngrad::UsageError>(Evaluate(Times(n, "(") + "1" + Times(n, ")")));
+  });
+}
+
+TEST(FormulaGrowth, IsLinearInTheLengthOfAnUnknownName) {
+  ExpectLinear(20000, [](int n) {
+    return Refused<zyngrad::UsageError>(Evaluate(std::string(static_cast<std::size_t>(n), 'q')));
+  });
+}
+
+#ifdef ZYN_WITH_CGNS
+
+Work ReadCgnsFile(const TemporaryFolder& folder, int n, const std::function<void(CgnsTestFile&)>& describe) {
+  cg_set_file_type(CG_FILE_ADF);  // HDF5 takes ten times the instructions for opening a file, all of its own
+  const std::string file = folder.Path() + "/" + std::to_string(n) + ".cgns";
+  describe(*std::make_unique<CgnsTestFile>(file));
+  return ReadAndCheck(file);
+}
+
+std::vector<cgsize_t> ElementsOfRow(int nCubes) {
+  std::vector<cgsize_t> nodes;
+  for (int i = 0; i < nCubes; ++i) {
+    for (const int node : NodesOfCube(i)) nodes.push_back(node + 1);
+  }
+  return nodes;
+}
+
+void WriteRow(CgnsTestFile& file, int nCubes) {
+  file.Base();
+  file.Zone(PointsOfRow(nCubes), nCubes);
+  file.Section("Cells", CGNS_ENUMV(HEXA_8), 1, nCubes, ElementsOfRow(nCubes));
+}
+
+TEST(CgnsGrowth, IsLinearInCells) {
+  const TemporaryFolder folder;
+  ExpectLinear(
+      1500, [&](int n) { return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) { WriteRow(file, n); }); });
+}
+
+TEST(CgnsGrowth, IsLinearInPolygons) {
+  const TemporaryFolder folder;
+  ExpectLinear(1000, [&](int n) {
+    return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
+      const FaceMesh mesh = Row(n, 1);
+      file.Base();
+      file.Zone(mesh.points, n);
+      std::vector<cgsize_t> nodes, offsets = {0}, parents;
+      for (const int node : mesh.faceNode) nodes.push_back(node + 1);
+      for (int f = 0; f < mesh.nFaces(); ++f) {
+        offsets.push_back(static_cast<cgsize_t>(mesh.faceStart[static_cast<std::size_t>(f) + 1]));
+        parents.push_back(mesh.nFaces() + 1 + mesh.owner[static_cast<std::size_t>(f)]);
+      }
+      for (const int cell : mesh.neighbour) parents.push_back(cell < 0 ? 0 : mesh.nFaces() + 1 + cell);
+      file.Section("Faces", CGNS_ENUMV(NGON_n), 1, mesh.nFaces(), nodes, offsets, parents);
+    });
+  });
+}
+
+TEST(CgnsGrowth, IsLinearInSections) {
+  const TemporaryFolder folder;
+  ExpectLinear(60, [&](int n) {
+    return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
+      file.Base();
+      file.Zone(PointsOfRow(n), n);
+      const std::vector<cgsize_t> nodes = ElementsOfRow(n);
+      for (int i = 0; i < n; ++i) {
+        file.Section("S" + std::to_string(i), CGNS_ENUMV(HEXA_8), i + 1, i + 1,
+                     {nodes.begin() + 8 * i, nodes.begin() + 8 * (i + 1)});
+      }
+    });
+  });
+}
+
+// Each set of nodes has one face, but every set could look at every face.
+TEST(CgnsGrowth, IsLinearInConditionsByNodes) {
+  const TemporaryFolder folder;
+  ExpectLinear(60, [&](int n) {
+    return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
+      const int perCondition = 40;
+      WriteRow(file, perCondition * n);
+      for (int i = 0; i < n; ++i) {
+        const cgsize_t k = 4 * cgsize_t{perCondition} * i;
+        file.Condition("C" + std::to_string(i), CGNS_ENUMV(BCWall), CGNS_ENUMV(PointList),
+                       {k + 1, k + 2, k + 5, k + 6}, CGNS_ENUMV(Vertex));
+      }
+    });
+  });
+}
+
+TEST(CgnsGrowth, IsLinearInZonesThatAreTooMany) {
+  const TemporaryFolder folder;
+  ExpectLinear(60, [&](int n) {
+    return Refused<reference_host::MeshError>(ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
+      file.Base();
+      for (int i = 0; i < n; ++i) file.Zone(PointsOfRow(1), 1, "Zone" + std::to_string(i));
+    }));
+  });
+}
+
+#endif
+
+}  // namespace
