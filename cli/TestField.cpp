@@ -9,6 +9,7 @@
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
 #include "reference_host/LoadField.h"
+#include "reference_host/MeshFile.h"
 
 namespace zyngrad {
 namespace {
@@ -41,9 +42,10 @@ void CheckGradient(HostPartition& partition, const Expression& expression, const
 }
 
 std::string WarningAbout(const std::string& fieldFile, const std::vector<std::string>& patches) {
-  std::string names;
-  for (const std::string& patch : patches) names += (names.empty() ? "" : ", ") + Quoted(patch);
-  return Quoted(fieldFile) + " has no values for the faces of " + names + "; those of their cells stand in";
+  reference_host::NameList names;
+  for (const std::string& patch : patches) names.Add(Quoted(patch));
+  return Quoted(fieldFile) + " has no values for the faces of " + names.Text() +
+         "; those of their cells stand in";
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -32,8 +33,10 @@ class Bytes {
 
   /// Mostly small; 0xF8 and above stand for numbers that no small file can mean.
   cgsize_t Number() {
+    // The library counts in 4 or 8 bytes, as it was built.
+    using Limits = std::numeric_limits<cgsize_t>;
     static std::array<cgsize_t, 8> const extremes = {
-        -1, INT32_MAX, std::int64_t{INT32_MAX} + 1, INT32_MIN, INT64_MAX, INT64_MIN, INT64_MAX / 8, 1000000};
+        -1, INT32_MAX, INT32_MAX - 1, INT32_MIN, Limits::max(), Limits::min(), Limits::max() / 8, 1000000};
     int const byte = Byte();
     return byte >= 0xF8 ? extremes[static_cast<std::size_t>(byte - 0xF8)] : byte < 0xC0 ? byte : 0xBF - byte;
   }
@@ -101,7 +104,7 @@ class Writer {
 
   cgsize_t First() {
     cgsize_t const given = bytes_.Number();
-    return given == 0 ? next_ : given;
+    return given == 0 ? next_ : std::min<cgsize_t>(given, INT32_MAX - 8);
   }
 
   void WriteSection() {
@@ -114,7 +117,7 @@ class Writer {
     cg_npe(type, &nNodes);
     int const n = 1 + bytes_.Byte() % 8;
     std::vector<cgsize_t> const nodes = bytes_.Numbers(n * nNodes);
-    cgsize_t const first = std::min<cgsize_t>(First(), INT32_MAX);
+    cgsize_t const first = First();
     cg_section_write(file_, base_, zone_, Name("S").c_str(), type, first, first + n - 1, 0, nodes.data(),
                      &index);
     next_ = std::max(next_, first + n);
@@ -126,7 +129,7 @@ class Writer {
     for (int i = 0; i < n; ++i) offsets.push_back(offsets.back() + bytes_.Byte() % 10);
     std::vector<cgsize_t> entries = bytes_.Numbers(static_cast<int>(offsets.back()));
     entries.push_back(0);  // an array for none
-    cgsize_t const first = std::min<cgsize_t>(First(), INT32_MAX);
+    cgsize_t const first = First();
     int index = 0;
     cg_poly_section_write(file_, base_, zone_, Name("S").c_str(), type, first, first + n - 1, 0,
                           entries.data(), offsets.data(), &index);
