@@ -104,7 +104,7 @@ class Writer {
 
   cgsize_t First() {
     cgsize_t const given = bytes_.Number();
-    return given == 0 ? next_ : std::min<cgsize_t>(given, INT32_MAX - 8);
+    return std::min<cgsize_t>(given == 0 ? next_ : given, INT32_MAX - 8);
   }
 
   void WriteSection() {

@@ -1,6 +1,7 @@
 #include "reference_host/LoadField.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cmath>
@@ -183,6 +184,11 @@ TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = Load(name);
   EXPECT_EQ(refusal(name, mesh, "0/p"), "0/p: no such file, here or in the case");
+  if (Rank() == 0) {
+    EXPECT_EQ(mkfifo((name + "/0/pipe").c_str(), 0600), 0);
+  }
+  EXPECT_EQ(refusal(name, mesh, "0/pipe"), name + "/0/pipe: a pipe (FIFO), not a regular file");
+  EXPECT_EQ(refusal(name, mesh, "constant"), name + "/constant: a folder, not a regular file");
   EXPECT_EQ(refusal(name, mesh, "0/T"), name + "/0/T: 12 values for 16 cells");
 }
 
