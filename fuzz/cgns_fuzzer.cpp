@@ -128,14 +128,17 @@ class Writer {
     std::vector<cgsize_t> offsets = {0};
     for (int i = 0; i < n; ++i) offsets.push_back(offsets.back() + bytes_.Byte() % 10);
     std::vector<cgsize_t> entries = bytes_.Numbers(static_cast<int>(offsets.back()));
-    entries.push_back(0);  // an array for none
+    // The library finds the lengths for itself, from types and offsets, and does not stop at the end of nonsense.
+    entries.resize(4096, 0);
+    offsets.resize(4096, offsets.back());
     cgsize_t const first = First();
     int index = 0;
     cg_poly_section_write(file_, base_, zone_, Name("S").c_str(), type, first, first + n - 1, 0,
                           entries.data(), offsets.data(), &index);
     next_ = std::max(next_, first + n);
     if (index == 0 || bytes_.Byte() % 2 == 0) return;
-    std::vector<cgsize_t> const parents = bytes_.Numbers(4 * n);
+    std::vector<cgsize_t> parents = bytes_.Numbers(4 * n);
+    parents.resize(4096, 0);
     cg_parent_data_write(file_, base_, zone_, index, parents.data());
   }
 
