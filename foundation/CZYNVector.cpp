@@ -16,6 +16,14 @@ void ReportOutOfRange(int lower, int upper, int i) {
                  i);
 }
 
+// What a reference to an element of an empty vector refers to. Not a static member or local of the class: as the
+// class is exported, that would be a symbol that a process keeps one of for ever, and the library with it.
+template <typename T>
+T const& Nothing() {
+  static constexpr T kNothing{};
+  return kNothing;
+}
+
 }  // namespace
 
 template <typename T, int Base>
@@ -148,8 +156,7 @@ template <typename T, int Base>
 T const& CZYNVector<T, Base>::operator[](int i) const {
   if (!Out_Of_Range(i)) return m_pData[i];
   ReportOutOfRange(m_iLower, m_iUpper, i);
-  static constexpr T kNothing{};
-  return Empty() ? kNothing : m_pData[m_iLower];
+  return Empty() ? Nothing<T>() : m_pData[m_iLower];
 }
 
 template class CZYNVector<int, 0>;

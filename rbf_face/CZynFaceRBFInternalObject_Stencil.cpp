@@ -1,7 +1,6 @@
 // Stencils of methods 1 to 3: cells found around the target point, or cells around the face's vertices.
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
 #include <limits>
 
@@ -11,16 +10,29 @@
 
 namespace {
 
+// The digits of a number that is not negative. (The library's own std::to_chars keeps its table of digits in a
+// symbol that a process has one of for ever, and with it the shared object.)
+char* CopyDigits(int number, char* to) {
+  char reversed[std::numeric_limits<int>::digits10 + 1];
+  int n = 0;
+  do {
+    reversed[n++] = static_cast<char>('0' + number % 10);
+    number /= 10;
+  } while (number > 0);
+  while (n > 0) *to++ = reversed[--n];
+  return to;
+}
+
 // One line per face: formatted by hand, since printf's way would take as long as finding the stencil.
 void PrintTopologyProgress(int face, int nFace) {
   constexpr char kBegin[] = "Search topology relationship on (", kMiddle[] = " face/",
                  kEnd[] = " Total face)\r";
-  constexpr int kDigits = std::numeric_limits<int>::digits10 + 2;  // with a sign
+  constexpr int kDigits = std::numeric_limits<int>::digits10 + 1;
   char line[sizeof(kBegin) + sizeof(kMiddle) + sizeof(kEnd) + 2 * kDigits];
   char* at = std::copy_n(kBegin, sizeof(kBegin) - 1, line);
-  at = std::to_chars(at, at + kDigits, face).ptr;
+  at = CopyDigits(face, at);
   at = std::copy_n(kMiddle, sizeof(kMiddle) - 1, at);
-  at = std::to_chars(at, at + kDigits, nFace).ptr;
+  at = CopyDigits(nFace, at);
   std::copy_n(kEnd, sizeof(kEnd), at);
   PrintFlushed(line);
 }

@@ -57,15 +57,20 @@ void CZYNOptKer::Tree::TakeIn() {
   const bool few = added.size() < boxes.size() / 4;
   if (few) {
     boxes.insert(added.begin(), added.end());
-  } else {
-    added.insert(added.end(), boxes.begin(), boxes.end());
+  } else if (boxes.empty()) {
     boxes = RTree(added.begin(), added.end());
+  } else {
+    // In a list of their own: should there be no memory for the new tree, nothing has changed.
+    std::vector<Entry> all(boxes.begin(), boxes.end());
+    all.insert(all.begin(), added.begin(), added.end());
+    boxes = RTree(all.begin(), all.end());
   }
   added.clear();
   added.shrink_to_fit();
 }
 
-CZYNOptKer::CZYNOptKer() : tree_(std::make_shared<Tree>()) {}
+// std::make_shared would need a symbol that a process has one of for ever, and with it the shared object.
+CZYNOptKer::CZYNOptKer() : tree_(new Tree) {}
 
 CZYNOptKer::~CZYNOptKer() = default;
 
