@@ -7,8 +7,10 @@
 #include <limits>
 #include <system_error>
 
+#include "foundation/CNumbers.h"
 #include "foundation/Progress.h"
 #include "foundation/SettingsText.h"
+#include "foundation/WithoutTraps.h"
 
 namespace {
 
@@ -81,7 +83,11 @@ char const* SettingsFile::Value() {
   return value_;
 }
 
-double SettingsFile::Real() { return std::strtod(Value(), nullptr); }
+double SettingsFile::Real() {
+  CNumbers const withPoint;
+  WithoutTraps const ofOverflow;
+  return std::strtod(Value(), nullptr);
+}
 
 int SettingsFile::Integer() {
   constexpr long kLowest = std::numeric_limits<int>::min();

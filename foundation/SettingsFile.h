@@ -29,7 +29,8 @@ class SettingsFile {
   /// end of the file the former line stays and counts once more.
   void ReadLine();
 
-  /// The value of the line that was read last as a number, as much of it as is one; 0 when nothing is.
+  /// The value of the line that was read last as a number, as much of it as is one; 0 when nothing is. Decimals
+  /// stand behind a point, whatever the program's locale.
   double Real();
   int Integer();  ///< a value out of the range of int gives the nearest int
 

@@ -5,9 +5,11 @@
 // Both visit inner faces, partition faces, then boundary groups; ghost centres count as neighbour positions.
 // Symmetry faces are in the matrix and not in the right-hand side, which takes dphi = 0 across them.
 
-#include <algorithm>
-#include <iostream>
+#include <cstddef>
+#include <initializer_list>
 
+#include "foundation/Progress.h"
+#include "foundation/WithoutTraps.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "gradient/TwoFaces.h"
 #include "host/Zyn3dGV.h"
@@ -45,20 +47,19 @@ struct NormalEquations {
   double const *bx, *by, *bz;
 };
 
-template <class Value>
-struct Solution {
-  Value gx, gy, gz;
-  Value xPivot, yPivot;
-};
+enum class Pivots { Fine, Zero, LastIsZero };
 
 // Gaussian elimination of [xx xy xz | bx; xy yy yz | by; xz yz zz | bz] without row exchange, then
-// substitution from the bottom, for the cell i or for the cells i and i+1. The first two pivots, xx and yy2,
-// are left to the caller's test; zero in the last, zz3, gives a cell that is not finite.
+// substitution from the bottom, for the cell i or for the cells i and i+1.
+//
+// A pivot is looked at before anything is divided by it, since the solver may have told the processor to stop
+// the program at a division by zero. What is returned is of either cell; without an answer in g.
 template <class Value>
-Solution<Value> Solve(NormalEquations const& s, int i) {
+Pivots Solve(NormalEquations const& s, int i, bool acceptLastZero, Value (&g)[3]) {
   Value const xx = At<Value>(s.xx, i), xy = At<Value>(s.xy, i), xz = At<Value>(s.xz, i);
   Value const yy = At<Value>(s.yy, i), yz = At<Value>(s.yz, i), zz = At<Value>(s.zz, i);
   Value const bx = At<Value>(s.bx, i), by = At<Value>(s.by, i), bz = At<Value>(s.bz, i);
+  if (two_faces::AnyZero(xx)) return Pivots::Zero;
   Value const yFactor = xy / xx;
   Value const zFactor = xz / xx;
   Value const yy2 = yy - yFactor * xy;
@@ -67,18 +68,31 @@ Solution<Value> Solve(NormalEquations const& s, int i) {
   Value const zy2 = yz - zFactor * xy;
   Value const zz2 = zz - zFactor * xz;
   Value const bz2 = bz - zFactor * bx;
+  if (two_faces::AnyZero(yy2)) return Pivots::Zero;
   Value const zFactor2 = zy2 / yy2;
   Value const zz3 = zz2 - zFactor2 * yz2;
   Value const bz3 = bz2 - zFactor2 * by2;
-  Value const gz = bz3 / zz3;
-  Value const gy = (by2 - gz * yz2) / yy2;
-  Value const gx = (bx - gy * xy - xz * gz) / xx;
-  return {gx, gy, gz, xx, yy2};
+  if (!acceptLastZero && two_faces::AnyZero(zz3)) return Pivots::LastIsZero;
+  g[2] = bz3 / zz3;
+  g[1] = (by2 - g[2] * yz2) / yy2;
+  g[0] = (bx - g[1] * xy - xz * g[2]) / xx;
+  return Pivots::Fine;
+}
+
+// One cell. A zero in its last pivot is no failure: the cell is not finite then, and that does not trap.
+// @return false, without an answer, when one of the first two pivots is zero
+bool SolveCell(NormalEquations const& s, int i, double (&g)[3]) {
+  Pivots pivots = Solve(s, i, false, g);
+  if (pivots == Pivots::LastIsZero) {
+    WithoutTraps const whatFollows;
+    pivots = Solve(s, i, true, g);
+  }
+  return pivots == Pivots::Fine;
 }
 
 void ReportZeroPivot() {
-  std::cout << "aa[ii][j]=0." << std::endl;
-  std::cout << 4 << std::endl;
+  PrintFlushed("aa[ii][j]=0.\n");
+  PrintFlushed("4\n");
 }
 
 }  // namespace
@@ -170,21 +184,22 @@ void COperatorGradientImpl::GatherLeastSquaresRightHandSides(double const* phi) 
 // @return false when a cell's pivot is zero; that cell and the later ones then keep 0.0
 bool COperatorGradientImpl::SolveLeastSquares(double* gx, double* gy, double* gz) const {
   NormalEquations const system{m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz, m_pSyz, m_pBx, m_pBy, m_pBz};
-  auto const store = [=](int i, auto const& solution) {
-    StoreAt(gx, i, solution.gx), StoreAt(gy, i, solution.gy), StoreAt(gz, i, solution.gz);
+  auto const store = [=](int i, auto const& g) {
+    StoreAt(gx, i, g[0]), StoreAt(gy, i, g[1]), StoreAt(gz, i, g[2]);
   };
   int const nInnerCells = m_pMesh->NInnerCells;
-  int i = 1;
-  for (; i < nInnerCells; i += 2) {
-    Solution<Two> const solution = Solve<Two>(system, i);
-    if (two_faces::AnyZero(solution.xPivot, solution.yPivot)) break;
-    store(i, solution);
-  }
-  // The last cell of an odd number, or one by one up to the cell that stops the solution.
-  for (; i <= nInnerCells; ++i) {
-    Solution<double> const solution = Solve<double>(system, i);
-    if (solution.xPivot == 0.0 || solution.yPivot == 0.0) return false;
-    store(i, solution);
+  Two gOfTwo[3];
+  double g[3];
+  for (int i = 1; i <= nInnerCells;) {
+    if (i < nInnerCells && Solve(system, i, false, gOfTwo) == Pivots::Fine) {
+      store(i, gOfTwo);
+      i += 2;
+      continue;
+    }
+    // The last cell of an odd number, or the first of two of which one has a zero pivot.
+    if (!SolveCell(system, i, g)) return false;
+    store(i, g);
+    ++i;
   }
   return true;
 }

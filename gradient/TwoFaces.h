@@ -57,11 +57,13 @@ inline double Lesser(double x, double y) { return x < y ? x : y; }
 inline double Greater(double x, double y) { return x > y ? x : y; }
 #endif
 
-/// Whether any of the four numbers is exactly zero, of either sign.
-inline bool AnyZero(Two x, Two y) {
-  return (static_cast<int>(x[0] == 0.0) | static_cast<int>(x[1] == 0.0) | static_cast<int>(y[0] == 0.0) |
-          static_cast<int>(y[1] == 0.0)) != 0;
-}
+/// Whether a number, or either of two, is exactly zero, of either sign.
+inline bool AnyZero(double x) { return x == 0.0; }
+#if defined(__SSE2__)
+inline bool AnyZero(Two x) { return _mm_movemask_pd(_mm_cmpeq_pd(x, Two{0.0, 0.0})) != 0; }
+#else
+inline bool AnyZero(Two x) { return x[0] == 0.0 || x[1] == 0.0; }
+#endif
 
 /// Whether any of p[0..7], q[0..7] is above the limit.
 inline bool AnyOfEightAbove(int limit, int const* p, int const* q) {

@@ -8,4 +8,20 @@ long Allocations();
 /// Allocations by operator new that have not been given back.
 long LiveAllocations();
 
+/// Zeroed blocks of the library's large tables that have not been given back.
+long LiveBlocks();
+
+/// For its lifetime, the n-th allocation from now on, by operator new or of a zeroed block, fails as if there were no
+/// memory left for it.
+class FailingAllocation {
+ public:
+  explicit FailingAllocation(long n);
+  ~FailingAllocation();
+  FailingAllocation(const FailingAllocation&) = delete;
+  FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+  /// Whether there were so many.
+  bool Happened() const;
+};
+
 }  // namespace gradient_test

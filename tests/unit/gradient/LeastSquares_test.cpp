@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iomanip>
+#include <iostream>
 #include <limits>
 #include <string>
 
@@ -548,6 +550,51 @@ TEST(LeastSquares, ZeroLastPivotPrintsNothingLeavesNonFiniteValuesAndExchanges) 
   for (const int c : {1, 3}) EXPECT_TRUE(std::isfinite(fit.g.x[c]) && std::isfinite(fit.g.z[c])) << c;
   EXPECT_EQ(ThreeArrayExchange(false, fit.g.x.Data(), fit.g.y.Data(), fit.g.z.Data()),
             fit.host.communication.Calls());
+}
+
+// Two cells are solved side by side unless one of them has a zero pivot: any cell among any others, scales far apart,
+// against one system after the other.
+TEST(LeastSquares, EveryCellEqualsThePlainEliminationWhateverStandsBesideIt) {
+  Random random(2024);
+  int nStopped = 0, nLastPivotZero = 0;
+  for (int run = 0; run < 400; ++run) {
+    std::vector<std::vector<Vector3>> cells(static_cast<std::size_t>(UniformInt(random, 1, 40)));
+    for (std::vector<Vector3>& offsets : cells) {
+      const int kind = UniformInt(random, 0, 400);
+      if (kind == 0) continue;  // no neighbours: the first pivot is 0
+      if (kind < 3) offsets = kNoX;
+      if (kind >= 3 && kind < 5) offsets = kNoY;
+      if (kind >= 5 && kind < 40) offsets = kNoZ;
+      if (kind < 40) continue;
+      const double size = std::pow(10.0, UniformInt(random, -6, 6));
+      for (int k = UniformInt(random, 3, 8); k > 0; --k)
+        offsets.push_back(
+            {Uniform(random, -size, size), Uniform(random, -size, size), Uniform(random, -size, size)});
+    }
+    const MeshDescription mesh = CellsWithWallNeighbours(cells);
+    const Field phi = TameField(random, mesh);
+    Fit fit(mesh);
+    const std::string printed = fit.Run(phi);
+    const LeastSquaresResult plain = LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange());
+    EXPECT_EQ(printed, plain.zeroPivot ? kSingularLines : "") << run;
+    EXPECT_TRUE(SameBits(plain.g, fit.g)) << run;
+    nStopped += plain.zeroPivot ? 1 : 0;
+    for (int c = 1; c <= mesh.nInnerCells; ++c) nLastPivotZero += std::isfinite(fit.g.z[c]) ? 0 : 1;
+  }
+  EXPECT_LT(20, nStopped);
+  EXPECT_GT(300, nStopped);
+  EXPECT_LT(100, nLastPivotZero);
+}
+
+TEST(LeastSquares, TheMessageIsTheSameWhateverTheProgramSetInItsStream) {
+  const std::ios::fmtflags flags = std::cout.flags();
+  Fit fit(CellsWithWallNeighbours({kNoX}));
+  std::cout << std::hex << std::showbase << std::showpos << std::setw(20);
+  EXPECT_EQ(kSingularLines, fit.Run({0.0, 1.0, 2.0, 3.0}));
+  EXPECT_EQ(20, std::cout.width(0));
+  std::cout.flags(std::ios::dec | std::ios::showpos);
+  EXPECT_EQ(kSingularLines, fit.Run({0.0, 1.0, 2.0, 3.0}));
+  std::cout.flags(flags);
 }
 
 TEST(LeastSquares, NaNPivotPassesTheTest) {

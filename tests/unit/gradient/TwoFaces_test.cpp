@@ -35,12 +35,16 @@ TEST(TwoFaces, LooksAtEightAndNoMore) {
 
 TEST(TwoFaces, AZeroOfEitherSignIsFoundInEveryPlace) {
   for (double const zero : {0.0, -0.0}) {
-    EXPECT_TRUE(AnyZero(Two{zero, 1.0}, Two{1.0, 1.0}));
-    EXPECT_TRUE(AnyZero(Two{1.0, zero}, Two{1.0, 1.0}));
-    EXPECT_TRUE(AnyZero(Two{1.0, 1.0}, Two{zero, 1.0}));
-    EXPECT_TRUE(AnyZero(Two{1.0, 1.0}, Two{1.0, zero}));
+    EXPECT_TRUE(AnyZero(zero));
+    EXPECT_TRUE(AnyZero(Two{zero, 1.0}));
+    EXPECT_TRUE(AnyZero(Two{1.0, zero}));
+    EXPECT_TRUE(AnyZero(Two{zero, zero}));
   }
-  EXPECT_FALSE(AnyZero(Two{1.0, -1.0}, Two{5e-324, NAN}));
+  for (double const other : {1.0, -1.0, 5e-324, static_cast<double>(NAN)}) {
+    EXPECT_FALSE(AnyZero(other));
+    EXPECT_FALSE(AnyZero(Two{1.0, other}));
+    EXPECT_FALSE(AnyZero(Two{other, 1.0}));
+  }
 }
 
 // By way of a volatile: two constants are folded by some compilers as if the order of the two did not matter. Field

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cfenv>
+
+/// As long as this lives, floating-point exceptions do not trap; afterwards they trap as they did before.
+///
+/// Solvers run with traps for division by zero, invalid operations and overflow to find their own errors. The
+/// set-ups of the operators have results that are defined to be infinite or not a number (a mean over no faces,
+/// the error of no points, a stencil without extent), and what a LAPACK does inside is its own affair. Neither may
+/// stop the solver. A program without traps is left alone, so that it finds the flags raised as ever.
+class WithoutTraps {
+ public:
+  WithoutTraps() : held_(SomethingTraps() && std::feholdexcept(&environment_) == 0) {}
+  ~WithoutTraps() {
+    if (held_) std::fesetenv(&environment_);
+  }
+  WithoutTraps(WithoutTraps const&) = delete;
+  WithoutTraps& operator=(WithoutTraps const&) = delete;
+
+ private:
+  static bool SomethingTraps() {
+#if defined(__GLIBC__)
+    return fegetexcept() != 0;
+#else
+    return true;  // nobody can tell
+#endif
+  }
+
+  std::fenv_t environment_;
+  bool held_;
+};

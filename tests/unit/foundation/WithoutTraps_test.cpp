@@ -1,0 +1,66 @@
+#include "foundation/WithoutTraps.h"
+
+#include <gtest/gtest.h>
+
+#include <cfenv>
+#include <cmath>
+
+#include "tests/unit/gradient/ArmedTraps.h"
+
+// Where results are defined to be no finite numbers, a program with traps goes on, and has its traps again afterwards.
+
+namespace {
+
+using gradient_test::ArmedTraps;
+
+double volatile zero = 0.0, one = 1.0, largest = 1e308;
+
+TEST(WithoutTraps, NothingStopsTheProgramAndTheTrapsAreBackAfterwards) {
+  ArmedTraps const traps;
+  double infinite = 0.0, noNumber = 0.0, tooLarge = 0.0;
+  {
+    WithoutTraps const held;
+    EXPECT_EQ(fegetexcept(), 0);
+    infinite = one / zero;
+    noNumber = zero / zero;
+    tooLarge = largest * largest;
+  }
+  EXPECT_TRUE(traps.StillArmed());
+  EXPECT_TRUE(std::isinf(infinite));
+  EXPECT_TRUE(std::isnan(noNumber));
+  EXPECT_TRUE(std::isinf(tooLarge));
+}
+
+TEST(WithoutTraps, InEachOtherEndWithTheOutermost) {
+  ArmedTraps const traps;
+  {
+    WithoutTraps const outer;
+    { WithoutTraps const inner; }
+    EXPECT_EQ(fegetexcept(), 0);
+  }
+  EXPECT_TRUE(traps.StillArmed());
+}
+
+TEST(WithoutTraps, AProgramWithoutTrapsFindsItsFlagsRaised) {
+  std::feclearexcept(FE_ALL_EXCEPT);
+  {
+    WithoutTraps const held;
+    double const volatile infinite = one / zero;
+    EXPECT_TRUE(std::isinf(infinite));
+  }
+  EXPECT_NE(std::fetestexcept(FE_DIVBYZERO), 0);
+  std::feclearexcept(FE_ALL_EXCEPT);
+}
+
+TEST(WithoutTraps, KeepsTheRoundingOfTheProgram) {
+  std::fesetround(FE_UPWARD);
+  {
+    ArmedTraps const traps;
+    WithoutTraps const held;
+    EXPECT_EQ(std::fegetround(), FE_UPWARD);
+  }
+  EXPECT_EQ(std::fegetround(), FE_UPWARD);
+  std::fesetround(FE_TONEAREST);
+}
+
+}  // namespace

@@ -1,0 +1,44 @@
+#include <gtest/gtest.h>
+
+#include <new>
+#include <optional>
+
+#include "tests/unit/gradient/AllocationCount.h"
+#include "tests/unit/gradient/TestHost.h"
+
+// Memory may run out at every allocation: the exception is the allocator's, the operator can be destroyed, and nothing
+// stays behind.
+
+namespace gradient_test {
+namespace {
+
+TEST(GradientWithoutMemory, NoSetUpLeavesAnythingBehind) {
+  for (int type : {0, 1}) {
+    long n = 0;
+    for (bool happened = true; happened;) {
+      ++n;
+      const long live = LiveAllocations();
+      bool threw = false;
+      {
+        TestHost host(Box({0, 1, 2}, {0, 1, 2}, {0, 1, 2}));  // what it records is its own
+        std::optional<COperatorGradient> gradient;
+        const FailingAllocation failing(n);
+        try {
+          gradient.emplace();
+          host.ConnectTo(*gradient);
+          gradient->getGradType(type);
+          gradient->Initialize();
+        } catch (const std::bad_alloc&) {
+          threw = true;
+        }
+        happened = failing.Happened();
+      }
+      EXPECT_EQ(threw, happened) << "allocation " << n;
+      EXPECT_EQ(live, LiveAllocations()) << "allocation " << n;
+    }
+    EXPECT_LT(type == 1 ? 10 : 1, n) << "the state, and nine arrays of cells for least squares";
+  }
+}
+
+}  // namespace
+}  // namespace gradient_test
