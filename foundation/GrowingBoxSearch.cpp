@@ -11,18 +11,26 @@ namespace {
 // A point this many steps away from its neighbours is far outside the mesh; from there on the growth leaps.
 constexpr int kStepsOneByOne = 1000;
 
+constexpr double kEntryHalfWidth = 1e-6;  // L; what the operators give a point as a box of a tree
+
 }  // namespace
 
 GrowingBoxSearch::Answer GrowingBoxSearch::AtLeast(int wanted, double x, double y, double z) const {
   bool const grows = step_ > 0.0 && std::isfinite(x) && std::isfinite(y) && std::isfinite(z);
+  if (!grows) {
+    Answer const answer = Search(step_, x, y, z);
+    return answer.count >= wanted ? answer : SearchEverything(x, y, z);
+  }
+  if (nEntry_ != kUnknown) return Grow(std::min(wanted, nEntry_), x, y, z);
+  Answer const answer = Grow(wanted, x, y, z);
+  // Once more if it ended at the bounds, as the question for all has then taken the answer's place in the tree.
+  return answer.count >= wanted ? answer : Search(answer.halfWidth, x, y, z);
+}
+
+GrowingBoxSearch::Answer GrowingBoxSearch::Grow(int wanted, double x, double y, double z) const {
   for (int k = 1; k <= kStepsOneByOne; ++k) {
     Answer const answer = Search(k * step_, x, y, z);
-    if (answer.count >= wanted) return answer;
-    if (!grows) return SearchEverything(x, y, z);
-    if (!Covers(answer.halfWidth, x, y, z)) continue;
-    if (bounds_ == Bounds::Exact) return answer;
-    // Once more, as the question for all has taken the answer's place in the tree.
-    if (!TreeHolds(wanted, x, y, z)) return Search(answer.halfWidth, x, y, z);
+    if (IsEnough(answer, wanted, x, y, z)) return answer;
   }
   return LeapTo(kStepsOneByOne, wanted, x, y, z);
 }
@@ -46,12 +54,13 @@ GrowingBoxSearch::Answer GrowingBoxSearch::LeapTo(double farthestTooSmall, int w
 }
 
 bool GrowingBoxSearch::IsEnough(Answer const& answer, int wanted, double x, double y, double z) const {
+  double const d = answer.halfWidth;
   if (answer.count >= wanted) return true;
-  return Covers(answer.halfWidth, x, y, z) && (bounds_ == Bounds::Exact || !TreeHolds(wanted, x, y, z));
-}
-
-bool GrowingBoxSearch::TreeHolds(int wanted, double x, double y, double z) const {
-  return SearchEverything(x, y, z).count >= wanted;
+  if (nEntry_ != kUnknown) return Covers(d, x, y, z);
+  // By rounding, a cube may hold all without covering their points, which are boxes in the tree.
+  if (!Covers(d + kEntryHalfWidth, x, y, z)) return false;
+  int const nAll = SearchEverything(x, y, z).count;
+  return nAll < wanted && (answer.count == nAll || Covers(d, x, y, z));
 }
 
 bool GrowingBoxSearch::Covers(double d, double x, double y, double z) const {

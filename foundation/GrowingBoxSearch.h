@@ -7,21 +7,22 @@ class CZYNOptKer;
 /// The search for at least so many neighbours of a point: a cube around it that grows by one step at a time
 /// until the tree finds enough entries in it.
 ///
-/// The growth always ends. Once the cube covers the bounds of all entries, more growth finds nothing more, and
-/// what it holds is the answer, however little. If the first cube holds too little and the step makes nothing grow
-/// (zero, negative, not a number), one search covers everything.
+/// The growth always ends. The first cube that holds all entries is the answer, however few they are: more growth
+/// finds nothing more. Where entries are missing from the tree, it is the first cube that covers the bounds. If the
+/// first cube holds too little and the step makes nothing grow (zero, negative, not a number), one search covers
+/// everything.
 class GrowingBoxSearch {
  public:
-  enum class Bounds {
-    Exact,
-    Estimate,  ///< the tree may hold entries beyond: before the growth ends it is asked for all of them
-  };
+  /// In a tree of `nEntry` entries whose points have the bounds `entries`.
+  /// @param tree  must outlive this
+  /// @param step  L, by which the half-width grows
+  GrowingBoxSearch(CZYNOptKer& tree, BoundingBox const& entries, int nEntry, double step)
+      : tree_(tree), entries_(entries), nEntry_(nEntry), step_(step) {}
 
-  /// @param tree     must outlive this
-  /// @param entries  bounds of the points in the tree
-  /// @param step     L, by which the half-width grows
-  GrowingBoxSearch(CZYNOptKer& tree, BoundingBox const& entries, double step, Bounds bounds = Bounds::Exact)
-      : tree_(tree), entries_(entries), step_(step), bounds_(bounds) {}
+  /// In a tree of which somebody else knows the content: before the growth ends at the bounds, an estimate, it is
+  /// asked for all of its entries.
+  GrowingBoxSearch(CZYNOptKer& tree, BoundingBox const& estimate, double step)
+      : GrowingBoxSearch(tree, estimate, kUnknown, step) {}
 
   struct Answer {
     int const* ids;    ///< [0..count-1], owned by the tree and valid until its next search
@@ -34,15 +35,17 @@ class GrowingBoxSearch {
   Answer AtLeast(int wanted, double x, double y, double z) const;
 
  private:
+  static constexpr int kUnknown = -1;
+
+  Answer Grow(int wanted, double x, double y, double z) const;
   Answer Search(double halfWidth, double x, double y, double z) const;
   Answer SearchEverything(double x, double y, double z) const;
   Answer LeapTo(double farthestTooSmall, int wanted, double x, double y, double z) const;
   bool IsEnough(Answer const& answer, int wanted, double x, double y, double z) const;
-  bool TreeHolds(int wanted, double x, double y, double z) const;
   bool Covers(double halfWidth, double x, double y, double z) const;
 
   CZYNOptKer& tree_;
   BoundingBox entries_;
+  int nEntry_;
   double step_;
-  Bounds bounds_;
 };

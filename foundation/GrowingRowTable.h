@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "foundation/ZeroedBlock.h"
@@ -26,12 +27,14 @@ class PieceStore {
   struct Free {
     void operator()(char* block) const { FreeZeroedBlock(block); }
   };
+  using Block = std::unique_ptr<char, Free>;
 
   // Blocks double, so that small tables stay small and large ones are few blocks with large pages.
   void Refill(std::size_t nByte) {
     std::size_t const size = std::max(nByte, nextSize_);
+    Block block(static_cast<char*>(NewZeroedBlock(size)));  // owned before the list has to grow
+    blocks_.push_back(std::move(block));
     nextSize_ = std::min(2 * nextSize_, kLargestBlock);
-    blocks_.emplace_back(static_cast<char*>(NewZeroedBlock(size)));
     next_ = blocks_.back().get();
     left_ = size;
   }
@@ -39,7 +42,7 @@ class PieceStore {
   static constexpr std::size_t kAlignment = 8;
   static constexpr std::size_t kLargestBlock = std::size_t{1} << 26;
 
-  std::vector<std::unique_ptr<char, Free>> blocks_;
+  std::vector<Block> blocks_;
   std::size_t nextSize_ = std::size_t{1} << 14;
   std::size_t left_ = 0;
   char* next_ = nullptr;

@@ -8,39 +8,54 @@ namespace {
 constexpr std::size_t kNameSize = 1024;         // with the terminator
 constexpr std::size_t kOldExtensionLength = 4;  // the point and three letters
 
-// Copies the key and gives the position at which the scan stopped: that of the "=", or the end of the line.
-std::size_t CopyKey(char const* line, char* key) {
-  std::size_t i = 0;
-  for (; line[i] != '\0' && line[i] != '='; ++i) {
+// Copies the first `stop` characters of the line without blanks and newlines. The key may take the place of the
+// line: it never gets ahead of what is read.
+void CopyKey(char const* line, std::size_t stop, char* key) {
+  for (std::size_t i = 0; i < stop; ++i) {
     if (line[i] != ' ' && line[i] != '\n') *key++ = line[i];
   }
   *key = '\0';
-  return i;
-}
-
-// The value begins at the first character behind the "=" that is not a blank, or, with none up to the end of
-// the line, at the "=" itself.
-char const* ValueBehind(char const* equalsSign) {
-  char const* const value = equalsSign + 1 + std::strspn(equalsSign + 1, " ");
-  return *value != '\0' ? value : equalsSign;
 }
 
 void CopyToNewline(char const* from, char* to) {
   std::size_t const length = std::strcspn(from, "\n");
-  std::memcpy(to, from, length);
+  std::memmove(to, from, length);
   to[length] = '\0';
+}
+
+// The value of a line without "=": its last character, unless that is the newline.
+void CopyLast(char last, char* to) {
+  to[0] = last == '\n' ? '\0' : last;
+  to[1] = '\0';
+}
+
+// From the first character behind the "=" that is not a blank, or, with none up to the end of the line, from the
+// "=" itself, which by now may be overwritten.
+void CopyValueBehind(char const* equalsSign, char* to) {
+  char const* const behind = equalsSign + 1;
+  char const* const begin = behind + std::strspn(behind, " ");
+  if (*begin != '\0') {
+    CopyToNewline(begin, to);
+  } else {
+    std::memmove(to + 1, behind, static_cast<std::size_t>(begin - behind) + 1);
+    to[0] = '=';
+  }
 }
 
 }  // namespace
 
 int SplitSettingsLine(char const* line, char* key, char* value) {
-  std::size_t const stop = CopyKey(line, key);
+  // All that is asked of the line up to its "=" is asked before the key is written, perhaps into the line itself.
+  std::size_t const stop = std::strcspn(line, "=");
   bool const hasEqualsSign = line[stop] == '=';
+  char const last = stop > 0 ? line[stop - 1] : '\0';
+  CopyKey(line, stop, key);
   if (key[0] == '\0') {
     value[0] = '\0';
+  } else if (!hasEqualsSign) {
+    CopyLast(last, value);
   } else {
-    // Without a "=" the scan stopped behind the last character.
-    CopyToNewline(hasEqualsSign ? ValueBehind(line + stop) : line + stop - 1, value);
+    CopyValueBehind(line + stop, value);
   }
   return hasEqualsSign ? 1 : 0;
 }

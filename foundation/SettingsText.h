@@ -4,7 +4,8 @@
 /// The text handling of the settings files, one implementation behind the members of the same purpose in the
 /// three radial-basis classes.
 
-/// Splits a settings line at its first "=" into `key` and `value`, which have room for the whole line.
+/// Splits a settings line at its first "=" into `key` and `value`, which have room for the whole line. Either of
+/// them may be `line` itself.
 ///
 /// `key` is what stands before the "=", without blanks and newlines; tabs stay. `value` begins behind the "="
 /// at the first character that is not a blank and ends at the first newline; blanks at its end stay. Three

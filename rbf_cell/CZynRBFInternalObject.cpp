@@ -8,6 +8,7 @@
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
 #include "foundation/SettingsText.h"
+#include "foundation/WithoutTraps.h"
 #include "foundation/ZeroedBlock.h"
 #include "host/ZYNCommunication.h"
 #include "host/ZYNOptKer.h"
@@ -118,6 +119,7 @@ int CZynRBFInternalObject::getCommunication(CCommunication* pComm) {
 const char* CZynRBFInternalObject::getErrorMsg() { return m_szError; }
 
 int CZynRBFInternalObject::InitialRBFSetting() {
+  WithoutTraps const duringSetUp;
   ChangeFileName(m_szRBFFileName, ".rbf", m_pGV->BaseFileName);
   m_iWorstElement = 0;
   iShape_Normalize = 0;

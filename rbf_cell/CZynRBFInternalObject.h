@@ -119,8 +119,7 @@ class ZYN_EXPORT CZynRBFInternalObject {
   /// the face's i-th node, over all its nodes.
   /// @note Two asymmetries are on purpose: the nodes come from the partition faces' table whatever the kind,
   /// and the cells from the row of the running number i instead of the node's. Entries beyond the end of a
-  /// NodeCell row count as nothing.
-  /// @param face  1..; the partition faces' table must have this row, unless there is no such table
+  /// NodeCell row count as nothing, and so does a face whose number is beyond the partition faces.
   int CountingfaceToCellconnectionNumber(int face, int kind);
 
   /// Does nothing: the face family takes its two nodes from the mesh. @return 0
@@ -173,8 +172,9 @@ class ZYN_EXPORT CZynRBFInternalObject {
   // search supplies a filled tree and the map of its identities.
 
   /// Reads the settings, makes the tables of `nIB` points without rows, places the cells, and prints two lines
-  /// per cell; no point is searched. The points' tables of a former call are released; `m_pRBFnode` and
-  /// `m_piNodeKind` are made anew and the former ones left behind, as in every repeated set-up of this class.
+  /// per cell; no point is searched. The points' tables, `m_pRBFnode` and `m_piNodeKind` are made
+  /// anew and the former ones left behind, as in every repeated set-up of this class: a copy of the object may
+  /// still read them.
   /// @param[in] nIB  number of points; the other arguments are not used
   /// @return 0
   int Initialize_IBInterpolateData(double* pCellMark, int nIB, double* x, double* y, double* z, int iMethod,
@@ -231,7 +231,7 @@ class ZYN_EXPORT CZynRBFInternalObject {
   double m_dStoredLimit = 0.0;                 ///< not read
   double m_dStoredFactor = 0.0;                ///< not read
   char m_szRBFFileName[1024] = "";
-  double Span = 0.0;         ///< support radius over the stencil's length
+  double Span = 500.0;       ///< support radius over the stencil's length
   int iShape_Normalize = 0;  ///< 1: shape-normalised form of the kernel; any other value: plain form
 
   /// [1..NInnerCells] stencil: row[0] members at row[1..row[0]], the cell first; one element more, left zero.

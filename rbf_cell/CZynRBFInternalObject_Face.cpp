@@ -11,6 +11,7 @@
 #include "foundation/DQVector.h"
 #include "foundation/Progress.h"
 #include "foundation/RowTable.h"
+#include "foundation/WithoutTraps.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 
@@ -52,9 +53,12 @@ enum TableMode : int { kTwoNodes = 0, kAllNodes = 1 };
 constexpr int kTwoNodeStencil = 2;
 constexpr int kTwoNodeRow = 4;  // elements 1 to 3 are written: two weights and a multiplier
 
-/// Number of distinct cells around a face; `seen` is work storage.
-int CountCellsAround(CZYN3DFiniteVolumeMesh const& mesh, int face, int kind, std::vector<int>& seen) {
+/// Number of distinct cells around a face; `seen` is work storage. The table of nodes need not have rows beyond the
+/// partition faces.
+int CountCellsAround(CZYN3DFiniteVolumeMesh const& mesh, int nParInterFace, int face, int kind,
+                     std::vector<int>& seen) {
   if (kind < kInner || kind > kPartition || mesh.ijParLnods == nullptr) return 0;
+  if (face < 1 || face > nParInterFace) return 0;
   int const* const nodes = mesh.ijParLnods[face];
   seen.clear();
   for (int i = 1; i <= nodes[0]; ++i) {
@@ -74,8 +78,7 @@ std::vector<int> StencilSizes(CZYN3DFiniteVolumeMesh const& mesh, int nParInterF
   std::vector<int> sizes(static_cast<std::size_t>(nFace) + 1, kTwoNodeStencil);
   if (mode == kTwoNodes) return sizes;
   std::vector<int> seen;
-  // The table need not have rows beyond the partition faces.
-  for (int f = 1; f <= nFace; ++f) sizes[f] = f <= nParInterFace ? CountCellsAround(mesh, f, kind, seen) : 0;
+  for (int f = 1; f <= nFace; ++f) sizes[f] = CountCellsAround(mesh, nParInterFace, f, kind, seen);
   return sizes;
 }
 
@@ -157,12 +160,15 @@ int CZynRBFInternalObject::faceToCellconnection_memoryallocate(int mode) {
 
 int CZynRBFInternalObject::CountingfaceToCellconnectionNumber(int face, int kind) {
   std::vector<int> seen;
-  return CountCellsAround(*m_pMesh, face, kind, seen);
+  // Who asks without partition faces knows of a row for this one.
+  int const nParInterFace = m_pPartFace != nullptr ? m_pPartFace->NParInterFace() : face;
+  return CountCellsAround(*m_pMesh, nParInterFace, face, kind, seen);
 }
 
 int CZynRBFInternalObject::SetfaceToCellconnection(int) { return 0; }
 
 int CZynRBFInternalObject::DeriveRBFweighting_InnerfaceFlux() {
+  WithoutTraps const duringSetUp;
   MAX_Weithting_Residual_Normal = 0.0;
   for (int f = 1; f <= m_pMesh->NInnerFaces; ++f) DeriveInnerFaceCoefficentBysolveDQfullMatrix(f);
   PrintFlushed("Inner face RBF flux Interpolation is done.\n");
@@ -171,6 +177,7 @@ int CZynRBFInternalObject::DeriveRBFweighting_InnerfaceFlux() {
 }
 
 int CZynRBFInternalObject::DeriveRBFweighting_InletfaceFlux() {
+  WithoutTraps const duringSetUp;
   ClearResiduals();
   for (int f = 1; f <= m_pMesh->NInlet; ++f) DeriveInletFaceCoefficentBysolveDQfullMatrix(f);
   PrintFlushed("Inelt face RBF flux Interpolation is done.\n");
@@ -179,6 +186,7 @@ int CZynRBFInternalObject::DeriveRBFweighting_InletfaceFlux() {
 }
 
 int CZynRBFInternalObject::DeriveRBFweighting_OutletfaceFlux() {
+  WithoutTraps const duringSetUp;
   ClearResiduals();
   for (int f = 1; f <= m_pMesh->NOutlet; ++f) DeriveOutletFaceCoefficentBysolveDQfullMatrix(f);
   PrintFlushed("Outlet face flux Interpolation is done.\n");
@@ -189,6 +197,7 @@ int CZynRBFInternalObject::DeriveRBFweighting_OutletfaceFlux() {
 // The inlet operation, on purpose; walls beyond the number of inlet faces have no inlet arrays to be read
 // from.
 int CZynRBFInternalObject::DeriveRBFweighting_WallfaceFlux() {
+  WithoutTraps const duringSetUp;
   ClearResiduals();
   int const nFace = std::min(m_pMesh->NWall, m_pMesh->NInlet);
   for (int f = 1; f <= nFace; ++f) DeriveInletFaceCoefficentBysolveDQfullMatrix(f);
@@ -198,6 +207,7 @@ int CZynRBFInternalObject::DeriveRBFweighting_WallfaceFlux() {
 }
 
 int CZynRBFInternalObject::DeriveRBFweighting_PartInterfaceFlux() {
+  WithoutTraps const duringSetUp;
   ClearResiduals();
   int const nParInterFace = m_pPartFace->NParInterFace();
   for (int f = 1; f <= nParInterFace; ++f) DerivePartInterFaceCoefficentBysolveDQfullMatrix(f);
@@ -207,6 +217,7 @@ int CZynRBFInternalObject::DeriveRBFweighting_PartInterfaceFlux() {
 }
 
 int CZynRBFInternalObject::DeriveInletFaceCoefficentBysolveDQfullMatrix(int f) {
+  WithoutTraps const duringSetUp;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   DQVector const centre = {mesh.ijInletxc[f], mesh.ijInletyc[f], mesh.ijInletzc[f]};
   DeriveFaceCoefficents({*this, mesh.ijInletCV[f], mesh.ijInlet[f], centre}, f, m_ppRBFInletFaceCoef);
@@ -214,6 +225,7 @@ int CZynRBFInternalObject::DeriveInletFaceCoefficentBysolveDQfullMatrix(int f) {
 }
 
 int CZynRBFInternalObject::DeriveOutletFaceCoefficentBysolveDQfullMatrix(int f) {
+  WithoutTraps const duringSetUp;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   DQVector const centre = {mesh.ijOutletxc[f], mesh.ijOutletyc[f], mesh.ijOutletzc[f]};
   DeriveFaceCoefficents({*this, mesh.ijOutletCV[f], mesh.ijOutlet[f], centre}, f, m_ppRBFOutletFaceCoef);
@@ -221,6 +233,7 @@ int CZynRBFInternalObject::DeriveOutletFaceCoefficentBysolveDQfullMatrix(int f) 
 }
 
 int CZynRBFInternalObject::DeriveWallFaceCoefficentBysolveDQfullMatrix(int f) {
+  WithoutTraps const duringSetUp;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   DQVector const centre = {mesh.ijWallxc[f], mesh.ijWallyc[f], mesh.ijWallzc[f]};
   DeriveFaceCoefficents({*this, mesh.ijWallCV[f], mesh.ijWall[f], centre}, f, m_ppRBFWallFaceCoef);
@@ -228,6 +241,7 @@ int CZynRBFInternalObject::DeriveWallFaceCoefficentBysolveDQfullMatrix(int f) {
 }
 
 int CZynRBFInternalObject::DerivePartInterFaceCoefficentBysolveDQfullMatrix(int f) {
+  WithoutTraps const duringSetUp;
   CPartitionFace_DLL& faces = *m_pPartFace;
   DQVector const centre = {faces.ijParxc()[f], faces.ijParyc()[f], faces.ijParzc()[f]};
   DeriveFaceCoefficents({*this, faces.ijParCV()[f], faces.ijPar()[f], centre}, f, m_ppRBFPartInterFaceCoef);
@@ -255,6 +269,7 @@ void CZynRBFInternalObject::DeriveFaceCoefficents(FaceNodes const& nodes, int f,
 // One column: the derivative along the face's normal, summed in the order y, x, z. The residual is the
 // multiplier.
 int CZynRBFInternalObject::DeriveInnerFaceCoefficentBysolveDQfullMatrix(int f) {
+  WithoutTraps const duringSetUp;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   FaceNodes const nodes(*this, mesh.ijCV[f], mesh.ij[f], {mesh.ijxc[f], mesh.ijyc[f], mesh.ijzc[f]});
   DQVector const normal = UnitNormal({mesh.ijSx[f], mesh.ijSy[f], mesh.ijSz[f]});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 
 #include "foundation/BoundingBox.h"
 #include "foundation/CellPositions.h"
@@ -9,6 +10,7 @@
 #include "foundation/GrowingBoxSearch.h"
 #include "foundation/KernelSystem.h"
 #include "foundation/Progress.h"
+#include "foundation/WithoutTraps.h"
 #include "foundation/ZeroedBlock.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
@@ -20,23 +22,17 @@ enum SearchMethod : int { kFixedCube = 1, kGrowingCube = 2 };
 
 constexpr int kResetBlockSize = 4;
 
+// Rows 0..nPoint, all null.
 template <typename T>
-T** NewPointTable(int nPoint) {
-  return new T*[static_cast<std::size_t>(std::max(nPoint, 0)) + 1]();
-}
-
-template <typename T>
-void DeletePointTable(T**& table, int nPoint) {
-  if (table == nullptr) return;
-  for (int i = 0; i <= nPoint; ++i) delete[] table[i];
-  delete[] table;
-  table = nullptr;
+std::unique_ptr<T* []> NewPointTable(int nPoint) {
+  return std::unique_ptr<T*[]>(new T*[static_cast<std::size_t>(std::max(nPoint, 0)) + 1]());
 }
 
 // Element 0 and n elements behind it, in place of a former row.
 template <typename T>
 void RenewRow(T*& row, int n) {
   delete[] row;
+  row = nullptr;  // there may be no memory for the new one
   row = new T[static_cast<std::size_t>(n) + 1]();
 }
 
@@ -44,6 +40,7 @@ void RenewRow(T*& row, int n) {
 
 int CZynRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int nIB, double*, double*, double*,
                                                         int, double, int) {
+  WithoutTraps const duringSetUp;
   ChangeFileName(m_szRBFFileName, ".rbf", m_pGV->BaseFileName);
   ReadRBFbackdoorfile();
   CreateIBTables(nIB);
@@ -62,17 +59,20 @@ int CZynRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int n
   return 0;
 }
 
+// Tables of an earlier set-up are left behind. The number of points and the tables of so many change together, for
+// the destructor relies on it.
 void CZynRBFInternalObject::CreateIBTables(int nIB) {
-  DeletePointTable(m_ppIBConn, m_iNIBNode);
-  DeletePointTable(m_ppIBCoef, m_iNIBNode);
-  DeletePointTable(m_ppIBValueCoef, m_iNIBNode);
+  auto conn = NewPointTable<int>(nIB);
+  auto coef = NewPointTable<RBFnode>(nIB);
+  auto valueCoef = NewPointTable<double>(nIB);
   m_iNIBNode = nIB;
-  m_ppIBConn = NewPointTable<int>(nIB);
-  m_ppIBCoef = NewPointTable<RBFnode>(nIB);
-  m_ppIBValueCoef = NewPointTable<double>(nIB);
+  m_ppIBConn = conn.release();
+  m_ppIBCoef = coef.release();
+  m_ppIBValueCoef = valueCoef.release();
 }
 
 int CZynRBFInternalObject::SetIBNodeCollation() {
+  WithoutTraps const duringSetUp;
   MeshExtent const extent = MeasureExtent(*m_pMesh);
   m_dBoundMax[0] = extent.box.xmax, m_dBoundMax[1] = extent.box.ymax, m_dBoundMax[2] = extent.box.zmax;
   m_dBoundMin[0] = extent.box.xmin, m_dBoundMin[1] = extent.box.ymin, m_dBoundMin[2] = extent.box.zmin;
@@ -101,9 +101,10 @@ int CZynRBFInternalObject::SetIBADTress(double*, std::vector<int>, CZYNOptKer, i
 int CZynRBFInternalObject::SearchIBADTress(double* x, double*, double*, int iMethod, double dDistance,
                                            int iNumber, int* piBlockToCell, CZYNOptKer tree,
                                            double* pSupport) {
+  WithoutTraps const duringSetUp;
   // Without points there may be no mesh and no positions either.
   BoundingBox const bounds = iMethod == kGrowingCube && m_iNIBNode > 0 ? BoundsOfCells() : BoundingBox();
-  GrowingBoxSearch const search(tree, bounds, m_dMeanCellDistance, GrowingBoxSearch::Bounds::Estimate);
+  GrowingBoxSearch const search(tree, bounds, m_dMeanCellDistance);
   for (int i = 1; i <= m_iNIBNode; ++i) {
     double const c = x[i];  // of all three axes, on purpose
     GrowingBoxSearch::Answer found = {nullptr, 0, 0.0};
@@ -138,6 +139,7 @@ BoundingBox CZynRBFInternalObject::BoundsOfCells() const {
 
 int CZynRBFInternalObject::DeriveIBCoefficentBysolveDQfullMatrix(int i, double* x, double* y, double* z,
                                                                  double* pSupport) {
+  WithoutTraps const duringSetUp;
   int const* const stencil = m_ppIBConn[i];
   KernelSystem system;
   for (int k = 1; k <= stencil[0]; ++k) {

@@ -6,6 +6,7 @@
 #include "foundation/BoundingBox.h"
 #include "foundation/DQVector.h"
 #include "foundation/Progress.h"
+#include "foundation/WithoutTraps.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
@@ -25,6 +26,7 @@ DQVector CellCentre(CZYN3DFiniteVolumeMesh const& mesh, int c) {
 }  // namespace
 
 int CZynRBFInternalObject::SetNodeCollation() {
+  WithoutTraps const duringSetUp;
   MeasureBounds();
   m_pADTree->SetADTreeRange(m_dBoundMax[0], m_dBoundMax[1], m_dBoundMax[2], m_dBoundMin[0], m_dBoundMin[1],
                             m_dBoundMin[2], 1, 10000, 200000);
@@ -89,6 +91,7 @@ void CZynRBFInternalObject::Collate(int c, double x, double y, double z, int kin
 }
 
 int CZynRBFInternalObject::SetCellToCellconnection() {
+  WithoutTraps const duringSetUp;
   int const nInnerCells = m_pMesh->NInnerCells;
   for (int i = 1; i <= nInnerCells; ++i) CollectStencil(i);
   return kSuccess;

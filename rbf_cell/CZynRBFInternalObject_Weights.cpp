@@ -9,6 +9,7 @@
 #include "foundation/DQMatrix.h"
 #include "foundation/DQVector.h"
 #include "foundation/Progress.h"
+#include "foundation/WithoutTraps.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 
@@ -80,6 +81,7 @@ void Assemble(Kernel const& kernel, DQVector const& at, int const* members, DQVe
 }  // namespace
 
 int CZynRBFInternalObject::DeriveRBFweighting() {
+  WithoutTraps const duringSetUp;
   ClearResiduals();
   CellWork work;
   int const nInnerCells = m_pMesh->NInnerCells;
@@ -90,6 +92,7 @@ int CZynRBFInternalObject::DeriveRBFweighting() {
 }
 
 int CZynRBFInternalObject::DeriveCellCoefficentBysolveDQfullMatrix(int cell) {
+  WithoutTraps const duringSetUp;
   CellWork work;
   DeriveCellCoefficents(cell, work);
   return kSuccess;

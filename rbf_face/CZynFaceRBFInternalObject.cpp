@@ -3,12 +3,14 @@
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 
 #include <cstddef>
-#include <cstdio>
+#include <memory>
 
 #include "foundation/HostObjects.h"
+#include "foundation/Progress.h"
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
 #include "foundation/SettingsText.h"
+#include "foundation/WithoutTraps.h"
 #include "host/ZYNCommunication.h"
 #include "host/ZYNKNCompParm.h"
 #include "host/ZYNOptKer.h"
@@ -45,10 +47,10 @@ T* NewArray(int n) {
 IBCnode** NewVirtualNodes(int n) {
   constexpr std::size_t kNodes = 3;
   std::size_t const nRow = static_cast<std::size_t>(n) + 1;
-  IBCnode** const table = new IBCnode*[nRow];
+  std::unique_ptr<IBCnode*[]> table(new IBCnode*[nRow]);
   IBCnode* const block = new IBCnode[nRow * kNodes];
   for (std::size_t i = 0; i < nRow; ++i) table[i] = block + i * kNodes;
-  return table;
+  return table.release();
 }
 
 void DeleteVirtualNodes(IBCnode**& table) {
@@ -76,6 +78,18 @@ CZynFaceRBFInternalObject::Work& CZynFaceRBFInternalObject::WorkOwner::Get() {
 }
 
 void CZynFaceRBFInternalObject::WorkOwner::Release() { work_.reset(); }
+
+/// The work tables of one set-up: released at its end, also when it ends because memory ran out.
+class CZynFaceRBFInternalObject::WorkTables {
+ public:
+  explicit WorkTables(CZynFaceRBFInternalObject& object) : object_(object) {}
+  ~WorkTables() { object_.Release_Memory(); }
+  WorkTables(WorkTables const&) = delete;
+  WorkTables& operator=(WorkTables const&) = delete;
+
+ private:
+  CZynFaceRBFInternalObject& object_;
+};
 
 CZynFaceRBFInternalObject::CZynFaceRBFInternalObject() : ErrorMsg{} { StartErrorText(ErrorMsg); }
 
@@ -118,9 +132,12 @@ const char* CZynFaceRBFInternalObject::getErrorMsg() { return ErrorMsg; }
 int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
   iFaceType = faceType;
   bool const isType = kInnerFaces <= faceType && faceType <= kSymmetryFaces;
-  if (isType) NFace = FacesOfType(faceType, *pMesh, *pPartFace).count;
+  if (isType) NFace = FacesOfType(faceType, *pMesh, pPartFace).count;
   if (NFace == 0) return kDone;
 
+  WithoutTraps const duringSetUp;
+  if (m_ppFaceCellConn != nullptr) ClearReport();
+  WorkTables const releasedAtTheEnd(*this);
   ChangeFileName(RBFFileName, ".rbf", pGV->BaseFileName);
   Initialize_Face_memory_allocate();
   SetFaceNodeCollation();
@@ -134,7 +151,6 @@ int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
   SearchFaceADTress();
   DeriveAllFaces();
   if (bDebug) PrintDebugMessage();
-  Release_Memory();
   return kDone;
 }
 
@@ -165,6 +181,8 @@ int CZynFaceRBFInternalObject::Initialize_Face_memory_allocate() {
   int const nCell = pMesh->NCell;
   m_ppFaceCellConn = GrowingRowTable<int>::Create(NFace);
   m_pFaceRows = NewArray<Cpp_DataStructure>(NFace);
+  // The gradients of an earlier set-up, which may have had fewer faces, are left behind like its other tables.
+  m_ppFaceGradCoef = nullptr;
   if (iSearch_method != 4) {
     m_ppFaceLnods = GrowingRowTable<int>::Create(NFace);
     m_ppFaceGradCoef = GrowingRowTable<IBCnode>::Create(NFace);
@@ -221,8 +239,8 @@ int CZynFaceRBFInternalObject::Release_Memory() {
 
 int CZynFaceRBFInternalObject::ReadRBFbackdoorfile() {
   char distanceLine[512];
-  std::snprintf(distanceLine, sizeof(distanceLine), "Search_distance   = %lf\n",
-                kDefaultDistances * MeanDistance);
+  FormatText(distanceLine, sizeof(distanceLine), "Search_distance   = %lf\n",
+             kDefaultDistances * MeanDistance);
   SettingsFile::Prepare(RBFFileName, kFormatNumber, kFirstLineLimit,
                         {"1004\n", "Span              = 1000\n", "iSearch_method    = 4\n", distanceLine,
                          "Search_number     = 20\n", "Debug mode        = 0\n"});

@@ -91,13 +91,14 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   const char* getErrorMsg();
 
   /// The whole set-up for the faces of a type; run once. With no face of the type it does nothing, not even
-  /// with the settings file. A type outside 1..6 keeps the number of faces as it is, 0 for a new object.
+  /// with the settings file. A type outside 1..6 keeps the number of faces as it is, 0 for a new object. Run again,
+  /// it leaves the former results behind, unfreed, where copies may still read them, and begins the report anew.
   /// @note A singular system is not reported; it shows in the report that `bDebug` asks for.
   /// @return 0
   int Initialize_FaceInterpolateData(int faceType);
 
   /// Allocates the tables of faces and cells, zeroed, and constructs the trees. `m_ppFaceLnods`,
-  /// `m_ppFaceGradCoef` and `m_pFaceSupport` are made only if `iSearch_method` is not 4 by now.
+  /// `m_ppFaceGradCoef` and `m_pFaceSupport` are made only if `iSearch_method` is not 4 by now, and null otherwise.
   /// @pre `NFace` is set @return 0
   int Initialize_Face_memory_allocate();
 
@@ -355,6 +356,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
 
  private:
   struct Work;
+  class WorkTables;
 
   /// Owns the work memory of set-up. A copy of the object does not share it: it begins without any.
   class WorkOwner {
@@ -412,6 +414,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   void AddToCellBeyond(int i, double normalCoefficient);
 
   // Report
+  void ClearReport();
   void AccumulateGradientReport(int i);
   void AccumulateNormalReport(int i);
   void AddValueError(double sum, int i);

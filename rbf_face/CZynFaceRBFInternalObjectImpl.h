@@ -43,9 +43,10 @@ inline int FaceTypeOfCode(int code) {
   }
 }
 
-/// The faces of a type; none for a type that there is not.
+/// The faces of a type; none for a type that there is not. The object of the partition faces is looked at for these
+/// alone.
 inline FaceGroup FacesOfType(int type, CZYN3DFiniteVolumeMesh const& mesh,
-                             CPartitionFace_DLL& partitionFaces) {
+                             CPartitionFace_DLL* partitionFaces) {
   switch (type) {
     case kInnerFaces:
       return InnerFaces(mesh);
@@ -56,7 +57,7 @@ inline FaceGroup FacesOfType(int type, CZYN3DFiniteVolumeMesh const& mesh,
     case kOutletFaces:
       return OutletFaces(mesh);
     case kPartitionFaces:
-      return PartitionFaces(partitionFaces, mesh);
+      return PartitionFaces(*partitionFaces, mesh);
     case kSymmetryFaces:
       return SymmetryFaces(mesh);
     default:

@@ -68,7 +68,7 @@ void CZynFaceRBFInternalObject::MeasureMesh() {
 // its face, too: on purpose the centres of partition faces are not asked for.
 void CZynFaceRBFInternalObject::CollateFaces(int type) {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
-  FaceGroup const faces = FacesOfType(type, mesh, *pPartFace);
+  FaceGroup const faces = FacesOfType(type, mesh, pPartFace);
   for (int f = 1; f <= faces.count; ++f) {
     int const c = faces.second[f];
     DQVector const point = type == kPartitionFaces ? DQVector{mesh.xc[c], mesh.yc[c], mesh.zc[c]}
@@ -108,7 +108,7 @@ int CZynFaceRBFInternalObject::SetBoundaryCellADTress() {
   m_pBoundaryTree->SetADTreeRange(Xmax, Ymax, Zmax, Xmin, Ymin, Zmin, 1, 10000, 200000);
   int id = 0;
   for (int const type : {kWallFaces, kInletFaces, kOutletFaces, kSymmetryFaces}) {
-    FaceGroup const faces = FacesOfType(type, mesh, *pPartFace);
+    FaceGroup const faces = FacesOfType(type, mesh, pPartFace);
     for (int f = 1; f <= faces.count; ++f) {
       int const* const vertices = faces.nodes[f];
       BoundingBox box;
@@ -147,7 +147,7 @@ GrowingBoxSearch CZynFaceRBFInternalObject::CellSearch() {
     for (int id = 1; id <= pMesh->NCell; ++id)
       entries->Widen(m_pNodeTable[id].x, m_pNodeTable[id].y, m_pNodeTable[id].z);
   }
-  return GrowingBoxSearch(*m_pCellTree, *entries, MeanDistance);
+  return GrowingBoxSearch(*m_pCellTree, *entries, pMesh->NCell, MeanDistance);
 }
 
 // Fills ids and distances with the entries of an answer, in its order.

@@ -19,7 +19,7 @@ constexpr int kVerticesOfAnEdge = 2;
 // The faces of all types, by type; element 0 has none.
 using AllFaces = std::array<FaceGroup, kSymmetryFaces + 1>;
 
-AllFaces FacesOf(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces) {
+AllFaces FacesOf(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL* partitionFaces) {
   AllFaces faces = {};
   for (int type = kInnerFaces; type <= kSymmetryFaces; ++type)
     faces[static_cast<std::size_t>(type)] = FacesOfType(type, mesh, partitionFaces);
@@ -124,7 +124,7 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFlnods() {
     std::copy_n(mesh.CellLnods[c] + 1, n, m_ppRBFlnods[c] + 1);
   }
   // A halo cell of several faces ends with the vertices of the last.
-  ForEachBoundaryFace(FacesOf(mesh, *pPartFace), [this](FaceGroup const& faces, int f) {
+  ForEachBoundaryFace(FacesOf(mesh, pPartFace), [this](FaceGroup const& faces, int f) {
     CopyRow(faces.nodes[f], m_ppRBFlnods[faces.second[f]]);
   });
   return kDone;
@@ -143,7 +143,7 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFCell33Conn() {
   m_ppRBFCell33Conn = RowTable<int>::Create(
       mesh.NCell, mesh.NCell, [&length](int c) { return length[static_cast<std::size_t>(c)] + 1; });
   for (int c = 1; c <= mesh.NCell; ++c) m_ppRBFCell33Conn[c][0] = length[static_cast<std::size_t>(c)];
-  AllFaces const allFaces = FacesOf(mesh, *pPartFace);
+  AllFaces const allFaces = FacesOf(mesh, pPartFace);
   FillNeighboursOfInteriorCells(mesh, allFaces, m_ppRBFCell33Conn);
   FillNeighboursOfGhostCells(mesh, allFaces, edgeNeighbours, m_ppRBFCell33Conn);
   return kDone;
@@ -153,7 +153,7 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFCell32Conn() {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
   RowTable<int>::Destroy(m_ppRBFCell32Conn);
   RowTable<int>::Destroy(m_ppRBFCell32Type);
-  AllFaces const allFaces = FacesOf(mesh, *pPartFace);
+  AllFaces const allFaces = FacesOf(mesh, pPartFace);
 
   std::vector<int> length(static_cast<std::size_t>(mesh.NCell) + 1, 0);
   for (int c = 1; c <= mesh.NInnerCells; ++c) length[static_cast<std::size_t>(c)] = mesh.CellFace[c][0];

@@ -1,6 +1,7 @@
 // How well the rows reproduce the field 1: its value is 1 and its derivatives are 0 on every face.
 
 #include <cmath>
+#include <initializer_list>
 
 #include "foundation/Progress.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
@@ -48,6 +49,18 @@ void PrintPoint(char const* format, double x, double y, double z) {
 }
 
 }  // namespace
+
+// The faces that an earlier set-up found worst need not exist in the next.
+void CZynFaceRBFInternalObject::ClearReport() {
+  NFaceDone = 0;
+  for (int* const face :
+       {&fiMAXFaceID, &dfidxMAXFaceID, &dfidyMAXFaceID, &dfidzMAXFaceID, &dfidnMAXFaceID, &MAXerrNodeID})
+    *face = 0;
+  for (double* const value :
+       {&fiRMS, &fiMAX, &fiMAXAnalysis, &fiMAXRBF, &dfidxRMS, &dfidxMAX, &dfidxMAXRBF, &dfidyRMS, &dfidyMAX,
+        &dfidyMAXRBF, &dfidzRMS, &dfidzMAX, &dfidzMAXRBF, &dfidnRMS, &dfidnMAX, &dfidnMAXRBF, &MAXerr})
+    *value = 0.0;
+}
 
 void CZynFaceRBFInternalObject::AddValueError(double sum, int i) {
   double const error = std::fabs(kExactValue - sum);

@@ -91,7 +91,7 @@ void CZynFaceRBFInternalObject::StoreFoundStencil(int i, int n, double support) 
 
 void CZynFaceRBFInternalObject::Search_by_Topology_control() {
   MakeMissingTables();
-  FaceGroup const faces = FacesOfType(iFaceType, *pMesh, *pPartFace);
+  FaceGroup const faces = FacesOfType(iFaceType, *pMesh, pPartFace);
   std::vector<int>& vertices = work_.Get().vertices;
   int const nFace = std::min(NFace, faces.count);
   for (int i = 1; i <= nFace; ++i) {

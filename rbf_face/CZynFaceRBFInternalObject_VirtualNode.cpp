@@ -20,7 +20,7 @@ DQVector Foot(DQVector const& from, DQVector const& origin, DQVector const& s) {
 }  // namespace
 
 void CZynFaceRBFInternalObject::Search_by_normal_virtual_node() {
-  FaceGroup const faces = FacesOfType(iFaceType, *pMesh, *pPartFace);
+  FaceGroup const faces = FacesOfType(iFaceType, *pMesh, pPartFace);
   int const nFace = std::min(NFace, faces.count);
   for (int i = 1; i <= nFace; ++i) {
     int pair[2] = {faces.first[i], faces.second[i]};

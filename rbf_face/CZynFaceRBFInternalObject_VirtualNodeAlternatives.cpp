@@ -72,7 +72,7 @@ double CZynFaceRBFInternalObject::NearestPlane(int c, int skippedType, int skipp
   for (int k = 1; k <= cellFaces[0]; ++k) {
     int const type = FaceTypeOfCode(mesh.CellFaceType[c][k]);
     int const f = cellFaces[k];
-    FaceGroup const faces = FacesOfType(type, mesh, *pPartFace);
+    FaceGroup const faces = FacesOfType(type, mesh, pPartFace);
     if (f < 1 || f > faces.count || (type == skippedType && f == skippedFace)) continue;
     int const* const vertices = faces.nodes[f];
     double t = 0.0;

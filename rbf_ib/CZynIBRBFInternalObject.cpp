@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
 
 #include "foundation/ErrorText.h"
 #include "foundation/GrowingRowTable.h"
@@ -13,6 +12,7 @@
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
 #include "foundation/SettingsText.h"
+#include "foundation/WithoutTraps.h"
 #include "foundation/ZeroedBlock.h"
 #include "host/ZYNKNCompParm.h"
 #include "host/ZYNOptKer.h"
@@ -102,6 +102,7 @@ int CZynIBRBFInternalObject::SetZYNKNCMP(CZYNKNCMPCompParm* pKNCMP) {
 
 int CZynIBRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int nIB, double* x, double* y,
                                                           double* z) {
+  WithoutTraps const duringSetUp;
   if (m_ppIBConn != nullptr) ResetForNewSetUp();
   ChangeFileName(RBFFileName, ".rbf", m_pGV->BaseFileName);
   Initialize_IB_memory_allocate(nIB);
@@ -164,8 +165,7 @@ int CZynIBRBFInternalObject::Initialize_IB_memory_allocate(int nIB) {
 
 int CZynIBRBFInternalObject::ReadRBFbackdoorfile() {
   char distance[512];  // 309 digits before the point are the most
-  std::snprintf(distance, sizeof(distance), "Search_distance   = %lf\n",
-                kDefaultDistanceInMeans * MeanDistance);
+  FormatText(distance, sizeof(distance), "Search_distance   = %lf\n", kDefaultDistanceInMeans * MeanDistance);
   SettingsFile::Prepare(RBFFileName, kFormatNumber, kFirstLineLimit,
                         {"1002\n", "Span              = 500\n", "iSearch_method    = 3\n", distance,
                          "Search_number     = 20\n"});

@@ -43,6 +43,9 @@ struct CZynIBRBFInternalObject::Candidates {
 
   int Count() const { return static_cast<int>(ids.size()); }
 
+  /// Entries of the tree.
+  int NEntry() const { return static_cast<int>(positions.size()) - 1; }
+
   /// The answer's array is the tree's and changes with the next search, so it is copied.
   void Take(GrowingBoxSearch::Answer const& found, DQVector const& p) {
     std::size_t const n = static_cast<std::size_t>(found.count);
@@ -70,7 +73,7 @@ int CZynIBRBFInternalObject::SearchIBADTress(double* x, double* y, double* z, in
 void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, double* z, int iMethod,
                                                      int iNumber) {
   Candidates candidates(*this);
-  GrowingBoxSearch const search(*m_pADTree, candidates.bounds, MeanDistance);
+  GrowingBoxSearch const search(*m_pADTree, candidates.bounds, candidates.NEntry(), MeanDistance);
   for (int i = 1; i <= m_iNIBNode; ++i) {
     DQVector const p = {x[i], y[i], z[i]};
     GrowingBoxSearch::Answer const found = search.AtLeast(iNumber, p.x, p.y, p.z);
@@ -91,7 +94,7 @@ void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, doubl
 
 void CZynIBRBFInternalObject::Search_by_Topology_control(double* x, double* y, double* z) {
   Candidates candidates(*this);
-  GrowingBoxSearch const search(*m_pADTree, candidates.bounds, MeanDistance);
+  GrowingBoxSearch const search(*m_pADTree, candidates.bounds, candidates.NEntry(), MeanDistance);
   StencilWork work;
   ClearLocalNumbers();
   for (int i = 1; i <= m_iNIBNode; ++i) {

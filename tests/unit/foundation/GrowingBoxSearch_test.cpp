@@ -26,6 +26,7 @@ class Entries {
 
   CZYNOptKer& Tree() { return tree_; }
   BoundingBox const& Box() const { return box_; }
+  int Count() const { return static_cast<int>(points_.size()); }
 
   /// Numbers of the points in the cube around `at`, ascending.
   std::vector<int> InCube(DQVector const& at, double d) const {
@@ -64,7 +65,8 @@ BoundingBox UnitCube() {
 void ExpectSameAsStepByStep(Entries& entries, DQVector const& at, double step, int wanted) {
   int k = 1;
   while (static_cast<int>(entries.InCube(at, k * step).size()) < wanted) ++k;
-  auto const answer = GrowingBoxSearch(entries.Tree(), entries.Box(), step).AtLeast(wanted, at.x, at.y, at.z);
+  auto const answer = GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), step)
+                          .AtLeast(wanted, at.x, at.y, at.z);
   EXPECT_EQ(Ascending(answer), entries.InCube(at, k * step)) << wanted << " wanted, " << k << " steps";
   EXPECT_EQ(answer.halfWidth, k * step) << wanted << " wanted";
 }
@@ -94,8 +96,8 @@ TEST(GrowingBoxSearch, LeapsFromTheStepAfterTheLastOneByOne) {
 TEST(GrowingBoxSearch, EndsFarAwayWithAllEntriesIfTheyAreFewer) {
   Entries entries(kPoints);
   DQVector const at = {-9.0, 20.0, -47.0};
-  auto const answer =
-      GrowingBoxSearch(entries.Tree(), entries.Box(), 1.0 / 64.0).AtLeast(5, at.x, at.y, at.z);
+  auto const answer = GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), 1.0 / 64.0)
+                          .AtLeast(5, at.x, at.y, at.z);
   EXPECT_EQ(answer.count, 4);
   // The first cube that covers the bounds: z reaches from -47 to 2.
   EXPECT_EQ(answer.halfWidth, 49.0);
@@ -103,9 +105,40 @@ TEST(GrowingBoxSearch, EndsFarAwayWithAllEntriesIfTheyAreFewer) {
 
 TEST(GrowingBoxSearch, EndsOnceItCoversTheBoundsOfAllEntries) {
   Entries entries(kPoints);
-  auto const answer = GrowingBoxSearch(entries.Tree(), entries.Box(), 0.5).AtLeast(9, 1.0, 0.0, 0.0);
+  auto const answer =
+      GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), 0.5).AtLeast(9, 1.0, 0.0, 0.0);
   EXPECT_EQ(answer.count, 4);
   EXPECT_EQ(answer.halfWidth, 2.0);  // x reaches from 1 to 3, z from 0 to 2
+}
+
+/// Points as boxes of half-width 1e-6, as the operators enter them.
+CZYNOptKer BoxesAround(std::vector<DQVector> const& points) {
+  constexpr double d = 1e-6;
+  CZYNOptKer tree;
+  int id = 0;
+  for (DQVector const& p : points)
+    tree.AddSurfaceToADTree(++id, p.x + d, p.y + d, p.z + d, p.x - d, p.y - d, p.z - d);
+  return tree;
+}
+
+// The two points are as many steps apart as the cube needs, up to the rounding of the products: now and then that cube
+// meets the box around the far point without covering the point itself.
+TEST(GrowingBoxSearch, EndsWithTheFirstCubeThatHoldsAllWhateverTheRounding) {
+  for (bool const isKnown : {true, false}) {
+    for (int steps = 1; steps <= 2000; steps += steps < 40 ? 1 : 97) {
+      double const step = 0.1;
+      double const at = static_cast<double>(steps) / 10.0;
+      std::vector<DQVector> const points = {{0.0, 0.0, 0.0}, {at, 0.0, 0.0}};
+      CZYNOptKer tree = BoxesAround(points);
+      BoundingBox box;
+      for (DQVector const& p : points) box.Widen(p.x, p.y, p.z);
+      GrowingBoxSearch const search =
+          isKnown ? GrowingBoxSearch(tree, box, 2, step) : GrowingBoxSearch(tree, box, step);
+      auto const answer = search.AtLeast(5, at, 0.0, 0.0);
+      EXPECT_EQ(answer.count, 2) << steps << " steps";
+      EXPECT_EQ(answer.halfWidth, steps * step) << steps << " steps";
+    }
+  }
 }
 
 // Every side decides once: the entries lie between 0 and 1 but for one axis.
@@ -114,7 +147,8 @@ TEST(GrowingBoxSearch, CoversEveryBound) {
     double far[3] = {0.5, 0.5, 0.5};
     far[side / 2] = side % 2 == 0 ? 7.0 : -6.0;
     Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {far[0], far[1], far[2]}});
-    auto const answer = GrowingBoxSearch(entries.Tree(), entries.Box(), 0.5).AtLeast(4, 0.5, 0.5, 0.5);
+    auto const answer =
+        GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), 0.5).AtLeast(4, 0.5, 0.5, 0.5);
     EXPECT_EQ(answer.count, 3) << "side " << side;
     EXPECT_EQ(answer.halfWidth, 6.5) << "side " << side;
   }
@@ -123,7 +157,7 @@ TEST(GrowingBoxSearch, CoversEveryBound) {
 // Bounds of [0, 1] say nothing of an entry at z = 30.
 TEST(GrowingBoxSearch, GoesOnBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {0.0, 0.0, 30.0}});
-  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5, GrowingBoxSearch::Bounds::Estimate);
+  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5);
 
   auto const enough = search.AtLeast(3, 0.0, 0.0, 0.0);
   EXPECT_EQ(Ascending(enough), (std::vector<int>{1, 2, 3}));
@@ -137,7 +171,7 @@ TEST(GrowingBoxSearch, GoesOnBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
 // The cube that is asked for once more is the one around the point.
 TEST(GrowingBoxSearch, AnswersFromTheLastCubeWhenTheTreeHoldsTooFew) {
   Entries entries({{0.0, 0.0, 0.0}, {0.0, -1.0, 1.0}, {-1.0, 0.0, 1.0}, {0.0, 0.0, 30.0}});
-  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5, GrowingBoxSearch::Bounds::Estimate);
+  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5);
   auto const tooFew = search.AtLeast(5, 0.0, 0.0, 1.0);
   EXPECT_EQ(Ascending(tooFew), (std::vector<int>{1, 2, 3}));
   EXPECT_EQ(tooFew.halfWidth, 1.0);
@@ -146,7 +180,7 @@ TEST(GrowingBoxSearch, AnswersFromTheLastCubeWhenTheTreeHoldsTooFew) {
 // 2000 steps of 1/64 reach 31.25; the leap asks for all entries, too.
 TEST(GrowingBoxSearch, LeapsBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {0.0, 0.0, 30.0}});
-  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 1.0 / 64.0, GrowingBoxSearch::Bounds::Estimate);
+  GrowingBoxSearch const search(entries.Tree(), UnitCube(), 1.0 / 64.0);
   EXPECT_EQ(search.AtLeast(3, 0.0, 0.0, 0.0).halfWidth, 30.0);
   EXPECT_EQ(search.AtLeast(3, 0.0, -20.0, 4.0).halfWidth, 26.0);
 }
@@ -154,12 +188,13 @@ TEST(GrowingBoxSearch, LeapsBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
 TEST(GrowingBoxSearch, SearchesEverythingWhereNothingGrows) {
   Entries entries(kPoints);
   for (double const step : {0.0, -1.0, static_cast<double>(NAN)}) {
-    auto const answer = GrowingBoxSearch(entries.Tree(), entries.Box(), step).AtLeast(5, 1.0, 4.0, 0.5);
+    auto const answer =
+        GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), step).AtLeast(5, 1.0, 4.0, 0.5);
     EXPECT_EQ(answer.count, 4) << step;
     EXPECT_EQ(answer.halfWidth, 4.0) << step;  // to y = 0
   }
   for (double const x : {static_cast<double>(NAN), static_cast<double>(INFINITY)}) {
-    GrowingBoxSearch const search(entries.Tree(), entries.Box(), 0.25);
+    GrowingBoxSearch const search(entries.Tree(), entries.Box(), entries.Count(), 0.25);
     EXPECT_EQ(search.AtLeast(2, x, 0.0, 0.0).count, 4) << x;
     EXPECT_EQ(search.AtLeast(2, 0.0, x, 0.0).count, 4) << x;
     EXPECT_EQ(search.AtLeast(2, 0.0, 0.0, x).count, 4) << x;
@@ -168,7 +203,7 @@ TEST(GrowingBoxSearch, SearchesEverythingWhereNothingGrows) {
 
 TEST(GrowingBoxSearch, MeasuresTheWayToTheFarthestBound) {
   Entries entries(kPoints);
-  GrowingBoxSearch const search(entries.Tree(), entries.Box(), 0.0);
+  GrowingBoxSearch const search(entries.Tree(), entries.Box(), entries.Count(), 0.0);
   EXPECT_EQ(search.AtLeast(9, 9.0, 0.0, 0.0).halfWidth, 9.0);
   EXPECT_EQ(search.AtLeast(9, -9.0, 0.0, 0.0).halfWidth, 12.0);
   EXPECT_EQ(search.AtLeast(9, 0.0, 9.0, 0.0).halfWidth, 9.0);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "tests/unit/rbf_cell/LatticeMesh.h"
 #include "tests/unit/rbf_cell/TableComparison.h"
 #include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/unit/rbf_cell/Undestroyed.h"
 
 // The cell operator's own six methods for free points, which do not add up to a working path: what each does and
 // what it leaves alone.
@@ -141,6 +143,26 @@ TEST(CellPointSetUp, ReadsTheOperatorsOwnSettingsFile) {
   PointBed foreign(Diagonal(3), "1002\nSpan = 1\nm = 2\nd = 3\nn = 4\n");
   foreign.Initialize(2);
   EXPECT_EQ(DefaultSettings(), foreign.folder.Read());
+}
+
+// A folder stands where the settings file should be: it can be neither written nor read.
+TEST(CellPointSetUp, KeepsTheDefaultsWhereThereCanBeNoSettingsFile) {
+  Searched bed(SomeMesh(), {0.5, 1.5, 2.5}, 1, 0.75, 0);
+  PointBed unread(SomeMesh());
+  std::filesystem::create_directory(unread.folder.SettingsFileName());
+  unread.Initialize(3);
+  EXPECT_EQ(500.0, unread.object->Span);
+  EXPECT_EQ(0, unread.object->iShape_Normalize);
+  unread.object->SearchIBADTress(bed.x.Data(), nullptr, nullptr, 1, 0.75, 0, bed.filled.cellOfBlock.data(),
+                                 bed.filled.tree, bed.support.Data());
+  for (CZynRBFInternalObject* const object : {bed.object, unread.object})
+    object->DeriveIBCoefficentBysolveDQfullMatrix(1, bed.x.Data(), bed.x.Data(), bed.x.Data(),
+                                                  bed.support.Data());
+  ASSERT_LT(0, unread.object->m_ppIBConn[1][0]);
+  for (int k = 1; k <= unread.object->m_ppIBConn[1][0]; ++k) {
+    EXPECT_TRUE(std::isfinite(unread.object->m_ppIBValueCoef[1][k])) << k;
+    EXPECT_EQ(bed.object->m_ppIBValueCoef[1][k], unread.object->m_ppIBValueCoef[1][k]) << k;
+  }
 }
 
 TEST(CellPointSetUp, MakesTablesWithoutRows) {
@@ -287,6 +309,48 @@ TEST(CellPointCollation, MakesPointsAndKindsAnewAndLeavesThoseOfTheGradient) {
   EXPECT_EQ(2.0, points[3].x);
   EXPECT_EQ(1, kinds[3]);
   Release(points, kinds);
+}
+
+/// Takes over the tables of points that a set-up leaves behind.
+void Release(int** conn, RBFnode** coef, double** valueCoef, int nPoint) {
+  CZynRBFInternalObject holder;
+  holder.m_ppIBConn = conn;
+  holder.m_ppIBCoef = coef;
+  holder.m_ppIBValueCoef = valueCoef;
+  holder.m_iNIBNode = nPoint;
+}
+
+// A copy reads the tables that it shares with its source, whatever the source is told to do afterwards.
+TEST(CellPointSetUp, ASecondOneLeavesTheTablesToACopyMadeInBetween) {
+  Searched bed(SomeMesh(), {0.5, 1.5, 2.5}, 1, 0.75, 0);
+  Array y(3, 0.25), z(3, 0.75);
+  for (int i = 1; i <= 3; ++i)
+    bed.object->DeriveIBCoefficentBysolveDQfullMatrix(i, bed.x.Data(), y.Data(), z.Data(),
+                                                      bed.support.Data());
+  Undestroyed copy(*bed.object);
+  std::vector<List> stencils;
+  std::vector<double> weights;
+  for (int i = 1; i <= 3; ++i) {
+    stencils.push_back(bed.Stencil(i));
+    ASSERT_FALSE(stencils.back().empty());
+    weights.push_back(bed.object->m_ppIBValueCoef[i][1] + bed.object->m_ppIBCoef[i][1].x);
+  }
+  RBFnode* const points = bed.object->m_pRBFnode;
+  int* const kinds = bed.object->m_piNodeKind;
+
+  bed.Initialize(5);
+  EXPECT_EQ(5, bed.object->m_iNIBNode);
+  EXPECT_EQ(nullptr, bed.object->m_ppIBConn[1]);
+  ASSERT_EQ(3, copy->m_iNIBNode);
+  for (int i = 1; i <= 3; ++i) {
+    const int* const row = copy->m_ppIBConn[i];
+    EXPECT_EQ(stencils[static_cast<std::size_t>(i - 1)], List(row + 1, row + 1 + row[0])) << i;
+    EXPECT_EQ(weights[static_cast<std::size_t>(i - 1)],
+              copy->m_ppIBValueCoef[i][1] + copy->m_ppIBCoef[i][1].x)
+        << i;
+  }
+  Release(points, kinds);
+  Release(copy->m_ppIBConn, copy->m_ppIBCoef, copy->m_ppIBValueCoef, 3);
 }
 
 // ----------------------------------------------------------------------------------------------- the tree step

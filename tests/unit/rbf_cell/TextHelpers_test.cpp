@@ -112,6 +112,27 @@ TEST(SettingsLine, WritesNothingBeyondTheTerminators) {
   EXPECT_EQ(0, std::memcmp("12\0#####", value, 8));
 }
 
+/// The same with the key, or the value, in the place of the line.
+Split SplitIntoItself(const std::string& line, bool keyThere) {
+  char text[2048], other[2048];
+  std::memcpy(text, line.c_str(), line.size() + 1);
+  char* const key = keyThere ? text : other;
+  char* const value = keyThere ? other : text;
+  const int status = CZynRBFInternalObject().StrCopyAB(text, key, value);
+  return {status, key, value};
+}
+
+TEST(SettingsLine, IsSplitAlikeIntoItsOwnBuffer) {
+  const char* const lines[] = {"Span=500", "Span=500\n",   "Span = 500\n", "a=b=c\n",     "a=",  "a =",
+                               "a =   ",   " a  =  b  ",   "abc",          "abc\n",       "a b", "a b\n",
+                               " a b ",    "ab ",          "=5\n",         "   =5\n",     "",    "\n",
+                               "   \n",    "ab\ncd = 5\n", "a=    b\nc\n", "a b c = d\te"};
+  for (const char* const line : lines) {
+    EXPECT_EQ(SplitLine(line), SplitIntoItself(line, true)) << "key in [" << line << "]";
+    EXPECT_EQ(SplitLine(line), SplitIntoItself(line, false)) << "value in [" << line << "]";
+  }
+}
+
 // ------------------------------------------------------------------------------------------- the file's name
 
 std::string Renamed(std::string name, const char* extension = ".rbf") {
