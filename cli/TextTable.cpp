@@ -6,6 +6,8 @@
 #include <ostream>
 #include <utility>
 
+#include "cli/DisplayText.h"
+
 namespace zyngrad {
 namespace {
 
@@ -17,7 +19,7 @@ std::string Format(const char* format, int precision, double value) {
 }
 
 std::string Padded(const std::string& text, std::size_t width, TextTable::Align align) {
-  const std::string spaces(width - std::min(width, text.size()), ' ');
+  const std::string spaces(width - std::min(width, DisplayWidth(text)), ' ');
   return align == TextTable::Align::Left ? text + spaces : spaces + text;
 }
 
@@ -27,14 +29,15 @@ TextTable::TextTable(std::vector<Column> columns) : columns_(std::move(columns))
 
 void TextTable::AddRow(std::vector<std::string> cells) {
   cells.resize(columns_.size());
+  for (std::size_t c = 0; c < cells.size(); ++c) cells[c] = Shortened(cells[c], columns_[c].widest);
   rows_.push_back(std::move(cells));
 }
 
 void TextTable::Print(std::ostream& out) const {
   std::vector<std::vector<std::string>> lines(2);
   for (std::size_t c = 0; c < columns_.size(); ++c) {
-    std::size_t width = columns_[c].title.size();
-    for (const auto& row : rows_) width = std::max(width, row[c].size());
+    std::size_t width = DisplayWidth(columns_[c].title);
+    for (const auto& row : rows_) width = std::max(width, DisplayWidth(row[c]));
     lines[0].push_back(columns_[c].title);
     lines[1].push_back(std::string(width, '-'));
   }
@@ -62,9 +65,9 @@ std::string Grouped(std::int64_t count) {
   return count < 0 ? "-" + digits : digits;
 }
 
-std::string Place(double x, double y, double z) {
-  char buffer[96];
-  std::snprintf(buffer, sizeof buffer, "(%.6g, %.6g, %.6g)", x, y, z);
+std::string Place(double x, double y, double z, int digits) {
+  char buffer[128];
+  std::snprintf(buffer, sizeof buffer, "(%.*g, %.*g, %.*g)", digits, x, digits, y, digits, z);
   return buffer;
 }
 

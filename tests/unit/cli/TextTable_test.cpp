@@ -22,6 +22,40 @@ TEST(TextTable, AlignsWordsLeftAndNumbersRight) {
             "  iterated  10.25\n");
 }
 
+TEST(TextTable, AlignsByWhatATerminalShows) {
+  TextTable table({{"boundary", TextTable::Align::Left}, {"faces"}});
+  table.AddRow({"W\xC3\xA4nde", "1"});
+  table.AddRow({"\xE5\xA3\x81", "2"});
+  std::ostringstream out;
+  table.Print(out);
+  EXPECT_EQ(out.str(),
+            "  boundary  faces\n"
+            "  --------  -----\n"
+            "  W\xC3\xA4nde         1\n"
+            "  \xE5\xA3\x81            2\n");
+}
+
+TEST(TextTable, DoesNotPadEveryRowToOneLongName) {
+  TextTable table({{"boundary", TextTable::Align::Left}, {"faces"}});
+  std::size_t input = 0;
+  for (int k = 0; k < 5000; ++k) {
+    const std::string name = k == 0 ? std::string(100000, 'n') : "g" + std::to_string(k);
+    input += name.size();
+    table.AddRow({name, "1"});
+  }
+  std::ostringstream out;
+  table.Print(out);
+  EXPECT_LT(out.str().size(), 4 * input);
+}
+
+TEST(TextTable, LeavesTheProgramsOwnTextsWhole) {
+  TextTable table({{"why", TextTable::Align::Left, TextTable::kAnyWidth}});
+  table.AddRow({std::string(200, 'w')});
+  std::ostringstream out;
+  table.Print(out);
+  EXPECT_NE(out.str().find(std::string(200, 'w')), std::string::npos);
+}
+
 TEST(TextTable, FormatsNumbers) {
   EXPECT_EQ(Scientific(0.00123456), "1.235e-03");
   EXPECT_EQ(Scientific(1234.5, 2), "1.2e+03");
@@ -32,6 +66,8 @@ TEST(TextTable, FormatsNumbers) {
   EXPECT_EQ(Grouped(1234567), "1,234,567");
   EXPECT_EQ(Grouped(-1234), "-1,234");
   EXPECT_EQ(Place(0.5, -1.0, 1e-7), "(0.5, -1, 1e-07)");
+  EXPECT_EQ(Place(6400000.5, 4800000.5, 0.0), "(6.4e+06, 4.8e+06, 0)");
+  EXPECT_EQ(Place(6400000.5, 4800000.5, 0.0, 9), "(6400000.5, 4800000.5, 0)");
 }
 
 TEST(TextTable, ShowsADashForWhatIsNotFinite) {
