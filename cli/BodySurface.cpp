@@ -13,6 +13,7 @@
 #include <tuple>
 #include <utility>
 
+#include "cli/MeshScale.h"
 #include "cli/OneLine.h"
 #include "cli/PartitionGrid.h"
 #include "cli/RunSettings.h"
@@ -41,13 +42,14 @@ void SortOnce(std::vector<SurfacePoint>& points) {
 }
 
 /// [1..NNode] where the nodes are.
-std::vector<Side> SidesOfNodes(const CZYN3DFiniteVolumeMesh& mesh, const Expression& body, double length) {
+std::vector<Side> SidesOfNodes(HostPartition& partition, const Expression& body, double length) {
+  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
   std::vector<Side> sides(static_cast<std::size_t>(mesh.NNode) + 1, kOutside);
   for (int n = 1; n <= mesh.NNode; ++n) {
     const Dual f = body.ValueAndGradient(mesh.xn[n], mesh.yn[n], mesh.zn[n]);
     if (!std::isfinite(f.value)) {
       throw UsageError("the body " + Quoted(body.text()) + " is not finite at a node at " +
-                       Place(mesh.xn[n], mesh.yn[n], mesh.zn[n]));
+                       Place(mesh.xn[n], mesh.yn[n], mesh.zn[n], PlaceDigits(partition)));
     }
     const double slope = std::sqrt(f.dy * f.dy + f.dx * f.dx + f.dz * f.dz);
     // Written so that a slope that is not a number leaves the node where its sign puts it.
@@ -65,7 +67,7 @@ class SurfaceSearch {
       : mesh_(*partition.mesh()),
         number_(partition.globalNode()),
         body_(body),
-        side_(SidesOfNodes(mesh_, body, length)) {}
+        side_(SidesOfNodes(partition, body, length)) {}
 
   std::vector<SurfacePoint> Run() {
     CellFaces faces;

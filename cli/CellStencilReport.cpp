@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "cli/ConditionEstimate.h"
+#include "cli/MeshScale.h"
 #include "cli/OneLine.h"
 #include "cli/TextTable.h"
 
@@ -24,7 +26,17 @@ std::string General(double value) {
   return buffer;
 }
 
-std::string Coordinates(const DQVector& v) { return Place(v.x, v.y, v.z); }
+/// Digits that tell the stencil's other points from its first.
+int DigitsOfPoints(const CellStencil& stencil) {
+  double largest = 0.0, nearest = std::numeric_limits<double>::infinity();
+  for (const StencilMember& member : stencil.members) {
+    const DQVector& p = member.point;
+    largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
+    const double distance = Length(OffsetBetween(stencil.members.front().point, p));
+    if (distance > 0.0) nearest = std::min(nearest, distance);
+  }
+  return PlaceDigits(largest, nearest);
+}
 
 void AddWeightRow(TextTable& table, std::vector<std::string> cells, const DQVector& weight) {
   for (const double value : {weight.x, weight.y, weight.z}) cells.push_back(Scientific(value, kDigits));
@@ -41,7 +53,7 @@ void PrintLengths(std::ostream& out, const CellStencil& stencil) {
   TextTable table({{"stencil", Align::Left}, {"", Align::Left}});
   table.AddRow({"members", std::to_string(stencil.members.size())});
   table.AddRow({"support length", General(stencil.supportLength)});
-  table.AddRow({"extents", Coordinates(stencil.extent)});
+  table.AddRow({"extents", Place(stencil.extent.x, stencil.extent.y, stencil.extent.z)});
   table.AddRow({"Span", General(stencil.settings.span)});
   table.AddRow({"kernel form", isPlain ? "plain" : "shape-normalised"});
   if (isPlain) table.AddRow({"support radius", General(stencil.settings.span * stencil.supportLength)});
@@ -58,12 +70,14 @@ void PrintWeights(std::ostream& out, const CellStencil& stencil) {
                    {"weight d/dy"},
                    {"weight d/dz"}});
   int number = 0;
+  const int digits = DigitsOfPoints(stencil);
   for (const StencilMember& member : stencil.members) {
     const double distance = Length(OffsetBetween(stencil.members.front().point, member.point));
-    AddWeightRow(table,
-                 {std::to_string(++number), member.cell > 0 ? std::to_string(member.cell) : "-",
-                  OneLine(member.place), Coordinates(member.point), Scientific(distance)},
-                 member.weight);
+    AddWeightRow(
+        table,
+        {std::to_string(++number), member.cell > 0 ? std::to_string(member.cell) : "-", OneLine(member.place),
+         Place(member.point.x, member.point.y, member.point.z, digits), Scientific(distance)},
+        member.weight);
   }
   const DQVector sum = stencil.SumOfWeights();
   const DQVector& m = stencil.multiplier;

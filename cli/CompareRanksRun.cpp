@@ -11,6 +11,7 @@
 #include "cli/FaceGroup.h"
 #include "cli/InterpolationOptions.h"
 #include "cli/LeastSquaresCheck.h"
+#include "cli/MeshScale.h"
 #include "cli/OneLine.h"
 #include "cli/RunSettings.h"
 #include "cli/StdoutToFile.h"
@@ -74,7 +75,7 @@ class PartRun {
       value = question.field.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
       if (std::isfinite(value)) continue;
       throw UsageError("the field " + Quoted(question.field.text()) + " is not finite at " +
-                       Place(mesh.xc[c], mesh.yc[c], mesh.zc[c]));
+                       Place(mesh.xc[c], mesh.yc[c], mesh.zc[c], PlaceDigits(partition_)));
     }
   }
 

@@ -89,7 +89,7 @@ FaceRun RunFaces(const Ranks& ranks, reference_host::LoadedMesh& mesh, FaceGroup
 }
 
 std::vector<double> ExactFaceValues(const Ranks& ranks, const FacesOfGroup& faces, FaceGroup group,
-                                    const Expression& expression) {
+                                    const Expression& expression, int placeDigits) {
   std::vector<double> exact(static_cast<std::size_t>(faces.count) + 1, 0.0);
   ranks.Together([&] {
     for (int f = 1; f <= faces.count; ++f) {
@@ -97,7 +97,7 @@ std::vector<double> ExactFaceValues(const Ranks& ranks, const FacesOfGroup& face
       const double value = expression.Value(x, y, z);
       if (!std::isfinite(value)) {
         throw UsageError("the field " + Quoted(expression.text()) + " is not finite at a face of the group " +
-                         NameOf(group) + " at " + Place(x, y, z));
+                         NameOf(group) + " at " + Place(x, y, z, placeDigits));
       }
       exact[static_cast<std::size_t>(f)] = value;
     }

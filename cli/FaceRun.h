@@ -6,6 +6,7 @@
 #include "cli/Expression.h"
 #include "cli/FaceGroup.h"
 #include "cli/Ranks.h"
+#include "cli/TextTable.h"
 #include "reference_host/LoadMesh.h"
 
 namespace zyngrad {
@@ -40,7 +41,8 @@ FaceRun RunFaces(const Ranks& ranks, reference_host::LoadedMesh& mesh, FaceGroup
 
 /// Collective. [1..count] the formula at the faces' targets. Throws UsageError naming the place where it is
 /// not finite.
+/// @param[in] placeDigits  from PlaceDigits
 std::vector<double> ExactFaceValues(const Ranks& ranks, const FacesOfGroup& faces, FaceGroup group,
-                                    const Expression& expression);
+                                    const Expression& expression, int placeDigits = kPlaceDigits);
 
 }  // namespace zyngrad

@@ -1,7 +1,10 @@
 #include "cli/MeshScale.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+
+#include "cli/TextTable.h"
 
 namespace zyngrad {
 namespace {
@@ -11,7 +14,39 @@ double CentreDistance(const CZYN3DFiniteVolumeMesh& mesh, int a, int b) {
   return std::sqrt(dx * dx + dy * dy + dz * dz);
 }
 
+struct PlaceScale {
+  double largest = 0.0;                                      ///< magnitude of a coordinate, L
+  double nearest = std::numeric_limits<double>::infinity();  ///< distance of two cells, above 0, L
+};
+
+PlaceScale ScaleOfPlaces(reference_host::HostPartition& partition) {
+  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CPartitionFace_DLL& cuts = *partition.partitionFaces();
+  PlaceScale scale;
+  for (int c = 1; c <= mesh.NInnerCells; ++c)
+    scale.largest =
+        std::max({scale.largest, std::fabs(mesh.xc[c]), std::fabs(mesh.yc[c]), std::fabs(mesh.zc[c])});
+  const auto meet = [&](int a, int b) {
+    const double distance = CentreDistance(mesh, a, b);
+    if (distance > 0.0) scale.nearest = std::min(scale.nearest, distance);
+  };
+  for (int f = 1; f <= mesh.NInnerFaces; ++f) meet(mesh.ijCV[f], mesh.ij[f]);
+  for (int f = 1; f <= cuts.NParInterFace(); ++f) meet(cuts.ijParCV()[f], cuts.ijPar()[f]);
+  return scale;
+}
+
 }  // namespace
+
+// Two places at a distance differ in one coordinate by at least its share of sqrt(3), and the last of n digits of
+// the largest coordinate counts units of 10^(exponent + 1 - n).
+int PlaceDigits(double largest, double nearest) {
+  constexpr int kAllDigits = std::numeric_limits<double>::max_digits10;
+  const double step = nearest / std::sqrt(3.0);
+  if (!(largest > 0.0) || !(step > 0.0) || !std::isfinite(largest) || !std::isfinite(step))
+    return kPlaceDigits;
+  const double digits = std::floor(std::log10(largest)) + 1.0 - std::floor(std::log10(step));
+  return static_cast<int>(std::clamp(digits, 1.0 * kPlaceDigits, 1.0 * kAllDigits));
+}
 
 double MeanCellDistance(const Ranks& ranks, reference_host::HostPartition& partition) {
   const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
@@ -30,6 +65,18 @@ double MeanCellDistance(const Ranks& ranks, reference_host::HostPartition& parti
     allFaces += row[1];
   }
   return allFaces > 0.0 ? allSum / allFaces : std::numeric_limits<double>::infinity();
+}
+
+int PlaceDigits(reference_host::HostPartition& partition) {
+  const PlaceScale scale = ScaleOfPlaces(partition);
+  return PlaceDigits(scale.largest, scale.nearest);
+}
+
+int PlaceDigits(const Ranks& ranks, reference_host::HostPartition& partition) {
+  PlaceScale scale = ScaleOfPlaces(partition);
+  scale.largest = ranks.Max(scale.largest);
+  scale.nearest = -ranks.Max(-scale.nearest);
+  return PlaceDigits(scale.largest, scale.nearest);
 }
 
 }  // namespace zyngrad

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "cli/OneLine.h"
-#include "cli/TextTable.h"
+#include "cli/RunSettings.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -63,7 +63,8 @@ ExactAtPoints ExactValuesAt(const PointSet& points, const Expression& expression
     for (const double number : {at.value, at.dx, at.dy, at.dz}) {
       if (std::isfinite(number)) continue;
       throw UsageError("the field " + Quoted(expression.text()) + " or its gradient is not finite at point " +
-                       std::to_string(i + 1) + " at " + Place(points.x[i], points.y[i], points.z[i]));
+                       std::to_string(i + 1) + " at (" + ShortestText(points.x[i]) + ", " +
+                       ShortestText(points.y[i]) + ", " + ShortestText(points.z[i]) + ')');
     }
     exact.value.push_back(at.value);
     exact.gx.push_back(at.dx);

@@ -1,10 +1,10 @@
 #include "cli/TestField.h"
 
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <utility>
 
+#include "cli/MeshScale.h"
 #include "cli/OneLine.h"
 #include "cli/TextTable.h"
 #include "cli/UsageError.h"
@@ -27,10 +27,9 @@ std::string CellName(HostPartition& partition, int cell) {
 
 [[noreturn]] void FailNotFinite(HostPartition& partition, const std::string& what, double value, int cell) {
   const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
-  char number[32];
-  std::snprintf(number, sizeof number, "%g", value);
-  throw UsageError(what + " is " + number + " at " + CellName(partition, cell) + " at " +
-                   Place(mesh.xc[cell], mesh.yc[cell], mesh.zc[cell]));
+  throw UsageError(what + (std::isnan(value) ? " is not a number at " : " is infinite at ") +
+                   CellName(partition, cell) + " at " +
+                   Place(mesh.xc[cell], mesh.yc[cell], mesh.zc[cell], PlaceDigits(partition)));
 }
 
 void CheckGradient(HostPartition& partition, const Expression& expression, const Dual& exact, int cell) {

@@ -116,11 +116,11 @@ std::string ErrorOf(const std::string& formula) {
 }
 
 TEST(TestField, NamesThePlaceWhereTheFormulaIsNotFinite) {
-  EXPECT_EQ(ErrorOf("1/(x-0.25)"), "the field \"1/(x-0.25)\" is inf at cell 1 at (0.25, 0.25, 0.25)");
-  EXPECT_EQ(ErrorOf("log(x)"), "the field \"log(x)\" is -inf at a face of \"inlet\" at (0, 0.25, 0.25)");
+  EXPECT_EQ(ErrorOf("1/(x-0.25)"), "the field \"1/(x-0.25)\" is infinite at cell 1 at (0.25, 0.25, 0.25)");
+  EXPECT_EQ(ErrorOf("log(x)"), "the field \"log(x)\" is infinite at a face of \"inlet\" at (0, 0.25, 0.25)");
   EXPECT_EQ(ErrorOf("sqrt(x-0.75)-sqrt(x-0.75)+sqrt(abs(x-0.75))").substr(0, 9), "the field");
   EXPECT_EQ(ErrorOf("cbrt(x-0.75)"),
-            "the exact gradient of \"cbrt(x-0.75)\" is inf at cell 2 at (0.75, 0.25, 0.25)");
+            "the exact gradient of \"cbrt(x-0.75)\" is infinite at cell 2 at (0.75, 0.25, 0.25)");
 }
 
 }  // namespace
