@@ -50,8 +50,8 @@ const std::vector<GradientMethod>& GradientMethods() {
        LeastSquaresObstacle},
       {"vector", "plain Green-Gauss of three fields in one walk over the faces", 0, 3, RunThreeComponents,
        nullptr},
-      {"rbf", "radial basis functions over the face neighbours; --span, --shape-normalize", kRadialBasisType,
-       1, RunRadialBasis, nullptr, RadialBasisRemarks},
+      {"rbf", "radial basis functions over the face neighbours, as wide as --span says", kRadialBasisType, 1,
+       RunRadialBasis, nullptr, RadialBasisRemarks},
   };
   return methods;
 }

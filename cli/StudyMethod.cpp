@@ -1,8 +1,8 @@
 #include "cli/StudyMethod.h"
 
 #include <algorithm>
-#include <sstream>
 
+#include "cli/MethodOption.h"
 #include "cli/OneLine.h"
 #include "cli/RunSettings.h"
 #include "cli/UsageError.h"
@@ -63,10 +63,7 @@ const std::vector<StudyMethod>& StudyMethods() {
 }
 
 std::vector<const StudyMethod*> ChooseStudyMethods(const std::string& names) {
-  std::vector<std::string> words;
-  std::istringstream list(names + ',');  // so that an empty last word counts
-  for (std::string word; std::getline(list, word, ',');) words.push_back(word);
-
+  const std::vector<std::string> words = WordsBetweenCommas(names);
   const std::vector<StudyMethod>& all = StudyMethods();
   for (const std::string& word : words) {
     if (std::none_of(all.begin(), all.end(), [&word](const StudyMethod& m) { return IsMeantBy(word, m); }))
