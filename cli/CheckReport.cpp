@@ -73,17 +73,23 @@ void PrintHistogram(std::ostream& out, const CheckResult& result) {
   table.Print(out);
 }
 
+/// The numbers below are those of cells or of points; a face has none but those of its cells.
+std::string WorstTitle(const CheckResult& result) {
+  if (result.key == "faces") return "worst face, of cells";
+  return result.key == "points" ? "worst point" : "worst cell";
+}
+
 void PrintWorst(std::ostream& out, const CheckResult& result) {
   if (result.summary.worst.empty()) return;
-  TextTable table({{result.key == "faces" ? "worst, of cells" : "worst", Align::Left},
+  TextTable table({{WorstTitle(result), Align::Left},
                    {"at", Align::Left},
                    {"members"},
                    {"condition"},
                    {"sum off by"},
-                   {"why", Align::Left}});
+                   {"why", Align::Left, TextTable::kAnyWidth}});
   for (const CheckedSystem& system : result.summary.worst) {
     const std::string why = InWords(system.findings);
-    table.AddRow({NumberText(system), Place(system.at[0], system.at[1], system.at[2]),
+    table.AddRow({NumberText(system), Place(system.at[0], system.at[1], system.at[2], result.placeDigits),
                   system.members > 0 ? std::to_string(system.members) : "-", ConditionText(system.condition),
                   system.members > 0 ? Scientific(system.rowSum, 2) : "-", why.empty() ? "-" : why});
   }
@@ -100,6 +106,18 @@ ordered_json HistogramAsJson(const ConditionHistogram& histogram) {
   if (histogram.IsEmpty()) return nullptr;
   return {
       {"decades", histogram.decade}, {"singular", histogram.nSingular}, {"notFinite", histogram.nNotFinite}};
+}
+
+/// "2 of 8 cells, 1 of 6 points"; empty when all counts are 0.
+std::string Counted(const std::vector<CheckResult>& results, std::int64_t CheckSummary::*count) {
+  std::string text;
+  for (const CheckResult& result : results) {
+    const std::int64_t n = result.summary.*count;
+    if (n == 0) continue;
+    text += (text.empty() ? "" : ", ") + Grouped(n) + " of " + Grouped(result.summary.nSystems) + ' ' +
+            result.kind;
+  }
+  return text;
 }
 
 ordered_json SystemAsJson(const CheckedSystem& system) {
@@ -126,12 +144,12 @@ void PrintCheckResult(std::ostream& out, const CheckResult& result) {
   out << '\n';
 }
 
-std::vector<std::string> NotFiniteInWords(const std::vector<CheckResult>& results) {
+std::vector<std::string> FoundInWords(const std::vector<CheckResult>& results, Severity severity) {
   std::vector<std::string> lines;
   for (const CheckResult& result : results) {
     for (const FindingKind& kind : FindingKinds()) {
       const std::int64_t count = result.summary.Count(kind.finding);
-      if (kind.severity == Severity::NotFinite && count > 0)
+      if (kind.severity == severity && count > 0)
         lines.push_back(kind.text + ": " + Grouped(count) + " of " + Grouped(result.summary.nSystems) + ' ' +
                         result.kind);
     }
@@ -139,19 +157,30 @@ std::vector<std::string> NotFiniteInWords(const std::vector<CheckResult>& result
   return lines;
 }
 
+bool AreSound(const std::vector<CheckResult>& results) {
+  return std::all_of(results.begin(), results.end(),
+                     [](const CheckResult& r) { return r.summary.IsSound(); });
+}
+
 void PrintVerdict(std::ostream& out, const std::vector<CheckResult>& results) {
-  const std::vector<std::string> lines = NotFiniteInWords(results);
-  if (lines.empty()) {
-    out << "all results would be finite numbers\n";
-    return;
-  }
-  out << "NOT all results would be finite numbers\n";
-  for (const std::string& line : lines) out << "  " << line << '\n';
+  const std::string notFinite = Counted(results, &CheckSummary::nNotFinite);
+  const std::string wrong = Counted(results, &CheckSummary::nWrong);
+  for (const Severity severity : {Severity::NotFinite, Severity::Wrong})
+    for (const std::string& line : FoundInWords(results, severity)) out << "  " << line << '\n';
+  if (notFinite.empty() && wrong.empty())
+    out << "all results would be finite numbers, and none would be wrong\n";
+  else if (notFinite.empty())
+    out << "all results would be finite numbers, but WRONG in " << wrong << '\n';
+  else
+    out << "NOT all results would be finite numbers: not in " << notFinite
+        << (wrong.empty() ? "" : ", and WRONG in " + wrong) << '\n';
 }
 
 ordered_json CheckResultAsJson(const CheckResult& result) {
   const CheckSummary& summary = result.summary;
   ordered_json json = {{"kind", result.kind}, {"count", summary.nSystems}, {"finite", summary.IsFinite()}};
+  json["wrongCount"] = summary.nWrong;
+  json["notFiniteCount"] = summary.nNotFinite;
   ordered_json& found = json["found"] = ordered_json::object();
   for (const FindingKind& kind : FindingKinds()) {
     if ((result.lookedFor & kind.finding) != 0)

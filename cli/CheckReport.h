@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "cli/CheckFindings.h"
 #include "cli/CheckSummary.h"
+#include "cli/TextTable.h"
 
 namespace zyngrad {
 
@@ -15,18 +17,22 @@ struct CheckResult {
   std::string key;              ///< "cells", "faces", "points": in check.json
   std::uint32_t lookedFor = 0;  ///< sum of Finding: those that the table shows
   CheckSummary summary;
+  int placeDigits = kPlaceDigits;  ///< from PlaceDigits
 };
 
 /// Counts, histogram and the worst ten. Only the first rank's job.
 void PrintCheckResult(std::ostream& out, const CheckResult& result);
 
-/// The last line: whether all numbers would be finite, else what would not.
+/// The last lines: how many results would not be finite or would be wrong, with the findings behind that.
 void PrintVerdict(std::ostream& out, const std::vector<CheckResult>& results);
+
+/// Whether no result would be wrong or not finite.
+bool AreSound(const std::vector<CheckResult>& results);
 
 /// The same numbers; what is not finite becomes null.
 nlohmann::ordered_json CheckResultAsJson(const CheckResult& result);
 
-/// What would not be finite, a line each: "weights not finite: 2 cells".
-std::vector<std::string> NotFiniteInWords(const std::vector<CheckResult>& results);
+/// What was found of that severity, a line each: "weights not finite: 2 of 8 cells". A system may be in several.
+std::vector<std::string> FoundInWords(const std::vector<CheckResult>& results, Severity severity);
 
 }  // namespace zyngrad

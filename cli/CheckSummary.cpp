@@ -66,6 +66,9 @@ std::vector<CheckedSystem> WorstOfAll(const Ranks& ranks, const std::vector<Chec
 void AddSystem(const CheckedSystem& system, CheckSummary& summary) {
   ++summary.nSystems;
   for (std::size_t k = 0; k < summary.counts.size(); ++k) summary.counts[k] += (system.findings >> k) & 1U;
+  const Severity gravest = SeverityOf(system.findings);
+  summary.nWrong += gravest == Severity::Wrong ? 1 : 0;
+  summary.nNotFinite += gravest == Severity::NotFinite ? 1 : 0;
   if (system.condition != 0.0) summary.histogram.Add(system.condition);
   if (IsWorseCondition(system.condition, summary.worstCondition)) summary.worstCondition = system.condition;
   if (std::isfinite(system.rowSum)) summary.worstRowSum = std::max(summary.worstRowSum, system.rowSum);
@@ -75,8 +78,8 @@ void AddSystem(const CheckedSystem& system, CheckSummary& summary) {
 
 /// Collective. The summary of all ranks from that of each.
 void AddUp(const Ranks& ranks, CheckSummary& summary) {
-  std::vector<std::int64_t*> sums = {&summary.nSystems, &summary.histogram.nSingular,
-                                     &summary.histogram.nNotFinite};
+  std::vector<std::int64_t*> sums = {&summary.nSystems, &summary.nWrong, &summary.nNotFinite,
+                                     &summary.histogram.nSingular, &summary.histogram.nNotFinite};
   for (std::int64_t& count : summary.counts) sums.push_back(&count);
   for (std::int64_t& count : summary.histogram.decade) sums.push_back(&count);
   std::vector<double> own;
@@ -114,12 +117,6 @@ std::int64_t CheckSummary::Count(std::uint32_t finding) const {
   for (std::size_t k = 0; k < counts.size(); ++k)
     if (finding == 1U << k) return counts[k];
   return 0;
-}
-
-bool CheckSummary::IsFinite() const {
-  return std::all_of(FindingKinds().begin(), FindingKinds().end(), [this](const FindingKind& kind) {
-    return kind.severity != Severity::NotFinite || Count(kind.finding) == 0;
-  });
 }
 
 bool IsWorse(const CheckedSystem& a, const CheckedSystem& b) {

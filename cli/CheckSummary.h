@@ -30,8 +30,12 @@ struct CheckSummary {
   double worstSkewness = 0.0, worstNonOrthogonality = 0.0;
   std::vector<CheckedSystem> worst;  ///< at most kShownWorst, the worst first
 
+  std::int64_t nWrong = 0;      ///< systems whose gravest finding is Severity::Wrong
+  std::int64_t nNotFinite = 0;  ///< likewise Severity::NotFinite
+
   std::int64_t Count(std::uint32_t finding) const;
-  bool IsFinite() const;  ///< no finding of that severity anywhere
+  bool IsFinite() const { return nNotFinite == 0; }
+  bool IsSound() const { return nNotFinite == 0 && nWrong == 0; }
 };
 
 constexpr std::size_t kShownWorst = 10;

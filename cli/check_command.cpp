@@ -3,7 +3,6 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,9 +18,11 @@
 #include "cli/FaceGroup.h"
 #include "cli/InterpolationOptions.h"
 #include "cli/JsonFile.h"
+#include "cli/LongRows.h"
 #include "cli/MeshOptions.h"
 #include "cli/MeshReport.h"
 #include "cli/MeshScale.h"
+#include "cli/MethodOption.h"
 #include "cli/OneLine.h"
 #include "cli/OutputFolder.h"
 #include "cli/PointSet.h"
@@ -47,13 +48,16 @@ constexpr const char* kFooter =
     "--points or\n"
     "--body also the systems of faces and points. docs/check.md tells what each line means and what to do "
     "about it.\n\n"
-    "The exit code is 0 if all results would be finite numbers, 1 if some would not, 2 for wrong input.\n\n"
+    "The exit code is 0 if all results would be finite and none is marked wrong, 1 if not, with the counts "
+    "in "
+    "the\n"
+    "last lines, 2 for wrong input.\n\n"
     "The output folder gets check.json (the numbers of the tables), check.vtu, or check.pvtu and its pieces, "
     "with the\n"
     "measures of each cell, and what the operators print, in log.rankN.txt.\n\n"
     "Examples:\n"
     "  zyngrad check channel.msh\n"
-    "  zyngrad check box:20,20,20:tet:perturb=0.2 --methods lsq,rbf --span 50 -o before\n"
+    "  zyngrad check box:20,20,20:tet:perturb=0.2 --method lsq,rbf --span 50 -o before\n"
     "  mpirun -n 2 zyngrad check case/constant/polyMesh --group-faces inner --points probes.csv";
 
 /// An interpolation's settings from options that carry other names here.
@@ -89,7 +93,7 @@ class CheckCommand : public Command {
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
-  std::vector<std::string> methodNames_, faceGroupNames_;
+  std::vector<std::string> methodLists_, hiddenMethodLists_, faceGroupNames_;
   std::string spanText_, pointsFile_, bodyText_, outputFolder_ = "zyngrad-output";
   std::string faceMethodText_ = "4", pointMethodText_ = "3", numberText_ = "20";
   bool shapeNormalize_ = false;
@@ -124,9 +128,10 @@ CLI::App* CheckCommand::AddTo(CLI::App& program) {
 }
 
 void CheckCommand::AddMethodOptions(CLI::App& command) {
-  AddRepeatableOption(command, "--methods", methodNames_,
-                      "Gradient methods, separated by commas (default all): " + GradientMethodNames())
-      ->type_name("NAMES");
+  AddMethodOption(command, methodLists_,
+                  "Gradient methods between commas (default all): " + GradientMethodNames());
+  AddRepeatableOption(command, "--methods", hiddenMethodLists_, "An earlier spelling of --method")
+      ->group("");  // hidden
   command
       .add_option("--span", spanText_,
                   "Support radius over the stencil's length (default 500, of faces 1000)")
@@ -142,25 +147,9 @@ void CheckCommand::AddMethodOptions(CLI::App& command) {
 }
 
 void CheckCommand::ChooseMethods() {
-  std::vector<std::string> names;
-  for (const std::string& list : methodNames_) {
-    std::istringstream in(list + ',');
-    for (std::string name; std::getline(in, name, ',');) names.push_back(name);
-  }
-  const auto isChosen = [&names](const std::string& name) {
-    return names.empty() || std::find(names.begin(), names.end(), name) != names.end() ||
-           std::find(names.begin(), names.end(), "all") != names.end();
-  };
-  for (const std::string& name : names) {
-    const auto& all = GradientMethods();
-    const bool isKnown =
-        name == "all" || std::any_of(all.begin(), all.end(),
-                                     [&](const GradientMethod& method) { return name == method.name; });
-    if (!isKnown)
-      throw UsageError("--methods: unknown method " + Quoted(name) + ": expected " + GradientMethodNames());
-  }
-  for (const GradientMethod& method : GradientMethods())
-    if (isChosen(method.name)) cellCase_.methods.push_back(&method);
+  std::vector<std::string> lists = methodLists_;
+  lists.insert(lists.end(), hiddenMethodLists_.begin(), hiddenMethodLists_.end());
+  cellCase_.methods = ChooseGradientMethods(lists.empty() ? "all" : JoinedLists(lists));
 }
 
 void CheckCommand::ChooseFaces() {
@@ -195,6 +184,8 @@ CheckResult CheckCommand::CheckAllCells(const Ranks& ranks, LoadedMesh& mesh, Ou
 
 CheckResult CheckCommand::CheckFaceGroup(const Ranks& ranks, LoadedMesh& mesh, FaceGroup group,
                                          OutputFolder& folder) const {
+  if (faceSettings_.method == kMethodByNodes)
+    PrintLongRowWarning(ranks, *mesh.partition, nullptr, "--face-method 2");
   std::vector<CheckedSystem> faces;
   ranks.Together([&] { faces = CheckFaces(*mesh.partition, group, faceSettings_, folder.logFile()); });
   return {NameOf(group) + " faces", "faces", InterpolationFindings(), SummariseCheck(ranks, faces)};
@@ -208,6 +199,8 @@ CheckResult CheckCommand::CheckPointSet(const Ranks& ranks, LoadedMesh& mesh, Po
   for (auto* column : {&points.x, &points.y, &points.z}) ranks.Broadcast(*column);
   const std::vector<PointOwner> owners = FindPointOwners(ranks, *mesh.partition, usable, points);
   pointSettings_.distance = 2.0 * meanDistance;
+  if (pointSettings_.method == kMethodByNodes)
+    PrintLongRowWarning(ranks, *mesh.partition, &usable, "--point-method 2");
   std::vector<CheckedSystem> systems;
   ranks.Together([&] {
     systems =
@@ -257,13 +250,15 @@ void CheckCommand::Run(const Ranks& ranks) {
   }
   StageRunSettings(ranks, *mesh.partition, folder, std::nullopt);
   progress.Done();
+  const int placeDigits = PlaceDigits(ranks, *mesh.partition);
+  for (CheckResult& result : results) result.placeDigits = placeDigits;
   if (ranks.IsFirst()) {
     for (const CheckResult& result : results) PrintCheckResult(std::cout, result);
     PrintVerdict(std::cout, results);
   }
 
   progress.Stage("writing");
-  const std::vector<std::string> notFinite = NotFiniteInWords(results);
+  const std::vector<std::string> notFinite = FoundInWords(results, Severity::NotFinite);
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     ordered_json json = StartResults("check");
@@ -271,13 +266,15 @@ void CheckCommand::Run(const Ranks& ranks) {
     json["question"] = Question();
     json["finite"] = notFinite.empty();
     json["notFinite"] = notFinite;
+    json["sound"] = AreSound(results);
+    json["wrong"] = FoundInWords(results, Severity::Wrong);
     json["checked"] = ordered_json::array();
     for (const CheckResult& result : results) json["checked"].push_back(CheckResultAsJson(result));
     WriteJson(folder.Stage("check.json"), json);
   });
   folder.Commit();
   progress.Done();
-  exitCode_ = notFinite.empty() ? kSuccess : kFoundFaults;
+  exitCode_ = AreSound(results) ? kSuccess : kFoundFaults;
   if (ranks.IsFirst()) std::cout << "\nwritten to " << folder.path() << ": check.json, " << grid_ << '\n';
 }
 

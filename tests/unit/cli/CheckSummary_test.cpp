@@ -105,9 +105,45 @@ CheckResult ResultOf(const std::vector<CheckedSystem>& cells) {
 TEST(CheckReport, SaysWhatWouldNotBeFinite) {
   std::ostringstream sound, broken;
   PrintVerdict(sound, {ResultOf({Cell(1, 2.0, kIsSkew)})});
-  EXPECT_EQ(sound.str(), "all results would be finite numbers\n");
+  EXPECT_EQ(sound.str(), "all results would be finite numbers, and none would be wrong\n");
   PrintVerdict(broken, {ResultOf({Cell(1, 2.0, kHasRowNotFinite), Cell(2, 2.0)})});
-  EXPECT_EQ(broken.str(), "NOT all results would be finite numbers\n  weights not finite: 1 of 2 cells\n");
+  EXPECT_EQ(broken.str(),
+            "  weights not finite: 1 of 2 cells\n"
+            "NOT all results would be finite numbers: not in 1 of 2 cells\n");
+}
+
+TEST(CheckReport, CountsWhatIsWrongInItsLastLine) {
+  const std::vector<CheckResult> wrong = {
+      ResultOf({Cell(1, 2.0, kHasMemberAtOrigin | kHasFlatAxis), Cell(2, 2.0, kHasFlatAxis), Cell(3, 2.0)})};
+  EXPECT_FALSE(AreSound(wrong));
+  EXPECT_TRUE(AreSound({ResultOf({Cell(1, 2.0, kIsSkew)})}));
+  std::ostringstream out;
+  PrintVerdict(out, wrong);
+  EXPECT_EQ(out.str(),
+            "  members at the origin (symmetry): 1 of 3 cells\n"
+            "  stencil flat along an axis: 2 of 3 cells\n"
+            "all results would be finite numbers, but WRONG in 2 of 3 cells\n");
+}
+
+TEST(CheckReport, CountsEachSystemByItsGravestFinding) {
+  const std::vector<CheckResult> both = {
+      ResultOf({Cell(1, 2.0, kHasRowNotFinite | kIsSingular), Cell(2, 2.0, kIsSingular), Cell(3, 2.0)})};
+  EXPECT_EQ(both.front().summary.nNotFinite, 1);
+  EXPECT_EQ(both.front().summary.nWrong, 1);
+  std::ostringstream out;
+  PrintVerdict(out, both);
+  EXPECT_NE(out.str().find("numbers: not in 1 of 3 cells, and WRONG in 1 of 3 cells\n"), std::string::npos)
+      << out.str();
+}
+
+TEST(CheckReport, SaysWhatItsNumbersAre) {
+  std::ostringstream out;
+  CheckResult result = ResultOf({Cell(12, 1e3)});
+  result.placeDigits = 9;
+  result.summary.worst.front().at[0] = 6400000.5;
+  PrintCheckResult(out, result);
+  EXPECT_NE(out.str().find("worst cell  at "), std::string::npos) << out.str();
+  EXPECT_NE(out.str().find("(6400000.5, 0, 0)"), std::string::npos) << out.str();
 }
 
 TEST(CheckReport, ShowsCountsHistogramAndTheWorst) {
