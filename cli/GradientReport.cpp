@@ -12,16 +12,18 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-void AddErrorRow(TextTable& table, const std::string& method, const std::string& cells,
-                 const ErrorNorms& norms) {
-  const bool hasMax = norms.maxCell > 0;
-  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
-                Scientific(norms.relativeL2), Scientific(norms.max),
-                hasMax ? std::to_string(norms.maxCell) : "-",
-                hasMax ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2]) : "-"});
+std::string PlaceOfMax(const ErrorNorms& norms, int digits) {
+  return norms.maxCell > 0 ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2], digits) : "-";
 }
 
-void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results) {
+void AddErrorRow(TextTable& table, const std::string& method, const std::string& cells,
+                 const ErrorNorms& norms, int digits) {
+  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
+                Scientific(norms.relativeL2), Scientific(norms.max),
+                norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-", PlaceOfMax(norms, digits)});
+}
+
+void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results, int digits) {
   TextTable table({{"method", Align::Left},
                    {"cells", Align::Left},
                    {"number"},
@@ -33,22 +35,21 @@ void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results) {
                    {"at", Align::Left}});
   for (const MethodResult& result : results) {
     for (const GradientResult& one : result.gradients) {
-      AddErrorRow(table, one.label, "interior", one.errors.interior);
-      AddErrorRow(table, "", "boundary", one.errors.boundary);
+      AddErrorRow(table, one.label, "interior", one.errors.interior, digits);
+      AddErrorRow(table, "", "boundary", one.errors.boundary, digits);
     }
   }
   table.Print(out);
 }
 
 void AddSizeRow(TextTable& table, const std::string& method, const std::string& cells,
-                const ErrorNorms& norms) {
-  const bool hasMax = norms.maxCell > 0;
+                const ErrorNorms& norms, int digits) {
   table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
-                Scientific(norms.max), hasMax ? std::to_string(norms.maxCell) : "-",
-                hasMax ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2]) : "-"});
+                Scientific(norms.max), norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-",
+                PlaceOfMax(norms, digits)});
 }
 
-void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results) {
+void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results, int digits) {
   TextTable table({{"method", Align::Left},
                    {"cells", Align::Left},
                    {"number"},
@@ -62,8 +63,8 @@ void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results) {
   for (const MethodResult& result : results) {
     for (const GradientResult& one : result.gradients) {
       if (!one.sizes) continue;
-      AddSizeRow(table, one.label, "interior", one.sizes->norms.interior);
-      AddSizeRow(table, "", "boundary", one.sizes->norms.boundary);
+      AddSizeRow(table, one.label, "interior", one.sizes->norms.interior, digits);
+      AddSizeRow(table, "", "boundary", one.sizes->norms.boundary, digits);
       std::vector<std::string> row = {one.label};
       for (std::size_t d = 0; d < 3; ++d) {
         row.push_back(Scientific(one.sizes->lowest[d]));
@@ -76,9 +77,6 @@ void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results) {
   out << '\n';
   ranges.Print(out);
 }
-
-/// Errors, or without exact gradient the gradient's own norms.
-const GradientErrors& NormsOf(const GradientResult& one) { return one.sizes ? one.sizes->norms : one.errors; }
 
 void PrintTimes(std::ostream& out, const std::vector<MethodResult>& results) {
   constexpr double kMilli = 1e3;
@@ -101,10 +99,15 @@ void PrintRemarks(std::ostream& out, const std::vector<MethodResult>& results) {
     if (!result.notRun.empty()) out << "  " << result.method->name << ": not run: " << result.notRun << '\n';
     for (const std::string& remark : result.remarks)
       out << "  " << result.method->name << ": " << remark << '\n';
+    if (result.NotFiniteCells() == 0 && !result.whyNotFinite.empty())
+      out << "  " << result.method->name << ": the gradient means nothing: " << result.whyNotFinite << '\n';
     for (const GradientResult& one : result.gradients) {
       const GradientErrors& norms = NormsOf(one);
       const std::int64_t n = norms.interior.nNotFinite + norms.boundary.nNotFinite;
-      if (n > 0) out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " cells\n";
+      if (n == 0) continue;
+      out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " of "
+          << Grouped(norms.interior.nCells + norms.boundary.nCells) << " cells"
+          << (result.whyNotFinite.empty() ? "" : ": " + result.whyNotFinite) << '\n';
     }
   }
 }
@@ -154,6 +157,7 @@ ordered_json MethodAsJson(const MethodResult& result) {
   json["seconds"] = {{"setUp", times.setUp}, {"firstCall", times.first}, {"laterCalls", times.later}};
   json["nsPerCell"] = times.nsPerCell;
   if (!result.remarks.empty()) json["remarks"] = result.remarks;
+  if (!result.whyNotFinite.empty()) json["whyNotFinite"] = result.whyNotFinite;
   const bool hasErrors = result.gradients.empty() || !result.gradients.front().sizes;
   ordered_json& list = json[hasErrors ? "errors" : "gradients"] = ordered_json::array();
   for (const GradientResult& one : result.gradients) {
@@ -165,16 +169,16 @@ ordered_json MethodAsJson(const MethodResult& result) {
 }  // namespace
 
 void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& results,
-                          const std::vector<double>& exactL2) {
+                          const std::vector<double>& exactL2, int placeDigits) {
   if (exactL2.empty()) {
     out << "length of the gradient and range of its components; there is no exact gradient to compare "
            "with\n\n";
-    PrintSizes(out, results);
+    PrintSizes(out, results, placeDigits);
   } else {
     out << "errors against the exact gradient, whose L2 norm is ";
     for (std::size_t k = 0; k < exactL2.size(); ++k) out << (k == 0 ? "" : ", ") << Scientific(exactL2[k]);
     out << "\n\n";
-    PrintErrors(out, results);
+    PrintErrors(out, results, placeDigits);
   }
   out << "\ntimes of the slowest rank\n\n";
   PrintTimes(out, results);

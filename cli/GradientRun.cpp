@@ -1,10 +1,14 @@
 #include "cli/GradientRun.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <iostream>
 
+#include "cli/MeshScale.h"
+#include "cli/SpanRange.h"
 #include "cli/StdoutToFile.h"
+#include "cli/TextTable.h"
 #include "cli/Timing.h"
 
 namespace zyngrad {
@@ -89,7 +93,58 @@ void EvaluateGradients(const Ranks& ranks, reference_host::HostPartition& partit
   }
 }
 
+/// Collective.
+double LargestValue(const Ranks& ranks, const std::vector<TestField>& fields) {
+  double largest = 0.0;
+  for (const TestField& field : fields)
+    for (std::size_t c = 1; c < field.value.size(); ++c)
+      largest = std::max(largest, std::fabs(field.value[c]));
+  return ranks.Max(largest);
+}
+
+/// Collective.
+std::string WhyNotFinite(const Ranks& ranks, reference_host::HostPartition& partition,
+                         const GradientCase& theCase, const GradientMethod& method) {
+  constexpr double kHuge =
+      1e290;  // sums of products with areas and distances are close to the end of the range
+  const double largest = LargestValue(ranks, theCase.fields);
+  const double length = MeanCellDistance(ranks, partition);
+  if (largest > kHuge)
+    return "the field's values reach " + Scientific(largest, 2) + ", and sums of them overflow";
+  if (method.gradientType == kRadialBasisType)
+    return WhyRadialBasisIsNotFinite(theCase.radialBasis.span, length);
+  return "zyngrad check shows what is wrong with these cells";
+}
+
+/// Collective. Whether the weighted method has nothing to weight.
+bool IsWeightConstant(const Ranks& ranks, const std::vector<double>& weight) {
+  if (weight.size() < 2) return true;
+  const auto [least, most] = std::minmax_element(weight.begin() + 1, weight.end());
+  return ranks.Max(*most) == -ranks.Max(-*least);
+}
+
+/// Collective. Why a method's numbers are those of another one here, so that nobody looks for a difference.
+void RemarkOnEqualNumbers(const Ranks& ranks, const GradientCase& theCase, const MethodData& data,
+                          MethodResult& result) {
+  if (std::string(result.method->name) == "weighted" && IsWeightConstant(ranks, data.weight))
+    result.remarks.emplace_back(
+        "the same numbers as plain, since the weight is the same in all cells (--weight)");
+  if (result.method->nFields > 1 && theCase.fields.size() == 1)
+    result.remarks.emplace_back("the same numbers as plain, since all its fields are the one given");
+}
+
 }  // namespace
+
+std::int64_t MethodResult::NotFiniteCells() const {
+  std::int64_t count = 0;
+  for (const GradientResult& one : gradients) {
+    const GradientErrors& norms = NormsOf(one);
+    count += norms.interior.nNotFinite + norms.boundary.nNotFinite;
+  }
+  return count;
+}
+
+const GradientErrors& NormsOf(const GradientResult& one) { return one.sizes ? one.sizes->norms : one.errors; }
 
 MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
                        GradientCase& theCase) {
@@ -116,7 +171,12 @@ MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, con
     Summarise(ranks, seconds, partition.mesh()->NInnerCells, result.times);
   }
   if (method.remarks != nullptr) result.remarks = method.remarks(ranks, partition, theCase.radialBasis);
+  RemarkOnEqualNumbers(ranks, theCase, data, result);
   EvaluateGradients(ranks, partition, theCase, data, result);
+  if (result.NotFiniteCells() > 0)
+    result.whyNotFinite = WhyNotFinite(ranks, partition, theCase, method);
+  else if (method.gradientType == kRadialBasisType)  // finite by luck: all zeros, for instance
+    result.whyNotFinite = SpanOutOfRange(theCase.radialBasis.span, MeanCellDistance(ranks, partition));
   return result;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -41,7 +42,14 @@ struct MethodResult {
   std::vector<std::string> remarks;  ///< what to know about the result, a line each
   MethodTimes times;
   std::vector<GradientResult> gradients;
+  std::string whyNotFinite;  ///< empty if all gradients are finite and the span is one that can work
+
+  /// Cells where a gradient is infinite or NaN, counted for each gradient.
+  std::int64_t NotFiniteCells() const;
 };
+
+/// Errors, or without exact gradient the gradient's own norms.
+const GradientErrors& NormsOf(const GradientResult& one);
 
 /// What does not depend on the method.
 struct GradientCase {

@@ -15,6 +15,8 @@
 #include "cli/JsonFile.h"
 #include "cli/MeshOptions.h"
 #include "cli/MeshReport.h"
+#include "cli/MeshScale.h"
+#include "cli/MethodOption.h"
 #include "cli/OneLine.h"
 #include "cli/OutputFolder.h"
 #include "cli/Program.h"
@@ -31,7 +33,7 @@ namespace {
 using nlohmann::ordered_json;
 
 std::string MethodHelp() {
-  std::string text = "Method (default all):";
+  std::string text = "Methods between commas (default all):";
   for (const GradientMethod& method : GradientMethods()) {
     text += std::string("\n  ") + method.name + ": " + method.description;
   }
@@ -43,11 +45,12 @@ std::string Footer() {
          "and\n  " +
          FunctionNames() +
          "\n\n"
-         "vector takes three --field. all takes one, which vector then uses three times, or three, of which "
-         "the\n"
-         "other methods use the first. The field holds the formula's values at cell centres and, at the "
-         "boundary,\n"
-         "at face centres. Errors are measured against the formula's own gradient.\n\n"
+         "vector takes three --field, the other methods one. Together they take one, which vector then uses "
+         "three\n"
+         "times, or three, of which the other methods use the first. The field holds the formula's values at "
+         "cell\n"
+         "centres and, at the boundary, at face centres. Errors are measured against the formula's own "
+         "gradient.\n\n"
          "--field-file stands in for --field: FILE is a volScalarField of OpenFOAM, such as 0/T in the case "
          "(a\n"
          "decomposed case has it in its processor folders), or FILE.cgns:ARRAY for a cell-centred array. "
@@ -58,12 +61,13 @@ std::string Footer() {
          "and its\n"
          "pieces, what the operators print, in log.rankN.txt, and what rbf is told, in "
          "settings.rankN.rbf.\n\n"
-         "Exit code 1: a method could not be run on this mesh, and the last lines say why; the others "
-         "were.\n\n"
+         "Exit code 1: a method could not be run on this mesh, or its gradient is not finite in some cells; "
+         "the last\n"
+         "lines say which and why. The other methods' results hold.\n\n"
          "Examples:\n"
          "  zyngrad gradient channel.msh --field \"sin(x)*y + z^2\"\n"
-         "  zyngrad gradient box:20,20,20:tet --field \"x^2\" --method iterated --sweeps 5 -o tet20\n"
-         "  mpirun -n 2 zyngrad gradient case/constant/polyMesh --field x --group frontAndBack=symmetry\n"
+         "  zyngrad gradient box:20,20,20:tet --field \"x^2\" --method plain,iterated --sweeps 5 -o tet20\n"
+         "  mpirun -n 2 zyngrad gradient case/constant/polyMesh --field x --group frontAndBack=wall\n"
          "  mpirun -n 4 zyngrad gradient case --field-file 0.5/T\n"
          "  zyngrad gradient wing.cgns --field-file wing.cgns:Pressure --method lsq\n"
          "  zyngrad gradient box:9,9,9 --method vector --field \"x*y\" --field \"y*z\" --field \"z*x\"";
@@ -89,7 +93,8 @@ class GradientCommand : public Command {
 
   MeshOptions meshOptions_;
   std::vector<std::string> fieldTexts_, fieldFiles_;  ///< one of them is empty
-  std::string method_ = "all", sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
+  std::vector<std::string> methodLists_;
+  std::string sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
   std::string outputFolder_ = "zyngrad-output";
   bool nonBlocking_ = false, shapeNormalize_ = false;
 
@@ -111,7 +116,7 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
       ->type_name("EXPR");
   AddRepeatableOption(*command, "--field-file", fieldFiles_, "The field, from a file; one or three")
       ->type_name("FILE");
-  command->add_option("--method", method_, MethodHelp())->type_name("NAME");
+  AddMethodOption(*command, methodLists_, MethodHelp());
   command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method (default 3)")->type_name("N");
   command->add_option("--weight", weightText_, "Coefficient of the weighted method, as a formula (default 1)")
       ->type_name("EXPR");
@@ -128,22 +133,20 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
 }
 
 void GradientCommand::ChooseMethods() {
-  for (const GradientMethod& method : GradientMethods()) {
-    if (method_ != "all" && method_ != method.name) continue;
-    methods_.push_back(&method);
-  }
-  if (methods_.empty()) {
-    throw UsageError("unknown method " + Quoted(method_) + ": expected " + GradientMethodNames() + " or all");
-  }
+  const std::string names = methodLists_.empty() ? "all" : JoinedLists(methodLists_);
+  methods_ = ChooseGradientMethods(names);
   const std::string option = fieldFiles_.empty() ? " --field" : " --field-file";
   const std::size_t nGiven = std::max(fields_.size(), fieldFiles_.size());
-  const std::string got = option + ", got " + std::to_string(nGiven);
-  if (method_ == "all") {
-    if (nGiven != 1 && nGiven != 3) throw UsageError("method all takes one or three" + got);
-  } else if (nGiven != static_cast<std::size_t>(methods_.front()->nFields)) {
-    throw UsageError("method " + method_ + " takes " + (methods_.front()->nFields == 1 ? "one" : "three") +
-                     got);
-  }
+  const auto takes = [this](int n) {
+    return std::any_of(methods_.begin(), methods_.end(),
+                       [n](const GradientMethod* m) { return m->nFields == n; });
+  };
+  const bool takesOne = takes(1), takesThree = takes(3);
+  // A mixture takes either.
+  if ((takesOne && nGiven == 1) || (takesThree && nGiven == 3)) return;
+  const char* const wanted = takesOne && takesThree ? "one or three" : takesOne ? "one" : "three";
+  throw UsageError("method " + OneLine(names) + " takes " + wanted + option + ", got " +
+                   std::to_string(nGiven));
 }
 
 void GradientCommand::ReadOptions() {
@@ -221,11 +224,13 @@ void GradientCommand::Run(const Ranks& ranks) {
   for (const GradientMethod* method : methods_) {
     progress.Stage(std::string("computing gradients: ") + method->name);
     results.push_back(RunMethod(ranks, mesh, *method, theCase));
-    if (!results.back().notRun.empty()) exitCode_ = kFoundFaults;
+    const MethodResult& result = results.back();
+    if (!result.notRun.empty() || !result.whyNotFinite.empty()) exitCode_ = kFoundFaults;
   }
   progress.Done();
   if (ranks.IsFirst()) PrintWarnings(std::cout, warnings_);
-  if (ranks.IsFirst()) PrintGradientResults(std::cout, results, theCase.exactL2);
+  const int placeDigits = PlaceDigits(ranks, *mesh.partition);
+  if (ranks.IsFirst()) PrintGradientResults(std::cout, results, theCase.exactL2, placeDigits);
 
   progress.Stage("writing");
   const std::string grid = StageGradientGrid(ranks, *mesh.partition, theCase, results, folder);

@@ -20,7 +20,7 @@ class InfoCommand : public Command {
         "Examples:\n"
         "  zyngrad info channel.msh\n"
         "  mpirun -n 4 zyngrad info box:40,40,40:tet:perturb=0.2,seed=1\n"
-        "  zyngrad info case/constant/polyMesh --group frontAndBack=symmetry");
+        "  zyngrad info case/constant/polyMesh --group frontAndBack=wall");
     return command;
   }
 

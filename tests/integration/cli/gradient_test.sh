@@ -22,6 +22,15 @@ for ranks in 1 2; do
   check "info --help on $ranks ranks shows examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
 done
 
+# Whatever a help text calls an option is one of the command's.
+for command in gradient faces points study check compare-ranks info explain; do
+  run 1 $command --help
+  for option in $(grep -o -- '--[a-z][a-z-]*' stdout | sort -u); do
+    run 1 $command "$option"
+    check "$command takes $option" [ "$(grep -c 'not expected' stderr)" = 0 ]
+  done
+done
+
 # --- gradient, all methods -------------------------------------------------------------------------------------------
 
 for ranks in 1 2 4; do
@@ -73,6 +82,26 @@ check "a second run gives the same bits" [ "$(grep -E '"(l1|l2|max)"' blocking/r
 
 run 1 gradient box:6,6,6:tet --field "x^2 + y" --method iterated --sweeps 5 --repeat 1 -o iterated
 check "iterated with --sweeps" contains iterated/results.json '"sweeps": 5'
+run 1 gradient box:6,6,6 --field x --method lsq,plain --method rbf -o list
+check "methods between commas and one by one: each has a row" [ "$(grep -c ' interior ' stdout)" = 3 ]
+run 1 gradient box:6,6,6 --field x --field y --field z --method vector,plain -o list
+check "vector and plain of three fields: exit code 0" exited 0
+run 1 gradient box:6,6,6 --field "sin(3*x)*y" -o equal
+check "equal rows: says why" [ "$(grep -c '^  \(weighted\|vector\): the same numbers as plain' stdout)" = 2 ]
+check "equal rows: they are" [ "$(grep '^  \(plain\|weighted\|vector\)  *interior' stdout | awk '{ print $4, $5, $7 }' | sort -u | wc -l)" = 1 ]
+for ranks in 1 2; do
+  run $ranks gradient box:5,5,5 --field "x*y" --method plain,rbf --span 1e-308 -o tiny
+  check "a span too small, $ranks ranks: exit code 1" exited 1
+  check "a span too small, $ranks ranks: method, cells and reason" \
+    contains stdout "  rbf: the gradient is not finite in 125 of 125 cells: --span 1e-308 is too small"
+  check "a span too small, $ranks ranks: files are written" [ -s tiny/results.json ]
+done
+run 1 gradient box:5,5,5 --field "x*y" --method rbf --shape-normalize --span 1e308 -o tiny
+check "a span too large that gives finite numbers: exit code 1" exited 1
+check "a span too large that gives finite numbers: says why" \
+  contains stdout "  rbf: the gradient means nothing: --span 1e+308 is too large"
+run 1 gradient box:5,5,5 --field "x*y" --method weighted --weight 0 -o zero
+check "a weight of 0: exit code 0" exited 0
 run 1 gradient box:6,6,6 --field -x --method plain -o minus
 check "a formula may begin with a minus" exited 0
 run 1 gradient --field x box:3,3,3 --method weighted --weight "1+x" -o weighted

@@ -43,6 +43,15 @@ TEST(GradientReport, PrintsARowForInteriorAndBoundaryCells) {
   EXPECT_NE(text.find("1.000          4.000           2.000         12.3"), std::string::npos) << text;
 }
 
+TEST(GradientReport, PrintsPlacesWithTheDigitsThatTheMeshNeeds) {
+  MethodResult result = PlainResult();
+  ErrorNorms& norms = result.gradients[0].errors.interior;
+  norms.maxPlace[0] = 6400000.5;
+  std::ostringstream out;
+  PrintGradientResults(out, {result}, {2.0}, 9);
+  EXPECT_NE(out.str().find("(6400000.5, 0.25, 0.75)"), std::string::npos) << out.str();
+}
+
 TEST(GradientReport, SaysWhyAMethodDidNotRun) {
   const std::string text = Printed({PlainResult(), NotRunResult()});
   EXPECT_NE(text.find("  lsq: not run: least squares stops at cell 9 (zero pivot)\n"), std::string::npos)
@@ -53,7 +62,11 @@ TEST(GradientReport, SaysWhyAMethodDidNotRun) {
 TEST(GradientReport, CountsCellsThatAreNotFinite) {
   MethodResult result = PlainResult();
   result.gradients[0].errors.boundary.nNotFinite = 3;
-  EXPECT_NE(Printed({result}).find("  plain: the gradient is not finite in 3 cells\n"), std::string::npos);
+  EXPECT_NE(Printed({result}).find("  plain: the gradient is not finite in 3 of 1,000 cells\n"),
+            std::string::npos);
+  result.whyNotFinite = "--span 1e-308 is too small";
+  EXPECT_NE(Printed({result}).find(" 3 of 1,000 cells: --span 1e-308 is too small\n"), std::string::npos);
+  EXPECT_EQ(result.NotFiniteCells(), 3);
 }
 
 MethodResult ResultWithoutExactGradient() {
@@ -80,7 +93,8 @@ TEST(GradientReport, PrintsSizesWhereThereIsNoExactGradient) {
   EXPECT_NE(text.find("plain   -1.500e+00  2.500e+00  0.000e+00  0.000e+00  2.500e-01   -"),
             std::string::npos)
       << text;
-  EXPECT_NE(text.find("  plain: the gradient is not finite in 2 cells\n"), std::string::npos) << text;
+  EXPECT_NE(text.find("  plain: the gradient is not finite in 2 of 1,000 cells\n"), std::string::npos)
+      << text;
 }
 
 TEST(GradientReport, GivesSizesAsJsonWhereThereIsNoExactGradient) {
