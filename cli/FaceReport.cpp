@@ -11,7 +11,9 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string PlaceText(const FacePlace& place) { return Place(place.at[0], place.at[1], place.at[2]); }
+std::string PlaceText(const FacePlace& place, int digits) {
+  return Place(place.at[0], place.at[1], place.at[2], digits);
+}
 
 std::string CellsText(const FacePlace& place) {
   const std::string cell = std::to_string(place.cell);
@@ -19,12 +21,12 @@ std::string CellsText(const FacePlace& place) {
 }
 
 /// "face 12 of rank 0 at (x, y, z)".
-std::string FaceText(const FacePlace& place) {
+std::string FaceText(const FacePlace& place, int digits) {
   return "face " + std::to_string(place.face) + " of rank " + std::to_string(place.rank) + " at " +
-         PlaceText(place);
+         PlaceText(place, digits);
 }
 
-void PrintErrors(std::ostream& out, const FaceErrors& errors) {
+void PrintErrors(std::ostream& out, const FaceErrors& errors, int digits) {
   const bool hasMax = errors.maxPlace.face > 0;
   TextTable table({{"faces"},
                    {"L1"},
@@ -35,11 +37,11 @@ void PrintErrors(std::ostream& out, const FaceErrors& errors) {
                    {"of rank"},
                    {"of cells", Align::Left},
                    {"at", Align::Left}});
-  table.AddRow({Grouped(errors.nFaces), Scientific(errors.l1), Scientific(errors.l2),
-                Scientific(errors.relativeL2), Scientific(errors.max),
-                hasMax ? std::to_string(errors.maxPlace.face) : "-",
-                hasMax ? std::to_string(errors.maxPlace.rank) : "-",
-                hasMax ? CellsText(errors.maxPlace) : "-", hasMax ? PlaceText(errors.maxPlace) : "-"});
+  table.AddRow(
+      {Grouped(errors.nFaces), Scientific(errors.l1), Scientific(errors.l2), Scientific(errors.relativeL2),
+       Scientific(errors.max), hasMax ? std::to_string(errors.maxPlace.face) : "-",
+       hasMax ? std::to_string(errors.maxPlace.rank) : "-", hasMax ? CellsText(errors.maxPlace) : "-",
+       hasMax ? PlaceText(errors.maxPlace, digits) : "-"});
   out << "errors against the exact value" << '\n' << '\n';
   table.Print(out);
 }
@@ -55,15 +57,25 @@ void PrintTimes(std::ostream& out, const FaceTimes& times) {
 
 void PrintWarnings(std::ostream& out, const FaceResults& results) {
   const FaceRowCheck& rows = results.rows;
-  if (results.GivesNoValues()) return;  // that all rows are 0 has been said
-  if (rows.nOff > 0) {
+  if (rows.nOff > 0 && !results.GivesNoValues()) {  // that all rows are 0 has been said
+
     out << "  warning: the weights of " << Grouped(rows.nOff) << " faces do not sum to 1 within "
         << Scientific(kRowSumTolerance, 1) << "; worst: " << Scientific(rows.worstSum, 6) << " at "
-        << FaceText(rows.worst) << '\n';
+        << FaceText(rows.worst, results.placeDigits) << '\n';
   }
   if (rows.nNotFinite > 0) {
     out << "  warning: the weights of " << Grouped(rows.nNotFinite)
-        << " faces are not finite; first: " << FaceText(rows.firstNotFinite) << '\n';
+        << " faces are not finite; first: " << FaceText(rows.firstNotFinite, results.placeDigits) << '\n';
+  }
+  const std::int64_t n = results.NotFiniteFaces();
+  if (n == 0 && !results.whyNotFinite.empty()) {
+    out << "  search method " << results.settings.method
+        << ": the values mean nothing: " << results.whyNotFinite << '\n';
+  }
+  if (n > 0) {
+    out << "  search method " << results.settings.method << ": the values are not finite at " << Grouped(n)
+        << " of " << Grouped(results.errors.nFaces) << ' ' << NameOf(results.group) << " faces"
+        << (results.whyNotFinite.empty() ? "" : ": " + results.whyNotFinite) << '\n';
   }
 }
 
@@ -96,7 +108,7 @@ void PrintFaceResults(std::ostream& out, const FaceResults& results) {
            "design, no "
            "errors to show\n";
   } else {
-    PrintErrors(out, results.errors);
+    PrintErrors(out, results.errors, results.placeDigits);
   }
   PrintTimes(out, results.times);
   PrintWarnings(out, results);
@@ -116,6 +128,7 @@ ordered_json FaceResultsAsJson(const FaceResults& results) {
                   {"worstAt", PlaceAsJson(results.rows.worst)},
                   {"notFinite", results.rows.nNotFinite},
                   {"firstNotFiniteAt", PlaceAsJson(results.rows.firstNotFinite)}};
+  if (!results.whyNotFinite.empty()) json["whyNotFinite"] = results.whyNotFinite;
   return json;
 }
 

@@ -1,12 +1,16 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
 #include <iosfwd>
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "cli/FaceErrors.h"
 #include "cli/FaceRun.h"
 #include "cli/InterpolationOptions.h"
 #include "cli/StencilSizes.h"
+#include "cli/TextTable.h"
 
 namespace zyngrad {
 
@@ -18,10 +22,15 @@ struct FaceResults {
   FaceTimes times;
   FaceErrors errors;
   FaceRowCheck rows;
+  std::string whyNotFinite;        ///< empty if all values are finite
+  int placeDigits = kPlaceDigits;  ///< from PlaceDigits
 
   /// On boundary faces method 4 derives the slope along the normal only: the value rows are 0, and so is what
   /// they give.
   bool GivesNoValues() const { return settings.method == 4 && IsBoundary(group); }
+
+  /// Faces with a weight or a value that is infinite or NaN.
+  std::int64_t NotFiniteFaces() const { return std::max(rows.nNotFinite, errors.nNotFinite); }
 };
 
 /// The table of errors, or the line that there are no values by design, times and warnings. Only the first

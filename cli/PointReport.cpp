@@ -1,6 +1,7 @@
 #include "cli/PointReport.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <ostream>
 #include <string>
@@ -13,8 +14,9 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string PlaceOf(const PointSet& points, std::size_t i) {
-  return Place(points.x[i], points.y[i], points.z[i]);
+std::string PlaceOf(const PointResults& results, std::size_t i) {
+  const PointSet& points = results.points;
+  return Place(points.x[i], points.y[i], points.z[i], results.placeDigits);
 }
 
 StencilSizes SizesOf(const std::vector<std::int64_t>& members) {
@@ -27,18 +29,19 @@ StencilSizes SizesOf(const std::vector<std::int64_t>& members) {
   return sizes;
 }
 
-void AddErrorRow(TextTable& table, const std::string& what, const PointNorms& norms, const PointSet& points) {
+void AddErrorRow(TextTable& table, const std::string& what, const PointNorms& norms,
+                 const PointResults& results) {
   const bool hasMax = norms.maxPoint > 0;
   table.AddRow({what, Scientific(norms.l1), Scientific(norms.l2), Scientific(norms.relativeL2),
                 Scientific(norms.max), hasMax ? std::to_string(norms.maxPoint) : "-",
-                hasMax ? PlaceOf(points, static_cast<std::size_t>(norms.maxPoint - 1)) : "-"});
+                hasMax ? PlaceOf(results, static_cast<std::size_t>(norms.maxPoint - 1)) : "-"});
 }
 
 void PrintErrors(std::ostream& out, const PointResults& results) {
   TextTable table(
       {{"of", Align::Left}, {"L1"}, {"L2"}, {"L2 relative"}, {"maximum"}, {"at point"}, {"at", Align::Left}});
-  AddErrorRow(table, "value", ValueNorms(results.errors, results.exact), results.points);
-  AddErrorRow(table, "gradient", GradientNorms(results.errors, results.exact), results.points);
+  AddErrorRow(table, "value", ValueNorms(results.errors, results.exact), results);
+  AddErrorRow(table, "gradient", GradientNorms(results.errors, results.exact), results);
   out << "errors against the exact values\n\n";
   table.Print(out);
 }
@@ -77,7 +80,7 @@ void PrintFlags(std::ostream& out, const PointResults& results) {
         << (flagged.count == 1 ? " point " : " points ") << Meaning(flagged.flag, results) << '\n';
     for (const std::size_t i : flagged.worst) {
       table.AddRow({NameOf(flagged.flag), std::to_string(i + 1), Scientific(results.owners[i].distance),
-                    std::to_string(results.run.values.members[i]), PlaceOf(results.points, i)});
+                    std::to_string(results.run.values.members[i]), PlaceOf(results, i)});
     }
   }
   if (!isAny) return;
@@ -105,6 +108,16 @@ ordered_json FlagsAsJson(const PointResults& results) {
 
 }  // namespace
 
+std::int64_t NotFinitePoints(const PointResults& results) {
+  std::int64_t count = 0;
+  for (std::size_t i = 0; i < results.errors.value.size(); ++i) {
+    const bool isFinite = results.run.values.isRowFinite[i] != 0 && std::isfinite(results.errors.value[i]) &&
+                          std::isfinite(results.errors.gradient[i]);
+    count += isFinite ? 0 : 1;
+  }
+  return count;
+}
+
 const char* NameOf(PointFlag flag) {
   switch (flag) {
     case kIsFar:
@@ -128,6 +141,11 @@ void PrintPointResults(std::ostream& out, const PointResults& results) {
   PrintErrors(out, results);
   PrintTimes(out, results.run.times);
   PrintFlags(out, results);
+  const std::int64_t n = NotFinitePoints(results);
+  if (n == 0) return;
+  out << "\n  search method " << results.settings.method << ": value or gradient is not finite at "
+      << Grouped(n) << " of " << Grouped(static_cast<std::int64_t>(results.points.size())) << " points"
+      << (results.whyNotFinite.empty() ? "" : ": " + results.whyNotFinite) << '\n';
 }
 
 ordered_json PointResultsAsJson(const PointResults& results) {
@@ -143,6 +161,7 @@ ordered_json PointResultsAsJson(const PointResults& results) {
   json["value"] = NormsAsJson(ValueNorms(results.errors, results.exact));
   json["gradient"] = NormsAsJson(GradientNorms(results.errors, results.exact));
   json["flags"] = FlagsAsJson(results);
+  if (!results.whyNotFinite.empty()) json["whyNotFinite"] = results.whyNotFinite;
   return json;
 }
 

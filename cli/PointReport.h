@@ -11,6 +11,7 @@
 #include "cli/PointRun.h"
 #include "cli/PointSet.h"
 #include "cli/StencilSizes.h"
+#include "cli/TextTable.h"
 #include "cli/UsableCells.h"
 
 namespace zyngrad {
@@ -25,10 +26,15 @@ struct PointResults {
   std::vector<std::int32_t> flags;  ///< [point] sum of PointFlags
 
   InterpolationSettings settings;
-  double meanDistance = 0.0;      ///< between neighbour cells, L
-  std::int64_t nUsableCells = 0;  ///< interior cells that values may come from
-  std::int64_t nCells = 0;        ///< interior cells
+  std::string whyNotFinite;        ///< empty if all values and gradients are finite
+  int placeDigits = kPlaceDigits;  ///< from PlaceDigits
+  double meanDistance = 0.0;       ///< between neighbour cells, L
+  std::int64_t nUsableCells = 0;   ///< interior cells that values may come from
+  std::int64_t nCells = 0;         ///< interior cells
 };
+
+/// Points with a weight, value or gradient that is infinite or NaN.
+std::int64_t NotFinitePoints(const PointResults& results);
 
 /// "far", "few" or "notfinite".
 const char* NameOf(PointFlag flag);

@@ -13,13 +13,16 @@
 #include "cli/FaceRun.h"
 #include "cli/InterpolationOptions.h"
 #include "cli/JsonFile.h"
+#include "cli/LongRows.h"
 #include "cli/MeshOptions.h"
 #include "cli/MeshReport.h"
 #include "cli/MeshScale.h"
 #include "cli/OneLine.h"
 #include "cli/OutputFolder.h"
+#include "cli/Program.h"
 #include "cli/Progress.h"
 #include "cli/RunSettings.h"
+#include "cli/SpanRange.h"
 #include "cli/TestField.h"
 #include "cli/UsageError.h"
 #include "cli/commands.h"
@@ -48,6 +51,7 @@ const char* const kFooter =
     "--group is given once without \"=\", which chooses the faces, and as often as needed as NAME=KIND, "
     "which gives a\n"
     "boundary its kind.\n\n"
+    "Exit code 1: some values are not finite; the last line says how many and why.\n\n"
     "The output folder gets results.json (the numbers of the tables), faces.vtp, or faces.pvtp and its "
     "pieces, what\n"
     "the operator prints, in log.rankN.txt, and what it is told, in settings.rankN.rbf.\n\n"
@@ -55,12 +59,13 @@ const char* const kFooter =
     "  zyngrad faces channel.msh --field \"sin(x)*y + z^2\" --group inner\n"
     "  zyngrad faces box:20,20,20:tet --field \"x^2\" --group wall --search-method 3 -o walls\n"
     "  mpirun -n 2 zyngrad faces case/constant/polyMesh --field x --group inner --group "
-    "frontAndBack=symmetry";
+    "frontAndBack=wall";
 
 class FacesCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
   void Run(const Ranks& ranks) override;
+  int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
@@ -76,6 +81,7 @@ class FacesCommand : public Command {
   std::map<std::string, reference_host::BoundaryGroup> groups_;
   std::optional<FaceGroup> group_;
   InterpolationSettings settings_;
+  int exitCode_ = kSuccess;
 };
 
 CLI::App* FacesCommand::AddTo(CLI::App& program) {
@@ -156,11 +162,15 @@ void FacesCommand::Run(const Ranks& ranks) {
   if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
 
   progress.Stage("evaluating the formula");
+  const int placeDigits = PlaceDigits(ranks, partition);
   std::vector<double> values = MakeCellValues(ranks, partition, field, "the field");
-  const std::vector<double> exact = ExactFaceValues(ranks, faces, *group_, field);
-  settings_.distance = 2.0 * MeanCellDistance(ranks, partition);
+  const std::vector<double> exact = ExactFaceValues(ranks, faces, *group_, field, placeDigits);
+  const double meanDistance = MeanCellDistance(ranks, partition);
+  settings_.distance = 2.0 * meanDistance;
   StageRunSettings(ranks, partition, folder, FaceSettingsText(settings_));
 
+  progress.Done();
+  if (settings_.method == kMethodByNodes) PrintLongRowWarning(ranks, partition, nullptr, "--search-method 2");
   progress.Stage("interpolating to faces");
   const FaceRun run = RunFaces(ranks, mesh, *group_, values, folder.logFile());
   FaceResults results;
@@ -170,6 +180,12 @@ void FacesCommand::Run(const Ranks& ranks) {
   results.stencils = SummariseStencils(ranks, {run.rows.members.begin() + 1, run.rows.members.end()});
   results.errors = SummariseFaceErrors(ranks, partition, faces, run.rows.value, exact);
   results.rows = CheckFaceRows(ranks, partition, faces, run.rows.rowSum);
+  results.placeDigits = placeDigits;
+  if (results.NotFiniteFaces() > 0)
+    results.whyNotFinite = WhyRadialBasisIsNotFinite(settings_.span, meanDistance);
+  else if (results.rows.nOff > 0 && !results.GivesNoValues())
+    results.whyNotFinite = SpanOutOfRange(settings_.span, meanDistance);
+  if (!results.whyNotFinite.empty()) exitCode_ = kFoundFaults;
   progress.Done();
   if (ranks.IsFirst()) PrintFaceResults(std::cout, results);
 

@@ -11,6 +11,7 @@
 #include "cli/Expression.h"
 #include "cli/InterpolationOptions.h"
 #include "cli/JsonFile.h"
+#include "cli/LongRows.h"
 #include "cli/MeshOptions.h"
 #include "cli/MeshReport.h"
 #include "cli/MeshScale.h"
@@ -21,9 +22,11 @@
 #include "cli/PointReport.h"
 #include "cli/PointRun.h"
 #include "cli/PointSet.h"
+#include "cli/Program.h"
 #include "cli/Progress.h"
 #include "cli/RadialBasisSettings.h"
 #include "cli/RunSettings.h"
+#include "cli/SpanRange.h"
 #include "cli/TestField.h"
 #include "cli/UsableCells.h"
 #include "cli/UsageError.h"
@@ -52,6 +55,7 @@ const char* const kFooter =
     "on its surface, where it meets the edges of the cells, divided into tetrahedra.\n\n"
     "FILE.csv has a header and a row a point: columns x, y and z, and any others, which are carried "
     "through.\n\n"
+    "Exit code 1: some values or gradients are not finite; the last line says how many and why.\n\n"
     "The output folder gets results.json (the numbers of the tables), points.csv and points.vtp with value,\n"
     "gradient, exact value and gradient, and errors at each point, in the points' order, what the operator "
     "prints,\n"
@@ -67,6 +71,7 @@ class PointsCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
   void Run(const Ranks& ranks) override;
+  int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
@@ -85,6 +90,7 @@ class PointsCommand : public Command {
   std::optional<Expression> field_, body_;
   double spacing_ = 0.0;
   InterpolationSettings settings_;
+  int exitCode_ = kSuccess;
 };
 
 CLI::App* PointsCommand::AddTo(CLI::App& program) {
@@ -149,6 +155,7 @@ PointResults PointsCommand::Interpolate(const Ranks& ranks, reference_host::Load
   results.settings = settings_;
   results.nCells = mesh.summary.nCells;
   results.meanDistance = MeanCellDistance(ranks, partition);
+  results.placeDigits = PlaceDigits(ranks, partition);
 
   progress.Stage("evaluating the formulas");
   UsableCells usable = FindUsableCells(ranks, partition, body_ ? &*body_ : nullptr);
@@ -167,6 +174,10 @@ PointResults PointsCommand::Interpolate(const Ranks& ranks, reference_host::Load
   });
   results.owners = FindPointOwners(ranks, partition, usable, results.points);
 
+  if (settings_.method == kMethodByNodes) {
+    progress.Done();
+    PrintLongRowWarning(ranks, partition, &usable, "--search-method 2");
+  }
   progress.Stage("interpolating to points");
   settings_.distance = 2.0 * results.meanDistance;
   StageRunSettings(ranks, partition, folder, PointSettingsText(settings_));
@@ -175,7 +186,10 @@ PointResults PointsCommand::Interpolate(const Ranks& ranks, reference_host::Load
     if (!ranks.IsFirst()) return;
     results.errors = ErrorsAt(results.run.values, results.exact);
     results.flags = FlagPoints(results.run.values, results.owners, results.meanDistance);
+    if (NotFinitePoints(results) > 0)
+      results.whyNotFinite = WhyRadialBasisIsNotFinite(settings_.span, results.meanDistance);
   });
+  if (ranks.Max(results.whyNotFinite.empty() ? 0.0 : 1.0) > 0.0) exitCode_ = kFoundFaults;
   return results;
 }
 

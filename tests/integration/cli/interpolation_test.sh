@@ -86,14 +86,72 @@ check "faces, settings with a number" contains few/settings.rank0.rbf "Search_nu
 check "faces, stencils of that number" contains stdout "stencils of 9 to 9 cells"
 check "faces, a small span does not sum to 1 and says so" grep -q "warning: the weights of [0-9,]* faces do not sum to 1" stdout
 run 1 faces box:4,4,4 --field x --group inner --search-method 2 --span 1e-60 -o few
-check "faces, weights that are no numbers: exit code 0" exited 0
+check "faces, weights that are no numbers: exit code 1" exited 1
+check "faces, weights that are no numbers: how many and why" \
+  contains stdout "search method 2: the values are not finite at 144 of 144 inner faces: --span 1e-60 is too small"
 check "faces, weights that are no numbers: says so" grep -q "warning: the weights of 144 faces are not finite; first: face" stdout
+run 1 faces box:4,4,4 --field x --group inner --search-method 2 --span 1e308 -o few
+check "faces, a span too large that gives finite numbers: exit code 1" exited 1
+check "faces, a span too large that gives finite numbers: says why" \
+  contains stdout "search method 2: the values mean nothing: --span 1e+308 is too large"
 for ranks in 1 2; do
   run $ranks faces meshes/polyhedra --group lid=wall --group inner --field "x+2*y" -o polyhedra-$ranks
   check "faces of polyhedra on $ranks ranks: exit code" exited $([ $ranks = 1 ] && echo 0 || echo 2)
   run $ranks faces meshes/pyramid.msh --group wall --search-method 2 --field "x+2*y" -o pyramid-$ranks
   check "faces of a pyramid on $ranks ranks: exit code 0" exited 0
 done
+
+# --- nodes with very many cells ---------------------------------------------------------------------------------------
+
+fan() {  # fan N: tetrahedra around the edge between the nodes 1 and 2
+  awk -v n="$1" 'BEGIN {
+    print "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$PhysicalNames\n1\n2 1 \"wall\"\n$EndPhysicalNames\n$Nodes"
+    print n + 2 "\n1 0 0 -0.5\n2 0 0 0.5"
+    for (i = 0; i < n; ++i) { a = 6.283185307179586 * i / n; printf "%d %.17g %.17g 0\n", i + 3, cos(a), sin(a) }
+    print "$EndNodes\n$Elements\n" 3 * n
+    for (i = 0; i < n; ++i) {
+      p = i + 3; q = (i + 1) % n + 3
+      print 3 * i + 1, 2, 2, 1, 1, 1, p, q "\n" 3 * i + 2, 2, 2, 1, 1, 2, p, q "\n" 3 * i + 3, 4, 2, 1, 1, 1, p, q, 2
+    }
+    print "$EndElements"
+  }'
+}
+
+fan 500 >fan.msh
+printf "x,y,z\n0.3,0.1,0.1\n" >one.csv
+for ranks in 1 2; do
+  run $ranks points fan.msh --field x --points one.csv --search-method 2 -o fan
+  check "points beside a fan, method 2, $ranks ranks: nothing to warn of" [ "$(grep -c 'cells around it' stdout)" = 0 ]
+done
+run 1 points fan.msh --field x --points one.csv -o fan
+check "points beside a fan: exit code 0" exited 0
+check "points beside a fan: warns of node and cost" \
+  grep -q "warning: node 1 at (0, 0, -0.5) has 500 cells around it.*--search-method 2 avoids it" stdout
+check "points beside a fan: warns before the result" \
+  [ "$(grep -n 'cells around it' stdout | cut -d: -f1)" -lt "$(grep -n 'points by search' stdout | cut -d: -f1)" ]
+run 1 check fan.msh --method plain --points one.csv -o fan
+check "check of a fan: warns" contains stdout "--point-method 2 avoids it"
+run 1 study fan.msh --method points3 --field linear -o fan
+check "study of a fan: warns" contains stdout "A study without points3 avoids it"
+run 1 compare-ranks fan.msh --ranks 1 --method points3 --field x
+check "compare-ranks on a fan: warns" contains stdout "A comparison without faces3 and points3 avoids it"
+run 1 faces fan.msh --field x --group inner -o fan
+check "faces of a fan, method 4: nothing to warn of" [ "$(grep -c 'cells around it' stdout)" = 0 ]
+
+# The work of 6000 cells takes a minute; the warning has to stand there while it has hardly begun.
+fan 6000 >fan.msh
+"$zyngrad" points fan.msh --field x --points one.csv -o fan >early 2>&1 &
+early=$!
+for _ in $(seq 600); do
+  if grep -q 'cells around it' early || ! kill -0 $early 2>/dev/null; then break; fi
+  sleep 0.1
+done
+check "points beside a large fan: the warning comes first" grep -q 'warning: node 1 .* has 6,000 cells around it' early
+check "points beside a large fan: the work goes on" kill -0 $early
+check "points beside a large fan: nothing else is there" [ "$(grep -c 'points by search' early)" = 0 ]
+kill -9 $early
+wait $early 2>/dev/null
+rm -rf fan
 
 # --- interpolation to points -----------------------------------------------------------------------------------------
 
@@ -121,6 +179,10 @@ for ranks in 1 2 4; do
     check "$name: near its slope" \
       [ "$(column "points-$ranks-$method/points.csv" 14 | head -n 4 | awk -v s=$slope '{ if ($1 > s) print }' | wc -l)" = 0 ]
   done
+  run $ranks points box:4,4,4 --field "x" --points points.csv --span 1e-308 -o none-$ranks
+  check "points, a span too small, $ranks ranks: exit code 1" exited 1
+  check "points, a span too small, $ranks ranks: how many and why" contains stdout \
+    "search method 3: value or gradient is not finite at 6 of 6 points: --span 1e-308 is too small"
   run $ranks points box:4,4,4 --field "x" --points none.csv -o none-$ranks
   check "no points, $ranks ranks: exit code 0" exited 0
   check "no points, $ranks ranks: says so" contains stdout "no points, no errors to show"

@@ -74,6 +74,28 @@ TEST(FaceReport, WarnsOfWeightsThatDoNotSumToOne) {
   EXPECT_EQ(json["errors"]["maxAt"]["other"], 13);
 }
 
+TEST(FaceReport, CountsValuesThatAreNotFiniteAndSaysWhy) {
+  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  EXPECT_EQ(results.NotFiniteFaces(), 0);
+  results.rows.nNotFinite = 3;
+  results.errors.nNotFinite = 2;
+  results.whyNotFinite = "--span 1e-308 is too small";
+  EXPECT_EQ(results.NotFiniteFaces(), 3);
+  const std::string text = Printed(results);
+  EXPECT_TRUE(Has(
+      text,
+      "  search method 2: the values are not finite at 3 of 10 inner faces: --span 1e-308 is too small\n"))
+      << text;
+  EXPECT_EQ(FaceResultsAsJson(results)["whyNotFinite"], "--span 1e-308 is too small");
+}
+
+TEST(FaceReport, PrintsPlacesWithTheDigitsThatTheMeshNeeds) {
+  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  results.errors.maxPlace.at[0] = 6400000.5;
+  results.placeDigits = 9;
+  EXPECT_TRUE(Has(Printed(results), "(6400000.5, 0.25, 0.125)")) << Printed(results);
+}
+
 /// Three points, the second far away with two cells, the third with weights that are not finite.
 PointResults ThreePoints() {
   PointResults results;
@@ -104,6 +126,8 @@ TEST(PointReport, CountsAndShowsFlaggedPoints) {
       << text;
   EXPECT_TRUE(Has(text, "few: 1 point with less than 4 cells in the stencil")) << text;
   EXPECT_TRUE(Has(text, "notfinite: 1 point with weights that are not finite")) << text;
+  EXPECT_TRUE(Has(text, "  search method 3: value or gradient is not finite at 1 of 3 points\n")) << text;
+  EXPECT_EQ(NotFinitePoints(ThreePoints()), 1);
   const auto json = PointResultsAsJson(ThreePoints());
   EXPECT_EQ(json["flags"]["far"]["worst"], (std::vector<int>{2}));
   EXPECT_EQ(json["flags"]["notfinite"]["points"], 1);
