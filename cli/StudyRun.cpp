@@ -8,10 +8,12 @@
 #include "cli/FaceRun.h"
 #include "cli/GradientRun.h"
 #include "cli/InterpolationOptions.h"
+#include "cli/LongRows.h"
 #include "cli/MeshScale.h"
 #include "cli/PointErrors.h"
 #include "cli/PointRun.h"
 #include "cli/RunSettings.h"
+#include "cli/SpanRange.h"
 #include "cli/StudyPoints.h"
 #include "cli/TemporaryFolder.h"
 #include "cli/UsageError.h"
@@ -46,6 +48,7 @@ class LevelRun {
     level_.spacing = Spacing();
     gradient_.isBoundaryCell = BoundaryCells(*partition_.mesh());
     gradient_.weight.assign(static_cast<std::size_t>(partition_.mesh()->NCell) + 1, 1.0);
+    if (question.weight) gradient_.weight = MakeCellValues(ranks, partition_, *question.weight, "the weight");
     gradient_.nRepeat = question.nRepeat;
     gradient_.logFile = logFile;
     interpolation_.number = question.searchNumber;
@@ -54,6 +57,7 @@ class LevelRun {
 
   StudyLevel Run() {
     if (Has(Kind::Points)) MakePoints();
+    WarnOfLongRows();
     for (std::size_t k = 0; k < question_.cases.size(); ++k) RunCase(k);
     return std::move(level_);
   }
@@ -62,6 +66,18 @@ class LevelRun {
   bool Has(Kind kind) const {
     return std::any_of(question_.cases.begin(), question_.cases.end(),
                        [kind](const StudyCase& c) { return c.method->kind == kind; });
+  }
+
+  void WarnOfLongRows() const {
+    const auto goesByNodes = [this](Kind kind) {
+      return std::any_of(question_.cases.begin(), question_.cases.end(), [kind](const StudyCase& c) {
+        return c.method->kind == kind && c.method->searchMethod == kMethodByNodes;
+      });
+    };
+    if (goesByNodes(Kind::Faces))
+      PrintLongRowWarning(ranks_, partition_, nullptr, "A study without faces3");
+    else if (goesByNodes(Kind::Points))
+      PrintLongRowWarning(ranks_, partition_, &usable_, "A study without points3");
   }
 
   double Spacing() const {
@@ -125,6 +141,8 @@ class LevelRun {
         level_.results[i].iCase = iCase;
         level_.results[i].iField = iField;
         level_.results[i].condition = condition;
+        if (level_.results[i].whyNotFinite.empty() && level_.results[i].NotFinite() > 0)
+          level_.results[i].whyNotFinite = WhyRadialBasisIsNotFinite(theCase.span, level_.spacing);
       }
     }
   }
@@ -185,6 +203,8 @@ class LevelRun {
     StudyResult result;
     result.quantity = kGradient;
     result.notRun = run.notRun;
+    result.remarks = run.remarks;
+    result.whyNotFinite = run.whyNotFinite;
     if (run.notRun.empty()) {
       const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
       const std::vector<double>& error = run.gradients.front().cellError;
@@ -203,7 +223,8 @@ class LevelRun {
   void RunInnerFaces(const StudyCase& theCase, const Expression& formula) {
     std::vector<double> values = MakeCellValues(ranks_, partition_, formula, "the field");
     const FacesOfGroup faces = FacesOf(partition_, FaceGroup::Inner);
-    const std::vector<double> exact = ExactFaceValues(ranks_, faces, FaceGroup::Inner, formula);
+    const std::vector<double> exact =
+        ExactFaceValues(ranks_, faces, FaceGroup::Inner, formula, PlaceDigits(ranks_, partition_));
     TellSettings(FaceSettingsText(SettingsOf(theCase)));
     const FaceRun run = RunFaces(ranks_, mesh_, FaceGroup::Inner, values, gradient_.logFile);
 
@@ -267,6 +288,20 @@ class LevelRun {
 };
 
 }  // namespace
+
+bool SortCoarseToFine(std::vector<StudyLevel>& levels) {
+  const auto isCoarser = [](const StudyLevel& a, const StudyLevel& b) { return a.spacing > b.spacing; };
+  if (std::is_sorted(levels.begin(), levels.end(), isCoarser)) return false;
+  std::stable_sort(levels.begin(), levels.end(), isCoarser);
+  return true;
+}
+
+bool HasFaults(const std::vector<StudyLevel>& levels) {
+  return std::any_of(levels.begin(), levels.end(), [](const StudyLevel& level) {
+    return std::any_of(level.results.begin(), level.results.end(),
+                       [](const StudyResult& r) { return !r.notRun.empty() || r.NotFinite() > 0; });
+  });
+}
 
 std::vector<std::pair<std::string, std::string>> NamedStudyFields() {
   return {{"linear", "2*x + 3*y - z + 1"},

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,19 +35,25 @@ struct StudyQuestion {
   std::map<std::string, reference_host::BoundaryGroup> groups;
   std::vector<StudyField> fields;
   std::vector<StudyCase> cases;
-  int searchNumber = 20;  ///< of faces1, faces2, points1, points2
-  int nRepeat = 3;        ///< timed gradient calls after the first
+  int searchNumber = 20;             ///< of faces1, faces2, points1, points2
+  int nRepeat = 3;                   ///< timed gradient calls after the first
+  std::optional<Expression> weight;  ///< of the weighted method; 1 without
 };
 
 /// What one case gave for one field on one mesh.
 struct StudyResult {
   std::size_t iCase = 0, iField = 0;
-  const char* quantity = "";  ///< kGradient, kFaceValue, kPointValue or kPointGradient
-  std::string notRun;         ///< why the method could not be called; the rest is then empty
+  const char* quantity = "";         ///< kGradient, kFaceValue, kPointValue or kPointGradient
+  std::string notRun;                ///< why the method could not be called; the rest is then empty
+  std::vector<std::string> remarks;  ///< what to know about the result, a line each
+  std::string whyNotFinite;          ///< where some of it is not
   StudyErrors errors;
   double usSetUp = 0.0;  ///< per cell, face or point, of the slowest rank
   double nsApply = 0.0;  ///< likewise, an application
   StudyCondition condition;
+
+  /// Errors that are infinite or NaN.
+  std::int64_t NotFinite() const { return errors.interior.nNotFinite + errors.boundary.nNotFinite; }
 };
 
 constexpr const char* kGradient = "gradient";
@@ -61,9 +68,17 @@ struct StudyLevel {
   std::vector<StudyResult> results;
 };
 
+/// Brings the levels into the order coarse to fine, by their spacing; levels of one spacing stay as they are.
+/// @return whether that changed anything
+bool SortCoarseToFine(std::vector<StudyLevel>& levels);
+
+/// Whether a method could not be called on some level or gave what is not finite.
+bool HasFaults(const std::vector<StudyLevel>& levels);
+
 /// Collective. Everything on one mesh. The errors: of gradients in the cells, those with a boundary face apart;
 /// of faces at inner faces, those of such cells apart; of points in the cells, half-way between the centre and a
 /// node of every k-th cell.
+/// A line on standard output warns of nodes with long rows (cli/LongRows.h) before the methods that mind them run.
 /// @param[in] progress  told what comes next
 StudyLevel RunStudyLevel(const Ranks& ranks, const StudyQuestion& question, const std::string& mesh,
                          const std::string& logFile, const std::function<void(const std::string&)>& progress);

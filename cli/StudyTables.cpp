@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <ostream>
+#include <utility>
 
 #include "cli/OneLine.h"
 #include "cli/StudyPlot.h"
@@ -17,6 +18,12 @@ using Align = TextTable::Align;
 /// "inf" where TextTable would show a dash: a singular system has a condition number, after all.
 std::string ConditionText(double condition) {
   return std::isinf(condition) ? "inf" : Scientific(condition, 2);
+}
+
+/// Whether an order between two levels means anything: of about the same spacing, errors differ for other reasons.
+bool IsFiner(double spacing, double coarseSpacing) {
+  constexpr double kNoticeably = 0.99;
+  return spacing < kNoticeably * coarseSpacing;
 }
 
 StudyTable ErrorTable(const StudyQuestion& question, const std::vector<StudyLevel>& levels,
@@ -35,7 +42,7 @@ StudyTable ErrorTable(const StudyQuestion& question, const std::vector<StudyLeve
       const StudyResult* const result = FindResult(level, c, iField, quantity);
       if (result == nullptr) continue;
       const auto order = [&](StudyNorms StudyErrors::*region) {
-        if (coarse == nullptr) return std::string("-");
+        if (coarse == nullptr || !IsFiner(level.spacing, coarseSpacing)) return std::string("-");
         return Fixed(ObservedOrder((coarse->errors.*region).l2, (result->errors.*region).l2, coarseSpacing,
                                    level.spacing),
                      2);
@@ -111,6 +118,8 @@ ordered_json ResultAsJson(const StudyQuestion& question, const StudyResult& resu
   json["boundary"] = NormsAsJson(result.errors.boundary);
   json["usSetUp"] = result.usSetUp;
   json["nsApplication"] = result.nsApply;
+  if (!result.remarks.empty()) json["remarks"] = result.remarks;
+  if (!result.whyNotFinite.empty()) json["whyNotFinite"] = result.whyNotFinite;
   if (result.condition.nSystems > 0) {
     json["condition"] = {{"systems", result.condition.nSystems},
                          {"median", result.condition.median},
@@ -118,6 +127,38 @@ ordered_json ResultAsJson(const StudyQuestion& question, const StudyResult& resu
   }
   json["histogram"] = HistogramAsJson(result.errors.histogram);
   return json;
+}
+
+/// What the methods say of their results; what is said on every mesh is said once.
+std::vector<std::string> RemarksOfMethods(const StudyQuestion& question,
+                                          const std::vector<StudyLevel>& levels) {
+  std::vector<std::pair<std::string, std::string>> said;  // by method, what
+  std::vector<std::vector<std::string>> meshes;           // where, for each of them
+  for (const StudyLevel& level : levels) {
+    for (const StudyResult& result : level.results) {
+      for (const std::string& remark : result.remarks) {
+        const std::pair<std::string, std::string> one = {Label(question.cases[result.iCase]), remark};
+        const auto known = std::find(said.begin(), said.end(), one);
+        const auto k = static_cast<std::size_t>(known - said.begin());
+        if (known == said.end()) {
+          said.push_back(one);
+          meshes.emplace_back();
+        }
+        if (meshes[k].empty() || meshes[k].back() != level.mesh) meshes[k].push_back(level.mesh);
+      }
+    }
+  }
+  std::vector<std::string> remarks;
+  for (std::size_t k = 0; k < said.size(); ++k) {
+    const auto& [label, remark] = said[k];
+    if (meshes[k].size() == levels.size()) {
+      remarks.push_back(label + ": " + remark);
+      continue;
+    }
+    for (const std::string& mesh : meshes[k])
+      remarks.push_back(label + " on " + OneLine(mesh) + ": " + remark);
+  }
+  return remarks;
 }
 
 }  // namespace
@@ -153,15 +194,16 @@ std::vector<StudyTable> StudyTables(const StudyQuestion& question, const std::ve
 }
 
 std::vector<std::string> StudyRemarks(const StudyQuestion& question, const std::vector<StudyLevel>& levels) {
-  std::vector<std::string> remarks;
+  std::vector<std::string> remarks = RemarksOfMethods(question, levels);
   for (const StudyLevel& level : levels) {
     for (const StudyResult& result : level.results) {
       const std::string beginning = Label(question.cases[result.iCase]) + " on " + OneLine(level.mesh) + ": ";
-      const std::int64_t n = result.errors.interior.nNotFinite + result.errors.boundary.nNotFinite;
+      const std::int64_t n = result.NotFinite();
       if (!result.notRun.empty()) remarks.push_back(beginning + "not run: " + result.notRun);
       if (n > 0)
-        remarks.push_back(beginning + "the " + result.quantity + " is not finite at " + Grouped(n) +
-                          " places");
+        remarks.push_back(beginning + "the " + result.quantity + " is not finite at " + Grouped(n) + " of " +
+                          Grouped(result.errors.interior.count + result.errors.boundary.count) + " places" +
+                          (result.whyNotFinite.empty() ? "" : ": " + result.whyNotFinite));
     }
   }
   return remarks;

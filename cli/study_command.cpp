@@ -1,15 +1,15 @@
-#include <charconv>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "cli/JsonFile.h"
 #include "cli/MeshOptions.h"
+#include "cli/MethodOption.h"
 #include "cli/OneLine.h"
 #include "cli/OutputFile.h"
 #include "cli/OutputFolder.h"
+#include "cli/Program.h"
 #include "cli/Progress.h"
 #include "cli/RadialBasisSettings.h"
 #include "cli/StudyReport.h"
@@ -23,14 +23,6 @@ namespace zyngrad {
 namespace {
 
 using nlohmann::ordered_json;
-
-/// The words of a list between commas; an empty one stays, for the reader of the words to complain about.
-std::vector<std::string> Words(const std::string& list) {
-  std::vector<std::string> words;
-  std::istringstream in(list + ',');
-  for (std::string word; std::getline(in, word, ',');) words.push_back(word);
-  return words;
-}
 
 std::string SeriesHelp() {
   std::string text = "Refine a box, or one of these series:";
@@ -56,13 +48,16 @@ std::string FieldHelp() {
 }
 
 const char* const kFooter =
-    "Either --series, refined by doubling the cells in every direction, or the meshes themselves, coarse to\n"
-    "fine. The errors of gradients are Euclidean lengths, in all cells; those of faces are at inner faces; "
-    "points\n"
+    "Either --series, refined by doubling the cells in every direction, or the meshes themselves, which are\n"
+    "brought into the order coarse to fine. An order is shown where the spacing, the cube root of the mean\n"
+    "cell volume, falls by 1 % or more.\n\n"
+    "The errors of gradients are Euclidean lengths, in all cells; those of faces are at inner faces; points\n"
     "lie half-way between centre and a node of up to some 2000 cells, evenly spread. Boundary: cells with a\n"
-    "boundary face, faces of such cells, points in them. The spacing is the cube root of the mean cell "
-    "volume.\n"
-    "Condition numbers are estimates for at most 2000 systems of a rank.\n\n"
+    "boundary face, faces of such cells, points in them. Condition numbers are estimates for at most 2000\n"
+    "systems of a rank.\n\n"
+    "Exit code 1: a method could not be run on a mesh, or gave what is not finite; the last lines say which "
+    "and "
+    "why.\n\n"
     "The output folder gets study.json (all numbers), report.html (tables and plots in one page that needs "
     "no\n"
     "network), each plot as an .svg, the tables in study.md, and what the operators print, in "
@@ -78,6 +73,7 @@ class StudyCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
   void Run(const Ranks& ranks) override;
+  int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
@@ -87,19 +83,22 @@ class StudyCommand : public Command {
   void Write(OutputFolder& folder, const std::vector<StudyLevel>& levels) const;
 
   std::vector<std::string> meshes_, groupTexts_, fieldTexts_;
-  std::string series_, levelsText_, methods_ = "gradients", spanText_, sweepsText_ = "3", numberText_ = "20";
+  std::vector<std::string> methodLists_;
+  std::string series_, levelsText_, spanText_, sweepsText_ = "3", numberText_ = "20", weightText_;
   std::string outputFolder_ = "zyngrad-study";
 
   StudyQuestion question_;
+  bool isReordered_ = false;
+  int exitCode_ = kSuccess;
 };
 
 CLI::App* StudyCommand::AddTo(CLI::App& program) {
   CLI::App* command =
       program.add_subcommand("study", "Errors, orders, times and condition numbers under refinement");
-  command->add_option("MESH", meshes_, "Meshes, coarse to fine, as for the other commands");
+  command->add_option("MESH", meshes_, "Meshes of one domain, as for the other commands");
   command->add_option("--series", series_, SeriesHelp())->type_name("NAME|box:...");
   command->add_option("--levels", levelsText_, "Meshes of the series (default 4)")->type_name("N");
-  command->add_option("--method", methods_, MethodHelp())->type_name("NAMES");
+  AddMethodOption(*command, methodLists_, MethodHelp());
   AddRepeatableOption(*command, "--field", fieldTexts_, FieldHelp())->type_name("NAME|EXPR");
   command
       ->add_option("--span", spanText_,
@@ -107,6 +106,8 @@ CLI::App* StudyCommand::AddTo(CLI::App& program) {
       ->type_name("A,B,C");
   command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method, between commas (default 3)")
       ->type_name("A,B,C");
+  command->add_option("--weight", weightText_, "Coefficient of the weighted method, as a formula (default 1)")
+      ->type_name("EXPR");
   command
       ->add_option("--search-number", numberText_,
                    "Cells wanted in a stencil by faces1, faces2, points1 and points2 (default 20)")
@@ -138,10 +139,14 @@ void StudyCommand::ReadOptions() {
   }
   std::vector<double> spans;
   if (!spanText_.empty())
-    for (const std::string& word : Words(spanText_)) spans.push_back(PositiveNumber("--span", word));
+    for (const std::string& word : WordsBetweenCommas(spanText_))
+      spans.push_back(PositiveNumber("--span", word));
   std::vector<int> sweeps;
-  for (const std::string& word : Words(sweepsText_)) sweeps.push_back(WholeNumber("--sweeps", word, 0));
-  question_.cases = StudyCases(ChooseStudyMethods(methods_), spans, sweeps);
+  for (const std::string& word : WordsBetweenCommas(sweepsText_))
+    sweeps.push_back(WholeNumber("--sweeps", word, 0));
+  question_.cases = StudyCases(
+      ChooseStudyMethods(methodLists_.empty() ? "gradients" : JoinedLists(methodLists_)), spans, sweeps);
+  if (!weightText_.empty()) question_.weight.emplace(weightText_);
   question_.searchNumber = WholeNumber("--search-number", numberText_, 1);
   question_.groups = GroupsByUser({{}, groupTexts_});
 }
@@ -157,11 +162,13 @@ void StudyCommand::Print(const std::vector<StudyLevel>& levels) const {
     PrintTable(std::cout, table);
     isFirst = false;
   }
+  if (isReordered_) std::cout << "  the meshes stand coarse to fine, not in the order given\n";
   for (const std::string& remark : StudyRemarks(question_, levels)) std::cout << "  " << remark << '\n';
 }
 
 void StudyCommand::Write(OutputFolder& folder, const std::vector<StudyLevel>& levels) const {
   ordered_json json = StartResults("study");
+  if (!weightText_.empty()) json["weight"] = weightText_;
   json["series"] = series_.empty() ? ordered_json(nullptr) : ordered_json(series_);
   json.update(StudyAsJson(question_, levels));
   WriteJson(folder.Stage("study.json"), json);
@@ -181,6 +188,8 @@ void StudyCommand::Run(const Ranks& ranks) {
                                    [&progress](const std::string& stage) { progress.Stage(stage); }));
   }
   progress.Done();
+  isReordered_ = SortCoarseToFine(levels);
+  if (HasFaults(levels)) exitCode_ = kFoundFaults;
   if (ranks.IsFirst()) Print(levels);
   ranks.Together([&] {
     if (ranks.IsFirst()) Write(folder, levels);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 #include <sstream>
@@ -111,6 +112,57 @@ TEST(Study, SaysWhyAMethodDidNotRun) {
   EXPECT_EQ(FindResult(level, 1, 0, kGradient), nullptr);
   EXPECT_EQ(StudyRemarks(question, {level}),
             (std::vector<std::string>{"lsq on box:4,1,1:hex: not run: no pivot"}));
+}
+
+TEST(Study, BringsMeshesIntoTheOrderCoarseToFine) {
+  const StudyQuestion question = Ask({"box:8,8,8", "box:4,4,4", "box:6,6,6"}, "lsq", {"trigonometric"});
+  std::vector<StudyLevel> levels = Answer(question);
+  EXPECT_TRUE(SortCoarseToFine(levels));
+  EXPECT_EQ(levels[0].mesh, "box:4,4,4");
+  EXPECT_EQ(levels[2].mesh, "box:8,8,8");
+  EXPECT_FALSE(SortCoarseToFine(levels));
+  const StudyTable errors = StudyTables(question, levels).front();
+  EXPECT_EQ(errors.rows[0][6], "-");
+  for (const std::size_t row : {1, 2}) EXPECT_GT(std::stod(errors.rows[row][6]), 0.0);
+}
+
+TEST(Study, ShowsNoOrderWhereTheSpacingDoesNotFall) {
+  const StudyQuestion question = Ask({"box:4,4,4", "box:4,4,4:hex:perturb=0.1"}, "plain", {"trigonometric"});
+  std::vector<StudyLevel> levels = Answer(question);
+  levels[1].spacing = levels[0].spacing * (1.0 - 1e-9);  // round-off of another mesh of as many cells
+  for (const std::size_t column : {6, 10})
+    EXPECT_EQ(StudyTables(question, levels).front().rows[1][column], "-");
+  levels[1].spacing = levels[0].spacing * 2.0;
+  for (const std::size_t column : {6, 10})
+    EXPECT_EQ(StudyTables(question, levels).front().rows[1][column], "-");
+}
+
+TEST(Study, HasFaultsWhereResultsAreNotFinite) {
+  StudyQuestion question = Ask({"box:4,4,4"}, "plain", {"linear"});
+  EXPECT_FALSE(HasFaults(Answer(question)));
+  question.cases = StudyCases(ChooseStudyMethods("rbf,faces2,points2"), {1e-308}, {3});
+  const std::vector<StudyLevel> levels = Answer(question);
+  EXPECT_TRUE(HasFaults(levels));
+  const std::vector<std::string> remarks = StudyRemarks(question, levels);
+  for (const std::string beginning : {"rbf, Span 1e-308 on box:4,4,4: the gradient is not finite at 64 of 64 "
+                                      "places: --span 1e-308 is too small",
+                                      "faces2, Span 1e-308 on box:4,4,4: the value at faces is not finite at "
+                                      "144 of 144 places: --span 1e-308",
+                                      "points2, Span 1e-308 on box:4,4,4: the value at points is not finite "
+                                      "at 64 of 64 places: --span 1e-308"})
+    EXPECT_TRUE(std::any_of(remarks.begin(), remarks.end(), [&](const std::string& remark) {
+      return remark.rfind(beginning, 0) == 0;
+    })) << beginning;
+}
+
+TEST(Study, SaysOnceThatAConstantWeightChangesNothing) {
+  StudyQuestion question = Ask({"box:3,3,3", "box:4,4,4"}, "plain,weighted", {"linear", "x*y"});
+  EXPECT_EQ(
+      StudyRemarks(question, Answer(question)),
+      (std::vector<std::string>{
+          "weighted: the same numbers as plain, since the weight is the same in all cells (--weight)"}));
+  question.weight.emplace("1+x");
+  EXPECT_TRUE(StudyRemarks(question, Answer(question)).empty());
 }
 
 TEST(StudyFields, HaveNamesOrAreFormulas) {
