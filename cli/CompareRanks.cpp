@@ -5,8 +5,10 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <ostream>
 
+#include "cli/SpanRange.h"
 #include "cli/TextTable.h"
 
 namespace zyngrad {
@@ -29,6 +31,23 @@ double DifferenceOf(const Point& a, const Point& b) {
   return std::isnan(length) ? std::numeric_limits<double>::infinity() : length;
 }
 
+bool IsFinite(const Point& item) {
+  return std::all_of(item.begin(), item.end(), [](double value) { return std::isfinite(value); });
+}
+
+/// Cube root of a cell's mean volume, as if the mesh filled its bounding box, L.
+double SpacingOf(const WholeMesh& mesh) {
+  Point low = mesh.faces.points.front(), high = low;
+  for (const Point& point : mesh.faces.points) {
+    for (std::size_t d = 0; d < point.size(); ++d) {
+      low[d] = std::min(low[d], point[d]);
+      high[d] = std::max(high[d], point[d]);
+    }
+  }
+  const double volume = (high[0] - low[0]) * (high[1] - low[1]) * (high[2] - low[2]);
+  return std::cbrt(volume / mesh.nCells());
+}
+
 RankDifference Compare(const RankResult& reference, const RankResult& result, const RankResult& again,
                        const RankLevel& level, const std::vector<int>& layers) {
   RankDifference difference;
@@ -39,6 +58,7 @@ RankDifference Compare(const RankResult& reference, const RankResult& result, co
   for (std::size_t i = 0; i < layers.size(); ++i) {
     if (reference.isThere[i] == 0 || result.isThere[i] == 0) continue;
     const auto layer = static_cast<std::size_t>(layers[i]);
+    if (!IsFinite(reference.item[i]) || !IsFinite(result.item[i])) ++difference.nNotFinite;
     const double delta = DifferenceOf(reference.item[i], result.item[i]);
     ++difference.nItems[layer];
     difference.largest[layer] = std::max(difference.largest[layer], delta);
@@ -90,7 +110,10 @@ std::vector<RankComparison> CompareRankCounts(const WholeMesh& mesh, const std::
       const bool areFaces = question.cases[k].method->kind == StudyMethod::Kind::Faces;
       comparison.differences.push_back(
           Compare(reference[k], results[k], again[k], levels[k], areFaces ? ofFaces : ofCells));
-      comparison.differences.back().method = Label(question.cases[k]);
+      RankDifference& difference = comparison.differences.back();
+      difference.method = Label(question.cases[k]);
+      if (difference.nNotFinite > 0 && question.cases[k].method->TakesSpan())
+        difference.whyNotFinite = WhyRadialBasisIsNotFinite(question.cases[k].span, SpacingOf(mesh));
     }
     comparisons.push_back(std::move(comparison));
   }
@@ -123,8 +146,14 @@ void PrintComparisons(std::ostream& out, const std::vector<RankComparison>& comp
         << (comparison.nRanks == 1 ? " rank" : " ranks") << " from " << comparison.nReference
         << ", by distance from the cuts\n\n";
     table.Print(out);
-    for (const RankDifference& d : comparison.differences)
+    for (const RankDifference& d : comparison.differences) {
       if (!d.notRun.empty()) out << "  " << d.method << ": not run: " << d.notRun << '\n';
+      if (d.nNotFinite > 0) {
+        out << "  " << d.method << ": not finite at " << Grouped(d.nNotFinite) << " of "
+            << Grouped(std::accumulate(d.nItems.begin(), d.nItems.end(), std::int64_t{0})) << " places"
+            << (d.whyNotFinite.empty() ? "" : ": " + d.whyNotFinite) << '\n';
+      }
+    }
     isFirst = false;
   }
 }

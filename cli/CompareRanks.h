@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -17,10 +18,15 @@ struct RankDifference {
   std::string notRun;
   std::array<double, kLastLayer + 1> largest = {};  ///< by distance from the cuts, U/L or U; of no item: 0
   std::array<int, kLastLayer + 1> nItems = {};
-  double worstRatio = 0.0;    ///< largest difference over the level of its item
-  bool isRepeatable = false;  ///< the same bits in a second run, with non-blocking exchange
+  double worstRatio = 0.0;      ///< largest difference over the level of its item
+  bool isRepeatable = false;    ///< the same bits in a second run, with non-blocking exchange
+  std::int64_t nNotFinite = 0;  ///< items that are infinite or NaN on either number of ranks
+  std::string whyNotFinite;     ///< where there are any
 
   bool KeepsItsPromise() const { return !notRun.empty() || (isRepeatable && worstRatio <= 1.0); }
+
+  /// Nothing was to be compared, or numbers that are none: a promise kept in vain.
+  bool IsVoid() const { return !notRun.empty() || nNotFinite > 0; }
 };
 
 /// One number of ranks against the first one.

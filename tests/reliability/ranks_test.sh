@@ -59,7 +59,7 @@ on_all_sides() {  # on_all_sides MESH RANKS...: everything, against one rank
   run 1 gradient "$mesh" --field "sin(3*x)*y + z^2" --span 50 -o gradient-1
   # Interpolation at a cut is another one than on the whole mesh: a lone cell and its neighbours carry less than a whole
   # neighbourhood. How far values may differ is measured above; here fields vary by 1 and 2 over the box.
-  run 1 check "$mesh" --methods all -o check-1
+  run 1 check "$mesh" --method all -o check-1
   of_cells stdout >cells-1
   for ranks in "$@"; do
     on="on $mesh, $ranks ranks"

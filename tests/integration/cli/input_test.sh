@@ -41,10 +41,12 @@ wrong "open bracket" "expression \"sin(x\": column 6: expected ')'" gradient box
 wrong "unknown name" 'column 3: unknown name "u"' gradient box:3,3,3 --field "x+u"
 wrong "bad weight" 'expression "1+": column 3' gradient box:3,3,3 --field x --weight "1+"
 wrong "expression of two lines" 'column 2' gradient box:3,3,3 --field $'x\nzyngrad: y'
-wrong "field not finite" 'the field "log(x)" is -inf at a face of "inlet"' gradient box:3,3,3 --field "log(x)"
+wrong "field not finite" 'the field "log(x)" is infinite at a face of "inlet"' gradient box:3,3,3 --field "log(x)"
 wrong "field not finite on one rank" "at cell 8 at (0.9375" gradient box:8,1,1 --field "1/(x-0.9375)"
 wrong "weight not finite" 'the weight "1/y"' gradient box:3,3,3 --field x --weight "1/y"
 wrong "unknown method" 'unknown method "best"' gradient box:3,3,3 --field x --method best
+wrong "unknown method in a list" 'unknown method "best"' gradient box:3,3,3 --field x --method plain,best
+wrong "field not a number" 'the field "sqrt(x-1)" is not a number at cell 1 at (0.166667, 0.166667, 0.166667)' gradient box:3,3,3 --field "sqrt(x-1)"
 wrong "no field" "--field" gradient box:3,3,3
 wrong "no mesh" "MESH" gradient --field x
 wrong "two fields" "one or three" gradient box:3,3,3 --field x --field y
@@ -53,9 +55,10 @@ wrong "formula and file" "exclude each other" gradient box:3,3,3 --field x --fie
 wrong "file for a box" "needs a mesh of OpenFOAM" gradient box:3,3,3 --field-file 0/T
 wrong "missing field file" "0/p: no such file" gradient meshes/case --field-file 0/p
 wrong "field file of another mesh" "meshes/case/0/short: 1 values for 2 cells" gradient meshes/case --field-file 0/short
-wrong "field file not finite" 'the field "0/infinite" is nan at cell 2' gradient meshes/case --field-file 0/infinite
+wrong "field file not finite" 'the field "0/infinite" is not a number at cell 2' gradient meshes/case --field-file 0/infinite
 wrong "CGNS without an array" "name the array" gradient meshes/case --field-file wing.cgns
 wrong "not a CGNS file" "text.cgns" gradient text.cgns --field x
+wrong "list of three fields" "method plain,lsq takes one --field, got 3" gradient box:3,3,3 --field x --field y --field z --method plain,lsq
 wrong "plain of three fields" "method plain takes one --field, got 3" gradient box:3,3,3 --field x --field y --field z --method plain
 wrong "sweeps not a number" '--sweeps "many"' gradient box:3,3,3 --field x --sweeps many
 wrong "negative sweeps" '--sweeps "-1"' gradient box:3,3,3 --field x --sweeps -1
@@ -109,6 +112,7 @@ wrong "study of an unknown method" 'unknown method "best": expected plain, itera
 wrong "study of no method" 'unknown method ""' study --series hex --method plain,
 wrong "study with a bad span" '--span "wide"' study --series hex --span 5,wide
 wrong "study with no span" '--span ""' study --series hex --span 5,
+wrong "study with a bad weight" 'expression "1+": column 3' study --series hex --weight "1+"
 wrong "study with bad sweeps" '--sweeps "-1"' study --series hex --sweeps 1,-1
 wrong "study of a bad field" 'expression "cubic"' study --series hex --field cubic
 wrong "study of a field twice" '--field "linear" is given twice' study --series hex --field linear --field linear
@@ -148,8 +152,8 @@ wrong "points, method 4" '--search-method "4": expected 1 to 3' points box:3,3,3
 wrong "points, infinite span" '--span "inf"' points box:3,3,3 --field x --points points.csv --span inf
 wrong "points, its own output" "is a file that this run writes" points box:3,3,3 --field x --points points-1-1/points.csv -o points-1-1
 wrong "points, folder that cannot be written" "/proc/zyngrad" points box:3,3,3 --field x --points points.csv -o /proc/zyngrad
-wrong "check, unknown method" '--methods: unknown method "best"' check box:3,3,3 --methods plain,best
-wrong "check, empty method" '--methods: unknown method ""' check box:3,3,3 --methods plain,
+wrong "check, unknown method" 'unknown method "best": expected plain' check box:3,3,3 --method plain,best
+wrong "check, empty method" 'unknown method ""' check box:3,3,3 --method plain,
 wrong "check, unknown faces" '--group-faces "door": expected inner' check box:3,3,3 --group-faces door
 wrong "check, span of zero" '--span "0"' check box:3,3,3 --span 0
 wrong "check, face method 5" '--face-method "5": expected 1 to 4' check box:3,3,3 --face-method 5

@@ -18,18 +18,30 @@ for ranks in 1 2; do
   run $ranks check --help
   check "check --help, $ranks ranks: examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
   run $ranks check box:5,5,5:tet:perturb=0.2 --group wall_zmin=symmetry -o check-$ranks
+  check "check of a mesh with symmetry, $ranks ranks: exit code 1" exited 1
+  check "check of a mesh with symmetry, $ranks ranks: no error line" [ "$(grep -c '^zyngrad' stderr)" = 0 ]
+  check "check of a mesh with symmetry, $ranks ranks: counts what is wrong" \
+    contains stdout "all results would be finite numbers, but WRONG in 50 of 750 cells"
+  check "check of a mesh with symmetry, $ranks ranks: histogram" grep -q "^  log10 condition  cells$" stdout
+  check "check of a mesh with symmetry, $ranks ranks: json says so" contains check-$ranks/check.json '"finite": true,'
+  check "check of a mesh with symmetry, $ranks ranks: cells beside symmetry" [ "$(finding check-$ranks/check.json besideSymmetry)" = 50 ]
+  check "check of a mesh with symmetry, $ranks ranks: members at the origin" [ "$(finding check-$ranks/check.json memberAtOrigin)" = 50 ]
+  check "check of a mesh with symmetry, $ranks ranks: ten worst" [ "$(grep -c '"nonOrthogonalityDegrees": [0-9]' check-$ranks/check.json)" = 10 ]
+  check "check of a mesh with symmetry, $ranks ranks: what operators print is in the log" contains check-$ranks/log.rank0.txt "method lsq"
+  check "check of a mesh with symmetry, $ranks ranks: no unfinished file" no_parts_left
+  of_cells stdout >check-$ranks/cells.txt
+  check "check of a mesh with symmetry, $ranks ranks: the same table" cmp -s check-1/cells.txt check-$ranks/cells.txt
+  run $ranks check box:5,5,5:tet:perturb=0.2 -o sound
   check "check of a sound mesh, $ranks ranks: exit code 0" exited 0
   check "check of a sound mesh, $ranks ranks: nothing on stderr" [ ! -s stderr ]
-  check "check of a sound mesh, $ranks ranks: says so" contains stdout "all results would be finite numbers"
-  check "check of a sound mesh, $ranks ranks: histogram" grep -q "^  log10 condition  cells$" stdout
-  check "check of a sound mesh, $ranks ranks: json says so" contains check-$ranks/check.json '"finite": true,'
-  check "check of a sound mesh, $ranks ranks: cells beside symmetry" [ "$(finding check-$ranks/check.json besideSymmetry)" = 50 ]
-  check "check of a sound mesh, $ranks ranks: members at the origin" [ "$(finding check-$ranks/check.json memberAtOrigin)" = 50 ]
-  check "check of a sound mesh, $ranks ranks: ten worst" [ "$(grep -c '"nonOrthogonalityDegrees": [0-9]' check-$ranks/check.json)" = 10 ]
-  check "check of a sound mesh, $ranks ranks: what operators print is in the log" contains check-$ranks/log.rank0.txt "method lsq"
-  check "check of a sound mesh, $ranks ranks: no unfinished file" no_parts_left
-  of_cells stdout >check-$ranks/cells.txt
-  check "check of a sound mesh, $ranks ranks: the same table" cmp -s check-1/cells.txt check-$ranks/cells.txt
+  check "check of a sound mesh, $ranks ranks: says so" \
+    contains stdout "all results would be finite numbers, and none would be wrong"
+  check "check, $ranks ranks: names cells as cells" grep -q "^  worst cell  at " stdout
+  run $ranks check box:6,6,1 --group wall_zmin=symmetry --group wall_zmax=symmetry --method rbf -o plane
+  check "check of a plane with symmetry, $ranks ranks: exit code 1" exited 1
+  check "check of a plane with symmetry, $ranks ranks: every cell is wrong" contains stdout "WRONG in 36 of 36 cells"
+  run $ranks check box:6,6,1 --method rbf -o plane
+  check "check of a plane with walls, $ranks ranks: exit code 0" exited 0
 
   run $ranks check meshes/shell -o shell-$ranks
   check "check of a cell within a cell, $ranks ranks: exit code 1" exited 1
@@ -39,21 +51,23 @@ for ranks in 1 2; do
   check "check of a cell within a cell, $ranks ranks: json" contains shell-$ranks/check.json '"finite": false,'
   of_cells stdout >shell-$ranks/cells.txt
   check "check of a cell within a cell, $ranks ranks: the same table" cmp -s shell-1/cells.txt shell-$ranks/cells.txt
-  run $ranks check meshes/shell --methods plain,iterated,vector,weighted -o shell-$ranks
+  run $ranks check meshes/shell --methods plain,iterated,vector,weighted -o shell-$ranks  # the earlier spelling
   check "check of Green-Gauss only, $ranks ranks: exit code 0" exited 0
   check "check of Green-Gauss only, $ranks ranks: no systems" [ "$(grep -c 'condition' stdout)" = 1 ]
 
-  run $ranks check box:4,4,4 --methods rbf --span 1e60 -o wide
+  run $ranks check box:4,4,4 --method rbf --span 1e60 -o wide
   check "check of a span beyond all numbers, $ranks ranks: exit code 1" exited 1
   check "check of a span beyond all numbers, $ranks ranks: all cells" contains stdout "weights not finite: 64 of 64 cells"
-  run $ranks check box:6,6,6 --methods plain --group-faces inner --group-faces wall --points points.csv -o systems-$ranks
-  check "check of faces and points, $ranks ranks: exit code 0" exited 0
+  run $ranks check box:6,6,6 --method plain --group-faces inner --group-faces wall --points points.csv -o systems-$ranks
+  check "check of faces and points, $ranks ranks: exit code 1" exited 1
+  check "check of faces and points, $ranks ranks: counts the point far away" \
+    contains stdout "all results would be finite numbers, but WRONG in 1 of 6 points"
   check "check of faces and points, $ranks ranks: wall faces" contains stdout "144 wall faces"
   check "check of faces and points, $ranks ranks: points" contains stdout "6 points"
-  run $ranks check box:6,6,6 --methods plain --points points.csv --span 1e60 -o wide
+  run $ranks check box:6,6,6 --method plain --points points.csv --span 1e60 -o wide
   check "check of points, span beyond all numbers, $ranks ranks: exit code 1" exited 1
   check "check of points, span beyond all numbers, $ranks ranks: says what" contains stdout "weights not finite: 6 of 6 points"
-  run $ranks check box:9,9,9 --methods lsq --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" --point-method 2 -o body-check
+  run $ranks check box:9,9,9 --method lsq --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" --point-method 2 -o body-check
   check "check of a body's points, $ranks ranks: exit code 0" exited 0
 done
 check "check on one rank: grid with all measures" grid_has check-1/check.vtu condition row_sum_off skewness \
@@ -87,6 +101,17 @@ l2() { number "$1/study.json" l2 "$2"; }
 for k in 1 2 3 4; do
   check "study: gradients agree between 1 and 2 ranks, number $k" agree "$(l2 study-1 $k)" "$(l2 study-2 $k)" 1e-9
 done
+run 1 study box:8,8,8 box:4,4,4 --method lsq --field trigonometric -o study-fine
+check "study from fine to coarse: exit code 0" exited 0
+check "study from fine to coarse: says so" contains stdout "the meshes stand coarse to fine, not in the order given"
+check "study from fine to coarse: the coarse mesh first" grep -q "^  lsq  *64 .* - " stdout
+check "study from fine to coarse: no negative order" [ "$(grep -c ' -[0-9]' stdout)" = 0 ]
+run 1 study --series hex --levels 1 --method rbf,faces2 --span 1e-308 --field linear -o study-tiny
+check "study with a span too small: exit code 1" exited 1
+check "study with a span too small: says why" grep -q "^  rbf, Span 1e-308 on box:6,6,6:hex: the gradient is not finite at 216 of 216 places: --span" stdout
+run 1 study --series hex --levels 2 --method plain,weighted --weight "1+x" --field linear -o study-weight
+check "study with a weight: rows differ" [ "$(grep -c '^  weighted: the same' stdout)" = 0 ]
+check "study with a weight: in the results" contains study-weight/study.json '"weight": "1+x"'
 run 1 study box:3,3,3 box:4,4,4:prism --method rbf --span 5,500 --field linear --field "x*y" -o study-list
 check "study of a list of meshes: exit code 0" exited 0
 check "study of a list of meshes: their names" [ "$(grep -c '"mesh": "box:4,4,4:prism"' study-list/study.json)" = 1 ]
@@ -119,5 +144,8 @@ check "compare-ranks under mpirun: exit code 0" exited 0
 check "compare-ranks under mpirun: the same text" cmp -s alone stdout
 run 1 compare-ranks meshes/polyhedra --ranks 2,1 --group lid=wall --field "x*y" --span 50 --sweeps 5
 check "compare-ranks on a file: exit code 0" exited 0
+run 1 compare-ranks box:4,4,4 --ranks 1,2 --method plain --method rbf --span 1e-308
+check "compare-ranks with a span too small: exit code 1" exited 1
+check "compare-ranks with a span too small: says why" contains stdout "rbf, Span 1e-308: not finite at 64 of 64 places: --span 1e-308 is too small"
 
 finish

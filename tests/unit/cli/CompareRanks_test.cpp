@@ -163,8 +163,23 @@ TEST(RankLevels, GrowOnFlatItems) {
   EXPECT_GT(level(flat, "lsq"), 10 * level(cubes, "lsq"));
 }
 
+TEST(CompareRanks, CountsWhatIsNotFinite) {
+  RankQuestion question = Ask("x*y");
+  question.cases = StudyCases(ChooseStudyMethods("plain,rbf"), {1e-308}, {3});
+  const auto comparisons = CompareRankCounts(ReadWholeMesh("box:3,3,3", {}), {1, 2}, question);
+  EXPECT_FALSE(comparisons[1].differences[0].IsVoid());
+  const RankDifference& d = comparisons[1].differences[1];
+  EXPECT_EQ(d.nNotFinite, 27);
+  EXPECT_TRUE(d.IsVoid());
+  std::ostringstream out;
+  PrintComparisons(out, comparisons);
+  EXPECT_NE(out.str().find("  rbf, Span 1e-308: not finite at 27 of 27 places: --span 1e-308 is too small"),
+            std::string::npos)
+      << out.str();
+}
+
 TEST(CompareRanks, SaysWhatIsBrokenAndWhatDidNotRun) {
-  RankDifference kept = {"plain", "round-off", "", {1e-15, 0, 0, 0}, {1, 2, 3, 0}, 0.5, true};
+  RankDifference kept = {"plain", "round-off", "", {1e-15, 0, 0, 0}, {1, 2, 3, 0}, 0.5, true, 0, ""};
   RankDifference broken = kept, unrepeatable = kept, notRun = kept;
   broken.method = "lsq";
   broken.worstRatio = 1.5;
@@ -174,6 +189,8 @@ TEST(CompareRanks, SaysWhatIsBrokenAndWhatDidNotRun) {
   EXPECT_FALSE(broken.KeepsItsPromise());
   EXPECT_FALSE(unrepeatable.KeepsItsPromise());
   EXPECT_TRUE(notRun.KeepsItsPromise());
+  EXPECT_TRUE(notRun.IsVoid());
+  EXPECT_FALSE(kept.IsVoid());
   std::ostringstream out;
   PrintComparisons(out, {{2, 1, {kept, broken, notRun}}});
   const std::string text = out.str();
