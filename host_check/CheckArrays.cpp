@@ -1,5 +1,3 @@
-#include <utility>
-
 #include "host_check/LocalChecks.h"
 #include "host_check/Text.h"
 
@@ -42,36 +40,6 @@ void CheckGroup(const FaceGroupView& group, const HostCheckOptions& options, con
 }
 
 }  // namespace
-
-bool CheckCounts(const CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
-                 HostCheckReport& report) {
-  bool areSound = mesh != nullptr && partitionFaces != nullptr;
-  const auto requirePositive = [&](const char* name, int count) {
-    if (count >= 0) return;
-    areSound = false;
-    report.Add(HostBreach::BadCount, 0, [&] { return Text(name, " = ", count, " is negative"); });
-  };
-  if (mesh != nullptr) {
-    const std::pair<const char*, int> counts[] = {{"NCell", mesh->NCell},
-                                                  {"NInnerCells", mesh->NInnerCells},
-                                                  {"NInnerFaces", mesh->NInnerFaces},
-                                                  {"NNode", mesh->NNode},
-                                                  {"NWall", mesh->NWall},
-                                                  {"NInlet", mesh->NInlet},
-                                                  {"NOutlet", mesh->NOutlet},
-                                                  {"NSymmetry", mesh->NSymmetry}};
-    for (const auto& [name, count] : counts) requirePositive(name, count);
-    if (mesh->NCell >= 0 && mesh->NInnerCells > mesh->NCell) {
-      areSound = false;
-      report.Add(HostBreach::BadCount, 0, [&] {
-        return Text("NInnerCells = ", mesh->NInnerCells, " is more than NCell = ", mesh->NCell,
-                    ", which counts all cells");
-      });
-    }
-  }
-  if (partitionFaces != nullptr) requirePositive("NParInterFace()", partitionFaces->NParInterFace());
-  return areSound;
-}
 
 void CheckArrays(const HostView& view, const HostCheckOptions& options, HostCheckReport& report) {
   const ArrayCheck check(report);

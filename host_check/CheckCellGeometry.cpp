@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "host_check/Bounds.h"
 #include "host_check/LocalChecks.h"
@@ -16,8 +17,20 @@ class CellGeometryCheck {
 
   void CheckCell(int c) {
     const bool closes = CheckClosure(c);
-    if (view_.mesh.Volume != nullptr && CheckVolume(c) && closes) CompareVolume(c);
+    if (view_.mesh.Volume != nullptr && CheckVolume(c) && closes) AddEnclosed(c);
     CheckCentre(c);
+  }
+
+  /// After all cells: a factor that most of them have in common is told once, and each cell compared beside it.
+  void CompareVolumes() {
+    const double factor = CommonFactor();
+    if (factor != 1.0) {
+      report_.Add(HostBreach::VolumeDisagrees, 0, [&] {
+        return Text("the volumes are ", factor, " times what the faces enclose (median of ", enclosed_.size(),
+                    " cells)");
+      });
+    }
+    for (const Enclosed& cell : enclosed_) CompareVolume(cell.cell, cell.volume, factor);
   }
 
  private:
@@ -54,18 +67,44 @@ class CellGeometryCheck {
     return false;
   }
 
+  struct Enclosed {
+    int cell;
+    double volume;
+  };
+
   /// V = 1/3 sum of S.(x_face - x_cell), exact where the faces are plane.
-  void CompareVolume(int c) {
+  void AddEnclosed(int c) {
     if (!view_.centreSound[c]) return;
     double sum = 0.0;
     for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
       const FaceGroupView& group = view_.groups[entry->group];
-      if (!group.centreSound[entry->face]) return;
+      if (!group.centreSound[entry->face] || group.centreAway[entry->face]) return;
       if (!entry->isRequired) continue;
       sum += entry->sign * Dot(group.area[entry->face], group.centre[entry->face] - view_.centres[c]);
     }
-    const double enclosed = sum / 3.0, volume = view_.mesh.Volume[c];
-    if (std::abs(volume - enclosed) <= options_.volumeTolerance * std::max(volume, std::abs(enclosed)))
+    enclosed_.push_back({c, sum / 3.0});
+  }
+
+  /// The median of volume over enclosed volume, 1 where it is near 1 or of too few cells to mean anything.
+  double CommonFactor() const {
+    constexpr std::size_t kFewest = 8;
+    if (enclosed_.size() < kFewest) return 1.0;
+    std::vector<double> ratios;
+    ratios.reserve(enclosed_.size());
+    for (const Enclosed& cell : enclosed_) {
+      const double ratio = view_.mesh.Volume[cell.cell] / cell.volume;
+      if (std::isfinite(ratio)) ratios.push_back(ratio);
+    }
+    if (ratios.size() < kFewest) return 1.0;
+    const auto middle = ratios.begin() + static_cast<std::ptrdiff_t>(ratios.size() / 2);
+    std::nth_element(ratios.begin(), middle, ratios.end());
+    const bool isFactor = *middle > 0.0 && std::abs(*middle - 1.0) > options_.commonVolumeTolerance;
+    return isFactor ? *middle : 1.0;
+  }
+
+  void CompareVolume(int c, double enclosed, double factor) {
+    const double volume = view_.mesh.Volume[c], expected = factor * enclosed;
+    if (std::abs(volume - expected) <= options_.volumeTolerance * std::max(volume, std::abs(expected)))
       return;
     report_.Add(HostBreach::VolumeDisagrees, c, [&] {
       return Text("interior cell ", c, " has the volume ", volume, ", but its faces enclose ", enclosed);
@@ -73,13 +112,55 @@ class CellGeometryCheck {
   }
 
   void CheckCentre(int c) {
-    if (!view_.centreSound[c] || !cellNodes_.AreKnown(c)) return;
+    if (!view_.centreSound[c]) return;
+    if (!LiesInBoxOfNodes(c)) {
+      report_.Add(HostBreach::CellCentreAway, c, [&] {
+        return Text("the centre ", view_.centres[c], " of interior cell ", c, " lies away from its nodes");
+      });
+    } else if (const CellFaces::Entry* face = FaceThatExcludesCentre(c); face != nullptr) {
+      report_.Add(HostBreach::CellCentreAway, c, [&] {
+        return Text("the centre ", view_.centres[c], " of interior cell ", c,
+                    " lies outside the cell, beyond ", view_.groups[face->group].Name(face->face));
+      });
+    }
+  }
+
+  bool LiesInBoxOfNodes(int c) const {
     Bounds bounds;
-    if (!bounds.AddNodes(view_, cellNodes_.begin(c), cellNodes_.end(c))) return;
-    if (bounds.Has(view_.centres[c], options_.centreTolerance)) return;
-    report_.Add(HostBreach::CellCentreAway, c, [&] {
-      return Text("the centre ", view_.centres[c], " of interior cell ", c, " lies away from its nodes");
-    });
+    return !cellNodes_.AreKnown(c) || !bounds.AddNodes(view_, cellNodes_.begin(c), cellNodes_.end(c)) ||
+           bounds.Has(view_.centres[c], options_.centreTolerance);
+  }
+
+  /// A face with the cell's centre on its far side, although all other face centres lie on the near one: there the
+  /// cell is convex, and its centre lies inside. Null: there is none, or too much of the cell is not sound.
+  const CellFaces::Entry* FaceThatExcludesCentre(int c) const {
+    constexpr int kMostFaces = 64;  // the work grows as the square
+    if (cellFaces_.Count(c) > kMostFaces) return nullptr;
+    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      const FaceGroupView& group = view_.groups[entry->group];
+      const int f = entry->face;
+      if (!group.areaSound[f] || group.turned[f] || !group.centreSound[f] || group.centreAway[f])
+        return nullptr;
+    }
+    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      if (entry->isRequired && ExcludesCentre(c, *entry)) return entry;
+    }
+    return nullptr;
+  }
+
+  bool ExcludesCentre(int c, const CellFaces::Entry& face) const {
+    const FaceGroupView& group = view_.groups[face.group];
+    const auto depth = [&](const Vec3& p) {
+      return face.sign * Dot(group.area[face.face], group.centre[face.face] - p);
+    };
+    double least = 0.0, greatest = 0.0;
+    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      const double ofFace = depth(view_.groups[entry->group].centre[entry->face]);
+      least = std::min(least, ofFace);
+      greatest = std::max(greatest, ofFace);
+    }
+    const double slack = options_.centreTolerance * greatest;
+    return least >= -slack && depth(view_.centres[c]) < -slack;
   }
 
   const HostView& view_;
@@ -87,6 +168,7 @@ class CellGeometryCheck {
   const CellNodes& cellNodes_;
   const HostCheckOptions& options_;
   HostCheckReport& report_;
+  std::vector<Enclosed> enclosed_;
 };
 
 }  // namespace
@@ -95,6 +177,7 @@ void CheckCellGeometry(const HostView& view, const CellFaces& cellFaces, const C
                        const HostCheckOptions& options, HostCheckReport& report) {
   CellGeometryCheck check(view, cellFaces, cellNodes, options, report);
   for (int c = 1; c <= view.nInner; ++c) check.CheckCell(c);
+  check.CompareVolumes();
 }
 
 }  // namespace host_check

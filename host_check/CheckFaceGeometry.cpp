@@ -1,6 +1,7 @@
+#include <algorithm>
 #include <cmath>
 
-#include "host_check/Bounds.h"
+#include "host_check/FaceOutline.h"
 #include "host_check/LocalChecks.h"
 #include "host_check/Text.h"
 
@@ -14,26 +15,55 @@ class FaceGeometryCheck {
 
   void CheckGroup(FaceGroupView& group) {
     for (int f = 1; f <= group.count; ++f) {
-      CheckFaceCentre(group, f);
+      CompareWithNodes(group, f);
       if (!group.PairSound(f) || !group.areaSound[f] || !view_.centreSound[group.cv[f]]) continue;
       if (group.farSide == FarSide::Interior) {
         CheckBetweenCells(group, f);
       } else if (group.centreSound[f]) {
         CheckOutwards(group, f);
-        if (!group.turned[f]) CheckCellBeyond(group, f);
+        if (!group.turned[f] && !group.centreAway[f]) CheckCellBeyond(group, f);
       }
     }
   }
 
  private:
-  void CheckFaceCentre(const FaceGroupView& group, int f) {
-    if (!group.nodesSound[f] || !group.centreSound[f]) return;
+  /// Area and centre against the nodes, where the nodes lie in the plane of the area vector.
+  void CompareWithNodes(FaceGroupView& group, int f) {
+    if (!group.nodesSound[f] || !group.areaSound[f]) return;
     const int* row = group.nodes[f];
-    Bounds bounds;
-    if (!bounds.AddNodes(view_, row + 1, row + 1 + row[0])) return;
-    if (bounds.Has(group.centre[f], options_.centreTolerance)) return;
+    if (!outline_.Build(view_, row + 1, row + 1 + row[0], group.area[f])) return;
+    CompareArea(group, f);
+    if (group.centreSound[f]) CheckFaceCentre(group, f);
+  }
+
+  /// The area vector of a closed line does not depend on the surface that it bounds: seen along the vector, the
+  /// polygon of the nodes has its length as area, warped or not.
+  void CompareArea(const FaceGroupView& group, int f) {
+    const double area = Norm(group.area[f]), spanned = outline_.Area();
+    const double slack = options_.areaTolerance * std::max(area, spanned);
+    // The row of a face that crosses itself, as in strongly squeezed meshes, spans less than its corners do.
+    if (std::abs(area - outline_.AreaInRowOrder()) <= slack) return;
+    const bool isTooSmall = outline_.IsWholeFace() && area < spanned - slack;
+    if (area <= spanned + slack && !isTooSmall) return;
+    report_.Add(HostBreach::AreaDisagrees, f, [&] {
+      return Text("the area vector of ", group.Name(f), " has the length ", area, ", but its nodes span ",
+                  spanned);
+    });
+  }
+
+  /// Not of a face that fills little of its outline: if it crosses itself, its centroid may lie anywhere.
+  void CheckFaceCentre(FaceGroupView& group, int f) {
+    constexpr double kLeastFilled = 0.7;
+    if (outline_.AreaInRowOrder() < kLeastFilled * outline_.Area() &&
+        Norm(group.area[f]) < kLeastFilled * outline_.Area())
+      return;
+    const Vec3 centre = group.centre[f];
+    const double away = std::max(outline_.Outside(centre), outline_.OffPlane(centre));
+    if (away <= options_.centreTolerance) return;
+    group.centreAway[f] = 1;
     report_.Add(HostBreach::FaceCentreAway, f, [&] {
-      return Text("the centre ", group.centre[f], " of ", group.Name(f), " lies away from its nodes");
+      return Text("the centre ", centre, " of ", group.Name(f), " lies away from its nodes: outside by ",
+                  away, " of the face's width");
     });
   }
 
@@ -68,17 +98,36 @@ class FaceGeometryCheck {
     const int cv = group.cv[f], other = group.other[f];
     if (!view_.centreSound[other]) return;
     const Vec3 area = group.area[f];
-    const double depth = Dot(area, view_.centres[other] - group.centre[f]) / Norm(area);
-    if (depth >= -options_.positionTolerance * Norm(group.centre[f] - view_.centres[cv])) return;
+    const Vec3 toGhost = view_.centres[other] - group.centre[f], toCell = view_.centres[cv] - group.centre[f];
+    const double depth = Dot(area, toGhost) / Norm(area);
+    if (depth >= -options_.positionTolerance * Norm(toCell)) {
+      if (group.farSide == FarSide::Ghost) CheckGhostBeside(group, f, toGhost, toCell);
+      return;
+    }
     report_.Add(HostBreach::GhostNotBeyondFace, other, [&] {
       return Text("the centre ", view_.centres[other], " of ", view_.CellName(other), " does not lie beyond ",
                   group.Name(f), " but ", -depth, " inside it");
     });
   }
 
+  /// The place of a ghost comes from the face centre or from the cell centre, mirrored or not. None of these lies
+  /// farther to the side of the face centre than the cell centre does, and twice that leaves room for others.
+  void CheckGhostBeside(const FaceGroupView& group, int f, const Vec3& toGhost, const Vec3& toCell) {
+    constexpr double kSide = 2.0, kDepth = 0.25;
+    const Vec3 normal = (1.0 / Norm(group.area[f])) * group.area[f];
+    const auto side = [&](const Vec3& v) { return Norm(v - Dot(v, normal) * normal); };
+    if (!(side(toGhost) > kSide * side(toCell) + kDepth * std::abs(Dot(toCell, normal)))) return;
+    const int ghost = group.other[f];
+    report_.Add(HostBreach::GhostBesideFace, ghost, [&] {
+      return Text("the centre ", view_.centres[ghost], " of ", view_.CellName(ghost), " lies ", side(toGhost),
+                  " to the side of the centre of ", group.Name(f));
+    });
+  }
+
   HostView& view_;
   const HostCheckOptions& options_;
   HostCheckReport& report_;
+  FaceOutline outline_;
 };
 
 /// Where the face lies between the centres of its cells, 0 at `cv` and 1 at `other`: along the area vector, or
@@ -104,6 +153,14 @@ bool IsOfOtherSide(double weight, const GeometricWeight& geometric) {
          std::abs(weight - geometric.byDistance) > kFar;
 }
 
+/// Whether the weight is none of the usual ones: no arithmetic mean, and nowhere near the geometric weights.
+bool IsFarFrom(double weight, const GeometricWeight& geometric) {
+  constexpr double kFar = 0.3;
+  const double low = std::min({geometric.projected, geometric.byDistance, 0.5});
+  const double high = std::max({geometric.projected, geometric.byDistance, 0.5});
+  return weight < low - kFar || weight > high + kFar;
+}
+
 void CheckWeight(const HostView& view, const FaceGroupView& group, int f, HostCheckReport& report) {
   const double weight = group.weight[f];
   if (!(weight >= 0.0 && weight <= 1.0)) {
@@ -114,8 +171,16 @@ void CheckWeight(const HostView& view, const FaceGroupView& group, int f, HostCh
   }
   if (!group.PairSound(f) || !group.areaSound[f] || !group.centreSound[f]) return;
   if (!view.centreSound[group.cv[f]] || !view.centreSound[group.other[f]]) return;
+  if (group.centreAway[f] || group.turned[f]) return;
   const GeometricWeight geometric = WeightOf(view, group, f);
-  if (!IsOfOtherSide(weight, geometric)) return;
+  if (!IsOfOtherSide(weight, geometric)) {
+    if (!IsFarFrom(weight, geometric)) return;
+    report.Add(HostBreach::WeightAway, f, [&] {
+      return Text(group.Name(f), ": ", group.weightName, '[', f, "] = ", weight,
+                  " is far from the place of the face between its cells, ", geometric.projected);
+    });
+    return;
+  }
   report.Add(HostBreach::WeightOfOtherSide, f, [&] {
     return Text(group.Name(f), ": ", group.weightName, '[', f, "] = ", weight, " is the weight of ",
                 group.prefix, "CV, that of ", group.prefix, " is ", geometric.projected);

@@ -12,17 +12,33 @@ constexpr double kLeastSine = 1e-10;
 // A warped face's corner may lean away from its area vector, but not by more than 60 degrees.
 constexpr double kLeastCosine = 0.5;
 
-class FaceNodeCheck {
+class FaceRowCheck {
  public:
-  FaceNodeCheck(HostView& view, HostCheckReport& report) : view_(view), report_(report) {}
+  FaceRowCheck(HostView& view, HostCheckReport& report) : view_(view), report_(report) {}
 
   void CheckGroup(FaceGroupView& group) {
-    if (group.nodes == nullptr) return;
-    for (int f = 1; f <= group.count; ++f) {
-      if (!LengthIsSound(group, f) || !EntriesAreSound(group, f)) continue;
-      group.nodesSound[f] = 1;
-      CheckPlane(group, f);
+    if (group.nodes == nullptr) {
+      allAreSound_ = allAreSound_ && group.count == 0;
+      return;
     }
+    for (int f = 1; f <= group.count; ++f) {
+      group.nodesSound[f] = LengthIsSound(group, f) && EntriesAreSound(group, f) ? 1 : 0;
+      allAreSound_ = allAreSound_ && group.nodesSound[f];
+      if (!group.nodesSound[f]) continue;
+      const int* row = group.nodes[f];
+      view_.nNodeUsed = std::max(view_.nNodeUsed, *std::max_element(row + 1, row + 1 + row[0]));
+    }
+  }
+
+  /// Operators read the positions of all of 1..NNode, so a count that goes on behind the last node in use is one
+  /// to look at. Beside a cut there may be more: the other nodes of the halo cells.
+  void CheckHighest() {
+    if (!allAreSound_ || view_.PartitionGroup().count > 0 || view_.nNodeUsed == 0 ||
+        view_.nNodeUsed == view_.nNode)
+      return;
+    report_.Add(HostBreach::BadCount, 0, [&] {
+      return Text("NNode = ", view_.nNode, ", but no face names a node above ", view_.nNodeUsed);
+    });
   }
 
  private:
@@ -81,39 +97,50 @@ class FaceNodeCheck {
     });
   }
 
-  /// Interpolation to faces takes the first three nodes for the face's plane.
-  void CheckPlane(const FaceGroupView& group, int f) {
-    const int* row = group.nodes[f];
-    if (!view_.nodeSound[row[1]] || !view_.nodeSound[row[2]] || !view_.nodeSound[row[3]]) return;
-    const Vec3 a = view_.nodes[row[2]] - view_.nodes[row[1]], b = view_.nodes[row[3]] - view_.nodes[row[1]];
-    const Vec3 normal = Cross(a, b);
-    if (!(Norm(normal) > kLeastSine * Norm(a) * Norm(b))) {
-      report_.Add(HostBreach::NodesSpanNoPlane, f, [&] {
-        return Text(group.Name(f), ": its first three nodes ", row[1], ", ", row[2], ", ", row[3],
-                    " lie in a line");
-      });
-      return;
-    }
-    if (!group.areaSound[f]) return;
-    const Vec3 area = group.area[f];
-    const double cosine = std::abs(Dot(normal, area)) / (Norm(normal) * Norm(area));
-    if (cosine >= kLeastCosine) return;
-    report_.Add(HostBreach::NodesOffPlane, f, [&] {
-      return Text(group.Name(f), ": the plane of its first three nodes ", row[1], ", ", row[2], ", ", row[3],
-                  " is not that of its area vector ", area, " (cosine ", cosine, ")");
-    });
-  }
-
   HostView& view_;
   HostCheckReport& report_;
+  bool allAreSound_ = true;
   std::vector<int> sorted_;
 };
 
+/// Interpolation to faces takes the first three nodes for the face's plane.
+void CheckPlane(const HostView& view, const FaceGroupView& group, int f, HostCheckReport& report) {
+  const int* row = group.nodes[f];
+  if (!view.nodeSound[row[1]] || !view.nodeSound[row[2]] || !view.nodeSound[row[3]]) return;
+  const Vec3 a = view.nodes[row[2]] - view.nodes[row[1]], b = view.nodes[row[3]] - view.nodes[row[1]];
+  const Vec3 normal = Cross(a, b);
+  if (!(Norm(normal) > kLeastSine * Norm(a) * Norm(b))) {
+    report.Add(HostBreach::NodesSpanNoPlane, f, [&] {
+      return Text(group.Name(f), ": its first three nodes ", row[1], ", ", row[2], ", ", row[3],
+                  " lie in a line");
+    });
+    return;
+  }
+  if (!group.areaSound[f]) return;
+  const Vec3 area = group.area[f];
+  const double cosine = std::abs(Dot(normal, area)) / (Norm(normal) * Norm(area));
+  if (cosine >= kLeastCosine) return;
+  report.Add(HostBreach::NodesOffPlane, f, [&] {
+    return Text(group.Name(f), ": the plane of its first three nodes ", row[1], ", ", row[2], ", ", row[3],
+                " is not that of its area vector ", area, " (cosine ", cosine, ")");
+  });
+}
+
 }  // namespace
 
-void CheckFaceNodes(HostView& view, HostCheckReport& report) {
-  FaceNodeCheck check(view, report);
+void CheckFaceRows(HostView& view, HostCheckReport& report) {
+  FaceRowCheck check(view, report);
   for (FaceGroupView& group : view.groups) check.CheckGroup(group);
+  check.CheckHighest();
+  view.nodeSound.assign(static_cast<std::size_t>(view.nNodeUsed) + 1, 0);
+}
+
+void CheckFaceNodes(const HostView& view, HostCheckReport& report) {
+  for (const FaceGroupView& group : view.groups) {
+    for (int f = 1; f <= group.count; ++f) {
+      if (group.nodesSound[f]) CheckPlane(view, group, f, report);
+    }
+  }
 }
 
 }  // namespace host_check

@@ -1,6 +1,11 @@
+#include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstring>
-#include <functional>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "host_check/LocalChecks.h"
 #include "host_check/Text.h"
@@ -10,37 +15,120 @@ namespace {
 
 constexpr int kLongestName = 1023;  // the operators keep a settings file's name in 1024 characters
 constexpr int kExtension = 4;       // the dot and three letters
-
-struct WorkArray {
-  const char* name;
-  const double* data;
-};
+constexpr int kBlock = 4;           // elements of ResetRealBlock and ResetIntBlock
 
 void RequireArray(const void* array, const char* name, const char* extent, HostCheckReport& report) {
   if (array != nullptr) return;
   report.Add(HostBreach::MissingArray, 0, [&] { return Text(name, ", an array ", extent, ", is null"); });
 }
 
-/// Elements 1..nCell of two arrays share memory.
-bool Overlap(const double* a, const double* b, int nCell) {
-  const std::less<> isBefore;
-  return isBefore(a + 1, b + nCell + 1) && isBefore(b + 1, a + nCell + 1);
+/// The memory of an array's elements 1..count, as addresses: a pointer must not be moved beyond its array, and
+/// where the array ends is only known from a count.
+struct Extent {
+  std::string name;
+  std::uintptr_t begin = 0, end = 0;  // equal: no memory
+
+  bool Overlaps(const Extent& other) const {
+    return begin != end && other.begin != other.end && begin < other.end && other.begin < end;
+  }
+};
+
+template <class Element>
+Extent ExtentOf(std::string name, const Element* array, int count) {
+  if (array == nullptr || count <= 0) return {std::move(name)};
+  const auto address = reinterpret_cast<std::uintptr_t>(array);
+  return {std::move(name), address + sizeof(Element),
+          address + (static_cast<std::size_t>(count) + 1) * sizeof(Element)};
 }
 
-void CheckPreviousGradient(const HostView& view, const CZyn3dGV& globals, HostCheckReport& report) {
-  if (view.nCell == 0) return;
-  const WorkArray arrays[] = {
-      {"PrevGradX", globals.PrevGradX}, {"PrevGradY", globals.PrevGradY}, {"PrevGradZ", globals.PrevGradZ}};
-  for (const WorkArray& array : arrays) RequireArray(array.data, array.name, "[1..NCell]", report);
-  const WorkArray centres[] = {{"xc", view.mesh.xc}, {"yc", view.mesh.yc}, {"zc", view.mesh.zc}};
-  const auto compare = [&](const WorkArray& a, const WorkArray& b) {
-    if (a.data == nullptr || b.data == nullptr || !Overlap(a.data, b.data, view.nCell)) return;
-    report.Add(HostBreach::ArraysOverlap, 0,
-               [&] { return Text(a.name, " and ", b.name, " share memory within 1..NCell = ", view.nCell); });
+/// Every array that operators only read.
+class ReadArrays {
+ public:
+  explicit ReadArrays(const HostView& view) {
+    const CZYN3DFiniteVolumeMesh& m = view.mesh;
+    Add(view.nodes, "", "n", view.nNode);
+    Add(view.centres, "", "c", view.nCell);
+    Add("Volume", m.Volume, view.nInner);
+    for (const FaceGroupView& group : view.groups) AddGroup(group);
+    AddTable("CellCell", m.CellCell, view.nInner);
+    AddTable("CellFace", m.CellFace, view.nInner);
+    AddTable("CellFaceType", m.CellFaceType, view.nInner);
+    AddTable("CellLnods", m.CellLnods, view.nInner);
+    Add("CellLnodsNumber", m.CellLnodsNumber, view.nInner);
+    AddTable("NodeCell", m.NodeCell, view.nNodeUsed);
+  }
+
+  /// Calls tell(name) for each array, and once for each table, that shares memory with the work array.
+  template <class Tell>
+  void ForEachOverlap(const Extent& work, const Tell& tell) const {
+    for (const Extent& array : arrays_) {
+      if (array.Overlaps(work)) tell(array.name);
+    }
+    for (const Table& table : tables_) {
+      for (int i = 1; i <= table.count; ++i) {
+        if (!StartsIn(work, table.rows[i])) continue;
+        tell("row " + std::to_string(i) + " of " + table.name);
+        break;
+      }
+    }
+  }
+
+ private:
+  struct Table {
+    std::string name;
+    int* const* rows;
+    int count;
   };
-  for (int i = 0; i < 3; ++i) {
-    for (int j = i + 1; j < 3; ++j) compare(arrays[i], arrays[j]);
-    for (const WorkArray& centre : centres) compare(arrays[i], centre);
+
+  /// Of a row only the beginning is known.
+  static bool StartsIn(const Extent& work, const int* row) {
+    const auto address = reinterpret_cast<std::uintptr_t>(row);
+    return address >= work.begin && address < work.end;
+  }
+
+  template <class Element>
+  void Add(std::string name, const Element* array, int count) {
+    arrays_.push_back(ExtentOf(std::move(name), array, count));
+  }
+  void Add(const Vec3Arrays& arrays, const std::string& prefix, const std::string& ending, int count) {
+    Add(prefix + "x" + ending, arrays.x, count);
+    Add(prefix + "y" + ending, arrays.y, count);
+    Add(prefix + "z" + ending, arrays.z, count);
+  }
+  void AddTable(const std::string& name, int* const* rows, int count) {
+    Add(name, rows, count);
+    if (rows != nullptr) tables_.push_back({name, rows, count});
+  }
+  void AddGroup(const FaceGroupView& group) {
+    Add(group.prefix + "CV", group.cv, group.count);
+    Add(group.prefix, group.other, group.count);
+    Add(group.area, group.prefix + "S", "", group.count);
+    Add(group.centre, group.prefix, "c", group.count);
+    Add(group.weightName, group.weight, group.count);
+    Add(group.typeName, group.type, group.count);
+    AddTable(group.prefix + "Lnods", group.nodes, group.count);
+  }
+
+  std::vector<Extent> arrays_;
+  std::vector<Table> tables_;
+};
+
+void CheckWorkArrays(const HostView& view, const CZyn3dGV& globals, HostCheckReport& report) {
+  const Extent work[] = {ExtentOf("PrevGradX", globals.PrevGradX, view.nCell),
+                         ExtentOf("PrevGradY", globals.PrevGradY, view.nCell),
+                         ExtentOf("PrevGradZ", globals.PrevGradZ, view.nCell),
+                         ExtentOf("ResetRealBlock", globals.ResetRealBlock, kBlock),
+                         ExtentOf("ResetIntBlock", globals.ResetIntBlock, kBlock)};
+  const ReadArrays arrays(view);
+  for (const Extent* a = std::begin(work); a != std::end(work); ++a) {
+    const auto tell = [&](const std::string& other) {
+      report.Add(HostBreach::ArraysOverlap, 0,
+                 [&] { return Text(a->name, ", which is overwritten, and ", other, " share memory"); });
+    };
+    for (const Extent* b = a + 1; b != std::end(work); ++b) {
+      if (a->Overlaps(*b)) tell(b->name);
+    }
+    arrays.ForEachOverlap(*a, tell);
   }
 }
 
@@ -76,10 +164,16 @@ void CheckFileName(const char* name, HostCheckReport& report) {
 
 }  // namespace
 
-void CheckGlobals(const HostView& view, const CZyn3dGV& globals, HostCheckReport& report) {
-  CheckPreviousGradient(view, globals, report);
+void CheckGlobals(const HostView& view, const CZyn3dGV& globals, bool countsAreSound,
+                  HostCheckReport& report) {
+  if (view.nCell > 0) {
+    RequireArray(globals.PrevGradX, "PrevGradX", "[1..NCell]", report);
+    RequireArray(globals.PrevGradY, "PrevGradY", "[1..NCell]", report);
+    RequireArray(globals.PrevGradZ, "PrevGradZ", "[1..NCell]", report);
+  }
   RequireArray(globals.ResetRealBlock, "ResetRealBlock", "[1..4]", report);
   RequireArray(globals.ResetIntBlock, "ResetIntBlock", "[1..4]", report);
+  if (countsAreSound) CheckWorkArrays(view, globals, report);
   CheckFileName(globals.BaseFileName, report);
 }
 

@@ -17,10 +17,10 @@ void CheckObject(const void* object, const char* name, HostCheckReport& report) 
 
 /// Each check relies on the marks that the ones before have left in the view.
 void CheckLocalData(HostView& view, const HostCheckOptions& options, HostCheckReport& report) {
-  CheckArrays(view, options, report);
   CheckFaceCells(view, report);
   const CellFaces cellFaces(view);
 
+  if (options.nodeTables) CheckFaceRows(view, report);
   CheckPositions(view, options, report);
   CheckAreas(view, report);
   if (options.nodeTables) CheckFaceNodes(view, report);
@@ -35,7 +35,8 @@ void CheckLocalData(HostView& view, const HostCheckOptions& options, HostCheckRe
   CheckNodeCells(view, cellNodes, report);
 }
 
-void CheckCommunication(const HostView& view, bool countsAreSound, CCommunication* communication,
+/// @param wasRead  the local checks have set the marks of the view; else it is empty
+void CheckCommunication(const HostView& view, bool wasRead, bool hasCells, CCommunication* communication,
                         CZYNCom* reduction, const CZyn3dGV* globals, const HostCheckOptions& options,
                         HostCheckReport& report) {
   if (reduction == nullptr) {
@@ -44,10 +45,12 @@ void CheckCommunication(const HostView& view, bool countsAreSound, CCommunicatio
   }
   const int minimum = CheckReduction(view, *reduction, report);
   CheckExchangeChoice(*reduction, globals, report);
+  // An exchange would write where it has always written, and fields of an empty mesh have no such cells.
+  const bool isMesh = CheckAnyCells(hasCells, *reduction, report);
 
   // All partitions or none exchange. Only what an exchange would stumble over counts: other breaches do not
   // hinder it.
-  const bool canExchange = communication != nullptr && countsAreSound && PartitionCellsAreSound(view);
+  const bool canExchange = communication != nullptr && wasRead && isMesh && PartitionCellsAreSound(view);
   int allCan = canExchange ? 1 : 0;
   reduction->AllMin(allCan);
   if (!canExchange || allCan < 1) {
@@ -70,12 +73,24 @@ int CheckHostData(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFac
   CheckObject(reduction, "CZYNCom", report);
   CheckObject(globals, "CZyn3dGV", report);
 
-  const bool countsAreSound = CheckCounts(mesh, partitionFaces, report);
-  HostView view(mesh, partitionFaces);
+  const bool countsAreSound = CheckCounts(mesh, partitionFaces, options, report);
+  HostView lent(mesh, partitionFaces), nothing(nullptr, nullptr);
+  CheckArrays(lent, options, report);
+  const bool canRead = countsAreSound && CheckHaloCount(lent, report);
+  if (!canRead) report.AddNote("no array was read: the counts do not tell how long they are");
+
+  HostView& view = canRead ? lent : nothing;
+  view.AddMarks();
   CheckLocalData(view, options, report);
-  if (globals != nullptr) CheckGlobals(view, *globals, report);
+  if (globals != nullptr) CheckGlobals(lent, *globals, canRead, report);
+  const bool hasCells = lent.nInner > 0, hasObjects = mesh != nullptr && partitionFaces != nullptr;
   if (options.communication) {
-    CheckCommunication(view, countsAreSound, communication, reduction, globals, options, report);
+    // A partition that lends no mesh has told so, and leaves it to the others to find that they have no cells.
+    CheckCommunication(view, canRead && hasObjects, hasCells || mesh == nullptr, communication, reduction,
+                       globals, options, report);
+  }
+  if (!hasCells && (!options.communication || reduction == nullptr)) {
+    report.AddNote("this partition has no interior cells: nothing could be compared");
   }
   return report.Count();
 }

@@ -17,10 +17,11 @@ namespace host_check {
 /// alone, an AllMin that answers differently here and there when the partitions have to agree, an exchange
 /// that waits for a message that is never sent.
 ///
-/// Nothing of the solver's is changed, the fields that are exchanged are the checker's own. No index is used
-/// before it was compared with its bounds, and no row is read that claims more entries than the face tables
-/// allow. Not visible: an array that is shorter than its count says, and a row shorter than a length that
-/// could be true.
+/// Nothing of the solver's is changed, the fields that are exchanged are the checker's own. Counts come first:
+/// when they contradict each other, no array is read, and a note says so. No index is used before it was
+/// compared with its bounds, and no row is read that claims more entries than the face tables allow. Not
+/// visible: an array that is shorter than a count that agrees with the others, and a row shorter than a length
+/// that could be true.
 ///
 /// Takes time and memory in proportion to the mesh: meant for debug runs, after all tables are filled and the
 /// halo centres are exchanged. Throws nothing itself; what a host's operation throws comes through.

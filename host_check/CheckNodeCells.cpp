@@ -36,7 +36,7 @@ class NodeCells {
 
 /// The interior cells at every node.
 NodeCells InteriorAtNodes(const HostView& view, const CellNodes& cellNodes) {
-  return NodeCells(view.nNode, [&](const auto& add) {
+  return NodeCells(view.nNodeUsed, [&](const auto& add) {
     for (int c = 1; c <= view.nInner; ++c) {
       for (const int* node = cellNodes.begin(c); node != cellNodes.end(c); ++node) add(*node, c);
     }
@@ -45,7 +45,7 @@ NodeCells InteriorAtNodes(const HostView& view, const CellNodes& cellNodes) {
 
 /// The ghost and halo cells beyond the faces at every node; a halo cell may stand there several times.
 NodeCells BeyondAtNodes(const HostView& view) {
-  return NodeCells(view.nNode, [&](const auto& add) {
+  return NodeCells(view.nNodeUsed, [&](const auto& add) {
     for (const FaceGroupView& group : view.groups) {
       if (group.farSide == FarSide::Interior) continue;
       for (int f = 1; f <= group.count; ++f) {
@@ -165,7 +165,7 @@ class NodeCellCheck {
 void CheckNodeCells(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report) {
   if (view.mesh.NodeCell == nullptr) return;
   NodeCellCheck check(view, cellNodes, report);
-  for (int n = 1; n <= view.nNode; ++n) check.CheckNode(n);
+  for (int n = 1; n <= view.nNodeUsed; ++n) check.CheckNode(n);
 }
 
 }  // namespace host_check

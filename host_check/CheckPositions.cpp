@@ -11,10 +11,10 @@ void TellNotFinite(HostCheckReport& report, int entity, const std::string& what,
 void CheckCellCentres(HostView& view, HostCheckReport& report) {
   if (!view.centres.AreThere()) return;
   for (int c = 1; c <= view.nCell; ++c) {
-    view.centreSound[c] = IsFinite(view.centres[c]) ? 1 : 0;
     // What stands in a cell that no face leads to is read by nobody.
-    const bool isRead = view.IsInterior(c) || view.namer[c].group >= 0;
-    if (isRead && !view.centreSound[c]) {
+    if (!view.IsInterior(c) && view.namer[c].group < 0) continue;
+    view.centreSound[c] = IsFinite(view.centres[c]) ? 1 : 0;
+    if (!view.centreSound[c]) {
       TellNotFinite(report, c, "the centre of " + view.CellName(c), view.centres[c]);
     }
   }
@@ -32,7 +32,7 @@ void CheckFaceCentres(FaceGroupView& group, HostCheckReport& report) {
 
 void CheckNodes(HostView& view, HostCheckReport& report) {
   if (!view.nodes.AreThere()) return;
-  for (int n = 1; n <= view.nNode; ++n) {
+  for (int n = 1; n <= view.nNodeUsed; ++n) {
     view.nodeSound[n] = IsFinite(view.nodes[n]) ? 1 : 0;
     if (!view.nodeSound[n]) TellNotFinite(report, n, Text("the position of node ", n), view.nodes[n]);
   }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 #include "host_check/CollectiveChecks.h"
 #include "host_check/Text.h"
@@ -88,6 +89,14 @@ void CheckExchangeChoice(CZYNCom& reduction, const CZyn3dGV* globals, HostCheckR
     return Text("UseNonBlockingExch is ", choice == 0 ? "zero" : "not zero",
                 " here, but not so on all partitions");
   });
+}
+
+bool CheckAnyCells(bool hasCells, CZYNCom& reduction, HostCheckReport& report) {
+  const int allLackThem = AllMinOf(reduction, hasCells ? 0 : 1);
+  if (hasCells || allLackThem != 1) return true;
+  report.Add(HostBreach::BadCount, 0,
+             [] { return std::string("NInnerCells = 0 on every partition: the mesh is empty"); });
+  return false;
 }
 
 }  // namespace host_check

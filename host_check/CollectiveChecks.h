@@ -24,6 +24,10 @@ int CheckReduction(const HostView& view, CZYNCom& reduction, HostCheckReport& re
 /// UseNonBlockingExch, which must be the same on all partitions. `globals` may be null.
 void CheckExchangeChoice(CZYNCom& reduction, const CZyn3dGV* globals, HostCheckReport& report);
 
+/// Interior cells, which at least one partition must have.
+/// @return whether one has
+bool CheckAnyCells(bool hasCells, CZYNCom& reduction, HostCheckReport& report);
+
 /// Whether all partition faces name cells beyond the interior ones, so that an exchange has where to write.
 bool PartitionCellsAreSound(const HostView& view);
 

@@ -26,10 +26,15 @@ struct HostCheckOptions {
 
   double closureTolerance = 1e-6;   ///< |sum of a cell's area vectors| over the sum of their lengths
   double positionTolerance = 1e-6;  ///< of positions that must agree, over the distance of the cells
-  /// How far outside the box of its nodes a face or cell centre may lie, over the box's diagonal. Wide, since
-  /// the centre of a strongly warped thin face is not bound to lie between its nodes.
-  double centreTolerance = 1.0;
-  double volumeTolerance = 0.5;  ///< of a volume against the one that the faces enclose, over the larger
+  /// How far a face centre may lie outside the hull of its nodes, over the hull's width in that direction, and
+  /// a cell centre outside the box of its nodes or its faces. The usual centres lie inside.
+  double centreTolerance = 0.05;
+  double areaTolerance = 0.05;  ///< of a face's area against the one its nodes span, over the larger
+  /// Of a cell's volume against the one that its faces enclose, over the larger: definitions of centres and
+  /// volumes differ where faces are warped.
+  double volumeTolerance = 0.15;
+  /// Of the factor between volumes that is common to the cells: there the differences of single cells even out.
+  double commonVolumeTolerance = 0.03;
 };
 
 }  // namespace host_check

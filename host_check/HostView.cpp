@@ -132,21 +132,18 @@ HostView::HostView(const CZYN3DFiniteVolumeMesh* meshOrNull, CPartitionFace_DLL*
       nodes{mesh.xn, mesh.yn, mesh.zn},
       centres{mesh.xc, mesh.yc, mesh.zc},
       groups{InnerFaces(mesh),  WallFaces(mesh),     InletFaces(mesh),
-             OutletFaces(mesh), SymmetryFaces(mesh), PartitionFaces(partitionFaces, mesh)} {
-  AddMarks();
-}
+             OutletFaces(mesh), SymmetryFaces(mesh), PartitionFaces(partitionFaces, mesh)} {}
 
 void HostView::AddMarks() {
   for (FaceGroupView& group : groups) {
     const std::vector<char> unknown(static_cast<std::size_t>(group.count) + 1, 0);
     for (auto* marks : {&group.cvSound, &group.otherSound, &group.areaSound, &group.turned,
-                        &group.centreSound, &group.nodesSound}) {
+                        &group.centreSound, &group.centreAway, &group.nodesSound}) {
       *marks = unknown;
     }
   }
   namer.resize(static_cast<std::size_t>(nCell) + 1);
   centreSound.assign(static_cast<std::size_t>(nCell) + 1, 0);
-  nodeSound.assign(static_cast<std::size_t>(nNode) + 1, 0);
 }
 
 int HostView::GroupOfCode(int code) const {

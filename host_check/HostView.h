@@ -35,6 +35,7 @@ struct FaceGroupView {
   std::vector<char> areaSound = {};    ///< finite and not zero
   std::vector<char> turned = {};       ///< the area vector points the wrong way
   std::vector<char> centreSound = {};  ///< finite
+  std::vector<char> centreAway = {};   ///< finite, but not where the face is
   std::vector<char> nodesSound = {};   ///< the row can be read and all its nodes are in range
 
   bool PairSound(int f) const { return cvSound[f] && otherSound[f]; }
@@ -49,8 +50,13 @@ class HostView {
  public:
   static constexpr int kGroups = 6;
 
-  /// Both may be null: everything is then empty.
+  /// Copies counts and pointers. Reads no array and allocates nothing that grows with a count. Both may be
+  /// null: everything is then empty.
   HostView(const CZYN3DFiniteVolumeMesh* meshOrNull, CPartitionFace_DLL* partitionFaces);
+
+  /// Makes room for the marks. Comes before any check that sets or reads one.
+  /// @pre the counts are plausible
+  void AddMarks();
 
   bool IsInterior(int c) const { return c >= 1 && c <= nInner; }
   bool IsBeyond(int c) const { return c > nInner && c <= nCell; }  ///< a ghost or halo cell
@@ -65,16 +71,17 @@ class HostView {
   const Vec3Arrays nodes, centres;
   std::array<FaceGroupView, kGroups> groups;  ///< inner, wall, inlet, outlet, symmetry, partition
 
+  /// The highest node that a face names. Nothing is read of nodes behind it: there may be fewer
+  /// than the count says.
+  int nNodeUsed = 0;
+
   /// The face that named a ghost or halo cell first; group -1: no face names it.
   struct Namer {
     int group = -1, face = 0;
   };
   std::vector<Namer> namer;       ///< [1..nCell]
   std::vector<char> centreSound;  ///< [1..nCell] finite
-  std::vector<char> nodeSound;    ///< [1..nNode] finite
-
- private:
-  void AddMarks();
+  std::vector<char> nodeSound;    ///< [1..nNodeUsed] finite
 };
 
 }  // namespace host_check

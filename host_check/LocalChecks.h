@@ -12,10 +12,16 @@
 
 namespace host_check {
 
-/// Counts that are negative or contradict each other. Both objects may be null.
-/// @return whether all counts can be relied on
+/// Counts that are negative, contradict each other or are larger than those of any mesh. Reads no array. Both
+/// objects may be null.
+/// @return whether arrays may be read as far as their counts say
 bool CheckCounts(const CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
-                 HostCheckReport& report);
+                 const HostCheckOptions& options, HostCheckReport& report);
+
+/// The halo cells that ijPar names, together with the ghost cells: no more than there are cells beyond the
+/// interior ones.
+/// @return whether the other arrays may be read as far as their counts say
+bool CheckHaloCount(const HostView& view, HostCheckReport& report);
 
 /// Arrays that are null though their count is not 0.
 void CheckArrays(const HostView& view, const HostCheckOptions& options, HostCheckReport& report);
@@ -23,16 +29,20 @@ void CheckArrays(const HostView& view, const HostCheckOptions& options, HostChec
 /// The two cells of every face. Sets cvSound, otherSound and the namers of ghost and halo cells.
 void CheckFaceCells(HostView& view, HostCheckReport& report);
 
+/// The faces' rows of nodes, each by itself, and how far the nodes go that they name. Sets nodesSound and
+/// nNodeUsed, and makes room for nodeSound.
+void CheckFaceRows(HostView& view, HostCheckReport& report);
+
 /// Nodes, cell centres and face centres that are not finite. Sets centreSound and nodeSound.
 void CheckPositions(HostView& view, const HostCheckOptions& options, HostCheckReport& report);
 
 /// Area vectors that are zero or not finite. Sets areaSound.
 void CheckAreas(HostView& view, HostCheckReport& report);
 
-/// The faces' rows of nodes, each by itself. Sets nodesSound.
-void CheckFaceNodes(HostView& view, HostCheckReport& report);
+/// The plane of every face's first three nodes.
+void CheckFaceNodes(const HostView& view, HostCheckReport& report);
 
-/// Direction of the area vectors, places of ghost cells and face centres. Sets turned.
+/// Direction and length of the area vectors, places of ghost cells and face centres. Sets turned and centreAway.
 void CheckFaceGeometry(HostView& view, const HostCheckOptions& options, HostCheckReport& report);
 
 /// Weights of inner and partition faces.
@@ -52,6 +62,8 @@ void CheckCellNodes(const HostView& view, const CellNodes& cellNodes, HostCheckR
 void CheckNodeCells(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report);
 
 /// Work arrays and file name of the global variables.
-void CheckGlobals(const HostView& view, const CZyn3dGV& globals, HostCheckReport& report);
+/// @param countsAreSound  false: no more is asked of the arrays than whether they are null
+void CheckGlobals(const HostView& view, const CZyn3dGV& globals, bool countsAreSound,
+                  HostCheckReport& report);
 
 }  // namespace host_check

@@ -103,6 +103,44 @@ TEST_F(FaultsBetweenPartitions, GhostCellThatIsAlsoAHaloCellIsTold) {
   ExpectTold(HostBreach::GhostNamedTwice, ghost, "beyond wall face 1 and beyond partition face 4");
 }
 
+// The halo cells need room, too: without them the count would fit.
+TEST_F(FaultsBetweenPartitions, BoundaryCountThatLeavesNoRoomForHaloCellsIsTold) {
+  for (int CZYN3DFiniteVolumeMesh::*count :
+       {&CZYN3DFiniteVolumeMesh::NWall, &CZYN3DFiniteVolumeMesh::NInlet, &CZYN3DFiniteVolumeMesh::NOutlet,
+        &CZYN3DFiniteVolumeMesh::NSymmetry}) {
+    ++(Mesh().*count);
+    const auto reports =
+        ExpectTold(HostBreach::BadCount, 0, "halo cells that ijPar names are more than NCell");
+    EXPECT_EQ(reports[0].Count(), 0) << TextOf(reports[0]);
+    ASSERT_EQ(reports[0].Notes().size(), 1u);
+    EXPECT_NE(reports[0].Notes()[0].find("another partition"), std::string::npos);
+    --(Mesh().*count);
+  }
+}
+
+TEST_F(FaultsBetweenPartitions, InteriorCountOneTooLargeIsTold) {
+  ++Mesh().NInnerCells;
+  ExpectTold(HostBreach::BadCount, 0, "are more than NCell - NInnerCells");
+}
+
+TEST_F(FaultsBetweenPartitions, RecordsThatAreAllEmptyAreTold) {
+  for (int p = 0; p < 3; ++p) {
+    Mesh(p) = CZYN3DFiniteVolumeMesh();
+    Faces(p).count = 0;
+  }
+  for (const HostCheckReport& report :
+       ExpectTold(HostBreach::BadCount, 0, "NInnerCells = 0 on every partition")) {
+    EXPECT_EQ(report.Count(), 1) << TextOf(report);
+  }
+}
+
+TEST_F(FaultsBetweenPartitions, WorkArrayInTheCutIsTold) {
+  for (double* array : {Faces().sx, Faces().xc, Faces().lamda}) {
+    run_.lent[kBroken].globals->PrevGradZ = array;
+    ExpectTold(HostBreach::ArraysOverlap, 0, "PrevGradZ, which is overwritten, and ");
+  }
+}
+
 TEST_F(FaultsBetweenPartitions, NullArraysOfTheCutAreTold) {
   Faces().lamda = nullptr;
   Faces().type = nullptr;

@@ -77,6 +77,30 @@ void Flip(double* x, double* y, double* z, int f) {
   z[f] = -z[f];
 }
 
+/// Moves the centre of an inner face by parts of a cell (of 1/3), along its area vector and at right angles to it.
+void MoveCentre(Mesh& m, int f, double forwards, double sideways) {
+  const double area = std::hypot(m.ijSx[f], m.ijSy[f], m.ijSz[f]);
+  const double n[] = {m.ijSx[f] / area, m.ijSy[f] / area, m.ijSz[f] / area};
+  int across = 0;  // the axis that the face faces least, made normal to the area vector
+  for (int i = 1; i < 3; ++i)
+    if (std::abs(n[i]) < std::abs(n[across])) across = i;
+  double* const centre[] = {m.ijxc, m.ijyc, m.ijzc};
+  const double length = std::sqrt(1 - n[across] * n[across]);
+  for (int i = 0; i < 3; ++i) {
+    const double side = ((i == across ? 1.0 : 0.0) - n[across] * n[i]) / length;
+    centre[i][f] += (forwards * n[i] + sideways * side) / 3;
+  }
+}
+
+/// The components of the area vectors, with their counts.
+std::vector<std::pair<double*, int>> AllAreas(Mesh& m) {
+  return {{m.ijSx, m.NInnerFaces},       {m.ijSy, m.NInnerFaces},       {m.ijSz, m.NInnerFaces},
+          {m.ijWallSx, m.NWall},         {m.ijWallSy, m.NWall},         {m.ijWallSz, m.NWall},
+          {m.ijInletSx, m.NInlet},       {m.ijInletSy, m.NInlet},       {m.ijInletSz, m.NInlet},
+          {m.ijOutletSx, m.NOutlet},     {m.ijOutletSy, m.NOutlet},     {m.ijOutletSz, m.NOutlet},
+          {m.ijSymmetrySx, m.NSymmetry}, {m.ijSymmetrySy, m.NSymmetry}, {m.ijSymmetrySz, m.NSymmetry}};
+}
+
 std::vector<Fault> CountFaults() {
   return {
       InMesh("NegativeWallCount", HostBreach::BadCount, 0, "NWall = -3 is negative",
@@ -91,6 +115,57 @@ std::vector<Fault> CountFaults() {
                m.NCell = 27;
                m.NInnerCells = 28;
              }),
+      InMesh("WallCountOneTooLarge", HostBreach::BadCount, 0,
+             "NWall + NInlet + NOutlet + NSymmetry = 55 is more than NCell - NInnerCells = 54",
+             [](Mesh& m) { ++m.NWall; }),
+      InMesh("InletCountOneTooLarge", HostBreach::BadCount, 0, "= 55 is more than NCell - NInnerCells = 54",
+             [](Mesh& m) { ++m.NInlet; }),
+      InMesh("OutletCountOneTooLarge", HostBreach::BadCount, 0, "= 55 is more than NCell - NInnerCells = 54",
+             [](Mesh& m) { ++m.NOutlet; }),
+      InMesh("SymmetryCountOneTooLarge", HostBreach::BadCount, 0,
+             "= 55 is more than NCell - NInnerCells = 54", [](Mesh& m) { ++m.NSymmetry; }),
+      InMesh("CellCountOneTooSmall", HostBreach::BadCount, 0, "= 54 is more than NCell - NInnerCells = 53",
+             [](Mesh& m) { --m.NCell; }),
+      InMesh("InteriorCountOneTooLarge", HostBreach::BadCount, 0,
+             "= 54 is more than NCell - NInnerCells = 53", [](Mesh& m) { ++m.NInnerCells; }),
+      InMesh("HugeWallCounts", HostBreach::BadCount, 0, "= 6442450950 is more than NCell",
+             [](Mesh& m) { m.NWall = m.NInlet = m.NOutlet = INT_MAX; }),
+      InMesh("HugeCellCount", HostBreach::BadCount, 0,
+             "NCell = 2147483647 has 2147483620 cells beyond the 27 interior ones, but only 54 boundary",
+             [](Mesh& m) { m.NCell = INT_MAX; }),
+      InMesh("HugeInteriorCount", HostBreach::BadCount, 0, "are fewer than 4 for each cell",
+             [](Mesh& m) {
+               m.NCell = INT_MAX;
+               m.NInnerCells = INT_MAX - 54;
+             }),
+      InMesh("HugeInnerFaceCount", HostBreach::BadCount, 0, "are more than 1000 for each cell",
+             [](Mesh& m) { m.NInnerFaces = INT_MAX; }),
+      InMesh("HugeNodeCount", HostBreach::BadCount, 0, "NNode = 2147483647 is more than 1000 for each of the",
+             [](Mesh& m) { m.NNode = INT_MAX; }),
+      InMesh("NodeCountFiveTooLarge", HostBreach::BadCount, 0,
+             "NNode = 69, but no face names a node above 64", [](Mesh& m) { m.NNode += 5; }),
+      InMesh("NodeCountOfNoCell", HostBreach::BadCount, 0, "NNode = 3, but NInnerCells = 27",
+             [](Mesh& m) { m.NNode = 3; }),
+      InMesh("CellsWithoutFaces", HostBreach::BadCount, 0,
+             "NInnerCells = 27, but 0 inner, 0 boundary and 0 partition faces are fewer than 4",
+             [](Mesh& m) { m.NInnerFaces = m.NWall = m.NInlet = m.NOutlet = m.NSymmetry = 0; }),
+      InMesh("FacesWithoutCells", HostBreach::BadCount, 0,
+             "NInnerCells = 0, but there are 54 inner, 54 boundary", [](Mesh& m) { m.NInnerCells = 0; }),
+      InMesh("InnerFacesOfOneCell", HostBreach::BadCount, 0, "an inner face joins two interior cells",
+             [](Mesh& m) { m.NInnerCells = 1; }),
+      InMesh("EmptyRecord", HostBreach::BadCount, 0, "NInnerCells = 0 on every partition: the mesh is empty",
+             [](Mesh& m) { m = Mesh(); }),
+      {"PartitionFacesWithoutHaloCells", HostBreach::BadCount, "NParInterFace() = 3, but the 54 ghost cells",
+       [](LentHost& host) {
+         static_cast<LentFaces*>(host.partitionFaces)->count = 3;
+         return 0;
+       }},
+      {"HugePartitionFaceCount", HostBreach::BadCount, "are more than 1000 for each cell",
+       [](LentHost& host) {
+         static_cast<LentFaces*>(host.partitionFaces)->count = INT_MAX;
+         host.mesh->NCell += 9;
+         return 0;
+       }},
       {"NegativePartitionFaceCount", HostBreach::BadCount, "NParInterFace() = -2 is negative",
        [](LentHost& host) {
          static_cast<LentFaces*>(host.partitionFaces)->count = -2;
@@ -208,6 +283,44 @@ std::vector<Fault> GeometryFaults() {
          m.xc[ghost] = m.yc[ghost] = m.zc[ghost] = 0;
          return ghost;
        }},
+      {"GhostsOfTwoFacesExchanged", HostBreach::GhostBesideFace, "to the side of the centre of inlet face 1",
+       [](LentHost& host) {
+         Mesh& m = *host.mesh;
+         std::swap(m.ijInlet[1], m.ijInlet[2]);
+         return m.ijInlet[1];
+       }},
+      InMesh("InnerFaceCentreMovedSideways", HostBreach::FaceCentreAway, 9, "of inner face 9 lies away",
+             [](Mesh& m) { MoveCentre(m, 9, 0.0, 0.6); }),
+      InMesh("InnerFaceCentreMovedForwards", HostBreach::FaceCentreAway, 9, "of inner face 9 lies away",
+             [](Mesh& m) { MoveCentre(m, 9, 0.6, 0.0); }),
+      InMesh("WallFaceCentreMoved", HostBreach::FaceCentreAway, 4, "of wall face 4 lies away",
+             [](Mesh& m) { m.ijWallxc[4] += 0.6 / 3; }),
+      InMesh("RowsOfNodesOfTwoFacesExchanged", HostBreach::FaceCentreAway, 1, "of inlet face 1 lies away",
+             [](Mesh& m) { std::swap(m.ijInletLnods[1], m.ijInletLnods[2]); }),
+      InMesh("AreasOfAnotherUnit", HostBreach::AreaDisagrees, 20, "but its nodes span",
+             [](Mesh& m) {
+               for (const auto& [s, n] : AllAreas(m))
+                 for (int f = 1; f <= n; ++f) s[f] *= 1.3;
+             }),
+      InMesh("AreasOfHalfTheLength", HostBreach::AreaDisagrees, 20, "but its nodes span",
+             [](Mesh& m) {
+               for (const auto& [s, n] : AllAreas(m))
+                 for (int f = 1; f <= n; ++f) s[f] *= 0.5;
+             }),
+      InMesh("CellCentreMoved", HostBreach::CellCentreAway, 14, "lies outside the cell, beyond",
+             [](Mesh& m) { m.xc[14] += 0.6 / 3; }),
+      InMesh("VolumesTooLargeInCommon", HostBreach::VolumeDisagrees, 0, "the volumes are 1.",
+             [](Mesh& m) {
+               for (int c = 1; c <= m.NInnerCells; ++c) m.Volume[c] *= 1.3;
+             }),
+      InMesh("VolumesTooSmallInCommon", HostBreach::VolumeDisagrees, 0, "the volumes are 0.",
+             [](Mesh& m) {
+               for (int c = 1; c <= m.NInnerCells; ++c) m.Volume[c] *= 0.9;
+             }),
+      InMesh("OneVolumeTooLarge", HostBreach::VolumeDisagrees, 16, "but its faces enclose",
+             [](Mesh& m) { m.Volume[16] *= 1.3; }),
+      InMesh("WeightNeverSet", HostBreach::WeightAway, 11, "Lamda[11] = 0 is far from",
+             [](Mesh& m) { std::fill_n(m.Lamda + 1, m.NInnerFaces, 0.0); }),
       InMesh("FaceCentreAway", HostBreach::FaceCentreAway, 9, "of inner face 9 lies away from its nodes",
              [](Mesh& m) { m.ijzc[9] += 1.5; }),
       InMesh("CellCentreAway", HostBreach::CellCentreAway, 27, "of interior cell 27 lies away from its nodes",
@@ -400,16 +513,45 @@ std::vector<Fault> GlobalFaults() {
       InGlobals("NoPreviousGradient", HostBreach::MissingArray, "PrevGradY, an array [1..NCell], is null",
                 [](CZyn3dGV& g) { g.PrevGradY = nullptr; }),
       InGlobals("PreviousGradientInOneArray", HostBreach::ArraysOverlap,
-                "PrevGradX and PrevGradZ share memory", [](CZyn3dGV& g) { g.PrevGradZ = g.PrevGradX; }),
+                "PrevGradX, which is overwritten, and PrevGradZ share memory",
+                [](CZyn3dGV& g) { g.PrevGradZ = g.PrevGradX; }),
       InGlobals("PreviousGradientsOneShort", HostBreach::ArraysOverlap,
-                "PrevGradX and PrevGradY share memory",
+                "PrevGradX, which is overwritten, and PrevGradY share memory",
                 [](CZyn3dGV& g) {
                   g.PrevGradX = shared;
                   g.PrevGradY = shared + 80;  // NCell is 81
                 }),
-      {"PreviousGradientInTheCentres", HostBreach::ArraysOverlap, "PrevGradY and zc share memory",
+      {"PreviousGradientInTheCentres", HostBreach::ArraysOverlap,
+       "PrevGradY, which is overwritten, and zc share memory",
        [](LentHost& host) {
          host.globals->PrevGradY = host.mesh->zc;
+         return 0;
+       }},
+      {"PreviousGradientBehindTheVolumes", HostBreach::ArraysOverlap,
+       "PrevGradZ, which is overwritten, and Volume share memory",
+       [](LentHost& host) {
+         host.globals->PrevGradZ = host.mesh->Volume + 26;  // one element of 27 in common
+         return 0;
+       }},
+      {"RowInThePreviousGradient", HostBreach::ArraysOverlap,
+       "PrevGradX, which is overwritten, and row 5 of CellFace share memory",
+       [](LentHost& host) {
+         int*& row = host.mesh->CellFace[5];
+         int* const inside = reinterpret_cast<int*>(host.globals->PrevGradX + 7);
+         std::copy(row, row + 7, inside);
+         row = inside;
+         return 0;
+       }},
+      {"ResetBlockInTheNodeCounts", HostBreach::ArraysOverlap,
+       "ResetIntBlock, which is overwritten, and CellLnodsNumber share memory",
+       [](LentHost& host) {
+         host.globals->ResetIntBlock = host.mesh->CellLnodsNumber;
+         return 0;
+       }},
+      {"ResetBlockInThePreviousGradient", HostBreach::ArraysOverlap,
+       "PrevGradY, which is overwritten, and ResetRealBlock share memory",
+       [](LentHost& host) {
+         host.globals->ResetRealBlock = host.globals->PrevGradY + 10;
          return 0;
        }},
       InGlobals("NoResetRealBlock", HostBreach::MissingArray, "ResetRealBlock, an array [1..4], is null",
@@ -486,6 +628,94 @@ TEST_P(PlantedFaults, AreToldWithTheirEntity) {
 
 INSTANTIATE_TEST_SUITE_P(OnOnePartition, PlantedFaults, testing::ValuesIn(AllFaults()),
                          [](const auto& test) { return std::string(test.param.name); });
+
+// Whatever the record lends may be the array that a work array was taken for.
+TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
+  CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
+  CZyn3dGV& g = *run.lent[0].globals;
+  const Mesh& m = *run.lent[0].mesh;
+  const std::vector<std::pair<const char*, void*>> arrays = {{"xn", m.xn},
+                                                             {"yn", m.yn},
+                                                             {"zn", m.zn},
+                                                             {"xc", m.xc},
+                                                             {"yc", m.yc},
+                                                             {"zc", m.zc},
+                                                             {"Lamda", m.Lamda},
+                                                             {"Volume", m.Volume},
+                                                             {"ijInlet", m.ijInlet},
+                                                             {"ijOutlet", m.ijOutlet},
+                                                             {"ijWall", m.ijWall},
+                                                             {"ijSymmetry", m.ijSymmetry},
+                                                             {"ijInletCV", m.ijInletCV},
+                                                             {"ijOutletCV", m.ijOutletCV},
+                                                             {"ijWallCV", m.ijWallCV},
+                                                             {"ijSymmetryCV", m.ijSymmetryCV},
+                                                             {"ijWallSx", m.ijWallSx},
+                                                             {"ijInletSy", m.ijInletSy},
+                                                             {"ijOutletSz", m.ijOutletSz},
+                                                             {"ijSymmetrySx", m.ijSymmetrySx},
+                                                             {"CellCell", m.CellCell},
+                                                             {"CellLnods", m.CellLnods},
+                                                             {"CellFace", m.CellFace},
+                                                             {"CellFaceType", m.CellFaceType},
+                                                             {"CellLnodsNumber", m.CellLnodsNumber},
+                                                             {"ijInletxc", m.ijInletxc},
+                                                             {"ijWallyc", m.ijWallyc},
+                                                             {"ijSymmetryzc", m.ijSymmetryzc},
+                                                             {"ijOutletxc", m.ijOutletxc},
+                                                             {"ijLnods", m.ijLnods},
+                                                             {"ijWallLnods", m.ijWallLnods},
+                                                             {"ijInletLnods", m.ijInletLnods},
+                                                             {"ijSymmetryLnods", m.ijSymmetryLnods},
+                                                             {"ijOutletLnods", m.ijOutletLnods},
+                                                             {"NodeCell", m.NodeCell},
+                                                             {"ijCV", m.ijCV},
+                                                             {"ij", m.ij},
+                                                             {"ijSx", m.ijSx},
+                                                             {"ijSy", m.ijSy},
+                                                             {"ijSz", m.ijSz},
+                                                             {"ijxc", m.ijxc},
+                                                             {"ijyc", m.ijyc},
+                                                             {"ijzc", m.ijzc},
+                                                             {"FaceType", m.FaceType}};
+  double* const own = g.PrevGradX;
+  for (const auto& [name, array] : arrays) {
+    // One element in: equal pointers would be found by a simpler comparison.
+    g.PrevGradX = static_cast<double*>(array) + 1;
+    const HostCheckReport report = run.Check()[0];
+    const std::string words = std::string("PrevGradX, which is overwritten, and ") + name + " share memory";
+    EXPECT_TRUE(Tells(report, HostBreach::ArraysOverlap, 0, words)) << name << '\n' << TextOf(report);
+  }
+  g.PrevGradX = own;
+  EXPECT_EQ(run.Check()[0].Count(), 0);
+}
+
+// Arrays that the counts cannot be true of are not read, whichever they are: here they are not even there.
+TEST(PlantedFault, ContradictionOfCountsKeepsArraysFromBeingRead) {
+  CheckedRun run(HexBox(3, 3, 3));
+  Mesh& m = *run.lent[0].mesh;
+  ++m.NWall;
+  auto* const nowhere = reinterpret_cast<double*>(alignof(double));
+  auto* const noCells = reinterpret_cast<int*>(alignof(int));
+  m.xc = m.Volume = m.ijWallSx = m.xn = m.Lamda = nowhere;
+  m.ijWall = m.ijWallCV = m.ij = m.CellLnodsNumber = noCells;
+  const HostCheckReport report = run.Check()[0];
+  EXPECT_EQ(report.Count(), 1) << TextOf(report);
+  ASSERT_EQ(report.Notes().size(), 2u);
+  EXPECT_EQ(report.Notes()[0], "no array was read: the counts do not tell how long they are");
+}
+
+// A factor that all volumes have in common is one breach, and a cell that is off besides is told with its number.
+TEST(PlantedFault, CommonFactorOfVolumesIsToldOnce) {
+  CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
+  Mesh& m = *run.lent[0].mesh;
+  for (int c = 1; c <= m.NInnerCells; ++c) m.Volume[c] *= 1.3;
+  EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
+  m.Volume[5] *= 2;
+  const HostCheckReport report = run.Check()[0];
+  EXPECT_EQ(report.Count(), 2) << TextOf(report);
+  EXPECT_TRUE(Tells(report, HostBreach::VolumeDisagrees, 5, "interior cell 5 has the volume"));
+}
 
 // One fault must not drown in its consequences.
 TEST(PlantedFault, IsToldAlone) {

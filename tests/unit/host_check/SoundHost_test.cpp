@@ -1,9 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "reference_host/BoundaryGroups.h"
 #include "reference_host/BoxMesh.h"
+#include "reference_host/MeshReader.h"
+#include "reference_host/Vector3.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
@@ -43,6 +50,188 @@ TEST(SoundHost, BoxesOfAllShapesHaveNoBreachOnOneAndOnThreePartitions) {
                                 std::to_string(nParts) + ", perturb " + std::to_string(perturb));
       }
     }
+  }
+}
+
+/// The faces of one group, as far as a definition of centres needs them.
+struct Faces {
+  int n;
+  int *cv, *other;
+  double *sx, *sy, *sz, *xc, *yc, *zc;
+  int** nodes;
+
+  Point Area(int f) const { return {sx[f], sy[f], sz[f]}; }
+  Point Centre(int f) const { return {xc[f], yc[f], zc[f]}; }
+};
+
+std::array<Faces, 5> FacesOf(const CZYN3DFiniteVolumeMesh& m) {
+  return {{{m.NInnerFaces, m.ijCV, m.ij, m.ijSx, m.ijSy, m.ijSz, m.ijxc, m.ijyc, m.ijzc, m.ijLnods},
+           {m.NWall, m.ijWallCV, m.ijWall, m.ijWallSx, m.ijWallSy, m.ijWallSz, m.ijWallxc, m.ijWallyc,
+            m.ijWallzc, m.ijWallLnods},
+           {m.NInlet, m.ijInletCV, m.ijInlet, m.ijInletSx, m.ijInletSy, m.ijInletSz, m.ijInletxc, m.ijInletyc,
+            m.ijInletzc, m.ijInletLnods},
+           {m.NOutlet, m.ijOutletCV, m.ijOutlet, m.ijOutletSx, m.ijOutletSy, m.ijOutletSz, m.ijOutletxc,
+            m.ijOutletyc, m.ijOutletzc, m.ijOutletLnods},
+           {m.NSymmetry, m.ijSymmetryCV, m.ijSymmetry, m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz,
+            m.ijSymmetryxc, m.ijSymmetryyc, m.ijSymmetryzc, m.ijSymmetryLnods}}};
+}
+
+using reference_host::Cross;
+using reference_host::Difference;
+using reference_host::Dot;
+using reference_host::Scaled;
+using reference_host::Sum;
+
+Point MeanOfNodes(const CZYN3DFiniteVolumeMesh& m, const int* nodes, int n) {
+  Point sum = {0, 0, 0};
+  for (int k = 0; k < n; ++k) sum = Sum(sum, {m.xn[nodes[k]], m.yn[nodes[k]], m.zn[nodes[k]]});
+  return Scaled(1.0 / n, sum);
+}
+
+/// Triangles from the mean of the nodes, their centroids weighted by their areas: what OpenFOAM does.
+Point MeanOfTriangles(const CZYN3DFiniteVolumeMesh& m, const int* nodes, int n) {
+  const auto node = [&](int k) { return Point{m.xn[nodes[k % n]], m.yn[nodes[k % n]], m.zn[nodes[k % n]]}; };
+  const Point middle = MeanOfNodes(m, nodes, n);
+  if (n == 3) return middle;
+  Point sum = {0, 0, 0};
+  double area = 0;
+  for (int k = 0; k < n; ++k) {
+    const Point normal = Cross(Difference(node(k), middle), Difference(node(k + 1), middle));
+    const double weight = std::sqrt(Dot(normal, normal));
+    sum = Sum(sum, Scaled(weight / 3, Sum(Sum(node(k), node(k + 1)), middle)));
+    area += weight;
+  }
+  return Scaled(1 / area, sum);
+}
+
+/// Gives the faces other centres, and with them the ghost cells.
+template <class CentreOf>
+void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, const CentreOf& centreOf) {
+  for (const Faces& faces : FacesOf(m)) {
+    for (int f = 1; f <= faces.n; ++f) {
+      const Point centre = centreOf(m, faces.nodes[f] + 1, faces.nodes[f][0]);
+      faces.xc[f] = centre[0];
+      faces.yc[f] = centre[1];
+      faces.zc[f] = centre[2];
+      if (faces.other[f] <= m.NInnerCells) continue;
+      m.xc[faces.other[f]] = centre[0];
+      m.yc[faces.other[f]] = centre[1];
+      m.zc[faces.other[f]] = centre[2];
+    }
+  }
+}
+
+/// Calls visit(cell, sign, faces, f) for each face and each of its cells.
+template <class Visit>
+void ForEachSide(const CZYN3DFiniteVolumeMesh& m, const Visit& visit) {
+  for (const Faces& faces : FacesOf(m)) {
+    for (int f = 1; f <= faces.n; ++f) {
+      visit(faces.cv[f], 1.0, faces, f);
+      if (faces.other[f] <= m.NInnerCells) visit(faces.other[f], -1.0, faces, f);
+    }
+  }
+}
+
+/// Cells as pyramids over whole faces, with the mean of the face centres as top: what OpenFOAM does.
+void DefineCellsByPyramids(CZYN3DFiniteVolumeMesh& m) {
+  const auto n = static_cast<std::size_t>(m.NInnerCells) + 1;
+  std::vector<Point> top(n, Point{0, 0, 0}), moment(n, Point{0, 0, 0});
+  std::vector<double> nFaces(n, 0), volume3(n, 0);
+  ForEachSide(m, [&](int c, double, const Faces& faces, int f) {
+    top[c] = Sum(top[c], faces.Centre(f));
+    ++nFaces[c];
+  });
+  for (int c = 1; c <= m.NInnerCells; ++c) top[c] = Scaled(1 / nFaces[c], top[c]);
+  ForEachSide(m, [&](int c, double sign, const Faces& faces, int f) {
+    const double pyramid = sign * Dot(faces.Area(f), Difference(faces.Centre(f), top[c]));
+    moment[c] = Sum(moment[c], Scaled(pyramid, Sum(Scaled(0.75, faces.Centre(f)), Scaled(0.25, top[c]))));
+    volume3[c] += pyramid;
+  });
+  for (int c = 1; c <= m.NInnerCells; ++c) {
+    const Point centre = Scaled(1 / volume3[c], moment[c]);
+    m.xc[c] = centre[0];
+    m.yc[c] = centre[1];
+    m.zc[c] = centre[2];
+    m.Volume[c] = volume3[c] / 3;
+  }
+}
+
+void DefineCellCentresByNodes(CZYN3DFiniteVolumeMesh& m) {
+  for (int c = 1; c <= m.NInnerCells; ++c) {
+    const Point centre = MeanOfNodes(m, m.CellLnods[c] + 1, m.CellLnodsNumber[c]);
+    m.xc[c] = centre[0];
+    m.yc[c] = centre[1];
+    m.zc[c] = centre[2];
+  }
+}
+
+/// Weights by the distances along the area vector, as most solvers have them.
+void DefineWeights(CZYN3DFiniteVolumeMesh& m) {
+  const Faces inner = FacesOf(m)[0];
+  for (int f = 1; f <= inner.n; ++f) {
+    const auto depth = [&](int c) {
+      return std::abs(Dot(inner.Area(f), Difference(inner.Centre(f), {m.xc[c], m.yc[c], m.zc[c]})));
+    };
+    m.Lamda[f] = depth(inner.cv[f]) / (depth(inner.cv[f]) + depth(inner.other[f]));
+  }
+}
+
+FaceMesh OpenFoamMesh(const std::string& name) {
+  FaceMesh mesh = reference_host::ReadMesh(std::string(ZYN_TEST_DATA) + "/" + name);
+  std::vector<std::int64_t> facesOfPatch(mesh.patches.size(), 0);
+  for (const int patch : mesh.facePatch)
+    if (patch >= 0) ++facesOfPatch[patch];
+  reference_host::AssignBoundaryGroups(mesh.patches, facesOfPatch, {});
+  return mesh;
+}
+
+std::vector<NamedMesh> MeshesOfManyShapes() {
+  std::vector<NamedMesh> meshes = AllMeshes();
+  meshes.push_back({"OpenFOAM, plane faces", OpenFoamMesh("openfoam_planar")});
+  meshes.push_back({"OpenFOAM, warped faces", OpenFoamMesh("openfoam_warped")});
+  FaceMesh layers = Perturbed(HexBox(4, 4, 4), 0.03);
+  for (auto& point : layers.points) point[2] *= 0.01 * (1 + 3 * point[2]);
+  meshes.push_back({"thin layers", layers});
+  return meshes;
+}
+
+// Where faces are warped, definitions of centres and volumes differ. All of these are usual.
+TEST(SoundHost, CentresAndVolumesMayBeDefinedInOtherWays) {
+  for (const NamedMesh& named : MeshesOfManyShapes()) {
+    CheckedRun run(named.mesh);
+    const std::string name = named.name;
+    ExpectNoBreach(run, name + ": triangles weighted by the face's vector");
+    CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
+    DefineFaceCentres(m, MeanOfTriangles);
+    DefineWeights(m);
+    ExpectNoBreach(run, name + ": triangles weighted by area, volumes of the corners");
+    DefineCellsByPyramids(m);
+    DefineWeights(m);
+    ExpectNoBreach(run, name + ": triangles weighted by area, cells of pyramids");
+    DefineCellCentresByNodes(m);
+    DefineWeights(m);
+    ExpectNoBreach(run, name + ": cell centres from nodes");
+    DefineFaceCentres(m, MeanOfNodes);
+    DefineWeights(m);
+    ExpectNoBreach(run, name + ": all centres from nodes");
+  }
+}
+
+// The rows of nodes need not go around their faces.
+TEST(SoundHost, NodesOfAFaceMayStandInAnyOrder) {
+  for (const NamedMesh& named : AllMeshes()) {
+    CheckedRun run(named.mesh);
+    int nSwapped = 0;
+    for (const Faces& faces : FacesOf(*run.lent[0].mesh)) {
+      for (int f = 1; f <= faces.n; ++f) {
+        int* const row = faces.nodes[f];
+        if (row[0] > 4) continue;  // with nodes on edges, any three may lie in a line
+        std::swap(row[2], row[3]);
+        ++nSwapped;
+      }
+    }
+    EXPECT_GT(nSwapped, 0);
+    ExpectNoBreach(run, named.name);
   }
 }
 

@@ -1,0 +1,169 @@
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "host_check/LocalChecks.h"
+#include "host_check/Text.h"
+
+namespace host_check {
+namespace {
+
+// A closed cell has at least as many faces.
+constexpr long long kFewestFaces = 4;
+// No mesh comes near these. They stop a count that was never set before the checker reads as many elements or
+// allocates marks for them.
+constexpr long long kMostFaces = 1000;             // faces of a cell, on average
+constexpr long long kMostNodes = 1000;             // nodes of a face, on average
+constexpr long long kMostCellsPerInterior = 1000;  // cells beyond the faces for each interior cell
+
+/// The counts of one partition against each other, before any array is read. Sums are wider than int.
+class CountCheck {
+ public:
+  CountCheck(const CZYN3DFiniteVolumeMesh& mesh, CPartitionFace_DLL* partitionFaces,
+             const HostCheckOptions& options, HostCheckReport& report)
+      : mesh_(mesh),
+        knowsPartitionFaces_(partitionFaces != nullptr),
+        nPar_(partitionFaces != nullptr ? partitionFaces->NParInterFace() : 0),
+        options_(options),
+        report_(report) {}
+
+  bool Check() {
+    CheckSigns();
+    if (!areSound_) return false;  // sums of what is negative mean nothing
+    CheckCells();
+    CheckFaces();
+    if (options_.nodeTables) CheckNodes();
+    return areSound_;
+  }
+
+ private:
+  template <class... Words>
+  void Tell(const Words&... words) {
+    areSound_ = false;
+    report_.Add(HostBreach::BadCount, 0, [&] { return Text(words...); });
+  }
+
+  long long BoundaryFaces() const {
+    return static_cast<long long>(mesh_.NWall) + mesh_.NInlet + mesh_.NOutlet + mesh_.NSymmetry;
+  }
+
+  void CheckSigns() {
+    const std::pair<const char*, int> counts[] = {{"NCell", mesh_.NCell},
+                                                  {"NInnerCells", mesh_.NInnerCells},
+                                                  {"NInnerFaces", mesh_.NInnerFaces},
+                                                  {"NNode", mesh_.NNode},
+                                                  {"NWall", mesh_.NWall},
+                                                  {"NInlet", mesh_.NInlet},
+                                                  {"NOutlet", mesh_.NOutlet},
+                                                  {"NSymmetry", mesh_.NSymmetry},
+                                                  {"NParInterFace()", nPar_}};
+    for (const auto& [name, count] : counts) {
+      if (count < 0) Tell(name, " = ", count, " is negative");
+    }
+  }
+
+  void CheckCells() {
+    const long long nBeyond = static_cast<long long>(mesh_.NCell) - mesh_.NInnerCells;
+    const long long nBoundary = BoundaryFaces();
+    if (nBeyond < 0) {
+      Tell("NInnerCells = ", mesh_.NInnerCells, " is more than NCell = ", mesh_.NCell,
+           ", which counts all cells");
+    } else if (nBoundary > nBeyond) {
+      Tell("NWall + NInlet + NOutlet + NSymmetry = ", nBoundary,
+           " is more than NCell - NInnerCells = ", nBeyond,
+           ", but every boundary face has a ghost cell of its own");
+    } else if (nPar_ > 0 && nBoundary == nBeyond) {
+      Tell("NParInterFace() = ", nPar_, ", but the ", nBoundary,
+           " ghost cells of the boundary faces leave no halo cell of NCell - NInnerCells = ", nBeyond);
+    } else if (nBeyond - nBoundary > kMostCellsPerInterior * (mesh_.NInnerCells + 1LL)) {
+      Tell("NCell = ", mesh_.NCell, " has ", nBeyond, " cells beyond the ", mesh_.NInnerCells,
+           " interior ones, but only ", nBoundary, " boundary and ", nPar_, " partition faces");
+    }
+  }
+
+  void CheckFaces() {
+    const long long nSides = 2LL * mesh_.NInnerFaces + BoundaryFaces() + nPar_;
+    if (mesh_.NInnerCells == 0 && nSides > 0) {
+      Tell("NInnerCells = 0, but there are ", mesh_.NInnerFaces, " inner, ", BoundaryFaces(),
+           " boundary and ", nPar_, " partition faces");
+    } else if (mesh_.NInnerFaces > 0 && mesh_.NInnerCells < 2) {
+      Tell("NInnerFaces = ", mesh_.NInnerFaces, ", but NInnerCells = ", mesh_.NInnerCells,
+           ": an inner face joins two interior cells");
+    } else if (knowsPartitionFaces_ && nSides < kFewestFaces * mesh_.NInnerCells) {
+      Tell("NInnerCells = ", mesh_.NInnerCells, ", but ", mesh_.NInnerFaces, " inner, ", BoundaryFaces(),
+           " boundary and ", nPar_, " partition faces are fewer than ", kFewestFaces, " for each cell");
+    } else if (nSides > kMostFaces * mesh_.NInnerCells) {
+      Tell("NInnerCells = ", mesh_.NInnerCells, ", but ", mesh_.NInnerFaces, " inner, ", BoundaryFaces(),
+           " boundary and ", nPar_, " partition faces are more than ", kMostFaces, " for each cell");
+    }
+  }
+
+  void CheckNodes() {
+    const long long nFaces = static_cast<long long>(mesh_.NInnerFaces) + BoundaryFaces() + nPar_;
+    if (nFaces > 0 && mesh_.NNode < 4) {
+      Tell("NNode = ", mesh_.NNode, ", but NInnerCells = ", mesh_.NInnerCells,
+           ": a cell has at least 4 nodes");
+    } else if (mesh_.NNode > kMostNodes * (nFaces + 1)) {
+      Tell("NNode = ", mesh_.NNode, " is more than ", kMostNodes, " for each of the ", nFaces, " faces");
+    }
+  }
+
+  const CZYN3DFiniteVolumeMesh& mesh_;
+  const bool knowsPartitionFaces_;
+  const int nPar_;
+  const HostCheckOptions& options_;
+  HostCheckReport& report_;
+  bool areSound_ = true;
+};
+
+/// The different cells that ijPar names, in range, ascending.
+std::vector<int> NamedHaloCells(const HostView& view) {
+  const FaceGroupView& group = view.PartitionGroup();
+  std::vector<int> cells;
+  if (group.other == nullptr) return cells;
+  for (int f = 1; f <= group.count; ++f) {
+    if (view.IsBeyond(group.other[f])) cells.push_back(group.other[f]);
+  }
+  std::sort(cells.begin(), cells.end());
+  cells.erase(std::unique(cells.begin(), cells.end()), cells.end());
+  return cells;
+}
+
+/// Whether a boundary face names one of the cells. The last `excess` faces of each group are left out: they may
+/// not exist.
+bool AreNamedByBoundaryFaces(const HostView& view, const std::vector<int>& cells, long long excess) {
+  for (const FaceGroupView& group : view.groups) {
+    if (group.farSide != FarSide::Ghost || group.other == nullptr) continue;
+    for (int f = 1; f <= group.count - excess; ++f) {
+      if (std::binary_search(cells.begin(), cells.end(), group.other[f])) return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+bool CheckCounts(const CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
+                 const HostCheckOptions& options, HostCheckReport& report) {
+  return CountCheck(mesh != nullptr ? *mesh : CZYN3DFiniteVolumeMesh(), partitionFaces, options, report)
+      .Check();
+}
+
+bool CheckHaloCount(const HostView& view, HostCheckReport& report) {
+  const std::vector<int> halo = NamedHaloCells(view);
+  long long nBoundary = 0;
+  for (const FaceGroupView& group : view.groups) {
+    if (group.farSide == FarSide::Ghost) nBoundary += group.count;
+  }
+  const long long nBeyond = static_cast<long long>(view.nCell) - view.nInner;
+  const long long excess = nBoundary + static_cast<long long>(halo.size()) - nBeyond;
+  // A cell that is a ghost and a halo cell at once is told with its faces.
+  if (halo.empty() || excess <= 0 || AreNamedByBoundaryFaces(view, halo, excess)) return true;
+  report.Add(HostBreach::BadCount, 0, [&] {
+    return Text("NWall + NInlet + NOutlet + NSymmetry = ", nBoundary, " ghost cells and the ", halo.size(),
+                " halo cells that ijPar names are more than NCell - NInnerCells = ", nBeyond);
+  });
+  return false;
+}
+
+}  // namespace host_check

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <vector>
+
+#include "host_check/HostView.h"
+#include "host_check/Vec3.h"
+
+namespace host_check {
+
+/// The convex hull of a face's nodes, seen along its area vector. The nodes of a row need not go around the
+/// face, so the hull is what is known of its shape: the face lies in it, and every usual definition of a
+/// centre (mean of the corners, centroid, weighted triangles) does, too.
+class FaceOutline {
+ public:
+  /// @param normal  along which the face is seen, of any length but 0
+  /// @return false: a node has no finite position, the hull has no area, or the face is so warped that the hull
+  ///         says little of it
+  bool Build(const HostView& view, const int* first, const int* last, const Vec3& normal);
+
+  double Area() const { return area_; }
+  /// Of the polygon that goes through the nodes in the order of their row.
+  double AreaInRowOrder() const { return areaInRowOrder_; }
+  /// Every node is a corner of the hull: the hull is then the only polygon through the nodes.
+  bool IsWholeFace() const { return hull_.size() == nNodes_; }
+
+  /// How far p lies outside, seen along the normal: over the width of the hull in the same direction. 0 inside.
+  double Outside(const Vec3& p) const;
+  /// How far p lies in front of all nodes or behind them, over the longest of their distances.
+  double OffPlane(const Vec3& p) const;
+
+ private:
+  struct Place {
+    double u, v;
+  };
+  static double Turn(const Place& a, const Place& b, const Place& c);
+  static double Length(const Place& a, const Place& b);
+
+  Place PlaceOf(const Vec3& p) const;
+  void MakeHull();
+
+  Vec3 origin_, e1_, e2_, e3_;
+  double lowest_ = 0.0, highest_ = 0.0;  // along e3_
+  double size_ = 0.0, area_ = 0.0, areaInRowOrder_ = 0.0;
+  std::size_t nNodes_ = 0;
+  std::vector<Place> places_, hull_;  // hull_: corners, counterclockwise
+};
+
+}  // namespace host_check
