@@ -1,7 +1,9 @@
 #include "cli/MpiSession.h"
 
 #include <mpi.h>
+#include <sys/prctl.h>
 
+#include <csignal>
 #include <cstdlib>
 
 #if defined(ZYN_ADDRESS_SANITIZER)
@@ -26,6 +28,12 @@ void StayAloneWhenAlone() {
   setenv("OMPI_MCA_btl", "self", 0);
 }
 
+/// mpirun ends its ranks by SIGTERM, except when a signal ends it itself: SIGHUP does. Then the system sends the SIGTERM,
+/// so that the ranks can clear up.
+void EndWithMpirun() {
+  if (std::getenv("OMPI_COMM_WORLD_RANK") != nullptr) prctl(PR_SET_PDEATHSIG, SIGTERM);
+}
+
 }  // namespace
 
 #if defined(ZYN_ADDRESS_SANITIZER)
@@ -35,6 +43,7 @@ void StayAloneWhenAlone() {
 
 MpiSession::MpiSession(int* argc, char*** argv) {
   StayAloneWhenAlone();
+  EndWithMpirun();
   const __lsan::ScopedDisabler notOurs;
   MPI_Init(argc, argv);
 }
@@ -48,6 +57,7 @@ MpiSession::~MpiSession() {
 
 MpiSession::MpiSession(int* argc, char*** argv) {
   StayAloneWhenAlone();
+  EndWithMpirun();
   MPI_Init(argc, argv);
 }
 

@@ -3,12 +3,14 @@
 #include <cerrno>
 #include <cstring>
 
+#include "cli/Interruption.h"
 #include "cli/OneLine.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
 
 OutputFile::OutputFile(const std::string& file) : file_(file) {
+  const NoInterruption wait;  // no new file where a signal is just having the old ones removed
   errno = 0;
   out_.open(file, std::ios::binary | std::ios::trunc);
   if (!out_) Fail();

@@ -1,13 +1,22 @@
 #include "cli/Program.h"
 
+#include <mpi.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
 #include <exception>
 #include <iostream>
 #include <memory>
 #include <new>
+#include <thread>
 #include <utility>
 
+#include "cli/Fingerprint.h"
 #include "cli/OneLine.h"
+#include "cli/StandardStreams.h"
+#include "cli/ThreadBound.h"
 #include "cli/UsageError.h"
 #include "cli/Version.h"
 #include "cli/commands.h"
@@ -20,15 +29,61 @@ using Commands = std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>>;
 
 void PrintError(const std::string& what) { std::cerr << "zyngrad: " + OneLine(what) + '\n' << std::flush; }
 
-int FailTogether(const Ranks& ranks, const std::string& what) {
+/// Whether every rank gets to the same point before long. Of its own communicator: the ranks that do not may be in any
+/// other collective operation.
+class MeetingPoint {
+ public:
+  explicit MeetingPoint(const Ranks& ranks) { MPI_Comm_dup(ranks.communicator(), &communicator_); }
+  ~MeetingPoint() { MPI_Comm_free(&communicator_); }
+  MeetingPoint(const MeetingPoint&) = delete;
+  MeetingPoint& operator=(const MeetingPoint&) = delete;
+
+  bool HaveAllCome() const {
+    MPI_Request request = MPI_REQUEST_NULL;
+    MPI_Ibarrier(communicator_, &request);
+    const auto begin = std::chrono::steady_clock::now();
+    for (;;) {
+      int isDone = 0;
+      MPI_Test(&request, &isDone, MPI_STATUS_IGNORE);
+      if (isDone != 0) return true;
+      if (std::chrono::steady_clock::now() - begin > std::chrono::seconds(5)) return false;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+
+ private:
+  MPI_Comm communicator_ = MPI_COMM_NULL;
+};
+
+int FailAlone(const Ranks& ranks, const std::string& what) {
+  // Where several ranks fail alike, the first of them has ended the others before they say the same.
+  constexpr std::chrono::milliseconds kStep(20);
+  std::this_thread::sleep_for(std::min(ranks.rank(), 50) * kStep);
+  PrintError(what);
+  if (ranks.count() > 1) MPI_Abort(ranks.communicator(), kWrongInput);
+  return kWrongInput;
+}
+
+/// An error that every rank should have met, since they have agreed on it or have all been asked the same.
+int FailTogether(const Ranks& ranks, const MeetingPoint& meeting, const std::string& what) {
+  if (!meeting.HaveAllCome()) return FailAlone(ranks, "rank " + std::to_string(ranks.rank()) + ": " + what);
   if (ranks.IsFirst()) PrintError(what);
   return kWrongInput;
 }
 
-int FailAlone(const Ranks& ranks, const std::string& what) {
-  PrintError(what);
-  if (ranks.count() > 1) MPI_Abort(ranks.communicator(), kWrongInput);
-  return kWrongInput;
+/// mpirun starts each rank with arguments of its own if it is told to. Ranks that do different things wait for each
+/// other for ever.
+void CheckArgumentsOfAll(const std::vector<std::string>& arguments, const Ranks& ranks) {
+  std::string text;
+  for (const std::string& argument : arguments) (text += argument) += '\0';
+  const Fingerprint own = FingerprintOfText(text);
+  std::uint64_t first[] = {own.size, own.crc};
+  MPI_Bcast(first, 2, MPI_UINT64_T, 0, ranks.communicator());
+  ranks.Together([&] {
+    if (own == Fingerprint{first[0], first[1]}) return;
+    throw UsageError("rank " + std::to_string(ranks.rank()) +
+                     " was started with other arguments than rank 0");
+  });
 }
 
 /// CLI11 would call a mistyped command an unexpected argument.
@@ -76,26 +131,34 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) {
     CLI::App* subcommand = command->AddTo(program);
     commands.emplace_back(subcommand, std::move(command));
   }
-  CheckCommandName(commands, arguments);
-  Command* command = Parse(program, commands, arguments, ranks);
-  if (command != nullptr) command->Run(ranks);
-  ranks.Together([] {
-    if (!std::cout.flush()) throw UsageError("cannot write to standard output");
+  Command* command = nullptr;
+  ranks.Together([&] {
+    CheckCommandName(commands, arguments);
+    command = Parse(program, commands, arguments, ranks);
   });
+  if (command != nullptr) {
+    BoundThreads(ranks);
+    command->Run(ranks);
+  }
+  FlushStandardOutput(ranks);
   return command != nullptr ? command->ExitCode() : kSuccess;
 }
 
 }  // namespace
 
 int RunProgram(const std::vector<std::string>& arguments, const Ranks& ranks) {
+  const MeetingPoint meeting(ranks);
   try {
+    CheckArgumentsOfAll(arguments, ranks);
     return ParseAndRun(arguments, ranks);
+  } catch (const ClosedPipe&) {
+    return kPipeWasClosed;
   } catch (const UsageError& error) {
-    return FailTogether(ranks, error.what());
+    return FailTogether(ranks, meeting, error.what());
   } catch (const reference_host::MeshError& error) {
-    return FailTogether(ranks, error.what());
+    return FailTogether(ranks, meeting, error.what());
   } catch (const std::bad_alloc&) {
-    return FailAlone(ranks, "out of memory");
+    return FailAlone(ranks, "not enough memory on rank " + std::to_string(ranks.rank()));
   } catch (const std::exception& error) {
     return FailAlone(ranks, error.what());
   }

@@ -7,7 +7,9 @@
 namespace zyngrad {
 
 Progress::Progress(bool enabled) : enabled_(enabled), begin_(std::chrono::steady_clock::now()) {
-  if (enabled_) watcher_ = std::thread([this] { Watch(); });
+  if (!enabled_) return;
+  cleanup_.emplace([this] { Done(); });
+  watcher_ = std::thread([this] { Watch(); });
 }
 
 Progress::~Progress() {

@@ -3,8 +3,11 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
+
+#include "cli/Interruption.h"
 
 namespace zyngrad {
 
@@ -38,6 +41,7 @@ class Progress {
   bool shown_ = false;
   bool ending_ = false;
   std::thread watcher_;
+  std::optional<Cleanup> cleanup_;  ///< the line goes, too, when a signal ends the program
 };
 
 }  // namespace zyngrad

@@ -10,11 +10,11 @@ namespace zyngrad {
 namespace {
 
 /// What `work` threw, in words; nothing when it returned.
-std::optional<std::string> ErrorOf(const std::function<void()>& work) {
+std::optional<std::string> ErrorOf(const std::function<void()>& work, int rank) {
   try {
     work();
   } catch (const std::bad_alloc&) {
-    return "out of memory";
+    return "not enough memory on rank " + std::to_string(rank);
   } catch (const std::exception& error) {
     return error.what();
   }
@@ -46,7 +46,7 @@ Ranks::Ranks(MPI_Comm communicator) : communicator_(communicator) {
 }
 
 void Ranks::Together(const std::function<void()>& work) const {
-  const std::optional<std::string> error = ErrorOf(work);
+  const std::optional<std::string> error = ErrorOf(work, rank_);
   const int mine = error ? rank_ : count_;
   int lowest = count_;
   MPI_Allreduce(&mine, &lowest, 1, MPI_INT, MPI_MIN, communicator_);
@@ -95,11 +95,23 @@ std::vector<std::int64_t> Ranks::GatherOnFirst(const std::vector<std::int64_t>& 
   return GatherRows(own, MPI_INT64_T, *this);
 }
 
+std::string Ranks::GatherOnFirst(const std::string& own) const {
+  const std::vector<char> all = GatherRows(std::vector<char>(own.begin(), own.end()), MPI_CHAR, *this);
+  return {all.begin(), all.end()};
+}
+
 void Ranks::Broadcast(std::vector<double>& values) const {
   int length = static_cast<int>(values.size());
   MPI_Bcast(&length, 1, MPI_INT, 0, communicator_);
   values.resize(static_cast<std::size_t>(length));
   MPI_Bcast(values.data(), length, MPI_DOUBLE, 0, communicator_);
+}
+
+void Ranks::Broadcast(std::string& text) const {
+  int length = static_cast<int>(text.size());
+  MPI_Bcast(&length, 1, MPI_INT, 0, communicator_);
+  text.resize(static_cast<std::size_t>(length));
+  MPI_Bcast(text.data(), length, MPI_CHAR, 0, communicator_);
 }
 
 }  // namespace zyngrad

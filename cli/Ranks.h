@@ -38,8 +38,12 @@ class Ranks {
   std::vector<double> GatherOnFirst(const std::vector<double>& own) const;
   std::vector<std::int64_t> GatherOnFirst(const std::vector<std::int64_t>& own) const;
 
+  /// Collective. Likewise, of texts.
+  std::string GatherOnFirst(const std::string& own) const;
+
   /// Collective. The first rank's values, on every rank.
   void Broadcast(std::vector<double>& values) const;
+  void Broadcast(std::string& text) const;
 
   /// Collective. Rows of equal length, one a rank, in rank order, on every rank.
   std::vector<std::vector<double>> Gather(const std::vector<double>& row) const;

@@ -9,6 +9,7 @@
 #include <iostream>
 #include <utility>
 
+#include "cli/Interruption.h"
 #include "cli/OneLine.h"
 #include "cli/UsageError.h"
 
@@ -39,6 +40,7 @@ bool TakeStreamErrors() {
 
 StdoutToFile::StdoutToFile(const std::string& file) : file_(file) {
   FlushStdout();
+  const NoInterruption wait;  // no new file where a signal is just having the old ones removed
   const int target = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   if (target < 0) return;
   saved_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);

@@ -41,6 +41,7 @@ class LevelRun {
       : ranks_(ranks),
         question_(question),
         progress_(progress),
+        folder_(ranks),
         mesh_(reference_host::LoadMesh(ranks.communicator(), mesh, question.groups, progress)),
         partition_(*mesh_.partition) {
     level_.mesh = mesh;

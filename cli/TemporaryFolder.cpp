@@ -13,18 +13,38 @@ namespace zyngrad {
 
 namespace fs = std::filesystem;
 
-TemporaryFolder::TemporaryFolder() {
+TemporaryFolder::TemporaryFolder() { Make(); }
+
+TemporaryFolder::TemporaryFolder(const Ranks& ranks) {
+  try {
+    ranks.Together([this] { Make(); });
+  } catch (...) {
+    const NoInterruption wait;
+    Remove();
+    throw;
+  }
+}
+
+void TemporaryFolder::Make() {
+  cleanup_.emplace([this] { Remove(); });
+  const NoInterruption wait;
   std::error_code error;
   const fs::path parent = fs::temp_directory_path(error);
   if (error) throw UsageError("no folder for temporary files: " + error.message());
-  path_ = (parent / "zyngrad-XXXXXX").string();
-  if (mkdtemp(path_.data()) == nullptr)
+  std::string path = (parent / "zyngrad-XXXXXX").string();
+  if (mkdtemp(path.data()) == nullptr)
     throw UsageError("cannot make a folder in " + Quoted(parent.string()) + ": " + std::strerror(errno));
+  path_ = path;
 }
 
 TemporaryFolder::~TemporaryFolder() {
+  const NoInterruption wait;
+  Remove();
+}
+
+void TemporaryFolder::Remove() const {
   std::error_code ignored;
-  fs::remove_all(path_, ignored);
+  if (!path_.empty()) fs::remove_all(path_, ignored);
 }
 
 }  // namespace zyngrad

@@ -1,13 +1,20 @@
 #pragma once
 
+#include <optional>
 #include <string>
+
+#include "cli/Interruption.h"
+#include "cli/Ranks.h"
 
 namespace zyngrad {
 
-/// A new folder among the system's temporary files; it goes with its content when the object does.
+/// A new folder among the system's temporary files; it goes with its content when the object does, or when a signal ends
+/// the program.
 class TemporaryFolder {
  public:
   TemporaryFolder();  ///< throws UsageError when there is no place for it
+  explicit TemporaryFolder(
+      const Ranks& ranks);  ///< collective: one for each rank, or the same UsageError on all
   ~TemporaryFolder();
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -15,7 +22,11 @@ class TemporaryFolder {
   const std::string& path() const { return path_; }
 
  private:
+  void Make();
+  void Remove() const;
+
   std::string path_;
+  std::optional<Cleanup> cleanup_;
 };
 
 }  // namespace zyngrad

@@ -3,14 +3,28 @@
 #include <string>
 #include <vector>
 
+#include "cli/Interruption.h"
 #include "cli/MpiSession.h"
 #include "cli/Program.h"
 #include "cli/Ranks.h"
 #include "cli/SingleThreadedLapack.h"
+#include "cli/StandardStreams.h"
 
-int main(int argc, char** argv) {
-  zyngrad::UseSingleThreadedLapack();
+namespace {
+
+int RunUnderMpi(int argc, char** argv) {
   const zyngrad::MpiSession mpi(&argc, &argv);
   const zyngrad::Ranks ranks(MPI_COMM_WORLD);
   return zyngrad::RunProgram(std::vector<std::string>(argv + 1, argv + argc), ranks);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  zyngrad::SecureStandardStreams();
+  zyngrad::UseSingleThreadedLapack();
+  const zyngrad::InterruptionWatcher watcher;
+  const int code = RunUnderMpi(argc, argv);
+  if (code == zyngrad::kPipeWasClosed) zyngrad::EndByClosedPipe();
+  return code;
 }

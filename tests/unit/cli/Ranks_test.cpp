@@ -22,7 +22,7 @@ std::string ErrorOf(const std::function<void()>& work) {
 
 TEST(Ranks, TurnWhateverIsThrownIntoOneUsageError) {
   EXPECT_EQ(ErrorOf([] { throw std::runtime_error("broken"); }), "broken");
-  EXPECT_EQ(ErrorOf([] { throw std::bad_alloc(); }), "out of memory");
+  EXPECT_EQ(ErrorOf([] { throw std::bad_alloc(); }), "not enough memory on rank 0");
   EXPECT_EQ(ErrorOf([] {}), "no error");
 }
 

@@ -1,0 +1,148 @@
+#include "cli/Interruption.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <system_error>
+#include <thread>
+
+#include "cli/TemporaryFolder.h"
+
+namespace zyngrad {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// For one test. Not a TemporaryFolder: a process that is forked here would take it along when it is interrupted.
+class PlainFolder {
+ public:
+  PlainFolder()
+      : path_(testing::TempDir() + "Interruption_" +
+              testing::UnitTest::GetInstance()->current_test_info()->name()) {
+    fs::remove_all(path_);
+    fs::create_directory(path_);
+  }
+  ~PlainFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  PlainFolder(const PlainFolder&) = delete;
+  PlainFolder& operator=(const PlainFolder&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+/// How a process ends that does `work`: the signal, or minus the exit code.
+int EndOf(const std::function<void()>& work) {
+  const pid_t child = fork();
+  if (child == 0) {
+    work();
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFSIGNALED(status) ? WTERMSIG(status) : -WEXITSTATUS(status);
+}
+
+[[noreturn]] void SignalAndWait(int signal) {
+  kill(getpid(), signal);
+  for (;;) pause();
+}
+
+TEST(Interruption, RunsCleanupsLatestFirstAndEndsByTheSignal) {
+  const PlainFolder folder;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const std::string file = folder.path() + '/' + std::to_string(signal);
+    const auto append = [&file](const char* text) { std::ofstream(file, std::ios::app) << text; };
+    EXPECT_EQ(EndOf([&] {
+                const InterruptionWatcher watcher;
+                const Cleanup first([&] { append("first "); });
+                {
+                  const Cleanup gone([&] { append("gone "); });
+                }
+                const Cleanup second([&] { append("second "); });
+                SignalAndWait(signal);
+              }),
+              signal);
+    std::string text;
+    std::getline(std::ifstream(file), text);
+    EXPECT_EQ(text, "second first ");
+  }
+}
+
+TEST(Interruption, WaitsWhileItMust) {
+  const PlainFolder folder;
+  const std::string file = folder.path() + "/file";
+  EXPECT_EQ(EndOf([&] {
+              const InterruptionWatcher watcher;
+              const Cleanup remove([&] { fs::rename(file, file + " was whole"); });
+              {
+                const NoInterruption wait;
+                kill(getpid(), SIGTERM);
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                std::ofstream(file) << "whole";
+              }
+              for (;;) pause();
+            }),
+            SIGTERM);
+  EXPECT_TRUE(fs::exists(file + " was whole"));
+}
+
+TEST(Interruption, LetsNobodyTouchFilesOnceItHasBegun) {
+  const PlainFolder folder;
+  EXPECT_EQ(EndOf([&] {
+              const InterruptionWatcher watcher;
+              std::atomic<bool> hasBegun{false};
+              const Cleanup slow([&] {
+                hasBegun = true;
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+              });
+              kill(getpid(), SIGTERM);
+              while (!hasBegun) std::this_thread::yield();
+              const NoInterruption wait;
+              fs::create_directory(folder.path() + "/made");
+            }),
+            SIGTERM);
+  EXPECT_FALSE(fs::exists(folder.path() + "/made"));
+}
+
+TEST(Interruption, LeavesASignalIgnoredThatTheCallerIgnores) {
+  EXPECT_EQ(EndOf([] {
+              std::signal(SIGHUP, SIG_IGN);
+              const InterruptionWatcher watcher;
+              kill(getpid(), SIGHUP);
+              std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            }),
+            0);
+}
+
+TEST(Interruption, TakesTemporaryFoldersAlong) {
+  const PlainFolder folder;
+  const std::string name = folder.path() + "/name";
+  EXPECT_EQ(EndOf([&] {
+              const InterruptionWatcher watcher;
+              const TemporaryFolder temporary;
+              std::ofstream(temporary.path() + "/settings.rbf") << "text";
+              std::ofstream(name) << temporary.path();
+              SignalAndWait(SIGINT);
+            }),
+            SIGINT);
+  std::string path;
+  std::getline(std::ifstream(name), path);
+  EXPECT_NE(path, "");
+  EXPECT_FALSE(fs::exists(path));
+}
+
+}  // namespace
+}  // namespace zyngrad
