@@ -36,18 +36,20 @@ std::vector<VtkArray> CellData(int rank, const std::vector<CheckedSystem>& cells
   };
 }
 
+PieceFiles FilesOf(const Ranks& ranks) { return {ranks, "check", "vtu"}; }
+
 }  // namespace
+
+std::vector<std::string> CheckGridFiles(const Ranks& ranks) { return FilesOf(ranks).All(); }
 
 std::string StageCheckGrid(const Ranks& ranks, reference_host::HostPartition& partition,
                            const std::vector<CheckedSystem>& cells, OutputFolder& folder) {
-  const PieceFiles files(ranks, "check", "vtu");
-  files.MakeFolder(folder);
+  const PieceFiles files = FilesOf(ranks);
   ranks.Together([&] {
     const std::vector<VtkArray> arrays = CellData(ranks.rank(), cells);
     WriteVtu(folder.Stage(files.Own()), GridOfInteriorCells(*partition.mesh()), arrays);
     if (ranks.IsFirst() && !files.IsAlone()) WritePvtu(folder.Stage(files.Index()), arrays, files.Pieces());
   });
-  files.DiscardOtherForm(folder);
   return files.Index();
 }
 

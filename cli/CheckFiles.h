@@ -10,6 +10,9 @@
 
 namespace zyngrad {
 
+/// The names of all files that StageCheckGrid stages on all ranks.
+std::vector<std::string> CheckGridFiles(const Ranks& ranks);
+
 /// Collective. Stages the cells with their measures as check.vtu, or check.pvtu and its pieces.
 /// @param[in] cells  of this rank, in the partition's order
 /// @return the file to open, relative to the folder

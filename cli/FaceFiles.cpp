@@ -46,19 +46,21 @@ std::vector<VtkArray> FaceData(const Ranks& ranks, const reference_host::HostPar
           {"cell", 1, cell}};
 }
 
+PieceFiles FilesOf(const Ranks& ranks) { return {ranks, "faces", "vtp"}; }
+
 }  // namespace
+
+std::vector<std::string> FacesFiles(const Ranks& ranks) { return FilesOf(ranks).All(); }
 
 std::string StageFaces(const Ranks& ranks, reference_host::HostPartition& partition,
                        const FacesOfGroup& faces, const FaceRows& rows, const std::vector<double>& exact,
                        OutputFolder& folder) {
-  const PieceFiles files(ranks, "faces", "vtp");
-  files.MakeFolder(folder);
+  const PieceFiles files = FilesOf(ranks);
   ranks.Together([&] {
     const std::vector<VtkArray> arrays = FaceData(ranks, partition, faces, rows, exact);
     WritePolygons(folder.Stage(files.Own()), PolygonsOf(*partition.mesh(), faces), arrays);
     if (ranks.IsFirst() && !files.IsAlone()) WritePvtp(folder.Stage(files.Index()), arrays, files.Pieces());
   });
-  files.DiscardOtherForm(folder);
   return files.Index();
 }
 

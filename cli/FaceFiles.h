@@ -11,6 +11,9 @@
 
 namespace zyngrad {
 
+/// The names of all files that StageFaces stages on all ranks.
+std::vector<std::string> FacesFiles(const Ranks& ranks);
+
 /// Collective. Stages the faces as polygons with value, exact value and error (their difference): faces.vtp
 /// on one rank, faces.pvtp and a piece per rank in faces/ on several.
 /// @return the name of the file to open

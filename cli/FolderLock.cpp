@@ -5,12 +5,15 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
+#include <thread>
 
 #include "cli/OneLine.h"
+#include "cli/OutputNames.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -20,6 +23,8 @@ namespace fs = std::filesystem;
 
 /// A run that ends may remove the folder between two steps of ours; so often in a row it will not.
 constexpr int kMostTries = 100;
+
+constexpr std::chrono::milliseconds kPatience(300);
 
 [[noreturn]] void Fail(const std::string& file, int reason) {
   throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(reason));
@@ -33,10 +38,27 @@ void MakePlace(const std::string& place) {
   if (fs::symlink_status(place, error).type() != fs::file_type::directory) Fail(place, ENOTDIR);
 }
 
-std::string HostName() {
-  char host[256] = "";
-  gethostname(host, sizeof host - 1);
-  return host;
+bool IsEmpty(const std::string& place) {
+  std::error_code error;
+  return fs::is_empty(place, error) && !error;
+}
+
+bool Exists(const std::string& file) {
+  struct stat ignored = {};
+  return lstat(file.c_str(), &ignored) == 0;
+}
+
+/// All that can be read there, up to a size that no lock's file has.
+std::string ReadAll(int descriptor) {
+  constexpr std::size_t kLargest = std::size_t{1} << 26;
+  std::string text;
+  char block[4096];
+  for (;;) {
+    const ssize_t size = pread(descriptor, block, sizeof block, static_cast<off_t>(text.size()));
+    if (size < 0 && errno == EINTR) continue;
+    if (size <= 0 || text.size() > kLargest) return text;
+    text.append(block, static_cast<std::size_t>(size));
+  }
 }
 
 }  // namespace
@@ -46,7 +68,14 @@ FolderLock::~FolderLock() { Close(); }
 bool FolderLock::Take(const std::string& place) {
   for (int attempt = 0; attempt < kMostTries; ++attempt) {
     MakePlace(place);
-    if (!Open(place, O_CREAT)) continue;
+    // In a folder of somebody else not even the lock may appear. One that holds nothing is what a run leaves that is
+    // killed before it gets any further.
+    if (!Open(place, 0) && !(IsEmpty(place) && Open(place, O_CREAT))) {
+      if (IsEmpty(place) || Exists(file_) || !Exists(place)) continue;  // a run has come or gone in between
+      throw UsageError(
+          QuotedPath(place) +
+          " is not from a run of zyngrad: move it away, or choose another output folder with -o");
+    }
     if (!SetLock(F_WRLCK)) {
       Close();
       return false;
@@ -56,11 +85,13 @@ bool FolderLock::Take(const std::string& place) {
   Fail(place, EBUSY);
 }
 
-void FolderLock::Share() {
-  const std::string self = "process " + std::to_string(getpid()) + " on " + HostName() + '\n';
+std::string FolderLock::Content() const { return ReadAll(descriptor_); }
+
+void FolderLock::Share(const std::string& text) {
   errno = 0;
   if (ftruncate(descriptor_, 0) != 0 ||
-      write(descriptor_, self.data(), self.size()) != static_cast<ssize_t>(self.size()))
+      pwrite(descriptor_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()) ||
+      (fsync(descriptor_) != 0 && errno != EINVAL))
     Fail(file_, errno != 0 ? errno : ENOSPC);
   SetLock(F_RDLCK);
 }
@@ -70,17 +101,26 @@ void FolderLock::Join(const std::string& place) {
   if (!SetLock(F_RDLCK)) Fail(file_, EAGAIN);
 }
 
-std::string FolderLock::HolderOf(const std::string& place) {
-  std::string holder;
-  std::getline(std::ifstream(fs::path(place) / kLockFile), holder);
-  return holder.empty() ? "another process" : holder;
+std::string FolderLock::ContentIn(const std::string& place) {
+  FolderLock other;
+  return other.Open(place, 0) ? other.Content() : "";
 }
 
 bool FolderLock::Release() {
   if (descriptor_ < 0) return false;
   // Not from shared to alone in one step: two processes that try it keep each other from it.
   SetLock(F_UNLCK);
-  if (SetLock(F_WRLCK) && IsStillThere()) return true;
+  // The ranks of a run leave within moments of each other. Waiting for the others makes sure that somebody is left to
+  // clear up even if they are killed on their way out.
+  const auto begin = std::chrono::steady_clock::now();
+  while (IsStillThere()) {
+    if (SetLock(F_WRLCK)) {
+      if (IsStillThere()) return true;
+      break;
+    }
+    if (std::chrono::steady_clock::now() - begin > kPatience) break;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
   Close();
   return false;
 }
@@ -94,10 +134,17 @@ void FolderLock::Remove() {
 bool FolderLock::Open(const std::string& place, int flags) {
   Close();
   file_ = (fs::path(place) / kLockFile).string();
-  descriptor_ = open(file_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | flags, 0666);
-  if (descriptor_ >= 0) return true;
-  if (errno != ENOENT) Fail(file_, errno);
-  return false;
+  descriptor_ = open(file_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
+  if (descriptor_ < 0) {
+    if (errno != ENOENT) Fail(file_, errno);
+    return false;
+  }
+  struct stat status = {};
+  if (fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) {
+    Close();
+    Fail(file_, EINVAL);
+  }
+  return true;
 }
 
 /// Locks of the open file rather than of the process: closing another descriptor does not lose them.

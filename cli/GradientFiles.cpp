@@ -56,19 +56,21 @@ std::vector<VtkArray> CellData(const Ranks& ranks, const HostPartition& partitio
   return arrays;
 }
 
+PieceFiles FilesOf(const Ranks& ranks) { return {ranks, "gradient", "vtu"}; }
+
 }  // namespace
+
+std::vector<std::string> GradientGridFiles(const Ranks& ranks) { return FilesOf(ranks).All(); }
 
 std::string StageGradientGrid(const Ranks& ranks, HostPartition& partition, const GradientCase& theCase,
                               const std::vector<MethodResult>& results, OutputFolder& folder) {
-  const PieceFiles files(ranks, "gradient", "vtu");
-  files.MakeFolder(folder);
+  const PieceFiles files = FilesOf(ranks);
   ranks.Together([&] {
     const int nCells = partition.mesh()->NInnerCells;
     const std::vector<VtkArray> arrays = CellData(ranks, partition, nCells, theCase, results);
     WriteVtu(folder.Stage(files.Own()), GridOfInteriorCells(*partition.mesh()), arrays);
     if (ranks.IsFirst() && !files.IsAlone()) WritePvtu(folder.Stage(files.Index()), arrays, files.Pieces());
   });
-  files.DiscardOtherForm(folder);
   return files.Index();
 }
 

@@ -10,6 +10,9 @@
 
 namespace zyngrad {
 
+/// The names of all files that StageGradientGrid stages on all ranks.
+std::vector<std::string> GradientGridFiles(const Ranks& ranks);
+
 /// Collective. Stages the grid with fields, exact gradients and each method's gradient and error (those two where they are known):
 /// gradient.vtu on one rank, gradient.pvtu and a piece per rank in gradient/ on several.
 /// @return the name of the file to open

@@ -1,70 +1,103 @@
 #pragma once
 
+#include <sys/stat.h>
+
+#include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "cli/FolderLock.h"
+#include "cli/Fingerprint.h"
+#include "cli/Interruption.h"
+#include "cli/Manifest.h"
 #include "cli/Ranks.h"
+#include "cli/UnfinishedFolder.h"
 
 namespace zyngrad {
 
+/// What a run is going to write. The same on every rank.
+struct OutputPlan {
+  std::string command;             ///< "gradient", ...
+  std::vector<std::string> files;  ///< of all ranks, relative to the output folder; logs come on top of them
+};
+
 /// The folder that a command writes into. Files are written in a folder of unfinished files inside, and moved to
 /// their places together at the end, so that an earlier run's files stay whole until then and a failed run leaves
-/// nothing: what was not committed is removed, and so are folders that this run made.
+/// nothing: what was not committed is removed, and so are folders that this run made. The same holds when SIGINT,
+/// SIGTERM or SIGHUP ends the run.
+///
+/// Files are replaced or removed only if they are results of an earlier run of the same command: the folder's manifest
+/// names them and they have not changed since. Anything else in the way is refused before the work begins.
 ///
 /// Meanwhile a second run into the same folder is refused. A run that is killed leaves its unfinished files; the next
 /// run removes them. Each file is old or new, never in between; of several, a run that is killed within Commit may
-/// leave some of either. That holds for processes that die. Nothing is forced to the disk, so if the machine
-/// itself goes down, files that were written in the last seconds may be empty: results can be computed again.
+/// leave some of either, and the manifest then names both. Files are on the disk before they take the place of
+/// earlier ones.
 class OutputFolder {
  public:
-  /// Collective. Makes the folder and the folders above it as needed.
-  /// Throws UsageError when that fails, when a rank cannot write into it, or when another run is in it.
-  OutputFolder(const Ranks& ranks, const std::string& folder);
+  /// Collective. Makes the folder and the folders above it as needed, and looks whether all places are free.
+  /// Throws UsageError when that fails, when a rank cannot write into it, when something is in the way, or when another
+  /// run is in it.
+  OutputFolder(const Ranks& ranks, std::string folder, OutputPlan plan);
   ~OutputFolder();
   OutputFolder(const OutputFolder&) = delete;
   OutputFolder& operator=(const OutputFolder&) = delete;
 
   const std::string& path() const { return path_; }
 
-  /// Collective. Makes a folder inside; `name` as for Stage.
-  void MakeSubfolder(const std::string& name);
-
-  /// Where to write the file that will be `name` (relative to the folder) after Commit: a file of the same name in
-  /// the folder of unfinished files. The rank that calls it owns it.
+  /// Where to write the file that will be `name` after Commit: a file of the same name in the folder of unfinished
+  /// files. The rank that calls it owns it.
+  /// @param[in] name  one of the plan's
   std::string Stage(const std::string& name);
 
   /// Lines that the operators print on this rank: the staged log.rankN.txt.
   const std::string& logFile() const { return logFile_; }
 
-  /// Whether there is a file of that name from an earlier run.
-  bool Has(const std::string& name) const;
-
-  /// Collective. After Commit a file or empty folder of that name from an earlier run is gone. The first
-  /// rank's list counts.
-  void Discard(const std::string& name);
-
-  /// Collective. Moves all staged files to their places; the first rank's last, in the order of staging.
-  /// Throws UsageError, before anything has moved, when a folder stands in the place of a file or when a log is
-  /// not whole.
-  void Commit();
+  /// Collective. Makes sure that all staged files are whole and on the disk, prints `closingText` on the first rank, and
+  /// once all that was printed has arrived moves the files to their places, the first rank's last. Earlier results
+  /// that were not replaced go.
+  /// Throws UsageError or ClosedPipe, before anything has moved, when a place is not free any more, when a log is not
+  /// whole or when standard output has not taken everything.
+  void Commit(const std::string& closingText);
 
  private:
-  void MakeFolder(const std::string& folder);
+  using Identity = std::pair<std::pair<dev_t, ino_t>, std::vector<long long>>;
+
+  void Open();
+  void MakeFolder();
   void Occupy();
+  void ShareMadeFolders();
+  void ReadEarlierRun();
+  void CheckEarlierFiles() const;
   void CheckPlaces() const;
+  static std::optional<Identity> IdentityOf(const std::string& file);
+
+  std::string SettleStaged() const;
+  void PrepareMove(const std::string& staged);
+  void Move(const std::string& name) const;
+  void MoveManifest() const;
   void MoveStaged();
+  void WriteManifest(const Manifest& manifest) const;
+  void RemoveOutdated();
+  std::string PathOf(const std::string& name) const;
+  std::string UnfinishedPathOf(const std::string& name) const;
   void Leave();
 
   const Ranks& ranks_;
   std::string path_;
-  std::string unfinished_;  ///< the folder of unfinished files
+  OutputPlan plan_;
+  UnfinishedFolder unfinished_;
   std::string logFile_;
-  FolderLock lock_;
-  std::vector<std::string> madeFolders_;                     ///< outermost first; the same on every rank
-  std::vector<std::pair<std::string, std::string>> staged_;  ///< of this rank: where it is, where it goes
-  std::vector<std::string> discarded_;
+  std::vector<std::string> madeFolders_;  ///< by this run, outer ones first
+  std::vector<std::string> staged_;       ///< names of this rank's files
+
+  // Of the first rank.
+  Manifest earlier_;                           ///< what the folder held when the run began
+  std::map<std::string, Identity> knownFile_;  ///< earlier files that are still there
+  Manifest next_;                              ///< what it will hold
+
+  std::optional<Cleanup> cleanup_;
 };
 
 }  // namespace zyngrad

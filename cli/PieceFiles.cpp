@@ -26,15 +26,10 @@ std::vector<std::string> PieceFiles::Pieces() const {
   return pieces;
 }
 
-void PieceFiles::MakeFolder(OutputFolder& folder) const {
-  if (!IsAlone()) folder.MakeSubfolder(name_);
-}
-
-void PieceFiles::DiscardOtherForm(OutputFolder& folder) const {
-  folder.Discard(name_ + (IsAlone() ? ".p" : ".") + extension_);
-  for (int rank = IsAlone() ? 0 : ranks_.count(); folder.Has(Piece(rank)); ++rank)
-    folder.Discard(Piece(rank));
-  if (IsAlone()) folder.Discard(name_);  // goes only when empty
+std::vector<std::string> PieceFiles::All() const {
+  std::vector<std::string> all = IsAlone() ? std::vector<std::string>() : Pieces();
+  all.push_back(Index());
+  return all;
 }
 
 }  // namespace zyngrad

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "cli/OutputFolder.h"
 #include "cli/Ranks.h"
 
 namespace zyngrad {
@@ -18,12 +17,7 @@ class PieceFiles {
   std::string Index() const;  ///< the file to open
   std::string Own() const;    ///< what this rank writes
   std::vector<std::string> Pieces() const;
-
-  /// Collective. Makes the folder of the pieces, if there are pieces.
-  void MakeFolder(OutputFolder& folder) const;
-
-  /// Files of an earlier run on another number of ranks would show old results beside the new ones.
-  void DiscardOtherForm(OutputFolder& folder) const;
+  std::vector<std::string> All() const;  ///< what all ranks write, the index last
 
  private:
   std::string Piece(int rank) const;

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kLongestName = 1023;  // the operators cut what is longer, and would read another file
 constexpr std::size_t kExtensionLength = 4;
 
-std::string SettingsName(int rank) { return "settings.rank" + std::to_string(rank); }
+std::string SettingsName(int rank) { return "settings.rank" + std::to_string(rank) + ".rbf"; }
 
 }  // namespace
 
@@ -38,16 +38,18 @@ std::string WriteSettingsText(const std::string& file, const std::string& text) 
   return file.substr(0, file.size() - kExtensionLength) + ".dat";
 }
 
+std::vector<std::string> RunSettingsFiles(const Ranks& ranks) {
+  std::vector<std::string> files;
+  for (int rank = 0; rank < ranks.count(); ++rank) files.push_back(SettingsName(rank));
+  return files;
+}
+
 void StageRunSettings(const Ranks& ranks, reference_host::HostPartition& partition, OutputFolder& folder,
-                      const std::optional<std::string>& text) {
-  if (text) {
-    ranks.Together([&] {
-      const std::string file = folder.Stage(SettingsName(ranks.rank()) + ".rbf");
-      partition.SetBaseFileName(WriteSettingsText(file, *text));
-    });
-  }
-  for (int rank = text ? ranks.count() : 0; folder.Has(SettingsName(rank) + ".rbf"); ++rank)
-    folder.Discard(SettingsName(rank) + ".rbf");
+                      const std::string& text) {
+  ranks.Together([&] {
+    const std::string file = folder.Stage(SettingsName(ranks.rank()));
+    partition.SetBaseFileName(WriteSettingsText(file, text));
+  });
 }
 
 }  // namespace zyngrad

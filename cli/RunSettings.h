@@ -1,7 +1,7 @@
 #pragma once
 
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/OutputFolder.h"
 #include "cli/Ranks.h"
@@ -17,11 +17,12 @@ std::string ShortestText(double value);
 /// Throws UsageError when that fails or when the name is too long for the operators.
 std::string WriteSettingsText(const std::string& file, const std::string& text);
 
+/// The names of the files that StageRunSettings stages on all ranks.
+std::vector<std::string> RunSettingsFiles(const Ranks& ranks);
+
 /// Collective. A settings file for each rank, settings.rankN.rbf, and the base file name of its partition:
-/// the operators read the file at the same time, and rewrite what they do not know. Those of an earlier run
-/// that this run has no use for go.
-/// @param[in] text  empty: nothing reads settings in this run
+/// the operators read the file at the same time, and rewrite what they do not know.
 void StageRunSettings(const Ranks& ranks, reference_host::HostPartition& partition, OutputFolder& folder,
-                      const std::optional<std::string>& text);
+                      const std::string& text);
 
 }  // namespace zyngrad

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "cli/OneLine.h"
 #include "cli/StudyTables.h"
@@ -21,6 +22,19 @@ std::string FileName(const std::string& text) {
     name += isPlain ? c : '-';
   }
   return name;
+}
+
+/// What the results of a method are.
+std::vector<const char*> QuantitiesOf(const StudyMethod& method) {
+  switch (method.kind) {
+    case StudyMethod::Kind::Gradient:
+      return {kGradient};
+    case StudyMethod::Kind::Faces:
+      return {kFaceValue};
+    case StudyMethod::Kind::Points:
+      return {kPointValue, kPointGradient};
+  }
+  return {};
 }
 
 class PlotMaker {
@@ -228,6 +242,28 @@ const char* const kStyle =
 
 std::vector<StudyPlot> StudyPlots(const StudyQuestion& question, const std::vector<StudyLevel>& levels) {
   return PlotMaker(question, levels).Make();
+}
+
+std::vector<std::string> StudyPlotNames(const StudyQuestion& question) {
+  // Asked of a study in which everything was found, so that no name is put together twice.
+  StudyLevel level;
+  for (std::size_t c = 0; c < question.cases.size(); ++c) {
+    for (std::size_t f = 0; f < question.fields.size(); ++f) {
+      for (const char* quantity : QuantitiesOf(*question.cases[c].method)) {
+        StudyResult result;
+        result.iCase = c;
+        result.iField = f;
+        result.quantity = quantity;
+        result.errors.histogram.Add(1.0);
+        result.condition.nSystems = 1;
+        level.results.push_back(std::move(result));
+      }
+    }
+  }
+  const std::vector<StudyLevel> levels = {std::move(level)};
+  std::vector<std::string> names;
+  for (const StudyPlot& plot : StudyPlots(question, levels)) names.push_back(plot.name);
+  return names;
 }
 
 std::string StudyPage(const std::string& title, const StudyQuestion& question,

@@ -14,6 +14,9 @@ namespace zyngrad {
 /// against the number of cells. Their names are file names, each once.
 std::vector<StudyPlot> StudyPlots(const StudyQuestion& question, const std::vector<StudyLevel>& levels);
 
+/// The names that the plots of a study may have, whatever it finds.
+std::vector<std::string> StudyPlotNames(const StudyQuestion& question);
+
 /// The whole report in one HTML page that needs nothing else.
 /// @param[in] title  what was studied
 std::string StudyPage(const std::string& title, const StudyQuestion& question,

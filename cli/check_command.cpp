@@ -28,7 +28,6 @@
 #include "cli/PointSet.h"
 #include "cli/Program.h"
 #include "cli/Progress.h"
-#include "cli/RunSettings.h"
 #include "cli/UsableCells.h"
 #include "cli/UsageError.h"
 #include "cli/commands.h"
@@ -94,7 +93,7 @@ class CheckCommand : public Command {
 
   MeshOptions meshOptions_;
   std::vector<std::string> methodLists_, hiddenMethodLists_, faceGroupNames_;
-  std::string spanText_, pointsFile_, bodyText_, outputFolder_ = "zyngrad-output";
+  std::string spanText_, pointsFile_, bodyText_, outputFolder_ = "zyngrad-output/check";
   std::string faceMethodText_ = "4", pointMethodText_ = "3", numberText_ = "20";
   bool shapeNormalize_ = false;
 
@@ -121,7 +120,7 @@ CLI::App* CheckCommand::AddTo(CLI::App& program) {
       ->add_option("--body", bodyText_,
                    "A body in the mesh, negative inside; without --points, points on its surface")
       ->type_name("EXPR");
-  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output/check)")
       ->type_name("DIR");
   command->footer(kFooter);
   return command;
@@ -230,7 +229,9 @@ void CheckCommand::Run(const Ranks& ranks) {
     if (ranks.IsFirst() && !pointsFile_.empty()) points = ReadPoints(pointsFile_, {});
   });
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-  OutputFolder folder(ranks, outputFolder_);
+  OutputPlan plan = {"check", CheckGridFiles(ranks)};
+  plan.files.emplace_back("check.json");
+  OutputFolder folder(ranks, outputFolder_, plan);
 
   LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
@@ -248,7 +249,6 @@ void CheckCommand::Run(const Ranks& ranks) {
     progress.Stage("checking points");
     results.push_back(CheckPointSet(ranks, mesh, std::move(points), folder));
   }
-  StageRunSettings(ranks, *mesh.partition, folder, std::nullopt);
   progress.Done();
   const int placeDigits = PlaceDigits(ranks, *mesh.partition);
   for (CheckResult& result : results) result.placeDigits = placeDigits;
@@ -272,10 +272,9 @@ void CheckCommand::Run(const Ranks& ranks) {
     for (const CheckResult& result : results) json["checked"].push_back(CheckResultAsJson(result));
     WriteJson(folder.Stage("check.json"), json);
   });
-  folder.Commit();
   progress.Done();
   exitCode_ = AreSound(results) ? kSuccess : kFoundFaults;
-  if (ranks.IsFirst()) std::cout << "\nwritten to " << folder.path() << ": check.json, " << grid_ << '\n';
+  folder.Commit("\nwritten to " + folder.path() + ": check.json, " + grid_ + '\n');
 }
 
 }  // namespace

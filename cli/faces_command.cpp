@@ -72,9 +72,10 @@ class FacesCommand : public Command {
   void ChooseFaces(const std::string& name);
   void CheckThatThereAreFaces(const Ranks& ranks, const FacesOfGroup& faces) const;
   ordered_json Question() const;
+  static OutputPlan PlanOutput(const Ranks& ranks);
 
   MeshOptions meshOptions_;
-  std::string fieldText_, outputFolder_ = "zyngrad-output";
+  std::string fieldText_, outputFolder_ = "zyngrad-output/faces";
   InterpolationOptions options_ = {"4", "1000"};
   bool debugReport_ = false;
 
@@ -96,7 +97,7 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
   command->add_option("--field", fieldText_, "The field, as a formula")->type_name("EXPR")->required();
   AddInterpolationOptions(*command, options_, kMethodHelp);
   command->add_flag("--debug-report", debugReport_, "The operator prints its accuracy report into the log");
-  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output/faces)")
       ->type_name("DIR");
   command->footer(kFooter);
   return command;
@@ -146,11 +147,18 @@ ordered_json FacesCommand::Question() const {
   return json;
 }
 
+OutputPlan FacesCommand::PlanOutput(const Ranks& ranks) {
+  OutputPlan plan = {"faces", FacesFiles(ranks)};
+  for (const std::string& file : RunSettingsFiles(ranks)) plan.files.push_back(file);
+  plan.files.emplace_back("results.json");
+  return plan;
+}
+
 void FacesCommand::Run(const Ranks& ranks) {
   ReadOptions();
   const Expression field(fieldText_);
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-  OutputFolder folder(ranks, outputFolder_);
+  OutputFolder folder(ranks, outputFolder_, PlanOutput(ranks));
 
   reference_host::LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
@@ -199,11 +207,10 @@ void FacesCommand::Run(const Ranks& ranks) {
     json["results"] = FaceResultsAsJson(results);
     WriteJson(folder.Stage("results.json"), json);
   });
-  folder.Commit();
   progress.Done();
-  if (!ranks.IsFirst()) return;
-  std::cout << "\nwritten to " << folder.path() << ": results.json, " << surface << '\n';
-  if (debugReport_) std::cout << "the operator's accuracy report is in log.rankN.txt there\n";
+  std::string closing = "\nwritten to " + folder.path() + ": results.json, " + surface + '\n';
+  if (debugReport_) closing += "the operator's accuracy report is in log.rankN.txt there\n";
+  folder.Commit(closing);
 }
 
 }  // namespace

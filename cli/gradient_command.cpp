@@ -2,7 +2,6 @@
 #include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -89,13 +88,14 @@ class GradientCommand : public Command {
   void ChooseMethods();
   GradientCase MakeCase(const Ranks& ranks, reference_host::LoadedMesh& mesh, const std::string& logFile);
   bool NeedsSettings() const;
+  OutputPlan PlanOutput(const Ranks& ranks) const;
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
   std::vector<std::string> fieldTexts_, fieldFiles_;  ///< one of them is empty
   std::vector<std::string> methodLists_;
   std::string sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
-  std::string outputFolder_ = "zyngrad-output";
+  std::string outputFolder_ = "zyngrad-output/gradient";
   bool nonBlocking_ = false, shapeNormalize_ = false;
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
@@ -124,7 +124,7 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
       ->type_name("S");
   command->add_flag("--shape-normalize", shapeNormalize_,
                     "rbf scales each axis by the stencil's extent (and its result with it)");
-  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output/gradient)")
       ->type_name("DIR");
   command->add_flag("--non-blocking", nonBlocking_, "Exchange between ranks by non-blocking calls");
   command->add_option("--repeat", repeatText_, "Timed calls after the first (default 3)")->type_name("N");
@@ -168,6 +168,14 @@ bool GradientCommand::NeedsSettings() const {
                      [](const GradientMethod* method) { return method->gradientType == kRadialBasisType; });
 }
 
+OutputPlan GradientCommand::PlanOutput(const Ranks& ranks) const {
+  OutputPlan plan = {"gradient", GradientGridFiles(ranks)};
+  if (NeedsSettings())
+    for (const std::string& file : RunSettingsFiles(ranks)) plan.files.push_back(file);
+  plan.files.emplace_back("results.json");
+  return plan;
+}
+
 GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::LoadedMesh& mesh,
                                        const std::string& logFile) {
   reference_host::HostPartition& partition = *mesh.partition;
@@ -207,7 +215,7 @@ ordered_json GradientCommand::Question() const {
 void GradientCommand::Run(const Ranks& ranks) {
   ReadOptions();
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-  OutputFolder folder(ranks, outputFolder_);
+  OutputFolder folder(ranks, outputFolder_, PlanOutput(ranks));
 
   reference_host::LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
@@ -218,8 +226,7 @@ void GradientCommand::Run(const Ranks& ranks) {
 
   progress.Stage(fieldFiles_.empty() ? "evaluating the formulas" : "reading the field");
   GradientCase theCase = MakeCase(ranks, mesh, folder.logFile());
-  StageRunSettings(ranks, *mesh.partition, folder,
-                   NeedsSettings() ? std::optional(SettingsFileText(radialBasis_)) : std::nullopt);
+  if (NeedsSettings()) StageRunSettings(ranks, *mesh.partition, folder, SettingsFileText(radialBasis_));
   std::vector<MethodResult> results;
   for (const GradientMethod* method : methods_) {
     progress.Stage(std::string("computing gradients: ") + method->name);
@@ -244,9 +251,8 @@ void GradientCommand::Run(const Ranks& ranks) {
     json["methods"] = GradientResultsAsJson(results);
     WriteJson(folder.Stage("results.json"), json);
   });
-  folder.Commit();
   progress.Done();
-  if (ranks.IsFirst()) std::cout << "\nwritten to " << folder.path() << ": results.json, " << grid << '\n';
+  folder.Commit("\nwritten to " + folder.path() + ": results.json, " + grid + '\n');
 }
 
 }  // namespace

@@ -83,7 +83,7 @@ class PointsCommand : public Command {
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
-  std::string fieldText_, pointsFile_, bodyText_, spacingText_, outputFolder_ = "zyngrad-output";
+  std::string fieldText_, pointsFile_, bodyText_, spacingText_, outputFolder_ = "zyngrad-output/points";
   InterpolationOptions options_ = {"3", "500"};
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
@@ -106,7 +106,7 @@ CLI::App* PointsCommand::AddTo(CLI::App& program) {
       ->add_option("--spacing", spacingText_, "Merge points of the body's surface that are nearer than this")
       ->type_name("H");
   AddInterpolationOptions(*command, options_, kMethodHelp);
-  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output)")
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output/points)")
       ->type_name("DIR");
   command->footer(kFooter);
   return command;
@@ -206,7 +206,9 @@ void PointsCommand::Run(const Ranks& ranks) {
   ReadOptions();
   PointSet fromFile = ReadPointFile(ranks);
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-  OutputFolder folder(ranks, outputFolder_);
+  OutputPlan plan = {"points", RunSettingsFiles(ranks)};
+  plan.files.insert(plan.files.end(), {kCsvName, kVtpName, "results.json"});
+  OutputFolder folder(ranks, outputFolder_, plan);
 
   reference_host::LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
@@ -229,12 +231,8 @@ void PointsCommand::Run(const Ranks& ranks) {
     json["results"] = PointResultsAsJson(results);
     WriteJson(folder.Stage("results.json"), json);
   });
-  folder.Commit();
   progress.Done();
-  if (ranks.IsFirst()) {
-    std::cout << "\nwritten to " << folder.path() << ": results.json, " << kCsvName << ", " << kVtpName
-              << '\n';
-  }
+  folder.Commit("\nwritten to " + folder.path() + ": results.json, " + kCsvName + ", " + kVtpName + '\n');
 }
 
 }  // namespace

@@ -85,7 +85,7 @@ class StudyCommand : public Command {
   std::vector<std::string> meshes_, groupTexts_, fieldTexts_;
   std::vector<std::string> methodLists_;
   std::string series_, levelsText_, spanText_, sweepsText_ = "3", numberText_ = "20", weightText_;
-  std::string outputFolder_ = "zyngrad-study";
+  std::string outputFolder_ = "zyngrad-output/study";
 
   StudyQuestion question_;
   bool isReordered_ = false;
@@ -114,7 +114,7 @@ CLI::App* StudyCommand::AddTo(CLI::App& program) {
       ->type_name("N");
   AddRepeatableOption(*command, "--group", groupTexts_, "Kind of a boundary whose name does not tell it")
       ->type_name("NAME=inlet|outlet|wall|symmetry");
-  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-study)")
+  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output/study)")
       ->type_name("DIR");
   command->footer(kFooter);
   return command;
@@ -181,7 +181,9 @@ void StudyCommand::Write(OutputFolder& folder, const std::vector<StudyLevel>& le
 void StudyCommand::Run(const Ranks& ranks) {
   ReadOptions();
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-  OutputFolder folder(ranks, outputFolder_);
+  OutputPlan plan = {"study", {"study.json", "report.html", "study.md"}};
+  for (const std::string& name : StudyPlotNames(question_)) plan.files.push_back(name + ".svg");
+  OutputFolder folder(ranks, outputFolder_, plan);
   std::vector<StudyLevel> levels;
   for (const std::string& mesh : question_.meshes) {
     levels.push_back(RunStudyLevel(ranks, question_, mesh, folder.logFile(),
@@ -194,11 +196,8 @@ void StudyCommand::Run(const Ranks& ranks) {
   ranks.Together([&] {
     if (ranks.IsFirst()) Write(folder, levels);
   });
-  folder.Commit();
-  if (ranks.IsFirst()) {
-    std::cout << "\nwritten to " << folder.path() << ": report.html, study.json, study.md, "
-              << StudyPlots(question_, levels).size() << " plots\n";
-  }
+  folder.Commit("\nwritten to " + folder.path() + ": report.html, study.json, study.md, " +
+                std::to_string(StudyPlots(question_, levels).size()) + " plots\n");
 }
 
 }  // namespace

@@ -34,6 +34,7 @@ name_of() {
 }
 
 faces() {  # faces MESH METHOD SPAN [GROUP]
+  rm -rf out  # a folder holds results of one command
   "$zyngrad" faces "$1" --field "$field" --group "${4:-inner}" --search-method "$2" --span "$3" -o out >log.txt 2>&1 ||
     { cat log.txt; exit 1; }
 }
@@ -41,6 +42,7 @@ faces() {  # faces MESH METHOD SPAN [GROUP]
 launcher=()
 
 points() {  # points MESH METHOD SPAN OPTION...
+  rm -rf out
   "${launcher[@]}" "$zyngrad" points "$1" --field "$field" --search-method "$2" --span "$3" "${@:4}" -o out >log.txt 2>&1 ||
     { cat log.txt; exit 1; }
 }

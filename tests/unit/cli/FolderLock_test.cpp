@@ -1,12 +1,14 @@
 #include "cli/FolderLock.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 
 #include "cli/TemporaryFolder.h"
@@ -24,20 +26,21 @@ class FolderLockTest : public testing::Test {
   std::string place_ = folder_.path() + "/place";
 };
 
-TEST_F(FolderLockTest, RefusesAnotherRunAndSaysWhoIsThere) {
+TEST_F(FolderLockTest, RefusesAnotherRunAndShowsItWhatTheFirstHasWritten) {
   FolderLock first, second;
   ASSERT_TRUE(first.Take(place_));
   EXPECT_FALSE(second.Take(place_));
-  first.Share();
+  first.Share("a longer text");
+  first.Share("a text");
   EXPECT_FALSE(second.Take(place_));
-  EXPECT_EQ(FolderLock::HolderOf(place_).rfind("process " + std::to_string(getpid()) + " on ", 0), 0u);
+  EXPECT_EQ(FolderLock::ContentIn(place_), "a text");
   EXPECT_FALSE(second.Release());
 }
 
 TEST_F(FolderLockTest, HoldsUntilTheLastRankHasLeft) {
   FolderLock first, second, third, other;
   ASSERT_TRUE(first.Take(place_));
-  first.Share();
+  first.Share("");
   second.Join(place_);
   third.Join(place_);
   EXPECT_FALSE(first.Release());
@@ -84,6 +87,19 @@ TEST_F(FolderLockTest, RefusesALinkToAFolderOfSomebodyElse) {
   fs::create_symlink("elsewhere", place_);
   EXPECT_THROW(FolderLock().Take(place_), UsageError);
   EXPECT_TRUE(fs::is_empty(folder_.path() + "/elsewhere"));
+}
+
+TEST_F(FolderLockTest, PutsNothingIntoAFolderThatHoldsOtherThings) {
+  fs::create_directory(place_);
+  std::ofstream(place_ + "/chapter.tex") << "mine";
+  EXPECT_THROW(FolderLock().Take(place_), UsageError);
+  EXPECT_EQ(std::distance(fs::directory_iterator(place_), fs::directory_iterator()), 1);
+}
+
+TEST_F(FolderLockTest, RefusesALockThatIsNoFile) {
+  fs::create_directory(place_);
+  ASSERT_EQ(mkfifo((place_ + "/lock").c_str(), 0600), 0);
+  EXPECT_THROW(FolderLock().Take(place_), UsageError);
 }
 
 TEST_F(FolderLockTest, RefusesAFileInItsPlace) {

@@ -1,14 +1,22 @@
 #include "cli/OutputFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <set>
 #include <sstream>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "cli/Manifest.h"
 #include "cli/StdoutToFile.h"
 #include "cli/UsageError.h"
 #include "tests/unit/cli/TestRanks.h"
@@ -47,134 +55,296 @@ class OutputFolderTest : public testing::Test {
     return names;
   }
 
+  /// A run into the folder a that writes the text into each of the files.
+  void Run(const std::vector<std::string>& files, const std::string& text) {
+    OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", files});
+    for (const std::string& file : files) Write(folder.Stage(file), text);
+    folder.Commit("");
+  }
+
+  /// What a run into the folder a is told that would write these files.
+  std::string Refusal(const std::vector<std::string>& files) {
+    try {
+      OutputFolder(TestRanks(), (base_ / "a").string(), {"gradient", files});
+    } catch (const UsageError& error) {
+      return error.what();
+    }
+    return "";
+  }
+
   fs::path base_;
 };
 
 TEST_F(OutputFolderTest, MovesFilesToTheirPlacesAtCommit) {
   {
-    OutputFolder folder(TestRanks(), (base_ / "a" / "b").string());
-    folder.MakeSubfolder("pieces");
+    OutputFolder folder(TestRanks(), (base_ / "a" / "b").string(),
+                        {"gradient", {"pieces/0.vtu", "results.json"}});
     Write(folder.Stage("results.json"), "numbers");
     Write(folder.Stage("pieces/0.vtu"), "grid");
     EXPECT_FALSE(fs::exists(base_ / "a/b/results.json"));
-    folder.Commit();
+    EXPECT_FALSE(fs::exists(base_ / "a/b/pieces"));
+    folder.Commit("");
     EXPECT_TRUE(fs::exists(base_ / "a/b/results.json"));
   }
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/b", "a/b/log.rank0.txt", "a/b/pieces",
-                                              "a/b/pieces/0.vtu", "a/b/results.json"}));
+  EXPECT_EQ(Content(),
+            (std::set<std::string>{"a", "a/b", "a/b/log.rank0.txt", "a/b/pieces", "a/b/pieces/0.vtu",
+                                   "a/b/results.json", "a/b/zyngrad-manifest.json"}));
   EXPECT_EQ(Read(base_ / "a/b/results.json"), "numbers");
 }
 
 TEST_F(OutputFolderTest, LeavesNothingWithoutCommit) {
   {
-    OutputFolder folder(TestRanks(), (base_ / "a" / "b").string());
-    folder.MakeSubfolder("pieces");
+    OutputFolder folder(TestRanks(), (base_ / "a" / "b").string(), {"gradient", {"pieces/0.vtu"}});
     Write(folder.Stage("pieces/0.vtu"), "half");
   }
   EXPECT_TRUE(Content().empty());
 }
 
-TEST_F(OutputFolderTest, KeepsAnEarlierRunsFilesWithoutCommit) {
+TEST_F(OutputFolderTest, TakesOnlyFilesThatAreInItsPlan) {
+  OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"results.json"}});
+  EXPECT_THROW(folder.Stage("gradient.vtu"), std::logic_error);
+}
+
+TEST_F(OutputFolderTest, ReplacesAndRemovesFilesOfAnEarlierRun) {
+  Run({"pieces/0.vtu", "pieces/1.vtu", "results.json"}, "old");
+  Write(base_ / "a/notes.txt", "mine");
+  Run({"results.json", "whole.vtu"}, "new");
+  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/log.rank0.txt", "a/notes.txt", "a/results.json",
+                                              "a/whole.vtu", "a/zyngrad-manifest.json"}));
+  EXPECT_EQ(Read(base_ / "a/results.json"), "new");
+  Run({"pieces/0.vtu"}, "newer");
+  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/log.rank0.txt", "a/notes.txt", "a/pieces",
+                                              "a/pieces/0.vtu", "a/zyngrad-manifest.json"}));
+}
+
+TEST_F(OutputFolderTest, RemovesNoFolderThatHasOrHadFilesOfSomebodyElse) {
+  fs::create_directories(base_ / "a/pieces");
+  Run({"pieces/0.vtu", "more/0.vtu"}, "old");
+  Write(base_ / "a/more/notes.txt", "mine");
+  Run({"results.json"}, "new");
+  EXPECT_TRUE(fs::is_empty(base_ / "a/pieces"));  // this run did not make it
+  EXPECT_EQ(Read(base_ / "a/more/notes.txt"), "mine");
+}
+
+TEST_F(OutputFolderTest, LeavesLogsAndOtherFilesThatNoRunHasWritten) {
+  fs::create_directories(base_ / "a/gradient");
+  for (const char* const name :
+       {"log.rank1.txt", "settings.rank1.rbf", "gradient.pvtu", "gradient/gradient.0000.vtu"})
+    Write(base_ / "a" / name, "mine");
+  Run({"gradient.vtu"}, "new");
+  for (const char* const name :
+       {"log.rank1.txt", "settings.rank1.rbf", "gradient.pvtu", "gradient/gradient.0000.vtu"})
+    EXPECT_EQ(Read(base_ / "a" / name), "mine") << name;
+}
+
+TEST_F(OutputFolderTest, RefusesAFileThatNoRunHasWritten) {
   fs::create_directory(base_ / "a");
-  Write(base_ / "a/results.json", "old");
-  {
-    OutputFolder folder(TestRanks(), (base_ / "a").string());
-    Write(folder.Stage("results.json"), "new");
-    folder.Discard("results.json");
-  }
+  Write(base_ / "a/results.json", "mine");
+  EXPECT_EQ(
+      Refusal({"results.json"}),
+      "cannot write \"" + (base_ / "a/results.json").string() +
+          "\": what stands there is not from an earlier run of zyngrad: move it away, or choose another "
+          "output folder with -o");
   EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/results.json"}));
+  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+}
+
+TEST_F(OutputFolderTest, RefusesALogThatNoRunHasWritten) {
+  fs::create_directory(base_ / "a");
+  Write(base_ / "a/log.rank0.txt", "mine");
+  EXPECT_NE(Refusal({}), "");
+  EXPECT_EQ(Read(base_ / "a/log.rank0.txt"), "mine");
+}
+
+TEST_F(OutputFolderTest, RefusesAResultThatTheUserHasEditedWhetherItWouldBeReplacedOrRemoved) {
+  Run({"results.json"}, "old");
+  Write(base_ / "a/results.json", "odd");  // of the same size
+  const std::string text =
+      '"' + (base_ / "a/results.json").string() +
+      "\" has changed since an earlier run of zyngrad wrote it: move it away, or choose another "
+      "output folder with -o";
+  EXPECT_EQ(Refusal({"results.json"}), text);
+  EXPECT_EQ(Refusal({"other.json"}), text);
+  EXPECT_EQ(Read(base_ / "a/results.json"), "odd");
+}
+
+TEST_F(OutputFolderTest, RefusesLinksAndFoldersInThePlaceOfResults) {
+  Run({"results.json", "pieces/0.vtu"}, "old");
+  Write(base_ / "thesis.tex", "old");
+  fs::remove(base_ / "a/results.json");
+  fs::create_symlink(base_ / "thesis.tex", base_ / "a/results.json");
+  EXPECT_NE(Refusal({"results.json"}), "");
+  EXPECT_EQ(Read(base_ / "thesis.tex"), "old");
+  fs::remove(base_ / "a/results.json");
+  fs::create_directory(base_ / "a/results.json");
+  EXPECT_NE(Refusal({"results.json"}), "");
+  fs::remove(base_ / "a/results.json");
+  fs::rename(base_ / "a/pieces", base_ / "elsewhere");
+  fs::create_directory_symlink(base_ / "elsewhere", base_ / "a/pieces");
+  EXPECT_NE(Refusal({"pieces/0.vtu"}), "");
+  EXPECT_NE(Refusal({"results.json"}), "");
+  EXPECT_EQ(Read(base_ / "elsewhere/0.vtu"), "old");
+}
+
+TEST_F(OutputFolderTest, RefusesResultsOfAnotherCommand) {
+  Run({"results.json"}, "old");
+  try {
+    OutputFolder(TestRanks(), (base_ / "a").string(), {"faces", {"results.json"}});
+    FAIL() << "results of another command would be lost";
+  } catch (const UsageError& error) {
+    EXPECT_EQ(std::string(error.what()),
+              "the output folder \"" + (base_ / "a").string().substr(0, 60) +
+                  ((base_ / "a").string().size() > 60 ? "..." : "") +
+                  "\" holds results of zyngrad \"gradient\": choose another one with -o");
+  }
   EXPECT_EQ(Read(base_ / "a/results.json"), "old");
 }
 
-TEST_F(OutputFolderTest, DropsFilesAndLogsOfALargerRunAtCommit) {
-  fs::create_directory(base_ / "a");
-  Write(base_ / "a/gradient.pvtu", "old");
-  Write(base_ / "a/log.rank1.txt", "old");
-  {
-    OutputFolder folder(TestRanks(), (base_ / "a").string());
-    EXPECT_TRUE(folder.Has("gradient.pvtu"));
-    folder.Discard("gradient.pvtu");
-    folder.Commit();
-  }
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/log.rank0.txt"}));
+TEST_F(OutputFolderTest, MovesNothingWhenAFileHasComeOrChangedMeanwhile) {
+  Run({"results.json"}, "old");
+  const auto commit = [this](const fs::path& touched) {
+    OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"results.json", "gradient.vtu"}});
+    Write(folder.Stage("results.json"), "new");
+    Write(folder.Stage("gradient.vtu"), "new");
+    Write(touched, "mine");
+    EXPECT_THROW(folder.Commit(""), UsageError);
+  };
+  commit(base_ / "a/gradient.vtu");
+  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "mine");
+  EXPECT_EQ(Read(base_ / "a/results.json"), "old");
+  fs::remove(base_ / "a/gradient.vtu");
+  commit(base_ / "a/results.json");
+  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+  EXPECT_FALSE(fs::exists(base_ / "a/gradient.vtu"));
 }
 
-TEST_F(OutputFolderTest, RemovesWhatAKilledRunLeft) {
-  fs::create_directories(base_ / "a/unfinished.part/gradient");
-  Write(base_ / "a/unfinished.part/lock", "process 1 on a machine");
-  Write(base_ / "a/unfinished.part/results.json", "half");
-  Write(base_ / "a/unfinished.part/gradient/gradient.0001.vtu", "half");
-  Write(base_ / "a/mine.part", "the user's");
-  OutputFolder folder(TestRanks(), (base_ / "a").string());
-  EXPECT_FALSE(fs::exists(base_ / "a/unfinished.part/gradient"));
-  Write(folder.Stage("results.json"), "numbers");
-  folder.Commit();
-  EXPECT_EQ(Read(base_ / "a/results.json"), "numbers");
-  EXPECT_TRUE(fs::exists(base_ / "a/mine.part"));
+TEST_F(OutputFolderTest, GoesOnWhereARunWasKilledWhileItMovedItsFiles) {
+  Run({"gradient.vtu", "results.json"}, "old");
+  Manifest both = *Manifest::Read((base_ / "a").string());
+  both.files.push_back({"results.json", FingerprintOfText("new")});
+  both.files.push_back({"more.vtu", FingerprintOfText("new")});
+  Write(base_ / "a/zyngrad-manifest.json", both.Text());
+  Write(base_ / "a/results.json", "new");
+  Run({"results.json", "gradient.vtu"}, "newer");
+  EXPECT_EQ(Read(base_ / "a/results.json"), "newer");
+  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "newer");
+  EXPECT_EQ(Manifest::Read((base_ / "a").string())->files.size(), 3u);
 }
 
-TEST_F(OutputFolderTest, LeavesNoUnfinishedFolder) {
-  {
-    OutputFolder folder(TestRanks(), (base_ / "a").string());
-    folder.MakeSubfolder("pieces");
-    Write(folder.Stage("pieces/0.vtu"), "grid");
-    folder.Commit();
-  }
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/log.rank0.txt", "a/pieces", "a/pieces/0.vtu"}));
+TEST_F(OutputFolderTest, RefusesAFolderOfUnfinishedFilesThatIsNotOurs) {
+  fs::create_directories(base_ / "a/unfinished.part/thesis");
+  Write(base_ / "a/unfinished.part/thesis/ch1.tex", "mine");
+  EXPECT_NE(Refusal({"results.json"}), "");
+  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/unfinished.part", "a/unfinished.part/thesis",
+                                              "a/unfinished.part/thesis/ch1.tex"}));
 }
 
 TEST_F(OutputFolderTest, RefusesASecondRunAndIsFreeAfterTheFirst) {
   const std::string name = (base_ / "a").string();
   {
-    OutputFolder folder(TestRanks(), name);
-    try {
-      OutputFolder(TestRanks(), name);
-      FAIL() << "the second run was let in";
-    } catch (const UsageError& error) {
-      EXPECT_EQ(std::string(error.what())
-                    .rfind("the output folder \"" + name + "\" is in use by another run (process ", 0),
-                0u);
-    }
+    OutputFolder folder(TestRanks(), name, {"gradient", {"results.json"}});
+    const std::string refusal = Refusal({});
+    EXPECT_NE(refusal.find("is in use by another run (process "), std::string::npos) << refusal;
     Write(folder.Stage("results.json"), "numbers");
-    folder.Commit();
+    folder.Commit("");
   }
-  EXPECT_NO_THROW(OutputFolder(TestRanks(), name));
+  EXPECT_EQ(Refusal({}), "");
   EXPECT_EQ(Read(base_ / "a/results.json"), "numbers");
-}
-
-TEST_F(OutputFolderTest, MovesNothingWhenAFolderIsInThePlaceOfAFile) {
-  fs::create_directories(base_ / "a/results.json");
-  Write(base_ / "a/gradient.vtu", "old");
-  {
-    OutputFolder folder(TestRanks(), (base_ / "a").string());
-    Write(folder.Stage("gradient.vtu"), "new");
-    Write(folder.Stage("results.json"), "new");
-    EXPECT_THROW(folder.Commit(), UsageError);
-  }
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/gradient.vtu", "a/results.json"}));
-  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "old");
 }
 
 TEST_F(OutputFolderTest, MovesNothingWhenALogIsNotWhole) {
   {
-    OutputFolder folder(TestRanks(), (base_ / "a").string());
+    OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"results.json"}});
     Write(folder.Stage("results.json"), "new");
     {
       const StdoutToFile log("/dev/full");
       std::cout << "a line of an operator" << std::endl;
     }
-    EXPECT_THROW(folder.Commit(), UsageError);
+    EXPECT_THROW(folder.Commit(""), UsageError);
   }
   EXPECT_TRUE(Content().empty());
 }
 
+TEST_F(OutputFolderTest, MovesNothingWhenItsLastLinesDoNotArrive) {
+  Run({"results.json"}, "old");
+  {
+    OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"results.json"}});
+    Write(folder.Stage("results.json"), "new");
+    const int before = dup(STDOUT_FILENO);
+    const int full = open("/dev/full", O_WRONLY);
+    dup2(full, STDOUT_FILENO);
+    EXPECT_THROW(folder.Commit("written\n"), UsageError);
+    std::cout.clear();
+    std::clearerr(stdout);
+    dup2(before, STDOUT_FILENO);
+    close(full);
+    close(before);
+  }
+  EXPECT_EQ(Read(base_ / "a/results.json"), "old");
+}
+
 TEST_F(OutputFolderTest, RefusesAFileAsFolder) {
   Write(base_ / "file", "mine");
-  EXPECT_THROW(OutputFolder(TestRanks(), (base_ / "file").string()), UsageError);
-  EXPECT_THROW(OutputFolder(TestRanks(), (base_ / "file" / "below").string()), UsageError);
-  EXPECT_THROW(OutputFolder(TestRanks(), ""), UsageError);
+  EXPECT_THROW(OutputFolder(TestRanks(), (base_ / "file").string(), {}), UsageError);
+  EXPECT_THROW(OutputFolder(TestRanks(), (base_ / "file" / "below").string(), {}), UsageError);
+  EXPECT_THROW(OutputFolder(TestRanks(), "", {}), UsageError);
   EXPECT_EQ(Content(), (std::set<std::string>{"file"}));
 }
 
+/// What the process has asked the system for, in order: "sync NAME" and "move NAME", for names below the test's folder.
+std::vector<std::string> requests;
+std::string watched;
+
+void Record(const std::string& what, const std::string& path) {
+  if (!watched.empty() && path.rfind(watched, 0) == 0) requests.push_back(what + path.substr(watched.size()));
+}
+
+TEST_F(OutputFolderTest, HasFilesOnTheDiskBeforeTheyReplaceOthersAndTheirNamesAfterwards) {
+  Run({"results.json", "b/0.vtu"}, "old");
+  requests.clear();
+  watched = (base_ / "a").string();
+  Run({"results.json", "b/0.vtu"}, "new");
+  watched.clear();
+  const auto place = [](const std::string& what) {
+    const auto found = std::find(requests.begin(), requests.end(), what);
+    EXPECT_NE(found, requests.end()) << what;
+    return found - requests.begin();
+  };
+  const std::string manifest = "/zyngrad-manifest.json";
+  for (const std::string& name :
+       {std::string("/results.json"), std::string("/b/0.vtu"), std::string("/log.rank0.txt")}) {
+    EXPECT_LT(place("sync /unfinished.part" + name), place("move " + manifest));
+    EXPECT_LT(place("move " + manifest), place("move " + name));
+  }
+  EXPECT_LT(place("sync /unfinished.part" + manifest), place("move " + manifest));
+  EXPECT_LT(place("move /b/0.vtu"), place("sync /b"));
+  // The names are on the disk before the manifest forgets the earlier files.
+  ASSERT_GE(requests.size(), 2u);
+  EXPECT_EQ(requests[requests.size() - 2], "move " + manifest);
+  EXPECT_EQ(requests.back(), "sync ");
+  EXPECT_EQ(std::count(requests.begin(), requests.end(), "move " + manifest), 2);
+}
+
 }  // namespace
+
+void RecordSync(int descriptor) {
+  char path[4096];
+  const ssize_t length = readlink(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), path, sizeof path);
+  if (length > 0) Record("sync ", std::string(path, static_cast<std::size_t>(length)));
+}
+
+void RecordMove(const char* to) { Record("move ", to); }
+
 }  // namespace zyngrad
+
+// The executable's functions come before those of the C library, which they hand everything on to.
+
+extern "C" int fsync(int descriptor) {
+  zyngrad::RecordSync(descriptor);
+  return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept {
+  zyngrad::RecordMove(to);
+  return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}

@@ -1,0 +1,47 @@
+#include "cli/OutputNames.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include "cli/OneLine.h"
+
+namespace zyngrad {
+
+namespace fs = std::filesystem;
+
+bool IsSafeName(const std::string& name) {
+  constexpr std::size_t kLongest = 1000;
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
+  if (name.empty() || name.size() > kLongest || std::any_of(name.begin(), name.end(), isControl))
+    return false;
+  std::size_t begin = 0;
+  while (begin <= name.size()) {
+    const std::size_t end = std::min(name.find('/', begin), name.size());
+    const std::string step = name.substr(begin, end - begin);
+    if (step.empty() || step == "." || step == "..") return false;
+    begin = end + 1;
+  }
+  return true;
+}
+
+PlaceInFolder LookAt(const std::string& folder, const std::string& name) {
+  using Kind = PlaceInFolder::Kind;
+  fs::path way = folder;
+  Kind kind = Kind::Folder;
+  for (const fs::path& step : fs::path(name)) {
+    if (kind != Kind::Folder) return {Kind::Other, way.string()};
+    way /= step;
+    std::error_code error;
+    const fs::file_type type = fs::symlink_status(way, error).type();
+    if (type == fs::file_type::not_found) return {Kind::Free, way.string()};
+    kind = Kind::Other;
+    if (type == fs::file_type::regular) kind = Kind::File;
+    if (type == fs::file_type::directory) kind = Kind::Folder;
+  }
+  return {kind, way.string()};
+}
+
+std::string QuotedPath(const std::string& path) { return '"' + OneLine(path) + '"'; }
+
+}  // namespace zyngrad

@@ -1,0 +1,147 @@
+#include "cli/UnfinishedFolder.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "cli/TemporaryFolder.h"
+#include "cli/UsageError.h"
+
+namespace zyngrad {
+namespace {
+
+namespace fs = std::filesystem;
+
+class UnfinishedFolderTest : public testing::Test {
+ protected:
+  /// As a run leaves it that is killed: with the lock's file, but without the lock.
+  void LeaveBehind(const std::string& listing) {
+    fs::create_directory(place_);
+    Write("lock", listing);
+  }
+
+  void Write(const std::string& name, const std::string& text) const {
+    fs::create_directories(fs::path(place_ + '/' + name).parent_path());
+    std::ofstream(place_ + '/' + name) << text;
+  }
+
+  std::set<std::string> Content() const {
+    std::set<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(place_))
+      names.insert(entry.path().lexically_relative(place_).string());
+    return names;
+  }
+
+  std::string Refusal() const {
+    UnfinishedFolder folder(place_, {"a.vtu"});
+    try {
+      folder.Take();
+    } catch (const UsageError& error) {
+      folder.Leave();
+      return error.what();
+    }
+    return "";
+  }
+
+  const std::string listing_ =
+      "zyngrad unfinished files, format 1\nprocess 1 on a machine\nfolder b\nfile a.vtu\nfile b/c.vtu\n";
+  TemporaryFolder base_;
+  std::string place_ = base_.path() + "/unfinished.part";
+};
+
+TEST_F(UnfinishedFolderTest, HasItsFoldersAndNamesItsHolderAndGoesWithItsFiles) {
+  UnfinishedFolder folder(place_, {"a.vtu", "b/c.vtu"});
+  ASSERT_TRUE(folder.Take());
+  EXPECT_EQ(Content(), (std::set<std::string>{"lock", "b"}));
+  EXPECT_EQ(folder.Holder().rfind("process " + std::to_string(getpid()) + " on ", 0), 0u);
+  EXPECT_EQ(UnfinishedFolder(place_, {}).PresentHolder(), folder.Holder());
+  Write("b/c.vtu", "half");
+  folder.Leave();
+  EXPECT_FALSE(fs::exists(place_));
+}
+
+TEST_F(UnfinishedFolderTest, IsClearedByTheRankThatLeavesLast) {
+  UnfinishedFolder first(place_, {"a.vtu"}), second(place_, {"a.vtu"}), other(place_, {});
+  ASSERT_TRUE(first.Take());
+  second.Join(first.Holder());
+  EXPECT_FALSE(other.Take());
+  Write("a.vtu", "half");
+  first.Leave();
+  EXPECT_TRUE(fs::exists(place_ + "/a.vtu"));
+  second.Leave();
+  EXPECT_FALSE(fs::exists(place_));
+}
+
+TEST_F(UnfinishedFolderTest, IsNotJoinedWhenItIsOfAnotherRun) {
+  UnfinishedFolder first(place_, {}), second(place_, {});
+  ASSERT_TRUE(first.Take());
+  EXPECT_THROW(second.Join("process 1 on another machine"), UsageError);
+  second.Leave();
+  EXPECT_TRUE(fs::exists(place_ + "/lock"));
+}
+
+TEST_F(UnfinishedFolderTest, IsClearedOfWhatAKilledRunHasListed) {
+  LeaveBehind(listing_);
+  Write("a.vtu", "half");
+  Write("b/c.vtu", "half");
+  UnfinishedFolder folder(place_, {"d.vtu"});
+  ASSERT_TRUE(folder.Take());
+  EXPECT_EQ(Content(), (std::set<std::string>{"lock"}));
+}
+
+TEST_F(UnfinishedFolderTest, IsTakenOverFromARunThatWasKilledInItsFirstSteps) {
+  for (const std::string& torn : {std::string(), std::string("zyngrad unfin"), listing_.substr(0, 60)}) {
+    LeaveBehind(torn);
+    UnfinishedFolder folder(place_, {});
+    EXPECT_TRUE(folder.Take()) << torn;
+    folder.Leave();
+  }
+  fs::create_directory(place_);
+  EXPECT_TRUE(UnfinishedFolder(place_, {}).Take());
+}
+
+TEST_F(UnfinishedFolderTest, RefusesWhatIsInNoListAndTouchesNothing) {
+  LeaveBehind(listing_);
+  Write("a.vtu", "half");
+  Write("b/thesis.tex", "mine");
+  EXPECT_EQ(Refusal(), '"' + place_ +
+                           "/b/thesis.tex\" is not from a run of zyngrad: move it away, or choose another "
+                           "output folder with -o");
+  EXPECT_EQ(Content(), (std::set<std::string>{"lock", "a.vtu", "b", "b/thesis.tex"}));
+}
+
+TEST_F(UnfinishedFolderTest, RefusesAFolderWhoseLockIsOfSomebodyElse) {
+  for (const char* const text :
+       {"mine", "process 1 on a machine\nfile a.vtu\n", "zyngrad unfinished files, format 2\n"}) {
+    LeaveBehind(text);
+    Write("a.vtu", "mine");
+    EXPECT_NE(Refusal(), "") << text;
+    EXPECT_EQ(Content(), (std::set<std::string>{"lock", "a.vtu"})) << text;
+  }
+}
+
+TEST_F(UnfinishedFolderTest, RefusesLinksUnderListedNames) {
+  LeaveBehind(listing_);
+  fs::create_directory(base_.path() + "/elsewhere");
+  std::ofstream(base_.path() + "/elsewhere/c.vtu") << "mine";
+  fs::create_directory_symlink(base_.path() + "/elsewhere", place_ + "/b");
+  EXPECT_NE(Refusal(), "");
+  EXPECT_TRUE(fs::exists(base_.path() + "/elsewhere/c.vtu"));
+}
+
+TEST_F(UnfinishedFolderTest, FollowsNoListedNameOutOfTheFolder) {
+  std::ofstream(base_.path() + "/thesis.tex") << "mine";
+  LeaveBehind("zyngrad unfinished files, format 1\nprocess 1 on a machine\nfile ../thesis.tex\nfile " +
+              base_.path() + "/thesis.tex\nfolder ..\n");
+  UnfinishedFolder folder(place_, {});
+  EXPECT_TRUE(folder.Take());
+  folder.Leave();
+  EXPECT_TRUE(fs::exists(base_.path() + "/thesis.tex"));
+}
+
+}  // namespace
+}  // namespace zyngrad
