@@ -161,6 +161,74 @@ for case in "1 shell" "2 shell" "3 nested" "16 nested"; do
   check "$name, among all methods: in the results" contains pivot/results.json '"ran": false'
 done
 
+# --- ranks that are not alike ----------------------------------------------------------------------------------------------
+
+run_each() {  # run_each COMMAND...: a rank for each, which bash starts; then as after timed
+  local begin=$SECONDS arguments=() command
+  for command in "$@"; do
+    [ ${#arguments[@]} = 0 ] || arguments+=(:)
+    arguments+=(-n 1 bash -c "$command" "$zyngrad")
+  done
+  timeout 60 "$mpirun" "${arguments[@]}" >stdout 2>stderr </dev/null
+  code=$?
+  seconds=$((SECONDS - begin))
+}
+all_end() {  # all_end NAME TEXT: in time, by one line of ours that says why
+  check "$1: ends within 20 s ($seconds s)" in_time 20
+  check "$1: exit code 2" exited 2
+  check "$1: one line of ours" [ "$(grep -c '^zyngrad: ' stderr)" = 1 ]
+  check "$1: says why" grep -q "^zyngrad: .*$2" stderr
+  check "$1: nothing is left" [ ! -e "$work/odd" ]
+  rm -rf "$work/odd"
+}
+good='exec "$0" gradient box:6,6,6 --field x --method plain -o odd'
+for odd in 0 1 2; do  # which rank of three
+  each=("$good" "$good" "$good")
+  [ $odd = 0 ] && who=1 || who=$odd
+  each[odd]='exec "$0" info --nosuch'
+  run_each "${each[@]}"
+  all_end "other arguments on rank $odd" "rank $who was started with other arguments than rank 0"
+  each[odd]=${good/box:6,6,6/other.msh}
+  run_each "${each[@]}"
+  all_end "another mesh on rank $odd" "rank $who was started with other arguments than rank 0"
+  mkdir -p elsewhere
+  each[odd]="cd elsewhere && $good"
+  run_each "${each[@]}"
+  all_end "another working folder on rank $odd" "rank $who does not share the output folder \"odd\" with rank 0"
+  check "another working folder on rank $odd: nothing is left there" [ -z "$(ls elsewhere)" ]
+  each[odd]="export TMPDIR=$work/none; exec \"\$0\" study box:3,3,3 --method plain -o odd"
+  each[$(((odd + 1) % 3))]='exec "$0" study box:3,3,3 --method plain -o odd'
+  each[$(((odd + 2) % 3))]=${each[$(((odd + 1) % 3))]}
+  run_each "${each[@]}"
+  all_end "no folder for temporary files on rank $odd" "folder for temporary files"
+done
+run_each 'exec "$0" info box:4,4,4' 'exec "$0" info --nosuch'
+all_end "a command that is right on rank 0 alone" "rank 1 was started with other arguments than rank 0"
+run_each "${good/box:6,6,6/nosuch.msh}" "${good/box:6,6,6/nosuch.msh}" "${good/box:6,6,6/nosuch.msh}"
+all_end "no mesh" "nosuch.msh"
+if grep -q __asan_init "$zyngrad"; then
+  echo "skipped memory that one rank does not have: AddressSanitizer reserves more than that"
+else
+  lots='exec "$0" gradient box:60,60,60 --field x --method plain -o odd'
+  for odd in 0 1 2; do
+    each=("$lots" "$lots" "$lots")
+    # Enough to begin with, but not for its part of the mesh.
+    each[odd]="ulimit -v 300000; $lots"
+    run_each "${each[@]}"
+    all_end "no memory on rank $odd" "not enough memory on rank $odd"
+  done
+fi
+
+# --- threads -----------------------------------------------------------------------------------------------------------------
+
+for ranks in 1 2; do
+  OMP_NUM_THREADS=65535 run $ranks gradient box:4,4,4 --field x --method lsq -o threads
+  check "65535 threads, $ranks ranks: exit code 0" exited 0
+  check "65535 threads, $ranks ranks: one line says how many" \
+    grep -qxE "zyngrad: note: 65535 OpenMP threads were asked for, [0-9]+ are used" stderr
+  check "65535 threads, $ranks ranks: nothing else" [ "$(grep -c zyngrad stderr)" = 1 ]
+done
+
 # --- a rank that is killed -------------------------------------------------------------------------------------------------
 
 # How long it takes is to be seen as users see it.
@@ -168,9 +236,13 @@ unset OMPI_MCA_odls_base_sigkill_timeout
 
 content() { (cd "$1" && find . -type f -not -path './unfinished.part/*' -print0 | sort -z | xargs -0r sha256sum); }
 none_alive() {  # none_alive PID...; one that has ended and that nobody has asked for its exit code is not alive
-  local pid
+  local pid attempt
   for pid in "$@"; do
-    ! grep -qs '^State:[[:space:]]*[RSDTtI]' "/proc/$pid/status" || return 1
+    for attempt in $(seq 20); do  # what it has allocated takes a moment to go
+      grep -qs '^State:[[:space:]]*[RSDTtI]' "/proc/$pid/status" || continue 2
+      sleep 0.1
+    done
+    return 1
   done
 }
 
@@ -179,7 +251,8 @@ content killed >earlier
 # So many calls that it is long before the end in any case.
 for moment in 0 0.3 1; do
   for victim in 1 3; do  # the first and the last rank
-    rm -f killed/unfinished.part/lock  # of the run before
+    run 3 gradient box:3,3,3 --field x --method plain -o killed  # clears what the run before has left
+    content killed >earlier
     "$mpirun" -n 3 "$zyngrad" gradient box:40,40,40:tet --field "sin(x)*y" --repeat 1000000 \
       -o killed >stdout 2>stderr </dev/null &
     pid=$!
