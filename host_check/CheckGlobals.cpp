@@ -44,18 +44,19 @@ Extent ExtentOf(std::string name, const Element* array, int count) {
 /// Every array that operators only read.
 class ReadArrays {
  public:
-  explicit ReadArrays(const HostView& view) {
+  /// Rows are looked at in those tables that are checked: the others need not be filled.
+  ReadArrays(const HostView& view, const HostCheckOptions& options) {
     const CZYN3DFiniteVolumeMesh& m = view.mesh;
     Add(view.nodes, "", "n", view.nNode);
     Add(view.centres, "", "c", view.nCell);
     Add("Volume", m.Volume, view.nInner);
-    for (const FaceGroupView& group : view.groups) AddGroup(group);
-    AddTable("CellCell", m.CellCell, view.nInner);
-    AddTable("CellFace", m.CellFace, view.nInner);
-    AddTable("CellFaceType", m.CellFaceType, view.nInner);
-    AddTable("CellLnods", m.CellLnods, view.nInner);
+    for (const FaceGroupView& group : view.groups) AddGroup(group, options.nodeTables);
+    AddTable("CellCell", m.CellCell, view.nInner, options.cellRows);
+    AddTable("CellFace", m.CellFace, view.nInner, options.cellRows);
+    AddTable("CellFaceType", m.CellFaceType, view.nInner, options.cellRows);
+    AddTable("CellLnods", m.CellLnods, view.nInner, options.nodeTables);
     Add("CellLnodsNumber", m.CellLnodsNumber, view.nInner);
-    AddTable("NodeCell", m.NodeCell, view.nNodeUsed);
+    AddTable("NodeCell", m.NodeCell, view.nNodeUsed, options.nodeTables);
   }
 
   /// Calls tell(name) for each array, and once for each table, that shares memory with the work array.
@@ -95,31 +96,32 @@ class ReadArrays {
     Add(prefix + "y" + ending, arrays.y, count);
     Add(prefix + "z" + ending, arrays.z, count);
   }
-  void AddTable(const std::string& name, int* const* rows, int count) {
+  void AddTable(const std::string& name, int* const* rows, int count, bool isFilled) {
     Add(name, rows, count);
-    if (rows != nullptr) tables_.push_back({name, rows, count});
+    if (rows != nullptr && isFilled) tables_.push_back({name, rows, count});
   }
-  void AddGroup(const FaceGroupView& group) {
+  void AddGroup(const FaceGroupView& group, bool hasNodes) {
     Add(group.prefix + "CV", group.cv, group.count);
     Add(group.prefix, group.other, group.count);
     Add(group.area, group.prefix + "S", "", group.count);
     Add(group.centre, group.prefix, "c", group.count);
     Add(group.weightName, group.weight, group.count);
     Add(group.typeName, group.type, group.count);
-    AddTable(group.prefix + "Lnods", group.nodes, group.count);
+    AddTable(group.prefix + "Lnods", group.nodes, group.count, hasNodes);
   }
 
   std::vector<Extent> arrays_;
   std::vector<Table> tables_;
 };
 
-void CheckWorkArrays(const HostView& view, const CZyn3dGV& globals, HostCheckReport& report) {
+void CheckWorkArrays(const HostView& view, const CZyn3dGV& globals, const HostCheckOptions& options,
+                     HostCheckReport& report) {
   const Extent work[] = {ExtentOf("PrevGradX", globals.PrevGradX, view.nCell),
                          ExtentOf("PrevGradY", globals.PrevGradY, view.nCell),
                          ExtentOf("PrevGradZ", globals.PrevGradZ, view.nCell),
                          ExtentOf("ResetRealBlock", globals.ResetRealBlock, kBlock),
                          ExtentOf("ResetIntBlock", globals.ResetIntBlock, kBlock)};
-  const ReadArrays arrays(view);
+  const ReadArrays arrays(view, options);
   for (const Extent* a = std::begin(work); a != std::end(work); ++a) {
     const auto tell = [&](const std::string& other) {
       report.Add(HostBreach::ArraysOverlap, 0,
@@ -165,7 +167,7 @@ void CheckFileName(const char* name, HostCheckReport& report) {
 }  // namespace
 
 void CheckGlobals(const HostView& view, const CZyn3dGV& globals, bool countsAreSound,
-                  HostCheckReport& report) {
+                  const HostCheckOptions& options, HostCheckReport& report) {
   if (view.nCell > 0) {
     RequireArray(globals.PrevGradX, "PrevGradX", "[1..NCell]", report);
     RequireArray(globals.PrevGradY, "PrevGradY", "[1..NCell]", report);
@@ -173,7 +175,7 @@ void CheckGlobals(const HostView& view, const CZyn3dGV& globals, bool countsAreS
   }
   RequireArray(globals.ResetRealBlock, "ResetRealBlock", "[1..4]", report);
   RequireArray(globals.ResetIntBlock, "ResetIntBlock", "[1..4]", report);
-  if (countsAreSound) CheckWorkArrays(view, globals, report);
+  if (countsAreSound) CheckWorkArrays(view, globals, options, report);
   CheckFileName(globals.BaseFileName, report);
 }
 

@@ -82,7 +82,7 @@ int CheckHostData(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFac
   HostView& view = canRead ? lent : nothing;
   view.AddMarks();
   CheckLocalData(view, options, report);
-  if (globals != nullptr) CheckGlobals(lent, *globals, canRead, report);
+  if (globals != nullptr) CheckGlobals(lent, *globals, canRead, options, report);
   const bool hasCells = lent.nInner > 0, hasObjects = mesh != nullptr && partitionFaces != nullptr;
   if (options.communication) {
     // A partition that lends no mesh has told so, and leaves it to the others to find that they have no cells.

@@ -64,6 +64,6 @@ void CheckNodeCells(const HostView& view, const CellNodes& cellNodes, HostCheckR
 /// Work arrays and file name of the global variables.
 /// @param countsAreSound  false: no more is asked of the arrays than whether they are null
 void CheckGlobals(const HostView& view, const CZyn3dGV& globals, bool countsAreSound,
-                  HostCheckReport& report);
+                  const HostCheckOptions& options, HostCheckReport& report);
 
 }  // namespace host_check
