@@ -116,13 +116,13 @@ class CountCheck {
   bool areSound_ = true;
 };
 
-/// The different cells that ijPar names, in range, ascending.
+/// The different cells of 1..NCell that ijPar names, ascending.
 std::vector<int> NamedHaloCells(const HostView& view) {
   const FaceGroupView& group = view.PartitionGroup();
   std::vector<int> cells;
   if (group.other == nullptr) return cells;
   for (int f = 1; f <= group.count; ++f) {
-    if (view.IsBeyond(group.other[f])) cells.push_back(group.other[f]);
+    if (view.IsInterior(group.other[f]) || view.IsBeyond(group.other[f])) cells.push_back(group.other[f]);
   }
   std::sort(cells.begin(), cells.end());
   cells.erase(std::unique(cells.begin(), cells.end()), cells.end());
@@ -150,13 +150,19 @@ bool CheckCounts(const CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partiti
 }
 
 bool CheckHaloCount(const HostView& view, HostCheckReport& report) {
-  const std::vector<int> halo = NamedHaloCells(view);
+  std::vector<int> halo = NamedHaloCells(view);
   long long nBoundary = 0;
   for (const FaceGroupView& group : view.groups) {
     if (group.farSide == FarSide::Ghost) nBoundary += group.count;
   }
   const long long nBeyond = static_cast<long long>(view.nCell) - view.nInner;
-  const long long excess = nBoundary + static_cast<long long>(halo.size()) - nBeyond;
+  // An NInnerCells that is too large takes the first cells beyond for interior ones. A single wrong entry of ijPar is told
+  // with its face.
+  const auto excessOf = [&] { return nBoundary + static_cast<long long>(halo.size()) - nBeyond; };
+  if (!halo.empty() && halo.front() <= view.nInner - excessOf()) {
+    halo.erase(halo.begin(), std::upper_bound(halo.begin(), halo.end(), view.nInner));
+  }
+  const long long excess = excessOf();
   // A cell that is a ghost and a halo cell at once is told with its faces.
   if (halo.empty() || excess <= 0 || AreNamedByBoundaryFaces(view, halo, excess)) return true;
   report.Add(HostBreach::BadCount, 0, [&] {
