@@ -387,9 +387,9 @@ TEST(CgnsGrowth, IsLinearInSections) {
 // Each set of nodes has one face, but every set could look at every face.
 TEST(CgnsGrowth, IsLinearInConditionsByNodes) {
   const TemporaryFolder folder;
-  ExpectLinear(60, [&](int n) {
+  ExpectLinear(600, [&](int n) {
     return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
-      const int perCondition = 40;
+      const int perCondition = 4;
       WriteRow(file, perCondition * n);
       for (int i = 0; i < n; ++i) {
         const cgsize_t k = 4 * cgsize_t{perCondition} * i;
