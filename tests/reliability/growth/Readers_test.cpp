@@ -192,7 +192,7 @@ TEST(FoamFieldGrowth, IsLinearInNamedPatches) {
 
 TEST(FoamFieldGrowth, IsLinearInPatternsAndPatchesTogether) {
   const TemporaryFolder folder;
-  ExpectLinear(500, [&](int n) {
+  ExpectLinear(100, [&](int n) {
     std::string entries;
     for (int p = 0; p < n; ++p) {
       const std::string number = std::to_string(p);
