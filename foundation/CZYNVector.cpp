@@ -16,8 +16,8 @@ void ReportOutOfRange(int lower, int upper, int i) {
                  i);
 }
 
-// What a reference to an element of an empty vector refers to. Not a static member or local of the class: as the
-// class is exported, that would be a symbol that a process keeps one of for ever, and the library with it.
+// The element that a reference into an empty vector refers to. It stands outside the class because a static of an exported
+// template would be a unique symbol, which keeps the library from being unloaded.
 template <typename T>
 T const& Nothing() {
   static constexpr T kNothing{};

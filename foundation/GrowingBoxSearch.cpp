@@ -57,7 +57,7 @@ bool GrowingBoxSearch::IsEnough(Answer const& answer, int wanted, double x, doub
   double const d = answer.halfWidth;
   if (answer.count >= wanted) return true;
   if (nEntry_ != kUnknown) return Covers(d, x, y, z);
-  // By rounding, a cube may hold all without covering their points, which are boxes in the tree.
+  // By rounding, the cube may meet the boxes of all points without covering the points.
   if (!Covers(d + kEntryHalfWidth, x, y, z)) return false;
   int const nAll = SearchEverything(x, y, z).count;
   return nAll < wanted && (answer.count == nAll || Covers(d, x, y, z));

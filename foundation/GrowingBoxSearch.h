@@ -19,8 +19,9 @@ class GrowingBoxSearch {
   GrowingBoxSearch(CZYNOptKer& tree, BoundingBox const& entries, int nEntry, double step)
       : tree_(tree), entries_(entries), nEntry_(nEntry), step_(step) {}
 
-  /// In a tree of which somebody else knows the content: before the growth ends at the bounds, an estimate, it is
-  /// asked for all of its entries.
+  /// In a tree whose content is not known here: before the growth ends at the bounds, the tree is asked for all of its
+  /// entries.
+  /// @param estimate  bounds that the entries' points may exceed
   GrowingBoxSearch(CZYNOptKer& tree, BoundingBox const& estimate, double step)
       : GrowingBoxSearch(tree, estimate, kUnknown, step) {}
 

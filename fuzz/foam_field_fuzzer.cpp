@@ -42,10 +42,16 @@ void ReadField(std::string const& file) {
   }
 }
 
-/// The library is asked about short patterns only, for which its own time is bounded.
+/// Whether the C library's matcher can be asked: it copies what is before a repeat, so that repeats of repeats fill the
+/// memory.
+bool IsModest(std::string const& pattern) {
+  auto const isRepeat = [](char c) { return c == '+' || c == '*' || c == '?'; };
+  return pattern.size() <= 60 && std::count_if(pattern.begin(), pattern.end(), isRepeat) <= 8;
+}
+
 void ComparePattern(std::string const& text, std::string const& name) {
   reference_host::NamePattern pattern;
-  if (!pattern.Parse(text).empty() || text.size() > 60) return;
+  if (!pattern.Parse(text).empty() || !IsModest(text)) return;
   reference_host::NamePattern::Workspace workspace;
   bool const matches = pattern.Matches(name, workspace);
   if (workspace.nSteps > 12 * (text.size() + 2) * (name.size() + 2)) std::abort();

@@ -52,8 +52,8 @@ enum class Pivots { Fine, Zero, LastIsZero };
 // Gaussian elimination of [xx xy xz | bx; xy yy yz | by; xz yz zz | bz] without row exchange, then
 // substitution from the bottom, for the cell i or for the cells i and i+1.
 //
-// A pivot is looked at before anything is divided by it, since the solver may have told the processor to stop
-// the program at a division by zero. What is returned is of either cell; without an answer in g.
+// A pivot is tested before anything is divided by it, since the solver may have armed a trap for division by zero.
+// With two cells, the answer holds if it holds for either; g is set only when all pivots are fine.
 template <class Value>
 Pivots Solve(NormalEquations const& s, int i, bool acceptLastZero, Value (&g)[3]) {
   Value const xx = At<Value>(s.xx, i), xy = At<Value>(s.xy, i), xz = At<Value>(s.xz, i);
@@ -79,15 +79,20 @@ Pivots Solve(NormalEquations const& s, int i, bool acceptLastZero, Value (&g)[3]
   return Pivots::Fine;
 }
 
-// One cell. A zero in its last pivot is no failure: the cell is not finite then, and that does not trap.
+// Not inlined: a compiler that sees the caller, too, may move the divisions behind the end of its WithoutTraps.
+[[gnu::noinline]] void SolveWithZeroLastPivot(NormalEquations const& s, int i, double (&g)[3]) {
+  Solve(s, i, true, g);
+}
+
+// One cell. A zero in its last pivot is no failure: the cell is not finite then, and no trap stops the program.
 // @return false, without an answer, when one of the first two pivots is zero
 bool SolveCell(NormalEquations const& s, int i, double (&g)[3]) {
-  Pivots pivots = Solve(s, i, false, g);
+  Pivots const pivots = Solve(s, i, false, g);
   if (pivots == Pivots::LastIsZero) {
-    WithoutTraps const whatFollows;
-    pivots = Solve(s, i, true, g);
+    WithoutTraps const whileDividing;
+    SolveWithZeroLastPivot(s, i, g);
   }
-  return pivots == Pivots::Fine;
+  return pivots != Pivots::Zero;
 }
 
 void ReportZeroPivot() {

@@ -160,7 +160,7 @@ int CZynRBFInternalObject::faceToCellconnection_memoryallocate(int mode) {
 
 int CZynRBFInternalObject::CountingfaceToCellconnectionNumber(int face, int kind) {
   std::vector<int> seen;
-  // Who asks without partition faces knows of a row for this one.
+  // Without partition faces the caller vouches for the row.
   int const nParInterFace = m_pPartFace != nullptr ? m_pPartFace->NParInterFace() : face;
   return CountCellsAround(*m_pMesh, nParInterFace, face, kind, seen);
 }

@@ -59,8 +59,8 @@ int CZynRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int n
   return 0;
 }
 
-// Tables of an earlier set-up are left behind. The number of points and the tables of so many change together, for
-// the destructor relies on it.
+// Tables of an earlier set-up are left behind. The number of points and the tables change together, since the destructor
+// frees that many rows.
 void CZynRBFInternalObject::CreateIBTables(int nIB) {
   auto conn = NewPointTable<int>(nIB);
   auto coef = NewPointTable<RBFnode>(nIB);

@@ -43,8 +43,8 @@ inline int FaceTypeOfCode(int code) {
   }
 }
 
-/// The faces of a type; none for a type that there is not. The object of the partition faces is looked at for these
-/// alone.
+/// The faces of a type; none for an unknown type. `partitionFaces` is used for partition faces only and may be null
+/// otherwise.
 inline FaceGroup FacesOfType(int type, CZYN3DFiniteVolumeMesh const& mesh,
                              CPartitionFace_DLL* partitionFaces) {
   switch (type) {

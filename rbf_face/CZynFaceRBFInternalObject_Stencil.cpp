@@ -10,8 +10,8 @@
 
 namespace {
 
-// The digits of a number that is not negative. (The library's own std::to_chars keeps its table of digits in a
-// symbol that a process has one of for ever, and with it the shared object.)
+// The digits of a number that is not negative. std::to_chars would bring in a unique symbol and keep the library from
+// being unloaded.
 char* CopyDigits(int number, char* to) {
   char reversed[std::numeric_limits<int>::digits10 + 1];
   int n = 0;

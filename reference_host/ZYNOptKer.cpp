@@ -60,7 +60,7 @@ void CZYNOptKer::Tree::TakeIn() {
   } else if (boxes.empty()) {
     boxes = RTree(added.begin(), added.end());
   } else {
-    // In a list of their own: should there be no memory for the new tree, nothing has changed.
+    // Built aside, so that nothing changes if memory runs out.
     std::vector<Entry> all(boxes.begin(), boxes.end());
     all.insert(all.begin(), added.begin(), added.end());
     boxes = RTree(all.begin(), all.end());
@@ -69,7 +69,7 @@ void CZYNOptKer::Tree::TakeIn() {
   added.shrink_to_fit();
 }
 
-// std::make_shared would need a symbol that a process has one of for ever, and with it the shared object.
+// std::make_shared would bring in a unique symbol and keep the library from being unloaded.
 CZYNOptKer::CZYNOptKer() : tree_(new Tree) {}
 
 CZYNOptKer::~CZYNOptKer() = default;

@@ -20,4 +20,7 @@ void WriteFaceOperator(BitsFile& file);
 /// Weights and values of the point operator: its three methods, all cells usable and few.
 void WritePointOperator(BitsFile& file);
 
+/// Least squares of cells with a pivot of zero, while a division by zero would end the program. Writes nothing.
+void SolveSingularCellsWithTrapsArmed();
+
 }  // namespace bits_dump

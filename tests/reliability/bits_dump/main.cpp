@@ -33,6 +33,7 @@ int main(int argc, char** argv) {
     bits_dump::WriteCellOperator(file);
     bits_dump::WriteFaceOperator(file);
     bits_dump::WritePointOperator(file);
+    bits_dump::SolveSingularCellsWithTrapsArmed();
     file.Close();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bits_dump: %s\n", error.what());

@@ -4,6 +4,9 @@
 
 #include <cfenv>
 #include <cmath>
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
 
 #include "tests/unit/gradient/ArmedTraps.h"
 
@@ -62,5 +65,25 @@ TEST(WithoutTraps, KeepsTheRoundingOfTheProgram) {
   EXPECT_EQ(std::fegetround(), FE_UPWARD);
   std::fesetround(FE_TONEAREST);
 }
+
+#if defined(__SSE__)
+
+// The C library's question for traps asks the x87 unit alone, and solvers may arm those of the vector unit alone.
+TEST(WithoutTraps, HoldsBackTrapsOfTheVectorUnitAlone) {
+  unsigned const before = _MM_GET_EXCEPTION_MASK();
+  unsigned const armed = before & ~static_cast<unsigned>(_MM_MASK_DIV_ZERO);
+  double volatile infinite = 0.0;
+  _MM_SET_EXCEPTION_MASK(armed);
+  {
+    WithoutTraps const held;
+    infinite = one / zero;
+  }
+  unsigned const after = _MM_GET_EXCEPTION_MASK();
+  _MM_SET_EXCEPTION_MASK(before);
+  EXPECT_TRUE(std::isinf(infinite));
+  EXPECT_EQ(after, armed);
+}
+
+#endif
 
 }  // namespace
