@@ -129,13 +129,13 @@ check "points beside a fan: warns of node and cost" \
   grep -q "warning: node 1 at (0, 0, -0.5) has 500 cells around it.*--search-method 2 avoids it" stdout
 check "points beside a fan: warns before the result" \
   [ "$(grep -n 'cells around it' stdout | cut -d: -f1)" -lt "$(grep -n 'points by search' stdout | cut -d: -f1)" ]
-run 1 check fan.msh --method plain --points one.csv -o fan
+run 1 check fan.msh --method plain --points one.csv -o fan-check
 check "check of a fan: warns" contains stdout "--point-method 2 avoids it"
-run 1 study fan.msh --method points3 --field linear -o fan
+run 1 study fan.msh --method points3 --field linear -o fan-study
 check "study of a fan: warns" contains stdout "A study without points3 avoids it"
 run 1 compare-ranks fan.msh --ranks 1 --method points3 --field x
 check "compare-ranks on a fan: warns" contains stdout "A comparison without faces3 and points3 avoids it"
-run 1 faces fan.msh --field x --group inner -o fan
+run 1 faces fan.msh --field x --group inner -o fan-faces
 check "faces of a fan, method 4: nothing to warn of" [ "$(grep -c 'cells around it' stdout)" = 0 ]
 
 # The work of 6000 cells takes a minute; the warning has to stand there while it has hardly begun.
