@@ -26,8 +26,8 @@ std::list<std::function<void()>>& Cleanups() {
   return cleanups;
 }
 
-/// Handlers may do little more than write into a pipe. A handler rather than a blocked signal, since libraries start
-/// threads before main, and those would take the signal.
+/// Handlers may do little more than write into a pipe. A handler rather than a blocked signal, since
+/// libraries start threads before main, and those would take the signal.
 int writeEnd = -1;
 
 extern "C" void TellWatcher(int signal) {
@@ -104,7 +104,8 @@ void InterruptionWatcher::Watch(int pipe) {
   if (size != 1 || signal == kEnd) return;
 
   // Not given back: whatever else the program is about to do with its files has to wait for the end.
-  [[maybe_unused]] const bool isOurs = Turn().try_lock_for(kLongestWait);
+  // Nor are cleanups run beside somebody who still changes what they read.
+  if (!Turn().try_lock_for(kLongestWait)) EndBy(signal);
   for (auto cleanup = Cleanups().rbegin(); cleanup != Cleanups().rend(); ++cleanup) {
     try {
       (*cleanup)();

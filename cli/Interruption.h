@@ -8,9 +8,9 @@
 
 namespace zyngrad {
 
-/// What has to be undone when a signal ends the program, while the object lives. The work runs on a thread of its own
-/// beside the rest of the program, which may be anywhere: it must not touch anything collective, and what it reads may
-/// change only under NoInterruption.
+/// What has to be undone when a signal ends the program, while the object lives. The work runs on a thread of
+/// its own beside the rest of the program, which may be anywhere: it must not touch anything collective, and
+/// what it reads may change only under NoInterruption.
 class Cleanup {
  public:
   explicit Cleanup(std::function<void()> work);
@@ -22,9 +22,9 @@ class Cleanup {
   std::list<std::function<void()>>::iterator place_;
 };
 
-/// While it lives, a signal waits, though not for longer than a few seconds: another rank may be gone for good. Where
-/// a signal has come first, the constructor never returns. A thread may have
-/// several.
+/// While it lives, a signal waits, though not for longer than a few seconds: another rank may be gone for
+/// good. Then the signal ends the program without any cleanup. Where a signal has come first, the constructor
+/// never returns. A thread may have several.
 class NoInterruption {
  public:
   NoInterruption();
@@ -33,9 +33,9 @@ class NoInterruption {
   std::lock_guard<std::recursive_timed_mutex> lock_;
 };
 
-/// Makes SIGINT, SIGTERM and SIGHUP end the program in order: all cleanups, the latest first, then the end by that very
-/// signal, so that the caller sees which it was. A signal that the caller ignores, as nohup does, stays ignored.
-/// One object in a program, before anything else.
+/// Makes SIGINT, SIGTERM and SIGHUP end the program in order: all cleanups, the latest first, then the end by
+/// that very signal, so that the caller sees which it was. A signal that the caller ignores, as nohup does,
+/// stays ignored. One object in a program, before anything else.
 class InterruptionWatcher {
  public:
   InterruptionWatcher();

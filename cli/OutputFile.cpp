@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "cli/Interruption.h"
-#include "cli/OneLine.h"
+#include "cli/OutputNames.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -27,7 +27,7 @@ void OutputFile::Close() {
 
 void OutputFile::Fail() const {
   const int reason = errno;
-  throw UsageError("cannot write " + Quoted(file_) + ": " +
+  throw UsageError("cannot write " + QuotedPath(file_) + ": " +
                    (reason != 0 ? std::strerror(reason) : "not all of it was written"));
 }
 

@@ -6,11 +6,12 @@
 
 namespace zyngrad {
 
-/// A file that is written from its beginning to its end. A disk that is full, a quota or a limit may show with any
-/// write, and for what is still in a buffer only when the file is closed: so the file is good only after Close.
+/// A file that is written from its beginning to its end. A disk that is full, a quota or a limit may show
+/// with any write, and for what is still in a buffer only when the file is closed: so the file is good only
+/// after Close.
 ///
-/// Nothing forces the content from the system's memory to the disk: a process that is killed loses nothing that
-/// was closed, a machine that loses power may.
+/// Close does not force the content from the system's memory to the disk: a process that is killed loses
+/// nothing that was closed, a machine that loses power may. OutputFolder::Commit does that for the results.
 class OutputFile {
  public:
   /// Throws UsageError when the file cannot be made.

@@ -13,6 +13,7 @@
 #include <thread>
 #include <utility>
 
+#include "cli/AgreedError.h"
 #include "cli/Fingerprint.h"
 #include "cli/OneLine.h"
 #include "cli/StandardStreams.h"
@@ -29,8 +30,8 @@ using Commands = std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>>;
 
 void PrintError(const std::string& what) { std::cerr << "zyngrad: " + OneLine(what) + '\n' << std::flush; }
 
-/// Whether every rank gets to the same point before long. Of its own communicator: the ranks that do not may be in any
-/// other collective operation.
+/// Whether every rank gets to the same point before long. Of its own communicator: the ranks that do not may
+/// be in any other collective operation.
 class MeetingPoint {
  public:
   explicit MeetingPoint(const Ranks& ranks) { MPI_Comm_dup(ranks.communicator(), &communicator_); }
@@ -64,15 +65,15 @@ int FailAlone(const Ranks& ranks, const std::string& what) {
   return kWrongInput;
 }
 
-/// An error that every rank should have met, since they have agreed on it or have all been asked the same.
+/// An error that every rank should have met, since all have been asked the same.
 int FailTogether(const Ranks& ranks, const MeetingPoint& meeting, const std::string& what) {
   if (!meeting.HaveAllCome()) return FailAlone(ranks, "rank " + std::to_string(ranks.rank()) + ": " + what);
   if (ranks.IsFirst()) PrintError(what);
   return kWrongInput;
 }
 
-/// mpirun starts each rank with arguments of its own if it is told to. Ranks that do different things wait for each
-/// other for ever.
+/// mpirun starts each rank with arguments of its own if it is told to. Ranks that do different things wait
+/// for each other for ever.
 void CheckArgumentsOfAll(const std::vector<std::string>& arguments, const Ranks& ranks) {
   std::string text;
   for (const std::string& argument : arguments) (text += argument) += '\0';
@@ -153,6 +154,11 @@ int RunProgram(const std::vector<std::string>& arguments, const Ranks& ranks) {
     return ParseAndRun(arguments, ranks);
   } catch (const ClosedPipe&) {
     return kPipeWasClosed;
+  } catch (const AgreedError& error) {
+    if (error.rankCount() != ranks.count()) return FailTogether(ranks, meeting, error.what());
+    // No meeting: the others may take their time to remove what they have written.
+    if (ranks.IsFirst()) PrintError(error.what());
+    return kWrongInput;
   } catch (const UsageError& error) {
     return FailTogether(ranks, meeting, error.what());
   } catch (const reference_host::MeshError& error) {

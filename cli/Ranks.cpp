@@ -4,7 +4,7 @@
 #include <new>
 #include <optional>
 
-#include "cli/UsageError.h"
+#include "cli/AgreedError.h"
 
 namespace zyngrad {
 namespace {
@@ -57,7 +57,7 @@ void Ranks::Together(const std::function<void()>& work) const {
   MPI_Bcast(&length, 1, MPI_INT, lowest, communicator_);
   text.resize(static_cast<std::size_t>(length));
   MPI_Bcast(text.data(), length, MPI_CHAR, lowest, communicator_);
-  throw UsageError(text);
+  throw AgreedError(text, count_);
 }
 
 void Ranks::Barrier() const { MPI_Barrier(communicator_); }

@@ -23,7 +23,7 @@ class Ranks {
   bool IsFirst() const { return rank_ == 0; }
 
   /// Collective. Runs `work` on every rank; it must not call anything collective. If it throws on some rank,
-  /// every rank throws UsageError with the text of the lowest such rank: no rank is left waiting.
+  /// every rank throws AgreedError with the text of the lowest such rank: no rank is left waiting.
   void Together(const std::function<void()>& work) const;
 
   void Barrier() const;

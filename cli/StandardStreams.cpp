@@ -16,11 +16,11 @@ namespace {
 
 bool callerIgnoresClosedPipes = false;
 
-/// Whether the reader of standard output has gone. The reason of the write that failed may be long forgotten, but a
-/// pipe stays closed.
+/// Whether the reader of standard output has gone. The reason of the write that failed may be long forgotten,
+/// but a pipe stays closed. A pair of sockets, which some programs take for a pipe, shows POLLHUP.
 bool IsClosedPipe() {
   pollfd output = {STDOUT_FILENO, POLLOUT, 0};
-  return poll(&output, 1, 0) == 1 && (output.revents & POLLERR) != 0;
+  return poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 }  // namespace
@@ -28,7 +28,8 @@ bool IsClosedPipe() {
 void SecureStandardStreams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) >= 0 || errno != EBADF) continue;
-    // The lowest free number is this one. Open for the other direction, it fails when it is used, as it would have.
+    // The lowest free number is this one. Open for the other direction, it fails when it is used, as it would
+    // have.
     [[maybe_unused]] const int opened = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
   callerIgnoresClosedPipes = std::signal(SIGPIPE, SIG_IGN) == SIG_IGN;

@@ -12,13 +12,14 @@ class ClosedPipe : public std::exception {
   const char* what() const noexcept override { return "standard output is a closed pipe"; }
 };
 
-/// To be called before anything opens a file. A standard stream that the caller has closed would have its descriptor
-/// given to the next file that is opened, and what is printed would land there. Afterwards writing to a closed standard
-/// output fails. A write to a pipe that nobody reads fails, too, instead of ending the program on the spot.
+/// To be called before anything opens a file. A standard stream that the caller has closed would have its
+/// descriptor given to the next file that is opened, and what is printed would land there. Afterwards writing
+/// to a closed standard output fails. A write to a pipe that nobody reads fails, too, instead of ending the
+/// program on the spot.
 void SecureStandardStreams();
 
-/// Collective. Throws, on every rank, when something of what a rank has printed so far did not arrive: ClosedPipe when
-/// that is because the reader has gone, else UsageError.
+/// Collective. Throws, on every rank, when something of what a rank has printed so far did not arrive:
+/// ClosedPipe when that is because the reader has gone, else UsageError.
 void FlushStandardOutput(const Ranks& ranks);
 
 /// Ends the process as one ends that writes to a closed pipe. Returns where the caller ignores that signal.

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "cli/Interruption.h"
-#include "cli/OneLine.h"
+#include "cli/OutputNames.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -22,10 +22,17 @@ void FlushStdout() {
   std::fflush(stdout);
 }
 
-/// What the first file that lost something has to say. Standard output is one for the process, and so is this.
+/// What the first file that lost something has to say. Standard output is one for the process, and so is
+/// this.
 std::string& Loss() {
   static std::string loss;
   return loss;
+}
+
+void Note(const std::string& file, int reason) {
+  if (!Loss().empty()) return;
+  Loss() = "cannot write " + QuotedPath(file) + ": " +
+           (reason != 0 ? std::strerror(reason) : "not all of it was written");
 }
 
 /// Whether something of what was written is lost; the streams forget it.
@@ -40,14 +47,19 @@ bool TakeStreamErrors() {
 
 StdoutToFile::StdoutToFile(const std::string& file) : file_(file) {
   FlushStdout();
+  // Errors of standard output itself are for its own end to report.
+  if (!std::cout || std::ferror(stdout) != 0) return;
   const NoInterruption wait;  // no new file where a signal is just having the old ones removed
   const int target = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-  if (target < 0) return;
+  if (target < 0) {
+    Note(file_, errno);
+    return;
+  }
   saved_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-  // Errors of standard output itself are for its own end to report.
-  if (saved_ >= 0 && std::cout && std::ferror(stdout) == 0) {
-    dup2(target, STDOUT_FILENO);
-  } else if (saved_ >= 0) {
+  if (saved_ < 0) {
+    if (errno != EBADF) Note(file_, errno);
+  } else if (dup2(target, STDOUT_FILENO) < 0) {
+    Note(file_, errno);
     close(std::exchange(saved_, -1));
   }
   close(target);
@@ -58,10 +70,7 @@ StdoutToFile::~StdoutToFile() {
   errno = 0;
   FlushStdout();
   const int reason = errno;
-  if (TakeStreamErrors() && Loss().empty()) {
-    Loss() = "cannot write " + Quoted(file_) + ": " +
-             (reason != 0 ? std::strerror(reason) : "not all of it was written");
-  }
+  if (TakeStreamErrors()) Note(file_, reason);
   dup2(saved_, STDOUT_FILENO);
   close(saved_);
 }

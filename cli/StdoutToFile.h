@@ -9,7 +9,7 @@ namespace zyngrad {
 /// would otherwise land between the rows of a table.
 ///
 /// If the swap fails, output stays where it was. What the file does not take, on a full disk for instance, is
-/// lost, and CheckAll says so afterwards; standard output itself is none the worse. One object at a time.
+/// lost; standard output itself is none the worse. CheckAll tells of both afterwards. One object at a time.
 class StdoutToFile {
  public:
   explicit StdoutToFile(const std::string& file);  ///< appends; the file is made if missing

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cli/OneLine.h"
+#include "cli/OutputNames.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -33,7 +33,7 @@ void TemporaryFolder::Make() {
   if (error) throw UsageError("no folder for temporary files: " + error.message());
   std::string path = (parent / "zyngrad-XXXXXX").string();
   if (mkdtemp(path.data()) == nullptr)
-    throw UsageError("cannot make a folder in " + Quoted(parent.string()) + ": " + std::strerror(errno));
+    throw UsageError("cannot make a folder in " + QuotedPath(parent.string()) + ": " + std::strerror(errno));
   path_ = path;
 }
 
@@ -43,8 +43,13 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 void TemporaryFolder::Remove() const {
-  std::error_code ignored;
-  if (!path_.empty()) fs::remove_all(path_, ignored);
+  // Where a signal ends the run, an operator may be about to write its settings file.
+  constexpr int kMostTries = 3;
+  std::error_code error;
+  for (int attempt = 0; attempt < kMostTries && !path_.empty(); ++attempt) {
+    fs::remove_all(path_, error);
+    if (!error) return;
+  }
 }
 
 }  // namespace zyngrad

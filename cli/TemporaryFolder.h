@@ -8,8 +8,8 @@
 
 namespace zyngrad {
 
-/// A new folder among the system's temporary files; it goes with its content when the object does, or when a signal ends
-/// the program.
+/// A new folder among the system's temporary files; it goes with its content when the object does, or when a
+/// signal ends the program.
 class TemporaryFolder {
  public:
   TemporaryFolder();  ///< throws UsageError when there is no place for it

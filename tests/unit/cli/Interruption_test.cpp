@@ -21,7 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// For one test. Not a TemporaryFolder: a process that is forked here would take it along when it is interrupted.
+/// For one test. Not a TemporaryFolder: a process that is forked here would take it along when it is
+/// interrupted.
 class PlainFolder {
  public:
   PlainFolder()

@@ -5,7 +5,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "cli/UsageError.h"
+#include "cli/AgreedError.h"
 #include "tests/unit/cli/TestRanks.h"
 
 namespace zyngrad {
@@ -24,6 +24,15 @@ TEST(Ranks, TurnWhateverIsThrownIntoOneUsageError) {
   EXPECT_EQ(ErrorOf([] { throw std::runtime_error("broken"); }), "broken");
   EXPECT_EQ(ErrorOf([] { throw std::bad_alloc(); }), "not enough memory on rank 0");
   EXPECT_EQ(ErrorOf([] {}), "no error");
+}
+
+TEST(Ranks, ThrowErrorsThatSayHowManyHaveAgreed) {
+  try {
+    TestRanks().Together([] { throw UsageError("broken"); });
+    FAIL() << "no error";
+  } catch (const AgreedError& error) {
+    EXPECT_EQ(error.rankCount(), TestRanks().count());
+  }
 }
 
 TEST(Ranks, GatherRowsInRankOrder) {

@@ -34,13 +34,14 @@ TEST(StdoutToFile, CatchesStreamsStdioAndTheDescriptorAndLetsGoAfterwards) {
   std::filesystem::remove(file);
 }
 
-TEST(StdoutToFile, LeavesOutputWhereItWasWhenTheFileCannotBeOpened) {
+TEST(StdoutToFile, LeavesOutputWhereItWasAndSaysSoWhenTheFileCannotBeOpened) {
   testing::internal::CaptureStdout();
   {
     const StdoutToFile redirect("no_such_folder/file.txt");
     std::cout << "still here";
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
+  EXPECT_THROW(StdoutToFile::CheckAll(), UsageError);
 }
 
 TEST(StdoutToFile, SaysThatAFileHasLostSomethingAndSparesStandardOutput) {
