@@ -9,7 +9,7 @@
 #include <cstring>
 #include <vector>
 
-#include "cli/OneLine.h"
+#include "cli/OutputNames.h"
 #include "cli/UsageError.h"
 
 namespace zyngrad {
@@ -18,7 +18,7 @@ namespace {
 using Crc = boost::crc_optimal<64, 0x42F0E1EBA9EA3693, ~std::uint64_t{0}, ~std::uint64_t{0}, true, true>;
 
 [[noreturn]] void Fail(const std::string& verb, const std::string& file, int reason) {
-  throw UsageError("cannot " + verb + ' ' + Quoted(file) + ": " + std::strerror(reason));
+  throw UsageError("cannot " + verb + ' ' + QuotedPath(file) + ": " + std::strerror(reason));
 }
 
 /// A file or folder that is open for reading.

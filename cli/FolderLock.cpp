@@ -12,7 +12,6 @@
 #include <system_error>
 #include <thread>
 
-#include "cli/OneLine.h"
 #include "cli/OutputNames.h"
 #include "cli/UsageError.h"
 
@@ -27,16 +26,10 @@ constexpr int kMostTries = 100;
 constexpr std::chrono::milliseconds kPatience(300);
 
 [[noreturn]] void Fail(const std::string& file, int reason) {
-  throw UsageError("cannot write " + Quoted(file) + ": " + std::strerror(reason));
+  throw UsageError("cannot write " + QuotedPath(file) + ": " + std::strerror(reason));
 }
 
-/// A folder, not a link to one: what stands in it will be removed.
-void MakePlace(const std::string& place) {
-  std::error_code error;
-  fs::create_directory(place, error);
-  if (error) Fail(place, error.value());
-  if (fs::symlink_status(place, error).type() != fs::file_type::directory) Fail(place, ENOTDIR);
-}
+void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
 bool IsEmpty(const std::string& place) {
   std::error_code error;
@@ -65,61 +58,143 @@ std::string ReadAll(int descriptor) {
 
 FolderLock::~FolderLock() { Close(); }
 
-bool FolderLock::Take(const std::string& place) {
+FolderLock::Outcome FolderLock::Take(const std::string& place, const std::string& text) {
+  bool madePlace = false;
+  try {
+    const Outcome outcome = TakeOrMake(place, text, madePlace);
+    hasTaken_ = outcome == Outcome::Taken;
+    if (!hasTaken_) Close();
+    return outcome;
+  } catch (...) {
+    Close();
+    if (madePlace) rmdir(place.c_str());
+    throw;
+  }
+}
+
+FolderLock::Outcome FolderLock::TakeOrMake(const std::string& place, const std::string& text,
+                                           bool& madePlace) {
   for (int attempt = 0; attempt < kMostTries; ++attempt) {
-    MakePlace(place);
-    // In a folder of somebody else not even the lock may appear. One that holds nothing is what a run leaves that is
-    // killed before it gets any further.
-    if (!Open(place, 0) && !(IsEmpty(place) && Open(place, O_CREAT))) {
-      if (IsEmpty(place) || Exists(file_) || !Exists(place)) continue;  // a run has come or gone in between
+    if (mkdir(place.c_str(), 0777) == 0) {
+      madePlace = true;
+    } else if (errno == ENOENT) {
+      return Outcome::NoPlace;
+    } else if (errno != EEXIST) {
+      Fail(place, errno);
+    }
+    // A folder, not a link to one: what stands in it will be removed.
+    std::error_code error;
+    const fs::file_type type = fs::symlink_status(place, error).type();
+    if (type == fs::file_type::not_found) continue;
+    if (type != fs::file_type::directory) Fail(place, ENOTDIR);
+
+    if (Open(place)) {
+      const Answer answer = SetLock(F_WRLCK);
+      if (answer == Answer::Refused) return Outcome::InUse;
+      if (Content().empty() && attempt + 1 < kMostTries) {  // another process may be about to write it
+        Close();
+        Pause();
+        continue;
+      }
+      if (!IsStillThere()) continue;
+      return answer == Answer::NoLocks ? Outcome::Unknown : Outcome::Taken;
+    }
+    // In a folder of somebody else not even the lock may appear. One that holds nothing is what a run leaves
+    // that is killed before it gets any further.
+    if (IsEmpty(place)) {
+      if (Make(place, text)) return Outcome::Taken;
+    } else if (!Exists(file_) && Exists(place) && !IsEmpty(place)) {
       throw UsageError(
           QuotedPath(place) +
           " is not from a run of zyngrad: move it away, or choose another output folder with -o");
     }
-    if (!SetLock(F_WRLCK)) {
-      Close();
-      return false;
-    }
-    if (IsStillThere()) return true;
   }
   Fail(place, EBUSY);
+}
+
+/// @return false when another process was quicker, or when the folder has gone
+bool FolderLock::Make(const std::string& place, const std::string& text) {
+  return MakeAtOnce(place, text) || (!Exists(file_) && MakeInSteps(text));
+}
+
+/// The file gets its name when it is whole and locked. Who is killed before leaves nothing.
+/// @return false when the system cannot do that, too
+bool FolderLock::MakeAtOnce(const std::string& place, const std::string& text) {
+  descriptor_ = open(place.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
+  if (descriptor_ < 0) return false;
+  Write(text);
+  SetLock(F_WRLCK);
+  const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor_);
+  if (linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, file_.c_str(), AT_SYMLINK_FOLLOW) == 0) return true;
+  Close();
+  return false;
+}
+
+/// Who is killed between making the file and writing it leaves one that no run will take over.
+bool FolderLock::MakeInSteps(const std::string& text) {
+  descriptor_ = open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
+  if (descriptor_ < 0) {
+    if (errno != EEXIST && errno != ENOENT) Fail(file_, errno);
+    return false;
+  }
+  // Whoever sees the empty file lets go of it at once.
+  for (int attempt = 0; SetLock(F_WRLCK) == Answer::Refused; ++attempt) {
+    if (attempt == kMostTries) Fail(file_, EBUSY);
+    Pause();
+  }
+  try {
+    Write(text);
+  } catch (...) {
+    unlink(file_.c_str());
+    throw;
+  }
+  return true;
 }
 
 std::string FolderLock::Content() const { return ReadAll(descriptor_); }
 
 void FolderLock::Share(const std::string& text) {
-  errno = 0;
-  if (ftruncate(descriptor_, 0) != 0 ||
-      pwrite(descriptor_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()) ||
-      (fsync(descriptor_) != 0 && errno != EINVAL))
-    Fail(file_, errno != 0 ? errno : ENOSPC);
+  if (Content() != text) Write(text);
   SetLock(F_RDLCK);
 }
 
+/// Shortened at the end only: at no time is the file empty, which nobody would know as ours.
+void FolderLock::Write(const std::string& text) const {
+  errno = 0;
+  if (pwrite(descriptor_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()) ||
+      ftruncate(descriptor_, static_cast<off_t>(text.size())) != 0 ||
+      (fsync(descriptor_) != 0 && errno != EINVAL))
+    Fail(file_, errno != 0 ? errno : ENOSPC);
+}
+
 void FolderLock::Join(const std::string& place) {
-  if (!Open(place, 0)) Fail(file_, ENOENT);
-  if (!SetLock(F_RDLCK)) Fail(file_, EAGAIN);
+  if (!Open(place)) Fail(file_, ENOENT);
+  if (SetLock(F_RDLCK) == Answer::Refused) Fail(file_, EAGAIN);
 }
 
 std::string FolderLock::ContentIn(const std::string& place) {
   FolderLock other;
-  return other.Open(place, 0) ? other.Content() : "";
+  return other.Open(place) ? other.Content() : "";
 }
 
 bool FolderLock::Release() {
   if (descriptor_ < 0) return false;
   // Not from shared to alone in one step: two processes that try it keep each other from it.
-  SetLock(F_UNLCK);
-  // The ranks of a run leave within moments of each other. Waiting for the others makes sure that somebody is left to
-  // clear up even if they are killed on their way out.
+  if (SetLock(F_UNLCK) == Answer::NoLocks) {
+    if (hasTaken_ && IsStillThere()) return true;
+    Close();
+    return false;
+  }
+  // The ranks of a run leave within moments of each other. Waiting for the others makes sure that somebody is
+  // left to clear up even if they are killed on their way out.
   const auto begin = std::chrono::steady_clock::now();
   while (IsStillThere()) {
-    if (SetLock(F_WRLCK)) {
+    if (SetLock(F_WRLCK) == Answer::Granted) {
       if (IsStillThere()) return true;
       break;
     }
     if (std::chrono::steady_clock::now() - begin > kPatience) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    Pause();
   }
   Close();
   return false;
@@ -130,11 +205,11 @@ void FolderLock::Remove() {
   Close();
 }
 
-/// @return false when the folder has gone in the meantime
-bool FolderLock::Open(const std::string& place, int flags) {
+/// @return false when there is none
+bool FolderLock::Open(const std::string& place) {
   Close();
   file_ = (fs::path(place) / kLockFile).string();
-  descriptor_ = open(file_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | flags, 0666);
+  descriptor_ = open(file_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor_ < 0) {
     if (errno != ENOENT) Fail(file_, errno);
     return false;
@@ -148,13 +223,16 @@ bool FolderLock::Open(const std::string& place, int flags) {
 }
 
 /// Locks of the open file rather than of the process: closing another descriptor does not lose them.
-/// @return false when another process holds a lock that excludes this one
-bool FolderLock::SetLock(short type) const {
+int FolderLock::LockBySystem(int descriptor, struct flock& lock) {
+  return fcntl(descriptor, F_OFD_SETLK, &lock);
+}
+
+FolderLock::Answer FolderLock::SetLock(short type) const {
   struct flock lock = {};
   lock.l_type = type;
   lock.l_whence = SEEK_SET;
-  if (fcntl(descriptor_, F_OFD_SETLK, &lock) == 0) return true;
-  return errno != EAGAIN && errno != EACCES;  // else the file system has no locks
+  if (lockCall_(descriptor_, lock) == 0) return Answer::Granted;
+  return errno == EAGAIN || errno == EACCES ? Answer::Refused : Answer::NoLocks;
 }
 
 /// Whether the file that was opened has not been removed, nor replaced, by a run that ended in the meantime.

@@ -82,7 +82,7 @@ class ManifestReader {
   throw UsageError(QuotedPath(path) + ' ' + what + ": move it away, or choose another output folder with -o");
 }
 
-/// At most kLargest bytes and one.
+/// Throws UsageError when it is larger than kLargest.
 std::string Content(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) Fail(path, "cannot be read");

@@ -8,8 +8,8 @@
 
 namespace zyngrad {
 
-/// The list that a run leaves in its output folder of what it wrote there. A later run replaces or removes only files
-/// that the list names and that still have the content that it says.
+/// The list that a run leaves in its output folder of what it wrote there. A later run replaces or removes
+/// only files that the list names and that still have the content that it says.
 struct Manifest {
   struct File {
     std::string name;  ///< relative to the output folder

@@ -1,5 +1,8 @@
 #include "cli/OutputFolder.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -49,16 +52,50 @@ std::set<std::string> FoldersOf(const std::vector<std::string>& files) {
 
 [[noreturn]] void RefusePlace(const PlaceInFolder& place) {
   throw UsageError("cannot write " + QuotedPath(place.path) + ": " +
-                   (place.kind == Kind::Folder ? "it is a folder"
-                                               : "what stands there is not from an earlier run of zyngrad") +
+                   (place.error != 0             ? std::strerror(place.error)
+                    : place.kind == Kind::Folder ? "it is a folder"
+                                                 : "no manifest says that a run of zyngrad wrote it") +
                    kAdvice);
+}
+
+[[noreturn]] void RefuseChange(const std::string& path) {
+  throw UsageError(QuotedPath(path) + " was changed during this run" + kAdvice);
+}
+
+/// Without steps into a folder that is missing and out again: nobody wants it made.
+std::string WithoutDetours(const std::string& folder) {
+  fs::path there, missing;
+  std::error_code ignored;
+  for (const fs::path& step : fs::path(folder)) {
+    if (step == ".." && !missing.empty()) {
+      missing = missing.parent_path();
+    } else if (!missing.empty() || !fs::exists(fs::symlink_status(there / step, ignored))) {
+      missing /= step;
+    } else {
+      there /= step;
+    }
+  }
+  const std::string way = (missing.empty() ? there : there / missing).string();
+  return way.empty() && !folder.empty() ? "." : way;
+}
+
+/// Moves a file to a place that must be free. Sets errno like rename.
+bool MoveToFreePlace(const char* from, const char* to) {
+  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  struct stat ignored = {};  // the file system cannot look and move in one step
+  if (lstat(to, &ignored) == 0) {
+    errno = EEXIST;
+    return false;
+  }
+  return std::rename(from, to) == 0;
 }
 
 }  // namespace
 
-OutputFolder::OutputFolder(const Ranks& ranks, std::string folder, OutputPlan plan)
+OutputFolder::OutputFolder(const Ranks& ranks, const std::string& folder, OutputPlan plan)
     : ranks_(ranks),
-      path_(std::move(folder)),
+      path_(WithoutDetours(folder)),
       plan_({std::move(plan.command), WithLogs(std::move(plan.files), ranks)}),
       unfinished_((fs::path(path_) / "unfinished.part").string(), With(plan_.files, kManifestName)) {
   cleanup_.emplace([this] { Leave(); });
@@ -77,15 +114,12 @@ OutputFolder::~OutputFolder() {
 }
 
 void OutputFolder::Open() {
-  ranks_.Together([this] {
-    const NoInterruption wait;
-    if (ranks_.IsFirst()) MakeFolder();
-  });
   Occupy();
   ranks_.Together([this] {
     if (!ranks_.IsFirst()) return;
     ReadEarlierRun();
     CheckPlaces();
+    CheckFolders();
   });
   ranks_.Together([this] {
     logFile_ = Stage(LogName(ranks_.rank()));
@@ -93,7 +127,8 @@ void OutputFolder::Open() {
   });
 }
 
-void OutputFolder::MakeFolder() {
+/// @return false when one of the folders has gone meanwhile
+bool OutputFolder::MakeFolder() {
   if (path_.empty()) throw UsageError("the name of the output folder is empty");
   std::error_code error;
   fs::path way;
@@ -102,23 +137,40 @@ void OutputFolder::MakeFolder() {
     if (step.empty() || fs::exists(way, error)) continue;
     const std::string made = fs::absolute(way, error).string();
     if (mkdir(way.c_str(), 0777) == 0) {
-      madeFolders_.push_back(made);
+      if (std::find(madeFolders_.begin(), madeFolders_.end(), made) == madeFolders_.end())
+        madeFolders_.push_back(made);
+    } else if (errno == ENOENT) {
+      return false;
     } else if (errno != EEXIST) {
-      throw UsageError("cannot make the output folder " + Quoted(path_) + ": " + std::strerror(errno));
+      throw UsageError("cannot make the output folder " + QuotedPath(path_) + ": " + std::strerror(errno));
     }
   }
-  if (!fs::is_directory(path_, error)) throw UsageError("the output folder " + Quoted(path_) + " is a file");
+  if (fs::is_directory(path_, error)) return true;
+  struct stat ignored = {};
+  if (lstat(path_.c_str(), &ignored) != 0 && errno == ENOENT) return false;
+  throw UsageError("the output folder " + QuotedPath(path_) + " is not a folder");
 }
 
-/// The first rank alone looks whether the folder is free, and clears it of what a killed run left; then all ranks hold
-/// its lock, so that it stays taken while any of them is alive.
+/// Another run that ends removes empty folders that it has made; so often in a row none will.
+FolderLock::Outcome OutputFolder::Take() {
+  constexpr int kMostTries = 100;
+  for (int attempt = 0; attempt < kMostTries; ++attempt) {
+    if (!MakeFolder()) continue;
+    const FolderLock::Outcome outcome = unfinished_.Take();
+    if (outcome != FolderLock::Outcome::NoPlace) return outcome;
+  }
+  throw UsageError("cannot make the output folder " + QuotedPath(path_) + ": " + std::strerror(ENOENT));
+}
+
+/// The first rank alone looks whether the folder is free, and clears it of what a killed run left; then all
+/// ranks hold its lock, so that it stays taken while any of them is alive.
 void OutputFolder::Occupy() {
   std::string holder;
   ranks_.Together([this, &holder] {
     if (!ranks_.IsFirst()) return;
     const NoInterruption wait;
-    if (!unfinished_.Take()) {
-      throw UsageError("the output folder " + Quoted(path_) + " is in use by another run (" +
+    if (Take() != FolderLock::Outcome::Taken) {
+      throw UsageError("the output folder " + QuotedPath(path_) + " is in use by another run (" +
                        unfinished_.PresentHolder() + ")");
     }
     holder = unfinished_.Holder();
@@ -131,7 +183,7 @@ void OutputFolder::Occupy() {
       unfinished_.Join(holder);
     } catch (const UsageError& error) {
       throw UsageError("rank " + std::to_string(ranks_.rank()) + " does not share the output folder " +
-                       Quoted(path_) + " with rank 0 (" + error.what() + ")");
+                       QuotedPath(path_) + " with rank 0 (" + error.what() + ")");
     }
   });
   ShareMadeFolders();
@@ -155,27 +207,39 @@ std::string OutputFolder::UnfinishedPathOf(const std::string& name) const {
 }
 
 void OutputFolder::ReadEarlierRun() {
+  Know(kManifestName, {});
   const std::optional<Manifest> manifest = Manifest::Read(path_);
-  if (!manifest) return;
+  if (!manifest) {
+    known_.clear();
+    return;
+  }
+  known_[kManifestName].contents = {FingerprintOf(PathOf(kManifestName))};
+  if (IdentityOf(PathOf(kManifestName)) != known_[kManifestName].identity)
+    RefuseChange(PathOf(kManifestName));
   if (manifest->command != plan_.command) {
-    throw UsageError("the output folder " + Quoted(path_) + " holds results of zyngrad " +
+    throw UsageError("the output folder " + QuotedPath(path_) + " holds results of zyngrad " +
                      Quoted(manifest->command) + ": choose another one with -o");
   }
   earlier_ = *manifest;
   std::map<std::string, std::vector<Fingerprint>> versions;
   for (const Manifest::File& file : earlier_.files) versions[file.name].push_back(file.fingerprint);
-  for (const auto& [name, known] : versions) {
+  for (const auto& [name, contents] : versions) {
     const PlaceInFolder place = LookAt(path_, name);
     if (place.kind == Kind::Free) continue;
-    // Looked at before it is read: what changes meanwhile is noticed later.
-    const std::optional<Identity> identity = IdentityOf(place.path);
-    if (place.kind != Kind::File || !identity ||
-        std::find(known.begin(), known.end(), FingerprintOf(place.path)) == known.end()) {
+    if (place.error != 0) RefusePlace(place);
+    Know(name, contents);
+    if (place.kind != Kind::File ||
+        std::find(contents.begin(), contents.end(), FingerprintOf(place.path)) == contents.end()) {
       throw UsageError(QuotedPath(place.path) + " has changed since an earlier run of zyngrad wrote it" +
                        kAdvice);
     }
-    knownFile_.emplace(name, *identity);
   }
+}
+
+/// Before the file is read: what changes meanwhile is noticed later.
+void OutputFolder::Know(const std::string& name, const std::vector<Fingerprint>& contents) {
+  const std::optional<Identity> identity = IdentityOf(PathOf(name));
+  if (identity) known_[name] = {*identity, contents};
 }
 
 /// By what the system tells of a file: a change of its content shows in the times.
@@ -186,21 +250,53 @@ std::optional<OutputFolder::Identity> OutputFolder::IdentityOf(const std::string
                   {s.st_size, s.st_mtim.tv_sec, s.st_mtim.tv_nsec, s.st_ctim.tv_sec, s.st_ctim.tv_nsec}};
 }
 
+/// Whether a file that was known stands there with its content. Its times change with its permissions or its
+/// links, too, so the content has the last word.
+bool OutputFolder::IsUnchanged(const std::string& name) const {
+  const auto known = known_.find(name);
+  const PlaceInFolder place = LookAt(path_, name);
+  if (known == known_.end() || place.kind != Kind::File) return false;
+  if (IdentityOf(place.path) == known->second.identity) return true;
+  const std::vector<Fingerprint>& contents = known->second.contents;
+  return std::find(contents.begin(), contents.end(), FingerprintOf(place.path)) != contents.end();
+}
+
 /// Throws UsageError unless every planned name is free or has the file of an earlier run.
 void OutputFolder::CheckPlaces() const {
   for (const std::string& name : plan_.files) {
     const PlaceInFolder place = LookAt(path_, name);
-    if (place.kind != Kind::Free && knownFile_.count(name) == 0) RefusePlace(place);
+    if (place.kind != Kind::Free && known_.count(name) == 0) RefusePlace(place);
+  }
+}
+
+/// Throws UsageError unless files can be moved into each folder that is already there.
+void OutputFolder::CheckFolders() const {
+  struct stat base = {}, inside = {};
+  if (stat(path_.c_str(), &base) != 0)
+    throw UsageError("cannot read " + QuotedPath(path_) + ": " + std::strerror(errno));
+  for (const std::string& name : FoldersOf(plan_.files)) {
+    const PlaceInFolder place = LookAt(path_, name);
+    if (place.kind == Kind::Free) continue;
+    int reason = 0;
+    if (faccessat(AT_FDCWD, place.path.c_str(), W_OK | X_OK, AT_EACCESS) != 0 ||
+        stat(place.path.c_str(), &inside) != 0) {
+      reason = errno;
+    } else if (inside.st_dev != base.st_dev) {
+      reason = EXDEV;
+    }
+    if (reason != 0)
+      throw UsageError("cannot write into " + QuotedPath(place.path) + ": " + std::strerror(reason));
   }
 }
 
 /// Throws UsageError when one has changed while this run worked.
 void OutputFolder::CheckEarlierFiles() const {
-  for (const auto& [name, identity] : knownFile_) {
-    const std::optional<Identity> now = IdentityOf(PathOf(name));
-    if (now && *now != identity)
-      throw UsageError(QuotedPath(PathOf(name)) + " was changed during this run" + kAdvice);
+  for (const auto& [name, known] : known_) {
+    if (LookAt(path_, name).kind != Kind::Free && !IsUnchanged(name)) RefuseChange(PathOf(name));
   }
+  const PlaceInFolder manifest = LookAt(path_, kManifestName);
+  if (manifest.kind != Kind::Free && known_.count(kManifestName) == 0)
+    throw UsageError(QuotedPath(manifest.path) + " has come during this run" + kAdvice);
 }
 
 std::string OutputFolder::Stage(const std::string& name) {
@@ -214,6 +310,7 @@ void OutputFolder::Commit(const std::string& closingText) {
   std::string own;
   ranks_.Together([this, &own] {
     StdoutToFile::CheckAll();
+    unfinished_.Check();
     own = SettleStaged();
   });
   const std::string all = ranks_.GatherOnFirst(own);
@@ -223,24 +320,18 @@ void OutputFolder::Commit(const std::string& closingText) {
   if (ranks_.IsFirst()) std::cout << closingText;
   FlushStandardOutput(ranks_);
 
-  // From here on a signal waits. Each rank says so before any of them begins to move.
+  // From here on a signal waits. Each rank says so before the first one begins to move.
   const NoInterruption wait;
+  ranks_.Barrier();
   ranks_.Together([this] {
     if (!ranks_.IsFirst()) return;
+    unfinished_.Check();
     CheckEarlierFiles();  // printing may have taken long
     CheckPlaces();
-  });
-  ranks_.Together([this] {
-    if (!ranks_.IsFirst()) return;
-    MoveManifest();
-  });
-  ranks_.Together([this] {
-    if (!ranks_.IsFirst()) MoveStaged();
-  });
-  ranks_.Together([this] {
-    if (!ranks_.IsFirst()) return;
+    MoveManifest(both_);
     MoveStaged();
     RemoveOutdated();
+    RenewManifest();
   });
   for (const std::string& folder : madeFolders_) SettleFolder(fs::path(folder).parent_path().string());
   madeFolders_.clear();
@@ -256,8 +347,8 @@ std::string OutputFolder::SettleStaged() const {
   return text.str();
 }
 
-/// All that needs space on the disk: the folders, and a manifest that holds whatever a run that dies while it moves files
-/// leaves behind.
+/// All that cannot be done without space on the disk: the folders, and a manifest that holds whatever a run
+/// that dies while it moves files leaves behind.
 void OutputFolder::PrepareMove(const std::string& staged) {
   CheckEarlierFiles();
   CheckPlaces();
@@ -280,9 +371,9 @@ void OutputFolder::PrepareMove(const std::string& staged) {
   }
   next_.folders.assign(ours.begin(), ours.end());
 
-  Manifest both = next_;
-  both.files.insert(both.files.end(), earlier_.files.begin(), earlier_.files.end());
-  WriteManifest(both);
+  both_ = next_;
+  both_.files.insert(both_.files.end(), earlier_.files.begin(), earlier_.files.end());
+  WriteManifest(both_);
 }
 
 /// Among the unfinished files.
@@ -292,56 +383,92 @@ void OutputFolder::WriteManifest(const Manifest& manifest) const {
   Settle(file);
 }
 
+/// Looks at the place once more: nothing is replaced that has come or changed since it was looked at before.
 void OutputFolder::Move(const std::string& name) const {
-  const std::string from = UnfinishedPathOf(name), to = PathOf(name);
-  if (std::rename(from.c_str(), to.c_str()) != 0)
-    throw UsageError("cannot write " + QuotedPath(to) + ": " + std::strerror(errno));
+  const std::string from = UnfinishedPathOf(name);
+  const PlaceInFolder place = LookAt(path_, name);
+  const std::string to = PathOf(name);
+  bool hasMoved = false;
+  if (place.kind == Kind::Free) {
+    hasMoved = MoveToFreePlace(from.c_str(), to.c_str());
+  } else {
+    if (!IsUnchanged(name)) RefuseChange(place.path);
+    hasMoved = std::rename(from.c_str(), to.c_str()) == 0;
+  }
+  if (!hasMoved) throw UsageError("cannot write " + QuotedPath(to) + ": " + std::strerror(errno));
 }
 
-void OutputFolder::MoveManifest() const {
+/// @param[in] manifest  the one among the unfinished files
+void OutputFolder::MoveManifest(const Manifest& manifest) {
   Move(kManifestName);
+  Know(kManifestName, {FingerprintOfText(manifest.Text())});
   SettleFolder(path_);
 }
 
+/// The files of all ranks. One rank alone moves them, since it knows by which signs to tell the earlier ones.
 void OutputFolder::MoveStaged() {
-  std::set<std::string> folders = {path_};
-  for (const std::string& name : staged_) {
-    Move(name);
-    folders.insert(fs::path(PathOf(name)).parent_path().string());
+  std::vector<std::string> names;
+  for (const Manifest::File& file : next_.files) names.push_back(file.name);
+  const auto ownCount = static_cast<std::ptrdiff_t>(staged_.size());
+  std::rotate(names.begin(), names.begin() + ownCount, names.end());
+
+  std::set<std::string> folders = {""};
+  for (const std::string& name : names) folders.insert(fs::path(name).parent_path().string());
+  // A network file system then shows what other machines have put there.
+  for (const std::string& folder : folders) SettleFolder(UnfinishedPathOf(folder));
+  bool hasMoved = false;
+  for (const std::string& name : names) {
+    try {
+      Move(name);
+    } catch (const UsageError& error) {
+      if (!hasMoved) throw;
+      throw UsageError(error.what() + std::string("; some results in ") + QuotedPath(path_) +
+                       " are new and some are old, and the next run replaces both");
+    }
+    hasMoved = true;
   }
-  staged_.clear();
-  for (const std::string& folder : folders) SettleFolder(folder);
+  for (const std::string& folder : folders) SettleFolder(PathOf(folder));
 }
 
-/// Earlier files that have no successor. What cannot be removed stays in the manifest.
+/// Earlier files that have no successor. What cannot be removed stays in the manifest; what has changed in
+/// the last moment is somebody else's.
 void OutputFolder::RemoveOutdated() {
   std::set<std::string> present;
   for (const Manifest::File& file : next_.files) present.insert(file.name);
-  std::error_code ignored;
   for (const Manifest::File& file : earlier_.files) {
-    if (present.count(file.name) > 0 || knownFile_.count(file.name) == 0) continue;
-    fs::remove(PathOf(file.name), ignored);
-    if (LookAt(path_, file.name).kind == Kind::File) next_.files.push_back(file);
+    if (present.count(file.name) > 0 || known_.count(file.name) == 0) continue;
+    try {
+      if (!IsUnchanged(file.name)) continue;
+    } catch (const UsageError&) {
+      continue;  // it cannot be read any more
+    }
+    if (unlink(PathOf(file.name).c_str()) != 0 && errno != ENOENT) next_.files.push_back(file);
   }
   std::vector<std::string> folders;
   std::swap(folders, next_.folders);
   for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
     const PlaceInFolder place = LookAt(path_, *folder);
-    if (place.kind == Kind::Folder && !fs::remove(place.path, ignored)) next_.folders.push_back(*folder);
+    if (place.kind == Kind::Folder && rmdir(place.path.c_str()) != 0) next_.folders.push_back(*folder);
   }
   std::sort(next_.folders.begin(), next_.folders.end());
-  WriteManifest(next_);
-  MoveManifest();
 }
 
-/// Whoever leaves last clears the place, without waiting for others. Only empty folders go: another run may already be
-/// there.
+/// All results are in place, and the manifest names them besides the earlier ones. If the disk does not take
+/// the one without those, it stays as it is, and holds.
+void OutputFolder::RenewManifest() {
+  try {
+    WriteManifest(next_);
+    MoveManifest(next_);
+  } catch (const UsageError&) {
+    return;
+  }
+}
+
+/// Whoever leaves last clears the place, without waiting for others. Only empty folders go: another run may
+/// already be there.
 void OutputFolder::Leave() {
   unfinished_.Leave();
-  for (auto folder = madeFolders_.rbegin(); folder != madeFolders_.rend(); ++folder) {
-    std::error_code ignored;
-    fs::remove(*folder, ignored);
-  }
+  for (auto folder = madeFolders_.rbegin(); folder != madeFolders_.rend(); ++folder) rmdir(folder->c_str());
   madeFolders_.clear();
 }
 

@@ -35,6 +35,7 @@ PlaceInFolder LookAt(const std::string& folder, const std::string& name) {
     std::error_code error;
     const fs::file_type type = fs::symlink_status(way, error).type();
     if (type == fs::file_type::not_found) return {Kind::Free, way.string()};
+    if (type == fs::file_type::none) return {Kind::Other, way.string(), error.value()};
     kind = Kind::Other;
     if (type == fs::file_type::regular) kind = Kind::File;
     if (type == fs::file_type::directory) kind = Kind::Folder;

@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -28,11 +30,13 @@ std::string Self() {
   return "process " + std::to_string(getpid()) + " on " + OneLine(host);
 }
 
+bool IsMarked(const std::string& listing) { return listing.rfind(kMarker + '\n', 0) == 0; }
+
 /// The second of the lines that end, behind the marker.
 std::string HolderIn(const std::string& listing) {
   const std::size_t begin = kMarker.size() + 1;
   const std::size_t end = listing.find('\n', begin);
-  if (listing.rfind(kMarker + '\n', 0) != 0 || end == std::string::npos) return "";
+  if (!IsMarked(listing) || end == std::string::npos) return "";
   return OneLine(listing.substr(begin, end - begin));
 }
 
@@ -41,7 +45,7 @@ struct Listed {
   std::vector<std::string> files, folders;
 };
 
-/// A last line that does not end was cut off when the run was killed: nothing was made yet.
+/// A last line that does not end was cut off.
 Listed Parse(const std::string& listing) {
   Listed listed;
   std::istringstream in(listing);
@@ -61,8 +65,7 @@ Listed Parse(const std::string& listing) {
 
 /// Throws UsageError when the folder holds anything but the lock's file and what is listed.
 void CheckForOthers(const std::string& folder, const std::string& listing) {
-  const bool isMarked = listing.rfind(kMarker + '\n', 0) == 0;
-  if (!isMarked && kMarker.rfind(listing, 0) != 0) Refuse(folder);
+  if (!IsMarked(listing)) Refuse(folder);
   const Listed listed = Parse(listing);
   const std::set<std::string> files(listed.files.begin(), listed.files.end());
   const std::set<std::string> folders(listed.folders.begin(), listed.folders.end());
@@ -95,16 +98,29 @@ std::vector<std::string> FoldersOf(const std::vector<std::string>& files) {
 
 }  // namespace
 
-UnfinishedFolder::UnfinishedFolder(std::string path, std::vector<std::string> files)
-    : path_(std::move(path)), files_(std::move(files)), folders_(FoldersOf(files_)) {}
+UnfinishedFolder::UnfinishedFolder(std::string path, std::vector<std::string> files,
+                                   FolderLock::LockCall lockCall)
+    : path_(std::move(path)), files_(std::move(files)), folders_(FoldersOf(files_)), lock_(lockCall) {}
 
-bool UnfinishedFolder::Take() {
-  if (!lock_.Take(path_)) return false;
+FolderLock::Outcome UnfinishedFolder::Take() {
+  using Outcome = FolderLock::Outcome;
+  const Outcome outcome = lock_.Take(path_, Listing());
+  if (outcome == Outcome::Unknown) {
+    if (!IsMarked(FolderLock::ContentIn(path_))) Refuse(path_);
+    throw UsageError(QuotedPath(path_) + " is in use, or left by a run that was killed (" + PresentHolder() +
+                     "); this file system has no locks: remove the folder if that run is gone");
+  }
+  if (outcome != Outcome::Taken) return outcome;
   try {
     const std::string listing = lock_.Content();
     CheckForOthers(path_, listing);
     const Listed left = Parse(listing);
-    RemoveListed(left.files, left.folders);
+    const int reason = RemoveListed(left.files, left.folders);
+    for (const fs::directory_entry& entry : fs::directory_iterator(path_)) {
+      if (entry.path().filename() == kLockFile) continue;
+      throw UsageError("cannot remove " + QuotedPath(entry.path().string()) + ", which a run has left" +
+                       (reason != 0 ? std::string(": ") + std::strerror(reason) : ""));
+    }
   } catch (const fs::filesystem_error& error) {
     lock_.GiveUp();
     throw UsageError("cannot read " + QuotedPath(path_) + ": " + error.code().message());
@@ -113,19 +129,21 @@ bool UnfinishedFolder::Take() {
     throw;
   }
   lock_.Share(Listing());
+  holder_ = Holder();
   for (const std::string& folder : folders_) {
     std::error_code error;
     fs::create_directory(fs::path(path_) / folder, error);
     if (error)
       throw UsageError("cannot make the folder " + QuotedPath(path_ + '/' + folder) + ": " + error.message());
   }
-  return true;
+  return Outcome::Taken;
 }
 
 std::string UnfinishedFolder::Holder() const { return HolderIn(lock_.Content()); }
 
 void UnfinishedFolder::Join(const std::string& holder) {
   lock_.Join(path_);
+  holder_ = holder;
   if (Holder() == holder) return;
   lock_.GiveUp();
   throw UsageError(QuotedPath(path_) + " is in use by another run");
@@ -136,27 +154,39 @@ std::string UnfinishedFolder::PresentHolder() const {
   return holder.empty() ? "another process" : holder;
 }
 
+void UnfinishedFolder::Check() const {
+  if (!lock_.IsStillThere() || Holder() != holder_)
+    throw UsageError(QuotedPath(path_) + " was removed or replaced during this run");
+}
+
 void UnfinishedFolder::Leave() {
   if (!lock_.Release()) return;
   // Where a signal ends the run, an operator may be about to write its settings file.
   constexpr int kMostTries = 3;
+  int reason = 0;
   for (int attempt = 0; attempt < kMostTries && !(attempt > 0 && HoldsOneThing(path_)); ++attempt)
-    RemoveListed(files_, folders_);
+    reason = RemoveListed(files_, folders_);
+  if (reason != 0 && !HoldsOneThing(path_)) {
+    lock_.GiveUp();
+    return;
+  }
   lock_.Remove();
-  std::error_code ignored;  // should somebody have put a file there, it stays
-  fs::remove(path_, ignored);
+  rmdir(path_.c_str());  // should somebody have put a file there, it stays
 }
 
-void UnfinishedFolder::RemoveListed(const std::vector<std::string>& files,
-                                    const std::vector<std::string>& folders) const {
-  const auto remove = [this](const std::string& name, PlaceInFolder::Kind kind) {
+/// @return the system's reason, where something could not be removed, else 0
+int UnfinishedFolder::RemoveListed(const std::vector<std::string>& files,
+                                   const std::vector<std::string>& folders) const {
+  int reason = 0;
+  const auto remove = [this, &reason](const std::string& name, PlaceInFolder::Kind kind,
+                                      int (*by)(const char*)) {
     const PlaceInFolder place = LookAt(path_, name);
-    std::error_code ignored;  // the next run finds it in the list again
-    if (place.kind == kind) fs::remove(place.path, ignored);
+    if (place.kind == kind && by(place.path.c_str()) != 0 && errno != ENOENT && reason == 0) reason = errno;
   };
-  for (const std::string& file : files) remove(file, PlaceInFolder::Kind::File);
+  for (const std::string& file : files) remove(file, PlaceInFolder::Kind::File, unlink);
   for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
-    remove(*folder, PlaceInFolder::Kind::Folder);
+    remove(*folder, PlaceInFolder::Kind::Folder, rmdir);
+  return reason;
 }
 
 std::string UnfinishedFolder::Listing() const {

@@ -9,7 +9,9 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -25,6 +27,52 @@ namespace zyngrad {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// What the process has asked the system for, in order: "sync NAME" and "move NAME", for names below the
+/// test's folder.
+std::vector<std::string> requests;
+std::string watched;
+std::function<void(const std::string&)> beforeRequest;  ///< is told of each of them
+
+void Record(const std::string& what, const std::string& path) {
+  if (watched.empty() || path.rfind(watched, 0) != 0) return;
+  requests.push_back(what + path.substr(watched.size()));
+  if (beforeRequest) beforeRequest(requests.back());
+}
+
+/// Does something at the moment at which a run asks the system for something, the first time or a later one.
+class AtRequest {
+ public:
+  AtRequest(const fs::path& folder, const std::string& request, const std::function<void()>& work,
+            int before = 0) {
+    watched = folder.string();
+    beforeRequest = [request, work, left = before](const std::string& now) mutable {
+      if (now == request && left-- == 0) work();
+    };
+  }
+  ~AtRequest() {
+    watched.clear();
+    beforeRequest = nullptr;
+  }
+  AtRequest(const AtRequest&) = delete;
+  AtRequest& operator=(const AtRequest&) = delete;
+};
+
+/// As a user who is not the system's own, whom permissions do not stop.
+class Unprivileged {
+ public:
+  Unprivileged() : before_(geteuid()) {
+    if (before_ == 0 && seteuid(65534) != 0) ADD_FAILURE() << "cannot become another user";
+  }
+  ~Unprivileged() {
+    if (before_ == 0 && seteuid(before_) != 0) ADD_FAILURE() << "cannot become root again";
+  }
+  Unprivileged(const Unprivileged&) = delete;
+  Unprivileged& operator=(const Unprivileged&) = delete;
+
+ private:
+  uid_t before_;
+};
 
 /// An empty folder for one test.
 class OutputFolderTest : public testing::Test {
@@ -60,6 +108,17 @@ class OutputFolderTest : public testing::Test {
     OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", files});
     for (const std::string& file : files) Write(folder.Stage(file), text);
     folder.Commit("");
+  }
+
+  /// A run that ends with an error when it commits.
+  /// @return the error
+  std::string Failure(const std::vector<std::string>& files) {
+    try {
+      Run(files, "new");
+    } catch (const UsageError& error) {
+      return error.what();
+    }
+    return "";
   }
 
   /// What a run into the folder a is told that would write these files.
@@ -140,11 +199,10 @@ TEST_F(OutputFolderTest, LeavesLogsAndOtherFilesThatNoRunHasWritten) {
 TEST_F(OutputFolderTest, RefusesAFileThatNoRunHasWritten) {
   fs::create_directory(base_ / "a");
   Write(base_ / "a/results.json", "mine");
-  EXPECT_EQ(
-      Refusal({"results.json"}),
-      "cannot write \"" + (base_ / "a/results.json").string() +
-          "\": what stands there is not from an earlier run of zyngrad: move it away, or choose another "
-          "output folder with -o");
+  EXPECT_EQ(Refusal({"results.json"}),
+            "cannot write \"" + (base_ / "a/results.json").string() +
+                "\": no manifest says that a run of zyngrad wrote it: move it away, or choose another output "
+                "folder with -o");
   EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/results.json"}));
   EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
 }
@@ -193,8 +251,7 @@ TEST_F(OutputFolderTest, RefusesResultsOfAnotherCommand) {
     FAIL() << "results of another command would be lost";
   } catch (const UsageError& error) {
     EXPECT_EQ(std::string(error.what()),
-              "the output folder \"" + (base_ / "a").string().substr(0, 60) +
-                  ((base_ / "a").string().size() > 60 ? "..." : "") +
+              "the output folder \"" + (base_ / "a").string() +
                   "\" holds results of zyngrad \"gradient\": choose another one with -o");
   }
   EXPECT_EQ(Read(base_ / "a/results.json"), "old");
@@ -291,14 +348,6 @@ TEST_F(OutputFolderTest, RefusesAFileAsFolder) {
   EXPECT_EQ(Content(), (std::set<std::string>{"file"}));
 }
 
-/// What the process has asked the system for, in order: "sync NAME" and "move NAME", for names below the test's folder.
-std::vector<std::string> requests;
-std::string watched;
-
-void Record(const std::string& what, const std::string& path) {
-  if (!watched.empty() && path.rfind(watched, 0) == 0) requests.push_back(what + path.substr(watched.size()));
-}
-
 TEST_F(OutputFolderTest, HasFilesOnTheDiskBeforeTheyReplaceOthersAndTheirNamesAfterwards) {
   Run({"results.json", "b/0.vtu"}, "old");
   requests.clear();
@@ -325,6 +374,130 @@ TEST_F(OutputFolderTest, HasFilesOnTheDiskBeforeTheyReplaceOthersAndTheirNamesAf
   EXPECT_EQ(std::count(requests.begin(), requests.end(), "move " + manifest), 2);
 }
 
+TEST_F(OutputFolderTest, LeavesAFileThatStandsWhereItHasMadeItsFolder) {
+  {
+    const OutputFolder folder(TestRanks(), (base_ / "a/b").string(), {"gradient", {}});
+    fs::remove_all(base_ / "a/b");
+    Write(base_ / "a/b", "mine");
+  }
+  EXPECT_EQ(Read(base_ / "a/b"), "mine");
+}
+
+TEST_F(OutputFolderTest, ReplacesNoManifestThatHasComeOrChangedMeanwhile) {
+  for (const bool hasEarlierRun : {false, true}) {
+    if (hasEarlierRun) Run({}, "old");
+    OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {}});
+    Write(base_ / "a/zyngrad-manifest.json", "mine");
+    EXPECT_THROW(folder.Commit(""), UsageError);
+    EXPECT_EQ(Read(base_ / "a/zyngrad-manifest.json"), "mine");
+    fs::remove(base_ / "a/zyngrad-manifest.json");
+  }
+}
+
+TEST_F(OutputFolderTest, ReplacesNothingThatComesOrChangesAtTheLastMoment) {
+  {
+    const AtRequest hook(base_ / "a", "move /results.json",
+                         [this] { Write(base_ / "a/results.json", "mine"); });
+    const std::string failure = Failure({"results.json"});
+    EXPECT_NE(failure.find("results.json\": File exists"), std::string::npos) << failure;
+    EXPECT_NE(failure.find("some results in"), std::string::npos) << failure;
+  }
+  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+  fs::remove(base_ / "a/results.json");
+  Run({"results.json"}, "old");
+  {
+    const AtRequest hook(base_ / "a", "move /log.rank0.txt",
+                         [this] { Write(base_ / "a/results.json", "mine"); });
+    EXPECT_NE(Failure({"results.json"}), "");
+  }
+  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+  fs::remove(base_ / "a/results.json");
+  Run({"results.json"}, "newer");
+  EXPECT_EQ(Read(base_ / "a/results.json"), "newer");
+}
+
+TEST_F(OutputFolderTest, RemovesNoEarlierFileThatChangesAtTheLastMoment) {
+  Run({"gradient.vtu", "results.json"}, "old");
+  {
+    const AtRequest hook(base_ / "a", "move /results.json",
+                         [this] { Write(base_ / "a/gradient.vtu", "mine"); });
+    Run({"results.json"}, "new");
+  }
+  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "mine");
+  EXPECT_EQ(Manifest::Read((base_ / "a").string())->files.size(), 2u);
+}
+
+TEST_F(OutputFolderTest, MovesNothingWhenAnotherRunHasItsFolder) {
+  OutputPlan plan = {"gradient", {"results.json"}};
+  auto first = std::make_unique<OutputFolder>(TestRanks(), (base_ / "a").string(), plan);
+  Write(first->Stage("results.json"), "first");
+  fs::remove_all(base_ / "a/unfinished.part");
+  OutputFolder second(TestRanks(), (base_ / "a").string(), plan);
+  Write(second.Stage("results.json"), "second");
+  EXPECT_THROW(first->Commit(""), UsageError);
+  first.reset();
+  second.Commit("");
+  EXPECT_EQ(Read(base_ / "a/results.json"), "second");
+}
+
+TEST_F(OutputFolderTest, RefusesAFolderThatItMayNotWriteInto) {
+  Run({"pieces/0.vtu"}, "old");
+  fs::permissions(base_ / "a", fs::perms::all);
+  fs::permissions(base_ / "a/pieces", fs::perms(0555));
+  {
+    const Unprivileged user;
+    EXPECT_EQ(Refusal({"pieces/0.vtu"}),
+              "cannot write into \"" + (base_ / "a/pieces").string() + "\": Permission denied");
+  }
+  fs::permissions(base_ / "a/pieces", fs::perms::owner_all);
+  EXPECT_EQ(Read(base_ / "a/pieces/0.vtu"), "old");
+}
+
+TEST_F(OutputFolderTest, SucceedsWithoutItsLastManifest) {
+  Run({"gradient.vtu", "results.json"}, "old");
+  {
+    const AtRequest hook(
+        base_ / "a", "move /zyngrad-manifest.json",
+        [this] { fs::remove(base_ / "a/unfinished.part/zyngrad-manifest.json"); }, 1);
+    EXPECT_EQ(Failure({"results.json"}), "");
+  }
+  EXPECT_EQ(Read(base_ / "a/results.json"), "new");
+  Run({"gradient.vtu"}, "newer");
+  EXPECT_EQ(Content(),
+            (std::set<std::string>{"a", "a/gradient.vtu", "a/log.rank0.txt", "a/zyngrad-manifest.json"}));
+}
+
+TEST_F(OutputFolderTest, ReplacesResultsOfWhichOnlyPermissionsOrLinksChangedMeanwhile) {
+  Run({"gradient.vtu", "results.json"}, "old");
+  OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"gradient.vtu"}});
+  Write(folder.Stage("gradient.vtu"), "new");
+  fs::create_hard_link(base_ / "a/gradient.vtu", base_ / "backup");
+  fs::permissions(base_ / "a/results.json", fs::perms(0600));
+  folder.Commit("");
+  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "new");
+  EXPECT_EQ(Read(base_ / "backup"), "old");
+  EXPECT_FALSE(fs::exists(base_ / "a/results.json"));
+}
+
+TEST_F(OutputFolderTest, MakesNoFolderThatItsNameOnlyPasses) {
+  {
+    OutputFolder folder(TestRanks(), (base_ / "x1/../a/x2/../b").string(), {"gradient", {}});
+    folder.Commit("");
+  }
+  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/b", "a/b/log.rank0.txt", "a/b/zyngrad-manifest.json"}));
+}
+
+TEST_F(OutputFolderTest, SaysWhyAPlaceCannotBeLookedAt) {
+  const std::string refusal = Refusal({std::string(300, 'x')});
+  EXPECT_NE(refusal.find("x\": File name too long"), std::string::npos) << refusal;
+}
+
+TEST_F(OutputFolderTest, RefusesALinkToNowhereAsFolder) {
+  fs::create_symlink("nowhere", base_ / "a");
+  EXPECT_EQ(Refusal({}), "the output folder \"" + (base_ / "a").string() + "\" is not a folder");
+  EXPECT_TRUE(fs::is_symlink(base_ / "a"));
+}
+
 }  // namespace
 
 void RecordSync(int descriptor) {
@@ -347,4 +520,10 @@ extern "C" int fsync(int descriptor) {
 extern "C" int rename(const char* from, const char* to) noexcept {
   zyngrad::RecordMove(to);
   return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                         unsigned int flags) noexcept {
+  zyngrad::RecordMove(to);
+  return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
 }

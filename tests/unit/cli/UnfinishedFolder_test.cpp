@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -15,6 +16,12 @@ namespace zyngrad {
 namespace {
 
 namespace fs = std::filesystem;
+using Outcome = FolderLock::Outcome;
+
+int NoLocks(int, struct flock&) {
+  errno = EOPNOTSUPP;
+  return -1;
+}
 
 class UnfinishedFolderTest : public testing::Test {
  protected:
@@ -55,7 +62,7 @@ class UnfinishedFolderTest : public testing::Test {
 
 TEST_F(UnfinishedFolderTest, HasItsFoldersAndNamesItsHolderAndGoesWithItsFiles) {
   UnfinishedFolder folder(place_, {"a.vtu", "b/c.vtu"});
-  ASSERT_TRUE(folder.Take());
+  ASSERT_EQ(folder.Take(), Outcome::Taken);
   EXPECT_EQ(Content(), (std::set<std::string>{"lock", "b"}));
   EXPECT_EQ(folder.Holder().rfind("process " + std::to_string(getpid()) + " on ", 0), 0u);
   EXPECT_EQ(UnfinishedFolder(place_, {}).PresentHolder(), folder.Holder());
@@ -66,9 +73,9 @@ TEST_F(UnfinishedFolderTest, HasItsFoldersAndNamesItsHolderAndGoesWithItsFiles) 
 
 TEST_F(UnfinishedFolderTest, IsClearedByTheRankThatLeavesLast) {
   UnfinishedFolder first(place_, {"a.vtu"}), second(place_, {"a.vtu"}), other(place_, {});
-  ASSERT_TRUE(first.Take());
+  ASSERT_EQ(first.Take(), Outcome::Taken);
   second.Join(first.Holder());
-  EXPECT_FALSE(other.Take());
+  EXPECT_EQ(other.Take(), Outcome::InUse);
   Write("a.vtu", "half");
   first.Leave();
   EXPECT_TRUE(fs::exists(place_ + "/a.vtu"));
@@ -78,7 +85,7 @@ TEST_F(UnfinishedFolderTest, IsClearedByTheRankThatLeavesLast) {
 
 TEST_F(UnfinishedFolderTest, IsNotJoinedWhenItIsOfAnotherRun) {
   UnfinishedFolder first(place_, {}), second(place_, {});
-  ASSERT_TRUE(first.Take());
+  ASSERT_EQ(first.Take(), Outcome::Taken);
   EXPECT_THROW(second.Join("process 1 on another machine"), UsageError);
   second.Leave();
   EXPECT_TRUE(fs::exists(place_ + "/lock"));
@@ -89,19 +96,19 @@ TEST_F(UnfinishedFolderTest, IsClearedOfWhatAKilledRunHasListed) {
   Write("a.vtu", "half");
   Write("b/c.vtu", "half");
   UnfinishedFolder folder(place_, {"d.vtu"});
-  ASSERT_TRUE(folder.Take());
+  ASSERT_EQ(folder.Take(), Outcome::Taken);
   EXPECT_EQ(Content(), (std::set<std::string>{"lock"}));
 }
 
 TEST_F(UnfinishedFolderTest, IsTakenOverFromARunThatWasKilledInItsFirstSteps) {
-  for (const std::string& torn : {std::string(), std::string("zyngrad unfin"), listing_.substr(0, 60)}) {
+  for (const std::string& torn : {listing_.substr(0, 35), listing_.substr(0, 60)}) {
     LeaveBehind(torn);
     UnfinishedFolder folder(place_, {});
-    EXPECT_TRUE(folder.Take()) << torn;
+    EXPECT_EQ(folder.Take(), Outcome::Taken) << torn;
     folder.Leave();
   }
   fs::create_directory(place_);
-  EXPECT_TRUE(UnfinishedFolder(place_, {}).Take());
+  EXPECT_EQ(UnfinishedFolder(place_, {}).Take(), Outcome::Taken);
 }
 
 TEST_F(UnfinishedFolderTest, RefusesWhatIsInNoListAndTouchesNothing) {
@@ -115,8 +122,8 @@ TEST_F(UnfinishedFolderTest, RefusesWhatIsInNoListAndTouchesNothing) {
 }
 
 TEST_F(UnfinishedFolderTest, RefusesAFolderWhoseLockIsOfSomebodyElse) {
-  for (const char* const text :
-       {"mine", "process 1 on a machine\nfile a.vtu\n", "zyngrad unfinished files, format 2\n"}) {
+  for (const char* const text : {"", "zyngrad unfin", "mine", "process 1 on a machine\nfile a.vtu\n",
+                                 "zyngrad unfinished files, format 2\n"}) {
     LeaveBehind(text);
     Write("a.vtu", "mine");
     EXPECT_NE(Refusal(), "") << text;
@@ -138,9 +145,60 @@ TEST_F(UnfinishedFolderTest, FollowsNoListedNameOutOfTheFolder) {
   LeaveBehind("zyngrad unfinished files, format 1\nprocess 1 on a machine\nfile ../thesis.tex\nfile " +
               base_.path() + "/thesis.tex\nfolder ..\n");
   UnfinishedFolder folder(place_, {});
-  EXPECT_TRUE(folder.Take());
+  EXPECT_EQ(folder.Take(), Outcome::Taken);
   folder.Leave();
   EXPECT_TRUE(fs::exists(base_.path() + "/thesis.tex"));
+}
+
+TEST_F(UnfinishedFolderTest, StaysWithItsFirstProcessOnAFileSystemWithoutLocks) {
+  UnfinishedFolder first(place_, {"a.vtu"}, NoLocks), second(place_, {"a.vtu"}, NoLocks),
+      other(place_, {"a.vtu"}, NoLocks);
+  ASSERT_EQ(first.Take(), Outcome::Taken);
+  second.Join(first.Holder());
+  Write("a.vtu", "half");
+  try {
+    other.Take();
+    FAIL() << "two runs would write into the same folder";
+  } catch (const UsageError& error) {
+    EXPECT_EQ(error.what(), '"' + place_ + "\" is in use, or left by a run that was killed (" +
+                                first.Holder() +
+                                "); this file system has no locks: remove the folder if that run is gone");
+  }
+  other.Leave();
+  second.Leave();
+  EXPECT_TRUE(fs::exists(place_ + "/a.vtu"));
+  first.Leave();
+  EXPECT_FALSE(fs::exists(place_));
+}
+
+TEST_F(UnfinishedFolderTest, KeepsItsListWhileSomethingInItCannotBeRemoved) {
+  fs::permissions(base_.path(), fs::perms::all);
+  LeaveBehind(listing_);
+  Write("b/c.vtu", "half");
+  fs::permissions(place_, fs::perms::all);
+  fs::permissions(place_ + "/lock", fs::perms(0666));
+  fs::permissions(place_ + "/b", fs::perms(0555));
+  const uid_t before = geteuid();
+  ASSERT_EQ(before == 0 ? seteuid(65534) : 0, 0);  // permissions do not stop root
+  const std::string refusal = Refusal();
+  ASSERT_EQ(before == 0 ? seteuid(before) : 0, 0);
+  fs::permissions(place_ + "/b", fs::perms::owner_all);
+  EXPECT_EQ(refusal, "cannot remove \"" + place_ + "/b\", which a run has left: Permission denied");
+  EXPECT_EQ(Content(), (std::set<std::string>{"lock", "b", "b/c.vtu"}));
+  EXPECT_EQ(UnfinishedFolder(place_, {}).Take(), Outcome::Taken);
+  EXPECT_EQ(Content(), (std::set<std::string>{"lock"}));
+}
+
+TEST_F(UnfinishedFolderTest, NoticesThatItWasRemovedOrReplaced) {
+  UnfinishedFolder first(place_, {}), second(place_, {});
+  ASSERT_EQ(first.Take(), Outcome::Taken);
+  EXPECT_NO_THROW(first.Check());
+  fs::remove_all(place_);
+  EXPECT_THROW(first.Check(), UsageError);
+  ASSERT_EQ(second.Take(), Outcome::Taken);
+  EXPECT_THROW(first.Check(), UsageError);
+  first.Leave();
+  EXPECT_NO_THROW(second.Check());
 }
 
 }  // namespace
