@@ -7,8 +7,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-run() {  # run FOLDER ARGUMENT...
-  "$zyngrad" "${@:2}" -o "$1" >"$1.txt" 2>&1 || { cat "$1.txt"; exit 1; }
+run() {  # run FOLDER ARGUMENT...: exit code 1 says that something was found, and everything is written
+  "$zyngrad" "${@:2}" -o "$1" >"$1.txt" 2>&1 || [[ $? == 1 ]] || { cat "$1.txt"; exit 1; }
 }
 printf 'x,y,z\n0.4,0.5,0.6\n9,9,9\n' >points.csv
 run gradient gradient box:3,3,3 --field x*y
