@@ -194,7 +194,7 @@ bool COperatorGradientImpl::SolveLeastSquares(double* gx, double* gy, double* gz
   };
   int const nInnerCells = m_pMesh->NInnerCells;
   Two gOfTwo[3];
-  double g[3];
+  double g[3] = {};
   for (int i = 1; i <= nInnerCells;) {
     if (i < nInnerCells && Solve(system, i, false, gOfTwo) == Pivots::Fine) {
       store(i, gOfTwo);
