@@ -11,12 +11,13 @@
 
 namespace reference_host {
 
-/// A pattern for names, as users of OpenFOAM write them in quotes: characters that stand for themselves, `.` for any
-/// character, classes as in `[a-z0-9_]`, `[^x]` and `[[:digit:]]`, groups in round brackets, `|` between alternatives,
-/// and `?`, `+` and `*` behind a character, a class or a group. A backslash takes its meaning from the next character.
-/// `^` at the beginning and `$` at the end change nothing, because the whole name has to match anyway.
+/// A pattern for names, as users of OpenFOAM write them in quotes: characters that stand for themselves, a dot for any
+/// character, classes in square brackets with ranges, negation and names such as digit, groups in round brackets, bars
+/// between alternatives, and question mark, plus and star behind a character, a class or a group. A backslash takes
+/// its meaning from the next character. A circumflex at the beginning and a dollar sign at the end change nothing, because the
+/// whole name has to match anyway.
 ///
-/// Counted repeats (`a{2,5}`) are refused: nested, they stand for a pattern of any size. Without them a pattern has at
+/// Counted repeats, a number in curly brackets, are refused: nested, they stand for a pattern of any size. Without them a pattern has at
 /// most three states for each of its characters. Matching follows all states side by side: a character of the name
 /// costs a few steps for each state, there is no backtracking, and nothing recurses.
 class NamePattern {
