@@ -13,7 +13,7 @@ constexpr std::size_t kElements = std::size_t{1} << 25;  // 256 MiB an array
 constexpr int kPasses = 7;
 
 // Keeps a result alive without storing it anywhere that costs time.
-volatile double sink;
+double volatile sink;
 
 double BestSeconds(std::function<void()> const& barrier, std::function<void()> const& pass) {
   double best = 1e300;

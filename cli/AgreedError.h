@@ -9,7 +9,7 @@ namespace zyngrad {
 /// An error that all ranks of a communicator have agreed on: each of them throws it with the same text.
 class AgreedError : public UsageError {
  public:
-  AgreedError(const std::string& what, int rankCount) : UsageError(what), rankCount_(rankCount) {}
+  AgreedError(std::string const& what, int rankCount) : UsageError(what), rankCount_(rankCount) {}
 
   int rankCount() const { return rankCount_; }  ///< of the communicator
 

@@ -29,11 +29,11 @@ constexpr double kOnSurface = 1e-6;
 
 enum Side : signed char { kInside = -1, kOnIt = 0, kOutside = 1 };
 
-bool ComesBefore(const SurfacePoint& a, const SurfacePoint& b) {
+bool ComesBefore(SurfacePoint const& a, SurfacePoint const& b) {
   return std::tie(a.low, a.high) < std::tie(b.low, b.high);
 }
 
-bool IsSamePlace(const SurfacePoint& a, const SurfacePoint& b) { return a.low == b.low && a.high == b.high; }
+bool IsSamePlace(SurfacePoint const& a, SurfacePoint const& b) { return a.low == b.low && a.high == b.high; }
 
 /// Ascending, each once.
 void SortOnce(std::vector<SurfacePoint>& points) {
@@ -42,19 +42,19 @@ void SortOnce(std::vector<SurfacePoint>& points) {
 }
 
 /// [1..NNode] where the nodes are.
-std::vector<Side> SidesOfNodes(HostPartition& partition, const Expression& body, double length) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+std::vector<Side> SidesOfNodes(HostPartition& partition, Expression const& body, double length) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   std::vector<Side> sides(static_cast<std::size_t>(mesh.NNode) + 1, kOutside);
   for (int n = 1; n <= mesh.NNode; ++n) {
-    const Dual f = body.ValueAndGradient(mesh.xn[n], mesh.yn[n], mesh.zn[n]);
+    Dual const f = body.ValueAndGradient(mesh.xn[n], mesh.yn[n], mesh.zn[n]);
     if (!std::isfinite(f.value)) {
       throw UsageError("the body " + Quoted(body.text()) + " is not finite at a node at " +
                        Place(mesh.xn[n], mesh.yn[n], mesh.zn[n], PlaceDigits(partition)));
     }
-    const double slope = std::sqrt(f.dy * f.dy + f.dx * f.dx + f.dz * f.dz);
+    double const slope = std::sqrt(f.dy * f.dy + f.dx * f.dx + f.dz * f.dz);
     // Written so that a slope that is not a number leaves the node where its sign puts it.
-    const bool isOnIt = f.value == 0.0 || std::fabs(f.value) <= kOnSurface * length * slope;
-    const Side side = f.value < 0.0 ? kInside : kOutside;
+    bool const isOnIt = f.value == 0.0 || std::fabs(f.value) <= kOnSurface * length * slope;
+    Side const side = f.value < 0.0 ? kInside : kOutside;
     sides[static_cast<std::size_t>(n)] = isOnIt ? kOnIt : side;
   }
   return sides;
@@ -63,7 +63,7 @@ std::vector<Side> SidesOfNodes(HostPartition& partition, const Expression& body,
 /// Finds the points cell by cell.
 class SurfaceSearch {
  public:
-  SurfaceSearch(HostPartition& partition, const Expression& body, double length)
+  SurfaceSearch(HostPartition& partition, Expression const& body, double length)
       : mesh_(*partition.mesh()),
         number_(partition.globalNode()),
         body_(body),
@@ -86,20 +86,20 @@ class SurfaceSearch {
 
   /// Whether the cell has nodes on both sides, or one on the surface.
   bool MayMeet(int c) const {
-    const int* nodes = mesh_.CellLnods[c] + 1;
-    const int n = mesh_.CellLnodsNumber[c];
+    int const* nodes = mesh_.CellLnods[c] + 1;
+    int const n = mesh_.CellLnodsNumber[c];
     return std::any_of(nodes, nodes + n,
                        [&](int node) { return SideOf(node) == kOnIt || SideOf(node) != SideOf(nodes[0]); });
   }
 
-  int Lowest(const int* nodes, int n) const {
+  int Lowest(int const* nodes, int n) const {
     return *std::min_element(nodes, nodes + n, [&](int a, int b) { return Number(a) < Number(b); });
   }
 
-  void VisitCell(int c, const CellFaces& faces) {
-    const int* nodes = mesh_.CellLnods[c] + 1;
-    const int n = mesh_.CellLnodsNumber[c];
-    const int apex = Lowest(nodes, n);
+  void VisitCell(int c, CellFaces const& faces) {
+    int const* nodes = mesh_.CellLnods[c] + 1;
+    int const n = mesh_.CellLnodsNumber[c];
+    int const apex = Lowest(nodes, n);
     for (int k = 0; k < n; ++k) {
       if (SideOf(nodes[k]) == kOnIt) AddNode(nodes[k]);
       VisitEdge(apex, nodes[k]);
@@ -107,8 +107,8 @@ class SurfaceSearch {
     for (int f = 0; f < faces.nFaces(); ++f) VisitFace(faces.Face(f), faces.FaceSize(f));
   }
 
-  void VisitFace(const int* row, int size) {
-    const int lowest = Lowest(row, size);
+  void VisitFace(int const* row, int size) {
+    int const lowest = Lowest(row, size);
     for (int k = 0; k < size; ++k) {
       VisitEdge(row[k], row[(k + 1) % size]);
       VisitEdge(lowest, row[k]);
@@ -126,34 +126,34 @@ class SurfaceSearch {
   /// x(t) = a + t (b - a) with the sign of the formula changing at t, by halving until nothing is left to
   /// halve. The same bits for every cell and rank that has the edge, as `a` is the node with the lower number.
   void AddEdge(int a, int b) {
-    const double from[3] = {mesh_.xn[a], mesh_.yn[a], mesh_.zn[a]};
-    const double to[3] = {mesh_.xn[b], mesh_.yn[b], mesh_.zn[b]};
+    double const from[3] = {mesh_.xn[a], mesh_.yn[a], mesh_.zn[a]};
+    double const to[3] = {mesh_.xn[b], mesh_.yn[b], mesh_.zn[b]};
     SurfacePoint point = {Number(a), Number(b), {}};
     double low = 0.0, high = 1.0, t = 0.5;
     for (; t > low && t < high; t = 0.5 * (low + high)) {
       for (int k = 0; k < 3; ++k) point.at[k] = from[k] + t * (to[k] - from[k]);
-      const bool isInside = body_.Value(point.at[0], point.at[1], point.at[2]) < 0.0;
+      bool const isInside = body_.Value(point.at[0], point.at[1], point.at[2]) < 0.0;
       (isInside == (SideOf(a) == kInside) ? low : high) = t;
     }
     points_.push_back(point);
   }
 
-  const CZYN3DFiniteVolumeMesh& mesh_;
-  const std::vector<std::int64_t>& number_;
-  const Expression& body_;
+  CZYN3DFiniteVolumeMesh const& mesh_;
+  std::vector<std::int64_t> const& number_;
+  Expression const& body_;
   std::vector<Side> side_;
   std::vector<SurfacePoint> points_;
 };
 
-std::vector<SurfacePoint> GatherPoints(const Ranks& ranks, const std::vector<SurfacePoint>& own) {
+std::vector<SurfacePoint> GatherPoints(Ranks const& ranks, std::vector<SurfacePoint> const& own) {
   std::vector<std::int64_t> ownNodes;
   std::vector<double> ownPlaces;
-  for (const SurfacePoint& point : own) {
+  for (SurfacePoint const& point : own) {
     ownNodes.insert(ownNodes.end(), {point.low, point.high});
     ownPlaces.insert(ownPlaces.end(), std::begin(point.at), std::end(point.at));
   }
-  const std::vector<std::int64_t> nodes = ranks.GatherOnFirst(ownNodes);
-  const std::vector<double> places = ranks.GatherOnFirst(ownPlaces);
+  std::vector<std::int64_t> const nodes = ranks.GatherOnFirst(ownNodes);
+  std::vector<double> const places = ranks.GatherOnFirst(ownPlaces);
   std::vector<SurfacePoint> points(nodes.size() / 2);
   for (std::size_t i = 0; i < points.size(); ++i) {
     points[i] = {nodes[2 * i], nodes[2 * i + 1], {places[3 * i], places[3 * i + 1], places[3 * i + 2]}};
@@ -164,11 +164,11 @@ std::vector<SurfacePoint> GatherPoints(const Ranks& ranks, const std::vector<Sur
 
 }  // namespace
 
-std::vector<SurfacePoint> SurfacePointsOf(HostPartition& partition, const Expression& body, double length) {
+std::vector<SurfacePoint> SurfacePointsOf(HostPartition& partition, Expression const& body, double length) {
   return SurfaceSearch(partition, body, length).Run();
 }
 
-std::vector<SurfacePoint> Thinned(const std::vector<SurfacePoint>& points, double spacing) {
+std::vector<SurfacePoint> Thinned(std::vector<SurfacePoint> const& points, double spacing) {
   namespace index = boost::geometry::index;
   using Point = boost::geometry::model::point<double, 3, boost::geometry::cs::cartesian>;
   using Box = boost::geometry::model::box<Point>;
@@ -176,13 +176,13 @@ std::vector<SurfacePoint> Thinned(const std::vector<SurfacePoint>& points, doubl
   if (!(spacing > 0.0)) return points;
   index::rtree<Point, index::quadratic<16>> keptTree;
   std::vector<SurfacePoint> kept;
-  for (const SurfacePoint& point : points) {
-    const double x = point.at[0], y = point.at[1], z = point.at[2];
-    const auto isNear = [&](const Point& other) {
-      const double dx = other.get<0>() - x, dy = other.get<1>() - y, dz = other.get<2>() - z;
+  for (SurfacePoint const& point : points) {
+    double const x = point.at[0], y = point.at[1], z = point.at[2];
+    auto const isNear = [&](Point const& other) {
+      double const dx = other.get<0>() - x, dy = other.get<1>() - y, dz = other.get<2>() - z;
       return std::sqrt(dy * dy + dx * dx + dz * dz) < spacing;
     };
-    const Box around(Point(x - spacing, y - spacing, z - spacing),
+    Box const around(Point(x - spacing, y - spacing, z - spacing),
                      Point(x + spacing, y + spacing, z + spacing));
     if (keptTree.qbegin(index::intersects(around) && index::satisfies(isNear)) != keptTree.qend()) continue;
     keptTree.insert(Point(x, y, z));
@@ -191,17 +191,17 @@ std::vector<SurfacePoint> Thinned(const std::vector<SurfacePoint>& points, doubl
   return kept;
 }
 
-PointSet PointsOnSurface(const Ranks& ranks, HostPartition& partition, const Expression& body, double spacing,
+PointSet PointsOnSurface(Ranks const& ranks, HostPartition& partition, Expression const& body, double spacing,
                          double length) {
   std::vector<SurfacePoint> own;
   ranks.Together([&] { own = SurfacePointsOf(partition, body, length); });
-  const std::vector<SurfacePoint> points = GatherPoints(ranks, own);
+  std::vector<SurfacePoint> const points = GatherPoints(ranks, own);
   PointSet set;
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     if (points.empty())
       throw UsageError("the surface of the body " + Quoted(body.text()) + " meets no cell of the mesh");
-    for (const SurfacePoint& point : Thinned(points, spacing)) {
+    for (SurfacePoint const& point : Thinned(points, spacing)) {
       set.x.push_back(point.at[0]);
       set.y.push_back(point.at[1]);
       set.z.push_back(point.at[2]);

@@ -26,16 +26,16 @@ struct SurfacePoint {
 /// |f| / |grad f|, is itself the point: the edges that meet there would each give nearly the same one.
 /// @param[in] length  of a cell, L
 /// Throws UsageError naming the place where the formula is not finite.
-std::vector<SurfacePoint> SurfacePointsOf(reference_host::HostPartition& partition, const Expression& body,
+std::vector<SurfacePoint> SurfacePointsOf(reference_host::HostPartition& partition, Expression const& body,
                                           double length);
 
 /// The first of those points that are nearer to each other than `spacing`, in their order.
-std::vector<SurfacePoint> Thinned(const std::vector<SurfacePoint>& points, double spacing);
+std::vector<SurfacePoint> Thinned(std::vector<SurfacePoint> const& points, double spacing);
 
 /// Collective. The points of all partitions, each once and thinned, in an order that does not depend on the
 /// partition, on the first rank; nothing on the others. Throws UsageError when the surface meets no cell.
 /// @param[in] spacing  0: all points
-PointSet PointsOnSurface(const Ranks& ranks, reference_host::HostPartition& partition, const Expression& body,
+PointSet PointsOnSurface(Ranks const& ranks, reference_host::HostPartition& partition, Expression const& body,
                          double spacing, double length);
 
 }  // namespace zyngrad

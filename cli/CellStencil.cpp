@@ -29,8 +29,8 @@ class BorrowingOperator {
     op_.m_pGV = nullptr;
     op_.m_pPartFace = nullptr;
   }
-  BorrowingOperator(const BorrowingOperator&) = delete;
-  BorrowingOperator& operator=(const BorrowingOperator&) = delete;
+  BorrowingOperator(BorrowingOperator const&) = delete;
+  BorrowingOperator& operator=(BorrowingOperator const&) = delete;
 
   CZynRBFInternalObject* operator->() { return &op_; }
 
@@ -38,10 +38,10 @@ class BorrowingOperator {
   CZynRBFInternalObject op_;
 };
 
-DQVector Triple(const RBFnode& node) { return {node.x, node.y, node.z}; }
+DQVector Triple(RBFnode const& node) { return {node.x, node.y, node.z}; }
 
-StencilMember MakeMember(const HostPartition& partition, int nInnerCells, int cell) {
-  const auto at = static_cast<std::size_t>(cell);
+StencilMember MakeMember(HostPartition const& partition, int nInnerCells, int cell) {
+  auto const at = static_cast<std::size_t>(cell);
   StencilMember member;
   member.cell = partition.globalCell()[at];
   if (member.cell > 0) {
@@ -55,9 +55,9 @@ StencilMember MakeMember(const HostPartition& partition, int nInnerCells, int ce
 /// As the operator assembles it: a cell that stands in the stencil again later on has a row and a column of
 /// zeros at its earlier places.
 template <typename Kernel>
-std::vector<double> Assemble(const Kernel& kernel, const int* members, const std::vector<DQVector>& points) {
-  const int n = static_cast<int>(points.size());
-  const std::size_t order = points.size() + 1;
+std::vector<double> Assemble(Kernel const& kernel, int const* members, std::vector<DQVector> const& points) {
+  int const n = static_cast<int>(points.size());
+  std::size_t const order = points.size() + 1;
   std::vector<double> matrix(order * order);
   FillKernelMatrix(kernel, points.data(), n, matrix.data(), n + 1);
   AddConstantTerm(matrix.data(), n);
@@ -68,10 +68,10 @@ std::vector<double> Assemble(const Kernel& kernel, const int* members, const std
   return matrix;
 }
 
-std::vector<double> SystemMatrix(const CellStencil& stencil, const int* members) {
+std::vector<double> SystemMatrix(CellStencil const& stencil, int const* members) {
   std::vector<DQVector> points;
-  for (const StencilMember& member : stencil.members) points.push_back(member.point);
-  const double span = stencil.settings.span;
+  for (StencilMember const& member : stencil.members) points.push_back(member.point);
+  double const span = stencil.settings.span;
   if (stencil.settings.shapeNormalize)
     return Assemble(ShapeNormalisedDQKernel(span, stencil.extent), members, points);
   return Assemble(PlainDQKernel(span, stencil.supportLength), members, points);
@@ -81,7 +81,7 @@ std::vector<double> SystemMatrix(const CellStencil& stencil, const int* members)
 
 DQVector CellStencil::SumOfWeights() const {
   DQVector sum = {0.0, 0.0, 0.0};
-  for (const StencilMember& member : members) {
+  for (StencilMember const& member : members) {
     sum.x += member.weight.x;
     sum.y += member.weight.y;
     sum.z += member.weight.z;
@@ -94,8 +94,8 @@ namespace {
 CellStencil StencilOf(HostPartition& partition, BorrowingOperator& op, int cell) {
   op->DeriveCellCoefficentBysolveDQfullMatrix(cell);
 
-  const int* const row = op->m_ppRBFCellConn[cell];
-  const RBFnode* const weights = op->m_ppRBFCellCoef[cell];
+  int const* const row = op->m_ppRBFCellConn[cell];
+  RBFnode const* const weights = op->m_ppRBFCellCoef[cell];
   CellStencil stencil;
   for (int k = 1; k <= row[0]; ++k) {
     StencilMember member = MakeMember(partition, partition.mesh()->NInnerCells, row[k]);
@@ -114,30 +114,30 @@ CellStencil StencilOf(HostPartition& partition, BorrowingOperator& op, int cell)
 
 }  // namespace
 
-CellStencil DeriveCellStencil(HostPartition& partition, int cell, const RadialBasisSettings& settings) {
-  const TemporaryFolder folder;
+CellStencil DeriveCellStencil(HostPartition& partition, int cell, RadialBasisSettings const& settings) {
+  TemporaryFolder const folder;
   partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
-  const StdoutToFile silence("/dev/null");
+  StdoutToFile const silence("/dev/null");
   BorrowingOperator op(partition);
   return StencilOf(partition, op, cell);
 }
 
-void VisitCellStencils(HostPartition& partition, const RadialBasisSettings& settings,
-                       const std::string& logFile,
-                       const std::function<void(int cell, const CellStencil&)>& visit) {
+void VisitCellStencils(HostPartition& partition, RadialBasisSettings const& settings,
+                       std::string const& logFile,
+                       std::function<void(int cell, CellStencil const&)> const& visit) {
   std::vector<int> all(static_cast<std::size_t>(partition.mesh()->NInnerCells));
   std::iota(all.begin(), all.end(), 1);
   VisitCellStencils(partition, all, settings, logFile, visit);
 }
 
-void VisitCellStencils(HostPartition& partition, const std::vector<int>& cells,
-                       const RadialBasisSettings& settings, const std::string& logFile,
-                       const std::function<void(int cell, const CellStencil&)>& visit) {
-  const TemporaryFolder folder;
+void VisitCellStencils(HostPartition& partition, std::vector<int> const& cells,
+                       RadialBasisSettings const& settings, std::string const& logFile,
+                       std::function<void(int cell, CellStencil const&)> const& visit) {
+  TemporaryFolder const folder;
   partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
-  const StdoutToFile log(logFile);
+  StdoutToFile const log(logFile);
   BorrowingOperator op(partition);
-  for (const int cell : cells) visit(cell, StencilOf(partition, op, cell));
+  for (int const cell : cells) visit(cell, StencilOf(partition, op, cell));
 }
 
 }  // namespace zyngrad

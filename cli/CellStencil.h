@@ -39,18 +39,18 @@ struct CellStencil {
 /// Sets the operator up on this partition and derives the weights of one interior cell. What the operator
 /// prints goes nowhere, and its settings file into a temporary folder. Not collective.
 CellStencil DeriveCellStencil(reference_host::HostPartition& partition, int cell,
-                              const RadialBasisSettings& settings);
+                              RadialBasisSettings const& settings);
 
 /// Derives all interior cells of the partition in ascending order and shows each to `visit`, with one set-up for
 /// all. Like DeriveCellStencil else, but for what the operator prints.
 /// @param[in] logFile  takes it
-void VisitCellStencils(reference_host::HostPartition& partition, const RadialBasisSettings& settings,
-                       const std::string& logFile,
-                       const std::function<void(int cell, const CellStencil&)>& visit);
+void VisitCellStencils(reference_host::HostPartition& partition, RadialBasisSettings const& settings,
+                       std::string const& logFile,
+                       std::function<void(int cell, CellStencil const&)> const& visit);
 
 /// The same for some of the cells, in their order.
-void VisitCellStencils(reference_host::HostPartition& partition, const std::vector<int>& cells,
-                       const RadialBasisSettings& settings, const std::string& logFile,
-                       const std::function<void(int cell, const CellStencil&)>& visit);
+void VisitCellStencils(reference_host::HostPartition& partition, std::vector<int> const& cells,
+                       RadialBasisSettings const& settings, std::string const& logFile,
+                       std::function<void(int cell, CellStencil const&)> const& visit);
 
 }  // namespace zyngrad

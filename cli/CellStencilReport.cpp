@@ -27,19 +27,19 @@ std::string General(double value) {
 }
 
 /// Digits that tell the stencil's other points from its first.
-int DigitsOfPoints(const CellStencil& stencil) {
+int DigitsOfPoints(CellStencil const& stencil) {
   double largest = 0.0, nearest = std::numeric_limits<double>::infinity();
-  for (const StencilMember& member : stencil.members) {
-    const DQVector& p = member.point;
+  for (StencilMember const& member : stencil.members) {
+    DQVector const& p = member.point;
     largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
-    const double distance = Length(OffsetBetween(stencil.members.front().point, p));
+    double const distance = Length(OffsetBetween(stencil.members.front().point, p));
     if (distance > 0.0) nearest = std::min(nearest, distance);
   }
   return PlaceDigits(largest, nearest);
 }
 
-void AddWeightRow(TextTable& table, std::vector<std::string> cells, const DQVector& weight) {
-  for (const double value : {weight.x, weight.y, weight.z}) cells.push_back(Scientific(value, kDigits));
+void AddWeightRow(TextTable& table, std::vector<std::string> cells, DQVector const& weight) {
+  for (double const value : {weight.x, weight.y, weight.z}) cells.push_back(Scientific(value, kDigits));
   table.AddRow(std::move(cells));
 }
 
@@ -48,8 +48,8 @@ std::string ConditionText(double condition) {
   return std::isinf(condition) ? "infinite" : Scientific(condition, 3);
 }
 
-void PrintLengths(std::ostream& out, const CellStencil& stencil) {
-  const bool isPlain = !stencil.settings.shapeNormalize;
+void PrintLengths(std::ostream& out, CellStencil const& stencil) {
+  bool const isPlain = !stencil.settings.shapeNormalize;
   TextTable table({{"stencil", Align::Left}, {"", Align::Left}});
   table.AddRow({"members", std::to_string(stencil.members.size())});
   table.AddRow({"support length", General(stencil.supportLength)});
@@ -60,7 +60,7 @@ void PrintLengths(std::ostream& out, const CellStencil& stencil) {
   table.Print(out);
 }
 
-void PrintWeights(std::ostream& out, const CellStencil& stencil) {
+void PrintWeights(std::ostream& out, CellStencil const& stencil) {
   TextTable table({{"member"},
                    {"cell"},
                    {"place", Align::Left},
@@ -70,26 +70,26 @@ void PrintWeights(std::ostream& out, const CellStencil& stencil) {
                    {"weight d/dy"},
                    {"weight d/dz"}});
   int number = 0;
-  const int digits = DigitsOfPoints(stencil);
-  for (const StencilMember& member : stencil.members) {
-    const double distance = Length(OffsetBetween(stencil.members.front().point, member.point));
+  int const digits = DigitsOfPoints(stencil);
+  for (StencilMember const& member : stencil.members) {
+    double const distance = Length(OffsetBetween(stencil.members.front().point, member.point));
     AddWeightRow(
         table,
         {std::to_string(++number), member.cell > 0 ? std::to_string(member.cell) : "-", OneLine(member.place),
          Place(member.point.x, member.point.y, member.point.z, digits), Scientific(distance)},
         member.weight);
   }
-  const DQVector sum = stencil.SumOfWeights();
-  const DQVector& m = stencil.multiplier;
+  DQVector const sum = stencil.SumOfWeights();
+  DQVector const& m = stencil.multiplier;
   AddWeightRow(table, {"", "", "sum of the weights", "", ""}, sum);
   AddWeightRow(table, {"", "", "multiplier", "", ""}, m);
   AddWeightRow(table, {"", "", "both", "", ""}, {sum.x + m.x, sum.y + m.y, sum.z + m.z});
   table.Print(out);
 }
 
-void PrintOrigin(std::ostream& out, const CellStencil& stencil) {
-  const auto n = std::count_if(stencil.members.begin(), stencil.members.end(),
-                               [](const StencilMember& member) { return member.atOrigin; });
+void PrintOrigin(std::ostream& out, CellStencil const& stencil) {
+  auto const n = std::count_if(stencil.members.begin(), stencil.members.end(),
+                               [](StencilMember const& member) { return member.atOrigin; });
   if (n == 0) return;
   out << "  " << n << (n == 1 ? " member stands" : " members stand")
       << " at the origin, beside symmetry faces: the weights are wrong; --group NAME=wall avoids it\n";
@@ -97,7 +97,7 @@ void PrintOrigin(std::ostream& out, const CellStencil& stencil) {
 
 }  // namespace
 
-void PrintCellStencil(std::ostream& out, const CellStencil& stencil) {
+void PrintCellStencil(std::ostream& out, CellStencil const& stencil) {
   PrintLengths(out, stencil);
   out << '\n';
   PrintWeights(out, stencil);

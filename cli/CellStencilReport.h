@@ -7,6 +7,6 @@
 namespace zyngrad {
 
 /// The lengths, the table of members with their weights, the sums and the condition number.
-void PrintCellStencil(std::ostream& out, const CellStencil& stencil);
+void PrintCellStencil(std::ostream& out, CellStencil const& stencil);
 
 }  // namespace zyngrad

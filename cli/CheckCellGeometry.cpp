@@ -27,8 +27,8 @@ constexpr double kDegreesPerRadian = 57.295779513082320877;
 /// One group of boundary faces, [1..count].
 struct BoundaryFaces {
   int count;
-  const int* cell;
-  const double *sx, *sy, *sz;
+  int const* cell;
+  double const *sx, *sy, *sz;
 
   Point Area(int f) const { return {sx[f], sy[f], sz[f]}; }
 };
@@ -45,7 +45,7 @@ class CellShapes {
     for (int c = 1; c <= mesh_.NInnerCells; ++c) Describe(c);
     AddInnerFaces();
     AddPartitionFaces();
-    const auto& m = mesh_;
+    auto const& m = mesh_;
     AddBoundary({m.NInlet, m.ijInletCV, m.ijInletSx, m.ijInletSy, m.ijInletSz}, kIsAtBoundary);
     AddBoundary({m.NOutlet, m.ijOutletCV, m.ijOutletSx, m.ijOutletSy, m.ijOutletSz}, kIsAtBoundary);
     AddBoundary({m.NWall, m.ijWallCV, m.ijWallSx, m.ijWallSy, m.ijWallSz}, kIsAtBoundary);
@@ -66,22 +66,22 @@ class CellShapes {
     cell.volume = mesh_.Volume[c];
   }
 
-  void AddArea(int c, const Point& area) {
+  void AddArea(int c, Point const& area) {
     if (c <= mesh_.NInnerCells) surface_[static_cast<std::size_t>(c) - 1] += Length(area);
   }
 
   // With d the vector between the centres: non-orthogonality is the angle between d and the area vector,
   // skewness |x_f - x_i| / |d| with x_i the place on d for which the face value is interpolated.
-  void AddBetween(int cv, int other, const Point& area, const Point& centre, double lamda) {
-    const Point d = Difference(Centre(other), Centre(cv));
-    const double distance = Length(d);
+  void AddBetween(int cv, int other, Point const& area, Point const& centre, double lamda) {
+    Point const d = Difference(Centre(other), Centre(cv));
+    double const distance = Length(d);
     // Two centres in one place have no direction; their signed zeros would give one of 0 or 180 degrees.
-    const double sine = Length(Cross(d, area)), cosine = Dot(d, area);
-    const double angle = distance > 0.0 ? std::atan2(sine, cosine) * kDegreesPerRadian : 0.0;
-    const Point interpolated = Sum(Centre(cv), Scaled(lamda, d));
-    const double skewness = distance > 0.0 ? Length(Difference(centre, interpolated)) / distance
+    double const sine = Length(Cross(d, area)), cosine = Dot(d, area);
+    double const angle = distance > 0.0 ? std::atan2(sine, cosine) * kDegreesPerRadian : 0.0;
+    Point const interpolated = Sum(Centre(cv), Scaled(lamda, d));
+    double const skewness = distance > 0.0 ? Length(Difference(centre, interpolated)) / distance
                                            : std::numeric_limits<double>::infinity();
-    for (const int c : {cv, other}) {
+    for (int const c : {cv, other}) {
       if (c > mesh_.NInnerCells) continue;
       CheckedSystem& cell = Cell(c);
       cell.skewness = std::max(cell.skewness, skewness);
@@ -91,7 +91,7 @@ class CellShapes {
   }
 
   void AddInnerFaces() {
-    const auto& m = mesh_;
+    auto const& m = mesh_;
     for (int f = 1; f <= m.NInnerFaces; ++f) {
       AddBetween(m.ijCV[f], m.ij[f], {m.ijSx[f], m.ijSy[f], m.ijSz[f]}, {m.ijxc[f], m.ijyc[f], m.ijzc[f]},
                  m.Lamda[f]);
@@ -106,7 +106,7 @@ class CellShapes {
     }
   }
 
-  void AddBoundary(const BoundaryFaces& faces, std::uint32_t findings) {
+  void AddBoundary(BoundaryFaces const& faces, std::uint32_t findings) {
     for (int f = 1; f <= faces.count; ++f) {
       Cell(faces.cell[f]).findings |= findings;
       AddArea(faces.cell[f], faces.Area(f));
@@ -115,7 +115,7 @@ class CellShapes {
 
   void Judge(int c) {
     CheckedSystem& cell = Cell(c);
-    const double surface = surface_[static_cast<std::size_t>(c) - 1];
+    double const surface = surface_[static_cast<std::size_t>(c) - 1];
     if (!(cell.volume > 0.0) || !std::isfinite(cell.volume)) {
       cell.findings |= kHasNoVolume;
     } else if (cell.volume < kFlatCell * surface * std::sqrt(surface)) {
@@ -126,7 +126,7 @@ class CellShapes {
   }
 
   HostPartition& partition_;
-  const CZYN3DFiniteVolumeMesh& mesh_;
+  CZYN3DFiniteVolumeMesh const& mesh_;
   std::vector<CheckedSystem> cells_;
   std::vector<double> surface_;  ///< [0..NInnerCells-1] area of the cell's faces, L^2
 };

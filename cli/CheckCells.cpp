@@ -22,12 +22,12 @@ using reference_host::LoadedMesh;
 
 constexpr int kSweeps = 3;  // of the iterated method: the last ones use the gradients of the first
 
-void CheckStencil(const CellStencil& stencil, CheckedSystem& cell) {
+void CheckStencil(CellStencil const& stencil, CheckedSystem& cell) {
   cell.members = static_cast<int>(stencil.members.size());
   std::vector<DQVector> points;
   std::vector<std::int64_t> known;
   RowSum x, y, z;
-  for (const StencilMember& member : stencil.members) {
+  for (StencilMember const& member : stencil.members) {
     x.Add(member.weight.x);
     y.Add(member.weight.y);
     z.Add(member.weight.z);
@@ -42,11 +42,11 @@ void CheckStencil(const CellStencil& stencil, CheckedSystem& cell) {
   }
   CheckPlaces(points, cell);
   CheckCondition(ConditionEstimate(stencil.matrix, stencil.Order()), cell);
-  for (const RowSum& row : {x, y, z}) CheckRowOfSlope(row, kCellRowSumTolerance, cell);
+  for (RowSum const& row : {x, y, z}) CheckRowOfSlope(row, kCellRowSumTolerance, cell);
 }
 
 /// Sets an operator up on a loaded mesh. @return whether that went well on every rank; it does not fail alone
-bool SetUp(LoadedMesh& mesh, const GradientMethod& method, COperatorGradient& op) {
+bool SetUp(LoadedMesh& mesh, GradientMethod const& method, COperatorGradient& op) {
   HostPartition& partition = *mesh.partition;
   op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
   op.getPartitionFace(partition.partitionFaces());
@@ -57,16 +57,16 @@ bool SetUp(LoadedMesh& mesh, const GradientMethod& method, COperatorGradient& op
 }
 
 /// 1 + x + 2y + 3z in all cells. A linear field asks every face value and every division of a method.
-std::vector<double> LinearField(const CZYN3DFiniteVolumeMesh& mesh) {
+std::vector<double> LinearField(CZYN3DFiniteVolumeMesh const& mesh) {
   std::vector<double> field(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
   for (int c = 1; c <= mesh.NCell; ++c)
     field[static_cast<std::size_t>(c)] = 1.0 + mesh.xc[c] + 2.0 * mesh.yc[c] + 3.0 * mesh.zc[c];
   return field;
 }
 
-void EnterNotFinite(const MethodData& data, std::uint32_t finding, std::vector<CheckedSystem>& cells) {
+void EnterNotFinite(MethodData const& data, std::uint32_t finding, std::vector<CheckedSystem>& cells) {
   for (std::size_t c = 1; c <= cells.size(); ++c) {
-    for (const GradientArrays& g : data.gradient) {
+    for (GradientArrays const& g : data.gradient) {
       if (g.x.empty()) continue;
       if (!std::isfinite(g.x[c]) || !std::isfinite(g.y[c]) || !std::isfinite(g.z[c]))
         cells[c - 1].findings |= finding;
@@ -74,8 +74,8 @@ void EnterNotFinite(const MethodData& data, std::uint32_t finding, std::vector<C
   }
 }
 
-bool StopsSomewhere(const Ranks& ranks, const std::vector<CheckedSystem>& cells) {
-  const bool stops = std::any_of(cells.begin(), cells.end(), [](const CheckedSystem& cell) {
+bool StopsSomewhere(Ranks const& ranks, std::vector<CheckedSystem> const& cells) {
+  bool const stops = std::any_of(cells.begin(), cells.end(), [](CheckedSystem const& cell) {
     return (cell.findings & kHasZeroPivot) != 0;
   });
   return ranks.Max(stops ? 1.0 : 0.0) > 0.0;
@@ -84,34 +84,34 @@ bool StopsSomewhere(const Ranks& ranks, const std::vector<CheckedSystem>& cells)
 }  // namespace
 
 bool CellCheckCase::HasType(int gradientType) const {
-  return std::any_of(methods.begin(), methods.end(), [gradientType](const GradientMethod* method) {
+  return std::any_of(methods.begin(), methods.end(), [gradientType](GradientMethod const* method) {
     return method->gradientType == gradientType;
   });
 }
 
-void CheckCellStencils(HostPartition& partition, const RadialBasisSettings& settings,
-                       const std::string& logFile, std::vector<CheckedSystem>& cells) {
-  VisitCellStencils(partition, settings, logFile, [&cells](int cell, const CellStencil& stencil) {
+void CheckCellStencils(HostPartition& partition, RadialBasisSettings const& settings,
+                       std::string const& logFile, std::vector<CheckedSystem>& cells) {
+  VisitCellStencils(partition, settings, logFile, [&cells](int cell, CellStencil const& stencil) {
     CheckStencil(stencil, cells[static_cast<std::size_t>(cell) - 1]);
   });
 }
 
 // The elimination of [xx xy xz; xy yy yz; xz yz zz], operation by operation as the operator has it.
-void CheckPivots(const COperatorGradient& op, std::vector<CheckedSystem>& cells) {
-  const COperatorGradientImpl& moments = *op.m_pImpl;
+void CheckPivots(COperatorGradient const& op, std::vector<CheckedSystem>& cells) {
+  COperatorGradientImpl const& moments = *op.m_pImpl;
   for (std::size_t c = 1; c <= cells.size(); ++c) {
     std::uint32_t& findings = cells[c - 1].findings;
-    const double xx = moments.m_pSxx[c], xy = moments.m_pSxy[c], xz = moments.m_pSxz[c];
-    const double yy = moments.m_pSyy[c], yz = moments.m_pSyz[c], zz = moments.m_pSzz[c];
+    double const xx = moments.m_pSxx[c], xy = moments.m_pSxy[c], xz = moments.m_pSxz[c];
+    double const yy = moments.m_pSyy[c], yz = moments.m_pSyz[c], zz = moments.m_pSzz[c];
     if (LeastSquaresStopsAt(xx, xy, yy)) {
       findings |= kHasZeroPivot;
       continue;
     }
-    const double yFactor = xy / xx, zFactor = xz / xx;
-    const double yPivot = yy - yFactor * xy;
-    const double yz2 = yz - yFactor * xz;
-    const double zy2 = yz - zFactor * xy;
-    const double zPivot = (zz - zFactor * xz) - (zy2 / yPivot) * yz2;
+    double const yFactor = xy / xx, zFactor = xz / xx;
+    double const yPivot = yy - yFactor * xy;
+    double const yz2 = yz - yFactor * xz;
+    double const zy2 = yz - zFactor * xy;
+    double const zPivot = (zz - zFactor * xz) - (zy2 / yPivot) * yz2;
     if (zPivot == 0.0)
       findings |= kHasZeroLastPivot;
     else if (std::fabs(yPivot) < kTinyPivot * yy || std::fabs(zPivot) < kTinyPivot * zz)
@@ -119,11 +119,11 @@ void CheckPivots(const COperatorGradient& op, std::vector<CheckedSystem>& cells)
   }
 }
 
-void CheckGradients(const Ranks& ranks, LoadedMesh& mesh, const GradientMethod& method,
+void CheckGradients(Ranks const& ranks, LoadedMesh& mesh, GradientMethod const& method,
                     std::vector<CheckedSystem>& cells) {
-  const auto finding = GradientNotFinite(static_cast<std::size_t>(&method - GradientMethods().data()));
+  auto const finding = GradientNotFinite(static_cast<std::size_t>(&method - GradientMethods().data()));
   COperatorGradient op;
-  const bool isReady = SetUp(mesh, method, op);
+  bool const isReady = SetUp(mesh, method, op);
   if (!isReady) {
     for (CheckedSystem& cell : cells) cell.findings |= finding;  // there would be no numbers at all
     return;
@@ -150,16 +150,16 @@ void CheckGradients(const Ranks& ranks, LoadedMesh& mesh, const GradientMethod& 
   EnterNotFinite(data, finding, cells);
 }
 
-std::vector<CheckedSystem> CheckCells(const Ranks& ranks, LoadedMesh& mesh, const CellCheckCase& theCase) {
+std::vector<CheckedSystem> CheckCells(Ranks const& ranks, LoadedMesh& mesh, CellCheckCase const& theCase) {
   std::vector<CheckedSystem> cells;
   ranks.Together([&] {
     cells = MeasureCells(*mesh.partition);
     if (theCase.HasType(kRadialBasisType))
       CheckCellStencils(*mesh.partition, theCase.radialBasis, theCase.logFile, cells);
   });
-  for (const GradientMethod* method : theCase.methods) {
+  for (GradientMethod const* method : theCase.methods) {
     if (method->gradientType == kRadialBasisType) continue;  // finite rows give finite sums
-    const StdoutToFile log(theCase.logFile);
+    StdoutToFile const log(theCase.logFile);
     std::cout << "method " << method->name << std::endl;
     CheckGradients(ranks, mesh, *method, cells);
   }

@@ -14,7 +14,7 @@ namespace zyngrad {
 
 /// What is asked of the cells of a mesh.
 struct CellCheckCase {
-  std::vector<const GradientMethod*> methods;
+  std::vector<GradientMethod const*> methods;
   RadialBasisSettings radialBasis;
   std::string logFile;  ///< takes what the operators print on this rank
 
@@ -23,8 +23,8 @@ struct CellCheckCase {
 
 /// Collective. The interior cells of this partition in their order, [0..NInnerCells-1], with all that concerns
 /// the methods asked for. Linear in the cells.
-std::vector<CheckedSystem> CheckCells(const Ranks& ranks, reference_host::LoadedMesh& mesh,
-                                      const CellCheckCase& theCase);
+std::vector<CheckedSystem> CheckCells(Ranks const& ranks, reference_host::LoadedMesh& mesh,
+                                      CellCheckCase const& theCase);
 
 // Its parts. Those without `ranks` are not collective.
 
@@ -33,16 +33,16 @@ std::vector<CheckedSystem> CheckCells(const Ranks& ranks, reference_host::Loaded
 std::vector<CheckedSystem> MeasureCells(reference_host::HostPartition& partition);
 
 /// Enters what the radial-basis operator derives for each cell.
-void CheckCellStencils(reference_host::HostPartition& partition, const RadialBasisSettings& settings,
-                       const std::string& logFile, std::vector<CheckedSystem>& cells);
+void CheckCellStencils(reference_host::HostPartition& partition, RadialBasisSettings const& settings,
+                       std::string const& logFile, std::vector<CheckedSystem>& cells);
 
 /// Enters the pivots of the least-squares elimination, with the operator's own moments and operations.
 /// @pre `op` was initialised with the gradient type of least squares
-void CheckPivots(const COperatorGradient& op, std::vector<CheckedSystem>& cells);
+void CheckPivots(COperatorGradient const& op, std::vector<CheckedSystem>& cells);
 
 /// Collective. Sets a method other than the radial-basis one up, runs it on a linear field and enters the cells
 /// whose gradient is not finite. Least squares is not run when it would stop at a zero pivot.
-void CheckGradients(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+void CheckGradients(Ranks const& ranks, reference_host::LoadedMesh& mesh, GradientMethod const& method,
                     std::vector<CheckedSystem>& cells);
 
 }  // namespace zyngrad

@@ -22,7 +22,7 @@ constexpr int kByVertices = 3;  // search method
 /// The faces of a group one by one.
 class FaceChecks {
  public:
-  FaceChecks(HostPartition& partition, FaceGroup group, const InterpolationSettings& settings)
+  FaceChecks(HostPartition& partition, FaceGroup group, InterpolationSettings const& settings)
       : partition_(partition), group_(group), systems_(partition, group, settings), op_(systems_.op()) {}
 
   int count() const { return systems_.faces().count; }
@@ -43,9 +43,9 @@ class FaceChecks {
 
  private:
   CheckedSystem Describe(int f) const {
-    const auto number = [this](int c) { return partition_.globalCell()[static_cast<std::size_t>(c)]; };
-    const FacesOfGroup& faces = systems_.faces();
-    const auto [x, y, z] = faces.Target(f);
+    auto const number = [this](int c) { return partition_.globalCell()[static_cast<std::size_t>(c)]; };
+    FacesOfGroup const& faces = systems_.faces();
+    auto const [x, y, z] = faces.Target(f);
     CheckedSystem face;
     face.number = number(faces.cell[f]);
     face.other = number(faces.other[f]);
@@ -56,7 +56,7 @@ class FaceChecks {
   }
 
   void CheckSide(int f, FaceSystems::SideNumber number, CheckedSystem& face) const {
-    const FaceSystems::Side side = systems_.SideOf(f, number);
+    FaceSystems::Side const side = systems_.SideOf(f, number);
     if (side.hasTwins) face.findings |= kHasCoincidentMembers;
     CheckPlaces(side.nodes, face);
     CheckCondition(side.condition, face);
@@ -72,7 +72,7 @@ class FaceChecks {
   }
 
   void CheckRows(int f, CheckedSystem& face) const {
-    const bool byNormal = systems_.isByNormal();
+    bool const byNormal = systems_.isByNormal();
     RowSum value, normal, x, y, z;
     for (int k = 1; k <= face.members; ++k) {
       value.Add(op_.m_ppFaceFiCoef[f][k]);
@@ -80,14 +80,14 @@ class FaceChecks {
         normal.Add(op_.m_ppFaceDnCoef[f][k]);
         continue;
       }
-      const IBCnode& slope = op_.m_ppFaceGradCoef[f][k];
+      IBCnode const& slope = op_.m_ppFaceGradCoef[f][k];
       x.Add(slope.x);
       y.Add(slope.y);
       z.Add(slope.z);
     }
-    const bool isZeroByDesign = byNormal && IsBoundary(group_);
+    bool const isZeroByDesign = byNormal && IsBoundary(group_);
     if (!isZeroByDesign || !value.IsFinite()) CheckRowOfValue(value, kRowSumTolerance, face);
-    for (const RowSum& row : {normal, x, y, z}) CheckRowOfSlope(row, kRowSumTolerance, face);
+    for (RowSum const& row : {normal, x, y, z}) CheckRowOfSlope(row, kRowSumTolerance, face);
   }
 
   HostPartition& partition_;
@@ -99,8 +99,8 @@ class FaceChecks {
 }  // namespace
 
 std::vector<CheckedSystem> CheckFaces(HostPartition& partition, FaceGroup group,
-                                      const InterpolationSettings& settings, const std::string& logFile) {
-  const StdoutToFile log(logFile);
+                                      InterpolationSettings const& settings, std::string const& logFile) {
+  StdoutToFile const log(logFile);
   std::cout << NameOf(group) << " faces" << std::endl;
   FaceChecks checks(partition, group, settings);
   std::vector<CheckedSystem> faces;

@@ -41,7 +41,7 @@ std::vector<FindingKind> MakeKinds() {
   };
   // clang-format on
   for (std::size_t k = 0; k < GradientMethods().size(); ++k) {
-    const std::string name = GradientMethods()[k].name;
+    std::string const name = GradientMethods()[k].name;
     kinds.push_back(
         {GradientNotFinite(k), Severity::NotFinite, name + "NotFinite", "gradient not finite: " + name});
   }
@@ -64,22 +64,22 @@ std::string NameOf(Severity severity) {
   return {};
 }
 
-const std::vector<FindingKind>& FindingKinds() {
-  static const std::vector<FindingKind> kinds = MakeKinds();
+std::vector<FindingKind> const& FindingKinds() {
+  static std::vector<FindingKind> const kinds = MakeKinds();
   return kinds;
 }
 
 Severity SeverityOf(std::uint32_t findings) {
   Severity gravest = Severity::Note;
-  for (const FindingKind& kind : FindingKinds())
+  for (FindingKind const& kind : FindingKinds())
     if ((findings & kind.finding) != 0) gravest = std::max(gravest, kind.severity);
   return gravest;
 }
 
 std::string InWords(std::uint32_t findings) {
   std::string words;
-  for (const Severity severity : {Severity::NotFinite, Severity::Wrong, Severity::Poor}) {
-    for (const FindingKind& kind : FindingKinds()) {
+  for (Severity const severity : {Severity::NotFinite, Severity::Wrong, Severity::Poor}) {
+    for (FindingKind const& kind : FindingKinds()) {
       if (kind.severity != severity || (findings & kind.finding) == 0) continue;
       words += (words.empty() ? "" : "; ") + kind.text;
     }
@@ -87,9 +87,9 @@ std::string InWords(std::uint32_t findings) {
   return words;
 }
 
-std::uint32_t CellFindings(const std::vector<const GradientMethod*>& methods) {
+std::uint32_t CellFindings(std::vector<GradientMethod const*> const& methods) {
   std::uint32_t findings = kGeometryFindings;
-  for (const GradientMethod* method : methods) {
+  for (GradientMethod const* method : methods) {
     if (method->gradientType == kRadialBasisType) {
       findings |= kSystemFindings | kHasMemberAtOrigin;
       continue;

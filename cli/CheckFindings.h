@@ -60,7 +60,7 @@ struct FindingKind {
 };
 
 /// In the order of tables; those of the gradient methods last.
-const std::vector<FindingKind>& FindingKinds();
+std::vector<FindingKind> const& FindingKinds();
 
 /// The gravest of them; Note without any.
 Severity SeverityOf(std::uint32_t findings);
@@ -75,7 +75,7 @@ constexpr int kLeastSquaresType = 1;
 // What a check can find at all, so that a table shows what was looked for.
 
 /// Of cells, by gradient method.
-std::uint32_t CellFindings(const std::vector<const GradientMethod*>& methods);
+std::uint32_t CellFindings(std::vector<GradientMethod const*> const& methods);
 
 /// Of the interpolation to faces or to points.
 std::uint32_t InterpolationFindings();

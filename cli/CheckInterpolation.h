@@ -19,15 +19,15 @@ namespace zyngrad {
 /// On boundary faces its values are 0 by design, so there only the slope along the normal is checked.
 /// @param[in] logFile  takes what the operator prints
 std::vector<CheckedSystem> CheckFaces(reference_host::HostPartition& partition, FaceGroup group,
-                                      const InterpolationSettings& settings, const std::string& logFile);
+                                      InterpolationSettings const& settings, std::string const& logFile);
 
 /// The systems of those points that `rank` serves, in the points' order, with the rows of value and gradient.
 /// The partition's base file name is another one afterwards.
 /// @param[in] owners   [point]
 /// @param[in] logFile  takes what the operator prints
 std::vector<CheckedSystem> CheckPoints(reference_host::HostPartition& partition, UsableCells& usable,
-                                       const PointSet& points, const std::vector<PointOwner>& owners,
-                                       int rank, const InterpolationSettings& settings,
-                                       const std::string& logFile);
+                                       PointSet const& points, std::vector<PointOwner> const& owners,
+                                       int rank, InterpolationSettings const& settings,
+                                       std::string const& logFile);
 
 }  // namespace zyngrad

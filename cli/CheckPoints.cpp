@@ -19,24 +19,24 @@ namespace {
 
 using reference_host::HostPartition;
 
-void CheckRows(const CZynIBRBFInternalObject& op, int i, CheckedSystem& point) {
+void CheckRows(CZynIBRBFInternalObject const& op, int i, CheckedSystem& point) {
   RowSum value, x, y, z;
   for (int k = 1; k <= point.members; ++k) {
     value.Add(op.m_ppIBValueCoef[i][k]);
-    const IBCnode& slope = op.m_ppIBCoef[i][k];
+    IBCnode const& slope = op.m_ppIBCoef[i][k];
     x.Add(slope.x);
     y.Add(slope.y);
     z.Add(slope.z);
   }
   CheckRowOfValue(value, kRowSumTolerance, point);
-  for (const RowSum& row : {x, y, z}) CheckRowOfSlope(row, kRowSumTolerance, point);
+  for (RowSum const& row : {x, y, z}) CheckRowOfSlope(row, kRowSumTolerance, point);
 }
 
 }  // namespace
 
-std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& usable, const PointSet& points,
-                                       const std::vector<PointOwner>& owners, int rank,
-                                       const InterpolationSettings& settings, const std::string& logFile) {
+std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& usable, PointSet const& points,
+                                       std::vector<PointOwner> const& owners, int rank,
+                                       InterpolationSettings const& settings, std::string const& logFile) {
   PointSet own;
   own.x = own.y = own.z = {0.0};  // the operator counts from 1
   std::vector<CheckedSystem> systems;
@@ -52,9 +52,9 @@ std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& us
   }
   if (systems.empty()) return systems;
 
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   partition.SetBaseFileName(WriteSettingsText(folder.path() + "/settings.rbf", PointSettingsText(settings)));
-  const StdoutToFile log(logFile);
+  StdoutToFile const log(logFile);
   std::cout << systems.size() << " points" << std::endl;
   CZynIBRBFInternalObject op;
   op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
@@ -62,7 +62,7 @@ std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& us
   op.Initialize_IBInterpolateData(usable.mark.data(), static_cast<int>(systems.size()), own.x.data(),
                                   own.y.data(), own.z.data());
   for (std::size_t k = 0; k < systems.size(); ++k) {
-    const int i = static_cast<int>(k) + 1;
+    int const i = static_cast<int>(k) + 1;
     systems[k].members = op.m_ppIBConn[i][0];
     CheckPlaces(NodesOfPoint(op, *partition.mesh(), i), systems[k]);
     CheckCondition(ConditionOfPoint(op, *partition.mesh(), i), systems[k]);

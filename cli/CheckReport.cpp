@@ -22,17 +22,17 @@ std::string ConditionText(double condition) {
   return condition > 0.0 ? Scientific(condition, 3) : "-";
 }
 
-std::string NumberText(const CheckedSystem& system) {
-  const std::string number = std::to_string(system.number);
+std::string NumberText(CheckedSystem const& system) {
+  std::string const number = std::to_string(system.number);
   return system.other > 0 ? number + " and " + std::to_string(system.other) : number;
 }
 
-void PrintCounts(std::ostream& out, const CheckResult& result) {
+void PrintCounts(std::ostream& out, CheckResult const& result) {
   TextTable table({{"found", Align::Left}, {result.kind}, {"so the result is", Align::Left}});
-  for (const FindingKind& kind : FindingKinds()) {
+  for (FindingKind const& kind : FindingKinds()) {
     if ((result.lookedFor & kind.finding) == 0) continue;
-    const std::int64_t count = result.summary.Count(kind.finding);
-    const bool hasMeaning = count > 0 && kind.severity != Severity::Note;
+    std::int64_t const count = result.summary.Count(kind.finding);
+    bool const hasMeaning = count > 0 && kind.severity != Severity::Note;
     table.AddRow({kind.text, Grouped(count), hasMeaning ? NameOf(kind.severity) : ""});
   }
   table.Print(out);
@@ -42,7 +42,7 @@ void PrintCounts(std::ostream& out, const CheckResult& result) {
 struct Decades {
   std::size_t first = ConditionHistogram::kDecades, last = 0;
 
-  explicit Decades(const ConditionHistogram& histogram) {
+  explicit Decades(ConditionHistogram const& histogram) {
     for (std::size_t k = 0; k < histogram.decade.size(); ++k) {
       if (histogram.decade[k] == 0) continue;
       first = std::min(first, k);
@@ -51,20 +51,20 @@ struct Decades {
   }
 };
 
-void PrintHistogram(std::ostream& out, const CheckResult& result) {
-  const ConditionHistogram& histogram = result.summary.histogram;
+void PrintHistogram(std::ostream& out, CheckResult const& result) {
+  ConditionHistogram const& histogram = result.summary.histogram;
   if (histogram.IsEmpty()) return;
-  const std::int64_t most = std::max({*std::max_element(histogram.decade.begin(), histogram.decade.end()),
+  std::int64_t const most = std::max({*std::max_element(histogram.decade.begin(), histogram.decade.end()),
                                       histogram.nSingular, histogram.nNotFinite});
   TextTable table({{"log10 condition", Align::Left}, {result.kind}, {"", Align::Left}});
-  const auto add = [&table, most](const std::string& name, std::int64_t count) {
+  auto const add = [&table, most](std::string const& name, std::int64_t count) {
     // What is there at all shows.
-    const double length = std::ceil(kLongestBar * static_cast<double>(count) / static_cast<double>(most));
+    double const length = std::ceil(kLongestBar * static_cast<double>(count) / static_cast<double>(most));
     table.AddRow({name, Grouped(count), std::string(static_cast<std::size_t>(length), '#')});
   };
-  const Decades rows(histogram);
+  Decades const rows(histogram);
   for (std::size_t k = rows.first; k <= rows.last; ++k) {
-    const bool isLast = k + 1 == histogram.decade.size();
+    bool const isLast = k + 1 == histogram.decade.size();
     add(std::to_string(k) + (isLast ? " and more" : " to " + std::to_string(k + 1)), histogram.decade[k]);
   }
   if (histogram.nSingular > 0) add("singular", histogram.nSingular);
@@ -74,12 +74,12 @@ void PrintHistogram(std::ostream& out, const CheckResult& result) {
 }
 
 /// The numbers below are those of cells or of points; a face has none but those of its cells.
-std::string WorstTitle(const CheckResult& result) {
+std::string WorstTitle(CheckResult const& result) {
   if (result.key == "faces") return "worst face, of cells";
   return result.key == "points" ? "worst point" : "worst cell";
 }
 
-void PrintWorst(std::ostream& out, const CheckResult& result) {
+void PrintWorst(std::ostream& out, CheckResult const& result) {
   if (result.summary.worst.empty()) return;
   TextTable table({{WorstTitle(result), Align::Left},
                    {"at", Align::Left},
@@ -87,8 +87,8 @@ void PrintWorst(std::ostream& out, const CheckResult& result) {
                    {"condition"},
                    {"sum off by"},
                    {"why", Align::Left, TextTable::kAnyWidth}});
-  for (const CheckedSystem& system : result.summary.worst) {
-    const std::string why = InWords(system.findings);
+  for (CheckedSystem const& system : result.summary.worst) {
+    std::string const why = InWords(system.findings);
     table.AddRow({NumberText(system), Place(system.at[0], system.at[1], system.at[2], result.placeDigits),
                   system.members > 0 ? std::to_string(system.members) : "-", ConditionText(system.condition),
                   system.members > 0 ? Scientific(system.rowSum, 2) : "-", why.empty() ? "-" : why});
@@ -102,17 +102,17 @@ ordered_json ConditionAsJson(double condition) {
   return ConditionText(condition);
 }
 
-ordered_json HistogramAsJson(const ConditionHistogram& histogram) {
+ordered_json HistogramAsJson(ConditionHistogram const& histogram) {
   if (histogram.IsEmpty()) return nullptr;
   return {
       {"decades", histogram.decade}, {"singular", histogram.nSingular}, {"notFinite", histogram.nNotFinite}};
 }
 
 /// "2 of 8 cells, 1 of 6 points"; empty when all counts are 0.
-std::string Counted(const std::vector<CheckResult>& results, std::int64_t CheckSummary::*count) {
+std::string Counted(std::vector<CheckResult> const& results, std::int64_t CheckSummary::*count) {
   std::string text;
-  for (const CheckResult& result : results) {
-    const std::int64_t n = result.summary.*count;
+  for (CheckResult const& result : results) {
+    std::int64_t const n = result.summary.*count;
     if (n == 0) continue;
     text += (text.empty() ? "" : ", ") + Grouped(n) + " of " + Grouped(result.summary.nSystems) + ' ' +
             result.kind;
@@ -120,7 +120,7 @@ std::string Counted(const std::vector<CheckResult>& results, std::int64_t CheckS
   return text;
 }
 
-ordered_json SystemAsJson(const CheckedSystem& system) {
+ordered_json SystemAsJson(CheckedSystem const& system) {
   ordered_json json = {{"number", system.number}, {"other", system.other}, {"place", system.at}};
   json["members"] = system.members;
   json["condition"] = ConditionAsJson(system.condition);
@@ -129,14 +129,14 @@ ordered_json SystemAsJson(const CheckedSystem& system) {
   json["nonOrthogonalityDegrees"] = system.nonOrthogonality;
   json["severity"] = NameOf(SeverityOf(system.findings));
   json["findings"] = ordered_json::array();
-  for (const FindingKind& kind : FindingKinds())
+  for (FindingKind const& kind : FindingKinds())
     if ((system.findings & kind.finding) != 0) json["findings"].push_back(kind.key);
   return json;
 }
 
 }  // namespace
 
-void PrintCheckResult(std::ostream& out, const CheckResult& result) {
+void PrintCheckResult(std::ostream& out, CheckResult const& result) {
   out << Grouped(result.summary.nSystems) << ' ' << result.kind << "\n\n";
   PrintCounts(out, result);
   PrintHistogram(out, result);
@@ -144,11 +144,11 @@ void PrintCheckResult(std::ostream& out, const CheckResult& result) {
   out << '\n';
 }
 
-std::vector<std::string> FoundInWords(const std::vector<CheckResult>& results, Severity severity) {
+std::vector<std::string> FoundInWords(std::vector<CheckResult> const& results, Severity severity) {
   std::vector<std::string> lines;
-  for (const CheckResult& result : results) {
-    for (const FindingKind& kind : FindingKinds()) {
-      const std::int64_t count = result.summary.Count(kind.finding);
+  for (CheckResult const& result : results) {
+    for (FindingKind const& kind : FindingKinds()) {
+      std::int64_t const count = result.summary.Count(kind.finding);
       if (kind.severity == severity && count > 0)
         lines.push_back(kind.text + ": " + Grouped(count) + " of " + Grouped(result.summary.nSystems) + ' ' +
                         result.kind);
@@ -157,16 +157,16 @@ std::vector<std::string> FoundInWords(const std::vector<CheckResult>& results, S
   return lines;
 }
 
-bool AreSound(const std::vector<CheckResult>& results) {
+bool AreSound(std::vector<CheckResult> const& results) {
   return std::all_of(results.begin(), results.end(),
-                     [](const CheckResult& r) { return r.summary.IsSound(); });
+                     [](CheckResult const& r) { return r.summary.IsSound(); });
 }
 
-void PrintVerdict(std::ostream& out, const std::vector<CheckResult>& results) {
-  const std::string notFinite = Counted(results, &CheckSummary::nNotFinite);
-  const std::string wrong = Counted(results, &CheckSummary::nWrong);
-  for (const Severity severity : {Severity::NotFinite, Severity::Wrong})
-    for (const std::string& line : FoundInWords(results, severity)) out << "  " << line << '\n';
+void PrintVerdict(std::ostream& out, std::vector<CheckResult> const& results) {
+  std::string const notFinite = Counted(results, &CheckSummary::nNotFinite);
+  std::string const wrong = Counted(results, &CheckSummary::nWrong);
+  for (Severity const severity : {Severity::NotFinite, Severity::Wrong})
+    for (std::string const& line : FoundInWords(results, severity)) out << "  " << line << '\n';
   if (notFinite.empty() && wrong.empty())
     out << "all results would be finite numbers, and none would be wrong\n";
   else if (notFinite.empty())
@@ -176,13 +176,13 @@ void PrintVerdict(std::ostream& out, const std::vector<CheckResult>& results) {
         << (wrong.empty() ? "" : ", and WRONG in " + wrong) << '\n';
 }
 
-ordered_json CheckResultAsJson(const CheckResult& result) {
-  const CheckSummary& summary = result.summary;
+ordered_json CheckResultAsJson(CheckResult const& result) {
+  CheckSummary const& summary = result.summary;
   ordered_json json = {{"kind", result.kind}, {"count", summary.nSystems}, {"finite", summary.IsFinite()}};
   json["wrongCount"] = summary.nWrong;
   json["notFiniteCount"] = summary.nNotFinite;
   ordered_json& found = json["found"] = ordered_json::object();
-  for (const FindingKind& kind : FindingKinds()) {
+  for (FindingKind const& kind : FindingKinds()) {
     if ((result.lookedFor & kind.finding) != 0)
       found[kind.key] = {{"count", summary.Count(kind.finding)}, {"severity", NameOf(kind.severity)}};
   }
@@ -192,7 +192,7 @@ ordered_json CheckResultAsJson(const CheckResult& result) {
   json["worstNonOrthogonalityDegrees"] = summary.worstNonOrthogonality;
   json["log10Condition"] = HistogramAsJson(summary.histogram);
   json["worst"] = ordered_json::array();
-  for (const CheckedSystem& system : summary.worst) json["worst"].push_back(SystemAsJson(system));
+  for (CheckedSystem const& system : summary.worst) json["worst"].push_back(SystemAsJson(system));
   return json;
 }
 

@@ -21,18 +21,18 @@ struct CheckResult {
 };
 
 /// Counts, histogram and the worst ten. Only the first rank's job.
-void PrintCheckResult(std::ostream& out, const CheckResult& result);
+void PrintCheckResult(std::ostream& out, CheckResult const& result);
 
 /// The last lines: how many results would not be finite or would be wrong, with the findings behind that.
-void PrintVerdict(std::ostream& out, const std::vector<CheckResult>& results);
+void PrintVerdict(std::ostream& out, std::vector<CheckResult> const& results);
 
 /// Whether no result would be wrong or not finite.
-bool AreSound(const std::vector<CheckResult>& results);
+bool AreSound(std::vector<CheckResult> const& results);
 
 /// The same numbers; what is not finite becomes null.
-nlohmann::ordered_json CheckResultAsJson(const CheckResult& result);
+nlohmann::ordered_json CheckResultAsJson(CheckResult const& result);
 
 /// What was found of that severity, a line each: "weights not finite: 2 of 8 cells". A system may be in several.
-std::vector<std::string> FoundInWords(const std::vector<CheckResult>& results, Severity severity);
+std::vector<std::string> FoundInWords(std::vector<CheckResult> const& results, Severity severity);
 
 }  // namespace zyngrad

@@ -10,26 +10,26 @@
 namespace zyngrad {
 namespace {
 
-std::array<double, 3> ExtentOf(const std::vector<DQVector>& points) {
+std::array<double, 3> ExtentOf(std::vector<DQVector> const& points) {
   BoundingBox box;
-  for (const DQVector& point : points) box.Widen(point.x, point.y, point.z);
+  for (DQVector const& point : points) box.Widen(point.x, point.y, point.z);
   if (points.empty()) return {0.0, 0.0, 0.0};
   return {box.xmax - box.xmin, box.ymax - box.ymin, box.zmax - box.zmin};
 }
 
 /// Points that are no other one's place; quadratic in the members of one stencil, which are few.
-int CountPlaces(const std::vector<DQVector>& points, double within) {
+int CountPlaces(std::vector<DQVector> const& points, double within) {
   int count = 0;
   for (std::size_t k = 0; k < points.size(); ++k) {
-    const bool isKnown = std::any_of(
+    bool const isKnown = std::any_of(
         points.begin(), points.begin() + static_cast<std::ptrdiff_t>(k),
-        [&](const DQVector& earlier) { return Length(OffsetBetween(earlier, points[k])) <= within; });
+        [&](DQVector const& earlier) { return Length(OffsetBetween(earlier, points[k])) <= within; });
     if (!isKnown) ++count;
   }
   return count;
 }
 
-void CheckRow(const RowSum& row, double distance, double tolerance, CheckedSystem& system) {
+void CheckRow(RowSum const& row, double distance, double tolerance, CheckedSystem& system) {
   if (!row.IsFinite()) {
     system.findings |= kHasRowNotFinite;
     system.rowSum = std::nan("");
@@ -41,12 +41,12 @@ void CheckRow(const RowSum& row, double distance, double tolerance, CheckedSyste
 
 }  // namespace
 
-void CheckPlaces(const std::vector<DQVector>& points, CheckedSystem& system) {
-  const std::array<double, 3> extent = ExtentOf(points);
-  const double smallest = kSamePlace * *std::max_element(extent.begin(), extent.end());
+void CheckPlaces(std::vector<DQVector> const& points, CheckedSystem& system) {
+  std::array<double, 3> const extent = ExtentOf(points);
+  double const smallest = kSamePlace * *std::max_element(extent.begin(), extent.end());
   if (std::any_of(extent.begin(), extent.end(), [&](double e) { return e <= smallest; }))
     system.findings |= kHasFlatAxis;
-  const int nPlaces = CountPlaces(points, smallest);
+  int const nPlaces = CountPlaces(points, smallest);
   if (nPlaces < static_cast<int>(points.size())) system.findings |= kHasCoincidentMembers;
   if (nPlaces - 1 < kFewestNeighbours) system.findings |= kHasFewMembers;
 }
@@ -67,12 +67,12 @@ void CheckCondition(double condition, CheckedSystem& system) {
   if (IsWorseCondition(condition, system.condition)) system.condition = condition;
 }
 
-void CheckRowOfValue(const RowSum& row, double tolerance, CheckedSystem& system) {
+void CheckRowOfValue(RowSum const& row, double tolerance, CheckedSystem& system) {
   CheckRow(row, row.DistanceFromOne(), tolerance, system);
   if (row.IsFinite() && row.Magnitude() > kLargeMagnitude) system.findings |= kHasLargeWeights;
 }
 
-void CheckRowOfSlope(const RowSum& row, double tolerance, CheckedSystem& system) {
+void CheckRowOfSlope(RowSum const& row, double tolerance, CheckedSystem& system) {
   CheckRow(row, row.DistanceFromZero(), tolerance, system);
 }
 

@@ -36,14 +36,14 @@ class RowSum {
 /// Enters what is to be found in the places of a stencil: members at one position, an axis without extent,
 /// fewer other places than a slope has components. Places within kSamePlace of the stencil's extent are one.
 /// @param[in] points  each member's, in any order; a stencil's own cell is one of them
-void CheckPlaces(const std::vector<DQVector>& points, CheckedSystem& system);
+void CheckPlaces(std::vector<DQVector> const& points, CheckedSystem& system);
 
 /// Enters a condition number; of several systems behind one row the worst is kept.
 void CheckCondition(double condition, CheckedSystem& system);
 
 /// Enter a row of weights. @param[in] tolerance  for its distance
-void CheckRowOfValue(const RowSum& row, double tolerance, CheckedSystem& system);
-void CheckRowOfSlope(const RowSum& row, double tolerance, CheckedSystem& system);
+void CheckRowOfValue(RowSum const& row, double tolerance, CheckedSystem& system);
+void CheckRowOfSlope(RowSum const& row, double tolerance, CheckedSystem& system);
 
 /// A condition number as a measure of badness: NaN beyond infinity beyond the others.
 bool IsWorseCondition(double a, double b);

@@ -14,21 +14,21 @@ namespace {
 /// To six significant digits.
 double Rounded(double value) {
   if (!std::isfinite(value) || value == 0.0) return value;
-  const double unit = std::pow(10.0, std::floor(std::log10(std::fabs(value))) - 5.0);
-  const double digits = std::round(value / unit);
+  double const unit = std::pow(10.0, std::floor(std::log10(std::fabs(value))) - 5.0);
+  double const digits = std::round(value / unit);
   return std::isfinite(digits) ? digits * unit : value;
 }
 
 // A system as a row of numbers, for the way between ranks. All counts and numbers are below 2^53.
 constexpr std::size_t kRowLength = 12;
 
-void AppendRow(const CheckedSystem& s, std::vector<double>& row) {
+void AppendRow(CheckedSystem const& s, std::vector<double>& row) {
   row.insert(row.end(), {static_cast<double>(s.number), static_cast<double>(s.other), s.at[0], s.at[1],
                          s.at[2], static_cast<double>(s.findings), static_cast<double>(s.members),
                          s.condition, s.rowSum, s.volume, s.skewness, s.nonOrthogonality});
 }
 
-CheckedSystem SystemOfRow(const double* row) {
+CheckedSystem SystemOfRow(double const* row) {
   CheckedSystem s;
   s.number = static_cast<std::int64_t>(row[0]);
   s.other = static_cast<std::int64_t>(row[1]);
@@ -44,7 +44,7 @@ CheckedSystem SystemOfRow(const double* row) {
 }
 
 std::vector<CheckedSystem> WorstOf(std::vector<CheckedSystem> systems) {
-  const std::size_t n = std::min(systems.size(), kShownWorst);
+  std::size_t const n = std::min(systems.size(), kShownWorst);
   std::partial_sort(systems.begin(), systems.begin() + static_cast<std::ptrdiff_t>(n), systems.end(),
                     IsWorse);
   systems.resize(n);
@@ -52,9 +52,9 @@ std::vector<CheckedSystem> WorstOf(std::vector<CheckedSystem> systems) {
 }
 
 /// Collective. Those of all ranks, from the worst of each.
-std::vector<CheckedSystem> WorstOfAll(const Ranks& ranks, const std::vector<CheckedSystem>& own) {
+std::vector<CheckedSystem> WorstOfAll(Ranks const& ranks, std::vector<CheckedSystem> const& own) {
   std::vector<double> rows;
-  for (const CheckedSystem& system : WorstOf(own)) AppendRow(system, rows);
+  for (CheckedSystem const& system : WorstOf(own)) AppendRow(system, rows);
   std::vector<double> all = ranks.GatherOnFirst(rows);
   ranks.Broadcast(all);
   std::vector<CheckedSystem> systems;
@@ -63,10 +63,10 @@ std::vector<CheckedSystem> WorstOfAll(const Ranks& ranks, const std::vector<Chec
 }
 
 /// What can be added up, or of which the largest counts, on one rank or on all.
-void AddSystem(const CheckedSystem& system, CheckSummary& summary) {
+void AddSystem(CheckedSystem const& system, CheckSummary& summary) {
   ++summary.nSystems;
   for (std::size_t k = 0; k < summary.counts.size(); ++k) summary.counts[k] += (system.findings >> k) & 1U;
-  const Severity gravest = SeverityOf(system.findings);
+  Severity const gravest = SeverityOf(system.findings);
   summary.nWrong += gravest == Severity::Wrong ? 1 : 0;
   summary.nNotFinite += gravest == Severity::NotFinite ? 1 : 0;
   if (system.condition != 0.0) summary.histogram.Add(system.condition);
@@ -77,17 +77,17 @@ void AddSystem(const CheckedSystem& system, CheckSummary& summary) {
 }
 
 /// Collective. The summary of all ranks from that of each.
-void AddUp(const Ranks& ranks, CheckSummary& summary) {
+void AddUp(Ranks const& ranks, CheckSummary& summary) {
   std::vector<std::int64_t*> sums = {&summary.nSystems, &summary.nWrong, &summary.nNotFinite,
                                      &summary.histogram.nSingular, &summary.histogram.nNotFinite};
   for (std::int64_t& count : summary.counts) sums.push_back(&count);
   for (std::int64_t& count : summary.histogram.decade) sums.push_back(&count);
   std::vector<double> own;
   own.reserve(sums.size() + 1);
-  for (const std::int64_t* sum : sums) own.push_back(static_cast<double>(*sum));
+  for (std::int64_t const* sum : sums) own.push_back(static_cast<double>(*sum));
   own.push_back(summary.worstCondition);
   for (std::int64_t* sum : sums) *sum = 0;
-  for (const std::vector<double>& row : ranks.Gather(own)) {
+  for (std::vector<double> const& row : ranks.Gather(own)) {
     for (std::size_t k = 0; k < sums.size(); ++k) *sums[k] += static_cast<std::int64_t>(row[k]);
     if (IsWorseCondition(row.back(), summary.worstCondition)) summary.worstCondition = row.back();
   }
@@ -103,7 +103,7 @@ void ConditionHistogram::Add(double condition) {
   } else if (std::isinf(condition)) {
     ++nSingular;
   } else {
-    const double exponent = condition >= 1.0 ? std::floor(std::log10(condition)) : 0.0;
+    double const exponent = condition >= 1.0 ? std::floor(std::log10(condition)) : 0.0;
     ++decade[static_cast<std::size_t>(std::min(exponent, kDecades - 1.0))];
   }
 }
@@ -119,19 +119,19 @@ std::int64_t CheckSummary::Count(std::uint32_t finding) const {
   return 0;
 }
 
-bool IsWorse(const CheckedSystem& a, const CheckedSystem& b) {
-  const Severity graveA = SeverityOf(a.findings), graveB = SeverityOf(b.findings);
+bool IsWorse(CheckedSystem const& a, CheckedSystem const& b) {
+  Severity const graveA = SeverityOf(a.findings), graveB = SeverityOf(b.findings);
   if (graveA != graveB) return graveA > graveB;
-  const double conditionA = Rounded(a.condition), conditionB = Rounded(b.condition);
+  double const conditionA = Rounded(a.condition), conditionB = Rounded(b.condition);
   if (IsWorseCondition(conditionA, conditionB)) return true;
   if (IsWorseCondition(conditionB, conditionA)) return false;
-  const double skewA = Rounded(a.skewness), skewB = Rounded(b.skewness);
+  double const skewA = Rounded(a.skewness), skewB = Rounded(b.skewness);
   return std::tie(skewB, a.number, a.other) < std::tie(skewA, b.number, b.other);
 }
 
-CheckSummary SummariseCheck(const Ranks& ranks, const std::vector<CheckedSystem>& own) {
+CheckSummary SummariseCheck(Ranks const& ranks, std::vector<CheckedSystem> const& own) {
   CheckSummary summary;
-  for (const CheckedSystem& system : own) AddSystem(system, summary);
+  for (CheckedSystem const& system : own) AddSystem(system, summary);
   AddUp(ranks, summary);
   summary.worst = WorstOfAll(ranks, own);
   return summary;

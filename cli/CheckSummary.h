@@ -43,9 +43,9 @@ constexpr std::size_t kShownWorst = 10;
 /// Whether a stands before b among the worst: the graver findings first, then the larger condition number, the
 /// larger skewness, and the lower numbers. Measures that differ in the seventh digit only are equal, since
 /// their round-off may depend on the number of ranks.
-bool IsWorse(const CheckedSystem& a, const CheckedSystem& b);
+bool IsWorse(CheckedSystem const& a, CheckedSystem const& b);
 
 /// Collective. @param[in] own  of this rank
-CheckSummary SummariseCheck(const Ranks& ranks, const std::vector<CheckedSystem>& own);
+CheckSummary SummariseCheck(Ranks const& ranks, std::vector<CheckedSystem> const& own);
 
 }  // namespace zyngrad

@@ -18,38 +18,38 @@ using Align = TextTable::Align;
 using reference_host::Point;
 
 /// Bit for bit, so that NaN equals NaN.
-bool SameBits(const std::vector<Point>& a, const std::vector<Point>& b) {
+bool SameBits(std::vector<Point> const& a, std::vector<Point> const& b) {
   return a.size() == b.size() &&
          (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Point)) == 0);
 }
 
 /// Length of the difference; 0 for the same bits, infinite if it is no number.
-double DifferenceOf(const Point& a, const Point& b) {
+double DifferenceOf(Point const& a, Point const& b) {
   if (std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0) return 0.0;
-  const double dx = a[0] - b[0], dy = a[1] - b[1], dz = a[2] - b[2];
-  const double length = std::sqrt(dy * dy + dx * dx + dz * dz);
+  double const dx = a[0] - b[0], dy = a[1] - b[1], dz = a[2] - b[2];
+  double const length = std::sqrt(dy * dy + dx * dx + dz * dz);
   return std::isnan(length) ? std::numeric_limits<double>::infinity() : length;
 }
 
-bool IsFinite(const Point& item) {
+bool IsFinite(Point const& item) {
   return std::all_of(item.begin(), item.end(), [](double value) { return std::isfinite(value); });
 }
 
 /// Cube root of a cell's mean volume, as if the mesh filled its bounding box, L.
-double SpacingOf(const WholeMesh& mesh) {
+double SpacingOf(WholeMesh const& mesh) {
   Point low = mesh.faces.points.front(), high = low;
-  for (const Point& point : mesh.faces.points) {
+  for (Point const& point : mesh.faces.points) {
     for (std::size_t d = 0; d < point.size(); ++d) {
       low[d] = std::min(low[d], point[d]);
       high[d] = std::max(high[d], point[d]);
     }
   }
-  const double volume = (high[0] - low[0]) * (high[1] - low[1]) * (high[2] - low[2]);
+  double const volume = (high[0] - low[0]) * (high[1] - low[1]) * (high[2] - low[2]);
   return std::cbrt(volume / mesh.nCells());
 }
 
-RankDifference Compare(const RankResult& reference, const RankResult& result, const RankResult& again,
-                       const RankLevel& level, const std::vector<int>& layers) {
+RankDifference Compare(RankResult const& reference, RankResult const& result, RankResult const& again,
+                       RankLevel const& level, std::vector<int> const& layers) {
   RankDifference difference;
   difference.level = level.name;
   difference.notRun = result.notRun.empty() ? reference.notRun : result.notRun;
@@ -57,9 +57,9 @@ RankDifference Compare(const RankResult& reference, const RankResult& result, co
   difference.isRepeatable = SameBits(result.item, again.item);
   for (std::size_t i = 0; i < layers.size(); ++i) {
     if (reference.isThere[i] == 0 || result.isThere[i] == 0) continue;
-    const auto layer = static_cast<std::size_t>(layers[i]);
+    auto const layer = static_cast<std::size_t>(layers[i]);
     if (!IsFinite(reference.item[i]) || !IsFinite(result.item[i])) ++difference.nNotFinite;
-    const double delta = DifferenceOf(reference.item[i], result.item[i]);
+    double const delta = DifferenceOf(reference.item[i], result.item[i]);
     ++difference.nItems[layer];
     difference.largest[layer] = std::max(difference.largest[layer], delta);
     // A level that is no number, of a singular system, promises nothing.
@@ -70,7 +70,7 @@ RankDifference Compare(const RankResult& reference, const RankResult& result, co
 }
 
 /// A face is as far from the cuts as the nearer one of its cells.
-std::vector<int> LayersOfFaces(const reference_host::FaceMesh& mesh, const std::vector<int>& ofCells) {
+std::vector<int> LayersOfFaces(reference_host::FaceMesh const& mesh, std::vector<int> const& ofCells) {
   std::vector<int> layers(mesh.owner.size(), kLastLayer);
   for (std::size_t f = 0; f < layers.size(); ++f) {
     layers[f] = ofCells[static_cast<std::size_t>(mesh.owner[f])];
@@ -81,33 +81,33 @@ std::vector<int> LayersOfFaces(const reference_host::FaceMesh& mesh, const std::
 }
 
 /// Cells count from the nearest cut of either division.
-std::vector<int> NearestLayers(const WholeMesh& mesh, int nRanks, int nReference) {
+std::vector<int> NearestLayers(WholeMesh const& mesh, int nRanks, int nReference) {
   std::vector<int> layers = LayersFromCuts(mesh.faces, mesh.PartOfCell(nRanks));
   if (nReference == 1) return layers;
-  const std::vector<int> other = LayersFromCuts(mesh.faces, mesh.PartOfCell(nReference));
+  std::vector<int> const other = LayersFromCuts(mesh.faces, mesh.PartOfCell(nReference));
   for (std::size_t c = 0; c < layers.size(); ++c) layers[c] = std::min(layers[c], other[c]);
   return layers;
 }
 
 }  // namespace
 
-std::vector<RankComparison> CompareRankCounts(const WholeMesh& mesh, const std::vector<int>& counts,
-                                              const RankQuestion& question) {
+std::vector<RankComparison> CompareRankCounts(WholeMesh const& mesh, std::vector<int> const& counts,
+                                              RankQuestion const& question) {
   std::vector<RankComparison> comparisons;
   std::vector<RankResult> reference;
   std::vector<RankLevel> levels;
-  for (const int nRanks : counts) {
-    const std::vector<RankResult> results = RunOnParts(mesh, nRanks, question, false);
-    const std::vector<RankResult> again = RunOnParts(mesh, nRanks, question, true);
+  for (int const nRanks : counts) {
+    std::vector<RankResult> const results = RunOnParts(mesh, nRanks, question, false);
+    std::vector<RankResult> const again = RunOnParts(mesh, nRanks, question, true);
     if (reference.empty()) {
       reference = results;
       levels = LevelsOf(mesh, question, reference);
     }
     RankComparison comparison = {nRanks, counts.front(), {}};
-    const std::vector<int> ofCells = NearestLayers(mesh, nRanks, counts.front());
-    const std::vector<int> ofFaces = LayersOfFaces(mesh.faces, ofCells);
+    std::vector<int> const ofCells = NearestLayers(mesh, nRanks, counts.front());
+    std::vector<int> const ofFaces = LayersOfFaces(mesh.faces, ofCells);
     for (std::size_t k = 0; k < results.size(); ++k) {
-      const bool areFaces = question.cases[k].method->kind == StudyMethod::Kind::Faces;
+      bool const areFaces = question.cases[k].method->kind == StudyMethod::Kind::Faces;
       comparison.differences.push_back(
           Compare(reference[k], results[k], again[k], levels[k], areFaces ? ofFaces : ofCells));
       RankDifference& difference = comparison.differences.back();
@@ -120,9 +120,9 @@ std::vector<RankComparison> CompareRankCounts(const WholeMesh& mesh, const std::
   return comparisons;
 }
 
-void PrintComparisons(std::ostream& out, const std::vector<RankComparison>& comparisons) {
+void PrintComparisons(std::ostream& out, std::vector<RankComparison> const& comparisons) {
   bool isFirst = true;
-  for (const RankComparison& comparison : comparisons) {
+  for (RankComparison const& comparison : comparisons) {
     TextTable table({{"method", Align::Left},
                      {"promise", Align::Left},
                      {"beside a cut"},
@@ -132,7 +132,7 @@ void PrintComparisons(std::ostream& out, const std::vector<RankComparison>& comp
                      {"of the promise"},
                      {"second run", Align::Left},
                      {"", Align::Left}});
-    for (const RankDifference& d : comparison.differences) {
+    for (RankDifference const& d : comparison.differences) {
       if (!d.notRun.empty()) continue;
       std::vector<std::string> row = {d.method, d.level};
       for (std::size_t layer = 0; layer < d.largest.size(); ++layer)
@@ -146,7 +146,7 @@ void PrintComparisons(std::ostream& out, const std::vector<RankComparison>& comp
         << (comparison.nRanks == 1 ? " rank" : " ranks") << " from " << comparison.nReference
         << ", by distance from the cuts\n\n";
     table.Print(out);
-    for (const RankDifference& d : comparison.differences) {
+    for (RankDifference const& d : comparison.differences) {
       if (!d.notRun.empty()) out << "  " << d.method << ": not run: " << d.notRun << '\n';
       if (d.nNotFinite > 0) {
         out << "  " << d.method << ": not finite at " << Grouped(d.nNotFinite) << " of "

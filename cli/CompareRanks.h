@@ -37,9 +37,9 @@ struct RankComparison {
 
 /// Runs all cases on every number of ranks, twice.
 /// @param[in] counts  at least one; the first is the reference of the others
-std::vector<RankComparison> CompareRankCounts(const WholeMesh& mesh, const std::vector<int>& counts,
-                                              const RankQuestion& question);
+std::vector<RankComparison> CompareRankCounts(WholeMesh const& mesh, std::vector<int> const& counts,
+                                              RankQuestion const& question);
 
-void PrintComparisons(std::ostream& out, const std::vector<RankComparison>& comparisons);
+void PrintComparisons(std::ostream& out, std::vector<RankComparison> const& comparisons);
 
 }  // namespace zyngrad

@@ -32,16 +32,16 @@ constexpr int kLeastSquaresType = 1;
 
 double Length(double x, double y, double z) { return std::sqrt(y * y + x * x + z * z); }
 
-double LargestSlope(const RankResult& result) {
+double LargestSlope(RankResult const& result) {
   double largest = 0.0;
-  for (const Point& g : result.item) largest = std::max(largest, Length(g[0], g[1], g[2]));
+  for (Point const& g : result.item) largest = std::max(largest, Length(g[0], g[1], g[2]));
   return largest;
 }
 
 /// The mesh as one partition, and what the levels are made of.
 class WholeMeasures {
  public:
-  WholeMeasures(const WholeMesh& mesh, const RankQuestion& question)
+  WholeMeasures(WholeMesh const& mesh, RankQuestion const& question)
       : field_(question.field),
         partition_(
             SplitMesh(mesh.faces, std::vector<int>(static_cast<std::size_t>(mesh.nCells()), 0), 1).front()),
@@ -49,7 +49,7 @@ class WholeMeasures {
         exchange_(group_, partition_),
         reduction_(group_) {
     partition_.CompleteHalo(exchange_);
-    const CZYN3DFiniteVolumeMesh& m = *partition_.mesh();
+    CZYN3DFiniteVolumeMesh const& m = *partition_.mesh();
     for (int c = 1; c <= m.NCell; ++c)
       largestValue_ = std::max(largestValue_, std::fabs(question.field.Value(m.xc[c], m.yc[c], m.zc[c])));
   }
@@ -58,10 +58,10 @@ class WholeMeasures {
 
   /// Largest sum of the areas around a cell over its volume, 1/L.
   double LargestSurfaceOverVolume() {
-    const CZYN3DFiniteVolumeMesh& m = *partition_.mesh();
+    CZYN3DFiniteVolumeMesh const& m = *partition_.mesh();
     std::vector<double> surface(static_cast<std::size_t>(m.NCell) + 1, 0.0);
-    const auto add = [&surface](int n, const int* cells, const double* Sx, const double* Sy,
-                                const double* Sz) {
+    auto const add = [&surface](int n, int const* cells, double const* Sx, double const* Sy,
+                                double const* Sz) {
       for (int f = 1; f <= n; ++f) surface[static_cast<std::size_t>(cells[f])] += Length(Sx[f], Sy[f], Sz[f]);
     };
     add(m.NInnerFaces, m.ijCV, m.ijSx, m.ijSy, m.ijSz);
@@ -78,7 +78,7 @@ class WholeMeasures {
 
   /// [0..nCells-1] condition number of the moments of least squares.
   std::vector<double> MomentConditions() {
-    const StdoutToFile silence("/dev/null");
+    StdoutToFile const silence("/dev/null");
     COperatorGradient op;
     op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
     op.getPartitionFace(partition_.partitionFaces());
@@ -86,7 +86,7 @@ class WholeMeasures {
     int type = kLeastSquaresType;
     op.getGradType(type);
     op.Initialize();
-    const COperatorGradientImpl& m = *op.m_pImpl;
+    COperatorGradientImpl const& m = *op.m_pImpl;
     return ByMeshNumber([&](int c) {
       return ConditionEstimate({m.m_pSxx[c], m.m_pSxy[c], m.m_pSxz[c], m.m_pSxy[c], m.m_pSyy[c], m.m_pSyz[c],
                                 m.m_pSxz[c], m.m_pSyz[c], m.m_pSzz[c]},
@@ -95,11 +95,11 @@ class WholeMeasures {
   }
 
   /// [0..nCells-1] condition number times the sum of |w|, 1/L.
-  std::vector<double> WeightedConditions(const RadialBasisSettings& settings) {
+  std::vector<double> WeightedConditions(RadialBasisSettings const& settings) {
     std::vector<double> found = {0.0};
-    VisitCellStencils(partition_, settings, "/dev/null", [&found](int, const CellStencil& stencil) {
+    VisitCellStencils(partition_, settings, "/dev/null", [&found](int, CellStencil const& stencil) {
       double sum = 0.0;
-      for (const StencilMember& member : stencil.members)
+      for (StencilMember const& member : stencil.members)
         sum += Length(member.weight.x, member.weight.y, member.weight.z);
       found.push_back(ConditionEstimate(stencil.matrix, stencil.Order()) * sum);
     });
@@ -107,17 +107,17 @@ class WholeMeasures {
   }
 
   /// Of the values of faces or points against the field at their places.
-  double LargestError(const StudyMethod& method, const reference_host::FaceMesh& faces,
-                      const RankResult& result) {
+  double LargestError(StudyMethod const& method, reference_host::FaceMesh const& faces,
+                      RankResult const& result) {
     double largest = 0.0;
-    const auto take = [&](std::size_t item, const Point& place) {
+    auto const take = [&](std::size_t item, Point const& place) {
       if (result.isThere[item] == 0) return;
-      const double error = std::fabs(result.item[item][0] - field_.Value(place[0], place[1], place[2]));
+      double const error = std::fabs(result.item[item][0] - field_.Value(place[0], place[1], place[2]));
       if (std::isfinite(error)) largest = std::max(largest, error);
     };
     if (method.kind == StudyMethod::Kind::Faces) {
       for (std::size_t f = 0; f < result.item.size(); ++f) {
-        const std::size_t first = faces.faceStart[f], n = faces.faceStart[f + 1] - first;
+        std::size_t const first = faces.faceStart[f], n = faces.faceStart[f + 1] - first;
         take(f, reference_host::ComputeFaceGeometry(faces.points, faces.faceNode.data() + first,
                                                     static_cast<int>(n))
                     .centre);
@@ -125,26 +125,26 @@ class WholeMeasures {
       return largest;
     }
     for (int c = 1; c <= partition_.mesh()->NInnerCells; ++c) {
-      const std::int64_t number = partition_.globalCell()[static_cast<std::size_t>(c)];
+      std::int64_t const number = partition_.globalCell()[static_cast<std::size_t>(c)];
       take(static_cast<std::size_t>(number - 1), PointInCell(partition_, c));
     }
     return largest;
   }
 
   /// Among a sample of the systems of faces or points.
-  double WorstCondition(const StudyCase& theCase, int searchNumber) {
-    const InterpolationSettings settings = {theCase.method->searchMethod, theCase.span, searchNumber, 0.0,
+  double WorstCondition(StudyCase const& theCase, int searchNumber) {
+    InterpolationSettings const settings = {theCase.method->searchMethod, theCase.span, searchNumber, 0.0,
                                             false};
     std::vector<double> conditions;
     if (theCase.method->kind == StudyMethod::Kind::Faces) {
       conditions = FaceConditions(partition_, settings);
     } else {
       UsableCells usable;
-      for (const std::int64_t number : partition_.globalCell())
+      for (std::int64_t const number : partition_.globalCell())
         usable.mark.push_back(number > 0 ? -1.0 : 1.0);
       PointSet points;
-      for (const int c : CellsWithPoints(partition_, partition_.mesh()->NInnerCells)) {
-        const Point point = PointInCell(partition_, c);
+      for (int const c : CellsWithPoints(partition_, partition_.mesh()->NInnerCells)) {
+        Point const point = PointInCell(partition_, c);
         points.x.push_back(point[0]);
         points.y.push_back(point[1]);
         points.z.push_back(point[2]);
@@ -152,7 +152,7 @@ class WholeMeasures {
       conditions = PointConditions(partition_, usable, points, settings);
     }
     double worst = 0.0;
-    for (const double condition : conditions) {
+    for (double const condition : conditions) {
       if (std::isnan(condition)) return kInfinite;
       worst = std::max(worst, condition);
     }
@@ -161,7 +161,7 @@ class WholeMeasures {
 
  private:
   template <class Measure>
-  std::vector<double> ByMeshNumber(const Measure& measure) const {
+  std::vector<double> ByMeshNumber(Measure const& measure) const {
     std::vector<double> values(partition_.globalCell().size(), 0.0);
     int nCells = 0;
     for (std::size_t c = 1; c < partition_.globalCell().size(); ++c) {
@@ -173,7 +173,7 @@ class WholeMeasures {
     return values;
   }
 
-  const Expression& field_;
+  Expression const& field_;
   HostPartition partition_;
   reference_host::InProcessGroup group_;
   reference_host::InProcessCommunication exchange_;
@@ -183,21 +183,21 @@ class WholeMeasures {
 
 }  // namespace
 
-std::vector<RankLevel> LevelsOf(const WholeMesh& mesh, const RankQuestion& question,
-                                const std::vector<RankResult>& results) {
+std::vector<RankLevel> LevelsOf(WholeMesh const& mesh, RankQuestion const& question,
+                                std::vector<RankResult> const& results) {
   WholeMeasures measures(mesh, question);
   std::vector<RankLevel> levels;
   for (std::size_t k = 0; k < results.size(); ++k) {
-    const StudyCase& theCase = question.cases[k];
+    StudyCase const& theCase = question.cases[k];
     if (theCase.method->kind != StudyMethod::Kind::Gradient) {
-      const double error = measures.LargestError(*theCase.method, mesh.faces, results[k]);
-      const double rounding =
+      double const error = measures.LargestError(*theCase.method, mesh.faces, results[k]);
+      double const rounding =
           kEps * measures.largestValue() * measures.WorstCondition(theCase, question.searchNumber);
       levels.push_back({"error", std::vector<double>(results[k].item.size(), 10.0 * error + rounding)});
       continue;
     }
-    const double slope = LargestSlope(results[k]), least = kLeastRelative * slope;
-    const int type = theCase.method->gradient->gradientType;
+    double const slope = LargestSlope(results[k]), least = kLeastRelative * slope;
+    int const type = theCase.method->gradient->gradientType;
     RankLevel level = {"round-off", {}};
     if (type == kRadialBasisType) {
       level = {"conditioning", measures.WeightedConditions({theCase.span, false})};
@@ -206,8 +206,8 @@ std::vector<RankLevel> LevelsOf(const WholeMesh& mesh, const RankQuestion& quest
       level.atItem = measures.MomentConditions();
       for (double& bound : level.atItem) bound = std::max(least, 16.0 * kEps * bound * slope);
     } else {
-      const int nSweeps = std::max(1, theCase.nSweeps);
-      const double bound =
+      int const nSweeps = std::max(1, theCase.nSweeps);
+      double const bound =
           8.0 * nSweeps * kEps * measures.largestValue() * measures.LargestSurfaceOverVolume();
       level.atItem.assign(static_cast<std::size_t>(mesh.nCells()), std::max(least, bound));
     }

@@ -24,7 +24,7 @@ struct RankLevel {
 ///   condition number in a sample: stencils beside a cut lack the cells that only touch it with a node, and what
 ///   stands first in a search depends on the numbering.
 /// @param[in] results  the reference, in the order of question.cases
-std::vector<RankLevel> LevelsOf(const WholeMesh& mesh, const RankQuestion& question,
-                                const std::vector<RankResult>& results);
+std::vector<RankLevel> LevelsOf(WholeMesh const& mesh, RankQuestion const& question,
+                                std::vector<RankResult> const& results);
 
 }  // namespace zyngrad

@@ -19,25 +19,25 @@ std::vector<int> WholeMesh::PartOfCell(int nParts) const {
   return reference_host::PartitionMesh(faces, nParts, spec);
 }
 
-WholeMesh ReadWholeMesh(const std::string& spec,
-                        const std::map<std::string, reference_host::BoundaryGroup>& groupsByUser) {
+WholeMesh ReadWholeMesh(std::string const& spec,
+                        std::map<std::string, reference_host::BoundaryGroup> const& groupsByUser) {
   WholeMesh mesh;
   mesh.spec = spec;
   mesh.faces = reference_host::IsBoxSpec(spec) ? reference_host::MakeBox(reference_host::ParseBoxSpec(spec))
                                                : reference_host::ReadMesh(spec);
   reference_host::CheckMesh(mesh.faces, spec);
   std::vector<std::int64_t> facesOfPatch(mesh.faces.patches.size(), 0);
-  for (const int patch : mesh.faces.facePatch)
+  for (int const patch : mesh.faces.facePatch)
     if (patch >= 0) ++facesOfPatch[static_cast<std::size_t>(patch)];
   reference_host::AssignBoundaryGroups(mesh.faces.patches, facesOfPatch, groupsByUser);
   return mesh;
 }
 
-std::vector<int> LayersFromCuts(const FaceMesh& mesh, const std::vector<int>& partOfCell) {
-  const auto at = [](int cell) { return static_cast<std::size_t>(cell); };
+std::vector<int> LayersFromCuts(FaceMesh const& mesh, std::vector<int> const& partOfCell) {
+  auto const at = [](int cell) { return static_cast<std::size_t>(cell); };
   std::vector<int> layer(at(mesh.nCells), kLastLayer);
   for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
-    const int a = mesh.owner[f], b = mesh.neighbour[f];
+    int const a = mesh.owner[f], b = mesh.neighbour[f];
     if (b >= 0 && partOfCell[at(a)] != partOfCell[at(b)]) layer[at(a)] = layer[at(b)] = 0;
   }
   // Each sweep over the faces carries the next layer one cell further.

@@ -22,13 +22,13 @@ struct WholeMesh {
 
 /// @param[in] spec  file, folder or text of a box, as for LoadMesh
 /// Throws MeshError for what LoadMesh would refuse.
-WholeMesh ReadWholeMesh(const std::string& spec,
-                        const std::map<std::string, reference_host::BoundaryGroup>& groupsByUser);
+WholeMesh ReadWholeMesh(std::string const& spec,
+                        std::map<std::string, reference_host::BoundaryGroup> const& groupsByUser);
 
 /// Layers are counted up to this one, which stands for all beyond, too.
 constexpr int kLastLayer = 3;
 
 /// [0..nCells-1] how far a cell is from the cuts, in cells: 0 beside a cut, 1 beside those, ... kLastLayer.
-std::vector<int> LayersFromCuts(const reference_host::FaceMesh& mesh, const std::vector<int>& partOfCell);
+std::vector<int> LayersFromCuts(reference_host::FaceMesh const& mesh, std::vector<int> const& partOfCell);
 
 }  // namespace zyngrad

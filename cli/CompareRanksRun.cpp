@@ -36,11 +36,11 @@ constexpr int kLeastSquaresType = 1;
 /// Faces of a mesh by their cells.
 class FaceNumbers {
  public:
-  explicit FaceNumbers(const reference_host::FaceMesh& mesh) {
+  explicit FaceNumbers(reference_host::FaceMesh const& mesh) {
     for (int f = 0; f < mesh.nFaces(); ++f) {
-      const auto i = static_cast<std::size_t>(f);
+      auto const i = static_cast<std::size_t>(f);
       if (mesh.neighbour[i] < 0) continue;
-      const auto [known, isNew] = faceOf_.try_emplace(KeyOf(mesh.owner[i] + 1, mesh.neighbour[i] + 1), f);
+      auto const [known, isNew] = faceOf_.try_emplace(KeyOf(mesh.owner[i] + 1, mesh.neighbour[i] + 1), f);
       if (!isNew) known->second = kAmbiguous;
     }
   }
@@ -60,15 +60,15 @@ class FaceNumbers {
 /// One part, in the thread that has it.
 class PartRun {
  public:
-  PartRun(reference_host::InProcessGroup& group, HostPartition& partition, const RankQuestion& question,
-          const std::string& folder)
+  PartRun(reference_host::InProcessGroup& group, HostPartition& partition, RankQuestion const& question,
+          std::string const& folder)
       : question_(question),
         partition_(partition),
         folder_(folder),
         exchange_(group, partition),
         reduction_(group) {
     partition_.CompleteHalo(exchange_);
-    const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
+    CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
     field_.assign(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
     for (int c = 1; c <= mesh.NCell; ++c) {
       double& value = field_[static_cast<std::size_t>(c)];
@@ -80,7 +80,7 @@ class PartRun {
   }
 
   /// @param[out] result  its items of this part
-  void Run(const StudyCase& theCase, const FaceNumbers& faces, RankResult& result) {
+  void Run(StudyCase const& theCase, FaceNumbers const& faces, RankResult& result) {
     switch (theCase.method->kind) {
       case StudyMethod::Kind::Gradient:
         RunGradient(theCase, result);
@@ -95,8 +95,8 @@ class PartRun {
   }
 
  private:
-  void RunGradient(const StudyCase& theCase, RankResult& result) {
-    const GradientMethod& method = *theCase.method->gradient;
+  void RunGradient(StudyCase const& theCase, RankResult& result) {
+    GradientMethod const& method = *theCase.method->gradient;
     if (theCase.method->TakesSpan()) Tell(SettingsFileText({theCase.span, false}));
     COperatorGradient op;
     op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
@@ -118,52 +118,52 @@ class PartRun {
     for (auto* component : {&g.x, &g.y, &g.z}) component->assign(field_.size(), 0.0);
     method.run(op, data);
     for (int c = 1; c <= partition_.mesh()->NInnerCells; ++c) {
-      const auto i = static_cast<std::size_t>(c);
+      auto const i = static_cast<std::size_t>(c);
       SetItem(result, partition_.globalCell()[i] - 1, {g.x[i], g.y[i], g.z[i]});
     }
   }
 
-  static void SetItem(RankResult& result, std::int64_t number, const reference_host::Point& value) {
+  static void SetItem(RankResult& result, std::int64_t number, reference_host::Point const& value) {
     result.item[static_cast<std::size_t>(number)] = value;
     result.isThere[static_cast<std::size_t>(number)] = 1;
   }
 
   /// The operators read settings from a file beside the base file name; each part has one of its own.
-  void Tell(const std::string& settings) {
-    const std::string file = folder_ + "/part" + std::to_string(partition_.part()) + ".rbf";
+  void Tell(std::string const& settings) {
+    std::string const file = folder_ + "/part" + std::to_string(partition_.part()) + ".rbf";
     partition_.SetBaseFileName(WriteSettingsText(file, settings));
   }
 
-  InterpolationSettings SettingsOf(const StudyCase& theCase) const {
+  InterpolationSettings SettingsOf(StudyCase const& theCase) const {
     return {theCase.method->searchMethod, theCase.span, question_.searchNumber, 0.0, false};
   }
 
-  void RunFaces(const StudyCase& theCase, const FaceNumbers& faces, RankResult& result) {
+  void RunFaces(StudyCase const& theCase, FaceNumbers const& faces, RankResult& result) {
     Tell(FaceSettingsText(SettingsOf(theCase)));
     CZynFaceRBFInternalObject op;
     op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
     op.getPartitionFace(partition_.partitionFaces());
     op.getCommunication(&exchange_);
     op.Initialize_FaceInterpolateData(static_cast<int>(FaceGroup::Inner));
-    const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
+    CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
     std::vector<double> value(static_cast<std::size_t>(mesh.NInnerFaces) + 1, 0.0),
         zero[3] = {value, value, value};
     op.Multiply_FaceRBFCoefficent(field_.data(), value.data(), zero[0].data(), zero[1].data(),
                                   zero[2].data());
     for (int f = 1; f <= mesh.NInnerFaces; ++f) {
-      const int number = faces.NumberOf(Number(mesh.ijCV[f]), Number(mesh.ij[f]));
+      int const number = faces.NumberOf(Number(mesh.ijCV[f]), Number(mesh.ij[f]));
       if (number >= 0) SetItem(result, number, {value[static_cast<std::size_t>(f)], 0.0, 0.0});
     }
   }
 
   std::int64_t Number(int cell) const { return partition_.globalCell()[static_cast<std::size_t>(cell)]; }
 
-  void RunPoints(const StudyCase& theCase, RankResult& result) {
-    const std::vector<int> cells = CellsWithPoints(partition_, static_cast<std::int64_t>(result.item.size()));
+  void RunPoints(StudyCase const& theCase, RankResult& result) {
+    std::vector<int> const cells = CellsWithPoints(partition_, static_cast<std::int64_t>(result.item.size()));
     if (cells.empty()) return;
     std::vector<double> x = {0.0}, y = {0.0}, z = {0.0};  // the operator counts from 1
-    for (const int c : cells) {
-      const reference_host::Point point = PointInCell(partition_, c);
+    for (int const c : cells) {
+      reference_host::Point const point = PointInCell(partition_, c);
       x.push_back(point[0]);
       y.push_back(point[1]);
       z.push_back(point[2]);
@@ -186,9 +186,9 @@ class PartRun {
   }
 
   /// Collective. The method would leave without its exchange there, and the other parts would wait for it.
-  bool StopsSomewhere(const GradientMethod& method, COperatorGradient& op) {
+  bool StopsSomewhere(GradientMethod const& method, COperatorGradient& op) {
     if (method.gradientType != kLeastSquaresType) return false;
-    const COperatorGradientImpl& moments = *op.m_pImpl;
+    COperatorGradientImpl const& moments = *op.m_pImpl;
     int goesOn = 1;
     for (int c = 1; c <= partition_.mesh()->NInnerCells; ++c)
       if (LeastSquaresStopsAt(moments.m_pSxx[c], moments.m_pSxy[c], moments.m_pSyy[c])) goesOn = 0;
@@ -196,18 +196,18 @@ class PartRun {
     return goesOn == 0;
   }
 
-  const RankQuestion& question_;
+  RankQuestion const& question_;
   HostPartition& partition_;
-  const std::string& folder_;
+  std::string const& folder_;
   reference_host::InProcessCommunication exchange_;
   reference_host::InProcessReduction reduction_;
   std::vector<double> field_;
 };
 
-std::vector<std::unique_ptr<HostPartition>> MakePartitions(const WholeMesh& mesh, int nParts,
+std::vector<std::unique_ptr<HostPartition>> MakePartitions(WholeMesh const& mesh, int nParts,
                                                            bool nonBlocking) {
   std::vector<std::unique_ptr<HostPartition>> partitions;
-  for (const auto& part : reference_host::SplitMesh(mesh.faces, mesh.PartOfCell(nParts), nParts)) {
+  for (auto const& part : reference_host::SplitMesh(mesh.faces, mesh.PartOfCell(nParts), nParts)) {
     auto partition = std::make_unique<HostPartition>(part);
     partition->globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
     partitions.push_back(std::move(partition));
@@ -215,9 +215,9 @@ std::vector<std::unique_ptr<HostPartition>> MakePartitions(const WholeMesh& mesh
   return partitions;
 }
 
-RankResult EmptyResult(const WholeMesh& mesh, const StudyCase& theCase) {
-  const bool ofFaces = theCase.method->kind == StudyMethod::Kind::Faces;
-  const auto n = static_cast<std::size_t>(ofFaces ? mesh.faces.nFaces() : mesh.nCells());
+RankResult EmptyResult(WholeMesh const& mesh, StudyCase const& theCase) {
+  bool const ofFaces = theCase.method->kind == StudyMethod::Kind::Faces;
+  auto const n = static_cast<std::size_t>(ofFaces ? mesh.faces.nFaces() : mesh.nCells());
   RankResult result;
   result.item.assign(n, {0.0, 0.0, 0.0});
   result.isThere.assign(n, 0);
@@ -226,15 +226,15 @@ RankResult EmptyResult(const WholeMesh& mesh, const StudyCase& theCase) {
 
 }  // namespace
 
-std::vector<RankResult> RunOnParts(const WholeMesh& mesh, int nParts, const RankQuestion& question,
+std::vector<RankResult> RunOnParts(WholeMesh const& mesh, int nParts, RankQuestion const& question,
                                    bool nonBlocking) {
-  const TemporaryFolder folder;
-  const auto partitions = MakePartitions(mesh, nParts, nonBlocking);
-  const FaceNumbers faces(mesh.faces);
+  TemporaryFolder const folder;
+  auto const partitions = MakePartitions(mesh, nParts, nonBlocking);
+  FaceNumbers const faces(mesh.faces);
   std::vector<RankResult> results;
-  for (const StudyCase& theCase : question.cases) results.push_back(EmptyResult(mesh, theCase));
+  for (StudyCase const& theCase : question.cases) results.push_back(EmptyResult(mesh, theCase));
 
-  const StdoutToFile silence("/dev/null");
+  StdoutToFile const silence("/dev/null");
   reference_host::InProcessGroup group(nParts);
   reference_host::RunInProcess(group, [&](int part) {
     PartRun run(group, *partitions[static_cast<std::size_t>(part)], question, folder.path());

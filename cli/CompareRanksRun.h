@@ -25,7 +25,7 @@ struct RankResult {
 
 /// The results of all cases, in their order, on a mesh in `nParts` parts, each a thread of this process. What
 /// the operators print goes nowhere. Throws UsageError when the field is not finite in a cell.
-std::vector<RankResult> RunOnParts(const WholeMesh& mesh, int nParts, const RankQuestion& question,
+std::vector<RankResult> RunOnParts(WholeMesh const& mesh, int nParts, RankQuestion const& question,
                                    bool nonBlocking);
 
 }  // namespace zyngrad

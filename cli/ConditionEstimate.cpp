@@ -12,9 +12,9 @@ namespace zyngrad {
 double ConditionEstimate(std::vector<double> matrix, int order) {
   if (!std::all_of(matrix.begin(), matrix.end(), [](double value) { return std::isfinite(value); }))
     return std::numeric_limits<double>::quiet_NaN();
-  const double norm = LAPACKE_dlange(LAPACK_ROW_MAJOR, '1', order, order, matrix.data(), order);
+  double const norm = LAPACKE_dlange(LAPACK_ROW_MAJOR, '1', order, order, matrix.data(), order);
   std::vector<lapack_int> pivots(static_cast<std::size_t>(order));
-  const lapack_int status =
+  lapack_int const status =
       LAPACKE_dgetrf(LAPACK_ROW_MAJOR, order, order, matrix.data(), order, pivots.data());
   double reciprocal = 0.0;
   // A zero pivot leaves no factors to estimate from.

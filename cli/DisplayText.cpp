@@ -28,12 +28,12 @@ constexpr Range kWide[] = {
 template <std::size_t N>
 bool IsIn(const Range (&ranges)[N], std::uint32_t code) {
   return std::any_of(std::begin(ranges), std::end(ranges),
-                     [code](const Range& range) { return range.first <= code && code <= range.last; });
+                     [code](Range const& range) { return range.first <= code && code <= range.last; });
 }
 
 /// @param[in] length  of the character in bytes, 1 to 4
-std::uint32_t CodeOf(const std::string& text, std::size_t at, std::size_t length) {
-  const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[at + k]); };
+std::uint32_t CodeOf(std::string const& text, std::size_t at, std::size_t length) {
+  auto const byte = [&](std::size_t k) { return static_cast<unsigned char>(text[at + k]); };
   if (length == 1) return byte(0);
   std::uint32_t code = byte(0) & (0xFFU >> (length + 1));
   for (std::size_t k = 1; k < length; ++k) code = code << 6U | (byte(k) & 0x3FU);
@@ -45,18 +45,18 @@ struct Step {
   std::size_t bytes, columns;
 };
 
-Step StepAt(const std::string& text, std::size_t at) {
-  const std::size_t length = CharacterLength(text, at);
+Step StepAt(std::string const& text, std::size_t at) {
+  std::size_t const length = CharacterLength(text, at);
   if (length < 2) return {1, 1};
-  const std::uint32_t code = CodeOf(text, at, length);
+  std::uint32_t const code = CodeOf(text, at, length);
   if (IsIn(kCombining, code)) return {length, 0};
   return {length, IsIn(kWide, code) ? 2U : 1U};
 }
 
 }  // namespace
 
-std::size_t CharacterLength(const std::string& text, std::size_t at) {
-  const auto lead = static_cast<unsigned char>(text[at]);
+std::size_t CharacterLength(std::string const& text, std::size_t at) {
+  auto const lead = static_cast<unsigned char>(text[at]);
   std::size_t length = 0;
   if (lead < 0x80U)
     length = 1;
@@ -73,25 +73,25 @@ std::size_t CharacterLength(const std::string& text, std::size_t at) {
   return length;
 }
 
-std::size_t DisplayWidth(const std::string& text) {
+std::size_t DisplayWidth(std::string const& text) {
   std::size_t width = 0;
   for (std::size_t at = 0; at < text.size();) {
-    const Step step = StepAt(text, at);
+    Step const step = StepAt(text, at);
     width += step.columns;
     at += step.bytes;
   }
   return width;
 }
 
-std::string Shortened(const std::string& text, std::size_t widest) {
-  const std::size_t width = DisplayWidth(text);
+std::string Shortened(std::string const& text, std::size_t widest) {
+  std::size_t const width = DisplayWidth(text);
   if (width <= widest) return text;
-  const std::string gap = "...";
-  const std::size_t kept = widest - gap.size(), tail = kept / 3, head = kept - tail;
+  std::string const gap = "...";
+  std::size_t const kept = widest - gap.size(), tail = kept / 3, head = kept - tail;
   std::string beginning, end;
   std::size_t before = 0;  // columns before `at`
   for (std::size_t at = 0; at < text.size();) {
-    const Step step = StepAt(text, at);
+    Step const step = StepAt(text, at);
     if (before + step.columns <= head)
       beginning.append(text, at, step.bytes);
     else if (before >= width - tail && (!end.empty() || step.columns > 0))

@@ -22,28 +22,28 @@ class ExpressionCompiler : public boost::static_visitor<void> {
     Op op;
     int nArguments;
   };
-  static const std::map<std::string, Function>& Functions();
+  static std::map<std::string, Function> const& Functions();
 
-  void operator()(const tree::Sum& sum);
-  void operator()(const tree::Product& product);
-  void operator()(const tree::Power& power);
-  void operator()(const tree::Text& number);
-  void operator()(const tree::Name& name);
+  void operator()(tree::Sum const& sum);
+  void operator()(tree::Product const& product);
+  void operator()(tree::Power const& power);
+  void operator()(tree::Text const& number);
+  void operator()(tree::Name const& name);
 
  private:
   void Push(Op op, double number, std::string::const_iterator at);
   void Apply(Op op, int nOperands);
-  void ApplySigns(const std::string& signs);
-  void Operand(const tree::Primary& primary) { boost::apply_visitor(*this, primary); }
-  void VariableOrConstant(const tree::Name& name);
-  void Call(const tree::Name& name, const Function& function);
+  void ApplySigns(std::string const& signs);
+  void Operand(tree::Primary const& primary) { boost::apply_visitor(*this, primary); }
+  void VariableOrConstant(tree::Name const& name);
+  void Call(tree::Name const& name, Function const& function);
 
   Expression& target_;
   int depth_ = 0;  ///< operands on the stack
 };
 
-const std::map<std::string, ExpressionCompiler::Function>& ExpressionCompiler::Functions() {
-  static const std::map<std::string, Function> functions = {
+std::map<std::string, ExpressionCompiler::Function> const& ExpressionCompiler::Functions() {
+  static std::map<std::string, Function> const functions = {
       {"sin", {Op::Sin, 1}},     {"cos", {Op::Cos, 1}},   {"tan", {Op::Tan, 1}},   {"asin", {Op::Asin, 1}},
       {"acos", {Op::Acos, 1}},   {"atan", {Op::Atan, 1}}, {"sinh", {Op::Sinh, 1}}, {"cosh", {Op::Cosh, 1}},
       {"tanh", {Op::Tanh, 1}},   {"exp", {Op::Exp, 1}},   {"log", {Op::Log, 1}},   {"log10", {Op::Log10, 1}},
@@ -66,31 +66,31 @@ void ExpressionCompiler::Apply(Op op, int nOperands) {
   target_.program_.push_back({op, 0.0});
 }
 
-void ExpressionCompiler::ApplySigns(const std::string& signs) {
-  for (const char sign : signs) {
+void ExpressionCompiler::ApplySigns(std::string const& signs) {
+  for (char const sign : signs) {
     if (sign == '-') Apply(Op::Negate, 1);
   }
 }
 
-void ExpressionCompiler::operator()(const tree::Sum& sum) {
+void ExpressionCompiler::operator()(tree::Sum const& sum) {
   (*this)(sum.first);
-  for (const tree::Term& term : sum.rest) {
+  for (tree::Term const& term : sum.rest) {
     (*this)(term.operand);
     Apply(term.op == '+' ? Op::Add : Op::Subtract, 2);
   }
 }
 
-void ExpressionCompiler::operator()(const tree::Product& product) {
+void ExpressionCompiler::operator()(tree::Product const& product) {
   (*this)(product.first);
-  for (const tree::Factor& factor : product.rest) {
+  for (tree::Factor const& factor : product.rest) {
     (*this)(factor.operand);
     Apply(factor.op == '*' ? Op::Multiply : Op::Divide, 2);
   }
 }
 
-void ExpressionCompiler::operator()(const tree::Power& power) {
+void ExpressionCompiler::operator()(tree::Power const& power) {
   Operand(power.base.operand);
-  for (const tree::Signed& exponent : power.exponents) Operand(exponent.operand);
+  for (tree::Signed const& exponent : power.exponents) Operand(exponent.operand);
   // From the right: the last exponent takes its signs, joins the one before, and so on.
   for (auto exponent = power.exponents.rbegin(); exponent != power.exponents.rend(); ++exponent) {
     ApplySigns(exponent->signs);
@@ -99,17 +99,17 @@ void ExpressionCompiler::operator()(const tree::Power& power) {
   ApplySigns(power.base.signs);
 }
 
-void ExpressionCompiler::operator()(const tree::Text& number) {
-  const std::string digits(number.begin(), number.end());
+void ExpressionCompiler::operator()(tree::Text const& number) {
+  std::string const digits(number.begin(), number.end());
   double value = 0.0;
-  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  auto const result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
   if (result.ec != std::errc()) FailAt(target_.text_, number.begin(), "the number is too large or too small");
   Push(Op::Number, value, number.begin());
 }
 
-void ExpressionCompiler::operator()(const tree::Name& name) {
-  const std::string word(name.name.begin(), name.name.end());
-  const auto function = Functions().find(word);
+void ExpressionCompiler::operator()(tree::Name const& name) {
+  std::string const word(name.name.begin(), name.name.end());
+  auto const function = Functions().find(word);
   if (function != Functions().end()) {
     Call(name, function->second);
   } else {
@@ -117,38 +117,38 @@ void ExpressionCompiler::operator()(const tree::Name& name) {
   }
 }
 
-void ExpressionCompiler::VariableOrConstant(const tree::Name& name) {
+void ExpressionCompiler::VariableOrConstant(tree::Name const& name) {
   constexpr double kPi = 3.14159265358979323846;
   constexpr double kE = 2.71828182845904523536;
-  static const std::map<std::string, Expression::Instruction> names = {{"x", {Op::X, 0.0}},
+  static std::map<std::string, Expression::Instruction> const names = {{"x", {Op::X, 0.0}},
                                                                        {"y", {Op::Y, 0.0}},
                                                                        {"z", {Op::Z, 0.0}},
                                                                        {"pi", {Op::Number, kPi}},
                                                                        {"e", {Op::Number, kE}}};
-  const std::string word(name.name.begin(), name.name.end());
-  const auto found = names.find(word);
+  std::string const word(name.name.begin(), name.name.end());
+  auto const found = names.find(word);
   if (found == names.end()) {
-    const char* kind = name.arguments ? "unknown function " : "unknown name ";
+    char const* kind = name.arguments ? "unknown function " : "unknown name ";
     FailAt(target_.text_, name.name.begin(), kind + Quoted(word));
   }
   if (name.arguments) FailAt(target_.text_, name.name.begin(), Quoted(word) + " is not a function");
   Push(found->second.op, found->second.number, name.name.begin());
 }
 
-void ExpressionCompiler::Call(const tree::Name& name, const Function& function) {
-  const std::string word(name.name.begin(), name.name.end());
-  const int nGiven = name.arguments ? static_cast<int>(name.arguments->size()) : 0;
+void ExpressionCompiler::Call(tree::Name const& name, Function const& function) {
+  std::string const word(name.name.begin(), name.name.end());
+  int const nGiven = name.arguments ? static_cast<int>(name.arguments->size()) : 0;
   if (nGiven != function.nArguments) {
     FailAt(target_.text_, name.name.begin(),
            "function \"" + word + "\" takes " + std::to_string(function.nArguments) +
                (function.nArguments == 1 ? " argument, got " : " arguments, got ") + std::to_string(nGiven));
   }
-  for (const tree::Sum& argument : *name.arguments) (*this)(argument);
+  for (tree::Sum const& argument : *name.arguments) (*this)(argument);
   Apply(function.op, function.nArguments);
 }
 
-Expression::Expression(const std::string& text) : text_(text) {
-  const tree::Sum sum = ParseExpression(text_);
+Expression::Expression(std::string const& text) : text_(text) {
+  tree::Sum const sum = ParseExpression(text_);
   ExpressionCompiler compile(*this);
   compile(sum);
 }
@@ -159,9 +159,9 @@ Dual Expression::ValueAndGradient(double x, double y, double z) const {
   std::array<Dual, kStackSize + 1>
       stack;  // left unset on purpose: only what was pushed is read, from element 1 on
   Dual* top = stack.data();
-  for (const Instruction& instruction : program_) {
+  for (Instruction const& instruction : program_) {
     // A binary operator takes its right operand from `right` and leaves its result in place of the left one.
-    const Dual* const right = top;
+    Dual const* const right = top;
     switch (instruction.op) {
       // clang-format off
       case Op::Number: *++top = Constant(instruction.number); break;
@@ -201,7 +201,7 @@ Dual Expression::ValueAndGradient(double x, double y, double z) const {
 
 std::string FunctionNames() {
   std::string names[2];
-  for (const auto& [name, function] : ExpressionCompiler::Functions()) {
+  for (auto const& [name, function] : ExpressionCompiler::Functions()) {
     std::string& list = names[function.nArguments - 1];
     list += (list.empty() ? "" : ", ") + name;
   }

@@ -16,7 +16,7 @@ class Expression {
  public:
   /// Parses `text`. Any bytes may come; nesting is limited, so that no input exhausts the stack.
   /// Throws UsageError: `expression "sin(x": column 6: expected ')'` (columns count bytes from 1).
-  explicit Expression(const std::string& text);
+  explicit Expression(std::string const& text);
 
   double Value(double x, double y, double z) const;
 
@@ -24,7 +24,7 @@ class Expression {
   /// Dual.h for the kinks that have a value by convention (abs, sign, min, max).
   Dual ValueAndGradient(double x, double y, double z) const;
 
-  const std::string& text() const { return text_; }
+  std::string const& text() const { return text_; }
 
  private:
   friend class ExpressionCompiler;

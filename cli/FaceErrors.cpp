@@ -17,8 +17,8 @@ struct WorstFace {
   FacePlace place;
 
   /// Of equal measures the lower cells win, so that the rank count does not matter where it need not.
-  void Offer(double candidate, double candidateValue, const FacePlace& candidatePlace) {
-    const auto order = [](const FacePlace& p) { return std::tie(p.cell, p.other, p.rank, p.face); };
+  void Offer(double candidate, double candidateValue, FacePlace const& candidatePlace) {
+    auto const order = [](FacePlace const& p) { return std::tie(p.cell, p.other, p.rank, p.face); };
     if (candidate < measure) return;
     if (candidate == measure && order(place) < order(candidatePlace)) return;
     measure = candidate;
@@ -27,8 +27,8 @@ struct WorstFace {
   }
 
   /// Collective. The worst of all ranks, on every rank.
-  WorstFace OfAll(const Ranks& ranks) const {
-    const std::vector<double> own = {measure,
+  WorstFace OfAll(Ranks const& ranks) const {
+    std::vector<double> const own = {measure,
                                      value,
                                      static_cast<double>(place.face),
                                      static_cast<double>(place.rank),
@@ -38,34 +38,34 @@ struct WorstFace {
                                      place.at[1],
                                      place.at[2]};
     WorstFace worst;
-    for (const std::vector<double>& row : ranks.Gather(own)) {
+    for (std::vector<double> const& row : ranks.Gather(own)) {
       if (row[0] < 0.0) continue;
-      const auto whole = [&row](std::size_t k) { return static_cast<std::int64_t>(row[k]); };
+      auto const whole = [&row](std::size_t k) { return static_cast<std::int64_t>(row[k]); };
       worst.Offer(row[0], row[1], {whole(2), whole(3), whole(4), whole(5), {row[6], row[7], row[8]}});
     }
     return worst;
   }
 };
 
-FacePlace PlaceOf(const Ranks& ranks, const reference_host::HostPartition& partition,
-                  const FacesOfGroup& faces, int f) {
-  const auto number = [&partition](int c) { return partition.globalCell()[static_cast<std::size_t>(c)]; };
-  const auto [x, y, z] = faces.Target(f);
+FacePlace PlaceOf(Ranks const& ranks, reference_host::HostPartition const& partition,
+                  FacesOfGroup const& faces, int f) {
+  auto const number = [&partition](int c) { return partition.globalCell()[static_cast<std::size_t>(c)]; };
+  auto const [x, y, z] = faces.Target(f);
   return {f, ranks.rank(), number(faces.cell[f]), number(faces.other[f]), {x, y, z}};
 }
 
 }  // namespace
 
-FaceErrors SummariseFaceErrors(const Ranks& ranks, const reference_host::HostPartition& partition,
-                               const FacesOfGroup& faces, const std::vector<double>& value,
-                               const std::vector<double>& exact) {
+FaceErrors SummariseFaceErrors(Ranks const& ranks, reference_host::HostPartition const& partition,
+                               FacesOfGroup const& faces, std::vector<double> const& value,
+                               std::vector<double> const& exact) {
   // faces, area, sum of A |e|, sum of A e^2, sum of A exact^2, values that are not finite
   std::vector<double> own(6, 0.0);
   WorstFace worst;
   for (int f = 1; f <= faces.count; ++f) {
-    const auto i = static_cast<std::size_t>(f);
-    const double area = faces.Area(f);
-    const double e = value[i] - exact[i];
+    auto const i = static_cast<std::size_t>(f);
+    double const area = faces.Area(f);
+    double const e = value[i] - exact[i];
     own[0] += 1.0;
     own[1] += area;
     own[2] += area * std::fabs(e);
@@ -77,7 +77,7 @@ FaceErrors SummariseFaceErrors(const Ranks& ranks, const reference_host::HostPar
       own[5] += 1.0;
   }
   std::vector<double> all(own.size(), 0.0);
-  for (const std::vector<double>& row : ranks.Gather(own)) {
+  for (std::vector<double> const& row : ranks.Gather(own)) {
     for (std::size_t k = 0; k < all.size(); ++k) all[k] += row[k];
   }
   worst = worst.OfAll(ranks);
@@ -94,13 +94,13 @@ FaceErrors SummariseFaceErrors(const Ranks& ranks, const reference_host::HostPar
   return errors;
 }
 
-FaceRowCheck CheckFaceRows(const Ranks& ranks, const reference_host::HostPartition& partition,
-                           const FacesOfGroup& faces, const std::vector<double>& rowSum) {
+FaceRowCheck CheckFaceRows(Ranks const& ranks, reference_host::HostPartition const& partition,
+                           FacesOfGroup const& faces, std::vector<double> const& rowSum) {
   double nOff = 0.0, nNotFinite = 0.0;
   WorstFace off, notFinite;
   for (int f = 1; f <= faces.count; ++f) {
-    const double sum = rowSum[static_cast<std::size_t>(f)];
-    const double distance = std::fabs(sum - 1.0);
+    double const sum = rowSum[static_cast<std::size_t>(f)];
+    double const distance = std::fabs(sum - 1.0);
     if (!std::isfinite(sum)) {
       nNotFinite += 1.0;
       notFinite.Offer(0.0, 0.0, PlaceOf(ranks, partition, faces, f));
@@ -110,11 +110,11 @@ FaceRowCheck CheckFaceRows(const Ranks& ranks, const reference_host::HostPartiti
     }
   }
   FaceRowCheck check;
-  for (const std::vector<double>& row : ranks.Gather(std::vector<double>{nOff, nNotFinite})) {
+  for (std::vector<double> const& row : ranks.Gather(std::vector<double>{nOff, nNotFinite})) {
     check.nOff += static_cast<std::int64_t>(row[0]);
     check.nNotFinite += static_cast<std::int64_t>(row[1]);
   }
-  const WorstFace worstOff = off.OfAll(ranks);
+  WorstFace const worstOff = off.OfAll(ranks);
   if (check.nOff > 0) check.worstSum = worstOff.value;
   check.worst = worstOff.place;
   check.firstNotFinite = notFinite.OfAll(ranks).place;

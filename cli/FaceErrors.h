@@ -45,12 +45,12 @@ struct FaceRowCheck {
 
 /// Collective. The sums run in face order on each rank and then in rank order.
 /// @param[in] exact  [1..count] from ExactFaceValues
-FaceErrors SummariseFaceErrors(const Ranks& ranks, const reference_host::HostPartition& partition,
-                               const FacesOfGroup& faces, const std::vector<double>& value,
-                               const std::vector<double>& exact);
+FaceErrors SummariseFaceErrors(Ranks const& ranks, reference_host::HostPartition const& partition,
+                               FacesOfGroup const& faces, std::vector<double> const& value,
+                               std::vector<double> const& exact);
 
 /// Collective.
-FaceRowCheck CheckFaceRows(const Ranks& ranks, const reference_host::HostPartition& partition,
-                           const FacesOfGroup& faces, const std::vector<double>& rowSum);
+FaceRowCheck CheckFaceRows(Ranks const& ranks, reference_host::HostPartition const& partition,
+                           FacesOfGroup const& faces, std::vector<double> const& rowSum);
 
 }  // namespace zyngrad

@@ -10,11 +10,11 @@
 namespace zyngrad {
 namespace {
 
-VtpSurface PolygonsOf(const CZYN3DFiniteVolumeMesh& mesh, const FacesOfGroup& faces) {
+VtpSurface PolygonsOf(CZYN3DFiniteVolumeMesh const& mesh, FacesOfGroup const& faces) {
   VtpSurface surface;
   UsedNodes nodes(mesh, surface.points);
   for (int f = 1; f <= faces.count; ++f) {
-    const int* row = faces.nodes[f];
+    int const* row = faces.nodes[f];
     for (int k = 1; k <= row[0]; ++k) surface.connectivity.push_back(nodes.Number(row[k]));
     surface.offsets.push_back(static_cast<std::int64_t>(surface.connectivity.size()));
   }
@@ -23,14 +23,14 @@ VtpSurface PolygonsOf(const CZYN3DFiniteVolumeMesh& mesh, const FacesOfGroup& fa
 
 /// The entries 1..n of a 1-based array.
 template <class T>
-std::vector<T> WithoutFirst(const std::vector<T>& values) {
+std::vector<T> WithoutFirst(std::vector<T> const& values) {
   return {values.begin() + 1, values.end()};
 }
 
-std::vector<VtkArray> FaceData(const Ranks& ranks, const reference_host::HostPartition& partition,
-                               const FacesOfGroup& faces, const FaceRows& rows,
-                               const std::vector<double>& exact) {
-  const auto nFaces = static_cast<std::size_t>(faces.count);
+std::vector<VtkArray> FaceData(Ranks const& ranks, reference_host::HostPartition const& partition,
+                               FacesOfGroup const& faces, FaceRows const& rows,
+                               std::vector<double> const& exact) {
+  auto const nFaces = static_cast<std::size_t>(faces.count);
   std::vector<double> error(nFaces);
   std::vector<std::int64_t> cell(nFaces);
   for (std::size_t f = 1; f <= nFaces; ++f) {
@@ -46,18 +46,18 @@ std::vector<VtkArray> FaceData(const Ranks& ranks, const reference_host::HostPar
           {"cell", 1, cell}};
 }
 
-PieceFiles FilesOf(const Ranks& ranks) { return {ranks, "faces", "vtp"}; }
+PieceFiles FilesOf(Ranks const& ranks) { return {ranks, "faces", "vtp"}; }
 
 }  // namespace
 
-std::vector<std::string> FacesFiles(const Ranks& ranks) { return FilesOf(ranks).All(); }
+std::vector<std::string> FacesFiles(Ranks const& ranks) { return FilesOf(ranks).All(); }
 
-std::string StageFaces(const Ranks& ranks, reference_host::HostPartition& partition,
-                       const FacesOfGroup& faces, const FaceRows& rows, const std::vector<double>& exact,
+std::string StageFaces(Ranks const& ranks, reference_host::HostPartition& partition,
+                       FacesOfGroup const& faces, FaceRows const& rows, std::vector<double> const& exact,
                        OutputFolder& folder) {
-  const PieceFiles files = FilesOf(ranks);
+  PieceFiles const files = FilesOf(ranks);
   ranks.Together([&] {
-    const std::vector<VtkArray> arrays = FaceData(ranks, partition, faces, rows, exact);
+    std::vector<VtkArray> const arrays = FaceData(ranks, partition, faces, rows, exact);
     WritePolygons(folder.Stage(files.Own()), PolygonsOf(*partition.mesh(), faces), arrays);
     if (ranks.IsFirst() && !files.IsAlone()) WritePvtp(folder.Stage(files.Index()), arrays, files.Pieces());
   });

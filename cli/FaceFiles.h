@@ -12,13 +12,13 @@
 namespace zyngrad {
 
 /// The names of all files that StageFaces stages on all ranks.
-std::vector<std::string> FacesFiles(const Ranks& ranks);
+std::vector<std::string> FacesFiles(Ranks const& ranks);
 
 /// Collective. Stages the faces as polygons with value, exact value and error (their difference): faces.vtp
 /// on one rank, faces.pvtp and a piece per rank in faces/ on several.
 /// @return the name of the file to open
-std::string StageFaces(const Ranks& ranks, reference_host::HostPartition& partition,
-                       const FacesOfGroup& faces, const FaceRows& rows, const std::vector<double>& exact,
+std::string StageFaces(Ranks const& ranks, reference_host::HostPartition& partition,
+                       FacesOfGroup const& faces, FaceRows const& rows, std::vector<double> const& exact,
                        OutputFolder& folder);
 
 }  // namespace zyngrad

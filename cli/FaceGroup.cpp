@@ -9,7 +9,7 @@ namespace {
 constexpr FaceGroup kGroups[] = {FaceGroup::Inner,  FaceGroup::Wall,      FaceGroup::Inlet,
                                  FaceGroup::Outlet, FaceGroup::Partition, FaceGroup::Symmetry};
 
-FacesOfGroup PartitionFaces(const CZYN3DFiniteVolumeMesh& mesh, CPartitionFace_DLL& faces) {
+FacesOfGroup PartitionFaces(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& faces) {
   FacesOfGroup group;
   group.count = faces.NParInterFace();
   group.cell = faces.ijParCV();
@@ -41,8 +41,8 @@ std::string NameOf(FaceGroup group) {
   return {};
 }
 
-std::optional<FaceGroup> FaceGroupFromName(const std::string& name) {
-  for (const FaceGroup group : kGroups) {
+std::optional<FaceGroup> FaceGroupFromName(std::string const& name) {
+  for (FaceGroup const group : kGroups) {
     if (NameOf(group) == name) return group;
   }
   return std::nullopt;
@@ -50,7 +50,7 @@ std::optional<FaceGroup> FaceGroupFromName(const std::string& name) {
 
 std::string FaceGroupNames() {
   std::string names;
-  for (const FaceGroup group : kGroups) {
+  for (FaceGroup const group : kGroups) {
     if (group != kGroups[0]) names += group == FaceGroup::Symmetry ? " or " : ", ";
     names += NameOf(group);
   }
@@ -64,12 +64,12 @@ double FacesOfGroup::Area(int f) const {
 }
 
 std::array<double, 3> FacesOfGroup::Target(int f) const {
-  const int at = targetsAreCells ? other[f] : f;
+  int const at = targetsAreCells ? other[f] : f;
   return {target[0][at], target[1][at], target[2][at]};
 }
 
 FacesOfGroup FacesOf(reference_host::HostPartition& partition, FaceGroup group) {
-  const CZYN3DFiniteVolumeMesh& m = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& m = *partition.mesh();
   switch (group) {
     // clang-format off
     case FaceGroup::Inner:

@@ -11,23 +11,23 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string PlaceText(const FacePlace& place, int digits) {
+std::string PlaceText(FacePlace const& place, int digits) {
   return Place(place.at[0], place.at[1], place.at[2], digits);
 }
 
-std::string CellsText(const FacePlace& place) {
-  const std::string cell = std::to_string(place.cell);
+std::string CellsText(FacePlace const& place) {
+  std::string const cell = std::to_string(place.cell);
   return place.other > 0 ? cell + " and " + std::to_string(place.other) : cell;
 }
 
 /// "face 12 of rank 0 at (x, y, z)".
-std::string FaceText(const FacePlace& place, int digits) {
+std::string FaceText(FacePlace const& place, int digits) {
   return "face " + std::to_string(place.face) + " of rank " + std::to_string(place.rank) + " at " +
          PlaceText(place, digits);
 }
 
-void PrintErrors(std::ostream& out, const FaceErrors& errors, int digits) {
-  const bool hasMax = errors.maxPlace.face > 0;
+void PrintErrors(std::ostream& out, FaceErrors const& errors, int digits) {
+  bool const hasMax = errors.maxPlace.face > 0;
   TextTable table({{"faces"},
                    {"L1"},
                    {"L2"},
@@ -46,7 +46,7 @@ void PrintErrors(std::ostream& out, const FaceErrors& errors, int digits) {
   table.Print(out);
 }
 
-void PrintTimes(std::ostream& out, const FaceTimes& times) {
+void PrintTimes(std::ostream& out, FaceTimes const& times) {
   constexpr double kMilli = 1e3;
   TextTable table({{"set-up ms"}, {"us per face"}, {"first call ms"}, {"later calls ms"}, {"ns per face"}});
   table.AddRow({Fixed(times.setUp * kMilli, 3), Fixed(times.usPerFace, 2), Fixed(times.first * kMilli, 3),
@@ -55,8 +55,8 @@ void PrintTimes(std::ostream& out, const FaceTimes& times) {
   table.Print(out);
 }
 
-void PrintWarnings(std::ostream& out, const FaceResults& results) {
-  const FaceRowCheck& rows = results.rows;
+void PrintWarnings(std::ostream& out, FaceResults const& results) {
+  FaceRowCheck const& rows = results.rows;
   if (rows.nOff > 0 && !results.GivesNoValues()) {  // that all rows are 0 has been said
 
     out << "  warning: the weights of " << Grouped(rows.nOff) << " faces do not sum to 1 within "
@@ -67,7 +67,7 @@ void PrintWarnings(std::ostream& out, const FaceResults& results) {
     out << "  warning: the weights of " << Grouped(rows.nNotFinite)
         << " faces are not finite; first: " << FaceText(rows.firstNotFinite, results.placeDigits) << '\n';
   }
-  const std::int64_t n = results.NotFiniteFaces();
+  std::int64_t const n = results.NotFiniteFaces();
   if (n == 0 && !results.whyNotFinite.empty()) {
     out << "  search method " << results.settings.method
         << ": the values mean nothing: " << results.whyNotFinite << '\n';
@@ -79,7 +79,7 @@ void PrintWarnings(std::ostream& out, const FaceResults& results) {
   }
 }
 
-ordered_json PlaceAsJson(const FacePlace& place) {
+ordered_json PlaceAsJson(FacePlace const& place) {
   if (place.face == 0) return nullptr;
   return {{"face", place.face},
           {"rank", place.rank},
@@ -88,7 +88,7 @@ ordered_json PlaceAsJson(const FacePlace& place) {
           {"place", place.at}};
 }
 
-ordered_json ErrorsAsJson(const FaceErrors& errors) {
+ordered_json ErrorsAsJson(FaceErrors const& errors) {
   return {{"area", errors.area},
           {"l1", errors.l1},
           {"l2", errors.l2},
@@ -100,7 +100,7 @@ ordered_json ErrorsAsJson(const FaceErrors& errors) {
 
 }  // namespace
 
-void PrintFaceResults(std::ostream& out, const FaceResults& results) {
+void PrintFaceResults(std::ostream& out, FaceResults const& results) {
   out << Grouped(results.errors.nFaces) << ' ' << NameOf(results.group) << " faces by search method "
       << results.settings.method << ", " << StencilSizesInWords(results.stencils) << '\n';
   if (results.GivesNoValues()) {
@@ -114,8 +114,8 @@ void PrintFaceResults(std::ostream& out, const FaceResults& results) {
   PrintWarnings(out, results);
 }
 
-ordered_json FaceResultsAsJson(const FaceResults& results) {
-  const FaceTimes& times = results.times;
+ordered_json FaceResultsAsJson(FaceResults const& results) {
+  FaceTimes const& times = results.times;
   ordered_json json = {{"group", NameOf(results.group)}, {"faces", results.errors.nFaces}};
   json["valuesByDesignZero"] = results.GivesNoValues();
   json["stencils"] = StencilSizesAsJson(results.stencils);

@@ -35,9 +35,9 @@ struct FaceResults {
 
 /// The table of errors, or the line that there are no values by design, times and warnings. Only the first
 /// rank's job.
-void PrintFaceResults(std::ostream& out, const FaceResults& results);
+void PrintFaceResults(std::ostream& out, FaceResults const& results);
 
 /// The same numbers; what is not finite becomes null.
-nlohmann::ordered_json FaceResultsAsJson(const FaceResults& results);
+nlohmann::ordered_json FaceResultsAsJson(FaceResults const& results);
 
 }  // namespace zyngrad

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kLaterCalls = 3;
 
-double SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
              CZynFaceRBFInternalObject& op) {
   reference_host::HostPartition& partition = *mesh.partition;
   op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
@@ -25,13 +25,13 @@ double SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, FaceGroup gro
   op.getCommunication(mesh.exchange.get());
 
   ranks.Barrier();
-  const Stopwatch watch;
+  Stopwatch const watch;
   op.Initialize_FaceInterpolateData(static_cast<int>(group));
   return watch.Seconds();
 }
 
 /// Own time of the first application and of each later one.
-std::vector<double> TimeCalls(const Ranks& ranks, CZynFaceRBFInternalObject& op, std::vector<double>& field,
+std::vector<double> TimeCalls(Ranks const& ranks, CZynFaceRBFInternalObject& op, std::vector<double>& field,
                               std::vector<double>& value) {
   // The operator clears three arrays more, which hold nothing.
   std::array<std::vector<double>, 3> cleared;
@@ -39,7 +39,7 @@ std::vector<double> TimeCalls(const Ranks& ranks, CZynFaceRBFInternalObject& op,
   std::vector<double> seconds;
   for (int call = 0; call < 1 + kLaterCalls; ++call) {
     ranks.Barrier();
-    const Stopwatch watch;
+    Stopwatch const watch;
     op.Multiply_FaceRBFCoefficent(field.data(), value.data(), cleared[0].data(), cleared[1].data(),
                                   cleared[2].data());
     seconds.push_back(watch.Seconds());
@@ -47,8 +47,8 @@ std::vector<double> TimeCalls(const Ranks& ranks, CZynFaceRBFInternalObject& op,
   return seconds;
 }
 
-FaceTimes SummariseTimes(const Ranks& ranks, double setUp, const std::vector<double>& calls, int nFaces) {
-  const std::vector<double> later(calls.begin() + 1, calls.end());
+FaceTimes SummariseTimes(Ranks const& ranks, double setUp, std::vector<double> const& calls, int nFaces) {
+  std::vector<double> const later(calls.begin() + 1, calls.end());
   FaceTimes times;
   times.setUp = ranks.Max(setUp);
   times.first = ranks.Max(calls.front());
@@ -58,11 +58,11 @@ FaceTimes SummariseTimes(const Ranks& ranks, double setUp, const std::vector<dou
   return times;
 }
 
-void ReadRows(const CZynFaceRBFInternalObject& op, int nFaces, FaceRows& rows) {
+void ReadRows(CZynFaceRBFInternalObject const& op, int nFaces, FaceRows& rows) {
   rows.rowSum.assign(static_cast<std::size_t>(nFaces) + 1, 0.0);
   rows.members.assign(static_cast<std::size_t>(nFaces) + 1, 0);
   for (int f = 1; f <= nFaces; ++f) {
-    const int n = op.m_ppFaceCellConn[f][0];
+    int const n = op.m_ppFaceCellConn[f][0];
     double sum = 0.0;
     for (int k = 1; k <= n; ++k) sum += op.m_ppFaceFiCoef[f][k];
     rows.rowSum[static_cast<std::size_t>(f)] = sum;
@@ -72,29 +72,29 @@ void ReadRows(const CZynFaceRBFInternalObject& op, int nFaces, FaceRows& rows) {
 
 }  // namespace
 
-FaceRun RunFaces(const Ranks& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
-                 std::vector<double>& field, const std::string& logFile) {
-  const int nFaces = FacesOf(*mesh.partition, group).count;
+FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+                 std::vector<double>& field, std::string const& logFile) {
+  int const nFaces = FacesOf(*mesh.partition, group).count;
   FaceRun run;
   ranks.Together([&] { run.rows.value.assign(static_cast<std::size_t>(nFaces) + 1, 0.0); });
 
   CZynFaceRBFInternalObject op;
-  const StdoutToFile log(logFile);
+  StdoutToFile const log(logFile);
   std::cout << NameOf(group) << " faces" << std::endl;
-  const double setUp = SetUp(ranks, mesh, group, op);
-  const std::vector<double> calls = TimeCalls(ranks, op, field, run.rows.value);
+  double const setUp = SetUp(ranks, mesh, group, op);
+  std::vector<double> const calls = TimeCalls(ranks, op, field, run.rows.value);
   run.times = SummariseTimes(ranks, setUp, calls, nFaces);
   ranks.Together([&] { ReadRows(op, nFaces, run.rows); });
   return run;
 }
 
-std::vector<double> ExactFaceValues(const Ranks& ranks, const FacesOfGroup& faces, FaceGroup group,
-                                    const Expression& expression, int placeDigits) {
+std::vector<double> ExactFaceValues(Ranks const& ranks, FacesOfGroup const& faces, FaceGroup group,
+                                    Expression const& expression, int placeDigits) {
   std::vector<double> exact(static_cast<std::size_t>(faces.count) + 1, 0.0);
   ranks.Together([&] {
     for (int f = 1; f <= faces.count; ++f) {
-      const auto [x, y, z] = faces.Target(f);
-      const double value = expression.Value(x, y, z);
+      auto const [x, y, z] = faces.Target(f);
+      double const value = expression.Value(x, y, z);
       if (!std::isfinite(value)) {
         throw UsageError("the field " + Quoted(expression.text()) + " is not finite at a face of the group " +
                          NameOf(group) + " at " + Place(x, y, z, placeDigits));

@@ -36,13 +36,13 @@ struct FaceRun {
 /// applies it to the field.
 /// @param[in] field    [1..NCell]; the operator takes it without const and only reads it
 /// @param[in] logFile  takes what the operator prints on this rank
-FaceRun RunFaces(const Ranks& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
-                 std::vector<double>& field, const std::string& logFile);
+FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+                 std::vector<double>& field, std::string const& logFile);
 
 /// Collective. [1..count] the formula at the faces' targets. Throws UsageError naming the place where it is
 /// not finite.
 /// @param[in] placeDigits  from PlaceDigits
-std::vector<double> ExactFaceValues(const Ranks& ranks, const FacesOfGroup& faces, FaceGroup group,
-                                    const Expression& expression, int placeDigits = kPlaceDigits);
+std::vector<double> ExactFaceValues(Ranks const& ranks, FacesOfGroup const& faces, FaceGroup group,
+                                    Expression const& expression, int placeDigits = kPlaceDigits);
 
 }  // namespace zyngrad

@@ -15,7 +15,7 @@ constexpr int kByVertices = 3, kByNormal = 4;  // search methods
 }  // namespace
 
 FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceGroup group,
-                         const InterpolationSettings& settings)
+                         InterpolationSettings const& settings)
     : mesh_(*partition.mesh()), faces_(FacesOf(partition, group)) {
   op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
   op_.getPartitionFace(partition.partitionFaces());
@@ -38,17 +38,17 @@ FaceSystems::~FaceSystems() {
 bool FaceSystems::isByNormal() const { return op_.iSearch_method == kByNormal; }
 
 DQVector FaceSystems::PointOf(int cell) const {
-  const IBCnode& node = op_.m_pNodeTable[cell];
+  IBCnode const& node = op_.m_pNodeTable[cell];
   return {node.x, node.y, node.z};
 }
 
 std::vector<DQVector> FaceSystems::NodesOf(int f) const {
-  const bool byVertices = op_.iSearch_method == kByVertices;
-  const int* const cells = op_.m_ppFaceCellConn[f];
+  bool const byVertices = op_.iSearch_method == kByVertices;
+  int const* const cells = op_.m_ppFaceCellConn[f];
   std::vector<DQVector> nodes;
   for (int k = 1; k <= (byVertices ? 2 : cells[0]); ++k) nodes.push_back(PointOf(cells[k]));
   if (!byVertices) return nodes;
-  const int* const vertices = op_.m_ppFaceLnods[f];
+  int const* const vertices = op_.m_ppFaceLnods[f];
   for (int k = 1; k <= vertices[0]; ++k)
     nodes.push_back({mesh_.xn[vertices[k]], mesh_.yn[vertices[k]], mesh_.zn[vertices[k]]});
   return nodes;
@@ -61,14 +61,14 @@ double FaceSystems::ConditionOf(int f) const {
 // The operator leaves the position 0 for a cell that it drops, where it then reads the length of the stencil as a cell
 // number.
 FaceSystems::Side FaceSystems::SideOf(int f, SideNumber number) const {
-  const IBCnode& node = op_.m_ppVirtualNode[f][number];
-  const DQVector at = {node.x, node.y, node.z};
-  const int* const positions = StencilRow(op_.m_pFaceRows[f], number);
+  IBCnode const& node = op_.m_ppVirtualNode[f][number];
+  DQVector const at = {node.x, node.y, node.z};
+  int const* const positions = StencilRow(op_.m_pFaceRows[f], number);
   Side side;
   double reach = 0.0;
   for (int k = 1; k <= positions[0]; ++k) {
     if (positions[k] == 0) side.hasTwins = true;
-    const int c = op_.m_ppFaceCellConn[f][positions[k]];
+    int const c = op_.m_ppFaceCellConn[f][positions[k]];
     side.nodes.push_back(PointOf(c <= mesh_.NCell ? c : 0));
     reach = std::max(reach, Length(OffsetBetween(side.nodes.back(), at)));
   }

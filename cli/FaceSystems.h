@@ -15,13 +15,13 @@ namespace zyngrad {
 class FaceSystems {
  public:
   FaceSystems(reference_host::HostPartition& partition, FaceGroup group,
-              const InterpolationSettings& settings);
+              InterpolationSettings const& settings);
   ~FaceSystems();
-  FaceSystems(const FaceSystems&) = delete;
-  FaceSystems& operator=(const FaceSystems&) = delete;
+  FaceSystems(FaceSystems const&) = delete;
+  FaceSystems& operator=(FaceSystems const&) = delete;
 
   CZynFaceRBFInternalObject& op() { return op_; }
-  const FacesOfGroup& faces() const { return faces_; }
+  FacesOfGroup const& faces() const { return faces_; }
   bool isByNormal() const;  ///< search method 4, whose faces have a system on each side instead of one
 
   /// Nodes of the system of face f in 1..faces().count: the cells of its stencil; by vertices the face's two cells and
@@ -41,7 +41,7 @@ class FaceSystems {
  private:
   DQVector PointOf(int cell) const;
 
-  const CZYN3DFiniteVolumeMesh& mesh_;
+  CZYN3DFiniteVolumeMesh const& mesh_;
   FacesOfGroup faces_;
   CZynFaceRBFInternalObject op_;
 };

@@ -9,19 +9,19 @@ namespace zyngrad {
 struct Fingerprint {
   std::uint64_t size = 0, crc = 0;
 
-  bool operator==(const Fingerprint& other) const { return size == other.size && crc == other.crc; }
+  bool operator==(Fingerprint const& other) const { return size == other.size && crc == other.crc; }
 };
 
-Fingerprint FingerprintOfText(const std::string& text);
+Fingerprint FingerprintOfText(std::string const& text);
 
 /// Throws UsageError when the file cannot be read.
-Fingerprint FingerprintOf(const std::string& file);
+Fingerprint FingerprintOf(std::string const& file);
 
 /// Likewise; and the content is on the disk, not in the system's memory alone, when it returns.
 /// Throws UsageError when the disk does not take it.
-Fingerprint Settle(const std::string& file);
+Fingerprint Settle(std::string const& file);
 
 /// The same for a folder's list of names. Does nothing where the file system cannot.
-void SettleFolder(const std::string& folder);
+void SettleFolder(std::string const& folder);
 
 }  // namespace zyngrad

@@ -25,18 +25,18 @@ constexpr int kMostTries = 100;
 
 constexpr std::chrono::milliseconds kPatience(300);
 
-[[noreturn]] void Fail(const std::string& file, int reason) {
+[[noreturn]] void Fail(std::string const& file, int reason) {
   throw UsageError("cannot write " + QuotedPath(file) + ": " + std::strerror(reason));
 }
 
 void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
-bool IsEmpty(const std::string& place) {
+bool IsEmpty(std::string const& place) {
   std::error_code error;
   return fs::is_empty(place, error) && !error;
 }
 
-bool Exists(const std::string& file) {
+bool Exists(std::string const& file) {
   struct stat ignored = {};
   return lstat(file.c_str(), &ignored) == 0;
 }
@@ -47,7 +47,7 @@ std::string ReadAll(int descriptor) {
   std::string text;
   char block[4096];
   for (;;) {
-    const ssize_t size = pread(descriptor, block, sizeof block, static_cast<off_t>(text.size()));
+    ssize_t const size = pread(descriptor, block, sizeof block, static_cast<off_t>(text.size()));
     if (size < 0 && errno == EINTR) continue;
     if (size <= 0 || text.size() > kLargest) return text;
     text.append(block, static_cast<std::size_t>(size));
@@ -58,10 +58,10 @@ std::string ReadAll(int descriptor) {
 
 FolderLock::~FolderLock() { Close(); }
 
-FolderLock::Outcome FolderLock::Take(const std::string& place, const std::string& text) {
+FolderLock::Outcome FolderLock::Take(std::string const& place, std::string const& text) {
   bool madePlace = false;
   try {
-    const Outcome outcome = TakeOrMake(place, text, madePlace);
+    Outcome const outcome = TakeOrMake(place, text, madePlace);
     hasTaken_ = outcome == Outcome::Taken;
     if (!hasTaken_) Close();
     return outcome;
@@ -72,7 +72,7 @@ FolderLock::Outcome FolderLock::Take(const std::string& place, const std::string
   }
 }
 
-FolderLock::Outcome FolderLock::TakeOrMake(const std::string& place, const std::string& text,
+FolderLock::Outcome FolderLock::TakeOrMake(std::string const& place, std::string const& text,
                                            bool& madePlace) {
   for (int attempt = 0; attempt < kMostTries; ++attempt) {
     if (mkdir(place.c_str(), 0777) == 0) {
@@ -84,12 +84,12 @@ FolderLock::Outcome FolderLock::TakeOrMake(const std::string& place, const std::
     }
     // A folder, not a link to one: what stands in it will be removed.
     std::error_code error;
-    const fs::file_type type = fs::symlink_status(place, error).type();
+    fs::file_type const type = fs::symlink_status(place, error).type();
     if (type == fs::file_type::not_found) continue;
     if (type != fs::file_type::directory) Fail(place, ENOTDIR);
 
     if (Open(place)) {
-      const Answer answer = SetLock(F_WRLCK);
+      Answer const answer = SetLock(F_WRLCK);
       if (answer == Answer::Refused) return Outcome::InUse;
       if (Content().empty() && attempt + 1 < kMostTries) {  // another process may be about to write it
         Close();
@@ -113,25 +113,25 @@ FolderLock::Outcome FolderLock::TakeOrMake(const std::string& place, const std::
 }
 
 /// @return false when another process was quicker, or when the folder has gone
-bool FolderLock::Make(const std::string& place, const std::string& text) {
+bool FolderLock::Make(std::string const& place, std::string const& text) {
   return MakeAtOnce(place, text) || (!Exists(file_) && MakeInSteps(text));
 }
 
 /// The file gets its name when it is whole and locked. Who is killed before leaves nothing.
 /// @return false when the system cannot do that, too
-bool FolderLock::MakeAtOnce(const std::string& place, const std::string& text) {
+bool FolderLock::MakeAtOnce(std::string const& place, std::string const& text) {
   descriptor_ = open(place.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
   if (descriptor_ < 0) return false;
   Write(text);
   SetLock(F_WRLCK);
-  const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor_);
+  std::string const unnamed = "/proc/self/fd/" + std::to_string(descriptor_);
   if (linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, file_.c_str(), AT_SYMLINK_FOLLOW) == 0) return true;
   Close();
   return false;
 }
 
 /// Who is killed between making the file and writing it leaves one that no run will take over.
-bool FolderLock::MakeInSteps(const std::string& text) {
+bool FolderLock::MakeInSteps(std::string const& text) {
   descriptor_ = open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
   if (descriptor_ < 0) {
     if (errno != EEXIST && errno != ENOENT) Fail(file_, errno);
@@ -153,13 +153,13 @@ bool FolderLock::MakeInSteps(const std::string& text) {
 
 std::string FolderLock::Content() const { return ReadAll(descriptor_); }
 
-void FolderLock::Share(const std::string& text) {
+void FolderLock::Share(std::string const& text) {
   if (Content() != text) Write(text);
   SetLock(F_RDLCK);
 }
 
 /// Shortened at the end only: at no time is the file empty, which nobody would know as ours.
-void FolderLock::Write(const std::string& text) const {
+void FolderLock::Write(std::string const& text) const {
   errno = 0;
   if (pwrite(descriptor_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()) ||
       ftruncate(descriptor_, static_cast<off_t>(text.size())) != 0 ||
@@ -167,12 +167,12 @@ void FolderLock::Write(const std::string& text) const {
     Fail(file_, errno != 0 ? errno : ENOSPC);
 }
 
-void FolderLock::Join(const std::string& place) {
+void FolderLock::Join(std::string const& place) {
   if (!Open(place)) Fail(file_, ENOENT);
   if (SetLock(F_RDLCK) == Answer::Refused) Fail(file_, EAGAIN);
 }
 
-std::string FolderLock::ContentIn(const std::string& place) {
+std::string FolderLock::ContentIn(std::string const& place) {
   FolderLock other;
   return other.Open(place) ? other.Content() : "";
 }
@@ -187,7 +187,7 @@ bool FolderLock::Release() {
   }
   // The ranks of a run leave within moments of each other. Waiting for the others makes sure that somebody is
   // left to clear up even if they are killed on their way out.
-  const auto begin = std::chrono::steady_clock::now();
+  auto const begin = std::chrono::steady_clock::now();
   while (IsStillThere()) {
     if (SetLock(F_WRLCK) == Answer::Granted) {
       if (IsStillThere()) return true;
@@ -206,7 +206,7 @@ void FolderLock::Remove() {
 }
 
 /// @return false when there is none
-bool FolderLock::Open(const std::string& place) {
+bool FolderLock::Open(std::string const& place) {
   Close();
   file_ = (fs::path(place) / kLockFile).string();
   descriptor_ = open(file_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);

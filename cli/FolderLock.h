@@ -29,28 +29,28 @@ class FolderLock {
 
   explicit FolderLock(LockCall lockCall = LockBySystem) : lockCall_(lockCall) {}
   ~FolderLock();
-  FolderLock(const FolderLock&) = delete;
-  FolderLock& operator=(const FolderLock&) = delete;
+  FolderLock(FolderLock const&) = delete;
+  FolderLock& operator=(FolderLock const&) = delete;
 
   /// Makes the folder `place` if it is missing, and takes its lock; in a folder that is not empty only if the
   /// lock's file is there already. A new file holds `text`. Until Share nobody can join. Unless the folder
   /// was taken, nothing has changed.
   /// Throws UsageError when the folder or the file cannot be made, or when the folder holds other things
   /// alone. A folder that this call has made is then removed again.
-  Outcome Take(const std::string& place, const std::string& text);
+  Outcome Take(std::string const& place, std::string const& text);
 
   /// After Take or Join: what is written in the file.
   std::string Content() const;
 
   /// After Take: writes the text in the place of what the file held, and lets the other processes of the run
   /// join. The text is on the disk when it returns. Throws UsageError when it cannot be written.
-  void Share(const std::string& text);
+  void Share(std::string const& text);
 
   /// Throws UsageError when that fails.
-  void Join(const std::string& place);
+  void Join(std::string const& place);
 
   /// The text of Share of another process, without any lock; empty when there is none.
-  static std::string ContentIn(const std::string& place);
+  static std::string ContentIn(std::string const& place);
 
   /// After Take or Join: whether the file has been neither removed nor replaced.
   bool IsStillThere() const;
@@ -70,12 +70,12 @@ class FolderLock {
  private:
   enum class Answer { Granted, Refused, NoLocks };
 
-  Outcome TakeOrMake(const std::string& place, const std::string& text, bool& madePlace);
-  bool Open(const std::string& place);
-  bool Make(const std::string& place, const std::string& text);
-  bool MakeAtOnce(const std::string& place, const std::string& text);
-  bool MakeInSteps(const std::string& text);
-  void Write(const std::string& text) const;
+  Outcome TakeOrMake(std::string const& place, std::string const& text, bool& madePlace);
+  bool Open(std::string const& place);
+  bool Make(std::string const& place, std::string const& text);
+  bool MakeAtOnce(std::string const& place, std::string const& text);
+  bool MakeInSteps(std::string const& text);
+  void Write(std::string const& text) const;
   Answer SetLock(short type) const;
   void Close();
 

@@ -30,7 +30,7 @@ struct Sums {
     return {nCells, volume, error, error2, nNotFinite, max, maxCell, x, y, z};
   }
 
-  void Add(const std::vector<double>& row) {
+  void Add(std::vector<double> const& row) {
     nCells += row[0];
     volume += row[1];
     error += row[2];
@@ -40,15 +40,15 @@ struct Sums {
   }
 };
 
-Sums SumOwnCells(reference_host::HostPartition& partition, const std::vector<double>& cellError,
-                 const std::vector<char>& isBoundaryCell, bool boundary) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+Sums SumOwnCells(reference_host::HostPartition& partition, std::vector<double> const& cellError,
+                 std::vector<char> const& isBoundaryCell, bool boundary) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   Sums sums;
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
-    const auto i = static_cast<std::size_t>(c);
+    auto const i = static_cast<std::size_t>(c);
     if ((isBoundaryCell[i] != 0) != boundary) continue;
-    const double e = cellError[i];
-    const double volume = mesh.Volume[c];
+    double const e = cellError[i];
+    double const volume = mesh.Volume[c];
     sums.nCells += 1.0;
     sums.volume += volume;
     sums.error += volume * e;
@@ -62,7 +62,7 @@ Sums SumOwnCells(reference_host::HostPartition& partition, const std::vector<dou
   return sums;
 }
 
-ErrorNorms NormsOf(const Sums& sums, double exactL2) {
+ErrorNorms NormsOf(Sums const& sums, double exactL2) {
   ErrorNorms norms;
   norms.nCells = static_cast<std::int64_t>(sums.nCells);
   norms.volume = sums.volume;
@@ -78,17 +78,17 @@ ErrorNorms NormsOf(const Sums& sums, double exactL2) {
   return norms;
 }
 
-ErrorNorms SummariseRegion(const Ranks& ranks, const Sums& own, double exactL2) {
+ErrorNorms SummariseRegion(Ranks const& ranks, Sums const& own, double exactL2) {
   Sums all;
-  for (const std::vector<double>& row : ranks.Gather(own.Row())) all.Add(row);
+  for (std::vector<double> const& row : ranks.Gather(own.Row())) all.Add(row);
   return NormsOf(all, exactL2);
 }
 
 }  // namespace
 
-std::vector<char> BoundaryCells(const CZYN3DFiniteVolumeMesh& mesh) {
+std::vector<char> BoundaryCells(CZYN3DFiniteVolumeMesh const& mesh) {
   std::vector<char> isBoundaryCell(static_cast<std::size_t>(mesh.NInnerCells) + 1, 0);
-  const auto mark = [&](const int* cells, int nFaces) {
+  auto const mark = [&](int const* cells, int nFaces) {
     for (int f = 1; f <= nFaces; ++f) isBoundaryCell[static_cast<std::size_t>(cells[f])] = 1;
   };
   mark(mesh.ijInletCV, mesh.NInlet);
@@ -98,38 +98,38 @@ std::vector<char> BoundaryCells(const CZYN3DFiniteVolumeMesh& mesh) {
   return isBoundaryCell;
 }
 
-std::vector<double> CellErrors(const TestField& field, const GradientArrays& gradient) {
+std::vector<double> CellErrors(TestField const& field, GradientArrays const& gradient) {
   std::vector<double> error(field.gx.size(), 0.0);
   for (std::size_t c = 1; c < error.size(); ++c) {
-    const double dx = gradient.x[c] - field.gx[c];
-    const double dy = gradient.y[c] - field.gy[c];
-    const double dz = gradient.z[c] - field.gz[c];
+    double const dx = gradient.x[c] - field.gx[c];
+    double const dy = gradient.y[c] - field.gy[c];
+    double const dz = gradient.z[c] - field.gz[c];
     error[c] = std::sqrt(dx * dx + dy * dy + dz * dz);
   }
   return error;
 }
 
-double ExactGradientL2(const Ranks& ranks, const CZYN3DFiniteVolumeMesh& mesh, const TestField& field) {
+double ExactGradientL2(Ranks const& ranks, CZYN3DFiniteVolumeMesh const& mesh, TestField const& field) {
   double own[2] = {0.0, 0.0};
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
-    const auto i = static_cast<std::size_t>(c);
-    const double g2 = field.gx[i] * field.gx[i] + field.gy[i] * field.gy[i] + field.gz[i] * field.gz[i];
+    auto const i = static_cast<std::size_t>(c);
+    double const g2 = field.gx[i] * field.gx[i] + field.gy[i] * field.gy[i] + field.gz[i] * field.gz[i];
     own[0] += mesh.Volume[c] * g2;
     own[1] += mesh.Volume[c];
   }
   double sum = 0.0, volume = 0.0;
-  for (const std::vector<double>& row : ranks.Gather(std::vector<double>{own[0], own[1]})) {
+  for (std::vector<double> const& row : ranks.Gather(std::vector<double>{own[0], own[1]})) {
     sum += row[0];
     volume += row[1];
   }
   return std::sqrt(sum / volume);
 }
 
-GradientErrors SummariseErrors(const Ranks& ranks, reference_host::HostPartition& partition,
-                               const std::vector<double>& cellError, const std::vector<char>& isBoundaryCell,
+GradientErrors SummariseErrors(Ranks const& ranks, reference_host::HostPartition& partition,
+                               std::vector<double> const& cellError, std::vector<char> const& isBoundaryCell,
                                double exactL2) {
-  const Sums interior = SumOwnCells(partition, cellError, isBoundaryCell, false);
-  const Sums boundary = SumOwnCells(partition, cellError, isBoundaryCell, true);
+  Sums const interior = SumOwnCells(partition, cellError, isBoundaryCell, false);
+  Sums const boundary = SumOwnCells(partition, cellError, isBoundaryCell, true);
   return {SummariseRegion(ranks, interior, exactL2), SummariseRegion(ranks, boundary, exactL2)};
 }
 

@@ -35,20 +35,20 @@ struct GradientErrors {
 };
 
 /// [1..NInnerCells] whether the cell has a boundary face.
-std::vector<char> BoundaryCells(const CZYN3DFiniteVolumeMesh& mesh);
+std::vector<char> BoundaryCells(CZYN3DFiniteVolumeMesh const& mesh);
 
 /// [1..NInnerCells] Euclidean length of computed minus exact gradient, U/L.
-std::vector<double> CellErrors(const TestField& field, const GradientArrays& gradient);
+std::vector<double> CellErrors(TestField const& field, GradientArrays const& gradient);
 
 /// Collective. Square root of (sum of V |g|^2 / sum of V) of the exact gradient over all cells.
-double ExactGradientL2(const Ranks& ranks, const CZYN3DFiniteVolumeMesh& mesh, const TestField& field);
+double ExactGradientL2(Ranks const& ranks, CZYN3DFiniteVolumeMesh const& mesh, TestField const& field);
 
 /// Collective. The sums run in cell order on each rank and then in rank order: the same bits in every run on
 /// as many ranks.
 /// @param[in] cellError      [1..NInnerCells] from CellErrors
 /// @param[in] isBoundaryCell [1..NInnerCells] from BoundaryCells
-GradientErrors SummariseErrors(const Ranks& ranks, reference_host::HostPartition& partition,
-                               const std::vector<double>& cellError, const std::vector<char>& isBoundaryCell,
+GradientErrors SummariseErrors(Ranks const& ranks, reference_host::HostPartition& partition,
+                               std::vector<double> const& cellError, std::vector<char> const& isBoundaryCell,
                                double exactL2);
 
 }  // namespace zyngrad

@@ -40,8 +40,8 @@ void RunRadialBasis(COperatorGradient& op, MethodData& data) {
 
 }  // namespace
 
-const std::vector<GradientMethod>& GradientMethods() {
-  static const std::vector<GradientMethod> methods = {
+std::vector<GradientMethod> const& GradientMethods() {
+  static std::vector<GradientMethod> const methods = {
       {"plain", "Green-Gauss, face values by linear interpolation", 0, 1, RunPlain, nullptr},
       {"iterated", "Green-Gauss, face values corrected for skewness in --sweeps sweeps", 0, 1, RunIterated,
        nullptr},
@@ -58,7 +58,7 @@ const std::vector<GradientMethod>& GradientMethods() {
 
 std::string GradientMethodNames() {
   std::string names;
-  for (const GradientMethod& method : GradientMethods())
+  for (GradientMethod const& method : GradientMethods())
     names += (names.empty() ? "" : ", ") + std::string(method.name);
   return names;
 }

@@ -25,8 +25,8 @@ struct MethodData {
 
 /// A gradient method as the tool offers it. A new method is one more row of GradientMethods().
 struct GradientMethod {
-  const char* name;         ///< on the command line, in tables and files
-  const char* description;  ///< half a line for the help text
+  char const* name;         ///< on the command line, in tables and files
+  char const* description;  ///< half a line for the help text
   int gradientType;         ///< given to the operator before Initialize
   int nFields;              ///< 1, or 3: takes three fields at once
 
@@ -34,20 +34,20 @@ struct GradientMethod {
 
   /// Collective, after Initialize: why `run` must not be called on this mesh, the same on every rank. Null:
   /// it may be called on any mesh.
-  std::optional<std::string> (*obstacle)(const Ranks& ranks, COperatorGradient& op,
+  std::optional<std::string> (*obstacle)(Ranks const& ranks, COperatorGradient& op,
                                          reference_host::HostPartition& partition);
 
   /// Collective: what a user has to know about the result on this mesh, a line each, the same on every rank.
   /// Null: nothing.
-  std::vector<std::string> (*remarks)(const Ranks& ranks, reference_host::HostPartition& partition,
-                                      const RadialBasisSettings& settings) = nullptr;
+  std::vector<std::string> (*remarks)(Ranks const& ranks, reference_host::HostPartition& partition,
+                                      RadialBasisSettings const& settings) = nullptr;
 };
 
 /// The gradient type of the method that reads a settings file.
 constexpr int kRadialBasisType = 2;
 
 /// In the order of tables and files.
-const std::vector<GradientMethod>& GradientMethods();
+std::vector<GradientMethod> const& GradientMethods();
 
 /// "plain, iterated, ..." for messages and help.
 std::string GradientMethodNames();

@@ -12,18 +12,18 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string PlaceOfMax(const ErrorNorms& norms, int digits) {
+std::string PlaceOfMax(ErrorNorms const& norms, int digits) {
   return norms.maxCell > 0 ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2], digits) : "-";
 }
 
-void AddErrorRow(TextTable& table, const std::string& method, const std::string& cells,
-                 const ErrorNorms& norms, int digits) {
+void AddErrorRow(TextTable& table, std::string const& method, std::string const& cells,
+                 ErrorNorms const& norms, int digits) {
   table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
                 Scientific(norms.relativeL2), Scientific(norms.max),
                 norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-", PlaceOfMax(norms, digits)});
 }
 
-void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results, int digits) {
+void PrintErrors(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
   TextTable table({{"method", Align::Left},
                    {"cells", Align::Left},
                    {"number"},
@@ -33,8 +33,8 @@ void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results, in
                    {"maximum"},
                    {"in cell"},
                    {"at", Align::Left}});
-  for (const MethodResult& result : results) {
-    for (const GradientResult& one : result.gradients) {
+  for (MethodResult const& result : results) {
+    for (GradientResult const& one : result.gradients) {
       AddErrorRow(table, one.label, "interior", one.errors.interior, digits);
       AddErrorRow(table, "", "boundary", one.errors.boundary, digits);
     }
@@ -42,14 +42,14 @@ void PrintErrors(std::ostream& out, const std::vector<MethodResult>& results, in
   table.Print(out);
 }
 
-void AddSizeRow(TextTable& table, const std::string& method, const std::string& cells,
-                const ErrorNorms& norms, int digits) {
+void AddSizeRow(TextTable& table, std::string const& method, std::string const& cells,
+                ErrorNorms const& norms, int digits) {
   table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
                 Scientific(norms.max), norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-",
                 PlaceOfMax(norms, digits)});
 }
 
-void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results, int digits) {
+void PrintSizes(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
   TextTable table({{"method", Align::Left},
                    {"cells", Align::Left},
                    {"number"},
@@ -60,8 +60,8 @@ void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results, int
                    {"at", Align::Left}});
   TextTable ranges(
       {{"method", Align::Left}, {"d/dx from"}, {"to"}, {"d/dy from"}, {"to"}, {"d/dz from"}, {"to"}});
-  for (const MethodResult& result : results) {
-    for (const GradientResult& one : result.gradients) {
+  for (MethodResult const& result : results) {
+    for (GradientResult const& one : result.gradients) {
       if (!one.sizes) continue;
       AddSizeRow(table, one.label, "interior", one.sizes->norms.interior, digits);
       AddSizeRow(table, "", "boundary", one.sizes->norms.boundary, digits);
@@ -78,15 +78,15 @@ void PrintSizes(std::ostream& out, const std::vector<MethodResult>& results, int
   ranges.Print(out);
 }
 
-void PrintTimes(std::ostream& out, const std::vector<MethodResult>& results) {
+void PrintTimes(std::ostream& out, std::vector<MethodResult> const& results) {
   constexpr double kMilli = 1e3;
   TextTable table(
       {{"method", Align::Left}, {"set-up ms"}, {"first call ms"}, {"later calls ms"}, {"ns per cell"}});
-  for (const MethodResult& result : results) {
+  for (MethodResult const& result : results) {
     if (!result.notRun.empty()) continue;
-    const MethodTimes& times = result.times;
-    const int nFields = result.method->nFields;
-    const std::string label = std::string(result.method->name) +
+    MethodTimes const& times = result.times;
+    int const nFields = result.method->nFields;
+    std::string const label = std::string(result.method->name) +
                               (nFields > 1 ? " (" + std::to_string(nFields) + " fields)" : std::string());
     table.AddRow({label, Fixed(times.setUp * kMilli, 3), Fixed(times.first * kMilli, 3),
                   Fixed(times.later * kMilli, 3), Fixed(times.nsPerCell, 1)});
@@ -94,16 +94,16 @@ void PrintTimes(std::ostream& out, const std::vector<MethodResult>& results) {
   table.Print(out);
 }
 
-void PrintRemarks(std::ostream& out, const std::vector<MethodResult>& results) {
-  for (const MethodResult& result : results) {
+void PrintRemarks(std::ostream& out, std::vector<MethodResult> const& results) {
+  for (MethodResult const& result : results) {
     if (!result.notRun.empty()) out << "  " << result.method->name << ": not run: " << result.notRun << '\n';
-    for (const std::string& remark : result.remarks)
+    for (std::string const& remark : result.remarks)
       out << "  " << result.method->name << ": " << remark << '\n';
     if (result.NotFiniteCells() == 0 && !result.whyNotFinite.empty())
       out << "  " << result.method->name << ": the gradient means nothing: " << result.whyNotFinite << '\n';
-    for (const GradientResult& one : result.gradients) {
-      const GradientErrors& norms = NormsOf(one);
-      const std::int64_t n = norms.interior.nNotFinite + norms.boundary.nNotFinite;
+    for (GradientResult const& one : result.gradients) {
+      GradientErrors const& norms = NormsOf(one);
+      std::int64_t const n = norms.interior.nNotFinite + norms.boundary.nNotFinite;
       if (n == 0) continue;
       out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " of "
           << Grouped(norms.interior.nCells + norms.boundary.nCells) << " cells"
@@ -112,7 +112,7 @@ void PrintRemarks(std::ostream& out, const std::vector<MethodResult>& results) {
   }
 }
 
-ordered_json NormsAsJson(const ErrorNorms& norms) {
+ordered_json NormsAsJson(ErrorNorms const& norms) {
   ordered_json json = {{"cells", norms.nCells}, {"volume", norms.volume},         {"l1", norms.l1},
                        {"l2", norms.l2},        {"l2Relative", norms.relativeL2}, {"max", norms.max}};
   if (norms.maxCell > 0) {
@@ -126,7 +126,7 @@ ordered_json NormsAsJson(const ErrorNorms& norms) {
   return json;
 }
 
-ordered_json ErrorsAsJson(const GradientResult& one) {
+ordered_json ErrorsAsJson(GradientResult const& one) {
   return {{"name", one.label},
           {"field", one.field + 1},
           {"interior", NormsAsJson(one.errors.interior)},
@@ -134,33 +134,33 @@ ordered_json ErrorsAsJson(const GradientResult& one) {
 }
 
 /// Norms of the gradient itself; there is nothing to relate them to.
-ordered_json SizesAsJson(const GradientResult& one) {
+ordered_json SizesAsJson(GradientResult const& one) {
   ordered_json json = {{"name", one.label}, {"field", one.field + 1}};
   json["interior"] = NormsAsJson(one.sizes->norms.interior);
   json["boundary"] = NormsAsJson(one.sizes->norms.boundary);
-  for (const char* const region : {"interior", "boundary"}) json[region].erase("l2Relative");
-  const std::array<const char*, 3> names = {"x", "y", "z"};
+  for (char const* const region : {"interior", "boundary"}) json[region].erase("l2Relative");
+  std::array<char const*, 3> const names = {"x", "y", "z"};
   for (std::size_t d = 0; d < names.size(); ++d) {
     json["range"][names[d]] = {one.sizes->lowest[d], one.sizes->highest[d]};
   }
   return json;
 }
 
-ordered_json MethodAsJson(const MethodResult& result) {
+ordered_json MethodAsJson(MethodResult const& result) {
   ordered_json json = {{"method", result.method->name}, {"ran", result.notRun.empty()}};
   if (!result.notRun.empty()) {
     json["notRun"] = result.notRun;
     return json;
   }
-  const MethodTimes& times = result.times;
+  MethodTimes const& times = result.times;
   json["fieldsPerCall"] = result.method->nFields;
   json["seconds"] = {{"setUp", times.setUp}, {"firstCall", times.first}, {"laterCalls", times.later}};
   json["nsPerCell"] = times.nsPerCell;
   if (!result.remarks.empty()) json["remarks"] = result.remarks;
   if (!result.whyNotFinite.empty()) json["whyNotFinite"] = result.whyNotFinite;
-  const bool hasErrors = result.gradients.empty() || !result.gradients.front().sizes;
+  bool const hasErrors = result.gradients.empty() || !result.gradients.front().sizes;
   ordered_json& list = json[hasErrors ? "errors" : "gradients"] = ordered_json::array();
-  for (const GradientResult& one : result.gradients) {
+  for (GradientResult const& one : result.gradients) {
     list.push_back(hasErrors ? ErrorsAsJson(one) : SizesAsJson(one));
   }
   return json;
@@ -168,8 +168,8 @@ ordered_json MethodAsJson(const MethodResult& result) {
 
 }  // namespace
 
-void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& results,
-                          const std::vector<double>& exactL2, int placeDigits) {
+void PrintGradientResults(std::ostream& out, std::vector<MethodResult> const& results,
+                          std::vector<double> const& exactL2, int placeDigits) {
   if (exactL2.empty()) {
     out << "length of the gradient and range of its components; there is no exact gradient to compare "
            "with\n\n";
@@ -185,9 +185,9 @@ void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& re
   PrintRemarks(out, results);
 }
 
-ordered_json GradientResultsAsJson(const std::vector<MethodResult>& results) {
+ordered_json GradientResultsAsJson(std::vector<MethodResult> const& results) {
   ordered_json json = ordered_json::array();
-  for (const MethodResult& result : results) json.push_back(MethodAsJson(result));
+  for (MethodResult const& result : results) json.push_back(MethodAsJson(result));
   return json;
 }
 

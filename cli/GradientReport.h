@@ -14,10 +14,10 @@ namespace zyngrad {
 /// not run. Only the first rank's job.
 /// @param[in] exactL2      of each field; empty for fields without exact gradient
 /// @param[in] placeDigits  from PlaceDigits
-void PrintGradientResults(std::ostream& out, const std::vector<MethodResult>& results,
-                          const std::vector<double>& exactL2, int placeDigits = kPlaceDigits);
+void PrintGradientResults(std::ostream& out, std::vector<MethodResult> const& results,
+                          std::vector<double> const& exactL2, int placeDigits = kPlaceDigits);
 
 /// The same numbers; what is not finite becomes null.
-nlohmann::ordered_json GradientResultsAsJson(const std::vector<MethodResult>& results);
+nlohmann::ordered_json GradientResultsAsJson(std::vector<MethodResult> const& results);
 
 }  // namespace zyngrad

@@ -14,10 +14,10 @@
 namespace zyngrad {
 namespace {
 
-MethodData MakeData(const Ranks& ranks, int nCell, const GradientMethod& method, GradientCase& theCase) {
+MethodData MakeData(Ranks const& ranks, int nCell, GradientMethod const& method, GradientCase& theCase) {
   MethodData data;
   ranks.Together([&] {
-    const std::size_t length = static_cast<std::size_t>(nCell) + 1;
+    std::size_t const length = static_cast<std::size_t>(nCell) + 1;
     for (std::size_t k = 0; k < static_cast<std::size_t>(method.nFields); ++k) {
       // A single field serves as all three components.
       data.field[k] = &theCase.fields[std::min(k, theCase.fields.size() - 1)].value;
@@ -32,7 +32,7 @@ MethodData MakeData(const Ranks& ranks, int nCell, const GradientMethod& method,
 }
 
 /// @return whether every rank's set-up succeeded
-bool SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+bool SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, GradientMethod const& method,
            COperatorGradient& op, double& seconds) {
   reference_host::HostPartition& partition = *mesh.partition;
   op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
@@ -42,40 +42,40 @@ bool SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientM
   op.getGradType(type);
 
   ranks.Barrier();
-  const Stopwatch watch;
-  const int status = op.Initialize();
+  Stopwatch const watch;
+  int const status = op.Initialize();
   seconds = ranks.Max(watch.Seconds());
   return status == 1;
 }
 
 /// Own time of the first call and of each later one.
-std::vector<double> TimeCalls(const Ranks& ranks, const GradientMethod& method, COperatorGradient& op,
+std::vector<double> TimeCalls(Ranks const& ranks, GradientMethod const& method, COperatorGradient& op,
                               MethodData& data, int nCalls) {
   std::vector<double> seconds;
   for (int call = 0; call < nCalls; ++call) {
     ranks.Barrier();
-    const Stopwatch watch;
+    Stopwatch const watch;
     method.run(op, data);
     seconds.push_back(watch.Seconds());
   }
   return seconds;
 }
 
-void Summarise(const Ranks& ranks, const std::vector<double>& ownSeconds, int nInnerCells,
+void Summarise(Ranks const& ranks, std::vector<double> const& ownSeconds, int nInnerCells,
                MethodTimes& times) {
-  const std::vector<double> later(ownSeconds.begin() + 1, ownSeconds.end());
+  std::vector<double> const later(ownSeconds.begin() + 1, ownSeconds.end());
   times.nsPerCell = ranks.Max(nInnerCells > 0 ? Median(later) * 1e9 / nInnerCells : 0.0);
   std::vector<double> slowest;
   slowest.reserve(ownSeconds.size());
-  for (const double own : ownSeconds) slowest.push_back(ranks.Max(own));
+  for (double const own : ownSeconds) slowest.push_back(ranks.Max(own));
   times.first = slowest.front();
   times.later = Median({slowest.begin() + 1, slowest.end()});
 }
 
-void EvaluateGradients(const Ranks& ranks, reference_host::HostPartition& partition,
-                       const GradientCase& theCase, MethodData& data, MethodResult& result) {
-  const std::size_t nGiven = theCase.fields.size();
-  const std::size_t nGradients = std::min(static_cast<std::size_t>(result.method->nFields), nGiven);
+void EvaluateGradients(Ranks const& ranks, reference_host::HostPartition& partition,
+                       GradientCase const& theCase, MethodData& data, MethodResult& result) {
+  std::size_t const nGiven = theCase.fields.size();
+  std::size_t const nGradients = std::min(static_cast<std::size_t>(result.method->nFields), nGiven);
   for (std::size_t k = 0; k < nGradients; ++k) {
     GradientResult one;
     one.label = result.method->name;
@@ -94,21 +94,21 @@ void EvaluateGradients(const Ranks& ranks, reference_host::HostPartition& partit
 }
 
 /// Collective.
-double LargestValue(const Ranks& ranks, const std::vector<TestField>& fields) {
+double LargestValue(Ranks const& ranks, std::vector<TestField> const& fields) {
   double largest = 0.0;
-  for (const TestField& field : fields)
+  for (TestField const& field : fields)
     for (std::size_t c = 1; c < field.value.size(); ++c)
       largest = std::max(largest, std::fabs(field.value[c]));
   return ranks.Max(largest);
 }
 
 /// Collective.
-std::string WhyNotFinite(const Ranks& ranks, reference_host::HostPartition& partition,
-                         const GradientCase& theCase, const GradientMethod& method) {
+std::string WhyNotFinite(Ranks const& ranks, reference_host::HostPartition& partition,
+                         GradientCase const& theCase, GradientMethod const& method) {
   constexpr double kHuge =
       1e290;  // sums of products with areas and distances are close to the end of the range
-  const double largest = LargestValue(ranks, theCase.fields);
-  const double length = MeanCellDistance(ranks, partition);
+  double const largest = LargestValue(ranks, theCase.fields);
+  double const length = MeanCellDistance(ranks, partition);
   if (largest > kHuge)
     return "the field's values reach " + Scientific(largest, 2) + ", and sums of them overflow";
   if (method.gradientType == kRadialBasisType)
@@ -117,14 +117,14 @@ std::string WhyNotFinite(const Ranks& ranks, reference_host::HostPartition& part
 }
 
 /// Collective. Whether the weighted method has nothing to weight.
-bool IsWeightConstant(const Ranks& ranks, const std::vector<double>& weight) {
+bool IsWeightConstant(Ranks const& ranks, std::vector<double> const& weight) {
   if (weight.size() < 2) return true;
-  const auto [least, most] = std::minmax_element(weight.begin() + 1, weight.end());
+  auto const [least, most] = std::minmax_element(weight.begin() + 1, weight.end());
   return ranks.Max(*most) == -ranks.Max(-*least);
 }
 
 /// Collective. Why a method's numbers are those of another one here, so that nobody looks for a difference.
-void RemarkOnEqualNumbers(const Ranks& ranks, const GradientCase& theCase, const MethodData& data,
+void RemarkOnEqualNumbers(Ranks const& ranks, GradientCase const& theCase, MethodData const& data,
                           MethodResult& result) {
   if (std::string(result.method->name) == "weighted" && IsWeightConstant(ranks, data.weight))
     result.remarks.emplace_back(
@@ -137,16 +137,16 @@ void RemarkOnEqualNumbers(const Ranks& ranks, const GradientCase& theCase, const
 
 std::int64_t MethodResult::NotFiniteCells() const {
   std::int64_t count = 0;
-  for (const GradientResult& one : gradients) {
-    const GradientErrors& norms = NormsOf(one);
+  for (GradientResult const& one : gradients) {
+    GradientErrors const& norms = NormsOf(one);
     count += norms.interior.nNotFinite + norms.boundary.nNotFinite;
   }
   return count;
 }
 
-const GradientErrors& NormsOf(const GradientResult& one) { return one.sizes ? one.sizes->norms : one.errors; }
+GradientErrors const& NormsOf(GradientResult const& one) { return one.sizes ? one.sizes->norms : one.errors; }
 
-MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+MethodResult RunMethod(Ranks const& ranks, reference_host::LoadedMesh& mesh, GradientMethod const& method,
                        GradientCase& theCase) {
   reference_host::HostPartition& partition = *mesh.partition;
   MethodResult result;
@@ -155,19 +155,19 @@ MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, con
   data.exchange = mesh.exchange.get();
   COperatorGradient op;
   {
-    const StdoutToFile log(theCase.logFile);
+    StdoutToFile const log(theCase.logFile);
     std::cout << "method " << method.name << std::endl;
     if (!SetUp(ranks, mesh, method, op, result.times.setUp)) {
       result.notRun = "its set-up failed";
       return result;
     }
     if (method.obstacle != nullptr) {
-      if (const auto reason = method.obstacle(ranks, op, partition)) {
+      if (auto const reason = method.obstacle(ranks, op, partition)) {
         result.notRun = *reason;
         return result;
       }
     }
-    const std::vector<double> seconds = TimeCalls(ranks, method, op, data, 1 + theCase.nRepeat);
+    std::vector<double> const seconds = TimeCalls(ranks, method, op, data, 1 + theCase.nRepeat);
     Summarise(ranks, seconds, partition.mesh()->NInnerCells, result.times);
   }
   if (method.remarks != nullptr) result.remarks = method.remarks(ranks, partition, theCase.radialBasis);

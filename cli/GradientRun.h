@@ -37,7 +37,7 @@ struct GradientResult {
 };
 
 struct MethodResult {
-  const GradientMethod* method = nullptr;
+  GradientMethod const* method = nullptr;
   std::string notRun;  ///< why the method could not be called; the rest is then empty but for times.setUp
   std::vector<std::string> remarks;  ///< what to know about the result, a line each
   MethodTimes times;
@@ -49,7 +49,7 @@ struct MethodResult {
 };
 
 /// Errors, or without exact gradient the gradient's own norms.
-const GradientErrors& NormsOf(const GradientResult& one);
+GradientErrors const& NormsOf(GradientResult const& one);
 
 /// What does not depend on the method.
 struct GradientCase {
@@ -65,7 +65,7 @@ struct GradientCase {
 
 /// Collective. Sets the operator up, calls it 1 + nRepeat times and compares its last result with the exact
 /// gradient, or measures it if there is none.
-MethodResult RunMethod(const Ranks& ranks, reference_host::LoadedMesh& mesh, const GradientMethod& method,
+MethodResult RunMethod(Ranks const& ranks, reference_host::LoadedMesh& mesh, GradientMethod const& method,
                        GradientCase& theCase);
 
 }  // namespace zyngrad

@@ -19,11 +19,11 @@ struct GradientSizes {
 };
 
 /// [1..NInnerCells] Euclidean length of the gradient, U/L.
-std::vector<double> GradientLengths(const CZYN3DFiniteVolumeMesh& mesh, const GradientArrays& gradient);
+std::vector<double> GradientLengths(CZYN3DFiniteVolumeMesh const& mesh, GradientArrays const& gradient);
 
 /// Collective.
 /// @param[in] isBoundaryCell [1..NInnerCells] from BoundaryCells
-GradientSizes MeasureGradient(const Ranks& ranks, reference_host::HostPartition& partition,
-                              const GradientArrays& gradient, const std::vector<char>& isBoundaryCell);
+GradientSizes MeasureGradient(Ranks const& ranks, reference_host::HostPartition& partition,
+                              GradientArrays const& gradient, std::vector<char> const& isBoundaryCell);
 
 }  // namespace zyngrad

@@ -11,7 +11,7 @@ namespace zyngrad {
 namespace {
 
 /// The lines that both operators read; lines count by their place, the keys are for people.
-std::string CommonText(const InterpolationSettings& settings) {
+std::string CommonText(InterpolationSettings const& settings) {
   return "Span              = " + ShortestText(settings.span) +
          "\niSearch_method    = " + std::to_string(settings.method) +
          "\nSearch_distance   = " + Fixed(settings.distance, 6) +
@@ -20,17 +20,17 @@ std::string CommonText(const InterpolationSettings& settings) {
 
 }  // namespace
 
-std::string FaceSettingsText(const InterpolationSettings& settings) {
+std::string FaceSettingsText(InterpolationSettings const& settings) {
   return "1004\n" + CommonText(settings) + "Debug mode        = " + (settings.printsReport ? "1" : "0") +
          '\n';
 }
 
-std::string PointSettingsText(const InterpolationSettings& settings) {
+std::string PointSettingsText(InterpolationSettings const& settings) {
   return "1002\n" + CommonText(settings);
 }
 
 void AddInterpolationOptions(CLI::App& command, InterpolationOptions& options,
-                             const std::string& methodHelp) {
+                             std::string const& methodHelp) {
   command
       .add_option("--search-method", options.method,
                   "How stencils are found (default " + options.method + "):" + methodHelp)
@@ -45,7 +45,7 @@ void AddInterpolationOptions(CLI::App& command, InterpolationOptions& options,
       ->type_name("N");
 }
 
-InterpolationSettings ReadInterpolationOptions(const InterpolationOptions& options, int nMethods) {
+InterpolationSettings ReadInterpolationOptions(InterpolationOptions const& options, int nMethods) {
   InterpolationSettings settings;
   settings.method = WholeNumber("--search-method", options.method, 1);
   if (settings.method > nMethods) {
@@ -57,7 +57,7 @@ InterpolationSettings ReadInterpolationOptions(const InterpolationOptions& optio
   return settings;
 }
 
-nlohmann::ordered_json InterpolationSettingsAsJson(const InterpolationSettings& settings) {
+nlohmann::ordered_json InterpolationSettingsAsJson(InterpolationSettings const& settings) {
   return {{"searchMethod", settings.method}, {"span", settings.span}, {"searchNumber", settings.number}};
 }
 

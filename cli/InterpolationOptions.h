@@ -16,10 +16,10 @@ struct InterpolationSettings {
 };
 
 /// The six lines that the operator for faces reads.
-std::string FaceSettingsText(const InterpolationSettings& settings);
+std::string FaceSettingsText(InterpolationSettings const& settings);
 
 /// The five lines that the operator for points reads.
-std::string PointSettingsText(const InterpolationSettings& settings);
+std::string PointSettingsText(InterpolationSettings const& settings);
 
 /// The settings as they come from the command line.
 struct InterpolationOptions {
@@ -28,12 +28,12 @@ struct InterpolationOptions {
 
 /// Adds --search-method, --span and --search-number; `options` holds the defaults.
 /// @param[in] methodHelp  describes each method
-void AddInterpolationOptions(CLI::App& command, InterpolationOptions& options, const std::string& methodHelp);
+void AddInterpolationOptions(CLI::App& command, InterpolationOptions& options, std::string const& methodHelp);
 
 /// Throws UsageError that names the option.
-InterpolationSettings ReadInterpolationOptions(const InterpolationOptions& options, int nMethods);
+InterpolationSettings ReadInterpolationOptions(InterpolationOptions const& options, int nMethods);
 
 /// The question, for results files.
-nlohmann::ordered_json InterpolationSettingsAsJson(const InterpolationSettings& settings);
+nlohmann::ordered_json InterpolationSettingsAsJson(InterpolationSettings const& settings);
 
 }  // namespace zyngrad

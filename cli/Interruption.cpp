@@ -31,9 +31,9 @@ std::list<std::function<void()>>& Cleanups() {
 int writeEnd = -1;
 
 extern "C" void TellWatcher(int signal) {
-  const int before = errno;
-  const auto number = static_cast<unsigned char>(signal);
-  [[maybe_unused]] const ssize_t written = write(writeEnd, &number, 1);
+  int const before = errno;
+  auto const number = static_cast<unsigned char>(signal);
+  [[maybe_unused]] ssize_t const written = write(writeEnd, &number, 1);
   errno = before;
 }
 
@@ -58,12 +58,12 @@ void Handle(int signal, void (*handler)(int)) {
 }  // namespace
 
 Cleanup::Cleanup(std::function<void()> work) {
-  const NoInterruption wait;
+  NoInterruption const wait;
   place_ = Cleanups().insert(Cleanups().end(), std::move(work));
 }
 
 Cleanup::~Cleanup() {
-  const NoInterruption wait;
+  NoInterruption const wait;
   Cleanups().erase(place_);
 }
 
@@ -76,10 +76,10 @@ InterruptionWatcher::InterruptionWatcher() {
   writeEnd = ends[1];
   try {
     thread_ = std::thread(Watch, readEnd_);
-  } catch (const std::system_error&) {
+  } catch (std::system_error const&) {
     return;
   }
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
     if (IsIgnored(signal)) continue;
     signals_.push_back(signal);
     Handle(signal, TellWatcher);
@@ -87,7 +87,7 @@ InterruptionWatcher::InterruptionWatcher() {
 }
 
 InterruptionWatcher::~InterruptionWatcher() {
-  for (const int signal : signals_) Handle(signal, SIG_DFL);
+  for (int const signal : signals_) Handle(signal, SIG_DFL);
   if (thread_.joinable()) {
     while (write(writeEnd, &kEnd, 1) < 0 && errno == EINTR) continue;
     thread_.join();

@@ -15,8 +15,8 @@ class Cleanup {
  public:
   explicit Cleanup(std::function<void()> work);
   ~Cleanup();
-  Cleanup(const Cleanup&) = delete;
-  Cleanup& operator=(const Cleanup&) = delete;
+  Cleanup(Cleanup const&) = delete;
+  Cleanup& operator=(Cleanup const&) = delete;
 
  private:
   std::list<std::function<void()>>::iterator place_;
@@ -40,8 +40,8 @@ class InterruptionWatcher {
  public:
   InterruptionWatcher();
   ~InterruptionWatcher();
-  InterruptionWatcher(const InterruptionWatcher&) = delete;
-  InterruptionWatcher& operator=(const InterruptionWatcher&) = delete;
+  InterruptionWatcher(InterruptionWatcher const&) = delete;
+  InterruptionWatcher& operator=(InterruptionWatcher const&) = delete;
 
  private:
   static void Watch(int pipe);

@@ -5,11 +5,11 @@
 
 namespace zyngrad {
 
-nlohmann::ordered_json StartResults(const std::string& command) {
+nlohmann::ordered_json StartResults(std::string const& command) {
   return {{"program", "zyngrad"}, {"version", ZYNGRAD_VERSION}, {"command", command}};
 }
 
-void WriteJson(const std::string& file, const nlohmann::ordered_json& json) {
+void WriteJson(std::string const& file, nlohmann::ordered_json const& json) {
   WriteText(file, json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n');
 }
 

@@ -13,9 +13,9 @@ namespace zyngrad {
 /// ConditionEstimate of the system that has the kernel alone, without a constant term, on these nodes.
 /// @return 0 without nodes
 template <typename Kernel>
-double KernelCondition(const Kernel& kernel, const std::vector<DQVector>& nodes) {
+double KernelCondition(Kernel const& kernel, std::vector<DQVector> const& nodes) {
   if (nodes.empty()) return 0.0;
-  const int n = static_cast<int>(nodes.size());
+  int const n = static_cast<int>(nodes.size());
   std::vector<double> matrix(nodes.size() * nodes.size());
   FillKernelMatrix(kernel, nodes.data(), n, matrix.data(), n);
   return ConditionEstimate(std::move(matrix), n);

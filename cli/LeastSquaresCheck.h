@@ -17,7 +17,7 @@ bool LeastSquaresStopsAt(double sxx, double sxy, double syy);
 /// exchange, and the other ranks would wait for it for ever: so all ranks have to know before they call it.
 /// @return "least squares stops at cell N on rank R (zero pivot)" with the lowest such cell of the mesh, the same
 ///         on every rank; nothing when the method runs through
-std::optional<std::string> LeastSquaresObstacle(const Ranks& ranks, COperatorGradient& op,
+std::optional<std::string> LeastSquaresObstacle(Ranks const& ranks, COperatorGradient& op,
                                                 reference_host::HostPartition& partition);
 
 }  // namespace zyngrad

@@ -9,8 +9,8 @@
 namespace zyngrad {
 namespace {
 
-int CellsAround(const CZYN3DFiniteVolumeMesh& mesh, int node, const UsableCells* usable) {
-  const int* const row = mesh.NodeCell[node];
+int CellsAround(CZYN3DFiniteVolumeMesh const& mesh, int node, UsableCells const* usable) {
+  int const* const row = mesh.NodeCell[node];
   if (usable == nullptr) return row[0];
   int count = 0;
   for (int k = 1; k <= row[0]; ++k) count += usable->Contains(row[k]) ? 1 : 0;
@@ -19,17 +19,17 @@ int CellsAround(const CZYN3DFiniteVolumeMesh& mesh, int node, const UsableCells*
 
 double OperationsOf(double n) { return 2.0 / 3.0 * n * n * n; }
 
-bool IsWorse(const LongRows& a, const LongRows& b) {
+bool IsWorse(LongRows const& a, LongRows const& b) {
   return a.mostCells > b.mostCells || (a.mostCells == b.mostCells && a.node < b.node);
 }
 
 }  // namespace
 
-LongRows OwnLongRows(reference_host::HostPartition& partition, const UsableCells* usable, int atLeast) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+LongRows OwnLongRows(reference_host::HostPartition& partition, UsableCells const* usable, int atLeast) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   LongRows own;
   for (int n = 1; n <= mesh.NNode; ++n) {
-    const int nCells = CellsAround(mesh, n, usable);
+    int const nCells = CellsAround(mesh, n, usable);
     if (nCells < atLeast) continue;
     ++own.nNodes;
     own.nOperations += OperationsOf(nCells);
@@ -44,11 +44,11 @@ LongRows OwnLongRows(reference_host::HostPartition& partition, const UsableCells
   return own;
 }
 
-LongRows FindLongRows(const Ranks& ranks, reference_host::HostPartition& partition, const UsableCells* usable,
+LongRows FindLongRows(Ranks const& ranks, reference_host::HostPartition& partition, UsableCells const* usable,
                       int atLeast) {
-  const LongRows own = OwnLongRows(partition, usable, atLeast);
+  LongRows const own = OwnLongRows(partition, usable, atLeast);
   LongRows all;
-  for (const std::vector<double>& row :
+  for (std::vector<double> const& row :
        ranks.Gather({static_cast<double>(own.nNodes), own.nOperations, static_cast<double>(own.mostCells),
                      static_cast<double>(own.node), own.at[0], own.at[1], own.at[2]})) {
     LongRows one;
@@ -64,9 +64,9 @@ LongRows FindLongRows(const Ranks& ranks, reference_host::HostPartition& partiti
   return all;
 }
 
-std::string InWords(const LongRows& rows, int placeDigits, const std::string& option) {
+std::string InWords(LongRows const& rows, int placeDigits, std::string const& option) {
   if (rows.nNodes == 0) return {};
-  const double matrix = 8e-6 * static_cast<double>(rows.mostCells) * static_cast<double>(rows.mostCells);
+  double const matrix = 8e-6 * static_cast<double>(rows.mostCells) * static_cast<double>(rows.mostCells);
   return "node " + std::to_string(rows.node) + " at " +
          Place(rows.at[0], rows.at[1], rows.at[2], placeDigits) + " has " + Grouped(rows.mostCells) +
          " cells around it, and search method 3 solves a dense system of that order there: " +
@@ -76,15 +76,15 @@ std::string InWords(const LongRows& rows, int placeDigits, const std::string& op
          ", of which a core does 1e9 to 1e10 a second. " + option + " avoids it";
 }
 
-std::string LongRowWarning(const Ranks& ranks, reference_host::HostPartition& partition,
-                           const UsableCells* usable, const std::string& option, int atLeast) {
-  const LongRows rows = FindLongRows(ranks, partition, usable, atLeast);
+std::string LongRowWarning(Ranks const& ranks, reference_host::HostPartition& partition,
+                           UsableCells const* usable, std::string const& option, int atLeast) {
+  LongRows const rows = FindLongRows(ranks, partition, usable, atLeast);
   return InWords(rows, PlaceDigits(ranks, partition), option);
 }
 
-void PrintLongRowWarning(const Ranks& ranks, reference_host::HostPartition& partition,
-                         const UsableCells* usable, const std::string& option) {
-  const std::string warning = LongRowWarning(ranks, partition, usable, option);
+void PrintLongRowWarning(Ranks const& ranks, reference_host::HostPartition& partition,
+                         UsableCells const* usable, std::string const& option) {
+  std::string const warning = LongRowWarning(ranks, partition, usable, option);
   if (!warning.empty() && ranks.IsFirst()) std::cout << "  warning: " << warning << "\n\n" << std::flush;
 }
 

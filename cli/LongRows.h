@@ -29,24 +29,24 @@ struct LongRows {
 /// Collective. Linear in the mesh; the same on every rank.
 /// @param[in] usable   the cells that count, as for points; null: all, ghost cells included, as for faces
 /// @param[in] atLeast  cells of a long row
-LongRows FindLongRows(const Ranks& ranks, reference_host::HostPartition& partition, const UsableCells* usable,
+LongRows FindLongRows(Ranks const& ranks, reference_host::HostPartition& partition, UsableCells const* usable,
                       int atLeast = kLongRow);
 
 /// Those of this partition alone; not collective.
-LongRows OwnLongRows(reference_host::HostPartition& partition, const UsableCells* usable,
+LongRows OwnLongRows(reference_host::HostPartition& partition, UsableCells const* usable,
                      int atLeast = kLongRow);
 
 /// The line that warns of them; empty when there are none.
-std::string InWords(const LongRows& rows, int placeDigits, const std::string& option);
+std::string InWords(LongRows const& rows, int placeDigits, std::string const& option);
 
 /// Collective. The line that warns of them, for before the work; empty when there are none.
 /// @param[in] option  that chooses another method, such as "--search-method 2"
-std::string LongRowWarning(const Ranks& ranks, reference_host::HostPartition& partition,
-                           const UsableCells* usable, const std::string& option, int atLeast = kLongRow);
+std::string LongRowWarning(Ranks const& ranks, reference_host::HostPartition& partition,
+                           UsableCells const* usable, std::string const& option, int atLeast = kLongRow);
 
 /// Collective. Prints it on the first rank's standard output, at once: it has to be read while the work can still
 /// be stopped.
-void PrintLongRowWarning(const Ranks& ranks, reference_host::HostPartition& partition,
-                         const UsableCells* usable, const std::string& option);
+void PrintLongRowWarning(Ranks const& ranks, reference_host::HostPartition& partition,
+                         UsableCells const* usable, std::string const& option);
 
 }  // namespace zyngrad

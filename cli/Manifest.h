@@ -24,7 +24,7 @@ struct Manifest {
 
   /// The manifest of an output folder, if there is one.
   /// Throws UsageError when what stands there is none of this form, or names a place outside the folder.
-  static std::optional<Manifest> Read(const std::string& folder);
+  static std::optional<Manifest> Read(std::string const& folder);
 };
 
 /// The manifest's name in the output folder.

@@ -8,8 +8,8 @@
 
 namespace zyngrad {
 
-CLI::Option* AddRepeatableOption(CLI::App& command, const std::string& name, std::vector<std::string>& values,
-                                 const std::string& description) {
+CLI::Option* AddRepeatableOption(CLI::App& command, std::string const& name, std::vector<std::string>& values,
+                                 std::string const& description) {
   return command.add_option(name, values, description)
       ->expected(1)
       ->allow_extra_args(false)
@@ -28,27 +28,27 @@ void AddMeshOptions(CLI::App& command, MeshOptions& options) {
       ->type_name("NAME=inlet|outlet|wall|symmetry");
 }
 
-std::map<std::string, reference_host::BoundaryGroup> GroupsByUser(const MeshOptions& options) {
+std::map<std::string, reference_host::BoundaryGroup> GroupsByUser(MeshOptions const& options) {
   std::map<std::string, reference_host::BoundaryGroup> groups;
-  for (const std::string& text : options.groups) {
-    const std::size_t equals = text.rfind('=');  // a name may have one itself
-    const auto group =
+  for (std::string const& text : options.groups) {
+    std::size_t const equals = text.rfind('=');  // a name may have one itself
+    auto const group =
         equals == std::string::npos ? std::nullopt : reference_host::GroupFromWord(text.substr(equals + 1));
     if (!group || equals == 0) {
       throw UsageError("--group " + Quoted(text) + ": expected NAME=inlet, outlet, wall or symmetry");
     }
-    const std::string name = text.substr(0, equals);
-    const auto [known, isNew] = groups.emplace(name, *group);
+    std::string const name = text.substr(0, equals);
+    auto const [known, isNew] = groups.emplace(name, *group);
     if (!isNew && known->second != *group)
       throw UsageError("--group: " + Quoted(name) + " is given two groups");
   }
   return groups;
 }
 
-int WholeNumber(const std::string& option, const std::string& text, int lowest) {
+int WholeNumber(std::string const& option, std::string const& text, int lowest) {
   int value = 0;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
+  char const* end = text.data() + text.size();
+  auto const result = std::from_chars(text.data(), end, value);
   if (result.ec != std::errc() || result.ptr != end || value < lowest) {
     throw UsageError(option + ' ' + Quoted(text) + ": expected a whole number, " + std::to_string(lowest) +
                      " or more");

@@ -20,14 +20,14 @@ void AddMeshOptions(CLI::App& command, MeshOptions& options);
 
 /// An option that may be given several times, with exactly one value each time, so that it swallows no other
 /// argument.
-CLI::Option* AddRepeatableOption(CLI::App& command, const std::string& name, std::vector<std::string>& values,
-                                 const std::string& description);
+CLI::Option* AddRepeatableOption(CLI::App& command, std::string const& name, std::vector<std::string>& values,
+                                 std::string const& description);
 
 /// The groups by name of the patch. Throws UsageError on anything but NAME=GROUP and on a name with two
 /// groups.
-std::map<std::string, reference_host::BoundaryGroup> GroupsByUser(const MeshOptions& options);
+std::map<std::string, reference_host::BoundaryGroup> GroupsByUser(MeshOptions const& options);
 
 /// A whole number from `lowest` to the largest int; throws UsageError that names the option.
-int WholeNumber(const std::string& option, const std::string& text, int lowest);
+int WholeNumber(std::string const& option, std::string const& text, int lowest);
 
 }  // namespace zyngrad

@@ -23,28 +23,28 @@ double Ratio(double sum, double count) {
   return count > 0.0 ? sum / count : std::numeric_limits<double>::quiet_NaN();
 }
 
-double MeanSkewness(const MeshSummary& mesh) {
+double MeanSkewness(MeshSummary const& mesh) {
   return Ratio(mesh.quality.sumSkewness, static_cast<double>(mesh.quality.nFaces));
 }
 
-double MeanNonOrthogonality(const MeshSummary& mesh) {
+double MeanNonOrthogonality(MeshSummary const& mesh) {
   return Ratio(mesh.quality.sumNonOrthogonality, static_cast<double>(mesh.quality.nFaces));
 }
 
 /// Largest partition against the mean one: 1 is perfect.
-double Balance(const MeshSummary& mesh) {
+double Balance(MeshSummary const& mesh) {
   return Ratio(static_cast<double>(mesh.maxCells) * mesh.nParts, static_cast<double>(mesh.nCells));
 }
 
 /// Share of the faces between cells that lies between two partitions, in percent.
-double CutPercent(const MeshSummary& mesh) {
+double CutPercent(MeshSummary const& mesh) {
   return 100.0 *
          Ratio(static_cast<double>(mesh.nCutFaces), static_cast<double>(mesh.nInnerFaces + mesh.nCutFaces));
 }
 
-void PrintQuality(std::ostream& out, const MeshSummary& mesh) {
+void PrintQuality(std::ostream& out, MeshSummary const& mesh) {
   TextTable table({{"", Align::Left}, {"mean"}, {"maximum"}});
-  const bool hasFaces = mesh.quality.nFaces > 0;
+  bool const hasFaces = mesh.quality.nFaces > 0;
   table.AddRow(
       {"skewness", Fixed(MeanSkewness(mesh), 4), hasFaces ? Fixed(mesh.quality.maxSkewness, 4) : "-"});
   table.AddRow({"non-orthogonality, degrees", Fixed(MeanNonOrthogonality(mesh), 2),
@@ -54,7 +54,7 @@ void PrintQuality(std::ostream& out, const MeshSummary& mesh) {
 
 }  // namespace
 
-void PrintMeshReport(std::ostream& out, const std::string& meshName, const MeshSummary& mesh) {
+void PrintMeshReport(std::ostream& out, std::string const& meshName, MeshSummary const& mesh) {
   out << OneLine(meshName) << " on " << mesh.nParts << (mesh.nParts == 1 ? " rank" : " ranks") << "\n\n";
   TextTable sizes({{"cells"},
                    {"nodes"},
@@ -66,7 +66,7 @@ void PrintMeshReport(std::ostream& out, const std::string& meshName, const MeshS
                    {"wall"}});
   std::vector<std::string> row = {Grouped(mesh.nCells), Grouped(mesh.nNodes), Grouped(mesh.nInnerFaces),
                                   Grouped(mesh.nCutFaces)};
-  for (const BoundaryGroup group : kGroups) row.push_back(Grouped(mesh.FacesOf(group)));
+  for (BoundaryGroup const group : kGroups) row.push_back(Grouped(mesh.FacesOf(group)));
   sizes.AddRow(row);
   sizes.Print(out);
   out << '\n';
@@ -74,10 +74,10 @@ void PrintMeshReport(std::ostream& out, const std::string& meshName, const MeshS
   out << '\n';
 }
 
-void PrintMeshDetails(std::ostream& out, const MeshSummary& mesh) {
+void PrintMeshDetails(std::ostream& out, MeshSummary const& mesh) {
   TextTable patches({{"boundary", Align::Left}, {"group", Align::Left}, {"faces"}});
-  for (const auto& patch : mesh.patches) {
-    const std::string group = patch.nFaces > 0 ? reference_host::NameOfGroup(patch.group) : "-";
+  for (auto const& patch : mesh.patches) {
+    std::string const group = patch.nFaces > 0 ? reference_host::NameOfGroup(patch.group) : "-";
     patches.AddRow({OneLine(patch.name), group, Grouped(patch.nFaces)});
   }
   patches.Print(out);
@@ -96,7 +96,7 @@ void PrintMeshDetails(std::ostream& out, const MeshSummary& mesh) {
   partition.Print(out);
 }
 
-ordered_json MeshReportAsJson(const std::string& meshName, const MeshSummary& mesh) {
+ordered_json MeshReportAsJson(std::string const& meshName, MeshSummary const& mesh) {
   ordered_json json;
   json["name"] = meshName;
   json["ranks"] = mesh.nParts;
@@ -105,12 +105,12 @@ ordered_json MeshReportAsJson(const std::string& meshName, const MeshSummary& me
   ordered_json& faces = json["faces"];
   faces["inner"] = mesh.nInnerFaces;
   faces["betweenRanks"] = mesh.nCutFaces;
-  for (const BoundaryGroup group : kGroups) faces[reference_host::NameOfGroup(group)] = mesh.FacesOf(group);
+  for (BoundaryGroup const group : kGroups) faces[reference_host::NameOfGroup(group)] = mesh.FacesOf(group);
   json["skewness"] = {{"mean", MeanSkewness(mesh)}, {"max", mesh.quality.maxSkewness}};
   json["nonOrthogonalityDegrees"] = {{"mean", MeanNonOrthogonality(mesh)},
                                      {"max", mesh.quality.maxNonOrthogonality}};
   json["patches"] = ordered_json::array();
-  for (const auto& patch : mesh.patches) {
+  for (auto const& patch : mesh.patches) {
     ordered_json group = nullptr;
     if (patch.nFaces > 0) group = reference_host::NameOfGroup(patch.group);
     json["patches"].push_back({{"name", patch.name}, {"group", group}, {"faces", patch.nFaces}});

@@ -9,8 +9,8 @@
 namespace zyngrad {
 namespace {
 
-double CentreDistance(const CZYN3DFiniteVolumeMesh& mesh, int a, int b) {
-  const double dx = mesh.xc[b] - mesh.xc[a], dy = mesh.yc[b] - mesh.yc[a], dz = mesh.zc[b] - mesh.zc[a];
+double CentreDistance(CZYN3DFiniteVolumeMesh const& mesh, int a, int b) {
+  double const dx = mesh.xc[b] - mesh.xc[a], dy = mesh.yc[b] - mesh.yc[a], dz = mesh.zc[b] - mesh.zc[a];
   return std::sqrt(dx * dx + dy * dy + dz * dz);
 }
 
@@ -20,14 +20,14 @@ struct PlaceScale {
 };
 
 PlaceScale ScaleOfPlaces(reference_host::HostPartition& partition) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   CPartitionFace_DLL& cuts = *partition.partitionFaces();
   PlaceScale scale;
   for (int c = 1; c <= mesh.NInnerCells; ++c)
     scale.largest =
         std::max({scale.largest, std::fabs(mesh.xc[c]), std::fabs(mesh.yc[c]), std::fabs(mesh.zc[c])});
-  const auto meet = [&](int a, int b) {
-    const double distance = CentreDistance(mesh, a, b);
+  auto const meet = [&](int a, int b) {
+    double const distance = CentreDistance(mesh, a, b);
     if (distance > 0.0) scale.nearest = std::min(scale.nearest, distance);
   };
   for (int f = 1; f <= mesh.NInnerFaces; ++f) meet(mesh.ijCV[f], mesh.ij[f]);
@@ -41,15 +41,15 @@ PlaceScale ScaleOfPlaces(reference_host::HostPartition& partition) {
 // the largest coordinate counts units of 10^(exponent + 1 - n).
 int PlaceDigits(double largest, double nearest) {
   constexpr int kAllDigits = std::numeric_limits<double>::max_digits10;
-  const double step = nearest / std::sqrt(3.0);
+  double const step = nearest / std::sqrt(3.0);
   if (!(largest > 0.0) || !(step > 0.0) || !std::isfinite(largest) || !std::isfinite(step))
     return kPlaceDigits;
-  const double digits = std::floor(std::log10(largest)) + 1.0 - std::floor(std::log10(step));
+  double const digits = std::floor(std::log10(largest)) + 1.0 - std::floor(std::log10(step));
   return static_cast<int>(std::clamp(digits, 1.0 * kPlaceDigits, 1.0 * kAllDigits));
 }
 
-double MeanCellDistance(const Ranks& ranks, reference_host::HostPartition& partition) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+double MeanCellDistance(Ranks const& ranks, reference_host::HostPartition& partition) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   CPartitionFace_DLL& cuts = *partition.partitionFaces();
   double sum = 0.0, nFaces = 0.0;
   for (int f = 1; f <= mesh.NInnerFaces; ++f) sum += CentreDistance(mesh, mesh.ijCV[f], mesh.ij[f]);
@@ -60,7 +60,7 @@ double MeanCellDistance(const Ranks& ranks, reference_host::HostPartition& parti
   nFaces += 0.5 * cuts.NParInterFace();
 
   double allSum = 0.0, allFaces = 0.0;
-  for (const std::vector<double>& row : ranks.Gather(std::vector<double>{sum, nFaces})) {
+  for (std::vector<double> const& row : ranks.Gather(std::vector<double>{sum, nFaces})) {
     allSum += row[0];
     allFaces += row[1];
   }
@@ -68,11 +68,11 @@ double MeanCellDistance(const Ranks& ranks, reference_host::HostPartition& parti
 }
 
 int PlaceDigits(reference_host::HostPartition& partition) {
-  const PlaceScale scale = ScaleOfPlaces(partition);
+  PlaceScale const scale = ScaleOfPlaces(partition);
   return PlaceDigits(scale.largest, scale.nearest);
 }
 
-int PlaceDigits(const Ranks& ranks, reference_host::HostPartition& partition) {
+int PlaceDigits(Ranks const& ranks, reference_host::HostPartition& partition) {
   PlaceScale scale = ScaleOfPlaces(partition);
   scale.largest = ranks.Max(scale.largest);
   scale.nearest = -ranks.Max(-scale.nearest);

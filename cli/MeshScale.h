@@ -7,7 +7,7 @@ namespace zyngrad {
 
 /// Collective. Mean distance between the centres of two cells that share a face, over the whole mesh, L; the
 /// same on every rank. Infinite for a mesh of one cell.
-double MeanCellDistance(const Ranks& ranks, reference_host::HostPartition& partition);
+double MeanCellDistance(Ranks const& ranks, reference_host::HostPartition& partition);
 
 /// Significant digits with which printed places differ.
 /// @param[in] largest  magnitude of their coordinates, L
@@ -19,6 +19,6 @@ int PlaceDigits(double largest, double nearest);
 int PlaceDigits(reference_host::HostPartition& partition);
 
 /// Collective. The same over the whole mesh and on every rank.
-int PlaceDigits(const Ranks& ranks, reference_host::HostPartition& partition);
+int PlaceDigits(Ranks const& ranks, reference_host::HostPartition& partition);
 
 }  // namespace zyngrad

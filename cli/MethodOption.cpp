@@ -9,7 +9,7 @@
 
 namespace zyngrad {
 
-std::vector<std::string> WordsBetweenCommas(const std::string& list) {
+std::vector<std::string> WordsBetweenCommas(std::string const& list) {
   std::vector<std::string> words;
   std::istringstream in(list + ',');  // so that an empty last word counts
   for (std::string word; std::getline(in, word, ',');) words.push_back(word);
@@ -17,31 +17,31 @@ std::vector<std::string> WordsBetweenCommas(const std::string& list) {
 }
 
 CLI::Option* AddMethodOption(CLI::App& command, std::vector<std::string>& lists,
-                             const std::string& description) {
+                             std::string const& description) {
   return AddRepeatableOption(command, "--method", lists, description)->type_name("NAMES");
 }
 
-std::string JoinedLists(const std::vector<std::string>& lists) {
+std::string JoinedLists(std::vector<std::string> const& lists) {
   std::string joined;
   for (std::size_t k = 0; k < lists.size(); ++k) joined += (k == 0 ? "" : ",") + lists[k];
   return joined;
 }
 
-std::vector<const GradientMethod*> ChooseGradientMethods(const std::string& names) {
-  const std::vector<std::string> words = WordsBetweenCommas(names);
-  const auto isAsked = [&words](const std::string& name) {
+std::vector<GradientMethod const*> ChooseGradientMethods(std::string const& names) {
+  std::vector<std::string> const words = WordsBetweenCommas(names);
+  auto const isAsked = [&words](std::string const& name) {
     return std::find(words.begin(), words.end(), name) != words.end();
   };
-  const std::vector<GradientMethod>& all = GradientMethods();
-  for (const std::string& word : words) {
-    const bool isKnown =
+  std::vector<GradientMethod> const& all = GradientMethods();
+  for (std::string const& word : words) {
+    bool const isKnown =
         word == "all" ||
-        std::any_of(all.begin(), all.end(), [&word](const GradientMethod& m) { return word == m.name; });
+        std::any_of(all.begin(), all.end(), [&word](GradientMethod const& m) { return word == m.name; });
     if (!isKnown)
       throw UsageError("unknown method " + Quoted(word) + ": expected " + GradientMethodNames() + " or all");
   }
-  std::vector<const GradientMethod*> chosen;
-  for (const GradientMethod& method : all)
+  std::vector<GradientMethod const*> chosen;
+  for (GradientMethod const& method : all)
     if (isAsked("all") || isAsked(method.name)) chosen.push_back(&method);
   return chosen;
 }

@@ -19,7 +19,7 @@ namespace {
 /// process. What the user has set stands.
 void StayAloneWhenAlone() {
   // Set by mpirun, or by a launcher that starts ranks without it.
-  for (const char* name : {"OMPI_COMM_WORLD_SIZE", "PMIX_RANK", "PMI_RANK", "SLURM_PROCID"})
+  for (char const* name : {"OMPI_COMM_WORLD_SIZE", "PMIX_RANK", "PMI_RANK", "SLURM_PROCID"})
     if (std::getenv(name) != nullptr) return;
   setenv("OMPI_MCA_plm", "isolated", 0);
   setenv("OMPI_MCA_ess_singleton_isolated", "1", 0);
@@ -44,7 +44,7 @@ void EndWithMpirun() {
 MpiSession::MpiSession(int* argc, char*** argv) {
   StayAloneWhenAlone();
   EndWithMpirun();
-  const __lsan::ScopedDisabler notOurs;
+  __lsan::ScopedDisabler const notOurs;
   MPI_Init(argc, argv);
 }
 

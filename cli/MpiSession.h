@@ -7,8 +7,8 @@ class MpiSession {
  public:
   MpiSession(int* argc, char*** argv);  ///< both may be null
   ~MpiSession();
-  MpiSession(const MpiSession&) = delete;
-  MpiSession& operator=(const MpiSession&) = delete;
+  MpiSession(MpiSession const&) = delete;
+  MpiSession& operator=(MpiSession const&) = delete;
 };
 
 }  // namespace zyngrad

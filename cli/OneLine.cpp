@@ -11,11 +11,11 @@ bool IsContinuation(unsigned char byte) { return (byte & 0xC0U) == 0x80U; }
 
 }  // namespace
 
-std::string OneLine(const std::string& text) {
+std::string OneLine(std::string const& text) {
   std::string line;
   for (std::size_t at = 0; at < text.size();) {
-    const auto byte = static_cast<unsigned char>(text[at]);
-    const std::size_t length = CharacterLength(text, at);
+    auto const byte = static_cast<unsigned char>(text[at]);
+    std::size_t const length = CharacterLength(text, at);
     if (byte == '\n' || byte == '\r' || byte == '\t') {
       line += ' ';
     } else if (length == 0 || byte < 0x20U || byte == 0x7FU) {
@@ -29,7 +29,7 @@ std::string OneLine(const std::string& text) {
   return line;
 }
 
-std::string Quoted(const std::string& text) {
+std::string Quoted(std::string const& text) {
   constexpr std::size_t kLongest = 60;
   if (text.size() <= kLongest) return '"' + OneLine(text) + '"';
   std::size_t cut = kLongest;

@@ -9,8 +9,8 @@
 
 namespace zyngrad {
 
-OutputFile::OutputFile(const std::string& file) : file_(file) {
-  const NoInterruption wait;  // no new file where a signal is just having the old ones removed
+OutputFile::OutputFile(std::string const& file) : file_(file) {
+  NoInterruption const wait;  // no new file where a signal is just having the old ones removed
   errno = 0;
   out_.open(file, std::ios::binary | std::ios::trunc);
   if (!out_) Fail();
@@ -18,7 +18,7 @@ OutputFile::OutputFile(const std::string& file) : file_(file) {
 
 void OutputFile::Close() {
   // The reason of a write that failed on the way is the best there is, unless closing has one itself.
-  const int before = out_ ? 0 : errno;
+  int const before = out_ ? 0 : errno;
   errno = 0;
   out_.close();
   if (errno == 0) errno = before;
@@ -26,12 +26,12 @@ void OutputFile::Close() {
 }
 
 void OutputFile::Fail() const {
-  const int reason = errno;
+  int const reason = errno;
   throw UsageError("cannot write " + QuotedPath(file_) + ": " +
                    (reason != 0 ? std::strerror(reason) : "not all of it was written"));
 }
 
-void WriteText(const std::string& file, const std::string& text) {
+void WriteText(std::string const& file, std::string const& text) {
   OutputFile out(file);
   out.stream() << text;
   out.Close();

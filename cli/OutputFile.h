@@ -15,7 +15,7 @@ namespace zyngrad {
 class OutputFile {
  public:
   /// Throws UsageError when the file cannot be made.
-  explicit OutputFile(const std::string& file);
+  explicit OutputFile(std::string const& file);
 
   std::ostream& stream() { return out_; }
 
@@ -30,6 +30,6 @@ class OutputFile {
 };
 
 /// A file of this content. Throws UsageError.
-void WriteText(const std::string& file, const std::string& text);
+void WriteText(std::string const& file, std::string const& text);
 
 }  // namespace zyngrad

@@ -27,30 +27,30 @@ namespace {
 namespace fs = std::filesystem;
 using Kind = PlaceInFolder::Kind;
 
-const char* const kAdvice = ": move it away, or choose another output folder with -o";
+char const* const kAdvice = ": move it away, or choose another output folder with -o";
 
 std::string LogName(int rank) { return "log.rank" + std::to_string(rank) + ".txt"; }
 
-std::vector<std::string> WithLogs(std::vector<std::string> files, const Ranks& ranks) {
+std::vector<std::string> WithLogs(std::vector<std::string> files, Ranks const& ranks) {
   for (int rank = 0; rank < ranks.count(); ++rank) files.push_back(LogName(rank));
   return files;
 }
 
-std::vector<std::string> With(std::vector<std::string> files, const std::string& name) {
+std::vector<std::string> With(std::vector<std::string> files, std::string const& name) {
   files.push_back(name);
   return files;
 }
 
 /// The folders inside the output folder that a file stands in.
-std::set<std::string> FoldersOf(const std::vector<std::string>& files) {
+std::set<std::string> FoldersOf(std::vector<std::string> const& files) {
   std::set<std::string> folders;
-  for (const std::string& file : files)
+  for (std::string const& file : files)
     for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path())
       folders.insert(way.string());
   return folders;
 }
 
-[[noreturn]] void RefusePlace(const PlaceInFolder& place) {
+[[noreturn]] void RefusePlace(PlaceInFolder const& place) {
   throw UsageError("cannot write " + QuotedPath(place.path) + ": " +
                    (place.error != 0             ? std::strerror(place.error)
                     : place.kind == Kind::Folder ? "it is a folder"
@@ -58,15 +58,15 @@ std::set<std::string> FoldersOf(const std::vector<std::string>& files) {
                    kAdvice);
 }
 
-[[noreturn]] void RefuseChange(const std::string& path) {
+[[noreturn]] void RefuseChange(std::string const& path) {
   throw UsageError(QuotedPath(path) + " was changed during this run" + kAdvice);
 }
 
 /// Without steps into a folder that is missing and out again: nobody wants it made.
-std::string WithoutDetours(const std::string& folder) {
+std::string WithoutDetours(std::string const& folder) {
   fs::path there, missing;
   std::error_code ignored;
-  for (const fs::path& step : fs::path(folder)) {
+  for (fs::path const& step : fs::path(folder)) {
     if (step == ".." && !missing.empty()) {
       missing = missing.parent_path();
     } else if (!missing.empty() || !fs::exists(fs::symlink_status(there / step, ignored))) {
@@ -75,12 +75,12 @@ std::string WithoutDetours(const std::string& folder) {
       there /= step;
     }
   }
-  const std::string way = (missing.empty() ? there : there / missing).string();
+  std::string const way = (missing.empty() ? there : there / missing).string();
   return way.empty() && !folder.empty() ? "." : way;
 }
 
 /// Moves a file to a place that must be free. Sets errno like rename.
-bool MoveToFreePlace(const char* from, const char* to) {
+bool MoveToFreePlace(char const* from, char const* to) {
   if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
   struct stat ignored = {};  // the file system cannot look and move in one step
@@ -93,7 +93,7 @@ bool MoveToFreePlace(const char* from, const char* to) {
 
 }  // namespace
 
-OutputFolder::OutputFolder(const Ranks& ranks, const std::string& folder, OutputPlan plan)
+OutputFolder::OutputFolder(Ranks const& ranks, std::string const& folder, OutputPlan plan)
     : ranks_(ranks),
       path_(WithoutDetours(folder)),
       plan_({std::move(plan.command), WithLogs(std::move(plan.files), ranks)}),
@@ -102,14 +102,14 @@ OutputFolder::OutputFolder(const Ranks& ranks, const std::string& folder, Output
   try {
     Open();
   } catch (...) {
-    const NoInterruption wait;
+    NoInterruption const wait;
     Leave();  // a constructor that throws has no destructor
     throw;
   }
 }
 
 OutputFolder::~OutputFolder() {
-  const NoInterruption wait;
+  NoInterruption const wait;
   Leave();
 }
 
@@ -132,10 +132,10 @@ bool OutputFolder::MakeFolder() {
   if (path_.empty()) throw UsageError("the name of the output folder is empty");
   std::error_code error;
   fs::path way;
-  for (const fs::path& step : fs::path(path_)) {
+  for (fs::path const& step : fs::path(path_)) {
     way /= step;
     if (step.empty() || fs::exists(way, error)) continue;
-    const std::string made = fs::absolute(way, error).string();
+    std::string const made = fs::absolute(way, error).string();
     if (mkdir(way.c_str(), 0777) == 0) {
       if (std::find(madeFolders_.begin(), madeFolders_.end(), made) == madeFolders_.end())
         madeFolders_.push_back(made);
@@ -156,7 +156,7 @@ FolderLock::Outcome OutputFolder::Take() {
   constexpr int kMostTries = 100;
   for (int attempt = 0; attempt < kMostTries; ++attempt) {
     if (!MakeFolder()) continue;
-    const FolderLock::Outcome outcome = unfinished_.Take();
+    FolderLock::Outcome const outcome = unfinished_.Take();
     if (outcome != FolderLock::Outcome::NoPlace) return outcome;
   }
   throw UsageError("cannot make the output folder " + QuotedPath(path_) + ": " + std::strerror(ENOENT));
@@ -168,7 +168,7 @@ void OutputFolder::Occupy() {
   std::string holder;
   ranks_.Together([this, &holder] {
     if (!ranks_.IsFirst()) return;
-    const NoInterruption wait;
+    NoInterruption const wait;
     if (Take() != FolderLock::Outcome::Taken) {
       throw UsageError("the output folder " + QuotedPath(path_) + " is in use by another run (" +
                        unfinished_.PresentHolder() + ")");
@@ -178,10 +178,10 @@ void OutputFolder::Occupy() {
   ranks_.Broadcast(holder);
   ranks_.Together([this, &holder] {
     if (ranks_.IsFirst()) return;
-    const NoInterruption wait;
+    NoInterruption const wait;
     try {
       unfinished_.Join(holder);
-    } catch (const UsageError& error) {
+    } catch (UsageError const& error) {
       throw UsageError("rank " + std::to_string(ranks_.rank()) + " does not share the output folder " +
                        QuotedPath(path_) + " with rank 0 (" + error.what() + ")");
     }
@@ -192,23 +192,23 @@ void OutputFolder::Occupy() {
 /// Any rank may be the last one to leave. Only now is it known that all mean the same folder.
 void OutputFolder::ShareMadeFolders() {
   std::string list;
-  for (const std::string& folder : madeFolders_) (list += folder) += '\0';
+  for (std::string const& folder : madeFolders_) (list += folder) += '\0';
   ranks_.Broadcast(list);
   if (ranks_.IsFirst()) return;
-  const NoInterruption wait;
+  NoInterruption const wait;
   std::istringstream in(list);
   for (std::string folder; std::getline(in, folder, '\0');) madeFolders_.push_back(folder);
 }
 
-std::string OutputFolder::PathOf(const std::string& name) const { return (fs::path(path_) / name).string(); }
+std::string OutputFolder::PathOf(std::string const& name) const { return (fs::path(path_) / name).string(); }
 
-std::string OutputFolder::UnfinishedPathOf(const std::string& name) const {
+std::string OutputFolder::UnfinishedPathOf(std::string const& name) const {
   return (fs::path(unfinished_.path()) / name).string();
 }
 
 void OutputFolder::ReadEarlierRun() {
   Know(kManifestName, {});
-  const std::optional<Manifest> manifest = Manifest::Read(path_);
+  std::optional<Manifest> const manifest = Manifest::Read(path_);
   if (!manifest) {
     known_.clear();
     return;
@@ -222,9 +222,9 @@ void OutputFolder::ReadEarlierRun() {
   }
   earlier_ = *manifest;
   std::map<std::string, std::vector<Fingerprint>> versions;
-  for (const Manifest::File& file : earlier_.files) versions[file.name].push_back(file.fingerprint);
-  for (const auto& [name, contents] : versions) {
-    const PlaceInFolder place = LookAt(path_, name);
+  for (Manifest::File const& file : earlier_.files) versions[file.name].push_back(file.fingerprint);
+  for (auto const& [name, contents] : versions) {
+    PlaceInFolder const place = LookAt(path_, name);
     if (place.kind == Kind::Free) continue;
     if (place.error != 0) RefusePlace(place);
     Know(name, contents);
@@ -237,13 +237,13 @@ void OutputFolder::ReadEarlierRun() {
 }
 
 /// Before the file is read: what changes meanwhile is noticed later.
-void OutputFolder::Know(const std::string& name, const std::vector<Fingerprint>& contents) {
-  const std::optional<Identity> identity = IdentityOf(PathOf(name));
+void OutputFolder::Know(std::string const& name, std::vector<Fingerprint> const& contents) {
+  std::optional<Identity> const identity = IdentityOf(PathOf(name));
   if (identity) known_[name] = {*identity, contents};
 }
 
 /// By what the system tells of a file: a change of its content shows in the times.
-std::optional<OutputFolder::Identity> OutputFolder::IdentityOf(const std::string& file) {
+std::optional<OutputFolder::Identity> OutputFolder::IdentityOf(std::string const& file) {
   struct stat s = {};
   if (lstat(file.c_str(), &s) != 0) return std::nullopt;
   return Identity{{s.st_dev, s.st_ino},
@@ -252,19 +252,19 @@ std::optional<OutputFolder::Identity> OutputFolder::IdentityOf(const std::string
 
 /// Whether a file that was known stands there with its content. Its times change with its permissions or its
 /// links, too, so the content has the last word.
-bool OutputFolder::IsUnchanged(const std::string& name) const {
-  const auto known = known_.find(name);
-  const PlaceInFolder place = LookAt(path_, name);
+bool OutputFolder::IsUnchanged(std::string const& name) const {
+  auto const known = known_.find(name);
+  PlaceInFolder const place = LookAt(path_, name);
   if (known == known_.end() || place.kind != Kind::File) return false;
   if (IdentityOf(place.path) == known->second.identity) return true;
-  const std::vector<Fingerprint>& contents = known->second.contents;
+  std::vector<Fingerprint> const& contents = known->second.contents;
   return std::find(contents.begin(), contents.end(), FingerprintOf(place.path)) != contents.end();
 }
 
 /// Throws UsageError unless every planned name is free or has the file of an earlier run.
 void OutputFolder::CheckPlaces() const {
-  for (const std::string& name : plan_.files) {
-    const PlaceInFolder place = LookAt(path_, name);
+  for (std::string const& name : plan_.files) {
+    PlaceInFolder const place = LookAt(path_, name);
     if (place.kind != Kind::Free && known_.count(name) == 0) RefusePlace(place);
   }
 }
@@ -274,8 +274,8 @@ void OutputFolder::CheckFolders() const {
   struct stat base = {}, inside = {};
   if (stat(path_.c_str(), &base) != 0)
     throw UsageError("cannot read " + QuotedPath(path_) + ": " + std::strerror(errno));
-  for (const std::string& name : FoldersOf(plan_.files)) {
-    const PlaceInFolder place = LookAt(path_, name);
+  for (std::string const& name : FoldersOf(plan_.files)) {
+    PlaceInFolder const place = LookAt(path_, name);
     if (place.kind == Kind::Free) continue;
     int reason = 0;
     if (faccessat(AT_FDCWD, place.path.c_str(), W_OK | X_OK, AT_EACCESS) != 0 ||
@@ -291,29 +291,29 @@ void OutputFolder::CheckFolders() const {
 
 /// Throws UsageError when one has changed while this run worked.
 void OutputFolder::CheckEarlierFiles() const {
-  for (const auto& [name, known] : known_) {
+  for (auto const& [name, known] : known_) {
     if (LookAt(path_, name).kind != Kind::Free && !IsUnchanged(name)) RefuseChange(PathOf(name));
   }
-  const PlaceInFolder manifest = LookAt(path_, kManifestName);
+  PlaceInFolder const manifest = LookAt(path_, kManifestName);
   if (manifest.kind != Kind::Free && known_.count(kManifestName) == 0)
     throw UsageError(QuotedPath(manifest.path) + " has come during this run" + kAdvice);
 }
 
-std::string OutputFolder::Stage(const std::string& name) {
+std::string OutputFolder::Stage(std::string const& name) {
   if (std::find(plan_.files.begin(), plan_.files.end(), name) == plan_.files.end())
     throw std::logic_error("not in the plan of the output folder: " + name);
   staged_.push_back(name);
   return UnfinishedPathOf(name);
 }
 
-void OutputFolder::Commit(const std::string& closingText) {
+void OutputFolder::Commit(std::string const& closingText) {
   std::string own;
   ranks_.Together([this, &own] {
     StdoutToFile::CheckAll();
     unfinished_.Check();
     own = SettleStaged();
   });
-  const std::string all = ranks_.GatherOnFirst(own);
+  std::string const all = ranks_.GatherOnFirst(own);
   ranks_.Together([this, &all] {
     if (ranks_.IsFirst()) PrepareMove(all);
   });
@@ -321,7 +321,7 @@ void OutputFolder::Commit(const std::string& closingText) {
   FlushStandardOutput(ranks_);
 
   // From here on a signal waits. Each rank says so before the first one begins to move.
-  const NoInterruption wait;
+  NoInterruption const wait;
   ranks_.Barrier();
   ranks_.Together([this] {
     if (!ranks_.IsFirst()) return;
@@ -333,15 +333,15 @@ void OutputFolder::Commit(const std::string& closingText) {
     RemoveOutdated();
     RenewManifest();
   });
-  for (const std::string& folder : madeFolders_) SettleFolder(fs::path(folder).parent_path().string());
+  for (std::string const& folder : madeFolders_) SettleFolder(fs::path(folder).parent_path().string());
   madeFolders_.clear();
 }
 
 /// A line for each file: size, checksum and name.
 std::string OutputFolder::SettleStaged() const {
   std::ostringstream text;
-  for (const std::string& name : staged_) {
-    const Fingerprint found = Settle(UnfinishedPathOf(name));
+  for (std::string const& name : staged_) {
+    Fingerprint const found = Settle(UnfinishedPathOf(name));
     text << found.size << ' ' << found.crc << ' ' << name << '\n';
   }
   return text.str();
@@ -349,7 +349,7 @@ std::string OutputFolder::SettleStaged() const {
 
 /// All that cannot be done without space on the disk: the folders, and a manifest that holds whatever a run
 /// that dies while it moves files leaves behind.
-void OutputFolder::PrepareMove(const std::string& staged) {
+void OutputFolder::PrepareMove(std::string const& staged) {
   CheckEarlierFiles();
   CheckPlaces();
   next_.command = plan_.command;
@@ -359,9 +359,9 @@ void OutputFolder::PrepareMove(const std::string& staged) {
     next_.files.push_back(file);
 
   std::set<std::string> ours(earlier_.folders.begin(), earlier_.folders.end());
-  for (const std::string& name : FoldersOf(plan_.files)) {
-    const NoInterruption wait;
-    const std::string folder = PathOf(name);
+  for (std::string const& name : FoldersOf(plan_.files)) {
+    NoInterruption const wait;
+    std::string const folder = PathOf(name);
     if (mkdir(folder.c_str(), 0777) == 0) {
       madeFolders_.push_back(fs::absolute(folder).string());
       ours.insert(name);
@@ -377,17 +377,17 @@ void OutputFolder::PrepareMove(const std::string& staged) {
 }
 
 /// Among the unfinished files.
-void OutputFolder::WriteManifest(const Manifest& manifest) const {
-  const std::string file = UnfinishedPathOf(kManifestName);
+void OutputFolder::WriteManifest(Manifest const& manifest) const {
+  std::string const file = UnfinishedPathOf(kManifestName);
   WriteText(file, manifest.Text());
   Settle(file);
 }
 
 /// Looks at the place once more: nothing is replaced that has come or changed since it was looked at before.
-void OutputFolder::Move(const std::string& name) const {
-  const std::string from = UnfinishedPathOf(name);
-  const PlaceInFolder place = LookAt(path_, name);
-  const std::string to = PathOf(name);
+void OutputFolder::Move(std::string const& name) const {
+  std::string const from = UnfinishedPathOf(name);
+  PlaceInFolder const place = LookAt(path_, name);
+  std::string const to = PathOf(name);
   bool hasMoved = false;
   if (place.kind == Kind::Free) {
     hasMoved = MoveToFreePlace(from.c_str(), to.c_str());
@@ -399,7 +399,7 @@ void OutputFolder::Move(const std::string& name) const {
 }
 
 /// @param[in] manifest  the one among the unfinished files
-void OutputFolder::MoveManifest(const Manifest& manifest) {
+void OutputFolder::MoveManifest(Manifest const& manifest) {
   Move(kManifestName);
   Know(kManifestName, {FingerprintOfText(manifest.Text())});
   SettleFolder(path_);
@@ -408,38 +408,38 @@ void OutputFolder::MoveManifest(const Manifest& manifest) {
 /// The files of all ranks. One rank alone moves them, since it knows by which signs to tell the earlier ones.
 void OutputFolder::MoveStaged() {
   std::vector<std::string> names;
-  for (const Manifest::File& file : next_.files) names.push_back(file.name);
-  const auto ownCount = static_cast<std::ptrdiff_t>(staged_.size());
+  for (Manifest::File const& file : next_.files) names.push_back(file.name);
+  auto const ownCount = static_cast<std::ptrdiff_t>(staged_.size());
   std::rotate(names.begin(), names.begin() + ownCount, names.end());
 
   std::set<std::string> folders = {""};
-  for (const std::string& name : names) folders.insert(fs::path(name).parent_path().string());
+  for (std::string const& name : names) folders.insert(fs::path(name).parent_path().string());
   // A network file system then shows what other machines have put there.
-  for (const std::string& folder : folders) SettleFolder(UnfinishedPathOf(folder));
+  for (std::string const& folder : folders) SettleFolder(UnfinishedPathOf(folder));
   bool hasMoved = false;
-  for (const std::string& name : names) {
+  for (std::string const& name : names) {
     try {
       Move(name);
-    } catch (const UsageError& error) {
+    } catch (UsageError const& error) {
       if (!hasMoved) throw;
       throw UsageError(error.what() + std::string("; some results in ") + QuotedPath(path_) +
                        " are new and some are old, and the next run replaces both");
     }
     hasMoved = true;
   }
-  for (const std::string& folder : folders) SettleFolder(PathOf(folder));
+  for (std::string const& folder : folders) SettleFolder(PathOf(folder));
 }
 
 /// Earlier files that have no successor. What cannot be removed stays in the manifest; what has changed in
 /// the last moment is somebody else's.
 void OutputFolder::RemoveOutdated() {
   std::set<std::string> present;
-  for (const Manifest::File& file : next_.files) present.insert(file.name);
-  for (const Manifest::File& file : earlier_.files) {
+  for (Manifest::File const& file : next_.files) present.insert(file.name);
+  for (Manifest::File const& file : earlier_.files) {
     if (present.count(file.name) > 0 || known_.count(file.name) == 0) continue;
     try {
       if (!IsUnchanged(file.name)) continue;
-    } catch (const UsageError&) {
+    } catch (UsageError const&) {
       continue;  // it cannot be read any more
     }
     if (unlink(PathOf(file.name).c_str()) != 0 && errno != ENOENT) next_.files.push_back(file);
@@ -447,7 +447,7 @@ void OutputFolder::RemoveOutdated() {
   std::vector<std::string> folders;
   std::swap(folders, next_.folders);
   for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-    const PlaceInFolder place = LookAt(path_, *folder);
+    PlaceInFolder const place = LookAt(path_, *folder);
     if (place.kind == Kind::Folder && rmdir(place.path.c_str()) != 0) next_.folders.push_back(*folder);
   }
   std::sort(next_.folders.begin(), next_.folders.end());
@@ -459,7 +459,7 @@ void OutputFolder::RenewManifest() {
   try {
     WriteManifest(next_);
     MoveManifest(next_);
-  } catch (const UsageError&) {
+  } catch (UsageError const&) {
     return;
   }
 }

@@ -41,20 +41,20 @@ class OutputFolder {
   /// Collective. Makes the folder and the folders above it as needed, and looks whether all places are free.
   /// Throws UsageError when that fails, when a rank cannot write into it, when something is in the way, or
   /// when another run is in it.
-  OutputFolder(const Ranks& ranks, const std::string& folder, OutputPlan plan);
+  OutputFolder(Ranks const& ranks, std::string const& folder, OutputPlan plan);
   ~OutputFolder();
-  OutputFolder(const OutputFolder&) = delete;
-  OutputFolder& operator=(const OutputFolder&) = delete;
+  OutputFolder(OutputFolder const&) = delete;
+  OutputFolder& operator=(OutputFolder const&) = delete;
 
-  const std::string& path() const { return path_; }
+  std::string const& path() const { return path_; }
 
   /// Where to write the file that will be `name` after Commit: a file of the same name in the folder of
   /// unfinished files. The rank that calls it owns it.
   /// @param[in] name  one of the plan's
-  std::string Stage(const std::string& name);
+  std::string Stage(std::string const& name);
 
   /// Lines that the operators print on this rank: the staged log.rankN.txt.
-  const std::string& logFile() const { return logFile_; }
+  std::string const& logFile() const { return logFile_; }
 
   /// Collective. Makes sure that all staged files are whole and on the disk, prints `closingText` on the
   /// first rank, and once all that was printed has arrived moves the files to their places, the first rank's
@@ -62,7 +62,7 @@ class OutputFolder {
   /// Throws UsageError or ClosedPipe, before anything has moved, when a place is not free any more, when a
   /// log is not whole or when standard output has not taken everything. Throws UsageError when the system
   /// refuses to move a file, or when a place is lost at the last moment; what has come there stays.
-  void Commit(const std::string& closingText);
+  void Commit(std::string const& closingText);
 
  private:
   using Identity = std::pair<std::pair<dev_t, ino_t>, std::vector<long long>>;
@@ -82,23 +82,23 @@ class OutputFolder {
   void CheckEarlierFiles() const;
   void CheckPlaces() const;
   void CheckFolders() const;
-  void Know(const std::string& name, const std::vector<Fingerprint>& contents);
-  bool IsUnchanged(const std::string& name) const;
-  static std::optional<Identity> IdentityOf(const std::string& file);
+  void Know(std::string const& name, std::vector<Fingerprint> const& contents);
+  bool IsUnchanged(std::string const& name) const;
+  static std::optional<Identity> IdentityOf(std::string const& file);
 
   std::string SettleStaged() const;
-  void PrepareMove(const std::string& staged);
-  void Move(const std::string& name) const;
-  void MoveManifest(const Manifest& manifest);
+  void PrepareMove(std::string const& staged);
+  void Move(std::string const& name) const;
+  void MoveManifest(Manifest const& manifest);
   void MoveStaged();
-  void WriteManifest(const Manifest& manifest) const;
+  void WriteManifest(Manifest const& manifest) const;
   void RemoveOutdated();
   void RenewManifest();
-  std::string PathOf(const std::string& name) const;
-  std::string UnfinishedPathOf(const std::string& name) const;
+  std::string PathOf(std::string const& name) const;
+  std::string UnfinishedPathOf(std::string const& name) const;
   void Leave();
 
-  const Ranks& ranks_;
+  Ranks const& ranks_;
   std::string path_;
   OutputPlan plan_;
   UnfinishedFolder unfinished_;

@@ -10,30 +10,30 @@ namespace zyngrad {
 
 namespace fs = std::filesystem;
 
-bool IsSafeName(const std::string& name) {
+bool IsSafeName(std::string const& name) {
   constexpr std::size_t kLongest = 1000;
-  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
+  auto const isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
   if (name.empty() || name.size() > kLongest || std::any_of(name.begin(), name.end(), isControl))
     return false;
   std::size_t begin = 0;
   while (begin <= name.size()) {
-    const std::size_t end = std::min(name.find('/', begin), name.size());
-    const std::string step = name.substr(begin, end - begin);
+    std::size_t const end = std::min(name.find('/', begin), name.size());
+    std::string const step = name.substr(begin, end - begin);
     if (step.empty() || step == "." || step == "..") return false;
     begin = end + 1;
   }
   return true;
 }
 
-PlaceInFolder LookAt(const std::string& folder, const std::string& name) {
+PlaceInFolder LookAt(std::string const& folder, std::string const& name) {
   using Kind = PlaceInFolder::Kind;
   fs::path way = folder;
   Kind kind = Kind::Folder;
-  for (const fs::path& step : fs::path(name)) {
+  for (fs::path const& step : fs::path(name)) {
     if (kind != Kind::Folder) return {Kind::Other, way.string()};
     way /= step;
     std::error_code error;
-    const fs::file_type type = fs::symlink_status(way, error).type();
+    fs::file_type const type = fs::symlink_status(way, error).type();
     if (type == fs::file_type::not_found) return {Kind::Free, way.string()};
     if (type == fs::file_type::none) return {Kind::Other, way.string(), error.value()};
     kind = Kind::Other;
@@ -43,6 +43,6 @@ PlaceInFolder LookAt(const std::string& folder, const std::string& name) {
   return {kind, way.string()};
 }
 
-std::string QuotedPath(const std::string& path) { return '"' + OneLine(path) + '"'; }
+std::string QuotedPath(std::string const& path) { return '"' + OneLine(path) + '"'; }
 
 }  // namespace zyngrad

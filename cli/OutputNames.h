@@ -6,7 +6,7 @@ namespace zyngrad {
 
 /// Whether a name that was read from a file leads to a place inside a folder and nowhere else: relative,
 /// without empty steps, "." and "..", without control characters, of reasonable length.
-bool IsSafeName(const std::string& name);
+bool IsSafeName(std::string const& name);
 
 /// What stands at a name inside a folder. Links are not followed, neither at the name nor on the way to it.
 struct PlaceInFolder {
@@ -16,9 +16,9 @@ struct PlaceInFolder {
 };
 
 /// @param[in] name  as in IsSafeName
-PlaceInFolder LookAt(const std::string& folder, const std::string& name);
+PlaceInFolder LookAt(std::string const& folder, std::string const& name);
 
 /// A path in double quotes, uncut: the user has to find it.
-std::string QuotedPath(const std::string& path);
+std::string QuotedPath(std::string const& path);
 
 }  // namespace zyngrad

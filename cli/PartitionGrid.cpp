@@ -11,7 +11,7 @@ namespace {
 enum FaceCode { kInner = 0, kWall = 1, kInlet = 2, kOutlet = 3, kSymmetry = 5, kPartition = 101 };
 
 /// Row of nodes of a face; it turns around the area vector, which points out of the CV cell.
-const int* NodeRow(const CZYN3DFiniteVolumeMesh& mesh, int code, int face) {
+int const* NodeRow(CZYN3DFiniteVolumeMesh const& mesh, int code, int face) {
   switch (code) {
     case kWall:
       return mesh.ijWallLnods[face];
@@ -28,7 +28,7 @@ const int* NodeRow(const CZYN3DFiniteVolumeMesh& mesh, int code, int face) {
   }
 }
 
-void AddFaceStream(const CellFaces& faces, UsedNodes& nodes, std::vector<std::int64_t>& stream) {
+void AddFaceStream(CellFaces const& faces, UsedNodes& nodes, std::vector<std::int64_t>& stream) {
   stream.push_back(faces.nFaces());
   for (int f = 0; f < faces.nFaces(); ++f) {
     stream.push_back(faces.FaceSize(f));
@@ -38,18 +38,18 @@ void AddFaceStream(const CellFaces& faces, UsedNodes& nodes, std::vector<std::in
 
 }  // namespace
 
-void FacesOfCell(const CZYN3DFiniteVolumeMesh& mesh, int cell, CellFaces& faces) {
+void FacesOfCell(CZYN3DFiniteVolumeMesh const& mesh, int cell, CellFaces& faces) {
   faces.Clear();
   for (int k = 1; k <= mesh.CellFace[cell][0]; ++k) {
-    const int face = mesh.CellFace[cell][k];
-    const int code = mesh.CellFaceType[cell][k];
-    const int* row = NodeRow(mesh, code, face);
+    int const face = mesh.CellFace[cell][k];
+    int const code = mesh.CellFaceType[cell][k];
+    int const* row = NodeRow(mesh, code, face);
     // Of all groups only an inner face may have this cell on its other side.
     faces.Add(row + 1, row[0], code == kInner && mesh.ij[face] == cell);
   }
 }
 
-VtuGrid GridOfInteriorCells(const CZYN3DFiniteVolumeMesh& mesh) {
+VtuGrid GridOfInteriorCells(CZYN3DFiniteVolumeMesh const& mesh) {
   VtuGrid grid;
   UsedNodes nodes(mesh, grid.points);
   CellFaces faces;
@@ -57,10 +57,10 @@ VtuGrid GridOfInteriorCells(const CZYN3DFiniteVolumeMesh& mesh) {
   for (int cell = 1; cell <= mesh.NInnerCells; ++cell) {
     FacesOfCell(mesh, cell, faces);
     MakeVtkCell(faces, vtkCell);
-    for (const int node : vtkCell.nodes) grid.connectivity.push_back(nodes.Number(node));
+    for (int const node : vtkCell.nodes) grid.connectivity.push_back(nodes.Number(node));
     grid.offsets.push_back(static_cast<std::int64_t>(grid.connectivity.size()));
     grid.types.push_back(static_cast<std::uint8_t>(vtkCell.type));
-    const bool isPolyhedron = vtkCell.type == VtkType::Polyhedron;
+    bool const isPolyhedron = vtkCell.type == VtkType::Polyhedron;
     if (isPolyhedron) AddFaceStream(faces, nodes, grid.faces);
     grid.faceOffsets.push_back(isPolyhedron ? static_cast<std::int64_t>(grid.faces.size()) : -1);
   }

@@ -8,10 +8,10 @@ namespace zyngrad {
 
 /// The interior cells of one partition as a grid to write, cell c of the partition as cell c-1, with the
 /// nodes that they use. Made from the lent records alone: a solver could call it with its own.
-VtuGrid GridOfInteriorCells(const CZYN3DFiniteVolumeMesh& mesh);
+VtuGrid GridOfInteriorCells(CZYN3DFiniteVolumeMesh const& mesh);
 
 /// The faces of interior cell `cell` (1-based), their nodes numbered as in the mesh.
 /// @param[out] faces  overwritten
-void FacesOfCell(const CZYN3DFiniteVolumeMesh& mesh, int cell, CellFaces& faces);
+void FacesOfCell(CZYN3DFiniteVolumeMesh const& mesh, int cell, CellFaces& faces);
 
 }  // namespace zyngrad

@@ -6,7 +6,7 @@
 
 namespace zyngrad {
 
-PieceFiles::PieceFiles(const Ranks& ranks, std::string name, std::string extension)
+PieceFiles::PieceFiles(Ranks const& ranks, std::string name, std::string extension)
     : ranks_(ranks), name_(std::move(name)), extension_(std::move(extension)) {}
 
 std::string PieceFiles::Piece(int rank) const {

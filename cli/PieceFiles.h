@@ -11,7 +11,7 @@ namespace zyngrad {
 /// NAME.pEXT and a piece per rank in the folder NAME. All relative to the output folder.
 class PieceFiles {
  public:
-  PieceFiles(const Ranks& ranks, std::string name, std::string extension);
+  PieceFiles(Ranks const& ranks, std::string name, std::string extension);
 
   bool IsAlone() const { return ranks_.count() == 1; }
   std::string Index() const;  ///< the file to open
@@ -22,7 +22,7 @@ class PieceFiles {
  private:
   std::string Piece(int rank) const;
 
-  const Ranks& ranks_;
+  Ranks const& ranks_;
   std::string name_, extension_;
 };
 

@@ -17,12 +17,12 @@ constexpr std::size_t kShown = 5;
 double Length(double x, double y, double z) { return std::sqrt(y * y + x * x + z * z); }
 
 /// @param[in] exactSquared  [point] square of what was to be found
-PointNorms NormsOf(const std::vector<double>& errors, const std::vector<double>& exactSquared) {
+PointNorms NormsOf(std::vector<double> const& errors, std::vector<double> const& exactSquared) {
   PointNorms norms;
   double sum = 0.0, sum2 = 0.0, exact2 = 0.0;
   norms.max = kNaN;
   for (std::size_t i = 0; i < errors.size(); ++i) {
-    const double e = std::fabs(errors[i]);
+    double const e = std::fabs(errors[i]);
     sum += e;
     sum2 += e * e;
     exact2 += exactSquared[i];
@@ -33,7 +33,7 @@ PointNorms NormsOf(const std::vector<double>& errors, const std::vector<double>&
       norms.maxPoint = static_cast<std::int64_t>(i) + 1;
     }
   }
-  const auto n = static_cast<double>(errors.size());
+  auto const n = static_cast<double>(errors.size());
   norms.l1 = n > 0.0 ? sum / n : kNaN;
   norms.l2 = n > 0.0 ? std::sqrt(sum2 / n) : kNaN;
   norms.relativeL2 = exact2 > 0.0 ? std::sqrt(sum2 / exact2) : kNaN;
@@ -41,8 +41,8 @@ PointNorms NormsOf(const std::vector<double>& errors, const std::vector<double>&
 }
 
 /// How bad a flagged point is: the larger the worse.
-double Badness(PointFlag flag, std::size_t i, const PointValues& values,
-               const std::vector<PointOwner>& owners) {
+double Badness(PointFlag flag, std::size_t i, PointValues const& values,
+               std::vector<PointOwner> const& owners) {
   switch (flag) {
     case kIsFar:
       return owners[i].distance;
@@ -56,11 +56,11 @@ double Badness(PointFlag flag, std::size_t i, const PointValues& values,
 
 }  // namespace
 
-ExactAtPoints ExactValuesAt(const PointSet& points, const Expression& expression) {
+ExactAtPoints ExactValuesAt(PointSet const& points, Expression const& expression) {
   ExactAtPoints exact;
   for (std::size_t i = 0; i < points.size(); ++i) {
-    const Dual at = expression.ValueAndGradient(points.x[i], points.y[i], points.z[i]);
-    for (const double number : {at.value, at.dx, at.dy, at.dz}) {
+    Dual const at = expression.ValueAndGradient(points.x[i], points.y[i], points.z[i]);
+    for (double const number : {at.value, at.dx, at.dy, at.dz}) {
       if (std::isfinite(number)) continue;
       throw UsageError("the field " + Quoted(expression.text()) + " or its gradient is not finite at point " +
                        std::to_string(i + 1) + " at (" + ShortestText(points.x[i]) + ", " +
@@ -74,7 +74,7 @@ ExactAtPoints ExactValuesAt(const PointSet& points, const Expression& expression
   return exact;
 }
 
-ErrorsAtPoints ErrorsAt(const PointValues& values, const ExactAtPoints& exact) {
+ErrorsAtPoints ErrorsAt(PointValues const& values, ExactAtPoints const& exact) {
   ErrorsAtPoints errors;
   for (std::size_t i = 0; i < exact.value.size(); ++i) {
     errors.value.push_back(values.value[i] - exact.value[i]);
@@ -84,14 +84,14 @@ ErrorsAtPoints ErrorsAt(const PointValues& values, const ExactAtPoints& exact) {
   return errors;
 }
 
-PointNorms ValueNorms(const ErrorsAtPoints& errors, const ExactAtPoints& exact) {
+PointNorms ValueNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact) {
   std::vector<double> squared;
   squared.reserve(exact.value.size());
-  for (const double value : exact.value) squared.push_back(value * value);
+  for (double const value : exact.value) squared.push_back(value * value);
   return NormsOf(errors.value, squared);
 }
 
-PointNorms GradientNorms(const ErrorsAtPoints& errors, const ExactAtPoints& exact) {
+PointNorms GradientNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact) {
   std::vector<double> squared;
   squared.reserve(exact.gx.size());
   for (std::size_t i = 0; i < exact.gx.size(); ++i)
@@ -99,7 +99,7 @@ PointNorms GradientNorms(const ErrorsAtPoints& errors, const ExactAtPoints& exac
   return NormsOf(errors.gradient, squared);
 }
 
-std::vector<std::int32_t> FlagPoints(const PointValues& values, const std::vector<PointOwner>& owners,
+std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<PointOwner> const& owners,
                                      double meanDistance) {
   std::vector<std::int32_t> flags(values.value.size(), 0);
   for (std::size_t i = 0; i < flags.size(); ++i) {
@@ -110,10 +110,10 @@ std::vector<std::int32_t> FlagPoints(const PointValues& values, const std::vecto
   return flags;
 }
 
-std::array<FlaggedPoints, 3> CountFlags(const std::vector<std::int32_t>& flags, const PointValues& values,
-                                        const std::vector<PointOwner>& owners) {
+std::array<FlaggedPoints, 3> CountFlags(std::vector<std::int32_t> const& flags, PointValues const& values,
+                                        std::vector<PointOwner> const& owners) {
   std::array<FlaggedPoints, 3> all;
-  const PointFlag kinds[] = {kIsFar, kHasFewMembers, kIsNotFinite};
+  PointFlag const kinds[] = {kIsFar, kHasFewMembers, kIsNotFinite};
   for (std::size_t k = 0; k < all.size(); ++k) {
     FlaggedPoints& flagged = all[k];
     flagged.flag = kinds[k];

@@ -20,7 +20,7 @@ struct ExactAtPoints {
 };
 
 /// Throws UsageError naming the point where value or gradient is not finite.
-ExactAtPoints ExactValuesAt(const PointSet& points, const Expression& expression);
+ExactAtPoints ExactValuesAt(PointSet const& points, Expression const& expression);
 
 /// Interpolated minus exact, an entry a point.
 struct ErrorsAtPoints {
@@ -28,7 +28,7 @@ struct ErrorsAtPoints {
   std::vector<double> gradient;  ///< Euclidean length of the difference of the gradients, U/L
 };
 
-ErrorsAtPoints ErrorsAt(const PointValues& values, const ExactAtPoints& exact);
+ErrorsAtPoints ErrorsAt(PointValues const& values, ExactAtPoints const& exact);
 
 /// Over all points, which count alike. All NaN without points.
 struct PointNorms {
@@ -40,8 +40,8 @@ struct PointNorms {
   std::int64_t nNotFinite = 0;  ///< infinite or NaN; l1 and l2 are then not finite
 };
 
-PointNorms ValueNorms(const ErrorsAtPoints& errors, const ExactAtPoints& exact);
-PointNorms GradientNorms(const ErrorsAtPoints& errors, const ExactAtPoints& exact);
+PointNorms ValueNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact);
+PointNorms GradientNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact);
 
 /// A point farther from the nearest usable cell than so many mean distances between neighbour cells lies
 /// outside their hull.
@@ -61,12 +61,12 @@ struct FlaggedPoints {
 };
 
 /// [point] sum of PointFlags.
-std::vector<std::int32_t> FlagPoints(const PointValues& values, const std::vector<PointOwner>& owners,
+std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<PointOwner> const& owners,
                                      double meanDistance);
 
 /// One entry for each flag. The worst are the farthest, those with fewest members, and those whose row is not
 /// finite as they come; of equal ones the first.
-std::array<FlaggedPoints, 3> CountFlags(const std::vector<std::int32_t>& flags, const PointValues& values,
-                                        const std::vector<PointOwner>& owners);
+std::array<FlaggedPoints, 3> CountFlags(std::vector<std::int32_t> const& flags, PointValues const& values,
+                                        std::vector<PointOwner> const& owners);
 
 }  // namespace zyngrad

@@ -13,7 +13,7 @@ namespace {
 /// "far;few", empty without a flag.
 std::string FlagsText(std::int32_t flags) {
   std::string text;
-  for (const PointFlag flag : {kIsFar, kHasFewMembers, kIsNotFinite}) {
+  for (PointFlag const flag : {kIsFar, kHasFewMembers, kIsNotFinite}) {
     if ((flags & flag) == 0) continue;
     if (!text.empty()) text += ';';
     text += NameOf(flag);
@@ -21,11 +21,11 @@ std::string FlagsText(std::int32_t flags) {
   return text;
 }
 
-std::string ResultRow(const PointResults& results, std::size_t i) {
-  const PointValues& found = results.run.values;
-  const ExactAtPoints& exact = results.exact;
+std::string ResultRow(PointResults const& results, std::size_t i) {
+  PointValues const& found = results.run.values;
+  ExactAtPoints const& exact = results.exact;
   std::string row;
-  for (const double number :
+  for (double const number :
        {found.value[i], found.gx[i], found.gy[i], found.gz[i], exact.value[i], exact.gx[i], exact.gy[i],
         exact.gz[i], results.errors.value[i], results.errors.gradient[i], results.owners[i].distance}) {
     row += ShortestText(number) + ',';
@@ -34,8 +34,8 @@ std::string ResultRow(const PointResults& results, std::size_t i) {
   return row + FlagsText(results.flags[i]);
 }
 
-VtkArray Vectors(const std::string& name, const std::vector<double>& x, const std::vector<double>& y,
-                 const std::vector<double>& z) {
+VtkArray Vectors(std::string const& name, std::vector<double> const& x, std::vector<double> const& y,
+                 std::vector<double> const& z) {
   std::vector<double> values;
   values.reserve(3 * x.size());
   for (std::size_t i = 0; i < x.size(); ++i) values.insert(values.end(), {x[i], y[i], z[i]});
@@ -44,8 +44,8 @@ VtkArray Vectors(const std::string& name, const std::vector<double>& x, const st
 
 }  // namespace
 
-const std::vector<std::string>& PointResultColumns() {
-  static const std::vector<std::string> columns = {"value",
+std::vector<std::string> const& PointResultColumns() {
+  static std::vector<std::string> const columns = {"value",
                                                    "gradient_x",
                                                    "gradient_y",
                                                    "gradient_z",
@@ -62,21 +62,21 @@ const std::vector<std::string>& PointResultColumns() {
   return columns;
 }
 
-void WritePointCsv(const std::string& file, const PointResults& results) {
+void WritePointCsv(std::string const& file, PointResults const& results) {
   OutputFile table(file);
   std::ostream& out = table.stream();
   out << results.points.header;
-  for (const std::string& column : PointResultColumns()) out << ',' << column;
+  for (std::string const& column : PointResultColumns()) out << ',' << column;
   out << '\n';
   for (std::size_t i = 0; i < results.points.size(); ++i)
     out << results.points.rows[i] << ',' << ResultRow(results, i) << '\n';
   table.Close();
 }
 
-void WritePointVtp(const std::string& file, const PointResults& results) {
-  const PointSet& points = results.points;
-  const PointValues& found = results.run.values;
-  const ExactAtPoints& exact = results.exact;
+void WritePointVtp(std::string const& file, PointResults const& results) {
+  PointSet const& points = results.points;
+  PointValues const& found = results.run.values;
+  ExactAtPoints const& exact = results.exact;
   std::vector<double> distance;
   std::vector<std::int32_t> rank;
   std::vector<std::int64_t> number;
@@ -85,7 +85,7 @@ void WritePointVtp(const std::string& file, const PointResults& results) {
     rank.push_back(results.owners[i].rank);
     number.push_back(static_cast<std::int64_t>(i) + 1);
   }
-  const VtkArray places = Vectors("", points.x, points.y, points.z);
+  VtkArray const places = Vectors("", points.x, points.y, points.z);
   WriteVertices(file, std::get<std::vector<double>>(places.values),
                 {{"value", 1, found.value},
                  Vectors("gradient", found.gx, found.gy, found.gz),

@@ -14,30 +14,30 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string PlaceOf(const PointResults& results, std::size_t i) {
-  const PointSet& points = results.points;
+std::string PlaceOf(PointResults const& results, std::size_t i) {
+  PointSet const& points = results.points;
   return Place(points.x[i], points.y[i], points.z[i], results.placeDigits);
 }
 
-StencilSizes SizesOf(const std::vector<std::int64_t>& members) {
+StencilSizes SizesOf(std::vector<std::int64_t> const& members) {
   if (members.empty()) return {};
   StencilSizes sizes;
   sizes.nStencils = static_cast<std::int64_t>(members.size());
-  for (const std::int64_t n : members) sizes.nMembers += n;
+  for (std::int64_t const n : members) sizes.nMembers += n;
   sizes.least = static_cast<int>(*std::min_element(members.begin(), members.end()));
   sizes.most = static_cast<int>(*std::max_element(members.begin(), members.end()));
   return sizes;
 }
 
-void AddErrorRow(TextTable& table, const std::string& what, const PointNorms& norms,
-                 const PointResults& results) {
-  const bool hasMax = norms.maxPoint > 0;
+void AddErrorRow(TextTable& table, std::string const& what, PointNorms const& norms,
+                 PointResults const& results) {
+  bool const hasMax = norms.maxPoint > 0;
   table.AddRow({what, Scientific(norms.l1), Scientific(norms.l2), Scientific(norms.relativeL2),
                 Scientific(norms.max), hasMax ? std::to_string(norms.maxPoint) : "-",
                 hasMax ? PlaceOf(results, static_cast<std::size_t>(norms.maxPoint - 1)) : "-"});
 }
 
-void PrintErrors(std::ostream& out, const PointResults& results) {
+void PrintErrors(std::ostream& out, PointResults const& results) {
   TextTable table(
       {{"of", Align::Left}, {"L1"}, {"L2"}, {"L2 relative"}, {"maximum"}, {"at point"}, {"at", Align::Left}});
   AddErrorRow(table, "value", ValueNorms(results.errors, results.exact), results);
@@ -46,7 +46,7 @@ void PrintErrors(std::ostream& out, const PointResults& results) {
   table.Print(out);
 }
 
-void PrintTimes(std::ostream& out, const PointTimes& times) {
+void PrintTimes(std::ostream& out, PointTimes const& times) {
   constexpr double kMilli = 1e3;
   TextTable table({{"set-up ms"}, {"us per point"}, {"first call ms"}, {"later calls ms"}, {"ns per point"}});
   table.AddRow({Fixed(times.setUp * kMilli, 3), Fixed(times.usPerPoint, 2), Fixed(times.first * kMilli, 3),
@@ -56,7 +56,7 @@ void PrintTimes(std::ostream& out, const PointTimes& times) {
 }
 
 /// What a flag says of its points, after their number.
-std::string Meaning(PointFlag flag, const PointResults& results) {
+std::string Meaning(PointFlag flag, PointResults const& results) {
   switch (flag) {
     case kIsFar:
       return "farther than " + Fixed(kFarDistances, 0) + " mean cell distances (" +
@@ -69,16 +69,16 @@ std::string Meaning(PointFlag flag, const PointResults& results) {
   return {};
 }
 
-void PrintFlags(std::ostream& out, const PointResults& results) {
+void PrintFlags(std::ostream& out, PointResults const& results) {
   TextTable table({{"flag", Align::Left}, {"point"}, {"distance"}, {"cells"}, {"at", Align::Left}});
   bool isAny = false;
-  for (const FlaggedPoints& flagged : CountFlags(results.flags, results.run.values, results.owners)) {
+  for (FlaggedPoints const& flagged : CountFlags(results.flags, results.run.values, results.owners)) {
     if (flagged.count == 0) continue;
     if (!isAny) out << '\n';
     isAny = true;
     out << "  warning: " << NameOf(flagged.flag) << ": " << Grouped(flagged.count)
         << (flagged.count == 1 ? " point " : " points ") << Meaning(flagged.flag, results) << '\n';
-    for (const std::size_t i : flagged.worst) {
+    for (std::size_t const i : flagged.worst) {
       table.AddRow({NameOf(flagged.flag), std::to_string(i + 1), Scientific(results.owners[i].distance),
                     std::to_string(results.run.values.members[i]), PlaceOf(results, i)});
     }
@@ -88,7 +88,7 @@ void PrintFlags(std::ostream& out, const PointResults& results) {
   table.Print(out);
 }
 
-ordered_json NormsAsJson(const PointNorms& norms) {
+ordered_json NormsAsJson(PointNorms const& norms) {
   ordered_json json = {
       {"l1", norms.l1}, {"l2", norms.l2}, {"l2Relative", norms.relativeL2}, {"max", norms.max}};
   json["maxPoint"] = norms.maxPoint > 0 ? ordered_json(norms.maxPoint) : ordered_json(nullptr);
@@ -96,11 +96,11 @@ ordered_json NormsAsJson(const PointNorms& norms) {
   return json;
 }
 
-ordered_json FlagsAsJson(const PointResults& results) {
+ordered_json FlagsAsJson(PointResults const& results) {
   ordered_json json = ordered_json::object();
-  for (const FlaggedPoints& flagged : CountFlags(results.flags, results.run.values, results.owners)) {
+  for (FlaggedPoints const& flagged : CountFlags(results.flags, results.run.values, results.owners)) {
     ordered_json worst = ordered_json::array();
-    for (const std::size_t i : flagged.worst) worst.push_back(i + 1);
+    for (std::size_t const i : flagged.worst) worst.push_back(i + 1);
     json[NameOf(flagged.flag)] = {{"points", flagged.count}, {"worst", worst}};
   }
   return json;
@@ -108,17 +108,17 @@ ordered_json FlagsAsJson(const PointResults& results) {
 
 }  // namespace
 
-std::int64_t NotFinitePoints(const PointResults& results) {
+std::int64_t NotFinitePoints(PointResults const& results) {
   std::int64_t count = 0;
   for (std::size_t i = 0; i < results.errors.value.size(); ++i) {
-    const bool isFinite = results.run.values.isRowFinite[i] != 0 && std::isfinite(results.errors.value[i]) &&
+    bool const isFinite = results.run.values.isRowFinite[i] != 0 && std::isfinite(results.errors.value[i]) &&
                           std::isfinite(results.errors.gradient[i]);
     count += isFinite ? 0 : 1;
   }
   return count;
 }
 
-const char* NameOf(PointFlag flag) {
+char const* NameOf(PointFlag flag) {
   switch (flag) {
     case kIsFar:
       return "far";
@@ -130,7 +130,7 @@ const char* NameOf(PointFlag flag) {
   return "";
 }
 
-void PrintPointResults(std::ostream& out, const PointResults& results) {
+void PrintPointResults(std::ostream& out, PointResults const& results) {
   out << Grouped(static_cast<std::int64_t>(results.points.size())) << " points by search method "
       << results.settings.method << ", " << StencilSizesInWords(SizesOf(results.run.values.members))
       << ", from " << Grouped(results.nUsableCells) << " usable of " << Grouped(results.nCells) << " cells\n";
@@ -141,15 +141,15 @@ void PrintPointResults(std::ostream& out, const PointResults& results) {
   PrintErrors(out, results);
   PrintTimes(out, results.run.times);
   PrintFlags(out, results);
-  const std::int64_t n = NotFinitePoints(results);
+  std::int64_t const n = NotFinitePoints(results);
   if (n == 0) return;
   out << "\n  search method " << results.settings.method << ": value or gradient is not finite at "
       << Grouped(n) << " of " << Grouped(static_cast<std::int64_t>(results.points.size())) << " points"
       << (results.whyNotFinite.empty() ? "" : ": " + results.whyNotFinite) << '\n';
 }
 
-ordered_json PointResultsAsJson(const PointResults& results) {
-  const PointTimes& times = results.run.times;
+ordered_json PointResultsAsJson(PointResults const& results) {
+  PointTimes const& times = results.run.times;
   ordered_json json = {{"points", results.points.size()},
                        {"usableCells", results.nUsableCells},
                        {"meanCellDistance", results.meanDistance},

@@ -34,15 +34,15 @@ struct PointResults {
 };
 
 /// Points with a weight, value or gradient that is infinite or NaN.
-std::int64_t NotFinitePoints(const PointResults& results);
+std::int64_t NotFinitePoints(PointResults const& results);
 
 /// "far", "few" or "notfinite".
-const char* NameOf(PointFlag flag);
+char const* NameOf(PointFlag flag);
 
 /// The tables of errors and times, and the flagged points. Only the first rank's job.
-void PrintPointResults(std::ostream& out, const PointResults& results);
+void PrintPointResults(std::ostream& out, PointResults const& results);
 
 /// The same numbers; what is not finite becomes null.
-nlohmann::ordered_json PointResultsAsJson(const PointResults& results);
+nlohmann::ordered_json PointResultsAsJson(PointResults const& results);
 
 }  // namespace zyngrad

@@ -21,7 +21,7 @@ struct OwnPoints {
   int count() const { return static_cast<int>(number.size()); }
 };
 
-OwnPoints Select(const PointSet& points, const std::vector<PointOwner>& owners, int rank) {
+OwnPoints Select(PointSet const& points, std::vector<PointOwner> const& owners, int rank) {
   OwnPoints own;
   for (std::size_t i = 0; i < points.size(); ++i) {
     if (owners[i].rank != rank) continue;
@@ -33,7 +33,7 @@ OwnPoints Select(const PointSet& points, const std::vector<PointOwner>& owners, 
   return own;
 }
 
-double SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable, OwnPoints& own,
+double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable, OwnPoints& own,
              CZynIBRBFInternalObject& op) {
   reference_host::HostPartition& partition = *mesh.partition;
   op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
@@ -41,7 +41,7 @@ double SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, UsableCells& 
   op.getCommunication(mesh.exchange.get());
 
   ranks.Barrier();
-  const Stopwatch watch;
+  Stopwatch const watch;
   if (own.count() > 0) {
     op.Initialize_IBInterpolateData(usable.mark.data(), own.count(), own.x.data(), own.y.data(),
                                     own.z.data());
@@ -51,12 +51,12 @@ double SetUp(const Ranks& ranks, reference_host::LoadedMesh& mesh, UsableCells& 
 
 /// Own time of the first application and of each later one.
 /// @param[out] values  [1..count of own points], overwritten
-std::vector<double> TimeCalls(const Ranks& ranks, CZynIBRBFInternalObject& op, int nOwn,
+std::vector<double> TimeCalls(Ranks const& ranks, CZynIBRBFInternalObject& op, int nOwn,
                               std::vector<double>& field, PointValues& values) {
   std::vector<double> seconds;
   for (int call = 0; call < 1 + kLaterCalls; ++call) {
     ranks.Barrier();
-    const Stopwatch watch;
+    Stopwatch const watch;
     if (nOwn > 0) {
       op.Multiply_IBRBFCoefficent(field.data(), values.value.data(), values.gx.data(), values.gy.data(),
                                   values.gz.data());
@@ -66,8 +66,8 @@ std::vector<double> TimeCalls(const Ranks& ranks, CZynIBRBFInternalObject& op, i
   return seconds;
 }
 
-PointTimes SummariseTimes(const Ranks& ranks, double setUp, const std::vector<double>& calls, int nOwn) {
-  const std::vector<double> later(calls.begin() + 1, calls.end());
+PointTimes SummariseTimes(Ranks const& ranks, double setUp, std::vector<double> const& calls, int nOwn) {
+  std::vector<double> const later(calls.begin() + 1, calls.end());
   PointTimes times;
   times.setUp = ranks.Max(setUp);
   times.first = ranks.Max(calls.front());
@@ -77,16 +77,16 @@ PointTimes SummariseTimes(const Ranks& ranks, double setUp, const std::vector<do
   return times;
 }
 
-bool IsRowFinite(const CZynIBRBFInternalObject& op, int i) {
+bool IsRowFinite(CZynIBRBFInternalObject const& op, int i) {
   for (int k = 1; k <= op.m_ppIBConn[i][0]; ++k) {
-    const IBCnode& slope = op.m_ppIBCoef[i][k];
+    IBCnode const& slope = op.m_ppIBCoef[i][k];
     // A sum is finite only if all its terms are.
     if (!std::isfinite(op.m_ppIBValueCoef[i][k] + slope.x + slope.y + slope.z)) return false;
   }
   return true;
 }
 
-void ReadRows(const CZynIBRBFInternalObject& op, int nOwn, PointValues& values) {
+void ReadRows(CZynIBRBFInternalObject const& op, int nOwn, PointValues& values) {
   values.members.assign(static_cast<std::size_t>(nOwn) + 1, 0);
   values.isRowFinite.assign(static_cast<std::size_t>(nOwn) + 1, 1);
   for (int i = 1; i <= nOwn; ++i) {
@@ -97,25 +97,25 @@ void ReadRows(const CZynIBRBFInternalObject& op, int nOwn, PointValues& values) 
 
 /// Collective. Brings the entries [1..] of all ranks into the points' order, on the first rank.
 template <class T>
-void InOrder(const Ranks& ranks, const std::vector<std::int64_t>& numbers, std::vector<T>& values) {
+void InOrder(Ranks const& ranks, std::vector<std::int64_t> const& numbers, std::vector<T>& values) {
   values.erase(values.begin());
-  const std::vector<T> gathered = ranks.GatherOnFirst(values);
+  std::vector<T> const gathered = ranks.GatherOnFirst(values);
   values.resize(gathered.size());
   for (std::size_t k = 0; k < gathered.size(); ++k)
     values[static_cast<std::size_t>(numbers[k])] = gathered[k];
 }
 
-void InOrder(const Ranks& ranks, const OwnPoints& own, PointValues& values) {
-  const std::vector<std::int64_t> numbers = ranks.GatherOnFirst(own.number);
+void InOrder(Ranks const& ranks, OwnPoints const& own, PointValues& values) {
+  std::vector<std::int64_t> const numbers = ranks.GatherOnFirst(own.number);
   for (auto* column : {&values.value, &values.gx, &values.gy, &values.gz}) InOrder(ranks, numbers, *column);
   for (auto* column : {&values.members, &values.isRowFinite}) InOrder(ranks, numbers, *column);
 }
 
 }  // namespace
 
-PointRun RunPoints(const Ranks& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable,
-                   const PointSet& points, const std::vector<PointOwner>& owners, std::vector<double>& field,
-                   const std::string& logFile) {
+PointRun RunPoints(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable,
+                   PointSet const& points, std::vector<PointOwner> const& owners, std::vector<double>& field,
+                   std::string const& logFile) {
   PointRun run;
   OwnPoints own;
   ranks.Together([&] {
@@ -125,10 +125,10 @@ PointRun RunPoints(const Ranks& ranks, reference_host::LoadedMesh& mesh, UsableC
   });
 
   CZynIBRBFInternalObject op;
-  const StdoutToFile log(logFile);
+  StdoutToFile const log(logFile);
   std::cout << own.count() << " points" << std::endl;
-  const double setUp = SetUp(ranks, mesh, usable, own, op);
-  const std::vector<double> calls = TimeCalls(ranks, op, own.count(), field, run.values);
+  double const setUp = SetUp(ranks, mesh, usable, own, op);
+  std::vector<double> const calls = TimeCalls(ranks, op, own.count(), field, run.values);
   run.times = SummariseTimes(ranks, setUp, calls, own.count());
   ranks.Together([&] { ReadRows(op, own.count(), run.values); });
   InOrder(ranks, own, run.values);

@@ -38,8 +38,8 @@ struct PointRun {
 /// @param[in] points   the same on every rank, as are `owners`
 /// @param[in] field    [1..NCell], given in usable cells; the operators take it without const and only read it
 /// @param[in] logFile  takes what the operator prints on this rank
-PointRun RunPoints(const Ranks& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable,
-                   const PointSet& points, const std::vector<PointOwner>& owners, std::vector<double>& field,
-                   const std::string& logFile);
+PointRun RunPoints(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable,
+                   PointSet const& points, std::vector<PointOwner> const& owners, std::vector<double>& field,
+                   std::string const& logFile);
 
 }  // namespace zyngrad

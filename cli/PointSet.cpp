@@ -20,25 +20,25 @@ namespace grammar {
 namespace x3 = boost::spirit::x3;
 
 // A quoted field may hold commas, line ends and doubled quotes.
-const auto quoted = '"' >> *(x3::lit("\"\"") | (x3::char_ - '"')) >> '"';
-const auto plain = *(x3::char_ - x3::char_(",\"\r\n"));
-const auto blanks = *x3::char_(" \t");
-const auto field = x3::raw[(blanks >> quoted >> blanks) | plain];
-const auto row = field % ',';
+auto const quoted = '"' >> *(x3::lit("\"\"") | (x3::char_ - '"')) >> '"';
+auto const plain = *(x3::char_ - x3::char_(",\"\r\n"));
+auto const blanks = *x3::char_(" \t");
+auto const field = x3::raw[(blanks >> quoted >> blanks) | plain];
+auto const row = field % ',';
 
 }  // namespace grammar
 
-using Field = boost::iterator_range<const char*>;
+using Field = boost::iterator_range<char const*>;
 
 std::string Trimmed(std::string_view text) {
-  const char* const blanks = " \t";
-  const std::size_t first = text.find_first_not_of(blanks);
+  char const* const blanks = " \t";
+  std::size_t const first = text.find_first_not_of(blanks);
   if (first == std::string_view::npos) return {};
   return std::string(text.substr(first, text.find_last_not_of(blanks) - first + 1));
 }
 
 /// The text that is meant: without blanks at the ends and without quotes.
-std::string Meaning(const Field& field) {
+std::string Meaning(Field const& field) {
   std::string text = Trimmed({field.begin(), field.size()});
   if (text.size() < 2 || text.front() != '"') return text;
   std::string meant;
@@ -76,29 +76,29 @@ class CsvText {
     return true;
   }
 
-  [[noreturn]] void Fail(const char* at, const std::string& what) const {
-    const auto line = 1 + std::count(begin_, at, '\n');
-    const char* lineBegin = at;
+  [[noreturn]] void Fail(char const* at, std::string const& what) const {
+    auto const line = 1 + std::count(begin_, at, '\n');
+    char const* lineBegin = at;
     while (lineBegin != begin_ && lineBegin[-1] != '\n') --lineBegin;
     throw UsageError(OneLine(name_) + ": line " + std::to_string(line) + ", column " +
                      std::to_string(at - lineBegin + 1) + ": " + what);
   }
 
-  const char* at() const { return at_; }
+  char const* at() const { return at_; }
 
  private:
   std::string name_;
-  const char* begin_;
-  const char* at_;
-  const char* end_;
+  char const* begin_;
+  char const* at_;
+  char const* end_;
 };
 
-double Coordinate(const CsvText& csv, const Field& field, char axis) {
-  const std::string text = Meaning(field);
-  const char* begin = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
-  const char* end = text.data() + text.size();
+double Coordinate(CsvText const& csv, Field const& field, char axis) {
+  std::string const text = Meaning(field);
+  char const* begin = text.data() + (text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0);
+  char const* end = text.data() + text.size();
   double value = 0.0;
-  const auto result = std::from_chars(begin, end, value);
+  auto const result = std::from_chars(begin, end, value);
   if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value))
     csv.Fail(field.begin(), Quoted(text) + " is not a finite number (" + axis + ')');
   return value;
@@ -111,12 +111,12 @@ struct Columns {
   std::size_t count = 0;
 };
 
-Columns FindColumns(const CsvText& csv, const std::vector<Field>& header,
-                    const std::vector<std::string>& replaced) {
+Columns FindColumns(CsvText const& csv, std::vector<Field> const& header,
+                    std::vector<std::string> const& replaced) {
   Columns columns;
   columns.count = header.size();
   for (std::size_t a = 0; a < 3; ++a) {
-    const std::string name(1, static_cast<char>('x' + a));
+    std::string const name(1, static_cast<char>('x' + a));
     std::size_t nFound = 0;
     for (std::size_t k = 0; k < header.size(); ++k) {
       if (Lower(Meaning(header[k])) != name) continue;
@@ -132,9 +132,9 @@ Columns FindColumns(const CsvText& csv, const std::vector<Field>& header,
   return columns;
 }
 
-std::string Joined(const std::vector<Field>& fields, const std::vector<std::size_t>& columns) {
+std::string Joined(std::vector<Field> const& fields, std::vector<std::size_t> const& columns) {
   std::string text;
-  for (const std::size_t k : columns) {
+  for (std::size_t const k : columns) {
     if (k != columns.front()) text += ',';
     text.append(fields[k].begin(), fields[k].end());
   }
@@ -143,12 +143,12 @@ std::string Joined(const std::vector<Field>& fields, const std::vector<std::size
 
 }  // namespace
 
-PointSet ReadPoints(const std::string& file, const std::vector<std::string>& replaced) {
-  const reference_host::MeshFile content(file);
+PointSet ReadPoints(std::string const& file, std::vector<std::string> const& replaced) {
+  reference_host::MeshFile const content(file);
   CsvText csv(file, content.Content());
   std::vector<Field> fields;
   if (!csv.Next(fields)) csv.Fail(csv.at(), "a header was expected");
-  const Columns columns = FindColumns(csv, fields, replaced);
+  Columns const columns = FindColumns(csv, fields, replaced);
 
   PointSet points;
   points.header = Joined(fields, columns.carried);

@@ -23,6 +23,6 @@ struct PointSet {
 /// the names in `replaced`.
 /// Throws UsageError `points.csv: line 3, column 7: "1.2.3" is not a finite number (y)`, columns counting
 /// bytes from 1, or MeshError when the file cannot be read.
-PointSet ReadPoints(const std::string& file, const std::vector<std::string>& replaced);
+PointSet ReadPoints(std::string const& file, std::vector<std::string> const& replaced);
 
 }  // namespace zyngrad

@@ -7,23 +7,23 @@
 
 namespace zyngrad {
 
-std::vector<DQVector> NodesOfPoint(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVolumeMesh& mesh,
+std::vector<DQVector> NodesOfPoint(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const& mesh,
                                    int i) {
-  const bool byNodes = op.iSearch_method == 3;
-  const int* const cells = op.m_ppIBConn[i];
-  const int nCells = byNodes ? std::min(cells[0], op.m_pIBTwoSeeds[i] == 1 ? 2 : 1) : cells[0];
+  bool const byNodes = op.iSearch_method == 3;
+  int const* const cells = op.m_ppIBConn[i];
+  int const nCells = byNodes ? std::min(cells[0], op.m_pIBTwoSeeds[i] == 1 ? 2 : 1) : cells[0];
   std::vector<DQVector> nodes;
   for (int k = 1; k <= nCells; ++k) {
-    const IBCnode& cell = op.m_pIBCnode[cells[k]];
+    IBCnode const& cell = op.m_pIBCnode[cells[k]];
     nodes.push_back({cell.x, cell.y, cell.z});
   }
   if (!byNodes) return nodes;
-  const int* const row = op.m_ppIBNodeConn[i];
+  int const* const row = op.m_ppIBNodeConn[i];
   for (int k = 1; k <= row[0]; ++k) nodes.push_back({mesh.xn[row[k]], mesh.yn[row[k]], mesh.zn[row[k]]});
   return nodes;
 }
 
-double ConditionOfPoint(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVolumeMesh& mesh, int i) {
+double ConditionOfPoint(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const& mesh, int i) {
   return KernelCondition(InterpolationDQKernel(op.Span, op.m_pIBSupportLength[i]), NodesOfPoint(op, mesh, i));
 }
 

@@ -10,10 +10,10 @@ namespace zyngrad {
 
 /// Nodes of the system of point i in 1..m_iNIBNode of an operator that is set up: the cells of its stencil; by nodes
 /// (search method 3) the seeds and the mesh nodes around them.
-std::vector<DQVector> NodesOfPoint(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVolumeMesh& mesh,
+std::vector<DQVector> NodesOfPoint(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const& mesh,
                                    int i);
 
 /// Estimated condition number of that system.
-double ConditionOfPoint(const CZynIBRBFInternalObject& op, const CZYN3DFiniteVolumeMesh& mesh, int i);
+double ConditionOfPoint(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const& mesh, int i);
 
 }  // namespace zyngrad

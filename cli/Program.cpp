@@ -28,21 +28,21 @@ namespace {
 
 using Commands = std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>>;
 
-void PrintError(const std::string& what) { std::cerr << "zyngrad: " + OneLine(what) + '\n' << std::flush; }
+void PrintError(std::string const& what) { std::cerr << "zyngrad: " + OneLine(what) + '\n' << std::flush; }
 
 /// Whether every rank gets to the same point before long. Of its own communicator: the ranks that do not may
 /// be in any other collective operation.
 class MeetingPoint {
  public:
-  explicit MeetingPoint(const Ranks& ranks) { MPI_Comm_dup(ranks.communicator(), &communicator_); }
+  explicit MeetingPoint(Ranks const& ranks) { MPI_Comm_dup(ranks.communicator(), &communicator_); }
   ~MeetingPoint() { MPI_Comm_free(&communicator_); }
-  MeetingPoint(const MeetingPoint&) = delete;
-  MeetingPoint& operator=(const MeetingPoint&) = delete;
+  MeetingPoint(MeetingPoint const&) = delete;
+  MeetingPoint& operator=(MeetingPoint const&) = delete;
 
   bool HaveAllCome() const {
     MPI_Request request = MPI_REQUEST_NULL;
     MPI_Ibarrier(communicator_, &request);
-    const auto begin = std::chrono::steady_clock::now();
+    auto const begin = std::chrono::steady_clock::now();
     for (;;) {
       int isDone = 0;
       MPI_Test(&request, &isDone, MPI_STATUS_IGNORE);
@@ -56,7 +56,7 @@ class MeetingPoint {
   MPI_Comm communicator_ = MPI_COMM_NULL;
 };
 
-int FailAlone(const Ranks& ranks, const std::string& what) {
+int FailAlone(Ranks const& ranks, std::string const& what) {
   // Where several ranks fail alike, the first of them has ended the others before they say the same.
   constexpr std::chrono::milliseconds kStep(20);
   std::this_thread::sleep_for(std::min(ranks.rank(), 50) * kStep);
@@ -66,7 +66,7 @@ int FailAlone(const Ranks& ranks, const std::string& what) {
 }
 
 /// An error that every rank should have met, since all have been asked the same.
-int FailTogether(const Ranks& ranks, const MeetingPoint& meeting, const std::string& what) {
+int FailTogether(Ranks const& ranks, MeetingPoint const& meeting, std::string const& what) {
   if (!meeting.HaveAllCome()) return FailAlone(ranks, "rank " + std::to_string(ranks.rank()) + ": " + what);
   if (ranks.IsFirst()) PrintError(what);
   return kWrongInput;
@@ -74,10 +74,10 @@ int FailTogether(const Ranks& ranks, const MeetingPoint& meeting, const std::str
 
 /// mpirun starts each rank with arguments of its own if it is told to. Ranks that do different things wait
 /// for each other for ever.
-void CheckArgumentsOfAll(const std::vector<std::string>& arguments, const Ranks& ranks) {
+void CheckArgumentsOfAll(std::vector<std::string> const& arguments, Ranks const& ranks) {
   std::string text;
-  for (const std::string& argument : arguments) (text += argument) += '\0';
-  const Fingerprint own = FingerprintOfText(text);
+  for (std::string const& argument : arguments) (text += argument) += '\0';
+  Fingerprint const own = FingerprintOfText(text);
   std::uint64_t first[] = {own.size, own.crc};
   MPI_Bcast(first, 2, MPI_UINT64_T, 0, ranks.communicator());
   ranks.Together([&] {
@@ -88,9 +88,9 @@ void CheckArgumentsOfAll(const std::vector<std::string>& arguments, const Ranks&
 }
 
 /// CLI11 would call a mistyped command an unexpected argument.
-void CheckCommandName(const Commands& commands, const std::vector<std::string>& arguments) {
+void CheckCommandName(Commands const& commands, std::vector<std::string> const& arguments) {
   if (arguments.empty() || arguments.front().rfind('-', 0) == 0) return;
-  for (const auto& [subcommand, command] : commands) {
+  for (auto const& [subcommand, command] : commands) {
     if (subcommand->get_name() == arguments.front()) return;
   }
   throw UsageError("unknown command " + Quoted(arguments.front()) + " (see zyngrad --help)");
@@ -98,25 +98,25 @@ void CheckCommandName(const Commands& commands, const std::vector<std::string>& 
 
 /// The command that was asked for, null after --help and --version, whose text has then been printed.
 /// Throws UsageError.
-Command* Parse(CLI::App& program, const Commands& commands, std::vector<std::string> arguments,
-               const Ranks& ranks) {
+Command* Parse(CLI::App& program, Commands const& commands, std::vector<std::string> arguments,
+               Ranks const& ranks) {
   try {
     program.parse(
         std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // CLI11 takes them from the back
-  } catch (const CLI::Success& asked) {
+  } catch (CLI::Success const& asked) {
     // Help is asked of the innermost command named; exit() finds it.
     if (ranks.IsFirst()) program.exit(asked, std::cout, std::cerr);
     return nullptr;
-  } catch (const CLI::ParseError& error) {
+  } catch (CLI::ParseError const& error) {
     throw UsageError(std::string(error.what()) + " (see zyngrad --help)");
   }
-  for (const auto& [subcommand, command] : commands) {
+  for (auto const& [subcommand, command] : commands) {
     if (subcommand->parsed()) return command.get();
   }
   throw UsageError("a command is required (see zyngrad --help)");
 }
 
-int ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) {
+int ParseAndRun(std::vector<std::string> const& arguments, Ranks const& ranks) {
   CLI::App program("Gradients of fields on finite-volume meshes, with their errors.", "zyngrad");
   program.set_version_flag("--version", "zyngrad " ZYNGRAD_VERSION);
   program.set_help_flag("-h,--help", "Print this help and exit");
@@ -147,25 +147,25 @@ int ParseAndRun(const std::vector<std::string>& arguments, const Ranks& ranks) {
 
 }  // namespace
 
-int RunProgram(const std::vector<std::string>& arguments, const Ranks& ranks) {
-  const MeetingPoint meeting(ranks);
+int RunProgram(std::vector<std::string> const& arguments, Ranks const& ranks) {
+  MeetingPoint const meeting(ranks);
   try {
     CheckArgumentsOfAll(arguments, ranks);
     return ParseAndRun(arguments, ranks);
-  } catch (const ClosedPipe&) {
+  } catch (ClosedPipe const&) {
     return kPipeWasClosed;
-  } catch (const AgreedError& error) {
+  } catch (AgreedError const& error) {
     if (error.rankCount() != ranks.count()) return FailTogether(ranks, meeting, error.what());
     // No meeting: the others may take their time to remove what they have written.
     if (ranks.IsFirst()) PrintError(error.what());
     return kWrongInput;
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     return FailTogether(ranks, meeting, error.what());
-  } catch (const reference_host::MeshError& error) {
+  } catch (reference_host::MeshError const& error) {
     return FailTogether(ranks, meeting, error.what());
-  } catch (const std::bad_alloc&) {
+  } catch (std::bad_alloc const&) {
     return FailAlone(ranks, "not enough memory on rank " + std::to_string(ranks.rank()));
-  } catch (const std::exception& error) {
+  } catch (std::exception const& error) {
     return FailAlone(ranks, error.what());
   }
 }

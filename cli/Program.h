@@ -15,6 +15,6 @@ enum ExitCode { kSuccess = 0, kFoundFaults = 1, kWrongInput = 2, kPipeWasClosed 
 /// outside of any agreement between the ranks aborts all of them, since the others would wait for it. When
 /// the reader of standard output has gone, nothing is reported.
 /// @return the exit code, the same on every rank
-int RunProgram(const std::vector<std::string>& arguments, const Ranks& ranks);
+int RunProgram(std::vector<std::string> const& arguments, Ranks const& ranks);
 
 }  // namespace zyngrad

@@ -16,16 +16,16 @@ Progress::~Progress() {
   if (!enabled_) return;
   Done();
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    std::lock_guard<std::mutex> const lock(mutex_);
     ending_ = true;
   }
   changed_.notify_one();
   watcher_.join();
 }
 
-void Progress::Stage(const std::string& what) {
+void Progress::Stage(std::string const& what) {
   if (!enabled_) return;
-  const std::lock_guard<std::mutex> lock(mutex_);
+  std::lock_guard<std::mutex> const lock(mutex_);
   Wipe();
   what_ = what;
   begin_ = std::chrono::steady_clock::now();
@@ -39,7 +39,7 @@ void Progress::Watch() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!ending_) {
     changed_.wait_for(lock, std::chrono::milliseconds(250));
-    const auto seconds =
+    auto const seconds =
         std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - begin_).count();
     if (ending_ || what_.empty() || seconds < 1) continue;
     std::fprintf(stderr, "\r\033[K%s ... %lld s", what_.c_str(), static_cast<long long>(seconds));

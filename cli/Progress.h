@@ -17,11 +17,11 @@ class Progress {
  public:
   explicit Progress(bool enabled);
   ~Progress();
-  Progress(const Progress&) = delete;
-  Progress& operator=(const Progress&) = delete;
+  Progress(Progress const&) = delete;
+  Progress& operator=(Progress const&) = delete;
 
   /// Ends the running stage and begins the next.
-  void Stage(const std::string& what);
+  void Stage(std::string const& what);
 
   /// Ends the running stage; call it before writing to the terminal.
   void Done();
@@ -33,7 +33,7 @@ class Progress {
   void Watch();
   void Wipe();
 
-  const bool enabled_;
+  bool const enabled_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::string what_;  ///< empty: no stage is running

@@ -9,7 +9,7 @@ namespace zyngrad {
 namespace {
 
 /// Cells of all ranks with at least one symmetry face; each counts once.
-std::int64_t CellsBesideSymmetry(const Ranks& ranks, const CZYN3DFiniteVolumeMesh& mesh) {
+std::int64_t CellsBesideSymmetry(Ranks const& ranks, CZYN3DFiniteVolumeMesh const& mesh) {
   std::set<int> cells;
   for (int f = 1; f <= mesh.NSymmetry; ++f) cells.insert(mesh.ijSymmetryCV[f]);
   auto own = static_cast<std::int64_t>(cells.size());
@@ -20,10 +20,10 @@ std::int64_t CellsBesideSymmetry(const Ranks& ranks, const CZYN3DFiniteVolumeMes
 
 }  // namespace
 
-std::vector<std::string> RadialBasisRemarks(const Ranks& ranks, reference_host::HostPartition& partition,
-                                            const RadialBasisSettings& settings) {
+std::vector<std::string> RadialBasisRemarks(Ranks const& ranks, reference_host::HostPartition& partition,
+                                            RadialBasisSettings const& settings) {
   std::vector<std::string> remarks;
-  const std::int64_t nBeside = CellsBesideSymmetry(ranks, *partition.mesh());
+  std::int64_t const nBeside = CellsBesideSymmetry(ranks, *partition.mesh());
   if (nBeside > 0) {
     remarks.push_back("wrong beside symmetry faces, in " + Grouped(nBeside) +
                       (nBeside == 1 ? " cell" : " cells") +

@@ -10,16 +10,16 @@
 
 namespace zyngrad {
 
-double PositiveNumber(const std::string& option, const std::string& text) {
+double PositiveNumber(std::string const& option, std::string const& text) {
   double value = 0.0;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
+  char const* end = text.data() + text.size();
+  auto const result = std::from_chars(text.data(), end, value);
   if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value) || value <= 0.0)
     throw UsageError(option + ' ' + Quoted(text) + ": expected a number above 0");
   return value;
 }
 
-std::string SettingsFileText(const RadialBasisSettings& settings) {
+std::string SettingsFileText(RadialBasisSettings const& settings) {
   return "1001\n"
          "Span              = " +
          ShortestText(settings.span) +
@@ -28,7 +28,7 @@ std::string SettingsFileText(const RadialBasisSettings& settings) {
          (settings.shapeNormalize ? "1" : "0") + "\n";
 }
 
-std::string WriteSettingsFile(const std::string& file, const RadialBasisSettings& settings) {
+std::string WriteSettingsFile(std::string const& file, RadialBasisSettings const& settings) {
   return WriteSettingsText(file, SettingsFileText(settings));
 }
 

@@ -11,15 +11,15 @@ struct RadialBasisSettings {
 };
 
 /// A finite number above zero, as --span takes it; throws UsageError that names the option.
-double PositiveNumber(const std::string& option, const std::string& text);
+double PositiveNumber(std::string const& option, std::string const& text);
 
 /// The three lines of the settings file. `span` is written with as many digits as it takes to read back the
 /// same number.
-std::string SettingsFileText(const RadialBasisSettings& settings);
+std::string SettingsFileText(RadialBasisSettings const& settings);
 
 /// Writes the settings to `file`, which ends in ".rbf".
 /// @return the base file name that makes the operator read this file
 /// Throws UsageError when that fails or when the name is too long for the operator.
-std::string WriteSettingsFile(const std::string& file, const RadialBasisSettings& settings);
+std::string WriteSettingsFile(std::string const& file, RadialBasisSettings const& settings);
 
 }  // namespace zyngrad

@@ -10,12 +10,12 @@ namespace zyngrad {
 namespace {
 
 /// What `work` threw, in words; nothing when it returned.
-std::optional<std::string> ErrorOf(const std::function<void()>& work, int rank) {
+std::optional<std::string> ErrorOf(std::function<void()> const& work, int rank) {
   try {
     work();
-  } catch (const std::bad_alloc&) {
+  } catch (std::bad_alloc const&) {
     return "not enough memory on rank " + std::to_string(rank);
-  } catch (const std::exception& error) {
+  } catch (std::exception const& error) {
     return error.what();
   }
   return std::nullopt;
@@ -23,8 +23,8 @@ std::optional<std::string> ErrorOf(const std::function<void()>& work, int rank) 
 
 /// The values of all ranks on the first one.
 template <class T>
-std::vector<T> GatherRows(const std::vector<T>& own, MPI_Datatype type, const Ranks& ranks) {
-  const int nOwn = static_cast<int>(own.size());
+std::vector<T> GatherRows(std::vector<T> const& own, MPI_Datatype type, Ranks const& ranks) {
+  int const nOwn = static_cast<int>(own.size());
   std::vector<int> counts(ranks.IsFirst() ? static_cast<std::size_t>(ranks.count()) : 0), starts(counts);
   MPI_Gather(&nOwn, 1, MPI_INT, counts.data(), 1, MPI_INT, 0, ranks.communicator());
   int length = 0;
@@ -45,9 +45,9 @@ Ranks::Ranks(MPI_Comm communicator) : communicator_(communicator) {
   MPI_Comm_size(communicator_, &count_);
 }
 
-void Ranks::Together(const std::function<void()>& work) const {
-  const std::optional<std::string> error = ErrorOf(work, rank_);
-  const int mine = error ? rank_ : count_;
+void Ranks::Together(std::function<void()> const& work) const {
+  std::optional<std::string> const error = ErrorOf(work, rank_);
+  int const mine = error ? rank_ : count_;
   int lowest = count_;
   MPI_Allreduce(&mine, &lowest, 1, MPI_INT, MPI_MIN, communicator_);
   if (lowest == count_) return;
@@ -74,8 +74,8 @@ std::vector<double> Ranks::Gather(double value) const {
   return all;
 }
 
-std::vector<std::vector<double>> Ranks::Gather(const std::vector<double>& row) const {
-  const std::size_t length = row.size();
+std::vector<std::vector<double>> Ranks::Gather(std::vector<double> const& row) const {
+  std::size_t const length = row.size();
   std::vector<double> all(length * static_cast<std::size_t>(count_));
   MPI_Allgather(row.data(), static_cast<int>(length), MPI_DOUBLE, all.data(), static_cast<int>(length),
                 MPI_DOUBLE, communicator_);
@@ -87,16 +87,16 @@ std::vector<std::vector<double>> Ranks::Gather(const std::vector<double>& row) c
   return rows;
 }
 
-std::vector<double> Ranks::GatherOnFirst(const std::vector<double>& own) const {
+std::vector<double> Ranks::GatherOnFirst(std::vector<double> const& own) const {
   return GatherRows(own, MPI_DOUBLE, *this);
 }
 
-std::vector<std::int64_t> Ranks::GatherOnFirst(const std::vector<std::int64_t>& own) const {
+std::vector<std::int64_t> Ranks::GatherOnFirst(std::vector<std::int64_t> const& own) const {
   return GatherRows(own, MPI_INT64_T, *this);
 }
 
-std::string Ranks::GatherOnFirst(const std::string& own) const {
-  const std::vector<char> all = GatherRows(std::vector<char>(own.begin(), own.end()), MPI_CHAR, *this);
+std::string Ranks::GatherOnFirst(std::string const& own) const {
+  std::vector<char> const all = GatherRows(std::vector<char>(own.begin(), own.end()), MPI_CHAR, *this);
   return {all.begin(), all.end()};
 }
 

@@ -24,7 +24,7 @@ class Ranks {
 
   /// Collective. Runs `work` on every rank; it must not call anything collective. If it throws on some rank,
   /// every rank throws AgreedError with the text of the lowest such rank: no rank is left waiting.
-  void Together(const std::function<void()>& work) const;
+  void Together(std::function<void()> const& work) const;
 
   void Barrier() const;
   double Max(double value) const;  ///< collective
@@ -35,18 +35,18 @@ class Ranks {
 
   /// Collective. The values of all ranks one after the other, in rank order, on the first rank; empty on the
   /// others.
-  std::vector<double> GatherOnFirst(const std::vector<double>& own) const;
-  std::vector<std::int64_t> GatherOnFirst(const std::vector<std::int64_t>& own) const;
+  std::vector<double> GatherOnFirst(std::vector<double> const& own) const;
+  std::vector<std::int64_t> GatherOnFirst(std::vector<std::int64_t> const& own) const;
 
   /// Collective. Likewise, of texts.
-  std::string GatherOnFirst(const std::string& own) const;
+  std::string GatherOnFirst(std::string const& own) const;
 
   /// Collective. The first rank's values, on every rank.
   void Broadcast(std::vector<double>& values) const;
   void Broadcast(std::string& text) const;
 
   /// Collective. Rows of equal length, one a rank, in rank order, on every rank.
-  std::vector<std::vector<double>> Gather(const std::vector<double>& row) const;
+  std::vector<std::vector<double>> Gather(std::vector<double> const& row) const;
 
  private:
   MPI_Comm communicator_;

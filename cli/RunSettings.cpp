@@ -21,11 +21,11 @@ std::string SettingsName(int rank) { return "settings.rank" + std::to_string(ran
 
 std::string ShortestText(double value) {
   char buffer[32];
-  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+  auto const result = std::to_chars(buffer, buffer + sizeof buffer, value);
   return {buffer, result.ptr};
 }
 
-std::string WriteSettingsText(const std::string& file, const std::string& text) {
+std::string WriteSettingsText(std::string const& file, std::string const& text) {
   if (file.size() > kLongestName) {
     throw UsageError("the name of the settings file " + Quoted(file) + " is longer than " +
                      std::to_string(kLongestName) + " characters");
@@ -38,16 +38,16 @@ std::string WriteSettingsText(const std::string& file, const std::string& text) 
   return file.substr(0, file.size() - kExtensionLength) + ".dat";
 }
 
-std::vector<std::string> RunSettingsFiles(const Ranks& ranks) {
+std::vector<std::string> RunSettingsFiles(Ranks const& ranks) {
   std::vector<std::string> files;
   for (int rank = 0; rank < ranks.count(); ++rank) files.push_back(SettingsName(rank));
   return files;
 }
 
-void StageRunSettings(const Ranks& ranks, reference_host::HostPartition& partition, OutputFolder& folder,
-                      const std::string& text) {
+void StageRunSettings(Ranks const& ranks, reference_host::HostPartition& partition, OutputFolder& folder,
+                      std::string const& text) {
   ranks.Together([&] {
-    const std::string file = folder.Stage(SettingsName(ranks.rank()));
+    std::string const file = folder.Stage(SettingsName(ranks.rank()));
     partition.SetBaseFileName(WriteSettingsText(file, text));
   });
 }

@@ -11,7 +11,7 @@ constexpr int kThreadsOfItsOwn = 1;  // what openblas_get_parallel says of a bui
 
 /// A function of a library that may or may not have been loaded; null: it was not.
 template <class Function>
-Function* Loaded(const char* name) {
+Function* Loaded(char const* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));
 }
 

@@ -10,7 +10,7 @@ namespace zyngrad {
 std::string SpanOutOfRange(double span, double length) {
   constexpr double kHighestPower = 8.0;
   if (!std::isfinite(length) || !(length > 0.0)) return {};
-  const double power = std::pow(span * length, kHighestPower);
+  double const power = std::pow(span * length, kHighestPower);
   if (std::isnormal(power) && std::isnormal(1.0 / power)) return {};
   return "--span " + ShortestText(span) + " is too " + (power < 1.0 ? "small" : "large") +
          ": the support radius, that times a stencil's length of about " + Scientific(length, 2) +
@@ -18,7 +18,7 @@ std::string SpanOutOfRange(double span, double length) {
 }
 
 std::string WhyRadialBasisIsNotFinite(double span, double length) {
-  const std::string reason = SpanOutOfRange(span, length);
+  std::string const reason = SpanOutOfRange(span, length);
   return reason.empty() ? "zyngrad check shows which systems are singular, and where" : reason;
 }
 

@@ -26,19 +26,19 @@ bool IsClosedPipe() {
 }  // namespace
 
 void SecureStandardStreams() {
-  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+  for (int const descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) >= 0 || errno != EBADF) continue;
     // The lowest free number is this one. Open for the other direction, it fails when it is used, as it would
     // have.
-    [[maybe_unused]] const int opened = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    [[maybe_unused]] int const opened = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
   callerIgnoresClosedPipes = std::signal(SIGPIPE, SIG_IGN) == SIG_IGN;
 }
 
-void FlushStandardOutput(const Ranks& ranks) {
+void FlushStandardOutput(Ranks const& ranks) {
   std::cout.flush();
-  const bool isWhole = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
-  const bool isClosed = !isWhole && !callerIgnoresClosedPipes && IsClosedPipe();
+  bool const isWhole = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
+  bool const isClosed = !isWhole && !callerIgnoresClosedPipes && IsClosedPipe();
   if (ranks.Max(isClosed ? 1.0 : 0.0) > 0.0) throw ClosedPipe();
   ranks.Together([isWhole] {
     if (!isWhole) throw UsageError("cannot write to standard output");

@@ -29,7 +29,7 @@ std::string& Loss() {
   return loss;
 }
 
-void Note(const std::string& file, int reason) {
+void Note(std::string const& file, int reason) {
   if (!Loss().empty()) return;
   Loss() = "cannot write " + QuotedPath(file) + ": " +
            (reason != 0 ? std::strerror(reason) : "not all of it was written");
@@ -37,7 +37,7 @@ void Note(const std::string& file, int reason) {
 
 /// Whether something of what was written is lost; the streams forget it.
 bool TakeStreamErrors() {
-  const bool lost = !std::cout || std::ferror(stdout) != 0;
+  bool const lost = !std::cout || std::ferror(stdout) != 0;
   std::cout.clear();
   std::clearerr(stdout);
   return lost;
@@ -45,12 +45,12 @@ bool TakeStreamErrors() {
 
 }  // namespace
 
-StdoutToFile::StdoutToFile(const std::string& file) : file_(file) {
+StdoutToFile::StdoutToFile(std::string const& file) : file_(file) {
   FlushStdout();
   // Errors of standard output itself are for its own end to report.
   if (!std::cout || std::ferror(stdout) != 0) return;
-  const NoInterruption wait;  // no new file where a signal is just having the old ones removed
-  const int target = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  NoInterruption const wait;  // no new file where a signal is just having the old ones removed
+  int const target = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   if (target < 0) {
     Note(file_, errno);
     return;
@@ -69,7 +69,7 @@ StdoutToFile::~StdoutToFile() {
   if (saved_ < 0) return;
   errno = 0;
   FlushStdout();
-  const int reason = errno;
+  int const reason = errno;
   if (TakeStreamErrors()) Note(file_, reason);
   dup2(saved_, STDOUT_FILENO);
   close(saved_);

@@ -12,10 +12,10 @@ namespace zyngrad {
 /// lost; standard output itself is none the worse. CheckAll tells of both afterwards. One object at a time.
 class StdoutToFile {
  public:
-  explicit StdoutToFile(const std::string& file);  ///< appends; the file is made if missing
+  explicit StdoutToFile(std::string const& file);  ///< appends; the file is made if missing
   ~StdoutToFile();
-  StdoutToFile(const StdoutToFile&) = delete;
-  StdoutToFile& operator=(const StdoutToFile&) = delete;
+  StdoutToFile(StdoutToFile const&) = delete;
+  StdoutToFile& operator=(StdoutToFile const&) = delete;
 
   /// Throws UsageError, once, when a file of this process has not taken all that was sent to it.
   static void CheckAll();

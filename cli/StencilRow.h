@@ -11,8 +11,8 @@ namespace zyngrad {
 #if defined(__GNUC__)
 __attribute__((no_sanitize("vptr")))
 #endif
-inline const int*
-StencilRow(const Cpp_DataStructure& table, int k) {
+inline int const*
+StencilRow(Cpp_DataStructure const& table, int k) {
   return table.m_ppRow[k];
 }
 

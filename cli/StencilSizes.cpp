@@ -6,11 +6,11 @@
 
 namespace zyngrad {
 
-StencilSizes SummariseStencils(const Ranks& ranks, const std::vector<int>& members) {
+StencilSizes SummariseStencils(Ranks const& ranks, std::vector<int> const& members) {
   std::int64_t own[2] = {static_cast<std::int64_t>(members.size()), 0};
   // The largest of the negative ones is the least.
   int ownLimits[2] = {-2147483647, 0};
-  for (const int n : members) {
+  for (int const n : members) {
     own[1] += n;
     ownLimits[0] = std::max(ownLimits[0], -n);
     ownLimits[1] = std::max(ownLimits[1], n);
@@ -22,12 +22,12 @@ StencilSizes SummariseStencils(const Ranks& ranks, const std::vector<int>& membe
   return {all[0], all[1], all[0] > 0 ? -limits[0] : 0, limits[1]};
 }
 
-std::string StencilSizesInWords(const StencilSizes& sizes) {
+std::string StencilSizesInWords(StencilSizes const& sizes) {
   return "stencils of " + std::to_string(sizes.least) + " to " + std::to_string(sizes.most) + " cells, " +
          Fixed(sizes.Mean(), 1) + " in the mean";
 }
 
-nlohmann::ordered_json StencilSizesAsJson(const StencilSizes& sizes) {
+nlohmann::ordered_json StencilSizesAsJson(StencilSizes const& sizes) {
   return {{"least", sizes.least}, {"most", sizes.most}, {"mean", sizes.Mean()}};
 }
 

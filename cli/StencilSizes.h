@@ -21,11 +21,11 @@ struct StencilSizes {
 };
 
 /// Collective. @param[in] members  of each stencil of this rank
-StencilSizes SummariseStencils(const Ranks& ranks, const std::vector<int>& members);
+StencilSizes SummariseStencils(Ranks const& ranks, std::vector<int> const& members);
 
 /// "stencils of 4 to 27 cells, 18.2 in the mean".
-std::string StencilSizesInWords(const StencilSizes& sizes);
+std::string StencilSizesInWords(StencilSizes const& sizes);
 
-nlohmann::ordered_json StencilSizesAsJson(const StencilSizes& sizes);
+nlohmann::ordered_json StencilSizesAsJson(StencilSizes const& sizes);
 
 }  // namespace zyngrad

@@ -18,10 +18,10 @@ std::string Number(double value) {
 }
 
 /// Smallest and largest of the values that count; {1, 0} without any.
-std::pair<double, double> Range(const std::vector<double>& values, double above) {
+std::pair<double, double> Range(std::vector<double> const& values, double above) {
   std::pair<double, double> range = {std::numeric_limits<double>::infinity(), 0.0};
   bool isFirst = true;
-  for (const double value : values) {
+  for (double const value : values) {
     if (!std::isfinite(value) || !(value > above)) continue;
     range.first = isFirst ? value : std::min(range.first, value);
     range.second = isFirst ? value : std::max(range.second, value);
@@ -32,18 +32,18 @@ std::pair<double, double> Range(const std::vector<double>& values, double above)
 
 }  // namespace
 
-StudyAxis StudyAxis::Logarithmic(const std::vector<double>& values) {
+StudyAxis StudyAxis::Logarithmic(std::vector<double> const& values) {
   auto [low, high] = Range(values, 0.0);
   if (low > high) return {true, 0.1, 1.0};
   // At least half a decade, so that equal errors make a straight line and no noise.
-  const double room = std::max(kRoom * std::log10(high / low), 0.5 * (0.5 - std::log10(high / low)));
+  double const room = std::max(kRoom * std::log10(high / low), 0.5 * (0.5 - std::log10(high / low)));
   return {true, low * std::pow(10.0, -room), high * std::pow(10.0, room)};
 }
 
-StudyAxis StudyAxis::Linear(const std::vector<double>& values) {
+StudyAxis StudyAxis::Linear(std::vector<double> const& values) {
   auto [low, high] = Range(values, -std::numeric_limits<double>::infinity());
   if (low > high) return {false, 0.0, 1.0};
-  const double room = high > low ? kRoom * (high - low) : 0.5;
+  double const room = high > low ? kRoom * (high - low) : 0.5;
   return {false, low - room, high + room};
 }
 
@@ -67,13 +67,13 @@ double StudyAxis::Decades() const { return std::log10(high_ / low_); }
 void StudyAxis::AddLogarithmicTicks() {
   constexpr double kFewDecades = 2.0, kLessThanOne = 0.8;
   constexpr int kMostPowers = 8;
-  const bool isShort = Decades() <= kFewDecades;
-  const int first = static_cast<int>(std::floor(std::log10(low_)));
-  const int last = static_cast<int>(std::ceil(std::log10(high_)));
-  const int step = (last - first) / kMostPowers + 1;
+  bool const isShort = Decades() <= kFewDecades;
+  int const first = static_cast<int>(std::floor(std::log10(low_)));
+  int const last = static_cast<int>(std::ceil(std::log10(high_)));
+  int const step = (last - first) / kMostPowers + 1;
   for (int power = first; power <= last; ++power) {
     for (int k = 1; k <= 9; ++k) {
-      const double value = k * std::pow(10.0, power);
+      double const value = k * std::pow(10.0, power);
       if (value < low_ || value > high_) continue;
       std::string label;
       if (isShort && (k == 1 || k == 2 || k == 5 || Decades() < kLessThanOne)) label = Number(value);
@@ -86,12 +86,12 @@ void StudyAxis::AddLogarithmicTicks() {
 // About five steps of 1, 2 or 5 times a power of ten.
 void StudyAxis::AddLinearTicks() {
   constexpr double kSteps = 5.0;
-  const double power = std::pow(10.0, std::floor(std::log10((high_ - low_) / kSteps)));
+  double const power = std::pow(10.0, std::floor(std::log10((high_ - low_) / kSteps)));
   double step = power;
-  for (const double factor : {2.0, 5.0, 10.0})
+  for (double const factor : {2.0, 5.0, 10.0})
     if ((high_ - low_) / step > 1.5 * kSteps) step = factor * power;
   for (double k = std::ceil(low_ / step); k * step <= high_; k += 1.0) {
-    const double value = k * step + 0.0;  // -0 has become 0
+    double const value = k * step + 0.0;  // -0 has become 0
     ticks_.push_back({value, Number(value)});
   }
 }

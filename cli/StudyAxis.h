@@ -15,8 +15,8 @@ class StudyAxis {
 
   /// An axis that holds all the values, with some room at both ends. What is not finite, and on a logarithmic
   /// axis what is not above zero, does not count. Without any value it goes from 0.1 to 1, or from 0 to 1.
-  static StudyAxis Logarithmic(const std::vector<double>& values);
-  static StudyAxis Linear(const std::vector<double>& values);
+  static StudyAxis Logarithmic(std::vector<double> const& values);
+  static StudyAxis Linear(std::vector<double> const& values);
 
   /// 0 at the low end, 1 at the high end, beyond them outside.
   double Place(double value) const;
@@ -27,7 +27,7 @@ class StudyAxis {
   bool IsLogarithmic() const { return isLogarithmic_; }
   double low() const { return low_; }    ///< value at the low end
   double high() const { return high_; }  ///< value at the high end
-  const std::vector<Tick>& ticks() const { return ticks_; }
+  std::vector<Tick> const& ticks() const { return ticks_; }
 
   /// Powers of ten on a logarithmic axis.
   double Decades() const;

@@ -21,7 +21,7 @@ namespace zyngrad {
 
 using reference_host::HostPartition;
 
-StudyCondition SummariseConditions(const Ranks& ranks, const std::vector<double>& own) {
+StudyCondition SummariseConditions(Ranks const& ranks, std::vector<double> const& own) {
   std::vector<double> all = ranks.GatherOnFirst(own);
   for (double& condition : all)
     if (std::isnan(condition)) condition = std::numeric_limits<double>::infinity();
@@ -35,28 +35,28 @@ StudyCondition SummariseConditions(const Ranks& ranks, const std::vector<double>
 }
 
 std::vector<int> SpreadSample(int n) {
-  const int step = n / kMostSystems + 1;
+  int const step = n / kMostSystems + 1;
   std::vector<int> sample;
   for (int k = 1; k <= n; k += step) sample.push_back(k);
   return sample;
 }
 
-std::vector<double> GradientConditions(HostPartition& partition, const RadialBasisSettings& settings) {
+std::vector<double> GradientConditions(HostPartition& partition, RadialBasisSettings const& settings) {
   std::vector<double> conditions;
   VisitCellStencils(partition, SpreadSample(partition.mesh()->NInnerCells), settings, "/dev/null",
-                    [&conditions](int, const CellStencil& stencil) {
+                    [&conditions](int, CellStencil const& stencil) {
                       conditions.push_back(ConditionEstimate(stencil.matrix, stencil.Order()));
                     });
   return conditions;
 }
 
-std::vector<double> FaceConditions(HostPartition& partition, const InterpolationSettings& settings) {
-  const StdoutToFile silence("/dev/null");
-  const FaceSystems systems(partition, FaceGroup::Inner, settings);
+std::vector<double> FaceConditions(HostPartition& partition, InterpolationSettings const& settings) {
+  StdoutToFile const silence("/dev/null");
+  FaceSystems const systems(partition, FaceGroup::Inner, settings);
   std::vector<double> conditions;
-  for (const int f : SpreadSample(systems.faces().count)) {
+  for (int const f : SpreadSample(systems.faces().count)) {
     if (systems.isByNormal()) {
-      for (const auto side : {FaceSystems::kP, FaceSystems::kE})
+      for (auto const side : {FaceSystems::kP, FaceSystems::kE})
         conditions.push_back(systems.SideOf(f, side).condition);
     } else {
       conditions.push_back(systems.ConditionOf(f));
@@ -65,22 +65,22 @@ std::vector<double> FaceConditions(HostPartition& partition, const Interpolation
   return conditions;
 }
 
-std::vector<double> PointConditions(HostPartition& partition, UsableCells& usable, const PointSet& points,
-                                    const InterpolationSettings& settings) {
+std::vector<double> PointConditions(HostPartition& partition, UsableCells& usable, PointSet const& points,
+                                    InterpolationSettings const& settings) {
   PointSet chosen;
   chosen.x = chosen.y = chosen.z = {0.0};  // the operator counts from 1
-  for (const int i : SpreadSample(static_cast<int>(points.size()))) {
-    const auto k = static_cast<std::size_t>(i) - 1;
+  for (int const i : SpreadSample(static_cast<int>(points.size()))) {
+    auto const k = static_cast<std::size_t>(i) - 1;
     chosen.x.push_back(points.x[k]);
     chosen.y.push_back(points.y[k]);
     chosen.z.push_back(points.z[k]);
   }
-  const int nPoints = static_cast<int>(chosen.size()) - 1;
+  int const nPoints = static_cast<int>(chosen.size()) - 1;
   if (nPoints == 0) return {};
 
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   partition.SetBaseFileName(WriteSettingsText(folder.path() + "/settings.rbf", PointSettingsText(settings)));
-  const StdoutToFile silence("/dev/null");
+  StdoutToFile const silence("/dev/null");
   CZynIBRBFInternalObject op;
   op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
   op.getPartitionFace(partition.partitionFaces());

@@ -20,7 +20,7 @@ struct StudyCondition {
 };
 
 /// Collective. @param[in] own  of the systems of this rank; the same on every rank afterwards
-StudyCondition SummariseConditions(const Ranks& ranks, const std::vector<double>& own);
+StudyCondition SummariseConditions(Ranks const& ranks, std::vector<double> const& own);
 
 /// At most so many systems of a rank are looked at, evenly spread.
 constexpr int kMostSystems = 2000;
@@ -33,15 +33,15 @@ std::vector<int> SpreadSample(int n);
 
 /// Of the radial-basis gradient: a system with constant term for each interior cell.
 std::vector<double> GradientConditions(reference_host::HostPartition& partition,
-                                       const RadialBasisSettings& settings);
+                                       RadialBasisSettings const& settings);
 
 /// Of the interpolation to inner faces: the face's system; for method 4 those of its two points on the normal.
 std::vector<double> FaceConditions(reference_host::HostPartition& partition,
-                                   const InterpolationSettings& settings);
+                                   InterpolationSettings const& settings);
 
 /// Of the interpolation to points: the point's system.
 /// @param[in] points  those that this rank serves
 std::vector<double> PointConditions(reference_host::HostPartition& partition, UsableCells& usable,
-                                    const PointSet& points, const InterpolationSettings& settings);
+                                    PointSet const& points, InterpolationSettings const& settings);
 
 }  // namespace zyngrad

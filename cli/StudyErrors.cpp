@@ -14,7 +14,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 struct Sums {
   double count = 0.0, weight = 0.0, error = 0.0, error2 = 0.0, nNotFinite = 0.0, max = -1.0;
 
-  void Add(const StudyError& e) {
+  void Add(StudyError const& e) {
     count += 1.0;
     weight += e.weight;
     error += e.weight * e.error;
@@ -25,9 +25,9 @@ struct Sums {
       nNotFinite += 1.0;
   }
 
-  StudyNorms OfAll(const Ranks& ranks) const {
+  StudyNorms OfAll(Ranks const& ranks) const {
     Sums all;
-    for (const auto& row : ranks.Gather({count, weight, error, error2, nNotFinite, max})) {
+    for (auto const& row : ranks.Gather({count, weight, error, error2, nNotFinite, max})) {
       all.count += row[0];
       all.weight += row[1];
       all.error += row[2];
@@ -49,7 +49,7 @@ struct Sums {
 
 void ErrorHistogram::Add(double error) {
   if (!std::isfinite(error)) return;
-  const double place = error > 0.0 ? (std::log10(error) - kLowest) * kPerDecade : 0.0;
+  double const place = error > 0.0 ? (std::log10(error) - kLowest) * kPerDecade : 0.0;
   ++count[static_cast<std::size_t>(std::clamp(place, 0.0, kBins - 1.0))];
 }
 
@@ -57,18 +57,18 @@ double ErrorHistogram::LowerEnd(int bin) {
   return std::pow(10.0, kLowest + static_cast<double>(bin) / kPerDecade);
 }
 
-StudyErrors SummariseStudyErrors(const Ranks& ranks, const std::vector<StudyError>& own) {
+StudyErrors SummariseStudyErrors(Ranks const& ranks, std::vector<StudyError> const& own) {
   Sums interior, boundary;
   ErrorHistogram histogram;
-  for (const StudyError& e : own) {
+  for (StudyError const& e : own) {
     (e.boundary ? boundary : interior).Add(e);
     histogram.Add(e.error);
   }
   StudyErrors errors;
   errors.interior = interior.OfAll(ranks);
   errors.boundary = boundary.OfAll(ranks);
-  const std::vector<double> counts(histogram.count.begin(), histogram.count.end());
-  for (const std::vector<double>& row : ranks.Gather(counts)) {
+  std::vector<double> const counts(histogram.count.begin(), histogram.count.end());
+  for (std::vector<double> const& row : ranks.Gather(counts)) {
     for (std::size_t bin = 0; bin < row.size(); ++bin)
       errors.histogram.count[bin] += static_cast<std::int64_t>(row[bin]);
   }
@@ -76,7 +76,7 @@ StudyErrors SummariseStudyErrors(const Ranks& ranks, const std::vector<StudyErro
 }
 
 double ObservedOrder(double coarseError, double fineError, double coarseSpacing, double fineSpacing) {
-  for (const double number : {coarseError, fineError, coarseSpacing, fineSpacing})
+  for (double const number : {coarseError, fineError, coarseSpacing, fineSpacing})
     if (!(number > 0.0) || !std::isfinite(number)) return kNaN;
   if (coarseSpacing == fineSpacing) return kNaN;
   return std::log(coarseError / fineError) / std::log(coarseSpacing / fineSpacing);

@@ -43,7 +43,7 @@ struct StudyErrors {
 };
 
 /// Collective. The sums run in the given order on each rank and then in rank order.
-StudyErrors SummariseStudyErrors(const Ranks& ranks, const std::vector<StudyError>& own);
+StudyErrors SummariseStudyErrors(Ranks const& ranks, std::vector<StudyError> const& own);
 
 /// Slope of log(error) over log(spacing) between two levels; NaN unless all four are positive and finite and
 /// the spacings differ.

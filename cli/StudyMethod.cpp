@@ -17,9 +17,9 @@ constexpr int kFaceMethods = 4, kPointMethods = 3;
 
 std::vector<StudyMethod> MakeStudyMethods() {
   std::vector<StudyMethod> methods;
-  for (const GradientMethod& gradient : GradientMethods()) {
+  for (GradientMethod const& gradient : GradientMethods()) {
     if (gradient.nFields != 1) continue;  // three fields at once are the plain method with the same bits
-    const double span = gradient.gradientType == kRadialBasisType ? kGradientSpan : 0.0;
+    double const span = gradient.gradientType == kRadialBasisType ? kGradientSpan : 0.0;
     methods.push_back({gradient.name, gradient.description, Kind::Gradient, &gradient, 0, span,
                        std::string(gradient.name) == "iterated"});
   }
@@ -36,7 +36,7 @@ std::vector<StudyMethod> MakeStudyMethods() {
   return methods;
 }
 
-bool IsMeantBy(const std::string& word, const StudyMethod& method) {
+bool IsMeantBy(std::string const& word, StudyMethod const& method) {
   if (word == "all" || word == method.name) return true;
   switch (method.kind) {
     case Kind::Gradient:
@@ -51,42 +51,42 @@ bool IsMeantBy(const std::string& word, const StudyMethod& method) {
 
 std::string NamesOfMethods() {
   std::string names;
-  for (const StudyMethod& method : StudyMethods()) names += method.name + ", ";
+  for (StudyMethod const& method : StudyMethods()) names += method.name + ", ";
   return names + "gradients, faces, points or all";
 }
 
 }  // namespace
 
-const std::vector<StudyMethod>& StudyMethods() {
-  static const std::vector<StudyMethod> methods = MakeStudyMethods();
+std::vector<StudyMethod> const& StudyMethods() {
+  static std::vector<StudyMethod> const methods = MakeStudyMethods();
   return methods;
 }
 
-std::vector<const StudyMethod*> ChooseStudyMethods(const std::string& names) {
-  const std::vector<std::string> words = WordsBetweenCommas(names);
-  const std::vector<StudyMethod>& all = StudyMethods();
-  for (const std::string& word : words) {
-    if (std::none_of(all.begin(), all.end(), [&word](const StudyMethod& m) { return IsMeantBy(word, m); }))
+std::vector<StudyMethod const*> ChooseStudyMethods(std::string const& names) {
+  std::vector<std::string> const words = WordsBetweenCommas(names);
+  std::vector<StudyMethod> const& all = StudyMethods();
+  for (std::string const& word : words) {
+    if (std::none_of(all.begin(), all.end(), [&word](StudyMethod const& m) { return IsMeantBy(word, m); }))
       throw UsageError("unknown method " + Quoted(word) + ": expected " + NamesOfMethods());
   }
-  std::vector<const StudyMethod*> chosen;
-  for (const StudyMethod& method : all) {
+  std::vector<StudyMethod const*> chosen;
+  for (StudyMethod const& method : all) {
     if (std::any_of(words.begin(), words.end(),
-                    [&](const std::string& word) { return IsMeantBy(word, method); }))
+                    [&](std::string const& word) { return IsMeantBy(word, method); }))
       chosen.push_back(&method);
   }
   return chosen;
 }
 
-std::vector<StudyCase> StudyCases(const std::vector<const StudyMethod*>& methods,
-                                  const std::vector<double>& spans, const std::vector<int>& sweeps) {
+std::vector<StudyCase> StudyCases(std::vector<StudyMethod const*> const& methods,
+                                  std::vector<double> const& spans, std::vector<int> const& sweeps) {
   std::vector<StudyCase> cases;
-  for (const StudyMethod* method : methods) {
+  for (StudyMethod const* method : methods) {
     if (method->TakesSpan()) {
       if (spans.empty()) cases.push_back({method, method->span, 0});
-      for (const double span : spans) cases.push_back({method, span, 0});
+      for (double const span : spans) cases.push_back({method, span, 0});
     } else if (method->takesSweeps) {
-      for (const int n : sweeps) cases.push_back({method, 0.0, n});
+      for (int const n : sweeps) cases.push_back({method, 0.0, n});
     } else {
       cases.push_back({method, 0.0, 0});
     }
@@ -94,8 +94,8 @@ std::vector<StudyCase> StudyCases(const std::vector<const StudyMethod*>& methods
   return cases;
 }
 
-std::string Label(const StudyCase& oneCase) {
-  const StudyMethod& method = *oneCase.method;
+std::string Label(StudyCase const& oneCase) {
+  StudyMethod const& method = *oneCase.method;
   if (method.TakesSpan()) return method.name + ", Span " + ShortestText(oneCase.span);
   if (method.takesSweeps)
     return method.name + ", " + std::to_string(oneCase.nSweeps) +

@@ -14,7 +14,7 @@ struct StudyMethod {
   std::string name;  ///< as on the command line: "plain", "faces1", "points3", ...
   std::string description;
   Kind kind = Kind::Gradient;
-  const GradientMethod* gradient = nullptr;  ///< of gradients
+  GradientMethod const* gradient = nullptr;  ///< of gradients
   int searchMethod = 0;                      ///< of faces and points
   double span = 0.0;                         ///< its default; 0: it takes none
   bool takesSweeps = false;
@@ -23,25 +23,25 @@ struct StudyMethod {
 };
 
 /// All of them: gradients, faces, points.
-const std::vector<StudyMethod>& StudyMethods();
+std::vector<StudyMethod> const& StudyMethods();
 
 /// Those of a list of names and groups ("gradients", "faces", "points", "all") between commas, each once, in
 /// the order of StudyMethods(). Throws UsageError naming what is unknown.
-std::vector<const StudyMethod*> ChooseStudyMethods(const std::string& names);
+std::vector<StudyMethod const*> ChooseStudyMethods(std::string const& names);
 
 /// A method with its parameter.
 struct StudyCase {
-  const StudyMethod* method = nullptr;
+  StudyMethod const* method = nullptr;
   double span = 0.0;  ///< of methods that take one
   int nSweeps = 0;    ///< of methods that take them
 };
 
 /// Every method with each span or number of sweeps that it takes.
 /// @param[in] spans  empty: each method's default
-std::vector<StudyCase> StudyCases(const std::vector<const StudyMethod*>& methods,
-                                  const std::vector<double>& spans, const std::vector<int>& sweeps);
+std::vector<StudyCase> StudyCases(std::vector<StudyMethod const*> const& methods,
+                                  std::vector<double> const& spans, std::vector<int> const& sweeps);
 
 /// "lsq", "rbf, Span 500", "iterated, 3 sweeps".
-std::string Label(const StudyCase& oneCase);
+std::string Label(StudyCase const& oneCase);
 
 }  // namespace zyngrad

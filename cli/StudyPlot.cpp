@@ -15,9 +15,9 @@ constexpr double kWidth = 640, kLeft = 78, kRight = 20, kTop = 36, kPlotHeight =
 constexpr double kLegendLine = 18, kLegendColumns = 2;
 
 // Colours that differ for the colour-blind, too (Okabe and Ito 2008).
-constexpr std::array<const char*, 8> kColours = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
+constexpr std::array<char const*, 8> kColours = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                                  "#e69f00", "#56b4e9", "#000000", "#8c6d31"};
-constexpr std::array<const char*, 3> kDashes = {"", "7 4", "2 3"};
+constexpr std::array<char const*, 3> kDashes = {"", "7 4", "2 3"};
 
 std::string Pixels(double value) {
   char text[32];
@@ -25,13 +25,13 @@ std::string Pixels(double value) {
   return text;
 }
 
-std::string Attribute(const char* name, const std::string& value) {
+std::string Attribute(char const* name, std::string const& value) {
   return std::string(" ") + name + "=\"" + value + '"';
 }
 
 class SvgWriter {
  public:
-  explicit SvgWriter(const StudyPlot& plot)
+  explicit SvgWriter(StudyPlot const& plot)
       : plot_(plot), x_(AxisOf(plot, true)), y_(AxisOf(plot, false)), height_(HeightOf(plot)) {}
 
   std::string Write() {
@@ -44,23 +44,23 @@ class SvgWriter {
     Text(kWidth / 2, 22, plot_.title, "middle", " font-weight=\"bold\" font-size=\"14\"");
     Axes();
     for (std::size_t k = 0; k < plot_.orders.size(); ++k) SlopeTriangle(k, plot_.orders[k]);
-    for (const PlotCurve& curve : plot_.curves) Curve(curve);
+    for (PlotCurve const& curve : plot_.curves) Curve(curve);
     Legend();
     out_ << "</svg>\n";
     return out_.str();
   }
 
  private:
-  static StudyAxis AxisOf(const StudyPlot& plot, bool isX) {
+  static StudyAxis AxisOf(StudyPlot const& plot, bool isX) {
     std::vector<double> values;
-    for (const PlotCurve& curve : plot.curves)
-      for (const auto& [x, y] : curve.points) values.push_back(isX ? x : y);
-    const bool isLogarithmic = isX ? plot.isXLogarithmic : plot.isYLogarithmic;
+    for (PlotCurve const& curve : plot.curves)
+      for (auto const& [x, y] : curve.points) values.push_back(isX ? x : y);
+    bool const isLogarithmic = isX ? plot.isXLogarithmic : plot.isYLogarithmic;
     return isLogarithmic ? StudyAxis::Logarithmic(values) : StudyAxis::Linear(values);
   }
 
-  static double HeightOf(const StudyPlot& plot) {
-    const double lines = std::ceil(static_cast<double>(plot.curves.size()) / kLegendColumns);
+  static double HeightOf(StudyPlot const& plot) {
+    double const lines = std::ceil(static_cast<double>(plot.curves.size()) / kLegendColumns);
     return kTop + kPlotHeight + kAxisHeight + kLegendLine * lines + 8;
   }
 
@@ -69,16 +69,16 @@ class SvgWriter {
   double PixelX(double value) const { return Across(x_.Place(value)); }
   double PixelY(double value) const { return Up(y_.Place(value)); }
 
-  void Line(double x1, double y1, double x2, double y2, const std::string& look) {
+  void Line(double x1, double y1, double x2, double y2, std::string const& look) {
     out_ << "<line" << Attribute("x1", Pixels(x1)) << Attribute("y1", Pixels(y1))
          << Attribute("x2", Pixels(x2)) << Attribute("y2", Pixels(y2)) << look << "/>\n";
   }
 
   /// "10^-3" is written with a raised exponent.
-  void Text(double x, double y, const std::string& text, const char* anchor, const std::string& look = "") {
+  void Text(double x, double y, std::string const& text, char const* anchor, std::string const& look = "") {
     out_ << "<text" << Attribute("x", Pixels(x)) << Attribute("y", Pixels(y))
          << Attribute("text-anchor", anchor) << look << '>';
-    const std::size_t power = text.rfind("10^", 0) == 0 ? 2 : std::string::npos;
+    std::size_t const power = text.rfind("10^", 0) == 0 ? 2 : std::string::npos;
     if (power == std::string::npos)
       out_ << Escaped(text);
     else
@@ -87,14 +87,14 @@ class SvgWriter {
   }
 
   void Axes() {
-    const double left = Across(0), right = Across(1), bottom = Up(0), top = Up(1);
-    for (const StudyAxis::Tick& tick : x_.ticks()) {
-      const double x = PixelX(tick.value);
+    double const left = Across(0), right = Across(1), bottom = Up(0), top = Up(1);
+    for (StudyAxis::Tick const& tick : x_.ticks()) {
+      double const x = PixelX(tick.value);
       Line(x, top, x, bottom, Grid(tick));
       Text(x, bottom + 18, tick.label, "middle");
     }
-    for (const StudyAxis::Tick& tick : y_.ticks()) {
-      const double y = PixelY(tick.value);
+    for (StudyAxis::Tick const& tick : y_.ticks()) {
+      double const y = PixelY(tick.value);
       Line(left, y, right, y, Grid(tick));
       Text(left - 7, y + 4, tick.label, "end");
     }
@@ -102,19 +102,19 @@ class SvgWriter {
          << Attribute("width", Pixels(right - left)) << Attribute("height", Pixels(bottom - top))
          << " fill=\"none\" stroke=\"#444\"/>\n";
     Text(0.5 * (left + right), bottom + 40, plot_.xTitle, "middle");
-    const double middle = 0.5 * (top + bottom);
+    double const middle = 0.5 * (top + bottom);
     Text(18, middle, plot_.yTitle, "middle", Attribute("transform", "rotate(-90 18 " + Pixels(middle) + ')'));
   }
 
-  static std::string Grid(const StudyAxis::Tick& tick) {
+  static std::string Grid(StudyAxis::Tick const& tick) {
     return tick.label.empty() ? " stroke=\"#f0f0f0\"" : " stroke=\"#d4d4d4\"";
   }
 
   /// Rising by `order` powers of y over one of x, at the lower right, the k-th one beside the others.
   void SlopeTriangle(std::size_t k, int order) {
     constexpr double kSide = 0.11, kBetween = 0.17;
-    const double x1 = 0.95 - kBetween * static_cast<double>(k), x0 = x1 - kSide, y0 = 0.05;
-    const double y1 = y0 + order * kSide * x_.Decades() / y_.Decades();
+    double const x1 = 0.95 - kBetween * static_cast<double>(k), x0 = x1 - kSide, y0 = 0.05;
+    double const y1 = y0 + order * kSide * x_.Decades() / y_.Decades();
     out_ << "<path class=\"slope\" d=\"M" << Pixels(Across(x0)) << ' ' << Pixels(Up(y0)) << " L"
          << Pixels(Across(x1)) << ' ' << Pixels(Up(y0)) << " L" << Pixels(Across(x1)) << ' ' << Pixels(Up(y1))
          << " Z\" fill=\"#eee\" stroke=\"#888\"/>\n";
@@ -124,18 +124,18 @@ class SvgWriter {
   static std::string Colour(int style) { return kColours[static_cast<std::size_t>(style) % kColours.size()]; }
 
   static std::string LineLook(int style) {
-    const std::size_t round = static_cast<std::size_t>(style) / kColours.size() % kDashes.size();
+    std::size_t const round = static_cast<std::size_t>(style) / kColours.size() % kDashes.size();
     std::string look = Attribute("stroke", Colour(style)) + " fill=\"none\" stroke-width=\"1.8\"";
     if (round > 0) look += Attribute("stroke-dasharray", kDashes[round]);
     return look;
   }
 
-  void Curve(const PlotCurve& curve) {
+  void Curve(PlotCurve const& curve) {
     std::string path;
     double lastY = 0.0;
-    for (const auto& [x, y] : curve.points) {
+    for (auto const& [x, y] : curve.points) {
       if (!x_.Shows(x) || !y_.Shows(y)) continue;
-      const double px = PixelX(x), py = PixelY(y);
+      double const px = PixelX(x), py = PixelY(y);
       if (curve.isStaircase && !path.empty()) path += " L" + Pixels(px) + ' ' + Pixels(lastY);
       path += (path.empty() ? "M" : " L") + Pixels(px) + ' ' + Pixels(py);
       lastY = py;
@@ -143,16 +143,16 @@ class SvgWriter {
     if (path.empty()) return;
     out_ << "<path class=\"curve\" d=\"" << path << '"' << LineLook(curve.style) << "/>\n";
     if (curve.isStaircase) return;
-    for (const auto& [x, y] : curve.points)
+    for (auto const& [x, y] : curve.points)
       if (x_.Shows(x) && y_.Shows(y)) Marker(PixelX(x), PixelY(y), curve.style);
   }
 
   void Marker(double x, double y, int style) {
     constexpr double r = 4.0;
-    const std::string fill = Attribute("fill", Colour(style));
-    const auto polygon = [&](const std::vector<std::pair<double, double>>& corners) {
+    std::string const fill = Attribute("fill", Colour(style));
+    auto const polygon = [&](std::vector<std::pair<double, double>> const& corners) {
       out_ << "<polygon points=\"";
-      for (const auto& [dx, dy] : corners) out_ << Pixels(x + dx) << ',' << Pixels(y + dy) << ' ';
+      for (auto const& [dx, dy] : corners) out_ << Pixels(x + dx) << ',' << Pixels(y + dy) << ' ';
       out_ << '"' << fill << "/>\n";
     };
     switch (style % 4) {
@@ -172,11 +172,11 @@ class SvgWriter {
   }
 
   void Legend() {
-    const double column = (kWidth - kLeft - kRight) / kLegendColumns;
+    double const column = (kWidth - kLeft - kRight) / kLegendColumns;
     for (std::size_t k = 0; k < plot_.curves.size(); ++k) {
-      const PlotCurve& curve = plot_.curves[k];
-      const double x = kLeft + column * std::fmod(static_cast<double>(k), kLegendColumns);
-      const double y = kTop + kPlotHeight + kAxisHeight +
+      PlotCurve const& curve = plot_.curves[k];
+      double const x = kLeft + column * std::fmod(static_cast<double>(k), kLegendColumns);
+      double const y = kTop + kPlotHeight + kAxisHeight +
                        kLegendLine * std::floor(static_cast<double>(k) / kLegendColumns);
       Line(x, y, x + 26, y, LineLook(curve.style));
       if (!curve.isStaircase) Marker(x + 13, y, curve.style);
@@ -184,7 +184,7 @@ class SvgWriter {
     }
   }
 
-  const StudyPlot& plot_;
+  StudyPlot const& plot_;
   StudyAxis x_, y_;
   double height_;
   std::ostringstream out_;
@@ -192,11 +192,11 @@ class SvgWriter {
 
 }  // namespace
 
-std::string SvgOf(const StudyPlot& plot) { return SvgWriter(plot).Write(); }
+std::string SvgOf(StudyPlot const& plot) { return SvgWriter(plot).Write(); }
 
-std::string Escaped(const std::string& text) {
+std::string Escaped(std::string const& text) {
   std::string escaped;
-  for (const char c : text) {
+  for (char const c : text) {
     switch (c) {
       case '&':
         escaped += "&amp;";

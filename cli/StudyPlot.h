@@ -24,9 +24,9 @@ struct StudyPlot {
 };
 
 /// The plot as one SVG element, with everything that it needs inside; the same text for the same plot.
-std::string SvgOf(const StudyPlot& plot);
+std::string SvgOf(StudyPlot const& plot);
 
 /// Text inside XML and HTML.
-std::string Escaped(const std::string& text);
+std::string Escaped(std::string const& text);
 
 }  // namespace zyngrad

@@ -15,17 +15,17 @@ namespace zyngrad {
 namespace {
 
 /// A name for a file: letters and digits, anything else a dash.
-std::string FileName(const std::string& text) {
+std::string FileName(std::string const& text) {
   std::string name;
-  for (const char c : text) {
-    const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+  for (char const c : text) {
+    bool const isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
     name += isPlain ? c : '-';
   }
   return name;
 }
 
 /// What the results of a method are.
-std::vector<const char*> QuantitiesOf(const StudyMethod& method) {
+std::vector<char const*> QuantitiesOf(StudyMethod const& method) {
   switch (method.kind) {
     case StudyMethod::Kind::Gradient:
       return {kGradient};
@@ -39,12 +39,12 @@ std::vector<const char*> QuantitiesOf(const StudyMethod& method) {
 
 class PlotMaker {
  public:
-  PlotMaker(const StudyQuestion& question, const std::vector<StudyLevel>& levels)
+  PlotMaker(StudyQuestion const& question, std::vector<StudyLevel> const& levels)
       : question_(question), levels_(levels) {}
 
   std::vector<StudyPlot> Make() {
     for (std::size_t f = 0; f < question_.fields.size(); ++f) {
-      for (const char* quantity : QuantitiesOf(levels_)) {
+      for (char const* quantity : QuantitiesOf(levels_)) {
         ErrorAgainstSpacing(f, quantity, "interior", &StudyErrors::interior);
         ErrorAgainstSpacing(f, quantity, "boundary", &StudyErrors::boundary);
         AgainstSpan(f, quantity);
@@ -59,21 +59,21 @@ class PlotMaker {
   }
 
  private:
-  std::string NameOf(std::size_t iField, const std::string& quantity, const std::string& what) const {
+  std::string NameOf(std::size_t iField, std::string const& quantity, std::string const& what) const {
     return FileName(question_.fields[iField].name + '-' + quantity + '-' + what);
   }
 
-  std::string TitleOf(std::size_t iField, const std::string& quantity, const std::string& what) const {
+  std::string TitleOf(std::size_t iField, std::string const& quantity, std::string const& what) const {
     return what + ": " + quantity + ", " + question_.fields[iField].name + " field";
   }
 
   void Add(StudyPlot plot) {
-    const auto isEmpty = [](const PlotCurve& curve) { return curve.points.empty(); };
+    auto const isEmpty = [](PlotCurve const& curve) { return curve.points.empty(); };
     plot.curves.erase(std::remove_if(plot.curves.begin(), plot.curves.end(), isEmpty), plot.curves.end());
     if (!plot.curves.empty()) plots_.push_back(std::move(plot));
   }
 
-  void ErrorAgainstSpacing(std::size_t iField, const char* quantity, const std::string& where,
+  void ErrorAgainstSpacing(std::size_t iField, char const* quantity, std::string const& where,
                            StudyNorms StudyErrors::*region) {
     StudyPlot plot;
     plot.name = NameOf(iField, quantity, where);
@@ -83,8 +83,8 @@ class PlotMaker {
     plot.orders = {1, 2};
     for (std::size_t c = 0; c < question_.cases.size(); ++c) {
       PlotCurve curve = {Label(question_.cases[c]), {}, static_cast<int>(c), false};
-      for (const StudyLevel& level : levels_) {
-        const StudyResult* const result = FindResult(level, c, iField, quantity);
+      for (StudyLevel const& level : levels_) {
+        StudyResult const* const result = FindResult(level, c, iField, quantity);
         if (result != nullptr) curve.points.emplace_back(level.spacing, (result->errors.*region).l2);
       }
       plot.curves.push_back(std::move(curve));
@@ -94,16 +94,16 @@ class PlotMaker {
 
   /// The curves of the cases that differ in one number alone, on the finest level: by method, ascending.
   template <class Parameter, class Measure>
-  std::vector<PlotCurve> CurvesByMethod(const Parameter& parameter, const Measure& measure) const {
+  std::vector<PlotCurve> CurvesByMethod(Parameter const& parameter, Measure const& measure) const {
     std::vector<PlotCurve> curves;
-    std::set<const StudyMethod*> done;
+    std::set<StudyMethod const*> done;
     for (std::size_t c = 0; c < question_.cases.size(); ++c) {
-      const StudyMethod* const method = question_.cases[c].method;
+      StudyMethod const* const method = question_.cases[c].method;
       if (!done.insert(method).second) continue;
       PlotCurve curve = {method->name, {}, static_cast<int>(curves.size()), false};
       for (std::size_t other = c; other < question_.cases.size(); ++other) {
         if (question_.cases[other].method != method || !parameter.applies(*method)) continue;
-        if (const double* const value = measure(other))
+        if (double const* const value = measure(other))
           curve.points.emplace_back(parameter.value(question_.cases[other]), *value);
       }
       std::sort(curve.points.begin(), curve.points.end());
@@ -113,25 +113,25 @@ class PlotMaker {
   }
 
   struct OfSpan {
-    static bool applies(const StudyMethod& method) { return method.TakesSpan(); }
-    static double value(const StudyCase& c) { return c.span; }
+    static bool applies(StudyMethod const& method) { return method.TakesSpan(); }
+    static double value(StudyCase const& c) { return c.span; }
   };
   struct OfSweeps {
-    static bool applies(const StudyMethod& method) { return method.takesSweeps; }
-    static double value(const StudyCase& c) { return c.nSweeps; }
+    static bool applies(StudyMethod const& method) { return method.takesSweeps; }
+    static double value(StudyCase const& c) { return c.nSweeps; }
   };
 
   template <class Parameter>
-  std::vector<PlotCurve> ErrorCurves(std::size_t iField, const char* quantity) const {
-    return CurvesByMethod(Parameter(), [&](std::size_t c) -> const double* {
-      const StudyResult* const result = FindResult(levels_.back(), c, iField, quantity);
+  std::vector<PlotCurve> ErrorCurves(std::size_t iField, char const* quantity) const {
+    return CurvesByMethod(Parameter(), [&](std::size_t c) -> double const* {
+      StudyResult const* const result = FindResult(levels_.back(), c, iField, quantity);
       return result == nullptr ? nullptr : &result->errors.interior.l2;
     });
   }
 
   std::string OnFinest() const { return ", " + Grouped(levels_.back().nCells) + " cells"; }
 
-  void AgainstSpan(std::size_t iField, const char* quantity) {
+  void AgainstSpan(std::size_t iField, char const* quantity) {
     StudyPlot plot;
     plot.name = NameOf(iField, quantity, "span");
     plot.title = TitleOf(iField, quantity, "L2 error against Span" + OnFinest());
@@ -141,7 +141,7 @@ class PlotMaker {
     Add(std::move(plot));
   }
 
-  void AgainstSweeps(std::size_t iField, const char* quantity) {
+  void AgainstSweeps(std::size_t iField, char const* quantity) {
     StudyPlot plot;
     plot.name = NameOf(iField, quantity, "sweeps");
     plot.title = TitleOf(iField, quantity, "L2 error against sweeps" + OnFinest());
@@ -158,8 +158,8 @@ class PlotMaker {
     plot.title = "median condition number against Span" + OnFinest();
     plot.xTitle = "Span";
     plot.yTitle = "condition number";
-    plot.curves = CurvesByMethod(OfSpan(), [&](std::size_t c) -> const double* {
-      for (const StudyResult& result : levels_.back().results)
+    plot.curves = CurvesByMethod(OfSpan(), [&](std::size_t c) -> double const* {
+      for (StudyResult const& result : levels_.back().results)
         if (result.iCase == c && result.condition.nSystems > 0) return &result.condition.median;
       return nullptr;
     });
@@ -167,7 +167,7 @@ class PlotMaker {
   }
 
   /// Share of the cells, faces or points in each bin.
-  void Histogram(std::size_t iField, const char* quantity) {
+  void Histogram(std::size_t iField, char const* quantity) {
     StudyPlot plot;
     plot.name = NameOf(iField, quantity, "histogram");
     plot.title = TitleOf(iField, quantity, "errors" + OnFinest());
@@ -175,7 +175,7 @@ class PlotMaker {
     plot.yTitle = "share per quarter of a decade, %";
     plot.isYLogarithmic = false;
     for (std::size_t c = 0; c < question_.cases.size(); ++c) {
-      const StudyResult* const result = FindResult(levels_.back(), c, iField, quantity);
+      StudyResult const* const result = FindResult(levels_.back(), c, iField, quantity);
       if (result == nullptr) continue;
       plot.curves.push_back(
           {Label(question_.cases[c]), StepsOf(result->errors.histogram), static_cast<int>(c), true});
@@ -183,11 +183,11 @@ class PlotMaker {
     Add(std::move(plot));
   }
 
-  static std::vector<std::pair<double, double>> StepsOf(const ErrorHistogram& histogram) {
+  static std::vector<std::pair<double, double>> StepsOf(ErrorHistogram const& histogram) {
     double total = 0.0;
     int first = ErrorHistogram::kBins, last = -1;
     for (int bin = 0; bin < ErrorHistogram::kBins; ++bin) {
-      const auto count = static_cast<double>(histogram.count[static_cast<std::size_t>(bin)]);
+      auto const count = static_cast<double>(histogram.count[static_cast<std::size_t>(bin)]);
       total += count;
       if (count > 0.0) first = std::min(first, bin);
       if (count > 0.0) last = bin;
@@ -196,14 +196,14 @@ class PlotMaker {
     if (last < 0) return steps;
     steps.emplace_back(ErrorHistogram::LowerEnd(first), 0.0);
     for (int bin = first; bin <= last; ++bin) {
-      const auto count = static_cast<double>(histogram.count[static_cast<std::size_t>(bin)]);
+      auto const count = static_cast<double>(histogram.count[static_cast<std::size_t>(bin)]);
       steps.emplace_back(ErrorHistogram::LowerEnd(bin), 100.0 * count / total);
     }
     steps.emplace_back(ErrorHistogram::LowerEnd(last + 1), 0.0);
     return steps;
   }
 
-  void Times(const std::string& name, const std::string& what, double StudyResult::*time) {
+  void Times(std::string const& name, std::string const& what, double StudyResult::*time) {
     StudyPlot plot;
     plot.name = "time-" + name;
     plot.title = "time: " + name;
@@ -211,10 +211,10 @@ class PlotMaker {
     plot.yTitle = what;
     for (std::size_t c = 0; c < question_.cases.size(); ++c) {
       PlotCurve curve = {Label(question_.cases[c]), {}, static_cast<int>(c), false};
-      for (const StudyLevel& level : levels_) {
-        const auto result =
+      for (StudyLevel const& level : levels_) {
+        auto const result =
             std::find_if(level.results.begin(), level.results.end(),
-                         [c](const StudyResult& r) { return r.iCase == c && r.notRun.empty(); });
+                         [c](StudyResult const& r) { return r.iCase == c && r.notRun.empty(); });
         if (result != level.results.end())
           curve.points.emplace_back(static_cast<double>(level.nCells), (*result).*time);
       }
@@ -223,12 +223,12 @@ class PlotMaker {
     Add(std::move(plot));
   }
 
-  const StudyQuestion& question_;
-  const std::vector<StudyLevel>& levels_;
+  StudyQuestion const& question_;
+  std::vector<StudyLevel> const& levels_;
   std::vector<StudyPlot> plots_;
 };
 
-const char* const kStyle =
+char const* const kStyle =
     "body{font-family:sans-serif;max-width:1340px;margin:1.5em auto;padding:0 1em;color:#222}"
     "table{border-collapse:collapse;margin:1.5em 0;font-size:13px}"
     "caption{text-align:left;font-weight:bold;padding:.4em 0}"
@@ -240,16 +240,16 @@ const char* const kStyle =
 
 }  // namespace
 
-std::vector<StudyPlot> StudyPlots(const StudyQuestion& question, const std::vector<StudyLevel>& levels) {
+std::vector<StudyPlot> StudyPlots(StudyQuestion const& question, std::vector<StudyLevel> const& levels) {
   return PlotMaker(question, levels).Make();
 }
 
-std::vector<std::string> StudyPlotNames(const StudyQuestion& question) {
+std::vector<std::string> StudyPlotNames(StudyQuestion const& question) {
   // Asked of a study in which everything was found, so that no name is put together twice.
   StudyLevel level;
   for (std::size_t c = 0; c < question.cases.size(); ++c) {
     for (std::size_t f = 0; f < question.fields.size(); ++f) {
-      for (const char* quantity : QuantitiesOf(*question.cases[c].method)) {
+      for (char const* quantity : QuantitiesOf(*question.cases[c].method)) {
         StudyResult result;
         result.iCase = c;
         result.iField = f;
@@ -260,35 +260,35 @@ std::vector<std::string> StudyPlotNames(const StudyQuestion& question) {
       }
     }
   }
-  const std::vector<StudyLevel> levels = {std::move(level)};
+  std::vector<StudyLevel> const levels = {std::move(level)};
   std::vector<std::string> names;
-  for (const StudyPlot& plot : StudyPlots(question, levels)) names.push_back(plot.name);
+  for (StudyPlot const& plot : StudyPlots(question, levels)) names.push_back(plot.name);
   return names;
 }
 
-std::string StudyPage(const std::string& title, const StudyQuestion& question,
-                      const std::vector<StudyLevel>& levels) {
-  const std::string heading = Escaped("Study: " + OneLine(title));
+std::string StudyPage(std::string const& title, StudyQuestion const& question,
+                      std::vector<StudyLevel> const& levels) {
+  std::string const heading = Escaped("Study: " + OneLine(title));
   std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" +
                      heading + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n<h1>" + heading +
                      "</h1>\n<p>zyngrad " + ZYNGRAD_VERSION + ". Meshes, coarse to fine:";
-  for (const StudyLevel& level : levels)
+  for (StudyLevel const& level : levels)
     page += " <code>" + Escaped(OneLine(level.mesh)) + "</code> (" + Grouped(level.nCells) + " cells)";
   page += "</p>\n";
-  for (const std::string& remark : StudyRemarks(question, levels)) page += "<p>" + Escaped(remark) + "</p>\n";
+  for (std::string const& remark : StudyRemarks(question, levels)) page += "<p>" + Escaped(remark) + "</p>\n";
   page += "<h2>Plots</h2>\n<div class=\"plots\">\n";
-  for (const StudyPlot& plot : StudyPlots(question, levels))
+  for (StudyPlot const& plot : StudyPlots(question, levels))
     page += "<figure id=\"" + plot.name + "\">\n" + SvgOf(plot) + "</figure>\n";
   page += "</div>\n<h2>Tables</h2>\n";
-  for (const StudyTable& table : StudyTables(question, levels)) page += HtmlOf(table);
+  for (StudyTable const& table : StudyTables(question, levels)) page += HtmlOf(table);
   return page + "</body>\n</html>\n";
 }
 
-std::string StudyMarkdown(const StudyQuestion& question, const std::vector<StudyLevel>& levels) {
+std::string StudyMarkdown(StudyQuestion const& question, std::vector<StudyLevel> const& levels) {
   std::string text;
-  for (const StudyTable& table : StudyTables(question, levels)) text += MarkdownOf(table) + '\n';
-  for (const std::string& remark : StudyRemarks(question, levels)) text += "- " + remark + '\n';
-  for (const StudyPlot& plot : StudyPlots(question, levels))
+  for (StudyTable const& table : StudyTables(question, levels)) text += MarkdownOf(table) + '\n';
+  for (std::string const& remark : StudyRemarks(question, levels)) text += "- " + remark + '\n';
+  for (StudyPlot const& plot : StudyPlots(question, levels))
     text += "![" + plot.title + "](" + plot.name + ".svg)\n";
   return text;
 }

@@ -36,8 +36,8 @@ struct StudyPoints {
 /// One mesh with what all cases need of it.
 class LevelRun {
  public:
-  LevelRun(const Ranks& ranks, const StudyQuestion& question, const std::string& mesh,
-           const std::string& logFile, const std::function<void(const std::string&)>& progress)
+  LevelRun(Ranks const& ranks, StudyQuestion const& question, std::string const& mesh,
+           std::string const& logFile, std::function<void(std::string const&)> const& progress)
       : ranks_(ranks),
         question_(question),
         progress_(progress),
@@ -66,12 +66,12 @@ class LevelRun {
  private:
   bool Has(Kind kind) const {
     return std::any_of(question_.cases.begin(), question_.cases.end(),
-                       [kind](const StudyCase& c) { return c.method->kind == kind; });
+                       [kind](StudyCase const& c) { return c.method->kind == kind; });
   }
 
   void WarnOfLongRows() const {
-    const auto goesByNodes = [this](Kind kind) {
-      return std::any_of(question_.cases.begin(), question_.cases.end(), [kind](const StudyCase& c) {
+    auto const goesByNodes = [this](Kind kind) {
+      return std::any_of(question_.cases.begin(), question_.cases.end(), [kind](StudyCase const& c) {
         return c.method->kind == kind && c.method->searchMethod == kMethodByNodes;
       });
     };
@@ -82,10 +82,10 @@ class LevelRun {
   }
 
   double Spacing() const {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
+    CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
     double volume = 0.0;
     for (int c = 1; c <= mesh.NInnerCells; ++c) volume += mesh.Volume[c];
-    const std::vector<double> all = ranks_.Gather(volume);
+    std::vector<double> const all = ranks_.Gather(volume);
     return std::cbrt(std::accumulate(all.begin(), all.end(), 0.0) /
                      static_cast<double>(mesh_.summary.nCells));
   }
@@ -93,9 +93,9 @@ class LevelRun {
   /// Rows of number, x, y, z and boundary of this rank's points.
   std::vector<double> OwnPointRows() const {
     std::vector<double> rows;
-    for (const int c : CellsWithPoints(partition_, level_.nCells)) {
-      const auto i = static_cast<std::size_t>(c);
-      const reference_host::Point point = PointInCell(partition_, c);
+    for (int const c : CellsWithPoints(partition_, level_.nCells)) {
+      auto const i = static_cast<std::size_t>(c);
+      reference_host::Point const point = PointInCell(partition_, c);
       rows.insert(rows.end(), {static_cast<double>(partition_.globalCell()[i]), point[0], point[1], point[2],
                                static_cast<double>(gradient_.isBoundaryCell[i])});
     }
@@ -110,8 +110,8 @@ class LevelRun {
     std::iota(order.begin(), order.end(), 0);
     std::sort(order.begin(), order.end(),
               [&](std::size_t a, std::size_t b) { return rows[a * kColumns] < rows[b * kColumns]; });
-    for (const std::size_t i : order) {
-      const double* const row = rows.data() + i * kColumns;
+    for (std::size_t const i : order) {
+      double const* const row = rows.data() + i * kColumns;
       points_.points.x.push_back(row[1]);
       points_.points.y.push_back(row[2]);
       points_.points.z.push_back(row[3]);
@@ -122,11 +122,11 @@ class LevelRun {
   }
 
   void RunCase(std::size_t iCase) {
-    const StudyCase& theCase = question_.cases[iCase];
-    const StudyCondition condition = ConditionOf(theCase);
+    StudyCase const& theCase = question_.cases[iCase];
+    StudyCondition const condition = ConditionOf(theCase);
     for (std::size_t iField = 0; iField < question_.fields.size(); ++iField) {
       progress_(Label(theCase) + " on " + level_.mesh);
-      const std::size_t first = level_.results.size();
+      std::size_t const first = level_.results.size();
       switch (theCase.method->kind) {
         case Kind::Gradient:
           RunGradient(theCase, question_.fields[iField].formula);
@@ -148,14 +148,14 @@ class LevelRun {
     }
   }
 
-  InterpolationSettings SettingsOf(const StudyCase& theCase) const {
+  InterpolationSettings SettingsOf(StudyCase const& theCase) const {
     InterpolationSettings settings = interpolation_;
     settings.method = theCase.method->searchMethod;
     settings.span = theCase.span;
     return settings;
   }
 
-  StudyCondition ConditionOf(const StudyCase& theCase) {
+  StudyCondition ConditionOf(StudyCase const& theCase) {
     if (!theCase.method->TakesSpan()) return {};
     progress_("condition numbers of " + Label(theCase) + " on " + level_.mesh);
     std::vector<double> own;
@@ -187,19 +187,19 @@ class LevelRun {
   }
 
   /// The file that an operator reads next.
-  void TellSettings(const std::string& text) {
+  void TellSettings(std::string const& text) {
     ranks_.Together(
         [&] { partition_.SetBaseFileName(WriteSettingsText(folder_.path() + "/settings.rbf", text)); });
   }
 
-  void RunGradient(const StudyCase& theCase, const Expression& formula) {
+  void RunGradient(StudyCase const& theCase, Expression const& formula) {
     gradient_.nSweeps = theCase.nSweeps;
     gradient_.radialBasis = {theCase.span, false};
     gradient_.fields.clear();
     gradient_.fields.push_back(MakeTestField(ranks_, partition_, formula));
     gradient_.exactL2 = {1.0};  // errors are wanted as they are
     if (theCase.method->TakesSpan()) TellSettings(SettingsFileText(gradient_.radialBasis));
-    const MethodResult run = RunMethod(ranks_, mesh_, *theCase.method->gradient, gradient_);
+    MethodResult const run = RunMethod(ranks_, mesh_, *theCase.method->gradient, gradient_);
 
     StudyResult result;
     result.quantity = kGradient;
@@ -207,11 +207,11 @@ class LevelRun {
     result.remarks = run.remarks;
     result.whyNotFinite = run.whyNotFinite;
     if (run.notRun.empty()) {
-      const CZYN3DFiniteVolumeMesh& mesh = *partition_.mesh();
-      const std::vector<double>& error = run.gradients.front().cellError;
+      CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
+      std::vector<double> const& error = run.gradients.front().cellError;
       std::vector<StudyError> own;
       for (int c = 1; c <= mesh.NInnerCells; ++c) {
-        const auto i = static_cast<std::size_t>(c);
+        auto const i = static_cast<std::size_t>(c);
         own.push_back({error[i], mesh.Volume[c], gradient_.isBoundaryCell[i] != 0});
       }
       result.errors = SummariseStudyErrors(ranks_, own);
@@ -221,20 +221,20 @@ class LevelRun {
     level_.results.push_back(std::move(result));
   }
 
-  void RunInnerFaces(const StudyCase& theCase, const Expression& formula) {
+  void RunInnerFaces(StudyCase const& theCase, Expression const& formula) {
     std::vector<double> values = MakeCellValues(ranks_, partition_, formula, "the field");
-    const FacesOfGroup faces = FacesOf(partition_, FaceGroup::Inner);
-    const std::vector<double> exact =
+    FacesOfGroup const faces = FacesOf(partition_, FaceGroup::Inner);
+    std::vector<double> const exact =
         ExactFaceValues(ranks_, faces, FaceGroup::Inner, formula, PlaceDigits(ranks_, partition_));
     TellSettings(FaceSettingsText(SettingsOf(theCase)));
-    const FaceRun run = RunFaces(ranks_, mesh_, FaceGroup::Inner, values, gradient_.logFile);
+    FaceRun const run = RunFaces(ranks_, mesh_, FaceGroup::Inner, values, gradient_.logFile);
 
     std::vector<StudyError> own;
-    const auto isBoundary = [this](int c) {
+    auto const isBoundary = [this](int c) {
       return gradient_.isBoundaryCell[static_cast<std::size_t>(c)] != 0;
     };
     for (int f = 1; f <= faces.count; ++f) {
-      const auto i = static_cast<std::size_t>(f);
+      auto const i = static_cast<std::size_t>(f);
       own.push_back({std::fabs(run.rows.value[i] - exact[i]), faces.Area(f),
                      isBoundary(faces.cell[f]) || isBoundary(faces.other[f])});
     }
@@ -246,24 +246,24 @@ class LevelRun {
     level_.results.push_back(std::move(result));
   }
 
-  void RunAtPoints(const StudyCase& theCase, const Expression& formula) {
+  void RunAtPoints(StudyCase const& theCase, Expression const& formula) {
     std::vector<char> isUsable(usable_.mark.size(), 0);
     for (std::size_t c = 1; c < isUsable.size(); ++c) isUsable[c] = usable_.mark[c] < 0.0 ? 1 : 0;
     std::vector<double> values = MakeCellValues(ranks_, partition_, formula, "the field", &isUsable);
     TellSettings(PointSettingsText(SettingsOf(theCase)));
-    const PointRun run =
+    PointRun const run =
         RunPoints(ranks_, mesh_, usable_, points_.points, owners_, values, gradient_.logFile);
 
     std::vector<StudyError> ofValues, ofGradients;  // on the first rank, which has all of them
     ranks_.Together([&] {
       if (!ranks_.IsFirst()) return;
-      const ErrorsAtPoints errors = ErrorsAt(run.values, ExactValuesAt(points_.points, formula));
+      ErrorsAtPoints const errors = ErrorsAt(run.values, ExactValuesAt(points_.points, formula));
       for (std::size_t i = 0; i < errors.value.size(); ++i) {
         ofValues.push_back({std::fabs(errors.value[i]), 1.0, points_.boundary[i] != 0});
         ofGradients.push_back({errors.gradient[i], 1.0, points_.boundary[i] != 0});
       }
     });
-    for (const auto& [quantity, own] :
+    for (auto const& [quantity, own] :
          {std::pair(kPointValue, &ofValues), std::pair(kPointGradient, &ofGradients)}) {
       StudyResult result;
       result.quantity = quantity;
@@ -274,10 +274,10 @@ class LevelRun {
     }
   }
 
-  const Ranks& ranks_;
-  const StudyQuestion& question_;
-  const std::function<void(const std::string&)>& progress_;
-  const TemporaryFolder folder_;  // settings of this rank
+  Ranks const& ranks_;
+  StudyQuestion const& question_;
+  std::function<void(std::string const&)> const& progress_;
+  TemporaryFolder const folder_;  // settings of this rank
   reference_host::LoadedMesh mesh_;
   HostPartition& partition_;
   GradientCase gradient_;
@@ -291,16 +291,16 @@ class LevelRun {
 }  // namespace
 
 bool SortCoarseToFine(std::vector<StudyLevel>& levels) {
-  const auto isCoarser = [](const StudyLevel& a, const StudyLevel& b) { return a.spacing > b.spacing; };
+  auto const isCoarser = [](StudyLevel const& a, StudyLevel const& b) { return a.spacing > b.spacing; };
   if (std::is_sorted(levels.begin(), levels.end(), isCoarser)) return false;
   std::stable_sort(levels.begin(), levels.end(), isCoarser);
   return true;
 }
 
-bool HasFaults(const std::vector<StudyLevel>& levels) {
-  return std::any_of(levels.begin(), levels.end(), [](const StudyLevel& level) {
+bool HasFaults(std::vector<StudyLevel> const& levels) {
+  return std::any_of(levels.begin(), levels.end(), [](StudyLevel const& level) {
     return std::any_of(level.results.begin(), level.results.end(),
-                       [](const StudyResult& r) { return !r.notRun.empty() || r.NotFinite() > 0; });
+                       [](StudyResult const& r) { return !r.notRun.empty() || r.NotFinite() > 0; });
   });
 }
 
@@ -310,16 +310,16 @@ std::vector<std::pair<std::string, std::string>> NamedStudyFields() {
           {"trigonometric", "sin(2*x)*cos(3*y) + sin(x+2*z)"}};
 }
 
-StudyField MakeStudyField(const std::string& text, int number) {
-  for (const auto& [name, formula] : NamedStudyFields()) {
+StudyField MakeStudyField(std::string const& text, int number) {
+  for (auto const& [name, formula] : NamedStudyFields()) {
     if (text == name) return {name, Expression(formula)};
   }
   return {"formula " + std::to_string(number), Expression(text)};
 }
 
-StudyLevel RunStudyLevel(const Ranks& ranks, const StudyQuestion& question, const std::string& mesh,
-                         const std::string& logFile,
-                         const std::function<void(const std::string&)>& progress) {
+StudyLevel RunStudyLevel(Ranks const& ranks, StudyQuestion const& question, std::string const& mesh,
+                         std::string const& logFile,
+                         std::function<void(std::string const&)> const& progress) {
   return LevelRun(ranks, question, mesh, logFile, progress).Run();
 }
 

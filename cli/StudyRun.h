@@ -25,7 +25,7 @@ struct StudyField {
 
 /// The field of that name or formula. Throws UsageError as Expression does.
 /// @param[in] number  of the formula, for its name
-StudyField MakeStudyField(const std::string& text, int number);
+StudyField MakeStudyField(std::string const& text, int number);
 
 /// "linear: 2*x + 3*y - z + 1", for help and reports, one a line of the list.
 std::vector<std::pair<std::string, std::string>> NamedStudyFields();
@@ -43,7 +43,7 @@ struct StudyQuestion {
 /// What one case gave for one field on one mesh.
 struct StudyResult {
   std::size_t iCase = 0, iField = 0;
-  const char* quantity = "";         ///< kGradient, kFaceValue, kPointValue or kPointGradient
+  char const* quantity = "";         ///< kGradient, kFaceValue, kPointValue or kPointGradient
   std::string notRun;                ///< why the method could not be called; the rest is then empty
   std::vector<std::string> remarks;  ///< what to know about the result, a line each
   std::string whyNotFinite;          ///< where some of it is not
@@ -56,10 +56,10 @@ struct StudyResult {
   std::int64_t NotFinite() const { return errors.interior.nNotFinite + errors.boundary.nNotFinite; }
 };
 
-constexpr const char* kGradient = "gradient";
-constexpr const char* kFaceValue = "value at faces";
-constexpr const char* kPointValue = "value at points";
-constexpr const char* kPointGradient = "gradient at points";
+constexpr char const* kGradient = "gradient";
+constexpr char const* kFaceValue = "value at faces";
+constexpr char const* kPointValue = "value at points";
+constexpr char const* kPointGradient = "gradient at points";
 
 struct StudyLevel {
   std::string mesh;
@@ -73,14 +73,14 @@ struct StudyLevel {
 bool SortCoarseToFine(std::vector<StudyLevel>& levels);
 
 /// Whether a method could not be called on some level or gave what is not finite.
-bool HasFaults(const std::vector<StudyLevel>& levels);
+bool HasFaults(std::vector<StudyLevel> const& levels);
 
 /// Collective. Everything on one mesh. The errors: of gradients in the cells, those with a boundary face apart;
 /// of faces at inner faces, those of such cells apart; of points in the cells, half-way between the centre and a
 /// node of every k-th cell.
 /// A line on standard output warns of nodes with long rows (cli/LongRows.h) before the methods that mind them run.
 /// @param[in] progress  told what comes next
-StudyLevel RunStudyLevel(const Ranks& ranks, const StudyQuestion& question, const std::string& mesh,
-                         const std::string& logFile, const std::function<void(const std::string&)>& progress);
+StudyLevel RunStudyLevel(Ranks const& ranks, StudyQuestion const& question, std::string const& mesh,
+                         std::string const& logFile, std::function<void(std::string const&)> const& progress);
 
 }  // namespace zyngrad

@@ -13,25 +13,25 @@ namespace {
 constexpr int kLevels = 4;
 
 /// The box with `factor` times the cubes in every direction.
-std::string RefinedBox(const std::string& text, std::int64_t factor) {
-  const reference_host::BoxSpec spec = reference_host::ParseBoxSpec(text);
-  const auto times = [factor](int n) { return std::to_string(n * factor); };
-  const std::size_t counts = text.find(':') + 1;
-  const std::size_t rest = text.find(':', counts);
+std::string RefinedBox(std::string const& text, std::int64_t factor) {
+  reference_host::BoxSpec const spec = reference_host::ParseBoxSpec(text);
+  auto const times = [factor](int n) { return std::to_string(n * factor); };
+  std::size_t const counts = text.find(':') + 1;
+  std::size_t const rest = text.find(':', counts);
   return text.substr(0, counts) + times(spec.nx) + ',' + times(spec.ny) + ',' + times(spec.nz) +
          (rest == std::string::npos ? "" : text.substr(rest));
 }
 
 std::string NamesOfSeries() {
   std::string names;
-  for (const NamedSeries& series : NamedStudySeries()) names += std::string(series.name) + ", ";
+  for (NamedSeries const& series : NamedStudySeries()) names += std::string(series.name) + ", ";
   return names;
 }
 
 }  // namespace
 
-const std::vector<NamedSeries>& NamedStudySeries() {
-  static const std::vector<NamedSeries> series = {
+std::vector<NamedSeries> const& NamedStudySeries() {
+  static std::vector<NamedSeries> const series = {
       {"hex", "orthogonal hexahedra", "box:6,6,6:hex", kLevels},
       {"perturbed", "hexahedra with nodes moved at random", "box:6,6,6:hex:perturb=0.25,seed=1", kLevels},
       {"tet", "tetrahedra", "box:3,3,3:tet", kLevels},
@@ -44,10 +44,10 @@ const std::vector<NamedSeries>& NamedStudySeries() {
   return series;
 }
 
-std::vector<std::string> MeshesOfSeries(const std::string& series, int nLevels) {
+std::vector<std::string> MeshesOfSeries(std::string const& series, int nLevels) {
   std::string first = series;
   int nDefault = kLevels;
-  for (const NamedSeries& named : NamedStudySeries()) {
+  for (NamedSeries const& named : NamedStudySeries()) {
     if (series != named.name) continue;
     first = named.firstMesh;
     nDefault = named.nLevels;

@@ -15,11 +15,11 @@ namespace fs = std::filesystem;
 
 TemporaryFolder::TemporaryFolder() { Make(); }
 
-TemporaryFolder::TemporaryFolder(const Ranks& ranks) {
+TemporaryFolder::TemporaryFolder(Ranks const& ranks) {
   try {
     ranks.Together([this] { Make(); });
   } catch (...) {
-    const NoInterruption wait;
+    NoInterruption const wait;
     Remove();
     throw;
   }
@@ -27,9 +27,9 @@ TemporaryFolder::TemporaryFolder(const Ranks& ranks) {
 
 void TemporaryFolder::Make() {
   cleanup_.emplace([this] { Remove(); });
-  const NoInterruption wait;
+  NoInterruption const wait;
   std::error_code error;
-  const fs::path parent = fs::temp_directory_path(error);
+  fs::path const parent = fs::temp_directory_path(error);
   if (error) throw UsageError("no folder for temporary files: " + error.message());
   std::string path = (parent / "zyngrad-XXXXXX").string();
   if (mkdtemp(path.data()) == nullptr)
@@ -38,7 +38,7 @@ void TemporaryFolder::Make() {
 }
 
 TemporaryFolder::~TemporaryFolder() {
-  const NoInterruption wait;
+  NoInterruption const wait;
   Remove();
 }
 

@@ -14,12 +14,12 @@ class TemporaryFolder {
  public:
   TemporaryFolder();  ///< throws UsageError when there is no place for it
   explicit TemporaryFolder(
-      const Ranks& ranks);  ///< collective: one for each rank, or the same UsageError on all
+      Ranks const& ranks);  ///< collective: one for each rank, or the same UsageError on all
   ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  TemporaryFolder(TemporaryFolder const&) = delete;
+  TemporaryFolder& operator=(TemporaryFolder const&) = delete;
 
-  const std::string& path() const { return path_; }
+  std::string const& path() const { return path_; }
 
  private:
   void Make();

@@ -18,44 +18,44 @@ using reference_host::HostPartition;
 
 /// Which cell in the mesh file, in words.
 std::string CellName(HostPartition& partition, int cell) {
-  const int patch = partition.patchOfGhost()[static_cast<std::size_t>(cell)];
+  int const patch = partition.patchOfGhost()[static_cast<std::size_t>(cell)];
   if (patch >= 0) {
     return "a face of " + Quoted(partition.patches()[static_cast<std::size_t>(patch)].name);
   }
   return "cell " + std::to_string(partition.globalCell()[static_cast<std::size_t>(cell)]);
 }
 
-[[noreturn]] void FailNotFinite(HostPartition& partition, const std::string& what, double value, int cell) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+[[noreturn]] void FailNotFinite(HostPartition& partition, std::string const& what, double value, int cell) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   throw UsageError(what + (std::isnan(value) ? " is not a number at " : " is infinite at ") +
                    CellName(partition, cell) + " at " +
                    Place(mesh.xc[cell], mesh.yc[cell], mesh.zc[cell], PlaceDigits(partition)));
 }
 
-void CheckGradient(HostPartition& partition, const Expression& expression, const Dual& exact, int cell) {
-  for (const double slope : {exact.dx, exact.dy, exact.dz}) {
+void CheckGradient(HostPartition& partition, Expression const& expression, Dual const& exact, int cell) {
+  for (double const slope : {exact.dx, exact.dy, exact.dz}) {
     if (!std::isfinite(slope)) {
       FailNotFinite(partition, "the exact gradient of " + Quoted(expression.text()), slope, cell);
     }
   }
 }
 
-std::string WarningAbout(const std::string& fieldFile, const std::vector<std::string>& patches) {
+std::string WarningAbout(std::string const& fieldFile, std::vector<std::string> const& patches) {
   reference_host::NameList names;
-  for (const std::string& patch : patches) names.Add(Quoted(patch));
+  for (std::string const& patch : patches) names.Add(Quoted(patch));
   return Quoted(fieldFile) + " has no values for the faces of " + names.Text() +
          "; those of their cells stand in";
 }
 
 }  // namespace
 
-TestField ReadTestField(const Ranks& ranks, const std::string& meshSpec, reference_host::LoadedMesh& mesh,
-                        const std::string& fieldFile, std::vector<std::string>& warnings) {
+TestField ReadTestField(Ranks const& ranks, std::string const& meshSpec, reference_host::LoadedMesh& mesh,
+                        std::string const& fieldFile, std::vector<std::string>& warnings) {
   reference_host::LoadedField loaded =
       reference_host::LoadField(ranks.communicator(), meshSpec, mesh, fieldFile);
   ranks.Together([&] {
     for (int c = 1; c <= mesh.partition->mesh()->NCell; ++c) {
-      const double value = loaded.value[static_cast<std::size_t>(c)];
+      double const value = loaded.value[static_cast<std::size_t>(c)];
       if (!std::isfinite(value)) FailNotFinite(*mesh.partition, "the field " + Quoted(fieldFile), value, c);
     }
   });
@@ -67,17 +67,17 @@ TestField ReadTestField(const Ranks& ranks, const std::string& meshSpec, referen
   return field;
 }
 
-std::vector<double> MakeCellValues(const Ranks& ranks, HostPartition& partition, const Expression& expression,
-                                   const std::string& what, const std::vector<char>* chosen) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+std::vector<double> MakeCellValues(Ranks const& ranks, HostPartition& partition, Expression const& expression,
+                                   std::string const& what, std::vector<char> const* chosen) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   std::vector<double> values(static_cast<std::size_t>(mesh.NCell) + 1,
                              std::numeric_limits<double>::quiet_NaN());
   values[0] = 0.0;
   ranks.Together([&] {
     for (int c = 1; c <= mesh.NCell; ++c) {
-      const auto i = static_cast<std::size_t>(c);
+      auto const i = static_cast<std::size_t>(c);
       if (chosen != nullptr && (*chosen)[i] == 0) continue;
-      const double value = expression.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+      double const value = expression.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
       if (!std::isfinite(value)) FailNotFinite(partition, what + ' ' + Quoted(expression.text()), value, c);
       values[i] = value;
     }
@@ -85,8 +85,8 @@ std::vector<double> MakeCellValues(const Ranks& ranks, HostPartition& partition,
   return values;
 }
 
-TestField MakeTestField(const Ranks& ranks, HostPartition& partition, const Expression& expression) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+TestField MakeTestField(Ranks const& ranks, HostPartition& partition, Expression const& expression) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   TestField field;
   field.value = MakeCellValues(ranks, partition, expression, "the field");
   ranks.Together([&] {
@@ -94,9 +94,9 @@ TestField MakeTestField(const Ranks& ranks, HostPartition& partition, const Expr
       component->assign(static_cast<std::size_t>(mesh.NInnerCells) + 1, 0.0);
     }
     for (int c = 1; c <= mesh.NInnerCells; ++c) {
-      const Dual exact = expression.ValueAndGradient(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+      Dual const exact = expression.ValueAndGradient(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
       CheckGradient(partition, expression, exact, c);
-      const auto i = static_cast<std::size_t>(c);
+      auto const i = static_cast<std::size_t>(c);
       field.gx[i] = exact.dx;
       field.gy[i] = exact.dy;
       field.gz[i] = exact.dz;

@@ -21,22 +21,22 @@ struct TestField {
 };
 
 /// Collective. Throws UsageError naming cell and place where the value or the exact gradient is not finite.
-TestField MakeTestField(const Ranks& ranks, reference_host::HostPartition& partition,
-                        const Expression& expression);
+TestField MakeTestField(Ranks const& ranks, reference_host::HostPartition& partition,
+                        Expression const& expression);
 
 /// Collective. A field from a file, as reference_host::LoadField reads it, without exact gradient. Throws
 /// UsageError naming cell and place where a value is not finite.
 /// @param[in]     mesh      of `meshSpec`
 /// @param[in,out] warnings  gets a line if the file has no values for some of the boundary
-TestField ReadTestField(const Ranks& ranks, const std::string& meshSpec, reference_host::LoadedMesh& mesh,
-                        const std::string& fieldFile, std::vector<std::string>& warnings);
+TestField ReadTestField(Ranks const& ranks, std::string const& meshSpec, reference_host::LoadedMesh& mesh,
+                        std::string const& fieldFile, std::vector<std::string>& warnings);
 
 /// Collective. The values alone, in all cells, as a coefficient of the weighted gradient has them.
 /// Throws UsageError naming cell and place where the value is not finite; `what` is the word for it in the
 /// message.
 /// @param[in] chosen  [1..NCell] the cells that count, NaN elsewhere, so that a use of them shows; null: all
-std::vector<double> MakeCellValues(const Ranks& ranks, reference_host::HostPartition& partition,
-                                   const Expression& expression, const std::string& what,
-                                   const std::vector<char>* chosen = nullptr);
+std::vector<double> MakeCellValues(Ranks const& ranks, reference_host::HostPartition& partition,
+                                   Expression const& expression, std::string const& what,
+                                   std::vector<char> const* chosen = nullptr);
 
 }  // namespace zyngrad

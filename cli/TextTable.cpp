@@ -11,15 +11,15 @@
 namespace zyngrad {
 namespace {
 
-std::string Format(const char* format, int precision, double value) {
+std::string Format(char const* format, int precision, double value) {
   if (!std::isfinite(value)) return "-";
   char buffer[512];  // the longest: "%.*f" of 1e308, 309 digits before the point
   std::snprintf(buffer, sizeof buffer, format, precision, value);
   return buffer;
 }
 
-std::string Padded(const std::string& text, std::size_t width, TextTable::Align align) {
-  const std::string spaces(width - std::min(width, DisplayWidth(text)), ' ');
+std::string Padded(std::string const& text, std::size_t width, TextTable::Align align) {
+  std::string const spaces(width - std::min(width, DisplayWidth(text)), ' ');
   return align == TextTable::Align::Left ? text + spaces : spaces + text;
 }
 
@@ -37,13 +37,13 @@ void TextTable::Print(std::ostream& out) const {
   std::vector<std::vector<std::string>> lines(2);
   for (std::size_t c = 0; c < columns_.size(); ++c) {
     std::size_t width = DisplayWidth(columns_[c].title);
-    for (const auto& row : rows_) width = std::max(width, DisplayWidth(row[c]));
+    for (auto const& row : rows_) width = std::max(width, DisplayWidth(row[c]));
     lines[0].push_back(columns_[c].title);
     lines[1].push_back(std::string(width, '-'));
   }
   lines.insert(lines.end(), rows_.begin(), rows_.end());
 
-  for (const auto& cells : lines) {
+  for (auto const& cells : lines) {
     std::string line;
     for (std::size_t c = 0; c < columns_.size(); ++c) {
       line += "  " + Padded(cells[c], lines[1][c].size(), columns_[c].align);

@@ -6,6 +6,6 @@ namespace zyngrad {
 
 /// Collective. Bounds the threads that the operators are run with: with some ten thousand the OpenMP runtime runs out of
 /// stack. The first rank says so on standard error.
-void BoundThreads(const Ranks& ranks);
+void BoundThreads(Ranks const& ranks);
 
 }  // namespace zyngrad

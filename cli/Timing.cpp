@@ -7,7 +7,7 @@ namespace zyngrad {
 
 double Median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
-  const std::size_t n = values.size();
+  std::size_t const n = values.size();
   return n % 2 == 1 ? values[n / 2] : 0.5 * (values[n / 2 - 1] + values[n / 2]);
 }
 

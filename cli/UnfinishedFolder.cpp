@@ -21,8 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string kMarker = "zyngrad unfinished files, format 1";
-const std::string kFileWord = "file ", kFolderWord = "folder ";
+std::string const kMarker = "zyngrad unfinished files, format 1";
+std::string const kFileWord = "file ", kFolderWord = "folder ";
 
 std::string Self() {
   char host[256] = "";
@@ -30,12 +30,12 @@ std::string Self() {
   return "process " + std::to_string(getpid()) + " on " + OneLine(host);
 }
 
-bool IsMarked(const std::string& listing) { return listing.rfind(kMarker + '\n', 0) == 0; }
+bool IsMarked(std::string const& listing) { return listing.rfind(kMarker + '\n', 0) == 0; }
 
 /// The second of the lines that end, behind the marker.
-std::string HolderIn(const std::string& listing) {
-  const std::size_t begin = kMarker.size() + 1;
-  const std::size_t end = listing.find('\n', begin);
+std::string HolderIn(std::string const& listing) {
+  std::size_t const begin = kMarker.size() + 1;
+  std::size_t const end = listing.find('\n', begin);
   if (!IsMarked(listing) || end == std::string::npos) return "";
   return OneLine(listing.substr(begin, end - begin));
 }
@@ -46,11 +46,11 @@ struct Listed {
 };
 
 /// A last line that does not end was cut off.
-Listed Parse(const std::string& listing) {
+Listed Parse(std::string const& listing) {
   Listed listed;
   std::istringstream in(listing);
   for (std::string line; std::getline(in, line) && !in.eof();) {
-    for (const auto& [word, names] :
+    for (auto const& [word, names] :
          {std::pair(kFileWord, &listed.files), std::pair(kFolderWord, &listed.folders)})
       if (line.rfind(word, 0) == 0 && IsSafeName(line.substr(word.size())))
         names->push_back(line.substr(word.size()));
@@ -58,28 +58,28 @@ Listed Parse(const std::string& listing) {
   return listed;
 }
 
-[[noreturn]] void Refuse(const std::string& path) {
+[[noreturn]] void Refuse(std::string const& path) {
   throw UsageError(QuotedPath(path) +
                    " is not from a run of zyngrad: move it away, or choose another output folder with -o");
 }
 
 /// Throws UsageError when the folder holds anything but the lock's file and what is listed.
-void CheckForOthers(const std::string& folder, const std::string& listing) {
+void CheckForOthers(std::string const& folder, std::string const& listing) {
   if (!IsMarked(listing)) Refuse(folder);
-  const Listed listed = Parse(listing);
-  const std::set<std::string> files(listed.files.begin(), listed.files.end());
-  const std::set<std::string> folders(listed.folders.begin(), listed.folders.end());
+  Listed const listed = Parse(listing);
+  std::set<std::string> const files(listed.files.begin(), listed.files.end());
+  std::set<std::string> const folders(listed.folders.begin(), listed.folders.end());
   for (fs::recursive_directory_iterator entry(folder), end; entry != end; ++entry) {
-    const std::string name = entry->path().lexically_relative(folder).string();
-    const fs::file_type type = entry->symlink_status().type();
-    const bool isOurs = (type == fs::file_type::regular && (name == kLockFile || files.count(name) > 0)) ||
+    std::string const name = entry->path().lexically_relative(folder).string();
+    fs::file_type const type = entry->symlink_status().type();
+    bool const isOurs = (type == fs::file_type::regular && (name == kLockFile || files.count(name) > 0)) ||
                         (type == fs::file_type::directory && folders.count(name) > 0);
     if (!isOurs) Refuse(entry->path().string());
   }
 }
 
 /// The lock's file alone, then.
-bool HoldsOneThing(const std::string& folder) {
+bool HoldsOneThing(std::string const& folder) {
   std::error_code error;
   int count = 0;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
@@ -88,9 +88,9 @@ bool HoldsOneThing(const std::string& folder) {
 }
 
 /// The folders on the way to the files, each once, outer ones first.
-std::vector<std::string> FoldersOf(const std::vector<std::string>& files) {
+std::vector<std::string> FoldersOf(std::vector<std::string> const& files) {
   std::set<std::string> folders;  // a folder's name sorts before those of the folders inside
-  for (const std::string& file : files)
+  for (std::string const& file : files)
     for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path())
       folders.insert(way.string());
   return {folders.begin(), folders.end()};
@@ -104,7 +104,7 @@ UnfinishedFolder::UnfinishedFolder(std::string path, std::vector<std::string> fi
 
 FolderLock::Outcome UnfinishedFolder::Take() {
   using Outcome = FolderLock::Outcome;
-  const Outcome outcome = lock_.Take(path_, Listing());
+  Outcome const outcome = lock_.Take(path_, Listing());
   if (outcome == Outcome::Unknown) {
     if (!IsMarked(FolderLock::ContentIn(path_))) Refuse(path_);
     throw UsageError(QuotedPath(path_) + " is in use, or left by a run that was killed (" + PresentHolder() +
@@ -112,16 +112,16 @@ FolderLock::Outcome UnfinishedFolder::Take() {
   }
   if (outcome != Outcome::Taken) return outcome;
   try {
-    const std::string listing = lock_.Content();
+    std::string const listing = lock_.Content();
     CheckForOthers(path_, listing);
-    const Listed left = Parse(listing);
-    const int reason = RemoveListed(left.files, left.folders);
-    for (const fs::directory_entry& entry : fs::directory_iterator(path_)) {
+    Listed const left = Parse(listing);
+    int const reason = RemoveListed(left.files, left.folders);
+    for (fs::directory_entry const& entry : fs::directory_iterator(path_)) {
       if (entry.path().filename() == kLockFile) continue;
       throw UsageError("cannot remove " + QuotedPath(entry.path().string()) + ", which a run has left" +
                        (reason != 0 ? std::string(": ") + std::strerror(reason) : ""));
     }
-  } catch (const fs::filesystem_error& error) {
+  } catch (fs::filesystem_error const& error) {
     lock_.GiveUp();
     throw UsageError("cannot read " + QuotedPath(path_) + ": " + error.code().message());
   } catch (...) {
@@ -130,7 +130,7 @@ FolderLock::Outcome UnfinishedFolder::Take() {
   }
   lock_.Share(Listing());
   holder_ = Holder();
-  for (const std::string& folder : folders_) {
+  for (std::string const& folder : folders_) {
     std::error_code error;
     fs::create_directory(fs::path(path_) / folder, error);
     if (error)
@@ -141,7 +141,7 @@ FolderLock::Outcome UnfinishedFolder::Take() {
 
 std::string UnfinishedFolder::Holder() const { return HolderIn(lock_.Content()); }
 
-void UnfinishedFolder::Join(const std::string& holder) {
+void UnfinishedFolder::Join(std::string const& holder) {
   lock_.Join(path_);
   holder_ = holder;
   if (Holder() == holder) return;
@@ -150,7 +150,7 @@ void UnfinishedFolder::Join(const std::string& holder) {
 }
 
 std::string UnfinishedFolder::PresentHolder() const {
-  const std::string holder = HolderIn(FolderLock::ContentIn(path_));
+  std::string const holder = HolderIn(FolderLock::ContentIn(path_));
   return holder.empty() ? "another process" : holder;
 }
 
@@ -175,15 +175,15 @@ void UnfinishedFolder::Leave() {
 }
 
 /// @return the system's reason, where something could not be removed, else 0
-int UnfinishedFolder::RemoveListed(const std::vector<std::string>& files,
-                                   const std::vector<std::string>& folders) const {
+int UnfinishedFolder::RemoveListed(std::vector<std::string> const& files,
+                                   std::vector<std::string> const& folders) const {
   int reason = 0;
-  const auto remove = [this, &reason](const std::string& name, PlaceInFolder::Kind kind,
-                                      int (*by)(const char*)) {
-    const PlaceInFolder place = LookAt(path_, name);
+  auto const remove = [this, &reason](std::string const& name, PlaceInFolder::Kind kind,
+                                      int (*by)(char const*)) {
+    PlaceInFolder const place = LookAt(path_, name);
     if (place.kind == kind && by(place.path.c_str()) != 0 && errno != ENOENT && reason == 0) reason = errno;
   };
-  for (const std::string& file : files) remove(file, PlaceInFolder::Kind::File, unlink);
+  for (std::string const& file : files) remove(file, PlaceInFolder::Kind::File, unlink);
   for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
     remove(*folder, PlaceInFolder::Kind::Folder, rmdir);
   return reason;
@@ -191,8 +191,8 @@ int UnfinishedFolder::RemoveListed(const std::vector<std::string>& files,
 
 std::string UnfinishedFolder::Listing() const {
   std::string text = kMarker + '\n' + Self() + '\n';
-  for (const std::string& folder : folders_) text.append(kFolderWord).append(folder) += '\n';
-  for (const std::string& file : files_) text.append(kFileWord).append(file) += '\n';
+  for (std::string const& folder : folders_) text.append(kFolderWord).append(folder) += '\n';
+  for (std::string const& file : files_) text.append(kFileWord).append(file) += '\n';
   return text;
 }
 

@@ -19,7 +19,7 @@ class UnfinishedFolder {
   UnfinishedFolder(std::string path, std::vector<std::string> files,
                    FolderLock::LockCall lockCall = FolderLock::LockBySystem);
 
-  const std::string& path() const { return path_; }
+  std::string const& path() const { return path_; }
 
   /// Of the first process: makes the folder with the folders inside, and clears it of what a run has left
   /// that is no more. Afterwards the others may join.
@@ -34,7 +34,7 @@ class UnfinishedFolder {
 
   /// Of the other processes of the run. Throws UsageError when this is not the folder that the first process
   /// has.
-  void Join(const std::string& holder);
+  void Join(std::string const& holder);
 
   /// Who has it at present; "another process" where that cannot be told.
   std::string PresentHolder() const;
@@ -47,7 +47,7 @@ class UnfinishedFolder {
   void Leave();
 
  private:
-  int RemoveListed(const std::vector<std::string>& files, const std::vector<std::string>& folders) const;
+  int RemoveListed(std::vector<std::string> const& files, std::vector<std::string> const& folders) const;
   std::string Listing() const;
 
   std::string path_;

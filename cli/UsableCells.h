@@ -21,8 +21,8 @@ struct UsableCells {
 
 /// Collective. Throws UsageError when the formula is not finite at a cell or no cell is usable.
 /// @param[in] body  negative inside; null: there is no body
-UsableCells FindUsableCells(const Ranks& ranks, reference_host::HostPartition& partition,
-                            const Expression* body);
+UsableCells FindUsableCells(Ranks const& ranks, reference_host::HostPartition& partition,
+                            Expression const* body);
 
 /// The rank that serves a point.
 struct PointOwner {
@@ -32,7 +32,7 @@ struct PointOwner {
 
 /// Collective. @pre there is a usable cell
 /// @param[in] points  the same on every rank
-std::vector<PointOwner> FindPointOwners(const Ranks& ranks, reference_host::HostPartition& partition,
-                                        const UsableCells& usable, const PointSet& points);
+std::vector<PointOwner> FindPointOwners(Ranks const& ranks, reference_host::HostPartition& partition,
+                                        UsableCells const& usable, PointSet const& points);
 
 }  // namespace zyngrad

@@ -12,7 +12,7 @@ namespace zyngrad {
 class UsedNodes {
  public:
   /// @param[out] points  appended to, x, y, z of each node that is asked for; borrowed, as the mesh is
-  UsedNodes(const CZYN3DFiniteVolumeMesh& mesh, std::vector<double>& points)
+  UsedNodes(CZYN3DFiniteVolumeMesh const& mesh, std::vector<double>& points)
       : mesh_(mesh), points_(points), number_(static_cast<std::size_t>(mesh.NNode) + 1, -1) {}
 
   std::int64_t Number(int node) {
@@ -25,7 +25,7 @@ class UsedNodes {
   }
 
  private:
-  const CZYN3DFiniteVolumeMesh& mesh_;
+  CZYN3DFiniteVolumeMesh const& mesh_;
   std::vector<double>& points_;
   std::vector<std::int64_t> number_;  ///< [1..NNode], -1: not used
 };

@@ -5,25 +5,25 @@
 namespace zyngrad {
 namespace {
 
-bool Contains(const int* row, int nNodes, int node) {
+bool Contains(int const* row, int nNodes, int node) {
   return std::find(row, row + nNodes, node) != row + nNodes;
 }
 
-void DistinctNodes(const CellFaces& faces, std::vector<int>& nodes) {
+void DistinctNodes(CellFaces const& faces, std::vector<int>& nodes) {
   nodes = faces.node;
   std::sort(nodes.begin(), nodes.end());
   nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
 }
 
 /// The node that an edge outside the base face joins to `node`, -1 unless there is exactly one.
-int NodeAbove(const CellFaces& faces, int base, int node) {
+int NodeAbove(CellFaces const& faces, int base, int node) {
   int above = -1;
   for (int f = 0; f < faces.nFaces(); ++f) {
-    const int size = faces.FaceSize(f);
-    const int* row = faces.Face(f);
-    const int at = static_cast<int>(std::find(row, row + size, node) - row);
+    int const size = faces.FaceSize(f);
+    int const* row = faces.Face(f);
+    int const at = static_cast<int>(std::find(row, row + size, node) - row);
     if (f == base || at == size) continue;
-    for (const int neighbour : {row[(at + 1) % size], row[(at + size - 1) % size]}) {
+    for (int const neighbour : {row[(at + 1) % size], row[(at + size - 1) % size]}) {
       if (Contains(faces.Face(base), faces.FaceSize(base), neighbour)) continue;
       if (above != -1 && above != neighbour) return -1;
       above = neighbour;
@@ -32,14 +32,14 @@ int NodeAbove(const CellFaces& faces, int base, int node) {
   return above;
 }
 
-int FirstFaceOfSize(const CellFaces& faces, int size) {
+int FirstFaceOfSize(CellFaces const& faces, int size) {
   for (int f = 0; f < faces.nFaces(); ++f) {
     if (faces.FaceSize(f) == size) return f;
   }
   return -1;
 }
 
-int CountFacesOfSize(const CellFaces& faces, int size) {
+int CountFacesOfSize(CellFaces const& faces, int size) {
   int count = 0;
   for (int f = 0; f < faces.nFaces(); ++f) count += faces.FaceSize(f) == size ? 1 : 0;
   return count;
@@ -47,12 +47,12 @@ int CountFacesOfSize(const CellFaces& faces, int size) {
 
 /// Base nodes, then what stands above them: one apex, or one node above each.
 /// @return whether the cell has that form
-bool StandOnBase(const CellFaces& faces, int base, bool inwards, bool toApex, std::vector<int>& nodes) {
-  const int size = faces.FaceSize(base);
+bool StandOnBase(CellFaces const& faces, int base, bool inwards, bool toApex, std::vector<int>& nodes) {
+  int const size = faces.FaceSize(base);
   nodes.assign(faces.Face(base), faces.Face(base) + size);
   if (inwards) std::reverse(nodes.begin(), nodes.end());
   for (int k = 0; k < size; ++k) {
-    const int above = NodeAbove(faces, base, nodes[static_cast<std::size_t>(k)]);
+    int const above = NodeAbove(faces, base, nodes[static_cast<std::size_t>(k)]);
     if (above == -1) return false;
     if (toApex && k > 0) {
       if (above != nodes.back()) return false;
@@ -84,7 +84,7 @@ constexpr Form kForms[] = {
 }  // namespace
 
 int CellFaces::FaceSize(int f) const {
-  const auto k = static_cast<std::size_t>(f);
+  auto const k = static_cast<std::size_t>(f);
   return static_cast<int>(start[k + 1] - start[k]);
 }
 
@@ -93,21 +93,21 @@ void CellFaces::Clear() {
   start.resize(1);
 }
 
-void CellFaces::Add(const int* row, int nNodes, bool reversed) {
+void CellFaces::Add(int const* row, int nNodes, bool reversed) {
   node.insert(node.end(), row, row + nNodes);
   if (reversed) std::reverse(node.end() - nNodes, node.end());
   start.push_back(node.size());
 }
 
-void MakeVtkCell(const CellFaces& faces, VtkCell& cell) {
-  const int nTriangles = CountFacesOfSize(faces, 3);
-  const int nQuads = CountFacesOfSize(faces, 4);
+void MakeVtkCell(CellFaces const& faces, VtkCell& cell) {
+  int const nTriangles = CountFacesOfSize(faces, 3);
+  int const nQuads = CountFacesOfSize(faces, 4);
   DistinctNodes(faces, cell.nodes);
   if (nTriangles + nQuads == faces.nFaces()) {
-    for (const Form& form : kForms) {
+    for (Form const& form : kForms) {
       if (nTriangles != form.nTriangles || nQuads != form.nQuads) continue;
       if (cell.nodes.size() != static_cast<std::size_t>(form.nNodes)) continue;
-      const int base = FirstFaceOfSize(faces, form.baseSize);
+      int const base = FirstFaceOfSize(faces, form.baseSize);
       cell.type = form.type;
       if (StandOnBase(faces, base, form.baseInwards, form.toApex, cell.nodes)) return;
       DistinctNodes(faces, cell.nodes);

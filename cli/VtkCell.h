@@ -13,11 +13,11 @@ struct CellFaces {
 
   int nFaces() const { return static_cast<int>(start.size()) - 1; }
   int FaceSize(int f) const;
-  const int* Face(int f) const { return node.data() + start[static_cast<std::size_t>(f)]; }
+  int const* Face(int f) const { return node.data() + start[static_cast<std::size_t>(f)]; }
 
   void Clear();
   /// `row` in its order, or backwards.
-  void Add(const int* row, int nNodes, bool reversed);
+  void Add(int const* row, int nNodes, bool reversed);
 };
 
 /// Cell types of the VTK file formats.
@@ -38,6 +38,6 @@ struct VtkCell {
 /// Recognises tetrahedra, pyramids, wedges and hexahedra by their faces alone; everything else is a
 /// polyhedron.
 /// @param[out] cell  overwritten; its memory is used again
-void MakeVtkCell(const CellFaces& faces, VtkCell& cell);
+void MakeVtkCell(CellFaces const& faces, VtkCell& cell);
 
 }  // namespace zyngrad

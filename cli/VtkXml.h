@@ -18,20 +18,20 @@ struct VtkArray {
 /// as raw bytes in the machine's byte order.
 class VtkXml {
  public:
-  void Line(const std::string& text) { text_ += text + '\n'; }
+  void Line(std::string const& text) { text_ += text + '\n'; }
 
   /// Describes an array; it is borrowed until Write.
   template <class T>
-  void Array(const std::string& name, int nComponents, const std::vector<T>& values);
-  void Array(const VtkArray& array);
+  void Array(std::string const& name, int nComponents, std::vector<T> const& values);
+  void Array(VtkArray const& array);
 
   /// Writes the file whole. Throws UsageError when that fails.
-  void Write(const std::string& file, const char* gridType) const;
+  void Write(std::string const& file, char const* gridType) const;
 
  private:
   /// An array in the appended section: a 64-bit byte count, then the bytes.
   struct Block {
-    const void* data;
+    void const* data;
     std::uint64_t nBytes;
   };
 
@@ -45,8 +45,8 @@ class VtkXml {
 /// @param[in] pointData  arrays of the points; empty: none
 /// @param[in] cellData   arrays of the cells; empty: none
 /// @param[in] pieces     relative to the index file's folder
-void WritePieceIndex(const std::string& file, const std::string& gridType,
-                     const std::vector<VtkArray>& pointData, const std::vector<VtkArray>& cellData,
-                     const std::vector<std::string>& pieces);
+void WritePieceIndex(std::string const& file, std::string const& gridType,
+                     std::vector<VtkArray> const& pointData, std::vector<VtkArray> const& cellData,
+                     std::vector<std::string> const& pieces);
 
 }  // namespace zyngrad

@@ -6,7 +6,7 @@
 namespace zyngrad {
 namespace {
 
-void AddPiece(VtkXml& xml, const std::vector<double>& points, std::size_t nVertices, std::size_t nPolygons) {
+void AddPiece(VtkXml& xml, std::vector<double> const& points, std::size_t nVertices, std::size_t nPolygons) {
   xml.Line("<PolyData>");
   xml.Line("<Piece NumberOfPoints=\"" + std::to_string(points.size() / 3) + "\" NumberOfVerts=\"" +
            std::to_string(nVertices) + "\" NumberOfLines=\"0\" NumberOfStrips=\"0\" NumberOfPolys=\"" +
@@ -16,16 +16,16 @@ void AddPiece(VtkXml& xml, const std::vector<double>& points, std::size_t nVerti
   xml.Line("</Points>");
 }
 
-void AddData(VtkXml& xml, const std::string& section, const std::vector<VtkArray>& arrays) {
+void AddData(VtkXml& xml, std::string const& section, std::vector<VtkArray> const& arrays) {
   xml.Line('<' + section + '>');
-  for (const VtkArray& array : arrays) xml.Array(array);
+  for (VtkArray const& array : arrays) xml.Array(array);
   xml.Line("</" + section + '>');
 }
 
 }  // namespace
 
-void WritePolygons(const std::string& file, const VtpSurface& surface,
-                   const std::vector<VtkArray>& polygonData) {
+void WritePolygons(std::string const& file, VtpSurface const& surface,
+                   std::vector<VtkArray> const& polygonData) {
   VtkXml xml;
   AddPiece(xml, surface.points, 0, surface.offsets.size());
   xml.Line("<Polys>");
@@ -37,9 +37,9 @@ void WritePolygons(const std::string& file, const VtpSurface& surface,
   xml.Write(file, "PolyData");
 }
 
-void WriteVertices(const std::string& file, const std::vector<double>& points,
-                   const std::vector<VtkArray>& pointData) {
-  const std::size_t nPoints = points.size() / 3;
+void WriteVertices(std::string const& file, std::vector<double> const& points,
+                   std::vector<VtkArray> const& pointData) {
+  std::size_t const nPoints = points.size() / 3;
   std::vector<std::int64_t> connectivity(nPoints), offsets(nPoints);
   std::iota(connectivity.begin(), connectivity.end(), 0);
   std::iota(offsets.begin(), offsets.end(), 1);
@@ -55,8 +55,8 @@ void WriteVertices(const std::string& file, const std::vector<double>& points,
   xml.Write(file, "PolyData");
 }
 
-void WritePvtp(const std::string& file, const std::vector<VtkArray>& polygonData,
-               const std::vector<std::string>& pieces) {
+void WritePvtp(std::string const& file, std::vector<VtkArray> const& polygonData,
+               std::vector<std::string> const& pieces) {
   WritePieceIndex(file, "PolyData", {}, polygonData, pieces);
 }
 

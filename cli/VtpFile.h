@@ -16,16 +16,16 @@ struct VtpSurface {
 };
 
 /// Writes polygons with their values. Throws UsageError when the file cannot be written whole.
-void WritePolygons(const std::string& file, const VtpSurface& surface,
-                   const std::vector<VtkArray>& polygonData);
+void WritePolygons(std::string const& file, VtpSurface const& surface,
+                   std::vector<VtkArray> const& polygonData);
 
 /// Writes points alone (x, y, z of each in turn), a vertex each, with their values. Throws as WritePolygons.
-void WriteVertices(const std::string& file, const std::vector<double>& points,
-                   const std::vector<VtkArray>& pointData);
+void WriteVertices(std::string const& file, std::vector<double> const& points,
+                   std::vector<VtkArray> const& pointData);
 
 /// Writes the index of pieces of polygons that have the same arrays; `pieces` are relative to the index
 /// file's folder.
-void WritePvtp(const std::string& file, const std::vector<VtkArray>& polygonData,
-               const std::vector<std::string>& pieces);
+void WritePvtp(std::string const& file, std::vector<VtkArray> const& polygonData,
+               std::vector<std::string> const& pieces);
 
 }  // namespace zyngrad

@@ -2,7 +2,7 @@
 
 namespace zyngrad {
 
-void WriteVtu(const std::string& file, const VtuGrid& grid, const std::vector<VtkArray>& cellData) {
+void WriteVtu(std::string const& file, VtuGrid const& grid, std::vector<VtkArray> const& cellData) {
   VtkXml xml;
   xml.Line("<UnstructuredGrid>");
   xml.Line("<Piece NumberOfPoints=\"" + std::to_string(grid.points.size() / 3) + "\" NumberOfCells=\"" +
@@ -18,13 +18,13 @@ void WriteVtu(const std::string& file, const VtuGrid& grid, const std::vector<Vt
     xml.Array("faceoffsets", 1, grid.faceOffsets);
   }
   xml.Line("</Cells>\n<CellData>");
-  for (const VtkArray& array : cellData) xml.Array(array);
+  for (VtkArray const& array : cellData) xml.Array(array);
   xml.Line("</CellData>\n</Piece>\n</UnstructuredGrid>");
   xml.Write(file, "UnstructuredGrid");
 }
 
-void WritePvtu(const std::string& file, const std::vector<VtkArray>& cellData,
-               const std::vector<std::string>& pieces) {
+void WritePvtu(std::string const& file, std::vector<VtkArray> const& cellData,
+               std::vector<std::string> const& pieces) {
   WritePieceIndex(file, "UnstructuredGrid", {}, cellData, pieces);
 }
 

@@ -22,10 +22,10 @@ struct VtuGrid {
 
 /// Writes one piece: XML with all arrays as raw bytes behind it, in the machine's byte order.
 /// Throws UsageError when the file cannot be written whole.
-void WriteVtu(const std::string& file, const VtuGrid& grid, const std::vector<VtkArray>& cellData);
+void WriteVtu(std::string const& file, VtuGrid const& grid, std::vector<VtkArray> const& cellData);
 
 /// Writes the index of pieces that have the same arrays; `pieces` are relative to the index file's folder.
-void WritePvtu(const std::string& file, const std::vector<VtkArray>& cellData,
-               const std::vector<std::string>& pieces);
+void WritePvtu(std::string const& file, std::vector<VtkArray> const& cellData,
+               std::vector<std::string> const& pieces);
 
 }  // namespace zyngrad

@@ -39,7 +39,7 @@ namespace {
 using nlohmann::ordered_json;
 using reference_host::LoadedMesh;
 
-constexpr const char* kFooter =
+constexpr char const* kFooter =
     "Every cell is looked at before anyone trusts a run: its shape, the system that the radial-basis "
     "gradient "
     "solves\n"
@@ -60,8 +60,8 @@ constexpr const char* kFooter =
     "  mpirun -n 2 zyngrad check case/constant/polyMesh --group-faces inner --points probes.csv";
 
 /// An interpolation's settings from options that carry other names here.
-InterpolationSettings ReadInterpolation(const std::string& methodOption, const std::string& method,
-                                        int nMethods, double span, const std::string& number) {
+InterpolationSettings ReadInterpolation(std::string const& methodOption, std::string const& method,
+                                        int nMethods, double span, std::string const& number) {
   InterpolationSettings settings;
   settings.method = WholeNumber(methodOption, method, 1);
   if (settings.method > nMethods)
@@ -74,7 +74,7 @@ InterpolationSettings ReadInterpolation(const std::string& methodOption, const s
 class CheckCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(const Ranks& ranks) override;
+  void Run(Ranks const& ranks) override;
   int ExitCode() const override { return exitCode_; }
 
  private:
@@ -85,10 +85,10 @@ class CheckCommand : public Command {
   bool ChecksPoints() const { return !pointsFile_.empty() || !bodyText_.empty(); }
   double SpanOr(double standard) const;
 
-  CheckResult CheckAllCells(const Ranks& ranks, LoadedMesh& mesh, OutputFolder& folder);
-  CheckResult CheckFaceGroup(const Ranks& ranks, LoadedMesh& mesh, FaceGroup group,
+  CheckResult CheckAllCells(Ranks const& ranks, LoadedMesh& mesh, OutputFolder& folder);
+  CheckResult CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceGroup group,
                              OutputFolder& folder) const;
-  CheckResult CheckPointSet(const Ranks& ranks, LoadedMesh& mesh, PointSet points, OutputFolder& folder);
+  CheckResult CheckPointSet(Ranks const& ranks, LoadedMesh& mesh, PointSet points, OutputFolder& folder);
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
@@ -152,8 +152,8 @@ void CheckCommand::ChooseMethods() {
 }
 
 void CheckCommand::ChooseFaces() {
-  for (const std::string& name : faceGroupNames_) {
-    const std::optional<FaceGroup> group = FaceGroupFromName(name);
+  for (std::string const& name : faceGroupNames_) {
+    std::optional<FaceGroup> const group = FaceGroupFromName(name);
     if (!group) throw UsageError("--group-faces " + Quoted(name) + ": expected " + FaceGroupNames());
     if (std::find(faceGroups_.begin(), faceGroups_.end(), *group) == faceGroups_.end())
       faceGroups_.push_back(*group);
@@ -174,14 +174,14 @@ void CheckCommand::ReadOptions() {
   groups_ = GroupsByUser(meshOptions_);
 }
 
-CheckResult CheckCommand::CheckAllCells(const Ranks& ranks, LoadedMesh& mesh, OutputFolder& folder) {
+CheckResult CheckCommand::CheckAllCells(Ranks const& ranks, LoadedMesh& mesh, OutputFolder& folder) {
   cellCase_.logFile = folder.logFile();
-  const std::vector<CheckedSystem> cells = CheckCells(ranks, mesh, cellCase_);
+  std::vector<CheckedSystem> const cells = CheckCells(ranks, mesh, cellCase_);
   grid_ = StageCheckGrid(ranks, *mesh.partition, cells, folder);
   return {"cells", "cells", CellFindings(cellCase_.methods), SummariseCheck(ranks, cells)};
 }
 
-CheckResult CheckCommand::CheckFaceGroup(const Ranks& ranks, LoadedMesh& mesh, FaceGroup group,
+CheckResult CheckCommand::CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceGroup group,
                                          OutputFolder& folder) const {
   if (faceSettings_.method == kMethodByNodes)
     PrintLongRowWarning(ranks, *mesh.partition, nullptr, "--face-method 2");
@@ -190,13 +190,13 @@ CheckResult CheckCommand::CheckFaceGroup(const Ranks& ranks, LoadedMesh& mesh, F
   return {NameOf(group) + " faces", "faces", InterpolationFindings(), SummariseCheck(ranks, faces)};
 }
 
-CheckResult CheckCommand::CheckPointSet(const Ranks& ranks, LoadedMesh& mesh, PointSet points,
+CheckResult CheckCommand::CheckPointSet(Ranks const& ranks, LoadedMesh& mesh, PointSet points,
                                         OutputFolder& folder) {
-  const double meanDistance = MeanCellDistance(ranks, *mesh.partition);
+  double const meanDistance = MeanCellDistance(ranks, *mesh.partition);
   UsableCells usable = FindUsableCells(ranks, *mesh.partition, body_ ? &*body_ : nullptr);
   if (pointsFile_.empty()) points = PointsOnSurface(ranks, *mesh.partition, *body_, 0.0, meanDistance);
   for (auto* column : {&points.x, &points.y, &points.z}) ranks.Broadcast(*column);
-  const std::vector<PointOwner> owners = FindPointOwners(ranks, *mesh.partition, usable, points);
+  std::vector<PointOwner> const owners = FindPointOwners(ranks, *mesh.partition, usable, points);
   pointSettings_.distance = 2.0 * meanDistance;
   if (pointSettings_.method == kMethodByNodes)
     PrintLongRowWarning(ranks, *mesh.partition, &usable, "--point-method 2");
@@ -210,11 +210,11 @@ CheckResult CheckCommand::CheckPointSet(const Ranks& ranks, LoadedMesh& mesh, Po
 
 ordered_json CheckCommand::Question() const {
   ordered_json json;
-  for (const GradientMethod* method : cellCase_.methods) json["methods"].push_back(method->name);
+  for (GradientMethod const* method : cellCase_.methods) json["methods"].push_back(method->name);
   json["span"] = cellCase_.radialBasis.span;
   json["shapeNormalize"] = shapeNormalize_;
   json["faceGroups"] = ordered_json::array();
-  for (const FaceGroup group : faceGroups_) json["faceGroups"].push_back(NameOf(group));
+  for (FaceGroup const group : faceGroups_) json["faceGroups"].push_back(NameOf(group));
   if (!faceGroups_.empty()) json["faces"] = InterpolationSettingsAsJson(faceSettings_);
   json["points"] = pointsFile_.empty() ? ordered_json(nullptr) : ordered_json(pointsFile_);
   json["body"] = bodyText_.empty() ? ordered_json(nullptr) : ordered_json(bodyText_);
@@ -222,7 +222,7 @@ ordered_json CheckCommand::Question() const {
   return json;
 }
 
-void CheckCommand::Run(const Ranks& ranks) {
+void CheckCommand::Run(Ranks const& ranks) {
   ReadOptions();
   PointSet points;
   ranks.Together([&] {
@@ -235,13 +235,13 @@ void CheckCommand::Run(const Ranks& ranks) {
 
   LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
-                               [&progress](const std::string& stage) { progress.Stage(stage); });
+                               [&progress](std::string const& stage) { progress.Stage(stage); });
   progress.Done();
   if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
 
   progress.Stage("checking cells");
   std::vector<CheckResult> results = {CheckAllCells(ranks, mesh, folder)};
-  for (const FaceGroup group : faceGroups_) {
+  for (FaceGroup const group : faceGroups_) {
     progress.Stage("checking " + NameOf(group) + " faces");
     results.push_back(CheckFaceGroup(ranks, mesh, group, folder));
   }
@@ -250,15 +250,15 @@ void CheckCommand::Run(const Ranks& ranks) {
     results.push_back(CheckPointSet(ranks, mesh, std::move(points), folder));
   }
   progress.Done();
-  const int placeDigits = PlaceDigits(ranks, *mesh.partition);
+  int const placeDigits = PlaceDigits(ranks, *mesh.partition);
   for (CheckResult& result : results) result.placeDigits = placeDigits;
   if (ranks.IsFirst()) {
-    for (const CheckResult& result : results) PrintCheckResult(std::cout, result);
+    for (CheckResult const& result : results) PrintCheckResult(std::cout, result);
     PrintVerdict(std::cout, results);
   }
 
   progress.Stage("writing");
-  const std::vector<std::string> notFinite = FoundInWords(results, Severity::NotFinite);
+  std::vector<std::string> const notFinite = FoundInWords(results, Severity::NotFinite);
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     ordered_json json = StartResults("check");
@@ -269,7 +269,7 @@ void CheckCommand::Run(const Ranks& ranks) {
     json["sound"] = AreSound(results);
     json["wrong"] = FoundInWords(results, Severity::Wrong);
     json["checked"] = ordered_json::array();
-    for (const CheckResult& result : results) json["checked"].push_back(CheckResultAsJson(result));
+    for (CheckResult const& result : results) json["checked"].push_back(CheckResultAsJson(result));
     WriteJson(folder.Stage("check.json"), json);
   });
   progress.Done();

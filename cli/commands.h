@@ -18,7 +18,7 @@ class Command {
   virtual CLI::App* AddTo(CLI::App& program) = 0;
 
   /// Collective. Throws UsageError or MeshError, the same on every rank.
-  virtual void Run(const Ranks& ranks) = 0;
+  virtual void Run(Ranks const& ranks) = 0;
 
   /// After Run: of the program, the same on every rank. Other than 0 for a command that found faults in what it
   /// was asked about.

@@ -21,7 +21,7 @@
 namespace zyngrad {
 namespace {
 
-const char* const kFooter =
+char const* const kFooter =
     "Every number of ranks is made of as many threads with a partition each, divided as under mpirun, so "
     "the\n"
     "command is started alone; under mpirun the first rank does everything. Each is run twice, the second "
@@ -42,7 +42,7 @@ const char* const kFooter =
     "  zyngrad compare-ranks box:12,12,12:tet --ranks 1,2,4\n"
     "  zyngrad compare-ranks channel.msh --ranks 1,3 --method gradients --field \"sin(x)*y\" --span 50";
 
-std::vector<int> ReadCounts(const std::string& text) {
+std::vector<int> ReadCounts(std::string const& text) {
   std::vector<int> counts;
   std::istringstream in(text + ',');
   for (std::string word; std::getline(in, word, ',');) {
@@ -54,13 +54,13 @@ std::vector<int> ReadCounts(const std::string& text) {
 }
 
 /// Before the work: nodes that faces3 and points3 mind, of the mesh as one partition.
-void WarnOfLongRows(const WholeMesh& mesh, const std::vector<StudyCase>& cases) {
+void WarnOfLongRows(WholeMesh const& mesh, std::vector<StudyCase> const& cases) {
   if (std::none_of(cases.begin(), cases.end(),
-                   [](const StudyCase& c) { return c.method->searchMethod == kMethodByNodes; }))
+                   [](StudyCase const& c) { return c.method->searchMethod == kMethodByNodes; }))
     return;
-  const std::vector<int> onePart(static_cast<std::size_t>(mesh.nCells()), 0);
+  std::vector<int> const onePart(static_cast<std::size_t>(mesh.nCells()), 0);
   reference_host::HostPartition whole(SplitMesh(mesh.faces, onePart, 1).front());
-  const std::string warning =
+  std::string const warning =
       InWords(OwnLongRows(whole, nullptr), PlaceDigits(whole), "A comparison without faces3 and points3");
   if (!warning.empty()) std::cout << "  warning: " << warning << "\n\n" << std::flush;
 }
@@ -68,7 +68,7 @@ void WarnOfLongRows(const WholeMesh& mesh, const std::vector<StudyCase>& cases) 
 class CompareRanksCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(const Ranks& ranks) override;
+  void Run(Ranks const& ranks) override;
   int ExitCode() const override { return isBroken_ ? 1 : 0; }
 
  private:
@@ -103,24 +103,24 @@ CLI::App* CompareRanksCommand::AddTo(CLI::App& program) {
   return command;
 }
 
-void CompareRanksCommand::Run(const Ranks& ranks) {
-  const std::vector<int> counts = ReadCounts(ranksText_);
+void CompareRanksCommand::Run(Ranks const& ranks) {
+  std::vector<int> const counts = ReadCounts(ranksText_);
   std::vector<double> spans;
   if (!spanText_.empty()) spans.push_back(PositiveNumber("--span", spanText_));
-  const int nSweeps = WholeNumber("--sweeps", sweepsText_, 0);
-  const RankQuestion question = {
+  int const nSweeps = WholeNumber("--sweeps", sweepsText_, 0);
+  RankQuestion const question = {
       StudyCases(ChooseStudyMethods(methodLists_.empty() ? "all" : JoinedLists(methodLists_)), spans,
                  {nSweeps}),
       MakeStudyField(fieldText_, 1).formula, 20};
-  const auto groups = GroupsByUser(meshOptions_);
+  auto const groups = GroupsByUser(meshOptions_);
 
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
   std::vector<RankComparison> comparisons;
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     progress.Stage("reading");
-    const WholeMesh mesh = ReadWholeMesh(meshOptions_.mesh, groups);
-    for (const int count : counts) mesh.PartOfCell(count);  // too many are told before any work
+    WholeMesh const mesh = ReadWholeMesh(meshOptions_.mesh, groups);
+    for (int const count : counts) mesh.PartOfCell(count);  // too many are told before any work
     progress.Done();
     WarnOfLongRows(mesh, question.cases);
     progress.Stage("computing on all numbers of ranks");
@@ -128,10 +128,10 @@ void CompareRanksCommand::Run(const Ranks& ranks) {
   });
   progress.Done();
   double nBroken = 0.0;
-  for (const RankComparison& comparison : comparisons) {
+  for (RankComparison const& comparison : comparisons) {
     nBroken += static_cast<double>(
         std::count_if(comparison.differences.begin(), comparison.differences.end(),
-                      [](const RankDifference& d) { return !d.KeepsItsPromise() || d.IsVoid(); }));
+                      [](RankDifference const& d) { return !d.KeepsItsPromise() || d.IsVoid(); }));
   }
   if (ranks.IsFirst()) PrintComparisons(std::cout, comparisons);
   isBroken_ = ranks.Max(nBroken) > 0.0;

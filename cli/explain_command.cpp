@@ -29,7 +29,7 @@ int LocalNumber(HostPartition& partition, std::int64_t globalNumber) {
 }
 
 /// Collective. The text of the one rank that has one, on the first rank.
-std::string FromOwner(const Ranks& ranks, int owner, std::string text) {
+std::string FromOwner(Ranks const& ranks, int owner, std::string text) {
   int length = static_cast<int>(text.size());
   MPI_Bcast(&length, 1, MPI_INT, owner, ranks.communicator());
   text.resize(static_cast<std::size_t>(length));
@@ -40,7 +40,7 @@ std::string FromOwner(const Ranks& ranks, int owner, std::string text) {
 class ExplainCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(const Ranks& ranks) override;
+  void Run(Ranks const& ranks) override;
 
  private:
   MeshOptions meshOptions_;
@@ -68,21 +68,21 @@ CLI::App* ExplainCommand::AddTo(CLI::App& program) {
   return command;
 }
 
-void ExplainCommand::Run(const Ranks& ranks) {
-  const int wanted = WholeNumber("--cell", cellText_, 1);
-  const RadialBasisSettings settings = {PositiveNumber("--span", spanText_), shapeNormalize_};
-  const std::map<std::string, reference_host::BoundaryGroup> groups = GroupsByUser(meshOptions_);
+void ExplainCommand::Run(Ranks const& ranks) {
+  int const wanted = WholeNumber("--cell", cellText_, 1);
+  RadialBasisSettings const settings = {PositiveNumber("--span", spanText_), shapeNormalize_};
+  std::map<std::string, reference_host::BoundaryGroup> const groups = GroupsByUser(meshOptions_);
 
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
   reference_host::LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups,
-                               [&progress](const std::string& stage) { progress.Stage(stage); });
+                               [&progress](std::string const& stage) { progress.Stage(stage); });
   if (wanted > mesh.summary.nCells) {
     throw UsageError("--cell " + Quoted(cellText_) + ": the mesh has cells 1 to " +
                      std::to_string(mesh.summary.nCells));
   }
-  const int cell = LocalNumber(*mesh.partition, wanted);
-  const auto owner = static_cast<int>(ranks.Max(cell > 0 ? ranks.rank() : -1));
+  int const cell = LocalNumber(*mesh.partition, wanted);
+  auto const owner = static_cast<int>(ranks.Max(cell > 0 ? ranks.rank() : -1));
   std::string text;
   ranks.Together([&] {
     if (cell == 0) return;

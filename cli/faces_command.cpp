@@ -35,13 +35,13 @@ using nlohmann::ordered_json;
 
 constexpr int kMethods = 4;
 
-const char* const kMethodHelp =
+char const* const kMethodHelp =
     "\n  1: all cells of the first box that holds enough of them"
     "\n  2: the nearest cells of that box"
     "\n  3: the face's two cells and all cells around its nodes"
     "\n  4: cells around two points on the face's normal; no values on boundary faces";
 
-const char* const kFooter =
+char const* const kFooter =
     "EXPR is a formula in x, y, z, as for zyngrad gradient. The field holds its values at cell centres and, "
     "at the\n"
     "boundary, at face centres; the faces' values are compared with the formula at face centres. A partition "
@@ -64,15 +64,15 @@ const char* const kFooter =
 class FacesCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(const Ranks& ranks) override;
+  void Run(Ranks const& ranks) override;
   int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
-  void ChooseFaces(const std::string& name);
-  void CheckThatThereAreFaces(const Ranks& ranks, const FacesOfGroup& faces) const;
+  void ChooseFaces(std::string const& name);
+  void CheckThatThereAreFaces(Ranks const& ranks, FacesOfGroup const& faces) const;
   ordered_json Question() const;
-  static OutputPlan PlanOutput(const Ranks& ranks);
+  static OutputPlan PlanOutput(Ranks const& ranks);
 
   MeshOptions meshOptions_;
   std::string fieldText_, outputFolder_ = "zyngrad-output/faces";
@@ -103,8 +103,8 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
   return command;
 }
 
-void FacesCommand::ChooseFaces(const std::string& name) {
-  const std::optional<FaceGroup> group = FaceGroupFromName(name);
+void FacesCommand::ChooseFaces(std::string const& name) {
+  std::optional<FaceGroup> const group = FaceGroupFromName(name);
   if (!group) {
     throw UsageError("--group " + Quoted(name) + ": expected " + FaceGroupNames() +
                      ", or NAME=inlet, outlet, wall or symmetry");
@@ -118,7 +118,7 @@ void FacesCommand::ChooseFaces(const std::string& name) {
 void FacesCommand::ReadOptions() {
   MeshOptions kinds = meshOptions_;
   kinds.groups.clear();
-  for (const std::string& text : meshOptions_.groups) {
+  for (std::string const& text : meshOptions_.groups) {
     if (text.find('=') == std::string::npos)
       ChooseFaces(text);
     else
@@ -130,7 +130,7 @@ void FacesCommand::ReadOptions() {
   settings_.printsReport = debugReport_;
 }
 
-void FacesCommand::CheckThatThereAreFaces(const Ranks& ranks, const FacesOfGroup& faces) const {
+void FacesCommand::CheckThatThereAreFaces(Ranks const& ranks, FacesOfGroup const& faces) const {
   if (ranks.Max(faces.count) > 0.0) return;
   if (group_ == FaceGroup::Partition)
     throw UsageError("there are no partition faces on one rank: mpirun -n 2 zyngrad faces ... has some");
@@ -147,40 +147,40 @@ ordered_json FacesCommand::Question() const {
   return json;
 }
 
-OutputPlan FacesCommand::PlanOutput(const Ranks& ranks) {
+OutputPlan FacesCommand::PlanOutput(Ranks const& ranks) {
   OutputPlan plan = {"faces", FacesFiles(ranks)};
-  for (const std::string& file : RunSettingsFiles(ranks)) plan.files.push_back(file);
+  for (std::string const& file : RunSettingsFiles(ranks)) plan.files.push_back(file);
   plan.files.emplace_back("results.json");
   return plan;
 }
 
-void FacesCommand::Run(const Ranks& ranks) {
+void FacesCommand::Run(Ranks const& ranks) {
   ReadOptions();
-  const Expression field(fieldText_);
+  Expression const field(fieldText_);
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
   OutputFolder folder(ranks, outputFolder_, PlanOutput(ranks));
 
   reference_host::LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
-                               [&progress](const std::string& stage) { progress.Stage(stage); });
+                               [&progress](std::string const& stage) { progress.Stage(stage); });
   reference_host::HostPartition& partition = *mesh.partition;
-  const FacesOfGroup faces = FacesOf(partition, *group_);
+  FacesOfGroup const faces = FacesOf(partition, *group_);
   CheckThatThereAreFaces(ranks, faces);
   progress.Done();
   if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
 
   progress.Stage("evaluating the formula");
-  const int placeDigits = PlaceDigits(ranks, partition);
+  int const placeDigits = PlaceDigits(ranks, partition);
   std::vector<double> values = MakeCellValues(ranks, partition, field, "the field");
-  const std::vector<double> exact = ExactFaceValues(ranks, faces, *group_, field, placeDigits);
-  const double meanDistance = MeanCellDistance(ranks, partition);
+  std::vector<double> const exact = ExactFaceValues(ranks, faces, *group_, field, placeDigits);
+  double const meanDistance = MeanCellDistance(ranks, partition);
   settings_.distance = 2.0 * meanDistance;
   StageRunSettings(ranks, partition, folder, FaceSettingsText(settings_));
 
   progress.Done();
   if (settings_.method == kMethodByNodes) PrintLongRowWarning(ranks, partition, nullptr, "--search-method 2");
   progress.Stage("interpolating to faces");
-  const FaceRun run = RunFaces(ranks, mesh, *group_, values, folder.logFile());
+  FaceRun const run = RunFaces(ranks, mesh, *group_, values, folder.logFile());
   FaceResults results;
   results.group = *group_;
   results.settings = settings_;
@@ -198,7 +198,7 @@ void FacesCommand::Run(const Ranks& ranks) {
   if (ranks.IsFirst()) PrintFaceResults(std::cout, results);
 
   progress.Stage("writing");
-  const std::string surface = StageFaces(ranks, partition, faces, run.rows, exact, folder);
+  std::string const surface = StageFaces(ranks, partition, faces, run.rows, exact, folder);
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     ordered_json json = StartResults("faces");

@@ -33,7 +33,7 @@ using nlohmann::ordered_json;
 
 std::string MethodHelp() {
   std::string text = "Methods between commas (default all):";
-  for (const GradientMethod& method : GradientMethods()) {
+  for (GradientMethod const& method : GradientMethods()) {
     text += std::string("\n  ") + method.name + ": " + method.description;
   }
   return text + "\n  all: each of them";
@@ -72,23 +72,23 @@ std::string Footer() {
          "  zyngrad gradient box:9,9,9 --method vector --field \"x*y\" --field \"y*z\" --field \"z*x\"";
 }
 
-void PrintWarnings(std::ostream& out, const std::vector<std::string>& warnings) {
-  for (const std::string& warning : warnings) out << "  warning: " << warning << '\n';
+void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) {
+  for (std::string const& warning : warnings) out << "  warning: " << warning << '\n';
   if (!warnings.empty()) out << '\n';
 }
 
 class GradientCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(const Ranks& ranks) override;
+  void Run(Ranks const& ranks) override;
   int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
   void ChooseMethods();
-  GradientCase MakeCase(const Ranks& ranks, reference_host::LoadedMesh& mesh, const std::string& logFile);
+  GradientCase MakeCase(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::string const& logFile);
   bool NeedsSettings() const;
-  OutputPlan PlanOutput(const Ranks& ranks) const;
+  OutputPlan PlanOutput(Ranks const& ranks) const;
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
@@ -101,7 +101,7 @@ class GradientCommand : public Command {
   std::map<std::string, reference_host::BoundaryGroup> groups_;
   std::vector<Expression> fields_;
   std::vector<Expression> weight_;  ///< one
-  std::vector<const GradientMethod*> methods_;
+  std::vector<GradientMethod const*> methods_;
   int nSweeps_ = 0, nRepeat_ = 0;
   RadialBasisSettings radialBasis_;
   std::vector<std::string> warnings_;
@@ -133,18 +133,18 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
 }
 
 void GradientCommand::ChooseMethods() {
-  const std::string names = methodLists_.empty() ? "all" : JoinedLists(methodLists_);
+  std::string const names = methodLists_.empty() ? "all" : JoinedLists(methodLists_);
   methods_ = ChooseGradientMethods(names);
-  const std::string option = fieldFiles_.empty() ? " --field" : " --field-file";
-  const std::size_t nGiven = std::max(fields_.size(), fieldFiles_.size());
-  const auto takes = [this](int n) {
+  std::string const option = fieldFiles_.empty() ? " --field" : " --field-file";
+  std::size_t const nGiven = std::max(fields_.size(), fieldFiles_.size());
+  auto const takes = [this](int n) {
     return std::any_of(methods_.begin(), methods_.end(),
-                       [n](const GradientMethod* m) { return m->nFields == n; });
+                       [n](GradientMethod const* m) { return m->nFields == n; });
   };
-  const bool takesOne = takes(1), takesThree = takes(3);
+  bool const takesOne = takes(1), takesThree = takes(3);
   // A mixture takes either.
   if ((takesOne && nGiven == 1) || (takesThree && nGiven == 3)) return;
-  const char* const wanted = takesOne && takesThree ? "one or three" : takesOne ? "one" : "three";
+  char const* const wanted = takesOne && takesThree ? "one or three" : takesOne ? "one" : "three";
   throw UsageError("method " + OneLine(names) + " takes " + wanted + option + ", got " +
                    std::to_string(nGiven));
 }
@@ -154,7 +154,7 @@ void GradientCommand::ReadOptions() {
   if (!fieldTexts_.empty() && !fieldFiles_.empty()) {
     throw UsageError("--field and --field-file exclude each other");
   }
-  for (const std::string& text : fieldTexts_) fields_.emplace_back(text);
+  for (std::string const& text : fieldTexts_) fields_.emplace_back(text);
   weight_.emplace_back(weightText_);
   ChooseMethods();
   nSweeps_ = WholeNumber("--sweeps", sweepsText_, 0);
@@ -165,25 +165,25 @@ void GradientCommand::ReadOptions() {
 
 bool GradientCommand::NeedsSettings() const {
   return std::any_of(methods_.begin(), methods_.end(),
-                     [](const GradientMethod* method) { return method->gradientType == kRadialBasisType; });
+                     [](GradientMethod const* method) { return method->gradientType == kRadialBasisType; });
 }
 
-OutputPlan GradientCommand::PlanOutput(const Ranks& ranks) const {
+OutputPlan GradientCommand::PlanOutput(Ranks const& ranks) const {
   OutputPlan plan = {"gradient", GradientGridFiles(ranks)};
   if (NeedsSettings())
-    for (const std::string& file : RunSettingsFiles(ranks)) plan.files.push_back(file);
+    for (std::string const& file : RunSettingsFiles(ranks)) plan.files.push_back(file);
   plan.files.emplace_back("results.json");
   return plan;
 }
 
-GradientCase GradientCommand::MakeCase(const Ranks& ranks, reference_host::LoadedMesh& mesh,
-                                       const std::string& logFile) {
+GradientCase GradientCommand::MakeCase(Ranks const& ranks, reference_host::LoadedMesh& mesh,
+                                       std::string const& logFile) {
   reference_host::HostPartition& partition = *mesh.partition;
   GradientCase theCase;
-  for (const std::string& file : fieldFiles_) {
+  for (std::string const& file : fieldFiles_) {
     theCase.fields.push_back(ReadTestField(ranks, meshOptions_.mesh, mesh, file, warnings_));
   }
-  for (const Expression& field : fields_) {
+  for (Expression const& field : fields_) {
     theCase.fields.push_back(MakeTestField(ranks, partition, field));
     theCase.exactL2.push_back(ExactGradientL2(ranks, *partition.mesh(), theCase.fields.back()));
   }
@@ -212,14 +212,14 @@ ordered_json GradientCommand::Question() const {
   return json;
 }
 
-void GradientCommand::Run(const Ranks& ranks) {
+void GradientCommand::Run(Ranks const& ranks) {
   ReadOptions();
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
   OutputFolder folder(ranks, outputFolder_, PlanOutput(ranks));
 
   reference_host::LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
-                               [&progress](const std::string& stage) { progress.Stage(stage); });
+                               [&progress](std::string const& stage) { progress.Stage(stage); });
   mesh.partition->globals()->UseNonBlockingExch = nonBlocking_ ? 1 : 0;
   progress.Done();
   if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
@@ -228,19 +228,19 @@ void GradientCommand::Run(const Ranks& ranks) {
   GradientCase theCase = MakeCase(ranks, mesh, folder.logFile());
   if (NeedsSettings()) StageRunSettings(ranks, *mesh.partition, folder, SettingsFileText(radialBasis_));
   std::vector<MethodResult> results;
-  for (const GradientMethod* method : methods_) {
+  for (GradientMethod const* method : methods_) {
     progress.Stage(std::string("computing gradients: ") + method->name);
     results.push_back(RunMethod(ranks, mesh, *method, theCase));
-    const MethodResult& result = results.back();
+    MethodResult const& result = results.back();
     if (!result.notRun.empty() || !result.whyNotFinite.empty()) exitCode_ = kFoundFaults;
   }
   progress.Done();
   if (ranks.IsFirst()) PrintWarnings(std::cout, warnings_);
-  const int placeDigits = PlaceDigits(ranks, *mesh.partition);
+  int const placeDigits = PlaceDigits(ranks, *mesh.partition);
   if (ranks.IsFirst()) PrintGradientResults(std::cout, results, theCase.exactL2, placeDigits);
 
   progress.Stage("writing");
-  const std::string grid = StageGradientGrid(ranks, *mesh.partition, theCase, results, folder);
+  std::string const grid = StageGradientGrid(ranks, *mesh.partition, theCase, results, folder);
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     ordered_json json = StartResults("gradient");

@@ -24,12 +24,12 @@ class InfoCommand : public Command {
     return command;
   }
 
-  void Run(const Ranks& ranks) override {
-    const std::map<std::string, reference_host::BoundaryGroup> groups = GroupsByUser(options_);
+  void Run(Ranks const& ranks) override {
+    std::map<std::string, reference_host::BoundaryGroup> const groups = GroupsByUser(options_);
     Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-    const reference_host::LoadedMesh mesh =
+    reference_host::LoadedMesh const mesh =
         reference_host::LoadMesh(ranks.communicator(), options_.mesh, groups,
-                                 [&progress](const std::string& stage) { progress.Stage(stage); });
+                                 [&progress](std::string const& stage) { progress.Stage(stage); });
     progress.Done();
     if (!ranks.IsFirst()) return;
     PrintMeshReport(std::cout, options_.mesh, mesh.summary);

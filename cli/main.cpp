@@ -13,8 +13,8 @@
 namespace {
 
 int RunUnderMpi(int argc, char** argv) {
-  const zyngrad::MpiSession mpi(&argc, &argv);
-  const zyngrad::Ranks ranks(MPI_COMM_WORLD);
+  zyngrad::MpiSession const mpi(&argc, &argv);
+  zyngrad::Ranks const ranks(MPI_COMM_WORLD);
   return zyngrad::RunProgram(std::vector<std::string>(argv + 1, argv + argc), ranks);
 }
 
@@ -23,8 +23,8 @@ int RunUnderMpi(int argc, char** argv) {
 int main(int argc, char** argv) {
   zyngrad::SecureStandardStreams();
   zyngrad::UseSingleThreadedLapack();
-  const zyngrad::InterruptionWatcher watcher;
-  const int code = RunUnderMpi(argc, argv);
+  zyngrad::InterruptionWatcher const watcher;
+  int const code = RunUnderMpi(argc, argv);
   if (code == zyngrad::kPipeWasClosed) zyngrad::EndByClosedPipe();
   return code;
 }

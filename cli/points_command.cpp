@@ -39,15 +39,15 @@ namespace {
 using nlohmann::ordered_json;
 
 constexpr int kMethods = 3;
-constexpr const char* kCsvName = "points.csv";
-constexpr const char* kVtpName = "points.vtp";
+constexpr char const* kCsvName = "points.csv";
+constexpr char const* kVtpName = "points.vtp";
 
-const char* const kMethodHelp =
+char const* const kMethodHelp =
     "\n  1: all usable cells of the first cube that holds enough of them"
     "\n  2: the nearest cells of that cube"
     "\n  3: the nearest one or two cells and all usable cells around their nodes";
 
-const char* const kFooter =
+char const* const kFooter =
     "EXPR is a formula in x, y, z, as for zyngrad gradient. --body is one that is negative inside a body, as "
     "in\n"
     "\"x^2+y^2+z^2-0.25\": values come from cells with their centre outside it. Without --points the points "
@@ -70,15 +70,15 @@ const char* const kFooter =
 class PointsCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(const Ranks& ranks) override;
+  void Run(Ranks const& ranks) override;
   int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
-  PointSet ReadPointFile(const Ranks& ranks) const;
-  PointSet MakePoints(const Ranks& ranks, reference_host::HostPartition& partition, PointSet fromFile,
+  PointSet ReadPointFile(Ranks const& ranks) const;
+  PointSet MakePoints(Ranks const& ranks, reference_host::HostPartition& partition, PointSet fromFile,
                       double meanDistance) const;
-  PointResults Interpolate(const Ranks& ranks, reference_host::LoadedMesh& mesh, OutputFolder& folder,
+  PointResults Interpolate(Ranks const& ranks, reference_host::LoadedMesh& mesh, OutputFolder& folder,
                            PointSet fromFile, Progress& progress);
   ordered_json Question() const;
 
@@ -125,7 +125,7 @@ void PointsCommand::ReadOptions() {
 }
 
 /// The points of the file, on the first rank.
-PointSet PointsCommand::ReadPointFile(const Ranks& ranks) const {
+PointSet PointsCommand::ReadPointFile(Ranks const& ranks) const {
   PointSet points;
   ranks.Together([&] {
     if (!ranks.IsFirst() || pointsFile_.empty()) return;
@@ -140,7 +140,7 @@ PointSet PointsCommand::ReadPointFile(const Ranks& ranks) const {
 }
 
 /// The points of the file, or else those of the body's surface; rows on the first rank only.
-PointSet PointsCommand::MakePoints(const Ranks& ranks, reference_host::HostPartition& partition,
+PointSet PointsCommand::MakePoints(Ranks const& ranks, reference_host::HostPartition& partition,
                                    PointSet fromFile, double meanDistance) const {
   PointSet points = std::move(fromFile);
   if (pointsFile_.empty()) points = PointsOnSurface(ranks, partition, *body_, spacing_, meanDistance);
@@ -148,7 +148,7 @@ PointSet PointsCommand::MakePoints(const Ranks& ranks, reference_host::HostParti
   return points;
 }
 
-PointResults PointsCommand::Interpolate(const Ranks& ranks, reference_host::LoadedMesh& mesh,
+PointResults PointsCommand::Interpolate(Ranks const& ranks, reference_host::LoadedMesh& mesh,
                                         OutputFolder& folder, PointSet fromFile, Progress& progress) {
   reference_host::HostPartition& partition = *mesh.partition;
   PointResults results;
@@ -160,7 +160,7 @@ PointResults PointsCommand::Interpolate(const Ranks& ranks, reference_host::Load
   progress.Stage("evaluating the formulas");
   UsableCells usable = FindUsableCells(ranks, partition, body_ ? &*body_ : nullptr);
   results.nUsableCells = usable.nCells;
-  const std::vector<char> isUsable = [&] {
+  std::vector<char> const isUsable = [&] {
     std::vector<char> chosen(usable.mark.size(), 0);
     for (std::size_t c = 1; c < chosen.size(); ++c) chosen[c] = usable.mark[c] < 0.0 ? 1 : 0;
     return chosen;
@@ -202,7 +202,7 @@ ordered_json PointsCommand::Question() const {
   return json;
 }
 
-void PointsCommand::Run(const Ranks& ranks) {
+void PointsCommand::Run(Ranks const& ranks) {
   ReadOptions();
   PointSet fromFile = ReadPointFile(ranks);
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
@@ -212,11 +212,11 @@ void PointsCommand::Run(const Ranks& ranks) {
 
   reference_host::LoadedMesh mesh =
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
-                               [&progress](const std::string& stage) { progress.Stage(stage); });
+                               [&progress](std::string const& stage) { progress.Stage(stage); });
   progress.Done();
   if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
 
-  const PointResults results = Interpolate(ranks, mesh, folder, std::move(fromFile), progress);
+  PointResults const results = Interpolate(ranks, mesh, folder, std::move(fromFile), progress);
   progress.Done();
   if (ranks.IsFirst()) PrintPointResults(std::cout, results);
 

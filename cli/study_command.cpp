@@ -26,7 +26,7 @@ using nlohmann::ordered_json;
 
 std::string SeriesHelp() {
   std::string text = "Refine a box, or one of these series:";
-  for (const NamedSeries& series : NamedStudySeries()) {
+  for (NamedSeries const& series : NamedStudySeries()) {
     text.append("\n  ").append(series.name).append(": ").append(series.description);
     text.append(", from ").append(series.firstMesh);
   }
@@ -35,19 +35,19 @@ std::string SeriesHelp() {
 
 std::string MethodHelp() {
   std::string text = "Methods between commas (default gradients):";
-  for (const StudyMethod& method : StudyMethods())
+  for (StudyMethod const& method : StudyMethods())
     text.append("\n  ").append(method.name).append(": ").append(method.description);
   return text + "\n  gradients, faces, points, all: all of a kind";
 }
 
 std::string FieldHelp() {
   std::string text = "The field, repeat as needed (default trigonometric): a formula or";
-  for (const auto& [name, formula] : NamedStudyFields())
+  for (auto const& [name, formula] : NamedStudyFields())
     text.append("\n  ").append(name).append(": ").append(formula);
   return text;
 }
 
-const char* const kFooter =
+char const* const kFooter =
     "Either --series, refined by doubling the cells in every direction, or the meshes themselves, which are\n"
     "brought into the order coarse to fine. An order is shown where the spacing, the cube root of the mean\n"
     "cell volume, falls by 1 % or more.\n\n"
@@ -72,15 +72,15 @@ const char* const kFooter =
 class StudyCommand : public Command {
  public:
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(const Ranks& ranks) override;
+  void Run(Ranks const& ranks) override;
   int ExitCode() const override { return exitCode_; }
 
  private:
   void ReadOptions();
   void ReadMeshes();
   std::string Title() const;
-  void Print(const std::vector<StudyLevel>& levels) const;
-  void Write(OutputFolder& folder, const std::vector<StudyLevel>& levels) const;
+  void Print(std::vector<StudyLevel> const& levels) const;
+  void Write(OutputFolder& folder, std::vector<StudyLevel> const& levels) const;
 
   std::vector<std::string> meshes_, groupTexts_, fieldTexts_;
   std::vector<std::string> methodLists_;
@@ -124,25 +124,25 @@ void StudyCommand::ReadMeshes() {
   if (series_.empty() == meshes_.empty())
     throw UsageError("the meshes are wanted either by --series or one after the other");
   if (series_.empty() && !levelsText_.empty()) throw UsageError("--levels is for --series");
-  const int nLevels = levelsText_.empty() ? 0 : WholeNumber("--levels", levelsText_, 1);
+  int const nLevels = levelsText_.empty() ? 0 : WholeNumber("--levels", levelsText_, 1);
   question_.meshes = series_.empty() ? meshes_ : MeshesOfSeries(series_, nLevels);
 }
 
 void StudyCommand::ReadOptions() {
   ReadMeshes();
   if (fieldTexts_.empty()) fieldTexts_ = {"trigonometric"};
-  for (const std::string& text : fieldTexts_) {
+  for (std::string const& text : fieldTexts_) {
     StudyField field = MakeStudyField(text, static_cast<int>(question_.fields.size()) + 1);
-    for (const StudyField& known : question_.fields)
+    for (StudyField const& known : question_.fields)
       if (known.name == field.name) throw UsageError("--field " + Quoted(text) + " is given twice");
     question_.fields.push_back(std::move(field));
   }
   std::vector<double> spans;
   if (!spanText_.empty())
-    for (const std::string& word : WordsBetweenCommas(spanText_))
+    for (std::string const& word : WordsBetweenCommas(spanText_))
       spans.push_back(PositiveNumber("--span", word));
   std::vector<int> sweeps;
-  for (const std::string& word : WordsBetweenCommas(sweepsText_))
+  for (std::string const& word : WordsBetweenCommas(sweepsText_))
     sweeps.push_back(WholeNumber("--sweeps", word, 0));
   question_.cases = StudyCases(
       ChooseStudyMethods(methodLists_.empty() ? "gradients" : JoinedLists(methodLists_)), spans, sweeps);
@@ -155,18 +155,18 @@ std::string StudyCommand::Title() const {
   return series_.empty() ? std::to_string(meshes_.size()) + " meshes" : "series " + series_;
 }
 
-void StudyCommand::Print(const std::vector<StudyLevel>& levels) const {
+void StudyCommand::Print(std::vector<StudyLevel> const& levels) const {
   bool isFirst = true;
-  for (const StudyTable& table : StudyTables(question_, levels)) {
+  for (StudyTable const& table : StudyTables(question_, levels)) {
     if (!isFirst) std::cout << '\n';
     PrintTable(std::cout, table);
     isFirst = false;
   }
   if (isReordered_) std::cout << "  the meshes stand coarse to fine, not in the order given\n";
-  for (const std::string& remark : StudyRemarks(question_, levels)) std::cout << "  " << remark << '\n';
+  for (std::string const& remark : StudyRemarks(question_, levels)) std::cout << "  " << remark << '\n';
 }
 
-void StudyCommand::Write(OutputFolder& folder, const std::vector<StudyLevel>& levels) const {
+void StudyCommand::Write(OutputFolder& folder, std::vector<StudyLevel> const& levels) const {
   ordered_json json = StartResults("study");
   if (!weightText_.empty()) json["weight"] = weightText_;
   json["series"] = series_.empty() ? ordered_json(nullptr) : ordered_json(series_);
@@ -174,20 +174,20 @@ void StudyCommand::Write(OutputFolder& folder, const std::vector<StudyLevel>& le
   WriteJson(folder.Stage("study.json"), json);
   WriteText(folder.Stage("report.html"), StudyPage(Title(), question_, levels));
   WriteText(folder.Stage("study.md"), StudyMarkdown(question_, levels));
-  for (const StudyPlot& plot : StudyPlots(question_, levels))
+  for (StudyPlot const& plot : StudyPlots(question_, levels))
     WriteText(folder.Stage(plot.name + ".svg"), SvgOf(plot));
 }
 
-void StudyCommand::Run(const Ranks& ranks) {
+void StudyCommand::Run(Ranks const& ranks) {
   ReadOptions();
   Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
   OutputPlan plan = {"study", {"study.json", "report.html", "study.md"}};
-  for (const std::string& name : StudyPlotNames(question_)) plan.files.push_back(name + ".svg");
+  for (std::string const& name : StudyPlotNames(question_)) plan.files.push_back(name + ".svg");
   OutputFolder folder(ranks, outputFolder_, plan);
   std::vector<StudyLevel> levels;
-  for (const std::string& mesh : question_.meshes) {
+  for (std::string const& mesh : question_.meshes) {
     levels.push_back(RunStudyLevel(ranks, question_, mesh, folder.logFile(),
-                                   [&progress](const std::string& stage) { progress.Stage(stage); }));
+                                   [&progress](std::string const& stage) { progress.Stage(stage); }));
   }
   progress.Done();
   isReordered_ = SortCoarseToFine(levels);

@@ -111,7 +111,7 @@ class AnyHost {
  private:
   int AnyIndex() {
     constexpr int kOdd[] = {-1, 101, INT_MAX, INT_MIN};
-    const int i = input_.ConsumeIntegralInRange(0, kLongest + 4);
+    int const i = input_.ConsumeIntegralInRange(0, kLongest + 4);
     return i <= kLongest ? i : kOdd[i - kLongest - 1];
   }
 
@@ -122,7 +122,7 @@ class AnyHost {
     mesh_.NInnerFaces = input_.ConsumeIntegralInRange(0, kLongest);
     mesh_.NNode = input_.ConsumeIntegralInRange(0, kLongest);
     mesh_.NCell = input_.ConsumeIntegralInRange(0, kLongest);
-    const int odd = input_.ConsumeIntegralInRange(0, 31);
+    int const odd = input_.ConsumeIntegralInRange(0, 31);
     constexpr int kOdd[] = {INT_MAX, -1, INT_MIN, 1 << 30};
     if (odd < 32 / 4) *counts[odd] = kOdd[input_.ConsumeIntegralInRange(0, 3)];
     if (odd == 8) mesh_.NCell = kOdd[input_.ConsumeIntegralInRange(0, 3)];
@@ -146,7 +146,7 @@ class AnyHost {
     if (input_.ConsumeIntegralInRange(0, 63) == 0) return nullptr;
     tables_.push_back(std::make_unique<int*[]>(kLongest + 1));
     for (int i = 0; i <= kLongest; ++i) {
-      const std::size_t at = input_.ConsumeIntegralInRange<std::size_t>(0, 511);
+      std::size_t const at = input_.ConsumeIntegralInRange<std::size_t>(0, 511);
       tables_.back()[i] = at == 511 ? nullptr : pool_.data() + at;
     }
     return tables_.back().get();
@@ -205,7 +205,7 @@ class AnyHost {
 
 /// The first of two partitions of a box. Nothing in it ever changes.
 reference_host::HostPartition& SoundPartition() {
-  static const auto partition = [] {
+  static auto const partition = [] {
     reference_host::BoxSpec box;
     box.nx = box.ny = box.nz = 3;
     reference_host::MeshPart part = MakeBoxPart(box, 0, 2);
@@ -223,8 +223,8 @@ void CheckContradiction(FuzzedDataProvider& input) {
   CZYN3DFiniteVolumeMesh mesh = *partition.mesh();
   int* const counts[] = {&mesh.NWall,     &mesh.NInlet,      &mesh.NOutlet,
                          &mesh.NSymmetry, &mesh.NInnerCells, &mesh.NCell};
-  const int which = input.ConsumeIntegralInRange(0, 5);
-  const int by = input.ConsumeIntegralInRange(1, INT_MAX);
+  int const which = input.ConsumeIntegralInRange(0, 5);
+  int const by = input.ConsumeIntegralInRange(1, INT_MAX);
   int& count = *counts[which];
   if (which == 5) {
     count -= by;
@@ -241,7 +241,7 @@ void CheckContradiction(FuzzedDataProvider& input) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   FuzzedDataProvider input(data, size);
   if (input.ConsumeIntegralInRange(0, 7) == 0) {
     CheckContradiction(input);

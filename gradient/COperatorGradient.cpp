@@ -56,4 +56,4 @@ void COperatorGradient::GradMethod_Weighted(double* phi, double* gx, double* gy,
   m_pImpl->GradMethod_Weighted(phi, gx, gy, gz, weight, n);
 }
 
-const char* COperatorGradient::getErrorMsg() { return m_pImpl->m_szError; }
+char const* COperatorGradient::getErrorMsg() { return m_pImpl->m_szError; }

@@ -98,7 +98,7 @@ class ZYN_EXPORT COperatorGradient {
 
   /// The failure text gathered so far: "Operator Gradient Error = " and one line per failure, at most 1023
   /// characters. Owned by the operator; valid until it is destroyed.
-  const char* getErrorMsg();
+  char const* getErrorMsg();
 
   COperatorGradientImpl* m_pImpl;  ///< private state, owned; not for callers
   char m_szText[1024];             ///< reserved; only carried along by assignment

@@ -10,8 +10,8 @@
 class CZYNOptKer {
  public:
   CZYNOptKer();
-  CZYNOptKer(const CZYNOptKer&) = default;
-  CZYNOptKer& operator=(const CZYNOptKer&) = default;
+  CZYNOptKer(CZYNOptKer const&) = default;
+  CZYNOptKer& operator=(CZYNOptKer const&) = default;
   ~CZYNOptKer();
 
   /// Sets the root box; comes before the first box. High corner first, then the low corner, L.

@@ -11,13 +11,13 @@ namespace host_check {
 /// The box around some nodes, to tell a centre that cannot be one.
 class Bounds {
  public:
-  void Add(const Vec3& p) {
+  void Add(Vec3 const& p) {
     low_ = {std::min(low_.x, p.x), std::min(low_.y, p.y), std::min(low_.z, p.z)};
     high_ = {std::max(high_.x, p.x), std::max(high_.y, p.y), std::max(high_.z, p.z)};
   }
 
   /// Adds nodes first..last-1 of a list. Returns false if one has no finite position.
-  bool AddNodes(const HostView& view, const int* first, const int* last) {
+  bool AddNodes(HostView const& view, int const* first, int const* last) {
     for (; first != last; ++first) {
       if (!view.nodeSound[*first]) return false;
       Add(view.nodes[*first]);
@@ -26,8 +26,8 @@ class Bounds {
   }
 
   /// Whether p lies in the box widened by `tolerance` times its diagonal.
-  bool Has(const Vec3& p, double tolerance) const {
-    const double slack = tolerance * Norm(high_ - low_);
+  bool Has(Vec3 const& p, double tolerance) const {
+    double const slack = tolerance * Norm(high_ - low_);
     return p.x >= low_.x - slack && p.y >= low_.y - slack && p.z >= low_.z - slack &&
            p.x <= high_.x + slack && p.y <= high_.y + slack && p.z <= high_.z + slack;
   }

@@ -18,10 +18,10 @@ class CellFaces {
   };
 
   /// @pre CheckFaceCells
-  explicit CellFaces(const HostView& view);
+  explicit CellFaces(HostView const& view);
 
-  const Entry* begin(int c) const { return entries_.data() + start_[c]; }
-  const Entry* end(int c) const { return entries_.data() + start_[c + 1]; }
+  Entry const* begin(int c) const { return entries_.data() + start_[c]; }
+  Entry const* end(int c) const { return entries_.data() + start_[c + 1]; }
   int Count(int c) const { return static_cast<int>(start_[c + 1] - start_[c]); }
 
  private:

@@ -4,7 +4,7 @@
 
 namespace host_check {
 
-CellNodes::CellNodes(const HostView& view, const CellFaces& cellFaces)
+CellNodes::CellNodes(HostView const& view, CellFaces const& cellFaces)
     : view_(view),
       cellFaces_(cellFaces),
       isKnown_(static_cast<std::size_t>(view.nInner) + 1, 0),
@@ -13,12 +13,12 @@ CellNodes::CellNodes(const HostView& view, const CellFaces& cellFaces)
   for (int c = 1; c <= view.nInner; ++c) {
     ofCell.clear();
     isKnown_[c] = cellFaces.Count(c) > 0 ? 1 : 0;
-    for (const auto* entry = cellFaces.begin(c); entry != cellFaces.end(c); ++entry) {
-      const FaceGroupView& group = view.groups[entry->group];
+    for (auto const* entry = cellFaces.begin(c); entry != cellFaces.end(c); ++entry) {
+      FaceGroupView const& group = view.groups[entry->group];
       if (!group.nodesSound[entry->face]) {
         isKnown_[c] = 0;
       } else if (entry->isRequired) {
-        const int* row = group.nodes[entry->face];
+        int const* row = group.nodes[entry->face];
         ofCell.insert(ofCell.end(), row + 1, row + 1 + row[0]);
       }
     }
@@ -32,10 +32,10 @@ CellNodes::CellNodes(const HostView& view, const CellFaces& cellFaces)
 bool CellNodes::Has(int c, int node) const { return std::binary_search(begin(c), end(c), node); }
 
 bool CellNodes::MayHave(int c, int node) const {
-  for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-    const FaceGroupView& group = view_.groups[entry->group];
+  for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+    FaceGroupView const& group = view_.groups[entry->group];
     if (entry->isRequired || !group.nodesSound[entry->face]) continue;
-    const int* row = group.nodes[entry->face];
+    int const* row = group.nodes[entry->face];
     if (std::find(row + 1, row + 1 + row[0], node) != row + 1 + row[0]) return true;
   }
   return false;
@@ -43,8 +43,8 @@ bool CellNodes::MayHave(int c, int node) const {
 
 int CellNodes::MayCount(int c) const {
   int count = 0;
-  for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-    const FaceGroupView& group = view_.groups[entry->group];
+  for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+    FaceGroupView const& group = view_.groups[entry->group];
     if (!entry->isRequired && group.nodesSound[entry->face]) count += group.nodes[entry->face][0];
   }
   return count;

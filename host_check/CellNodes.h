@@ -11,14 +11,14 @@ namespace host_check {
 class CellNodes {
  public:
   /// @pre CheckFaceNodes, or no node is known of any cell
-  CellNodes(const HostView& view, const CellFaces& cellFaces);
+  CellNodes(HostView const& view, CellFaces const& cellFaces);
 
   /// Whether all faces of the cell have sound rows; only then are its nodes complete.
   bool AreKnown(int c) const { return isKnown_[c] != 0; }
 
   /// Nodes that the cell must have, ascending.
-  const int* begin(int c) const { return nodes_.data() + start_[c]; }
-  const int* end(int c) const { return nodes_.data() + start_[c + 1]; }
+  int const* begin(int c) const { return nodes_.data() + start_[c]; }
+  int const* end(int c) const { return nodes_.data() + start_[c + 1]; }
   int Count(int c) const { return static_cast<int>(start_[c + 1] - start_[c]); }
 
   /// Whether the node is one of them.
@@ -29,8 +29,8 @@ class CellNodes {
   int MayCount(int c) const;
 
  private:
-  const HostView& view_;
-  const CellFaces& cellFaces_;
+  HostView const& view_;
+  CellFaces const& cellFaces_;
   std::vector<char> isKnown_;       // [1..nInner]
   std::vector<std::size_t> start_;  // [1..nInner+1]
   std::vector<int> nodes_;

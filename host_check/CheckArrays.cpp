@@ -9,14 +9,14 @@ class ArrayCheck {
  public:
   explicit ArrayCheck(HostCheckReport& report) : report_(report) {}
 
-  void Require(const void* array, const std::string& name, const std::string& countName, int count) const {
+  void Require(void const* array, std::string const& name, std::string const& countName, int count) const {
     if (count <= 0 || array != nullptr) return;
     report_.Add(HostBreach::MissingArray, 0,
                 [&] { return Text(name, " is null, but ", countName, " = ", count); });
   }
 
-  void Require(const Vec3Arrays& arrays, const std::string& prefix, const std::string& ending,
-               const std::string& countName, int count) const {
+  void Require(Vec3Arrays const& arrays, std::string const& prefix, std::string const& ending,
+               std::string const& countName, int count) const {
     Require(arrays.x, prefix + "x" + ending, countName, count);
     Require(arrays.y, prefix + "y" + ending, countName, count);
     Require(arrays.z, prefix + "z" + ending, countName, count);
@@ -26,8 +26,8 @@ class ArrayCheck {
   HostCheckReport& report_;
 };
 
-void CheckGroup(const FaceGroupView& group, const HostCheckOptions& options, const ArrayCheck& check) {
-  const std::string& n = group.countName;
+void CheckGroup(FaceGroupView const& group, HostCheckOptions const& options, ArrayCheck const& check) {
+  std::string const& n = group.countName;
   check.Require(group.cv, group.prefix + "CV", n, group.count);
   check.Require(group.other, group.prefix, n, group.count);
   check.Require(group.area, group.prefix + "S", "", n, group.count);
@@ -41,11 +41,11 @@ void CheckGroup(const FaceGroupView& group, const HostCheckOptions& options, con
 
 }  // namespace
 
-void CheckArrays(const HostView& view, const HostCheckOptions& options, HostCheckReport& report) {
-  const ArrayCheck check(report);
+void CheckArrays(HostView const& view, HostCheckOptions const& options, HostCheckReport& report) {
+  ArrayCheck const check(report);
   check.Require(view.centres, "", "c", "NCell", view.nCell);
   check.Require(view.mesh.Volume, "Volume", "NInnerCells", view.nInner);
-  for (const FaceGroupView& group : view.groups) CheckGroup(group, options, check);
+  for (FaceGroupView const& group : view.groups) CheckGroup(group, options, check);
   if (options.cellRows) {
     check.Require(view.mesh.CellCell, "CellCell", "NInnerCells", view.nInner);
     check.Require(view.mesh.CellFace, "CellFace", "NInnerCells", view.nInner);

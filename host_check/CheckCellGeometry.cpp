@@ -11,26 +11,26 @@ namespace {
 
 class CellGeometryCheck {
  public:
-  CellGeometryCheck(const HostView& view, const CellFaces& cellFaces, const CellNodes& cellNodes,
-                    const HostCheckOptions& options, HostCheckReport& report)
+  CellGeometryCheck(HostView const& view, CellFaces const& cellFaces, CellNodes const& cellNodes,
+                    HostCheckOptions const& options, HostCheckReport& report)
       : view_(view), cellFaces_(cellFaces), cellNodes_(cellNodes), options_(options), report_(report) {}
 
   void CheckCell(int c) {
-    const bool closes = CheckClosure(c);
+    bool const closes = CheckClosure(c);
     if (view_.mesh.Volume != nullptr && CheckVolume(c) && closes) AddEnclosed(c);
     CheckCentre(c);
   }
 
   /// After all cells: a factor that most of them have in common is told once, and each cell compared beside it.
   void CompareVolumes() {
-    const double factor = CommonFactor();
+    double const factor = CommonFactor();
     if (factor != 1.0) {
       report_.Add(HostBreach::VolumeDisagrees, 0, [&] {
         return Text("the volumes are ", factor, " times what the faces enclose (median of ", enclosed_.size(),
                     " cells)");
       });
     }
-    for (const Enclosed& cell : enclosed_) CompareVolume(cell.cell, cell.volume, factor);
+    for (Enclosed const& cell : enclosed_) CompareVolume(cell.cell, cell.volume, factor);
   }
 
  private:
@@ -39,8 +39,8 @@ class CellGeometryCheck {
   bool CheckClosure(int c) {
     Vec3 sum;
     double surface = 0.0;
-    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      const FaceGroupView& group = view_.groups[entry->group];
+    for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      FaceGroupView const& group = view_.groups[entry->group];
       if (!group.areaSound[entry->face] || group.turned[entry->face]) return false;
       if (!entry->isRequired) continue;
       sum = sum + entry->sign * group.area[entry->face];
@@ -60,7 +60,7 @@ class CellGeometryCheck {
   }
 
   bool CheckVolume(int c) {
-    const double volume = view_.mesh.Volume[c];
+    double const volume = view_.mesh.Volume[c];
     if (std::isfinite(volume) && volume > 0.0) return true;
     report_.Add(HostBreach::BadVolume, c,
                 [&] { return Text("interior cell ", c, " has the volume ", volume); });
@@ -76,8 +76,8 @@ class CellGeometryCheck {
   void AddEnclosed(int c) {
     if (!view_.centreSound[c]) return;
     double sum = 0.0;
-    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      const FaceGroupView& group = view_.groups[entry->group];
+    for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      FaceGroupView const& group = view_.groups[entry->group];
       if (!group.centreSound[entry->face] || group.centreAway[entry->face]) return;
       if (!entry->isRequired) continue;
       sum += entry->sign * Dot(group.area[entry->face], group.centre[entry->face] - view_.centres[c]);
@@ -91,19 +91,19 @@ class CellGeometryCheck {
     if (enclosed_.size() < kFewest) return 1.0;
     std::vector<double> ratios;
     ratios.reserve(enclosed_.size());
-    for (const Enclosed& cell : enclosed_) {
-      const double ratio = view_.mesh.Volume[cell.cell] / cell.volume;
+    for (Enclosed const& cell : enclosed_) {
+      double const ratio = view_.mesh.Volume[cell.cell] / cell.volume;
       if (std::isfinite(ratio)) ratios.push_back(ratio);
     }
     if (ratios.size() < kFewest) return 1.0;
-    const auto middle = ratios.begin() + static_cast<std::ptrdiff_t>(ratios.size() / 2);
+    auto const middle = ratios.begin() + static_cast<std::ptrdiff_t>(ratios.size() / 2);
     std::nth_element(ratios.begin(), middle, ratios.end());
-    const bool isFactor = *middle > 0.0 && std::abs(*middle - 1.0) > options_.commonVolumeTolerance;
+    bool const isFactor = *middle > 0.0 && std::abs(*middle - 1.0) > options_.commonVolumeTolerance;
     return isFactor ? *middle : 1.0;
   }
 
   void CompareVolume(int c, double enclosed, double factor) {
-    const double volume = view_.mesh.Volume[c], expected = factor * enclosed;
+    double const volume = view_.mesh.Volume[c], expected = factor * enclosed;
     if (std::abs(volume - expected) <= options_.volumeTolerance * std::max(volume, std::abs(expected)))
       return;
     report_.Add(HostBreach::VolumeDisagrees, c, [&] {
@@ -117,7 +117,7 @@ class CellGeometryCheck {
       report_.Add(HostBreach::CellCentreAway, c, [&] {
         return Text("the centre ", view_.centres[c], " of interior cell ", c, " lies away from its nodes");
       });
-    } else if (const CellFaces::Entry* face = FaceThatExcludesCentre(c); face != nullptr) {
+    } else if (CellFaces::Entry const* face = FaceThatExcludesCentre(c); face != nullptr) {
       report_.Add(HostBreach::CellCentreAway, c, [&] {
         return Text("the centre ", view_.centres[c], " of interior cell ", c,
                     " lies outside the cell, beyond ", view_.groups[face->group].Name(face->face));
@@ -133,48 +133,48 @@ class CellGeometryCheck {
 
   /// A face with the cell's centre on its far side, although all other face centres lie on the near one: there the
   /// cell is convex, and its centre lies inside. Null: there is none, or too much of the cell is not sound.
-  const CellFaces::Entry* FaceThatExcludesCentre(int c) const {
+  CellFaces::Entry const* FaceThatExcludesCentre(int c) const {
     constexpr int kMostFaces = 64;  // the work grows as the square
     if (cellFaces_.Count(c) > kMostFaces) return nullptr;
-    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      const FaceGroupView& group = view_.groups[entry->group];
-      const int f = entry->face;
+    for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      FaceGroupView const& group = view_.groups[entry->group];
+      int const f = entry->face;
       if (!group.areaSound[f] || group.turned[f] || !group.centreSound[f] || group.centreAway[f])
         return nullptr;
     }
-    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+    for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
       if (entry->isRequired && ExcludesCentre(c, *entry)) return entry;
     }
     return nullptr;
   }
 
-  bool ExcludesCentre(int c, const CellFaces::Entry& face) const {
-    const FaceGroupView& group = view_.groups[face.group];
-    const auto depth = [&](const Vec3& p) {
+  bool ExcludesCentre(int c, CellFaces::Entry const& face) const {
+    FaceGroupView const& group = view_.groups[face.group];
+    auto const depth = [&](Vec3 const& p) {
       return face.sign * Dot(group.area[face.face], group.centre[face.face] - p);
     };
     double least = 0.0, greatest = 0.0;
-    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      const double ofFace = depth(view_.groups[entry->group].centre[entry->face]);
+    for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+      double const ofFace = depth(view_.groups[entry->group].centre[entry->face]);
       least = std::min(least, ofFace);
       greatest = std::max(greatest, ofFace);
     }
-    const double slack = options_.centreTolerance * greatest;
+    double const slack = options_.centreTolerance * greatest;
     return least >= -slack && depth(view_.centres[c]) < -slack;
   }
 
-  const HostView& view_;
-  const CellFaces& cellFaces_;
-  const CellNodes& cellNodes_;
-  const HostCheckOptions& options_;
+  HostView const& view_;
+  CellFaces const& cellFaces_;
+  CellNodes const& cellNodes_;
+  HostCheckOptions const& options_;
   HostCheckReport& report_;
   std::vector<Enclosed> enclosed_;
 };
 
 }  // namespace
 
-void CheckCellGeometry(const HostView& view, const CellFaces& cellFaces, const CellNodes& cellNodes,
-                       const HostCheckOptions& options, HostCheckReport& report) {
+void CheckCellGeometry(HostView const& view, CellFaces const& cellFaces, CellNodes const& cellNodes,
+                       HostCheckOptions const& options, HostCheckReport& report) {
   CellGeometryCheck check(view, cellFaces, cellNodes, options, report);
   for (int c = 1; c <= view.nInner; ++c) check.CheckCell(c);
   check.CompareVolumes();

@@ -9,12 +9,12 @@ namespace {
 
 class CellNodeCheck {
  public:
-  CellNodeCheck(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report)
+  CellNodeCheck(HostView const& view, CellNodes const& cellNodes, HostCheckReport& report)
       : view_(view), cellNodes_(cellNodes), report_(report) {}
 
   void CheckCell(int c) {
-    const int* row = view_.mesh.CellLnods[c];
-    const int number = view_.mesh.CellLnodsNumber[c];
+    int const* row = view_.mesh.CellLnods[c];
+    int const number = view_.mesh.CellLnodsNumber[c];
     if (row == nullptr) {
       report_.Add(HostBreach::MissingRow, c, [&] { return Text("row ", c, " of CellLnods is null"); });
       return;
@@ -36,7 +36,7 @@ class CellNodeCheck {
  private:
   void CheckEntries(int c) {
     for (std::size_t k = 0; k < sorted_.size(); ++k) {
-      const int node = sorted_[k];
+      int const node = sorted_[k];
       if (!view_.IsNode(node)) {
         report_.Add(HostBreach::IndexOutOfRange, c, [&] {
           return Text("the CellLnods row of cell ", c, " names node ", node, ", outside 1..", view_.nNode);
@@ -54,7 +54,7 @@ class CellNodeCheck {
   }
 
   void CheckMissing(int c) {
-    for (const int* node = cellNodes_.begin(c); node != cellNodes_.end(c); ++node) {
+    for (int const* node = cellNodes_.begin(c); node != cellNodes_.end(c); ++node) {
       if (std::binary_search(sorted_.begin(), sorted_.end(), *node)) continue;
       report_.Add(HostBreach::FaceNodeNotInCell, c, [&] {
         return Text("node ", *node, " of the faces of cell ", c, " is not in the cell's CellLnods row");
@@ -62,15 +62,15 @@ class CellNodeCheck {
     }
   }
 
-  const HostView& view_;
-  const CellNodes& cellNodes_;
+  HostView const& view_;
+  CellNodes const& cellNodes_;
   HostCheckReport& report_;
   std::vector<int> sorted_;
 };
 
 }  // namespace
 
-void CheckCellNodes(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report) {
+void CheckCellNodes(HostView const& view, CellNodes const& cellNodes, HostCheckReport& report) {
   if (view.mesh.CellLnods == nullptr || view.mesh.CellLnodsNumber == nullptr) return;
   CellNodeCheck check(view, cellNodes, report);
   for (int c = 1; c <= view.nInner; ++c) check.CheckCell(c);

@@ -10,12 +10,12 @@ namespace {
 
 class CellRowCheck {
  public:
-  CellRowCheck(const HostView& view, const CellFaces& cellFaces, HostCheckReport& report)
+  CellRowCheck(HostView const& view, CellFaces const& cellFaces, HostCheckReport& report)
       : view_(view), cellFaces_(cellFaces), report_(report) {}
 
   void CheckFaces(int c) {
-    const int* faces = RowOf(view_.mesh.CellFace, "CellFace", c);
-    const int* codes = RowOf(view_.mesh.CellFaceType, "CellFaceType", c);
+    int const* faces = RowOf(view_.mesh.CellFace, "CellFace", c);
+    int const* codes = RowOf(view_.mesh.CellFaceType, "CellFaceType", c);
     if (faces == nullptr || codes == nullptr || !LengthIsSound(faces[0], "CellFace", c)) return;
     isListed_.assign(static_cast<std::size_t>(cellFaces_.Count(c)), 0);
     for (int k = 1; k <= faces[0]; ++k) CheckFaceEntry(c, k, faces[k], codes[k]);
@@ -26,16 +26,16 @@ class CellRowCheck {
   void TellMissing() {
     for (int g = 0; g < HostView::kGroups; ++g) {
       if (nMissing_[g] == 0 || nListed_[g] > 0) continue;
-      const FaceGroupView& group = view_.groups[g];
+      FaceGroupView const& group = view_.groups[g];
       report_.Add(HostBreach::GroupInNoRow, 0, [&] {
         return Text("no CellFace row names a ", group.word, " face (code ", group.code, "), but ",
                     group.countName, " = ", group.count);
       });
     }
-    for (const Missing& missing : missing_) {
+    for (Missing const& missing : missing_) {
       if (nListed_[missing.group] == 0) continue;
       report_.Add(HostBreach::RowEntryMissing, missing.cell, [&] {
-        const FaceGroupView& group = view_.groups[missing.group];
+        FaceGroupView const& group = view_.groups[missing.group];
         return Text("the CellFace row of cell ", missing.cell, " lacks its ", group.Name(missing.face),
                     " (code ", group.code, ')');
       });
@@ -43,12 +43,12 @@ class CellRowCheck {
   }
 
   void CheckNeighbours(int c) {
-    const int* row = RowOf(view_.mesh.CellCell, "CellCell", c);
+    int const* row = RowOf(view_.mesh.CellCell, "CellCell", c);
     if (row == nullptr || !LengthIsSound(row[0], "CellCell", c)) return;
     CollectNeighbours(c);
     for (int k = 1; k <= row[0]; ++k) CheckNeighbourEntry(c, k, row[k]);
     for (std::size_t i = 0; i < neighbours_.size(); i = EndOfRun(i)) {
-      const Neighbour& neighbour = neighbours_[i];
+      Neighbour const& neighbour = neighbours_[i];
       if (!neighbour.isRequired || neighbour.isListed) continue;
       report_.Add(HostBreach::RowEntryMissing, c, [&] {
         return Text("the CellCell row of cell ", c, " lacks its neighbour, ", view_.CellName(neighbour.cell));
@@ -66,7 +66,7 @@ class CellRowCheck {
     bool isRequired, isListed;
   };
 
-  const int* RowOf(int* const* table, const char* name, int c) {
+  int const* RowOf(int* const* table, char const* name, int c) {
     if (table == nullptr) return nullptr;
     if (table[c] == nullptr) {
       report_.Add(HostBreach::MissingRow, c, [&] { return Text("row ", c, " of ", name, " is null"); });
@@ -76,7 +76,7 @@ class CellRowCheck {
 
   /// A row that claims more entries than the cell has faces is not read any further: in a table that is not
   /// 1-based, for one, row[0] is no length.
-  bool LengthIsSound(int length, const char* name, int c) {
+  bool LengthIsSound(int length, char const* name, int c) {
     if (length >= 0 && length <= cellFaces_.Count(c)) return true;
     report_.Add(HostBreach::RowLength, c, [&] {
       return Text("the ", name, " row of cell ", c, " has the length ", length, ", but ", cellFaces_.Count(c),
@@ -86,7 +86,7 @@ class CellRowCheck {
   }
 
   void CheckFaceEntry(int c, int k, int face, int code) {
-    const int g = view_.GroupOfCode(code);
+    int const g = view_.GroupOfCode(code);
     if (g < 0) {
       report_.Add(HostBreach::UnknownFaceCode, c, [&] {
         return Text("entry ", k, " of the CellFaceType row of cell ", c, " is ", code,
@@ -94,7 +94,7 @@ class CellRowCheck {
       });
       return;
     }
-    const FaceGroupView& group = view_.groups[g];
+    FaceGroupView const& group = view_.groups[g];
     if (face < 1 || face > group.count) {
       report_.Add(HostBreach::IndexOutOfRange, c, [&] {
         return Text("entry ", k, " of the CellFace row of cell ", c, " is ", group.word, " face ", face,
@@ -102,7 +102,7 @@ class CellRowCheck {
       });
       return;
     }
-    const auto* found = std::find_if(cellFaces_.begin(c), cellFaces_.end(c), [&](const auto& entry) {
+    auto const* found = std::find_if(cellFaces_.begin(c), cellFaces_.end(c), [&](auto const& entry) {
       return entry.group == g && entry.face == face;
     });
     if (found == cellFaces_.end(c)) {
@@ -123,7 +123,7 @@ class CellRowCheck {
   }
 
   void CollectMissing(int c) {
-    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+    for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
       if (!entry->isRequired || isListed_[static_cast<std::size_t>(entry - cellFaces_.begin(c))]) continue;
       ++nMissing_[entry->group];
       missing_.push_back({entry->group, entry->face, c});
@@ -133,7 +133,7 @@ class CellRowCheck {
   void CollectNeighbours(int c) {
     neighbours_.clear();
     hasUnknownNeighbour_ = false;
-    for (const auto* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
+    for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
       if (entry->neighbour == 0) {
         hasUnknownNeighbour_ = true;
       } else {
@@ -141,7 +141,7 @@ class CellRowCheck {
       }
     }
     std::sort(neighbours_.begin(), neighbours_.end(),
-              [](const Neighbour& a, const Neighbour& b) { return a.cell < b.cell; });
+              [](Neighbour const& a, Neighbour const& b) { return a.cell < b.cell; });
     // The first of equal cells stands for all of them when one is looked for that is missing.
     for (std::size_t i = 0; i < neighbours_.size(); i = EndOfRun(i)) {
       for (std::size_t j = i; j < EndOfRun(i); ++j) {
@@ -185,8 +185,8 @@ class CellRowCheck {
     }
   }
 
-  const HostView& view_;
-  const CellFaces& cellFaces_;
+  HostView const& view_;
+  CellFaces const& cellFaces_;
   HostCheckReport& report_;
   std::vector<char> isListed_;  // [entry of the cell at hand]
   std::vector<Neighbour> neighbours_;
@@ -197,7 +197,7 @@ class CellRowCheck {
 
 }  // namespace
 
-void CheckCellRows(const HostView& view, const CellFaces& cellFaces, HostCheckReport& report) {
+void CheckCellRows(HostView const& view, CellFaces const& cellFaces, HostCheckReport& report) {
   CellRowCheck check(view, cellFaces, report);
   for (int c = 1; c <= view.nInner; ++c) {
     check.CheckFaces(c);

@@ -19,8 +19,8 @@ constexpr long long kMostCellsPerInterior = 1000;  // cells beyond the faces for
 /// The counts of one partition against each other, before any array is read. Sums are wider than int.
 class CountCheck {
  public:
-  CountCheck(const CZYN3DFiniteVolumeMesh& mesh, CPartitionFace_DLL* partitionFaces,
-             const HostCheckOptions& options, HostCheckReport& report)
+  CountCheck(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL* partitionFaces,
+             HostCheckOptions const& options, HostCheckReport& report)
       : mesh_(mesh),
         knowsPartitionFaces_(partitionFaces != nullptr),
         nPar_(partitionFaces != nullptr ? partitionFaces->NParInterFace() : 0),
@@ -38,7 +38,7 @@ class CountCheck {
 
  private:
   template <class... Words>
-  void Tell(const Words&... words) {
+  void Tell(Words const&... words) {
     areSound_ = false;
     report_.Add(HostBreach::BadCount, 0, [&] { return Text(words...); });
   }
@@ -48,7 +48,7 @@ class CountCheck {
   }
 
   void CheckSigns() {
-    const std::pair<const char*, int> counts[] = {{"NCell", mesh_.NCell},
+    std::pair<char const*, int> const counts[] = {{"NCell", mesh_.NCell},
                                                   {"NInnerCells", mesh_.NInnerCells},
                                                   {"NInnerFaces", mesh_.NInnerFaces},
                                                   {"NNode", mesh_.NNode},
@@ -57,14 +57,14 @@ class CountCheck {
                                                   {"NOutlet", mesh_.NOutlet},
                                                   {"NSymmetry", mesh_.NSymmetry},
                                                   {"NParInterFace()", nPar_}};
-    for (const auto& [name, count] : counts) {
+    for (auto const& [name, count] : counts) {
       if (count < 0) Tell(name, " = ", count, " is negative");
     }
   }
 
   void CheckCells() {
-    const long long nBeyond = static_cast<long long>(mesh_.NCell) - mesh_.NInnerCells;
-    const long long nBoundary = BoundaryFaces();
+    long long const nBeyond = static_cast<long long>(mesh_.NCell) - mesh_.NInnerCells;
+    long long const nBoundary = BoundaryFaces();
     if (nBeyond < 0) {
       Tell("NInnerCells = ", mesh_.NInnerCells, " is more than NCell = ", mesh_.NCell,
            ", which counts all cells");
@@ -82,7 +82,7 @@ class CountCheck {
   }
 
   void CheckFaces() {
-    const long long nSides = 2LL * mesh_.NInnerFaces + BoundaryFaces() + nPar_;
+    long long const nSides = 2LL * mesh_.NInnerFaces + BoundaryFaces() + nPar_;
     if (mesh_.NInnerCells == 0 && nSides > 0) {
       Tell("NInnerCells = 0, but there are ", mesh_.NInnerFaces, " inner, ", BoundaryFaces(),
            " boundary and ", nPar_, " partition faces");
@@ -99,7 +99,7 @@ class CountCheck {
   }
 
   void CheckNodes() {
-    const long long nFaces = static_cast<long long>(mesh_.NInnerFaces) + BoundaryFaces() + nPar_;
+    long long const nFaces = static_cast<long long>(mesh_.NInnerFaces) + BoundaryFaces() + nPar_;
     if (nFaces > 0 && mesh_.NNode < 4) {
       Tell("NNode = ", mesh_.NNode, ", but NInnerCells = ", mesh_.NInnerCells,
            ": a cell has at least 4 nodes");
@@ -108,17 +108,17 @@ class CountCheck {
     }
   }
 
-  const CZYN3DFiniteVolumeMesh& mesh_;
-  const bool knowsPartitionFaces_;
-  const int nPar_;
-  const HostCheckOptions& options_;
+  CZYN3DFiniteVolumeMesh const& mesh_;
+  bool const knowsPartitionFaces_;
+  int const nPar_;
+  HostCheckOptions const& options_;
   HostCheckReport& report_;
   bool areSound_ = true;
 };
 
 /// The different cells of 1..NCell that ijPar names, ascending.
-std::vector<int> NamedHaloCells(const HostView& view) {
-  const FaceGroupView& group = view.PartitionGroup();
+std::vector<int> NamedHaloCells(HostView const& view) {
+  FaceGroupView const& group = view.PartitionGroup();
   std::vector<int> cells;
   if (group.other == nullptr) return cells;
   for (int f = 1; f <= group.count; ++f) {
@@ -131,8 +131,8 @@ std::vector<int> NamedHaloCells(const HostView& view) {
 
 /// Whether a boundary face names one of the cells. The last `excess` faces of each group are left out: they may
 /// not exist.
-bool AreNamedByBoundaryFaces(const HostView& view, const std::vector<int>& cells, long long excess) {
-  for (const FaceGroupView& group : view.groups) {
+bool AreNamedByBoundaryFaces(HostView const& view, std::vector<int> const& cells, long long excess) {
+  for (FaceGroupView const& group : view.groups) {
     if (group.farSide != FarSide::Ghost || group.other == nullptr) continue;
     for (int f = 1; f <= group.count - excess; ++f) {
       if (std::binary_search(cells.begin(), cells.end(), group.other[f])) return true;
@@ -143,26 +143,26 @@ bool AreNamedByBoundaryFaces(const HostView& view, const std::vector<int>& cells
 
 }  // namespace
 
-bool CheckCounts(const CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
-                 const HostCheckOptions& options, HostCheckReport& report) {
+bool CheckCounts(CZYN3DFiniteVolumeMesh const* mesh, CPartitionFace_DLL* partitionFaces,
+                 HostCheckOptions const& options, HostCheckReport& report) {
   return CountCheck(mesh != nullptr ? *mesh : CZYN3DFiniteVolumeMesh(), partitionFaces, options, report)
       .Check();
 }
 
-bool CheckHaloCount(const HostView& view, HostCheckReport& report) {
+bool CheckHaloCount(HostView const& view, HostCheckReport& report) {
   std::vector<int> halo = NamedHaloCells(view);
   long long nBoundary = 0;
-  for (const FaceGroupView& group : view.groups) {
+  for (FaceGroupView const& group : view.groups) {
     if (group.farSide == FarSide::Ghost) nBoundary += group.count;
   }
-  const long long nBeyond = static_cast<long long>(view.nCell) - view.nInner;
+  long long const nBeyond = static_cast<long long>(view.nCell) - view.nInner;
   // An NInnerCells that is too large takes the first cells beyond for interior ones. A single wrong entry of ijPar is told
   // with its face.
-  const auto excessOf = [&] { return nBoundary + static_cast<long long>(halo.size()) - nBeyond; };
+  auto const excessOf = [&] { return nBoundary + static_cast<long long>(halo.size()) - nBeyond; };
   if (!halo.empty() && halo.front() <= view.nInner - excessOf()) {
     halo.erase(halo.begin(), std::upper_bound(halo.begin(), halo.end(), view.nInner));
   }
-  const long long excess = excessOf();
+  long long const excess = excessOf();
   // A cell that is a ghost and a halo cell at once is told with its faces.
   if (halo.empty() || excess <= 0 || AreNamedByBoundaryFaces(view, halo, excess)) return true;
   report.Add(HostBreach::BadCount, 0, [&] {

@@ -25,7 +25,7 @@ namespace {
 
 class ExchangeCheck {
  public:
-  ExchangeCheck(const HostView& view, CCommunication& communication, const HostCheckOptions& options,
+  ExchangeCheck(HostView const& view, CCommunication& communication, HostCheckOptions const& options,
                 HostCheckReport& report)
       : view_(view),
         communication_(communication),
@@ -37,22 +37,22 @@ class ExchangeCheck {
 
   /// The owners' cell centres must arrive where this partition has the halo cells' centres.
   void CheckCentres() {
-    const double* const components[] = {view_.centres.x, view_.centres.y, view_.centres.z};
+    double const* const components[] = {view_.centres.x, view_.centres.y, view_.centres.z};
     std::vector<ProbeField> received;
-    for (const double* component : components) {
+    for (double const* component : components) {
       // A partition without centres exchanges all the same: the others need its part in it.
       received.emplace_back(view_, [&](int c) { return component != nullptr ? component[c] : kUnknown; });
       Exchange(received.back(), "DDM_Exch");
     }
-    for (const Halo& halo : halos_) CompareCentre(halo, received);
+    for (Halo const& halo : halos_) CompareCentre(halo, received);
   }
 
   /// AllMin's answer of the neighbours, which must be the one that was given here.
   void CheckMinimum(int minimum) {
     ProbeField field(view_, [&](int) { return static_cast<double>(minimum); });
     Exchange(field, "DDM_Exch");
-    for (const Halo& halo : halos_) {
-      const int cell = halo.cell;
+    for (Halo const& halo : halos_) {
+      int const cell = halo.cell;
       if (!field.IsFilled(cell) || field[cell] == minimum) continue;
       report_.Add(HostBreach::MinimumDiffers, cell, [&] {
         return Text("AllMin gave ", minimum, " here and ", field[cell], " on the partition that owns ",
@@ -65,7 +65,7 @@ class ExchangeCheck {
   /// the first that was waited for, while three are still under way. The operators do the same.
   void CheckNonBlocking() {
     for (int k = 0; k < kFields; ++k) {
-      const auto valueOf = [&](int c) { return ValueOf(k, c); };
+      auto const valueOf = [&](int c) { return ValueOf(k, c); };
       expected_.push_back(std::make_unique<ProbeField>(view_, valueOf));
       Exchange(*expected_.back(), "DDM_Exch");
       fields_.push_back(std::make_unique<ProbeField>(view_, valueOf));
@@ -77,7 +77,7 @@ class ExchangeCheck {
     Wait(3, 3);
     Wait(1, 1);
     Wait(4, 2);
-    for (const auto& field : fields_) CheckUntouched(*field, "DDM_IExch_Start and DDM_IExch_Wait");
+    for (auto const& field : fields_) CheckUntouched(*field, "DDM_IExch_Start and DDM_IExch_Wait");
   }
 
  private:
@@ -89,12 +89,12 @@ class ExchangeCheck {
   };
 
   void CollectHaloCells() {
-    const FaceGroupView& group = view_.PartitionGroup();
+    FaceGroupView const& group = view_.PartitionGroup();
     for (int f = 1; f <= group.count; ++f) halos_.push_back({group.other[f], f});
     std::stable_sort(halos_.begin(), halos_.end(),
-                     [](const Halo& a, const Halo& b) { return a.cell < b.cell; });
-    const auto end = std::unique(halos_.begin(), halos_.end(),
-                                 [](const Halo& a, const Halo& b) { return a.cell == b.cell; });
+                     [](Halo const& a, Halo const& b) { return a.cell < b.cell; });
+    auto const end = std::unique(halos_.begin(), halos_.end(),
+                                 [](Halo const& a, Halo const& b) { return a.cell == b.cell; });
     halos_.erase(end, halos_.end());
   }
 
@@ -102,7 +102,7 @@ class ExchangeCheck {
   /// of the cell, 3 of the field.
   double ValueOf(int field, int c) const { return std::ldexp(mark_, 34) + 8.0 * c + field; }
 
-  void Exchange(ProbeField& field, const char* operation) {
+  void Exchange(ProbeField& field, char const* operation) {
     communication_.DDM_Exch(field.Data());
     CheckUntouched(field, operation);
   }
@@ -113,10 +113,10 @@ class ExchangeCheck {
 
   void Wait(int field, int buffer) {
     communication_.DDM_IExch_Wait(fields_[field]->Data(), static_cast<ZYNNonBlockingBufferId>(buffer));
-    for (const Halo& halo : halos_) Compare(field, buffer, halo.cell);
+    for (Halo const& halo : halos_) Compare(field, buffer, halo.cell);
   }
 
-  void CheckUntouched(const ProbeField& field, const char* operation) {
+  void CheckUntouched(ProbeField const& field, char const* operation) {
     field.ForEachChangedInterior([&](int c) {
       report_.Add(HostBreach::ExchangeChangesInterior, c,
                   [&] { return Text(operation, " changed the value of interior cell ", c); });
@@ -134,21 +134,21 @@ class ExchangeCheck {
     });
   }
 
-  void CompareCentre(const Halo& halo, const std::vector<ProbeField>& received) {
-    const int cell = halo.cell;
-    const std::string faceName = view_.PartitionGroup().Name(halo.face);
-    const bool isFilled = std::all_of(received.begin(), received.end(),
-                                      [cell](const ProbeField& field) { return field.IsFilled(cell); });
+  void CompareCentre(Halo const& halo, std::vector<ProbeField> const& received) {
+    int const cell = halo.cell;
+    std::string const faceName = view_.PartitionGroup().Name(halo.face);
+    bool const isFilled = std::all_of(received.begin(), received.end(),
+                                      [cell](ProbeField const& field) { return field.IsFilled(cell); });
     if (!isFilled) {
       report_.Add(HostBreach::HaloNotFilled, cell, [&] {
         return Text("DDM_Exch does not fill ", view_.CellName(cell), ", which lies beyond ", faceName);
       });
       return;
     }
-    const Vec3 owners = {received[0][cell], received[1][cell], received[2][cell]};
+    Vec3 const owners = {received[0][cell], received[1][cell], received[2][cell]};
     // What is not finite is told by the partition whose it is.
     if (!view_.centreSound[cell] || !IsFinite(owners)) return;
-    const Vec3 own = view_.centres[cell];
+    Vec3 const own = view_.centres[cell];
     if (Norm(owners - own) <= Tolerance(halo.face, own)) return;
     report_.Add(HostBreach::HaloFromElsewhere, cell, [&] {
       return Text(view_.CellName(cell), " beyond ", faceName, " has the centre ", own,
@@ -157,16 +157,16 @@ class ExchangeCheck {
   }
 
   /// Round-off of the coordinates and a small part of the distance between the two cells.
-  double Tolerance(int face, const Vec3& centre) const {
-    const FaceGroupView& group = view_.PartitionGroup();
-    const bool isKnown = group.cvSound[face] && view_.centreSound[group.cv[face]];
-    const double distance = isKnown ? Norm(centre - view_.centres[group.cv[face]]) : 0.0;
+  double Tolerance(int face, Vec3 const& centre) const {
+    FaceGroupView const& group = view_.PartitionGroup();
+    bool const isKnown = group.cvSound[face] && view_.centreSound[group.cv[face]];
+    double const distance = isKnown ? Norm(centre - view_.centres[group.cv[face]]) : 0.0;
     return options_.positionTolerance * distance + 1e-14 * Norm(centre);
   }
 
   /// What a wait has brought against what the blocking exchange brought.
   void Compare(int field, int buffer, int cell) {
-    const double value = (*fields_[field])[cell], expected = (*expected_[field])[cell];
+    double const value = (*fields_[field])[cell], expected = (*expected_[field])[cell];
     if (value == expected || !expected_[field]->IsFilled(cell)) return;
     if (!fields_[field]->IsFilled(cell)) {
       report_.Add(HostBreach::NonBlockingEarly, cell, [&] {
@@ -189,24 +189,24 @@ class ExchangeCheck {
     });
   }
 
-  const HostView& view_;
+  HostView const& view_;
   CCommunication& communication_;
-  const HostCheckOptions& options_;
+  HostCheckOptions const& options_;
   HostCheckReport& report_;
-  const double mark_;
+  double const mark_;
   std::vector<Halo> halos_;  // ascending by cell, each cell once
   std::vector<std::unique_ptr<ProbeField>> expected_, fields_;
 };
 
 }  // namespace
 
-bool PartitionCellsAreSound(const HostView& view) {
-  const FaceGroupView& group = view.PartitionGroup();
+bool PartitionCellsAreSound(HostView const& view) {
+  FaceGroupView const& group = view.PartitionGroup();
   return std::all_of(group.otherSound.begin() + 1, group.otherSound.end(), [](char sound) { return sound; });
 }
 
-void CheckExchanges(const HostView& view, CCommunication& communication, int minimum,
-                    const HostCheckOptions& options, HostCheckReport& report) {
+void CheckExchanges(HostView const& view, CCommunication& communication, int minimum,
+                    HostCheckOptions const& options, HostCheckReport& report) {
   ExchangeCheck check(view, communication, options, report);
   check.CheckCentres();
   check.CheckMinimum(minimum);

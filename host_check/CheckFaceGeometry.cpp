@@ -10,7 +10,7 @@ namespace {
 
 class FaceGeometryCheck {
  public:
-  FaceGeometryCheck(HostView& view, const HostCheckOptions& options, HostCheckReport& report)
+  FaceGeometryCheck(HostView& view, HostCheckOptions const& options, HostCheckReport& report)
       : view_(view), options_(options), report_(report) {}
 
   void CheckGroup(FaceGroupView& group) {
@@ -30,7 +30,7 @@ class FaceGeometryCheck {
   /// Area and centre against the nodes, where the nodes lie in the plane of the area vector.
   void CompareWithNodes(FaceGroupView& group, int f) {
     if (!group.nodesSound[f] || !group.areaSound[f]) return;
-    const int* row = group.nodes[f];
+    int const* row = group.nodes[f];
     if (!outline_.Build(view_, row + 1, row + 1 + row[0], group.area[f])) return;
     CompareArea(group, f);
     if (group.centreSound[f]) CheckFaceCentre(group, f);
@@ -38,12 +38,12 @@ class FaceGeometryCheck {
 
   /// The area vector of a closed line does not depend on the surface that it bounds: seen along the vector, the
   /// polygon of the nodes has its length as area, warped or not.
-  void CompareArea(const FaceGroupView& group, int f) {
-    const double area = Norm(group.area[f]), spanned = outline_.Area();
-    const double slack = options_.areaTolerance * std::max(area, spanned);
+  void CompareArea(FaceGroupView const& group, int f) {
+    double const area = Norm(group.area[f]), spanned = outline_.Area();
+    double const slack = options_.areaTolerance * std::max(area, spanned);
     // The row of a face that crosses itself, as in strongly squeezed meshes, spans less than its corners do.
     if (std::abs(area - outline_.AreaInRowOrder()) <= slack) return;
-    const bool isTooSmall = outline_.IsWholeFace() && area < spanned - slack;
+    bool const isTooSmall = outline_.IsWholeFace() && area < spanned - slack;
     if (area <= spanned + slack && !isTooSmall) return;
     report_.Add(HostBreach::AreaDisagrees, f, [&] {
       return Text("the area vector of ", group.Name(f), " has the length ", area, ", but its nodes span ",
@@ -57,8 +57,8 @@ class FaceGeometryCheck {
     if (outline_.AreaInRowOrder() < kLeastFilled * outline_.Area() &&
         Norm(group.area[f]) < kLeastFilled * outline_.Area())
       return;
-    const Vec3 centre = group.centre[f];
-    const double away = std::max(outline_.Outside(centre), outline_.OffPlane(centre));
+    Vec3 const centre = group.centre[f];
+    double const away = std::max(outline_.Outside(centre), outline_.OffPlane(centre));
     if (away <= options_.centreTolerance) return;
     group.centreAway[f] = 1;
     report_.Add(HostBreach::FaceCentreAway, f, [&] {
@@ -69,9 +69,9 @@ class FaceGeometryCheck {
 
   /// S.(x_other - x_cv) > 0 for an inner face.
   void CheckBetweenCells(FaceGroupView& group, int f) {
-    const int cv = group.cv[f], other = group.other[f];
+    int const cv = group.cv[f], other = group.other[f];
     if (!view_.centreSound[other]) return;
-    const double product = Dot(group.area[f], view_.centres[other] - view_.centres[cv]);
+    double const product = Dot(group.area[f], view_.centres[other] - view_.centres[cv]);
     if (product > 0.0) return;
     group.turned[f] = 1;
     report_.Add(HostBreach::AreaWrongWay, f, [&] {
@@ -83,8 +83,8 @@ class FaceGeometryCheck {
 
   /// S.(x_face - x_cv) > 0 where a ghost or halo cell lies beyond; the place of that cell does not enter.
   void CheckOutwards(FaceGroupView& group, int f) {
-    const int cv = group.cv[f];
-    const double product = Dot(group.area[f], group.centre[f] - view_.centres[cv]);
+    int const cv = group.cv[f];
+    double const product = Dot(group.area[f], group.centre[f] - view_.centres[cv]);
     if (product > 0.0) return;
     group.turned[f] = 1;
     report_.Add(HostBreach::AreaWrongWay, f, [&] {
@@ -94,12 +94,12 @@ class FaceGeometryCheck {
   }
 
   /// A ghost cell may lie in the face itself or anywhere beyond its plane.
-  void CheckCellBeyond(const FaceGroupView& group, int f) {
-    const int cv = group.cv[f], other = group.other[f];
+  void CheckCellBeyond(FaceGroupView const& group, int f) {
+    int const cv = group.cv[f], other = group.other[f];
     if (!view_.centreSound[other]) return;
-    const Vec3 area = group.area[f];
-    const Vec3 toGhost = view_.centres[other] - group.centre[f], toCell = view_.centres[cv] - group.centre[f];
-    const double depth = Dot(area, toGhost) / Norm(area);
+    Vec3 const area = group.area[f];
+    Vec3 const toGhost = view_.centres[other] - group.centre[f], toCell = view_.centres[cv] - group.centre[f];
+    double const depth = Dot(area, toGhost) / Norm(area);
     if (depth >= -options_.positionTolerance * Norm(toCell)) {
       if (group.farSide == FarSide::Ghost) CheckGhostBeside(group, f, toGhost, toCell);
       return;
@@ -112,12 +112,12 @@ class FaceGeometryCheck {
 
   /// The place of a ghost comes from the face centre or from the cell centre, mirrored or not. None of these lies
   /// farther to the side of the face centre than the cell centre does, and twice that leaves room for others.
-  void CheckGhostBeside(const FaceGroupView& group, int f, const Vec3& toGhost, const Vec3& toCell) {
+  void CheckGhostBeside(FaceGroupView const& group, int f, Vec3 const& toGhost, Vec3 const& toCell) {
     constexpr double kSide = 2.0, kDepth = 0.25;
-    const Vec3 normal = (1.0 / Norm(group.area[f])) * group.area[f];
-    const auto side = [&](const Vec3& v) { return Norm(v - Dot(v, normal) * normal); };
+    Vec3 const normal = (1.0 / Norm(group.area[f])) * group.area[f];
+    auto const side = [&](Vec3 const& v) { return Norm(v - Dot(v, normal) * normal); };
     if (!(side(toGhost) > kSide * side(toCell) + kDepth * std::abs(Dot(toCell, normal)))) return;
-    const int ghost = group.other[f];
+    int const ghost = group.other[f];
     report_.Add(HostBreach::GhostBesideFace, ghost, [&] {
       return Text("the centre ", view_.centres[ghost], " of ", view_.CellName(ghost), " lies ", side(toGhost),
                   " to the side of the centre of ", group.Name(f));
@@ -125,7 +125,7 @@ class FaceGeometryCheck {
   }
 
   HostView& view_;
-  const HostCheckOptions& options_;
+  HostCheckOptions const& options_;
   HostCheckReport& report_;
   FaceOutline outline_;
 };
@@ -136,33 +136,33 @@ struct GeometricWeight {
   double projected, byDistance;
 };
 
-GeometricWeight WeightOf(const HostView& view, const FaceGroupView& group, int f) {
-  const Vec3 fromCv = group.centre[f] - view.centres[group.cv[f]];
-  const Vec3 toOther = view.centres[group.other[f]] - group.centre[f];
-  const double a = Dot(group.area[f], fromCv), b = Dot(group.area[f], toOther);
+GeometricWeight WeightOf(HostView const& view, FaceGroupView const& group, int f) {
+  Vec3 const fromCv = group.centre[f] - view.centres[group.cv[f]];
+  Vec3 const toOther = view.centres[group.other[f]] - group.centre[f];
+  double const a = Dot(group.area[f], fromCv), b = Dot(group.area[f], toOther);
   return {a / (a + b), Norm(fromCv) / (Norm(fromCv) + Norm(toOther))};
 }
 
 /// Whether the weight is that of the other side: 1 - w is a geometric weight, and w is far from both. Other
 /// definitions than these two are let pass.
-bool IsOfOtherSide(double weight, const GeometricWeight& geometric) {
+bool IsOfOtherSide(double weight, GeometricWeight const& geometric) {
   constexpr double kClose = 1e-3, kFar = 0.05;
-  const bool matches = std::abs(1.0 - weight - geometric.projected) < kClose ||
+  bool const matches = std::abs(1.0 - weight - geometric.projected) < kClose ||
                        std::abs(1.0 - weight - geometric.byDistance) < kClose;
   return matches && std::abs(weight - geometric.projected) > kFar &&
          std::abs(weight - geometric.byDistance) > kFar;
 }
 
 /// Whether the weight is none of the usual ones: no arithmetic mean, and nowhere near the geometric weights.
-bool IsFarFrom(double weight, const GeometricWeight& geometric) {
+bool IsFarFrom(double weight, GeometricWeight const& geometric) {
   constexpr double kFar = 0.3;
-  const double low = std::min({geometric.projected, geometric.byDistance, 0.5});
-  const double high = std::max({geometric.projected, geometric.byDistance, 0.5});
+  double const low = std::min({geometric.projected, geometric.byDistance, 0.5});
+  double const high = std::max({geometric.projected, geometric.byDistance, 0.5});
   return weight < low - kFar || weight > high + kFar;
 }
 
-void CheckWeight(const HostView& view, const FaceGroupView& group, int f, HostCheckReport& report) {
-  const double weight = group.weight[f];
+void CheckWeight(HostView const& view, FaceGroupView const& group, int f, HostCheckReport& report) {
+  double const weight = group.weight[f];
   if (!(weight >= 0.0 && weight <= 1.0)) {
     report.Add(HostBreach::WeightOutOfRange, f, [&] {
       return Text(group.Name(f), ": ", group.weightName, '[', f, "] = ", weight, " is outside 0..1");
@@ -172,7 +172,7 @@ void CheckWeight(const HostView& view, const FaceGroupView& group, int f, HostCh
   if (!group.PairSound(f) || !group.areaSound[f] || !group.centreSound[f]) return;
   if (!view.centreSound[group.cv[f]] || !view.centreSound[group.other[f]]) return;
   if (group.centreAway[f] || group.turned[f]) return;
-  const GeometricWeight geometric = WeightOf(view, group, f);
+  GeometricWeight const geometric = WeightOf(view, group, f);
   if (!IsOfOtherSide(weight, geometric)) {
     if (!IsFarFrom(weight, geometric)) return;
     report.Add(HostBreach::WeightAway, f, [&] {
@@ -189,13 +189,13 @@ void CheckWeight(const HostView& view, const FaceGroupView& group, int f, HostCh
 
 }  // namespace
 
-void CheckFaceGeometry(HostView& view, const HostCheckOptions& options, HostCheckReport& report) {
+void CheckFaceGeometry(HostView& view, HostCheckOptions const& options, HostCheckReport& report) {
   FaceGeometryCheck check(view, options, report);
   for (FaceGroupView& group : view.groups) check.CheckGroup(group);
 }
 
-void CheckWeights(const HostView& view, HostCheckReport& report) {
-  for (const FaceGroupView& group : view.groups) {
+void CheckWeights(HostView const& view, HostCheckReport& report) {
+  for (FaceGroupView const& group : view.groups) {
     if (group.weight == nullptr) continue;
     for (int f = 1; f <= group.count; ++f) CheckWeight(view, group, f, report);
   }

@@ -25,7 +25,7 @@ class FaceRowCheck {
       group.nodesSound[f] = LengthIsSound(group, f) && EntriesAreSound(group, f) ? 1 : 0;
       allAreSound_ = allAreSound_ && group.nodesSound[f];
       if (!group.nodesSound[f]) continue;
-      const int* row = group.nodes[f];
+      int const* row = group.nodes[f];
       view_.nNodeUsed = std::max(view_.nNodeUsed, *std::max_element(row + 1, row + 1 + row[0]));
     }
   }
@@ -43,14 +43,14 @@ class FaceRowCheck {
 
  private:
   /// A row that claims more nodes than its cell has is not read any further: its length is no length.
-  int LongestRow(const FaceGroupView& group, int f) const {
-    const int* number = view_.mesh.CellLnodsNumber;
+  int LongestRow(FaceGroupView const& group, int f) const {
+    int const* number = view_.mesh.CellLnodsNumber;
     if (number == nullptr || !group.cvSound[f] || number[group.cv[f]] < 0) return view_.nNode;
     return std::min(view_.nNode, number[group.cv[f]]);
   }
 
-  bool LengthIsSound(const FaceGroupView& group, int f) {
-    const int* row = group.nodes[f];
+  bool LengthIsSound(FaceGroupView const& group, int f) {
+    int const* row = group.nodes[f];
     if (row == nullptr) {
       report_.Add(HostBreach::MissingRow, f,
                   [&] { return Text(group.Name(f), ": row ", f, " of ", group.prefix, "Lnods is null"); });
@@ -62,7 +62,7 @@ class FaceRowCheck {
       });
       return false;
     }
-    const int longest = LongestRow(group, f);
+    int const longest = LongestRow(group, f);
     if (row[0] <= longest) return true;
     report_.Add(HostBreach::RowLength, f, [&] {
       return Text(group.Name(f), " has ", row[0], " nodes in ", group.prefix, "Lnods, more than the ",
@@ -71,8 +71,8 @@ class FaceRowCheck {
     return false;
   }
 
-  bool EntriesAreSound(const FaceGroupView& group, int f) {
-    const int* row = group.nodes[f];
+  bool EntriesAreSound(FaceGroupView const& group, int f) {
+    int const* row = group.nodes[f];
     bool areInRange = true;
     for (int k = 1; k <= row[0]; ++k) {
       if (view_.IsNode(row[k])) continue;
@@ -86,11 +86,11 @@ class FaceRowCheck {
     return areInRange;
   }
 
-  void CheckRepeats(const FaceGroupView& group, int f) {
-    const int* row = group.nodes[f];
+  void CheckRepeats(FaceGroupView const& group, int f) {
+    int const* row = group.nodes[f];
     sorted_.assign(row + 1, row + 1 + row[0]);
     std::sort(sorted_.begin(), sorted_.end());
-    const auto twice = std::adjacent_find(sorted_.begin(), sorted_.end());
+    auto const twice = std::adjacent_find(sorted_.begin(), sorted_.end());
     if (twice == sorted_.end()) return;
     report_.Add(HostBreach::RowEntryTwice, f, [&] {
       return Text(group.Name(f), " has node ", *twice, " twice in its row of ", group.prefix, "Lnods");
@@ -104,11 +104,11 @@ class FaceRowCheck {
 };
 
 /// Interpolation to faces takes the first three nodes for the face's plane.
-void CheckPlane(const HostView& view, const FaceGroupView& group, int f, HostCheckReport& report) {
-  const int* row = group.nodes[f];
+void CheckPlane(HostView const& view, FaceGroupView const& group, int f, HostCheckReport& report) {
+  int const* row = group.nodes[f];
   if (!view.nodeSound[row[1]] || !view.nodeSound[row[2]] || !view.nodeSound[row[3]]) return;
-  const Vec3 a = view.nodes[row[2]] - view.nodes[row[1]], b = view.nodes[row[3]] - view.nodes[row[1]];
-  const Vec3 normal = Cross(a, b);
+  Vec3 const a = view.nodes[row[2]] - view.nodes[row[1]], b = view.nodes[row[3]] - view.nodes[row[1]];
+  Vec3 const normal = Cross(a, b);
   if (!(Norm(normal) > kLeastSine * Norm(a) * Norm(b))) {
     report.Add(HostBreach::NodesSpanNoPlane, f, [&] {
       return Text(group.Name(f), ": its first three nodes ", row[1], ", ", row[2], ", ", row[3],
@@ -117,8 +117,8 @@ void CheckPlane(const HostView& view, const FaceGroupView& group, int f, HostChe
     return;
   }
   if (!group.areaSound[f]) return;
-  const Vec3 area = group.area[f];
-  const double cosine = std::abs(Dot(normal, area)) / (Norm(normal) * Norm(area));
+  Vec3 const area = group.area[f];
+  double const cosine = std::abs(Dot(normal, area)) / (Norm(normal) * Norm(area));
   if (cosine >= kLeastCosine) return;
   report.Add(HostBreach::NodesOffPlane, f, [&] {
     return Text(group.Name(f), ": the plane of its first three nodes ", row[1], ", ", row[2], ", ", row[3],
@@ -135,8 +135,8 @@ void CheckFaceRows(HostView& view, HostCheckReport& report) {
   view.nodeSound.assign(static_cast<std::size_t>(view.nNodeUsed) + 1, 0);
 }
 
-void CheckFaceNodes(const HostView& view, HostCheckReport& report) {
-  for (const FaceGroupView& group : view.groups) {
+void CheckFaceNodes(HostView const& view, HostCheckReport& report) {
+  for (FaceGroupView const& group : view.groups) {
     for (int f = 1; f <= group.count; ++f) {
       if (group.nodesSound[f]) CheckPlane(view, group, f, report);
     }

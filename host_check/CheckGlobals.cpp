@@ -17,7 +17,7 @@ constexpr int kLongestName = 1023;  // the operators keep a settings file's name
 constexpr int kExtension = 4;       // the dot and three letters
 constexpr int kBlock = 4;           // elements of ResetRealBlock and ResetIntBlock
 
-void RequireArray(const void* array, const char* name, const char* extent, HostCheckReport& report) {
+void RequireArray(void const* array, char const* name, char const* extent, HostCheckReport& report) {
   if (array != nullptr) return;
   report.Add(HostBreach::MissingArray, 0, [&] { return Text(name, ", an array ", extent, ", is null"); });
 }
@@ -28,15 +28,15 @@ struct Extent {
   std::string name;
   std::uintptr_t begin = 0, end = 0;  // equal: no memory
 
-  bool Overlaps(const Extent& other) const {
+  bool Overlaps(Extent const& other) const {
     return begin != end && other.begin != other.end && begin < other.end && other.begin < end;
   }
 };
 
 template <class Element>
-Extent ExtentOf(std::string name, const Element* array, int count) {
+Extent ExtentOf(std::string name, Element const* array, int count) {
   if (array == nullptr || count <= 0) return {std::move(name)};
-  const auto address = reinterpret_cast<std::uintptr_t>(array);
+  auto const address = reinterpret_cast<std::uintptr_t>(array);
   return {std::move(name), address + sizeof(Element),
           address + (static_cast<std::size_t>(count) + 1) * sizeof(Element)};
 }
@@ -45,12 +45,12 @@ Extent ExtentOf(std::string name, const Element* array, int count) {
 class ReadArrays {
  public:
   /// Rows are looked at in those tables that are checked: the others need not be filled.
-  ReadArrays(const HostView& view, const HostCheckOptions& options) {
-    const CZYN3DFiniteVolumeMesh& m = view.mesh;
+  ReadArrays(HostView const& view, HostCheckOptions const& options) {
+    CZYN3DFiniteVolumeMesh const& m = view.mesh;
     Add(view.nodes, "", "n", view.nNode);
     Add(view.centres, "", "c", view.nCell);
     Add("Volume", m.Volume, view.nInner);
-    for (const FaceGroupView& group : view.groups) AddGroup(group, options.nodeTables);
+    for (FaceGroupView const& group : view.groups) AddGroup(group, options.nodeTables);
     AddTable("CellCell", m.CellCell, view.nInner, options.cellRows);
     AddTable("CellFace", m.CellFace, view.nInner, options.cellRows);
     AddTable("CellFaceType", m.CellFaceType, view.nInner, options.cellRows);
@@ -61,11 +61,11 @@ class ReadArrays {
 
   /// Calls tell(name) for each array, and once for each table, that shares memory with the work array.
   template <class Tell>
-  void ForEachOverlap(const Extent& work, const Tell& tell) const {
-    for (const Extent& array : arrays_) {
+  void ForEachOverlap(Extent const& work, Tell const& tell) const {
+    for (Extent const& array : arrays_) {
       if (array.Overlaps(work)) tell(array.name);
     }
-    for (const Table& table : tables_) {
+    for (Table const& table : tables_) {
       for (int i = 1; i <= table.count; ++i) {
         if (!StartsIn(work, table.rows[i])) continue;
         tell("row " + std::to_string(i) + " of " + table.name);
@@ -82,25 +82,25 @@ class ReadArrays {
   };
 
   /// Of a row only the beginning is known.
-  static bool StartsIn(const Extent& work, const int* row) {
-    const auto address = reinterpret_cast<std::uintptr_t>(row);
+  static bool StartsIn(Extent const& work, int const* row) {
+    auto const address = reinterpret_cast<std::uintptr_t>(row);
     return address >= work.begin && address < work.end;
   }
 
   template <class Element>
-  void Add(std::string name, const Element* array, int count) {
+  void Add(std::string name, Element const* array, int count) {
     arrays_.push_back(ExtentOf(std::move(name), array, count));
   }
-  void Add(const Vec3Arrays& arrays, const std::string& prefix, const std::string& ending, int count) {
+  void Add(Vec3Arrays const& arrays, std::string const& prefix, std::string const& ending, int count) {
     Add(prefix + "x" + ending, arrays.x, count);
     Add(prefix + "y" + ending, arrays.y, count);
     Add(prefix + "z" + ending, arrays.z, count);
   }
-  void AddTable(const std::string& name, int* const* rows, int count, bool isFilled) {
+  void AddTable(std::string const& name, int* const* rows, int count, bool isFilled) {
     Add(name, rows, count);
     if (rows != nullptr && isFilled) tables_.push_back({name, rows, count});
   }
-  void AddGroup(const FaceGroupView& group, bool hasNodes) {
+  void AddGroup(FaceGroupView const& group, bool hasNodes) {
     Add(group.prefix + "CV", group.cv, group.count);
     Add(group.prefix, group.other, group.count);
     Add(group.area, group.prefix + "S", "", group.count);
@@ -114,20 +114,20 @@ class ReadArrays {
   std::vector<Table> tables_;
 };
 
-void CheckWorkArrays(const HostView& view, const CZyn3dGV& globals, const HostCheckOptions& options,
+void CheckWorkArrays(HostView const& view, CZyn3dGV const& globals, HostCheckOptions const& options,
                      HostCheckReport& report) {
-  const Extent work[] = {ExtentOf("PrevGradX", globals.PrevGradX, view.nCell),
+  Extent const work[] = {ExtentOf("PrevGradX", globals.PrevGradX, view.nCell),
                          ExtentOf("PrevGradY", globals.PrevGradY, view.nCell),
                          ExtentOf("PrevGradZ", globals.PrevGradZ, view.nCell),
                          ExtentOf("ResetRealBlock", globals.ResetRealBlock, kBlock),
                          ExtentOf("ResetIntBlock", globals.ResetIntBlock, kBlock)};
-  const ReadArrays arrays(view, options);
-  for (const Extent* a = std::begin(work); a != std::end(work); ++a) {
-    const auto tell = [&](const std::string& other) {
+  ReadArrays const arrays(view, options);
+  for (Extent const* a = std::begin(work); a != std::end(work); ++a) {
+    auto const tell = [&](std::string const& other) {
       report.Add(HostBreach::ArraysOverlap, 0,
                  [&] { return Text(a->name, ", which is overwritten, and ", other, " share memory"); });
     };
-    for (const Extent* b = a + 1; b != std::end(work); ++b) {
+    for (Extent const* b = a + 1; b != std::end(work); ++b) {
       if (a->Overlaps(*b)) tell(b->name);
     }
     arrays.ForEachOverlap(*a, tell);
@@ -135,9 +135,9 @@ void CheckWorkArrays(const HostView& view, const CZyn3dGV& globals, const HostCh
 }
 
 /// What is wrong with a file name of at most kLongestName characters; empty: nothing.
-std::string FaultOf(const std::string& name) {
+std::string FaultOf(std::string const& name) {
   if (name.empty()) return "is empty";
-  const std::size_t dot = name.size() - std::min<std::size_t>(name.size(), kExtension);
+  std::size_t const dot = name.size() - std::min<std::size_t>(name.size(), kExtension);
   bool endsRight = name.size() > kExtension && name[dot] == '.' && name[dot - 1] != '/';
   for (std::size_t i = dot + 1; i < name.size(); ++i) {
     endsRight = endsRight && std::isalnum(static_cast<unsigned char>(name[i])) != 0;
@@ -145,7 +145,7 @@ std::string FaultOf(const std::string& name) {
   return endsRight ? "" : "does not end in a dot and three letters";
 }
 
-void CheckFileName(const char* name, HostCheckReport& report) {
+void CheckFileName(char const* name, HostCheckReport& report) {
   if (name == nullptr) {
     report.Add(HostBreach::BadFileName, 0, [] { return std::string("BaseFileName is null"); });
     return;
@@ -157,7 +157,7 @@ void CheckFileName(const char* name, HostCheckReport& report) {
     });
     return;
   }
-  const std::string fault = FaultOf(name);
+  std::string const fault = FaultOf(name);
   if (fault.empty()) return;
   report.Add(HostBreach::BadFileName, 0, [&] {
     return Text("BaseFileName \"", name, "\" ", fault, ", of which the settings files' names are made");
@@ -166,8 +166,8 @@ void CheckFileName(const char* name, HostCheckReport& report) {
 
 }  // namespace
 
-void CheckGlobals(const HostView& view, const CZyn3dGV& globals, bool countsAreSound,
-                  const HostCheckOptions& options, HostCheckReport& report) {
+void CheckGlobals(HostView const& view, CZyn3dGV const& globals, bool countsAreSound,
+                  HostCheckOptions const& options, HostCheckReport& report) {
   if (view.nCell > 0) {
     RequireArray(globals.PrevGradX, "PrevGradX", "[1..NCell]", report);
     RequireArray(globals.PrevGradY, "PrevGradY", "[1..NCell]", report);

@@ -10,15 +10,15 @@
 namespace host_check {
 namespace {
 
-void CheckObject(const void* object, const char* name, HostCheckReport& report) {
+void CheckObject(void const* object, char const* name, HostCheckReport& report) {
   if (object != nullptr) return;
   report.Add(HostBreach::MissingObject, 0, [&] { return Text("the ", name, " object is null"); });
 }
 
 /// Each check relies on the marks that the ones before have left in the view.
-void CheckLocalData(HostView& view, const HostCheckOptions& options, HostCheckReport& report) {
+void CheckLocalData(HostView& view, HostCheckOptions const& options, HostCheckReport& report) {
   CheckFaceCells(view, report);
-  const CellFaces cellFaces(view);
+  CellFaces const cellFaces(view);
 
   if (options.nodeTables) CheckFaceRows(view, report);
   CheckPositions(view, options, report);
@@ -26,7 +26,7 @@ void CheckLocalData(HostView& view, const HostCheckOptions& options, HostCheckRe
   if (options.nodeTables) CheckFaceNodes(view, report);
   CheckFaceGeometry(view, options, report);
   CheckWeights(view, report);
-  const CellNodes cellNodes(view, cellFaces);
+  CellNodes const cellNodes(view, cellFaces);
   CheckCellGeometry(view, cellFaces, cellNodes, options, report);
 
   if (options.cellRows) CheckCellRows(view, cellFaces, report);
@@ -36,21 +36,21 @@ void CheckLocalData(HostView& view, const HostCheckOptions& options, HostCheckRe
 }
 
 /// @param wasRead  the local checks have set the marks of the view; else it is empty
-void CheckCommunication(const HostView& view, bool wasRead, bool hasCells, CCommunication* communication,
-                        CZYNCom* reduction, const CZyn3dGV* globals, const HostCheckOptions& options,
+void CheckCommunication(HostView const& view, bool wasRead, bool hasCells, CCommunication* communication,
+                        CZYNCom* reduction, CZyn3dGV const* globals, HostCheckOptions const& options,
                         HostCheckReport& report) {
   if (reduction == nullptr) {
     report.AddNote("AllMin and the exchanges were not tried: there is no CZYNCom object");
     return;
   }
-  const int minimum = CheckReduction(view, *reduction, report);
+  int const minimum = CheckReduction(view, *reduction, report);
   CheckExchangeChoice(*reduction, globals, report);
   // An exchange would write where it has always written, and fields of an empty mesh have no such cells.
-  const bool isMesh = CheckAnyCells(hasCells, *reduction, report);
+  bool const isMesh = CheckAnyCells(hasCells, *reduction, report);
 
   // All partitions or none exchange. Only what an exchange would stumble over counts: other breaches do not
   // hinder it.
-  const bool canExchange = communication != nullptr && wasRead && isMesh && PartitionCellsAreSound(view);
+  bool const canExchange = communication != nullptr && wasRead && isMesh && PartitionCellsAreSound(view);
   int allCan = canExchange ? 1 : 0;
   reduction->AllMin(allCan);
   if (!canExchange || allCan < 1) {
@@ -65,7 +65,7 @@ void CheckCommunication(const HostView& view, bool wasRead, bool hasCells, CComm
 
 int CheckHostData(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
                   CCommunication* communication, CZYNCom* reduction, CZyn3dGV* globals,
-                  HostCheckReport& report, const HostCheckOptions& options) {
+                  HostCheckReport& report, HostCheckOptions const& options) {
   report.Begin(options);
   CheckObject(mesh, "CZYN3DFiniteVolumeMesh", report);
   CheckObject(partitionFaces, "CPartitionFace_DLL", report);
@@ -73,17 +73,17 @@ int CheckHostData(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFac
   CheckObject(reduction, "CZYNCom", report);
   CheckObject(globals, "CZyn3dGV", report);
 
-  const bool countsAreSound = CheckCounts(mesh, partitionFaces, options, report);
+  bool const countsAreSound = CheckCounts(mesh, partitionFaces, options, report);
   HostView lent(mesh, partitionFaces), nothing(nullptr, nullptr);
   CheckArrays(lent, options, report);
-  const bool canRead = countsAreSound && CheckHaloCount(lent, report);
+  bool const canRead = countsAreSound && CheckHaloCount(lent, report);
   if (!canRead) report.AddNote("no array was read: the counts do not tell how long they are");
 
   HostView& view = canRead ? lent : nothing;
   view.AddMarks();
   CheckLocalData(view, options, report);
   if (globals != nullptr) CheckGlobals(lent, *globals, canRead, options, report);
-  const bool hasCells = lent.nInner > 0, hasObjects = mesh != nullptr && partitionFaces != nullptr;
+  bool const hasCells = lent.nInner > 0, hasObjects = mesh != nullptr && partitionFaces != nullptr;
   if (options.communication) {
     // A partition that lends no mesh has told so, and leaves it to the others to find that they have no cells.
     CheckCommunication(view, canRead && hasObjects, hasCells || mesh == nullptr, communication, reduction,

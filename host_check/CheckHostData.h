@@ -31,6 +31,6 @@ namespace host_check {
 /// @return number of breaches in this partition, 0: none was seen
 int CheckHostData(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
                   CCommunication* communication, CZYNCom* reduction, CZyn3dGV* globals,
-                  HostCheckReport& report, const HostCheckOptions& options = {});
+                  HostCheckReport& report, HostCheckOptions const& options = {});
 
 }  // namespace host_check

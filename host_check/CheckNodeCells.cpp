@@ -13,7 +13,7 @@ class NodeCells {
  public:
   /// @param forEachPair  calls its argument with (node, cell) for each entry, the same each time
   template <class ForEachPair>
-  NodeCells(int nNode, const ForEachPair& forEachPair) : start_(static_cast<std::size_t>(nNode) + 2, 0) {
+  NodeCells(int nNode, ForEachPair const& forEachPair) : start_(static_cast<std::size_t>(nNode) + 2, 0) {
     forEachPair([this](int node, int) { ++start_[node + 1]; });
     std::partial_sum(start_.begin(), start_.end(), start_.begin());
     cells_.resize(start_.back());
@@ -22,8 +22,8 @@ class NodeCells {
     for (int n = 1; n <= nNode; ++n) std::sort(cells_.begin() + Offset(n), cells_.begin() + Offset(n + 1));
   }
 
-  const int* begin(int node) const { return cells_.data() + start_[node]; }
-  const int* end(int node) const { return cells_.data() + start_[node + 1]; }
+  int const* begin(int node) const { return cells_.data() + start_[node]; }
+  int const* end(int node) const { return cells_.data() + start_[node + 1]; }
   int Count(int node) const { return static_cast<int>(start_[node + 1] - start_[node]); }
   bool Has(int node, int cell) const { return std::binary_search(begin(node), end(node), cell); }
 
@@ -35,18 +35,18 @@ class NodeCells {
 };
 
 /// The interior cells at every node.
-NodeCells InteriorAtNodes(const HostView& view, const CellNodes& cellNodes) {
-  return NodeCells(view.nNodeUsed, [&](const auto& add) {
+NodeCells InteriorAtNodes(HostView const& view, CellNodes const& cellNodes) {
+  return NodeCells(view.nNodeUsed, [&](auto const& add) {
     for (int c = 1; c <= view.nInner; ++c) {
-      for (const int* node = cellNodes.begin(c); node != cellNodes.end(c); ++node) add(*node, c);
+      for (int const* node = cellNodes.begin(c); node != cellNodes.end(c); ++node) add(*node, c);
     }
   });
 }
 
 /// The ghost and halo cells beyond the faces at every node; a halo cell may stand there several times.
-NodeCells BeyondAtNodes(const HostView& view) {
-  return NodeCells(view.nNodeUsed, [&](const auto& add) {
-    for (const FaceGroupView& group : view.groups) {
+NodeCells BeyondAtNodes(HostView const& view) {
+  return NodeCells(view.nNodeUsed, [&](auto const& add) {
+    for (FaceGroupView const& group : view.groups) {
       if (group.farSide == FarSide::Interior) continue;
       for (int f = 1; f <= group.count; ++f) {
         if (!group.nodesSound[f] || !group.otherSound[f]) continue;
@@ -58,7 +58,7 @@ NodeCells BeyondAtNodes(const HostView& view) {
 
 class NodeCellCheck {
  public:
-  NodeCellCheck(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report)
+  NodeCellCheck(HostView const& view, CellNodes const& cellNodes, HostCheckReport& report)
       : view_(view),
         cellNodes_(cellNodes),
         report_(report),
@@ -69,12 +69,12 @@ class NodeCellCheck {
   }
 
   void CheckNode(int n) {
-    const int* row = view_.mesh.NodeCell[n];
+    int const* row = view_.mesh.NodeCell[n];
     if (row == nullptr) {
       report_.Add(HostBreach::MissingRow, n, [&] { return Text("row ", n, " of NodeCell is null"); });
       return;
     }
-    const int longest = interior_.Count(n) + beyond_.Count(n) + nAnywhere_;
+    int const longest = interior_.Count(n) + beyond_.Count(n) + nAnywhere_;
     if (row[0] < 0 || row[0] > longest) {
       report_.Add(HostBreach::RowLength, n, [&] {
         return Text("the NodeCell row of node ", n, " has the length ", row[0],
@@ -94,21 +94,21 @@ class NodeCellCheck {
   /// are known, cells that no face names, and those whose faces have unsound rows.
   void MarkCells() {
     for (int c = 1; c <= view_.nCell; ++c) {
-      const int g = view_.IsInterior(c) ? -1 : view_.namer[c].group;
-      const bool isGhost = g >= 0 && view_.groups[g].farSide == FarSide::Ghost;
-      const bool isKnown = view_.IsInterior(c) ? cellNodes_.AreKnown(c)
+      int const g = view_.IsInterior(c) ? -1 : view_.namer[c].group;
+      bool const isGhost = g >= 0 && view_.groups[g].farSide == FarSide::Ghost;
+      bool const isKnown = view_.IsInterior(c) ? cellNodes_.AreKnown(c)
                                                : isGhost && view_.groups[g].nodesSound[view_.namer[c].face];
       mayBeAnywhere_[c] = isKnown ? 0 : 1;
       nAnywhere_ += mayBeAnywhere_[c];
     }
-    for (const FaceGroupView& group : view_.groups) {
+    for (FaceGroupView const& group : view_.groups) {
       for (int f = 1; f <= group.count; ++f) allFacesAreSound_ = allFacesAreSound_ && group.nodesSound[f];
     }
   }
 
   void CheckEntries(int n) {
     for (std::size_t k = 0; k < sorted_.size(); ++k) {
-      const int cell = sorted_[k];
+      int const cell = sorted_[k];
       if (cell < 1 || cell > view_.nCell) {
         report_.Add(HostBreach::IndexOutOfRange, n, [&] {
           return Text("the NodeCell row of node ", n, " names cell ", cell, ", outside 1..", view_.nCell);
@@ -136,24 +136,24 @@ class NodeCellCheck {
   /// them or none.
   void CheckMissing(int n) {
     RequireAll(n, beyond_);
-    const bool namesInterior = !sorted_.empty() && view_.IsInterior(sorted_.front());
-    const bool isInnerNode = beyond_.Count(n) == 0 && allFacesAreSound_;
+    bool const namesInterior = !sorted_.empty() && view_.IsInterior(sorted_.front());
+    bool const isInnerNode = beyond_.Count(n) == 0 && allFacesAreSound_;
     if (namesInterior || isInnerNode) RequireAll(n, interior_);
   }
 
-  void RequireAll(int n, const NodeCells& cells) {
-    for (const int* cell = cells.begin(n); cell != cells.end(n); ++cell) {
-      const bool isRepeat = cell != cells.begin(n) && cell[-1] == *cell;
+  void RequireAll(int n, NodeCells const& cells) {
+    for (int const* cell = cells.begin(n); cell != cells.end(n); ++cell) {
+      bool const isRepeat = cell != cells.begin(n) && cell[-1] == *cell;
       if (isRepeat || std::binary_search(sorted_.begin(), sorted_.end(), *cell)) continue;
       report_.Add(HostBreach::RowEntryMissing, n,
                   [&] { return Text("the NodeCell row of node ", n, " lacks ", view_.CellName(*cell)); });
     }
   }
 
-  const HostView& view_;
-  const CellNodes& cellNodes_;
+  HostView const& view_;
+  CellNodes const& cellNodes_;
   HostCheckReport& report_;
-  const NodeCells interior_, beyond_;
+  NodeCells const interior_, beyond_;
   std::vector<char> mayBeAnywhere_;  // [1..nCell]
   int nAnywhere_ = 0;
   bool allFacesAreSound_ = true;
@@ -162,7 +162,7 @@ class NodeCellCheck {
 
 }  // namespace
 
-void CheckNodeCells(const HostView& view, const CellNodes& cellNodes, HostCheckReport& report) {
+void CheckNodeCells(HostView const& view, CellNodes const& cellNodes, HostCheckReport& report) {
   if (view.mesh.NodeCell == nullptr) return;
   NodeCellCheck check(view, cellNodes, report);
   for (int n = 1; n <= view.nNodeUsed; ++n) check.CheckNode(n);

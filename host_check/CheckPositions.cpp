@@ -4,7 +4,7 @@
 namespace host_check {
 namespace {
 
-void TellNotFinite(HostCheckReport& report, int entity, const std::string& what, const Vec3& value) {
+void TellNotFinite(HostCheckReport& report, int entity, std::string const& what, Vec3 const& value) {
   report.Add(HostBreach::NotFinite, entity, [&] { return Text(what, " is ", value); });
 }
 
@@ -40,7 +40,7 @@ void CheckNodes(HostView& view, HostCheckReport& report) {
 
 }  // namespace
 
-void CheckPositions(HostView& view, const HostCheckOptions& options, HostCheckReport& report) {
+void CheckPositions(HostView& view, HostCheckOptions const& options, HostCheckReport& report) {
   CheckCellCentres(view, report);
   for (FaceGroupView& group : view.groups) CheckFaceCentres(group, report);
   if (options.nodeTables) CheckNodes(view, report);
@@ -50,7 +50,7 @@ void CheckAreas(HostView& view, HostCheckReport& report) {
   for (FaceGroupView& group : view.groups) {
     if (!group.area.AreThere()) continue;
     for (int f = 1; f <= group.count; ++f) {
-      const Vec3 area = group.area[f];
+      Vec3 const area = group.area[f];
       if (!IsFinite(area)) {
         TellNotFinite(report, f, "the area vector of " + group.Name(f), area);
       } else if (Norm(area) > 0.0) {

@@ -40,27 +40,27 @@ int AllMinOf(CZYNCom& reduction, int value) {
 
 }  // namespace
 
-int PartitionMark(const HostView& view) {
+int PartitionMark(HostView const& view) {
   constexpr int kCells = 8;
   WordHash hash;
-  for (const int count : {view.nCell, view.nInner, view.nNode}) hash.Add(static_cast<std::uint64_t>(count));
+  for (int const count : {view.nCell, view.nInner, view.nNode}) hash.Add(static_cast<std::uint64_t>(count));
   for (int c = 1; c <= std::min(view.nInner, kCells); ++c) {
     if (!view.centreSound[c]) continue;
-    const Vec3 centre = view.centres[c];
-    for (const double x : {centre.x, centre.y, centre.z}) hash.Add(x);
+    Vec3 const centre = view.centres[c];
+    for (double const x : {centre.x, centre.y, centre.z}) hash.Add(x);
   }
   return hash.Value();
 }
 
-int CheckReduction(const HostView& view, CZYNCom& reduction, HostCheckReport& report) {
-  const int equal = AllMinOf(reduction, kEqualValue);
+int CheckReduction(HostView const& view, CZYNCom& reduction, HostCheckReport& report) {
+  int const equal = AllMinOf(reduction, kEqualValue);
   if (equal != kEqualValue) {
     report.Add(HostBreach::MinimumWrong, 0,
                [&] { return Text("AllMin gave ", equal, " when every partition passed ", kEqualValue); });
   }
 
-  const int mark = PartitionMark(view);
-  const int minimum = AllMinOf(reduction, mark);
+  int const mark = PartitionMark(view);
+  int const minimum = AllMinOf(reduction, mark);
   if (minimum > mark) {
     report.Add(HostBreach::MinimumWrong, 0, [&] {
       return Text("AllMin gave ", minimum, ", more than the ", mark, " that this partition passed");
@@ -69,7 +69,7 @@ int CheckReduction(const HostView& view, CZYNCom& reduction, HostCheckReport& re
 
   // If the partitions had different answers, the least of them and the least of their negatives cannot both be
   // what this partition passes on.
-  const int least = AllMinOf(reduction, minimum), greatest = -AllMinOf(reduction, -minimum);
+  int const least = AllMinOf(reduction, minimum), greatest = -AllMinOf(reduction, -minimum);
   if (least != minimum || greatest != minimum) {
     report.Add(HostBreach::MinimumDiffers, 0, [&] {
       return Text("AllMin gave ", minimum, " here; of what it gave on all partitions the least is ", least,
@@ -79,11 +79,11 @@ int CheckReduction(const HostView& view, CZYNCom& reduction, HostCheckReport& re
   return minimum;
 }
 
-void CheckExchangeChoice(CZYNCom& reduction, const CZyn3dGV* globals, HostCheckReport& report) {
+void CheckExchangeChoice(CZYNCom& reduction, CZyn3dGV const* globals, HostCheckReport& report) {
   // A partition without the object passes what decides neither minimum.
-  const int choice = globals != nullptr && globals->UseNonBlockingExch != 0 ? 1 : 0;
-  const int least = AllMinOf(reduction, globals != nullptr ? choice : 1);
-  const int greatest = -AllMinOf(reduction, -choice);
+  int const choice = globals != nullptr && globals->UseNonBlockingExch != 0 ? 1 : 0;
+  int const least = AllMinOf(reduction, globals != nullptr ? choice : 1);
+  int const greatest = -AllMinOf(reduction, -choice);
   if (globals == nullptr || least >= greatest) return;
   report.Add(HostBreach::ExchangeChoiceDiffers, 0, [&] {
     return Text("UseNonBlockingExch is ", choice == 0 ? "zero" : "not zero",
@@ -92,7 +92,7 @@ void CheckExchangeChoice(CZYNCom& reduction, const CZyn3dGV* globals, HostCheckR
 }
 
 bool CheckAnyCells(bool hasCells, CZYNCom& reduction, HostCheckReport& report) {
-  const int allLackThem = AllMinOf(reduction, hasCells ? 0 : 1);
+  int const allLackThem = AllMinOf(reduction, hasCells ? 0 : 1);
   if (hasCells || allLackThem != 1) return true;
   report.Add(HostBreach::BadCount, 0,
              [] { return std::string("NInnerCells = 0 on every partition: the mesh is empty"); });

@@ -7,26 +7,26 @@ namespace host_check {
 namespace {
 
 /// A unit vector at right angles to the unit vector n.
-Vec3 AnyNormalTo(const Vec3& n) {
-  const Vec3 axis = std::abs(n.x) < 0.6 ? Vec3{1, 0, 0} : Vec3{0, 1, 0};
-  const Vec3 across = Cross(n, axis);
+Vec3 AnyNormalTo(Vec3 const& n) {
+  Vec3 const axis = std::abs(n.x) < 0.6 ? Vec3{1, 0, 0} : Vec3{0, 1, 0};
+  Vec3 const across = Cross(n, axis);
   return (1.0 / Norm(across)) * across;
 }
 
 }  // namespace
 
 /// Twice the area of the triangle abc, positive when it goes round counterclockwise.
-double FaceOutline::Turn(const Place& a, const Place& b, const Place& c) {
+double FaceOutline::Turn(Place const& a, Place const& b, Place const& c) {
   return (b.u - a.u) * (c.v - a.v) - (b.v - a.v) * (c.u - a.u);
 }
 
-double FaceOutline::Length(const Place& a, const Place& b) { return std::hypot(b.u - a.u, b.v - a.v); }
+double FaceOutline::Length(Place const& a, Place const& b) { return std::hypot(b.u - a.u, b.v - a.v); }
 
-FaceOutline::Place FaceOutline::PlaceOf(const Vec3& p) const {
+FaceOutline::Place FaceOutline::PlaceOf(Vec3 const& p) const {
   return {Dot(e1_, p - origin_), Dot(e2_, p - origin_)};
 }
 
-bool FaceOutline::Build(const HostView& view, const int* first, const int* last, const Vec3& normal) {
+bool FaceOutline::Build(HostView const& view, int const* first, int const* last, Vec3 const& normal) {
   // Also where the host lends no nodes: none is sound then, and none may be read.
   if (!std::all_of(first, last, [&](int node) { return view.nodeSound[node] != 0; })) return false;
   places_.clear();
@@ -39,7 +39,7 @@ bool FaceOutline::Build(const HostView& view, const int* first, const int* last,
   lowest_ = highest_ = 0.0;
   for (; first != last; ++first) {
     places_.push_back(PlaceOf(view.nodes[*first]));
-    const double height = Dot(e3_, view.nodes[*first] - origin_);
+    double const height = Dot(e3_, view.nodes[*first] - origin_);
     lowest_ = std::min(lowest_, height);
     highest_ = std::max(highest_, height);
   }
@@ -56,11 +56,11 @@ bool FaceOutline::Build(const HostView& view, const int* first, const int* last,
 
 void FaceOutline::MakeHull() {
   std::sort(places_.begin(), places_.end(),
-            [](const Place& a, const Place& b) { return a.u < b.u || (a.u == b.u && a.v < b.v); });
+            [](Place const& a, Place const& b) { return a.u < b.u || (a.u == b.u && a.v < b.v); });
   // The lower chain from left to right, then the upper one back. A node within round-off of a side is no corner.
   hull_.clear();
   std::size_t bottom = 1;
-  const auto add = [&](const Place& p) {
+  auto const add = [&](Place const& p) {
     while (hull_.size() > bottom) {
       const Place &a = hull_[hull_.size() - 2], &b = hull_.back();
       if (Turn(a, b, p) > 1e-9 * Length(a, b) * Length(b, p)) break;
@@ -68,7 +68,7 @@ void FaceOutline::MakeHull() {
     }
     hull_.push_back(p);
   };
-  for (const Place& p : places_) add(p);
+  for (Place const& p : places_) add(p);
   bottom = hull_.size();
   for (auto p = places_.rbegin() + 1; p != places_.rend(); ++p) add(*p);
   if (hull_.size() > 1) hull_.pop_back();  // the first corner again
@@ -80,25 +80,25 @@ void FaceOutline::MakeHull() {
   }
 }
 
-double FaceOutline::Outside(const Vec3& point) const {
-  const Place p = PlaceOf(point);
-  const std::size_t n = hull_.size();
+double FaceOutline::Outside(Vec3 const& point) const {
+  Place const p = PlaceOf(point);
+  std::size_t const n = hull_.size();
   double farthest = 0.0;
   // The corner opposite to a side moves on as the side does: one round in all.
   for (std::size_t k = 0, opposite = 1; k < n; ++k) {
-    const Place &a = hull_[k], &b = hull_[(k + 1) % n];
+    Place const &a = hull_[k], &b = hull_[(k + 1) % n];
     for (std::size_t steps = 0; steps < n; ++steps) {
       if (Turn(a, b, hull_[(opposite + 1) % n]) <= Turn(a, b, hull_[opposite])) break;
       opposite = (opposite + 1) % n;
     }
-    const double width = Turn(a, b, hull_[opposite]);  // times the side's length, as is the distance
+    double const width = Turn(a, b, hull_[opposite]);  // times the side's length, as is the distance
     farthest = std::max(farthest, -Turn(a, b, p) / width);
   }
   return farthest;
 }
 
-double FaceOutline::OffPlane(const Vec3& p) const {
-  const double height = Dot(e3_, p - origin_);
+double FaceOutline::OffPlane(Vec3 const& p) const {
+  double const height = Dot(e3_, p - origin_);
   return std::max({0.0, lowest_ - height, height - highest_}) / size_;
 }
 

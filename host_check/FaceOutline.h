@@ -15,7 +15,7 @@ class FaceOutline {
   /// @param normal  along which the face is seen, of any length but 0
   /// @return false: a node has no finite position, the hull has no area, or the face is so warped that the hull
   ///         says little of it
-  bool Build(const HostView& view, const int* first, const int* last, const Vec3& normal);
+  bool Build(HostView const& view, int const* first, int const* last, Vec3 const& normal);
 
   double Area() const { return area_; }
   /// Of the polygon that goes through the nodes in the order of their row.
@@ -24,18 +24,18 @@ class FaceOutline {
   bool IsWholeFace() const { return hull_.size() == nNodes_; }
 
   /// How far p lies outside, seen along the normal: over the width of the hull in the same direction. 0 inside.
-  double Outside(const Vec3& p) const;
+  double Outside(Vec3 const& p) const;
   /// How far p lies in front of all nodes or behind them, over the longest of their distances.
-  double OffPlane(const Vec3& p) const;
+  double OffPlane(Vec3 const& p) const;
 
  private:
   struct Place {
     double u, v;
   };
-  static double Turn(const Place& a, const Place& b, const Place& c);
-  static double Length(const Place& a, const Place& b);
+  static double Turn(Place const& a, Place const& b, Place const& c);
+  static double Length(Place const& a, Place const& b);
 
-  Place PlaceOf(const Vec3& p) const;
+  Place PlaceOf(Vec3 const& p) const;
   void MakeHull();
 
   Vec3 origin_, e1_, e2_, e3_;

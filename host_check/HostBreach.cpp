@@ -2,9 +2,9 @@
 
 namespace host_check {
 
-const char* NameOf(HostBreach breach) {
+char const* NameOf(HostBreach breach) {
   // In the order of the enumeration.
-  static constexpr const char* kNames[kHostBreaches] = {"missing-object",
+  static constexpr char const* kNames[kHostBreaches] = {"missing-object",
                                                         "bad-count",
                                                         "missing-array",
                                                         "missing-row",

@@ -59,6 +59,6 @@ enum class HostBreach {
 constexpr int kHostBreaches = static_cast<int>(HostBreach::NonBlockingDiffers) + 1;
 
 /// For example "area-wrong-way".
-const char* NameOf(HostBreach breach);
+char const* NameOf(HostBreach breach);
 
 }  // namespace host_check

@@ -7,13 +7,13 @@
 namespace host_check {
 namespace {
 
-std::ostream& operator<<(std::ostream& out, const HostCheckReport::Entry& entry) {
+std::ostream& operator<<(std::ostream& out, HostCheckReport::Entry const& entry) {
   return out << '[' << NameOf(entry.kind) << "] " << entry.text;
 }
 
 }  // namespace
 
-void HostCheckReport::Begin(const HostCheckOptions& options) {
+void HostCheckReport::Begin(HostCheckOptions const& options) {
   *this = HostCheckReport();
   maxPerKind_ = options.maxPerKind;
   log_ = options.log;
@@ -25,18 +25,18 @@ void HostCheckReport::Tell(Entry entry) {
   told_.push_back(std::move(entry));
 }
 
-void HostCheckReport::AddNote(const std::string& text) {
+void HostCheckReport::AddNote(std::string const& text) {
   if (log_ != nullptr) *log_ << label_ << text << std::endl;
   notes_.push_back(text);
 }
 
 int HostCheckReport::Count() const { return std::accumulate(counts_.begin(), counts_.end(), 0); }
 
-void HostCheckReport::Print(std::ostream& out, const std::string& label) const {
+void HostCheckReport::Print(std::ostream& out, std::string const& label) const {
   for (int k = 0; k < kHostBreaches; ++k) {
-    const auto kind = static_cast<HostBreach>(k);
+    auto const kind = static_cast<HostBreach>(k);
     int nTold = 0;
-    for (const Entry& entry : told_) {
+    for (Entry const& entry : told_) {
       if (entry.kind != kind) continue;
       out << label << entry << '\n';
       ++nTold;
@@ -46,7 +46,7 @@ void HostCheckReport::Print(std::ostream& out, const std::string& label) const {
           << " in all\n";
     }
   }
-  for (const std::string& note : notes_) out << label << note << '\n';
+  for (std::string const& note : notes_) out << label << note << '\n';
   out << label << "host data: " << Count() << (Count() == 1 ? " breach" : " breaches") << " found\n";
 }
 

@@ -20,26 +20,26 @@ class HostCheckReport {
   };
 
   /// Forgets everything and takes the limit and the log of the options.
-  void Begin(const HostCheckOptions& options);
+  void Begin(HostCheckOptions const& options);
 
   /// Counts a breach, and tells it if there are still few of its kind.
   /// @param makeText  std::string(), called only when the breach is told
   template <class MakeText>
-  void Add(HostBreach kind, int entity, const MakeText& makeText) {
+  void Add(HostBreach kind, int entity, MakeText const& makeText) {
     if (++counts_[static_cast<std::size_t>(kind)] <= maxPerKind_) Tell({kind, entity, makeText()});
   }
 
   /// Something the reader should know that is no breach.
-  void AddNote(const std::string& text);
+  void AddNote(std::string const& text);
 
   int Count() const;  ///< breaches of all kinds, also those that are not told
   int Count(HostBreach kind) const { return counts_[static_cast<std::size_t>(kind)]; }
-  const std::vector<Entry>& Told() const { return told_; }  ///< in the order in which they were found
-  const std::vector<std::string>& Notes() const { return notes_; }
+  std::vector<Entry> const& Told() const { return told_; }  ///< in the order in which they were found
+  std::vector<std::string> const& Notes() const { return notes_; }
 
   /// Writes a line per told breach, kind by kind, how many more there are of each kind, the notes and the
   /// sum. Each line begins with `label`.
-  void Print(std::ostream& out, const std::string& label = "") const;
+  void Print(std::ostream& out, std::string const& label = "") const;
 
  private:
   void Tell(Entry entry);

@@ -7,7 +7,7 @@ namespace {
 
 int Positive(int count) { return std::max(count, 0); }
 
-FaceGroupView InnerFaces(const CZYN3DFiniteVolumeMesh& m) {
+FaceGroupView InnerFaces(CZYN3DFiniteVolumeMesh const& m) {
   return {"inner",
           "ij",
           "NInnerFaces",
@@ -25,7 +25,7 @@ FaceGroupView InnerFaces(const CZYN3DFiniteVolumeMesh& m) {
           m.ijLnods};
 }
 
-FaceGroupView WallFaces(const CZYN3DFiniteVolumeMesh& m) {
+FaceGroupView WallFaces(CZYN3DFiniteVolumeMesh const& m) {
   return {"wall",
           "ijWall",
           "NWall",
@@ -43,7 +43,7 @@ FaceGroupView WallFaces(const CZYN3DFiniteVolumeMesh& m) {
           m.ijWallLnods};
 }
 
-FaceGroupView InletFaces(const CZYN3DFiniteVolumeMesh& m) {
+FaceGroupView InletFaces(CZYN3DFiniteVolumeMesh const& m) {
   return {"inlet",
           "ijInlet",
           "NInlet",
@@ -61,7 +61,7 @@ FaceGroupView InletFaces(const CZYN3DFiniteVolumeMesh& m) {
           m.ijInletLnods};
 }
 
-FaceGroupView OutletFaces(const CZYN3DFiniteVolumeMesh& m) {
+FaceGroupView OutletFaces(CZYN3DFiniteVolumeMesh const& m) {
   return {"outlet",
           "ijOutlet",
           "NOutlet",
@@ -79,7 +79,7 @@ FaceGroupView OutletFaces(const CZYN3DFiniteVolumeMesh& m) {
           m.ijOutletLnods};
 }
 
-FaceGroupView SymmetryFaces(const CZYN3DFiniteVolumeMesh& m) {
+FaceGroupView SymmetryFaces(CZYN3DFiniteVolumeMesh const& m) {
   return {"symmetry",
           "ijSymmetry",
           "NSymmetry",
@@ -97,8 +97,8 @@ FaceGroupView SymmetryFaces(const CZYN3DFiniteVolumeMesh& m) {
           m.ijSymmetryLnods};
 }
 
-FaceGroupView PartitionFaces(CPartitionFace_DLL* p, const CZYN3DFiniteVolumeMesh& m) {
-  const char* const names[] = {"partition", "ijPar", "NParInterFace()", "ParInterFace_Lamda",
+FaceGroupView PartitionFaces(CPartitionFace_DLL* p, CZYN3DFiniteVolumeMesh const& m) {
+  char const* const names[] = {"partition", "ijPar", "NParInterFace()", "ParInterFace_Lamda",
                                "FaceType_Partition"};
   // Without faces the accessors may return anything; they are not asked.
   if (p == nullptr || p->NParInterFace() <= 0) {
@@ -124,7 +124,7 @@ FaceGroupView PartitionFaces(CPartitionFace_DLL* p, const CZYN3DFiniteVolumeMesh
 
 }  // namespace
 
-HostView::HostView(const CZYN3DFiniteVolumeMesh* meshOrNull, CPartitionFace_DLL* partitionFaces)
+HostView::HostView(CZYN3DFiniteVolumeMesh const* meshOrNull, CPartitionFace_DLL* partitionFaces)
     : mesh(meshOrNull != nullptr ? *meshOrNull : CZYN3DFiniteVolumeMesh()),
       nCell(Positive(mesh.NCell)),
       nInner(std::min(Positive(mesh.NInnerCells), nCell)),
@@ -136,7 +136,7 @@ HostView::HostView(const CZYN3DFiniteVolumeMesh* meshOrNull, CPartitionFace_DLL*
 
 void HostView::AddMarks() {
   for (FaceGroupView& group : groups) {
-    const std::vector<char> unknown(static_cast<std::size_t>(group.count) + 1, 0);
+    std::vector<char> const unknown(static_cast<std::size_t>(group.count) + 1, 0);
     for (auto* marks : {&group.cvSound, &group.otherSound, &group.areaSound, &group.turned,
                         &group.centreSound, &group.centreAway, &group.nodesSound}) {
       *marks = unknown;
@@ -155,9 +155,9 @@ int HostView::GroupOfCode(int code) const {
 
 std::string HostView::CellName(int c) const {
   if (IsInterior(c)) return "interior cell " + std::to_string(c);
-  const bool isNamed = IsBeyond(c) && namer[c].group >= 0;
+  bool const isNamed = IsBeyond(c) && namer[c].group >= 0;
   if (!isNamed) return "cell " + std::to_string(c);
-  const bool isHalo = groups[namer[c].group].farSide == FarSide::Halo;
+  bool const isHalo = groups[namer[c].group].farSide == FarSide::Halo;
   return (isHalo ? "halo cell " : "ghost cell ") + std::to_string(c);
 }
 

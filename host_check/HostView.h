@@ -24,10 +24,10 @@ struct FaceGroupView {
   FarSide farSide;
   int count;  ///< never below 0
 
-  const int *cv, *other;  ///< [1..count], like all that follow
+  int const *cv, *other;  ///< [1..count], like all that follow
   Vec3Arrays area, centre;
-  const double* weight;
-  const int* type;
+  double const* weight;
+  int const* type;
   int* const* nodes;
 
   std::vector<char> cvSound = {};      ///< cv[f] is an interior cell
@@ -52,7 +52,7 @@ class HostView {
 
   /// Copies counts and pointers. Reads no array and allocates nothing that grows with a count. Both may be
   /// null: everything is then empty.
-  HostView(const CZYN3DFiniteVolumeMesh* meshOrNull, CPartitionFace_DLL* partitionFaces);
+  HostView(CZYN3DFiniteVolumeMesh const* meshOrNull, CPartitionFace_DLL* partitionFaces);
 
   /// Makes room for the marks. Comes before any check that sets or reads one.
   /// @pre the counts are plausible
@@ -63,12 +63,12 @@ class HostView {
   bool IsNode(int n) const { return n >= 1 && n <= nNode; }
   int GroupOfCode(int code) const;  ///< index into groups, -1: none has the code
   FaceGroupView& PartitionGroup() { return groups[kGroups - 1]; }
-  const FaceGroupView& PartitionGroup() const { return groups[kGroups - 1]; }
+  FaceGroupView const& PartitionGroup() const { return groups[kGroups - 1]; }
   std::string CellName(int c) const;  ///< "ghost cell 70"
 
-  const CZYN3DFiniteVolumeMesh mesh;  ///< a copy of the record; its arrays are the host's
-  const int nCell, nInner, nNode;
-  const Vec3Arrays nodes, centres;
+  CZYN3DFiniteVolumeMesh const mesh;  ///< a copy of the record; its arrays are the host's
+  int const nCell, nInner, nNode;
+  Vec3Arrays const nodes, centres;
   std::array<FaceGroupView, kGroups> groups;  ///< inner, wall, inlet, outlet, symmetry, partition
 
   /// The highest node that a face names. Nothing is read of nodes behind it: there may be fewer

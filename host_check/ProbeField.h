@@ -16,7 +16,7 @@ class ProbeField {
 
   /// @param valueOf  double(int cell), for the interior cells
   template <class ValueOf>
-  ProbeField(const HostView& view, const ValueOf& valueOf)
+  ProbeField(HostView const& view, ValueOf const& valueOf)
       : view_(view), values_(static_cast<std::size_t>(view.nCell) + 1 + 2 * kGuard, kMarker) {
     for (int c = 1; c <= view.nInner; ++c) (*this)[c] = valueOf(c);
     original_.assign(values_.begin() + kGuard, values_.begin() + kGuard + view.nInner + 1);
@@ -33,7 +33,7 @@ class ProbeField {
 
   /// Calls tell(cell) for each interior cell whose value was changed in any bit.
   template <class Tell>
-  void ForEachChangedInterior(const Tell& tell) const {
+  void ForEachChangedInterior(Tell const& tell) const {
     for (int c = 1; c <= view_.nInner; ++c) {
       if (!SameBits((*this)[c], original_[static_cast<std::size_t>(c)])) tell(c);
     }
@@ -41,16 +41,16 @@ class ProbeField {
 
   /// Calls tell(cell) for each ghost cell of a boundary face that was written to.
   template <class Tell>
-  void ForEachChangedGhost(const Tell& tell) const {
+  void ForEachChangedGhost(Tell const& tell) const {
     for (int c = view_.nInner + 1; c <= view_.nCell; ++c) {
-      const int g = view_.namer[c].group;
+      int const g = view_.namer[c].group;
       if (g >= 0 && view_.groups[g].farSide == FarSide::Ghost && IsFilled(c)) tell(c);
     }
   }
 
   /// Calls tell(element) for each element outside 1..NCell that was written to.
   template <class Tell>
-  void ForEachChangedOutside(const Tell& tell) const {
+  void ForEachChangedOutside(Tell const& tell) const {
     for (int i = -kGuard; i <= 0; ++i)
       if (IsFilled(i)) tell(i);
     for (int i = view_.nCell + 1; i <= view_.nCell + kGuard; ++i)
@@ -62,7 +62,7 @@ class ProbeField {
  private:
   static constexpr int kGuard = 64;
 
-  const HostView& view_;
+  HostView const& view_;
   std::vector<double> values_;    // [-kGuard..nCell+kGuard] of the field
   std::vector<double> original_;  // [1..nInner]
 };

@@ -7,7 +7,7 @@ namespace host_check {
 
 /// The values one after the other, as a stream prints them.
 template <class... Values>
-std::string Text(const Values&... values) {
+std::string Text(Values const&... values) {
   std::ostringstream out;
   out.precision(9);
   (out << ... << values);

@@ -116,7 +116,7 @@ int CZynRBFInternalObject::getCommunication(CCommunication* pComm) {
   return Receive(pComm, m_pComm, m_szError, kNoCommunication);
 }
 
-const char* CZynRBFInternalObject::getErrorMsg() { return m_szError; }
+char const* CZynRBFInternalObject::getErrorMsg() { return m_szError; }
 
 int CZynRBFInternalObject::InitialRBFSetting() {
   WithoutTraps const duringSetUp;

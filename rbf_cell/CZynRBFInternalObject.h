@@ -65,7 +65,7 @@ class ZYN_EXPORT CZynRBFInternalObject {
 
   /// The failure text gathered so far: "Operator Gradient Error = " and one line per failure, at most 1023
   /// characters. Owned by the object.
-  const char* getErrorMsg();
+  char const* getErrorMsg();
 
   /// Allocates the tables of the cells, reads or writes the settings file, places every cell number at a
   /// point and collects the stencils. @return 1

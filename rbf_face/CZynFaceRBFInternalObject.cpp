@@ -127,7 +127,7 @@ int CZynFaceRBFInternalObject::SetZYNKNCMP(CZYNKNCMPCompParm* parameters) {
   return 1;
 }
 
-const char* CZynFaceRBFInternalObject::getErrorMsg() { return ErrorMsg; }
+char const* CZynFaceRBFInternalObject::getErrorMsg() { return ErrorMsg; }
 
 int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
   iFaceType = faceType;

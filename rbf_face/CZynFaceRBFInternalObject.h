@@ -88,7 +88,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
 
   /// The failure text gathered so far: "Operator Gradient Error = " and one line per failure, at most 1023
   /// characters. Owned by the object.
-  const char* getErrorMsg();
+  char const* getErrorMsg();
 
   /// The whole set-up for the faces of a type; run once. With no face of the type it does nothing, not even
   /// with the settings file. A type outside 1..6 keeps the number of faces as it is, 0 for a new object. Run again,

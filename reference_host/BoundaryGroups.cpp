@@ -35,50 +35,50 @@ std::string LowerCase(std::string text) {
   return text;
 }
 
-bool BeginsWith(const std::string& text, std::string_view beginning) {
+bool BeginsWith(std::string const& text, std::string_view beginning) {
   return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-std::optional<BoundaryGroup> GroupByBeginning(const std::string& text) {
-  const std::string lower = LowerCase(text);
-  for (const auto& [word, group] : kGroups) {
+std::optional<BoundaryGroup> GroupByBeginning(std::string const& text) {
+  std::string const lower = LowerCase(text);
+  for (auto const& [word, group] : kGroups) {
     if (BeginsWith(lower, word)) return group;
   }
-  for (const auto& [word, group] : kCgnsGroups) {
+  for (auto const& [word, group] : kCgnsGroups) {
     if (BeginsWith(lower, word)) return group;
   }
   return std::nullopt;
 }
 
 /// Patch types that join parts of the mesh or stand for a missing dimension.
-bool IsNoBoundary(const std::string& type) {
-  const std::string lower = LowerCase(type);
+bool IsNoBoundary(std::string const& type) {
+  std::string const lower = LowerCase(type);
   return lower == "empty" || lower == "wedge" || BeginsWith(lower, "cyclic") ||
          BeginsWith(lower, "processor");
 }
 
 /// Names are not cut before anybody would stop reading: the user has to repeat them exactly.
-std::string QuotedName(const std::string& name) { return Quoted(name, 100); }
+std::string QuotedName(std::string const& name) { return Quoted(name, 100); }
 
-std::string Described(const Patch& patch, std::int64_t nFaces) {
-  const std::string type = patch.type.empty() ? "" : " of type " + Quoted(patch.type, 40, "");
+std::string Described(Patch const& patch, std::int64_t nFaces) {
+  std::string const type = patch.type.empty() ? "" : " of type " + Quoted(patch.type, 40, "");
   return QuotedName(patch.name) + type + " (" + std::to_string(nFaces) + (nFaces == 1 ? " face)" : " faces)");
 }
 
-std::string Prefix(const std::string& meshName) { return meshName.empty() ? "" : meshName + ": "; }
+std::string Prefix(std::string const& meshName) { return meshName.empty() ? "" : meshName + ": "; }
 
-void CheckUserNames(const std::vector<Patch>& patches, const std::map<std::string, BoundaryGroup>& byUser,
-                    const std::string& meshName) {
+void CheckUserNames(std::vector<Patch> const& patches, std::map<std::string, BoundaryGroup> const& byUser,
+                    std::string const& meshName) {
   if (byUser.empty()) return;
   std::set<std::string_view> known;
-  for (const Patch& patch : patches) known.insert(patch.name);
+  for (Patch const& patch : patches) known.insert(patch.name);
   NameList unknown;
-  for (const auto& [name, group] : byUser) {
+  for (auto const& [name, group] : byUser) {
     if (known.count(name) == 0) unknown.Add(QuotedName(name));
   }
   if (unknown.IsEmpty()) return;
   NameList names;
-  for (const Patch& patch : patches) names.Add(QuotedName(patch.name));
+  for (Patch const& patch : patches) names.Add(QuotedName(patch.name));
   throw MeshError(Prefix(meshName) + "the mesh has no boundary called " + unknown.Text() + "; it has " +
                   names.Text());
 }
@@ -86,32 +86,32 @@ void CheckUserNames(const std::vector<Patch>& patches, const std::map<std::strin
 }  // namespace
 
 std::string NameOfGroup(BoundaryGroup group) {
-  for (const auto& [word, candidate] : kGroups) {
+  for (auto const& [word, candidate] : kGroups) {
     if (candidate == group) return std::string(word);
   }
   return "unknown";
 }
 
-std::optional<BoundaryGroup> GroupFromWord(const std::string& word) {
-  for (const auto& [candidate, group] : kGroups) {
+std::optional<BoundaryGroup> GroupFromWord(std::string const& word) {
+  for (auto const& [candidate, group] : kGroups) {
     if (LowerCase(word) == candidate) return group;
   }
   return std::nullopt;
 }
 
-std::optional<BoundaryGroup> GroupByName(const std::string& name, const std::string& type) {
+std::optional<BoundaryGroup> GroupByName(std::string const& name, std::string const& type) {
   if (IsNoBoundary(type)) return std::nullopt;
-  const std::optional<BoundaryGroup> byType = GroupByBeginning(type);
+  std::optional<BoundaryGroup> const byType = GroupByBeginning(type);
   return byType ? byType : GroupByBeginning(name);
 }
 
-void AssignBoundaryGroups(std::vector<Patch>& patches, const std::vector<std::int64_t>& facesOfPatch,
-                          const std::map<std::string, BoundaryGroup>& byUser, const std::string& meshName) {
+void AssignBoundaryGroups(std::vector<Patch>& patches, std::vector<std::int64_t> const& facesOfPatch,
+                          std::map<std::string, BoundaryGroup> const& byUser, std::string const& meshName) {
   CheckUserNames(patches, byUser, meshName);
   NameList unmapped;
   for (std::size_t p = 0; p < patches.size(); ++p) {
     Patch& patch = patches[p];
-    const auto wanted = byUser.find(patch.name);
+    auto const wanted = byUser.find(patch.name);
     patch.group = wanted != byUser.end() ? wanted->second : GroupByName(patch.name, patch.type);
     if (!patch.group && facesOfPatch[p] > 0) unmapped.Add(Described(patch, facesOfPatch[p]));
   }

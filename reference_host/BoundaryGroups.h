@@ -14,14 +14,14 @@ namespace reference_host {
 std::string NameOfGroup(BoundaryGroup group);
 
 /// The group of that name, in any case; empty for anything else.
-std::optional<BoundaryGroup> GroupFromWord(const std::string& word);
+std::optional<BoundaryGroup> GroupFromWord(std::string const& word);
 
 /// The group that a patch has by itself. Its type goes first: "inletWall" of type wall is a wall. Then its
 /// name counts. Either must begin with inlet, outlet, symmetry or wall, in any case ("symmetryPlane",
 /// "Wall_left"), or be the type of a CGNS condition for one of them ("BCWallViscous", "BCInflow", "BCTunnelOutflow",
 /// "BCSymmetryPlane"). Patches that stand for no boundary of the flow (types empty, wedge, and those beginning with
 /// cyclic or processor) have no group by themselves, whatever their name.
-std::optional<BoundaryGroup> GroupByName(const std::string& name, const std::string& type);
+std::optional<BoundaryGroup> GroupByName(std::string const& name, std::string const& type);
 
 /// Gives every patch its group: the user's, else its own (GroupByName).
 /// @param[in,out] patches       their `group` is overwritten
@@ -32,8 +32,8 @@ std::optional<BoundaryGroup> GroupByName(const std::string& name, const std::str
 /// @param[in]     meshName      what the failure begins with, such as the file; may be empty
 /// Throws MeshError that lists the patches in question, or the first ones of many: those of `byUser` that the mesh does
 /// not have, or those with faces and without a group.
-void AssignBoundaryGroups(std::vector<Patch>& patches, const std::vector<std::int64_t>& facesOfPatch,
-                          const std::map<std::string, BoundaryGroup>& byUser,
-                          const std::string& meshName = {});
+void AssignBoundaryGroups(std::vector<Patch>& patches, std::vector<std::int64_t> const& facesOfPatch,
+                          std::map<std::string, BoundaryGroup> const& byUser,
+                          std::string const& meshName = {});
 
 }  // namespace reference_host

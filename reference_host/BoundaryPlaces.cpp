@@ -6,15 +6,15 @@
 
 namespace reference_host {
 
-std::vector<BoundaryPlace> GhostPlaces(HostPartition& partition, const std::vector<std::int64_t>& fileCell) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+std::vector<BoundaryPlace> GhostPlaces(HostPartition& partition, std::vector<std::int64_t> const& fileCell) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   std::vector<BoundaryPlace> places;
   std::map<std::pair<std::int64_t, std::int64_t>, std::int64_t> nBefore;
   // Ghost cells are numbered group by group in this order.
-  const auto add = [&](int nFaces, const int* cells, const int* ghosts) {
+  auto const add = [&](int nFaces, int const* cells, int const* ghosts) {
     for (int f = 1; f <= nFaces; ++f) {
-      const std::int64_t patch = partition.patchOfGhost()[static_cast<std::size_t>(ghosts[f])];
-      const std::int64_t cell = fileCell[static_cast<std::size_t>(cells[f])];
+      std::int64_t const patch = partition.patchOfGhost()[static_cast<std::size_t>(ghosts[f])];
+      std::int64_t const cell = fileCell[static_cast<std::size_t>(cells[f])];
       places.push_back({cell, patch, nBefore[{cell, patch}]++});
     }
   };

@@ -17,6 +17,6 @@ struct BoundaryPlace {
 
 /// The place of every ghost cell of a partition, first that of the lowest ghost cell.
 /// @param[in] fileCell  [1..NInnerCells] number that the mesh file has for an interior cell, from 0
-std::vector<BoundaryPlace> GhostPlaces(HostPartition& partition, const std::vector<std::int64_t>& fileCell);
+std::vector<BoundaryPlace> GhostPlaces(HostPartition& partition, std::vector<std::int64_t> const& fileCell);
 
 }  // namespace reference_host

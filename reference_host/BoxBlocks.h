@@ -14,15 +14,15 @@ struct GridBlock {
 
   int Length(std::size_t d) const { return high[d] - low[d]; }
   std::int64_t Size() const { return std::int64_t{Length(0)} * Length(1) * Length(2); }
-  bool Contains(const GridIndex& i) const {
+  bool Contains(GridIndex const& i) const {
     return i[0] >= low[0] && i[0] < high[0] && i[1] >= low[1] && i[1] < high[1] && i[2] >= low[2] &&
            i[2] < high[2];
   }
 
   /// Position among the places of the block, x running fastest.
-  std::size_t Offset(const GridIndex& i) const {
-    const auto offset = [&](std::size_t d) { return static_cast<std::size_t>(i[d] - low[d]); };
-    const auto length = [&](std::size_t d) { return static_cast<std::size_t>(Length(d)); };
+  std::size_t Offset(GridIndex const& i) const {
+    auto const offset = [&](std::size_t d) { return static_cast<std::size_t>(i[d] - low[d]); };
+    auto const length = [&](std::size_t d) { return static_cast<std::size_t>(Length(d)); };
     return offset(0) + length(0) * (offset(1) + length(1) * offset(2));
   }
 
@@ -31,7 +31,7 @@ struct GridBlock {
 
   /// Calls action(i) for every place, x running fastest.
   template <class Action>
-  void ForEach(const Action& action) const {
+  void ForEach(Action const& action) const {
     for (int k = low[2]; k < high[2]; ++k) {
       for (int j = low[1]; j < high[1]; ++j) {
         for (int i = low[0]; i < high[0]; ++i) action(GridIndex{i, j, k});
@@ -45,10 +45,10 @@ struct GridBlock {
 class GridBisection {
  public:
   /// @pre 1 <= nParts <= grid.Size()
-  GridBisection(const GridBlock& grid, int nParts) : block_(grid), nParts_(nParts) {}
+  GridBisection(GridBlock const& grid, int nParts) : block_(grid), nParts_(nParts) {}
 
   GridBlock BlockOf(int part) const;
-  int PartOf(const GridIndex& cube) const;
+  int PartOf(GridIndex const& cube) const;
 
  private:
   struct Cut {
@@ -58,9 +58,9 @@ class GridBisection {
   };
 
   template <class IsLower>
-  GridBisection Descend(const IsLower& isLower) const;
+  GridBisection Descend(IsLower const& isLower) const;
   Cut BestCut() const;
-  GridBisection Half(const Cut& cut, bool lower) const;
+  GridBisection Half(Cut const& cut, bool lower) const;
 
   GridBlock block_;
   int firstPart_ = 0;

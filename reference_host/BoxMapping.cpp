@@ -11,7 +11,7 @@ constexpr double kPi = 3.14159265358979323846;
 /// b > 0 of (exp(b) - 1) / b = stretch. The left side rises from 1, so halving an interval finds it.
 double ExponentOf(double stretch) {
   double low = 0.0, high = 1.0;
-  const auto isBelow = [stretch](double b) { return std::expm1(b) / b < stretch; };
+  auto const isBelow = [stretch](double b) { return std::expm1(b) / b < stretch; };
   while (isBelow(high)) high *= 2.0;
   for (double middle = 0.5 * high; middle > low && middle < high; middle = 0.5 * (low + high))
     (isBelow(middle) ? low : high) = middle;
@@ -20,20 +20,20 @@ double ExponentOf(double stretch) {
 
 }  // namespace
 
-BoxMapping::BoxMapping(const BoxSpec& spec) : skew_(spec.skew) {
-  const double longest = std::max({spec.nx, spec.ny, spec.nz});
+BoxMapping::BoxMapping(BoxSpec const& spec) : skew_(spec.skew) {
+  double const longest = std::max({spec.nx, spec.ny, spec.nz});
   length_ = {spec.nx / longest, spec.ny / longest, spec.nz / longest};
   if (spec.stretch > 1.0) exponent_ = ExponentOf(spec.stretch);
   slopeMinus1_ = std::expm1(exponent_);
 }
 
-Point BoxMapping::Map(const Point& uniform) const {
+Point BoxMapping::Map(Point const& uniform) const {
   Point point = uniform;
-  const double y = uniform[1] / length_[1];
+  double const y = uniform[1] / length_[1];
   if (exponent_ > 0.0) point[1] = length_[1] * (std::expm1(exponent_ * y) / slopeMinus1_);
-  const double x = uniform[0] / length_[0], z = uniform[2] / length_[2];
+  double const x = uniform[0] / length_[0], z = uniform[2] / length_[2];
   // The sines of pi and its multiples are not exactly zero.
-  const bool inside = x > 0.0 && x < 1.0 && y > 0.0 && y < 1.0 && z > 0.0 && z < 1.0;
+  bool const inside = x > 0.0 && x < 1.0 && y > 0.0 && y < 1.0 && z > 0.0 && z < 1.0;
   if (skew_ > 0.0 && inside)
     point[0] = length_[0] * (x + skew_ * std::sin(kPi * x) * std::sin(2 * kPi * y) * std::sin(2 * kPi * z));
   return point;

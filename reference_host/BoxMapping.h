@@ -10,9 +10,9 @@ namespace reference_host {
 /// Both are smooth: refining the box refines the same mapping. The surface keeps its planes.
 class BoxMapping {
  public:
-  explicit BoxMapping(const BoxSpec& spec);
+  explicit BoxMapping(BoxSpec const& spec);
 
-  Point Map(const Point& uniform) const;
+  Point Map(Point const& uniform) const;
 
  private:
   Point length_;            // of the box's edges, L

@@ -17,9 +17,9 @@
 namespace reference_host {
 namespace {
 
-GridBlock WholeGrid(const BoxSpec& spec) { return {{0, 0, 0}, {spec.nx, spec.ny, spec.nz}}; }
+GridBlock WholeGrid(BoxSpec const& spec) { return {{0, 0, 0}, {spec.nx, spec.ny, spec.nz}}; }
 
-std::string Text(const BoxSpec& spec) {
+std::string Text(BoxSpec const& spec) {
   return "box:" + std::to_string(spec.nx) + "," + std::to_string(spec.ny) + "," + std::to_string(spec.nz);
 }
 
@@ -28,9 +28,9 @@ BoxSpec PrimalOf(BoxSpec dual) {
   return dual;
 }
 
-void CheckParts(const BoxSpec& spec, int nParts) {
+void CheckParts(BoxSpec const& spec, int nParts) {
   CheckBoxSpec(spec, Text(spec));
-  const std::int64_t nCubes = WholeGrid(spec).Size();
+  std::int64_t const nCubes = WholeGrid(spec).Size();
   if (nParts > nCubes) {
     throw MeshError(Text(spec) + ": cannot be divided among " + std::to_string(nParts) +
                     " ranks, since a rank needs a whole block of cells and there are " +
@@ -50,9 +50,9 @@ std::uint64_t Mix(std::uint64_t x) {
 double SignedUnit(std::uint64_t x) { return static_cast<double>(x >> 11) * 0x1p-52 - 1.0; }
 
 /// Place of a node before the mapping. It depends on nothing but the node, so that every rank gets the same.
-Point NodePoint(const BoxSpec& spec, const GridIndex& node, std::int64_t globalNode) {
-  const GridIndex n = {spec.nx, spec.ny, spec.nz};
-  const double longest = std::max({n[0], n[1], n[2]});
+Point NodePoint(BoxSpec const& spec, GridIndex const& node, std::int64_t globalNode) {
+  GridIndex const n = {spec.nx, spec.ny, spec.nz};
+  double const longest = std::max({n[0], n[1], n[2]});
   bool inside = spec.perturb > 0.0;
   for (std::size_t d = 0; d < 3; ++d) inside = inside && node[d] > 0 && node[d] < n[d];
 
@@ -60,7 +60,7 @@ Point NodePoint(const BoxSpec& spec, const GridIndex& node, std::int64_t globalN
   Point point;
   for (std::size_t d = 0; d < 3; ++d) {
     random = Mix(random);
-    const double shift = inside ? spec.perturb * SignedUnit(random) : 0.0;
+    double const shift = inside ? spec.perturb * SignedUnit(random) : 0.0;
     point[d] = (node[d] + shift) / longest;
   }
   return point;
@@ -70,7 +70,7 @@ Point NodePoint(const BoxSpec& spec, const GridIndex& node, std::int64_t globalN
 /// which the halo cells are.
 class PartMaker {
  public:
-  PartMaker(const BoxSpec& spec, int part, int nParts)
+  PartMaker(BoxSpec const& spec, int part, int nParts)
       : spec_(spec),
         mapping_(spec),
         shape_(ShapeTable(spec.shape)),
@@ -85,7 +85,7 @@ class PartMaker {
     shellNodes_ = shell_.Nodes();
     result_.part = part;
     result_.nParts = nParts;
-    for (const char* name : {"inlet", "outlet", "wall_ymin", "wall_ymax", "wall_zmin", "wall_zmax"}) {
+    for (char const* name : {"inlet", "outlet", "wall_ymin", "wall_ymax", "wall_zmin", "wall_zmax"}) {
       result_.patches.push_back({name, "", std::nullopt});
     }
   }
@@ -105,40 +105,40 @@ class PartMaker {
     return cube;
   }
 
-  std::int64_t GlobalCell(const GridIndex& cube, int cell) const {
-    const std::int64_t number =
+  std::int64_t GlobalCell(GridIndex const& cube, int cell) const {
+    std::int64_t const number =
         cube[0] + std::int64_t{spec_.nx} * (cube[1] + std::int64_t{spec_.ny} * cube[2]);
     return number * shape_.nCells() + cell;
   }
 
   /// Position of a cell of the shell in cellNumber_.
-  std::size_t CellSlot(const GridIndex& cube, int cell) const {
+  std::size_t CellSlot(GridIndex const& cube, int cell) const {
     return shell_.Offset(cube) * shape_.cells.size() + static_cast<std::size_t>(cell);
   }
 
   /// Position of a node of the shell in nodeNumber_.
-  std::size_t NodeSlot(const GridIndex& node) const { return shellNodes_.Offset(node); }
+  std::size_t NodeSlot(GridIndex const& node) const { return shellNodes_.Offset(node); }
 
-  static GridIndex Corner(const GridIndex& cube, int corner) {
+  static GridIndex Corner(GridIndex const& cube, int corner) {
     return {cube[0] + (corner & 1), cube[1] + (corner >> 1 & 1), cube[2] + (corner >> 2 & 1)};
   }
 
   void NumberOwnedCells() {
     cellNumber_.assign(static_cast<std::size_t>(shell_.Size() * shape_.nCells()), -1);
     result_.globalCell.reserve(static_cast<std::size_t>(own_.Size() * shape_.nCells()));
-    own_.ForEach([this](const GridIndex& cube) {
+    own_.ForEach([this](GridIndex const& cube) {
       for (int cell = 0; cell < shape_.nCells(); ++cell) NumberCell(cube, cell);
     });
     result_.nOwned = static_cast<int>(result_.globalCell.size());
   }
 
-  void NumberCell(const GridIndex& cube, int cell) {
+  void NumberCell(GridIndex const& cube, int cell) {
     cellNumber_[CellSlot(cube, cell)] = static_cast<int>(result_.globalCell.size());
     result_.globalCell.push_back(GlobalCell(cube, cell));
   }
 
   void NumberHaloCells() {
-    shell_.ForEach([this](const GridIndex& cube) {
+    shell_.ForEach([this](GridIndex const& cube) {
       if (own_.Contains(cube)) return;
       for (int cell = 0; cell < shape_.nCells(); ++cell) {
         if (!TouchesOwnBlock(cube, cell)) continue;
@@ -149,26 +149,26 @@ class PartMaker {
     });
   }
 
-  bool TouchesOwnBlock(const GridIndex& cube, int cell) const {
-    for (const ShapeInCube::Face& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
+  bool TouchesOwnBlock(GridIndex const& cube, int cell) const {
+    for (ShapeInCube::Face const& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
       if (face.side >= 0 && own_.Contains(Across(cube, face.side))) return true;
     }
     return false;
   }
 
   void NumberNodes() {
-    const GridBlock ownNodes = own_.Nodes();
+    GridBlock const ownNodes = own_.Nodes();
     nodeNumber_.assign(static_cast<std::size_t>(shellNodes_.Size()), kAbsent);
-    for (const auto& [cube, cell] : haloCells_) {
-      for (const int corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
+    for (auto const& [cube, cell] : haloCells_) {
+      for (int const corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
         nodeNumber_[NodeSlot(Corner(cube, corner))] = kPresent;
       }
     }
-    shellNodes_.ForEach([&](const GridIndex& node) {
+    shellNodes_.ForEach([&](GridIndex const& node) {
       int& number = nodeNumber_[NodeSlot(node)];
       if (number == kAbsent && !ownNodes.Contains(node)) return;
       number = static_cast<int>(result_.points.size());
-      const std::int64_t globalNode =
+      std::int64_t const globalNode =
           node[0] + std::int64_t{spec_.nx + 1} * (node[1] + std::int64_t{spec_.ny + 1} * node[2]);
       result_.globalNode.push_back(globalNode);
       result_.points.push_back(mapping_.Map(NodePoint(spec_, node, globalNode)));
@@ -176,8 +176,8 @@ class PartMaker {
   }
 
   void ListHaloNodes() {
-    for (const auto& [cube, cell] : haloCells_) {
-      for (const int corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
+    for (auto const& [cube, cell] : haloCells_) {
+      for (int const corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
         result_.haloNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
       }
       result_.haloNodeStart.push_back(result_.haloNode.size());
@@ -186,11 +186,11 @@ class PartMaker {
 
   void MakeFaces() {
     ReserveFaces();
-    shell_.ForEach([this](const GridIndex& cube) {
+    shell_.ForEach([this](GridIndex const& cube) {
       for (int cell = 0; cell < shape_.nCells(); ++cell) {
-        const int number = cellNumber_[CellSlot(cube, cell)];
+        int const number = cellNumber_[CellSlot(cube, cell)];
         if (number < 0) continue;
-        for (const ShapeInCube::Face& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
+        for (ShapeInCube::Face const& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
           MakeFace(cube, cell, number, face);
         }
       }
@@ -199,10 +199,10 @@ class PartMaker {
 
   // An estimate from above: inner faces and one side of each pair for every cube, and the block's surface.
   void ReserveFaces() {
-    const auto facesOf = [&](std::size_t d) { return (own_.Length(d) + 1) * (own_.Size() / own_.Length(d)); };
-    const std::int64_t nFaces = own_.Size() * shape_.nInnerFaces() + facesOf(0) * shape_.nFacesOnSide(0) +
+    auto const facesOf = [&](std::size_t d) { return (own_.Length(d) + 1) * (own_.Size() / own_.Length(d)); };
+    std::int64_t const nFaces = own_.Size() * shape_.nInnerFaces() + facesOf(0) * shape_.nFacesOnSide(0) +
                                 facesOf(1) * shape_.nFacesOnSide(2) + facesOf(2) * shape_.nFacesOnSide(4);
-    const auto n = static_cast<std::size_t>(nFaces);
+    auto const n = static_cast<std::size_t>(nFaces);
     result_.faceStart.reserve(n + 1);
     result_.faceNode.reserve(n * (spec_.shape == BoxSpec::Shape::Tet ? 3 : 4));
     result_.owner.reserve(n);
@@ -211,19 +211,19 @@ class PartMaker {
   }
 
   /// Adds the face if the cell is its owner and an owned cell is on either side.
-  void MakeFace(const GridIndex& cube, int cell, int number, const ShapeInCube::Face& face) {
-    const GridIndex other = face.side < 0 ? cube : Across(cube, face.side);
-    const bool atBoundary = face.side >= 0 && !grid_.Contains(other);
+  void MakeFace(GridIndex const& cube, int cell, int number, ShapeInCube::Face const& face) {
+    GridIndex const other = face.side < 0 ? cube : Across(cube, face.side);
+    bool const atBoundary = face.side >= 0 && !grid_.Contains(other);
     int neighbour = -1;
     if (!atBoundary) {
-      const bool owns = face.side < 0 ? face.cellAcross > cell : face.side % 2 == 1;
+      bool const owns = face.side < 0 ? face.cellAcross > cell : face.side % 2 == 1;
       if (!owns || !shell_.Contains(other)) return;
       neighbour = cellNumber_[CellSlot(other, face.cellAcross)];
     }
-    const bool neighbourIsOwned = neighbour >= 0 && neighbour < result_.nOwned;
+    bool const neighbourIsOwned = neighbour >= 0 && neighbour < result_.nOwned;
     if (number >= result_.nOwned && !neighbourIsOwned) return;
 
-    for (const int corner : face.corners)
+    for (int const corner : face.corners)
       result_.faceNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
     result_.faceStart.push_back(result_.faceNode.size());
     result_.owner.push_back(number);
@@ -234,9 +234,9 @@ class PartMaker {
   static constexpr int kAbsent = -1;
   static constexpr int kPresent = -2;  // belongs to the part, number not given yet
 
-  const BoxSpec spec_;
-  const BoxMapping mapping_;
-  const ShapeInCube& shape_;
+  BoxSpec const spec_;
+  BoxMapping const mapping_;
+  ShapeInCube const& shape_;
   GridBlock grid_;
   GridBisection bisection_;
   GridBlock own_;    // cubes of this part
@@ -250,14 +250,14 @@ class PartMaker {
 
 }  // namespace
 
-std::int64_t BoxNodeCount(const BoxSpec& spec) {
-  const std::int64_t nx = spec.nx, ny = spec.ny, nz = spec.nz;
+std::int64_t BoxNodeCount(BoxSpec const& spec) {
+  std::int64_t const nx = spec.nx, ny = spec.ny, nz = spec.nz;
   if (spec.shape != BoxSpec::Shape::Dual) return (nx + 1) * (ny + 1) * (nz + 1);
   // Centres of tetrahedra and of boundary triangles, and the edges of the box with their middles between nodes.
   return 6 * nx * ny * nz + 4 * (nx * ny + ny * nz + nz * nx) + 8 * (nx + ny + nz) - 4;
 }
 
-FaceMesh MakeBox(const BoxSpec& spec) {
+FaceMesh MakeBox(BoxSpec const& spec) {
   if (spec.shape == BoxSpec::Shape::Dual) return MakeDual(MakeBox(PrimalOf(spec)));
   MeshPart part = MakeBoxPart(spec, 0, 1);
   FaceMesh mesh;
@@ -272,21 +272,21 @@ FaceMesh MakeBox(const BoxSpec& spec) {
   return mesh;
 }
 
-MeshPart MakeBoxPart(const BoxSpec& spec, int part, int nParts) {
+MeshPart MakeBoxPart(BoxSpec const& spec, int part, int nParts) {
   CheckParts(spec, nParts);
   if (spec.shape == BoxSpec::Shape::Dual)
     return ExtractPart(MakeBox(spec), BoxPartOfCell(spec, nParts), part, nParts);
   return PartMaker(spec, part, nParts).Make();
 }
 
-std::vector<int> BoxPartOfCell(const BoxSpec& spec, int nParts) {
+std::vector<int> BoxPartOfCell(BoxSpec const& spec, int nParts) {
   CheckParts(spec, nParts);
-  const bool isDual = spec.shape == BoxSpec::Shape::Dual;
-  const GridBlock grid = isDual ? WholeGrid(spec).Nodes() : WholeGrid(spec);
-  const GridBisection bisection(grid, nParts);
-  const std::size_t cellsInCube = isDual ? 1 : ShapeTable(spec.shape).cells.size();
+  bool const isDual = spec.shape == BoxSpec::Shape::Dual;
+  GridBlock const grid = isDual ? WholeGrid(spec).Nodes() : WholeGrid(spec);
+  GridBisection const bisection(grid, nParts);
+  std::size_t const cellsInCube = isDual ? 1 : ShapeTable(spec.shape).cells.size();
   std::vector<int> partOfCell;
-  grid.ForEach([&](const GridIndex& cube) {
+  grid.ForEach([&](GridIndex const& cube) {
     partOfCell.insert(partOfCell.end(), cellsInCube, bisection.PartOf(cube));
   });
   return partOfCell;

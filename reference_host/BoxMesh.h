@@ -34,27 +34,27 @@ struct BoxSpec {
 };
 
 /// Whether the text asks for a box, well formed or not: it begins with "box:".
-bool IsBoxSpec(const std::string& text);
+bool IsBoxSpec(std::string const& text);
 
 /// Reads `box:NX,NY,NZ[:hex|tet|prism|dual][:perturb=A,seed=S,stretch=F,skew=W]`. Throws MeshError on anything
 /// else and on a box whose cells, faces or nodes cannot be counted with 32 bits.
-BoxSpec ParseBoxSpec(const std::string& text);
+BoxSpec ParseBoxSpec(std::string const& text);
 
 /// Throws MeshError, its text beginning with `name`, if the numbers of a box are outside what is told above.
-void CheckBoxSpec(const BoxSpec& spec, const std::string& name);
+void CheckBoxSpec(BoxSpec const& spec, std::string const& name);
 
 /// Number of its nodes.
-std::int64_t BoxNodeCount(const BoxSpec& spec);
+std::int64_t BoxNodeCount(BoxSpec const& spec);
 
 /// The whole box.
-FaceMesh MakeBox(const BoxSpec& spec);
+FaceMesh MakeBox(BoxSpec const& spec);
 
 /// One part of the box, made without the rest: equal to SplitMesh(MakeBox(spec), BoxPartOfCell(spec, nParts),
 /// nParts)[part]; a part of a dual is cut out of the whole. Throws MeshError if there are more parts than cubes.
-MeshPart MakeBoxPart(const BoxSpec& spec, int part, int nParts);
+MeshPart MakeBoxPart(BoxSpec const& spec, int part, int nParts);
 
 /// The part of every cell: blocks of whole cubes, or of nodes for a dual, found by cutting the longest side in two until each part
 /// has its block.
-std::vector<int> BoxPartOfCell(const BoxSpec& spec, int nParts);
+std::vector<int> BoxPartOfCell(BoxSpec const& spec, int nParts);
 
 }  // namespace reference_host

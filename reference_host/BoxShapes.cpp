@@ -10,9 +10,9 @@ namespace {
 
 using Corners = std::vector<int>;
 
-ShapeInCube::Cell MakeCell(const std::vector<Corners>& faces) {
+ShapeInCube::Cell MakeCell(std::vector<Corners> const& faces) {
   ShapeInCube::Cell cell;
-  for (const Corners& corners : faces) {
+  for (Corners const& corners : faces) {
     cell.faces.push_back({corners});
     cell.corners.insert(cell.corners.end(), corners.begin(), corners.end());
   }
@@ -31,8 +31,8 @@ std::vector<ShapeInCube::Cell> SixTetrahedra() {
   std::vector<ShapeInCube::Cell> cells;
   std::array<int, 3> order = {0, 1, 2};
   do {
-    const auto [a, b, c] = order;
-    const bool even = (b - a + 3) % 3 == 1;
+    auto const [a, b, c] = order;
+    bool const even = (b - a + 3) % 3 == 1;
     int v1 = 1 << a, v2 = 1 << a | 1 << b;
     if (!even) std::swap(v1, v2);  // the path of an odd order turns the other way
     cells.push_back(MakeCell({{0, v2, v1}, {0, v1, 7}, {v1, v2, 7}, {0, 7, v2}}));
@@ -42,8 +42,8 @@ std::vector<ShapeInCube::Cell> SixTetrahedra() {
 
 std::vector<ShapeInCube::Cell> TwoPrisms() {
   std::vector<ShapeInCube::Cell> cells;
-  for (const auto& [a, b, c] : {std::array<int, 3>{0, 1, 3}, std::array<int, 3>{0, 3, 2}}) {
-    const int up = 4;
+  for (auto const& [a, b, c] : {std::array<int, 3>{0, 1, 3}, std::array<int, 3>{0, 3, 2}}) {
+    int const up = 4;
     cells.push_back(MakeCell({{a, c, b},
                               {a + up, b + up, c + up},
                               {a, b, b + up, a + up},
@@ -53,10 +53,10 @@ std::vector<ShapeInCube::Cell> TwoPrisms() {
   return cells;
 }
 
-int SideOf(const Corners& corners) {
+int SideOf(Corners const& corners) {
   for (int d = 0; d < 3; ++d) {
-    const auto bit = [d](int corner) { return corner >> d & 1; };
-    const int first = bit(corners.front());
+    auto const bit = [d](int corner) { return corner >> d & 1; };
+    int const first = bit(corners.front());
     if (std::all_of(corners.begin(), corners.end(), [&](int corner) { return bit(corner) == first; })) {
       return 2 * d + first;
     }
@@ -65,7 +65,7 @@ int SideOf(const Corners& corners) {
 }
 
 /// The face's corners as the cell on the other side sees them, ascending.
-Corners SeenFromAcross(const ShapeInCube::Face& face) {
+Corners SeenFromAcross(ShapeInCube::Face const& face) {
   Corners corners = face.corners;
   if (face.side >= 0) {
     for (int& corner : corners) corner ^= 1 << face.side / 2;
@@ -74,11 +74,11 @@ Corners SeenFromAcross(const ShapeInCube::Face& face) {
   return corners;
 }
 
-int FindCellAcross(const ShapeInCube& shape, int cell, const ShapeInCube::Face& face) {
-  const Corners wanted = SeenFromAcross(face);
+int FindCellAcross(ShapeInCube const& shape, int cell, ShapeInCube::Face const& face) {
+  Corners const wanted = SeenFromAcross(face);
   for (int other = 0; other < shape.nCells(); ++other) {
     if (face.side < 0 && other == cell) continue;
-    for (const ShapeInCube::Face& candidate : shape.cells[static_cast<std::size_t>(other)].faces) {
+    for (ShapeInCube::Face const& candidate : shape.cells[static_cast<std::size_t>(other)].faces) {
       Corners corners = candidate.corners;
       std::sort(corners.begin(), corners.end());
       if (corners == wanted) return other;
@@ -103,19 +103,19 @@ ShapeInCube Connect(std::vector<ShapeInCube::Cell> cells) {
 
 int ShapeInCube::nFacesOnSide(int side) const {
   int n = 0;
-  for (const Cell& cell : cells) {
+  for (Cell const& cell : cells) {
     n += static_cast<int>(std::count_if(cell.faces.begin(), cell.faces.end(),
-                                        [side](const Face& face) { return face.side == side; }));
+                                        [side](Face const& face) { return face.side == side; }));
   }
   return n;
 }
 
 int ShapeInCube::nInnerFaces() const { return nFacesOnSide(-1) / 2; }
 
-const ShapeInCube& ShapeTable(BoxSpec::Shape shape) {
-  static const ShapeInCube hex = Connect(Hexahedron());
-  static const ShapeInCube tet = Connect(SixTetrahedra());
-  static const ShapeInCube prism = Connect(TwoPrisms());
+ShapeInCube const& ShapeTable(BoxSpec::Shape shape) {
+  static ShapeInCube const hex = Connect(Hexahedron());
+  static ShapeInCube const tet = Connect(SixTetrahedra());
+  static ShapeInCube const prism = Connect(TwoPrisms());
   switch (shape) {
     case BoxSpec::Shape::Tet:
       return tet;

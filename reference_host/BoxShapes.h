@@ -28,6 +28,6 @@ struct ShapeInCube {
 };
 
 /// @pre not a dual, whose cells are in no single cube
-const ShapeInCube& ShapeTable(BoxSpec::Shape shape);
+ShapeInCube const& ShapeTable(BoxSpec::Shape shape);
 
 }  // namespace reference_host

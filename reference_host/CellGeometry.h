@@ -8,21 +8,21 @@ namespace reference_host {
 
 /// The face arrays that a FaceMesh and a MeshPart have in common, borrowed; meanings as there.
 struct FaceTable {
-  FaceTable(const FaceMesh&
+  FaceTable(FaceMesh const&
                 mesh);  // NOLINT(google-explicit-constructor): both kinds of mesh are wanted as arguments
-  FaceTable(const MeshPart& part);  // NOLINT(google-explicit-constructor)
+  FaceTable(MeshPart const& part);  // NOLINT(google-explicit-constructor)
 
   int nFaces() const { return static_cast<int>(owner.size()); }
   int NodeCount(int f) const { return static_cast<int>(faceStart[f + 1] - faceStart[f]); }
-  const int* Nodes(int f) const { return faceNode.data() + faceStart[f]; }
+  int const* Nodes(int f) const { return faceNode.data() + faceStart[f]; }
   int Owner(int f) const { return owner[f]; }
   int Neighbour(int f) const { return neighbour[f]; }
 
-  const std::vector<Point>& points;
-  const std::vector<std::size_t>& faceStart;
-  const std::vector<int>& faceNode;
-  const std::vector<int>& owner;
-  const std::vector<int>& neighbour;
+  std::vector<Point> const& points;
+  std::vector<std::size_t> const& faceStart;
+  std::vector<int> const& faceNode;
+  std::vector<int> const& owner;
+  std::vector<int> const& neighbour;
 };
 
 /// Centre and volume of the cells 0..nCells-1.
@@ -44,13 +44,13 @@ class CellGeometryBuilder {
   explicit CellGeometryBuilder(int nCells);
 
   /// First sweep: every face once.
-  void AddFaceCentre(int owner, int neighbour, const Point& centre);
+  void AddFaceCentre(int owner, int neighbour, Point const& centre);
 
   /// Between the sweeps.
   void FinishTops();
 
   /// Second sweep: every face once, in the same order.
-  void AddPyramids(int owner, int neighbour, const FaceFan& fan);
+  void AddPyramids(int owner, int neighbour, FaceFan const& fan);
 
   /// The result; the builder is spent. A cell without positive volume has its centre in the top of its
   /// pyramids.
@@ -58,7 +58,7 @@ class CellGeometryBuilder {
 
  private:
   bool IsCell(int cell) const { return cell >= 0 && cell < nCells_; }
-  void AddPyramidsOfSide(int cell, double sign, const FaceFan& fan);
+  void AddPyramidsOfSide(int cell, double sign, FaceFan const& fan);
 
   /// All of a cell in one place: mesh files often have their faces in an order that jumps from cell to cell.
   struct Sums {
@@ -73,6 +73,6 @@ class CellGeometryBuilder {
 };
 
 /// Centres and volumes of the cells 0..nCells-1 of a mesh (of the owned ones alone: pass MeshPart::nOwned).
-CellGeometry ComputeCellGeometry(const FaceTable& faces, int nCells);
+CellGeometry ComputeCellGeometry(FaceTable const& faces, int nCells);
 
 }  // namespace reference_host

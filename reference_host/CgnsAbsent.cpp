@@ -6,15 +6,15 @@
 namespace reference_host {
 namespace {
 
-[[noreturn]] void Refuse(const std::string& file) {
+[[noreturn]] void Refuse(std::string const& file) {
   throw MeshError(file +
                   ": this build cannot read CGNS files; configure it again with libcgns-dev installed");
 }
 
 }  // namespace
 
-FaceMesh ReadCgns(const std::string& file) { Refuse(file); }
+FaceMesh ReadCgns(std::string const& file) { Refuse(file); }
 
-std::vector<double> ReadCgnsField(const std::string& file, const std::string&) { Refuse(file); }
+std::vector<double> ReadCgnsField(std::string const& file, std::string const&) { Refuse(file); }
 
 }  // namespace reference_host

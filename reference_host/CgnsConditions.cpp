@@ -14,7 +14,7 @@ constexpr std::size_t kNameLength = 33;
 constexpr std::size_t kPathLength = CG_MAX_GOTO_DEPTH * 33 + 1;  // a family of another base has its path
 
 /// Types of the conditions that leave them to their family, by family.
-std::map<std::string, std::string> ReadFamilyTypes(const CgnsFile& file) {
+std::map<std::string, std::string> ReadFamilyTypes(CgnsFile const& file) {
   int nFamilies = 0;
   file.Check(cg_nfamilies(file.handle(), file.base(), &nFamilies), "the families cannot be read");
   std::map<std::string, std::string> types;
@@ -33,20 +33,20 @@ std::map<std::string, std::string> ReadFamilyTypes(const CgnsFile& file) {
 }
 
 /// Empty if the condition has no family. Of a path ("/Base/Family") the last part counts.
-std::string FamilyOf(const CgnsFile& file, int condition) {
+std::string FamilyOf(CgnsFile const& file, int condition) {
   file.Check(cg_goto(file.handle(), file.base(), "Zone_t", CgnsFile::zone(), "ZoneBC_t", 1, "BC_t", condition,
                      "end"),
              "a boundary condition cannot be read");
   std::array<char, kPathLength> path{};
-  const int status = cg_famname_read(path.data());
+  int const status = cg_famname_read(path.data());
   if (status == CG_NODE_NOT_FOUND) return {};
   file.Check(status, "the family of a boundary condition cannot be read");
-  const std::string family = path.data();
+  std::string const family = path.data();
   return family.substr(family.find_last_of('/') + 1);
 }
 
 /// Whether the members of a condition are nodes (else surface elements).
-bool IsByNodes(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set, const std::string& name) {
+bool IsByNodes(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set, std::string const& name) {
   if (set == CGNS_ENUMV(ElementRange) || set == CGNS_ENUMV(ElementList)) return false;
   if (set != CGNS_ENUMV(PointRange) && set != CGNS_ENUMV(PointList)) {
     file.Fail("boundary condition " + Quoted(name) + " is given by " + cg_PointSetTypeName(set) +
@@ -62,9 +62,9 @@ bool IsByNodes(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set, 
   return location == CGNS_ENUMV(Vertex);
 }
 
-void ReadMembers(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set, cgsize_t nGiven,
+void ReadMembers(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set, cgsize_t nGiven,
                  cgsize_t normalList, std::int64_t lastElement, CgnsCondition& condition) {
-  const std::string name = Quoted(condition.name);
+  std::string const name = Quoted(condition.name);
   file.CheckRoom(nGiven, "members of boundary condition " + name);
   file.CheckRoom(normalList, "normals of boundary condition " + name);
   std::vector<cgsize_t> given(static_cast<std::size_t>(nGiven));
@@ -77,7 +77,7 @@ void ReadMembers(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set
     condition.list.assign(given.begin(), given.end());
     return;
   }
-  const std::int64_t most = condition.byNodes ? file.nNodes() : lastElement;
+  std::int64_t const most = condition.byNodes ? file.nNodes() : lastElement;
   if (given.size() != 2 || given[0] < 1 || given[1] < given[0] || given[1] > most) {
     file.Fail("boundary condition " + name + " has a range that does not rise within the mesh");
   }
@@ -86,8 +86,8 @@ void ReadMembers(const CgnsFile& file, int index, CGNS_ENUMT(PointSetType_t) set
   condition.last = given[1];
 }
 
-CgnsCondition ReadCondition(const CgnsFile& file, int index,
-                            const std::map<std::string, std::string>& typeOfFamily,
+CgnsCondition ReadCondition(CgnsFile const& file, int index,
+                            std::map<std::string, std::string> const& typeOfFamily,
                             std::int64_t lastElement) {
   std::array<char, kNameLength> name{};
   CGNS_ENUMT(BCType_t) type = CGNS_ENUMV(BCTypeNull);
@@ -103,10 +103,10 @@ CgnsCondition ReadCondition(const CgnsFile& file, int index,
   CgnsCondition condition;
   condition.name = condition.patchName = name.data();
   condition.patchType = cg_BCTypeName(type);
-  const std::string family = FamilyOf(file, index);
+  std::string const family = FamilyOf(file, index);
   if (!family.empty()) condition.patchName = family;
   if (type == CGNS_ENUMV(FamilySpecified)) {
-    const auto found = typeOfFamily.find(family);
+    auto const found = typeOfFamily.find(family);
     if (found != typeOfFamily.end()) condition.patchType = found->second;
   }
   condition.byNodes = IsByNodes(file, index, set, condition.name);
@@ -116,11 +116,11 @@ CgnsCondition ReadCondition(const CgnsFile& file, int index,
 
 }  // namespace
 
-std::vector<CgnsCondition> ReadCgnsConditions(const CgnsFile& file, std::int64_t lastElement) {
+std::vector<CgnsCondition> ReadCgnsConditions(CgnsFile const& file, std::int64_t lastElement) {
   int nConditions = 0;
   file.Check(cg_nbocos(file.handle(), file.base(), CgnsFile::zone(), &nConditions),
              "the boundary conditions cannot be read");
-  const std::map<std::string, std::string> typeOfFamily = ReadFamilyTypes(file);
+  std::map<std::string, std::string> const typeOfFamily = ReadFamilyTypes(file);
   std::vector<CgnsCondition> conditions;
   for (int index = 1; index <= nConditions; ++index) {
     conditions.push_back(ReadCondition(file, index, typeOfFamily, lastElement));

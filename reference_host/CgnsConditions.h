@@ -21,6 +21,6 @@ struct CgnsCondition {
 
 /// The boundary conditions of the zone, in the order of the file.
 /// @param[in] lastElement  of the zone
-std::vector<CgnsCondition> ReadCgnsConditions(const CgnsFile& file, std::int64_t lastElement);
+std::vector<CgnsCondition> ReadCgnsConditions(CgnsFile const& file, std::int64_t lastElement);
 
 }  // namespace reference_host

@@ -22,7 +22,7 @@ struct Array {
   std::string FullName() const { return solutionName + "/" + name; }
 };
 
-std::vector<Array> ListArrays(const CgnsFile& file) {
+std::vector<Array> ListArrays(CgnsFile const& file) {
   int nSolutions = 0;
   file.Check(cg_nsols(file.handle(), file.base(), CgnsFile::zone(), &nSolutions),
              "the solutions cannot be read");
@@ -45,13 +45,13 @@ std::vector<Array> ListArrays(const CgnsFile& file) {
   return arrays;
 }
 
-Array FindArray(const CgnsFile& file, const std::string& wanted) {
+Array FindArray(CgnsFile const& file, std::string const& wanted) {
   NameList atCells, found;
   Array first;
   int nFound = 0;
   bool isElsewhere = false;
-  for (const Array& array : ListArrays(file)) {
-    const bool isWanted = array.name == wanted || array.FullName() == wanted;
+  for (Array const& array : ListArrays(file)) {
+    bool const isWanted = array.name == wanted || array.FullName() == wanted;
     if (array.isAtCells) atCells.Add(Quoted(array.FullName()));
     if (isWanted && array.isAtCells) {
       if (nFound++ == 0) first = array;
@@ -72,9 +72,9 @@ Array FindArray(const CgnsFile& file, const std::string& wanted) {
 
 }  // namespace
 
-std::vector<double> ReadCgnsField(const std::string& file, const std::string& field) {
-  const CgnsFile cgns(file);
-  const Array array = FindArray(cgns, field);
+std::vector<double> ReadCgnsField(std::string const& file, std::string const& field) {
+  CgnsFile const cgns(file);
+  Array const array = FindArray(cgns, field);
   int dimension = 0;
   std::array<cgsize_t, 3> size{};
   cgns.Check(
@@ -85,7 +85,7 @@ std::vector<double> ReadCgnsField(const std::string& file, const std::string& fi
               std::to_string(cgns.nCells()) + " cells");
   }
   std::vector<double> values(static_cast<std::size_t>(size[0]));
-  const cgsize_t first = 1;
+  cgsize_t const first = 1;
   cgns.Check(cg_field_read(cgns.handle(), cgns.base(), CgnsFile::zone(), array.solution, array.name.c_str(),
                            CGNS_ENUMV(RealDouble), &first, size.data(), values.data()),
              Quoted(array.FullName()) + " cannot be read");

@@ -9,6 +9,6 @@ namespace reference_host {
 /// @param[in] file   CGNS file with one unstructured zone
 /// @param[in] field  the array, such as "Pressure", or "SOLUTION/ARRAY" where several solutions have it
 /// Throws MeshError if there is no such array, more than one, or if it is not at the cell centres.
-std::vector<double> ReadCgnsField(const std::string& file, const std::string& field);
+std::vector<double> ReadCgnsField(std::string const& file, std::string const& field);
 
 }  // namespace reference_host

@@ -37,13 +37,13 @@ CgnsFile::CgnsFile(std::string name) : name_(std::move(name)) {
 
 CgnsFile::~CgnsFile() = default;
 
-void CgnsFile::Check(int status, const std::string& what) const {
+void CgnsFile::Check(int status, std::string const& what) const {
   if (status == CG_OK) return;
-  const std::string reason = cg_get_error();
+  std::string const reason = cg_get_error();
   Fail(what + " (" + reason.substr(0, reason.find('\n')) + ")");
 }
 
-void CgnsFile::Fail(const std::string& what) const { throw MeshError(name_ + ": " + what); }
+void CgnsFile::Fail(std::string const& what) const { throw MeshError(name_ + ": " + what); }
 
 void CgnsFile::FindBase() {
   int nBases = 0;
@@ -91,10 +91,10 @@ void CgnsFile::FindZone() {
   CheckRoom(nCells_, "cells");
 }
 
-std::vector<double> CgnsFile::Coordinate(const char* coordinate) const {
+std::vector<double> CgnsFile::Coordinate(char const* coordinate) const {
   std::vector<double> values(static_cast<std::size_t>(nNodes_));
-  const cgsize_t first = 1;
-  const auto last = static_cast<cgsize_t>(nNodes_);
+  cgsize_t const first = 1;
+  auto const last = static_cast<cgsize_t>(nNodes_);
   Check(
       cg_coord_read(handle_, base_, zone(), coordinate, CGNS_ENUMV(RealDouble), &first, &last, values.data()),
       std::string(coordinate) + " cannot be read");
@@ -103,9 +103,9 @@ std::vector<double> CgnsFile::Coordinate(const char* coordinate) const {
 
 std::vector<Point> CgnsFile::Points() const {
   std::vector<Point> points(static_cast<std::size_t>(nNodes_));
-  const std::array<const char*, 3> names = {"CoordinateX", "CoordinateY", "CoordinateZ"};
+  std::array<char const*, 3> const names = {"CoordinateX", "CoordinateY", "CoordinateZ"};
   for (std::size_t d = 0; d < names.size(); ++d) {
-    const std::vector<double> values = Coordinate(names[d]);
+    std::vector<double> const values = Coordinate(names[d]);
     for (std::size_t n = 0; n < values.size(); ++n) points[n][d] = values[n];
   }
   return points;
@@ -128,7 +128,7 @@ std::vector<CgnsSection> CgnsFile::Sections() const {
     sections.push_back({name.data(), s, static_cast<int>(type), first, last, hasParents != 0});
   }
   std::sort(sections.begin(), sections.end(),
-            [](const CgnsSection& a, const CgnsSection& b) { return a.first < b.first; });
+            [](CgnsSection const& a, CgnsSection const& b) { return a.first < b.first; });
   for (std::size_t s = 1; s < sections.size(); ++s) {
     if (sections[s].first <= sections[s - 1].last) {
       Fail("sections " + Quoted(sections[s - 1].name) + " and " + Quoted(sections[s].name) +
@@ -138,18 +138,18 @@ std::vector<CgnsSection> CgnsFile::Sections() const {
   return sections;
 }
 
-CgnsElements CgnsFile::Elements(const CgnsSection& section) const {
-  const std::string failure = "section " + Quoted(section.name) + " cannot be read";
+CgnsElements CgnsFile::Elements(CgnsSection const& section) const {
+  std::string const failure = "section " + Quoted(section.name) + " cannot be read";
   cgsize_t nEntries = 0;
   Check(cg_ElementDataSize(handle_, base_, zone(), section.index, &nEntries), failure);
   CheckRoom(nEntries, "entries of section " + Quoted(section.name));
-  const auto n = static_cast<std::size_t>(section.size());
+  auto const n = static_cast<std::size_t>(section.size());
   std::vector<cgsize_t> entries(static_cast<std::size_t>(nEntries)), parents(section.hasParents ? 4 * n : 0);
   cgsize_t* const parentData = section.hasParents ? parents.data() : nullptr;
 
   CgnsElements elements;
   int nodesOfElement = 0;
-  const auto type = static_cast<CGNS_ENUMT(ElementType_t)>(section.type);
+  auto const type = static_cast<CGNS_ENUMT(ElementType_t)>(section.type);
   Check(cg_npe(type, &nodesOfElement), failure);
   if (nodesOfElement > 0) {
     if (entries.size() != n * static_cast<std::size_t>(nodesOfElement))

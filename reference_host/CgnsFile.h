@@ -37,10 +37,10 @@ class CgnsFile {
   /// Throws MeshError if the file is no regular file, cannot be opened or has no such zone, or more than one.
   explicit CgnsFile(std::string name);
   ~CgnsFile();
-  CgnsFile(const CgnsFile&) = delete;
-  CgnsFile& operator=(const CgnsFile&) = delete;
+  CgnsFile(CgnsFile const&) = delete;
+  CgnsFile& operator=(CgnsFile const&) = delete;
 
-  const std::string& Name() const { return name_; }
+  std::string const& Name() const { return name_; }
   int handle() const { return handle_; }
   int base() const { return base_; }
   static constexpr int zone() { return 1; }
@@ -51,17 +51,17 @@ class CgnsFile {
   std::vector<CgnsSection> Sections() const;  ///< ascending by element number
 
   /// The connectivity of a section, its parents included if it has them.
-  CgnsElements Elements(const CgnsSection& section) const;
+  CgnsElements Elements(CgnsSection const& section) const;
 
   /// Fails unless the file, together with files that it links to, can hold `count` numbers: nothing is allocated for a
   /// count that cannot be right.
   /// @param[in] what  what is counted, for the failure: "nodes"
-  void CheckRoom(std::int64_t count, const std::string& what) const;
+  void CheckRoom(std::int64_t count, std::string const& what) const;
 
   /// Throws MeshError "NAME: what: reason of the library" unless the status of a call says success.
-  void Check(int status, const std::string& what) const;
+  void Check(int status, std::string const& what) const;
 
-  [[noreturn]] void Fail(const std::string& what) const;
+  [[noreturn]] void Fail(std::string const& what) const;
 
  private:
   /// Closes what a failing constructor leaves open.
@@ -75,7 +75,7 @@ class CgnsFile {
 
   void FindBase();
   void FindZone();
-  std::vector<double> Coordinate(const char* coordinate) const;
+  std::vector<double> Coordinate(char const* coordinate) const;
 
   std::string name_;
   std::int64_t nBytes_ = 0;

@@ -27,7 +27,7 @@ void AddLink(std::set<std::string>& files) {
 
 }  // namespace
 
-void CgnsFile::CheckRoom(std::int64_t count, const std::string& what) const {
+void CgnsFile::CheckRoom(std::int64_t count, std::string const& what) const {
   if (count >= 0 && count / kMostPerByte <= nBytes_) return;
   if (count >= 0 && count / kMostPerByte <= nBytes_ + SizeOfLinkedFiles()) return;
   Fail("the file says " + std::to_string(count) + " " + what + ", more than it can hold");
@@ -36,7 +36,7 @@ void CgnsFile::CheckRoom(std::int64_t count, const std::string& what) const {
 std::int64_t CgnsFile::SizeOfLinkedFiles() const {
   std::set<std::string> files;
   if (cg_goto(handle_, base_, "Zone_t", zone(), "end") == CG_OK) AddLink(files);
-  for (const char* const label : {"GridCoordinates_t", "ZoneBC_t", "Elements_t", "FlowSolution_t"}) {
+  for (char const* const label : {"GridCoordinates_t", "ZoneBC_t", "Elements_t", "FlowSolution_t"}) {
     // Numbers that are not there end the search.
     for (int i = 1; cg_goto(handle_, base_, "Zone_t", zone(), label, i, "end") == CG_OK; ++i) AddLink(files);
   }
@@ -46,8 +46,8 @@ std::int64_t CgnsFile::SizeOfLinkedFiles() const {
     AddLink(files);
   }
   std::int64_t nBytes = 0;
-  const std::filesystem::path folder = std::filesystem::path(name_).parent_path();
-  for (const std::string& file : files) {
+  std::filesystem::path const folder = std::filesystem::path(name_).parent_path();
+  for (std::string const& file : files) {
     std::error_code error;
     std::uintmax_t size = std::filesystem::file_size(file, error);
     if (error) size = std::filesystem::file_size(folder / file, error);

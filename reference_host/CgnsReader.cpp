@@ -18,7 +18,7 @@ namespace {
 /// Gives every boundary face its patch: by a condition, by the section of its surface element, or "unnamed".
 class PatchAssigner {
  public:
-  PatchAssigner(const CgnsFile& file, const std::vector<CgnsSection>& sections, CgnsTopology& topology)
+  PatchAssigner(CgnsFile const& file, std::vector<CgnsSection> const& sections, CgnsTopology& topology)
       : file_(file), sections_(sections), topology_(topology), mesh_(topology.mesh) {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (mesh_.neighbour[f] < 0) boundaryFaces_.push_back(f);
@@ -26,10 +26,10 @@ class PatchAssigner {
   }
 
   void Assign() {
-    const std::vector<CgnsCondition> conditions = ReadCgnsConditions(file_, sections_.back().last);
+    std::vector<CgnsCondition> const conditions = ReadCgnsConditions(file_, sections_.back().last);
     std::vector<int> patchOfCondition;
     patchOfCondition.reserve(conditions.size());
-    for (const CgnsCondition& condition : conditions) patchOfCondition.push_back(PatchOf(condition));
+    for (CgnsCondition const& condition : conditions) patchOfCondition.push_back(PatchOf(condition));
     for (std::size_t c = 0; c < conditions.size(); ++c) {
       if (conditions[c].byNodes) {
         AssignByNodes(conditions[c], patchOfCondition[c]);
@@ -38,21 +38,21 @@ class PatchAssigner {
       }
     }
     AssignBySection();
-    for (const int f : boundaryFaces_) {
+    for (int const f : boundaryFaces_) {
       if (mesh_.facePatch[f] < 0) mesh_.facePatch[f] = PatchCalled("unnamed");
     }
   }
 
  private:
-  int PatchCalled(const std::string& name) {
-    const auto [known, isNew] = patchOfName_.emplace(name, static_cast<int>(mesh_.patches.size()));
+  int PatchCalled(std::string const& name) {
+    auto const [known, isNew] = patchOfName_.emplace(name, static_cast<int>(mesh_.patches.size()));
     if (isNew) mesh_.patches.push_back({name, "", {}});
     return known->second;
   }
 
-  int PatchOf(const CgnsCondition& condition) {
-    const std::size_t nBefore = mesh_.patches.size();
-    const int p = PatchCalled(condition.patchName);
+  int PatchOf(CgnsCondition const& condition) {
+    std::size_t const nBefore = mesh_.patches.size();
+    int const p = PatchCalled(condition.patchName);
     Patch& patch = mesh_.patches[p];
     if (mesh_.patches.size() > nBefore) patch.type = condition.patchType;
     if (patch.type != condition.patchType) {
@@ -73,7 +73,7 @@ class PatchAssigner {
 
   /// Surfaces of a range of elements are taken from the list of surfaces, not one by one from the range: its ends may
   /// be any numbers.
-  void AssignByElements(const CgnsCondition& condition, int patch) {
+  void AssignByElements(CgnsCondition const& condition, int patch) {
     if (condition.isRange) {
       auto surface = FirstSurfaceFrom(condition.first);
       for (std::int64_t element = condition.first; element <= condition.last; ++element, ++surface) {
@@ -81,7 +81,7 @@ class PatchAssigner {
         CountMember(condition);
       }
     } else {
-      for (const std::int64_t element : condition.list)
+      for (std::int64_t const element : condition.list)
         AssignElement(condition, element, FirstSurfaceFrom(element), patch);
     }
   }
@@ -91,10 +91,10 @@ class PatchAssigner {
   SurfaceIterator FirstSurfaceFrom(std::int64_t element) const {
     return std::lower_bound(
         topology_.surfaces.begin(), topology_.surfaces.end(), element,
-        [](const CgnsSurface& surface, std::int64_t wanted) { return surface.element < wanted; });
+        [](CgnsSurface const& surface, std::int64_t wanted) { return surface.element < wanted; });
   }
 
-  void AssignElement(const CgnsCondition& condition, std::int64_t element, SurfaceIterator surface,
+  void AssignElement(CgnsCondition const& condition, std::int64_t element, SurfaceIterator surface,
                      int patch) {
     if (surface == topology_.surfaces.cend() || surface->element != element) {
       file_.Fail("boundary condition " + Quoted(condition.name) + " has element " + std::to_string(element) +
@@ -104,14 +104,14 @@ class PatchAssigner {
   }
 
   /// Ranges are a few bytes each, so that many of them over the whole mesh would take the product of both.
-  void CountMember(const CgnsCondition& condition) {
-    const auto nItems = static_cast<std::int64_t>(topology_.surfaces.size()) + file_.nNodes();
+  void CountMember(CgnsCondition const& condition) {
+    auto const nItems = static_cast<std::int64_t>(topology_.surfaces.size()) + file_.nNodes();
     if (++nMembersOfRanges_ <= 16 * nItems) return;
     file_.Fail("boundary condition " + Quoted(condition.name) +
                " and those before it have ranges that overlap too often");
   }
 
-  void AssignByNodes(const CgnsCondition& condition, int patch) {
+  void AssignByNodes(CgnsCondition const& condition, int patch) {
     if (faceStartOfNode_.empty()) IndexFacesByNode();
     newMembers_.clear();
     ++round_;
@@ -121,21 +121,21 @@ class PatchAssigner {
         CountMember(condition);
       }
     } else {
-      for (const std::int64_t node : condition.list) AddMember(condition, node);
+      for (std::int64_t const node : condition.list) AddMember(condition, node);
     }
-    for (const int point : newMembers_) {
+    for (int const point : newMembers_) {
       for (std::size_t i = faceStartOfNode_[point]; i < faceStartOfNode_[point + 1]; ++i) {
         if (HasAllMembers(faceOfNode_[i])) Give(faceOfNode_[i], patch);
       }
     }
   }
 
-  void AddMember(const CgnsCondition& condition, std::int64_t node) {
+  void AddMember(CgnsCondition const& condition, std::int64_t node) {
     if (node < 1 || node > file_.nNodes()) {
       file_.Fail("boundary condition " + Quoted(condition.name) + " has node " + std::to_string(node) +
                  ", but there are " + std::to_string(file_.nNodes()));
     }
-    const int point = topology_.pointOfNode[node - 1];
+    int const point = topology_.pointOfNode[node - 1];
     if (point < 0 || memberSince_[point] == round_) return;
     memberSince_[point] = round_;
     newMembers_.push_back(point);
@@ -150,40 +150,40 @@ class PatchAssigner {
   /// Files every boundary face under that one of its nodes that has the fewest boundary faces: a set of nodes then
   /// looks at few faces besides its own, even where many meet in one node.
   void IndexFacesByNode() {
-    const std::size_t nPoints = mesh_.points.size();
+    std::size_t const nPoints = mesh_.points.size();
     std::vector<int> nFacesOfNode(nPoints, 0);
-    const auto nodesOf = [this](int f, const auto& visit) {
+    auto const nodesOf = [this](int f, auto const& visit) {
       for (std::size_t i = mesh_.faceStart[f]; i < mesh_.faceStart[f + 1]; ++i) visit(mesh_.faceNode[i]);
     };
-    for (const int f : boundaryFaces_) nodesOf(f, [&](int node) { ++nFacesOfNode[node]; });
-    const auto placeOf = [&](int f) {
+    for (int const f : boundaryFaces_) nodesOf(f, [&](int node) { ++nFacesOfNode[node]; });
+    auto const placeOf = [&](int f) {
       int best = mesh_.faceNode[mesh_.faceStart[f]];
       nodesOf(f, [&](int node) { best = nFacesOfNode[node] < nFacesOfNode[best] ? node : best; });
       return best;
     };
     faceStartOfNode_.assign(nPoints + 1, 0);
-    const auto hasNodes = [this](int f) { return mesh_.faceStart[f + 1] > mesh_.faceStart[f]; };
-    for (const int f : boundaryFaces_) {
+    auto const hasNodes = [this](int f) { return mesh_.faceStart[f + 1] > mesh_.faceStart[f]; };
+    for (int const f : boundaryFaces_) {
       if (hasNodes(f)) ++faceStartOfNode_[placeOf(f) + 1];
     }
     for (std::size_t n = 0; n < nPoints; ++n) faceStartOfNode_[n + 1] += faceStartOfNode_[n];
     faceOfNode_.resize(faceStartOfNode_.back());
     std::vector<std::size_t> next(faceStartOfNode_.begin(), faceStartOfNode_.end() - 1);
-    for (const int f : boundaryFaces_) {
+    for (int const f : boundaryFaces_) {
       if (hasNodes(f)) faceOfNode_[next[placeOf(f)]++] = f;
     }
     memberSince_.assign(nPoints, 0);
   }
 
   void AssignBySection() {
-    for (const CgnsSurface& surface : topology_.surfaces) {
+    for (CgnsSurface const& surface : topology_.surfaces) {
       if (surface.face < 0 || mesh_.facePatch[surface.face] >= 0) continue;
       mesh_.facePatch[surface.face] = PatchCalled(sections_[surface.section].name);
     }
   }
 
-  const CgnsFile& file_;
-  const std::vector<CgnsSection>& sections_;
+  CgnsFile const& file_;
+  std::vector<CgnsSection> const& sections_;
   CgnsTopology& topology_;
   FaceMesh& mesh_;
   std::vector<int> boundaryFaces_;
@@ -200,9 +200,9 @@ class PatchAssigner {
 
 }  // namespace
 
-FaceMesh ReadCgns(const std::string& file) {
-  const CgnsFile cgns(file);
-  const std::vector<CgnsSection> sections = cgns.Sections();
+FaceMesh ReadCgns(std::string const& file) {
+  CgnsFile const cgns(file);
+  std::vector<CgnsSection> const sections = cgns.Sections();
   if (sections.empty()) cgns.Fail("the zone has no section of elements");
   CgnsTopology topology =
       HasCgnsPolygons(sections) ? JoinCgnsPolyhedra(cgns, sections) : JoinCgnsCells(cgns, sections);

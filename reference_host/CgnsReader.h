@@ -18,6 +18,6 @@ namespace reference_host {
 ///
 /// Throws MeshError for files that cannot be read, no base or several of three dimensions, several zones, structured
 /// zones and elements of higher order. The mesh returned still has to pass CheckMesh.
-FaceMesh ReadCgns(const std::string& file);
+FaceMesh ReadCgns(std::string const& file);
 
 }  // namespace reference_host

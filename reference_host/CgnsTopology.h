@@ -24,15 +24,15 @@ struct CgnsTopology {
 };
 
 /// "element 12 of section 'Cells'".
-std::string NameOfElement(const std::vector<CgnsSection>& sections, std::int64_t element);
+std::string NameOfElement(std::vector<CgnsSection> const& sections, std::int64_t element);
 
 /// From linear standard cells. Throws MeshError for elements of higher order.
-CgnsTopology JoinCgnsCells(const CgnsFile& file, const std::vector<CgnsSection>& sections);
+CgnsTopology JoinCgnsCells(CgnsFile const& file, std::vector<CgnsSection> const& sections);
 
 /// From polygons and the polyhedra that they bound.
-CgnsTopology JoinCgnsPolyhedra(const CgnsFile& file, const std::vector<CgnsSection>& sections);
+CgnsTopology JoinCgnsPolyhedra(CgnsFile const& file, std::vector<CgnsSection> const& sections);
 
 /// Whether the cells are polyhedra: there is a section of polygons.
-bool HasCgnsPolygons(const std::vector<CgnsSection>& sections);
+bool HasCgnsPolygons(std::vector<CgnsSection> const& sections);
 
 }  // namespace reference_host

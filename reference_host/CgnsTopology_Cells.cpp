@@ -47,7 +47,7 @@ int NodeCountOf(int type) {
 /// Gives the elements of all sections to a FaceMeshBuilder, which matches their faces.
 class CellJoiner {
  public:
-  CellJoiner(const CgnsFile& file, const std::vector<CgnsSection>& sections)
+  CellJoiner(CgnsFile const& file, std::vector<CgnsSection> const& sections)
       : file_(file),
         sections_(sections),
         // Surfaces are told apart by taking each for a patch of its own, counted from 1; 0 is what nothing covers.
@@ -72,30 +72,30 @@ class CellJoiner {
 
  private:
   void AddSection(int s) {
-    const CgnsSection& section = sections_[s];
-    const CgnsElements elements = file_.Elements(section);
-    const bool isMixed = section.type == CGNS_ENUMV(MIXED);
+    CgnsSection const& section = sections_[s];
+    CgnsElements const elements = file_.Elements(section);
+    bool const isMixed = section.type == CGNS_ENUMV(MIXED);
     for (std::int64_t i = 0; i < section.size(); ++i) {
       std::size_t begin = elements.start[i];
-      const std::size_t end = elements.start[i + 1];
+      std::size_t const end = elements.start[i + 1];
       if (isMixed && begin == end) FailElement(section, section.first + i, "has no type");
-      const int type = isMixed ? static_cast<int>(elements.entry[begin++]) : section.type;
+      int const type = isMixed ? static_cast<int>(elements.entry[begin++]) : section.type;
       AddElement(s, section.first + i, type, elements.entry.data() + begin, static_cast<int>(end - begin));
     }
   }
 
-  void AddElement(int s, std::int64_t element, int type, const std::int64_t* nodes, int nNodes) {
-    const CgnsSection& section = sections_[s];
+  void AddElement(int s, std::int64_t element, int type, std::int64_t const* nodes, int nNodes) {
+    CgnsSection const& section = sections_[s];
     if (IsPassedOver(type)) return;
-    const std::optional<CellShape> shape = ShapeOf(type);
+    std::optional<CellShape> const shape = ShapeOf(type);
     if (!shape && !IsLinearSurface(type)) {
-      const bool isKnown = type >= 0 && type < NofValidElementTypes;
+      bool const isKnown = type >= 0 && type < NofValidElementTypes;
       file_.Fail("section " + Quoted(section.name) + ": elements of type " +
                  (isKnown ? std::string(ElementTypeName[type]) : std::to_string(type)) +
                  " cannot be read; write the mesh with linear elements");
     }
     if (nNodes != NodeCountOf(type)) FailElement(section, element, "has a wrong number of nodes");
-    const std::array<int, 8> own = OwnNumbers(section, element, nodes, nNodes);
+    std::array<int, 8> const own = OwnNumbers(section, element, nodes, nNodes);
     if (shape) {
       elementOfCell_.push_back(element);
       builder_.AddCell(*shape, own.data());
@@ -107,7 +107,7 @@ class CellJoiner {
     }
   }
 
-  std::array<int, 8> OwnNumbers(const CgnsSection& section, std::int64_t element, const std::int64_t* nodes,
+  std::array<int, 8> OwnNumbers(CgnsSection const& section, std::int64_t element, std::int64_t const* nodes,
                                 int nNodes) const {
     std::array<int, 8> own{};
     for (int i = 0; i < nNodes; ++i) {
@@ -121,8 +121,8 @@ class CellJoiner {
     return own;
   }
 
-  [[noreturn]] void FailElement(const CgnsSection& section, std::int64_t element,
-                                const std::string& what) const {
+  [[noreturn]] void FailElement(CgnsSection const& section, std::int64_t element,
+                                std::string const& what) const {
     file_.Fail("element " + std::to_string(element) + " of section " + Quoted(section.name) + " " + what);
   }
 
@@ -138,7 +138,7 @@ class CellJoiner {
   void NumberPoints() {
     int next = 0;
     result_.pointOfNode.reserve(isUsed_.size());
-    for (const char isUsed : isUsed_) result_.pointOfNode.push_back(isUsed != 0 ? next++ : -1);
+    for (char const isUsed : isUsed_) result_.pointOfNode.push_back(isUsed != 0 ? next++ : -1);
   }
 
   void NameParts() {
@@ -153,8 +153,8 @@ class CellJoiner {
 
   static constexpr std::size_t kMostSurfaces = std::numeric_limits<int>::max() - 1;
 
-  const CgnsFile& file_;
-  const std::vector<CgnsSection>& sections_;
+  CgnsFile const& file_;
+  std::vector<CgnsSection> const& sections_;
   FaceMeshBuilder builder_;
   std::vector<std::int64_t> elementOfCell_;
   std::vector<char> isUsed_;  // [node]
@@ -163,16 +163,16 @@ class CellJoiner {
 
 }  // namespace
 
-std::string NameOfElement(const std::vector<CgnsSection>& sections, std::int64_t element) {
-  const std::string name = "element " + std::to_string(element);
-  const auto behind = std::upper_bound(
+std::string NameOfElement(std::vector<CgnsSection> const& sections, std::int64_t element) {
+  std::string const name = "element " + std::to_string(element);
+  auto const behind = std::upper_bound(
       sections.begin(), sections.end(), element,
-      [](std::int64_t wanted, const CgnsSection& section) { return wanted < section.first; });
+      [](std::int64_t wanted, CgnsSection const& section) { return wanted < section.first; });
   if (behind == sections.begin() || element > (behind - 1)->last) return name;
   return name + " of section " + Quoted((behind - 1)->name);
 }
 
-CgnsTopology JoinCgnsCells(const CgnsFile& file, const std::vector<CgnsSection>& sections) {
+CgnsTopology JoinCgnsCells(CgnsFile const& file, std::vector<CgnsSection> const& sections) {
   return CellJoiner(file, sections).Join();
 }
 

@@ -18,12 +18,12 @@ namespace {
 constexpr std::int64_t kMostItems = std::numeric_limits<int>::max();
 
 /// Three times the volume inside the boundary, negative if its faces point inwards.
-double SignedVolume3(const FaceMesh& mesh) {
+double SignedVolume3(FaceMesh const& mesh) {
   double volume3 = 0.0;
   for (int f = 0; f < mesh.nFaces(); ++f) {
     if (mesh.neighbour[f] >= 0) continue;
-    const std::size_t begin = mesh.faceStart[f];
-    const FaceFan fan = ComputeFaceFan(mesh.points, mesh.faceNode.data() + begin,
+    std::size_t const begin = mesh.faceStart[f];
+    FaceFan const fan = ComputeFaceFan(mesh.points, mesh.faceNode.data() + begin,
                                        static_cast<int>(mesh.faceStart[f + 1] - begin));
     volume3 += Dot(fan.area, Difference(fan.apex, mesh.points.front()));
   }
@@ -39,7 +39,7 @@ void TurnFace(FaceMesh& mesh, int f) {
 /// out of the cell, or else from the parent elements of the faces, where it points from the first to the second.
 class PolyhedronJoiner {
  public:
-  PolyhedronJoiner(const CgnsFile& file, const std::vector<CgnsSection>& sections)
+  PolyhedronJoiner(CgnsFile const& file, std::vector<CgnsSection> const& sections)
       : file_(file), sections_(sections), mesh_(result_.mesh) {}
 
   CgnsTopology Join() {
@@ -64,8 +64,8 @@ class PolyhedronJoiner {
 
  private:
   void CheckTypes() {
-    for (const CgnsSection& section : sections_) {
-      const bool isEdge = section.type == CGNS_ENUMV(BAR_2) || section.type == CGNS_ENUMV(NODE);
+    for (CgnsSection const& section : sections_) {
+      bool const isEdge = section.type == CGNS_ENUMV(BAR_2) || section.type == CGNS_ENUMV(NODE);
       hasCells_ = hasCells_ || section.type == CGNS_ENUMV(NFACE_n);
       if (isEdge || section.type == CGNS_ENUMV(NFACE_n) || section.type == CGNS_ENUMV(NGON_n)) continue;
       file_.Fail("section " + Quoted(section.name) +
@@ -74,15 +74,15 @@ class PolyhedronJoiner {
   }
 
   void AddFaces(int s) {
-    const CgnsSection& section = sections_[s];
+    CgnsSection const& section = sections_[s];
     if (static_cast<std::int64_t>(mesh_.owner.size()) + section.size() > kMostItems) {
       file_.Fail("more faces than an int can count");
     }
     CgnsElements elements = file_.Elements(section);
-    const std::size_t nBefore = mesh_.faceNode.size();
+    std::size_t const nBefore = mesh_.faceNode.size();
     for (std::size_t i = 0; i + 1 < elements.start.size(); ++i) {
       for (std::size_t k = elements.start[i]; k < elements.start[i + 1]; ++k) {
-        const std::int64_t node = elements.entry[k];
+        std::int64_t const node = elements.entry[k];
         if (node < 1 || node > file_.nNodes()) {
           file_.Fail(NameOfElement(sections_, section.first + static_cast<std::int64_t>(i)) + " has node " +
                      std::to_string(node) + ", but there are " + std::to_string(file_.nNodes()));
@@ -99,20 +99,20 @@ class PolyhedronJoiner {
     if (!hasCells_) KeepParents(section, std::move(elements.parent));
   }
 
-  void KeepParents(const CgnsSection& section, std::vector<std::int64_t> parent) {
+  void KeepParents(CgnsSection const& section, std::vector<std::int64_t> parent) {
     if (parent.empty()) {
       file_.Fail("section " + Quoted(section.name) +
                  " has neither parent elements nor a section of cells (NFACE_n) that uses it");
     }
-    const auto half = parent.begin() + static_cast<std::ptrdiff_t>(section.size());
+    auto const half = parent.begin() + static_cast<std::ptrdiff_t>(section.size());
     firstParent_.insert(firstParent_.end(), parent.begin(), half);
     secondParent_.insert(secondParent_.end(), half, parent.end());
   }
 
   int FaceOfElement(std::int64_t element) const {
-    const auto found = std::lower_bound(
+    auto const found = std::lower_bound(
         result_.surfaces.begin(), result_.surfaces.end(), element,
-        [](const CgnsSurface& surface, std::int64_t wanted) { return surface.element < wanted; });
+        [](CgnsSurface const& surface, std::int64_t wanted) { return surface.element < wanted; });
     if (found == result_.surfaces.end() || found->element != element) {
       file_.Fail(NameOfElement(sections_, atWork_) + " has face " + std::to_string(element) +
                  ", which is no polygon (NGON_n)");
@@ -122,17 +122,17 @@ class PolyhedronJoiner {
 
   // NFACE_n: the faces of a cell by their element number, negative where they point into the cell.
   void AddCells() {
-    for (const CgnsSection& section : sections_) {
+    for (CgnsSection const& section : sections_) {
       if (section.type != CGNS_ENUMV(NFACE_n)) continue;
-      const CgnsElements elements = file_.Elements(section);
+      CgnsElements const elements = file_.Elements(section);
       if (mesh_.nCells + section.size() > kMostItems) file_.Fail("more cells than an int can count");
       for (std::int64_t i = 0; i < section.size(); ++i, ++mesh_.nCells) {
         atWork_ = section.first + i;
         for (std::size_t k = elements.start[i]; k < elements.start[i + 1]; ++k) {
-          const std::int64_t signedElement = elements.entry[k];
-          const bool pointsOut = signedElement > 0;
+          std::int64_t const signedElement = elements.entry[k];
+          bool const pointsOut = signedElement > 0;
           // The one number whose negative does not fit is no element, either.
-          const bool fits = signedElement != std::numeric_limits<std::int64_t>::min();
+          bool const fits = signedElement != std::numeric_limits<std::int64_t>::min();
           Attach(FaceOfElement(pointsOut || !fits ? signedElement : -signedElement), mesh_.nCells, pointsOut);
         }
         elementOfCell_.push_back(atWork_);
@@ -157,15 +157,15 @@ class PolyhedronJoiner {
   /// @pre the cell is the last one or one before it
   std::string NameOfCell(int cell) const {
     // The last one has no entry yet: its section is the one at work.
-    const auto known = static_cast<std::size_t>(cell) < elementOfCell_.size();
+    auto const known = static_cast<std::size_t>(cell) < elementOfCell_.size();
     return NameOfElement(sections_, known ? elementOfCell_[cell] : atWork_);
   }
 
   /// Parents are element numbers of cells that stand in no section; the lowest is the first cell.
   void AddCellsOfParents() {
     std::int64_t lowest = std::numeric_limits<std::int64_t>::max(), highest = 0;
-    for (const auto* parents : {&firstParent_, &secondParent_}) {
-      for (const std::int64_t cell : *parents) {
+    for (auto const* parents : {&firstParent_, &secondParent_}) {
+      for (std::int64_t const cell : *parents) {
         if (cell != 0) lowest = std::min(lowest, cell);
         highest = std::max(highest, cell);
       }
@@ -181,7 +181,7 @@ class PolyhedronJoiner {
     }
     mesh_.nCells = static_cast<int>(file_.nCells());
     firstCell_ = lowest;
-    const auto ownNumber = [lowest](std::int64_t cell) {
+    auto const ownNumber = [lowest](std::int64_t cell) {
       return cell == 0 ? -1 : static_cast<int>(cell - lowest);
     };
     for (std::size_t f = 0; f < firstParent_.size(); ++f) {
@@ -217,7 +217,7 @@ class PolyhedronJoiner {
   void DropUnusedPoints() {
     std::vector<int>& pointOfNode = result_.pointOfNode;
     pointOfNode.assign(mesh_.points.size(), -1);
-    for (const int node : mesh_.faceNode) pointOfNode[node] = 0;
+    for (int const node : mesh_.faceNode) pointOfNode[node] = 0;
     int next = 0;
     for (std::size_t n = 0; n < pointOfNode.size(); ++n) {
       if (pointOfNode[n] < 0) continue;
@@ -235,7 +235,7 @@ class PolyhedronJoiner {
     }
     std::vector<std::int64_t> faces;
     faces.reserve(result_.surfaces.size());
-    for (const CgnsSurface& surface : result_.surfaces) faces.push_back(surface.element);
+    for (CgnsSurface const& surface : result_.surfaces) faces.push_back(surface.element);
     mesh_.names = std::make_shared<const MeshNames>(
         MeshNames{"node", [nodes = std::move(node)](int point) { return nodes[point] + std::int64_t{1}; },
                   [sections = sections_, first = firstCell_, cells = std::move(elementOfCell_)](int cell) {
@@ -253,8 +253,8 @@ class PolyhedronJoiner {
     }
   }
 
-  const CgnsFile& file_;
-  const std::vector<CgnsSection>& sections_;
+  CgnsFile const& file_;
+  std::vector<CgnsSection> const& sections_;
   CgnsTopology result_;
   FaceMesh& mesh_;
   bool hasCells_ = false;
@@ -266,12 +266,12 @@ class PolyhedronJoiner {
 
 }  // namespace
 
-CgnsTopology JoinCgnsPolyhedra(const CgnsFile& file, const std::vector<CgnsSection>& sections) {
+CgnsTopology JoinCgnsPolyhedra(CgnsFile const& file, std::vector<CgnsSection> const& sections) {
   return PolyhedronJoiner(file, sections).Join();
 }
 
-bool HasCgnsPolygons(const std::vector<CgnsSection>& sections) {
-  return std::any_of(sections.begin(), sections.end(), [](const CgnsSection& section) {
+bool HasCgnsPolygons(std::vector<CgnsSection> const& sections) {
+  return std::any_of(sections.begin(), sections.end(), [](CgnsSection const& section) {
     return section.type == CGNS_ENUMV(NGON_n) || section.type == CGNS_ENUMV(NFACE_n);
   });
 }

@@ -8,7 +8,7 @@ namespace {
 
 class Ordering {
  public:
-  Ordering(const std::vector<std::size_t>& rowStart, const std::vector<int>& columns)
+  Ordering(std::vector<std::size_t> const& rowStart, std::vector<int> const& columns)
       : rowStart_(rowStart),
         columns_(columns),
         nVertices_(static_cast<int>(rowStart.size()) - 1),
@@ -38,11 +38,11 @@ class Ordering {
     int nLevels = 0;
     for (std::size_t begin = 0; begin < queue_.size(); ++nLevels) {
       lastLevelBegin = begin;
-      const std::size_t end = queue_.size();
+      std::size_t const end = queue_.size();
       for (; begin < end; ++begin) {
-        const int v = queue_[begin];
+        int const v = queue_[begin];
         for (std::size_t i = rowStart_[v]; i < rowStart_[v + 1]; ++i) {
-          const int neighbour = columns_[i];
+          int const neighbour = columns_[i];
           if (visitOf_[neighbour] == visit_) continue;
           visitOf_[neighbour] = visit_;
           queue_.push_back(neighbour);
@@ -54,14 +54,14 @@ class Ordering {
 
   /// Walks from a vertex to the one farthest from it, as long as the distance grows.
   int VertexAtRim(int start) {
-    const auto lessConnected = [this](int a, int b) { return LessConnected(a, b); };
+    auto const lessConnected = [this](int a, int b) { return LessConnected(a, b); };
     std::size_t lastLevel = 0;
     int root = start;
     int nLevels = SearchLevels(root, lastLevel);
     for (;;) {
-      const int candidate = *std::min_element(queue_.begin() + static_cast<std::ptrdiff_t>(lastLevel),
+      int const candidate = *std::min_element(queue_.begin() + static_cast<std::ptrdiff_t>(lastLevel),
                                               queue_.end(), lessConnected);
-      const int nCandidateLevels = SearchLevels(candidate, lastLevel);
+      int const nCandidateLevels = SearchLevels(candidate, lastLevel);
       if (nCandidateLevels <= nLevels) return root;
       root = candidate;
       nLevels = nCandidateLevels;
@@ -73,13 +73,13 @@ class Ordering {
     Place(root);
     std::vector<int> neighbours;
     for (; next < order_.size(); ++next) {
-      const int v = order_[next];
+      int const v = order_[next];
       neighbours.clear();
       for (std::size_t i = rowStart_[v]; i < rowStart_[v + 1]; ++i) {
         if (!placed_[columns_[i]]) neighbours.push_back(columns_[i]);
       }
       std::sort(neighbours.begin(), neighbours.end(), [this](int a, int b) { return LessConnected(a, b); });
-      for (const int neighbour : neighbours) {
+      for (int const neighbour : neighbours) {
         if (!placed_[neighbour]) Place(neighbour);
       }
     }
@@ -90,8 +90,8 @@ class Ordering {
     order_.push_back(v);
   }
 
-  const std::vector<std::size_t>& rowStart_;
-  const std::vector<int>& columns_;
+  std::vector<std::size_t> const& rowStart_;
+  std::vector<int> const& columns_;
   int nVertices_;
   int visit_ = 0;             // number of the current search
   std::vector<int> visitOf_;  // last search that came to a vertex
@@ -102,7 +102,7 @@ class Ordering {
 
 }  // namespace
 
-std::vector<int> CuthillMcKee(const std::vector<std::size_t>& rowStart, const std::vector<int>& columns) {
+std::vector<int> CuthillMcKee(std::vector<std::size_t> const& rowStart, std::vector<int> const& columns) {
   return Ordering(rowStart, columns).Compute();
 }
 

@@ -13,6 +13,6 @@ namespace reference_host {
 /// @param[in] rowStart  [0..n] vertex v has the neighbours columns[rowStart[v] .. rowStart[v+1]-1]
 /// @param[in] columns   neighbours, 0-based; the graph is symmetric, repeated neighbours and loops do no harm
 /// @return [0..n-1] the vertex at each place
-std::vector<int> CuthillMcKee(const std::vector<std::size_t>& rowStart, const std::vector<int>& columns);
+std::vector<int> CuthillMcKee(std::vector<std::size_t> const& rowStart, std::vector<int> const& columns);
 
 }  // namespace reference_host

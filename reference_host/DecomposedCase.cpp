@@ -18,19 +18,19 @@ namespace {
 namespace fs = std::filesystem;
 
 /// N of a name PREFIXN with digits only; -1 for other names.
-int NumberBehind(const std::string& prefix, const std::string& name) {
-  const std::string digits = name.substr(std::min(prefix.size(), name.size()));
-  const bool fits = name.compare(0, prefix.size(), prefix) == 0 && !digits.empty() && digits.size() < 9 &&
+int NumberBehind(std::string const& prefix, std::string const& name) {
+  std::string const digits = name.substr(std::min(prefix.size(), name.size()));
+  bool const fits = name.compare(0, prefix.size(), prefix) == 0 && !digits.empty() && digits.size() < 9 &&
                     digits.find_first_not_of("0123456789") == std::string::npos;
   return fits ? std::stoi(digits) : -1;
 }
 
 /// Numbers of the subfolders PREFIXN, ascending.
-std::vector<int> NumberedFolders(const std::string& folder, const std::string& prefix) {
+std::vector<int> NumberedFolders(std::string const& folder, std::string const& prefix) {
   std::vector<int> numbers;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-    const int number = NumberBehind(prefix, entry->path().filename().string());
+    int const number = NumberBehind(prefix, entry->path().filename().string());
     std::error_code ignored;
     if (number >= 0 && entry->is_directory(ignored)) numbers.push_back(number);
   }
@@ -38,14 +38,14 @@ std::vector<int> NumberedFolders(const std::string& folder, const std::string& p
   return numbers;
 }
 
-bool BeginsWith(const std::string& text, const std::string& beginning) {
+bool BeginsWith(std::string const& text, std::string const& beginning) {
   return text.compare(0, beginning.size(), beginning) == 0;
 }
 
 /// Takes the patches of type processor out of the mesh and makes cuts of them.
 class CutCollector {
  public:
-  CutCollector(ProcessorMesh& result, const std::vector<PatchFaces>& facesOfPatch, int processor,
+  CutCollector(ProcessorMesh& result, std::vector<PatchFaces> const& facesOfPatch, int processor,
                int nProcessors)
       : result_(result), facesOfPatch_(facesOfPatch), processor_(processor), nProcessors_(nProcessors) {}
 
@@ -67,11 +67,11 @@ class CutCollector {
   }
 
  private:
-  [[noreturn]] void Fail(const std::string& patch, const std::string& what) const {
+  [[noreturn]] void Fail(std::string const& patch, std::string const& what) const {
     throw MeshError(result_.folder + ": patch " + Quoted(patch) + " " + what);
   }
 
-  void AddCut(const Patch& patch, const PatchFaces& faces) {
+  void AddCut(Patch const& patch, PatchFaces const& faces) {
     if (patch.type != "processor") {
       Fail(patch.name, "of type " + Quoted(patch.type) +
                            ": cyclic patches that the decomposition has cut are not supported");
@@ -90,7 +90,7 @@ class CutCollector {
 
   void SortCuts() const {
     std::sort(result_.cuts.begin(), result_.cuts.end(),
-              [](const ProcessorCut& a, const ProcessorCut& b) { return a.neighbour < b.neighbour; });
+              [](ProcessorCut const& a, ProcessorCut const& b) { return a.neighbour < b.neighbour; });
     for (std::size_t i = 1; i < result_.cuts.size(); ++i) {
       if (result_.cuts[i].neighbour != result_.cuts[i - 1].neighbour) continue;
       Fail(result_.cuts[i].patchName,
@@ -99,21 +99,21 @@ class CutCollector {
   }
 
   ProcessorMesh& result_;
-  const std::vector<PatchFaces>& facesOfPatch_;
+  std::vector<PatchFaces> const& facesOfPatch_;
   int processor_;
   int nProcessors_;
 };
 
 }  // namespace
 
-bool IsDecomposedCase(const std::string& folder) {
+bool IsDecomposedCase(std::string const& folder) {
   std::error_code ignored;
   return fs::is_directory(fs::path(folder) / "processor0", ignored) ||
          !NumberedFolders(folder, "processors").empty();
 }
 
-int CountProcessorFolders(const std::string& folder) {
-  const std::vector<int> numbers = NumberedFolders(folder, "processor");
+int CountProcessorFolders(std::string const& folder) {
+  std::vector<int> const numbers = NumberedFolders(folder, "processor");
   if (numbers.empty()) {
     throw MeshError(folder +
                     ": decomposed in the collated format (processorsN), which cannot be read; decompose it " +
@@ -128,11 +128,11 @@ int CountProcessorFolders(const std::string& folder) {
   return static_cast<int>(numbers.size());
 }
 
-std::string ProcessorFolder(const std::string& folder, int processor) {
+std::string ProcessorFolder(std::string const& folder, int processor) {
   return (fs::path(folder) / ("processor" + std::to_string(processor))).string();
 }
 
-std::vector<std::int64_t> ReadAddressing(const std::string& polyMesh, const std::string& file,
+std::vector<std::int64_t> ReadAddressing(std::string const& polyMesh, std::string const& file,
                                          std::int64_t nItems) {
   std::error_code ignored;
   if (!fs::exists(fs::path(polyMesh) / file, ignored) &&
@@ -150,7 +150,7 @@ std::vector<std::int64_t> ReadAddressing(const std::string& polyMesh, const std:
   return numbers;
 }
 
-ProcessorMesh ReadProcessorMesh(const std::string& folder, int processor, int nProcessors) {
+ProcessorMesh ReadProcessorMesh(std::string const& folder, int processor, int nProcessors) {
   ProcessorMesh result;
   result.folder = (fs::path(ProcessorFolder(folder, processor)) / "constant" / "polyMesh").string();
   PolyMesh polyMesh = ReadPolyMeshWithPatches(result.folder);

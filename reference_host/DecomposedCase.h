@@ -31,23 +31,23 @@ struct ProcessorMesh {
 };
 
 /// Whether the folder holds processor folders.
-bool IsDecomposedCase(const std::string& folder);
+bool IsDecomposedCase(std::string const& folder);
 
 /// The number of folders processor0, processor1, ... Throws MeshError if one of them is missing, and for cases in the
 /// collated format (one folder processorsN).
-int CountProcessorFolders(const std::string& folder);
+int CountProcessorFolders(std::string const& folder);
 
 /// FOLDER/processorN
-std::string ProcessorFolder(const std::string& folder, int processor);
+std::string ProcessorFolder(std::string const& folder, int processor);
 
 /// The mesh in FOLDER/processorN/constant/polyMesh, checked by CheckMesh. Throws MeshError for cyclic patches that the
 /// decomposition has cut, and for cuts that name other processors than there are.
-ProcessorMesh ReadProcessorMesh(const std::string& folder, int processor, int nProcessors);
+ProcessorMesh ReadProcessorMesh(std::string const& folder, int processor, int nProcessors);
 
 /// One of the addressing files of a polyMesh folder; empty if it is not there.
 /// @param[in] file    "cellProcAddressing", ...
 /// @param[in] nItems  how many numbers it must have
-std::vector<std::int64_t> ReadAddressing(const std::string& polyMesh, const std::string& file,
+std::vector<std::int64_t> ReadAddressing(std::string const& polyMesh, std::string const& file,
                                          std::int64_t nItems);
 
 }  // namespace reference_host

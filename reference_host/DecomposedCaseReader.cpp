@@ -14,10 +14,10 @@
 namespace reference_host {
 namespace {
 
-void CheckRankCount(const MpiCommunicator& communicator, const std::string& folder) {
+void CheckRankCount(MpiCommunicator const& communicator, std::string const& folder) {
   RunTogether(communicator, [&] {
     if (communicator.rank() != 0) return;
-    const int nFolders = CountProcessorFolders(folder);
+    int const nFolders = CountProcessorFolders(folder);
     if (nFolders == communicator.size()) return;
     throw MeshError(folder + ": decomposed for " + std::to_string(nFolders) +
                     " processors, but this run has " + std::to_string(communicator.size()) +
@@ -27,9 +27,9 @@ void CheckRankCount(const MpiCommunicator& communicator, const std::string& fold
 }
 
 /// What two ranks must agree about before they can talk: how many faces they share.
-void CheckCutsPairwise(const MpiCommunicator& communicator, const ProcessorMesh& processor) {
+void CheckCutsPairwise(MpiCommunicator const& communicator, ProcessorMesh const& processor) {
   std::vector<int> own(static_cast<std::size_t>(communicator.size()), 0), others(own.size(), 0);
-  for (const ProcessorCut& cut : processor.cuts) own[cut.neighbour] = cut.nFaces;
+  for (ProcessorCut const& cut : processor.cuts) own[cut.neighbour] = cut.nFaces;
   MPI_Alltoall(own.data(), 1, MPI_INT, others.data(), 1, MPI_INT, communicator.get());
   RunTogether(communicator, [&] {
     for (std::size_t rank = 0; rank < own.size(); ++rank) {
@@ -41,9 +41,9 @@ void CheckCutsPairwise(const MpiCommunicator& communicator, const ProcessorMesh&
 }
 
 /// The patches of the whole case stand in every folder, in the same order.
-void CheckPatches(const MpiCommunicator& communicator, const ProcessorMesh& processor) {
+void CheckPatches(MpiCommunicator const& communicator, ProcessorMesh const& processor) {
   std::string text;
-  for (const Patch& patch : processor.mesh.patches) text += patch.name + '\n' + patch.type + '\n';
+  for (Patch const& patch : processor.mesh.patches) text += patch.name + '\n' + patch.type + '\n';
   std::string first = text;
   int length = static_cast<int>(first.size());
   MPI_Bcast(&length, 1, MPI_INT, 0, communicator.get());
@@ -58,7 +58,7 @@ void CheckPatches(const MpiCommunicator& communicator, const ProcessorMesh& proc
 
 }  // namespace
 
-DecomposedPart ReadDecomposedCase(const MpiCommunicator& communicator, const std::string& folder) {
+DecomposedPart ReadDecomposedCase(MpiCommunicator const& communicator, std::string const& folder) {
   CheckRankCount(communicator, folder);
   ProcessorMesh processor;
   RunTogether(communicator,
@@ -66,8 +66,8 @@ DecomposedPart ReadDecomposedCase(const MpiCommunicator& communicator, const std
   CheckCutsPairwise(communicator, processor);
   CheckPatches(communicator, processor);
 
-  const ProcessorCuts cuts(communicator, processor);
-  const DecomposedNumbers numbers = NumberDecomposedMesh(communicator, processor, cuts);
+  ProcessorCuts const cuts(communicator, processor);
+  DecomposedNumbers const numbers = NumberDecomposedMesh(communicator, processor, cuts);
   DecomposedPart result;
   result.part = DecomposedPartBuilder(communicator, processor, cuts, numbers).Build();
   result.nNodes = numbers.nNodes;

@@ -23,6 +23,6 @@ struct DecomposedPart {
 /// @param[in] folder  the case, with processor0, processor1, ...; as many as there are ranks
 /// Throws MeshError, with the same text on every rank, for other rank counts, damaged folders, cuts that do not fit
 /// together, and cyclic patches that are cut.
-DecomposedPart ReadDecomposedCase(const MpiCommunicator& communicator, const std::string& folder);
+DecomposedPart ReadDecomposedCase(MpiCommunicator const& communicator, std::string const& folder);
 
 }  // namespace reference_host

@@ -13,26 +13,26 @@ namespace {
 
 constexpr std::int64_t kUnnumbered = std::numeric_limits<std::int64_t>::max();
 
-std::int64_t SumOfRanksBefore(const MpiCommunicator& communicator, std::int64_t own) {
+std::int64_t SumOfRanksBefore(MpiCommunicator const& communicator, std::int64_t own) {
   std::int64_t before = 0;
   MPI_Exscan(&own, &before, 1, MPI_INT64_T, MPI_SUM, communicator.get());
   return communicator.rank() == 0 ? 0 : before;  // the first rank's is left undefined
 }
 
-std::int64_t SumOfAll(const MpiCommunicator& communicator, std::int64_t own) {
+std::int64_t SumOfAll(MpiCommunicator const& communicator, std::int64_t own) {
   MPI_Allreduce(MPI_IN_PLACE, &own, 1, MPI_INT64_T, MPI_SUM, communicator.get());
   return own;
 }
 
-std::int64_t LargestOfAll(const MpiCommunicator& communicator, std::int64_t own) {
+std::int64_t LargestOfAll(MpiCommunicator const& communicator, std::int64_t own) {
   MPI_Allreduce(MPI_IN_PLACE, &own, 1, MPI_INT64_T, MPI_MAX, communicator.get());
   return own;
 }
 
 /// Whether an addressing file is to be used: every rank has it. Throws if only some have.
-bool IsOnEveryRank(const MpiCommunicator& communicator, const ProcessorMesh& processor, const char* file,
-                   const std::vector<std::int64_t>& numbers) {
-  const std::int64_t nWith = SumOfAll(communicator, numbers.empty() ? 0 : 1);
+bool IsOnEveryRank(MpiCommunicator const& communicator, ProcessorMesh const& processor, char const* file,
+                   std::vector<std::int64_t> const& numbers) {
+  std::int64_t const nWith = SumOfAll(communicator, numbers.empty() ? 0 : 1);
   RunTogether(communicator, [&] {
     if (nWith == 0 || nWith == communicator.size() || !numbers.empty()) return;
     throw MeshError(processor.folder + ": " + file + " is missing, but other processor folders have it");
@@ -49,15 +49,15 @@ std::uint64_t Scrambled(std::int64_t number) {
 }
 
 /// Refuses cell numbers that are not 0 .. N-1, each once, over all ranks. No rank could hold a list of all.
-void CheckCellNumbers(const MpiCommunicator& communicator, const ProcessorMesh& processor) {
-  const std::int64_t nOwn = processor.mesh.nCells;
-  const std::int64_t nAll = SumOfAll(communicator, nOwn), nBefore = SumOfRanksBefore(communicator, nOwn);
+void CheckCellNumbers(MpiCommunicator const& communicator, ProcessorMesh const& processor) {
+  std::int64_t const nOwn = processor.mesh.nCells;
+  std::int64_t const nAll = SumOfAll(communicator, nOwn), nBefore = SumOfRanksBefore(communicator, nOwn);
   std::uint64_t excess = 0;  // of the numbers given over those of a numbering rank by rank
   for (std::int64_t c = 0; c < nOwn; ++c)
     excess += Scrambled(processor.globalCell[c]) - Scrambled(nBefore + c);
   MPI_Allreduce(MPI_IN_PLACE, &excess, 1, MPI_UINT64_T, MPI_SUM, communicator.get());
   RunTogether(communicator, [&] {
-    for (const std::int64_t number : processor.globalCell) {
+    for (std::int64_t const number : processor.globalCell) {
       if (number < 0 || number >= nAll) {
         throw MeshError(processor.folder + ": cellProcAddressing has " + std::to_string(number) +
                         ", which is not in 0 to " + std::to_string(nAll - 1));
@@ -73,7 +73,7 @@ void CheckCellNumbers(const MpiCommunicator& communicator, const ProcessorMesh& 
   });
 }
 
-void NumberCells(const MpiCommunicator& communicator, const ProcessorMesh& processor,
+void NumberCells(MpiCommunicator const& communicator, ProcessorMesh const& processor,
                  DecomposedNumbers& numbers) {
   if (IsOnEveryRank(communicator, processor, "cellProcAddressing", processor.globalCell)) {
     CheckCellNumbers(communicator, processor);
@@ -84,9 +84,9 @@ void NumberCells(const MpiCommunicator& communicator, const ProcessorMesh& proce
   std::iota(numbers.cell.begin(), numbers.cell.end(), SumOfRanksBefore(communicator, processor.mesh.nCells));
 }
 
-void CheckNodeNumbers(const MpiCommunicator& communicator, const ProcessorMesh& processor,
-                      const ProcessorCuts& cuts) {
-  const std::vector<std::vector<std::int64_t>> theirs = cuts.SwapNodeValues(processor.globalPoint);
+void CheckNodeNumbers(MpiCommunicator const& communicator, ProcessorMesh const& processor,
+                      ProcessorCuts const& cuts) {
+  std::vector<std::vector<std::int64_t>> const theirs = cuts.SwapNodeValues(processor.globalPoint);
   RunTogether(communicator, [&] {
     std::vector<std::int64_t> sorted = processor.globalPoint;
     std::sort(sorted.begin(), sorted.end());
@@ -101,7 +101,7 @@ void CheckNodeNumbers(const MpiCommunicator& communicator, const ProcessorMesh& 
   RunTogether(communicator, [&] {
     for (std::size_t i = 0; i < theirs.size(); ++i) {
       for (std::size_t n = 0; n < theirs[i].size(); ++n) {
-        const std::int64_t own = processor.globalPoint[cuts.Nodes(i)[n]];
+        std::int64_t const own = processor.globalPoint[cuts.Nodes(i)[n]];
         if (own == theirs[i][n]) continue;
         throw MeshError(processor.folder + ": pointProcAddressing calls a node " + std::to_string(own) +
                         " that is " + std::to_string(theirs[i][n]) + " in processor" +
@@ -113,11 +113,11 @@ void CheckNodeNumbers(const MpiCommunicator& communicator, const ProcessorMesh& 
 
 /// Gives every node the smallest of the values that it has on any rank. A node may be on ranks that share no face with
 /// each other: the smallest travels from face to face until nothing changes.
-void SpreadSmallest(const MpiCommunicator& communicator, const std::string& folder, const ProcessorCuts& cuts,
+void SpreadSmallest(MpiCommunicator const& communicator, std::string const& folder, ProcessorCuts const& cuts,
                     std::vector<std::int64_t>& ofNode) {
   // A node is on every rank once at most, so that its smallest value is everywhere after as many rounds as there are
   // ranks. Only cuts that string different nodes together go on; four times the rounds leave room for a few.
-  const std::int64_t mostRounds = 4 * std::int64_t{communicator.size()} + 16;
+  std::int64_t const mostRounds = 4 * std::int64_t{communicator.size()} + 16;
   std::int64_t nChanged = 1;
   for (std::int64_t round = 0; nChanged > 0; ++round) {
     if (round == mostRounds) {
@@ -126,7 +126,7 @@ void SpreadSmallest(const MpiCommunicator& communicator, const std::string& fold
       });
     }
     nChanged = 0;
-    const std::vector<std::vector<std::int64_t>> theirs = cuts.SwapNodeValues(ofNode);
+    std::vector<std::vector<std::int64_t>> const theirs = cuts.SwapNodeValues(ofNode);
     for (std::size_t i = 0; i < theirs.size(); ++i) {
       for (std::size_t n = 0; n < theirs[i].size(); ++n) {
         std::int64_t& own = ofNode[cuts.Nodes(i)[n]];
@@ -140,10 +140,10 @@ void SpreadSmallest(const MpiCommunicator& communicator, const std::string& fold
 }
 
 /// A node on several ranks is numbered by the lowest of them.
-void NumberNodesByRank(const MpiCommunicator& communicator, const ProcessorMesh& processor,
-                       const ProcessorCuts& cuts, DecomposedNumbers& numbers) {
-  const std::size_t n = processor.mesh.points.size();
-  const std::int64_t before = SumOfRanksBefore(communicator, static_cast<std::int64_t>(n));
+void NumberNodesByRank(MpiCommunicator const& communicator, ProcessorMesh const& processor,
+                       ProcessorCuts const& cuts, DecomposedNumbers& numbers) {
+  std::size_t const n = processor.mesh.points.size();
+  std::int64_t const before = SumOfRanksBefore(communicator, static_cast<std::int64_t>(n));
   std::vector<std::int64_t> first(n);  // of the copies of a node, all copies counted
   std::iota(first.begin(), first.end(), before);
   SpreadSmallest(communicator, processor.folder, cuts, first);
@@ -161,14 +161,14 @@ void NumberNodesByRank(const MpiCommunicator& communicator, const ProcessorMesh&
 
 }  // namespace
 
-DecomposedNumbers NumberDecomposedMesh(const MpiCommunicator& communicator, const ProcessorMesh& processor,
-                                       const ProcessorCuts& cuts) {
+DecomposedNumbers NumberDecomposedMesh(MpiCommunicator const& communicator, ProcessorMesh const& processor,
+                                       ProcessorCuts const& cuts) {
   DecomposedNumbers numbers;
   NumberCells(communicator, processor, numbers);
   if (IsOnEveryRank(communicator, processor, "pointProcAddressing", processor.globalPoint)) {
     CheckNodeNumbers(communicator, processor, cuts);
     numbers.node = processor.globalPoint;
-    const std::int64_t highest = *std::max_element(numbers.node.begin(), numbers.node.end());
+    std::int64_t const highest = *std::max_element(numbers.node.begin(), numbers.node.end());
     numbers.nNodes = LargestOfAll(communicator, highest) + 1;
   } else {
     NumberNodesByRank(communicator, processor, cuts, numbers);

@@ -18,7 +18,7 @@ struct DecomposedNumbers {
 
 /// Collective. Takes the numbers of the addressing files, or numbers rank by rank where there are none. Throws MeshError
 /// if only some ranks have them, or if they contradict each other.
-DecomposedNumbers NumberDecomposedMesh(const MpiCommunicator& communicator, const ProcessorMesh& processor,
-                                       const ProcessorCuts& cuts);
+DecomposedNumbers NumberDecomposedMesh(MpiCommunicator const& communicator, ProcessorMesh const& processor,
+                                       ProcessorCuts const& cuts);
 
 }  // namespace reference_host

@@ -8,9 +8,9 @@
 
 namespace reference_host {
 
-DecomposedPartBuilder::DecomposedPartBuilder(const MpiCommunicator& communicator,
-                                             const ProcessorMesh& processor, const ProcessorCuts& cuts,
-                                             const DecomposedNumbers& numbers)
+DecomposedPartBuilder::DecomposedPartBuilder(MpiCommunicator const& communicator,
+                                             ProcessorMesh const& processor, ProcessorCuts const& cuts,
+                                             DecomposedNumbers const& numbers)
     : communicator_(communicator), processor_(processor), cuts_(cuts), numbers_(numbers) {
   part_.part = communicator.rank();
   part_.nParts = communicator.size();
@@ -30,14 +30,14 @@ MeshPart DecomposedPartBuilder::Build() {
 
 /// The nodes of the cells at the cuts, ascending by their number in the whole mesh; empty for other cells.
 std::vector<std::vector<int>> DecomposedPartBuilder::NodesOfCutCells() const {
-  const FaceMesh& mesh = processor_.mesh;
+  FaceMesh const& mesh = processor_.mesh;
   std::vector<char> isAtCut(static_cast<std::size_t>(mesh.nCells), 0);
-  for (const ProcessorCut& cut : processor_.cuts) {
+  for (ProcessorCut const& cut : processor_.cuts) {
     for (int k = 0; k < cut.nFaces; ++k) isAtCut[CellAtCut(cut, k)] = 1;
   }
   std::vector<std::vector<int>> nodes(isAtCut.size());
   for (int f = 0; f < mesh.nFaces(); ++f) {
-    for (const int cell : {mesh.owner[f], mesh.neighbour[f]}) {
+    for (int const cell : {mesh.owner[f], mesh.neighbour[f]}) {
       if (cell < 0 || isAtCut[cell] == 0) continue;
       nodes[cell].insert(nodes[cell].end(),
                          mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f]),
@@ -55,11 +55,11 @@ std::vector<std::vector<int>> DecomposedPartBuilder::NodesOfCutCells() const {
 // To each neighbour: the cell of every face of the cut; then, for each of these cells once, its number, how many nodes
 // it has and their numbers, with the places of the nodes in a list of their own.
 void DecomposedPartBuilder::FetchHalo() {
-  const std::size_t nCuts = processor_.cuts.size();
+  std::size_t const nCuts = processor_.cuts.size();
   std::vector<std::vector<std::int64_t>> cellOfFace(nCuts), words(nCuts);
   std::vector<std::vector<Point>> points(nCuts);
   RunTogether(communicator_, [&] {
-    const std::vector<std::vector<int>> nodesOfCell = NodesOfCutCells();
+    std::vector<std::vector<int>> const nodesOfCell = NodesOfCutCells();
     for (std::size_t i = 0; i < nCuts; ++i) {
       std::vector<int> cells;
       for (int k = 0; k < processor_.cuts[i].nFaces; ++k) {
@@ -68,10 +68,10 @@ void DecomposedPartBuilder::FetchHalo() {
       }
       std::sort(cells.begin(), cells.end());
       cells.erase(std::unique(cells.begin(), cells.end()), cells.end());
-      for (const int cell : cells) {
+      for (int const cell : cells) {
         words[i].push_back(numbers_.cell[cell]);
         words[i].push_back(static_cast<std::int64_t>(nodesOfCell[cell].size()));
-        for (const int node : nodesOfCell[cell]) {
+        for (int const node : nodesOfCell[cell]) {
           words[i].push_back(numbers_.node[node]);
           points[i].push_back(processor_.mesh.points[node]);
         }
@@ -86,12 +86,12 @@ void DecomposedPartBuilder::FetchHalo() {
   });
 }
 
-void DecomposedPartBuilder::UnpackHalo(std::size_t i, const std::vector<std::int64_t>& words,
-                                       const std::vector<Point>& points) {
+void DecomposedPartBuilder::UnpackHalo(std::size_t i, std::vector<std::int64_t> const& words,
+                                       std::vector<Point> const& points) {
   std::size_t nPoints = 0;
   for (std::size_t w = 0; w < words.size();) {
     HaloCell halo = {words[w], processor_.cuts[i].neighbour, {}};
-    const auto nNodes = static_cast<std::size_t>(words[w + 1]);
+    auto const nNodes = static_cast<std::size_t>(words[w + 1]);
     w += 2;
     for (std::size_t n = 0; n < nNodes; ++n, ++w) {
       halo.nodes.push_back(words[w]);
@@ -102,7 +102,7 @@ void DecomposedPartBuilder::UnpackHalo(std::size_t i, const std::vector<std::int
 }
 
 void DecomposedPartBuilder::NumberCells() {
-  const std::size_t n = numbers_.cell.size();
+  std::size_t const n = numbers_.cell.size();
   std::vector<int> order(n);
   std::iota(order.begin(), order.end(), 0);
   std::sort(order.begin(), order.end(), [this](int a, int b) { return numbers_.cell[a] < numbers_.cell[b]; });
@@ -112,8 +112,8 @@ void DecomposedPartBuilder::NumberCells() {
     localCell_[order[c]] = static_cast<int>(c);
     part_.globalCell.push_back(numbers_.cell[order[c]]);
   }
-  std::sort(halo_.begin(), halo_.end(), [](const HaloCell& a, const HaloCell& b) { return a.cell < b.cell; });
-  for (const HaloCell& halo : halo_) {
+  std::sort(halo_.begin(), halo_.end(), [](HaloCell const& a, HaloCell const& b) { return a.cell < b.cell; });
+  for (HaloCell const& halo : halo_) {
     part_.globalCell.push_back(halo.cell);
     part_.haloPart.push_back(halo.part);
   }
@@ -121,20 +121,20 @@ void DecomposedPartBuilder::NumberCells() {
 
 /// Nodes of own faces and of halo cells, ascending by their number in the whole mesh. A node of both keeps its own place.
 void DecomposedPartBuilder::NumberNodes() {
-  const FaceMesh& mesh = processor_.mesh;
+  FaceMesh const& mesh = processor_.mesh;
   localNode_.assign(mesh.points.size(), -1);
-  for (const int node : mesh.faceNode) localNode_[node] = 0;
+  for (int const node : mesh.faceNode) localNode_[node] = 0;
   std::vector<NumberedPoint> points;
   for (std::size_t n = 0; n < localNode_.size(); ++n) {
     if (localNode_[n] == 0) points.emplace_back(numbers_.node[n], mesh.points[n]);
   }
   points.insert(points.end(), haloPoints_.begin(), haloPoints_.end());
   std::stable_sort(points.begin(), points.end(),
-                   [](const NumberedPoint& a, const NumberedPoint& b) { return a.first < b.first; });
+                   [](NumberedPoint const& a, NumberedPoint const& b) { return a.first < b.first; });
   points.erase(std::unique(points.begin(), points.end(),
-                           [](const NumberedPoint& a, const NumberedPoint& b) { return a.first == b.first; }),
+                           [](NumberedPoint const& a, NumberedPoint const& b) { return a.first == b.first; }),
                points.end());
-  for (const auto& [number, point] : points) {
+  for (auto const& [number, point] : points) {
     part_.globalNode.push_back(number);
     part_.points.push_back(point);
   }
@@ -144,8 +144,8 @@ void DecomposedPartBuilder::NumberNodes() {
 }
 
 void DecomposedPartBuilder::AddHaloNodes() {
-  for (const HaloCell& halo : halo_) {
-    for (const std::int64_t node : halo.nodes) part_.haloNode.push_back(LocalNode(node));
+  for (HaloCell const& halo : halo_) {
+    for (std::int64_t const node : halo.nodes) part_.haloNode.push_back(LocalNode(node));
     part_.haloNodeStart.push_back(part_.haloNode.size());
   }
 }
@@ -153,18 +153,18 @@ void DecomposedPartBuilder::AddHaloNodes() {
 /// Faces in the order of the whole mesh if it is known and leaves those of each patch in their order, by which boundary
 /// values of a field file are found; else as they are.
 std::vector<int> DecomposedPartBuilder::FacesInOrder() const {
-  const FaceMesh& mesh = processor_.mesh;
+  FaceMesh const& mesh = processor_.mesh;
   std::vector<int> order(static_cast<std::size_t>(mesh.nFaces()));
   std::iota(order.begin(), order.end(), 0);
-  const std::vector<std::int64_t>& address = processor_.faceAddress;
+  std::vector<std::int64_t> const& address = processor_.faceAddress;
   if (address.empty()) return order;
   // Unsigned: the file may hold the one number whose negative does not fit.
-  const auto place = [&address](int f) {
-    const auto number = static_cast<std::uint64_t>(address[f]);
+  auto const place = [&address](int f) {
+    auto const number = static_cast<std::uint64_t>(address[f]);
     return address[f] < 0 ? 0 - number : number;
   };
   for (int f = 1; f < mesh.nFaces(); ++f) {
-    const bool isSamePatch = mesh.facePatch[f] >= 0 && mesh.facePatch[f] == mesh.facePatch[f - 1];
+    bool const isSamePatch = mesh.facePatch[f] >= 0 && mesh.facePatch[f] == mesh.facePatch[f - 1];
     if (isSamePatch && place(f) < place(f - 1)) return order;
   }
   std::stable_sort(order.begin(), order.end(), [&place](int a, int b) { return place(a) < place(b); });
@@ -172,14 +172,14 @@ std::vector<int> DecomposedPartBuilder::FacesInOrder() const {
 }
 
 void DecomposedPartBuilder::AddFaces() {
-  const FaceMesh& mesh = processor_.mesh;
+  FaceMesh const& mesh = processor_.mesh;
   std::vector<std::pair<int, int>> cutOfFace(static_cast<std::size_t>(mesh.nFaces()), {-1, 0});
   for (std::size_t i = 0; i < processor_.cuts.size(); ++i) {
-    const ProcessorCut& cut = processor_.cuts[i];
+    ProcessorCut const& cut = processor_.cuts[i];
     for (int k = 0; k < cut.nFaces; ++k) cutOfFace[cut.firstFace + k] = {static_cast<int>(i), k};
   }
-  for (const int f : FacesInOrder()) {
-    const auto [cut, k] = cutOfFace[f];
+  for (int const f : FacesInOrder()) {
+    auto const [cut, k] = cutOfFace[f];
     if (cut >= 0) {
       AddCutFace(static_cast<std::size_t>(cut), k);
     } else {
@@ -189,7 +189,7 @@ void DecomposedPartBuilder::AddFaces() {
 }
 
 void DecomposedPartBuilder::AddOwnFace(int f) {
-  const FaceMesh& mesh = processor_.mesh;
+  FaceMesh const& mesh = processor_.mesh;
   for (std::size_t n = mesh.faceStart[f]; n < mesh.faceStart[f + 1]; ++n) {
     part_.faceNode.push_back(localNode_[mesh.faceNode[n]]);
   }
@@ -200,10 +200,10 @@ void DecomposedPartBuilder::AddOwnFace(int f) {
 /// The cell of the lower number owns a face between two, as in every mesh of OpenFOAM; its side has the order of the
 /// nodes.
 void DecomposedPartBuilder::AddCutFace(std::size_t i, int k) {
-  const FaceMesh& mesh = processor_.mesh;
-  const int f = processor_.cuts[i].firstFace + k;
-  const int own = localCell_[mesh.owner[f]];
-  const int halo = LocalHaloCell(cellBeyond_[i][k]);
+  FaceMesh const& mesh = processor_.mesh;
+  int const f = processor_.cuts[i].firstFace + k;
+  int const own = localCell_[mesh.owner[f]];
+  int const halo = LocalHaloCell(cellBeyond_[i][k]);
   if (part_.globalCell[own] < part_.globalCell[halo]) {
     for (std::size_t n = mesh.faceStart[f]; n < mesh.faceStart[f + 1]; ++n) {
       part_.faceNode.push_back(localNode_[mesh.faceNode[n]]);
@@ -226,15 +226,15 @@ void DecomposedPartBuilder::EndFace(int owner, int neighbour, int patch) {
 
 /// @pre the part has the node
 int DecomposedPartBuilder::LocalNode(std::int64_t global) const {
-  const auto found = std::lower_bound(part_.globalNode.begin(), part_.globalNode.end(), global);
+  auto const found = std::lower_bound(part_.globalNode.begin(), part_.globalNode.end(), global);
   return static_cast<int>(found - part_.globalNode.begin());
 }
 
 /// @pre the part has the halo cell
 int DecomposedPartBuilder::LocalHaloCell(std::int64_t global) const {
-  const auto found =
+  auto const found =
       std::lower_bound(halo_.begin(), halo_.end(), global,
-                       [](const HaloCell& halo, std::int64_t cell) { return halo.cell < cell; });
+                       [](HaloCell const& halo, std::int64_t cell) { return halo.cell < cell; });
   return part_.nOwned + static_cast<int>(found - halo_.begin());
 }
 

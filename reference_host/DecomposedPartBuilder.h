@@ -16,8 +16,8 @@ namespace reference_host {
 class DecomposedPartBuilder {
  public:
   /// All borrowed.
-  DecomposedPartBuilder(const MpiCommunicator& communicator, const ProcessorMesh& processor,
-                        const ProcessorCuts& cuts, const DecomposedNumbers& numbers);
+  DecomposedPartBuilder(MpiCommunicator const& communicator, ProcessorMesh const& processor,
+                        ProcessorCuts const& cuts, DecomposedNumbers const& numbers);
 
   /// Collective. Once.
   MeshPart Build();
@@ -31,11 +31,11 @@ class DecomposedPartBuilder {
   };
   using NumberedPoint = std::pair<std::int64_t, Point>;
 
-  int CellAtCut(const ProcessorCut& cut, int k) const { return processor_.mesh.owner[cut.firstFace + k]; }
+  int CellAtCut(ProcessorCut const& cut, int k) const { return processor_.mesh.owner[cut.firstFace + k]; }
 
   std::vector<std::vector<int>> NodesOfCutCells() const;
   void FetchHalo();
-  void UnpackHalo(std::size_t i, const std::vector<std::int64_t>& words, const std::vector<Point>& points);
+  void UnpackHalo(std::size_t i, std::vector<std::int64_t> const& words, std::vector<Point> const& points);
 
   void NumberCells();
   void NumberNodes();
@@ -49,10 +49,10 @@ class DecomposedPartBuilder {
   int LocalNode(std::int64_t global) const;
   int LocalHaloCell(std::int64_t global) const;
 
-  const MpiCommunicator& communicator_;
-  const ProcessorMesh& processor_;
-  const ProcessorCuts& cuts_;
-  const DecomposedNumbers& numbers_;
+  MpiCommunicator const& communicator_;
+  ProcessorMesh const& processor_;
+  ProcessorCuts const& cuts_;
+  DecomposedNumbers const& numbers_;
 
   std::vector<std::vector<std::int64_t>>
       cellBeyond_;              ///< by cut and face: the neighbour's cell in the whole mesh

@@ -20,8 +20,8 @@ struct EdgeOfFace {
   int low, high;  ///< nodes
   int face;
 
-  bool IsSameEdge(const EdgeOfFace& other) const { return low == other.low && high == other.high; }
-  bool operator<(const EdgeOfFace& other) const {
+  bool IsSameEdge(EdgeOfFace const& other) const { return low == other.low && high == other.high; }
+  bool operator<(EdgeOfFace const& other) const {
     return std::tie(low, high, face) < std::tie(other.low, other.high, other.face);
   }
 };
@@ -31,7 +31,7 @@ struct Corner {
   int node, patch, face;
   int before, after;  ///< nodes beside it, in the order of the face
 
-  bool operator<(const Corner& other) const {
+  bool operator<(Corner const& other) const {
     return std::tie(node, patch, face) < std::tie(other.node, other.patch, other.face);
   }
 };
@@ -43,7 +43,7 @@ struct DualFace {
 
 class DualMaker {
  public:
-  explicit DualMaker(const FaceMesh& mesh) : mesh_(mesh) {}
+  explicit DualMaker(FaceMesh const& mesh) : mesh_(mesh) {}
 
   FaceMesh Make() {
     PlaceCentres();
@@ -54,13 +54,13 @@ class DualMaker {
   }
 
  private:
-  int AddPoint(const Point& point) {
+  int AddPoint(Point const& point) {
     result_.points.push_back(point);
     return static_cast<int>(result_.points.size()) - 1;
   }
 
   int NodeCount(int f) const { return static_cast<int>(mesh_.faceStart[f + 1] - mesh_.faceStart[f]); }
-  const int* Nodes(int f) const { return mesh_.faceNode.data() + mesh_.faceStart[f]; }
+  int const* Nodes(int f) const { return mesh_.faceNode.data() + mesh_.faceStart[f]; }
 
   /// Centres of the cells are the points 0.., those of the boundary faces follow.
   void PlaceCentres() {
@@ -76,9 +76,9 @@ class DualMaker {
     std::vector<EdgeOfFace> edges;
     edges.reserve(mesh_.faceNode.size());
     for (int f = 0; f < mesh_.nFaces(); ++f) {
-      const int n = NodeCount(f);
+      int const n = NodeCount(f);
       for (int k = 0; k < n; ++k) {
-        const auto [low, high] = std::minmax({Nodes(f)[k], Nodes(f)[(k + 1) % n]});
+        auto const [low, high] = std::minmax({Nodes(f)[k], Nodes(f)[(k + 1) % n]});
         edges.push_back({low, high, f});
       }
     }
@@ -92,7 +92,7 @@ class DualMaker {
   }
 
   /// The face between the cells of an edge's two nodes. @param faces  around the edge
-  void MakeInnerFace(int low, int high, const std::vector<int>& faces) {
+  void MakeInnerFace(int low, int high, std::vector<int> const& faces) {
     std::vector<int> ends;
     std::copy_if(faces.begin(), faces.end(), std::back_inserter(ends),
                  [this](int f) { return mesh_.neighbour[f] < 0; });
@@ -114,21 +114,21 @@ class DualMaker {
     faces_.push_back(std::move(dual));
   }
 
-  int OtherFaceOf(int cell, int face, const std::vector<int>& faces) const {
+  int OtherFaceOf(int cell, int face, std::vector<int> const& faces) const {
     return *std::find_if(faces.begin(), faces.end(), [&](int f) {
       return f != face && (mesh_.owner[f] == cell || mesh_.neighbour[f] == cell);
     });
   }
 
-  void TurnTowards(const Point& direction, std::vector<int>& nodes) const {
-    const FaceGeometry face =
+  void TurnTowards(Point const& direction, std::vector<int>& nodes) const {
+    FaceGeometry const face =
         ComputeFaceGeometry(result_.points, nodes.data(), static_cast<int>(nodes.size()));
     if (Dot(face.area, direction) < 0.0) std::reverse(nodes.begin(), nodes.end());
   }
 
   /// The middle of an edge between two patches, made once.
   int MiddleOf(int a, int b) {
-    const auto [known, isNew] = middles_.try_emplace(std::pair<int, int>(std::minmax(a, b)), -1);
+    auto const [known, isNew] = middles_.try_emplace(std::pair<int, int>(std::minmax(a, b)), -1);
     if (isNew) known->second = AddPoint(Scaled(0.5, Sum(mesh_.points[a], mesh_.points[b])));
     return known->second;
   }
@@ -137,7 +137,7 @@ class DualMaker {
     std::vector<Corner> corners;
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (mesh_.neighbour[f] >= 0) continue;
-      const int n = NodeCount(f);
+      int const n = NodeCount(f);
       for (int k = 0; k < n; ++k)
         corners.push_back(
             {Nodes(f)[k], mesh_.facePatch[f], f, Nodes(f)[(k + n - 1) % n], Nodes(f)[(k + 1) % n]});
@@ -145,7 +145,7 @@ class DualMaker {
     std::sort(corners.begin(), corners.end());
     pointOfNode_.assign(mesh_.points.size(), -1);
     for (auto begin = corners.begin(); begin != corners.end();) {
-      const auto end = std::find_if(begin, corners.end(), [&](const Corner& corner) {
+      auto const end = std::find_if(begin, corners.end(), [&](Corner const& corner) {
         return corner.node != begin->node || corner.patch != begin->patch;
       });
       MakeBoundaryFacesOf({begin, end});
@@ -156,12 +156,12 @@ class DualMaker {
   /// @param corners  all at one node, in one patch
   void MakeBoundaryFacesOf(std::vector<Corner> corners) {
     while (!corners.empty()) {
-      const auto isFirst = [&corners](const Corner& corner) {
+      auto const isFirst = [&corners](Corner const& corner) {
         return std::none_of(corners.begin(), corners.end(),
-                            [&corner](const Corner& other) { return other.before == corner.after; });
+                            [&corner](Corner const& other) { return other.before == corner.after; });
       };
       auto next = std::find_if(corners.begin(), corners.end(), isFirst);
-      const bool isOpen = next != corners.end();
+      bool const isOpen = next != corners.end();
       if (!isOpen) next = corners.begin();
       DualFace dual = {next->node, -1, next->patch, {}};
       if (isOpen) dual.nodes.push_back(MiddleOf(next->node, next->after));
@@ -172,7 +172,7 @@ class DualMaker {
         dual.nodes.push_back(centreOfFace_[next->face]);
         corners.erase(next);
         next = std::find_if(corners.begin(), corners.end(),
-                            [before](const Corner& corner) { return corner.after == before; });
+                            [before](Corner const& corner) { return corner.after == before; });
       }
       if (isOpen) {
         dual.nodes.push_back(MiddleOf(dual.owner, before));
@@ -188,13 +188,13 @@ class DualMaker {
   }
 
   void CollectFaces() {
-    std::stable_sort(faces_.begin(), faces_.end(), [](const DualFace& a, const DualFace& b) {
-      const auto order = [](const DualFace& f) {
+    std::stable_sort(faces_.begin(), faces_.end(), [](DualFace const& a, DualFace const& b) {
+      auto const order = [](DualFace const& f) {
         return std::tuple(f.owner, f.neighbour < 0, f.neighbour, f.patch);
       };
       return order(a) < order(b);
     });
-    for (const DualFace& face : faces_) {
+    for (DualFace const& face : faces_) {
       result_.faceNode.insert(result_.faceNode.end(), face.nodes.begin(), face.nodes.end());
       result_.faceStart.push_back(result_.faceNode.size());
       result_.owner.push_back(face.owner);
@@ -205,7 +205,7 @@ class DualMaker {
     result_.nCells = static_cast<int>(mesh_.points.size());
   }
 
-  const FaceMesh& mesh_;
+  FaceMesh const& mesh_;
   FaceMesh result_;
   std::vector<DualFace> faces_;
   std::vector<int> centreOfFace_;               // by face: the point of its centre, -1 inside
@@ -215,6 +215,6 @@ class DualMaker {
 
 }  // namespace
 
-FaceMesh MakeDual(const FaceMesh& mesh) { return DualMaker(mesh).Make(); }
+FaceMesh MakeDual(FaceMesh const& mesh) { return DualMaker(mesh).Make(); }
 
 }  // namespace reference_host

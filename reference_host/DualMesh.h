@@ -15,6 +15,6 @@ namespace reference_host {
 /// and then by neighbour, faces of the boundary last, by patch. Faces with more than three nodes are in general
 /// not plane.
 /// @pre all points are used, every cell's faces close it, and boundary faces around a node turn alike
-FaceMesh MakeDual(const FaceMesh& mesh);
+FaceMesh MakeDual(FaceMesh const& mesh);
 
 }  // namespace reference_host

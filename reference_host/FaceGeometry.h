@@ -24,19 +24,19 @@ struct FaceFan {
 /// The triangles around the average of a face's nodes.
 /// @param[in] points  coordinates by node number
 /// @param[in] nodes   [0..n-1] the face's nodes in order around it, n >= 3
-FaceFan ComputeFaceFan(const std::vector<Point>& points, const int* nodes, int n);
+FaceFan ComputeFaceFan(std::vector<Point> const& points, int const* nodes, int n);
 
 /// Area vector S = sum of the triangle vectors S_t, and centre = sum of c_t (S_t . S) / (S . S) with the
 /// triangle centroids c_t: weighted by the area projected on S, so that the centre of a warped face does not
 /// depend on where the origin is. A face without area has its centre in the node average.
-FaceGeometry ComputeFaceGeometry(const FaceFan& fan);
+FaceGeometry ComputeFaceGeometry(FaceFan const& fan);
 
 /// The same from the nodes; parameters as for ComputeFaceFan.
-FaceGeometry ComputeFaceGeometry(const std::vector<Point>& points, const int* nodes, int n);
+FaceGeometry ComputeFaceGeometry(std::vector<Point> const& points, int const* nodes, int n);
 
 /// First position in `nodes` of the three consecutive nodes (around the end too) that span the face's plane
 /// best: the one with the largest (n2 - n1) x (n3 - n1) . area. A row that starts there can be read as a
 /// triangle even if the face has collinear nodes or is warped.
-int BestSpanningTriple(const std::vector<Point>& points, const int* nodes, int n, const Point& area);
+int BestSpanningTriple(std::vector<Point> const& points, int const* nodes, int n, Point const& area);
 
 }  // namespace reference_host

@@ -35,9 +35,9 @@ constexpr std::array<ShapeTable, 4> kShapes = {{
 }};
 // clang-format on
 
-const ShapeTable& TableOf(CellShape shape) { return kShapes[static_cast<std::size_t>(shape)]; }
+ShapeTable const& TableOf(CellShape shape) { return kShapes[static_cast<std::size_t>(shape)]; }
 
-int NodeCountOfFace(const std::array<int, 4>& face) { return face[3] < 0 ? 3 : 4; }
+int NodeCountOfFace(std::array<int, 4> const& face) { return face[3] < 0 ? 3 : 4; }
 
 /// The lowest node first, the others ascending; a triangle's -1 stays last.
 std::array<int, 4> Sorted(std::array<int, 4> nodes) {
@@ -46,8 +46,8 @@ std::array<int, 4> Sorted(std::array<int, 4> nodes) {
 }
 
 /// Whether b is a walked backwards, from any node on.
-bool IsReverse(const std::array<int, 4>& a, const std::array<int, 4>& b) {
-  const int n = NodeCountOfFace(a);
+bool IsReverse(std::array<int, 4> const& a, std::array<int, 4> const& b) {
+  int const n = NodeCountOfFace(a);
   for (int shift = 0; shift < n; ++shift) {
     bool same = true;
     for (int i = 0; i < n; ++i) same = same && a[i] == b[(shift + n - i) % n];
@@ -65,14 +65,14 @@ FaceMeshBuilder::FaceMeshBuilder(std::string meshName, std::vector<Point> points
   if (points_.size() > kMostItems) Fail("more nodes than an int can count");
 }
 
-void FaceMeshBuilder::Fail(const std::string& what) const { throw MeshError(meshName_ + ": " + what); }
+void FaceMeshBuilder::Fail(std::string const& what) const { throw MeshError(meshName_ + ": " + what); }
 
 std::string FaceMeshBuilder::NameOfCell(int cell) const {
   return nameOfCell_ ? nameOfCell_(cell) : "cell " + std::to_string(cell + 1);
 }
 
-void FaceMeshBuilder::AddCell(CellShape shape, const int* nodes) {
-  const ShapeTable& table = TableOf(shape);
+void FaceMeshBuilder::AddCell(CellShape shape, int const* nodes) {
+  ShapeTable const& table = TableOf(shape);
   if (shape_.size() == kMostItems) Fail("more cells than an int can count");
   shape_.push_back(shape);
   for (int i = 0; i < table.nNodes; ++i) {
@@ -89,7 +89,7 @@ void FaceMeshBuilder::AddCell(CellShape shape, const int* nodes) {
 /// A volume that is zero or not a number says nothing about the direction; the mesh check refuses the cell.
 void FaceMeshBuilder::OrientLastCell() {
   if (!(VolumeOfLastCell() < 0.0)) return;
-  const ShapeTable& table = TableOf(shape_.back());
+  ShapeTable const& table = TableOf(shape_.back());
   int* const nodes = node_.data() + node_.size() - table.nNodes;
   std::array<int, 8> given{};
   std::copy_n(nodes, table.nNodes, given.begin());
@@ -98,27 +98,27 @@ void FaceMeshBuilder::OrientLastCell() {
 
 /// By the same triangles as the geometry of the operators, so that both agree about the sign.
 double FaceMeshBuilder::VolumeOfLastCell() const {
-  const Point& reference = points_[node_[nodeStart_[shape_.size() - 1]]];
+  Point const& reference = points_[node_[nodeStart_[shape_.size() - 1]]];
   double volume3 = 0.0;
   for (int local = 0; local < TableOf(shape_.back()).nFaces; ++local) {
-    const FaceNodes nodes =
+    FaceNodes const nodes =
         NodesOfSide({static_cast<std::uint32_t>(shape_.size() - 1), static_cast<std::uint32_t>(local)});
-    const FaceFan fan = ComputeFaceFan(points_, nodes.data(), NodeCountOfFace(nodes));
+    FaceFan const fan = ComputeFaceFan(points_, nodes.data(), NodeCountOfFace(nodes));
     volume3 += Dot(fan.area, Difference(fan.apex, reference));
   }
   return volume3 / 3.0;
 }
 
-void FaceMeshBuilder::AddSurface(const int* nodes, int n, int patch) {
+void FaceMeshBuilder::AddSurface(int const* nodes, int n, int patch) {
   if (surface_.size() == kMostItems) Fail("more surface elements than an int can count");
   surface_.push_back({nodes[0], nodes[1], nodes[2], n == 4 ? nodes[3] : -1});
   patchOfSurface_.push_back(patch);
 }
 
-FaceMeshBuilder::FaceNodes FaceMeshBuilder::NodesOfSide(const Side& side) const {
+FaceMeshBuilder::FaceNodes FaceMeshBuilder::NodesOfSide(Side const& side) const {
   if (!IsCell(side)) return surface_[side.item - shape_.size()];
-  const int* const nodes = node_.data() + nodeStart_[side.item];
-  const FaceNodes& positions = TableOf(shape_[side.item]).faces[side.local];
+  int const* const nodes = node_.data() + nodeStart_[side.item];
+  FaceNodes const& positions = TableOf(shape_[side.item]).faces[side.local];
   FaceNodes face{};
   for (std::size_t i = 0; i < face.size(); ++i) face[i] = positions[i] < 0 ? -1 : nodes[positions[i]];
   return face;
@@ -135,11 +135,11 @@ FaceMesh FaceMeshBuilder::Build() {
 /// Those of node n stand at startOfNode[n]..startOfNode[n+1]-1, cells before surfaces, each ascending.
 std::vector<FaceMeshBuilder::Side> FaceMeshBuilder::SidesByLowestNode(
     std::vector<std::size_t>& startOfNode) const {
-  const auto forEachSide = [this](const auto& visit) {
+  auto const forEachSide = [this](auto const& visit) {
     for (std::size_t item = 0; item < shape_.size() + surface_.size(); ++item) {
-      const int nSides = item < shape_.size() ? TableOf(shape_[item]).nFaces : 1;
+      int const nSides = item < shape_.size() ? TableOf(shape_[item]).nFaces : 1;
       for (int local = 0; local < nSides; ++local) {
-        const Side side = {static_cast<std::uint32_t>(item), static_cast<std::uint32_t>(local)};
+        Side const side = {static_cast<std::uint32_t>(item), static_cast<std::uint32_t>(local)};
         visit(side, Sorted(NodesOfSide(side))[0]);
       }
     }
@@ -148,19 +148,19 @@ std::vector<FaceMeshBuilder::Side> FaceMeshBuilder::SidesByLowestNode(
   // Counting sort. The counts stand one place further than usual, because placing a side moves the start of
   // its node to where the next node's begins.
   startOfNode.assign(points_.size() + 2, 0);
-  forEachSide([&](const Side&, int lowest) { ++startOfNode[lowest + 2]; });
+  forEachSide([&](Side const&, int lowest) { ++startOfNode[lowest + 2]; });
   for (std::size_t n = 2; n < startOfNode.size(); ++n) startOfNode[n] += startOfNode[n - 1];
   std::vector<Side> sides(startOfNode.back());
-  forEachSide([&](const Side& side, int lowest) { sides[startOfNode[lowest + 1]++] = side; });
+  forEachSide([&](Side const& side, int lowest) { sides[startOfNode[lowest + 1]++] = side; });
   return sides;
 }
 
 void FaceMeshBuilder::MatchSides() {
   std::vector<std::size_t> startOfNode;
-  const std::vector<Side> sides = SidesByLowestNode(startOfNode);
+  std::vector<Side> const sides = SidesByLowestNode(startOfNode);
   otherSide_.assign(sideStart_.back(), kUncovered);
 
-  const auto before = [](const SortedSide& a, const SortedSide& b) {
+  auto const before = [](SortedSide const& a, SortedSide const& b) {
     if (a.otherNodes != b.otherNodes) return a.otherNodes < b.otherNodes;
     return a.side.item < b.side.item;
   };
@@ -168,13 +168,13 @@ void FaceMeshBuilder::MatchSides() {
   for (std::size_t n = 0; n < points_.size(); ++n) {
     ofNode.clear();
     for (std::size_t i = startOfNode[n]; i < startOfNode[n + 1]; ++i) {
-      const FaceNodes nodes = Sorted(NodesOfSide(sides[i]));
+      FaceNodes const nodes = Sorted(NodesOfSide(sides[i]));
       ofNode.push_back({{nodes[1], nodes[2], nodes[3]}, sides[i]});
     }
     std::sort(ofNode.begin(), ofNode.end(), before);
-    const SortedSide* const end = ofNode.data() + ofNode.size();
-    for (const SortedSide* first = ofNode.data(); first != end;) {
-      const SortedSide* last = first + 1;
+    SortedSide const* const end = ofNode.data() + ofNode.size();
+    for (SortedSide const* first = ofNode.data(); first != end;) {
+      SortedSide const* last = first + 1;
       while (last != end && last->otherNodes == first->otherNodes) ++last;
       MatchEqualSides(first, last);
       first = last;
@@ -182,8 +182,8 @@ void FaceMeshBuilder::MatchSides() {
   }
 }
 
-void FaceMeshBuilder::MatchEqualSides(const SortedSide* first, const SortedSide* last) {
-  const auto nCells = std::count_if(first, last, [this](const SortedSide& s) { return IsCell(s.side); });
+void FaceMeshBuilder::MatchEqualSides(SortedSide const* first, SortedSide const* last) {
+  auto const nCells = std::count_if(first, last, [this](SortedSide const& s) { return IsCell(s.side); });
   if (nCells > 2) {
     Fail(NameOfCell(static_cast<int>(first[2].side.item)) + " shares a face with " +
          NameOfCell(static_cast<int>(first[0].side.item)) + " and " +
@@ -191,12 +191,12 @@ void FaceMeshBuilder::MatchEqualSides(const SortedSide* first, const SortedSide*
   }
   if (nCells == 2) JoinCells(first[0].side, first[1].side);
   if (nCells == 1 && last - first > 1) {
-    const int patch = patchOfSurface_[first[1].side.item - shape_.size()];
+    int const patch = patchOfSurface_[first[1].side.item - shape_.size()];
     otherSide_[sideStart_[first[0].side.item] + first[0].side.local] = -1 - patch;
   }
 }
 
-void FaceMeshBuilder::JoinCells(const Side& a, const Side& b) {
+void FaceMeshBuilder::JoinCells(Side const& a, Side const& b) {
   // Outward normals of two cells that meet in a face are opposite.
   if (!IsReverse(NodesOfSide(a), NodesOfSide(b))) {
     Fail(NameOfCell(static_cast<int>(b.item)) + " lies on the same side of a common face as " +
@@ -207,7 +207,7 @@ void FaceMeshBuilder::JoinCells(const Side& a, const Side& b) {
 }
 
 int FaceMeshBuilder::UnnamedPatch() {
-  const std::string name = "unnamed";
+  std::string const name = "unnamed";
   for (std::size_t p = 0; p < patches_.size(); ++p) {
     if (patches_[p].name == name) return static_cast<int>(p);
   }
@@ -221,10 +221,10 @@ FaceMesh FaceMeshBuilder::CollectFaces() {
   int unnamed = -1;  // looked up when the first uncovered face asks for it
   for (int cell = 0; cell < mesh.nCells; ++cell) {
     for (int local = 0; local < TableOf(shape_[cell]).nFaces; ++local) {
-      const int other = otherSide_[sideStart_[cell] + local];
+      int const other = otherSide_[sideStart_[cell] + local];
       if (other >= 0 && other < cell) continue;  // the other cell has brought this face
       if (mesh.owner.size() == kMostItems) Fail("more faces than an int can count");
-      const FaceNodes nodes =
+      FaceNodes const nodes =
           NodesOfSide({static_cast<std::uint32_t>(cell), static_cast<std::uint32_t>(local)});
       mesh.faceNode.insert(mesh.faceNode.end(), nodes.begin(), nodes.begin() + NodeCountOfFace(nodes));
       mesh.faceStart.push_back(mesh.faceNode.size());
@@ -240,7 +240,7 @@ FaceMesh FaceMeshBuilder::CollectFaces() {
 
 void FaceMeshBuilder::DropUnusedPoints(FaceMesh& mesh) {
   std::vector<int> newNumber(points_.size(), -1);
-  for (const int node : mesh.faceNode) newNumber[node] = 0;
+  for (int const node : mesh.faceNode) newNumber[node] = 0;
   for (std::size_t n = 0; n < points_.size(); ++n) {
     if (newNumber[n] < 0) continue;
     newNumber[n] = static_cast<int>(mesh.points.size());

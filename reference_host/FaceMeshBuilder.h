@@ -40,12 +40,12 @@ class FaceMeshBuilder {
   /// Adds the next cell. One given inside out (its volume is negative) is turned round: mesh files have both.
   /// A node that occurs twice in it is a MeshError.
   /// @param[in] nodes  [0..NodeCount(shape)-1] node numbers
-  void AddCell(CellShape shape, const int* nodes);
+  void AddCell(CellShape shape, int const* nodes);
 
   /// Says that a boundary face with these nodes, in any direction, belongs to `patch`; the first of several
   /// counts. It does not matter if there is no such face or if it lies between two cells.
   /// @param[in] nodes  [0..n-1] node numbers, n = 3 or 4
-  void AddSurface(const int* nodes, int n, int patch);
+  void AddSurface(int const* nodes, int n, int patch);
 
   /// The mesh; the builder is spent. Boundary faces without a surface go to a patch called "unnamed", which
   /// is added if it is not there. Points that no cell uses are left out. A face of more than two cells, and
@@ -53,7 +53,7 @@ class FaceMeshBuilder {
   FaceMesh Build();
 
   /// After Build: the number, as given, of each point of the mesh.
-  const std::vector<int>& KeptPoints() const { return keptPoint_; }
+  std::vector<int> const& KeptPoints() const { return keptPoint_; }
 
  private:
   /// One face of a cell, or a surface element, on its way to its equals.
@@ -69,18 +69,18 @@ class FaceMeshBuilder {
   /// Nodes of a face in order; node[3] = -1 for a triangle.
   using FaceNodes = std::array<int, 4>;
 
-  [[noreturn]] void Fail(const std::string& what) const;
+  [[noreturn]] void Fail(std::string const& what) const;
   std::string NameOfCell(int cell) const;
-  bool IsCell(const Side& side) const { return side.item < shape_.size(); }
+  bool IsCell(Side const& side) const { return side.item < shape_.size(); }
 
   void OrientLastCell();
   double VolumeOfLastCell() const;
-  FaceNodes NodesOfSide(const Side& side) const;
+  FaceNodes NodesOfSide(Side const& side) const;
 
   std::vector<Side> SidesByLowestNode(std::vector<std::size_t>& startOfNode) const;
   void MatchSides();
-  void MatchEqualSides(const SortedSide* first, const SortedSide* last);
-  void JoinCells(const Side& a, const Side& b);
+  void MatchEqualSides(SortedSide const* first, SortedSide const* last);
+  void JoinCells(Side const& a, Side const& b);
 
   int UnnamedPatch();
   FaceMesh CollectFaces();

@@ -36,7 +36,7 @@ struct PatchEntry {
 bool TakesValueOfCell(std::string_view type) {
   constexpr std::array<std::string_view, 5> kTypes = {"zeroGradient", "symmetry", "symmetryPlane", "slip",
                                                       "empty"};
-  for (const std::string_view known : kTypes) {
+  for (std::string_view const known : kTypes) {
     if (type == known) return true;
   }
   return false;
@@ -44,7 +44,7 @@ bool TakesValueOfCell(std::string_view type) {
 
 class FieldParser {
  public:
-  FieldParser(const std::string& file, std::int64_t nCells, const PolyMeshBoundary& boundary)
+  FieldParser(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary)
       : file_(std::filesystem::path(file).parent_path().string(),
               std::filesystem::path(file).filename().string()),
         text_(file_.Text()),
@@ -66,17 +66,17 @@ class FieldParser {
   }
 
  private:
-  [[noreturn]] void Fail(const std::string& what) const { throw MeshError(file_.Name() + ": " + what); }
+  [[noreturn]] void Fail(std::string const& what) const { throw MeshError(file_.Name() + ": " + what); }
 
   /// What looking up the patches may cost. Patterns that begin or end with letters of their own need far less; a file of
   /// nothing but ".*a.*" for thousands of patches would take the product of both.
-  static std::uint64_t StepsFor(std::size_t nBytes, const PolyMeshBoundary& boundary) {
-    for (const Patch& patch : boundary.patches) nBytes += patch.name.size();
+  static std::uint64_t StepsFor(std::size_t nBytes, PolyMeshBoundary const& boundary) {
+    for (Patch const& patch : boundary.patches) nBytes += patch.name.size();
     return 20'000'000 + 200 * std::uint64_t{nBytes};
   }
 
   void ReadEntry() {
-    const std::string key = file_.Keyword();
+    std::string const key = file_.Keyword();
     if (key.empty()) text_.Fail("a '}' too many");
     if (key == "internalField") {
       internal_ = ReadValues(nCells_);
@@ -91,8 +91,8 @@ class FieldParser {
 
   // name { type fixedValue; value uniform 3; }
   void ReadPatch() {
-    const bool isPattern = text_.Peek() == '"';
-    const std::string name = isPattern ? std::string(text_.QuotedString("a patch name"))
+    bool const isPattern = text_.Peek() == '"';
+    std::string const name = isPattern ? std::string(text_.QuotedString("a patch name"))
                                        : std::string(text_.Name("a patch name or '}'"));
     if (isPattern) {
       AddPattern(name);
@@ -106,7 +106,7 @@ class FieldParser {
         entry.value = ReadValues(static_cast<std::int64_t>(boundary_.owner.size()));
         continue;
       }
-      const std::string value = file_.Value();
+      std::string const value = file_.Value();
       if (key == "type") entry.type = value;
     }
     if (isPattern) {
@@ -116,16 +116,16 @@ class FieldParser {
     }
   }
 
-  void AddPattern(const std::string& text) {
+  void AddPattern(std::string const& text) {
     NamePattern pattern;
-    const std::string fault = pattern.Parse(text);
+    std::string const fault = pattern.Parse(text);
     if (!fault.empty()) text_.Fail("the pattern " + Quoted(text) + " " + fault);
     patterns_.Add(std::move(pattern));
   }
 
   Values ReadValues(std::int64_t most) {
     Values values;
-    const std::string_view kind = text_.Word("uniform or nonuniform");
+    std::string_view const kind = text_.Word("uniform or nonuniform");
     if (kind == "$internalField") {
       if (!internal_ || !internal_->IsUniform())
         text_.Fail("$internalField stands for values only of a uniform field");
@@ -142,9 +142,9 @@ class FieldParser {
   }
 
   void ReadList(std::int64_t most, Values& values) {
-    const char first = text_.Peek();
+    char const first = text_.Peek();
     if (first != '(' && (first < '0' || first > '9')) {
-      const std::string_view type = text_.Word("List<scalar>");
+      std::string_view const type = text_.Word("List<scalar>");
       if (type != "List<scalar>") text_.Fail("List<scalar> expected instead of " + Quoted(type));
     }
     FoamValues<double> read =
@@ -154,7 +154,7 @@ class FieldParser {
     values.list = std::move(read.list);
   }
 
-  std::vector<double> Expanded(const Values& values, std::int64_t n, const std::string& of) const {
+  std::vector<double> Expanded(Values const& values, std::int64_t n, std::string const& of) const {
     if (!values.IsUniform() && values.count != n) {
       Fail(std::to_string(values.count) + " values for " + std::to_string(n) + " " + of);
     }
@@ -163,8 +163,8 @@ class FieldParser {
   }
 
   void AddPatch(std::size_t p, FoamField& field) {
-    const PatchEntry* const entry = EntryOf(boundary_.patches[p].name);
-    const std::int64_t nFaces = boundary_.facesOfPatch[p].count;
+    PatchEntry const* const entry = EntryOf(boundary_.patches[p].name);
+    std::int64_t const nFaces = boundary_.facesOfPatch[p].count;
     field.patch.emplace_back();
     field.lacksValues.push_back(0);
     if (nFaces == 0 || (entry != nullptr && TakesValueOfCell(entry->type))) return;
@@ -176,10 +176,10 @@ class FieldParser {
     }
   }
 
-  const PatchEntry* EntryOf(const std::string& patch) {
-    const auto found = named_.find(patch);
+  PatchEntry const* EntryOf(std::string const& patch) {
+    auto const found = named_.find(patch);
     if (found != named_.end()) return &found->second;
-    const int last = patterns_.FindLast(patch);
+    int const last = patterns_.FindLast(patch);
     if (patterns_.IsExhausted()) {
       Fail("the " + std::to_string(ofPattern_.size()) + " patterns are too many, or too long, for " +
            std::to_string(boundary_.patches.size()) + " patches; give patches by their names");
@@ -190,7 +190,7 @@ class FieldParser {
   FoamFile file_;
   TextCursor& text_;
   std::int64_t nCells_;
-  const PolyMeshBoundary& boundary_;
+  PolyMeshBoundary const& boundary_;
   std::optional<Values> internal_;
   bool hasBoundary_ = false;
   std::map<std::string, PatchEntry> named_;
@@ -200,7 +200,7 @@ class FieldParser {
 
 }  // namespace
 
-FoamField ReadFoamField(const std::string& file, std::int64_t nCells, const PolyMeshBoundary& boundary) {
+FoamField ReadFoamField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary) {
   return FieldParser(file, nCells, boundary).Parse();
 }
 

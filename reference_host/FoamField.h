@@ -27,6 +27,6 @@ struct FoamField {
 /// @param[in] boundary  of the mesh
 /// Throws MeshError for other classes, binary files, wrong lengths and macros other than $internalField for a uniform
 /// field.
-FoamField ReadFoamField(const std::string& file, std::int64_t nCells, const PolyMeshBoundary& boundary);
+FoamField ReadFoamField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary);
 
 }  // namespace reference_host

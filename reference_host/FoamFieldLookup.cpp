@@ -4,10 +4,10 @@
 
 namespace reference_host {
 
-FoamFieldLookup::FoamFieldLookup(const FoamField& field, const PolyMeshBoundary& boundary) : field_(field) {
+FoamFieldLookup::FoamFieldLookup(FoamField const& field, PolyMeshBoundary const& boundary) : field_(field) {
   for (std::size_t p = 0; p < field.patch.size(); ++p) {
     if (!field.patch[p]) continue;
-    const PatchFaces& faces = boundary.facesOfPatch[p];
+    PatchFaces const& faces = boundary.facesOfPatch[p];
     for (std::int64_t f = 0; f < faces.count; ++f) {
       entries_.push_back(
           {boundary.owner[static_cast<std::size_t>(faces.first + f)], static_cast<std::int64_t>(p), f});
@@ -16,7 +16,7 @@ FoamFieldLookup::FoamFieldLookup(const FoamField& field, const PolyMeshBoundary&
   std::sort(entries_.begin(), entries_.end());
 }
 
-double FoamFieldLookup::At(const BoundaryPlace& place) const {
+double FoamFieldLookup::At(BoundaryPlace const& place) const {
   auto entry = std::lower_bound(entries_.begin(), entries_.end(), Entry{place.cell, place.patch, 0});
   if (entries_.end() - entry <= place.ordinal) return AtCell(place.cell);
   entry += place.ordinal;

@@ -13,26 +13,26 @@ namespace reference_host {
 class FoamFieldLookup {
  public:
   /// Borrows both.
-  FoamFieldLookup(const FoamField& field, const PolyMeshBoundary& boundary);
+  FoamFieldLookup(FoamField const& field, PolyMeshBoundary const& boundary);
 
   double AtCell(std::int64_t cell) const { return field_.cell[static_cast<std::size_t>(cell)]; }
 
   /// The value of the face, or of its cell if the field has none there.
-  double At(const BoundaryPlace& place) const;
+  double At(BoundaryPlace const& place) const;
 
  private:
   struct Entry {
     std::int64_t cell;
     std::int64_t patch;
     std::int64_t face;  ///< of the patch
-    bool operator<(const Entry& other) const {
+    bool operator<(Entry const& other) const {
       if (cell != other.cell) return cell < other.cell;
       if (patch != other.patch) return patch < other.patch;
       return face < other.face;
     }
   };
 
-  const FoamField& field_;
+  FoamField const& field_;
   std::vector<Entry> entries_;  ///< ascending
 };
 

@@ -9,9 +9,9 @@
 namespace reference_host {
 namespace {
 
-std::string ExistingFile(const std::string& folder, const std::string& name) {
+std::string ExistingFile(std::string const& folder, std::string const& name) {
   std::string path = (std::filesystem::path(folder) / name).string();
-  const std::string compressed = path + ".gz";
+  std::string const compressed = path + ".gz";
   std::error_code ignored;
   if (!std::filesystem::exists(path, ignored) && std::filesystem::exists(compressed, ignored)) {
     throw MeshError(compressed + ": compressed files cannot be read; unpack it with gunzip");
@@ -21,7 +21,7 @@ std::string ExistingFile(const std::string& folder, const std::string& name) {
 
 }  // namespace
 
-FoamFile::FoamFile(const std::string& folder, const std::string& name)
+FoamFile::FoamFile(std::string const& folder, std::string const& name)
     : file_(ExistingFile(folder, name)), text_(file_, TextCursor::Comments::CStyle) {
   ReadHeader();
 }
@@ -33,7 +33,7 @@ void FoamFile::ReadHeader() {
   }
   text_.Expect('{');
   for (std::string key = Keyword(); !key.empty(); key = Keyword()) {
-    const std::string value = Value();
+    std::string const value = Value();
     if (key == "format" && value != "ascii") {
       text_.Fail("format " + Quoted(value) + " cannot be read; write it in format ascii");
     }
@@ -43,7 +43,7 @@ void FoamFile::ReadHeader() {
 
 std::string FoamFile::Keyword() {
   if (text_.Accept('}')) return {};
-  const std::string_view keyword = text_.Name("a keyword or '}'");
+  std::string_view const keyword = text_.Name("a keyword or '}'");
   if (keyword.front() == '#' || keyword.front() == '$') text_.Fail("directives and macros cannot be read");
   return std::string(keyword);
 }
@@ -52,7 +52,7 @@ std::string FoamFile::Value() {
   std::string first;
   int depth = 0;  // of brackets and braces; an entry ends with ';' or with the brace that it began with
   for (bool isFirst = true;; isFirst = false) {
-    const char c = text_.Peek();
+    char const c = text_.Peek();
     if (c == '(' || c == '{') {
       text_.Expect(c);
       ++depth;
@@ -66,7 +66,7 @@ std::string FoamFile::Value() {
     } else if (c == '"') {
       text_.QuotedString("a text");
     } else {
-      const std::string_view word = text_.Word("the end of an entry");
+      std::string_view const word = text_.Word("the end of an entry");
       if (isFirst) first = word;
     }
   }

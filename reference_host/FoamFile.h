@@ -11,13 +11,13 @@ namespace reference_host {
 class FoamFile {
  public:
   /// Throws MeshError for files that are missing, compressed, binary or without header.
-  FoamFile(const std::string& folder, const std::string& name);
+  FoamFile(std::string const& folder, std::string const& name);
 
-  const std::string& Name() const { return file_.Name(); }
+  std::string const& Name() const { return file_.Name(); }
   TextCursor& Text() { return text_; }
 
   /// The entry "class" of the header, such as "faceList".
-  const std::string& ClassName() const { return className_; }
+  std::string const& ClassName() const { return className_; }
 
   /// Reads the keyword of the next entry in braces; empty at the closing brace, which is taken.
   std::string Keyword();

@@ -12,9 +12,9 @@ namespace reference_host {
 
 /// "N (item item ...)" or "(item item ...)"; readItem takes one item.
 template <class ReadItem>
-void ReadFoamList(TextCursor& text, const char* what, const ReadItem& readItem) {
-  const bool counted = text.Peek() != '(';
-  const std::size_t announced = counted ? text.Count(what, 1) : 0;
+void ReadFoamList(TextCursor& text, char const* what, ReadItem const& readItem) {
+  bool const counted = text.Peek() != '(';
+  std::size_t const announced = counted ? text.Count(what, 1) : 0;
   text.Expect('(');
   std::size_t n = 0;
   for (; !text.Accept(')'); ++n) readItem();
@@ -42,12 +42,12 @@ struct FoamValues {
 /// @param[in] mostItems a longer list is a failure
 /// @param[in] readItem  takes one item and returns it
 template <class Item, class ReadItem>
-FoamValues<Item> ReadFoamValues(TextCursor& text, const char* what, std::int64_t mostItems,
-                                const ReadItem& readItem) {
+FoamValues<Item> ReadFoamValues(TextCursor& text, char const* what, std::int64_t mostItems,
+                                ReadItem const& readItem) {
   if (text.Peek() == '(') text.Fail(std::string("a list of ") + what + "s without its length");
   FoamValues<Item> values;
   values.count = text.Integer("the length of a list");
-  const std::int64_t n = values.count;
+  std::int64_t const n = values.count;
   if (n < 0 || n > mostItems) {
     text.Fail("the length of a list of " + std::string(what) + "s " + std::to_string(n) + " is not in 0 to " +
               std::to_string(mostItems));

@@ -22,13 +22,13 @@ class GmshCursor {
   void SetBinary();
 
   /// A number in the file's encoding; `what` is what is expected, for the failure.
-  int Int(const char* what);            ///< binary: 4 bytes
-  std::int64_t Size(const char* what);  ///< binary: 8 bytes; not negative
-  double Real(const char* what);        ///< binary: 8 bytes
+  int Int(char const* what);            ///< binary: 4 bytes
+  std::int64_t Size(char const* what);  ///< binary: 8 bytes; not negative
+  double Real(char const* what);        ///< binary: 8 bytes
 
   /// Fails unless the rest of the file can hold `count` things of `numbers` numbers, `bytes` bytes each:
   /// nothing is allocated, and no loop begun, for a count that cannot be right.
-  void CheckRoom(std::int64_t count, std::size_t numbers, std::size_t bytes, const char* what) const;
+  void CheckRoom(std::int64_t count, std::size_t numbers, std::size_t bytes, char const* what) const;
 
   /// Passes over the line break before binary numbers.
   void SkipLineBreak();
@@ -40,11 +40,11 @@ class GmshCursor {
   void SkipSection(std::string_view section);
 
   /// Fails at the beginning of what was read last.
-  [[noreturn]] void Fail(const std::string& what) const;
+  [[noreturn]] void Fail(std::string const& what) const;
 
  private:
   template <class Number>
-  Number Raw(const char* what);
+  Number Raw(char const* what);
 
   MeshFile& file_;
   TextCursor text_;

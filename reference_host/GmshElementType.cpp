@@ -35,15 +35,15 @@ constexpr std::array<std::pair<int, std::string_view>, 11> kSecondOrder = {{
 
 }  // namespace
 
-const GmshElementType* FindGmshElementType(int number) {
+GmshElementType const* FindGmshElementType(int number) {
   if (number == kPoint.number) return &kPoint;
   if (number < 1 || number > static_cast<int>(kFirstOrder.size())) return nullptr;
   return &kFirstOrder[number - 1];
 }
 
 std::string DescribeGmshElementType(int number) {
-  const auto* const found = std::find_if(kSecondOrder.begin(), kSecondOrder.end(),
-                                         [number](const auto& entry) { return entry.first == number; });
+  auto const* const found = std::find_if(kSecondOrder.begin(), kSecondOrder.end(),
+                                         [number](auto const& entry) { return entry.first == number; });
   if (found == kSecondOrder.end()) return "of type " + std::to_string(number);
   return "a second-order " + std::string(found->second);
 }

@@ -12,7 +12,7 @@ struct GmshElementType {
 };
 
 /// The entry of a first-order type; a null pointer for any other number.
-const GmshElementType* FindGmshElementType(int number);
+GmshElementType const* FindGmshElementType(int number);
 
 /// What a type is called that FindGmshElementType does not have: "a second-order tetrahedron with 10 nodes".
 std::string DescribeGmshElementType(int number);

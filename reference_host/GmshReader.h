@@ -16,6 +16,6 @@ namespace reference_host {
 ///
 /// Throws MeshError for anything else: other versions, other byte order, second-order elements, partitioned
 /// files, damaged files. The mesh returned still has to pass CheckMesh.
-FaceMesh ReadGmsh(const std::string& file);
+FaceMesh ReadGmsh(std::string const& file);
 
 }  // namespace reference_host

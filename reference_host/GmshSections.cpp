@@ -4,14 +4,14 @@
 
 namespace reference_host {
 
-void GmshSections::AddNode(std::int64_t tag, const Point& point) {
+void GmshSections::AddNode(std::int64_t tag, Point const& point) {
   if (tag < 1) cursor_.Fail("node number " + std::to_string(tag) + " is not positive");
   content_.nodeTag.push_back(tag);
   content_.point.push_back(point);
 }
 
-const GmshElementType& GmshSections::TypeOf(int number, std::int64_t element) const {
-  const GmshElementType* const type = FindGmshElementType(number);
+GmshElementType const& GmshSections::TypeOf(int number, std::int64_t element) const {
+  GmshElementType const* const type = FindGmshElementType(number);
   if (type == nullptr) {
     cursor_.Fail("element " + std::to_string(element) + " is " + DescribeGmshElementType(number) +
                  "; only first-order elements can be read (tetrahedra, hexahedra, prisms, pyramids)");
@@ -19,7 +19,7 @@ const GmshElementType& GmshSections::TypeOf(int number, std::int64_t element) co
   return *type;
 }
 
-void GmshSections::AddElement(const GmshElementType& type, std::int64_t element, std::int64_t physical,
+void GmshSections::AddElement(GmshElementType const& type, std::int64_t element, std::int64_t physical,
                               bool wideTags) {
   std::array<std::int64_t, 8> nodeTag{};
   for (int i = 0; i < type.nNodes; ++i) {

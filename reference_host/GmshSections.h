@@ -14,8 +14,8 @@ namespace reference_host {
 class GmshSections {
  public:
   GmshSections(GmshCursor& cursor, GmshContent& content) : cursor_(cursor), content_(content) {}
-  GmshSections(const GmshSections&) = delete;
-  GmshSections& operator=(const GmshSections&) = delete;
+  GmshSections(GmshSections const&) = delete;
+  GmshSections& operator=(GmshSections const&) = delete;
   virtual ~GmshSections() = default;
 
   /// Reads from behind the line "$Nodes" to before the end mark. False, and nothing read, for a section that
@@ -23,15 +23,15 @@ class GmshSections {
   virtual bool Read(std::string_view section) = 0;
 
  protected:
-  void AddNode(std::int64_t tag, const Point& point);
+  void AddNode(std::int64_t tag, Point const& point);
 
   /// The entry of the type, or failure for types that cannot be read.
   /// @param[in] element  number of the first element of that type, for the failure
-  const GmshElementType& TypeOf(int number, std::int64_t element) const;
+  GmshElementType const& TypeOf(int number, std::int64_t element) const;
 
   /// Reads `type`'s node tags and keeps the element if it is a surface or a volume.
   /// @param[in] wideTags  whether binary node tags have 8 bytes instead of 4
-  void AddElement(const GmshElementType& type, std::int64_t element, std::int64_t physical, bool wideTags);
+  void AddElement(GmshElementType const& type, std::int64_t element, std::int64_t physical, bool wideTags);
 
   GmshCursor& cursor_;
   GmshContent& content_;

@@ -19,11 +19,11 @@ bool GmshSections2::Read(std::string_view section) {
 // number of nodes
 // tag x y z
 void GmshSections2::ReadNodes() {
-  const std::int64_t nNodes = cursor_.Text().Integer("the number of nodes");
+  std::int64_t const nNodes = cursor_.Text().Integer("the number of nodes");
   cursor_.CheckRoom(nNodes, 4, 28, "nodes");
   if (cursor_.IsBinary()) cursor_.SkipLineBreak();
   for (std::int64_t i = 0; i < nNodes; ++i) {
-    const int tag = cursor_.Int("a node number");
+    int const tag = cursor_.Int("a node number");
     Point point{};
     for (double& x : point) x = cursor_.Real("a coordinate");
     AddNode(tag, point);
@@ -35,7 +35,7 @@ void GmshSections2::ReadNodes() {
 // text:    tag type nTags tag.. node..
 // binary:  type nFollowing nTags, then for each of those that follow: tag tag.. node..
 void GmshSections2::ReadElements() {
-  const std::int64_t nElements = cursor_.Text().Integer("the number of elements");
+  std::int64_t const nElements = cursor_.Text().Integer("the number of elements");
   cursor_.CheckRoom(nElements, 4, 8, "elements");
   if (cursor_.IsBinary()) cursor_.SkipLineBreak();
   for (std::int64_t nLeft = nElements; nLeft > 0;) {
@@ -49,27 +49,27 @@ void GmshSections2::ReadElements() {
 }
 
 void GmshSections2::ReadTextElement() {
-  const int element = cursor_.Int("an element number");
-  const GmshElementType& type = TypeOf(cursor_.Int("an element type"), element);
-  const int nTags = cursor_.Int("a number of tags");
+  int const element = cursor_.Int("an element number");
+  GmshElementType const& type = TypeOf(cursor_.Int("an element type"), element);
+  int const nTags = cursor_.Int("a number of tags");
   cursor_.CheckRoom(nTags, 1, 4, "tags of an element");
-  const std::int64_t physical = ReadElementTags(nTags);
+  std::int64_t const physical = ReadElementTags(nTags);
   AddElement(type, element, physical, false);
 }
 
 std::int64_t GmshSections2::ReadBinaryElements(std::int64_t nLeft) {
-  const int typeNumber = cursor_.Int("an element type");
-  const std::int64_t nFollowing = cursor_.Int("a number of elements");
+  int const typeNumber = cursor_.Int("an element type");
+  std::int64_t const nFollowing = cursor_.Int("a number of elements");
   if (nFollowing < 1 || nFollowing > nLeft) {
     cursor_.Fail(std::to_string(nFollowing) + " elements announced where " + std::to_string(nLeft) +
                  " are left");
   }
-  const int nTags = cursor_.Int("a number of tags");
+  int const nTags = cursor_.Int("a number of tags");
   cursor_.CheckRoom(nTags, 1, 4, "tags of an element");
   for (std::int64_t i = 0; i < nFollowing; ++i) {
-    const int element = cursor_.Int("an element number");
-    const GmshElementType& type = TypeOf(typeNumber, element);
-    const std::int64_t physical = ReadElementTags(nTags);
+    int const element = cursor_.Int("an element number");
+    GmshElementType const& type = TypeOf(typeNumber, element);
+    std::int64_t const physical = ReadElementTags(nTags);
     AddElement(type, element, physical, false);
   }
   return nFollowing;
@@ -80,7 +80,7 @@ std::int64_t GmshSections2::ReadBinaryElements(std::int64_t nLeft) {
 std::int64_t GmshSections2::ReadElementTags(int nTags) {
   std::int64_t physical = 0;
   for (int i = 0; i < nTags; ++i) {
-    const std::int64_t tag = cursor_.Int("a tag");
+    std::int64_t const tag = cursor_.Int("a tag");
     if (i == 0) physical = std::abs(tag);
   }
   return physical;

@@ -40,7 +40,7 @@ struct HostNumbering {
       ghostsBefore{};  ///< the ghost cell of face f of a kind is ghostsBefore[kind] + f
 
   int nFaces(FaceKind k) const { return static_cast<int>(PartFaces(k).size()) - 1; }
-  const std::vector<int>& PartFaces(FaceKind k) const { return partFace[static_cast<std::size_t>(k)]; }
+  std::vector<int> const& PartFaces(FaceKind k) const { return partFace[static_cast<std::size_t>(k)]; }
   int GhostCell(FaceKind k, int f) const { return ghostsBefore[static_cast<std::size_t>(k)] + f; }
 };
 
@@ -48,10 +48,10 @@ struct HostNumbering {
 FaceKind KindOfGroup(BoundaryGroup group);
 
 /// @throws MeshError  a boundary face without patch or group, or more cells or faces than an int can count
-HostNumbering NumberPartition(const MeshPart& part);
+HostNumbering NumberPartition(MeshPart const& part);
 
 /// Who sends which cells to whom, in host numbers, ascending by neighbour part; cells ascend by their number
 /// in the whole mesh, which both sides know.
-std::vector<ExchangeList> BuildExchangeLists(const MeshPart& part, const HostNumbering& numbering);
+std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering const& numbering);
 
 }  // namespace reference_host

@@ -159,13 +159,13 @@ void HostPartition::Storage::LendGlobals() {
   globals.BaseFileName = baseFileName.data();
 }
 
-HostPartition::HostPartition(const MeshPart& part) : storage_(std::make_unique<Storage>()) {
+HostPartition::HostPartition(MeshPart const& part) : storage_(std::make_unique<Storage>()) {
   Storage& s = *storage_;
   s.part = part.part;
   s.nParts = part.nParts;
   s.patches = part.patches;
 
-  const HostNumbering numbering = NumberPartition(part);
+  HostNumbering const numbering = NumberPartition(part);
   FillFaceCells(part, numbering, s.tables);
   FillGeometry(part, numbering, s.tables);
   FillTopology(part, numbering, s.tables);
@@ -186,7 +186,7 @@ void HostPartition::CompleteHalo(CCommunication& communication) {
   FillWeights(tables, tables.Group(FaceKind::Partition));
 }
 
-void HostPartition::SetBaseFileName(const std::string& name) {
+void HostPartition::SetBaseFileName(std::string const& name) {
   storage_->baseFileName = name;
   storage_->globals.BaseFileName = storage_->baseFileName.data();
 }
@@ -198,10 +198,10 @@ CZyn3dGV* HostPartition::globals() { return &storage_->globals; }
 int HostPartition::part() const { return storage_->part; }
 int HostPartition::nParts() const { return storage_->nParts; }
 int HostPartition::nHaloCells() const { return storage_->tables.nHalo; }
-const std::vector<ExchangeList>& HostPartition::exchangeLists() const { return storage_->exchangeLists; }
-const std::vector<std::int64_t>& HostPartition::globalCell() const { return storage_->tables.globalCell; }
-const std::vector<std::int64_t>& HostPartition::globalNode() const { return storage_->tables.globalNode; }
-const std::vector<Patch>& HostPartition::patches() const { return storage_->patches; }
-const std::vector<int>& HostPartition::patchOfGhost() const { return storage_->tables.patchOfGhost; }
+std::vector<ExchangeList> const& HostPartition::exchangeLists() const { return storage_->exchangeLists; }
+std::vector<std::int64_t> const& HostPartition::globalCell() const { return storage_->tables.globalCell; }
+std::vector<std::int64_t> const& HostPartition::globalNode() const { return storage_->tables.globalNode; }
+std::vector<Patch> const& HostPartition::patches() const { return storage_->patches; }
+std::vector<int> const& HostPartition::patchOfGhost() const { return storage_->tables.patchOfGhost; }
 
 }  // namespace reference_host

@@ -28,10 +28,10 @@ class HostPartition {
  public:
   /// Builds geometry, numbering and tables of one partition. Halo centres and the weights of the partition
   /// faces are still missing: call CompleteHalo once communication stands.
-  explicit HostPartition(const MeshPart& part);
+  explicit HostPartition(MeshPart const& part);
   ~HostPartition();
-  HostPartition(const HostPartition&) = delete;
-  HostPartition& operator=(const HostPartition&) = delete;
+  HostPartition(HostPartition const&) = delete;
+  HostPartition& operator=(HostPartition const&) = delete;
 
   /// Collective. Fetches the centres of the halo cells from their owners and computes the partition faces'
   /// weights.
@@ -42,17 +42,17 @@ class HostPartition {
   CZyn3dGV* globals();  ///< previous-iterate arrays and reset blocks allocated; BaseFileName empty until set
 
   /// Sets BaseFileName of the globals; the text is copied.
-  void SetBaseFileName(const std::string& name);
+  void SetBaseFileName(std::string const& name);
 
   int part() const;
   int nParts() const;
   int nHaloCells() const;
-  const std::vector<ExchangeList>& exchangeLists() const;  ///< ascending by neighbour part
-  const std::vector<std::int64_t>& globalCell()
+  std::vector<ExchangeList> const& exchangeLists() const;  ///< ascending by neighbour part
+  std::vector<std::int64_t> const& globalCell()
       const;  ///< [1..NCell] 1-based number in the mesh file; 0: ghost
-  const std::vector<std::int64_t>& globalNode() const;  ///< [1..NNode] 1-based number in the mesh file
-  const std::vector<Patch>& patches() const;
-  const std::vector<int>& patchOfGhost()
+  std::vector<std::int64_t> const& globalNode() const;  ///< [1..NNode] 1-based number in the mesh file
+  std::vector<Patch> const& patches() const;
+  std::vector<int> const& patchOfGhost()
       const;  ///< [1..NCell] index into patches() for ghost cells, -1 elsewhere
 
  private:

@@ -16,13 +16,13 @@ void AllocateFaceVectors(HostTables& tables) {
 
 /// Areas and centres of one group. The mesh's vector points out of the face's owner in the mesh; it is
 /// negated, which is exact, where the group's CV cell is the other one.
-void ComputeGroup(const FaceTable& faces, const std::vector<int>& partFaces, const std::vector<int>& hostCell,
+void ComputeGroup(FaceTable const& faces, std::vector<int> const& partFaces, std::vector<int> const& hostCell,
                   FaceGroupTable& group) {
   for (int f = 1; f <= group.size(); ++f) {
-    const int partFace = partFaces[f];
-    const FaceGeometry face =
+    int const partFace = partFaces[f];
+    FaceGeometry const face =
         ComputeFaceGeometry(faces.points, faces.Nodes(partFace), faces.NodeCount(partFace));
-    const bool isTurned = group.cv[f] != hostCell[faces.Owner(partFace)];
+    bool const isTurned = group.cv[f] != hostCell[faces.Owner(partFace)];
     group.sx[f] = isTurned ? -face.area[0] : face.area[0];
     group.sy[f] = isTurned ? -face.area[1] : face.area[1];
     group.sz[f] = isTurned ? -face.area[2] : face.area[2];
@@ -33,11 +33,11 @@ void ComputeGroup(const FaceTable& faces, const std::vector<int>& partFaces, con
 }
 
 /// The ghost centre is the face centre: a field there is the boundary value itself.
-void PlaceGhostCentres(const HostNumbering& numbering, HostTables& tables) {
-  for (const FaceKind kind : {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry, FaceKind::Wall}) {
-    const FaceGroupTable& group = tables.Group(kind);
+void PlaceGhostCentres(HostNumbering const& numbering, HostTables& tables) {
+  for (FaceKind const kind : {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry, FaceKind::Wall}) {
+    FaceGroupTable const& group = tables.Group(kind);
     for (int f = 1; f <= group.size(); ++f) {
-      const int ghost = numbering.GhostCell(kind, f);
+      int const ghost = numbering.GhostCell(kind, f);
       tables.xc[ghost] = group.xc[f];
       tables.yc[ghost] = group.yc[f];
       tables.zc[ghost] = group.zc[f];
@@ -45,10 +45,10 @@ void PlaceGhostCentres(const HostNumbering& numbering, HostTables& tables) {
   }
 }
 
-void StoreCells(const CellGeometry& cells, const HostNumbering& numbering, HostTables& tables) {
+void StoreCells(CellGeometry const& cells, HostNumbering const& numbering, HostTables& tables) {
   tables.volume.assign(numbering.nInterior + 1, 0.0);
   for (int c = 1; c <= numbering.nInterior; ++c) {
-    const int partCell = numbering.partCell[c];
+    int const partCell = numbering.partCell[c];
     tables.volume[c] = cells.volume[partCell];
     tables.xc[c] = cells.centre[partCell][0];
     tables.yc[c] = cells.centre[partCell][1];
@@ -58,11 +58,11 @@ void StoreCells(const CellGeometry& cells, const HostNumbering& numbering, HostT
 
 }  // namespace
 
-void FillGeometry(const MeshPart& part, const HostNumbering& numbering, HostTables& tables) {
+void FillGeometry(MeshPart const& part, HostNumbering const& numbering, HostTables& tables) {
   AllocateFaceVectors(tables);
   for (auto* values : {&tables.xc, &tables.yc, &tables.zc}) values->assign(numbering.nCells() + 1, 0.0);
 
-  const FaceTable faces(part);
+  FaceTable const faces(part);
   for (std::size_t k = 0; k < kFaceKinds; ++k) {
     ComputeGroup(faces, numbering.partFace[k], numbering.cell, tables.groups[k]);
   }
@@ -71,8 +71,8 @@ void FillGeometry(const MeshPart& part, const HostNumbering& numbering, HostTabl
   // the same bits in any partition.
   CellGeometryBuilder builder(part.nOwned);
   for (int f = 0; f < faces.nFaces(); ++f) {
-    const FaceGroupTable& group = tables.Group(numbering.kind[f]);
-    const int hostFace = numbering.face[f];
+    FaceGroupTable const& group = tables.Group(numbering.kind[f]);
+    int const hostFace = numbering.face[f];
     builder.AddFaceCentre(faces.Owner(f), faces.Neighbour(f),
                           {group.xc[hostFace], group.yc[hostFace], group.zc[hostFace]});
   }
@@ -86,16 +86,16 @@ void FillGeometry(const MeshPart& part, const HostNumbering& numbering, HostTabl
   FillWeights(tables, tables.Group(FaceKind::Inner));
 }
 
-void FillWeights(const HostTables& tables, FaceGroupTable& group) {
+void FillWeights(HostTables const& tables, FaceGroupTable& group) {
   group.lamda.assign(group.cv.size(), 0.0);
   for (int f = 1; f <= group.size(); ++f) {
-    const int cv = group.cv[f], other = group.other[f];
-    const double sx = group.sx[f], sy = group.sy[f], sz = group.sz[f];
-    const double fromCV = sx * (group.xc[f] - tables.xc[cv]) + sy * (group.yc[f] - tables.yc[cv]) +
+    int const cv = group.cv[f], other = group.other[f];
+    double const sx = group.sx[f], sy = group.sy[f], sz = group.sz[f];
+    double const fromCV = sx * (group.xc[f] - tables.xc[cv]) + sy * (group.yc[f] - tables.yc[cv]) +
                           sz * (group.zc[f] - tables.zc[cv]);
-    const double toOther = sx * (tables.xc[other] - group.xc[f]) + sy * (tables.yc[other] - group.yc[f]) +
+    double const toOther = sx * (tables.xc[other] - group.xc[f]) + sy * (tables.yc[other] - group.yc[f]) +
                            sz * (tables.zc[other] - group.zc[f]);
-    const double sum = fromCV + toOther;
+    double const sum = fromCV + toOther;
     group.lamda[f] = sum != 0.0 ? fromCV / sum : 0.5;
   }
 }

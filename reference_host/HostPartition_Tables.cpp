@@ -11,15 +11,15 @@ namespace {
 constexpr std::array<FaceKind, 4> kBoundaryKinds = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry,
                                                     FaceKind::Wall};
 
-void FillGroupCells(const MeshPart& part, const HostNumbering& numbering, FaceKind kind,
+void FillGroupCells(MeshPart const& part, HostNumbering const& numbering, FaceKind kind,
                     FaceGroupTable& group) {
-  const std::vector<int>& partFaces = numbering.PartFaces(kind);
+  std::vector<int> const& partFaces = numbering.PartFaces(kind);
   group.cv.assign(partFaces.size(), 0);
   group.other.assign(partFaces.size(), 0);
   for (int f = 1; f <= group.size(); ++f) {
-    const int owner = numbering.cell[part.owner[partFaces[f]]];
-    const int neighbour = part.neighbour[partFaces[f]];
-    const int other = neighbour < 0 ? numbering.GhostCell(kind, f) : numbering.cell[neighbour];
+    int const owner = numbering.cell[part.owner[partFaces[f]]];
+    int const neighbour = part.neighbour[partFaces[f]];
+    int const other = neighbour < 0 ? numbering.GhostCell(kind, f) : numbering.cell[neighbour];
     // The CV cell is the lower one: of two interior cells by definition, and ghost and halo cells come behind
     // these.
     group.cv[f] = std::min(owner, other);
@@ -40,7 +40,7 @@ class NodeNumbers {
     }
     return number_[partNode];
   }
-  const std::vector<int>& partNode() const { return partNode_; }  ///< [1..NNode]
+  std::vector<int> const& partNode() const { return partNode_; }  ///< [1..NNode]
 
  private:
   std::vector<int> number_;
@@ -50,23 +50,23 @@ class NodeNumbers {
 /// Nodes of a group's faces, beginning with the three that span the plane best. Where the area vector was
 /// negated, the row runs backwards from the last of the three, so that it turns around the vector in every
 /// case.
-void FillFaceNodes(const MeshPart& part, const HostNumbering& numbering, NodeNumbers& nodeNumbers,
+void FillFaceNodes(MeshPart const& part, HostNumbering const& numbering, NodeNumbers& nodeNumbers,
                    FaceKind kind, FaceGroupTable& group) {
-  const FaceTable faces(part);
-  const std::vector<int>& partFaces = numbering.PartFaces(kind);
+  FaceTable const faces(part);
+  std::vector<int> const& partFaces = numbering.PartFaces(kind);
   std::vector<int> length(partFaces.size(), 0);
   for (std::size_t f = 1; f < partFaces.size(); ++f) length[f] = faces.NodeCount(partFaces[f]);
   group.nodes = RaggedTable(length);
   for (int f = 1; f <= group.size(); ++f) {
-    const int* nodes = faces.Nodes(partFaces[f]);
-    const int n = length[f];
-    const bool isTurned = group.cv[f] != numbering.cell[faces.Owner(partFaces[f])];
-    const double sign = isTurned ? -1.0 : 1.0;
-    const Point area = {sign * group.sx[f], sign * group.sy[f], sign * group.sz[f]};
-    const int best = BestSpanningTriple(part.points, nodes, n, area);
+    int const* nodes = faces.Nodes(partFaces[f]);
+    int const n = length[f];
+    bool const isTurned = group.cv[f] != numbering.cell[faces.Owner(partFaces[f])];
+    double const sign = isTurned ? -1.0 : 1.0;
+    Point const area = {sign * group.sx[f], sign * group.sy[f], sign * group.sz[f]};
+    int const best = BestSpanningTriple(part.points, nodes, n, area);
     int* row = group.nodes[f];
     for (int k = 0; k < n; ++k) {
-      const int from = isTurned ? best + 2 - k + n : best + k;
+      int const from = isTurned ? best + 2 - k + n : best + k;
       row[k + 1] = nodeNumbers.Use(nodes[from % n]);
     }
   }
@@ -75,7 +75,7 @@ void FillFaceNodes(const MeshPart& part, const HostNumbering& numbering, NodeNum
 /// Builds CellLnods, every row ascending.
 class CellNodeTable {
  public:
-  CellNodeTable(const MeshPart& part, const HostNumbering& numbering, NodeNumbers& nodeNumbers,
+  CellNodeTable(MeshPart const& part, HostNumbering const& numbering, NodeNumbers& nodeNumbers,
                 HostTables& tables)
       : part_(part),
         numbering_(numbering),
@@ -105,11 +105,11 @@ class CellNodeTable {
   /// Calls visit(node) once for every node of an interior cell. `mark` is a number that no earlier call had
   /// for it.
   template <class Visit>
-  void ForEachNode(int c, int mark, const Visit& visit) {
-    const int* cellFace = tables_.cellFace[c];
-    const int* cellFaceType = tables_.cellFaceType[c];
+  void ForEachNode(int c, int mark, Visit const& visit) {
+    int const* cellFace = tables_.cellFace[c];
+    int const* cellFaceType = tables_.cellFaceType[c];
     for (int k = 1; k <= cellFace[0]; ++k) {
-      const int* nodes = tables_.groups[kindOfCode_[cellFaceType[k]]].nodes[cellFace[k]];
+      int const* nodes = tables_.groups[kindOfCode_[cellFaceType[k]]].nodes[cellFace[k]];
       for (int i = 1; i <= nodes[0]; ++i) {
         if (lastCell_[nodes[i]] == mark) continue;
         lastCell_[nodes[i]] = mark;
@@ -124,12 +124,12 @@ class CellNodeTable {
     for (int c = 1; c <= numbering_.nInterior; ++c) {
       ForEachNode(c, c, [&](int) { ++number[c]; });
     }
-    for (const FaceKind kind : kBoundaryKinds) {
-      const FaceGroupTable& group = tables_.Group(kind);
+    for (FaceKind const kind : kBoundaryKinds) {
+      FaceGroupTable const& group = tables_.Group(kind);
       for (int f = 1; f <= group.size(); ++f) number[group.other[f]] = group.nodes[f][0];
     }
     for (std::size_t i = 0; i < halo_.size(); ++i) {
-      const int h = halo_[i];
+      int const h = halo_[i];
       number[FirstHalo() + i] = static_cast<int>(part_.haloNodeStart[h + 1] - part_.haloNodeStart[h]);
     }
   }
@@ -143,10 +143,10 @@ class CellNodeTable {
   }
 
   void FillGhosts() {
-    for (const FaceKind kind : kBoundaryKinds) {
-      const FaceGroupTable& group = tables_.Group(kind);
+    for (FaceKind const kind : kBoundaryKinds) {
+      FaceGroupTable const& group = tables_.Group(kind);
       for (int f = 1; f <= group.size(); ++f) {
-        const int* nodes = group.nodes[f];
+        int const* nodes = group.nodes[f];
         std::copy(nodes, nodes + nodes[0] + 1, tables_.cellNodes[group.other[f]]);
       }
     }
@@ -154,15 +154,15 @@ class CellNodeTable {
 
   void FillHalo() {
     int c = FirstHalo();
-    for (const int h : halo_) {
+    for (int const h : halo_) {
       int* row = tables_.cellNodes[c++];
-      const int* nodes = part_.haloNode.data() + part_.haloNodeStart[h];
+      int const* nodes = part_.haloNode.data() + part_.haloNodeStart[h];
       for (int k = 0; k < row[0]; ++k) row[k + 1] = nodeNumbers_.Use(nodes[k]);
     }
   }
 
-  const MeshPart& part_;
-  const HostNumbering& numbering_;
+  MeshPart const& part_;
+  HostNumbering const& numbering_;
   NodeNumbers& nodeNumbers_;
   HostTables& tables_;
   std::array<std::size_t, 102> kindOfCode_{};  // by group code, 101 being the largest
@@ -170,12 +170,12 @@ class CellNodeTable {
   std::vector<int> halo_;  // part numbers of the halo cells, counted from 0, in host order
 };
 
-void FillNodes(const MeshPart& part, const NodeNumbers& nodeNumbers, HostTables& tables) {
-  const std::vector<int>& partNode = nodeNumbers.partNode();
+void FillNodes(MeshPart const& part, NodeNumbers const& nodeNumbers, HostTables& tables) {
+  std::vector<int> const& partNode = nodeNumbers.partNode();
   for (auto* values : {&tables.xn, &tables.yn, &tables.zn}) values->assign(partNode.size(), 0.0);
   tables.globalNode.assign(partNode.size(), 0);
   for (std::size_t node = 1; node < partNode.size(); ++node) {
-    const Point& point = part.points[partNode[node]];
+    Point const& point = part.points[partNode[node]];
     tables.xn[node] = point[0];
     tables.yn[node] = point[1];
     tables.zn[node] = point[2];
@@ -188,13 +188,13 @@ void FillNodes(const MeshPart& part, const NodeNumbers& nodeNumbers, HostTables&
 void FillNodeCells(HostTables& tables) {
   std::vector<int> nCellsOfNode(tables.xn.size(), 0);
   for (int c = 1; c <= tables.nCells(); ++c) {
-    const int* nodes = tables.cellNodes[c];
+    int const* nodes = tables.cellNodes[c];
     for (int k = 1; k <= nodes[0]; ++k) ++nCellsOfNode[nodes[k]];
   }
   tables.nodeCell = RaggedTable(nCellsOfNode);
   for (int node = 1; node <= tables.nodeCell.size(); ++node) tables.nodeCell[node][0] = 0;
   for (int c = 1; c <= tables.nCells(); ++c) {
-    const int* nodes = tables.cellNodes[c];
+    int const* nodes = tables.cellNodes[c];
     for (int k = 1; k <= nodes[0]; ++k) {
       int* row = tables.nodeCell[nodes[k]];
       row[++row[0]] = c;
@@ -204,10 +204,10 @@ void FillNodeCells(HostTables& tables) {
 
 /// Faces of a cell in the order of the part, which is that of the whole mesh: the rows list the same
 /// neighbours in the same order in any partition.
-void FillCellFaces(const HostNumbering& numbering, HostTables& tables) {
+void FillCellFaces(HostNumbering const& numbering, HostTables& tables) {
   std::vector<int> nFacesOfCell(numbering.nInterior + 1, 0);
   for (int c = 1; c <= numbering.nInterior; ++c) {
-    const int partCell = numbering.partCell[c];
+    int const partCell = numbering.partCell[c];
     nFacesOfCell[c] =
         static_cast<int>(numbering.cellFaceStart[partCell + 1] - numbering.cellFaceStart[partCell]);
   }
@@ -215,11 +215,11 @@ void FillCellFaces(const HostNumbering& numbering, HostTables& tables) {
   tables.cellFace = RaggedTable(nFacesOfCell);
   tables.cellFaceType = RaggedTable(nFacesOfCell);
   for (int c = 1; c <= numbering.nInterior; ++c) {
-    const int* partFace = numbering.cellFace.data() + numbering.cellFaceStart[numbering.partCell[c]];
+    int const* partFace = numbering.cellFace.data() + numbering.cellFaceStart[numbering.partCell[c]];
     for (int k = 1; k <= nFacesOfCell[c]; ++k, ++partFace) {
-      const FaceKind kind = numbering.kind[*partFace];
-      const int f = numbering.face[*partFace];
-      const FaceGroupTable& group = tables.Group(kind);
+      FaceKind const kind = numbering.kind[*partFace];
+      int const f = numbering.face[*partFace];
+      FaceGroupTable const& group = tables.Group(kind);
       tables.cellCell[c][k] = group.cv[f] == c ? group.other[f] : group.cv[f];
       tables.cellFace[c][k] = f;
       tables.cellFaceType[c][k] = kGroupCode[static_cast<std::size_t>(kind)];
@@ -229,14 +229,14 @@ void FillCellFaces(const HostNumbering& numbering, HostTables& tables) {
 
 }  // namespace
 
-void FillFaceCells(const MeshPart& part, const HostNumbering& numbering, HostTables& tables) {
+void FillFaceCells(MeshPart const& part, HostNumbering const& numbering, HostTables& tables) {
   tables.nInterior = numbering.nInterior;
   tables.nGhost = numbering.nGhost;
   tables.nHalo = numbering.nHalo;
   for (std::size_t k = 0; k < kFaceKinds; ++k) {
     FillGroupCells(part, numbering, static_cast<FaceKind>(k), tables.groups[k]);
   }
-  for (const FaceKind kind : {FaceKind::Inner, FaceKind::Partition}) {
+  for (FaceKind const kind : {FaceKind::Inner, FaceKind::Partition}) {
     FaceGroupTable& group = tables.Group(kind);
     group.faceType.assign(group.cv.size(), 0);
   }
@@ -246,14 +246,14 @@ void FillFaceCells(const MeshPart& part, const HostNumbering& numbering, HostTab
     tables.globalCell[numbering.cell[c]] = part.globalCell[c] + 1;
   }
   tables.patchOfGhost.assign(numbering.nCells() + 1, -1);
-  for (const FaceKind kind : kBoundaryKinds) {
+  for (FaceKind const kind : kBoundaryKinds) {
     for (int f = 1; f <= numbering.nFaces(kind); ++f) {
       tables.patchOfGhost[numbering.GhostCell(kind, f)] = part.facePatch[numbering.PartFaces(kind)[f]];
     }
   }
 }
 
-void FillTopology(const MeshPart& part, const HostNumbering& numbering, HostTables& tables) {
+void FillTopology(MeshPart const& part, HostNumbering const& numbering, HostTables& tables) {
   FillCellFaces(numbering, tables);
   NodeNumbers nodeNumbers(part.points.size());
   // The inner faces come first: nearly all nodes are on one, so they are numbered in the order of the cells.

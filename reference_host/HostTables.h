@@ -45,18 +45,18 @@ struct HostTables {
 };
 
 /// Fills the cells of all faces, and the numbers that lead back to the mesh file.
-void FillFaceCells(const MeshPart& part, const HostNumbering& numbering, HostTables& tables);
+void FillFaceCells(MeshPart const& part, HostNumbering const& numbering, HostTables& tables);
 
 /// Fills areas, centres and volumes; halo centres stay zero. @pre FillFaceCells
-void FillGeometry(const MeshPart& part, const HostNumbering& numbering, HostTables& tables);
+void FillGeometry(MeshPart const& part, HostNumbering const& numbering, HostTables& tables);
 
 /// Weight of the `other` side of each face of the group: S.(xf - xCV) / (S.(xf - xCV) + S.(xOther - xf)), the
 /// place of the face between the centres along its normal. 0.5 where the centres do not differ along it.
-void FillWeights(const HostTables& tables, FaceGroupTable& group);
+void FillWeights(HostTables const& tables, FaceGroupTable& group);
 
 /// Numbers the nodes in the order in which the faces come to them and fills all tables of cells, faces and
 /// nodes.
 /// @pre FillGeometry
-void FillTopology(const MeshPart& part, const HostNumbering& numbering, HostTables& tables);
+void FillTopology(MeshPart const& part, HostNumbering const& numbering, HostTables& tables);
 
 }  // namespace reference_host

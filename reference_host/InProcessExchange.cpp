@@ -15,7 +15,7 @@ std::string ChannelName(int channel) {
   return channel == kBlockingChannel ? "the blocking exchange" : "buffer " + std::to_string(channel);
 }
 
-[[noreturn]] void FailWith(int part, const std::string& what) {
+[[noreturn]] void FailWith(int part, std::string const& what) {
   throw std::logic_error("halo exchange of partition " + std::to_string(part) + ": " + what);
 }
 
@@ -25,7 +25,7 @@ InProcessGroup::InProcessGroup(int nParts)
     : nParts_(nParts), boxes_(static_cast<std::size_t>(nParts) * nParts * kChannels) {}
 
 void InProcessGroup::Abort() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  std::lock_guard<std::mutex> const lock(mutex_);
   isAborted_ = true;
   changed_.notify_all();
 }
@@ -42,7 +42,7 @@ int InProcessGroup::AllMin(int value) {
   }
   // The next reduction cannot complete before this partition comes to it, so the result stays until it is
   // read.
-  const std::int64_t own = nReductions_;
+  std::int64_t const own = nReductions_;
   changed_.wait(lock, [&] { return nReductions_ != own || isAborted_; });
   if (nReductions_ == own) throw std::runtime_error("another partition has failed during a reduction");
   return result_;
@@ -53,7 +53,7 @@ std::deque<InProcessGroup::Message>& InProcessGroup::Box(int from, int to, int c
 }
 
 void InProcessGroup::Post(int from, int to, int channel, Message message) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  std::lock_guard<std::mutex> const lock(mutex_);
   Box(from, to, channel).push_back(std::move(message));
   changed_.notify_all();
 }
@@ -68,7 +68,7 @@ InProcessGroup::Message InProcessGroup::Take(int from, int to, int channel) {
   return message;
 }
 
-InProcessCommunication::InProcessCommunication(InProcessGroup& group, const HostPartition& partition)
+InProcessCommunication::InProcessCommunication(InProcessGroup& group, HostPartition const& partition)
     : group_(group), part_(partition.part()), lists_(partition.exchangeLists()) {
   if (partition.nParts() != group.nParts()) {
     FailWith(part_, "made for " + std::to_string(partition.nParts()) + " partitions, but the group has " +
@@ -85,17 +85,17 @@ void InProcessCommunication::DDM_IExch_Start(double* field, ZYNNonBlockingBuffer
 
 void InProcessCommunication::DDM_IExch_Wait(double* field, ZYNNonBlockingBufferId id) { Finish(field, id); }
 
-void InProcessCommunication::Start(const double* field, int channel) {
+void InProcessCommunication::Start(double const* field, int channel) {
   Pending& pending = pending_[channel];
   if (field == nullptr) FailWith(part_, "start of " + ChannelName(channel) + " without a field");
   if (pending.field != nullptr)
     FailWith(part_, "start in " + ChannelName(channel) + ", which is still under way");
   pending = {field, ++nStarted_};
-  for (const ExchangeList& list : lists_) {
+  for (ExchangeList const& list : lists_) {
     InProcessGroup::Message message;
     message.exchange = pending.exchange;
     message.values.reserve(list.send.size());
-    for (const int cell : list.send) message.values.push_back(field[cell]);
+    for (int const cell : list.send) message.values.push_back(field[cell]);
     group_.Post(part_, list.part, channel, std::move(message));
   }
 }
@@ -105,8 +105,8 @@ void InProcessCommunication::Finish(double* field, int channel) {
   if (pending.field == nullptr)
     FailWith(part_, "wait for " + ChannelName(channel) + ", which was not started");
   if (pending.field != field) FailWith(part_, "wait for " + ChannelName(channel) + " with another field");
-  for (const ExchangeList& list : lists_) {
-    const InProcessGroup::Message message = group_.Take(list.part, part_, channel);
+  for (ExchangeList const& list : lists_) {
+    InProcessGroup::Message const message = group_.Take(list.part, part_, channel);
     if (message.exchange != pending.exchange || message.values.size() != list.receive.size()) {
       FailWith(part_, "partition " + std::to_string(list.part) + " started its exchange number " +
                           std::to_string(message.exchange) + " in " + ChannelName(channel) +
@@ -124,7 +124,7 @@ int InProcessReduction::AllMin(int& value) {
 
 namespace {
 
-void RunThreads(int nParts, const std::function<void(int)>& body, const std::function<void()>& onFailure) {
+void RunThreads(int nParts, std::function<void(int)> const& body, std::function<void()> const& onFailure) {
   std::mutex mutex;
   std::exception_ptr firstFailure;
   std::vector<std::thread> threads;
@@ -135,7 +135,7 @@ void RunThreads(int nParts, const std::function<void(int)>& body, const std::fun
         body(part);
       } catch (...) {
         {
-          const std::lock_guard<std::mutex> lock(mutex);
+          std::lock_guard<std::mutex> const lock(mutex);
           if (!firstFailure) firstFailure = std::current_exception();
         }
         onFailure();
@@ -148,11 +148,11 @@ void RunThreads(int nParts, const std::function<void(int)>& body, const std::fun
 
 }  // namespace
 
-void RunInProcess(int nParts, const std::function<void(int part)>& body) {
+void RunInProcess(int nParts, std::function<void(int part)> const& body) {
   RunThreads(nParts, body, [] {});
 }
 
-void RunInProcess(InProcessGroup& group, const std::function<void(int part)>& body) {
+void RunInProcess(InProcessGroup& group, std::function<void(int part)> const& body) {
   RunThreads(group.nParts(), body, [&group] { group.Abort(); });
 }
 

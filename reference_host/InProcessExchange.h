@@ -50,7 +50,7 @@ class InProcessGroup {
  private:
   std::deque<Message>& Box(int from, int to, int channel);
 
-  const int nParts_;
+  int const nParts_;
   std::mutex mutex_;  // guards all that follows
   std::condition_variable changed_;
   bool isAborted_ = false;
@@ -71,7 +71,7 @@ class InProcessGroup {
 class InProcessCommunication : public CCommunication {
  public:
   /// Borrows the group; copies what it needs of the partition.
-  InProcessCommunication(InProcessGroup& group, const HostPartition& partition);
+  InProcessCommunication(InProcessGroup& group, HostPartition const& partition);
 
   void DDM_Exch(double* field) override;
   void DDM_IExch_Start(double* field, ZYNNonBlockingBufferId id) override;
@@ -79,11 +79,11 @@ class InProcessCommunication : public CCommunication {
 
  private:
   struct Pending {
-    const double* field = nullptr;  // null: the buffer is free
+    double const* field = nullptr;  // null: the buffer is free
     std::int64_t exchange = 0;
   };
 
-  void Start(const double* field, int channel);
+  void Start(double const* field, int channel);
   void Finish(double* field, int channel);
 
   InProcessGroup& group_;
@@ -107,7 +107,7 @@ class InProcessReduction : public CZYNCom {
 /// Runs body(0) .. body(nParts-1), each in a thread of its own, and waits for all. Then throws again what the
 /// first failing one has thrown. If the partitions share a group, pass it: otherwise the others may wait for
 /// ever for the one that has failed.
-void RunInProcess(int nParts, const std::function<void(int part)>& body);
-void RunInProcess(InProcessGroup& group, const std::function<void(int part)>& body);
+void RunInProcess(int nParts, std::function<void(int part)> const& body);
+void RunInProcess(InProcessGroup& group, std::function<void(int part)> const& body);
 
 }  // namespace reference_host

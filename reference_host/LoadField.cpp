@@ -38,32 +38,32 @@ struct FileField {
   PolyMeshBoundary boundary;  ///< empty if the field has no boundary values
 };
 
-std::vector<double> Answers(const FoamFieldLookup& lookup, const Questions& questions) {
+std::vector<double> Answers(FoamFieldLookup const& lookup, Questions const& questions) {
   std::vector<double> values;
   values.reserve(questions.cell.size() + questions.face.size());
-  for (const std::int64_t cell : questions.cell) values.push_back(lookup.AtCell(cell));
-  for (const BoundaryPlace& place : questions.face) values.push_back(lookup.At(place));
+  for (std::int64_t const cell : questions.cell) values.push_back(lookup.AtCell(cell));
+  for (BoundaryPlace const& place : questions.face) values.push_back(lookup.At(place));
   return values;
 }
 
 template <class T>
-std::vector<char> BytesOf(const std::vector<T>& items) {
+std::vector<char> BytesOf(std::vector<T> const& items) {
   std::vector<char> bytes(items.size() * sizeof(T));
   if (!bytes.empty()) std::memcpy(bytes.data(), items.data(), bytes.size());
   return bytes;
 }
 
 template <class T>
-std::vector<T> ItemsOf(const std::vector<char>& bytes) {
+std::vector<T> ItemsOf(std::vector<char> const& bytes) {
   std::vector<T> items(bytes.size() / sizeof(T));
   if (!bytes.empty()) std::memcpy(items.data(), bytes.data(), bytes.size());
   return items;
 }
 
 /// The file and the array in FILE.cgns:ARRAY; empty for anything else.
-std::optional<std::pair<std::string, std::string>> CgnsParts(const std::string& fieldSpec) {
-  const std::string ending = ".cgns";
-  const std::size_t colon = fieldSpec.rfind(ending + ":");
+std::optional<std::pair<std::string, std::string>> CgnsParts(std::string const& fieldSpec) {
+  std::string const ending = ".cgns";
+  std::size_t const colon = fieldSpec.rfind(ending + ":");
   if (colon != std::string::npos) {
     return std::pair(fieldSpec.substr(0, colon + ending.size()), fieldSpec.substr(colon + ending.size() + 1));
   }
@@ -74,18 +74,18 @@ std::optional<std::pair<std::string, std::string>> CgnsParts(const std::string& 
 }
 
 /// A path as it is, or else in the case that the mesh belongs to.
-std::string FindFieldFile(const std::string& polyMesh, const std::string& fieldSpec) {
+std::string FindFieldFile(std::string const& polyMesh, std::string const& fieldSpec) {
   fs::path folder = fs::path(polyMesh).lexically_normal();
   if (!folder.has_filename()) folder = folder.parent_path();  // polyMesh/
   folder = folder.parent_path();
   if (folder.filename() == "constant") folder = folder.parent_path();
-  const auto kindOf = [](const fs::path& path) {
+  auto const kindOf = [](fs::path const& path) {
     std::error_code ignored;
     return fs::status(path, ignored).type();
   };
   // What is there but is no file is only taken where there is no file: reading it then says what it is.
   fs::path found;
-  for (const fs::path& candidate : {fs::path(fieldSpec), folder / fieldSpec}) {
+  for (fs::path const& candidate : {fs::path(fieldSpec), folder / fieldSpec}) {
     if (kindOf(candidate) == fs::file_type::regular ||
         kindOf(candidate.string() + ".gz") == fs::file_type::regular) {
       return candidate.string();
@@ -97,9 +97,9 @@ std::string FindFieldFile(const std::string& polyMesh, const std::string& fieldS
 }
 
 /// TIME/NAME of a path.
-fs::path TimeAndName(const std::string& fieldSpec) {
-  const fs::path path = fs::path(fieldSpec).lexically_normal();
-  const fs::path time = path.parent_path().filename();
+fs::path TimeAndName(std::string const& fieldSpec) {
+  fs::path const path = fs::path(fieldSpec).lexically_normal();
+  fs::path const time = path.parent_path().filename();
   if (time.empty() || path.filename().empty()) {
     throw MeshError(fieldSpec + ": a decomposed case needs the time and the field, as in 0/T");
   }
@@ -108,8 +108,8 @@ fs::path TimeAndName(const std::string& fieldSpec) {
 
 class FieldLoader {
  public:
-  FieldLoader(MPI_Comm communicator, const std::string& meshSpec, LoadedMesh& mesh,
-              const std::string& fieldSpec)
+  FieldLoader(MPI_Comm communicator, std::string const& meshSpec, LoadedMesh& mesh,
+              std::string const& fieldSpec)
       : communicator_(communicator),
         meshSpec_(meshSpec),
         mesh_(mesh),
@@ -149,7 +149,7 @@ class FieldLoader {
     return is != 0;
   }
 
-  void OnRank0(const std::function<void()>& work) const {
+  void OnRank0(std::function<void()> const& work) const {
     RunTogether(communicator_, [&] {
       if (communicator_.rank() == 0) work();
     });
@@ -163,11 +163,11 @@ class FieldLoader {
     return cells;
   }
 
-  Questions QuestionsFor(const std::vector<std::int64_t>& fileCell) const {
+  Questions QuestionsFor(std::vector<std::int64_t> const& fileCell) const {
     return {{fileCell.begin() + 1, fileCell.end()}, GhostPlaces(partition_, fileCell)};
   }
 
-  void TakeAnswers(const std::vector<double>& answers) {
+  void TakeAnswers(std::vector<double> const& answers) {
     // Interior cells are followed by ghost cells, and those by halo cells.
     result_.value.assign(static_cast<std::size_t>(record_.NCell) + 1, 0.0);
     std::copy(answers.begin(), answers.end(), result_.value.begin() + 1);
@@ -176,21 +176,21 @@ class FieldLoader {
   // A decomposed case.
 
   void ReadOwnFolder() {
-    const std::vector<std::int64_t> wholeCell = WholeCells();
+    std::vector<std::int64_t> const wholeCell = WholeCells();
     std::int64_t firstCell = 0;  // of this rank where cells are numbered rank by rank
-    const std::int64_t nOwn = record_.NInnerCells;
+    std::int64_t const nOwn = record_.NInnerCells;
     MPI_Exscan(&nOwn, &firstCell, 1, MPI_INT64_T, MPI_SUM, communicator_.get());
     if (communicator_.rank() == 0) firstCell = 0;
     RunTogether(communicator_, [&] {
-      const fs::path folder = ProcessorFolder(meshSpec_, communicator_.rank());
-      const std::string polyMesh = (folder / "constant" / "polyMesh").string();
+      fs::path const folder = ProcessorFolder(meshSpec_, communicator_.rank());
+      std::string const polyMesh = (folder / "constant" / "polyMesh").string();
       FileField file;
       file.boundary = ReadPolyMeshBoundary(polyMesh);
       LeaveOutCuts(file.boundary);
       CheckPatches(polyMesh, file.boundary);
       file.field = ReadFoamField((folder / TimeAndName(fieldSpec_)).string(), nOwn, file.boundary);
       lacksValues_ = file.field.lacksValues;
-      const FoamFieldLookup lookup(file.field, file.boundary);
+      FoamFieldLookup const lookup(file.field, file.boundary);
       TakeAnswers(Answers(lookup, QuestionsFor(FolderCells(polyMesh, wholeCell, firstCell))));
     });
   }
@@ -210,10 +210,10 @@ class FieldLoader {
   }
 
   /// Numbers of the own interior cells in their processor folder. [1..NInnerCells]
-  static std::vector<std::int64_t> FolderCells(const std::string& polyMesh,
+  static std::vector<std::int64_t> FolderCells(std::string const& polyMesh,
                                                std::vector<std::int64_t> wholeCell, std::int64_t firstCell) {
-    const auto n = static_cast<std::int64_t>(wholeCell.size()) - 1;
-    const std::vector<std::int64_t> addressing = ReadAddressing(polyMesh, "cellProcAddressing", n);
+    auto const n = static_cast<std::int64_t>(wholeCell.size()) - 1;
+    std::vector<std::int64_t> const addressing = ReadAddressing(polyMesh, "cellProcAddressing", n);
     std::vector<std::pair<std::int64_t, std::int64_t>> folderCell;  // by number in the whole mesh
     for (std::int64_t c = 0; c < n; ++c) {
       folderCell.emplace_back(addressing.empty() ? firstCell + c : addressing[static_cast<std::size_t>(c)],
@@ -221,7 +221,7 @@ class FieldLoader {
     }
     std::sort(folderCell.begin(), folderCell.end());
     for (std::size_t c = 1; c < wholeCell.size(); ++c) {
-      const auto found =
+      auto const found =
           std::lower_bound(folderCell.begin(), folderCell.end(), std::pair(wholeCell[c], std::int64_t{0}));
       if (found == folderCell.end() || found->first != wholeCell[c]) {
         throw MeshError(polyMesh + ": changed while it was read");
@@ -234,8 +234,8 @@ class FieldLoader {
   // A whole mesh.
 
   void ReadOnRank0() {
-    const Questions own = QuestionsFor(WholeCells());
-    const std::int64_t nCells = mesh_.summary.nCells;
+    Questions const own = QuestionsFor(WholeCells());
+    std::int64_t const nCells = mesh_.summary.nCells;
     FileField file;
     OnRank0([&] {
       file = cgns_ ? ReadCgnsFile(nCells) : ReadFoamFile(nCells);
@@ -243,13 +243,13 @@ class FieldLoader {
     });
     RunTogether(communicator_, [&] {
       if (communicator_.rank() == 0) {
-        const FoamFieldLookup lookup(file.field, file.boundary);
+        FoamFieldLookup const lookup(file.field, file.boundary);
         AnswerOthers(lookup);
         TakeAnswers(Answers(lookup, own));
       } else {
         SendBytes(communicator_, 0, BytesOf(own.cell));
         SendBytes(communicator_, 0, BytesOf(own.face));
-        if (const std::optional<std::vector<char>> bytes = ReceiveBytes(communicator_, 0)) {
+        if (std::optional<std::vector<char>> const bytes = ReceiveBytes(communicator_, 0)) {
           TakeAnswers(ItemsOf<double>(*bytes));
         }
       }
@@ -263,7 +263,7 @@ class FieldLoader {
       throw MeshError(fieldSpec_ + ": " + std::to_string(file.field.cell.size()) + " values for the " +
                       std::to_string(nCells) + " cells of the mesh");
     }
-    for (const PatchSummary& patch : mesh_.summary.patches)
+    for (PatchSummary const& patch : mesh_.summary.patches)
       file.field.lacksValues.push_back(patch.nFaces > 0 ? 1 : 0);
     return file;
   }
@@ -277,24 +277,24 @@ class FieldLoader {
   }
 
   /// The boundary is read a second time for the field.
-  void CheckPatches(const std::string& polyMesh, const PolyMeshBoundary& boundary) const {
-    const std::vector<Patch>& patches = partition_.patches();
-    const bool isSame =
+  void CheckPatches(std::string const& polyMesh, PolyMeshBoundary const& boundary) const {
+    std::vector<Patch> const& patches = partition_.patches();
+    bool const isSame =
         std::equal(patches.begin(), patches.end(), boundary.patches.begin(), boundary.patches.end(),
-                   [](const Patch& a, const Patch& b) { return a.name == b.name; });
+                   [](Patch const& a, Patch const& b) { return a.name == b.name; });
     if (!isSame) throw MeshError(polyMesh + ": changed while it was read");
   }
 
   /// One rank after another. After a failure the ranks that are still waiting get nothing.
-  void AnswerOthers(const FoamFieldLookup& lookup) const {
+  void AnswerOthers(FoamFieldLookup const& lookup) const {
     std::exception_ptr failure;
     for (int rank = 1; rank < communicator_.size(); ++rank) {
       std::vector<char> answer;
       try {
         Questions questions;
-        if (const auto cells = ReceiveBytes(communicator_, rank))
+        if (auto const cells = ReceiveBytes(communicator_, rank))
           questions.cell = ItemsOf<std::int64_t>(*cells);
-        if (const auto faces = ReceiveBytes(communicator_, rank))
+        if (auto const faces = ReceiveBytes(communicator_, rank))
           questions.face = ItemsOf<BoundaryPlace>(*faces);
         if (!failure) answer = BytesOf(Answers(lookup, questions));
       } catch (...) {
@@ -319,11 +319,11 @@ class FieldLoader {
   }
 
   MpiCommunicator communicator_;
-  const std::string& meshSpec_;
+  std::string const& meshSpec_;
   LoadedMesh& mesh_;
   HostPartition& partition_;
-  const CZYN3DFiniteVolumeMesh& record_;
-  const std::string& fieldSpec_;
+  CZYN3DFiniteVolumeMesh const& record_;
+  std::string const& fieldSpec_;
   std::optional<std::pair<std::string, std::string>> cgns_;  // of rank 0 alone
   std::string polyMesh_;                                     // of rank 0 alone
   std::vector<char> lacksValues_;                            // by patch
@@ -332,8 +332,8 @@ class FieldLoader {
 
 }  // namespace
 
-LoadedField LoadField(MPI_Comm communicator, const std::string& meshSpec, LoadedMesh& mesh,
-                      const std::string& fieldSpec) {
+LoadedField LoadField(MPI_Comm communicator, std::string const& meshSpec, LoadedMesh& mesh,
+                      std::string const& fieldSpec) {
   return FieldLoader(communicator, meshSpec, mesh, fieldSpec).Load();
 }
 

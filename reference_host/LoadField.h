@@ -25,7 +25,7 @@ struct LoadedField {
 /// values. Files of a whole mesh are read by rank 0, which sends each rank its own values.
 /// @param[in] communicator, mesh  as for LoadMesh
 /// Throws MeshError, with the same text on every rank.
-LoadedField LoadField(MPI_Comm communicator, const std::string& meshSpec, LoadedMesh& mesh,
-                      const std::string& fieldSpec);
+LoadedField LoadField(MPI_Comm communicator, std::string const& meshSpec, LoadedMesh& mesh,
+                      std::string const& fieldSpec);
 
 }  // namespace reference_host

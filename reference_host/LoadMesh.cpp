@@ -22,9 +22,9 @@ namespace reference_host {
 namespace {
 
 /// Faces of each patch, from the patch of each face (-1: inside).
-std::vector<std::int64_t> CountFacesOfPatches(const std::vector<int>& facePatch, std::size_t nPatches) {
+std::vector<std::int64_t> CountFacesOfPatches(std::vector<int> const& facePatch, std::size_t nPatches) {
   std::vector<std::int64_t> nFaces(nPatches, 0);
-  for (const int patch : facePatch) {
+  for (int const patch : facePatch) {
     if (patch >= 0) ++nFaces[patch];
   }
   return nFaces;
@@ -33,9 +33,9 @@ std::vector<std::int64_t> CountFacesOfPatches(const std::vector<int>& facePatch,
 /// The stages of one call of LoadMesh. Whatever can fail is inside RunTogether.
 class MeshLoader {
  public:
-  MeshLoader(MPI_Comm communicator, const std::string& meshSpec,
-             const std::map<std::string, BoundaryGroup>& groups,
-             const std::function<void(const std::string&)>& progress)
+  MeshLoader(MPI_Comm communicator, std::string const& meshSpec,
+             std::map<std::string, BoundaryGroup> const& groups,
+             std::function<void(std::string const&)> const& progress)
       : original_(communicator),
         communicator_(communicator),
         meshSpec_(meshSpec),
@@ -73,7 +73,7 @@ class MeshLoader {
     return std::move(part);
   }
 
-  void Report(const std::string& stage) const {
+  void Report(std::string const& stage) const {
     if (communicator_.rank() == 0 && progress_) progress_(stage);
   }
 
@@ -87,7 +87,7 @@ class MeshLoader {
     std::vector<std::int64_t> facesOfPatch;
     RunTogether(communicator_, [&] {
       Report("generating");
-      const BoxSpec spec = ParseBoxSpec(meshSpec_);
+      BoxSpec const spec = ParseBoxSpec(meshSpec_);
       loaded_.summary.nNodes = BoxNodeCount(spec);
       part = MakeBoxPart(spec, communicator_.rank(), communicator_.size());
       facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
@@ -119,7 +119,7 @@ class MeshLoader {
     return DistributeMesh(communicator_, &mesh, partOfCell);
   }
 
-  void OnRank0(const std::function<void()>& work) const {
+  void OnRank0(std::function<void()> const& work) const {
     RunTogether(communicator_, [&] {
       if (communicator_.rank() == 0) work();
     });
@@ -128,7 +128,7 @@ class MeshLoader {
   void BuildTables(MeshPart&& part) {
     RunTogether(communicator_, [&] {
       Report("tables");
-      const MeshPart own = std::move(part);  // ends here: the partition has its own tables
+      MeshPart const own = std::move(part);  // ends here: the partition has its own tables
       loaded_.partition = std::make_unique<HostPartition>(own);
       CheckVolumes();
     });
@@ -142,8 +142,8 @@ class MeshLoader {
   // Files have passed CheckMesh. The cells of a box fit together by construction, but moved nodes can turn
   // them over.
   void CheckVolumes() const {
-    const CZYN3DFiniteVolumeMesh& mesh = *loaded_.partition->mesh();
-    const std::vector<std::int64_t>& globalCell = loaded_.partition->globalCell();
+    CZYN3DFiniteVolumeMesh const& mesh = *loaded_.partition->mesh();
+    std::vector<std::int64_t> const& globalCell = loaded_.partition->globalCell();
     int first = 0;
     for (int c = 1; c <= mesh.NInnerCells; ++c) {
       if (!(mesh.Volume[c] > 0.0) && (first == 0 || globalCell[c] < globalCell[first])) first = c;
@@ -163,7 +163,7 @@ class MeshLoader {
   }
 
   void NamePatches() {
-    for (const Patch& patch : loaded_.partition->patches()) {
+    for (Patch const& patch : loaded_.partition->patches()) {
       loaded_.summary.patches.push_back({patch.name, patch.group.value_or(BoundaryGroup::Wall), 0});
     }
   }
@@ -171,7 +171,7 @@ class MeshLoader {
   void AddCounts() {
     HostPartition& partition = *loaded_.partition;
     MeshSummary& summary = loaded_.summary;
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     std::vector<std::int64_t> counts = CountFacesOfPatches(
         {partition.patchOfGhost().begin() + 1, partition.patchOfGhost().end()}, summary.patches.size());
     counts.insert(counts.end(),
@@ -182,7 +182,7 @@ class MeshLoader {
       summary.patches[p].nFaces = counts[p];
       summary.facesOfGroup[static_cast<std::size_t>(summary.patches[p].group)] += counts[p];
     }
-    const std::size_t next = summary.patches.size();
+    std::size_t const next = summary.patches.size();
     summary.nCells = counts[next];
     summary.nInnerFaces = counts[next + 1];
     summary.nCutFaces = counts[next + 2] / 2;  // both sides have counted
@@ -191,7 +191,7 @@ class MeshLoader {
   void FindExtremes() {
     HostPartition& partition = *loaded_.partition;
     MeshSummary& summary = loaded_.summary;
-    const int nCells = partition.mesh()->NInnerCells;
+    int const nCells = partition.mesh()->NInnerCells;
     std::array<int, 4> most = {-nCells, nCells, partition.partitionFaces()->NParInterFace(),
                                static_cast<int>(partition.exchangeLists().size())};
     MPI_Allreduce(MPI_IN_PLACE, most.data(), static_cast<int>(most.size()), MPI_INT, MPI_MAX,
@@ -205,25 +205,25 @@ class MeshLoader {
 
   // Added up in the order of the ranks, so that every run gives the same bits.
   void AddQualities() {
-    const QualitySums own = MeasureQuality(*loaded_.partition);
+    QualitySums const own = MeasureQuality(*loaded_.partition);
     std::vector<QualitySums> all(static_cast<std::size_t>(communicator_.size()));
     MPI_Allgather(&own, sizeof(own), MPI_BYTE, all.data(), sizeof(own), MPI_BYTE, communicator_.get());
-    for (const QualitySums& sums : all) AddQuality(loaded_.summary.quality, sums);
+    for (QualitySums const& sums : all) AddQuality(loaded_.summary.quality, sums);
   }
 
   MPI_Comm original_;
   MpiCommunicator communicator_;
-  const std::string& meshSpec_;
-  const std::map<std::string, BoundaryGroup>& groups_;
-  const std::function<void(const std::string&)>& progress_;
+  std::string const& meshSpec_;
+  std::map<std::string, BoundaryGroup> const& groups_;
+  std::function<void(std::string const&)> const& progress_;
   LoadedMesh loaded_;
 };
 
 }  // namespace
 
-LoadedMesh LoadMesh(MPI_Comm communicator, const std::string& meshSpec,
-                    const std::map<std::string, BoundaryGroup>& groupsByUser,
-                    const std::function<void(const std::string&)>& progress) {
+LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec,
+                    std::map<std::string, BoundaryGroup> const& groupsByUser,
+                    std::function<void(std::string const&)> const& progress) {
   return MeshLoader(communicator, meshSpec, groupsByUser, progress).Load();
 }
 

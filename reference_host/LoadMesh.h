@@ -38,8 +38,8 @@ struct LoadedMesh {
 /// "distributing",
 ///                          or "reading" alone for a decomposed case, or "generating" for a box, then "tables"; may be empty
 /// Throws MeshError, with the same text on every rank, whatever failed and wherever.
-LoadedMesh LoadMesh(MPI_Comm communicator, const std::string& meshSpec,
-                    const std::map<std::string, BoundaryGroup>& groupsByUser,
-                    const std::function<void(const std::string&)>& progress);
+LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec,
+                    std::map<std::string, BoundaryGroup> const& groupsByUser,
+                    std::function<void(std::string const&)> const& progress);
 
 }  // namespace reference_host

@@ -27,7 +27,7 @@ constexpr double kFlat = 1e-14;
 
 class MeshChecker {
  public:
-  MeshChecker(const FaceMesh& mesh, const std::string& meshName)
+  MeshChecker(FaceMesh const& mesh, std::string const& meshName)
       : mesh_(mesh), faces_(mesh), prefix_(meshName.empty() ? "" : meshName + ": ") {}
 
   void CheckAll() const {
@@ -40,21 +40,21 @@ class MeshChecker {
   }
 
  private:
-  [[noreturn]] void Fail(const std::string& what) const { throw MeshError(prefix_ + what); }
+  [[noreturn]] void Fail(std::string const& what) const { throw MeshError(prefix_ + what); }
 
-  [[noreturn]] void FailNode(int node, const std::string& what) const {
+  [[noreturn]] void FailNode(int node, std::string const& what) const {
     Fail(NameOfNode(mesh_, node) + " " + what);
   }
-  [[noreturn]] void FailFace(int face, const std::string& what) const {
+  [[noreturn]] void FailFace(int face, std::string const& what) const {
     Fail(NameOfFace(mesh_, face) + " " + what);
   }
-  [[noreturn]] void FailCell(int cell, const std::string& what) const {
+  [[noreturn]] void FailCell(int cell, std::string const& what) const {
     Fail(NameOfCell(mesh_, cell) + " " + what);
   }
 
   void CheckPoints() const {
     for (std::size_t n = 0; n < mesh_.points.size(); ++n) {
-      const Point& p = mesh_.points[n];
+      Point const& p = mesh_.points[n];
       if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
         FailNode(static_cast<int>(n), "has a coordinate that is not finite");
       }
@@ -62,7 +62,7 @@ class MeshChecker {
   }
 
   void CheckFaceTable() const {
-    const std::size_t nFaces = mesh_.owner.size();
+    std::size_t const nFaces = mesh_.owner.size();
     if (mesh_.faceStart.size() != nFaces + 1 || mesh_.neighbour.size() != nFaces ||
         mesh_.facePatch.size() != nFaces) {
       Fail("the face tables differ in length");
@@ -76,12 +76,12 @@ class MeshChecker {
 
   /// @param[in,out] lastFaceOfNode  of those before f; -1: none
   void CheckNodesOfFace(int f, std::vector<int>& lastFaceOfNode) const {
-    const std::size_t begin = mesh_.faceStart[f];
-    const std::size_t end = mesh_.faceStart[f + 1];
+    std::size_t const begin = mesh_.faceStart[f];
+    std::size_t const end = mesh_.faceStart[f + 1];
     if (end < begin + 3) FailFace(f, "has fewer than 3 nodes");
     if (end > mesh_.faceNode.size()) FailFace(f, "goes beyond the end of the node table");
     for (std::size_t i = begin; i < end; ++i) {
-      const int node = mesh_.faceNode[i];
+      int const node = mesh_.faceNode[i];
       if (node < 0 || static_cast<std::size_t>(node) >= mesh_.points.size()) {
         FailFace(f, "has node " + std::to_string(node + std::int64_t{1}) + ", but there are " +
                         std::to_string(mesh_.points.size()));
@@ -92,13 +92,13 @@ class MeshChecker {
   }
 
   void CheckCellsOfFace(int f) const {
-    const int owner = mesh_.owner[f];
-    const int neighbour = mesh_.neighbour[f];
+    int const owner = mesh_.owner[f];
+    int const neighbour = mesh_.neighbour[f];
     CheckCellNumber(f, owner);
     if (neighbour != -1) CheckCellNumber(f, neighbour);
     if (owner == neighbour) FailFace(f, "joins " + NameOfCell(mesh_, owner) + " to itself");
-    const int patch = mesh_.facePatch[f];
-    const bool inPatch = patch >= 0 && static_cast<std::size_t>(patch) < mesh_.patches.size();
+    int const patch = mesh_.facePatch[f];
+    bool const inPatch = patch >= 0 && static_cast<std::size_t>(patch) < mesh_.patches.size();
     if (neighbour == -1 && !inPatch) FailFace(f, "is at the boundary, but in no patch");
   }
 
@@ -114,15 +114,15 @@ class MeshChecker {
       ++nFacesOfCell[mesh_.owner[f]];
       if (mesh_.neighbour[f] >= 0) ++nFacesOfCell[mesh_.neighbour[f]];
     }
-    const auto few = std::find_if(nFacesOfCell.begin(), nFacesOfCell.end(), [](int n) { return n < 4; });
+    auto const few = std::find_if(nFacesOfCell.begin(), nFacesOfCell.end(), [](int n) { return n < 4; });
     if (few == nFacesOfCell.end()) return;
     FailCell(static_cast<int>(few - nFacesOfCell.begin()),
              "has " + std::to_string(*few) + " faces; a cell needs 4 or more");
   }
 
   double Circumference(int f) const {
-    const int n = faces_.NodeCount(f);
-    const int* const nodes = faces_.Nodes(f);
+    int const n = faces_.NodeCount(f);
+    int const* const nodes = faces_.Nodes(f);
     double sum = 0.0;
     for (int i = 0; i < n; ++i) {
       sum += Length(Difference(mesh_.points[nodes[(i + 1) % n]], mesh_.points[nodes[i]]));
@@ -134,8 +134,8 @@ class MeshChecker {
   // fails.
   void CheckAreas() const {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
-      const double area = Length(ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area);
-      const double circumference = Circumference(f);
+      double const area = Length(ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area);
+      double const circumference = Circumference(f);
       if (!(area > kFlat * circumference * circumference)) FailFace(f, "has no area");
     }
   }
@@ -144,14 +144,14 @@ class MeshChecker {
     std::vector<Point> sum(mesh_.nCells, Point{0.0, 0.0, 0.0});
     std::vector<double> area(mesh_.nCells, 0.0);
     for (int f = 0; f < mesh_.nFaces(); ++f) {
-      const Point S = ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area;
-      for (const auto& [cell, side] : {std::pair(mesh_.owner[f], 1.0), std::pair(mesh_.neighbour[f], -1.0)}) {
+      Point const S = ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area;
+      for (auto const& [cell, side] : {std::pair(mesh_.owner[f], 1.0), std::pair(mesh_.neighbour[f], -1.0)}) {
         if (cell < 0) continue;
         sum[cell] = Sum(sum[cell], Scaled(side, S));
         area[cell] += Length(S);
       }
     }
-    const std::vector<double> volume = ComputeCellGeometry(faces_, mesh_.nCells).volume;
+    std::vector<double> const volume = ComputeCellGeometry(faces_, mesh_.nCells).volume;
     for (int c = 0; c < mesh_.nCells; ++c) {
       if (!(Length(sum[c]) <= kMostOpening * area[c])) {
         FailCell(c, "is not closed (the area vectors of its faces do not add up to zero)");
@@ -161,19 +161,19 @@ class MeshChecker {
   }
 
   void CheckVolume(int c, double volume, double area) const {
-    const double flat = kFlat * area * std::sqrt(area);
+    double const flat = kFlat * area * std::sqrt(area);
     if (volume > flat && std::isfinite(volume)) return;
     if (volume < -flat) FailCell(c, "has a negative volume (its faces point inwards)");
     FailCell(c, "has no volume");
   }
 
-  const FaceMesh& mesh_;
+  FaceMesh const& mesh_;
   FaceTable faces_;
   std::string prefix_;
 };
 
 }  // namespace
 
-void CheckMesh(const FaceMesh& mesh, const std::string& meshName) { MeshChecker(mesh, meshName).CheckAll(); }
+void CheckMesh(FaceMesh const& mesh, std::string const& meshName) { MeshChecker(mesh, meshName).CheckAll(); }
 
 }  // namespace reference_host

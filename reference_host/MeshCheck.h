@@ -13,6 +13,6 @@ namespace reference_host {
 /// nodes or with a node twice; node, cell and patch numbers out of range; faces that join a cell to itself; cells with
 /// fewer than 4 faces; faces without area; cells that are not closed; cells whose volume is negative or zero.
 /// @param[in] meshName  what the failure begins with, such as the file; may be empty
-void CheckMesh(const FaceMesh& mesh, const std::string& meshName = {});
+void CheckMesh(FaceMesh const& mesh, std::string const& meshName = {});
 
 }  // namespace reference_host

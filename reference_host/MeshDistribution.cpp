@@ -12,9 +12,9 @@ namespace {
 
 /// Sends all other parts and returns that of rank 0. After a failure the ranks that are still waiting get
 /// nothing.
-MeshPart SendParts(const MpiCommunicator& communicator, const FaceMesh& mesh,
-                   const std::vector<int>& partOfCell) {
-  const int nParts = communicator.size();
+MeshPart SendParts(MpiCommunicator const& communicator, FaceMesh const& mesh,
+                   std::vector<int> const& partOfCell) {
+  int const nParts = communicator.size();
   std::exception_ptr failure;
   for (int rank = 1; rank < nParts; ++rank) {
     std::vector<char> bytes;
@@ -35,13 +35,13 @@ MeshPart SendParts(const MpiCommunicator& communicator, const FaceMesh& mesh,
 
 }  // namespace
 
-MeshPart DistributeMesh(const MpiCommunicator& communicator, const FaceMesh* wholeOnRank0,
-                        const std::vector<int>& partOfCell) {
+MeshPart DistributeMesh(MpiCommunicator const& communicator, FaceMesh const* wholeOnRank0,
+                        std::vector<int> const& partOfCell) {
   MeshPart part;
   RunTogether(communicator, [&] {
     if (communicator.rank() == 0) {
       part = SendParts(communicator, *wholeOnRank0, partOfCell);
-    } else if (const std::optional<std::vector<char>> bytes = ReceiveBytes(communicator, 0)) {
+    } else if (std::optional<std::vector<char>> const bytes = ReceiveBytes(communicator, 0)) {
       part = UnpackMeshPart(*bytes);
     }
   });

@@ -14,7 +14,7 @@ namespace reference_host {
 /// @cite karypis1998
 /// @param[in] meshName  what a failure begins with, such as the file; may be empty
 /// Throws MeshError if there are fewer cells than parts.
-std::vector<int> PartitionMesh(const FaceMesh& mesh, int nParts, const std::string& meshName = {});
+std::vector<int> PartitionMesh(FaceMesh const& mesh, int nParts, std::string const& meshName = {});
 
 /// Moves one cell at a time from the part that has most into each part without any. The result depends on the
 /// arguments alone. @pre there are at least nParts cells
@@ -25,7 +25,7 @@ void FillEmptyParts(std::vector<int>& partOfCell, int nParts);
 /// @param[in] wholeOnRank0  the mesh; ignored on other ranks
 /// @param[in] partOfCell    the rank of each cell; ignored on other ranks
 /// @return the own part. If something fails, all ranks throw the same MeshError.
-MeshPart DistributeMesh(const MpiCommunicator& communicator, const FaceMesh* wholeOnRank0,
-                        const std::vector<int>& partOfCell);
+MeshPart DistributeMesh(MpiCommunicator const& communicator, FaceMesh const* wholeOnRank0,
+                        std::vector<int> const& partOfCell);
 
 }  // namespace reference_host

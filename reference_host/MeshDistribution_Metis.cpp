@@ -24,7 +24,7 @@ struct CellGraph {
   int nCells() const { return static_cast<int>(rowStart.size()) - 1; }
 };
 
-CellGraph MakeCellGraph(const FaceMesh& mesh) {
+CellGraph MakeCellGraph(FaceMesh const& mesh) {
   CellGraph graph;
   graph.rowStart.assign(static_cast<std::size_t>(mesh.nCells) + 1, 0);
   for (int f = 0; f < mesh.nFaces(); ++f) {
@@ -56,8 +56,8 @@ MetisGraph MakeMetisGraph(CellGraph&& graph) {
   result.weights.reserve(graph.columns.size());
   for (int c = 0; c < graph.nCells(); ++c) {
     result.rowStart.push_back(static_cast<idx_t>(result.columns.size()));
-    const auto begin = graph.columns.begin() + static_cast<std::ptrdiff_t>(graph.rowStart[c]);
-    const auto end = graph.columns.begin() + static_cast<std::ptrdiff_t>(graph.rowStart[c + 1]);
+    auto const begin = graph.columns.begin() + static_cast<std::ptrdiff_t>(graph.rowStart[c]);
+    auto const end = graph.columns.begin() + static_cast<std::ptrdiff_t>(graph.rowStart[c + 1]);
     std::sort(begin, end);
     for (auto neighbour = begin; neighbour != end; ++neighbour) {
       if (neighbour != begin && *neighbour == *(neighbour - 1)) {
@@ -73,14 +73,14 @@ MetisGraph MakeMetisGraph(CellGraph&& graph) {
 }
 
 /// Whether every cell can be reached from the first.
-bool IsConnected(const MetisGraph& graph) {
-  const std::size_t nCells = graph.rowStart.size() - 1;
+bool IsConnected(MetisGraph const& graph) {
+  std::size_t const nCells = graph.rowStart.size() - 1;
   std::vector<char> isReached(nCells, 0);
   std::vector<idx_t> reached = {0};
   isReached[0] = 1;
   for (std::size_t i = 0; i < reached.size(); ++i) {
     for (idx_t k = graph.rowStart[reached[i]]; k < graph.rowStart[reached[i] + 1]; ++k) {
-      const idx_t neighbour = graph.columns[k];
+      idx_t const neighbour = graph.columns[k];
       if (isReached[neighbour] != 0) continue;
       isReached[neighbour] = 1;
       reached.push_back(neighbour);
@@ -99,14 +99,14 @@ std::vector<int> PartitionByMetis(MetisGraph& graph, int nParts) {
   // Recursive bisection balances better and cuts less into few parts, k-way division is the better one for
   // many. Only the latter can keep parts in one piece, and only on a mesh that is in one piece itself.
   constexpr int kMostPartsByBisection = 8;
-  const bool byBisection = nParts <= kMostPartsByBisection;
+  bool const byBisection = nParts <= kMostPartsByBisection;
   if (!byBisection && IsConnected(graph)) options[METIS_OPTION_CONTIG] = 1;
 
   idx_t nCells = static_cast<idx_t>(graph.rowStart.size()) - 1;
   idx_t nConstraints = 1, parts = nParts, cut = 0;
   std::vector<idx_t> partOfCell(static_cast<std::size_t>(nCells), 0);
-  const auto divide = byBisection ? METIS_PartGraphRecursive : METIS_PartGraphKway;
-  const int status =
+  auto const divide = byBisection ? METIS_PartGraphRecursive : METIS_PartGraphKway;
+  int const status =
       divide(&nCells, &nConstraints, graph.rowStart.data(), graph.columns.data(), nullptr, nullptr,
              graph.weights.data(), &parts, nullptr, nullptr, options.data(), &cut, partOfCell.data());
   if (status != METIS_OK) {
@@ -118,8 +118,8 @@ std::vector<int> PartitionByMetis(MetisGraph& graph, int nParts) {
 
 /// Equal pieces of the cells in Cuthill-McKee order: what there is for parts of a few cells, for which METIS
 /// is not made (it leaves parts empty and prints complaints).
-std::vector<int> PartitionByOrder(const CellGraph& graph, int nParts) {
-  const std::vector<int> cells = CuthillMcKee(graph.rowStart, graph.columns);
+std::vector<int> PartitionByOrder(CellGraph const& graph, int nParts) {
+  std::vector<int> const cells = CuthillMcKee(graph.rowStart, graph.columns);
   std::vector<int> partOfCell(cells.size());
   for (std::size_t i = 0; i < cells.size(); ++i) {
     partOfCell[cells[i]] = static_cast<int>(i * static_cast<std::size_t>(nParts) / cells.size());
@@ -127,8 +127,8 @@ std::vector<int> PartitionByOrder(const CellGraph& graph, int nParts) {
   return partOfCell;
 }
 
-void CheckCounts(const FaceMesh& mesh, int nParts, const std::string& meshName) {
-  const std::string beginning = meshName.empty() ? "" : meshName + ": ";
+void CheckCounts(FaceMesh const& mesh, int nParts, std::string const& meshName) {
+  std::string const beginning = meshName.empty() ? "" : meshName + ": ";
   if (mesh.nCells < nParts) {
     throw MeshError(beginning + "the mesh has " + std::to_string(mesh.nCells) + " cells, fewer than the " +
                     std::to_string(nParts) + " ranks");
@@ -140,7 +140,7 @@ void CheckCounts(const FaceMesh& mesh, int nParts, const std::string& meshName) 
 
 }  // namespace
 
-std::vector<int> PartitionMesh(const FaceMesh& mesh, int nParts, const std::string& meshName) {
+std::vector<int> PartitionMesh(FaceMesh const& mesh, int nParts, std::string const& meshName) {
   CheckCounts(mesh, nParts, meshName);
   if (nParts == 1) return std::vector<int>(static_cast<std::size_t>(mesh.nCells), 0);
 
@@ -157,10 +157,10 @@ std::vector<int> PartitionMesh(const FaceMesh& mesh, int nParts, const std::stri
 
 void FillEmptyParts(std::vector<int>& partOfCell, int nParts) {
   std::vector<int> nCells(static_cast<std::size_t>(nParts), 0);
-  for (const int part : partOfCell) ++nCells[part];
+  for (int const part : partOfCell) ++nCells[part];
   for (int empty = 0; empty < nParts; ++empty) {
     if (nCells[empty] > 0) continue;
-    const auto largest = static_cast<int>(std::max_element(nCells.begin(), nCells.end()) - nCells.begin());
+    auto const largest = static_cast<int>(std::max_element(nCells.begin(), nCells.end()) - nCells.begin());
     *std::find(partOfCell.begin(), partOfCell.end(), largest) = empty;
     --nCells[largest];
     ++nCells[empty];

@@ -29,18 +29,18 @@ std::string KindOf(std::filesystem::file_type type) {
   }
 }
 
-std::size_t SizeOf(const std::string& name) {
+std::size_t SizeOf(std::string const& name) {
   RequireRegularFile(name);
   std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(name, error);
+  std::uintmax_t const size = std::filesystem::file_size(name, error);
   if (error) throw MeshError(name + ": " + error.message());
   return size;
 }
 
-std::unique_ptr<char[]> Allocate(const std::string& name, std::size_t size) {
+std::unique_ptr<char[]> Allocate(std::string const& name, std::size_t size) {
   try {
     return std::unique_ptr<char[]>(new char[size]);  // not make_unique: that would clear it first
-  } catch (const std::bad_alloc&) {
+  } catch (std::bad_alloc const&) {
     throw MeshError(name + ": " + std::to_string(size) + " bytes do not fit into memory");
   }
 }
@@ -57,16 +57,16 @@ MeshFile::MeshFile(std::string name) : name_(std::move(name)) {
     throw MeshError(name_ + ": cannot be read to its end");
 }
 
-void MeshFile::Fail(std::size_t offset, const std::string& what) const {
+void MeshFile::Fail(std::size_t offset, std::string const& what) const {
   offset = std::min(offset, size_);
   if (placesByOffset_) throw MeshError(name_ + ": offset " + std::to_string(offset) + ": " + what);
-  const auto line = 1 + std::count(content_.get(), content_.get() + offset, '\n');
+  auto const line = 1 + std::count(content_.get(), content_.get() + offset, '\n');
   throw MeshError(name_ + ":" + std::to_string(line) + ": " + what);
 }
 
-void RequireRegularFile(const std::string& name) {
+void RequireRegularFile(std::string const& name) {
   std::error_code error;
-  const std::filesystem::file_status status = std::filesystem::status(name, error);
+  std::filesystem::file_status const status = std::filesystem::status(name, error);
   if (status.type() == std::filesystem::file_type::not_found) throw MeshError(name + ": no such file");
   if (!std::filesystem::status_known(status)) throw MeshError(name + ": " + error.message());
   if (!std::filesystem::is_regular_file(status)) {
@@ -80,13 +80,13 @@ std::string Quoted(std::string_view text, std::size_t longest, std::string_view 
   while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
   std::string shown(text.substr(0, end));
   for (char& c : shown) {
-    const auto byte = static_cast<unsigned char>(c);
+    auto const byte = static_cast<unsigned char>(c);
     if (byte < 0x20 || byte == 0x7f) c = '?';
   }
   return std::string(mark) + shown + (end < text.size() ? "..." : "") + std::string(mark);
 }
 
-void NameList::Add(const std::string& name) {
+void NameList::Add(std::string const& name) {
   if (nNames_ < kMost) text_ += (nNames_ == 0 ? "" : ", ") + name;
   ++nNames_;
 }

@@ -13,14 +13,14 @@ class MeshFile {
   /// Reads the whole file. Throws MeshError if it cannot be read.
   explicit MeshFile(std::string name);
 
-  const std::string& Name() const { return name_; }
+  std::string const& Name() const { return name_; }
   std::string_view Content() const { return {content_.get(), size_}; }
 
   /// From here on failures name the byte instead of the line: lines mean nothing between binary numbers.
   void NamePlacesByOffset() { placesByOffset_ = true; }
 
   /// Throws MeshError "NAME:LINE: what", or "NAME: offset N: what" after NamePlacesByOffset.
-  [[noreturn]] void Fail(std::size_t offset, const std::string& what) const;
+  [[noreturn]] void Fail(std::size_t offset, std::string const& what) const;
 
  private:
   std::string name_;
@@ -31,7 +31,7 @@ class MeshFile {
 
 /// Throws MeshError that says what `name` is unless it is a regular file that is there: opening a pipe could wait for
 /// ever, and a device has no end.
-void RequireRegularFile(const std::string& name);
+void RequireRegularFile(std::string const& name);
 
 /// Text from a file as it may stand in a one-line message: in quotes, printable characters only, and shortened where it
 /// has more than `longest` bytes.
@@ -41,7 +41,7 @@ std::string Quoted(std::string_view text, std::size_t longest = 40, std::string_
 /// Names for a one-line message: all of a few, of many the first ones and how many there are besides.
 class NameList {
  public:
-  void Add(const std::string& name);
+  void Add(std::string const& name);
   bool IsEmpty() const { return nNames_ == 0; }
 
   /// "'a', 'b', 'c' and 7 more"; "none".

@@ -6,18 +6,18 @@
 namespace reference_host {
 namespace {
 
-std::int64_t NumberOfNode(const FaceMesh& mesh, int node) {
+std::int64_t NumberOfNode(FaceMesh const& mesh, int node) {
   return mesh.names ? mesh.names->nodeNumber(node) : node + std::int64_t{1};
 }
 
-std::string CountedFrom1(const char* word, int number) {
+std::string CountedFrom1(char const* word, int number) {
   return std::string(word) + " " + std::to_string(number + std::int64_t{1});
 }
 
 /// "3, 5 and 9"; of a long list the beginning.
-std::string NodesOfFace(const FaceMesh& mesh, int face) {
+std::string NodesOfFace(FaceMesh const& mesh, int face) {
   constexpr std::size_t kMost = 8;
-  const std::size_t begin = mesh.faceStart[face], end = mesh.faceStart[face + 1];
+  std::size_t const begin = mesh.faceStart[face], end = mesh.faceStart[face + 1];
   std::string list;
   for (std::size_t i = begin; i < end; ++i) {
     if (i - begin == kMost) return list + ", ...";
@@ -29,22 +29,22 @@ std::string NodesOfFace(const FaceMesh& mesh, int face) {
 
 }  // namespace
 
-std::string NameOfNode(const FaceMesh& mesh, int node) {
+std::string NameOfNode(FaceMesh const& mesh, int node) {
   return (mesh.names ? mesh.names->nodeWord : "node") + " " + std::to_string(NumberOfNode(mesh, node));
 }
 
-std::string NameOfCell(const FaceMesh& mesh, int cell) {
+std::string NameOfCell(FaceMesh const& mesh, int cell) {
   return mesh.names ? mesh.names->cell(cell) : CountedFrom1("cell", cell);
 }
 
-std::string NameOfFace(const FaceMesh& mesh, int face) {
+std::string NameOfFace(FaceMesh const& mesh, int face) {
   if (!mesh.names) return CountedFrom1("face", face);
   if (mesh.names->face) return mesh.names->face(face);
   return "the face of nodes " + NodesOfFace(mesh, face) + " of " + NameOfCell(mesh, mesh.owner[face]);
 }
 
 std::shared_ptr<const MeshNames> PolyMeshNames() {
-  const auto counted = [](const char* word) {
+  auto const counted = [](char const* word) {
     return [word](int number) { return std::string(word) + " " + std::to_string(number); };
   };
   return std::make_shared<const MeshNames>(

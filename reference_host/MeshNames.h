@@ -19,13 +19,13 @@ struct MeshNames {
 };
 
 /// "node 27". A mesh without names counts from 1.
-std::string NameOfNode(const FaceMesh& mesh, int node);
+std::string NameOfNode(FaceMesh const& mesh, int node);
 
 /// "element 12"; without names "cell 12".
-std::string NameOfCell(const FaceMesh& mesh, int cell);
+std::string NameOfCell(FaceMesh const& mesh, int cell);
 
 /// "face 7", or "the face of nodes 3, 5 and 9 of element 12" where the file does not number faces.
-std::string NameOfFace(const FaceMesh& mesh, int face);
+std::string NameOfFace(FaceMesh const& mesh, int face);
 
 /// The names of a polyMesh, which counts points, faces and cells from 0.
 std::shared_ptr<const MeshNames> PolyMeshNames();

@@ -15,7 +15,7 @@ constexpr int kPresent = -2;  // belongs to the part, number not given yet
 /// Cuts one part out of a mesh. Local numbers are given in ascending order of the whole mesh's numbers.
 class PartExtractor {
  public:
-  PartExtractor(const FaceMesh& mesh, const std::vector<int>& partOfCell, int part, int nParts)
+  PartExtractor(FaceMesh const& mesh, std::vector<int> const& partOfCell, int part, int nParts)
       : mesh_(mesh),
         partOfCell_(partOfCell),
         localCell_(mesh.nCells, kAbsent),
@@ -27,9 +27,9 @@ class PartExtractor {
 
   MeshPart Extract() {
     NumberOwnedCells();
-    const std::vector<int> faces = CollectFaces();
+    std::vector<int> const faces = CollectFaces();
     NumberHaloCells();
-    const std::vector<std::pair<int, int>> haloNodes = CollectHaloNodes();
+    std::vector<std::pair<int, int>> const haloNodes = CollectHaloNodes();
     NumberNodes(faces, haloNodes);
     CopyFaces(faces);
     CopyHaloNodes(haloNodes);
@@ -54,7 +54,7 @@ class PartExtractor {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (!IsOwned(mesh_.owner[f]) && !IsOwned(mesh_.neighbour[f])) continue;
       faces.push_back(f);
-      for (const int cell : {mesh_.owner[f], mesh_.neighbour[f]}) {
+      for (int const cell : {mesh_.owner[f], mesh_.neighbour[f]}) {
         if (cell >= 0 && localCell_[cell] == kAbsent) localCell_[cell] = kPresent;
       }
     }
@@ -77,7 +77,7 @@ class PartExtractor {
     std::vector<std::pair<int, int>> nodes;
     if (result_.nHalo() == 0) return nodes;
     for (int f = 0; f < mesh_.nFaces(); ++f) {
-      for (const int cell : {LocalCell(mesh_.owner[f]), LocalCell(mesh_.neighbour[f])}) {
+      for (int const cell : {LocalCell(mesh_.owner[f]), LocalCell(mesh_.neighbour[f])}) {
         if (cell < result_.nOwned) continue;
         for (std::size_t i = mesh_.faceStart[f]; i < mesh_.faceStart[f + 1]; ++i) {
           nodes.emplace_back(cell - result_.nOwned, mesh_.faceNode[i]);
@@ -89,15 +89,15 @@ class PartExtractor {
     return nodes;
   }
 
-  void NumberNodes(const std::vector<int>& faces, const std::vector<std::pair<int, int>>& haloNodes) {
-    for (const int f : faces) {
+  void NumberNodes(std::vector<int> const& faces, std::vector<std::pair<int, int>> const& haloNodes) {
+    for (int const f : faces) {
       for (std::size_t i = mesh_.faceStart[f]; i < mesh_.faceStart[f + 1]; ++i) {
         localNode_[mesh_.faceNode[i]] = kPresent;
       }
     }
-    for (const auto& haloNode : haloNodes) localNode_[haloNode.second] = kPresent;
+    for (auto const& haloNode : haloNodes) localNode_[haloNode.second] = kPresent;
 
-    const auto nNodes = std::count(localNode_.begin(), localNode_.end(), kPresent);
+    auto const nNodes = std::count(localNode_.begin(), localNode_.end(), kPresent);
     result_.globalNode.reserve(nNodes);
     result_.points.reserve(nNodes);
     int next = 0;
@@ -109,9 +109,9 @@ class PartExtractor {
     }
   }
 
-  void CopyFaces(const std::vector<int>& faces) {
+  void CopyFaces(std::vector<int> const& faces) {
     ReserveFaces(faces);
-    for (const int f : faces) {
+    for (int const f : faces) {
       for (std::size_t i = mesh_.faceStart[f]; i < mesh_.faceStart[f + 1]; ++i) {
         result_.faceNode.push_back(localNode_[mesh_.faceNode[i]]);
       }
@@ -122,9 +122,9 @@ class PartExtractor {
     }
   }
 
-  void ReserveFaces(const std::vector<int>& faces) {
+  void ReserveFaces(std::vector<int> const& faces) {
     std::size_t nFaceNodes = 0;
-    for (const int f : faces) nFaceNodes += mesh_.faceStart[f + 1] - mesh_.faceStart[f];
+    for (int const f : faces) nFaceNodes += mesh_.faceStart[f + 1] - mesh_.faceStart[f];
     result_.faceNode.reserve(nFaceNodes);
     result_.faceStart.reserve(faces.size() + 1);
     result_.owner.reserve(faces.size());
@@ -132,9 +132,9 @@ class PartExtractor {
     result_.facePatch.reserve(faces.size());
   }
 
-  void CopyHaloNodes(const std::vector<std::pair<int, int>>& haloNodes) {
+  void CopyHaloNodes(std::vector<std::pair<int, int>> const& haloNodes) {
     result_.haloNodeStart.assign(result_.haloPart.size() + 1, 0);
-    for (const auto& [haloCell, node] : haloNodes) {
+    for (auto const& [haloCell, node] : haloNodes) {
       ++result_.haloNodeStart[haloCell + 1];
       result_.haloNode.push_back(localNode_[node]);
     }
@@ -143,14 +143,14 @@ class PartExtractor {
     }
   }
 
-  const FaceMesh& mesh_;
-  const std::vector<int>& partOfCell_;
+  FaceMesh const& mesh_;
+  std::vector<int> const& partOfCell_;
   std::vector<int> localCell_;  // by cell of the whole mesh
   std::vector<int> localNode_;  // by node of the whole mesh
   MeshPart result_;
 };
 
-void CheckPartNumbers(const FaceMesh& mesh, const std::vector<int>& partOfCell, int nParts) {
+void CheckPartNumbers(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts) {
   if (partOfCell.size() != static_cast<std::size_t>(mesh.nCells)) {
     throw MeshError("partition has " + std::to_string(partOfCell.size()) + " part numbers for " +
                     std::to_string(mesh.nCells) + " cells");
@@ -165,7 +165,7 @@ void CheckPartNumbers(const FaceMesh& mesh, const std::vector<int>& partOfCell, 
 
 }  // namespace
 
-std::vector<MeshPart> SplitMesh(const FaceMesh& mesh, const std::vector<int>& partOfCell, int nParts) {
+std::vector<MeshPart> SplitMesh(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts) {
   CheckPartNumbers(mesh, partOfCell, nParts);
   std::vector<MeshPart> parts;
   parts.reserve(nParts);
@@ -175,7 +175,7 @@ std::vector<MeshPart> SplitMesh(const FaceMesh& mesh, const std::vector<int>& pa
   return parts;
 }
 
-MeshPart ExtractPart(const FaceMesh& mesh, const std::vector<int>& partOfCell, int part, int nParts) {
+MeshPart ExtractPart(FaceMesh const& mesh, std::vector<int> const& partOfCell, int part, int nParts) {
   CheckPartNumbers(mesh, partOfCell, nParts);
   return PartExtractor(mesh, partOfCell, part, nParts).Extract();
 }

@@ -39,9 +39,9 @@ struct MeshPart {
 };
 
 /// The share of each part 0..nParts-1, from the part number of every cell. A part may own any number of cells.
-std::vector<MeshPart> SplitMesh(const FaceMesh& mesh, const std::vector<int>& partOfCell, int nParts);
+std::vector<MeshPart> SplitMesh(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts);
 
 /// The share of one part alone, equal to SplitMesh(...)[part].
-MeshPart ExtractPart(const FaceMesh& mesh, const std::vector<int>& partOfCell, int part, int nParts);
+MeshPart ExtractPart(FaceMesh const& mesh, std::vector<int> const& partOfCell, int part, int nParts);
 
 }  // namespace reference_host

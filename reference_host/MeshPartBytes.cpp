@@ -40,20 +40,20 @@ class Writer {
   std::size_t size() const { return size_; }
 
   template <class T>
-  void Number(const T& number) {
+  void Number(T const& number) {
     Append(&number, sizeof(T));
   }
 
   template <class Container>
-  void Array(const Container& array) {
+  void Array(Container const& array) {
     static_assert(std::is_trivially_copyable_v<typename Container::value_type>);
     Number(array.size());
     Append(array.data(), array.size() * sizeof(typename Container::value_type));
   }
 
-  void Patches(const std::vector<Patch>& patches) {
+  void Patches(std::vector<Patch> const& patches) {
     Number(patches.size());
-    for (const Patch& patch : patches) {
+    for (Patch const& patch : patches) {
       Array(patch.name);
       Array(patch.type);
       Number(patch.group ? static_cast<int>(*patch.group) : kNoGroup);
@@ -61,9 +61,9 @@ class Writer {
   }
 
  private:
-  void Append(const void* data, std::size_t size) {
+  void Append(void const* data, std::size_t size) {
     size_ += size;
-    const char* begin = static_cast<const char*>(data);
+    char const* begin = static_cast<char const*>(data);
     if (bytes_ != nullptr && size > 0) bytes_->insert(bytes_->end(), begin, begin + size);
   }
 
@@ -74,7 +74,7 @@ class Writer {
 /// Fills what it visits from the bytes, in the same order.
 class Reader {
  public:
-  explicit Reader(const std::vector<char>& bytes) : bytes_(bytes) {}
+  explicit Reader(std::vector<char> const& bytes) : bytes_(bytes) {}
 
   template <class T>
   void Number(T& number) {
@@ -109,13 +109,13 @@ class Reader {
     next_ += size;
   }
 
-  const std::vector<char>& bytes_;
+  std::vector<char> const& bytes_;
   std::size_t next_ = 0;
 };
 
 }  // namespace
 
-std::vector<char> PackMeshPart(const MeshPart& part) {
+std::vector<char> PackMeshPart(MeshPart const& part) {
   Writer counter(nullptr);
   VisitFields(counter, part);
   std::vector<char> bytes;
@@ -125,7 +125,7 @@ std::vector<char> PackMeshPart(const MeshPart& part) {
   return bytes;
 }
 
-MeshPart UnpackMeshPart(const std::vector<char>& bytes) {
+MeshPart UnpackMeshPart(std::vector<char> const& bytes) {
   MeshPart part;
   Reader reader(bytes);
   VisitFields(reader, part);

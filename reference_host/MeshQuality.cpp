@@ -10,14 +10,14 @@ namespace {
 
 constexpr double kDegreesPerRadian = 57.295779513082320877;
 
-void AddFace(const Point& centreCV, const Point& centreOther, const Point& faceCentre, const Point& area,
+void AddFace(Point const& centreCV, Point const& centreOther, Point const& faceCentre, Point const& area,
              double lamda, QualitySums& sums) {
-  const Point d = Difference(centreOther, centreCV);
+  Point const d = Difference(centreOther, centreCV);
   // atan2 of sine and cosine: acos would turn rounding errors of 1e-16 into angles of 1e-6 degrees.
-  const double angle = std::atan2(Length(Cross(d, area)), Dot(d, area)) * kDegreesPerRadian;
-  const Point interpolated = Sum(centreCV, Scaled(lamda, d));
-  const double distance = Length(d);
-  const double skewness = distance > 0.0 ? Length(Difference(faceCentre, interpolated)) / distance : 0.0;
+  double const angle = std::atan2(Length(Cross(d, area)), Dot(d, area)) * kDegreesPerRadian;
+  Point const interpolated = Sum(centreCV, Scaled(lamda, d));
+  double const distance = Length(d);
+  double const skewness = distance > 0.0 ? Length(Difference(faceCentre, interpolated)) / distance : 0.0;
 
   QualitySums face;
   face.sumNonOrthogonality = face.maxNonOrthogonality = angle;
@@ -27,10 +27,10 @@ void AddFace(const Point& centreCV, const Point& centreOther, const Point& faceC
 }
 
 /// [cell - first halo cell] the part that owns a halo cell.
-std::vector<int> PartsOfHaloCells(const HostPartition& partition, int firstHalo) {
+std::vector<int> PartsOfHaloCells(HostPartition const& partition, int firstHalo) {
   std::vector<int> parts(partition.nHaloCells(), -1);
-  for (const ExchangeList& list : partition.exchangeLists()) {
-    for (const int cell : list.receive) parts[cell - firstHalo] = list.part;
+  for (ExchangeList const& list : partition.exchangeLists()) {
+    for (int const cell : list.receive) parts[cell - firstHalo] = list.part;
   }
   return parts;
 }
@@ -38,8 +38,8 @@ std::vector<int> PartsOfHaloCells(const HostPartition& partition, int firstHalo)
 }  // namespace
 
 QualitySums MeasureQuality(HostPartition& partition) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
-  const auto centre = [&mesh](int c) { return Point{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  auto const centre = [&mesh](int c) { return Point{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
 
   QualitySums sums;
   for (int f = 1; f <= mesh.NInnerFaces; ++f) {
@@ -48,10 +48,10 @@ QualitySums MeasureQuality(HostPartition& partition) {
   }
 
   CPartitionFace_DLL& faces = *partition.partitionFaces();
-  const int firstHalo = mesh.NCell - partition.nHaloCells() + 1;
-  const std::vector<int> partOfHalo = PartsOfHaloCells(partition, firstHalo);
+  int const firstHalo = mesh.NCell - partition.nHaloCells() + 1;
+  std::vector<int> const partOfHalo = PartsOfHaloCells(partition, firstHalo);
   for (int f = 1; f <= faces.NParInterFace(); ++f) {
-    const int own = faces.ijParCV()[f], halo = faces.ijPar()[f];
+    int const own = faces.ijParCV()[f], halo = faces.ijPar()[f];
     if (partOfHalo[halo - firstHalo] < partition.part()) continue;
     AddFace(centre(own), centre(halo), {faces.ijParxc()[f], faces.ijParyc()[f], faces.ijParzc()[f]},
             {faces.ijParSx()[f], faces.ijParSy()[f], faces.ijParSz()[f]}, faces.ParInterFace_Lamda()[f],
@@ -60,7 +60,7 @@ QualitySums MeasureQuality(HostPartition& partition) {
   return sums;
 }
 
-void AddQuality(QualitySums& sums, const QualitySums& more) {
+void AddQuality(QualitySums& sums, QualitySums const& more) {
   sums.sumNonOrthogonality += more.sumNonOrthogonality;
   sums.maxNonOrthogonality = std::max(sums.maxNonOrthogonality, more.maxNonOrthogonality);
   sums.sumSkewness += more.sumSkewness;

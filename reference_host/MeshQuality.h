@@ -27,6 +27,6 @@ struct QualitySums {
 QualitySums MeasureQuality(HostPartition& partition);
 
 /// Adds the faces of `more` to `sums`.
-void AddQuality(QualitySums& sums, const QualitySums& more);
+void AddQuality(QualitySums& sums, QualitySums const& more);
 
 }  // namespace reference_host

@@ -13,8 +13,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-FaceMesh ReadFolder(const std::string& folder) {
-  const std::string polyMesh = FindPolyMesh(folder);
+FaceMesh ReadFolder(std::string const& folder) {
+  std::string const polyMesh = FindPolyMesh(folder);
   if (!polyMesh.empty()) return ReadPolyMesh(polyMesh);
   throw MeshError(folder +
                   ": unknown format, no polyMesh (points, faces, owner, neighbour, boundary) in this folder");
@@ -22,7 +22,7 @@ FaceMesh ReadFolder(const std::string& folder) {
 
 }  // namespace
 
-FaceMesh ReadMesh(const std::string& path) {
+FaceMesh ReadMesh(std::string const& path) {
   std::error_code ignored;
   if (!fs::exists(path, ignored)) throw MeshError(path + ": no such file or folder");
   if (fs::is_directory(path, ignored)) return ReadFolder(path);

@@ -10,19 +10,19 @@ namespace reference_host {
 namespace {
 
 /// What the work threw; empty if nothing.
-std::string TextOfFailure(const std::function<void()>& work, int rank) {
+std::string TextOfFailure(std::function<void()> const& work, int rank) {
   try {
     work();
-  } catch (const std::bad_alloc&) {
+  } catch (std::bad_alloc const&) {
     return "not enough memory on rank " + std::to_string(rank);
-  } catch (const std::exception& error) {
-    const std::string text = error.what();
+  } catch (std::exception const& error) {
+    std::string const text = error.what();
     return text.empty() ? "unknown failure" : text;
   }
   return "";
 }
 
-void BroadcastText(const MpiCommunicator& communicator, int from, std::string& text) {
+void BroadcastText(MpiCommunicator const& communicator, int from, std::string& text) {
   int length = static_cast<int>(text.size());
   MPI_Bcast(&length, 1, MPI_INT, from, communicator.get());
   text.resize(static_cast<std::size_t>(length));
@@ -31,7 +31,7 @@ void BroadcastText(const MpiCommunicator& communicator, int from, std::string& t
 
 }  // namespace
 
-void RunTogether(const MpiCommunicator& communicator, const std::function<void()>& work) {
+void RunTogether(MpiCommunicator const& communicator, std::function<void()> const& work) {
   std::string failure = TextOfFailure(work, communicator.rank());
   int firstFailed = failure.empty() ? communicator.size() : communicator.rank();
   MPI_Allreduce(MPI_IN_PLACE, &firstFailed, 1, MPI_INT, MPI_MIN, communicator.get());

@@ -11,13 +11,13 @@ enum Tag { kSizeTag, kReadyTag, kBytesTag };
 
 constexpr std::int64_t kNothing = -1;
 
-void SendSize(const MpiCommunicator& communicator, int to, std::int64_t size) {
+void SendSize(MpiCommunicator const& communicator, int to, std::int64_t size) {
   MPI_Send(&size, 1, MPI_INT64_T, to, kSizeTag, communicator.get());
 }
 
 /// Calls action(offset, length) for one message after another.
 template <class Action>
-void ForEachMessage(std::size_t size, std::size_t largestMessage, const Action& action) {
+void ForEachMessage(std::size_t size, std::size_t largestMessage, Action const& action) {
   for (std::size_t offset = 0; offset < size; offset += largestMessage) {
     action(offset, static_cast<int>(std::min(largestMessage, size - offset)));
   }
@@ -25,7 +25,7 @@ void ForEachMessage(std::size_t size, std::size_t largestMessage, const Action& 
 
 }  // namespace
 
-void SendBytes(const MpiCommunicator& communicator, int to, const std::vector<char>& bytes,
+void SendBytes(MpiCommunicator const& communicator, int to, std::vector<char> const& bytes,
                std::size_t largestMessage) {
   SendSize(communicator, to, static_cast<std::int64_t>(bytes.size()));
   int isReady = 0;
@@ -36,21 +36,21 @@ void SendBytes(const MpiCommunicator& communicator, int to, const std::vector<ch
   });
 }
 
-void SendNothing(const MpiCommunicator& communicator, int to) { SendSize(communicator, to, kNothing); }
+void SendNothing(MpiCommunicator const& communicator, int to) { SendSize(communicator, to, kNothing); }
 
-std::optional<std::vector<char>> ReceiveBytes(const MpiCommunicator& communicator, int from,
+std::optional<std::vector<char>> ReceiveBytes(MpiCommunicator const& communicator, int from,
                                               std::size_t largestMessage) {
   std::int64_t size = 0;
   MPI_Recv(&size, 1, MPI_INT64_T, from, kSizeTag, communicator.get(), MPI_STATUS_IGNORE);
   if (size == kNothing) return std::nullopt;
 
-  const auto answer = [&](int isReady) {
+  auto const answer = [&](int isReady) {
     MPI_Send(&isReady, 1, MPI_INT, from, kReadyTag, communicator.get());
   };
   std::vector<char> bytes;
   try {
     bytes.resize(static_cast<std::size_t>(size));
-  } catch (const std::bad_alloc&) {
+  } catch (std::bad_alloc const&) {
     answer(0);
     throw;
   }

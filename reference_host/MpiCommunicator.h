@@ -10,8 +10,8 @@ class MpiCommunicator {
  public:
   explicit MpiCommunicator(MPI_Comm original);
   ~MpiCommunicator();
-  MpiCommunicator(const MpiCommunicator&) = delete;
-  MpiCommunicator& operator=(const MpiCommunicator&) = delete;
+  MpiCommunicator(MpiCommunicator const&) = delete;
+  MpiCommunicator& operator=(MpiCommunicator const&) = delete;
 
   MPI_Comm get() const { return communicator_; }
   int rank() const { return rank_; }

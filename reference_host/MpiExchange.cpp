@@ -9,8 +9,8 @@ namespace {
 
 constexpr int kBlocking = 4;  // channel beside the four buffers 0..3
 
-[[noreturn]] void Fail(const std::string& what, int number) {
-  const std::string name = number == kBlocking ? "the blocking exchange" : "buffer " + std::to_string(number);
+[[noreturn]] void Fail(std::string const& what, int number) {
+  std::string const name = number == kBlocking ? "the blocking exchange" : "buffer " + std::to_string(number);
   throw std::logic_error("halo exchange: " + what + " " + name);
 }
 
@@ -20,10 +20,10 @@ void WaitAll(std::vector<MPI_Request>& requests) {
 
 }  // namespace
 
-MpiExchange::MpiExchange(MPI_Comm communicator, const HostPartition& partition)
+MpiExchange::MpiExchange(MPI_Comm communicator, HostPartition const& partition)
     : communicator_(communicator) {
-  const std::vector<ExchangeList>& lists = partition.exchangeLists();
-  for (const ExchangeList& list : lists) {
+  std::vector<ExchangeList> const& lists = partition.exchangeLists();
+  for (ExchangeList const& list : lists) {
     sendCell_.insert(sendCell_.end(), list.send.begin(), list.send.end());
     receiveCell_.insert(receiveCell_.end(), list.receive.begin(), list.receive.end());
   }
@@ -31,15 +31,15 @@ MpiExchange::MpiExchange(MPI_Comm communicator, const HostPartition& partition)
   for (Channel& channel : channels_) MakeRequests(channel, tag++, lists);
 }
 
-void MpiExchange::MakeRequests(Channel& channel, int tag, const std::vector<ExchangeList>& lists) {
+void MpiExchange::MakeRequests(Channel& channel, int tag, std::vector<ExchangeList> const& lists) {
   channel.send.assign(sendCell_.size(), 0.0);
   channel.receive.assign(receiveCell_.size(), 0.0);
   channel.requests.reserve(2 * lists.size());
   double* send = channel.send.data();
   double* receive = channel.receive.data();
-  for (const ExchangeList& list : lists) {
-    const int nSend = static_cast<int>(list.send.size());
-    const int nReceive = static_cast<int>(list.receive.size());
+  for (ExchangeList const& list : lists) {
+    int const nSend = static_cast<int>(list.send.size());
+    int const nReceive = static_cast<int>(list.receive.size());
     MPI_Request request;
     MPI_Recv_init(receive, nReceive, MPI_DOUBLE, list.part, tag, communicator_.get(), &request);
     channel.requests.push_back(request);
@@ -68,7 +68,7 @@ void MpiExchange::DDM_IExch_Start(double* field, ZYNNonBlockingBufferId id) { St
 
 void MpiExchange::DDM_IExch_Wait(double* field, ZYNNonBlockingBufferId id) { Finish(field, id); }
 
-void MpiExchange::Start(const double* field, int number) {
+void MpiExchange::Start(double const* field, int number) {
   Channel& channel = channels_[static_cast<std::size_t>(number)];
   if (field == nullptr) Fail("start without a field in", number);
   if (channel.field != nullptr) Fail("start before the wait in", number);

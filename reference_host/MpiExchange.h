@@ -19,12 +19,12 @@ namespace reference_host {
 class MpiExchange : public CCommunication {
  public:
   /// Collective. Copies what it needs of the partition, whose part number is its rank.
-  MpiExchange(MPI_Comm communicator, const HostPartition& partition);
+  MpiExchange(MPI_Comm communicator, HostPartition const& partition);
 
   /// Collective if an exchange is under way, which is then completed first.
   ~MpiExchange() override;
-  MpiExchange(const MpiExchange&) = delete;
-  MpiExchange& operator=(const MpiExchange&) = delete;
+  MpiExchange(MpiExchange const&) = delete;
+  MpiExchange& operator=(MpiExchange const&) = delete;
 
   void DDM_Exch(double* field) override;
   void DDM_IExch_Start(double* field, ZYNNonBlockingBufferId id) override;
@@ -34,11 +34,11 @@ class MpiExchange : public CCommunication {
   struct Channel {
     std::vector<double> send, receive;  // values for and from all neighbours, in the order of the cells below
     std::vector<MPI_Request> requests;
-    const double* field = nullptr;  // of the exchange that is under way, null if none is
+    double const* field = nullptr;  // of the exchange that is under way, null if none is
   };
 
-  void MakeRequests(Channel& channel, int tag, const std::vector<ExchangeList>& lists);
-  void Start(const double* field, int number);
+  void MakeRequests(Channel& channel, int tag, std::vector<ExchangeList> const& lists);
+  void Start(double const* field, int number);
   void Finish(double* field, int number);
 
   MpiCommunicator communicator_;

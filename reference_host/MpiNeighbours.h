@@ -17,17 +17,17 @@ class MpiNeighbours {
  public:
   /// @param[in] communicator  borrowed
   /// @param[in] ranks         ascending, each once, this rank not among them
-  MpiNeighbours(const MpiCommunicator& communicator, std::vector<int> ranks)
+  MpiNeighbours(MpiCommunicator const& communicator, std::vector<int> ranks)
       : communicator_(communicator), ranks_(std::move(ranks)) {}
 
-  const std::vector<int>& ranks() const { return ranks_; }
+  std::vector<int> const& ranks() const { return ranks_; }
 
   /// Collective among neighbours. Sends lists[i] to ranks()[i].
   /// @return what ranks()[i] has sent here, by i
   template <class T>
-  std::vector<std::vector<T>> Swap(const std::vector<std::vector<T>>& lists) const {
+  std::vector<std::vector<T>> Swap(std::vector<std::vector<T>> const& lists) const {
     std::vector<std::int64_t> lengths, sent;
-    for (const std::vector<T>& list : lists) lengths.push_back(static_cast<std::int64_t>(list.size()));
+    for (std::vector<T> const& list : lists) lengths.push_back(static_cast<std::int64_t>(list.size()));
     sent.resize(lengths.size());
     std::vector<std::vector<T>> received(lists.size());
     Exchange([&](std::size_t i) {
@@ -43,24 +43,24 @@ class MpiNeighbours {
 
  private:
   struct Piece {
-    const void* send;
+    void const* send;
     void* receive;
     std::size_t nSend;  ///< bytes
     std::size_t nReceive;
   };
 
   template <class GetPiece>
-  void Exchange(const GetPiece& getPiece) const {
+  void Exchange(GetPiece const& getPiece) const {
     constexpr int kTag = 0;
     std::vector<MPI_Request> requests;
     for (std::size_t i = 0; i < ranks_.size(); ++i) {
-      const Piece piece = getPiece(i);
+      Piece const piece = getPiece(i);
       for (std::size_t at = 0; at < piece.nReceive; at += kLargestMessage) {
         MPI_Irecv(static_cast<char*>(piece.receive) + at, Length(piece.nReceive - at), MPI_BYTE, ranks_[i],
                   kTag, communicator_.get(), &requests.emplace_back());
       }
       for (std::size_t at = 0; at < piece.nSend; at += kLargestMessage) {
-        MPI_Isend(static_cast<const char*>(piece.send) + at, Length(piece.nSend - at), MPI_BYTE, ranks_[i],
+        MPI_Isend(static_cast<char const*>(piece.send) + at, Length(piece.nSend - at), MPI_BYTE, ranks_[i],
                   kTag, communicator_.get(), &requests.emplace_back());
       }
     }
@@ -71,7 +71,7 @@ class MpiNeighbours {
     return static_cast<int>(rest < kLargestMessage ? rest : kLargestMessage);
   }
 
-  const MpiCommunicator& communicator_;
+  MpiCommunicator const& communicator_;
   std::vector<int> ranks_;
 };
 

@@ -51,7 +51,7 @@ class NamePatternParser {
     while (at_ < text_.size() && failure_.empty()) ReadNext();
     if (!failure_.empty()) return failure_;
     if (groups_.size() > 1) return "has a '(' that is not closed";
-    const Piece whole = Finish(groups_.back());
+    Piece const whole = Finish(groups_.back());
     Connect(whole, AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone));
     pattern_.start_ = whole.start;
     FindLiteralEnds();
@@ -85,7 +85,7 @@ class NamePatternParser {
   }
 
   void ReadNext() {
-    const char c = text_[at_++];
+    char const c = text_[at_++];
     if (c == '(') {
       groups_.emplace_back();
     } else if (c == ')') {
@@ -121,15 +121,15 @@ class NamePatternParser {
   }
 
   void AddCharacter(char c) {
-    const int state = AddState(static_cast<int>(Byte(c)), NamePattern::kNone, NamePattern::kNone);
+    int const state = AddState(static_cast<int>(Byte(c)), NamePattern::kNone, NamePattern::kNone);
     Append({state, state});
     if (groups_.size() == 1) items_.back() = {true, c};
   }
 
-  void AddSet(const NamePattern::Set& set) {
-    const int number = NamePattern::kFirstSet + static_cast<int>(pattern_.sets_.size());
+  void AddSet(NamePattern::Set const& set) {
+    int const number = NamePattern::kFirstSet + static_cast<int>(pattern_.sets_.size());
     pattern_.sets_.push_back(set);
-    const int state = AddState(number, NamePattern::kNone, NamePattern::kNone);
+    int const state = AddState(number, NamePattern::kNone, NamePattern::kNone);
     Append({state, state});
   }
 
@@ -139,7 +139,7 @@ class NamePatternParser {
   }
 
   /// The piece becomes the last of the sequence at work.
-  void Append(const Piece& piece) {
+  void Append(Piece const& piece) {
     Group& group = groups_.back();
     EndLast(group);
     group.last = piece;
@@ -158,19 +158,19 @@ class NamePatternParser {
     group.last = {};
   }
 
-  void Connect(const Piece& piece, int state) { pattern_.states_[piece.end].out = state; }
+  void Connect(Piece const& piece, int state) { pattern_.states_[piece.end].out = state; }
 
   void EndAlternative(Group& group) {
     EndLast(group);
     if (group.sequence.start < 0) {  // an empty alternative takes nothing
-      const int nothing = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
+      int const nothing = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
       group.sequence = {nothing, nothing};
     }
     if (group.alternatives.start < 0) {
       group.alternatives = group.sequence;
     } else {
-      const int fork = AddState(NamePattern::kNone, group.alternatives.start, group.sequence.start);
-      const int join = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
+      int const fork = AddState(NamePattern::kNone, group.alternatives.start, group.sequence.start);
+      int const join = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
       Connect(group.alternatives, join);
       Connect(group.sequence, join);
       group.alternatives = {fork, join};
@@ -188,7 +188,7 @@ class NamePatternParser {
       failure_ = "has a ')' too many";
       return;
     }
-    const Piece piece = Finish(groups_.back());
+    Piece const piece = Finish(groups_.back());
     groups_.pop_back();
     Append(piece);
   }
@@ -199,11 +199,11 @@ class NamePatternParser {
       failure_ = std::string("has a '") + c + "' with nothing to repeat";
       return;
     }
-    const Piece inner = group.last;
-    const int fork = AddState(NamePattern::kNone, NamePattern::kNone, inner.start);
+    Piece const inner = group.last;
+    int const fork = AddState(NamePattern::kNone, NamePattern::kNone, inner.start);
     if (c == '?') {
       // The fork enters the piece or passes it by; both ways meet behind it.
-      const int join = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
+      int const join = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
       pattern_.states_[fork].out = join;
       Connect(inner, join);
       group.last = {fork, join};
@@ -218,7 +218,7 @@ class NamePatternParser {
   // [abc] [a-z] [^abc] []abc] [[:digit:]_]
   void ReadClass() {
     NamePattern::Set set;
-    const bool isInverted = at_ < text_.size() && text_[at_] == '^';
+    bool const isInverted = at_ < text_.size() && text_[at_] == '^';
     if (isInverted) ++at_;
     for (bool isFirst = true;; isFirst = false) {
       if (at_ == text_.size()) {
@@ -226,7 +226,7 @@ class NamePatternParser {
         return;
       }
       if (text_[at_] == ']' && !isFirst) break;
-      const bool isNamed = text_[at_] == '[' && at_ + 1 < text_.size() &&
+      bool const isNamed = text_[at_] == '[' && at_ + 1 < text_.size() &&
                            std::string_view(":.=").find(text_[at_ + 1]) != std::string_view::npos;
       if (isNamed ? !ReadNamedClass(set) : !ReadRange(set)) return;
     }
@@ -235,10 +235,10 @@ class NamePatternParser {
   }
 
   bool ReadNamedClass(NamePattern::Set& set) {
-    const std::size_t close = text_.find(":]", at_ + 2);
+    std::size_t const close = text_.find(":]", at_ + 2);
     if (text_[at_ + 1] == ':' && close != std::string_view::npos) {
-      const std::string_view name = text_.substr(at_ + 2, close - at_ - 2);
-      for (const CharacterClass& known : kClasses) {
+      std::string_view const name = text_.substr(at_ + 2, close - at_ - 2);
+      for (CharacterClass const& known : kClasses) {
         if (known.name != name) continue;
         for (int c = 0; c < 256; ++c) {
           if (known.isMember(c) != 0) set.set(static_cast<std::size_t>(c));
@@ -252,7 +252,7 @@ class NamePatternParser {
   }
 
   bool ReadRange(NamePattern::Set& set) {
-    const std::size_t first = Byte(text_[at_++]);
+    std::size_t const first = Byte(text_[at_++]);
     std::size_t last = first;
     if (at_ + 1 < text_.size() && text_[at_] == '-' && text_[at_ + 1] != ']') {
       last = Byte(text_[at_ + 1]);
@@ -268,10 +268,10 @@ class NamePatternParser {
 
   void FindLiteralEnds() {
     if (hasAlternatives_) return;
-    const auto isCharacter = [](const Item& item) { return item.isCharacter; };
-    const auto stop = std::find_if_not(items_.begin(), items_.end(), isCharacter);
+    auto const isCharacter = [](Item const& item) { return item.isCharacter; };
+    auto const stop = std::find_if_not(items_.begin(), items_.end(), isCharacter);
     for (auto item = items_.begin(); item != stop; ++item) pattern_.prefix_ += item->character;
-    const auto back = std::find_if_not(items_.rbegin(), items_.rend(), isCharacter);
+    auto const back = std::find_if_not(items_.rbegin(), items_.rend(), isCharacter);
     for (auto item = back.base(); item != items_.end(); ++item) pattern_.suffix_ += item->character;
     pattern_.isLiteral_ = stop == items_.end();
   }
@@ -290,7 +290,7 @@ std::string NamePattern::Parse(std::string_view text) {
   return NamePatternParser(text, *this).Parse();
 }
 
-bool NamePattern::Takes(const State& state, char c) const {
+bool NamePattern::Takes(State const& state, char c) const {
   if (state.takes >= kFirstSet) return sets_[state.takes - kFirstSet][Byte(c)];
   return state.takes == static_cast<int>(Byte(c));
 }
@@ -299,13 +299,13 @@ bool NamePattern::Takes(const State& state, char c) const {
 void NamePattern::Reach(int state, std::vector<int>& list, Workspace& workspace) const {
   workspace.waiting.assign(1, state);
   while (!workspace.waiting.empty()) {
-    const int at = workspace.waiting.back();
+    int const at = workspace.waiting.back();
     workspace.waiting.pop_back();
     ++workspace.nSteps;
     if (at < 0 || workspace.seen[at] == workspace.round) continue;
     workspace.seen[at] = workspace.round;
-    const State& here = states_[at];
-    const bool isEnd = at + 1 == static_cast<int>(states_.size());
+    State const& here = states_[at];
+    bool const isEnd = at + 1 == static_cast<int>(states_.size());
     if (isEnd || here.takes >= 0) {
       list.push_back(at);
     } else {
@@ -320,17 +320,17 @@ bool NamePattern::Matches(std::string_view name, Workspace& workspace) const {
   workspace.now.clear();
   ++workspace.round;
   Reach(start_, workspace.now, workspace);
-  for (const char c : name) {
+  for (char const c : name) {
     if (workspace.now.empty() || workspace.nSteps > workspace.mostSteps) return false;
     workspace.next.clear();
     ++workspace.round;
-    for (const int state : workspace.now) {
+    for (int const state : workspace.now) {
       if (Takes(states_[state], c)) Reach(states_[state].out, workspace.next, workspace);
     }
     workspace.nSteps += workspace.now.size();
     workspace.now.swap(workspace.next);
   }
-  const int end = static_cast<int>(states_.size()) - 1;
+  int const end = static_cast<int>(states_.size()) - 1;
   return std::find(workspace.now.begin(), workspace.now.end(), end) != workspace.now.end();
 }
 

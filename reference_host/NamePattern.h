@@ -41,8 +41,8 @@ class NamePattern {
   bool Matches(std::string_view name, Workspace& workspace) const;
 
   /// Characters that every matching name begins and ends with.
-  const std::string& Prefix() const { return prefix_; }
-  const std::string& Suffix() const { return suffix_; }
+  std::string const& Prefix() const { return prefix_; }
+  std::string const& Suffix() const { return suffix_; }
 
   /// Whether only one name matches, which is Prefix().
   bool IsLiteral() const { return isLiteral_; }
@@ -60,7 +60,7 @@ class NamePattern {
   static constexpr int kNone = -1;
   static constexpr int kFirstSet = 256;
 
-  bool Takes(const State& state, char c) const;
+  bool Takes(State const& state, char c) const;
   void Reach(int state, std::vector<int>& list, Workspace& workspace) const;
 
   std::vector<Set> sets_;

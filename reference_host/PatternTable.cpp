@@ -7,8 +7,8 @@ namespace reference_host {
 
 void PrefixTree::Add(std::string_view text, int number) {
   int node = 0;
-  for (const char c : text) {
-    const auto [child, isNew] = child_.emplace(std::pair(node, c), static_cast<int>(numbers_.size()));
+  for (char const c : text) {
+    auto const [child, isNew] = child_.emplace(std::pair(node, c), static_cast<int>(numbers_.size()));
     if (isNew) numbers_.emplace_back();
     node = child->second;
   }
@@ -16,7 +16,7 @@ void PrefixTree::Add(std::string_view text, int number) {
 }
 
 void PatternTable::Add(NamePattern pattern) {
-  const int number = static_cast<int>(patterns_.size());
+  int const number = static_cast<int>(patterns_.size());
   if (pattern.IsLiteral()) {
     literal_[pattern.Prefix()] = number;
   } else if (pattern.Suffix().size() > pattern.Prefix().size()) {
@@ -28,9 +28,9 @@ void PatternTable::Add(NamePattern pattern) {
 }
 
 int PatternTable::FindLast(std::string_view name) {
-  const auto literal = literal_.find(name);
+  auto const literal = literal_.find(name);
   int last = literal != literal_.end() ? literal->second : -1;
-  const auto tryFromTheEnd = [&](const std::vector<int>& numbers) {
+  auto const tryFromTheEnd = [&](std::vector<int> const& numbers) {
     for (auto number = numbers.rbegin(); number != numbers.rend() && *number > last; ++number) {
       if (IsExhausted()) return;
       if (patterns_[static_cast<std::size_t>(*number)].Matches(name, workspace_)) last = *number;

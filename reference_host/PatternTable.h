@@ -20,11 +20,11 @@ class PrefixTree {
 
   /// Calls visit(numbers) with the numbers of each text that `name` begins with, ascending in each call.
   template <class Visit>
-  void ForEachPrefix(std::string_view name, const Visit& visit) const {
+  void ForEachPrefix(std::string_view name, Visit const& visit) const {
     int node = 0;
     visit(numbers_[0]);
-    for (const char c : name) {
-      const auto found = child_.find({node, c});
+    for (char const c : name) {
+      auto const found = child_.find({node, c});
       if (found == child_.end()) return;
       node = found->second;
       visit(numbers_[static_cast<std::size_t>(node)]);

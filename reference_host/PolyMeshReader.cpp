@@ -18,8 +18,8 @@ namespace {
 
 constexpr std::int64_t kIntEnd = std::numeric_limits<int>::max();
 
-int ReadNumber(TextCursor& text, const char* what, std::int64_t end) {
-  const std::int64_t number = text.Integer(what);
+int ReadNumber(TextCursor& text, char const* what, std::int64_t end) {
+  std::int64_t const number = text.Integer(what);
   if (number < 0 || number >= end) {
     text.Fail(std::string(what) + " " + std::to_string(number) + " is not in 0 to " +
               std::to_string(end - 1));
@@ -36,7 +36,7 @@ std::vector<int> ReadCellNumbers(FoamFile& file, std::int64_t nFaces) {
 }
 
 // N ((x y z) (x y z) ...)
-void ReadPoints(const std::string& folder, FaceMesh& mesh) {
+void ReadPoints(std::string const& folder, FaceMesh& mesh) {
   FoamFile file(folder, "points");
   TextCursor& text = file.Text();
   ReadFoamList(text, "the number of points", [&] {
@@ -51,7 +51,7 @@ void ReadPoints(const std::string& folder, FaceMesh& mesh) {
 
 // N (n(node node ...) n(node node ...) ...)
 void ReadFaceRows(TextCursor& text, FaceMesh& mesh) {
-  const auto nPoints = static_cast<std::int64_t>(mesh.points.size());
+  auto const nPoints = static_cast<std::int64_t>(mesh.points.size());
   ReadFoamList(text, "the number of faces", [&] {
     ReadFoamList(text, "the number of nodes of a face",
                  [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
@@ -61,11 +61,11 @@ void ReadFaceRows(TextCursor& text, FaceMesh& mesh) {
 
 // N+1 (start of each face in the second list, and its length)   M (node node ...)
 void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
-  const auto nPoints = static_cast<std::int64_t>(mesh.points.size());
+  auto const nPoints = static_cast<std::int64_t>(mesh.points.size());
   mesh.faceStart.clear();
   ReadFoamList(text, "the number of face starts", [&] {
-    const std::int64_t start = text.Integer("the start of a face");
-    const bool rises =
+    std::int64_t const start = text.Integer("the start of a face");
+    bool const rises =
         mesh.faceStart.empty() ? start == 0 : start >= static_cast<std::int64_t>(mesh.faceStart.back());
     if (!rises) text.Fail("the starts of the faces must begin with 0 and rise");
     mesh.faceStart.push_back(static_cast<std::size_t>(start));
@@ -79,7 +79,7 @@ void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
   }
 }
 
-void ReadFaces(const std::string& folder, FaceMesh& mesh) {
+void ReadFaces(std::string const& folder, FaceMesh& mesh) {
   FoamFile file(folder, "faces");
   if (file.ClassName() == "faceCompactList") {
     ReadCompactFaces(file.Text(), mesh);
@@ -93,13 +93,13 @@ void ReadFaces(const std::string& folder, FaceMesh& mesh) {
 
 /// The number of cells is told by no file (but in a note); it follows from the highest number in owner or
 /// neighbour.
-void CountCells(const std::string& folder, FaceMesh& mesh) {
+void CountCells(std::string const& folder, FaceMesh& mesh) {
   std::int64_t nCells = 0;
-  for (const std::vector<int>* cells : {&mesh.owner, &mesh.neighbour}) {
-    for (const int cell : *cells) nCells = std::max(nCells, std::int64_t{cell} + 1);
+  for (std::vector<int> const* cells : {&mesh.owner, &mesh.neighbour}) {
+    for (int const cell : *cells) nCells = std::max(nCells, std::int64_t{cell} + 1);
   }
   // A cell has at least four faces. Tables as long as a nonsensical number must not be asked for.
-  const std::size_t nSides = mesh.owner.size() + mesh.neighbour.size();
+  std::size_t const nSides = mesh.owner.size() + mesh.neighbour.size();
   if (4 * static_cast<std::size_t>(nCells) > nSides) {
     throw MeshError(folder + ": owner and neighbour name cell " + std::to_string(nCells - 1) + ", but " +
                     std::to_string(mesh.owner.size()) + " faces cannot close so many cells");
@@ -107,8 +107,8 @@ void CountCells(const std::string& folder, FaceMesh& mesh) {
   mesh.nCells = static_cast<int>(nCells);
 }
 
-void ReadCells(const std::string& folder, FaceMesh& mesh) {
-  const int nFaces = static_cast<int>(mesh.faceStart.size()) - 1;
+void ReadCells(std::string const& folder, FaceMesh& mesh) {
+  int const nFaces = static_cast<int>(mesh.faceStart.size()) - 1;
   FoamFile owner(folder, "owner");
   mesh.owner = ReadCellNumbers(owner, nFaces);
   if (mesh.nFaces() != nFaces) {
@@ -130,14 +130,14 @@ PatchEntry ReadPatch(FoamFile& file) {
   TextCursor& text = file.Text();
   PatchEntry entry;
   entry.patch.name = text.Peek() == '"' ? text.QuotedString("a patch name") : text.Name("a patch name");
-  const std::string& name = entry.patch.name;
+  std::string const& name = entry.patch.name;
   text.Expect('{');
   for (std::string key = file.Keyword(); !key.empty(); key = file.Keyword()) {
     if (key == "nFaces") entry.faces.count = text.Integer("the number of faces of a patch");
     if (key == "startFace") entry.faces.first = text.Integer("the first face of a patch");
     if (key == "myProcNo") entry.faces.processor = text.Integer("the number of a processor");
     if (key == "neighbProcNo") entry.faces.neighbour = text.Integer("the number of a processor");
-    const std::string value = file.Value();
+    std::string const value = file.Value();
     if (key == "type") entry.patch.type = value;
   }
   if (name.empty() || entry.patch.type.empty() || entry.faces.count < 0 || entry.faces.first < 0) {
@@ -147,8 +147,8 @@ PatchEntry ReadPatch(FoamFile& file) {
 }
 
 /// Refuses a patch whose faces are not among the boundary faces firstFace .. endFace-1.
-void CheckRange(const FoamFile& file, const PatchEntry& entry, std::int64_t firstFace, std::int64_t endFace) {
-  const PatchFaces& faces = entry.faces;
+void CheckRange(FoamFile const& file, PatchEntry const& entry, std::int64_t firstFace, std::int64_t endFace) {
+  PatchFaces const& faces = entry.faces;
   if (faces.count == 0) return;
   if (faces.first >= firstFace && faces.first < endFace && faces.count <= endFace - faces.first) return;
   throw MeshError(file.Name() + ": patch " + Quoted(entry.patch.name) + " has " +
@@ -158,8 +158,8 @@ void CheckRange(const FoamFile& file, const PatchEntry& entry, std::int64_t firs
 }
 
 /// Gives the faces of the last patch to it.
-void ClaimFaces(const FoamFile& file, const PatchFaces& faces, FaceMesh& mesh) {
-  const int patch = static_cast<int>(mesh.patches.size()) - 1;
+void ClaimFaces(FoamFile const& file, PatchFaces const& faces, FaceMesh& mesh) {
+  int const patch = static_cast<int>(mesh.patches.size()) - 1;
   for (std::int64_t f = faces.first; f < faces.first + faces.count; ++f) {
     if (mesh.facePatch[f] >= 0) {
       throw MeshError(file.Name() + ": patch " + Quoted(mesh.patches[patch].name) + " and patch " +
@@ -171,23 +171,23 @@ void ClaimFaces(const FoamFile& file, const PatchFaces& faces, FaceMesh& mesh) {
 
 // N (patch patch ...)
 template <class TakePatch>
-void ReadPatches(FoamFile& file, const TakePatch& takePatch) {
+void ReadPatches(FoamFile& file, TakePatch const& takePatch) {
   TextCursor& text = file.Text();
   std::set<std::string> names;
   ReadFoamList(text, "the number of patches", [&] {
-    const PatchEntry entry = ReadPatch(file);
+    PatchEntry const entry = ReadPatch(file);
     if (!names.insert(entry.patch.name).second) text.Fail("a second patch " + Quoted(entry.patch.name));
     takePatch(entry);
   });
 }
 
-void ReadBoundary(const std::string& folder, PolyMesh& polyMesh) {
+void ReadBoundary(std::string const& folder, PolyMesh& polyMesh) {
   FoamFile file(folder, "boundary");
   FaceMesh& mesh = polyMesh.mesh;
-  const int nInner = static_cast<int>(mesh.neighbour.size());
+  int const nInner = static_cast<int>(mesh.neighbour.size());
   mesh.neighbour.resize(mesh.owner.size(), -1);
   mesh.facePatch.assign(mesh.owner.size(), -1);
-  ReadPatches(file, [&](const PatchEntry& entry) {
+  ReadPatches(file, [&](PatchEntry const& entry) {
     mesh.patches.push_back(entry.patch);
     polyMesh.facesOfPatch.push_back(entry.faces);
     CheckRange(file, entry, nInner, mesh.nFaces());
@@ -200,9 +200,9 @@ void ReadBoundary(const std::string& folder, PolyMesh& polyMesh) {
 }
 
 /// One file is enough: the reader says which of the others is missing.
-bool LooksLikePolyMesh(const std::filesystem::path& folder) {
+bool LooksLikePolyMesh(std::filesystem::path const& folder) {
   std::error_code ignored;
-  for (const char* const name : {"points", "points.gz", "faces", "faces.gz", "owner", "owner.gz"}) {
+  for (char const* const name : {"points", "points.gz", "faces", "faces.gz", "owner", "owner.gz"}) {
     if (std::filesystem::is_regular_file(folder / name, ignored)) return true;
   }
   return false;
@@ -210,7 +210,7 @@ bool LooksLikePolyMesh(const std::filesystem::path& folder) {
 
 }  // namespace
 
-PolyMesh ReadPolyMeshWithPatches(const std::string& folder) {
+PolyMesh ReadPolyMeshWithPatches(std::string const& folder) {
   PolyMesh polyMesh;
   ReadPoints(folder, polyMesh.mesh);
   ReadFaces(folder, polyMesh.mesh);
@@ -220,9 +220,9 @@ PolyMesh ReadPolyMeshWithPatches(const std::string& folder) {
   return polyMesh;
 }
 
-FaceMesh ReadPolyMesh(const std::string& folder) { return ReadPolyMeshWithPatches(folder).mesh; }
+FaceMesh ReadPolyMesh(std::string const& folder) { return ReadPolyMeshWithPatches(folder).mesh; }
 
-PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder) {
+PolyMeshBoundary ReadPolyMeshBoundary(std::string const& folder) {
   PolyMeshBoundary boundary;
   FoamFile owner(folder, "owner");
   // "N{n}" can announce any number. It stands only where one cell owns all faces, so there are few.
@@ -230,9 +230,9 @@ PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder) {
   boundary.owner =
       ReadCellNumbers(owner, std::max(kFew, static_cast<std::int64_t>(owner.Text().Remaining())));
   FoamFile file(folder, "boundary");
-  const auto nFaces = static_cast<std::int64_t>(boundary.owner.size());
+  auto const nFaces = static_cast<std::int64_t>(boundary.owner.size());
   std::int64_t nFree = nFaces;
-  ReadPatches(file, [&](const PatchEntry& entry) {
+  ReadPatches(file, [&](PatchEntry const& entry) {
     CheckRange(file, entry, 0, nFaces);
     // Patches that overlap could have far more faces together than the file has bytes.
     nFree -= entry.faces.count;
@@ -243,9 +243,9 @@ PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder) {
   return boundary;
 }
 
-std::string FindPolyMesh(const std::string& folder) {
-  const std::filesystem::path path(folder);
-  for (const std::filesystem::path& candidate : {path, path / "constant" / "polyMesh", path / "polyMesh"}) {
+std::string FindPolyMesh(std::string const& folder) {
+  std::filesystem::path const path(folder);
+  for (std::filesystem::path const& candidate : {path, path / "constant" / "polyMesh", path / "polyMesh"}) {
     if (LooksLikePolyMesh(candidate)) return candidate.string();
   }
   return {};

@@ -18,7 +18,7 @@ namespace reference_host {
 /// Throws MeshError for binary and compressed files and for damaged ones. The mesh returned still has to pass
 /// CheckMesh.
 /// @param[in] folder  the polyMesh folder itself
-FaceMesh ReadPolyMesh(const std::string& folder);
+FaceMesh ReadPolyMesh(std::string const& folder);
 
 /// The faces of a patch, and of a patch of type processor the two processors that it lies between.
 struct PatchFaces {
@@ -35,7 +35,7 @@ struct PolyMesh {
 };
 
 /// The same as ReadPolyMesh, and the faces of each patch.
-PolyMesh ReadPolyMeshWithPatches(const std::string& folder);
+PolyMesh ReadPolyMeshWithPatches(std::string const& folder);
 
 /// The boundary of a polyMesh alone, without points and faces.
 struct PolyMeshBoundary {
@@ -45,9 +45,9 @@ struct PolyMeshBoundary {
 };
 
 /// Reads owner and boundary only. Throws MeshError like ReadPolyMesh.
-PolyMeshBoundary ReadPolyMeshBoundary(const std::string& folder);
+PolyMeshBoundary ReadPolyMeshBoundary(std::string const& folder);
 
 /// The polyMesh folder that `folder` is, or has in constant/polyMesh or polyMesh; empty if there is none.
-std::string FindPolyMesh(const std::string& folder);
+std::string FindPolyMesh(std::string const& folder);
 
 }  // namespace reference_host

@@ -13,39 +13,39 @@ namespace {
 /// Both sides write the same coordinates, but perhaps with few digits; share of the face's size.
 constexpr double kClose = 1e-4;
 
-std::vector<int> RanksOf(const std::vector<ProcessorCut>& cuts) {
+std::vector<int> RanksOf(std::vector<ProcessorCut> const& cuts) {
   std::vector<int> ranks;
   ranks.reserve(cuts.size());
-  for (const ProcessorCut& cut : cuts) ranks.push_back(cut.neighbour);
+  for (ProcessorCut const& cut : cuts) ranks.push_back(cut.neighbour);
   return ranks;
 }
 
 }  // namespace
 
-ProcessorCuts::ProcessorCuts(const MpiCommunicator& communicator, const ProcessorMesh& processor)
+ProcessorCuts::ProcessorCuts(MpiCommunicator const& communicator, ProcessorMesh const& processor)
     : processor_(processor), neighbours_(communicator, RanksOf(processor.cuts)) {
-  const FaceMesh& mesh = processor.mesh;
+  FaceMesh const& mesh = processor.mesh;
   std::vector<std::vector<int>> lengths;
-  for (const ProcessorCut& cut : processor.cuts) {
+  for (ProcessorCut const& cut : processor.cuts) {
     std::vector<int>& list = lengths.emplace_back();
     for (int f = cut.firstFace; f < cut.firstFace + cut.nFaces; ++f) {
       list.push_back(static_cast<int>(mesh.faceStart[f + 1] - mesh.faceStart[f]));
     }
   }
-  const std::vector<std::vector<int>> theirLengths = neighbours_.Swap(lengths);
-  const std::vector<std::vector<Point>> theirs = SwapNodeValues(mesh.points);
+  std::vector<std::vector<int>> const theirLengths = neighbours_.Swap(lengths);
+  std::vector<std::vector<Point>> const theirs = SwapNodeValues(mesh.points);
   RunTogether(communicator, [&] { MatchFaces(theirLengths, theirs); });
 }
 
-void ProcessorCuts::MatchFaces(const std::vector<std::vector<int>>& theirLengths,
-                               const std::vector<std::vector<Point>>& theirs) {
-  const FaceMesh& mesh = processor_.mesh;
+void ProcessorCuts::MatchFaces(std::vector<std::vector<int>> const& theirLengths,
+                               std::vector<std::vector<Point>> const& theirs) {
+  FaceMesh const& mesh = processor_.mesh;
   for (std::size_t i = 0; i < processor_.cuts.size(); ++i) {
-    const ProcessorCut& cut = processor_.cuts[i];
+    ProcessorCut const& cut = processor_.cuts[i];
     std::vector<int>& nodes = nodes_.emplace_back();
     std::vector<std::size_t>& start = start_.emplace_back(1, 0);
     for (int k = 0; k < cut.nFaces; ++k) {
-      const std::size_t n = mesh.faceStart[cut.firstFace + k + 1] - mesh.faceStart[cut.firstFace + k];
+      std::size_t const n = mesh.faceStart[cut.firstFace + k + 1] - mesh.faceStart[cut.firstFace + k];
       if (theirLengths[i][k] != static_cast<int>(n)) {
         throw MeshError(processor_.folder + ": face " + std::to_string(cut.firstFace + k) + " of patch " +
                         Quoted(cut.patchName) + " has " + std::to_string(n) +
@@ -59,12 +59,12 @@ void ProcessorCuts::MatchFaces(const std::vector<std::vector<int>>& theirLengths
 }
 
 /// The neighbour goes round the face the other way, as a rule from the same node on.
-void ProcessorCuts::MatchFace(const ProcessorCut& cut, int k, const Point* theirs,
+void ProcessorCuts::MatchFace(ProcessorCut const& cut, int k, Point const* theirs,
                               std::vector<int>& nodes) const {
-  const FaceMesh& mesh = processor_.mesh;
-  const std::size_t begin = mesh.faceStart[cut.firstFace + k];
-  const std::size_t n = mesh.faceStart[cut.firstFace + k + 1] - begin;
-  const auto ownNode = [&](std::size_t shift, std::size_t i) {
+  FaceMesh const& mesh = processor_.mesh;
+  std::size_t const begin = mesh.faceStart[cut.firstFace + k];
+  std::size_t const n = mesh.faceStart[cut.firstFace + k + 1] - begin;
+  auto const ownNode = [&](std::size_t shift, std::size_t i) {
     return mesh.faceNode[begin + (shift + n - i) % n];
   };
   double size = 0.0;

@@ -13,22 +13,22 @@ class ProcessorCuts {
  public:
   /// Collective. Throws MeshError if a face does not lie on its counterpart.
   /// @param[in] communicator, processor  borrowed
-  ProcessorCuts(const MpiCommunicator& communicator, const ProcessorMesh& processor);
+  ProcessorCuts(MpiCommunicator const& communicator, ProcessorMesh const& processor);
 
-  const MpiNeighbours& neighbours() const { return neighbours_; }
+  MpiNeighbours const& neighbours() const { return neighbours_; }
 
   /// The own nodes of the k-th face of cut i in the order in which the neighbour has them:
   /// Nodes(i)[Start(i)[k]] .. Nodes(i)[Start(i)[k+1]-1].
-  const std::vector<int>& Nodes(std::size_t i) const { return nodes_[i]; }
-  const std::vector<std::size_t>& Start(std::size_t i) const { return start_[i]; }
+  std::vector<int> const& Nodes(std::size_t i) const { return nodes_[i]; }
+  std::vector<std::size_t> const& Start(std::size_t i) const { return start_[i]; }
 
   /// Collective among neighbours. A value of every own node.
   /// @return by cut, what the neighbour has at Nodes(i)
   template <class T>
-  std::vector<std::vector<T>> SwapNodeValues(const std::vector<T>& ofNode) const {
-    const FaceMesh& mesh = processor_.mesh;
+  std::vector<std::vector<T>> SwapNodeValues(std::vector<T> const& ofNode) const {
+    FaceMesh const& mesh = processor_.mesh;
     std::vector<std::vector<T>> lists;
-    for (const ProcessorCut& cut : processor_.cuts) {
+    for (ProcessorCut const& cut : processor_.cuts) {
       std::vector<T>& list = lists.emplace_back();
       for (std::size_t n = mesh.faceStart[cut.firstFace]; n < mesh.faceStart[cut.firstFace + cut.nFaces];
            ++n) {
@@ -39,11 +39,11 @@ class ProcessorCuts {
   }
 
  private:
-  void MatchFaces(const std::vector<std::vector<int>>& theirLengths,
-                  const std::vector<std::vector<Point>>& theirs);
-  void MatchFace(const ProcessorCut& cut, int k, const Point* theirs, std::vector<int>& nodes) const;
+  void MatchFaces(std::vector<std::vector<int>> const& theirLengths,
+                  std::vector<std::vector<Point>> const& theirs);
+  void MatchFace(ProcessorCut const& cut, int k, Point const* theirs, std::vector<int>& nodes) const;
 
-  const ProcessorMesh& processor_;
+  ProcessorMesh const& processor_;
   MpiNeighbours neighbours_;
   std::vector<std::vector<int>> nodes_;
   std::vector<std::vector<std::size_t>> start_;

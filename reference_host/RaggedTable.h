@@ -14,7 +14,7 @@ class RaggedTable {
 
   /// Makes the rows and writes their lengths; the entries are left for the caller to fill.
   /// @param[in] length  [1..n] entries of each row
-  explicit RaggedTable(const std::vector<int>& length) : rows_(length.size(), nullptr) {
+  explicit RaggedTable(std::vector<int> const& length) : rows_(length.size(), nullptr) {
     std::size_t size = 0;
     for (std::size_t i = 1; i < length.size(); ++i) size += static_cast<std::size_t>(length[i]) + 1;
     block_.reset(new int[size]);  // not make_unique, which would write it all once more
@@ -28,7 +28,7 @@ class RaggedTable {
 
   int** rows() { return rows_.data(); }
   int* operator[](int i) { return rows_[i]; }
-  const int* operator[](int i) const { return rows_[i]; }
+  int const* operator[](int i) const { return rows_[i]; }
   int size() const { return rows_.empty() ? 0 : static_cast<int>(rows_.size()) - 1; }
 
  private:

@@ -24,7 +24,7 @@ bool ParseExtremeReal(std::string_view text, double& value) {
 
 }  // namespace
 
-TextCursor::TextCursor(const MeshFile& file, Comments comments)
+TextCursor::TextCursor(MeshFile const& file, Comments comments)
     : file_(file), text_(file.Content()), comments_(comments) {}
 
 bool TextCursor::AtEnd() {
@@ -44,56 +44,56 @@ bool TextCursor::Accept(char c) {
 }
 
 void TextCursor::Expect(char c) {
-  const char what[] = {'\'', c, '\'', '\0'};
+  char const what[] = {'\'', c, '\'', '\0'};
   BeginToken(what);
   if (text_[position_] != c) FailExpected(what);
   ++position_;
 }
 
-std::string_view TextCursor::Word(const char* what) {
+std::string_view TextCursor::Word(char const* what) {
   BeginToken(what);
-  const std::string_view word = TakeUntil(kWordEnd);
+  std::string_view const word = TakeUntil(kWordEnd);
   if (word.empty()) FailExpected(what);
   return word;
 }
 
-std::string_view TextCursor::Name(const char* what) {
+std::string_view TextCursor::Name(char const* what) {
   BeginToken(what);
-  const std::string_view name = TakeUntil(kNameEnd);
+  std::string_view const name = TakeUntil(kNameEnd);
   if (name.empty()) FailExpected(what);
   return name;
 }
 
-std::string_view TextCursor::QuotedString(const char* what) {
+std::string_view TextCursor::QuotedString(char const* what) {
   Expect('"');
-  const std::size_t end = std::min(text_.find_first_of("\"\r\n", position_), text_.size());
-  const std::string_view string = text_.substr(position_, end - position_);
+  std::size_t const end = std::min(text_.find_first_of("\"\r\n", position_), text_.size());
+  std::string_view const string = text_.substr(position_, end - position_);
   if (end == text_.size() || text_[end] != '"') Fail(std::string("no closing quotation mark after ") + what);
   position_ = end + 1;
   return string;
 }
 
-std::int64_t TextCursor::Integer(const char* what) {
+std::int64_t TextCursor::Integer(char const* what) {
   BeginToken(what);
-  const char* const end = text_.data() + text_.size();
+  char const* const end = text_.data() + text_.size();
   std::int64_t value = 0;
-  const auto [stop, error] = std::from_chars(text_.data() + position_, end, value);
+  auto const [stop, error] = std::from_chars(text_.data() + position_, end, value);
   if (error != std::errc() || (stop != end && !Contains(kWordEnd, *stop))) FailExpected(what);
   position_ = static_cast<std::size_t>(stop - text_.data());
   return value;
 }
 
-double TextCursor::Real(const char* what) {
+double TextCursor::Real(char const* what) {
   BeginToken(what);
   if (text_[position_] == '+') {  // which from_chars does not know, and then a '-' must not follow
     ++position_;
     if (position_ < text_.size() && text_[position_] == '-') FailExpected(what);
   }
-  const char* const begin = text_.data() + position_;
-  const char* const end = text_.data() + text_.size();
+  char const* const begin = text_.data() + position_;
+  char const* const end = text_.data() + text_.size();
   double value = 0.0;
-  const auto [stop, error] = std::from_chars(begin, end, value);
-  const bool outOfRange = error == std::errc::result_out_of_range;
+  auto const [stop, error] = std::from_chars(begin, end, value);
+  bool const outOfRange = error == std::errc::result_out_of_range;
   if (outOfRange && !ParseExtremeReal({begin, static_cast<std::size_t>(stop - begin)}, value))
     FailExpected(what);
   if (error != std::errc() && !outOfRange) FailExpected(what);
@@ -102,8 +102,8 @@ double TextCursor::Real(const char* what) {
   return value;
 }
 
-std::size_t TextCursor::Count(const char* what, std::size_t characters) {
-  const std::int64_t count = Integer(what);
+std::size_t TextCursor::Count(char const* what, std::size_t characters) {
+  std::int64_t const count = Integer(what);
   if (count < 0) FailExpected(what);
   // The last thing needs no separator behind it, hence + 1.
   if (static_cast<std::size_t>(count) > (Remaining() + 1) / characters) {
@@ -119,34 +119,34 @@ void TextCursor::SkipBlanks() {
 }
 
 bool TextCursor::SkipComment() {
-  const std::string_view begin = text_.substr(position_, 2);
+  std::string_view const begin = text_.substr(position_, 2);
   if (begin == "//") {
     position_ = std::min(text_.find('\n', position_), text_.size());
     return true;
   }
   if (begin == "/*") {
-    const std::size_t end = text_.find("*/", position_ + 2);
+    std::size_t const end = text_.find("*/", position_ + 2);
     position_ = end == std::string_view::npos ? text_.size() : end + 2;
     return true;
   }
   return false;
 }
 
-void TextCursor::BeginToken(const char* what) {
+void TextCursor::BeginToken(char const* what) {
   SkipBlanks();
   tokenStart_ = position_;
   if (position_ == text_.size()) Fail(std::string("the file ends where ") + what + " is expected");
 }
 
 std::string_view TextCursor::TakeUntil(std::string_view separators) {
-  const std::size_t end = std::min(text_.find_first_of(separators, position_), text_.size());
-  const std::string_view taken = text_.substr(position_, end - position_);
+  std::size_t const end = std::min(text_.find_first_of(separators, position_), text_.size());
+  std::string_view const taken = text_.substr(position_, end - position_);
   position_ = end;
   return taken;
 }
 
-void TextCursor::FailExpected(const char* what) {
-  const std::size_t end = text_.find_first_of(kBlanks, tokenStart_);
+void TextCursor::FailExpected(char const* what) {
+  std::size_t const end = text_.find_first_of(kBlanks, tokenStart_);
   Fail(std::string(what) + " expected instead of " + Quoted(text_.substr(tokenStart_, end - tokenStart_)));
 }
 

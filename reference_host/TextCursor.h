@@ -15,7 +15,7 @@ class TextCursor {
  public:
   enum class Comments { None, CStyle };
 
-  TextCursor(const MeshFile& file, Comments comments);
+  TextCursor(MeshFile const& file, Comments comments);
 
   std::size_t Position() const { return position_; }
   void MoveTo(std::size_t position) { position_ = position; }
@@ -33,32 +33,32 @@ class TextCursor {
 
   /// Characters up to the next blank or one of ( ) { } ; ". Never empty.
   /// @param[in] what  what is expected here, for the failure: "a node number"
-  std::string_view Word(const char* what);
+  std::string_view Word(char const* what);
 
   /// Characters up to the next blank or one of { } ; ", for names that may hold parentheses. Never empty.
-  std::string_view Name(const char* what);
+  std::string_view Name(char const* what);
 
   /// The text between two quotation marks on one line.
-  std::string_view QuotedString(const char* what);
+  std::string_view QuotedString(char const* what);
 
-  std::int64_t Integer(const char* what);
-  double Real(const char* what);
+  std::int64_t Integer(char const* what);
+  double Real(char const* what);
 
   /// An integer that counts things yet to come, each at least `characters` long. A count that the rest of the
   /// file cannot hold fails here, before anything is allocated for it.
-  std::size_t Count(const char* what, std::size_t characters);
+  std::size_t Count(char const* what, std::size_t characters);
 
   /// Fails at the beginning of what was read last.
-  [[noreturn]] void Fail(const std::string& what) const { file_.Fail(tokenStart_, what); }
+  [[noreturn]] void Fail(std::string const& what) const { file_.Fail(tokenStart_, what); }
 
  private:
   void SkipBlanks();
   bool SkipComment();
-  void BeginToken(const char* what);
+  void BeginToken(char const* what);
   std::string_view TakeUntil(std::string_view separators);
-  [[noreturn]] void FailExpected(const char* what);
+  [[noreturn]] void FailExpected(char const* what);
 
-  const MeshFile& file_;
+  MeshFile const& file_;
   std::string_view text_;
   Comments comments_;
   std::size_t position_ = 0;

@@ -6,18 +6,18 @@
 
 namespace reference_host {
 
-inline Point Sum(const Point& a, const Point& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
+inline Point Sum(Point const& a, Point const& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
 
-inline Point Difference(const Point& a, const Point& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+inline Point Difference(Point const& a, Point const& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
 
-inline Point Scaled(double s, const Point& a) { return {s * a[0], s * a[1], s * a[2]}; }
+inline Point Scaled(double s, Point const& a) { return {s * a[0], s * a[1], s * a[2]}; }
 
-inline double Dot(const Point& a, const Point& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+inline double Dot(Point const& a, Point const& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
-inline Point Cross(const Point& a, const Point& b) {
+inline Point Cross(Point const& a, Point const& b) {
   return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-inline double Length(const Point& a) { return std::sqrt(Dot(a, a)); }
+inline double Length(Point const& a) { return std::sqrt(Dot(a, a)); }
 
 }  // namespace reference_host

@@ -54,7 +54,7 @@ struct CZYNOptKer::Tree {
 // boxes go in one by one; many late boxes are worth a new bulk load.
 void CZYNOptKer::Tree::TakeIn() {
   if (added.empty()) return;
-  const bool few = added.size() < boxes.size() / 4;
+  bool const few = added.size() < boxes.size() / 4;
   if (few) {
     boxes.insert(added.begin(), added.end());
   } else if (boxes.empty()) {
@@ -91,8 +91,8 @@ int const* CZYNOptKer::SearchNearBlockID(double xlow, double ylow, double zlow, 
   answer.clear();
   if (IsBox(xlow, ylow, zlow, xhigh, yhigh, zhigh)) {
     tree_->TakeIn();
-    const Box query = MakeBox(xlow, ylow, zlow, xhigh, yhigh, zhigh);
-    const auto keepId = [&answer](const Entry& entry) { answer.push_back(entry.second); };
+    Box const query = MakeBox(xlow, ylow, zlow, xhigh, yhigh, zhigh);
+    auto const keepId = [&answer](Entry const& entry) { answer.push_back(entry.second); };
     tree_->boxes.query(bgi::intersects(query), boost::make_function_output_iterator(keepId));
   }
   count = static_cast<int>(answer.size());

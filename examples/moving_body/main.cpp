@@ -57,10 +57,10 @@ class Parameters : public CZYNKNCMPCompParm {
 };
 
 // The whole box as one partition.
-std::unique_ptr<reference_host::HostPartition> MakePartition(const std::string& box) {
+std::unique_ptr<reference_host::HostPartition> MakePartition(std::string const& box) {
   reference_host::MeshPart part = reference_host::MakeBoxPart(reference_host::ParseBoxSpec(box), 0, 1);
   std::vector<std::int64_t> facesOfPatch(part.patches.size(), 0);
-  for (const int patch : part.facePatch) {
+  for (int const patch : part.facePatch) {
     if (patch >= 0) ++facesOfPatch[static_cast<std::size_t>(patch)];
   }
   reference_host::AssignBoundaryGroups(part.patches, facesOfPatch, {});
@@ -76,10 +76,10 @@ struct SpherePoints {
   std::vector<double> x, y, z;
 
   explicit SpherePoints(double centre) : x(kPoints + 1), y(kPoints + 1), z(kPoints + 1) {
-    const double turn = kPi * (3.0 - std::sqrt(5.0));
+    double const turn = kPi * (3.0 - std::sqrt(5.0));
     for (int i = 1; i <= kPoints; ++i) {
-      const double height = 1.0 - (2.0 * i - 1.0) / kPoints;
-      const double radius = std::sqrt(1.0 - height * height);
+      double const height = 1.0 - (2.0 * i - 1.0) / kPoints;
+      double const radius = std::sqrt(1.0 - height * height);
       x[i] = centre + kRadius * radius * std::cos(turn * i);
       y[i] = 0.5 + kRadius * radius * std::sin(turn * i);
       z[i] = 0.5 + kRadius * height;
@@ -88,11 +88,11 @@ struct SpherePoints {
 };
 
 // [1..NCell] negative: usable. These are the interior cells with their centre outside the sphere.
-std::vector<double> MarkUsableCells(const CZYN3DFiniteVolumeMesh& mesh, double centre, int& nUsable) {
+std::vector<double> MarkUsableCells(CZYN3DFiniteVolumeMesh const& mesh, double centre, int& nUsable) {
   std::vector<double> mark(static_cast<std::size_t>(mesh.NCell) + 1, 1.0);
   nUsable = 0;
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
-    const double dx = mesh.xc[c] - centre, dy = mesh.yc[c] - 0.5, dz = mesh.zc[c] - 0.5;
+    double const dx = mesh.xc[c] - centre, dy = mesh.yc[c] - 0.5, dz = mesh.zc[c] - 0.5;
     if (dx * dx + dy * dy + dz * dz < kRadius * kRadius) continue;
     mark[c] = -1.0;
     ++nUsable;
@@ -104,15 +104,15 @@ struct Errors {
   double value = 0.0, slope = 0.0;  // largest ones
 };
 
-Errors Judge(const SpherePoints& points, const std::vector<double>& value, const std::vector<double>& gx,
-             const std::vector<double>& gy, const std::vector<double>& gz) {
+Errors Judge(SpherePoints const& points, std::vector<double> const& value, std::vector<double> const& gx,
+             std::vector<double> const& gy, std::vector<double> const& gz) {
   Errors errors;
   for (int i = 1; i <= kPoints; ++i) {
-    const double x = points.x[i], y = points.y[i], z = points.z[i];
+    double const x = points.x[i], y = points.y[i], z = points.z[i];
     errors.value = std::max(errors.value, std::fabs(value[i] - Field(x, y, z)));
-    const double ex = gx[i] - 2.0 * std::cos(2.0 * x) * y;
-    const double ey = gy[i] - std::sin(2.0 * x);
-    const double ez = gz[i] - 2.0 * z;
+    double const ex = gx[i] - 2.0 * std::cos(2.0 * x) * y;
+    double const ey = gy[i] - std::sin(2.0 * x);
+    double const ez = gz[i] - 2.0 * z;
     errors.slope = std::max(errors.slope, std::sqrt(ey * ey + ex * ex + ez * ez));
   }
   return errors;
@@ -128,18 +128,18 @@ double PeakMemory() {
 // The operator reports each set-up on standard output. Here that goes to a file.
 class LogOfTheOperator {
  public:
-  explicit LogOfTheOperator(const char* file) : log_(file), screen_(std::cout.rdbuf(log_.rdbuf())) {}
+  explicit LogOfTheOperator(char const* file) : log_(file), screen_(std::cout.rdbuf(log_.rdbuf())) {}
   ~LogOfTheOperator() { std::cout.rdbuf(screen_); }
-  LogOfTheOperator(const LogOfTheOperator&) = delete;
-  LogOfTheOperator& operator=(const LogOfTheOperator&) = delete;
+  LogOfTheOperator(LogOfTheOperator const&) = delete;
+  LogOfTheOperator& operator=(LogOfTheOperator const&) = delete;
 
  private:
   std::ofstream log_;
   std::streambuf* screen_;
 };
 
-int Run(const std::string& box, int nSteps) {
-  const auto partition = MakePartition(box);
+int Run(std::string const& box, int nSteps) {
+  auto const partition = MakePartition(box);
   CZYN3DFiniteVolumeMesh& mesh = *partition->mesh();
   partition->SetBaseFileName("moving_body.run");
 
@@ -153,13 +153,13 @@ int Run(const std::string& box, int nSteps) {
   points.getPartitionFace(partition->partitionFaces());
   points.SetZYNKNCMP(&parameters);
 
-  const LogOfTheOperator log("moving_body.log");
+  LogOfTheOperator const log("moving_body.log");
   std::printf("%s, %d points on a sphere of radius %g\n\n", box.c_str(), kPoints, kRadius);
   std::printf("  step  centre  usable cells  members  value error  slope error  peak MB\n");
   double peakOfTwo = 0.0;
   Errors worst;
   for (int step = 1; step <= nSteps; ++step) {
-    const double centre = kFrom + (kTo - kFrom) * (step - 1) / std::max(1, nSteps - 1);
+    double const centre = kFrom + (kTo - kFrom) * (step - 1) / std::max(1, nSteps - 1);
     SpherePoints where(centre);
     int nUsable = 0;
     std::vector<double> mark = MarkUsableCells(mesh, centre, nUsable);
@@ -169,14 +169,14 @@ int Run(const std::string& box, int nSteps) {
 
     double members = 0.0;
     for (int i = 1; i <= kPoints; ++i) members += points.m_ppIBConn[i][0];
-    const Errors errors = Judge(where, value, gx, gy, gz);
+    Errors const errors = Judge(where, value, gx, gy, gz);
     std::printf("%6d  %6.3f  %12d  %7.1f  %11.2e  %11.2e  %7.1f\n", step, centre, nUsable, members / kPoints,
                 errors.value, errors.slope, PeakMemory());
     worst = {std::max(worst.value, errors.value), std::max(worst.slope, errors.slope)};
     if (step == 2) peakOfTwo = PeakMemory();
   }
-  const bool isAccurate = worst.value < 1e-3 && worst.slope < 0.05;  // of a field up to 2 and slopes up to 3
-  const bool isConstant = nSteps < 3 || PeakMemory() < 1.05 * peakOfTwo;
+  bool const isAccurate = worst.value < 1e-3 && worst.slope < 0.05;  // of a field up to 2 and slopes up to 3
+  bool const isConstant = nSteps < 3 || PeakMemory() < 1.05 * peakOfTwo;
   if (!isConstant) std::printf("the memory has grown\n");
   return isAccurate && isConstant ? 0 : 1;
 }
@@ -186,7 +186,7 @@ int Run(const std::string& box, int nSteps) {
 int main(int argc, char** argv) {
   try {
     return Run(argc > 1 ? argv[1] : "box:24,24,24", argc > 2 ? std::atoi(argv[2]) : 12);
-  } catch (const std::exception& error) {
+  } catch (std::exception const& error) {
     std::fprintf(stderr, "moving_body: %s\n", error.what());
     return 2;
   }

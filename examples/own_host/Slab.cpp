@@ -17,7 +17,7 @@ Slab::Slab(int ownPart, int nParts, std::array<int, 3> size, double edge)
 }
 
 void Slab::MakeNodes() {
-  const int firstX = part * size_[0];  // slabs lie one behind the other
+  int const firstX = part * size_[0];  // slabs lie one behind the other
   for (int k = 0; k <= size_[2]; ++k) {
     for (int j = 0; j <= size_[1]; ++j) {
       for (int i = 0; i <= size_[0]; ++i) {
@@ -30,13 +30,13 @@ void Slab::MakeNodes() {
 }
 
 void Slab::MakeCells() {
-  const int n = size_[0] * size_[1] * size_[2];
+  int const n = size_[0] * size_[1] * size_[2];
   for (Rows* rows : {&cellCell_, &cellFace_, &cellFaceType_, &cellNodes_}) rows->Resize(n);
   for (int k = 0; k < size_[2]; ++k) {
     for (int j = 0; j < size_[1]; ++j) {
       for (int i = 0; i < size_[0]; ++i) {
-        const int c = AddCell({(part * size_[0] + i + 0.5) * edge_, (j + 0.5) * edge_, (k + 0.5) * edge_});
-        for (const Place& corner :
+        int const c = AddCell({(part * size_[0] + i + 0.5) * edge_, (j + 0.5) * edge_, (k + 0.5) * edge_});
+        for (Place const& corner :
              {Place{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}})
           cellNodes_.Append(c, Node({i + corner[0], j + corner[1], k + corner[2]}));
         volume_.push_back(edge_ * edge_ * edge_);
@@ -52,7 +52,7 @@ void Slab::MakeFaces() {
   for (int k = 0; k < size_[2]; ++k) {
     for (int j = 0; j < size_[1]; ++j) {
       for (int i = 0; i < size_[0]; ++i) {
-        const Place p = {i, j, k};
+        Place const p = {i, j, k};
         for (int axis = 0; axis < 3; ++axis) {
           if (p[axis] == 0) AddFace(p, axis, false);
           AddFace(p, axis, true);
@@ -62,26 +62,26 @@ void Slab::MakeFaces() {
   }
 }
 
-void Slab::AddFace(const Place& p, int axis, bool isHighSide) {
-  const int step = isHighSide ? 1 : -1;
+void Slab::AddFace(Place const& p, int axis, bool isHighSide) {
+  int const step = isHighSide ? 1 : -1;
   Place beyond = p;
   beyond[axis] += step;
   if (0 <= beyond[axis] && beyond[axis] < size_[axis]) {
     AddTo(inner_, kInner, p, Cell(beyond), axis, isHighSide);
     return;
   }
-  const int neighbour = part + step;
+  int const neighbour = part + step;
   if (axis == 0 && 0 <= neighbour && neighbour < nParts_) {
     // The halo cell: a copy of the neighbour's cell, at its place. There it is the last or the first along x.
     std::array<double, 3> centre = FaceCentre(p, axis, isHighSide);
     centre[0] += 0.5 * step * edge_;
-    const int other = AddCell(centre);
+    int const other = AddCell(centre);
     halo.push_back({other, neighbour, Cell({isHighSide ? 0 : size_[0] - 1, p[1], p[2]})});
     AddTo(partitionFaces, kPartition, p, other, axis, isHighSide);
     return;
   }
   // The ghost cell stands at the centre of its face, where the boundary value is.
-  const int ghost = AddCell(FaceCentre(p, axis, isHighSide));
+  int const ghost = AddCell(FaceCentre(p, axis, isHighSide));
   if (axis != 0) {
     AddTo(wall_, kWall, p, ghost, axis, isHighSide);
   } else {
@@ -89,15 +89,15 @@ void Slab::AddFace(const Place& p, int axis, bool isHighSide) {
   }
 }
 
-void Slab::AddTo(FaceTable& faces, int code, const Place& p, int other, int axis, bool isHighSide) {
-  const int c = Cell(p);
+void Slab::AddTo(FaceTable& faces, int code, Place const& p, int other, int axis, bool isHighSide) {
+  int const c = Cell(p);
   faces.cell.push_back(c);
   faces.other.push_back(other);
-  const double area = (isHighSide ? 1.0 : -1.0) * edge_ * edge_;
+  double const area = (isHighSide ? 1.0 : -1.0) * edge_ * edge_;
   faces.sx.push_back(axis == 0 ? area : 0.0);
   faces.sy.push_back(axis == 1 ? area : 0.0);
   faces.sz.push_back(axis == 2 ? area : 0.0);
-  const std::array<double, 3> centre = FaceCentre(p, axis, isHighSide);
+  std::array<double, 3> const centre = FaceCentre(p, axis, isHighSide);
   faces.x.push_back(centre[0]);
   faces.y.push_back(centre[1]);
   faces.z.push_back(centre[2]);
@@ -105,10 +105,10 @@ void Slab::AddTo(FaceTable& faces, int code, const Place& p, int other, int axis
   faces.type.push_back(0);
 
   // The corners turn around the area vector: the axes b, c after axis a go round it, and backwards at the low side.
-  const int b = (axis + 1) % 3, d = (axis + 2) % 3;
+  int const b = (axis + 1) % 3, d = (axis + 2) % 3;
   std::array<int, 4> corners = {};
   for (int n = 0; n < 4; ++n) {
-    const int turn = isHighSide ? n : 3 - n;
+    int const turn = isHighSide ? n : 3 - n;
     Place corner = p;
     corner[axis] += isHighSide ? 1 : 0;
     corner[b] += turn == 1 || turn == 2 ? 1 : 0;
@@ -117,7 +117,7 @@ void Slab::AddTo(FaceTable& faces, int code, const Place& p, int other, int axis
   }
   faces.nodes.AddRow(corners);
 
-  for (const int side : {c, other}) {
+  for (int const side : {c, other}) {
     if (side > mesh.NInnerCells) continue;
     cellCell_.Append(side, side == c ? other : c);
     cellFace_.Append(side, faces.count());
@@ -125,15 +125,15 @@ void Slab::AddTo(FaceTable& faces, int code, const Place& p, int other, int axis
   }
 }
 
-int Slab::AddCell(const std::array<double, 3>& centre) {
+int Slab::AddCell(std::array<double, 3> const& centre) {
   xc_.push_back(centre[0]);
   yc_.push_back(centre[1]);
   zc_.push_back(centre[2]);
   return static_cast<int>(xc_.size()) - 1;
 }
 
-std::array<double, 3> Slab::FaceCentre(const Place& p, int axis, bool isHighSide) const {
-  const auto c = static_cast<std::size_t>(Cell(p));
+std::array<double, 3> Slab::FaceCentre(Place const& p, int axis, bool isHighSide) const {
+  auto const c = static_cast<std::size_t>(Cell(p));
   std::array<double, 3> centre = {xc_[c], yc_[c], zc_[c]};
   centre[static_cast<std::size_t>(axis)] += (isHighSide ? 0.5 : -0.5) * edge_;
   return centre;
@@ -145,7 +145,7 @@ void Slab::MakeNodeCells() {
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     for (int k = 1; k <= 8; ++k) nodeCell_.Append(cellNodes_[c][static_cast<std::size_t>(k)], c);
   }
-  for (const FaceTable* faces : {&inlet_, &outlet_, &wall_, &partitionFaces}) {
+  for (FaceTable const* faces : {&inlet_, &outlet_, &wall_, &partitionFaces}) {
     for (int f = 1; f <= faces->count(); ++f) {
       for (std::size_t k = 1; k <= 4; ++k)
         nodeCell_.Append(faces->nodes[f][k], faces->other[static_cast<std::size_t>(f)]);

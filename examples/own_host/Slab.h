@@ -15,10 +15,10 @@ class Rows {
     rows_[static_cast<std::size_t>(row)].push_back(entry);
     ++rows_[static_cast<std::size_t>(row)][0];
   }
-  void AddRow(const std::array<int, 4>& entries) {
+  void AddRow(std::array<int, 4> const& entries) {
     rows_.push_back({4, entries[0], entries[1], entries[2], entries[3]});
   }
-  const std::vector<int>& operator[](int row) const { return rows_[static_cast<std::size_t>(row)]; }
+  std::vector<int> const& operator[](int row) const { return rows_[static_cast<std::size_t>(row)]; }
 
   /// The table to lend; nothing may be appended any more.
   int** Lend() {
@@ -60,8 +60,8 @@ class Slab {
   /// @param[in] size         cells of a slab along x, y and z
   /// @param[in] edge         of a cell
   Slab(int ownPart, int nParts, std::array<int, 3> size, double edge);
-  Slab(const Slab&) = delete;
-  Slab& operator=(const Slab&) = delete;
+  Slab(Slab const&) = delete;
+  Slab& operator=(Slab const&) = delete;
 
   CZYN3DFiniteVolumeMesh mesh;
   FaceTable partitionFaces;
@@ -71,15 +71,15 @@ class Slab {
  private:
   using Place = std::array<int, 3>;
 
-  int Cell(const Place& p) const { return 1 + p[0] + size_[0] * (p[1] + size_[1] * p[2]); }
-  int Node(const Place& p) const { return 1 + p[0] + (size_[0] + 1) * (p[1] + (size_[1] + 1) * p[2]); }
+  int Cell(Place const& p) const { return 1 + p[0] + size_[0] * (p[1] + size_[1] * p[2]); }
+  int Node(Place const& p) const { return 1 + p[0] + (size_[0] + 1) * (p[1] + (size_[1] + 1) * p[2]); }
   void MakeNodes();
   void MakeCells();
   void MakeFaces();
-  void AddFace(const Place& p, int axis, bool isHighSide);
-  void AddTo(FaceTable& faces, int code, const Place& p, int other, int axis, bool isHighSide);
-  int AddCell(const std::array<double, 3>& centre);
-  std::array<double, 3> FaceCentre(const Place& p, int axis, bool isHighSide) const;
+  void AddFace(Place const& p, int axis, bool isHighSide);
+  void AddTo(FaceTable& faces, int code, Place const& p, int other, int axis, bool isHighSide);
+  int AddCell(std::array<double, 3> const& centre);
+  std::array<double, 3> FaceCentre(Place const& p, int axis, bool isHighSide) const;
   void MakeNodeCells();
   void LendAll();
 

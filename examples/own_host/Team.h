@@ -20,7 +20,7 @@ class Team {
   /// Returns when all partitions have called it. What one of them wrote before, all of them see behind.
   void Meet() {
     std::unique_lock<std::mutex> lock(mutex_);
-    const long round = round_;
+    long const round = round_;
     if (++nHere_ == static_cast<int>(value.size())) {
       nHere_ = 0;
       ++round_;
@@ -43,7 +43,7 @@ class Team {
 /// The halo exchange: each partition takes what it needs out of its neighbours' arrays.
 class Exchange : public CCommunication {
  public:
-  Exchange(Team& team, const Slab& slab) : team_(team), slab_(slab) {}
+  Exchange(Team& team, Slab const& slab) : team_(team), slab_(slab) {}
 
   void DDM_Exch(double* field) override {
     Offer(field, kBlocking);
@@ -64,13 +64,13 @@ class Exchange : public CCommunication {
   // keeps the neighbours from changing their fields while they are being read.
   void Take(double* field, std::size_t buffer) {
     team_.Meet();
-    for (const HaloSource& from : slab_.halo)
+    for (HaloSource const& from : slab_.halo)
       field[from.haloCell] = team_.field[buffer][static_cast<std::size_t>(from.part)][from.cell];
     team_.Meet();
   }
 
   Team& team_;
-  const Slab& slab_;
+  Slab const& slab_;
 };
 
 /// The reduction.

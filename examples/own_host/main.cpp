@@ -82,9 +82,9 @@ class Partition {
 
   // Interior and ghost cells are filled here, halo cells by their owners.
   void FillField() {
-    const CZYN3DFiniteVolumeMesh& mesh = slab_.mesh;
+    CZYN3DFiniteVolumeMesh const& mesh = slab_.mesh;
     for (int c = 1; c <= mesh.NCell; ++c) phi_[c] = Field(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
-    for (const HaloSource& from : slab_.halo) phi_[from.haloCell] = 0.0;
+    for (HaloSource const& from : slab_.halo) phi_[from.haloCell] = 0.0;
     exchange_.DDM_Exch(phi_.data());
   }
 
@@ -102,9 +102,9 @@ class Partition {
 
     double largest = 0.0;
     for (int c = 1; c <= mesh.NInnerCells; ++c) {
-      const double ex = gx[c] - 2.0 * std::cos(2.0 * mesh.xc[c]) * mesh.yc[c];
-      const double ey = gy[c] - std::sin(2.0 * mesh.xc[c]);
-      const double ez = gz[c] - 2.0 * mesh.zc[c];
+      double const ex = gx[c] - 2.0 * std::cos(2.0 * mesh.xc[c]) * mesh.yc[c];
+      double const ey = gy[c] - std::sin(2.0 * mesh.xc[c]);
+      double const ez = gz[c] - 2.0 * mesh.zc[c];
       largest = std::max(largest, std::sqrt(ey * ey + ex * ex + ez * ez));
     }
     return largest;
@@ -149,7 +149,7 @@ class Partition {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int nParts = argc > 1 ? std::atoi(argv[1]) : 2;
+  int const nParts = argc > 1 ? std::atoi(argv[1]) : 2;
   if (nParts < 1) {
     std::fprintf(stderr, "own_host: the number of slabs has to be 1 or more\n");
     return 2;
@@ -168,7 +168,7 @@ int main(int argc, char** argv) {
   bool isRight = true;
   std::printf("largest errors\n  slab   gradient  faces, method 3  faces, method 4\n");
   for (std::size_t part = 0; part < results.size(); ++part) {
-    const Result& result = results[part];
+    Result const& result = results[part];
     std::printf("%6zu  %9.2e  %15.2e  %15.2e\n", part, result.gradient, result.face[0], result.face[1]);
     isRight = isRight && result.nBreaches == 0 && result.gradient < 0.2 && result.face[0] < 0.01 &&
               result.face[1] < 0.01;

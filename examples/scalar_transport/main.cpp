@@ -30,9 +30,9 @@ constexpr double kEndTime = 0.25;
 constexpr double kCourant = 0.4;
 
 double Profile(double x, double y, double z, double time) {
-  const double dx = x - kStart[0] - kVelocity[0] * time;
-  const double dy = y - kStart[1] - kVelocity[1] * time;
-  const double dz = z - kStart[2] - kVelocity[2] * time;
+  double const dx = x - kStart[0] - kVelocity[0] * time;
+  double const dy = y - kStart[1] - kVelocity[1] * time;
+  double const dz = z - kStart[2] - kVelocity[2] * time;
   return std::exp(-(dx * dx + dy * dy + dz * dz) / (2.0 * kWidth * kWidth));
 }
 
@@ -45,8 +45,8 @@ double Over(MPI_Op operation, double value) {
 // ghost cell.
 struct Faces {
   int count;
-  const int *cell, *other;
-  const double *sx, *sy, *sz, *x, *y, *z;
+  int const *cell, *other;
+  double const *sx, *sy, *sz, *x, *y, *z;
 
   double VolumeFlux(int f) const {
     return kVelocity[0] * sx[f] + kVelocity[1] * sy[f] + kVelocity[2] * sz[f];
@@ -80,7 +80,7 @@ class Transport {
     gradient_.getGradType(leastSquares);
     gradient_.Initialize();
 
-    const auto length = static_cast<std::size_t>(mesh_.NCell) + 1;
+    auto const length = static_cast<std::size_t>(mesh_.NCell) + 1;
     for (auto* field : {&phi, &stage_, &rate_, &nextRate_, &gx_, &gy_, &gz_}) field->assign(length, 0.0);
     for (int c = 1; c <= mesh_.NInnerCells; ++c) phi[c] = Profile(mesh_.xc[c], mesh_.yc[c], mesh_.zc[c], 0.0);
   }
@@ -88,14 +88,14 @@ class Transport {
   // The longest step in which no cell loses more than a part of its volume.
   double StableStep() {
     std::vector<double> leaving(phi.size(), 0.0);
-    const auto add = [&leaving](const Faces& faces) {
+    auto const add = [&leaving](Faces const& faces) {
       for (int f = 1; f <= faces.count; ++f) {
-        const double flux = faces.VolumeFlux(f);
+        double const flux = faces.VolumeFlux(f);
         leaving[flux > 0.0 ? faces.cell[f] : faces.other[f]] += std::fabs(flux);
       }
     };
     add(inner_), add(cut_);
-    for (const Faces& faces : boundary_) add(faces);
+    for (Faces const& faces : boundary_) add(faces);
     double step = kEndTime;
     for (int c = 1; c <= mesh_.NInnerCells; ++c) {
       if (leaving[c] > 0.0) step = std::min(step, kCourant * mesh_.Volume[c] / leaving[c]);
@@ -105,9 +105,9 @@ class Transport {
 
   // Heun: phi* = phi + dt R(phi), then phi + dt (R(phi) + R(phi*)) / 2.
   void Advance(double time, double dt) {
-    const double outflow = Rate(phi, time, rate_);
+    double const outflow = Rate(phi, time, rate_);
     for (int c = 1; c <= mesh_.NInnerCells; ++c) stage_[c] = phi[c] + dt * rate_[c];
-    const double nextOutflow = Rate(stage_, time + dt, nextRate_);
+    double const nextOutflow = Rate(stage_, time + dt, nextRate_);
     for (int c = 1; c <= mesh_.NInnerCells; ++c) phi[c] += 0.5 * dt * (rate_[c] + nextRate_[c]);
     left_ += 0.5 * dt * (outflow + nextOutflow);
   }
@@ -128,7 +128,7 @@ class Transport {
   Errors CompareWithExact(double time) const {
     double volume = 0.0, sum = 0.0, squares = 0.0, largest = 0.0;
     for (int c = 1; c <= mesh_.NInnerCells; ++c) {
-      const double error = std::fabs(phi[c] - Profile(mesh_.xc[c], mesh_.yc[c], mesh_.zc[c], time));
+      double const error = std::fabs(phi[c] - Profile(mesh_.xc[c], mesh_.yc[c], mesh_.zc[c], time));
       volume += mesh_.Volume[c];
       sum += error * mesh_.Volume[c];
       squares += error * error * mesh_.Volume[c];
@@ -148,15 +148,15 @@ class Transport {
 
     std::fill(rate.begin(), rate.end(), 0.0);
     for (int f = 1; f <= inner_.count; ++f) {
-      const double flux = Flux(inner_, f, field);
+      double const flux = Flux(inner_, f, field);
       rate[inner_.cell[f]] -= flux;
       rate[inner_.other[f]] += flux;
     }
     for (int f = 1; f <= cut_.count; ++f) rate[cut_.cell[f]] -= Flux(cut_, f, field);
     double outflow = 0.0;
-    for (const Faces& faces : boundary_) {
+    for (Faces const& faces : boundary_) {
       for (int f = 1; f <= faces.count; ++f) {
-        const double flux = Flux(faces, f, field);
+        double const flux = Flux(faces, f, field);
         rate[faces.cell[f]] -= flux;
         outflow += flux;
       }
@@ -168,7 +168,7 @@ class Transport {
   // A gradient wants its field in all cells: the boundary value in ghost cells, which stand at the centres of their
   // faces, and the owner's value in halo cells.
   void FillGhostsAndHalo(std::vector<double>& field, double time) {
-    for (const Faces& faces : boundary_) {
+    for (Faces const& faces : boundary_) {
       for (int f = 1; f <= faces.count; ++f)
         field[faces.other[f]] = Profile(faces.x[f], faces.y[f], faces.z[f], time);
     }
@@ -176,16 +176,16 @@ class Transport {
   }
 
   // (u . S) phi_f. The gradient is 0 in ghost cells, and the owner's in halo cells: GradMethod has exchanged it.
-  double Flux(const Faces& faces, int f, const std::vector<double>& field) const {
-    const double flux = faces.VolumeFlux(f);
-    const int c = flux > 0.0 ? faces.cell[f] : faces.other[f];
-    const double dx = faces.x[f] - mesh_.xc[c], dy = faces.y[f] - mesh_.yc[c], dz = faces.z[f] - mesh_.zc[c];
+  double Flux(Faces const& faces, int f, std::vector<double> const& field) const {
+    double const flux = faces.VolumeFlux(f);
+    int const c = flux > 0.0 ? faces.cell[f] : faces.other[f];
+    double const dx = faces.x[f] - mesh_.xc[c], dy = faces.y[f] - mesh_.yc[c], dz = faces.z[f] - mesh_.zc[c];
     return flux * (field[c] + gx_[c] * dx + gy_[c] * dy + gz_[c] * dz);
   }
 
   CZYN3DFiniteVolumeMesh& mesh_;
   CCommunication& exchange_;
-  const bool usesGradient_;
+  bool const usesGradient_;
   COperatorGradient gradient_;
   Faces inner_, cut_;
   std::vector<Faces> boundary_;
@@ -200,9 +200,9 @@ struct Outcome {
 
 Outcome Run(reference_host::LoadedMesh& loaded, bool usesGradient, bool isFirst) {
   Transport transport(loaded, usesGradient);
-  const int nSteps = static_cast<int>(std::ceil(kEndTime / transport.StableStep()));
-  const double dt = kEndTime / nSteps;
-  const double content = transport.Content();
+  int const nSteps = static_cast<int>(std::ceil(kEndTime / transport.StableStep()));
+  double const dt = kEndTime / nSteps;
+  double const content = transport.Content();
   double drift = 0.0;
   if (isFirst) {
     std::printf("\n%s, %d steps of %.6f\n", usesGradient ? "with gradients" : "without gradients", nSteps,
@@ -211,12 +211,12 @@ Outcome Run(reference_host::LoadedMesh& loaded, bool usesGradient, bool isFirst)
   }
   for (int step = 1; step <= nSteps; ++step) {
     transport.Advance((step - 1) * dt, dt);
-    const double now = transport.Content();
+    double const now = transport.Content();
     drift = std::max(drift, std::fabs(now - content) / content);
     if (isFirst && (step % std::max(1, nSteps / 5) == 0 || step == nSteps))
       std::printf("%7d  %8.5f  %19.15f  %16.1e\n", step, step * dt, now, (now - content) / content);
   }
-  const Transport::Errors errors = transport.CompareWithExact(kEndTime);
+  Transport::Errors const errors = transport.CompareWithExact(kEndTime);
   if (isFirst) {
     std::printf("error against the exact profile: L1 %.8e  L2 %.8e  maximum %.8e\n", errors.l1, errors.l2,
                 errors.largest);
@@ -224,7 +224,7 @@ Outcome Run(reference_host::LoadedMesh& loaded, bool usesGradient, bool isFirst)
   return {drift, errors};
 }
 
-int RunBoth(const std::string& mesh) {
+int RunBoth(std::string const& mesh) {
   reference_host::LoadedMesh loaded = reference_host::LoadMesh(MPI_COMM_WORLD, mesh, {}, {});
   int rank = 0;
   MPI_Comm_rank(MPI_COMM_WORLD, &rank);
@@ -232,10 +232,10 @@ int RunBoth(const std::string& mesh) {
     std::printf("%s: %lld cells on %d ranks\n", mesh.c_str(), static_cast<long long>(loaded.summary.nCells),
                 loaded.summary.nParts);
   }
-  const Outcome first = Run(loaded, false, rank == 0);
-  const Outcome second = Run(loaded, true, rank == 0);
-  const bool isConserved = first.drift < 1e-12 && second.drift < 1e-12;
-  const bool hasGained = second.errors.l2 < first.errors.l2;
+  Outcome const first = Run(loaded, false, rank == 0);
+  Outcome const second = Run(loaded, true, rank == 0);
+  bool const isConserved = first.drift < 1e-12 && second.drift < 1e-12;
+  bool const hasGained = second.errors.l2 < first.errors.l2;
   return isConserved && hasGained ? 0 : 1;
 }
 
@@ -246,7 +246,7 @@ int main(int argc, char** argv) {
   int status = 2;
   try {
     status = RunBoth(argc > 1 ? argv[1] : "box:32,32,32");
-  } catch (const std::exception& error) {  // every rank throws the same
+  } catch (std::exception const& error) {  // every rank throws the same
     std::fprintf(stderr, "scalar_transport: %s\n", error.what());
   }
   MPI_Finalize();

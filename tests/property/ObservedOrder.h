@@ -28,9 +28,9 @@ class ObservedOrder {
   std::string Text() const {
     std::ostringstream out;
     out << "errors";
-    for (const Level& level : levels_) out << ' ' << level.error;
+    for (Level const& level : levels_) out << ' ' << level.error;
     out << ", orders";
-    for (const double step : Steps()) out << ' ' << step;
+    for (double const step : Steps()) out << ' ' << step;
     return out.str();
   }
 
@@ -38,7 +38,7 @@ class ObservedOrder {
   struct Level {
     double spacing, error;
   };
-  static double Between(const Level& a, const Level& b) {
+  static double Between(Level const& a, Level const& b) {
     return std::log(a.error / b.error) / std::log(a.spacing / b.spacing);
   }
 
@@ -46,7 +46,7 @@ class ObservedOrder {
 };
 
 /// Three levels or more whose errors fall with the order, as far as `slack` below it from the first to the last.
-inline void ExpectOrder(const ObservedOrder& observed, double order, double slack, const std::string& what) {
+inline void ExpectOrder(ObservedOrder const& observed, double order, double slack, std::string const& what) {
   ASSERT_GE(observed.Steps().size(), 2u);
   EXPECT_GE(observed.Overall(), order - slack) << what << ": " << observed.Text();
   // A claim that is too modest is a claim that nobody measured.

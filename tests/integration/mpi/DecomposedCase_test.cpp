@@ -25,13 +25,13 @@ namespace {
 double Wave(Point const& p) { return std::sin(3.0 * p[0]) * p[1] + p[2] * p[2]; }
 
 struct WholeMesh {
-  const char* name;
+  char const* name;
   FaceMesh mesh;  ///< in OpenFOAM's order
 };
 
 std::vector<WholeMesh> WholeMeshes() {
   using namespace test_meshes;
-  const int more = RankCount() > 4 ? 1 : 0;
+  int const more = RankCount() > 4 ? 1 : 0;
   return {{"polyhedra", foam_test::InFoamOrder(Perturbed(PolyBox(2 + more), 0.03))},
           {"all types", foam_test::InFoamOrder(Perturbed(MixedBox(3 + more), 0.03))}};
 }
@@ -47,20 +47,20 @@ std::vector<int> RaggedParts(int nCells) {
 }
 
 /// Compact parts and ragged ones.
-std::vector<std::vector<int>> Decompositions(const FaceMesh& mesh) {
+std::vector<std::vector<int>> Decompositions(FaceMesh const& mesh) {
   return {PartitionMesh(mesh, RankCount()), RaggedParts(mesh.nCells)};
 }
 
 /// Collective. A case written by rank 0.
-void Write(const SharedFolder& folder, const FaceMesh& whole, const std::vector<int>& partOfCell,
-           bool withAddressing, const std::function<void(int, foam_test::Piece&)>& change = {}) {
+void Write(SharedFolder const& folder, FaceMesh const& whole, std::vector<int> const& partOfCell,
+           bool withAddressing, std::function<void(int, foam_test::Piece&)> const& change = {}) {
   if (Rank() == 0) {
     foam_test::WriteDecomposed(folder.File("case"), whole, partOfCell, RankCount(), withAddressing, change);
   }
   MPI_Barrier(MPI_COMM_WORLD);
 }
 
-void ExpectSamePart(const MeshPart& a, const MeshPart& b) {
+void ExpectSamePart(MeshPart const& a, MeshPart const& b) {
   EXPECT_EQ(a.part, b.part);
   EXPECT_EQ(a.nParts, b.nParts);
   EXPECT_EQ(a.points, b.points);
@@ -85,11 +85,11 @@ void ExpectSamePart(const MeshPart& a, const MeshPart& b) {
 /// Gradients of every method on the mesh loaded, against those of the whole mesh on one rank. `wholeCell` gives the cell
 /// of the whole mesh, from 0, for one of the loaded mesh.
 void ExpectGradientsOfWhole(LoadedMesh& mesh, FaceMesh whole,
-                            const std::function<std::int64_t(int)>& wholeCell) {
+                            std::function<std::int64_t(int)> const& wholeCell) {
   for (Patch& patch : whole.patches) patch.group = GroupByName(patch.name, patch.type);
-  for (const partitioned::Method& method : partitioned::AllMethods()) {
+  for (partitioned::Method const& method : partitioned::AllMethods()) {
     SCOPED_TRACE(method.name);
-    const std::vector<Point> expected = partitioned::Gradient(whole, method, Wave).gradient;
+    std::vector<Point> const expected = partitioned::Gradient(whole, method, Wave).gradient;
     HostPartition& own = *mesh.partition;
     COperatorGradient op;
     op.getZyn3dGV(own.globals(), nullptr, nullptr, own.mesh());
@@ -110,13 +110,13 @@ void ExpectGradientsOfWhole(LoadedMesh& mesh, FaceMesh whole,
 }  // namespace
 
 TEST(DecomposedCase, WithAddressingGivesTheVeryPartsOfTheWholeMesh) {
-  const MpiCommunicator world(MPI_COMM_WORLD);
-  for (const WholeMesh& whole : WholeMeshes()) {
-    for (const std::vector<int>& partOfCell : Decompositions(whole.mesh)) {
+  MpiCommunicator const world(MPI_COMM_WORLD);
+  for (WholeMesh const& whole : WholeMeshes()) {
+    for (std::vector<int> const& partOfCell : Decompositions(whole.mesh)) {
       SCOPED_TRACE(whole.name);
-      const SharedFolder folder;
+      SharedFolder const folder;
       Write(folder, whole.mesh, partOfCell, true);
-      const DecomposedPart read = ReadDecomposedCase(world, folder.File("case"));
+      DecomposedPart const read = ReadDecomposedCase(world, folder.File("case"));
       ExpectSamePart(read.part, ExtractPart(whole.mesh, partOfCell, world.rank(), world.size()));
       EXPECT_EQ(read.nNodes, *std::max_element(whole.mesh.faceNode.begin(), whole.mesh.faceNode.end()) + 1);
     }
@@ -124,10 +124,10 @@ TEST(DecomposedCase, WithAddressingGivesTheVeryPartsOfTheWholeMesh) {
 }
 
 TEST(DecomposedCase, GradientsAgreeWithThoseOfTheUndecomposedCase) {
-  for (const WholeMesh& whole : WholeMeshes()) {
-    for (const std::vector<int>& partOfCell : Decompositions(whole.mesh)) {
+  for (WholeMesh const& whole : WholeMeshes()) {
+    for (std::vector<int> const& partOfCell : Decompositions(whole.mesh)) {
       SCOPED_TRACE(whole.name);
-      const SharedFolder folder;
+      SharedFolder const folder;
       Write(folder, whole.mesh, partOfCell, true);
       LoadedMesh mesh = Load(folder.File("case"));
       EXPECT_EQ(mesh.summary.nCells, whole.mesh.nCells);
@@ -137,10 +137,10 @@ TEST(DecomposedCase, GradientsAgreeWithThoseOfTheUndecomposedCase) {
 }
 
 TEST(DecomposedCase, WithoutAddressingNumbersRankByRankAndGivesTheSameGradients) {
-  for (const WholeMesh& whole : WholeMeshes()) {
-    for (const std::vector<int>& partOfCell : Decompositions(whole.mesh)) {
+  for (WholeMesh const& whole : WholeMeshes()) {
+    for (std::vector<int> const& partOfCell : Decompositions(whole.mesh)) {
       SCOPED_TRACE(whole.name);
-      const SharedFolder folder;
+      SharedFolder const folder;
       Write(folder, whole.mesh, partOfCell, false);
       LoadedMesh mesh = Load(folder.File("case"));
 
@@ -158,12 +158,12 @@ TEST(DecomposedCase, WithoutAddressingNumbersRankByRankAndGivesTheSameGradients)
 
 // Parts of one layer of cells each, so that every node lies on parts that share faces with each other.
 TEST(DecomposedCase, WithoutAddressingCountsSharedNodesOnce) {
-  const FaceMesh whole = foam_test::InFoamOrder(test_meshes::HexBox(3, 3, 4));
-  for (const std::vector<int>& partOfCell : Decompositions(whole)) {
-    const SharedFolder folder;
+  FaceMesh const whole = foam_test::InFoamOrder(test_meshes::HexBox(3, 3, 4));
+  for (std::vector<int> const& partOfCell : Decompositions(whole)) {
+    SharedFolder const folder;
     Write(folder, whole, partOfCell, false);
-    const MpiCommunicator world(MPI_COMM_WORLD);
-    const DecomposedPart read = ReadDecomposedCase(world, folder.File("case"));
+    MpiCommunicator const world(MPI_COMM_WORLD);
+    DecomposedPart const read = ReadDecomposedCase(world, folder.File("case"));
     // Hexahedra around a node touch each other by faces, if only through cells of other ranks.
     EXPECT_EQ(read.nNodes, 4 * 4 * 5);
     std::vector<std::int64_t> numbers = GatherNumbers(read.part.globalNode);
@@ -175,10 +175,10 @@ TEST(DecomposedCase, WithoutAddressingCountsSharedNodesOnce) {
 }
 
 TEST(DecomposedCase, SumsUpPatchesThatSomeRanksHaveNoFacesOf) {
-  const FaceMesh whole = foam_test::InFoamOrder(test_meshes::HexBox(6, 2, 2));
-  const SharedFolder folder;
+  FaceMesh const whole = foam_test::InFoamOrder(test_meshes::HexBox(6, 2, 2));
+  SharedFolder const folder;
   Write(folder, whole, test_meshes::RunParts(whole.nCells, RankCount()), true);
-  const LoadedMesh mesh = Load(folder.File("case"));
+  LoadedMesh const mesh = Load(folder.File("case"));
   for (std::size_t p = 0; p < whole.patches.size(); ++p) {
     EXPECT_EQ(mesh.summary.patches[p].name, whole.patches[p].name);
     EXPECT_EQ(mesh.summary.patches[p].nFaces,
@@ -187,65 +187,65 @@ TEST(DecomposedCase, SumsUpPatchesThatSomeRanksHaveNoFacesOf) {
 }
 
 TEST(DecomposedCase, TakesFacesThatBeginWithAnotherNode) {
-  const FaceMesh whole = foam_test::InFoamOrder(test_meshes::PolyBox(2));
-  const std::vector<int> partOfCell = PartitionMesh(whole, RankCount());
-  const SharedFolder folder;
+  FaceMesh const whole = foam_test::InFoamOrder(test_meshes::PolyBox(2));
+  std::vector<int> const partOfCell = PartitionMesh(whole, RankCount());
+  SharedFolder const folder;
   Write(folder, whole, partOfCell, true, [](int part, foam_test::Piece& piece) {
     FaceMesh& mesh = piece.mesh;
     for (int f = 0; f < mesh.nFaces(); ++f) {
-      const auto begin = mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f]);
-      const auto end = mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]);
+      auto const begin = mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f]);
+      auto const end = mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]);
       if (piece.face[f] < 0) std::rotate(begin, begin + 1 + part % 2, end);
     }
   });
-  const MpiCommunicator world(MPI_COMM_WORLD);
-  const DecomposedPart read = ReadDecomposedCase(world, folder.File("case"));
+  MpiCommunicator const world(MPI_COMM_WORLD);
+  DecomposedPart const read = ReadDecomposedCase(world, folder.File("case"));
   ExpectSamePart(read.part, ExtractPart(whole, partOfCell, world.rank(), world.size()));
 }
 
 namespace {
 
 /// What loading the case says, behind its folder, after `spoil` has been at it on rank 0.
-std::string Refusal(const std::function<void(int, foam_test::Piece&)>& change,
-                    const std::function<void(const std::string&)>& spoil = {}, int nMore = 0) {
-  const FaceMesh whole = foam_test::InFoamOrder(test_meshes::HexBox(8, 2, 2));
-  const SharedFolder folder;
+std::string Refusal(std::function<void(int, foam_test::Piece&)> const& change,
+                    std::function<void(std::string const&)> const& spoil = {}, int nMore = 0) {
+  FaceMesh const whole = foam_test::InFoamOrder(test_meshes::HexBox(8, 2, 2));
+  SharedFolder const folder;
   if (Rank() == 0) {
-    const int nParts = RankCount() + nMore;
-    const std::vector<int> parts = test_meshes::RunParts(whole.nCells, nParts);
+    int const nParts = RankCount() + nMore;
+    std::vector<int> const parts = test_meshes::RunParts(whole.nCells, nParts);
     foam_test::WriteDecomposed(folder.File("case"), whole, parts, nParts, true, change);
     if (spoil) spoil(folder.File("case"));
   }
   MPI_Barrier(MPI_COMM_WORLD);
-  const std::string text = ErrorOnEveryRank([&] { Load(folder.File("case")); });
+  std::string const text = ErrorOnEveryRank([&] { Load(folder.File("case")); });
   EXPECT_EQ(text.rfind(folder.File("case"), 0), 0U) << text;
   return text.substr(std::min(text.size(), folder.File("case").size()));
 }
 
 /// An action on the piece of the last rank alone.
-std::function<void(int, foam_test::Piece&)> OfLastRank(const std::function<void(foam_test::Piece&)>& change) {
+std::function<void(int, foam_test::Piece&)> OfLastRank(std::function<void(foam_test::Piece&)> const& change) {
   return [change](int part, foam_test::Piece& piece) {
     if (part == RankCount() - 1) change(piece);
   };
 }
 
 /// The first position of a text in another; fails if it is not there.
-void ExpectHas(const std::string& text, const std::string& part) {
+void ExpectHas(std::string const& text, std::string const& part) {
   EXPECT_NE(text.find(part), std::string::npos) << "'" << part << "' is not in '" << text << "'";
 }
 
 }  // namespace
 
 TEST(DecomposedCase, IsRefusedOnAnotherNumberOfRanks) {
-  const std::string ranks = std::to_string(RankCount()) + (RankCount() == 1 ? " rank" : " ranks");
-  const std::string folders = std::to_string(RankCount() + 1);
+  std::string const ranks = std::to_string(RankCount()) + (RankCount() == 1 ? " rank" : " ranks");
+  std::string const folders = std::to_string(RankCount() + 1);
   EXPECT_EQ(Refusal({}, {}, 1), ": decomposed for " + folders + " processors, but this run has " + ranks +
                                     "; start " + folders + ", or give constant/polyMesh of the whole mesh");
 }
 
 TEST(DecomposedCase, IsRefusedInTheCollatedFormat) {
   ExpectHas(Refusal({},
-                    [](const std::string& folder) {
+                    [](std::string const& folder) {
                       for (int part = 0; part < RankCount(); ++part) {
                         std::filesystem::remove_all(folder + "/processor" + std::to_string(part));
                       }
@@ -255,18 +255,18 @@ TEST(DecomposedCase, IsRefusedInTheCollatedFormat) {
 }
 
 TEST(DecomposedCase, IsRefusedWithAGapInTheFolders) {
-  const std::string last = std::to_string(RankCount());
+  std::string const last = std::to_string(RankCount());
   EXPECT_EQ(
       Refusal({},
-              [&](const std::string& folder) {
+              [&](std::string const& folder) {
                 std::filesystem::create_directories(folder + "/processor" + std::to_string(RankCount() + 1));
               }),
       ": there is a folder processor" + std::to_string(RankCount() + 1) + ", but no processor" + last);
 }
 
 TEST(DecomposedCase, IsRefusedWithDamagedFilesOfOneRank) {
-  const std::string last = "/processor" + std::to_string(RankCount() - 1) + "/constant/polyMesh";
-  EXPECT_EQ(Refusal({}, [&](const std::string& folder) { std::filesystem::remove(folder + last + "/faces"); })
+  std::string const last = "/processor" + std::to_string(RankCount() - 1) + "/constant/polyMesh";
+  EXPECT_EQ(Refusal({}, [&](std::string const& folder) { std::filesystem::remove(folder + last + "/faces"); })
                 .rfind(last + "/faces", 0),
             0U);
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.cell.back() = 999; })),
@@ -281,9 +281,9 @@ TEST(DecomposedCase, IsRefusedWithDamagedFilesOfOneRank) {
 
 TEST(DecomposedCase, IsRefusedWhenCutsDoNotFitTogether) {
   if (RankCount() == 1) return;  // no cuts
-  const int last = RankCount() - 1;
-  const std::string patch = "procBoundary" + std::to_string(last) + "to" + std::to_string(last - 1);
-  const auto points = Refusal(OfLastRank([](foam_test::Piece& piece) {
+  int const last = RankCount() - 1;
+  std::string const patch = "procBoundary" + std::to_string(last) + "to" + std::to_string(last - 1);
+  auto const points = Refusal(OfLastRank([](foam_test::Piece& piece) {
     for (Point& point : piece.mesh.points) point[1] *= 2.0;
   }));
   ExpectHas(points, " does not lie on its counterpart in processor");
@@ -301,7 +301,7 @@ TEST(DecomposedCase, IsRefusedWhenCutsDoNotFitTogether) {
             "the patches differ in name, type or order from those of processor0");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) {
               // The faces of the cut become faces of a wall.
-              const std::string name = piece.mesh.patches.back().name;
+              std::string const name = piece.mesh.patches.back().name;
               piece.mesh.patches.back() = {"lid", "wall", {}};
               piece.entries.erase(name);
             })),
@@ -311,16 +311,16 @@ TEST(DecomposedCase, IsRefusedWhenCutsDoNotFitTogether) {
               std::swap(point.front(), point.back());
             })),
             "pointProcAddressing calls a node ");
-  const auto missing = Refusal({}, [&](const std::string& folder) {
+  auto const missing = Refusal({}, [&](std::string const& folder) {
     std::filesystem::remove(foam_test::PieceFolder(folder, last) + "/pointProcAddressing");
   });
   ExpectHas(missing, "pointProcAddressing is missing, but other processor folders have it");
 }
 
 TEST(DecomposedCase, NeedsGroupsLikeTheWholeCase) {
-  const auto rename = [](int, foam_test::Piece& piece) { piece.mesh.patches[0] = {"left", "cyclic", {}}; };
-  const FaceMesh whole = foam_test::InFoamOrder(test_meshes::HexBox(8, 2, 2));
-  const SharedFolder folder;
+  auto const rename = [](int, foam_test::Piece& piece) { piece.mesh.patches[0] = {"left", "cyclic", {}}; };
+  FaceMesh const whole = foam_test::InFoamOrder(test_meshes::HexBox(8, 2, 2));
+  SharedFolder const folder;
   Write(folder, whole, test_meshes::RunParts(whole.nCells, RankCount()), true, rename);
   ExpectHas(ErrorOnEveryRank([&] { Load(folder.File("case")); }),
             "boundary faces without a group: 'left' of type cyclic (4 faces)");

@@ -28,8 +28,8 @@ void Prepare(COperatorGradient& op, LoadedMesh& mesh, int type) {
 /// Interior and halo cells against the whole mesh's gradient; cells are summed up in another order there, and
 /// a gradient here is of size 1 to 3.
 void ExpectGradientOfWhole(LoadedMesh& mesh, const std::vector<double> (&g)[3],
-                           const std::vector<Point>& whole) {
-  const std::vector<std::int64_t>& globalCell = mesh.partition->globalCell();
+                           std::vector<Point> const& whole) {
+  std::vector<std::int64_t> const& globalCell = mesh.partition->globalCell();
   for (int c = 1; c <= mesh.partition->mesh()->NCell; ++c) {
     if (globalCell[c] == 0) continue;  // ghost cell
     for (std::size_t d = 0; d < 3; ++d)
@@ -40,17 +40,17 @@ void ExpectGradientOfWhole(LoadedMesh& mesh, const std::vector<double> (&g)[3],
 }  // namespace
 
 TEST(GradientOverMpi, AgreesWithThatOfTheWholeMeshForEveryMethod) {
-  for (const std::string text :
+  for (std::string const text :
        {"box:6,5,4:perturb=0.2,seed=4", "box:4,4,3:tet:perturb=0.1", "box:5,4,3:prism"}) {
     FaceMesh whole = MakeBox(ParseBoxSpec(text));
     for (Patch& patch : whole.patches) patch.group = GroupByName(patch.name, patch.type);
     LoadedMesh mesh = Load(text);
-    for (const partitioned::Method& method : partitioned::AllMethods()) {
+    for (partitioned::Method const& method : partitioned::AllMethods()) {
       SCOPED_TRACE(text + ", " + method.name);
-      const std::vector<Point> expected = partitioned::Gradient(whole, method, Wave).gradient;
+      std::vector<Point> const expected = partitioned::Gradient(whole, method, Wave).gradient;
       COperatorGradient op;
       Prepare(op, mesh, method.type);
-      for (const bool nonBlocking : {false, true}) {
+      for (bool const nonBlocking : {false, true}) {
         mesh.partition->globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
         std::vector<double> g[3];
         partitioned::CallGradient(op, method, *mesh.partition->mesh(), Wave, g);
@@ -62,7 +62,7 @@ TEST(GradientOverMpi, AgreesWithThatOfTheWholeMeshForEveryMethod) {
 
 TEST(GradientOverMpi, ThreeFieldsAtOnceAgreeWithOneByOne) {
   LoadedMesh mesh = Load("box:6,5,4:tet:perturb=0.1");
-  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   COperatorGradient op;
   Prepare(op, mesh, 0);
   std::vector<double> fields[3], single[3][3], together[9];

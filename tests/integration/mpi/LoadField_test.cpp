@@ -28,17 +28,17 @@ struct Sample {
   FaceMesh mesh;
   std::vector<double> cell, face;
 
-  explicit Sample(const FaceMesh& any) : mesh(foam_test::InFoamOrder(any)) {
+  explicit Sample(FaceMesh const& any) : mesh(foam_test::InFoamOrder(any)) {
     for (int c = 0; c < mesh.nCells; ++c) cell.push_back(c + 0.25);
     for (int f = 0; f < mesh.nFaces(); ++f) face.push_back(1000.0 + f);
   }
 
   /// The boundary face with its centre there.
-  int FaceAt(const Point& centre) const {
+  int FaceAt(Point const& centre) const {
     for (int f = 0; f < mesh.nFaces(); ++f) {
       if (mesh.neighbour[f] >= 0) continue;
-      const std::size_t begin = mesh.faceStart[f];
-      const Point own = ComputeFaceGeometry(mesh.points, mesh.faceNode.data() + begin,
+      std::size_t const begin = mesh.faceStart[f];
+      Point const own = ComputeFaceGeometry(mesh.points, mesh.faceNode.data() + begin,
                                             static_cast<int>(mesh.faceStart[f + 1] - begin))
                             .centre;
       if (Length(Difference(own, centre)) < 1e-12) return f;
@@ -54,51 +54,51 @@ std::vector<Sample> Samples() {
           Sample(test_meshes::Perturbed(test_meshes::PolyBox(RankCount() > 4 ? 3 : 2), 0.03))};
 }
 
-void ExpectValues(LoadedMesh& mesh, const LoadedField& field, const Sample& sample,
-                  const std::vector<std::string>& ofCells = {}) {
-  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+void ExpectValues(LoadedMesh& mesh, LoadedField const& field, Sample const& sample,
+                  std::vector<std::string> const& ofCells = {}) {
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   ASSERT_EQ(field.value.size(), static_cast<std::size_t>(m.NCell) + 1);
   for (int c = 1; c <= m.NCell; ++c) {
-    const std::int64_t global = mesh.partition->globalCell()[c];
+    std::int64_t const global = mesh.partition->globalCell()[c];
     if (global > 0) {
       EXPECT_EQ(field.value[c], sample.cell[global - 1]) << "cell " << c;
       continue;
     }
-    const int f = sample.FaceAt({m.xc[c], m.yc[c], m.zc[c]});
+    int const f = sample.FaceAt({m.xc[c], m.yc[c], m.zc[c]});
     ASSERT_GE(f, 0) << "ghost " << c;
-    const std::string& patch = sample.mesh.patches[sample.mesh.facePatch[f]].name;
-    const bool isOfCell = std::find(ofCells.begin(), ofCells.end(), patch) != ofCells.end();
+    std::string const& patch = sample.mesh.patches[sample.mesh.facePatch[f]].name;
+    bool const isOfCell = std::find(ofCells.begin(), ofCells.end(), patch) != ofCells.end();
     EXPECT_EQ(field.value[c], isOfCell ? sample.cell[sample.mesh.owner[f]] : sample.face[f]) << "ghost " << c;
   }
 }
 
 /// The field of a piece, from that of the whole mesh.
-std::string PieceText(const foam_test::Piece& piece, const Sample& sample) {
+std::string PieceText(foam_test::Piece const& piece, Sample const& sample) {
   std::vector<double> cell, face;
-  for (const int c : piece.cell) cell.push_back(sample.cell[c]);
-  for (const int f : piece.face) face.push_back(sample.face[std::abs(f) - 1]);
+  for (int const c : piece.cell) cell.push_back(sample.cell[c]);
+  for (int const f : piece.face) face.push_back(sample.face[std::abs(f) - 1]);
   return foam_test::FieldText(piece.mesh, cell, face);
 }
 
-LoadedField LoadOf(const std::string& meshSpec, LoadedMesh& mesh, const std::string& fieldSpec) {
+LoadedField LoadOf(std::string const& meshSpec, LoadedMesh& mesh, std::string const& fieldSpec) {
   return LoadField(MPI_COMM_WORLD, meshSpec, mesh, fieldSpec);
 }
 
 }  // namespace
 
 TEST(LoadField, GivesEveryRankItsValuesOfAWholeMesh) {
-  for (const Sample& sample : Samples()) {
-    const SharedFolder folder;
+  for (Sample const& sample : Samples()) {
+    SharedFolder const folder;
     if (Rank() == 0) foam_test::WriteMesh(folder.File("case/constant/polyMesh"), sample.mesh);
     if (Rank() == 0) {
       foam_test::WriteText(folder.File("case/0/T"),
                            foam_test::FieldText(sample.mesh, sample.cell, sample.face));
     }
     MPI_Barrier(MPI_COMM_WORLD);
-    for (const std::string mesh : {"case", "case/constant/polyMesh", "case/constant/polyMesh/"}) {
+    for (std::string const mesh : {"case", "case/constant/polyMesh", "case/constant/polyMesh/"}) {
       LoadedMesh loaded = Load(folder.File(mesh));
-      for (const std::string& field : {folder.File("case/0/T"), std::string("0/T")}) {
-        const LoadedField values = LoadOf(folder.File(mesh), loaded, field);
+      for (std::string const& field : {folder.File("case/0/T"), std::string("0/T")}) {
+        LoadedField const values = LoadOf(folder.File(mesh), loaded, field);
         ExpectValues(loaded, values, sample);
         EXPECT_TRUE(values.patchesWithoutValues.empty());
       }
@@ -107,12 +107,12 @@ TEST(LoadField, GivesEveryRankItsValuesOfAWholeMesh) {
 }
 
 TEST(LoadField, ReadsTheFoldersOfADecomposedCase) {
-  for (const Sample& sample : Samples()) {
-    const int nCells = sample.mesh.nCells;
-    for (const std::vector<int>& parts :
+  for (Sample const& sample : Samples()) {
+    int const nCells = sample.mesh.nCells;
+    for (std::vector<int> const& parts :
          {test_meshes::RunParts(nCells, RankCount()), PartitionMesh(sample.mesh, RankCount())}) {
-      const SharedFolder folder;
-      const std::string name = folder.File("case");
+      SharedFolder const folder;
+      std::string const name = folder.File("case");
       if (Rank() == 0) {
         foam_test::WriteDecomposed(
             name, sample.mesh, parts, RankCount(), true, [&](int part, foam_test::Piece& piece) {
@@ -122,8 +122,8 @@ TEST(LoadField, ReadsTheFoldersOfADecomposedCase) {
       }
       MPI_Barrier(MPI_COMM_WORLD);
       LoadedMesh loaded = Load(name);
-      for (const std::string& field : {std::string("0.5/T"), name + "/0.5/T", name + "/processor0/0.5/T"}) {
-        const LoadedField values = LoadOf(name, loaded, field);
+      for (std::string const& field : {std::string("0.5/T"), name + "/0.5/T", name + "/processor0/0.5/T"}) {
+        LoadedField const values = LoadOf(name, loaded, field);
         ExpectValues(loaded, values, sample);
         EXPECT_TRUE(values.patchesWithoutValues.empty());
       }
@@ -133,10 +133,10 @@ TEST(LoadField, ReadsTheFoldersOfADecomposedCase) {
 
 // Cells are then numbered rank by rank, which runs of cells leave as they are.
 TEST(LoadField, ReadsADecomposedCaseWithoutAddressing) {
-  const Sample sample(test_meshes::HexBox(5, 2, 2));
-  const std::vector<int> parts = test_meshes::RunParts(sample.mesh.nCells, RankCount());
-  const SharedFolder folder;
-  const std::string name = folder.File("case");
+  Sample const sample(test_meshes::HexBox(5, 2, 2));
+  std::vector<int> const parts = test_meshes::RunParts(sample.mesh.nCells, RankCount());
+  SharedFolder const folder;
+  std::string const name = folder.File("case");
   if (Rank() == 0) {
     foam_test::WriteDecomposed(
         name, sample.mesh, parts, RankCount(), false, [&](int part, foam_test::Piece& piece) {
@@ -149,23 +149,23 @@ TEST(LoadField, ReadsADecomposedCaseWithoutAddressing) {
 }
 
 TEST(LoadField, NamesThePatchesWhoseCellsStandIn) {
-  const Sample sample(test_meshes::HexBox(5, 2, 2));
-  const SharedFolder folder;
+  Sample const sample(test_meshes::HexBox(5, 2, 2));
+  SharedFolder const folder;
   std::string text = foam_test::FieldText(sample.mesh, sample.cell, sample.face);
-  const std::size_t wall = text.find("wall {");
+  std::size_t const wall = text.find("wall {");
   text.replace(text.find("value", wall), 5, "other");
   if (Rank() == 0) foam_test::WriteMesh(folder.File("case/constant/polyMesh"), sample.mesh);
   if (Rank() == 0) foam_test::WriteText(folder.File("case/0/T"), text);
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh loaded = Load(folder.File("case"));
-  const LoadedField values = LoadOf(folder.File("case"), loaded, "0/T");
+  LoadedField const values = LoadOf(folder.File("case"), loaded, "0/T");
   ExpectValues(loaded, values, sample, {"wall"});
   EXPECT_EQ(values.patchesWithoutValues, std::vector<std::string>{"wall"});
 }
 
 TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
   LoadedMesh box = Load("box:6,2,2");
-  const auto refusal = [](const std::string& meshSpec, LoadedMesh& mesh, const std::string& fieldSpec) {
+  auto const refusal = [](std::string const& meshSpec, LoadedMesh& mesh, std::string const& fieldSpec) {
     return ErrorOnEveryRank([&] { LoadOf(meshSpec, mesh, fieldSpec); });
   };
   EXPECT_EQ(refusal("box:6,2,2", box, "0/T"),
@@ -174,9 +174,9 @@ TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
             "case.cgns: name the array of the file as case.cgns:ARRAY");
   EXPECT_EQ(refusal("box:6,2,2", box, "none.cgns:T").rfind("none.cgns: ", 0), 0U);
 
-  const Sample sample(test_meshes::HexBox(4, 2, 2)), other(test_meshes::HexBox(3, 2, 2));
-  const SharedFolder folder;
-  const std::string name = folder.File("case");
+  Sample const sample(test_meshes::HexBox(4, 2, 2)), other(test_meshes::HexBox(3, 2, 2));
+  SharedFolder const folder;
+  std::string const name = folder.File("case");
   if (Rank() == 0) {
     foam_test::WriteMesh(name + "/constant/polyMesh", sample.mesh);
     foam_test::WriteText(name + "/0/T", foam_test::FieldText(other.mesh, other.cell, other.face));
@@ -193,10 +193,10 @@ TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
 }
 
 TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
-  const Sample sample(test_meshes::HexBox(4, 2, 2));
-  const SharedFolder folder;
-  const std::string name = folder.File("case");
-  const int last = RankCount() - 1;
+  Sample const sample(test_meshes::HexBox(4, 2, 2));
+  SharedFolder const folder;
+  std::string const name = folder.File("case");
+  int const last = RankCount() - 1;
   if (Rank() == 0) {
     foam_test::WriteDecomposed(name, sample.mesh, test_meshes::RunParts(16, RankCount()), RankCount(), true,
                                [&](int part, foam_test::Piece& piece) {
@@ -207,7 +207,7 @@ TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = Load(name);
-  const std::string text = ErrorOnEveryRank([&] { LoadOf(name, mesh, "0/T"); });
+  std::string const text = ErrorOnEveryRank([&] { LoadOf(name, mesh, "0/T"); });
   EXPECT_EQ(text.rfind(name + "/processor" + std::to_string(last) + "/0/T: ", 0), 0U) << text;
   EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(name, mesh, "T"); }),
             "T: a decomposed case needs the time and the field, as in 0/T");
@@ -216,15 +216,15 @@ TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
 #ifdef ZYN_WITH_CGNS
 // A row of cubes along x, cells and their values in the same order.
 TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
-  const int kCells = std::max(7, RankCount());
-  const SharedFolder folder;
-  const std::string name = folder.File("row.cgns");
+  int const kCells = std::max(7, RankCount());
+  SharedFolder const folder;
+  std::string const name = folder.File("row.cgns");
   if (Rank() == 0) {
     std::vector<Point> points;
     std::vector<cgsize_t> nodes, surface;
     std::vector<double> values;
     for (int i = 0; i <= kCells; ++i) {
-      for (const auto& [y, z] :
+      for (auto const& [y, z] :
            {std::pair(0.0, 0.0), std::pair(1.0, 0.0), std::pair(1.0, 1.0), std::pair(0.0, 1.0)}) {
         points.push_back({1.0 * i, y, z});
       }
@@ -245,14 +245,14 @@ TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
   LoadedMesh mesh = LoadMesh(MPI_COMM_WORLD, name, {{"unnamed", BoundaryGroup::Wall}}, {});
   EXPECT_EQ(mesh.summary.nCells, kCells);
   EXPECT_EQ(mesh.summary.FacesOf(BoundaryGroup::Inlet), 1);
-  const LoadedField field = LoadOf(name, mesh, name + ":Pressure");
+  LoadedField const field = LoadOf(name, mesh, name + ":Pressure");
   EXPECT_EQ(field.patchesWithoutValues, (std::vector<std::string>{"inlet", "unnamed"}));
-  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   for (int c = 1; c <= m.NCell; ++c) {
     // Centres of cells at 0.5, 1.5, ...; those of ghost cells lie on a face of the cell, which may be its end.
-    const bool isGhost = mesh.partition->globalCell()[c] == 0;
+    bool const isGhost = mesh.partition->globalCell()[c] == 0;
     if (isGhost && m.xc[c] == std::floor(m.xc[c])) continue;
-    const double i = std::floor(m.xc[c]);
+    double const i = std::floor(m.xc[c]);
     EXPECT_EQ(field.value[c], i * i - 0.5) << "cell " << c;
   }
   EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(name, mesh, name + ":Mach"); }),

@@ -19,13 +19,13 @@
 namespace reference_host::test {
 namespace {
 
-std::vector<int> CellsOfParts(const std::vector<int>& partOfCell, int nParts) {
+std::vector<int> CellsOfParts(std::vector<int> const& partOfCell, int nParts) {
   std::vector<int> nCells(nParts, 0);
-  for (const int part : partOfCell) ++nCells.at(part);
+  for (int const part : partOfCell) ++nCells.at(part);
   return nCells;
 }
 
-int CutFaces(const FaceMesh& mesh, const std::vector<int>& partOfCell) {
+int CutFaces(FaceMesh const& mesh, std::vector<int> const& partOfCell) {
   int nCut = 0;
   for (int f = 0; f < mesh.nFaces(); ++f) {
     if (mesh.neighbour[f] >= 0 && partOfCell[mesh.owner[f]] != partOfCell[mesh.neighbour[f]]) ++nCut;
@@ -34,7 +34,7 @@ int CutFaces(const FaceMesh& mesh, const std::vector<int>& partOfCell) {
 }
 
 /// Two meshes that do not touch, as one.
-FaceMesh Beside(FaceMesh a, const FaceMesh& b) {
+FaceMesh Beside(FaceMesh a, FaceMesh const& b) {
   for (int f = 0; f < b.nFaces(); ++f) {
     for (std::size_t i = b.faceStart[f]; i < b.faceStart[f + 1]; ++i) {
       a.faceNode.push_back(b.faceNode[i] + static_cast<int>(a.points.size()));
@@ -44,7 +44,7 @@ FaceMesh Beside(FaceMesh a, const FaceMesh& b) {
     a.neighbour.push_back(b.neighbour[f] < 0 ? -1 : b.neighbour[f] + a.nCells);
     a.facePatch.push_back(b.facePatch[f]);
   }
-  for (const Point& p : b.points) a.points.push_back({p[0] + 10.0, p[1], p[2]});
+  for (Point const& p : b.points) a.points.push_back({p[0] + 10.0, p[1], p[2]});
   a.nCells += b.nCells;
   return a;
 }
@@ -52,10 +52,10 @@ FaceMesh Beside(FaceMesh a, const FaceMesh& b) {
 }  // namespace
 
 TEST(PartitionMesh, BalancesPartsAndCutsFewFaces) {
-  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:16,16,16"));
-  for (const int nParts : {2, 3, 4, 8, 9, 16, 30}) {
-    const std::vector<int> partOfCell = PartitionMesh(mesh, nParts);
-    const std::vector<int> nCells = CellsOfParts(partOfCell, nParts);
+  FaceMesh const mesh = MakeBox(ParseBoxSpec("box:16,16,16"));
+  for (int const nParts : {2, 3, 4, 8, 9, 16, 30}) {
+    std::vector<int> const partOfCell = PartitionMesh(mesh, nParts);
+    std::vector<int> const nCells = CellsOfParts(partOfCell, nParts);
     EXPECT_LE(*std::max_element(nCells.begin(), nCells.end()), 1.1 * 4096 / nParts) << nParts;
     // Slabs across the box would cut 256 (nParts - 1) faces.
     EXPECT_LE(CutFaces(mesh, partOfCell), 1.2 * 256 * (nParts - 1)) << nParts;
@@ -63,35 +63,35 @@ TEST(PartitionMesh, BalancesPartsAndCutsFewFaces) {
 }
 
 TEST(PartitionMesh, GivesEveryPartACellDownToOneCellAPart) {
-  for (const std::string text : {"box:3,2,2", "box:12,1,1", "box:2,1,1:tet", "box:4,4,4", "box:40,1,1"}) {
-    const FaceMesh mesh = MakeBox(ParseBoxSpec(text));
+  for (std::string const text : {"box:3,2,2", "box:12,1,1", "box:2,1,1:tet", "box:4,4,4", "box:40,1,1"}) {
+    FaceMesh const mesh = MakeBox(ParseBoxSpec(text));
     for (int nParts = 1; nParts <= mesh.nCells; ++nParts) {
-      const std::vector<int> nCells = CellsOfParts(PartitionMesh(mesh, nParts), nParts);
+      std::vector<int> const nCells = CellsOfParts(PartitionMesh(mesh, nParts), nParts);
       EXPECT_GE(*std::min_element(nCells.begin(), nCells.end()), 1) << text << " in " << nParts;
     }
   }
 }
 
 TEST(PartitionMesh, DividesAMeshInSeparatePieces) {
-  const FaceMesh mesh = Beside(MakeBox(ParseBoxSpec("box:8,8,8")), MakeBox(ParseBoxSpec("box:5,5,5")));
-  for (const int nParts : {2, 3, 12, 20}) {
-    const std::vector<int> nCells = CellsOfParts(PartitionMesh(mesh, nParts), nParts);
+  FaceMesh const mesh = Beside(MakeBox(ParseBoxSpec("box:8,8,8")), MakeBox(ParseBoxSpec("box:5,5,5")));
+  for (int const nParts : {2, 3, 12, 20}) {
+    std::vector<int> const nCells = CellsOfParts(PartitionMesh(mesh, nParts), nParts);
     EXPECT_GE(*std::min_element(nCells.begin(), nCells.end()), 1);
     EXPECT_LE(*std::max_element(nCells.begin(), nCells.end()), 1.2 * mesh.nCells / nParts);
   }
 }
 
 TEST(PartitionMesh, IsTheSameEveryTime) {
-  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:10,9,8:tet"));
-  for (const int nParts : {3, 12}) EXPECT_EQ(PartitionMesh(mesh, nParts), PartitionMesh(mesh, nParts));
+  FaceMesh const mesh = MakeBox(ParseBoxSpec("box:10,9,8:tet"));
+  for (int const nParts : {3, 12}) EXPECT_EQ(PartitionMesh(mesh, nParts), PartitionMesh(mesh, nParts));
 }
 
 TEST(PartitionMesh, RefusesMorePartsThanCells) {
-  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:3,1,1"));
+  FaceMesh const mesh = MakeBox(ParseBoxSpec("box:3,1,1"));
   try {
     PartitionMesh(mesh, 4, "channel.msh");
     FAIL();
-  } catch (const MeshError& error) {
+  } catch (MeshError const& error) {
     EXPECT_STREQ(error.what(), "channel.msh: the mesh has 3 cells, fewer than the 4 ranks");
   }
 }
@@ -105,13 +105,13 @@ TEST(FillEmptyParts, TakesFromTheLargestPart) {
 }
 
 TEST(DistributeMesh, GivesEachRankItsPart) {
-  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:5,4,3:prism:perturb=0.1"));
-  const MpiCommunicator world(MPI_COMM_WORLD);
-  const std::vector<int> partOfCell = PartitionMesh(mesh, world.size());
-  const bool isFirst = world.rank() == 0;
-  const MeshPart part =
+  FaceMesh const mesh = MakeBox(ParseBoxSpec("box:5,4,3:prism:perturb=0.1"));
+  MpiCommunicator const world(MPI_COMM_WORLD);
+  std::vector<int> const partOfCell = PartitionMesh(mesh, world.size());
+  bool const isFirst = world.rank() == 0;
+  MeshPart const part =
       DistributeMesh(world, isFirst ? &mesh : nullptr, isFirst ? partOfCell : std::vector<int>());
-  const MeshPart expected = ExtractPart(mesh, partOfCell, world.rank(), world.size());
+  MeshPart const expected = ExtractPart(mesh, partOfCell, world.rank(), world.size());
   EXPECT_EQ(part.part, world.rank());
   EXPECT_EQ(part.points, expected.points);
   EXPECT_EQ(part.globalCell, expected.globalCell);
@@ -122,29 +122,29 @@ TEST(DistributeMesh, GivesEachRankItsPart) {
 }
 
 TEST(DistributeMesh, FailureOnRank0ReachesEveryRank) {
-  const FaceMesh mesh = MakeBox(ParseBoxSpec("box:5,1,1"));
-  const MpiCommunicator world(MPI_COMM_WORLD);
-  const std::vector<int> wrong(5, world.size());  // no such part
+  FaceMesh const mesh = MakeBox(ParseBoxSpec("box:5,1,1"));
+  MpiCommunicator const world(MPI_COMM_WORLD);
+  std::vector<int> const wrong(5, world.size());  // no such part
   ErrorOnEveryRank([&] { DistributeMesh(world, &mesh, wrong); });
 }
 
 TEST(MpiBytes, MessagesOfEverySizeArriveInPieces) {
-  const MpiCommunicator world(MPI_COMM_WORLD);
+  MpiCommunicator const world(MPI_COMM_WORLD);
   constexpr std::size_t kPiece = 7;
-  for (const std::size_t size : {0u, 1u, 6u, 7u, 8u, 14u, 20u}) {
+  for (std::size_t const size : {0u, 1u, 6u, 7u, 8u, 14u, 20u}) {
     std::vector<char> bytes(size);
     std::iota(bytes.begin(), bytes.end(), 'a');
     if (world.rank() == 0) {
       for (int to = 1; to < world.size(); ++to) SendBytes(world, to, bytes, kPiece);
     } else {
-      const std::optional<std::vector<char>> received = ReceiveBytes(world, 0, kPiece);
+      std::optional<std::vector<char>> const received = ReceiveBytes(world, 0, kPiece);
       EXPECT_TRUE(received && *received == bytes) << size;
     }
   }
 }
 
 TEST(MpiBytes, NothingIsNotAnEmptyMessage) {
-  const MpiCommunicator world(MPI_COMM_WORLD);
+  MpiCommunicator const world(MPI_COMM_WORLD);
   if (world.rank() == 0) {
     for (int to = 1; to < world.size(); ++to) SendNothing(world, to);
   } else {
@@ -153,10 +153,10 @@ TEST(MpiBytes, NothingIsNotAnEmptyMessage) {
 }
 
 TEST(RunTogether, EveryRankThrowsTheTextOfTheLowestFailingRank) {
-  const MpiCommunicator world(MPI_COMM_WORLD);
+  MpiCommunicator const world(MPI_COMM_WORLD);
   EXPECT_NO_THROW(RunTogether(world, [] {}));
 
-  const int last = world.size() - 1;
+  int const last = world.size() - 1;
   EXPECT_EQ(ErrorOnEveryRank([&] {
               RunTogether(world, [&] {
                 if (world.rank() == last) throw MeshError("only the last");

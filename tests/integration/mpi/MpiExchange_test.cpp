@@ -13,11 +13,11 @@
 namespace reference_host::test {
 namespace {
 
-const char* const kBox = "box:6,5,4:tet:perturb=0.1,seed=2";
+char const* const kBox = "box:6,5,4:tet:perturb=0.1,seed=2";
 constexpr double kOutside = -7.0;
 
 /// Interior cells: scale times the number in the whole mesh; ghost and halo cells: kOutside.
-std::vector<double> OwnValues(const HostPartition& partition, const CZYN3DFiniteVolumeMesh& mesh,
+std::vector<double> OwnValues(HostPartition const& partition, CZYN3DFiniteVolumeMesh const& mesh,
                               double scale) {
   std::vector<double> field(mesh.NCell + 1, kOutside);
   for (int c = 1; c <= mesh.NInnerCells; ++c)
@@ -26,7 +26,7 @@ std::vector<double> OwnValues(const HostPartition& partition, const CZYN3DFinite
 }
 
 /// The same with the halo cells as their owners have them; ghost cells have no number in the mesh.
-std::vector<double> ExchangedValues(const HostPartition& partition, const CZYN3DFiniteVolumeMesh& mesh,
+std::vector<double> ExchangedValues(HostPartition const& partition, CZYN3DFiniteVolumeMesh const& mesh,
                                     double scale) {
   std::vector<double> field = OwnValues(partition, mesh, scale);
   for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c) {
@@ -66,7 +66,7 @@ TEST(MpiExchange, FourUnderWayMayBeWaitedForInAnyOrder) {
       fields[b] = OwnValues(partition, *partition.mesh(), 1.0 + b + 4 * round);
       mesh.exchange->DDM_IExch_Start(fields[b].data(), Buffer(b));
     }
-    for (const int b : order) mesh.exchange->DDM_IExch_Wait(fields[b].data(), Buffer(b));
+    for (int const b : order) mesh.exchange->DDM_IExch_Wait(fields[b].data(), Buffer(b));
     for (int b = 0; b < 4; ++b) {
       EXPECT_EQ(fields[b], ExchangedValues(partition, *partition.mesh(), 1.0 + b + 4 * round))
           << "buffer " << b;

@@ -15,12 +15,12 @@
 namespace reference_host::test {
 namespace {
 
-const std::vector<std::string> kBoxes = {"box:6,5,4", "box:4,4,4:tet:perturb=0.1,seed=3",
+std::vector<std::string> const kBoxes = {"box:6,5,4", "box:4,4,4:tet:perturb=0.1,seed=3",
                                          "box:5,4,3:prism:perturb=0.2"};
 
 /// Numbers in the whole mesh of the cells that this rank owns.
 std::vector<std::int64_t> OwnedCells(LoadedMesh& mesh) {
-  const std::vector<std::int64_t>& globalCell = mesh.partition->globalCell();
+  std::vector<std::int64_t> const& globalCell = mesh.partition->globalCell();
   return {globalCell.begin() + 1, globalCell.begin() + 1 + mesh.partition->mesh()->NInnerCells};
 }
 
@@ -42,22 +42,22 @@ double SumOverRanks(double value) {
 }
 
 double TotalVolume(LoadedMesh& mesh) {
-  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   return SumOverRanks(std::accumulate(m.Volume + 1, m.Volume + 1 + m.NInnerCells, 0.0));
 }
 
-std::int64_t CountInnerFaces(const FaceMesh& mesh) {
+std::int64_t CountInnerFaces(FaceMesh const& mesh) {
   return std::count_if(mesh.neighbour.begin(), mesh.neighbour.end(), [](int cell) { return cell >= 0; });
 }
 
 }  // namespace
 
 TEST(LoadMesh, CountsEveryCellFaceAndNodeOfABoxOnce) {
-  for (const std::string& text : kBoxes) {
+  for (std::string const& text : kBoxes) {
     SCOPED_TRACE(text);
-    const FaceMesh whole = MakeBox(ParseBoxSpec(text));
+    FaceMesh const whole = MakeBox(ParseBoxSpec(text));
     LoadedMesh mesh = Load(text);
-    const MeshSummary& summary = mesh.summary;
+    MeshSummary const& summary = mesh.summary;
     EXPECT_EQ(summary.nCells, whole.nCells);
     EXPECT_EQ(summary.nNodes, static_cast<std::int64_t>(whole.points.size()));
     EXPECT_EQ(summary.nInnerFaces + summary.nCutFaces, CountInnerFaces(whole));
@@ -83,31 +83,31 @@ TEST(LoadMesh, CountsEveryCellFaceAndNodeOfABoxOnce) {
 
 TEST(LoadMesh, SummaryIsTheSameOnEveryRankAndTellsTheBalance) {
   LoadedMesh mesh = Load(kBoxes[0]);
-  const MeshSummary& summary = mesh.summary;
+  MeshSummary const& summary = mesh.summary;
   EXPECT_EQ(summary.nParts, RankCount());
-  const std::vector<std::int64_t> nCells = GatherNumbers({mesh.partition->mesh()->NInnerCells});
+  std::vector<std::int64_t> const nCells = GatherNumbers({mesh.partition->mesh()->NInnerCells});
   EXPECT_EQ(summary.minCells, *std::min_element(nCells.begin(), nCells.end()));
   EXPECT_EQ(summary.maxCells, *std::max_element(nCells.begin(), nCells.end()));
-  const std::vector<std::int64_t> nCut = GatherNumbers({mesh.partition->partitionFaces()->NParInterFace()});
+  std::vector<std::int64_t> const nCut = GatherNumbers({mesh.partition->partitionFaces()->NParInterFace()});
   EXPECT_EQ(summary.maxCutFaces, *std::max_element(nCut.begin(), nCut.end()));
   EXPECT_EQ(2 * summary.nCutFaces, std::accumulate(nCut.begin(), nCut.end(), std::int64_t{0}));
   EXPECT_EQ(summary.maxNeighbours > 0, RankCount() > 1);
 
-  for (const std::int64_t other : {summary.nCells, summary.nCutFaces, std::int64_t{summary.maxNeighbours}}) {
-    for (const std::int64_t value : GatherNumbers({other})) EXPECT_EQ(value, other);
+  for (std::int64_t const other : {summary.nCells, summary.nCutFaces, std::int64_t{summary.maxNeighbours}}) {
+    for (std::int64_t const value : GatherNumbers({other})) EXPECT_EQ(value, other);
   }
   EXPECT_NEAR(summary.quality.maxNonOrthogonality, 0.0, 1e-5);  // degrees; acos near 1 halves the digits
 }
 
 TEST(LoadMesh, CentresAndVolumesEqualThoseOfTheWholeMeshBitForBit) {
-  for (const std::string& text : kBoxes) {
+  for (std::string const& text : kBoxes) {
     SCOPED_TRACE(text);
-    const FaceMesh whole = MakeBox(ParseBoxSpec(text));
-    const CellGeometry expected = ComputeCellGeometry(whole, whole.nCells);
+    FaceMesh const whole = MakeBox(ParseBoxSpec(text));
+    CellGeometry const expected = ComputeCellGeometry(whole, whole.nCells);
     LoadedMesh mesh = Load(text);
-    const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+    CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
     for (int c = 1; c <= m.NCell; ++c) {
-      const std::int64_t global = mesh.partition->globalCell()[c];
+      std::int64_t const global = mesh.partition->globalCell()[c];
       if (global == 0) continue;  // ghost cell
       EXPECT_EQ((Point{m.xc[c], m.yc[c], m.zc[c]}), expected.centre[global - 1]) << "cell " << c;
       if (c <= m.NInnerCells) {
@@ -119,23 +119,23 @@ TEST(LoadMesh, CentresAndVolumesEqualThoseOfTheWholeMeshBitForBit) {
 
 TEST(LoadMesh, WeightsOfPartitionFacesAreThoseOfBothSides) {
   LoadedMesh mesh = Load(kBoxes[1]);
-  const CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   CPartitionFace_DLL& faces = *mesh.partition->partitionFaces();
   for (int f = 1; f <= faces.NParInterFace(); ++f) {
-    const int cv = faces.ijParCV()[f], other = faces.ijPar()[f];
-    const double sx = faces.ijParSx()[f], sy = faces.ijParSy()[f], sz = faces.ijParSz()[f];
-    const double x = faces.ijParxc()[f], y = faces.ijParyc()[f], z = faces.ijParzc()[f];
-    const double near = sx * (x - m.xc[cv]) + sy * (y - m.yc[cv]) + sz * (z - m.zc[cv]);
-    const double far = sx * (m.xc[other] - x) + sy * (m.yc[other] - y) + sz * (m.zc[other] - z);
+    int const cv = faces.ijParCV()[f], other = faces.ijPar()[f];
+    double const sx = faces.ijParSx()[f], sy = faces.ijParSy()[f], sz = faces.ijParSz()[f];
+    double const x = faces.ijParxc()[f], y = faces.ijParyc()[f], z = faces.ijParzc()[f];
+    double const near = sx * (x - m.xc[cv]) + sy * (y - m.yc[cv]) + sz * (z - m.zc[cv]);
+    double const far = sx * (m.xc[other] - x) + sy * (m.yc[other] - y) + sz * (m.zc[other] - z);
     EXPECT_NEAR(faces.ParInterFace_Lamda()[f], near / (near + far), 1e-14);
   }
 }
 
 TEST(LoadMesh, BringsAGmshFileToAllRanks) {
-  const SharedFolder folder;
+  SharedFolder const folder;
   folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "inlet"));
   LoadedMesh mesh = Load(folder.File("cubes.msh"));
-  const MeshSummary& summary = mesh.summary;
+  MeshSummary const& summary = mesh.summary;
   EXPECT_EQ(summary.nCells, 24);
   EXPECT_EQ(summary.nNodes, 60);
   EXPECT_EQ(summary.nInnerFaces + summary.nCutFaces, 3 * 6 + 2 * 8 + 12);
@@ -147,7 +147,7 @@ TEST(LoadMesh, BringsAGmshFileToAllRanks) {
 
   std::vector<double> x(mesh.partition->mesh()->xc,
                         mesh.partition->mesh()->xc + mesh.partition->mesh()->NCell + 1);
-  const std::vector<double> expected = x;
+  std::vector<double> const expected = x;
   for (int c = 1; c <= mesh.partition->mesh()->NCell; ++c) {
     if (c > mesh.partition->mesh()->NInnerCells && mesh.partition->globalCell()[c] > 0) x[c] = -1.0;
   }
@@ -160,19 +160,19 @@ TEST(LoadMesh, UserGroupsGoBeforeTheNamesOfPatches) {
   EXPECT_EQ(box.summary.FacesOf(BoundaryGroup::Symmetry), 8);
   EXPECT_EQ(SumOverRanks(box.partition->mesh()->NSymmetry), 8.0);
 
-  const SharedFolder folder;
+  SharedFolder const folder;
   folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "hub"));
   LoadedMesh file = LoadMesh(MPI_COMM_WORLD, folder.File("cubes.msh"), {{"hub", BoundaryGroup::Inlet}}, {});
   EXPECT_EQ(file.summary.FacesOf(BoundaryGroup::Inlet), 6);
 }
 
 TEST(LoadMesh, WorksWithOneCellARank) {
-  const int n = RankCount();
+  int const n = RankCount();
   LoadedMesh box = Load("box:" + std::to_string(n) + ",1,1");
   EXPECT_EQ(box.partition->mesh()->NInnerCells, 1);
   EXPECT_EQ(box.summary.nCutFaces, n - 1);
 
-  const SharedFolder folder;
+  SharedFolder const folder;
   folder.Write("row.msh", GmshTextOfCubes(n, 1, 1, "inlet"));
   LoadedMesh file = Load(folder.File("row.msh"));
   EXPECT_EQ(file.partition->mesh()->NInnerCells, 1);
@@ -182,9 +182,9 @@ TEST(LoadMesh, WorksWithOneCellARank) {
 }
 
 TEST(LoadMesh, SameMeshGivesTheSamePartitionsAgain) {
-  const SharedFolder folder;
+  SharedFolder const folder;
   folder.Write("cubes.msh", GmshTextOfCubes(9, 8, 7, "inlet"));
-  for (const std::string& text : {folder.File("cubes.msh"), kBoxes[1]}) {
+  for (std::string const& text : {folder.File("cubes.msh"), kBoxes[1]}) {
     LoadedMesh a = Load(text), b = Load(text);
     EXPECT_EQ(a.partition->globalCell(), b.partition->globalCell());
     EXPECT_EQ(a.partition->globalNode(), b.partition->globalNode());
@@ -193,24 +193,24 @@ TEST(LoadMesh, SameMeshGivesTheSamePartitionsAgain) {
 }
 
 TEST(LoadMesh, ReportsItsStagesOnRank0InOrder) {
-  const SharedFolder folder;
+  SharedFolder const folder;
   folder.Write("cubes.msh", GmshTextOfCubes(5, 2, 2, "inlet"));
   std::vector<std::string> stages;
-  const auto progress = [&stages](const std::string& stage) { stages.push_back(stage); };
+  auto const progress = [&stages](std::string const& stage) { stages.push_back(stage); };
   LoadMesh(MPI_COMM_WORLD, folder.File("cubes.msh"), {}, progress);
   LoadMesh(MPI_COMM_WORLD, "box:8,8,1", {}, progress);
-  const std::vector<std::string> expected = {"reading", "partitioning", "distributing",
+  std::vector<std::string> const expected = {"reading", "partitioning", "distributing",
                                              "tables",  "generating",   "tables"};
   EXPECT_EQ(stages, Rank() == 0 ? expected : std::vector<std::string>());
 }
 
 TEST(LoadMesh, MissingFileIsTheSameErrorOnEveryRank) {
-  const std::string error = ErrorOnEveryRank([] { Load("no/such/mesh.msh"); });
+  std::string const error = ErrorOnEveryRank([] { Load("no/such/mesh.msh"); });
   EXPECT_NE(error.find("no/such/mesh.msh"), std::string::npos) << error;
 }
 
 TEST(LoadMesh, BoundaryWithoutAGroupIsTheSameErrorOnEveryRank) {
-  const SharedFolder folder;
+  SharedFolder const folder;
   folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "hub"));
   std::string error = ErrorOnEveryRank([&] { Load(folder.File("cubes.msh")); });
   EXPECT_NE(error.find("'hub' (6 faces)"), std::string::npos) << error;
@@ -220,12 +220,12 @@ TEST(LoadMesh, BoundaryWithoutAGroupIsTheSameErrorOnEveryRank) {
 }
 
 TEST(LoadMesh, MoreRanksThanCellsIsTheSameErrorOnEveryRank) {
-  const int nCells = RankCount() - 1;
+  int const nCells = RankCount() - 1;
   if (nCells == 0) GTEST_SKIP() << "needs two ranks";
   std::string error = ErrorOnEveryRank([&] { Load("box:" + std::to_string(nCells) + ",1,1"); });
   EXPECT_NE(error.find("box:"), std::string::npos) << error;
 
-  const SharedFolder folder;
+  SharedFolder const folder;
   folder.Write("row.msh", GmshTextOfCubes(nCells, 1, 1, "inlet"));
   error = ErrorOnEveryRank([&] { Load(folder.File("row.msh")); });
   EXPECT_NE(error.find("the mesh has " + std::to_string(nCells) + " cells, fewer than the " +
@@ -242,7 +242,7 @@ TEST(LoadMesh, BadBoxesAreTheSameErrorOnEveryRank) {
 }
 
 TEST(LoadMesh, FailureOfTheProgressReportReachesEveryRank) {
-  const auto progress = [](const std::string& stage) { throw std::runtime_error("cannot report " + stage); };
+  auto const progress = [](std::string const& stage) { throw std::runtime_error("cannot report " + stage); };
   EXPECT_EQ(ErrorOnEveryRank([&] { LoadMesh(MPI_COMM_WORLD, "box:4,4,4", {}, progress); }),
             "cannot report generating");
 }

@@ -26,14 +26,14 @@ int RankCount() {
   return size;
 }
 
-LoadedMesh Load(const std::string& meshSpec) { return LoadMesh(MPI_COMM_WORLD, meshSpec, {}, {}); }
+LoadedMesh Load(std::string const& meshSpec) { return LoadMesh(MPI_COMM_WORLD, meshSpec, {}, {}); }
 
 namespace {
 
 /// Collective. The items of all ranks one after another, and how many each has given.
 template <class T>
-std::vector<T> GatherItems(const T* items, std::size_t nItems, std::vector<int>& bytesOfRank) {
-  const int nBytes = static_cast<int>(nItems * sizeof(T));
+std::vector<T> GatherItems(T const* items, std::size_t nItems, std::vector<int>& bytesOfRank) {
+  int const nBytes = static_cast<int>(nItems * sizeof(T));
   bytesOfRank.resize(RankCount());
   MPI_Allgather(&nBytes, 1, MPI_INT, bytesOfRank.data(), 1, MPI_INT, MPI_COMM_WORLD);
   std::vector<int> offset(bytesOfRank.size(), 0);
@@ -46,33 +46,33 @@ std::vector<T> GatherItems(const T* items, std::size_t nItems, std::vector<int>&
 
 }  // namespace
 
-std::vector<std::string> GatherTexts(const std::string& text) {
+std::vector<std::string> GatherTexts(std::string const& text) {
   std::vector<int> lengths;
-  const std::vector<char> all = GatherItems(text.data(), text.size(), lengths);
+  std::vector<char> const all = GatherItems(text.data(), text.size(), lengths);
   std::vector<std::string> texts;
   auto next = all.begin();
-  for (const int length : lengths) {
+  for (int const length : lengths) {
     texts.emplace_back(next, next + length);
     next += length;
   }
   return texts;
 }
 
-std::vector<std::int64_t> GatherNumbers(const std::vector<std::int64_t>& numbers) {
+std::vector<std::int64_t> GatherNumbers(std::vector<std::int64_t> const& numbers) {
   std::vector<int> lengths;
   return GatherItems(numbers.data(), numbers.size(), lengths);
 }
 
-std::string ErrorOnEveryRank(const std::function<void()>& work) {
+std::string ErrorOnEveryRank(std::function<void()> const& work) {
   std::string text;
   try {
     work();
-  } catch (const MeshError& error) {
+  } catch (MeshError const& error) {
     text = error.what();
   }
   EXPECT_NE(text, "");
   EXPECT_EQ(text.find('\n'), std::string::npos);
-  for (const std::string& other : GatherTexts(text)) EXPECT_EQ(other, text);
+  for (std::string const& other : GatherTexts(text)) EXPECT_EQ(other, text);
   return text;
 }
 
@@ -89,31 +89,31 @@ SharedFolder::~SharedFolder() {
   if (Rank() == 0) std::filesystem::remove_all(path_, ignored);
 }
 
-void SharedFolder::Write(const std::string& name, const std::string& text) const {
+void SharedFolder::Write(std::string const& name, std::string const& text) const {
   if (Rank() == 0) std::ofstream(File(name)) << text;
   MPI_Barrier(MPI_COMM_WORLD);
 }
 
-std::string GmshTextOfCubes(int nx, int ny, int nz, const std::string& lowName) {
-  const auto node = [=](int i, int j, int k) { return 1 + i + (nx + 1) * (j + (ny + 1) * k); };
-  const std::array<int, 3> n = {nx, ny, nz};
+std::string GmshTextOfCubes(int nx, int ny, int nz, std::string const& lowName) {
+  auto const node = [=](int i, int j, int k) { return 1 + i + (nx + 1) * (j + (ny + 1) * k); };
+  std::array<int, 3> const n = {nx, ny, nz};
 
   std::ostringstream elements;
   int nElements = 0;
-  const auto add = [&](const std::string& typeAndTag, const std::vector<int>& nodes) {
+  auto const add = [&](std::string const& typeAndTag, std::vector<int> const& nodes) {
     elements << ++nElements << " " << typeAndTag;
-    for (const int number : nodes) elements << " " << number;
+    for (int const number : nodes) elements << " " << number;
     elements << "\n";
   };
   // Quadrilaterals at the end `at` of direction d, over the cells of the other two directions.
   for (std::size_t d = 0; d < 3; ++d) {
-    const std::size_t e = (d + 1) % 3, f = (d + 2) % 3;
-    for (const int at : {0, n[d]}) {
-      const std::string tag = d == 0 ? (at == 0 ? "3 2 1 1" : "3 2 2 2") : "3 2 3 3";
+    std::size_t const e = (d + 1) % 3, f = (d + 2) % 3;
+    for (int const at : {0, n[d]}) {
+      std::string const tag = d == 0 ? (at == 0 ? "3 2 1 1" : "3 2 2 2") : "3 2 3 3";
       for (int a = 0; a < n[e]; ++a) {
         for (int b = 0; b < n[f]; ++b) {
           std::vector<int> nodes;
-          for (const auto& [da, db] : {std::array{0, 0}, {1, 0}, {1, 1}, {0, 1}}) {
+          for (auto const& [da, db] : {std::array{0, 0}, {1, 0}, {1, 1}, {0, 1}}) {
             std::array<int, 3> place{};
             place[d] = at;
             place[e] = a + da;

@@ -15,30 +15,30 @@ int Rank();
 int RankCount();
 
 /// The whole load with neither user groups nor progress.
-LoadedMesh Load(const std::string& meshSpec);
+LoadedMesh Load(std::string const& meshSpec);
 
 /// Collective. The texts of all ranks, in their order, on every rank.
-std::vector<std::string> GatherTexts(const std::string& text);
+std::vector<std::string> GatherTexts(std::string const& text);
 
 /// Collective. The numbers of all ranks, rank after rank, on every rank.
-std::vector<std::int64_t> GatherNumbers(const std::vector<std::int64_t>& numbers);
+std::vector<std::int64_t> GatherNumbers(std::vector<std::int64_t> const& numbers);
 
 /// Collective. Expects that `work` throws MeshError with the same one-line text on every rank, and returns
 /// the text.
-std::string ErrorOnEveryRank(const std::function<void()>& work);
+std::string ErrorOnEveryRank(std::function<void()> const& work);
 
 /// A folder of this run that rank 0 makes and removes again. Collective.
 class SharedFolder {
  public:
   SharedFolder();
   ~SharedFolder();
-  SharedFolder(const SharedFolder&) = delete;
-  SharedFolder& operator=(const SharedFolder&) = delete;
+  SharedFolder(SharedFolder const&) = delete;
+  SharedFolder& operator=(SharedFolder const&) = delete;
 
-  std::string File(const std::string& name) const { return path_ + "/" + name; }
+  std::string File(std::string const& name) const { return path_ + "/" + name; }
 
   /// Collective. Rank 0 writes the text; all return when it is there.
-  void Write(const std::string& name, const std::string& text) const;
+  void Write(std::string const& name, std::string const& text) const;
 
  private:
   std::string path_;
@@ -46,6 +46,6 @@ class SharedFolder {
 
 /// nx * ny * nz unit cubes as a Gmsh 2.2 file. The surface x = 0 is called `lowName`, x = nx "outlet", the
 /// rest "walls".
-std::string GmshTextOfCubes(int nx, int ny, int nz, const std::string& lowName);
+std::string GmshTextOfCubes(int nx, int ny, int nz, std::string const& lowName);
 
 }  // namespace reference_host::test

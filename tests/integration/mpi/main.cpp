@@ -12,11 +12,11 @@ class FailurePrinter : public testing::EmptyTestEventListener {
   explicit FailurePrinter(int rank) : rank_(rank) {}
 
  private:
-  void OnTestStart(const testing::TestInfo& test) override {
+  void OnTestStart(testing::TestInfo const& test) override {
     test_ = std::string(test.test_suite_name()) + "." + test.name();
   }
 
-  void OnTestPartResult(const testing::TestPartResult& result) override {
+  void OnTestPartResult(testing::TestPartResult const& result) override {
     if (!result.failed()) return;
     std::printf("rank %d, %s, line %d: %s\n", rank_, test_.c_str(), result.line_number(), result.message());
     std::fflush(stdout);

@@ -38,7 +38,7 @@ struct Case {
 
 /// The host of a case with a connected operator and one gradient.
 struct CaseRun {
-  CaseRun(const Case& c, int type)
+  CaseRun(Case const& c, int type)
       : host(c.mesh, c.exchange, c.lendEmptyArrays), op(host, type), g(c.mesh.NCell(), 0.75) {
     host.UseNonBlockingExchange(c.nonBlocking);
   }
@@ -51,13 +51,13 @@ struct CaseRun {
 TEST(RandomMeshes, IteratedGreenGaussEqualsItsPlainForm) {
   for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
     Case c(seed);
-    const Field phi = RandomField(c.random, c.mesh);
+    Field const phi = RandomField(c.random, c.mesh);
     GuardedArray<double> guardedPhi = Guarded(phi);
-    for (const int nSweep : {-1, 0, 1, 2, 3, 5}) {
+    for (int const nSweep : {-1, 0, 1, 2, 3, 5}) {
       CaseRun s(c, 7);
       s.op.gradient.GradMethod(guardedPhi.Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), nSweep);
       Gradient expected(c.mesh, 0.75);
-      const Gradient previous = IteratedGreenGauss(c.mesh, phi, nSweep, c.exchange, expected);
+      Gradient const previous = IteratedGreenGauss(c.mesh, phi, nSweep, c.exchange, expected);
       ASSERT_TRUE(SameBits(expected, s.g)) << "seed " << seed << ", sweeps " << nSweep;
       ASSERT_TRUE(SameBits(previous, s.host.previous)) << "seed " << seed << ", sweeps " << nSweep;
       ASSERT_TRUE(s.host.communication.RulesKept()) << seed;
@@ -69,7 +69,7 @@ TEST(RandomMeshes, IteratedGreenGaussEqualsItsPlainForm) {
 TEST(RandomMeshes, PlainGreenGaussEqualsItsPlainForm) {
   for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
     Case c(seed);
-    const Field phi = RandomField(c.random, c.mesh);
+    Field const phi = RandomField(c.random, c.mesh);
     CaseRun s(c, 0);
     s.op.gradient.GradMethod(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), 1);
     ASSERT_TRUE(SameBits(PlainGreenGauss(c.mesh, phi, c.exchange), s.g)) << seed;
@@ -80,8 +80,8 @@ TEST(RandomMeshes, PlainGreenGaussEqualsItsPlainForm) {
 TEST(RandomMeshes, WeightedGreenGaussEqualsItsPlainForm) {
   for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
     Case c(seed);
-    const Field phi = RandomField(c.random, c.mesh);
-    const Field k =
+    Field const phi = RandomField(c.random, c.mesh);
+    Field const k =
         UniformInt(c.random, 0, 1) == 0 ? TameField(c.random, c.mesh) : RandomField(c.random, c.mesh);
     CaseRun s(c, UniformInt(c.random, -1, 4));
     s.op.gradient.GradMethod_Weighted(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(),
@@ -94,14 +94,14 @@ TEST(RandomMeshes, WeightedGreenGaussEqualsItsPlainForm) {
 TEST(RandomMeshes, ThreeComponentGradientEqualsItsPlainForm) {
   for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
     Case c(seed);
-    const std::array<Field, 3> phi = {RandomField(c.random, c.mesh), RandomField(c.random, c.mesh),
+    std::array<Field, 3> const phi = {RandomField(c.random, c.mesh), RandomField(c.random, c.mesh),
                                       RandomField(c.random, c.mesh)};
     CaseRun s(c, UniformInt(c.random, -1, 4));
     GuardedGradient second(c.mesh.NCell()), third(c.mesh.NCell());
     s.op.gradient.GradMethod_3(Guarded(phi[0]).Data(), Guarded(phi[1]).Data(), Guarded(phi[2]).Data(),
                                s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), second.x.Data(), second.y.Data(),
                                second.z.Data(), third.x.Data(), third.y.Data(), third.z.Data());
-    const std::array<Gradient, 3> expected = ThreeComponentGreenGauss(c.mesh, phi, c.exchange);
+    std::array<Gradient, 3> const expected = ThreeComponentGreenGauss(c.mesh, phi, c.exchange);
     ASSERT_TRUE(SameBits(expected[0], s.g)) << seed;
     ASSERT_TRUE(SameBits(expected[1], second)) << seed;
     ASSERT_TRUE(SameBits(expected[2], third)) << seed;
@@ -113,18 +113,18 @@ TEST(RandomMeshes, LeastSquaresEqualsItsPlainForm) {
   int solved = 0, stopped = 0;
   for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
     Case c(seed);
-    const Field phi = RandomField(c.random, c.mesh);
+    Field const phi = RandomField(c.random, c.mesh);
     CaseRun s(c, 1);
     ASSERT_EQ(1, s.op.gradient.Initialize());
     testing::internal::CaptureStdout();
     s.op.gradient.GradMethod(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), 1);
-    const std::string printed = testing::internal::GetCapturedStdout();
-    const Moments moments = LeastSquaresMoments(c.mesh);
-    const LeastSquaresResult expected = LeastSquares(c.mesh, moments, phi, c.exchange);
+    std::string const printed = testing::internal::GetCapturedStdout();
+    Moments const moments = LeastSquaresMoments(c.mesh);
+    LeastSquaresResult const expected = LeastSquares(c.mesh, moments, phi, c.exchange);
     ASSERT_TRUE(SameBits(expected.g, s.g)) << seed;
     ASSERT_EQ(expected.zeroPivot ? "aa[ii][j]=0.\n4\n" : "", printed) << seed;
     ASSERT_EQ(expected.zeroPivot, s.host.communication.Calls().empty()) << seed;
-    const COperatorGradientImpl& state = *s.op.gradient.m_pImpl;
+    COperatorGradientImpl const& state = *s.op.gradient.m_pImpl;
     ASSERT_TRUE(SameBits(c.mesh.NCell(), moments.xx.data(), state.m_pSxx)) << seed;
     ASSERT_TRUE(SameBits(c.mesh.NCell(), moments.yz.data(), state.m_pSyz)) << seed;
     ASSERT_TRUE(SameBits(c.mesh.NCell(), expected.rightHandSide.z.data(), state.m_pBz)) << seed;
@@ -155,7 +155,7 @@ MeshDescription BoxByDirections() {
 MeshDescription SortedBox() {
   MeshDescription mesh = BoxByDirections();
   std::sort(mesh.inner.begin(), mesh.inner.end(),
-            [](const Face& a, const Face& b) { return a.cv != b.cv ? a.cv < b.cv : a.other < b.other; });
+            [](Face const& a, Face const& b) { return a.cv != b.cv ? a.cv < b.cv : a.other < b.other; });
   return mesh;
 }
 
@@ -166,16 +166,16 @@ MeshDescription LargeRandomMesh(std::uint64_t seed) {
   return mesh;
 }
 
-void ExpectEveryMethodToEqualItsPlainForm(const MeshDescription& mesh, std::uint64_t seed) {
+void ExpectEveryMethodToEqualItsPlainForm(MeshDescription const& mesh, std::uint64_t seed) {
   Random random(seed);
-  const Field phi = TameField(random, mesh), k = TameField(random, mesh), third = TameField(random, mesh);
+  Field const phi = TameField(random, mesh), k = TameField(random, mesh), third = TameField(random, mesh);
   GuardedArray<double> phiArray = Guarded(phi), kArray = Guarded(k), thirdArray = Guarded(third);
-  const Exchange exchange = ExchangeWithItself(mesh);
+  Exchange const exchange = ExchangeWithItself(mesh);
   TestHost host(mesh, exchange);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   GuardedGradient g(mesh.NCell()), g2(mesh.NCell()), g3(mesh.NCell());
-  const auto callMethod = [&](int type, int n) {
+  auto const callMethod = [&](int type, int n) {
     op.gradient.getGradType(type);
     op.gradient.GradMethod(phiArray.Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
   };
@@ -186,10 +186,10 @@ void ExpectEveryMethodToEqualItsPlainForm(const MeshDescription& mesh, std::uint
   EXPECT_TRUE(SameBits(LeastSquares(mesh, LeastSquaresMoments(mesh), phi, exchange).g, g));
   callMethod(0, 1);
   EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, exchange), g));
-  for (const int nSweep : {1, 2, 3}) {
+  for (int const nSweep : {1, 2, 3}) {
     callMethod(7, nSweep);
     Gradient expected(mesh);
-    const Gradient previous = IteratedGreenGauss(mesh, phi, nSweep, exchange, expected);
+    Gradient const previous = IteratedGreenGauss(mesh, phi, nSweep, exchange, expected);
     EXPECT_TRUE(SameBits(expected, g)) << nSweep;
     EXPECT_TRUE(SameBits(previous, host.previous)) << nSweep;
   }
@@ -198,7 +198,7 @@ void ExpectEveryMethodToEqualItsPlainForm(const MeshDescription& mesh, std::uint
   op.gradient.GradMethod_3(phiArray.Data(), kArray.Data(), thirdArray.Data(), g.x.Data(), g.y.Data(),
                            g.z.Data(), g2.x.Data(), g2.y.Data(), g2.z.Data(), g3.x.Data(), g3.y.Data(),
                            g3.z.Data());
-  const std::array<Gradient, 3> expected = ThreeComponentGreenGauss(mesh, {phi, k, third}, exchange);
+  std::array<Gradient, 3> const expected = ThreeComponentGreenGauss(mesh, {phi, k, third}, exchange);
   EXPECT_TRUE(SameBits(expected[0], g));
   EXPECT_TRUE(SameBits(expected[1], g2));
   EXPECT_TRUE(SameBits(expected[2], g3));
@@ -232,7 +232,7 @@ TEST(LargeMeshes, FacesOfACellWithItselfEqualThePlainForms) {
   // A periodic mesh that is one cell wide has such faces. They stand alone, side by side, and next to one-sided
   // ones, in between faces of the same CV cell.
   MeshDescription mesh = SortedBox();
-  const std::size_t nFaces = mesh.inner.size();
+  std::size_t const nFaces = mesh.inner.size();
   for (std::size_t f = 0; f < nFaces; f += 37) mesh.inner[f].other = mesh.inner[f].cv;
   for (std::size_t f = 1; f < nFaces; f += 111) mesh.inner[f].other = mesh.inner[f].cv;
   for (std::size_t f = 2; f < nFaces; f += 1000) mesh.inner[f].type = 1;

@@ -18,7 +18,7 @@
 
 #if defined(ZYN_ADDRESS_SANITIZER)
 /// AddressSanitizer would keep what is freed for a while, and the process would grow by that.
-extern "C" const char* __asan_default_options() {
+extern "C" char const* __asan_default_options() {
   return "quarantine_size_mb=0:thread_local_quarantine_size_kb=0";
 }
 #endif
@@ -44,9 +44,9 @@ double ResidentBytes() {
 
 /// A leak of four bytes in each application would be seen, and so would 400 kB at once; what comes and goes with pages
 /// of the C library would not.
-void ExpectNoGrowthBy(const std::function<void()>& apply) {
+void ExpectNoGrowthBy(std::function<void()> const& apply) {
   for (int i = 0; i < 1000; ++i) apply();
-  const double before = ResidentBytes();
+  double const before = ResidentBytes();
   ASSERT_GT(before, 0.0);
   for (int i = 0; i < kApplications; ++i) apply();
   EXPECT_LT(ResidentBytes() - before, 4.0 * kApplications);
@@ -90,7 +90,7 @@ class ManyApplications : public ::testing::Test {
 TEST_F(ManyApplications, OfEachGreenGaussFormTakeNoMoreMemory) {
   COperatorGradient gradient;
   Prepare(gradient, 0);
-  for (const bool nonBlocking : {false, true}) {
+  for (bool const nonBlocking : {false, true}) {
     own_.globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
     ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 1); });
     ExpectNoGrowthBy([&] { gradient.GradMethod(Field(0), Field(1), Field(2), Field(3), 3); });

@@ -24,13 +24,13 @@ struct Variant {
 
 std::vector<Variant> AllVariants() {
   std::vector<Variant> variants;
-  for (const Cells cells : kAllCells)
-    for (const double span : {500.0, 37.25, 5.0, 0.75, -3.0})
-      for (const int shape : {0, 1}) variants.push_back({cells, span, shape});
+  for (Cells const cells : kAllCells)
+    for (double const span : {500.0, 37.25, 5.0, 0.75, -3.0})
+      for (int const shape : {0, 1}) variants.push_back({cells, span, shape});
   return variants;
 }
 
-std::string NameOf(const ::testing::TestParamInfo<Variant>& info) {
+std::string NameOf(::testing::TestParamInfo<Variant> const& info) {
   std::string name = Name(info.param.cells) + "_Span_" + std::to_string(info.param.span) +
                      (info.param.shapeNormalize == 1 ? "_ShapeNormalised" : "_Plain");
   for (char& c : name)
@@ -49,11 +49,11 @@ LatticeOptions Options(Cells cells, std::uint64_t seed, double jitter) {
 
 class RandomMeshes : public ::testing::TestWithParam<Variant> {
  protected:
-  static std::string SettingsOf(const Variant& variant) {
+  static std::string SettingsOf(Variant const& variant) {
     return Settings(std::to_string(variant.span), std::to_string(variant.shapeNormalize));
   }
 
-  static void ExpectSameAsPlainForm(const CellMesh& mesh, const Variant& variant) {
+  static void ExpectSameAsPlainForm(CellMesh const& mesh, Variant const& variant) {
     TestBed bed(mesh, SettingsOf(variant));
     bed.SetUpAndDerive();
     PlainCellOperator plain(mesh, variant.span, variant.shapeNormalize);
@@ -92,19 +92,19 @@ TEST_P(RandomMeshes, WithDoubledMembersEqualThePlainFormBitForBit) {
 // ||A w - b|| / (||A|| ||w|| + ||b||) in the largest norms, the products in extended precision: LU with row
 // exchanges leaves some tens of roundings at these orders, however bad the condition. Cells with two members
 // at one point, whose systems may be singular, are left out.
-double BackwardError(const DenseSystem& system, const CZynRBFInternalObject& object, int cell, int axis) {
-  const auto n = static_cast<std::size_t>(system.order);
-  const auto weight = [&](std::size_t j) {
-    const RBFnode& w = object.m_ppRBFCellCoef[cell][j + 1];
+double BackwardError(DenseSystem const& system, CZynRBFInternalObject const& object, int cell, int axis) {
+  auto const n = static_cast<std::size_t>(system.order);
+  auto const weight = [&](std::size_t j) {
+    RBFnode const& w = object.m_ppRBFCellCoef[cell][j + 1];
     return axis == 0 ? w.x : axis == 1 ? w.y : w.z;
   };
   double residual = 0.0, normA = 0.0, normW = 0.0, normB = 0.0;
   for (std::size_t i = 0; i < n; ++i) {
-    const double b = system.rightHandSides[3 * i + static_cast<std::size_t>(axis)];
+    double const b = system.rightHandSides[3 * i + static_cast<std::size_t>(axis)];
     long double sum = -static_cast<long double>(b);
     double row = 0.0;
     for (std::size_t j = 0; j < n; ++j) {
-      const double a = system.matrix[n * i + j];
+      double const a = system.matrix[n * i + j];
       sum += static_cast<long double>(a) * static_cast<long double>(weight(j));
       row += std::fabs(a);
     }
@@ -117,7 +117,7 @@ double BackwardError(const DenseSystem& system, const CZynRBFInternalObject& obj
 }
 
 TEST_P(RandomMeshes, WeightsHaveABackwardErrorBelow1e12) {
-  const CellMesh mesh = LatticeMesh(Options(GetParam().cells, 1, 0.3));
+  CellMesh const mesh = LatticeMesh(Options(GetParam().cells, 1, 0.3));
   TestBed bed(mesh, SettingsOf(GetParam()));
   bed.SetUpAndDerive();
   PlainCellOperator plain(mesh, GetParam().span, GetParam().shapeNormalize);
@@ -125,15 +125,15 @@ TEST_P(RandomMeshes, WeightsHaveABackwardErrorBelow1e12) {
   int tested = 0;
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
     if (plain.HasCoincidentPoints(c)) continue;
-    const DenseSystem system = plain.SystemOf(c);
-    for (const int axis : {0, 1, 2}) EXPECT_LT(BackwardError(system, *bed.object, c, axis), 1e-12) << c;
+    DenseSystem const system = plain.SystemOf(c);
+    for (int const axis : {0, 1, 2}) EXPECT_LT(BackwardError(system, *bed.object, c, axis), 1e-12) << c;
     ++tested;
   }
   EXPECT_GT(tested, mesh.nInnerCells / 4);
 }
 
 TEST_P(RandomMeshes, WeightsSumToZero) {
-  const CellMesh mesh = LatticeMesh(Options(GetParam().cells, 2, 0.3));
+  CellMesh const mesh = LatticeMesh(Options(GetParam().cells, 2, 0.3));
   TestBed bed(mesh, SettingsOf(GetParam()));
   bed.SetUpAndDerive();
   PlainCellOperator plain(mesh, GetParam().span, GetParam().shapeNormalize);
@@ -142,11 +142,11 @@ TEST_P(RandomMeshes, WeightsSumToZero) {
     if (plain.HasCoincidentPoints(c)) continue;
     double x = 0.0, y = 0.0, z = 0.0, size = 0.0;
     for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0]; ++k) {
-      const RBFnode& w = bed.object->m_ppRBFCellCoef[c][k];
+      RBFnode const& w = bed.object->m_ppRBFCellCoef[c][k];
       x += w.x, y += w.y, z += w.z;
       size += std::fabs(w.x) + std::fabs(w.y) + std::fabs(w.z);
     }
-    for (const double sum : {x, y, z}) EXPECT_NEAR(0.0, sum, 1e-12 * size) << c;
+    for (double const sum : {x, y, z}) EXPECT_NEAR(0.0, sum, 1e-12 * size) << c;
   }
 }
 
@@ -162,15 +162,15 @@ CellMesh Mapped(CellMesh mesh, Map f) {
 
 /// Compares the weights of a mesh with those of its image; `expected` says what a weight becomes.
 template <typename Map, typename Weight>
-void ExpectMappedWeights(const Variant& variant, Map map, Weight expected) {
-  const CellMesh mesh = LatticeMesh(Options(variant.cells, 3, 0.3));
-  const std::string settings = Settings(std::to_string(variant.span), std::to_string(variant.shapeNormalize));
+void ExpectMappedWeights(Variant const& variant, Map map, Weight expected) {
+  CellMesh const mesh = LatticeMesh(Options(variant.cells, 3, 0.3));
+  std::string const settings = Settings(std::to_string(variant.span), std::to_string(variant.shapeNormalize));
   TestBed bed(mesh, settings), mapped(Mapped(mesh, map), settings);
   bed.SetUpAndDerive();
   mapped.SetUpAndDerive();
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
     for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0] + 1; ++k) {
-      const RBFnode& w = bed.object->m_ppRBFCellCoef[c][k];
+      RBFnode const& w = bed.object->m_ppRBFCellCoef[c][k];
       ASSERT_TRUE(SameRecord("weight", expected(w), c, mapped.object->m_ppRBFCellCoef[c][k]))
           << c << " " << k;
     }
@@ -181,14 +181,14 @@ void ExpectMappedWeights(const Variant& variant, Map map, Weight expected) {
 double Negated(double w) { return 0.0 - w; }
 
 TEST_P(RandomMeshes, MirroringInXChangesTheSignOfTheXWeightsAlone) {
-  const CellMesh mesh = LatticeMesh(Options(GetParam().cells, 3, 0.3));
+  CellMesh const mesh = LatticeMesh(Options(GetParam().cells, 3, 0.3));
   TestBed bed(mesh, SettingsOf(GetParam()));
   TestBed mirrored(Mapped(mesh, [](Point p) { return Point{-p.x, p.y, p.z}; }), SettingsOf(GetParam()));
   bed.SetUpAndDerive();
   mirrored.SetUpAndDerive();
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
     for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0] + 1; ++k) {
-      const RBFnode &w = bed.object->m_ppRBFCellCoef[c][k], &m = mirrored.object->m_ppRBFCellCoef[c][k];
+      RBFnode const &w = bed.object->m_ppRBFCellCoef[c][k], &m = mirrored.object->m_ppRBFCellCoef[c][k];
       ASSERT_TRUE(SameValue("x", Negated(w.x), m.x + 0.0)) << c << " " << k;
       ASSERT_TRUE(SameValue("y", w.y, m.y)) << c << " " << k;
       ASSERT_TRUE(SameValue("z", w.z, m.z)) << c << " " << k;
@@ -202,7 +202,7 @@ TEST_P(RandomMeshes, ExchangeOfXAndYExchangesTheirWeights) {
       [](Point p) {
         return Point{p.y, p.x, p.z};
       },
-      [](const RBFnode& w) {
+      [](RBFnode const& w) {
         return Triple{w.y, w.x, w.z};
       });
 }
@@ -210,14 +210,14 @@ TEST_P(RandomMeshes, ExchangeOfXAndYExchangesTheirWeights) {
 // Powers of two are exact everywhere. The plain form differentiates by length, the shape-normalised one by scaled
 // coordinates, which do not change.
 TEST_P(RandomMeshes, ScalingByAPowerOfTwoScalesTheWeightsExactly) {
-  const double factor = 1.0 / 1024.0;
-  const double weightFactor = GetParam().shapeNormalize == 1 ? 1.0 : 1.0 / factor;
+  double const factor = 1.0 / 1024.0;
+  double const weightFactor = GetParam().shapeNormalize == 1 ? 1.0 : 1.0 / factor;
   ExpectMappedWeights(
       GetParam(),
       [factor](Point p) {
         return Point{factor * p.x, factor * p.y, factor * p.z};
       },
-      [weightFactor](const RBFnode& w) {
+      [weightFactor](RBFnode const& w) {
         return Triple{weightFactor * w.x, weightFactor * w.y, weightFactor * w.z};
       });
 }
@@ -226,11 +226,11 @@ TEST_P(RandomMeshes, ScalingByAPowerOfTwoScalesTheWeightsExactly) {
 
 // There is no linear term, but the kernel is nearly flat at the default span. 3e-4 is the largest error found.
 TEST(CellOperatorAccuracy, LinearFieldIsReproducedToAThousandthAtSpan500AwayFromSymmetryFaces) {
-  for (const Cells cells : kAllCells) {
+  for (Cells const cells : kAllCells) {
     LatticeOptions options = Options(cells, 4, 0.15);
     options.size = {1.0, 1.0, 1.0};
     CellMesh mesh = LatticeMesh(options);
-    for (const CellFace& face :
+    for (CellFace const& face :
          mesh.symmetry) {  // a wall in place of symmetry, so that side cells are collated
       mesh.wall.push_back(face);
     }
@@ -242,9 +242,9 @@ TEST(CellOperatorAccuracy, LinearFieldIsReproducedToAThousandthAtSpan500AwayFrom
       if (plain.HasCoincidentPoints(c)) continue;
       Triple g{};
       for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0]; ++k) {
-        const RBFnode& p = bed.object->m_pRBFnode[bed.object->m_ppRBFCellConn[c][k]];
-        const RBFnode& w = bed.object->m_ppRBFCellCoef[c][k];
-        const double value = 2.0 * p.x + 3.0 * p.y - p.z + 1.0;
+        RBFnode const& p = bed.object->m_pRBFnode[bed.object->m_ppRBFCellConn[c][k]];
+        RBFnode const& w = bed.object->m_ppRBFCellCoef[c][k];
+        double const value = 2.0 * p.x + 3.0 * p.y - p.z + 1.0;
         g[0] += value * w.x, g[1] += value * w.y, g[2] += value * w.z;
       }
       EXPECT_NEAR(2.0, g[0], 1e-3) << Name(cells) << " " << c;

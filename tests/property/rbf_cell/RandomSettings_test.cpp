@@ -27,13 +27,13 @@ struct Outcome {
 /// line, and a NUL hides the rest of the piece it stands in.
 class Lines {
  public:
-  explicit Lines(const std::string& text) : text_(text) {}
+  explicit Lines(std::string const& text) : text_(text) {}
 
   /// @return false, with `line` as it was, at the end
   bool Next(std::size_t most, std::string& line) {
     if (position_ == text_.size()) return false;
-    const std::size_t newline = text_.find('\n', position_);
-    const std::size_t end =
+    std::size_t const newline = text_.find('\n', position_);
+    std::size_t const end =
         std::min({newline == std::string::npos ? text_.size() : newline + 1, position_ + most});
     line = text_.substr(position_, end - position_).c_str();
     position_ = end;
@@ -46,10 +46,10 @@ class Lines {
 };
 
 /// What stands behind the first "=" of a line; a line without one counts as its last character.
-std::string ValueOf(const std::string& line) {
+std::string ValueOf(std::string const& line) {
   if (line.empty()) return "";
   std::size_t equals = line.find('=');
-  const std::string before = line.substr(0, equals);
+  std::string const before = line.substr(0, equals);
   if (before.find_first_not_of(" \n") == std::string::npos) return "";
   std::size_t begin = line.size() - 1;
   if (equals != std::string::npos) {
@@ -59,7 +59,7 @@ std::string ValueOf(const std::string& line) {
   return line.substr(begin, line.find('\n', begin) - begin);
 }
 
-Outcome PlainReading(const std::string& file) {
+Outcome PlainReading(std::string const& file) {
   Outcome outcome;
   outcome.file = file;
   std::string line;
@@ -75,7 +75,7 @@ Outcome PlainReading(const std::string& file) {
   lines.Next(511, line);
   outcome.span = std::atof(ValueOf(line).c_str());
   lines.Next(511, line);
-  const long shape = std::strtol(ValueOf(line).c_str(), nullptr, 10);
+  long const shape = std::strtol(ValueOf(line).c_str(), nullptr, 10);
   outcome.fitsAnInt = shape >= INT_MIN && shape <= INT_MAX;
   outcome.shapeNormalize = static_cast<int>(shape);
   if (outcome.shapeNormalize == 1) outcome.printed += "iShape_Normalize = On\n";
@@ -86,12 +86,12 @@ using Random = std::mt19937_64;
 
 /// Pieces that settings are made of, and others.
 std::string RandomPiece(Random& random) {
-  const std::string pieces[] = {
+  std::string const pieces[] = {
       "1001",    "1002", "=", " = ", "\n",   "\n",  "\r\n", "Span", "Shape Normalize   ",
       "500",     "1",    "0", "-2",  "3.75", "1e2", " ",    "\t",   std::string(1, '\0'),
       "\xff\xfe"};
   constexpr std::size_t kPieces = sizeof pieces / sizeof pieces[0];
-  const std::size_t choice = random() % (kPieces + 2);
+  std::size_t const choice = random() % (kPieces + 2);
   if (choice < kPieces) return pieces[choice];
   if (choice == kPieces) return std::string(random() % 700, static_cast<char>("x =-\t"[random() % 5]));
   std::string bytes;
@@ -112,14 +112,14 @@ TEST(RandomSettings, AreReadPrintedAndLeftAsByPlainSteps) {
   TestBed bed(SevenPoints());
   int ownFiles = 0;
   for (int i = 0; i < 2000; ++i) {
-    const std::string file = RandomFile(random);
-    const Outcome expected = PlainReading(file);
+    std::string const file = RandomFile(random);
+    Outcome const expected = PlainReading(file);
     bed.folder.Write(file);
     bed.object->Span = 123.5;
     bed.object->iShape_Normalize = 7;
     EXPECT_EQ(expected.printed, bed.ReadSettings());
     EXPECT_EQ(expected.file, bed.folder.Read());
-    const bool sameSpan = expected.span == bed.object->Span ||
+    bool const sameSpan = expected.span == bed.object->Span ||
                           (expected.span != expected.span && bed.object->Span != bed.object->Span);
     EXPECT_TRUE(sameSpan) << expected.span << " " << bed.object->Span;
     if (expected.fitsAnInt) {

@@ -17,9 +17,9 @@ using reference_host::HostPartition;
 /// A mesh cut into parts at random, with the centres of the halo cells complete and a settings file for each part.
 class CutMesh {
  public:
-  explicit CutMesh(const FaceMesh& mesh, int nParts = 1) {
-    const std::vector<int> partOfCell = test_meshes::RandomParts(mesh.nCells, nParts);
-    for (const auto& part : reference_host::SplitMesh(mesh, partOfCell, nParts))
+  explicit CutMesh(FaceMesh const& mesh, int nParts = 1) {
+    std::vector<int> const partOfCell = test_meshes::RandomParts(mesh.nCells, nParts);
+    for (auto const& part : reference_host::SplitMesh(mesh, partOfCell, nParts))
       parts_.push_back(std::make_unique<HostPartition>(part));
     reference_host::InProcessGroup group(nParts);
     reference_host::RunInProcess(group, [&](int p) {
@@ -34,7 +34,7 @@ class CutMesh {
   std::string SettingsFileName(int p) const { return FileName(p, ".rbf"); }
 
  private:
-  std::string FileName(int p, const std::string& extension) const {
+  std::string FileName(int p, std::string const& extension) const {
     return folder_.Path() + "/part" + std::to_string(p) + extension;
   }
 
@@ -45,7 +45,7 @@ class CutMesh {
 /// A mesh of one kind of cells or of several, as it is made, with many cells at equal distances, or with its nodes
 /// moved.
 struct MeshKind {
-  const char* name;
+  char const* name;
   FaceMesh (*make)();
   bool perturbed;
 
@@ -54,7 +54,7 @@ struct MeshKind {
 
 inline std::vector<MeshKind> AllMeshKinds() {
   std::vector<MeshKind> kinds;
-  for (const bool perturbed : {false, true}) {
+  for (bool const perturbed : {false, true}) {
     kinds.push_back({"Hexahedra", [] { return test_meshes::HexBox(3, 3, 4); }, perturbed});
     kinds.push_back({"Tetrahedra", [] { return test_meshes::TetBox(3); }, perturbed});
     kinds.push_back({"Prisms", [] { return test_meshes::PrismBox(3); }, perturbed});

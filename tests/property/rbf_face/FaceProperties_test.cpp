@@ -19,7 +19,7 @@ using rbf_cell_test::SameBits;
 
 /// A set-up operator for one face type of the first part.
 struct SetUpOperator {
-  SetUpOperator(CutMesh& mesh, int faceType, const PlainSettings& settings) : part(mesh.Part(0)) {
+  SetUpOperator(CutMesh& mesh, int faceType, PlainSettings const& settings) : part(mesh.Part(0)) {
     parameters.block.Span = static_cast<int>(settings.span);
     parameters.block.iSearch_method = settings.method;
     parameters.block.Search_number = settings.searchNumber;
@@ -32,7 +32,7 @@ struct SetUpOperator {
   /// the face, where these cells stand.
   template <typename Field>
   std::vector<double> ValuesOf(Field field) {
-    const CZYN3DFiniteVolumeMesh& m = *part.mesh();
+    CZYN3DFiniteVolumeMesh const& m = *part.mesh();
     std::vector<double> phi(static_cast<std::size_t>(m.NCell) + 1),
         zeros(static_cast<std::size_t>(object.NFace) + 1);
     for (int c = 1; c <= m.NCell; ++c) phi[static_cast<std::size_t>(c)] = field(m.xc[c], m.yc[c], m.zc[c]);
@@ -51,14 +51,14 @@ double Linear(double x, double y, double z) { return 1.0 + 2.0 * x + 3.0 * y - z
 
 /// Largest error of a field on inner faces.
 template <typename Field>
-double LargestError(CutMesh& mesh, const PlainSettings& settings, Field field) {
+double LargestError(CutMesh& mesh, PlainSettings const& settings, Field field) {
   SetUpOperator op(mesh, kInner, settings);
-  const CZYN3DFiniteVolumeMesh& m = *op.part.mesh();
-  const std::vector<double> values = op.ValuesOf(field);
+  CZYN3DFiniteVolumeMesh const& m = *op.part.mesh();
+  std::vector<double> const values = op.ValuesOf(field);
   double largest = 0.0;
   for (int i = 1; i <= m.NInnerFaces; ++i) {
-    const double exact = field(m.ijxc[i], m.ijyc[i], m.ijzc[i]);
-    const double error = std::fabs(values[static_cast<std::size_t>(i)] - exact);
+    double const exact = field(m.ijxc[i], m.ijyc[i], m.ijzc[i]);
+    double const error = std::fabs(values[static_cast<std::size_t>(i)] - exact);
     largest = std::isnan(error) ? error : std::max(largest, error);
   }
   return largest;
@@ -69,9 +69,9 @@ constexpr int kMethods[] = {1, 2, 3, 4};
 // The field runs from 0 to 6. Errors come from the missing polynomial terms, less with a wider support, and from
 // round-off times the condition number, which grows with it. The largest that was found is 1.8e-4, of method 4.
 TEST(FaceProperties, LinearFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
-  for (const MeshKind& kind : AllMeshKinds()) {
+  for (MeshKind const& kind : AllMeshKinds()) {
     CutMesh mesh(kind.Make());
-    for (const int method : kMethods)
+    for (int const method : kMethods)
       EXPECT_LT(LargestError(mesh, {method, 1000.0, 20}, Linear), 5e-4)
           << kind.name << " " << kind.perturbed << " " << method;
   }
@@ -79,9 +79,9 @@ TEST(FaceProperties, LinearFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
 
 // The largest that was found is 1.3e-5, of method 3, and 7e-7 of the others.
 TEST(FaceProperties, ConstantFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
-  for (const MeshKind& kind : AllMeshKinds()) {
+  for (MeshKind const& kind : AllMeshKinds()) {
     CutMesh mesh(kind.Make());
-    for (const int method : kMethods)
+    for (int const method : kMethods)
       EXPECT_LT(LargestError(mesh, {method, 1000.0, 20}, One), method == 3 ? 3e-5 : 2e-6)
           << kind.name << " " << kind.perturbed << " " << method;
   }
@@ -90,13 +90,13 @@ TEST(FaceProperties, ConstantFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
 // Without a term for constants the error is of second order in the inverse of the span, or of higher order where
 // stencils are rich: from 5 to 100 it falls by 20^2 = 400, and the factor found is at least 250.
 TEST(FaceProperties, WiderSupportReproducesConstantsBetter) {
-  for (const MeshKind& kind : AllMeshKinds()) {
+  for (MeshKind const& kind : AllMeshKinds()) {
     CutMesh mesh(kind.Make());
-    for (const int method : kMethods) {
-      const double narrow = LargestError(mesh, {method, 5.0, 20}, One);
-      const double wide = LargestError(mesh, {method, 100.0, 20}, One);
+    for (int const method : kMethods) {
+      double const narrow = LargestError(mesh, {method, 5.0, 20}, One);
+      double const wide = LargestError(mesh, {method, 100.0, 20}, One);
       EXPECT_LE(wide, narrow / 200) << kind.name << " " << kind.perturbed << " " << method;
-      const bool cellsOnTheNormal = method == 4 && !kind.perturbed && std::string(kind.name) == "Hexahedra";
+      bool const cellsOnTheNormal = method == 4 && !kind.perturbed && std::string(kind.name) == "Hexahedra";
       EXPECT_EQ(cellsOnTheNormal, narrow == 0.0);
     }
   }
@@ -108,7 +108,7 @@ FaceMesh Scaled(FaceMesh mesh, double factor) {
   return mesh;
 }
 
-double LargestSlope(const IBCnode* row, int n) {
+double LargestSlope(IBCnode const* row, int n) {
   double largest = 0.0;
   for (int k = 1; k <= n; ++k) largest = std::fmax(largest, std::fabs(row[k].y));
   return largest;
@@ -118,17 +118,17 @@ double LargestSlope(const IBCnode* row, int n) {
 // the powers of lengths of the gradient's right-hand sides, which the library rounds by their size. The systems
 // magnify that. Values and derivatives along the normal have none but powers of ratios. Slopes are per length.
 TEST(FaceProperties, ScalingByAPowerOfTwoKeepsTheValuesExactlyAndScalesTheSlopes) {
-  for (const MeshKind& kind : AllMeshKinds()) {
+  for (MeshKind const& kind : AllMeshKinds()) {
     if (!kind.perturbed) continue;
     CutMesh mesh(kind.Make());
-    for (const double factor : {0.25, 8.0}) {
+    for (double const factor : {0.25, 8.0}) {
       CutMesh scaledMesh(Scaled(kind.Make(), factor));
-      for (const int method : {2, 3, 4}) {
+      for (int const method : {2, 3, 4}) {
         SetUpOperator op(mesh, kInner, {method, 100.0, 20}), scaled(scaledMesh, kInner, {method, 100.0, 20});
         for (int i = 1; i <= op.object.NFace; ++i) {
           ASSERT_EQ(RowOf(op.object.m_ppFaceCellConn[i]), RowOf(scaled.object.m_ppFaceCellConn[i]));
-          const int n = op.object.m_ppFaceCellConn[i][0];
-          const double tolerance =
+          int const n = op.object.m_ppFaceCellConn[i][0];
+          double const tolerance =
               method == 4 ? 0.0 : 1e-8 * LargestSlope(scaled.object.m_ppFaceGradCoef[i], n);
           for (int k = 1; k <= n; ++k) {
             ASSERT_TRUE(SameBits(op.object.m_ppFaceFiCoef[i][k], scaled.object.m_ppFaceFiCoef[i][k]));
@@ -136,7 +136,7 @@ TEST(FaceProperties, ScalingByAPowerOfTwoKeepsTheValuesExactlyAndScalesTheSlopes
               ASSERT_TRUE(
                   SameBits(op.object.m_ppFaceDnCoef[i][k] / factor, scaled.object.m_ppFaceDnCoef[i][k]));
             } else {
-              const double slope = op.object.m_ppFaceGradCoef[i][k].y / factor;
+              double const slope = op.object.m_ppFaceGradCoef[i][k].y / factor;
               ASSERT_NEAR(slope, scaled.object.m_ppFaceGradCoef[i][k].y, tolerance);
             }
           }
@@ -146,29 +146,29 @@ TEST(FaceProperties, ScalingByAPowerOfTwoKeepsTheValuesExactlyAndScalesTheSlopes
   }
 }
 
-double Distance(const IBCnode& a, const IBCnode& b) {
+double Distance(IBCnode const& a, IBCnode const& b) {
   return std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y) + (a.z - b.z) * (a.z - b.z));
 }
 
 // Two members of a stencil are at most twice the support length apart, in the cubes of method 1 two diagonals: with a
 // span of 1000 every argument is near 0, far from the kernel's edge at 1.
 TEST(FaceProperties, KernelArgumentsStayNearZeroAtTheStandardSpan) {
-  for (const MeshKind& kind : AllMeshKinds()) {
+  for (MeshKind const& kind : AllMeshKinds()) {
     CutMesh mesh(kind.Make());
     HostPartition& part = mesh.Part(0);
-    for (const int method : {1, 2, 3}) {
+    for (int const method : {1, 2, 3}) {
       CZynFaceRBFInternalObject object;
       Connect(object, *part.globals(), *part.mesh(), *part.partitionFaces());
       Stages stages(object, kInner, {method, 1000.0, 20});
       stages.FindStencils();
       for (int i = 1; i <= object.NFace; ++i) {
-        const int* const row = object.m_ppFaceCellConn[i];
-        const int n = method == 3 ? 2 : row[0];  // of method 3, the two cells of the face
+        int const* const row = object.m_ppFaceCellConn[i];
+        int const n = method == 3 ? 2 : row[0];  // of method 3, the two cells of the face
         double farthest = 0.0;
         for (int k = 1; k <= n; ++k)
           for (int l = 1; l < k; ++l)
             farthest = std::max(farthest, Distance(object.m_pNodeTable[row[k]], object.m_pNodeTable[row[l]]));
-        const double argument = farthest / (object.Span * object.m_pFaceSupport[i]);
+        double const argument = farthest / (object.Span * object.m_pFaceSupport[i]);
         EXPECT_GT(argument, 0.0);
         EXPECT_LE(argument, method == 1 ? 0.0035 : 0.0020000001) << kind.name << " " << method << " " << i;
       }

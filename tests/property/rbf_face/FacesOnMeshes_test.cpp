@@ -25,12 +25,12 @@ struct Variant {
 
 std::vector<Variant> AllVariants() {
   std::vector<Variant> variants;
-  for (const MeshKind& mesh : AllMeshKinds())
-    for (const int nParts : {1, 3}) variants.push_back({mesh, nParts});
+  for (MeshKind const& mesh : AllMeshKinds())
+    for (int const nParts : {1, 3}) variants.push_back({mesh, nParts});
   return variants;
 }
 
-std::string NameOf(const ::testing::TestParamInfo<Variant>& info) {
+std::string NameOf(::testing::TestParamInfo<Variant> const& info) {
   return std::string(info.param.mesh.name) + (info.param.mesh.perturbed ? "_Perturbed_" : "_Orthogonal_") +
          std::to_string(info.param.nParts) + (info.param.nParts == 1 ? "_Part" : "_Parts");
 }
@@ -41,7 +41,7 @@ std::vector<PlainSettings> AllSettings() {
           {3, 5.0, 20},   {4, 1000.0, 20}, {4, 5.0, 20}};
 }
 
-std::string Text(const PlainSettings& s, int faceType, int part) {
+std::string Text(PlainSettings const& s, int faceType, int part) {
   return "method " + std::to_string(s.method) + ", span " + std::to_string(s.span) + ", number " +
          std::to_string(s.searchNumber) + ", face type " + std::to_string(faceType) + ", part " +
          std::to_string(part);
@@ -53,10 +53,10 @@ class FacesOnMeshes : public ::testing::TestWithParam<Variant> {
 
   /// check(part, faceType, settings, number of the part) for everything that there is.
   template <typename Check>
-  void ForAll(const std::vector<PlainSettings>& allSettings, Check check) {
+  void ForAll(std::vector<PlainSettings> const& allSettings, Check check) {
     for (int p = 0; p < mesh_.NParts(); ++p) {
-      for (const Group group : kGroups) {
-        for (const PlainSettings& settings : allSettings) {
+      for (Group const group : kGroups) {
+        for (PlainSettings const& settings : allSettings) {
           SCOPED_TRACE(Text(settings, group, p));
           check(mesh_.Part(p), group, settings, p);
           if (HasFatalFailure()) return;
@@ -65,7 +65,7 @@ class FacesOnMeshes : public ::testing::TestWithParam<Variant> {
     }
   }
 
-  static PlainFaceOperator Plain(HostPartition& part, int faceType, const PlainSettings& settings) {
+  static PlainFaceOperator Plain(HostPartition& part, int faceType, PlainSettings const& settings) {
     PlainFaceOperator plain(*part.mesh(), *part.partitionFaces(), faceType, settings);
     if (plain.nFace > 0) plain.Run();
     return plain;
@@ -79,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(FaceOperator, FacesOnMeshes, ::testing::ValuesIn(AllVar
 /// The weights of all vertices, as the library gives them for the asking.
 void ExpectSameVertexWeights(PlainFaceOperator& plain, CZynFaceRBFInternalObject& object) {
   for (int v = 1; v <= plain.mesh.NNode; ++v) {
-    const std::vector<double> expected = plain.VertexWeights(v);
+    std::vector<double> const expected = plain.VertexWeights(v);
     std::vector<double> out(expected.size() + 1);
     object.DeriveFacefiBysolveDQfullMatrix_03(v, out.data());
     for (std::size_t k = 0; k < expected.size(); ++k) ASSERT_TRUE(SameBits(expected[k], out[k + 1])) << v;
@@ -89,9 +89,9 @@ void ExpectSameVertexWeights(PlainFaceOperator& plain, CZynFaceRBFInternalObject
 /// The weights of all virtual points from cells and from vertices.
 void ExpectSameVirtualPointWeights(PlainFaceOperator& plain, CZynFaceRBFInternalObject& object) {
   for (int i = 1; i <= plain.nFace; ++i) {
-    for (const int k : {1, 2}) {
-      for (const bool fromVertices : {false, true}) {
-        const std::vector<double> expected = plain.VirtualPointWeights(fromVertices, i, k);
+    for (int const k : {1, 2}) {
+      for (bool const fromVertices : {false, true}) {
+        std::vector<double> const expected = plain.VirtualPointWeights(fromVertices, i, k);
         std::vector<double> out(expected.size() + 1);
         object.DeriveFacefiBysolveDQfullMatrix_Virtual03(fromVertices, i, k, out.data());
         for (std::size_t j = 0; j < expected.size(); ++j)
@@ -102,7 +102,7 @@ void ExpectSameVirtualPointWeights(PlainFaceOperator& plain, CZynFaceRBFInternal
 }
 
 TEST_P(FacesOnMeshes, HaveTheTablesOfThePlainFormAfterEveryStep) {
-  ForAll(AllSettings(), [](HostPartition& part, int faceType, const PlainSettings& settings, int) {
+  ForAll(AllSettings(), [](HostPartition& part, int faceType, PlainSettings const& settings, int) {
     PlainFaceOperator plain(*part.mesh(), *part.partitionFaces(), faceType, settings);
     if (plain.nFace == 0) return;
     CZynFaceRBFInternalObject object;
@@ -127,7 +127,7 @@ TEST_P(FacesOnMeshes, HaveTheTablesOfThePlainFormAfterEveryStep) {
 }
 
 TEST_P(FacesOnMeshes, HaveTheCellToFaceTableOfThePlainForm) {
-  ForAll({{4, 1000.0, 20}}, [](HostPartition& part, int faceType, const PlainSettings& settings, int) {
+  ForAll({{4, 1000.0, 20}}, [](HostPartition& part, int faceType, PlainSettings const& settings, int) {
     if (faceType != kInner) return;
     PlainFaceOperator plain(*part.mesh(), *part.partitionFaces(), faceType, settings);
     CZynFaceRBFInternalObject object;
@@ -138,7 +138,7 @@ TEST_P(FacesOnMeshes, HaveTheCellToFaceTableOfThePlainForm) {
     stages.Collate();
     object.Create_m_ppRBFCell32Conn();
     for (std::size_t c = 1; c < plain.cellFaces.size(); ++c) {
-      const int* const types = object.m_ppRBFCell32Type[c];
+      int const* const types = object.m_ppRBFCell32Type[c];
       ASSERT_EQ(plain.cellFaces[c], RowOf(object.m_ppRBFCell32Conn[c])) << c;
       ASSERT_EQ(plain.cellFaceTypes[c], std::vector<int>(types + 1, types + 1 + plain.cellFaces[c].size()))
           << c;
@@ -147,27 +147,27 @@ TEST_P(FacesOnMeshes, HaveTheCellToFaceTableOfThePlainForm) {
 }
 
 /// A set-up from the file or from the block, applied to two fields.
-void ExpectSameResults(const PlainFaceOperator& plain, CZynFaceRBFInternalObject& object) {
+void ExpectSameResults(PlainFaceOperator const& plain, CZynFaceRBFInternalObject& object) {
   ASSERT_EQ(plain.nFace, object.NFace);
   if (plain.nFace == 0) return;
   ASSERT_TRUE(SameStencils(plain, object));
   ASSERT_TRUE(SameCoefficients(plain, object));
   ASSERT_TRUE(SameReport(plain, object));
-  const std::size_t nCell = static_cast<std::size_t>(plain.mesh.NCell);
-  for (const bool constant : {true, false}) {
+  std::size_t const nCell = static_cast<std::size_t>(plain.mesh.NCell);
+  for (bool const constant : {true, false}) {
     std::vector<double> phi(nCell + 1, 1.0), zeros(static_cast<std::size_t>(plain.nFace) + 1, 0.0);
     for (std::size_t c = 1; c <= nCell && !constant; ++c) phi[c] = std::sin(1.0 * static_cast<double>(c));
     std::vector<double> out[4] = {zeros, zeros, zeros, zeros};
     ASSERT_EQ(0, object.Multiply_FaceRBFCoefficent(phi.data(), out[0].data(), out[1].data(), out[2].data(),
                                                    out[3].data()));
-    const std::vector<double> expected = plain.Apply(phi);
+    std::vector<double> const expected = plain.Apply(phi);
     for (std::size_t i = 1; i < zeros.size(); ++i) ASSERT_TRUE(SameBits(expected[i], out[0][i])) << i;
-    for (const int k : {1, 2, 3}) ASSERT_EQ(zeros, out[k]);
+    for (int const k : {1, 2, 3}) ASSERT_EQ(zeros, out[k]);
   }
 }
 
 TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheParameterBlock) {
-  ForAll(AllSettings(), [this](HostPartition& part, int faceType, const PlainSettings& settings, int p) {
+  ForAll(AllSettings(), [this](HostPartition& part, int faceType, PlainSettings const& settings, int p) {
     LentParameters parameters;
     parameters.block.Span = static_cast<int>(settings.span);
     parameters.block.iSearch_method = settings.method;
@@ -182,8 +182,8 @@ TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheParameterBlock) {
 }
 
 TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheFile) {
-  const std::vector<PlainSettings> fractional = {{1, 37.25, 8}, {2, 12.5, 12}, {3, 2.75, 20}, {4, 1.625, 20}};
-  ForAll(fractional, [this](HostPartition& part, int faceType, const PlainSettings& settings, int p) {
+  std::vector<PlainSettings> const fractional = {{1, 37.25, 8}, {2, 12.5, 12}, {3, 2.75, 20}, {4, 1.625, 20}};
+  ForAll(fractional, [this](HostPartition& part, int faceType, PlainSettings const& settings, int p) {
     std::ofstream(mesh_.SettingsFileName(p)) << Settings(settings);
     CZynFaceRBFInternalObject object;
     Connect(object, *part.globals(), *part.mesh(), *part.partitionFaces());
@@ -197,8 +197,8 @@ TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheFile) {
 // these orders, however bad the condition.
 TEST_P(FacesOnMeshes, SolveEverySystemWithABackwardErrorBelow1e12) {
   BackwardErrors worst;
-  ForAll(AllSettings(), [&](HostPartition& part, int faceType, const PlainSettings& settings, int) {
-    const PlainFaceOperator plain = Plain(part, faceType, settings);
+  ForAll(AllSettings(), [&](HostPartition& part, int faceType, PlainSettings const& settings, int) {
+    PlainFaceOperator const plain = Plain(part, faceType, settings);
     EXPECT_EQ(0, plain.backward.notFinite);
     EXPECT_LT(plain.backward.largest, 1e-12);
     worst.systems += plain.backward.systems;

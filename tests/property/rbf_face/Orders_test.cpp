@@ -32,10 +32,10 @@ FaceMesh Box(BoxSpec::Shape shape, int n, double perturb) {
 }
 
 /// The error at inner faces, weighted by their areas.
-double ErrorL2(const FaceMesh& mesh, const PlainSettings& settings) {
+double ErrorL2(FaceMesh const& mesh, PlainSettings const& settings) {
   CutMesh whole(mesh);
   HostPartition& part = whole.Part(0);
-  const CZYN3DFiniteVolumeMesh& m = *part.mesh();
+  CZYN3DFiniteVolumeMesh const& m = *part.mesh();
   LentParameters parameters;
   parameters.block.Span = static_cast<int>(settings.span);
   parameters.block.iSearch_method = settings.method;
@@ -52,18 +52,18 @@ double ErrorL2(const FaceMesh& mesh, const PlainSettings& settings) {
   object.Multiply_FaceRBFCoefficent(phi.data(), values.data(), x.data(), y.data(), z.data());
   double sum = 0, surface = 0;
   for (int f = 1; f <= m.NInnerFaces; ++f) {
-    const double error = values[static_cast<std::size_t>(f)] - Smooth(m.ijxc[f], m.ijyc[f], m.ijzc[f]);
-    const double area = std::hypot(m.ijSx[f], m.ijSy[f], m.ijSz[f]);
+    double const error = values[static_cast<std::size_t>(f)] - Smooth(m.ijxc[f], m.ijyc[f], m.ijzc[f]);
+    double const area = std::hypot(m.ijSx[f], m.ijSy[f], m.ijSz[f]);
     sum += area * error * error;
     surface += area;
   }
   return std::sqrt(sum / surface);
 }
 
-ObservedOrder OrderOf(BoxSpec::Shape shape, double perturb, const PlainSettings& settings,
-                      const std::vector<int>& cellsAlongAnEdge) {
+ObservedOrder OrderOf(BoxSpec::Shape shape, double perturb, PlainSettings const& settings,
+                      std::vector<int> const& cellsAlongAnEdge) {
   ObservedOrder observed;
-  for (const int n : cellsAlongAnEdge) observed.Add(1.0 / n, ErrorL2(Box(shape, n, perturb), settings));
+  for (int const n : cellsAlongAnEdge) observed.Add(1.0 / n, ErrorL2(Box(shape, n, perturb), settings));
   return observed;
 }
 
@@ -91,10 +91,10 @@ TEST(FaceOrders, OfMethod2IsThird) {
 }
 
 TEST(FaceOrders, OfMethods3And4IsSecond) {
-  for (const int method : {3, 4}) {
-    for (const double perturb : {0.0, kMoved}) {
-      const std::string what = "method " + std::to_string(method) + ", perturb " + std::to_string(perturb);
-      const PlainSettings settings = {method, 1000, 20};
+  for (int const method : {3, 4}) {
+    for (double const perturb : {0.0, kMoved}) {
+      std::string const what = "method " + std::to_string(method) + ", perturb " + std::to_string(perturb);
+      PlainSettings const settings = {method, 1000, 20};
       ExpectOrder(OrderOf(BoxSpec::Shape::Hex, perturb, settings, {3, 6, 12}), 2, kSlack,
                   what + ", hexahedra");
       ExpectOrder(OrderOf(BoxSpec::Shape::Tet, perturb, settings, {2, 4, 8}), 2, kSlack,

@@ -23,27 +23,27 @@ struct Orders {
 
 /// L2 errors at the points, on n^3 hexahedra or 6 n^3 tetrahedra. Ghost cells are not usable.
 void AddErrors(BoxSpec::Shape shape, int n, double perturb, int method, Usable usable,
-               const std::vector<Point>& points, Orders& orders) {
+               std::vector<Point> const& points, Orders& orders) {
   BoxSpec box;
   box.nx = box.ny = box.nz = n;
   box.shape = shape;
   box.perturb = perturb;
   box.seed = 1;
-  const CutMesh cut(MakeBox(box), 1);
+  CutMesh const cut(MakeBox(box), 1);
   HostPartition& own = *cut.Parts()[0];
-  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
   cut.WriteSettings(PlainSettings{500.0, method, 20});
   CZynIBRBFInternalObject object;
   Connect(object, own);
   Array marks = MarksOf(own, usable);
   RunSetUp(object, marks, points);
-  const int np = object.m_iNIBNode;
+  int const np = object.m_iNIBNode;
   Array field(mesh.NCell), value(np), x(np), y(np), z(np);
   for (int c = 1; c <= mesh.NCell; ++c) field[c] = Smooth(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
   object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
   double ofValue = 0, ofSlope = 0;
   for (int i = 1; i <= np; ++i) {
-    const Point& p = points[static_cast<std::size_t>(i - 1)];
+    Point const& p = points[static_cast<std::size_t>(i - 1)];
     ofValue += std::pow(value[i] - Smooth(p.x, p.y, p.z), 2);
     ofSlope += std::pow(x[i] - 2 * std::cos(2 * p.x) * p.y, 2) + std::pow(y[i] - std::sin(2 * p.x), 2) +
                std::pow(z[i] - 2 * p.z, 2);
@@ -61,10 +61,10 @@ std::vector<Point> InnerPoints() {
   return points;
 }
 
-Orders OrdersOf(BoxSpec::Shape shape, double perturb, int method, const std::vector<int>& cellsAlongAnEdge) {
+Orders OrdersOf(BoxSpec::Shape shape, double perturb, int method, std::vector<int> const& cellsAlongAnEdge) {
   Orders orders;
-  const std::vector<Point> points = InnerPoints();
-  for (const int n : cellsAlongAnEdge)
+  std::vector<Point> const points = InnerPoints();
+  for (int const n : cellsAlongAnEdge)
     AddErrors(shape, n, perturb, method, Usable::InnerAndHalo, points, orders);
   return orders;
 }
@@ -76,10 +76,10 @@ constexpr double kMoved = 0.2;
 constexpr double kSlack = 0.3;
 
 TEST(PointOrders, OfMethods1And2AreThirdForValuesAndSecondForSlopes) {
-  for (const int method : {1, 2}) {
-    for (const double perturb : {0.0, kMoved}) {
-      const Orders hexahedra = OrdersOf(BoxSpec::Shape::Hex, perturb, method, {10, 15, 22});
-      const Orders tetrahedra = OrdersOf(BoxSpec::Shape::Tet, perturb, method, {5, 8, 12});
+  for (int const method : {1, 2}) {
+    for (double const perturb : {0.0, kMoved}) {
+      Orders const hexahedra = OrdersOf(BoxSpec::Shape::Hex, perturb, method, {10, 15, 22});
+      Orders const tetrahedra = OrdersOf(BoxSpec::Shape::Tet, perturb, method, {5, 8, 12});
       ExpectOrder(hexahedra.value, 3, kSlack, "value, hexahedra");
       ExpectOrder(hexahedra.slope, 2, kSlack, "slope, hexahedra");
       ExpectOrder(tetrahedra.value, 3, kSlack, "value, tetrahedra");
@@ -89,9 +89,9 @@ TEST(PointOrders, OfMethods1And2AreThirdForValuesAndSecondForSlopes) {
 }
 
 TEST(PointOrders, OfMethod3AreSecondForValuesAndFirstForSlopes) {
-  for (const double perturb : {0.0, kMoved}) {
-    const Orders hexahedra = OrdersOf(BoxSpec::Shape::Hex, perturb, 3, {10, 15, 22});
-    const Orders tetrahedra = OrdersOf(BoxSpec::Shape::Tet, perturb, 3, {5, 8, 12});
+  for (double const perturb : {0.0, kMoved}) {
+    Orders const hexahedra = OrdersOf(BoxSpec::Shape::Hex, perturb, 3, {10, 15, 22});
+    Orders const tetrahedra = OrdersOf(BoxSpec::Shape::Tet, perturb, 3, {5, 8, 12});
     ExpectOrder(hexahedra.value, 2, kSlack, "value, hexahedra");
     ExpectOrder(hexahedra.slope, 1, kSlack, "slope, hexahedra");
     ExpectOrder(tetrahedra.value, 2, kSlack, "value, tetrahedra");
@@ -105,12 +105,12 @@ TEST(PointOrders, OfMethod3OnABodyAreFirstForValuesAndNoneForSlopes) {
   std::normal_distribution<double> any;
   std::vector<Point> points;
   for (int i = 0; i < 300; ++i) {
-    const double x = any(random), y = any(random), z = any(random),
+    double const x = any(random), y = any(random), z = any(random),
                  s = kBodyRadius / std::sqrt(x * x + y * y + z * z);
     points.push_back({0.5 + s * x, 0.5 + s * y, 0.5 + s * z});
   }
   Orders orders;
-  for (const int n : {10, 15, 22}) {
+  for (int const n : {10, 15, 22}) {
     AddErrors(BoxSpec::Shape::Hex, n, 0, 3, Usable::OutsideBody, points, orders);
   }
   ExpectOrder(orders.value, 1, kSlack, "value");

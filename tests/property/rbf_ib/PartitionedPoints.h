@@ -31,7 +31,7 @@ using reference_host::HostPartition;
 /// without that, where many are equal.
 inline std::vector<test_meshes::NamedMesh> Meshes() {
   using reference_host::BoxSpec;
-  const auto box = [](int n, BoxSpec::Shape shape, double perturb) {
+  auto const box = [](int n, BoxSpec::Shape shape, double perturb) {
     BoxSpec spec;
     spec.nx = spec.ny = spec.nz = n;
     spec.shape = shape;
@@ -51,7 +51,7 @@ inline std::vector<test_meshes::NamedMesh> Meshes() {
 /// A mesh cut into parts with the halo complete, and a folder with a settings file of its own for each part.
 class CutMesh {
  public:
-  CutMesh(const FaceMesh& mesh, int nParts) : group_(nParts) {
+  CutMesh(FaceMesh const& mesh, int nParts) : group_(nParts) {
     // Wherever the boundary groups are missing, the box's patches name them.
     FaceMesh named = mesh;
     for (reference_host::Patch& patch : named.patches) {
@@ -62,8 +62,8 @@ class CutMesh {
                     : patch.name == "wall_ymin" ? BoundaryGroup::Symmetry
                                                 : BoundaryGroup::Wall;
     }
-    const std::vector<int> partOfCell = test_meshes::RunParts(named.nCells, nParts);
-    for (const auto& part : reference_host::SplitMesh(named, partOfCell, nParts))
+    std::vector<int> const partOfCell = test_meshes::RunParts(named.nCells, nParts);
+    for (auto const& part : reference_host::SplitMesh(named, partOfCell, nParts))
       partitions_.push_back(std::make_unique<HostPartition>(part));
     reference_host::RunInProcess(group_, [this](int p) {
       HostPartition& own = *partitions_[static_cast<std::size_t>(p)];
@@ -73,10 +73,10 @@ class CutMesh {
     for (auto& own : partitions_) own->SetBaseFileName(folder_.BaseFileName());
   }
 
-  const std::vector<std::unique_ptr<HostPartition>>& Parts() const { return partitions_; }
+  std::vector<std::unique_ptr<HostPartition>> const& Parts() const { return partitions_; }
 
   /// The parts run one after the other here and share the file.
-  void WriteSettings(const PlainSettings& settings) const { folder_.Write(rbf_ib_test::Settings(settings)); }
+  void WriteSettings(PlainSettings const& settings) const { folder_.Write(rbf_ib_test::Settings(settings)); }
 
  private:
   rbf_ib_test::SettingsFolder folder_;
@@ -94,21 +94,21 @@ enum class Usable {
 constexpr Usable kUsableKinds[] = {Usable::All, Usable::InnerAndHalo, Usable::OutsideBody, Usable::Few};
 
 inline std::string Name(Usable usable) {
-  const char* const names[] = {"all", "inner and halo", "outside a body", "few"};
+  char const* const names[] = {"all", "inner and halo", "outside a body", "few"};
   return names[static_cast<int>(usable)];
 }
 
 constexpr double kBodyRadius = 0.3;
 
 inline Array MarksOf(HostPartition& own, Usable usable) {
-  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
-  const int firstHalo = mesh.NCell - own.nHaloCells() + 1;
+  CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
+  int const firstHalo = mesh.NCell - own.nHaloCells() + 1;
   Array marks(mesh.NCell, kUnusable);
   for (int c = 1; c <= mesh.NCell; ++c) {
-    const bool ghost = c > mesh.NInnerCells && c < firstHalo;
-    const double dx = mesh.xc[c] - 0.5, dy = mesh.yc[c] - 0.5, dz = mesh.zc[c] - 0.5;
-    const bool inBody = dx * dx + dy * dy + dz * dz < kBodyRadius * kBodyRadius;
-    const bool chosen =
+    bool const ghost = c > mesh.NInnerCells && c < firstHalo;
+    double const dx = mesh.xc[c] - 0.5, dy = mesh.yc[c] - 0.5, dz = mesh.zc[c] - 0.5;
+    bool const inBody = dx * dx + dy * dy + dz * dz < kBodyRadius * kBodyRadius;
+    bool const chosen =
         usable == Usable::All ||
         (usable == Usable::Few ? c % 9 == 0 : !ghost && (usable != Usable::OutsideBody || !inBody));
     if (chosen) marks[c] = kUsable;
@@ -123,12 +123,12 @@ inline std::vector<Point> PointsFor(HostPartition& own, std::uint64_t seed, int 
   std::vector<Point> points;
   for (int i = 0; i < nRandom; ++i) points.push_back({in(random), in(random), in(random)});
   for (int i = 0; i < 5; ++i) {
-    const double x = direction(random), y = direction(random), z = direction(random);
-    const double s = kBodyRadius / std::sqrt(x * x + y * y + z * z);
+    double const x = direction(random), y = direction(random), z = direction(random);
+    double const s = kBodyRadius / std::sqrt(x * x + y * y + z * z);
     points.push_back({0.5 + s * x, 0.5 + s * y, 0.5 + s * z});
   }
-  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
-  for (const int c : {1, mesh.NInnerCells, mesh.NCell})
+  CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
+  for (int const c : {1, mesh.NInnerCells, mesh.NCell})
     points.push_back({mesh.xc[c], mesh.yc[c], mesh.zc[c]});
   points.push_back(points[2]);
   points.push_back({0.5, 0.5, 0.5});
@@ -143,7 +143,7 @@ inline void Connect(CZynIBRBFInternalObject& object, HostPartition& own) {
   EXPECT_EQ(1, object.getPartitionFace(own.partitionFaces()));
 }
 
-inline std::string RunSetUp(CZynIBRBFInternalObject& object, Array& marks, const std::vector<Point>& points) {
+inline std::string RunSetUp(CZynIBRBFInternalObject& object, Array& marks, std::vector<Point> const& points) {
   PointArrays arrays(points);
   return rbf_ib_test::Printed([&] {
     EXPECT_EQ(0, object.Initialize_IBInterpolateData(marks.Data(), arrays.Size(), arrays.x.Data(),

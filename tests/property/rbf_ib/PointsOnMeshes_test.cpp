@@ -28,12 +28,12 @@ using Object = CZynIBRBFInternalObject;
 
 /// Runs check(part, marks) for every mesh, whole and in three parts, and every kind of usable cells.
 template <typename Check>
-void ForAllParts(const std::vector<Usable>& kinds, Check check) {
-  for (const auto& [name, mesh] : Meshes()) {
-    for (const int nParts : {1, 3}) {
-      const CutMesh cut(mesh, nParts);
-      for (const auto& own : cut.Parts()) {
-        for (const Usable usable : kinds) {
+void ForAllParts(std::vector<Usable> const& kinds, Check check) {
+  for (auto const& [name, mesh] : Meshes()) {
+    for (int const nParts : {1, 3}) {
+      CutMesh const cut(mesh, nParts);
+      for (auto const& own : cut.Parts()) {
+        for (Usable const usable : kinds) {
           SCOPED_TRACE(std::string(name) + ", part " + std::to_string(own->part()) + " of " +
                        std::to_string(nParts) + ", usable: " + Name(usable));
           Array marks = MarksOf(*own, usable);
@@ -45,7 +45,7 @@ void ForAllParts(const std::vector<Usable>& kinds, Check check) {
   }
 }
 
-const std::vector<Usable> kAllKinds(std::begin(kUsableKinds), std::end(kUsableKinds));
+std::vector<Usable> const kAllKinds(std::begin(kUsableKinds), std::end(kUsableKinds));
 
 // --------------------------------------------------------------------------------------------- the plain form
 
@@ -53,8 +53,8 @@ class PointsOnMeshes : public ::testing::TestWithParam<PlainSettings> {};
 
 TEST_P(PointsOnMeshes, EqualThePlainFormBitForBit) {
   std::uint64_t seed = 1;
-  ForAllParts(kAllKinds, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
-    const std::vector<Point> points = PointsFor(own, seed++);
+  ForAllParts(kAllKinds, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+    std::vector<Point> const points = PointsFor(own, seed++);
     cut.WriteSettings(GetParam());
     Object object;
     Connect(object, own);
@@ -66,20 +66,20 @@ TEST_P(PointsOnMeshes, EqualThePlainFormBitForBit) {
 }
 
 TEST_P(PointsOnMeshes, GiveTheResultsOfThePlainFormBitForBit) {
-  ForAllParts({Usable::All, Usable::OutsideBody}, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
-    const std::vector<Point> points = PointsFor(own, 77);
+  ForAllParts({Usable::All, Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+    std::vector<Point> const points = PointsFor(own, 77);
     cut.WriteSettings(GetParam());
     Object object;
     Connect(object, own);
     RunSetUp(object, marks, points);
     PlainPointOperator plain(*own.mesh(), *own.partitionFaces(), GetParam());
     plain.SetUp(marks.Data(), points);
-    const int n = object.m_iNIBNode;
+    int const n = object.m_iNIBNode;
     Array field(own.mesh()->NCell), value(n), x(n), y(n), z(n);
     for (int c = 1; c <= field.Size(); ++c) field[c] = std::sin(3.0 * own.mesh()->xc[c]) + own.mesh()->yc[c];
     object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
     for (int i = 1; i <= n; ++i) {
-      const Weights expected = plain.Apply(i, field.Data());
+      Weights const expected = plain.Apply(i, field.Data());
       ASSERT_TRUE(SameValue("value", expected.value, value[i])) << i;
       ASSERT_TRUE(SameValue("d/dx", expected.x, x[i])) << i;
       ASSERT_TRUE(SameValue("d/dy", expected.y, y[i])) << i;
@@ -90,8 +90,8 @@ TEST_P(PointsOnMeshes, GiveTheResultsOfThePlainFormBitForBit) {
 }
 
 TEST_P(PointsOnMeshes, OfTheSamePlaceHaveTheSameRows) {
-  ForAllParts({Usable::OutsideBody}, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
-    const std::vector<Point> twice = {{0.2, 0.3, 0.4}, {0.7, 0.1, 0.9}, {0.2, 0.3, 0.4}};
+  ForAllParts({Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+    std::vector<Point> const twice = {{0.2, 0.3, 0.4}, {0.7, 0.1, 0.9}, {0.2, 0.3, 0.4}};
     cut.WriteSettings(GetParam());
     Object object;
     Connect(object, own);
@@ -106,11 +106,11 @@ TEST_P(PointsOnMeshes, OfTheSamePlaceHaveTheSameRows) {
 }
 
 TEST_P(PointsOnMeshes, WithoutAnyPointBuildNoRows) {
-  ForAllParts({Usable::All}, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
+  ForAllParts({Usable::All}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
     cut.WriteSettings(GetParam());
     Object object;
     Connect(object, own);
-    const std::string printed = RunSetUp(object, marks, {});
+    std::string const printed = RunSetUp(object, marks, {});
     EXPECT_EQ(0, object.m_iNDerived);
     EXPECT_EQ(nullptr, object.m_ppIBConn[0]);
     EXPECT_NE(std::string::npos, printed.find("SearchIBADTress ok\n"));
@@ -118,7 +118,7 @@ TEST_P(PointsOnMeshes, WithoutAnyPointBuildNoRows) {
 }
 
 TEST_P(PointsOnMeshes, TakeUsableCellsAlone) {
-  ForAllParts({Usable::OutsideBody, Usable::Few}, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
+  ForAllParts({Usable::OutsideBody, Usable::Few}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
     cut.WriteSettings(GetParam());
     Object object;
     Connect(object, own);
@@ -131,8 +131,8 @@ TEST_P(PointsOnMeshes, TakeUsableCellsAlone) {
 }
 
 TEST_P(PointsOnMeshes, FromParametersEqualThoseFromTheFile) {
-  ForAllParts({Usable::OutsideBody}, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
-    const std::vector<Point> points = PointsFor(own, 9);
+  ForAllParts({Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+    std::vector<Point> const points = PointsFor(own, 9);
     cut.WriteSettings(GetParam());
     Object byFile, byBlock;
     Connect(byFile, own);
@@ -148,16 +148,16 @@ TEST_P(PointsOnMeshes, FromParametersEqualThoseFromTheFile) {
 
 // A body that moves through the mesh: other cells and points each time, on one object.
 TEST_P(PointsOnMeshes, SetUpAgainEqualThoseOfAFreshObject) {
-  for (const auto& [name, mesh] : Meshes()) {
+  for (auto const& [name, mesh] : Meshes()) {
     SCOPED_TRACE(name);
-    const CutMesh cut(mesh, 1);
+    CutMesh const cut(mesh, 1);
     HostPartition& own = *cut.Parts()[0];
     cut.WriteSettings(GetParam());
     Object moving;
     Connect(moving, own);
     for (int step = 0; step < 6; ++step) {
       Array marks = MarksOf(own, kUsableKinds[step % 4]);
-      const std::vector<Point> points = PointsFor(own, static_cast<std::uint64_t>(step), 3 * (5 - step));
+      std::vector<Point> const points = PointsFor(own, static_cast<std::uint64_t>(step), 3 * (5 - step));
       Object fresh;
       Connect(fresh, own);
       EXPECT_EQ(RunSetUp(fresh, marks, points), RunSetUp(moving, marks, points));
@@ -166,8 +166,8 @@ TEST_P(PointsOnMeshes, SetUpAgainEqualThoseOfAFreshObject) {
   }
 }
 
-std::string SettingsName(const ::testing::TestParamInfo<PlainSettings>& info) {
-  const PlainSettings& s = info.param;
+std::string SettingsName(::testing::TestParamInfo<PlainSettings> const& info) {
+  PlainSettings const& s = info.param;
   return "Method" + std::to_string(s.method) + "Span" + std::to_string(static_cast<int>(s.span)) + "Number" +
          std::to_string(s.number);
 }
@@ -182,10 +182,10 @@ INSTANTIATE_TEST_SUITE_P(Settings, PointsOnMeshes,
 // ----------------------------------------------------------------------------------------------- the equations
 
 /// The stored coefficients of one quantity at a point.
-std::vector<double> Stored(const Object& object, int i, int column) {
+std::vector<double> Stored(Object const& object, int i, int column) {
   std::vector<double> w;
   for (int k = 1; k <= object.m_ppIBConn[i][0]; ++k) {
-    const IBCnode& g = object.m_ppIBCoef[i][k];
+    IBCnode const& g = object.m_ppIBCoef[i][k];
     w.push_back(column == 0 ? g.x : column == 1 ? g.y : column == 2 ? g.z : object.m_ppIBValueCoef[i][k]);
   }
   return w;
@@ -194,11 +194,11 @@ std::vector<double> Stored(const Object& object, int i, int column) {
 // LU with row exchanges leaves some tens of roundings at these orders, however bad the condition.
 TEST(PointSystems, OfMethods1And2AreSolvedToRoundOff) {
   double worst = 0.0;
-  for (const PlainSettings& settings :
+  for (PlainSettings const& settings :
        {PlainSettings{500.0, 1, 20}, PlainSettings{500.0, 2, 20}, PlainSettings{2.0, 2, 30}}) {
     ForAllParts({Usable::InnerAndHalo, Usable::OutsideBody},
-                [&](const CutMesh& cut, HostPartition& own, Array& marks) {
-                  const std::vector<Point> points = PointsFor(own, 21);
+                [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+                  std::vector<Point> const points = PointsFor(own, 21);
                   cut.WriteSettings(settings);
                   Object object;
                   Connect(object, own);
@@ -206,9 +206,9 @@ TEST(PointSystems, OfMethods1And2AreSolvedToRoundOff) {
                   PlainPointOperator plain(*own.mesh(), *own.partitionFaces(), settings);
                   plain.SetUp(marks.Data(), points);
                   for (int i = 1; i <= object.m_iNIBNode; ++i) {
-                    const System system = plain.CellSystem(i, points[static_cast<std::size_t>(i - 1)]);
-                    for (const int column : {0, 1, 2, 3}) {
-                      const double error = BackwardError(system, column, Stored(object, i, column));
+                    System const system = plain.CellSystem(i, points[static_cast<std::size_t>(i - 1)]);
+                    for (int const column : {0, 1, 2, 3}) {
+                      double const error = BackwardError(system, column, Stored(object, i, column));
                       ASSERT_LT(error, 1e-12) << "point " << i;
                       worst = std::max(worst, error);
                     }
@@ -221,10 +221,10 @@ TEST(PointSystems, OfMethods1And2AreSolvedToRoundOff) {
 // The object keeps only the sum of both levels, which equals the plain form's bit for bit; so the first level is
 // taken from there.
 TEST(PointSystems, OfMethod3AreSolvedToRoundOffOnBothLevels) {
-  const PlainSettings settings{500.0, 3, 20};
+  PlainSettings const settings{500.0, 3, 20};
   ForAllParts(
-      {Usable::InnerAndHalo, Usable::OutsideBody}, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
-        const std::vector<Point> points = PointsFor(own, 22);
+      {Usable::InnerAndHalo, Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+        std::vector<Point> const points = PointsFor(own, 22);
         cut.WriteSettings(settings);
         Object object;
         Connect(object, own);
@@ -238,7 +238,7 @@ TEST(PointSystems, OfMethod3AreSolvedToRoundOffOnBothLevels) {
         for (int n = 1; n <= own.mesh()->NNode; ++n) {
           Array w(object.ppRBFiNodeConn[n][0]);
           object.DeriveIBfiBysolveDQfullMatrix_03(n, w.Data());
-          const std::vector<double> stored(w.Data() + 1, w.Data() + 1 + w.Size());
+          std::vector<double> const stored(w.Data() + 1, w.Data() + 1 + w.Size());
           if (!stored.empty()) {
             ASSERT_LT(BackwardError(plain.NodeSystem(n), 0, stored), 1e-12) << "node " << n;
           }
@@ -248,9 +248,9 @@ TEST(PointSystems, OfMethod3AreSolvedToRoundOffOnBothLevels) {
 
 // To the condition of the systems times round-off, which is small with a narrow support.
 TEST(PointsAtCells, GiveTheValuesOfThoseCells) {
-  for (const int method : {1, 2}) {
-    ForAllParts({Usable::InnerAndHalo}, [&](const CutMesh& cut, HostPartition& own, Array& marks) {
-      const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
+  for (int const method : {1, 2}) {
+    ForAllParts({Usable::InnerAndHalo}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+      CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
       std::vector<int> cells;
       std::vector<Point> points;
       for (int c = 1; c <= mesh.NCell; ++c) {
@@ -262,7 +262,7 @@ TEST(PointsAtCells, GiveTheValuesOfThoseCells) {
       Object object;
       Connect(object, own);
       RunSetUp(object, marks, points);
-      const int n = object.m_iNIBNode;
+      int const n = object.m_iNIBNode;
       Array field(mesh.NCell), value(n), x(n), y(n), z(n);
       for (int c = 1; c <= mesh.NCell; ++c) field[c] = std::sin(1.0 * c);
       object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
@@ -282,9 +282,9 @@ struct Errors {
 
 /// Errors at points inside the cube, on hexahedra with n cells along an edge.
 Errors ErrorsOnHexahedra(int n, int method) {
-  const CutMesh cut(test_meshes::HexBox(n, n, n), 1);
+  CutMesh const cut(test_meshes::HexBox(n, n, n), 1);
   HostPartition& own = *cut.Parts()[0];
-  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
   std::mt19937_64 random(4);
   std::uniform_real_distribution<double> in(0.2, 0.8);
   std::vector<Point> points;
@@ -294,13 +294,13 @@ Errors ErrorsOnHexahedra(int n, int method) {
   Connect(object, own);
   Array marks = MarksOf(own, Usable::InnerAndHalo);
   RunSetUp(object, marks, points);
-  const int np = object.m_iNIBNode;
+  int const np = object.m_iNIBNode;
   Array field(mesh.NCell), value(np), x(np), y(np), z(np);
   for (int c = 1; c <= mesh.NCell; ++c) field[c] = Smooth(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
   object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
   Errors errors;
   for (int i = 1; i <= np; ++i) {
-    const Point& p = points[static_cast<std::size_t>(i - 1)];
+    Point const& p = points[static_cast<std::size_t>(i - 1)];
     errors.value = std::max(errors.value, std::fabs(Smooth(p.x, p.y, p.z) - value[i]));
     errors.slope = std::max({errors.slope, std::fabs(2.0 * std::cos(2.0 * p.x) * p.y - x[i]),
                              std::fabs(std::sin(2.0 * p.x) - y[i]), std::fabs(2.0 * p.z - z[i])});
@@ -309,8 +309,8 @@ Errors ErrorsOnHexahedra(int n, int method) {
 }
 
 TEST(PointAccuracy, OfASmoothFieldImprovesWithTheMesh) {
-  for (const int method : {1, 2, 3}) {
-    const Errors coarse = ErrorsOnHexahedra(6, method), fine = ErrorsOnHexahedra(12, method);
+  for (int const method : {1, 2, 3}) {
+    Errors const coarse = ErrorsOnHexahedra(6, method), fine = ErrorsOnHexahedra(12, method);
     EXPECT_LT(fine.value, coarse.value / 2.0) << "method " << method;
     EXPECT_LT(coarse.value, 0.05) << "method " << method;
     EXPECT_LT(fine.slope, coarse.slope) << "method " << method;

@@ -17,20 +17,20 @@ namespace bits_dump {
 /// Any NaN is written as the same one: which operand of a sum lends it its sign and payload is the compiler's choice.
 class BitsFile {
  public:
-  explicit BitsFile(const std::string& name) : file_(std::fopen(name.c_str(), "w")) {
+  explicit BitsFile(std::string const& name) : file_(std::fopen(name.c_str(), "w")) {
     if (file_ == nullptr) throw std::runtime_error("cannot write " + name);
   }
   ~BitsFile() {
     if (file_ != nullptr) std::fclose(file_);
   }
-  BitsFile(const BitsFile&) = delete;
-  BitsFile& operator=(const BitsFile&) = delete;
+  BitsFile(BitsFile const&) = delete;
+  BitsFile& operator=(BitsFile const&) = delete;
 
   /// What the following numbers belong to.
-  void BeginCase(const std::string& name) { std::fprintf(file_, "case %s\n", name.c_str()); }
+  void BeginCase(std::string const& name) { std::fprintf(file_, "case %s\n", name.c_str()); }
 
   /// values[1..n]
-  void Write(const char* array, int n, const double* values) {
+  void Write(char const* array, int n, double const* values) {
     for (int i = 1; i <= n; ++i) {
       std::fprintf(file_, "%s[%d] ", array, i);
       WriteBits(BitsOf(values[i]));
@@ -39,7 +39,7 @@ class BitsFile {
 
   /// One line for n numbers, each given by value(1..n): a number made of the bits of all of them in their order.
   template <class Value>
-  void WriteTogether(const char* row, int n, Value value) {
+  void WriteTogether(char const* row, int n, Value value) {
     std::uint64_t all = 0xcbf29ce484222325u;  // FNV-1a, 64 bits at a time
     for (int k = 1; k <= n; ++k) all = (all ^ BitsOf(value(k))) * 0x100000001b3u;
     std::fprintf(file_, "%s, %d together: ", row, n);
@@ -48,7 +48,7 @@ class BitsFile {
 
   /// Throws unless everything has reached the file.
   void Close() {
-    const bool failed = std::ferror(file_) != 0;
+    bool const failed = std::ferror(file_) != 0;
     if (std::fclose(std::exchange(file_, nullptr)) != 0 || failed)
       throw std::runtime_error("cannot write all bits");
   }

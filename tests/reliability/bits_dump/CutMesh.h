@@ -16,10 +16,10 @@ using reference_host::HostPartition;
 /// A mesh cut into parts at random, the halo complete, every seventh cell without volume.
 class CutMesh {
  public:
-  CutMesh(const test_meshes::NamedMesh& mesh, int nParts)
+  CutMesh(test_meshes::NamedMesh const& mesh, int nParts)
       : name_(std::string(mesh.name) + ", " + std::to_string(nParts) + " parts"), group_(nParts) {
-    const std::vector<int> partOfCell = test_meshes::RandomParts(mesh.mesh.nCells, nParts);
-    for (const auto& part : reference_host::SplitMesh(mesh.mesh, partOfCell, nParts))
+    std::vector<int> const partOfCell = test_meshes::RandomParts(mesh.mesh.nCells, nParts);
+    for (auto const& part : reference_host::SplitMesh(mesh.mesh, partOfCell, nParts))
       parts_.push_back(std::make_unique<HostPartition>(part));
     ForEachPart([](HostPartition& own, CCommunication& exchange, CZYNCom&) {
       own.CompleteHalo(exchange);
@@ -50,8 +50,8 @@ class CutMesh {
 /// call(mesh) for meshes of every element type, each whole and in three parts.
 template <class Call>
 void ForAllMeshes(Call call) {
-  for (const test_meshes::NamedMesh& mesh : test_meshes::AllMeshes()) {
-    for (const int nParts : {1, 3}) {
+  for (test_meshes::NamedMesh const& mesh : test_meshes::AllMeshes()) {
+    for (int const nParts : {1, 3}) {
       if (nParts > mesh.mesh.nCells) continue;
       CutMesh cut(mesh, nParts);
       call(cut);
@@ -61,7 +61,7 @@ void ForAllMeshes(Call call) {
 
 /// Smooth in the cells of a part, [0..NCell].
 inline std::vector<double> SmoothField(HostPartition& own) {
-  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
   std::vector<double> phi(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
   for (int c = 1; c <= mesh.NCell; ++c)
     phi[static_cast<std::size_t>(c)] = std::sin(2 * mesh.xc[c]) * mesh.yc[c] + mesh.zc[c] * mesh.zc[c];

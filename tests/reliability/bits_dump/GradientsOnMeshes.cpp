@@ -16,7 +16,7 @@ using Fields = std::vector<Field>;  ///< gradient components
 enum class Call { OneField, Weighted, ThreeFields };
 
 struct Method {
-  const char* name;
+  char const* name;
   int type;
   int last;  ///< argument of GradMethod
   Call call;
@@ -29,7 +29,7 @@ constexpr Method kMethods[] = {{"plain", 0, 1, Call::OneField},
                                {"weighted", 0, 1, Call::Weighted},
                                {"three components", 0, 1, Call::ThreeFields}};
 
-Fields Gradient(const Method& method, COperatorGradient& op, HostPartition& own) {
+Fields Gradient(Method const& method, COperatorGradient& op, HostPartition& own) {
   Field phi = SmoothField(own), other = phi, third = phi;
   for (double& value : other) value = 1 + value * value;
   for (double& value : third) value = 1 / (2 + value);
@@ -50,7 +50,7 @@ Fields Gradient(const Method& method, COperatorGradient& op, HostPartition& own)
 }
 
 /// The gradient in every part.
-std::vector<Fields> Gradients(CutMesh& mesh, const Method& method, bool nonBlocking) {
+std::vector<Fields> Gradients(CutMesh& mesh, Method const& method, bool nonBlocking) {
   std::vector<Fields> results(static_cast<std::size_t>(mesh.NParts()));
   mesh.ForEachPart([&](HostPartition& own, CCommunication& exchange, CZYNCom& reduction) {
     own.globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
@@ -69,13 +69,13 @@ std::vector<Fields> Gradients(CutMesh& mesh, const Method& method, bool nonBlock
 }  // namespace
 
 void WriteGradientsOnMeshes(BitsFile& file) {
-  constexpr std::array<const char*, 9> kNames = {"gx", "gy", "gz", "g2x", "g2y", "g2z", "g3x", "g3y", "g3z"};
+  constexpr std::array<char const*, 9> kNames = {"gx", "gy", "gz", "g2x", "g2y", "g2z", "g3x", "g3y", "g3z"};
   ForAllMeshes([&file, &kNames](CutMesh& mesh) {
-    for (const Method& method : kMethods) {
-      for (const bool nonBlocking : {false, true}) {
-        const std::vector<Fields> results = Gradients(mesh, method, nonBlocking);
+    for (Method const& method : kMethods) {
+      for (bool const nonBlocking : {false, true}) {
+        std::vector<Fields> const results = Gradients(mesh, method, nonBlocking);
         for (int p = 0; p < mesh.NParts(); ++p) {
-          const Fields& g = results[static_cast<std::size_t>(p)];
+          Fields const& g = results[static_cast<std::size_t>(p)];
           file.BeginCase(mesh.Name(p) + ", " + method.name + (nonBlocking ? ", non-blocking" : ", blocking"));
           for (std::size_t k = 0; k < g.size(); ++k)
             file.Write(kNames[k], mesh.Part(p).mesh()->NCell, g[k].data());

@@ -22,7 +22,7 @@ using Field = std::vector<double>;
 
 Field Zeros(int n) { return Field(static_cast<std::size_t>(n) + 1, 0.0); }
 
-void ForAllParts(void (*write)(BitsFile&, HostPartition&, const std::string&), BitsFile& file) {
+void ForAllParts(void (*write)(BitsFile&, HostPartition&, std::string const&), BitsFile& file) {
   ForAllMeshes([&](CutMesh& mesh) {
     for (int p = 0; p < mesh.NParts(); ++p) write(file, mesh.Part(p), mesh.Name(p));
   });
@@ -38,8 +38,8 @@ class SettingsFolder {
     std::remove((Base() + ".rbf").c_str());
     std::remove(path_);
   }
-  SettingsFolder(const SettingsFolder&) = delete;
-  SettingsFolder& operator=(const SettingsFolder&) = delete;
+  SettingsFolder(SettingsFolder const&) = delete;
+  SettingsFolder& operator=(SettingsFolder const&) = delete;
 
   std::string Base() const { return std::string(path_) + "/run"; }
 
@@ -61,13 +61,13 @@ class Parameters : public CZYNKNCMPCompParm {
   CZYNCMP_IBRBF_Parm points;
 };
 
-void WriteRow(BitsFile& file, const std::string& row, int n, const double* weights) {
+void WriteRow(BitsFile& file, std::string const& row, int n, double const* weights) {
   file.WriteTogether(row.c_str(), n, [=](int k) { return weights[k]; });
 }
 
 /// weights[1..n] with x, y and z
 template <class Node>
-void WriteRow(BitsFile& file, const std::string& row, int n, const Node* weights) {
+void WriteRow(BitsFile& file, std::string const& row, int n, Node const* weights) {
   file.WriteTogether((row + " x").c_str(), n, [=](int k) { return weights[k].x; });
   file.WriteTogether((row + " y").c_str(), n, [=](int k) { return weights[k].y; });
   file.WriteTogether((row + " z").c_str(), n, [=](int k) { return weights[k].z; });
@@ -92,15 +92,15 @@ class CellOperator {
     op.m_pGV = nullptr;
     op.m_pPartFace = nullptr;
   }
-  CellOperator(const CellOperator&) = delete;
-  CellOperator& operator=(const CellOperator&) = delete;
+  CellOperator(CellOperator const&) = delete;
+  CellOperator& operator=(CellOperator const&) = delete;
 
   CZynRBFInternalObject op;
 };
 
-void WriteCellOperatorOnPart(BitsFile& file, HostPartition& own, const std::string& name) {
-  for (const double span : {500.0, 5.0}) {
-    for (const int shapeNormalize : {0, 1}) {
+void WriteCellOperatorOnPart(BitsFile& file, HostPartition& own, std::string const& name) {
+  for (double const span : {500.0, 5.0}) {
+    for (int const shapeNormalize : {0, 1}) {
       CellOperator cells(own, span, shapeNormalize);
       Field phi = SmoothField(own), gx = phi, gy = phi, gz = phi;
       cells.op.MultiplyRBFCoefficent(phi.data(), gx.data(), gy.data(), gz.data());
@@ -122,8 +122,8 @@ void WriteCellOperatorOnPart(BitsFile& file, HostPartition& own, const std::stri
 
 void WriteFaceWeights(BitsFile& file, CZynFaceRBFInternalObject& op) {
   for (int i = 1; i <= op.NFace; ++i) {
-    const std::string row = "weights of face " + std::to_string(i);
-    const int n = op.m_ppFaceCellConn[i][0];
+    std::string const row = "weights of face " + std::to_string(i);
+    int const n = op.m_ppFaceCellConn[i][0];
     WriteRow(file, row + " value", n, op.m_ppFaceFiCoef[i]);
     if (op.iSearch_method != 4) WriteRow(file, row, n, op.m_ppFaceGradCoef[i]);
     if (op.iSearch_method >= 3) WriteRow(file, row + " normal", n, op.m_ppFaceDnCoef[i]);
@@ -143,9 +143,9 @@ void WriteFaces(BitsFile& file, HostPartition& own, int faceType, Parameters par
   WriteFaceWeights(file, op);
 }
 
-void WriteFaceOperatorOnPart(BitsFile& file, HostPartition& own, const std::string& name) {
-  for (const int method : {1, 2, 3, 4}) {
-    for (const int span : {1000, 5}) {
+void WriteFaceOperatorOnPart(BitsFile& file, HostPartition& own, std::string const& name) {
+  for (int const method : {1, 2, 3, 4}) {
+    for (int const span : {1000, 5}) {
       for (int faceType = 1; faceType <= 6; ++faceType) {
         file.BeginCase(name + ", face operator, method " + std::to_string(method) + ", span " +
                        std::to_string(span) + ", face type " + std::to_string(faceType));
@@ -188,16 +188,16 @@ void WritePoints(BitsFile& file, HostPartition& own, bool allUsable, Parameters 
   file.Write("d/dy", kPoints, y.data());
   file.Write("d/dz", kPoints, z.data());
   for (int i = 1; i <= kPoints; ++i) {
-    const std::string row = "weights of point " + std::to_string(i);
+    std::string const row = "weights of point " + std::to_string(i);
     WriteRow(file, row + " value", op.m_ppIBConn[i][0], op.m_ppIBValueCoef[i]);
     WriteRow(file, row, op.m_ppIBConn[i][0], op.m_ppIBCoef[i]);
   }
 }
 
-void WritePointOperatorOnPart(BitsFile& file, HostPartition& own, const std::string& name) {
-  for (const int method : {1, 2, 3}) {
-    for (const int span : {500, 5}) {
-      for (const bool allUsable : {true, false}) {
+void WritePointOperatorOnPart(BitsFile& file, HostPartition& own, std::string const& name) {
+  for (int const method : {1, 2, 3}) {
+    for (int const span : {500, 5}) {
+      for (bool const allUsable : {true, false}) {
         file.BeginCase(name + ", point operator, method " + std::to_string(method) + ", span " +
                        std::to_string(span) + (allUsable ? ", all cells" : ", few cells"));
         WritePoints(file, own, allUsable, Parameters(method, span, 20));

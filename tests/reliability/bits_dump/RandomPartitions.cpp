@@ -20,9 +20,9 @@ class PartitionRun {
       : file_(file), seed_(seed), random_(seed), mesh_(RandomMesh(random_)) {}
 
   void Run() {
-    const std::vector<double> phi = RandomField(random_, mesh_);
+    std::vector<double> const phi = RandomField(random_, mesh_);
     Gradient("plain", 0, phi, 1);
-    for (const int nSweep : {0, 1, 3}) Gradient("iterated " + std::to_string(nSweep), 7, phi, nSweep);
+    for (int const nSweep : {0, 1, 3}) Gradient("iterated " + std::to_string(nSweep), 7, phi, nSweep);
     Gradient("least squares", 1, phi, 1);
     Weighted(phi, TameField(random_, mesh_), "weighted");
     Weighted(phi, RandomField(random_, mesh_), "weighted by any field");
@@ -32,7 +32,7 @@ class PartitionRun {
  private:
   /// call(operator, x, y, z) with everything new, and what it leaves in the gradient and in the previous iterate.
   template <class Call>
-  void Write(const std::string& method, int type, Call call) {
+  void Write(std::string const& method, int type, Call call) {
     TestHost host(mesh_, mesh_.nInnerCells > 0 ? ExchangeWithItself(mesh_) : NoExchange());
     host.UseNonBlockingExchange(seed_ % 2 == 0);
     ConnectedOperator op(host, type);
@@ -40,21 +40,21 @@ class PartitionRun {
     file_.BeginCase("random partition " + std::to_string(seed_) + ", " + method);
     op.gradient.Initialize();
     call(op.gradient, g.x.Data(), g.y.Data(), g.z.Data());
-    for (const GuardedGradient* gradient : {&g, &host.previous}) {
-      const bool isResult = gradient == &g;
+    for (GuardedGradient const* gradient : {&g, &host.previous}) {
+      bool const isResult = gradient == &g;
       file_.Write(isResult ? "gx" : "previous gx", mesh_.NCell(), gradient->x.Data());
       file_.Write(isResult ? "gy" : "previous gy", mesh_.NCell(), gradient->y.Data());
       file_.Write(isResult ? "gz" : "previous gz", mesh_.NCell(), gradient->z.Data());
     }
   }
 
-  void Gradient(const std::string& method, int type, const std::vector<double>& phi, int n) {
+  void Gradient(std::string const& method, int type, std::vector<double> const& phi, int n) {
     Write(method, type, [&](COperatorGradient& op, double* x, double* y, double* z) {
       op.GradMethod(Guarded(phi).Data(), x, y, z, n);
     });
   }
 
-  void Weighted(const std::vector<double>& phi, const std::vector<double>& weight, const char* method) {
+  void Weighted(std::vector<double> const& phi, std::vector<double> const& weight, char const* method) {
     Write(method, 0, [&](COperatorGradient& op, double* x, double* y, double* z) {
       op.GradMethod_Weighted(Guarded(phi).Data(), x, y, z, Guarded(weight).Data(), 1);
     });
@@ -68,7 +68,7 @@ class PartitionRun {
       op.GradMethod_3(phi[0].Data(), phi[1].Data(), phi[2].Data(), x, y, z, second.x.Data(), second.y.Data(),
                       second.z.Data(), third.x.Data(), third.y.Data(), third.z.Data());
     });
-    for (const GuardedArray<double>* component :
+    for (GuardedArray<double> const* component :
          {&second.x, &second.y, &second.z, &third.x, &third.y, &third.z})
       file_.Write("of the second and third", mesh_.NCell(), component->Data());
   }

@@ -10,10 +10,10 @@ namespace {
 using namespace gradient_test;
 
 /// A cell with neighbours in the given directions behind walls.
-MeshDescription CellWithNeighbours(const std::vector<Vector3>& offsets) {
+MeshDescription CellWithNeighbours(std::vector<Vector3> const& offsets) {
   MeshDescription mesh;
   mesh.AddInteriorCell({}, 1.0);
-  for (const Vector3& offset : offsets)
+  for (Vector3 const& offset : offsets)
     mesh.wall.push_back({1, mesh.AddOuterCell(offset), {1.0, 0.0, 0.0}, {}, 0.5, 0});
   return mesh;
 }
@@ -22,14 +22,14 @@ MeshDescription CellWithNeighbours(const std::vector<Vector3>& offsets) {
 
 // Optimisers may move a division out of the part in which it must not trap, so every build has to show that it does not.
 void SolveSingularCellsWithTrapsArmed() {
-  const Vector3 x = {1.0, 0.0, 0.0}, y = {0.0, 1.0, 0.0}, z = {0.0, 0.0, 1.0};
-  for (const std::vector<Vector3>& offsets : {std::vector{x, y}, std::vector{x, z}, std::vector{y, z}}) {
-    const MeshDescription mesh = CellWithNeighbours(offsets);
+  Vector3 const x = {1.0, 0.0, 0.0}, y = {0.0, 1.0, 0.0}, z = {0.0, 0.0, 1.0};
+  for (std::vector<Vector3> const& offsets : {std::vector{x, y}, std::vector{x, z}, std::vector{y, z}}) {
+    MeshDescription const mesh = CellWithNeighbours(offsets);
     TestHost host(mesh, NoExchange());
     ConnectedOperator op(host, 1);
     GuardedGradient g(mesh.NCell());
     GuardedArray<double> phi(mesh.NCell(), 2.0);
-    const ArmedTraps traps;
+    ArmedTraps const traps;
     op.gradient.Initialize();
     op.gradient.GradMethod(phi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
   }

@@ -12,8 +12,8 @@
 namespace {
 
 /// The file that the loader took the library from.
-const char* LibraryInUse() {
-  const void* const initialize = dlsym(RTLD_DEFAULT, "_ZN17COperatorGradient10InitializeEv");
+char const* LibraryInUse() {
+  void const* const initialize = dlsym(RTLD_DEFAULT, "_ZN17COperatorGradient10InitializeEv");
   Dl_info info;
   return initialize != nullptr && dladdr(initialize, &info) != 0 ? info.dli_fname : "unknown";
 }
@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
     bits_dump::WritePointOperator(file);
     bits_dump::SolveSingularCellsWithTrapsArmed();
     file.Close();
-  } catch (const std::exception& error) {
+  } catch (std::exception const& error) {
     std::fprintf(stderr, "bits_dump: %s\n", error.what());
     return 1;
   }

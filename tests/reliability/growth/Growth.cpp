@@ -23,9 +23,9 @@ void* Allocate(std::size_t size) {
 /// The sum in the file that callgrind has written last; it numbers them.
 std::uint64_t LastSummary() {
   static int number = 0;
-  const char* const file = std::getenv("ZYN_GROWTH_FILE");
+  char const* const file = std::getenv("ZYN_GROWTH_FILE");
   if (file == nullptr) return 0;
-  const std::string name = std::string(file) + "." + std::to_string(++number);
+  std::string const name = std::string(file) + "." + std::to_string(++number);
   std::ifstream in(name);
   std::uint64_t summary = 0;
   for (std::string line; std::getline(in, line);) {
@@ -41,14 +41,14 @@ std::uint64_t LastSummary() {
 /// n log n doubles to 2.2 times as much at the sizes of these tests; a square would be 4.
 constexpr double kMost = 2.6, kLeast = 1.4;
 
-void ExpectGrowth(int n, const std::function<std::function<void()>(int)>& prepare, double least) {
+void ExpectGrowth(int n, std::function<std::function<void()>(int)> const& prepare, double least) {
   ASSERT_NE(RUNNING_ON_VALGRIND, 0U) << "this program counts instructions by callgrind; ctest runs it so";
-  const Cost once = Measure(prepare(n)), twice = Measure(prepare(2 * n));
+  Cost const once = Measure(prepare(n)), twice = Measure(prepare(2 * n));
   ASSERT_GT(once.instructions, 0U);
-  const auto ratio = [](std::uint64_t a, std::uint64_t b) {
+  auto const ratio = [](std::uint64_t a, std::uint64_t b) {
     return static_cast<double>(a) / static_cast<double>(b);
   };
-  const double instructions = ratio(twice.instructions, once.instructions);
+  double const instructions = ratio(twice.instructions, once.instructions);
   EXPECT_LT(instructions, kMost) << once.instructions << " instructions, then " << twice.instructions;
   EXPECT_GT(instructions, least) << once.instructions << " instructions, then " << twice.instructions;
   EXPECT_LT(ratio(twice.allocatedBytes, once.allocatedBytes), kMost)
@@ -65,21 +65,21 @@ void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
 void operator delete[](void* block, std::size_t) noexcept { std::free(block); }
 
-Cost Measure(const std::function<void()>& work) {
-  const std::uint64_t before = nAllocated;
+Cost Measure(std::function<void()> const& work) {
+  std::uint64_t const before = nAllocated;
   CALLGRIND_START_INSTRUMENTATION;
   CALLGRIND_ZERO_STATS;
   work();
   CALLGRIND_DUMP_STATS;
   CALLGRIND_STOP_INSTRUMENTATION;
-  const std::uint64_t allocated = nAllocated - before;
+  std::uint64_t const allocated = nAllocated - before;
   return {LastSummary(), allocated};
 }
 
-void ExpectLinear(int n, const std::function<std::function<void()>(int)>& prepare) {
+void ExpectLinear(int n, std::function<std::function<void()>(int)> const& prepare) {
   ExpectGrowth(n, prepare, kLeast);
 }
 
-void ExpectAtMostLinear(int n, const std::function<std::function<void()>(int)>& prepare) {
+void ExpectAtMostLinear(int n, std::function<std::function<void()>(int)> const& prepare) {
   ExpectGrowth(n, prepare, 0.0);
 }

@@ -12,11 +12,11 @@ struct Cost {
 
 /// Runs the work once. The program must run under valgrind --tool=callgrind --instr-atstart=no with
 /// --callgrind-out-file=$ZYN_GROWTH_FILE.
-Cost Measure(const std::function<void()>& work);
+Cost Measure(std::function<void()> const& work);
 
 /// Does `prepare(n)` and `prepare(2 n)`, which give the work on an input of that size, and expects that twice the input
 /// costs about twice as much, a logarithm granted, and not much less, which would mean that n counts for nothing.
-void ExpectLinear(int n, const std::function<std::function<void()>(int)>& prepare);
+void ExpectLinear(int n, std::function<std::function<void()>(int)> const& prepare);
 
 /// The same where the first byte that is too many ends the work: twice the input costs no more than twice.
-void ExpectAtMostLinear(int n, const std::function<std::function<void()>(int)>& prepare);
+void ExpectAtMostLinear(int n, std::function<std::function<void()>(int)> const& prepare);

@@ -12,14 +12,14 @@ namespace growth {
 
 /// n unit cubes in a row along x. Node 4 i + k is corner k of the square at x = i.
 inline std::array<int, 8> NodesOfCube(int cube) {
-  const int n = 4 * cube;
+  int const n = 4 * cube;
   return {n, n + 4, n + 5, n + 1, n + 3, n + 7, n + 6, n + 2};
 }
 
 inline std::vector<reference_host::Point> PointsOfRow(int nCubes) {
   std::vector<reference_host::Point> points;
   for (int i = 0; i <= nCubes; ++i) {
-    for (const std::array<double, 2>& yz : {std::array<double, 2>{0, 0}, {1, 0}, {1, 1}, {0, 1}})
+    for (std::array<double, 2> const& yz : {std::array<double, 2>{0, 0}, {1, 0}, {1, 1}, {0, 1}})
       points.push_back({double(i), yz[0], yz[1]});
   }
   return points;
@@ -30,12 +30,12 @@ inline GmshTestMesh GmshRow(int nCubes, int nNames) {
   GmshTestMesh mesh;
   mesh.points = PointsOfRow(nCubes);
   for (int i = 0; i < nCubes; ++i) {
-    const int n = 4 * i;
+    int const n = 4 * i;
     mesh.elements.push_back({3, 2 * i + 1, nNames == 0 ? 0 : i % nNames + 1, {}});
-    for (const int node : {n, n + 4, n + 5, n + 1})
+    for (int const node : {n, n + 4, n + 5, n + 1})
       mesh.elements.back().nodes.push_back(GmshTestMesh::NodeTag(node));
     mesh.elements.push_back({5, 2 * i + 2, 0, {}});
-    for (const int node : NodesOfCube(i)) mesh.elements.back().nodes.push_back(GmshTestMesh::NodeTag(node));
+    for (int const node : NodesOfCube(i)) mesh.elements.back().nodes.push_back(GmshTestMesh::NodeTag(node));
   }
   if (nNames == 0) return mesh;
   mesh.physicalNames = "$PhysicalNames\n" + std::to_string(nNames) + "\n";
@@ -46,7 +46,7 @@ inline GmshTestMesh GmshRow(int nCubes, int nNames) {
 }
 
 /// `unit`, n times.
-inline std::string Times(int n, const std::string& unit) {
+inline std::string Times(int n, std::string const& unit) {
   std::string text;
   for (int i = 0; i < n; ++i) text += unit;
   return text;

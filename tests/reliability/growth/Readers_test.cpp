@@ -36,18 +36,18 @@ using reference_host::PolyMeshBoundary;
 
 using Work = std::function<void()>;
 
-Work ReadAndCheck(const std::string& path) {
+Work ReadAndCheck(std::string const& path) {
   return [path] { reference_host::CheckMesh(reference_host::ReadMesh(path), path); };
 }
 
 /// Work that ends with a message, which is one line of moderate length.
 template <class Error>
-Work Refused(const Work& work) {
+Work Refused(Work const& work) {
   return [work] {
     try {
       work();
       ADD_FAILURE() << "not refused";
-    } catch (const Error& error) {
+    } catch (Error const& error) {
       EXPECT_LT(std::string(error.what()).size(), 2000U);
     }
   };
@@ -57,7 +57,7 @@ Work Refused(const Work& work) {
 
 class GmshGrowth : public testing::TestWithParam<std::pair<std::string, bool>> {
  protected:
-  Work Read(const GmshTestMesh& mesh) {
+  Work Read(GmshTestMesh const& mesh) {
     return ReadAndCheck(folder_.Write("a.msh", WriteGmsh(mesh, GetParam().first, GetParam().second)));
   }
   TemporaryFolder folder_;
@@ -85,9 +85,9 @@ INSTANTIATE_TEST_SUITE_P(Formats, GmshGrowth,
                                          std::pair("4.1", false), std::pair("4.1", true)));
 
 TEST(GmshSectionsGrowth, IsLinearInUnknownSections) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(2000, [&](int n) {
-    const std::string whole = WriteGmsh(GmshRow(1, 0), "2.2", false);
+    std::string const whole = WriteGmsh(GmshRow(1, 0), "2.2", false);
     return ReadAndCheck(folder.Write("a.msh", whole + Times(n, "$Comment\nsome text\n$EndComment\n")));
   });
 }
@@ -100,8 +100,8 @@ FaceMesh Row(int nCubes, int nPatches) {
   reference_host::FaceMeshBuilder builder("row", PointsOfRow(nCubes), patches);
   for (int i = 0; i < nCubes; ++i) {
     builder.AddCell(reference_host::CellShape::Hexahedron, NodesOfCube(i).data());
-    const int n = 4 * i;
-    const std::array<int, 4> bottom = {n, n + 4, n + 5, n + 1};
+    int const n = 4 * i;
+    std::array<int, 4> const bottom = {n, n + 4, n + 5, n + 1};
     builder.AddSurface(bottom.data(), 4, i % nPatches);
   }
   FaceMesh mesh = builder.Build();
@@ -110,7 +110,7 @@ FaceMesh Row(int nCubes, int nPatches) {
 }
 
 TEST(PolyMeshGrowth, IsLinearInCells) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(300, [&](int n) {
     foam_test::WriteMesh(folder.Path(), Row(n, 1));
     return ReadAndCheck(folder.Path());
@@ -118,7 +118,7 @@ TEST(PolyMeshGrowth, IsLinearInCells) {
 }
 
 TEST(PolyMeshGrowth, IsLinearInPatches) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(300, [&](int n) {
     foam_test::WriteMesh(folder.Path(), Row(n, n));
     return ReadAndCheck(folder.Path());
@@ -126,7 +126,7 @@ TEST(PolyMeshGrowth, IsLinearInPatches) {
 }
 
 TEST(PolyMeshGrowth, IsLinearInNestedEntries) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(20000, [&](int n) {
     FaceMesh mesh = Row(1, 1);
     foam_test::WriteMesh(folder.Path(), mesh, {{"wall0", "more { " + Times(n, "(") + Times(n, ")") + " } "}});
@@ -135,7 +135,7 @@ TEST(PolyMeshGrowth, IsLinearInNestedEntries) {
 }
 
 TEST(DecomposedCaseGrowth, IsLinearInCuts) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(300, [&](int n) {
     FaceMesh mesh = Row(n, n);
     foam_test::PatchEntries entries;
@@ -172,17 +172,17 @@ PolyMeshBoundary Patches(int n) {
   return boundary;
 }
 
-Work ReadField(const TemporaryFolder& folder, const std::string& entries, const PolyMeshBoundary& boundary) {
-  const std::string file =
+Work ReadField(TemporaryFolder const& folder, std::string const& entries, PolyMeshBoundary const& boundary) {
+  std::string const file =
       folder.Write("p", foam_test::Header("volScalarField") + "internalField uniform 0;\nboundaryField {\n" +
                             entries + "\n}\n");
   return [file, boundary] { reference_host::ReadFoamField(file, 1, boundary); };
 }
 
-std::string Entry(const std::string& key) { return key + " { type fixedValue; value uniform 1; }\n"; }
+std::string Entry(std::string const& key) { return key + " { type fixedValue; value uniform 1; }\n"; }
 
 TEST(FoamFieldGrowth, IsLinearInNamedPatches) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(500, [&](int n) {
     std::string entries;
     for (int p = 0; p < n; ++p) entries += Entry("blade" + std::to_string(p) + "side");
@@ -191,11 +191,11 @@ TEST(FoamFieldGrowth, IsLinearInNamedPatches) {
 }
 
 TEST(FoamFieldGrowth, IsLinearInPatternsAndPatchesTogether) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(100, [&](int n) {
     std::string entries;
     for (int p = 0; p < n; ++p) {
-      const std::string number = std::to_string(p);
+      std::string const number = std::to_string(p);
       entries += Entry("\"blade" + number + "s.*\"") + Entry("\".*e" + number + "side\"") +
                  Entry("\"blade" + number + "side\"");
     }
@@ -204,7 +204,7 @@ TEST(FoamFieldGrowth, IsLinearInPatternsAndPatchesTogether) {
 }
 
 TEST(FoamFieldGrowth, IsLinearInPatternsOfAnyKind) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(500, [&](int n) {
     std::string entries;
     for (int p = 0; p < n; ++p) entries += Entry("\".*(" + std::to_string(p) + "|x)+[a-z].*\"");
@@ -213,13 +213,13 @@ TEST(FoamFieldGrowth, IsLinearInPatternsOfAnyKind) {
 }
 
 TEST(FoamFieldGrowth, IsLinearInTheLengthOfAPattern) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(
       60, [&](int n) { return ReadField(folder, Entry("\"" + Times(n, "(a*|b)*") + "\""), Patches(200)); });
 }
 
 TEST(FoamFieldGrowth, IsLinearInTheLengthOfPatternsThatAreTooLong) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(20000, [&](int n) {
     return Refused<reference_host::MeshError>(
         ReadField(folder, Entry("\"" + Times(n, "(") + Times(n, ")") + "\""), Patches(1)));
@@ -227,14 +227,14 @@ TEST(FoamFieldGrowth, IsLinearInTheLengthOfPatternsThatAreTooLong) {
 }
 
 TEST(FoamFieldGrowth, IsLinearInNestedEntries) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(20000, [&](int n) {
     return ReadField(folder, "x { type slip; more " + Times(n, "{ a (") + Times(n, ") }") + " }", Patches(1));
   });
 }
 
 TEST(FoamFieldGrowth, IsLinearInValues) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(5000, [&](int n) {
     PolyMeshBoundary boundary;
     boundary.owner.assign(static_cast<std::size_t>(n), 0);
@@ -249,7 +249,7 @@ TEST(FoamFieldGrowth, IsLinearInValues) {
 
 // Repeated values are a few bytes for any number, so that only what patches have of them may be written out.
 TEST(FoamFieldGrowth, IsLinearInRepeatedValues) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(300, [&](int n) {
     PolyMeshBoundary boundary = Patches(1);
     boundary.owner.assign(static_cast<std::size_t>(10 * n), 0);
@@ -264,36 +264,36 @@ TEST(FoamFieldGrowth, IsLinearInRepeatedValues) {
 
 // CSV files.
 
-Work ReadCsv(const TemporaryFolder& folder, const std::string& text) {
-  const std::string file = folder.Write("points.csv", text);
+Work ReadCsv(TemporaryFolder const& folder, std::string const& text) {
+  std::string const file = folder.Write("points.csv", text);
   return [file] { zyngrad::ReadPoints(file, {"value"}); };
 }
 
 TEST(CsvGrowth, IsLinearInPoints) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(1000, [&](int n) { return ReadCsv(folder, "x,y,z,t\n" + Times(n, "1.5,2,3e-1,abc\n")); });
 }
 
 TEST(CsvGrowth, IsLinearInColumns) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(1000, [&](int n) {
     return ReadCsv(folder, "x,y,z" + Times(n, ",t") + "\n" + "1,2,3" + Times(n, ",4") + "\n");
   });
 }
 
 TEST(CsvGrowth, IsLinearInDoubledQuotes) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(4000, [&](int n) { return ReadCsv(folder, "x,y,z,\"" + Times(n, "\"\"") + "\"\n1,2,3,4\n"); });
 }
 
 TEST(CsvGrowth, IsLinearInBlankLines) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(5000, [&](int n) { return ReadCsv(folder, "x,y,z\n" + Times(n, "\n") + "1,2,3\n"); });
 }
 
 // Formulas.
 
-Work Evaluate(const std::string& text) {
+Work Evaluate(std::string const& text) {
   return [text] { zyngrad::Expression(text).Value(1, 2, 3); };
 }
 
@@ -323,9 +323,9 @@ TEST(FormulaGrowth, IsLinearInTheLengthOfAnUnknownName) {
 
 #ifdef ZYN_WITH_CGNS
 
-Work ReadCgnsFile(const TemporaryFolder& folder, int n, const std::function<void(CgnsTestFile&)>& describe) {
+Work ReadCgnsFile(TemporaryFolder const& folder, int n, std::function<void(CgnsTestFile&)> const& describe) {
   cg_set_file_type(CG_FILE_ADF);  // HDF5 takes ten times the instructions for opening a file, all of its own
-  const std::string file = folder.Path() + "/" + std::to_string(n) + ".cgns";
+  std::string const file = folder.Path() + "/" + std::to_string(n) + ".cgns";
   describe(*std::make_unique<CgnsTestFile>(file));
   return ReadAndCheck(file);
 }
@@ -333,7 +333,7 @@ Work ReadCgnsFile(const TemporaryFolder& folder, int n, const std::function<void
 std::vector<cgsize_t> ElementsOfRow(int nCubes) {
   std::vector<cgsize_t> nodes;
   for (int i = 0; i < nCubes; ++i) {
-    for (const int node : NodesOfCube(i)) nodes.push_back(node + 1);
+    for (int const node : NodesOfCube(i)) nodes.push_back(node + 1);
   }
   return nodes;
 }
@@ -345,37 +345,37 @@ void WriteRow(CgnsTestFile& file, int nCubes) {
 }
 
 TEST(CgnsGrowth, IsLinearInCells) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(
       1500, [&](int n) { return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) { WriteRow(file, n); }); });
 }
 
 TEST(CgnsGrowth, IsLinearInPolygons) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(1000, [&](int n) {
     return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
-      const FaceMesh mesh = Row(n, 1);
+      FaceMesh const mesh = Row(n, 1);
       file.Base();
       file.Zone(mesh.points, n);
       std::vector<cgsize_t> nodes, offsets = {0}, parents;
-      for (const int node : mesh.faceNode) nodes.push_back(node + 1);
+      for (int const node : mesh.faceNode) nodes.push_back(node + 1);
       for (int f = 0; f < mesh.nFaces(); ++f) {
         offsets.push_back(static_cast<cgsize_t>(mesh.faceStart[static_cast<std::size_t>(f) + 1]));
         parents.push_back(mesh.nFaces() + 1 + mesh.owner[static_cast<std::size_t>(f)]);
       }
-      for (const int cell : mesh.neighbour) parents.push_back(cell < 0 ? 0 : mesh.nFaces() + 1 + cell);
+      for (int const cell : mesh.neighbour) parents.push_back(cell < 0 ? 0 : mesh.nFaces() + 1 + cell);
       file.Section("Faces", CGNS_ENUMV(NGON_n), 1, mesh.nFaces(), nodes, offsets, parents);
     });
   });
 }
 
 TEST(CgnsGrowth, IsLinearInSections) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(60, [&](int n) {
     return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
       file.Base();
       file.Zone(PointsOfRow(n), n);
-      const std::vector<cgsize_t> nodes = ElementsOfRow(n);
+      std::vector<cgsize_t> const nodes = ElementsOfRow(n);
       for (int i = 0; i < n; ++i) {
         file.Section("S" + std::to_string(i), CGNS_ENUMV(HEXA_8), i + 1, i + 1,
                      {nodes.begin() + 8 * i, nodes.begin() + 8 * (i + 1)});
@@ -386,13 +386,13 @@ TEST(CgnsGrowth, IsLinearInSections) {
 
 // Each set of nodes has one face, but every set could look at every face.
 TEST(CgnsGrowth, IsLinearInConditionsByNodes) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(600, [&](int n) {
     return ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
-      const int perCondition = 4;
+      int const perCondition = 4;
       WriteRow(file, perCondition * n);
       for (int i = 0; i < n; ++i) {
-        const cgsize_t k = 4 * cgsize_t{perCondition} * i;
+        cgsize_t const k = 4 * cgsize_t{perCondition} * i;
         file.Condition("C" + std::to_string(i), CGNS_ENUMV(BCWall), CGNS_ENUMV(PointList),
                        {k + 1, k + 2, k + 5, k + 6}, CGNS_ENUMV(Vertex));
       }
@@ -401,7 +401,7 @@ TEST(CgnsGrowth, IsLinearInConditionsByNodes) {
 }
 
 TEST(CgnsGrowth, IsLinearInZonesThatAreTooMany) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectLinear(60, [&](int n) {
     return Refused<reference_host::MeshError>(ReadCgnsFile(folder, n, [n](CgnsTestFile& file) {
       file.Base();

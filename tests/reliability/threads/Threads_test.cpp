@@ -27,8 +27,8 @@ constexpr int kThreads = 4;
 class Parts {
  public:
   explicit Parts(int nParts) : group_(nParts) {
-    const auto mesh = test_meshes::Perturbed(test_meshes::HexBox(12, 10, 8), 0.02);
-    for (const auto& part :
+    auto const mesh = test_meshes::Perturbed(test_meshes::HexBox(12, 10, 8), 0.02);
+    for (auto const& part :
          reference_host::SplitMesh(mesh, test_meshes::RunParts(mesh.nCells, nParts), nParts))
       parts_.push_back(std::make_unique<HostPartition>(part));
     ForEach([](HostPartition& own, CCommunication& exchange, CZYNCom&) { own.CompleteHalo(exchange); });
@@ -52,7 +52,7 @@ class Parts {
 };
 
 Field Smooth(HostPartition& own) {
-  const CZYN3DFiniteVolumeMesh& mesh = *own.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
   Field phi(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
   for (int c = 1; c <= mesh.NCell; ++c)
     phi[static_cast<std::size_t>(c)] = std::sin(3 * mesh.xc[c]) + mesh.yc[c] * mesh.zc[c];
@@ -81,7 +81,7 @@ std::vector<Field> LeastSquares(int nParts, int nThreads) {
   std::vector<Field> results(static_cast<std::size_t>(nParts));
   std::vector<int> nRunning(static_cast<std::size_t>(nParts), 0);
   parts.ForEach([&](HostPartition& own, CCommunication& exchange, CZYNCom& reduction) {
-    const std::size_t p = static_cast<std::size_t>(own.part());
+    std::size_t const p = static_cast<std::size_t>(own.part());
     omp_set_dynamic(0);
     omp_set_num_threads(nThreads);
 #pragma omp parallel
@@ -115,13 +115,13 @@ void AtTheSameTime(Body body) {
 TEST(Threads, OperatorsOfSeveralThreadsShareAMesh) {
   Parts parts(1);
   std::vector<Field> results(kThreads), alone(2);
-  const auto run = [&](std::size_t t) {
+  auto const run = [&](std::size_t t) {
     reference_host::InProcessGroup group(1);
     reference_host::InProcessCommunication exchange(group, parts.Part(0));
     reference_host::InProcessReduction reduction(group);
     return Gradient(parts.Part(0), exchange, reduction, static_cast<int>(t % 2));
   };
-  for (const std::size_t type : {0u, 1u}) alone[type] = run(type);
+  for (std::size_t const type : {0u, 1u}) alone[type] = run(type);
   AtTheSameTime([&](std::size_t t) { results[t] = run(t); });
   for (std::size_t t = 0; t < results.size(); ++t) EXPECT_EQ(alone[t % 2], results[t]) << "thread " << t;
 }
@@ -156,16 +156,16 @@ TEST(Threads, PointsSetUpOnceServeSeveralThreads) {
   ::testing::internal::GetCapturedStdout();
 
   Field phi = Smooth(own);
-  const auto values = [&] {
+  auto const values = [&] {
     Field value(kPoints + 1), dx(value), dy(value), dz(value);
     for (int repetition = 0; repetition < 20; ++repetition)
       op.Multiply_IBRBFCoefficent(phi.data(), value.data(), dx.data(), dy.data(), dz.data());
     return value;
   };
-  const Field alone = values();
+  Field const alone = values();
   std::vector<Field> results(kThreads);
   AtTheSameTime([&](std::size_t t) { results[t] = values(); });
-  for (const Field& result : results) EXPECT_EQ(alone, result);
+  for (Field const& result : results) EXPECT_EQ(alone, result);
 }
 
 }  // namespace

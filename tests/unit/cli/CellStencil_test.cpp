@@ -19,26 +19,26 @@ using reference_host::BoundaryGroup;
 using reference_host::HostPartition;
 
 /// A box with two symmetry planes, at zmin and ymin.
-std::unique_ptr<HostPartition> BoxOnSymmetry(const std::string& spec) {
+std::unique_ptr<HostPartition> BoxOnSymmetry(std::string const& spec) {
   reference_host::FaceMesh mesh = BoxWithGroups(spec);
   for (auto& patch : mesh.patches) {
     if (patch.name == "wall_zmin" || patch.name == "wall_ymin") patch.group = BoundaryGroup::Symmetry;
   }
-  const std::vector<int> partOfCell(static_cast<std::size_t>(mesh.nCells), 0);
+  std::vector<int> const partOfCell(static_cast<std::size_t>(mesh.nCells), 0);
   return std::make_unique<HostPartition>(SplitMesh(mesh, partOfCell, 1).front());
 }
 
-int CellNumbered(const HostPartition& partition, std::int64_t number) {
-  const auto& numbers = partition.globalCell();
+int CellNumbered(HostPartition const& partition, std::int64_t number) {
+  auto const& numbers = partition.globalCell();
   return static_cast<int>(std::find(numbers.begin() + 1, numbers.end(), number) - numbers.begin());
 }
 
 TEST(CellStencil, OfTheMiddleCellOfABoxHasItsSixNeighbours) {
-  const auto partition = BoxPartition("box:3,3,3");
-  const CellStencil stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 14), {});
+  auto const partition = BoxPartition("box:3,3,3");
+  CellStencil const stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 14), {});
   ASSERT_EQ(stencil.members.size(), 7U);
   EXPECT_EQ(stencil.members.front().cell, 14);
-  for (const StencilMember& member : stencil.members) {
+  for (StencilMember const& member : stencil.members) {
     EXPECT_EQ(member.place, "interior");
     EXPECT_FALSE(member.atOrigin);
   }
@@ -49,10 +49,10 @@ TEST(CellStencil, OfTheMiddleCellOfABoxHasItsSixNeighbours) {
 }
 
 TEST(CellStencil, HasTheWeightsThatSolveItsSystem) {
-  const auto partition = BoxPartition("box:3,3,3:tet:perturb=0.2,seed=3");
-  for (const bool shapeNormalize : {false, true}) {
-    const CellStencil stencil = DeriveCellStencil(*partition, 1, {5.0, shapeNormalize});
-    const std::size_t n = stencil.members.size();
+  auto const partition = BoxPartition("box:3,3,3:tet:perturb=0.2,seed=3");
+  for (bool const shapeNormalize : {false, true}) {
+    CellStencil const stencil = DeriveCellStencil(*partition, 1, {5.0, shapeNormalize});
+    std::size_t const n = stencil.members.size();
     ASSERT_EQ(stencil.matrix.size(), (n + 1) * (n + 1));
     // A_kj is the kernel between members k and j; row 0 is centred on the cell, where the kernel has no slope.
     double slope = stencil.multiplier.x, last = 0.0;
@@ -67,10 +67,10 @@ TEST(CellStencil, HasTheWeightsThatSolveItsSystem) {
 }
 
 TEST(CellStencil, NamesTheBoundaryOfAFace) {
-  const auto partition = BoxPartition("box:3,3,3");
-  const CellStencil stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 1), {});
+  auto const partition = BoxPartition("box:3,3,3");
+  CellStencil const stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 1), {});
   std::vector<std::string> boundaries;
-  for (const StencilMember& member : stencil.members) {
+  for (StencilMember const& member : stencil.members) {
     if (member.cell == 0) boundaries.push_back(member.place);
   }
   std::sort(boundaries.begin(), boundaries.end());
@@ -78,11 +78,11 @@ TEST(CellStencil, NamesTheBoundaryOfAFace) {
 }
 
 TEST(CellStencil, MarksTheSideCellsOfSymmetryFaces) {
-  const auto partition = BoxOnSymmetry("box:3,3,3");
-  const CellStencil stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 5), {});
-  const auto isMarked = [](const StencilMember& member) { return member.atOrigin; };
+  auto const partition = BoxOnSymmetry("box:3,3,3");
+  CellStencil const stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 5), {});
+  auto const isMarked = [](StencilMember const& member) { return member.atOrigin; };
   ASSERT_EQ(std::count_if(stencil.members.begin(), stencil.members.end(), isMarked), 1);
-  const auto marked = std::find_if(stencil.members.begin(), stencil.members.end(), isMarked);
+  auto const marked = std::find_if(stencil.members.begin(), stencil.members.end(), isMarked);
   EXPECT_EQ(marked->place, "wall_zmin");
   EXPECT_EQ(marked->point.x, 0.0);
   std::ostringstream report;
@@ -91,24 +91,24 @@ TEST(CellStencil, MarksTheSideCellsOfSymmetryFaces) {
 }
 
 TEST(CellStencil, LeavesTheHostAlive) {
-  const auto partition = BoxPartition("box:2,2,2");
+  auto const partition = BoxPartition("box:2,2,2");
   DeriveCellStencil(*partition, 1, {});
   EXPECT_EQ(partition->partitionFaces()->NParInterFace(), 0);
   EXPECT_EQ(DeriveCellStencil(*partition, 2, {}).members.size(), 7U);
 }
 
 TEST(CellStencilReport, HasTheSumsAndTheCondition) {
-  const auto partition = BoxPartition("box:3,3,3");
+  auto const partition = BoxPartition("box:3,3,3");
   std::ostringstream report;
   PrintCellStencil(report, DeriveCellStencil(*partition, 1, {}));
-  for (const char* text :
+  for (char const* text :
        {"support radius", "sum of the weights", "multiplier", "both", "of order 8 (1-norm, estimate): "})
     EXPECT_NE(report.str().find(text), std::string::npos) << text;
 }
 
 TEST(RadialBasisRemarks, CountCellsBesideSymmetryFacesOnce) {
-  const auto box = BoxOnSymmetry("box:4,3,2");
-  const auto remarks = RadialBasisRemarks(TestRanks(), *box, {});
+  auto const box = BoxOnSymmetry("box:4,3,2");
+  auto const remarks = RadialBasisRemarks(TestRanks(), *box, {});
   ASSERT_EQ(remarks.size(), 1U);
   // 4 * 3 at zmin and 4 * 2 at ymin, with an edge of 4 in common.
   EXPECT_NE(remarks.front().find("in 16 cells"), std::string::npos) << remarks.front();

@@ -19,41 +19,41 @@ namespace {
 using reference_host::BoundaryGroup;
 using reference_host::LoadedMesh;
 
-constexpr const char* kNowhere = "/dev/null";
+constexpr char const* kNowhere = "/dev/null";
 
-LoadedMesh Load(const std::string& box, const std::map<std::string, BoundaryGroup>& groups = {}) {
+LoadedMesh Load(std::string const& box, std::map<std::string, BoundaryGroup> const& groups = {}) {
   return reference_host::LoadMesh(TestRanks().communicator(), box, groups, {});
 }
 
-const GradientMethod& Method(const std::string& name) {
-  const auto& all = GradientMethods();
-  return *std::find_if(all.begin(), all.end(), [&](const GradientMethod& m) { return name == m.name; });
+GradientMethod const& Method(std::string const& name) {
+  auto const& all = GradientMethods();
+  return *std::find_if(all.begin(), all.end(), [&](GradientMethod const& m) { return name == m.name; });
 }
 
-std::uint32_t NotFinite(const std::string& name) {
+std::uint32_t NotFinite(std::string const& name) {
   return GradientNotFinite(static_cast<std::size_t>(&Method(name) - GradientMethods().data()));
 }
 
-std::vector<CheckedSystem> Check(LoadedMesh& mesh, const std::vector<std::string>& methods,
-                                 const RadialBasisSettings& settings = {}) {
+std::vector<CheckedSystem> Check(LoadedMesh& mesh, std::vector<std::string> const& methods,
+                                 RadialBasisSettings const& settings = {}) {
   CellCheckCase theCase;
-  for (const std::string& name : methods) theCase.methods.push_back(&Method(name));
+  for (std::string const& name : methods) theCase.methods.push_back(&Method(name));
   theCase.radialBasis = settings;
   theCase.logFile = kNowhere;
   return CheckCells(TestRanks(), mesh, theCase);
 }
 
-int Count(const std::vector<CheckedSystem>& cells, std::uint32_t finding) {
-  return static_cast<int>(std::count_if(cells.begin(), cells.end(), [finding](const CheckedSystem& cell) {
+int Count(std::vector<CheckedSystem> const& cells, std::uint32_t finding) {
+  return static_cast<int>(std::count_if(cells.begin(), cells.end(), [finding](CheckedSystem const& cell) {
     return (cell.findings & finding) != 0;
   }));
 }
 
-const std::vector<std::string> kAll = {"plain", "iterated", "weighted", "lsq", "vector", "rbf"};
+std::vector<std::string> const kAll = {"plain", "iterated", "weighted", "lsq", "vector", "rbf"};
 
 TEST(CheckCells, FindsNothingWrongInASoundBox) {
   LoadedMesh mesh = Load("box:4,4,4:tet");
-  for (const CheckedSystem& cell : Check(mesh, kAll)) {
+  for (CheckedSystem const& cell : Check(mesh, kAll)) {
     EXPECT_EQ(InWords(cell.findings), "") << cell.number;
     EXPECT_EQ(cell.members, 5);
     EXPECT_GT(cell.condition, 1.0);
@@ -68,7 +68,7 @@ TEST(CheckCells, MarksBoundaryCells) {
 
 TEST(CheckCells, FindsCellsBesideSymmetryFacesAndTheirMembersAtTheOrigin) {
   LoadedMesh mesh = Load("box:3,3,3", {{"wall_zmin", BoundaryGroup::Symmetry}});
-  const auto cells = Check(mesh, {"rbf"});
+  auto const cells = Check(mesh, {"rbf"});
   EXPECT_EQ(Count(cells, kIsBesideSymmetry), 9);
   EXPECT_EQ(Count(cells, kHasMemberAtOrigin), 9);
   EXPECT_EQ(Count(cells, kHasCoincidentMembers), 0);
@@ -77,7 +77,7 @@ TEST(CheckCells, FindsCellsBesideSymmetryFacesAndTheirMembersAtTheOrigin) {
 TEST(CheckCells, FindsTwoSymmetryFacesToBeOneMember) {
   LoadedMesh mesh =
       Load("box:3,3,3", {{"wall_zmin", BoundaryGroup::Symmetry}, {"wall_ymin", BoundaryGroup::Symmetry}});
-  const auto cells = Check(mesh, {"rbf"});
+  auto const cells = Check(mesh, {"rbf"});
   EXPECT_EQ(Count(cells, kHasCoincidentMembers), 3);
   EXPECT_EQ(Count(cells, kIsSingular), 3);
 }
@@ -85,12 +85,12 @@ TEST(CheckCells, FindsTwoSymmetryFacesToBeOneMember) {
 TEST(CheckCells, FindsTwoCentresInOnePlace) {
   LoadedMesh mesh = Load("box:5,1,1");
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
-  const int a = m.ijCV[2], b = m.ij[2];
+  int const a = m.ijCV[2], b = m.ij[2];
   m.xc[b] = m.xc[a];
-  const auto cells = Check(mesh, {"rbf"});
+  auto const cells = Check(mesh, {"rbf"});
   EXPECT_EQ(Count(cells, kHasCoincidentMembers), 2);
   EXPECT_EQ(Count(cells, kIsSingular), 2);
-  for (const int c : {a, b}) {
+  for (int const c : {a, b}) {
     EXPECT_TRUE(std::isinf(cells[static_cast<std::size_t>(c) - 1].skewness));
     EXPECT_LT(cells[static_cast<std::size_t>(c) - 1].nonOrthogonality, 1.0);
   }
@@ -100,10 +100,10 @@ TEST(CheckCells, FindsANeighbourListedTwice) {
   LoadedMesh mesh = Load("box:3,1,1");
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
   int* const row = m.CellCell[m.ijCV[1]];
-  const int neighbour = m.ij[1];
+  int const neighbour = m.ij[1];
   int* const ghost = std::find_if(row + 1, row + 1 + row[0], [&](int c) { return c > m.NInnerCells; });
   *ghost = neighbour;
-  const auto cells = Check(mesh, {"rbf"});
+  auto const cells = Check(mesh, {"rbf"});
   EXPECT_EQ(Count(cells, kHasRepeatedMember), 1);
   EXPECT_EQ(Count(cells, kHasCoincidentMembers), 0);
 }
@@ -118,16 +118,16 @@ LoadedMesh FlatCell(double* CZYN3DFiniteVolumeMesh::*centres) {
 }
 
 TEST(CheckCells, FindsTheZeroPivotThatStopsLeastSquares) {
-  for (const auto axis : {&CZYN3DFiniteVolumeMesh::xc, &CZYN3DFiniteVolumeMesh::yc}) {
+  for (auto const axis : {&CZYN3DFiniteVolumeMesh::xc, &CZYN3DFiniteVolumeMesh::yc}) {
     LoadedMesh mesh = FlatCell(axis);
-    const auto cells = Check(mesh, {"lsq"});
+    auto const cells = Check(mesh, {"lsq"});
     EXPECT_EQ(cells.front().findings & ~kIsAtBoundary, kHasZeroPivot);
   }
 }
 
 TEST(CheckCells, FindsTheZeroLastPivotThatLeastSquaresDividesBy) {
   LoadedMesh mesh = FlatCell(&CZYN3DFiniteVolumeMesh::zc);
-  const auto cells = Check(mesh, {"lsq"});
+  auto const cells = Check(mesh, {"lsq"});
   EXPECT_EQ(cells.front().findings & ~kIsAtBoundary, kHasZeroLastPivot | NotFinite("lsq"));
 }
 
@@ -147,10 +147,10 @@ TEST(CheckCells, FindsAFlatStencilAndThatScalingByItsExtentBreaks) {
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
   // The radial-basis operator puts side cells at face centres.
   for (int f = 1; f <= m.NWall; ++f) m.ijWallzc[f] = m.zc[1];
-  const auto plain = Check(mesh, {"rbf"});
+  auto const plain = Check(mesh, {"rbf"});
   EXPECT_NE(plain.front().findings & kHasFlatAxis, 0U);
   EXPECT_EQ(plain.front().findings & kHasRowNotFinite, 0U);
-  const auto normalised = Check(mesh, {"rbf"}, {500.0, true});
+  auto const normalised = Check(mesh, {"rbf"}, {500.0, true});
   EXPECT_NE(normalised.front().findings & kHasRowNotFinite, 0U);
 }
 
@@ -158,8 +158,8 @@ TEST(CheckCells, FindsRowsThatAreNotFinite) {
   LoadedMesh mesh = Load("box:5,1,1");
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
   m.xc[3] = std::numeric_limits<double>::quiet_NaN();
-  const auto cells = Check(mesh, {"rbf"});
-  const int nNeighbours = static_cast<int>(std::count_if(
+  auto const cells = Check(mesh, {"rbf"});
+  int const nNeighbours = static_cast<int>(std::count_if(
       m.CellCell[3] + 1, m.CellCell[3] + 1 + m.CellCell[3][0], [&](int c) { return c <= m.NInnerCells; }));
   EXPECT_EQ(Count(cells, kHasRowNotFinite), 1 + nNeighbours);
   EXPECT_EQ(Count(cells, kHasSystemNotFinite), 1 + nNeighbours);
@@ -174,7 +174,7 @@ TEST(CheckCells, FindsASpanThatIsTooWideForTheNumbers) {
 TEST(CheckCells, FindsAVolumeOfZeroAndTheGradientThatItSpoils) {
   LoadedMesh mesh = Load("box:3,3,3");
   mesh.partition->mesh()->Volume[5] = 0.0;
-  const auto cells = Check(mesh, kAll);
+  auto const cells = Check(mesh, kAll);
   EXPECT_EQ(Count(cells, kHasNoVolume), 1);
   EXPECT_NE(cells[4].findings & NotFinite("weighted"), 0U);
   EXPECT_EQ(Count(cells, NotFinite("weighted")), 1);
@@ -184,8 +184,8 @@ TEST(CheckCells, FindsAVolumeOfZeroAndTheGradientThatItSpoils) {
 TEST(CheckCells, FindsGradientsThatAreNotFinite) {
   LoadedMesh mesh = Load("box:3,3,3");
   mesh.partition->mesh()->ijSx[1] = std::numeric_limits<double>::infinity();
-  const auto cells = Check(mesh, kAll);
-  for (const char* name : {"plain", "iterated", "weighted", "vector"})
+  auto const cells = Check(mesh, kAll);
+  for (char const* name : {"plain", "iterated", "weighted", "vector"})
     EXPECT_GE(Count(cells, NotFinite(name)), 2) << name;
   EXPECT_EQ(Count(cells, NotFinite("lsq")), 0);
 }
@@ -200,7 +200,7 @@ TEST(CheckCells, FindsBothCellsOfASkewFace) {
   LoadedMesh mesh = Load("box:3,3,3");
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
   m.ijyc[4] += 0.5;  // the centres are a third apart
-  const auto cells = MeasureCells(*mesh.partition);
+  auto const cells = MeasureCells(*mesh.partition);
   EXPECT_EQ(Count(cells, kIsSkew), 2);
   EXPECT_NEAR(cells[static_cast<std::size_t>(m.ijCV[4]) - 1].skewness, 1.5, 1e-12);
 }
@@ -209,7 +209,7 @@ TEST(CheckCells, FindsBothCellsOfANonOrthogonalFace) {
   LoadedMesh mesh = Load("box:3,1,1");
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
   m.ijSy[1] = 3.0 * std::fabs(m.ijSx[1]);
-  const auto cells = MeasureCells(*mesh.partition);
+  auto const cells = MeasureCells(*mesh.partition);
   EXPECT_EQ(Count(cells, kIsNonOrthogonal), 2);
   EXPECT_NEAR(cells[static_cast<std::size_t>(m.ij[1]) - 1].nonOrthogonality, std::atan(3.0) * 180.0 / M_PI,
               1e-9);
@@ -217,7 +217,7 @@ TEST(CheckCells, FindsBothCellsOfANonOrthogonalFace) {
 
 TEST(CheckCells, LooksOnlyForWhatTheMethodsNeed) {
   LoadedMesh mesh = Load("box:2,2,2");
-  for (const CheckedSystem& cell : Check(mesh, {"plain"})) {
+  for (CheckedSystem const& cell : Check(mesh, {"plain"})) {
     EXPECT_EQ(cell.condition, 0.0);
     EXPECT_EQ(cell.members, 0);
   }

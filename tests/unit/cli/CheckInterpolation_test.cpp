@@ -15,30 +15,30 @@ namespace {
 
 using reference_host::HostPartition;
 
-constexpr const char* kNowhere = "/dev/null";
+constexpr char const* kNowhere = "/dev/null";
 
-int Count(const std::vector<CheckedSystem>& systems, std::uint32_t finding) {
-  return static_cast<int>(std::count_if(systems.begin(), systems.end(), [finding](const CheckedSystem& s) {
+int Count(std::vector<CheckedSystem> const& systems, std::uint32_t finding) {
+  return static_cast<int>(std::count_if(systems.begin(), systems.end(), [finding](CheckedSystem const& s) {
     return (s.findings & finding) != 0;
   }));
 }
 
-std::vector<CheckedSystem> Points(HostPartition& partition, const InterpolationSettings& settings) {
+std::vector<CheckedSystem> Points(HostPartition& partition, InterpolationSettings const& settings) {
   UsableCells usable = FindUsableCells(TestRanks(), partition, nullptr);
   PointSet points;
   points.x = {0.3, 0.62};
   points.y = {0.41, 0.55};
   points.z = {0.52, 0.48};
-  const auto owners = FindPointOwners(TestRanks(), partition, usable, points);
+  auto const owners = FindPointOwners(TestRanks(), partition, usable, points);
   return CheckPoints(partition, usable, points, owners, 0, settings, kNowhere);
 }
 
 TEST(CheckFaces, FindNothingWrongInASoundBoxByAnyMethod) {
-  const auto box = BoxPartition("box:4,4,4:tet");
-  for (const int method : {1, 2, 3, 4}) {
-    const auto faces = CheckFaces(*box, FaceGroup::Inner, {method, 50.0, 20, 0.0, false}, kNowhere);
+  auto const box = BoxPartition("box:4,4,4:tet");
+  for (int const method : {1, 2, 3, 4}) {
+    auto const faces = CheckFaces(*box, FaceGroup::Inner, {method, 50.0, 20, 0.0, false}, kNowhere);
     ASSERT_EQ(faces.size(), static_cast<std::size_t>(box->mesh()->NInnerFaces));
-    for (const CheckedSystem& face : faces) {
+    for (CheckedSystem const& face : faces) {
       EXPECT_EQ(InWords(face.findings), "") << "method " << method;
       EXPECT_LT(face.number, face.other);
     }
@@ -46,30 +46,30 @@ TEST(CheckFaces, FindNothingWrongInASoundBoxByAnyMethod) {
 }
 
 TEST(CheckFaces, TakeTheZeroValuesOfBoundaryFacesForWhatTheyAre) {
-  const auto box = BoxPartition("box:4,4,4");
+  auto const box = BoxPartition("box:4,4,4");
   EXPECT_EQ(Count(CheckFaces(*box, FaceGroup::Wall, {4, 50.0, 20, 0.0, false}, kNowhere), kHasRowSumOff), 0);
-  for (const CheckedSystem& face : CheckFaces(*box, FaceGroup::Wall, {2, 50.0, 20, 0.0, false}, kNowhere)) {
+  for (CheckedSystem const& face : CheckFaces(*box, FaceGroup::Wall, {2, 50.0, 20, 0.0, false}, kNowhere)) {
     EXPECT_EQ(face.other, 0);
     EXPECT_EQ(face.findings & kHasRowSumOff, 0U);
   }
 }
 
 TEST(CheckFaces, FindTwoCentresInOnePlace) {
-  const auto box = BoxPartition("box:4,4,4");
+  auto const box = BoxPartition("box:4,4,4");
   CZYN3DFiniteVolumeMesh& m = *box->mesh();
-  const int a = m.ijCV[10], b = m.ij[10];
+  int const a = m.ijCV[10], b = m.ij[10];
   m.xc[b] = m.xc[a], m.yc[b] = m.yc[a], m.zc[b] = m.zc[a];
-  for (const int method : {2, 4}) {
-    const auto faces = CheckFaces(*box, FaceGroup::Inner, {method, 50.0, 20, 0.0, false}, kNowhere);
+  for (int const method : {2, 4}) {
+    auto const faces = CheckFaces(*box, FaceGroup::Inner, {method, 50.0, 20, 0.0, false}, kNowhere);
     EXPECT_GT(Count(faces, kHasCoincidentMembers), 0) << "method " << method;
   }
-  const auto nearest = CheckFaces(*box, FaceGroup::Inner, {2, 50.0, 20, 0.0, false}, kNowhere);
+  auto const nearest = CheckFaces(*box, FaceGroup::Inner, {2, 50.0, 20, 0.0, false}, kNowhere);
   EXPECT_EQ(Count(nearest, kHasCoincidentMembers), Count(nearest, kIsSingular));
 }
 
 TEST(CheckFaces, FindRowsThatAreFarFromOneOrNotFinite) {
-  const auto box = BoxPartition("box:4,4,4");
-  const int nFaces = box->mesh()->NInnerFaces;
+  auto const box = BoxPartition("box:4,4,4");
+  int const nFaces = box->mesh()->NInnerFaces;
   EXPECT_EQ(Count(CheckFaces(*box, FaceGroup::Inner, {2, 2.0, 20, 0.0, false}, kNowhere), kHasRowSumOff),
             nFaces);
   EXPECT_EQ(Count(CheckFaces(*box, FaceGroup::Inner, {2, 1e60, 20, 0.0, false}, kNowhere), kHasRowNotFinite),
@@ -77,22 +77,22 @@ TEST(CheckFaces, FindRowsThatAreFarFromOneOrNotFinite) {
 }
 
 TEST(CheckFaces, HaveTheConditionNumbersOfTheStudies) {
-  const auto box = BoxPartition("box:3,3,3:tet:perturb=0.1,seed=2");
-  const InterpolationSettings settings = {2, 20.0, 12, 0.0, false};
-  const auto faces = CheckFaces(*box, FaceGroup::Inner, settings, kNowhere);
-  const std::vector<double> conditions = FaceConditions(*box, settings);
+  auto const box = BoxPartition("box:3,3,3:tet:perturb=0.1,seed=2");
+  InterpolationSettings const settings = {2, 20.0, 12, 0.0, false};
+  auto const faces = CheckFaces(*box, FaceGroup::Inner, settings, kNowhere);
+  std::vector<double> const conditions = FaceConditions(*box, settings);
   ASSERT_EQ(faces.size(), conditions.size());
   for (std::size_t f = 0; f < faces.size(); ++f) EXPECT_EQ(faces[f].condition, conditions[f]);
 }
 
 TEST(CheckPoints, FindNothingWrongInASoundBoxByAnyMethod) {
-  const auto box = BoxPartition("box:5,5,5:tet");
-  for (const int method : {1, 2, 3}) {
-    const double span = method == 3 ? 500.0 : 50.0;  // two steps give a constant less exactly than one
-    const auto points = Points(*box, {method, span, 20, 0.1, false});
+  auto const box = BoxPartition("box:5,5,5:tet");
+  for (int const method : {1, 2, 3}) {
+    double const span = method == 3 ? 500.0 : 50.0;  // two steps give a constant less exactly than one
+    auto const points = Points(*box, {method, span, 20, 0.1, false});
     ASSERT_EQ(points.size(), 2U);
     EXPECT_EQ(points[1].number, 2);
-    for (const CheckedSystem& point : points) {
+    for (CheckedSystem const& point : points) {
       EXPECT_EQ(InWords(point.findings), "") << "method " << method;
       EXPECT_GT(point.members, 3);
       EXPECT_GT(point.condition, 1.0);
@@ -101,18 +101,18 @@ TEST(CheckPoints, FindNothingWrongInASoundBoxByAnyMethod) {
 }
 
 TEST(CheckPoints, FindFewMembersAndRowsThatAreNotFinite) {
-  const auto box = BoxPartition("box:5,5,5");
+  auto const box = BoxPartition("box:5,5,5");
   EXPECT_EQ(Count(Points(*box, {2, 50.0, 3, 0.1, false}), kHasFewMembers), 2);
   EXPECT_EQ(Count(Points(*box, {2, 1e60, 20, 0.1, false}), kHasRowNotFinite), 2);
 }
 
 TEST(CheckPoints, AreThoseOfTheOwnRank) {
-  const auto box = BoxPartition("box:3,3,3");
+  auto const box = BoxPartition("box:3,3,3");
   UsableCells usable = FindUsableCells(TestRanks(), *box, nullptr);
   PointSet points;
   points.x = points.y = points.z = {0.5, 0.6};
-  const std::vector<PointOwner> owners = {{0.1, 1}, {0.1, 0}};
-  const auto own = CheckPoints(*box, usable, points, owners, 0, {2, 50.0, 20, 0.1, false}, kNowhere);
+  std::vector<PointOwner> const owners = {{0.1, 1}, {0.1, 0}};
+  auto const own = CheckPoints(*box, usable, points, owners, 0, {2, 50.0, 20, 0.1, false}, kNowhere);
   ASSERT_EQ(own.size(), 1U);
   EXPECT_EQ(own.front().number, 2);
   EXPECT_TRUE(CheckPoints(*box, usable, points, owners, 2, {2, 50.0, 20, 0.1, false}, kNowhere).empty());

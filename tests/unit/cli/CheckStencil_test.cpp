@@ -13,7 +13,7 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-std::uint32_t FoundIn(const std::vector<DQVector>& points) {
+std::uint32_t FoundIn(std::vector<DQVector> const& points) {
   CheckedSystem system;
   CheckPlaces(points, system);
   return system.findings;
@@ -61,7 +61,7 @@ TEST(CheckStencil, JudgesConditionNumbersAndKeepsTheWorst) {
 
 TEST(CheckStencil, TakesSlopesRelativeToTheirWeightsAndValuesAsTheyAre) {
   RowSum row;
-  for (const double weight : {2000.0, -1999.0}) row.Add(weight);
+  for (double const weight : {2000.0, -1999.0}) row.Add(weight);
   EXPECT_EQ(row.DistanceFromOne(), 0.0);
   EXPECT_EQ(row.DistanceFromZero(), 1.0 / 3999.0);
   EXPECT_EQ(RowSum().DistanceFromZero(), 0.0);
@@ -86,8 +86,8 @@ TEST(CheckStencil, FindsRowsThatAreNotFiniteOrDoNotSumToTheirIdeal) {
 
 TEST(CheckStencil, FindsWeightsOfAValueThatMagnifyErrors) {
   RowSum sound, large;
-  for (const double weight : {5.5, -4.5}) sound.Add(weight);  // ten in magnitude, which is still let pass
-  for (const double weight : {6.0, -5.0}) large.Add(weight);
+  for (double const weight : {5.5, -4.5}) sound.Add(weight);  // ten in magnitude, which is still let pass
+  for (double const weight : {6.0, -5.0}) large.Add(weight);
   CheckedSystem system;
   CheckRowOfValue(sound, 1e-3, system);
   CheckRowOfSlope(large, 1.0, system);

@@ -25,15 +25,15 @@ CheckedSystem Cell(std::int64_t number, double condition, std::uint32_t findings
   return cell;
 }
 
-std::vector<std::int64_t> Numbers(const std::vector<CheckedSystem>& cells) {
+std::vector<std::int64_t> Numbers(std::vector<CheckedSystem> const& cells) {
   std::vector<std::int64_t> numbers;
-  for (const CheckedSystem& cell : cells) numbers.push_back(cell.number);
+  for (CheckedSystem const& cell : cells) numbers.push_back(cell.number);
   return numbers;
 }
 
 TEST(CheckFindings, HaveABitEach) {
   std::uint32_t all = 0;
-  for (const FindingKind& kind : FindingKinds()) {
+  for (FindingKind const& kind : FindingKinds()) {
     EXPECT_EQ(all & kind.finding, 0U) << kind.key;
     EXPECT_NE(kind.finding, 0U) << kind.key;
     all |= kind.finding;
@@ -48,7 +48,7 @@ TEST(CheckFindings, ComeInWordsTheGravestFirst) {
 }
 
 TEST(CheckSummary, CountsFindingsAndConditions) {
-  const CheckSummary summary = SummariseCheck(
+  CheckSummary const summary = SummariseCheck(
       TestRanks(), {Cell(1, 5.0), Cell(2, 99.0, kIsSkew), Cell(3, 100.0, kIsSkew | kIsAtBoundary),
                     Cell(4, kInfinity, kIsSingular), Cell(5, kNaN), Cell(6, 1e200), Cell(7, 0.0)});
   EXPECT_EQ(summary.nSystems, 7);
@@ -65,7 +65,7 @@ TEST(CheckSummary, CountsFindingsAndConditions) {
 }
 
 TEST(CheckSummary, PutsGraverFindingsBeforeConditionsAndLowerNumbersFirst) {
-  const std::vector<CheckedSystem> cells = {Cell(4, 10.0),
+  std::vector<CheckedSystem> const cells = {Cell(4, 10.0),
                                             Cell(3, 1e9, kIsSkew),
                                             Cell(2, 1e9, kIsSkew),
                                             Cell(7, 1.0, kHasRowNotFinite),
@@ -83,7 +83,7 @@ TEST(CheckSummary, TakesRoundOffForEqual) {
 TEST(CheckSummary, ListsTenWhateverTheirOrder) {
   std::vector<CheckedSystem> cells;
   for (int n = 1; n <= 40; ++n) cells.push_back(Cell(n, 100.0 + n % 20));
-  const auto expected = Numbers(SummariseCheck(TestRanks(), cells).worst);
+  auto const expected = Numbers(SummariseCheck(TestRanks(), cells).worst);
   ASSERT_EQ(expected.size(), kShownWorst);
   EXPECT_EQ(expected[0], 19);
   EXPECT_EQ(expected[1], 39);
@@ -92,13 +92,13 @@ TEST(CheckSummary, ListsTenWhateverTheirOrder) {
 }
 
 TEST(CheckSummary, OfNothingIsEmpty) {
-  const CheckSummary summary = SummariseCheck(TestRanks(), {});
+  CheckSummary const summary = SummariseCheck(TestRanks(), {});
   EXPECT_EQ(summary.nSystems, 0);
   EXPECT_TRUE(summary.worst.empty());
   EXPECT_TRUE(summary.histogram.IsEmpty());
 }
 
-CheckResult ResultOf(const std::vector<CheckedSystem>& cells) {
+CheckResult ResultOf(std::vector<CheckedSystem> const& cells) {
   return {"cells", "cells", kIsSkew | kHasRowNotFinite | kIsAtBoundary, SummariseCheck(TestRanks(), cells)};
 }
 
@@ -113,7 +113,7 @@ TEST(CheckReport, SaysWhatWouldNotBeFinite) {
 }
 
 TEST(CheckReport, CountsWhatIsWrongInItsLastLine) {
-  const std::vector<CheckResult> wrong = {
+  std::vector<CheckResult> const wrong = {
       ResultOf({Cell(1, 2.0, kHasMemberAtOrigin | kHasFlatAxis), Cell(2, 2.0, kHasFlatAxis), Cell(3, 2.0)})};
   EXPECT_FALSE(AreSound(wrong));
   EXPECT_TRUE(AreSound({ResultOf({Cell(1, 2.0, kIsSkew)})}));
@@ -126,7 +126,7 @@ TEST(CheckReport, CountsWhatIsWrongInItsLastLine) {
 }
 
 TEST(CheckReport, CountsEachSystemByItsGravestFinding) {
-  const std::vector<CheckResult> both = {
+  std::vector<CheckResult> const both = {
       ResultOf({Cell(1, 2.0, kHasRowNotFinite | kIsSingular), Cell(2, 2.0, kIsSingular), Cell(3, 2.0)})};
   EXPECT_EQ(both.front().summary.nNotFinite, 1);
   EXPECT_EQ(both.front().summary.nWrong, 1);
@@ -149,8 +149,8 @@ TEST(CheckReport, SaysWhatItsNumbersAre) {
 TEST(CheckReport, ShowsCountsHistogramAndTheWorst) {
   std::ostringstream out;
   PrintCheckResult(out, ResultOf({Cell(12, 1e3, kIsSkew), Cell(13, 1e5), Cell(14, kInfinity)}));
-  const std::string text = out.str();
-  for (const char* part :
+  std::string const text = out.str();
+  for (char const* part :
        {"3 cells\n", "extreme skewness        1  poor\n", "weights not finite      0\n",
         "3 to 4               1  ##", "4 to 5               0\n", "5 to 6               1  ##",
         "singular             1  ##", "12 ", "1.00e+03", "extreme skewness\n"})
@@ -159,7 +159,7 @@ TEST(CheckReport, ShowsCountsHistogramAndTheWorst) {
 }
 
 TEST(CheckReport, GivesTheSameAsJson) {
-  const auto json = CheckResultAsJson(ResultOf({Cell(12, kInfinity, kIsSkew | kHasRowNotFinite)}));
+  auto const json = CheckResultAsJson(ResultOf({Cell(12, kInfinity, kIsSkew | kHasRowNotFinite)}));
   EXPECT_EQ(json["finite"], false);
   EXPECT_EQ(json["found"]["skew"]["count"], 1);
   EXPECT_EQ(json["found"]["rowNotFinite"]["severity"], "not finite");

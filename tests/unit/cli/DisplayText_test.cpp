@@ -30,7 +30,7 @@ TEST(Shortened, CutsBetweenCharactersAndNeverGrowsTooWide) {
   std::string wide;
   for (int k = 0; k < 20; ++k) wide += "\xE5\xA3\x81";
   for (std::size_t widest = 4; widest < 40; ++widest) {
-    const std::string text = Shortened(wide, widest);
+    std::string const text = Shortened(wide, widest);
     EXPECT_LE(DisplayWidth(text), widest);
     EXPECT_EQ((text.size() - 3) % 3, 0U) << widest;
   }

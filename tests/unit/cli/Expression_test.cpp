@@ -16,27 +16,27 @@ namespace {
 
 using Complex = std::complex<double>;
 
-double ValueOf(const std::string& text, double x = 0.0, double y = 0.0, double z = 0.0) {
+double ValueOf(std::string const& text, double x = 0.0, double y = 0.0, double z = 0.0) {
   return Expression(text).Value(x, y, z);
 }
 
 /// The error text of a formula that must be refused.
-std::string ErrorOf(const std::string& text) {
+std::string ErrorOf(std::string const& text) {
   try {
-    const Expression expression(text);
-  } catch (const UsageError& error) {
+    Expression const expression(text);
+  } catch (UsageError const& error) {
     return error.what();
   }
   return "no error";
 }
 
 /// A few roundings, relative to the larger of 1 and the value.
-void ExpectClose(double actual, double expected, const std::string& what) {
+void ExpectClose(double actual, double expected, std::string const& what) {
   EXPECT_NEAR(actual, expected, 4e-15 * std::max(1.0, std::fabs(expected))) << what;
 }
 
-void ExpectGradient(const std::string& text, double x, double y, double z, double dx, double dy, double dz) {
-  const Dual result = Expression(text).ValueAndGradient(x, y, z);
+void ExpectGradient(std::string const& text, double x, double y, double z, double dx, double dy, double dz) {
+  Dual const result = Expression(text).ValueAndGradient(x, y, z);
   ExpectClose(result.dx, dx, text + " d/dx");
   ExpectClose(result.dy, dy, text + " d/dy");
   ExpectClose(result.dz, dz, text + " d/dz");
@@ -91,17 +91,17 @@ struct AnalyticCase {
 
 /// The derivative of an analytic f is Im f(x + ih) / h; with h this small it is exact to rounding. An
 /// independent way to the same number.
-double ComplexStep(const AnalyticCase& c, double x, double y, double z, int direction) {
+double ComplexStep(AnalyticCase const& c, double x, double y, double z, int direction) {
   constexpr double h = 1e-200;
-  const Complex step(0.0, h);
-  const Complex result =
+  Complex const step(0.0, h);
+  Complex const result =
       c.formula(direction == 0 ? x + step : x, direction == 1 ? y + step : y, direction == 2 ? z + step : z);
   return result.imag() / h;
 }
 
 TEST(Expression, AgreesWithComplexStepForEveryAnalyticFunction) {
   using C = Complex;
-  const std::vector<AnalyticCase> cases = {
+  std::vector<AnalyticCase> const cases = {
       {"x+2*y-z", [](C x, C y, C z) { return x + 2.0 * y - z; }},
       {"x*y*z", [](C x, C y, C z) { return x * y * z; }},
       {"x/(y+z)", [](C x, C y, C z) { return x / (y + z); }},
@@ -126,15 +126,15 @@ TEST(Expression, AgreesWithComplexStepForEveryAnalyticFunction) {
   };
   std::mt19937 random(1);
   std::uniform_real_distribution<double> place(0.1, 0.95);
-  for (const AnalyticCase& c : cases) {
-    const Expression expression(c.text);
+  for (AnalyticCase const& c : cases) {
+    Expression const expression(c.text);
     for (int repeat = 0; repeat < 20; ++repeat) {
-      const double x = place(random), y = place(random), z = place(random);
-      const Dual result = expression.ValueAndGradient(x, y, z);
+      double const x = place(random), y = place(random), z = place(random);
+      Dual const result = expression.ValueAndGradient(x, y, z);
       ExpectClose(result.value, c.formula(x, y, z).real(), c.text);
-      const double slopes[3] = {result.dx, result.dy, result.dz};
+      double const slopes[3] = {result.dx, result.dy, result.dz};
       for (int k = 0; k < 3; ++k) {
-        const double expected = ComplexStep(c, x, y, z, k);
+        double const expected = ComplexStep(c, x, y, z, k);
         // Both sides round; near the ends of asin, acos the slope magnifies it.
         EXPECT_NEAR(slopes[k], expected, 1e-13 * std::max(1.0, std::fabs(expected)))
             << c.text << " direction " << k;
@@ -153,9 +153,9 @@ TEST(Expression, HasOneSidedSlopesForTheFunctionsWithKinks) {
 }
 
 TEST(Expression, DerivesAtan2InAllQuadrants) {
-  for (const double x : {-1.5, 1.5}) {
-    for (const double y : {-0.5, 0.5}) {
-      const double r2 = x * x + y * y;
+  for (double const x : {-1.5, 1.5}) {
+    for (double const y : {-0.5, 0.5}) {
+      double const r2 = x * x + y * y;
       ExpectGradient("atan2(y,x)", x, y, 0.0, -y / r2, x / r2, 0.0);
     }
   }
@@ -172,14 +172,14 @@ TEST(Expression, DerivesPowersOfNegativeNumbersAndZero) {
 }
 
 TEST(Expression, KeepsZeroSlopesWhereAnotherSlopeIsInfinite) {
-  const Dual result = Expression("sqrt(x)+y").ValueAndGradient(0.0, 1.0, 2.0);
+  Dual const result = Expression("sqrt(x)+y").ValueAndGradient(0.0, 1.0, 2.0);
   EXPECT_TRUE(std::isinf(result.dx));
   EXPECT_EQ(result.dy, 1.0);
   EXPECT_EQ(result.dz, 0.0);
 }
 
 TEST(Expression, KeepsTanhSlopeAccurateFarOut) {
-  const double c = std::cosh(18.0);
+  double const c = std::cosh(18.0);
   EXPECT_DOUBLE_EQ(Expression("tanh(x)").ValueAndGradient(18.0, 0.0, 0.0).dx, 1.0 / (c * c));
 }
 
@@ -207,7 +207,7 @@ TEST(Expression, ReportsTheColumnOfUnknownNames) {
 }
 
 TEST(Expression, LimitsNestingInsteadOfTheStack) {
-  const auto nested = [](int depth) { return std::string(depth, '(') + 'x' + std::string(depth, ')'); };
+  auto const nested = [](int depth) { return std::string(depth, '(') + 'x' + std::string(depth, ')'); };
   EXPECT_EQ(ValueOf(nested(100), 2.0), 2.0);
   EXPECT_NE(ErrorOf(nested(101)).find("column 101: brackets are nested deeper than 100"), std::string::npos);
   EXPECT_NE(ErrorOf(std::string(1000000, '(')).find("nested"), std::string::npos);
@@ -226,7 +226,7 @@ TEST(Expression, EvaluatesLongChains) {
 }
 
 TEST(Expression, EndsOnAnyBytesWithAValueOrOneLine) {
-  const std::string letters = "xyze0123456789.+-*/^(),  sincotanlgqrtabmp\n\t\r\xff\x80\xc3\x00";
+  std::string const letters = "xyze0123456789.+-*/^(),  sincotanlgqrtabmp\n\t\r\xff\x80\xc3\x00";
   std::mt19937 random(7);
   std::uniform_int_distribution<std::size_t> letter(0, letters.size() - 1), length(0, 40);
   std::uniform_int_distribution<int> anyByte(0, 255);
@@ -237,8 +237,8 @@ TEST(Expression, EndsOnAnyBytesWithAValueOrOneLine) {
     try {
       Expression(text).ValueAndGradient(0.3, 0.4, 0.5);
       ++nValid;
-    } catch (const UsageError& error) {
-      const std::string what = error.what();
+    } catch (UsageError const& error) {
+      std::string const what = error.what();
       EXPECT_EQ(what.rfind("expression \"", 0), 0U);
       EXPECT_EQ(what.find('\n'), std::string::npos);
     }

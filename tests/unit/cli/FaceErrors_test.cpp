@@ -16,23 +16,23 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(FaceGroup, HasTheNumbersOfTheOperator) {
-  const char* const names[] = {"inner", "wall", "inlet", "outlet", "partition", "symmetry"};
+  char const* const names[] = {"inner", "wall", "inlet", "outlet", "partition", "symmetry"};
   for (int k = 0; k < 6; ++k) {
-    const auto group = FaceGroupFromName(names[k]);
+    auto const group = FaceGroupFromName(names[k]);
     ASSERT_TRUE(group.has_value()) << names[k];
     EXPECT_EQ(static_cast<int>(*group), k + 1);
     EXPECT_EQ(NameOf(*group), names[k]);
     EXPECT_EQ(IsBoundary(*group), k != 0 && k != 4);
   }
-  for (const char* name : {"", "Wall", "door", "inner "}) EXPECT_FALSE(FaceGroupFromName(name)) << name;
+  for (char const* name : {"", "Wall", "door", "inner "}) EXPECT_FALSE(FaceGroupFromName(name)) << name;
   EXPECT_EQ(FaceGroupNames(), "inner, wall, inlet, outlet, partition or symmetry");
 }
 
 TEST(FaceGroup, KnowsAreaAndPlaceOfEachFace) {
-  const auto partition = BoxPartition("box:2,3,4");
-  const FacesOfGroup inner = FacesOf(*partition, FaceGroup::Inner);
+  auto const partition = BoxPartition("box:2,3,4");
+  FacesOfGroup const inner = FacesOf(*partition, FaceGroup::Inner);
   EXPECT_EQ(inner.count, 1 * 12 + 2 * 8 + 3 * 6);
-  const FacesOfGroup inlet = FacesOf(*partition, FaceGroup::Inlet);
+  FacesOfGroup const inlet = FacesOf(*partition, FaceGroup::Inlet);
   EXPECT_EQ(inlet.count, 12);
   for (int f = 1; f <= inlet.count; ++f) {
     EXPECT_NEAR(inlet.Area(f), 1.0 / 16.0, 1e-15);  // cells are cubes, the longest side is 1
@@ -46,9 +46,9 @@ TEST(FaceGroup, KnowsAreaAndPlaceOfEachFace) {
 }
 
 TEST(FaceGroup, PutsPartitionFacesAtTheirHaloCells) {
-  const reference_host::FaceMesh mesh = BoxWithGroups("box:2,1,1");
+  reference_host::FaceMesh const mesh = BoxWithGroups("box:2,1,1");
   reference_host::HostPartition partition(SplitMesh(mesh, {0, 1}, 2).front());
-  const FacesOfGroup cut = FacesOf(partition, FaceGroup::Partition);
+  FacesOfGroup const cut = FacesOf(partition, FaceGroup::Partition);
   ASSERT_EQ(cut.count, 1);
   CZYN3DFiniteVolumeMesh& lent = *partition.mesh();
   lent.xc[cut.other[1]] = 0.75;  // as the exchange would set it
@@ -73,7 +73,7 @@ TEST_F(ErrorsOnFaces, AreWeightedByArea) {
   std::vector<double> value = OnWalls(2.0);
   value[3] += 3.0;
   value[5] -= 4.0;
-  const FaceErrors errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(2.0));
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(2.0));
   EXPECT_EQ(errors.nFaces, 8);
   EXPECT_NEAR(errors.area, 2.0, 1e-15);
   EXPECT_NEAR(errors.l1, 7.0 / 8.0, 1e-15);
@@ -88,7 +88,7 @@ TEST_F(ErrorsOnFaces, AreWeightedByArea) {
 
 TEST_F(ErrorsOnFaces, TakeTheLowerCellOfEqualOnes) {
   std::vector<double> value = OnWalls(1.0);
-  const FaceErrors errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(0.0));
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(0.0));
   EXPECT_EQ(errors.maxPlace.cell, 1);
   int first = 1;
   while (partition_->globalCell()[static_cast<std::size_t>(walls_.cell[first])] != 1) ++first;
@@ -100,7 +100,7 @@ TEST_F(ErrorsOnFaces, CountWhatIsNotFinite) {
   std::vector<double> value = OnWalls(1.0);
   value[2] = kNaN;
   value[4] = 1.5;
-  const FaceErrors errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(1.0));
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(1.0));
   EXPECT_EQ(errors.nNotFinite, 1);
   EXPECT_TRUE(std::isnan(errors.l1));
   EXPECT_EQ(errors.max, 0.5);
@@ -108,8 +108,8 @@ TEST_F(ErrorsOnFaces, CountWhatIsNotFinite) {
 }
 
 TEST_F(ErrorsOnFaces, AreNotNumbersWithoutFaces) {
-  const FacesOfGroup none = FacesOf(*partition_, FaceGroup::Symmetry);
-  const FaceErrors errors = SummariseFaceErrors(TestRanks(), *partition_, none, {0.0}, {0.0});
+  FacesOfGroup const none = FacesOf(*partition_, FaceGroup::Symmetry);
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, none, {0.0}, {0.0});
   EXPECT_EQ(errors.nFaces, 0);
   EXPECT_TRUE(std::isnan(errors.l2));
   EXPECT_TRUE(std::isnan(errors.max));
@@ -123,7 +123,7 @@ TEST_F(ErrorsOnFaces, CheckTheSumsOfTheWeights) {
   sums[2] = 0.998;
   sums[6] = 1.004;
   sums[7] = kNaN;
-  const FaceRowCheck check = CheckFaceRows(TestRanks(), *partition_, walls_, sums);
+  FaceRowCheck const check = CheckFaceRows(TestRanks(), *partition_, walls_, sums);
   EXPECT_EQ(check.nOff, 2);
   EXPECT_EQ(check.worstSum, 1.004);
   EXPECT_EQ(check.worst.face, 6);

@@ -66,10 +66,10 @@ TEST_F(FolderLockTest, KeepsOthersFromJoiningBeforeItIsShared) {
 TEST_F(FolderLockTest, EndsWithAProcessThatIsKilled) {
   int ready[2];
   ASSERT_EQ(pipe(ready), 0);
-  const pid_t child = fork();
+  pid_t const child = fork();
   if (child == 0) {
     FolderLock lock;
-    const char answer = lock.Take(place_, "text") == Outcome::Taken ? 'y' : 'n';
+    char const answer = lock.Take(place_, "text") == Outcome::Taken ? 'y' : 'n';
     if (write(ready[1], &answer, 1) != 1) _exit(1);
     for (;;) pause();
   }
@@ -112,7 +112,7 @@ TEST_F(FolderLockTest, RefusesAFileInItsPlace) {
 TEST_F(FolderLockTest, LeavesNothingWhenItsFileCannotBeWritten) {
   rlimit before = {};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  auto const handler = std::signal(SIGXFSZ, SIG_IGN);
   rlimit none = before;
   none.rlim_cur = 0;
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);

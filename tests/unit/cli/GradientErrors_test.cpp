@@ -14,7 +14,7 @@ namespace zyngrad {
 namespace {
 
 /// Interior cell of the partition with this number in the mesh.
-int CellWithNumber(const reference_host::HostPartition& partition, std::int64_t number) {
+int CellWithNumber(reference_host::HostPartition const& partition, std::int64_t number) {
   int c = 1;
   while (partition.globalCell()[static_cast<std::size_t>(c)] != number) ++c;
   return c;
@@ -29,7 +29,7 @@ class GradientErrorsOfCubes : public testing::Test {
         computed_{field_.gx, field_.gy, field_.gz} {}
 
   GradientErrors Errors() {
-    const double exactL2 = ExactGradientL2(TestRanks(), *partition_->mesh(), field_);
+    double const exactL2 = ExactGradientL2(TestRanks(), *partition_->mesh(), field_);
     return SummariseErrors(TestRanks(), *partition_, CellErrors(field_, computed_),
                            BoundaryCells(*partition_->mesh()), exactL2);
   }
@@ -40,7 +40,7 @@ class GradientErrorsOfCubes : public testing::Test {
 };
 
 TEST_F(GradientErrorsOfCubes, AreZeroForTheExactGradient) {
-  const GradientErrors errors = Errors();
+  GradientErrors const errors = Errors();
   EXPECT_EQ(errors.interior.nCells, 1);
   EXPECT_EQ(errors.boundary.nCells, 26);
   EXPECT_EQ(errors.interior.max, 0.0);
@@ -48,12 +48,12 @@ TEST_F(GradientErrorsOfCubes, AreZeroForTheExactGradient) {
 }
 
 TEST_F(GradientErrorsOfCubes, MeasureTheLengthOfTheDifferenceByVolume) {
-  const auto corner = static_cast<std::size_t>(CellWithNumber(*partition_, 1));
-  const auto middle = static_cast<std::size_t>(CellWithNumber(*partition_, 14));
+  auto const corner = static_cast<std::size_t>(CellWithNumber(*partition_, 1));
+  auto const middle = static_cast<std::size_t>(CellWithNumber(*partition_, 14));
   computed_.x[corner] += 3.0;
   computed_.y[corner] -= 4.0;
   computed_.z[middle] += 0.5;
-  const GradientErrors errors = Errors();
+  GradientErrors const errors = Errors();
   EXPECT_NEAR(errors.boundary.l1, 5.0 / 26.0, 1e-15);
   EXPECT_NEAR(errors.boundary.l2, 5.0 / std::sqrt(26.0), 1e-15);
   EXPECT_NEAR(errors.boundary.relativeL2, errors.boundary.l2 / 2.0, 1e-15);
@@ -66,7 +66,7 @@ TEST_F(GradientErrorsOfCubes, MeasureTheLengthOfTheDifferenceByVolume) {
 }
 
 TEST_F(GradientErrorsOfCubes, NameTheLowestCellOfEqualErrors) {
-  for (const int number : {9, 3, 21})
+  for (int const number : {9, 3, 21})
     computed_.x[static_cast<std::size_t>(CellWithNumber(*partition_, number))] += 1.0;
   EXPECT_EQ(Errors().boundary.maxCell, 3);
 }
@@ -75,7 +75,7 @@ TEST_F(GradientErrorsOfCubes, CountCellsThatAreNotFiniteAndKeepTheFiniteMaximum)
   computed_.x[static_cast<std::size_t>(CellWithNumber(*partition_, 2))] =
       std::numeric_limits<double>::quiet_NaN();
   computed_.x[static_cast<std::size_t>(CellWithNumber(*partition_, 5))] += 1.0;
-  const ErrorNorms norms = Errors().boundary;
+  ErrorNorms const norms = Errors().boundary;
   EXPECT_EQ(norms.nNotFinite, 1);
   EXPECT_EQ(norms.max, 1.0);
   EXPECT_EQ(norms.maxCell, 5);
@@ -83,10 +83,10 @@ TEST_F(GradientErrorsOfCubes, CountCellsThatAreNotFiniteAndKeepTheFiniteMaximum)
 }
 
 TEST(GradientErrors, OfAnEmptySetAreNotNumbers) {
-  const auto partition = BoxPartition("box:2,2,2");  // all cells at the boundary
-  const TestField field = MakeTestField(TestRanks(), *partition, Expression("1"));
-  const GradientArrays computed{field.gx, field.gy, field.gz};
-  const GradientErrors errors =
+  auto const partition = BoxPartition("box:2,2,2");  // all cells at the boundary
+  TestField const field = MakeTestField(TestRanks(), *partition, Expression("1"));
+  GradientArrays const computed{field.gx, field.gy, field.gz};
+  GradientErrors const errors =
       SummariseErrors(TestRanks(), *partition, CellErrors(field, computed), BoundaryCells(*partition->mesh()),
                       ExactGradientL2(TestRanks(), *partition->mesh(), field));
   EXPECT_EQ(errors.interior.nCells, 0);
@@ -97,19 +97,19 @@ TEST(GradientErrors, OfAnEmptySetAreNotNumbers) {
 }
 
 TEST(TestField, HoldsTheFormulaAtCellsAndBoundaryFaces) {
-  const auto partition = BoxPartition("box:2,1,1");
-  const CZYN3DFiniteVolumeMesh& mesh = *partition->mesh();
-  const TestField field = MakeTestField(TestRanks(), *partition, Expression("x"));
+  auto const partition = BoxPartition("box:2,1,1");
+  CZYN3DFiniteVolumeMesh const& mesh = *partition->mesh();
+  TestField const field = MakeTestField(TestRanks(), *partition, Expression("x"));
   ASSERT_EQ(field.value.size(), static_cast<std::size_t>(mesh.NCell) + 1);
   EXPECT_EQ(field.value[static_cast<std::size_t>(mesh.ijInlet[1])], 0.0);
   EXPECT_EQ(field.value[static_cast<std::size_t>(mesh.ijOutlet[1])], 1.0);
   EXPECT_EQ(field.value[static_cast<std::size_t>(mesh.ijInletCV[1])], 0.25);
 }
 
-std::string ErrorOf(const std::string& formula) {
+std::string ErrorOf(std::string const& formula) {
   try {
     MakeTestField(TestRanks(), *BoxPartition("box:2,1,1"), Expression(formula));
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     return error.what();
   }
   return "no error";

@@ -27,14 +27,14 @@ MethodResult NotRunResult() {
   return result;
 }
 
-std::string Printed(const std::vector<MethodResult>& results) {
+std::string Printed(std::vector<MethodResult> const& results) {
   std::ostringstream out;
   PrintGradientResults(out, results, {2.0});
   return out.str();
 }
 
 TEST(GradientReport, PrintsARowForInteriorAndBoundaryCells) {
-  const std::string text = Printed({PlainResult()});
+  std::string const text = Printed({PlainResult()});
   EXPECT_NE(text.find("plain   interior   1,000  1.000e-03  2.000e-03    1.000e-02  1.250e-01       77  "
                       "(0.5, 0.25, 0.75)"),
             std::string::npos)
@@ -53,7 +53,7 @@ TEST(GradientReport, PrintsPlacesWithTheDigitsThatTheMeshNeeds) {
 }
 
 TEST(GradientReport, SaysWhyAMethodDidNotRun) {
-  const std::string text = Printed({PlainResult(), NotRunResult()});
+  std::string const text = Printed({PlainResult(), NotRunResult()});
   EXPECT_NE(text.find("  lsq: not run: least squares stops at cell 9 (zero pivot)\n"), std::string::npos)
       << text;
   EXPECT_EQ(text.find("lsq  "), std::string::npos) << text;
@@ -84,7 +84,7 @@ MethodResult ResultWithoutExactGradient() {
 TEST(GradientReport, PrintsSizesWhereThereIsNoExactGradient) {
   std::ostringstream out;
   PrintGradientResults(out, {ResultWithoutExactGradient()}, {});
-  const std::string text = out.str();
+  std::string const text = out.str();
   EXPECT_EQ(text.find("error"), std::string::npos) << text;
   EXPECT_NE(
       text.find("plain   interior   1,000  1.000e-03  2.000e-03  1.250e-01       77  (0.5, 0.25, 0.75)"),
@@ -98,9 +98,9 @@ TEST(GradientReport, PrintsSizesWhereThereIsNoExactGradient) {
 }
 
 TEST(GradientReport, GivesSizesAsJsonWhereThereIsNoExactGradient) {
-  const nlohmann::ordered_json json = GradientResultsAsJson({ResultWithoutExactGradient()});
+  nlohmann::ordered_json const json = GradientResultsAsJson({ResultWithoutExactGradient()});
   EXPECT_FALSE(json[0].contains("errors"));
-  const auto& gradient = json[0]["gradients"][0];
+  auto const& gradient = json[0]["gradients"][0];
   EXPECT_EQ(gradient["interior"]["l2"], 0.002);
   EXPECT_FALSE(gradient["interior"].contains("l2Relative"));
   EXPECT_EQ(gradient["range"]["x"], (std::vector<double>{-1.5, 2.5}));
@@ -108,11 +108,11 @@ TEST(GradientReport, GivesSizesAsJsonWhereThereIsNoExactGradient) {
 }
 
 TEST(GradientReport, GivesTheSameNumbersAsJson) {
-  const nlohmann::ordered_json json = GradientResultsAsJson({PlainResult(), NotRunResult()});
+  nlohmann::ordered_json const json = GradientResultsAsJson({PlainResult(), NotRunResult()});
   ASSERT_EQ(json.size(), 2U);
   EXPECT_EQ(json[0]["method"], "plain");
   EXPECT_EQ(json[0]["seconds"]["laterCalls"], 0.002);
-  const auto& interior = json[0]["errors"][0]["interior"];
+  auto const& interior = json[0]["errors"][0]["interior"];
   EXPECT_EQ(interior["l2"], 0.002);
   EXPECT_EQ(interior["maxCell"], 77);
   EXPECT_EQ(interior["maxPlace"], (std::vector<double>{0.5, 0.25, 0.75}));

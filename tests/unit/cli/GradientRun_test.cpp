@@ -15,9 +15,9 @@
 namespace zyngrad {
 namespace {
 
-const GradientMethod& Method(const std::string& name) {
-  const auto& all = GradientMethods();
-  return *std::find_if(all.begin(), all.end(), [&name](const GradientMethod& m) { return name == m.name; });
+GradientMethod const& Method(std::string const& name) {
+  auto const& all = GradientMethods();
+  return *std::find_if(all.begin(), all.end(), [&name](GradientMethod const& m) { return name == m.name; });
 }
 
 class GradientRun : public testing::Test {
@@ -28,10 +28,10 @@ class GradientRun : public testing::Test {
     theCase_.logFile = "/dev/null";
   }
 
-  MethodResult Run(const std::string& method, const std::vector<std::string>& fields,
-                   const std::string& weight, double span = 500.0) {
+  MethodResult Run(std::string const& method, std::vector<std::string> const& fields,
+                   std::string const& weight, double span = 500.0) {
     theCase_.fields.clear();
-    for (const std::string& field : fields)
+    for (std::string const& field : fields)
       theCase_.fields.push_back(MakeTestField(TestRanks(), *mesh_.partition, Expression(field)));
     theCase_.exactL2.assign(fields.size(), 1.0);
     theCase_.weight = MakeCellValues(TestRanks(), *mesh_.partition, Expression(weight), "the weight");
@@ -47,26 +47,26 @@ class GradientRun : public testing::Test {
 };
 
 TEST_F(GradientRun, CountsCellsThatAreNotFiniteAndBlamesTheSpan) {
-  for (const double span : {1e-308, 1e-60, 1e60, 1e308}) {
-    const MethodResult result = Run("rbf", {"x*y"}, "1", span);
+  for (double const span : {1e-308, 1e-60, 1e60, 1e308}) {
+    MethodResult const result = Run("rbf", {"x*y"}, "1", span);
     EXPECT_EQ(result.NotFiniteCells(), 125) << span;
     EXPECT_NE(result.whyNotFinite.find("--span " + ShortestText(span)), std::string::npos)
         << result.whyNotFinite;
   }
-  const MethodResult sound = Run("rbf", {"x*y"}, "1");
+  MethodResult const sound = Run("rbf", {"x*y"}, "1");
   EXPECT_EQ(sound.NotFiniteCells(), 0);
   EXPECT_EQ(sound.whyNotFinite, "");
 }
 
 TEST_F(GradientRun, DistrustsFiniteNumbersOfASpanThatCannotWork) {
   theCase_.radialBasis.shapeNormalize = true;  // whose offsets, over an infinite length, are all 0
-  const MethodResult result = Run("rbf", {"x*y"}, "1", 1e308);
+  MethodResult const result = Run("rbf", {"x*y"}, "1", 1e308);
   EXPECT_EQ(result.NotFiniteCells(), 0);
   EXPECT_NE(result.whyNotFinite.find("--span 1e+308 is too large"), std::string::npos) << result.whyNotFinite;
 }
 
 TEST_F(GradientRun, BlamesTheFieldWhoseSumsOverflow) {
-  const MethodResult result = Run("plain", {"1e308*x"}, "1");
+  MethodResult const result = Run("plain", {"1e308*x"}, "1");
   EXPECT_GT(result.NotFiniteCells(), 0);
   EXPECT_NE(result.whyNotFinite.find("the field's values reach 1.0e+308"), std::string::npos)
       << result.whyNotFinite;
@@ -74,8 +74,8 @@ TEST_F(GradientRun, BlamesTheFieldWhoseSumsOverflow) {
 
 TEST_F(GradientRun, TakesAWeightOfZero) { EXPECT_EQ(Run("weighted", {"x*y"}, "0").NotFiniteCells(), 0); }
 
-bool SaysTheSameAsPlain(const MethodResult& result) {
-  return std::any_of(result.remarks.begin(), result.remarks.end(), [](const std::string& remark) {
+bool SaysTheSameAsPlain(MethodResult const& result) {
+  return std::any_of(result.remarks.begin(), result.remarks.end(), [](std::string const& remark) {
     return remark.find("the same numbers as plain") != std::string::npos;
   });
 }
@@ -90,8 +90,8 @@ TEST_F(GradientRun, SaysWhereNumbersAreThoseOfPlain) {
 
 // The remark is about printed numbers, of four digits.
 TEST_F(GradientRun, GivesThoseNumbersThen) {
-  const double plain = Run("plain", {"sin(x)*y"}, "1").gradients.front().errors.interior.l2;
-  for (const char* method : {"weighted", "vector"})
+  double const plain = Run("plain", {"sin(x)*y"}, "1").gradients.front().errors.interior.l2;
+  for (char const* method : {"weighted", "vector"})
     EXPECT_NEAR(Run(method, {"sin(x)*y"}, "7").gradients.front().errors.interior.l2, plain, 1e-9 * plain)
         << method;
 }

@@ -16,7 +16,7 @@ class GradientSizesOfCubes : public testing::Test {
  protected:
   GradientSizesOfCubes()
       : partition_(BoxPartition("box:3,3,3")), boundary_(BoundaryCells(*partition_->mesh())) {
-    const auto n = static_cast<std::size_t>(partition_->mesh()->NCell) + 1;
+    auto const n = static_cast<std::size_t>(partition_->mesh()->NCell) + 1;
     for (auto* component : {&gradient_.x, &gradient_.y, &gradient_.z}) component->assign(n, 0.0);
     while (boundary_[middle_] != 0) ++middle_;
   }
@@ -32,7 +32,7 @@ class GradientSizesOfCubes : public testing::Test {
 TEST_F(GradientSizesOfCubes, AreNormsOfTheLengthAndRangesOfTheComponents) {
   gradient_.x[middle_] = 3.0;
   gradient_.z[middle_] = -4.0;
-  const GradientSizes sizes = Sizes();
+  GradientSizes const sizes = Sizes();
   EXPECT_EQ(sizes.norms.interior.nCells, 1);
   EXPECT_EQ(sizes.norms.interior.l1, 5.0);
   EXPECT_EQ(sizes.norms.interior.max, 5.0);

@@ -15,7 +15,7 @@
 namespace zyngrad {
 namespace {
 
-std::string Content(const std::string& file) {
+std::string Content(std::string const& file) {
   std::ostringstream text;
   text << std::ifstream(file).rdbuf();
   return text.str();
@@ -24,7 +24,7 @@ std::string Content(const std::string& file) {
 /// The file that an operator writes when it finds none.
 template <class Operator>
 std::string DefaultsOf(double meanDistance) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   Operator op;
   std::strcpy(op.RBFFileName, (folder.path() + "/own.rbf").c_str());
   op.MeanDistance = meanDistance;
@@ -35,16 +35,16 @@ std::string DefaultsOf(double meanDistance) {
 }
 
 TEST(InterpolationSettings, AreWrittenAsTheOperatorsWriteTheirDefaults) {
-  const InterpolationSettings face = {4, 1000.0, 20, 0.5, false}, point = {3, 500.0, 20, 0.5, false};
+  InterpolationSettings const face = {4, 1000.0, 20, 0.5, false}, point = {3, 500.0, 20, 0.5, false};
   EXPECT_EQ(FaceSettingsText(face), DefaultsOf<CZynFaceRBFInternalObject>(0.25));
   EXPECT_EQ(PointSettingsText(point), DefaultsOf<CZynIBRBFInternalObject>(0.25));
 }
 
 TEST(InterpolationSettings, AreReadByTheOperatorsToTheLastBit) {
-  const TemporaryFolder folder;
-  const std::string file = folder.path() + "/settings.rbf";
-  for (const double span : {1.0 / 3.0, 2.5, 500.0, 12345678.9}) {
-    const InterpolationSettings settings = {2, span, 33, 0.125, true};
+  TemporaryFolder const folder;
+  std::string const file = folder.path() + "/settings.rbf";
+  for (double const span : {1.0 / 3.0, 2.5, 500.0, 12345678.9}) {
+    InterpolationSettings const settings = {2, span, 33, 0.125, true};
     CZynFaceRBFInternalObject face;
     CZynIBRBFInternalObject point;
     std::string base = WriteSettingsText(file, FaceSettingsText(settings));
@@ -69,19 +69,19 @@ TEST(InterpolationOptions, AreReadFromTheCommandLine) {
   CLI::App app;
   AddInterpolationOptions(app, options, "\n  1: first");
   app.parse(std::vector<std::string>{"30", "--search-number", "2.5", "--span", "1", "--search-method"});
-  const InterpolationSettings settings = ReadInterpolationOptions(options, 3);
+  InterpolationSettings const settings = ReadInterpolationOptions(options, 3);
   EXPECT_EQ(settings.method, 1);
   EXPECT_EQ(settings.span, 2.5);
   EXPECT_EQ(settings.number, 30);
 }
 
 TEST(InterpolationOptions, RefuseWhatTheOperatorsDoNotKnow) {
-  for (const char* method : {"0", "4", "two", "1.5", ""})
+  for (char const* method : {"0", "4", "two", "1.5", ""})
     EXPECT_THROW(ReadInterpolationOptions({method, "500"}, 3), UsageError) << method;
   EXPECT_NO_THROW(ReadInterpolationOptions({"4", "500"}, 4));
-  for (const char* span : {"0", "-1", "inf", "wide"})
+  for (char const* span : {"0", "-1", "inf", "wide"})
     EXPECT_THROW(ReadInterpolationOptions({"3", span}, 3), UsageError) << span;
-  for (const char* number : {"0", "-5", "few"})
+  for (char const* number : {"0", "-5", "few"})
     EXPECT_THROW(ReadInterpolationOptions({"3", "500", number}, 3), UsageError) << number;
 }
 

@@ -26,16 +26,16 @@ FaceResults SomeFaces(FaceGroup group, int method) {
   return results;
 }
 
-std::string Printed(const FaceResults& results) {
+std::string Printed(FaceResults const& results) {
   std::ostringstream out;
   PrintFaceResults(out, results);
   return out.str();
 }
 
-bool Has(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+bool Has(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
 
 TEST(FaceReport, SaysWhereTheLargestErrorIs) {
-  const std::string text = Printed(SomeFaces(FaceGroup::Inner, 4));
+  std::string const text = Printed(SomeFaces(FaceGroup::Inner, 4));
   EXPECT_TRUE(Has(text, "10 inner faces by search method 4, stencils of 12 to 13 cells, 12.5 in the mean"))
       << text;
   EXPECT_TRUE(Has(text, "12 and 13  (0.5, 0.25, 0.125)")) << text;
@@ -44,10 +44,10 @@ TEST(FaceReport, SaysWhereTheLargestErrorIs) {
 }
 
 TEST(FaceReport, SaysThatMethodFourHasNoValuesOnBoundaryFaces) {
-  for (const FaceGroup group : {FaceGroup::Wall, FaceGroup::Inlet, FaceGroup::Outlet, FaceGroup::Symmetry}) {
+  for (FaceGroup const group : {FaceGroup::Wall, FaceGroup::Inlet, FaceGroup::Outlet, FaceGroup::Symmetry}) {
     FaceResults results = SomeFaces(group, 4);
     results.rows.nOff = 10;  // as all sums are 0
-    const std::string text = Printed(results);
+    std::string const text = Printed(results);
     EXPECT_TRUE(Has(text, "all are 0 by design")) << text;
     EXPECT_FALSE(Has(text, "errors against")) << text;
     EXPECT_FALSE(Has(text, "warning")) << text;
@@ -60,7 +60,7 @@ TEST(FaceReport, SaysThatMethodFourHasNoValuesOnBoundaryFaces) {
 TEST(FaceReport, WarnsOfWeightsThatDoNotSumToOne) {
   FaceResults results = SomeFaces(FaceGroup::Inner, 2);
   results.rows = {3, 1.25, {4, 0, 5, 6, {1, 2, 3}}, 1, {9, 1, 7, 8, {4, 5, 6}}};
-  const std::string text = Printed(results);
+  std::string const text = Printed(results);
   EXPECT_TRUE(
       Has(text,
           "the weights of 3 faces do not sum to 1 within 1e-03; worst: 1.25000e+00 at face 4 of rank 0 at "
@@ -68,7 +68,7 @@ TEST(FaceReport, WarnsOfWeightsThatDoNotSumToOne) {
       << text;
   EXPECT_TRUE(Has(text, "the weights of 1 faces are not finite; first: face 9 of rank 1 at (4, 5, 6)"))
       << text;
-  const auto json = FaceResultsAsJson(results);
+  auto const json = FaceResultsAsJson(results);
   EXPECT_EQ(json["rows"]["notSummingToOne"], 3);
   EXPECT_EQ(json["rows"]["worstAt"]["face"], 4);
   EXPECT_EQ(json["errors"]["maxAt"]["other"], 13);
@@ -81,7 +81,7 @@ TEST(FaceReport, CountsValuesThatAreNotFiniteAndSaysWhy) {
   results.errors.nNotFinite = 2;
   results.whyNotFinite = "--span 1e-308 is too small";
   EXPECT_EQ(results.NotFiniteFaces(), 3);
-  const std::string text = Printed(results);
+  std::string const text = Printed(results);
   EXPECT_TRUE(Has(
       text,
       "  search method 2: the values are not finite at 3 of 10 inner faces: --span 1e-308 is too small\n"))
@@ -115,7 +115,7 @@ PointResults ThreePoints() {
 TEST(PointReport, CountsAndShowsFlaggedPoints) {
   std::ostringstream out;
   PrintPointResults(out, ThreePoints());
-  const std::string text = out.str();
+  std::string const text = out.str();
   EXPECT_TRUE(
       Has(text,
           "3 points by search method 3, stencils of 2 to 20 cells, 14.0 in the mean, from 90 usable of 100 "
@@ -128,7 +128,7 @@ TEST(PointReport, CountsAndShowsFlaggedPoints) {
   EXPECT_TRUE(Has(text, "notfinite: 1 point with weights that are not finite")) << text;
   EXPECT_TRUE(Has(text, "  search method 3: value or gradient is not finite at 1 of 3 points\n")) << text;
   EXPECT_EQ(NotFinitePoints(ThreePoints()), 1);
-  const auto json = PointResultsAsJson(ThreePoints());
+  auto const json = PointResultsAsJson(ThreePoints());
   EXPECT_EQ(json["flags"]["far"]["worst"], (std::vector<int>{2}));
   EXPECT_EQ(json["flags"]["notfinite"]["points"], 1);
   EXPECT_EQ(json["value"]["maxPoint"], 2);
@@ -143,7 +143,7 @@ TEST(PointReport, SaysThatThereAreNoPoints) {
 }
 
 TEST(PointFiles, HoldOneRowAPointBehindWhatItCameWith) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   WritePointCsv(folder.path() + "/points.csv", ThreePoints());
   EXPECT_EQ(ReadAll(folder.path() + "/points.csv"),
             "x,y,z,name,value,gradient_x,gradient_y,gradient_z,exact,exact_gradient_x,exact_gradient_y,"
@@ -152,7 +152,7 @@ TEST(PointFiles, HoldOneRowAPointBehindWhatItCameWith) {
             "1,0,0,\"b, c\",2.5,1,0,0,2,1,0,0,0.5,0,0.75,2,1,far;few\n"
             "2,0,0,d,nan,1,0,0,3,1,0,0,nan,0,0.125,20,0,notfinite\n");
   WritePointVtp(folder.path() + "/points.vtp", ThreePoints());
-  const std::string content = ReadAll(folder.path() + "/points.vtp");
+  std::string const content = ReadAll(folder.path() + "/points.vtp");
   EXPECT_EQ(ArrayOf<double>(content, "Points"), (std::vector<double>{0, 0, 0, 1, 0, 0, 2, 0, 0}));
   EXPECT_EQ(ArrayOf<double>(content, "distance"), (std::vector<double>{0.25, 0.75, 0.125}));
   EXPECT_EQ(ArrayOf<std::int32_t>(content, "flags"), (std::vector<std::int32_t>{0, 3, 4}));

@@ -23,7 +23,7 @@ class InterpolationRun : public testing::Test {
  protected:
   InterpolationRun() : mesh_(reference_host::LoadMesh(TestRanks().communicator(), "box:5,5,5:tet", {}, {})) {}
 
-  void Tell(const std::string& settings) {
+  void Tell(std::string const& settings) {
     mesh_.partition->SetBaseFileName(WriteSettingsText(folder_.path() + "/settings.rbf", settings));
   }
   std::string Log() const { return folder_.path() + "/log.txt"; }
@@ -34,11 +34,11 @@ class InterpolationRun : public testing::Test {
 
 TEST_F(InterpolationRun, GivesFacesTheSumOfTheirWeightsForAConstant) {
   std::vector<double> ones = MakeCellValues(TestRanks(), *mesh_.partition, Expression("1"), "the field");
-  for (const int method : {1, 2, 3, 4}) {
+  for (int const method : {1, 2, 3, 4}) {
     Tell(FaceSettingsText({method, 100.0, 20, 0.1, false}));
-    const FaceRun run = RunFaces(TestRanks(), mesh_, FaceGroup::Inner, ones, Log());
+    FaceRun const run = RunFaces(TestRanks(), mesh_, FaceGroup::Inner, ones, Log());
     for (int f = 1; f <= FacesOf(*mesh_.partition, FaceGroup::Inner).count; ++f) {
-      const auto i = static_cast<std::size_t>(f);
+      auto const i = static_cast<std::size_t>(f);
       EXPECT_EQ(run.rows.value[i], run.rows.rowSum[i]) << "method " << method << " face " << f;
       EXPECT_NEAR(run.rows.rowSum[i], 1.0, 1e-3) << "method " << method << " face " << f;
       EXPECT_GT(run.rows.members[i], 1);
@@ -49,15 +49,15 @@ TEST_F(InterpolationRun, GivesFacesTheSumOfTheirWeightsForAConstant) {
 TEST_F(InterpolationRun, GivesNoValuesOnWallsByMethodFour) {
   std::vector<double> ones = MakeCellValues(TestRanks(), *mesh_.partition, Expression("1"), "the field");
   Tell(FaceSettingsText({4, 1000.0, 20, 0.1, false}));
-  const FaceRun run = RunFaces(TestRanks(), mesh_, FaceGroup::Wall, ones, Log());
+  FaceRun const run = RunFaces(TestRanks(), mesh_, FaceGroup::Wall, ones, Log());
   for (std::size_t f = 1; f < run.rows.value.size(); ++f) EXPECT_EQ(run.rows.value[f], 0.0);
 }
 
 TEST_F(InterpolationRun, GivesThePointAtACellTheCellsValueAndUsesNoUnusableCell) {
-  const Expression half("x-0.4"), field("x + 2*y - z");
+  Expression const half("x-0.4"), field("x + 2*y - z");
   UsableCells usable = FindUsableCells(TestRanks(), *mesh_.partition, &half);
   std::vector<double> values = MakeCellValues(TestRanks(), *mesh_.partition, field, "the field");
-  const CZYN3DFiniteVolumeMesh& mesh = *mesh_.partition->mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *mesh_.partition->mesh();
   PointSet points;
   for (int c = 1; c <= mesh.NCell; ++c) {
     if (!usable.Contains(c)) {
@@ -69,15 +69,15 @@ TEST_F(InterpolationRun, GivesThePointAtACellTheCellsValueAndUsesNoUnusableCell)
     }
   }
   ASSERT_GT(points.size(), 100U);
-  const auto owners = FindPointOwners(TestRanks(), *mesh_.partition, usable, points);
-  for (const int method : {1, 2, 3}) {
+  auto const owners = FindPointOwners(TestRanks(), *mesh_.partition, usable, points);
+  for (int const method : {1, 2, 3}) {
     Tell(PointSettingsText({method, 20.0, 20, 0.1, false}));
-    const PointRun run = RunPoints(TestRanks(), mesh_, usable, points, owners, values, Log());
+    PointRun const run = RunPoints(TestRanks(), mesh_, usable, points, owners, values, Log());
     ASSERT_EQ(run.values.value.size(), points.size());
     for (std::size_t i = 0; i < points.size(); ++i) {
       // A span of 20 keeps the condition numbers near 1e5. Method 3 may seed the stencil with the second nearest cell
       // alone; then the value comes from the nodes around it, off by less than the field changes over a cell.
-      const double tolerance = method == 3 ? 0.2 : 1e-9;
+      double const tolerance = method == 3 ? 0.2 : 1e-9;
       EXPECT_NEAR(run.values.value[i], field.Value(points.x[i], points.y[i], points.z[i]), tolerance)
           << method;
       EXPECT_EQ(run.values.isRowFinite[i], 1);
@@ -89,7 +89,7 @@ TEST_F(InterpolationRun, GivesThePointAtACellTheCellsValueAndUsesNoUnusableCell)
 TEST_F(InterpolationRun, TakesNoPointsAtAll) {
   UsableCells usable = FindUsableCells(TestRanks(), *mesh_.partition, nullptr);
   std::vector<double> values(usable.mark.size(), 1.0);
-  const PointRun run = RunPoints(TestRanks(), mesh_, usable, {}, {}, values, Log());
+  PointRun const run = RunPoints(TestRanks(), mesh_, usable, {}, {}, values, Log());
   EXPECT_TRUE(run.values.value.empty());
   EXPECT_TRUE(run.values.members.empty());
 }

@@ -35,18 +35,18 @@ class PlainFolder {
     std::error_code ignored;
     fs::remove_all(path_, ignored);
   }
-  PlainFolder(const PlainFolder&) = delete;
-  PlainFolder& operator=(const PlainFolder&) = delete;
+  PlainFolder(PlainFolder const&) = delete;
+  PlainFolder& operator=(PlainFolder const&) = delete;
 
-  const std::string& path() const { return path_; }
+  std::string const& path() const { return path_; }
 
  private:
   std::string path_;
 };
 
 /// How a process ends that does `work`: the signal, or minus the exit code.
-int EndOf(const std::function<void()>& work) {
-  const pid_t child = fork();
+int EndOf(std::function<void()> const& work) {
+  pid_t const child = fork();
   if (child == 0) {
     work();
     _exit(0);
@@ -62,17 +62,17 @@ int EndOf(const std::function<void()>& work) {
 }
 
 TEST(Interruption, RunsCleanupsLatestFirstAndEndsByTheSignal) {
-  const PlainFolder folder;
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-    const std::string file = folder.path() + '/' + std::to_string(signal);
-    const auto append = [&file](const char* text) { std::ofstream(file, std::ios::app) << text; };
+  PlainFolder const folder;
+  for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+    std::string const file = folder.path() + '/' + std::to_string(signal);
+    auto const append = [&file](char const* text) { std::ofstream(file, std::ios::app) << text; };
     EXPECT_EQ(EndOf([&] {
-                const InterruptionWatcher watcher;
-                const Cleanup first([&] { append("first "); });
+                InterruptionWatcher const watcher;
+                Cleanup const first([&] { append("first "); });
                 {
-                  const Cleanup gone([&] { append("gone "); });
+                  Cleanup const gone([&] { append("gone "); });
                 }
-                const Cleanup second([&] { append("second "); });
+                Cleanup const second([&] { append("second "); });
                 SignalAndWait(signal);
               }),
               signal);
@@ -83,13 +83,13 @@ TEST(Interruption, RunsCleanupsLatestFirstAndEndsByTheSignal) {
 }
 
 TEST(Interruption, WaitsWhileItMust) {
-  const PlainFolder folder;
-  const std::string file = folder.path() + "/file";
+  PlainFolder const folder;
+  std::string const file = folder.path() + "/file";
   EXPECT_EQ(EndOf([&] {
-              const InterruptionWatcher watcher;
-              const Cleanup remove([&] { fs::rename(file, file + " was whole"); });
+              InterruptionWatcher const watcher;
+              Cleanup const remove([&] { fs::rename(file, file + " was whole"); });
               {
-                const NoInterruption wait;
+                NoInterruption const wait;
                 kill(getpid(), SIGTERM);
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
                 std::ofstream(file) << "whole";
@@ -101,17 +101,17 @@ TEST(Interruption, WaitsWhileItMust) {
 }
 
 TEST(Interruption, LetsNobodyTouchFilesOnceItHasBegun) {
-  const PlainFolder folder;
+  PlainFolder const folder;
   EXPECT_EQ(EndOf([&] {
-              const InterruptionWatcher watcher;
+              InterruptionWatcher const watcher;
               std::atomic<bool> hasBegun{false};
-              const Cleanup slow([&] {
+              Cleanup const slow([&] {
                 hasBegun = true;
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
               });
               kill(getpid(), SIGTERM);
               while (!hasBegun) std::this_thread::yield();
-              const NoInterruption wait;
+              NoInterruption const wait;
               fs::create_directory(folder.path() + "/made");
             }),
             SIGTERM);
@@ -121,7 +121,7 @@ TEST(Interruption, LetsNobodyTouchFilesOnceItHasBegun) {
 TEST(Interruption, LeavesASignalIgnoredThatTheCallerIgnores) {
   EXPECT_EQ(EndOf([] {
               std::signal(SIGHUP, SIG_IGN);
-              const InterruptionWatcher watcher;
+              InterruptionWatcher const watcher;
               kill(getpid(), SIGHUP);
               std::this_thread::sleep_for(std::chrono::milliseconds(50));
             }),
@@ -129,11 +129,11 @@ TEST(Interruption, LeavesASignalIgnoredThatTheCallerIgnores) {
 }
 
 TEST(Interruption, TakesTemporaryFoldersAlong) {
-  const PlainFolder folder;
-  const std::string name = folder.path() + "/name";
+  PlainFolder const folder;
+  std::string const name = folder.path() + "/name";
   EXPECT_EQ(EndOf([&] {
-              const InterruptionWatcher watcher;
-              const TemporaryFolder temporary;
+              InterruptionWatcher const watcher;
+              TemporaryFolder const temporary;
               std::ofstream(temporary.path() + "/settings.rbf") << "text";
               std::ofstream(name) << temporary.path();
               SignalAndWait(SIGINT);

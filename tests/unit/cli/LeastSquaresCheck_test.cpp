@@ -27,7 +27,7 @@ TEST(LeastSquaresCheck, ComparesPivotsExactly) {
 }
 
 TEST(LeastSquaresCheck, NamesTheLowestCellOfTheMeshThatWouldStop) {
-  const auto partition = BoxPartition("box:3,3,3");
+  auto const partition = BoxPartition("box:3,3,3");
   reference_host::MpiExchange exchange(TestRanks().communicator(), *partition);
   reference_host::MpiReduction reduction(TestRanks().communicator());
   COperatorGradient op;
@@ -40,7 +40,7 @@ TEST(LeastSquaresCheck, NamesTheLowestCellOfTheMeshThatWouldStop) {
   EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition), std::nullopt);
 
   for (int c = 1; c <= partition->mesh()->NInnerCells; ++c) {
-    const auto number = partition->globalCell()[static_cast<std::size_t>(c)];
+    auto const number = partition->globalCell()[static_cast<std::size_t>(c)];
     if (number == 9 || number == 20) op.m_pImpl->m_pSxx[c] = 0.0;
   }
   EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition),

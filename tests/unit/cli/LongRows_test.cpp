@@ -18,17 +18,17 @@ namespace zyngrad {
 namespace {
 
 /// `n` tetrahedra around the edge between the nodes 1 and 2, all of whose outer faces are a wall.
-void WriteFan(const std::string& file, int n) {
+void WriteFan(std::string const& file, int n) {
   std::ofstream out(file);
   out << "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$PhysicalNames\n1\n2 1 \"wall\"\n$EndPhysicalNames\n$Nodes\n"
       << n + 2 << "\n1 0 0 -0.5\n2 0 0 0.5\n";
   for (int i = 0; i < n; ++i) {
-    const double angle = 2.0 * std::acos(-1.0) * i / n;
+    double const angle = 2.0 * std::acos(-1.0) * i / n;
     out << i + 3 << ' ' << std::cos(angle) << ' ' << std::sin(angle) << " 0\n";
   }
   out << "$EndNodes\n$Elements\n" << 3 * n << '\n';
   for (int i = 0; i < n; ++i) {
-    const int a = i + 3, b = (i + 1) % n + 3;
+    int const a = i + 3, b = (i + 1) % n + 3;
     out << 3 * i + 1 << " 2 2 1 1 1 " << a << ' ' << b << '\n'
         << 3 * i + 2 << " 2 2 1 1 2 " << a << ' ' << b << '\n'
         << 3 * i + 3 << " 4 2 1 1 1 " << a << ' ' << b << " 2\n";
@@ -52,7 +52,7 @@ class Fan : public testing::Test {
 };
 
 TEST_F(Fan, HasTwoNodesWithLongRows) {
-  const LongRows rows = FindLongRows(TestRanks(), *mesh_.partition, &usable_, kCells);
+  LongRows const rows = FindLongRows(TestRanks(), *mesh_.partition, &usable_, kCells);
   EXPECT_EQ(rows.nNodes, 2);
   EXPECT_EQ(rows.mostCells, kCells);
   EXPECT_EQ(rows.node, 1);
@@ -67,15 +67,15 @@ TEST_F(Fan, CountsGhostCellsForFaces) {
 }
 
 TEST_F(Fan, CountsOnlyUsableCellsForPoints) {
-  const Expression body("x");
-  const UsableCells half = FindUsableCells(TestRanks(), *mesh_.partition, &body);
+  Expression const body("x");
+  UsableCells const half = FindUsableCells(TestRanks(), *mesh_.partition, &body);
   EXPECT_EQ(FindLongRows(TestRanks(), *mesh_.partition, &half, 10).mostCells, half.nCells);
 }
 
 TEST_F(Fan, WarnsOfNodeRowAndCostBeforeTheRun) {
-  const std::string warning =
+  std::string const warning =
       LongRowWarning(TestRanks(), *mesh_.partition, &usable_, "--search-method 2", kCells);
-  for (const char* part : {"node 1 at (0, 0, -0.5) has 40 cells around it", "8.5e+04 operations",
+  for (char const* part : {"node 1 at (0, 0, -0.5) has 40 cells around it", "8.5e+04 operations",
                            "all 2 nodes", "--search-method 2 avoids it"})
     EXPECT_NE(warning.find(part), std::string::npos) << part << "\nin\n" << warning;
   EXPECT_EQ(LongRowWarning(TestRanks(), *mesh_.partition, &usable_, "--search-method 2"), "");
@@ -88,8 +88,8 @@ TEST_F(Fan, HasStencilsAsLongAsTheRowByMethodThreeOnly) {
   points.x = {0.3};
   points.y = points.z = {0.1};
   std::vector<double> field = MakeCellValues(TestRanks(), *mesh_.partition, Expression("x"), "the field");
-  const auto owners = FindPointOwners(TestRanks(), *mesh_.partition, usable_, points);
-  const auto members = [&](int method) {
+  auto const owners = FindPointOwners(TestRanks(), *mesh_.partition, usable_, points);
+  auto const members = [&](int method) {
     mesh_.partition->SetBaseFileName(WriteSettingsText(folder_.path() + "/settings.rbf",
                                                        PointSettingsText({method, 500.0, 20, 0.1, false})));
     return RunPoints(TestRanks(), mesh_, usable_, points, owners, field, "/dev/null").values.members.front();

@@ -21,21 +21,21 @@ class ManifestTest : public testing::Test {
   std::string file() const { return folder_.path() + '/' + kManifestName; }
 
   /// Whether a manifest of that text is refused, in a line that names it.
-  bool IsRefused(const std::string& text) const {
+  bool IsRefused(std::string const& text) const {
     WriteText(file(), text);
     try {
       Manifest::Read(folder_.path());
-    } catch (const UsageError& error) {
+    } catch (UsageError const& error) {
       return std::string(error.what()).rfind('"' + file() + '"', 0) == 0;
     }
     return false;
   }
 
-  static std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  static std::string Replaced(std::string text, std::string const& from, std::string const& to) {
     return text.replace(text.find(from), from.size(), to);
   }
 
-  const Manifest manifest_ = {"gradient",
+  Manifest const manifest_ = {"gradient",
                               {{"gradient.vtu", {12, 0xfedcba9876543210}},
                                {"gradient.vtu", {13, 7}},
                                {"gradient/gradient.0001.vtu", {0, 0}}},
@@ -45,7 +45,7 @@ class ManifestTest : public testing::Test {
 
 TEST_F(ManifestTest, ReadsWhatItHasWritten) {
   WriteText(file(), manifest_.Text());
-  const std::optional<Manifest> read = Manifest::Read(folder_.path());
+  std::optional<Manifest> const read = Manifest::Read(folder_.path());
   ASSERT_TRUE(read);
   EXPECT_EQ(read->command, "gradient");
   EXPECT_EQ(read->folders, manifest_.folders);
@@ -59,7 +59,7 @@ TEST_F(ManifestTest, ReadsWhatItHasWritten) {
 TEST_F(ManifestTest, IsNoneInAFolderWithoutOne) { EXPECT_FALSE(Manifest::Read(folder_.path())); }
 
 TEST_F(ManifestTest, RefusesNamesThatLeadElsewhere) {
-  for (const char* const name : {"../thesis.tex", "/etc/passwd", "a/../../thesis.tex", "", ".", "a//b", "a/",
+  for (char const* const name : {"../thesis.tex", "/etc/passwd", "a/../../thesis.tex", "", ".", "a//b", "a/",
                                  "./a", "a\\nb", "a\\u0000b", "zyngrad-manifest.json"}) {
     EXPECT_TRUE(IsRefused(Replaced(manifest_.Text(), "gradient.vtu", name))) << name;
     EXPECT_TRUE(
@@ -69,9 +69,9 @@ TEST_F(ManifestTest, RefusesNamesThatLeadElsewhere) {
 }
 
 TEST_F(ManifestTest, RefusesWhatHasAnotherForm) {
-  const std::string good = manifest_.Text();
+  std::string const good = manifest_.Text();
   EXPECT_FALSE(IsRefused(good));
-  for (const std::string& text :
+  for (std::string const& text :
        {std::string(), std::string("mine"), std::string("{}"), std::string("[]"),
         good.substr(0, good.size() / 2), Replaced(good, "\"format\": 1", "\"format\": 2"),
         Replaced(good, "\"format\": 1", "\"format\": \"1\""), Replaced(good, "\"zyngrad\"", "\"another\""),
@@ -101,7 +101,7 @@ TEST_F(ManifestTest, RefusesALinkAndAFolderInItsPlace) {
 
 TEST(OutputNames, LookAtFollowsNoLinks) {
   using Kind = PlaceInFolder::Kind;
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   fs::create_directories(folder.path() + "/a/b");
   WriteText(folder.path() + "/a/file", "");
   fs::create_directory_symlink("a", folder.path() + "/link");
@@ -115,8 +115,8 @@ TEST(OutputNames, LookAtFollowsNoLinks) {
 }
 
 TEST(Fingerprint, IsThatOfTheContentAlone) {
-  const TemporaryFolder folder;
-  const std::string digits = "123456789";
+  TemporaryFolder const folder;
+  std::string const digits = "123456789";
   WriteText(folder.path() + "/digits", digits);
   EXPECT_EQ(FingerprintOfText(digits).crc, 0x995dc9bbdf1939fau);  // the check value of CRC-64/XZ
   EXPECT_TRUE(FingerprintOf(folder.path() + "/digits") == FingerprintOfText(digits));

@@ -9,21 +9,21 @@ namespace {
 
 using reference_host::BoundaryGroup;
 
-std::map<std::string, BoundaryGroup> Groups(const std::vector<std::string>& texts) {
+std::map<std::string, BoundaryGroup> Groups(std::vector<std::string> const& texts) {
   MeshOptions options;
   options.groups = texts;
   return GroupsByUser(options);
 }
 
 TEST(MeshOptions, TakeGroupsByName) {
-  const auto groups = Groups({"left=inlet", "a=b=Wall", "left=inlet"});
+  auto const groups = Groups({"left=inlet", "a=b=Wall", "left=inlet"});
   ASSERT_EQ(groups.size(), 2U);
   EXPECT_EQ(groups.at("left"), BoundaryGroup::Inlet);
   EXPECT_EQ(groups.at("a=b"), BoundaryGroup::Wall);
 }
 
 TEST(MeshOptions, RefuseGroupsThatAreNotOne) {
-  for (const char* text : {"left", "left=", "left=door", "=wall", ""})
+  for (char const* text : {"left", "left=", "left=door", "=wall", ""})
     EXPECT_THROW(Groups({text}), UsageError) << text;
   EXPECT_THROW(Groups({"left=inlet", "left=wall"}), UsageError);
 }
@@ -31,7 +31,7 @@ TEST(MeshOptions, RefuseGroupsThatAreNotOne) {
 TEST(MeshOptions, ReadWholeNumbers) {
   EXPECT_EQ(WholeNumber("--sweeps", "0", 0), 0);
   EXPECT_EQ(WholeNumber("--sweeps", "2147483647", 0), 2147483647);
-  for (const char* text : {"", "x", "3.5", "3 ", " 3", "-1", "2147483648", "1e3", "0x3"}) {
+  for (char const* text : {"", "x", "3.5", "3 ", " 3", "-1", "2147483648", "1e3", "0x3"}) {
     EXPECT_THROW(WholeNumber("--sweeps", text, 0), UsageError) << text;
   }
   EXPECT_THROW(WholeNumber("--repeat", "0", 1), UsageError);

@@ -16,29 +16,29 @@ using reference_host::HostPartition;
 using reference_host::Point;
 
 /// A box of cubes, moved and scaled.
-std::unique_ptr<HostPartition> BoxAt(const Point& corner, const Point& scale) {
+std::unique_ptr<HostPartition> BoxAt(Point const& corner, Point const& scale) {
   reference_host::FaceMesh mesh = BoxWithGroups("box:4,4,4");
   for (Point& point : mesh.points)
     for (std::size_t d = 0; d < 3; ++d) point[d] = corner[d] + scale[d] * point[d];
-  const std::vector<int> partOfCell(static_cast<std::size_t>(mesh.nCells), 0);
+  std::vector<int> const partOfCell(static_cast<std::size_t>(mesh.nCells), 0);
   return std::make_unique<HostPartition>(SplitMesh(mesh, partOfCell, 1).front());
 }
 
 std::string PlaceOfCell(HostPartition& partition, int c, int digits) {
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   return Place(mesh.xc[c], mesh.yc[c], mesh.zc[c], digits);
 }
 
 void ExpectNeighboursApart(HostPartition& partition) {
-  const int digits = PlaceDigits(TestRanks(), partition);
+  int const digits = PlaceDigits(TestRanks(), partition);
   EXPECT_EQ(digits, PlaceDigits(partition));
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   for (int f = 1; f <= mesh.NInnerFaces; ++f)
     EXPECT_NE(PlaceOfCell(partition, mesh.ijCV[f], digits), PlaceOfCell(partition, mesh.ij[f], digits));
 }
 
 TEST(PlaceDigits, TellNeighboursApartFarFromTheOrigin) {
-  const auto partition = BoxAt({6.4e6, 4.8e6, 1.2e6}, {4.0, 4.0, 4.0});
+  auto const partition = BoxAt({6.4e6, 4.8e6, 1.2e6}, {4.0, 4.0, 4.0});
   ExpectNeighboursApart(*partition);
   EXPECT_LE(PlaceDigits(*partition), 9);
 }

@@ -7,9 +7,9 @@
 namespace zyngrad {
 namespace {
 
-std::vector<std::string> NamesOf(const std::string& list) {
+std::vector<std::string> NamesOf(std::string const& list) {
   std::vector<std::string> names;
-  for (const GradientMethod* method : ChooseGradientMethods(list)) names.emplace_back(method->name);
+  for (GradientMethod const* method : ChooseGradientMethods(list)) names.emplace_back(method->name);
   return names;
 }
 
@@ -20,7 +20,7 @@ TEST(MethodOption, ChoosesEachOnceInTheOrderOfTables) {
 }
 
 TEST(MethodOption, RefusesUnknownAndEmptyNames) {
-  for (const std::string list : {"best", "", "lsq,", "lsq,,rbf", "Lsq"})
+  for (std::string const list : {"best", "", "lsq,", "lsq,,rbf", "Lsq"})
     EXPECT_THROW(ChooseGradientMethods(list), UsageError) << list;
 }
 

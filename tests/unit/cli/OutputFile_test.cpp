@@ -21,17 +21,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Read(const std::string& file) {
+std::string Read(std::string const& file) {
   std::ostringstream text;
   text << std::ifstream(file).rdbuf();
   return text.str();
 }
 
 /// The text of the UsageError, empty without one.
-std::string ErrorOf(const std::function<void()>& work) {
+std::string ErrorOf(std::function<void()> const& work) {
   try {
     work();
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     return error.what();
   }
   return "";
@@ -41,7 +41,7 @@ std::string ErrorOf(const std::function<void()>& work) {
 class FullDisk {
  public:
   FullDisk() : name_(folder_.path() + "/full") { fs::create_symlink("/dev/full", name_); }
-  const std::string& name() const { return name_; }
+  std::string const& name() const { return name_; }
   std::string Error() const { return "cannot write \"" + name_ + "\": No space left on device"; }
 
  private:
@@ -50,15 +50,15 @@ class FullDisk {
 };
 
 TEST(OutputFile, HoldsWhatWasWrittenInThePlaceOfWhatWasThere) {
-  const TemporaryFolder folder;
-  const std::string file = folder.path() + "/file";
+  TemporaryFolder const folder;
+  std::string const file = folder.path() + "/file";
   WriteText(file, "a longer text from before");
   WriteText(file, "two\nlines");
   EXPECT_EQ(Read(file), "two\nlines");
 }
 
 TEST(OutputFile, NoticesAFullDiskThatShowsOnlyWhenItCloses) {
-  const FullDisk disk;
+  FullDisk const disk;
   OutputFile file(disk.name());
   file.stream() << "short enough for the stream's buffer";
   EXPECT_TRUE(file.stream().good());
@@ -66,7 +66,7 @@ TEST(OutputFile, NoticesAFullDiskThatShowsOnlyWhenItCloses) {
 }
 
 TEST(OutputFile, TellsTheReasonOfAWriteThatFailedOnTheWay) {
-  const FullDisk disk;
+  FullDisk const disk;
   OutputFile file(disk.name());
   file.stream() << std::string(1000000, 'x');
   EXPECT_FALSE(file.stream().good());
@@ -74,8 +74,8 @@ TEST(OutputFile, TellsTheReasonOfAWriteThatFailedOnTheWay) {
 }
 
 TEST(OutputFile, RefusesAPlaceThatCannotBeWritten) {
-  const TemporaryFolder folder;
-  const std::string file = folder.path() + "/missing/file";
+  TemporaryFolder const folder;
+  std::string const file = folder.path() + "/missing/file";
   EXPECT_EQ(ErrorOf([&] { WriteText(file, ""); }),
             "cannot write \"" + file + "\": No such file or directory");
   EXPECT_EQ(ErrorOf([&] { WriteText(folder.path(), ""); }),
@@ -83,7 +83,7 @@ TEST(OutputFile, RefusesAPlaceThatCannotBeWritten) {
 }
 
 TEST(OutputFile, IsWhatEveryWriterOfResultsNoticesAFullDiskBy) {
-  const FullDisk disk;
+  FullDisk const disk;
   EXPECT_EQ(ErrorOf([&] { WriteJson(disk.name(), {{"key", 1}}); }), disk.Error());
   EXPECT_EQ(ErrorOf([&] { WriteVtu(disk.name(), {}, {}); }), disk.Error());
   EXPECT_EQ(ErrorOf([&] { WritePvtu(disk.name(), {}, {"piece"}); }), disk.Error());

@@ -32,9 +32,9 @@ namespace fs = std::filesystem;
 /// test's folder.
 std::vector<std::string> requests;
 std::string watched;
-std::function<void(const std::string&)> beforeRequest;  ///< is told of each of them
+std::function<void(std::string const&)> beforeRequest;  ///< is told of each of them
 
-void Record(const std::string& what, const std::string& path) {
+void Record(std::string const& what, std::string const& path) {
   if (watched.empty() || path.rfind(watched, 0) != 0) return;
   requests.push_back(what + path.substr(watched.size()));
   if (beforeRequest) beforeRequest(requests.back());
@@ -43,10 +43,10 @@ void Record(const std::string& what, const std::string& path) {
 /// Does something at the moment at which a run asks the system for something, the first time or a later one.
 class AtRequest {
  public:
-  AtRequest(const fs::path& folder, const std::string& request, const std::function<void()>& work,
+  AtRequest(fs::path const& folder, std::string const& request, std::function<void()> const& work,
             int before = 0) {
     watched = folder.string();
-    beforeRequest = [request, work, left = before](const std::string& now) mutable {
+    beforeRequest = [request, work, left = before](std::string const& now) mutable {
       if (now == request && left-- == 0) work();
     };
   }
@@ -54,8 +54,8 @@ class AtRequest {
     watched.clear();
     beforeRequest = nullptr;
   }
-  AtRequest(const AtRequest&) = delete;
-  AtRequest& operator=(const AtRequest&) = delete;
+  AtRequest(AtRequest const&) = delete;
+  AtRequest& operator=(AtRequest const&) = delete;
 };
 
 /// As a user who is not the system's own, whom permissions do not stop.
@@ -67,8 +67,8 @@ class Unprivileged {
   ~Unprivileged() {
     if (before_ == 0 && seteuid(before_) != 0) ADD_FAILURE() << "cannot become root again";
   }
-  Unprivileged(const Unprivileged&) = delete;
-  Unprivileged& operator=(const Unprivileged&) = delete;
+  Unprivileged(Unprivileged const&) = delete;
+  Unprivileged& operator=(Unprivileged const&) = delete;
 
  private:
   uid_t before_;
@@ -86,9 +86,9 @@ class OutputFolderTest : public testing::Test {
   }
   ~OutputFolderTest() override { fs::remove_all(base_); }
 
-  static void Write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
+  static void Write(fs::path const& file, std::string const& text) { std::ofstream(file) << text; }
 
-  static std::string Read(const fs::path& file) {
+  static std::string Read(fs::path const& file) {
     std::ostringstream text;
     text << std::ifstream(file).rdbuf();
     return text.str();
@@ -97,35 +97,35 @@ class OutputFolderTest : public testing::Test {
   /// Everything below the folder, as relative paths.
   std::set<std::string> Content() const {
     std::set<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(base_)) {
+    for (auto const& entry : fs::recursive_directory_iterator(base_)) {
       names.insert(fs::relative(entry.path(), base_).string());
     }
     return names;
   }
 
   /// A run into the folder a that writes the text into each of the files.
-  void Run(const std::vector<std::string>& files, const std::string& text) {
+  void Run(std::vector<std::string> const& files, std::string const& text) {
     OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", files});
-    for (const std::string& file : files) Write(folder.Stage(file), text);
+    for (std::string const& file : files) Write(folder.Stage(file), text);
     folder.Commit("");
   }
 
   /// A run that ends with an error when it commits.
   /// @return the error
-  std::string Failure(const std::vector<std::string>& files) {
+  std::string Failure(std::vector<std::string> const& files) {
     try {
       Run(files, "new");
-    } catch (const UsageError& error) {
+    } catch (UsageError const& error) {
       return error.what();
     }
     return "";
   }
 
   /// What a run into the folder a is told that would write these files.
-  std::string Refusal(const std::vector<std::string>& files) {
+  std::string Refusal(std::vector<std::string> const& files) {
     try {
       OutputFolder(TestRanks(), (base_ / "a").string(), {"gradient", files});
-    } catch (const UsageError& error) {
+    } catch (UsageError const& error) {
       return error.what();
     }
     return "";
@@ -187,11 +187,11 @@ TEST_F(OutputFolderTest, RemovesNoFolderThatHasOrHadFilesOfSomebodyElse) {
 
 TEST_F(OutputFolderTest, LeavesLogsAndOtherFilesThatNoRunHasWritten) {
   fs::create_directories(base_ / "a/gradient");
-  for (const char* const name :
+  for (char const* const name :
        {"log.rank1.txt", "settings.rank1.rbf", "gradient.pvtu", "gradient/gradient.0000.vtu"})
     Write(base_ / "a" / name, "mine");
   Run({"gradient.vtu"}, "new");
-  for (const char* const name :
+  for (char const* const name :
        {"log.rank1.txt", "settings.rank1.rbf", "gradient.pvtu", "gradient/gradient.0000.vtu"})
     EXPECT_EQ(Read(base_ / "a" / name), "mine") << name;
 }
@@ -217,7 +217,7 @@ TEST_F(OutputFolderTest, RefusesALogThatNoRunHasWritten) {
 TEST_F(OutputFolderTest, RefusesAResultThatTheUserHasEditedWhetherItWouldBeReplacedOrRemoved) {
   Run({"results.json"}, "old");
   Write(base_ / "a/results.json", "odd");  // of the same size
-  const std::string text =
+  std::string const text =
       '"' + (base_ / "a/results.json").string() +
       "\" has changed since an earlier run of zyngrad wrote it: move it away, or choose another "
       "output folder with -o";
@@ -249,7 +249,7 @@ TEST_F(OutputFolderTest, RefusesResultsOfAnotherCommand) {
   try {
     OutputFolder(TestRanks(), (base_ / "a").string(), {"faces", {"results.json"}});
     FAIL() << "results of another command would be lost";
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     EXPECT_EQ(std::string(error.what()),
               "the output folder \"" + (base_ / "a").string() +
                   "\" holds results of zyngrad \"gradient\": choose another one with -o");
@@ -259,7 +259,7 @@ TEST_F(OutputFolderTest, RefusesResultsOfAnotherCommand) {
 
 TEST_F(OutputFolderTest, MovesNothingWhenAFileHasComeOrChangedMeanwhile) {
   Run({"results.json"}, "old");
-  const auto commit = [this](const fs::path& touched) {
+  auto const commit = [this](fs::path const& touched) {
     OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"results.json", "gradient.vtu"}});
     Write(folder.Stage("results.json"), "new");
     Write(folder.Stage("gradient.vtu"), "new");
@@ -297,10 +297,10 @@ TEST_F(OutputFolderTest, RefusesAFolderOfUnfinishedFilesThatIsNotOurs) {
 }
 
 TEST_F(OutputFolderTest, RefusesASecondRunAndIsFreeAfterTheFirst) {
-  const std::string name = (base_ / "a").string();
+  std::string const name = (base_ / "a").string();
   {
     OutputFolder folder(TestRanks(), name, {"gradient", {"results.json"}});
-    const std::string refusal = Refusal({});
+    std::string const refusal = Refusal({});
     EXPECT_NE(refusal.find("is in use by another run (process "), std::string::npos) << refusal;
     Write(folder.Stage("results.json"), "numbers");
     folder.Commit("");
@@ -314,7 +314,7 @@ TEST_F(OutputFolderTest, MovesNothingWhenALogIsNotWhole) {
     OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"results.json"}});
     Write(folder.Stage("results.json"), "new");
     {
-      const StdoutToFile log("/dev/full");
+      StdoutToFile const log("/dev/full");
       std::cout << "a line of an operator" << std::endl;
     }
     EXPECT_THROW(folder.Commit(""), UsageError);
@@ -327,8 +327,8 @@ TEST_F(OutputFolderTest, MovesNothingWhenItsLastLinesDoNotArrive) {
   {
     OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {"results.json"}});
     Write(folder.Stage("results.json"), "new");
-    const int before = dup(STDOUT_FILENO);
-    const int full = open("/dev/full", O_WRONLY);
+    int const before = dup(STDOUT_FILENO);
+    int const full = open("/dev/full", O_WRONLY);
     dup2(full, STDOUT_FILENO);
     EXPECT_THROW(folder.Commit("written\n"), UsageError);
     std::cout.clear();
@@ -354,13 +354,13 @@ TEST_F(OutputFolderTest, HasFilesOnTheDiskBeforeTheyReplaceOthersAndTheirNamesAf
   watched = (base_ / "a").string();
   Run({"results.json", "b/0.vtu"}, "new");
   watched.clear();
-  const auto place = [](const std::string& what) {
-    const auto found = std::find(requests.begin(), requests.end(), what);
+  auto const place = [](std::string const& what) {
+    auto const found = std::find(requests.begin(), requests.end(), what);
     EXPECT_NE(found, requests.end()) << what;
     return found - requests.begin();
   };
-  const std::string manifest = "/zyngrad-manifest.json";
-  for (const std::string& name :
+  std::string const manifest = "/zyngrad-manifest.json";
+  for (std::string const& name :
        {std::string("/results.json"), std::string("/b/0.vtu"), std::string("/log.rank0.txt")}) {
     EXPECT_LT(place("sync /unfinished.part" + name), place("move " + manifest));
     EXPECT_LT(place("move " + manifest), place("move " + name));
@@ -376,7 +376,7 @@ TEST_F(OutputFolderTest, HasFilesOnTheDiskBeforeTheyReplaceOthersAndTheirNamesAf
 
 TEST_F(OutputFolderTest, LeavesAFileThatStandsWhereItHasMadeItsFolder) {
   {
-    const OutputFolder folder(TestRanks(), (base_ / "a/b").string(), {"gradient", {}});
+    OutputFolder const folder(TestRanks(), (base_ / "a/b").string(), {"gradient", {}});
     fs::remove_all(base_ / "a/b");
     Write(base_ / "a/b", "mine");
   }
@@ -384,7 +384,7 @@ TEST_F(OutputFolderTest, LeavesAFileThatStandsWhereItHasMadeItsFolder) {
 }
 
 TEST_F(OutputFolderTest, ReplacesNoManifestThatHasComeOrChangedMeanwhile) {
-  for (const bool hasEarlierRun : {false, true}) {
+  for (bool const hasEarlierRun : {false, true}) {
     if (hasEarlierRun) Run({}, "old");
     OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {}});
     Write(base_ / "a/zyngrad-manifest.json", "mine");
@@ -396,9 +396,9 @@ TEST_F(OutputFolderTest, ReplacesNoManifestThatHasComeOrChangedMeanwhile) {
 
 TEST_F(OutputFolderTest, ReplacesNothingThatComesOrChangesAtTheLastMoment) {
   {
-    const AtRequest hook(base_ / "a", "move /results.json",
+    AtRequest const hook(base_ / "a", "move /results.json",
                          [this] { Write(base_ / "a/results.json", "mine"); });
-    const std::string failure = Failure({"results.json"});
+    std::string const failure = Failure({"results.json"});
     EXPECT_NE(failure.find("results.json\": File exists"), std::string::npos) << failure;
     EXPECT_NE(failure.find("some results in"), std::string::npos) << failure;
   }
@@ -406,7 +406,7 @@ TEST_F(OutputFolderTest, ReplacesNothingThatComesOrChangesAtTheLastMoment) {
   fs::remove(base_ / "a/results.json");
   Run({"results.json"}, "old");
   {
-    const AtRequest hook(base_ / "a", "move /log.rank0.txt",
+    AtRequest const hook(base_ / "a", "move /log.rank0.txt",
                          [this] { Write(base_ / "a/results.json", "mine"); });
     EXPECT_NE(Failure({"results.json"}), "");
   }
@@ -419,7 +419,7 @@ TEST_F(OutputFolderTest, ReplacesNothingThatComesOrChangesAtTheLastMoment) {
 TEST_F(OutputFolderTest, RemovesNoEarlierFileThatChangesAtTheLastMoment) {
   Run({"gradient.vtu", "results.json"}, "old");
   {
-    const AtRequest hook(base_ / "a", "move /results.json",
+    AtRequest const hook(base_ / "a", "move /results.json",
                          [this] { Write(base_ / "a/gradient.vtu", "mine"); });
     Run({"results.json"}, "new");
   }
@@ -445,7 +445,7 @@ TEST_F(OutputFolderTest, RefusesAFolderThatItMayNotWriteInto) {
   fs::permissions(base_ / "a", fs::perms::all);
   fs::permissions(base_ / "a/pieces", fs::perms(0555));
   {
-    const Unprivileged user;
+    Unprivileged const user;
     EXPECT_EQ(Refusal({"pieces/0.vtu"}),
               "cannot write into \"" + (base_ / "a/pieces").string() + "\": Permission denied");
   }
@@ -456,7 +456,7 @@ TEST_F(OutputFolderTest, RefusesAFolderThatItMayNotWriteInto) {
 TEST_F(OutputFolderTest, SucceedsWithoutItsLastManifest) {
   Run({"gradient.vtu", "results.json"}, "old");
   {
-    const AtRequest hook(
+    AtRequest const hook(
         base_ / "a", "move /zyngrad-manifest.json",
         [this] { fs::remove(base_ / "a/unfinished.part/zyngrad-manifest.json"); }, 1);
     EXPECT_EQ(Failure({"results.json"}), "");
@@ -488,7 +488,7 @@ TEST_F(OutputFolderTest, MakesNoFolderThatItsNameOnlyPasses) {
 }
 
 TEST_F(OutputFolderTest, SaysWhyAPlaceCannotBeLookedAt) {
-  const std::string refusal = Refusal({std::string(300, 'x')});
+  std::string const refusal = Refusal({std::string(300, 'x')});
   EXPECT_NE(refusal.find("x\": File name too long"), std::string::npos) << refusal;
 }
 
@@ -502,11 +502,11 @@ TEST_F(OutputFolderTest, RefusesALinkToNowhereAsFolder) {
 
 void RecordSync(int descriptor) {
   char path[4096];
-  const ssize_t length = readlink(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), path, sizeof path);
+  ssize_t const length = readlink(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), path, sizeof path);
   if (length > 0) Record("sync ", std::string(path, static_cast<std::size_t>(length)));
 }
 
-void RecordMove(const char* to) { Record("move ", to); }
+void RecordMove(char const* to) { Record("move ", to); }
 
 }  // namespace zyngrad
 
@@ -517,12 +517,12 @@ extern "C" int fsync(int descriptor) {
   return static_cast<int>(syscall(SYS_fsync, descriptor));
 }
 
-extern "C" int rename(const char* from, const char* to) noexcept {
+extern "C" int rename(char const* from, char const* to) noexcept {
   zyngrad::RecordMove(to);
   return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
 }
 
-extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+extern "C" int renameat2(int fromFolder, char const* from, int toFolder, char const* to,
                          unsigned int flags) noexcept {
   zyngrad::RecordMove(to);
   return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));

@@ -19,7 +19,7 @@ using reference_host::FaceMesh;
 using reference_host::HostPartition;
 
 /// The parts of a box cut into nParts slices of equally many cells.
-std::vector<reference_host::MeshPart> Slices(const FaceMesh& mesh, int nParts) {
+std::vector<reference_host::MeshPart> Slices(FaceMesh const& mesh, int nParts) {
   std::vector<int> partOfCell(static_cast<std::size_t>(mesh.nCells));
   for (int c = 0; c < mesh.nCells; ++c) partOfCell[static_cast<std::size_t>(c)] = c * nParts / mesh.nCells;
   return SplitMesh(mesh, partOfCell, nParts);
@@ -27,12 +27,12 @@ std::vector<reference_host::MeshPart> Slices(const FaceMesh& mesh, int nParts) {
 
 /// Volume of the closed surface that the outward faces make: sum over triangles (p0, p1, p2) of p0.(p1 x p2)
 /// / 6.
-double VolumeInside(const CellFaces& faces, const CZYN3DFiniteVolumeMesh& mesh) {
+double VolumeInside(CellFaces const& faces, CZYN3DFiniteVolumeMesh const& mesh) {
   double volume = 0.0;
   for (int f = 0; f < faces.nFaces(); ++f) {
-    const int* row = faces.Face(f);
+    int const* row = faces.Face(f);
     for (int k = 1; k + 1 < faces.FaceSize(f); ++k) {
-      const int a = row[0], b = row[k], c = row[k + 1];
+      int const a = row[0], b = row[k], c = row[k + 1];
       volume += mesh.xn[a] * (mesh.yn[b] * mesh.zn[c] - mesh.zn[b] * mesh.yn[c]) +
                 mesh.yn[a] * (mesh.zn[b] * mesh.xn[c] - mesh.xn[b] * mesh.zn[c]) +
                 mesh.zn[a] * (mesh.xn[b] * mesh.yn[c] - mesh.yn[b] * mesh.xn[c]);
@@ -42,11 +42,11 @@ double VolumeInside(const CellFaces& faces, const CZYN3DFiniteVolumeMesh& mesh) 
 }
 
 TEST(PartitionGrid, TurnsTheFacesOfEveryCellOutwards) {
-  for (const char* spec : {"box:3,2,2", "box:2,2,2:tet", "box:2,3,1:prism"}) {
-    const FaceMesh mesh = BoxWithGroups(spec);
-    for (const auto& part : Slices(mesh, 2)) {
+  for (char const* spec : {"box:3,2,2", "box:2,2,2:tet", "box:2,3,1:prism"}) {
+    FaceMesh const mesh = BoxWithGroups(spec);
+    for (auto const& part : Slices(mesh, 2)) {
       HostPartition partition(part);
-      const CZYN3DFiniteVolumeMesh& host = *partition.mesh();
+      CZYN3DFiniteVolumeMesh const& host = *partition.mesh();
       CellFaces faces;
       for (int c = 1; c <= host.NInnerCells; ++c) {
         FacesOfCell(host, c, faces);
@@ -57,16 +57,16 @@ TEST(PartitionGrid, TurnsTheFacesOfEveryCellOutwards) {
 }
 
 TEST(PartitionGrid, WritesOwnedCellsWithTheirTypeAndOnlyTheirNodes) {
-  const std::map<std::string, VtkType> typeOf = {{"box:3,2,2", VtkType::Hexahedron},
+  std::map<std::string, VtkType> const typeOf = {{"box:3,2,2", VtkType::Hexahedron},
                                                  {"box:3,2,2:tet", VtkType::Tetrahedron},
                                                  {"box:3,2,2:prism", VtkType::Wedge}};
-  for (const auto& [spec, type] : typeOf) {
-    for (const auto& part : Slices(BoxWithGroups(spec), 2)) {
+  for (auto const& [spec, type] : typeOf) {
+    for (auto const& part : Slices(BoxWithGroups(spec), 2)) {
       HostPartition partition(part);
-      const VtuGrid grid = GridOfInteriorCells(*partition.mesh());
+      VtuGrid const grid = GridOfInteriorCells(*partition.mesh());
       ASSERT_EQ(grid.types.size(), static_cast<std::size_t>(partition.mesh()->NInnerCells));
-      for (const std::uint8_t written : grid.types) EXPECT_EQ(written, static_cast<std::uint8_t>(type));
-      const std::set<std::int64_t> used(grid.connectivity.begin(), grid.connectivity.end());
+      for (std::uint8_t const written : grid.types) EXPECT_EQ(written, static_cast<std::uint8_t>(type));
+      std::set<std::int64_t> const used(grid.connectivity.begin(), grid.connectivity.end());
       EXPECT_EQ(used.size(), grid.points.size() / 3);
       EXPECT_EQ(*used.rbegin(), static_cast<std::int64_t>(used.size()) - 1);
       EXPECT_EQ(grid.offsets.back(), static_cast<std::int64_t>(grid.connectivity.size()));
@@ -86,7 +86,7 @@ FaceMesh TwoCubesWithSplitFace() {
   }
   mesh.points.push_back({1.0, 0.0, 0.5});
   mesh.points.push_back({1.0, 1.0, 0.5});
-  const auto add = [&mesh](const std::vector<int>& nodes, int owner, int neighbour) {
+  auto const add = [&mesh](std::vector<int> const& nodes, int owner, int neighbour) {
     mesh.faceNode.insert(mesh.faceNode.end(), nodes.begin(), nodes.end());
     mesh.faceStart.push_back(mesh.faceNode.size());
     mesh.owner.push_back(owner);
@@ -112,11 +112,11 @@ FaceMesh TwoCubesWithSplitFace() {
 
 TEST(PartitionGrid, WritesPolyhedraWithTheirFaces) {
   HostPartition partition(Slices(TwoCubesWithSplitFace(), 1).front());
-  const VtuGrid grid = GridOfInteriorCells(*partition.mesh());
+  VtuGrid const grid = GridOfInteriorCells(*partition.mesh());
   ASSERT_EQ(grid.types, (std::vector<std::uint8_t>{42, 42}));
   EXPECT_EQ(grid.points.size(), 3U * 14U);
   // Per cell: the face count, then 7 faces with their sizes: 2 halves, 3 squares, 2 pentagons.
-  const std::int64_t length = 1 + 7 + 2 * 4 + 3 * 4 + 2 * 5;
+  std::int64_t const length = 1 + 7 + 2 * 4 + 3 * 4 + 2 * 5;
   EXPECT_EQ(grid.faceOffsets, (std::vector<std::int64_t>{length, 2 * length}));
   EXPECT_EQ(grid.faces.size(), static_cast<std::size_t>(2 * length));
   EXPECT_EQ(grid.faces[0], 7);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-PointSet AlongX(const std::vector<double>& x) {
+PointSet AlongX(std::vector<double> const& x) {
   PointSet points;
   points.x = x;
   points.y.assign(x.size(), 0.5);
@@ -21,8 +21,8 @@ PointSet AlongX(const std::vector<double>& x) {
 }
 
 TEST(PointErrors, CompareValueAndGradientWithTheFormula) {
-  const PointSet points = AlongX({1.0, 2.0, 3.0, 4.0});
-  const ExactAtPoints exact = ExactValuesAt(points, Expression("2*x + y"));
+  PointSet const points = AlongX({1.0, 2.0, 3.0, 4.0});
+  ExactAtPoints const exact = ExactValuesAt(points, Expression("2*x + y"));
   EXPECT_EQ(exact.value, (std::vector<double>{2.5, 4.5, 6.5, 8.5}));
   EXPECT_EQ(exact.gx, (std::vector<double>(4, 2.0)));
   EXPECT_EQ(exact.gy, (std::vector<double>(4, 1.0)));
@@ -32,11 +32,11 @@ TEST(PointErrors, CompareValueAndGradientWithTheFormula) {
   found.value[3] += 0.25;
   found.gx[2] += 3.0;
   found.gz[2] -= 4.0;
-  const ErrorsAtPoints errors = ErrorsAt(found, exact);
+  ErrorsAtPoints const errors = ErrorsAt(found, exact);
   EXPECT_EQ(errors.value, (std::vector<double>{0.0, -0.25, 0.0, 0.25}));
   EXPECT_EQ(errors.gradient, (std::vector<double>{0.0, 0.0, 5.0, 0.0}));
 
-  const PointNorms value = ValueNorms(errors, exact), gradient = GradientNorms(errors, exact);
+  PointNorms const value = ValueNorms(errors, exact), gradient = GradientNorms(errors, exact);
   EXPECT_EQ(value.l1, 0.125);
   EXPECT_NEAR(value.l2, 0.25 / std::sqrt(2.0), 1e-16);
   EXPECT_EQ(value.max, 0.25);
@@ -48,12 +48,12 @@ TEST(PointErrors, CompareValueAndGradientWithTheFormula) {
 }
 
 TEST(PointErrors, CountWhatIsNotFiniteAndAreNoNumbersWithoutPoints) {
-  const PointNorms norms = ValueNorms({{1.0, kInfinity, -2.0}, {}}, {{1.0, 1.0, 1.0}, {}, {}, {}});
+  PointNorms const norms = ValueNorms({{1.0, kInfinity, -2.0}, {}}, {{1.0, 1.0, 1.0}, {}, {}, {}});
   EXPECT_EQ(norms.nNotFinite, 1);
   EXPECT_EQ(norms.l1, kInfinity);
   EXPECT_EQ(norms.max, 2.0);
   EXPECT_EQ(norms.maxPoint, 3);
-  const PointNorms none = ValueNorms({}, {});
+  PointNorms const none = ValueNorms({}, {});
   EXPECT_TRUE(std::isnan(none.l1));
   EXPECT_TRUE(std::isnan(none.max));
   EXPECT_EQ(none.maxPoint, 0);
@@ -63,15 +63,15 @@ TEST(PointErrors, NameThePointWhereTheFormulaHasNoValue) {
   try {
     ExactValuesAt(AlongX({1.0, 2.0, 0.0}), Expression("sqrt(x)"));
     FAIL() << "the slope is infinite at 0";
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     EXPECT_STREQ(error.what(),
                  "the field \"sqrt(x)\" or its gradient is not finite at point 3 at (0, 0.5, 0)");
   }
 }
 
 TEST(PointErrors, FlagPointsThatAreFarHaveFewCellsOrNoFiniteWeights) {
-  const PointValues found = {std::vector<double>(4, 0.0), {}, {}, {}, {4, 3, 20, 0}, {1, 1, 0, 1}};
-  const std::vector<PointOwner> owners = {{0.2, 0}, {0.1, 0}, {0.1, 1}, {0.21, 1}};
+  PointValues const found = {std::vector<double>(4, 0.0), {}, {}, {}, {4, 3, 20, 0}, {1, 1, 0, 1}};
+  std::vector<PointOwner> const owners = {{0.2, 0}, {0.1, 0}, {0.1, 1}, {0.21, 1}};
   EXPECT_EQ(FlagPoints(found, owners, 0.1),
             (std::vector<std::int32_t>{0, kHasFewMembers, kIsNotFinite, kIsFar + kHasFewMembers}));
   EXPECT_EQ(FlagPoints(found, owners, kInfinity)[3], kHasFewMembers);  // a mesh of one cell has no distance
@@ -80,9 +80,9 @@ TEST(PointErrors, FlagPointsThatAreFarHaveFewCellsOrNoFiniteWeights) {
 TEST(PointErrors, ShowTheWorstFiveOfEachFlag) {
   PointValues found = {std::vector<double>(7, 0.0), {}, {}, {}, {3, 1, 2, 1, 9, 9, 9}, {0, 1, 1, 1, 0, 1, 0}};
   std::vector<PointOwner> owners;
-  for (const double distance : {5.0, 1.0, 7.0, 5.0, 6.0, 9.0, 8.0}) owners.push_back({distance, 0});
-  const auto flags = FlagPoints(found, owners, 1.0);
-  const auto counted = CountFlags(flags, found, owners);
+  for (double const distance : {5.0, 1.0, 7.0, 5.0, 6.0, 9.0, 8.0}) owners.push_back({distance, 0});
+  auto const flags = FlagPoints(found, owners, 1.0);
+  auto const counted = CountFlags(flags, found, owners);
   EXPECT_EQ(counted[0].flag, kIsFar);
   EXPECT_EQ(counted[0].count, 6);
   EXPECT_EQ(counted[0].worst, (std::vector<std::size_t>{5, 6, 2, 4, 0}));

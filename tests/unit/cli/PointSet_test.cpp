@@ -11,22 +11,22 @@
 namespace zyngrad {
 namespace {
 
-const std::vector<std::string> kReplaced = {"value", "error"};
+std::vector<std::string> const kReplaced = {"value", "error"};
 
 /// Writes the text to a file and reads points from it.
 class PointSetTest : public testing::Test {
  protected:
-  PointSet Read(const std::string& text) {
+  PointSet Read(std::string const& text) {
     std::ofstream(File(), std::ios::binary) << text;
     return ReadPoints(File(), kReplaced);
   }
 
   /// What is wrong with the text, behind the file's name.
-  std::string Complaint(const std::string& text) {
+  std::string Complaint(std::string const& text) {
     try {
       Read(text);
-    } catch (const UsageError& error) {
-      const std::string what = error.what();
+    } catch (UsageError const& error) {
+      std::string const what = error.what();
       return what.rfind(File() + ": ", 0) == 0 ? what.substr(File().size() + 2) : what;
     }
     return "none";
@@ -34,11 +34,11 @@ class PointSetTest : public testing::Test {
 
   std::string File() const { return folder_.path() + "/points.csv"; }
 
-  const TemporaryFolder folder_;
+  TemporaryFolder const folder_;
 };
 
 TEST_F(PointSetTest, TakesColumnsInAnyOrderAndCarriesTheOthers) {
-  const PointSet points = Read("name,Z,x,Y\nfirst,3,1,2\nsecond,-6e-1,+4,.5\n");
+  PointSet const points = Read("name,Z,x,Y\nfirst,3,1,2\nsecond,-6e-1,+4,.5\n");
   EXPECT_EQ(points.x, (std::vector<double>{1.0, 4.0}));
   EXPECT_EQ(points.y, (std::vector<double>{2.0, 0.5}));
   EXPECT_EQ(points.z, (std::vector<double>{3.0, -0.6}));
@@ -47,7 +47,7 @@ TEST_F(PointSetTest, TakesColumnsInAnyOrderAndCarriesTheOthers) {
 }
 
 TEST_F(PointSetTest, CarriesQuotedFieldsAsTheyAreWritten) {
-  const PointSet points =
+  PointSet const points =
       Read("\"x\",y,z,\"a \"\"b\"\"\"\n 1 ,\"2\",3,\"one,\ntwo \"\"three\"\"\"\n4,5,6,\n");
   EXPECT_EQ(points.y, (std::vector<double>{2.0, 5.0}));
   EXPECT_EQ(points.header, "\"x\",y,z,\"a \"\"b\"\"\"");
@@ -56,13 +56,13 @@ TEST_F(PointSetTest, CarriesQuotedFieldsAsTheyAreWritten) {
 }
 
 TEST_F(PointSetTest, LeavesOutColumnsThatWillBeWrittenAnew) {
-  const PointSet points = Read("value,x,y,z,error,id\n9,1,2,3,8,7\n");
+  PointSet const points = Read("value,x,y,z,error,id\n9,1,2,3,8,7\n");
   EXPECT_EQ(points.header, "x,y,z,id");
   EXPECT_EQ(points.rows, (std::vector<std::string>{"1,2,3,7"}));
 }
 
 TEST_F(PointSetTest, ReadsFilesOfOtherEditors) {
-  const PointSet points = Read("\xEF\xBB\xBFx,y,z\r\n1,2,3\r\n\r\n  \n4,5,6");
+  PointSet const points = Read("\xEF\xBB\xBFx,y,z\r\n1,2,3\r\n\r\n  \n4,5,6");
   EXPECT_EQ(points.x, (std::vector<double>{1.0, 4.0}));
   EXPECT_EQ(points.rows, (std::vector<std::string>{"1,2,3", "4,5,6"}));
 }
@@ -91,7 +91,7 @@ TEST_F(PointSetTest, NamesLineAndColumnOfWhatItCannotRead) {
 }
 
 TEST_F(PointSetTest, RefusesQuotesThatAreNotAroundAField) {
-  const std::string what = "a quote that is not closed, or not around a whole field";
+  std::string const what = "a quote that is not closed, or not around a whole field";
   EXPECT_EQ(Complaint("x,y,z,note\n1,2,3,\"open\n"), "line 2, column 7: " + what);
   EXPECT_EQ(Complaint("x,y,z,note\n1,2,3,in\"side\n"), "line 2, column 9: " + what);
   EXPECT_EQ(Complaint("x,y,z,note\n1,2,3,\"a\"b\n"), "line 2, column 10: a line end was expected");

@@ -16,14 +16,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Content(const std::string& file) {
+std::string Content(std::string const& file) {
   std::ostringstream text;
   text << std::ifstream(file).rdbuf();
   return text.str();
 }
 
 TEST(RadialBasisSettings, AreWrittenAsTheOperatorWritesItsDefaults) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   CZynRBFInternalObject op;
   std::strcpy(op.m_szRBFFileName, (folder.path() + "/own.rbf").c_str());
   testing::internal::CaptureStdout();
@@ -39,9 +39,9 @@ TEST(RadialBasisSettings, HoldASpanInAsFewDigitsAsItTakes) {
 }
 
 TEST(RadialBasisSettings, AreReadByTheOperatorToTheLastBit) {
-  const TemporaryFolder folder;
-  for (const double span : {500.0, 1.0 / 3.0, 12345678.9, 1e-30}) {
-    const std::string base = WriteSettingsFile(folder.path() + "/settings.rank0.rbf", {span, true});
+  TemporaryFolder const folder;
+  for (double const span : {500.0, 1.0 / 3.0, 12345678.9, 1e-30}) {
+    std::string const base = WriteSettingsFile(folder.path() + "/settings.rank0.rbf", {span, true});
     std::string name = base;
     CZynRBFInternalObject op;
     op.ChangeFileName(op.m_szRBFFileName, ".rbf", name.data());
@@ -54,8 +54,8 @@ TEST(RadialBasisSettings, AreReadByTheOperatorToTheLastBit) {
 }
 
 TEST(RadialBasisSettings, ReplaceALinkAndLeaveWhatItPointedTo) {
-  const TemporaryFolder folder;
-  const std::string users = folder.path() + "/users.rbf", own = folder.path() + "/own.rbf";
+  TemporaryFolder const folder;
+  std::string const users = folder.path() + "/users.rbf", own = folder.path() + "/own.rbf";
   std::ofstream(users) << "1002\n";
   fs::create_symlink(users, own);
   WriteSettingsFile(own, {});
@@ -64,7 +64,7 @@ TEST(RadialBasisSettings, ReplaceALinkAndLeaveWhatItPointedTo) {
 }
 
 TEST(RadialBasisSettings, RefuseAPlaceThatCannotBeWritten) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   EXPECT_THROW(WriteSettingsFile(folder.path() + "/missing/own.rbf", {}), UsageError);
   EXPECT_THROW(WriteSettingsFile(std::string(1020, 'a') + ".rbf", {}), UsageError);
 }
@@ -72,7 +72,7 @@ TEST(RadialBasisSettings, RefuseAPlaceThatCannotBeWritten) {
 TEST(RadialBasisSettings, TakePositiveFiniteNumbers) {
   EXPECT_EQ(PositiveNumber("--span", "500"), 500.0);
   EXPECT_EQ(PositiveNumber("--span", "2.5e1"), 25.0);
-  for (const char* text : {"", "0", "-1", "nan", "inf", "1e999", "5 ", " 5", "5x", "0x5", "five"})
+  for (char const* text : {"", "0", "-1", "nan", "inf", "1e999", "5 ", " 5", "5x", "0x5", "five"})
     EXPECT_THROW(PositiveNumber("--span", text), UsageError) << text;
 }
 

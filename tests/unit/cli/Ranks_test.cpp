@@ -11,10 +11,10 @@
 namespace zyngrad {
 namespace {
 
-std::string ErrorOf(const std::function<void()>& work) {
+std::string ErrorOf(std::function<void()> const& work) {
   try {
     TestRanks().Together(work);
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     return error.what();
   }
   return "no error";
@@ -30,7 +30,7 @@ TEST(Ranks, ThrowErrorsThatSayHowManyHaveAgreed) {
   try {
     TestRanks().Together([] { throw UsageError("broken"); });
     FAIL() << "no error";
-  } catch (const AgreedError& error) {
+  } catch (AgreedError const& error) {
     EXPECT_EQ(error.rankCount(), TestRanks().count());
   }
 }

@@ -8,7 +8,7 @@ namespace zyngrad {
 namespace {
 
 TEST(SpanRange, LetsUsualSpansPass) {
-  for (const double span : {1e-3, 1.0, 500.0, 1e6}) EXPECT_EQ(SpanOutOfRange(span, 0.1), "") << span;
+  for (double const span : {1e-3, 1.0, 500.0, 1e6}) EXPECT_EQ(SpanOutOfRange(span, 0.1), "") << span;
 }
 
 TEST(SpanRange, NamesSpansWhosePowersAreNoNumbers) {

@@ -13,8 +13,8 @@ namespace zyngrad {
 namespace {
 
 /// How a process ends that does `work`: the signal, or minus the exit code.
-int EndOf(const std::function<int()>& work) {
-  const pid_t child = fork();
+int EndOf(std::function<int()> const& work) {
+  pid_t const child = fork();
   if (child == 0) _exit(work());
   int status = 0;
   waitpid(child, &status, 0);
@@ -30,7 +30,7 @@ TEST(StandardStreams, KeepsFilesOffTheDescriptorsThatTheCallerHasClosed) {
               if (open("/dev/null", O_RDONLY) <= STDERR_FILENO) return 1;
               char byte = 0;
               if (read(STDIN_FILENO, &byte, 1) >= 0 || errno != EBADF) return 2;
-              for (const int output : {STDOUT_FILENO, STDERR_FILENO})
+              for (int const output : {STDOUT_FILENO, STDERR_FILENO})
                 if (write(output, &byte, 1) >= 0 || errno != EBADF) return 3;
               return 0;
             }),

@@ -15,12 +15,12 @@ namespace zyngrad {
 namespace {
 
 TEST(StdoutToFile, CatchesStreamsStdioAndTheDescriptorAndLetsGoAfterwards) {
-  const std::string file = (std::filesystem::path(testing::TempDir()) / "StdoutToFile.txt").string();
+  std::string const file = (std::filesystem::path(testing::TempDir()) / "StdoutToFile.txt").string();
   std::filesystem::remove(file);
   testing::internal::CaptureStdout();
   std::cout << "before ";
   for (int round = 0; round < 2; ++round) {
-    const StdoutToFile redirect(file);
+    StdoutToFile const redirect(file);
     std::cout << "stream ";
     std::printf("stdio ");
     std::fflush(stdout);
@@ -37,7 +37,7 @@ TEST(StdoutToFile, CatchesStreamsStdioAndTheDescriptorAndLetsGoAfterwards) {
 TEST(StdoutToFile, LeavesOutputWhereItWasAndSaysSoWhenTheFileCannotBeOpened) {
   testing::internal::CaptureStdout();
   {
-    const StdoutToFile redirect("no_such_folder/file.txt");
+    StdoutToFile const redirect("no_such_folder/file.txt");
     std::cout << "still here";
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
@@ -47,7 +47,7 @@ TEST(StdoutToFile, LeavesOutputWhereItWasAndSaysSoWhenTheFileCannotBeOpened) {
 TEST(StdoutToFile, SaysThatAFileHasLostSomethingAndSparesStandardOutput) {
   testing::internal::CaptureStdout();
   {
-    const StdoutToFile redirect("/dev/full");
+    StdoutToFile const redirect("/dev/full");
     std::cout << "lost" << std::endl;
     std::printf("lost as well");
   }
@@ -57,7 +57,7 @@ TEST(StdoutToFile, SaysThatAFileHasLostSomethingAndSparesStandardOutput) {
   try {
     StdoutToFile::CheckAll();
     FAIL() << "the loss was not noticed";
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     EXPECT_STREQ(error.what(), "cannot write \"/dev/full\": No space left on device");
   }
   EXPECT_NO_THROW(StdoutToFile::CheckAll());
@@ -65,7 +65,7 @@ TEST(StdoutToFile, SaysThatAFileHasLostSomethingAndSparesStandardOutput) {
 
 TEST(StdoutToFile, LeavesTheErrorsOfStandardOutputToItsOwnEnd) {
   std::cout.setstate(std::ios::badbit);
-  { const StdoutToFile redirect("/dev/full"); }
+  { StdoutToFile const redirect("/dev/full"); }
   EXPECT_TRUE(std::cout.bad());
   std::cout.clear();
   EXPECT_NO_THROW(StdoutToFile::CheckAll());

@@ -9,15 +9,15 @@
 namespace zyngrad {
 namespace {
 
-std::map<double, std::string> Labels(const StudyAxis& axis) {
+std::map<double, std::string> Labels(StudyAxis const& axis) {
   std::map<double, std::string> labels;
-  for (const StudyAxis::Tick& tick : axis.ticks())
+  for (StudyAxis::Tick const& tick : axis.ticks())
     if (!tick.label.empty()) labels[tick.value] = tick.label;
   return labels;
 }
 
 TEST(StudyAxis, HoldsAllValuesWithRoomAtBothEnds) {
-  for (const StudyAxis& axis : {StudyAxis::Logarithmic({1e-3, 0.5, 20}), StudyAxis::Linear({-3, 0, 7})}) {
+  for (StudyAxis const& axis : {StudyAxis::Logarithmic({1e-3, 0.5, 20}), StudyAxis::Linear({-3, 0, 7})}) {
     EXPECT_GT(axis.Place(axis.IsLogarithmic() ? 1e-3 : -3), 0.0);
     EXPECT_LT(axis.Place(axis.IsLogarithmic() ? 20 : 7), 1.0);
     EXPECT_NEAR(axis.Place(axis.low()), 0.0, 1e-12);
@@ -26,9 +26,9 @@ TEST(StudyAxis, HoldsAllValuesWithRoomAtBothEnds) {
 }
 
 TEST(StudyAxis, IsEvenInPowersOrInValues) {
-  const StudyAxis powers = StudyAxis::Logarithmic({1e-4, 1});
+  StudyAxis const powers = StudyAxis::Logarithmic({1e-4, 1});
   EXPECT_NEAR(powers.Place(1e-3) - powers.Place(1e-4), powers.Place(1) - powers.Place(0.1), 1e-12);
-  const StudyAxis values = StudyAxis::Linear({0, 10});
+  StudyAxis const values = StudyAxis::Linear({0, 10});
   EXPECT_NEAR(values.Place(5) - values.Place(0), values.Place(10) - values.Place(5), 1e-12);
 }
 
@@ -39,7 +39,7 @@ TEST(StudyAxis, NumbersPowersOfTenOverManyDecades) {
 }
 
 TEST(StudyAxis, NumbersSomePowersOverVeryMany) {
-  const auto labels = Labels(StudyAxis::Logarithmic({1e-16, 1e4}));
+  auto const labels = Labels(StudyAxis::Logarithmic({1e-16, 1e4}));
   EXPECT_LE(labels.size(), 9u);
   EXPECT_GE(labels.size(), 5u);
 }
@@ -50,7 +50,7 @@ TEST(StudyAxis, NumbersOneTwoFiveOverFewDecades) {
 }
 
 TEST(StudyAxis, GivesEqualErrorsHalfADecade) {
-  const StudyAxis axis = StudyAxis::Logarithmic({0.02, 0.02 * (1 + 1e-15)});
+  StudyAxis const axis = StudyAxis::Logarithmic({0.02, 0.02 * (1 + 1e-15)});
   EXPECT_NEAR(axis.Decades(), 0.5, 1e-9);
   EXPECT_GE(Labels(axis).size(), 2u);
 }
@@ -62,8 +62,8 @@ TEST(StudyAxis, CountsLinearTicksInRoundSteps) {
 }
 
 TEST(StudyAxis, LeavesOutWhatItCannotShow) {
-  const double inf = std::numeric_limits<double>::infinity();
-  const StudyAxis axis = StudyAxis::Logarithmic({0.0, -1.0, std::nan(""), inf, 0.1, 10.0});
+  double const inf = std::numeric_limits<double>::infinity();
+  StudyAxis const axis = StudyAxis::Logarithmic({0.0, -1.0, std::nan(""), inf, 0.1, 10.0});
   EXPECT_GT(axis.low(), 0.01);
   EXPECT_LT(axis.high(), 100.0);
   EXPECT_FALSE(axis.Shows(0.0));

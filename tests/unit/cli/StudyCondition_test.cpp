@@ -16,8 +16,8 @@ namespace {
 TEST(StudyCondition, SamplesEvenlyAndNotTooMany) {
   EXPECT_EQ(SpreadSample(3), (std::vector<int>{1, 2, 3}));
   EXPECT_TRUE(SpreadSample(0).empty());
-  for (const int n : {1999, 2000, 2001, 4001, 100000}) {
-    const std::vector<int> sample = SpreadSample(n);
+  for (int const n : {1999, 2000, 2001, 4001, 100000}) {
+    std::vector<int> const sample = SpreadSample(n);
     EXPECT_LE(sample.size(), static_cast<std::size_t>(kMostSystems)) << n;
     EXPECT_GE(sample.size(), static_cast<std::size_t>(std::min(n, kMostSystems)) / 3) << n;
     EXPECT_LE(sample.back(), n);
@@ -25,7 +25,7 @@ TEST(StudyCondition, SamplesEvenlyAndNotTooMany) {
 }
 
 TEST(StudyCondition, TakesWhatIsNoNumberForInfinite) {
-  const StudyCondition condition = SummariseConditions(TestRanks(), {3.0, std::nan(""), 1.0});
+  StudyCondition const condition = SummariseConditions(TestRanks(), {3.0, std::nan(""), 1.0});
   EXPECT_EQ(condition.nSystems, 3);
   EXPECT_EQ(condition.median, 3.0);
   EXPECT_EQ(condition.worst, std::numeric_limits<double>::infinity());
@@ -33,31 +33,31 @@ TEST(StudyCondition, TakesWhatIsNoNumberForInfinite) {
 }
 
 TEST(StudyCondition, OfTheGradientIsThatOfEachCellAlone) {
-  const auto partition = BoxPartition("box:3,3,3:tet");
-  const std::vector<double> all = GradientConditions(*partition, {50.0, false});
+  auto const partition = BoxPartition("box:3,3,3:tet");
+  std::vector<double> const all = GradientConditions(*partition, {50.0, false});
   ASSERT_EQ(all.size(), 162u);
-  for (const int cell : {1, 80, 162}) {
-    const CellStencil stencil = DeriveCellStencil(*partition, cell, {50.0, false});
+  for (int const cell : {1, 80, 162}) {
+    CellStencil const stencil = DeriveCellStencil(*partition, cell, {50.0, false});
     EXPECT_EQ(all[static_cast<std::size_t>(cell) - 1], ConditionEstimate(stencil.matrix, stencil.Order()));
   }
 }
 
 TEST(StudyCondition, OfFacesAndPointsGrowsWithTheSpan) {
-  const auto partition = BoxPartition("box:4,4,4:hex:perturb=0.1");
+  auto const partition = BoxPartition("box:4,4,4:hex:perturb=0.1");
   UsableCells usable = FindUsableCells(TestRanks(), *partition, nullptr);
   PointSet points;
   points.x = {0.5, 0.3};
   points.y = {0.5, 0.6};
   points.z = {0.45, 0.4};
-  for (const int method : {1, 2, 3, 4}) {
-    const auto narrow = FaceConditions(*partition, {method, 5.0, 20, 0.1, false});
-    const auto wide = FaceConditions(*partition, {method, 10.0, 20, 0.1, false});
+  for (int const method : {1, 2, 3, 4}) {
+    auto const narrow = FaceConditions(*partition, {method, 5.0, 20, 0.1, false});
+    auto const wide = FaceConditions(*partition, {method, 10.0, 20, 0.1, false});
     EXPECT_EQ(narrow.size(), method == 4 ? 288u : 144u);  // two systems a face
     ASSERT_EQ(narrow.size(), wide.size());
     for (std::size_t k = 0; k < wide.size(); ++k) EXPECT_GT(wide[k], narrow[k]) << method;
     if (method == 4) continue;
-    const auto narrowPoints = PointConditions(*partition, usable, points, {method, 5.0, 20, 0.1, false});
-    const auto widePoints = PointConditions(*partition, usable, points, {method, 10.0, 20, 0.1, false});
+    auto const narrowPoints = PointConditions(*partition, usable, points, {method, 5.0, 20, 0.1, false});
+    auto const widePoints = PointConditions(*partition, usable, points, {method, 10.0, 20, 0.1, false});
     ASSERT_EQ(widePoints.size(), 2u);
     for (std::size_t k = 0; k < 2; ++k) EXPECT_GT(widePoints[k], narrowPoints[k]) << method;
   }
@@ -67,10 +67,10 @@ TEST(StudyCondition, OfFacesAndPointsGrowsWithTheSpan) {
 // Two cells at distance d from the face between them and h = d: the matrix [1 k; k 1] of the kernel over its value at
 // zero, k = kernel(2 d) / kernel(0), has the condition number (1 + k) / (1 - k).
 TEST(StudyCondition, OfAFaceBetweenTwoCellsIsThatOfTheKernel) {
-  const auto partition = BoxPartition("box:2,1,1");
-  const double span = 4.0, s = 2.0 / span;
-  const double k = std::pow(1 - s, 6) * (35 * s * s + 18 * s + 3) / 3.0;
-  const std::vector<double> found = FaceConditions(*partition, {2, span, 2, 0.1, false});
+  auto const partition = BoxPartition("box:2,1,1");
+  double const span = 4.0, s = 2.0 / span;
+  double const k = std::pow(1 - s, 6) * (35 * s * s + 18 * s + 3) / 3.0;
+  std::vector<double> const found = FaceConditions(*partition, {2, span, 2, 0.1, false});
   ASSERT_EQ(found.size(), 1u);
   EXPECT_NEAR(found[0], (1 + k) / (1 - k), 1e-12);
 }

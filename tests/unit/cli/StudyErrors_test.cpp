@@ -19,7 +19,7 @@ TEST(ObservedOrder, IsTheSlopeBetweenTwoLevels) {
 }
 
 TEST(ObservedOrder, IsNoNumberWhereThereIsNoSlope) {
-  const double nan = std::nan(""), inf = std::numeric_limits<double>::infinity();
+  double const nan = std::nan(""), inf = std::numeric_limits<double>::infinity();
   EXPECT_TRUE(std::isnan(ObservedOrder(0.0, 1e-2, 0.2, 0.1)));
   EXPECT_TRUE(std::isnan(ObservedOrder(1e-2, 0.0, 0.2, 0.1)));
   EXPECT_TRUE(std::isnan(ObservedOrder(nan, 1e-2, 0.2, 0.1)));
@@ -28,7 +28,7 @@ TEST(ObservedOrder, IsNoNumberWhereThereIsNoSlope) {
 }
 
 TEST(StudyErrors, WeighsErrorsAndKeepsTheBoundaryApart) {
-  const StudyErrors errors =
+  StudyErrors const errors =
       SummariseStudyErrors(TestRanks(), {{1.0, 3.0, false}, {5.0, 1.0, false}, {2.0, 0.5, true}});
   EXPECT_EQ(errors.interior.count, 2);
   EXPECT_EQ(errors.interior.l1, 2.0);                  // (3 + 5) / 4
@@ -41,7 +41,7 @@ TEST(StudyErrors, WeighsErrorsAndKeepsTheBoundaryApart) {
 }
 
 TEST(StudyErrors, CountsWhatIsNotFiniteAndShowsItInTheMeans) {
-  const StudyErrors errors =
+  StudyErrors const errors =
       SummariseStudyErrors(TestRanks(), {{std::nan(""), 1.0, false}, {3.0, 1.0, false}});
   EXPECT_EQ(errors.interior.nNotFinite, 1);
   EXPECT_TRUE(std::isnan(errors.interior.l1));
@@ -52,8 +52,8 @@ TEST(StudyErrors, CountsWhatIsNotFiniteAndShowsItInTheMeans) {
 }
 
 TEST(StudyErrors, HasNoNormsOfNothing) {
-  const StudyErrors errors = SummariseStudyErrors(TestRanks(), {});
-  for (const StudyNorms& norms : {errors.interior, errors.boundary}) {
+  StudyErrors const errors = SummariseStudyErrors(TestRanks(), {});
+  for (StudyNorms const& norms : {errors.interior, errors.boundary}) {
     EXPECT_EQ(norms.count, 0);
     EXPECT_TRUE(std::isnan(norms.l1));
     EXPECT_TRUE(std::isnan(norms.l2));
@@ -63,11 +63,11 @@ TEST(StudyErrors, HasNoNormsOfNothing) {
 
 TEST(ErrorHistogram, CountsQuartersOfADecade) {
   ErrorHistogram histogram;
-  for (const double error : {1.0001e-3, 1.7e-3, 1.8e-3, 9.9e-3})
+  for (double const error : {1.0001e-3, 1.7e-3, 1.8e-3, 9.9e-3})
     histogram.Add(error);  // ends at 1.778, 3.16, 5.6
   int bin = 0;
   while (ErrorHistogram::LowerEnd(bin) < 0.999e-3) ++bin;
-  const auto first = static_cast<std::size_t>(bin);
+  auto const first = static_cast<std::size_t>(bin);
   EXPECT_EQ(histogram.count[first], 2);
   EXPECT_EQ(histogram.count[first + 1], 1);
   EXPECT_EQ(histogram.count[first + 2], 0);
@@ -76,8 +76,8 @@ TEST(ErrorHistogram, CountsQuartersOfADecade) {
 
 TEST(ErrorHistogram, HasEndsForTheSmallestAndTheLargest) {
   ErrorHistogram histogram;
-  for (const double error : {0.0, 1e-300, 1e-30}) histogram.Add(error);
-  for (const double error : {1e30, 1e300}) histogram.Add(error);
+  for (double const error : {0.0, 1e-300, 1e-30}) histogram.Add(error);
+  for (double const error : {1e30, 1e300}) histogram.Add(error);
   histogram.Add(std::nan(""));
   histogram.Add(std::numeric_limits<double>::infinity());
   EXPECT_EQ(histogram.count.front(), 3);

@@ -7,9 +7,9 @@
 namespace zyngrad {
 namespace {
 
-std::vector<std::string> NamesOf(const std::string& list) {
+std::vector<std::string> NamesOf(std::string const& list) {
   std::vector<std::string> names;
-  for (const StudyMethod* method : ChooseStudyMethods(list)) names.push_back(method->name);
+  for (StudyMethod const* method : ChooseStudyMethods(list)) names.push_back(method->name);
   return names;
 }
 
@@ -21,14 +21,14 @@ TEST(StudyMethod, ChoosesByNameAndByKindEachOnce) {
 }
 
 TEST(StudyMethod, RefusesUnknownAndEmptyNames) {
-  for (const std::string list : {"best", "", "lsq,", "lsq,,rbf", "faces5", "vector", "Lsq"}) {
+  for (std::string const list : {"best", "", "lsq,", "lsq,,rbf", "faces5", "vector", "Lsq"}) {
     EXPECT_THROW(ChooseStudyMethods(list), UsageError) << list;
   }
 }
 
 TEST(StudyMethod, CombinesSpansAndSweepsWithThoseThatTakeThem) {
   std::vector<std::string> labels;
-  for (const StudyCase& c : StudyCases(ChooseStudyMethods("iterated,lsq,rbf,points3"), {5, 1e-3}, {0, 1, 20}))
+  for (StudyCase const& c : StudyCases(ChooseStudyMethods("iterated,lsq,rbf,points3"), {5, 1e-3}, {0, 1, 20}))
     labels.push_back(Label(c));
   EXPECT_EQ(labels, (std::vector<std::string>{"iterated, 0 sweeps", "iterated, 1 sweep",
                                               "iterated, 20 sweeps", "lsq", "rbf, Span 5", "rbf, Span 0.001",
@@ -37,7 +37,7 @@ TEST(StudyMethod, CombinesSpansAndSweepsWithThoseThatTakeThem) {
 
 TEST(StudyMethod, TakesEachMethodsOwnSpanUnlessTold) {
   std::vector<double> spans;
-  for (const StudyCase& c : StudyCases(ChooseStudyMethods("rbf,faces1,points1"), {}, {3}))
+  for (StudyCase const& c : StudyCases(ChooseStudyMethods("rbf,faces1,points1"), {}, {3}))
     spans.push_back(c.span);
   EXPECT_EQ(spans, (std::vector<double>{500, 1000, 500}));
 }

@@ -11,7 +11,7 @@
 namespace zyngrad {
 namespace {
 
-std::size_t Count(const std::string& text, const std::string& what) {
+std::size_t Count(std::string const& text, std::string const& what) {
   std::size_t n = 0;
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
   return n;
@@ -27,9 +27,9 @@ StudyPlot TwoCurves() {
 }
 
 /// The corners of the path with that number among those of a class, in pixels.
-std::vector<std::pair<double, double>> PathOf(const std::string& svg, int number,
-                                              const std::string& what = "curve") {
-  const std::string begin = "class=\"" + what + "\" d=\"";
+std::vector<std::pair<double, double>> PathOf(std::string const& svg, int number,
+                                              std::string const& what = "curve") {
+  std::string const begin = "class=\"" + what + "\" d=\"";
   std::size_t at = svg.find(begin);
   for (int k = 0; k < number && at != std::string::npos; ++k) at = svg.find(begin, at + 1);
   if (at == std::string::npos) return {};
@@ -44,7 +44,7 @@ std::vector<std::pair<double, double>> PathOf(const std::string& svg, int number
 }
 
 TEST(StudyPlot, DrawsACurveAndALegendEntryEach) {
-  const std::string svg = SvgOf(TwoCurves());
+  std::string const svg = SvgOf(TwoCurves());
   EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
   EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
   EXPECT_EQ(Count(svg, "class=\"curve\""), 2u);
@@ -54,8 +54,8 @@ TEST(StudyPlot, DrawsACurveAndALegendEntryEach) {
 }
 
 TEST(StudyPlot, PutsPointsWhereTheAxesSay) {
-  const std::string svg = SvgOf(TwoCurves());
-  const auto steep = PathOf(svg, 0), flat = PathOf(svg, 1);
+  std::string const svg = SvgOf(TwoCurves());
+  auto const steep = PathOf(svg, 0), flat = PathOf(svg, 1);
   ASSERT_EQ(steep.size(), 2u);
   ASSERT_EQ(flat.size(), 2u);
   EXPECT_EQ(steep[0].first, flat[0].first);
@@ -68,13 +68,13 @@ TEST(StudyPlot, PutsPointsWhereTheAxesSay) {
 TEST(StudyPlot, SlopeTrianglesHaveTheSlopeOfTheirOrder) {
   StudyPlot plot = TwoCurves();
   plot.orders = {1, 2};
-  const std::string svg = SvgOf(plot);
-  const auto slope = [](const std::vector<std::pair<double, double>>& p, std::size_t a, std::size_t b) {
+  std::string const svg = SvgOf(plot);
+  auto const slope = [](std::vector<std::pair<double, double>> const& p, std::size_t a, std::size_t b) {
     return (p[a].second - p[b].second) / (p[b].first - p[a].first);
   };
-  const auto flat = PathOf(svg, 1);
+  auto const flat = PathOf(svg, 1);
   for (int order : {1, 2}) {
-    const auto triangle = PathOf(svg, order - 1, "slope");
+    auto const triangle = PathOf(svg, order - 1, "slope");
     ASSERT_EQ(triangle.size(), 3u);
     EXPECT_NEAR(slope(triangle, 0, 2), order * slope(flat, 0, 1), 2e-3);
   }
@@ -93,7 +93,7 @@ TEST(StudyPlot, DrawsHistogramsAsStairs) {
   StudyPlot plot;
   plot.isYLogarithmic = false;
   plot.curves = {{"lsq", {{0.1, 0}, {0.1, 30}, {1, 70}, {10, 0}}, 0, true}};
-  const auto path = PathOf(SvgOf(plot), 0);
+  auto const path = PathOf(SvgOf(plot), 0);
   ASSERT_EQ(path.size(), 7u);
   for (std::size_t k = 1; k < path.size(); ++k)  // no slanted line
     EXPECT_TRUE(path[k].first == path[k - 1].first || path[k].second == path[k - 1].second) << k;
@@ -103,7 +103,7 @@ TEST(StudyPlot, IsSafeWithAnyText) {
   StudyPlot plot = TwoCurves();
   plot.title = "a < b & \"c\"";
   plot.curves[0].name = "<script>";
-  const std::string svg = SvgOf(plot);
+  std::string const svg = SvgOf(plot);
   EXPECT_NE(svg.find(">a &lt; b &amp; &quot;c&quot;</text>"), std::string::npos);
   EXPECT_EQ(svg.find("<script"), std::string::npos);
 }

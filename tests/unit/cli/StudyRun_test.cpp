@@ -18,31 +18,31 @@
 namespace zyngrad {
 namespace {
 
-StudyQuestion Ask(const std::vector<std::string>& meshes, const std::string& methods,
-                  const std::vector<std::string>& fields) {
+StudyQuestion Ask(std::vector<std::string> const& meshes, std::string const& methods,
+                  std::vector<std::string> const& fields) {
   StudyQuestion question;
   question.meshes = meshes;
-  for (const std::string& field : fields) question.fields.push_back(MakeStudyField(field, 1));
+  for (std::string const& field : fields) question.fields.push_back(MakeStudyField(field, 1));
   question.cases = StudyCases(ChooseStudyMethods(methods), {}, {3});
   question.nRepeat = 1;
   return question;
 }
 
-std::vector<StudyLevel> Answer(const StudyQuestion& question) {
+std::vector<StudyLevel> Answer(StudyQuestion const& question) {
   std::vector<StudyLevel> levels;
-  for (const std::string& mesh : question.meshes)
-    levels.push_back(RunStudyLevel(TestRanks(), question, mesh, "/dev/null", [](const std::string&) {}));
+  for (std::string const& mesh : question.meshes)
+    levels.push_back(RunStudyLevel(TestRanks(), question, mesh, "/dev/null", [](std::string const&) {}));
   return levels;
 }
 
-double InteriorL2(const StudyLevel& level, std::size_t iCase, const std::string& quantity) {
-  const StudyResult* const result = FindResult(level, iCase, 0, quantity);
+double InteriorL2(StudyLevel const& level, std::size_t iCase, std::string const& quantity) {
+  StudyResult const* const result = FindResult(level, iCase, 0, quantity);
   return result == nullptr ? std::nan("") : result->errors.interior.l2;
 }
 
 TEST(Study, MeasuresSecondOrderOfGreenGaussOnOrthogonalHexahedra) {
-  const StudyQuestion question = Ask({"box:8,8,8", "box:16,16,16"}, "plain", {"trigonometric"});
-  const std::vector<StudyLevel> levels = Answer(question);
+  StudyQuestion const question = Ask({"box:8,8,8", "box:16,16,16"}, "plain", {"trigonometric"});
+  std::vector<StudyLevel> const levels = Answer(question);
   EXPECT_EQ(levels[1].nCells, 4096);
   EXPECT_NEAR(levels[0].spacing, 1.0 / 8, 1e-12);
   EXPECT_NEAR(levels[1].spacing, 1.0 / 16, 1e-12);
@@ -52,9 +52,9 @@ TEST(Study, MeasuresSecondOrderOfGreenGaussOnOrthogonalHexahedra) {
 }
 
 TEST(Study, MeasuresNoOrderOfGreenGaussOnTetrahedraAndFirstOfTheOthers) {
-  const StudyQuestion question = Ask({"box:4,4,4:tet", "box:8,8,8:tet"}, "plain,lsq,rbf", {"trigonometric"});
-  const std::vector<StudyLevel> levels = Answer(question);
-  const auto order = [&](std::size_t c) {
+  StudyQuestion const question = Ask({"box:4,4,4:tet", "box:8,8,8:tet"}, "plain,lsq,rbf", {"trigonometric"});
+  std::vector<StudyLevel> const levels = Answer(question);
+  auto const order = [&](std::size_t c) {
     return ObservedOrder(InteriorL2(levels[0], c, kGradient), InteriorL2(levels[1], c, kGradient),
                          levels[0].spacing, levels[1].spacing);
   };
@@ -64,16 +64,16 @@ TEST(Study, MeasuresNoOrderOfGreenGaussOnTetrahedraAndFirstOfTheOthers) {
 }
 
 TEST(Study, GivesEveryQuantityOfEveryMethodOnEveryKindOfMesh) {
-  for (const NamedSeries& series : NamedStudySeries()) {
-    const StudyQuestion question = Ask(MeshesOfSeries(series.name, 1), "all", {"linear"});
-    const StudyLevel level = Answer(question).front();
+  for (NamedSeries const& series : NamedStudySeries()) {
+    StudyQuestion const question = Ask(MeshesOfSeries(series.name, 1), "all", {"linear"});
+    StudyLevel const level = Answer(question).front();
     for (std::size_t c = 0; c < question.cases.size(); ++c) {
-      const StudyMethod& method = *question.cases[c].method;
+      StudyMethod const& method = *question.cases[c].method;
       std::vector<std::string> quantities = {kGradient};
       if (method.kind == StudyMethod::Kind::Faces) quantities = {kFaceValue};
       if (method.kind == StudyMethod::Kind::Points) quantities = {kPointValue, kPointGradient};
-      for (const std::string& quantity : quantities) {
-        const StudyResult* const result = FindResult(level, c, 0, quantity);
+      for (std::string const& quantity : quantities) {
+        StudyResult const* const result = FindResult(level, c, 0, quantity);
         ASSERT_NE(result, nullptr) << series.name << ' ' << method.name << ' ' << quantity;
         EXPECT_GT(result->errors.interior.count, 0) << series.name << ' ' << method.name;
         EXPECT_GT(result->errors.boundary.count, 0) << series.name << ' ' << method.name;
@@ -88,8 +88,8 @@ TEST(Study, GivesEveryQuantityOfEveryMethodOnEveryKindOfMesh) {
 }
 
 TEST(Study, LeastSquaresReproducesTheLinearFieldOnEverySeries) {
-  for (const NamedSeries& series : NamedStudySeries()) {
-    const StudyLevel level = Answer(Ask(MeshesOfSeries(series.name, 1), "lsq", {"linear"})).front();
+  for (NamedSeries const& series : NamedStudySeries()) {
+    StudyLevel const level = Answer(Ask(MeshesOfSeries(series.name, 1), "lsq", {"linear"})).front();
     // Round-off times the aspect ratio of 1000, squared in the normal equations.
     EXPECT_LT(InteriorL2(level, 0, kGradient), std::string(series.name) == "stretched" ? 1e-6 : 1e-12)
         << series.name;
@@ -99,14 +99,14 @@ TEST(Study, LeastSquaresReproducesTheLinearFieldOnEverySeries) {
 TEST(Study, ConditionNumbersGrowWithTheFourthPowerOfSpan) {
   StudyQuestion question = Ask({"box:4,4,4"}, "rbf,faces1,faces2,points1,points2", {"linear"});
   question.cases = StudyCases(ChooseStudyMethods("rbf"), {100, 200}, {3});
-  const StudyLevel level = Answer(question).front();
-  const double a = FindResult(level, 0, 0, kGradient)->condition.median;
-  const double b = FindResult(level, 1, 0, kGradient)->condition.median;
+  StudyLevel const level = Answer(question).front();
+  double const a = FindResult(level, 0, 0, kGradient)->condition.median;
+  double const b = FindResult(level, 1, 0, kGradient)->condition.median;
   EXPECT_NEAR(std::log2(b / a), 4.0, 0.2);
 }
 
 TEST(Study, SaysWhyAMethodDidNotRun) {
-  const StudyQuestion question = Ask({"box:4,1,1:hex"}, "lsq,plain", {"linear"});
+  StudyQuestion const question = Ask({"box:4,1,1:hex"}, "lsq,plain", {"linear"});
   StudyLevel level = Answer(question).front();
   level.results[1].notRun = "no pivot";
   EXPECT_EQ(FindResult(level, 1, 0, kGradient), nullptr);
@@ -115,25 +115,25 @@ TEST(Study, SaysWhyAMethodDidNotRun) {
 }
 
 TEST(Study, BringsMeshesIntoTheOrderCoarseToFine) {
-  const StudyQuestion question = Ask({"box:8,8,8", "box:4,4,4", "box:6,6,6"}, "lsq", {"trigonometric"});
+  StudyQuestion const question = Ask({"box:8,8,8", "box:4,4,4", "box:6,6,6"}, "lsq", {"trigonometric"});
   std::vector<StudyLevel> levels = Answer(question);
   EXPECT_TRUE(SortCoarseToFine(levels));
   EXPECT_EQ(levels[0].mesh, "box:4,4,4");
   EXPECT_EQ(levels[2].mesh, "box:8,8,8");
   EXPECT_FALSE(SortCoarseToFine(levels));
-  const StudyTable errors = StudyTables(question, levels).front();
+  StudyTable const errors = StudyTables(question, levels).front();
   EXPECT_EQ(errors.rows[0][6], "-");
-  for (const std::size_t row : {1, 2}) EXPECT_GT(std::stod(errors.rows[row][6]), 0.0);
+  for (std::size_t const row : {1, 2}) EXPECT_GT(std::stod(errors.rows[row][6]), 0.0);
 }
 
 TEST(Study, ShowsNoOrderWhereTheSpacingDoesNotFall) {
-  const StudyQuestion question = Ask({"box:4,4,4", "box:4,4,4:hex:perturb=0.1"}, "plain", {"trigonometric"});
+  StudyQuestion const question = Ask({"box:4,4,4", "box:4,4,4:hex:perturb=0.1"}, "plain", {"trigonometric"});
   std::vector<StudyLevel> levels = Answer(question);
   levels[1].spacing = levels[0].spacing * (1.0 - 1e-9);  // round-off of another mesh of as many cells
-  for (const std::size_t column : {6, 10})
+  for (std::size_t const column : {6, 10})
     EXPECT_EQ(StudyTables(question, levels).front().rows[1][column], "-");
   levels[1].spacing = levels[0].spacing * 2.0;
-  for (const std::size_t column : {6, 10})
+  for (std::size_t const column : {6, 10})
     EXPECT_EQ(StudyTables(question, levels).front().rows[1][column], "-");
 }
 
@@ -141,16 +141,16 @@ TEST(Study, HasFaultsWhereResultsAreNotFinite) {
   StudyQuestion question = Ask({"box:4,4,4"}, "plain", {"linear"});
   EXPECT_FALSE(HasFaults(Answer(question)));
   question.cases = StudyCases(ChooseStudyMethods("rbf,faces2,points2"), {1e-308}, {3});
-  const std::vector<StudyLevel> levels = Answer(question);
+  std::vector<StudyLevel> const levels = Answer(question);
   EXPECT_TRUE(HasFaults(levels));
-  const std::vector<std::string> remarks = StudyRemarks(question, levels);
-  for (const std::string beginning : {"rbf, Span 1e-308 on box:4,4,4: the gradient is not finite at 64 of 64 "
+  std::vector<std::string> const remarks = StudyRemarks(question, levels);
+  for (std::string const beginning : {"rbf, Span 1e-308 on box:4,4,4: the gradient is not finite at 64 of 64 "
                                       "places: --span 1e-308 is too small",
                                       "faces2, Span 1e-308 on box:4,4,4: the value at faces is not finite at "
                                       "144 of 144 places: --span 1e-308",
                                       "points2, Span 1e-308 on box:4,4,4: the value at points is not finite "
                                       "at 64 of 64 places: --span 1e-308"})
-    EXPECT_TRUE(std::any_of(remarks.begin(), remarks.end(), [&](const std::string& remark) {
+    EXPECT_TRUE(std::any_of(remarks.begin(), remarks.end(), [&](std::string const& remark) {
       return remark.rfind(beginning, 0) == 0;
     })) << beginning;
 }
@@ -175,7 +175,7 @@ TEST(StudyReport, HasAPlotForEveryQuestion) {
   StudyQuestion question = Ask({"box:3,3,3", "box:6,6,6"}, "plain", {"linear"});
   question.cases = StudyCases(ChooseStudyMethods("iterated,rbf"), {5, 500}, {1, 2});
   std::set<std::string> names;
-  for (const StudyPlot& plot : StudyPlots(question, Answer(question)))
+  for (StudyPlot const& plot : StudyPlots(question, Answer(question)))
     EXPECT_TRUE(names.insert(plot.name).second);
   EXPECT_EQ(names, (std::set<std::string>{"linear-gradient-interior", "linear-gradient-boundary",
                                           "linear-gradient-span", "linear-gradient-sweeps",
@@ -183,35 +183,35 @@ TEST(StudyReport, HasAPlotForEveryQuestion) {
                                           "time-application"}));
 }
 
-std::size_t Count(const std::string& text, const std::string& what) {
+std::size_t Count(std::string const& text, std::string const& what) {
   std::size_t n = 0;
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
   return n;
 }
 
 TEST(StudyReport, IsOnePageThatNeedsNothingElse) {
-  const StudyQuestion question = Ask({"box:3,3,3", "box:6,6,6"}, "gradients", {"x*y", "linear"});
-  const std::vector<StudyLevel> levels = Answer(question);
-  const std::string page = StudyPage("series <b>", question, levels);
+  StudyQuestion const question = Ask({"box:3,3,3", "box:6,6,6"}, "gradients", {"x*y", "linear"});
+  std::vector<StudyLevel> const levels = Answer(question);
+  std::string const page = StudyPage("series <b>", question, levels);
   EXPECT_EQ(Count(page, "<svg "), StudyPlots(question, levels).size());
   EXPECT_EQ(Count(page, "<table>"), StudyTables(question, levels).size());
   EXPECT_EQ(Count(page, "http"),
             Count(page, "xmlns=\"http://www.w3.org/2000/svg\""));  // a name, not an address
-  for (const std::string other : {"<script", "src=", "href=", "@import", "url(", "<b>"})
+  for (std::string const other : {"<script", "src=", "href=", "@import", "url(", "<b>"})
     EXPECT_EQ(Count(page, other), 0u) << other;
 }
 
 TEST(StudyTables, HaveARowForEveryCaseAndLevelInEveryForm) {
-  const StudyQuestion question = Ask({"box:3,3,3", "box:6,6,6"}, "plain,rbf", {"linear"});
-  const std::vector<StudyLevel> levels = Answer(question);
-  const std::vector<StudyTable> tables = StudyTables(question, levels);
+  StudyQuestion const question = Ask({"box:3,3,3", "box:6,6,6"}, "plain,rbf", {"linear"});
+  std::vector<StudyLevel> const levels = Answer(question);
+  std::vector<StudyTable> const tables = StudyTables(question, levels);
   ASSERT_EQ(tables.size(), 2u);
-  for (const StudyTable& table : tables) {
+  for (StudyTable const& table : tables) {
     ASSERT_EQ(table.rows.size(), 4u);
     EXPECT_EQ(table.rows[0][0], "plain");
     EXPECT_EQ(table.rows[1][0], "");
     EXPECT_EQ(table.rows[2][0], "rbf, Span 500");
-    for (const auto& row : table.rows) EXPECT_EQ(row.size(), table.columns.size());
+    for (auto const& row : table.rows) EXPECT_EQ(row.size(), table.columns.size());
     std::ostringstream text;
     PrintTable(text, table);
     EXPECT_EQ(Count(text.str(), "\n"), 2u + 2u + 4u);
@@ -221,9 +221,9 @@ TEST(StudyTables, HaveARowForEveryCaseAndLevelInEveryForm) {
 }
 
 TEST(StudyJson, HasAllNumbersAndNullForWhatIsNone) {
-  const StudyQuestion question = Ask({"box:2,2,2"}, "rbf", {"linear"});  // no interior cell
-  const auto json = nlohmann::json::parse(StudyAsJson(question, Answer(question)).dump());
-  const auto& result = json["levels"][0]["results"][0];
+  StudyQuestion const question = Ask({"box:2,2,2"}, "rbf", {"linear"});  // no interior cell
+  auto const json = nlohmann::json::parse(StudyAsJson(question, Answer(question)).dump());
+  auto const& result = json["levels"][0]["results"][0];
   EXPECT_EQ(json["levels"][0]["cells"], 8);
   EXPECT_EQ(result["method"], "rbf");
   EXPECT_EQ(result["span"], 500.0);
@@ -233,7 +233,7 @@ TEST(StudyJson, HasAllNumbersAndNullForWhatIsNone) {
   EXPECT_GT(result["boundary"]["l2"], 0.0);
   EXPECT_EQ(result["condition"]["systems"], 8);
   std::int64_t counted = 0;
-  for (const auto& bin : result["histogram"]) counted += bin["count"].get<std::int64_t>();
+  for (auto const& bin : result["histogram"]) counted += bin["count"].get<std::int64_t>();
   EXPECT_EQ(counted, 8);
 }
 

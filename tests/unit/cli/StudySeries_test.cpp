@@ -17,11 +17,11 @@ TEST(StudySeries, DoublesTheCellsAndKeepsTheRest) {
 }
 
 TEST(StudySeries, HasTheNamedOnes) {
-  for (const NamedSeries& series : NamedStudySeries()) {
-    const std::vector<std::string> meshes = MeshesOfSeries(series.name, 0);
+  for (NamedSeries const& series : NamedStudySeries()) {
+    std::vector<std::string> const meshes = MeshesOfSeries(series.name, 0);
     EXPECT_EQ(meshes.size(), static_cast<std::size_t>(series.nLevels));
     EXPECT_EQ(meshes.front(), series.firstMesh);
-    for (const std::string& mesh : meshes) EXPECT_NO_THROW(reference_host::ParseBoxSpec(mesh)) << mesh;
+    for (std::string const& mesh : meshes) EXPECT_NO_THROW(reference_host::ParseBoxSpec(mesh)) << mesh;
     EXPECT_EQ(MeshesOfSeries(series.name, 2).size(), 2u);
   }
   EXPECT_EQ(NamedStudySeries().size(), 7u);
@@ -31,7 +31,7 @@ TEST(StudySeries, RefusesUnknownNamesAndWrongBoxes) {
   try {
     MeshesOfSeries("hexes", 3);
     FAIL();
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     EXPECT_EQ(std::string(error.what()).find("--series \"hexes\": expected hex, perturbed, tet"), 0u)
         << error.what();
   }

@@ -9,9 +9,9 @@ namespace zyngrad {
 
 /// The one rank of a test executable that was started without mpirun. MPI begins at the first use and ends with the
 /// program, so tests that need no ranks stay quick.
-inline const Ranks& TestRanks() {
-  static const MpiSession mpi(nullptr, nullptr);
-  static const Ranks ranks(MPI_COMM_WORLD);
+inline Ranks const& TestRanks() {
+  static MpiSession const mpi(nullptr, nullptr);
+  static Ranks const ranks(MPI_COMM_WORLD);
   return ranks;
 }
 

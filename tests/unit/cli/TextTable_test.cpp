@@ -39,7 +39,7 @@ TEST(TextTable, DoesNotPadEveryRowToOneLongName) {
   TextTable table({{"boundary", TextTable::Align::Left}, {"faces"}});
   std::size_t input = 0;
   for (int k = 0; k < 5000; ++k) {
-    const std::string name = k == 0 ? std::string(100000, 'n') : "g" + std::to_string(k);
+    std::string const name = k == 0 ? std::string(100000, 'n') : "g" + std::to_string(k);
     input += name.size();
     table.AddRow({name, "1"});
   }

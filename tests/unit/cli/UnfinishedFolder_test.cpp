@@ -26,19 +26,19 @@ int NoLocks(int, struct flock&) {
 class UnfinishedFolderTest : public testing::Test {
  protected:
   /// As a run leaves it that is killed: with the lock's file, but without the lock.
-  void LeaveBehind(const std::string& listing) {
+  void LeaveBehind(std::string const& listing) {
     fs::create_directory(place_);
     Write("lock", listing);
   }
 
-  void Write(const std::string& name, const std::string& text) const {
+  void Write(std::string const& name, std::string const& text) const {
     fs::create_directories(fs::path(place_ + '/' + name).parent_path());
     std::ofstream(place_ + '/' + name) << text;
   }
 
   std::set<std::string> Content() const {
     std::set<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(place_))
+    for (auto const& entry : fs::recursive_directory_iterator(place_))
       names.insert(entry.path().lexically_relative(place_).string());
     return names;
   }
@@ -47,14 +47,14 @@ class UnfinishedFolderTest : public testing::Test {
     UnfinishedFolder folder(place_, {"a.vtu"});
     try {
       folder.Take();
-    } catch (const UsageError& error) {
+    } catch (UsageError const& error) {
       folder.Leave();
       return error.what();
     }
     return "";
   }
 
-  const std::string listing_ =
+  std::string const listing_ =
       "zyngrad unfinished files, format 1\nprocess 1 on a machine\nfolder b\nfile a.vtu\nfile b/c.vtu\n";
   TemporaryFolder base_;
   std::string place_ = base_.path() + "/unfinished.part";
@@ -101,7 +101,7 @@ TEST_F(UnfinishedFolderTest, IsClearedOfWhatAKilledRunHasListed) {
 }
 
 TEST_F(UnfinishedFolderTest, IsTakenOverFromARunThatWasKilledInItsFirstSteps) {
-  for (const std::string& torn : {listing_.substr(0, 35), listing_.substr(0, 60)}) {
+  for (std::string const& torn : {listing_.substr(0, 35), listing_.substr(0, 60)}) {
     LeaveBehind(torn);
     UnfinishedFolder folder(place_, {});
     EXPECT_EQ(folder.Take(), Outcome::Taken) << torn;
@@ -122,7 +122,7 @@ TEST_F(UnfinishedFolderTest, RefusesWhatIsInNoListAndTouchesNothing) {
 }
 
 TEST_F(UnfinishedFolderTest, RefusesAFolderWhoseLockIsOfSomebodyElse) {
-  for (const char* const text : {"", "zyngrad unfin", "mine", "process 1 on a machine\nfile a.vtu\n",
+  for (char const* const text : {"", "zyngrad unfin", "mine", "process 1 on a machine\nfile a.vtu\n",
                                  "zyngrad unfinished files, format 2\n"}) {
     LeaveBehind(text);
     Write("a.vtu", "mine");
@@ -159,7 +159,7 @@ TEST_F(UnfinishedFolderTest, StaysWithItsFirstProcessOnAFileSystemWithoutLocks) 
   try {
     other.Take();
     FAIL() << "two runs would write into the same folder";
-  } catch (const UsageError& error) {
+  } catch (UsageError const& error) {
     EXPECT_EQ(error.what(), '"' + place_ + "\" is in use, or left by a run that was killed (" +
                                 first.Holder() +
                                 "); this file system has no locks: remove the folder if that run is gone");
@@ -178,9 +178,9 @@ TEST_F(UnfinishedFolderTest, KeepsItsListWhileSomethingInItCannotBeRemoved) {
   fs::permissions(place_, fs::perms::all);
   fs::permissions(place_ + "/lock", fs::perms(0666));
   fs::permissions(place_ + "/b", fs::perms(0555));
-  const uid_t before = geteuid();
+  uid_t const before = geteuid();
   ASSERT_EQ(before == 0 ? seteuid(65534) : 0, 0);  // permissions do not stop root
-  const std::string refusal = Refusal();
+  std::string const refusal = Refusal();
   ASSERT_EQ(before == 0 ? seteuid(before) : 0, 0);
   fs::permissions(place_ + "/b", fs::perms::owner_all);
   EXPECT_EQ(refusal, "cannot remove \"" + place_ + "/b\", which a run has left: Permission denied");

@@ -13,7 +13,7 @@ namespace {
 using Point = std::array<double, 3>;
 using Faces = std::vector<std::vector<int>>;
 
-double TetVolume(const Point& a, const Point& b, const Point& c, const Point& d) {
+double TetVolume(Point const& a, Point const& b, Point const& c, Point const& d) {
   std::array<Point, 3> e;
   for (std::size_t k = 0; k < 3; ++k) e[0][k] = b[k] - a[k], e[1][k] = c[k] - a[k], e[2][k] = d[k] - a[k];
   return (e[0][0] * (e[1][1] * e[2][2] - e[1][2] * e[2][1]) -
@@ -24,18 +24,18 @@ double TetVolume(const Point& a, const Point& b, const Point& c, const Point& d)
 
 /// The volume of a cell in VTK's node order, by VTK's own cut into tetrahedra: negative when the order is
 /// inverted.
-double VtkVolume(const VtkCell& cell, const std::vector<Point>& points) {
-  static const std::vector<std::array<int, 4>> tet = {{0, 1, 2, 3}};
-  static const std::vector<std::array<int, 4>> pyramid = {{0, 1, 2, 4}, {0, 2, 3, 4}};
-  static const std::vector<std::array<int, 4>> wedge = {{0, 2, 1, 3}, {1, 3, 5, 4}, {1, 2, 5, 3}};
-  static const std::vector<std::array<int, 4>> hex = {
+double VtkVolume(VtkCell const& cell, std::vector<Point> const& points) {
+  static std::vector<std::array<int, 4>> const tet = {{0, 1, 2, 3}};
+  static std::vector<std::array<int, 4>> const pyramid = {{0, 1, 2, 4}, {0, 2, 3, 4}};
+  static std::vector<std::array<int, 4>> const wedge = {{0, 2, 1, 3}, {1, 3, 5, 4}, {1, 2, 5, 3}};
+  static std::vector<std::array<int, 4>> const hex = {
       {0, 1, 3, 4}, {1, 4, 5, 6}, {1, 4, 6, 3}, {1, 3, 6, 2}, {3, 6, 7, 4}};
-  const auto& cut = cell.type == VtkType::Tetrahedron ? tet
+  auto const& cut = cell.type == VtkType::Tetrahedron ? tet
                     : cell.type == VtkType::Pyramid   ? pyramid
                     : cell.type == VtkType::Wedge     ? wedge
                                                       : hex;
   double volume = 0.0;
-  for (const auto& t : cut) {
+  for (auto const& t : cut) {
     std::array<Point, 4> p;
     for (std::size_t k = 0; k < 4; ++k) {
       p[k] = points[static_cast<std::size_t>(cell.nodes[static_cast<std::size_t>(t[k])])];
@@ -45,16 +45,16 @@ double VtkVolume(const VtkCell& cell, const std::vector<Point>& points) {
   return volume;
 }
 
-VtkCell Make(const Faces& outward) {
+VtkCell Make(Faces const& outward) {
   CellFaces faces;
-  for (const auto& face : outward) faces.Add(face.data(), static_cast<int>(face.size()), false);
+  for (auto const& face : outward) faces.Add(face.data(), static_cast<int>(face.size()), false);
   VtkCell cell;
   MakeVtkCell(faces, cell);
   return cell;
 }
 
 /// The cell is recognised with its volume whichever face comes first and whichever node a face begins with.
-void ExpectForm(Faces outward, const std::vector<Point>& points, VtkType type, double volume) {
+void ExpectForm(Faces outward, std::vector<Point> const& points, VtkType type, double volume) {
   std::sort(outward.begin(), outward.end());
   do {
     for (std::size_t turn = 0; turn < 4; ++turn) {
@@ -62,7 +62,7 @@ void ExpectForm(Faces outward, const std::vector<Point>& points, VtkType type, d
       for (auto& face : turned) {
         std::rotate(face.begin(), face.begin() + static_cast<std::ptrdiff_t>(turn % face.size()), face.end());
       }
-      const VtkCell cell = Make(turned);
+      VtkCell const cell = Make(turned);
       ASSERT_EQ(cell.type, type);
       ASSERT_NEAR(VtkVolume(cell, points), volume, 1e-15);
     }
@@ -75,7 +75,7 @@ void ExpectForm(Faces outward, const std::vector<Point>& points, VtkType type, d
 //   | 3--|-2
 //   |/   |/
 //   0----1
-const std::vector<Point> kCube = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
+std::vector<Point> const kCube = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
                                   {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
 
 TEST(VtkCell, OrdersATetrahedronWithPositiveVolume) {
@@ -96,7 +96,7 @@ TEST(VtkCell, OrdersAHexahedronWithPositiveVolume) {
 }
 
 TEST(VtkCell, TakesAHexahedronWithASplitFaceForAPolyhedron) {
-  const VtkCell cell =
+  VtkCell const cell =
       Make({{0, 3, 2, 1}, {4, 5, 6}, {4, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}});
   EXPECT_EQ(cell.type, VtkType::Polyhedron);
   std::vector<int> all(8);
@@ -105,14 +105,14 @@ TEST(VtkCell, TakesAHexahedronWithASplitFaceForAPolyhedron) {
 }
 
 TEST(VtkCell, TakesAHexahedronWithANodeOnAnEdgeForAPolyhedron) {
-  const VtkCell cell =
+  VtkCell const cell =
       Make({{0, 3, 2, 8, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 8, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}});
   EXPECT_EQ(cell.type, VtkType::Polyhedron);
   EXPECT_EQ(cell.nodes.size(), 9U);
 }
 
 TEST(VtkCell, AddsARowBackwards) {
-  const int row[] = {5, 6, 7};
+  int const row[] = {5, 6, 7};
   CellFaces faces;
   faces.Add(row, 3, false);
   faces.Add(row, 3, true);

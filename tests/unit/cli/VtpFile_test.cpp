@@ -8,16 +8,16 @@
 namespace zyngrad {
 namespace {
 
-const std::vector<double> kCorners = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0.5, 2, 0};
+std::vector<double> const kCorners = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 0.5, 2, 0};
 
 /// A square and a triangle on its upper side.
-const VtpSurface kHouse = {kCorners, {0, 1, 2, 3, 3, 2, 4}, {4, 7}};
+VtpSurface const kHouse = {kCorners, {0, 1, 2, 3, 3, 2, 4}, {4, 7}};
 
 TEST(VtpFile, HoldsPolygonsWithTheirValues) {
-  const std::string file = TestFile("VtpFile_polygons.vtp");
+  std::string const file = TestFile("VtpFile_polygons.vtp");
   WritePolygons(file, kHouse,
                 {{"value", 1, std::vector<double>{0.1, 0.2}}, {"rank", 1, std::vector<std::int32_t>{3, 4}}});
-  const std::string content = ReadAll(file);
+  std::string const content = ReadAll(file);
   EXPECT_NE(content.find("<VTKFile type=\"PolyData\""), std::string::npos);
   EXPECT_NE(content.find("NumberOfPoints=\"5\" NumberOfVerts=\"0\""), std::string::npos);
   EXPECT_NE(content.find("NumberOfPolys=\"2\""), std::string::npos);
@@ -31,10 +31,10 @@ TEST(VtpFile, HoldsPolygonsWithTheirValues) {
 }
 
 TEST(VtpFile, HoldsAVertexForEachPoint) {
-  const std::string file = TestFile("VtpFile_vertices.vtp");
-  const std::vector<double> values = {1, 2, 3, 4, 5};
+  std::string const file = TestFile("VtpFile_vertices.vtp");
+  std::vector<double> const values = {1, 2, 3, 4, 5};
   WriteVertices(file, kCorners, {{"value", 1, values}});
-  const std::string content = ReadAll(file);
+  std::string const content = ReadAll(file);
   EXPECT_NE(content.find("NumberOfPoints=\"5\" NumberOfVerts=\"5\""), std::string::npos);
   EXPECT_NE(content.find("<PointData>"), std::string::npos);
   EXPECT_EQ(ArrayOf<std::int64_t>(content, "connectivity"), (std::vector<std::int64_t>{0, 1, 2, 3, 4}));
@@ -46,9 +46,9 @@ TEST(VtpFile, HoldsAVertexForEachPoint) {
 }
 
 TEST(VtpFile, ListsArraysAndPiecesInTheIndex) {
-  const std::string file = TestFile("VtpFile_index.pvtp");
+  std::string const file = TestFile("VtpFile_index.pvtp");
   WritePvtp(file, {{"value", 1, std::vector<double>()}}, {"faces/a.vtp", "faces/b.vtp"});
-  const std::string content = ReadAll(file);
+  std::string const content = ReadAll(file);
   EXPECT_NE(content.find("<PPolyData GhostLevel=\"0\">"), std::string::npos);
   EXPECT_NE(
       content.find("<PCellData>\n<PDataArray type=\"Float64\" Name=\"value\" NumberOfComponents=\"1\"/>"),
@@ -59,7 +59,7 @@ TEST(VtpFile, ListsArraysAndPiecesInTheIndex) {
 }
 
 TEST(VtpFile, ReportsAFileThatCannotBeWritten) {
-  const std::string file = TestFile("no_such_folder/a.vtp");
+  std::string const file = TestFile("no_such_folder/a.vtp");
   EXPECT_THROW(WritePolygons(file, kHouse, {}), UsageError);
   EXPECT_THROW(WriteVertices(file, kCorners, {}), UsageError);
   EXPECT_THROW(WritePvtp(file, {}, {}), UsageError);

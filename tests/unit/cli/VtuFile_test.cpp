@@ -23,16 +23,16 @@ VtuGrid OneTetrahedron() {
   return grid;
 }
 
-const std::vector<VtkArray> kData = {{"field", 1, std::vector<double>{0.1}},
+std::vector<VtkArray> const kData = {{"field", 1, std::vector<double>{0.1}},
                                      {"gradient", 3, std::vector<double>{1.0, 2.0, 3.0}},
                                      {"rank", 1, std::vector<std::int32_t>{7}},
                                      {"cell", 1, std::vector<std::int64_t>{1LL << 40}}};
 
 TEST(VtuFile, KeepsEveryBitOfEveryArray) {
-  const std::string file = TestFile("VtuFile_bits.vtu");
-  const VtuGrid grid = OneTetrahedron();
+  std::string const file = TestFile("VtuFile_bits.vtu");
+  VtuGrid const grid = OneTetrahedron();
   WriteVtu(file, grid, kData);
-  const std::string content = ReadAll(file);
+  std::string const content = ReadAll(file);
   EXPECT_NE(content.find("NumberOfPoints=\"4\" NumberOfCells=\"1\""), std::string::npos);
   EXPECT_EQ(ArrayOf<double>(content, "Points"), grid.points);
   EXPECT_EQ(ArrayOf<std::int64_t>(content, "connectivity"), grid.connectivity);
@@ -46,7 +46,7 @@ TEST(VtuFile, KeepsEveryBitOfEveryArray) {
 }
 
 TEST(VtuFile, NamesFaceArraysOnlyForPolyhedra) {
-  const std::string file = TestFile("VtuFile_faces.vtu");
+  std::string const file = TestFile("VtuFile_faces.vtu");
   VtuGrid grid = OneTetrahedron();
   WriteVtu(file, grid, {});
   EXPECT_EQ(ReadAll(file).find("faceoffsets"), std::string::npos);
@@ -60,9 +60,9 @@ TEST(VtuFile, NamesFaceArraysOnlyForPolyhedra) {
 }
 
 TEST(VtuFile, ListsArraysAndPiecesInTheIndex) {
-  const std::string file = TestFile("VtuFile_index.pvtu");
+  std::string const file = TestFile("VtuFile_index.pvtu");
   WritePvtu(file, kData, {"sub/a.vtu", "sub/b.vtu"});
-  const std::string content = ReadAll(file);
+  std::string const content = ReadAll(file);
   EXPECT_NE(content.find("<PDataArray type=\"Float64\" Name=\"gradient\" NumberOfComponents=\"3\"/>"),
             std::string::npos);
   EXPECT_NE(content.find("<PDataArray type=\"Int64\" Name=\"cell\""), std::string::npos);
@@ -71,7 +71,7 @@ TEST(VtuFile, ListsArraysAndPiecesInTheIndex) {
 }
 
 TEST(VtuFile, ReportsAFileThatCannotBeWritten) {
-  const std::string file = TestFile("no_such_folder/a.vtu");
+  std::string const file = TestFile("no_such_folder/a.vtu");
   EXPECT_THROW(WriteVtu(file, OneTetrahedron(), {}), UsageError);
   EXPECT_THROW(WritePvtu(file, {}, {}), UsageError);
   if (std::filesystem::exists("/dev/full")) {

@@ -25,7 +25,7 @@ Doubles RandomDoubles(std::mt19937_64& random, lapack_int n) {
   return result;
 }
 
-bool SameBits(const Doubles& a, const Doubles& b) {
+bool SameBits(Doubles const& a, Doubles const& b) {
   return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
 }
 
@@ -35,7 +35,7 @@ TEST(DenseSolver, HasNoData) {
 }
 
 TEST(DenseSolver, WorksOnAnObjectMadeByNew) {
-  const std::unique_ptr<CDenseSolver> solver(new CDenseSolver);
+  std::unique_ptr<CDenseSolver> const solver(new CDenseSolver);
   double a = 4.0, b = 2.0, x = 0.0;
   EXPECT_EQ(1, solver->Solve(1, &a, &b, &x, 1));
   EXPECT_EQ(0.5, x);
@@ -108,8 +108,8 @@ TEST(DenseSolver, GivesTheBitsOfTheBareRoutine) {
   std::iota(orders.begin(), orders.end(), 1);
   // Around the order from which on the pivots need memory of their own.
   orders.insert(orders.end(), {127, 128, 129, 150, 200});
-  for (const lapack_int n : orders) {
-    for (const lapack_int nrhs : {1, 3, 4}) {
+  for (lapack_int const n : orders) {
+    for (lapack_int const nrhs : {1, 3, 4}) {
       Doubles a = RandomDoubles(random, n * n), b = RandomDoubles(random, n * nrhs), x(b.size());
       Doubles bareA = a, bareB = b;
       std::vector<lapack_int> pivots(static_cast<std::size_t>(n));

@@ -32,7 +32,7 @@ TYPED_TEST_SUITE(Vector, AllInstantiations, );
 
 /// What `Create(n)` leaves in the four members; n = 0 stands for the empty vector.
 template <typename T, int B>
-void ExpectShape(const CZYNVector<T, B>& vector, int n) {
+void ExpectShape(CZYNVector<T, B> const& vector, int n) {
   EXPECT_EQ(n == 0, vector.m_pData == nullptr);
   EXPECT_EQ(n, vector.m_iSize);
   EXPECT_EQ(n == 0 ? 0 : B, vector.m_iLower);
@@ -48,7 +48,7 @@ T Element(int i) {
 // ---------------------------------------------------------------------------------------------- construction
 
 TYPED_TEST(Vector, IsEmptyAfterDefaultConstruction) {
-  const typename TypeParam::Vector vector;
+  typename const TypeParam::Vector vector;
   ExpectShape(vector, 0);
   EXPECT_TRUE(vector.Empty());
   EXPECT_EQ(0, vector.GetSize());
@@ -56,7 +56,7 @@ TYPED_TEST(Vector, IsEmptyAfterDefaultConstruction) {
 }
 
 TYPED_TEST(Vector, ConstructionWithASizeZeroFillsTheWholeBlock) {
-  const typename TypeParam::Vector vector(5);
+  typename const TypeParam::Vector vector(5);
   ExpectShape(vector, 5);
   EXPECT_FALSE(vector.Empty());
   EXPECT_EQ(5, vector.GetSize());
@@ -64,35 +64,35 @@ TYPED_TEST(Vector, ConstructionWithASizeZeroFillsTheWholeBlock) {
 }
 
 TYPED_TEST(Vector, ConstructionWithSizeZeroIsAnEmptyVector) {
-  const typename TypeParam::Vector vector(0);
+  typename const TypeParam::Vector vector(0);
   ExpectShape(vector, 0);
 }
 
 TYPED_TEST(Vector, ConstructionWithANegativeSizeIsAnEmptyVector) {
-  const typename TypeParam::Vector vector(-3);
+  typename const TypeParam::Vector vector(-3);
   ExpectShape(vector, 0);
 }
 
 TYPED_TEST(Vector, ConstructionWithAValueFillsTheWholeBlock) {
   using T = typename TypeParam::Value;
-  const typename TypeParam::Vector vector(4, Element<T>(7));
+  typename const TypeParam::Vector vector(4, Element<T>(7));
   ExpectShape(vector, 4);
   for (int i = 0; i < 4 + TypeParam::kBase; ++i) EXPECT_EQ(Element<T>(7), vector.Get_Ptr()[i]);
 }
 
 TYPED_TEST(Vector, ConstructionWithASourceCopiesItFromElementZeroOn) {
   using T = typename TypeParam::Value;
-  const T source[] = {Element<T>(9), Element<T>(8), Element<T>(7), Element<T>(6)};
-  const typename TypeParam::Vector vector(4 - TypeParam::kBase, source);
+  T const source[] = {Element<T>(9), Element<T>(8), Element<T>(7), Element<T>(6)};
+  typename const TypeParam::Vector vector(4 - TypeParam::kBase, source);
   ExpectShape(vector, 4 - TypeParam::kBase);
   for (int i = 0; i < 4; ++i) EXPECT_EQ(source[i], vector.Get_Ptr()[i]);
 }
 
 TYPED_TEST(Vector, FailedConstructionWithContentStaysEmpty) {
   using T = typename TypeParam::Value;
-  const T source[] = {Element<T>(1)};
-  const typename TypeParam::Vector filled(0, Element<T>(1));
-  const typename TypeParam::Vector copied(-1, source);
+  T const source[] = {Element<T>(1)};
+  typename const TypeParam::Vector filled(0, Element<T>(1));
+  typename const TypeParam::Vector copied(-1, source);
   ExpectShape(filled, 0);
   ExpectShape(copied, 0);
 }
@@ -100,7 +100,7 @@ TYPED_TEST(Vector, FailedConstructionWithContentStaysEmpty) {
 TYPED_TEST(Vector, CopyConstructionIsDeep) {
   using T = typename TypeParam::Value;
   typename TypeParam::Vector source(3, Element<T>(1));
-  const typename TypeParam::Vector copy(source);
+  typename const TypeParam::Vector copy(source);
   ExpectShape(copy, 3);
   EXPECT_NE(source.Get_Ptr(), copy.Get_Ptr());
   source.Assign(Element<T>(2));
@@ -108,8 +108,8 @@ TYPED_TEST(Vector, CopyConstructionIsDeep) {
 }
 
 TYPED_TEST(Vector, CopyOfAnEmptyVectorIsEmpty) {
-  const typename TypeParam::Vector source;
-  const typename TypeParam::Vector copy(source);
+  typename const TypeParam::Vector source;
+  typename const TypeParam::Vector copy(source);
   ExpectShape(copy, 0);
 }
 
@@ -128,7 +128,7 @@ TYPED_TEST(Vector, CreateWithZeroFailsAndLeavesTheVectorEmpty) {
 
 TYPED_TEST(Vector, CreateWithANegativeSizeFailsAndLeavesTheVectorEmpty) {
   using T = typename TypeParam::Value;
-  const T source[] = {Element<T>(1)};
+  T const source[] = {Element<T>(1)};
   typename TypeParam::Vector vector;
   EXPECT_FALSE(vector.Create(-1));
   EXPECT_FALSE(vector.Create(-1, Element<T>(1)));
@@ -138,9 +138,9 @@ TYPED_TEST(Vector, CreateWithANegativeSizeFailsAndLeavesTheVectorEmpty) {
 
 TYPED_TEST(Vector, SecondCreateFailsAndKeepsTheContent) {
   using T = typename TypeParam::Value;
-  const T source[] = {Element<T>(2), Element<T>(2), Element<T>(2), Element<T>(2)};
+  T const source[] = {Element<T>(2), Element<T>(2), Element<T>(2), Element<T>(2)};
   typename TypeParam::Vector vector(2, Element<T>(1));
-  const T* const block = vector.Get_Ptr();
+  T const* const block = vector.Get_Ptr();
   EXPECT_FALSE(vector.Create(3));
   EXPECT_FALSE(vector.Create(3, Element<T>(2)));
   EXPECT_FALSE(vector.Create(2, source));
@@ -151,7 +151,7 @@ TYPED_TEST(Vector, SecondCreateFailsAndKeepsTheContent) {
 
 TYPED_TEST(Vector, CreateSucceedsOnAnEmptyVectorInAllForms) {
   using T = typename TypeParam::Value;
-  const T source[] = {Element<T>(3), Element<T>(4), Element<T>(5)};
+  T const source[] = {Element<T>(3), Element<T>(4), Element<T>(5)};
   typename TypeParam::Vector zeros, filled, copied;
   EXPECT_TRUE(zeros.Create(2));
   EXPECT_TRUE(filled.Create(2, Element<T>(1)));
@@ -184,7 +184,7 @@ TYPED_TEST(Vector, ValidIndicesRunFromTheBaseOn) {
     EXPECT_TRUE(vector.GetValue(i, value));
     EXPECT_EQ(Element<T>(1), value);
   }
-  for (const int i : {kBase - 1, 5 + kBase, -100, 100}) {
+  for (int const i : {kBase - 1, 5 + kBase, -100, 100}) {
     T value = Element<T>(2);
     EXPECT_TRUE(vector.Out_Of_Range(i));
     EXPECT_FALSE(vector.GetValue(i, value));
@@ -193,8 +193,8 @@ TYPED_TEST(Vector, ValidIndicesRunFromTheBaseOn) {
 }
 
 TYPED_TEST(Vector, EveryIndexIsOutOfRangeInAnEmptyVector) {
-  const typename TypeParam::Vector vector;
-  for (const int i : {-1, 0, 1}) EXPECT_TRUE(vector.Out_Of_Range(i));
+  typename const TypeParam::Vector vector;
+  for (int const i : {-1, 0, 1}) EXPECT_TRUE(vector.Out_Of_Range(i));
 }
 
 TYPED_TEST(Vector, SetValueStoresOneElement) {
@@ -209,7 +209,7 @@ TYPED_TEST(Vector, SetValueAndAddValueFailOutOfRangeAndChangeNothing) {
   using T = typename TypeParam::Value;
   constexpr int kBase = TypeParam::kBase;
   typename TypeParam::Vector vector(3);
-  for (const int i : {kBase - 1, 3 + kBase}) {
+  for (int const i : {kBase - 1, 3 + kBase}) {
     EXPECT_FALSE(vector.SetValue(i, Element<T>(1)));
     EXPECT_FALSE(vector.AddValue(i, Element<T>(1)));
   }
@@ -222,7 +222,7 @@ TYPED_TEST(Vector, AddValueAddsToOneElement) {
   typename TypeParam::Vector vector(3);
   EXPECT_TRUE(vector.SetValue(kBase + 2, Element<T>(3)));
   EXPECT_TRUE(vector.AddValue(kBase + 2, Element<T>(5)));
-  const T sum = std::is_same<T, bool>::value ? static_cast<T>(1) : static_cast<T>(8);
+  T const sum = std::is_same<T, bool>::value ? static_cast<T>(1) : static_cast<T>(8);
   EXPECT_EQ(sum, vector.Get_Ptr()[kBase + 2]);
   EXPECT_EQ(T(), vector.Get_Ptr()[kBase + 1]);
 }
@@ -241,7 +241,7 @@ TYPED_TEST(Vector, ConstSubscriptWithinTheRangePrintsNothing) {
   constexpr int kBase = TypeParam::kBase;
   typename TypeParam::Vector vector(3);
   vector[kBase + 2] = Element<T>(1);
-  const auto& readOnly = std::as_const(vector);
+  auto const& readOnly = std::as_const(vector);
   ::testing::internal::CaptureStdout();
   for (int i = kBase; i < 3 + kBase; ++i) EXPECT_EQ(&vector.Get_Ptr()[i], &readOnly[i]);
   EXPECT_EQ("", ::testing::internal::GetCapturedStdout());
@@ -249,10 +249,10 @@ TYPED_TEST(Vector, ConstSubscriptWithinTheRangePrintsNothing) {
 
 TYPED_TEST(Vector, ConstSubscriptOutOfRangePrintsAndGivesTheFirstElement) {
   constexpr int kBase = TypeParam::kBase;
-  const typename TypeParam::Vector vector(5);
-  for (const int i : {kBase - 1, 5 + kBase, 100, -100}) {
+  typename const TypeParam::Vector vector(5);
+  for (int const i : {kBase - 1, 5 + kBase, 100, -100}) {
     ::testing::internal::CaptureStdout();
-    const auto* const element = &vector[i];
+    auto const* const element = &vector[i];
     EXPECT_EQ("\n>>>  Error in manipulating this array. Length = " + std::to_string(kBase) + "~" +
                   std::to_string(5 + kBase) + ", Out_Of_Range(" + std::to_string(i) + ")\n\n",
               ::testing::internal::GetCapturedStdout());
@@ -263,17 +263,17 @@ TYPED_TEST(Vector, ConstSubscriptOutOfRangePrintsAndGivesTheFirstElement) {
 TEST(Vector1, ConstSubscriptWith100PrintsTheMessageInTheseWordsAndGivesElement1) {
   CZYNVector<int, 1> vector(5);
   vector[1] = 41;
-  const CZYNVector<int, 1>& readOnly = vector;
+  CZYNVector<int, 1> const& readOnly = vector;
   ::testing::internal::CaptureStdout();
-  const int value = readOnly[100];
+  int const value = readOnly[100];
   EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 1~6, Out_Of_Range(100)\n\n",
             ::testing::internal::GetCapturedStdout());
   EXPECT_EQ(41, value);
 }
 
 TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
-  const CZYNVector<int, 1> vector(5);
-  const gradient_test::FlushRecord record;
+  CZYNVector<int, 1> const vector(5);
+  gradient_test::FlushRecord const record;
   EXPECT_EQ(0, vector[100]);
   ASSERT_EQ(2U, record.Pieces().size());
   EXPECT_EQ("\n", record.Pieces()[0]);
@@ -281,9 +281,9 @@ TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
 }
 
 TYPED_TEST(Vector, ConstSubscriptOfAnEmptyVectorPrintsAndGivesAZero) {
-  const typename TypeParam::Vector vector;
+  typename const TypeParam::Vector vector;
   ::testing::internal::CaptureStdout();
-  const typename TypeParam::Value value = vector[3];
+  typename const TypeParam::Value value = vector[3];
   EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 0~0, Out_Of_Range(3)\n\n",
             ::testing::internal::GetCapturedStdout());
   EXPECT_EQ(typename TypeParam::Value(), value);
@@ -349,7 +349,7 @@ TEST(Vector1, AssignOfAValueAlsoWritesBlockElement0) {
 }
 
 TEST(Vector1, AssignOfASourceTakesItsElement0Too) {
-  const int source[] = {9, 1, 2, 3};
+  int const source[] = {9, 1, 2, 3};
   CZYNVector<int, 1> vector(3);
   EXPECT_TRUE(vector.Assign(source));
   for (int i = 0; i <= 3; ++i) EXPECT_EQ(source[i], vector.Get_Ptr()[i]);
@@ -357,7 +357,7 @@ TEST(Vector1, AssignOfASourceTakesItsElement0Too) {
 
 TYPED_TEST(Vector, AssignFailsOnAnEmptyVector) {
   using T = typename TypeParam::Value;
-  const T source[] = {Element<T>(1), Element<T>(1)};
+  T const source[] = {Element<T>(1), Element<T>(1)};
   typename TypeParam::Vector vector;
   EXPECT_FALSE(vector.Assign(Element<T>(1)));
   EXPECT_FALSE(vector.Assign(source));
@@ -376,14 +376,14 @@ TYPED_TEST(Vector, AssignmentIsADeepCopyOfAnySize) {
 }
 
 TYPED_TEST(Vector, AssignmentToAnEmptyVectorFillsIt) {
-  const typename TypeParam::Vector source(3);
+  typename const TypeParam::Vector source(3);
   typename TypeParam::Vector target;
   target = source;
   ExpectShape(target, 3);
 }
 
 TYPED_TEST(Vector, AssignmentFromAnEmptyVectorEmptiesAndLeavesItUsable) {
-  const typename TypeParam::Vector empty;
+  typename const TypeParam::Vector empty;
   typename TypeParam::Vector target(4);
   target = empty;
   ExpectShape(target, 0);
@@ -394,8 +394,8 @@ TYPED_TEST(Vector, AssignmentFromAnEmptyVectorEmptiesAndLeavesItUsable) {
 TYPED_TEST(Vector, SelfAssignmentKeepsTheBlock) {
   using T = typename TypeParam::Value;
   typename TypeParam::Vector vector(3, Element<T>(1));
-  const T* const block = vector.Get_Ptr();
-  const typename TypeParam::Vector& same = vector;
+  T const* const block = vector.Get_Ptr();
+  typename TypeParam::Vector const& same = vector;
   vector = same;
   EXPECT_EQ(block, vector.Get_Ptr());
   EXPECT_EQ(Element<T>(1), vector.Get_Ptr()[2]);

@@ -21,7 +21,7 @@ class CommaLocale {
         << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\n"
            "END LC_NUMERIC\n";
     // It warns of all that the source leaves out, and makes the locale all the same.
-    const std::string make = "localedef --no-archive -c -i " + (folder_ / "source").string() +
+    std::string const make = "localedef --no-archive -c -i " + (folder_ / "source").string() +
                              " -f ANSI_X3.4-1968 " + (folder_ / "xx_YY").string() + " >/dev/null 2>&1";
     static_cast<void>(std::system(make.c_str()));  // NOLINT(cert-env33-c): a fixed command
     setenv("LOCPATH", folder_.c_str(), 1);
@@ -33,13 +33,13 @@ class CommaLocale {
     std::error_code ignored;
     if (!folder_.empty()) std::filesystem::remove_all(folder_, ignored);
   }
-  CommaLocale(const CommaLocale&) = delete;
-  CommaLocale& operator=(const CommaLocale&) = delete;
+  CommaLocale(CommaLocale const&) = delete;
+  CommaLocale& operator=(CommaLocale const&) = delete;
 
   bool IsSet() const { return isSet_; }
 
   /// A folder of this test.
-  const std::filesystem::path& Folder() const { return folder_; }
+  std::filesystem::path const& Folder() const { return folder_; }
 
   /// 0.5 as the program writes it.
   std::string Half() const {

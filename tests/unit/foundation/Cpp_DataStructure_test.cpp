@@ -14,7 +14,7 @@ struct Table : Cpp_DataStructure {
 };
 
 TEST(RaggedTable, IsEmptyAfterConstruction) {
-  const Cpp_DataStructure table;
+  Cpp_DataStructure const table;
   EXPECT_EQ(0, table.m_iNRow);
   EXPECT_EQ(nullptr, table.m_ppRow);
 }

@@ -14,8 +14,8 @@ namespace {
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 TEST(DQKernel, TakesTheWorkedValues) {
-  const PlainDQKernel plain(1.0, 1.0);
-  const ShapeNormalisedDQKernel scaled(1.0, DQVector{1.0, 1.0, 1.0});
+  PlainDQKernel const plain(1.0, 1.0);
+  ShapeNormalisedDQKernel const scaled(1.0, DQVector{1.0, 1.0, 1.0});
   EXPECT_EQ(3.0, plain.Value(0.0));
   EXPECT_EQ(0.32421875, plain.Value(0.5));
   EXPECT_EQ(0.0, plain.Value(1.0));
@@ -30,20 +30,20 @@ TEST(DQKernel, IsNotCutOffBeyondItsSupport) {
 }
 
 TEST(DQKernel, PlainFormScalesLengthsBySpanTimesH) {
-  const PlainDQKernel kernel(8.0, 0.25);  // c = 2
+  PlainDQKernel const kernel(8.0, 0.25);  // c = 2
   EXPECT_EQ(0.32421875, kernel.Value(1.0));
   EXPECT_EQ(0.0, kernel.Value(2.0));
 }
 
 TEST(DQKernel, PlainFormLeavesOffsetsInLengthUnits) {
-  const DQVector scaled = PlainDQKernel(8.0, 0.25).Scaled(DQVector{1.0, -2.0, 3.0});
+  DQVector const scaled = PlainDQKernel(8.0, 0.25).Scaled(DQVector{1.0, -2.0, 3.0});
   EXPECT_EQ(1.0, scaled.x);
   EXPECT_EQ(-2.0, scaled.y);
   EXPECT_EQ(3.0, scaled.z);
 }
 
 TEST(DQKernel, ShapeNormalisedFormDividesEachComponentByItsScale) {
-  const DQVector scaled =
+  DQVector const scaled =
       ShapeNormalisedDQKernel(2.0, DQVector{1.0, 2.0, 4.0}).Scaled(DQVector{1.0, 1.0, 1.0});
   EXPECT_EQ(0.5, scaled.x);
   EXPECT_EQ(0.25, scaled.y);
@@ -55,8 +55,8 @@ TEST(DQKernel, LengthSumsTheSquaresInTheOrderYXZ) {
   std::uniform_real_distribution<double> coordinate(-1.0, 1.0);
   int telling = 0;
   for (int i = 0; i < 1000; ++i) {
-    const DQVector d{coordinate(random), coordinate(random), coordinate(random)};
-    const double expected = std::sqrt(d.y * d.y + d.x * d.x + d.z * d.z);
+    DQVector const d{coordinate(random), coordinate(random), coordinate(random)};
+    double const expected = std::sqrt(d.y * d.y + d.x * d.x + d.z * d.z);
     if (expected != std::sqrt(d.x * d.x + d.z * d.z + d.y * d.y)) ++telling;
     EXPECT_EQ(expected, Length(d));
   }
@@ -65,17 +65,17 @@ TEST(DQKernel, LengthSumsTheSquaresInTheOrderYXZ) {
 
 // Slope along each axis against central differences of the value; the step of 1e-5 c leaves an error of 1e-10.
 template <typename Kernel>
-void ExpectSlopeOfTheValue(const Kernel& kernel, double c) {
+void ExpectSlopeOfTheValue(Kernel const& kernel, double c) {
   std::mt19937_64 random(4);
   std::uniform_real_distribution<double> coordinate(-1.2 * c, 1.2 * c);
-  const auto value = [&kernel](DQVector d) { return kernel.Value(Length(d)); };
+  auto const value = [&kernel](DQVector d) { return kernel.Value(Length(d)); };
   for (int i = 0; i < 200; ++i) {
-    const DQVector d{coordinate(random), coordinate(random), coordinate(random)};
-    const double step = 1e-5 * c, scale = value(d) / c + 56.0 / c;
-    const DQVector g = kernel.Gradient(d);
-    const double dx = value({d.x + step, d.y, d.z}) - value({d.x - step, d.y, d.z});
-    const double dy = value({d.x, d.y + step, d.z}) - value({d.x, d.y - step, d.z});
-    const double dz = value({d.x, d.y, d.z + step}) - value({d.x, d.y, d.z - step});
+    DQVector const d{coordinate(random), coordinate(random), coordinate(random)};
+    double const step = 1e-5 * c, scale = value(d) / c + 56.0 / c;
+    DQVector const g = kernel.Gradient(d);
+    double const dx = value({d.x + step, d.y, d.z}) - value({d.x - step, d.y, d.z});
+    double const dy = value({d.x, d.y + step, d.z}) - value({d.x, d.y - step, d.z});
+    double const dz = value({d.x, d.y, d.z + step}) - value({d.x, d.y, d.z - step});
     EXPECT_NEAR(dx / (2.0 * step), g.x, 1e-8 * scale);
     EXPECT_NEAR(dy / (2.0 * step), g.y, 1e-8 * scale);
     EXPECT_NEAR(dz / (2.0 * step), g.z, 1e-8 * scale);
@@ -93,10 +93,10 @@ TEST(DQKernel, GradientIsTheSlopeInScaledCoordinatesInTheShapeNormalisedForm) {
 }
 
 TEST(DQKernel, GradientAtNoDistanceIsZeroWithAMinusSign) {
-  for (const DQVector& g :
+  for (DQVector const& g :
        {PlainDQKernel(2.0, 1.0).Gradient(DQVector{0.0, 0.0, 0.0}),
         ShapeNormalisedDQKernel(2.0, DQVector{1.0, 1.0, 1.0}).Gradient(DQVector{0.0, 0.0, 0.0})}) {
-    for (const double component : {g.x, g.y, g.z}) {
+    for (double const component : {g.x, g.y, g.z}) {
       EXPECT_EQ(0.0, component);
       EXPECT_TRUE(std::signbit(component));
     }
@@ -111,22 +111,22 @@ TEST(DQKernel, WithoutASupportIsNotANumber) {
 
 // Bit for bit, one value or two at a time; the products round differently often enough to be told apart.
 TEST(DQKernel, OfFreePointsTakesThePowersOfTheStandardLibrary) {
-  const double span = 500.0, h = 0.37, c = span * h, c2 = c * span * h, c8 = std::pow(c, 8.0);
-  const InterpolationDQKernel kernel(span, h);
-  const auto expected = [=](double r) {
+  double const span = 500.0, h = 0.37, c = span * h, c2 = c * span * h, c8 = std::pow(c, 8.0);
+  InterpolationDQKernel const kernel(span, h);
+  auto const expected = [=](double r) {
     return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
   };
   std::mt19937_64 random(5);
   std::uniform_real_distribution<double> coordinate(0.0, 0.5);
   int telling = 0;
   for (int i = 0; i < 1000; ++i) {
-    const DQVector d{coordinate(random), -coordinate(random), coordinate(random)};
-    const double r = Length(d);
+    DQVector const d{coordinate(random), -coordinate(random), coordinate(random)};
+    double const r = Length(d);
     EXPECT_EQ(expected(r), kernel.Value(r));
-    const TwoDoubles two = kernel.Value(TwoDoubles{d.x, r});
+    TwoDoubles const two = kernel.Value(TwoDoubles{d.x, r});
     EXPECT_EQ(expected(d.x), two[0]);
     EXPECT_EQ(expected(r), two[1]);
-    const DQVector g = kernel.Gradient(d);
+    DQVector const g = kernel.Gradient(d);
     EXPECT_EQ(-(d.x * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.x);
     EXPECT_EQ(-(d.y * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.y);
     EXPECT_EQ(-(d.z * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.z);
@@ -142,10 +142,10 @@ void ExpectWithinItsRoundings() {
   std::mt19937_64 random(N);
   std::uniform_real_distribution<double> base(-2.0, 2.0);
   for (int i = 0; i < 10000; ++i) {
-    const double x = base(random);
+    double const x = base(random);
     long double exact = 1.0L;
     for (int k = 0; k < N; ++k) exact *= static_cast<long double>(x);
-    const double reference = static_cast<double>(exact);
+    double const reference = static_cast<double>(exact);
     EXPECT_NEAR(reference, IntegerPower<N>(x), 0.5 * N * kEpsilon * std::fabs(reference));
   }
 }
@@ -159,7 +159,7 @@ TEST(IntegerPower, IsExactUpToTheRoundingOfItsProducts) {
 }
 
 TEST(IntegerPower, EighthPowerIsThreeSquarings) {
-  const double x = 1.1, x2 = x * x, x4 = x2 * x2;
+  double const x = 1.1, x2 = x * x, x4 = x2 * x2;
   EXPECT_EQ(x4 * x4, IntegerPower<8>(x));
 }
 

@@ -19,15 +19,15 @@ std::vector<DQVector> SomePoints(int n) {
 }
 
 template <typename Kernel>
-void ExpectEntriesOf(const Kernel& kernel, int n, int stride) {
+void ExpectEntriesOf(Kernel const& kernel, int n, int stride) {
   constexpr double kUntouched = -7.5;
-  const std::vector<DQVector> points = SomePoints(n);
+  std::vector<DQVector> const points = SomePoints(n);
   std::vector<double> a(static_cast<std::size_t>(n * stride), kUntouched);
   FillKernelMatrix(kernel, points.data(), n, a.data(), stride);
   for (int k = 0; k < n; ++k) {
     for (int j = 0; j < stride; ++j) {
-      const double entry = a[static_cast<std::size_t>(k * stride + j)];
-      const double expected =
+      double const entry = a[static_cast<std::size_t>(k * stride + j)];
+      double const expected =
           j < n ? kernel.Value(Length(kernel.Scaled(OffsetBetween(points[j], points[k])))) : kUntouched;
       EXPECT_EQ(expected, entry) << k << ", " << j << " of " << n;
     }
@@ -45,9 +45,9 @@ TEST(DQMatrix, HasTheKernelOfEveryPair) {
 // A point that is infinite in one coordinate has no distance from itself.
 TEST(DQMatrix, HasNoNumberOnTheDiagonalOfAnInfinitePoint) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (const DQVector& odd :
+  for (DQVector const& odd :
        {DQVector{kInfinity, 0.0, 0.0}, DQVector{0.0, kInfinity, 0.0}, DQVector{0.0, 0.0, kInfinity}}) {
-    const DQVector points[] = {{1.0, 2.0, 3.0}, odd};
+    DQVector const points[] = {{1.0, 2.0, 3.0}, odd};
     double a[4] = {};
     FillKernelMatrix(PlainDQKernel(1.0, 1.0), points, 2, a, 2);
     EXPECT_EQ(3.0, a[0]);

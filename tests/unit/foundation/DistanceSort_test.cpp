@@ -36,10 +36,11 @@ List BubbleSorted(List list) {
 }
 
 /// Ways to make n distances; ids tell where each stood.
-const struct Kind {
-  const char* name;
+struct const Kind {
+  char const* name;
   double (*value)(Random&, int place, int n);
-} kKinds[] = {
+}
+kKinds[] = {
     {"random", [](Random& r, int, int) { return std::uniform_real_distribution<double>()(r); }},
     {"ascending", [](Random&, int i, int) { return 1.0 * i; }},
     {"descending", [](Random&, int i, int n) { return 1.0 * (n - i); }},
@@ -55,7 +56,7 @@ const struct Kind {
      }},
 };
 
-List Make(const Kind& kind, int n, std::uint64_t seed) {
+List Make(Kind const& kind, int n, std::uint64_t seed) {
   Random random(seed);
   List list;
   for (int i = 0; i < n; ++i) {
@@ -72,10 +73,10 @@ std::vector<int> Lengths() {
 
 TEST(DistanceSort, EqualsABubbleSort) {
   DistanceSort sort;
-  for (const Kind& kind : kKinds) {
-    for (const int n : Lengths()) {
+  for (Kind const& kind : kKinds) {
+    for (int const n : Lengths()) {
       List list = Make(kind, n, 3);
-      const List expected = BubbleSorted(list);
+      List const expected = BubbleSorted(list);
       sort.Sort(list.ids.data(), list.distances.data(), n);
       EXPECT_EQ(expected.ids, list.ids) << kind.name << " " << n;
       EXPECT_EQ(expected.distances, list.distances) << kind.name << " " << n;
@@ -85,13 +86,13 @@ TEST(DistanceSort, EqualsABubbleSort) {
 
 TEST(DistanceSort, BringsTheNearestToTheFrontAsABubbleSortWould) {
   DistanceSort sort;
-  for (const Kind& kind : kKinds) {
-    for (const int n : Lengths()) {
-      for (const int nKept : {0, 1, 2, 5, n / 16, n / 16 + 1, n / 8, n / 3, n / 2, n - 1, n}) {
+  for (Kind const& kind : kKinds) {
+    for (int const n : Lengths()) {
+      for (int const nKept : {0, 1, 2, 5, n / 16, n / 16 + 1, n / 8, n / 3, n / 2, n - 1, n}) {
         if (nKept < 0 || nKept > n) continue;
         for (std::uint64_t seed = 1; seed <= 3; ++seed) {
           List list = Make(kind, n, seed);
-          const List expected = BubbleSorted(list);
+          List const expected = BubbleSorted(list);
           sort.SortNearest(list.ids.data(), list.distances.data(), n, nKept);
           for (std::size_t k = 0; k < static_cast<std::size_t>(nKept); ++k) {
             ASSERT_EQ(expected.ids[k], list.ids[k]) << kind.name << " " << nKept << " of " << n;
@@ -106,11 +107,11 @@ TEST(DistanceSort, BringsTheNearestToTheFrontAsABubbleSortWould) {
 // Most cells of a search stand far away; the samples of a list that says otherwise must not mislead.
 TEST(DistanceSort, IsNotMisledByAListWhosePeriodIsThatOfItsSamples) {
   DistanceSort sort;
-  for (const int n : {64, 160, 320, 640}) {
-    for (const double sampled : {0.0, 100.0}) {
+  for (int const n : {64, 160, 320, 640}) {
+    for (double const sampled : {0.0, 100.0}) {
       List list = Make(kKinds[0], n, 9);
       for (int i = 0; i < n; i += n / 16) list.distances[static_cast<std::size_t>(i)] = sampled;
-      const List expected = BubbleSorted(list);
+      List const expected = BubbleSorted(list);
       sort.SortNearest(list.ids.data(), list.distances.data(), n, n / 4);
       for (std::size_t k = 0; k < static_cast<std::size_t>(n / 4); ++k)
         ASSERT_EQ(expected.ids[k], list.ids[k]) << n << " " << sampled;
@@ -120,13 +121,13 @@ TEST(DistanceSort, IsNotMisledByAListWhosePeriodIsThatOfItsSamples) {
 
 TEST(DistanceSort, LeavesDistancesThatAreNotNumbersWhereABubbleSortDoes) {
   DistanceSort sort;
-  for (const int n : {5, 40, 48, 49, 70, 200}) {
+  for (int const n : {5, 40, 48, 49, 70, 200}) {
     for (std::uint64_t seed = 1; seed <= 5; ++seed) {
       Random random(seed);
       List list = Make(kKinds[4], n, seed);
       for (double& distance : list.distances)
         if (random() % 6 == 0) distance = NAN;
-      const List expected = BubbleSorted(list);
+      List const expected = BubbleSorted(list);
       List nearest = list;
       sort.Sort(list.ids.data(), list.distances.data(), n);
       EXPECT_EQ(expected.ids, list.ids) << n;
@@ -139,9 +140,9 @@ TEST(DistanceSort, LeavesDistancesThatAreNotNumbersWhereABubbleSortDoes) {
 
 TEST(DistanceSort, ServesOneListAfterAnother) {
   DistanceSort sort;
-  for (const int n : {300, 5, 200, 60}) {
+  for (int const n : {300, 5, 200, 60}) {
     List list = Make(kKinds[0], n, 4);
-    const List expected = BubbleSorted(list);
+    List const expected = BubbleSorted(list);
     sort.Sort(list.ids.data(), list.distances.data(), n);
     EXPECT_EQ(expected.ids, list.ids);
   }

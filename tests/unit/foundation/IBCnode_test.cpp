@@ -14,7 +14,7 @@ IBCnode Node(double x, double y, double z, int tag) {
   return node;
 }
 
-void ExpectNode(const IBCnode& node, double x, double y, double z, int tag) {
+void ExpectNode(IBCnode const& node, double x, double y, double z, int tag) {
   EXPECT_EQ(x, node.x);
   EXPECT_EQ(y, node.y);
   EXPECT_EQ(z, node.z);
@@ -24,20 +24,20 @@ void ExpectNode(const IBCnode& node, double x, double y, double z, int tag) {
 TEST(IBCnode, DefaultConstructionIsAllZero) { ExpectNode(IBCnode(), 0.0, 0.0, 0.0, 0); }
 
 TEST(IBCnode, ConstructionIgnoresTheTag) {
-  const IBCnode a(1, 2, 3, 9);
+  IBCnode const a(1, 2, 3, 9);
   ExpectNode(a, 1.0, 2.0, 3.0, 0);
 }
 
 TEST(IBCnode, HasAVirtualDestructor) { EXPECT_TRUE(std::has_virtual_destructor<IBCnode>::value); }
 
 TEST(IBCnode, CopyConstructionTakesTheTagAlong) {
-  const IBCnode b = Node(1.5, -2.5, 3.5, 9);
-  const IBCnode a(b);
+  IBCnode const b = Node(1.5, -2.5, 3.5, 9);
+  IBCnode const a(b);
   ExpectNode(a, 1.5, -2.5, 3.5, 9);
 }
 
 TEST(IBCnode, AssignmentKeepsTheTagOfTheLeftSide) {
-  const IBCnode b = Node(1.5, -2.5, 3.5, 9);
+  IBCnode const b = Node(1.5, -2.5, 3.5, 9);
   IBCnode a = Node(7.0, 7.0, 7.0, 4);
   EXPECT_EQ(&a, &(a = b));
   ExpectNode(a, 1.5, -2.5, 3.5, 4);
@@ -52,7 +52,7 @@ TEST(IBCnode, CopyTakesTheTagAlong) {
 }
 
 TEST(IBCnode, PlusAddsInPlaceAndReturnsTheLeftSide) {
-  const IBCnode b = Node(1.0, 2.0, 4.0, 9);
+  IBCnode const b = Node(1.0, 2.0, 4.0, 9);
   IBCnode a = Node(10.0, 20.0, 40.0, 4);
   EXPECT_EQ(&a, &(a + b));
   ExpectNode(a, 11.0, 22.0, 44.0, 4);
@@ -60,14 +60,14 @@ TEST(IBCnode, PlusAddsInPlaceAndReturnsTheLeftSide) {
 }
 
 TEST(IBCnode, PlusEqualsIsTheSameAsPlus) {
-  const IBCnode b = Node(1.0, 2.0, 4.0, 9);
+  IBCnode const b = Node(1.0, 2.0, 4.0, 9);
   IBCnode a = Node(10.0, 20.0, 40.0, 4);
   EXPECT_EQ(&a, &(a += b));
   ExpectNode(a, 11.0, 22.0, 44.0, 4);
 }
 
 TEST(IBCnode, MinusSubtractsInPlaceAndReturnsTheLeftSide) {
-  const IBCnode b = Node(1.0, 2.0, 4.0, 9);
+  IBCnode const b = Node(1.0, 2.0, 4.0, 9);
   IBCnode a = Node(10.0, 20.0, 40.0, 4);
   EXPECT_EQ(&a, &(a - b));
   ExpectNode(a, 9.0, 18.0, 36.0, 4);
@@ -75,7 +75,7 @@ TEST(IBCnode, MinusSubtractsInPlaceAndReturnsTheLeftSide) {
 }
 
 TEST(IBCnode, ArithmeticChainsOnTheLeftSide) {
-  const IBCnode b = Node(1.0, 2.0, 4.0, 9);
+  IBCnode const b = Node(1.0, 2.0, 4.0, 9);
   IBCnode a = Node(10.0, 20.0, 40.0, 4);
   a + b + b - b;
   ExpectNode(a, 11.0, 22.0, 44.0, 4);

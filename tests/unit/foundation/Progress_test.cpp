@@ -28,8 +28,8 @@ class HeldOutput {
     std::cout.rdbuf(former_);
     std::cout.copyfmt(state_);
   }
-  HeldOutput(const HeldOutput&) = delete;
-  HeldOutput& operator=(const HeldOutput&) = delete;
+  HeldOutput(HeldOutput const&) = delete;
+  HeldOutput& operator=(HeldOutput const&) = delete;
 
   std::string Text() const { return buffer_.str(); }
 
@@ -47,11 +47,11 @@ class Grouping : public std::numpunct<char> {
 
 /// What a program may have left in its stream.
 struct Habit {
-  const char* name;
+  char const* name;
   std::function<void()> set;
 };
 
-const std::vector<Habit> kHabits = {
+std::vector<Habit> const kHabits = {
     {"showpos", [] { std::cout << std::showpos; }},
     {"hex, showbase", [] { std::cout << std::hex << std::showbase; }},
     {"oct, uppercase", [] { std::cout << std::oct << std::uppercase; }},
@@ -65,7 +65,7 @@ const std::vector<Habit> kHabits = {
 };
 
 TEST(Progress, TextsAreTheSameWhateverTheProgramSetInItsStream) {
-  for (const Habit& habit : kHabits) {
+  for (Habit const& habit : kHabits) {
     HeldOutput out;
     habit.set();
     PrintFlushed("NWall ok!\n");
@@ -76,13 +76,13 @@ TEST(Progress, TextsAreTheSameWhateverTheProgramSetInItsStream) {
 }
 
 TEST(Progress, LeavesTheStreamAsTheProgramSetIt) {
-  for (const Habit& habit : kHabits) {
+  for (Habit const& habit : kHabits) {
     HeldOutput out;
     habit.set();
-    const std::ios::fmtflags flags = std::cout.flags();
-    const std::streamsize width = std::cout.width(), precision = std::cout.precision();
-    const char fill = std::cout.fill();
-    const std::locale locale = std::cout.getloc();
+    std::ios::fmtflags const flags = std::cout.flags();
+    std::streamsize const width = std::cout.width(), precision = std::cout.precision();
+    char const fill = std::cout.fill();
+    std::locale const locale = std::cout.getloc();
     PrintFlushed("NWall ok!\n");
     PrintFormatted("icell = %d\n", 7);
     EXPECT_EQ(flags, std::cout.flags()) << habit.name;
@@ -121,7 +121,7 @@ TEST(Progress, WritesNothingIntoAStreamThatHasFailed) {
 }
 
 TEST(Progress, NumbersHaveADecimalPointInALocaleThatHasACommaThere) {
-  const CommaLocale locale;
+  CommaLocale const locale;
   if (!locale.IsSet()) GTEST_SKIP() << "localedef is not there";
   ASSERT_EQ(locale.Half(), "0,5");
   HeldOutput out;

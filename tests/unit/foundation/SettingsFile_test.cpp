@@ -14,10 +14,10 @@ namespace foundation_test {
 namespace {
 
 TEST(SettingsFileLocale, DecimalsStandBehindAPoint) {
-  const CommaLocale locale;
+  CommaLocale const locale;
   if (!locale.IsSet()) GTEST_SKIP() << "localedef is not there";
   ASSERT_EQ(locale.Half(), "0,5");
-  const std::filesystem::path path = locale.Folder() / "run.rbf";
+  std::filesystem::path const path = locale.Folder() / "run.rbf";
   std::ofstream(path) << "1001\nSpan              = 12.5\nShape Normalize   = 0,75\n";
   SettingsFile file(path.c_str());
   ASSERT_TRUE(file.IsOpen());

@@ -39,7 +39,7 @@ void* Allocate(std::size_t size) noexcept {
 void* AllocateAligned(std::size_t size, std::align_val_t alignment) noexcept {
   if (Fails()) return nullptr;
   ++allocations;
-  const auto boundary = static_cast<std::size_t>(alignment);
+  auto const boundary = static_cast<std::size_t>(alignment);
   return std::aligned_alloc(boundary, (size / boundary + 1) * boundary);
 }
 
@@ -96,22 +96,22 @@ using NoThrow = std::nothrow_t;
 
 void* operator new(Size n) { return OrThrow(Allocate(n)); }
 void* operator new[](Size n) { return OrThrow(Allocate(n)); }
-void* operator new(Size n, const NoThrow&) noexcept { return Allocate(n); }
-void* operator new[](Size n, const NoThrow&) noexcept { return Allocate(n); }
+void* operator new(Size n, NoThrow const&) noexcept { return Allocate(n); }
+void* operator new[](Size n, NoThrow const&) noexcept { return Allocate(n); }
 void* operator new(Size n, Align a) { return OrThrow(AllocateAligned(n, a)); }
 void* operator new[](Size n, Align a) { return OrThrow(AllocateAligned(n, a)); }
-void* operator new(Size n, Align a, const NoThrow&) noexcept { return AllocateAligned(n, a); }
-void* operator new[](Size n, Align a, const NoThrow&) noexcept { return AllocateAligned(n, a); }
+void* operator new(Size n, Align a, NoThrow const&) noexcept { return AllocateAligned(n, a); }
+void* operator new[](Size n, Align a, NoThrow const&) noexcept { return AllocateAligned(n, a); }
 
 void operator delete(void* p) noexcept { Release(p); }
 void operator delete[](void* p) noexcept { Release(p); }
 void operator delete(void* p, Size) noexcept { Release(p); }
 void operator delete[](void* p, Size) noexcept { Release(p); }
-void operator delete(void* p, const NoThrow&) noexcept { Release(p); }
-void operator delete[](void* p, const NoThrow&) noexcept { Release(p); }
+void operator delete(void* p, NoThrow const&) noexcept { Release(p); }
+void operator delete[](void* p, NoThrow const&) noexcept { Release(p); }
 void operator delete(void* p, Align) noexcept { Release(p); }
 void operator delete[](void* p, Align) noexcept { Release(p); }
 void operator delete(void* p, Size, Align) noexcept { Release(p); }
 void operator delete[](void* p, Size, Align) noexcept { Release(p); }
-void operator delete(void* p, Align, const NoThrow&) noexcept { Release(p); }
-void operator delete[](void* p, Align, const NoThrow&) noexcept { Release(p); }
+void operator delete(void* p, Align, NoThrow const&) noexcept { Release(p); }
+void operator delete[](void* p, Align, NoThrow const&) noexcept { Release(p); }

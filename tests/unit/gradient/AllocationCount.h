@@ -17,8 +17,8 @@ class FailingAllocation {
  public:
   explicit FailingAllocation(long n);
   ~FailingAllocation();
-  FailingAllocation(const FailingAllocation&) = delete;
-  FailingAllocation& operator=(const FailingAllocation&) = delete;
+  FailingAllocation(FailingAllocation const&) = delete;
+  FailingAllocation& operator=(FailingAllocation const&) = delete;
 
   /// Whether there were so many.
   bool Happened() const;

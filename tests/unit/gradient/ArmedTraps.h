@@ -16,8 +16,8 @@ class ArmedTraps {
     fedisableexcept(kTraps);
     feclearexcept(FE_ALL_EXCEPT);
   }
-  ArmedTraps(const ArmedTraps&) = delete;
-  ArmedTraps& operator=(const ArmedTraps&) = delete;
+  ArmedTraps(ArmedTraps const&) = delete;
+  ArmedTraps& operator=(ArmedTraps const&) = delete;
 
   /// Whether they are still set.
   bool StillArmed() const { return (fegetexcept() & kTraps) == kTraps; }

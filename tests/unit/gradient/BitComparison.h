@@ -19,7 +19,7 @@ inline bool SameBits(double a, double b) {
 }
 
 /// SameBits for the elements 1..n of two arrays given by their element 0; names the first that differs.
-inline ::testing::AssertionResult SameBits(int n, const double* expected, const double* actual) {
+inline ::testing::AssertionResult SameBits(int n, double const* expected, double const* actual) {
   for (int c = 1; c <= n; ++c) {
     if (SameBits(expected[c], actual[c])) continue;
     return ::testing::AssertionFailure() << "element " << c << " of " << n << ": expected " << std::hexfloat
@@ -28,8 +28,8 @@ inline ::testing::AssertionResult SameBits(int n, const double* expected, const 
   return ::testing::AssertionSuccess();
 }
 
-inline ::testing::AssertionResult SameBits(const std::vector<double>& expected,
-                                           const GuardedArray<double>& actual) {
+inline ::testing::AssertionResult SameBits(std::vector<double> const& expected,
+                                           GuardedArray<double> const& actual) {
   if (static_cast<int>(expected.size()) != actual.Size() + 1)
     return ::testing::AssertionFailure()
            << "lengths differ: " << expected.size() - 1 << ", " << actual.Size();
@@ -37,34 +37,34 @@ inline ::testing::AssertionResult SameBits(const std::vector<double>& expected,
 }
 
 /// SameBits for the three components, and whether the guards of the actual arrays are intact.
-inline ::testing::AssertionResult SameBits(const Gradient& expected, const GuardedGradient& actual) {
+inline ::testing::AssertionResult SameBits(Gradient const& expected, GuardedGradient const& actual) {
   if (!actual.GuardsIntact()) return ::testing::AssertionFailure() << "written outside 1..NCell";
-  const ::testing::AssertionResult x = SameBits(expected.x, actual.x);
+  ::testing::AssertionResult const x = SameBits(expected.x, actual.x);
   if (!x) return ::testing::AssertionFailure() << "x: " << x.message();
-  const ::testing::AssertionResult y = SameBits(expected.y, actual.y);
+  ::testing::AssertionResult const y = SameBits(expected.y, actual.y);
   if (!y) return ::testing::AssertionFailure() << "y: " << y.message();
-  const ::testing::AssertionResult z = SameBits(expected.z, actual.z);
+  ::testing::AssertionResult const z = SameBits(expected.z, actual.z);
   if (!z) return ::testing::AssertionFailure() << "z: " << z.message();
   return ::testing::AssertionSuccess();
 }
 
 /// SameBits of two results.
-inline ::testing::AssertionResult SameBits(const GuardedGradient& expected, const GuardedGradient& actual) {
-  const int n = expected.x.Size();
+inline ::testing::AssertionResult SameBits(GuardedGradient const& expected, GuardedGradient const& actual) {
+  int const n = expected.x.Size();
   if (!actual.GuardsIntact()) return ::testing::AssertionFailure() << "written outside 1..NCell";
-  const ::testing::AssertionResult x = SameBits(n, expected.x.Data(), actual.x.Data());
+  ::testing::AssertionResult const x = SameBits(n, expected.x.Data(), actual.x.Data());
   if (!x) return x;
-  const ::testing::AssertionResult y = SameBits(n, expected.y.Data(), actual.y.Data());
+  ::testing::AssertionResult const y = SameBits(n, expected.y.Data(), actual.y.Data());
   if (!y) return y;
   return SameBits(n, expected.z.Data(), actual.z.Data());
 }
 
 /// Whether the ghost cells of the boundary groups are exactly +0.0.
-inline ::testing::AssertionResult GhostsAreZero(const MeshDescription& mesh, const GuardedGradient& g) {
-  for (const std::vector<Face>* faces : {&mesh.inlet, &mesh.outlet, &mesh.symmetry, &mesh.wall}) {
-    for (const Face& face : *faces) {
-      for (const GuardedArray<double>* component : {&g.x, &g.y, &g.z}) {
-        const double value = (*component)[face.other];
+inline ::testing::AssertionResult GhostsAreZero(MeshDescription const& mesh, GuardedGradient const& g) {
+  for (std::vector<Face> const* faces : {&mesh.inlet, &mesh.outlet, &mesh.symmetry, &mesh.wall}) {
+    for (Face const& face : *faces) {
+      for (GuardedArray<double> const* component : {&g.x, &g.y, &g.z}) {
+        double const value = (*component)[face.other];
         if (!SameBits(0.0, value))
           return ::testing::AssertionFailure() << "ghost " << face.other << ": " << value;
       }

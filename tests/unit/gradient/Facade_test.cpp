@@ -22,12 +22,12 @@
 namespace gradient_test {
 namespace {
 
-const std::string kPrefix = "Operator Gradient Error = ";
-const std::string kNoGlobals = "Can not get the object of Global Variables\n";
-const std::string kNoPartFaces = "Can not get the object of Part Faces\n";
-const std::string kNoCommunication = "Can not get the object of Communication\n";
-const std::string kNoCom = "Can not get the object of CZYNCom\n";
-const std::string kWrongType = "Default grad type is wrong\n";
+std::string const kPrefix = "Operator Gradient Error = ";
+std::string const kNoGlobals = "Can not get the object of Global Variables\n";
+std::string const kNoPartFaces = "Can not get the object of Part Faces\n";
+std::string const kNoCommunication = "Can not get the object of Communication\n";
+std::string const kNoCom = "Can not get the object of CZYNCom\n";
+std::string const kWrongType = "Default grad type is wrong\n";
 
 int SetType(COperatorGradient& gradient, int type) { return gradient.getGradType(type); }
 
@@ -40,7 +40,7 @@ MeshDescription SomeMesh(std::uint64_t seed = 11) {
   return mesh;
 }
 
-Field SomeField(const MeshDescription& mesh, std::uint64_t seed = 12) {
+Field SomeField(MeshDescription const& mesh, std::uint64_t seed = 12) {
   Random random(seed);
   return TameField(random, mesh);
 }
@@ -48,8 +48,8 @@ Field SomeField(const MeshDescription& mesh, std::uint64_t seed = 12) {
 // ---------------------------------------------------------------------------------------------- construction
 
 TEST(GradientFacade, ConstructionCreatesThePrivateStateWithItsInitialValues) {
-  const COperatorGradient gradient;
-  const COperatorGradientImpl* state = gradient.m_pImpl;
+  COperatorGradient const gradient;
+  COperatorGradientImpl const* state = gradient.m_pImpl;
   ASSERT_NE(nullptr, state);
   EXPECT_EQ(nullptr, state->m_pGV);
   EXPECT_EQ(nullptr, state->m_pMesh);
@@ -63,20 +63,20 @@ TEST(GradientFacade, ConstructionCreatesThePrivateStateWithItsInitialValues) {
   EXPECT_EQ(0, state->m_iGradType);
   EXPECT_EQ(kPrefix, state->m_szError);
   EXPECT_EQ(1024u, sizeof state->m_szError);
-  for (const double* array : {state->m_pSxx, state->m_pSyy, state->m_pSzz, state->m_pSxy, state->m_pSxz,
+  for (double const* array : {state->m_pSxx, state->m_pSyy, state->m_pSzz, state->m_pSxy, state->m_pSxz,
                               state->m_pSyz, state->m_pBx, state->m_pBy, state->m_pBz})
     EXPECT_EQ(nullptr, array);
 }
 
 TEST(GradientFacade, MembersOfThePrivateStateStandInTheirDeclaredOrder) {
-  const COperatorGradient gradient;
-  const COperatorGradientImpl& s = *gradient.m_pImpl;
-  const void* const members[] = {
+  COperatorGradient const gradient;
+  COperatorGradientImpl const& s = *gradient.m_pImpl;
+  void const* const members[] = {
       &s.m_pGV,     &s.m_pMesh, &s.m_pPartFace,    &s.m_pComm,     &s.m_pCom,    &s.m_pGVGPU, &s.m_pGVOpenMP,
       &s.m_GPUHead, &s.m_pRBF,  &s.m_iMaxGradIter, &s.m_iGradType, &s.m_szError, &s.m_pSxx,   &s.m_pSyy,
       &s.m_pSzz,    &s.m_pSxy,  &s.m_pSxz,         &s.m_pSyz,      &s.m_pBx,     &s.m_pBy,    &s.m_pBz};
-  const void* before = nullptr;
-  for (const void* member : members) {
+  void const* before = nullptr;
+  for (void const* member : members) {
     EXPECT_LT(before, member);
     before = member;
   }
@@ -110,7 +110,7 @@ TEST(GradientFacade, GetZyn3dGVCopiesTheFirstWordOfTheAcceleratorObject) {
   gradient.m_pImpl->m_GPUHead = 0x5a5a;
   EXPECT_EQ(1, gradient.getZyn3dGV(&gv, &gpu, nullptr, nullptr));
   std::uintptr_t firstWord = 0;
-  std::memcpy(&firstWord, static_cast<const void*>(&gpu), sizeof firstWord);
+  std::memcpy(&firstWord, static_cast<void const*>(&gpu), sizeof firstWord);
   EXPECT_EQ(firstWord, gradient.m_pImpl->m_GPUHead);
 }
 
@@ -150,7 +150,7 @@ TEST(GradientFacade, GetZyn3dGVWithOnlyGlobalVariablesKeepsTheEarlierMeshAndTheO
   CZYNGVOpenMP openMP;
   CZYN3DFiniteVolumeMesh mesh;
   gradient.getZyn3dGV(&gv, &gpu, &openMP, &mesh);
-  const std::uintptr_t head = gradient.m_pImpl->m_GPUHead;
+  std::uintptr_t const head = gradient.m_pImpl->m_GPUHead;
   EXPECT_EQ(1, gradient.getZyn3dGV(&otherGv, nullptr, nullptr, nullptr));
   EXPECT_EQ(&otherGv, gradient.m_pImpl->m_pGV);
   EXPECT_EQ(&gpu, gradient.m_pImpl->m_pGVGPU);
@@ -248,7 +248,7 @@ TEST(GradientFacade, GetCommunicationWithBothNullComplainsAboutTheExchangeOnly) 
 // ResetMaxGradientIterationNumber
 
 TEST(GradientFacade, GetGradTypeAcceptsZeroToTwoAndLeavesItsArgumentAlone) {
-  for (const int type : {0, 1, 2}) {
+  for (int const type : {0, 1, 2}) {
     COperatorGradient gradient;
     int argument = type;
     EXPECT_EQ(1, gradient.getGradType(argument));
@@ -259,7 +259,7 @@ TEST(GradientFacade, GetGradTypeAcceptsZeroToTwoAndLeavesItsArgumentAlone) {
 }
 
 TEST(GradientFacade, GetGradTypeRejectsAllOtherTypesButStoresThem) {
-  for (const int type : {3, 4, 7, 101, INT_MAX, -1, -2, INT_MIN}) {
+  for (int const type : {3, 4, 7, 101, INT_MAX, -1, -2, INT_MIN}) {
     COperatorGradient gradient;
     int argument = type;
     EXPECT_EQ(-1, gradient.getGradType(argument)) << type;
@@ -271,7 +271,7 @@ TEST(GradientFacade, GetGradTypeRejectsAllOtherTypesButStoresThem) {
 
 TEST(GradientFacade, ResetMaxGradientIterationNumberStoresPositiveNumbers) {
   COperatorGradient gradient;
-  for (const int n : {1, 5, INT_MAX}) {
+  for (int const n : {1, 5, INT_MAX}) {
     EXPECT_EQ(1, gradient.ResetMaxGradientIterationNumber(n));
     EXPECT_EQ(n, gradient.m_pImpl->m_iMaxGradIter);
   }
@@ -280,7 +280,7 @@ TEST(GradientFacade, ResetMaxGradientIterationNumberStoresPositiveNumbers) {
 TEST(GradientFacade, ResetMaxGradientIterationNumberBelowOneFailsWithoutTextAndKeepsTheNumber) {
   COperatorGradient gradient;
   gradient.ResetMaxGradientIterationNumber(5);
-  for (const int n : {0, -1, INT_MIN}) {
+  for (int const n : {0, -1, INT_MIN}) {
     EXPECT_EQ(-1, gradient.ResetMaxGradientIterationNumber(n));
     EXPECT_EQ(5, gradient.m_pImpl->m_iMaxGradIter);
   }
@@ -288,10 +288,10 @@ TEST(GradientFacade, ResetMaxGradientIterationNumberBelowOneFailsWithoutTextAndK
 }
 
 TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoGradient) {
-  const MeshDescription mesh = SomeMesh();
+  MeshDescription const mesh = SomeMesh();
   GuardedArray<double> phi = Guarded(SomeField(mesh));
-  for (const int type : {0, 7}) {
-    for (const int nSweep : {1, 2, 3}) {
+  for (int const type : {0, 7}) {
+    for (int const nSweep : {1, 2, 3}) {
       TestHost host(mesh);
       ConnectedOperator op(host, type);
       GuardedGradient before(mesh.NCell()), after(mesh.NCell());
@@ -304,8 +304,8 @@ TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoGradient) {
 }
 
 TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoOtherGradientEither) {
-  const MeshDescription mesh = SomeMesh();
-  const Field phi = SomeField(mesh), k = SomeField(mesh, 13);
+  MeshDescription const mesh = SomeMesh();
+  Field const phi = SomeField(mesh), k = SomeField(mesh, 13);
   TestHost host(mesh);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
@@ -321,7 +321,7 @@ TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoOtherGradientEither
     op.gradient.GradMethod_3(guardedPhi.Data(), guardedK.Data(), guardedPhi.Data(), a.x.Data(), a.y.Data(),
                              a.z.Data(), b.x.Data(), b.y.Data(), b.z.Data(), c.x.Data(), c.y.Data(),
                              c.z.Data());
-    for (const GuardedGradient& g : {a, b, c}) all->push_back(g);
+    for (GuardedGradient const& g : {a, b, c}) all->push_back(g);
     EXPECT_EQ(1, op.gradient.ResetMaxGradientIterationNumber(5));
   }
   for (std::size_t i = 0; i < before.size(); ++i) EXPECT_TRUE(SameBits(before[i], after[i])) << i;
@@ -358,7 +358,7 @@ TEST(GradientFacade, FailureTextIsCutAt1023CharactersInTheMiddleOfALine) {
 TEST(GradientFacade, FullFailureTextStaysAsItIs) {
   COperatorGradient gradient;
   for (int n = 0; n < 60; ++n) gradient.getPartitionFace(nullptr);
-  const std::string full = gradient.getErrorMsg();
+  std::string const full = gradient.getErrorMsg();
   gradient.getZyn3dGV(nullptr, nullptr, nullptr, nullptr);
   SetType(gradient, 3);
   EXPECT_EQ(full, gradient.getErrorMsg());
@@ -373,7 +373,7 @@ TEST(GradientFacade, FailureTextBeginsWithWhateverTheBufferHolds) {
 
 TEST(GradientFacade, FailureTextThatFitsExactlyIsKeptWhole) {
   COperatorGradient gradient;
-  const std::string filler(1023 - kWrongType.size(), 'x');
+  std::string const filler(1023 - kWrongType.size(), 'x');
   std::strcpy(gradient.m_pImpl->m_szError, filler.c_str());
   SetType(gradient, 3);
   EXPECT_EQ(filler + kWrongType, gradient.getErrorMsg());
@@ -382,10 +382,10 @@ TEST(GradientFacade, FailureTextThatFitsExactlyIsKeptWhole) {
 // ------------------------------------------------------------------------------------------------ Initialize
 
 TEST(GradientFacade, InitializeReducesAStatusOfZeroOnceForEveryType) {
-  for (const int type : {0, 1, 3, 7, -1}) {
+  for (int const type : {0, 1, 3, 7, -1}) {
     TestHost host(SomeMesh());
     ConnectedOperator op(host, type);
-    const std::string textBefore = op.gradient.getErrorMsg();
+    std::string const textBefore = op.gradient.getErrorMsg();
     EXPECT_EQ(1, op.gradient.Initialize()) << type;
     EXPECT_EQ(std::vector<int>{0}, host.com.values) << type;
     EXPECT_EQ(textBefore, op.gradient.getErrorMsg());
@@ -394,11 +394,11 @@ TEST(GradientFacade, InitializeReducesAStatusOfZeroOnceForEveryType) {
 }
 
 TEST(GradientFacade, InitializeFailsWithoutTextWhenAnotherPartitionFailed) {
-  for (const int type : {0, 1, 3, 7, -1}) {
-    for (const int status : {-1, -5, INT_MIN}) {
+  for (int const type : {0, 1, 3, 7, -1}) {
+    for (int const status : {-1, -5, INT_MIN}) {
       TestHost host(SomeMesh());
       ConnectedOperator op(host, type);
-      const std::string textBefore = op.gradient.getErrorMsg();
+      std::string const textBefore = op.gradient.getErrorMsg();
       host.com.othersMinimum = status;
       EXPECT_EQ(-1, op.gradient.Initialize()) << type;
       EXPECT_EQ(textBefore, op.gradient.getErrorMsg());
@@ -407,7 +407,7 @@ TEST(GradientFacade, InitializeFailsWithoutTextWhenAnotherPartitionFailed) {
 }
 
 TEST(GradientFacade, InitializeSucceedsWhenTheMinimumIsZeroOrMore) {
-  for (const int status : {0, 1, 4}) {
+  for (int const status : {0, 1, 4}) {
     TestHost host(SomeMesh());
     ConnectedOperator op(host);
     host.com.othersMinimum = status;
@@ -426,10 +426,10 @@ TEST(GradientFacade, InitializeIgnoresTheResultOfTheReduction) {
 }
 
 TEST(GradientFacade, InitializeGathersTheMomentsBeforeTheReductionAndForTypeOneOnly) {
-  for (const int type : {0, 1, 3, 7, -1}) {
+  for (int const type : {0, 1, 3, 7, -1}) {
     TestHost host(SomeMesh());
     ConnectedOperator op(host, type);
-    const COperatorGradientImpl& state = *op.gradient.m_pImpl;
+    COperatorGradientImpl const& state = *op.gradient.m_pImpl;
     bool gathered = false;
     host.com.onCall = [&] { gathered = state.m_pSxx != nullptr && state.m_pBz != nullptr; };
     op.gradient.Initialize();
@@ -449,8 +449,8 @@ TEST(GradientFacade, InitializeWithoutMomentsTouchesNeitherMeshNorGlobalVariable
 // ------------------------------------------------------------------------------------------------- dispatch
 
 TEST(GradientFacade, TypeAfterConstructionIsPlainGreenGaussForALastArgumentOfOne) {
-  const MeshDescription mesh = SomeMesh();
-  const Field phi = SomeField(mesh);
+  MeshDescription const mesh = SomeMesh();
+  Field const phi = SomeField(mesh);
   TestHost host(mesh);
   COperatorGradient gradient;
   host.ConnectTo(gradient);
@@ -462,15 +462,15 @@ TEST(GradientFacade, TypeAfterConstructionIsPlainGreenGaussForALastArgumentOfOne
 }
 
 TEST(GradientFacade, TypeZeroTakesAnyOtherLastArgumentAsNumberOfSweeps) {
-  const MeshDescription mesh = SomeMesh();
-  const Field phi = SomeField(mesh);
-  for (const int nSweep : {-3, -1, 0, 2, 3, 4}) {
+  MeshDescription const mesh = SomeMesh();
+  Field const phi = SomeField(mesh);
+  for (int const nSweep : {-3, -1, 0, 2, 3, 4}) {
     TestHost host(mesh);
     ConnectedOperator op(host, 0);
     GuardedGradient g(mesh.NCell(), 5.0);
     op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
     Gradient expected(mesh, 5.0);
-    const Gradient previous = IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
+    Gradient const previous = IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
     EXPECT_TRUE(SameBits(expected, g)) << nSweep;
     EXPECT_TRUE(SameBits(previous, host.previous)) << nSweep;
     EXPECT_EQ(3U * static_cast<unsigned>(std::max(nSweep, 1)), host.communication.Calls().size()) << nSweep;
@@ -478,10 +478,10 @@ TEST(GradientFacade, TypeZeroTakesAnyOtherLastArgumentAsNumberOfSweeps) {
 }
 
 TEST(GradientFacade, TypeOneIsLeastSquaresWhateverTheLastArgument) {
-  const MeshDescription mesh = SomeMesh();
-  const Field phi = SomeField(mesh);
-  const Gradient expected = LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange()).g;
-  for (const int n : {-1, 0, 1, 2, 100}) {
+  MeshDescription const mesh = SomeMesh();
+  Field const phi = SomeField(mesh);
+  Gradient const expected = LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange()).g;
+  for (int const n : {-1, 0, 1, 2, 100}) {
     TestHost host(mesh);
     ConnectedOperator op(host, 1);
     ASSERT_EQ(1, op.gradient.Initialize());
@@ -492,10 +492,10 @@ TEST(GradientFacade, TypeOneIsLeastSquaresWhateverTheLastArgument) {
 }
 
 TEST(GradientFacade, TypeThreeLeavesOutputsAndHostAlone) {
-  const MeshDescription mesh = SomeMesh();
+  MeshDescription const mesh = SomeMesh();
   TestHost host(mesh);
   ConnectedOperator op(host, 3);
-  for (const int n : {-1, 0, 1, 2, 5}) {
+  for (int const n : {-1, 0, 1, 2, 5}) {
     GuardedGradient g(mesh.NCell(), 42.0);
     op.gradient.GradMethod(Guarded(SomeField(mesh)).Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
     EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 42.0), g)) << n;
@@ -511,16 +511,16 @@ TEST(GradientFacade, TypeThreeReturnsAtOnceWithoutAnyHostObject) {
 }
 
 TEST(GradientFacade, OtherTypesAreIteratedAlsoForALastArgumentOfOne) {
-  const MeshDescription mesh = SomeMesh();
-  const Field phi = SomeField(mesh);
-  for (const int type : {7, -1, 4, 101, INT_MAX, INT_MIN}) {
-    for (const int nSweep : {-1, 0, 1, 2, 3}) {
+  MeshDescription const mesh = SomeMesh();
+  Field const phi = SomeField(mesh);
+  for (int const type : {7, -1, 4, 101, INT_MAX, INT_MIN}) {
+    for (int const nSweep : {-1, 0, 1, 2, 3}) {
       TestHost host(mesh);
       ConnectedOperator op(host, type);
       GuardedGradient g(mesh.NCell(), 5.0);
       op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
       Gradient expected(mesh, 5.0);
-      const Gradient previous = IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
+      Gradient const previous = IteratedGreenGauss(mesh, phi, nSweep, NoExchange(), expected);
       EXPECT_TRUE(SameBits(expected, g)) << "type " << type << ", sweeps " << nSweep;
       EXPECT_TRUE(SameBits(previous, host.previous)) << "type " << type << ", sweeps " << nSweep;
     }
@@ -528,14 +528,14 @@ TEST(GradientFacade, OtherTypesAreIteratedAlsoForALastArgumentOfOne) {
 }
 
 TEST(GradientFacade, TypeMayChangeBetweenCalls) {
-  const MeshDescription mesh = SomeMesh();
-  const Field phi = SomeField(mesh);
+  MeshDescription const mesh = SomeMesh();
+  Field const phi = SomeField(mesh);
   TestHost host(mesh);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   GuardedGradient g(mesh.NCell());
   GuardedArray<double> guardedPhi = Guarded(phi);
-  const auto call = [&](int type, int n) {
+  auto const call = [&](int type, int n) {
     SetType(op.gradient, type);
     op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
   };
@@ -548,8 +548,8 @@ TEST(GradientFacade, TypeMayChangeBetweenCalls) {
 }
 
 TEST(GradientFacade, GreenGaussNeedsNoInitialize) {
-  const MeshDescription mesh = SomeMesh();
-  const Field phi = SomeField(mesh), k = SomeField(mesh, 13);
+  MeshDescription const mesh = SomeMesh();
+  Field const phi = SomeField(mesh), k = SomeField(mesh, 13);
   TestHost host(mesh);
   ConnectedOperator op(host);
   GuardedGradient plain(mesh.NCell()), weighted(mesh.NCell());
@@ -592,7 +592,7 @@ TEST(GradientFacade, AssignmentCarriesTheReservedText) {
 TEST(GradientFacade, AssignmentAllocatesAndFreesNothing) {
   COperatorGradient source, target;
   COperatorGradientImpl* const former = target.m_pImpl;
-  const long allocations = Allocations(), live = LiveAllocations();
+  long const allocations = Allocations(), live = LiveAllocations();
   target = source;
   EXPECT_EQ(allocations, Allocations());
   EXPECT_EQ(live, LiveAllocations());
@@ -600,10 +600,10 @@ TEST(GradientFacade, AssignmentAllocatesAndFreesNothing) {
 }
 
 TEST(GradientFacade, DestructionFreesThePrivateStateAndTheNineArrays) {
-  const MeshDescription mesh = SomeMesh();
+  MeshDescription const mesh = SomeMesh();
   TestHost host(mesh);
   host.com.values.reserve(8);
-  const long live = LiveAllocations();
+  long const live = LiveAllocations();
   {
     ConnectedOperator op(host, 1);
     op.gradient.Initialize();
@@ -649,17 +649,17 @@ TEST(GradientFacade, DestructionLeavesTheHostObjectsAlive) {
 }
 
 TEST(GradientFacade, DestructionOfAnUnconfiguredOperatorIsHarmless) {
-  const long live = LiveAllocations();
+  long const live = LiveAllocations();
   { COperatorGradient gradient; }
   EXPECT_EQ(live, LiveAllocations());
 }
 
 TEST(GradientFacade, SecondInitializeGathersAnewAndLeavesTheFirstArraysIntact) {
-  const MeshDescription mesh = SomeMesh();
+  MeshDescription const mesh = SomeMesh();
   TestHost host(mesh);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
-  const COperatorGradientImpl& s = *op.gradient.m_pImpl;
+  COperatorGradientImpl const& s = *op.gradient.m_pImpl;
   double* const old[] = {s.m_pSxx, s.m_pSyy, s.m_pSzz, s.m_pSxy, s.m_pSxz,
                          s.m_pSyz, s.m_pBx,  s.m_pBy,  s.m_pBz};
   EXPECT_EQ(1, op.gradient.Initialize());
@@ -673,20 +673,20 @@ TEST(GradientFacade, SecondInitializeGathersAnewAndLeavesTheFirstArraysIntact) {
 }
 
 TEST(GradientFacade, NoGradientCallAllocates) {
-  const MeshDescription mesh = SomeMesh();
+  MeshDescription const mesh = SomeMesh();
   GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
   std::vector<GuardedGradient> g(3, GuardedGradient(mesh.NCell()));
-  const auto x = [&](int n) { return g[static_cast<std::size_t>(n)].x.Data(); };
-  const auto y = [&](int n) { return g[static_cast<std::size_t>(n)].y.Data(); };
-  const auto z = [&](int n) { return g[static_cast<std::size_t>(n)].z.Data(); };
-  for (const bool nonBlocking : {false, true}) {
-    for (const int type : {0, 1, 3, 7}) {
+  auto const x = [&](int n) { return g[static_cast<std::size_t>(n)].x.Data(); };
+  auto const y = [&](int n) { return g[static_cast<std::size_t>(n)].y.Data(); };
+  auto const z = [&](int n) { return g[static_cast<std::size_t>(n)].z.Data(); };
+  for (bool const nonBlocking : {false, true}) {
+    for (int const type : {0, 1, 3, 7}) {
       TestHost host(mesh);
       host.UseNonBlockingExchange(nonBlocking);
       ConnectedOperator op(host, type);
       op.gradient.Initialize();
-      const long before = Allocations();
-      for (const int n : {0, 1, 2, 3}) op.gradient.GradMethod(phi.Data(), x(0), y(0), z(0), n);
+      long const before = Allocations();
+      for (int const n : {0, 1, 2, 3}) op.gradient.GradMethod(phi.Data(), x(0), y(0), z(0), n);
       op.gradient.GradMethod_Weighted(phi.Data(), x(0), y(0), z(0), k.Data(), 1);
       op.gradient.GradMethod_3(phi.Data(), k.Data(), phi.Data(), x(0), y(0), z(0), x(1), y(1), z(1), x(2),
                                y(2), z(2));
@@ -699,7 +699,7 @@ TEST(GradientFacade, NoGradientCallAllocates) {
 int AccessorCallsOfAllGradients(int nPartitionFaces) {
   MeshDescription mesh = Box({0, 1, 2}, {0, 1, 2}, {0, 1, 2});
   for (int f = 0; f < nPartitionFaces; ++f) {
-    const int halo = mesh.AddOuterCell({-1.0, 0.1 * f, 0.5});
+    int const halo = mesh.AddOuterCell({-1.0, 0.1 * f, 0.5});
     mesh.partition.push_back({1 + f % mesh.nInnerCells, halo, {-1.0, 0.1, 0.2}, {0.0, 0.1, 0.5}, 0.5, 0});
   }
   TestHost host(mesh);
@@ -707,7 +707,7 @@ int AccessorCallsOfAllGradients(int nPartitionFaces) {
   GuardedArray<double> phi = Guarded(SomeField(mesh));
   GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
   op.gradient.Initialize();
-  for (const int type : {0, 1, 7}) {
+  for (int const type : {0, 1, 7}) {
     SetType(op.gradient, type);
     op.gradient.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), 1);
   }
@@ -723,9 +723,9 @@ TEST(GradientFacade, PartitionFacesAreAskedPerWalkAndNotPerFace) {
 
 void CallEachGradient(COperatorGradient& op, GuardedArray<double>& phi, GuardedArray<double>& k,
                       GuardedGradient& a, GuardedGradient& b, GuardedGradient& c) {
-  for (const int type : {0, 1, 7}) {
+  for (int const type : {0, 1, 7}) {
     SetType(op, type);
-    for (const int n : {0, 1, 3}) op.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), n);
+    for (int const n : {0, 1, 3}) op.GradMethod(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), n);
   }
   op.GradMethod_Weighted(phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), k.Data(), 1);
   op.GradMethod_3(phi.Data(), k.Data(), phi.Data(), a.x.Data(), a.y.Data(), a.z.Data(), b.x.Data(),
@@ -733,9 +733,9 @@ void CallEachGradient(COperatorGradient& op, GuardedArray<double>& phi, GuardedA
 }
 
 TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
-  const MeshDescription mesh = SomeMesh();
+  MeshDescription const mesh = SomeMesh();
   GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
-  const GuardedArray<double> phiBefore = phi, kBefore = k;
+  GuardedArray<double> const phiBefore = phi, kBefore = k;
   TestHost host(mesh, ExchangeWithItself(mesh));
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
@@ -749,7 +749,7 @@ TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
 
 // The guards above are not-a-numbers, which keep their bits in most arithmetic; numbers do not.
 TEST(GradientFacade, GradientsLeaveNumbersInElement0AndBeyondTheCellsAlone) {
-  const MeshDescription mesh = SomeMesh();
+  MeshDescription const mesh = SomeMesh();
   TestHost host(mesh, ExchangeWithItself(mesh));
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
@@ -760,16 +760,16 @@ TEST(GradientFacade, GradientsLeaveNumbersInElement0AndBeyondTheCellsAlone) {
     outputs.insert(outputs.end(), {&g->x, &g->y, &g->z});
   host.volume[0] = 0.5;
   for (GuardedArray<double>* output : outputs)
-    for (const int i : output->GuardIndices()) (*output)[i] = 3.0;
+    for (int const i : output->GuardIndices()) (*output)[i] = 3.0;
   CallEachGradient(op.gradient, phi, k, a, b, c);
   for (GuardedArray<double>* output : outputs)
-    for (const int i : output->GuardIndices()) EXPECT_EQ(3.0, (*output)[i]) << i;
+    for (int const i : output->GuardIndices()) EXPECT_EQ(3.0, (*output)[i]) << i;
 }
 
 TEST(GradientFacade, OperatorsOfDifferentHostsRunSideBySide) {
-  const auto run = [](std::uint64_t seed, bool& agreed) {
-    const MeshDescription mesh = SomeMesh(seed);
-    const Field phi = SomeField(mesh, seed + 1);
+  auto const run = [](std::uint64_t seed, bool& agreed) {
+    MeshDescription const mesh = SomeMesh(seed);
+    Field const phi = SomeField(mesh, seed + 1);
     TestHost host(mesh, ExchangeWithItself(mesh));
     ConnectedOperator op(host, 1);
     op.gradient.Initialize();
@@ -779,7 +779,7 @@ TEST(GradientFacade, OperatorsOfDifferentHostsRunSideBySide) {
     for (int n = 0; n < 200; ++n) {
       SetType(op.gradient, 1);
       op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
-      const LeastSquaresResult fit =
+      LeastSquaresResult const fit =
           LeastSquares(mesh, LeastSquaresMoments(mesh), phi, ExchangeWithItself(mesh));
       agreed = agreed && SameBits(fit.g, g);
       SetType(op.gradient, 0);

@@ -24,32 +24,32 @@ struct Result {
 };
 
 /// Cells of unit volume, each with neighbours in the given directions behind walls.
-MeshDescription CellsWithNeighbours(const std::vector<std::vector<Vector3>>& neighbours) {
+MeshDescription CellsWithNeighbours(std::vector<std::vector<Vector3>> const& neighbours) {
   MeshDescription mesh;
   for (std::size_t c = 0; c < neighbours.size(); ++c) mesh.AddInteriorCell({}, 1.0);
   int cell = 0;
-  for (const std::vector<Vector3>& offsets : neighbours) {
+  for (std::vector<Vector3> const& offsets : neighbours) {
     ++cell;
-    for (const Vector3& offset : offsets)
+    for (Vector3 const& offset : offsets)
       mesh.wall.push_back({cell, mesh.AddOuterCell(offset), {1.0, 0.0, 0.0}, {}, 0.5, 0});
   }
   return mesh;
 }
 
-const std::vector<Vector3> kAllAxes = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
-const std::vector<Vector3> kNoX = {{0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
-const std::vector<Vector3> kNoY = {{1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}};
-const std::vector<Vector3> kNoZ = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}};
+std::vector<Vector3> const kAllAxes = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+std::vector<Vector3> const kNoX = {{0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+std::vector<Vector3> const kNoY = {{1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}};
+std::vector<Vector3> const kNoZ = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}};
 
 /// Runs a gradient from set-up to result with the traps armed, or without.
 template <typename Call>
-Result RunOn(const MeshDescription& mesh, int type, bool withTraps, Call call) {
+Result RunOn(MeshDescription const& mesh, int type, bool withTraps, Call call) {
   TestHost host(mesh, ExchangeWithItself(mesh));
   ConnectedOperator op(host, type);
   Result result(mesh.NCell());
   testing::internal::CaptureStdout();
   if (withTraps) {
-    const ArmedTraps traps;
+    ArmedTraps const traps;
     op.gradient.Initialize();
     call(op.gradient, result);
     EXPECT_TRUE(traps.StillArmed());
@@ -63,8 +63,8 @@ Result RunOn(const MeshDescription& mesh, int type, bool withTraps, Call call) {
 
 /// With and without traps the same bits and texts come out.
 template <typename Call>
-void ExpectNoTrap(const MeshDescription& mesh, int type, Call call) {
-  const Result without = RunOn(mesh, type, false, call), with = RunOn(mesh, type, true, call);
+void ExpectNoTrap(MeshDescription const& mesh, int type, Call call) {
+  Result const without = RunOn(mesh, type, false, call), with = RunOn(mesh, type, true, call);
   EXPECT_EQ(without.printed, with.printed);
   for (std::size_t k = 0; k < with.g.size(); ++k) EXPECT_TRUE(SameBits(without.g[k], with.g[k])) << k;
 }
@@ -83,7 +83,7 @@ std::vector<MeshDescription> ValidMeshes() {
 }
 
 /// Values with equal neighbours, zeros of both signs, and far from 1.
-std::vector<GuardedArray<double>> ValidFields(const MeshDescription& mesh) {
+std::vector<GuardedArray<double>> ValidFields(MeshDescription const& mesh) {
   Random random(11);
   std::vector<double> ties(mesh.centres.size(), 0.0), large(mesh.centres.size(), 0.0);
   for (std::size_t c = 1; c < ties.size(); ++c) {
@@ -91,14 +91,14 @@ std::vector<GuardedArray<double>> ValidFields(const MeshDescription& mesh) {
     large[c] = Uniform(random, -1e100, 1e100);
   }
   std::vector<GuardedArray<double>> fields;
-  for (const auto& values : {TameField(random, mesh), ties, large}) fields.push_back(Guarded(values));
+  for (auto const& values : {TameField(random, mesh), ties, large}) fields.push_back(Guarded(values));
   return fields;
 }
 
 TEST(FloatingPointTraps, NoGreenGaussGradientOfValidDataHasOne) {
-  for (const MeshDescription& mesh : ValidMeshes()) {
+  for (MeshDescription const& mesh : ValidMeshes()) {
     for (GuardedArray<double>& phi : ValidFields(mesh)) {
-      for (const int nSweep : {1, 0, 2, 5}) {
+      for (int const nSweep : {1, 0, 2, 5}) {
         ExpectNoTrap(mesh, 0, [&](COperatorGradient& gradient, Result& r) {
           gradient.GradMethod(phi.Data(), r.g[0].x.Data(), r.g[0].y.Data(), r.g[0].z.Data(), nSweep);
         });
@@ -130,7 +130,7 @@ TEST(FloatingPointTraps, NoWeightedGradientOfValidDataHasOne) {
 }
 
 TEST(FloatingPointTraps, NoGradientOfThreeComponentsOfValidDataHasOne) {
-  for (const MeshDescription& mesh : ValidMeshes()) {
+  for (MeshDescription const& mesh : ValidMeshes()) {
     std::vector<GuardedArray<double>> phi = ValidFields(mesh);
     ExpectNoTrap(mesh, 0, [&](COperatorGradient& gradient, Result& r) {
       std::vector<GuardedGradient>& g = r.g;
@@ -141,28 +141,28 @@ TEST(FloatingPointTraps, NoGradientOfThreeComponentsOfValidDataHasOne) {
   }
 }
 
-void ExpectNoTrapInLeastSquares(const MeshDescription& mesh, GuardedArray<double>& phi) {
+void ExpectNoTrapInLeastSquares(MeshDescription const& mesh, GuardedArray<double>& phi) {
   ExpectNoTrap(mesh, 1, [&](COperatorGradient& gradient, Result& r) {
     gradient.GradMethod(phi.Data(), r.g[0].x.Data(), r.g[0].y.Data(), r.g[0].z.Data(), 1);
   });
 }
 
 TEST(FloatingPointTraps, NoLeastSquaresGradientOfValidDataHasOne) {
-  for (const MeshDescription& mesh : ValidMeshes())
+  for (MeshDescription const& mesh : ValidMeshes())
     for (GuardedArray<double>& phi : ValidFields(mesh)) ExpectNoTrapInLeastSquares(mesh, phi);
 }
 
 // In either place of two cells that are solved side by side, and in the last of an odd number.
 TEST(FloatingPointTraps, AZeroPivotOfLeastSquaresPrintsItsLinesAndReturns) {
-  for (const auto& singular : {kNoX, kNoY, std::vector<Vector3>{}}) {
+  for (auto const& singular : {kNoX, kNoY, std::vector<Vector3>{}}) {
     for (std::size_t place = 0; place < 5; ++place) {
       std::vector<std::vector<Vector3>> cells(5, kAllAxes);
       cells[place] = singular;
-      const MeshDescription mesh = CellsWithNeighbours(cells);
+      MeshDescription const mesh = CellsWithNeighbours(cells);
       Random random(17);
       GuardedArray<double> phi = Guarded(TameField(random, mesh));
       ExpectNoTrapInLeastSquares(mesh, phi);
-      const Result result = RunOn(mesh, 1, true, [&](COperatorGradient& gradient, Result& r) {
+      Result const result = RunOn(mesh, 1, true, [&](COperatorGradient& gradient, Result& r) {
         gradient.GradMethod(phi.Data(), r.g[0].x.Data(), r.g[0].y.Data(), r.g[0].z.Data(), 1);
       });
       EXPECT_EQ(result.printed, "aa[ii][j]=0.\n4\n") << place;
@@ -176,11 +176,11 @@ TEST(FloatingPointTraps, AZeroLastPivotOfLeastSquaresLeavesNoFiniteNumbersThere)
   for (std::size_t place = 0; place < 5; ++place) {
     std::vector<std::vector<Vector3>> cells(5, kAllAxes);
     cells[place] = kNoZ;
-    const MeshDescription mesh = CellsWithNeighbours(cells);
+    MeshDescription const mesh = CellsWithNeighbours(cells);
     Random random(19);
     GuardedArray<double> phi = Guarded(TameField(random, mesh));
     ExpectNoTrapInLeastSquares(mesh, phi);
-    const Result result = RunOn(mesh, 1, true, [&](COperatorGradient& gradient, Result& r) {
+    Result const result = RunOn(mesh, 1, true, [&](COperatorGradient& gradient, Result& r) {
       gradient.GradMethod(phi.Data(), r.g[0].x.Data(), r.g[0].y.Data(), r.g[0].z.Data(), 1);
     });
     EXPECT_EQ(result.printed, "");

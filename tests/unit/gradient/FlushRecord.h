@@ -13,11 +13,11 @@ class FlushRecord : private std::stringbuf {
  public:
   FlushRecord() : former_(std::cout.rdbuf(this)) {}
   ~FlushRecord() override { std::cout.rdbuf(former_); }
-  FlushRecord(const FlushRecord&) = delete;
-  FlushRecord& operator=(const FlushRecord&) = delete;
+  FlushRecord(FlushRecord const&) = delete;
+  FlushRecord& operator=(FlushRecord const&) = delete;
 
   /// What was written, flush by flush. Text that no flush followed is not among it.
-  const std::vector<std::string>& Pieces() const { return pieces_; }
+  std::vector<std::string> const& Pieces() const { return pieces_; }
 
  private:
   int sync() override {

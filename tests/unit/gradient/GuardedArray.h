@@ -13,7 +13,7 @@ T GuardValue();
 
 template <>
 inline double GuardValue<double>() {
-  const std::uint64_t bits = 0x7ff8dead0000beefULL;
+  std::uint64_t const bits = 0x7ff8dead0000beefULL;
   double value = 0.0;
   std::memcpy(&value, &bits, sizeof value);
   return value;
@@ -37,15 +37,15 @@ class GuardedArray {
 
   /// Address of element 0, which is what a host lends.
   T* Data() { return elements_.data(); }
-  const T* Data() const { return elements_.data(); }
+  T const* Data() const { return elements_.data(); }
 
   T& operator[](int i) { return elements_[static_cast<std::size_t>(i)]; }
-  const T& operator[](int i) const { return elements_[static_cast<std::size_t>(i)]; }
+  T const& operator[](int i) const { return elements_[static_cast<std::size_t>(i)]; }
 
   /// Whether element 0 and the elements beyond the end still hold the guard value, bit for bit.
   bool GuardsIntact() const {
-    const T guard = GuardValue<T>();
-    for (const int i : GuardIndices())
+    T const guard = GuardValue<T>();
+    for (int const i : GuardIndices())
       if (std::memcmp(&(*this)[i], &guard, sizeof guard) != 0) return false;
     return true;
   }
@@ -58,7 +58,7 @@ class GuardedArray {
   }
 
   /// Whether all elements, guards included, have the same bits.
-  bool IdenticalTo(const GuardedArray& other) const {
+  bool IdenticalTo(GuardedArray const& other) const {
     return n_ == other.n_ && std::memcmp(Data(), other.Data(), sizeof(T) * elements_.size()) == 0;
   }
 

@@ -2,7 +2,7 @@
 
 namespace gradient_test {
 
-GuardedFaces::GuardedFaces(const std::vector<Face>& faces)
+GuardedFaces::GuardedFaces(std::vector<Face> const& faces)
     : count(static_cast<int>(faces.size())),
       cv(count),
       other(count),
@@ -15,7 +15,7 @@ GuardedFaces::GuardedFaces(const std::vector<Face>& faces)
       zc(count),
       weight(count) {
   int f = 0;
-  for (const Face& face : faces) {
+  for (Face const& face : faces) {
     ++f;
     cv[f] = face.cv;
     other[f] = face.other;
@@ -30,7 +30,7 @@ GuardedFaces::GuardedFaces(const std::vector<Face>& faces)
   }
 }
 
-bool GuardedFaces::IdenticalTo(const GuardedFaces& o) const {
+bool GuardedFaces::IdenticalTo(GuardedFaces const& o) const {
   return cv.IdenticalTo(o.cv) && other.IdenticalTo(o.other) && type.IdenticalTo(o.type) &&
          sx.IdenticalTo(o.sx) && sy.IdenticalTo(o.sy) && sz.IdenticalTo(o.sz) && xc.IdenticalTo(o.xc) &&
          yc.IdenticalTo(o.yc) && zc.IdenticalTo(o.zc) && weight.IdenticalTo(o.weight);

@@ -10,7 +10,7 @@ namespace gradient_test {
 /// The arrays of one group of faces as a host lends them. An empty group lends null pointers, or arrays of
 /// nothing but guards, since a host may do either.
 struct GuardedFaces {
-  explicit GuardedFaces(const std::vector<Face>& faces);
+  explicit GuardedFaces(std::vector<Face> const& faces);
 
   /// The address to lend, null for an empty group unless `lendEmptyArrays`.
   template <typename T>
@@ -18,7 +18,7 @@ struct GuardedFaces {
     return count == 0 && !lendEmptyArrays ? nullptr : array.Data();
   }
 
-  bool IdenticalTo(const GuardedFaces& o) const;
+  bool IdenticalTo(GuardedFaces const& o) const;
 
   int count = 0;
   bool lendEmptyArrays = false;

@@ -21,14 +21,14 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kAlwaysIterated = 7;
 
 /// Runs the operator on a host; `g` is used and overwritten.
-void Compute(TestHost& host, const Field& phi, int nSweep, GuardedGradient& g) {
+void Compute(TestHost& host, Field const& phi, int nSweep, GuardedGradient& g) {
   ConnectedOperator op(host, kAlwaysIterated);
   GuardedArray<double> guardedPhi = Guarded(phi);
   op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
 }
 
-GuardedGradient Compute(const MeshDescription& mesh, const Field& phi, int nSweep,
-                        const Exchange& exchange = NoExchange()) {
+GuardedGradient Compute(MeshDescription const& mesh, Field const& phi, int nSweep,
+                        Exchange const& exchange = NoExchange()) {
   TestHost host(mesh, exchange);
   GuardedGradient g(mesh.NCell());
   Compute(host, phi, nSweep, g);
@@ -43,7 +43,7 @@ MeshDescription SomeMesh(std::uint64_t seed) {
   return mesh;
 }
 
-Field SomeField(const MeshDescription& mesh, std::uint64_t seed) {
+Field SomeField(MeshDescription const& mesh, std::uint64_t seed) {
   Random random(seed);
   return TameField(random, mesh);
 }
@@ -53,14 +53,14 @@ Field SomeField(const MeshDescription& mesh, std::uint64_t seed) {
 
 TEST(IteratedGreenGauss, EqualsItsPlainFormForEveryNumberOfSweeps) {
   for (std::uint64_t seed = 1; seed <= 10; ++seed) {
-    const MeshDescription mesh = SomeMesh(seed);
-    const Field phi = SomeField(mesh, seed + 100);
-    for (const int nSweep : {-1, 0, 1, 2, 3, 5}) {
+    MeshDescription const mesh = SomeMesh(seed);
+    Field const phi = SomeField(mesh, seed + 100);
+    for (int const nSweep : {-1, 0, 1, 2, 3, 5}) {
       TestHost host(mesh, ExchangeWithItself(mesh));
       GuardedGradient g(mesh.NCell(), 3.25);
       Compute(host, phi, nSweep, g);
       Gradient expected(mesh, 3.25);
-      const Gradient previous = IteratedGreenGauss(mesh, phi, nSweep, ExchangeWithItself(mesh), expected);
+      Gradient const previous = IteratedGreenGauss(mesh, phi, nSweep, ExchangeWithItself(mesh), expected);
       EXPECT_TRUE(SameBits(expected, g)) << "seed " << seed << ", sweeps " << nSweep;
       EXPECT_TRUE(SameBits(previous, host.previous)) << "seed " << seed << ", sweeps " << nSweep;
     }
@@ -68,8 +68,8 @@ TEST(IteratedGreenGauss, EqualsItsPlainFormForEveryNumberOfSweeps) {
 }
 
 TEST(IteratedGreenGauss, WithoutASweepClearsThePreviousIterateKeepsTheOutputsAndExchangesThem) {
-  const MeshDescription mesh = SomeMesh(1);
-  for (const int nSweep : {0, -1, -100}) {
+  MeshDescription const mesh = SomeMesh(1);
+  for (int const nSweep : {0, -1, -100}) {
     TestHost host(mesh);
     GuardedGradient g(mesh.NCell(), 2.5);
     Compute(host, SomeField(mesh, 2), nSweep, g);
@@ -82,8 +82,8 @@ TEST(IteratedGreenGauss, WithoutASweepClearsThePreviousIterateKeepsTheOutputsAnd
 
 TEST(IteratedGreenGauss, OneSweepEqualsPlainGreenGaussAndLeavesZerosInThePreviousIterate) {
   for (std::uint64_t seed = 1; seed <= 10; ++seed) {
-    const MeshDescription mesh = SomeMesh(seed);
-    const Field phi = SomeField(mesh, seed + 100);
+    MeshDescription const mesh = SomeMesh(seed);
+    Field const phi = SomeField(mesh, seed + 100);
     TestHost host(mesh);
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, 1, g);
@@ -93,8 +93,8 @@ TEST(IteratedGreenGauss, OneSweepEqualsPlainGreenGaussAndLeavesZerosInThePreviou
 }
 
 TEST(IteratedGreenGauss, OneSweepByTheIteratedPathEqualsThePlainPathOfTheOperator) {
-  const MeshDescription mesh = SomeMesh(3);
-  const Field phi = SomeField(mesh, 4);
+  MeshDescription const mesh = SomeMesh(3);
+  Field const phi = SomeField(mesh, 4);
   TestHost host(mesh);
   ConnectedOperator plain(host, 0);
   GuardedGradient g(mesh.NCell());
@@ -103,9 +103,9 @@ TEST(IteratedGreenGauss, OneSweepByTheIteratedPathEqualsThePlainPathOfTheOperato
 }
 
 TEST(IteratedGreenGauss, PreviousIterateHoldsTheResultOfOneSweepLessInAllCells) {
-  const MeshDescription mesh = SomeMesh(5);
-  const Field phi = SomeField(mesh, 6);
-  for (const int nSweep : {2, 3, 5}) {
+  MeshDescription const mesh = SomeMesh(5);
+  Field const phi = SomeField(mesh, 6);
+  for (int const nSweep : {2, 3, 5}) {
     TestHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, nSweep, g);
@@ -114,8 +114,8 @@ TEST(IteratedGreenGauss, PreviousIterateHoldsTheResultOfOneSweepLessInAllCells) 
 }
 
 TEST(IteratedGreenGauss, ContentOfThePreviousIterateBeforeTheCallHasNoInfluence) {
-  const MeshDescription mesh = SomeMesh(7);
-  const Field phi = SomeField(mesh, 8);
+  MeshDescription const mesh = SomeMesh(7);
+  Field const phi = SomeField(mesh, 8);
   TestHost host(mesh);
   for (GuardedArray<double>* array : {&host.previous.x, &host.previous.y, &host.previous.z})
     for (int c = 1; c <= mesh.NCell(); ++c) (*array)[c] = kNaN;
@@ -125,8 +125,8 @@ TEST(IteratedGreenGauss, ContentOfThePreviousIterateBeforeTheCallHasNoInfluence)
 }
 
 TEST(IteratedGreenGauss, ContentOfTheOutputsBeforeASweepHasNoInfluence) {
-  const MeshDescription mesh = SomeMesh(9);
-  const Field phi = SomeField(mesh, 10);
+  MeshDescription const mesh = SomeMesh(9);
+  Field const phi = SomeField(mesh, 10);
   TestHost host(mesh);
   GuardedGradient g(mesh.NCell(), kNaN);
   Compute(host, phi, 2, g);
@@ -135,19 +135,19 @@ TEST(IteratedGreenGauss, ContentOfTheOutputsBeforeASweepHasNoInfluence) {
 
 TEST(IteratedGreenGauss, AllSweepsAgreeWhereFaceCentresLieOnTheLinesOfCentres) {
   // Dyadic coordinates and weights, so that the face centre minus the interpolated point is exactly zero.
-  const MeshDescription mesh = Box({0.0, 1.0, 2.0, 5.0}, {0.0, 0.5, 1.0}, {0.0, 1.0, 2.0});
-  const Field phi = SomeField(mesh, 11);
-  const GuardedGradient first = Compute(mesh, phi, 1);
-  for (const int nSweep : {2, 3, 5}) EXPECT_TRUE(SameBits(first, Compute(mesh, phi, nSweep))) << nSweep;
+  MeshDescription const mesh = Box({0.0, 1.0, 2.0, 5.0}, {0.0, 0.5, 1.0}, {0.0, 1.0, 2.0});
+  Field const phi = SomeField(mesh, 11);
+  GuardedGradient const first = Compute(mesh, phi, 1);
+  for (int const nSweep : {2, 3, 5}) EXPECT_TRUE(SameBits(first, Compute(mesh, phi, nSweep))) << nSweep;
 }
 
 TEST(IteratedGreenGauss, LinearFieldOnAUniformBoxHasItsExactGradientFromTheFirstSweep) {
-  const MeshDescription mesh = Box({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3});
+  MeshDescription const mesh = Box({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3});
   Field phi(mesh.centres.size());
   for (std::size_t c = 1; c < phi.size(); ++c)
     phi[c] = 4.0 + 2.0 * mesh.centres[c].x - 3.0 * mesh.centres[c].y + 0.5 * mesh.centres[c].z;
-  for (const int nSweep : {1, 2, 4}) {
-    const GuardedGradient g = Compute(mesh, phi, nSweep);
+  for (int const nSweep : {1, 2, 4}) {
+    GuardedGradient const g = Compute(mesh, phi, nSweep);
     for (int c = 1; c <= mesh.nInnerCells; ++c) {
       // Small integers and halves: every operation is exact.
       EXPECT_EQ(2.0, g.x[c]);
@@ -158,8 +158,8 @@ TEST(IteratedGreenGauss, LinearFieldOnAUniformBoxHasItsExactGradientFromTheFirst
 }
 
 TEST(IteratedGreenGauss, GhostCellsAreExactlyZeroInTheResultAndInThePreviousIterate) {
-  for (const int nSweep : {1, 2, 3}) {
-    const MeshDescription mesh = SomeMesh(12);
+  for (int const nSweep : {1, 2, 3}) {
+    MeshDescription const mesh = SomeMesh(12);
     TestHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, SomeField(mesh, 13), nSweep, g);
@@ -169,9 +169,9 @@ TEST(IteratedGreenGauss, GhostCellsAreExactlyZeroInTheResultAndInThePreviousIter
 }
 
 TEST(IteratedGreenGauss, HaloCellsHoldTheOwnersGradientAfterTheExchange) {
-  const MeshDescription mesh = SomeMesh(14);
-  const Field phi = SomeField(mesh, 15);
-  const GuardedGradient g = Compute(mesh, phi, 3, ExchangeWithItself(mesh));
+  MeshDescription const mesh = SomeMesh(14);
+  Field const phi = SomeField(mesh, 15);
+  GuardedGradient const g = Compute(mesh, phi, 3, ExchangeWithItself(mesh));
   GuardedGradient expected = g;
   ExchangeWithItself(mesh)(expected.x.Data());
   ExchangeWithItself(mesh)(expected.y.Data());
@@ -192,7 +192,7 @@ double SecondSweepFaceValue(double phiCv, double phiOther, double firstSweepSlop
   MeshDescription mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0}, 1.0);
   mesh.AddInteriorCell({1.0, 0.0, 0.0}, 1.0);
-  const int ghost = mesh.AddOuterCell({0.0, 1.0, 0.0});
+  int const ghost = mesh.AddOuterCell({0.0, 1.0, 0.0});
   mesh.inner.push_back({1, 2, {1.0, 0.0, 0.0}, {0.5, 1.0, 0.0}, 0.5, 0});
   mesh.wall.push_back({1, ghost, {0.0, firstSweepSlope, 0.0}, {0.0, 1.0, 0.0}, 0.5, 0});
   return Compute(mesh, {0.0, phiCv, phiOther, 1.0}, 2).x[1];
@@ -220,7 +220,7 @@ TEST(IteratedGreenGauss, FaceValueThatReachesACellValueExactlyIsThatValue) {
 }
 
 TEST(IteratedGreenGauss, BetweenEqualCellValuesTheFaceValueIsThatValueWhateverTheCorrection) {
-  for (const double slope : {0.0, 2.0, -2.0, 1e300, -1e300, kInfinity, -kInfinity})
+  for (double const slope : {0.0, 2.0, -2.0, 1e300, -1e300, kInfinity, -kInfinity})
     EXPECT_EQ(3.0, SecondSweepFaceValue(3.0, 3.0, slope)) << slope;
 }
 
@@ -246,19 +246,19 @@ TEST(IteratedGreenGauss, CorrectedValueIsAddedUpFromTheLeft) {
   for (int n = 0; n < kSumsForAnOrder; ++n) {
     std::vector<double> t(4);
     for (double& term : t) term = RoughTerm(random);
-    const double sum = ((t[0] + t[1]) + t[2]) + t[3];
+    double const sum = ((t[0] + t[1]) + t[2]) + t[3];
     MeshDescription mesh;
     mesh.AddInteriorCell({}, 1.0);
     mesh.AddInteriorCell({}, 1.0);
-    const int ghost = mesh.AddOuterCell({});
+    int const ghost = mesh.AddOuterCell({});
     mesh.inner.push_back({1, 2, {1.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, 1.0, 1});
     mesh.wall.push_back({2, ghost, {t[0], t[2], t[3]}, {}, 0.5, 0});
-    const double farCellValue = sum > t[1] ? 1e30 : -1e30;  // so far that the limiter lets the sum pass
+    double const farCellValue = sum > t[1] ? 1e30 : -1e30;  // so far that the limiter lets the sum pass
     found.push_back(Compute(mesh, {0.0, farCellValue, t[1], 1.0}, 2).x[1]);
     terms.push_back(t);
     pairwiseGroupingDiffers = pairwiseGroupingDiffers || (t[0] + t[1]) + (t[2] + t[3]) != sum;
   }
-  const SummationOrder order(terms);
+  SummationOrder const order(terms);
   ASSERT_TRUE(order.TellsAllOtherOrdersApart() && pairwiseGroupingDiffers);
   EXPECT_EQ(order.Sums(), found);
 }
@@ -266,8 +266,8 @@ TEST(IteratedGreenGauss, CorrectedValueIsAddedUpFromTheLeft) {
 // --------------------------------------------------------------------------------------------- face types
 
 TEST(IteratedGreenGauss, OneSidedInnerFaceAddsToItsCvCellOnly) {
-  for (const int nSweep : {1, 2, 3}) {
-    const GuardedGradient g = Compute(TwoCells(0.5, 1), {0.0, 3.0, 5.0}, nSweep);
+  for (int const nSweep : {1, 2, 3}) {
+    GuardedGradient const g = Compute(TwoCells(0.5, 1), {0.0, 3.0, 5.0}, nSweep);
     EXPECT_EQ(4.0, g.x[1]);
     EXPECT_EQ(8.0, g.y[1]);
     EXPECT_EQ(16.0, g.z[1]);
@@ -276,8 +276,8 @@ TEST(IteratedGreenGauss, OneSidedInnerFaceAddsToItsCvCellOnly) {
 }
 
 TEST(IteratedGreenGauss, EveryOtherInnerFaceTypeAddsToBothCells) {
-  for (const int type : {0, 2, -1, 3, 101}) {
-    const GuardedGradient g = Compute(TwoCells(0.5, type), {0.0, 3.0, 5.0}, 1);
+  for (int const type : {0, 2, -1, 3, 101}) {
+    GuardedGradient const g = Compute(TwoCells(0.5, type), {0.0, 3.0, 5.0}, 1);
     EXPECT_EQ(4.0, g.x[1]) << type;
     EXPECT_EQ(-4.0, g.x[2]) << type;
     EXPECT_EQ(-8.0, g.y[2]) << type;
@@ -289,14 +289,14 @@ TEST(IteratedGreenGauss, EveryOtherInnerFaceTypeAddsToBothCells) {
 MeshDescription CellAndHalo(int faceType) {
   MeshDescription mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0}, 0.5);
-  const int halo = mesh.AddOuterCell({1.0, 0.0, 0.0});
+  int const halo = mesh.AddOuterCell({1.0, 0.0, 0.0});
   mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {0.5, 0.0, 0.0}, 0.25, faceType});
   return mesh;
 }
 
 TEST(IteratedGreenGauss, PartitionFaceLeavesAnUnscaledSumInTheHaloCellUntilTheExchange) {
-  for (const int type : {0, 2, -1}) {
-    const GuardedGradient g = Compute(CellAndHalo(type), {0.0, 4.0, 8.0}, 1);
+  for (int const type : {0, 2, -1}) {
+    GuardedGradient const g = Compute(CellAndHalo(type), {0.0, 4.0, 8.0}, 1);
     EXPECT_EQ(10.0, g.x[1]) << type;  // face value 5, divided by the volume 0.5
     EXPECT_EQ(20.0, g.y[1]) << type;
     EXPECT_EQ(40.0, g.z[1]) << type;
@@ -307,7 +307,7 @@ TEST(IteratedGreenGauss, PartitionFaceLeavesAnUnscaledSumInTheHaloCellUntilTheEx
 }
 
 TEST(IteratedGreenGauss, OneSidedPartitionFaceLeavesTheHaloCellAtZero) {
-  const GuardedGradient g = Compute(CellAndHalo(1), {0.0, 4.0, 8.0}, 1);
+  GuardedGradient const g = Compute(CellAndHalo(1), {0.0, 4.0, 8.0}, 1);
   EXPECT_EQ(10.0, g.x[1]);
   EXPECT_TRUE(SameBits(0.0, g.x[2]) && SameBits(0.0, g.y[2]) && SameBits(0.0, g.z[2]));
 }
@@ -321,13 +321,13 @@ TEST(IteratedGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThat
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    const MeshDescription mesh = OneCellWithFacesOfAllGroups();
+    MeshDescription const mesh = OneCellWithFacesOfAllGroups();
     Field phi = {0.0, 0.0};
     for (int c = 2; c <= 8; ++c) phi.push_back(RoughTerm(random));
     terms.emplace_back(phi.begin() + 2, phi.end());
     found.push_back(Compute(mesh, phi, 1).x[1]);
   }
-  const SummationOrder order(terms);
+  SummationOrder const order(terms);
   ASSERT_TRUE(order.TellsAllOtherOrdersApart());
   EXPECT_EQ(order.Sums(), found);
 }
@@ -351,7 +351,7 @@ TEST(IteratedGreenGauss, AddsTheFacesOfAGroupInTheirNumbering) {
       terms.emplace_back(phi.begin() + 2, phi.end());
       found.push_back(Compute(mesh, phi, 1).x[1]);
     }
-    const SummationOrder order(terms);
+    SummationOrder const order(terms);
     ASSERT_TRUE(order.TellsAllOtherOrdersApart());
     EXPECT_EQ(order.Sums(), found);
   }
@@ -360,19 +360,19 @@ TEST(IteratedGreenGauss, AddsTheFacesOfAGroupInTheirNumbering) {
 // ------------------------------------------------------------------------------------------------- exchanges
 
 TEST(IteratedGreenGauss, ExchangesThePreviousIterateAfterEverySweepButTheLastAndThenTheOutputs) {
-  const MeshDescription mesh = SomeMesh(31);
-  for (const bool nonBlocking : {false, true}) {
-    for (const int nSweep : {-1, 0, 1, 2, 3, 5}) {
+  MeshDescription const mesh = SomeMesh(31);
+  for (bool const nonBlocking : {false, true}) {
+    for (int const nSweep : {-1, 0, 1, 2, 3, 5}) {
       TestHost host(mesh, ExchangeWithItself(mesh));
       host.UseNonBlockingExchange(nonBlocking);
       GuardedGradient g(mesh.NCell());
       Compute(host, SomeField(mesh, 32), nSweep, g);
       std::vector<ExchangeCall> expected;
       for (int s = 1; s < nSweep; ++s)
-        for (const ExchangeCall& call : ThreeArrayExchange(nonBlocking, host.previous.x.Data(),
+        for (ExchangeCall const& call : ThreeArrayExchange(nonBlocking, host.previous.x.Data(),
                                                            host.previous.y.Data(), host.previous.z.Data()))
           expected.push_back(call);
-      for (const ExchangeCall& call : ThreeArrayExchange(nonBlocking, g.x.Data(), g.y.Data(), g.z.Data()))
+      for (ExchangeCall const& call : ThreeArrayExchange(nonBlocking, g.x.Data(), g.y.Data(), g.z.Data()))
         expected.push_back(call);
       EXPECT_EQ(expected, host.communication.Calls()) << nSweep;
       EXPECT_TRUE(host.communication.RulesKept());
@@ -381,9 +381,9 @@ TEST(IteratedGreenGauss, ExchangesThePreviousIterateAfterEverySweepButTheLastAnd
 }
 
 TEST(IteratedGreenGauss, EveryNonZeroSettingSelectsTheNonBlockingExchange) {
-  const MeshDescription mesh = SomeMesh(33);
-  const unsigned char settings[] = {1, 2, 128, 255};
-  for (const unsigned char setting : settings) {
+  MeshDescription const mesh = SomeMesh(33);
+  unsigned char const settings[] = {1, 2, 128, 255};
+  for (unsigned char const setting : settings) {
     TestHost host(mesh);
     host.gv.UseNonBlockingExch = setting;
     GuardedGradient g(mesh.NCell());
@@ -393,8 +393,8 @@ TEST(IteratedGreenGauss, EveryNonZeroSettingSelectsTheNonBlockingExchange) {
 }
 
 TEST(IteratedGreenGauss, BlockingAndNonBlockingExchangesGiveTheSameBits) {
-  const MeshDescription mesh = SomeMesh(35);
-  const Field phi = SomeField(mesh, 36);
+  MeshDescription const mesh = SomeMesh(35);
+  Field const phi = SomeField(mesh, 36);
   TestHost host(mesh, ExchangeWithItself(mesh));
   host.UseNonBlockingExchange(true);
   GuardedGradient g(mesh.NCell());
@@ -403,10 +403,10 @@ TEST(IteratedGreenGauss, BlockingAndNonBlockingExchangesGiveTheSameBits) {
 }
 
 TEST(IteratedGreenGauss, NeighboursGradientsInHaloCellsReachTheNextSweep) {
-  const MeshDescription mesh = SomeMesh(37);
-  const Field phi = SomeField(mesh, 38);
-  const GuardedGradient alone = Compute(mesh, phi, 2, NoExchange());
-  const GuardedGradient exchanged = Compute(mesh, phi, 2, ExchangeWithItself(mesh));
+  MeshDescription const mesh = SomeMesh(37);
+  Field const phi = SomeField(mesh, 38);
+  GuardedGradient const alone = Compute(mesh, phi, 2, NoExchange());
+  GuardedGradient const exchanged = Compute(mesh, phi, 2, ExchangeWithItself(mesh));
   bool interiorDiffers = false;
   for (int c = 1; c <= mesh.nInnerCells; ++c)
     interiorDiffers = interiorDiffers || alone.x[c] != exchanged.x[c];
@@ -414,13 +414,13 @@ TEST(IteratedGreenGauss, NeighboursGradientsInHaloCellsReachTheNextSweep) {
 }
 
 TEST(IteratedGreenGauss, InputFieldIsNeverExchanged) {
-  const MeshDescription mesh = SomeMesh(39);
+  MeshDescription const mesh = SomeMesh(39);
   TestHost host(mesh);
   ConnectedOperator op(host, kAlwaysIterated);
   GuardedArray<double> phi = Guarded(SomeField(mesh, 40));
   GuardedGradient g(mesh.NCell());
   op.gradient.GradMethod(phi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 3);
-  for (const ExchangeCall& call : host.communication.Calls()) EXPECT_NE(phi.Data(), call.field);
+  for (ExchangeCall const& call : host.communication.Calls()) EXPECT_NE(phi.Data(), call.field);
 }
 
 // ------------------------------------------------------------------------------- volumes and empty pieces
@@ -428,14 +428,14 @@ TEST(IteratedGreenGauss, InputFieldIsNeverExchanged) {
 TEST(IteratedGreenGauss, ZeroVolumeMakesAHugeButFiniteGradient) {
   MeshDescription mesh = TwoCells();
   mesh.volumes[1] = 0.0;
-  const GuardedGradient g = Compute(mesh, {0.0, 3.0, 5.0}, 1);
+  GuardedGradient const g = Compute(mesh, {0.0, 3.0, 5.0}, 1);
   EXPECT_EQ(4.0 * (1.0 / 1e-30), g.x[1]);
   EXPECT_EQ(-4.0, g.x[2]);
 }
 
 TEST(IteratedGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
-  const MeshDescription mesh = TwoCells();
-  for (const bool lendEmptyArrays : {false, true}) {
+  MeshDescription const mesh = TwoCells();
+  for (bool const lendEmptyArrays : {false, true}) {
     TestHost host(mesh, NoExchange(), lendEmptyArrays);
     GuardedGradient g(mesh.NCell());
     Compute(host, {0.0, 3.0, 5.0}, 3, g);

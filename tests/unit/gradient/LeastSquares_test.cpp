@@ -22,21 +22,21 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-const std::string kSingularLines = "aa[ii][j]=0.\n4\n";
+std::string const kSingularLines = "aa[ii][j]=0.\n4\n";
 
 /// A host with an initialized least-squares operator.
 struct Fit {
-  explicit Fit(const MeshDescription& mesh, const Exchange& exchange = NoExchange(),
+  explicit Fit(MeshDescription const& mesh, Exchange const& exchange = NoExchange(),
                bool lendEmptyArrays = false)
       : host(mesh, exchange, lendEmptyArrays),
         op(host, 1),
         g(mesh.NCell()),
         result(op.gradient.Initialize()) {}
 
-  const COperatorGradientImpl& State() const { return *op.gradient.m_pImpl; }
+  COperatorGradientImpl const& State() const { return *op.gradient.m_pImpl; }
 
   /// Runs the gradient. @return what it printed
-  std::string Run(const Field& phi, int n = 1) {
+  std::string Run(Field const& phi, int n = 1) {
     GuardedArray<double> guardedPhi = Guarded(phi);
     testing::internal::CaptureStdout();
     op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), n);
@@ -49,25 +49,25 @@ struct Fit {
   int result;
 };
 
-::testing::AssertionResult SameMoments(const Moments& expected, const COperatorGradientImpl& state,
+::testing::AssertionResult SameMoments(Moments const& expected, COperatorGradientImpl const& state,
                                        int nCell) {
-  const Field* const fields[] = {&expected.xx, &expected.yy, &expected.zz,
+  Field const* const fields[] = {&expected.xx, &expected.yy, &expected.zz,
                                  &expected.xy, &expected.xz, &expected.yz};
-  const double* const arrays[] = {state.m_pSxx, state.m_pSyy, state.m_pSzz,
+  double const* const arrays[] = {state.m_pSxx, state.m_pSyy, state.m_pSzz,
                                   state.m_pSxy, state.m_pSxz, state.m_pSyz};
-  const char* const names[] = {"Sxx", "Syy", "Szz", "Sxy", "Sxz", "Syz"};
+  char const* const names[] = {"Sxx", "Syy", "Szz", "Sxy", "Sxz", "Syz"};
   for (int n = 0; n < 6; ++n) {
-    const ::testing::AssertionResult same = SameBits(nCell, fields[n]->data(), arrays[n]);
+    ::testing::AssertionResult const same = SameBits(nCell, fields[n]->data(), arrays[n]);
     if (!same) return ::testing::AssertionFailure() << names[n] << ": " << same.message();
   }
   return ::testing::AssertionSuccess();
 }
 
-::testing::AssertionResult SameRightHandSides(const Gradient& expected, const COperatorGradientImpl& state,
+::testing::AssertionResult SameRightHandSides(Gradient const& expected, COperatorGradientImpl const& state,
                                               int nCell) {
-  const ::testing::AssertionResult x = SameBits(nCell, expected.x.data(), state.m_pBx);
+  ::testing::AssertionResult const x = SameBits(nCell, expected.x.data(), state.m_pBx);
   if (!x) return x;
-  const ::testing::AssertionResult y = SameBits(nCell, expected.y.data(), state.m_pBy);
+  ::testing::AssertionResult const y = SameBits(nCell, expected.y.data(), state.m_pBy);
   if (!y) return y;
   return SameBits(nCell, expected.z.data(), state.m_pBz);
 }
@@ -87,7 +87,7 @@ MeshDescription ShiftedBoxWithoutSymmetry(std::uint64_t seed) {
   return mesh;
 }
 
-Field LinearField(const MeshDescription& mesh) {
+Field LinearField(MeshDescription const& mesh) {
   Field phi(mesh.centres.size());
   for (std::size_t c = 1; c < phi.size(); ++c)
     phi[c] = 4.0 + 2.0 * mesh.centres[c].x - 3.0 * mesh.centres[c].y + 0.5 * mesh.centres[c].z;
@@ -96,22 +96,22 @@ Field LinearField(const MeshDescription& mesh) {
 
 /// Adds interior cells 1..n whose neighbours stand one unit away in the given directions, as wall ghosts, and
 /// whose systems are therefore easy to see through.
-MeshDescription CellsWithWallNeighbours(const std::vector<std::vector<Vector3>>& neighbours) {
+MeshDescription CellsWithWallNeighbours(std::vector<std::vector<Vector3>> const& neighbours) {
   MeshDescription mesh;
   for (std::size_t c = 0; c < neighbours.size(); ++c) mesh.AddInteriorCell({}, 1.0);
   int cell = 0;
-  for (const std::vector<Vector3>& offsets : neighbours) {
+  for (std::vector<Vector3> const& offsets : neighbours) {
     ++cell;
-    for (const Vector3& offset : offsets)
+    for (Vector3 const& offset : offsets)
       mesh.wall.push_back({cell, mesh.AddOuterCell(offset), {}, {}, 0.5, 0});
   }
   return mesh;
 }
 
-const std::vector<Vector3> kAllAxes = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
-const std::vector<Vector3> kNoX = {{0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
-const std::vector<Vector3> kNoY = {{1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}};
-const std::vector<Vector3> kNoZ = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}};
+std::vector<Vector3> const kAllAxes = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+std::vector<Vector3> const kNoX = {{0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
+std::vector<Vector3> const kNoY = {{1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}};
+std::vector<Vector3> const kNoZ = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}};
 
 // --------------------------------------------------------------------------------------------------- moments
 
@@ -119,12 +119,12 @@ TEST(LeastSquares, MomentsRightHandSidesAndGradientEqualTheirPlainFormsOnRandomM
   int solved = 0;
   for (std::uint64_t seed = 1; seed <= 40; ++seed) {
     Random random(seed);
-    const MeshDescription mesh = RandomMesh(random);
-    const Field phi = TameField(random, mesh);
+    MeshDescription const mesh = RandomMesh(random);
+    Field const phi = TameField(random, mesh);
     Fit fit(mesh, ExchangeWithItself(mesh));
-    const std::string printed = fit.Run(phi);
-    const Moments moments = LeastSquaresMoments(mesh);
-    const LeastSquaresResult expected = LeastSquares(mesh, moments, phi, ExchangeWithItself(mesh));
+    std::string const printed = fit.Run(phi);
+    Moments const moments = LeastSquaresMoments(mesh);
+    LeastSquaresResult const expected = LeastSquares(mesh, moments, phi, ExchangeWithItself(mesh));
     EXPECT_TRUE(SameMoments(moments, fit.State(), mesh.NCell())) << seed;
     EXPECT_TRUE(SameRightHandSides(expected.rightHandSide, fit.State(), mesh.NCell())) << seed;
     EXPECT_TRUE(SameBits(expected.g, fit.g)) << seed;
@@ -140,7 +140,7 @@ TEST(LeastSquares, HandComputedMomentsOfOneOffset) {
   mesh.AddInteriorCell({3.0, 4.0, 6.0}, 1.0);  // offset (2, 3, 5)
   mesh.inner.push_back({1, 2, {}, {}, 0.5, 0});
   Fit fit(mesh);
-  for (const int c : {1, 2}) {
+  for (int const c : {1, 2}) {
     EXPECT_EQ(4.0, fit.State().m_pSxx[c]);
     EXPECT_EQ(9.0, fit.State().m_pSyy[c]);
     EXPECT_EQ(25.0, fit.State().m_pSzz[c]);
@@ -154,7 +154,7 @@ TEST(LeastSquares, HandComputedMomentsOfOneOffset) {
 MeshDescription OneFace(std::vector<Face> MeshDescription::*group) {
   MeshDescription mesh;
   mesh.AddInteriorCell({}, 1.0);
-  const int other = mesh.AddOuterCell({2.0, 3.0, 5.0});
+  int const other = mesh.AddOuterCell({2.0, 3.0, 5.0});
   (mesh.*group).push_back({1, other, {}, {}, 0.5, 1});
   return mesh;
 }
@@ -187,14 +187,14 @@ TEST(LeastSquares, MomentsAddInnerPartitionInletOutletWallAndSymmetryFacesInThat
     std::vector<double> squares;
     mesh.AddInteriorCell({}, 1.0);
     for (int c = 2; c <= 8; ++c) {
-      const double x = Uniform(random, 0.5, 4.0);
+      double const x = Uniform(random, 0.5, 4.0);
       squares.push_back(x * x);
       if (c <= 3)
         mesh.AddInteriorCell({x, 0.0, 0.0}, 1.0);
       else
         mesh.AddOuterCell({x, 0.0, 0.0});
     }
-    const auto face = [](int other) { return Face{1, other, {}, {}, 0.5, 0}; };
+    auto const face = [](int other) { return Face{1, other, {}, {}, 0.5, 0}; };
     mesh.inner = {face(2), face(3)};
     mesh.partition = {face(4)};
     mesh.inlet = {face(5)};
@@ -205,7 +205,7 @@ TEST(LeastSquares, MomentsAddInnerPartitionInletOutletWallAndSymmetryFacesInThat
     Fit fit(mesh);
     found.push_back(fit.State().m_pSxx[1]);
   }
-  const SummationOrder order(terms);
+  SummationOrder const order(terms);
   ASSERT_TRUE(order.TellsAllOtherOrdersApart());
   EXPECT_EQ(order.Sums(), found);
 }
@@ -213,12 +213,12 @@ TEST(LeastSquares, MomentsAddInnerPartitionInletOutletWallAndSymmetryFacesInThat
 TEST(LeastSquares, MomentsAreNotRenewedWhenTheMeshMoves) {
   MeshDescription mesh = ShiftedBoxWithoutSymmetry(1);
   Fit fit(mesh);
-  const Moments before = LeastSquaresMoments(mesh);
+  Moments const before = LeastSquaresMoments(mesh);
   for (int c = 1; c <= mesh.NCell(); ++c) {
     fit.host.xc[c] *= 2.0;
     mesh.centres[static_cast<std::size_t>(c)].x *= 2.0;
   }
-  const Field phi = LinearField(mesh);
+  Field const phi = LinearField(mesh);
   fit.Run(phi);
   EXPECT_TRUE(SameMoments(before, fit.State(), mesh.NCell()));
   EXPECT_TRUE(SameBits(LeastSquares(mesh, before, phi, NoExchange()).g, fit.g));
@@ -239,7 +239,7 @@ TEST(LeastSquares, InnerFacesEnterTheRightHandSidesOfBothCellsAlike) {
   mesh.inner.push_back({1, 2, {}, {}, 0.5, 1});  // one-sided: plays no part here
   Fit fit(mesh);
   fit.Run({0.0, 10.0, 12.0});
-  for (const int c : {1, 2}) {
+  for (int const c : {1, 2}) {
     EXPECT_EQ(4.0, fit.State().m_pBx[c]);
     EXPECT_EQ(6.0, fit.State().m_pBy[c]);
     EXPECT_EQ(10.0, fit.State().m_pBz[c]);
@@ -268,7 +268,7 @@ TEST(LeastSquares, InletOutletAndWallFacesEnterTheRightHandSideOfTheCvCellOnly) 
 TEST(LeastSquares, SymmetryFacesStayOutOfTheRightHandSide) {
   Fit fit(OneFace(&MeshDescription::symmetry));
   fit.Run({0.0, 10.0, 12.0});
-  for (const int c : {1, 2}) {
+  for (int const c : {1, 2}) {
     EXPECT_TRUE(SameBits(0.0, fit.State().m_pBx[c]));
     EXPECT_TRUE(SameBits(0.0, fit.State().m_pBy[c]));
     EXPECT_TRUE(SameBits(0.0, fit.State().m_pBz[c]));
@@ -291,7 +291,7 @@ TEST(LeastSquares, RightHandSidesAddInnerPartitionInletOutletAndWallFacesInThatO
       else
         mesh.AddOuterCell({1.0, 0.0, 0.0});
     }
-    const auto face = [](int other) { return Face{1, other, {}, {}, 0.5, 0}; };
+    auto const face = [](int other) { return Face{1, other, {}, {}, 0.5, 0}; };
     mesh.inner = {face(2), face(3)};
     mesh.partition = {face(4)};
     mesh.inlet = {face(5)};
@@ -302,15 +302,15 @@ TEST(LeastSquares, RightHandSidesAddInnerPartitionInletOutletAndWallFacesInThatO
     fit.Run(phi);
     found.push_back(fit.State().m_pBx[1]);
   }
-  const SummationOrder order(terms);
+  SummationOrder const order(terms);
   ASSERT_TRUE(order.TellsAllOtherOrdersApart());
   EXPECT_EQ(order.Sums(), found);
 }
 
 TEST(LeastSquares, RightHandSidesCarryNothingFromOneCallToTheNext) {
-  const MeshDescription mesh = ShiftedBoxWithoutSymmetry(2);
+  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(2);
   Random random(43);
-  const Field first = TameField(random, mesh), second = TameField(random, mesh);
+  Field const first = TameField(random, mesh), second = TameField(random, mesh);
   Fit fit(mesh);
   fit.Run(Field(mesh.centres.size(), kNaN));
   fit.Run(first);
@@ -350,7 +350,7 @@ TEST(LeastSquares, SymmetryFaceBiasesTheGradientOfItsCellOnly) {
 }
 
 TEST(LeastSquares, ConstantFieldHasAGradientOfZeroInAllCells) {
-  for (const MeshDescription& mesh : {ShiftedBoxWithoutSymmetry(3), Box({0, 1, 2}, {0, 1, 3}, {0, 1, 2})}) {
+  for (MeshDescription const& mesh : {ShiftedBoxWithoutSymmetry(3), Box({0, 1, 2}, {0, 1, 3}, {0, 1, 2})}) {
     Fit fit(mesh);
     fit.Run(Field(mesh.centres.size(), 7.7));
     for (int c = 1; c <= mesh.NCell(); ++c) {
@@ -362,7 +362,7 @@ TEST(LeastSquares, ConstantFieldHasAGradientOfZeroInAllCells) {
 }
 
 TEST(LeastSquares, ReadsOnlyCentresAndField) {
-  const MeshDescription mesh = ShiftedBoxWithoutSymmetry(4);
+  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(4);
   TestHost host(mesh);
   CZYN3DFiniteVolumeMesh& r = host.mesh;
   r.Lamda = r.Volume = r.ijSx = r.ijSy = r.ijSz = r.ijxc = r.ijyc = r.ijzc = nullptr;
@@ -372,7 +372,7 @@ TEST(LeastSquares, ReadsOnlyCentresAndField) {
   host.gv.PrevGradX = host.gv.PrevGradY = host.gv.PrevGradZ = nullptr;
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
-  const Field phi = LinearField(mesh);
+  Field const phi = LinearField(mesh);
   GuardedGradient g(mesh.NCell());
   op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
   EXPECT_TRUE(SameBits(LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange()).g, g));
@@ -382,7 +382,7 @@ TEST(LeastSquares, FaceTypesPlayNoPart) {
   MeshDescription mesh;
   Random random(44);
   while (mesh.inner.empty() || mesh.partition.empty()) mesh = RandomMesh(random);
-  const Field phi = TameField(random, mesh);
+  Field const phi = TameField(random, mesh);
   MeshDescription oneSided = mesh;
   for (Face& face : oneSided.inner) face.type = 1;
   for (Face& face : oneSided.partition) face.type = 1;
@@ -403,12 +403,12 @@ TEST(LeastSquares, GhostCellsAreExactlyZeroAndHaloCellsHoldTheOwnersValues) {
   GuardedGradient exchanged = fit.g;
   ExchangeWithItself(mesh)(exchanged.x.Data());
   EXPECT_TRUE(SameBits(exchanged, fit.g));
-  for (const Face& face : mesh.partition) EXPECT_NE(0.0, fit.g.x[face.other]);
+  for (Face const& face : mesh.partition) EXPECT_NE(0.0, fit.g.x[face.other]);
 }
 
 TEST(LeastSquares, HaloCellsAreZeroBeforeTheExchange) {
   MeshDescription mesh = ShiftedBoxWithoutSymmetry(6);
-  const int halo = mesh.AddOuterCell({-1.0, 0.5, 0.5});
+  int const halo = mesh.AddOuterCell({-1.0, 0.5, 0.5});
   mesh.partition.push_back({1, halo, {}, {}, 0.5, 0});
   Fit fit(mesh);
   fit.Run(LinearField(mesh));
@@ -416,8 +416,8 @@ TEST(LeastSquares, HaloCellsAreZeroBeforeTheExchange) {
 }
 
 TEST(LeastSquares, ExchangesTheThreeOutputsOnce) {
-  const MeshDescription mesh = ShiftedBoxWithoutSymmetry(7);
-  for (const bool nonBlocking : {false, true}) {
+  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(7);
+  for (bool const nonBlocking : {false, true}) {
     Fit fit(mesh);
     fit.host.UseNonBlockingExchange(nonBlocking);
     fit.Run(LinearField(mesh));
@@ -428,12 +428,12 @@ TEST(LeastSquares, ExchangesTheThreeOutputsOnce) {
 }
 
 TEST(LeastSquares, LastArgumentHasNoEffect) {
-  const MeshDescription mesh = ShiftedBoxWithoutSymmetry(8);
+  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(8);
   Random random(46);
-  const Field phi = TameField(random, mesh);
+  Field const phi = TameField(random, mesh);
   Fit reference(mesh);
   reference.Run(phi, 1);
-  for (const int n : {-3, 0, 2, 50}) {
+  for (int const n : {-3, 0, 2, 50}) {
     Fit fit(mesh);
     fit.Run(phi, n);
     EXPECT_TRUE(SameBits(reference.g, fit.g)) << n;
@@ -444,7 +444,7 @@ TEST(LeastSquares, LastArgumentHasNoEffect) {
 // systems
 
 TEST(LeastSquares, ZeroFirstPivotPrintsTheMessageAndStopsWithoutAnExchange) {
-  for (const bool nonBlocking : {false, true}) {
+  for (bool const nonBlocking : {false, true}) {
     Fit fit(CellsWithWallNeighbours({kNoX}));
     fit.host.UseNonBlockingExchange(nonBlocking);
     EXPECT_EQ(kSingularLines, fit.Run({0.0, 1.0, 2.0, 3.0}));
@@ -455,7 +455,7 @@ TEST(LeastSquares, ZeroFirstPivotPrintsTheMessageAndStopsWithoutAnExchange) {
 TEST(LeastSquares, EachLineOfTheMessageIsFlushed) {
   Fit fit(CellsWithWallNeighbours({kNoX}));
   GuardedArray<double> phi = Guarded({0.0, 1.0, 2.0, 3.0});
-  const FlushRecord record;
+  FlushRecord const record;
   fit.op.gradient.GradMethod(phi.Data(), fit.g.x.Data(), fit.g.y.Data(), fit.g.z.Data(), 1);
   EXPECT_EQ((std::vector<std::string>{"aa[ii][j]=0.\n", "4\n"}), record.Pieces());
 }
@@ -484,7 +484,7 @@ TEST(LeastSquares, PivotThatUnderflowedToZeroIsZero) {
 }
 
 TEST(LeastSquares, DenormalPivotIsNotZero) {
-  const MeshDescription mesh =
+  MeshDescription const mesh =
       CellsWithWallNeighbours({{{1e-160, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}});
   Fit fit(mesh);
   ASSERT_LT(0.0, fit.State().m_pSxx[1]);
@@ -495,12 +495,12 @@ TEST(LeastSquares, DenormalPivotIsNotZero) {
 
 TEST(LeastSquares, CellsSolvedBeforeASingularOneKeepTheirValuesAndTheRestStayZero) {
   MeshDescription mesh = CellsWithWallNeighbours({kAllAxes, kAllAxes, kNoX, kAllAxes});
-  const int halo = mesh.AddOuterCell({1.0, 1.0, 1.0});
+  int const halo = mesh.AddOuterCell({1.0, 1.0, 1.0});
   mesh.partition.push_back({1, halo, {}, {}, 0.5, 0});
-  const Field phi = LinearField(mesh);
+  Field const phi = LinearField(mesh);
   Fit fit(mesh, ExchangeWithItself(mesh));
   EXPECT_EQ(kSingularLines, fit.Run(phi));
-  for (const int c : {1, 2}) {
+  for (int const c : {1, 2}) {
     EXPECT_NEAR(2.0, fit.g.x[c], 1e-14);
     EXPECT_NEAR(-3.0, fit.g.y[c], 1e-14);
     EXPECT_NEAR(0.5, fit.g.z[c], 1e-14);
@@ -511,7 +511,7 @@ TEST(LeastSquares, CellsSolvedBeforeASingularOneKeepTheirValuesAndTheRestStayZer
 }
 
 TEST(LeastSquares, TheCellRightBeforeASingularOneKeepsItsValues) {
-  const MeshDescription mesh = CellsWithWallNeighbours({kAllAxes, kNoX});
+  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes, kNoX});
   Fit fit(mesh);
   EXPECT_EQ(kSingularLines, fit.Run(LinearField(mesh)));
   EXPECT_NEAR(2.0, fit.g.x[1], 1e-14);
@@ -521,10 +521,10 @@ TEST(LeastSquares, TheCellRightBeforeASingularOneKeepsItsValues) {
 }
 
 TEST(LeastSquares, SingularCellStopsEveryCallAnewAndChangesNoFailureText) {
-  const MeshDescription mesh = CellsWithWallNeighbours({kAllAxes, kNoX, kNoX});
+  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes, kNoX, kNoX});
   Fit fit(mesh);
-  const std::string text = fit.op.gradient.getErrorMsg();
-  const Field phi(static_cast<std::size_t>(mesh.NCell()) + 1, 1.0);
+  std::string const text = fit.op.gradient.getErrorMsg();
+  Field const phi(static_cast<std::size_t>(mesh.NCell()) + 1, 1.0);
   EXPECT_EQ(kSingularLines, fit.Run(phi)) << "once, although two cells are singular";
   EXPECT_EQ(kSingularLines, fit.Run(phi));
   EXPECT_EQ(text, fit.op.gradient.getErrorMsg());
@@ -547,7 +547,7 @@ TEST(LeastSquares, ZeroLastPivotPrintsNothingLeavesNonFiniteValuesAndExchanges) 
   EXPECT_FALSE(std::isfinite(fit.g.x[2]));
   EXPECT_FALSE(std::isfinite(fit.g.y[2]));
   EXPECT_FALSE(std::isfinite(fit.g.z[2]));
-  for (const int c : {1, 3}) EXPECT_TRUE(std::isfinite(fit.g.x[c]) && std::isfinite(fit.g.z[c])) << c;
+  for (int const c : {1, 3}) EXPECT_TRUE(std::isfinite(fit.g.x[c]) && std::isfinite(fit.g.z[c])) << c;
   EXPECT_EQ(ThreeArrayExchange(false, fit.g.x.Data(), fit.g.y.Data(), fit.g.z.Data()),
             fit.host.communication.Calls());
 }
@@ -560,22 +560,22 @@ TEST(LeastSquares, EveryCellEqualsThePlainEliminationWhateverStandsBesideIt) {
   for (int run = 0; run < 400; ++run) {
     std::vector<std::vector<Vector3>> cells(static_cast<std::size_t>(UniformInt(random, 1, 40)));
     for (std::vector<Vector3>& offsets : cells) {
-      const int kind = UniformInt(random, 0, 400);
+      int const kind = UniformInt(random, 0, 400);
       if (kind == 0) continue;  // no neighbours: the first pivot is 0
       if (kind < 3) offsets = kNoX;
       if (kind >= 3 && kind < 5) offsets = kNoY;
       if (kind >= 5 && kind < 40) offsets = kNoZ;
       if (kind < 40) continue;
-      const double size = std::pow(10.0, UniformInt(random, -6, 6));
+      double const size = std::pow(10.0, UniformInt(random, -6, 6));
       for (int k = UniformInt(random, 3, 8); k > 0; --k)
         offsets.push_back(
             {Uniform(random, -size, size), Uniform(random, -size, size), Uniform(random, -size, size)});
     }
-    const MeshDescription mesh = CellsWithWallNeighbours(cells);
-    const Field phi = TameField(random, mesh);
+    MeshDescription const mesh = CellsWithWallNeighbours(cells);
+    Field const phi = TameField(random, mesh);
     Fit fit(mesh);
-    const std::string printed = fit.Run(phi);
-    const LeastSquaresResult plain = LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange());
+    std::string const printed = fit.Run(phi);
+    LeastSquaresResult const plain = LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange());
     EXPECT_EQ(printed, plain.zeroPivot ? kSingularLines : "") << run;
     EXPECT_TRUE(SameBits(plain.g, fit.g)) << run;
     nStopped += plain.zeroPivot ? 1 : 0;
@@ -587,7 +587,7 @@ TEST(LeastSquares, EveryCellEqualsThePlainEliminationWhateverStandsBesideIt) {
 }
 
 TEST(LeastSquares, TheMessageIsTheSameWhateverTheProgramSetInItsStream) {
-  const std::ios::fmtflags flags = std::cout.flags();
+  std::ios::fmtflags const flags = std::cout.flags();
   Fit fit(CellsWithWallNeighbours({kNoX}));
   std::cout << std::hex << std::showbase << std::showpos << std::setw(20);
   EXPECT_EQ(kSingularLines, fit.Run({0.0, 1.0, 2.0, 3.0}));
@@ -598,7 +598,7 @@ TEST(LeastSquares, TheMessageIsTheSameWhateverTheProgramSetInItsStream) {
 }
 
 TEST(LeastSquares, NaNPivotPassesTheTest) {
-  const MeshDescription mesh =
+  MeshDescription const mesh =
       CellsWithWallNeighbours({{{kNaN, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}, kAllAxes});
   Fit fit(mesh);
   Field phi(mesh.centres.size(), 1.0);
@@ -609,7 +609,7 @@ TEST(LeastSquares, NaNPivotPassesTheTest) {
 }
 
 TEST(LeastSquares, NaNInTheFieldPrintsNothing) {
-  const MeshDescription mesh = CellsWithWallNeighbours({kAllAxes});
+  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes});
   Fit fit(mesh);
   EXPECT_EQ("", fit.Run(Field(mesh.centres.size(), kNaN)));
   EXPECT_TRUE(std::isnan(fit.g.x[1]) && std::isnan(fit.g.y[1]) && std::isnan(fit.g.z[1]));
@@ -636,8 +636,8 @@ TEST(LeastSquares, PartitionWithoutAnyCellsExchanges) {
 }
 
 TEST(LeastSquares, EmptyGroupsMayLendNullOrUnreadableArrays) {
-  const MeshDescription mesh = CellsWithWallNeighbours({kAllAxes});
-  for (const bool lendEmptyArrays : {false, true}) {
+  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes});
+  for (bool const lendEmptyArrays : {false, true}) {
     Fit fit(mesh, NoExchange(), lendEmptyArrays);
     fit.Run(LinearField(mesh));
     EXPECT_EQ(2.0, fit.g.x[1]);
@@ -648,7 +648,7 @@ TEST(LeastSquares, HighestNumberedCellHasItsPlaceInAllNineArrays) {
   // The last cell is an interior one here; a sanitizer sees an array that ends before it.
   MeshDescription mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0}, 1.0);
-  for (const Vector3& offset : kAllAxes) mesh.AddInteriorCell(offset, 1.0);
+  for (Vector3 const& offset : kAllAxes) mesh.AddInteriorCell(offset, 1.0);
   mesh.inner = {{1, 2, {}, {}, 0.5, 0}, {1, 3, {}, {}, 0.5, 0}, {1, 4, {}, {}, 0.5, 0}};
   Fit fit(mesh);
   EXPECT_EQ(1.0, fit.State().m_pSzz[4]);

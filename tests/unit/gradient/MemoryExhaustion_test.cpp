@@ -28,18 +28,18 @@ TEST(GradientWithoutMemory, NoSetUpLeavesAnythingBehind) {
     long n = 0;
     for (bool happened = true; happened;) {
       ++n;
-      const long live = LiveAllocations();
+      long const live = LiveAllocations();
       bool threw = false;
       {
         TestHost host(Box({0, 1, 2}, {0, 1, 2}, {0, 1, 2}));  // what it records is its own
         std::optional<COperatorGradient> gradient;
-        const FailingAllocation failing(n);
+        FailingAllocation const failing(n);
         try {
           gradient.emplace();
           host.ConnectTo(*gradient);
           gradient->getGradType(type);
           gradient->Initialize();
-        } catch (const std::bad_alloc&) {
+        } catch (std::bad_alloc const&) {
           threw = true;
         }
         happened = failing.Happened();

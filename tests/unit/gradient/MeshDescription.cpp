@@ -20,15 +20,15 @@ Exchange NoExchange() {
   return [](double*) {};
 }
 
-Exchange ExchangeWithItself(const MeshDescription& mesh) {
+Exchange ExchangeWithItself(MeshDescription const& mesh) {
   struct Copy {
     int halo, owner;
   };
   std::vector<Copy> copies;
-  for (const Face& face : mesh.partition)
+  for (Face const& face : mesh.partition)
     copies.push_back({face.other, 1 + (3 * face.other) % mesh.nInnerCells});
   return [copies](double* field) {
-    for (const Copy& copy : copies) field[copy.halo] = field[copy.owner];
+    for (Copy const& copy : copies) field[copy.halo] = field[copy.owner];
   };
 }
 
@@ -44,7 +44,7 @@ MeshDescription OneCellWithFacesOfAllGroups() {
   MeshDescription mesh;
   for (int c = 1; c <= 3; ++c) mesh.AddInteriorCell({}, 1.0);
   for (int c = 4; c <= 8; ++c) mesh.AddOuterCell({});
-  const auto face = [](int other) { return Face{1, other, {1.0, 0.0, 0.0}, {}, 1.0, 0}; };
+  auto const face = [](int other) { return Face{1, other, {1.0, 0.0, 0.0}, {}, 1.0, 0}; };
   mesh.inner = {face(2), face(3)};
   mesh.partition = {face(4)};
   mesh.inlet = {face(5)};
@@ -58,17 +58,17 @@ namespace {
 
 /// The grid lines of a box, with the cells counted along x first.
 struct Grid {
-  const std::vector<double>& x;
-  const std::vector<double>& y;
-  const std::vector<double>& z;
+  std::vector<double> const& x;
+  std::vector<double> const& y;
+  std::vector<double> const& z;
 
-  static int Cells(const std::vector<double>& lines) { return static_cast<int>(lines.size()) - 1; }
-  static double Width(const std::vector<double>& lines, int i) {
-    const auto k = static_cast<std::size_t>(i);
+  static int Cells(std::vector<double> const& lines) { return static_cast<int>(lines.size()) - 1; }
+  static double Width(std::vector<double> const& lines, int i) {
+    auto const k = static_cast<std::size_t>(i);
     return lines[k + 1] - lines[k];
   }
-  static double Middle(const std::vector<double>& lines, int i) {
-    const auto k = static_cast<std::size_t>(i);
+  static double Middle(std::vector<double> const& lines, int i) {
+    auto const k = static_cast<std::size_t>(i);
     return 0.5 * (lines[k] + lines[k + 1]);
   }
 
@@ -76,7 +76,7 @@ struct Grid {
   Vector3 Centre(int i, int j, int k) const { return {Middle(x, i), Middle(y, j), Middle(z, k)}; }
 };
 
-double Component(const Vector3& v, int direction) {
+double Component(Vector3 const& v, int direction) {
   return direction == 0 ? v.x : direction == 1 ? v.y : v.z;
 }
 
@@ -85,21 +85,21 @@ void SetComponent(Vector3& v, int direction, double value) {
 }
 
 /// Weight of the far cell of a face across `direction`, from the distances of the centres to the face.
-double WeightByDistance(const Vector3& near, const Vector3& face, const Vector3& far, int direction) {
-  const double toFace = Component(face, direction) - Component(near, direction);
-  const double toFar = Component(far, direction) - Component(near, direction);
+double WeightByDistance(Vector3 const& near, Vector3 const& face, Vector3 const& far, int direction) {
+  double const toFace = Component(face, direction) - Component(near, direction);
+  double const toFar = Component(far, direction) - Component(near, direction);
   return toFace / toFar;
 }
 
 /// Adds the faces of one cell across one direction: the inner or boundary face at its high side and, for the
 /// first cell of the row, the boundary face at its low side.
-void AddFaces(MeshDescription& mesh, const Grid& grid, int i, int j, int k, int direction) {
-  const std::vector<double>& lines = direction == 0 ? grid.x : direction == 1 ? grid.y : grid.z;
-  const int index = direction == 0 ? i : direction == 1 ? j : k;
-  const double widths[3] = {Grid::Width(grid.x, i), Grid::Width(grid.y, j), Grid::Width(grid.z, k)};
-  const double area = widths[(direction + 1) % 3] * widths[(direction + 2) % 3];
-  const int cell = grid.Number(i, j, k);
-  const Vector3 centre = grid.Centre(i, j, k);
+void AddFaces(MeshDescription& mesh, Grid const& grid, int i, int j, int k, int direction) {
+  std::vector<double> const& lines = direction == 0 ? grid.x : direction == 1 ? grid.y : grid.z;
+  int const index = direction == 0 ? i : direction == 1 ? j : k;
+  double const widths[3] = {Grid::Width(grid.x, i), Grid::Width(grid.y, j), Grid::Width(grid.z, k)};
+  double const area = widths[(direction + 1) % 3] * widths[(direction + 2) % 3];
+  int const cell = grid.Number(i, j, k);
+  Vector3 const centre = grid.Centre(i, j, k);
 
   Face face;
   face.cv = cell;
@@ -107,7 +107,7 @@ void AddFaces(MeshDescription& mesh, const Grid& grid, int i, int j, int k, int 
   SetComponent(face.centre, direction, lines[static_cast<std::size_t>(index) + 1]);
   SetComponent(face.area, direction, area);
   if (index + 1 < Grid::Cells(lines)) {
-    const int step[3] = {direction == 0, direction == 1, direction == 2};
+    int const step[3] = {direction == 0, direction == 1, direction == 2};
     face.other = grid.Number(i + step[0], j + step[1], k + step[2]);
     face.weight =
         WeightByDistance(centre, face.centre, grid.Centre(i + step[0], j + step[1], k + step[2]), direction);
@@ -126,10 +126,10 @@ void AddFaces(MeshDescription& mesh, const Grid& grid, int i, int j, int k, int 
 
 }  // namespace
 
-MeshDescription Box(const std::vector<double>& xLines, const std::vector<double>& yLines,
-                    const std::vector<double>& zLines) {
-  const Grid grid{xLines, yLines, zLines};
-  const int nx = Grid::Cells(xLines), ny = Grid::Cells(yLines), nz = Grid::Cells(zLines);
+MeshDescription Box(std::vector<double> const& xLines, std::vector<double> const& yLines,
+                    std::vector<double> const& zLines) {
+  Grid const grid{xLines, yLines, zLines};
+  int const nx = Grid::Cells(xLines), ny = Grid::Cells(yLines), nz = Grid::Cells(zLines);
   MeshDescription mesh;
   for (int k = 0; k < nz; ++k)
     for (int j = 0; j < ny; ++j)

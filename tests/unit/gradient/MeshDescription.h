@@ -44,7 +44,7 @@ Exchange NoExchange();
 
 /// An exchange with this partition as its own neighbour: each halo cell takes the value of a fixed interior
 /// cell.
-Exchange ExchangeWithItself(const MeshDescription& mesh);
+Exchange ExchangeWithItself(MeshDescription const& mesh);
 
 /// Cell 1 (the CV side) and cell 2 with unit volumes at x = 0 and x = 1 and one inner face between them:
 ///
@@ -59,7 +59,7 @@ MeshDescription OneCellWithFacesOfAllGroups();
 /// A box of nx*ny*nz cells with the given grid lines in each direction. Low x is inlet, high x outlet, the y
 /// sides are walls and the z sides symmetry; ghost centres stand on the faces, weights come from the
 /// distances.
-MeshDescription Box(const std::vector<double>& xLines, const std::vector<double>& yLines,
-                    const std::vector<double>& zLines);
+MeshDescription Box(std::vector<double> const& xLines, std::vector<double> const& yLines,
+                    std::vector<double> const& zLines);
 
 }  // namespace gradient_test

@@ -16,7 +16,7 @@ using Field = std::vector<double>;
 
 /// The three derivatives, [1..NCell] each.
 struct Gradient {
-  explicit Gradient(const MeshDescription& mesh, double value = 0.0)
+  explicit Gradient(MeshDescription const& mesh, double value = 0.0)
       : x(mesh.centres.size(), value), y(x), z(x) {}
 
   Field x, y, z;
@@ -27,29 +27,29 @@ struct Gradient {
 /// exchanged
 ///                   as they are
 /// @return the previous-iterate arrays after the call
-Gradient IteratedGreenGauss(const MeshDescription& mesh, const Field& phi, int nSweep,
-                            const Exchange& exchange, Gradient& g);
+Gradient IteratedGreenGauss(MeshDescription const& mesh, Field const& phi, int nSweep,
+                            Exchange const& exchange, Gradient& g);
 
 /// Plain Green-Gauss: one pass without skewness correction.
-Gradient PlainGreenGauss(const MeshDescription& mesh, const Field& phi, const Exchange& exchange);
+Gradient PlainGreenGauss(MeshDescription const& mesh, Field const& phi, Exchange const& exchange);
 
 /// Green-Gauss with face values weighted harmonically by the cell coefficient k.
-Gradient WeightedGreenGauss(const MeshDescription& mesh, const Field& phi, const Field& k,
-                            const Exchange& exchange);
+Gradient WeightedGreenGauss(MeshDescription const& mesh, Field const& phi, Field const& k,
+                            Exchange const& exchange);
 
 /// Plain Green-Gauss of three fields.
-std::array<Gradient, 3> ThreeComponentGreenGauss(const MeshDescription& mesh, const std::array<Field, 3>& phi,
-                                                 const Exchange& exchange);
+std::array<Gradient, 3> ThreeComponentGreenGauss(MeshDescription const& mesh, std::array<Field, 3> const& phi,
+                                                 Exchange const& exchange);
 
 /// The six moments of least squares, [1..NCell] each.
 struct Moments {
-  explicit Moments(const MeshDescription& mesh)
+  explicit Moments(MeshDescription const& mesh)
       : xx(mesh.centres.size()), yy(xx), zz(xx), xy(xx), xz(xx), yz(xx) {}
 
   Field xx, yy, zz, xy, xz, yz;
 };
 
-Moments LeastSquaresMoments(const MeshDescription& mesh);
+Moments LeastSquaresMoments(MeshDescription const& mesh);
 
 /// What least squares leaves behind.
 struct LeastSquaresResult {
@@ -58,7 +58,7 @@ struct LeastSquaresResult {
   bool zeroPivot;  ///< stopped at a singular cell, without an exchange
 };
 
-LeastSquaresResult LeastSquares(const MeshDescription& mesh, const Moments& moments, const Field& phi,
-                                const Exchange& exchange);
+LeastSquaresResult LeastSquares(MeshDescription const& mesh, Moments const& moments, Field const& phi,
+                                Exchange const& exchange);
 
 }  // namespace gradient_test

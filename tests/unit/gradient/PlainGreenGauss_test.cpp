@@ -17,13 +17,13 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-void Compute(TestHost& host, const Field& phi, GuardedGradient& g) {
+void Compute(TestHost& host, Field const& phi, GuardedGradient& g) {
   ConnectedOperator op(host, 0);
   GuardedArray<double> guardedPhi = Guarded(phi);
   op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
 }
 
-GuardedGradient Compute(const MeshDescription& mesh, const Field& phi) {
+GuardedGradient Compute(MeshDescription const& mesh, Field const& phi) {
   TestHost host(mesh);
   GuardedGradient g(mesh.NCell());
   Compute(host, phi, g);
@@ -33,8 +33,8 @@ GuardedGradient Compute(const MeshDescription& mesh, const Field& phi) {
 TEST(PlainGreenGauss, EqualsItsPlainFormOnRandomMeshes) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    const MeshDescription mesh = RandomMesh(random);
-    const Field phi = TameField(random, mesh);
+    MeshDescription const mesh = RandomMesh(random);
+    Field const phi = TameField(random, mesh);
     TestHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, g);
@@ -46,8 +46,8 @@ TEST(PlainGreenGauss, EqualsItsPlainFormOnRandomMeshes) {
 TEST(PlainGreenGauss, EqualsOneIteratedSweep) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    const MeshDescription mesh = RandomMesh(random);
-    const Field phi = TameField(random, mesh);
+    MeshDescription const mesh = RandomMesh(random);
+    Field const phi = TameField(random, mesh);
     TestHost host(mesh);
     ConnectedOperator iterated(host, 7);
     GuardedGradient g(mesh.NCell());
@@ -69,7 +69,7 @@ TEST(PlainGreenGauss, HandComputedCellWithOneFaceOfEachKind) {
   mesh.outlet.push_back({1, 5, {0.0, 0.0, 1.0}, {}, 0.5, 0});
   mesh.symmetry.push_back({1, 6, {1.0, 1.0, 0.0}, {}, 0.5, 0});
   mesh.wall.push_back({1, 7, {0.0, 1.0, 1.0}, {}, 0.5, 0});
-  const GuardedGradient g = Compute(mesh, {0.0, 4.0, 8.0, 6.0, 10.0, 20.0, 30.0, 40.0});
+  GuardedGradient const g = Compute(mesh, {0.0, 4.0, 8.0, 6.0, 10.0, 20.0, 30.0, 40.0});
   // Face values: inner 0.75*4 + 0.25*8 = 5, partition 5, the others their ghost values.
   EXPECT_EQ((5.0 + 2 * 5.0 + 30.0) / 2, g.x[1]);
   EXPECT_EQ((10.0 + 30.0 + 40.0) / 2, g.y[1]);
@@ -83,8 +83,8 @@ TEST(PlainGreenGauss, HandComputedCellWithOneFaceOfEachKind) {
 
 TEST(PlainGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
   Random random(3);
-  const MeshDescription mesh = RandomMesh(random);
-  const Field phi = TameField(random, mesh);
+  MeshDescription const mesh = RandomMesh(random);
+  Field const phi = TameField(random, mesh);
   TestHost host(mesh);
   CZYN3DFiniteVolumeMesh& record = host.mesh;
   record.xc = record.yc = record.zc = record.ijxc = record.ijyc = record.ijzc = nullptr;
@@ -96,8 +96,8 @@ TEST(PlainGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
 
 TEST(PlainGreenGauss, ContentOfTheOutputsBeforeTheCallHasNoInfluence) {
   Random random(4);
-  const MeshDescription mesh = RandomMesh(random);
-  const Field phi = TameField(random, mesh);
+  MeshDescription const mesh = RandomMesh(random);
+  Field const phi = TameField(random, mesh);
   TestHost host(mesh);
   GuardedGradient g(mesh.NCell(), kNaN);
   Compute(host, phi, g);
@@ -131,7 +131,7 @@ TEST(PlainGreenGauss, RoundingOfTheLinearValueBeyondEqualCellValuesIsCut) {
   int rounded = 0;
   Random random(5);
   for (int n = 0; n < 200; ++n) {
-    const double w = Uniform(random, 0.0, 1.0), value = Uniform(random, -3.0, 3.0);
+    double const w = Uniform(random, 0.0, 1.0), value = Uniform(random, -3.0, 3.0);
     if ((1 - w) * value + w * value != value) ++rounded;
     EXPECT_EQ(value, FaceValue(value, value, w));
   }
@@ -139,9 +139,9 @@ TEST(PlainGreenGauss, RoundingOfTheLinearValueBeyondEqualCellValuesIsCut) {
 }
 
 TEST(PlainGreenGauss, ZerosOfEitherSignLeaveAPositiveZero) {
-  for (const double cv : {0.0, -0.0}) {
-    for (const double other : {0.0, -0.0}) {
-      const GuardedGradient g = Compute(TwoCells(), {0.0, cv, other});
+  for (double const cv : {0.0, -0.0}) {
+    for (double const other : {0.0, -0.0}) {
+      GuardedGradient const g = Compute(TwoCells(), {0.0, cv, other});
       EXPECT_TRUE(SameBits(0.0, g.x[1]) && SameBits(0.0, g.x[2])) << cv << " " << other;
     }
   }
@@ -169,10 +169,10 @@ TEST(PlainGreenGauss, ValueThatDoesNotComparePassesTheLimiter) {
 
 TEST(PlainGreenGauss, NaNStaysInTheCellsOfItsFaces) {
   MeshDescription mesh = TwoCells();
-  const int third = mesh.AddInteriorCell({2.0, 0.0, 0.0}, 1.0);
-  const int fourth = mesh.AddInteriorCell({3.0, 0.0, 0.0}, 1.0);
+  int const third = mesh.AddInteriorCell({2.0, 0.0, 0.0}, 1.0);
+  int const fourth = mesh.AddInteriorCell({3.0, 0.0, 0.0}, 1.0);
   mesh.inner.push_back({third, fourth, {1.0, 0.0, 0.0}, {2.5, 0.0, 0.0}, 0.5, 0});
-  const GuardedGradient g = Compute(mesh, {0.0, kNaN, 1.0, 2.0, 4.0});
+  GuardedGradient const g = Compute(mesh, {0.0, kNaN, 1.0, 2.0, 4.0});
   EXPECT_TRUE(std::isnan(g.x[1]) && std::isnan(g.x[2]));
   EXPECT_EQ(3.0, g.x[third]);
   EXPECT_EQ(-3.0, g.x[fourth]);
@@ -182,26 +182,26 @@ TEST(PlainGreenGauss, NaNStaysInTheCellsOfItsFaces) {
 // exchange
 
 TEST(PlainGreenGauss, OneSidedFaceAddsToItsCvCellOnly) {
-  const GuardedGradient g = Compute(TwoCells(0.5, 1), {0.0, 3.0, 5.0});
+  GuardedGradient const g = Compute(TwoCells(0.5, 1), {0.0, 3.0, 5.0});
   EXPECT_EQ(4.0, g.x[1]);
   EXPECT_TRUE(SameBits(0.0, g.x[2]) && SameBits(0.0, g.y[2]) && SameBits(0.0, g.z[2]));
 }
 
 TEST(PlainGreenGauss, EveryOtherFaceTypeAddsToBothCells) {
-  for (const int type : {0, 2, -1, 101}) {
-    const GuardedGradient g = Compute(TwoCells(0.5, type), {0.0, 3.0, 5.0});
+  for (int const type : {0, 2, -1, 101}) {
+    GuardedGradient const g = Compute(TwoCells(0.5, type), {0.0, 3.0, 5.0});
     EXPECT_EQ(4.0, g.x[1]) << type;
     EXPECT_EQ(-4.0, g.x[2]) << type;
   }
 }
 
 TEST(PlainGreenGauss, PartitionFacesObeyTheirTypes) {
-  for (const int type : {0, 1, 2, -1}) {
+  for (int const type : {0, 1, 2, -1}) {
     MeshDescription mesh;
     mesh.AddInteriorCell({}, 0.5);
-    const int halo = mesh.AddOuterCell({});
+    int const halo = mesh.AddOuterCell({});
     mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {}, 0.25, type});
-    const GuardedGradient g = Compute(mesh, {0.0, 4.0, 8.0});
+    GuardedGradient const g = Compute(mesh, {0.0, 4.0, 8.0});
     EXPECT_EQ(10.0, g.x[1]) << type;
     EXPECT_EQ(type == 1 ? 0.0 : -5.0, g.x[halo]) << type;
   }
@@ -212,13 +212,13 @@ TEST(PlainGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThatOrd
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    const MeshDescription mesh = OneCellWithFacesOfAllGroups();
+    MeshDescription const mesh = OneCellWithFacesOfAllGroups();
     Field phi = {0.0, 0.0};
     for (int c = 2; c <= 8; ++c) phi.push_back(RoughTerm(random));
     terms.emplace_back(phi.begin() + 2, phi.end());
     found.push_back(Compute(mesh, phi).x[1]);
   }
-  const SummationOrder order(terms);
+  SummationOrder const order(terms);
   ASSERT_TRUE(order.TellsAllOtherOrdersApart());
   EXPECT_EQ(order.Sums(), found);
 }
@@ -239,8 +239,8 @@ TEST(PlainGreenGauss, ScalesByTheReciprocalOfTheVolume) {
 
 TEST(PlainGreenGauss, ExchangesTheThreeOutputsOnce) {
   Random random(7);
-  const MeshDescription mesh = RandomMesh(random);
-  for (const bool nonBlocking : {false, true}) {
+  MeshDescription const mesh = RandomMesh(random);
+  for (bool const nonBlocking : {false, true}) {
     TestHost host(mesh, ExchangeWithItself(mesh));
     host.UseNonBlockingExchange(nonBlocking);
     GuardedGradient g(mesh.NCell());
@@ -252,7 +252,7 @@ TEST(PlainGreenGauss, ExchangesTheThreeOutputsOnce) {
 }
 
 TEST(PlainGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
-  for (const bool lendEmptyArrays : {false, true}) {
+  for (bool const lendEmptyArrays : {false, true}) {
     TestHost host(TwoCells(), NoExchange(), lendEmptyArrays);
     GuardedGradient g(2);
     Compute(host, {0.0, 3.0, 5.0}, g);

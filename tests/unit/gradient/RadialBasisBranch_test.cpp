@@ -37,7 +37,7 @@ CellMesh SomeMesh() {
 /// A gradient operator of type 2 with the host objects of a solver, which are on the stack: an operator that
 /// destroyed one of them would crash here.
 struct Solver {
-  explicit Solver(const CellMesh& description) : mesh(description), host(mesh, folder.BaseFileName()) {
+  explicit Solver(CellMesh const& description) : mesh(description), host(mesh, folder.BaseFileName()) {
     globals.BaseFileName = baseFileName.data();
     EXPECT_EQ(1, gradient->getZyn3dGV(&globals, &gpu, &openMP, &host.mesh));
     EXPECT_EQ(1, gradient->getPartitionFace(&partitionFaces));
@@ -61,7 +61,7 @@ struct Solver {
     gradient = nullptr;
   }
 
-  const CellMesh mesh;
+  CellMesh const mesh;
   SettingsFolder folder;
   CellHost host;
   std::string baseFileName = folder.BaseFileName();
@@ -74,7 +74,7 @@ struct Solver {
   COperatorGradient* gradient = new COperatorGradient;
 };
 
-const std::string kCollationLines =
+std::string const kCollationLines =
     "NInnerFaces ok!\nNWall ok!\nNInlet ok!\nNInnerCells ok!\nNWall ok!\nNInlet ok!\nNOutlet ok!\npPartFace "
     "ok!\n";
 
@@ -82,7 +82,7 @@ TEST(RadialBasisBranch, InitializeMakesACellOperatorWithAllHostObjects) {
   Solver solver(SomeMesh());
   EXPECT_EQ(nullptr, solver.CellOperator());
   solver.Initialize();
-  const CZynRBFInternalObject* const object = solver.CellOperator();
+  CZynRBFInternalObject const* const object = solver.CellOperator();
   ASSERT_NE(nullptr, object);
   EXPECT_EQ(&solver.globals, object->m_pGV);
   EXPECT_EQ(&solver.gpu, object->m_pGVGPU);
@@ -94,7 +94,7 @@ TEST(RadialBasisBranch, InitializeMakesACellOperatorWithAllHostObjects) {
 
 TEST(RadialBasisBranch, InitializeDerivesTheWeights) {
   Solver solver(SomeMesh());
-  const std::string printed = solver.Initialize();
+  std::string const printed = solver.Initialize();
   EXPECT_EQ(0U, printed.find("Default DQ parameter is adopted.\n" + kCollationLines +
                              "Cell RBF flux Interpolation is done.\nSpan = 500.000000, MAXResidual_X = "));
   PlainCellOperator plain(solver.mesh, 500.0, 0);
@@ -160,10 +160,10 @@ TEST(RadialBasisBranch, OtherTypesMakeNoCellOperator) {
 // ------------------------------------------------------------------------------------------------ gradients
 
 /// A field with the value of a smooth function at each cell's point.
-Array SomeField(const CellMesh& mesh) {
+Array SomeField(CellMesh const& mesh) {
   Array phi(mesh.NCell());
   for (int c = 1; c <= mesh.NCell(); ++c) {
-    const Point& p = mesh.Centre(c);
+    Point const& p = mesh.Centre(c);
     phi[c] = p.x * p.y - 0.5 * p.z + p.y * p.y;
   }
   return phi;
@@ -177,12 +177,12 @@ struct Gradient {
 TEST(RadialBasisBranch, GradientIsThatOfTheCellOperatorWhateverTheLastArgument) {
   Solver solver(SomeMesh());
   solver.Initialize();
-  const int n = solver.mesh.NCell();
+  int const n = solver.mesh.NCell();
   Array phi = SomeField(solver.mesh);
   Gradient expected(n);
   solver.CellOperator()->MultiplyRBFCoefficent(phi.Data(), expected.x.Data(), expected.y.Data(),
                                                expected.z.Data());
-  for (const int last : {1, 0, -3, 2, 1000}) {
+  for (int const last : {1, 0, -3, 2, 1000}) {
     Gradient g(n);
     solver.gradient->GradMethod(phi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), last);
     EXPECT_TRUE(g.x.IdenticalTo(expected.x)) << last;
@@ -192,7 +192,7 @@ TEST(RadialBasisBranch, GradientIsThatOfTheCellOperatorWhateverTheLastArgument) 
 }
 
 TEST(RadialBasisBranch, GradientExchangesNothingAndLeavesHaloCellsZero) {
-  for (const bool nonBlocking : {false, true}) {
+  for (bool const nonBlocking : {false, true}) {
     Solver solver(SomeMesh());
     solver.globals.UseNonBlockingExch = nonBlocking ? 1 : 0;
     solver.Initialize();
@@ -202,7 +202,7 @@ TEST(RadialBasisBranch, GradientExchangesNothingAndLeavesHaloCellsZero) {
     EXPECT_EQ(0, solver.host.communicationCalls);
     EXPECT_EQ(1U, solver.com.values.size()) << "Initialize's alone";
     ASSERT_FALSE(solver.mesh.partition.empty());
-    for (const CellFace& face : solver.mesh.partition) EXPECT_EQ(0.0, g.x[face.other]);
+    for (CellFace const& face : solver.mesh.partition) EXPECT_EQ(0.0, g.x[face.other]);
   }
 }
 
@@ -211,7 +211,7 @@ TEST(RadialBasisBranch, GradientAllocatesNothing) {
   solver.Initialize();
   Array phi = SomeField(solver.mesh);
   Gradient g(solver.mesh.NCell());
-  const long before = gradient_test::Allocations();
+  long const before = gradient_test::Allocations();
   solver.gradient->GradMethod(phi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
   EXPECT_EQ(before, gradient_test::Allocations());
 }

@@ -7,12 +7,12 @@
 namespace gradient_test {
 
 double Uniform(Random& random, double low, double high) {
-  const double fraction = static_cast<double>(random() >> 11) * 0x1p-53;
+  double const fraction = static_cast<double>(random() >> 11) * 0x1p-53;
   return low + fraction * (high - low);
 }
 
 int UniformInt(Random& random, int low, int high) {
-  const auto span = static_cast<std::uint64_t>(high - low) + 1;
+  auto const span = static_cast<std::uint64_t>(high - low) + 1;
   return low + static_cast<int>(random() % span);
 }
 
@@ -40,7 +40,7 @@ double RandomWeight(Random& random) {
 }
 
 int RandomFaceType(Random& random) {
-  const int types[] = {0, 0, 0, 1, 1, 2, -1, 101};
+  int const types[] = {0, 0, 0, 1, 1, 2, -1, 101};
   return types[UniformInt(random, 0, 7)];
 }
 
@@ -54,8 +54,8 @@ Face RandomFace(Random& random, int cv, int other) {
 void AddInnerFaces(MeshDescription& mesh, Random& random, int count) {
   if (mesh.nInnerCells < 2) return;
   for (int f = 0; f < count; ++f) {
-    const int cv = UniformInt(random, 1, mesh.nInnerCells);
-    const int step = UniformInt(random, 1, mesh.nInnerCells - 1);
+    int const cv = UniformInt(random, 1, mesh.nInnerCells);
+    int const step = UniformInt(random, 1, mesh.nInnerCells - 1);
     mesh.inner.push_back(RandomFace(random, cv, 1 + (cv - 1 + step) % mesh.nInnerCells));
   }
 }
@@ -65,15 +65,15 @@ void AddInnerFaces(MeshDescription& mesh, Random& random, int count) {
 void AddOuterFaces(MeshDescription& mesh, std::vector<Face>& faces, Random& random, int count) {
   if (mesh.nInnerCells < 1) return;
   for (int f = 0; f < count; ++f) {
-    const bool share = !faces.empty() && OneIn(random, 4);
-    const int outer = share ? faces.back().other : mesh.AddOuterCell(RandomVector(random));
+    bool const share = !faces.empty() && OneIn(random, 4);
+    int const outer = share ? faces.back().other : mesh.AddOuterCell(RandomVector(random));
     faces.push_back(RandomFace(random, UniformInt(random, 1, mesh.nInnerCells), outer));
   }
 }
 
 double SpecialValue(Random& random) {
   using Limits = std::numeric_limits<double>;
-  const double values[] = {0.0,
+  double const values[] = {0.0,
                            -0.0,
                            Limits::denorm_min(),
                            -3.0 * Limits::denorm_min(),
@@ -107,11 +107,11 @@ double RandomValue(Random& random, FieldKind kind) {
 
 }  // namespace
 
-MeshDescription RandomMesh(Random& random, const RandomMeshSize& size) {
+MeshDescription RandomMesh(Random& random, RandomMeshSize const& size) {
   MeshDescription mesh;
-  const int nInnerCells = OneIn(random, 20) ? 0 : UniformInt(random, 1, size.maxInnerCells);
+  int const nInnerCells = OneIn(random, 20) ? 0 : UniformInt(random, 1, size.maxInnerCells);
   for (int c = 1; c <= nInnerCells; ++c) {
-    const double volume = OneIn(random, 30) ? 0.0 : Uniform(random, 0.01, 2.0);
+    double const volume = OneIn(random, 30) ? 0.0 : Uniform(random, 0.01, 2.0);
     mesh.AddInteriorCell(RandomVector(random), volume);
   }
   AddInnerFaces(mesh, random, RandomCount(random, 3 * size.maxFacesPerGroup));
@@ -123,14 +123,14 @@ MeshDescription RandomMesh(Random& random, const RandomMeshSize& size) {
   return mesh;
 }
 
-std::vector<double> RandomField(Random& random, const MeshDescription& mesh) {
-  const auto kind = static_cast<FieldKind>(UniformInt(random, 0, 3));
+std::vector<double> RandomField(Random& random, MeshDescription const& mesh) {
+  auto const kind = static_cast<FieldKind>(UniformInt(random, 0, 3));
   std::vector<double> field(static_cast<std::size_t>(mesh.NCell()) + 1, 0.0);
   for (std::size_t c = 1; c < field.size(); ++c) field[c] = RandomValue(random, kind);
   return field;
 }
 
-std::vector<double> TameField(Random& random, const MeshDescription& mesh) {
+std::vector<double> TameField(Random& random, MeshDescription const& mesh) {
   std::vector<double> field(static_cast<std::size_t>(mesh.NCell()) + 1, 0.0);
   for (std::size_t c = 1; c < field.size(); ++c) field[c] = Uniform(random, 0.5, 2.0);
   return field;

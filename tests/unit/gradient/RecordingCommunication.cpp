@@ -2,8 +2,8 @@
 
 namespace gradient_test {
 
-std::vector<ExchangeCall> ThreeArrayExchange(bool nonBlocking, const double* x, const double* y,
-                                             const double* z) {
+std::vector<ExchangeCall> ThreeArrayExchange(bool nonBlocking, double const* x, double const* y,
+                                             double const* z) {
   using Operation = ExchangeOperation;
   if (!nonBlocking)
     return {{Operation::Blocking, x, -1}, {Operation::Blocking, y, -1}, {Operation::Blocking, z, -1}};

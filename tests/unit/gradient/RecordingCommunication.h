@@ -15,17 +15,17 @@ enum class ExchangeOperation { Blocking, Start, Wait };
 /// One call of a halo exchange. `buffer` is -1 for the blocking form.
 struct ExchangeCall {
   ExchangeOperation operation;
-  const double* field;
+  double const* field;
   int buffer;
 };
 
-inline bool operator==(const ExchangeCall& a, const ExchangeCall& b) {
+inline bool operator==(ExchangeCall const& a, ExchangeCall const& b) {
   return a.operation == b.operation && a.field == b.field && a.buffer == b.buffer;
 }
 
-inline std::ostream& operator<<(std::ostream& out, const ExchangeCall& call) {
-  const char* const names[] = {"DDM_Exch", "DDM_IExch_Start", "DDM_IExch_Wait"};
-  out << names[static_cast<int>(call.operation)] << "(" << static_cast<const void*>(call.field);
+inline std::ostream& operator<<(std::ostream& out, ExchangeCall const& call) {
+  char const* const names[] = {"DDM_Exch", "DDM_IExch_Start", "DDM_IExch_Wait"};
+  out << names[static_cast<int>(call.operation)] << "(" << static_cast<void const*>(call.field);
   if (call.buffer >= 0) out << ", " << call.buffer;
   return out << ")";
 }
@@ -64,7 +64,7 @@ class RecordingCommunication : public CCommunication {
     exchange_(field);
   }
 
-  const std::vector<ExchangeCall>& Calls() const { return calls_; }
+  std::vector<ExchangeCall> const& Calls() const { return calls_; }
   void ForgetCalls() { calls_.clear(); }
 
   /// Replaces the rule for the halo cells.
@@ -74,13 +74,13 @@ class RecordingCommunication : public CCommunication {
   /// at once.
   bool RulesKept() const {
     bool allWaited = true;
-    for (const Buffer& buffer : buffers_) allWaited = allWaited && buffer.field == nullptr;
+    for (Buffer const& buffer : buffers_) allWaited = allWaited && buffer.field == nullptr;
     return rulesKept_ && allWaited;
   }
 
  private:
   struct Buffer {
-    const double* field = nullptr;  ///< array under way, null when free
+    double const* field = nullptr;  ///< array under way, null when free
     std::vector<double> atStart;    ///< its elements 0..nCell when the exchange was started
   };
 
@@ -95,7 +95,7 @@ class RecordingCommunication : public CCommunication {
 
 /// The calls that exchange three arrays: each in turn, or started with the buffers 0, 1, 2 and waited for in
 /// that order.
-std::vector<ExchangeCall> ThreeArrayExchange(bool nonBlocking, const double* x, const double* y,
-                                             const double* z);
+std::vector<ExchangeCall> ThreeArrayExchange(bool nonBlocking, double const* x, double const* y,
+                                             double const* z);
 
 }  // namespace gradient_test

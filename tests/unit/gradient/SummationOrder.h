@@ -48,20 +48,20 @@ class SummationOrder {
     std::iota(stated.begin(), stated.end(), std::size_t{0});
     std::vector<std::size_t> order = stated;
     while (std::next_permutation(order.begin(), order.end())) {
-      const bool onlyFirstTwo = std::equal(order.begin() + 2, order.end(), stated.begin() + 2);
+      bool const onlyFirstTwo = std::equal(order.begin() + 2, order.end(), stated.begin() + 2);
       if (!onlyFirstTwo && !ChangesASum(order)) return false;
     }
     return true;
   }
 
  private:
-  double SumIn(const std::vector<std::size_t>& order, std::size_t n) const {
+  double SumIn(std::vector<std::size_t> const& order, std::size_t n) const {
     double sum = 0.0;
-    for (const std::size_t i : order) sum += terms_[n][i];
+    for (std::size_t const i : order) sum += terms_[n][i];
     return sum;
   }
 
-  bool ChangesASum(const std::vector<std::size_t>& order) const {
+  bool ChangesASum(std::vector<std::size_t> const& order) const {
     for (std::size_t n = 0; n < terms_.size(); ++n)
       if (SumIn(order, n) != Sum(n)) return true;
     return false;

@@ -2,8 +2,8 @@
 
 namespace gradient_test {
 
-GuardedArray<double> Guarded(const std::vector<double>& values) {
-  const int n = static_cast<int>(values.size()) - 1;
+GuardedArray<double> Guarded(std::vector<double> const& values) {
+  int const n = static_cast<int>(values.size()) - 1;
   GuardedArray<double> array(n);
   for (int i = 1; i <= n; ++i) array[i] = values[static_cast<std::size_t>(i)];
   return array;
@@ -11,15 +11,15 @@ GuardedArray<double> Guarded(const std::vector<double>& values) {
 
 namespace {
 
-GuardedArray<double> CentreComponent(const MeshDescription& mesh, double Vector3::*component) {
+GuardedArray<double> CentreComponent(MeshDescription const& mesh, double Vector3::*component) {
   std::vector<double> values;
-  for (const Vector3& centre : mesh.centres) values.push_back(centre.*component);
+  for (Vector3 const& centre : mesh.centres) values.push_back(centre.*component);
   return Guarded(values);
 }
 
 }  // namespace
 
-TestHost::TestHost(const MeshDescription& description, const Exchange& exchange, bool lendEmptyArrays)
+TestHost::TestHost(MeshDescription const& description, Exchange const& exchange, bool lendEmptyArrays)
     : partitionFaces(description.partition),
       communication(description.NCell(), exchange),
       previous(description.NCell(), 1e9),
@@ -104,7 +104,7 @@ void TestHost::ConnectTo(COperatorGradient& gradient) {
 }
 
 bool TestHost::InputsUntouched() const {
-  const TestHost fresh(description_);
+  TestHost const fresh(description_);
   return xc.IdenticalTo(fresh.xc) && yc.IdenticalTo(fresh.yc) && zc.IdenticalTo(fresh.zc) &&
          volume.IdenticalTo(fresh.volume) && inner.IdenticalTo(fresh.inner) &&
          inlet.IdenticalTo(fresh.inlet) && outlet.IdenticalTo(fresh.outlet) &&

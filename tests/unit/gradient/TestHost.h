@@ -24,17 +24,17 @@ struct GuardedGradient {
 };
 
 /// A guarded copy of values [1..n].
-GuardedArray<double> Guarded(const std::vector<double>& values);
+GuardedArray<double> Guarded(std::vector<double> const& values);
 
 /// Everything an operator borrows, made from a description: the records filled with guarded arrays, the
 /// partition faces and the recording collectives. Record members that no gradient reads stay null.
 class TestHost {
  public:
   /// `lendEmptyArrays`: groups without faces lend arrays of guards instead of null pointers.
-  explicit TestHost(const MeshDescription& description, const Exchange& exchange = NoExchange(),
+  explicit TestHost(MeshDescription const& description, Exchange const& exchange = NoExchange(),
                     bool lendEmptyArrays = false);
-  TestHost(const TestHost&) = delete;
-  TestHost& operator=(const TestHost&) = delete;
+  TestHost(TestHost const&) = delete;
+  TestHost& operator=(TestHost const&) = delete;
 
   /// Hands all host objects to an operator.
   void ConnectTo(COperatorGradient& gradient);

@@ -10,7 +10,7 @@ namespace gradient_test {
 /// Partition faces lent from guarded arrays; the accessors count their calls.
 class TestPartitionFaces : public CPartitionFace_DLL {
  public:
-  explicit TestPartitionFaces(const std::vector<Face>& faces) : faces_(faces) {}
+  explicit TestPartitionFaces(std::vector<Face> const& faces) : faces_(faces) {}
 
   int NParInterFace() override { return ++calls_, faces_.count; }
   int* ijParCV() override { return Lend(faces_.cv); }
@@ -25,7 +25,7 @@ class TestPartitionFaces : public CPartitionFace_DLL {
   int* FaceType_Partition() override { return Lend(faces_.type); }
 
   GuardedFaces& Faces() { return faces_; }
-  const GuardedFaces& Faces() const { return faces_; }
+  GuardedFaces const& Faces() const { return faces_; }
 
   /// Accessor calls so far.
   int Calls() const { return calls_; }

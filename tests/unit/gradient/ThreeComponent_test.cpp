@@ -32,33 +32,33 @@ void Compute(TestHost& host, double* phi1, double* phi2, double* phi3, ThreeGrad
                            g[1].y.Data(), g[1].z.Data(), g[2].x.Data(), g[2].y.Data(), g[2].z.Data());
 }
 
-void Compute(TestHost& host, const ThreeFields& phi, ThreeGradients& g, int type = 0) {
+void Compute(TestHost& host, ThreeFields const& phi, ThreeGradients& g, int type = 0) {
   GuardedArray<double> phi1 = Guarded(phi[0]), phi2 = Guarded(phi[1]), phi3 = Guarded(phi[2]);
   Compute(host, phi1.Data(), phi2.Data(), phi3.Data(), g, type);
 }
 
-ThreeGradients Compute(const MeshDescription& mesh, const ThreeFields& phi, int type = 0) {
+ThreeGradients Compute(MeshDescription const& mesh, ThreeFields const& phi, int type = 0) {
   TestHost host(mesh);
   ThreeGradients g(mesh.NCell());
   Compute(host, phi, g, type);
   return g;
 }
 
-ThreeFields TameFields(Random& random, const MeshDescription& mesh) {
+ThreeFields TameFields(Random& random, MeshDescription const& mesh) {
   return {TameField(random, mesh), TameField(random, mesh), TameField(random, mesh)};
 }
 
 TEST(ThreeComponentGradient, EqualsItsPlainFormOnRandomMeshes) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    const MeshDescription mesh = RandomMesh(random);
-    const ThreeFields phi = TameFields(random, mesh);
-    for (const bool nonBlocking : {false, true}) {
+    MeshDescription const mesh = RandomMesh(random);
+    ThreeFields const phi = TameFields(random, mesh);
+    for (bool const nonBlocking : {false, true}) {
       TestHost host(mesh, ExchangeWithItself(mesh));
       host.UseNonBlockingExchange(nonBlocking);
       ThreeGradients g(mesh.NCell());
       Compute(host, phi, g);
-      const std::array<Gradient, 3> expected = ThreeComponentGreenGauss(mesh, phi, ExchangeWithItself(mesh));
+      std::array<Gradient, 3> const expected = ThreeComponentGreenGauss(mesh, phi, ExchangeWithItself(mesh));
       for (std::size_t n = 0; n < 3; ++n)
         EXPECT_TRUE(SameBits(expected[n], g[n])) << seed << ", field " << n + 1;
     }
@@ -68,8 +68,8 @@ TEST(ThreeComponentGradient, EqualsItsPlainFormOnRandomMeshes) {
 TEST(ThreeComponentGradient, EachGradientEqualsThePlainGradientOfItsFieldBitForBit) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    const MeshDescription mesh = RandomMesh(random);
-    const ThreeFields phi = TameFields(random, mesh);
+    MeshDescription const mesh = RandomMesh(random);
+    ThreeFields const phi = TameFields(random, mesh);
     TestHost host(mesh, ExchangeWithItself(mesh));
     ThreeGradients g(mesh.NCell());
     Compute(host, phi, g);
@@ -85,7 +85,7 @@ TEST(ThreeComponentGradient, EachGradientEqualsThePlainGradientOfItsFieldBitForB
 TEST(ThreeComponentGradient, HandComputedFaceValuesOfTwoCells) {
   ThreeGradients g =
       Compute(TwoCells(0.25), {Field{0.0, 4.0, 8.0}, Field{0.0, 8.0, 0.0}, Field{0.0, -4.0, -4.0}});
-  const double faceValues[] = {5.0, 6.0, -4.0};
+  double const faceValues[] = {5.0, 6.0, -4.0};
   for (std::size_t n = 0; n < 3; ++n) {
     EXPECT_EQ(faceValues[n], g[n].x[1]);
     EXPECT_EQ(2 * faceValues[n], g[n].y[1]);
@@ -106,7 +106,7 @@ TEST(ThreeComponentGradient, LimiterUsesTheCellValuesOfEachFieldOnItsOwn) {
 }
 
 TEST(ThreeComponentGradient, NaNInOneFieldStaysInItsGradient) {
-  const double nan = std::numeric_limits<double>::quiet_NaN();
+  double const nan = std::numeric_limits<double>::quiet_NaN();
   ThreeGradients g = Compute(TwoCells(), {Field{0.0, 4.0, 8.0}, Field{0.0, nan, 4.0}, Field{0.0, 3.0, 3.0}});
   EXPECT_EQ(6.0, g[0].x[1]);
   EXPECT_TRUE(std::isnan(g[1].x[1]) && std::isnan(g[1].x[2]));
@@ -116,7 +116,7 @@ TEST(ThreeComponentGradient, NaNInOneFieldStaysInItsGradient) {
 TEST(ThreeComponentGradient, OneSidedFaceChangesNoneOfTheNineSumsOfTheOtherCell) {
   ThreeGradients g =
       Compute(TwoCells(0.5, 1), {Field{0.0, 4.0, 8.0}, Field{0.0, 8.0, 0.0}, Field{0.0, 3.0, 1.0}});
-  const double faceValues[] = {6.0, 4.0, 2.0};
+  double const faceValues[] = {6.0, 4.0, 2.0};
   for (std::size_t n = 0; n < 3; ++n) {
     EXPECT_EQ(faceValues[n], g[n].x[1]);
     EXPECT_TRUE(SameBits(0.0, g[n].x[2]) && SameBits(0.0, g[n].y[2]) && SameBits(0.0, g[n].z[2])) << n;
@@ -124,22 +124,22 @@ TEST(ThreeComponentGradient, OneSidedFaceChangesNoneOfTheNineSumsOfTheOtherCell)
 }
 
 TEST(ThreeComponentGradient, EveryOtherFaceTypeChangesBothCells) {
-  for (const int type : {0, 2, -1, 101}) {
+  for (int const type : {0, 2, -1, 101}) {
     ThreeGradients g =
         Compute(TwoCells(0.5, type), {Field{0.0, 4.0, 8.0}, Field{0.0, 8.0, 0.0}, Field{0.0, 3.0, 1.0}});
-    const double faceValues[] = {6.0, 4.0, 2.0};
+    double const faceValues[] = {6.0, 4.0, 2.0};
     for (std::size_t n = 0; n < 3; ++n) EXPECT_EQ(-faceValues[n], g[n].x[2]) << type;
   }
 }
 
 TEST(ThreeComponentGradient, PartitionFacesObeyTheirTypes) {
-  for (const int type : {0, 1, 2, -1}) {
+  for (int const type : {0, 1, 2, -1}) {
     MeshDescription mesh;
     mesh.AddInteriorCell({}, 0.5);
-    const int halo = mesh.AddOuterCell({});
+    int const halo = mesh.AddOuterCell({});
     mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {}, 0.25, type});
     ThreeGradients g = Compute(mesh, {Field{0.0, 4.0, 8.0}, Field{0.0, 8.0, 0.0}, Field{0.0, 3.0, 3.0}});
-    const double faceValues[] = {5.0, 6.0, 3.0};
+    double const faceValues[] = {5.0, 6.0, 3.0};
     for (std::size_t n = 0; n < 3; ++n) {
       EXPECT_EQ(2 * faceValues[n], g[n].x[1]) << type;
       EXPECT_EQ(type == 1 ? 0.0 : -faceValues[n], g[n].x[halo]) << type;
@@ -150,7 +150,7 @@ TEST(ThreeComponentGradient, PartitionFacesObeyTheirTypes) {
 
 TEST(ThreeComponentGradient, SameArrayAsFirstAndSecondFieldGivesEqualGradients) {
   Random random(31);
-  const MeshDescription mesh = RandomMesh(random);
+  MeshDescription const mesh = RandomMesh(random);
   GuardedArray<double> shared = Guarded(TameField(random, mesh)), third = Guarded(TameField(random, mesh));
   TestHost host(mesh);
   ThreeGradients g(mesh.NCell());
@@ -162,18 +162,18 @@ TEST(ThreeComponentGradient, SameArrayAsFirstAndSecondFieldGivesEqualGradients) 
 TEST(ThreeComponentGradient, GhostCellsOfAllNineOutputsAreExactlyZero) {
   Random random(32);
   for (int n = 0; n < 10; ++n) {
-    const MeshDescription mesh = RandomMesh(random);
+    MeshDescription const mesh = RandomMesh(random);
     ThreeGradients g = Compute(mesh, TameFields(random, mesh));
-    for (const GuardedGradient& component : g.g) EXPECT_TRUE(GhostsAreZero(mesh, component));
+    for (GuardedGradient const& component : g.g) EXPECT_TRUE(GhostsAreZero(mesh, component));
   }
 }
 
 TEST(ThreeComponentGradient, GradientTypeHasNoInfluence) {
   Random random(33);
-  const MeshDescription mesh = RandomMesh(random);
-  const ThreeFields phi = TameFields(random, mesh);
+  MeshDescription const mesh = RandomMesh(random);
+  ThreeFields const phi = TameFields(random, mesh);
   ThreeGradients reference = Compute(mesh, phi, 0);
-  for (const int type : {1, 2, 3, 7, -1}) {
+  for (int const type : {1, 2, 3, 7, -1}) {
     ThreeGradients g = Compute(mesh, phi, type);
     for (std::size_t n = 0; n < 3; ++n) EXPECT_TRUE(SameBits(reference[n], g[n])) << type;
   }
@@ -181,15 +181,15 @@ TEST(ThreeComponentGradient, GradientTypeHasNoInfluence) {
 
 TEST(ThreeComponentGradient, ReadsNeitherCentresNorThePreviousIterate) {
   Random random(34);
-  const MeshDescription mesh = RandomMesh(random);
-  const ThreeFields phi = TameFields(random, mesh);
+  MeshDescription const mesh = RandomMesh(random);
+  ThreeFields const phi = TameFields(random, mesh);
   TestHost host(mesh);
   CZYN3DFiniteVolumeMesh& record = host.mesh;
   record.xc = record.yc = record.zc = record.ijxc = record.ijyc = record.ijzc = nullptr;
   host.gv.PrevGradX = host.gv.PrevGradY = host.gv.PrevGradZ = nullptr;
   ThreeGradients g(mesh.NCell(), std::numeric_limits<double>::quiet_NaN());
   Compute(host, phi, g);
-  const std::array<Gradient, 3> expected = ThreeComponentGreenGauss(mesh, phi, NoExchange());
+  std::array<Gradient, 3> const expected = ThreeComponentGreenGauss(mesh, phi, NoExchange());
   for (std::size_t n = 0; n < 3; ++n) EXPECT_TRUE(SameBits(expected[n], g[n]));
 }
 
@@ -206,7 +206,7 @@ TEST(ThreeComponentGradient, AddsInnerPartitionInletOutletSymmetryAndWallFacesIn
   Random random(35);
   std::array<std::vector<std::vector<double>>, 3> terms;
   std::array<std::vector<double>, 3> found;
-  const MeshDescription mesh = OneCellWithFacesOfAllGroups();
+  MeshDescription const mesh = OneCellWithFacesOfAllGroups();
   for (int n = 0; n < kSumsForAnOrder; ++n) {
     ThreeFields phi;
     for (Field& field : phi) {
@@ -220,14 +220,14 @@ TEST(ThreeComponentGradient, AddsInnerPartitionInletOutletSymmetryAndWallFacesIn
     }
   }
   for (std::size_t i = 0; i < 3; ++i) {
-    const SummationOrder order(terms[i]);
+    SummationOrder const order(terms[i]);
     ASSERT_TRUE(order.TellsAllOtherOrdersApart());
     EXPECT_EQ(order.Sums(), found[i]) << i;
   }
 }
 
 TEST(ThreeComponentGradient, BlockingExchangeTakesTheNineOutputsInTheirOrder) {
-  const MeshDescription mesh = TwoCells();
+  MeshDescription const mesh = TwoCells();
   TestHost host(mesh);
   ThreeGradients g(mesh.NCell());
   Compute(host, {Field(3, 1.0), Field(3, 2.0), Field(3, 3.0)}, g);
@@ -239,16 +239,16 @@ TEST(ThreeComponentGradient, BlockingExchangeTakesTheNineOutputsInTheirOrder) {
 }
 
 TEST(ThreeComponentGradient, NonBlockingExchangeRotatesTheNineOutputsThroughFourBuffers) {
-  const MeshDescription mesh = TwoCells();
+  MeshDescription const mesh = TwoCells();
   TestHost host(mesh);
   host.UseNonBlockingExchange(true);
   ThreeGradients g(mesh.NCell());
   Compute(host, {Field(3, 1.0), Field(3, 2.0), Field(3, 3.0)}, g);
-  const double *g1x = g[0].x.Data(), *g1y = g[0].y.Data(), *g1z = g[0].z.Data();
-  const double *g2x = g[1].x.Data(), *g2y = g[1].y.Data(), *g2z = g[1].z.Data();
-  const double *g3x = g[2].x.Data(), *g3y = g[2].y.Data(), *g3z = g[2].z.Data();
+  double const *g1x = g[0].x.Data(), *g1y = g[0].y.Data(), *g1z = g[0].z.Data();
+  double const *g2x = g[1].x.Data(), *g2y = g[1].y.Data(), *g2z = g[1].z.Data();
+  double const *g3x = g[2].x.Data(), *g3y = g[2].y.Data(), *g3z = g[2].z.Data();
   constexpr ExchangeOperation Start = ExchangeOperation::Start, Wait = ExchangeOperation::Wait;
-  const std::vector<ExchangeCall> expected = {
+  std::vector<ExchangeCall> const expected = {
       {Start, g1x, 0}, {Start, g1y, 1}, {Start, g1z, 2}, {Start, g2x, 3},  //
       {Wait, g1x, 0},  {Start, g2y, 0},                                    //
       {Wait, g1y, 1},  {Start, g2z, 1},                                    //
@@ -263,8 +263,8 @@ TEST(ThreeComponentGradient, NonBlockingExchangeRotatesTheNineOutputsThroughFour
 
 TEST(ThreeComponentGradient, BlockingAndNonBlockingExchangesGiveTheSameBits) {
   Random random(36);
-  const MeshDescription mesh = RandomMesh(random);
-  const ThreeFields phi = TameFields(random, mesh);
+  MeshDescription const mesh = RandomMesh(random);
+  ThreeFields const phi = TameFields(random, mesh);
   TestHost blocking(mesh, ExchangeWithItself(mesh)), nonBlocking(mesh, ExchangeWithItself(mesh));
   nonBlocking.UseNonBlockingExchange(true);
   ThreeGradients a(mesh.NCell()), b(mesh.NCell());
@@ -274,7 +274,7 @@ TEST(ThreeComponentGradient, BlockingAndNonBlockingExchangesGiveTheSameBits) {
 }
 
 TEST(ThreeComponentGradient, EmptyGroupsMayLendNullOrUnreadableArrays) {
-  for (const bool lendEmptyArrays : {false, true}) {
+  for (bool const lendEmptyArrays : {false, true}) {
     TestHost host(TwoCells(), NoExchange(), lendEmptyArrays);
     ThreeGradients g(2);
     Compute(host, {Field{0.0, 3.0, 5.0}, Field{0.0, 1.0, 1.0}, Field{0.0, 2.0, 4.0}}, g);

@@ -50,7 +50,7 @@ TEST(TwoFaces, AZeroOfEitherSignIsFoundInEveryPlace) {
 // By way of a volatile: two constants are folded by some compilers as if the order of the two did not matter. Field
 // values are no constants.
 double AtRunTime(double value) {
-  double volatile const seen = value;
+  double const volatile seen = value;
   return seen;
 }
 

@@ -16,13 +16,13 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-void Compute(TestHost& host, const Field& phi, const Field& k, GuardedGradient& g, int type = 0, int n = 1) {
+void Compute(TestHost& host, Field const& phi, Field const& k, GuardedGradient& g, int type = 0, int n = 1) {
   ConnectedOperator op(host, type);
   GuardedArray<double> guardedPhi = Guarded(phi), guardedK = Guarded(k);
   op.gradient.GradMethod_Weighted(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), guardedK.Data(), n);
 }
 
-GuardedGradient Compute(const MeshDescription& mesh, const Field& phi, const Field& k, int type = 0,
+GuardedGradient Compute(MeshDescription const& mesh, Field const& phi, Field const& k, int type = 0,
                         int n = 1) {
   TestHost host(mesh);
   GuardedGradient g(mesh.NCell());
@@ -38,8 +38,8 @@ double FaceValue(double phiCv, double phiOther, double weight, double kCv, doubl
 TEST(WeightedGreenGauss, EqualsItsPlainFormOnRandomMeshes) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    const MeshDescription mesh = RandomMesh(random);
-    const Field phi = TameField(random, mesh), k = TameField(random, mesh);
+    MeshDescription const mesh = RandomMesh(random);
+    Field const phi = TameField(random, mesh), k = TameField(random, mesh);
     TestHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, k, g);
@@ -57,8 +57,8 @@ TEST(WeightedGreenGauss, HandComputedFaceValueLiesNearerTheCellWithTheLargerCoef
 TEST(WeightedGreenGauss, ConstantCoefficientGivesTheLinearValueUpToRounding) {
   Random random(2);
   for (int n = 0; n < 100; ++n) {
-    const double w = Uniform(random, 0.0, 1.0), k = Uniform(random, 0.1, 10.0);
-    const double cv = Uniform(random, -1.0, 1.0), other = Uniform(random, -1.0, 1.0);
+    double const w = Uniform(random, 0.0, 1.0), k = Uniform(random, 0.1, 10.0);
+    double const cv = Uniform(random, -1.0, 1.0), other = Uniform(random, -1.0, 1.0);
     // A few roundings of numbers of size 1.
     EXPECT_NEAR((1 - w) * cv + w * other, FaceValue(cv, other, w, k, k), 1e-14);
   }
@@ -66,12 +66,12 @@ TEST(WeightedGreenGauss, ConstantCoefficientGivesTheLinearValueUpToRounding) {
 
 TEST(WeightedGreenGauss, ConstantCoefficientAgreesWithThePlainGradient) {
   Random random(3);
-  const MeshDescription mesh = Box({0, 1, 3, 4}, {0, 2, 3}, {0, 1, 2});
-  const Field phi = TameField(random, mesh), k(mesh.centres.size(), 2.5);
-  const GuardedGradient weighted = Compute(mesh, phi, k);
-  const Gradient plain = PlainGreenGauss(mesh, phi, NoExchange());
+  MeshDescription const mesh = Box({0, 1, 3, 4}, {0, 2, 3}, {0, 1, 2});
+  Field const phi = TameField(random, mesh), k(mesh.centres.size(), 2.5);
+  GuardedGradient const weighted = Compute(mesh, phi, k);
+  Gradient const plain = PlainGreenGauss(mesh, phi, NoExchange());
   for (int c = 1; c <= mesh.NCell(); ++c) {
-    const auto i = static_cast<std::size_t>(c);
+    auto const i = static_cast<std::size_t>(c);
     EXPECT_NEAR(plain.x[i], weighted.x[c], 1e-13);  // sums of up to six values of size 1
     EXPECT_NEAR(plain.y[i], weighted.y[c], 1e-13);
     EXPECT_NEAR(plain.z[i], weighted.z[c], 1e-13);
@@ -88,12 +88,12 @@ TEST(WeightedGreenGauss, FarLargerCoefficientOfTheCvCellPullsTheFaceValueToIt) {
 }
 
 TEST(WeightedGreenGauss, WeightZeroTakesTheCvValue) {
-  for (const double kOther : {0.5, 1.0, 4.0, 1e10})
+  for (double const kOther : {0.5, 1.0, 4.0, 1e10})
     EXPECT_EQ(10.0, FaceValue(10.0, 20.0, 0.0, 3.0, kOther)) << kOther;
 }
 
 TEST(WeightedGreenGauss, WeightOneTakesTheOtherValue) {
-  for (const double kCv : {0.5, 1.0, 4.0, 1e10}) EXPECT_EQ(20.0, FaceValue(10.0, 20.0, 1.0, kCv, 3.0)) << kCv;
+  for (double const kCv : {0.5, 1.0, 4.0, 1e10}) EXPECT_EQ(20.0, FaceValue(10.0, 20.0, 1.0, kCv, 3.0)) << kCv;
 }
 
 TEST(WeightedGreenGauss, ZeroCoefficientsAreGuarded) {
@@ -122,13 +122,13 @@ TEST(WeightedGreenGauss, OrderOfOperationsInTheFaceValueIsTheStatedOne) {
   Random random(4);
   int differing = 0;
   for (int n = 0; n < 300; ++n) {
-    const double w = Uniform(random, 0.1, 0.9), kb = Uniform(random, 0.1, 3.0),
+    double const w = Uniform(random, 0.1, 0.9), kb = Uniform(random, 0.1, 3.0),
                  ka = Uniform(random, 0.1, 3.0);
-    const double b = Uniform(random, 0.0, 1.0), a = Uniform(random, 0.0, 1.0);
-    const double t = (1 - w) / (ka + 1e-30);
-    const double dphi = b - a;
-    const double sum = w / (kb + 1e-30) + t;
-    const double stated = ((dphi * t) / sum) + a;
+    double const b = Uniform(random, 0.0, 1.0), a = Uniform(random, 0.0, 1.0);
+    double const t = (1 - w) / (ka + 1e-30);
+    double const dphi = b - a;
+    double const sum = w / (kb + 1e-30) + t;
+    double const stated = ((dphi * t) / sum) + a;
     if (dphi * (t / sum) + a != stated) ++differing;
     EXPECT_EQ(stated, FaceValue(b, a, w, kb, ka));
   }
@@ -138,9 +138,9 @@ TEST(WeightedGreenGauss, OrderOfOperationsInTheFaceValueIsTheStatedOne) {
 TEST(WeightedGreenGauss, PartitionFacesAreWeightedWithTheirOwnLamdaAndTheHaloCoefficient) {
   MeshDescription mesh;
   mesh.AddInteriorCell({}, 1.0);
-  const int halo = mesh.AddOuterCell({});
+  int const halo = mesh.AddOuterCell({});
   mesh.partition.push_back({1, halo, {1.0, 0.0, 0.0}, {}, 0.5, 0});
-  const GuardedGradient g = Compute(mesh, {0.0, 10.0, 20.0}, {0.0, 1.0, 4.0});
+  GuardedGradient const g = Compute(mesh, {0.0, 10.0, 20.0}, {0.0, 1.0, 4.0});
   EXPECT_NEAR(18.0, g.x[1], 1e-13);
   EXPECT_EQ(-g.x[1], g.x[halo]);
 }
@@ -153,27 +153,27 @@ TEST(WeightedGreenGauss, BoundaryFacesAreNotWeighted) {
   mesh.outlet.push_back({1, 3, {0.0, 1.0, 0.0}, {}, 0.5, 0});
   mesh.symmetry.push_back({1, 4, {0.0, 0.0, 1.0}, {}, 0.5, 0});
   mesh.wall.push_back({1, 5, {1.0, 1.0, 1.0}, {}, 0.5, 0});
-  const GuardedGradient g = Compute(mesh, {0.0, 1.0, 2.0, 4.0, 8.0, 16.0}, {0.0, 1.0, 1e9, 1e-9, kNaN, 0.0});
+  GuardedGradient const g = Compute(mesh, {0.0, 1.0, 2.0, 4.0, 8.0, 16.0}, {0.0, 1.0, 1e9, 1e-9, kNaN, 0.0});
   EXPECT_EQ(18.0, g.x[1]);
   EXPECT_EQ(20.0, g.y[1]);
   EXPECT_EQ(24.0, g.z[1]);
 }
 
 TEST(WeightedGreenGauss, FaceTypesDecideWhoFeelsTheFace) {
-  for (const int type : {0, 1, 2, -1}) {
-    const GuardedGradient g = Compute(TwoCells(0.5, type), {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0});
+  for (int const type : {0, 1, 2, -1}) {
+    GuardedGradient const g = Compute(TwoCells(0.5, type), {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0});
     EXPECT_NEAR(4.0, g.x[1], 1e-14) << type;
     EXPECT_EQ(type == 1 ? 0.0 : -g.x[1], g.x[2]) << type;
   }
 }
 
 TEST(WeightedGreenGauss, PartitionFaceTypesDecideWhoFeelsTheFace) {
-  for (const int type : {0, 1, 2, -1}) {
+  for (int const type : {0, 1, 2, -1}) {
     MeshDescription mesh;
     mesh.AddInteriorCell({}, 1.0);
-    const int halo = mesh.AddOuterCell({});
+    int const halo = mesh.AddOuterCell({});
     mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {}, 0.5, type});
-    const GuardedGradient g = Compute(mesh, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0});
+    GuardedGradient const g = Compute(mesh, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0});
     EXPECT_NEAR(4.0, g.x[1], 1e-14) << type;
     EXPECT_EQ(type == 1 ? 0.0 : -g.x[1], g.x[halo]) << type;
   }
@@ -184,13 +184,13 @@ TEST(WeightedGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThat
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    const MeshDescription mesh = OneCellWithFacesOfAllGroups();
+    MeshDescription const mesh = OneCellWithFacesOfAllGroups();
     Field phi = {0.0, 0.0};
     for (int c = 2; c <= 8; ++c) phi.push_back(RoughTerm(random));
     terms.emplace_back(phi.begin() + 2, phi.end());
     found.push_back(Compute(mesh, phi, Field(9, 1.0)).x[1]);
   }
-  const SummationOrder order(terms);
+  SummationOrder const order(terms);
   ASSERT_TRUE(order.TellsAllOtherOrdersApart());
   EXPECT_EQ(order.Sums(), found);
 }
@@ -199,7 +199,7 @@ TEST(WeightedGreenGauss, ZeroVolumeIsNotGuarded) {
   MeshDescription mesh = TwoCells();
   mesh.volumes[1] = 0.0;
   mesh.inner[0].area.z = 0.0;
-  const GuardedGradient g = Compute(mesh, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0});
+  GuardedGradient const g = Compute(mesh, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0});
   EXPECT_EQ(std::numeric_limits<double>::infinity(), g.x[1]);
   EXPECT_TRUE(std::isnan(g.z[1])) << "0 times infinity";
   EXPECT_TRUE(std::isfinite(g.x[2]));
@@ -214,27 +214,27 @@ TEST(WeightedGreenGauss, VolumesAreTakenWithoutTheGuardOfThePlainForm) {
 
 TEST(WeightedGreenGauss, LastArgumentHasNoEffect) {
   Random random(8);
-  const MeshDescription mesh = RandomMesh(random);
+  MeshDescription const mesh = RandomMesh(random);
   ASSERT_FALSE(mesh.inner.empty() || mesh.partition.empty());
-  const Field phi = TameField(random, mesh), k = TameField(random, mesh);
-  const GuardedGradient reference = Compute(mesh, phi, k, 0, 1);
-  for (const int n : {-5, 0, 2, 100}) EXPECT_TRUE(SameBits(reference, Compute(mesh, phi, k, 0, n))) << n;
+  Field const phi = TameField(random, mesh), k = TameField(random, mesh);
+  GuardedGradient const reference = Compute(mesh, phi, k, 0, 1);
+  for (int const n : {-5, 0, 2, 100}) EXPECT_TRUE(SameBits(reference, Compute(mesh, phi, k, 0, n))) << n;
 }
 
 TEST(WeightedGreenGauss, GradientTypeHasNoInfluence) {
   Random random(8);
-  const MeshDescription mesh = RandomMesh(random);
+  MeshDescription const mesh = RandomMesh(random);
   ASSERT_FALSE(mesh.inner.empty() || mesh.partition.empty());
-  const Field phi = TameField(random, mesh), k = TameField(random, mesh);
-  const GuardedGradient reference = Compute(mesh, phi, k);
-  for (const int type : {1, 2, 3, 7, -1})
+  Field const phi = TameField(random, mesh), k = TameField(random, mesh);
+  GuardedGradient const reference = Compute(mesh, phi, k);
+  for (int const type : {1, 2, 3, 7, -1})
     EXPECT_TRUE(SameBits(reference, Compute(mesh, phi, k, type))) << type;
 }
 
 TEST(WeightedGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
   Random random(8);
-  const MeshDescription mesh = RandomMesh(random);
-  const Field phi = TameField(random, mesh), k = TameField(random, mesh);
+  MeshDescription const mesh = RandomMesh(random);
+  Field const phi = TameField(random, mesh), k = TameField(random, mesh);
   TestHost host(mesh);
   CZYN3DFiniteVolumeMesh& record = host.mesh;
   record.xc = record.yc = record.zc = record.ijxc = record.ijyc = record.ijzc = nullptr;
@@ -246,9 +246,9 @@ TEST(WeightedGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
 
 TEST(WeightedGreenGauss, ExchangesTheThreeOutputsOnce) {
   Random random(9);
-  const MeshDescription mesh = RandomMesh(random);
-  const Field phi = TameField(random, mesh);
-  for (const bool nonBlocking : {false, true}) {
+  MeshDescription const mesh = RandomMesh(random);
+  Field const phi = TameField(random, mesh);
+  for (bool const nonBlocking : {false, true}) {
     TestHost host(mesh, ExchangeWithItself(mesh));
     host.UseNonBlockingExchange(nonBlocking);
     GuardedGradient g(mesh.NCell());
@@ -260,7 +260,7 @@ TEST(WeightedGreenGauss, ExchangesTheThreeOutputsOnce) {
 }
 
 TEST(WeightedGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
-  for (const bool lendEmptyArrays : {false, true}) {
+  for (bool const lendEmptyArrays : {false, true}) {
     TestHost host(TwoCells(1.0), NoExchange(), lendEmptyArrays);
     GuardedGradient g(2);
     Compute(host, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0}, g);

@@ -24,24 +24,24 @@ struct LentHost {
 /// A mesh in partitions that are threads, complete and sound until a test changes something.
 class CheckedRun {
  public:
-  CheckedRun(const reference_host::FaceMesh& mesh, const std::vector<int>& partOfCell, int nParts)
+  CheckedRun(reference_host::FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts)
       : CheckedRun(reference_host::SplitMesh(mesh, partOfCell, nParts)) {}
 
-  explicit CheckedRun(const reference_host::FaceMesh& mesh)
+  explicit CheckedRun(reference_host::FaceMesh const& mesh)
       : CheckedRun(mesh, std::vector<int>(static_cast<std::size_t>(mesh.nCells), 0), 1) {}
 
-  explicit CheckedRun(const std::vector<reference_host::MeshPart>& parts)
+  explicit CheckedRun(std::vector<reference_host::MeshPart> const& parts)
       : group_(static_cast<int>(parts.size())) {
-    for (const reference_host::MeshPart& part : parts) Add(part);
+    for (reference_host::MeshPart const& part : parts) Add(part);
     reference_host::RunInProcess(group_, [this](int p) { partitions[p]->CompleteHalo(*communications[p]); });
   }
 
   /// Collective over the threads; one report a partition.
-  std::vector<host_check::HostCheckReport> Check(const host_check::HostCheckOptions& options = {}) {
+  std::vector<host_check::HostCheckReport> Check(host_check::HostCheckOptions const& options = {}) {
     std::vector<host_check::HostCheckReport> reports(lent.size());
     reference_host::RunInProcess(group_, [&](int p) {
-      const LentHost& host = lent[p];
-      const int n = CheckHostData(host.mesh, host.partitionFaces, host.communication, host.reduction,
+      LentHost const& host = lent[p];
+      int const n = CheckHostData(host.mesh, host.partitionFaces, host.communication, host.reduction,
                                   host.globals, reports[p], options);
       if (n != reports[p].Count()) throw std::logic_error("the result is not the report's count");
     });
@@ -55,7 +55,7 @@ class CheckedRun {
   std::vector<LentHost> lent;
 
  private:
-  void Add(const reference_host::MeshPart& part) {
+  void Add(reference_host::MeshPart const& part) {
     auto partition = std::make_unique<reference_host::HostPartition>(part);
     partition->SetBaseFileName("part" + std::to_string(partition->part()) + ".cas");
     faces.push_back(std::make_unique<LentFaces>(*partition->partitionFaces()));
@@ -70,16 +70,16 @@ class CheckedRun {
 };
 
 /// All that a report says, for the message of a failing test.
-inline std::string TextOf(const host_check::HostCheckReport& report) {
+inline std::string TextOf(host_check::HostCheckReport const& report) {
   std::ostringstream out;
   report.Print(out);
   return out.str();
 }
 
 /// Whether a breach of the kind is told with the entity and with the words in its text.
-inline bool Tells(const host_check::HostCheckReport& report, host_check::HostBreach kind, int entity,
-                  const std::string& words) {
-  for (const auto& entry : report.Told()) {
+inline bool Tells(host_check::HostCheckReport const& report, host_check::HostBreach kind, int entity,
+                  std::string const& words) {
+  for (auto const& entry : report.Told()) {
     if (entry.kind == kind && entry.entity == entity && entry.text.find(words) != std::string::npos)
       return true;
   }

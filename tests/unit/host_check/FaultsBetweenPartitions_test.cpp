@@ -38,7 +38,7 @@ class FaultsBetweenPartitions : public testing::Test {
   FaultyCommunication& Exchange(int p = kBroken) { return *faulty_[p]; }
 
   /// Checks, and expects the breach to be told by the broken partition.
-  std::vector<HostCheckReport> ExpectTold(HostBreach kind, int entity, const std::string& words) {
+  std::vector<HostCheckReport> ExpectTold(HostBreach kind, int entity, std::string const& words) {
     std::vector<HostCheckReport> reports = run_.Check();
     EXPECT_TRUE(Tells(reports[kBroken], kind, entity, words))
         << "not told of entity " << entity << ": " << words << '\n'
@@ -46,18 +46,18 @@ class FaultsBetweenPartitions : public testing::Test {
     return reports;
   }
 
-  static void ExpectNothing(const HostCheckReport& report) {
+  static void ExpectNothing(HostCheckReport const& report) {
     EXPECT_EQ(report.Count(), 0) << TextOf(report);
     EXPECT_TRUE(report.Notes().empty()) << TextOf(report);
   }
-  static void ExpectNothingElsewhere(const std::vector<HostCheckReport>& reports) {
+  static void ExpectNothingElsewhere(std::vector<HostCheckReport> const& reports) {
     ExpectNothing(reports[0]);
     ExpectNothing(reports[2]);
   }
 
   /// Lets every partition's AllMin be replaced by one made for it of the real one.
   using AllMin = std::function<void(int&)>;
-  void ReplaceReductions(const std::function<AllMin(int part, AllMin real)>& make) {
+  void ReplaceReductions(std::function<AllMin(int part, AllMin real)> const& make) {
     for (int p = 0; p < 3; ++p) {
       auto& real = *run_.reductions[p];
       reductions_.push_back(
@@ -74,12 +74,12 @@ class FaultsBetweenPartitions : public testing::Test {
 // ---- tables of the cut
 
 TEST_F(FaultsBetweenPartitions, WithoutAFaultNothingIsTold) {
-  for (const HostCheckReport& report : run_.Check()) ExpectNothing(report);
+  for (HostCheckReport const& report : run_.Check()) ExpectNothing(report);
 }
 
 TEST_F(FaultsBetweenPartitions, HaloCellOutOfRangeStopsTheExchangesOfAll) {
   Faces().other[2] = Mesh().NCell + 1;
-  const auto reports = ExpectTold(HostBreach::IndexOutOfRange, 2, "partition face 2: ijPar[2] =");
+  auto const reports = ExpectTold(HostBreach::IndexOutOfRange, 2, "partition face 2: ijPar[2] =");
   ASSERT_EQ(reports[0].Notes().size(), 1u);
   EXPECT_NE(reports[0].Notes()[0].find("another partition"), std::string::npos);
   EXPECT_EQ(reports[0].Count(), 0);
@@ -87,7 +87,7 @@ TEST_F(FaultsBetweenPartitions, HaloCellOutOfRangeStopsTheExchangesOfAll) {
 }
 
 TEST_F(FaultsBetweenPartitions, HaloCellThatIsInteriorIsTold) {
-  const int interior = Faces().cv[3] == 1 ? 2 : 1;
+  int const interior = Faces().cv[3] == 1 ? 2 : 1;
   Faces().other[3] = interior;
   ExpectTold(HostBreach::IndexOutOfRange, 3, "ijPar[3] = " + std::to_string(interior) + " is outside");
 }
@@ -98,7 +98,7 @@ TEST_F(FaultsBetweenPartitions, CellOfAPartitionFaceOutOfRangeIsTold) {
 }
 
 TEST_F(FaultsBetweenPartitions, GhostCellThatIsAlsoAHaloCellIsTold) {
-  const int ghost = Mesh().ijWall[1];
+  int const ghost = Mesh().ijWall[1];
   Faces().other[4] = ghost;
   ExpectTold(HostBreach::GhostNamedTwice, ghost, "beyond wall face 1 and beyond partition face 4");
 }
@@ -109,7 +109,7 @@ TEST_F(FaultsBetweenPartitions, BoundaryCountThatLeavesNoRoomForHaloCellsIsTold)
        {&CZYN3DFiniteVolumeMesh::NWall, &CZYN3DFiniteVolumeMesh::NInlet, &CZYN3DFiniteVolumeMesh::NOutlet,
         &CZYN3DFiniteVolumeMesh::NSymmetry}) {
     ++(Mesh().*count);
-    const auto reports =
+    auto const reports =
         ExpectTold(HostBreach::BadCount, 0, "halo cells that ijPar names are more than NCell");
     EXPECT_EQ(reports[0].Count(), 0) << TextOf(reports[0]);
     ASSERT_EQ(reports[0].Notes().size(), 1u);
@@ -128,7 +128,7 @@ TEST_F(FaultsBetweenPartitions, RecordsThatAreAllEmptyAreTold) {
     Mesh(p) = CZYN3DFiniteVolumeMesh();
     Faces(p).count = 0;
   }
-  for (const HostCheckReport& report :
+  for (HostCheckReport const& report :
        ExpectTold(HostBreach::BadCount, 0, "NInnerCells = 0 on every partition")) {
     EXPECT_EQ(report.Count(), 1) << TextOf(report);
   }
@@ -146,7 +146,7 @@ TEST_F(FaultsBetweenPartitions, NullArraysOfTheCutAreTold) {
   Faces().type = nullptr;
   Faces().sz = nullptr;
   Mesh().ijParLnods = nullptr;
-  const auto reports =
+  auto const reports =
       ExpectTold(HostBreach::MissingArray, 0, "ParInterFace_Lamda is null, but NParInterFace()");
   EXPECT_TRUE(Tells(reports[kBroken], HostBreach::MissingArray, 0, "FaceType_Partition is null"));
   EXPECT_TRUE(Tells(reports[kBroken], HostBreach::MissingArray, 0, "ijParSz is null"));
@@ -169,7 +169,7 @@ TEST_F(FaultsBetweenPartitions, WeightOutsideZeroToOneIsTold) {
 
 TEST_F(FaultsBetweenPartitions, PartitionFaceInNoCellFaceRowIsTold) {
   CZYN3DFiniteVolumeMesh& m = Mesh();
-  const int c = Faces().cv[1];
+  int const c = Faces().cv[1];
   for (int k = 1; k <= m.CellFace[c][0]; ++k)
     if (m.CellFaceType[c][k] == 101) m.CellFaceType[c][k] = 100;
   ExpectTold(HostBreach::RowEntryMissing, c, "lacks its partition face");
@@ -185,7 +185,7 @@ TEST_F(FaultsBetweenPartitions, LocalBreachDoesNotStopTheExchanges) {
     real(field);
     field[n + 2] = 1;  // shows that the exchange was made
   };
-  const auto reports = ExpectTold(HostBreach::MissingArray, 0, "xc is null");
+  auto const reports = ExpectTold(HostBreach::MissingArray, 0, "xc is null");
   EXPECT_GT(reports[kBroken].Count(HostBreach::ExchangeOutsideCells), 0);
   EXPECT_TRUE(reports[kBroken].Notes().empty());
   ExpectNothingElsewhere(reports);
@@ -194,20 +194,20 @@ TEST_F(FaultsBetweenPartitions, LocalBreachDoesNotStopTheExchanges) {
 TEST_F(FaultsBetweenPartitions, PartitionWithoutMeshDoesNotLeaveTheOthersWaiting) {
   run_.lent[kBroken].mesh = nullptr;
   run_.lent[kBroken].partitionFaces = nullptr;
-  const auto reports = ExpectTold(HostBreach::MissingObject, 0, "the CZYN3DFiniteVolumeMesh object is null");
+  auto const reports = ExpectTold(HostBreach::MissingObject, 0, "the CZYN3DFiniteVolumeMesh object is null");
   EXPECT_EQ(reports[2].Count(), 0);
   EXPECT_EQ(reports[2].Notes().size(), 1u);
 }
 
 TEST_F(FaultsBetweenPartitions, PartitionWithoutCommunicationDoesNotLeaveTheOthersWaiting) {
   run_.lent[kBroken].communication = nullptr;
-  const auto reports = ExpectTold(HostBreach::MissingObject, 0, "the CCommunication object is null");
+  auto const reports = ExpectTold(HostBreach::MissingObject, 0, "the CCommunication object is null");
   EXPECT_EQ(reports[0].Notes().size(), 1u);
 }
 
 TEST_F(FaultsBetweenPartitions, NegativeCountOfPartitionFacesStopsTheExchangesOfAll) {
   Faces().count = -1;
-  const auto reports = ExpectTold(HostBreach::BadCount, 0, "NParInterFace() = -1");
+  auto const reports = ExpectTold(HostBreach::BadCount, 0, "NParInterFace() = -1");
   EXPECT_EQ(reports[0].Notes().size(), 1u);
 }
 
@@ -218,7 +218,7 @@ TEST_F(FaultsBetweenPartitions, NothingIsExchangedWhenThatIsNotAskedFor) {
   }
   HostCheckOptions options;
   options.communication = false;
-  for (const HostCheckReport& report : run_.Check(options)) {
+  for (HostCheckReport const& report : run_.Check(options)) {
     EXPECT_EQ(report.Count(), 2) << TextOf(report);  // the two missing objects
     EXPECT_TRUE(report.Notes().empty());
   }
@@ -227,13 +227,13 @@ TEST_F(FaultsBetweenPartitions, NothingIsExchangedWhenThatIsNotAskedFor) {
 // ---- halo cells and blocking exchange
 
 TEST_F(FaultsBetweenPartitions, HaloCellThatNoExchangeFillsIsTold) {
-  const int halo = Faces().other[1];
+  int const halo = Faces().other[1];
   Exchange().exchange = [real = Exchange().exchange, halo](double* field) {
-    const double before = field[halo];
+    double const before = field[halo];
     real(field);
     field[halo] = before;
   };
-  const auto reports = ExpectTold(HostBreach::HaloNotFilled, halo, "which lies beyond partition face 1");
+  auto const reports = ExpectTold(HostBreach::HaloNotFilled, halo, "which lies beyond partition face 1");
   EXPECT_EQ(reports[kBroken].Count(HostBreach::HaloNotFilled), 1);
   ExpectNothingElsewhere(reports);
 }
@@ -243,14 +243,14 @@ TEST_F(FaultsBetweenPartitions, ExchangeThatDoesNothingIsToldOfEveryHaloCell) {
     Exchange(p).exchange = [](double*) {};
     Exchange(p).start = Exchange(p).wait = [](double*, ZYNNonBlockingBufferId) {};
   }
-  const auto reports = run_.Check();
+  auto const reports = run_.Check();
   for (int p = 0; p < 3; ++p) {
     EXPECT_EQ(reports[p].Count(HostBreach::HaloNotFilled), run_.partitions[p]->nHaloCells());
   }
 }
 
 TEST_F(FaultsBetweenPartitions, HaloCentreThatIsNotItsOwnersIsTold) {
-  const int halo = Faces().other[1];
+  int const halo = Faces().other[1];
   Mesh().yc[halo] += 1e-3;
   ExpectNothingElsewhere(
       ExpectTold(HostBreach::HaloFromElsewhere, halo, "the centre that DDM_Exch brings is"));
@@ -258,12 +258,12 @@ TEST_F(FaultsBetweenPartitions, HaloCentreThatIsNotItsOwnersIsTold) {
 
 TEST_F(FaultsBetweenPartitions, HaloCellsInAnotherOrderThanTheirOwnersAreTold) {
   // The two last halo cells of the partition come from one neighbour and get each other's values.
-  const int last = Mesh().NCell;
+  int const last = Mesh().NCell;
   Exchange().exchange = [real = Exchange().exchange, last](double* field) {
     real(field);
     std::swap(field[last - 1], field[last]);
   };
-  const auto reports = ExpectTold(HostBreach::HaloFromElsewhere, last, "halo cell");
+  auto const reports = ExpectTold(HostBreach::HaloFromElsewhere, last, "halo cell");
   EXPECT_TRUE(Tells(reports[kBroken], HostBreach::HaloFromElsewhere, last - 1, "halo cell"));
 }
 
@@ -276,7 +276,7 @@ TEST_F(FaultsBetweenPartitions, ExchangeThatChangesAnInteriorCellIsTold) {
 }
 
 TEST_F(FaultsBetweenPartitions, ExchangeThatChangesAGhostCellIsTold) {
-  const int ghost = Mesh().ijWall[3];
+  int const ghost = Mesh().ijWall[3];
   Exchange().exchange = [real = Exchange().exchange, ghost](double* field) {
     real(field);
     field[ghost] = 0;
@@ -293,7 +293,7 @@ TEST_F(FaultsBetweenPartitions, ExchangeThatCountsFromZeroIsTold) {
 }
 
 TEST_F(FaultsBetweenPartitions, ExchangeBeyondTheLastCellIsTold) {
-  const int behind = Mesh().NCell + 1;
+  int const behind = Mesh().NCell + 1;
   Exchange().exchange = [real = Exchange().exchange, behind](double* field) {
     real(field);
     field[behind] = 1;
@@ -309,11 +309,11 @@ struct LateDelivery {
   std::vector<std::function<void()>> late;
 
   void Deliver() {
-    for (const auto& deliver : late) deliver();
+    for (auto const& deliver : late) deliver();
     late.clear();
   }
-  void Delay(double* field, const std::function<void()>& wait) {
-    const std::vector<double> before(field, field + nCell + 1);
+  void Delay(double* field, std::function<void()> const& wait) {
+    std::vector<double> const before(field, field + nCell + 1);
     wait();
     for (int c = nInner + 1; c <= nCell; ++c) {
       if (field[c] == before[c]) continue;
@@ -333,7 +333,7 @@ TEST_F(FaultsBetweenPartitions, WaitThatReturnsEarlyIsTold) {
     state->Deliver();
     state->Delay(field, [&] { real(field, id); });
   };
-  const int halo = *std::min_element(Faces().other + 1, Faces().other + 1 + Faces().count);
+  int const halo = *std::min_element(Faces().other + 1, Faces().other + 1 + Faces().count);
   ExpectNothingElsewhere(ExpectTold(HostBreach::NonBlockingEarly, halo,
                                     "DDM_IExch_Wait in buffer 2 came back before halo cell"));
 }
@@ -345,7 +345,7 @@ TEST_F(FaultsBetweenPartitions, WaitThatDoesNotLookAtTheBufferIsTold) {
   };
   for (int p = 0; p < 3; ++p) {
     auto queue = std::make_shared<Queue>();
-    const int nInner = Mesh(p).NInnerCells, nCell = Mesh(p).NCell;
+    int const nInner = Mesh(p).NInnerCells, nCell = Mesh(p).NCell;
     Exchange(p).start = [queue, nCell, real = Exchange(p).exchange](double* field, ZYNNonBlockingBufferId) {
       queue->fields.emplace_back(field, field + nCell + 1);
       real(queue->fields.back().data());
@@ -355,7 +355,7 @@ TEST_F(FaultsBetweenPartitions, WaitThatDoesNotLookAtTheBufferIsTold) {
       queue->fields.pop_front();
     };
   }
-  const int halo = *std::min_element(Faces().other + 1, Faces().other + 1 + Faces().count);
+  int const halo = *std::min_element(Faces().other + 1, Faces().other + 1 + Faces().count);
   ExpectTold(HostBreach::NonBlockingMixed, halo, "with the data of another exchange, started in buffer 0");
 }
 
@@ -369,14 +369,14 @@ TEST_F(FaultsBetweenPartitions, BufferThatKeepsItsFirstArrayIsTold) {
   Exchange().wait = [&bound, real = Exchange().wait](double*, ZYNNonBlockingBufferId id) {
     real(bound[id], id);
   };
-  const int halo = *std::min_element(Faces().other + 1, Faces().other + 1 + Faces().count);
-  const auto reports = ExpectTold(HostBreach::NonBlockingEarly, halo, "DDM_IExch_Wait in buffer 2");
+  int const halo = *std::min_element(Faces().other + 1, Faces().other + 1 + Faces().count);
+  auto const reports = ExpectTold(HostBreach::NonBlockingEarly, halo, "DDM_IExch_Wait in buffer 2");
   EXPECT_EQ(reports[kBroken].Count(HostBreach::NonBlockingEarly), run_.partitions[kBroken]->nHaloCells())
       << "only the fifth field goes astray";
 }
 
 TEST_F(FaultsBetweenPartitions, NonBlockingExchangeOfOtherDataIsTold) {
-  const int halo = Faces().other[1];
+  int const halo = Faces().other[1];
   Exchange().wait = [real = Exchange().wait, halo](double* field, ZYNNonBlockingBufferId id) {
     real(field, id);
     if (id == ZYNNonBlockingBuffer3) field[halo] += 0.5;
@@ -399,25 +399,25 @@ TEST_F(FaultsBetweenPartitions, NonBlockingExchangeIsLeftAloneWhenNotAskedFor) {
   }
   HostCheckOptions options;
   options.nonBlocking = false;
-  for (const HostCheckReport& report : run_.Check(options)) ExpectNothing(report);
+  for (HostCheckReport const& report : run_.Check(options)) ExpectNothing(report);
 }
 
 TEST_F(FaultsBetweenPartitions, DifferentChoicesOfTheExchangeAreToldByAll) {
   run_.lent[kBroken].globals->UseNonBlockingExch = 1;
-  const auto reports =
+  auto const reports =
       ExpectTold(HostBreach::ExchangeChoiceDiffers, 0, "UseNonBlockingExch is not zero here");
   EXPECT_TRUE(Tells(reports[0], HostBreach::ExchangeChoiceDiffers, 0, "UseNonBlockingExch is zero here"));
 }
 
 TEST_F(FaultsBetweenPartitions, AnyNonZeroChoiceIsTheSame) {
   for (int p = 0; p < 3; ++p) run_.lent[p].globals->UseNonBlockingExch = static_cast<unsigned char>(p + 1);
-  for (const HostCheckReport& report : run_.Check()) ExpectNothing(report);
+  for (HostCheckReport const& report : run_.Check()) ExpectNothing(report);
 }
 
 // ---- reduction
 
 TEST_F(FaultsBetweenPartitions, MinimumThatDependsOnThePartitionIsTold) {
-  ReplaceReductions([](int part, const AllMin& real) -> AllMin {
+  ReplaceReductions([](int part, AllMin const& real) -> AllMin {
     return [=](int& value) {
       real(value);
       value += part == kBroken ? 1 : 0;
@@ -427,21 +427,21 @@ TEST_F(FaultsBetweenPartitions, MinimumThatDependsOnThePartitionIsTold) {
 }
 
 TEST_F(FaultsBetweenPartitions, MinimumThatIsOnlyTheOwnValueIsTold) {
-  ReplaceReductions([](int, const AllMin& real) -> AllMin {
+  ReplaceReductions([](int, AllMin const& real) -> AllMin {
     return [=](int& value) {
       int answer = value;
       real(answer);  // and forgets to hand it on
     };
   });
-  const auto reports = run_.Check();
-  for (const HostCheckReport& report : reports) {
+  auto const reports = run_.Check();
+  for (HostCheckReport const& report : reports) {
     EXPECT_GT(report.Count(HostBreach::MinimumDiffers), 0) << TextOf(report);
   }
   EXPECT_NE(TextOf(reports[0]).find("on the partition that owns halo cell"), std::string::npos);
 }
 
 TEST_F(FaultsBetweenPartitions, GreatestInsteadOfLeastIsTold) {
-  ReplaceReductions([](int, const AllMin& real) -> AllMin {
+  ReplaceReductions([](int, AllMin const& real) -> AllMin {
     return [=](int& value) {
       value = -value;
       real(value);
@@ -449,14 +449,14 @@ TEST_F(FaultsBetweenPartitions, GreatestInsteadOfLeastIsTold) {
     };
   });
   int nTold = 0;
-  for (const HostCheckReport& report : run_.Check()) nTold += report.Count(HostBreach::MinimumWrong);
+  for (HostCheckReport const& report : run_.Check()) nTold += report.Count(HostBreach::MinimumWrong);
   EXPECT_EQ(nTold, 2) << "all partitions but the one with the greatest value";
 }
 
 TEST_F(FaultsBetweenPartitions, MinimumInSinglePrecisionIsTold) {
-  ReplaceReductions([](int, const AllMin& real) -> AllMin {
+  ReplaceReductions([](int, AllMin const& real) -> AllMin {
     return [=](int& value) {
-      const volatile float rounded = static_cast<float>(value);
+      volatile const float rounded = static_cast<float>(value);
       value = static_cast<int>(rounded);
       real(value);
     };
@@ -465,16 +465,16 @@ TEST_F(FaultsBetweenPartitions, MinimumInSinglePrecisionIsTold) {
 }
 
 TEST_F(FaultsBetweenPartitions, MinimumThatStaysWithTheFirstPartitionIsTold) {
-  ReplaceReductions([](int part, const AllMin& real) -> AllMin {
+  ReplaceReductions([](int part, AllMin const& real) -> AllMin {
     return [=](int& value) {
       int answer = value;
       real(answer);
       if (part == 0) value = answer;  // a reduction to one partition
     };
   });
-  const auto reports = run_.Check();
+  auto const reports = run_.Check();
   int nTold = 0;
-  for (const HostCheckReport& report : reports) nTold += report.Count(HostBreach::MinimumDiffers);
+  for (HostCheckReport const& report : reports) nTold += report.Count(HostBreach::MinimumDiffers);
   EXPECT_GT(nTold, 0);
 }
 

@@ -20,7 +20,7 @@ bool HostIsSound(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* faces, CCommu
   options.log = &std::cerr;  // each breach when it is found
   options.label = "rank " + std::to_string(rank) + ": ";
   host_check::HostCheckReport report;
-  const int nBreaches =
+  int const nBreaches =
       host_check::CheckHostData(mesh, faces, communication, reduction, globals, report, options);
 
   int worst = -nBreaches;  // stop on all partitions or on none
@@ -32,7 +32,7 @@ bool HostIsSound(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* faces, CCommu
 std::vector<bool> SoundOnPartitions(CheckedRun& run) {
   std::vector<char> isSound(run.lent.size(), 0);
   reference_host::RunInProcess(static_cast<int>(run.lent.size()), [&](int p) {
-    const LentHost& host = run.lent[p];
+    LentHost const& host = run.lent[p];
     isSound[p] =
         HostIsSound(host.mesh, host.partitionFaces, host.communication, host.reduction, host.globals, p) ? 1
                                                                                                          : 0;
@@ -51,23 +51,23 @@ TEST(GuideExample, AllPartitionsGoOnOrAllStop) {
 }
 
 /// Without blanks and line ends.
-std::string Squeezed(const std::string& text) {
+std::string Squeezed(std::string const& text) {
   std::string result;
-  for (const char c : text)
+  for (char const c : text)
     if (c != ' ' && c != '\n') result += c;
   return result;
 }
 
-std::string ContentOf(const std::string& path) {
+std::string ContentOf(std::string const& path) {
   std::ostringstream content;
   content << std::ifstream(path).rdbuf();
   return content.str();
 }
 
 TEST(GuideExample, IsTheCodeOfTheGuide) {
-  const std::string data = ZYN_TEST_DATA;
-  const std::string source = ContentOf(data + "/../unit/host_check/GuideExample_test.cpp");
-  const std::size_t begin = source.find("// begin\n") + 9, end = source.find("// end\n");
+  std::string const data = ZYN_TEST_DATA;
+  std::string const source = ContentOf(data + "/../unit/host_check/GuideExample_test.cpp");
+  std::size_t const begin = source.find("// begin\n") + 9, end = source.find("// end\n");
   ASSERT_LT(begin, end);
   EXPECT_NE(
       Squeezed(ContentOf(data + "/../../docs/porting.md")).find(Squeezed(source.substr(begin, end - begin))),

@@ -16,7 +16,7 @@ using host_check::HostBreach;
 using host_check::HostCheckOptions;
 using host_check::HostCheckReport;
 
-std::string PrintOf(const HostCheckReport& report, const std::string& label = "") {
+std::string PrintOf(HostCheckReport const& report, std::string const& label = "") {
   std::ostringstream out;
   report.Print(out, label);
   return out.str();
@@ -27,7 +27,7 @@ void AddZeroArea(HostCheckReport& report, int face) {
 }
 
 TEST(HostCheckReport, IsEmptyAtFirst) {
-  const HostCheckReport report;
+  HostCheckReport const report;
   EXPECT_EQ(report.Count(), 0);
   EXPECT_EQ(PrintOf(report), "host data: 0 breaches found\n");
 }
@@ -100,7 +100,7 @@ TEST(HostCheckReport, LimitOfTheOptionsHoldsInACheck) {
   for (int c = 1; c <= 20; ++c) m.Volume[c] = 0;
   HostCheckOptions options;
   options.maxPerKind = 3;
-  const HostCheckReport report = run.Check(options)[0];
+  HostCheckReport const report = run.Check(options)[0];
   EXPECT_EQ(report.Count(), 20);
   EXPECT_EQ(report.Told().size(), 3u);
 }
@@ -117,9 +117,9 @@ TEST(HostBreach, NamesAreAllDifferent) {
 TEST(HostBreach, EveryKindIsExplainedInTheGuide) {
   std::ifstream file(ZYN_TEST_DATA "/../../docs/porting.md");
   ASSERT_TRUE(file.is_open());
-  const std::string guide((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  std::string const guide((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   for (int k = 0; k < host_check::kHostBreaches; ++k) {
-    const std::string name = NameOf(static_cast<HostBreach>(k));
+    std::string const name = NameOf(static_cast<HostBreach>(k));
     EXPECT_NE(guide.find("`" + name + "`"), std::string::npos) << name;
   }
 }

@@ -18,20 +18,20 @@ using host_check::HostCheckReport;
 
 using Mesh = CZYN3DFiniteVolumeMesh;
 
-const double kNan = std::numeric_limits<double>::quiet_NaN();
-const double kInfinity = std::numeric_limits<double>::infinity();
+double const kNan = std::numeric_limits<double>::quiet_NaN();
+double const kInfinity = std::numeric_limits<double>::infinity();
 
 /// The kinds of fault that are planted in a mesh of moved hexahedra, 3 x 3 x 3, on one partition.
 struct Fault {
-  const char* name;
+  char const* name;
   HostBreach kind;
-  const char* words;                    ///< part of what must be told
+  char const* words;                    ///< part of what must be told
   std::function<int(LentHost&)> plant;  ///< breaks the host; gives the entity that must be told
 };
 
 /// A fault of the mesh record, about an entity of a number known before.
-Fault InMesh(const char* name, HostBreach kind, int entity, const char* words,
-             const std::function<void(Mesh&)>& plant) {
+Fault InMesh(char const* name, HostBreach kind, int entity, char const* words,
+             std::function<void(Mesh&)> const& plant) {
   return {name, kind, words, [=](LentHost& host) {
             plant(*host.mesh);
             return entity;
@@ -39,8 +39,8 @@ Fault InMesh(const char* name, HostBreach kind, int entity, const char* words,
 }
 
 /// A fault of the global variables.
-Fault InGlobals(const char* name, HostBreach kind, const char* words,
-                const std::function<void(CZyn3dGV&)>& plant) {
+Fault InGlobals(char const* name, HostBreach kind, char const* words,
+                std::function<void(CZyn3dGV&)> const& plant) {
   return {name, kind, words, [=](LentHost& host) {
             plant(*host.globals);
             return 0;
@@ -48,7 +48,7 @@ Fault InGlobals(const char* name, HostBreach kind, const char* words,
 }
 
 /// The number of a node that no face of the boundary has.
-int InnerNode(const Mesh& m) {
+int InnerNode(Mesh const& m) {
   for (int n = 1; n <= m.NNode; ++n) {
     bool isInner = true;
     for (int k = 1; k <= m.NodeCell[n][0]; ++k) isInner = isInner && m.NodeCell[n][k] <= m.NInnerCells;
@@ -58,15 +58,15 @@ int InnerNode(const Mesh& m) {
 }
 
 /// A node that the cell does not have.
-int ForeignNode(const Mesh& m, int c) {
+int ForeignNode(Mesh const& m, int c) {
   for (int n = 1;; ++n) {
-    const int* row = m.CellLnods[c];
+    int const* row = m.CellLnods[c];
     if (std::find(row + 1, row + 1 + m.CellLnodsNumber[c], n) == row + 1 + m.CellLnodsNumber[c]) return n;
   }
 }
 
 /// An entry of the cell's rows that is an inner face, or one that is not.
-int EntryOf(const Mesh& m, int c, bool isInner) {
+int EntryOf(Mesh const& m, int c, bool isInner) {
   for (int k = 1;; ++k)
     if ((m.CellFaceType[c][k] == 0) == isInner) return k;
 }
@@ -79,15 +79,15 @@ void Flip(double* x, double* y, double* z, int f) {
 
 /// Moves the centre of an inner face by parts of a cell (of 1/3), along its area vector and at right angles to it.
 void MoveCentre(Mesh& m, int f, double forwards, double sideways) {
-  const double area = std::hypot(m.ijSx[f], m.ijSy[f], m.ijSz[f]);
-  const double n[] = {m.ijSx[f] / area, m.ijSy[f] / area, m.ijSz[f] / area};
+  double const area = std::hypot(m.ijSx[f], m.ijSy[f], m.ijSz[f]);
+  double const n[] = {m.ijSx[f] / area, m.ijSy[f] / area, m.ijSz[f] / area};
   int across = 0;  // the axis that the face faces least, made normal to the area vector
   for (int i = 1; i < 3; ++i)
     if (std::abs(n[i]) < std::abs(n[across])) across = i;
   double* const centre[] = {m.ijxc, m.ijyc, m.ijzc};
-  const double length = std::sqrt(1 - n[across] * n[across]);
+  double const length = std::sqrt(1 - n[across] * n[across]);
   for (int i = 0; i < 3; ++i) {
-    const double side = ((i == across ? 1.0 : 0.0) - n[across] * n[i]) / length;
+    double const side = ((i == across ? 1.0 : 0.0) - n[across] * n[i]) / length;
     centre[i][f] += (forwards * n[i] + sideways * side) / 3;
   }
 }
@@ -279,7 +279,7 @@ std::vector<Fault> GeometryFaults() {
       {"GhostCentreAtTheOrigin", HostBreach::GhostNotBeyondFace, "the centre (0, 0, 0) of ghost cell",
        [](LentHost& host) {
          Mesh& m = *host.mesh;
-         const int ghost = m.ijOutlet[8];
+         int const ghost = m.ijOutlet[8];
          m.xc[ghost] = m.yc[ghost] = m.zc[ghost] = 0;
          return ghost;
        }},
@@ -299,12 +299,12 @@ std::vector<Fault> GeometryFaults() {
              [](Mesh& m) { std::swap(m.ijInletLnods[1], m.ijInletLnods[2]); }),
       InMesh("AreasOfAnotherUnit", HostBreach::AreaDisagrees, 20, "but its nodes span",
              [](Mesh& m) {
-               for (const auto& [s, n] : AllAreas(m))
+               for (auto const& [s, n] : AllAreas(m))
                  for (int f = 1; f <= n; ++f) s[f] *= 1.3;
              }),
       InMesh("AreasOfHalfTheLength", HostBreach::AreaDisagrees, 20, "but its nodes span",
              [](Mesh& m) {
-               for (const auto& [s, n] : AllAreas(m))
+               for (auto const& [s, n] : AllAreas(m))
                  for (int f = 1; f <= n; ++f) s[f] *= 0.5;
              }),
       InMesh("CellCentreMoved", HostBreach::CellCentreAway, 14, "lies outside the cell, beyond",
@@ -362,7 +362,7 @@ std::vector<Fault> CellRowFaults() {
              [](Mesh& m) { m.CellFace[6][0] = 5; }),
       InMesh("FaceOfAnotherCellInRow", HostBreach::RowEntryExtra, 1, "which does not belong to the cell",
              [](Mesh& m) {
-               const int k = EntryOf(m, 1, true);
+               int const k = EntryOf(m, 1, true);
                m.CellFace[1][k] = m.NInnerFaces;
              }),
       InMesh("FaceTwiceInRow", HostBreach::RowEntryTwice, 7, "the CellFace row of cell 7 names",
@@ -408,7 +408,7 @@ std::vector<Fault> CellRowFaults() {
       {"GhostMissingAmongNeighbours", HostBreach::RowEntryMissing, "lacks its neighbour, ghost cell",
        [](LentHost& host) {
          Mesh& m = *host.mesh;
-         const int c = m.ijWallCV[1];
+         int const c = m.ijWallCV[1];
          int* row = m.CellCell[c];
          row[0] = static_cast<int>(std::remove(row + 1, row + 1 + row[0], m.ijWall[1]) - (row + 1));
          return c;
@@ -437,7 +437,7 @@ std::vector<Fault> NodeFaults() {
              [](Mesh& m) { m.ijLnods[10][3] = m.ijLnods[10][2]; }),
       InMesh("NodesAtOnePoint", HostBreach::NodesSpanNoPlane, 2, "wall face 2: its first three nodes",
              [](Mesh& m) {
-               const int* row = m.ijWallLnods[2];
+               int const* row = m.ijWallLnods[2];
                for (double* x : {m.xn, m.yn, m.zn}) x[row[2]] = x[row[3]] = x[row[1]];
              }),
       {"RowOfAnotherFace", HostBreach::NodesOffPlane, "is not that of its area vector",
@@ -470,21 +470,21 @@ std::vector<Fault> NodeFaults() {
              [](Mesh& m) { m.NodeCell[14][2] = m.NodeCell[14][1]; }),
       {"NodeCellWithoutInteriorCell", HostBreach::RowEntryMissing, "lacks interior cell",
        [](LentHost& host) {
-         const int n = InnerNode(*host.mesh);
+         int const n = InnerNode(*host.mesh);
          --host.mesh->NodeCell[n][0];
          return n;
        }},
       {"NodeCellWithoutGhostCell", HostBreach::RowEntryMissing, "lacks ghost cell",
        [](LentHost& host) {
          Mesh& m = *host.mesh;
-         const int n = m.ijSymmetryLnods[1][1];
+         int const n = m.ijSymmetryLnods[1][1];
          --m.NodeCell[n][0];  // ghost cells stand behind the interior ones
          return n;
        }},
       {"NodeCellWithSomeInteriorCells", HostBreach::RowEntryMissing, "lacks interior cell",
        [](LentHost& host) {
          Mesh& m = *host.mesh;
-         const int n = m.ijLnods[1][1];
+         int const n = m.ijLnods[1][1];
          int* row = m.NodeCell[n];
          std::copy(row + 2, row + 1 + row[0], row + 1);
          --row[0];
@@ -493,7 +493,7 @@ std::vector<Fault> NodeFaults() {
       {"NodeCellWithAStranger", HostBreach::RowEntryExtra, "no face of which touches the node",
        [](LentHost& host) {
          Mesh& m = *host.mesh;
-         const int n = InnerNode(m);
+         int const n = InnerNode(m);
          m.NodeCell[n][3] = m.ijWall[1];
          return n;
        }},
@@ -503,7 +503,7 @@ std::vector<Fault> NodeFaults() {
 std::vector<Fault> GlobalFaults() {
   static double shared[200];
   static std::string name;
-  const auto named = [](const std::string& text) {
+  auto const named = [](std::string const& text) {
     return [text](CZyn3dGV& g) {
       name = text;
       g.BaseFileName = name.data();
@@ -604,7 +604,7 @@ std::vector<Fault> ObjectFaults() {
 
 std::vector<Fault> AllFaults() {
   std::vector<Fault> all;
-  for (const auto& some : {ObjectFaults(), CountFaults(), ArrayFaults(), FaceCellFaults(), GeometryFaults(),
+  for (auto const& some : {ObjectFaults(), CountFaults(), ArrayFaults(), FaceCellFaults(), GeometryFaults(),
                            CellRowFaults(), NodeFaults(), GlobalFaults()}) {
     all.insert(all.end(), some.begin(), some.end());
   }
@@ -614,27 +614,27 @@ std::vector<Fault> AllFaults() {
 class PlantedFaults : public testing::TestWithParam<Fault> {};
 
 TEST_P(PlantedFaults, AreToldWithTheirEntity) {
-  const Fault& fault = GetParam();
+  Fault const& fault = GetParam();
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   ASSERT_EQ(run.Check()[0].Count(), 0);
-  const int entity = fault.plant(run.lent[0]);
+  int const entity = fault.plant(run.lent[0]);
   host_check::HostCheckOptions options;
   options.maxPerKind = 100;
-  const HostCheckReport report = run.Check(options)[0];
+  HostCheckReport const report = run.Check(options)[0];
   EXPECT_TRUE(Tells(report, fault.kind, entity, fault.words))
       << "not told of entity " << entity << ": " << fault.words << '\n'
       << TextOf(report);
 }
 
 INSTANTIATE_TEST_SUITE_P(OnOnePartition, PlantedFaults, testing::ValuesIn(AllFaults()),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         [](auto const& test) { return std::string(test.param.name); });
 
 // Whatever the record lends may be the array that a work array was taken for.
 TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   CZyn3dGV& g = *run.lent[0].globals;
-  const Mesh& m = *run.lent[0].mesh;
-  const std::vector<std::pair<const char*, void*>> arrays = {{"xn", m.xn},
+  Mesh const& m = *run.lent[0].mesh;
+  std::vector<std::pair<char const*, void*>> const arrays = {{"xn", m.xn},
                                                              {"yn", m.yn},
                                                              {"zn", m.zn},
                                                              {"xc", m.xc},
@@ -679,11 +679,11 @@ TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
                                                              {"ijzc", m.ijzc},
                                                              {"FaceType", m.FaceType}};
   double* const own = g.PrevGradX;
-  for (const auto& [name, array] : arrays) {
+  for (auto const& [name, array] : arrays) {
     // One element in: equal pointers would be found by a simpler comparison.
     g.PrevGradX = static_cast<double*>(array) + 1;
-    const HostCheckReport report = run.Check()[0];
-    const std::string words = std::string("PrevGradX, which is overwritten, and ") + name + " share memory";
+    HostCheckReport const report = run.Check()[0];
+    std::string const words = std::string("PrevGradX, which is overwritten, and ") + name + " share memory";
     EXPECT_TRUE(Tells(report, HostBreach::ArraysOverlap, 0, words)) << name << '\n' << TextOf(report);
   }
   g.PrevGradX = own;
@@ -699,7 +699,7 @@ TEST(PlantedFault, ContradictionOfCountsKeepsArraysFromBeingRead) {
   auto* const noCells = reinterpret_cast<int*>(alignof(int));
   m.xc = m.Volume = m.ijWallSx = m.xn = m.Lamda = nowhere;
   m.ijWall = m.ijWallCV = m.ij = m.CellLnodsNumber = noCells;
-  const HostCheckReport report = run.Check()[0];
+  HostCheckReport const report = run.Check()[0];
   EXPECT_EQ(report.Count(), 1) << TextOf(report);
   ASSERT_EQ(report.Notes().size(), 2u);
   EXPECT_EQ(report.Notes()[0], "no array was read: the counts do not tell how long they are");
@@ -712,7 +712,7 @@ TEST(PlantedFault, CommonFactorOfVolumesIsToldOnce) {
   for (int c = 1; c <= m.NInnerCells; ++c) m.Volume[c] *= 1.3;
   EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
   m.Volume[5] *= 2;
-  const HostCheckReport report = run.Check()[0];
+  HostCheckReport const report = run.Check()[0];
   EXPECT_EQ(report.Count(), 2) << TextOf(report);
   EXPECT_TRUE(Tells(report, HostBreach::VolumeDisagrees, 5, "interior cell 5 has the volume"));
 }
@@ -734,12 +734,12 @@ TEST(PlantedFault, HundredsAtOnceAreSurvived) {
     CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07, false, seed));
     Mesh& m = *run.lent[0].mesh;
     std::mt19937 random(seed);
-    const auto below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
-    const auto anyNumber = [&] {
-      const int choices[] = {0, -1, INT_MAX, INT_MIN, below(100), 28, 82, 65};
+    auto const below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+    auto const anyNumber = [&] {
+      int const choices[] = {0, -1, INT_MAX, INT_MIN, below(100), 28, 82, 65};
       return choices[below(8)];
     };
-    const auto spoil = [&](int* array, int n) {
+    auto const spoil = [&](int* array, int n) {
       for (int i = 0; i < 3; ++i) array[1 + below(n)] = anyNumber();
     };
     spoil(m.ijCV, m.NInnerFaces);
@@ -748,7 +748,7 @@ TEST(PlantedFault, HundredsAtOnceAreSurvived) {
     spoil(m.ijInletCV, m.NInlet);
     spoil(m.CellLnodsNumber, m.NInnerCells);
     for (int i = 0; i < 10; ++i) {
-      const int c = 1 + below(m.NInnerCells), n = 1 + below(m.NNode), f = 1 + below(m.NInnerFaces);
+      int const c = 1 + below(m.NInnerCells), n = 1 + below(m.NNode), f = 1 + below(m.NInnerFaces);
       m.CellCell[c][below(7)] = anyNumber();
       m.CellFace[c][below(7)] = anyNumber();
       m.CellFaceType[c][1 + below(6)] = anyNumber();
@@ -781,7 +781,7 @@ TEST(PlantedFault, GroupWithoutFacesMayLeaveItsArraysNull) {
   m.NInlet = 0;
   m.ijInlet = m.ijInletCV = nullptr;
   m.ijInletSx = m.ijInletxc = nullptr;
-  const HostCheckReport report = run.Check()[0];
+  HostCheckReport const report = run.Check()[0];
   EXPECT_EQ(report.Count(HostBreach::MissingArray), 0) << TextOf(report);
   EXPECT_GT(report.Count(HostBreach::CellNotClosed), 0) << "the inlet's cells lack a face";
 }

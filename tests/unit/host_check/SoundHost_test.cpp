@@ -20,16 +20,16 @@ using namespace test_meshes;
 using host_check::HostCheckReport;
 using reference_host::BoxSpec;
 
-void ExpectNoBreach(CheckedRun& run, const std::string& what) {
-  for (const HostCheckReport& report : run.Check()) {
+void ExpectNoBreach(CheckedRun& run, std::string const& what) {
+  for (HostCheckReport const& report : run.Check()) {
     EXPECT_EQ(report.Count(), 0) << what << '\n' << TextOf(report);
     EXPECT_TRUE(report.Notes().empty()) << what << '\n' << TextOf(report);
   }
 }
 
 TEST(SoundHost, BoxesOfAllShapesHaveNoBreachOnOneAndOnThreePartitions) {
-  for (const auto shape : {BoxSpec::Shape::Hex, BoxSpec::Shape::Tet, BoxSpec::Shape::Prism}) {
-    for (const double perturb : {0.0, 0.3}) {
+  for (auto const shape : {BoxSpec::Shape::Hex, BoxSpec::Shape::Tet, BoxSpec::Shape::Prism}) {
+    for (double const perturb : {0.0, 0.3}) {
       BoxSpec box;
       box.nx = 5;
       box.ny = 4;
@@ -37,7 +37,7 @@ TEST(SoundHost, BoxesOfAllShapesHaveNoBreachOnOneAndOnThreePartitions) {
       box.shape = shape;
       box.perturb = perturb;
       box.seed = 3;
-      for (const int nParts : {1, 3}) {
+      for (int const nParts : {1, 3}) {
         std::vector<reference_host::MeshPart> parts;
         for (int p = 0; p < nParts; ++p) {
           parts.push_back(MakeBoxPart(box, p, nParts));
@@ -64,7 +64,7 @@ struct Faces {
   Point Centre(int f) const { return {xc[f], yc[f], zc[f]}; }
 };
 
-std::array<Faces, 5> FacesOf(const CZYN3DFiniteVolumeMesh& m) {
+std::array<Faces, 5> FacesOf(CZYN3DFiniteVolumeMesh const& m) {
   return {{{m.NInnerFaces, m.ijCV, m.ij, m.ijSx, m.ijSy, m.ijSz, m.ijxc, m.ijyc, m.ijzc, m.ijLnods},
            {m.NWall, m.ijWallCV, m.ijWall, m.ijWallSx, m.ijWallSy, m.ijWallSz, m.ijWallxc, m.ijWallyc,
             m.ijWallzc, m.ijWallLnods},
@@ -82,22 +82,22 @@ using reference_host::Dot;
 using reference_host::Scaled;
 using reference_host::Sum;
 
-Point MeanOfNodes(const CZYN3DFiniteVolumeMesh& m, const int* nodes, int n) {
+Point MeanOfNodes(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) {
   Point sum = {0, 0, 0};
   for (int k = 0; k < n; ++k) sum = Sum(sum, {m.xn[nodes[k]], m.yn[nodes[k]], m.zn[nodes[k]]});
   return Scaled(1.0 / n, sum);
 }
 
 /// Triangles from the mean of the nodes, their centroids weighted by their areas: what OpenFOAM does.
-Point MeanOfTriangles(const CZYN3DFiniteVolumeMesh& m, const int* nodes, int n) {
-  const auto node = [&](int k) { return Point{m.xn[nodes[k % n]], m.yn[nodes[k % n]], m.zn[nodes[k % n]]}; };
-  const Point middle = MeanOfNodes(m, nodes, n);
+Point MeanOfTriangles(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) {
+  auto const node = [&](int k) { return Point{m.xn[nodes[k % n]], m.yn[nodes[k % n]], m.zn[nodes[k % n]]}; };
+  Point const middle = MeanOfNodes(m, nodes, n);
   if (n == 3) return middle;
   Point sum = {0, 0, 0};
   double area = 0;
   for (int k = 0; k < n; ++k) {
-    const Point normal = Cross(Difference(node(k), middle), Difference(node(k + 1), middle));
-    const double weight = std::sqrt(Dot(normal, normal));
+    Point const normal = Cross(Difference(node(k), middle), Difference(node(k + 1), middle));
+    double const weight = std::sqrt(Dot(normal, normal));
     sum = Sum(sum, Scaled(weight / 3, Sum(Sum(node(k), node(k + 1)), middle)));
     area += weight;
   }
@@ -106,10 +106,10 @@ Point MeanOfTriangles(const CZYN3DFiniteVolumeMesh& m, const int* nodes, int n) 
 
 /// Gives the faces other centres, and with them the ghost cells.
 template <class CentreOf>
-void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, const CentreOf& centreOf) {
-  for (const Faces& faces : FacesOf(m)) {
+void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, CentreOf const& centreOf) {
+  for (Faces const& faces : FacesOf(m)) {
     for (int f = 1; f <= faces.n; ++f) {
-      const Point centre = centreOf(m, faces.nodes[f] + 1, faces.nodes[f][0]);
+      Point const centre = centreOf(m, faces.nodes[f] + 1, faces.nodes[f][0]);
       faces.xc[f] = centre[0];
       faces.yc[f] = centre[1];
       faces.zc[f] = centre[2];
@@ -123,8 +123,8 @@ void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, const CentreOf& centreOf) {
 
 /// Calls visit(cell, sign, faces, f) for each face and each of its cells.
 template <class Visit>
-void ForEachSide(const CZYN3DFiniteVolumeMesh& m, const Visit& visit) {
-  for (const Faces& faces : FacesOf(m)) {
+void ForEachSide(CZYN3DFiniteVolumeMesh const& m, Visit const& visit) {
+  for (Faces const& faces : FacesOf(m)) {
     for (int f = 1; f <= faces.n; ++f) {
       visit(faces.cv[f], 1.0, faces, f);
       if (faces.other[f] <= m.NInnerCells) visit(faces.other[f], -1.0, faces, f);
@@ -134,21 +134,21 @@ void ForEachSide(const CZYN3DFiniteVolumeMesh& m, const Visit& visit) {
 
 /// Cells as pyramids over whole faces, with the mean of the face centres as top: what OpenFOAM does.
 void DefineCellsByPyramids(CZYN3DFiniteVolumeMesh& m) {
-  const auto n = static_cast<std::size_t>(m.NInnerCells) + 1;
+  auto const n = static_cast<std::size_t>(m.NInnerCells) + 1;
   std::vector<Point> top(n, Point{0, 0, 0}), moment(n, Point{0, 0, 0});
   std::vector<double> nFaces(n, 0), volume3(n, 0);
-  ForEachSide(m, [&](int c, double, const Faces& faces, int f) {
+  ForEachSide(m, [&](int c, double, Faces const& faces, int f) {
     top[c] = Sum(top[c], faces.Centre(f));
     ++nFaces[c];
   });
   for (int c = 1; c <= m.NInnerCells; ++c) top[c] = Scaled(1 / nFaces[c], top[c]);
-  ForEachSide(m, [&](int c, double sign, const Faces& faces, int f) {
-    const double pyramid = sign * Dot(faces.Area(f), Difference(faces.Centre(f), top[c]));
+  ForEachSide(m, [&](int c, double sign, Faces const& faces, int f) {
+    double const pyramid = sign * Dot(faces.Area(f), Difference(faces.Centre(f), top[c]));
     moment[c] = Sum(moment[c], Scaled(pyramid, Sum(Scaled(0.75, faces.Centre(f)), Scaled(0.25, top[c]))));
     volume3[c] += pyramid;
   });
   for (int c = 1; c <= m.NInnerCells; ++c) {
-    const Point centre = Scaled(1 / volume3[c], moment[c]);
+    Point const centre = Scaled(1 / volume3[c], moment[c]);
     m.xc[c] = centre[0];
     m.yc[c] = centre[1];
     m.zc[c] = centre[2];
@@ -158,7 +158,7 @@ void DefineCellsByPyramids(CZYN3DFiniteVolumeMesh& m) {
 
 void DefineCellCentresByNodes(CZYN3DFiniteVolumeMesh& m) {
   for (int c = 1; c <= m.NInnerCells; ++c) {
-    const Point centre = MeanOfNodes(m, m.CellLnods[c] + 1, m.CellLnodsNumber[c]);
+    Point const centre = MeanOfNodes(m, m.CellLnods[c] + 1, m.CellLnodsNumber[c]);
     m.xc[c] = centre[0];
     m.yc[c] = centre[1];
     m.zc[c] = centre[2];
@@ -167,19 +167,19 @@ void DefineCellCentresByNodes(CZYN3DFiniteVolumeMesh& m) {
 
 /// Weights by the distances along the area vector, as most solvers have them.
 void DefineWeights(CZYN3DFiniteVolumeMesh& m) {
-  const Faces inner = FacesOf(m)[0];
+  Faces const inner = FacesOf(m)[0];
   for (int f = 1; f <= inner.n; ++f) {
-    const auto depth = [&](int c) {
+    auto const depth = [&](int c) {
       return std::abs(Dot(inner.Area(f), Difference(inner.Centre(f), {m.xc[c], m.yc[c], m.zc[c]})));
     };
     m.Lamda[f] = depth(inner.cv[f]) / (depth(inner.cv[f]) + depth(inner.other[f]));
   }
 }
 
-FaceMesh OpenFoamMesh(const std::string& name) {
+FaceMesh OpenFoamMesh(std::string const& name) {
   FaceMesh mesh = reference_host::ReadMesh(std::string(ZYN_TEST_DATA) + "/" + name);
   std::vector<std::int64_t> facesOfPatch(mesh.patches.size(), 0);
-  for (const int patch : mesh.facePatch)
+  for (int const patch : mesh.facePatch)
     if (patch >= 0) ++facesOfPatch[patch];
   reference_host::AssignBoundaryGroups(mesh.patches, facesOfPatch, {});
   return mesh;
@@ -197,9 +197,9 @@ std::vector<NamedMesh> MeshesOfManyShapes() {
 
 // Where faces are warped, definitions of centres and volumes differ. All of these are usual.
 TEST(SoundHost, CentresAndVolumesMayBeDefinedInOtherWays) {
-  for (const NamedMesh& named : MeshesOfManyShapes()) {
+  for (NamedMesh const& named : MeshesOfManyShapes()) {
     CheckedRun run(named.mesh);
-    const std::string name = named.name;
+    std::string const name = named.name;
     ExpectNoBreach(run, name + ": triangles weighted by the face's vector");
     CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
     DefineFaceCentres(m, MeanOfTriangles);
@@ -219,10 +219,10 @@ TEST(SoundHost, CentresAndVolumesMayBeDefinedInOtherWays) {
 
 // The rows of nodes need not go around their faces.
 TEST(SoundHost, NodesOfAFaceMayStandInAnyOrder) {
-  for (const NamedMesh& named : AllMeshes()) {
+  for (NamedMesh const& named : AllMeshes()) {
     CheckedRun run(named.mesh);
     int nSwapped = 0;
-    for (const Faces& faces : FacesOf(*run.lent[0].mesh)) {
+    for (Faces const& faces : FacesOf(*run.lent[0].mesh)) {
       for (int f = 1; f <= faces.n; ++f) {
         int* const row = faces.nodes[f];
         if (row[0] > 4) continue;  // with nodes on edges, any three may lie in a line
@@ -236,8 +236,8 @@ TEST(SoundHost, NodesOfAFaceMayStandInAnyOrder) {
 }
 
 TEST(SoundHost, EveryKindOfCellHasNoBreachInRaggedPartitions) {
-  for (const NamedMesh& named : AllMeshes()) {
-    for (const int nParts : {1, 3}) {
+  for (NamedMesh const& named : AllMeshes()) {
+    for (int const nParts : {1, 3}) {
       CheckedRun run(named.mesh, RandomParts(named.mesh.nCells, nParts), nParts);
       ExpectNoBreach(run, named.name);
     }
@@ -271,7 +271,7 @@ TEST(SoundHost, MirroredGhostCentresAreAllowed) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.05));
   CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
   for (int f = 1; f <= m.NWall; ++f) {
-    const int ghost = m.ijWall[f], cell = m.ijWallCV[f];
+    int const ghost = m.ijWall[f], cell = m.ijWallCV[f];
     m.xc[ghost] = 2 * m.ijWallxc[f] - m.xc[cell];
     m.yc[ghost] = 2 * m.ijWallyc[f] - m.yc[cell];
     m.zc[ghost] = 2 * m.ijWallzc[f] - m.zc[cell];
@@ -281,8 +281,8 @@ TEST(SoundHost, MirroredGhostCentresAreAllowed) {
 
 TEST(SoundHost, NodesOfBoundariesNeedNotNameInteriorCells) {
   CheckedRun run(HexBox(3, 3, 3), RandomParts(27, 3), 3);
-  for (const LentHost& host : run.lent) {
-    const CZYN3DFiniteVolumeMesh& m = *host.mesh;
+  for (LentHost const& host : run.lent) {
+    CZYN3DFiniteVolumeMesh const& m = *host.mesh;
     for (int n = 1; n <= m.NNode; ++n) {
       int* row = m.NodeCell[n];
       bool isInner = true;
@@ -301,8 +301,8 @@ TEST(SoundHost, NodesOfBoundariesNeedNotNameInteriorCells) {
 TEST(SoundHost, NeighbourOverTwoFacesMayBeNamedOnce) {
   // A cube in two halves whose common face is cut in two along a diagonal.
   Builder builder;
-  const Grid grid(builder, 2, 1, 1);
-  const std::vector<int> v = grid.Corners(0, 0, 0), w = grid.Corners(1, 0, 0);
+  Grid const grid(builder, 2, 1, 1);
+  std::vector<int> const v = grid.Corners(0, 0, 0), w = grid.Corners(1, 0, 0);
   Cell left = Hex(v), right = Hex(w);
   left[1] = {v[1], v[3], v[7]};
   left.push_back({v[1], v[7], v[5]});
@@ -339,17 +339,17 @@ TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   std::vector<std::vector<int>> integers;
   reals.reserve(16);
   integers.reserve(16);
-  const auto grow = [&reals](double*& array, int n, double value) {
+  auto const grow = [&reals](double*& array, int n, double value) {
     reals.emplace_back(array, array + n + 1);
     reals.back().push_back(value);
     array = reals.back().data();
   };
-  const auto growInt = [&integers](int*& array, int n, int value) {
+  auto const growInt = [&integers](int*& array, int n, int value) {
     integers.emplace_back(array, array + n + 1);
     integers.back().push_back(value);
     array = integers.back().data();
   };
-  const int ghost = m.NCell + 1;
+  int const ghost = m.NCell + 1;
   grow(m.xc, m.NCell, m.ijxc[1]);
   grow(m.yc, m.NCell, m.ijyc[1]);
   grow(m.zc, m.NCell, m.ijzc[1]);
@@ -372,7 +372,7 @@ TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   }
   host_check::HostCheckOptions options;
   options.nodeTables = false;  // they would have to grow too
-  const HostCheckReport report = run.Check(options)[0];
+  HostCheckReport const report = run.Check(options)[0];
   // The work arrays of the reference host are one cell too short now, which nobody can see.
   EXPECT_EQ(report.Count(), 0) << TextOf(report);
 }

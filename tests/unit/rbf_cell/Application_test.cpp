@@ -24,7 +24,7 @@ struct Gradient {
   Array x, y, z;
 };
 
-AssertionResult Same(const Triple& expected, const Triple& actual) {
+AssertionResult Same(Triple const& expected, Triple const& actual) {
   for (std::size_t a = 0; a < 3; ++a) {
     if (AssertionResult same = SameValue("component " + std::to_string(a), expected[a], actual[a]); !same)
       return same;
@@ -51,8 +51,8 @@ CellMesh SomeMesh(Cells cells = Cells::HexaPyramids) {
 }
 
 TEST(CellApplication, EqualsThePlainFormOnEveryInteriorCell) {
-  for (const Cells cells : kAllCells) {
-    const CellMesh mesh = SomeMesh(cells);
+  for (Cells const cells : kAllCells) {
+    CellMesh const mesh = SomeMesh(cells);
     TestBed bed(mesh);
     bed.SetUpAndDerive();
     PlainCellOperator plain(mesh, 500.0, 0);
@@ -72,8 +72,8 @@ TEST(CellApplication, SumsInStencilOrderFromZeroOn) {
   TestBed bed(SevenPoints());
   bed.SetUp();
   RBFnode* const row = bed.object->m_ppRBFCellCoef[1];
-  const double small = std::ldexp(1.0, -53);
-  const double terms[] = {1.0, small, small, small, small, small, small};
+  double const small = std::ldexp(1.0, -53);
+  double const terms[] = {1.0, small, small, small, small, small, small};
   for (int k = 1; k <= 7; ++k) {
     row[k].x = terms[k - 1];
     row[k].y = terms[7 - k];
@@ -88,7 +88,7 @@ TEST(CellApplication, SumsInStencilOrderFromZeroOn) {
 }
 
 TEST(CellApplication, ReadsNeitherTheMultiplierNorTheSecondTripleNorTheId) {
-  const CellMesh mesh = SevenPoints();
+  CellMesh const mesh = SevenPoints();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(7);
@@ -106,11 +106,11 @@ TEST(CellApplication, ReadsNeitherTheMultiplierNorTheSecondTripleNorTheId) {
 }
 
 TEST(CellApplication, StaysWithinElements1ToNCellAndLeavesTheField) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
-  const Array before = phi;
+  Array const before = phi;
   Gradient g(mesh.NCell());
   Apply(bed, phi, g);
   EXPECT_TRUE(g.GuardsIntact());
@@ -119,8 +119,8 @@ TEST(CellApplication, StaysWithinElements1ToNCellAndLeavesTheField) {
 }
 
 TEST(CellApplication, OfAConstantIsZeroUpToRoundOff) {
-  for (const Cells cells : kAllCells) {
-    const CellMesh mesh = SomeMesh(cells);
+  for (Cells const cells : kAllCells) {
+    CellMesh const mesh = SomeMesh(cells);
     TestBed bed(mesh);
     bed.SetUpAndDerive();
     PlainCellOperator plain(mesh, 500.0, 0);
@@ -132,25 +132,25 @@ TEST(CellApplication, OfAConstantIsZeroUpToRoundOff) {
       if (plain.HasCoincidentPoints(c)) continue;  // perhaps a singular system
       double size = 0.0;
       for (int k = 1; k <= bed.object->m_ppRBFCellConn[c][0]; ++k) {
-        const RBFnode& w = bed.object->m_ppRBFCellCoef[c][k];
+        RBFnode const& w = bed.object->m_ppRBFCellCoef[c][k];
         size += 3.0 * (std::fabs(w.x) + std::fabs(w.y) + std::fabs(w.z));
       }
       // The last row of the system is solved to some roundings of the weights' sizes, the sum adds as many.
-      for (const double slope : g.At(c)) EXPECT_NEAR(0.0, slope, 1e-13 * size) << Name(cells) << " " << c;
+      for (double const slope : g.At(c)) EXPECT_NEAR(0.0, slope, 1e-13 * size) << Name(cells) << " " << c;
     }
   }
 }
 
 TEST(CellApplication, GivesWallAndInletCellsTheGradientOfTheirInteriorCell) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell());
   Apply(bed, phi, g);
   ASSERT_FALSE(mesh.wall.empty() || mesh.inlet.empty());
-  for (const auto* const group : {&mesh.wall, &mesh.inlet}) {
-    for (const CellFace& face : *group) {
+  for (auto const* const group : {&mesh.wall, &mesh.inlet}) {
+    for (CellFace const& face : *group) {
       EXPECT_TRUE(Same(g.At(face.cv), g.At(face.other)));
       EXPECT_NE(0.0, g.x[face.other]);
     }
@@ -158,15 +158,15 @@ TEST(CellApplication, GivesWallAndInletCellsTheGradientOfTheirInteriorCell) {
 }
 
 TEST(CellApplication, LeavesZeroAtOutletSymmetryAndHaloCells) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell());
   Apply(bed, phi, g);
   ASSERT_FALSE(mesh.outlet.empty() || mesh.symmetry.empty() || mesh.partition.empty());
-  for (const auto* const group : {&mesh.outlet, &mesh.symmetry, &mesh.partition})
-    for (const CellFace& face : *group) EXPECT_TRUE(Same(Triple{}, g.At(face.other)));
+  for (auto const* const group : {&mesh.outlet, &mesh.symmetry, &mesh.partition})
+    for (CellFace const& face : *group) EXPECT_TRUE(Same(Triple{}, g.At(face.other)));
 }
 
 TEST(CellApplication, CellOfAWallAndAnInletKeepsTheInletsValue) {
@@ -197,7 +197,7 @@ TEST(CellApplication, WithoutBoundaryFacesLeavesZeroAboveTheInteriorCells) {
 }
 
 TEST(CellApplication, BeforeTheWeightsAreDerivedIsZero) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUp();
   Array phi = RandomField(mesh.NCell());
@@ -207,7 +207,7 @@ TEST(CellApplication, BeforeTheWeightsAreDerivedIsZero) {
 }
 
 TEST(CellApplication, UsesGhostAndHaloValuesAsTheyStandAndExchangesNothing) {
-  const CellMesh mesh = SevenPoints();
+  CellMesh const mesh = SevenPoints();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi(7, 0.0);
@@ -219,20 +219,20 @@ TEST(CellApplication, UsesGhostAndHaloValuesAsTheyStandAndExchangesNothing) {
 }
 
 TEST(CellApplication, AllocatesNothing) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   bed.object->faceToCellconnection_memoryallocate(0);
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell()), f(static_cast<int>(mesh.inner.size()));
-  const long before = gradient_test::Allocations();
+  long const before = gradient_test::Allocations();
   Apply(bed, phi, g);
   bed.object->MultiplyRBFCoefficent_InnerfaceFlux(phi.Data(), f.x.Data(), f.y.Data(), f.z.Data());
   EXPECT_EQ(before, gradient_test::Allocations());
 }
 
 TEST(CellApplication, CanBeRepeatedWithTheSameResult) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
@@ -256,8 +256,8 @@ TEST(CellApplicationDeathTest, WithoutSetUpReachesANullTable) {
 // ---------------------------------------------------------------------------------------------- inner faces
 
 TEST(InnerFaceApplication, IsZeroAfterAllWeightsWereDerived) {
-  const CellMesh mesh = SomeMesh();
-  const int nFace = static_cast<int>(mesh.inner.size());
+  CellMesh const mesh = SomeMesh();
+  int const nFace = static_cast<int>(mesh.inner.size());
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   bed.object->faceToCellconnection_memoryallocate(0);
@@ -268,7 +268,7 @@ TEST(InnerFaceApplication, IsZeroAfterAllWeightsWereDerived) {
   EXPECT_EQ(1,
             bed.object->MultiplyRBFCoefficent_InnerfaceFlux(phi.Data(), f.x.Data(), f.y.Data(), f.z.Data()));
   for (int i = 1; i <= nFace; ++i)
-    for (const double value : f.At(i)) EXPECT_EQ(0.0, value);
+    for (double const value : f.At(i)) EXPECT_EQ(0.0, value);
   EXPECT_TRUE(f.GuardsIntact());
 }
 
@@ -286,7 +286,7 @@ TEST(InnerFaceApplication, ReadsTheTableThatTheCallerFilled) {
   for (int f = 1; f <= 2; ++f) {
     for (int k = 0; k <= 3; ++k) {
       RBFnode& w = table[f][k];
-      const bool read = k == 1 || k == 2;
+      bool const read = k == 1 || k == 2;
       w.x = read ? 100.0 * f + 10.0 * k + 1.0 : gradient_test::GuardValue<double>();
       w.y = w.x + 1.0;
       w.z = w.x + 2.0;

@@ -5,8 +5,8 @@ namespace {
 
 using gradient_test::GuardedArray;
 
-PartitionArrays ArraysOf(const std::vector<CellFace>& faces) {
-  const LentFaces lent(faces);
+PartitionArrays ArraysOf(std::vector<CellFace> const& faces) {
+  LentFaces const lent(faces);
   PartitionArrays arrays;
   arrays.count = lent.count;
   arrays.cv = lent.cv;
@@ -18,13 +18,13 @@ PartitionArrays ArraysOf(const std::vector<CellFace>& faces) {
 }
 
 /// Rows with an unused row 0 from rows that begin with face 1.
-std::vector<std::vector<int>> FromOne(const std::vector<std::vector<int>>& rows) {
+std::vector<std::vector<int>> FromOne(std::vector<std::vector<int>> const& rows) {
   std::vector<std::vector<int>> result(1);
   result.insert(result.end(), rows.begin(), rows.end());
   return result;
 }
 
-bool Same(const LentFaces& a, const LentFaces& b) {
+bool Same(LentFaces const& a, LentFaces const& b) {
   return a.cv.IdenticalTo(b.cv) && a.other.IdenticalTo(b.other) && a.xc.IdenticalTo(b.xc) &&
          a.yc.IdenticalTo(b.yc) && a.zc.IdenticalTo(b.zc) && a.sx.IdenticalTo(b.sx) &&
          a.sy.IdenticalTo(b.sy) && a.sz.IdenticalTo(b.sz);
@@ -32,7 +32,7 @@ bool Same(const LentFaces& a, const LentFaces& b) {
 
 }  // namespace
 
-LentTable::LentTable(const std::vector<std::vector<int>>& rows) : rows_(rows.size()), pointers_(rows.size()) {
+LentTable::LentTable(std::vector<std::vector<int>> const& rows) : rows_(rows.size()), pointers_(rows.size()) {
   for (std::size_t i = 1; i < rows.size(); ++i) {
     std::vector<int> row(1, static_cast<int>(rows[i].size()));
     row.insert(row.end(), rows[i].begin(), rows[i].end());
@@ -41,7 +41,7 @@ LentTable::LentTable(const std::vector<std::vector<int>>& rows) : rows_(rows.siz
   }
 }
 
-LentFaces::LentFaces(const std::vector<CellFace>& faces)
+LentFaces::LentFaces(std::vector<CellFace> const& faces)
     : count(static_cast<int>(faces.size())),
       cv(count),
       other(count),
@@ -52,7 +52,7 @@ LentFaces::LentFaces(const std::vector<CellFace>& faces)
       sy(count),
       sz(count) {
   for (int f = 1; f <= count; ++f) {
-    const CellFace& face = faces[static_cast<std::size_t>(f - 1)];
+    CellFace const& face = faces[static_cast<std::size_t>(f - 1)];
     cv[f] = face.cv;
     other[f] = face.other;
     xc[f] = face.centre.x;
@@ -64,7 +64,7 @@ LentFaces::LentFaces(const std::vector<CellFace>& faces)
   }
 }
 
-CellHost::CellHost(const CellMesh& description, const std::string& baseFileName)
+CellHost::CellHost(CellMesh const& description, std::string const& baseFileName)
     : partition(ArraysOf(description.partition)),
       description_(description),
       baseFileName_(baseFileName.c_str(), baseFileName.c_str() + baseFileName.size() + 1),
@@ -105,7 +105,7 @@ void CellHost::LendFaces() {
   mesh.NInlet = inlet_.count;
   mesh.NOutlet = outlet_.count;
   mesh.NSymmetry = symmetry_.count;
-  const auto lend = [](auto& array) { return array.Size() == 0 ? nullptr : array.Data(); };
+  auto const lend = [](auto& array) { return array.Size() == 0 ? nullptr : array.Data(); };
   mesh.ijCV = lend(inner_.cv), mesh.ij = lend(inner_.other);
   mesh.ijxc = lend(inner_.xc), mesh.ijyc = lend(inner_.yc), mesh.ijzc = lend(inner_.zc);
   mesh.ijSx = lend(inner_.sx), mesh.ijSy = lend(inner_.sy), mesh.ijSz = lend(inner_.sz);
@@ -143,7 +143,7 @@ CZYNGVGPU* CellHost::NewGPU() { return new WatchedGPU(destroyed); }
 CZYNGVOpenMP* CellHost::NewOpenMP() { return new WatchedOpenMP(destroyed); }
 
 bool CellHost::InputsUntouched() const {
-  const CellHost fresh(description_, baseFileName_.data());
+  CellHost const fresh(description_, baseFileName_.data());
   return xc_.IdenticalTo(fresh.xc_) && yc_.IdenticalTo(fresh.yc_) && zc_.IdenticalTo(fresh.zc_) &&
          Same(inner_, fresh.inner_) && Same(wall_, fresh.wall_) && Same(inlet_, fresh.inlet_) &&
          Same(outlet_, fresh.outlet_) && Same(symmetry_, fresh.symmetry_) &&

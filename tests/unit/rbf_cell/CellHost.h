@@ -15,10 +15,10 @@ class LentTable {
   LentTable() = default;
 
   /// @param[in] rows  [1..n] entries of each row, element 0 unused
-  explicit LentTable(const std::vector<std::vector<int>>& rows);
+  explicit LentTable(std::vector<std::vector<int>> const& rows);
 
   int** Data() { return pointers_.empty() ? nullptr : pointers_.data(); }
-  const std::vector<std::vector<int>>& Rows() const { return rows_; }
+  std::vector<std::vector<int>> const& Rows() const { return rows_; }
 
  private:
   std::vector<std::vector<int>> rows_;
@@ -27,7 +27,7 @@ class LentTable {
 
 /// The arrays of a boundary group or of the inner faces, guarded.
 struct LentFaces {
-  explicit LentFaces(const std::vector<CellFace>& faces);
+  explicit LentFaces(std::vector<CellFace> const& faces);
 
   int count = 0;
   gradient_test::GuardedArray<int> cv, other;
@@ -38,9 +38,9 @@ struct LentFaces {
 /// are made by `new`, once per operator, since the operator destroys those that it was given.
 class CellHost {
  public:
-  CellHost(const CellMesh& description, const std::string& baseFileName);
-  CellHost(const CellHost&) = delete;
-  CellHost& operator=(const CellHost&) = delete;
+  CellHost(CellMesh const& description, std::string const& baseFileName);
+  CellHost(CellHost const&) = delete;
+  CellHost& operator=(CellHost const&) = delete;
 
   CZyn3dGV* NewGlobals();
   CPartitionFace_DLL* NewPartitionFaces();

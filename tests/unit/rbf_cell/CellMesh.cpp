@@ -14,7 +14,7 @@ int CellMesh::AddOuterCell(Point centre) {
 }
 
 void CellMesh::JoinInterior(int a, int b) {
-  const Point &p = Centre(a), &q = Centre(b);
+  Point const &p = Centre(a), &q = Centre(b);
   CellFace face;
   face.cv = a;
   face.other = b;
@@ -26,7 +26,7 @@ void CellMesh::JoinInterior(int a, int b) {
 }
 
 int CellMesh::AddSide(std::vector<CellFace>& group, int cell, Point faceCentre, Point ghostCentre) {
-  const int ghost = AddOuterCell(ghostCentre);
+  int const ghost = AddOuterCell(ghostCentre);
   CellFace face;
   face.cv = cell;
   face.other = ghost;
@@ -37,16 +37,16 @@ int CellMesh::AddSide(std::vector<CellFace>& group, int cell, Point faceCentre, 
 }
 
 CellMesh SevenPoints(double distance, Point centre) {
-  const double d = distance;
+  double const d = distance;
   std::vector<Point> members = {{d, 0, 0}, {-d, 0, 0}, {0, d, 0}, {0, -d, 0}, {0, 0, d}, {0, 0, -d}};
   for (Point& p : members) p = {p.x + centre.x, p.y + centre.y, p.z + centre.z};
   return OneStencil(centre, members);
 }
 
-CellMesh OneStencil(Point centre, const std::vector<Point>& members) {
+CellMesh OneStencil(Point centre, std::vector<Point> const& members) {
   CellMesh mesh;
   mesh.AddInteriorCell(centre);
-  for (const Point& member : members) {
+  for (Point const& member : members) {
     mesh.AddSide(mesh.partition, 1, member, member);
     mesh.partitionNodes.emplace_back();
   }

@@ -28,9 +28,9 @@ struct CellMesh {
   std::vector<std::vector<int>> nodeCells{{}};   ///< [1..NNode] cells around a node
 
   int NCell() const { return static_cast<int>(centres.size()) - 1; }
-  const Point& Centre(int c) const { return centres[static_cast<std::size_t>(c)]; }
+  Point const& Centre(int c) const { return centres[static_cast<std::size_t>(c)]; }
   Point& Centre(int c) { return centres[static_cast<std::size_t>(c)]; }
-  const std::vector<int>& Neighbours(int c) const { return neighbours[static_cast<std::size_t>(c)]; }
+  std::vector<int> const& Neighbours(int c) const { return neighbours[static_cast<std::size_t>(c)]; }
   std::vector<int>& Neighbours(int c) { return neighbours[static_cast<std::size_t>(c)]; }
 
   /// Adds an interior cell without neighbours; all of them come before the first other cell. @return number
@@ -61,6 +61,6 @@ CellMesh SevenPoints(double distance = 1.0, Point centre = Point{});
 
 /// One interior cell at `centre` whose neighbours are halo cells at the given points, in that order. A halo
 /// cell stands at its own centre.
-CellMesh OneStencil(Point centre, const std::vector<Point>& members);
+CellMesh OneStencil(Point centre, std::vector<Point> const& members);
 
 }  // namespace rbf_cell_test

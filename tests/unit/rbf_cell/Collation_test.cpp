@@ -16,7 +16,7 @@
 namespace rbf_cell_test {
 namespace {
 
-const std::string kCollationLines =
+std::string const kCollationLines =
     "NInnerFaces ok!\nNWall ok!\nNInlet ok!\nNInnerCells ok!\nNWall ok!\nNInlet ok!\nNOutlet ok!\npPartFace "
     "ok!\n";
 
@@ -42,8 +42,8 @@ CellMesh AllKinds() {
   return mesh;
 }
 
-AssertionResult StandsAt(const CZynRBFInternalObject& object, int c, Point point, int kind, int index) {
-  const AssertionResult same =
+AssertionResult StandsAt(CZynRBFInternalObject const& object, int c, Point point, int kind, int index) {
+  AssertionResult const same =
       SameRecord("point", {point.x, point.y, point.z}, kind == 0 ? 0 : c, object.m_pRBFnode[c]);
   if (!same) return same;
   if (object.m_piNodeKind[c] != kind) return AssertionFailure() << "kind " << object.m_piNodeKind[c];
@@ -119,7 +119,7 @@ TEST(CellCollation, FlushesItsMessages) {
   TestBed bed(AllKinds(), DefaultSettings());
   std::string arrived;
   {
-    const FlushedOutput output;
+    FlushedOutput const output;
     bed.object->InitialRBFSetting();
     arrived = output.Arrived();
   }
@@ -128,7 +128,7 @@ TEST(CellCollation, FlushesItsMessages) {
 
 // ------------------------------------------------------------------------------------------ range and mean
 
-void ExpectBounds(const CZynRBFInternalObject& object, Point high, Point low) {
+void ExpectBounds(CZynRBFInternalObject const& object, Point high, Point low) {
   EXPECT_EQ(high.x, object.m_dBoundMax[0]);
   EXPECT_EQ(high.y, object.m_dBoundMax[1]);
   EXPECT_EQ(high.z, object.m_dBoundMax[2]);
@@ -201,8 +201,8 @@ TEST(CellMeanDistance, WithoutInnerFacesIsNotANumber) {
 
 std::vector<int> Around(CZYNOptKer& tree, Point p, double halfWidth) {
   int count = -1;
-  const double d = halfWidth;
-  const int* const found =
+  double const d = halfWidth;
+  int const* const found =
       tree.SearchNearBlockID(p.x - d, p.y - d, p.z - d, p.x + d, p.y + d, p.z + d, count, 0);
   std::vector<int> result(found, found + count);
   std::sort(result.begin(), result.end());
@@ -217,7 +217,7 @@ TEST(CellTree, HoldsABoxOfHalfWidth1e6thAroundEveryCollatedPoint) {
   EXPECT_EQ(std::vector<int>({2}), Around(tree, {1.0, 0.0, 0.25}, 1e-9));
   EXPECT_EQ(std::vector<int>({3}), Around(tree, {0.0, 0.5, 0.0}, 1e-9));
   EXPECT_EQ(std::vector<int>({7}), Around(tree, {0.0, 0.0, -1.0}, 1e-9));
-  for (const double side : {-1.0, 1.0}) {
+  for (double const side : {-1.0, 1.0}) {
     EXPECT_EQ(std::vector<int>({2}), Around(tree, {1.0, 0.0, 0.25 + side * 0.9e-6}, 1e-9));
     EXPECT_EQ(std::vector<int>({2}), Around(tree, {1.0 + side * 0.9e-6, 0.0, 0.25}, 1e-9));
     EXPECT_EQ(std::vector<int>(), Around(tree, {1.0, side * 1.1e-6, 0.25}, 1e-9));
@@ -230,7 +230,7 @@ TEST(CellTree, HoldsABoxOfHalfWidth1e6thAroundEveryCollatedPoint) {
 TEST(CellStencil, IsTheCellAndItsNeighboursInTheMeshsOrder) {
   TestBed bed(AllKinds());
   bed.SetUp();
-  const int first[] = {7, 1, 2, 3, 4, 5, 6, 7, 0}, second[] = {2, 2, 1, 0};
+  int const first[] = {7, 1, 2, 3, 4, 5, 6, 7, 0}, second[] = {2, 2, 1, 0};
   EXPECT_TRUE(std::equal(std::begin(first), std::end(first), bed.object->m_ppRBFCellConn[1]));
   EXPECT_TRUE(std::equal(std::begin(second), std::end(second), bed.object->m_ppRBFCellConn[2]));
 }
@@ -240,14 +240,14 @@ TEST(CellStencil, KeepsDoublesAndTheirOrder) {
   mesh.Neighbours(1) = {5, 2, 5, 1, 2};
   TestBed bed(mesh);
   bed.SetUp();
-  const int expected[] = {6, 1, 5, 2, 5, 1, 2, 0};
+  int const expected[] = {6, 1, 5, 2, 5, 1, 2, 0};
   EXPECT_TRUE(std::equal(std::begin(expected), std::end(expected), bed.object->m_ppRBFCellConn[1]));
 }
 
 TEST(CellStencil, WithoutNeighboursHasOneMemberAndNoLength) {
   TestBed bed(OneStencil({1.0, 2.0, 3.0}, {}));
   bed.SetUp();
-  const CZynRBFInternalObject& object = *bed.object;
+  CZynRBFInternalObject const& object = *bed.object;
   EXPECT_EQ(1, object.m_ppRBFCellConn[1][0]);
   EXPECT_EQ(1, object.m_ppRBFCellConn[1][1]);
   EXPECT_EQ(0, object.m_ppRBFCellConn[1][2]);
@@ -309,15 +309,15 @@ Point TellingPoint() {
   Random random(3);
   std::uniform_real_distribution<double> coordinate(0.5, 1.0);
   for (;;) {
-    const Point p{coordinate(random), coordinate(random), coordinate(random)};
-    const double x2 = p.x * p.x, y2 = p.y * p.y, z2 = p.z * p.z;
-    const double expected = std::sqrt(y2 + x2 + z2);
+    Point const p{coordinate(random), coordinate(random), coordinate(random)};
+    double const x2 = p.x * p.x, y2 = p.y * p.y, z2 = p.z * p.z;
+    double const expected = std::sqrt(y2 + x2 + z2);
     if (expected != std::sqrt(y2 + z2 + x2) && expected != std::sqrt(x2 + z2 + y2)) return p;
   }
 }
 
 TEST(CellStencil, SumsTheSquaresInTheOrderYXZ) {
-  const Point p = TellingPoint();
+  Point const p = TellingPoint();
   TestBed bed(OneStencil({}, {p}));
   bed.SetUp();
   EXPECT_EQ(std::sqrt(p.y * p.y + p.x * p.x + p.z * p.z), bed.object->m_pSupportLength[1]);
@@ -326,23 +326,23 @@ TEST(CellStencil, SumsTheSquaresInTheOrderYXZ) {
 TEST(CellStencil, RowsOfOtherCellsStayNull) {
   TestBed bed(AllKinds());
   bed.SetUp();
-  for (const int c : {0, 3, 4, 5, 6, 7}) EXPECT_EQ(nullptr, bed.object->m_ppRBFCellConn[c]);
+  for (int const c : {0, 3, 4, 5, 6, 7}) EXPECT_EQ(nullptr, bed.object->m_ppRBFCellConn[c]);
 }
 
 TEST(CellStencil, LengthsOfOtherCellsStayZero) {
   TestBed bed(AllKinds());
   bed.SetUp();
-  for (const int c : {0, 3, 4, 5, 6, 7}) {
+  for (int const c : {0, 3, 4, 5, 6, 7}) {
     EXPECT_TRUE(SameValue("support length", 0.0, bed.object->m_pSupportLength[c]));
     EXPECT_TRUE(SameRecord("extent", Triple{}, 0, bed.object->m_pStencilExtent[c]));
   }
 }
 
 TEST(CellStencil, PointsAndStencilsEqualThePlainForm) {
-  for (const Cells cells : kAllCells) {
+  for (Cells const cells : kAllCells) {
     LatticeOptions options;
     options.cells = cells;
-    const CellMesh mesh = LatticeMesh(options);
+    CellMesh const mesh = LatticeMesh(options);
     TestBed bed(mesh);
     bed.SetUp();
     PlainCellOperator plain(mesh, 500.0, 0);

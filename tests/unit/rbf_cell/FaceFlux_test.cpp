@@ -19,7 +19,7 @@ using Object = CZynRBFInternalObject;
 
 /// An operator with face tables for two nodes a face, and the plain form beside it.
 struct FaceBed : TestBed {
-  explicit FaceBed(const CellMesh& cellMesh, double span = 500.0, int shapeNormalize = 0)
+  explicit FaceBed(CellMesh const& cellMesh, double span = 500.0, int shapeNormalize = 0)
       : TestBed(cellMesh, Settings(std::to_string(span), std::to_string(shapeNormalize))),
         mesh(cellMesh),
         plain(mesh, span, shapeNormalize) {
@@ -34,19 +34,19 @@ struct FaceBed : TestBed {
   }
 
   /// Clears the plain form's maxima and derives all faces of a group.
-  std::vector<std::vector<Triple>> PlainRows(const std::vector<CellFace>& faces) {
+  std::vector<std::vector<Triple>> PlainRows(std::vector<CellFace> const& faces) {
     plain.residuals.x = plain.residuals.y = plain.residuals.z = 0.0;
     std::vector<std::vector<Triple>> rows;
-    for (const CellFace& face : faces)
+    for (CellFace const& face : faces)
       rows.push_back(plain.DeriveFace(face, static_cast<int>(rows.size()) + 1));
     return rows;
   }
 
-  const CellMesh mesh;
+  CellMesh const mesh;
   PlainCellOperator plain;
 };
 
-std::string ThreeMaxima(const std::string& title, double span, const Residuals& r) {
+std::string ThreeMaxima(std::string const& title, double span, Residuals const& r) {
   char line[500];
   std::snprintf(line, sizeof line, "Span = %f, MAXResidual_X = %e, MAXResidual_Y = %e, MAXResidual_Z = %e\n",
                 span, r.x, r.y, r.z);
@@ -68,27 +68,27 @@ CellMesh SomeMesh(Cells cells = Cells::Tetrahedra, std::uint64_t seed = 1) {
 
 /// A driver, its group of faces, its table and its first line.
 struct Driver {
-  const char* title;
+  char const* title;
   int (Object::*run)();
   std::vector<CellFace> CellMesh::*faces;
   RBFnode** Object::*table;
 };
 
-const Driver kInlet = {"Inelt face RBF flux Interpolation is done.\n",
+Driver const kInlet = {"Inelt face RBF flux Interpolation is done.\n",
                        &Object::DeriveRBFweighting_InletfaceFlux, &CellMesh::inlet,
                        &Object::m_ppRBFInletFaceCoef};
-const Driver kOutlet = {"Outlet face flux Interpolation is done.\n",
+Driver const kOutlet = {"Outlet face flux Interpolation is done.\n",
                         &Object::DeriveRBFweighting_OutletfaceFlux, &CellMesh::outlet,
                         &Object::m_ppRBFOutletFaceCoef};
-const Driver kPartition = {"Part inter face RBF flux Interpolation is done.\n",
+Driver const kPartition = {"Part inter face RBF flux Interpolation is done.\n",
                            &Object::DeriveRBFweighting_PartInterfaceFlux, &CellMesh::partition,
                            &Object::m_ppRBFPartInterFaceCoef};
 
-void ExpectDriverEqualsPlainForm(const Driver& driver) {
-  for (const double span : {500.0, 5.0, 1.5}) {
-    for (const int shape : {0, 1}) {
+void ExpectDriverEqualsPlainForm(Driver const& driver) {
+  for (double const span : {500.0, 5.0, 1.5}) {
+    for (int const shape : {0, 1}) {
       FaceBed bed(SomeMesh(), span, shape);
-      const auto rows = bed.PlainRows(bed.mesh.*driver.faces);
+      auto const rows = bed.PlainRows(bed.mesh.*driver.faces);
       ASSERT_FALSE(rows.empty());
       EXPECT_EQ(ThreeMaxima(driver.title, span, bed.plain.residuals), bed.Run(driver.run));
       EXPECT_TRUE(SameFaceRows(rows, bed.object->*driver.table)) << span << " " << shape;
@@ -105,8 +105,8 @@ TEST(PartitionFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
 }
 
 TEST(InnerFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
-  for (const double span : {500.0, 5.0, 1.5}) {
-    for (const int shape : {0, 1}) {
+  for (double const span : {500.0, 5.0, 1.5}) {
+    for (int const shape : {0, 1}) {
       FaceBed bed(SomeMesh(), span, shape);
       std::vector<Triple> rows;
       for (std::size_t f = 1; f <= bed.mesh.inner.size(); ++f)
@@ -114,7 +114,7 @@ TEST(InnerFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
       EXPECT_EQ(OneMaximum(span, bed.plain.residuals.normal),
                 bed.Run(&Object::DeriveRBFweighting_InnerfaceFlux));
       for (std::size_t f = 1; f <= rows.size(); ++f) {
-        const double* const row = bed.object->m_ppRBFInnerFaceFlux[f];
+        double const* const row = bed.object->m_ppRBFInnerFaceFlux[f];
         EXPECT_TRUE(SameValue("element 0", 0.0, row[0]));
         for (std::size_t k = 0; k < 3; ++k) EXPECT_TRUE(SameValue("weight", rows[f - 1][k], row[k + 1])) << f;
       }
@@ -126,9 +126,9 @@ TEST(InnerFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
 }
 
 TEST(WallFaceWeights, EqualThePlainFormWhenDerivedFaceByFace) {
-  for (const int shape : {0, 1}) {
+  for (int const shape : {0, 1}) {
     FaceBed bed(SomeMesh(), 5.0, shape);
-    const auto rows = bed.PlainRows(bed.mesh.wall);
+    auto const rows = bed.PlainRows(bed.mesh.wall);
     bed.object->MAXResidual_X = bed.object->MAXResidual_Y = bed.object->MAXResidual_Z = 0.0;
     for (std::size_t f = 1; f <= rows.size(); ++f)
       EXPECT_EQ(1, bed.object->DeriveWallFaceCoefficentBysolveDQfullMatrix(static_cast<int>(f)));
@@ -147,7 +147,7 @@ TEST(FaceWeights, OfOneFaceLeaveAllOtherRows) {
 
 // Faces beyond the partition faces count nothing there; their two weights need their room all the same.
 TEST(FaceWeights, OfInnerFacesAreTheSameInTheRowsOfAllNodes) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   ASSERT_GT(mesh.inner.size(), mesh.partition.size());
   FaceBed twoNodes(mesh);
   twoNodes.Run(&Object::DeriveRBFweighting_InnerfaceFlux);
@@ -164,11 +164,11 @@ TEST(FaceWeights, OfInnerFacesAreTheSameInTheRowsOfAllNodes) {
 
 TEST(FaceWeights, MessagesAreFlushed) {
   FaceBed bed(SomeMesh());
-  for (const auto driver :
+  for (auto const driver :
        {&Object::DeriveRBFweighting_InnerfaceFlux, &Object::DeriveRBFweighting_InletfaceFlux}) {
     std::string arrived;
     {
-      const FlushedOutput output;
+      FlushedOutput const output;
       (bed.object->*driver)();
       arrived = output.Arrived();
     }
@@ -189,7 +189,7 @@ TEST(FaceWeights, WithoutFacesPrintZeros) {
 
 TEST(FaceWeights, AllocateTheirRowsInMode1Too) {
   FaceBed bed(SomeMesh());
-  const auto rows = bed.PlainRows(bed.mesh.partition);
+  auto const rows = bed.PlainRows(bed.mesh.partition);
   TestBed mode1(bed.mesh, Settings("500", "0"));
   mode1.SetUp();
   mode1.object->faceToCellconnection_memoryallocate(1);
@@ -214,11 +214,11 @@ CellMesh WallsAndInlets(std::size_t nWall, std::size_t nInlet) {
   return mesh;
 }
 
-void ExpectWallDriverDerivesInlets(const CellMesh& mesh, std::size_t nFace) {
+void ExpectWallDriverDerivesInlets(CellMesh const& mesh, std::size_t nFace) {
   FaceBed bed(mesh, 5.0);
-  const std::vector<CellFace> inlets(mesh.inlet.begin(),
+  std::vector<CellFace> const inlets(mesh.inlet.begin(),
                                      mesh.inlet.begin() + static_cast<std::ptrdiff_t>(nFace));
-  const auto rows = bed.PlainRows(inlets);
+  auto const rows = bed.PlainRows(inlets);
   EXPECT_EQ(ThreeMaxima("Wall face flux Interpolation is done.\n", 5.0, bed.plain.residuals),
             bed.Run(&Object::DeriveRBFweighting_WallfaceFlux));
   EXPECT_TRUE(SameFaceRows(rows, bed.object->m_ppRBFInletFaceCoef));
@@ -243,7 +243,7 @@ TEST(WallDriver, WithoutInletFacesDerivesNothing) { ExpectWallDriverDerivesInlet
 TEST(FaceResiduals, DriversClearOnlyTheirOwnMaxima) {
   FaceBed bed(SomeMesh());
   Object& o = *bed.object;
-  const auto fill = [&o] {
+  auto const fill = [&o] {
     o.MAXResidual_X = o.MAXResidual_Y = o.MAXResidual_Z = o.MAX_Weithting_Residual_Normal = 1e30;
   };
   fill();
@@ -252,7 +252,7 @@ TEST(FaceResiduals, DriversClearOnlyTheirOwnMaxima) {
   EXPECT_EQ(1e30, o.MAXResidual_Y);
   EXPECT_EQ(1e30, o.MAXResidual_Z);
   EXPECT_NE(1e30, o.MAX_Weithting_Residual_Normal);
-  for (const auto driver :
+  for (auto const driver :
        {kInlet.run, kOutlet.run, kPartition.run, &Object::DeriveRBFweighting_WallfaceFlux}) {
     fill();
     bed.Run(driver);
@@ -269,7 +269,7 @@ TEST(FaceResiduals, LeaveTheMultiplierOut) {
   bed.Run(kInlet.run);
   Residuals largest;
   for (std::size_t f = 1; f <= bed.mesh.inlet.size(); ++f) {
-    const RBFnode* const row = bed.object->m_ppRBFInletFaceCoef[f];
+    RBFnode const* const row = bed.object->m_ppRBFInletFaceCoef[f];
     largest.x = std::fmax(largest.x, row[1].x + row[2].x);
     largest.y = std::fmax(largest.y, row[1].y + row[2].y);
     largest.z = std::fmax(largest.z, row[1].z + row[2].z);
@@ -294,7 +294,7 @@ TEST(FaceResiduals, OfInnerFacesAreTheLargestMultiplierWithItsSign) {
 /// Cells 1 and 2 at -1/2 and 1/2 along an axis (0, 1, 2), and the face between them.
 CellMesh TwoCellsAlong(int axis) {
   CellMesh mesh;
-  const auto at = [axis](double t) {
+  auto const at = [axis](double t) {
     return Point{axis == 0 ? t : 0.0, axis == 1 ? t : 0.0, axis == 2 ? t : 0.0};
   };
   mesh.AddInteriorCell(at(-0.5));
@@ -307,12 +307,12 @@ CellMesh TwoCellsAlong(int axis) {
 // Two nodes at distance 1 around the face, h = 1/2, Span 4: c = 2. The slope at each node is +-56/2 (5/2 + 2)
 // (3/2)^5 / 2^8, the matrix holds 3 and kernel(1/2) = 0.32421875, so the weights are -+slope / (3 - kernel).
 TEST(InnerFaceWeights, OfTwoNodesAreThoseOfTheSystemByHand) {
-  const double slope = 0.5 * 56.0 * (2.5 + 2.0) * std::pow(1.5, 5) / 256.0;
-  const double weight = slope / (3.0 - 0.32421875);
+  double const slope = 0.5 * 56.0 * (2.5 + 2.0) * std::pow(1.5, 5) / 256.0;
+  double const weight = slope / (3.0 - 0.32421875);
   for (int axis = 0; axis < 3; ++axis) {
     FaceBed bed(TwoCellsAlong(axis), 4.0);
     EXPECT_EQ(1, bed.object->DeriveInnerFaceCoefficentBysolveDQfullMatrix(1));
-    const double* const row = bed.object->m_ppRBFInnerFaceFlux[1];
+    double const* const row = bed.object->m_ppRBFInnerFaceFlux[1];
     EXPECT_NEAR(-weight, row[1], 1e-14 * weight);
     EXPECT_NEAR(weight, row[2], 1e-14 * weight);
     EXPECT_NEAR(0.0, row[3], 1e-14 * weight);
@@ -344,7 +344,7 @@ TEST(InnerFaceWeights, OfAFaceWithoutAreaAlongOneAxisEqualThePlainForm) {
     CellMesh mesh = TwoCellsAlong(axis);
     mesh.Centre(2) = {mesh.Centre(2).x + 0.1, mesh.Centre(2).y + 0.2, mesh.Centre(2).z + 0.3};
     FaceBed bed(mesh, 4.0);
-    const Triple expected = bed.plain.DeriveInnerFace(1);
+    Triple const expected = bed.plain.DeriveInnerFace(1);
     bed.object->DeriveInnerFaceCoefficentBysolveDQfullMatrix(1);
     for (std::size_t k = 0; k < 3; ++k)
       EXPECT_TRUE(SameValue("weight", expected[k], bed.object->m_ppRBFInnerFaceFlux[1][k + 1]));
@@ -355,7 +355,7 @@ TEST(InnerFaceWeights, ShapeNormalisedFormReplacesAZeroExtentByAMillionth) {
   CellMesh mesh = TwoCellsAlong(0);
   mesh.inner[0].area = {1.0, 2.0, 3.0};
   FaceBed bed(mesh, 4.0, 1);
-  const Triple expected = bed.plain.DeriveInnerFace(1);
+  Triple const expected = bed.plain.DeriveInnerFace(1);
   bed.object->DeriveInnerFaceCoefficentBysolveDQfullMatrix(1);
   for (std::size_t k = 0; k < 3; ++k) {
     EXPECT_FALSE(std::isnan(bed.object->m_ppRBFInnerFaceFlux[1][k + 1]));
@@ -368,10 +368,10 @@ TEST(OtherFaceWeights, ShapeNormalisedFormDividesByAZeroExtent) {
   mesh.AddSide(mesh.inlet, 1, {-1.0, 0.0, 0.0}, {-1.5, 0.0, 0.0});
   FaceBed bed(mesh, 4.0, 1);
   bed.Run(kInlet.run);
-  const RBFnode* const row = bed.object->m_ppRBFInletFaceCoef[1];
+  RBFnode const* const row = bed.object->m_ppRBFInletFaceCoef[1];
   EXPECT_TRUE(std::isnan(row[1].x) && std::isnan(row[1].y) && std::isnan(row[1].z));
   EXPECT_EQ(0.0, bed.object->MAXResidual_X) << "a NaN is never above a maximum";
-  const auto rows = bed.PlainRows(mesh.inlet);
+  auto const rows = bed.PlainRows(mesh.inlet);
   EXPECT_TRUE(SameFaceRows(rows, bed.object->m_ppRBFInletFaceCoef));
 }
 
@@ -391,8 +391,8 @@ TEST(InletFaceWeights, SecondNodeStandsAtTheFaceCentre) {
   mesh.AddSide(mesh.inlet, 1, {-1.5, 0.0, 0.0}, {9.0, 9.0, 9.0});  // at distance 1 from cell 1, h = 1
   FaceBed bed(mesh, 2.0);
   bed.Run(kInlet.run);
-  const double slope = 56.0 * (5.0 + 2.0) * 1.0 / 256.0;  // c = 2
-  const double weight = slope / (2.0 * (3.0 - 0.32421875));
+  double const slope = 56.0 * (5.0 + 2.0) * 1.0 / 256.0;  // c = 2
+  double const weight = slope / (2.0 * (3.0 - 0.32421875));
   EXPECT_NEAR(weight, bed.object->m_ppRBFInletFaceCoef[1][1].x, 1e-14);
   EXPECT_NEAR(-weight, bed.object->m_ppRBFInletFaceCoef[1][2].x, 1e-14);
 }
@@ -403,20 +403,20 @@ TEST(FaceWeights, RightHandSidesKeepDoublePrecision) {
   mesh.AddSide(mesh.inlet, 1, {-1.2, 0.0, 0.0}, {9.0, 9.0, 9.0});
   FaceBed bed(mesh, 3.0);
   bed.Run(kInlet.run);
-  const double h = 0.7, c = 3.0 * h, s = h / c;
-  const double slope = h * 56.0 * (5.0 * h + c) * std::pow(c - h, 5) / std::pow(c, 8);
-  const double kernel = std::pow(1.0 - s, 6) * (35.0 * s * s + 18.0 * s + 3.0);
+  double const h = 0.7, c = 3.0 * h, s = h / c;
+  double const slope = h * 56.0 * (5.0 * h + c) * std::pow(c - h, 5) / std::pow(c, 8);
+  double const kernel = std::pow(1.0 - s, 6) * (35.0 * s * s + 18.0 * s + 3.0);
   ASSERT_GT(std::fabs(slope - static_cast<double>(static_cast<float>(slope))), 1e-10 * slope);
-  const double weight = slope / (2.0 * (3.0 - kernel));
+  double const weight = slope / (2.0 * (3.0 - kernel));
   EXPECT_NEAR(weight, bed.object->m_ppRBFInletFaceCoef[1][1].x, 1e-13 * weight);
 }
 
 TEST(FaceWeights, OfTwoNodesAtOnePointEqualThePlainForm) {
   CellMesh mesh = TwoCellsAlong(0);
   mesh.AddSide(mesh.outlet, 1, mesh.Centre(1), {9.0, 9.0, 9.0});
-  for (const int shape : {0, 1}) {
+  for (int const shape : {0, 1}) {
     FaceBed bed(mesh, 5.0, shape);
-    const auto rows = bed.PlainRows(mesh.outlet);
+    auto const rows = bed.PlainRows(mesh.outlet);
     bed.Run(kOutlet.run);
     EXPECT_TRUE(SameFaceRows(rows, bed.object->m_ppRBFOutletFaceCoef));
     EXPECT_TRUE(SameResiduals(bed.plain, *bed.object));

@@ -15,7 +15,7 @@ namespace {
 constexpr int kKinds[] = {1, 2, 3, 4, 5};
 
 /// One partition face with the given nodes, and the given cells around nodes 1, 2, ...
-CellMesh OneFace(const std::vector<int>& nodes, const std::vector<std::vector<int>>& cellsAround) {
+CellMesh OneFace(std::vector<int> const& nodes, std::vector<std::vector<int>> const& cellsAround) {
   CellMesh mesh = OneStencil({}, {{1, 0, 0}});
   for (int c = 3; c <= 10; ++c) mesh.AddOuterCell({0, 0, 0});
   mesh.partitionNodes = {nodes};
@@ -23,26 +23,26 @@ CellMesh OneFace(const std::vector<int>& nodes, const std::vector<std::vector<in
   return mesh;
 }
 
-int Count(const CellMesh& mesh, int face = 1, int kind = 5) {
+int Count(CellMesh const& mesh, int face = 1, int kind = 5) {
   TestBed bed(mesh);
   return bed.object->CountingfaceToCellconnectionNumber(face, kind);
 }
 
 // Nodes 3 and 1. Node 3 has 2 cells, so 2 are taken from row 1 (the running number of node 3): cells 1, 2.
 // Node 1 has 3 cells, so 3 are taken from row 2: cells 2, 1, 5. Distinct: 1, 2, 5.
-const std::vector<int> kNodes = {3, 1};
-const std::vector<std::vector<int>> kAround = {{1, 2, 3}, {2, 1, 5, 6}, {7, 8}};
+std::vector<int> const kNodes = {3, 1};
+std::vector<std::vector<int>> const kAround = {{1, 2, 3}, {2, 1, 5, 6}, {7, 8}};
 
 TEST(FaceStencilCount, TakesTheCellsOfTheRunningNumberAndTheLengthOfTheNode) {
   EXPECT_EQ(3, Count(OneFace(kNodes, kAround)));
 }
 
 TEST(FaceStencilCount, UsesThePartitionFacesForEveryKind) {
-  for (const int kind : kKinds) EXPECT_EQ(3, Count(OneFace(kNodes, kAround), 1, kind)) << kind;
+  for (int const kind : kKinds) EXPECT_EQ(3, Count(OneFace(kNodes, kAround), 1, kind)) << kind;
 }
 
 TEST(FaceStencilCount, OfAnUnknownKindIsZero) {
-  for (const int kind : {-1, 0, 6, 101}) EXPECT_EQ(0, Count(OneFace(kNodes, kAround), 1, kind)) << kind;
+  for (int const kind : {-1, 0, 6, 101}) EXPECT_EQ(0, Count(OneFace(kNodes, kAround), 1, kind)) << kind;
 }
 
 TEST(FaceStencilCount, OfAFaceWithoutNodesIsZero) { EXPECT_EQ(0, Count(OneFace({}, kAround))); }
@@ -58,10 +58,10 @@ TEST(FaceStencilCount, StopsAtTheEndOfAShorterRow) {
 
 // The table of nodes ends with the last partition face; a sanitizer sees a step beyond it.
 TEST(FaceStencilCount, OfAFaceBeyondThePartitionFacesIsZero) {
-  const CellMesh mesh = OneFace(kNodes, kAround);
+  CellMesh const mesh = OneFace(kNodes, kAround);
   ASSERT_EQ(1U, mesh.partition.size());
-  for (const int kind : kKinds)
-    for (const int face : {2, 3, 1000, 0, -1})
+  for (int const kind : kKinds)
+    for (int const face : {2, 3, 1000, 0, -1})
       EXPECT_EQ(0, Count(mesh, face, kind)) << face << " of " << kind;
 }
 
@@ -69,7 +69,7 @@ TEST(FaceStencilCount, AsksTheFacesForTheirNumberWhateverRowsTheTableHas) {
   CellMesh mesh = OneFace({}, kAround);
   mesh.partitionNodes.push_back(kNodes);
   ASSERT_EQ(1U, mesh.partition.size());
-  for (const int kind : kKinds) EXPECT_EQ(0, Count(mesh, 2, kind)) << kind;
+  for (int const kind : kKinds) EXPECT_EQ(0, Count(mesh, 2, kind)) << kind;
 }
 
 TEST(FaceStencilCount, NeedsNoPartitionFaces) {
@@ -84,7 +84,7 @@ TEST(FaceStencilCount, WithoutATableIsZero) {
   CellMesh mesh = OneFace(kNodes, kAround);
   mesh.partition.clear();
   mesh.partitionNodes.clear();
-  for (const int kind : kKinds) EXPECT_EQ(0, Count(mesh, 1, kind)) << kind;
+  for (int const kind : kKinds) EXPECT_EQ(0, Count(mesh, 1, kind)) << kind;
 }
 
 TEST(FaceStencilCount, CanBeRepeated) {
@@ -93,16 +93,16 @@ TEST(FaceStencilCount, CanBeRepeated) {
 }
 
 /// The same count from the tables of a mesh by the plainest means.
-int PlainCount(const CellMesh& mesh, int face) {
+int PlainCount(CellMesh const& mesh, int face) {
   if (face > static_cast<int>(mesh.partition.size())) return 0;
   std::vector<bool> seen(static_cast<std::size_t>(mesh.NCell() + 1), false);
   int count = 0;
-  const std::vector<int>& nodes = mesh.partitionNodes[static_cast<std::size_t>(face - 1)];
+  std::vector<int> const& nodes = mesh.partitionNodes[static_cast<std::size_t>(face - 1)];
   for (std::size_t i = 0; i < nodes.size(); ++i) {
-    const std::vector<int>& row = mesh.nodeCells[i + 1];
-    const std::size_t m = mesh.nodeCells[static_cast<std::size_t>(nodes[i])].size();
+    std::vector<int> const& row = mesh.nodeCells[i + 1];
+    std::size_t const m = mesh.nodeCells[static_cast<std::size_t>(nodes[i])].size();
     for (std::size_t j = 0; j < m && j < row.size(); ++j) {
-      const auto c = static_cast<std::size_t>(row[j]);
+      auto const c = static_cast<std::size_t>(row[j]);
       if (!seen[c]) ++count;
       seen[c] = true;
     }
@@ -111,14 +111,14 @@ int PlainCount(const CellMesh& mesh, int face) {
 }
 
 TEST(FaceStencilCount, EqualsThePlainCountOnMeshesOfAllCells) {
-  for (const Cells cells : kAllCells) {
+  for (Cells const cells : kAllCells) {
     LatticeOptions options;
     options.cells = cells;
-    const CellMesh mesh = LatticeMesh(options);
+    CellMesh const mesh = LatticeMesh(options);
     TestBed bed(mesh);
     ASSERT_FALSE(mesh.partition.empty());
     for (int f = 1; f <= static_cast<int>(mesh.partition.size()); ++f)
-      for (const int kind : kKinds)
+      for (int const kind : kKinds)
         EXPECT_EQ(PlainCount(mesh, f), bed.object->CountingfaceToCellconnectionNumber(f, kind))
             << Name(cells);
   }
@@ -134,8 +134,8 @@ struct Tables {
   RBFnode** weights;
 };
 
-std::vector<Tables> AllTables(const CellMesh& mesh, const CZynRBFInternalObject& o) {
-  const auto size = [](const std::vector<CellFace>& faces) { return static_cast<int>(faces.size()); };
+std::vector<Tables> AllTables(CellMesh const& mesh, CZynRBFInternalObject const& o) {
+  auto const size = [](std::vector<CellFace> const& faces) { return static_cast<int>(faces.size()); };
   return {{"inner", size(mesh.inner), o.m_ppRBFInnerFaceConn, o.m_ppRBFInnerFaceCoef},
           {"wall", size(mesh.wall), o.m_ppRBFWallFaceConn, o.m_ppRBFWallFaceCoef},
           {"inlet", size(mesh.inlet), o.m_ppRBFInletFaceConn, o.m_ppRBFInletFaceCoef},
@@ -149,13 +149,13 @@ CellMesh SomeMesh() {
   return LatticeMesh(options);
 }
 
-AssertionResult IsZero(const RBFnode& node) { return SameRecord("record", Triple{}, 0, node); }
+AssertionResult IsZero(RBFnode const& node) { return SameRecord("record", Triple{}, 0, node); }
 
 /// Rows of a stencil table with `length(f)` in element 0 and zeros behind it, of a weight table with two or
 /// `length(f) + 2` zero records; then fills all elements and looks whether each kept its own value.
 template <typename Length>
-void ExpectRows(const Tables& t, Length length, int weightElements) {
-  const auto nWeight = [&](int f) { return weightElements > 0 ? weightElements : length(f) + 2; };
+void ExpectRows(Tables const& t, Length length, int weightElements) {
+  auto const nWeight = [&](int f) { return weightElements > 0 ? weightElements : length(f) + 2; };
   EXPECT_EQ(nullptr, t.stencils[0]);
   EXPECT_EQ(nullptr, t.weights[0]);
   for (int f = 1; f <= t.count; ++f) {
@@ -185,11 +185,11 @@ void ExpectFluxRows(double* const* flux, int count, Elements elements) {
 }
 
 TEST(FaceTables, Mode0HasTwoNodesAFace) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(0));
-  for (const Tables& t : AllTables(mesh, *bed.object)) {
+  for (Tables const& t : AllTables(mesh, *bed.object)) {
     ASSERT_GT(t.count, 0);
     ExpectRows(
         t, [](int) { return 2; }, 4);
@@ -199,19 +199,19 @@ TEST(FaceTables, Mode0HasTwoNodesAFace) {
 }
 
 TEST(FaceTables, Mode1HasTheCountedCellsOfEachFace) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(1));
-  const auto count = [&mesh](int f) { return PlainCount(mesh, f); };
+  auto const count = [&mesh](int f) { return PlainCount(mesh, f); };
   ASSERT_GT(count(1), 2);
-  for (const Tables& t : AllTables(mesh, *bed.object)) ExpectRows(t, count, 0);
+  for (Tables const& t : AllTables(mesh, *bed.object)) ExpectRows(t, count, 0);
   ExpectFluxRows(bed.object->m_ppRBFInnerFaceFlux, static_cast<int>(mesh.inner.size()),
                  [count](int f) { return count(f) + 2; });
 }
 
 TEST(FaceTables, Mode1OfAFaceWithoutNodesHasOneStencilElementAndTwoWeights) {
-  const CellMesh mesh = OneFace({}, kAround);
+  CellMesh const mesh = OneFace({}, kAround);
   TestBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(1));
@@ -221,7 +221,7 @@ TEST(FaceTables, Mode1OfAFaceWithoutNodesHasOneStencilElementAndTwoWeights) {
 }
 
 TEST(FaceTables, Mode1BeyondThePartitionFacesCountsNothing) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   ASSERT_GT(mesh.inner.size(), mesh.partition.size());
   TestBed bed(mesh);
   bed.SetUp();
@@ -231,12 +231,12 @@ TEST(FaceTables, Mode1BeyondThePartitionFacesCountsNothing) {
 }
 
 TEST(FaceTables, OtherModesHaveHeadsOfNullRows) {
-  const CellMesh mesh = SomeMesh();
-  for (const int mode : {-1, 2, 100}) {
+  CellMesh const mesh = SomeMesh();
+  for (int const mode : {-1, 2, 100}) {
     TestBed bed(mesh);
     bed.SetUp();
     EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(mode));
-    for (const Tables& t : AllTables(mesh, *bed.object)) {
+    for (Tables const& t : AllTables(mesh, *bed.object)) {
       ASSERT_NE(nullptr, t.stencils) << t.name;
       ASSERT_NE(nullptr, t.weights) << t.name;
       for (int f = 0; f <= t.count; ++f) {
@@ -254,7 +254,7 @@ TEST(FaceTables, WithoutPartitionFacesHoldElement0Alone) {
   CellMesh mesh = SomeMesh();
   mesh.partition.clear();
   mesh.partitionNodes.clear();
-  for (const int mode : {0, 1, 2}) {
+  for (int const mode : {0, 1, 2}) {
     TestBed bed(mesh);
     bed.SetUp();
     EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(mode));
@@ -288,12 +288,12 @@ TEST(FaceTables, SecondCallAllocatesAnew) {
 }
 
 TEST(FaceTables, SettingTheStencilsDoesNothing) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUp();
   bed.object->faceToCellconnection_memoryallocate(0);
-  for (const int argument : {-1, 0, 1, 2, 5}) EXPECT_EQ(0, bed.object->SetfaceToCellconnection(argument));
-  for (const Tables& t : AllTables(mesh, *bed.object))
+  for (int const argument : {-1, 0, 1, 2, 5}) EXPECT_EQ(0, bed.object->SetfaceToCellconnection(argument));
+  for (Tables const& t : AllTables(mesh, *bed.object))
     ExpectRows(
         t, [](int) { return 2; }, 4);
 }

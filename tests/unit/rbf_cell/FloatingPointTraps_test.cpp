@@ -24,7 +24,7 @@ using gradient_test::ArmedTraps;
 template <typename Call>
 void RunWith(bool withTraps, Call call) {
   if (!withTraps) return call();
-  const ArmedTraps traps;
+  ArmedTraps const traps;
   call();
   EXPECT_TRUE(traps.StillArmed());
 }
@@ -34,7 +34,7 @@ struct Outcome {
   std::vector<Array> arrays;
 };
 
-void ExpectSame(const Outcome& a, const Outcome& b) {
+void ExpectSame(Outcome const& a, Outcome const& b) {
   EXPECT_EQ(a.printed, b.printed);
   ASSERT_EQ(a.arrays.size(), b.arrays.size());
   for (std::size_t k = 0; k < a.arrays.size(); ++k)
@@ -48,7 +48,7 @@ Array Field(int n) {
 }
 
 /// Set-up, weights, gradient, and the face family of every kind.
-Outcome GradientAndFaces(const CellMesh& mesh, const std::string& settings, int mode, bool withTraps) {
+Outcome GradientAndFaces(CellMesh const& mesh, std::string const& settings, int mode, bool withTraps) {
   TestBed bed(mesh, settings);
   Array phi = Field(mesh.NCell()), gx(mesh.NCell()), gy(gx), gz(gx);
   Array fx(static_cast<int>(mesh.inner.size())), fy(fx), fz(fx);
@@ -77,7 +77,7 @@ Outcome GradientAndFaces(const CellMesh& mesh, const std::string& settings, int 
 }
 
 /// The operations for points.
-Outcome Points(const CellMesh& mesh, int method, bool withTraps) {
+Outcome Points(CellMesh const& mesh, int method, bool withTraps) {
   constexpr int kPoints = 3;
   TestBed bed(mesh, DefaultSettings());
   CZynRBFInternalObject& o = *bed.object;
@@ -88,7 +88,7 @@ Outcome Points(const CellMesh& mesh, int method, bool withTraps) {
   CZYNOptKer tree;
   std::vector<int> cellOfBlock = {0};
   for (int c = 1; c <= mesh.NCell(); ++c) {
-    const Point& p = mesh.Centre(c);
+    Point const& p = mesh.Centre(c);
     cellOfBlock.push_back(c);
     tree.AddSurfaceToADTree(c, p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6);
   }
@@ -117,8 +117,8 @@ Outcome Points(const CellMesh& mesh, int method, bool withTraps) {
 
 std::vector<CellMesh> Meshes() {
   std::vector<CellMesh> meshes;
-  for (const Cells cells : {Cells::Hexahedra, Cells::Tetrahedra, Cells::Polyhedra}) {
-    for (const double jitter : {0.0, 0.2}) {
+  for (Cells const cells : {Cells::Hexahedra, Cells::Tetrahedra, Cells::Polyhedra}) {
+    for (double const jitter : {0.0, 0.2}) {
       LatticeOptions options;
       options.cells = cells;
       options.jitter = jitter;
@@ -129,23 +129,23 @@ std::vector<CellMesh> Meshes() {
 }
 
 TEST(CellOperatorTraps, NothingOfTheGradientOrOfFacesStopsASolver) {
-  for (const CellMesh& mesh : Meshes())
-    for (const char* const span : {"500", "5"})
-      for (const int mode : {0, 1})
+  for (CellMesh const& mesh : Meshes())
+    for (char const* const span : {"500", "5"})
+      for (int const mode : {0, 1})
         ExpectSame(GradientAndFaces(mesh, Settings(span, "0"), mode, false),
                    GradientAndFaces(mesh, Settings(span, "0"), mode, true));
 }
 
 // Faces along an axis have no extent along the others, and the weights of four of the five kinds are not finite then.
 TEST(CellOperatorTraps, NothingOfTheShapeNormalisedFormStopsASolver) {
-  for (const CellMesh& mesh : Meshes())
+  for (CellMesh const& mesh : Meshes())
     ExpectSame(GradientAndFaces(mesh, Settings("500", "1"), 0, false),
                GradientAndFaces(mesh, Settings("500", "1"), 0, true));
 }
 
 TEST(CellOperatorTraps, NothingForPointsStopsASolver) {
-  for (const CellMesh& mesh : Meshes())
-    for (const int method : {1, 2, 3}) ExpectSame(Points(mesh, method, false), Points(mesh, method, true));
+  for (CellMesh const& mesh : Meshes())
+    for (int const method : {1, 2, 3}) ExpectSame(Points(mesh, method, false), Points(mesh, method, true));
 }
 
 // The mean distance over no inner faces is 0 / 0, the stencil of a cell without neighbours has no length, and two
@@ -153,16 +153,16 @@ TEST(CellOperatorTraps, NothingForPointsStopsASolver) {
 TEST(CellOperatorTraps, NoDegenerateMeshStopsASolver) {
   CellMesh twins = SevenPoints();
   twins.Centre(3) = twins.Centre(2);
-  for (const CellMesh& mesh : {SevenPoints(), OneStencil({}, {}), OneStencil({}, {{1, 0, 0}}), twins}) {
-    for (const char* const normalised : {"0", "1"})
+  for (CellMesh const& mesh : {SevenPoints(), OneStencil({}, {}), OneStencil({}, {{1, 0, 0}}), twins}) {
+    for (char const* const normalised : {"0", "1"})
       ExpectSame(GradientAndFaces(mesh, Settings("500", normalised), 0, false),
                  GradientAndFaces(mesh, Settings("500", normalised), 0, true));
-    for (const int method : {1, 2}) ExpectSame(Points(mesh, method, false), Points(mesh, method, true));
+    for (int const method : {1, 2}) ExpectSame(Points(mesh, method, false), Points(mesh, method, true));
   }
 }
 
 TEST(CellOperatorTraps, ASpanBeyondTheNumbersStopsNoSolver) {
-  for (const char* const span : {"1e999", "1e300", "1e-300", "0", "nan"})
+  for (char const* const span : {"1e999", "1e300", "1e-300", "0", "nan"})
     ExpectSame(GradientAndFaces(SevenPoints(), Settings(span, "0"), 0, false),
                GradientAndFaces(SevenPoints(), Settings(span, "0"), 0, true));
 }

@@ -22,12 +22,12 @@ class FlushedOutput {
     close(formerOutput_);
     std::fclose(file_);
   }
-  FlushedOutput(const FlushedOutput&) = delete;
-  FlushedOutput& operator=(const FlushedOutput&) = delete;
+  FlushedOutput(FlushedOutput const&) = delete;
+  FlushedOutput& operator=(FlushedOutput const&) = delete;
 
   std::string Arrived() const {
     std::string text(1 << 16, '\0');
-    const ssize_t length = pread(fileno(file_), text.data(), text.size(), 0);
+    ssize_t const length = pread(fileno(file_), text.data(), text.size(), 0);
     text.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
     return text;
   }

@@ -34,7 +34,7 @@ struct LatticeOptions {
 
 /// A box of cells. Low x is inlet, high x outlet, low y wall, high y partition, low z symmetry, high z wall;
 /// ghost centres are mirrored at the face's centre, outer cells are numbered at random.
-CellMesh LatticeMesh(const LatticeOptions& options);
+CellMesh LatticeMesh(LatticeOptions const& options);
 
 /// Adds what a mesh should not have and a solver may bring: neighbours listed twice, a cell that lists
 /// itself, a wall's side cell that is also an inlet's, cells without neighbours.

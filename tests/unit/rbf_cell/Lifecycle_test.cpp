@@ -16,22 +16,22 @@
 namespace rbf_cell_test {
 namespace {
 
-const std::string kPrefix = "Operator Gradient Error = ";
-const std::string kNoGlobals = "Can not get the object of Global Variables\n";
-const std::string kNoPartFaces = "Can not get the object of Part Faces\n";
-const std::string kNoCommunication = "Can not get the object of Communication\n";
+std::string const kPrefix = "Operator Gradient Error = ";
+std::string const kNoGlobals = "Can not get the object of Global Variables\n";
+std::string const kNoPartFaces = "Can not get the object of Part Faces\n";
+std::string const kNoCommunication = "Can not get the object of Communication\n";
 
 // ---------------------------------------------------------------------------------------------- construction
 
 TEST(CellOperatorRecord, IsAllZeroAndNothingButData) {
-  const RBFnode node;
-  for (const double value : {node.x, node.y, node.z, node.x0, node.y0, node.z0}) EXPECT_EQ(0.0, value);
+  RBFnode const node;
+  for (double const value : {node.x, node.y, node.z, node.x0, node.y0, node.z0}) EXPECT_EQ(0.0, value);
   EXPECT_EQ(0, node.id);
   EXPECT_FALSE(std::is_polymorphic<RBFnode>::value);
 }
 
 TEST(CellOperatorConstruction, ClearsTheHostObjects) {
-  const CZynRBFInternalObject object;
+  CZynRBFInternalObject const object;
   EXPECT_EQ(nullptr, object.m_pPartFace);
   EXPECT_EQ(nullptr, object.m_pComm);
   EXPECT_EQ(nullptr, object.m_pGVGPU);
@@ -40,7 +40,7 @@ TEST(CellOperatorConstruction, ClearsTheHostObjects) {
 }
 
 TEST(CellOperatorConstruction, ClearsTheTablesOfTheCells) {
-  const CZynRBFInternalObject object;
+  CZynRBFInternalObject const object;
   EXPECT_EQ(nullptr, object.m_pADTree);
   EXPECT_EQ(nullptr, object.m_pRBFnode);
   EXPECT_EQ(nullptr, object.m_pStencilExtent);
@@ -52,7 +52,7 @@ TEST(CellOperatorConstruction, ClearsTheTablesOfTheCells) {
 }
 
 TEST(CellOperatorConstruction, ClearsTheTablesOfTheFaces) {
-  const CZynRBFInternalObject object;
+  CZynRBFInternalObject const object;
   EXPECT_EQ(nullptr, object.m_ppRBFInnerFaceConn);
   EXPECT_EQ(nullptr, object.m_ppRBFWallFaceConn);
   EXPECT_EQ(nullptr, object.m_ppRBFInletFaceConn);
@@ -67,7 +67,7 @@ TEST(CellOperatorConstruction, ClearsTheTablesOfTheFaces) {
 }
 
 TEST(CellOperatorConstruction, ClearsTheTablesOfTheImmersedPoints) {
-  const CZynRBFInternalObject object;
+  CZynRBFInternalObject const object;
   EXPECT_EQ(0, object.m_iNIBNode);
   EXPECT_EQ(nullptr, object.m_ppIBConn);
   EXPECT_EQ(nullptr, object.m_ppIBCoef);
@@ -75,7 +75,7 @@ TEST(CellOperatorConstruction, ClearsTheTablesOfTheImmersedPoints) {
 }
 
 TEST(CellOperatorConstruction, ZeroesTheTreesRange) {
-  const CZynRBFInternalObject object;
+  CZynRBFInternalObject const object;
   for (int axis = 0; axis < 3; ++axis) {
     EXPECT_EQ(0.0, object.m_dBoundMax[axis]);
     EXPECT_EQ(0.0, object.m_dBoundMin[axis]);
@@ -130,7 +130,7 @@ TEST(CellOperatorSetters, CopyTheFirstWordOfTheAcceleratorObject) {
   Undestroyed object;
   object->getZyn3dGV(&host.globals, &host.gpu, nullptr, nullptr);
   EXPECT_EQ(
-      0, std::memcmp(static_cast<const void*>(&object->m_GPUHead), static_cast<const void*>(&host.gpu), 8));
+      0, std::memcmp(static_cast<void const*>(&object->m_GPUHead), static_cast<void const*>(&host.gpu), 8));
 }
 
 TEST(CellOperatorSetters, KeepFormerValuesForNullsBesideValidGlobals) {
@@ -143,7 +143,7 @@ TEST(CellOperatorSetters, KeepFormerValuesForNullsBesideValidGlobals) {
   EXPECT_EQ(&host.openMP, object->m_pGVOpenMP);
   EXPECT_EQ(&host.mesh, object->m_pMesh);
   EXPECT_EQ(
-      0, std::memcmp(static_cast<const void*>(&object->m_GPUHead), static_cast<const void*>(&host.gpu), 8));
+      0, std::memcmp(static_cast<void const*>(&object->m_GPUHead), static_cast<void const*>(&host.gpu), 8));
   EXPECT_EQ(kPrefix, object->getErrorMsg());
 }
 
@@ -227,14 +227,14 @@ TEST(CellOperatorSetUp, SetsTheStoredValues) {
 }
 
 TEST(CellOperatorSetUp, AllocatesRowsOfInteriorCellsAlone) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUp();
-  const CZynRBFInternalObject& object = *bed.object;
+  CZynRBFInternalObject const& object = *bed.object;
   ASSERT_NE(nullptr, object.m_ppRBFCellConn);
   ASSERT_NE(nullptr, object.m_ppRBFCellCoef);
   for (int c = 0; c <= mesh.NCell(); ++c) {
-    const bool interior = c >= 1 && c <= mesh.nInnerCells;
+    bool const interior = c >= 1 && c <= mesh.nInnerCells;
     EXPECT_EQ(interior, object.m_ppRBFCellConn[c] != nullptr) << c;
     EXPECT_EQ(interior, object.m_ppRBFCellCoef[c] != nullptr) << c;
   }
@@ -242,14 +242,14 @@ TEST(CellOperatorSetUp, AllocatesRowsOfInteriorCellsAlone) {
 }
 
 TEST(CellOperatorSetUp, LeavesTheWeightsZeroWithRoomForTheMultiplier) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUp();
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
-    const int m = static_cast<int>(mesh.Neighbours(c).size());
+    int const m = static_cast<int>(mesh.Neighbours(c).size());
     for (int k = 0; k <= m + 2; ++k) {
-      const RBFnode& weight = bed.object->m_ppRBFCellCoef[c][k];
-      for (const double value : {weight.x, weight.y, weight.z, weight.x0, weight.y0, weight.z0})
+      RBFnode const& weight = bed.object->m_ppRBFCellCoef[c][k];
+      for (double const value : {weight.x, weight.y, weight.z, weight.x0, weight.y0, weight.z0})
         EXPECT_EQ(0.0, value);
       EXPECT_EQ(0, weight.id);
     }
@@ -257,10 +257,10 @@ TEST(CellOperatorSetUp, LeavesTheWeightsZeroWithRoomForTheMultiplier) {
 }
 
 TEST(CellOperatorSetUp, GivesEveryRowAPlaceOfItsOwn) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   TestBed bed(mesh);
   bed.SetUp();
-  const auto fill = [&](auto&& element) {
+  auto const fill = [&](auto&& element) {
     for (int c = 1; c <= mesh.nInnerCells; ++c)
       for (int k = 0; k <= static_cast<int>(mesh.Neighbours(c).size()) + 2; ++k) element(c, k);
   };
@@ -309,10 +309,10 @@ TEST(CellOperatorDestruction, NeedsNeitherHostObjectsNorSetUp) {
 }
 
 TEST(CellOperatorDestruction, DestroysTheFiveHostObjectsInOrderAndLeavesTheMesh) {
-  const SettingsFolder folder;
+  SettingsFolder const folder;
   CellHost host(SomeMesh(), folder.BaseFileName());
-  const Destroyed inOrder = {"globals", "partition faces", "communication", "gpu", "openmp"};
-  for (const bool setUp : {false, true}) {
+  Destroyed const inOrder = {"globals", "partition faces", "communication", "gpu", "openmp"};
+  for (bool const setUp : {false, true}) {
     host.destroyed.clear();
     CZynRBFInternalObject* const object = TestBed::NewConnected(host);
     if (setUp) Printed([object] { object->InitialRBFSetting(); });
@@ -324,12 +324,12 @@ TEST(CellOperatorDestruction, DestroysTheFiveHostObjectsInOrderAndLeavesTheMesh)
 }
 
 TEST(CellOperatorDestruction, FreesEverythingThatTheObjectAllocated) {
-  for (const int mode : {-1, 0, 1, 2}) {
-    const SettingsFolder folder;
+  for (int const mode : {-1, 0, 1, 2}) {
+    SettingsFolder const folder;
     CellHost host(SomeMesh(), folder.BaseFileName());
     host.destroyed.reserve(100);
-    const auto live = [&host, mode] {
-      const long before = gradient_test::LiveAllocations();
+    auto const live = [&host, mode] {
+      long const before = gradient_test::LiveAllocations();
       CZynRBFInternalObject* const object = TestBed::NewConnected(host);
       Printed([object, mode] {
         object->InitialRBFSetting();
@@ -402,7 +402,7 @@ void FillAllMembers(CZynRBFInternalObject& o) {
   std::memset(o.m_szError, 'e', sizeof o.m_szError);
 }
 
-void ExpectSameHostObjects(const CZynRBFInternalObject& a, const CZynRBFInternalObject& b) {
+void ExpectSameHostObjects(CZynRBFInternalObject const& a, CZynRBFInternalObject const& b) {
   EXPECT_EQ(a.m_pPartFace, b.m_pPartFace);
   EXPECT_EQ(a.m_pComm, b.m_pComm);
   EXPECT_EQ(a.m_pGVGPU, b.m_pGVGPU);
@@ -412,7 +412,7 @@ void ExpectSameHostObjects(const CZynRBFInternalObject& a, const CZynRBFInternal
   EXPECT_EQ(a.m_pMesh, b.m_pMesh);
 }
 
-void ExpectSameValues(const CZynRBFInternalObject& a, const CZynRBFInternalObject& b) {
+void ExpectSameValues(CZynRBFInternalObject const& a, CZynRBFInternalObject const& b) {
   EXPECT_EQ(a.m_iWorstElement, b.m_iWorstElement);
   EXPECT_EQ(a.MAXResidual_X, b.MAXResidual_X);
   EXPECT_EQ(a.MAXResidual_Y, b.MAXResidual_Y);
@@ -430,7 +430,7 @@ void ExpectSameValues(const CZynRBFInternalObject& a, const CZynRBFInternalObjec
   EXPECT_EQ(0, std::memcmp(a.m_szError, b.m_szError, sizeof a.m_szError));
 }
 
-void ExpectSameTables(const CZynRBFInternalObject& a, const CZynRBFInternalObject& b) {
+void ExpectSameTables(CZynRBFInternalObject const& a, CZynRBFInternalObject const& b) {
   EXPECT_EQ(a.m_pADTree, b.m_pADTree);
   EXPECT_EQ(a.m_pRBFnode, b.m_pRBFnode);
   EXPECT_EQ(a.m_pStencilExtent, b.m_pStencilExtent);
@@ -488,7 +488,7 @@ TEST(CellOperatorAssignment, ToItselfChangesNothing) {
   TestBed bed(SomeMesh());
   bed.SetUpAndDerive();
   Undestroyed before(*bed.object);
-  const CZynRBFInternalObject& same = *bed.object;
+  CZynRBFInternalObject const& same = *bed.object;
   *bed.object = same;
   ExpectSameHostObjects(*before, *bed.object);
   ExpectSameValues(*before, *bed.object);

@@ -26,9 +26,9 @@ struct Bed {
   Bed() : host(SmallMesh(), folder.BaseFileName()), x(3, 0.5), support(3) {
     folder.Write(DefaultSettings());
     host.destroyed.reserve(100);
-    const CellMesh mesh = SmallMesh();
+    CellMesh const mesh = SmallMesh();
     for (int c = 1; c <= mesh.NCell(); ++c) {
-      const Point& p = mesh.Centre(c);
+      Point const& p = mesh.Centre(c);
       cellOfBlock.push_back(c);
       tree.AddSurfaceToADTree(c, p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6);
     }
@@ -56,7 +56,7 @@ struct Bed {
 
   void SetUpPoints(CZynRBFInternalObject& object, int nPoint) {
     object.Initialize_IBInterpolateData(nullptr, nPoint, nullptr, nullptr, nullptr, 1, 0.0, 0);
-    for (const int wanted : {4, 6}) {  // the second search replaces the rows of the first
+    for (int const wanted : {4, 6}) {  // the second search replaces the rows of the first
       object.SearchIBADTress(x.Data(), nullptr, nullptr, 2, 0.0, wanted, cellOfBlock.data(), tree,
                              support.Data());
       object.DeriveIBCoefficentBysolveDQfullMatrix(1, x.Data(), x.Data(), x.Data(), support.Data());
@@ -75,15 +75,15 @@ struct Bed {
 /// Has the 1st, 2nd, 3rd... allocation of `setUp` fail, until there are no more. @return how many there were
 template <typename SetUp>
 long FailEachInTurn(Bed& bed, SetUp setUp) {
-  const auto run = [&](long n) {
-    const long live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
+  auto const run = [&](long n) {
+    long const live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
     CZynRBFInternalObject* const object = bed.NewOperator();
     bool threw = false, happened = false;
     {
-      const gradient_test::FailingAllocation failing(n);
+      gradient_test::FailingAllocation const failing(n);
       try {
         setUp(*object);
-      } catch (const std::bad_alloc&) {
+      } catch (std::bad_alloc const&) {
         threw = true;
       }
       happened = failing.Happened();
@@ -144,17 +144,17 @@ TEST(CellOperatorWithoutMemory, ASecondPointSetUpWithMorePointsCanFailAnywhere) 
     RBFnode** const coef = object->m_ppIBCoef;
     double** const valueCoef = object->m_ppIBValueCoef;
     {
-      const gradient_test::FailingAllocation failing(n);
+      gradient_test::FailingAllocation const failing(n);
       try {
         object->Initialize_IBInterpolateData(nullptr, 200, nullptr, nullptr, nullptr, 1, 0.0, 0);
-      } catch (const std::bad_alloc&) {
+      } catch (std::bad_alloc const&) {
       }
       happened = failing.Happened();
     }
     EXPECT_EQ(object->m_ppIBConn == conn, object->m_iNIBNode == 3) << n;
     EXPECT_EQ(object->m_ppIBCoef == coef, object->m_iNIBNode == 3) << n;
     EXPECT_EQ(object->m_ppIBValueCoef == valueCoef, object->m_iNIBNode == 3) << n;
-    const bool isNew = object->m_ppIBConn != conn;
+    bool const isNew = object->m_ppIBConn != conn;
     Release(object->m_pRBFnode != points ? points : nullptr, object->m_piNodeKind != kinds ? kinds : nullptr,
             isNew ? conn : nullptr, isNew ? coef : nullptr, isNew ? valueCoef : nullptr, 3);
     delete object;

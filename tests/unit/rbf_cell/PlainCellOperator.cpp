@@ -30,27 +30,27 @@ double Larger(double a, double b) { return b > a ? b : a; }
 }  // namespace
 
 void SolveInPlace(DenseSystem& system) {
-  const lapack_int n = system.order;
-  const lapack_int nrhs = static_cast<lapack_int>(system.rightHandSides.size()) / n;
+  lapack_int const n = system.order;
+  lapack_int const nrhs = static_cast<lapack_int>(system.rightHandSides.size()) / n;
   std::vector<lapack_int> pivots(At(n));
   LAPACKE_dgesv(LAPACK_ROW_MAJOR, n, nrhs, system.matrix.data(), n, pivots.data(),
                 system.rightHandSides.data(), nrhs);
 }
 
-PlainCellOperator::PlainCellOperator(const CellMesh& m, double spanValue, int shape)
+PlainCellOperator::PlainCellOperator(CellMesh const& m, double spanValue, int shape)
     : mesh(m), span(spanValue), shapeNormalize(shape == 1) {}
 
 void PlainCellOperator::Collate() {
   points.assign(At(mesh.NCell() + 1), CollatedPoint());
   double sum = 0.0;
-  for (const CellFace& face : mesh.inner) {
+  for (CellFace const& face : mesh.inner) {
     Widen(mesh.Centre(face.cv), boundMax, boundMin);
     Widen(mesh.Centre(face.other), boundMax, boundMin);
     sum += Norm(Difference(mesh.Centre(face.cv), mesh.Centre(face.other)));
   }
   meanDistance = sum / static_cast<double>(mesh.inner.size());
-  for (const CellFace& face : mesh.wall) Widen(face.centre, boundMax, boundMin);
-  for (const CellFace& face : mesh.inlet) Widen(face.centre, boundMax, boundMin);
+  for (CellFace const& face : mesh.wall) Widen(face.centre, boundMax, boundMin);
+  for (CellFace const& face : mesh.inlet) Widen(face.centre, boundMax, boundMin);
 
   for (int c = 1; c <= mesh.nInnerCells; ++c) points[At(c)] = {mesh.Centre(c), c, 1, c};
   CollateKind(2, mesh.wall);
@@ -65,10 +65,10 @@ void PlainCellOperator::Collate() {
   for (int c = 1; c <= mesh.nInnerCells; ++c) SetStencil(c);
 }
 
-void PlainCellOperator::CollateKind(int kind, const std::vector<CellFace>& faces) {
+void PlainCellOperator::CollateKind(int kind, std::vector<CellFace> const& faces) {
   int number = 0;
-  for (const CellFace& face : faces) {
-    const Point point = kind == 5 ? mesh.Centre(face.other) : face.centre;
+  for (CellFace const& face : faces) {
+    Point const point = kind == 5 ? mesh.Centre(face.other) : face.centre;
     points[At(face.other)] = {point, face.other, kind, ++number};
   }
 }
@@ -79,17 +79,17 @@ void PlainCellOperator::SetStencil(int cell) {
   Point high{-1e10, -1e10, -1e10}, low{1e10, 1e10, 1e10};
   Widen(PointOf(cell), high, low);
   double largest = 0.0;
-  for (const int member : mesh.Neighbours(cell)) {
+  for (int const member : mesh.Neighbours(cell)) {
     stencil.push_back(member);
     Widen(PointOf(member), high, low);
-    const double r2 = SquaredNorm(Difference(PointOf(cell), PointOf(member)));
+    double const r2 = SquaredNorm(Difference(PointOf(cell), PointOf(member)));
     if (r2 > largest) largest = r2;
   }
   supportLengths[At(cell)] = std::sqrt(largest);
   extents[At(cell)] = {std::fabs(high.x - low.x), std::fabs(high.y - low.y), std::fabs(high.z - low.z)};
 }
 
-Point PlainCellOperator::Offset(Point from, Point to, const Scales& scales) const {
+Point PlainCellOperator::Offset(Point from, Point to, Scales const& scales) const {
   Point d = Difference(from, to);
   if (shapeNormalize) {
     d.x /= span * scales.extent.x;
@@ -99,17 +99,17 @@ Point PlainCellOperator::Offset(Point from, Point to, const Scales& scales) cons
   return d;
 }
 
-double PlainCellOperator::Kernel(double r, const Scales& scales) const {
+double PlainCellOperator::Kernel(double r, Scales const& scales) const {
   if (shapeNormalize) return IntegerPower<6>(1.0 - r) * (35.0 * r * r + 18.0 * r + 3.0);
-  const double c = span * scales.h;
+  double const c = span * scales.h;
   return IntegerPower<6>(1.0 - r / c) * (35.0 * r * r / (c * span * scales.h) + 18.0 * r / c + 3.0);
 }
 
 // The triple g, whose negative is the slope of the kernel.
-Triple PlainCellOperator::KernelSlope(Point d, const Scales& scales) const {
-  const double r = Norm(d);
-  const double offset[] = {d.x, d.y, d.z};
-  const double c = span * scales.h;
+Triple PlainCellOperator::KernelSlope(Point d, Scales const& scales) const {
+  double const r = Norm(d);
+  double const offset[] = {d.x, d.y, d.z};
+  double const c = span * scales.h;
   Triple g{};
   for (std::size_t a = 0; a < 3; ++a) {
     if (shapeNormalize)
@@ -125,24 +125,24 @@ Triple PlainCellOperator::KernelSlope(Point d, const Scales& scales) const {
 // Rows and columns belong to positions; of a cell that stands twice in the stencil, the later position
 // counts.
 DenseSystem PlainCellOperator::SystemOf(int cell) const {
-  const std::vector<int>& stencil = stencils[At(cell)];
-  const Scales scales{extents[At(cell)], supportLengths[At(cell)]};
-  const int n = static_cast<int>(stencil.size());
+  std::vector<int> const& stencil = stencils[At(cell)];
+  Scales const scales{extents[At(cell)], supportLengths[At(cell)]};
+  int const n = static_cast<int>(stencil.size());
   std::vector<int> position(At(mesh.NCell() + 1), 0);
   for (int k = 0; k < n; ++k) position[At(stencil[At(k)])] = k + 1;
 
   std::vector<std::vector<double>> a(At(n), std::vector<double>(At(n), 0.0));
   std::vector<Triple> rhs(At(n), Triple{});
-  for (const int pk : stencil) {
-    const std::size_t row = At(position[At(pk)] - 1);
-    const Triple g = KernelSlope(Offset(PointOf(cell), PointOf(pk), scales), scales);
+  for (int const pk : stencil) {
+    std::size_t const row = At(position[At(pk)] - 1);
+    Triple const g = KernelSlope(Offset(PointOf(cell), PointOf(pk), scales), scales);
     for (std::size_t axis = 0; axis < 3; ++axis) {
       // Volatile, since GCC 12 at -O2 loses such a rounding when it turns the loop into vector operations.
-      const volatile float stored = static_cast<float>(-g[axis]);
+      float const volatile stored = static_cast<float>(-g[axis]);
       rhs[row][axis] = static_cast<double>(stored);
     }
-    for (const int pj : stencil) {
-      const double rho = Norm(Offset(PointOf(pk), PointOf(pj), scales));
+    for (int const pj : stencil) {
+      double const rho = Norm(Offset(PointOf(pk), PointOf(pj), scales));
       a[row][At(position[At(pj)] - 1)] = Kernel(rho, scales);
     }
   }
@@ -152,7 +152,7 @@ DenseSystem PlainCellOperator::SystemOf(int cell) const {
   for (int k = 0; k < n; ++k) {
     for (int j = 0; j < n; ++j) system.matrix.push_back(a[At(k)][At(j)]);
     system.matrix.push_back(1.0);
-    for (const double value : rhs[At(k)]) system.rightHandSides.push_back(value);
+    for (double const value : rhs[At(k)]) system.rightHandSides.push_back(value);
   }
   for (int j = 0; j < n; ++j) system.matrix.push_back(1.0);
   system.matrix.push_back(0.0);
@@ -160,7 +160,7 @@ DenseSystem PlainCellOperator::SystemOf(int cell) const {
   return system;
 }
 
-void PlainCellOperator::TakeMaxima(const Triple& sum, int number) {
+void PlainCellOperator::TakeMaxima(Triple const& sum, int number) {
   if (sum[0] > residuals.x) {
     residuals.x = sum[0];
     residuals.worst = number;
@@ -178,7 +178,7 @@ void PlainCellOperator::TakeMaxima(const Triple& sum, int number) {
 void PlainCellOperator::DeriveCell(int cell) {
   DenseSystem system = SystemOf(cell);
   SolveInPlace(system);
-  const std::vector<double>& solution = system.rightHandSides;
+  std::vector<double> const& solution = system.rightHandSides;
   Triple sum{};
   std::vector<Triple>& row = weights[At(cell)];
   row.clear();
@@ -194,8 +194,8 @@ void PlainCellOperator::DeriveAll() {
   for (int c = 1; c <= mesh.nInnerCells; ++c) DeriveCell(c);
 }
 
-PlainCellOperator::Scales PlainCellOperator::ScalesOfFace(const CellFace& face) const {
-  const Point a = Difference(face.centre, PointOf(face.cv)), b = Difference(face.centre, PointOf(face.other));
+PlainCellOperator::Scales PlainCellOperator::ScalesOfFace(CellFace const& face) const {
+  Point const a = Difference(face.centre, PointOf(face.cv)), b = Difference(face.centre, PointOf(face.other));
   Scales scales;
   scales.extent = {Larger(std::fabs(a.x), std::fabs(b.x)), Larger(std::fabs(a.y), std::fabs(b.y)),
                    Larger(std::fabs(a.z), std::fabs(b.z))};
@@ -203,18 +203,18 @@ PlainCellOperator::Scales PlainCellOperator::ScalesOfFace(const CellFace& face) 
   return scales;
 }
 
-DenseSystem PlainCellOperator::FaceSystem(const CellFace& face, const Scales& scales,
-                                          const Point* normal) const {
-  const Point nodes[] = {PointOf(face.cv), PointOf(face.other)};
+DenseSystem PlainCellOperator::FaceSystem(CellFace const& face, Scales const& scales,
+                                          Point const* normal) const {
+  Point const nodes[] = {PointOf(face.cv), PointOf(face.other)};
   DenseSystem system;
   system.order = 3;
-  for (const Point& nodeK : nodes) {
-    const Triple g = KernelSlope(Offset(face.centre, nodeK, scales), scales);
+  for (Point const& nodeK : nodes) {
+    Triple const g = KernelSlope(Offset(face.centre, nodeK, scales), scales);
     if (normal != nullptr)
       system.rightHandSides.push_back((-g[1] * normal->y) + (-g[0] * normal->x) + (-g[2] * normal->z));
     else
       system.rightHandSides.insert(system.rightHandSides.end(), {-g[0], -g[1], -g[2]});
-    for (const Point& nodeJ : nodes)
+    for (Point const& nodeJ : nodes)
       system.matrix.push_back(Kernel(Norm(Offset(nodeK, nodeJ, scales)), scales));
     system.matrix.push_back(1.0);
   }
@@ -223,19 +223,19 @@ DenseSystem PlainCellOperator::FaceSystem(const CellFace& face, const Scales& sc
   return system;
 }
 
-std::vector<Triple> PlainCellOperator::DeriveFace(const CellFace& face, int number) {
+std::vector<Triple> PlainCellOperator::DeriveFace(CellFace const& face, int number) {
   DenseSystem system = FaceSystem(face, ScalesOfFace(face), nullptr);
   SolveInPlace(system);
-  const std::vector<double>& s = system.rightHandSides;
-  const std::vector<Triple> rows = {{s[0], s[1], s[2]}, {s[3], s[4], s[5]}};
+  std::vector<double> const& s = system.rightHandSides;
+  std::vector<Triple> const rows = {{s[0], s[1], s[2]}, {s[3], s[4], s[5]}};
   TakeMaxima({s[0] + s[3], s[1] + s[4], s[2] + s[5]}, number);
   return rows;
 }
 
 Triple PlainCellOperator::DeriveInnerFace(int f) {
-  const CellFace& face = mesh.inner[At(f - 1)];
-  const Point& area = face.area;
-  const double size = Norm(area);
+  CellFace const& face = mesh.inner[At(f - 1)];
+  Point const& area = face.area;
+  double const size = Norm(area);
   Point normal;
   if (area.x != 0.0) normal.x = area.x / size;
   if (area.y != 0.0) normal.y = area.y / size;
@@ -246,7 +246,7 @@ Triple PlainCellOperator::DeriveInnerFace(int f) {
   if (scales.extent.z == 0.0) scales.extent.z = 1e-6;
   DenseSystem system = FaceSystem(face, scales, &normal);
   SolveInPlace(system);
-  const std::vector<double>& s = system.rightHandSides;
+  std::vector<double> const& s = system.rightHandSides;
   if (s[2] > residuals.normal) {
     residuals.normal = s[2];
     residuals.worst = f;
@@ -255,17 +255,17 @@ Triple PlainCellOperator::DeriveInnerFace(int f) {
 }
 
 bool PlainCellOperator::HasCoincidentPoints(int cell) const {
-  const std::vector<int>& stencil = stencils[At(cell)];
+  std::vector<int> const& stencil = stencils[At(cell)];
   for (std::size_t k = 0; k < stencil.size(); ++k)
     for (std::size_t j = 0; j < k; ++j)
       if (SquaredNorm(Difference(PointOf(stencil[k]), PointOf(stencil[j]))) == 0.0) return true;
   return false;
 }
 
-Triple PlainCellOperator::Gradient(int cell, const std::vector<double>& phi) const {
+Triple PlainCellOperator::Gradient(int cell, std::vector<double> const& phi) const {
   Triple sum{};
   for (std::size_t k = 0; k < stencils[At(cell)].size(); ++k) {
-    const double value = phi[At(stencils[At(cell)][k])];
+    double const value = phi[At(stencils[At(cell)][k])];
     for (std::size_t axis = 0; axis < 3; ++axis) sum[axis] += value * weights[At(cell)][k][axis];
   }
   return sum;

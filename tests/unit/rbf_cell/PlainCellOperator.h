@@ -39,7 +39,7 @@ struct DenseSystem {
 /// Shared with the library are the fixed order of products in an integer power, and LAPACK.
 class PlainCellOperator {
  public:
-  PlainCellOperator(const CellMesh& mesh, double span, int shapeNormalize);
+  PlainCellOperator(CellMesh const& mesh, double span, int shapeNormalize);
 
   /// Points, stencils and their length scales.
   void Collate();
@@ -52,7 +52,7 @@ class PlainCellOperator {
   DenseSystem SystemOf(int cell) const;
 
   /// Two-node weights of one face from its two cells: two rows.
-  std::vector<Triple> DeriveFace(const CellFace& face, int number);
+  std::vector<Triple> DeriveFace(CellFace const& face, int number);
 
   /// Normal weights of inner face f: two weights and the multiplier.
   Triple DeriveInnerFace(int f);
@@ -61,9 +61,9 @@ class PlainCellOperator {
   /// symmetry faces do. Its system then has no proper solution.
   bool HasCoincidentPoints(int cell) const;
 
-  Triple Gradient(int cell, const std::vector<double>& phi) const;
+  Triple Gradient(int cell, std::vector<double> const& phi) const;
 
-  const CellMesh& mesh;
+  CellMesh const& mesh;
   double span;
   bool shapeNormalize;
 
@@ -82,17 +82,17 @@ class PlainCellOperator {
     double h = 0.0;
   };
 
-  void CollateKind(int kind, const std::vector<CellFace>& faces);
+  void CollateKind(int kind, std::vector<CellFace> const& faces);
   void SetStencil(int cell);
-  Point Offset(Point from, Point to, const Scales& scales) const;
-  double Kernel(double r, const Scales& scales) const;
-  Triple KernelSlope(Point d, const Scales& scales) const;
-  const Point& PointOf(int c) const { return points[static_cast<std::size_t>(c)].point; }
-  Scales ScalesOfFace(const CellFace& face) const;
-  void TakeMaxima(const Triple& sum, int number);
+  Point Offset(Point from, Point to, Scales const& scales) const;
+  double Kernel(double r, Scales const& scales) const;
+  Triple KernelSlope(Point d, Scales const& scales) const;
+  Point const& PointOf(int c) const { return points[static_cast<std::size_t>(c)].point; }
+  Scales ScalesOfFace(CellFace const& face) const;
+  void TakeMaxima(Triple const& sum, int number);
 
   /// The system of a face: nodes, evaluation point, one right-hand side along `normal` or three without it.
-  DenseSystem FaceSystem(const CellFace& face, const Scales& scales, const Point* normal) const;
+  DenseSystem FaceSystem(CellFace const& face, Scales const& scales, Point const* normal) const;
 };
 
 /// Solves a system in place by the routine that the library uses.

@@ -25,7 +25,7 @@ CellMesh WithGhost(Point face, Point ghost) {
 }
 
 /// The half-width at which the search around (0, 0, 0) ends with too few.
-double WidthThatCoversAll(const CellMesh& mesh) {
+double WidthThatCoversAll(CellMesh const& mesh) {
   TestBed bed(mesh);
   Array realBlock(4), x(1, 0.0), support(1, -7.5);
   gradient_test::GuardedArray<int> intBlock(4);
@@ -47,7 +47,7 @@ TEST(CellPointBounds, ReachAsFarAsTheNearCells) {
 }
 
 TEST(CellPointBounds, ReachTheFacesOfGhostCellsOnEveryAxis) {
-  for (const double far : {6.0, -6.0}) {
+  for (double const far : {6.0, -6.0}) {
     EXPECT_EQ(6.0, WidthThatCoversAll(WithGhost({far, 0, 0}, {0, 0, 0})));
     EXPECT_EQ(6.0, WidthThatCoversAll(WithGhost({0, far, 0}, {0, 0, 0})));
     EXPECT_EQ(6.0, WidthThatCoversAll(WithGhost({0, 0, far}, {0, 0, 0})));
@@ -55,7 +55,7 @@ TEST(CellPointBounds, ReachTheFacesOfGhostCellsOnEveryAxis) {
 }
 
 TEST(CellPointBounds, ReachTheCentresOfGhostCellsOnEveryAxis) {
-  for (const double far : {6.0, -6.0}) {
+  for (double const far : {6.0, -6.0}) {
     EXPECT_EQ(6.0, WidthThatCoversAll(WithGhost({0, 0, 0}, {far, 0, 0})));
     EXPECT_EQ(6.0, WidthThatCoversAll(WithGhost({0, 0, 0}, {0, far, 0})));
     EXPECT_EQ(6.0, WidthThatCoversAll(WithGhost({0, 0, 0}, {0, 0, far})));

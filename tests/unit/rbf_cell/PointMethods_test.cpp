@@ -26,15 +26,15 @@ namespace {
 using Array = gradient_test::GuardedArray<double>;
 using List = std::vector<int>;
 
-const std::string kDefaults = "Default DQ parameter is adopted.\n";
+std::string const kDefaults = "Default DQ parameter is adopted.\n";
 
 /// An operator whose global variables have the two blocks that are to be cleared.
 struct PointBed : TestBed {
-  explicit PointBed(const CellMesh& mesh) : TestBed(mesh), realBlock(4, 7.5), intBlock(4, 75) {
+  explicit PointBed(CellMesh const& mesh) : TestBed(mesh), realBlock(4, 7.5), intBlock(4, 75) {
     object->m_pGV->ResetRealBlock = realBlock.Data();
     object->m_pGV->ResetIntBlock = intBlock.Data();
   }
-  PointBed(const CellMesh& mesh, const std::string& settings) : PointBed(mesh) { folder.Write(settings); }
+  PointBed(CellMesh const& mesh, std::string const& settings) : PointBed(mesh) { folder.Write(settings); }
 
   /// The first method, without the arrays that it does not use. @return what was printed
   std::string Initialize(int nPoint) {
@@ -45,7 +45,7 @@ struct PointBed : TestBed {
   }
 
   List Stencil(int i) const {
-    const int* const row = object->m_ppIBConn[i];
+    int const* const row = object->m_ppIBConn[i];
     return List(row + 1, row + 1 + row[0]);
   }
 
@@ -74,11 +74,11 @@ List Ascending(List list) {
 
 /// A tree that holds all cells of a mesh at their centres; identity b stands for cell NCell + 1 - b.
 struct FilledTree {
-  explicit FilledTree(const CellMesh& mesh) : cellOfBlock(static_cast<std::size_t>(mesh.NCell()) + 1, 0) {
+  explicit FilledTree(CellMesh const& mesh) : cellOfBlock(static_cast<std::size_t>(mesh.NCell()) + 1, 0) {
     tree.SetADTreeRange(9, 9, 9, 0, 0, 0, 1, 10000, 200000);
     for (int b = 1; b <= mesh.NCell(); ++b) {
-      const int c = mesh.NCell() + 1 - b;
-      const Point& p = mesh.Centre(c);
+      int const c = mesh.NCell() + 1 - b;
+      Point const& p = mesh.Centre(c);
       cellOfBlock[static_cast<std::size_t>(b)] = c;
       tree.AddSurfaceToADTree(b, p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6);
     }
@@ -90,7 +90,7 @@ struct FilledTree {
 
 /// Everything up to the stencils, for points at the given x.
 struct Searched : PointBed {
-  Searched(const CellMesh& mesh, const std::vector<double>& xs, int method, double distance, int number)
+  Searched(CellMesh const& mesh, std::vector<double> const& xs, int method, double distance, int number)
       : PointBed(mesh), filled(mesh), x(static_cast<int>(xs.size())), support(x.Size(), -7.5) {
     for (int i = 1; i <= x.Size(); ++i) x[i] = xs[static_cast<std::size_t>(i - 1)];
     Initialize(x.Size());
@@ -113,10 +113,10 @@ TEST(CellPointSetUp, PrintsTwoLinesPerCellBehindTheCollation) {
 }
 
 TEST(CellPointSetUp, PrintsTwiceAsManyLinesAsThereAreCellsOfAnyKind) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   PointBed bed(mesh, DefaultSettings());
-  const std::string printed = bed.Initialize(5);
-  const std::string before = "IB Memory Allocation ok\nSetNodeCollation ok\n";
+  std::string const printed = bed.Initialize(5);
+  std::string const before = "IB Memory Allocation ok\nSetNodeCollation ok\n";
   ASSERT_EQ(0U, printed.find(before));
   EXPECT_EQ(2 * mesh.NCell(),
             std::count(printed.begin() + static_cast<std::ptrdiff_t>(before.size()), printed.end(), '\n'));
@@ -126,7 +126,7 @@ TEST(CellPointSetUp, FlushesItsLines) {
   PointBed bed(Diagonal(1));
   std::string arrived;
   {
-    const FlushedOutput output;
+    FlushedOutput const output;
     bed.object->Initialize_IBInterpolateData(nullptr, 1, nullptr, nullptr, nullptr, 1, 0.0, 0);
     arrived = output.Arrived();
   }
@@ -177,7 +177,7 @@ TEST(CellPointSetUp, MakesTablesWithoutRows) {
 }
 
 TEST(CellPointSetUp, SearchesNothingEvenForGivenPoints) {
-  const CellMesh mesh = Diagonal(3);
+  CellMesh const mesh = Diagonal(3);
   PointBed bed(mesh);
   Array marks(3, -1.0), x(2, 1.0), y(2, 1.0), z(2, 1.0);
   Printed([&] {
@@ -206,7 +206,7 @@ TEST(CellPointSetUp, LeavesTheMeshAndCallsNoExchange) {
 }
 
 TEST(CellPointSetUp, LeavesAllMemoryToTheDestructor) {
-  const SettingsFolder folder;
+  SettingsFolder const folder;
   folder.Write(DefaultSettings());
   CellHost host(SomeMesh(), folder.BaseFileName());
   host.destroyed.reserve(100);
@@ -214,14 +214,14 @@ TEST(CellPointSetUp, LeavesAllMemoryToTheDestructor) {
   int ints[5];
   FilledTree filled(SomeMesh());
   Array x(4, 0.5), support(4);
-  const auto live = [&] {
-    const long before = gradient_test::LiveAllocations();
+  auto const live = [&] {
+    long const before = gradient_test::LiveAllocations();
     CZynRBFInternalObject* const object = TestBed::NewConnected(host);
     object->m_pGV->ResetRealBlock = reals;
     object->m_pGV->ResetIntBlock = ints;
     Printed(
         [object] { object->Initialize_IBInterpolateData(nullptr, 4, nullptr, nullptr, nullptr, 1, 0.0, 0); });
-    for (const double distance : {1.0, 2.0})  // the second search replaces the rows of the first
+    for (double const distance : {1.0, 2.0})  // the second search replaces the rows of the first
       object->SearchIBADTress(x.Data(), nullptr, nullptr, 1, distance, 0, filled.cellOfBlock.data(),
                               filled.tree, support.Data());
     delete object;
@@ -235,22 +235,22 @@ TEST(CellPointSetUp, LeavesAllMemoryToTheDestructor) {
 // ---------------------------------------------------------------------------------------------- the collation
 
 TEST(CellPointCollation, PlacesAllCellsLikeTheCollationForGradients) {
-  for (const Cells cells : kAllCells) {
+  for (Cells const cells : kAllCells) {
     LatticeOptions options;
     options.cells = cells;
-    const CellMesh mesh = LatticeMesh(options);
+    CellMesh const mesh = LatticeMesh(options);
     PointBed bed(mesh);
     bed.Initialize(1);
     PlainCellOperator plain(mesh, 500.0, 0);
     plain.Collate();
     for (int c = 1; c <= mesh.NCell(); ++c) {
-      const CollatedPoint& p = plain.points[static_cast<std::size_t>(c)];
+      CollatedPoint const& p = plain.points[static_cast<std::size_t>(c)];
       EXPECT_TRUE(SameRecord("point", {p.point.x, p.point.y, p.point.z}, p.id, bed.object->m_pRBFnode[c]))
           << c;
       EXPECT_EQ(p.kind, bed.object->m_piNodeKind[c]) << c;
     }
     EXPECT_TRUE(SameValue("mean distance", plain.meanDistance, bed.object->m_dMeanCellDistance));
-    const double expected[] = {plain.boundMax.x, plain.boundMax.y, plain.boundMax.z,
+    double const expected[] = {plain.boundMax.x, plain.boundMax.y, plain.boundMax.z,
                                plain.boundMin.x, plain.boundMin.y, plain.boundMin.z};
     for (int a = 0; a < 3; ++a) {
       EXPECT_EQ(expected[a], bed.object->m_dBoundMax[a]);
@@ -261,7 +261,7 @@ TEST(CellPointCollation, PlacesAllCellsLikeTheCollationForGradients) {
 
 TEST(CellPointCollation, LeavesSymmetrySideCellsAtTheOrigin) {
   CellMesh mesh = Diagonal(2);
-  const int ghost = mesh.AddSide(mesh.symmetry, 1, {5, 5, 5}, {6, 6, 6});
+  int const ghost = mesh.AddSide(mesh.symmetry, 1, {5, 5, 5}, {6, 6, 6});
   PointBed bed(mesh);
   bed.Initialize(1);
   EXPECT_TRUE(SameRecord("point", {0, 0, 0}, 0, bed.object->m_pRBFnode[ghost]));
@@ -343,7 +343,7 @@ TEST(CellPointSetUp, ASecondOneLeavesTheTablesToACopyMadeInBetween) {
   EXPECT_EQ(nullptr, bed.object->m_ppIBConn[1]);
   ASSERT_EQ(3, copy->m_iNIBNode);
   for (int i = 1; i <= 3; ++i) {
-    const int* const row = copy->m_ppIBConn[i];
+    int const* const row = copy->m_ppIBConn[i];
     EXPECT_EQ(stencils[static_cast<std::size_t>(i - 1)], List(row + 1, row + 1 + row[0])) << i;
     EXPECT_EQ(weights[static_cast<std::size_t>(i - 1)],
               copy->m_ppIBValueCoef[i][1] + copy->m_ppIBCoef[i][1].x)
@@ -356,7 +356,7 @@ TEST(CellPointSetUp, ASecondOneLeavesTheTablesToACopyMadeInBetween) {
 // ----------------------------------------------------------------------------------------------- the tree step
 
 TEST(CellPointTree, OnlyPrintsForEveryCellAndLeavesTheTreeToItsOwner) {
-  const CellMesh mesh = Diagonal(2);
+  CellMesh const mesh = Diagonal(2);
   PointBed bed(mesh);
   FilledTree filled(mesh);
   int blockOfCell[] = {7, 7, 7};
@@ -364,7 +364,7 @@ TEST(CellPointTree, OnlyPrintsForEveryCellAndLeavesTheTreeToItsOwner) {
   EXPECT_EQ("*pGV->NCell = 2\nicell = 1\n*pGV->NCell = 2\nicell = 2\n", Printed([&] {
               EXPECT_EQ(0, bed.object->SetIBADTress(marks.Data(), {0, 1, 2}, filled.tree, blockOfCell));
             }));
-  for (const int b : blockOfCell) EXPECT_EQ(7, b);
+  for (int const b : blockOfCell) EXPECT_EQ(7, b);
   int count = 0;
   filled.tree.SearchNearBlockID(-9, -9, -9, 9, 9, 9, count, 0);
   EXPECT_EQ(2, count) << "nothing was added and nothing lost";
@@ -379,7 +379,7 @@ TEST(CellPointTree, ReadsNeitherMarksNorMap) {
 // -------------------------------------------------------------------------------------------------- the search
 
 TEST(CellPointSearch, OfMethod1TakesTheCubeOfTheGivenHalfWidthAroundX) {
-  const Searched s(Diagonal(7), {3.0, 0.25}, 1, 1.5, 1000);
+  Searched const s(Diagonal(7), {3.0, 0.25}, 1, 1.5, 1000);
   EXPECT_EQ((List{3, 4, 5}), Ascending(s.Stencil(1)));
   EXPECT_EQ((List{1, 2}), Ascending(s.Stencil(2)));
   EXPECT_EQ(1.5, s.support[1]);
@@ -388,14 +388,14 @@ TEST(CellPointSearch, OfMethod1TakesTheCubeOfTheGivenHalfWidthAroundX) {
 }
 
 TEST(CellPointSearch, OfMethod1IsEmptyWhereTheCubeHoldsNothing) {
-  const Searched s(Diagonal(7), {30.0, 3.0}, 1, 0.25, 0);
+  Searched const s(Diagonal(7), {30.0, 3.0}, 1, 0.25, 0);
   EXPECT_EQ(List(), s.Stencil(1));
   EXPECT_EQ((List{4}), s.Stencil(2));
   EXPECT_EQ(0.25, s.support[1]);
 }
 
 TEST(CellPointSearch, OfMethod2GrowsByTheMeanDistanceUntilItHoldsEnough) {
-  const Searched s(Diagonal(12), {3.1}, 2, 1000.0, 4);
+  Searched const s(Diagonal(12), {3.1}, 2, 1000.0, 4);
   EXPECT_DOUBLE_EQ(std::sqrt(3.0), s.object->m_dMeanCellDistance);
   EXPECT_EQ((List{1, 2, 3, 4, 5, 6, 7}), Ascending(s.Stencil(1)))
       << "all of the cube, unsorted, not only four";
@@ -403,21 +403,21 @@ TEST(CellPointSearch, OfMethod2GrowsByTheMeanDistanceUntilItHoldsEnough) {
 }
 
 TEST(CellPointSearch, OfMethod2WithANumberBeyondAllCellsEnds) {
-  const Searched s(Diagonal(7), {3.1, 500.0}, 2, 0.0, 1000);
+  Searched const s(Diagonal(7), {3.1, 500.0}, 2, 0.0, 1000);
   EXPECT_EQ((List{1, 2, 3, 4, 5, 6, 7}), Ascending(s.Stencil(1)));
   EXPECT_EQ((List{1, 2, 3, 4, 5, 6, 7}), Ascending(s.Stencil(2)));
 }
 
 TEST(CellPointSearch, OfMethod2WithANumberOfZeroTakesTheFirstCube) {
-  const Searched s(Diagonal(7), {3.1, 500.0}, 2, 0.0, 0);
+  Searched const s(Diagonal(7), {3.1, 500.0}, 2, 0.0, 0);
   EXPECT_EQ((List{3, 4, 5}), Ascending(s.Stencil(1)));
   EXPECT_EQ(List(), s.Stencil(2));
 }
 
 TEST(CellPointSearch, OfAnyOtherMethodIsEmpty) {
-  for (const int method : {0, 3, -1}) {
-    const Searched s(Diagonal(7), {3.1, 2.0}, method, 5.0, 2);
-    for (const int i : {1, 2}) {
+  for (int const method : {0, 3, -1}) {
+    Searched const s(Diagonal(7), {3.1, 2.0}, method, 5.0, 2);
+    for (int const i : {1, 2}) {
       EXPECT_EQ(List(), s.Stencil(i));
       EXPECT_EQ(0.0, s.support[i]);
     }
@@ -426,13 +426,13 @@ TEST(CellPointSearch, OfAnyOtherMethodIsEmpty) {
 
 // Cells off the diagonal are not found by what y and z would say.
 TEST(CellPointSearch, OfPointsWithTheSameXIsTheSameWhateverTheirYAndZ) {
-  const CellMesh mesh = SomeMesh();
+  CellMesh const mesh = SomeMesh();
   PointBed bed(mesh);
   FilledTree filled(mesh);
   bed.Initialize(2);
   Array x(2, 1.1), y(2), z(2), support(2);
   y[1] = 0.3, y[2] = 2.9, z[1] = 1.8, z[2] = 0.1;
-  for (const int method : {1, 2}) {
+  for (int const method : {1, 2}) {
     PointBed other(mesh);
     other.Initialize(2);
     other.object->SearchIBADTress(x.Data(), y.Data(), z.Data(), method, 0.8, 5, filled.cellOfBlock.data(),
@@ -444,7 +444,7 @@ TEST(CellPointSearch, OfPointsWithTheSameXIsTheSameWhateverTheirYAndZ) {
 }
 
 TEST(CellPointSearch, MakesZeroedRowsOfTheStencilsSize) {
-  const Searched s(Diagonal(7), {3.0}, 1, 1.5, 0);
+  Searched const s(Diagonal(7), {3.0}, 1, 1.5, 0);
   for (int k = 0; k <= 3; ++k) {
     EXPECT_TRUE(SameRecord("coefficient", {0, 0, 0}, 0, s.object->m_ppIBCoef[1][k]));
     EXPECT_EQ(0.0, s.object->m_ppIBValueCoef[1][k]);
@@ -462,7 +462,7 @@ TEST(CellPointSearch, LeavesTheCallersTreeUsable) {
 
 /// Derives the coefficients of all points at (x, y, z) = (x, 0.5 x, 0.25 x).
 struct Derived : Searched {
-  Derived(const CellMesh& mesh, const std::vector<double>& xs, double distance, double span)
+  Derived(CellMesh const& mesh, std::vector<double> const& xs, double distance, double span)
       : Searched(mesh, xs, 1, distance, 0), y(x), z(x) {
     object->Span = span;
     for (int i = 1; i <= x.Size(); ++i) {
@@ -482,19 +482,19 @@ struct PlainSolution {
 };
 
 /// The system on the cells at `nodes` for a point, assembled entry by entry, without a constant term.
-PlainSolution SolvePlainly(const std::vector<Point>& nodes, Point p, double span, double support) {
-  const double c = span * support, c2 = c * span * support, c8 = std::pow(c, 8.0);
-  const auto value = [=](double r) {
+PlainSolution SolvePlainly(std::vector<Point> const& nodes, Point p, double span, double support) {
+  double const c = span * support, c2 = c * span * support, c8 = std::pow(c, 8.0);
+  auto const value = [=](double r) {
     return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
   };
   std::vector<double> a, b;
-  for (const Point& xk : nodes) {
-    const DQVector d = OffsetBetween(xk, p);
-    const double r = Length(d), power = std::pow(c - r, 5.0);
-    for (const double component : {d.x, d.y, d.z})
+  for (Point const& xk : nodes) {
+    DQVector const d = OffsetBetween(xk, p);
+    double const r = Length(d), power = std::pow(c - r, 5.0);
+    for (double const component : {d.x, d.y, d.z})
       b.push_back(-(component * 56.0 * (r * 5.0 + c) * power / c8));
     b.push_back(value(r));
-    for (const Point& xj : nodes) a.push_back(value(Length(OffsetBetween(xj, xk))));
+    for (Point const& xj : nodes) a.push_back(value(Length(OffsetBetween(xj, xk))));
   }
   CDenseSolver().Solve(static_cast<int>(nodes.size()), a.data(), b.data(), b.data(), 4);
   PlainSolution solution;
@@ -506,20 +506,20 @@ PlainSolution SolvePlainly(const std::vector<Point>& nodes, Point p, double span
 }
 
 TEST(CellPointWeights, EqualAPlainSystemBitForBitWithTheTripleTwiceAndThePointsNumber) {
-  for (const Cells cells : kAllCells) {
+  for (Cells const cells : kAllCells) {
     LatticeOptions options;
     options.cells = cells;
-    const CellMesh mesh = LatticeMesh(options);
-    for (const double span : {500.0, 5.0}) {
-      const Derived d(mesh, {0.6, 1.0, 1.4}, 0.9, span);
+    CellMesh const mesh = LatticeMesh(options);
+    for (double const span : {500.0, 5.0}) {
+      Derived const d(mesh, {0.6, 1.0, 1.4}, 0.9, span);
       for (int i = 1; i <= 3; ++i) {
         std::vector<Point> nodes;
-        for (const int c : d.Stencil(i)) {
-          const RBFnode& p = d.object->m_pRBFnode[c];
+        for (int const c : d.Stencil(i)) {
+          RBFnode const& p = d.object->m_pRBFnode[c];
           nodes.push_back({p.x, p.y, p.z});
         }
         ASSERT_GT(nodes.size(), 2U);
-        const PlainSolution plain = SolvePlainly(nodes, {d.x[i], d.y[i], d.z[i]}, span, d.support[i]);
+        PlainSolution const plain = SolvePlainly(nodes, {d.x[i], d.y[i], d.z[i]}, span, d.support[i]);
         EXPECT_TRUE(SameRecord("element 0", {0, 0, 0}, 0, d.object->m_ppIBCoef[i][0]));
         for (std::size_t k = 0; k < nodes.size(); ++k) {
           ASSERT_TRUE(SameRecord("slope", plain.slopes[k], i, d.object->m_ppIBCoef[i][k + 1])) << Name(cells);
@@ -533,12 +533,12 @@ TEST(CellPointWeights, EqualAPlainSystemBitForBitWithTheTripleTwiceAndThePointsN
 
 // phi(r) w = phi(r), and -g w_x = ... with a single member: w = right-hand side / 3, in full double precision.
 TEST(CellPointWeights, OfASingleMemberAreTheRightHandSidesOver3) {
-  const Derived d(Diagonal(7), {3.125}, 0.5, 4.0);
+  Derived const d(Diagonal(7), {3.125}, 0.5, 4.0);
   ASSERT_EQ((List{4}), d.Stencil(1));
-  const InterpolationDQKernel kernel(4.0, 0.5);
-  const DQVector offset = {3.125 - 3.0, 0.5 * 3.125 - 3.0, 0.25 * 3.125 - 3.0};
-  const DQVector g = kernel.Gradient(offset);
-  const RBFnode& w = d.object->m_ppIBCoef[1][1];
+  InterpolationDQKernel const kernel(4.0, 0.5);
+  DQVector const offset = {3.125 - 3.0, 0.5 * 3.125 - 3.0, 0.25 * 3.125 - 3.0};
+  DQVector const g = kernel.Gradient(offset);
+  RBFnode const& w = d.object->m_ppIBCoef[1][1];
   EXPECT_NEAR(g.x / 3.0, w.x, 1e-15 * std::fabs(g.x)) << "a float would be off by 1e-8";
   EXPECT_NEAR(g.y / 3.0, w.y, 1e-15 * std::fabs(g.y));
   EXPECT_NEAR(kernel.Value(Length(offset)) / 3.0, d.object->m_ppIBValueCoef[1][1], 1e-14);
@@ -546,7 +546,7 @@ TEST(CellPointWeights, OfASingleMemberAreTheRightHandSidesOver3) {
 
 TEST(CellPointWeights, HaveTheirSupportFromTheCaller) {
   Derived d(Diagonal(7), {3.125}, 1.5, 4.0);
-  const double before = d.object->m_ppIBValueCoef[1][1];
+  double const before = d.object->m_ppIBValueCoef[1][1];
   d.support[1] *= 2.0;
   d.object->DeriveIBCoefficentBysolveDQfullMatrix(1, d.x.Data(), d.y.Data(), d.z.Data(), d.support.Data());
   EXPECT_NE(before, d.object->m_ppIBValueCoef[1][1]);
@@ -554,7 +554,7 @@ TEST(CellPointWeights, HaveTheirSupportFromTheCaller) {
 
 TEST(CellPointWeights, AreOfThePlainFormWhateverTheShapeNormalisation) {
   Derived d(SomeMesh(), {1.0}, 0.9, 20.0);
-  const double value = d.object->m_ppIBValueCoef[1][1], slope = d.object->m_ppIBCoef[1][1].x;
+  double const value = d.object->m_ppIBValueCoef[1][1], slope = d.object->m_ppIBCoef[1][1].x;
   d.object->iShape_Normalize = 1;
   d.object->DeriveIBCoefficentBysolveDQfullMatrix(1, d.x.Data(), d.y.Data(), d.z.Data(), d.support.Data());
   EXPECT_EQ(value, d.object->m_ppIBValueCoef[1][1]);
@@ -562,13 +562,13 @@ TEST(CellPointWeights, AreOfThePlainFormWhateverTheShapeNormalisation) {
 }
 
 TEST(CellPointWeights, OfAnEmptyStencilAreNone) {
-  const Derived d(Diagonal(7), {30.0}, 0.25, 4.0);
+  Derived const d(Diagonal(7), {30.0}, 0.25, 4.0);
   EXPECT_EQ(List(), d.Stencil(1));
   EXPECT_EQ(0.0, d.object->m_ppIBValueCoef[1][0]);
 }
 
 TEST(CellPointWeights, GatherNoResiduals) {
-  const Derived d(SomeMesh(), {1.0}, 0.9, 20.0);
+  Derived const d(SomeMesh(), {1.0}, 0.9, 20.0);
   CZynRBFInternalObject fresh;
   EXPECT_EQ(fresh.MAXResidual_X, d.object->MAXResidual_X);
   EXPECT_EQ(fresh.m_iWorstElement, d.object->m_iWorstElement);
@@ -591,9 +591,9 @@ TEST(CellPointApplication, GivesZerosWhateverFieldAndCoefficients) {
   for (double* const f : {field.Data(), static_cast<double*>(nullptr)}) {
     Outputs out(2);
     EXPECT_EQ(0, out.Apply(*d.object, f));
-    for (const Array* const a : {&out.value, &out.x, &out.y, &out.z}) {
+    for (Array const* const a : {&out.value, &out.x, &out.y, &out.z}) {
       EXPECT_TRUE(a->GuardsIntact());
-      for (const int i : {1, 2}) EXPECT_TRUE(SameValue("result", 0.0, (*a)[i]));
+      for (int const i : {1, 2}) EXPECT_TRUE(SameValue("result", 0.0, (*a)[i]));
     }
   }
   EXPECT_NE(0.0, d.object->m_ppIBValueCoef[1][1]) << "although there are coefficients";
@@ -603,7 +603,7 @@ TEST(CellPointApplication, BeforeTheSetUpTouchesNothing) {
   CZynRBFInternalObject object;
   Outputs out(2);
   EXPECT_EQ(0, out.Apply(object, nullptr));
-  for (const Array* const a : {&out.value, &out.x, &out.y, &out.z})
+  for (Array const* const a : {&out.value, &out.x, &out.y, &out.z})
     EXPECT_TRUE(a->IdenticalTo(Array(2, -7.5)));
 }
 

@@ -9,7 +9,7 @@
 
 namespace rbf_cell_test {
 
-std::string Settings(const std::string& span, const std::string& shapeNormalize) {
+std::string Settings(std::string const& span, std::string const& shapeNormalize) {
   return "1001\nSpan              = " + span + "\nShape Normalize   = " + shapeNormalize + "\n";
 }
 
@@ -26,7 +26,7 @@ SettingsFolder::~SettingsFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-void SettingsFolder::Write(const std::string& bytes) const {
+void SettingsFolder::Write(std::string const& bytes) const {
   std::ofstream file(SettingsFileName(), std::ios::binary);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (!file.flush()) throw std::runtime_error("cannot write " + SettingsFileName());

@@ -7,7 +7,7 @@
 namespace rbf_cell_test {
 
 /// A settings file with the given values, in the operator's own layout.
-std::string Settings(const std::string& span, const std::string& shapeNormalize);
+std::string Settings(std::string const& span, std::string const& shapeNormalize);
 
 /// The settings file as the operator writes it.
 std::string DefaultSettings();
@@ -17,14 +17,14 @@ class SettingsFolder {
  public:
   SettingsFolder();
   ~SettingsFolder();
-  SettingsFolder(const SettingsFolder&) = delete;
-  SettingsFolder& operator=(const SettingsFolder&) = delete;
+  SettingsFolder(SettingsFolder const&) = delete;
+  SettingsFolder& operator=(SettingsFolder const&) = delete;
 
-  const std::string& Path() const { return path_; }
+  std::string const& Path() const { return path_; }
   std::string BaseFileName() const { return path_ + "/run.cas"; }
   std::string SettingsFileName() const { return path_ + "/run.rbf"; }
 
-  void Write(const std::string& bytes) const;
+  void Write(std::string const& bytes) const;
   std::string Read() const;  ///< all bytes of the settings file; "<no file>" when there is none
   bool Exists() const;
 

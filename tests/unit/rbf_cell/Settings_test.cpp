@@ -15,8 +15,8 @@
 namespace rbf_cell_test {
 namespace {
 
-const std::string kDefaultLine = "Default DQ parameter is adopted.\n";
-const std::string kShapeOn = "iShape_Normalize = On\n";
+std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
+std::string const kShapeOn = "iShape_Normalize = On\n";
 
 /// An operator that is about to read its settings; both values begin as something that no default is.
 struct Reader : TestBed {
@@ -24,7 +24,7 @@ struct Reader : TestBed {
     object->Span = 123.5;
     object->iShape_Normalize = 7;
   }
-  explicit Reader(const std::string& file) : Reader() { folder.Write(file); }
+  explicit Reader(std::string const& file) : Reader() { folder.Write(file); }
 
   void ExpectValues(double span, int shapeNormalize) const {
     EXPECT_EQ(span, object->Span);
@@ -45,7 +45,7 @@ TEST(CellSettings, FirstRunWritesTheDefaultsAndTakesThem) {
 TEST(CellSettings, WrittenKeysReachToColumn18) {
   Reader reader;
   reader.ReadSettings();
-  const std::string file = reader.folder.Read();
+  std::string const file = reader.folder.Read();
   EXPECT_EQ(5U + 18U, file.find('='));
   EXPECT_EQ(file.find('\n', 5) + 1 + 18U, file.rfind('='));
 }
@@ -65,7 +65,7 @@ TEST(CellSettings, MessagesAreFlushedAtOnce) {
     r->object->ChangeFileName(r->object->m_szRBFFileName, ".rbf", r->object->m_pGV->BaseFileName);
   std::string defaults, both;
   {
-    const FlushedOutput output;
+    FlushedOutput const output;
     reader.object->ReadRBFbackdoorfile();
     defaults = output.Arrived();
     shapeOn.object->ReadRBFbackdoorfile();
@@ -219,7 +219,7 @@ TEST(CellSettings, CarriageReturnsDoNoHarm) {
 }
 
 TEST(CellSettings, FormatNumberMayBeFollowedByText) {
-  for (const char* const first :
+  for (char const* const first :
        {"1001", "  1001", "\t1001 ", "1001.5", "1001 cell operator", "+1001", "01001"}) {
     Reader reader(std::string(first) + "\nSpan = 25\nShape = 2\n");
     EXPECT_EQ("", reader.ReadSettings()) << first;
@@ -229,7 +229,7 @@ TEST(CellSettings, FormatNumberMayBeFollowedByText) {
 
 // ------------------------------------------------------------------------------------------ files of others
 
-void ExpectStartedAnew(const std::string& file) {
+void ExpectStartedAnew(std::string const& file) {
   Reader reader(file);
   EXPECT_EQ(kDefaultLine, reader.ReadSettings()) << file;
   EXPECT_EQ(DefaultSettings(), reader.folder.Read()) << file;
@@ -245,7 +245,7 @@ TEST(CellSettings, FileOfTheFaceOperatorIsDeletedAndWrittenAnew) {
 }
 
 TEST(CellSettings, OtherNumbersAreDeletedAndWrittenAnew) {
-  for (const char* const first : {"0", "-1001", "10010", "100", "1000", "1 001", "0x3E9", "1e3"})
+  for (char const* const first : {"0", "-1001", "10010", "100", "1000", "1 001", "0x3E9", "1e3"})
     ExpectStartedAnew(std::string(first) + "\nSpan = 25\nShape Normalize = 1\n");
 }
 
@@ -261,7 +261,7 @@ TEST(CellSettings, EmptyFileIsDeletedAndWrittenAnew) { ExpectStartedAnew(""); }
 
 TEST(CellSettings, DeletionIsOfTheNameNotOfWhatALinkPointsTo) {
   Reader reader;
-  const std::string users = reader.folder.Path() + "/users.txt";
+  std::string const users = reader.folder.Path() + "/users.txt";
   std::ofstream(users) << "1002\nof the user\n";
   std::filesystem::create_symlink(users, reader.folder.SettingsFileName());
   EXPECT_EQ(kDefaultLine, reader.ReadSettings());
@@ -303,8 +303,8 @@ TEST(CellSettings, LineOf511CharactersAndNewlineCountsTwice) {
 }
 
 TEST(CellSettings, VeryLongKeysAndValuesDoNoHarm) {
-  for (const std::size_t length : {500U, 511U, 512U, 513U, 1023U, 1024U, 5000U, 100000U}) {
-    for (const char fill : {'k', '=', ' ', '7'}) {
+  for (std::size_t const length : {500U, 511U, 512U, 513U, 1023U, 1024U, 5000U, 100000U}) {
+    for (char const fill : {'k', '=', ' ', '7'}) {
       Reader key("1001\n" + std::string(length, fill) + " = 5\nShape = 1\n");
       key.ReadSettings();
       Reader value("1001\nSpan = 5\nShape = " + std::string(length, fill) + "\n");
@@ -322,7 +322,7 @@ TEST(CellSettings, OneEndlessLineDoesNoHarm) {
 }
 
 TEST(CellSettings, NulBytesEndALineEarlyAndDoNoHarm) {
-  const std::string nul(1, '\0');
+  std::string const nul(1, '\0');
   Reader reader("1001" + nul + "x\nSpan = 25" + nul + "9\nShape = 1" + nul + "\n");
   EXPECT_EQ(kShapeOn, reader.ReadSettings());
   reader.ExpectValues(25.0, 1);
@@ -350,7 +350,7 @@ TEST(CellSettings, MissingFolderKeepsTheValues) {
 
 TEST(CellSettings, FolderOfThatNameStaysAndDoesNoHarm) {
   Reader reader;
-  const std::string inside = reader.folder.SettingsFileName() + "/file";
+  std::string const inside = reader.folder.SettingsFileName() + "/file";
   std::filesystem::create_directory(reader.folder.SettingsFileName());
   std::ofstream(inside) << "content";
   EXPECT_EQ(kDefaultLine + "\n", reader.ReadSettings());
@@ -375,8 +375,8 @@ class WithoutPrivileges {
   ~WithoutPrivileges() {
     if (wasRoot_ && seteuid(0) != 0) ADD_FAILURE() << "the superuser's rights did not come back";
   }
-  WithoutPrivileges(const WithoutPrivileges&) = delete;
-  WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+  WithoutPrivileges(WithoutPrivileges const&) = delete;
+  WithoutPrivileges& operator=(WithoutPrivileges const&) = delete;
 
   bool Effective() const { return geteuid() != 0; }
 
@@ -393,7 +393,7 @@ bool ReadUnderPermissions(Reader& reader, mode_t file, mode_t folder, std::strin
   EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), folder));
   bool effective = false;
   {
-    const WithoutPrivileges asAnyone;
+    WithoutPrivileges const asAnyone;
     effective = asAnyone.Effective();
     if (effective) printed = reader.ReadSettings();
   }

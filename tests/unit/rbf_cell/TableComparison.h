@@ -24,19 +24,19 @@ inline bool SameBits(double a, double b) {
   return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-inline AssertionResult SameValue(const std::string& what, double expected, double actual) {
+inline AssertionResult SameValue(std::string const& what, double expected, double actual) {
   if (SameBits(expected, actual)) return AssertionSuccess();
   return AssertionFailure() << what << ": expected " << std::setprecision(17) << expected << ", found "
                             << actual << std::hexfloat << " (" << expected << ", " << actual << ")";
 }
 
 /// A record with x, y, z as given, the same again in x0, y0, z0, and an id.
-inline AssertionResult SameRecord(const std::string& what, const Triple& expected, int id,
-                                  const RBFnode& actual) {
-  const double found[] = {actual.x, actual.y, actual.z, actual.x0, actual.y0, actual.z0};
-  const char* const names[] = {" x", " y", " z", " x0", " y0", " z0"};
+inline AssertionResult SameRecord(std::string const& what, Triple const& expected, int id,
+                                  RBFnode const& actual) {
+  double const found[] = {actual.x, actual.y, actual.z, actual.x0, actual.y0, actual.z0};
+  char const* const names[] = {" x", " y", " z", " x0", " y0", " z0"};
   for (std::size_t i = 0; i < 6; ++i) {
-    const AssertionResult same = SameValue(what + names[i], expected[i % 3], found[i]);
+    AssertionResult const same = SameValue(what + names[i], expected[i % 3], found[i]);
     if (!same) return same;
   }
   if (id != actual.id) return AssertionFailure() << what << " id: expected " << id << ", found " << actual.id;
@@ -44,18 +44,18 @@ inline AssertionResult SameRecord(const std::string& what, const Triple& expecte
 }
 
 /// The points, kinds and numbers of all cells, and the tree's range.
-AssertionResult SameCollation(const PlainCellOperator& plain, const CZynRBFInternalObject& object);
+AssertionResult SameCollation(PlainCellOperator const& plain, CZynRBFInternalObject const& object);
 
 /// Stencils, support lengths and extents of all interior cells, and null rows for the others.
-AssertionResult SameStencils(const PlainCellOperator& plain, const CZynRBFInternalObject& object);
+AssertionResult SameStencils(PlainCellOperator const& plain, CZynRBFInternalObject const& object);
 
 /// Weights and multipliers of all interior cells.
-AssertionResult SameWeights(const PlainCellOperator& plain, const CZynRBFInternalObject& object);
+AssertionResult SameWeights(PlainCellOperator const& plain, CZynRBFInternalObject const& object);
 
 /// The maxima of the cells and of the faces, and the cell or face at which one last rose.
-AssertionResult SameResiduals(const PlainCellOperator& plain, const CZynRBFInternalObject& object);
+AssertionResult SameResiduals(PlainCellOperator const& plain, CZynRBFInternalObject const& object);
 
 /// Rows of a table of face weights: elements 1 and 2, and zeros in elements 0 and 3.
-AssertionResult SameFaceRows(const std::vector<std::vector<Triple>>& expected, RBFnode* const* table);
+AssertionResult SameFaceRows(std::vector<std::vector<Triple>> const& expected, RBFnode* const* table);
 
 }  // namespace rbf_cell_test

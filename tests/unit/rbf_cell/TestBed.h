@@ -13,11 +13,11 @@ namespace rbf_cell_test {
 class TestBed {
  public:
   /// Without settings there is no file before the operator writes one.
-  explicit TestBed(const CellMesh& mesh) : host(mesh, folder.BaseFileName()), object(NewConnected(host)) {}
-  TestBed(const CellMesh& mesh, const std::string& settings) : TestBed(mesh) { folder.Write(settings); }
+  explicit TestBed(CellMesh const& mesh) : host(mesh, folder.BaseFileName()), object(NewConnected(host)) {}
+  TestBed(CellMesh const& mesh, std::string const& settings) : TestBed(mesh) { folder.Write(settings); }
   ~TestBed() { delete object; }
-  TestBed(const TestBed&) = delete;
-  TestBed& operator=(const TestBed&) = delete;
+  TestBed(TestBed const&) = delete;
+  TestBed& operator=(TestBed const&) = delete;
 
   /// Set-up without weights. @return what was printed
   std::string SetUp() {

@@ -14,24 +14,24 @@ struct Split {
   std::string key, value;
 };
 
-bool operator==(const Split& a, const Split& b) {
+bool operator==(Split const& a, Split const& b) {
   return a.status == b.status && a.key == b.key && a.value == b.value;
 }
 
-std::ostream& operator<<(std::ostream& out, const Split& split) {
+std::ostream& operator<<(std::ostream& out, Split const& split) {
   return out << split.status << " [" << split.key << "] [" << split.value << "]";
 }
 
-Split SplitLine(const std::string& line) {
+Split SplitLine(std::string const& line) {
   char key[2048], value[2048];
   std::memset(key, '#', sizeof key);
   std::memset(value, '#', sizeof value);
   CZynRBFInternalObject object;
-  const int status = object.StrCopyAB(line.c_str(), key, value);
+  int const status = object.StrCopyAB(line.c_str(), key, value);
   return {status, key, value};
 }
 
-Split Is(int status, const char* key, const char* value) { return {status, key, value}; }
+Split Is(int status, char const* key, char const* value) { return {status, key, value}; }
 
 TEST(SettingsLine, IsSplitAtTheEqualsSign) { EXPECT_EQ(Is(1, "Span", "500"), SplitLine("Span = 500\n")); }
 
@@ -113,21 +113,21 @@ TEST(SettingsLine, WritesNothingBeyondTheTerminators) {
 }
 
 /// The same with the key, or the value, in the place of the line.
-Split SplitIntoItself(const std::string& line, bool keyThere) {
+Split SplitIntoItself(std::string const& line, bool keyThere) {
   char text[2048], other[2048];
   std::memcpy(text, line.c_str(), line.size() + 1);
   char* const key = keyThere ? text : other;
   char* const value = keyThere ? other : text;
-  const int status = CZynRBFInternalObject().StrCopyAB(text, key, value);
+  int const status = CZynRBFInternalObject().StrCopyAB(text, key, value);
   return {status, key, value};
 }
 
 TEST(SettingsLine, IsSplitAlikeIntoItsOwnBuffer) {
-  const char* const lines[] = {"Span=500", "Span=500\n",   "Span = 500\n", "a=b=c\n",     "a=",  "a =",
+  char const* const lines[] = {"Span=500", "Span=500\n",   "Span = 500\n", "a=b=c\n",     "a=",  "a =",
                                "a =   ",   " a  =  b  ",   "abc",          "abc\n",       "a b", "a b\n",
                                " a b ",    "ab ",          "=5\n",         "   =5\n",     "",    "\n",
                                "   \n",    "ab\ncd = 5\n", "a=    b\nc\n", "a b c = d\te"};
-  for (const char* const line : lines) {
+  for (char const* const line : lines) {
     EXPECT_EQ(SplitLine(line), SplitIntoItself(line, true)) << "key in [" << line << "]";
     EXPECT_EQ(SplitLine(line), SplitIntoItself(line, false)) << "value in [" << line << "]";
   }
@@ -135,11 +135,11 @@ TEST(SettingsLine, IsSplitAlikeIntoItsOwnBuffer) {
 
 // ------------------------------------------------------------------------------------------- the file's name
 
-std::string Renamed(std::string name, const char* extension = ".rbf") {
+std::string Renamed(std::string name, char const* extension = ".rbf") {
   char result[2048];
   std::memset(result, '#', sizeof result);
   CZynRBFInternalObject object;
-  const std::string before = name;
+  std::string const before = name;
   EXPECT_EQ(1, object.ChangeFileName(result, extension, name.data()));
   EXPECT_EQ(before, name) << "the source is only read";
   return result;
@@ -159,7 +159,7 @@ TEST(SettingsFileName, DoesNotAskWhetherTheyAreAnExtension) {
 TEST(SettingsFileName, OfANameOfFourCharactersIsTheExtension) { EXPECT_EQ(".rbf", Renamed(".xyz")); }
 
 TEST(SettingsFileName, OfAShorterNameIsTheExtension) {
-  for (const char* const name : {"", "a", "ab", "abc"}) EXPECT_EQ(".rbf", Renamed(name));
+  for (char const* const name : {"", "a", "ab", "abc"}) EXPECT_EQ(".rbf", Renamed(name));
 }
 
 TEST(SettingsFileName, TakesAnyExtension) {
@@ -168,20 +168,20 @@ TEST(SettingsFileName, TakesAnyExtension) {
 }
 
 TEST(SettingsFileName, OfTheLongestNameThatFitsIsWhole) {
-  const std::string stem(1019, 's');
+  std::string const stem(1019, 's');
   EXPECT_EQ(stem + ".rbf", Renamed(stem + ".xyz"));
 }
 
 TEST(SettingsFileName, OfALongerNameIsCutAt1023Characters) {
-  for (const std::size_t length : {1024U, 1025U, 1500U, 5000U}) {
-    const std::string name = std::string(length, 's');
+  for (std::size_t const length : {1024U, 1025U, 1500U, 5000U}) {
+    std::string const name = std::string(length, 's');
     EXPECT_LE(Renamed(name).size(), 1023U) << length;
     EXPECT_EQ(std::string(1000, 's'), Renamed(name).substr(0, 1000)) << length;
   }
 }
 
 TEST(SettingsFileName, WithALongExtensionIsCutAt1023Characters) {
-  const std::string extension = "." + std::string(2000, 'e');
+  std::string const extension = "." + std::string(2000, 'e');
   EXPECT_EQ(("case" + extension).substr(0, 1023), Renamed("case.xyz", extension.c_str()));
 }
 

@@ -14,8 +14,8 @@ class Undestroyed {
   template <typename... Arguments>
   explicit Undestroyed(Arguments&&... arguments)
       : object_(new (memory_) CZynRBFInternalObject(std::forward<Arguments>(arguments)...)) {}
-  Undestroyed(const Undestroyed&) = delete;
-  Undestroyed& operator=(const Undestroyed&) = delete;
+  Undestroyed(Undestroyed const&) = delete;
+  Undestroyed& operator=(Undestroyed const&) = delete;
 
   CZynRBFInternalObject& operator*() { return *object_; }
   CZynRBFInternalObject* operator->() { return object_; }

@@ -22,13 +22,13 @@ using Field = std::function<double(Point)>;
 double Linear(Point p) { return 2.0 * p.x + 3.0 * p.y - p.z + 1.0; }
 
 /// The gradient of a field at a cell from the operator's tables.
-Triple GradientOf(const CZynRBFInternalObject& object, int cell, const Field& field) {
+Triple GradientOf(CZynRBFInternalObject const& object, int cell, Field const& field) {
   Triple sum{};
-  const int* const stencil = object.m_ppRBFCellConn[cell];
+  int const* const stencil = object.m_ppRBFCellConn[cell];
   for (int m = 1; m <= stencil[0]; ++m) {
-    const RBFnode& point = object.m_pRBFnode[stencil[m]];
-    const RBFnode& weight = object.m_ppRBFCellCoef[cell][m];
-    const double value = field({point.x, point.y, point.z});
+    RBFnode const& point = object.m_pRBFnode[stencil[m]];
+    RBFnode const& weight = object.m_ppRBFCellCoef[cell][m];
+    double const value = field({point.x, point.y, point.z});
     sum[0] += value * weight.x;
     sum[1] += value * weight.y;
     sum[2] += value * weight.z;
@@ -43,19 +43,19 @@ std::string MaximaLine(double span, double x, double y, double z) {
   return line;
 }
 
-const std::string kDone = "Cell RBF flux Interpolation is done.\n";
+std::string const kDone = "Cell RBF flux Interpolation is done.\n";
 
 /// A plain form that was set up and derived.
-PlainCellOperator Derived(const CellMesh& mesh, double span, int shapeNormalize) {
+PlainCellOperator Derived(CellMesh const& mesh, double span, int shapeNormalize) {
   PlainCellOperator plain(mesh, span, shapeNormalize);
   plain.Collate();
   plain.DeriveAll();
   return plain;
 }
 
-Triple SumOfRow(const PlainCellOperator& plain, int cell) {
+Triple SumOfRow(PlainCellOperator const& plain, int cell) {
   Triple sum{};
-  for (const Triple& row : plain.weights[static_cast<std::size_t>(cell)])
+  for (Triple const& row : plain.weights[static_cast<std::size_t>(cell)])
     for (std::size_t a = 0; a < 3; ++a) sum[a] += row[a];
   return sum;
 }
@@ -68,7 +68,7 @@ constexpr double kFiveDecimals = 0.5e-5, kTwoDecimals = 0.5e-2;
 TEST(CellWeights, SevenPointsWithSpan500GiveALinearFieldTo2e5) {
   TestBed bed(SevenPoints(), Settings("500", "0"));
   bed.SetUpAndDerive();
-  const Triple g = GradientOf(*bed.object, 1, Linear);
+  Triple const g = GradientOf(*bed.object, 1, Linear);
   EXPECT_NEAR(2.00012, g[0], kFiveDecimals);
   EXPECT_NEAR(3.00018, g[1], kFiveDecimals);
   EXPECT_NEAR(-1.00006, g[2], kFiveDecimals);
@@ -77,7 +77,7 @@ TEST(CellWeights, SevenPointsWithSpan500GiveALinearFieldTo2e5) {
 TEST(CellWeights, SevenPointsWithSpan5AreOffByThirtyPercent) {
   TestBed bed(SevenPoints(), Settings("5", "0"));
   bed.SetUpAndDerive();
-  const Triple g = GradientOf(*bed.object, 1, Linear);
+  Triple const g = GradientOf(*bed.object, 1, Linear);
   EXPECT_NEAR(2.59499, g[0], kFiveDecimals);
   EXPECT_NEAR(3.89248, g[1], kFiveDecimals);
   EXPECT_NEAR(-1.29749, g[2], kFiveDecimals);
@@ -87,38 +87,38 @@ TEST(CellWeights, SevenPointsWithSpan5AreOffByThirtyPercent) {
 TEST(CellWeights, ShapeNormalisedFormKeepsTheAxisScale) {
   TestBed bed(SevenPoints(), Settings("500", "1"));
   bed.SetUpAndDerive();
-  const Triple g = GradientOf(*bed.object, 1, Linear);
+  Triple const g = GradientOf(*bed.object, 1, Linear);
   EXPECT_NEAR(2000.03, g[0], kTwoDecimals);
   EXPECT_NEAR(3000.04, g[1], kTwoDecimals);
   EXPECT_NEAR(-1000.01, g[2], kTwoDecimals);
 }
 
 TEST(CellWeights, ConstantFieldHasNoSlope) {
-  for (const char* const shape : {"0", "1"}) {
+  for (char const* const shape : {"0", "1"}) {
     TestBed bed(SevenPoints(), Settings("500", shape));
     bed.SetUpAndDerive();
     double largest = 0.0;
     for (int m = 1; m <= 7; ++m) largest = std::fmax(largest, std::fabs(bed.object->m_ppRBFCellCoef[1][m].x));
-    const Triple g = GradientOf(*bed.object, 1, [](Point) { return 1.0; });
+    Triple const g = GradientOf(*bed.object, 1, [](Point) { return 1.0; });
     // The weights sum to zero as one row of a system solved with partial pivoting does: to the round-off of the
     // largest weight.
-    for (const double slope : g) EXPECT_NEAR(0.0, slope, 1e-12 * largest) << shape;
+    for (double const slope : g) EXPECT_NEAR(0.0, slope, 1e-12 * largest) << shape;
   }
 }
 
 // ------------------------------------------------------------------------------------ equal to the plain form
 
-AssertionResult SameAsPlainForm(const CellMesh& mesh, double span, int shapeNormalize) {
+AssertionResult SameAsPlainForm(CellMesh const& mesh, double span, int shapeNormalize) {
   TestBed bed(mesh, Settings(std::to_string(span), std::to_string(shapeNormalize)));
   bed.SetUpAndDerive();
-  const PlainCellOperator plain = Derived(mesh, span, shapeNormalize);
-  const AssertionResult weights = SameWeights(plain, *bed.object);
+  PlainCellOperator const plain = Derived(mesh, span, shapeNormalize);
+  AssertionResult const weights = SameWeights(plain, *bed.object);
   return weights ? SameResiduals(plain, *bed.object) : weights;
 }
 
 TEST(CellWeights, OfSevenPointsEqualThePlainForm) {
-  for (const double span : {500.0, 5.0, 0.5})
-    for (const int shape : {0, 1}) EXPECT_TRUE(SameAsPlainForm(SevenPoints(0.3, {1, 2, 3}), span, shape));
+  for (double const span : {500.0, 5.0, 0.5})
+    for (int const shape : {0, 1}) EXPECT_TRUE(SameAsPlainForm(SevenPoints(0.3, {1, 2, 3}), span, shape));
 }
 
 TEST(CellWeights, OtherShapeSettingsAreThePlainForm) {
@@ -130,7 +130,7 @@ TEST(CellWeights, OtherShapeSettingsAreThePlainForm) {
 
 // A kernel value that a support test would cut to zero is not: at Span 0.5 the members are at s = 2 and more.
 TEST(CellWeights, NothingIsCutOffBeyondTheSupport) {
-  const CellMesh mesh = SevenPoints();
+  CellMesh const mesh = SevenPoints();
   PlainCellOperator plain(mesh, 0.5, 0);
   plain.Collate();
   EXPECT_EQ(179.0, plain.SystemOf(1).matrix[1]) << "between the cell and its first neighbour";
@@ -138,7 +138,7 @@ TEST(CellWeights, NothingIsCutOffBeyondTheSupport) {
 }
 
 double InSinglePrecision(double value) {
-  const volatile float stored = static_cast<float>(value);  // volatile as in the plain form
+  float const volatile stored = static_cast<float>(value);  // volatile as in the plain form
   return stored;
 }
 
@@ -147,32 +147,32 @@ double InSinglePrecision(double value) {
 TEST(CellWeights, RightHandSidesSeenInAnUnsolvedSystemAreFloats) {
   CellMesh mesh = OneStencil({}, {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}});
   mesh.Neighbours(1).insert(mesh.Neighbours(1).end(), {2, 2});
-  for (const char* const shape : {"0", "1"}) {
+  for (char const* const shape : {"0", "1"}) {
     TestBed bed(mesh, Settings("50", shape));
     bed.SetUpAndDerive();
     ASSERT_NE(0.0, bed.object->m_ppRBFCellCoef[1][3].x);
     for (int k = 1; k <= 8; ++k) {
-      const RBFnode& w = bed.object->m_ppRBFCellCoef[1][k];
-      for (const double value : {w.x, w.y, w.z}) EXPECT_EQ(InSinglePrecision(value), value) << k;
+      RBFnode const& w = bed.object->m_ppRBFCellCoef[1][k];
+      for (double const value : {w.x, w.y, w.z}) EXPECT_EQ(InSinglePrecision(value), value) << k;
     }
   }
 }
 
 // The right-hand sides pass through single precision, the matrix does not.
 TEST(CellWeights, RightHandSidesAreRoundedToFloat) {
-  const CellMesh mesh =
+  CellMesh const mesh =
       OneStencil({}, {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}});
   PlainCellOperator plain = Derived(mesh, 50.0, 0);
   DenseSystem system = plain.SystemOf(1);
-  for (const double value : system.rightHandSides) EXPECT_EQ(value, InSinglePrecision(value));
+  for (double const value : system.rightHandSides) EXPECT_EQ(value, InSinglePrecision(value));
   TestBed bed(mesh, Settings("50", "0"));
   bed.SetUpAndDerive();
   EXPECT_TRUE(SameWeights(plain, *bed.object));
 
   // By hand, without the rounding: the slope at the first neighbour is another number.
-  const double r = std::sqrt(0.1 * 0.1 + 0.7 * 0.7 + 0.2 * 0.2);
-  const double c = 50.0 * plain.supportLengths[1];
-  const double slope = 0.7 * 56.0 * (5.0 * r + c) * std::pow(c - r, 5) / std::pow(c, 8);
+  double const r = std::sqrt(0.1 * 0.1 + 0.7 * 0.7 + 0.2 * 0.2);
+  double const c = 50.0 * plain.supportLengths[1];
+  double const slope = 0.7 * 56.0 * (5.0 * r + c) * std::pow(c - r, 5) / std::pow(c, 8);
   EXPECT_NE(slope, system.rightHandSides[3]);
   EXPECT_NEAR(slope, system.rightHandSides[3], 1e-7 * slope);
 }
@@ -183,7 +183,7 @@ TEST(CellWeights, OfTwoPointsSolveTheSystemWrittenByHand) {
   TestBed bed(OneStencil({}, {{1.0, 0.0, 0.0}}), Settings("1", "0"));
   bed.SetUpAndDerive();
   // kernel(0) = 3, kernel(1) = 0; the slope at the neighbour is 56 * (5 + 1) * 0^5 = 0. With w1 + w2 = 0 all is 0.
-  const RBFnode* const row = bed.object->m_ppRBFCellCoef[1];
+  RBFnode const* const row = bed.object->m_ppRBFCellCoef[1];
   for (int k = 1; k <= 3; ++k) EXPECT_EQ(0.0, row[k].x);
 
   TestBed wider(OneStencil({}, {{1.0, 0.0, 0.0}}), Settings("2", "0"));
@@ -191,8 +191,8 @@ TEST(CellWeights, OfTwoPointsSolveTheSystemWrittenByHand) {
   // s = 1/2: kernel = 0.32421875, slope = 56 * 1 * (5 + 2) * 1^5 / 2^8 = 1.53125.
   //   3 w1 + 0.32421875 w2 + m = 0,  0.32421875 w1 + 3 w2 + m = 1.53125,  w1 + w2 = 0
   // so that w2 = 1.53125 / (2 * (3 - 0.32421875)) and m = 1.53125 / 2.
-  const double w2 = 1.53125 / (2.0 * (3.0 - 0.32421875));
-  const RBFnode* const weights = wider.object->m_ppRBFCellCoef[1];
+  double const w2 = 1.53125 / (2.0 * (3.0 - 0.32421875));
+  RBFnode const* const weights = wider.object->m_ppRBFCellCoef[1];
   EXPECT_NEAR(-w2, weights[1].x, 1e-15);
   EXPECT_NEAR(w2, weights[2].x, 1e-15);
   EXPECT_NEAR(-0.5 * (3.0 + 0.32421875) * 0.0 + 0.765625, weights[3].x, 1e-15);
@@ -206,30 +206,30 @@ TEST(CellWeights, OfTwoPointsSolveTheSystemWrittenByHand) {
 // The squares of y and x change places without a change of bits, since they are added first: an operator that
 // added in another order would not pass.
 TEST(CellWeights, ExchangeOfXAndYExchangesTheWeightsBitForBit) {
-  const std::vector<Point> members = {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}};
+  std::vector<Point> const members = {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}};
   std::vector<Point> exchanged;
-  for (const Point& p : members) exchanged.push_back({p.y, p.x, p.z});
-  for (const char* const shape : {"0", "1"}) {
+  for (Point const& p : members) exchanged.push_back({p.y, p.x, p.z});
+  for (char const* const shape : {"0", "1"}) {
     TestBed bed(OneStencil({}, members), Settings("20", shape));
     TestBed other(OneStencil({}, exchanged), Settings("20", shape));
     bed.SetUpAndDerive();
     other.SetUpAndDerive();
     for (int k = 1; k <= 6; ++k) {
-      const RBFnode &a = bed.object->m_ppRBFCellCoef[1][k], &b = other.object->m_ppRBFCellCoef[1][k];
+      RBFnode const &a = bed.object->m_ppRBFCellCoef[1][k], &b = other.object->m_ppRBFCellCoef[1][k];
       EXPECT_TRUE(SameRecord("weight", {a.y, a.x, a.z}, 1, b));
     }
   }
 }
 
 TEST(CellWeights, FollowTheOrderOfTheStencil) {
-  const std::vector<Point> members = {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}};
-  const std::vector<Point> reversed(members.rbegin(), members.rend());
+  std::vector<Point> const members = {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}};
+  std::vector<Point> const reversed(members.rbegin(), members.rend());
   TestBed bed(OneStencil({}, members), Settings("20", "0"));
   TestBed other(OneStencil({}, reversed), Settings("20", "0"));
   bed.SetUpAndDerive();
   other.SetUpAndDerive();
   for (int k = 0; k < 4; ++k) {
-    const double a = bed.object->m_ppRBFCellCoef[1][2 + k].x, b = other.object->m_ppRBFCellCoef[1][5 - k].x;
+    double const a = bed.object->m_ppRBFCellCoef[1][2 + k].x, b = other.object->m_ppRBFCellCoef[1][5 - k].x;
     EXPECT_NEAR(a, b, 1e-5 * std::fabs(a))
         << "the same weight up to the system's condition, at its member's place";
   }
@@ -237,14 +237,14 @@ TEST(CellWeights, FollowTheOrderOfTheStencil) {
 
 TEST(CellWeights, OfOneCellAreRewrittenAlone) {
   LatticeOptions options;
-  const CellMesh mesh = LatticeMesh(options);
+  CellMesh const mesh = LatticeMesh(options);
   TestBed bed(mesh);
   bed.SetUpAndDerive();
-  const PlainCellOperator plain = Derived(mesh, 500.0, 0);
+  PlainCellOperator const plain = Derived(mesh, 500.0, 0);
   for (int c = 1; c <= mesh.nInnerCells; ++c) bed.object->m_ppRBFCellCoef[c][1].x = -1.0;
   EXPECT_EQ(1, bed.object->DeriveCellCoefficentBysolveDQfullMatrix(5));
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
-    const double expected = c == 5 ? plain.weights[5][0][0] : -1.0;
+    double const expected = c == 5 ? plain.weights[5][0][0] : -1.0;
     EXPECT_TRUE(SameValue("first weight", expected, bed.object->m_ppRBFCellCoef[c][1].x)) << c;
   }
 }
@@ -253,7 +253,7 @@ TEST(CellWeights, LeaveRowElementZeroAndTheMembersAlone) {
   TestBed bed(SevenPoints());
   bed.SetUpAndDerive();
   EXPECT_TRUE(SameRecord("element 0", Triple{}, 0, bed.object->m_ppRBFCellCoef[1][0]));
-  const int stencil[] = {7, 1, 2, 3, 4, 5, 6, 7, 0};
+  int const stencil[] = {7, 1, 2, 3, 4, 5, 6, 7, 0};
   EXPECT_TRUE(std::equal(std::begin(stencil), std::end(stencil), bed.object->m_ppRBFCellConn[1]));
 }
 
@@ -262,10 +262,10 @@ TEST(CellWeights, LeaveRowElementZeroAndTheMembersAlone) {
 TEST(CellResiduals, ArePrintedInTheseWords) {
   LatticeOptions options;
   options.cells = Cells::Tetrahedra;
-  const CellMesh mesh = LatticeMesh(options);
+  CellMesh const mesh = LatticeMesh(options);
   TestBed bed(mesh, Settings("37.25", "0"));
-  const std::string printed = bed.SetUpAndDerive();
-  const Residuals r = Derived(mesh, 37.25, 0).residuals;
+  std::string const printed = bed.SetUpAndDerive();
+  Residuals const r = Derived(mesh, 37.25, 0).residuals;
   EXPECT_EQ(kDone + MaximaLine(37.25, r.x, r.y, r.z), printed);
 }
 
@@ -274,7 +274,7 @@ TEST(CellResiduals, AreFlushedWhenPrinted) {
   bed.SetUp();
   std::string arrived;
   {
-    const FlushedOutput output;
+    FlushedOutput const output;
     bed.object->DeriveRBFweighting();
     arrived = output.Arrived();
   }
@@ -290,13 +290,13 @@ TEST(CellResiduals, OneCellDerivedAlonePrintsNothing) {
 }
 
 /// One-cell meshes at random, until one has sums that `wanted` accepts.
-CellMesh StencilWithSums(const std::function<bool(const Triple&)>& wanted) {
+CellMesh StencilWithSums(std::function<bool(Triple const&)> const& wanted) {
   Random random(7);
   std::uniform_real_distribution<double> coordinate(-1.0, 1.0);
   for (;;) {
     std::vector<Point> members(5);
     for (Point& p : members) p = {coordinate(random), coordinate(random), coordinate(random)};
-    const CellMesh mesh = OneStencil({}, members);
+    CellMesh const mesh = OneStencil({}, members);
     PlainCellOperator plain(mesh, 5.0, 0);
     plain.Collate();
     plain.DeriveAll();
@@ -305,8 +305,8 @@ CellMesh StencilWithSums(const std::function<bool(const Triple&)>& wanted) {
 }
 
 TEST(CellResiduals, OfNegativeSumsAreZero) {
-  const CellMesh mesh =
-      StencilWithSums([](const Triple& s) { return s[0] < -0.1 && s[1] < -0.1 && s[2] < -0.1; });
+  CellMesh const mesh =
+      StencilWithSums([](Triple const& s) { return s[0] < -0.1 && s[1] < -0.1 && s[2] < -0.1; });
   TestBed bed(mesh, Settings("5", "0"));
   EXPECT_EQ(kDone + MaximaLine(5.0, 0.0, 0.0, 0.0), bed.SetUpAndDerive());
   EXPECT_NE(std::string::npos, MaximaLine(5.0, 0.0, 0.0, 0.0).find("MAXResidual_X = 0.000000e+00"));
@@ -315,33 +315,33 @@ TEST(CellResiduals, OfNegativeSumsAreZero) {
 }
 
 TEST(CellResiduals, AreTheSumsOfWeightsAndMultiplierWithTheirSign) {
-  const CellMesh mesh =
-      StencilWithSums([](const Triple& s) { return s[0] > 0.1 && s[1] < -0.1 && s[2] > 0.1; });
+  CellMesh const mesh =
+      StencilWithSums([](Triple const& s) { return s[0] > 0.1 && s[1] < -0.1 && s[2] > 0.1; });
   TestBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
-  const Triple sum = SumOfRow(Derived(mesh, 5.0, 0), 1);
+  Triple const sum = SumOfRow(Derived(mesh, 5.0, 0), 1);
   EXPECT_EQ(sum[0], bed.object->MAXResidual_X);
   EXPECT_EQ(0.0, bed.object->MAXResidual_Y);
   EXPECT_EQ(sum[2], bed.object->MAXResidual_Z);
-  const double multiplier = bed.object->m_ppRBFCellCoef[1][bed.object->m_ppRBFCellConn[1][0] + 1].x;
+  double const multiplier = bed.object->m_ppRBFCellCoef[1][bed.object->m_ppRBFCellConn[1][0] + 1].x;
   EXPECT_NEAR(multiplier, sum[0], 1e-6) << "the weights alone sum to zero";
   EXPECT_EQ(1, bed.object->m_iWorstElement);
 }
 
 /// Two cells far apart, each with its own halo cells.
-CellMesh TwoStencils(const std::vector<Point>& first, const std::vector<Point>& second) {
+CellMesh TwoStencils(std::vector<Point> const& first, std::vector<Point> const& second) {
   CellMesh mesh;
   mesh.AddInteriorCell({});
   mesh.AddInteriorCell({});
-  for (const Point& p : first) mesh.AddSide(mesh.partition, 1, p, p);
-  for (const Point& p : second) mesh.AddSide(mesh.partition, 2, p, p);
+  for (Point const& p : first) mesh.AddSide(mesh.partition, 1, p, p);
+  for (Point const& p : second) mesh.AddSide(mesh.partition, 2, p, p);
   mesh.partitionNodes.resize(mesh.partition.size());
   return mesh;
 }
 
-std::vector<Point> Members(const CellMesh& mesh, double sx, double sy, double sz) {
+std::vector<Point> Members(CellMesh const& mesh, double sx, double sy, double sz) {
   std::vector<Point> result;
-  for (const CellFace& face : mesh.partition)
+  for (CellFace const& face : mesh.partition)
     result.push_back({sx * face.centre.x, sy * face.centre.y, sz * face.centre.z});
   return result;
 }
@@ -349,29 +349,29 @@ std::vector<Point> Members(const CellMesh& mesh, double sx, double sy, double sz
 // Cell 1 has the largest x sum. Cell 2 is cell 1 mirrored in x and y: a negative x sum, and the first y sum
 // above zero, however small beside the x sum.
 TEST(CellResiduals, WorstElementIsTheLastCellAtWhichAnyMaximumRose) {
-  const CellMesh one = StencilWithSums(
-      [](const Triple& s) { return s[0] > 0.3 && s[1] < -1e-3 && s[1] > -0.1 && s[2] > 0.1; });
-  const CellMesh mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, -1, -1, 1));
+  CellMesh const one = StencilWithSums(
+      [](Triple const& s) { return s[0] > 0.3 && s[1] < -1e-3 && s[1] > -0.1 && s[2] > 0.1; });
+  CellMesh const mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, -1, -1, 1));
   TestBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
-  const Triple sum = SumOfRow(Derived(one, 5.0, 0), 1);
+  Triple const sum = SumOfRow(Derived(one, 5.0, 0), 1);
   EXPECT_EQ(sum[0], bed.object->MAXResidual_X);
   EXPECT_EQ(-sum[1], bed.object->MAXResidual_Y) << "mirroring only changes signs";
   EXPECT_EQ(2, bed.object->m_iWorstElement);
 }
 
 TEST(CellResiduals, EqualSumIsNoRise) {
-  const CellMesh one =
-      StencilWithSums([](const Triple& s) { return s[0] > 0.1 && s[1] > 0.1 && s[2] > 0.1; });
-  const CellMesh mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, 1, 1, 1));
+  CellMesh const one =
+      StencilWithSums([](Triple const& s) { return s[0] > 0.1 && s[1] > 0.1 && s[2] > 0.1; });
+  CellMesh const mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, 1, 1, 1));
   TestBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
   EXPECT_EQ(1, bed.object->m_iWorstElement);
 }
 
 TEST(CellResiduals, MaximaBeginAtZeroInEveryRunAndTheWorstElementDoesNot) {
-  const CellMesh mesh =
-      StencilWithSums([](const Triple& s) { return s[0] < -0.1 && s[1] < -0.1 && s[2] < -0.1; });
+  CellMesh const mesh =
+      StencilWithSums([](Triple const& s) { return s[0] < -0.1 && s[1] < -0.1 && s[2] < -0.1; });
   TestBed bed(mesh, Settings("5", "0"));
   bed.SetUp();
   CZynRBFInternalObject& object = *bed.object;
@@ -387,8 +387,8 @@ TEST(CellResiduals, MaximaBeginAtZeroInEveryRunAndTheWorstElementDoesNot) {
 }
 
 TEST(CellResiduals, OneCellDerivedAloneComparesWithTheMaximaAsTheyStand) {
-  const CellMesh mesh =
-      StencilWithSums([](const Triple& s) { return s[0] > 0.1 && s[1] > 0.1 && s[2] > 0.1; });
+  CellMesh const mesh =
+      StencilWithSums([](Triple const& s) { return s[0] > 0.1 && s[1] > 0.1 && s[2] > 0.1; });
   TestBed bed(mesh, Settings("5", "0"));
   bed.SetUp();
   CZynRBFInternalObject& object = *bed.object;
@@ -408,7 +408,7 @@ TEST(CellWeights, ADoubledMemberLeavesAZeroRowAndColumn) {
   mesh.Neighbours(1).push_back(2);  // the first neighbour again: positions 2 and 8
   PlainCellOperator plain(mesh, 500.0, 0);
   plain.Collate();
-  const DenseSystem system = plain.SystemOf(1);
+  DenseSystem const system = plain.SystemOf(1);
   ASSERT_EQ(9, system.order);
   for (std::size_t j = 0; j < 8; ++j) {
     EXPECT_EQ(0.0, system.matrix[1 * 9 + j]);
@@ -427,11 +427,11 @@ TEST(CellWeights, TwoDoubledMembersLeaveTheRightHandSidesForWeights) {
   mesh.Neighbours(1).insert(mesh.Neighbours(1).end(), {2, 2});
   PlainCellOperator plain(mesh, 500.0, 0);
   plain.Collate();
-  const DenseSystem system = plain.SystemOf(1);
+  DenseSystem const system = plain.SystemOf(1);
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   for (int k = 1; k <= 10; ++k) {
-    const double* const rhs = &system.rightHandSides[static_cast<std::size_t>(3 * (k - 1))];
+    double const* const rhs = &system.rightHandSides[static_cast<std::size_t>(3 * (k - 1))];
     EXPECT_TRUE(SameRecord("weight", {rhs[0], rhs[1], rhs[2]}, 1, bed.object->m_ppRBFCellCoef[1][k])) << k;
   }
   EXPECT_TRUE(SameAsPlainForm(mesh, 500.0, 0));
@@ -446,36 +446,36 @@ TEST(CellWeights, TwoSymmetryFacesOfACellLeaveTheRightHandSidesForWeights) {
   mesh.AddSide(mesh.wall, 1, {4.5, 5.0, 5.0}, {4.0, 5.0, 5.0});
   PlainCellOperator plain(mesh, 5.0, 0);
   plain.Collate();
-  const DenseSystem system = plain.SystemOf(1);
+  DenseSystem const system = plain.SystemOf(1);
   TestBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
   for (int k = 1; k <= 5; ++k) {
-    const double* const rhs = &system.rightHandSides[static_cast<std::size_t>(3 * (k - 1))];
+    double const* const rhs = &system.rightHandSides[static_cast<std::size_t>(3 * (k - 1))];
     EXPECT_TRUE(SameRecord("weight", {rhs[0], rhs[1], rhs[2]}, 1, bed.object->m_ppRBFCellCoef[1][k])) << k;
   }
 }
 
 TEST(CellWeights, OfStencilsWithDoublesEqualThePlainForm) {
-  const std::vector<std::vector<int>> rows = {{2, 2},       {1},          {1, 1},
+  std::vector<std::vector<int>> const rows = {{2, 2},       {1},          {1, 1},
                                               {2, 3, 2, 3}, {4, 1, 4, 5}, {7, 6, 5, 7, 6, 5, 7}};
-  for (const std::vector<int>& row : rows) {
+  for (std::vector<int> const& row : rows) {
     CellMesh mesh = SevenPoints(0.7, {1, 2, 3});
     mesh.Neighbours(1) = row;
-    for (const int shape : {0, 1})
+    for (int const shape : {0, 1})
       EXPECT_TRUE(SameAsPlainForm(mesh, 500.0, shape)) << ::testing::PrintToString(row);
   }
 }
 
 TEST(CellWeights, OfTwoMembersAtOnePointEqualThePlainForm) {
-  const CellMesh mesh = OneStencil({}, {{1.0, 0.0, 0.5}, {1.0, 0.0, 0.5}, {0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}});
-  for (const int shape : {0, 1}) EXPECT_TRUE(SameAsPlainForm(mesh, 500.0, shape));
+  CellMesh const mesh = OneStencil({}, {{1.0, 0.0, 0.5}, {1.0, 0.0, 0.5}, {0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}});
+  for (int const shape : {0, 1}) EXPECT_TRUE(SameAsPlainForm(mesh, 500.0, shape));
 }
 
 TEST(CellWeights, OfACellWithoutNeighboursAreNotANumber) {
-  const CellMesh mesh = OneStencil({1.0, 2.0, 3.0}, {});
+  CellMesh const mesh = OneStencil({1.0, 2.0, 3.0}, {});
   TestBed bed(mesh);
-  const std::string printed = bed.SetUpAndDerive();
-  const RBFnode& weight = bed.object->m_ppRBFCellCoef[1][1];
+  std::string const printed = bed.SetUpAndDerive();
+  RBFnode const& weight = bed.object->m_ppRBFCellCoef[1][1];
   EXPECT_TRUE(std::isnan(weight.x) && std::isnan(weight.y) && std::isnan(weight.z));
   EXPECT_EQ(kDone + MaximaLine(500.0, 0.0, 0.0, 0.0), printed) << "a NaN is never above a maximum";
   EXPECT_EQ(0, bed.object->m_iWorstElement);
@@ -484,11 +484,11 @@ TEST(CellWeights, OfACellWithoutNeighboursAreNotANumber) {
 }
 
 TEST(CellWeights, OfAFlatStencilInTheShapeNormalisedFormAreNotANumber) {
-  const CellMesh mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
+  CellMesh const mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
   TestBed bed(mesh, Settings("500", "1"));
-  const std::string printed = bed.SetUpAndDerive();
+  std::string const printed = bed.SetUpAndDerive();
   for (int k = 1; k <= 5; ++k) {
-    const RBFnode& weight = bed.object->m_ppRBFCellCoef[1][k];
+    RBFnode const& weight = bed.object->m_ppRBFCellCoef[1][k];
     EXPECT_TRUE(std::isnan(weight.x) && std::isnan(weight.y) && std::isnan(weight.z)) << k;
   }
   EXPECT_EQ("Cell RBF flux Interpolation is done.\n" + MaximaLine(500.0, 0.0, 0.0, 0.0), printed);
@@ -496,7 +496,7 @@ TEST(CellWeights, OfAFlatStencilInTheShapeNormalisedFormAreNotANumber) {
 }
 
 TEST(CellWeights, OfAFlatStencilInThePlainFormHaveNoSlopeAcross) {
-  const CellMesh mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
+  CellMesh const mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
   TestBed bed(mesh);
   bed.SetUpAndDerive();
   for (int k = 1; k <= 6; ++k) EXPECT_EQ(0.0, bed.object->m_ppRBFCellCoef[1][k].z);
@@ -504,7 +504,7 @@ TEST(CellWeights, OfAFlatStencilInThePlainFormHaveNoSlopeAcross) {
 }
 
 TEST(CellWeights, WithSpan0AreNotANumberAndEqualThePlainForm) {
-  for (const int shape : {0, 1}) {
+  for (int const shape : {0, 1}) {
     EXPECT_TRUE(SameAsPlainForm(SevenPoints(), 0.0, shape));
     TestBed bed(SevenPoints(), Settings("0", std::to_string(shape)));
     bed.SetUpAndDerive();

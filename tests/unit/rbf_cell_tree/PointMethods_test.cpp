@@ -32,7 +32,7 @@ CellMesh SomeMesh(double outletGhostX = 90.0) {
 }
 
 struct PointBed : TestBed {
-  explicit PointBed(const CellMesh& mesh = SomeMesh()) : TestBed(mesh), realBlock(4), intBlock(4) {
+  explicit PointBed(CellMesh const& mesh = SomeMesh()) : TestBed(mesh), realBlock(4), intBlock(4) {
     object->m_pGV->ResetRealBlock = realBlock.Data();
     object->m_pGV->ResetIntBlock = intBlock.Data();
     Calls() = TreeCalls();
@@ -42,8 +42,8 @@ struct PointBed : TestBed {
         [&] { object->Initialize_IBInterpolateData(nullptr, nPoint, nullptr, nullptr, nullptr, 2, 1.0, 1); });
   }
   /// Searches for points at the given x with a tree of the caller's.
-  void Search(const std::vector<double>& xs, int method, double distance, int number) {
-    const int n = static_cast<int>(xs.size());
+  void Search(std::vector<double> const& xs, int method, double distance, int number) {
+    int const n = static_cast<int>(xs.size());
     Initialize(n);
     Calls().queries.clear();
     Array x(n), support(n);
@@ -54,7 +54,7 @@ struct PointBed : TestBed {
     supports.assign(support.Data() + 1, support.Data() + 1 + n);
   }
   List Stencil(int i) const {
-    const int* const row = object->m_ppIBConn[i];
+    int const* const row = object->m_ppIBConn[i];
     return List(row + 1, row + 1 + row[0]);
   }
 
@@ -90,7 +90,7 @@ TEST(CellPointTreeCalls, OfTheSearchDestroyTheCopyThatWasHandedOver) {
 
 TEST(CellPointCubes, OfMethod1AreOnePerPointAroundXOnAllAxes) {
   PointBed bed;
-  Calls().answer = [](const Corners&) { return List{3, 1}; };
+  Calls().answer = [](Corners const&) { return List{3, 1}; };
   bed.Search({1.25, -4.0}, 1, 0.5, 1000);
   ASSERT_EQ(2U, Calls().queries.size());
   EXPECT_EQ(Cube(1.25, 0.5), Calls().queries[0].corners) << "low corner first";
@@ -102,7 +102,7 @@ TEST(CellPointCubes, OfMethod1AreOnePerPointAroundXOnAllAxes) {
 
 TEST(CellPointCubes, OfMethod2GrowByTheMeanDistance) {
   PointBed bed;
-  Calls().answer = [](const Corners& c) { return c[3] - c[0] > 11.0 ? List{2, 4, 1, 3} : List{2}; };
+  Calls().answer = [](Corners const& c) { return c[3] - c[0] > 11.0 ? List{2, 4, 1, 3} : List{2}; };
   bed.Search({40.0}, 2, 0.25, 2);
   ASSERT_EQ(3U, Calls().queries.size());
   for (std::size_t k = 0; k < 3; ++k)
@@ -113,9 +113,9 @@ TEST(CellPointCubes, OfMethod2GrowByTheMeanDistance) {
 
 // Nobody says where the caller's tree has the cells: at the faces, as the collation does, or at their centres.
 TEST(CellPointCubes, OfMethod2EndWhenTheyCoverAllCellsAtFacesAndAtCentres) {
-  for (const double ghostX : {5.0, 90.0}) {
+  for (double const ghostX : {5.0, 90.0}) {
     PointBed bed(SomeMesh(ghostX));
-    Calls().answer = [](const Corners&) { return List{2}; };
+    Calls().answer = [](Corners const&) { return List{2}; };
     bed.Search({1.0}, 2, 0.25, 2);
     EXPECT_GE(Calls().queries.back().corners[3], std::fmax(80.0, ghostX));
     EXPECT_LT(Calls().queries.size(), 100U);
@@ -126,7 +126,7 @@ TEST(CellPointCubes, OfMethod2EndWhenTheyCoverAllCellsAtFacesAndAtCentres) {
 // What the caller put into the tree need not stand where the mesh has its cells.
 TEST(CellPointCubes, OfMethod2GrowBeyondAllCellsWhileTheTreeHasEnoughFartherOut) {
   PointBed bed;
-  Calls().answer = [](const Corners& c) { return c[3] > 300.0 ? List{2, 4} : List{2}; };
+  Calls().answer = [](Corners const& c) { return c[3] > 300.0 ? List{2, 4} : List{2}; };
   bed.Search({1.0}, 2, 0.25, 2);
   EXPECT_EQ((List{1, 3}), bed.Stencil(1));
   EXPECT_EQ(300.0, bed.supports[0]) << "the first multiple of 2 that reaches beyond 300 from 1";
@@ -134,7 +134,7 @@ TEST(CellPointCubes, OfMethod2GrowBeyondAllCellsWhileTheTreeHasEnoughFartherOut)
 
 TEST(CellPointCubes, OfMethod2FarBeyondAllCellsAreTheSmallestThatHoldEnough) {
   PointBed bed;
-  Calls().answer = [](const Corners& c) { return c[3] > 30000.0 ? List{2, 4} : List{2}; };
+  Calls().answer = [](Corners const& c) { return c[3] > 30000.0 ? List{2, 4} : List{2}; };
   bed.Search({1.0}, 2, 0.25, 2);
   EXPECT_EQ((List{1, 3}), bed.Stencil(1));
   EXPECT_EQ(30000.0, bed.supports[0]);
@@ -147,21 +147,21 @@ TEST(CellPointCubes, OfMethod2WithoutAMeanDistanceBeginAtThePointItself) {
   mesh.AddInteriorCell({1, 2, 3});
   mesh.JoinInterior(1, 2);
   PointBed bed(mesh);
-  Calls().answer = [](const Corners&) { return List{2}; };
+  Calls().answer = [](Corners const&) { return List{2}; };
   bed.Search({1.0}, 2, 0.25, 1);
   ASSERT_EQ(1U, Calls().queries.size());
   EXPECT_EQ(Cube(1.0, 0.0), Calls().queries[0].corners);
   EXPECT_EQ(0.0, bed.supports[0]);
 
   PointBed tooFew(mesh);
-  Calls().answer = [](const Corners&) { return List{2}; };
+  Calls().answer = [](Corners const&) { return List{2}; };
   tooFew.Search({1.0}, 2, 0.25, 2);  // cannot be reached and ends all the same
   EXPECT_EQ((List{1}), tooFew.Stencil(1));
 }
 
 TEST(CellPointCubes, OfMethod1ReadNothingOfTheMesh) {
   PointBed bed;
-  Calls().answer = [](const Corners&) { return List{3}; };
+  Calls().answer = [](Corners const&) { return List{3}; };
   bed.Initialize(1);
   Array x(1, 1.25), support(1);
   int cellOfBlock[] = {0, 2, 1, 4, 3};
@@ -171,7 +171,7 @@ TEST(CellPointCubes, OfMethod1ReadNothingOfTheMesh) {
 }
 
 TEST(CellPointCubes, OfNoPointsReadNothingAndDestroyTheTree) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     PointBed bed;
     bed.object->m_pMesh = nullptr;  // and there is no set-up
     EXPECT_EQ(0, bed.object->SearchIBADTress(nullptr, nullptr, nullptr, method, 0.5, 1, nullptr, bed.tree,
@@ -182,7 +182,7 @@ TEST(CellPointCubes, OfNoPointsReadNothingAndDestroyTheTree) {
 
 TEST(CellPointCubes, OfAnyOtherMethodAreNone) {
   PointBed bed;
-  Calls().answer = [](const Corners&) { return List{2}; };
+  Calls().answer = [](Corners const&) { return List{2}; };
   bed.Search({1.0, 2.0}, 3, 0.25, 2);
   EXPECT_TRUE(Calls().queries.empty());
   EXPECT_EQ(List(), bed.Stencil(2));

@@ -36,7 +36,7 @@ int const* CZYNOptKer::SearchNearBlockID(double xlow, double ylow, double zlow, 
                                          double zhigh, int& count, int last) {
   static std::vector<int> answer;
   answer.assign(answer.size(), -0x6badbeef);  // whoever still reads the former answer gets this
-  const std::array<double, 6> corners = {xlow, ylow, zlow, xhigh, yhigh, zhigh};
+  std::array<double, 6> const corners = {xlow, ylow, zlow, xhigh, yhigh, zhigh};
   ++Calls().searches;
   Calls().queries.push_back({corners, last});
   answer = Calls().answer ? std::vector<int>(Calls().answer(corners)) : std::vector<int>();

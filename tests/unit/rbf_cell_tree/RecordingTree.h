@@ -29,7 +29,7 @@ struct TreeCalls {
 
   /// The identities that a query is answered with; without a function none. An answer is overwritten and given back
   /// by the next search.
-  std::function<std::vector<int>(const std::array<double, 6>& corners)> answer;
+  std::function<std::vector<int>(std::array<double, 6> const& corners)> answer;
 };
 
 TreeCalls& Calls();

@@ -24,7 +24,7 @@ CellMesh SomeMesh() {
 }
 
 /// Sets up an operator and derives its weights. @return the calls of that
-TreeCalls CallsOf(const CellMesh& mesh) {
+TreeCalls CallsOf(CellMesh const& mesh) {
   Calls() = TreeCalls();
   TestBed bed(mesh);
   bed.SetUpAndDerive();
@@ -32,40 +32,40 @@ TreeCalls CallsOf(const CellMesh& mesh) {
 }
 
 TEST(CellOperatorTree, GetsItsRangeOnceBeforeTheFirstBox) {
-  const CellMesh mesh = SomeMesh();
-  const TreeCalls calls = CallsOf(mesh);
+  CellMesh const mesh = SomeMesh();
+  TreeCalls const calls = CallsOf(mesh);
   PlainCellOperator plain(mesh, 500.0, 0);
   plain.Collate();
-  const Point &high = plain.boundMax, &low = plain.boundMin;
+  Point const &high = plain.boundMax, &low = plain.boundMin;
   ASSERT_EQ(1U, calls.ranges.size());
-  const std::array<double, 9> expected = {high.x, high.y, high.z,  low.x,   low.y,
+  std::array<double, 9> const expected = {high.x, high.y, high.z,  low.x,   low.y,
                                           low.z,  1.0,    10000.0, 200000.0};
   EXPECT_EQ(expected, calls.ranges[0]);
   EXPECT_EQ(0, calls.boxesBeforeTheLastRange);
 }
 
 TEST(CellOperatorTree, GetsItsRangeInsideOutForAMeshWithoutInnerFacesWallsAndInlets) {
-  const TreeCalls calls = CallsOf(SevenPoints());
+  TreeCalls const calls = CallsOf(SevenPoints());
   ASSERT_EQ(1U, calls.ranges.size());
-  const std::array<double, 9> expected = {-1e10, -1e10, -1e10, 1e10, 1e10, 1e10, 1.0, 10000.0, 200000.0};
+  std::array<double, 9> const expected = {-1e10, -1e10, -1e10, 1e10, 1e10, 1e10, 1.0, 10000.0, 200000.0};
   EXPECT_EQ(expected, calls.ranges[0]);
   EXPECT_EQ(7U, calls.boxes.size());
 }
 
 TEST(CellOperatorTree, GetsTheBoxesKindByKindHighCornerFirst) {
-  const CellMesh mesh = SomeMesh();
-  const TreeCalls calls = CallsOf(mesh);
+  CellMesh const mesh = SomeMesh();
+  TreeCalls const calls = CallsOf(mesh);
 
   std::vector<TreeCalls::Box> expected;
-  const auto add = [&expected](int c, Point p) {
-    const double d = 1e-6;
+  auto const add = [&expected](int c, Point p) {
+    double const d = 1e-6;
     expected.push_back({c, Corners{p.x + d, p.y + d, p.z + d, p.x - d, p.y - d, p.z - d}});
   };
   for (int c = 1; c <= mesh.nInnerCells; ++c) add(c, mesh.Centre(c));
-  for (const CellFace& face : mesh.wall) add(face.other, face.centre);
-  for (const CellFace& face : mesh.inlet) add(face.other, face.centre);
-  for (const CellFace& face : mesh.outlet) add(face.other, face.centre);
-  for (const CellFace& face : mesh.partition) add(face.other, mesh.Centre(face.other));
+  for (CellFace const& face : mesh.wall) add(face.other, face.centre);
+  for (CellFace const& face : mesh.inlet) add(face.other, face.centre);
+  for (CellFace const& face : mesh.outlet) add(face.other, face.centre);
+  for (CellFace const& face : mesh.partition) add(face.other, mesh.Centre(face.other));
 
   ASSERT_EQ(expected.size(), calls.boxes.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {

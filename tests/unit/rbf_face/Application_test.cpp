@@ -50,28 +50,28 @@ struct Application {
 
 TEST(FaceApplication, WithoutFacesReturns0AndWritesNothing) {
   FaceBed fresh(TwoCubes());
-  const Array before(4, -7.5);
+  Array const before(4, -7.5);
   Array phi(12, 1.0), outputs[4] = {before, before, before, before};
   EXPECT_EQ(0, fresh.object.Multiply_FaceRBFCoefficent(phi.Data(), outputs[0].Data(), outputs[1].Data(),
                                                        outputs[2].Data(), outputs[3].Data()));
-  for (const Array& output : outputs) EXPECT_TRUE(output.IdenticalTo(before));
+  for (Array const& output : outputs) EXPECT_TRUE(output.IdenticalTo(before));
   EXPECT_EQ(0, fresh.object.Multiply_FaceRBFCoefficent(nullptr, nullptr, nullptr, nullptr, nullptr));
 }
 
 TEST(FaceApplication, AfterASetUpOfAGroupWithoutFacesWritesNothing) {
-  const std::vector<double> lines = {0.0, 1.0, 2.0};
+  std::vector<double> const lines = {0.0, 1.0, 2.0};
   FaceBed bed(BoxPlan(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall}));
   bed.SetUp(kInlet);
   EXPECT_EQ(0, bed.object.Multiply_FaceRBFCoefficent(nullptr, nullptr, nullptr, nullptr, nullptr));
 }
 
 TEST(FaceApplication, StaysWithinElements1ToNFaceAndLeavesTheField) {
-  for (const int method : {1, 2, 3, 4}) {
+  for (int const method : {1, 2, 3, 4}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(kInner, {method, 50.0, 8});
     Application application(bed, 0.0);
     application.Random();
-    const Array before = application.phi;
+    Array const before = application.phi;
     application.Run();
     EXPECT_TRUE(application.GuardsIntact()) << method;
     EXPECT_TRUE(application.phi.IdenticalTo(before)) << method;
@@ -86,7 +86,7 @@ TEST(FaceApplication, ClearsThreeOutputs) {
   Application application(bed, 0.0);
   application.Random().Run();
   for (int i = 1; i <= bed.object.NFace; ++i) {
-    for (const Array* const output : {&application.a, &application.b, &application.c})
+    for (Array const* const output : {&application.a, &application.b, &application.c})
       EXPECT_TRUE(SameBits(0.0, (*output)[i]));
     EXPECT_NE(0.0, application.face[i]);
   }
@@ -102,14 +102,14 @@ TEST(FaceApplication, OneArrayForAllOutputsEndsAsZeros) {
 }
 
 TEST(FaceApplication, IsTheSumOverTheStencilInItsOrder) {
-  for (const int method : {1, 2, 3, 4}) {
-    for (const Group group : kGroups) {
+  for (int const method : {1, 2, 3, 4}) {
+    for (Group const group : kGroups) {
       FaceBed bed(SkewedCubesOfAllGroups());
       bed.SetUp(group, {method, 50.0, 8});
       Application application(bed, 0.0);
       application.Random().Run();
       for (int i = 1; i <= bed.object.NFace; ++i) {
-        const int* const row = bed.object.m_ppFaceCellConn[i];
+        int const* const row = bed.object.m_ppFaceCellConn[i];
         double v = 0.0;
         for (int j = 1; j <= row[0]; ++j) v += application.phi[row[j]] * bed.object.m_ppFaceFiCoef[i][j];
         EXPECT_TRUE(SameBits(v, application.face[i])) << method << " " << group << " " << i;
@@ -139,8 +139,8 @@ TEST(FaceApplication, SumsInStencilOrderFromZeroOn) {
 TEST(FaceApplication, ClearsItsOutputsBeforeItReads) {
   FaceBed bed(SkewedCubesOfAllGroups());
   bed.SetUp(kInner, {3, 50.0, 8});
-  const int nCell = bed.host.NCell(), nFace = bed.object.NFace;
-  for (const int which : {1, 2, 3, 4}) {
+  int const nCell = bed.host.NCell(), nFace = bed.object.NFace;
+  for (int const which : {1, 2, 3, 4}) {
     Array shared(nCell, 0.0), other1(nFace), other2(nFace), other3(nFace);
     for (int c = 1; c <= nFace; ++c) shared[c] = 1.0;  // gone before it is read
     double* outputs[5] = {nullptr, other1.Data(), other1.Data(), other2.Data(), other3.Data()};
@@ -158,7 +158,7 @@ TEST(FaceApplication, ReadsNeitherElement0NorSlopesNorNormals) {
   bed.SetUp(kInner, {3, 50.0, 8});
   Application before(bed, 0.0), after(bed, 0.0);
   before.Random().Run();
-  const double spoilt = gradient_test::GuardValue<double>();
+  double const spoilt = gradient_test::GuardValue<double>();
   for (int i = 1; i <= bed.object.NFace; ++i) {
     bed.object.m_ppFaceFiCoef[i][0] = spoilt;
     for (int k = 0; k <= bed.object.m_ppFaceCellConn[i][0]; ++k) {
@@ -186,7 +186,7 @@ TEST(FaceApplication, LeavesOutTheWeightsOfADroppedTwin) {
 }
 
 TEST(FaceApplication, OfTheField1IsTheSumThatTheReportTested) {
-  for (const int method : {1, 2, 3, 4}) {
+  for (int const method : {1, 2, 3, 4}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(kInner, {method, 50.0, 8});
     Application application(bed, 1.0);
@@ -194,7 +194,7 @@ TEST(FaceApplication, OfTheField1IsTheSumThatTheReportTested) {
     double largest = 0.0;
     int worst = 0;
     for (int i = 1; i <= bed.object.NFace; ++i) {
-      const double error = std::fabs(1.0 - application.face[i]);
+      double const error = std::fabs(1.0 - application.face[i]);
       if (error > largest) largest = error, worst = i;
     }
     EXPECT_TRUE(SameBits(largest, bed.object.fiMAX)) << method;
@@ -204,10 +204,10 @@ TEST(FaceApplication, OfTheField1IsTheSumThatTheReportTested) {
 }
 
 TEST(FaceApplication, OfMethod4OnBoundaryFacesIs0WhateverTheField) {
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(group);
-    for (const bool random : {false, true}) {
+    for (bool const random : {false, true}) {
       Application application(bed, 1e6);
       if (random) application.Random();
       application.Run();
@@ -225,7 +225,7 @@ TEST(FaceApplication, OfMethod4OnPartitionFacesIsTheHaloCellsOwnValue) {
     Application application(*bed, 0.0);
     application.Random().Run();
     for (int i = 1; i <= bed->object.NFace; ++i) {
-      const int halo = bed->host.Plan().Of(kPartition)[static_cast<std::size_t>(i - 1)].other;
+      int const halo = bed->host.Plan().Of(kPartition)[static_cast<std::size_t>(i - 1)].other;
       EXPECT_NEAR(application.phi[halo], application.face[i], bed == &narrow ? 1e-10 : 1e-5) << i;
     }
   }
@@ -234,7 +234,7 @@ TEST(FaceApplication, OfMethod4OnPartitionFacesIsTheHaloCellsOwnValue) {
 TEST(FaceApplication, TakesGhostAndHaloCellsAsTheyStand) {
   FaceBed bed(SkewedCubesOfAllGroups());
   bed.SetUp(kInner, {3, 50.0, 8});
-  const int first = bed.host.mesh.NInnerCells + 1;
+  int const first = bed.host.mesh.NInnerCells + 1;
   Application without(bed, 1.0), with(bed, 1.0);
   for (int c = first; c <= bed.host.NCell(); ++c) with.phi[c] = 1e6;
   without.Run();
@@ -257,7 +257,7 @@ TEST(FaceApplication, AllocatesNothing) {
   FaceBed bed(SkewedCubesOfAllGroups());
   bed.SetUp(kInner, {3, 50.0, 8});
   Application application(bed, 1.0);
-  const long before = gradient_test::Allocations();
+  long const before = gradient_test::Allocations();
   bed.object.Multiply_FaceRBFCoefficent(application.phi.Data(), application.face.Data(), application.a.Data(),
                                         application.b.Data(), application.c.Data());
   EXPECT_EQ(before, gradient_test::Allocations());

@@ -21,18 +21,18 @@ using Row = std::vector<int>;
 // Both kernels and the first one's slope over its argument, with extended precision and powers of the library, as
 // functions of the distance and the support radius c.
 long double C4(long double r, long double c) {
-  const long double s = r / c;
+  long double const s = r / c;
   return std::pow(1.0L - s, 6.0L) * (35.0L * s * s + 18.0L * s + 3.0L);
 }
 
 /// d kernel / d d_a = this times d_a.
 long double C4SlopeFactor(long double r, long double c) {
-  const long double s = r / c;
+  long double const s = r / c;
   return -56.0L * std::pow(1.0L - s, 5.0L) * (5.0L * s + 1.0L) / (c * c);
 }
 
 long double C2(long double r, long double c) {
-  const long double s = r / c;
+  long double const s = r / c;
   return std::pow(1.0L - s, 4.0L) * (4.0L * s + 1.0L);
 }
 
@@ -43,13 +43,13 @@ constexpr double kRoundOff = 1e-13;
 /// Sets up to the coefficients of a method; `change` may alter the stencils before they are used.
 struct Derived {
   template <typename Change>
-  Derived(const MeshPlan& plan, int faceType, const PlainSettings& settings, Change change)
+  Derived(MeshPlan const& plan, int faceType, PlainSettings const& settings, Change change)
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FindStencils();
     change(bed.object);
     stages.Derive();
   }
-  Derived(const MeshPlan& plan, int faceType, const PlainSettings& settings)
+  Derived(MeshPlan const& plan, int faceType, PlainSettings const& settings)
       : Derived(plan, faceType, settings, [](CZynFaceRBFInternalObject&) {}) {}
   CZynFaceRBFInternalObject* operator->() { return &bed.object; }
 
@@ -71,13 +71,13 @@ struct Derived {
 // of the kernel around the first cell at +r. There is no slope along y and z.
 TEST(FaceCoefficients, OfTwoCellsAtEqualDistanceAreTheClosedForm) {
   Derived o(CubesOfAllGroups(), kInner, {2, kSpan, 2});
-  const int i = 9;
+  int const i = 9;
   ASSERT_EQ(0.5, o->m_pFaceSupport[i]);
-  const long double r = 0.5L, c = 2.0L * r;
-  const double w = static_cast<double>(C4(r, c) / (C4(0, c) + C4(2 * r, c)));
-  const double g = static_cast<double>(C4SlopeFactor(r, c) * r / (C4(0, c) - C4(2 * r, c)));
-  const int low = o.PositionOf(i, 13), high = o.PositionOf(i, 14);
-  for (const int k : {low, high}) {
+  long double const r = 0.5L, c = 2.0L * r;
+  double const w = static_cast<double>(C4(r, c) / (C4(0, c) + C4(2 * r, c)));
+  double const g = static_cast<double>(C4SlopeFactor(r, c) * r / (C4(0, c) - C4(2 * r, c)));
+  int const low = o.PositionOf(i, 13), high = o.PositionOf(i, 14);
+  for (int const k : {low, high}) {
     EXPECT_NEAR(w, o->m_ppFaceFiCoef[i][k], kRoundOff);
     EXPECT_NEAR(k == low ? g : -g, o->m_ppFaceGradCoef[i][k].x, kRoundOff);
     EXPECT_NEAR(0.0, o->m_ppFaceGradCoef[i][k].y, kRoundOff);
@@ -90,11 +90,11 @@ TEST(FaceCoefficients, OfTwoCellsAtEqualDistanceAreTheClosedForm) {
 // One cell at distance r from the face: w = kernel(r) / kernel(0).
 TEST(FaceCoefficients, OfOneCellAreTheClosedForm) {
   Derived o(CubesOfAllGroups(), kInner, {2, kSpan, 1});
-  const int i = 9;
+  int const i = 9;
   ASSERT_EQ(1, o->m_ppFaceCellConn[i][0]);
-  const long double r = 0.5L, c = 1.0L;
+  long double const r = 0.5L, c = 1.0L;
   EXPECT_NEAR(static_cast<double>(C4(r, c) / C4(0, c)), o->m_ppFaceFiCoef[i][1], kRoundOff);
-  const double sign = o->m_ppFaceCellConn[i][1] == 13 ? 1.0 : -1.0;  // which side of the face it is on
+  double const sign = o->m_ppFaceCellConn[i][1] == 13 ? 1.0 : -1.0;  // which side of the face it is on
   EXPECT_NEAR(sign * static_cast<double>(C4SlopeFactor(r, c) * r / C4(0, c)), o->m_ppFaceGradCoef[i][1].x,
               kRoundOff);
 }
@@ -105,8 +105,8 @@ TEST(FaceCoefficients, AreThoseOfTheStencilAndSupportAsTheyStand) {
     object.m_ppFaceCellConn[9][2] = 13;
     object.m_pFaceSupport[9] = 1.5;
   });
-  const long double r = 0.5L, c = 3.0L;
-  const double w = static_cast<double>(C4(r, c) / (C4(0, c) + C4(2 * r, c)));
+  long double const r = 0.5L, c = 3.0L;
+  double const w = static_cast<double>(C4(r, c) / (C4(0, c) + C4(2 * r, c)));
   EXPECT_NEAR(w, o->m_ppFaceFiCoef[9][1], kRoundOff);
   EXPECT_GT(o->m_ppFaceGradCoef[9][1].x, 0.0) << "position 1 is the upper cell now";
 }
@@ -119,7 +119,7 @@ TEST(FaceCoefficients, OfAnEmptyStencilAreNone) {
 }
 
 TEST(FaceCoefficients, OfMethods1And2CountNoFaceAsDone) {
-  for (const int method : {1, 2}) {
+  for (int const method : {1, 2}) {
     Derived o(SkewedCubesOfAllGroups(), kInner, {method, 50.0, 8});
     EXPECT_EQ(0, o->NFaceDone);
     EXPECT_GT(o->fiRMS, 0.0);
@@ -130,7 +130,7 @@ TEST(FaceCoefficients, OfMethods1And2CountNoFaceAsDone) {
 TEST(FaceCoefficients, OfCellsAtOnePointAreStoredAsTheSolveLeavesThem) {
   MeshPlan plan = CubesOfAllGroups();
   plan.centres[13] = plan.centres[14];
-  for (const int method : {1, 2}) {
+  for (int const method : {1, 2}) {
     FaceBed bed(plan);
     EXPECT_EQ("", bed.SetUp(kInner, {method, 100.0, 6}));
     PlainFaceOperator plain = bed.Plain(kInner, {method, 100.0, 6});
@@ -145,7 +145,7 @@ TEST(FaceCoefficients, OfCellsAtOnePointAreStoredAsTheSolveLeavesThem) {
 /// The two cubes with nothing but the cells 1 and 2 around the vertices of their common face, and no boundary.
 MeshPlan TwoCubesAlone() {
   MeshPlan plan = TwoCubes();
-  for (const Group group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) plan.Of(group).clear();
+  for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) plan.Of(group).clear();
   plan.centres.resize(3);
   for (auto& faces : plan.cellFaces)
     if (!faces.empty()) faces = {{kInner, 1}};
@@ -160,21 +160,21 @@ MeshPlan TwoCubesAlone() {
 // and slopes along x are those of the two cells alone. A vertex has the two cells around it, both l away, its own
 // support being 2 l: u (k'(0) + k'(1)) = k'(l). Both cells end with the value a + 4 b u.
 struct SymmetricFace {
-  const long double l = std::sqrt(0.75L), d = std::sqrt(2.0L), h = std::sqrt(0.5L), c = kSpan * h;
-  const long double k0 = C4(0, c), k1 = C4(1, c), kl = C4(l, c), kd = C4(d, c);
-  const long double rhsCell = C4(0.5L, c), rhsVertex = C4(h, c);
-  const long double det = (k0 + k1) * (k0 + 2 * k1 + kd) - 8 * kl * kl;
-  const long double a = (rhsCell * (k0 + 2 * k1 + kd) - 4 * kl * rhsVertex) / det;
-  const long double b = ((k0 + k1) * rhsVertex - 2 * kl * rhsCell) / det;
-  const long double u = C4(l, kSpan* l) / (C4(0, kSpan* l) + C4(1, kSpan* l));
-  const long double slope = C4SlopeFactor(0.5L, c) * 0.5L / (k0 - k1);
+  long double const l = std::sqrt(0.75L), d = std::sqrt(2.0L), h = std::sqrt(0.5L), c = kSpan * h;
+  long double const k0 = C4(0, c), k1 = C4(1, c), kl = C4(l, c), kd = C4(d, c);
+  long double const rhsCell = C4(0.5L, c), rhsVertex = C4(h, c);
+  long double const det = (k0 + k1) * (k0 + 2 * k1 + kd) - 8 * kl * kl;
+  long double const a = (rhsCell * (k0 + 2 * k1 + kd) - 4 * kl * rhsVertex) / det;
+  long double const b = ((k0 + k1) * rhsVertex - 2 * kl * rhsCell) / det;
+  long double const u = C4(l, kSpan* l) / (C4(0, kSpan* l) + C4(1, kSpan* l));
+  long double const slope = C4SlopeFactor(0.5L, c) * 0.5L / (k0 - k1);
 };
 
 TEST(FaceCoefficientsOverVertices, OfASymmetricFaceAreTheClosedForm) {
   Derived o(TwoCubesAlone(), kInner, {3, kSpan, 20});
   ASSERT_EQ((Row{1, 2}), RowOf(o->m_ppFaceCellConn[1]));
-  const SymmetricFace f;
-  for (const int k : {1, 2}) {
+  SymmetricFace const f;
+  for (int const k : {1, 2}) {
     EXPECT_NEAR(static_cast<double>(f.a + 4 * f.b * f.u), o->m_ppFaceFiCoef[1][k], kRoundOff);
     EXPECT_NEAR(static_cast<double>(k == 1 ? f.slope : -f.slope), o->m_ppFaceGradCoef[1][k].x, kRoundOff);
     EXPECT_NEAR(0.0, o->m_ppFaceGradCoef[1][k].y, kRoundOff);
@@ -190,7 +190,7 @@ TEST(FaceCoefficientsOverVertices, AddTheVerticesToWhatTheRowsHold) {
     object.m_ppFaceFiCoef[1][2] = 100.0;
     object.m_ppFaceGradCoef[1][1].SetData(200.0, 300.0, 400.0, 7);
   });
-  const SymmetricFace f;
+  SymmetricFace const f;
   EXPECT_NEAR(100.0 + static_cast<double>(f.a + 4 * f.b * f.u), o->m_ppFaceFiCoef[1][2], 1e-11);
   EXPECT_NEAR(200.0 + static_cast<double>(f.slope), o->m_ppFaceGradCoef[1][1].x, 1e-11);
   EXPECT_EQ(7, o->m_ppFaceGradCoef[1][1].tag);
@@ -198,7 +198,7 @@ TEST(FaceCoefficientsOverVertices, AddTheVerticesToWhatTheRowsHold) {
 
 TEST(VertexCoefficients, OfTwoCellsAtEqualDistanceAreTheClosedForm) {
   Derived o(TwoCubesAlone(), kInner, {3, kSpan, 20});
-  const SymmetricFace f;
+  SymmetricFace const f;
   double out[] = {-7.5, -7.5, -7.5, -7.5};
   EXPECT_EQ(1, o->DeriveFacefiBysolveDQfullMatrix_03(2, out));
   EXPECT_EQ(-7.5, out[0]);
@@ -212,7 +212,7 @@ TEST(VertexCoefficients, RaiseTheLargestErrorOfTheirSumStrictly) {
   o->MAXerr = 0.0;
   o->MAXerrNodeID = 0;
   double out[3] = {};
-  for (const int v : {5, 2, 8, 11}) o->DeriveFacefiBysolveDQfullMatrix_03(v, out);
+  for (int const v : {5, 2, 8, 11}) o->DeriveFacefiBysolveDQfullMatrix_03(v, out);
   EXPECT_TRUE(SameBits(std::fabs(out[1] + out[2] - 1.0), o->MAXerr));
   EXPECT_EQ(5, o->MAXerrNodeID) << "the later ones have the same error";
   o->MAXerr = 2.0;
@@ -222,7 +222,7 @@ TEST(VertexCoefficients, RaiseTheLargestErrorOfTheirSumStrictly) {
 }
 
 TEST(VertexCoefficients, OfASharedVertexAreTheSameForEveryFace) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Derived o(plan, kInner, {3, 50.0, 20});
   PlainFaceOperator plain = o.bed.Plain(kInner, {3, 50.0, 20});
   plain.Collate();
@@ -230,7 +230,7 @@ TEST(VertexCoefficients, OfASharedVertexAreTheSameForEveryFace) {
     std::vector<double> once(100), again(100);
     o->DeriveFacefiBysolveDQfullMatrix_03(v, once.data());
     o->DeriveFacefiBysolveDQfullMatrix_03(v, again.data());
-    const std::vector<double> expected = plain.VertexWeights(v);
+    std::vector<double> const expected = plain.VertexWeights(v);
     for (std::size_t k = 0; k < expected.size(); ++k) {
       EXPECT_TRUE(SameBits(expected[k], once[k + 1])) << v;
       EXPECT_TRUE(SameBits(expected[k], again[k + 1])) << v;
@@ -240,7 +240,7 @@ TEST(VertexCoefficients, OfASharedVertexAreTheSameForEveryFace) {
 
 TEST(VertexCoefficients, FollowASpanThatIsChangedBetweenTwoCalls) {
   Derived o(TwoCubesAlone(), kInner, {3, kSpan, 20});
-  const long double l = std::sqrt(0.75L), c = 5.0L * l;
+  long double const l = std::sqrt(0.75L), c = 5.0L * l;
   o->Span = 5.0;
   double out[3] = {};
   o->DeriveFacefiBysolveDQfullMatrix_03(2, out);
@@ -248,7 +248,7 @@ TEST(VertexCoefficients, FollowASpanThatIsChangedBetweenTwoCalls) {
 }
 
 TEST(FaceCoefficientsOverVertices, TakeTheWorstVertexAsIfEachWereSolvedForEachFace) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     Derived o(SkewedCubesOfAllGroups(), group, {3, 50.0, 20});
     PlainFaceOperator plain = o.bed.Plain(group, {3, 50.0, 20});
     plain.Run();
@@ -270,17 +270,17 @@ MeshPlan SkewPair() {
 
 struct SkewWeights {
   // Nodes X1, X2 apart by m; E is m1 from the first and m2 from the second, its support being m1.
-  const long double m = std::sqrt(1.0625L), m1 = 1.0L, m2 = 0.25L, c = kSpan * m1;
-  const long double p = C2(m, c), det = 1 - p * p;
-  const long double e1 = (C2(m1, c) - p * C2(m2, c)) / det;
-  const long double e2 = (C2(m2, c) - p * C2(m1, c)) / det;
+  long double const m = std::sqrt(1.0625L), m1 = 1.0L, m2 = 0.25L, c = kSpan * m1;
+  long double const p = C2(m, c), det = 1 - p * p;
+  long double const e1 = (C2(m1, c) - p * C2(m2, c)) / det;
+  long double const e2 = (C2(m2, c) - p * C2(m1, c)) / det;
 };
 
 TEST(FaceCoefficientsOverVirtualPoints, OfTwoCellsAreTheClosedForm) {
   Derived o(SkewPair(), kInner, {4, kSpan, 20});
   ASSERT_EQ((Row{1, 2}), RowOf(o->m_ppFaceCellConn[1]));
   ASSERT_EQ((std::vector<Row>{{1, 2}, {2, 1}}), RowsOf(o->m_pFaceRows[1]));
-  const SkewWeights s;
+  SkewWeights const s;
   // The weights of P are 1 and 0.
   EXPECT_NEAR(static_cast<double>(0.375L + 0.625L * s.e1), o->m_ppFaceFiCoef[1][1], kRoundOff);
   EXPECT_NEAR(static_cast<double>(0.625L * s.e2), o->m_ppFaceFiCoef[1][2], kRoundOff);
@@ -301,7 +301,7 @@ TEST(FaceCoefficientsOverVirtualPoints, AreDividedByTheDistanceOfPAndE) {
   EXPECT_NEAR(0.375, o->m_ppFaceFiCoef[1][2], kRoundOff);
 }
 
-double SumOfValues(const CZynFaceRBFInternalObject& object, int i) {
+double SumOfValues(CZynFaceRBFInternalObject const& object, int i) {
   double sum = 0.0;
   for (int k = 1; k <= object.m_ppFaceCellConn[i][0]; ++k) sum += object.m_ppFaceFiCoef[i][k];
   return sum;
@@ -309,11 +309,11 @@ double SumOfValues(const CZynFaceRBFInternalObject& object, int i) {
 
 // P = (-1/2, 0, 0), E = (1/2, 0, 0), both cells' centres: the weights of P and E sum to 1 but for round-off.
 TEST(FaceCoefficientsOverVirtualPoints, SumToTheDistancesToPAndEOverTheirDistance) {
-  for (const double x : {0.0, 0.25, -0.5, 0.75, -2.0}) {
+  for (double const x : {0.0, 0.25, -0.5, 0.75, -2.0}) {
     MeshPlan plan = TwoCubesAlone();
     plan.Of(kInner)[0].centre.x = x;
     Derived o(plan, kInner, {4, kSpan, 20});
-    const double expected = std::fabs(x - 0.5) + std::fabs(x + 0.5);
+    double const expected = std::fabs(x - 0.5) + std::fabs(x + 0.5);
     EXPECT_NEAR(expected, SumOfValues(o.bed.object, 1), 1e-12) << x;
     if (std::fabs(x) <= 0.5) {
       EXPECT_EQ(1.0, expected);
@@ -333,8 +333,8 @@ TEST(FaceCoefficientsOverVirtualPoints, NeedNotSumTo1) {
 // A member is at most the support length from its virtual point, so two are at most twice that apart: divided by the
 // span of 1000, every argument is near 0, far from the kernel's edge at 1.
 TEST(FaceCoefficientsOverVirtualPoints, HaveKernelArgumentsNear0AtTheStandardSpan) {
-  for (const Group group : kGroups) {
-    const PlainSettings standard = {4, 1000.0, 20};
+  for (Group const group : kGroups) {
+    PlainSettings const standard = {4, 1000.0, 20};
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(group, standard);
     PlainFaceOperator plain = bed.Plain(group, standard);
@@ -348,19 +348,19 @@ TEST(FaceCoefficientsOverVirtualPoints, HaveKernelArgumentsNear0AtTheStandardSpa
 // The feet of the cells on a line without a direction are nowhere, and so is what is interpolated there. The search
 // around them ends, and the faces beside it have the rows that they have on the sound mesh.
 TEST(FaceCoefficientsOverVirtualPoints, OfAFaceWithoutAreaAreNoNumbersAndDoNoHarmBesideIt) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     MeshPlan plan = SkewedCubesOfAllGroups();
     Derived sound(plan, group, {});
     plan.Of(group)[4].area = {0.0, 0.0, 0.0};
     Derived spoilt(plan, group, {});
-    const IBCnode* const points = spoilt->m_ppVirtualNode[5];
-    const bool hasTwoFeet = group == kInner || group == kPartition;
+    IBCnode const* const points = spoilt->m_ppVirtualNode[5];
+    bool const hasTwoFeet = group == kInner || group == kPartition;
     EXPECT_TRUE(std::isnan(points[1].x) && std::isnan(points[1].y) && std::isnan(points[1].z)) << group;
     EXPECT_EQ(hasTwoFeet, std::isnan(points[2].x) && std::isnan(points[2].y) && std::isnan(points[2].z))
         << group;
 
-    const Face& face = plan.Of(group)[4];
-    const Row members = RowOf(spoilt->m_ppFaceCellConn[5]);
+    Face const& face = plan.Of(group)[4];
+    Row const members = RowOf(spoilt->m_ppFaceCellConn[5]);
     ASSERT_GE(members.size(), 2U) << group;
     EXPECT_EQ((Row{face.cv, face.other}), Row(members.begin(), members.begin() + 2)) << group;
     ASSERT_TRUE(std::isnan(SumOfValues(spoilt.bed.object, 5))) << group;
@@ -377,8 +377,8 @@ TEST(FaceCoefficientsOverVirtualPoints, OfAFaceWithoutAreaAreNoNumbersAndDoNoHar
 }
 
 TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesGiveTheValueRowsOfZeros) {
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
-    for (const double span : {1000.0, kSpan}) {
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
+    for (double const span : {1000.0, kSpan}) {
       Derived o(SkewedCubesOfAllGroups(), group, {4, span, 20});
       for (int i = 1; i <= o->NFace; ++i)
         for (int k = 0; k <= o->m_ppFaceCellConn[i][0]; ++k)
@@ -390,7 +390,7 @@ TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesGiveTheValueRowsOfZeros) 
 // Unit cubes: P is the cell's centre, half a unit from the side. Its own weight is 1, and the side cell at position
 // 2 takes the whole value of E.
 TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesGiveTheNormalDifference) {
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     Derived o(CubesOfAllGroups(), group, {4, kSpan, 20});
     for (int i = 1; i <= o->NFace; ++i) {
       EXPECT_NEAR(-2.0, o->m_ppFaceDnCoef[i][1], 1e-11) << group << " " << i;
@@ -402,7 +402,7 @@ TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesGiveTheNormalDifference) 
 }
 
 TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesDoNotReadTheRowOfE) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Derived asItIs(plan, kWall, {4, kSpan, 20});
   Derived spoilt(plan, kWall, {4, kSpan, 20}, [](CZynFaceRBFInternalObject& object) {
     for (int i = 1; i <= object.NFace; ++i)
@@ -472,7 +472,7 @@ TEST(FaceCoefficientsOverVirtualPoints, PutTheWeightOfPosition0IntoTheUnusedElem
 
 TEST(VirtualPointCoefficients, OfCellsAreTheClosedForm) {
   Derived o(SkewPair(), kInner, {4, kSpan, 20});
-  const SkewWeights s;
+  SkewWeights const s;
   double out[] = {-7.5, -7.5, -7.5, -7.5};
   EXPECT_EQ(1, o->DeriveFacefiBysolveDQfullMatrix_Virtual03(false, 1, 2, out));
   EXPECT_EQ(-7.5, out[0]);
@@ -484,13 +484,13 @@ TEST(VirtualPointCoefficients, OfCellsAreTheClosedForm) {
 // The cell's two vertices at (0, +-1/2, 0) around P = (0, 0, 0): (1 + psi(1)) w = psi(1/2), with the support 1/2.
 TEST(VirtualPointCoefficients, OfVerticesAreTheClosedForm) {
   MeshPlan plan = TwoCubesAlone();
-  const int low = plan.AddNode({0.0, -0.5, 0.0}), high = plan.AddNode({0.0, 0.5, 0.0});
+  int const low = plan.AddNode({0.0, -0.5, 0.0}), high = plan.AddNode({0.0, 0.5, 0.0});
   plan.cellNodes[1] = {low, high};
   Derived o(plan, kInner, {4, kSpan, 20});
   o->m_ppVirtualNode[1][1].SetData(0.0, 0.0, 0.0, 1);
   double out[] = {-7.5, -7.5, -7.5, -7.5};
   EXPECT_EQ(1, o->DeriveFacefiBysolveDQfullMatrix_Virtual03(true, 1, 1, out));
-  const double w = static_cast<double>(C2(0.5L, 1.0L) / (1.0L + C2(1.0L, 1.0L)));
+  double const w = static_cast<double>(C2(0.5L, 1.0L) / (1.0L + C2(1.0L, 1.0L)));
   EXPECT_NEAR(w, out[1], kRoundOff);
   EXPECT_NEAR(w, out[2], kRoundOff);
   EXPECT_EQ(-7.5, out[0]);
@@ -500,8 +500,8 @@ TEST(VirtualPointCoefficients, OfVerticesAreTheClosedForm) {
 // --------------------------------------------------------------------------------- routines that no set-up takes
 
 TEST(FaceCoefficientsOfThePair, ChangeNoTable) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
-  for (const int method : {3, 4}) {
+  MeshPlan const plan = SkewedCubesOfAllGroups();
+  for (int const method : {3, 4}) {
     Derived o(plan, kInner, {method, 50.0, 20});
     PlainFaceOperator plain = o.bed.Plain(kInner, {method, 50.0, 20});
     plain.Run();
@@ -515,7 +515,7 @@ TEST(FaceCoefficientsOfThePair, ChangeNoTable) {
 
 /// An operator whose face i has the rows that the vertices of both tied cells give.
 struct OverTiedVertices {
-  OverTiedVertices(const MeshPlan& plan, int faceType, double span)
+  OverTiedVertices(MeshPlan const& plan, int faceType, double span)
       : bed(plan),
         settings{3, span, 20},
         stages(bed.object, faceType, settings),
@@ -525,15 +525,15 @@ struct OverTiedVertices {
     plain.FillTree();
   }
   void Prepare(int i) {
-    const Face& face =
+    Face const& face =
         bed.host.Plan().Of(static_cast<Group>(bed.object.iFaceType))[static_cast<std::size_t>(i - 1)];
     int pair[] = {face.cv, face.other};
     bed.object.Set_VirtualNode_Coord_and_ClosestCellID(bed.object.iFaceType, i, pair, face.area.x,
                                                        face.area.y, face.area.z);
     plain.PlaceVirtualPoints(i, {pair[0], pair[1]}, face.area);
     std::vector<int> vertices;
-    for (const int k : {1, 2}) {
-      const Row row = RowOf(bed.object.m_ppRBFlnods[bed.object.m_ppVirtualNode[i][k].tag]);
+    for (int const k : {1, 2}) {
+      Row const row = RowOf(bed.object.m_ppRBFlnods[bed.object.m_ppVirtualNode[i][k].tag]);
       vertices.insert(vertices.end(), row.begin(), row.end());
     }
     plain.StencilFromVertices(i, {pair[0], pair[1]}, vertices);
@@ -549,7 +549,7 @@ struct OverTiedVertices {
 };
 
 TEST(FaceCoefficientsOverTiedVertices, EqualThePlainFormForEveryGroup) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     OverTiedVertices o(SkewedCubesOfAllGroups(), group, 50.0);
     for (int i = 1; i <= o->NFace; ++i) {
       o.Prepare(i);
@@ -565,7 +565,7 @@ TEST(FaceCoefficientsOverTiedVertices, EqualThePlainFormForEveryGroup) {
 /// Cells 1 and 2, each with one vertex of its own, around which stands the other cell too.
 MeshPlan OneVertexACell() {
   MeshPlan plan = SkewPair();
-  const int first = plan.AddNode({-0.5, 0.5, 0.0}), second = plan.AddNode({0.5, -1.0, 0.0});
+  int const first = plan.AddNode({-0.5, 0.5, 0.0}), second = plan.AddNode({0.5, -1.0, 0.0});
   plan.cellNodes[1] = {first};
   plan.cellNodes[2] = {second};
   plan.nodeCells[static_cast<std::size_t>(first)] = {1, 2};
@@ -583,7 +583,7 @@ TEST(FaceCoefficientsOverTiedVertices, LeaveTheCellsWeightsOutOfTheValue) {
   double ofP[3] = {}, ofE[3] = {};
   o->DeriveFacefiBysolveDQfullMatrix_03(o->m_ppRBFlnods[1][1], ofP);
   o->DeriveFacefiBysolveDQfullMatrix_03(o->m_ppRBFlnods[2][1], ofE);
-  for (const int k : {1, 2}) {
+  for (int const k : {1, 2}) {
     EXPECT_NEAR(2 * 0.1875 * 0.625, o->m_ppFaceFiCoef[1][k], kRoundOff);
     EXPECT_NEAR(0.1875 * (ofP[k] - ofE[k]), o->m_ppFaceDnCoef[1][k], kRoundOff);
   }
@@ -602,9 +602,9 @@ TEST(FaceCoefficientsOverTiedVertices, TakeTheSideCellAloneBeyondABoundaryFace) 
     double ofP = 0.0;
     double w[20] = {}, u[100] = {};
     o->DeriveFacefiBysolveDQfullMatrix_Virtual03(true, i, 1, w);
-    const int cell = o->m_ppVirtualNode[i][1].tag;
+    int const cell = o->m_ppVirtualNode[i][1].tag;
     for (int j = 1; j <= o->m_ppRBFlnods[cell][0]; ++j) {
-      const int v = o->m_ppRBFlnods[cell][j];
+      int const v = o->m_ppRBFlnods[cell][j];
       o->DeriveFacefiBysolveDQfullMatrix_03(v, u);
       for (int m = 1; m <= o->ppRBFiNodeConn[v][0]; ++m) ofP += w[j] * 2.0 * u[m];
     }

@@ -17,7 +17,7 @@ using rbf_cell_test::SameBits;
 
 /// An operator whose cells are in the tree.
 struct Collated {
-  explicit Collated(const MeshPlan& plan, int faceType = kInner, const PlainSettings& settings = {})
+  explicit Collated(MeshPlan const& plan, int faceType = kInner, PlainSettings const& settings = {})
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FillTree();
   }
@@ -43,17 +43,17 @@ TEST(FaceCollation, InteriorCellsStandAtTheirCentres) {
 }
 
 TEST(FaceCollation, BoundarySideCellsStandAtTheirFaceCentres) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry})
-    for (const Face& face : plan.Of(group)) EXPECT_TRUE(StandsAt(o, face.other, face.centre, group));
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry})
+    for (Face const& face : plan.Of(group)) EXPECT_TRUE(StandsAt(o, face.other, face.centre, group));
 }
 
 TEST(FaceCollation, HaloCellsStandAtTheirOwnCentres) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
-  for (const Face& face : plan.Of(kPartition)) {
-    const Point centre = plan.centres[static_cast<std::size_t>(face.other)];
+  for (Face const& face : plan.Of(kPartition)) {
+    Point const centre = plan.centres[static_cast<std::size_t>(face.other)];
     EXPECT_TRUE(StandsAt(o, face.other, centre, kPartition));
     EXPECT_NE(face.centre.y, centre.y);
   }
@@ -61,7 +61,7 @@ TEST(FaceCollation, HaloCellsStandAtTheirOwnCentres) {
 
 TEST(FaceCollation, CellThatNoFaceNamesStaysAtTheOriginWithKind0) {
   MeshPlan plan = TwoCubes();
-  const int lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
+  int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   Collated o(plan);
   EXPECT_TRUE(SamePoint("point", {0.0, 0.0, 0.0}, o->m_pNodeTable[lonely]));
   EXPECT_EQ(0, o->m_pCellType[lonely]);
@@ -69,7 +69,7 @@ TEST(FaceCollation, CellThatNoFaceNamesStaysAtTheOriginWithKind0) {
 
 TEST(FaceCollation, CellOfSeveralFacesTakesTheLastOfThePasses) {
   MeshPlan plan = TwoCubes();
-  const int ghost = plan.Of(kOutlet)[0].other;
+  int const ghost = plan.Of(kOutlet)[0].other;
   plan.Of(kWall)[0].other = ghost;      // walls come before outlets,
   plan.Of(kSymmetry)[0].other = ghost;  // symmetry comes last
   Collated o(plan);
@@ -79,12 +79,12 @@ TEST(FaceCollation, CellOfSeveralFacesTakesTheLastOfThePasses) {
 TEST(FaceCollation, HaloCellOfTwoPartitionFacesKeepsItsPointAndMarksTheVerticesOfBoth) {
   MeshPlan plan = TwoCubes();
   ASSERT_EQ(2U, plan.Of(kPartition).size());
-  const int halo = plan.Of(kPartition)[0].other;
+  int const halo = plan.Of(kPartition)[0].other;
   plan.Of(kPartition)[1].other = halo;
   Collated o(plan);
   EXPECT_TRUE(StandsAt(o, halo, plan.centres[static_cast<std::size_t>(halo)], kPartition));
-  for (const Face& face : plan.Of(kPartition))
-    for (const int v : face.nodes) EXPECT_TRUE(o->m_BoundaryNode[v]);
+  for (Face const& face : plan.Of(kPartition))
+    for (int const v : face.nodes) EXPECT_TRUE(o->m_BoundaryNode[v]);
 }
 
 // ------------------------------------------------------------------------------------------- the target points
@@ -94,10 +94,10 @@ AssertionResult TargetIs(Collated& o, int i, Point point) {
 }
 
 TEST(FaceCollation, TargetsAreTheFaceCentresExceptOnPartitionFaces) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
-  for (const Group group : {kInner, kWall, kInlet, kOutlet, kSymmetry}) {
+  MeshPlan const plan = SkewedCubesOfAllGroups();
+  for (Group const group : {kInner, kWall, kInlet, kOutlet, kSymmetry}) {
     Collated o(plan, group);
-    const std::vector<Face>& faces = plan.Of(group);
+    std::vector<Face> const& faces = plan.Of(group);
     for (std::size_t f = 0; f < faces.size(); ++f)
       EXPECT_TRUE(TargetIs(o, static_cast<int>(f) + 1, faces[f].centre)) << group;
   }
@@ -105,16 +105,16 @@ TEST(FaceCollation, TargetsAreTheFaceCentresExceptOnPartitionFaces) {
 
 // The faces' own centres are not even lent.
 TEST(FaceCollation, TargetOfAPartitionFaceIsTheCentreOfItsHaloCell) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Collated o(plan, kPartition);
-  const std::vector<Face>& faces = plan.Of(kPartition);
+  std::vector<Face> const& faces = plan.Of(kPartition);
   for (std::size_t f = 0; f < faces.size(); ++f)
     EXPECT_TRUE(TargetIs(o, static_cast<int>(f) + 1, plan.centres[static_cast<std::size_t>(faces[f].other)]));
 }
 
 TEST(FaceCollation, EveryTypeCollatesTheWholeMesh) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
-  for (const Group group : kGroups) {
+  MeshPlan const plan = SkewedCubesOfAllGroups();
+  for (Group const group : kGroups) {
     Collated o(plan, group);
     PlainFaceOperator plain = o.bed.Plain(group, {});
     plain.Collate();
@@ -141,13 +141,13 @@ TEST(FaceCollation, BoundsAreThoseOfInnerCellsAndVertices) {
 
 // Each of the two cells of an inner face may be the one that lies outermost, in each direction.
 TEST(FaceCollation, BoundsTakeBothCellsOfAnInnerFaceInEveryDirection) {
-  for (const std::size_t cell : {1U, 2U}) {
-    for (const double far : {-9.0, 9.0}) {
+  for (std::size_t const cell : {1U, 2U}) {
+    for (double const far : {-9.0, 9.0}) {
       for (double Point::*const axis : {&Point::x, &Point::y, &Point::z}) {
         MeshPlan plan = TwoCubes();
         plan.centres[cell].*axis = far;
         Collated o(plan);
-        const Point high = {o->Xmax, o->Ymax, o->Zmax}, low = {o->Xmin, o->Ymin, o->Zmin};
+        Point const high = {o->Xmax, o->Ymax, o->Zmax}, low = {o->Xmin, o->Ymin, o->Zmin};
         EXPECT_EQ(far, far > 0.0 ? high.*axis : low.*axis) << cell;
       }
     }
@@ -161,17 +161,17 @@ TEST(FaceCollation, MeanDistanceIsThatBetweenTheCellsOfInnerFaces) {
 
 TEST(FaceCollation, MeanDistanceAddsTheSquaresOfYXZInThisOrder) {
   // y*y + x*x + z*z = (1 + 2^-53) + 2^-53 rounds to 1; with x and z first it would not.
-  const double small = std::ldexp(1.0, -27) * std::sqrt(2.0);
+  double const small = std::ldexp(1.0, -27) * std::sqrt(2.0);
   MeshPlan plan = TwoCubes();
   plan.centres[1] = {0.0, 0.0, 0.0};
   plan.centres[2] = {small, 1.0, small};
   Collated o(plan);
-  const double y2x2 = 1.0 + small * small;
+  double const y2x2 = 1.0 + small * small;
   EXPECT_TRUE(SameBits(std::sqrt(y2x2 + small * small), o->MeanDistance));
 }
 
 TEST(FaceCollation, MeshWithoutInnerFacesHasNoMeanDistance) {
-  const MeshPlan plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
+  MeshPlan const plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
   Collated o(plan, kWall);
   EXPECT_TRUE(std::isnan(o->MeanDistance));
 }
@@ -179,7 +179,7 @@ TEST(FaceCollation, MeshWithoutInnerFacesHasNoMeanDistance) {
 TEST(FaceCollation, MostVerticesAreThoseOfACellOrOfABoundaryFace) {
   Collated cubes(TwoCubes());
   EXPECT_EQ(8, cubes->MaxLnods);
-  for (const Group group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
+  for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
     MeshPlan plan = TwoCubes();
     plan.Of(group)[0].nodes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
     Collated o(plan);
@@ -195,11 +195,11 @@ TEST(FaceCollation, MostVerticesAreThoseOfACellOrOfABoundaryFace) {
 }
 
 TEST(FaceCollation, BoundaryNodesAreThoseOfFacesThatAreNotInner) {
-  const MeshPlan plan = CubesOfAllGroups();
+  MeshPlan const plan = CubesOfAllGroups();
   Collated o(plan);
   for (int v = 1; v <= plan.NNode(); ++v) {
-    const Point p = plan.nodes[static_cast<std::size_t>(v)];
-    const auto inside = [](double x) { return x == 1.0 || x == 2.0; };
+    Point const p = plan.nodes[static_cast<std::size_t>(v)];
+    auto const inside = [](double x) { return x == 1.0 || x == 2.0; };
     EXPECT_EQ(!(inside(p.x) && inside(p.y) && inside(p.z)), o->m_BoundaryNode[v]) << v;
   }
 }
@@ -207,7 +207,7 @@ TEST(FaceCollation, BoundaryNodesAreThoseOfFacesThatAreNotInner) {
 // ----------------------------------------------------------------------------------------------------- the tree
 
 TEST(FaceTree, EntriesAreTheCellsThemselves) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
   EXPECT_EQ(0, o->m_pTreeCell[0]);
   for (int c = 1; c <= plan.NCell(); ++c) EXPECT_EQ(c, o->m_pTreeCell[c]);
@@ -221,27 +221,27 @@ TEST(FaceTree, BuildingTheBoundaryTreeAnswers0) {
 // --------------------------------------------------------------------------------------------- the nearest cell
 
 TEST(FaceNearestCell, OfACellsOwnPointIsThatCell) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
   for (int c = 1; c <= plan.NCell(); ++c) {
-    const IBCnode& p = o->m_pNodeTable[c];
+    IBCnode const& p = o->m_pNodeTable[c];
     EXPECT_EQ(c, o->Search_ClosestCellID_byNode(p.x, p.y, p.z));
   }
 }
 
 TEST(FaceNearestCell, MayBeABoundarySideOrHaloCell) {
-  const MeshPlan plan = CubesOfAllGroups();
+  MeshPlan const plan = CubesOfAllGroups();
   Collated o(plan);
-  for (const Group group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
-    const int c = plan.Of(group)[4].other;
-    const IBCnode& p = o->m_pNodeTable[c];
+  for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
+    int const c = plan.Of(group)[4].other;
+    IBCnode const& p = o->m_pNodeTable[c];
     EXPECT_EQ(c, o->Search_ClosestCellID_byNode(p.x + 0.125, p.y - 0.125, p.z + 0.0625)) << group;
   }
 }
 
 TEST(FaceNearestCell, IsFoundFarOutsideTheMesh) {
   Collated o(TwoCubes());
-  const int outlet = o.bed.host.Plan().Of(kOutlet)[0].other;
+  int const outlet = o.bed.host.Plan().Of(kOutlet)[0].other;
   EXPECT_EQ(outlet, o->Search_ClosestCellID_byNode(37.5, 0.0, 0.0));
 }
 
@@ -264,7 +264,7 @@ TEST(FaceNearestCell, IsSoughtInTheFirstCubeThatHoldsAnyCell) {
 }
 
 TEST(FaceNearestCell, OfAMeshWithoutInnerFacesIsStillFound) {
-  const MeshPlan plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
+  MeshPlan const plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
   Collated o(plan, kWall);
   EXPECT_EQ(1, o->Search_ClosestCellID_byNode(0.5, 0.5, 0.625));
   EXPECT_EQ(plan.Of(kOutlet)[0].other, o->Search_ClosestCellID_byNode(25.0, 0.5, 0.5));
@@ -275,7 +275,7 @@ TEST(FaceNearestCell, OfAMeshWithCellsOnTopOfEachOtherIsStillFound) {
   plan.centres[2] = plan.centres[1];
   Collated o(plan);
   ASSERT_EQ(0.0, o->MeanDistance);
-  const int outlet = plan.Of(kOutlet)[0].other;
+  int const outlet = plan.Of(kOutlet)[0].other;
   EXPECT_EQ(outlet, o->Search_ClosestCellID_byNode(0.9, 0.0, 0.0));
 }
 
@@ -293,7 +293,7 @@ Sorted Sort(std::vector<int> ids, std::vector<double> distances) {
 }
 
 TEST(FaceSort, IsByDistanceWithTheNumbersMovingAlong) {
-  const Sorted s = Sort({1, 2, 3, 4}, {3.0, 1.0, 4.0, 2.0});
+  Sorted const s = Sort({1, 2, 3, 4}, {3.0, 1.0, 4.0, 2.0});
   EXPECT_EQ((std::vector<int>{2, 4, 1, 3}), s.ids);
   EXPECT_EQ((std::vector<double>{1.0, 2.0, 3.0, 4.0}), s.distances);
 }
@@ -308,7 +308,7 @@ TEST(FaceSort, OfFewerThanTwoDoesNothing) {
   CZynFaceRBFInternalObject object;
   int ids[] = {8, 6};
   double distances[] = {2.0, 1.0};
-  for (const int n : {1, 0, -3}) object.Dis_Sorting(ids, distances, n);
+  for (int const n : {1, 0, -3}) object.Dis_Sorting(ids, distances, n);
   EXPECT_EQ(8, ids[0]);
   EXPECT_EQ(2.0, distances[0]);
   object.Dis_Sorting(nullptr, nullptr, 0);
@@ -325,7 +325,7 @@ TEST(FaceSort, LeavesWhatLiesBeyondItsEnd) {
 
 // With a distance that is not a number, no comparison moves it, and what stands before it does not pass.
 TEST(FaceSort, DoesNotMoveADistanceThatIsNotANumber) {
-  const Sorted s = Sort({1, 2, 3, 4, 5}, {3.0, 2.0, std::nan(""), 2.0, 1.0});
+  Sorted const s = Sort({1, 2, 3, 4, 5}, {3.0, 2.0, std::nan(""), 2.0, 1.0});
   EXPECT_EQ((std::vector<int>{2, 1, 3, 5, 4}), s.ids);
 }
 

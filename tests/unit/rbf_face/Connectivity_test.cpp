@@ -16,14 +16,14 @@ using AtBoundaryNodes = MeshPlan::AtBoundaryNodes;
 
 /// An operator with its tables of connectivity.
 struct Connected {
-  explicit Connected(const MeshPlan& plan) : bed(plan), stages(bed.object, kInner, {}) { stages.Collate(); }
+  explicit Connected(MeshPlan const& plan) : bed(plan), stages(bed.object, kInner, {}) { stages.Collate(); }
 
   Row Around(int v) { return RowOf(bed.object.ppRBFiNodeConn[v]); }
   Row VerticesOf(int c) { return RowOf(bed.object.m_ppRBFlnods[c]); }
   Row NeighboursOf(int c) { return RowOf(bed.object.m_ppRBFCell33Conn[c]); }
   Row FacesOf(int c) { return RowOf(bed.object.m_ppRBFCell32Conn[c]); }
   Row TypesOf(int c) {
-    const int n = bed.object.m_ppRBFCell32Conn[c][0];
+    int const n = bed.object.m_ppRBFCell32Conn[c][0];
     return Row(bed.object.m_ppRBFCell32Type[c] + 1, bed.object.m_ppRBFCell32Type[c] + 1 + n);
   }
   int Owner(Group group, int f) { return bed.host.Plan().Of(group)[static_cast<std::size_t>(f - 1)].cv; }
@@ -40,7 +40,7 @@ struct Connected {
 // beside it in the middle plane.
 TEST(CellsAroundVertices, AreTheMeshsRowAtAVertexOffTheBoundary) {
   MeshPlan plan = CubesOfAllGroups();
-  const int inside = 22;  // node (1, 1, 1)
+  int const inside = 22;  // node (1, 1, 1)
   plan.nodeCells[inside] = {14, 1, 13, 2, 5};
   Connected o(plan);
   ASSERT_FALSE(o.bed.object.m_BoundaryNode[inside]);
@@ -91,22 +91,22 @@ TEST(CellsAroundVertices, AreTheSameSetsWhateverTheMeshListsAtItsBoundary) {
 // ---------------------------------------------------------------------------------------------- vertices of cells
 
 TEST(VerticesOfCells, OfAnInteriorCellAreTheMeshsWithTheirCountFromElsewhere) {
-  const MeshPlan plan = TwoCubes();
+  MeshPlan const plan = TwoCubes();
   Connected o(plan);
   EXPECT_EQ(plan.cellNodes[1], o.VerticesOf(1));
   EXPECT_EQ(plan.cellNodes[2], o.VerticesOf(2));
 }
 
 TEST(VerticesOfCells, OfAnOuterCellAreThoseOfItsFace) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Connected o(plan);
-  for (const Group group : {kWall, kInlet, kOutlet, kPartition, kSymmetry})
-    for (const Face& face : plan.Of(group)) EXPECT_EQ(face.nodes, o.VerticesOf(face.other)) << group;
+  for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry})
+    for (Face const& face : plan.Of(group)) EXPECT_EQ(face.nodes, o.VerticesOf(face.other)) << group;
 }
 
 TEST(VerticesOfCells, OfAHaloCellOfTwoFacesAreThoseOfTheLater) {
   MeshPlan plan = TwoCubes();
-  const int halo = plan.Of(kPartition)[0].other;
+  int const halo = plan.Of(kPartition)[0].other;
   plan.Of(kPartition)[1].other = halo;
   plan.Of(kPartition)[1].nodes.pop_back();
   Connected o(plan);
@@ -115,14 +115,14 @@ TEST(VerticesOfCells, OfAHaloCellOfTwoFacesAreThoseOfTheLater) {
 
 TEST(VerticesOfCells, OfACellThatNoFaceNamesAreNone) {
   MeshPlan plan = TwoCubes();
-  const int lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
+  int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   Connected o(plan);
   EXPECT_EQ(Row{}, o.VerticesOf(lonely));
 }
 
 // Every row has room for the most vertices of any cell, zeros behind its own.
 TEST(VerticesOfCells, LeaveZerosBehindThemUpToTheGreatestNumber) {
-  const MeshPlan plan = TwoCubes();
+  MeshPlan const plan = TwoCubes();
   Connected o(plan);
   for (int c = 3; c <= plan.NCell(); ++c)
     for (int k = 5; k <= 8; ++k) EXPECT_EQ(0, o.bed.object.m_ppRBFlnods[c][k]);
@@ -141,9 +141,9 @@ TEST(NeighboursOfCells, OfAnInteriorCellFollowTheOrderOfItsFaces) {
 }
 
 TEST(NeighboursOfCells, OfABoundarySideCellBeginWithItsOwner) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Connected o(plan);
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry})
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry})
     for (int f = 1; f <= o.bed.host.NFace(group); ++f)
       EXPECT_EQ(o.Owner(group, f), o.NeighboursOf(o.Beyond(group, f))[0]) << group << " " << f;
 }
@@ -159,11 +159,11 @@ TEST(NeighboursOfCells, OfABoundarySideCellAreThoseAcrossItsEdges) {
 }
 
 TEST(NeighboursOfCells, OfABoundarySideCellStandInTheOrderInWhichTheyAreMet) {
-  const MeshPlan plan = TwoCubes();
+  MeshPlan const plan = TwoCubes();
   Connected o(plan);
   Row met;
-  for (const int v : o.VerticesOf(3))
-    for (const int d : o.Around(v))
+  for (int const v : o.VerticesOf(3))
+    for (int const d : o.Around(v))
       if (d > 3 && std::find(met.begin(), met.end(), d) == met.end()) met.push_back(d);
   met.insert(met.begin(), 1);
   EXPECT_EQ(met, o.NeighboursOf(3));
@@ -171,7 +171,7 @@ TEST(NeighboursOfCells, OfABoundarySideCellStandInTheOrderInWhichTheyAreMet) {
 
 TEST(NeighboursOfCells, OfABoundarySideCellLeaveOutThoseAtACornerAlone) {
   Connected o(CubesOfAllGroups());
-  const int middle = o.Beyond(kInlet, 5);
+  int const middle = o.Beyond(kInlet, 5);
   Row row = o.NeighboursOf(middle);
   std::sort(row.begin() + 1, row.end());
   EXPECT_EQ((Row{o.Owner(kInlet, 5), o.Beyond(kInlet, 2), o.Beyond(kInlet, 4), o.Beyond(kInlet, 6),
@@ -180,15 +180,15 @@ TEST(NeighboursOfCells, OfABoundarySideCellLeaveOutThoseAtACornerAlone) {
 }
 
 bool IsNeighbour(Connected& o, int c, int d) {
-  const Row row = o.NeighboursOf(c);
+  Row const row = o.NeighboursOf(c);
   return std::find(row.begin(), row.end(), d) != row.end();
 }
 
 // The inlet's face (3) and the one below it (5) share the vertices 1 and 7.
 TEST(NeighboursOfCells, ShareExactlyTwoVertices) {
-  for (const int shared : {0, 1, 2, 3, 4}) {
+  for (int const shared : {0, 1, 2, 3, 4}) {
     MeshPlan plan = TwoCubes();
-    const Row inlet = plan.Of(kInlet)[0].nodes;
+    Row const inlet = plan.Of(kInlet)[0].nodes;
     Row below = {2, 8, 5, 11};  // none of the inlet's
     for (std::size_t k = 0; k < static_cast<std::size_t>(shared); ++k) below[k] = inlet[k];
     plan.Of(kWall)[0].nodes = below;
@@ -203,7 +203,7 @@ TEST(NeighboursOfCells, ShareExactlyTwoVertices) {
 // A mesh that lists a cell twice around a vertex does not make one shared vertex two.
 TEST(NeighboursOfCells, AreNotFoundByACellThatIsListedTwice) {
   MeshPlan plan = CubesOfAllGroups();
-  const int middle = plan.Of(kInlet)[4].other, corner = plan.Of(kInlet)[0].other;
+  int const middle = plan.Of(kInlet)[4].other, corner = plan.Of(kInlet)[0].other;
   for (auto& row : plan.nodeCells) {
     if (std::find(row.begin(), row.end(), corner) != row.end()) row.push_back(corner);
   }
@@ -226,15 +226,15 @@ TEST(NeighboursOfCells, OfAHaloCellOfTwoFacesAreTheOwnerOfTheLaterAlone) {
 
 TEST(NeighboursOfCells, OfACellThatNoFaceNamesAreOneEmptyEntry) {
   MeshPlan plan = TwoCubes();
-  const int lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
+  int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   Connected o(plan);
   EXPECT_EQ(Row{0}, o.NeighboursOf(lonely));
 }
 
 // Which cell stands first around a vertex, an interior or an outer one, makes no difference to who is found.
 TEST(NeighboursOfCells, EqualThePlainFormHoweverTheMeshListsTheCellsAroundItsVertices) {
-  for (const bool outerOnly : {false, true}) {
-    for (const bool reversed : {false, true}) {
+  for (bool const outerOnly : {false, true}) {
+    for (bool const reversed : {false, true}) {
       MeshPlan plan = SkewedCubesOfAllGroups();
       if (outerOnly) plan.ListCellsAroundNodes(AtBoundaryNodes::OuterCellsOnly);
       for (auto& row : plan.nodeCells)
@@ -254,7 +254,7 @@ TEST(NeighboursOfCells, EqualThePlainFormHoweverTheMeshListsTheCellsAroundItsVer
 // ------------------------------------------------------------------------------------------------- faces of cells
 
 struct WithFaces : Connected {
-  explicit WithFaces(const MeshPlan& plan) : Connected(plan) {
+  explicit WithFaces(MeshPlan const& plan) : Connected(plan) {
     EXPECT_EQ(0, bed.object.Create_m_ppRBFCell32Conn());
   }
 };
@@ -284,7 +284,7 @@ TEST(FacesOfCells, OfAWallsSideCellAreNumbersWithoutTypes) {
 
 TEST(FacesOfCells, OfOtherOuterCellsAreCountedButNotFilledIn) {
   WithFaces o(TwoCubes());
-  for (const Group group : {kInlet, kOutlet, kPartition, kSymmetry}) {
+  for (Group const group : {kInlet, kOutlet, kPartition, kSymmetry}) {
     EXPECT_EQ(Row{0}, o.FacesOf(o.Beyond(group, 1))) << group;
     EXPECT_EQ(Row{0}, o.TypesOf(o.Beyond(group, 1))) << group;
   }
@@ -292,7 +292,7 @@ TEST(FacesOfCells, OfOtherOuterCellsAreCountedButNotFilledIn) {
 
 TEST(FacesOfCells, OfACellOfSeveralFacesHaveTheWallsInFront) {
   MeshPlan plan = TwoCubes();
-  const int ghost = plan.Of(kInlet)[0].other;
+  int const ghost = plan.Of(kInlet)[0].other;
   plan.Of(kWall)[0].other = ghost;
   plan.Of(kWall)[2].other = ghost;
   plan.Of(kPartition)[1].other = plan.Of(kPartition)[0].other;
@@ -304,7 +304,7 @@ TEST(FacesOfCells, OfACellOfSeveralFacesHaveTheWallsInFront) {
 
 TEST(FacesOfCells, OfACellThatNoFaceNamesAreNone) {
   MeshPlan plan = TwoCubes();
-  const int lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
+  int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   WithFaces o(plan);
   EXPECT_EQ(Row{}, o.FacesOf(lonely));
 }

@@ -4,14 +4,14 @@
 
 namespace rbf_face_test {
 
-std::string Settings(const std::string& span, const std::string& method, const std::string& distance,
-                     const std::string& number, const std::string& debug) {
+std::string Settings(std::string const& span, std::string const& method, std::string const& distance,
+                     std::string const& number, std::string const& debug) {
   return "1004\nSpan              = " + span + "\niSearch_method    = " + method +
          "\nSearch_distance   = " + distance + "\nSearch_number     = " + number +
          "\nDebug mode        = " + debug + "\n";
 }
 
-std::string Settings(const PlainSettings& settings, bool debug) {
+std::string Settings(PlainSettings const& settings, bool debug) {
   return Settings(std::to_string(settings.span), std::to_string(settings.method), "0.5",
                   std::to_string(settings.searchNumber), debug ? "1" : "0");
 }
@@ -22,14 +22,14 @@ void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteV
   EXPECT_EQ(1, object.getPartitionFace(&partitionFaces));
 }
 
-void FaceBed::UseBlock(const PlainSettings& settings) {
+void FaceBed::UseBlock(PlainSettings const& settings) {
   host.parameters.block.Span = static_cast<int>(settings.span);
   host.parameters.block.iSearch_method = settings.method;
   host.parameters.block.Search_number = settings.searchNumber;
   EXPECT_EQ(1, object.SetZYNKNCMP(&host.parameters));
 }
 
-Stages::Stages(CZynFaceRBFInternalObject& object, int faceType, const PlainSettings& settings)
+Stages::Stages(CZynFaceRBFInternalObject& object, int faceType, PlainSettings const& settings)
     : object_(object), settings_(settings) {
   object_.iFaceType = faceType;
   object_.NFace = CountFaces();
@@ -39,8 +39,8 @@ Stages::Stages(CZynFaceRBFInternalObject& object, int faceType, const PlainSetti
 }
 
 int Stages::CountFaces() const {
-  const CZYN3DFiniteVolumeMesh& mesh = *object_.pMesh;
-  const int counts[] = {0,
+  CZYN3DFiniteVolumeMesh const& mesh = *object_.pMesh;
+  int const counts[] = {0,
                         mesh.NInnerFaces,
                         mesh.NWall,
                         mesh.NInlet,
@@ -85,7 +85,7 @@ int Stages::DeriveFace(int i) {
   }
 }
 
-std::vector<int> RowOf(const int* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
+std::vector<int> RowOf(int const* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
 
 std::vector<std::vector<int>> RowsOf(Cpp_DataStructure& table) {
   std::vector<std::vector<int>> rows;

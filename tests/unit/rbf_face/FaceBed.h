@@ -14,9 +14,9 @@ using rbf_cell_test::Printed;
 using rbf_cell_test::SettingsFolder;
 
 /// A settings file with the given values, in the operator's own layout.
-std::string Settings(const std::string& span, const std::string& method, const std::string& distance,
-                     const std::string& number, const std::string& debug);
-std::string Settings(const PlainSettings& settings, bool debug = false);
+std::string Settings(std::string const& span, std::string const& method, std::string const& distance,
+                     std::string const& number, std::string const& debug);
+std::string Settings(PlainSettings const& settings, bool debug = false);
 
 /// Gives an operator the host objects of any host. The operator borrows them.
 void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteVolumeMesh& mesh,
@@ -28,10 +28,10 @@ void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteV
 /// The settings are put in place directly; the method already counts when the tables are allocated.
 class Stages {
  public:
-  Stages(CZynFaceRBFInternalObject& object, int faceType, const PlainSettings& settings);
+  Stages(CZynFaceRBFInternalObject& object, int faceType, PlainSettings const& settings);
   ~Stages() { object_.Release_Memory(); }
-  Stages(const Stages&) = delete;
-  Stages& operator=(const Stages&) = delete;
+  Stages(Stages const&) = delete;
+  Stages& operator=(Stages const&) = delete;
 
   void Allocate() { Reach(1); }
   void Collate() { Reach(2); }
@@ -40,7 +40,7 @@ class Stages {
   void Derive() { Reach(5); }
 
   /// What the stages have printed so far.
-  const std::string& PrintedSoFar() const { return printed_; }
+  std::string const& PrintedSoFar() const { return printed_; }
 
  private:
   void Reach(int stage);
@@ -58,12 +58,12 @@ class Stages {
 class FaceBed {
  public:
   /// Without settings there is no file before the operator writes one.
-  explicit FaceBed(const MeshPlan& plan) : host(plan, folder.BaseFileName()) {
+  explicit FaceBed(MeshPlan const& plan) : host(plan, folder.BaseFileName()) {
     EXPECT_EQ(1, object.getZyn3dGV(&host.globals, &host.gpu, &host.openMP, &host.mesh));
     EXPECT_EQ(1, object.getPartitionFace(&host.partitionFaces));
     EXPECT_EQ(1, object.getCommunication(&host.communication));
   }
-  FaceBed(const MeshPlan& plan, const std::string& settings) : FaceBed(plan) { folder.Write(settings); }
+  FaceBed(MeshPlan const& plan, std::string const& settings) : FaceBed(plan) { folder.Write(settings); }
 
   /// The whole set-up. @return what was printed
   std::string SetUp(int faceType) {
@@ -71,15 +71,15 @@ class FaceBed {
   }
 
   /// The whole set-up with the settings from the parameter block. @return what was printed
-  std::string SetUp(int faceType, const PlainSettings& settings) {
+  std::string SetUp(int faceType, PlainSettings const& settings) {
     UseBlock(settings);
     return SetUp(faceType);
   }
 
-  void UseBlock(const PlainSettings& settings);
+  void UseBlock(PlainSettings const& settings);
 
   /// The plain form on the same records.
-  PlainFaceOperator Plain(int faceType, const PlainSettings& settings) {
+  PlainFaceOperator Plain(int faceType, PlainSettings const& settings) {
     return PlainFaceOperator(host.mesh, host.partitionFaces, faceType, settings);
   }
 
@@ -89,7 +89,7 @@ class FaceBed {
 };
 
 /// A stencil or another integer row with its length in element 0, without that element.
-std::vector<int> RowOf(const int* row);
+std::vector<int> RowOf(int const* row);
 
 /// The rows of a Cpp_DataStructure, from row 1 on.
 std::vector<std::vector<int>> RowsOf(Cpp_DataStructure& table);

@@ -8,33 +8,33 @@ using rbf_cell_test::CellFace;
 constexpr int kGroupCode[7] = {-1, 0, 1, 2, 3, 101, 5};
 constexpr int kNotALength = -77;  // in the two tables whose rows do not begin with one
 
-std::vector<CellFace> CellFaces(const std::vector<Face>& faces) {
+std::vector<CellFace> CellFaces(std::vector<Face> const& faces) {
   std::vector<CellFace> result;
-  for (const Face& face : faces) result.push_back({face.cv, face.other, face.centre, face.area});
+  for (Face const& face : faces) result.push_back({face.cv, face.other, face.centre, face.area});
   return result;
 }
 
-std::vector<std::vector<int>> NodesOf(const std::vector<Face>& faces) {
+std::vector<std::vector<int>> NodesOf(std::vector<Face> const& faces) {
   std::vector<std::vector<int>> rows(1);
-  for (const Face& face : faces) rows.push_back(face.nodes);
+  for (Face const& face : faces) rows.push_back(face.nodes);
   return rows;
 }
 
 /// One column of the cells' faces.
 template <typename Take>
-std::vector<std::vector<int>> OfCellFaces(const MeshPlan& plan, Take take) {
+std::vector<std::vector<int>> OfCellFaces(MeshPlan const& plan, Take take) {
   std::vector<std::vector<int>> rows(plan.cellFaces.size());
   for (std::size_t c = 1; c < rows.size(); ++c)
-    for (const FaceOfCell& face : plan.cellFaces[c]) rows[c].push_back(take(face));
+    for (FaceOfCell const& face : plan.cellFaces[c]) rows[c].push_back(take(face));
   return rows;
 }
 
-std::vector<std::vector<int>> Numbers(const MeshPlan& plan) {
-  return OfCellFaces(plan, [](const FaceOfCell& face) { return face.number; });
+std::vector<std::vector<int>> Numbers(MeshPlan const& plan) {
+  return OfCellFaces(plan, [](FaceOfCell const& face) { return face.number; });
 }
 
-std::vector<std::vector<int>> Codes(const MeshPlan& plan) {
-  return OfCellFaces(plan, [](const FaceOfCell& face) { return kGroupCode[face.group]; });
+std::vector<std::vector<int>> Codes(MeshPlan const& plan) {
+  return OfCellFaces(plan, [](FaceOfCell const& face) { return kGroupCode[face.group]; });
 }
 
 void SpoilLengths(rbf_cell_test::LentTable& table) {
@@ -43,16 +43,16 @@ void SpoilLengths(rbf_cell_test::LentTable& table) {
 
 }  // namespace
 
-LentGroup::LentGroup(const std::vector<Face>& faces) : arrays(CellFaces(faces)), nodes(NodesOf(faces)) {}
+LentGroup::LentGroup(std::vector<Face> const& faces) : arrays(CellFaces(faces)), nodes(NodesOf(faces)) {}
 
-bool LentGroup::IdenticalTo(const LentGroup& other) const {
-  const rbf_cell_test::LentFaces &a = arrays, &b = other.arrays;
+bool LentGroup::IdenticalTo(LentGroup const& other) const {
+  rbf_cell_test::LentFaces const &a = arrays, &b = other.arrays;
   return a.cv.IdenticalTo(b.cv) && a.other.IdenticalTo(b.other) && a.xc.IdenticalTo(b.xc) &&
          a.yc.IdenticalTo(b.yc) && a.zc.IdenticalTo(b.zc) && a.sx.IdenticalTo(b.sx) &&
          a.sy.IdenticalTo(b.sy) && a.sz.IdenticalTo(b.sz) && nodes.Rows() == other.nodes.Rows();
 }
 
-FaceHost::FaceHost(const MeshPlan& plan, const std::string& baseFileName)
+FaceHost::FaceHost(MeshPlan const& plan, std::string const& baseFileName)
     : plan_(plan),
       baseFileName_(baseFileName.c_str(), baseFileName.c_str() + baseFileName.size() + 1),
       xn_(plan.NNode()),
@@ -82,7 +82,7 @@ FaceHost::FaceHost(const MeshPlan& plan, const std::string& baseFileName)
 
 void FaceHost::LendCells() {
   for (int c = 1; c <= plan_.NCell(); ++c) {
-    const Point& centre = plan_.centres[static_cast<std::size_t>(c)];
+    Point const& centre = plan_.centres[static_cast<std::size_t>(c)];
     xc_[c] = centre.x;
     yc_[c] = centre.y;
     zc_[c] = centre.z;
@@ -102,7 +102,7 @@ void FaceHost::LendCells() {
 
 void FaceHost::LendNodes() {
   for (int n = 1; n <= plan_.NNode(); ++n) {
-    const Point& node = plan_.nodes[static_cast<std::size_t>(n)];
+    Point const& node = plan_.nodes[static_cast<std::size_t>(n)];
     xn_[n] = node.x;
     yn_[n] = node.y;
     zn_[n] = node.z;
@@ -155,8 +155,8 @@ void FaceHost::LendOutletsAndSymmetry() {
 }
 
 bool FaceHost::InputsUntouched() const {
-  const FaceHost fresh(plan_, baseFileName_.data());
-  for (const Group group : kGroups)
+  FaceHost const fresh(plan_, baseFileName_.data());
+  for (Group const group : kGroups)
     if (!groups_[group]->IdenticalTo(*fresh.groups_[group])) return false;
   return xn_.IdenticalTo(fresh.xn_) && yn_.IdenticalTo(fresh.yn_) && zn_.IdenticalTo(fresh.zn_) &&
          xc_.IdenticalTo(fresh.xc_) && yc_.IdenticalTo(fresh.yc_) && zc_.IdenticalTo(fresh.zc_) &&

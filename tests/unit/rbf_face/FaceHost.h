@@ -18,9 +18,9 @@ namespace rbf_face_test {
 
 /// The arrays of one group of faces, guarded; null for a group without faces.
 struct LentGroup {
-  explicit LentGroup(const std::vector<Face>& faces);
+  explicit LentGroup(std::vector<Face> const& faces);
 
-  bool IdenticalTo(const LentGroup& other) const;
+  bool IdenticalTo(LentGroup const& other) const;
 
   template <typename T>
   T* Lend(gradient_test::GuardedArray<T>& array) {
@@ -51,7 +51,7 @@ class LentPartitionFaces : public CPartitionFace_DLL {
 
  private:
   template <typename T>
-  static T* NotNeeded(const char* name) {
+  static T* NotNeeded(char const* name) {
     ADD_FAILURE() << name << " is not for the face operator";
     return nullptr;
   }
@@ -81,13 +81,13 @@ class LentParameters : public CZYNKNCMPCompParm {
 /// The host records of a MeshPlan and the host objects, which the face operator borrows.
 class FaceHost {
  public:
-  FaceHost(const MeshPlan& plan, const std::string& baseFileName);
-  FaceHost(const FaceHost&) = delete;
-  FaceHost& operator=(const FaceHost&) = delete;
+  FaceHost(MeshPlan const& plan, std::string const& baseFileName);
+  FaceHost(FaceHost const&) = delete;
+  FaceHost& operator=(FaceHost const&) = delete;
 
   int NCell() const { return plan_.NCell(); }
   int NFace(int group) const { return groups_[static_cast<std::size_t>(group)]->arrays.count; }
-  const MeshPlan& Plan() const { return plan_; }
+  MeshPlan const& Plan() const { return plan_; }
 
   /// Whether every array that is lent for reading has the bits that it was made with.
   bool InputsUntouched() const;

@@ -11,24 +11,24 @@ using ::testing::AssertionFailure;
 using ::testing::AssertionSuccess;
 using ::testing::PrintToString;
 
-std::string Of(const std::string& what, int number) { return what + " " + std::to_string(number); }
+std::string Of(std::string const& what, int number) { return what + " " + std::to_string(number); }
 
 std::size_t At(int i) { return static_cast<std::size_t>(i); }
 
-AssertionResult Same(const std::string& what, int expected, int actual) {
+AssertionResult Same(std::string const& what, int expected, int actual) {
   if (expected == actual) return AssertionSuccess();
   return AssertionFailure() << what << ": expected " << expected << ", found " << actual;
 }
 
-AssertionResult Same(const std::string& what, double expected, double actual) {
+AssertionResult Same(std::string const& what, double expected, double actual) {
   return SameValue(what, expected, actual);
 }
 
-AssertionResult Same(const std::string& what, const std::vector<int>& expected, const int* row) {
+AssertionResult Same(std::string const& what, std::vector<int> const& expected, int const* row) {
   if (row == nullptr) return AssertionFailure() << what << ": there is no row";
   if (row[0] != static_cast<int>(expected.size()))
     return AssertionFailure() << what << ": expected length " << expected.size() << ", found " << row[0];
-  const std::vector<int> actual = RowOf(row);
+  std::vector<int> const actual = RowOf(row);
   if (actual == expected) return AssertionSuccess();
   return AssertionFailure() << what << ": expected " << PrintToString(expected) << ", found "
                             << PrintToString(actual);
@@ -37,12 +37,12 @@ AssertionResult Same(const std::string& what, const std::vector<int>& expected, 
 /// The first failure of several comparisons.
 class FirstFailure {
  public:
-  FirstFailure& operator<<(const AssertionResult& result) {
+  FirstFailure& operator<<(AssertionResult const& result) {
     if (result_) result_ = result;
     return *this;
   }
   template <typename Expected, typename Actual>
-  void Compare(const std::string& what, const Expected& expected, const Actual& actual) {
+  void Compare(std::string const& what, Expected const& expected, Actual const& actual) {
     if (result_) result_ = Same(what, expected, actual);
   }
   bool Failed() const { return !result_; }
@@ -53,8 +53,8 @@ class FirstFailure {
 };
 
 /// Elements 0..n of a row of values.
-void CompareValues(FirstFailure& first, const std::string& what, const std::vector<double>& expected,
-                   const double* row) {
+void CompareValues(FirstFailure& first, std::string const& what, std::vector<double> const& expected,
+                   double const* row) {
   if (row == nullptr) {
     first << (AssertionFailure() << what << ": there is no row");
     return;
@@ -63,7 +63,7 @@ void CompareValues(FirstFailure& first, const std::string& what, const std::vect
     first.Compare(Of(what + " element", static_cast<int>(k)), expected[k], row[k]);
 }
 
-void CompareErrors(FirstFailure& first, const std::string& what, const PlainErrors& expected, double squares,
+void CompareErrors(FirstFailure& first, std::string const& what, PlainErrors const& expected, double squares,
                    double largest, int face, double sum) {
   first.Compare(what + "RMS", expected.squares, squares);
   first.Compare(what + "MAX", expected.largest, largest);
@@ -71,7 +71,7 @@ void CompareErrors(FirstFailure& first, const std::string& what, const PlainErro
   first.Compare(what + "MAXRBF", expected.sum, sum);
 }
 
-void CompareBounds(FirstFailure& first, const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& o) {
+void CompareBounds(FirstFailure& first, PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& o) {
   first.Compare("Xmax", plain.high.x, o.Xmax);
   first.Compare("Ymax", plain.high.y, o.Ymax);
   first.Compare("Zmax", plain.high.z, o.Zmax);
@@ -84,7 +84,7 @@ void CompareBounds(FirstFailure& first, const PlainFaceOperator& plain, const CZ
 
 }  // namespace
 
-AssertionResult SamePoint(const std::string& what, const Point& expected, const IBCnode& actual) {
+AssertionResult SamePoint(std::string const& what, Point const& expected, IBCnode const& actual) {
   FirstFailure first;
   first.Compare(what + " x", expected.x, actual.x);
   first.Compare(what + " y", expected.y, actual.y);
@@ -92,7 +92,7 @@ AssertionResult SamePoint(const std::string& what, const Point& expected, const 
   return first.Result();
 }
 
-AssertionResult SameCollation(const PlainFaceOperator& plain, CZynFaceRBFInternalObject& object) {
+AssertionResult SameCollation(PlainFaceOperator const& plain, CZynFaceRBFInternalObject& object) {
   FirstFailure first;
   for (int c = 1; c <= plain.mesh.NCell; ++c) {
     first << SamePoint(Of("point", c), plain.points[At(c)], object.m_pNodeTable[c]);
@@ -113,7 +113,7 @@ AssertionResult SameCollation(const PlainFaceOperator& plain, CZynFaceRBFInterna
   return first.Result();
 }
 
-AssertionResult SameConnectivity(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object) {
+AssertionResult SameConnectivity(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object) {
   FirstFailure first;
   for (int v = 1; v <= plain.mesh.NNode; ++v)
     first.Compare(Of("cells around vertex", v), plain.nodeCells[At(v)], object.ppRBFiNodeConn[v]);
@@ -124,16 +124,16 @@ AssertionResult SameConnectivity(const PlainFaceOperator& plain, const CZynFaceR
   return first.Result();
 }
 
-AssertionResult SameStencils(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object) {
+AssertionResult SameStencils(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object) {
   FirstFailure first;
   for (int i = 1; i <= plain.nFace; ++i)
     first.Compare(Of("stencil", i), plain.stencils[At(i)], object.m_ppFaceCellConn[i]);
   return first.Result();
 }
 
-AssertionResult SameStencilWork(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object) {
+AssertionResult SameStencilWork(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object) {
   FirstFailure first;
-  const int method = plain.settings.method;
+  int const method = plain.settings.method;
   for (int i = 1; i <= plain.nFace; ++i) {
     if (method != 4) first.Compare(Of("support", i), plain.supports[At(i)], object.m_pFaceSupport[i]);
     if (method == 3) first.Compare(Of("vertices", i), plain.faceNodes[At(i)], object.m_ppFaceLnods[i]);
@@ -142,9 +142,9 @@ AssertionResult SameStencilWork(const PlainFaceOperator& plain, const CZynFaceRB
                                    << PrintToString(plain.rows[At(i)]) << ", found "
                                    << PrintToString(RowsOf(object.m_pFaceRows[i])));
     for (int k = 1; k <= 2; ++k) {
-      const PlainVirtualPoint& expected = plain.virtualPoints[At(i)][At(k)];
-      const IBCnode& actual = object.m_ppVirtualNode[i][k];
-      const std::string what = Of(Of("virtual point", k) + " of face", i);
+      PlainVirtualPoint const& expected = plain.virtualPoints[At(i)][At(k)];
+      IBCnode const& actual = object.m_ppVirtualNode[i][k];
+      std::string const what = Of(Of("virtual point", k) + " of face", i);
       first << SamePoint(what, expected.point, actual);
       first.Compare(what + " tag", expected.cell, actual.tag);
     }
@@ -157,9 +157,9 @@ AssertionResult SameStencilWork(const PlainFaceOperator& plain, const CZynFaceRB
   return first.Result();
 }
 
-AssertionResult SameRows(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object, int i) {
+AssertionResult SameRows(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object, int i) {
   FirstFailure first;
-  const int method = plain.settings.method;
+  int const method = plain.settings.method;
   CompareValues(first, Of("value row", i), plain.fi[At(i)], object.m_ppFaceFiCoef[i]);
   if (method >= 3)
     CompareValues(first, Of("normal row", i), plain.dn[At(i)], object.m_ppFaceDnCoef[i]);
@@ -167,21 +167,21 @@ AssertionResult SameRows(const PlainFaceOperator& plain, const CZynFaceRBFIntern
     first << (AssertionFailure() << "normal row " << i << " should not exist");
   if (method == 4) return first.Result();
   for (std::size_t k = 0; k < plain.gradient[At(i)].size() && !first.Failed(); ++k) {
-    const std::string what = Of(Of("slope row", i) + " element", static_cast<int>(k));
+    std::string const what = Of(Of("slope row", i) + " element", static_cast<int>(k));
     first << SamePoint(what, plain.gradient[At(i)][k], object.m_ppFaceGradCoef[i][k]);
-    const int tag = method != 3 && k != 0 ? i : 0;
+    int const tag = method != 3 && k != 0 ? i : 0;
     first.Compare(what + " tag", tag, object.m_ppFaceGradCoef[i][k].tag);
   }
   return first.Result();
 }
 
-AssertionResult SameCoefficients(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object) {
+AssertionResult SameCoefficients(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object) {
   for (int i = 1; i <= plain.nFace; ++i)
     if (AssertionResult same = SameRows(plain, object, i); !same) return same;
   return AssertionSuccess();
 }
 
-AssertionResult SameReport(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& o) {
+AssertionResult SameReport(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& o) {
   FirstFailure first;
   CompareErrors(first, "fi", plain.value, o.fiRMS, o.fiMAX, o.fiMAXFaceID, o.fiMAXRBF);
   CompareErrors(first, "dfidx", plain.ddx, o.dfidxRMS, o.dfidxMAX, o.dfidxMAXFaceID, o.dfidxMAXRBF);

@@ -15,27 +15,27 @@ using ::testing::AssertionResult;
 
 /// Points, kinds, marks of boundary nodes, target points, bounds, mean distance and the greatest number of
 /// vertices.
-AssertionResult SameCollation(const PlainFaceOperator& plain, CZynFaceRBFInternalObject& object);
+AssertionResult SameCollation(PlainFaceOperator const& plain, CZynFaceRBFInternalObject& object);
 
 /// Cells around vertices, vertices of cells, neighbours of cells.
-AssertionResult SameConnectivity(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object);
+AssertionResult SameConnectivity(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object);
 
 /// Stencils alone, which outlive the set-up.
-AssertionResult SameStencils(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object);
+AssertionResult SameStencils(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object);
 
 /// What belongs to the stencils and is released: support lengths, vertices, rows of positions, virtual points;
 /// and that all marks are clear.
-AssertionResult SameStencilWork(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object);
+AssertionResult SameStencilWork(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object);
 
 /// The rows of coefficients of one face; which of them there are depends on the method.
-AssertionResult SameRows(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object, int i);
+AssertionResult SameRows(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object, int i);
 
 /// The rows of all faces.
-AssertionResult SameCoefficients(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object);
+AssertionResult SameCoefficients(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object);
 
 /// All numbers that the report is made of, before it is printed.
-AssertionResult SameReport(const PlainFaceOperator& plain, const CZynFaceRBFInternalObject& object);
+AssertionResult SameReport(PlainFaceOperator const& plain, CZynFaceRBFInternalObject const& object);
 
-AssertionResult SamePoint(const std::string& what, const Point& expected, const IBCnode& actual);
+AssertionResult SamePoint(std::string const& what, Point const& expected, IBCnode const& actual);
 
 }  // namespace rbf_face_test

@@ -20,15 +20,15 @@ namespace {
 using Object = CZynFaceRBFInternalObject;
 using Array = gradient_test::GuardedArray<double>;
 
-const std::string kPrefix = "Operator Gradient Error = ";
-const std::string kNoGlobals = "Can not get the object of Global Variables\n";
-const std::string kNoPartFaces = "Can not get the object of Part Faces\n";
-const std::string kNoCommunication = "Can not get the object of Communication\n";
+std::string const kPrefix = "Operator Gradient Error = ";
+std::string const kNoGlobals = "Can not get the object of Global Variables\n";
+std::string const kNoPartFaces = "Can not get the object of Part Faces\n";
+std::string const kNoCommunication = "Can not get the object of Communication\n";
 
 // ------------------------------------------------------------------------------------------------ construction
 
 TEST(FaceOperatorConstruction, ClearsTheResults) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(nullptr, object.m_ppFaceCellConn);
   EXPECT_EQ(nullptr, object.m_ppFaceGradCoef);
   EXPECT_EQ(nullptr, object.m_ppFaceDnCoef);
@@ -36,7 +36,7 @@ TEST(FaceOperatorConstruction, ClearsTheResults) {
 }
 
 TEST(FaceOperatorConstruction, ClearsTheWorkTablesOfFaces) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(nullptr, object.m_pFaceRows);
   EXPECT_EQ(nullptr, object.m_pFaceSupport);
   EXPECT_EQ(nullptr, object.m_ppFaceLnods);
@@ -47,7 +47,7 @@ TEST(FaceOperatorConstruction, ClearsTheWorkTablesOfFaces) {
 }
 
 TEST(FaceOperatorConstruction, ClearsTheWorkTablesOfCellsAndVertices) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(nullptr, object.ppRBFiNodeConn);
   EXPECT_EQ(nullptr, object.m_ppRBFlnods);
   EXPECT_EQ(nullptr, object.m_ppRBFCell33Conn);
@@ -65,7 +65,7 @@ TEST(FaceOperatorConstruction, ClearsTheWorkTablesOfCellsAndVertices) {
 }
 
 TEST(FaceOperatorConstruction, SetsTheDefaultsOfTheSettings) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(4, object.iSearch_method);
   EXPECT_FALSE(object.bDebug);
   EXPECT_EQ(0.0, object.Search_distance);
@@ -74,7 +74,7 @@ TEST(FaceOperatorConstruction, SetsTheDefaultsOfTheSettings) {
 }
 
 TEST(FaceOperatorConstruction, SetsTheFaceTypeAndTheCounts) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(1, object.iFaceType);
   EXPECT_EQ(0, object.NFace);
   EXPECT_EQ(0, object.NFaceDone);
@@ -82,24 +82,24 @@ TEST(FaceOperatorConstruction, SetsTheFaceTypeAndTheCounts) {
 }
 
 TEST(FaceOperatorConstruction, ZeroesTheMeasuresOfTheMesh) {
-  const Object o;
-  for (const double value : {o.Xmax, o.Ymax, o.Zmax, o.Xmin, o.Ymin, o.Zmin, o.MeanDistance})
+  Object const o;
+  for (double const value : {o.Xmax, o.Ymax, o.Zmax, o.Xmin, o.Ymin, o.Zmin, o.MeanDistance})
     EXPECT_EQ(0.0, value);
 }
 
 TEST(FaceOperatorConstruction, ZeroesTheReport) {
-  const Object o;
-  for (const double value : {o.fiRMS, o.fiMAX, o.fiMAXAnalysis, o.fiMAXRBF, o.dfidxRMS, o.dfidxMAX,
+  Object const o;
+  for (double const value : {o.fiRMS, o.fiMAX, o.fiMAXAnalysis, o.fiMAXRBF, o.dfidxRMS, o.dfidxMAX,
                              o.dfidxMAXRBF, o.dfidyRMS, o.dfidyMAX, o.dfidyMAXRBF, o.dfidzRMS, o.dfidzMAX,
                              o.dfidzMAXRBF, o.dfidnRMS, o.dfidnMAX, o.dfidnMAXRBF, o.MAXerr})
     EXPECT_EQ(0.0, value);
-  for (const int face : {o.fiMAXFaceID, o.dfidxMAXFaceID, o.dfidyMAXFaceID, o.dfidzMAXFaceID,
+  for (int const face : {o.fiMAXFaceID, o.dfidxMAXFaceID, o.dfidyMAXFaceID, o.dfidzMAXFaceID,
                          o.dfidnMAXFaceID, o.MAXerrNodeID})
     EXPECT_EQ(0, face);
 }
 
 TEST(FaceOperatorConstruction, ClearsTheHostObjects) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(nullptr, object.pGV);
   EXPECT_EQ(nullptr, object.pMesh);
   EXPECT_EQ(nullptr, object.pPartFace);
@@ -155,15 +155,15 @@ TEST(FaceOperatorSetters, CopyTheFirstWordOfTheAcceleratorObject) {
   SomeHost s;
   Object object;
   object.getZyn3dGV(&s.host.globals, &s.host.gpu, nullptr, nullptr);
-  EXPECT_EQ(0, std::memcmp(static_cast<const void*>(&object.GPUFirstWord),
-                           static_cast<const void*>(&s.host.gpu), 8));
+  EXPECT_EQ(0, std::memcmp(static_cast<void const*>(&object.GPUFirstWord),
+                           static_cast<void const*>(&s.host.gpu), 8));
 }
 
 TEST(FaceOperatorSetters, KeepFormerValuesForNullsBesideValidGlobals) {
   SomeHost s;
   Object object;
   object.getZyn3dGV(&s.host.globals, &s.host.gpu, &s.host.openMP, &s.host.mesh);
-  const std::uint64_t word = object.GPUFirstWord;
+  std::uint64_t const word = object.GPUFirstWord;
   EXPECT_EQ(1, object.getZyn3dGV(&s.otherGlobals, nullptr, nullptr, nullptr));
   EXPECT_EQ(&s.otherGlobals, object.pGV);
   EXPECT_EQ(&s.host.gpu, object.pGVGPU);
@@ -268,7 +268,7 @@ TEST(FaceOperatorTexts, ReplaceTheLastFourCharactersOfAName) {
 // ----------------------------------------------------------------------------------------------- the face type
 
 TEST(FaceOperatorSetUp, TakesTheNumberOfFacesFromTheGroup) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(group);
     EXPECT_EQ(group, bed.object.iFaceType);
@@ -278,7 +278,7 @@ TEST(FaceOperatorSetUp, TakesTheNumberOfFacesFromTheGroup) {
 }
 
 /// No table of those that live during set-up alone.
-void ExpectWorkReleased(const Object& o) {
+void ExpectWorkReleased(Object const& o) {
   EXPECT_EQ(nullptr, o.m_ppFaceLnods);
   EXPECT_EQ(nullptr, o.m_ppVirtualNode);
   EXPECT_EQ(nullptr, o.ppRBFiNodeConn);
@@ -301,8 +301,8 @@ void ExpectWorkReleased(const Object& o) {
   EXPECT_TRUE(o.m_FaceZ.Empty());
 }
 
-void ExpectNothingHappened(const FaceBed& bed) {
-  const Object& o = bed.object;
+void ExpectNothingHappened(FaceBed const& bed) {
+  Object const& o = bed.object;
   EXPECT_EQ(0, o.NFace);
   EXPECT_FALSE(bed.folder.Exists());
   EXPECT_STREQ("", o.RBFFileName);
@@ -316,9 +316,9 @@ void ExpectNothingHappened(const FaceBed& bed) {
 }
 
 TEST(FaceOperatorSetUp, DoesNothingForAGroupWithoutFaces) {
-  const std::vector<double> lines = {0.0, 1.0, 2.0};
-  const MeshPlan walls = BoxPlan(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall});
-  for (const Group group : {kInlet, kOutlet, kPartition, kSymmetry}) {
+  std::vector<double> const lines = {0.0, 1.0, 2.0};
+  MeshPlan const walls = BoxPlan(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall});
+  for (Group const group : {kInlet, kOutlet, kPartition, kSymmetry}) {
     FaceBed bed(walls);
     EXPECT_EQ("", bed.SetUp(group));
     EXPECT_EQ(group, bed.object.iFaceType);
@@ -327,7 +327,7 @@ TEST(FaceOperatorSetUp, DoesNothingForAGroupWithoutFaces) {
 }
 
 TEST(FaceOperatorSetUp, DoesNothingForAnUnknownTypeOnANewObject) {
-  for (const int type : {0, 7, -1, 101}) {
+  for (int const type : {0, 7, -1, 101}) {
     FaceBed bed(TwoCubes());
     EXPECT_EQ("", bed.SetUp(type));
     EXPECT_EQ(type, bed.object.iFaceType);
@@ -352,7 +352,7 @@ TEST(FaceOperatorSetUp, NamesTheSettingsFileAfterTheBaseFileName) {
 }
 
 TEST(FaceOperatorSetUp, ReadsTheHostAndCallsNoExchange) {
-  for (const int method : {1, 2, 3, 4}) {
+  for (int const method : {1, 2, 3, 4}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(kInner, {method, 50.0, 8});
     EXPECT_TRUE(bed.host.InputsUntouched()) << method;
@@ -398,8 +398,8 @@ TEST(FaceOperatorAllocation, MakesVirtualNodesOfZeroForFace0Too) {
   Fresh fresh(4);
   for (int i = 0; i <= 4; ++i) {
     for (int k = 0; k <= 2; ++k) {
-      const IBCnode& node = fresh.object.m_ppVirtualNode[i][k];
-      for (const double value : {node.x, node.y, node.z}) EXPECT_EQ(0.0, value);
+      IBCnode const& node = fresh.object.m_ppVirtualNode[i][k];
+      for (double const value : {node.x, node.y, node.z}) EXPECT_EQ(0.0, value);
       EXPECT_EQ(0, node.tag);
     }
   }
@@ -437,7 +437,7 @@ TEST(FaceOperatorAllocation, LeavesThreeTablesOutForMethod4) {
 }
 
 TEST(FaceOperatorAllocation, MakesTheThreeTablesForAnyOtherMethod) {
-  for (const int method : {1, 2, 3, 7, 0}) {
+  for (int const method : {1, 2, 3, 7, 0}) {
     Fresh fresh(method);
     ASSERT_NE(nullptr, fresh.object.m_ppFaceLnods) << method;
     ASSERT_NE(nullptr, fresh.object.m_ppFaceGradCoef) << method;
@@ -463,13 +463,13 @@ TEST(FaceOperatorAllocation, LeavesTheTablesOfLaterStepsOut) {
 
 // The settings come after the allocation, so a new object sees the 4 it was constructed with.
 TEST(FaceOperatorSetUp, RunsMethods1To3OnANewObject) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     FaceBed file(SkewedCubesOfAllGroups(), Settings("50", std::to_string(method), "1.0", "8", "0"));
     FaceBed block(SkewedCubesOfAllGroups());
     file.SetUp(kInner);
     block.SetUp(kInner, {method, 50.0, 8});
-    for (const FaceBed* const bed : {&file, &block}) {
-      const Object& o = bed->object;
+    for (FaceBed const* const bed : {&file, &block}) {
+      Object const& o = bed->object;
       ASSERT_NE(nullptr, o.m_ppFaceGradCoef) << method;
       for (int i = 1; i <= o.NFace; ++i) {
         EXPECT_GT(o.m_ppFaceCellConn[i][0], 0) << method;
@@ -487,7 +487,7 @@ TEST(FaceOperatorSetUp, LeavesMethod4WithoutSlopeRows) {
 }
 
 TEST(FaceOperatorSetUp, AllocatesNoNormalRowsForMethods1And2) {
-  for (const int method : {1, 2, 3, 4}) {
+  for (int const method : {1, 2, 3, 4}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(kInner, {method, 50.0, 8});
     for (int i = 1; i <= bed.object.NFace; ++i)
@@ -497,7 +497,7 @@ TEST(FaceOperatorSetUp, AllocatesNoNormalRowsForMethods1And2) {
 
 // Without rows there is nothing to sum up: the values are 0, and no row is followed.
 TEST(FaceOperatorSetUp, WithAnUnknownMethodRunsNoStencilAndNoCoefficientStep) {
-  for (const std::string method : {"7", "0", "-1", "5"}) {
+  for (std::string const method : {"7", "0", "-1", "5"}) {
     FaceBed bed(SkewedCubesOfAllGroups(), Settings("1000", method, "1.0", "20", "0"));
     EXPECT_EQ("", bed.SetUp(kInner)) << method;
     EXPECT_EQ(54, bed.object.NFace) << method;
@@ -512,14 +512,14 @@ TEST(FaceOperatorSetUp, WithAnUnknownMethodRunsNoStencilAndNoCoefficientStep) {
     Array phi(bed.host.NCell(), 1.0), value(54, -7.5), a(54, -7.5), b(54, -7.5), c(54, -7.5), zeros(54, 0.0);
     EXPECT_EQ(0,
               bed.object.Multiply_FaceRBFCoefficent(phi.Data(), value.Data(), a.Data(), b.Data(), c.Data()));
-    for (const Array* const output : {&value, &a, &b, &c}) EXPECT_TRUE(output->IdenticalTo(zeros)) << method;
+    for (Array const* const output : {&value, &a, &b, &c}) EXPECT_TRUE(output->IdenticalTo(zeros)) << method;
   }
 }
 
 TEST(FaceOperatorSetUp, GivesTheSameRowsAsTheStepsOneByOne) {
-  for (const int method : {1, 2, 3, 4}) {
-    const PlainSettings settings = {method, 50.0, 8};
-    for (const Group group : kGroups) {
+  for (int const method : {1, 2, 3, 4}) {
+    PlainSettings const settings = {method, 50.0, 8};
+    for (Group const group : kGroups) {
       FaceBed bed(SkewedCubesOfAllGroups());
       bed.SetUp(group, settings);
       PlainFaceOperator plain = bed.Plain(group, settings);
@@ -534,7 +534,7 @@ TEST(FaceOperatorSetUp, GivesTheSameRowsAsTheStepsOneByOne) {
 // ----------------------------------------------------------------------------------------------------- release
 
 TEST(FaceOperatorRelease, EndsEverySetUp) {
-  for (const int method : {1, 2, 3, 4, 7}) {
+  for (int const method : {1, 2, 3, 4, 7}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(kWall, {method, 50.0, 8});
     ExpectWorkReleased(bed.object);
@@ -590,12 +590,12 @@ TEST(FaceOperatorDestruction, LeavesTheHostObjects) {
 }
 
 TEST(FaceOperatorDestruction, FreesEverythingThatTheObjectAllocated) {
-  for (const int method : {1, 2, 3, 4, 7}) {
+  for (int const method : {1, 2, 3, 4, 7}) {
     SettingsFolder folder;
     folder.Write(Settings({method, 50.0, 8}));
     FaceHost host(SkewedCubesOfAllGroups(), folder.BaseFileName());
-    const auto live = [&host] {
-      const long before = gradient_test::LiveAllocations();
+    auto const live = [&host] {
+      long const before = gradient_test::LiveAllocations();
       auto* const object = new Object;
       Connect(*object, host.globals, host.mesh, host.partitionFaces);
       Printed([object] { object->Initialize_FaceInterpolateData(kInner); });
@@ -609,10 +609,10 @@ TEST(FaceOperatorDestruction, FreesEverythingThatTheObjectAllocated) {
 
 // What may stay of one face: four arrays with a row each, and the marks of boundary nodes.
 TEST(FaceOperatorRelease, LeavesNoWorkMemoryBehind) {
-  for (const int method : {1, 2, 3, 4, 7}) {
-    const auto liveAfterSetUp = [method] {
+  for (int const method : {1, 2, 3, 4, 7}) {
+    auto const liveAfterSetUp = [method] {
       FaceBed bed(TwoCubes());
-      const long before = gradient_test::LiveAllocations();
+      long const before = gradient_test::LiveAllocations();
       bed.SetUp(kInner, {method, 50.0, 8});
       return gradient_test::LiveAllocations() - before;
     };
@@ -635,8 +635,8 @@ class Undestroyed {
     for (CZYNVector<double, 1>* const target : {&object_->m_FaceX, &object_->m_FaceY, &object_->m_FaceZ})
       target->Destroy();
   }
-  Undestroyed(const Undestroyed&) = delete;
-  Undestroyed& operator=(const Undestroyed&) = delete;
+  Undestroyed(Undestroyed const&) = delete;
+  Undestroyed& operator=(Undestroyed const&) = delete;
 
   Object& operator*() { return *object_; }
   Object* operator->() { return object_; }
@@ -728,7 +728,7 @@ void FillValues(Object& o) {
   std::memset(o.ErrorMsg, 'e', sizeof o.ErrorMsg);
 }
 
-void ExpectSameTables(const Object& a, const Object& b) {
+void ExpectSameTables(Object const& a, Object const& b) {
   EXPECT_EQ(a.m_ppFaceCellConn, b.m_ppFaceCellConn);
   EXPECT_EQ(a.m_ppFaceGradCoef, b.m_ppFaceGradCoef);
   EXPECT_EQ(a.m_ppFaceDnCoef, b.m_ppFaceDnCoef);
@@ -754,20 +754,20 @@ void ExpectSameTables(const Object& a, const Object& b) {
 
 /// Same elements in another block.
 template <typename Vector>
-void ExpectDeepCopy(const Vector& a, const Vector& b) {
+void ExpectDeepCopy(Vector const& a, Vector const& b) {
   ASSERT_EQ(a.GetSize(), b.GetSize());
   EXPECT_NE(a.Get_Ptr(), b.Get_Ptr());
   for (int i = 1; i <= a.GetSize(); ++i) EXPECT_EQ(a[i], b[i]);
 }
 
-void ExpectDeepVectors(const Object& a, const Object& b) {
+void ExpectDeepVectors(Object const& a, Object const& b) {
   ExpectDeepCopy(a.m_BoundaryNode, b.m_BoundaryNode);
   ExpectDeepCopy(a.m_FaceX, b.m_FaceX);
   ExpectDeepCopy(a.m_FaceY, b.m_FaceY);
   ExpectDeepCopy(a.m_FaceZ, b.m_FaceZ);
 }
 
-void ExpectSameHostObjects(const Object& a, const Object& b) {
+void ExpectSameHostObjects(Object const& a, Object const& b) {
   EXPECT_EQ(a.pGV, b.pGV);
   EXPECT_EQ(a.pMesh, b.pMesh);
   EXPECT_EQ(a.pPartFace, b.pPartFace);
@@ -778,7 +778,7 @@ void ExpectSameHostObjects(const Object& a, const Object& b) {
   EXPECT_EQ(a.pKNCMP, b.pKNCMP);
 }
 
-void ExpectSameSettingsAndMeasures(const Object& a, const Object& b) {
+void ExpectSameSettingsAndMeasures(Object const& a, Object const& b) {
   EXPECT_EQ(a.iSearch_method, b.iSearch_method);
   EXPECT_EQ(a.bDebug, b.bDebug);
   EXPECT_EQ(a.Search_distance, b.Search_distance);
@@ -788,21 +788,21 @@ void ExpectSameSettingsAndMeasures(const Object& a, const Object& b) {
   EXPECT_EQ(a.NFace, b.NFace);
   EXPECT_EQ(a.MaxLnods, b.MaxLnods);
   EXPECT_EQ(a.MeanDistance, b.MeanDistance);
-  const double boundsA[] = {a.Xmax, a.Ymax, a.Zmax, a.Xmin, a.Ymin, a.Zmin};
-  const double boundsB[] = {b.Xmax, b.Ymax, b.Zmax, b.Xmin, b.Ymin, b.Zmin};
+  double const boundsA[] = {a.Xmax, a.Ymax, a.Zmax, a.Xmin, a.Ymin, a.Zmin};
+  double const boundsB[] = {b.Xmax, b.Ymax, b.Zmax, b.Xmin, b.Ymin, b.Zmin};
   EXPECT_EQ(0, std::memcmp(boundsA, boundsB, sizeof boundsA));
   EXPECT_EQ(0, std::memcmp(a.RBFFileName, b.RBFFileName, sizeof a.RBFFileName));
   EXPECT_EQ(0, std::memcmp(a.ErrorMsg, b.ErrorMsg, sizeof a.ErrorMsg));
 }
 
-void ExpectSameReport(const Object& a, const Object& b) {
-  const auto doubles = [](const Object& o) {
+void ExpectSameReport(Object const& a, Object const& b) {
+  auto const doubles = [](Object const& o) {
     return std::vector<double>{o.fiRMS,       o.fiMAX,       o.fiMAXAnalysis, o.fiMAXRBF, o.dfidxRMS,
                                o.dfidxMAX,    o.dfidxMAXRBF, o.dfidyRMS,      o.dfidyMAX, o.dfidyMAXRBF,
                                o.dfidzRMS,    o.dfidzMAX,    o.dfidzMAXRBF,   o.dfidnRMS, o.dfidnMAX,
                                o.dfidnMAXRBF, o.MAXerr};
   };
-  const auto ints = [](const Object& o) {
+  auto const ints = [](Object const& o) {
     return std::vector<int>{o.NFaceDone,      o.fiMAXFaceID,    o.dfidxMAXFaceID, o.dfidyMAXFaceID,
                             o.dfidzMAXFaceID, o.dfidnMAXFaceID, o.MAXerrNodeID};
   };
@@ -810,7 +810,7 @@ void ExpectSameReport(const Object& a, const Object& b) {
   EXPECT_EQ(ints(a), ints(b));
 }
 
-void ExpectCopied(const Object& a, const Object& b) {
+void ExpectCopied(Object const& a, Object const& b) {
   ExpectSameTables(a, b);
   ExpectDeepVectors(a, b);
   ExpectSameHostObjects(a, b);
@@ -840,7 +840,7 @@ TEST(FaceOperatorAssignment, ToItselfChangesNothing) {
   FaceBed bed(SkewedCubesOfAllGroups());
   bed.SetUp(kInner, {3, 50.0, 8});
   Undestroyed before(bed.object);
-  const Object& same = bed.object;
+  Object const& same = bed.object;
   bed.object = same;
   ExpectSameTables(*before, bed.object);
   ExpectSameReport(*before, bed.object);

@@ -15,14 +15,14 @@ namespace {
 using Object = CZynFaceRBFInternalObject;
 
 struct Tables {
-  explicit Tables(const Object& object)
+  explicit Tables(Object const& object)
       : conn(object.m_ppFaceCellConn),
         gradient(object.m_ppFaceGradCoef),
         value(object.m_ppFaceFiCoef),
         normal(object.m_ppFaceDnCoef) {}
 
   /// Gives back those that `object` has not got any more: a second set-up leaves the first one's results behind.
-  void ReleaseLost(const Object& object) const {
+  void ReleaseLost(Object const& object) const {
     Object holder;
     if (conn != object.m_ppFaceCellConn) holder.m_ppFaceCellConn = conn;
     if (gradient != object.m_ppFaceGradCoef) holder.m_ppFaceGradCoef = gradient;
@@ -38,7 +38,7 @@ struct Tables {
 /// One set-up whose n-th allocation fails, and one that has all memory, of another group. @return whether there were so
 /// many
 bool SetUpWithAFailure(FaceHost& host, int method, long n, bool again) {
-  const long live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
+  long const live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
   bool threw = false, happened = false;
   {
     std::optional<Object> object;
@@ -47,10 +47,10 @@ bool SetUpWithAFailure(FaceHost& host, int method, long n, bool again) {
     host.parameters.block.iSearch_method = method;
     object->SetZYNKNCMP(&host.parameters);
     {
-      const gradient_test::FailingAllocation failing(n);
+      gradient_test::FailingAllocation const failing(n);
       try {
         object->Initialize_FaceInterpolateData(kOutlet);
-      } catch (const std::bad_alloc&) {
+      } catch (std::bad_alloc const&) {
         threw = true;
       }
       happened = failing.Happened();
@@ -59,7 +59,7 @@ bool SetUpWithAFailure(FaceHost& host, int method, long n, bool again) {
     EXPECT_EQ(nullptr, object->m_pNodeTable) << "work tables end with the set-up, however it ends";
     EXPECT_TRUE(object->m_FaceX.Empty());
     if (again) {
-      const Tables tables(*object);
+      Tables const tables(*object);
       object->Initialize_FaceInterpolateData(kInner);
       EXPECT_LT(0, object->NFace);
       for (int i = 1; i <= object->NFace; ++i) EXPECT_LT(0, object->m_ppFaceCellConn[i][0]);
@@ -72,8 +72,8 @@ bool SetUpWithAFailure(FaceHost& host, int method, long n, bool again) {
 }
 
 TEST(FaceOperatorWithoutMemory, NoSetUpLeavesAnythingBehind) {
-  for (const int method : {1, 2, 3, 4}) {
-    const SettingsFolder folder;
+  for (int const method : {1, 2, 3, 4}) {
+    SettingsFolder const folder;
     FaceHost host(CubesOfAllGroups(), folder.BaseFileName());
     host.parameters.block.Span = 50;
     host.parameters.block.Search_number = 8;

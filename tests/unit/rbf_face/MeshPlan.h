@@ -40,18 +40,18 @@ struct MeshPlan {
   int NCell() const { return static_cast<int>(centres.size()) - 1; }
   int NNode() const { return static_cast<int>(nodes.size()) - 1; }
   std::vector<Face>& Of(Group group) { return faces[static_cast<std::size_t>(group)]; }
-  const std::vector<Face>& Of(Group group) const { return faces[static_cast<std::size_t>(group)]; }
+  std::vector<Face> const& Of(Group group) const { return faces[static_cast<std::size_t>(group)]; }
 
   /// All of these return the new number. Interior cells come before the first other cell.
   int AddNode(Point point);
-  int AddCell(Point centre, const std::vector<int>& cellNodes);
+  int AddCell(Point centre, std::vector<int> const& cellNodes);
   int AddOuterCell(Point centre);
 
   /// Adds a face and lists it at its interior cells.
-  int AddFace(Group group, const Face& face);
+  int AddFace(Group group, Face const& face);
 
   /// Adds a face of a boundary group or of the partition with a new cell beyond it. @return that cell
-  int AddSide(Group group, int cv, const std::vector<int>& nodes, Point centre, Point area, Point beyond);
+  int AddSide(Group group, int cv, std::vector<int> const& nodes, Point centre, Point area, Point beyond);
 
   /// Fills nodeCells: the interior cells of a node, ascending, then the outer cells of the faces that touch it,
   /// group by group. Some meshes leave out the interior cells at nodes of the boundary.
@@ -81,8 +81,8 @@ constexpr Sides kAllGroups = {kInlet, kOutlet, kWall, kPartition, kSymmetry, kWa
 /// A box of cells between the given planes, x running fastest. Inner faces stand along x first, then y, then z.
 /// The cell beyond a boundary face has its centre mirrored at the face's, so that nobody takes the one for the
 /// other.
-MeshPlan BoxPlan(const std::vector<double>& x, const std::vector<double>& y, const std::vector<double>& z,
-                 const Sides& sides = kAllGroups);
+MeshPlan BoxPlan(std::vector<double> const& x, std::vector<double> const& y, std::vector<double> const& z,
+                 Sides const& sides = kAllGroups);
 
 /// Two unit cubes side by side along x around the origin, with one inner face in the plane x = 0.
 ///

@@ -14,10 +14,10 @@ using Row = std::vector<int>;
 
 // A vertex of its own for every face that is not inner: only this face can mark it.
 TEST(BoundaryVertices, AreMarkedWhereverTheyStandInTheirFace) {
-  for (const std::size_t place : {0U, 2U, 4U}) {
+  for (std::size_t const place : {0U, 2U, 4U}) {
     MeshPlan plan = TwoCubes();
     std::vector<int> own;
-    for (const Group group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
+    for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
       own.push_back(plan.AddNode({0.0, 0.0, 0.0}));
       Row& nodes = plan.Of(group)[0].nodes;
       nodes.insert(nodes.begin() + static_cast<std::ptrdiff_t>(place), own.back());
@@ -27,16 +27,16 @@ TEST(BoundaryVertices, AreMarkedWhereverTheyStandInTheirFace) {
     FaceBed bed(plan);
     Stages stages(bed.object, kInner, {});
     stages.Collate();
-    for (const int v : own) EXPECT_TRUE(bed.object.m_BoundaryNode[v]) << v << " at place " << place;
+    for (int const v : own) EXPECT_TRUE(bed.object.m_BoundaryNode[v]) << v << " at place " << place;
   }
 }
 
 // Cell 1 of the two cubes lists its faces in the order of its neighbours 3, 2, 5, 6, 9, 10. A face of the inlet
 // beyond its number, on either side, leaves no neighbour.
 TEST(NeighboursOfCells, LeaveOutFacesThatAGroupDoesNotHave) {
-  for (const int number : {0, -1, 2}) {
+  for (int const number : {0, -1, 2}) {
     MeshPlan plan = TwoCubes();
-    const auto isInlet = [](const FaceOfCell& face) { return face.group == kInlet; };
+    auto const isInlet = [](FaceOfCell const& face) { return face.group == kInlet; };
     std::find_if(plan.cellFaces[1].begin(), plan.cellFaces[1].end(), isInlet)->number = number;
     FaceBed bed(plan);
     Stages stages(bed.object, kInner, {});
@@ -54,7 +54,7 @@ TEST(VirtualPointStencil, HasNoNeighboursOfNoCell) {
   bed.object.m_ppVirtualNode[1][2].SetData(0.5, 0.0, 0.0, 0);
   int pair[] = {1, 2};
   bed.object.CountingVirtualNodeToCellconnectionNumber_By33(1, pair);
-  const Row cells = RowOf(bed.object.m_ppFaceCellConn[1]);
+  Row const cells = RowOf(bed.object.m_ppFaceCellConn[1]);
   EXPECT_EQ((Row{1, 2, 3, 5, 6, 9, 10}), Row(cells.begin(), cells.begin() + 7));
   EXPECT_LE(cells.size(), 8U);
 }
@@ -64,16 +64,16 @@ TEST(VirtualPointStencil, HasNoNeighboursOfNoCell) {
 TEST(VirtualPointsInCells, TakeNoLengthForAFace) {
   MeshPlan plan = CubesOfAllGroups();
   Row nodes;
-  for (const Point& p : {Point{1.125, 0, 0}, Point{1.125, 1, 0}, Point{1.125, 0, 1}})
+  for (Point const& p : {Point{1.125, 0, 0}, Point{1.125, 1, 0}, Point{1.125, 0, 1}})
     nodes.push_back(plan.AddNode(p));
   plan.Of(kInner)[5].nodes = nodes;
   plan.nodeCells.resize(plan.nodes.size());
   plan.ListCellsAroundNodes();
-  const std::vector<Face>& inner = plan.Of(kInner);
-  const auto isLeftOf14 = [](const Face& face) { return face.cv == 13 && face.other == 14; };
-  const auto face = std::find_if(inner.begin(), inner.end(), isLeftOf14);
+  std::vector<Face> const& inner = plan.Of(kInner);
+  auto const isLeftOf14 = [](Face const& face) { return face.cv == 13 && face.other == 14; };
+  auto const face = std::find_if(inner.begin(), inner.end(), isLeftOf14);
   ASSERT_NE(inner.end(), face);
-  const int i = static_cast<int>(face - inner.begin()) + 1;
+  int const i = static_cast<int>(face - inner.begin()) + 1;
 
   FaceBed bed(plan);
   Stages stages(bed.object, kInner, {});

@@ -28,7 +28,7 @@ Point Along(Point origin, double t, Point direction) {
 }
 
 Point Unit(Point s) {
-  const double length = Norm(s);
+  double const length = Norm(s);
   return {s.x / length, s.y / length, s.z / length};
 }
 
@@ -41,9 +41,9 @@ void Widen(Point p, Point& high, Point& low) {
   if (p.z < low.z) low.z = p.z;
 }
 
-std::vector<int> RowOf(const int* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
+std::vector<int> RowOf(int const* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
 
-bool Contains(const std::vector<int>& row, int value) {
+bool Contains(std::vector<int> const& row, int value) {
   return std::find(row.begin(), row.end(), value) != row.end();
 }
 
@@ -52,36 +52,36 @@ void AppendNew(std::vector<int>& row, int value) {
 }
 
 /// Position from 1; 0 for what is not in the row.
-int PositionOf(const std::vector<int>& row, int value) {
-  const auto found = std::find(row.begin(), row.end(), value);
+int PositionOf(std::vector<int> const& row, int value) {
+  auto const found = std::find(row.begin(), row.end(), value);
   return found == row.end() ? 0 : static_cast<int>(found - row.begin()) + 1;
 }
 
 // ------------------------------------------------------------------------------------------- the two kernels
 
 double C4(double r, double span, double h) {
-  const double c = span * h;
+  double const c = span * h;
   return std::pow(1.0 - r / c, 6.0) * (35.0 * r * r / (c * span * h) + 18.0 * r / c + 3.0);
 }
 
 Point C4Slope(Point d, double span, double h) {
-  const double c = span * h, r = Norm(d);
-  const auto component = [&](double offset) {
+  double const c = span * h, r = Norm(d);
+  auto const component = [&](double offset) {
     return -(offset * 56.0 * (5.0 * r + c) * std::pow(c - r, 5.0) / std::pow(c, 8.0));
   };
   return {component(d.x), component(d.y), component(d.z)};
 }
 
 double C2(double r, double span, double h) {
-  const double s = r / (span * h);
+  double const s = r / (span * h);
   return std::pow(1.0 - s, 4.0) * (4.0 * s + 1.0);
 }
 
 // ---------------------------------------------------------------------------------------------- backward error
 
-void Account(BackwardErrors& errors, const std::vector<double>& a, const std::vector<double>& b,
-             const std::vector<double>& w, std::size_t n) {
-  const std::size_t columns = b.size() / n;
+void Account(BackwardErrors& errors, std::vector<double> const& a, std::vector<double> const& b,
+             std::vector<double> const& w, std::size_t n) {
+  std::size_t const columns = b.size() / n;
   for (std::size_t column = 0; column < columns; ++column) {
     double residual = 0.0, normA = 0.0, normW = 0.0, normB = 0.0;
     bool finite = true;
@@ -108,8 +108,8 @@ void Account(BackwardErrors& errors, const std::vector<double>& a, const std::ve
 
 }  // namespace
 
-PlainFaceOperator::PlainFaceOperator(const CZYN3DFiniteVolumeMesh& m, CPartitionFace_DLL& partitionFaces,
-                                     int type, const PlainSettings& s)
+PlainFaceOperator::PlainFaceOperator(CZYN3DFiniteVolumeMesh const& m, CPartitionFace_DLL& partitionFaces,
+                                     int type, PlainSettings const& s)
     : mesh(m), faceType(type), settings(s), partitionFaces_(partitionFaces) {
   nFace = Of(faceType).count;
 }
@@ -122,7 +122,7 @@ void PlainFaceOperator::Run() {
 }
 
 PlainFaceOperator::GroupArrays PlainFaceOperator::Of(int group) const {
-  const CZYN3DFiniteVolumeMesh& m = mesh;
+  CZYN3DFiniteVolumeMesh const& m = mesh;
   CPartitionFace_DLL& p = partitionFaces_;
   switch (group) {
     case kInner:
@@ -150,7 +150,7 @@ Point PlainFaceOperator::NodeAt(int v) const { return {mesh.xn[v], mesh.yn[v], m
 // --------------------------------------------------------------------------------------------------- collation
 
 void PlainFaceOperator::Collate() {
-  const auto centre = [this](int c) { return Point{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
+  auto const centre = [this](int c) { return Point{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
   targets.assign(At(nFace + 1), Point{});
   double sum = 0.0;
   for (int i = 1; i <= mesh.NInnerFaces; ++i) {
@@ -172,12 +172,12 @@ void PlainFaceOperator::Collate() {
     maxNodes = std::max(maxNodes, mesh.CellLnodsNumber[c]);
   }
   for (int group = kWall; group <= kSymmetry; ++group) {
-    const GroupArrays faces = Of(group);
+    GroupArrays const faces = Of(group);
     for (int f = 1; f <= faces.count; ++f) {
-      const int c = faces.other[f];
+      int const c = faces.other[f];
       points[At(c)] = group == kPartition ? centre(c) : Point{faces.x[f], faces.y[f], faces.z[f]};
       kinds[At(c)] = group;
-      for (const int v : RowOf(faces.nodes[f])) isBoundaryNode[At(v)] = true;
+      for (int const v : RowOf(faces.nodes[f])) isBoundaryNode[At(v)] = true;
       if (faceType == group) targets[At(f)] = points[At(c)];
       maxNodes = std::max(maxNodes, faces.nodes[f][0]);
     }
@@ -199,10 +199,10 @@ void PlainFaceOperator::Collate() {
 void PlainFaceOperator::CreateNodeCells() {
   nodeCells.assign(At(mesh.NNode + 1), {});
   for (int v = 1; v <= mesh.NNode; ++v)
-    for (const int c : RowOf(mesh.NodeCell[v])) AppendNew(nodeCells[At(v)], c);
+    for (int const c : RowOf(mesh.NodeCell[v])) AppendNew(nodeCells[At(v)], c);
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     for (int k = 1; k <= mesh.CellLnodsNumber[c]; ++k) {
-      const int v = mesh.CellLnods[c][k];
+      int const v = mesh.CellLnods[c][k];
       if (isBoundaryNode[At(v)]) AppendNew(nodeCells[At(v)], c);
     }
   }
@@ -213,7 +213,7 @@ void PlainFaceOperator::CreateCellNodes() {
   for (int c = 1; c <= mesh.NInnerCells; ++c)
     cellNodes[At(c)].assign(mesh.CellLnods[c] + 1, mesh.CellLnods[c] + 1 + mesh.CellLnodsNumber[c]);
   for (int group = kWall; group <= kSymmetry; ++group) {
-    const GroupArrays faces = Of(group);
+    GroupArrays const faces = Of(group);
     for (int f = 1; f <= faces.count; ++f) cellNodes[At(faces.other[f])] = RowOf(faces.nodes[f]);
   }
 }
@@ -222,33 +222,33 @@ void PlainFaceOperator::CreateCellNodes() {
 std::vector<int> PlainFaceOperator::SharingTwoVertices(int c) const {
   std::vector<int> met;
   if (kinds[At(c)] == kPartition) return met;
-  for (const int v : cellNodes[At(c)])
-    for (const int d : nodeCells[At(v)])
+  for (int const v : cellNodes[At(c)])
+    for (int const d : nodeCells[At(v)])
       if (d > mesh.NInnerCells && d != c) met.push_back(d);
   std::vector<int> result;
-  for (const int d : met)
+  for (int const d : met)
     if (std::count(met.begin(), met.end(), d) == 2) AppendNew(result, d);
   return result;
 }
 
 void PlainFaceOperator::CreateNeighbours() {
-  const auto groupOfCode = [](int code) { return code == 101 ? 5 : code == 5 ? 6 : code + 1; };
+  auto const groupOfCode = [](int code) { return code == 101 ? 5 : code == 5 ? 6 : code + 1; };
   neighbours.assign(At(mesh.NCell + 1), {});
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     for (int k = 1; k <= mesh.CellFace[c][0]; ++k) {
-      const GroupArrays faces = Of(groupOfCode(mesh.CellFaceType[c][k]));
-      const int f = mesh.CellFace[c][k];
+      GroupArrays const faces = Of(groupOfCode(mesh.CellFaceType[c][k]));
+      int const f = mesh.CellFace[c][k];
       if (faces.cv[f] != c) neighbours[At(c)].push_back(faces.cv[f]);
       if (faces.other[f] != c) neighbours[At(c)].push_back(faces.other[f]);
     }
   }
   for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c) neighbours[At(c)].assign(1, 0);
   for (int group = kWall; group <= kSymmetry; ++group) {
-    const GroupArrays faces = Of(group);
+    GroupArrays const faces = Of(group);
     for (int f = 1; f <= faces.count; ++f) neighbours[At(faces.other[f])][0] = faces.cv[f];
   }
   for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c) {
-    const std::vector<int> others = SharingTwoVertices(c);
+    std::vector<int> const others = SharingTwoVertices(c);
     neighbours[At(c)].insert(neighbours[At(c)].end(), others.begin(), others.end());
   }
 }
@@ -259,21 +259,21 @@ void PlainFaceOperator::CreateCellFaces() {
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     cellFaces[At(c)] = RowOf(mesh.CellFace[c]);
     for (int k = 1; k <= mesh.CellFace[c][0]; ++k) {
-      const int code = mesh.CellFaceType[c][k];
+      int const code = mesh.CellFaceType[c][k];
       cellFaceTypes[At(c)].push_back(code == 101 ? 5 : code == 5 ? 6 : code + 1);
     }
   }
   // All faces of an outer cell are counted, but the numbers of wall faces alone are filled in.
   std::vector<int> wallFaces(At(mesh.NCell + 1), 0);
   for (int group = kWall; group <= kSymmetry; ++group) {
-    const GroupArrays faces = Of(group);
+    GroupArrays const faces = Of(group);
     for (int f = 1; f <= faces.count; ++f) {
       cellFaces[At(faces.other[f])].push_back(0);
       cellFaceTypes[At(faces.other[f])].push_back(0);
     }
   }
   for (int f = 1; f <= mesh.NWall; ++f) {
-    const int c = mesh.ijWall[f];
+    int const c = mesh.ijWall[f];
     cellFaces[At(c)][At(wallFaces[At(c)]++)] = f;
   }
 }
@@ -284,7 +284,7 @@ void PlainFaceOperator::FillTree() {
   tree_.SetADTreeRange(high.x, high.y, high.z, low.x, low.y, low.z, 1, 10000, 200000);
   constexpr double kMargin = 1e-6;
   for (int c = 1; c <= mesh.NCell; ++c) {
-    const Point p = PointOf(c);
+    Point const p = PointOf(c);
     tree_.AddSurfaceToADTree(c, p.x + kMargin, p.y + kMargin, p.z + kMargin, p.x - kMargin, p.y - kMargin,
                              p.z - kMargin);
   }
@@ -292,7 +292,7 @@ void PlainFaceOperator::FillTree() {
 
 std::vector<int> PlainFaceOperator::Search(Point p, double d) const {
   int count = 0;
-  const int* const ids =
+  int const* const ids =
       tree_.SearchNearBlockID(p.x - d, p.y - d, p.z - d, p.x + d, p.y + d, p.z + d, count, 0);
   return std::vector<int>(ids, ids + count);
 }
@@ -308,14 +308,14 @@ std::vector<int> PlainFaceOperator::GrowingSearch(Point p, int wanted, double& d
   for (int k = 1;; ++k) {
     d = k * meanDistance;
     std::vector<int> found = Search(p, d);
-    const bool coversAll = p.x - d <= bottom.x && p.y - d <= bottom.y && p.z - d <= bottom.z &&
+    bool const coversAll = p.x - d <= bottom.x && p.y - d <= bottom.y && p.z - d <= bottom.z &&
                            p.x + d >= top.x && p.y + d >= top.y && p.z + d >= top.z;
     if (coversAll || static_cast<int>(found.size()) >= wanted) return found;
   }
 }
 
 void PlainFaceOperator::SortByDistance(std::vector<int>& ids, std::vector<double>& distances) const {
-  const int n = static_cast<int>(ids.size());
+  int const n = static_cast<int>(ids.size());
   for (int pass = 1; pass <= n - 1; ++pass) {
     for (int j = 0; j < n - pass; ++j) {
       if (!(distances[At(j)] > distances[At(j + 1)])) continue;
@@ -329,7 +329,7 @@ int PlainFaceOperator::ClosestCell(Point p) const {
   double d = 0.0;
   std::vector<int> ids = GrowingSearch(p, 1, d);
   std::vector<double> distances;
-  for (const int id : ids) distances.push_back(Distance(p, PointOf(id)));
+  for (int const id : ids) distances.push_back(Distance(p, PointOf(id)));
   SortByDistance(ids, distances);
   return ids.empty() ? 0 : ids[0];
 }
@@ -343,16 +343,16 @@ void PlainFaceOperator::ResizeRows(int i, std::size_t n) {
 }
 
 void PlainFaceOperator::FindStencils() {
-  const GroupArrays faces = Of(faceType);
+  GroupArrays const faces = Of(faceType);
   for (int i = 1; i <= nFace; ++i) {
-    const int pair[2] = {faces.cv[i], faces.other[i]};
+    int const pair[2] = {faces.cv[i], faces.other[i]};
     if (settings.method == 1 || settings.method == 2) {
       StencilByNode(i);
     } else if (settings.method == 3) {
-      const Row vertices = RowOf(faces.nodes[i]);
+      Row const vertices = RowOf(faces.nodes[i]);
       double h = 0.0;
-      for (const int c : pair) h = std::max(h, Distance(targets[At(i)], PointOf(c)));
-      for (const int v : vertices) h = std::max(h, Distance(targets[At(i)], NodeAt(v)));
+      for (int const c : pair) h = std::max(h, Distance(targets[At(i)], PointOf(c)));
+      for (int const v : vertices) h = std::max(h, Distance(targets[At(i)], NodeAt(v)));
       supports[At(i)] = h;
       StencilFromVertices(i, pair, vertices);
     } else if (settings.method == 4) {
@@ -366,10 +366,10 @@ void PlainFaceOperator::StencilByNode(int i) {
   double d = 0.0;
   std::vector<int> ids = GrowingSearch(targets[At(i)], settings.searchNumber, d);
   std::vector<double> distances;
-  for (const int id : ids) distances.push_back(Distance(targets[At(i)], PointOf(id)));
+  for (int const id : ids) distances.push_back(Distance(targets[At(i)], PointOf(id)));
   if (settings.method == 2) {
     SortByDistance(ids, distances);
-    const std::size_t n = std::min(ids.size(), At(std::max(settings.searchNumber, 0)));
+    std::size_t const n = std::min(ids.size(), At(std::max(settings.searchNumber, 0)));
     ids.resize(n);
     d = n == 0 ? 0.0 : distances[n - 1];
   }
@@ -378,23 +378,23 @@ void PlainFaceOperator::StencilByNode(int i) {
   ResizeRows(i, ids.size());
 }
 
-void PlainFaceOperator::StencilFromVertices(int i, const int (&pair)[2], const Row& vertices) {
+void PlainFaceOperator::StencilFromVertices(int i, int const (&pair)[2], Row const& vertices) {
   Row merged = {pair[0], pair[1]};
-  for (const int v : vertices)
-    for (const int c : nodeCells[At(v)]) AppendNew(merged, c);
+  for (int const v : vertices)
+    for (int const c : nodeCells[At(v)]) AppendNew(merged, c);
   faceNodes[At(i)] = vertices;
   rows[At(i)].clear();
-  for (const int v : vertices) {
+  for (int const v : vertices) {
     Row positions;
-    for (const int c : nodeCells[At(v)]) positions.push_back(PositionOf(merged, c));
+    for (int const c : nodeCells[At(v)]) positions.push_back(PositionOf(merged, c));
     rows[At(i)].push_back(positions);
   }
   stencils[At(i)] = merged;
   ResizeRows(i, merged.size());
 }
 
-void PlainFaceOperator::PlaceVirtualPoints(int i, const int (&pair)[2], Point s) {
-  const Point f = targets[At(i)];
+void PlainFaceOperator::PlaceVirtualPoints(int i, int const (&pair)[2], Point s) {
+  Point const f = targets[At(i)];
   PlainVirtualPoint &p = virtualPoints[At(i)][1], &e = virtualPoints[At(i)][2];
   p.point = Along(f, Dot(PointOf(pair[0]) - f, s) / Dot(s, s), s);
   if (faceType == kInner || faceType == kPartition) {
@@ -412,40 +412,40 @@ double PlainFaceOperator::PlaneAhead(Point origin, Point direction, int cell, in
                                      int exceptFace) const {
   double nearest = 99999999.0;
   for (int k = 1; k <= mesh.CellFace[cell][0]; ++k) {
-    const int code = mesh.CellFaceType[cell][k], f = mesh.CellFace[cell][k];
-    const int group = code == 101 ? 5 : code == 5 ? 6 : code + 1;
+    int const code = mesh.CellFaceType[cell][k], f = mesh.CellFace[cell][k];
+    int const group = code == 101 ? 5 : code == 5 ? 6 : code + 1;
     if (group == exceptGroup && f == exceptFace) continue;
-    const int* const nodes = Of(group).nodes[f];
-    const Point v0 = NodeAt(nodes[1]);
-    const Point e1 = NodeAt(nodes[2]) - v0, e2 = NodeAt(nodes[3]) - v0;
-    const double q = Dot(e1, Cross(e2, direction));
+    int const* const nodes = Of(group).nodes[f];
+    Point const v0 = NodeAt(nodes[1]);
+    Point const e1 = NodeAt(nodes[2]) - v0, e2 = NodeAt(nodes[3]) - v0;
+    double const q = Dot(e1, Cross(e2, direction));
     if (q >= -1e-6 && q < 1e-6) continue;
-    const double t = Dot(e1, Cross(origin - v0, e2)) / q;
+    double const t = Dot(e1, Cross(origin - v0, e2)) / q;
     if (t > 0.0 && t < nearest) nearest = t;
   }
   return nearest;
 }
 
-void PlainFaceOperator::PlaceVirtualPointsInCells(int i, const int (&pair)[2], Point s) {
-  const Point f = targets[At(i)], n = Unit(s);
+void PlainFaceOperator::PlaceVirtualPointsInCells(int i, int const (&pair)[2], Point s) {
+  Point const f = targets[At(i)], n = Unit(s);
   PlainVirtualPoint &p = virtualPoints[At(i)][1], &e = virtualPoints[At(i)][2];
-  const double toP = PlaneAhead(f, {-n.x, -n.y, -n.z}, pair[0], faceType, i);
+  double const toP = PlaneAhead(f, {-n.x, -n.y, -n.z}, pair[0], faceType, i);
   p = {{f.x - 0.5 * toP * n.x, f.y - 0.5 * toP * n.y, f.z - 0.5 * toP * n.z}, pair[0]};
   if (faceType != kInner) {
     e = {PointOf(pair[1]), pair[1]};
   } else {
-    const double toE = PlaneAhead(f, n, pair[1], kInner, i);
+    double const toE = PlaneAhead(f, n, pair[1], kInner, i);
     e = {{f.x + 0.5 * toE * n.x, f.y + 0.5 * toE * n.y, f.z + 0.5 * toE * n.z}, pair[1]};
   }
 }
 
 // Of cells at exactly the same point the first stays.
-PlainFaceOperator::Row PlainFaceOperator::DistinctPoints(const Row& list) const {
+PlainFaceOperator::Row PlainFaceOperator::DistinctPoints(Row const& list) const {
   Row kept;
-  for (const int c : list) {
-    const Point p = PointOf(c);
-    const bool isTwin = std::any_of(kept.begin(), kept.end(), [&](int k) {
-      const Point q = PointOf(k);
+  for (int const c : list) {
+    Point const p = PointOf(c);
+    bool const isTwin = std::any_of(kept.begin(), kept.end(), [&](int k) {
+      Point const q = PointOf(k);
       return p.x == q.x && p.y == q.y && p.z == q.z;
     });
     if (!isTwin) kept.push_back(c);
@@ -453,24 +453,24 @@ PlainFaceOperator::Row PlainFaceOperator::DistinctPoints(const Row& list) const 
   return kept;
 }
 
-void PlainFaceOperator::SetSides(int i, const Row& merged, const Row& listP, const Row& listE) {
+void PlainFaceOperator::SetSides(int i, Row const& merged, Row const& listP, Row const& listE) {
   rows[At(i)].clear();
-  for (const Row* const side : {&listP, &listE}) {
+  for (Row const* const side : {&listP, &listE}) {
     Row positions;
-    for (const int c : *side) positions.push_back(PositionOf(merged, c));
+    for (int const c : *side) positions.push_back(PositionOf(merged, c));
     rows[At(i)].push_back(positions);
   }
   stencils[At(i)] = merged;
   ResizeRows(i, merged.size());
 }
 
-void PlainFaceOperator::StencilFromNeighbours(int i, const int (&pair)[2]) {
+void PlainFaceOperator::StencilFromNeighbours(int i, int const (&pair)[2]) {
   Row merged = {pair[0], pair[1]}, sides[2] = {{pair[0]}, {pair[1]}};
   for (int k = 1; k <= 2; ++k) {
-    const int tied = virtualPoints[At(i)][At(k)].cell;
+    int const tied = virtualPoints[At(i)][At(k)].cell;
     Row cells = {tied};
     cells.insert(cells.end(), neighbours[At(tied)].begin(), neighbours[At(tied)].end());
-    for (const int c : cells) {
+    for (int const c : cells) {
       AppendNew(merged, c);
       AppendNew(sides[k - 1], c);
     }
@@ -478,11 +478,11 @@ void PlainFaceOperator::StencilFromNeighbours(int i, const int (&pair)[2]) {
   SetSides(i, DistinctPoints(merged), DistinctPoints(sides[0]), DistinctPoints(sides[1]));
 }
 
-void PlainFaceOperator::StencilFromVerticesOfTiedCells(int i, const int (&pair)[2]) {
+void PlainFaceOperator::StencilFromVerticesOfTiedCells(int i, int const (&pair)[2]) {
   Row merged = {pair[0], pair[1]}, sides[2];
   for (int k = 1; k <= 2; ++k) {
-    for (const int v : cellNodes[At(virtualPoints[At(i)][At(k)].cell)]) {
-      for (const int c : nodeCells[At(v)]) {
+    for (int const v : cellNodes[At(virtualPoints[At(i)][At(k)].cell)]) {
+      for (int const c : nodeCells[At(v)]) {
         AppendNew(merged, c);
         AppendNew(sides[k - 1], c);
       }
@@ -491,15 +491,15 @@ void PlainFaceOperator::StencilFromVerticesOfTiedCells(int i, const int (&pair)[
   SetSides(i, merged, sides[0], sides[1]);
 }
 
-void PlainFaceOperator::StencilFromCubes(int i, const int (&pair)[2], Point n) {
-  const Point f = targets[At(i)], u = Unit(n);
-  const double reach = 2.0 * meanDistance;
-  const Point a2 = Along(f, reach, u);
-  const Point b2 = {f.x - reach * u.x, f.y - reach * u.y, f.z - reach * u.z};
-  const double radii[2] = {Distance(PointOf(pair[1]), a2), Distance(PointOf(pair[0]), b2)};
+void PlainFaceOperator::StencilFromCubes(int i, int const (&pair)[2], Point n) {
+  Point const f = targets[At(i)], u = Unit(n);
+  double const reach = 2.0 * meanDistance;
+  Point const a2 = Along(f, reach, u);
+  Point const b2 = {f.x - reach * u.x, f.y - reach * u.y, f.z - reach * u.z};
+  double const radii[2] = {Distance(PointOf(pair[1]), a2), Distance(PointOf(pair[0]), b2)};
   Row merged = {pair[0], pair[1]}, sides[2];
   for (int k = 1; k <= 2; ++k) {
-    for (const int c : Search(virtualPoints[At(i)][At(k)].point, radii[k - 1])) {
+    for (int const c : Search(virtualPoints[At(i)][At(k)].point, radii[k - 1])) {
       AppendNew(merged, c);
       AppendNew(sides[k - 1], c);
     }
@@ -509,19 +509,19 @@ void PlainFaceOperator::StencilFromCubes(int i, const int (&pair)[2], Point n) {
 
 // ------------------------------------------------------------------------------------------------ coefficients
 
-std::vector<PlainFaceOperator::Values> PlainFaceOperator::Solve(const std::vector<Point>& nodes, Point at,
+std::vector<PlainFaceOperator::Values> PlainFaceOperator::Solve(std::vector<Point> const& nodes, Point at,
                                                                 double h, Kernel kernel, bool slopes) {
-  const std::size_t n = nodes.size(), columns = slopes ? 4 : 1;
-  const auto kernelAt = [&](double r) {
+  std::size_t const n = nodes.size(), columns = slopes ? 4 : 1;
+  auto const kernelAt = [&](double r) {
     largestArgument = std::max(largestArgument, r / (settings.span * h));
     return kernel == Kernel::C4 ? C4(r, settings.span, h) : C2(r, settings.span, h);
   };
   std::vector<double> a, b;
   for (std::size_t k = 0; k < n; ++k) {
     for (std::size_t l = 0; l < n; ++l) a.push_back(kernelAt(Distance(nodes[k], nodes[l])));
-    const Point d = at - nodes[k];
+    Point const d = at - nodes[k];
     if (slopes) {
-      const Point g = C4Slope(d, settings.span, h);
+      Point const g = C4Slope(d, settings.span, h);
       b.insert(b.end(), {g.x, g.y, g.z});
     }
     b.push_back(kernelAt(Norm(d)));
@@ -548,8 +548,8 @@ void PlainFaceOperator::Derive() {
 
 void PlainFaceOperator::DeriveAtTarget(int i) {
   std::vector<Point> nodes;
-  for (const int c : stencils[At(i)]) nodes.push_back(PointOf(c));
-  const std::vector<Values> w = Solve(nodes, targets[At(i)], supports[At(i)], Kernel::C4, true);
+  for (int const c : stencils[At(i)]) nodes.push_back(PointOf(c));
+  std::vector<Values> const w = Solve(nodes, targets[At(i)], supports[At(i)], Kernel::C4, true);
   for (std::size_t k = 0; k < nodes.size(); ++k) {
     gradient[At(i)][k + 1] = {w[0][k], w[1][k], w[2][k]};
     fi[At(i)][k + 1] = w[3][k];
@@ -558,18 +558,18 @@ void PlainFaceOperator::DeriveAtTarget(int i) {
 }
 
 PlainFaceOperator::Values PlainFaceOperator::VertexWeights(int v) {
-  const Point at = NodeAt(v);
+  Point const at = NodeAt(v);
   std::vector<Point> nodes;
   double largest = 0.0;
-  for (const int c : nodeCells[At(v)]) {
+  for (int const c : nodeCells[At(v)]) {
     nodes.push_back(PointOf(c));
-    const double r2 = Dot(at - PointOf(c), at - PointOf(c));
+    double const r2 = Dot(at - PointOf(c), at - PointOf(c));
     if (r2 > largest) largest = r2;
   }
-  const Values w = Solve(nodes, at, std::sqrt(largest), Kernel::C4, false)[0];
+  Values const w = Solve(nodes, at, std::sqrt(largest), Kernel::C4, false)[0];
   double sum = 0.0;
-  for (const double weight : w) sum += weight;
-  const double error = std::fabs(sum - 1.0);
+  for (double const weight : w) sum += weight;
+  double const error = std::fabs(sum - 1.0);
   if (error > maxVertexError) {
     maxVertexError = error;
     maxVertexErrorNode = v;
@@ -578,11 +578,11 @@ PlainFaceOperator::Values PlainFaceOperator::VertexWeights(int v) {
 }
 
 void PlainFaceOperator::DeriveOverVertices(int i) {
-  const Row& vertices = faceNodes[At(i)];
+  Row const& vertices = faceNodes[At(i)];
   std::vector<Point> nodes = {PointOf(stencils[At(i)][0]), PointOf(stencils[At(i)][1])};
-  for (const int v : vertices) nodes.push_back(NodeAt(v));
-  const std::vector<Values> s = Solve(nodes, targets[At(i)], supports[At(i)], Kernel::C4, true);
-  const auto add = [&](int position, double w, std::size_t node) {
+  for (int const v : vertices) nodes.push_back(NodeAt(v));
+  std::vector<Values> const s = Solve(nodes, targets[At(i)], supports[At(i)], Kernel::C4, true);
+  auto const add = [&](int position, double w, std::size_t node) {
     Point& g = gradient[At(i)][At(position)];
     g.x += w * s[0][node];
     g.y += w * s[1][node];
@@ -590,7 +590,7 @@ void PlainFaceOperator::DeriveOverVertices(int i) {
     fi[At(i)][At(position)] += w * s[3][node];
   };
   for (std::size_t j = 0; j < vertices.size(); ++j) {
-    const Values w = VertexWeights(vertices[j]);
+    Values const w = VertexWeights(vertices[j]);
     for (std::size_t m = 0; m < w.size(); ++m) add(rows[At(i)][j][m], w[m], 2 + j);
   }
   add(1, 1.0, 0);
@@ -600,38 +600,38 @@ void PlainFaceOperator::DeriveOverVertices(int i) {
 }
 
 PlainFaceOperator::Values PlainFaceOperator::VirtualPointWeights(bool fromVertices, int i, int k) {
-  const PlainVirtualPoint& at = virtualPoints[At(i)][At(k)];
+  PlainVirtualPoint const& at = virtualPoints[At(i)][At(k)];
   std::vector<Point> nodes;
   if (fromVertices) {
-    for (const int v : cellNodes[At(at.cell)]) nodes.push_back(NodeAt(v));
+    for (int const v : cellNodes[At(at.cell)]) nodes.push_back(NodeAt(v));
   } else {
     // Position 0 takes the number of members for a cell.
-    for (const int position : rows[At(i)][At(k - 1)]) {
-      const Row& stencil = stencils[At(i)];
+    for (int const position : rows[At(i)][At(k - 1)]) {
+      Row const& stencil = stencils[At(i)];
       nodes.push_back(PointOf(position == 0 ? static_cast<int>(stencil.size()) : stencil[At(position - 1)]));
     }
   }
   double largest = 0.0;
-  for (const Point& node : nodes) {
-    const double r2 = Dot(at.point - node, at.point - node);
+  for (Point const& node : nodes) {
+    double const r2 = Dot(at.point - node, at.point - node);
     if (r2 > largest) largest = r2;
   }
   return Solve(nodes, at.point, std::sqrt(largest), Kernel::C2, false)[0];
 }
 
 void PlainFaceOperator::DeriveOverVirtualPoints(int i) {
-  const Point f = targets[At(i)], p = virtualPoints[At(i)][1].point, e = virtualPoints[At(i)][2].point;
-  const double d = Distance(p, e), dFE = Distance(f, e), dFP = Distance(f, p), inverse = 1.0 / d;
-  const Values atP = VirtualPointWeights(false, i, 1);
+  Point const f = targets[At(i)], p = virtualPoints[At(i)][1].point, e = virtualPoints[At(i)][2].point;
+  double const d = Distance(p, e), dFE = Distance(f, e), dFP = Distance(f, p), inverse = 1.0 / d;
+  Values const atP = VirtualPointWeights(false, i, 1);
   for (std::size_t j = 0; j < atP.size(); ++j) {
-    const std::size_t position = At(rows[At(i)][0][j]);
+    std::size_t const position = At(rows[At(i)][0][j]);
     dn[At(i)][position] -= atP[j] * inverse;
     fi[At(i)][position] += atP[j] * (dFE / d);
   }
   if (faceType == kInner || faceType == kPartition) {
-    const Values atE = VirtualPointWeights(false, i, 2);
+    Values const atE = VirtualPointWeights(false, i, 2);
     for (std::size_t j = 0; j < atE.size(); ++j) {
-      const std::size_t position = At(rows[At(i)][1][j]);
+      std::size_t const position = At(rows[At(i)][1][j]);
       dn[At(i)][position] += atE[j] * inverse;
       fi[At(i)][position] += atE[j] * (dFP / d);
     }
@@ -643,16 +643,16 @@ void PlainFaceOperator::DeriveOverVirtualPoints(int i) {
 }
 
 void PlainFaceOperator::DeriveOverVerticesOfTiedCells(int i) {
-  const Point f = targets[At(i)], p = virtualPoints[At(i)][1].point, e = virtualPoints[At(i)][2].point;
-  const double d = Distance(p, e), inverse = 1.0 / d, ratio = Distance(f, p) / d;
+  Point const f = targets[At(i)], p = virtualPoints[At(i)][1].point, e = virtualPoints[At(i)][2].point;
+  double const d = Distance(p, e), inverse = 1.0 / d, ratio = Distance(f, p) / d;
   std::size_t row = 0;
-  const auto add = [&](int k, double sign) {
-    const Values w = VirtualPointWeights(true, i, k);
-    const Row& vertices = cellNodes[At(virtualPoints[At(i)][At(k)].cell)];
+  auto const add = [&](int k, double sign) {
+    Values const w = VirtualPointWeights(true, i, k);
+    Row const& vertices = cellNodes[At(virtualPoints[At(i)][At(k)].cell)];
     for (std::size_t j = 0; j < w.size(); ++j, ++row) {
-      const Values u = VertexWeights(vertices[j]);
+      Values const u = VertexWeights(vertices[j]);
       for (std::size_t m = 0; m < u.size(); ++m) {
-        const std::size_t position = At(rows[At(i)][row][m]);
+        std::size_t const position = At(rows[At(i)][row][m]);
         dn[At(i)][position] += sign * (w[j] * inverse * u[m]);
         fi[At(i)][position] += w[j] * ratio;
       }
@@ -706,7 +706,7 @@ void PlainFaceOperator::AccountForNormal(int i) {
   Raise(ddn, std::fabs(g), g, i);
 }
 
-PlainFaceOperator::Values PlainFaceOperator::Apply(const Values& phi) const {
+PlainFaceOperator::Values PlainFaceOperator::Apply(Values const& phi) const {
   Values result(At(nFace + 1), 0.0);
   for (int i = 1; i <= nFace; ++i) {
     double v = 0.0;

@@ -46,8 +46,8 @@ class PlainFaceOperator {
   using Row = std::vector<int>;        ///< entries from index 0 on
   using Values = std::vector<double>;  ///< [1..n], element 0 unused
 
-  PlainFaceOperator(const CZYN3DFiniteVolumeMesh& mesh, CPartitionFace_DLL& partitionFaces, int faceType,
-                    const PlainSettings& settings);
+  PlainFaceOperator(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces, int faceType,
+                    PlainSettings const& settings);
 
   /// All stages in their order.
   void Run();
@@ -59,16 +59,16 @@ class PlainFaceOperator {
   void Derive();
 
   /// value_i = sum over the stencil. @return [1..nFace]
-  Values Apply(const Values& phi) const;
+  Values Apply(Values const& phi) const;
 
   // Single steps, as the library has them.
   int ClosestCell(Point p) const;
-  void PlaceVirtualPoints(int i, const int (&pair)[2], Point s);
-  void PlaceVirtualPointsInCells(int i, const int (&pair)[2], Point s);
-  void StencilFromVertices(int i, const int (&pair)[2], const Row& vertices);
-  void StencilFromNeighbours(int i, const int (&pair)[2]);
-  void StencilFromVerticesOfTiedCells(int i, const int (&pair)[2]);
-  void StencilFromCubes(int i, const int (&pair)[2], Point n);
+  void PlaceVirtualPoints(int i, int const (&pair)[2], Point s);
+  void PlaceVirtualPointsInCells(int i, int const (&pair)[2], Point s);
+  void StencilFromVertices(int i, int const (&pair)[2], Row const& vertices);
+  void StencilFromNeighbours(int i, int const (&pair)[2]);
+  void StencilFromVerticesOfTiedCells(int i, int const (&pair)[2]);
+  void StencilFromCubes(int i, int const (&pair)[2], Point n);
   void DeriveAtTarget(int i);
   void DeriveOverVertices(int i);
   void DeriveOverVirtualPoints(int i);
@@ -80,14 +80,14 @@ class PlainFaceOperator {
   /// The group's arrays.
   struct GroupArrays {
     int count;
-    const int *cv, *other;
+    int const *cv, *other;
     int* const* nodes;
-    const double *x, *y, *z;  ///< centre; null for partition faces
-    const double *sx, *sy, *sz;
+    double const *x, *y, *z;  ///< centre; null for partition faces
+    double const *sx, *sy, *sz;
   };
   GroupArrays Of(int group) const;
 
-  const CZYN3DFiniteVolumeMesh& mesh;
+  CZYN3DFiniteVolumeMesh const& mesh;
   int faceType, nFace;
   PlainSettings settings;
 
@@ -126,17 +126,17 @@ class PlainFaceOperator {
   std::vector<int> Search(Point p, double d) const;
   std::vector<int> GrowingSearch(Point p, int wanted, double& d) const;
   void SortByDistance(std::vector<int>& ids, std::vector<double>& distances) const;
-  Row DistinctPoints(const Row& list) const;
+  Row DistinctPoints(Row const& list) const;
   void CreateNodeCells();
   void CreateCellNodes();
   void CreateNeighbours();
   std::vector<int> SharingTwoVertices(int c) const;
   void StencilByNode(int i);
-  void SetSides(int i, const Row& merged, const Row& listP, const Row& listE);
+  void SetSides(int i, Row const& merged, Row const& listP, Row const& listE);
   double PlaneAhead(Point origin, Point direction, int cell, int exceptGroup, int exceptFace) const;
 
   /// Solution columns [0..n-1] of the value and, with the C4 kernel, before it those of the slope.
-  std::vector<Values> Solve(const std::vector<Point>& nodes, Point at, double h, Kernel kernel, bool slopes);
+  std::vector<Values> Solve(std::vector<Point> const& nodes, Point at, double h, Kernel kernel, bool slopes);
   void ResizeRows(int i, std::size_t n);
   void AccountForSlopes(int i);
   void AccountForNormal(int i);

@@ -58,13 +58,13 @@ void FillReport(Object& o) {
   o.MAXerr = 0.0625, o.MAXerrNodeID = 11;
 }
 
-const std::string kValueLines =
+std::string const kValueLines =
     "fi RMS ERROR                = 5.000000e-01\n"
     "fi MAX ERROR                = 1.250000e-01\n"
     "fi MAX analysis ; RBF fi    = 1.000000e+00 8.750000e-01\n"
     "fi MAX Coord                = 1.000000e+01 2.500000e+00 -2.000000e+01\n\n";
 
-const std::string kNormalLines =
+std::string const kNormalLines =
     "dfi/dn RMS ERROR                = 2.500000e+00\n"
     "dfi/dn MAX ERROR                = 5.500000e+00\n"
     "dfi/dn MAX Face ID              = 2\n"
@@ -73,7 +73,7 @@ const std::string kNormalLines =
     "dfi/dn MAX Virtual P Coord      = 1.000000e+01 2.500000e+00 3.000000e+01\n"
     "dfi/dn MAX Virtual E Coord      = 3.000000e+01 -2.500000e+00 -3.000000e+01\n\n";
 
-const std::string kSlopeLines =
+std::string const kSlopeLines =
     "MAXerr NodeID = 11, ERROR = 6.250000e-02\n"
     "dfi/dx RMS ERROR                = 1.000000e+00\n"
     "dfi/dx MAX ERROR                = 2.500000e+00\n"
@@ -97,7 +97,7 @@ TEST(FaceReport, OfMethod4IsTheseLinesByteForByte) {
 }
 
 TEST(FaceReport, OfAllOtherMethodsIsTheseLinesByteForByte) {
-  for (const int method : {1, 2, 3, 7}) {
+  for (int const method : {1, 2, 3, 7}) {
     Reporting r(kInner, method);
     FillReport(r.object);
     EXPECT_EQ("Inner Face FI = 1.e0\n\n" + kValueLines + kSlopeLines, r.Text()) << method;
@@ -105,8 +105,8 @@ TEST(FaceReport, OfAllOtherMethodsIsTheseLinesByteForByte) {
 }
 
 TEST(FaceReport, BeginsWithTheHeadingOfTheFaceType) {
-  const std::string headings[] = {"", "Inner", "Wall", "Inlet", "Outlet", "Partinter", "Symmetry"};
-  for (const Group group : kGroups) {
+  std::string const headings[] = {"", "Inner", "Wall", "Inlet", "Outlet", "Partinter", "Symmetry"};
+  for (Group const group : kGroups) {
     Reporting r(group);
     FillReport(r.object);
     EXPECT_EQ(headings[group] + " Face FI = 1.e0\n\n" + kValueLines + kNormalLines, r.Text());
@@ -114,7 +114,7 @@ TEST(FaceReport, BeginsWithTheHeadingOfTheFaceType) {
 }
 
 TEST(FaceReport, OfAnUnknownTypeHasNoHeading) {
-  for (const int type : {0, 7, -1}) {
+  for (int const type : {0, 7, -1}) {
     Reporting r(type);
     FillReport(r.object);
     EXPECT_EQ(kValueLines + kNormalLines, r.Text());
@@ -126,7 +126,7 @@ TEST(FaceReport, IsFlushedAtOnce) {
   FillReport(r.object);
   std::string arrived;
   {
-    const rbf_cell_test::FlushedOutput output;
+    rbf_cell_test::FlushedOutput const output;
     r.object.PrintDebugMessage();
     arrived = output.Arrived();
   }
@@ -135,7 +135,7 @@ TEST(FaceReport, IsFlushedAtOnce) {
 
 TEST(FaceReport, PrintsTheCoordinatesOfElement0WithoutAWorstFace) {
   Reporting four(kWall), three(kWall, 3);
-  const std::string zeros = "0.000000e+00 0.000000e+00 0.000000e+00\n";
+  std::string const zeros = "0.000000e+00 0.000000e+00 0.000000e+00\n";
   EXPECT_EQ(
       "Wall Face FI = 1.e0\n\n"
       "fi RMS ERROR                = 0.000000e+00\n"
@@ -156,7 +156,7 @@ TEST(FaceReport, PrintsTheCoordinatesOfElement0WithoutAWorstFace) {
 }
 
 TEST(FaceReport, TurnsAllFiveSumsOfSquaresIntoRootMeanSquares) {
-  for (const int method : {3, 4}) {
+  for (int const method : {3, 4}) {
     Reporting r(kInner, method);
     FillReport(r.object);
     r.Text();
@@ -185,12 +185,12 @@ std::string WithoutSignsOfNaN(std::string text) {
 }
 
 TEST(FaceReport, OfMethods1And2DividesBy0AndPrintsWhatComesOut) {
-  for (const int method : {1, 2}) {
+  for (int const method : {1, 2}) {
     Reporting r(kInner, method);
     FillReport(r.object);
     r.object.dfidyRMS = 0.0;
     r.object.NFaceDone = 0;
-    const std::string text = WithoutSignsOfNaN(r.Text());
+    std::string const text = WithoutSignsOfNaN(r.Text());
     EXPECT_NE(std::string::npos, text.find("\nfi RMS ERROR                = inf\n"));
     EXPECT_NE(std::string::npos, text.find("\ndfi/dx RMS ERROR                = inf\n"));
     EXPECT_NE(std::string::npos, text.find("\ndfi/dy RMS ERROR                = nan\n"));
@@ -201,7 +201,7 @@ TEST(FaceReport, OfMethods1And2DividesBy0AndPrintsWhatComesOut) {
 
 // ------------------------------------------------------------------------------------------ a report of a whole run
 
-std::string Formatted(const char* format, ...) {
+std::string Formatted(char const* format, ...) {
   char text[1024];
   std::va_list arguments;
   va_start(arguments, format);
@@ -210,24 +210,24 @@ std::string Formatted(const char* format, ...) {
   return text;
 }
 
-std::string Coordinates(const char* label, Point p, const char* end = "\n") {
+std::string Coordinates(char const* label, Point p, char const* end = "\n") {
   return Formatted("%s= %le %le %le%s", label, 10.0 * p.x, 10.0 * p.y, 10.0 * p.z, end);
 }
 
-double RootMean(const PlainErrors& errors, const PlainFaceOperator& plain) {
+double RootMean(PlainErrors const& errors, PlainFaceOperator const& plain) {
   return std::sqrt(errors.squares / static_cast<double>(plain.facesDone));
 }
 
 /// Lines of one derivative: mean, largest, value there, and the rest as given.
-std::string SlopeLines(const PlainFaceOperator& plain, char axis, const PlainErrors& e,
-                       const std::string& rest) {
+std::string SlopeLines(PlainFaceOperator const& plain, char axis, PlainErrors const& e,
+                       std::string const& rest) {
   return Formatted("dfi/d%c RMS ERROR                = %le\n", axis, RootMean(e, plain)) +
          Formatted("dfi/d%c MAX ERROR                = %le\n", axis, e.largest) + rest;
 }
 
-std::string ExpectedReport(const PlainFaceOperator& p, const char* heading) {
-  const auto target = [&](int face) { return p.targets[static_cast<std::size_t>(face)]; };
-  const auto virtualPoint = [&](int face, std::size_t k) {
+std::string ExpectedReport(PlainFaceOperator const& p, char const* heading) {
+  auto const target = [&](int face) { return p.targets[static_cast<std::size_t>(face)]; };
+  auto const virtualPoint = [&](int face, std::size_t k) {
     return p.virtualPoints[static_cast<std::size_t>(face)][k].point;
   };
   std::string text = heading + std::string(" Face FI = 1.e0\n\n");
@@ -247,11 +247,11 @@ std::string ExpectedReport(const PlainFaceOperator& p, const char* heading) {
   text += Formatted("MAXerr NodeID = %d, ERROR = %le\n", p.maxVertexErrorNode, p.maxVertexError);
   const struct {
     char axis;
-    const PlainErrors& e;
+    PlainErrors const& e;
   } slopes[] = {{'x', p.ddx}, {'y', p.ddy}, {'z', p.ddz}};
-  for (const auto& [axis, e] : slopes) {
+  for (auto const& [axis, e] : slopes) {
     std::string rest = Formatted("dfi/d%c MAX analysis ; RBF dfi/d%c= %le %le\n", axis, axis, 0.0, e.sum);
-    const std::string label = Formatted("dfi/d%c MAX Coord                ", axis);
+    std::string const label = Formatted("dfi/d%c MAX Coord                ", axis);
     rest += Coordinates(label.c_str(), target(e.face), axis == 'x' ? "\n" : "\n\n");
     if (axis == 'x') {
       rest += Coordinates("dfi/dx MAX Virtual P Coord      ", virtualPoint(e.face, 1));
@@ -263,19 +263,19 @@ std::string ExpectedReport(const PlainFaceOperator& p, const char* heading) {
 }
 
 /// The report alone of what a set-up printed.
-std::string ReportIn(const std::string& printed, const std::string& heading) {
-  const std::size_t begin = printed.find(heading + " Face FI");
+std::string ReportIn(std::string const& printed, std::string const& heading) {
+  std::size_t const begin = printed.find(heading + " Face FI");
   return begin == std::string::npos ? printed : printed.substr(begin);
 }
 
 TEST(FaceReport, OfARunIsMadeOfTheRowsOfAllFaces) {
-  const char* const headings[] = {"", "Inner", "Wall", "Inlet", "Outlet", "Partinter", "Symmetry"};
-  for (const int method : {1, 2, 3, 4}) {
-    for (const Group group : kGroups) {
-      const PlainSettings settings = {method, 50.0, 8};
+  char const* const headings[] = {"", "Inner", "Wall", "Inlet", "Outlet", "Partinter", "Symmetry"};
+  for (int const method : {1, 2, 3, 4}) {
+    for (Group const group : kGroups) {
+      PlainSettings const settings = {method, 50.0, 8};
       FaceBed bed(SkewedCubesOfAllGroups());
       bed.host.parameters.block.iDebugMode = 1;
-      const std::string report = ReportIn(bed.SetUp(group, settings), headings[group]);
+      std::string const report = ReportIn(bed.SetUp(group, settings), headings[group]);
       PlainFaceOperator plain = bed.Plain(group, settings);
       plain.Run();
       EXPECT_EQ(WithoutSignsOfNaN(ExpectedReport(plain, headings[group])), WithoutSignsOfNaN(report))
@@ -285,7 +285,7 @@ TEST(FaceReport, OfARunIsMadeOfTheRowsOfAllFaces) {
 }
 
 TEST(FaceReport, IsPrintedOnlyInDebugMode) {
-  for (const std::string debug : {"0", "1"}) {
+  for (std::string const debug : {"0", "1"}) {
     FaceBed bed(TwoCubes(), Settings("50", "4", "1.0", "8", debug));
     EXPECT_EQ(debug == "1", bed.SetUp(kInner).find("Inner Face FI = 1.e0\n\n") == 0);
   }
@@ -293,7 +293,7 @@ TEST(FaceReport, IsPrintedOnlyInDebugMode) {
 
 // The value rows of these faces are 0, so each has a sum of 0 and an error of 1.
 TEST(FaceReport, OfMethod4ShowsAnErrorOf1ForEveryBoundaryFace) {
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(group, {4, 50.0, 8});
     EXPECT_EQ(static_cast<double>(bed.object.NFace), bed.object.fiRMS);
@@ -306,10 +306,10 @@ TEST(FaceReport, OfMethod4ShowsAnErrorOf1ForEveryBoundaryFace) {
 }
 
 TEST(FaceReport, OfMethods1To3HasZeroVirtualPoints) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.host.parameters.block.iDebugMode = 1;
-    const std::string text = bed.SetUp(kInner, {method, 50.0, 8});
+    std::string const text = bed.SetUp(kInner, {method, 50.0, 8});
     EXPECT_GT(bed.object.dfidxMAXFaceID, 0);
     EXPECT_NE(std::string::npos,
               text.find("dfi/dx MAX Virtual P Coord      = 0.000000e+00 0.000000e+00 0.000000e+00\n"
@@ -318,7 +318,7 @@ TEST(FaceReport, OfMethods1To3HasZeroVirtualPoints) {
 }
 
 TEST(FaceReport, OfMethods3And4CountsEveryFace) {
-  for (const int method : {1, 2, 3, 4}) {
+  for (int const method : {1, 2, 3, 4}) {
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(kInner, {method, 50.0, 8});
     EXPECT_EQ(method >= 3 ? 54 : 0, bed.object.NFaceDone) << method;

@@ -26,7 +26,7 @@ using Array = gradient_test::GuardedArray<double>;
 /// The result tables of all operators of a sequence, each once.
 class Tables {
  public:
-  void Keep(const Object& object) {
+  void Keep(Object const& object) {
     conn_.insert(object.m_ppFaceCellConn);
     gradient_.insert(object.m_ppFaceGradCoef);
     value_.insert(object.m_ppFaceFiCoef);
@@ -41,8 +41,8 @@ class Tables {
   }
 
   Tables() = default;
-  Tables(const Tables&) = delete;
-  Tables& operator=(const Tables&) = delete;
+  Tables(Tables const&) = delete;
+  Tables& operator=(Tables const&) = delete;
   ~Tables() {
     for (int** const table : conn_) Give<int**>(table, &Object::m_ppFaceCellConn);
     for (IBCnode** const table : gradient_) Give<IBCnode**>(table, &Object::m_ppFaceGradCoef);
@@ -64,31 +64,31 @@ class Tables {
 };
 
 template <typename T>
-const T* RowOfTable(T** table, int i) {
+T const* RowOfTable(T** table, int i) {
   return table == nullptr ? nullptr : table[i];
 }
 
-bool SameBytes(const void* a, const void* b, std::size_t n) { return std::memcmp(a, b, n) == 0; }
+bool SameBytes(void const* a, void const* b, std::size_t n) { return std::memcmp(a, b, n) == 0; }
 
 /// Stencils and coefficients of two operators, bit for bit.
-::testing::AssertionResult SameResults(const Object& expected, const Object& actual) {
+::testing::AssertionResult SameResults(Object const& expected, Object const& actual) {
   if (expected.NFace != actual.NFace) return ::testing::AssertionFailure() << "numbers of faces differ";
   for (int i = 1; i <= expected.NFace; ++i) {
-    const int *const row = RowOfTable(expected.m_ppFaceCellConn, i), *const other = RowOfTable(
+    int const *const row = RowOfTable(expected.m_ppFaceCellConn, i), *const other = RowOfTable(
                                                                          actual.m_ppFaceCellConn, i);
     if ((row == nullptr) != (other == nullptr))
       return ::testing::AssertionFailure() << "only one has stencil " << i;
     if (row == nullptr) continue;
-    const std::size_t n = static_cast<std::size_t>(row[0]);
+    std::size_t const n = static_cast<std::size_t>(row[0]);
     if (!SameBytes(row, other, (n + 1) * sizeof(int)))
       return ::testing::AssertionFailure() << "stencil " << i;
-    for (const auto table : {&Object::m_ppFaceFiCoef, &Object::m_ppFaceDnCoef}) {
-      const double *const a = RowOfTable(expected.*table, i), *const b = RowOfTable(actual.*table, i);
+    for (auto const table : {&Object::m_ppFaceFiCoef, &Object::m_ppFaceDnCoef}) {
+      double const *const a = RowOfTable(expected.*table, i), *const b = RowOfTable(actual.*table, i);
       if ((a == nullptr) != (b == nullptr)) return ::testing::AssertionFailure() << "only one has row " << i;
       if (a != nullptr && !SameBytes(a, b, (n + 1) * sizeof(double)))
         return ::testing::AssertionFailure() << "row " << i;
     }
-    const IBCnode *const a = RowOfTable(expected.m_ppFaceGradCoef, i), *const b = RowOfTable(
+    IBCnode const *const a = RowOfTable(expected.m_ppFaceGradCoef, i), *const b = RowOfTable(
                                                                            actual.m_ppFaceGradCoef, i);
     if ((a == nullptr) != (b == nullptr))
       return ::testing::AssertionFailure() << "only one has gradients " << i;
@@ -100,12 +100,12 @@ bool SameBytes(const void* a, const void* b, std::size_t n) { return std::memcmp
 }
 
 /// All numbers of the report, as text, so that two that are no numbers are alike.
-std::string Report(const Object& o) {
+std::string Report(Object const& o) {
   std::string text;
-  for (const int n : {o.NFaceDone, o.fiMAXFaceID, o.dfidxMAXFaceID, o.dfidyMAXFaceID, o.dfidzMAXFaceID,
+  for (int const n : {o.NFaceDone, o.fiMAXFaceID, o.dfidxMAXFaceID, o.dfidyMAXFaceID, o.dfidzMAXFaceID,
                       o.dfidnMAXFaceID, o.MAXerrNodeID})
     text += std::to_string(n) + " ";
-  for (const double v : {o.fiMAX, o.fiMAXAnalysis, o.fiMAXRBF, o.dfidxMAX, o.dfidxMAXRBF, o.dfidyMAX,
+  for (double const v : {o.fiMAX, o.fiMAXAnalysis, o.fiMAXRBF, o.dfidxMAX, o.dfidxMAXRBF, o.dfidyMAX,
                          o.dfidyMAXRBF, o.dfidzMAX, o.dfidzMAXRBF, o.dfidnMAX, o.dfidnMAXRBF, o.MAXerr}) {
     char number[40];
     std::snprintf(number, sizeof(number), "%a ", v);
@@ -130,7 +130,7 @@ struct Choice {
         byFile(UniformInt(random, 0, 3) == 0),
         faceType(UniformInt(random, 1, 6)),
         debug(UniformInt(random, 0, 1)) {
-    const int methods[] = {1, 2, 3, 3, 4, 4, 7};
+    int const methods[] = {1, 2, 3, 3, 4, 4, 7};
     settings.method = methods[UniformInt(random, 0, 6)];
     settings.span = UniformInt(random, 20, 1000);
     settings.searchNumber = UniformInt(random, 1, UniformInt(random, 0, 9) == 0 ? 500 : 9);
@@ -177,9 +177,9 @@ TEST(FaceOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
     std::string history;
     testing::internal::CaptureStdout();
     for (int step = 0; step < 7; ++step) {
-      const std::size_t which = static_cast<std::size_t>(UniformInt(random, 0, 1));
+      std::size_t const which = static_cast<std::size_t>(UniformInt(random, 0, 1));
       Object& object = objects[which];
-      const Choice choice(random);
+      Choice const choice(random);
       history += choice.Text() + "; ";
       choice.SetUp(hosts, object);
       tables.Keep(object);
@@ -188,8 +188,8 @@ TEST(FaceOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
       choice.SetUp(hosts, fresh);
       EXPECT_TRUE(SameResults(fresh, object)) << "seed " << seed << ": " << history;
       EXPECT_EQ(Report(fresh), Report(object)) << "seed " << seed << ": " << history;
-      const int nCell = hosts.Of(choice.isLarge).NCell();
-      const Array expected = Applied(fresh, nCell), actual = Applied(object, nCell);
+      int const nCell = hosts.Of(choice.isLarge).NCell();
+      Array const expected = Applied(fresh, nCell), actual = Applied(object, nCell);
       EXPECT_TRUE(SameBytes(expected.Data() + 1, actual.Data() + 1,
                             static_cast<std::size_t>(object.NFace) * sizeof(double)))
           << history;
@@ -202,7 +202,7 @@ TEST(FaceOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
       }
       // Nobody says which faces a number beyond the groups stands for; those of the last set-up are searched anew.
       if (UniformInt(random, 0, 6) == 0) {
-        const int type = UniformInt(random, 0, 1) == 0 ? 0 : 9;
+        int const type = UniformInt(random, 0, 1) == 0 ? 0 : 9;
         object.Initialize_FaceInterpolateData(type);
         tables.Keep(object);
         history += "no type; ";
@@ -216,10 +216,10 @@ TEST(FaceOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
 // Method 4 has no gradients, and a method without steps no rows at all; the tables are those of the last set-up.
 TEST(FaceOperatorSequences, GradientsAfterASetUpWithoutThemHaveRoomForALargerGroup) {
   Hosts hosts;
-  for (const int between : {4, 7}) {
+  for (int const between : {4, 7}) {
     Tables tables;
     Object object;
-    const auto setUp = [&](int method, bool isLarge, int faceType) {
+    auto const setUp = [&](int method, bool isLarge, int faceType) {
       Random random(1);
       Choice choice(random);
       choice.settings = {method, 50.0, 4};
@@ -250,7 +250,7 @@ TEST(FaceOperatorSequences, AGroupOfTheMeshWithoutFacesNeedsNoPartitionFaces) {
   CZyn3dGV globals;
   Object object;
   EXPECT_EQ(1, object.getZyn3dGV(&globals, nullptr, nullptr, &mesh));
-  for (const int faceType : {1, 2, 3, 4, 6}) {
+  for (int const faceType : {1, 2, 3, 4, 6}) {
     EXPECT_EQ(0, object.Initialize_FaceInterpolateData(faceType));
     EXPECT_EQ(0, object.NFace);
   }

@@ -15,8 +15,8 @@
 namespace rbf_face_test {
 namespace {
 
-const std::string kDefaultLine = "Default DQ parameter is adopted.\n";
-const std::string kDefaults =
+std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
+std::string const kDefaults =
     "1004\nSpan              = 1000\niSearch_method    = 4\nSearch_distance   = 2.500000\nSearch_number     "
     "= "
     "20\nDebug mode        = 0\n";
@@ -31,7 +31,7 @@ struct Reader : FaceBed {
     object.MeanDistance = 1.25;
     object.ChangeFileName(object.RBFFileName, ".rbf", host.globals.BaseFileName);
   }
-  explicit Reader(const std::string& file) : Reader() { folder.Write(file); }
+  explicit Reader(std::string const& file) : Reader() { folder.Write(file); }
 
   std::string Read() {
     return Printed([this] { EXPECT_EQ(0, object.ReadRBFbackdoorfile()); });
@@ -85,7 +85,7 @@ TEST(FaceSettings, MessageIsFlushedAtOnce) {
   Reader reader;
   std::string arrived;
   {
-    const rbf_cell_test::FlushedOutput output;
+    rbf_cell_test::FlushedOutput const output;
     reader.object.ReadRBFbackdoorfile();
     arrived = output.Arrived();
   }
@@ -121,7 +121,7 @@ TEST(FaceSettings, DistanceIsTakenAsItStandsEvenWhenNegative) {
 }
 
 TEST(FaceSettings, DebugModeIsOnForAnyNumberAbove0) {
-  for (const std::string mode : {"1", "2", "100"}) {
+  for (std::string const mode : {"1", "2", "100"}) {
     Reader reader(Settings("25", "2", "1", "12", mode));
     reader.Read();
     EXPECT_TRUE(reader.object.bDebug) << mode;
@@ -129,8 +129,8 @@ TEST(FaceSettings, DebugModeIsOnForAnyNumberAbove0) {
 }
 
 TEST(FaceSettings, DebugModeThatIsNotAbove0KeepsItsValue) {
-  for (const bool before : {false, true}) {
-    for (const std::string mode : {"0", "-1", "off"}) {
+  for (bool const before : {false, true}) {
+    for (std::string const mode : {"0", "-1", "off"}) {
       Reader reader(Settings("25", "2", "1", "12", mode));
       reader.object.bDebug = before;
       reader.Read();
@@ -186,8 +186,8 @@ TEST(FaceSettings, LineOfMoreThan511CharactersCountsTwice) {
 }
 
 TEST(FaceSettings, VeryLongKeysAndValuesDoNoHarm) {
-  for (const std::size_t length : {500U, 511U, 512U, 513U, 1023U, 1024U, 5000U}) {
-    for (const char fill : {'k', '=', ' ', '7'}) {
+  for (std::size_t const length : {500U, 511U, 512U, 513U, 1023U, 1024U, 5000U}) {
+    for (char const fill : {'k', '=', ' ', '7'}) {
       Reader reader("1004\nSpan = 5\nm = " + std::string(length, fill) + "\n" + std::string(length, fill) +
                     " = 2\n");
       reader.Read();
@@ -198,7 +198,7 @@ TEST(FaceSettings, VeryLongKeysAndValuesDoNoHarm) {
 
 // ------------------------------------------------------------------------------------------- files of others
 
-void ExpectStartedAnew(const std::string& file) {
+void ExpectStartedAnew(std::string const& file) {
   Reader reader(file);
   EXPECT_EQ(kDefaultLine, reader.Read()) << file;
   EXPECT_EQ(kDefaults, reader.folder.Read()) << file;
@@ -214,13 +214,13 @@ TEST(FaceSettings, FileOfThePointOperatorIsDeletedAndWrittenAnew) {
 }
 
 TEST(FaceSettings, OtherFirstLinesAreDeletedAndWrittenAnew) {
-  for (const char* const first : {"0", "-1004", "10040", "100", "1 004", "0x3EC", "format 1004", ""})
+  for (char const* const first : {"0", "-1004", "10040", "100", "1 004", "0x3EC", "format 1004", ""})
     ExpectStartedAnew(std::string(first) + "\nSpan = 25\nm = 2\nd = 1\nn = 2\ndebug = 1\n");
   ExpectStartedAnew("");
 }
 
 TEST(FaceSettings, FormatNumberMayBeFollowedByText) {
-  for (const char* const first : {"1004", "  1004", "\t1004 ", "1004.5", "1004 face operator", "+1004"}) {
+  for (char const* const first : {"1004", "  1004", "\t1004 ", "1004.5", "1004 face operator", "+1004"}) {
     Reader reader(std::string(first) + "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n");
     EXPECT_EQ("", reader.Read()) << first;
     reader.ExpectValues(25.0, 2, 0.75, 12, true);
@@ -228,7 +228,7 @@ TEST(FaceSettings, FormatNumberMayBeFollowedByText) {
 }
 
 TEST(FaceSettings, FirstLineIsReadTo255Characters) {
-  const std::string values = "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n";
+  std::string const values = "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n";
   Reader fits(std::string(251, ' ') + "1004" + values);
   EXPECT_EQ("", fits.Read());
   fits.ExpectValues(25.0, 2, 0.75, 12, true);
@@ -271,8 +271,8 @@ class WithoutPrivileges {
   ~WithoutPrivileges() {
     if (wasRoot_ && seteuid(0) != 0) ADD_FAILURE() << "the superuser's rights did not come back";
   }
-  WithoutPrivileges(const WithoutPrivileges&) = delete;
-  WithoutPrivileges& operator=(const WithoutPrivileges&) = delete;
+  WithoutPrivileges(WithoutPrivileges const&) = delete;
+  WithoutPrivileges& operator=(WithoutPrivileges const&) = delete;
 
   bool Effective() const { return geteuid() != 0; }
 
@@ -287,7 +287,7 @@ bool ReadUnreadable(Reader& reader, mode_t folder, std::string& printed) {
   EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), folder));
   bool effective = false;
   {
-    const WithoutPrivileges asAnyone;
+    WithoutPrivileges const asAnyone;
     effective = asAnyone.Effective();
     if (effective) printed = reader.Read();
   }
@@ -350,8 +350,8 @@ TEST(FaceSettingsBlock, DistanceOf0Stays0) {
 }
 
 TEST(FaceSettingsBlock, DebugModeThatIsNotAbove0KeepsItsValue) {
-  for (const bool before : {false, true}) {
-    for (const int mode : {0, -1}) {
+  for (bool const before : {false, true}) {
+    for (int const mode : {0, -1}) {
       BlockReader reader(25, 2, 1.0, 12, mode);
       reader.object.bDebug = before;
       reader.ReadBlock();
@@ -380,7 +380,7 @@ class ParametersWithoutBlock : public CZYNKNCMPCompParm {
 };
 
 TEST(FaceSettingsBlock, ThatIsMissingKeepsTheValuesAndLeavesTheFile) {
-  const std::string file = Settings("25", "2", "0.75", "12", "1");
+  std::string const file = Settings("25", "2", "0.75", "12", "1");
   Reader reader(file);
   ParametersWithoutBlock parameters;
   reader.object.SetZYNKNCMP(&parameters);

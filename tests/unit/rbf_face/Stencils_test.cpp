@@ -20,14 +20,14 @@ using rbf_cell_test::SameBits;
 using Row = std::vector<int>;
 
 struct WithStencils {
-  WithStencils(const MeshPlan& plan, int faceType, const PlainSettings& settings)
+  WithStencils(MeshPlan const& plan, int faceType, PlainSettings const& settings)
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FindStencils();
   }
   CZynFaceRBFInternalObject* operator->() { return &bed.object; }
   Row Stencil(int i) { return RowOf(bed.object.m_ppFaceCellConn[i]); }
   std::set<int> Members(int i) {
-    const Row row = Stencil(i);
+    Row const row = Stencil(i);
     return {row.begin(), row.end()};
   }
 
@@ -64,7 +64,7 @@ TEST(FaceDuplicates, OfAPointTheFirstInTheListStays) {
 
 TEST(FaceDuplicates, OneUnitInTheLastPlaceIsAnotherPoint) {
   Twins t;
-  const double x = std::nextafter(3.0, 4.0), y = std::nextafter(0.5, 0.0), z = std::nextafter(0.25, 1.0);
+  double const x = std::nextafter(3.0, 4.0), y = std::nextafter(0.5, 0.0), z = std::nextafter(0.25, 1.0);
   t.Put(7, x, 0.5, 0.25);
   t.Put(8, 3.0, y, 0.25);
   t.Put(9, 3.0, 0.5, z);
@@ -90,15 +90,15 @@ TEST(FaceDuplicates, PointsThatAreNoNumbersAreAllDifferent) {
 
 TEST(FaceDuplicates, MarksAreTheNewPositionsAnd0ForTheDropped) {
   Twins t;
-  for (const int c : {5, 6, 8}) t.Put(c, 4.0, 0.5, 0.25);
+  for (int const c : {5, 6, 8}) t.Put(c, 4.0, 0.5, 0.25);
   t.list = {0, 2, 4, 5, 3, 6, 8, 9};
   EXPECT_EQ(4, t.Remove(7));
   EXPECT_EQ(1, t.marks[2]);
   EXPECT_EQ(2, t.marks[4]);
   EXPECT_EQ(3, t.marks[3]);
   EXPECT_EQ(4, t.marks[9]);
-  for (const int c : {5, 6, 8}) EXPECT_EQ(0, t.marks[static_cast<std::size_t>(c)]);
-  for (const int c : {1, 7, 10}) EXPECT_EQ(99, t.marks[static_cast<std::size_t>(c)]) << "not in the list";
+  for (int const c : {5, 6, 8}) EXPECT_EQ(0, t.marks[static_cast<std::size_t>(c)]);
+  for (int const c : {1, 7, 10}) EXPECT_EQ(99, t.marks[static_cast<std::size_t>(c)]) << "not in the list";
 }
 
 TEST(FaceDuplicates, EntriesBehindTheNewCountKeepTheirContent) {
@@ -122,20 +122,20 @@ TEST(FaceDuplicates, OfAnEmptyListAreNone) {
 // cells at x = 0; the second holds everything.
 constexpr int kMiddle = 9;
 
-int MiddleFace(const MeshPlan& plan) {
+int MiddleFace(MeshPlan const& plan) {
   for (std::size_t f = 0; f < plan.Of(kInner).size(); ++f)
     if (plan.Of(kInner)[f].cv == 13 && plan.Of(kInner)[f].other == 14) return static_cast<int>(f) + 1;
   return 0;
 }
 
 TEST(FaceStencilByNode, Method1TakesTheWholeFirstCubeThatHoldsEnough) {
-  const MeshPlan plan = CubesOfAllGroups();
+  MeshPlan const plan = CubesOfAllGroups();
   ASSERT_EQ(kMiddle, MiddleFace(plan));
   std::set<int> expected;
   for (int c = 1; c <= 27; ++c)
     if (c % 3 != 0) expected.insert(c);
-  for (const Face& face : plan.Of(kInlet)) expected.insert(face.other);
-  for (const int number : {1, 20, 27}) {
+  for (Face const& face : plan.Of(kInlet)) expected.insert(face.other);
+  for (int const number : {1, 20, 27}) {
     WithStencils o(plan, kInner, {1, 1000.0, number});
     EXPECT_EQ(27, o->m_ppFaceCellConn[kMiddle][0]) << number;
     EXPECT_EQ(expected, o.Members(kMiddle)) << number;
@@ -144,8 +144,8 @@ TEST(FaceStencilByNode, Method1TakesTheWholeFirstCubeThatHoldsEnough) {
 }
 
 TEST(FaceStencilByNode, Method1GrowsTheCubeByAMeanDistance) {
-  const MeshPlan plan = CubesOfAllGroups();
-  for (const int number : {28, 80, 81}) {
+  MeshPlan const plan = CubesOfAllGroups();
+  for (int const number : {28, 80, 81}) {
     WithStencils o(plan, kInner, {1, 1000.0, number});
     EXPECT_EQ(81, o->m_ppFaceCellConn[kMiddle][0]) << number;
     EXPECT_EQ(2.0, o->m_pFaceSupport[kMiddle]) << number;
@@ -154,35 +154,35 @@ TEST(FaceStencilByNode, Method1GrowsTheCubeByAMeanDistance) {
 
 TEST(FaceStencilByNode, Method1HasMembersOutsideTheSphereOfItsSupport) {
   WithStencils o(CubesOfAllGroups(), kInner, {1, 1000.0, 20});
-  const IBCnode& corner = o->m_pNodeTable[1];  // at (0.5, 0.5, 0.5), sqrt(2.25) away
+  IBCnode const& corner = o->m_pNodeTable[1];  // at (0.5, 0.5, 0.5), sqrt(2.25) away
   ASSERT_EQ(0.5, corner.z);
   EXPECT_EQ(1U, o.Members(kMiddle).count(1));
   EXPECT_GT(std::sqrt(2.25), o->m_pFaceSupport[kMiddle]);
 }
 
 TEST(FaceStencilByNode, Method2TakesTheNearestOfThatCube) {
-  const MeshPlan plan = CubesOfAllGroups();
+  MeshPlan const plan = CubesOfAllGroups();
   WithStencils two(plan, kInner, {2, 1000.0, 2});
   EXPECT_EQ((std::set<int>{13, 14}), two.Members(kMiddle));
   EXPECT_EQ(0.5, two->m_pFaceSupport[kMiddle]);
   WithStencils three(plan, kInner, {2, 1000.0, 3});
-  const int inlet = plan.Of(kInlet)[4].other;  // at (0, 1.5, 1.5)
+  int const inlet = plan.Of(kInlet)[4].other;  // at (0, 1.5, 1.5)
   EXPECT_EQ((std::set<int>{13, 14, inlet}), three.Members(kMiddle));
   EXPECT_EQ(inlet, three.Stencil(kMiddle)[2]);
   EXPECT_EQ(1.0, three->m_pFaceSupport[kMiddle]);
 }
 
 TEST(FaceStencilByNode, Method2SortsByDistanceAndMeasuresTheLastThatItKeeps) {
-  for (const int number : {1, 5, 12, 20, 40}) {
+  for (int const number : {1, 5, 12, 20, 40}) {
     WithStencils o(SkewedCubesOfAllGroups(), kInner, {2, 1000.0, number});
     for (int i = 1; i <= o->NFace; ++i) {
-      const Row stencil = o.Stencil(i);
+      Row const stencil = o.Stencil(i);
       ASSERT_EQ(number, static_cast<int>(stencil.size()));
       double last = 0.0;
-      for (const int c : stencil) {
-        const IBCnode& p = o->m_pNodeTable[c];
-        const double dx = p.x - o->m_FaceX[i], dy = p.y - o->m_FaceY[i], dz = p.z - o->m_FaceZ[i];
-        const double r = std::sqrt(dy * dy + dx * dx + dz * dz);
+      for (int const c : stencil) {
+        IBCnode const& p = o->m_pNodeTable[c];
+        double const dx = p.x - o->m_FaceX[i], dy = p.y - o->m_FaceY[i], dz = p.z - o->m_FaceZ[i];
+        double const r = std::sqrt(dy * dy + dx * dx + dz * dz);
         EXPECT_LE(last, r);
         last = r;
       }
@@ -205,7 +205,7 @@ TEST(FaceStencilByNode, KeepsCellsAtOnePoint) {
 }
 
 TEST(FaceStencilByNode, StopsGrowingWhenItsCubeHoldsAllCells) {
-  for (const int number : {13, 20, 1000000}) {
+  for (int const number : {13, 20, 1000000}) {
     WithStencils one(TwoCubes(), kInner, {1, 1000.0, number}), two(TwoCubes(), kInner, {2, 1000.0, number});
     EXPECT_EQ(12, one->m_ppFaceCellConn[1][0]) << number;
     EXPECT_EQ(12, two->m_ppFaceCellConn[1][0]) << number;
@@ -218,12 +218,12 @@ TEST(FaceStencilByNode, StopsGrowingWhenItsCubeHoldsAllCells) {
 TEST(FaceStencilByNode, HoldsAllCellsOfAMeshThatIsLongInAnyDirection) {
   std::vector<double> row;
   for (int n = 0; n <= 10; ++n) row.push_back(n);
-  const std::vector<double> one = {0.0, 1.0};
-  const Sides walls = {kWall, kWall, kWall, kWall, kWall, kWall};
-  for (const MeshPlan& plan :
+  std::vector<double> const one = {0.0, 1.0};
+  Sides const walls = {kWall, kWall, kWall, kWall, kWall, kWall};
+  for (MeshPlan const& plan :
        {BoxPlan(row, one, one, walls), BoxPlan(one, row, one, walls), BoxPlan(one, one, row, walls)}) {
     WithStencils o(plan, kInner, {1, 1000.0, 1000});
-    for (const int i : {1, 5, 9}) {
+    for (int const i : {1, 5, 9}) {
       EXPECT_EQ(52, o->m_ppFaceCellConn[i][0]) << i;
       EXPECT_EQ(i == 5 ? 5.0 : 9.0, o->m_pFaceSupport[i]) << i;
     }
@@ -231,8 +231,8 @@ TEST(FaceStencilByNode, HoldsAllCellsOfAMeshThatIsLongInAnyDirection) {
 }
 
 TEST(FaceStencilByNode, TakesAllCellsOfAMeshWithoutInnerFaces) {
-  const MeshPlan plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
-  for (const int method : {1, 2}) {
+  MeshPlan const plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
+  for (int const method : {1, 2}) {
     WithStencils o(plan, kWall, {method, 1000.0, 4});
     EXPECT_EQ(method == 1 ? 7 : 4, o->m_ppFaceCellConn[1][0]);
   }
@@ -252,7 +252,7 @@ TEST(FaceStencilByNode, TakesAllCellsWhenTheMeanDistanceIs0) {
 }
 
 TEST(FaceStencilByNode, OfNumber0IsEmptyInMethod2) {
-  for (const int number : {0, -5}) {
+  for (int const number : {0, -5}) {
     WithStencils o(TwoCubes(), kInner, {2, 1000.0, number});
     EXPECT_EQ(0, o->m_ppFaceCellConn[1][0]) << number;
     EXPECT_EQ(0.0, o->m_pFaceSupport[1]) << number;
@@ -273,7 +273,7 @@ TEST(FaceStencilByNode, MayBeEmptyInMethod1) {
 }
 
 TEST(FaceStencilByNode, MakesZeroedRowsOfValueAndSlopeAlone) {
-  for (const int method : {1, 2}) {
+  for (int const method : {1, 2}) {
     WithStencils o(SkewedCubesOfAllGroups(), kInner, {method, 1000.0, 9});
     for (int i = 1; i <= o->NFace; ++i) {
       for (int k = 0; k <= o->m_ppFaceCellConn[i][0]; ++k) {
@@ -289,10 +289,10 @@ TEST(FaceStencilByNode, MakesZeroedRowsOfValueAndSlopeAlone) {
 }
 
 TEST(FaceStencilByNode, EqualsThePlainFormForEveryGroup) {
-  for (const int method : {1, 2}) {
-    for (const int number : {3, 20}) {
-      for (const Group group : kGroups) {
-        for (const MeshPlan& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
+  for (int const method : {1, 2}) {
+    for (int const number : {3, 20}) {
+      for (Group const group : kGroups) {
+        for (MeshPlan const& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
           WithStencils o(plan, group, {method, 1000.0, number});
           PlainFaceOperator plain = o.bed.Plain(group, {method, 1000.0, number});
           plain.Collate();
@@ -312,7 +312,7 @@ TEST(FaceStencilByNode, EqualsThePlainFormForEveryGroup) {
 // it.
 TEST(FaceStencilByTopology, HasTheTwoCellsAtPositions1And2AndEachCellOnce) {
   WithStencils o(TwoCubes(), kInner, {3, 1000.0, 20});
-  const Row stencil = o.Stencil(1);
+  Row const stencil = o.Stencil(1);
   EXPECT_EQ(10U, stencil.size());
   EXPECT_EQ(1, stencil[0]);
   EXPECT_EQ(2, stencil[1]);
@@ -328,16 +328,16 @@ TEST(FaceStencilByTopology, FollowsTheVerticesAndTheirCells) {
   WithStencils o(plan, kInner, {3, 1000.0, 20});
   EXPECT_EQ((Row{1, 2, 7, 5, 9, 6}), o.Stencil(1));
   EXPECT_EQ((Row{8, 2, 5}), RowOf(o->m_ppFaceLnods[1]));
-  const std::vector<Row> positions = {{3, 1, 2, 4}, {5, 2, 1, 3}, {1, 2, 6}};
+  std::vector<Row> const positions = {{3, 1, 2, 4}, {5, 2, 1, 3}, {1, 2, 6}};
   EXPECT_EQ(positions, RowsOf(o->m_pFaceRows[1]));
 }
 
 TEST(FaceStencilByTopology, TakesTheCellsAndVerticesOfEveryGroup) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
-  for (const Group group : kGroups) {
+  MeshPlan const plan = SkewedCubesOfAllGroups();
+  for (Group const group : kGroups) {
     WithStencils o(plan, group, {3, 1000.0, 20});
     for (int i = 1; i <= o->NFace; ++i) {
-      const Face& face = plan.Of(group)[static_cast<std::size_t>(i - 1)];
+      Face const& face = plan.Of(group)[static_cast<std::size_t>(i - 1)];
       EXPECT_EQ(face.cv, o.Stencil(i)[0]) << group << " " << i;
       EXPECT_EQ(face.other, o.Stencil(i)[1]) << group << " " << i;
       EXPECT_EQ(face.nodes, RowOf(o->m_ppFaceLnods[i])) << group << " " << i;
@@ -348,7 +348,7 @@ TEST(FaceStencilByTopology, TakesTheCellsAndVerticesOfEveryGroup) {
 TEST(FaceStencilByTopology, MeasuresTheFarthestOfCellsAndVertices) {
   WithStencils vertices(TwoCubes(), kInner, {3, 1000.0, 20});
   EXPECT_TRUE(SameBits(std::sqrt(0.5), vertices->m_pFaceSupport[1]));
-  for (const std::size_t cell : {1U, 2U}) {
+  for (std::size_t const cell : {1U, 2U}) {
     MeshPlan plan = TwoCubes();
     plan.centres[cell] = {0.0, cell == 1 ? -3.0 : 3.0, 0.0};
     WithStencils cells(plan, kInner, {3, 1000.0, 20});
@@ -389,7 +389,7 @@ TEST(FaceStencilByTopology, FlushesWhatItSays) {
   stages.FillTree();
   std::string arrived;
   {
-    const rbf_cell_test::FlushedOutput output;
+    rbf_cell_test::FlushedOutput const output;
     bed.object.Search_by_Topology_control();
     arrived = output.Arrived();
   }
@@ -397,8 +397,8 @@ TEST(FaceStencilByTopology, FlushesWhatItSays) {
 }
 
 TEST(FaceStencilByTopology, EqualsThePlainFormForEveryGroup) {
-  for (const Group group : kGroups) {
-    for (const bool outerOnly : {false, true}) {
+  for (Group const group : kGroups) {
+    for (bool const outerOnly : {false, true}) {
       MeshPlan plan = SkewedCubesOfAllGroups();
       if (outerOnly) plan.ListCellsAroundNodes(MeshPlan::AtBoundaryNodes::OuterCellsOnly);
       WithStencils o(plan, group, {3, 1000.0, 20});

@@ -21,7 +21,7 @@ using Row = std::vector<int>;
 
 /// An operator with its cells in the tree, before any stencil.
 struct Ready {
-  explicit Ready(const MeshPlan& plan, int faceType = kInner, const PlainSettings& settings = {})
+  explicit Ready(MeshPlan const& plan, int faceType = kInner, PlainSettings const& settings = {})
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FillTree();
   }
@@ -34,18 +34,18 @@ struct Ready {
 
   /// Places the virtual points of face i from its own cells and area vector.
   void Place(int i = 1) {
-    const Face& face = FaceOf(i);
+    Face const& face = FaceOf(i);
     int pair[] = {face.cv, face.other};
     EXPECT_EQ(0, bed.object.Set_VirtualNode_Coord_and_ClosestCellID(bed.object.iFaceType, i, pair,
                                                                     face.area.x, face.area.y, face.area.z));
   }
   void PlaceInCells(int i = 1) {
-    const Face& face = FaceOf(i);
+    Face const& face = FaceOf(i);
     int pair[] = {face.cv, face.other};
     EXPECT_EQ(0, bed.object.Set_VirtualNode_Coord_InCellPE(bed.object.iFaceType, i, pair, face.area.x,
                                                            face.area.y, face.area.z));
   }
-  const Face& FaceOf(int i) {
+  Face const& FaceOf(int i) {
     return bed.host.Plan().Of(static_cast<Group>(bed.object.iFaceType))[static_cast<std::size_t>(i - 1)];
   }
 
@@ -53,7 +53,7 @@ struct Ready {
   Stages stages;
 };
 
-AssertionResult Stands(const IBCnode& node, Point point, int cell) {
+AssertionResult Stands(IBCnode const& node, Point point, int cell) {
   if (AssertionResult same = SamePoint("point", point, node); !same) return same;
   if (node.tag != cell) return ::testing::AssertionFailure() << "tied to " << node.tag;
   return ::testing::AssertionSuccess();
@@ -85,7 +85,7 @@ TEST(VirtualPoints, StandOnAnObliqueNormal) {
 }
 
 TEST(VirtualPoints, DoNotDependOnTheLengthOfTheAreaVector) {
-  for (const double factor : {1.0, 0.0078125, 4096.0, -1.0}) {
+  for (double const factor : {1.0, 0.0078125, 4096.0, -1.0}) {
     MeshPlan plan = SkewedCubesOfAllGroups();
     Ready before(plan);
     before.Place(20);
@@ -93,18 +93,18 @@ TEST(VirtualPoints, DoNotDependOnTheLengthOfTheAreaVector) {
     s = {factor * s.x, factor * s.y, factor * s.z};
     Ready after(plan);
     after.Place(20);
-    const IBCnode &p = before.P(20), &e = before.E(20);
+    IBCnode const &p = before.P(20), &e = before.E(20);
     EXPECT_TRUE(Stands(after.P(20), {p.x, p.y, p.z}, p.tag)) << factor;
     EXPECT_TRUE(Stands(after.E(20), {e.x, e.y, e.z}, e.tag)) << factor;
   }
 }
 
 TEST(VirtualPoints, OfACellOnTheNormalAreItsCentreAndTiedToIt) {
-  const MeshPlan plan = CubesOfAllGroups();
+  MeshPlan const plan = CubesOfAllGroups();
   Ready o(plan);
   for (int i = 1; i <= o->NFace; ++i) {
     o.Place(i);
-    const Face& face = o.FaceOf(i);
+    Face const& face = o.FaceOf(i);
     EXPECT_TRUE(Stands(o.P(i), plan.centres[static_cast<std::size_t>(face.cv)], face.cv)) << i;
     EXPECT_TRUE(Stands(o.E(i), plan.centres[static_cast<std::size_t>(face.other)], face.other)) << i;
   }
@@ -142,12 +142,12 @@ TEST(VirtualPoints, MayLieOutsideTheMesh) {
 }
 
 TEST(VirtualPoints, OnBoundaryFacesHaveEAtTheFaceBitForBitTiedToItsSideCell) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
+  MeshPlan const plan = SkewedCubesOfAllGroups();
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     Ready o(plan, group);
     for (int i = 1; i <= o->NFace; ++i) {
       o.Place(i);
-      const Point target = {o->m_FaceX[i], o->m_FaceY[i], o->m_FaceZ[i]};
+      Point const target = {o->m_FaceX[i], o->m_FaceY[i], o->m_FaceZ[i]};
       EXPECT_TRUE(Stands(o.E(i), target, o.FaceOf(i).other)) << group << " " << i;
       EXPECT_TRUE(SamePoint("centre", o.FaceOf(i).centre, o.E(i))) << group << " " << i;
     }
@@ -165,11 +165,11 @@ TEST(VirtualPoints, OnBoundaryFacesTieEWithoutASearch) {
 }
 
 TEST(VirtualPoints, OnPartitionFacesHaveEAtTheHaloCell) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   Ready o(plan, kPartition);
   for (int i = 1; i <= o->NFace; ++i) {
     o.Place(i);
-    const int halo = o.FaceOf(i).other;
+    int const halo = o.FaceOf(i).other;
     EXPECT_TRUE(Stands(o.E(i), plan.centres[static_cast<std::size_t>(halo)], halo)) << i;
   }
 }
@@ -199,7 +199,7 @@ TEST(VirtualPointStencil, EntersATiedCellThatIsNotOfThePair) {
   int pair[] = {1, 2};
   EXPECT_EQ(12, o->CountingVirtualNodeToCellconnectionNumber_By33(1, pair));
   EXPECT_EQ((Row{1, 2, 3}), Row(o->m_ppFaceCellConn[1] + 1, o->m_ppFaceCellConn[1] + 4));
-  const Row rowP = o.Positions()[0];
+  Row const rowP = o.Positions()[0];
   EXPECT_EQ((Row{1, 3}), Row(rowP.begin(), rowP.begin() + 2));
   EXPECT_EQ(6U, rowP.size());
 }
@@ -211,14 +211,14 @@ TEST(VirtualPointStencil, HasTheCellOfThePairFirstOnItsSideWhateverTheVirtualPoi
   o.E().SetData(0.9, 0.0, 0.0, 4);  // neighbours of 4: 2 and four others
   int pair[] = {1, 2};
   o->CountingVirtualNodeToCellconnectionNumber_By33(1, pair);
-  const Row rowE = o.Positions()[1];
+  Row const rowE = o.Positions()[1];
   ASSERT_LE(2U, rowE.size());
   EXPECT_EQ(2, rowE[0]);
   EXPECT_EQ(4, o.Stencil()[static_cast<std::size_t>(rowE[1]) - 1]);
 }
 
 TEST(VirtualPointStencil, EntersNoCellTwice) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     Ready o(SkewedCubesOfAllGroups(), group);
     o.stages.FindStencils();
     for (int i = 1; i <= o->NFace; ++i) {
@@ -233,14 +233,14 @@ TEST(VirtualPointStencil, EntersNoCellTwice) {
 }
 
 TEST(VirtualPointStencil, OfABoundaryFaceHasItsSideCellAtPosition2AndTheRowOfE) {
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     Ready o(SkewedCubesOfAllGroups(), group);
     o.stages.FindStencils();
     for (int i = 1; i <= o->NFace; ++i) {
-      const int ghost = o.FaceOf(i).other;
+      int const ghost = o.FaceOf(i).other;
       EXPECT_EQ(o.FaceOf(i).cv, o.Stencil(i)[0]);
       EXPECT_EQ(ghost, o.Stencil(i)[1]);
-      const Row rowE = o.Positions(i)[1];
+      Row const rowE = o.Positions(i)[1];
       EXPECT_EQ(2, rowE[0]);
       EXPECT_EQ(o->m_ppRBFCell33Conn[ghost][0] + 1, static_cast<int>(rowE.size()));
     }
@@ -289,7 +289,7 @@ TEST(VirtualPointStencil, KeepsACellOneUnitInTheLastPlaceAway) {
 }
 
 TEST(VirtualPointStencil, MakesZeroedRowsOfValueAndNormalAndOfSlopesUnlessMethod4) {
-  for (const int method : {4, 3}) {
+  for (int const method : {4, 3}) {
     Ready o(TwoCubes(), kInner, {method, 1000.0, 20});
     o->Search_by_normal_virtual_node();
     for (int k = 0; k <= 12; ++k) {
@@ -305,8 +305,8 @@ TEST(VirtualPointStencil, MakesZeroedRowsOfValueAndNormalAndOfSlopesUnlessMethod
 }
 
 TEST(VirtualPointStencil, EqualsThePlainFormForEveryGroup) {
-  for (const Group group : kGroups) {
-    for (const MeshPlan& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
+  for (Group const group : kGroups) {
+    for (MeshPlan const& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
       Ready o(plan, group);
       o.stages.FindStencils();
       PlainFaceOperator plain = o.bed.Plain(group, {});
@@ -347,7 +347,7 @@ MeshPlan WithTriangleAhead(double x, double dy = 1.0) {
   Face face;
   face.cv = 1;
   face.nodes = {plan.AddNode({x, 0.0, 0.0}), plan.AddNode({x, dy, 0.0}), plan.AddNode({x, 0.0, 1.0})};
-  for (const int node : face.nodes) {
+  for (int const node : face.nodes) {
     Point& p = plan.nodes[static_cast<std::size_t>(node)];
     if (dy == 1.0) p.y += 40.0;
   }
@@ -380,7 +380,7 @@ TEST(VirtualPointsInCells, DoNotCountAPlaneThroughTheFace) {
 
 // The ray runs along -x, so the triangle's determinant is -dy exactly.
 TEST(VirtualPointsInCells, TakeASmallDeterminantForAParallelPlaneFromMinus1e6UpTo1e6) {
-  const double tiny = 1e-6;
+  double const tiny = 1e-6;
   const struct {
     double determinant;
     bool counts;
@@ -389,7 +389,7 @@ TEST(VirtualPointsInCells, TakeASmallDeterminantForAParallelPlaneFromMinus1e6UpT
                {0.0, false},
                {-tiny, false},
                {-std::nextafter(tiny, 1.0), true}};
-  for (const auto& c : cases) {
+  for (auto const& c : cases) {
     Ready o(WithTriangleAhead(-0.25, -c.determinant));
     o.PlaceInCells();
     EXPECT_EQ(c.counts ? -0.125 : -0.5, o.P().x) << c.determinant;
@@ -413,17 +413,17 @@ TEST(VirtualPointsInCells, LeaveOutTheFaceItselfButNotItsNumberInOtherGroups) {
 }
 
 TEST(VirtualPointsInCells, OnOtherFacesThanInnerHaveEAtTheSecondCell) {
-  const MeshPlan plan = TwoCubes();
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
+  MeshPlan const plan = TwoCubes();
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     Ready o(plan, group);
     o.PlaceInCells();
-    const Face& face = o.FaceOf(1);
+    Face const& face = o.FaceOf(1);
     EXPECT_TRUE(Stands(o.E(), face.centre, face.other)) << group;
     EXPECT_EQ(face.cv, o.P().tag) << group;
   }
   Ready o(plan, kPartition);
   o.PlaceInCells();
-  const int halo = o.FaceOf(1).other;
+  int const halo = o.FaceOf(1).other;
   EXPECT_TRUE(Stands(o.E(), plan.centres[static_cast<std::size_t>(halo)], halo));
 }
 
@@ -442,15 +442,15 @@ TEST(VirtualPointsInCells, WithoutAPlaneAheadAreFarAway) {
 }
 
 TEST(VirtualPointsInCells, EqualThePlainFormForEveryGroup) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     Ready o(SkewedCubesOfAllGroups(), group);
     PlainFaceOperator plain = o.bed.Plain(group, {});
     plain.Collate();
     for (int i = 1; i <= o->NFace; ++i) {
-      const Face& face = o.FaceOf(i);
+      Face const& face = o.FaceOf(i);
       plain.PlaceVirtualPointsInCells(i, {face.cv, face.other}, face.area);
       o.PlaceInCells(i);
-      const auto& expected = plain.virtualPoints[static_cast<std::size_t>(i)];
+      auto const& expected = plain.virtualPoints[static_cast<std::size_t>(i)];
       EXPECT_TRUE(Stands(o.P(i), expected[1].point, expected[1].cell)) << group << " " << i;
       EXPECT_TRUE(Stands(o.E(i), expected[2].point, expected[2].cell)) << group << " " << i;
     }
@@ -474,10 +474,10 @@ void ExpectMarksOfStencil(Ready& o, int i) {
 }
 
 /// Whether the marks of a side are 1, 2, 3... along its list and 0 elsewhere.
-void ExpectMarksOfSide(Ready& o, const Row& positions, const int* marks) {
+void ExpectMarksOfSide(Ready& o, Row const& positions, int const* marks) {
   std::vector<int> expected(static_cast<std::size_t>(o.bed.host.NCell()) + 1, 0);
   int number = 0;
-  for (const int position : positions)
+  for (int const position : positions)
     expected[static_cast<std::size_t>(o->m_ppFaceCellConn[1][position])] = ++number;
   for (int c = 1; c <= o.bed.host.NCell(); ++c)
     EXPECT_EQ(expected[static_cast<std::size_t>(c)], marks[c]) << c;
@@ -554,7 +554,7 @@ TEST(VirtualPointStencilByVertices, LeavesItsMarksStandingAndMakesNoSlopes) {
 }
 
 TEST(VirtualPointStencilByVertices, EqualsThePlainFormForEveryGroup) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     Ready o(SkewedCubesOfAllGroups(), group);
     PlainFaceOperator plain = o.bed.Plain(group, {});
     plain.Collate();
@@ -575,15 +575,15 @@ TEST(VirtualPointStencilByVertices, EqualsThePlainFormForEveryGroup) {
 // from cell 13. The cubes of that half-width around P = (0.5, 1.5, 1.5) and E = (1.5, 1.5, 1.5) hold the cells
 // with x in [-1, 2] and [0, 3], all but the halo cells.
 TEST(VirtualPointStencilByCubes, HasThePairAndTheCellsOfACubeAroundEachPoint) {
-  const MeshPlan plan = CubesOfAllGroups();
+  MeshPlan const plan = CubesOfAllGroups();
   Ready o(plan);
   o.Place(9);
   int pair[] = {13, 14};
-  const std::string text =
+  std::string const text =
       Printed([&] { EXPECT_EQ(72, o->CountingVirtualNodeToCellBySearchNumber(9, pair, 7.0, 0.0, 0.0)); });
-  const Row stencil = o.Stencil(9);
+  Row const stencil = o.Stencil(9);
   EXPECT_EQ((Row{13, 14}), Row(stencil.begin(), stencil.begin() + 2));
-  for (const Face& face : plan.Of(kPartition))
+  for (Face const& face : plan.Of(kPartition))
     EXPECT_EQ(0, std::count(stencil.begin(), stencil.end(), face.other));
   // Around P 18 interior cells, 9 at the inlet and 6 at each of three sides; around E all 27, 9 and 9, and 27.
   EXPECT_EQ(45U, o.Positions(9)[0].size());
@@ -597,7 +597,7 @@ TEST(VirtualPointStencilByCubes, FlushesItsLine) {
   int pair[] = {13, 14};
   std::string arrived;
   {
-    const rbf_cell_test::FlushedOutput output;
+    rbf_cell_test::FlushedOutput const output;
     o->CountingVirtualNodeToCellBySearchNumber(9, pair, 7.0, 0.0, 0.0);
     arrived = output.Arrived();
   }
@@ -617,14 +617,14 @@ TEST(VirtualPointStencilByCubes, LeavesItsMarksStandingAndMakesNoSlopes) {
 }
 
 TEST(VirtualPointStencilByCubes, EqualsThePlainFormForEveryGroup) {
-  for (const Group group : kGroups) {
+  for (Group const group : kGroups) {
     Ready o(SkewedCubesOfAllGroups(), group);
     PlainFaceOperator plain = o.bed.Plain(group, {});
     plain.Collate();
     plain.FillTree();
     for (int i = 1; i <= o->NFace; ++i) {
       int pair[] = {o.FaceOf(i).cv, o.FaceOf(i).other};
-      const Point n = o.FaceOf(i).area;
+      Point const n = o.FaceOf(i).area;
       o.Place(i);
       plain.PlaceVirtualPoints(i, {pair[0], pair[1]}, n);
       Printed([&] { o->CountingVirtualNodeToCellBySearchNumber(i, pair, n.x, n.y, n.z); });

@@ -22,7 +22,7 @@ void Reversed(std::vector<int>& ids) { std::reverse(ids.begin(), ids.end()); }
 /// A fixed order without a pattern.
 Arrangement Shuffled(std::uint64_t seed) {
   return [seed](std::vector<int>& ids) {
-    const auto rank = [seed](int id) {
+    auto const rank = [seed](int id) {
       std::uint64_t x = seed * 0x9e3779b97f4a7c15ULL + static_cast<std::uint64_t>(id);
       x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9ULL;
       return (x ^ (x >> 27)) * 0x94d049bb133111ebULL;
@@ -33,7 +33,7 @@ Arrangement Shuffled(std::uint64_t seed) {
 
 /// An operator whose trees answer in the given order.
 struct Answered {
-  Answered(const MeshPlan& plan, int faceType, const PlainSettings& settings, const Arrangement& arrangement)
+  Answered(MeshPlan const& plan, int faceType, PlainSettings const& settings, Arrangement const& arrangement)
       : bed(plan), stages(bed.object, faceType, settings) {
     StartAnew();
     stages.FillTree();
@@ -50,7 +50,7 @@ struct Answered {
 constexpr int kMiddle = 9;
 
 TEST(TreeAnswers, AreTheStencilOfMethod1InTheirOrder) {
-  for (const Arrangement& arrangement : {Arrangement(), Arrangement(Reversed), Shuffled(3)}) {
+  for (Arrangement const& arrangement : {Arrangement(), Arrangement(Reversed), Shuffled(3)}) {
     Answered o(CubesOfAllGroups(), kInner, {1, 50.0, 20}, arrangement);
     o.stages.FindStencils();
     Row expected = o.Stencil(kMiddle);
@@ -63,11 +63,11 @@ TEST(TreeAnswers, AreTheStencilOfMethod1InTheirOrder) {
 
 // Half a unit away are the cells 13 and 14, one unit the inlet's face, then eight cells at sqrt(5)/2.
 TEST(TreeAnswers, OfEqualDistanceKeepTheirOrderInMethod2) {
-  const Row ties = {10, 11, 16, 17, 4, 5, 22, 23};
-  for (const Arrangement& arrangement : {Arrangement(), Arrangement(Reversed), Shuffled(3), Shuffled(4)}) {
+  Row const ties = {10, 11, 16, 17, 4, 5, 22, 23};
+  for (Arrangement const& arrangement : {Arrangement(), Arrangement(Reversed), Shuffled(3), Shuffled(4)}) {
     Answered o(CubesOfAllGroups(), kInner, {2, 50.0, 11}, arrangement);
     o.stages.FindStencils();
-    const Row stencil = o.Stencil(kMiddle);
+    Row const stencil = o.Stencil(kMiddle);
     ASSERT_EQ(11U, stencil.size());
     Row nearest = {13, 14}, tied = ties;
     std::sort(tied.begin(), tied.end());
@@ -80,18 +80,18 @@ TEST(TreeAnswers, OfEqualDistanceKeepTheirOrderInMethod2) {
 
 // Only some of the eight equally far cells are kept: the first that the tree gave.
 TEST(TreeAnswers, OfEqualDistanceAreCutToTheFirst) {
-  for (const int number : {4, 6, 9}) {
+  for (int const number : {4, 6, 9}) {
     Answered o(CubesOfAllGroups(), kInner, {2, 50.0, number}, Reversed);
     o.stages.FindStencils();
-    const Row all = {23, 22, 17, 16, 11, 10, 5, 4};
-    const Row stencil = o.Stencil(kMiddle);
+    Row const all = {23, 22, 17, 16, 11, 10, 5, 4};
+    Row const stencil = o.Stencil(kMiddle);
     EXPECT_EQ(Row(all.begin(), all.begin() + number - 3), Row(stencil.begin() + 3, stencil.end()));
   }
 }
 
 TEST(TreeAnswers, DecideBetweenEquallyNearCells) {
-  const Row equals = {1, 2};
-  for (const Arrangement& arrangement : {Arrangement(), Arrangement(Reversed)}) {
+  Row const equals = {1, 2};
+  for (Arrangement const& arrangement : {Arrangement(), Arrangement(Reversed)}) {
     Answered o(TwoCubes(), kInner, {}, arrangement);
     EXPECT_EQ(arrangement ? 2 : 1, o.bed.object.Search_ClosestCellID_byNode(0.0, 0.0, 0.0));
   }
@@ -100,7 +100,7 @@ TEST(TreeAnswers, DecideBetweenEquallyNearCells) {
 TEST(TreeAnswers, DecideBetweenCellsAtOnePoint) {
   MeshPlan plan = TwoCubes();
   plan.Of(kInlet)[0].centre = plan.centres[2];  // side cell 3 where cell 2 stands
-  for (const Arrangement& arrangement : {Arrangement(), Arrangement(Reversed)}) {
+  for (Arrangement const& arrangement : {Arrangement(), Arrangement(Reversed)}) {
     Answered o(plan, kInner, {}, arrangement);
     EXPECT_EQ(arrangement ? 3 : 2, o.bed.object.Search_ClosestCellID_byNode(0.5, 0.0, 0.0));
   }
@@ -121,7 +121,7 @@ TEST(TreeAnswers, DoNotDecideBetweenCellsAtUnequalDistance) {
   for (std::uint64_t seed = 1; seed <= 10; ++seed) {
     Answered o(SkewedCubesOfAllGroups(), kInner, {}, Shuffled(seed));
     for (int c = 1; c <= 27; ++c) {
-      const IBCnode& p = o.bed.object.m_pNodeTable[c];
+      IBCnode const& p = o.bed.object.m_pNodeTable[c];
       EXPECT_EQ(c, o.bed.object.Search_ClosestCellID_byNode(p.x + 0.01, p.y, p.z));
     }
   }
@@ -129,10 +129,10 @@ TEST(TreeAnswers, DoNotDecideBetweenCellsAtUnequalDistance) {
 
 // All tables of stencils and coefficients against the plain form, whose tree answers in the same order.
 TEST(TreeAnswers, InAnyOrderGiveTheTablesOfThePlainForm) {
-  for (const int method : {1, 2, 4}) {
-    for (const Group group : kGroups) {
+  for (int const method : {1, 2, 4}) {
+    for (Group const group : kGroups) {
       for (std::uint64_t seed = 1; seed <= 3; ++seed) {
-        const PlainSettings settings = {method, 50.0, 9};
+        PlainSettings const settings = {method, 50.0, 9};
         Answered o(CubesOfAllGroups(), group, settings, Shuffled(seed));
         o.stages.Derive();
         PlainFaceOperator plain = o.bed.Plain(group, settings);

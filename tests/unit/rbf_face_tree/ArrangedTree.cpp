@@ -16,14 +16,14 @@ Arrangement& Current() {
 
 std::vector<TreeCalls::Box> TreeCalls::BoxesOf(int tree) const {
   std::vector<Box> result;
-  for (const Box& box : boxes)
+  for (Box const& box : boxes)
     if (box.tree == tree) result.push_back(box);
   return result;
 }
 
 std::vector<TreeCalls::Range> TreeCalls::RangesOf(int tree) const {
   std::vector<Range> result;
-  for (const Range& range : ranges)
+  for (Range const& range : ranges)
     if (range.tree == tree) result.push_back(range);
   return result;
 }
@@ -33,7 +33,7 @@ TreeCalls& Calls() {
   return calls;
 }
 
-void Arrange(const Arrangement& arrangement) { Current() = arrangement; }
+void Arrange(Arrangement const& arrangement) { Current() = arrangement; }
 
 void StartAnew() {
   Calls() = TreeCalls();
@@ -71,9 +71,9 @@ int CZYNOptKer::AddSurfaceToADTree(int id, double xhigh, double yhigh, double zh
 
 int const* CZYNOptKer::SearchNearBlockID(double xlow, double ylow, double zlow, double xhigh, double yhigh,
                                          double zhigh, int& count, int last) {
-  const std::array<double, 6> query = {xlow, ylow, zlow, xhigh, yhigh, zhigh};
+  std::array<double, 6> const query = {xlow, ylow, zlow, xhigh, yhigh, zhigh};
   std::vector<int> ids;
-  for (const auto& box : tree_->boxes) {
+  for (auto const& box : tree_->boxes) {
     bool meets = true;
     for (std::size_t axis = 0; axis < 3; ++axis)
       meets = meets && box.corners[axis] >= query[axis] && box.corners[axis + 3] <= query[axis + 3];

@@ -40,7 +40,7 @@ TreeCalls& Calls();
 using Arrangement = std::function<void(std::vector<int>&)>;
 
 /// The order of all answers from now on; ascending at first.
-void Arrange(const Arrangement& arrangement);
+void Arrange(Arrangement const& arrangement);
 
 /// Forgets all calls; trees count from 1 again and answer in ascending order.
 void StartAnew();

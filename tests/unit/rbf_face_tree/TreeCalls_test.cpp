@@ -18,7 +18,7 @@ using Corners = std::array<double, 6>;
 /// Number of the tree of cells and of the tree of boundary faces.
 constexpr int kCells = 1, kBoundary = 2;
 
-TreeCalls CallsOfSetUp(const MeshPlan& plan, int faceType, const PlainSettings& settings) {
+TreeCalls CallsOfSetUp(MeshPlan const& plan, int faceType, PlainSettings const& settings) {
   StartAnew();
   FaceBed bed(plan);
   bed.SetUp(faceType, settings);
@@ -30,16 +30,16 @@ Corners Around(Point p, double d) { return {p.x - d, p.y - d, p.z - d, p.x + d, 
 // --------------------------------------------------------------------------------------------------- both trees
 
 TEST(FaceTrees, AreTwoAndAreDestroyedBySetUp) {
-  for (const int method : {1, 2, 3, 4, 7}) {
-    const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {method, 50.0, 8});
+  for (int const method : {1, 2, 3, 4, 7}) {
+    TreeCalls const calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {method, 50.0, 8});
     EXPECT_EQ(2, calls.constructed) << method;
     EXPECT_EQ(2, calls.destroyed) << method;
   }
 }
 
 TEST(FaceTrees, AreNoneForAGroupWithoutFaces) {
-  const std::vector<double> lines = {0.0, 1.0, 2.0};
-  const TreeCalls calls =
+  std::vector<double> const lines = {0.0, 1.0, 2.0};
+  TreeCalls const calls =
       CallsOfSetUp(BoxPlan(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall}), kInlet, {});
   EXPECT_EQ(0, calls.constructed);
 }
@@ -47,28 +47,28 @@ TEST(FaceTrees, AreNoneForAGroupWithoutFaces) {
 // ------------------------------------------------------------------------------------------------ tree of cells
 
 TEST(CellTree, GetsTheBoundsOfTheMeshOnceMaximaFirstBeforeItsFirstBox) {
-  for (const int method : {1, 4, 7}) {
-    const TreeCalls calls = CallsOfSetUp(TwoCubes(), kInner, {method, 50.0, 8});
-    const std::vector<TreeCalls::Range> ranges = calls.RangesOf(kCells);
+  for (int const method : {1, 4, 7}) {
+    TreeCalls const calls = CallsOfSetUp(TwoCubes(), kInner, {method, 50.0, 8});
+    std::vector<TreeCalls::Range> const ranges = calls.RangesOf(kCells);
     ASSERT_EQ(1U, ranges.size());
-    const std::array<double, 9> expected = {1.0, 0.5, 0.5, -1.0, -0.5, -0.5, 1.0, 10000.0, 200000.0};
+    std::array<double, 9> const expected = {1.0, 0.5, 0.5, -1.0, -0.5, -0.5, 1.0, 10000.0, 200000.0};
     EXPECT_EQ(expected, ranges[0].arguments);
     EXPECT_EQ(0, ranges[0].boxesBefore);
   }
 }
 
 TEST(CellTree, GetsEveryCellInAscendingOrderAsABoxMaximaFirst) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
+  MeshPlan const plan = SkewedCubesOfAllGroups();
   StartAnew();
   FaceBed bed(plan);
   Stages stages(bed.object, kInner, {});
   stages.FillTree();
-  const std::vector<TreeCalls::Box> boxes = Calls().BoxesOf(kCells);
+  std::vector<TreeCalls::Box> const boxes = Calls().BoxesOf(kCells);
   ASSERT_EQ(plan.NCell(), static_cast<int>(boxes.size()));
   for (int c = 1; c <= plan.NCell(); ++c) {
-    const TreeCalls::Box& box = boxes[static_cast<std::size_t>(c - 1)];
-    const IBCnode& p = bed.object.m_pNodeTable[c];
-    const Corners expected = {p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6};
+    TreeCalls::Box const& box = boxes[static_cast<std::size_t>(c - 1)];
+    IBCnode const& p = bed.object.m_pNodeTable[c];
+    Corners const expected = {p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6};
     EXPECT_EQ(c, box.id);
     EXPECT_EQ(expected, box.corners) << c;
   }
@@ -76,11 +76,11 @@ TEST(CellTree, GetsEveryCellInAscendingOrderAsABoxMaximaFirst) {
 
 // An absolute margin: on a mesh as small as that, neighbours' boxes overlap.
 TEST(CellTree, HasTheSameMarginOnAMeshOfAnySize) {
-  for (const double size : {1e-7, 1e7}) {
-    const MeshPlan plan = TwoCubes().Mapped([size](Point p) {
+  for (double const size : {1e-7, 1e7}) {
+    MeshPlan const plan = TwoCubes().Mapped([size](Point p) {
       return Point{size * p.x, size * p.y, size * p.z};
     });
-    const TreeCalls calls = CallsOfSetUp(plan, kInner, {});
+    TreeCalls const calls = CallsOfSetUp(plan, kInner, {});
     EXPECT_EQ(size * -0.5 + 1e-6, calls.BoxesOf(kCells)[0].corners[0]);
     EXPECT_EQ(size * -0.5 - 1e-6, calls.BoxesOf(kCells)[0].corners[3]);
   }
@@ -89,26 +89,26 @@ TEST(CellTree, HasTheSameMarginOnAMeshOfAnySize) {
 // ------------------------------------------------------------------------------------- tree of boundary faces
 
 TEST(BoundaryTree, IsBuiltForMethod4Alone) {
-  for (const int method : {1, 2, 3, 7}) {
-    const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {method, 50.0, 8});
+  for (int const method : {1, 2, 3, 7}) {
+    TreeCalls const calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {method, 50.0, 8});
     EXPECT_TRUE(calls.RangesOf(kBoundary).empty()) << method;
     EXPECT_TRUE(calls.BoxesOf(kBoundary).empty()) << method;
   }
 }
 
 TEST(BoundaryTree, GetsTheSameBoundsAsTheTreeOfCells) {
-  const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {});
+  TreeCalls const calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, {});
   ASSERT_EQ(1U, calls.RangesOf(kBoundary).size());
   EXPECT_EQ(calls.RangesOf(kCells)[0].arguments, calls.RangesOf(kBoundary)[0].arguments);
   EXPECT_EQ(0, calls.RangesOf(kBoundary)[0].boxesBefore);
 }
 
 /// The box of a face's vertices, maxima first.
-Corners BoxOf(const MeshPlan& plan, const Face& face) {
+Corners BoxOf(MeshPlan const& plan, Face const& face) {
   Corners box = {-1e10, -1e10, -1e10, 1e10, 1e10, 1e10};
-  for (const int v : face.nodes) {
-    const Point p = plan.nodes[static_cast<std::size_t>(v)];
-    const double coordinates[] = {p.x, p.y, p.z};
+  for (int const v : face.nodes) {
+    Point const p = plan.nodes[static_cast<std::size_t>(v)];
+    double const coordinates[] = {p.x, p.y, p.z};
     for (std::size_t axis = 0; axis < 3; ++axis) {
       box[axis] = std::max(box[axis], coordinates[axis]);
       box[axis + 3] = std::min(box[axis + 3], coordinates[axis]);
@@ -118,11 +118,11 @@ Corners BoxOf(const MeshPlan& plan, const Face& face) {
 }
 
 TEST(BoundaryTree, GetsWallsInletsOutletsAndSymmetryWithoutMarginsNumberedThroughout) {
-  const MeshPlan plan = SkewedCubesOfAllGroups();
-  const std::vector<TreeCalls::Box> boxes = CallsOfSetUp(plan, kInner, {}).BoxesOf(kBoundary);
+  MeshPlan const plan = SkewedCubesOfAllGroups();
+  std::vector<TreeCalls::Box> const boxes = CallsOfSetUp(plan, kInner, {}).BoxesOf(kBoundary);
   std::vector<Corners> expected;
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry})
-    for (const Face& face : plan.Of(group)) expected.push_back(BoxOf(plan, face));
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry})
+    for (Face const& face : plan.Of(group)) expected.push_back(BoxOf(plan, face));
   ASSERT_EQ(expected.size(), boxes.size());
   for (std::size_t k = 0; k < boxes.size(); ++k) {
     EXPECT_EQ(static_cast<int>(k) + 1, boxes[k].id);
@@ -140,7 +140,7 @@ TEST(BoundaryTree, IsCompleteBeforeTheFirstSearchAndIsNotSearched) {
   stages.Derive();
   ASSERT_FALSE(boxesAtSearches.empty());
   EXPECT_EQ(45U, boxesAtSearches.front());
-  for (const TreeCalls::Query& query : Calls().queries) EXPECT_EQ(kCells, query.tree);
+  for (TreeCalls::Query const& query : Calls().queries) EXPECT_EQ(kCells, query.tree);
 }
 
 TEST(BoundaryTree, CanBeBuiltForAnyMethod) {
@@ -166,7 +166,7 @@ TEST(FaceSearch, AsksMinimaFirstWithCubesOfOneTwoThreeMeanDistances) {
   double sum = 0.0;
   bool differs = false;
   for (int k = 1; k <= 10; ++k) {
-    const TreeCalls::Query& query = Calls().queries[static_cast<std::size_t>(k - 1)];
+    TreeCalls::Query const& query = Calls().queries[static_cast<std::size_t>(k - 1)];
     EXPECT_EQ(Around({0.0, 0.0, 0.0}, k * 0.1), query.corners) << k;
     EXPECT_EQ(0, query.last);
     sum += 0.1;
@@ -176,12 +176,12 @@ TEST(FaceSearch, AsksMinimaFirstWithCubesOfOneTwoThreeMeanDistances) {
 }
 
 TEST(FaceSearch, StopsAtTheFirstCubeThatHoldsEnough) {
-  for (const int method : {1, 2}) {
-    for (const int number : {0, 5, 20, 40}) {
-      const PlainSettings settings = {method, 50.0, number};
-      const TreeCalls calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, settings);
+  for (int const method : {1, 2}) {
+    for (int const number : {0, 5, 20, 40}) {
+      PlainSettings const settings = {method, 50.0, number};
+      TreeCalls const calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, settings);
       int faces = 0, tooSmall = 0;
-      for (const TreeCalls::Query& query : calls.queries) {
+      for (TreeCalls::Query const& query : calls.queries) {
         if (query.found >= number)
           ++faces;
         else
@@ -203,8 +203,8 @@ TEST(FaceSearch, StopsWhenItsCubeCoversAllPoints) {
   Stages stages(bed.object, kInner, {2, 50.0, 1000000});
   stages.FindStencils();
   int largest = 0, faces = 0;
-  for (const TreeCalls::Query& query : Calls().queries) {
-    const bool startsAnew = query.corners[3] - query.corners[0] == 2.0;
+  for (TreeCalls::Query const& query : Calls().queries) {
+    bool const startsAnew = query.corners[3] - query.corners[0] == 2.0;
     if (startsAnew) ++faces;
     largest = std::max(largest, query.found);
   }
@@ -217,12 +217,12 @@ TEST(FaceSearch, StopsWhenItsCubeCoversAllPoints) {
 TEST(FaceSearch, OfAMeshWithoutAMeanDistanceEndsWithOneThatCoversEverything) {
   MeshPlan onePoint = TwoCubes();
   onePoint.centres[2] = onePoint.centres[1];                             // a mean distance of 0
-  const MeshPlan oneCell = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});  // and one that is not a number
-  for (const MeshPlan& plan : {onePoint, oneCell}) {
-    const TreeCalls calls = CallsOfSetUp(plan, kWall, {2, 50.0, 5});
+  MeshPlan const oneCell = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});  // and one that is not a number
+  for (MeshPlan const& plan : {onePoint, oneCell}) {
+    TreeCalls const calls = CallsOfSetUp(plan, kWall, {2, 50.0, 5});
     ASSERT_EQ(2 * plan.Of(kWall).size(), calls.queries.size());
     for (std::size_t k = 1; k < calls.queries.size(); k += 2) {
-      const TreeCalls::Query& query = calls.queries[k];
+      TreeCalls::Query const& query = calls.queries[k];
       EXPECT_EQ(plan.NCell(), query.found);
       EXPECT_LE(query.corners[0], -1.0);
       EXPECT_GE(query.corners[3], 1.0);
@@ -239,16 +239,16 @@ TEST(FaceSearch, OfMethod4IsMadeAroundEThenP) {
   FaceBed bed(TwoCubes());
   Stages stages(bed.object, kInner, {});
   stages.FindStencils();
-  const std::vector<TreeCalls::Query>& queries = Calls().queries;
+  std::vector<TreeCalls::Query> const& queries = Calls().queries;
   ASSERT_EQ(2U, queries.size());
   EXPECT_EQ(Around({0.5, 0.0, 0.0}, 1.0), queries[0].corners);
   EXPECT_EQ(Around({-0.5, 0.0, 0.0}, 1.0), queries[1].corners);
 }
 
 TEST(FaceSearch, OfMethod4OnBoundaryFacesIsMadeAroundPAlone) {
-  for (const Group group : {kWall, kInlet, kOutlet, kSymmetry}) {
-    const MeshPlan plan = CubesOfAllGroups();
-    const TreeCalls calls = CallsOfSetUp(plan, group, {});
+  for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
+    MeshPlan const plan = CubesOfAllGroups();
+    TreeCalls const calls = CallsOfSetUp(plan, group, {});
     EXPECT_EQ(plan.Of(group).size(), calls.queries.size());
   }
   EXPECT_EQ(18U, CallsOfSetUp(CubesOfAllGroups(), kPartition, {}).queries.size()) << "P and E of 9 faces";
@@ -263,7 +263,7 @@ TEST(FaceSearch, ForTheNearestCellGrowsUntilItHoldsAny) {
   EXPECT_EQ(4, bed.object.Search_ClosestCellID_byNode(5.0, 0.0, 0.0));
   ASSERT_EQ(4U, Calls().queries.size());
   for (int k = 1; k <= 4; ++k) {
-    const TreeCalls::Query& query = Calls().queries[static_cast<std::size_t>(k - 1)];
+    TreeCalls::Query const& query = Calls().queries[static_cast<std::size_t>(k - 1)];
     EXPECT_EQ(Around({5.0, 0.0, 0.0}, 1.0 * k), query.corners);
     EXPECT_EQ(k == 4, query.found > 0);
   }

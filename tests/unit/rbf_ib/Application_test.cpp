@@ -21,7 +21,7 @@ struct Outputs {
   bool GuardsIntact() const {
     return value.GuardsIntact() && x.GuardsIntact() && y.GuardsIntact() && z.GuardsIntact();
   }
-  bool IdenticalTo(const Outputs& other) const {
+  bool IdenticalTo(Outputs const& other) const {
     return value.IdenticalTo(other.value) && x.IdenticalTo(other.x) && y.IdenticalTo(other.y) &&
            z.IdenticalTo(other.z);
   }
@@ -56,14 +56,14 @@ struct Derived : PointBed {
 
 /// One point at the origin with the given coefficients of cells 1, 2, ...
 struct Prescribed : PointBed {
-  explicit Prescribed(const std::vector<double>& coefficients)
+  explicit Prescribed(std::vector<double> const& coefficients)
       : PointBed(LooseCells(std::vector<Point>(coefficients.size(), Point{1, 0, 0})),
                  PlainSettings{500.0, 2, 100}) {
-    const int n = static_cast<int>(coefficients.size());
+    int const n = static_cast<int>(coefficients.size());
     SetUp(AllUsable(n), {{1, 0, 0}});
     for (int k = 1; k <= n; ++k) {
-      const double w = coefficients[static_cast<std::size_t>(k - 1)];
-      const double backward = coefficients[static_cast<std::size_t>(n - k)];
+      double const w = coefficients[static_cast<std::size_t>(k - 1)];
+      double const backward = coefficients[static_cast<std::size_t>(n - k)];
       object.m_ppIBConn[1][k] = k;
       object.m_ppIBCoef[1][k].SetData(w, backward, -0.0, 1);
       object.m_ppIBValueCoef[1][k] = 2.0 * w;
@@ -75,7 +75,7 @@ TEST(PointApplication, SumsFieldTimesCoefficients) {
   Prescribed bed({1.0, 10.0, 100.0});
   Array field(3);
   field[1] = 2.0, field[2] = 3.0, field[3] = 5.0;
-  const Outputs out = Apply(bed.object, field);
+  Outputs const out = Apply(bed.object, field);
   EXPECT_EQ(2.0 + 30.0 + 500.0, out.x[1]);
   EXPECT_EQ(200.0 + 30.0 + 5.0, out.y[1]);
   EXPECT_EQ(2.0 * (2.0 + 30.0 + 500.0), out.value[1]);
@@ -83,10 +83,10 @@ TEST(PointApplication, SumsFieldTimesCoefficients) {
 
 // Terms 1, 2^-53, 2^-53, ... in stencil order: from 1 on each small one is lost; any other order would keep some.
 TEST(PointApplication, AddsInStencilOrderFromZeroOn) {
-  const double small = std::ldexp(1.0, -53);
+  double const small = std::ldexp(1.0, -53);
   Prescribed bed({1.0, small, small, small, small, small, small});
   Array field(7, 1.0);
-  const Outputs out = Apply(bed.object, field);
+  Outputs const out = Apply(bed.object, field);
   EXPECT_EQ(1.0, out.x[1]);
   EXPECT_EQ(1.0 + 3.0 * std::ldexp(1.0, -52), out.y[1]);
   EXPECT_EQ(2.0, out.value[1]);
@@ -94,14 +94,14 @@ TEST(PointApplication, AddsInStencilOrderFromZeroOn) {
 }
 
 TEST(PointApplication, EqualsThePlainFormBitForBit) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     Derived bed(method);
     PlainPointOperator plain(bed.host.mesh, bed.host.partitionFaces, PlainSettings{500.0, method, 9});
     plain.SetUp(InteriorUsable(Hexahedra(HexahedraOptions())).Data(), SomePoints());
     Array field = RandomField(bed.host.mesh.NCell);
-    const Outputs out = Apply(bed.object, field);
+    Outputs const out = Apply(bed.object, field);
     for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
-      const Weights expected = plain.Apply(i, field.Data());
+      Weights const expected = plain.Apply(i, field.Data());
       EXPECT_TRUE(SameValue("value", expected.value, out.value[i])) << i;
       EXPECT_TRUE(SameValue("d/dx", expected.x, out.x[i])) << i;
       EXPECT_TRUE(SameValue("d/dy", expected.y, out.y[i])) << i;
@@ -111,11 +111,11 @@ TEST(PointApplication, EqualsThePlainFormBitForBit) {
 }
 
 TEST(PointApplication, OfTheConstant1GivesTheSumsOfTheStatistics) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     Derived bed(method);
-    const Object& o = bed.object;
+    Object const& o = bed.object;
     Array one(bed.host.mesh.NCell, 1.0);
-    const Outputs out = Apply(bed.object, one);
+    Outputs const out = Apply(bed.object, one);
     double largest = 0.0;
     for (int i = 1; i <= o.m_iNIBNode; ++i) {
       double s = 0.0, sx = 0.0, sy = 0.0, sz = 0.0;
@@ -140,11 +140,11 @@ TEST(PointApplication, OfTheConstant1GivesTheSumsOfTheStatistics) {
 }
 
 TEST(PointApplication, StaysWithinElements1ToTheNumberOfPointsAndLeavesTheField) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     Derived bed(method);
     Array field = RandomField(bed.host.mesh.NCell);
-    const Array before = field;
-    const Outputs out = Apply(bed.object, field);
+    Array const before = field;
+    Outputs const out = Apply(bed.object, field);
     EXPECT_TRUE(out.GuardsIntact());
     EXPECT_TRUE(field.IdenticalTo(before));
     for (int i = 1; i <= out.value.Size(); ++i) EXPECT_NE(-7.5, out.value[i]);
@@ -153,18 +153,18 @@ TEST(PointApplication, StaysWithinElements1ToTheNumberOfPointsAndLeavesTheField)
 }
 
 TEST(PointApplication, OfAStencilWithoutMembersIsZero) {
-  for (const int method : {1, 2, 3}) {
-    const PointMesh mesh = Hexahedra(HexahedraOptions());
+  for (int const method : {1, 2, 3}) {
+    PointMesh const mesh = Hexahedra(HexahedraOptions());
     PointBed bed(mesh, PlainSettings{500.0, method, 9});
     bed.SetUp(Array(mesh.NCell(), kUnusable), SomePoints());
     Array field(mesh.NCell(), 3.0);
-    const Outputs out = Apply(bed.object, field);
+    Outputs const out = Apply(bed.object, field);
     for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
-      for (const double result : {out.value[i], out.x[i], out.y[i], out.z[i]})
+      for (double const result : {out.value[i], out.x[i], out.y[i], out.z[i]})
         EXPECT_TRUE(SameValue("result", 0.0, result)) << "method " << method;
     }
     for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
-      const IBCnode& w = bed.object.m_ppIBCoef[i][0];
+      IBCnode const& w = bed.object.m_ppIBCoef[i][0];
       EXPECT_TRUE(w.x == 0.0 && w.y == 0.0 && w.z == 0.0 && bed.object.m_ppIBValueCoef[i][0] == 0.0)
           << "written beyond the row before";
     }
@@ -178,7 +178,7 @@ TEST(PointApplication, AfterAnUnknownMethodIsZero) {
   PointBed bed(Hexahedra(HexahedraOptions()), PlainSettings{500.0, 4, 9});
   bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
   Array field(bed.host.mesh.NCell, 3.0);
-  const Outputs out = Apply(bed.object, field);
+  Outputs const out = Apply(bed.object, field);
   for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
     EXPECT_EQ(0.0, out.value[i]);
     EXPECT_EQ(0.0, out.x[i]);
@@ -198,18 +198,18 @@ TEST(PointApplication, WithoutPointsTouchesNothing) {
 TEST(PointApplication, GivesTheSameBitsAgainAndLeavesTheObject) {
   Derived bed(3), untouched(3);
   Array field = RandomField(bed.host.mesh.NCell), other(bed.host.mesh.NCell, 1e200);
-  const Outputs first = Apply(bed.object, field);
+  Outputs const first = Apply(bed.object, field);
   Apply(bed.object, other);
   EXPECT_TRUE(first.IdenticalTo(Apply(bed.object, field)));
   EXPECT_TRUE(SameContent(untouched.object, bed.object));
 }
 
 TEST(PointApplication, AllocatesNothing) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     Derived bed(method);
     Array field = RandomField(bed.host.mesh.NCell);
     Outputs out(bed.object.m_iNIBNode);
-    const long before = gradient_test::Allocations();
+    long const before = gradient_test::Allocations();
     bed.object.Multiply_IBRBFCoefficent(field.Data(), out.value.Data(), out.x.Data(), out.y.Data(),
                                         out.z.Data());
     EXPECT_EQ(before, gradient_test::Allocations());
@@ -219,9 +219,9 @@ TEST(PointApplication, AllocatesNothing) {
 TEST(PointApplication, ReadsNeitherElement0NorTheTags) {
   Derived bed(2);
   Array field = RandomField(bed.host.mesh.NCell);
-  const Outputs before = Apply(bed.object, field);
+  Outputs const before = Apply(bed.object, field);
   for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
-    const double guard = gradient_test::GuardValue<double>();
+    double const guard = gradient_test::GuardValue<double>();
     bed.object.m_ppIBValueCoef[i][0] = guard;
     bed.object.m_ppIBCoef[i][0].SetData(guard, guard, guard, -1);
     for (int k = 1; k <= bed.object.m_ppIBConn[i][0]; ++k) bed.object.m_ppIBCoef[i][k].tag = -1;
@@ -231,12 +231,12 @@ TEST(PointApplication, ReadsNeitherElement0NorTheTags) {
 
 /// The largest difference between the value at a cell's position and the cell's value.
 double WorstAtCells(int method, double span, Array& field) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{span, method, 9});
   std::vector<Point> centres;
   for (int c = 1; c <= mesh.nInnerCells; ++c) centres.push_back(mesh.Centre(c));
   bed.SetUp(InteriorUsable(mesh), centres);
-  const Outputs out = Apply(bed.object, field);
+  Outputs const out = Apply(bed.object, field);
   double worst = 0.0;
   for (int c = 1; c <= mesh.nInnerCells; ++c) worst = std::fmax(worst, std::fabs(field[c] - out.value[c]));
   return worst;
@@ -244,17 +244,17 @@ double WorstAtCells(int method, double span, Array& field) {
 
 TEST(PointApplication, AtACellGivesThatCellsValue) {
   Array field = RandomField(Hexahedra(HexahedraOptions()).NCell());
-  for (const int method : {1, 2}) EXPECT_LT(WorstAtCells(method, 2.0, field), 1e-11) << "method " << method;
+  for (int const method : {1, 2}) EXPECT_LT(WorstAtCells(method, 2.0, field), 1e-11) << "method " << method;
 }
 
 // With the wide support the systems are nearly singular: the weights are right to the condition of the system times
 // round-off, which a smooth field hardly notices and a rough one does.
 TEST(PointApplication, AtACellGivesThatCellsValueOfASmoothFieldWithAWideSupportToo) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   Array smooth(mesh.NCell()), rough = RandomField(mesh.NCell());
   for (int c = 1; c <= mesh.NCell(); ++c)
     smooth[c] = std::sin(0.3 * mesh.Centre(c).x) + 0.2 * mesh.Centre(c).y * mesh.Centre(c).z;
-  for (const int method : {1, 2}) {
+  for (int const method : {1, 2}) {
     EXPECT_LT(WorstAtCells(method, 500.0, smooth), 1e-6) << "method " << method;
     EXPECT_LT(WorstAtCells(method, 500.0, rough), 1e-2) << "method " << method;
   }

@@ -20,8 +20,8 @@ void Collate(PointBed& bed) {
   EXPECT_EQ(1, bed.object.SetIBNodeCollation());
 }
 
-void ExpectPosition(const Object& object, int c, Point expected, int tag, int kind) {
-  const IBCnode& p = object.m_pIBCnode[c];
+void ExpectPosition(Object const& object, int c, Point expected, int tag, int kind) {
+  IBCnode const& p = object.m_pIBCnode[c];
   EXPECT_EQ(expected.x, p.x) << "cell " << c;
   EXPECT_EQ(expected.y, p.y) << "cell " << c;
   EXPECT_EQ(expected.z, p.z) << "cell " << c;
@@ -29,8 +29,8 @@ void ExpectPosition(const Object& object, int c, Point expected, int tag, int ki
   EXPECT_EQ(kind, object.m_piNodeKind[c]) << "cell " << c;
 }
 
-std::vector<int> NodeRow(const Object& object, int node) {
-  const int* const row = object.ppRBFiNodeConn[node];
+std::vector<int> NodeRow(Object const& object, int node) {
+  int const* const row = object.ppRBFiNodeConn[node];
   return std::vector<int>(row + 1, row + 1 + row[0]);
 }
 
@@ -42,8 +42,8 @@ std::vector<int> NodeRow(const Object& object, int node) {
 ///   nodes 1, 2: of the interior cells; nodes 3..7: of the faces that lead to cells 3..7
 struct OneOfEach : PointMesh {
   OneOfEach() {
-    const double places[] = {0.25, 1.25, 10, 20, 30, 40, 50};
-    for (const double x : places) AddNode({x, x + 1, x + 2});
+    double const places[] = {0.25, 1.25, 10, 20, 30, 40, 50};
+    for (double const x : places) AddNode({x, x + 1, x + 2});
     AddInteriorCell({1, 2, 3}, {1, 2});
     AddInteriorCell({4, 6, 3}, {1, 2});
     JoinInterior(1, 2);
@@ -137,13 +137,13 @@ TEST(PointCollation, WithoutInnerFacesHasNoMeanDistanceAndBoundsInsideOut) {
 TEST(PointCollation, MarksNodesOfWallsInletsAndOutletsAlone) {
   PointBed bed{OneOfEach()};
   Collate(bed);
-  const bool expected[] = {false, false, true, true, true, false, false};
+  bool const expected[] = {false, false, true, true, true, false, false};
   for (int n = 1; n <= 7; ++n) EXPECT_EQ(expected[n - 1], bed.object.m_bBoundaryNode[n]) << "node " << n;
   EXPECT_EQ(7, bed.object.m_bBoundaryNode.GetSize());
 }
 
 TEST(PointCollation, EqualsThePlainFormOnALattice) {
-  for (const bool listInterior : {true, false}) {
+  for (bool const listInterior : {true, false}) {
     HexahedraOptions options;
     options.listInteriorCellsAtBoundaryNodes = listInterior;
     PointBed bed(Hexahedra(options));
@@ -175,10 +175,10 @@ struct TwoNodes : PointMesh {
   }
 };
 
-std::vector<int> RowsOf(const PointMesh& mesh, int node, const std::vector<int>& unusable = {}) {
+std::vector<int> RowsOf(PointMesh const& mesh, int node, std::vector<int> const& unusable = {}) {
   PointBed bed(mesh);
   Array marks = AllUsable(mesh.NCell());
-  for (const int c : unusable) marks[c] = kUnusable;
+  for (int const c : unusable) marks[c] = kUnusable;
   bed.SetUpToTree(marks, 1);
   return NodeRow(bed.object, node);
 }
@@ -226,7 +226,7 @@ TEST(PointNodeRows, WithoutUsableCellsAreEmpty) {
   PointBed bed{TwoNodes()};
   Array marks(4, kUnusable);
   bed.SetUpToTree(marks, 1);
-  for (const int n : {1, 2}) {
+  for (int const n : {1, 2}) {
     ASSERT_NE(nullptr, bed.object.ppRBFiNodeConn[n]);
     EXPECT_EQ(0, bed.object.ppRBFiNodeConn[n][0]);
   }
@@ -237,19 +237,19 @@ TEST(PointNodeRows, WithoutUsableCellsAreEmpty) {
 TEST(PointIdentities, AreConsecutiveInAscendingOrderOfTheUsableCells) {
   PointBed bed{OneOfEach()};
   Array marks(7, kUnusable);
-  for (const int c : {2, 3, 6, 7}) marks[c] = kUsable;
+  for (int const c : {2, 3, 6, 7}) marks[c] = kUsable;
   bed.SetUpToTree(marks, 1);
-  const int blockOfCell[] = {0, 0, 1, 2, 0, 0, 3, 4};
-  const int cellOfBlock[] = {0, 2, 3, 6, 7};
+  int const blockOfCell[] = {0, 0, 1, 2, 0, 0, 3, 4};
+  int const cellOfBlock[] = {0, 2, 3, 6, 7};
   for (int c = 1; c <= 7; ++c) EXPECT_EQ(blockOfCell[c], bed.object.m_piCellToBlock[c]) << "cell " << c;
   for (int b = 0; b <= 4; ++b) EXPECT_EQ(cellOfBlock[b], bed.object.m_piBlockToCell[b]) << "identity " << b;
 }
 
 TEST(PointIdentities, BelongToStrictlyNegativeMarksAlone) {
   PointBed bed{OneOfEach()};
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  const double values[] = {0.0, -0.0, 1.0, -5e-324, nan, -nan, -1e300};
-  const int expected[] = {0, 0, 0, 1, 0, 0, 2};
+  double const nan = std::numeric_limits<double>::quiet_NaN();
+  double const values[] = {0.0, -0.0, 1.0, -5e-324, nan, -nan, -1e300};
+  int const expected[] = {0, 0, 0, 1, 0, 0, 2};
   Array marks(7);
   for (int c = 1; c <= 7; ++c) marks[c] = values[c - 1];
   bed.SetUpToTree(marks, 1);

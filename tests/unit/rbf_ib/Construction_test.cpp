@@ -13,17 +13,17 @@
 namespace rbf_ib_test {
 namespace {
 
-const std::string kPrefix = "Operator Gradient Error = ";
-const std::string kNoGlobals = "Can not get the object of Global Variables\n";
-const std::string kNoPartFaces = "Can not get the object of Part Faces\n";
-const std::string kNoCommunication = "Can not get the object of Communication\n";
+std::string const kPrefix = "Operator Gradient Error = ";
+std::string const kNoGlobals = "Can not get the object of Global Variables\n";
+std::string const kNoPartFaces = "Can not get the object of Part Faces\n";
+std::string const kNoCommunication = "Can not get the object of Communication\n";
 
 using Object = CZynIBRBFInternalObject;
 
 // ---------------------------------------------------------------------------------------------- construction
 
 TEST(PointOperatorConstruction, ClearsTheHostObjects) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(nullptr, object.m_pPartFace);
   EXPECT_EQ(nullptr, object.m_pComm);
   EXPECT_EQ(nullptr, object.m_pGVGPU);
@@ -34,7 +34,7 @@ TEST(PointOperatorConstruction, ClearsTheHostObjects) {
 }
 
 TEST(PointOperatorConstruction, ClearsTheTables) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(nullptr, object.m_pIBCnode);
   EXPECT_EQ(nullptr, object.m_ppIBConn);
   EXPECT_EQ(nullptr, object.m_ppIBCoef);
@@ -54,7 +54,7 @@ TEST(PointOperatorConstruction, ClearsTheTables) {
 }
 
 TEST(PointOperatorConstruction, SetsTheDefaultsOfTheSettings) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(3, object.iSearch_method);
   EXPECT_EQ(0.0, object.Search_distance);
   EXPECT_EQ(20, object.Search_number);
@@ -63,25 +63,25 @@ TEST(PointOperatorConstruction, SetsTheDefaultsOfTheSettings) {
 }
 
 TEST(PointOperatorConstruction, ZeroesTheTreesRangeAndTheCounts) {
-  const Object object;
-  for (const double bound : {object.Xmax, object.Ymax, object.Zmax, object.Xmin, object.Ymin, object.Zmin})
+  Object const object;
+  for (double const bound : {object.Xmax, object.Ymax, object.Zmax, object.Xmin, object.Ymin, object.Zmin})
     EXPECT_EQ(0.0, bound);
   EXPECT_EQ(0, object.m_iNIBNode);
   EXPECT_EQ(0, object.m_iNDerived);
 }
 
 TEST(PointOperatorConstruction, ZeroesTheStatistics) {
-  const Object o;
-  for (const double value : {o.m_dFiSumSq, o.m_dFiMaxError, o.m_dFiMaxAnalysis, o.m_dFiMaxRBF, o.m_dDfdxSumSq,
+  Object const o;
+  for (double const value : {o.m_dFiSumSq, o.m_dFiMaxError, o.m_dFiMaxAnalysis, o.m_dFiMaxRBF, o.m_dDfdxSumSq,
                              o.m_dDfdxMaxError, o.m_dDfdxMaxRBF, o.m_dDfdySumSq, o.m_dDfdyMaxError,
                              o.m_dDfdyMaxRBF, o.m_dDfdzSumSq, o.m_dDfdzMaxError, o.m_dDfdzMaxRBF})
     EXPECT_EQ(0.0, value);
-  for (const int point : {o.m_iFiMaxPoint, o.m_iDfdxMaxPoint, o.m_iDfdyMaxPoint, o.m_iDfdzMaxPoint})
+  for (int const point : {o.m_iFiMaxPoint, o.m_iDfdxMaxPoint, o.m_iDfdyMaxPoint, o.m_iDfdzMaxPoint})
     EXPECT_EQ(0, point);
 }
 
 TEST(PointOperatorConstruction, BeginsTheFailureText) {
-  const Object object;
+  Object const object;
   EXPECT_EQ(kPrefix, object.ErrorMsg);
 }
 
@@ -94,8 +94,8 @@ TEST(PointOperator, HasAVirtualDestructorAndCharacterBuffersOf1024) {
 
 // Other code of a solver may read the members where they have always been.
 TEST(PointOperator, KeepsItsMembersInTheirOrder) {
-  const Object o;
-  const std::vector<const void*> members = {&o.m_pPartFace,
+  Object const o;
+  std::vector<void const*> const members = {&o.m_pPartFace,
                                             &o.m_pComm,
                                             &o.m_pGVGPU,
                                             &o.m_pGVOpenMP,
@@ -162,7 +162,7 @@ struct Setters : ::testing::Test {
 
   std::uint64_t FirstWordOfGPU() const {
     std::uint64_t word = 0;
-    std::memcpy(&word, static_cast<const void*>(&host.gpu), sizeof word);
+    std::memcpy(&word, static_cast<void const*>(&host.gpu), sizeof word);
     return word;
   }
 };

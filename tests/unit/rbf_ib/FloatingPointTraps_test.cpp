@@ -19,12 +19,12 @@ struct Outcome {
   std::vector<Array> results;
 };
 
-bool AllFinite(const CZynIBRBFInternalObject& object) {
+bool AllFinite(CZynIBRBFInternalObject const& object) {
   for (int i = 1; i <= object.m_iNIBNode; ++i) {
     if (object.m_ppIBConn[i] == nullptr) continue;
     for (int k = 1; k <= object.m_ppIBConn[i][0]; ++k) {
-      const IBCnode& c = object.m_ppIBCoef[i][k];
-      for (const double value : {c.x, c.y, c.z, object.m_ppIBValueCoef[i][k]})
+      IBCnode const& c = object.m_ppIBCoef[i][k];
+      for (double const value : {c.x, c.y, c.z, object.m_ppIBValueCoef[i][k]})
         if (!std::isfinite(value)) return false;
     }
   }
@@ -33,8 +33,8 @@ bool AllFinite(const CZynIBRBFInternalObject& object) {
 
 /// Set-up and application with the traps armed, or without. Coefficients that are no finite numbers are applied without
 /// traps: that is a use of them.
-Outcome SetUpAndApply(const PointMesh& mesh, const std::string& settings, Array marks,
-                      const std::vector<Point>& points, bool withTraps) {
+Outcome SetUpAndApply(PointMesh const& mesh, std::string const& settings, Array marks,
+                      std::vector<Point> const& points, bool withTraps) {
   PointBed bed(mesh, settings);
   PointArrays p(points);
   Array phi(mesh.NCell());
@@ -42,20 +42,20 @@ Outcome SetUpAndApply(const PointMesh& mesh, const std::string& settings, Array 
   Outcome outcome;
   outcome.results.assign(4, Array(p.Size()));
   std::vector<Array>& r = outcome.results;
-  const auto setUp = [&] {
+  auto const setUp = [&] {
     bed.object.Initialize_IBInterpolateData(marks.Data(), p.Size(), p.x.Data(), p.y.Data(), p.z.Data());
   };
-  const auto apply = [&] {
+  auto const apply = [&] {
     bed.object.Multiply_IBRBFCoefficent(phi.Data(), r[0].Data(), r[1].Data(), r[2].Data(), r[3].Data());
   };
   outcome.printed = Printed([&] {
     if (!withTraps) return setUp();
-    const gradient_test::ArmedTraps traps;
+    gradient_test::ArmedTraps const traps;
     setUp();
     EXPECT_TRUE(traps.StillArmed());
   });
   if (withTraps && AllFinite(bed.object)) {
-    const gradient_test::ArmedTraps traps;
+    gradient_test::ArmedTraps const traps;
     apply();
   } else {
     apply();
@@ -63,10 +63,10 @@ Outcome SetUpAndApply(const PointMesh& mesh, const std::string& settings, Array 
   return outcome;
 }
 
-void ExpectNoTrap(const PointMesh& mesh, const std::string& settings, const Array& marks,
-                  const std::vector<Point>& points) {
-  const Outcome without = SetUpAndApply(mesh, settings, marks, points, false);
-  const Outcome with = SetUpAndApply(mesh, settings, marks, points, true);
+void ExpectNoTrap(PointMesh const& mesh, std::string const& settings, Array const& marks,
+                  std::vector<Point> const& points) {
+  Outcome const without = SetUpAndApply(mesh, settings, marks, points, false);
+  Outcome const with = SetUpAndApply(mesh, settings, marks, points, true);
   EXPECT_EQ(without.printed, with.printed) << settings;
   for (std::size_t k = 0; k < with.results.size(); ++k)
     EXPECT_TRUE(
@@ -74,38 +74,38 @@ void ExpectNoTrap(const PointMesh& mesh, const std::string& settings, const Arra
         << settings;
 }
 
-const std::vector<Point> kPoints = {{1.1, 1.2, 1.3}, {0.5, 0.5, 0.5}, {2.9, 0.1, 1.5}, {7.0, 8.0, 9.0}};
+std::vector<Point> const kPoints = {{1.1, 1.2, 1.3}, {0.5, 0.5, 0.5}, {2.9, 0.1, 1.5}, {7.0, 8.0, 9.0}};
 
 TEST(PointOperatorTraps, NoSetUpReportOrApplicationStopsASolver) {
-  for (const double jitter : {0.0, 0.2}) {
+  for (double const jitter : {0.0, 0.2}) {
     HexahedraOptions options;
     options.jitter = jitter;
-    const PointMesh mesh = Hexahedra(options);
-    for (const char* const method : {"1", "2", "3", "4"})
-      for (const char* const span : {"500", "20"})
+    PointMesh const mesh = Hexahedra(options);
+    for (char const* const method : {"1", "2", "3", "4"})
+      for (char const* const span : {"500", "20"})
         ExpectNoTrap(mesh, Settings(span, method, "1.0", "8"), InteriorUsable(mesh), kPoints);
   }
 }
 
 // The report divides by the number of points.
 TEST(PointOperatorTraps, NoPointsStopNoSolver) {
-  const PointMesh mesh = Hexahedra({});
-  for (const char* const method : {"1", "2", "3"})
+  PointMesh const mesh = Hexahedra({});
+  for (char const* const method : {"1", "2", "3"})
     ExpectNoTrap(mesh, Settings("500", method, "1.0", "8"), InteriorUsable(mesh), {});
 }
 
 TEST(PointOperatorTraps, FewOrNoUsableCellsStopNoSolver) {
-  const PointMesh mesh = Hexahedra({});
+  PointMesh const mesh = Hexahedra({});
   Array one(mesh.NCell(), kUnusable);
   one[5] = kUsable;
-  for (const char* const method : {"1", "2", "3"})
-    for (const Array& marks : {Array(mesh.NCell(), kUnusable), one})
+  for (char const* const method : {"1", "2", "3"})
+    for (Array const& marks : {Array(mesh.NCell(), kUnusable), one})
       ExpectNoTrap(mesh, Settings("500", method, "1.0", "8"), marks, kPoints);
 }
 
 // Without inner faces the mean distance is 0 / 0; a point on the only cell has no support length.
 TEST(PointOperatorTraps, NoDegenerateMeshStopsASolver) {
-  for (const char* const method : {"1", "2", "3"}) {
+  for (char const* const method : {"1", "2", "3"}) {
     ExpectNoTrap(LooseCells({Point{0, 0, 0}}), Settings("500", method, "1.0", "1"), AllUsable(1),
                  {{0.0, 0.0, 0.0}, {1.0, 0.0, 0.0}});
     ExpectNoTrap(LooseCells({Point{0, 0, 0}, Point{0, 0, 0}}), Settings("500", method, "1.0", "2"),
@@ -114,8 +114,8 @@ TEST(PointOperatorTraps, NoDegenerateMeshStopsASolver) {
 }
 
 TEST(PointOperatorTraps, NoSettingsFileStopsASolver) {
-  const PointMesh mesh = Hexahedra({});
-  for (const char* const span : {"1e999", "1e300", "0", "nan", "no number"})
+  PointMesh const mesh = Hexahedra({});
+  for (char const* const span : {"1e999", "1e300", "0", "nan", "no number"})
     ExpectNoTrap(mesh, Settings(span, "2", "1e999", "8"), InteriorUsable(mesh), kPoints);
   ExpectNoTrap(LooseCells({Point{0, 0, 0}}), "", AllUsable(1), {{1.0, 0.0, 0.0}});
 }

@@ -20,12 +20,12 @@ namespace {
 
 using Object = CZynIBRBFInternalObject;
 
-const std::string kAllocated = "IB Memory Allocation ok\n";
-const std::string kCollated = "SetNodeCollation ok\n";
-const std::string kDefaults = "Default DQ parameter is adopted.\n";
-const std::string kTree = "SetIBADTress ok\n";
-const std::string kSearched = "SearchIBADTress ok\n";
-const std::string kDerived = "DeriveIBCoefficentBysolveDQfullMatrix ok\n";
+std::string const kAllocated = "IB Memory Allocation ok\n";
+std::string const kCollated = "SetNodeCollation ok\n";
+std::string const kDefaults = "Default DQ parameter is adopted.\n";
+std::string const kTree = "SetIBADTress ok\n";
+std::string const kSearched = "SearchIBADTress ok\n";
+std::string const kDerived = "DeriveIBCoefficentBysolveDQfullMatrix ok\n";
 
 PointMesh SomeMesh() { return Hexahedra(HexahedraOptions()); }
 
@@ -36,23 +36,23 @@ std::vector<Point> SomePoints() {
 // -------------------------------------------------------------------------------------------------- progress
 
 TEST(PointSetUp, PrintsItsProgressWordForWord) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     PointBed bed(SomeMesh(), PlainSettings{500.0, method, 8});
-    const std::string printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
-    const std::string progress = kAllocated + kCollated + kTree + kSearched + kDerived;
+    std::string const printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
+    std::string const progress = kAllocated + kCollated + kTree + kSearched + kDerived;
     EXPECT_EQ(progress + "FI = 1.e0\n\n", printed.substr(0, progress.size() + 11)) << "method " << method;
   }
 }
 
 TEST(PointSetUp, SaysBetweenCollationAndTreeThatItTakesTheDefaults) {
   PointBed bed(SomeMesh());
-  const std::string printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
+  std::string const printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
   EXPECT_EQ(0U, printed.find(kAllocated + kCollated + kDefaults + kTree + kSearched + kDerived + "FI"));
 }
 
 TEST(PointSetUp, PrintsTheSameLinesForAnUnknownMethod) {
   PointBed bed(SomeMesh(), PlainSettings{500.0, 4, 8});
-  const std::string printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
+  std::string const printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
   EXPECT_EQ(0U, printed.find(kAllocated + kCollated + kTree + kSearched + kDerived + "FI"));
 }
 
@@ -66,7 +66,7 @@ TEST(PointSetUp, FlushesEveryLineAtOnce) {
   PointArrays points(SomePoints());
   std::string atCollation, atSettings, all;
   {
-    const rbf_cell_test::FlushedOutput output;
+    rbf_cell_test::FlushedOutput const output;
     bed.host.partition.onCount = [&] { atCollation = output.Arrived(); };
     parameters.onCall = [&] { atSettings = output.Arrived(); };
     bed.object.Initialize_IBInterpolateData(marks.Data(), points.Size(), points.x.Data(), points.y.Data(),
@@ -116,9 +116,9 @@ TEST(PointSetUp, ReadsTheSettingsAfterTheCollationAndTheNodeRowsAndBeforeTheTree
 TEST(PointSetUp, ReadsTheHostAndCallsNoExchange) {
   PointBed bed(SomeMesh());
   Array marks = InteriorUsable(SomeMesh());
-  const Array marksBefore = marks;
+  Array const marksBefore = marks;
   PointArrays points(SomePoints());
-  const Array xBefore = points.x, yBefore = points.y, zBefore = points.z;
+  Array const xBefore = points.x, yBefore = points.y, zBefore = points.z;
   bed.SetUp(marks, points);
   EXPECT_TRUE(bed.host.InputsUntouched());
   EXPECT_EQ(0, bed.host.communicationCalls);
@@ -159,9 +159,9 @@ TEST(PointAllocation, MakesAllTablesWithZerosAndWithoutRows) {
     EXPECT_EQ(0, object.m_pIBTwoSeeds[i]);
   }
   EXPECT_NE(nullptr, object.m_pADTree);
-  const int nCell = bed.host.mesh.NCell;
+  int const nCell = bed.host.mesh.NCell;
   for (int c = 0; c <= nCell; ++c) {
-    const IBCnode& p = object.m_pIBCnode[c];
+    IBCnode const& p = object.m_pIBCnode[c];
     EXPECT_EQ(0, object.m_piCellToBlock[c]);
     EXPECT_EQ(0, object.m_piNodeKind[c]);
     EXPECT_TRUE(p.x == 0.0 && p.y == 0.0 && p.z == 0.0 && p.tag == 0);
@@ -192,13 +192,13 @@ TEST(PointAllocation, KeepsAllTablesAfterTheSetUp) {
 
 // Every element of every row is written and read again, so that two rows in one place would show.
 TEST(PointAllocation, GivesEveryRowAPlaceOfItsOwn) {
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     PointBed bed(SomeMesh(), PlainSettings{500.0, method, 8});
     bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
     Object& object = bed.object;
     std::vector<int> sizes(1, 0);
     for (int i = 1; i <= object.m_iNIBNode; ++i) sizes.push_back(object.m_ppIBConn[i][0]);
-    const auto forEachElement = [&](auto&& visit) {
+    auto const forEachElement = [&](auto&& visit) {
       for (int i = 1; i <= object.m_iNIBNode; ++i)
         for (int k = 0; k <= sizes[static_cast<std::size_t>(i)]; ++k) visit(i, k);
     };
@@ -222,7 +222,7 @@ TEST(PointSetUp, WithoutPointsMakesTablesOfOneElement) {
   PointArrays none({});
   none.x[0] = none.y[0] = none.z[0] = 0.0;
   Array marks = AllUsable(bed.host.mesh.NCell);
-  const std::string printed = bed.SetUp(marks, none);
+  std::string const printed = bed.SetUp(marks, none);
   EXPECT_EQ(0U, printed.find(kAllocated + kCollated + kDefaults + kTree + kSearched + kDerived + "FI"));
   EXPECT_EQ(0, bed.object.m_iNIBNode);
   EXPECT_EQ(0, bed.object.m_iNDerived);
@@ -241,7 +241,7 @@ TEST(PointSetUp, WithANegativeNumberOfPointsDoesWhatItDoesWithoutPoints) {
   PointBed bed(SomeMesh());
   Array marks = AllUsable(bed.host.mesh.NCell), none(0);
   none[0] = 0.0;
-  const std::string printed = Printed([&] {
+  std::string const printed = Printed([&] {
     EXPECT_EQ(
         0, bed.object.Initialize_IBInterpolateData(marks.Data(), -3, none.Data(), none.Data(), none.Data()));
   });
@@ -254,7 +254,7 @@ TEST(PointSetUp, WithANegativeNumberOfPointsDoesWhatItDoesWithoutPoints) {
 }
 
 TEST(PointSetUp, WithAnUnknownMethodLeavesThePointsWithoutRows) {
-  for (const int method : {4, 0, -1}) {
+  for (int const method : {4, 0, -1}) {
     PointBed bed(SomeMesh(), PlainSettings{500.0, method, 8});
     bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
     for (int i = 0; i <= bed.object.m_iNIBNode; ++i) {
@@ -278,25 +278,25 @@ struct Round {
   bool boundaryCellsUsable;
 };
 
-std::vector<Point> PointsOf(const Round& round) {
+std::vector<Point> PointsOf(Round const& round) {
   std::vector<Point> points = SomePoints();
   points.resize(round.nPoint, Point{1.1, 0.7, 2.2});
   for (Point& p : points) p.x += round.xShift;
   return points;
 }
 
-Array MarksOf(const Round& round) {
+Array MarksOf(Round const& round) {
   return round.boundaryCellsUsable ? AllUsable(SomeMesh().NCell()) : InteriorUsable(SomeMesh());
 }
 
 TEST(PointSetUpAgain, EqualsAFreshObjectBitForBit) {
-  const std::vector<Round> rounds = {{3, 0.0, 5, true}, {3, 0.3, 9, false}, {1, 0.1, 3, true},
+  std::vector<Round> const rounds = {{3, 0.0, 5, true}, {3, 0.3, 9, false}, {1, 0.1, 3, true},
                                      {2, 0.2, 6, true}, {4, 0.0, 4, true},  {3, 0.5, 5, false}};
   PointBed bed(SomeMesh());
-  for (const Round& round : rounds) {
-    const PlainSettings settings{500.0, round.method, 8};
+  for (Round const& round : rounds) {
+    PlainSettings const settings{500.0, round.method, 8};
     bed.folder.Write(Settings(settings));
-    const std::string printed = bed.SetUp(MarksOf(round), PointsOf(round));
+    std::string const printed = bed.SetUp(MarksOf(round), PointsOf(round));
     PointBed fresh(SomeMesh(), settings);
     EXPECT_EQ(fresh.SetUp(MarksOf(round), PointsOf(round)), printed) << "method " << round.method;
     ASSERT_TRUE(SameContent(fresh.object, bed.object)) << "method " << round.method;
@@ -307,14 +307,14 @@ TEST(PointSetUpAgain, KeepsTheMemoryConstant) {
   PointBed bed(SomeMesh());
   Array marks = AllUsable(bed.host.mesh.NCell);
   PointArrays points(SomePoints());
-  const auto setUp = [&](int method) {
+  auto const setUp = [&](int method) {
     bed.folder.Write(Settings(PlainSettings{500.0, method, 8}));
     bed.SetUp(marks, points);
   };
-  for (const int method : {1, 2, 3}) setUp(method);
-  const long live = gradient_test::LiveAllocations();
+  for (int const method : {1, 2, 3}) setUp(method);
+  long const live = gradient_test::LiveAllocations();
   for (int round = 0; round < 20; ++round) {
-    for (const int method : {1, 2, 3}) setUp(method);
+    for (int const method : {1, 2, 3}) setUp(method);
   }
   EXPECT_EQ(live, gradient_test::LiveAllocations());
 }
@@ -335,12 +335,12 @@ TEST(PointSetUpAgain, WorksOnAnotherMesh) {
 // ----------------------------------------------------------------------------------------------- destruction
 
 TEST(PointDestruction, NeedsNeitherHostObjectsNorSetUp) {
-  const auto object = std::make_unique<Object>();
+  auto const object = std::make_unique<Object>();
   EXPECT_EQ(nullptr, object->m_ppIBConn);
 }
 
 TEST(PointDestruction, LeavesAllHostObjects) {
-  const SettingsFolder folder;
+  SettingsFolder const folder;
   PointHost host(SomeMesh(), folder.BaseFileName());
   {
     Object object;
@@ -357,14 +357,14 @@ TEST(PointDestruction, LeavesAllHostObjects) {
 }
 
 TEST(PointDestruction, FreesEverythingThatTheObjectAllocated) {
-  for (const int method : {1, 2, 3, 4}) {
-    const SettingsFolder folder;
+  for (int const method : {1, 2, 3, 4}) {
+    SettingsFolder const folder;
     folder.Write(Settings(PlainSettings{500.0, method, 8}));
     PointHost host(SomeMesh(), folder.BaseFileName());
     Array marks = AllUsable(host.mesh.NCell);
     PointArrays points(SomePoints());
-    const auto live = [&] {
-      const long before = gradient_test::LiveAllocations();
+    auto const live = [&] {
+      long const before = gradient_test::LiveAllocations();
       {
         Object object;
         PointBed::Connect(object, host);
@@ -381,9 +381,9 @@ TEST(PointDestruction, FreesEverythingThatTheObjectAllocated) {
 }
 
 TEST(PointDestruction, FreesTablesWithoutRowsToo) {
-  const SettingsFolder folder;
+  SettingsFolder const folder;
   PointHost host(SomeMesh(), folder.BaseFileName());
-  const long before = gradient_test::LiveAllocations();
+  long const before = gradient_test::LiveAllocations();
   {
     Object object;
     PointBed::Connect(object, host);
@@ -400,14 +400,14 @@ TEST(PointDestruction, FreesTablesWithoutRowsToo) {
 class Undestroyed {
  public:
   Undestroyed() : object_(new (memory_) Object) {}
-  explicit Undestroyed(const Object& source) : object_(new (memory_) Object(source)) {}
+  explicit Undestroyed(Object const& source) : object_(new (memory_) Object(source)) {}
   ~Undestroyed() {
     object_->m_CellLocalID.Destroy();
     object_->m_NodeLocalID.Destroy();
     object_->m_bBoundaryNode.Destroy();
   }
-  Undestroyed(const Undestroyed&) = delete;
-  Undestroyed& operator=(const Undestroyed&) = delete;
+  Undestroyed(Undestroyed const&) = delete;
+  Undestroyed& operator=(Undestroyed const&) = delete;
 
   Object& operator*() { return *object_; }
   Object* operator->() { return object_; }
@@ -417,7 +417,7 @@ class Undestroyed {
   Object* object_;
 };
 
-void ExpectSharedTables(const Object& a, const Object& b) {
+void ExpectSharedTables(Object const& a, Object const& b) {
   EXPECT_EQ(a.m_pIBCnode, b.m_pIBCnode);
   EXPECT_EQ(a.m_ppIBConn, b.m_ppIBConn);
   EXPECT_EQ(a.m_ppIBCoef, b.m_ppIBCoef);
@@ -433,7 +433,7 @@ void ExpectSharedTables(const Object& a, const Object& b) {
   EXPECT_EQ(a.m_pIBNodeCellTable, b.m_pIBNodeCellTable);
 }
 
-void ExpectSameHostObjectsAndTexts(const Object& a, const Object& b) {
+void ExpectSameHostObjectsAndTexts(Object const& a, Object const& b) {
   EXPECT_EQ(a.m_pPartFace, b.m_pPartFace);
   EXPECT_EQ(a.m_pComm, b.m_pComm);
   EXPECT_EQ(a.m_pGVGPU, b.m_pGVGPU);
@@ -447,13 +447,13 @@ void ExpectSameHostObjectsAndTexts(const Object& a, const Object& b) {
 }
 
 template <typename Vector>
-void ExpectOwnEqualVector(const Vector& a, const Vector& b) {
+void ExpectOwnEqualVector(Vector const& a, Vector const& b) {
   ASSERT_EQ(a.GetSize(), b.GetSize());
   EXPECT_NE(a.Get_Ptr(), b.Get_Ptr());
   for (int i = 1; i <= a.GetSize(); ++i) EXPECT_EQ(a[i], b[i]) << i;
 }
 
-void ExpectFlatCopy(const Object& source, const Object& copy) {
+void ExpectFlatCopy(Object const& source, Object const& copy) {
   ExpectSharedTables(source, copy);
   ExpectSameHostObjectsAndTexts(source, copy);
   EXPECT_TRUE(SameContent(source, copy));
@@ -498,7 +498,7 @@ TEST(PointAssignment, ReleasesNothingThatTheTargetHeld) {
 TEST(PointAssignment, ToItselfChangesNothing) {
   Source source;
   Undestroyed before(source.object);
-  const Object& same = source.object;
+  Object const& same = source.object;
   source.object = same;
   ExpectSharedTables(*before, source.object);
   EXPECT_TRUE(SameContent(*before, source.object));
@@ -508,7 +508,7 @@ TEST(PointAssignment, ToItselfChangesNothing) {
 TEST(PointCopy, InterpolatesLikeItsSource) {
   Source source;
   Undestroyed copy(source.object);
-  const int n = copy->m_iNIBNode;
+  int const n = copy->m_iNIBNode;
   Array field(source.host.mesh.NCell, 2.5);
   Array value(n), x(n), y(n), z(n), copyValue(n), copyX(n), copyY(n), copyZ(n);
   source.object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());

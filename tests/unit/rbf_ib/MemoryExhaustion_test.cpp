@@ -16,7 +16,7 @@ namespace {
 using Object = CZynIBRBFInternalObject;
 
 struct Case {
-  Case(int method, PointHost& pointHost, const PointMesh& mesh)
+  Case(int method, PointHost& pointHost, PointMesh const& mesh)
       : host(pointHost), marks(InteriorUsable(mesh)), points({{1.1, 1.2, 1.3}, {0.5, 0.4, 1.5}}) {
     parameters.block.Span = 50;
     parameters.block.iSearch_method = method;
@@ -42,7 +42,7 @@ struct Case {
 /// A set-up, the second one of the object if `second`, whose n-th allocation fails; if `again`, one that has all memory
 /// after it. @return whether there were so many
 bool SetUpWithAFailure(Case& c, long n, bool second, bool again) {
-  const long live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
+  long const live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
   bool threw = false, happened = false;
   {
     std::optional<Object> object, fresh;
@@ -50,10 +50,10 @@ bool SetUpWithAFailure(Case& c, long n, bool second, bool again) {
     c.Connect(*object);
     if (second) c.SetUp(*object);
     {
-      const gradient_test::FailingAllocation failing(n);
+      gradient_test::FailingAllocation const failing(n);
       try {
         c.SetUp(*object);
-      } catch (const std::bad_alloc&) {
+      } catch (std::bad_alloc const&) {
         threw = true;
       }
       happened = failing.Happened();
@@ -73,10 +73,10 @@ bool SetUpWithAFailure(Case& c, long n, bool second, bool again) {
 }
 
 TEST(PointOperatorWithoutMemory, NoSetUpLeavesAnythingBehind) {
-  const PointMesh mesh = Hexahedra({});
-  const SettingsFolder folder;
+  PointMesh const mesh = Hexahedra({});
+  SettingsFolder const folder;
   PointHost host(mesh, folder.BaseFileName());
-  for (const int method : {1, 2, 3}) {
+  for (int const method : {1, 2, 3}) {
     Case c(method, host, mesh);
     testing::internal::CaptureStdout();
     SetUpWithAFailure(c, 0, true, true);  // what the C++ library keeps for good from the first use

@@ -39,14 +39,14 @@ void Solve(System& system) {
   if (system.order > 0) solver.Solve(system.order, system.matrix.data(), b, b, system.columns);
 }
 
-double BackwardError(const System& system, int column, const std::vector<double>& w) {
+double BackwardError(System const& system, int column, std::vector<double> const& w) {
   double residual = 0.0, normA = 0.0, normW = 0.0, normB = 0.0;
   for (int i = 0; i < system.order; ++i) {
-    const double b = system.Solution(i, column);
+    double const b = system.Solution(i, column);
     long double sum = -static_cast<long double>(b);
     double row = 0.0;
     for (int j = 0; j < system.order; ++j) {
-      const double a = system.matrix[At(system.order * i + j)];
+      double const a = system.matrix[At(system.order * i + j)];
       sum += static_cast<long double>(a) * static_cast<long double>(w[At(j)]);
       row += std::fabs(a);
     }
@@ -58,7 +58,7 @@ double BackwardError(const System& system, int column, const std::vector<double>
   return residual / (normA * normW + normB);
 }
 
-double WorstBackwardError(const System& system) {
+double WorstBackwardError(System const& system) {
   System solved = system;
   Solve(solved);
   double worst = 0.0;
@@ -71,7 +71,7 @@ double WorstBackwardError(const System& system) {
 }
 
 void Statistics::Take(int i, double computed, double exact) {
-  const double error = std::fabs(exact - computed);
+  double const error = std::fabs(exact - computed);
   sumOfSquares += error * error;
   if (error > largest) {
     largest = error;
@@ -80,11 +80,11 @@ void Statistics::Take(int i, double computed, double exact) {
   }
 }
 
-PlainPointOperator::PlainPointOperator(const CZYN3DFiniteVolumeMesh& m, CPartitionFace_DLL& faces,
+PlainPointOperator::PlainPointOperator(CZYN3DFiniteVolumeMesh const& m, CPartitionFace_DLL& faces,
                                        PlainSettings s)
     : mesh(m), partitionFaces(faces), settings(s) {}
 
-void PlainPointOperator::SetUp(const double* mark, const std::vector<Point>& points) {
+void PlainPointOperator::SetUp(double const* mark, std::vector<Point> const& points) {
   Collate();
   CollectNodeCells(mark);
   EnterCells(mark);
@@ -95,7 +95,7 @@ void PlainPointOperator::SetUp(const double* mark, const std::vector<Point>& poi
 // ------------------------------------------------------------------------------------------------ positions
 
 void PlainPointOperator::MeasureBounds() {
-  const auto widen = [this](double x, double y, double z) {
+  auto const widen = [this](double x, double y, double z) {
     if (x > boundMax.x) boundMax.x = x;
     if (y > boundMax.y) boundMax.y = y;
     if (z > boundMax.z) boundMax.z = z;
@@ -105,7 +105,7 @@ void PlainPointOperator::MeasureBounds() {
   };
   double sum = 0.0;
   for (int f = 1; f <= mesh.NInnerFaces; ++f) {
-    const int a = mesh.ijCV[f], b = mesh.ij[f];
+    int const a = mesh.ijCV[f], b = mesh.ij[f];
     widen(mesh.xc[a], mesh.yc[a], mesh.zc[a]);
     widen(mesh.xc[b], mesh.yc[b], mesh.zc[b]);
     sum += Norm({mesh.xc[a] - mesh.xc[b], mesh.yc[a] - mesh.yc[b], mesh.zc[a] - mesh.zc[b]});
@@ -140,7 +140,7 @@ void PlainPointOperator::Collate() {
   for (int f = 1; f <= mesh.NOutlet; ++f)
     Place(mesh.ijOutlet[f], {mesh.ijOutletxc[f], mesh.ijOutletyc[f], mesh.ijOutletzc[f]}, 4);
   for (int f = 1; f <= partitionFaces.NParInterFace(); ++f) {
-    const int c = partitionFaces.ijPar()[f];
+    int const c = partitionFaces.ijPar()[f];
     Place(c, {mesh.xc[c], mesh.yc[c], mesh.zc[c]}, 5);
   }
   MarkNodes(mesh.NWall, mesh.ijWallLnods);
@@ -148,9 +148,9 @@ void PlainPointOperator::Collate() {
   MarkNodes(mesh.NOutlet, mesh.ijOutletLnods);
 }
 
-void PlainPointOperator::CollectNodeCells(const double* mark) {
+void PlainPointOperator::CollectNodeCells(double const* mark) {
   nodeCells.assign(At(mesh.NNode + 1), {});
-  const auto add = [&](int node, int c) {
+  auto const add = [&](int node, int c) {
     std::vector<int>& row = nodeCells[At(node)];
     if (mark[c] < 0.0 && std::find(row.begin(), row.end(), c) == row.end()) row.push_back(c);
   };
@@ -163,29 +163,29 @@ void PlainPointOperator::CollectNodeCells(const double* mark) {
 
 // --------------------------------------------------------------------------------------------------- search
 
-void PlainPointOperator::EnterCells(const double* mark) {
+void PlainPointOperator::EnterCells(double const* mark) {
   cellToBlock.assign(At(mesh.NCell + 1), 0);
   blockToCell.assign(1, 0);
   for (int c = 1; c <= mesh.NCell; ++c) {
     if (!(mark[c] < 0.0)) continue;
     blockToCell.push_back(c);
-    const int b = static_cast<int>(blockToCell.size()) - 1;
+    int const b = static_cast<int>(blockToCell.size()) - 1;
     cellToBlock[At(c)] = b;
-    const Point& p = positions[At(c)];
+    Point const& p = positions[At(c)];
     tree_.AddSurfaceToADTree(b, p.x + 1e-6, p.y + 1e-6, p.z + 1e-6, p.x - 1e-6, p.y - 1e-6, p.z - 1e-6);
   }
 }
 
-const Point& PlainPointOperator::PositionOfBlock(int b) const { return positions[At(blockToCell[At(b)])]; }
+Point const& PlainPointOperator::PositionOfBlock(int b) const { return positions[At(blockToCell[At(b)])]; }
 
 // All usable cells whose small boxes meet the cube, by comparison with each.
 std::vector<int> PlainPointOperator::Meeting(Point p, double d) const {
-  const auto overlap = [d](double centre, double x) {
+  auto const overlap = [d](double centre, double x) {
     return x + 1e-6 >= centre - d && x - 1e-6 <= centre + d;
   };
   std::vector<int> ids;
   for (int b = 1; b < static_cast<int>(blockToCell.size()); ++b) {
-    const Point& q = PositionOfBlock(b);
+    Point const& q = PositionOfBlock(b);
     if (overlap(p.x, q.x) && overlap(p.y, q.y) && overlap(p.z, q.z)) ids.push_back(b);
   }
   return ids;
@@ -193,8 +193,8 @@ std::vector<int> PlainPointOperator::Meeting(Point p, double d) const {
 
 bool PlainPointOperator::CoversAll(Point p, double d) const {
   for (std::size_t b = 1; b < blockToCell.size(); ++b) {
-    const Point& q = positions[At(blockToCell[b])];
-    const bool inside = p.x - d <= q.x && q.x <= p.x + d && p.y - d <= q.y && q.y <= p.y + d &&
+    Point const& q = positions[At(blockToCell[b])];
+    bool const inside = p.x - d <= q.x && q.x <= p.x + d && p.y - d <= q.y && q.y <= p.y + d &&
                         p.z - d <= q.z && q.z <= p.z + d;
     if (!inside) return false;
   }
@@ -204,7 +204,7 @@ bool PlainPointOperator::CoversAll(Point p, double d) const {
 double PlainPointOperator::FarthestBound(Point p) const {
   double farthest = 0.0;
   for (std::size_t b = 1; b < blockToCell.size(); ++b) {
-    const Point d = Difference(p, positions[At(blockToCell[b])]);
+    Point const d = Difference(p, positions[At(blockToCell[b])]);
     farthest = std::max({farthest, std::fabs(d.x), std::fabs(d.y), std::fabs(d.z)});
   }
   return farthest;
@@ -225,10 +225,10 @@ PlainPointOperator::Found PlainPointOperator::Search(Point p, int wanted) {
     expected = Meeting(p, cube);
   }
   int count = 0;
-  const int* const ids = tree_.SearchNearBlockID(p.x - cube, p.y - cube, p.z - cube, p.x + cube, p.y + cube,
+  int const* const ids = tree_.SearchNearBlockID(p.x - cube, p.y - cube, p.z - cube, p.x + cube, p.y + cube,
                                                  p.z + cube, count, 0);
   found.ids.assign(ids, ids + count);
-  for (const int id : found.ids) found.distances.push_back(Norm(Difference(p, PositionOfBlock(id))));
+  for (int const id : found.ids) found.distances.push_back(Norm(Difference(p, PositionOfBlock(id))));
   std::vector<int> ascending = found.ids;
   std::sort(ascending.begin(), ascending.end());
   if (ascending != expected) throw std::logic_error("the tree did not find what lies in the cube");
@@ -236,7 +236,7 @@ PlainPointOperator::Found PlainPointOperator::Search(Point p, int wanted) {
 }
 
 void PlainPointOperator::SortAllButTheFirstTwo(std::vector<int>& ids, std::vector<double>& distances) {
-  const int n = static_cast<int>(ids.size());
+  int const n = static_cast<int>(ids.size());
   for (int pass = 1; pass <= n - 2; ++pass) {
     for (int j = 0; j < n - pass; ++j) {
       if (distances[At(j)] > distances[At(j + 1)]) {
@@ -247,8 +247,8 @@ void PlainPointOperator::SortAllButTheFirstTwo(std::vector<int>& ids, std::vecto
   }
 }
 
-void PlainPointOperator::SearchAll(const std::vector<Point>& points) {
-  const std::size_t n = points.size() + 1;
+void PlainPointOperator::SearchAll(std::vector<Point> const& points) {
+  std::size_t const n = points.size() + 1;
   stencils.assign(n, {});
   supports.assign(n, 0.0);
   twoSeeds.assign(n, false);
@@ -288,21 +288,21 @@ void PlainPointOperator::SearchByTopology(int i, Point p) {
 }
 
 // The seeds, and around them every usable cell that has a mesh node in common with one.
-void PlainPointOperator::CollectRing(int i, const std::vector<int>& seeds) {
+void PlainPointOperator::CollectRing(int i, std::vector<int> const& seeds) {
   std::vector<int>& cells = stencils[At(i)];
   std::vector<int>& nodes = pointNodes[At(i)];
-  const auto appendOnce = [](std::vector<int>& list, int entry) {
+  auto const appendOnce = [](std::vector<int>& list, int entry) {
     if (std::find(list.begin(), list.end(), entry) == list.end()) list.push_back(entry);
   };
   cells = seeds;
-  for (const int seed : seeds)
+  for (int const seed : seeds)
     for (int k = 1; k <= mesh.CellLnodsNumber[seed]; ++k) appendOnce(nodes, mesh.CellLnods[seed][k]);
-  for (const int node : nodes)
-    for (const int c : nodeCells[At(node)]) appendOnce(cells, c);
-  for (const int node : nodes) {
+  for (int const node : nodes)
+    for (int const c : nodeCells[At(node)]) appendOnce(cells, c);
+  for (int const node : nodes) {
     nodeTable[At(i)].emplace_back();
-    for (const int c : nodeCells[At(node)]) {
-      const auto place = std::find(cells.begin(), cells.end(), c) - cells.begin();
+    for (int const c : nodeCells[At(node)]) {
+      auto const place = std::find(cells.begin(), cells.end(), c) - cells.begin();
       nodeTable[At(i)].back().push_back(static_cast<int>(place) + 1);
     }
   }
@@ -312,20 +312,20 @@ void PlainPointOperator::CollectRing(int i, const std::vector<int>& seeds) {
 
 // sum_l kernel(|X_k - X_l|) w_l = (d/dx, d/dy, d/dz, value) of kernel(|p - X_k|), for every k; a single column is
 // that of the value.
-System PlainPointOperator::Assemble(const std::vector<Point>& nodes, Point p, double support,
+System PlainPointOperator::Assemble(std::vector<Point> const& nodes, Point p, double support,
                                     int columns) const {
-  const Kernel kernel(settings.span, support);
+  Kernel const kernel(settings.span, support);
   System system;
   system.order = static_cast<int>(nodes.size());
   system.columns = columns;
-  for (const Point& xk : nodes) {
-    const Point d = Difference(p, xk);
-    const double r = Norm(d);
+  for (Point const& xk : nodes) {
+    Point const d = Difference(p, xk);
+    double const r = Norm(d);
     if (columns == 4)
-      for (const double component : {d.x, d.y, d.z})
+      for (double const component : {d.x, d.y, d.z})
         system.rightHandSides.push_back(kernel.Slope(component, r));
     system.rightHandSides.push_back(kernel.Value(r));
-    for (const Point& xl : nodes) system.matrix.push_back(kernel.Value(Norm(Difference(xk, xl))));
+    for (Point const& xl : nodes) system.matrix.push_back(kernel.Value(Norm(Difference(xk, xl))));
   }
   return system;
 }
@@ -334,7 +334,7 @@ Point PlainPointOperator::NodePoint(int node) const { return {mesh.xn[node], mes
 
 System PlainPointOperator::CellSystem(int i, Point p) const {
   std::vector<Point> nodes;
-  for (const int c : stencils[At(i)]) nodes.push_back(positions[At(c)]);
+  for (int const c : stencils[At(i)]) nodes.push_back(positions[At(c)]);
   return Assemble(nodes, p, supports[At(i)], 4);
 }
 
@@ -342,21 +342,21 @@ System PlainPointOperator::NodeAndSeedSystem(int i, Point p) const {
   std::vector<Point> nodes;
   if (!stencils[At(i)].empty()) nodes.push_back(positions[At(stencils[At(i)][0])]);
   if (twoSeeds[At(i)]) nodes.push_back(positions[At(stencils[At(i)][1])]);
-  for (const int node : pointNodes[At(i)]) nodes.push_back(NodePoint(node));
+  for (int const node : pointNodes[At(i)]) nodes.push_back(NodePoint(node));
   return Assemble(nodes, p, supports[At(i)], 4);
 }
 
 System PlainPointOperator::NodeSystem(int node) const {
   std::vector<Point> cells;
   double farthest = 0.0;
-  for (const int c : nodeCells[At(node)]) {
+  for (int const c : nodeCells[At(node)]) {
     cells.push_back(positions[At(c)]);
     farthest = std::max(farthest, SquaredNorm(Difference(NodePoint(node), positions[At(c)])));
   }
   return Assemble(cells, NodePoint(node), std::sqrt(farthest), 1);
 }
 
-void PlainPointOperator::DeriveAll(const std::vector<Point>& points) {
+void PlainPointOperator::DeriveAll(std::vector<Point> const& points) {
   weights.assign(points.size() + 1, {});
   for (int i = 1; i <= static_cast<int>(points.size()); ++i) {
     if (settings.method == 1 || settings.method == 2) DeriveOnCells(i, points[At(i - 1)]);
@@ -377,15 +377,15 @@ void PlainPointOperator::DeriveOnNodes(int i, Point p) {
   Solve(s);
   std::vector<Weights>& sums = weights[At(i)];
   sums.resize(stencils[At(i)].size());
-  const auto add = [&](int member, double share, int row) {
+  auto const add = [&](int member, double share, int row) {
     Weights& w = sums[At(member - 1)];
     w.x += share * s.Solution(row, 0);
     w.y += share * s.Solution(row, 1);
     w.z += share * s.Solution(row, 2);
     w.value += share * s.Solution(row, 3);
   };
-  const int m = static_cast<int>(pointNodes[At(i)].size());
-  const int nSeed = s.order - m;
+  int const m = static_cast<int>(pointNodes[At(i)].size());
+  int const nSeed = s.order - m;
   for (int j = 0; j < m; ++j) {
     System node = NodeSystem(pointNodes[At(i)][At(j)]);
     Solve(node);
@@ -397,7 +397,7 @@ void PlainPointOperator::DeriveOnNodes(int i, Point p) {
 
 void PlainPointOperator::TakeStatistics(int i) {
   Weights sum;
-  for (const Weights& w : weights[At(i)]) {
+  for (Weights const& w : weights[At(i)]) {
     sum.x += w.x;
     sum.y += w.y;
     sum.z += w.z;
@@ -410,11 +410,11 @@ void PlainPointOperator::TakeStatistics(int i) {
   dz.Take(i, sum.z, 0.0);
 }
 
-Weights PlainPointOperator::Apply(int i, const double* field) const {
+Weights PlainPointOperator::Apply(int i, double const* field) const {
   Weights sum;
   for (std::size_t k = 0; k < stencils[At(i)].size(); ++k) {
-    const Weights& w = weights[At(i)][k];
-    const double f = field[stencils[At(i)][k]];
+    Weights const& w = weights[At(i)][k];
+    double const f = field[stencils[At(i)][k]];
     sum.x += f * w.x;
     sum.y += f * w.y;
     sum.z += f * w.z;

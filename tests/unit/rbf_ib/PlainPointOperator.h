@@ -38,10 +38,10 @@ struct System {
 void Solve(System& system);
 
 /// |A w - b| / (|A| |w| + |b|) of one column in the maximum norm, the products in extended precision.
-double BackwardError(const System& system, int column, const std::vector<double>& w);
+double BackwardError(System const& system, int column, std::vector<double> const& w);
 
 /// The largest of them over the columns of the system's own solution.
-double WorstBackwardError(const System& system);
+double WorstBackwardError(System const& system);
 
 /// How well the weights reproduce the constant field 1, for one quantity.
 struct Statistics {
@@ -62,17 +62,17 @@ struct Statistics {
 class PlainPointOperator {
  public:
   /// Borrows the mesh and the faces.
-  PlainPointOperator(const CZYN3DFiniteVolumeMesh& mesh, CPartitionFace_DLL& partitionFaces,
+  PlainPointOperator(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces,
                      PlainSettings settings = PlainSettings());
 
   /// All steps. @param mark [1..NCell], negative for usable cells; point i stands at points[i - 1]
-  void SetUp(const double* mark, const std::vector<Point>& points);
+  void SetUp(double const* mark, std::vector<Point> const& points);
 
   void Collate();
-  void CollectNodeCells(const double* mark);
-  void EnterCells(const double* mark);
-  void SearchAll(const std::vector<Point>& points);
-  void DeriveAll(const std::vector<Point>& points);
+  void CollectNodeCells(double const* mark);
+  void EnterCells(double const* mark);
+  void SearchAll(std::vector<Point> const& points);
+  void DeriveAll(std::vector<Point> const& points);
 
   /// The system of a point on the cells of its stencil.
   System CellSystem(int i, Point p) const;
@@ -84,12 +84,12 @@ class PlainPointOperator {
   System NodeSystem(int node) const;
 
   /// d/dx, d/dy, d/dz and the value at point i. @param field [1..NCell]
-  Weights Apply(int i, const double* field) const;
+  Weights Apply(int i, double const* field) const;
 
   /// The exchange sort with one pass fewer than it needs.
   static void SortAllButTheFirstTwo(std::vector<int>& ids, std::vector<double>& distances);
 
-  const CZYN3DFiniteVolumeMesh& mesh;
+  CZYN3DFiniteVolumeMesh const& mesh;
   CPartitionFace_DLL& partitionFaces;
   PlainSettings settings;
 
@@ -129,13 +129,13 @@ class PlainPointOperator {
   double FarthestBound(Point p) const;
   void SearchByNumber(int i, Point p);
   void SearchByTopology(int i, Point p);
-  void CollectRing(int i, const std::vector<int>& seeds);
+  void CollectRing(int i, std::vector<int> const& seeds);
   void DeriveOnCells(int i, Point p);
   void DeriveOnNodes(int i, Point p);
   void TakeStatistics(int i);
-  System Assemble(const std::vector<Point>& nodes, Point p, double support, int columns) const;
+  System Assemble(std::vector<Point> const& nodes, Point p, double support, int columns) const;
   Point NodePoint(int node) const;
-  const Point& PositionOfBlock(int b) const;
+  Point const& PositionOfBlock(int b) const;
 
   CZYNOptKer tree_;
 };

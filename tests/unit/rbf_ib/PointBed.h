@@ -18,13 +18,13 @@ using rbf_cell_test::SettingsFolder;
 using Array = gradient_test::GuardedArray<double>;
 
 /// A settings file with the given values, in the object's own layout.
-inline std::string Settings(const std::string& span, const std::string& method, const std::string& distance,
-                            const std::string& number) {
+inline std::string Settings(std::string const& span, std::string const& method, std::string const& distance,
+                            std::string const& number) {
   return "1002\nSpan              = " + span + "\niSearch_method    = " + method +
          "\nSearch_distance   = " + distance + "\nSearch_number     = " + number + "\n";
 }
 
-inline std::string Settings(const PlainSettings& s) {
+inline std::string Settings(PlainSettings const& s) {
   return Settings(std::to_string(s.span), std::to_string(s.method), "0.0", std::to_string(s.number));
 }
 
@@ -34,7 +34,7 @@ constexpr double kUsable = -1.0, kUnusable = 0.0;
 inline Array AllUsable(int n) { return Array(n, kUsable); }
 
 /// Only the interior cells.
-inline Array InteriorUsable(const PointMesh& mesh) {
+inline Array InteriorUsable(PointMesh const& mesh) {
   Array marks(mesh.NCell(), kUnusable);
   for (int c = 1; c <= mesh.nInnerCells; ++c) marks[c] = kUsable;
   return marks;
@@ -42,10 +42,10 @@ inline Array InteriorUsable(const PointMesh& mesh) {
 
 /// Coordinates of points as a solver hands them over.
 struct PointArrays {
-  explicit PointArrays(const std::vector<Point>& points)
+  explicit PointArrays(std::vector<Point> const& points)
       : x(static_cast<int>(points.size())), y(x), z(x), list(points) {
     for (int i = 1; i <= x.Size(); ++i) {
-      const Point& p = points[static_cast<std::size_t>(i - 1)];
+      Point const& p = points[static_cast<std::size_t>(i - 1)];
       x[i] = p.x;
       y[i] = p.y;
       z[i] = p.z;
@@ -62,11 +62,11 @@ struct PointArrays {
 class PointBed {
  public:
   /// Without settings there is no file before the object writes one.
-  explicit PointBed(const PointMesh& mesh) : host(mesh, folder.BaseFileName()) { Connect(object, host); }
-  PointBed(const PointMesh& mesh, const std::string& settings) : PointBed(mesh) { folder.Write(settings); }
-  PointBed(const PointMesh& mesh, const PlainSettings& settings) : PointBed(mesh, Settings(settings)) {}
-  PointBed(const PointBed&) = delete;
-  PointBed& operator=(const PointBed&) = delete;
+  explicit PointBed(PointMesh const& mesh) : host(mesh, folder.BaseFileName()) { Connect(object, host); }
+  PointBed(PointMesh const& mesh, std::string const& settings) : PointBed(mesh) { folder.Write(settings); }
+  PointBed(PointMesh const& mesh, PlainSettings const& settings) : PointBed(mesh, Settings(settings)) {}
+  PointBed(PointBed const&) = delete;
+  PointBed& operator=(PointBed const&) = delete;
 
   static void Connect(CZynIBRBFInternalObject& object, PointHost& host) {
     EXPECT_EQ(1, object.getZyn3dGV(&host.globals, &host.gpu, &host.openMP, &host.mesh));
@@ -81,7 +81,7 @@ class PointBed {
                                                        points.y.Data(), points.z.Data()));
     });
   }
-  std::string SetUp(Array marks, const std::vector<Point>& points) {
+  std::string SetUp(Array marks, std::vector<Point> const& points) {
     PointArrays arrays(points);
     return SetUp(marks, arrays);
   }
@@ -100,7 +100,7 @@ class PointBed {
 
   /// Members of the stencil of point i.
   std::vector<int> Stencil(int i) const {
-    const int* const row = object.m_ppIBConn[i];
+    int const* const row = object.m_ppIBConn[i];
     return std::vector<int>(row + 1, row + 1 + row[0]);
   }
 

@@ -6,7 +6,7 @@ namespace {
 using gradient_test::GuardedArray;
 using Rows = std::vector<std::vector<int>>;
 
-rbf_cell_test::PartitionArrays ArraysOf(const LentGroup& faces) {
+rbf_cell_test::PartitionArrays ArraysOf(LentGroup const& faces) {
   rbf_cell_test::PartitionArrays arrays;
   arrays.count = faces.count;
   arrays.cv = faces.cv;
@@ -17,21 +17,21 @@ rbf_cell_test::PartitionArrays ArraysOf(const LentGroup& faces) {
   return arrays;
 }
 
-Rows NodesOf(const std::vector<Face>& faces) {
+Rows NodesOf(std::vector<Face> const& faces) {
   Rows rows(1);
-  for (const Face& face : faces) rows.push_back(face.nodes);
+  for (Face const& face : faces) rows.push_back(face.nodes);
   return rows;
 }
 
-bool Same(const LentGroup& a, const LentGroup& b) {
+bool Same(LentGroup const& a, LentGroup const& b) {
   return a.cv.IdenticalTo(b.cv) && a.other.IdenticalTo(b.other) && a.xc.IdenticalTo(b.xc) &&
          a.yc.IdenticalTo(b.yc) && a.zc.IdenticalTo(b.zc) && a.nodes.Rows() == b.nodes.Rows();
 }
 
-void LendPoints(const std::vector<Point>& points, GuardedArray<double>& x, GuardedArray<double>& y,
+void LendPoints(std::vector<Point> const& points, GuardedArray<double>& x, GuardedArray<double>& y,
                 GuardedArray<double>& z) {
   for (int i = 1; i < static_cast<int>(points.size()); ++i) {
-    const Point& p = points[static_cast<std::size_t>(i)];
+    Point const& p = points[static_cast<std::size_t>(i)];
     x[i] = p.x;
     y[i] = p.y;
     z[i] = p.z;
@@ -46,7 +46,7 @@ T* Lend(GuardedArray<T>& array) {
 
 }  // namespace
 
-LentGroup::LentGroup(const std::vector<Face>& faces)
+LentGroup::LentGroup(std::vector<Face> const& faces)
     : count(static_cast<int>(faces.size())),
       cv(count),
       other(count),
@@ -55,7 +55,7 @@ LentGroup::LentGroup(const std::vector<Face>& faces)
       zc(count),
       nodes(NodesOf(faces)) {
   for (int f = 1; f <= count; ++f) {
-    const Face& face = faces[static_cast<std::size_t>(f - 1)];
+    Face const& face = faces[static_cast<std::size_t>(f - 1)];
     cv[f] = face.cv;
     other[f] = face.other;
     xc[f] = face.centre.x;
@@ -64,7 +64,7 @@ LentGroup::LentGroup(const std::vector<Face>& faces)
   }
 }
 
-PointHost::PointHost(const PointMesh& d, const std::string& baseFileName)
+PointHost::PointHost(PointMesh const& d, std::string const& baseFileName)
     : description_(d),
       baseFileName_(baseFileName.c_str(), baseFileName.c_str() + baseFileName.size() + 1),
       xc_(d.NCell()),
@@ -121,13 +121,13 @@ void PointHost::LendFaces() {
   mesh.ijSymmetryCV = Lend(symmetry_.cv), mesh.ijSymmetry = Lend(symmetry_.other);
   mesh.ijSymmetryxc = Lend(symmetry_.xc), mesh.ijSymmetryyc = Lend(symmetry_.yc);
   mesh.ijSymmetryzc = Lend(symmetry_.zc);
-  const auto rows = [](LentGroup& group) { return group.count == 0 ? nullptr : group.nodes.Data(); };
+  auto const rows = [](LentGroup& group) { return group.count == 0 ? nullptr : group.nodes.Data(); };
   mesh.ijWallLnods = rows(wall_), mesh.ijInletLnods = rows(inlet_), mesh.ijOutletLnods = rows(outlet_);
   mesh.ijSymmetryLnods = rows(symmetry_), mesh.ijParLnods = rows(partition_);
 }
 
 bool PointHost::InputsUntouched() const {
-  const PointHost fresh(description_, baseFileName_.data());
+  PointHost const fresh(description_, baseFileName_.data());
   return xc_.IdenticalTo(fresh.xc_) && yc_.IdenticalTo(fresh.yc_) && zc_.IdenticalTo(fresh.zc_) &&
          xn_.IdenticalTo(fresh.xn_) && yn_.IdenticalTo(fresh.yn_) && zn_.IdenticalTo(fresh.zn_) &&
          nodeNumbers_.IdenticalTo(fresh.nodeNumbers_) && Same(inner_, fresh.inner_) &&

@@ -13,7 +13,7 @@ namespace rbf_ib_test {
 
 /// The arrays of a face group, guarded.
 struct LentGroup {
-  explicit LentGroup(const std::vector<Face>& faces);
+  explicit LentGroup(std::vector<Face> const& faces);
 
   int count;
   gradient_test::GuardedArray<int> cv, other;
@@ -39,9 +39,9 @@ class Parameters : public CZYNKNCMPCompParm {
 /// The host objects of a PointMesh, all of them alive as long as this: the point operator borrows them.
 class PointHost {
  public:
-  PointHost(const PointMesh& description, const std::string& baseFileName);
-  PointHost(const PointHost&) = delete;
-  PointHost& operator=(const PointHost&) = delete;
+  PointHost(PointMesh const& description, std::string const& baseFileName);
+  PointHost(PointHost const&) = delete;
+  PointHost& operator=(PointHost const&) = delete;
 
   /// Whether every array that is lent has the bits that it was made with.
   bool InputsUntouched() const;

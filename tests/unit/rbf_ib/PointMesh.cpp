@@ -7,19 +7,19 @@ namespace {
 
 using Random = std::mt19937_64;
 
-Point Middle(const PointMesh& mesh, const std::vector<int>& nodes) {
+Point Middle(PointMesh const& mesh, std::vector<int> const& nodes) {
   Point sum;
-  for (const int n : nodes) {
-    const Point& p = mesh.nodes[static_cast<std::size_t>(n)];
+  for (int const n : nodes) {
+    Point const& p = mesh.nodes[static_cast<std::size_t>(n)];
     sum = {sum.x + p.x, sum.y + p.y, sum.z + p.z};
   }
-  const auto count = static_cast<double>(nodes.size());
+  auto const count = static_cast<double>(nodes.size());
   return {sum.x / count, sum.y / count, sum.z / count};
 }
 
 /// The numbers of nodes and cells in a box of cubes.
 struct Lattice {
-  const HexahedraOptions& o;
+  HexahedraOptions const& o;
 
   int Node(int i, int j, int k) const { return (k * (o.ny + 1) + j) * (o.nx + 1) + i + 1; }
   int Cell(int i, int j, int k) const { return (k * o.ny + j) * o.nx + i + 1; }
@@ -46,35 +46,35 @@ struct Lattice {
   }
 };
 
-void AddNodes(PointMesh& mesh, const HexahedraOptions& o) {
+void AddNodes(PointMesh& mesh, HexahedraOptions const& o) {
   Random random(o.seed);
   std::uniform_real_distribution<double> shift(-o.jitter, o.jitter);
   for (int k = 0; k <= o.nz; ++k)
     for (int j = 0; j <= o.ny; ++j)
       for (int i = 0; i <= o.nx; ++i) {
-        const double dx = shift(random), dy = shift(random), dz = shift(random);
+        double const dx = shift(random), dy = shift(random), dz = shift(random);
         mesh.AddNode({o.edge * (i + dx), o.edge * (j + dy), o.edge * (k + dz)});
       }
 }
 
-void AddInnerFaces(PointMesh& mesh, const Lattice& lattice) {
-  const HexahedraOptions& o = lattice.o;
+void AddInnerFaces(PointMesh& mesh, Lattice const& lattice) {
+  HexahedraOptions const& o = lattice.o;
   lattice.ForEachCube([&](int i, int j, int k) {
-    const int c = lattice.Cell(i, j, k);
+    int const c = lattice.Cell(i, j, k);
     if (i + 1 < o.nx) mesh.JoinInterior(c, lattice.Cell(i + 1, j, k));
     if (j + 1 < o.ny) mesh.JoinInterior(c, lattice.Cell(i, j + 1, k));
     if (k + 1 < o.nz) mesh.JoinInterior(c, lattice.Cell(i, j, k + 1));
   });
 }
 
-void AddSides(PointMesh& mesh, const Lattice& lattice) {
-  const auto add = [&mesh](std::vector<Face>& group, int cell, const std::vector<int>& nodes) {
-    const Point face = Middle(mesh, nodes), own = mesh.Centre(cell);
+void AddSides(PointMesh& mesh, Lattice const& lattice) {
+  auto const add = [&mesh](std::vector<Face>& group, int cell, std::vector<int> const& nodes) {
+    Point const face = Middle(mesh, nodes), own = mesh.Centre(cell);
     mesh.AddSide(group, cell, face, {2 * face.x - own.x, 2 * face.y - own.y, 2 * face.z - own.z}, nodes);
   };
-  const HexahedraOptions& o = lattice.o;
+  HexahedraOptions const& o = lattice.o;
   lattice.ForEachCube([&](int i, int j, int k) {
-    const int c = lattice.Cell(i, j, k);
+    int const c = lattice.Cell(i, j, k);
     if (i == 0) add(mesh.inlet, c, lattice.FaceX(i, j, k));
     if (i + 1 == o.nx) add(mesh.outlet, c, lattice.FaceX(i + 1, j, k));
     if (j == 0) add(mesh.wall, c, lattice.FaceY(i, j, k));
@@ -89,7 +89,7 @@ void ListOuterCellsAlone(PointMesh& mesh) {
   for (std::vector<int>& row : mesh.nodeCells) {
     if (row.empty() || row.back() <= mesh.nInnerCells) continue;
     std::vector<int> outer;
-    for (const int c : row)
+    for (int const c : row)
       if (c > mesh.nInnerCells) outer.push_back(c);
     row = outer;
   }
@@ -103,43 +103,43 @@ int PointMesh::AddNode(Point p) {
   return NNode();
 }
 
-int PointMesh::AddOuterCell(Point centre, const std::vector<int>& itsNodes) {
+int PointMesh::AddOuterCell(Point centre, std::vector<int> const& itsNodes) {
   centres.push_back(centre);
   cellNodes.push_back(itsNodes);
-  for (const int n : itsNodes) NodeCells(n).push_back(NCell());
+  for (int const n : itsNodes) NodeCells(n).push_back(NCell());
   return NCell();
 }
 
-int PointMesh::AddInteriorCell(Point centre, const std::vector<int>& itsNodes) {
+int PointMesh::AddInteriorCell(Point centre, std::vector<int> const& itsNodes) {
   ++nInnerCells;
   return AddOuterCell(centre, itsNodes);
 }
 
 void PointMesh::JoinInterior(int a, int b) {
-  const Point &p = Centre(a), &q = Centre(b);
+  Point const &p = Centre(a), &q = Centre(b);
   inner.push_back({a, b, {0.5 * (p.x + q.x), 0.5 * (p.y + q.y), 0.5 * (p.z + q.z)}, {}});
 }
 
 int PointMesh::AddSide(std::vector<Face>& group, int cell, Point faceCentre, Point ghostCentre,
-                       const std::vector<int>& itsNodes) {
-  const int ghost = AddOuterCell(ghostCentre, itsNodes);
+                       std::vector<int> const& itsNodes) {
+  int const ghost = AddOuterCell(ghostCentre, itsNodes);
   group.push_back({cell, ghost, faceCentre, itsNodes});
   return ghost;
 }
 
-PointMesh LooseCells(const std::vector<Point>& centres) {
+PointMesh LooseCells(std::vector<Point> const& centres) {
   PointMesh mesh;
-  for (const Point& centre : centres) mesh.AddInteriorCell(centre);
+  for (Point const& centre : centres) mesh.AddInteriorCell(centre);
   if (centres.size() > 1) mesh.JoinInterior(1, 2);
   return mesh;
 }
 
-PointMesh Hexahedra(const HexahedraOptions& options) {
+PointMesh Hexahedra(HexahedraOptions const& options) {
   PointMesh mesh;
-  const Lattice lattice{options};
+  Lattice const lattice{options};
   AddNodes(mesh, options);
   lattice.ForEachCube([&](int i, int j, int k) {
-    const std::vector<int> nodes = lattice.CellNodes(i, j, k);
+    std::vector<int> const nodes = lattice.CellNodes(i, j, k);
     mesh.AddInteriorCell(Middle(mesh, nodes), nodes);
   });
   AddInnerFaces(mesh, lattice);

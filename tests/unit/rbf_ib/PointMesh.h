@@ -30,20 +30,20 @@ struct PointMesh {
 
   int NCell() const { return static_cast<int>(centres.size()) - 1; }
   int NNode() const { return static_cast<int>(nodes.size()) - 1; }
-  const Point& Centre(int c) const { return centres[static_cast<std::size_t>(c)]; }
+  Point const& Centre(int c) const { return centres[static_cast<std::size_t>(c)]; }
   Point& Centre(int c) { return centres[static_cast<std::size_t>(c)]; }
   std::vector<int>& NodeCells(int n) { return nodeCells[static_cast<std::size_t>(n)]; }
   std::vector<int>& CellNodes(int c) { return cellNodes[static_cast<std::size_t>(c)]; }
-  const std::vector<int>& CellNodes(int c) const { return cellNodes[static_cast<std::size_t>(c)]; }
+  std::vector<int> const& CellNodes(int c) const { return cellNodes[static_cast<std::size_t>(c)]; }
 
   int AddNode(Point p);  ///< without cells. @return number
 
   /// Adds an interior cell with the given nodes, and itself to their rows; all of them come before the first
   /// other cell. @return number
-  int AddInteriorCell(Point centre, const std::vector<int>& itsNodes = {});
+  int AddInteriorCell(Point centre, std::vector<int> const& itsNodes = {});
 
   /// Adds a ghost or halo cell likewise. @return number
-  int AddOuterCell(Point centre, const std::vector<int>& itsNodes = {});
+  int AddOuterCell(Point centre, std::vector<int> const& itsNodes = {});
 
   /// Adds an inner face between two interior cells. Their distance counts for the mean distance.
   void JoinInterior(int a, int b);
@@ -51,12 +51,12 @@ struct PointMesh {
   /// Adds a ghost or halo cell at `ghostCentre` behind a face of `group` at `faceCentre`; both have the nodes.
   /// @return the cell's number
   int AddSide(std::vector<Face>& group, int cell, Point faceCentre, Point ghostCentre,
-              const std::vector<int>& itsNodes = {});
+              std::vector<int> const& itsNodes = {});
 };
 
 /// Interior cells at the given points, without nodes, and one inner face between the first two, so that the mean
 /// distance is theirs. With a single cell there is no inner face.
-PointMesh LooseCells(const std::vector<Point>& centres);
+PointMesh LooseCells(std::vector<Point> const& centres);
 
 struct HexahedraOptions {
   int nx = 3, ny = 3, nz = 3;
@@ -68,6 +68,6 @@ struct HexahedraOptions {
 
 /// A box of hexahedra with a corner at the origin. Low x is inlet, high x outlet, low y wall, high y partition,
 /// low z symmetry, high z wall; the centres of outer cells are mirrored at the face's centre.
-PointMesh Hexahedra(const HexahedraOptions& options);
+PointMesh Hexahedra(HexahedraOptions const& options);
 
 }  // namespace rbf_ib_test

@@ -13,19 +13,19 @@ using ::testing::AssertionSuccess;
 
 constexpr std::size_t At(int i) { return static_cast<std::size_t>(i); }
 
-std::string Of(const char* what, int number) { return std::string(what) + " " + std::to_string(number); }
+std::string Of(char const* what, int number) { return std::string(what) + " " + std::to_string(number); }
 
 /// Runs comparisons until the first that fails, and keeps that.
 class Comparison {
  public:
-  void Int(const std::string& what, int expected, int actual) {
+  void Int(std::string const& what, int expected, int actual) {
     if (result_ && expected != actual)
       result_ = AssertionFailure() << what << ": expected " << expected << ", found " << actual;
   }
-  void Real(const std::string& what, double expected, double actual) {
+  void Real(std::string const& what, double expected, double actual) {
     if (result_) result_ = SameValue(what, expected, actual);
   }
-  void Row(const std::string& what, const std::vector<int>& expected, const int* row) {
+  void Row(std::string const& what, std::vector<int> const& expected, int const* row) {
     if (result_ && row == nullptr) result_ = AssertionFailure() << what << ": no row";
     Int(what + " length", static_cast<int>(expected.size()), row == nullptr ? -1 : row[0]);
     for (std::size_t k = 0; k < expected.size() && result_; ++k)
@@ -41,13 +41,13 @@ class Comparison {
   AssertionResult result_ = AssertionSuccess();
 };
 
-std::vector<int> RowOf(const int* row) {
+std::vector<int> RowOf(int const* row) {
   return row == nullptr ? std::vector<int>() : std::vector<int>(row + 1, row + 1 + row[0]);
 }
 
-void CompareStatistics(Comparison& compare, const char* what, const Statistics& expected, int nDerived,
+void CompareStatistics(Comparison& compare, char const* what, Statistics const& expected, int nDerived,
                        double rms, double largest, int point, double there) {
-  const std::string name = what;
+  std::string const name = what;
   compare.Real(name + " rms", std::sqrt(expected.sumOfSquares / nDerived), rms);
   compare.Real(name + " largest", expected.largest, largest);
   compare.Int(name + " point", expected.point, point);
@@ -56,33 +56,33 @@ void CompareStatistics(Comparison& compare, const char* what, const Statistics& 
 
 // Existing rows have the same content, missing ones are missing in both.
 template <typename CompareRow>
-void CompareRows(Comparison& compare, const char* what, const void* a, const void* b, CompareRow compareRow) {
+void CompareRows(Comparison& compare, char const* what, void const* a, void const* b, CompareRow compareRow) {
   compare.Int(std::string(what) + " exists", a != nullptr, b != nullptr);
   if (a != nullptr && b != nullptr && compare) compareRow();
 }
 
-void CompareScalars(Comparison& compare, const CZynIBRBFInternalObject& a, const CZynIBRBFInternalObject& b) {
+void CompareScalars(Comparison& compare, CZynIBRBFInternalObject const& a, CZynIBRBFInternalObject const& b) {
   compare.Int("method", a.iSearch_method, b.iSearch_method);
   compare.Real("distance", a.Search_distance, b.Search_distance);
   compare.Int("number", a.Search_number, b.Search_number);
   compare.Real("span", a.Span, b.Span);
   compare.Real("mean distance", a.MeanDistance, b.MeanDistance);
-  const double boundsA[] = {a.Xmax, a.Ymax, a.Zmax, a.Xmin, a.Ymin, a.Zmin};
-  const double boundsB[] = {b.Xmax, b.Ymax, b.Zmax, b.Xmin, b.Ymin, b.Zmin};
+  double const boundsA[] = {a.Xmax, a.Ymax, a.Zmax, a.Xmin, a.Ymin, a.Zmin};
+  double const boundsB[] = {b.Xmax, b.Ymax, b.Zmax, b.Xmin, b.Ymin, b.Zmin};
   for (int k = 0; k < 6; ++k) compare.Real(Of("bound", k), boundsA[k], boundsB[k]);
   compare.Int("points", a.m_iNIBNode, b.m_iNIBNode);
   compare.Int("derived", a.m_iNDerived, b.m_iNDerived);
 }
 
-void CompareStatistics(Comparison& compare, const CZynIBRBFInternalObject& a,
-                       const CZynIBRBFInternalObject& b) {
-  const auto values = [](const CZynIBRBFInternalObject& o) {
+void CompareStatistics(Comparison& compare, CZynIBRBFInternalObject const& a,
+                       CZynIBRBFInternalObject const& b) {
+  auto const values = [](CZynIBRBFInternalObject const& o) {
     return std::vector<double>{o.m_dFiSumSq,      o.m_dFiMaxError,   o.m_dFiMaxAnalysis, o.m_dFiMaxRBF,
                                o.m_dDfdxSumSq,    o.m_dDfdxMaxError, o.m_dDfdxMaxRBF,    o.m_dDfdySumSq,
                                o.m_dDfdyMaxError, o.m_dDfdyMaxRBF,   o.m_dDfdzSumSq,     o.m_dDfdzMaxError,
                                o.m_dDfdzMaxRBF};
   };
-  const std::vector<double> first = values(a), second = values(b);
+  std::vector<double> const first = values(a), second = values(b);
   for (std::size_t k = 0; k < first.size(); ++k)
     compare.Real(Of("statistic", static_cast<int>(k)), first[k], second[k]);
   compare.Int("value's point", a.m_iFiMaxPoint, b.m_iFiMaxPoint);
@@ -91,16 +91,16 @@ void CompareStatistics(Comparison& compare, const CZynIBRBFInternalObject& a,
   compare.Int("z's point", a.m_iDfdzMaxPoint, b.m_iDfdzMaxPoint);
 }
 
-void CompareCells(Comparison& compare, const CZynIBRBFInternalObject& a, const CZynIBRBFInternalObject& b) {
+void CompareCells(Comparison& compare, CZynIBRBFInternalObject const& a, CZynIBRBFInternalObject const& b) {
   for (int c = 1; c <= a.m_pMesh->NCell && compare; ++c) {
-    const IBCnode &p = a.m_pIBCnode[c], &q = b.m_pIBCnode[c];
+    IBCnode const &p = a.m_pIBCnode[c], &q = b.m_pIBCnode[c];
     compare.Real(Of("x of cell", c), p.x, q.x);
     compare.Real(Of("y of cell", c), p.y, q.y);
     compare.Real(Of("z of cell", c), p.z, q.z);
     compare.Int(Of("tag of cell", c), p.tag, q.tag);
     compare.Int(Of("kind of cell", c), a.m_piNodeKind[c], b.m_piNodeKind[c]);
     compare.Int(Of("identity of cell", c), a.m_piCellToBlock[c], b.m_piCellToBlock[c]);
-    const int block = a.m_piCellToBlock[c];
+    int const block = a.m_piCellToBlock[c];
     if (block > 0)
       compare.Int(Of("cell of identity", block), a.m_piBlockToCell[block], b.m_piBlockToCell[block]);
   }
@@ -108,10 +108,10 @@ void CompareCells(Comparison& compare, const CZynIBRBFInternalObject& a, const C
     compare.Row(Of("cells of node", n), RowOf(a.ppRBFiNodeConn[n]), b.ppRBFiNodeConn[n]);
 }
 
-void CompareCoefficients(Comparison& compare, int i, int n, const IBCnode* a, const IBCnode* b,
-                         const double* valueA, const double* valueB) {
+void CompareCoefficients(Comparison& compare, int i, int n, IBCnode const* a, IBCnode const* b,
+                         double const* valueA, double const* valueB) {
   for (int k = 0; k <= n; ++k) {
-    const std::string what = Of("point", i) + Of(" coefficient", k);
+    std::string const what = Of("point", i) + Of(" coefficient", k);
     compare.Real(what + " x", a[k].x, b[k].x);
     compare.Real(what + " y", a[k].y, b[k].y);
     compare.Real(what + " z", a[k].z, b[k].z);
@@ -128,7 +128,7 @@ void CompareNodeTables(Comparison& compare, int i, Cpp_DataStructure& a, Cpp_Dat
     compare.Row(Of("node table", i) + Of(" row", j), RowOf(a.m_ppRow[j]), b.m_ppRow[j]);
 }
 
-void ComparePoints(Comparison& compare, const CZynIBRBFInternalObject& a, const CZynIBRBFInternalObject& b) {
+void ComparePoints(Comparison& compare, CZynIBRBFInternalObject const& a, CZynIBRBFInternalObject const& b) {
   for (int i = 1; i <= a.m_iNIBNode && compare; ++i) {
     CompareRows(compare, "stencil", a.m_ppIBConn[i], b.m_ppIBConn[i], [&] {
       compare.Row(Of("stencil", i), RowOf(a.m_ppIBConn[i]), b.m_ppIBConn[i]);
@@ -146,15 +146,15 @@ void ComparePoints(Comparison& compare, const CZynIBRBFInternalObject& a, const 
 
 }  // namespace
 
-AssertionResult SameCollation(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object) {
+AssertionResult SameCollation(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object) {
   Comparison compare;
-  const Point &high = plain.boundMax, &low = plain.boundMin;
-  const double expected[] = {high.x, high.y, high.z, low.x, low.y, low.z};
-  const double found[] = {object.Xmax, object.Ymax, object.Zmax, object.Xmin, object.Ymin, object.Zmin};
+  Point const &high = plain.boundMax, &low = plain.boundMin;
+  double const expected[] = {high.x, high.y, high.z, low.x, low.y, low.z};
+  double const found[] = {object.Xmax, object.Ymax, object.Zmax, object.Xmin, object.Ymin, object.Zmin};
   for (int k = 0; k < 6; ++k) compare.Real(Of("bound", k), expected[k], found[k]);
   compare.Real("mean distance", plain.meanDistance, object.MeanDistance);
   for (int c = 1; c <= plain.mesh.NCell && compare; ++c) {
-    const Point& p = plain.positions[At(c)];
+    Point const& p = plain.positions[At(c)];
     compare.Real(Of("x of cell", c), p.x, object.m_pIBCnode[c].x);
     compare.Real(Of("y of cell", c), p.y, object.m_pIBCnode[c].y);
     compare.Real(Of("z of cell", c), p.z, object.m_pIBCnode[c].z);
@@ -166,14 +166,14 @@ AssertionResult SameCollation(const PlainPointOperator& plain, const CZynIBRBFIn
   return compare.Result();
 }
 
-AssertionResult SameNodeCells(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object) {
+AssertionResult SameNodeCells(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object) {
   Comparison compare;
   for (int n = 1; n <= plain.mesh.NNode && compare; ++n)
     compare.Row(Of("cells of node", n), plain.nodeCells[At(n)], object.ppRBFiNodeConn[n]);
   return compare.Result();
 }
 
-AssertionResult SameIdentities(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object) {
+AssertionResult SameIdentities(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object) {
   Comparison compare;
   for (int c = 1; c <= plain.mesh.NCell; ++c)
     compare.Int(Of("identity of cell", c), plain.cellToBlock[At(c)], object.m_piCellToBlock[c]);
@@ -182,7 +182,7 @@ AssertionResult SameIdentities(const PlainPointOperator& plain, const CZynIBRBFI
   return compare.Result();
 }
 
-AssertionResult SameStencils(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object) {
+AssertionResult SameStencils(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object) {
   Comparison compare;
   for (int i = 1; i < static_cast<int>(plain.stencils.size()) && compare; ++i) {
     compare.Row(Of("stencil", i), plain.stencils[At(i)], object.m_ppIBConn[i]);
@@ -191,7 +191,7 @@ AssertionResult SameStencils(const PlainPointOperator& plain, const CZynIBRBFInt
     compare.Int(Of("two seeds", i), plain.twoSeeds[At(i)], object.m_pIBTwoSeeds[i]);
     compare.Row(Of("nodes", i), plain.pointNodes[At(i)], object.m_ppIBNodeConn[i]);
     Cpp_DataStructure& table = object.m_pIBNodeCellTable[i];
-    const auto& rows = plain.nodeTable[At(i)];
+    auto const& rows = plain.nodeTable[At(i)];
     compare.Int(Of("node table", i), static_cast<int>(rows.size()), table.m_iNRow);
     for (int j = 1; j <= static_cast<int>(rows.size()) && compare; ++j)
       compare.Row(Of("node table", i) + Of(" row", j), rows[At(j - 1)], table.m_ppRow[j]);
@@ -199,15 +199,15 @@ AssertionResult SameStencils(const PlainPointOperator& plain, const CZynIBRBFInt
   return compare.Result();
 }
 
-AssertionResult SameCoefficients(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object) {
+AssertionResult SameCoefficients(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object) {
   Comparison compare;
   for (int i = 1; i < static_cast<int>(plain.weights.size()) && compare; ++i) {
-    const std::vector<Weights>& expected = plain.weights[At(i)];
-    const int tag = plain.settings.method == 3 ? 0 : i;
+    std::vector<Weights> const& expected = plain.weights[At(i)];
+    int const tag = plain.settings.method == 3 ? 0 : i;
     for (int k = 0; k <= static_cast<int>(expected.size()) && compare; ++k) {
-      const std::string what = Of("point", i) + Of(" coefficient", k);
-      const Weights w = k == 0 ? Weights() : expected[At(k - 1)];
-      const IBCnode& found = object.m_ppIBCoef[i][k];
+      std::string const what = Of("point", i) + Of(" coefficient", k);
+      Weights const w = k == 0 ? Weights() : expected[At(k - 1)];
+      IBCnode const& found = object.m_ppIBCoef[i][k];
       compare.Real(what + " x", w.x, found.x);
       compare.Real(what + " y", w.y, found.y);
       compare.Real(what + " z", w.z, found.z);
@@ -218,9 +218,9 @@ AssertionResult SameCoefficients(const PlainPointOperator& plain, const CZynIBRB
   return compare.Result();
 }
 
-AssertionResult SameStatistics(const PlainPointOperator& plain, const CZynIBRBFInternalObject& o) {
+AssertionResult SameStatistics(PlainPointOperator const& plain, CZynIBRBFInternalObject const& o) {
   Comparison compare;
-  const int n = plain.nDerived;
+  int const n = plain.nDerived;
   compare.Int("derived", n, o.m_iNDerived);
   CompareStatistics(compare, "value", plain.value, n, o.m_dFiSumSq, o.m_dFiMaxError, o.m_iFiMaxPoint,
                     o.m_dFiMaxRBF);
@@ -234,15 +234,15 @@ AssertionResult SameStatistics(const PlainPointOperator& plain, const CZynIBRBFI
   return compare.Result();
 }
 
-AssertionResult SameTables(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object) {
-  for (const auto compare :
+AssertionResult SameTables(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object) {
+  for (auto const compare :
        {SameCollation, SameNodeCells, SameIdentities, SameStencils, SameCoefficients, SameStatistics}) {
     if (AssertionResult same = compare(plain, object); !same) return same;
   }
   return AssertionSuccess();
 }
 
-AssertionResult SameContent(const CZynIBRBFInternalObject& a, const CZynIBRBFInternalObject& b) {
+AssertionResult SameContent(CZynIBRBFInternalObject const& a, CZynIBRBFInternalObject const& b) {
   Comparison compare;
   CompareScalars(compare, a, b);
   CompareStatistics(compare, a, b);

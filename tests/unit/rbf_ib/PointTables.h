@@ -14,28 +14,28 @@ using ::testing::AssertionResult;
 /// Each compares bit by bit and names the first difference.
 
 /// Positions, kinds, bounds, mean distance and boundary nodes.
-AssertionResult SameCollation(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object);
+AssertionResult SameCollation(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object);
 
 /// The usable cells around every mesh node.
-AssertionResult SameNodeCells(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object);
+AssertionResult SameNodeCells(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object);
 
 /// Identities in the tree, both ways.
-AssertionResult SameIdentities(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object);
+AssertionResult SameIdentities(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object);
 
 /// Stencils and support lengths; for method 3 seeds, nodes and their table too.
-AssertionResult SameStencils(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object);
+AssertionResult SameStencils(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object);
 
 /// Coefficients of all points with their tags, and zeros in element 0.
-AssertionResult SameCoefficients(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object);
+AssertionResult SameCoefficients(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object);
 
 /// The statistics as the report leaves them.
-AssertionResult SameStatistics(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object);
+AssertionResult SameStatistics(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object);
 
 /// All of the above.
-AssertionResult SameTables(const PlainPointOperator& plain, const CZynIBRBFInternalObject& object);
+AssertionResult SameTables(PlainPointOperator const& plain, CZynIBRBFInternalObject const& object);
 
 /// Two objects on meshes of the same shape with the same content in all tables and members, whatever their
 /// addresses.
-AssertionResult SameContent(const CZynIBRBFInternalObject& a, const CZynIBRBFInternalObject& b);
+AssertionResult SameContent(CZynIBRBFInternalObject const& a, CZynIBRBFInternalObject const& b);
 
 }  // namespace rbf_ib_test

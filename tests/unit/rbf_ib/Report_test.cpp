@@ -23,7 +23,7 @@ std::string Number(double value) {
   return text;
 }
 
-std::string Coordinates(const PointArrays& points, int i) {
+std::string Coordinates(PointArrays const& points, int i) {
   return Number(10.0 * points.x[i]) + " " + Number(10.0 * points.y[i]) + " " + Number(10.0 * points.z[i]);
 }
 
@@ -48,7 +48,7 @@ PointArrays ThreePoints() {
   return points;
 }
 
-const std::string kReport =
+std::string const kReport =
     "FI = 1.e0\n\n"
     "fi RMS ERROR                = 2.000000e+00\n"
     "fi MAX ERROR                = 2.500000e-01\n"
@@ -80,7 +80,7 @@ TEST(PointReport, IsFlushed) {
   PointArrays points = ThreePoints();
   std::string arrived;
   {
-    const rbf_cell_test::FlushedOutput output;
+    rbf_cell_test::FlushedOutput const output;
     object.PrintDebugMessage(points.x.Data(), points.y.Data(), points.z.Data());
     arrived = output.Arrived();
   }
@@ -90,7 +90,7 @@ TEST(PointReport, IsFlushed) {
 TEST(PointReport, IsFlushedLineByLine) {
   Object object = WithStatistics();
   PointArrays points = ThreePoints();
-  const std::vector<std::string> pieces =
+  std::vector<std::string> const pieces =
       PrintedPieces([&] { object.PrintDebugMessage(points.x.Data(), points.y.Data(), points.z.Data()); });
   EXPECT_EQ(17U, pieces.size());
   EXPECT_EQ(LinesWithTheirGaps(kReport), pieces);
@@ -118,19 +118,19 @@ TEST(PointReport, LeavesTheCoordinatesUnscaled) {
   Object object = WithStatistics();
   PointArrays points = ThreePoints();
   Printed([&] { object.PrintDebugMessage(points.x.Data(), points.y.Data(), points.z.Data()); });
-  const PointArrays fresh = ThreePoints();
+  PointArrays const fresh = ThreePoints();
   EXPECT_TRUE(fresh.x.IdenticalTo(points.x) && fresh.y.IdenticalTo(points.y) &&
               fresh.z.IdenticalTo(points.z));
 }
 
 // ---------------------------------------------------------------------------------------- gathering, in a set-up
 
-std::string ExpectedReport(const Object& o, const PointArrays& p) {
-  const auto part = [](const std::string& name, const std::string& pad, double rms, double largest,
-                       double exact, double found, const std::string& at) {
-    const std::string analysis = pad.empty() ? name + " MAX analysis ; RBF " + name + "= "
+std::string ExpectedReport(Object const& o, PointArrays const& p) {
+  auto const part = [](std::string const& name, std::string const& pad, double rms, double largest,
+                       double exact, double found, std::string const& at) {
+    std::string const analysis = pad.empty() ? name + " MAX analysis ; RBF " + name + "= "
                                              : name + " MAX analysis ; RBF " + name + "    = ";
-    const std::string gap = "                = ";
+    std::string const gap = "                = ";
     return name + " RMS ERROR" + gap + Number(rms) + "\n" + name + " MAX ERROR" + gap + Number(largest) +
            "\n" + analysis + Number(exact) + " " + Number(found) + "\n" + name + " MAX Coord" + gap + at +
            "\n\n";
@@ -151,12 +151,12 @@ std::vector<Point> SomePoints() {
 }
 
 TEST(PointReport, EndsEverySetUpOfEveryMethod) {
-  for (const int method : {1, 2, 3}) {
-    const PointMesh mesh = Hexahedra(HexahedraOptions());
+  for (int const method : {1, 2, 3}) {
+    PointMesh const mesh = Hexahedra(HexahedraOptions());
     PointBed bed(mesh, PlainSettings{500.0, method, 9});
     Array marks = InteriorUsable(mesh);
     PointArrays points(SomePoints());
-    const std::string printed = bed.SetUp(marks, points);
+    std::string const printed = bed.SetUp(marks, points);
     EXPECT_EQ(ExpectedReport(bed.object, points), printed.substr(printed.find("FI = ")));
     EXPECT_EQ(5, bed.object.m_iNDerived);
     EXPECT_EQ(1.0, bed.object.m_dFiMaxAnalysis);
@@ -165,7 +165,7 @@ TEST(PointReport, EndsEverySetUpOfEveryMethod) {
 }
 
 /// Sums over the stencil of point i: value, d/dx, d/dy, d/dz.
-std::vector<double> Sums(const Object& o, int i) {
+std::vector<double> Sums(Object const& o, int i) {
   std::vector<double> s(4, 0.0);
   for (int k = 1; k <= o.m_ppIBConn[i][0]; ++k) {
     s[0] += o.m_ppIBValueCoef[i][k];
@@ -177,11 +177,11 @@ std::vector<double> Sums(const Object& o, int i) {
 }
 
 TEST(PointReport, GathersRootMeanSquareAndLargestErrorOfTheSums) {
-  for (const int method : {1, 2, 3}) {
-    const PointMesh mesh = Hexahedra(HexahedraOptions());
+  for (int const method : {1, 2, 3}) {
+    PointMesh const mesh = Hexahedra(HexahedraOptions());
     PointBed bed(mesh, PlainSettings{500.0, method, 9});
     bed.SetUp(InteriorUsable(mesh), SomePoints());
-    const Object& o = bed.object;
+    Object const& o = bed.object;
     double squares[4] = {}, largest[4] = {};
     int at[4] = {};
     for (int i = 1; i <= 5; ++i) {
@@ -195,9 +195,9 @@ TEST(PointReport, GathersRootMeanSquareAndLargestErrorOfTheSums) {
         }
       }
     }
-    const double rms[] = {o.m_dFiSumSq, o.m_dDfdxSumSq, o.m_dDfdySumSq, o.m_dDfdzSumSq};
-    const double found[] = {o.m_dFiMaxError, o.m_dDfdxMaxError, o.m_dDfdyMaxError, o.m_dDfdzMaxError};
-    const int foundAt[] = {o.m_iFiMaxPoint, o.m_iDfdxMaxPoint, o.m_iDfdyMaxPoint, o.m_iDfdzMaxPoint};
+    double const rms[] = {o.m_dFiSumSq, o.m_dDfdxSumSq, o.m_dDfdySumSq, o.m_dDfdzSumSq};
+    double const found[] = {o.m_dFiMaxError, o.m_dDfdxMaxError, o.m_dDfdyMaxError, o.m_dDfdzMaxError};
+    int const foundAt[] = {o.m_iFiMaxPoint, o.m_iDfdxMaxPoint, o.m_iDfdyMaxPoint, o.m_iDfdzMaxPoint};
     for (int q = 0; q < 4; ++q) {
       EXPECT_EQ(std::sqrt(squares[q] / 5), rms[q]) << "method " << method << " quantity " << q;
       EXPECT_EQ(largest[q], found[q]) << "method " << method << " quantity " << q;
@@ -208,17 +208,17 @@ TEST(PointReport, GathersRootMeanSquareAndLargestErrorOfTheSums) {
 }
 
 TEST(PointReport, NamesTheFirstOfEqualErrors) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 2, 9});
   bed.SetUp(InteriorUsable(mesh), std::vector<Point>(3, Point{1.2, 1.4, 1.6}));
-  for (const int point : {bed.object.m_iFiMaxPoint, bed.object.m_iDfdxMaxPoint, bed.object.m_iDfdyMaxPoint,
+  for (int const point : {bed.object.m_iFiMaxPoint, bed.object.m_iDfdxMaxPoint, bed.object.m_iDfdyMaxPoint,
                           bed.object.m_iDfdzMaxPoint})
     EXPECT_EQ(1, point);
 }
 
 // A single step of the driver's, so that sums of squares and not yet their roots are there.
 TEST(PointReport, CountsAndSumsWithEveryDerivation) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 2, 9});
   Array marks = InteriorUsable(mesh);
   PointArrays points(SomePoints());
@@ -227,7 +227,7 @@ TEST(PointReport, CountsAndSumsWithEveryDerivation) {
   double squares = 0.0;
   for (int i = 1; i <= 5; ++i) {
     bed.object.DeriveIBCoefficentBysolveDQfullMatrix(i, points.x.Data(), points.y.Data(), points.z.Data());
-    const double e = std::fabs(1.0 - Sums(bed.object, i)[0]);
+    double const e = std::fabs(1.0 - Sums(bed.object, i)[0]);
     squares += e * e;
     EXPECT_EQ(squares, bed.object.m_dFiSumSq);
     EXPECT_EQ(i, bed.object.m_iNDerived);
@@ -239,9 +239,9 @@ TEST(PointReport, WithoutPointsShowsNoNumbersAndTheCoordinatesOfElement0) {
   PointArrays none({});
   none.x[0] = 0.5, none.y[0] = -0.25, none.z[0] = 0.125;
   Array marks = AllUsable(bed.host.mesh.NCell);
-  const std::string printed = bed.SetUp(marks, none);
-  const auto has = [&printed](const std::string& text) { return printed.find(text) != std::string::npos; };
-  for (const std::string name : {"fi", "dfi/dx", "dfi/dy", "dfi/dz"}) {
+  std::string const printed = bed.SetUp(marks, none);
+  auto const has = [&printed](std::string const& text) { return printed.find(text) != std::string::npos; };
+  for (std::string const name : {"fi", "dfi/dx", "dfi/dy", "dfi/dz"}) {
     EXPECT_TRUE(has("\n" + name + " RMS ERROR                = nan\n") ||
                 has("\n" + name + " RMS ERROR                = -nan\n"));
     EXPECT_TRUE(has("\n" + name + " MAX ERROR                = 0.000000e+00\n"));

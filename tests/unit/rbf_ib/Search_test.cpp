@@ -31,13 +31,13 @@ PointMesh Row(int n) {
 
 /// All steps up to the search, with one point.
 struct Searched : PointBed {
-  Searched(const PointMesh& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
+  Searched(PointMesh const& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
     PointArrays points({point});
     SetUpToTree(marks, 1);
     EXPECT_EQ(
         0, object.SearchIBADTress(points.x.Data(), points.y.Data(), points.z.Data(), method, 77.0, number));
   }
-  Searched(const PointMesh& mesh, Point point, int method, int number)
+  Searched(PointMesh const& mesh, Point point, int method, int number)
       : Searched(mesh, AllUsable(mesh.NCell()), point, method, number) {}
 
   double Support() const { return object.m_pIBSupportLength[1]; }
@@ -47,28 +47,28 @@ struct Searched : PointBed {
 
 // Half-width 2 reaches cells 0.3, 1.3, 0.7, 1.7 away.
 TEST(PointSearch, Method1KeepsAllCellsOfTheFirstCubeThatHoldsEnough) {
-  const Searched s(Row(9), {3.3, 0, 0}, 1, 3);
+  Searched const s(Row(9), {3.3, 0, 0}, 1, 3);
   EXPECT_EQ((List{3, 4, 5, 6}), Ascending(s.Stencil(1)));
   EXPECT_EQ(2.0, s.Support()) << "half the edge of the cube, not a distance";
 }
 
 TEST(PointSearch, Method2KeepsTheNearestOfThatCubeInOrder) {
-  const Searched s(Row(9), {3.3, 0, 0}, 2, 3);
+  Searched const s(Row(9), {3.3, 0, 0}, 2, 3);
   EXPECT_EQ((List{4, 5, 3}), s.Stencil(1));
   EXPECT_EQ(std::fabs(3.3 - 2.0), s.Support()) << "the distance of the last one kept";
 }
 
 TEST(PointSearch, Method2KeepsExactlyTheNumberThatIsWanted) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   for (int number = 1; number <= 30; ++number) {
-    const Point p{1.3, 1.1, 1.7};
-    const Searched s(mesh, InteriorUsable(mesh), p, 2, number);
-    const int n = std::min(number, mesh.nInnerCells);
+    Point const p{1.3, 1.1, 1.7};
+    Searched const s(mesh, InteriorUsable(mesh), p, 2, number);
+    int const n = std::min(number, mesh.nInnerCells);
     ASSERT_EQ(n, s.object.m_ppIBConn[1][0]);
     std::vector<double> distances;
-    for (const int c : s.Stencil(1)) {
-      const Point& q = mesh.Centre(c);
-      const double dx = p.x - q.x, dy = p.y - q.y, dz = p.z - q.z;
+    for (int const c : s.Stencil(1)) {
+      Point const& q = mesh.Centre(c);
+      double const dx = p.x - q.x, dy = p.y - q.y, dz = p.z - q.z;
       distances.push_back(std::sqrt(dy * dy + dx * dx + dz * dz));
     }
     EXPECT_EQ(distances.back(), s.Support());
@@ -80,8 +80,8 @@ TEST(PointSearch, Method2KeepsExactlyTheNumberThatIsWanted) {
 }
 
 TEST(PointSearch, Method1MayExceedTheNumberAndMethod2NeverDoes) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  const Searched all(mesh, {1.5, 1.5, 1.5}, 1, 2), some(mesh, {1.5, 1.5, 1.5}, 2, 2);
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  Searched const all(mesh, {1.5, 1.5, 1.5}, 1, 2), some(mesh, {1.5, 1.5, 1.5}, 2, 2);
   EXPECT_GT(all.object.m_ppIBConn[1][0], 2);
   EXPECT_EQ(2, some.object.m_ppIBConn[1][0]);
   EXPECT_EQ(all.object.MeanDistance, all.Support());
@@ -90,22 +90,22 @@ TEST(PointSearch, Method1MayExceedTheNumberAndMethod2NeverDoes) {
 TEST(PointSearch, Method1WithANumberOfZeroTakesWhateverTheFirstCubeHolds) {
   EXPECT_EQ((List{4, 5}), Ascending(Searched(Row(9), {3.3, 0, 0}, 1, 0).Stencil(1)));
   EXPECT_EQ((List{4, 5}), Ascending(Searched(Row(9), {3.3, 0, 0}, 1, -5).Stencil(1)));
-  const Searched none(Row(9), {30.3, 0, 0}, 1, 0);
+  Searched const none(Row(9), {30.3, 0, 0}, 1, 0);
   EXPECT_EQ(List(), none.Stencil(1));
   EXPECT_EQ(1.0, none.Support());
 }
 
 TEST(PointSearch, Method2WithANumberOfZeroOrLessGivesAnEmptyStencil) {
-  for (const int number : {0, -1, -100})
+  for (int const number : {0, -1, -100})
     EXPECT_EQ(List(), Searched(Row(9), {3.3, 0, 0}, 2, number).Stencil(1));
 }
 
 TEST(PointSearch, MakesZeroedCoefficientRowsOfTheStencilsSize) {
-  for (const int method : {1, 2, 3}) {
-    const PointMesh mesh = Hexahedra(HexahedraOptions());
-    const Searched s(mesh, {1.3, 1.1, 1.7}, method, 6);
+  for (int const method : {1, 2, 3}) {
+    PointMesh const mesh = Hexahedra(HexahedraOptions());
+    Searched const s(mesh, {1.3, 1.1, 1.7}, method, 6);
     for (int k = 0; k <= s.object.m_ppIBConn[1][0]; ++k) {
-      const IBCnode& w = s.object.m_ppIBCoef[1][k];
+      IBCnode const& w = s.object.m_ppIBCoef[1][k];
       EXPECT_TRUE(w.x == 0.0 && w.y == 0.0 && w.z == 0.0 && w.tag == 0);
       EXPECT_EQ(0.0, s.object.m_ppIBValueCoef[1][k]);
     }
@@ -113,8 +113,8 @@ TEST(PointSearch, MakesZeroedCoefficientRowsOfTheStencilsSize) {
 }
 
 TEST(PointSearch, Methods1And2LeaveWhatMethod3Needs) {
-  for (const int method : {1, 2}) {
-    const Searched s(Hexahedra(HexahedraOptions()), {1.3, 1.1, 1.7}, method, 6);
+  for (int const method : {1, 2}) {
+    Searched const s(Hexahedra(HexahedraOptions()), {1.3, 1.1, 1.7}, method, 6);
     EXPECT_EQ(nullptr, s.object.m_ppIBNodeConn[1]);
     EXPECT_EQ(0, s.object.m_pIBNodeCellTable[1].m_iNRow);
     EXPECT_EQ(0, s.object.m_pIBTwoSeeds[1]);
@@ -131,31 +131,31 @@ TEST(PointSearch, TakesUsableCellsAlone) {
 
 TEST(PointSearch, FindsGhostCellsAtTheirFacesAndHaloCellsAtTheirCentres) {
   PointMesh mesh = Row(2);
-  const int wall = mesh.AddSide(mesh.wall, 1, {-0.5, 0, 0}, {-50, 0, 0});
-  const int halo = mesh.AddSide(mesh.partition, 2, {50, 0, 0}, {2.5, 0, 0});
+  int const wall = mesh.AddSide(mesh.wall, 1, {-0.5, 0, 0}, {-50, 0, 0});
+  int const halo = mesh.AddSide(mesh.partition, 2, {50, 0, 0}, {2.5, 0, 0});
   EXPECT_EQ((List{1, wall}), Searched(mesh, {-0.2, 0, 0}, 2, 2).Stencil(1));
   EXPECT_EQ((List{2, halo}), Ascending(Searched(mesh, {2.0, 0, 0}, 2, 2).Stencil(1)));
 }
 
 TEST(PointSearch, FindsUsableSymmetryCellsAtTheOrigin) {
   PointMesh mesh = LooseCells({{5, 5, 5}, {6, 5, 5}});
-  const int symmetry = mesh.AddSide(mesh.symmetry, 1, {5, 4.5, 5}, {5, 4, 5});
+  int const symmetry = mesh.AddSide(mesh.symmetry, 1, {5, 4.5, 5}, {5, 4, 5});
   EXPECT_EQ((List{symmetry}), Searched(mesh, {0.25, 0, 0}, 2, 1).Stencil(1));
   EXPECT_EQ(0.25, Searched(mesh, {0.25, 0, 0}, 2, 1).Support());
 }
 
 // The boxes around the positions reach 1e-6 beyond them.
 TEST(PointSearch, FindsCellsJustOutsideTheCube) {
-  const PointMesh mesh = LooseCells({{1, 0, 0}, {2, 0, 0}});
-  const Searched reached(mesh, {0.5e-6 + 3.0, 0, 0}, 1, 1), missed(mesh, {2e-6 + 3.0, 0, 0}, 1, 1);
+  PointMesh const mesh = LooseCells({{1, 0, 0}, {2, 0, 0}});
+  Searched const reached(mesh, {0.5e-6 + 3.0, 0, 0}, 1, 1), missed(mesh, {2e-6 + 3.0, 0, 0}, 1, 1);
   EXPECT_EQ((List{2}), reached.Stencil(1));
   EXPECT_EQ(1.0, reached.Support());
   EXPECT_EQ(2.0, missed.Support());
 }
 
 TEST(PointSearch, FarOutsideTheMeshIsServedAfterMoreSteps) {
-  for (const double far : {100.0, 1e4, 1e7}) {
-    const Searched nearest(Row(9), {8.0 + far, 0, 0}, 2, 3), all(Row(9), {7.75 + far, 0, 0}, 1, 3);
+  for (double const far : {100.0, 1e4, 1e7}) {
+    Searched const nearest(Row(9), {8.0 + far, 0, 0}, 2, 3), all(Row(9), {7.75 + far, 0, 0}, 1, 3);
     EXPECT_EQ((List{7, 8, 9}), Ascending(nearest.Stencil(1))) << far;
     EXPECT_EQ(far + 2.0, nearest.Support()) << far;
     EXPECT_EQ((List{7, 8, 9}), Ascending(all.Stencil(1))) << far;
@@ -166,34 +166,34 @@ TEST(PointSearch, FarOutsideTheMeshIsServedAfterMoreSteps) {
 // ---------------------------------------------------------------------------------- fewer cells than are wanted
 
 TEST(PointSearch, WithFewerCellsThanWantedGoesOnWithAll) {
-  for (const int method : {1, 2}) {
-    const Searched s(Row(4), {1.2, 0, 0}, method, 20);
+  for (int const method : {1, 2}) {
+    Searched const s(Row(4), {1.2, 0, 0}, method, 20);
     EXPECT_EQ((List{1, 2, 3, 4}), Ascending(s.Stencil(1)));
     EXPECT_EQ(method == 1 ? 2.0 : 3.0 - 1.2, s.Support());
   }
 }
 
 TEST(PointSearch, WithoutUsableCellsGivesAnEmptyStencil) {
-  for (const int method : {1, 2, 3}) {
-    const Searched s(Row(4), Array(4, kUnusable), {1.2, 0, 0}, method, 20);
+  for (int const method : {1, 2, 3}) {
+    Searched const s(Row(4), Array(4, kUnusable), {1.2, 0, 0}, method, 20);
     EXPECT_EQ(List(), s.Stencil(1)) << "method " << method;
   }
 }
 
 TEST(PointSearch, WithoutUsableCellsFarAwayEndsToo) {
-  for (const double far : {1e12, -1e300}) {
-    const Searched s(Row(4), Array(4, kUnusable), {far, 0, 0}, 3, 20);
+  for (double const far : {1e12, -1e300}) {
+    Searched const s(Row(4), Array(4, kUnusable), {far, 0, 0}, 3, 20);
     EXPECT_EQ(List(), s.Stencil(1)) << far;
   }
 }
 
 TEST(PointSearch, OfMethod3WithASingleUsableCellTakesItAsTheOnlySeed) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   Array marks(mesh.NCell(), kUnusable);
   marks[14] = kUsable;
-  const Point p{0.1, 0.2, 0.3}, q = mesh.Centre(14);
-  const Searched s(mesh, marks, p, 3, 20);
-  const double dx = p.x - q.x, dy = p.y - q.y, dz = p.z - q.z;
+  Point const p{0.1, 0.2, 0.3}, q = mesh.Centre(14);
+  Searched const s(mesh, marks, p, 3, 20);
+  double const dx = p.x - q.x, dy = p.y - q.y, dz = p.z - q.z;
   EXPECT_EQ((List{14}), s.Stencil(1));
   EXPECT_EQ(0, s.object.m_pIBTwoSeeds[1]);
   EXPECT_EQ(std::sqrt(dy * dy + dx * dx + dz * dz), s.Support());
@@ -201,10 +201,10 @@ TEST(PointSearch, OfMethod3WithASingleUsableCellTakesItAsTheOnlySeed) {
 }
 
 TEST(PointSearch, WithoutAStepCoversEverythingAtOnce) {
-  const PointMesh single = LooseCells({{1, 2, 3}});  // no inner face: the mean distance is not a number
+  PointMesh const single = LooseCells({{1, 2, 3}});  // no inner face: the mean distance is not a number
   PointMesh zero = LooseCells({{1, 2, 3}, {1, 2, 3}, {4, 2, 1}});
-  for (const int method : {1, 2}) {
-    const Searched one(single, {5, 4, 3}, method, 20), three(zero, {1, 1, 1}, method, 2);
+  for (int const method : {1, 2}) {
+    Searched const one(single, {5, 4, 3}, method, 20), three(zero, {1, 1, 1}, method, 2);
     EXPECT_EQ((List{1}), one.Stencil(1));
     EXPECT_EQ(method == 1 ? 4.0 : std::sqrt(20.0), one.Support()) << "method " << method;
     EXPECT_EQ(method == 1 ? 3U : 2U, three.Stencil(1).size());
@@ -218,18 +218,18 @@ TEST(PointSearch, WithoutAStepCoversEverythingAtOnce) {
 
 // One axis after the other, on either side.
 TEST(PointSearch, WithoutAStepHasTheFarthestBoundForTheCubesHalfWidth) {
-  const double far[] = {-7, -6, -5, 7, 6, 5};
+  double const far[] = {-7, -6, -5, 7, 6, 5};
   for (std::size_t k = 0; k < 6; ++k) {
     Point away;
     (k % 3 == 0 ? away.x : k % 3 == 1 ? away.y : away.z) = far[k];
-    const PointMesh mesh = LooseCells({{0, 0, 0}, {0, 0, 0}, away});
+    PointMesh const mesh = LooseCells({{0, 0, 0}, {0, 0, 0}, away});
     EXPECT_EQ(std::fabs(far[k]), Searched(mesh, {0, 0, 0}, 1, 20).Support()) << "axis " << k;
   }
 }
 
 // From some distance on the growth leaps; the half-width stays that of the first cube that reaches a cell.
 TEST(PointSearch, FarOutsideTheMeshHasTheHalfWidthOfTheFirstCubeThatHoldsEnough) {
-  for (const int k :
+  for (int const k :
        {2, 998, 999, 1000, 1001, 1002, 1003, 1999, 2000, 2001, 2002, 3999, 4000, 4001, 123456}) {
     EXPECT_EQ(1.0 * k, Searched(Row(9), {8.0 + k - 0.5, 0, 0}, 1, 1).Support());
     EXPECT_EQ(1.0 * k, Searched(Row(9), {0.5 - k, 0, 0}, 1, 1).Support());
@@ -239,20 +239,20 @@ TEST(PointSearch, FarOutsideTheMeshHasTheHalfWidthOfTheFirstCubeThatHoldsEnough)
 // All distances are alike then, infinite or no numbers, so nothing is sorted: the cells keep the tree's order, and
 // the difference of two distances is no number, which leaves a single seed.
 TEST(PointSearch, OfPointsThatAreNoNumbersOrInfiniteTakesTheCellsInTheOrderOfTheTree) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  const List all = Searched(mesh, {1, 1, 1}, 1, mesh.NCell()).Stencil(1);
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  List const all = Searched(mesh, {1, 1, 1}, 1, mesh.NCell()).Stencil(1);
   ASSERT_EQ(static_cast<std::size_t>(mesh.NCell()), all.size());
   PointBed ring(mesh);
   Array marks = AllUsable(mesh.NCell());
   ring.SetUpToTree(marks, 1);
   int seeds[] = {all[0]};
   ring.object.CountingNodeToCellconnectionNumber(1, 1, seeds);
-  const List expected[] = {all, List(all.begin(), all.begin() + 4), ring.Stencil(1)};
-  const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
-  for (const double value : {inf, -inf, nan}) {
-    for (const Point& p : {Point{value, 1, 1}, Point{1, value, 1}, Point{1, 1, value}}) {
-      for (const int method : {1, 2, 3}) {
-        const Searched s(mesh, p, method, 4);
+  List const expected[] = {all, List(all.begin(), all.begin() + 4), ring.Stencil(1)};
+  double const inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+  for (double const value : {inf, -inf, nan}) {
+    for (Point const& p : {Point{value, 1, 1}, Point{1, value, 1}, Point{1, 1, value}}) {
+      for (int const method : {1, 2, 3}) {
+        Searched const s(mesh, p, method, 4);
         EXPECT_EQ(expected[method - 1], s.Stencil(1)) << value << " method " << method;
         EXPECT_EQ(0, s.object.m_pIBTwoSeeds[1]) << value << " method " << method;
       }
@@ -279,25 +279,25 @@ struct Ring : PointMesh {
 };
 
 TEST(PointRing, HoldsTheSeedsThenTheCellsOfTheirNodesInOrder) {
-  const Searched s(Ring(), {0.4, 0, 0}, 3, 20);
+  Searched const s(Ring(), {0.4, 0, 0}, 3, 20);
   ASSERT_EQ(1, s.object.m_pIBTwoSeeds[1]);
-  const List stencil = s.Stencil(1);
+  List const stencil = s.Stencil(1);
   ASSERT_EQ(4U, stencil.size());
   EXPECT_EQ((List{1, 2}), Ascending({stencil[0], stencil[1]}));
-  const int* const nodes = s.object.m_ppIBNodeConn[1];
+  int const* const nodes = s.object.m_ppIBNodeConn[1];
   ASSERT_EQ(3, nodes[0]);
-  const bool firstSeedIs1 = stencil[0] == 1;  // two cells are not sorted, so the tree decides
+  bool const firstSeedIs1 = stencil[0] == 1;  // two cells are not sorted, so the tree decides
   EXPECT_EQ(firstSeedIs1 ? (List{2, 1, 3}) : (List{3, 2, 1}), (List{nodes[1], nodes[2], nodes[3]}));
   EXPECT_EQ(firstSeedIs1 ? (List{3, 4}) : (List{4, 3}), (List{stencil[2], stencil[3]}));
 }
 
 TEST(PointRing, TableLeadsFromEachNodesCellsToTheirPlaceInTheStencil) {
-  const Searched s(Ring(), {0.4, 0, 0}, 3, 20);
+  Searched const s(Ring(), {0.4, 0, 0}, 3, 20);
   Cpp_DataStructure& table = s.object.m_pIBNodeCellTable[1];
-  const int* const nodes = s.object.m_ppIBNodeConn[1];
+  int const* const nodes = s.object.m_ppIBNodeConn[1];
   ASSERT_EQ(nodes[0], table.m_iNRow);
   for (int j = 1; j <= nodes[0]; ++j) {
-    const int* const cells = s.object.ppRBFiNodeConn[nodes[j]];
+    int const* const cells = s.object.ppRBFiNodeConn[nodes[j]];
     ASSERT_EQ(cells[0], table.GetValue(j, 0));
     for (int k = 1; k <= cells[0]; ++k)
       EXPECT_EQ(cells[k], s.object.m_ppIBConn[1][table.GetValue(j, k)]) << "node " << nodes[j];
@@ -307,7 +307,7 @@ TEST(PointRing, TableLeadsFromEachNodesCellsToTheirPlaceInTheStencil) {
 TEST(PointRing, LeavesUnusableCellsOut) {
   Array marks = AllUsable(4);
   marks[3] = kUnusable;
-  const Searched s(Ring(), marks, {0.4, 0, 0}, 3, 20);
+  Searched const s(Ring(), marks, {0.4, 0, 0}, 3, 20);
   EXPECT_EQ((List{1, 2, 4}), Ascending(s.Stencil(1)));
 }
 
@@ -315,11 +315,11 @@ TEST(PointRing, HoldsNodesWithoutUsableCellsToo) {
   Ring mesh;
   mesh.NodeCells(3) = {};
   mesh.NodeCells(1) = {};
-  const Searched s(mesh, {0.4, 0, 0}, 3, 20);
+  Searched const s(mesh, {0.4, 0, 0}, 3, 20);
   EXPECT_EQ((List{1, 2, 3}), Ascending(s.Stencil(1)));
   EXPECT_EQ(3, s.object.m_ppIBNodeConn[1][0]);
   for (int j = 1; j <= 3; ++j) {
-    const int node = s.object.m_ppIBNodeConn[1][j];
+    int const node = s.object.m_ppIBNodeConn[1][j];
     EXPECT_EQ(node == 2 ? 3 : 0, s.object.m_pIBNodeCellTable[1].GetValue(j, 0));
   }
 }
@@ -351,7 +351,7 @@ TEST(PointRing, OfASingleStepReplacesWhatThePointHad) {
 // Meshes need not have rows for ghost and halo cells.
 TEST(PointRing, OfASeedWithoutARowOfNodesIsTheSeedAlone) {
   PointMesh mesh = Row(2);
-  const int halo = mesh.AddSide(mesh.partition, 2, {1.5, 0, 0}, {2, 0, 0}, {mesh.AddNode({1.5, 0.5, 0})});
+  int const halo = mesh.AddSide(mesh.partition, 2, {1.5, 0, 0}, {2, 0, 0}, {mesh.AddNode({1.5, 0.5, 0})});
   PointBed bed(mesh);
   Array marks = AllUsable(3);
   bed.SetUpToTree(marks, 1);
@@ -363,25 +363,25 @@ TEST(PointRing, OfASeedWithoutARowOfNodesIsTheSeedAlone) {
 }
 
 TEST(PointRing, OfASeedBeyondTheBoundaryHoldsTheCellsOfItsFacesNodes) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh);
   Array marks = AllUsable(mesh.NCell());
   bed.SetUpToTree(marks, 1);
   int seeds[] = {mesh.wall[0].other};
   bed.object.CountingNodeToCellconnectionNumber(1, 1, seeds);
-  const List stencil = bed.Stencil(1);
+  List const stencil = bed.Stencil(1);
   EXPECT_EQ(4, bed.object.m_ppIBNodeConn[1][0]);
   EXPECT_NE(stencil.end(), std::find(stencil.begin(), stencil.end(), mesh.wall[0].cv));
 }
 
 TEST(PointRing, IgnoresTheWantedNumber) {
-  const Searched few(Ring(), {0.4, 0, 0}, 3, 1), many(Ring(), {0.4, 0, 0}, 3, 1000);
+  Searched const few(Ring(), {0.4, 0, 0}, 3, 1), many(Ring(), {0.4, 0, 0}, 3, 1000);
   EXPECT_EQ(few.Stencil(1), many.Stencil(1));
   EXPECT_EQ(few.Support(), many.Support());
 }
 
 TEST(PointSeeds, HalfwayBetweenTwoCellsAreBoth) {
-  const Searched s(Row(6), {2.5, 0, 0}, 3, 20);
+  Searched const s(Row(6), {2.5, 0, 0}, 3, 20);
   EXPECT_EQ(1, s.object.m_pIBTwoSeeds[1]);
   EXPECT_EQ((List{3, 4}), Ascending(s.Stencil(1)));
   EXPECT_EQ(0.5, s.Support());
@@ -390,11 +390,11 @@ TEST(PointSeeds, HalfwayBetweenTwoCellsAreBoth) {
 // The cell itself stands first unless the tree gives it last; then it is left behind a farther one, which is the
 // only seed.
 TEST(PointSeeds, AtACellAreThatCellAndTheFirstOtherOfTheTree) {
-  const List found = Searched(Row(6), {2.0, 0, 0}, 1, 2).Stencil(1);  // in the order of the tree
+  List const found = Searched(Row(6), {2.0, 0, 0}, 1, 2).Stencil(1);  // in the order of the tree
   ASSERT_EQ((List{2, 3, 4}), Ascending(found));
-  const bool nearestLast = found[2] == 3;
-  const int other = found[0] == 3 ? found[1] : found[0];
-  const Searched s(Row(6), {2.0, 0, 0}, 3, 20);
+  bool const nearestLast = found[2] == 3;
+  int const other = found[0] == 3 ? found[1] : found[0];
+  Searched const s(Row(6), {2.0, 0, 0}, 3, 20);
   EXPECT_EQ(nearestLast ? 0 : 1, s.object.m_pIBTwoSeeds[1]);
   EXPECT_EQ(nearestLast ? (List{other}) : (List{3, other}), s.Stencil(1));
   EXPECT_EQ(1.0, s.Support());
@@ -404,20 +404,20 @@ TEST(PointSeeds, AtACellAreThatCellAndTheFirstOtherOfTheTree) {
 
 TEST(PointSearch, OfAllMethodsEqualsThePlainFormOnLattices) {
   int singleSeeds = 0;
-  for (const double jitter : {0.0, 0.2}) {
-    for (const bool listInterior : {true, false}) {
+  for (double const jitter : {0.0, 0.2}) {
+    for (bool const listInterior : {true, false}) {
       HexahedraOptions options;
       options.jitter = jitter;
       options.nx = 4;
       options.listInteriorCellsAtBoundaryNodes = listInterior;
-      const PointMesh mesh = Hexahedra(options);
+      PointMesh const mesh = Hexahedra(options);
       std::vector<Point> points;
       for (int i = 0; i < 60; ++i)
         points.push_back({0.07 * i, 1.5 + std::sin(i), 1.5 + 1.6 * std::cos(3.0 * i)});
       points.push_back(mesh.Centre(7));
       points.push_back({2, 1, 1});
-      for (const int method : {1, 2, 3}) {
-        const PlainSettings settings{500.0, method, 9};
+      for (int const method : {1, 2, 3}) {
+        PlainSettings const settings{500.0, method, 9};
         PointBed bed(mesh, settings);
         Array marks = AllUsable(mesh.NCell());
         for (int c = 1; c <= mesh.NCell(); c += 5) marks[c] = kUnusable;

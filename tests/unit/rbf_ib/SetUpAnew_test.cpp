@@ -11,7 +11,7 @@ namespace {
 
 // A folder stands where the settings file was, so that nothing is read.
 TEST(PointSetUpAnew, BeginsWithTheSettingsOfANewObject) {
-  const PointMesh mesh = LooseCells({Point{0, 0, 0}, Point{1, 0, 0}, Point{0, 1, 0}});
+  PointMesh const mesh = LooseCells({Point{0, 0, 0}, Point{1, 0, 0}, Point{0, 1, 0}});
   PointBed bed(mesh, Settings("30", "1", "1.5", "5"));
   bed.SetUp(AllUsable(3), {{0.5, 0.25, 0.0}});
   ASSERT_EQ(1, bed.object.iSearch_method);

@@ -36,17 +36,17 @@ struct Hosts {
 
 /// Everything that decides about a set-up.
 struct Choice {
-  Choice(Random& random, const Hosts& hosts)
+  Choice(Random& random, Hosts const& hosts)
       : mesh(static_cast<std::size_t>(UniformInt(random, 0, 1))),
         byFile(UniformInt(random, 0, 3) == 0),
         marks(hosts.meshes[mesh].NCell(), kUnusable),
         points(RandomPoints(random)) {
-    const int methods[] = {1, 2, 3, 3, 7};
+    int const methods[] = {1, 2, 3, 3, 7};
     settings.method = methods[UniformInt(random, 0, 4)];
     settings.span = UniformInt(random, 20, 1000);
     settings.number = UniformInt(random, 1, UniformInt(random, 0, 9) == 0 ? 500 : 9);
-    const int inner = hosts.meshes[mesh].nInnerCells;
-    const int usable = UniformInt(random, 0, 5);  // of 5 cells; rarely none
+    int const inner = hosts.meshes[mesh].nInnerCells;
+    int const usable = UniformInt(random, 0, 5);  // of 5 cells; rarely none
     for (int c = 1; c <= inner; ++c)
       if (UniformInt(random, 1, 5) <= usable) marks[c] = kUsable;
   }
@@ -96,14 +96,14 @@ std::vector<double> Applied(Object& object, int nCell) {
 /// A copy that is never destroyed, as it shares its tables; the vectors are its own.
 class Copy {
  public:
-  explicit Copy(const Object& source) : object_(new (memory_) Object(source)) {}
+  explicit Copy(Object const& source) : object_(new (memory_) Object(source)) {}
   ~Copy() {
     object_->m_CellLocalID.Destroy();
     object_->m_NodeLocalID.Destroy();
     object_->m_bBoundaryNode.Destroy();
   }
-  Copy(const Copy&) = delete;
-  Copy& operator=(const Copy&) = delete;
+  Copy(Copy const&) = delete;
+  Copy& operator=(Copy const&) = delete;
 
   Object& operator*() { return *object_; }
 
@@ -128,11 +128,11 @@ TEST(PointOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
       choice.SetUp(hosts, parameters, fresh);
       EXPECT_TRUE(SameContent(fresh, object)) << "seed " << seed << ": " << history;
 
-      const int nCell = hosts.meshes[choice.mesh].NCell();
-      const std::vector<double> expected = Applied(fresh, nCell);
+      int const nCell = hosts.meshes[choice.mesh].NCell();
+      std::vector<double> const expected = Applied(fresh, nCell);
       EXPECT_EQ(expected.size(), static_cast<std::size_t>(choice.points.Size()));
       Copy copy(object);
-      const std::vector<double> actual = Applied(object, nCell), copied = Applied(*copy, nCell);
+      std::vector<double> const actual = Applied(object, nCell), copied = Applied(*copy, nCell);
       for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_TRUE(rbf_cell_test::SameValue("value", expected[i], actual[i])) << history;
         EXPECT_TRUE(rbf_cell_test::SameValue("value", expected[i], copied[i])) << history;

@@ -16,10 +16,10 @@
 namespace rbf_ib_test {
 namespace {
 
-const std::string kDefaultLine = "Default DQ parameter is adopted.\n";
+std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
 
 /// The file as the object writes it for a mean distance of 1.25.
-const std::string kDefaultFile =
+std::string const kDefaultFile =
     "1002\n"
     "Span              = 500\n"
     "iSearch_method    = 3\n"
@@ -36,7 +36,7 @@ struct Reader : PointBed {
     object.Search_number = 77;
     object.ChangeFileName(object.RBFFileName, ".rbf", object.m_pGV->BaseFileName);
   }
-  explicit Reader(const std::string& file) : Reader() { folder.Write(file); }
+  explicit Reader(std::string const& file) : Reader() { folder.Write(file); }
 
   std::string Read() {
     return Printed([this] { EXPECT_EQ(0, object.ReadRBFbackdoorfile()); });
@@ -83,7 +83,7 @@ TEST(PointSettings, MessageIsFlushedAtOnce) {
   Reader reader;
   std::string arrived;
   {
-    const rbf_cell_test::FlushedOutput output;
+    rbf_cell_test::FlushedOutput const output;
     reader.object.ReadRBFbackdoorfile();
     arrived = output.Arrived();
   }
@@ -133,8 +133,8 @@ TEST(PointSettings, NothingIsValidated) {
 }
 
 TEST(PointSettings, DistanceServesNothing) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  for (const char* const method : {"1", "2", "3"}) {
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  for (char const* const method : {"1", "2", "3"}) {
     PointBed near(mesh, Settings("500", method, "0.000001", "8")),
         far(mesh, Settings("500", method, "1000", "8"));
     for (PointBed* const bed : {&near, &far})
@@ -205,7 +205,7 @@ TEST(PointSettings, AnyBytesDoNoHarm) {
 
 // ------------------------------------------------------------------------------------------- files of others
 
-void ExpectStartedAnew(const std::string& file) {
+void ExpectStartedAnew(std::string const& file) {
   Reader reader(file);
   EXPECT_EQ(kDefaultLine, reader.Read()) << file;
   EXPECT_EQ(kDefaultFile, reader.folder.Read()) << file;
@@ -222,7 +222,7 @@ TEST(PointSettings, FileOfTheFaceOperatorIsDeletedAndReplacedByTheDefaults) {
 }
 
 TEST(PointSettings, AnyOtherFirstLineIsDeletedAndReplacedByTheDefaults) {
-  for (const char* const first : {"", "0", "10020", "100", "-1002", "format 1002", "1 002"})
+  for (char const* const first : {"", "0", "10020", "100", "-1002", "format 1002", "1 002"})
     ExpectStartedAnew(std::string(first) + "\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
   ExpectStartedAnew("");
 }
@@ -244,7 +244,7 @@ TEST(PointSettings, WithoutAFolderAllValuesAreKept) {
 }
 
 TEST(PointSettings, WithoutAFolderAFreshObjectWorksOnItsOwnDefaults) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed lost(mesh), usual(mesh);
   std::filesystem::remove_all(lost.folder.Path());
   for (PointBed* const bed : {&lost, &usual}) bed->SetUp(AllUsable(mesh.NCell()), {Point{1.2, 1.4, 1.6}});
@@ -276,7 +276,7 @@ TEST(PointSettings, EmptyFolderOfThatNameStaysAndTheValuesAreKept) {
 TEST(PointSettings, MessageAndEmptyLineForWhatCannotBeOpenedAreFlushedEach) {
   Reader reader;
   std::filesystem::create_directory(reader.folder.SettingsFileName());
-  const std::vector<std::string> expected = {kDefaultLine, "\n"};
+  std::vector<std::string> const expected = {kDefaultLine, "\n"};
   EXPECT_EQ(expected, PrintedPieces([&] { reader.object.ReadRBFbackdoorfile(); }));
 }
 
@@ -284,7 +284,7 @@ TEST(PointSettings, MessageAndEmptyLineForWhatCannotBeOpenedAreFlushedEach) {
 
 /// An object with parameters of the solver in place of a file.
 struct WithParameters : Reader {
-  explicit WithParameters(const CZYNCMP_IBRBF_Parm& block) {
+  explicit WithParameters(CZYNCMP_IBRBF_Parm const& block) {
     parameters.block = block;
     object.SetZYNKNCMP(&parameters);
   }
@@ -320,7 +320,7 @@ TEST(PointParameters, AreNotValidated) {
 TEST(PointParameters, BlockIsAskedForAnewForEachValue) {
   WithParameters reader({0, 250, 2, 0.75, 12});
   reader.parameters.onCall = [&reader] {
-    const int n = reader.parameters.calls;
+    int const n = reader.parameters.calls;
     reader.parameters.block = {0, 100 * n, n, 0.5 * n, 10 * n};
   };
   reader.ReadBlock();
@@ -329,14 +329,14 @@ TEST(PointParameters, BlockIsAskedForAnewForEachValue) {
 }
 
 TEST(PointParameters, CountInPlaceOfTheFileWhichIsNeitherReadNorTouched) {
-  const std::string foreign = "1001\nof the cell operator\n";
-  for (const std::string& file : {foreign, std::string()}) {
+  std::string const foreign = "1001\nof the cell operator\n";
+  for (std::string const& file : {foreign, std::string()}) {
     PointBed bed(Hexahedra(HexahedraOptions()));
     if (!file.empty()) bed.folder.Write(file);
     Parameters parameters;
     parameters.block = {0, 400, 1, 0.0, 6};
     bed.object.SetZYNKNCMP(&parameters);
-    const std::string printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), {Point{1.2, 1.4, 1.6}});
+    std::string const printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), {Point{1.2, 1.4, 1.6}});
     EXPECT_EQ(std::string::npos, printed.find(kDefaultLine));
     EXPECT_EQ(file.empty() ? "<no file>" : file, bed.folder.Read());
     EXPECT_EQ(400.0, bed.object.Span);
@@ -346,8 +346,8 @@ TEST(PointParameters, CountInPlaceOfTheFileWhichIsNeitherReadNorTouched) {
 }
 
 TEST(PointParameters, GiveTheSameTablesAsAFileOfTheSameContent) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  for (const int method : {1, 2, 3}) {
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  for (int const method : {1, 2, 3}) {
     PointBed byFile(mesh, Settings("400", std::to_string(method), "0.5", "6")), byBlock(mesh);
     Parameters parameters;
     parameters.block = {0, 400, method, 0.5, 6};

@@ -24,8 +24,8 @@ List Sorted(List list) {
 
 // Pass 1 brings 9 behind 4 and up to the one that is none; pass 2 has nothing left in front of it.
 TEST(PointSortingWithoutOrder, MovesNumbersAndDistancesTogether) {
-  const double none = NAN;
-  const List sorted = Sorted({{1, 2, 3, 4, 5}, {9.0, 4.0, 2.0, none, 1.0}});
+  double const none = NAN;
+  List const sorted = Sorted({{1, 2, 3, 4, 5}, {9.0, 4.0, 2.0, none, 1.0}});
   EXPECT_EQ((std::vector<int>{3, 2, 1, 4, 5}), sorted.ids);
   EXPECT_EQ((std::vector<double>{2.0, 4.0, 9.0}),
             std::vector<double>(sorted.distances.begin(), sorted.distances.begin() + 3));
@@ -35,10 +35,10 @@ TEST(PointSortingWithoutOrder, MovesNumbersAndDistancesTogether) {
 
 // One pass is left out: of four, two passes are made, and the first two stay as the second pass leaves them.
 TEST(PointSortingWithoutOrder, LeavesTheLastPassOut) {
-  const double none = NAN;
-  const List sorted = Sorted({{1, 2, 3, 4}, {3.0, 2.0, 1.0, none}});
+  double const none = NAN;
+  List const sorted = Sorted({{1, 2, 3, 4}, {3.0, 2.0, 1.0, none}});
   EXPECT_EQ((std::vector<int>{3, 2, 1, 4}), sorted.ids);
-  const List three = Sorted({{1, 2, 3}, {none, 2.0, 1.0}});
+  List const three = Sorted({{1, 2, 3}, {none, 2.0, 1.0}});
   EXPECT_EQ((std::vector<int>{1, 3, 2}), three.ids);
 }
 

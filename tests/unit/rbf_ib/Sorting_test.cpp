@@ -20,13 +20,13 @@ struct Pairs {
   explicit Pairs(std::vector<double> d) : ids(d.size()), distances(std::move(d)) {
     std::iota(ids.begin(), ids.end(), 1);
   }
-  bool operator==(const Pairs& other) const { return ids == other.ids && distances == other.distances; }
+  bool operator==(Pairs const& other) const { return ids == other.ids && distances == other.distances; }
 
   std::vector<int> ids;
   std::vector<double> distances;
 };
 
-Pairs Sorted(const Pairs& pairs) {
+Pairs Sorted(Pairs const& pairs) {
   constexpr int kGuard = -99;
   std::vector<int> ids(1, kGuard);
   std::vector<double> distances(1, kGuard);
@@ -43,9 +43,9 @@ Pairs Sorted(const Pairs& pairs) {
   return result;
 }
 
-void ExpectSorted(const std::vector<double>& given, const std::vector<double>& distances,
-                  const std::vector<int>& ids) {
-  const Pairs result = Sorted(Pairs(given));
+void ExpectSorted(std::vector<double> const& given, std::vector<double> const& distances,
+                  std::vector<int> const& ids) {
+  Pairs const result = Sorted(Pairs(given));
   EXPECT_EQ(distances, result.distances);
   EXPECT_EQ(ids, result.ids);
 }
@@ -106,7 +106,7 @@ TEST(PointSorting, OfRandomArraysWithTiesEqualsThePlainLoop) {
   std::mt19937_64 random(5);
   int exchanged = 0;
   for (int round = 0; round < 20000; ++round) {
-    const std::size_t n = random() % 70, values = 1 + random() % 80;
+    std::size_t const n = random() % 70, values = 1 + random() % 80;
     std::vector<double> distances;
     for (std::size_t k = 0; k < n; ++k) distances.push_back(0.125 * static_cast<double>(random() % values));
     Pairs plain(distances);
@@ -118,10 +118,10 @@ TEST(PointSorting, OfRandomArraysWithTiesEqualsThePlainLoop) {
 }
 
 TEST(PointSorting, OfDescendingAndAscendingArraysEqualsThePlainLoop) {
-  for (const std::size_t n : {8U, 100U, 1000U}) {
+  for (std::size_t const n : {8U, 100U, 1000U}) {
     std::vector<double> distances(n);
     std::iota(distances.begin(), distances.end(), 0.0);
-    for (const bool descending : {false, true}) {
+    for (bool const descending : {false, true}) {
       if (descending) std::reverse(distances.begin(), distances.end());
       Pairs plain(distances);
       PlainPointOperator::SortAllButTheFirstTwo(plain.ids, plain.distances);
@@ -131,13 +131,13 @@ TEST(PointSorting, OfDescendingAndAscendingArraysEqualsThePlainLoop) {
 }
 
 TEST(PointSorting, TakesInfiniteDistances) {
-  const double inf = std::numeric_limits<double>::infinity();
+  double const inf = std::numeric_limits<double>::infinity();
   ExpectSorted({inf, 2, inf, 1, 3}, {1, 2, 3, inf, inf}, {4, 2, 5, 1, 3});
 }
 
 // A point that is not a number has such a distance from everything.
 TEST(PointSorting, LeavesDistancesThatAreNoNumbersInTheirOrder) {
-  const double nan = std::numeric_limits<double>::quiet_NaN();
+  double const nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ((std::vector<int>{1, 2, 3, 4, 5, 6}), Sorted(Pairs({nan, nan, nan, nan, nan, nan})).ids);
 }
 

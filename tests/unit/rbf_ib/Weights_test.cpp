@@ -24,8 +24,8 @@ double Distance(Point a, Point b) {
   return std::sqrt((a.y - b.y) * (a.y - b.y) + (a.x - b.x) * (a.x - b.x) + (a.z - b.z) * (a.z - b.z));
 }
 
-std::vector<double> ValueCoefficients(const PointBed& bed, int i) {
-  const double* const row = bed.object.m_ppIBValueCoef[i];
+std::vector<double> ValueCoefficients(PointBed const& bed, int i) {
+  double const* const row = bed.object.m_ppIBValueCoef[i];
   return std::vector<double>(row + 1, row + 1 + bed.object.m_ppIBConn[i][0]);
 }
 
@@ -33,15 +33,15 @@ std::vector<double> ValueCoefficients(const PointBed& bed, int i) {
 
 // phi(r) w = phi(r), so that w = phi / 3; with the support measured by the member itself, phi is that of 1 / Span.
 TEST(PointWeights, OfASingleMemberAreItsKernelOver3) {
-  for (const double span : {500.0, 5.0, 1.0}) {
+  for (double const span : {500.0, 5.0, 1.0}) {
     PointBed bed(LooseCells({{1, 2, 3}, {9, 9, 9}}), PlainSettings{span, 2, 1});
-    const Point p{1.5, 1.75, 3.25};
+    Point const p{1.5, 1.75, 3.25};
     bed.SetUp(AllUsable(2), {p});
     ASSERT_EQ((List{1}), bed.Stencil(1));
     EXPECT_NEAR(Kernel(1.0 / span) / 3.0, bed.object.m_ppIBValueCoef[1][1], 8 * kEpsilon);
-    const double r = Distance(p, {1, 2, 3}), c = span * r;
-    const double slope = -56.0 * (5.0 * r + c) * std::pow(c - r, 5.0) / std::pow(c, 8.0) / 3.0;
-    const IBCnode& w = bed.object.m_ppIBCoef[1][1];
+    double const r = Distance(p, {1, 2, 3}), c = span * r;
+    double const slope = -56.0 * (5.0 * r + c) * std::pow(c - r, 5.0) / std::pow(c, 8.0) / 3.0;
+    IBCnode const& w = bed.object.m_ppIBCoef[1][1];
     EXPECT_NEAR(0.5 * slope, w.x, 1e-13 * std::fabs(slope));
     EXPECT_NEAR(-0.25 * slope, w.y, 1e-13 * std::fabs(slope));
     EXPECT_NEAR(0.25 * slope, w.z, 1e-13 * std::fabs(slope));
@@ -51,20 +51,20 @@ TEST(PointWeights, OfASingleMemberAreItsKernelOver3) {
 
 // The slope of the kernel against differences of the value: (w(p + h) - w(p - h)) / 2h with the same support.
 TEST(PointWeights, OfTheDerivativesAreTheSlopesOfThoseOfTheValue) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  const Point p{1.3, 1.1, 1.7};
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  Point const p{1.3, 1.1, 1.7};
   PointBed bed(mesh, PlainSettings{5.0, 1, 9});
   bed.SetUp(InteriorUsable(mesh), {p});
-  const int n = bed.object.m_ppIBConn[1][0];
-  const double h = 1e-5;
-  const auto shifted = [&](double dx, double dy, double dz) {
+  int const n = bed.object.m_ppIBConn[1][0];
+  double const h = 1e-5;
+  auto const shifted = [&](double dx, double dy, double dz) {
     PointArrays at({{p.x + dx, p.y + dy, p.z + dz}});
     bed.object.DeriveIBCoefficentBysolveDQfullMatrix(1, at.x.Data(), at.y.Data(), at.z.Data());
     return ValueCoefficients(bed, 1);
   };
   std::vector<IBCnode> slopes(bed.object.m_ppIBCoef[1] + 1, bed.object.m_ppIBCoef[1] + 1 + n);
-  const auto check = [&](double IBCnode::*component, Point d) {
-    const std::vector<double> plus = shifted(d.x, d.y, d.z), minus = shifted(-d.x, -d.y, -d.z);
+  auto const check = [&](double IBCnode::*component, Point d) {
+    std::vector<double> const plus = shifted(d.x, d.y, d.z), minus = shifted(-d.x, -d.y, -d.z);
     for (std::size_t k = 0; k < slopes.size(); ++k)
       EXPECT_NEAR((plus[k] - minus[k]) / (2 * h), slopes[k].*component, 1e-5) << k;
   };
@@ -75,14 +75,14 @@ TEST(PointWeights, OfTheDerivativesAreTheSlopesOfThoseOfTheValue) {
 
 // To the condition of the system times round-off; these supports are narrow.
 TEST(PointWeights, AtAMemberAreOneForItAndZeroForTheOthers) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  for (const int method : {1, 2}) {
-    for (const double span : {5.0, 1.0}) {
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  for (int const method : {1, 2}) {
+    for (double const span : {5.0, 1.0}) {
       PointBed bed(mesh, PlainSettings{span, method, 9});
       bed.SetUp(InteriorUsable(mesh), {mesh.Centre(14), mesh.Centre(1)});
-      for (const int i : {1, 2}) {
-        const List stencil = bed.Stencil(i);
-        const int cell = i == 1 ? 14 : 1;
+      for (int const i : {1, 2}) {
+        List const stencil = bed.Stencil(i);
+        int const cell = i == 1 ? 14 : 1;
         ASSERT_NE(stencil.end(), std::find(stencil.begin(), stencil.end(), cell));
         for (std::size_t k = 0; k < stencil.size(); ++k)
           EXPECT_NEAR(stencil[k] == cell ? 1.0 : 0.0, ValueCoefficients(bed, i)[k], 1e-10)
@@ -102,17 +102,17 @@ TEST(PointWeights, OfTheOnlyMemberAtThePointHaveNoSlope) {
   bed.object.m_pIBSupportLength[1] = 1.0;
   EXPECT_EQ(1, bed.object.DeriveIBCoefficentBysolveDQfullMatrix(1, points.x.Data(), points.y.Data(),
                                                                 points.z.Data()));
-  const IBCnode& w = bed.object.m_ppIBCoef[1][1];
+  IBCnode const& w = bed.object.m_ppIBCoef[1][1];
   EXPECT_TRUE(w.x == 0.0 && w.y == 0.0 && w.z == 0.0);
   EXPECT_NEAR(1.0, bed.object.m_ppIBValueCoef[1][1], 2 * kEpsilon);
 }
 
 TEST(PointWeights, CarryThePointsNumberAsTag) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  for (const int method : {1, 2}) {
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  for (int const method : {1, 2}) {
     PointBed bed(mesh, PlainSettings{500.0, method, 9});
     bed.SetUp(AllUsable(mesh.NCell()), {{1.3, 1.1, 1.7}, {0.2, 0.1, 0.7}});
-    for (const int i : {1, 2}) {
+    for (int const i : {1, 2}) {
       EXPECT_EQ(0, bed.object.m_ppIBCoef[i][0].tag);
       for (int k = 1; k <= bed.object.m_ppIBConn[i][0]; ++k) EXPECT_EQ(i, bed.object.m_ppIBCoef[i][k].tag);
     }
@@ -121,15 +121,15 @@ TEST(PointWeights, CarryThePointsNumberAsTag) {
 
 // Without a constant term the sums come close and do not arrive; a narrow support shows it well.
 TEST(PointWeights, ReproduceAConstantNearlyButNotExactly) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  for (const int method : {1, 2, 3}) {
-    for (const double span : {500.0, 20.0}) {
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  for (int const method : {1, 2, 3}) {
+    for (double const span : {500.0, 20.0}) {
       PointBed bed(mesh, PlainSettings{span, method, 9});
       bed.SetUp(InteriorUsable(mesh), {{1.3, 1.1, 1.7}, {0.7, 1.9, 2.2}});
-      const double tolerance = span == 500.0 ? 1e-3 : 0.1;
+      double const tolerance = span == 500.0 ? 1e-3 : 0.1;
       EXPECT_NEAR(1.0, bed.object.m_dFiMaxRBF, tolerance) << "method " << method;
       EXPECT_NE(1.0, bed.object.m_dFiMaxRBF);
-      for (const double slope :
+      for (double const slope :
            {bed.object.m_dDfdxMaxError, bed.object.m_dDfdyMaxError, bed.object.m_dDfdzMaxError}) {
         EXPECT_LT(slope, 3 * tolerance) << "method " << method;
         EXPECT_LT(0.0, slope) << "method " << method;
@@ -156,20 +156,20 @@ TEST(PointWeights, OfTwoMembersInOnePlaceAreTheRightHandSides) {
   PointBed bed(mesh, PlainSettings{5.0, 2, 2});
   bed.SetUp(marks, {{0.5, 0, 0}});
   ASSERT_EQ(2U, bed.Stencil(1).size());
-  const InterpolationDQKernel kernel(5.0, 0.5);
-  for (const int k : {1, 2}) {
+  InterpolationDQKernel const kernel(5.0, 0.5);
+  for (int const k : {1, 2}) {
     EXPECT_EQ(kernel.Value(0.5), bed.object.m_ppIBValueCoef[1][k]);
     EXPECT_EQ(kernel.Gradient({0.5, 0, 0}).x, bed.object.m_ppIBCoef[1][k].x);
   }
 }
 
 TEST(PointWeights, AreDerivedAnewBySingleCalls) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 2, 9});
   PointArrays points({{1.3, 1.1, 1.7}, {0.2, 0.1, 0.7}});
   Array marks = AllUsable(mesh.NCell());
   bed.SetUp(marks, points);
-  const std::vector<double> before = ValueCoefficients(bed, 2);
+  std::vector<double> const before = ValueCoefficients(bed, 2);
   bed.object.m_ppIBValueCoef[2][3] = 77.0;
   bed.object.DeriveIBCoefficentBysolveDQfullMatrix(2, points.x.Data(), points.y.Data(), points.z.Data());
   EXPECT_EQ(before, ValueCoefficients(bed, 2));
@@ -180,7 +180,7 @@ TEST(PointWeights, AreDerivedAnewBySingleCalls) {
 
 /// Weights of a node's cells with guards around them.
 std::vector<double> NodeWeights(PointBed& bed, int node) {
-  const int n = bed.object.ppRBFiNodeConn[node][0];
+  int const n = bed.object.ppRBFiNodeConn[node][0];
   Array w(n, -7.5);
   EXPECT_EQ(1, bed.object.DeriveIBfiBysolveDQfullMatrix_03(node, w.Data()));
   EXPECT_TRUE(w.GuardsIntact());
@@ -188,14 +188,14 @@ std::vector<double> NodeWeights(PointBed& bed, int node) {
 }
 
 TEST(PointNodeWeights, OfASingleCellAreItsKernelOver3) {
-  for (const double span : {500.0, 5.0}) {
+  for (double const span : {500.0, 5.0}) {
     PointMesh mesh = LooseCells({{0, 0, 0}, {1, 0, 0}});
-    const int node = mesh.AddNode({0.25, 0.5, 0.75});
+    int const node = mesh.AddNode({0.25, 0.5, 0.75});
     mesh.NodeCells(node) = {2};
     PointBed bed(mesh, PlainSettings{span, 3, 20});
     Array marks = AllUsable(2);
     bed.SetUpToTree(marks, 1);
-    const std::vector<double> w = NodeWeights(bed, node);
+    std::vector<double> const w = NodeWeights(bed, node);
     ASSERT_EQ(1U, w.size());
     EXPECT_NEAR(Kernel(1.0 / span) / 3.0, w[0], 8 * kEpsilon);
     if (span == 500.0) {
@@ -219,22 +219,22 @@ TEST(PointNodeWeights, OfEightCellsAllAroundAreEqual) {
   HexahedraOptions options;
   options.nx = options.ny = options.nz = 2;
   options.jitter = 0.0;
-  const PointMesh mesh = Hexahedra(options);
-  const int middle = 14;
+  PointMesh const mesh = Hexahedra(options);
+  int const middle = 14;
   ASSERT_EQ(0.0, Distance({1, 1, 1}, mesh.nodes[middle]));
   PointBed bed(mesh, PlainSettings{5.0, 3, 20});
   Array marks = InteriorUsable(mesh);
   bed.SetUpToTree(marks, 1);
-  const std::vector<double> w = NodeWeights(bed, middle);
+  std::vector<double> const w = NodeWeights(bed, middle);
   ASSERT_EQ(8U, w.size());
-  const double support = 5.0 * std::sqrt(0.75);
-  const auto k = [support](double distance) { return Kernel(distance / support); };
-  const double sum = k(0.0) + 3.0 * k(1.0) + 3.0 * k(std::sqrt(2.0)) + k(std::sqrt(3.0));
-  for (const double weight : w) EXPECT_NEAR(k(std::sqrt(0.75)) / sum, weight, 1e-12);
+  double const support = 5.0 * std::sqrt(0.75);
+  auto const k = [support](double distance) { return Kernel(distance / support); };
+  double const sum = k(0.0) + 3.0 * k(1.0) + 3.0 * k(std::sqrt(2.0)) + k(std::sqrt(3.0));
+  for (double const weight : w) EXPECT_NEAR(k(std::sqrt(0.75)) / sum, weight, 1e-12);
 }
 
 TEST(PointNodeWeights, SolveTheNodesSystemToRoundOff) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 3, 20});
   Array marks = InteriorUsable(mesh);
   bed.SetUpToTree(marks, 1);
@@ -242,7 +242,7 @@ TEST(PointNodeWeights, SolveTheNodesSystemToRoundOff) {
   plain.Collate();
   plain.CollectNodeCells(marks.Data());
   for (int n = 1; n <= mesh.NNode(); ++n) {
-    const System system = plain.NodeSystem(n);
+    System const system = plain.NodeSystem(n);
     ASSERT_GT(system.order, 0);
     EXPECT_LT(BackwardError(system, 0, NodeWeights(bed, n)), 1e-12) << "node " << n;
   }
@@ -250,10 +250,10 @@ TEST(PointNodeWeights, SolveTheNodesSystemToRoundOff) {
 
 // Nothing of the point enters: the support of a node is measured on the node's own cells.
 TEST(PointNodeWeights, DependOnTheNodeAlone) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 3, 20});
   bed.SetUp(AllUsable(mesh.NCell()), {{1.3, 1.1, 1.7}});
-  const std::vector<double> before = NodeWeights(bed, 20);
+  std::vector<double> const before = NodeWeights(bed, 20);
   bed.object.m_pIBSupportLength[1] = 1e-3;
   bed.SetUp(AllUsable(mesh.NCell()), {{-5.0, 8.0, 2.0}, {0.1, 0.2, 0.3}});
   EXPECT_EQ(before, NodeWeights(bed, 20));
@@ -265,7 +265,7 @@ TEST(PointNodeWeights, DependOnTheNodeAlone) {
 /// point stands on the cell and the node, and the node's share goes to the cell as well.
 struct CellAndNode : PointMesh {
   static constexpr double kNodeX = 1.0;
-  explicit CellAndNode(const List& cellsOfNode) {
+  explicit CellAndNode(List const& cellsOfNode) {
     AddNode({kNodeX, 0, 0});
     AddInteriorCell({0, 0, 0}, {1});
     AddInteriorCell({50, 0, 0});
@@ -277,7 +277,7 @@ struct CellAndNode : PointMesh {
 /// Weights of cell and node for the value at x in (0, 1) on the line between them, with support c.
 struct TwoPointSolution {
   TwoPointSolution(double x, double c) {
-    const double a = 3.0, b = Kernel(1.0 / c), p = Kernel(x / c), q = Kernel((1.0 - x) / c);
+    double const a = 3.0, b = Kernel(1.0 / c), p = Kernel(x / c), q = Kernel((1.0 - x) / c);
     cell = (a * p - b * q) / (a * a - b * b);
     node = (a * q - b * p) / (a * a - b * b);
   }
@@ -291,8 +291,8 @@ TEST(PointTwoLevels, PassTheShareOfANodeDownToItsCells) {
   PointBed bed(CellAndNode({1}), PlainSettings{kSpan, 3, 20});
   bed.SetUp(marks, {{kX, 0, 0}});
   ASSERT_EQ((List{1}), bed.Stencil(1));
-  const TwoPointSolution w(kX, kSpan * kX);
-  const double shareInNode = Kernel(1.0 / kSpan) / 3.0;
+  TwoPointSolution const w(kX, kSpan * kX);
+  double const shareInNode = Kernel(1.0 / kSpan) / 3.0;
   EXPECT_NEAR(w.cell + w.node * shareInNode, bed.object.m_ppIBValueCoef[1][1], 1e-13);
 }
 
@@ -307,22 +307,22 @@ TEST(PointTwoLevels, DropTheShareOfANodeWithoutUsableCells) {
 }
 
 TEST(PointTwoLevels, GiveASeedBothItsDirectShareAndThatOfItsNodes) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 3, 20});
-  const Point p{1.3, 1.1, 1.7};
+  Point const p{1.3, 1.1, 1.7};
   bed.SetUp(InteriorUsable(mesh), {p});
   PlainPointOperator plain(bed.host.mesh, bed.host.partitionFaces);
   plain.SetUp(InteriorUsable(mesh).Data(), {p});
   System system = plain.NodeAndSeedSystem(1, p);
   Solve(system);
-  const int nSeed = bed.object.m_pIBTwoSeeds[1] + 1;
+  int const nSeed = bed.object.m_pIBTwoSeeds[1] + 1;
   ASSERT_EQ(bed.object.m_ppIBNodeConn[1][0] + nSeed, system.order);
   for (int seed = 1; seed <= nSeed; ++seed) {
     double fromNodes = 0.0;
     int nodes = 0;
     for (int j = 1; j <= bed.object.m_ppIBNodeConn[1][0]; ++j) {
-      const int node = bed.object.m_ppIBNodeConn[1][j];
-      const std::vector<double> w = NodeWeights(bed, node);
+      int const node = bed.object.m_ppIBNodeConn[1][j];
+      std::vector<double> const w = NodeWeights(bed, node);
       for (int k = 1; k <= static_cast<int>(w.size()); ++k) {
         if (bed.object.m_pIBNodeCellTable[1].GetValue(j, k) != seed) continue;
         fromNodes += w[static_cast<std::size_t>(k - 1)] * system.Solution(nSeed + j - 1, 3);
@@ -335,32 +335,32 @@ TEST(PointTwoLevels, GiveASeedBothItsDirectShareAndThatOfItsNodes) {
 }
 
 TEST(PointTwoLevels, LeaveTheTagsAtZero) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 3, 20});
   bed.SetUp(AllUsable(mesh.NCell()), {{1.3, 1.1, 1.7}, {0.2, 0.1, 0.7}});
-  for (const int i : {1, 2})
+  for (int const i : {1, 2})
     for (int k = 0; k <= bed.object.m_ppIBConn[i][0]; ++k) EXPECT_EQ(0, bed.object.m_ppIBCoef[i][k].tag);
 }
 
 // SetDataVector accumulates, so a second derivation of the same point doubles what the first stored.
 TEST(PointTwoLevels, AddToWhatIsThere) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh, PlainSettings{500.0, 3, 20});
   PointArrays points({{1.3, 1.1, 1.7}});
   Array marks = InteriorUsable(mesh);
   bed.SetUp(marks, points);
-  const std::vector<double> once = ValueCoefficients(bed, 1);
+  std::vector<double> const once = ValueCoefficients(bed, 1);
   EXPECT_EQ(1, bed.object.DeriveIBCoefficentBysolveDQfullMatrix_30_03(1, points.x.Data(), points.y.Data(),
                                                                       points.z.Data()));
-  const std::vector<double> twice = ValueCoefficients(bed, 1);
+  std::vector<double> const twice = ValueCoefficients(bed, 1);
   for (std::size_t k = 0; k < once.size(); ++k)
     EXPECT_NEAR(2.0 * once[k], twice[k], 1e-9 * (1 + std::fabs(once[k])));
 }
 
 // Nodes are shared by the points, and what is kept of one must not reach another.
 TEST(PointTwoLevels, OfAPointDoNotDependOnThePointsBefore) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
-  const std::vector<Point> points = {{1.3, 1.1, 1.7}, {1.4, 1.2, 1.6}, {0.2, 0.1, 0.7}, {2.9, 0.3, 1.5}};
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  std::vector<Point> const points = {{1.3, 1.1, 1.7}, {1.4, 1.2, 1.6}, {0.2, 0.1, 0.7}, {2.9, 0.3, 1.5}};
   PointBed all(mesh, PlainSettings{500.0, 3, 20});
   all.SetUp(AllUsable(mesh.NCell()), points);
   for (int i = 1; i <= 4; ++i) {
@@ -375,14 +375,14 @@ TEST(PointTwoLevels, OfAPointDoNotDependOnThePointsBefore) {
 
 TEST(PointWeights, OfAllMethodsEqualThePlainFormBitForBit) {
   HexahedraOptions options;
-  const PointMesh mesh = Hexahedra(options);
+  PointMesh const mesh = Hexahedra(options);
   std::vector<Point> points;
   for (int i = 0; i < 25; ++i) points.push_back({0.12 * i, 1.5 + std::sin(i), 1.5 + 1.6 * std::cos(3.0 * i)});
   points.push_back(mesh.Centre(14));
   points.push_back(points[3]);
-  for (const int method : {1, 2, 3}) {
-    for (const double span : {500.0, 3.0}) {
-      const PlainSettings settings{span, method, 12};
+  for (int const method : {1, 2, 3}) {
+    for (double const span : {500.0, 3.0}) {
+      PlainSettings const settings{span, method, 12};
       Array marks = InteriorUsable(mesh);
       PointBed bed(mesh, settings);
       bed.SetUp(marks, points);

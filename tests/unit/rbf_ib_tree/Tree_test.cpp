@@ -43,32 +43,32 @@ PointMesh Row(int n) {
 
 /// All steps up to the search, with one point.
 struct Searched : PointBed {
-  Searched(const PointMesh& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
+  Searched(PointMesh const& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
     PointArrays points({point});
     SetUpToTree(marks, 1);
     EXPECT_EQ(
         0, object.SearchIBADTress(points.x.Data(), points.y.Data(), points.z.Data(), method, 77.0, number));
   }
-  Searched(const PointMesh& mesh, Point point, int method, int number)
+  Searched(PointMesh const& mesh, Point point, int method, int number)
       : Searched(mesh, AllUsable(mesh.NCell()), point, method, number) {}
 
   double Support() const { return object.m_pIBSupportLength[1]; }
 };
 
 /// Answers every query with the same identities.
-void AlwaysAnswer(const List& ids) {
-  Calls().answer = [ids](const Corners&) { return ids; };
+void AlwaysAnswer(List const& ids) {
+  Calls().answer = [ids](Corners const&) { return ids; };
 }
 
 // --------------------------------------------------------------------------------------------------- filling it
 
 TEST_F(PointTree, GetsItsRangeOnceBeforeTheFirstBoxHighCornerFirst) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh);
   bed.SetUp(AllUsable(mesh.NCell()), {});
-  const CZynIBRBFInternalObject& o = bed.object;
+  CZynIBRBFInternalObject const& o = bed.object;
   ASSERT_EQ(1U, Calls().ranges.size());
-  const std::array<double, 9> expected = {o.Xmax, o.Ymax, o.Zmax,  o.Xmin,  o.Ymin,
+  std::array<double, 9> const expected = {o.Xmax, o.Ymax, o.Zmax,  o.Xmin,  o.Ymin,
                                           o.Zmin, 1.0,    10000.0, 200000.0};
   EXPECT_EQ(expected, Calls().ranges[0]);
   EXPECT_EQ(0, Calls().boxesBeforeTheLastRange);
@@ -76,7 +76,7 @@ TEST_F(PointTree, GetsItsRangeOnceBeforeTheFirstBoxHighCornerFirst) {
 }
 
 TEST_F(PointTree, GetsTheUsableCellsInAscendingOrderHighCornerFirst) {
-  const PointMesh mesh = Hexahedra(HexahedraOptions());
+  PointMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh);
   Array marks = AllUsable(mesh.NCell());
   for (int c = 1; c <= mesh.NCell(); c += 3) marks[c] = kUnusable;
@@ -86,8 +86,8 @@ TEST_F(PointTree, GetsTheUsableCellsInAscendingOrderHighCornerFirst) {
     if (marks[c] < 0.0) usable.push_back(c);
   ASSERT_EQ(usable.size(), Calls().boxes.size());
   for (std::size_t k = 0; k < usable.size(); ++k) {
-    const IBCnode& p = bed.object.m_pIBCnode[usable[k]];
-    const double d = 1e-6;
+    IBCnode const& p = bed.object.m_pIBCnode[usable[k]];
+    double const d = 1e-6;
     EXPECT_EQ(static_cast<int>(k) + 1, Calls().boxes[k].id);
     EXPECT_EQ((Corners{p.x + d, p.y + d, p.z + d, p.x - d, p.y - d, p.z - d}), Calls().boxes[k].corners);
   }
@@ -150,7 +150,7 @@ TEST_F(PointTree, IsNotSearchedByTheApplication) {
   AlwaysAnswer({1, 2, 3});
   PointBed bed(Row(3), PlainSettings{500.0, 2, 3});
   bed.SetUp(AllUsable(3), {{1.2, 0, 0}});
-  const int before = Calls().searches;
+  int const before = Calls().searches;
   Array field(3, 1.0), value(1), x(1), y(1), z(1);
   bed.object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
   EXPECT_EQ(before, Calls().searches);
@@ -162,8 +162,8 @@ TEST_F(PointTree, IsSearchedAfterItsLineWasPrinted) {
   PointArrays points({{1.2, 0, 0}});
   std::string atSearch;
   {
-    const rbf_cell_test::FlushedOutput output;
-    Calls().answer = [&](const Corners&) {
+    rbf_cell_test::FlushedOutput const output;
+    Calls().answer = [&](Corners const&) {
       atSearch = output.Arrived();
       return List{1, 2};
     };
@@ -179,15 +179,15 @@ TEST_F(PointTree, IsSearchedAfterItsLineWasPrinted) {
 
 // The test's tree answers a cube of half-width d with d identities.
 TEST_F(PointCubes, GrowByTheMeanDistanceUntilTheyHoldEnough) {
-  const Point p{4.25, 0.5, -0.25};
-  for (const int method : {1, 2}) {
+  Point const p{4.25, 0.5, -0.25};
+  for (int const method : {1, 2}) {
     Calls() = TreeCalls();
-    Calls().answer = [](const Corners& c) {
-      const int n = static_cast<int>(std::lround(0.5 * (c[3] - c[0])));
-      const List all = {6, 5, 7, 4, 8, 3};
+    Calls().answer = [](Corners const& c) {
+      int const n = static_cast<int>(std::lround(0.5 * (c[3] - c[0])));
+      List const all = {6, 5, 7, 4, 8, 3};
       return List(all.begin(), all.begin() + n);
     };
-    const Searched s(Row(9), p, method, 3);
+    Searched const s(Row(9), p, method, 3);
     ASSERT_EQ(3U, Calls().queries.size());
     for (std::size_t k = 0; k < 3; ++k) {
       EXPECT_EQ(Cube(p, 1.0 * static_cast<double>(k + 1)), Calls().queries[k].corners) << "low corner first";
@@ -198,11 +198,11 @@ TEST_F(PointCubes, GrowByTheMeanDistanceUntilTheyHoldEnough) {
 }
 
 TEST_F(PointCubes, GrowForMethod3UntilTheyHoldTwoWhateverTheNumber) {
-  const Point p{4.25, 0.5, -0.25};
-  for (const int number : {0, 1, 20}) {
+  Point const p{4.25, 0.5, -0.25};
+  for (int const number : {0, 1, 20}) {
     Calls() = TreeCalls();
-    Calls().answer = [](const Corners& c) { return c[3] - c[0] > 5.0 ? List{5, 6} : List{5}; };
-    const Searched s(Row(9), p, 3, number);
+    Calls().answer = [](Corners const& c) { return c[3] - c[0] > 5.0 ? List{5, 6} : List{5}; };
+    Searched const s(Row(9), p, 3, number);
     ASSERT_EQ(3U, Calls().queries.size());
     EXPECT_EQ(Cube(p, 3.0), Calls().queries.back().corners);
   }
@@ -210,8 +210,8 @@ TEST_F(PointCubes, GrowForMethod3UntilTheyHoldTwoWhateverTheNumber) {
 
 TEST_F(PointCubes, UseWholeStepsOfTheMeanDistance) {
   PointMesh mesh = LooseCells({{0, 0, 0}, {0.1, 0, 0}, {50, 50, 50}, {-50, -50, -50}});
-  Calls().answer = [](const Corners& c) { return c[3] - c[0] >= 2.0 ? List{1, 2, 3} : List(); };
-  const Searched s(mesh, {0.3, 0.2, 0.1}, 1, 3);
+  Calls().answer = [](Corners const& c) { return c[3] - c[0] >= 2.0 ? List{1, 2, 3} : List(); };
+  Searched const s(mesh, {0.3, 0.2, 0.1}, 1, 3);
   ASSERT_FALSE(Calls().queries.empty());
   for (std::size_t k = 0; k < Calls().queries.size(); ++k)
     EXPECT_EQ(Cube({0.3, 0.2, 0.1}, static_cast<double>(k + 1) * s.object.MeanDistance),
@@ -221,10 +221,10 @@ TEST_F(PointCubes, UseWholeStepsOfTheMeanDistance) {
 
 // Nothing is ever found: the answer is that of the first cube that holds all positions.
 TEST_F(PointCubes, StopGrowingOnceTheyCoverEveryEntry) {
-  const Point p{4.25, 0.5, -0.25};
-  for (const int method : {1, 2, 3}) {
+  Point const p{4.25, 0.5, -0.25};
+  for (int const method : {1, 2, 3}) {
     Calls() = TreeCalls();
-    const Searched s(Row(9), p, method, 3);
+    Searched const s(Row(9), p, method, 3);
     ASSERT_LE(5U, Calls().queries.size());
     for (std::size_t k = 0; k < 5; ++k)
       EXPECT_EQ(Cube(p, static_cast<double>(k + 1)), Calls().queries[k].corners);
@@ -235,7 +235,7 @@ TEST_F(PointCubes, StopGrowingOnceTheyCoverEveryEntry) {
 
 TEST_F(PointCubes, StopGrowingWithFewerThanWantedAndGoOnWithThese) {
   AlwaysAnswer({4, 5});
-  const Searched s(Row(9), {4.25, 0, 0}, 1, 20);
+  Searched const s(Row(9), {4.25, 0, 0}, 1, 20);
   EXPECT_EQ((List{4, 5}), s.Stencil(1));
   EXPECT_EQ(5.0, s.Support());
 }
@@ -243,7 +243,7 @@ TEST_F(PointCubes, StopGrowingWithFewerThanWantedAndGoOnWithThese) {
 TEST_F(PointCubes, CoverTheUsableCellsAlone) {
   Array marks(9, kUnusable);
   marks[5] = kUsable;
-  const Searched s(Row(9), marks, {4.25, 0, 0}, 2, 20);
+  Searched const s(Row(9), marks, {4.25, 0, 0}, 2, 20);
   ASSERT_FALSE(Calls().queries.empty());
   EXPECT_EQ(Cube({4.25, 0, 0}, 1.0), Calls().queries.back().corners);
 }
@@ -251,20 +251,20 @@ TEST_F(PointCubes, CoverTheUsableCellsAlone) {
 TEST_F(PointCubes, CoverUsableSymmetryCellsAtTheOriginToo) {
   PointMesh mesh = LooseCells({{5, 0, 0}, {6, 0, 0}});
   mesh.AddSide(mesh.symmetry, 1, {5, 1, 0}, {5, 2, 0});
-  const Searched s(mesh, {5.5, 0, 0}, 1, 20);
+  Searched const s(mesh, {5.5, 0, 0}, 1, 20);
   EXPECT_EQ(Cube({5.5, 0, 0}, 6.0), Calls().queries.back().corners);
 }
 
 TEST_F(PointCubes, WithoutAStepEndWithOneThatCoversEverything) {
-  const PointMesh noInnerFace = LooseCells({{1, 2, 3}}),
+  PointMesh const noInnerFace = LooseCells({{1, 2, 3}}),
                   onePlace = LooseCells({{1, 2, 3}, {1, 2, 3}, {-5, 2, 3}});
-  for (const PointMesh& mesh : {noInnerFace, onePlace}) {
-    for (const int method : {1, 2, 3}) {
+  for (PointMesh const& mesh : {noInnerFace, onePlace}) {
+    for (int const method : {1, 2, 3}) {
       Calls() = TreeCalls();
       AlwaysAnswer({1});
-      const Searched s(mesh, {2, 2.5, 4}, method, 20);
+      Searched const s(mesh, {2, 2.5, 4}, method, 20);
       ASSERT_FALSE(Calls().queries.empty());
-      const Corners& c = Calls().queries.back().corners;
+      Corners const& c = Calls().queries.back().corners;
       for (std::size_t axis = 0; axis < 3; ++axis) {
         EXPECT_LT(c[axis], -1e10);
         EXPECT_GT(c[axis + 3], 1e10);
@@ -279,14 +279,14 @@ TEST_F(PointCubes, WithoutAStepEndWithOneThatCoversEverything) {
 
 // A point a million steps away needs no million searches, and gets the same cube.
 TEST_F(PointCubes, ReachFarPointsInFewSearches) {
-  const Point p{8e6 + 0.5, 0, 0};
-  Calls().answer = [](const Corners& c) {
+  Point const p{8e6 + 0.5, 0, 0};
+  Calls().answer = [](Corners const& c) {
     List ids;
     for (int b = 1; b <= 9; ++b)
       if (b - 1.0 + 1e-6 >= c[0]) ids.push_back(b);
     return ids;
   };
-  const Searched s(Row(9), p, 1, 3);
+  Searched const s(Row(9), p, 1, 3);
   EXPECT_EQ((List{7, 8, 9}), s.Stencil(1));
   EXPECT_EQ(8e6 + 1.0 - 6.0, s.Support());
   EXPECT_LT(Calls().searches, 2000);
@@ -301,21 +301,21 @@ TEST_F(PointOrder, OfMethod1IsThatOfTheTree) {
 
 TEST_F(PointOrder, OfMethod2IsThatOfTheSortWithOnePassFewer) {
   AlwaysAnswer({3, 4, 2});  // distances 2, 3, 1 from cell 1
-  const Searched s(Row(9), {0, 0, 0}, 2, 3);
+  Searched const s(Row(9), {0, 0, 0}, 2, 3);
   EXPECT_EQ((List{3, 2, 4}), s.Stencil(1)) << "2, 1, 3";
   EXPECT_EQ(3.0, s.Support());
 }
 
 TEST_F(PointOrder, OfMethod2KeepsTheFirstOfTheSortedEvenIfTheNearestIsLost) {
   AlwaysAnswer({3, 4, 2});
-  const Searched s(Row(9), {0, 0, 0}, 2, 1);
+  Searched const s(Row(9), {0, 0, 0}, 2, 1);
   EXPECT_EQ((List{3}), s.Stencil(1)) << "the second nearest stands first";
   EXPECT_EQ(2.0, s.Support());
 }
 
 TEST_F(PointOrder, OfTwoAnswersIsNotSorted) {
   AlwaysAnswer({4, 2});
-  const Searched s(Row(9), {0, 0, 0}, 2, 2);
+  Searched const s(Row(9), {0, 0, 0}, 2, 2);
   EXPECT_EQ((List{4, 2}), s.Stencil(1));
   EXPECT_EQ(1.0, s.Support()) << "the distance of the last one, which is the nearer here";
 }
@@ -328,7 +328,7 @@ TEST_F(PointOrder, OfEqualDistancesIsThatOfTheTree) {
 TEST_F(PointOrder, GoesThroughTheIdentitiesToTheCells) {
   AlwaysAnswer({2, 1, 3});
   Array marks = AllUsable(9);
-  for (const int c : {1, 3, 5}) marks[c] = kUnusable;  // identities 1, 2, 3 are cells 2, 4, 6
+  for (int const c : {1, 3, 5}) marks[c] = kUnusable;  // identities 1, 2, 3 are cells 2, 4, 6
   EXPECT_EQ((List{4, 2, 6}), Searched(Row(9), marks, {3, 0, 0}, 1, 3).Stencil(1));
 }
 
@@ -336,10 +336,10 @@ TEST_F(PointOrder, GoesThroughTheIdentitiesToTheCells) {
 struct ManyCells {
   explicit ManyCells(std::uint64_t seed) {
     std::mt19937_64 random(seed);
-    const std::size_t n = 3 + random() % 300;
+    std::size_t const n = 3 + random() % 300;
     std::vector<Point> centres;
     for (std::size_t k = 0; k < n; ++k) {
-      const double distance = 0.25 * static_cast<double>(random() % n);
+      double const distance = 0.25 * static_cast<double>(random() % n);
       centres.push_back({random() % 2 == 0 ? distance : -distance, 0, 0});
       ids.push_back(static_cast<int>(k) + 1);
     }
@@ -347,7 +347,7 @@ struct ManyCells {
     std::shuffle(ids.begin(), ids.end(), random);
     mesh = LooseCells(centres);
     sorted = ids;
-    for (const int id : ids) distances.push_back(std::fabs(mesh.Centre(id).x));
+    for (int const id : ids) distances.push_back(std::fabs(mesh.Centre(id).x));
     PlainPointOperator::SortAllButTheFirstTwo(sorted, distances);
     AlwaysAnswer(ids);
   }
@@ -361,11 +361,11 @@ struct ManyCells {
 // Only the members that are kept need to be brought to their places; they must be those of the whole sort.
 TEST_F(PointOrder, OfMethod2IsThatOfThePlainLoopHoweverManyAreKept) {
   for (std::uint64_t seed = 1; seed <= 60; ++seed) {
-    const ManyCells many(seed);
-    for (const std::size_t number : {1U, 2U, 3U, 7U, 20U, 60U, 150U, 1000U}) {
-      const std::size_t n = std::min(number, many.sorted.size());
-      const Searched s(many.mesh, {0, 0, 0}, 2, static_cast<int>(number));
-      const auto end = many.sorted.begin() + static_cast<std::ptrdiff_t>(n);
+    ManyCells const many(seed);
+    for (std::size_t const number : {1U, 2U, 3U, 7U, 20U, 60U, 150U, 1000U}) {
+      std::size_t const n = std::min(number, many.sorted.size());
+      Searched const s(many.mesh, {0, 0, 0}, 2, static_cast<int>(number));
+      auto const end = many.sorted.begin() + static_cast<std::ptrdiff_t>(n);
       ASSERT_EQ(List(many.sorted.begin(), end), s.Stencil(1)) << "seed " << seed << " number " << number;
       ASSERT_EQ(many.distances[n - 1], s.Support());
     }
@@ -375,9 +375,9 @@ TEST_F(PointOrder, OfMethod2IsThatOfThePlainLoopHoweverManyAreKept) {
 TEST_F(PointSeeds, OfManyInAnyOrderAreThoseOfThePlainLoop) {
   int single = 0;
   for (std::uint64_t seed = 1; seed <= 300; ++seed) {
-    const ManyCells many(seed);
-    const bool two = 1e-6 > many.distances[0] - many.distances[1];
-    const Searched s(many.mesh, {0, 0, 0}, 3, 20);
+    ManyCells const many(seed);
+    bool const two = 1e-6 > many.distances[0] - many.distances[1];
+    Searched const s(many.mesh, {0, 0, 0}, 3, 20);
     ASSERT_EQ(two ? 1 : 0, s.object.m_pIBTwoSeeds[1]);
     ASSERT_EQ(List(many.sorted.begin(), many.sorted.begin() + (two ? 2 : 1)), s.Stencil(1)) << seed;
     ASSERT_EQ(std::max(many.distances[0], many.distances[1]), s.Support());
@@ -389,30 +389,30 @@ TEST_F(PointSeeds, OfManyInAnyOrderAreThoseOfThePlainLoop) {
 // The tree's answer lives until its next search, which is that of the next point.
 TEST_F(PointOrder, SurvivesTheSearchesOfLaterPoints) {
   PointBed bed(Row(9), PlainSettings{500.0, 1, 3});
-  const std::vector<List> answers = {{5, 2, 9}, {1, 2, 3}, {4, 8, 6}};
+  std::vector<List> const answers = {{5, 2, 9}, {1, 2, 3}, {4, 8, 6}};
   std::size_t next = 0;
-  Calls().answer = [&](const Corners&) { return answers[next++]; };
+  Calls().answer = [&](Corners const&) { return answers[next++]; };
   bed.SetUp(AllUsable(9), {{1, 0, 0}, {2, 0, 0}, {3, 0, 0}});
-  for (const int i : {1, 2, 3}) EXPECT_EQ(answers[static_cast<std::size_t>(i - 1)], bed.Stencil(i));
+  for (int const i : {1, 2, 3}) EXPECT_EQ(answers[static_cast<std::size_t>(i - 1)], bed.Stencil(i));
 }
 
 // --------------------------------------------------------------------------------------------------------- seeds
 
 /// The seeds that method 3 takes at the origin when the tree gives cells at the distances `given`, in that order.
 struct Seeds {
-  explicit Seeds(const std::vector<double>& given) {
+  explicit Seeds(std::vector<double> const& given) {
     std::vector<Point> centres;
     List ids;
-    for (const double distance : given) {
+    for (double const distance : given) {
       centres.push_back({distance, 0, 0});
       ids.push_back(static_cast<int>(centres.size()));
     }
     centres.push_back({50, 50, 50});
     AlwaysAnswer(ids);
-    const Searched s(LooseCells(centres), {0, 0, 0}, 3, 20);
+    Searched const s(LooseCells(centres), {0, 0, 0}, 3, 20);
     two = s.object.m_pIBTwoSeeds[1] == 1;
     support = s.Support();
-    for (const int c : s.Stencil(1)) distances.push_back(centres[static_cast<std::size_t>(c - 1)].x);
+    for (int const c : s.Stencil(1)) distances.push_back(centres[static_cast<std::size_t>(c - 1)].x);
   }
 
   bool two;
@@ -423,21 +423,21 @@ struct Seeds {
 using Distances = std::vector<double>;
 
 TEST_F(PointSeeds, OfThreeInOrderAreTheTwoNearest) {
-  const Seeds seeds({1, 2, 3});
+  Seeds const seeds({1, 2, 3});
   EXPECT_TRUE(seeds.two);
   EXPECT_EQ((Distances{1, 2}), seeds.distances);
   EXPECT_EQ(2.0, seeds.support);
 }
 
 TEST_F(PointSeeds, OfThreeWithTheNearestLastIsTheFartherOfTheTwoNearest) {
-  const Seeds seeds({2, 3, 1});
+  Seeds const seeds({2, 3, 1});
   EXPECT_FALSE(seeds.two);
   EXPECT_EQ((Distances{2}), seeds.distances);
   EXPECT_EQ(2.0, seeds.support);
 }
 
 TEST_F(PointSeeds, OfTwoInOrderAreBoth) {
-  const Seeds seeds({1, 2});
+  Seeds const seeds({1, 2});
   EXPECT_TRUE(seeds.two);
   EXPECT_EQ((Distances{1, 2}), seeds.distances);
   EXPECT_EQ(2.0, seeds.support);
@@ -445,7 +445,7 @@ TEST_F(PointSeeds, OfTwoInOrderAreBoth) {
 
 // Two are not sorted, so the tree's order decides.
 TEST_F(PointSeeds, OfTwoWithTheFartherFirstIsTheFartherAlone) {
-  const Seeds seeds({2, 1});
+  Seeds const seeds({2, 1});
   EXPECT_FALSE(seeds.two);
   EXPECT_EQ((Distances{2}), seeds.distances);
   EXPECT_EQ(2.0, seeds.support);
@@ -453,9 +453,9 @@ TEST_F(PointSeeds, OfTwoWithTheFartherFirstIsTheFartherAlone) {
 
 TEST_F(PointSeeds, AtOneDistanceAreBothInTheOrderOfTheTree) {
   PointMesh mesh = LooseCells({{1, 0, 0}, {-1, 0, 0}, {0, 50, 0}});
-  for (const List& ids : {List{1, 2}, List{2, 1}}) {
+  for (List const& ids : {List{1, 2}, List{2, 1}}) {
     AlwaysAnswer(ids);
-    const Searched s(mesh, {0, 0, 0}, 3, 20);
+    Searched const s(mesh, {0, 0, 0}, 3, 20);
     EXPECT_EQ(1, s.object.m_pIBTwoSeeds[1]);
     EXPECT_EQ(ids, s.Stencil(1));
     EXPECT_EQ(1.0, s.Support());
@@ -493,19 +493,19 @@ TEST_F(PointSeeds, BringTheCellsOfTheirNodesInTheOrderOfTheSeeds) {
   mesh.NodeCells(1) = {4, 1};
   mesh.NodeCells(2) = {2, 3, 1};
   mesh.NodeCells(3) = {4, 2, 3};
-  const auto nodesOf = [](const Searched& s) {
-    const int* const row = s.object.m_ppIBNodeConn[1];
+  auto const nodesOf = [](Searched const& s) {
+    int const* const row = s.object.m_ppIBNodeConn[1];
     return List(row + 1, row + 1 + row[0]);
   };
   AlwaysAnswer({1, 2});
-  const Searched nearFirst(mesh, {0.4, 0, 0}, 3, 20);
+  Searched const nearFirst(mesh, {0.4, 0, 0}, 3, 20);
   EXPECT_EQ((List{1, 2, 3, 4}), nearFirst.Stencil(1));
   EXPECT_EQ((List{2, 1, 3}), nodesOf(nearFirst));
   AlwaysAnswer({2, 1});
-  const Searched halfway(mesh, {0.5, 0, 0}, 3, 20);
+  Searched const halfway(mesh, {0.5, 0, 0}, 3, 20);
   EXPECT_EQ((List{2, 1, 4, 3}), halfway.Stencil(1));
   EXPECT_EQ((List{3, 2, 1}), nodesOf(halfway));
-  const Searched farFirst(mesh, {0.4, 0, 0}, 3, 20);
+  Searched const farFirst(mesh, {0.4, 0, 0}, 3, 20);
   EXPECT_EQ((List{2, 4, 3, 1}), farFirst.Stencil(1)) << "the farther is the only seed";
   EXPECT_EQ((List{3, 2}), nodesOf(farFirst));
 }

@@ -18,7 +18,7 @@ using reference_host::GroupFromWord;
 using reference_host::NameOfGroup;
 using reference_host::Patch;
 
-const std::vector<BoundaryGroup> kAll = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Symmetry,
+std::vector<BoundaryGroup> const kAll = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Symmetry,
                                          BoundaryGroup::Wall};
 
 TEST(BoundaryGroups, FindsTheGroupThatANameBeginsWith) {
@@ -31,7 +31,7 @@ TEST(BoundaryGroups, FindsTheGroupThatANameBeginsWith) {
 }
 
 TEST(BoundaryGroups, FindsNoGroupInOtherNames) {
-  for (const char* const name : {"", "wal", "the_wall", "unnamed", "surface_7", "in let", "symm"}) {
+  for (char const* const name : {"", "wal", "the_wall", "unnamed", "surface_7", "in let", "symm"}) {
     EXPECT_EQ(GroupByName(name, ""), std::nullopt) << name;
   }
 }
@@ -46,13 +46,13 @@ TEST(BoundaryGroups, PrefersTheTypeOfAPatchToItsName) {
 }
 
 TEST(BoundaryGroups, KnowsTheTypesOfCgnsConditions) {
-  for (const char* const type : {"BCWall", "BCWallViscousHeatFlux", "BCWallInviscid"}) {
+  for (char const* const type : {"BCWall", "BCWallViscousHeatFlux", "BCWallInviscid"}) {
     EXPECT_EQ(GroupByName("hull", type), BoundaryGroup::Wall) << type;
   }
-  for (const char* const type : {"BCInflow", "BCInflowSubsonic", "BCTunnelInflow"}) {
+  for (char const* const type : {"BCInflow", "BCInflowSubsonic", "BCTunnelInflow"}) {
     EXPECT_EQ(GroupByName("hull", type), BoundaryGroup::Inlet) << type;
   }
-  for (const char* const type : {"BCOutflow", "BCOutflowSupersonic", "BCTunnelOutflow"}) {
+  for (char const* const type : {"BCOutflow", "BCOutflowSupersonic", "BCTunnelOutflow"}) {
     EXPECT_EQ(GroupByName("hull", type), BoundaryGroup::Outlet) << type;
   }
   EXPECT_EQ(GroupByName("hull", "BCSymmetryPlane"), BoundaryGroup::Symmetry);
@@ -61,14 +61,14 @@ TEST(BoundaryGroups, KnowsTheTypesOfCgnsConditions) {
 }
 
 TEST(BoundaryGroups, LeavesPatchesThatAreNoBoundaryToTheUser) {
-  for (const char* const type :
+  for (char const* const type :
        {"empty", "wedge", "cyclic", "cyclicAMI", "processor", "processorCyclic", "Empty"}) {
     EXPECT_EQ(GroupByName("wall", type), std::nullopt) << type;
   }
 }
 
 TEST(BoundaryGroups, NamesAndWordsAreInverse) {
-  for (const BoundaryGroup group : kAll) EXPECT_EQ(GroupFromWord(NameOfGroup(group)), group);
+  for (BoundaryGroup const group : kAll) EXPECT_EQ(GroupFromWord(NameOfGroup(group)), group);
   EXPECT_EQ(GroupFromWord("Wall"), BoundaryGroup::Wall);
   EXPECT_EQ(GroupFromWord("walls"), std::nullopt);
   EXPECT_EQ(GroupFromWord(""), std::nullopt);
@@ -112,13 +112,13 @@ TEST(BoundaryGroups, NamesTheMeshAndTheFirstOfManyPatches) {
   std::vector<Patch> patches;
   for (int p = 0; p < 5000; ++p) patches.push_back({"part" + std::to_string(p), "", {}});
   patches[0].name = std::string(100000, 'n');
-  const std::string what =
+  std::string const what =
       MeshErrorOf([&] { AssignBoundaryGroups(patches, std::vector<std::int64_t>(5000, 1), {}, "a.msh"); });
   EXPECT_EQ(what.rfind("a.msh: boundary faces without a group: 'nnn", 0), 0U) << what;
   ExpectContains(what, "nnn...' (1 face), 'part1' (1 face), ");
   ExpectContains(what, "'part9' (1 face) and 4990 more; map each name");
   EXPECT_LT(what.size(), 500U);
-  const std::string unknown = MeshErrorOf([&] {
+  std::string const unknown = MeshErrorOf([&] {
     AssignBoundaryGroups(patches, std::vector<std::int64_t>(5000, 1), {{"top", BoundaryGroup::Wall}},
                          "a.msh");
   });

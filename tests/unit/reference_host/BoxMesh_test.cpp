@@ -19,7 +19,7 @@
 namespace reference_host {
 namespace {
 
-const std::vector<std::string> kSpecs = {"box:1,1,1",
+std::vector<std::string> const kSpecs = {"box:1,1,1",
                                          "box:1,1,1:tet",
                                          "box:1,1,1:prism",
                                          "box:4,3,2",
@@ -36,16 +36,16 @@ const std::vector<std::string> kSpecs = {"box:1,1,1",
                                          "box:1,1,1:dual",
                                          "box:3,3,3:dual:perturb=0.2,seed=2"};
 
-std::string ErrorOf(const std::string& text) {
+std::string ErrorOf(std::string const& text) {
   try {
     ParseBoxSpec(text);
-  } catch (const MeshError& error) {
+  } catch (MeshError const& error) {
     return error.what();
   }
   return "";
 }
 
-void ExpectSamePatches(const std::vector<Patch>& a, const std::vector<Patch>& b) {
+void ExpectSamePatches(std::vector<Patch> const& a, std::vector<Patch> const& b) {
   ASSERT_EQ(a.size(), b.size());
   for (std::size_t p = 0; p < a.size(); ++p) {
     EXPECT_EQ(a[p].name, b[p].name);
@@ -54,7 +54,7 @@ void ExpectSamePatches(const std::vector<Patch>& a, const std::vector<Patch>& b)
   }
 }
 
-void ExpectSamePart(const MeshPart& a, const MeshPart& b) {
+void ExpectSamePart(MeshPart const& a, MeshPart const& b) {
   EXPECT_EQ(a.part, b.part);
   EXPECT_EQ(a.nParts, b.nParts);
   EXPECT_EQ(a.points, b.points);
@@ -72,19 +72,19 @@ void ExpectSamePart(const MeshPart& a, const MeshPart& b) {
   ExpectSamePatches(a.patches, b.patches);
 }
 
-int CubesOf(const BoxSpec& spec) { return spec.nx * spec.ny * spec.nz; }
+int CubesOf(BoxSpec const& spec) { return spec.nx * spec.ny * spec.nz; }
 
 }  // namespace
 
 TEST(BoxMesh, ReadsCountsShapeAndPerturbation) {
-  const BoxSpec plain = ParseBoxSpec("box:4,3,2");
+  BoxSpec const plain = ParseBoxSpec("box:4,3,2");
   EXPECT_EQ(plain.nx, 4);
   EXPECT_EQ(plain.ny, 3);
   EXPECT_EQ(plain.nz, 2);
   EXPECT_EQ(plain.shape, BoxSpec::Shape::Hex);
   EXPECT_EQ(plain.perturb, 0.0);
 
-  const BoxSpec full = ParseBoxSpec("box:10,20,30:tet:perturb=0.25,seed=42");
+  BoxSpec const full = ParseBoxSpec("box:10,20,30:tet:perturb=0.25,seed=42");
   EXPECT_EQ(full.shape, BoxSpec::Shape::Tet);
   EXPECT_EQ(full.perturb, 0.25);
   EXPECT_EQ(full.seed, 42u);
@@ -101,7 +101,7 @@ TEST(BoxMesh, ReadsCountsShapeAndPerturbation) {
 }
 
 TEST(BoxMesh, RefusesMalformedTextNamingThePiece) {
-  const std::vector<std::pair<std::string, std::string>> wrong = {
+  std::vector<std::pair<std::string, std::string>> const wrong = {
       {"cube:1,1,1", "box:NX,NY,NZ"},
       {"box:", "three cell counts"},
       {"box:4,4", "\"4,4\""},
@@ -129,8 +129,8 @@ TEST(BoxMesh, RefusesMalformedTextNamingThePiece) {
        "unknown option \"scale=2\", there are perturb=A, seed=S, stretch=F and skew=W"},
       {"box:4,3,2:hex:perturb=0.1:more", "\"more\""},
       {"box:4,3,2:perturb=0.1:hex", "\"hex\""}};
-  for (const auto& [text, piece] : wrong) {
-    const std::string error = ErrorOf(text);
+  for (auto const& [text, piece] : wrong) {
+    std::string const error = ErrorOf(text);
     EXPECT_EQ(error.find(text), 0u) << error;
     EXPECT_NE(error.find(piece), std::string::npos) << error;
     EXPECT_EQ(error.find('\n'), std::string::npos);
@@ -147,13 +147,13 @@ TEST(BoxMesh, RefusesBoxesThatA32BitNumberCannotCount) {
 
 TEST(BoxMesh, CountsCellsFacesAndNodesAsTheShapesDemand) {
   // A cube of n^3 cubes: nodes (n+1)^3; a quadrilateral between or on cubes: 3 n^2 (n+1).
-  const int n = 3, nodes = 64, quadrilaterals = 3 * n * n * (n + 1), cubes = n * n * n;
-  const std::map<std::string, std::pair<int, int>> expected = {
+  int const n = 3, nodes = 64, quadrilaterals = 3 * n * n * (n + 1), cubes = n * n * n;
+  std::map<std::string, std::pair<int, int>> const expected = {
       {"hex", {cubes, quadrilaterals}},
       {"tet", {6 * cubes, 6 * cubes + 2 * quadrilaterals}},
       {"prism", {2 * cubes, cubes + quadrilaterals + n * n * (n + 1)}}};
-  for (const auto& [shape, counts] : expected) {
-    const FaceMesh mesh = MakeBox(ParseBoxSpec("box:3,3,3:" + shape));
+  for (auto const& [shape, counts] : expected) {
+    FaceMesh const mesh = MakeBox(ParseBoxSpec("box:3,3,3:" + shape));
     EXPECT_EQ(mesh.points.size(), static_cast<std::size_t>(nodes));
     EXPECT_EQ(mesh.nCells, counts.first);
     EXPECT_EQ(mesh.nFaces(), counts.second);
@@ -161,14 +161,14 @@ TEST(BoxMesh, CountsCellsFacesAndNodesAsTheShapesDemand) {
 }
 
 TEST(BoxMesh, CellsAreClosedAndOfEqualPositiveVolume) {
-  for (const std::string& text : kSpecs) {
-    const BoxSpec spec = ParseBoxSpec(text);
-    const FaceMesh mesh = MakeBox(spec);
-    const CellGeometry cells = ComputeCellGeometry(mesh, mesh.nCells);
-    const double edge = 1.0 / std::max({spec.nx, spec.ny, spec.nz});
-    const double total = edge * edge * edge * CubesOf(spec);
+  for (std::string const& text : kSpecs) {
+    BoxSpec const spec = ParseBoxSpec(text);
+    FaceMesh const mesh = MakeBox(spec);
+    CellGeometry const cells = ComputeCellGeometry(mesh, mesh.nCells);
+    double const edge = 1.0 / std::max({spec.nx, spec.ny, spec.nz});
+    double const total = edge * edge * edge * CubesOf(spec);
     EXPECT_NEAR(std::accumulate(cells.volume.begin(), cells.volume.end(), 0.0), total, 1e-14) << text;
-    for (const double volume : cells.volume) {
+    for (double const volume : cells.volume) {
       EXPECT_GT(volume, 0.0) << text;
       if (spec.perturb == 0.0 && spec.stretch == 1.0 && spec.shape != BoxSpec::Shape::Dual) {
         EXPECT_NEAR(volume, total / mesh.nCells, 1e-15) << text;
@@ -177,26 +177,26 @@ TEST(BoxMesh, CellsAreClosedAndOfEqualPositiveVolume) {
 
     std::vector<Point> sum(static_cast<std::size_t>(mesh.nCells), Point{});
     for (int f = 0; f < mesh.nFaces(); ++f) {
-      const auto begin = mesh.faceStart[static_cast<std::size_t>(f)];
-      const auto end = mesh.faceStart[static_cast<std::size_t>(f) + 1];
-      const Point area =
+      auto const begin = mesh.faceStart[static_cast<std::size_t>(f)];
+      auto const end = mesh.faceStart[static_cast<std::size_t>(f) + 1];
+      Point const area =
           ComputeFaceGeometry(mesh.points, mesh.faceNode.data() + begin, static_cast<int>(end - begin)).area;
-      const int owner = mesh.owner[static_cast<std::size_t>(f)],
+      int const owner = mesh.owner[static_cast<std::size_t>(f)],
                 other = mesh.neighbour[static_cast<std::size_t>(f)];
       for (std::size_t d = 0; d < 3; ++d) {
         sum[static_cast<std::size_t>(owner)][d] += area[d];
         if (other >= 0) sum[static_cast<std::size_t>(other)][d] -= area[d];
       }
     }
-    for (const Point& s : sum) {
-      for (const double component : s) EXPECT_NEAR(component, 0.0, 1e-15) << text;
+    for (Point const& s : sum) {
+      for (double const component : s) EXPECT_NEAR(component, 0.0, 1e-15) << text;
     }
   }
 }
 
 TEST(BoxMesh, FacesAscendByOwnerAndJoinEachPairOfCellsOnce) {
-  for (const std::string& text : kSpecs) {
-    const FaceMesh mesh = MakeBox(ParseBoxSpec(text));
+  for (std::string const& text : kSpecs) {
+    FaceMesh const mesh = MakeBox(ParseBoxSpec(text));
     EXPECT_TRUE(std::is_sorted(mesh.owner.begin(), mesh.owner.end())) << text;
     std::set<std::pair<int, int>> pairs;
     for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
@@ -209,18 +209,18 @@ TEST(BoxMesh, FacesAscendByOwnerAndJoinEachPairOfCellsOnce) {
 }
 
 TEST(BoxMesh, BoundaryFacesLieOnThePlaneOfTheirPatch) {
-  const std::map<std::string, std::pair<std::size_t, double>> planes = {
+  std::map<std::string, std::pair<std::size_t, double>> const planes = {
       {"inlet", {0, 0.0}},      {"outlet", {0, 1.0}},    {"wall_ymin", {1, 0.0}},
       {"wall_ymax", {1, 0.75}}, {"wall_zmin", {2, 0.0}}, {"wall_zmax", {2, 0.5}}};
-  for (const std::string shape : {"hex", "tet", "prism", "dual"}) {
-    const FaceMesh mesh =
+  for (std::string const shape : {"hex", "tet", "prism", "dual"}) {
+    FaceMesh const mesh =
         MakeBox(ParseBoxSpec("box:4,3,2:" + shape + ":perturb=0.2,seed=3,stretch=4,skew=0.05"));
     std::set<std::string> seen;
     for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
       if (mesh.facePatch[f] < 0) continue;
-      const std::string& name = mesh.patches[static_cast<std::size_t>(mesh.facePatch[f])].name;
+      std::string const& name = mesh.patches[static_cast<std::size_t>(mesh.facePatch[f])].name;
       seen.insert(name);
-      const auto [direction, place] = planes.at(name);
+      auto const [direction, place] = planes.at(name);
       for (std::size_t i = mesh.faceStart[f]; i < mesh.faceStart[f + 1]; ++i) {
         EXPECT_EQ(mesh.points[static_cast<std::size_t>(mesh.faceNode[i])][direction], place);
       }
@@ -230,17 +230,17 @@ TEST(BoxMesh, BoundaryFacesLieOnThePlaneOfTheirPatch) {
 }
 
 TEST(BoxMesh, PerturbationMovesInteriorNodesAloneAndWithinItsBound) {
-  const double edge = 0.25, amount = 0.4;
-  const FaceMesh plain = MakeBox(ParseBoxSpec("box:4,4,4"));
-  const FaceMesh moved = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=9"));
-  const FaceMesh again = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=9"));
-  const FaceMesh other = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=10"));
+  double const edge = 0.25, amount = 0.4;
+  FaceMesh const plain = MakeBox(ParseBoxSpec("box:4,4,4"));
+  FaceMesh const moved = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=9"));
+  FaceMesh const again = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=9"));
+  FaceMesh const other = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=10"));
   EXPECT_EQ(moved.points, again.points);
   EXPECT_NE(moved.points, other.points);
   double largest = 0.0;
   for (std::size_t p = 0; p < plain.points.size(); ++p) {
-    const Point& at = plain.points[p];
-    const bool surface = std::any_of(at.begin(), at.end(), [](double x) { return x == 0.0 || x == 1.0; });
+    Point const& at = plain.points[p];
+    bool const surface = std::any_of(at.begin(), at.end(), [](double x) { return x == 0.0 || x == 1.0; });
     EXPECT_EQ(plain.points[p] == moved.points[p], surface);
     for (std::size_t d = 0; d < 3; ++d)
       largest = std::max(largest, std::abs(moved.points[p][d] - at[d]) / edge);
@@ -250,20 +250,20 @@ TEST(BoxMesh, PerturbationMovesInteriorNodesAloneAndWithinItsBound) {
 }
 
 TEST(BoxMesh, NodeCountIsThatOfTheBox) {
-  for (const std::string& text : kSpecs) {
-    const BoxSpec spec = ParseBoxSpec(text);
+  for (std::string const& text : kSpecs) {
+    BoxSpec const spec = ParseBoxSpec(text);
     EXPECT_EQ(static_cast<std::size_t>(BoxNodeCount(spec)), MakeBox(spec).points.size()) << text;
   }
 }
 
 TEST(BoxMesh, PartsEqualTheSplitWholeBox) {
-  for (const std::string& text : kSpecs) {
-    const BoxSpec spec = ParseBoxSpec(text);
-    const FaceMesh mesh = MakeBox(spec);
-    for (const int nParts : {1, 2, 3, 4, 5, 7, 8, 23, 24, 27}) {
+  for (std::string const& text : kSpecs) {
+    BoxSpec const spec = ParseBoxSpec(text);
+    FaceMesh const mesh = MakeBox(spec);
+    for (int const nParts : {1, 2, 3, 4, 5, 7, 8, 23, 24, 27}) {
       if (nParts > CubesOf(spec)) continue;
       SCOPED_TRACE(text + " in " + std::to_string(nParts));
-      const std::vector<MeshPart> expected = SplitMesh(mesh, BoxPartOfCell(spec, nParts), nParts);
+      std::vector<MeshPart> const expected = SplitMesh(mesh, BoxPartOfCell(spec, nParts), nParts);
       for (int part = 0; part < nParts; ++part) {
         ExpectSamePart(MakeBoxPart(spec, part, nParts), expected[static_cast<std::size_t>(part)]);
       }
@@ -272,23 +272,23 @@ TEST(BoxMesh, PartsEqualTheSplitWholeBox) {
 }
 
 TEST(BoxMesh, EveryPartHasCellsUpToOnePartPerCube) {
-  for (const std::string text : {"box:2,2,2", "box:5,3,1", "box:1,1,7", "box:3,4,5"}) {
-    const BoxSpec spec = ParseBoxSpec(text);
+  for (std::string const text : {"box:2,2,2", "box:5,3,1", "box:1,1,7", "box:3,4,5"}) {
+    BoxSpec const spec = ParseBoxSpec(text);
     for (int nParts = 1; nParts <= CubesOf(spec); ++nParts) {
-      const std::vector<int> partOfCell = BoxPartOfCell(spec, nParts);
+      std::vector<int> const partOfCell = BoxPartOfCell(spec, nParts);
       std::vector<int> cells(static_cast<std::size_t>(nParts), 0);
-      for (const int part : partOfCell) ++cells.at(static_cast<std::size_t>(part));
+      for (int const part : partOfCell) ++cells.at(static_cast<std::size_t>(part));
       EXPECT_GE(*std::min_element(cells.begin(), cells.end()), 1) << text << " in " << nParts;
     }
   }
 }
 
 TEST(BoxMesh, PartsAreBalancedBlocks) {
-  const BoxSpec spec = ParseBoxSpec("box:20,20,20");
-  for (const int nParts : {2, 3, 4, 5, 6, 7, 8, 12, 16}) {
+  BoxSpec const spec = ParseBoxSpec("box:20,20,20");
+  for (int const nParts : {2, 3, 4, 5, 6, 7, 8, 12, 16}) {
     std::vector<int> cells(static_cast<std::size_t>(nParts), 0);
-    for (const int part : BoxPartOfCell(spec, nParts)) ++cells[static_cast<std::size_t>(part)];
-    const double mean = 8000.0 / nParts;
+    for (int const part : BoxPartOfCell(spec, nParts)) ++cells[static_cast<std::size_t>(part)];
+    double const mean = 8000.0 / nParts;
     EXPECT_LE(*std::max_element(cells.begin(), cells.end()), 1.25 * mean) << nParts;
   }
   // Eight parts of a cube are its octants.
@@ -296,7 +296,7 @@ TEST(BoxMesh, PartsAreBalancedBlocks) {
 }
 
 TEST(BoxMesh, RefusesMorePartsThanCubes) {
-  const BoxSpec spec = ParseBoxSpec("box:2,1,1:tet");
+  BoxSpec const spec = ParseBoxSpec("box:2,1,1:tet");
   EXPECT_NO_THROW(MakeBoxPart(spec, 0, 2));
   EXPECT_THROW(MakeBoxPart(spec, 0, 3), MeshError);
   EXPECT_THROW(BoxPartOfCell(spec, 3), MeshError);

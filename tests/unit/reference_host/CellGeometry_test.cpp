@@ -13,56 +13,56 @@ namespace {
 
 using namespace test_meshes;
 
-void ExpectPoint(const Point& found, const Point& expected, double tolerance) {
+void ExpectPoint(Point const& found, Point const& expected, double tolerance) {
   for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(found[i], expected[i], tolerance) << "direction " << i;
 }
 
-double TotalVolume(const FaceMesh& mesh) {
+double TotalVolume(FaceMesh const& mesh) {
   double sum = 0;
-  for (const double v : ComputeCellGeometry(mesh, mesh.nCells).volume) sum += v;
+  for (double const v : ComputeCellGeometry(mesh, mesh.nCells).volume) sum += v;
   return sum;
 }
 
 /// Volume inside the boundary faces: sum of S . apex / 3, apexes seen from a point nearby.
-double VolumeInsideBoundary(const FaceMesh& mesh, const Point& origin) {
-  const FaceTable faces(mesh);
+double VolumeInsideBoundary(FaceMesh const& mesh, Point const& origin) {
+  FaceTable const faces(mesh);
   double sum = 0;
   for (int f = 0; f < faces.nFaces(); ++f) {
     if (faces.Neighbour(f) >= 0) continue;
-    const FaceFan fan = ComputeFaceFan(faces.points, faces.Nodes(f), faces.NodeCount(f));
+    FaceFan const fan = ComputeFaceFan(faces.points, faces.Nodes(f), faces.NodeCount(f));
     sum += Dot(fan.area, Difference(fan.apex, origin)) / 3;
   }
   return sum;
 }
 
 TEST(CellGeometry, UnitCubeHasVolumeOneAndItsCentreInTheMiddle) {
-  const CellGeometry cells = ComputeCellGeometry(HexBox(1, 1, 1), 1);
+  CellGeometry const cells = ComputeCellGeometry(HexBox(1, 1, 1), 1);
   EXPECT_EQ(cells.volume[0], 1.0);
   ExpectPoint(cells.centre[0], {0.5, 0.5, 0.5}, 1e-16);
 }
 
 TEST(CellGeometry, TetrahedronHasTheMeanOfItsCorners) {
   Builder builder;
-  for (const Point& p : {Point{0, 0, 0}, Point{3, 0, 0}, Point{0, 6, 0}, Point{1, 2, 4}}) builder.AddPoint(p);
+  for (Point const& p : {Point{0, 0, 0}, Point{3, 0, 0}, Point{0, 6, 0}, Point{1, 2, 4}}) builder.AddPoint(p);
   builder.AddCell(Tet(0, 1, 2, 3));
-  const CellGeometry cells = ComputeCellGeometry(builder.Finish(), 1);
+  CellGeometry const cells = ComputeCellGeometry(builder.Finish(), 1);
   EXPECT_NEAR(cells.volume[0], 12, 1e-14);
   ExpectPoint(cells.centre[0], {1, 2, 1}, 1e-15);
 }
 
 TEST(CellGeometry, PyramidHasItsCentreAtAQuarterOfItsHeight) {
   Builder builder;
-  for (const Point& p : {Point{0, 0, 0}, Point{2, 0, 0}, Point{2, 2, 0}, Point{0, 2, 0}, Point{1, 1, 3}}) {
+  for (Point const& p : {Point{0, 0, 0}, Point{2, 0, 0}, Point{2, 2, 0}, Point{0, 2, 0}, Point{1, 1, 3}}) {
     builder.AddPoint(p);
   }
   builder.AddCell(Pyramid({0, 1, 2, 3}, 4));
-  const CellGeometry cells = ComputeCellGeometry(builder.Finish(), 1);
+  CellGeometry const cells = ComputeCellGeometry(builder.Finish(), 1);
   EXPECT_NEAR(cells.volume[0], 4, 1e-15);
   ExpectPoint(cells.centre[0], {1, 1, 0.75}, 1e-15);
 }
 
 TEST(CellGeometry, CastellatedCellHasTheGeometryOfItsBox) {
-  const CellGeometry cells = ComputeCellGeometry(PolyBox(1), 9);
+  CellGeometry const cells = ComputeCellGeometry(PolyBox(1), 9);
   EXPECT_NEAR(cells.volume[0], 0.5, 4e-16);  // a few roundings: fifths and ninths are not binary
   ExpectPoint(cells.centre[0], {0.25, 0.5, 0.5}, 4e-16);
 }
@@ -70,8 +70,8 @@ TEST(CellGeometry, CastellatedCellHasTheGeometryOfItsBox) {
 TEST(CellGeometry, WarpedFaceSharesOutVolumeAndMomentExactly) {
   // A cube with one warped inner face in the middle: whatever the cells look like, their volumes add up to
   // that of the cube and their moments to the moment of the cube.
-  const FaceMesh mesh = Perturbed(HexBox(3, 3, 3), 0.12);
-  const CellGeometry cells = ComputeCellGeometry(mesh, mesh.nCells);
+  FaceMesh const mesh = Perturbed(HexBox(3, 3, 3), 0.12);
+  CellGeometry const cells = ComputeCellGeometry(mesh, mesh.nCells);
   double volume = 0;
   Point moment = {0, 0, 0};
   for (int c = 0; c < mesh.nCells; ++c) {
@@ -83,17 +83,17 @@ TEST(CellGeometry, WarpedFaceSharesOutVolumeAndMomentExactly) {
 }
 
 TEST(CellGeometry, EveryCellIsClosedOnEveryKindOfMesh) {
-  for (const auto& [name, plain] : AllMeshes()) {
+  for (auto const& [name, plain] : AllMeshes()) {
     SCOPED_TRACE(name);
-    for (const double shift : {0.0, 1000.0}) {
-      const FaceMesh mesh = Shifted(plain, shift);
-      const FaceTable faces(mesh);
+    for (double const shift : {0.0, 1000.0}) {
+      FaceMesh const mesh = Shifted(plain, shift);
+      FaceTable const faces(mesh);
       std::vector<Point> sum(mesh.nCells, Point{0, 0, 0});
       std::vector<double> size(mesh.nCells, 0);
       for (int f = 0; f < mesh.nFaces(); ++f) {
-        const Point area = ComputeFaceGeometry(mesh.points, faces.Nodes(f), faces.NodeCount(f)).area;
-        for (const int side : {0, 1}) {
-          const int c = side == 0 ? mesh.owner[f] : mesh.neighbour[f];
+        Point const area = ComputeFaceGeometry(mesh.points, faces.Nodes(f), faces.NodeCount(f)).area;
+        for (int const side : {0, 1}) {
+          int const c = side == 0 ? mesh.owner[f] : mesh.neighbour[f];
           if (c < 0) continue;
           sum[c] = Sum(sum[c], Scaled(side == 0 ? 1 : -1, area));
           size[c] += Length(area);
@@ -107,18 +107,18 @@ TEST(CellGeometry, EveryCellIsClosedOnEveryKindOfMesh) {
 }
 
 TEST(CellGeometry, VolumesArePositiveAndAddUpOnEveryKindOfMesh) {
-  for (const auto& [name, mesh] : AllMeshes()) {
+  for (auto const& [name, mesh] : AllMeshes()) {
     SCOPED_TRACE(name);
-    const CellGeometry cells = ComputeCellGeometry(mesh, mesh.nCells);
+    CellGeometry const cells = ComputeCellGeometry(mesh, mesh.nCells);
     EXPECT_GT(*std::min_element(cells.volume.begin(), cells.volume.end()), 0);
     EXPECT_NEAR(TotalVolume(mesh), 1, 4e-15);
   }
 }
 
 TEST(CellGeometry, VolumesAddUpWithAWarpedSurfaceFarFromTheOrigin) {
-  for (const auto& [name, plain] : AllMeshes()) {
+  for (auto const& [name, plain] : AllMeshes()) {
     SCOPED_TRACE(name);
-    const FaceMesh mesh = Shifted(Perturbed(plain, 0.02, true), 1000);
+    FaceMesh const mesh = Shifted(Perturbed(plain, 0.02, true), 1000);
     // Apexes and tops are rounded to 1e-13, but the inner ones cancel. What is left are the tops of cells
     // that are closed to 1e-16 only, and the rounded apexes of the surface in both sums alike.
     EXPECT_NEAR(TotalVolume(mesh), VolumeInsideBoundary(mesh, {1000.5, 1000.5, 1000.5}), 1e-14);
@@ -126,11 +126,11 @@ TEST(CellGeometry, VolumesAddUpWithAWarpedSurfaceFarFromTheOrigin) {
 }
 
 TEST(CellGeometry, CentresMoveWithAShiftedMesh) {
-  for (const auto& [name, mesh] : AllMeshes()) {
+  for (auto const& [name, mesh] : AllMeshes()) {
     SCOPED_TRACE(name);
-    const FaceMesh shifted = Shifted(mesh, 1024);
-    const CellGeometry near = ComputeCellGeometry(mesh, mesh.nCells);
-    const CellGeometry far = ComputeCellGeometry(shifted, mesh.nCells);
+    FaceMesh const shifted = Shifted(mesh, 1024);
+    CellGeometry const near = ComputeCellGeometry(mesh, mesh.nCells);
+    CellGeometry const far = ComputeCellGeometry(shifted, mesh.nCells);
     for (int c = 0; c < mesh.nCells; ++c) {
       // The shifted nodes are rounded to 1.1e-13; a centre may feel a few of them.
       ExpectPoint(Difference(far.centre[c], {1024, 1024, 1024}), near.centre[c], 1e-12);
@@ -139,9 +139,9 @@ TEST(CellGeometry, CentresMoveWithAShiftedMesh) {
 }
 
 TEST(CellGeometry, ComputesTheFirstCellsAloneAsInTheWhole) {
-  const FaceMesh mesh = Perturbed(HexBox(3, 2, 2), 0.05);
-  const CellGeometry all = ComputeCellGeometry(mesh, mesh.nCells);
-  const CellGeometry some = ComputeCellGeometry(mesh, 5);
+  FaceMesh const mesh = Perturbed(HexBox(3, 2, 2), 0.05);
+  CellGeometry const all = ComputeCellGeometry(mesh, mesh.nCells);
+  CellGeometry const some = ComputeCellGeometry(mesh, 5);
   ASSERT_EQ(some.volume.size(), 5u);
   for (int c = 0; c < 5; ++c) {
     EXPECT_EQ(some.volume[c], all.volume[c]);
@@ -155,13 +155,13 @@ TEST(CellGeometry, TurnedCellHasNegativeVolume) {
     std::reverse(mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f]),
                  mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]));
   }
-  const CellGeometry cells = ComputeCellGeometry(mesh, 1);
+  CellGeometry const cells = ComputeCellGeometry(mesh, 1);
   EXPECT_EQ(cells.volume[0], -1.0);
   ExpectPoint(cells.centre[0], {0.5, 0.5, 0.5}, 0);
 }
 
 TEST(CellGeometry, NoCellsGiveNothing) {
-  const CellGeometry cells = ComputeCellGeometry(FaceMesh(), 0);
+  CellGeometry const cells = ComputeCellGeometry(FaceMesh(), 0);
   EXPECT_TRUE(cells.volume.empty());
   EXPECT_TRUE(cells.centre.empty());
 }

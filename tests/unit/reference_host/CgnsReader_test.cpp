@@ -38,25 +38,25 @@ using Numbers = std::vector<cgsize_t>;
 using Describe = std::function<void(CgnsTestFile&)>;
 
 /// Writes a file as told and reads it back.
-FaceMesh WrittenAndRead(const Describe& describe) {
-  const TemporaryFolder folder;
-  const std::string name = folder.Path() + "/mesh.cgns";
+FaceMesh WrittenAndRead(Describe const& describe) {
+  TemporaryFolder const folder;
+  std::string const name = folder.Path() + "/mesh.cgns";
   describe(*std::make_unique<CgnsTestFile>(name));
   return ReadMesh(name);
 }
 
 /// What the reader says about such a file, behind the file's name.
-std::string Refusal(const Describe& describe) {
-  const TemporaryFolder folder;
-  const std::string name = folder.Path() + "/mesh.cgns";
+std::string Refusal(Describe const& describe) {
+  TemporaryFolder const folder;
+  std::string const name = folder.Path() + "/mesh.cgns";
   describe(*std::make_unique<CgnsTestFile>(name));
-  const std::string text = MeshErrorOf([&] { ReadMesh(name); });
+  std::string const text = MeshErrorOf([&] { ReadMesh(name); });
   EXPECT_EQ(text.rfind(name + ": ", 0), 0U) << text;
   return text.substr(std::min(text.size(), name.size() + 2));
 }
 
-double VolumeOf(const FaceMesh& mesh) {
-  const std::vector<double> volume = ComputeCellGeometry(mesh, mesh.nCells).volume;
+double VolumeOf(FaceMesh const& mesh) {
+  std::vector<double> const volume = ComputeCellGeometry(mesh, mesh.nCells).volume;
   return std::accumulate(volume.begin(), volume.end(), 0.0);
 }
 
@@ -74,17 +74,17 @@ std::vector<Point> PointsOfCubes() {
   return points;
 }
 
-const Numbers kCubes = {1, 2, 5, 4, 7, 8, 11, 10, 2, 3, 6, 5, 8, 9, 12, 11};
-const Numbers kLeft = {1, 7, 10, 4};
-const Numbers kRight = {3, 6, 12, 9};
-const Numbers kBottom = {1, 4, 5, 2, 2, 5, 6, 3};
-const Numbers kTop = {7, 8, 11, 10, 8, 9, 12, 11};
-const Numbers kFront = {1, 2, 8, 7, 2, 3, 9, 8};
-const Numbers kBack = {4, 10, 11, 5, 5, 11, 12, 6};
+Numbers const kCubes = {1, 2, 5, 4, 7, 8, 11, 10, 2, 3, 6, 5, 8, 9, 12, 11};
+Numbers const kLeft = {1, 7, 10, 4};
+Numbers const kRight = {3, 6, 12, 9};
+Numbers const kBottom = {1, 4, 5, 2, 2, 5, 6, 3};
+Numbers const kTop = {7, 8, 11, 10, 8, 9, 12, 11};
+Numbers const kFront = {1, 2, 8, 7, 2, 3, 9, 8};
+Numbers const kBack = {4, 10, 11, 5, 5, 11, 12, 6};
 
-Numbers Joined(const std::vector<Numbers>& parts) {
+Numbers Joined(std::vector<Numbers> const& parts) {
   Numbers all;
-  for (const Numbers& part : parts) all.insert(all.end(), part.begin(), part.end());
+  for (Numbers const& part : parts) all.insert(all.end(), part.begin(), part.end());
   return all;
 }
 
@@ -98,14 +98,14 @@ void WriteCubes(CgnsTestFile& file) {
 
 // A cube with a pyramid on top, a prism at its right and a tetrahedron on the pyramid's right side. Volumes 1, 1/3,
 // 1/2 and (computed) the tetrahedron's.
-const std::vector<Point> kMixedPoints = {{0, 0, 0},     {1, 0, 0},   {1, 1, 0},   {0, 1, 0},
+std::vector<Point> const kMixedPoints = {{0, 0, 0},     {1, 0, 0},   {1, 1, 0},   {0, 1, 0},
                                          {0, 0, 1},     {1, 0, 1},   {1, 1, 1},   {0, 1, 1},
                                          {0.5, 0.5, 2}, {2, 0, 0.5}, {2, 1, 0.5}, {2, 0.5, 2}};
 
 void WriteMixedCells(CgnsTestFile& file) {
   file.Base();
   file.Zone(kMixedPoints, 4);
-  const Numbers entries = {CGNS_ENUMV(HEXA_8),
+  Numbers const entries = {CGNS_ENUMV(HEXA_8),
                            1,
                            2,
                            3,
@@ -143,8 +143,8 @@ void WriteMixedCells(CgnsTestFile& file) {
 struct Polyhedra {
   Numbers nodes, nodeOffsets = {0}, parents, faces, faceOffsets = {0};
 
-  explicit Polyhedra(const FaceMesh& mesh, int outward = 1) {
-    const int nFaces = mesh.nFaces();
+  explicit Polyhedra(FaceMesh const& mesh, int outward = 1) {
+    int const nFaces = mesh.nFaces();
     std::vector<Numbers> facesOfCell(static_cast<std::size_t>(mesh.nCells));
     for (int f = 0; f < nFaces; ++f) {
       for (std::size_t i = mesh.faceStart[f]; i < mesh.faceStart[f + 1]; ++i)
@@ -154,18 +154,18 @@ struct Polyhedra {
       facesOfCell[mesh.owner[f]].push_back(outward * (f + 1));
       if (mesh.neighbour[f] >= 0) facesOfCell[mesh.neighbour[f]].push_back(-outward * (f + 1));
     }
-    for (const int cell : mesh.neighbour) parents.push_back(cell < 0 ? 0 : nFaces + 1 + cell);
-    for (const Numbers& ofCell : facesOfCell) {
+    for (int const cell : mesh.neighbour) parents.push_back(cell < 0 ? 0 : nFaces + 1 + cell);
+    for (Numbers const& ofCell : facesOfCell) {
       faces.insert(faces.end(), ofCell.begin(), ofCell.end());
       faceOffsets.push_back(static_cast<cgsize_t>(faces.size()));
     }
   }
 };
 
-void WritePolyhedra(CgnsTestFile& file, const FaceMesh& mesh, const Polyhedra& polyhedra, bool withCells) {
+void WritePolyhedra(CgnsTestFile& file, FaceMesh const& mesh, Polyhedra const& polyhedra, bool withCells) {
   file.Base();
   file.Zone(mesh.points, mesh.nCells);
-  const int nFaces = mesh.nFaces();
+  int const nFaces = mesh.nFaces();
   file.Section("Faces", CGNS_ENUMV(NGON_n), 1, nFaces, polyhedra.nodes, polyhedra.nodeOffsets,
                withCells ? Numbers() : polyhedra.parents);
   if (!withCells) return;
@@ -177,7 +177,7 @@ void WritePolyhedra(CgnsTestFile& file, const FaceMesh& mesh, const Polyhedra& p
 FaceMesh PolyBox(int n) {
   FaceMesh mesh = test_meshes::PolyBox(n);
   std::vector<int> newNumber(mesh.points.size(), -1);
-  for (const int node : mesh.faceNode) newNumber[node] = 0;
+  for (int const node : mesh.faceNode) newNumber[node] = 0;
   std::vector<Point> used;
   for (std::size_t i = 0; i < newNumber.size(); ++i) {
     if (newNumber[i] < 0) continue;
@@ -190,14 +190,14 @@ FaceMesh PolyBox(int n) {
 }
 
 /// The mesh with all boundary faces in one patch, as a file without conditions gives it.
-FaceMesh InOnePatch(FaceMesh mesh, const std::string& name) {
+FaceMesh InOnePatch(FaceMesh mesh, std::string const& name) {
   mesh.patches = {{name, "", {}}};
   for (int f = 0; f < mesh.nFaces(); ++f) mesh.facePatch[f] = mesh.neighbour[f] < 0 ? 0 : -1;
   return mesh;
 }
 
 TEST(CgnsReader, ReadsHexahedraWithTheirSurfaceInPatchesByTheSectionsName) {
-  const FaceMesh mesh = WrittenAndRead([](CgnsTestFile& file) {
+  FaceMesh const mesh = WrittenAndRead([](CgnsTestFile& file) {
     file.Base();
     file.Zone(PointsOfCubes(), 2);
     // Surfaces may come before the cells.
@@ -218,10 +218,10 @@ TEST(CgnsReader, ReadsHexahedraWithTheirSurfaceInPatchesByTheSectionsName) {
 }
 
 TEST(CgnsReader, ReadsAllLinearCellsOfAMixedSectionInTheirOrder) {
-  const FaceMesh mesh = WrittenAndRead(WriteMixedCells);
+  FaceMesh const mesh = WrittenAndRead(WriteMixedCells);
   CheckMesh(mesh);
   ASSERT_EQ(mesh.nCells, 4);
-  const std::vector<double> volume = ComputeCellGeometry(mesh, 4).volume;
+  std::vector<double> const volume = ComputeCellGeometry(mesh, 4).volume;
   EXPECT_NEAR(volume[0], 1.0, 1e-14);
   EXPECT_NEAR(volume[1], 0.5, 1e-14);
   EXPECT_NEAR(volume[2], 1.0 / 3.0, 1e-14);
@@ -232,23 +232,23 @@ TEST(CgnsReader, ReadsAllLinearCellsOfAMixedSectionInTheirOrder) {
 }
 
 TEST(CgnsReader, ReadsPolyhedraWithTheirCells) {
-  const FaceMesh mesh = PolyBox(2);
-  const FaceMesh read =
+  FaceMesh const mesh = PolyBox(2);
+  FaceMesh const read =
       WrittenAndRead([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, Polyhedra(mesh), true); });
   ExpectSameMesh(read, InOnePatch(mesh, "Faces"));
   CheckMesh(read);
 }
 
 TEST(CgnsReader, ReadsPolyhedraByTheParentsOfTheirFaces) {
-  const FaceMesh mesh = PolyBox(2);
-  const FaceMesh read =
+  FaceMesh const mesh = PolyBox(2);
+  FaceMesh const read =
       WrittenAndRead([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, Polyhedra(mesh), false); });
   ExpectSameMesh(read, InOnePatch(mesh, "Faces"));
 }
 
 TEST(CgnsReader, TurnsFacesThatAllPointTheOtherWay) {
-  const FaceMesh mesh = PolyBox(1);
-  const FaceMesh read =
+  FaceMesh const mesh = PolyBox(1);
+  FaceMesh const read =
       WrittenAndRead([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, Polyhedra(mesh, -1), true); });
   CheckMesh(read);
   EXPECT_EQ(read.nCells, mesh.nCells);
@@ -257,7 +257,7 @@ TEST(CgnsReader, TurnsFacesThatAllPointTheOtherWay) {
 
 TEST(CgnsReader, ReadsFilesOfTheOlderKindToo) {
   ASSERT_EQ(cg_set_file_type(CG_FILE_ADF), CG_OK);
-  const FaceMesh old = WrittenAndRead(WriteMixedCells);
+  FaceMesh const old = WrittenAndRead(WriteMixedCells);
   ASSERT_EQ(cg_set_file_type(CG_FILE_NONE), CG_OK);
   ExpectSameMesh(old, WrittenAndRead(WriteMixedCells));
 }
@@ -268,7 +268,7 @@ TEST(CgnsReader, LeavesOutNodesThatNoCellUses) {
   Numbers cubes = kCubes, left = kLeft;
   for (cgsize_t& node : cubes) ++node;
   for (cgsize_t& node : left) ++node;
-  const FaceMesh mesh = WrittenAndRead([&](CgnsTestFile& file) {
+  FaceMesh const mesh = WrittenAndRead([&](CgnsTestFile& file) {
     file.Base();
     file.Zone(points, 2);
     file.Section("Cells", CGNS_ENUMV(HEXA_8), 1, 2, cubes);
@@ -279,7 +279,7 @@ TEST(CgnsReader, LeavesOutNodesThatNoCellUses) {
 }
 
 TEST(CgnsReader, ConditionsByElementsAndByNodesNameThePatches) {
-  const FaceMesh mesh = WrittenAndRead([](CgnsTestFile& file) {
+  FaceMesh const mesh = WrittenAndRead([](CgnsTestFile& file) {
     WriteCubes(file);
     file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointRange), {3, 3});
     file.Condition("out", CGNS_ENUMV(BCTunnelOutflow), CGNS_ENUMV(PointList), {4});
@@ -295,7 +295,7 @@ TEST(CgnsReader, ConditionsByElementsAndByNodesNameThePatches) {
   EXPECT_EQ(FacesInPatch(mesh, "mirror"), 2);
   EXPECT_EQ(FacesInPatch(mesh, "Surface"), 2);  // the back has no condition, but surface elements
 
-  const std::vector<BoundaryGroup> groups = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Wall,
+  std::vector<BoundaryGroup> const groups = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Wall,
                                              BoundaryGroup::Wall, BoundaryGroup::Symmetry};
   for (std::size_t p = 0; p < groups.size(); ++p) {
     EXPECT_EQ(reference_host::GroupByName(mesh.patches[p].name, mesh.patches[p].type), groups[p])
@@ -304,7 +304,7 @@ TEST(CgnsReader, ConditionsByElementsAndByNodesNameThePatches) {
 }
 
 TEST(CgnsReader, ConditionsOfOlderFilesCountElements) {
-  const FaceMesh mesh = WrittenAndRead([](CgnsTestFile& file) {
+  FaceMesh const mesh = WrittenAndRead([](CgnsTestFile& file) {
     WriteCubes(file);
     file.Condition("inlet", CGNS_ENUMV(BCTypeNull), CGNS_ENUMV(ElementList), {3}, CGNS_ENUMV(Vertex));
     file.Condition("walls", CGNS_ENUMV(BCTypeNull), CGNS_ENUMV(ElementRange), {5, 12}, CGNS_ENUMV(Vertex));
@@ -314,7 +314,7 @@ TEST(CgnsReader, ConditionsOfOlderFilesCountElements) {
 }
 
 TEST(CgnsReader, FamiliesNameAndTypeTheConditionsThatLeaveItToThem) {
-  const FaceMesh mesh = WrittenAndRead([](CgnsTestFile& file) {
+  FaceMesh const mesh = WrittenAndRead([](CgnsTestFile& file) {
     WriteCubes(file);
     file.Family("air intake", CGNS_ENUMV(BCInflowSubsonic));
     file.Condition("BC 1", CGNS_ENUMV(FamilySpecified), CGNS_ENUMV(PointList), {3}, CGNS_ENUMV(FaceCenter),
@@ -330,8 +330,8 @@ TEST(CgnsReader, FamiliesNameAndTypeTheConditionsThatLeaveItToThem) {
 }
 
 TEST(CgnsReader, ConditionsOfPolyhedraCountTheirFaces) {
-  const FaceMesh mesh = PolyBox(1);
-  const auto write = [&](CgnsTestFile& file) {
+  FaceMesh const mesh = PolyBox(1);
+  auto const write = [&](CgnsTestFile& file) {
     WritePolyhedra(file, mesh, Polyhedra(mesh), true);
     Numbers left, low;
     for (int f = 0; f < mesh.nFaces(); ++f) {
@@ -343,23 +343,23 @@ TEST(CgnsReader, ConditionsOfPolyhedraCountTheirFaces) {
     file.Condition("left", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), left);
     file.Condition("low", CGNS_ENUMV(BCWall), CGNS_ENUMV(PointList), low, CGNS_ENUMV(Vertex));
   };
-  const FaceMesh read = WrittenAndRead(write);
+  FaceMesh const read = WrittenAndRead(write);
   EXPECT_EQ(FacesInPatch(read, "left"), FacesInPatch(mesh, "inlet"));
   EXPECT_EQ(FacesInPatch(read, "low"), 1 + 4);  // a coarse face and 2 x 2 fine ones
 }
 
 TEST(CgnsReader, RefusesFilesThatAreNoCgns) {
-  const TemporaryFolder folder;
-  const std::string text = folder.Write("text.cgns", "not a mesh\n");
+  TemporaryFolder const folder;
+  std::string const text = folder.Write("text.cgns", "not a mesh\n");
   ExpectContains(MeshErrorOf([&] { ReadCgns(text); }), text + ": not a CGNS file that can be read");
   ExpectContains(MeshErrorOf([&] { ReadCgns(folder.Path() + "/none.cgns"); }), "none.cgns: no such file");
 
-  const std::string whole = folder.Path() + "/whole.cgns";
+  std::string const whole = folder.Path() + "/whole.cgns";
   WriteCubes(*std::make_unique<CgnsTestFile>(whole));
   std::ifstream in(whole, std::ios::binary);
-  const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  for (const double share : {0.1, 0.5, 0.9}) {
-    const std::string cut = folder.Write(
+  std::string const bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  for (double const share : {0.1, 0.5, 0.9}) {
+    std::string const cut = folder.Write(
         "cut.cgns", bytes.substr(0, static_cast<std::size_t>(share * static_cast<double>(bytes.size()))));
     ExpectContains(MeshErrorOf([&] { ReadCgns(cut); }), cut + ": ");
   }
@@ -383,7 +383,7 @@ TEST(CgnsReader, RefusesOtherThanOneUnstructuredZone) {
             "several zones are not supported ('Rotor', 'Stator'); join them to one first");
   EXPECT_EQ(Refusal([](CgnsTestFile& file) {
               file.Base();
-              const std::array<cgsize_t, 9> sizes = {3, 2, 2, 2, 1, 1, 0, 0, 0};
+              std::array<cgsize_t, 9> const sizes = {3, 2, 2, 2, 1, 1, 0, 0, 0};
               int zone = 0;
               cg_zone_write(file.file(), file.base(), "Block", sizes.data(), CGNS_ENUMV(Structured), &zone);
             }),
@@ -391,18 +391,18 @@ TEST(CgnsReader, RefusesOtherThanOneUnstructuredZone) {
 }
 
 TEST(CgnsReader, SaysWhatAFileIsThatIsNoRegularFile) {
-  const TemporaryFolder folder;
-  const std::string pipe = folder.Path() + "/pipe.cgns";
+  TemporaryFolder const folder;
+  std::string const pipe = folder.Path() + "/pipe.cgns";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_EQ(MeshErrorOf([&] { ReadMesh(pipe); }), pipe + ": a pipe (FIFO), not a regular file");
   EXPECT_EQ(MeshErrorOf([&] { ReadCgnsField(pipe, "p"); }), pipe + ": a pipe (FIFO), not a regular file");
-  const std::string device = folder.Path() + "/null.cgns";
+  std::string const device = folder.Path() + "/null.cgns";
   std::filesystem::create_symlink("/dev/null", device);
   EXPECT_EQ(MeshErrorOf([&] { ReadMesh(device); }), device + ": a device, not a regular file");
 }
 
 TEST(CgnsReader, ListsTheFirstOfManyZones) {
-  const std::string what = Refusal([](CgnsTestFile& file) {
+  std::string const what = Refusal([](CgnsTestFile& file) {
     file.Base();
     for (int zone = 11; zone <= 50; ++zone) file.Zone(PointsOfCubes(), 2, "Blade" + std::to_string(zone));
   });
@@ -412,14 +412,14 @@ TEST(CgnsReader, ListsTheFirstOfManyZones) {
 }
 
 /// What the check says about a mesh of a file.
-std::string CheckRefusal(const Describe& describe) {
-  const FaceMesh mesh = WrittenAndRead(describe);
+std::string CheckRefusal(Describe const& describe) {
+  FaceMesh const mesh = WrittenAndRead(describe);
   return MeshErrorOf([&] { CheckMesh(mesh); });
 }
 
 TEST(CgnsReader, GivesTheCheckTheNumbersOfTheFile) {
   // The first node belongs to nothing, so that nodes are numbered anew.
-  const auto cells = [](const Point& tip) {
+  auto const cells = [](Point const& tip) {
     return [tip](CgnsTestFile& file) {
       file.Base();
       file.Zone({{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, tip}, 1);
@@ -434,14 +434,14 @@ TEST(CgnsReader, GivesTheCheckTheNumbersOfTheFile) {
 }
 
 TEST(CgnsReader, GivesTheCheckTheNumbersOfPolygonsToo) {
-  const FaceMesh mesh = test_meshes::HexBox(2, 1, 1);
-  const auto refusal = [&](const std::function<void(Polyhedra&)>& spoil, bool withCells) {
+  FaceMesh const mesh = test_meshes::HexBox(2, 1, 1);
+  auto const refusal = [&](std::function<void(Polyhedra&)> const& spoil, bool withCells) {
     Polyhedra polyhedra(mesh);
     spoil(polyhedra);
     return CheckRefusal([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, polyhedra, withCells); });
   };
-  for (const bool withCells : {true, false}) {
-    const std::string node = std::to_string(mesh.faceNode[0] + 1);
+  for (bool const withCells : {true, false}) {
+    std::string const node = std::to_string(mesh.faceNode[0] + 1);
     EXPECT_EQ(refusal([](Polyhedra& p) { p.nodes[1] = p.nodes[0]; }, withCells),
               "element 1 of section 'Faces' has node " + node + " twice");
   }
@@ -454,19 +454,19 @@ TEST(CgnsReader, GivesTheCheckTheNumbersOfPolygonsToo) {
 TEST(CgnsReader, RefusesCountsThatTheFileCannotHold) {
   EXPECT_EQ(Refusal([](CgnsTestFile& file) {
               file.Base();
-              const std::array<cgsize_t, 3> sizes = {2000000000, 1, 0};
+              std::array<cgsize_t, 3> const sizes = {2000000000, 1, 0};
               int zone = 0;
               cg_zone_write(file.file(), file.base(), "Zone", sizes.data(), CGNS_ENUMV(Unstructured), &zone);
             }),
             "the file says 2000000000 nodes, more than it can hold");
   EXPECT_EQ(Refusal([](CgnsTestFile& file) {
               file.Base();
-              const std::array<cgsize_t, 3> sizes = {4, 2000000000, 0};
+              std::array<cgsize_t, 3> const sizes = {4, 2000000000, 0};
               int zone = 0;
               cg_zone_write(file.file(), file.base(), "Zone", sizes.data(), CGNS_ENUMV(Unstructured), &zone);
             }),
             "the file says 2000000000 cells, more than it can hold");
-  const FaceMesh mesh = test_meshes::HexBox(2, 1, 1);
+  FaceMesh const mesh = test_meshes::HexBox(2, 1, 1);
   Polyhedra polyhedra(mesh);
   polyhedra.parents[0] = 12 + 999;
   EXPECT_EQ(Refusal([&](CgnsTestFile& file) {
@@ -525,8 +525,8 @@ TEST(CgnsReader, RefusesElementsThatItCannotTake) {
 }
 
 TEST(CgnsReader, RefusesPolyhedraThatDoNotFitTheirFaces) {
-  const FaceMesh mesh = test_meshes::HexBox(2, 1, 1);
-  const auto refusal = [&](const std::function<void(Polyhedra&)>& spoil, bool withCells) {
+  FaceMesh const mesh = test_meshes::HexBox(2, 1, 1);
+  auto const refusal = [&](std::function<void(Polyhedra&)> const& spoil, bool withCells) {
     Polyhedra polyhedra(mesh);
     spoil(polyhedra);
     return Refusal([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, polyhedra, withCells); });
@@ -548,7 +548,7 @@ TEST(CgnsReader, RefusesPolyhedraThatDoNotFitTheirFaces) {
 }
 
 TEST(CgnsReader, RefusesConditionsThatDoNotFitTheMesh) {
-  const auto refusal = [](const Describe& add) {
+  auto const refusal = [](Describe const& add) {
     return Refusal([&](CgnsTestFile& file) {
       WriteCubes(file);
       add(file);
@@ -607,7 +607,7 @@ TEST_F(CgnsField, IsFoundByItsNameOrBySolutionAndName) {
 }
 
 TEST_F(CgnsField, IsRefusedUnlessItIsOneArrayOfTheCells) {
-  const auto refusal = [&](const std::string& field) {
+  auto const refusal = [&](std::string const& field) {
     return MeshErrorOf([&] { ReadCgnsField(name_, field); }).substr(name_.size() + 2);
   };
   EXPECT_EQ(
@@ -627,9 +627,9 @@ TEST_F(CgnsField, IsRefusedUnlessItIsOneArrayOfTheCells) {
 namespace {
 
 TEST(CgnsReader, SaysThatTheBuildCannotReadSuchFiles) {
-  const TemporaryFolder folder;
-  const std::string file = folder.Write("mesh.cgns", "");
-  const std::string text =
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("mesh.cgns", "");
+  std::string const text =
       file + ": this build cannot read CGNS files; configure it again with libcgns-dev installed";
   EXPECT_EQ(MeshErrorOf([&] { reference_host::ReadCgns(file); }), text);
   EXPECT_EQ(MeshErrorOf([&] { reference_host::ReadCgnsField(file, "Pressure"); }), text);

@@ -12,22 +12,22 @@
 /// Writes a CGNS file call by call; failures of the library fail the test. Numbers are counted from 1.
 class CgnsTestFile {
  public:
-  explicit CgnsTestFile(const std::string& name) { Done(cg_open(name.c_str(), CG_MODE_WRITE, &file_)); }
+  explicit CgnsTestFile(std::string const& name) { Done(cg_open(name.c_str(), CG_MODE_WRITE, &file_)); }
   ~CgnsTestFile() { Done(cg_close(file_)); }
-  CgnsTestFile(const CgnsTestFile&) = delete;
-  CgnsTestFile& operator=(const CgnsTestFile&) = delete;
+  CgnsTestFile(CgnsTestFile const&) = delete;
+  CgnsTestFile& operator=(CgnsTestFile const&) = delete;
 
-  void Base(const std::string& name = "Base", int cellDimension = 3) {
+  void Base(std::string const& name = "Base", int cellDimension = 3) {
     Done(cg_base_write(file_, name.c_str(), cellDimension, 3, &base_));
   }
 
-  void Zone(const std::vector<reference_host::Point>& points, int nCells, const std::string& name = "Zone") {
-    const std::array<cgsize_t, 3> sizes = {static_cast<cgsize_t>(points.size()), nCells, 0};
+  void Zone(std::vector<reference_host::Point> const& points, int nCells, std::string const& name = "Zone") {
+    std::array<cgsize_t, 3> const sizes = {static_cast<cgsize_t>(points.size()), nCells, 0};
     Done(cg_zone_write(file_, base_, name.c_str(), sizes.data(), CGNS_ENUMV(Unstructured), &zone_));
-    const std::array<const char*, 3> coordinates = {"CoordinateX", "CoordinateY", "CoordinateZ"};
+    std::array<char const*, 3> const coordinates = {"CoordinateX", "CoordinateY", "CoordinateZ"};
     for (std::size_t d = 0; d < 3; ++d) {
       std::vector<double> values;
-      for (const reference_host::Point& point : points) values.push_back(point[d]);
+      for (reference_host::Point const& point : points) values.push_back(point[d]);
       int index = 0;
       Done(
           cg_coord_write(file_, base_, zone_, CGNS_ENUMV(RealDouble), coordinates[d], values.data(), &index));
@@ -35,16 +35,16 @@ class CgnsTestFile {
   }
 
   /// Elements of one type with a fixed number of nodes.
-  void Section(const std::string& name, CGNS_ENUMT(ElementType_t) type, int first, int last,
-               const std::vector<cgsize_t>& nodes) {
+  void Section(std::string const& name, CGNS_ENUMT(ElementType_t) type, int first, int last,
+               std::vector<cgsize_t> const& nodes) {
     int index = 0;
     Done(cg_section_write(file_, base_, zone_, name.c_str(), type, first, last, 0, nodes.data(), &index));
   }
 
   /// MIXED, NGON_n or NFACE_n.
   /// @param[in] parents  [0..2n-1] of NGON_n, or empty
-  void Section(const std::string& name, CGNS_ENUMT(ElementType_t) type, int first, int last,
-               const std::vector<cgsize_t>& entries, const std::vector<cgsize_t>& offsets,
+  void Section(std::string const& name, CGNS_ENUMT(ElementType_t) type, int first, int last,
+               std::vector<cgsize_t> const& entries, std::vector<cgsize_t> const& offsets,
                std::vector<cgsize_t> parents = {}) {
     int index = 0;
     Done(cg_poly_section_write(file_, base_, zone_, name.c_str(), type, first, last, 0, entries.data(),
@@ -54,10 +54,10 @@ class CgnsTestFile {
     Done(cg_parent_data_write(file_, base_, zone_, index, parents.data()));
   }
 
-  void Condition(const std::string& name, CGNS_ENUMT(BCType_t) type, CGNS_ENUMT(PointSetType_t) set,
-                 const std::vector<cgsize_t>& members,
+  void Condition(std::string const& name, CGNS_ENUMT(BCType_t) type, CGNS_ENUMT(PointSetType_t) set,
+                 std::vector<cgsize_t> const& members,
                  CGNS_ENUMT(GridLocation_t) location = CGNS_ENUMV(FaceCenter),
-                 const std::string& family = "") {
+                 std::string const& family = "") {
     int index = 0;
     Done(cg_boco_write(file_, base_, zone_, name.c_str(), type, set, static_cast<cgsize_t>(members.size()),
                        members.data(), &index));
@@ -69,17 +69,17 @@ class CgnsTestFile {
     Done(cg_famname_write(family.c_str()));
   }
 
-  void Family(const std::string& name, CGNS_ENUMT(BCType_t) type) {
+  void Family(std::string const& name, CGNS_ENUMT(BCType_t) type) {
     int family = 0, condition = 0;
     Done(cg_family_write(file_, base_, name.c_str(), &family));
     Done(cg_fambc_write(file_, base_, family, "FamBC", type, &condition));
   }
 
-  void Solution(const std::string& name, CGNS_ENUMT(GridLocation_t) location) {
+  void Solution(std::string const& name, CGNS_ENUMT(GridLocation_t) location) {
     Done(cg_sol_write(file_, base_, zone_, name.c_str(), location, &solution_));
   }
 
-  void Array(const std::string& name, const std::vector<double>& values) {
+  void Array(std::string const& name, std::vector<double> const& values) {
     int index = 0;
     Done(cg_field_write(file_, base_, zone_, solution_, CGNS_ENUMV(RealDouble), name.c_str(), values.data(),
                         &index));

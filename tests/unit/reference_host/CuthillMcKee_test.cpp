@@ -16,24 +16,24 @@ struct Graph {
   std::vector<int> columns;
 };
 
-Graph GraphOf(int n, const std::vector<std::pair<int, int>>& edges) {
+Graph GraphOf(int n, std::vector<std::pair<int, int>> const& edges) {
   std::vector<std::vector<int>> rows(n);
-  for (const auto& [a, b] : edges) {
+  for (auto const& [a, b] : edges) {
     rows[a].push_back(b);
     rows[b].push_back(a);
   }
   Graph graph;
   graph.rowStart.push_back(0);
-  for (const auto& row : rows) {
+  for (auto const& row : rows) {
     graph.columns.insert(graph.columns.end(), row.begin(), row.end());
     graph.rowStart.push_back(graph.columns.size());
   }
   return graph;
 }
 
-std::vector<int> OrderOf(const Graph& graph) { return CuthillMcKee(graph.rowStart, graph.columns); }
+std::vector<int> OrderOf(Graph const& graph) { return CuthillMcKee(graph.rowStart, graph.columns); }
 
-int Bandwidth(const Graph& graph, const std::vector<int>& order) {
+int Bandwidth(Graph const& graph, std::vector<int> const& order) {
   std::vector<int> place(order.size());
   for (std::size_t i = 0; i < order.size(); ++i) place[order[i]] = static_cast<int>(i);
   int width = 0;
@@ -62,7 +62,7 @@ Graph ShuffledLattice(int n, unsigned seed) {
 
 TEST(CuthillMcKee, WalksAPathFromEndToEnd) {
   // 3 - 0 - 4 - 1 - 2. The end farthest from vertex 0 is 2.
-  const std::vector<int> order = OrderOf(GraphOf(5, {{3, 0}, {0, 4}, {4, 1}, {1, 2}}));
+  std::vector<int> const order = OrderOf(GraphOf(5, {{3, 0}, {0, 4}, {4, 1}, {1, 2}}));
   EXPECT_EQ(order, (std::vector<int>{2, 1, 4, 0, 3}));
 }
 
@@ -73,13 +73,13 @@ TEST(CuthillMcKee, TakesNeighboursByDegreeThenByNumber) {
   //   1) 7 first.
   //       |
   //   0 - 3 - 7
-  const std::vector<int> order =
+  std::vector<int> const order =
       OrderOf(GraphOf(8, {{0, 3}, {3, 7}, {3, 4}, {4, 1}, {4, 2}, {4, 6}, {1, 5}}));
   EXPECT_EQ(order, (std::vector<int>{0, 3, 7, 4, 2, 6, 1, 5}));
 }
 
 TEST(CuthillMcKee, PlacesComponentsOneAfterTheOtherAndSingleVertices) {
-  const std::vector<int> order = OrderOf(GraphOf(7, {{1, 5}, {2, 6}, {6, 4}}));
+  std::vector<int> const order = OrderOf(GraphOf(7, {{1, 5}, {2, 6}, {6, 4}}));
   EXPECT_EQ(order, (std::vector<int>{0, 1, 5, 2, 6, 4, 3}));
 }
 
@@ -90,11 +90,11 @@ TEST(CuthillMcKee, BearsLoopsAndRepeatedEdges) {
 }
 
 TEST(CuthillMcKee, ShuffledLatticeGetsBackItsBandwidth) {
-  const int n = 20;
-  const Graph graph = ShuffledLattice(n, 3);
+  int const n = 20;
+  Graph const graph = ShuffledLattice(n, 3);
   std::vector<int> before(n * n);
   std::iota(before.begin(), before.end(), 0);
-  const std::vector<int> order = OrderOf(graph);
+  std::vector<int> const order = OrderOf(graph);
   std::vector<int> sorted = order;
   std::sort(sorted.begin(), sorted.end());
   EXPECT_EQ(sorted, before);  // a permutation

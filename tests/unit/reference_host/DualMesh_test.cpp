@@ -17,7 +17,7 @@
 namespace reference_host {
 namespace {
 
-std::vector<int> FacesPerCell(const FaceMesh& mesh) {
+std::vector<int> FacesPerCell(FaceMesh const& mesh) {
   std::vector<int> n(static_cast<std::size_t>(mesh.nCells), 0);
   for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
     ++n[static_cast<std::size_t>(mesh.owner[f])];
@@ -30,15 +30,15 @@ std::vector<int> FacesPerCell(const FaceMesh& mesh) {
 
 TEST(DualMesh, HasACellForEveryNodeAndAFaceForEveryEdge) {
   // Tetrahedra of n^3 cubes: edges along the axes, across the sides and through the cubes.
-  const int n = 3, edges = 3 * n * (n + 1) * (n + 1) + 3 * n * n * (n + 1) + n * n * n;
-  const FaceMesh dual = MakeDual(MakeBox(ParseBoxSpec("box:3,3,3:tet")));
+  int const n = 3, edges = 3 * n * (n + 1) * (n + 1) + 3 * n * n * (n + 1) + n * n * n;
+  FaceMesh const dual = MakeDual(MakeBox(ParseBoxSpec("box:3,3,3:tet")));
   EXPECT_EQ(dual.nCells, 64);
   EXPECT_EQ(std::count_if(dual.neighbour.begin(), dual.neighbour.end(), [](int c) { return c >= 0; }), edges);
 }
 
 TEST(DualMesh, InnerCellsOfDividedCubesHaveFourteenFaces) {
-  const FaceMesh dual = MakeDual(MakeBox(ParseBoxSpec("box:4,4,4:tet")));
-  const std::vector<int> faces = FacesPerCell(dual);
+  FaceMesh const dual = MakeDual(MakeBox(ParseBoxSpec("box:4,4,4:tet")));
+  std::vector<int> const faces = FacesPerCell(dual);
   EXPECT_EQ(std::count(faces.begin(), faces.end(), 14), 27);
 }
 
@@ -52,19 +52,19 @@ TEST(DualMesh, OfOneTetrahedronDividesItAmongItsCorners) {
   tet.facePatch = {0, 1, 2, 3};  // every edge is one between patches
   tet.patches.resize(4);
   tet.nCells = 1;
-  const FaceMesh dual = MakeDual(tet);
+  FaceMesh const dual = MakeDual(tet);
   // Each cell is a hexahedron: three faces between cells, three on the surface, a quarter of the volume.
   EXPECT_EQ(FacesPerCell(dual), (std::vector<int>{6, 6, 6, 6}));
   for (int f = 0; f < dual.nFaces(); ++f)
     EXPECT_EQ(dual.faceStart[static_cast<std::size_t>(f) + 1] - dual.faceStart[static_cast<std::size_t>(f)],
               4u);
-  for (const double volume : ComputeCellGeometry(dual, dual.nCells).volume)
+  for (double const volume : ComputeCellGeometry(dual, dual.nCells).volume)
     EXPECT_NEAR(volume, 1.0 / 24, 1e-16);
 }
 
 TEST(DualMesh, EachNodeHasAPieceOfEveryPatchAroundIt) {
-  const FaceMesh primal = MakeBox(ParseBoxSpec("box:3,2,2:tet"));
-  const FaceMesh dual = MakeDual(primal);
+  FaceMesh const primal = MakeBox(ParseBoxSpec("box:3,2,2:tet"));
+  FaceMesh const dual = MakeDual(primal);
   std::set<std::pair<int, int>> expected, found;
   for (std::size_t f = 0; f < primal.owner.size(); ++f) {
     if (primal.facePatch[f] < 0) continue;
@@ -80,9 +80,9 @@ TEST(DualMesh, EachNodeHasAPieceOfEveryPatchAroundIt) {
 }
 
 TEST(DualMesh, PassesTheChecksOfMeshFilesWhateverTheCells) {
-  for (const std::string box :
+  for (std::string const box :
        {"box:3,3,3:tet", "box:4,3,2:hex", "box:2,3,2:prism", "box:4,4,4:tet:perturb=0.2"}) {
-    const FaceMesh dual = MakeDual(MakeBox(ParseBoxSpec(box)));
+    FaceMesh const dual = MakeDual(MakeBox(ParseBoxSpec(box)));
     EXPECT_NO_THROW(CheckMesh(dual, box)) << box;
   }
 }

@@ -28,7 +28,7 @@ struct ReferenceCell {
   int nFaces;
 };
 
-const std::vector<ReferenceCell> kCells = {
+std::vector<ReferenceCell> const kCells = {
     {CellShape::Tetrahedron, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, 1.0 / 6, 4},
     {CellShape::Hexahedron,
      {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}},
@@ -38,7 +38,7 @@ const std::vector<ReferenceCell> kCells = {
     {CellShape::Pyramid, {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}}, 1.0 / 3, 5},
 };
 
-FaceMesh BuildOne(const ReferenceCell& cell) {
+FaceMesh BuildOne(ReferenceCell const& cell) {
   FaceMeshBuilder builder("mesh", cell.points, {});
   std::vector<int> nodes(cell.points.size());
   std::iota(nodes.begin(), nodes.end(), 0);
@@ -47,9 +47,9 @@ FaceMesh BuildOne(const ReferenceCell& cell) {
 }
 
 TEST(FaceMeshBuilder, ClosesEveryStandardCell) {
-  for (const ReferenceCell& cell : kCells) {
+  for (ReferenceCell const& cell : kCells) {
     EXPECT_EQ(reference_host::NodeCount(cell.shape), static_cast<int>(cell.points.size()));
-    const FaceMesh mesh = BuildOne(cell);
+    FaceMesh const mesh = BuildOne(cell);
     CheckMesh(mesh);
     EXPECT_EQ(mesh.nFaces(), cell.nFaces);
     EXPECT_NEAR(reference_host::ComputeCellGeometry(mesh, 1).volume[0], cell.volume, 1e-15);
@@ -59,7 +59,7 @@ TEST(FaceMeshBuilder, ClosesEveryStandardCell) {
 TEST(FaceMeshBuilder, TurnsRoundCellsGivenInsideOut) {
   for (ReferenceCell cell : kCells) {
     for (Point& point : cell.points) point[0] = -point[0];
-    const FaceMesh mesh = BuildOne(cell);
+    FaceMesh const mesh = BuildOne(cell);
     CheckMesh(mesh);
     EXPECT_NEAR(reference_host::ComputeCellGeometry(mesh, 1).volume[0], cell.volume, 1e-15);
   }
@@ -82,7 +82,7 @@ TEST(FaceMeshBuilder, BringsEachFaceWithItsFirstCell) {
   FaceMeshBuilder builder("mesh", TwoCubes(), {});
   builder.AddCell(CellShape::Hexahedron, kRight.data());
   builder.AddCell(CellShape::Hexahedron, kLeft.data());
-  const FaceMesh mesh = builder.Build();
+  FaceMesh const mesh = builder.Build();
   EXPECT_EQ(mesh.owner, (std::vector<int>{0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1}));
   EXPECT_EQ(std::count(mesh.neighbour.begin(), mesh.neighbour.end(), 1), 1);
   CheckMesh(mesh);
@@ -92,16 +92,16 @@ TEST(FaceMeshBuilder, TakesPatchesFromSurfacesInAnyDirection) {
   FaceMeshBuilder builder("mesh", TwoCubes(), {{"a", "", {}}, {"b", "", {}}});
   builder.AddCell(CellShape::Hexahedron, kLeft.data());
   builder.AddCell(CellShape::Hexahedron, kRight.data());
-  const std::array<int, 4> leftSide = {0, 3, 9, 6};
-  const std::array<int, 4> rightSideReversed = {8, 11, 5, 2};
-  const std::array<int, 4> between = {1, 4, 10, 7};
-  const std::array<int, 3> noFace = {0, 1, 2};
+  std::array<int, 4> const leftSide = {0, 3, 9, 6};
+  std::array<int, 4> const rightSideReversed = {8, 11, 5, 2};
+  std::array<int, 4> const between = {1, 4, 10, 7};
+  std::array<int, 3> const noFace = {0, 1, 2};
   builder.AddSurface(leftSide.data(), 4, 0);
   builder.AddSurface(leftSide.data(), 4, 1);  // the first counts
   builder.AddSurface(rightSideReversed.data(), 4, 1);
   builder.AddSurface(between.data(), 4, 1);
   builder.AddSurface(noFace.data(), 3, 1);
-  const FaceMesh mesh = builder.Build();
+  FaceMesh const mesh = builder.Build();
   EXPECT_EQ(FacesInPatch(mesh, "a"), 1);
   EXPECT_EQ(FacesInPatch(mesh, "b"), 1);
   EXPECT_EQ(FacesInPatch(mesh, "unnamed"), 8);
@@ -109,13 +109,13 @@ TEST(FaceMeshBuilder, TakesPatchesFromSurfacesInAnyDirection) {
 
 TEST(FaceMeshBuilder, AddsNoUnnamedPatchThatIsNotNeeded) {
   FaceMeshBuilder builder("mesh", kCells[0].points, {{"a", "", {}}});
-  const std::array<int, 4> nodes = {0, 1, 2, 3};
+  std::array<int, 4> const nodes = {0, 1, 2, 3};
   builder.AddCell(CellShape::Tetrahedron, nodes.data());
   for (int left = 0; left < 4; ++left) {
-    const std::array<int, 3> face = {(left + 1) % 4, (left + 2) % 4, (left + 3) % 4};
+    std::array<int, 3> const face = {(left + 1) % 4, (left + 2) % 4, (left + 3) % 4};
     builder.AddSurface(face.data(), 3, 0);
   }
-  const FaceMesh mesh = builder.Build();
+  FaceMesh const mesh = builder.Build();
   EXPECT_EQ(mesh.patches.size(), 1U);
   EXPECT_EQ(FacesInPatch(mesh, "a"), 4);
 }
@@ -132,7 +132,7 @@ TEST(FaceMeshBuilder, NamesTheCellsThatOverlap) {
 TEST(FaceMeshBuilder, NamesTheCellThatHasANodeTwice) {
   FaceMeshBuilder builder("mesh", TwoCubes(), {});
   builder.SetCellNamer([](int cell) { return "element " + std::to_string(cell + 100); });
-  const std::array<int, 4> nodes = {0, 1, 4, 1};
+  std::array<int, 4> const nodes = {0, 1, 4, 1};
   EXPECT_EQ(MeshErrorOf([&] { builder.AddCell(CellShape::Tetrahedron, nodes.data()); }),
             "mesh: element 100 has a node twice");
 }

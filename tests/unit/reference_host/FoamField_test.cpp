@@ -30,25 +30,25 @@ PolyMeshBoundary ThreeCells() {
   return boundary;
 }
 
-std::string Text(const std::string& internal, const std::string& patches) {
+std::string Text(std::string const& internal, std::string const& patches) {
   return foam_test::Header("volScalarField") + "dimensions [0 2 -2 0 0 0 0];\ninternalField " + internal +
          ";\nboundaryField\n{\n" + patches + "}\n// the end\n";
 }
 
-FoamField Read(const std::string& text) {
-  const TemporaryFolder folder;
+FoamField Read(std::string const& text) {
+  TemporaryFolder const folder;
   return ReadFoamField(folder.Write("0/p", text), 3, ThreeCells());
 }
 
-std::string Refusal(const std::string& text) {
-  const TemporaryFolder folder;
-  const std::string file = folder.Write("0/p", text);
-  const std::string what = MeshErrorOf([&] { ReadFoamField(file, 3, ThreeCells()); });
+std::string Refusal(std::string const& text) {
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("0/p", text);
+  std::string const what = MeshErrorOf([&] { ReadFoamField(file, 3, ThreeCells()); });
   EXPECT_EQ(what.rfind(file, 0), 0U) << what;
   return what.substr(std::min(what.size(), file.size()));
 }
 
-const std::string kAllPatches = "\".*\" { type zeroGradient; }\n";
+std::string const kAllPatches = "\".*\" { type zeroGradient; }\n";
 
 TEST(FoamField, ReadsUniformAndNonuniformValuesOfCells) {
   EXPECT_EQ(Read(Text("uniform -2.5e3", kAllPatches)).cell, (Numbers{-2500, -2500, -2500}));
@@ -59,7 +59,7 @@ TEST(FoamField, ReadsUniformAndNonuniformValuesOfCells) {
 }
 
 TEST(FoamField, TakesTheValueEntriesOfPatches) {
-  const FoamField field = Read(Text("uniform 0",
+  FoamField const field = Read(Text("uniform 0",
                                     "inlet { type fixedValue; value nonuniform List<scalar> 3(1 2 3); }\n"
                                     "wall_low { type calculated; refs (a { b 1; }); value uniform 4; }\n"
                                     "wall_high { type inletOutlet; inletValue uniform 9; value uniform 5; }\n"
@@ -71,16 +71,16 @@ TEST(FoamField, TakesTheValueEntriesOfPatches) {
 }
 
 TEST(FoamField, LeavesFacesToTheirCellsWithAWordWhereValuesAreMissing) {
-  const FoamField field = Read(Text("uniform 0",
+  FoamField const field = Read(Text("uniform 0",
                                     "inlet { type zeroGradient; value uniform 8; }\n"
                                     "wall_low { type fixedFluxPressure; gradient uniform 0; }\n"));
-  for (const auto& patch : field.patch) EXPECT_EQ(patch, std::nullopt);
+  for (auto const& patch : field.patch) EXPECT_EQ(patch, std::nullopt);
   // wall_high has no entry at all, "none" no faces.
   EXPECT_EQ(field.lacksValues, (std::vector<char>{0, 1, 1, 0}));
 }
 
 TEST(FoamField, FindsPatchesByNameBeforePatternsAndByTheLastPattern) {
-  const FoamField field = Read(Text("uniform 0",
+  FoamField const field = Read(Text("uniform 0",
                                     "\"wall_.*\" { type fixedValue; value uniform 1; }\n"
                                     "\"(inlet|wall_low)\" { type fixedValue; value uniform 2; }\n"
                                     "wall_high { type fixedValue; value uniform 3; }\n"
@@ -91,7 +91,7 @@ TEST(FoamField, FindsPatchesByNameBeforePatternsAndByTheLastPattern) {
 }
 
 TEST(FoamField, KnowsTheMacroOfTheInternalField) {
-  const std::string patches = "\".*\" { type fixedValue; value $internalField; }\n";
+  std::string const patches = "\".*\" { type fixedValue; value $internalField; }\n";
   EXPECT_EQ(Read(Text("uniform 6", patches)).patch[1], (Numbers{6, 6}));
   EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 3(1 2 3)", patches)),
             ":12: $internalField stands for values only of a uniform field");
@@ -121,7 +121,7 @@ TEST(FoamField, RefusesWhatItCannotRead) {
 }
 
 TEST(FoamField, RefusesPatternsThatWouldExhaustTheStackOrTheMemory) {
-  const std::string deep = std::string(30000, '(') + "inlet" + std::string(30000, ')');
+  std::string const deep = std::string(30000, '(') + "inlet" + std::string(30000, ')');
   EXPECT_EQ(
       Refusal(Text("uniform 1", "\"" + deep + "\" { type zeroGradient; }\n")),
       ":12: the pattern '((((((((((((((((((((((((((((((((((((((((...' has 60005 characters, more than 1000");
@@ -141,24 +141,24 @@ PolyMeshBoundary ManyPatches(int n) {
 }
 
 TEST(FoamField, FindsAThousandPatchesAmongAThousandPatterns) {
-  const int n = 1000;
+  int const n = 1000;
   std::string entries;
   for (int p = 0; p < n; ++p) {
     entries += "\"blade_" + std::to_string(p) + "_.*\" { type fixedValue; value uniform " +
                std::to_string(p) + "; }\n";
   }
-  const TemporaryFolder folder;
-  const std::string file = folder.Write("p", Text("uniform 0", entries));
-  const FoamField field = ReadFoamField(file, 1, ManyPatches(n));
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("p", Text("uniform 0", entries));
+  FoamField const field = ReadFoamField(file, 1, ManyPatches(n));
   for (int p = 0; p < n; ++p) EXPECT_EQ(field.patch[p], (Numbers{double(p)}));
 }
 
 TEST(FoamField, RefusesPatternsWhoseMatchingWouldTakeTheProductOfAll) {
-  const int n = 2000;
+  int const n = 2000;
   std::string entries;
   for (int p = 0; p < n; ++p) entries += "\".*(" + std::to_string(p) + "x)+.*\" { type zeroGradient; }\n";
-  const TemporaryFolder folder;
-  const std::string file = folder.Write("p", Text("uniform 0", entries));
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("p", Text("uniform 0", entries));
   EXPECT_EQ(
       MeshErrorOf([&] { ReadFoamField(file, 1, ManyPatches(n)); }),
       file + ": the 2000 patterns are too many, or too long, for 2000 patches; give patches by their names");
@@ -172,36 +172,36 @@ TEST(FoamField, DoesNotWriteOutRepeatedValuesThatNoPatchNeeds) {
   for (int p = 0; p < 1000; ++p) {
     entries += "p" + std::to_string(p) + " { type fixedValue; value nonuniform List<scalar> 1000000{1}; }\n";
   }
-  const TemporaryFolder folder;
-  const std::string file = folder.Write("p", Text("uniform 0", entries + kAllPatches));
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("p", Text("uniform 0", entries + kAllPatches));
   EXPECT_EQ(ReadFoamField(file, 1, boundary).patch[0], std::nullopt);
 }
 
 TEST(FoamField, RefusesEveryTruncatedFile) {
-  const std::string text =
+  std::string const text =
       Text("nonuniform List<scalar> 3(1 2 3)", "inlet { type fixedValue; value uniform 1; }\n");
-  const std::size_t end = text.find("}\n// the end");
+  std::size_t const end = text.find("}\n// the end");
   for (std::size_t length = 0; length < end; ++length) {
-    const TemporaryFolder folder;
-    const std::string file = folder.Write("p", text.substr(0, length));
+    TemporaryFolder const folder;
+    std::string const file = folder.Write("p", text.substr(0, length));
     EXPECT_THROW(ReadFoamField(file, 3, ThreeCells()), reference_host::MeshError) << length;
   }
 }
 
 // Whatever single byte is changed: the field is read or refused, nothing else.
 TEST(FoamField, SurvivesDamagedBytes) {
-  const std::string whole =
+  std::string const whole =
       Text("nonuniform List<scalar> 3(1 2 3)",
            "inlet { type fixedValue; value nonuniform List<scalar> 3{1}; }\n\"w.*\" { type slip; }\n");
   for (std::size_t at = 0; at < whole.size(); ++at) {
-    for (const char c : {'(', '}', ';', '"', '9', '-', '$', '\0'}) {
+    for (char const c : {'(', '}', ';', '"', '9', '-', '$', '\0'}) {
       std::string text = whole;
       text[at] = c;
-      const TemporaryFolder folder;
-      const std::string file = folder.Write("p", text);
+      TemporaryFolder const folder;
+      std::string const file = folder.Write("p", text);
       try {
         EXPECT_EQ(ReadFoamField(file, 3, ThreeCells()).cell.size(), 3U);
-      } catch (const reference_host::MeshError& error) {
+      } catch (reference_host::MeshError const& error) {
         EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos);
       }
     }
@@ -209,12 +209,12 @@ TEST(FoamField, SurvivesDamagedBytes) {
 }
 
 TEST(FoamFieldLookup, FindsFacesByTheirCellPatchAndPlaceAmongItsFaces) {
-  const PolyMeshBoundary boundary = ThreeCells();
-  const FoamField field = Read(Text("nonuniform List<scalar> 3(10 20 30)",
+  PolyMeshBoundary const boundary = ThreeCells();
+  FoamField const field = Read(Text("nonuniform List<scalar> 3(10 20 30)",
                                     "inlet { type fixedValue; value nonuniform List<scalar> 3(1 2 3); }\n"
                                     "wall_low { type zeroGradient; }\n"
                                     "wall_high { type fixedValue; value uniform 5; }\n"));
-  const FoamFieldLookup lookup(field, boundary);
+  FoamFieldLookup const lookup(field, boundary);
   EXPECT_EQ(lookup.AtCell(1), 20);
   EXPECT_EQ(lookup.At({0, 0, 0}), 1);
   EXPECT_EQ(lookup.At({0, 0, 1}), 3);

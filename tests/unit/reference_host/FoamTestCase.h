@@ -20,27 +20,27 @@ using reference_host::FaceMesh;
 using reference_host::Patch;
 using reference_host::Point;
 
-inline std::string Header(const std::string& className) {
+inline std::string Header(std::string const& className) {
   return "FoamFile\n{\n    version 2.0;\n    format ascii;\n    class " + className + ";\n}\n\n";
 }
 
-inline void WriteText(const std::string& file, const std::string& text) {
+inline void WriteText(std::string const& file, std::string const& text) {
   std::filesystem::create_directories(std::filesystem::path(file).parent_path());
   std::ofstream(file) << text;
 }
 
 /// "N (item item ...)"
 template <class Item>
-std::string ListText(const std::vector<Item>& items) {
+std::string ListText(std::vector<Item> const& items) {
   std::ostringstream text;
   text << std::setprecision(17) << items.size() << "\n(\n";
-  for (const Item& item : items) text << item << '\n';
+  for (Item const& item : items) text << item << '\n';
   text << ")\n";
   return text.str();
 }
 
 /// The mesh with its faces as OpenFOAM wants them: inner faces first, then those of each patch.
-inline FaceMesh InFoamOrder(const FaceMesh& mesh) {
+inline FaceMesh InFoamOrder(FaceMesh const& mesh) {
   std::vector<int> order;
   for (int f = 0; f < mesh.nFaces(); ++f) order.push_back(f);
   std::stable_sort(order.begin(), order.end(),
@@ -53,7 +53,7 @@ inline FaceMesh InFoamOrder(const FaceMesh& mesh) {
     if (patch.type.empty())
       patch.type = patch.name == "inlet" || patch.name == "outlet" ? "patch" : patch.name;
   }
-  for (const int f : order) {
+  for (int const f : order) {
     sorted.faceNode.insert(sorted.faceNode.end(),
                            mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f]),
                            mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]));
@@ -69,9 +69,9 @@ inline FaceMesh InFoamOrder(const FaceMesh& mesh) {
 using PatchEntries = std::map<std::string, std::string>;
 
 /// @pre the mesh is in OpenFOAM's order
-inline void WriteMesh(const std::string& polyMesh, const FaceMesh& mesh, const PatchEntries& entries = {}) {
+inline void WriteMesh(std::string const& polyMesh, FaceMesh const& mesh, PatchEntries const& entries = {}) {
   std::vector<std::string> points, faces;
-  for (const Point& p : mesh.points) {
+  for (Point const& p : mesh.points) {
     std::ostringstream text;
     text << std::setprecision(17) << '(' << p[0] << ' ' << p[1] << ' ' << p[2] << ')';
     points.push_back(text.str());
@@ -87,8 +87,8 @@ inline void WriteMesh(const std::string& polyMesh, const FaceMesh& mesh, const P
   std::vector<std::string> patches;
   auto start = static_cast<std::ptrdiff_t>(neighbour.size());
   for (std::size_t p = 0; p < mesh.patches.size(); ++p) {
-    const auto n = std::count(mesh.facePatch.begin(), mesh.facePatch.end(), static_cast<int>(p));
-    const auto more = entries.find(mesh.patches[p].name);
+    auto const n = std::count(mesh.facePatch.begin(), mesh.facePatch.end(), static_cast<int>(p));
+    auto const more = entries.find(mesh.patches[p].name);
     patches.push_back(mesh.patches[p].name + " { type " + mesh.patches[p].type + "; nFaces " +
                       std::to_string(n) + "; startFace " + std::to_string(start) + "; " +
                       (more == entries.end() ? "" : more->second) + "}");
@@ -111,7 +111,7 @@ struct Piece {
 
 /// Cuts a piece out: cells, points, inner faces and faces of patches keep the order of the whole mesh; behind them stand
 /// the faces shared with each other processor, pointing out.
-inline Piece MakePiece(const FaceMesh& whole, const std::vector<int>& partOfCell, int part, int nParts) {
+inline Piece MakePiece(FaceMesh const& whole, std::vector<int> const& partOfCell, int part, int nParts) {
   Piece piece;
   std::vector<int> localCell(static_cast<std::size_t>(whole.nCells), -1);
   for (int c = 0; c < whole.nCells; ++c) {
@@ -123,12 +123,12 @@ inline Piece MakePiece(const FaceMesh& whole, const std::vector<int>& partOfCell
   mesh.nCells = static_cast<int>(piece.cell.size());
   mesh.patches = whole.patches;
   std::vector<int> localPoint(whole.points.size(), -1);
-  const auto local = [&localCell](int cell) { return cell < 0 ? -1 : localCell[cell]; };
-  const auto add = [&](int f, int owner, int neighbour, int patch, bool isTurned) {
+  auto const local = [&localCell](int cell) { return cell < 0 ? -1 : localCell[cell]; };
+  auto const add = [&](int f, int owner, int neighbour, int patch, bool isTurned) {
     std::vector<int> nodes(whole.faceNode.begin() + static_cast<std::ptrdiff_t>(whole.faceStart[f]),
                            whole.faceNode.begin() + static_cast<std::ptrdiff_t>(whole.faceStart[f + 1]));
     if (isTurned) std::reverse(nodes.begin() + 1, nodes.end());
-    for (const int node : nodes) localPoint[node] = 0;
+    for (int const node : nodes) localPoint[node] = 0;
     mesh.faceNode.insert(mesh.faceNode.end(), nodes.begin(), nodes.end());
     mesh.faceStart.push_back(mesh.faceNode.size());
     mesh.owner.push_back(owner);
@@ -137,7 +137,7 @@ inline Piece MakePiece(const FaceMesh& whole, const std::vector<int>& partOfCell
     piece.face.push_back(isTurned ? -(f + 1) : f + 1);
   };
   for (int f = 0; f < whole.nFaces(); ++f) {
-    const int owner = local(whole.owner[f]), neighbour = local(whole.neighbour[f]);
+    int const owner = local(whole.owner[f]), neighbour = local(whole.neighbour[f]);
     if (owner >= 0 && neighbour >= 0) add(f, owner, neighbour, -1, false);
   }
   for (int f = 0; f < whole.nFaces(); ++f) {
@@ -145,11 +145,11 @@ inline Piece MakePiece(const FaceMesh& whole, const std::vector<int>& partOfCell
       add(f, local(whole.owner[f]), -1, whole.facePatch[f], false);
   }
   for (int other = 0; other < nParts; ++other) {
-    const std::string name = "procBoundary" + std::to_string(part) + "to" + std::to_string(other);
-    const int patch = static_cast<int>(mesh.patches.size());
+    std::string const name = "procBoundary" + std::to_string(part) + "to" + std::to_string(other);
+    int const patch = static_cast<int>(mesh.patches.size());
     for (int f = 0; f < whole.nFaces(); ++f) {
       if (whole.neighbour[f] < 0 || other == part) continue;
-      const int a = partOfCell[whole.owner[f]], b = partOfCell[whole.neighbour[f]];
+      int const a = partOfCell[whole.owner[f]], b = partOfCell[whole.neighbour[f]];
       if (a == part && b == other) add(f, local(whole.owner[f]), -1, patch, false);
       if (a == other && b == part) add(f, local(whole.neighbour[f]), -1, patch, true);
     }
@@ -168,11 +168,11 @@ inline Piece MakePiece(const FaceMesh& whole, const std::vector<int>& partOfCell
   return piece;
 }
 
-inline std::string PieceFolder(const std::string& folder, int part) {
+inline std::string PieceFolder(std::string const& folder, int part) {
   return folder + "/processor" + std::to_string(part) + "/constant/polyMesh";
 }
 
-inline void WritePiece(const std::string& polyMesh, const Piece& piece, bool withAddressing) {
+inline void WritePiece(std::string const& polyMesh, Piece const& piece, bool withAddressing) {
   WriteMesh(polyMesh, piece.mesh, piece.entries);
   if (!withAddressing) return;
   WriteText(polyMesh + "/cellProcAddressing", Header("labelList") + ListText(piece.cell));
@@ -182,9 +182,9 @@ inline void WritePiece(const std::string& polyMesh, const Piece& piece, bool wit
 
 /// folder/processor0, folder/processor1, ...
 /// @param[in] change  called with each piece before it is written; may be empty
-inline void WriteDecomposed(const std::string& folder, const FaceMesh& whole,
-                            const std::vector<int>& partOfCell, int nParts, bool withAddressing,
-                            const std::function<void(int, Piece&)>& change = {}) {
+inline void WriteDecomposed(std::string const& folder, FaceMesh const& whole,
+                            std::vector<int> const& partOfCell, int nParts, bool withAddressing,
+                            std::function<void(int, Piece&)> const& change = {}) {
   for (int part = 0; part < nParts; ++part) {
     Piece piece = MakePiece(whole, partOfCell, part, nParts);
     if (change) change(part, piece);
@@ -195,8 +195,8 @@ inline void WriteDecomposed(const std::string& folder, const FaceMesh& whole,
 /// A volScalarField of any mesh, boundary values as `value` of every patch.
 /// @param[in] cell  value of each cell
 /// @param[in] face  value of each face, those at the boundary are used
-inline std::string FieldText(const FaceMesh& mesh, const std::vector<double>& cell,
-                             const std::vector<double>& face) {
+inline std::string FieldText(FaceMesh const& mesh, std::vector<double> const& cell,
+                             std::vector<double> const& face) {
   std::string text = Header("volScalarField") +
                      "dimensions [0 0 0 1 0 0 0];\n\ninternalField nonuniform List<scalar>\n" +
                      ListText(cell) + ";\n\nboundaryField\n{\n";
@@ -205,7 +205,7 @@ inline std::string FieldText(const FaceMesh& mesh, const std::vector<double>& ce
     for (int f = 0; f < mesh.nFaces(); ++f) {
       if (mesh.facePatch[f] == static_cast<int>(p)) values.push_back(face[f]);
     }
-    const bool isCut = mesh.patches[p].type == "processor";
+    bool const isCut = mesh.patches[p].type == "processor";
     text += mesh.patches[p].name + " { type " + (isCut ? "processor" : "fixedValue") +
             "; value nonuniform List<scalar> " + ListText(values) + "; }\n";
   }

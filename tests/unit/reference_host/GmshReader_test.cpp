@@ -21,7 +21,7 @@ using reference_host::CheckMesh;
 using reference_host::FaceMesh;
 using reference_host::ReadGmsh;
 
-const std::vector<std::pair<std::string, bool>> kVariants = {
+std::vector<std::pair<std::string, bool>> const kVariants = {
     {"2.2", false}, {"2.2", true}, {"4.1", false}, {"4.1", true}};
 
 /// Node tags from positions in the list of points.
@@ -63,38 +63,38 @@ GmshTestMesh MixedMesh() {
   return mesh;
 }
 
-FaceMesh ReadText(const std::string& content) {
-  const TemporaryFolder folder;
+FaceMesh ReadText(std::string const& content) {
+  TemporaryFolder const folder;
   return ReadGmsh(folder.Write("a.msh", content));
 }
 
-FaceMesh Read(const GmshTestMesh& mesh, const std::string& version = "2.2", bool binary = false) {
+FaceMesh Read(GmshTestMesh const& mesh, std::string const& version = "2.2", bool binary = false) {
   return ReadText(WriteGmsh(mesh, version, binary));
 }
 
 /// What the reader says about a file called a.msh, with the name of the temporary folder removed.
-std::string Refusal(const std::string& content) {
-  const TemporaryFolder folder;
-  const std::string file = folder.Write("a.msh", content);
-  const std::string what = MeshErrorOf([&] { ReadGmsh(file); });
+std::string Refusal(std::string const& content) {
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("a.msh", content);
+  std::string const what = MeshErrorOf([&] { ReadGmsh(file); });
   EXPECT_EQ(what.rfind(folder.Path() + "/a.msh:", 0), 0U) << what;
   return what.substr(std::min(what.size(), folder.Path().size() + 1));
 }
 
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  const std::size_t at = text.find(from);
+std::string Replaced(std::string text, std::string const& from, std::string const& to) {
+  std::size_t const at = text.find(from);
   EXPECT_NE(at, std::string::npos) << from;
   return text.replace(at, from.size(), to);
 }
 
 TEST(GmshReader, ReadsHexahedronPrismPyramidAndTetrahedronInOneMesh) {
-  const FaceMesh mesh = Read(MixedMesh());
+  FaceMesh const mesh = Read(MixedMesh());
 
   EXPECT_EQ(mesh.nCells, 4);
   EXPECT_EQ(mesh.nFaces(), 6 + 5 + 5 + 4 - 3);
   EXPECT_EQ(std::count(mesh.neighbour.begin(), mesh.neighbour.end(), -1), 14);
   CheckMesh(mesh);
-  const std::vector<double> volume = reference_host::ComputeCellGeometry(mesh, mesh.nCells).volume;
+  std::vector<double> const volume = reference_host::ComputeCellGeometry(mesh, mesh.nCells).volume;
   EXPECT_NEAR(volume[0], 1.0, 1e-15);
   EXPECT_NEAR(volume[1], 0.5, 1e-15);
   EXPECT_NEAR(volume[2], 1.0 / 3, 1e-15);
@@ -102,17 +102,17 @@ TEST(GmshReader, ReadsHexahedronPrismPyramidAndTetrahedronInOneMesh) {
 }
 
 TEST(GmshReader, BothVersionsInTextAndBinaryGiveTheSameMesh) {
-  const FaceMesh expected = Read(MixedMesh());
-  for (const auto& [version, binary] : kVariants) {
+  FaceMesh const expected = Read(MixedMesh());
+  for (auto const& [version, binary] : kVariants) {
     SCOPED_TRACE(version + (binary ? " binary" : " text"));
     ExpectSameMesh(Read(MixedMesh(), version, binary), expected);
   }
 }
 
 TEST(GmshReader, MakesPatchesOfPhysicalSurfaces) {
-  for (const auto& [version, binary] : kVariants) {
+  for (auto const& [version, binary] : kVariants) {
     SCOPED_TRACE(version + (binary ? " binary" : " text"));
-    const FaceMesh mesh = Read(MixedMesh(), version, binary);
+    FaceMesh const mesh = Read(MixedMesh(), version, binary);
     ASSERT_EQ(mesh.patches.size(), 5U);
     EXPECT_EQ(mesh.patches[0].name, "inlet");
     EXPECT_EQ(mesh.patches[1].name, "outlet (right)");
@@ -128,26 +128,26 @@ TEST(GmshReader, MakesPatchesOfPhysicalSurfaces) {
 }
 
 TEST(GmshReader, LeavesOutNodesOfNoCell) {
-  const FaceMesh mesh = Read(MixedMesh());
+  FaceMesh const mesh = Read(MixedMesh());
   EXPECT_EQ(mesh.points.size(), 12U);
-  for (const auto& point : mesh.points) EXPECT_LT(point[0], 9);
+  for (auto const& point : mesh.points) EXPECT_LT(point[0], 9);
 }
 
 TEST(GmshReader, TakesLinesThatEndTheWindowsWay) {
-  for (const char* const version : {"2.2", "4.1"}) {
-    const std::string unixText = WriteGmsh(MixedMesh(), version, false);
+  for (char const* const version : {"2.2", "4.1"}) {
+    std::string const unixText = WriteGmsh(MixedMesh(), version, false);
     std::string text;
-    for (const char c : unixText) text += c == '\n' ? "\r\n" : std::string(1, c);
+    for (char const c : unixText) text += c == '\n' ? "\r\n" : std::string(1, c);
     ExpectSameMesh(ReadText(text), Read(MixedMesh()));
   }
 }
 
 TEST(GmshReader, FindsNodesWithHugeGapsBetweenTheirTags) {
   // Tag 123 becomes 2000000003: no table by tag could be made for it.
-  const std::string text = WriteGmsh(MixedMesh(), "2.2", false);
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
   std::string sparse;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool isTag =
+    bool const isTag =
         text.compare(i, 4, "113 ") == 0 && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '\n');
     if (!isTag) sparse += text[i];
     if (isTag) sparse += "2000000003", i += 2;
@@ -157,7 +157,7 @@ TEST(GmshReader, FindsNodesWithHugeGapsBetweenTheirTags) {
 }
 
 TEST(GmshReader, PassesOverSectionsOfNoInterest) {
-  const std::string text = WriteGmsh(MixedMesh(), "4.1", false) +
+  std::string const text = WriteGmsh(MixedMesh(), "4.1", false) +
                            "$Periodic\n1\n2 1 2\n$EndPeriodic\n$NodeData\n1\n\"$Nodes\"\n$EndNodeData\n";
   ExpectSameMesh(ReadText(text), Read(MixedMesh()));
 }
@@ -167,11 +167,11 @@ TEST(GmshReader, ReadsPrismsOnTetrahedra) {
   GmshTestMesh mesh;
   mesh.points = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {0, 0, -1}};
   mesh.elements = {{6, 1, 0, Tags({0, 1, 2, 3, 4, 5})}, {4, 2, 0, Tags({0, 1, 2, 6})}};
-  for (const auto& [version, binary] : kVariants) {
-    const FaceMesh faces = Read(mesh, version, binary);
+  for (auto const& [version, binary] : kVariants) {
+    FaceMesh const faces = Read(mesh, version, binary);
     CheckMesh(faces);
     EXPECT_EQ(faces.nFaces(), 5 + 4 - 1);
-    const std::vector<double> volume = reference_host::ComputeCellGeometry(faces, 2).volume;
+    std::vector<double> const volume = reference_host::ComputeCellGeometry(faces, 2).volume;
     EXPECT_NEAR(volume[0], 0.5, 1e-15);
     EXPECT_NEAR(volume[1], 1.0 / 6, 1e-15);
   }
@@ -186,8 +186,8 @@ TEST(GmshReader, MergesPhysicalSurfacesOfOneName) {
 TEST(GmshReader, RefusesSecondOrderElementsByNumberAndType) {
   GmshTestMesh mesh = MixedMesh();
   mesh.elements.push_back({11, 31, 1, Tags({0, 1, 2, 4, 5, 6, 7, 8, 9, 10})});
-  for (const auto& [version, binary] : kVariants) {
-    const std::string what = Refusal(WriteGmsh(mesh, version, binary));
+  for (auto const& [version, binary] : kVariants) {
+    std::string const what = Refusal(WriteGmsh(mesh, version, binary));
     ExpectContains(what, "element 31 is a second-order tetrahedron with 10 nodes");
     ExpectContains(what, "first-order");
     ExpectContains(what, binary ? "a.msh: offset " : (version == "2.2" ? "a.msh:39: " : "a.msh:79: "));
@@ -203,22 +203,22 @@ TEST(GmshReader, RefusesOtherElementTypesByNumber) {
 }
 
 TEST(GmshReader, RefusesPartitionedFiles) {
-  const std::string text = Replaced(WriteGmsh(MixedMesh(), "4.1", false), "$Nodes\n",
+  std::string const text = Replaced(WriteGmsh(MixedMesh(), "4.1", false), "$Nodes\n",
                                     "$PartitionedEntities\n3\n0\n$EndPartitionedEntities\n$Nodes\n");
   ExpectContains(Refusal(text), "the mesh is partitioned");
 }
 
 TEST(GmshReader, RefusesTheByteOrderOfOtherMachines) {
-  for (const char* const version : {"2.2", "4.1"}) {
+  for (char const* const version : {"2.2", "4.1"}) {
     std::string content = WriteGmsh(MixedMesh(), version, true);
-    const std::size_t one = content.find("1 8\n") + 4;
+    std::size_t const one = content.find("1 8\n") + 4;
     std::reverse(content.begin() + static_cast<long>(one), content.begin() + static_cast<long>(one) + 4);
     EXPECT_EQ(Refusal(content), "a.msh: offset 20: the file has the byte order of another machine");
   }
 }
 
 TEST(GmshReader, RefusesOtherVersionsAndFormats) {
-  const std::string text = WriteGmsh(MixedMesh(), "2.2", false);
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
   EXPECT_EQ(Refusal(Replaced(text, "2.2 0 8", "4.0 0 8")),
             "a.msh:2: Gmsh format '4.0' cannot be read; save the mesh as version 4.1 or 2.2");
   ExpectContains(Refusal(Replaced(text, "2.2 0 8", "2.2 2 8")), "a.msh:2: 0 (text) or 1 (binary) expected");
@@ -234,7 +234,7 @@ TEST(GmshReader, RefusesFilesWithoutVolumeElements) {
 }
 
 TEST(GmshReader, RefusesFilesWithoutNodesOrElements) {
-  const std::string format = "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n";
+  std::string const format = "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n";
   ExpectContains(Refusal(format), "the file ends without a section $Nodes");
   ExpectContains(Refusal(format + "$Nodes\n0\n$EndNodes\n"), "the file ends without a section $Elements");
 }
@@ -251,7 +251,7 @@ TEST(GmshReader, RefusesElementsOfNodesThatAreNotThere) {
 }
 
 TEST(GmshReader, RefusesNodesThatAreThereTwice) {
-  const std::string text = WriteGmsh(MixedMesh(), "2.2", false);
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
   ExpectContains(Refusal(Replaced(text, "\n13 1 0 0", "\n3 1 0 0")), "node 3 is there twice");
 }
 
@@ -276,7 +276,7 @@ TEST(GmshReader, RefusesCellsThatHaveANodeTwice) {
 }
 
 TEST(GmshReader, RefusesCountsThatTheFileCannotHold) {
-  const std::string text22 = WriteGmsh(MixedMesh(), "2.2", false);
+  std::string const text22 = WriteGmsh(MixedMesh(), "2.2", false);
   EXPECT_EQ(Refusal(Replaced(text22, "$Nodes\n13\n", "$Nodes\n9000000000000000000\n")),
             "a.msh:13: the file says 9000000000000000000 nodes, more than the rest of it can hold");
   ExpectContains(Refusal(Replaced(text22, "$Nodes\n13\n", "$Nodes\n-1\n")),
@@ -287,11 +287,11 @@ TEST(GmshReader, RefusesCountsThatTheFileCannotHold) {
                  "more than the rest");
 
   // In a 4.1 file the first numbers of a section are 8 bytes each.
-  const std::string binary = WriteGmsh(MixedMesh(), "4.1", true);
-  for (const char* const section : {"$Entities\n", "$Nodes\n", "$Elements\n"}) {
-    for (const std::size_t number : {0, 1}) {
+  std::string const binary = WriteGmsh(MixedMesh(), "4.1", true);
+  for (char const* const section : {"$Entities\n", "$Nodes\n", "$Elements\n"}) {
+    for (std::size_t const number : {0, 1}) {
       std::string damaged = binary;
-      const std::size_t at = damaged.find(section) + std::string(section).size() + 8 * number;
+      std::size_t const at = damaged.find(section) + std::string(section).size() + 8 * number;
       damaged[at + 5] = 1;  // adds 2^40
       ExpectContains(Refusal(damaged), "more than the rest of it can hold");
     }
@@ -299,7 +299,7 @@ TEST(GmshReader, RefusesCountsThatTheFileCannotHold) {
 }
 
 TEST(GmshReader, RefusesNumbersThatAreNone) {
-  const std::string text = WriteGmsh(MixedMesh(), "2.2", false);
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
   EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 0x 0")),
             "a.msh:15: a coordinate expected instead of '0x'");
   EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 1e999 0")),
@@ -311,14 +311,14 @@ TEST(GmshReader, RefusesNumbersThatAreNone) {
 }
 
 TEST(GmshReader, TakesPlusSignsAndTheSmallestNumbers) {
-  const std::string text = WriteGmsh(MixedMesh(), "2.2", false);
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
   ExpectSameMesh(ReadText(Replaced(text, "\n13 1 0 0", "\n13 +1 1e-999 0")), Read(MixedMesh()));
 }
 
 TEST(GmshReader, RefusesEveryTruncatedFile) {
-  for (const auto& [version, binary] : kVariants) {
+  for (auto const& [version, binary] : kVariants) {
     SCOPED_TRACE(version + (binary ? " binary" : " text"));
-    const std::string content = WriteGmsh(MixedMesh(), version, binary);
+    std::string const content = WriteGmsh(MixedMesh(), version, binary);
     for (std::size_t length = 0; length + 1 < content.size(); ++length) Refusal(content.substr(0, length));
   }
 }
@@ -327,19 +327,19 @@ TEST(GmshReader, RefusesEveryTruncatedFile) {
 TEST(GmshReader, SurvivesDamagedBytes) {
   std::mt19937 random(20);
   int nRefused = 0;
-  for (const auto& [version, binary] : kVariants) {
-    const std::string content = WriteGmsh(MixedMesh(), version, binary);
-    const TemporaryFolder folder;
+  for (auto const& [version, binary] : kVariants) {
+    std::string const content = WriteGmsh(MixedMesh(), version, binary);
+    TemporaryFolder const folder;
     for (int round = 0; round < 1000; ++round) {
       std::string damaged = content;
       for (int i = 0; i < 3; ++i) {
         damaged[random() % damaged.size()] =
             static_cast<char>(binary ? random() : "0123456789-. \n$"[random() % 15]);
       }
-      const std::string file = folder.Write("a.msh", damaged);
+      std::string const file = folder.Write("a.msh", damaged);
       try {
         CheckMesh(ReadGmsh(file));
-      } catch (const reference_host::MeshError&) {
+      } catch (reference_host::MeshError const&) {
         ++nRefused;
       }
     }
@@ -348,19 +348,19 @@ TEST(GmshReader, SurvivesDamagedBytes) {
 }
 
 TEST(GmshReader, RefusesMissingFilesAndFolders) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   EXPECT_EQ(MeshErrorOf([&] { ReadGmsh(folder.Path() + "/none.msh"); }),
             folder.Path() + "/none.msh: no such file");
   ExpectContains(MeshErrorOf([&] { ReadGmsh(folder.Path()); }), ": a folder, not a regular file");
 }
 
 TEST(GmshReader, GivesTheCheckTheNumbersOfTheFile) {
-  const TemporaryFolder folder;
-  const auto refusal = [&](const GmshTestMesh& mesh, const std::string& version) {
-    const FaceMesh read = ReadGmsh(folder.Write("a.msh", WriteGmsh(mesh, version, true)));
+  TemporaryFolder const folder;
+  auto const refusal = [&](GmshTestMesh const& mesh, std::string const& version) {
+    FaceMesh const read = ReadGmsh(folder.Write("a.msh", WriteGmsh(mesh, version, true)));
     return MeshErrorOf([&] { CheckMesh(read, "a.msh"); });
   };
-  for (const char* const version : {"2.2", "4.1"}) {
+  for (char const* const version : {"2.2", "4.1"}) {
     GmshTestMesh mesh;
     // The node with the tag 3 belongs to nothing; those of the tetrahedron are 13, 23, 33 and 43.
     mesh.points = {{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};

@@ -15,7 +15,7 @@ class GmshTestFile {
 
   std::string Content() const { return out_.str(); }
 
-  GmshTestFile& Text(const std::string& text) {
+  GmshTestFile& Text(std::string const& text) {
     out_ << text;
     return *this;
   }
@@ -30,7 +30,7 @@ class GmshTestFile {
     return *this;
   }
 
-  GmshTestFile& Format(const std::string& version) {
+  GmshTestFile& Format(std::string const& version) {
     Text("$MeshFormat\n" + version + (binary_ ? " 1 8\n" : " 0 8\n"));
     if (binary_) Int(1).Text("\n");
     return Text("$EndMeshFormat\n");
@@ -40,7 +40,7 @@ class GmshTestFile {
   template <class Value>
   GmshTestFile& Number(Value value) {
     if (binary_) {
-      out_.write(reinterpret_cast<const char*>(&value), sizeof value);
+      out_.write(reinterpret_cast<char const*>(&value), sizeof value);
     } else {
       out_ << value << ' ';
     }
@@ -66,25 +66,25 @@ struct GmshTestMesh {
   static int NodeTag(int i) { return 10 * i + 3; }
 };
 
-inline std::string WriteGmsh22(const GmshTestMesh& mesh, bool binary) {
+inline std::string WriteGmsh22(GmshTestMesh const& mesh, bool binary) {
   GmshTestFile file(binary);
   file.Format("2.2").Text(mesh.physicalNames);
   file.Text("$Nodes\n" + std::to_string(mesh.points.size()) + "\n");
   for (std::size_t i = 0; i < mesh.points.size(); ++i) {
     file.Int(GmshTestMesh::NodeTag(static_cast<int>(i)));
-    for (const double x : mesh.points[i]) file.Real(x);
+    for (double const x : mesh.points[i]) file.Real(x);
     file.Break();
   }
   file.Text(binary ? "\n$EndNodes\n" : "$EndNodes\n");
   file.Text("$Elements\n" + std::to_string(mesh.elements.size()) + "\n");
-  for (const GmshTestElement& element : mesh.elements) {
+  for (GmshTestElement const& element : mesh.elements) {
     if (binary) {
       file.Int(element.type).Int(1).Int(2).Int(element.tag);
     } else {
       file.Int(element.tag).Int(element.type).Int(2);
     }
     file.Int(element.physical).Int(1);
-    for (const int node : element.nodes) file.Int(node);
+    for (int const node : element.nodes) file.Int(node);
     file.Break();
   }
   file.Text(binary ? "\n$EndElements\n" : "$EndElements\n");
@@ -93,21 +93,21 @@ inline std::string WriteGmsh22(const GmshTestMesh& mesh, bool binary) {
 
 /// Every element gets a block of its own and a geometric entity of its own, whose number is that of the
 /// element. The first half of the nodes is written with parameters on a surface.
-inline std::string WriteGmsh41(const GmshTestMesh& mesh, bool binary) {
-  const auto dimensionOf = [](const GmshTestElement& e) { return e.type >= 4 ? 3 : 2; };
+inline std::string WriteGmsh41(GmshTestMesh const& mesh, bool binary) {
+  auto const dimensionOf = [](GmshTestElement const& e) { return e.type >= 4 ? 3 : 2; };
   GmshTestFile file(binary);
   file.Format("4.1").Text(mesh.physicalNames);
 
   int nSurfaces = 0;
-  for (const GmshTestElement& element : mesh.elements) nSurfaces += dimensionOf(element) == 2 ? 1 : 0;
-  const int nVolumes = static_cast<int>(mesh.elements.size()) - nSurfaces;
+  for (GmshTestElement const& element : mesh.elements) nSurfaces += dimensionOf(element) == 2 ? 1 : 0;
+  int const nVolumes = static_cast<int>(mesh.elements.size()) - nSurfaces;
   file.Text("$Entities\n").Size(1).Size(1).Size(nSurfaces).Size(nVolumes).Break();
   file.Int(1).Real(0).Real(0).Real(0).Size(1).Int(77).Break();  // a point in physical group 77
   file.Int(1);                                                  // a curve between points 1 and 2
   for (int i = 0; i < 6; ++i) file.Real(0.5);
   file.Size(0).Size(2).Int(1).Int(-2).Break();
-  for (const int dimension : {2, 3}) {
-    for (const GmshTestElement& element : mesh.elements) {
+  for (int const dimension : {2, 3}) {
+    for (GmshTestElement const& element : mesh.elements) {
       if (dimensionOf(element) != dimension) continue;
       file.Int(element.tag);
       for (int i = 0; i < 6; ++i) file.Real(0.5);
@@ -118,11 +118,11 @@ inline std::string WriteGmsh41(const GmshTestMesh& mesh, bool binary) {
   }
   file.Text(binary ? "\n$EndEntities\n" : "$EndEntities\n");
 
-  const std::size_t n = mesh.points.size();
+  std::size_t const n = mesh.points.size();
   file.Text("$Nodes\n").Size(2).Size(static_cast<std::int64_t>(n)).Size(1).Size(10000).Break();
-  for (const int block : {0, 1}) {
-    const std::size_t begin = block == 0 ? 0 : n / 2;
-    const std::size_t end = block == 0 ? n / 2 : n;
+  for (int const block : {0, 1}) {
+    std::size_t const begin = block == 0 ? 0 : n / 2;
+    std::size_t const end = block == 0 ? n / 2 : n;
     file.Int(block == 0 ? 2 : 3)
         .Int(1)
         .Int(block == 0 ? 1 : 0)
@@ -130,25 +130,25 @@ inline std::string WriteGmsh41(const GmshTestMesh& mesh, bool binary) {
         .Break();
     for (std::size_t i = begin; i < end; ++i) file.Size(GmshTestMesh::NodeTag(static_cast<int>(i))).Break();
     for (std::size_t i = begin; i < end; ++i) {
-      for (const double x : mesh.points[i]) file.Real(x);
+      for (double const x : mesh.points[i]) file.Real(x);
       if (block == 0) file.Real(0.25).Real(0.75);
       file.Break();
     }
   }
   file.Text(binary ? "\n$EndNodes\n" : "$EndNodes\n");
 
-  const auto nElements = static_cast<std::int64_t>(mesh.elements.size());
+  auto const nElements = static_cast<std::int64_t>(mesh.elements.size());
   file.Text("$Elements\n").Size(nElements).Size(nElements).Size(1).Size(10000).Break();
-  for (const GmshTestElement& element : mesh.elements) {
+  for (GmshTestElement const& element : mesh.elements) {
     file.Int(dimensionOf(element)).Int(element.tag).Int(element.type).Size(1).Break();
     file.Size(element.tag);
-    for (const int node : element.nodes) file.Size(node);
+    for (int const node : element.nodes) file.Size(node);
     file.Break();
   }
   file.Text(binary ? "\n$EndElements\n" : "$EndElements\n");
   return file.Content();
 }
 
-inline std::string WriteGmsh(const GmshTestMesh& mesh, const std::string& version, bool binary) {
+inline std::string WriteGmsh(GmshTestMesh const& mesh, std::string const& version, bool binary) {
   return version == "2.2" ? WriteGmsh22(mesh, binary) : WriteGmsh41(mesh, binary);
 }

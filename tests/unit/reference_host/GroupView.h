@@ -11,9 +11,9 @@ namespace reference_host {
 struct GroupView {
   int code;  ///< in CellFaceType
   int n;
-  const int *cv, *other;
-  const double *sx, *sy, *sz;
-  const double *xc, *yc, *zc;
+  int const *cv, *other;
+  double const *sx, *sy, *sz;
+  double const *xc, *yc, *zc;
   int** nodes;
 
   Point Area(int f) const { return {sx[f], sy[f], sz[f]}; }
@@ -22,7 +22,7 @@ struct GroupView {
 
 /// All six groups, the partition faces last.
 inline std::vector<GroupView> GroupsOf(HostPartition& partition) {
-  const CZYN3DFiniteVolumeMesh& m = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& m = *partition.mesh();
   CPartitionFace_DLL& p = *partition.partitionFaces();
   // clang-format off
   return {{0, m.NInnerFaces, m.ijCV, m.ij, m.ijSx, m.ijSy, m.ijSz, m.ijxc, m.ijyc, m.ijzc, m.ijLnods},

@@ -20,9 +20,9 @@ namespace {
 using namespace test_meshes;
 using Partitions = std::vector<std::unique_ptr<HostPartition>>;
 
-Partitions CompletePartitions(const FaceMesh& mesh, const std::vector<int>& partOfCell, int nParts) {
+Partitions CompletePartitions(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts) {
   Partitions partitions;
-  for (const MeshPart& part : SplitMesh(mesh, partOfCell, nParts)) {
+  for (MeshPart const& part : SplitMesh(mesh, partOfCell, nParts)) {
     partitions.push_back(std::make_unique<HostPartition>(part));
   }
   InProcessGroup group(nParts);
@@ -35,10 +35,10 @@ Partitions CompletePartitions(const FaceMesh& mesh, const std::vector<int>& part
 
 /// Runs check(partitions, whole) for every kind of mesh in 1 to 5 parts: in runs and torn to pieces.
 template <class Check>
-void ForAllDecompositions(const Check& check) {
-  for (const auto& [name, mesh] : AllMeshes()) {
+void ForAllDecompositions(Check const& check) {
+  for (auto const& [name, mesh] : AllMeshes()) {
     SCOPED_TRACE(name);
-    const Partitions whole = CompletePartitions(mesh, std::vector<int>(mesh.nCells, 0), 1);
+    Partitions const whole = CompletePartitions(mesh, std::vector<int>(mesh.nCells, 0), 1);
     for (int nParts = 1; nParts <= 5; ++nParts) {
       SCOPED_TRACE(std::to_string(nParts) + " parts");
       check(CompletePartitions(mesh, RunParts(mesh.nCells, nParts), nParts), *whole[0]);
@@ -50,7 +50,7 @@ void ForAllDecompositions(const Check& check) {
 /// A face of the mesh, whoever has it: the cells on its sides (0: boundary), the lower first, and its nodes.
 using FaceKey = std::vector<std::int64_t>;
 
-FaceKey KeyOf(HostPartition& partition, const GroupView& group, int f) {
+FaceKey KeyOf(HostPartition& partition, GroupView const& group, int f) {
   FaceKey key = {partition.globalCell()[group.cv[f]], partition.globalCell()[group.other[f]]};
   std::sort(key.begin(), key.end());
   for (int k = 1; k <= group.nodes[f][0]; ++k) key.push_back(partition.globalNode()[group.nodes[f][k]]);
@@ -65,12 +65,12 @@ struct FaceSide {
 };
 
 /// All sides of all faces: inner and boundary faces have one entry, partition faces one from each partition.
-std::map<FaceKey, std::vector<FaceSide>> AllFaces(const Partitions& partitions) {
+std::map<FaceKey, std::vector<FaceSide>> AllFaces(Partitions const& partitions) {
   std::map<FaceKey, std::vector<FaceSide>> faces;
-  for (const auto& partition : partitions) {
-    for (const GroupView& group : GroupsOf(*partition)) {
+  for (auto const& partition : partitions) {
+    for (GroupView const& group : GroupsOf(*partition)) {
       for (int f = 1; f <= group.n; ++f) {
-        const double lamda = group.code == 0     ? partition->mesh()->Lamda[f]
+        double const lamda = group.code == 0     ? partition->mesh()->Lamda[f]
                              : group.code == 101 ? partition->partitionFaces()->ParInterFace_Lamda()[f]
                                                  : 0.0;
         faces[KeyOf(*partition, group, f)].push_back(
@@ -90,13 +90,13 @@ std::map<std::int64_t, int> CellOfNumber(HostPartition& partition) {
 }
 
 TEST(HostPartitionParts, EveryCellIsInteriorOnceAndHasTheBitsOfTheWhole) {
-  ForAllDecompositions([](const Partitions& partitions, HostPartition& whole) {
-    const CZYN3DFiniteVolumeMesh& w = *whole.mesh();
+  ForAllDecompositions([](Partitions const& partitions, HostPartition& whole) {
+    CZYN3DFiniteVolumeMesh const& w = *whole.mesh();
     std::map<std::int64_t, int> cellOf = CellOfNumber(whole);
-    for (const auto& partition : partitions) {
-      const CZYN3DFiniteVolumeMesh& m = *partition->mesh();
+    for (auto const& partition : partitions) {
+      CZYN3DFiniteVolumeMesh const& m = *partition->mesh();
       for (int c = 1; c <= m.NInnerCells; ++c) {
-        const auto found = cellOf.find(partition->globalCell()[c]);
+        auto const found = cellOf.find(partition->globalCell()[c]);
         ASSERT_NE(found, cellOf.end());
         EXPECT_EQ(m.Volume[c], w.Volume[found->second]);
         EXPECT_EQ(m.xc[c], w.xc[found->second]);
@@ -110,13 +110,13 @@ TEST(HostPartitionParts, EveryCellIsInteriorOnceAndHasTheBitsOfTheWhole) {
 }
 
 TEST(HostPartitionParts, ExchangedCentresAreThoseOfTheWhole) {
-  ForAllDecompositions([](const Partitions& partitions, HostPartition& whole) {
-    const CZYN3DFiniteVolumeMesh& w = *whole.mesh();
-    const std::map<std::int64_t, int> cellOf = CellOfNumber(whole);
-    for (const auto& partition : partitions) {
-      const CZYN3DFiniteVolumeMesh& m = *partition->mesh();
+  ForAllDecompositions([](Partitions const& partitions, HostPartition& whole) {
+    CZYN3DFiniteVolumeMesh const& w = *whole.mesh();
+    std::map<std::int64_t, int> const cellOf = CellOfNumber(whole);
+    for (auto const& partition : partitions) {
+      CZYN3DFiniteVolumeMesh const& m = *partition->mesh();
       for (int c = m.NCell - partition->nHaloCells() + 1; c <= m.NCell; ++c) {
-        const int same = cellOf.at(partition->globalCell()[c]);
+        int const same = cellOf.at(partition->globalCell()[c]);
         EXPECT_EQ(m.xc[c], w.xc[same]);
         EXPECT_EQ(m.yc[c], w.yc[same]);
         EXPECT_EQ(m.zc[c], w.zc[same]);
@@ -126,23 +126,23 @@ TEST(HostPartitionParts, ExchangedCentresAreThoseOfTheWhole) {
 }
 
 TEST(HostPartitionParts, EveryFaceIsThereOnceWithTheBitsOfTheWhole) {
-  ForAllDecompositions([](const Partitions& partitions, HostPartition& whole) {
-    const CZYN3DFiniteVolumeMesh& w = *whole.mesh();
+  ForAllDecompositions([](Partitions const& partitions, HostPartition& whole) {
+    CZYN3DFiniteVolumeMesh const& w = *whole.mesh();
     auto faces = AllFaces(partitions);
     int nFaces = 0;
-    for (const GroupView& group : GroupsOf(whole)) {
+    for (GroupView const& group : GroupsOf(whole)) {
       nFaces += group.n;
       for (int f = 1; f <= group.n; ++f) {
-        const auto found = faces.find(KeyOf(whole, group, f));
+        auto const found = faces.find(KeyOf(whole, group, f));
         ASSERT_NE(found, faces.end());
         // A cut face stands in two partitions, any other in one; the sides name different cells.
-        const std::vector<FaceSide>& sides = found->second;
+        std::vector<FaceSide> const& sides = found->second;
         ASSERT_LE(sides.size(), group.code == 0 ? 2u : 1u);
         if (sides.size() == 2) {
           EXPECT_NE(sides[0].cell, sides[1].cell);
         }
-        for (const FaceSide& side : sides) {
-          const bool isTurned = side.cell != whole.globalCell()[group.cv[f]];
+        for (FaceSide const& side : sides) {
+          bool const isTurned = side.cell != whole.globalCell()[group.cv[f]];
           EXPECT_EQ(side.centre, group.Centre(f));
           EXPECT_EQ(side.area, isTurned ? Scaled(-1, group.Area(f)) : group.Area(f));
           if (group.code == 0) {
@@ -156,10 +156,10 @@ TEST(HostPartitionParts, EveryFaceIsThereOnceWithTheBitsOfTheWhole) {
 }
 
 TEST(HostPartitionParts, BothSidesOfACutHaveTheSameFaceUpToItsSign) {
-  ForAllDecompositions([](const Partitions& partitions, HostPartition&) {
+  ForAllDecompositions([](Partitions const& partitions, HostPartition&) {
     std::size_t nCut = 0;
-    for (const auto& partition : partitions) nCut += partition->partitionFaces()->NParInterFace();
-    for (const auto& [key, sides] : AllFaces(partitions)) {
+    for (auto const& partition : partitions) nCut += partition->partitionFaces()->NParInterFace();
+    for (auto const& [key, sides] : AllFaces(partitions)) {
       if (sides.size() != 2) continue;
       EXPECT_EQ(sides[0].centre, sides[1].centre);
       EXPECT_EQ(sides[0].area, Scaled(-1, sides[1].area));
@@ -170,37 +170,37 @@ TEST(HostPartitionParts, BothSidesOfACutHaveTheSameFaceUpToItsSign) {
 }
 
 TEST(HostPartitionParts, WhatOneSendsIsWhatTheOtherReceives) {
-  ForAllDecompositions([](const Partitions& partitions, HostPartition&) {
-    for (const auto& receiver : partitions) {
-      for (const ExchangeList& to : receiver->exchangeLists()) {
+  ForAllDecompositions([](Partitions const& partitions, HostPartition&) {
+    for (auto const& receiver : partitions) {
+      for (ExchangeList const& to : receiver->exchangeLists()) {
         HostPartition& sender = *partitions[to.part];
         std::vector<std::int64_t> sent, received;
-        for (const ExchangeList& from : sender.exchangeLists()) {
+        for (ExchangeList const& from : sender.exchangeLists()) {
           if (from.part != receiver->part()) continue;
-          for (const int cell : from.send) {
+          for (int const cell : from.send) {
             EXPECT_LE(cell, sender.mesh()->NInnerCells);
             sent.push_back(sender.globalCell()[cell]);
           }
         }
-        for (const int cell : to.receive) received.push_back(receiver->globalCell()[cell]);
+        for (int const cell : to.receive) received.push_back(receiver->globalCell()[cell]);
         EXPECT_EQ(sent, received);
         EXPECT_FALSE(received.empty());
         EXPECT_TRUE(std::is_sorted(received.begin(), received.end()));
       }
       EXPECT_TRUE(
           std::is_sorted(receiver->exchangeLists().begin(), receiver->exchangeLists().end(),
-                         [](const ExchangeList& a, const ExchangeList& b) { return a.part < b.part; }));
+                         [](ExchangeList const& a, ExchangeList const& b) { return a.part < b.part; }));
     }
   });
 }
 
 TEST(HostPartitionParts, NeighboursStandInTheSameOrderInAnyDecomposition) {
-  ForAllDecompositions([](const Partitions& partitions, HostPartition& whole) {
-    const std::map<std::int64_t, int> cellOf = CellOfNumber(whole);
-    for (const auto& partition : partitions) {
+  ForAllDecompositions([](Partitions const& partitions, HostPartition& whole) {
+    std::map<std::int64_t, int> const cellOf = CellOfNumber(whole);
+    for (auto const& partition : partitions) {
       for (int c = 1; c <= partition->mesh()->NInnerCells; ++c) {
-        const int* row = partition->mesh()->CellCell[c];
-        const int* expected = whole.mesh()->CellCell[cellOf.at(partition->globalCell()[c])];
+        int const* row = partition->mesh()->CellCell[c];
+        int const* expected = whole.mesh()->CellCell[cellOf.at(partition->globalCell()[c])];
         ASSERT_EQ(row[0], expected[0]);
         for (int k = 1; k <= row[0]; ++k) {
           EXPECT_EQ(partition->globalCell()[row[k]], whole.globalCell()[expected[k]]);
@@ -211,8 +211,8 @@ TEST(HostPartitionParts, NeighboursStandInTheSameOrderInAnyDecomposition) {
 }
 
 TEST(HostPartitionParts, PartitionFaceWeightsLieBetweenTheCells) {
-  ForAllDecompositions([](const Partitions& partitions, HostPartition&) {
-    for (const auto& partition : partitions) {
+  ForAllDecompositions([](Partitions const& partitions, HostPartition&) {
+    for (auto const& partition : partitions) {
       CPartitionFace_DLL& faces = *partition->partitionFaces();
       for (int f = 1; f <= faces.NParInterFace(); ++f) {
         EXPECT_GT(faces.ParInterFace_Lamda()[f], 0.0);
@@ -223,14 +223,14 @@ TEST(HostPartitionParts, PartitionFaceWeightsLieBetweenTheCells) {
 }
 
 TEST(HostPartitionParts, EveryCellAPartitionOfItsOwn) {
-  const FaceMesh mesh = Perturbed(HexBox(3, 3, 3), 0.05);
+  FaceMesh const mesh = Perturbed(HexBox(3, 3, 3), 0.05);
   std::vector<int> partOfCell(27);
   for (int c = 0; c < 27; ++c) partOfCell[c] = 26 - c;
-  const Partitions partitions = CompletePartitions(mesh, partOfCell, 27);
-  const Partitions whole = CompletePartitions(mesh, std::vector<int>(27, 0), 1);
-  const std::map<std::int64_t, int> cellOf = CellOfNumber(*whole[0]);
+  Partitions const partitions = CompletePartitions(mesh, partOfCell, 27);
+  Partitions const whole = CompletePartitions(mesh, std::vector<int>(27, 0), 1);
+  std::map<std::int64_t, int> const cellOf = CellOfNumber(*whole[0]);
   int nCut = 0;
-  for (const auto& partition : partitions) {
+  for (auto const& partition : partitions) {
     EXPECT_EQ(partition->mesh()->NInnerCells, 1);
     EXPECT_EQ(partition->mesh()->NInnerFaces, 0);
     nCut += partition->partitionFaces()->NParInterFace();
@@ -243,10 +243,10 @@ TEST(HostPartitionParts, EveryCellAPartitionOfItsOwn) {
 }
 
 TEST(HostPartitionParts, PartsWithoutCellsStandAsideInCollectiveCalls) {
-  const FaceMesh mesh = HexBox(4, 2, 2);
+  FaceMesh const mesh = HexBox(4, 2, 2);
   std::vector<int> partOfCell = RunParts(mesh.nCells, 2);
   for (int& p : partOfCell) p *= 2;  // parts 0 and 2; parts 1 and 3 are empty
-  const Partitions partitions = CompletePartitions(mesh, partOfCell, 4);
+  Partitions const partitions = CompletePartitions(mesh, partOfCell, 4);
   EXPECT_EQ(partitions[1]->mesh()->NCell, 0);
   EXPECT_EQ(partitions[3]->mesh()->NCell, 0);
   EXPECT_GT(partitions[0]->partitionFaces()->NParInterFace(), 0);

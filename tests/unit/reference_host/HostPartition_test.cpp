@@ -19,17 +19,17 @@ namespace {
 
 using namespace test_meshes;
 
-HostPartition WholeOf(const FaceMesh& mesh) {
+HostPartition WholeOf(FaceMesh const& mesh) {
   return HostPartition(ExtractPart(mesh, std::vector<int>(mesh.nCells, 0), 0, 1));
 }
 
 /// Runs check(partition) for every kind of mesh, whole and as each of three ragged parts.
 template <class Check>
-void ForAllPartitions(const Check& check) {
-  for (const auto& [name, mesh] : AllMeshes()) {
+void ForAllPartitions(Check const& check) {
+  for (auto const& [name, mesh] : AllMeshes()) {
     SCOPED_TRACE(name);
-    for (const int nParts : {1, 3}) {
-      for (const MeshPart& part : SplitMesh(mesh, RandomParts(mesh.nCells, nParts), nParts)) {
+    for (int const nParts : {1, 3}) {
+      for (MeshPart const& part : SplitMesh(mesh, RandomParts(mesh.nCells, nParts), nParts)) {
         SCOPED_TRACE("part " + std::to_string(part.part) + " of " + std::to_string(nParts));
         HostPartition partition(part);
         check(part, partition);
@@ -38,7 +38,7 @@ void ForAllPartitions(const Check& check) {
   }
 }
 
-std::vector<int> RowOf(const int* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
+std::vector<int> RowOf(int const* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
 
 // ---- a mesh to be counted by hand
 // -----------------------------------------------------------------------------------
@@ -51,7 +51,7 @@ std::vector<int> RowOf(const int* row) { return std::vector<int>(row + 1, row + 
 //          +--> x
 TEST(HostPartition, TwoBoxesHaveTheTablesCountedByHand) {
   HostPartition partition = WholeOf(HexBox(2, 1, 1));
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   EXPECT_EQ(mesh.NInnerCells, 2);
   EXPECT_EQ(mesh.NCell, 12);
   EXPECT_EQ(mesh.NInnerFaces, 1);
@@ -92,7 +92,7 @@ TEST(HostPartition, TwoBoxesHaveTheTablesCountedByHand) {
   EXPECT_EQ(mesh.CellLnodsNumber[3], 4);
   // A corner of the first box: the box and its three ghost cells. A node in the middle: both boxes and twice
   // two ghosts.
-  const auto nAround = [&mesh](double x, double y, double z) {
+  auto const nAround = [&mesh](double x, double y, double z) {
     for (int n = 1; n <= mesh.NNode; ++n) {
       if (mesh.xn[n] == x && mesh.yn[n] == y && mesh.zn[n] == z) return mesh.NodeCell[n][0];
     }
@@ -107,13 +107,13 @@ TEST(HostPartition, TwoBoxesHaveTheTablesCountedByHand) {
 
 TEST(HostPartition, ElementZeroOfEveryArrayIsZero) {
   HostPartition partition = WholeOf(MixedBox(3));
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
-  for (const double* values :
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  for (double const* values :
        {mesh.xn, mesh.yn, mesh.zn, mesh.xc, mesh.yc, mesh.zc, mesh.Lamda, mesh.Volume}) {
     EXPECT_EQ(values[0], 0.0);
   }
   EXPECT_EQ(mesh.CellLnodsNumber[0], 0);
-  for (const GroupView& group : GroupsOf(partition)) {
+  for (GroupView const& group : GroupsOf(partition)) {
     EXPECT_EQ(group.cv[0], 0);
     EXPECT_EQ(group.other[0], 0);
     EXPECT_EQ(group.sx[0], 0.0);
@@ -122,16 +122,16 @@ TEST(HostPartition, ElementZeroOfEveryArrayIsZero) {
 }
 
 TEST(HostPartition, CellsAreInteriorThenGhostByGroupThenHalo) {
-  ForAllPartitions([](const MeshPart& part, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  ForAllPartitions([](MeshPart const& part, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     ASSERT_EQ(mesh.NInnerCells, part.nOwned);
     ASSERT_EQ(partition.nHaloCells(), part.nHalo());
     ASSERT_EQ(mesh.NCell,
               part.nOwned + mesh.NInlet + mesh.NOutlet + mesh.NSymmetry + mesh.NWall + part.nHalo());
 
     int next = mesh.NInnerCells;
-    for (const int* ghosts : {mesh.ijInlet, mesh.ijOutlet, mesh.ijSymmetry, mesh.ijWall}) {
-      const int n = ghosts == mesh.ijInlet      ? mesh.NInlet
+    for (int const* ghosts : {mesh.ijInlet, mesh.ijOutlet, mesh.ijSymmetry, mesh.ijWall}) {
+      int const n = ghosts == mesh.ijInlet      ? mesh.NInlet
                     : ghosts == mesh.ijOutlet   ? mesh.NOutlet
                     : ghosts == mesh.ijSymmetry ? mesh.NSymmetry
                                                 : mesh.NWall;
@@ -147,11 +147,11 @@ TEST(HostPartition, CellsAreInteriorThenGhostByGroupThenHalo) {
 }
 
 TEST(HostPartition, HaloCellsAscendByPartThenByCell) {
-  ForAllPartitions([](const MeshPart& part, HostPartition& partition) {
-    const int nCells = partition.mesh()->NCell;
+  ForAllPartitions([](MeshPart const& part, HostPartition& partition) {
+    int const nCells = partition.mesh()->NCell;
     std::vector<std::pair<int, std::int64_t>> found, expected;
-    for (const ExchangeList& list : partition.exchangeLists()) {
-      for (const int cell : list.receive) found.emplace_back(list.part, partition.globalCell()[cell] - 1);
+    for (ExchangeList const& list : partition.exchangeLists()) {
+      for (int const cell : list.receive) found.emplace_back(list.part, partition.globalCell()[cell] - 1);
     }
     for (int h = 0; h < part.nHalo(); ++h) {
       expected.emplace_back(part.haloPart[h], part.globalCell[part.nOwned + h]);
@@ -159,16 +159,16 @@ TEST(HostPartition, HaloCellsAscendByPartThenByCell) {
     std::sort(expected.begin(), expected.end());
     EXPECT_EQ(found, expected);
     int next = nCells - part.nHalo();
-    for (const ExchangeList& list : partition.exchangeLists()) {
-      for (const int cell : list.receive) EXPECT_EQ(cell, ++next);
+    for (ExchangeList const& list : partition.exchangeLists()) {
+      for (int const cell : list.receive) EXPECT_EQ(cell, ++next);
     }
     EXPECT_EQ(next, nCells);
   });
 }
 
 TEST(HostPartition, FacesAscendByTheirCells) {
-  ForAllPartitions([](const MeshPart&, HostPartition& partition) {
-    for (const GroupView& group : GroupsOf(partition)) {
+  ForAllPartitions([](MeshPart const&, HostPartition& partition) {
+    for (GroupView const& group : GroupsOf(partition)) {
       for (int f = 1; f <= group.n; ++f) EXPECT_LT(group.cv[f], group.other[f]);
       for (int f = 2; f <= group.n; ++f) {
         EXPECT_LE(std::pair(group.cv[f - 1], group.other[f - 1]), std::pair(group.cv[f], group.other[f]))
@@ -180,9 +180,9 @@ TEST(HostPartition, FacesAscendByTheirCells) {
 
 TEST(HostPartition, EveryFaceHasItsCellsNodesAreaAndCentreOnce) {
   using Key = std::vector<std::int64_t>;  // sorted nodes, then the cells on both sides; 0 at the boundary
-  ForAllPartitions([](const MeshPart& part, HostPartition& partition) {
+  ForAllPartitions([](MeshPart const& part, HostPartition& partition) {
     std::map<Key, int> faceOf;
-    const auto sorted = [](Key nodes) {
+    auto const sorted = [](Key nodes) {
       std::sort(nodes.begin(), nodes.end());
       return nodes;
     };
@@ -194,25 +194,25 @@ TEST(HostPartition, EveryFaceHasItsCellsNodesAreaAndCentreOnce) {
       EXPECT_TRUE(faceOf.emplace(sorted(nodes), f).second);
     }
 
-    for (const GroupView& group : GroupsOf(partition)) {
+    for (GroupView const& group : GroupsOf(partition)) {
       for (int f = 1; f <= group.n; ++f) {
         Key nodes;
-        for (const int node : RowOf(group.nodes[f])) nodes.push_back(partition.globalNode()[node]);
-        const auto found = faceOf.find(sorted(nodes));
+        for (int const node : RowOf(group.nodes[f])) nodes.push_back(partition.globalNode()[node]);
+        auto const found = faceOf.find(sorted(nodes));
         ASSERT_NE(found, faceOf.end());
-        const int partFace = found->second;
+        int const partFace = found->second;
         faceOf.erase(found);
 
-        const bool isTurned =
+        bool const isTurned =
             partition.globalCell()[group.cv[f]] != part.globalCell[part.owner[partFace]] + 1;
-        const int otherCell = isTurned ? part.owner[partFace] : part.neighbour[partFace];
+        int const otherCell = isTurned ? part.owner[partFace] : part.neighbour[partFace];
         EXPECT_EQ(partition.globalCell()[group.other[f]], otherCell < 0 ? 0 : part.globalCell[otherCell] + 1);
         EXPECT_FALSE(isTurned && otherCell < 0);
 
-        const FaceGeometry face =
+        FaceGeometry const face =
             ComputeFaceGeometry(part.points, part.faceNode.data() + part.faceStart[partFace],
                                 static_cast<int>(part.faceStart[partFace + 1] - part.faceStart[partFace]));
-        const double sign = isTurned ? -1 : 1;
+        double const sign = isTurned ? -1 : 1;
         EXPECT_EQ(group.Area(f), (Point{sign * face.area[0], sign * face.area[1], sign * face.area[2]}));
         EXPECT_EQ(group.Centre(f), face.centre);
       }
@@ -222,28 +222,28 @@ TEST(HostPartition, EveryFaceHasItsCellsNodesAreaAndCentreOnce) {
 }
 
 TEST(HostPartition, FaceRowsTurnAroundTheAreaAndBeginWithATriangleInThePlane) {
-  ForAllPartitions([](const MeshPart&, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
-    for (const GroupView& group : GroupsOf(partition)) {
+  ForAllPartitions([](MeshPart const&, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+    for (GroupView const& group : GroupsOf(partition)) {
       for (int f = 1; f <= group.n; ++f) {
         std::vector<Point> corners;
-        for (const int node : RowOf(group.nodes[f])) {
+        for (int const node : RowOf(group.nodes[f])) {
           corners.push_back({mesh.xn[node], mesh.yn[node], mesh.zn[node]});
         }
-        const auto projection = [&](std::size_t i) {
-          const std::size_t n = corners.size();
-          const Point& n1 = corners[i];
+        auto const projection = [&](std::size_t i) {
+          std::size_t const n = corners.size();
+          Point const& n1 = corners[i];
           return Dot(Cross(Difference(corners[(i + 1) % n], n1), Difference(corners[(i + 2) % n], n1)),
                      group.Area(f));
         };
-        const double area2 = Dot(group.Area(f), group.Area(f));
+        double const area2 = Dot(group.Area(f), group.Area(f));
         EXPECT_GT(projection(0), 0.3 * area2);
         for (std::size_t i = 1; i < corners.size(); ++i) {
           EXPECT_GE(projection(0), projection(i) - 1e-14 * area2);  // ties may differ by rounding
         }
         std::vector<int> order(corners.size());
         for (std::size_t i = 0; i < order.size(); ++i) order[i] = static_cast<int>(i);
-        const FaceGeometry face = ComputeFaceGeometry(corners, order.data(), static_cast<int>(order.size()));
+        FaceGeometry const face = ComputeFaceGeometry(corners, order.data(), static_cast<int>(order.size()));
         EXPECT_LE(Length(Difference(face.area, group.Area(f))), 1e-15 + 1e-14 * std::sqrt(area2));
       }
     }
@@ -251,14 +251,14 @@ TEST(HostPartition, FaceRowsTurnAroundTheAreaAndBeginWithATriangleInThePlane) {
 }
 
 TEST(HostPartition, GhostCentreIsTheFaceCentreAndGhostsKnowTheirPatch) {
-  ForAllPartitions([](const MeshPart&, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  ForAllPartitions([](MeshPart const&, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     std::vector<int> patch(mesh.NCell + 1, -1);
-    for (const GroupView& group : GroupsOf(partition)) {
+    for (GroupView const& group : GroupsOf(partition)) {
       if (group.code == 0 || group.code == 101) continue;
-      const int expected = group.code == 2 ? 0 : group.code == 3 ? 1 : group.code == 1 ? 2 : 3;
+      int const expected = group.code == 2 ? 0 : group.code == 3 ? 1 : group.code == 1 ? 2 : 3;
       for (int f = 1; f <= group.n; ++f) {
-        const int g = group.other[f];
+        int const g = group.other[f];
         EXPECT_EQ((Point{mesh.xc[g], mesh.yc[g], mesh.zc[g]}), group.Centre(f));
         patch[g] = expected;
       }
@@ -269,11 +269,11 @@ TEST(HostPartition, GhostCentreIsTheFaceCentreAndGhostsKnowTheirPatch) {
 }
 
 TEST(HostPartition, CellRowsListEveryFaceOfTheCellAndWhatLiesBeyond) {
-  ForAllPartitions([](const MeshPart&, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  ForAllPartitions([](MeshPart const&, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     std::map<int, GroupView> groupOfCode;
     std::vector<std::set<std::pair<int, int>>> facesOfCell(mesh.NInnerCells + 1);
-    for (const GroupView& group : GroupsOf(partition)) {
+    for (GroupView const& group : GroupsOf(partition)) {
       groupOfCode.emplace(group.code, group);
       for (int f = 1; f <= group.n; ++f) {
         facesOfCell[group.cv[f]].emplace(group.code, f);
@@ -281,13 +281,13 @@ TEST(HostPartition, CellRowsListEveryFaceOfTheCellAndWhatLiesBeyond) {
       }
     }
     for (int c = 1; c <= mesh.NInnerCells; ++c) {
-      const int n = mesh.CellFace[c][0];
+      int const n = mesh.CellFace[c][0];
       ASSERT_EQ(static_cast<std::size_t>(n), facesOfCell[c].size());
       ASSERT_EQ(mesh.CellCell[c][0], n);
       std::set<std::pair<int, int>> found;
       for (int k = 1; k <= n; ++k) {
-        const int f = mesh.CellFace[c][k];
-        const GroupView& group = groupOfCode.at(mesh.CellFaceType[c][k]);
+        int const f = mesh.CellFace[c][k];
+        GroupView const& group = groupOfCode.at(mesh.CellFaceType[c][k]);
         found.emplace(group.code, f);
         EXPECT_EQ(mesh.CellCell[c][k], group.cv[f] == c ? group.other[f] : group.cv[f]);
       }
@@ -297,12 +297,12 @@ TEST(HostPartition, CellRowsListEveryFaceOfTheCellAndWhatLiesBeyond) {
 }
 
 TEST(HostPartition, CellNodesAreThoseOfTheFacesAndAscend) {
-  ForAllPartitions([](const MeshPart& part, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  ForAllPartitions([](MeshPart const& part, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     std::vector<std::set<int>> expected(mesh.NCell + 1);
-    for (const GroupView& group : GroupsOf(partition)) {
+    for (GroupView const& group : GroupsOf(partition)) {
       for (int f = 1; f <= group.n; ++f) {
-        for (const int node : RowOf(group.nodes[f])) {
+        for (int const node : RowOf(group.nodes[f])) {
           expected[group.cv[f]].insert(node);
           if (group.code != 101)
             expected[group.other[f]].insert(node);  // halo cells have more faces than these
@@ -312,7 +312,7 @@ TEST(HostPartition, CellNodesAreThoseOfTheFacesAndAscend) {
     std::map<std::int64_t, int> haloOf;
     for (int h = 0; h < part.nHalo(); ++h) haloOf[part.globalCell[part.nOwned + h] + 1] = h;
     for (int c = mesh.NCell - part.nHalo() + 1; c <= mesh.NCell; ++c) {
-      const int h = haloOf.at(partition.globalCell()[c]);
+      int const h = haloOf.at(partition.globalCell()[c]);
       std::set<std::int64_t> nodes;
       for (std::size_t i = part.haloNodeStart[h]; i < part.haloNodeStart[h + 1]; ++i) {
         nodes.insert(part.globalNode[part.haloNode[i]] + 1);
@@ -329,13 +329,13 @@ TEST(HostPartition, CellNodesAreThoseOfTheFacesAndAscend) {
 }
 
 TEST(HostPartition, NodeRowsListInteriorThenGhostThenHaloCellsOnce) {
-  ForAllPartitions([](const MeshPart&, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  ForAllPartitions([](MeshPart const&, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     // Interior cells have the lowest numbers and halo cells the highest: the rule is that a row ascends
     // strictly.
     std::vector<std::vector<int>> expected(mesh.NNode + 1);
     for (int c = 1; c <= mesh.NCell; ++c) {
-      for (const int node : RowOf(mesh.CellLnods[c])) expected[node].push_back(c);
+      for (int const node : RowOf(mesh.CellLnods[c])) expected[node].push_back(c);
     }
     for (int n = 1; n <= mesh.NNode; ++n) {
       EXPECT_EQ(RowOf(mesh.NodeCell[n]), expected[n]);
@@ -345,8 +345,8 @@ TEST(HostPartition, NodeRowsListInteriorThenGhostThenHaloCellsOnce) {
 }
 
 TEST(HostPartition, NodesAreThoseOfTheMeshEachOnce) {
-  ForAllPartitions([](const MeshPart& part, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  ForAllPartitions([](MeshPart const& part, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     ASSERT_EQ(static_cast<std::size_t>(mesh.NNode), part.points.size());
     std::map<std::int64_t, Point> pointOf;
     for (std::size_t i = 0; i < part.points.size(); ++i) pointOf[part.globalNode[i] + 1] = part.points[i];
@@ -359,7 +359,7 @@ TEST(HostPartition, NodesAreThoseOfTheMeshEachOnce) {
 }
 
 TEST(HostPartition, BothSidesTakeTheFluxOfEveryFace) {
-  ForAllPartitions([](const MeshPart&, HostPartition& partition) {
+  ForAllPartitions([](MeshPart const&, HostPartition& partition) {
     for (int f = 1; f <= partition.mesh()->NInnerFaces; ++f) EXPECT_EQ(partition.mesh()->FaceType[f], 0);
     CPartitionFace_DLL& faces = *partition.partitionFaces();
     for (int f = 1; f <= faces.NParInterFace(); ++f) EXPECT_EQ(faces.FaceType_Partition()[f], 0);
@@ -370,10 +370,10 @@ TEST(HostPartition, WeightIsThePlaceOfTheFaceBetweenTheCentres) {
   // Boxes of width 1/4 and 1/2 (a coarse cell beside fine ones): the face is at 2/3 of the way from the
   // coarse centre.
   HostPartition partition = WholeOf(PolyBox(1));
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   int nSteps = 0;
   for (int f = 1; f <= mesh.NInnerFaces; ++f) {
-    const double volumeCV = mesh.Volume[mesh.ijCV[f]], volume = mesh.Volume[mesh.ij[f]];
+    double const volumeCV = mesh.Volume[mesh.ijCV[f]], volume = mesh.Volume[mesh.ij[f]];
     if (std::abs(volumeCV - volume) < 0.1) {
       EXPECT_NEAR(mesh.Lamda[f], 0.5, 1e-15);
     } else {
@@ -385,8 +385,8 @@ TEST(HostPartition, WeightIsThePlaceOfTheFaceBetweenTheCentres) {
 }
 
 TEST(HostPartition, WeightsLieBetweenTheCellsOfWarpedMeshes) {
-  ForAllPartitions([](const MeshPart&, HostPartition& partition) {
-    const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  ForAllPartitions([](MeshPart const&, HostPartition& partition) {
+    CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     for (int f = 1; f <= mesh.NInnerFaces; ++f) {
       EXPECT_GT(mesh.Lamda[f], 0.0);
       EXPECT_LT(mesh.Lamda[f], 1.0);
@@ -411,9 +411,9 @@ TEST(HostPartition, GlobalsHaveWorkArraysAndAnEmptyName) {
 }
 
 TEST(HostPartition, SameInputTwiceGivesTheSameNumbers) {
-  for (const auto& [name, mesh] : AllMeshes()) {
+  for (auto const& [name, mesh] : AllMeshes()) {
     SCOPED_TRACE(name);
-    const MeshPart part = ExtractPart(mesh, RandomParts(mesh.nCells, 2), 1, 2);
+    MeshPart const part = ExtractPart(mesh, RandomParts(mesh.nCells, 2), 1, 2);
     HostPartition a(part), b(part);
     EXPECT_EQ(a.globalCell(), b.globalCell());
     EXPECT_EQ(a.globalNode(), b.globalNode());
@@ -448,7 +448,7 @@ TEST(HostPartition, NeighboursGetNearNumbers) {
 
 TEST(HostPartition, OneCellAloneHasOnlyBoundaryFaces) {
   HostPartition partition = WholeOf(HexBox(1, 1, 1));
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   EXPECT_EQ(mesh.NInnerCells, 1);
   EXPECT_EQ(mesh.NInnerFaces, 0);
   EXPECT_EQ(mesh.NCell, 7);
@@ -456,7 +456,7 @@ TEST(HostPartition, OneCellAloneHasOnlyBoundaryFaces) {
 }
 
 TEST(HostPartition, OneCellAmongOthersHasOnlyPartitionFaces) {
-  const FaceMesh mesh = HexBox(3, 3, 3);
+  FaceMesh const mesh = HexBox(3, 3, 3);
   std::vector<int> partOfCell(27, 0);
   partOfCell[13] = 1;
   HostPartition partition(ExtractPart(mesh, partOfCell, 1, 2));
@@ -482,14 +482,14 @@ TEST(HostPartition, PartWithoutCellsHasEmptyTables) {
 TEST(HostPartition, TwoFacesBetweenTheSameCellsStayTwo) {
   // Two boxes whose common side is cut into two rectangles.
   Builder builder;
-  for (const double z : {0.0, 0.5, 1.0}) {
-    for (const double y : {0.0, 1.0}) builder.AddPoint({0.5, y, z});
+  for (double const z : {0.0, 0.5, 1.0}) {
+    for (double const y : {0.0, 1.0}) builder.AddPoint({0.5, y, z});
   }
-  for (const double x : {0.0, 1.0}) {
-    for (const Point& p : {Point{x, 0, 0}, Point{x, 1, 0}, Point{x, 0, 1}, Point{x, 1, 1}})
+  for (double const x : {0.0, 1.0}) {
+    for (Point const& p : {Point{x, 0, 0}, Point{x, 1, 0}, Point{x, 0, 1}, Point{x, 1, 1}})
       builder.AddPoint(p);
   }
-  for (const int v : {6, 10}) {
+  for (int const v : {6, 10}) {
     builder.AddCell({{v, v + 1, v + 3, v + 2},
                      {0, 1, 3, 2},
                      {2, 3, 5, 4},
@@ -499,7 +499,7 @@ TEST(HostPartition, TwoFacesBetweenTheSameCellsStayTwo) {
                      {v + 2, v + 3, 5, 4}});
   }
   HostPartition partition = WholeOf(builder.Finish());
-  const CZYN3DFiniteVolumeMesh& mesh = *partition.mesh();
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   ASSERT_EQ(mesh.NInnerFaces, 2);
   EXPECT_EQ(mesh.ijCV[1], 1);
   EXPECT_EQ(mesh.ijCV[2], 1);
@@ -509,10 +509,10 @@ TEST(HostPartition, TwoFacesBetweenTheSameCellsStayTwo) {
   EXPECT_EQ(mesh.CellLnodsNumber[1], 10);
 }
 
-std::string ErrorOf(const FaceMesh& mesh) {
+std::string ErrorOf(FaceMesh const& mesh) {
   try {
     WholeOf(mesh);
-  } catch (const MeshError& error) {
+  } catch (MeshError const& error) {
     return error.what();
   }
   return "";

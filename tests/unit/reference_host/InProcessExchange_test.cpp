@@ -23,8 +23,8 @@ constexpr double kUntouched = -1.0;
 
 /// All partitions of a mesh with their communication.
 struct ThreadedRun {
-  ThreadedRun(const FaceMesh& mesh, const std::vector<int>& partOfCell, int nParts) : group(nParts) {
-    for (const MeshPart& part : SplitMesh(mesh, partOfCell, nParts)) {
+  ThreadedRun(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts) : group(nParts) {
+    for (MeshPart const& part : SplitMesh(mesh, partOfCell, nParts)) {
       partitions.push_back(std::make_unique<HostPartition>(part));
       communications.push_back(std::make_unique<InProcessCommunication>(group, *partitions.back()));
     }
@@ -48,27 +48,27 @@ Field InteriorField(HostPartition& partition, int field) {
 }
 
 /// Halo cells have their owners' values, ghost cells and element 0 are untouched.
-void ExpectExchanged(HostPartition& partition, const Field& values, int field) {
+void ExpectExchanged(HostPartition& partition, Field const& values, int field) {
   EXPECT_EQ(values[0], kUntouched);
   for (int c = 1; c <= partition.mesh()->NCell; ++c) {
-    const std::int64_t globalCell = partition.globalCell()[c];
+    std::int64_t const globalCell = partition.globalCell()[c];
     EXPECT_EQ(values[c], globalCell == 0 ? kUntouched : ValueOf(globalCell, field)) << "cell " << c;
   }
 }
 
 /// What a body throws, as text.
 template <class Exception>
-std::string FailureOf(const std::function<void()>& body) {
+std::string FailureOf(std::function<void()> const& body) {
   try {
     body();
-  } catch (const Exception& failure) {
+  } catch (Exception const& failure) {
     return failure.what();
   }
   return "nothing of this kind was thrown";
 }
 
 TEST(InProcessExchange, BlockingExchangeFillsHaloCellsOnly) {
-  const FaceMesh mesh = MixedBox(3);
+  FaceMesh const mesh = MixedBox(3);
   for (int nParts = 1; nParts <= 5; ++nParts) {
     ThreadedRun run(mesh, RandomParts(mesh.nCells, nParts), nParts);
     RunInProcess(run.group, [&run](int p) {
@@ -80,7 +80,7 @@ TEST(InProcessExchange, BlockingExchangeFillsHaloCellsOnly) {
 }
 
 TEST(InProcessExchange, FourInFlightAreWaitedForInAnyOrder) {
-  const FaceMesh mesh = HexBox(4, 3, 3);
+  FaceMesh const mesh = HexBox(4, 3, 3);
   ThreadedRun run(mesh, RandomParts(mesh.nCells, 3), 3);
   RunInProcess(run.group, [&run](int p) {
     HostPartition& partition = *run.partitions[p];
@@ -88,13 +88,13 @@ TEST(InProcessExchange, FourInFlightAreWaitedForInAnyOrder) {
     std::vector<Field> fields;
     for (int i = 0; i < 4; ++i) fields.push_back(InteriorField(partition, i));
     // Every partition waits in an order of its own, and exchanges something else in between.
-    const int orders[3][4] = {{2, 0, 3, 1}, {3, 2, 1, 0}, {0, 1, 2, 3}};
+    int const orders[3][4] = {{2, 0, 3, 1}, {3, 2, 1, 0}, {0, 1, 2, 3}};
     for (int i = 0; i < 4; ++i) {
       communication.DDM_IExch_Start(fields[i].data(), static_cast<ZYNNonBlockingBufferId>(i));
     }
     Field between = InteriorField(partition, 9);
     communication.DDM_Exch(between.data());
-    for (const int i : orders[p]) {
+    for (int const i : orders[p]) {
       communication.DDM_IExch_Wait(fields[i].data(), static_cast<ZYNNonBlockingBufferId>(i));
       ExpectExchanged(partition, fields[i], i);
     }
@@ -103,7 +103,7 @@ TEST(InProcessExchange, FourInFlightAreWaitedForInAnyOrder) {
 }
 
 TEST(InProcessExchange, BufferServesAgainAfterItsWait) {
-  const FaceMesh mesh = HexBox(4, 2, 2);
+  FaceMesh const mesh = HexBox(4, 2, 2);
   ThreadedRun run(mesh, RunParts(mesh.nCells, 2), 2);
   RunInProcess(run.group, [&run](int p) {
     // Partition 0 may be many rounds ahead of what partition 1 has read: messages queue up.
@@ -174,27 +174,27 @@ TEST(InProcessExchange, MissingFieldFails) {
 
 TEST(InProcessExchange, PartitionsThatStartInAnotherOrderFail) {
   ThreadedRun run(HexBox(2, 1, 1), {0, 1}, 2);
-  const auto body = [&run](int p) {
+  auto const body = [&run](int p) {
     Field a = InteriorField(*run.partitions[p], 1), b = InteriorField(*run.partitions[p], 2);
-    const auto first = p == 0 ? ZYNNonBlockingBuffer0 : ZYNNonBlockingBuffer1;
-    const auto second = p == 0 ? ZYNNonBlockingBuffer1 : ZYNNonBlockingBuffer0;
+    auto const first = p == 0 ? ZYNNonBlockingBuffer0 : ZYNNonBlockingBuffer1;
+    auto const second = p == 0 ? ZYNNonBlockingBuffer1 : ZYNNonBlockingBuffer0;
     run.communications[p]->DDM_IExch_Start(a.data(), first);
     run.communications[p]->DDM_IExch_Start(b.data(), second);
     run.communications[p]->DDM_IExch_Wait(a.data(), first);
     run.communications[p]->DDM_IExch_Wait(b.data(), second);
   };
-  const std::string failure = FailureOf<std::logic_error>([&] { RunInProcess(run.group, body); });
+  std::string const failure = FailureOf<std::logic_error>([&] { RunInProcess(run.group, body); });
   EXPECT_NE(failure.find("started its exchange number"), std::string::npos) << failure;
 }
 
 TEST(InProcessExchange, GroupOfAnotherSizeIsRefused) {
   InProcessGroup group(3);
-  const HostPartition partition(ExtractPart(HexBox(2, 1, 1), {0, 1}, 0, 2));
+  HostPartition const partition(ExtractPart(HexBox(2, 1, 1), {0, 1}, 0, 2));
   EXPECT_THROW(InProcessCommunication(group, partition), std::logic_error);
 }
 
 TEST(InProcessReduction, EveryPartitionGetsTheMinimumEachTime) {
-  const int nParts = 5;
+  int const nParts = 5;
   InProcessGroup group(nParts);
   RunInProcess(group, [&group](int p) {
     InProcessReduction reduction(group);
@@ -217,7 +217,7 @@ TEST(InProcessReduction, SinglePartitionKeepsItsValue) {
 TEST(RunInProcess, RunsEveryPartOnce) {
   std::array<std::atomic<int>, 6> count{};
   RunInProcess(6, [&count](int p) { ++count[p]; });
-  for (const auto& n : count) EXPECT_EQ(n, 1);
+  for (auto const& n : count) EXPECT_EQ(n, 1);
 }
 
 TEST(RunInProcess, ThrowsAgainWhatOnePartThrew) {
@@ -231,7 +231,7 @@ TEST(RunInProcess, ThrowsAgainWhatOnePartThrew) {
 
 TEST(RunInProcess, PartsThatWaitForAFailedOneStop) {
   ThreadedRun run(HexBox(3, 1, 1), {0, 1, 2}, 3);
-  const auto body = [&run](int p) {
+  auto const body = [&run](int p) {
     if (p == 1) throw std::out_of_range("part 1 came to an end");
     if (p == 0) {
       int value = 0;

@@ -29,7 +29,7 @@ FaceMesh TwoCubes() {
     }
   }
   FaceMeshBuilder builder("mesh", points, {});
-  for (const std::array<int, 8>& cell :
+  for (std::array<int, 8> const& cell :
        {std::array<int, 8>{0, 1, 4, 3, 6, 7, 10, 9}, std::array<int, 8>{1, 2, 5, 4, 7, 8, 11, 10}}) {
     builder.AddCell(CellShape::Hexahedron, cell.data());
   }
@@ -38,13 +38,13 @@ FaceMesh TwoCubes() {
 
 constexpr int kInner = 3;  // the face between the cells, counted from 0
 
-std::string Refusal(const FaceMesh& mesh) {
+std::string Refusal(FaceMesh const& mesh) {
   return MeshErrorOf([&] { CheckMesh(mesh); });
 }
 
 void RemoveFace(FaceMesh& mesh, int f) {
-  const std::size_t begin = mesh.faceStart[f];
-  const std::size_t n = mesh.faceStart[f + 1] - begin;
+  std::size_t const begin = mesh.faceStart[f];
+  std::size_t const n = mesh.faceStart[f + 1] - begin;
   mesh.faceNode.erase(mesh.faceNode.begin() + long(begin), mesh.faceNode.begin() + long(begin + n));
   mesh.faceStart.erase(mesh.faceStart.begin() + f + 1);
   for (std::size_t i = f + 1; i < mesh.faceStart.size(); ++i) mesh.faceStart[i] -= n;
@@ -54,7 +54,7 @@ void RemoveFace(FaceMesh& mesh, int f) {
 }
 
 TEST(MeshCheck, PassesAGoodMesh) {
-  const FaceMesh mesh = TwoCubes();
+  FaceMesh const mesh = TwoCubes();
   ASSERT_EQ(mesh.neighbour[kInner], 1);
   CheckMesh(mesh);
 }
@@ -79,7 +79,7 @@ TEST(MeshCheck, BeginsWithTheNameOfTheMesh) {
 }
 
 TEST(MeshCheck, RefusesCoordinatesThatAreNotFinite) {
-  for (const double value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
+  for (double const value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
     FaceMesh mesh = TwoCubes();
     mesh.points[4][2] = value;
     EXPECT_EQ(Refusal(mesh), "node 5 has a coordinate that is not finite");
@@ -135,7 +135,7 @@ TEST(MeshCheck, RefusesFacesThatJoinACellToItself) {
 }
 
 TEST(MeshCheck, RefusesBoundaryFacesWithoutAPatch) {
-  for (const int patch : {-1, 1}) {
+  for (int const patch : {-1, 1}) {
     FaceMesh mesh = TwoCubes();
     mesh.facePatch[5] = patch;
     EXPECT_EQ(Refusal(mesh), "face 6 is at the boundary, but in no patch");
@@ -159,7 +159,7 @@ TEST(MeshCheck, RefusesCellsWithFewerThanFourFaces) {
 
 TEST(MeshCheck, RefusesFacesWithoutArea) {
   FaceMesh mesh = TwoCubes();
-  for (const int node : {2, 5, 8, 11}) mesh.points[node] = mesh.points[2];
+  for (int const node : {2, 5, 8, 11}) mesh.points[node] = mesh.points[2];
   ExpectContains(Refusal(mesh), "has no area");
 }
 
@@ -177,7 +177,7 @@ TEST(MeshCheck, RefusesNegativeVolumes) {
   for (Point& point : mesh.points) point[0] = -point[0];
   EXPECT_EQ(Refusal(mesh), "cell 1 has a negative volume (its faces point inwards)");
   mesh = TwoCubes();
-  for (const int node : {2, 5, 8, 11}) mesh.points[node][0] = 0.5;
+  for (int const node : {2, 5, 8, 11}) mesh.points[node][0] = 0.5;
   EXPECT_EQ(Refusal(mesh), "cell 2 has a negative volume (its faces point inwards)");
 }
 
@@ -185,7 +185,7 @@ TEST(MeshCheck, RefusesZeroVolumes) {
   // Four nodes of one plane, on which no triangle is degenerate; rounding would leave a volume of 1e-17 or
   // so.
   FaceMeshBuilder builder("mesh", {{0, 0, 0}, {0.1, 0.7, 0.2}, {0.9, 0.3, 0.3}, {1.0, 1.0, 0.5}}, {});
-  const std::array<int, 4> nodes = {0, 1, 2, 3};
+  std::array<int, 4> const nodes = {0, 1, 2, 3};
   builder.AddCell(CellShape::Tetrahedron, nodes.data());
   EXPECT_EQ(Refusal(builder.Build()), "cell 1 has no volume");
 }

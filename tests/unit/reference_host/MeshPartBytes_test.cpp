@@ -11,7 +11,7 @@ TEST(MeshPartBytes, UnpacksEveryFieldThatWasPacked) {
   part.patches[0].type = "patch";
   part.patches[1].group = BoundaryGroup::Outlet;
   part.patches[2].name = "";
-  const MeshPart copy = UnpackMeshPart(PackMeshPart(part));
+  MeshPart const copy = UnpackMeshPart(PackMeshPart(part));
   EXPECT_EQ(copy.part, part.part);
   EXPECT_EQ(copy.nParts, part.nParts);
   EXPECT_EQ(copy.points, part.points);
@@ -35,7 +35,7 @@ TEST(MeshPartBytes, UnpacksEveryFieldThatWasPacked) {
 }
 
 TEST(MeshPartBytes, UnpacksAPartWithoutHaloAndPatches) {
-  const MeshPart copy = UnpackMeshPart(PackMeshPart(MeshPart{}));
+  MeshPart const copy = UnpackMeshPart(PackMeshPart(MeshPart{}));
   EXPECT_EQ(copy.nOwned, 0);
   EXPECT_EQ(copy.nHalo(), 0);
   EXPECT_TRUE(copy.patches.empty());

@@ -13,13 +13,13 @@ namespace {
 
 using namespace test_meshes;
 
-std::vector<std::int64_t> GlobalNodes(const MeshPart& part, const int* begin, const int* end) {
+std::vector<std::int64_t> GlobalNodes(MeshPart const& part, int const* begin, int const* end) {
   std::vector<std::int64_t> nodes;
   for (; begin != end; ++begin) nodes.push_back(part.globalNode[*begin]);
   return nodes;
 }
 
-std::set<std::int64_t> NodesOfCell(const FaceMesh& mesh, std::int64_t cell) {
+std::set<std::int64_t> NodesOfCell(FaceMesh const& mesh, std::int64_t cell) {
   std::set<std::int64_t> nodes;
   for (int f = 0; f < mesh.nFaces(); ++f) {
     if (mesh.owner[f] != cell && mesh.neighbour[f] != cell) continue;
@@ -30,8 +30,8 @@ std::set<std::int64_t> NodesOfCell(const FaceMesh& mesh, std::int64_t cell) {
 }
 
 TEST(MeshPart, SinglePartIsTheWholeMesh) {
-  const FaceMesh mesh = MixedBox(3);
-  const MeshPart part = ExtractPart(mesh, std::vector<int>(mesh.nCells, 0), 0, 1);
+  FaceMesh const mesh = MixedBox(3);
+  MeshPart const part = ExtractPart(mesh, std::vector<int>(mesh.nCells, 0), 0, 1);
   EXPECT_EQ(part.nOwned, mesh.nCells);
   EXPECT_EQ(part.nHalo(), 0);
   EXPECT_EQ(part.points, mesh.points);
@@ -43,9 +43,9 @@ TEST(MeshPart, SinglePartIsTheWholeMesh) {
 }
 
 TEST(MeshPart, TwoHexahedraShareOneFaceAndSeeEachOther) {
-  const std::vector<MeshPart> parts = SplitMesh(HexBox(2, 1, 1), {1, 0}, 2);
+  std::vector<MeshPart> const parts = SplitMesh(HexBox(2, 1, 1), {1, 0}, 2);
   for (int p = 0; p < 2; ++p) {
-    const MeshPart& part = parts[p];
+    MeshPart const& part = parts[p];
     EXPECT_EQ(part.part, p);
     EXPECT_EQ(part.nParts, 2);
     EXPECT_EQ(part.nOwned, 1);
@@ -58,19 +58,19 @@ TEST(MeshPart, TwoHexahedraShareOneFaceAndSeeEachOther) {
 }
 
 TEST(MeshPart, KeepsOrderDirectionAndNodesOfEveryFace) {
-  for (const auto& [name, mesh] : AllMeshes()) {
+  for (auto const& [name, mesh] : AllMeshes()) {
     SCOPED_TRACE(name);
-    const std::vector<int> partOfCell = RandomParts(mesh.nCells, 3);
-    for (const MeshPart& part : SplitMesh(mesh, partOfCell, 3)) {
+    std::vector<int> const partOfCell = RandomParts(mesh.nCells, 3);
+    for (MeshPart const& part : SplitMesh(mesh, partOfCell, 3)) {
       int local = 0;
       for (int f = 0; f < mesh.nFaces(); ++f) {
-        const int a = mesh.owner[f], b = mesh.neighbour[f];
+        int const a = mesh.owner[f], b = mesh.neighbour[f];
         if (partOfCell[a] != part.part && (b < 0 || partOfCell[b] != part.part)) continue;
         ASSERT_LT(local, part.nFaces());
         EXPECT_EQ(part.globalCell[part.owner[local]], a);
         EXPECT_EQ(part.neighbour[local] < 0 ? -1 : part.globalCell[part.neighbour[local]], b);
         EXPECT_EQ(part.facePatch[local], mesh.facePatch[f]);
-        const std::vector<std::int64_t> nodes(
+        std::vector<std::int64_t> const nodes(
             mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f]),
             mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]));
         EXPECT_EQ(GlobalNodes(part, part.faceNode.data() + part.faceStart[local],
@@ -84,17 +84,17 @@ TEST(MeshPart, KeepsOrderDirectionAndNodesOfEveryFace) {
 }
 
 TEST(MeshPart, OwnedAndHaloCellsAscendAndHaloCellsTouchOwnedOnes) {
-  const FaceMesh mesh = MixedBox(4);
-  const std::vector<int> partOfCell = RandomParts(mesh.nCells, 4);
-  for (const MeshPart& part : SplitMesh(mesh, partOfCell, 4)) {
-    const auto firstHalo = part.globalCell.begin() + part.nOwned;
+  FaceMesh const mesh = MixedBox(4);
+  std::vector<int> const partOfCell = RandomParts(mesh.nCells, 4);
+  for (MeshPart const& part : SplitMesh(mesh, partOfCell, 4)) {
+    auto const firstHalo = part.globalCell.begin() + part.nOwned;
     EXPECT_TRUE(std::is_sorted(part.globalCell.begin(), firstHalo));
     EXPECT_TRUE(std::is_sorted(firstHalo, part.globalCell.end()));
     EXPECT_EQ(part.nOwned, std::count(partOfCell.begin(), partOfCell.end(), part.part));
 
     std::set<std::int64_t> expected;
     for (int f = 0; f < mesh.nFaces(); ++f) {
-      const int a = mesh.owner[f], b = mesh.neighbour[f];
+      int const a = mesh.owner[f], b = mesh.neighbour[f];
       if (b < 0 || (partOfCell[a] == part.part) == (partOfCell[b] == part.part)) continue;
       expected.insert(partOfCell[a] == part.part ? b : a);
     }
@@ -107,14 +107,14 @@ TEST(MeshPart, OwnedAndHaloCellsAscendAndHaloCellsTouchOwnedOnes) {
 }
 
 TEST(MeshPart, HaloCellsComeWithAllTheirNodesAndPointsAreThoseOfTheMesh) {
-  for (const auto& [name, mesh] : AllMeshes()) {
+  for (auto const& [name, mesh] : AllMeshes()) {
     SCOPED_TRACE(name);
-    for (const MeshPart& part : SplitMesh(mesh, RunParts(mesh.nCells, 3), 3)) {
+    for (MeshPart const& part : SplitMesh(mesh, RunParts(mesh.nCells, 3), 3)) {
       EXPECT_TRUE(std::is_sorted(part.globalNode.begin(), part.globalNode.end()));
       std::set<std::int64_t> nodesOfPart;
       for (int c = 0; c < part.nOwned; ++c) nodesOfPart.merge(NodesOfCell(mesh, part.globalCell[c]));
       for (int h = 0; h < part.nHalo(); ++h) {
-        const std::vector<std::int64_t> nodes =
+        std::vector<std::int64_t> const nodes =
             GlobalNodes(part, part.haloNode.data() + part.haloNodeStart[h],
                         part.haloNode.data() + part.haloNodeStart[h + 1]);
         std::set<std::int64_t> expected = NodesOfCell(mesh, part.globalCell[part.nOwned + h]);
@@ -130,11 +130,11 @@ TEST(MeshPart, HaloCellsComeWithAllTheirNodesAndPointsAreThoseOfTheMesh) {
 }
 
 TEST(MeshPart, ExtractedPartEqualsThatOfTheSplit) {
-  const FaceMesh mesh = PolyBox(2);
-  const std::vector<int> partOfCell = RandomParts(mesh.nCells, 3);
-  const std::vector<MeshPart> parts = SplitMesh(mesh, partOfCell, 3);
+  FaceMesh const mesh = PolyBox(2);
+  std::vector<int> const partOfCell = RandomParts(mesh.nCells, 3);
+  std::vector<MeshPart> const parts = SplitMesh(mesh, partOfCell, 3);
   for (int p = 0; p < 3; ++p) {
-    const MeshPart part = ExtractPart(mesh, partOfCell, p, 3);
+    MeshPart const part = ExtractPart(mesh, partOfCell, p, 3);
     EXPECT_EQ(part.globalCell, parts[p].globalCell);
     EXPECT_EQ(part.globalNode, parts[p].globalNode);
     EXPECT_EQ(part.faceNode, parts[p].faceNode);
@@ -147,7 +147,7 @@ TEST(MeshPart, ExtractedPartEqualsThatOfTheSplit) {
 }
 
 TEST(MeshPart, PartWithoutCellsIsEmptyButKnowsThePatches) {
-  const MeshPart part = ExtractPart(HexBox(2, 1, 1), {0, 2}, 1, 3);
+  MeshPart const part = ExtractPart(HexBox(2, 1, 1), {0, 2}, 1, 3);
   EXPECT_EQ(part.nOwned, 0);
   EXPECT_EQ(part.nHalo(), 0);
   EXPECT_EQ(part.nFaces(), 0);
@@ -155,10 +155,10 @@ TEST(MeshPart, PartWithoutCellsIsEmptyButKnowsThePatches) {
   EXPECT_EQ(part.patches.size(), 4u);
 }
 
-std::string ErrorOf(const std::vector<int>& partOfCell) {
+std::string ErrorOf(std::vector<int> const& partOfCell) {
   try {
     SplitMesh(HexBox(2, 1, 1), partOfCell, 2);
-  } catch (const MeshError& error) {
+  } catch (MeshError const& error) {
     return error.what();
   }
   return "";

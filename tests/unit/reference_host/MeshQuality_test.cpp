@@ -14,9 +14,9 @@ namespace {
 
 using namespace test_meshes;
 
-QualitySums QualityOf(const FaceMesh& mesh, int nParts = 1) {
+QualitySums QualityOf(FaceMesh const& mesh, int nParts = 1) {
   InProcessGroup group(nParts);
-  const std::vector<MeshPart> parts = SplitMesh(mesh, RandomParts(mesh.nCells, nParts), nParts);
+  std::vector<MeshPart> const parts = SplitMesh(mesh, RandomParts(mesh.nCells, nParts), nParts);
   std::vector<QualitySums> sums(nParts);
   RunInProcess(group, [&](int p) {
     HostPartition partition(parts[p]);
@@ -29,7 +29,7 @@ QualitySums QualityOf(const FaceMesh& mesh, int nParts = 1) {
 }
 
 TEST(MeshQuality, BoxesAreOrthogonalAndNotSkewed) {
-  const QualitySums sums = QualityOf(HexBox(3, 2, 4));
+  QualitySums const sums = QualityOf(HexBox(3, 2, 4));
   EXPECT_EQ(sums.nFaces, 2 * 2 * 4 + 3 * 1 * 4 + 3 * 2 * 3);
   EXPECT_LT(sums.maxNonOrthogonality, 1e-13);  // degrees: a rounding in a direction of length 1
   EXPECT_LT(sums.maxSkewness, 1e-15);
@@ -40,7 +40,7 @@ TEST(MeshQuality, ShearedBoxesLeanByTheAngleOfTheShear) {
   // of centres leans by atan(1/2) and passes through the middle of the face.
   FaceMesh mesh = HexBox(2, 1, 1);
   for (Point& point : mesh.points) point[1] += 0.5 * point[0];
-  const QualitySums sums = QualityOf(mesh);
+  QualitySums const sums = QualityOf(mesh);
   EXPECT_EQ(sums.nFaces, 1);
   EXPECT_NEAR(sums.sumNonOrthogonality, std::atan(0.5) * 180 / std::acos(-1.0), 1e-12);
   EXPECT_NEAR(sums.maxNonOrthogonality, sums.sumNonOrthogonality, 0);
@@ -52,7 +52,7 @@ TEST(MeshQuality, StepBetweenCoarseAndFineCellsIsSkewed) {
   // first at (5/8, 1/4, 1/4): d = (3/8, -1/4, -1/4), |d| = sqrt(17)/8. The angle to x has the tangent
   // (sqrt(2)/4) / (3/8). The line passes x = 1/2 at 2/3 of d, at (1/2, 1/3, 1/3); the face centre is (1/2,
   // 1/4, 1/4), sqrt(2)/12 away.
-  const QualitySums sums = QualityOf(PolyBox(1));
+  QualitySums const sums = QualityOf(PolyBox(1));
   EXPECT_EQ(sums.nFaces,
             4 + 4 + 4 + 4);  // the step, between the fine layers, and within each of the two layers
   EXPECT_NEAR(sums.maxNonOrthogonality, std::atan(std::sqrt(2.0) * 2 / 3) * 180 / std::acos(-1.0), 1e-12);
@@ -62,10 +62,10 @@ TEST(MeshQuality, StepBetweenCoarseAndFineCellsIsSkewed) {
 }
 
 TEST(MeshQuality, FacesBetweenPartitionsAreCountedOnce) {
-  const FaceMesh mesh = Perturbed(MixedBox(4), 0.03);
-  const QualitySums whole = QualityOf(mesh);
+  FaceMesh const mesh = Perturbed(MixedBox(4), 0.03);
+  QualitySums const whole = QualityOf(mesh);
   for (int nParts = 2; nParts <= 5; ++nParts) {
-    const QualitySums sums = QualityOf(mesh, nParts);
+    QualitySums const sums = QualityOf(mesh, nParts);
     EXPECT_EQ(sums.nFaces, whole.nFaces);
     // Other order of the sums; angles and distances seen from the other side.
     EXPECT_NEAR(sums.sumNonOrthogonality, whole.sumNonOrthogonality, 1e-12 * whole.sumNonOrthogonality);
@@ -77,7 +77,7 @@ TEST(MeshQuality, FacesBetweenPartitionsAreCountedOnce) {
 
 TEST(MeshQuality, PartitionWithoutSuchFacesCountsNone) {
   HostPartition partition(ExtractPart(HexBox(1, 1, 1), {0}, 0, 1));
-  const QualitySums sums = MeasureQuality(partition);
+  QualitySums const sums = MeasureQuality(partition);
   EXPECT_EQ(sums.nFaces, 0);
   EXPECT_EQ(sums.maxSkewness, 0.0);
 }

@@ -10,12 +10,12 @@ namespace {
 
 using reference_host::ReadMesh;
 
-const char* const kTetrahedron =
+char const* const kTetrahedron =
     "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n4\n1 0 0 0\n2 1 0 0\n3 0 1 0\n4 0 0 1\n$EndNodes\n"
     "$Elements\n1\n1 4 2 0 1 1 2 3 4\n$EndElements\n";
 
-void WriteTetrahedron(const TemporaryFolder& folder, const std::string& subfolder) {
-  const auto write = [&](const std::string& name, const std::string& className, const std::string& content) {
+void WriteTetrahedron(TemporaryFolder const& folder, std::string const& subfolder) {
+  auto const write = [&](std::string const& name, std::string const& className, std::string const& content) {
     folder.Write(subfolder + name, "FoamFile { format ascii; class " + className + "; }\n" + content);
   };
   write("points", "vectorField", "4((0 0 0) (1 0 0) (0 1 0) (0 0 1))");
@@ -26,13 +26,13 @@ void WriteTetrahedron(const TemporaryFolder& folder, const std::string& subfolde
 }
 
 TEST(MeshReader, ReadsGmshFilesByTheirEnding) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   EXPECT_EQ(ReadMesh(folder.Write("a.msh", kTetrahedron)).nCells, 1);
 }
 
 TEST(MeshReader, FindsThePolyMeshInAFolder) {
-  for (const char* const subfolder : {"", "polyMesh/", "constant/polyMesh/"}) {
-    const TemporaryFolder folder;
+  for (char const* const subfolder : {"", "polyMesh/", "constant/polyMesh/"}) {
+    TemporaryFolder const folder;
     WriteTetrahedron(folder, subfolder);
     EXPECT_EQ(ReadMesh(folder.Path()).nCells, 1) << subfolder;
     EXPECT_EQ(ReadMesh(folder.Path() + "/").nCells, 1) << subfolder;
@@ -40,14 +40,14 @@ TEST(MeshReader, FindsThePolyMeshInAFolder) {
 }
 
 TEST(MeshReader, NamesTheFileThatAPolyMeshLacks) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   folder.Write("constant/polyMesh/owner", "");
   EXPECT_EQ(MeshErrorOf([&] { ReadMesh(folder.Path()); }),
             folder.Path() + "/constant/polyMesh/points: no such file");
 }
 
 TEST(MeshReader, RefusesUnknownFormats) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   ExpectContains(MeshErrorOf([&] { ReadMesh(folder.Path()); }), "unknown format, no polyMesh");
   ExpectContains(MeshErrorOf([&] { ReadMesh(folder.Write("a.stl", "")); }),
                  "unknown format, neither a Gmsh file");

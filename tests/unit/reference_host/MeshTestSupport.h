@@ -18,16 +18,16 @@ class TemporaryFolder {
     if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
     path_ = name;
   }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  TemporaryFolder(TemporaryFolder const&) = delete;
+  TemporaryFolder& operator=(TemporaryFolder const&) = delete;
   ~TemporaryFolder() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
   }
 
   /// Writes a file, with the folders on its way, and returns its path.
-  std::string Write(const std::string& name, const std::string& content) const {
-    const std::filesystem::path file = path_ / name;
+  std::string Write(std::string const& name, std::string const& content) const {
+    std::filesystem::path const file = path_ / name;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file, std::ios::binary) << content;
     return file.string();
@@ -41,11 +41,11 @@ class TemporaryFolder {
 
 /// What the MeshError says that `action` throws; fails the test if it throws none.
 template <class Action>
-std::string MeshErrorOf(const Action& action) {
+std::string MeshErrorOf(Action const& action) {
   try {
     action();
-  } catch (const reference_host::MeshError& error) {
-    const std::string what = error.what();
+  } catch (reference_host::MeshError const& error) {
+    std::string const what = error.what();
     EXPECT_EQ(what.find('\n'), std::string::npos) << "not one line: " << what;
     return what;
   }
@@ -54,12 +54,12 @@ std::string MeshErrorOf(const Action& action) {
 }
 
 /// Expects that `text` has `part` in it and shows both if not.
-inline void ExpectContains(const std::string& text, const std::string& part) {
+inline void ExpectContains(std::string const& text, std::string const& part) {
   EXPECT_NE(text.find(part), std::string::npos) << "'" << part << "' is not in '" << text << "'";
 }
 
 /// Expects two meshes to be equal to the last bit.
-inline void ExpectSameMesh(const reference_host::FaceMesh& a, const reference_host::FaceMesh& b) {
+inline void ExpectSameMesh(reference_host::FaceMesh const& a, reference_host::FaceMesh const& b) {
   EXPECT_EQ(a.nCells, b.nCells);
   EXPECT_EQ(a.points, b.points);
   EXPECT_EQ(a.faceStart, b.faceStart);
@@ -75,11 +75,11 @@ inline void ExpectSameMesh(const reference_host::FaceMesh& a, const reference_ho
 }
 
 /// Number of faces of the patch with that name, -1 if there is no such patch.
-inline int FacesInPatch(const reference_host::FaceMesh& mesh, const std::string& name) {
+inline int FacesInPatch(reference_host::FaceMesh const& mesh, std::string const& name) {
   for (std::size_t p = 0; p < mesh.patches.size(); ++p) {
     if (mesh.patches[p].name != name) continue;
     int n = 0;
-    for (const int patch : mesh.facePatch) n += patch == static_cast<int>(p) ? 1 : 0;
+    for (int const patch : mesh.facePatch) n += patch == static_cast<int>(p) ? 1 : 0;
     return n;
   }
   return -1;

@@ -14,14 +14,14 @@ namespace {
 using reference_host::NamePattern;
 using reference_host::PatternTable;
 
-bool Matches(const std::string& text, const std::string& name) {
+bool Matches(std::string const& text, std::string const& name) {
   NamePattern pattern;
   EXPECT_EQ(pattern.Parse(text), "") << text;
   NamePattern::Workspace workspace;
   return pattern.Matches(name, workspace);
 }
 
-std::string Fault(const std::string& text) { return NamePattern().Parse(text); }
+std::string Fault(std::string const& text) { return NamePattern().Parse(text); }
 
 TEST(NamePattern, MatchesTheWholeName) {
   EXPECT_TRUE(Matches("inlet", "inlet"));
@@ -98,7 +98,7 @@ TEST(NamePattern, FindsTheLettersThatAllNamesBeginAndEndWith) {
 
 // A match takes a few steps for each state and each character, whatever the pattern.
 TEST(NamePattern, TakesStepsInProportionToPatternAndName) {
-  for (const char* const unit : {"(a*)*", "(a|a)*", "(a|b|)+", "a?", ".*"}) {
+  for (char const* const unit : {"(a*)*", "(a|a)*", "(a|b|)+", "a?", ".*"}) {
     std::string text;
     while (text.size() + 10 < NamePattern::kLongest) text += unit;
     NamePattern pattern;
@@ -112,8 +112,8 @@ TEST(NamePattern, TakesStepsInProportionToPatternAndName) {
 // A thousand random patterns, each on names of the same letters, against the C library.
 TEST(NamePattern, AgreesWithTheRegularExpressionsOfTheCLibrary) {
   std::mt19937 random(7);
-  const auto below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
-  const std::vector<std::string> pieces = {"a",  "b",  "c",  ".",    "[ab]", "[^a]", "a*",    "b+",
+  auto const below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+  std::vector<std::string> const pieces = {"a",  "b",  "c",  ".",    "[ab]", "[^a]", "a*",    "b+",
                                            "c?", "(a", "(b", "(ab)", "|",    ")",    "(a|b)*"};
   int nCompared = 0, nMatches = 0;
   for (int i = 0; i < 3000; ++i) {
@@ -128,7 +128,7 @@ TEST(NamePattern, AgreesWithTheRegularExpressionsOfTheCLibrary) {
       std::string name;
       for (int n = below(6); n > 0; --n) name += static_cast<char>('a' + below(3));
       NamePattern::Workspace workspace;
-      const bool matches = pattern.Matches(name, workspace);
+      bool const matches = pattern.Matches(name, workspace);
       EXPECT_EQ(matches, regexec(&expected, name.c_str(), 0, nullptr, 0) == 0) << text << " on " << name;
       ++nCompared;
       nMatches += matches ? 1 : 0;
@@ -140,10 +140,10 @@ TEST(NamePattern, AgreesWithTheRegularExpressionsOfTheCLibrary) {
 }
 
 TEST(PatternTable, FindsTheLastPatternThatMatches) {
-  const std::vector<std::string> texts = {".*",       "wall_.*",         "inlet", ".*_low",
+  std::vector<std::string> const texts = {".*",       "wall_.*",         "inlet", ".*_low",
                                           "wall_low", "(inlet|wall_.*)", "w.*",   ".*high"};
   PatternTable table(1000000);
-  for (const std::string& text : texts) {
+  for (std::string const& text : texts) {
     NamePattern pattern;
     ASSERT_EQ(pattern.Parse(text), "");
     table.Add(pattern);

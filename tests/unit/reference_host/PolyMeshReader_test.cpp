@@ -23,7 +23,7 @@ using reference_host::ReadPolyMesh;
 
 using Files = std::map<std::string, std::string>;  // content by name
 
-std::string Header(const std::string& className) {
+std::string Header(std::string const& className) {
   return "/*---- a banner { with ( brackets; ----*\\\n| =====   |\n\\*----*/\nFoamFile\n{\n    version     "
          "2.0;\n"
          "    format      ascii; // text\n    arch        \"LSB;label=32;scalar=64\";\n    class       " +
@@ -37,7 +37,7 @@ Files HexagonColumn() {
   std::ostringstream points;
   points << std::setprecision(17) << Header("vectorField") << "18\n(\n";
   for (int n = 0; n < 18; ++n) {
-    const double angle = n % 6 * std::acos(-1.0) / 3;
+    double const angle = n % 6 * std::acos(-1.0) / 3;
     points << '(' << std::cos(angle) << ' ' << std::sin(angle) << ' ' << n / 6 << ")\n";
   }
   points << ")\n\n// the end\n";
@@ -46,9 +46,9 @@ Files HexagonColumn() {
   std::ostringstream faces;
   faces << Header("faceList") << "15\n(\n6(6 7 8 9 10 11)\n6(12 13 14 15 16 17)\n6(0 5 4 3 2 1)\n";
   for (int side = 0; side < 12; ++side) {
-    const int low = side / 6 * 6;
-    const int a = low + side % 6;
-    const int b = low + (side + 1) % 6;
+    int const low = side / 6 * 6;
+    int const a = low + side % 6;
+    int const b = low + (side + 1) % 6;
     faces << "4(" << a << ' ' << b << ' ' << b + 6 << ' ' << a + 6 << ")\n";
   }
   faces << ")\n";
@@ -65,32 +65,32 @@ Files HexagonColumn() {
   return files;
 }
 
-FaceMesh Read(const Files& files) {
-  const TemporaryFolder folder;
-  for (const auto& [name, content] : files) folder.Write(name, content);
+FaceMesh Read(Files const& files) {
+  TemporaryFolder const folder;
+  for (auto const& [name, content] : files) folder.Write(name, content);
   return ReadPolyMesh(folder.Path());
 }
 
 /// What the reader says, with the name of the temporary folder removed.
-std::string Refusal(const Files& files) {
-  const TemporaryFolder folder;
-  for (const auto& [name, content] : files) folder.Write(name, content);
+std::string Refusal(Files const& files) {
+  TemporaryFolder const folder;
+  for (auto const& [name, content] : files) folder.Write(name, content);
   std::string what = MeshErrorOf([&] { ReadPolyMesh(folder.Path()); });
   EXPECT_EQ(what.rfind(folder.Path(), 0), 0U) << what;
   return what.erase(0, std::min(what.size(), folder.Path().size() + 1));
 }
 
 /// The hexagon column with one piece of one file replaced.
-Files With(const std::string& file, const std::string& from, const std::string& to) {
+Files With(std::string const& file, std::string const& from, std::string const& to) {
   Files files = HexagonColumn();
-  const std::size_t at = files[file].find(from);
+  std::size_t const at = files[file].find(from);
   EXPECT_NE(at, std::string::npos) << from;
   files[file].replace(at, from.size(), to);
   return files;
 }
 
 TEST(PolyMeshReader, ReadsPolyhedra) {
-  const FaceMesh mesh = Read(HexagonColumn());
+  FaceMesh const mesh = Read(HexagonColumn());
   CheckMesh(mesh);
   EXPECT_EQ(mesh.nCells, 2);
   EXPECT_EQ(mesh.nFaces(), 15);
@@ -98,14 +98,14 @@ TEST(PolyMeshReader, ReadsPolyhedra) {
   EXPECT_EQ(mesh.owner, (std::vector<int>{0, 1, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1}));
   EXPECT_EQ(mesh.neighbour[0], 1);
   for (int f = 1; f < 15; ++f) EXPECT_EQ(mesh.neighbour[f], -1);
-  const std::vector<double> volume = reference_host::ComputeCellGeometry(mesh, 2).volume;
-  const double hexagon = 1.5 * std::sqrt(3.0);
+  std::vector<double> const volume = reference_host::ComputeCellGeometry(mesh, 2).volume;
+  double const hexagon = 1.5 * std::sqrt(3.0);
   EXPECT_NEAR(volume[0], hexagon, 1e-14);
   EXPECT_NEAR(volume[1], hexagon, 1e-14);
 }
 
 TEST(PolyMeshReader, KeepsPatchesWithTheirTypes) {
-  const FaceMesh mesh = Read(HexagonColumn());
+  FaceMesh const mesh = Read(HexagonColumn());
   ASSERT_EQ(mesh.patches.size(), 3U);
   EXPECT_EQ(mesh.patches[0].name, "outlet");
   EXPECT_EQ(mesh.patches[0].type, "patch");
@@ -122,9 +122,9 @@ TEST(PolyMeshReader, ReadsCompactFaces) {
   Files files = HexagonColumn();
   std::ostringstream starts;
   std::ostringstream nodes;
-  const FaceMesh expected = Read(files);
-  for (const std::size_t start : expected.faceStart) starts << start << '\n';
-  for (const int node : expected.faceNode) nodes << node << '\n';
+  FaceMesh const expected = Read(files);
+  for (std::size_t const start : expected.faceStart) starts << start << '\n';
+  for (int const node : expected.faceNode) nodes << node << '\n';
   files["faces"] =
       Header("faceCompactList") + "16\n(\n" + starts.str() + ")\n\n66\n(\n" + nodes.str() + ")\n";
   ExpectSameMesh(Read(files), expected);
@@ -153,7 +153,7 @@ TEST(PolyMeshReader, TakesLinesThatEndTheWindowsWay) {
   Files files = HexagonColumn();
   for (auto& [name, content] : files) {
     std::string text;
-    for (const char c : content) text += c == '\n' ? "\r\n" : std::string(1, c);
+    for (char const c : content) text += c == '\n' ? "\r\n" : std::string(1, c);
     content = text;
   }
   ExpectSameMesh(Read(files), Read(HexagonColumn()));
@@ -172,7 +172,7 @@ TEST(PolyMeshReader, RefusesCompressedFiles) {
 }
 
 TEST(PolyMeshReader, RefusesMissingFiles) {
-  for (const auto& [name, content] : HexagonColumn()) {
+  for (auto const& [name, content] : HexagonColumn()) {
     Files files = HexagonColumn();
     files.erase(name);
     EXPECT_EQ(Refusal(files), name + ": no such file");
@@ -236,9 +236,9 @@ TEST(PolyMeshReader, TakesEmptyPatchesAnywhere) {
 }
 
 TEST(PolyMeshReader, RefusesEveryTruncatedFile) {
-  const Files whole = HexagonColumn();
-  for (const auto& [name, content] : whole) {
-    const std::size_t end = content.rfind(')');
+  Files const whole = HexagonColumn();
+  for (auto const& [name, content] : whole) {
+    std::size_t const end = content.rfind(')');
     for (std::size_t length = 0; length < end; ++length) {
       Files files = whole;
       files[name].resize(length);
@@ -251,9 +251,9 @@ TEST(PolyMeshReader, RefusesEveryTruncatedFile) {
 TEST(PolyMeshReader, SurvivesDamagedBytes) {
   std::mt19937 random(21);
   int nRefused = 0;
-  for (const auto& [name, content] : HexagonColumn()) {
-    const TemporaryFolder folder;
-    for (const auto& [other, text] : HexagonColumn()) folder.Write(other, text);
+  for (auto const& [name, content] : HexagonColumn()) {
+    TemporaryFolder const folder;
+    for (auto const& [other, text] : HexagonColumn()) folder.Write(other, text);
     for (int round = 0; round < 1000; ++round) {
       std::string damaged = content;
       for (int i = 0; i < 3; ++i)
@@ -261,7 +261,7 @@ TEST(PolyMeshReader, SurvivesDamagedBytes) {
       folder.Write(name, damaged);
       try {
         CheckMesh(ReadPolyMesh(folder.Path()));
-      } catch (const reference_host::MeshError&) {
+      } catch (reference_host::MeshError const&) {
         ++nRefused;
       }
     }
@@ -270,8 +270,8 @@ TEST(PolyMeshReader, SurvivesDamagedBytes) {
 }
 
 TEST(PolyMeshReader, GivesTheCheckTheNumbersOfTheFile) {
-  const auto refusal = [](const Files& files) {
-    const FaceMesh mesh = Read(files);
+  auto const refusal = [](Files const& files) {
+    FaceMesh const mesh = Read(files);
     return MeshErrorOf([&] { CheckMesh(mesh); });
   };
   EXPECT_EQ(refusal(With("points", "(1 0 0)", "(1 0 nan)")), "point 0 has a coordinate that is not finite");
@@ -281,14 +281,14 @@ TEST(PolyMeshReader, GivesTheCheckTheNumbersOfTheFile) {
 }
 
 TEST(PolyMeshReader, RefusesTwoSigns) {
-  for (const char* const number : {"+-1", "++1", "-+1", "--1", "+", "-"}) {
+  for (char const* const number : {"+-1", "++1", "-+1", "--1", "+", "-"}) {
     EXPECT_EQ(Refusal(With("points", "(1 0 0)", std::string("(1 ") + number + " 0)")),
               std::string("points:16: a coordinate expected instead of '") + number + "'");
   }
 }
 
 TEST(PolyMeshReader, RefusesPatchesThatShareFacesAlsoWhereItReadsTheBoundaryAlone) {
-  const TemporaryFolder folder;
+  TemporaryFolder const folder;
   folder.Write("owner", Header("labelList") + "8{0}\n");
   folder.Write("boundary",
                Header("polyBoundaryMesh") +

@@ -26,14 +26,14 @@ using Cell = std::vector<Face>;
 /// outwards here, which suffices for cells that are star-shaped about their nodes' average.
 class Builder {
  public:
-  int AddPoint(const Point& point) {
+  int AddPoint(Point const& point) {
     mesh_.points.push_back(point);
     return static_cast<int>(mesh_.points.size()) - 1;
   }
 
-  void AddCell(const Cell& cell) {
-    const int c = mesh_.nCells++;
-    const Point inside = Average(cell);
+  void AddCell(Cell const& cell) {
+    int const c = mesh_.nCells++;
+    Point const inside = Average(cell);
     for (Face face : cell) {
       if (!TurnsOutwards(face, inside)) std::reverse(face.begin(), face.end());
       AddFace(c, face);
@@ -52,11 +52,11 @@ class Builder {
   }
 
  private:
-  Point Average(const Cell& cell) const {
+  Point Average(Cell const& cell) const {
     Point sum = {0, 0, 0};
     int n = 0;
-    for (const Face& face : cell) {
-      for (const int node : face) {
+    for (Face const& face : cell) {
+      for (int const node : face) {
         sum = reference_host::Sum(sum, mesh_.points[node]);
         ++n;
       }
@@ -64,9 +64,9 @@ class Builder {
     return reference_host::Scaled(1.0 / n, sum);
   }
 
-  bool TurnsOutwards(const Face& face, const Point& inside) const {
+  bool TurnsOutwards(Face const& face, Point const& inside) const {
     Point area = {0, 0, 0};
-    const Point& first = mesh_.points[face[0]];
+    Point const& first = mesh_.points[face[0]];
     for (std::size_t i = 2; i < face.size(); ++i) {
       area = reference_host::Sum(area, reference_host::Cross(Difference(mesh_.points[face[i - 1]], first),
                                                              Difference(mesh_.points[face[i]], first)));
@@ -74,10 +74,10 @@ class Builder {
     return reference_host::Dot(area, Difference(first, inside)) > 0;
   }
 
-  void AddFace(int c, const Face& face) {
+  void AddFace(int c, Face const& face) {
     Face key = face;
     std::sort(key.begin(), key.end());
-    const auto [found, isNew] = faceOfNodes_.emplace(key, mesh_.nFaces());
+    auto const [found, isNew] = faceOfNodes_.emplace(key, mesh_.nFaces());
     if (!isNew) {
       mesh_.neighbour[found->second] = c;
       return;
@@ -131,21 +131,21 @@ class Grid {
   int nx_, ny_;
 };
 
-inline Cell Hex(const std::vector<int>& v) {
+inline Cell Hex(std::vector<int> const& v) {
   return {{v[0], v[2], v[6], v[4]}, {v[1], v[3], v[7], v[5]}, {v[0], v[1], v[5], v[4]},
           {v[2], v[3], v[7], v[6]}, {v[0], v[1], v[3], v[2]}, {v[4], v[5], v[7], v[6]}};
 }
 
 inline Cell Tet(int a, int b, int c, int d) { return {{a, b, c}, {a, b, d}, {a, c, d}, {b, c, d}}; }
 
-inline Cell Pyramid(const Face& base, int top) {
+inline Cell Pyramid(Face const& base, int top) {
   Cell cell = {base};
   for (std::size_t i = 0; i < base.size(); ++i) cell.push_back({base[i], base[(i + 1) % base.size()], top});
   return cell;
 }
 
 /// A prism over the triangle with the given corner positions (0..3) at the bottom of a box.
-inline Cell Prism(const std::vector<int>& v, int a, int b, int c) {
+inline Cell Prism(std::vector<int> const& v, int a, int b, int c) {
   return {{v[a], v[b], v[c]},
           {v[a + 4], v[b + 4], v[c + 4]},
           {v[a], v[b], v[b + 4], v[a + 4]},
@@ -153,26 +153,26 @@ inline Cell Prism(const std::vector<int>& v, int a, int b, int c) {
           {v[c], v[a], v[a + 4], v[c + 4]}};
 }
 
-inline void AddTwoPrisms(Builder& builder, const std::vector<int>& v) {
+inline void AddTwoPrisms(Builder& builder, std::vector<int> const& v) {
   builder.AddCell(Prism(v, 0, 1, 3));
   builder.AddCell(Prism(v, 0, 3, 2));
 }
 
 /// Six tetrahedra around the diagonal 0-7, one per order of the directions; neighbouring boxes fit.
-inline void AddSixTets(Builder& builder, const std::vector<int>& v) {
-  for (const auto& [first, second] : {std::pair{1, 3}, std::pair{1, 5}, std::pair{2, 3}, std::pair{2, 6},
+inline void AddSixTets(Builder& builder, std::vector<int> const& v) {
+  for (auto const& [first, second] : {std::pair{1, 3}, std::pair{1, 5}, std::pair{2, 3}, std::pair{2, 6},
                                       std::pair{4, 5}, std::pair{4, 6}}) {
     builder.AddCell(Tet(v[0], v[first], v[second], v[7]));
   }
 }
 
 /// Six pyramids around the middle of a box. `splitTop` makes two tetrahedra of the upper one.
-inline void AddSixPyramids(Builder& builder, const std::vector<int>& v, const Point& middle,
+inline void AddSixPyramids(Builder& builder, std::vector<int> const& v, Point const& middle,
                            bool splitTop = false) {
-  const int top = builder.AddPoint(middle);
-  const Cell hex = Hex(v);
+  int const top = builder.AddPoint(middle);
+  Cell const hex = Hex(v);
   for (std::size_t side = 0; side < hex.size(); ++side) {
-    const Face& base = hex[side];
+    Face const& base = hex[side];
     if (splitTop && side == 5) {
       builder.AddCell(Tet(base[0], base[1], base[2], top));
       builder.AddCell(Tet(base[0], base[2], base[3], top));
@@ -184,9 +184,9 @@ inline void AddSixPyramids(Builder& builder, const std::vector<int>& v, const Po
 
 /// Calls addBox(builder, corners, middle, i, j, k) for each box of the grid.
 template <class AddBox>
-FaceMesh BoxByBox(int nx, int ny, int nz, const AddBox& addBox) {
+FaceMesh BoxByBox(int nx, int ny, int nz, AddBox const& addBox) {
   Builder builder;
-  const Grid grid(builder, nx, ny, nz);
+  Grid const grid(builder, nx, ny, nz);
   for (int k = 0; k < nz; ++k) {
     for (int j = 0; j < ny; ++j) {
       for (int i = 0; i < nx; ++i) {
@@ -199,26 +199,26 @@ FaceMesh BoxByBox(int nx, int ny, int nz, const AddBox& addBox) {
 }
 
 inline FaceMesh HexBox(int nx, int ny, int nz) {
-  return BoxByBox(nx, ny, nz, [](Builder& builder, const std::vector<int>& v, const Point&, int, int, int) {
+  return BoxByBox(nx, ny, nz, [](Builder& builder, std::vector<int> const& v, Point const&, int, int, int) {
     builder.AddCell(Hex(v));
   });
 }
 
 inline FaceMesh TetBox(int n) {
-  return BoxByBox(n, n, n, [](Builder& builder, const std::vector<int>& v, const Point&, int, int, int) {
+  return BoxByBox(n, n, n, [](Builder& builder, std::vector<int> const& v, Point const&, int, int, int) {
     AddSixTets(builder, v);
   });
 }
 
 inline FaceMesh PrismBox(int n) {
-  return BoxByBox(n, n, n, [](Builder& builder, const std::vector<int>& v, const Point&, int, int, int) {
+  return BoxByBox(n, n, n, [](Builder& builder, std::vector<int> const& v, Point const&, int, int, int) {
     AddTwoPrisms(builder, v);
   });
 }
 
 inline FaceMesh PyramidBox(int n) {
   return BoxByBox(n, n, n,
-                  [](Builder& builder, const std::vector<int>& v, const Point& middle, int, int, int) {
+                  [](Builder& builder, std::vector<int> const& v, Point const& middle, int, int, int) {
                     AddSixPyramids(builder, v, middle);
                   });
 }
@@ -227,7 +227,7 @@ inline FaceMesh PyramidBox(int n) {
 /// tetrahedra.
 inline FaceMesh MixedBox(int n) {
   return BoxByBox(n, n, n,
-                  [n](Builder& builder, const std::vector<int>& v, const Point& middle, int i, int j, int k) {
+                  [n](Builder& builder, std::vector<int> const& v, Point const& middle, int i, int j, int k) {
                     if ((i + j) % 3 == 0) builder.AddCell(Hex(v));
                     if ((i + j) % 3 == 1) AddTwoPrisms(builder, v);
                     if ((i + j) % 3 == 2) AddSixPyramids(builder, v, middle, k == n - 1);
@@ -244,10 +244,10 @@ inline FaceMesh MixedBox(int n) {
 ///     +-------+---+---+
 inline FaceMesh PolyBox(int n) {
   Builder builder;
-  const Grid grid(builder, 4, 2 * n, 2 * n);
+  Grid const grid(builder, 4, 2 * n, 2 * n);
   for (int k = 0; k < 2 * n; k += 2) {
     for (int j = 0; j < 2 * n; j += 2) {
-      const auto at = [&grid, j, k](int i, int dj, int dk) { return grid.Node(i, j + dj, k + dk); };
+      auto const at = [&grid, j, k](int i, int dj, int dk) { return grid.Node(i, j + dj, k + dk); };
       Cell cell = {{at(0, 0, 0), at(0, 2, 0), at(0, 2, 2), at(0, 0, 2)}};
       // The row begins in the straight edge on purpose: its first three nodes lie in a line.
       cell.push_back({at(2, 0, 0), at(2, 0, 1), at(2, 0, 2), at(0, 0, 2), at(0, 0, 0)});
@@ -276,9 +276,9 @@ inline FaceMesh Perturbed(FaceMesh mesh, double amount, bool alsoSurface = false
   std::mt19937 random(seed);
   for (Point& point : mesh.points) {
     bool isInside = true;
-    for (const double x : point) isInside = isInside && x > 0.0 && x < 1.0;
+    for (double const x : point) isInside = isInside && x > 0.0 && x < 1.0;
     for (double& x : point) {
-      const double shift = amount * (static_cast<double>(random()) / 2147483648.0 - 1.0);
+      double const shift = amount * (static_cast<double>(random()) / 2147483648.0 - 1.0);
       if (isInside || alsoSurface) x += shift;
     }
   }
@@ -291,7 +291,7 @@ inline FaceMesh Shifted(FaceMesh mesh, double by) {
 }
 
 struct NamedMesh {
-  const char* name;
+  char const* name;
   FaceMesh mesh;
 };
 

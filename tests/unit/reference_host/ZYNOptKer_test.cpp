@@ -21,29 +21,29 @@ struct TestBox {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-bool Meet(const TestBox& a, const TestBox& b) {
+bool Meet(TestBox const& a, TestBox const& b) {
   for (std::size_t d = 0; d < 3; ++d) {
     if (a.low[d] > b.high[d] || b.low[d] > a.high[d]) return false;
   }
   return true;
 }
 
-std::vector<int> BruteForce(const std::vector<TestBox>& boxes, const TestBox& query) {
+std::vector<int> BruteForce(std::vector<TestBox> const& boxes, TestBox const& query) {
   std::vector<int> ids;
-  for (const TestBox& box : boxes) {
+  for (TestBox const& box : boxes) {
     if (Meet(box, query)) ids.push_back(box.id);
   }
   std::sort(ids.begin(), ids.end());
   return ids;
 }
 
-void Add(CZYNOptKer& tree, const TestBox& box) {
+void Add(CZYNOptKer& tree, TestBox const& box) {
   tree.AddSurfaceToADTree(box.id, box.high[0], box.high[1], box.high[2], box.low[0], box.low[1], box.low[2]);
 }
 
-std::vector<int> Search(CZYNOptKer& tree, const TestBox& query) {
+std::vector<int> Search(CZYNOptKer& tree, TestBox const& query) {
   int count = -1;
-  const int* ids = tree.SearchNearBlockID(query.low[0], query.low[1], query.low[2], query.high[0],
+  int const* ids = tree.SearchNearBlockID(query.low[0], query.low[1], query.low[2], query.high[0],
                                           query.high[1], query.high[2], count, 0);
   std::vector<int> found(ids, ids + count);
   std::sort(found.begin(), found.end());
@@ -75,19 +75,19 @@ std::vector<TestBox> RandomBoxes(int n, unsigned seed) {
   return boxes;
 }
 
-void ExpectBruteForceAnswers(CZYNOptKer& tree, const std::vector<TestBox>& boxes, unsigned seed) {
-  for (const TestBox& query : RandomBoxes(200, seed))
+void ExpectBruteForceAnswers(CZYNOptKer& tree, std::vector<TestBox> const& boxes, unsigned seed) {
+  for (TestBox const& query : RandomBoxes(200, seed))
     EXPECT_EQ(Search(tree, query), BruteForce(boxes, query));
 }
 
 }  // namespace
 
 TEST(ZYNOptKer, FindsWhatBruteForceFindsAmongTiesAndTouchingBoxes) {
-  for (const int n : {1, 2, 15, 16, 17, 300, 2000}) {
-    const std::vector<TestBox> boxes = RandomBoxes(n, 7);
+  for (int const n : {1, 2, 15, 16, 17, 300, 2000}) {
+    std::vector<TestBox> const boxes = RandomBoxes(n, 7);
     CZYNOptKer tree;
     SetUnitRange(tree);
-    for (const TestBox& box : boxes) Add(tree, box);
+    for (TestBox const& box : boxes) Add(tree, box);
     ExpectBruteForceAnswers(tree, boxes, 11);
   }
 }
@@ -103,8 +103,8 @@ TEST(ZYNOptKer, FindsWhatBruteForceFindsAmongSmallBoxesAroundRandomPoints) {
     Add(tree, boxes.back());
   }
   for (int q = 0; q < 100; ++q) {
-    const TestBox query = Around(0, coordinate(random), coordinate(random), coordinate(random), 0.1);
-    const std::vector<int> expected = BruteForce(boxes, query);
+    TestBox const query = Around(0, coordinate(random), coordinate(random), coordinate(random), 0.1);
+    std::vector<int> const expected = BruteForce(boxes, query);
     EXPECT_FALSE(expected.empty());
     EXPECT_EQ(Search(tree, query), expected);
   }
@@ -143,12 +143,12 @@ TEST(ZYNOptKer, AnswersEveryBoxOfARepeatedNumber) {
 }
 
 TEST(ZYNOptKer, FindsBoxesAddedAfterASearch) {
-  const std::vector<TestBox> all = RandomBoxes(600, 5);
+  std::vector<TestBox> const all = RandomBoxes(600, 5);
   std::vector<TestBox> boxes;
   CZYNOptKer tree;
   SetUnitRange(tree);
   // Batches that are small and that are large against what the tree already holds.
-  for (const std::size_t until : {1u, 2u, 200u, 210u, 211u, 600u}) {
+  for (std::size_t const until : {1u, 2u, 200u, 210u, 211u, 600u}) {
     while (boxes.size() < until) {
       boxes.push_back(all[boxes.size()]);
       Add(tree, boxes.back());
@@ -171,7 +171,7 @@ TEST(ZYNOptKer, InvertedNaNAndInfiniteBoxesLeaveTheOthersFindable) {
   std::vector<TestBox> boxes = RandomBoxes(100, 17);
   CZYNOptKer tree;
   SetUnitRange(tree);
-  for (const TestBox& box : boxes) Add(tree, box);
+  for (TestBox const& box : boxes) Add(tree, box);
   Add(tree, {101, {1, 0, 0}, {0, 1, 1}});
   Add(tree, {102, {kNaN, 0, 0}, {1, 1, 1}});
   boxes.push_back({103, {-kInfinity, -kInfinity, 0}, {kInfinity, kInfinity, 0.5}});
@@ -198,7 +198,7 @@ TEST(ZYNOptKer, AnswerOutlivesTheCopyThatSearched) {
   SetUnitRange(tree);
   Add(tree, Around(4, 0.5, 0.5, 0.5, 0.1));
   int count = 0;
-  const int* ids = nullptr;
+  int const* ids = nullptr;
   {
     CZYNOptKer copy(tree);
     ids = copy.SearchNearBlockID(0, 0, 0, 1, 1, 1, count, 0);
@@ -209,7 +209,7 @@ TEST(ZYNOptKer, AnswerOutlivesTheCopyThatSearched) {
 }
 
 TEST(ZYNOptKer, CopiesMayBeDestroyedInAnyOrder) {
-  for (const bool originalFirst : {true, false}) {
+  for (bool const originalFirst : {true, false}) {
     auto original = std::make_unique<CZYNOptKer>();
     SetUnitRange(*original);
     Add(*original, Around(1, 0.5, 0.5, 0.5, 0.1));

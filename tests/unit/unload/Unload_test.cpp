@@ -12,7 +12,7 @@
 namespace {
 
 /// Whether a file of this name is mapped into the process.
-bool IsMapped(const std::string& name) {
+bool IsMapped(std::string const& name) {
   std::ifstream maps("/proc/self/maps");
   for (std::string line; std::getline(maps, line);)
     if (line.find(name) != std::string::npos) return true;
@@ -32,7 +32,7 @@ struct Folder {
 };
 
 TEST(Unloading, TakesTheLibraryAndItsSearchTreeAlong) {
-  const Folder folder;
+  Folder const folder;
   ASSERT_FALSE(IsMapped("libZyn3dGradOp")) << "this program is linked without it";
   for (int round = 1; round <= 2; ++round) {
     void* const part = dlopen(ZYN_PLUGIN, RTLD_NOW | RTLD_LOCAL);
@@ -40,7 +40,7 @@ TEST(Unloading, TakesTheLibraryAndItsSearchTreeAlong) {
     auto* const use = reinterpret_cast<int (*)(char const*)>(dlsym(part, "UseEveryOperator"));
     ASSERT_NE(use, nullptr);
     testing::internal::CaptureStdout();
-    const int used = use(folder.path.c_str());
+    int const used = use(folder.path.c_str());
     testing::internal::GetCapturedStdout();
     EXPECT_EQ(used, 1);
     EXPECT_TRUE(IsMapped("libZyn3dGradOp.so"));

@@ -29,7 +29,7 @@ reference_host::MeshPart Cube() {
 }
 
 struct Solver {
-  explicit Solver(const std::string& folder)
+  explicit Solver(std::string const& folder)
       : settingsFile(folder + "/run.rbf"),
         own(Cube()),
         group(1),
