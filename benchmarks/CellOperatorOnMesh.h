@@ -7,8 +7,8 @@
 
 #include "foundation/DQVector.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
-#include "reference_host/FaceMesh.h"
-#include "reference_host/LoadMesh.h"
+#include "reference_host/mesh/FaceMesh.h"
+#include "reference_host/parallel/LoadMesh.h"
 
 namespace benchmarks {
 

@@ -22,10 +22,10 @@
 
 #include "benchmarks/MemoryRates.h"
 #include "gradient/COperatorGradient.h"
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/LoadMesh.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/parallel/LoadMesh.h"
+#include "reference_host/partition/HostPartition.h"
 
 namespace {
 

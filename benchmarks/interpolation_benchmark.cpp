@@ -27,7 +27,7 @@
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "reference_host/LoadMesh.h"
+#include "reference_host/parallel/LoadMesh.h"
 
 namespace {
 

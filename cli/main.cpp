@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "cli/Interruption.h"
-#include "cli/MpiSession.h"
-#include "cli/Program.h"
-#include "cli/Ranks.h"
-#include "cli/SingleThreadedLapack.h"
-#include "cli/StandardStreams.h"
+#include "cli/base/Interruption.h"
+#include "cli/base/MpiSession.h"
+#include "cli/base/Ranks.h"
+#include "cli/base/SingleThreadedLapack.h"
+#include "cli/base/StandardStreams.h"
+#include "cli/commands/Program.h"
 
 namespace {
 

@@ -39,17 +39,38 @@ set(public_headers
   host_check/HostBreach.h
   host_check/HostCheckOptions.h
   host_check/HostCheckReport.h)
-foreach(header IN LISTS public_headers)
+# Of the reference host what a program needs to have it read, cut and lend a mesh.
+set(reference_host_headers
+  reference_host/MeshReader.h
+  reference_host/box/BoxMesh.h
+  reference_host/mesh/BoundaryGroups.h
+  reference_host/mesh/CellGeometry.h
+  reference_host/mesh/DualMesh.h
+  reference_host/mesh/FaceGeometry.h
+  reference_host/mesh/FaceMesh.h
+  reference_host/mesh/FaceMeshBuilder.h
+  reference_host/mesh/MeshCheck.h
+  reference_host/mesh/MeshError.h
+  reference_host/mesh/MeshNames.h
+  reference_host/mesh/MeshPart.h
+  reference_host/mesh/Vector3.h
+  reference_host/parallel/LoadField.h
+  reference_host/parallel/LoadMesh.h
+  reference_host/parallel/MeshDistribution.h
+  reference_host/parallel/MpiAgreement.h
+  reference_host/parallel/MpiCommunicator.h
+  reference_host/parallel/MpiExchange.h
+  reference_host/parallel/MpiReduction.h
+  reference_host/partition/BoundaryPlaces.h
+  reference_host/partition/HostPartition.h
+  reference_host/partition/InProcessExchange.h
+  reference_host/partition/MeshQuality.h
+  reference_host/partition/MeshSummary.h
+  reference_host/partition/RaggedTable.h)
+foreach(header IN LISTS public_headers reference_host_headers)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp/${folder})
 endforeach()
-
-# Of the reference host all but what is inside the readers, the decomposition and the generator of boxes.
-install(DIRECTORY reference_host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Zyn3dGradOp FILES_MATCHING PATTERN "*.h"
-  PATTERN "Gmsh*" EXCLUDE PATTERN "Foam*" EXCLUDE PATTERN "PolyMesh*" EXCLUDE PATTERN "Cgns*" EXCLUDE
-  PATTERN "Decomposed*" EXCLUDE PATTERN "ProcessorCuts*" EXCLUDE PATTERN "TextCursor*" EXCLUDE PATTERN "MeshFile*" EXCLUDE
-  PATTERN "MeshPartBytes*" EXCLUDE PATTERN "MpiBytes*" EXCLUDE PATTERN "MpiNeighbours*" EXCLUDE
-  PATTERN "BoxBlocks*" EXCLUDE PATTERN "BoxMapping*" EXCLUDE PATTERN "BoxShapes*" EXCLUDE)
 
 install(TARGETS Zyn3dGradOp Zyn3dGradOp_host Zyn3dGradOp_search_tree Zyn3dGradOp_host_check EXPORT Zyn3dGradOpTargets)
 # A set of its own: it is left out where what it depends on is not there.

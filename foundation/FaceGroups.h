@@ -1,43 +1,158 @@
 #pragma once
 
+/// @file
+/// The one table of the groups of faces: which members of the host's records make up a group, by which numbers
+/// and names the group goes, and in which orders the operators visit the groups.
+
+#include <array>
+#include <cstddef>
+
 #include "host/Zyn3dGV.h"
 
-/// The arrays of one group of faces, with 1-based indices up to `count`, as the mesh lends them.
+/// Kinds of faces. The number is the face type of the operators' interfaces. The operators' cell tables use it too:
+/// a ghost or halo cell has the kind of its face, an interior cell that of inner faces.
+enum class FaceKind : int { Inner = 1, Wall = 2, Inlet = 3, Outlet = 4, Partition = 5, Symmetry = 6 };
+
+constexpr std::size_t kFaceKinds = 6;
+
+/// Position of a kind in arrays by kind, 0..kFaceKinds-1.
+constexpr std::size_t IndexOf(FaceKind kind) { return static_cast<std::size_t>(kind) - 1; }
+
+/// One group of faces as the host lends it. All arrays are [1..count] and borrowed.
 struct FaceGroup {
-  int count;
-  int const *first, *second;   ///< the cell that the area vector points out of, and the cell beyond
-  double const *sx, *sy, *sz;  ///< area vector, L^2
-  double const *xc, *yc, *zc;  ///< centre, L; null for partition faces
-  int* const* nodes;           ///< ragged: the nodes of a face
+  FaceKind kind = FaceKind::Inner;
+  int count = 0;
+  int const* cv = nullptr;     ///< interior cell that the area vector points out of; it receives +flux
+  int const* other = nullptr;  ///< the cell beyond: interior, ghost or halo cell
+  double const *sx = nullptr, *sy = nullptr, *sz = nullptr;  ///< area vector S, L^2
+  double const *xc = nullptr, *yc = nullptr, *zc = nullptr;  ///< face centre, L
+  double const* weight = nullptr;                            ///< w of `other`; null for boundary groups
+  int const* type = nullptr;    ///< 1: only `cv` takes the flux; null for boundary groups
+  int* const* nodes = nullptr;  ///< ragged rows: the nodes of a face
 };
 
-inline FaceGroup InnerFaces(CZYN3DFiniteVolumeMesh const& m) {
-  return {m.NInnerFaces, m.ijCV, m.ij, m.ijSx, m.ijSy, m.ijSz, m.ijxc, m.ijyc, m.ijzc, m.ijLnods};
+/// The members of the mesh record that make up a group, and what the group is called. Partition faces have their
+/// nodes in the record and all else behind the accessors of CPartitionFace_DLL: their other members are null.
+struct FaceGroupMembers {
+  template <typename T>
+  using Member = T CZYN3DFiniteVolumeMesh::*;
+
+  FaceKind kind;
+  int code;                ///< the group's number in CellFaceType
+  char const* name;        ///< "wall"
+  char const* prefix;      ///< "ijWall", with which the names of its arrays begin
+  char const* countName;   ///< "NWall"
+  char const* weightName;  ///< "Lamda"; null: the group has neither weights nor types
+  char const* typeName;    ///< "FaceType"
+
+  Member<int> count;
+  Member<int*> cv, other;
+  Member<double*> sx, sy, sz;
+  Member<double*> xc, yc, zc;
+  Member<int**> nodes;
+  Member<double*> weight;
+  Member<int*> type;
+};
+
+namespace face_groups {
+using Mesh = CZYN3DFiniteVolumeMesh;
+
+/// All groups by IndexOf(kind), that is by ascending face type.
+// clang-format off
+constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
+    {FaceKind::Inner, 0, "inner", "ij", "NInnerFaces", "Lamda", "FaceType",
+     &Mesh::NInnerFaces, &Mesh::ijCV, &Mesh::ij, &Mesh::ijSx, &Mesh::ijSy, &Mesh::ijSz,
+     &Mesh::ijxc, &Mesh::ijyc, &Mesh::ijzc, &Mesh::ijLnods, &Mesh::Lamda, &Mesh::FaceType},
+    {FaceKind::Wall, 1, "wall", "ijWall", "NWall", nullptr, nullptr,
+     &Mesh::NWall, &Mesh::ijWallCV, &Mesh::ijWall, &Mesh::ijWallSx, &Mesh::ijWallSy, &Mesh::ijWallSz,
+     &Mesh::ijWallxc, &Mesh::ijWallyc, &Mesh::ijWallzc, &Mesh::ijWallLnods, nullptr, nullptr},
+    {FaceKind::Inlet, 2, "inlet", "ijInlet", "NInlet", nullptr, nullptr,
+     &Mesh::NInlet, &Mesh::ijInletCV, &Mesh::ijInlet, &Mesh::ijInletSx, &Mesh::ijInletSy, &Mesh::ijInletSz,
+     &Mesh::ijInletxc, &Mesh::ijInletyc, &Mesh::ijInletzc, &Mesh::ijInletLnods, nullptr, nullptr},
+    {FaceKind::Outlet, 3, "outlet", "ijOutlet", "NOutlet", nullptr, nullptr,
+     &Mesh::NOutlet, &Mesh::ijOutletCV, &Mesh::ijOutlet, &Mesh::ijOutletSx, &Mesh::ijOutletSy, &Mesh::ijOutletSz,
+     &Mesh::ijOutletxc, &Mesh::ijOutletyc, &Mesh::ijOutletzc, &Mesh::ijOutletLnods, nullptr, nullptr},
+    {FaceKind::Partition, 101, "partition", "ijPar", "NParInterFace()", "ParInterFace_Lamda", "FaceType_Partition",
+     nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+     nullptr, nullptr, nullptr, &Mesh::ijParLnods, nullptr, nullptr},
+    {FaceKind::Symmetry, 5, "symmetry", "ijSymmetry", "NSymmetry", nullptr, nullptr,
+     &Mesh::NSymmetry, &Mesh::ijSymmetryCV, &Mesh::ijSymmetry, &Mesh::ijSymmetrySx, &Mesh::ijSymmetrySy, &Mesh::ijSymmetrySz,
+     &Mesh::ijSymmetryxc, &Mesh::ijSymmetryyc, &Mesh::ijSymmetryzc, &Mesh::ijSymmetryLnods, nullptr, nullptr},
+}};
+// clang-format on
+
+/// The Green-Gauss sums: inner and partition faces first, then the boundary in this order.
+constexpr std::array<FaceKind, 4> kGreenGaussBoundary = {FaceKind::Inlet, FaceKind::Outlet,
+                                                         FaceKind::Symmetry, FaceKind::Wall};
+/// The least-squares matrix, after inner and partition faces. Its right-hand side leaves out the last of these.
+constexpr std::array<FaceKind, 4> kLeastSquaresBoundary = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Wall,
+                                                           FaceKind::Symmetry};
+/// The walks of the face operator over the faces with a ghost or halo cell.
+constexpr std::array<FaceKind, 5> kFacesWithOwnCell = {FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet,
+                                                       FaceKind::Partition, FaceKind::Symmetry};
+}  // namespace face_groups
+
+constexpr FaceGroupMembers const& MembersOf(FaceKind kind) { return face_groups::kTable[IndexOf(kind)]; }
+
+constexpr bool IsBoundary(FaceKind kind) { return kind != FaceKind::Inner && kind != FaceKind::Partition; }
+
+/// Whether there is a kind with this face type.
+constexpr bool IsFaceType(int type) { return type >= 1 && type <= static_cast<int>(kFaceKinds); }
+
+/// The group with this number in CellFaceType; null: there is none.
+constexpr FaceGroupMembers const* GroupWithCode(int code) {
+  for (FaceGroupMembers const& members : face_groups::kTable)
+    if (members.code == code) return &members;
+  return nullptr;
 }
 
-inline FaceGroup WallFaces(CZYN3DFiniteVolumeMesh const& m) {
-  return {m.NWall,    m.ijWallCV, m.ijWall,   m.ijWallSx, m.ijWallSy,
-          m.ijWallSz, m.ijWallxc, m.ijWallyc, m.ijWallzc, m.ijWallLnods};
+/// A group whose arrays are in the mesh record. @pre kind is not Partition
+inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh) {
+  FaceGroupMembers const& m = MembersOf(kind);
+  bool const hasWeights = m.weight != nullptr;
+  return {kind,
+          mesh.*m.count,
+          mesh.*m.cv,
+          mesh.*m.other,
+          mesh.*m.sx,
+          mesh.*m.sy,
+          mesh.*m.sz,
+          mesh.*m.xc,
+          mesh.*m.yc,
+          mesh.*m.zc,
+          hasWeights ? mesh.*m.weight : nullptr,
+          hasWeights ? mesh.*m.type : nullptr,
+          mesh.*m.nodes};
 }
 
-inline FaceGroup InletFaces(CZYN3DFiniteVolumeMesh const& m) {
-  return {m.NInlet,    m.ijInletCV, m.ijInlet,   m.ijInletSx, m.ijInletSy,
-          m.ijInletSz, m.ijInletxc, m.ijInletyc, m.ijInletzc, m.ijInletLnods};
+/// The partition faces without centres, weights and types, for operators that put a partition face at the centre of
+/// its halo cell: the host is not asked for the rest.
+inline FaceGroup PartitionFacesAtHaloCells(CPartitionFace_DLL& faces, CZYN3DFiniteVolumeMesh const& mesh) {
+  FaceGroup group;
+  group.kind = FaceKind::Partition;
+  group.count = faces.NParInterFace();
+  group.cv = faces.ijParCV();
+  group.other = faces.ijPar();
+  group.sx = faces.ijParSx();
+  group.sy = faces.ijParSy();
+  group.sz = faces.ijParSz();
+  group.nodes = mesh.ijParLnods;
+  return group;
 }
 
-inline FaceGroup OutletFaces(CZYN3DFiniteVolumeMesh const& m) {
-  return {m.NOutlet,    m.ijOutletCV, m.ijOutlet,   m.ijOutletSx, m.ijOutletSy,
-          m.ijOutletSz, m.ijOutletxc, m.ijOutletyc, m.ijOutletzc, m.ijOutletLnods};
+/// The partition faces with all of their arrays.
+inline FaceGroup PartitionFaces(CPartitionFace_DLL& faces, CZYN3DFiniteVolumeMesh const& mesh) {
+  FaceGroup group = PartitionFacesAtHaloCells(faces, mesh);
+  group.xc = faces.ijParxc();
+  group.yc = faces.ijParyc();
+  group.zc = faces.ijParzc();
+  group.weight = faces.ParInterFace_Lamda();
+  group.type = faces.FaceType_Partition();
+  return group;
 }
 
-inline FaceGroup SymmetryFaces(CZYN3DFiniteVolumeMesh const& m) {
-  return {m.NSymmetry,    m.ijSymmetryCV, m.ijSymmetry,   m.ijSymmetrySx, m.ijSymmetrySy,
-          m.ijSymmetrySz, m.ijSymmetryxc, m.ijSymmetryyc, m.ijSymmetryzc, m.ijSymmetryLnods};
-}
-
-/// Without centres: a partition face stands at the centre of its halo cell for those who use these groups, so
-/// the host is not asked for others.
-inline FaceGroup PartitionFaces(CPartitionFace_DLL& p, CZYN3DFiniteVolumeMesh const& m) {
-  return {p.NParInterFace(), p.ijParCV(), p.ijPar(), p.ijParSx(), p.ijParSy(),
-          p.ijParSz(),       nullptr,     nullptr,   nullptr,     m.ijParLnods};
+/// Any group with all of its arrays. `partitionFaces` is used for partition faces alone and may be null otherwise.
+inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh,
+                         CPartitionFace_DLL* partitionFaces) {
+  return kind == FaceKind::Partition ? PartitionFaces(*partitionFaces, mesh) : FacesOf(kind, mesh);
 }

@@ -17,10 +17,10 @@
 #include <vector>
 
 #include "fuzz/FuzzFolder.h"
-#include "reference_host/CgnsField.h"
-#include "reference_host/CgnsReader.h"
-#include "reference_host/MeshCheck.h"
-#include "reference_host/MeshError.h"
+#include "reference_host/cgns/CgnsField.h"
+#include "reference_host/cgns/CgnsReader.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/MeshError.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <exception>
 
-#include "cli/PointSet.h"
+#include "cli/points/PointSet.h"
 #include "fuzz/FuzzFolder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <string>
 
-#include "cli/Expression.h"
-#include "cli/UsageError.h"
+#include "cli/base/UsageError.h"
+#include "cli/field/Expression.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   std::string const text(reinterpret_cast<char const*>(data), size);

@@ -11,10 +11,10 @@
 #include <string>
 
 #include "fuzz/FuzzFolder.h"
-#include "reference_host/FoamField.h"
-#include "reference_host/FoamFieldLookup.h"
-#include "reference_host/MeshError.h"
-#include "reference_host/NamePattern.h"
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/mesh/NamePattern.h"
+#include "reference_host/openfoam/FoamField.h"
+#include "reference_host/openfoam/FoamFieldLookup.h"
 
 namespace {
 

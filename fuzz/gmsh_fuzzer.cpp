@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "fuzz/FuzzFolder.h"
-#include "reference_host/GmshReader.h"
-#include "reference_host/MeshCheck.h"
-#include "reference_host/MeshError.h"
+#include "reference_host/gmsh/GmshReader.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/MeshError.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   static fuzz::FuzzFolder const folder;

@@ -15,9 +15,9 @@
 #include <vector>
 
 #include "host_check/CheckHostData.h"
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/HostPartition.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/partition/HostPartition.h"
 
 namespace {
 

@@ -17,9 +17,9 @@
 #include "rbf_cell/CZynRBFInternalObject.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 
 namespace {
 

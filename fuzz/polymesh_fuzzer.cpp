@@ -7,9 +7,9 @@
 #include <cstring>
 
 #include "fuzz/FuzzFolder.h"
-#include "reference_host/MeshCheck.h"
-#include "reference_host/MeshError.h"
-#include "reference_host/PolyMeshReader.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/openfoam/PolyMeshReader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
   static fuzz::FuzzFolder const folder;

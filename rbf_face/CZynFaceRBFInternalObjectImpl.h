@@ -47,22 +47,9 @@ inline int FaceTypeOfCode(int code) {
 /// otherwise.
 inline FaceGroup FacesOfType(int type, CZYN3DFiniteVolumeMesh const& mesh,
                              CPartitionFace_DLL* partitionFaces) {
-  switch (type) {
-    case kInnerFaces:
-      return InnerFaces(mesh);
-    case kWallFaces:
-      return WallFaces(mesh);
-    case kInletFaces:
-      return InletFaces(mesh);
-    case kOutletFaces:
-      return OutletFaces(mesh);
-    case kPartitionFaces:
-      return PartitionFaces(*partitionFaces, mesh);
-    case kSymmetryFaces:
-      return SymmetryFaces(mesh);
-    default:
-      return {};
-  }
+  if (!IsFaceType(type)) return {};
+  FaceKind const kind = static_cast<FaceKind>(type);
+  return kind == FaceKind::Partition ? PartitionFacesAtHaloCells(*partitionFaces, mesh) : FacesOf(kind, mesh);
 }
 
 /// Whether the line between two cells goes on beyond the face: both sides are cells of their own there. On

@@ -70,7 +70,7 @@ void CZynFaceRBFInternalObject::CollateFaces(int type) {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
   FaceGroup const faces = FacesOfType(type, mesh, pPartFace);
   for (int f = 1; f <= faces.count; ++f) {
-    int const c = faces.second[f];
+    int const c = faces.other[f];
     DQVector const point = type == kPartitionFaces ? DQVector{mesh.xc[c], mesh.yc[c], mesh.zc[c]}
                                                    : DQVector{faces.xc[f], faces.yc[f], faces.zc[f]};
     m_pNodeTable[c].SetData(point.x, point.y, point.z, c);

@@ -87,7 +87,7 @@ void FillNeighboursOfInteriorCells(CZYN3DFiniteVolumeMesh const& mesh, AllFaces 
       FaceGroup const& faces = allFaces[static_cast<std::size_t>(FaceTypeOfCode(mesh.CellFaceType[c][k]))];
       int const f = mesh.CellFace[c][k];
       if (f < 1 || f > faces.count) continue;
-      for (int const d : {faces.first[f], faces.second[f]})
+      for (int const d : {faces.cv[f], faces.other[f]})
         if (d != c && n < row[0]) row[++n] = d;
     }
   }
@@ -97,7 +97,7 @@ void FillNeighboursOfInteriorCells(CZYN3DFiniteVolumeMesh const& mesh, AllFaces 
 void FillNeighboursOfGhostCells(CZYN3DFiniteVolumeMesh const& mesh, AllFaces const& allFaces,
                                 EdgeNeighbours& edgeNeighbours, int** rows) {
   ForEachBoundaryFace(allFaces,
-                      [rows](FaceGroup const& faces, int f) { rows[faces.second[f]][1] = faces.first[f]; });
+                      [rows](FaceGroup const& faces, int f) { rows[faces.other[f]][1] = faces.cv[f]; });
   for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c) {
     std::vector<int> const& neighbours = edgeNeighbours.Of(c);
     std::copy(neighbours.begin(), neighbours.end(), rows[c] + 2);
@@ -125,7 +125,7 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFlnods() {
   }
   // A halo cell of several faces ends with the vertices of the last.
   ForEachBoundaryFace(FacesOf(mesh, pPartFace), [this](FaceGroup const& faces, int f) {
-    CopyRow(faces.nodes[f], m_ppRBFlnods[faces.second[f]]);
+    CopyRow(faces.nodes[f], m_ppRBFlnods[faces.other[f]]);
   });
   return kDone;
 }
@@ -158,7 +158,7 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFCell32Conn() {
   std::vector<int> length(static_cast<std::size_t>(mesh.NCell) + 1, 0);
   for (int c = 1; c <= mesh.NInnerCells; ++c) length[static_cast<std::size_t>(c)] = mesh.CellFace[c][0];
   ForEachBoundaryFace(allFaces, [&length](FaceGroup const& faces, int f) {
-    ++length[static_cast<std::size_t>(faces.second[f])];
+    ++length[static_cast<std::size_t>(faces.other[f])];
   });
   auto const rowSize = [&length](int c) { return length[static_cast<std::size_t>(c)] + 1; };
   m_ppRBFCell32Conn = RowTable<int>::Create(mesh.NCell, mesh.NCell, rowSize);

@@ -98,7 +98,7 @@ void CZynFaceRBFInternalObject::Search_by_Topology_control() {
     PrintTopologyProgress(i, NFace);
     int const* const row = faces.nodes[i];
     vertices.assign(row, row + row[0] + 1);
-    int pair[2] = {faces.first[i], faces.second[i]};
+    int pair[2] = {faces.cv[i], faces.other[i]};
     m_pFaceSupport[i] = FaceLength(i, pair, vertices.data());
     CountingNodeToCellconnectionNumber(i, pair, vertices.data());
   }

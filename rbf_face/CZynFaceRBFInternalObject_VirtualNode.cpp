@@ -23,7 +23,7 @@ void CZynFaceRBFInternalObject::Search_by_normal_virtual_node() {
   FaceGroup const faces = FacesOfType(iFaceType, *pMesh, pPartFace);
   int const nFace = std::min(NFace, faces.count);
   for (int i = 1; i <= nFace; ++i) {
-    int pair[2] = {faces.first[i], faces.second[i]};
+    int pair[2] = {faces.cv[i], faces.other[i]};
     Set_VirtualNode_Coord_and_ClosestCellID(iFaceType, i, pair, faces.sx[i], faces.sy[i], faces.sz[i]);
     CountingVirtualNodeToCellconnectionNumber_By33(i, pair);
   }

@@ -3,10 +3,10 @@
 #include <filesystem>
 #include <system_error>
 
-#include "reference_host/CgnsReader.h"
-#include "reference_host/GmshReader.h"
-#include "reference_host/MeshError.h"
-#include "reference_host/PolyMeshReader.h"
+#include "reference_host/cgns/CgnsReader.h"
+#include "reference_host/gmsh/GmshReader.h"
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/openfoam/PolyMeshReader.h"
 
 namespace reference_host {
 namespace {

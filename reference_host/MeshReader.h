@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "reference_host/FaceMesh.h"
+#include "reference_host/mesh/FaceMesh.h"
 
 namespace reference_host {
 

@@ -24,10 +24,10 @@
 
 #include "host/ZYNKNCompParm.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 
 namespace {
 

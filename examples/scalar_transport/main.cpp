@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "gradient/COperatorGradient.h"
-#include "reference_host/LoadMesh.h"
+#include "reference_host/parallel/LoadMesh.h"
 
 namespace {
 

@@ -7,8 +7,7 @@ compiler=$2
 failed=0
 while read -r header; do
   flags=(-std=c++17 -fsyntax-only -I. -x c++)
-  case "$header" in */Mpi*|*LoadMesh.h|*LoadField.h|*MeshDistribution.h|cli/*|benchmarks/*|\
-    */ProcessorCuts.h|*/DecomposedCaseReader.h|*/DecomposedNumbers.h|*/DecomposedPartBuilder.h) continue ;; esac
+  [[ $header != reference_host/parallel/* ]] || continue  # needs MPI
   if ! printf '#include "%s"\n#include "%s"\n' "$header" "$header" | "$compiler" "${flags[@]}" - ; then
     echo "not self-contained: $header"
     failed=1

@@ -1,4 +1,4 @@
-#include "reference_host/DecomposedCase.h"
+#include "reference_host/openfoam/DecomposedCase.h"
 
 #include <gtest/gtest.h>
 
@@ -11,13 +11,13 @@
 
 #include "MpiTestSupport.h"
 #include "gradient/COperatorGradient.h"
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/CellGeometry.h"
-#include "reference_host/DecomposedCaseReader.h"
-#include "reference_host/MeshDistribution.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/parallel/DecomposedCaseReader.h"
+#include "reference_host/parallel/MeshDistribution.h"
 #include "tests/property/meshes/PartitionedGradients.h"
-#include "tests/unit/reference_host/FoamTestCase.h"
 #include "tests/unit/reference_host/TestMeshes.h"
+#include "tests/unit/reference_host/openfoam/FoamTestCase.h"
 
 namespace reference_host::test {
 namespace {

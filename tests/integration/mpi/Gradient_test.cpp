@@ -7,8 +7,8 @@
 
 #include "MpiTestSupport.h"
 #include "gradient/COperatorGradient.h"
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/BoxMesh.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/BoundaryGroups.h"
 #include "tests/property/meshes/PartitionedGradients.h"
 
 namespace reference_host::test {

@@ -1,4 +1,4 @@
-#include "reference_host/LoadField.h"
+#include "reference_host/parallel/LoadField.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -10,15 +10,15 @@
 #include <vector>
 
 #include "MpiTestSupport.h"
-#include "reference_host/CellGeometry.h"
-#include "reference_host/FaceGeometry.h"
-#include "reference_host/MeshDistribution.h"
-#include "reference_host/Vector3.h"
+#include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/mesh/FaceGeometry.h"
+#include "reference_host/mesh/Vector3.h"
+#include "reference_host/parallel/MeshDistribution.h"
 #ifdef ZYN_WITH_CGNS
-#include "tests/unit/reference_host/CgnsTestFile.h"
+#include "tests/unit/reference_host/cgns/CgnsTestFile.h"
 #endif
-#include "tests/unit/reference_host/FoamTestCase.h"
 #include "tests/unit/reference_host/TestMeshes.h"
+#include "tests/unit/reference_host/openfoam/FoamTestCase.h"
 
 namespace reference_host::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "reference_host/MeshDistribution.h"
+#include "reference_host/parallel/MeshDistribution.h"
 
 #include <gtest/gtest.h>
 
@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "MpiTestSupport.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/MeshError.h"
-#include "reference_host/MpiAgreement.h"
-#include "reference_host/MpiBytes.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/parallel/MpiAgreement.h"
+#include "reference_host/parallel/MpiBytes.h"
 
 namespace reference_host::test {
 namespace {

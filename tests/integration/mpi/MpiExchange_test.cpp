@@ -1,4 +1,4 @@
-#include "reference_host/MpiExchange.h"
+#include "reference_host/parallel/MpiExchange.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "MpiTestSupport.h"
-#include "reference_host/MpiReduction.h"
+#include "reference_host/parallel/MpiReduction.h"
 
 namespace reference_host::test {
 namespace {

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "MpiTestSupport.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/CellGeometry.h"
-#include "reference_host/LoadMesh.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/parallel/LoadMesh.h"
 
 namespace reference_host::test {
 namespace {

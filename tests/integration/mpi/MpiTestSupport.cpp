@@ -10,7 +10,7 @@
 #include <numeric>
 #include <sstream>
 
-#include "reference_host/MeshError.h"
+#include "reference_host/mesh/MeshError.h"
 
 namespace reference_host::test {
 

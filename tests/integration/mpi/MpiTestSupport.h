@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/LoadMesh.h"
+#include "reference_host/parallel/LoadMesh.h"
 
 namespace reference_host::test {
 

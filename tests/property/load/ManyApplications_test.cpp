@@ -9,8 +9,8 @@
 #include "rbf_cell/CZynRBFInternalObject.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/rbf_cell/SettingsFolder.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/CellGeometry.h"
-#include "reference_host/MeshCheck.h"
 #include "reference_host/MeshReader.h"
-#include "reference_host/Vector3.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/Vector3.h"
 #include "tests/property/meshes/PartitionedGradients.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/BoxMesh.h"
-#include "reference_host/Vector3.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/Vector3.h"
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/meshes/PartitionedGradients.h"
 

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "gradient/COperatorGradient.h"
-#include "reference_host/FaceMesh.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/mesh/FaceMesh.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 
 namespace partitioned {
 

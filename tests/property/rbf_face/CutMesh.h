@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/rbf_cell/SettingsFolder.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 

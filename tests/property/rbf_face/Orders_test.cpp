@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/BoxMesh.h"
+#include "reference_host/box/BoxMesh.h"
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/rbf_face/CutMesh.h"
 #include "tests/unit/rbf_face/FaceBed.h"

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/rbf_ib/PointBed.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 

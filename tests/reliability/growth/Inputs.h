@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/FaceMesh.h"
-#include "tests/unit/reference_host/GmshTestFile.h"
+#include "reference_host/mesh/FaceMesh.h"
+#include "tests/unit/reference_host/gmsh/GmshTestFile.h"
 
 /// Inputs of any size.
 namespace growth {

@@ -9,23 +9,23 @@
 #include <string>
 #include <vector>
 
-#include "cli/Expression.h"
-#include "cli/PointSet.h"
-#include "cli/UsageError.h"
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/DecomposedCase.h"
-#include "reference_host/FaceMeshBuilder.h"
-#include "reference_host/FoamField.h"
-#include "reference_host/MeshCheck.h"
-#include "reference_host/MeshError.h"
+#include "cli/base/UsageError.h"
+#include "cli/field/Expression.h"
+#include "cli/points/PointSet.h"
 #include "reference_host/MeshReader.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/mesh/FaceMeshBuilder.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/openfoam/DecomposedCase.h"
+#include "reference_host/openfoam/FoamField.h"
 #include "tests/reliability/growth/Growth.h"
 #include "tests/reliability/growth/Inputs.h"
-#include "tests/unit/reference_host/FoamTestCase.h"
-#include "tests/unit/reference_host/GmshTestFile.h"
 #include "tests/unit/reference_host/MeshTestSupport.h"
+#include "tests/unit/reference_host/gmsh/GmshTestFile.h"
+#include "tests/unit/reference_host/openfoam/FoamTestCase.h"
 #ifdef ZYN_WITH_CGNS
-#include "tests/unit/reference_host/CgnsTestFile.h"
+#include "tests/unit/reference_host/cgns/CgnsTestFile.h"
 #endif
 
 namespace {

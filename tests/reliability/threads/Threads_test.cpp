@@ -12,8 +12,8 @@
 #include "gradient/COperatorGradient.h"
 #include "host/ZYNKNCompParm.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
 namespace {

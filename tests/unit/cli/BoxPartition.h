@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/BoxMesh.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/MeshPart.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/mesh/MeshPart.h"
+#include "reference_host/partition/HostPartition.h"
 
 namespace zyngrad {
 

@@ -2,8 +2,8 @@
 
 #include <mpi.h>
 
-#include "cli/MpiSession.h"
-#include "cli/Ranks.h"
+#include "cli/base/MpiSession.h"
+#include "cli/base/Ranks.h"
 
 namespace zyngrad {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "host_check/CheckHostData.h"
-#include "reference_host/HostPartition.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/host_check/LentFaces.h"
 
 /// What one partition lends, each pointer to be replaced by a test that breaks it.

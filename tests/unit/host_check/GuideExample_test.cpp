@@ -6,7 +6,7 @@
 #include <string>
 
 #include "host_check/CheckHostData.h"
-#include "reference_host/InProcessExchange.h"
+#include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/BoundaryGroups.h"
-#include "reference_host/BoxMesh.h"
 #include "reference_host/MeshReader.h"
-#include "reference_host/Vector3.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/mesh/Vector3.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 

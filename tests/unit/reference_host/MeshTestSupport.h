@@ -7,8 +7,8 @@
 #include <fstream>
 #include <string>
 
-#include "reference_host/FaceMesh.h"
-#include "reference_host/MeshError.h"
+#include "reference_host/mesh/FaceMesh.h"
+#include "reference_host/mesh/MeshError.h"
 
 /// A folder of its own for the files of one test, removed with its content at the end.
 class TemporaryFolder {

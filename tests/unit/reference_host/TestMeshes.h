@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "reference_host/FaceMesh.h"
-#include "reference_host/Vector3.h"
+#include "reference_host/mesh/FaceMesh.h"
+#include "reference_host/mesh/Vector3.h"
 
 /// Small meshes of the unit cube for tests, of every kind of cell. Patches: "inlet" x=0, "outlet" x=1, "wall"
 /// y=0 and z=0, z=1, "symmetry" y=1.

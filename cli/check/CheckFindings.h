@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/gradient/GradientMethods.h"
+
+namespace zyngrad {
+
+/// What the check can find at a cell, a face or a point: a bit each.
+enum Finding : std::uint32_t {
+  kIsAtBoundary = 1U << 0,
+  kIsBesideSymmetry = 1U << 1,
+  kHasNoVolume = 1U << 2,
+  kIsFlatCell = 1U << 3,
+  kIsSkew = 1U << 4,
+  kIsNonOrthogonal = 1U << 5,
+  kHasZeroPivot = 1U << 6,
+  kHasZeroLastPivot = 1U << 7,
+  kHasTinyPivot = 1U << 8,
+  kHasMemberAtOrigin = 1U << 9,
+  kHasRepeatedMember = 1U << 10,
+  kHasCoincidentMembers = 1U << 11,
+  kHasFlatAxis = 1U << 12,
+  kHasFewMembers = 1U << 13,
+  kIsIllConditioned = 1U << 14,
+  kIsSingular = 1U << 15,
+  kHasSystemNotFinite = 1U << 16,
+  kHasRowNotFinite = 1U << 17,
+  kHasRowSumOff = 1U << 18,
+  kHasLargeWeights = 1U << 30,
+};
+
+/// The gradient of method number k of GradientMethods() is not finite.
+constexpr std::uint32_t GradientNotFinite(std::size_t k) { return 1U << (19 + k); }
+
+// Where the findings begin. Each is explained in docs/check.md.
+constexpr double kFlatCell = 1e-6;                 ///< volume / (surface area)^1.5; a cube has 0.07
+constexpr double kExtremeSkewness = 1.0;           ///< as reference_host::QualitySums measures it
+constexpr double kExtremeNonOrthogonality = 70.0;  ///< degrees
+constexpr double kTinyPivot = 1e-12;               ///< over the moment that it was eliminated from
+constexpr double kSamePlace = 1e-12;               ///< over the largest extent of the stencil
+constexpr int kFewestNeighbours = 3;               ///< a slope has as many components
+constexpr double kPoorCondition = 1e12;            ///< four digits are left
+constexpr double kSingularCondition = 4.5e15;      ///< 1 / the machine's epsilon: no digit is left
+constexpr double kCellRowSumTolerance = 1e-6;  ///< whose systems have a constant term; others: FaceErrors.h
+constexpr double kLargeMagnitude = 10.0;       ///< sum of the magnitudes of a value's weights, which sum to 1
+
+/// What a finding means for the result.
+enum class Severity { Note, Poor, Wrong, NotFinite };
+
+std::string NameOf(Severity severity);
+
+struct FindingKind {
+  std::uint32_t finding;
+  Severity severity;
+  std::string key;   ///< in check.json
+  std::string text;  ///< in tables
+};
+
+/// In the order of tables; those of the gradient methods last.
+std::vector<FindingKind> const& FindingKinds();
+
+/// The gravest of them; Note without any.
+Severity SeverityOf(std::uint32_t findings);
+
+/// Those that are more than notes, the gravest first: "weights not finite; members at one position". Empty
+/// when there is none.
+std::string InWords(std::uint32_t findings);
+
+/// The gradient type of the method that solves normal equations.
+constexpr int kLeastSquaresType = 1;
+
+// What a check can find at all, so that a table shows what was looked for.
+
+/// Of cells, by gradient method.
+std::uint32_t CellFindings(std::vector<GradientMethod const*> const& methods);
+
+/// Of the interpolation to faces or to points.
+std::uint32_t InterpolationFindings();
+
+}  // namespace zyngrad

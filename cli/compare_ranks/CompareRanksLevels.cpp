@@ -1,0 +1,219 @@
+#include "cli/compare_ranks/CompareRanksLevels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+
+#include "cli/base/StdoutToFile.h"
+#include "cli/study/StudyCondition.h"
+#include "cli/study/StudyPoints.h"
+#include "cli/systems/CellStencil.h"
+#include "cli/systems/ConditionEstimate.h"
+#include "gradient/COperatorGradient.h"
+#include "gradient/COperatorGradientImpl.h"
+#include "reference_host/mesh/FaceGeometry.h"
+#include "reference_host/mesh/MeshPart.h"
+#include "reference_host/partition/HostPartition.h"
+#include "reference_host/partition/InProcessExchange.h"
+
+namespace zyngrad {
+namespace {
+
+using reference_host::HostPartition;
+using reference_host::Point;
+
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+constexpr double kInfinite = std::numeric_limits<double>::infinity();
+constexpr double kLeastRelative = 1e-12;
+constexpr int kLeastSquaresType = 1;
+
+double Length(double x, double y, double z) { return std::sqrt(y * y + x * x + z * z); }
+
+double LargestSlope(RankResult const& result) {
+  double largest = 0.0;
+  for (Point const& g : result.item) largest = std::max(largest, Length(g[0], g[1], g[2]));
+  return largest;
+}
+
+/// The mesh as one partition, and what the levels are made of.
+class WholeMeasures {
+ public:
+  WholeMeasures(WholeMesh const& mesh, RankQuestion const& question)
+      : field_(question.field),
+        partition_(
+            SplitMesh(mesh.faces, std::vector<int>(static_cast<std::size_t>(mesh.nCells()), 0), 1).front()),
+        group_(1),
+        exchange_(group_, partition_),
+        reduction_(group_) {
+    partition_.CompleteHalo(exchange_);
+    CZYN3DFiniteVolumeMesh const& m = *partition_.mesh();
+    for (int c = 1; c <= m.NCell; ++c)
+      largestValue_ = std::max(largestValue_, std::fabs(question.field.Value(m.xc[c], m.yc[c], m.zc[c])));
+  }
+
+  double largestValue() const { return largestValue_; }
+
+  /// Largest sum of the areas around a cell over its volume, 1/L.
+  double LargestSurfaceOverVolume() {
+    CZYN3DFiniteVolumeMesh const& m = *partition_.mesh();
+    std::vector<double> surface(static_cast<std::size_t>(m.NCell) + 1, 0.0);
+    auto const add = [&surface](int n, int const* cells, double const* Sx, double const* Sy,
+                                double const* Sz) {
+      for (int f = 1; f <= n; ++f) surface[static_cast<std::size_t>(cells[f])] += Length(Sx[f], Sy[f], Sz[f]);
+    };
+    add(m.NInnerFaces, m.ijCV, m.ijSx, m.ijSy, m.ijSz);
+    add(m.NInnerFaces, m.ij, m.ijSx, m.ijSy, m.ijSz);
+    add(m.NInlet, m.ijInletCV, m.ijInletSx, m.ijInletSy, m.ijInletSz);
+    add(m.NOutlet, m.ijOutletCV, m.ijOutletSx, m.ijOutletSy, m.ijOutletSz);
+    add(m.NSymmetry, m.ijSymmetryCV, m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz);
+    add(m.NWall, m.ijWallCV, m.ijWallSx, m.ijWallSy, m.ijWallSz);
+    double largest = 0.0;
+    for (int c = 1; c <= m.NInnerCells; ++c)
+      largest = std::max(largest, surface[static_cast<std::size_t>(c)] / m.Volume[c]);
+    return largest;
+  }
+
+  /// [0..nCells-1] condition number of the moments of least squares.
+  std::vector<double> MomentConditions() {
+    StdoutToFile const silence("/dev/null");
+    COperatorGradient op;
+    op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
+    op.getPartitionFace(partition_.partitionFaces());
+    op.getCommunication(&exchange_, &reduction_);
+    int type = kLeastSquaresType;
+    op.getGradType(type);
+    op.Initialize();
+    COperatorGradientImpl const& m = *op.m_pImpl;
+    return ByMeshNumber([&](int c) {
+      return ConditionEstimate({m.m_pSxx[c], m.m_pSxy[c], m.m_pSxz[c], m.m_pSxy[c], m.m_pSyy[c], m.m_pSyz[c],
+                                m.m_pSxz[c], m.m_pSyz[c], m.m_pSzz[c]},
+                               3);
+    });
+  }
+
+  /// [0..nCells-1] condition number times the sum of |w|, 1/L.
+  std::vector<double> WeightedConditions(RadialBasisSettings const& settings) {
+    std::vector<double> found = {0.0};
+    VisitCellStencils(partition_, settings, "/dev/null", [&found](int, CellStencil const& stencil) {
+      double sum = 0.0;
+      for (StencilMember const& member : stencil.members)
+        sum += Length(member.weight.x, member.weight.y, member.weight.z);
+      found.push_back(ConditionEstimate(stencil.matrix, stencil.Order()) * sum);
+    });
+    return ByMeshNumber([&](int c) { return found[static_cast<std::size_t>(c)]; });
+  }
+
+  /// Of the values of faces or points against the field at their places.
+  double LargestError(StudyMethod const& method, reference_host::FaceMesh const& faces,
+                      RankResult const& result) {
+    double largest = 0.0;
+    auto const take = [&](std::size_t item, Point const& place) {
+      if (result.isThere[item] == 0) return;
+      double const error = std::fabs(result.item[item][0] - field_.Value(place[0], place[1], place[2]));
+      if (std::isfinite(error)) largest = std::max(largest, error);
+    };
+    if (method.kind == StudyMethod::Kind::Faces) {
+      for (std::size_t f = 0; f < result.item.size(); ++f) {
+        std::size_t const first = faces.faceStart[f], n = faces.faceStart[f + 1] - first;
+        take(f, reference_host::ComputeFaceGeometry(faces.points, faces.faceNode.data() + first,
+                                                    static_cast<int>(n))
+                    .centre);
+      }
+      return largest;
+    }
+    for (int c = 1; c <= partition_.mesh()->NInnerCells; ++c) {
+      std::int64_t const number = partition_.globalCell()[static_cast<std::size_t>(c)];
+      take(static_cast<std::size_t>(number - 1), PointInCell(partition_, c));
+    }
+    return largest;
+  }
+
+  /// Among a sample of the systems of faces or points.
+  double WorstCondition(StudyCase const& theCase, int searchNumber) {
+    InterpolationSettings const settings = {theCase.method->searchMethod, theCase.span, searchNumber, 0.0,
+                                            false};
+    std::vector<double> conditions;
+    if (theCase.method->kind == StudyMethod::Kind::Faces) {
+      conditions = FaceConditions(partition_, settings);
+    } else {
+      UsableCells usable;
+      for (std::int64_t const number : partition_.globalCell())
+        usable.mark.push_back(number > 0 ? -1.0 : 1.0);
+      PointSet points;
+      for (int const c : CellsWithPoints(partition_, partition_.mesh()->NInnerCells)) {
+        Point const point = PointInCell(partition_, c);
+        points.x.push_back(point[0]);
+        points.y.push_back(point[1]);
+        points.z.push_back(point[2]);
+      }
+      conditions = PointConditions(partition_, usable, points, settings);
+    }
+    double worst = 0.0;
+    for (double const condition : conditions) {
+      if (std::isnan(condition)) return kInfinite;
+      worst = std::max(worst, condition);
+    }
+    return worst;
+  }
+
+ private:
+  template <class Measure>
+  std::vector<double> ByMeshNumber(Measure const& measure) const {
+    std::vector<double> values(partition_.globalCell().size(), 0.0);
+    int nCells = 0;
+    for (std::size_t c = 1; c < partition_.globalCell().size(); ++c) {
+      if (partition_.globalCell()[c] == 0) continue;
+      values[static_cast<std::size_t>(partition_.globalCell()[c] - 1)] = measure(static_cast<int>(c));
+      ++nCells;
+    }
+    values.resize(static_cast<std::size_t>(nCells));
+    return values;
+  }
+
+  Expression const& field_;
+  HostPartition partition_;
+  reference_host::InProcessGroup group_;
+  reference_host::InProcessCommunication exchange_;
+  reference_host::InProcessReduction reduction_;
+  double largestValue_ = 0.0;
+};
+
+}  // namespace
+
+std::vector<RankLevel> LevelsOf(WholeMesh const& mesh, RankQuestion const& question,
+                                std::vector<RankResult> const& results) {
+  WholeMeasures measures(mesh, question);
+  std::vector<RankLevel> levels;
+  for (std::size_t k = 0; k < results.size(); ++k) {
+    StudyCase const& theCase = question.cases[k];
+    if (theCase.method->kind != StudyMethod::Kind::Gradient) {
+      double const error = measures.LargestError(*theCase.method, mesh.faces, results[k]);
+      double const rounding =
+          kEps * measures.largestValue() * measures.WorstCondition(theCase, question.searchNumber);
+      levels.push_back({"error", std::vector<double>(results[k].item.size(), 10.0 * error + rounding)});
+      continue;
+    }
+    double const slope = LargestSlope(results[k]), least = kLeastRelative * slope;
+    int const type = theCase.method->gradient->gradientType;
+    RankLevel level = {"round-off", {}};
+    if (type == kRadialBasisType) {
+      level = {"conditioning", measures.WeightedConditions({theCase.span, false})};
+      for (double& bound : level.atItem) bound *= kEps * measures.largestValue();
+    } else if (type == kLeastSquaresType) {
+      level.atItem = measures.MomentConditions();
+      for (double& bound : level.atItem) bound = std::max(least, 16.0 * kEps * bound * slope);
+    } else {
+      int const nSweeps = std::max(1, theCase.nSweeps);
+      double const bound =
+          8.0 * nSweeps * kEps * measures.largestValue() * measures.LargestSurfaceOverVolume();
+      level.atItem.assign(static_cast<std::size_t>(mesh.nCells()), std::max(least, bound));
+    }
+    levels.push_back(std::move(level));
+  }
+  return levels;
+}
+
+}  // namespace zyngrad

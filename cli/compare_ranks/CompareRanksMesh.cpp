@@ -1,0 +1,56 @@
+#include "cli/compare_ranks/CompareRanksMesh.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "reference_host/MeshReader.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/parallel/MeshDistribution.h"
+
+namespace zyngrad {
+
+using reference_host::FaceMesh;
+
+std::vector<int> WholeMesh::PartOfCell(int nParts) const {
+  if (reference_host::IsBoxSpec(spec))
+    return reference_host::BoxPartOfCell(reference_host::ParseBoxSpec(spec), nParts);
+  return reference_host::PartitionMesh(faces, nParts, spec);
+}
+
+WholeMesh ReadWholeMesh(std::string const& spec,
+                        std::map<std::string, reference_host::BoundaryGroup> const& groupsByUser) {
+  WholeMesh mesh;
+  mesh.spec = spec;
+  mesh.faces = reference_host::IsBoxSpec(spec) ? reference_host::MakeBox(reference_host::ParseBoxSpec(spec))
+                                               : reference_host::ReadMesh(spec);
+  reference_host::CheckMesh(mesh.faces, spec);
+  std::vector<std::int64_t> facesOfPatch(mesh.faces.patches.size(), 0);
+  for (int const patch : mesh.faces.facePatch)
+    if (patch >= 0) ++facesOfPatch[static_cast<std::size_t>(patch)];
+  reference_host::AssignBoundaryGroups(mesh.faces.patches, facesOfPatch, groupsByUser);
+  return mesh;
+}
+
+std::vector<int> LayersFromCuts(FaceMesh const& mesh, std::vector<int> const& partOfCell) {
+  auto const at = [](int cell) { return static_cast<std::size_t>(cell); };
+  std::vector<int> layer(at(mesh.nCells), kLastLayer);
+  for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
+    int const a = mesh.owner[f], b = mesh.neighbour[f];
+    if (b >= 0 && partOfCell[at(a)] != partOfCell[at(b)]) layer[at(a)] = layer[at(b)] = 0;
+  }
+  // Each sweep over the faces carries the next layer one cell further.
+  for (int next = 1; next < kLastLayer; ++next) {
+    for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
+      if (mesh.neighbour[f] < 0) continue;
+      int& a = layer[at(mesh.owner[f])];
+      int& b = layer[at(mesh.neighbour[f])];
+      if (b == next - 1) a = std::min(a, next);
+      if (a == next - 1) b = std::min(b, next);
+    }
+  }
+  return layer;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/field/Dual.h"
+
+namespace zyngrad {
+
+/// A formula in x, y and z, such as `sin(x)*y + z^2`, with its exact gradient.
+///
+/// Grammar, loosest first: sums (`+ -`), products (`* /`), signs, powers (`^`, from the right: 2^3^2 = 2^9).
+/// A sign binds looser than a power: -x^2 = -(x^2); an exponent may have one: 2^-1. Names: x y z, pi e, and
+/// the functions of FunctionNames(). Numbers as in 1, .5, 2e-3. Spaces do not count.
+class Expression {
+ public:
+  /// Parses `text`. Any bytes may come; nesting is limited, so that no input exhausts the stack.
+  /// Throws UsageError: `expression "sin(x": column 6: expected ')'` (columns count bytes from 1).
+  explicit Expression(std::string const& text);
+
+  double Value(double x, double y, double z) const;
+
+  /// Value and derivatives. Where a function has no derivative (sqrt at 0) the result is infinite or NaN; see
+  /// Dual.h for the kinks that have a value by convention (abs, sign, min, max).
+  Dual ValueAndGradient(double x, double y, double z) const;
+
+  std::string const& text() const { return text_; }
+
+ private:
+  friend class ExpressionCompiler;
+
+  // clang-format off
+  enum class Op : unsigned char {
+    Number, X, Y, Z,
+    Negate, Add, Subtract, Multiply, Divide, Pow,
+    Sin, Cos, Tan, Asin, Acos, Atan, Atan2, Sinh, Cosh, Tanh, Exp, Log, Log10, Sqrt, Cbrt, Abs, Sign, Min, Max
+  };
+  // clang-format on
+  struct Instruction {
+    Op op;
+    double number;  ///< of Op::Number
+  };
+
+  /// Most operands waiting at one time; the compiler refuses a formula that needs more.
+  static constexpr int kStackSize = 512;
+
+  std::string text_;
+  std::vector<Instruction> program_;  ///< in postfix order
+};
+
+/// The functions with their arguments, for help texts: "abs, acos, ... of one and atan2, ... of two
+/// arguments".
+std::string FunctionNames();
+
+}  // namespace zyngrad

@@ -1,0 +1,194 @@
+#include "cli/gradient/GradientReport.h"
+
+#include <array>
+#include <cstddef>
+#include <ostream>
+
+#include "cli/base/TextTable.h"
+
+namespace zyngrad {
+namespace {
+
+using nlohmann::ordered_json;
+using Align = TextTable::Align;
+
+std::string PlaceOfMax(ErrorNorms const& norms, int digits) {
+  return norms.maxCell > 0 ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2], digits) : "-";
+}
+
+void AddErrorRow(TextTable& table, std::string const& method, std::string const& cells,
+                 ErrorNorms const& norms, int digits) {
+  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
+                Scientific(norms.relativeL2), Scientific(norms.max),
+                norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-", PlaceOfMax(norms, digits)});
+}
+
+void PrintErrors(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
+  TextTable table({{"method", Align::Left},
+                   {"cells", Align::Left},
+                   {"number"},
+                   {"L1"},
+                   {"L2"},
+                   {"L2 relative"},
+                   {"maximum"},
+                   {"in cell"},
+                   {"at", Align::Left}});
+  for (MethodResult const& result : results) {
+    for (GradientResult const& one : result.gradients) {
+      AddErrorRow(table, one.label, "interior", one.errors.interior, digits);
+      AddErrorRow(table, "", "boundary", one.errors.boundary, digits);
+    }
+  }
+  table.Print(out);
+}
+
+void AddSizeRow(TextTable& table, std::string const& method, std::string const& cells,
+                ErrorNorms const& norms, int digits) {
+  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
+                Scientific(norms.max), norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-",
+                PlaceOfMax(norms, digits)});
+}
+
+void PrintSizes(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
+  TextTable table({{"method", Align::Left},
+                   {"cells", Align::Left},
+                   {"number"},
+                   {"L1"},
+                   {"L2"},
+                   {"maximum"},
+                   {"in cell"},
+                   {"at", Align::Left}});
+  TextTable ranges(
+      {{"method", Align::Left}, {"d/dx from"}, {"to"}, {"d/dy from"}, {"to"}, {"d/dz from"}, {"to"}});
+  for (MethodResult const& result : results) {
+    for (GradientResult const& one : result.gradients) {
+      if (!one.sizes) continue;
+      AddSizeRow(table, one.label, "interior", one.sizes->norms.interior, digits);
+      AddSizeRow(table, "", "boundary", one.sizes->norms.boundary, digits);
+      std::vector<std::string> row = {one.label};
+      for (std::size_t d = 0; d < 3; ++d) {
+        row.push_back(Scientific(one.sizes->lowest[d]));
+        row.push_back(Scientific(one.sizes->highest[d]));
+      }
+      ranges.AddRow(row);
+    }
+  }
+  table.Print(out);
+  out << '\n';
+  ranges.Print(out);
+}
+
+void PrintTimes(std::ostream& out, std::vector<MethodResult> const& results) {
+  constexpr double kMilli = 1e3;
+  TextTable table(
+      {{"method", Align::Left}, {"set-up ms"}, {"first call ms"}, {"later calls ms"}, {"ns per cell"}});
+  for (MethodResult const& result : results) {
+    if (!result.notRun.empty()) continue;
+    MethodTimes const& times = result.times;
+    int const nFields = result.method->nFields;
+    std::string const label = std::string(result.method->name) +
+                              (nFields > 1 ? " (" + std::to_string(nFields) + " fields)" : std::string());
+    table.AddRow({label, Fixed(times.setUp * kMilli, 3), Fixed(times.first * kMilli, 3),
+                  Fixed(times.later * kMilli, 3), Fixed(times.nsPerCell, 1)});
+  }
+  table.Print(out);
+}
+
+void PrintRemarks(std::ostream& out, std::vector<MethodResult> const& results) {
+  for (MethodResult const& result : results) {
+    if (!result.notRun.empty()) out << "  " << result.method->name << ": not run: " << result.notRun << '\n';
+    for (std::string const& remark : result.remarks)
+      out << "  " << result.method->name << ": " << remark << '\n';
+    if (result.NotFiniteCells() == 0 && !result.whyNotFinite.empty())
+      out << "  " << result.method->name << ": the gradient means nothing: " << result.whyNotFinite << '\n';
+    for (GradientResult const& one : result.gradients) {
+      GradientErrors const& norms = NormsOf(one);
+      std::int64_t const n = norms.interior.nNotFinite + norms.boundary.nNotFinite;
+      if (n == 0) continue;
+      out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " of "
+          << Grouped(norms.interior.nCells + norms.boundary.nCells) << " cells"
+          << (result.whyNotFinite.empty() ? "" : ": " + result.whyNotFinite) << '\n';
+    }
+  }
+}
+
+ordered_json NormsAsJson(ErrorNorms const& norms) {
+  ordered_json json = {{"cells", norms.nCells}, {"volume", norms.volume},         {"l1", norms.l1},
+                       {"l2", norms.l2},        {"l2Relative", norms.relativeL2}, {"max", norms.max}};
+  if (norms.maxCell > 0) {
+    json["maxCell"] = norms.maxCell;
+    json["maxPlace"] = norms.maxPlace;
+  } else {
+    json["maxCell"] = nullptr;
+    json["maxPlace"] = nullptr;
+  }
+  json["notFiniteCells"] = norms.nNotFinite;
+  return json;
+}
+
+ordered_json ErrorsAsJson(GradientResult const& one) {
+  return {{"name", one.label},
+          {"field", one.field + 1},
+          {"interior", NormsAsJson(one.errors.interior)},
+          {"boundary", NormsAsJson(one.errors.boundary)}};
+}
+
+/// Norms of the gradient itself; there is nothing to relate them to.
+ordered_json SizesAsJson(GradientResult const& one) {
+  ordered_json json = {{"name", one.label}, {"field", one.field + 1}};
+  json["interior"] = NormsAsJson(one.sizes->norms.interior);
+  json["boundary"] = NormsAsJson(one.sizes->norms.boundary);
+  for (char const* const region : {"interior", "boundary"}) json[region].erase("l2Relative");
+  std::array<char const*, 3> const names = {"x", "y", "z"};
+  for (std::size_t d = 0; d < names.size(); ++d) {
+    json["range"][names[d]] = {one.sizes->lowest[d], one.sizes->highest[d]};
+  }
+  return json;
+}
+
+ordered_json MethodAsJson(MethodResult const& result) {
+  ordered_json json = {{"method", result.method->name}, {"ran", result.notRun.empty()}};
+  if (!result.notRun.empty()) {
+    json["notRun"] = result.notRun;
+    return json;
+  }
+  MethodTimes const& times = result.times;
+  json["fieldsPerCall"] = result.method->nFields;
+  json["seconds"] = {{"setUp", times.setUp}, {"firstCall", times.first}, {"laterCalls", times.later}};
+  json["nsPerCell"] = times.nsPerCell;
+  if (!result.remarks.empty()) json["remarks"] = result.remarks;
+  if (!result.whyNotFinite.empty()) json["whyNotFinite"] = result.whyNotFinite;
+  bool const hasErrors = result.gradients.empty() || !result.gradients.front().sizes;
+  ordered_json& list = json[hasErrors ? "errors" : "gradients"] = ordered_json::array();
+  for (GradientResult const& one : result.gradients) {
+    list.push_back(hasErrors ? ErrorsAsJson(one) : SizesAsJson(one));
+  }
+  return json;
+}
+
+}  // namespace
+
+void PrintGradientResults(std::ostream& out, std::vector<MethodResult> const& results,
+                          std::vector<double> const& exactL2, int placeDigits) {
+  if (exactL2.empty()) {
+    out << "length of the gradient and range of its components; there is no exact gradient to compare "
+           "with\n\n";
+    PrintSizes(out, results, placeDigits);
+  } else {
+    out << "errors against the exact gradient, whose L2 norm is ";
+    for (std::size_t k = 0; k < exactL2.size(); ++k) out << (k == 0 ? "" : ", ") << Scientific(exactL2[k]);
+    out << "\n\n";
+    PrintErrors(out, results, placeDigits);
+  }
+  out << "\ntimes of the slowest rank\n\n";
+  PrintTimes(out, results);
+  PrintRemarks(out, results);
+}
+
+ordered_json GradientResultsAsJson(std::vector<MethodResult> const& results) {
+  ordered_json json = ordered_json::array();
+  for (MethodResult const& result : results) json.push_back(MethodAsJson(result));
+  return json;
+}
+
+}  // namespace zyngrad

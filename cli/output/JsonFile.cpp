@@ -1,0 +1,16 @@
+#include "cli/output/JsonFile.h"
+
+#include "cli/base/Version.h"
+#include "cli/output/OutputFile.h"
+
+namespace zyngrad {
+
+nlohmann::ordered_json StartResults(std::string const& command) {
+  return {{"program", "zyngrad"}, {"version", ZYNGRAD_VERSION}, {"command", command}};
+}
+
+void WriteJson(std::string const& file, nlohmann::ordered_json const& json) {
+  WriteText(file, json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n');
+}
+
+}  // namespace zyngrad

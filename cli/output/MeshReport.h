@@ -1,0 +1,20 @@
+#pragma once
+
+#include <iosfwd>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "reference_host/partition/MeshSummary.h"
+
+namespace zyngrad {
+
+/// What every command says of its mesh first: ranks, cells, faces by group, quality.
+void PrintMeshReport(std::ostream& out, std::string const& meshName, reference_host::MeshSummary const& mesh);
+
+/// Boundary patches with their groups, and how the cells are spread over the ranks.
+void PrintMeshDetails(std::ostream& out, reference_host::MeshSummary const& mesh);
+
+/// The numbers of both.
+nlohmann::ordered_json MeshReportAsJson(std::string const& meshName, reference_host::MeshSummary const& mesh);
+
+}  // namespace zyngrad

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/field/Expression.h"
+#include "cli/points/PointRun.h"
+#include "cli/points/PointSet.h"
+#include "cli/points/UsableCells.h"
+
+namespace zyngrad {
+
+/// The formula at points, an entry a point.
+struct ExactAtPoints {
+  std::vector<double> value;       ///< U
+  std::vector<double> gx, gy, gz;  ///< U/L
+};
+
+/// Throws UsageError naming the point where value or gradient is not finite.
+ExactAtPoints ExactValuesAt(PointSet const& points, Expression const& expression);
+
+/// Interpolated minus exact, an entry a point.
+struct ErrorsAtPoints {
+  std::vector<double> value;     ///< difference of the values, U
+  std::vector<double> gradient;  ///< Euclidean length of the difference of the gradients, U/L
+};
+
+ErrorsAtPoints ErrorsAt(PointValues const& values, ExactAtPoints const& exact);
+
+/// Over all points, which count alike. All NaN without points.
+struct PointNorms {
+  double l1 = 0.0;              ///< mean of |e|
+  double l2 = 0.0;              ///< square root of the mean of e^2
+  double relativeL2 = 0.0;      ///< l2 over that of the exact values; NaN when that is 0
+  double max = 0.0;             ///< largest |e| among the finite ones
+  std::int64_t maxPoint = 0;    ///< 1-based, the first of equal ones; 0: none
+  std::int64_t nNotFinite = 0;  ///< infinite or NaN; l1 and l2 are then not finite
+};
+
+PointNorms ValueNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact);
+PointNorms GradientNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact);
+
+/// A point farther from the nearest usable cell than so many mean distances between neighbour cells lies
+/// outside their hull.
+constexpr double kFarDistances = 2.0;
+
+/// A gradient in space wants four values at least.
+constexpr std::int64_t kLeastMembers = 4;
+
+/// What may be wrong with a point's result.
+enum PointFlag { kIsFar = 1, kHasFewMembers = 2, kIsNotFinite = 4 };
+
+/// The points with one flag.
+struct FlaggedPoints {
+  PointFlag flag = kIsFar;
+  std::int64_t count = 0;
+  std::vector<std::size_t> worst;  ///< at most five points, from 0, the worst first
+};
+
+/// [point] sum of PointFlags.
+std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<PointOwner> const& owners,
+                                     double meanDistance);
+
+/// One entry for each flag. The worst are the farthest, those with fewest members, and those whose row is not
+/// finite as they come; of equal ones the first.
+std::array<FlaggedPoints, 3> CountFlags(std::vector<std::int32_t> const& flags, PointValues const& values,
+                                        std::vector<PointOwner> const& owners);
+
+}  // namespace zyngrad

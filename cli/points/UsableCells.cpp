@@ -1,0 +1,87 @@
+#include "cli/points/UsableCells.h"
+
+// As in the search tree: Boost warns of its own headers.
+#define BOOST_ALLOW_DEPRECATED_HEADERS
+#include <boost/geometry/geometries/point.hpp>
+#include <boost/geometry/index/rtree.hpp>
+#include <boost/geometry/strategies/strategies.hpp>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "cli/base/OneLine.h"
+#include "cli/base/UsageError.h"
+#include "cli/field/TestField.h"
+
+namespace zyngrad {
+namespace {
+
+namespace index = boost::geometry::index;
+using Point = boost::geometry::model::point<double, 3, boost::geometry::cs::cartesian>;
+using Tree = index::rtree<Point, index::quadratic<16>>;
+
+Tree TreeOfUsableCells(CZYN3DFiniteVolumeMesh const& mesh, UsableCells const& usable) {
+  std::vector<Point> centres;
+  for (int c = 1; c <= mesh.NInnerCells; ++c) {
+    if (usable.Contains(c)) centres.emplace_back(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+  }
+  return Tree(centres);
+}
+
+double DistanceToNearest(Tree const& tree, Point const& point) {
+  auto const nearest = tree.qbegin(index::nearest(point, 1));
+  if (nearest == tree.qend()) return std::numeric_limits<double>::infinity();
+  double const dx = nearest->get<0>() - point.get<0>();
+  double const dy = nearest->get<1>() - point.get<1>();
+  double const dz = nearest->get<2>() - point.get<2>();
+  return std::sqrt(dy * dy + dx * dx + dz * dz);
+}
+
+/// [1..NCell] interior and halo cells.
+std::vector<char> CellsOfTheFlow(reference_host::HostPartition const& partition) {
+  std::vector<int> const& patchOfGhost = partition.patchOfGhost();
+  std::vector<char> isOfTheFlow(patchOfGhost.size(), 0);
+  for (std::size_t c = 1; c < patchOfGhost.size(); ++c) isOfTheFlow[c] = patchOfGhost[c] < 0 ? 1 : 0;
+  return isOfTheFlow;
+}
+
+}  // namespace
+
+UsableCells FindUsableCells(Ranks const& ranks, reference_host::HostPartition& partition,
+                            Expression const* body) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  std::vector<char> const isOfTheFlow = CellsOfTheFlow(partition);
+  std::vector<double> level(isOfTheFlow.size(), 0.0);  // without a body all is outside
+  if (body != nullptr) level = MakeCellValues(ranks, partition, *body, "the body", &isOfTheFlow);
+
+  UsableCells usable;
+  usable.mark.assign(isOfTheFlow.size(), 1.0);
+  double nOwn = 0.0;
+  for (int c = 1; c <= mesh.NCell; ++c) {
+    auto const i = static_cast<std::size_t>(c);
+    if (isOfTheFlow[i] == 0 || level[i] < 0.0) continue;
+    usable.mark[i] = -1.0;
+    if (c <= mesh.NInnerCells) nOwn += 1.0;
+  }
+  for (double const n : ranks.Gather(nOwn)) usable.nCells += static_cast<std::int64_t>(n);
+  if (usable.nCells < 1 && body != nullptr)
+    throw UsageError("no cell has its centre outside the body " + Quoted(body->text()));
+  return usable;
+}
+
+std::vector<PointOwner> FindPointOwners(Ranks const& ranks, reference_host::HostPartition& partition,
+                                        UsableCells const& usable, PointSet const& points) {
+  std::vector<PointOwner> own(points.size());
+  ranks.Together([&] {
+    Tree const tree = TreeOfUsableCells(*partition.mesh(), usable);
+    for (std::size_t i = 0; i < points.size(); ++i)
+      own[i] = {DistanceToNearest(tree, Point(points.x[i], points.y[i], points.z[i])), ranks.rank()};
+  });
+  // MPI_MINLOC takes the lowest rank of equal distances. PointOwner has the layout of MPI_DOUBLE_INT.
+  std::vector<PointOwner> owners(points.size());
+  MPI_Allreduce(own.data(), owners.data(), static_cast<int>(own.size()), MPI_DOUBLE_INT, MPI_MINLOC,
+                ranks.communicator());
+  return owners;
+}
+
+}  // namespace zyngrad

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "cli/systems/CellStencil.h"
+
+namespace zyngrad {
+
+/// The lengths, the table of members with their weights, the sums and the condition number.
+void PrintCellStencil(std::ostream& out, CellStencil const& stencil);
+
+}  // namespace zyngrad

@@ -1,9 +1,0 @@
-#include "reference_host/MpiReduction.h"
-
-namespace reference_host {
-
-int MpiReduction::AllMin(int& value) {
-  return MPI_Allreduce(MPI_IN_PLACE, &value, 1, MPI_INT, MPI_MIN, communicator_.get());
-}
-
-}  // namespace reference_host

@@ -1,0 +1,295 @@
+#include "reference_host/box/BoxMesh.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "reference_host/box/BoxBlocks.h"
+#include "reference_host/box/BoxMapping.h"
+#include "reference_host/box/BoxShapes.h"
+#include "reference_host/mesh/DualMesh.h"
+#include "reference_host/mesh/MeshError.h"
+
+namespace reference_host {
+namespace {
+
+GridBlock WholeGrid(BoxSpec const& spec) { return {{0, 0, 0}, {spec.nx, spec.ny, spec.nz}}; }
+
+std::string Text(BoxSpec const& spec) {
+  return "box:" + std::to_string(spec.nx) + "," + std::to_string(spec.ny) + "," + std::to_string(spec.nz);
+}
+
+BoxSpec PrimalOf(BoxSpec dual) {
+  dual.shape = BoxSpec::Shape::Tet;
+  return dual;
+}
+
+void CheckParts(BoxSpec const& spec, int nParts) {
+  CheckBoxSpec(spec, Text(spec));
+  std::int64_t const nCubes = WholeGrid(spec).Size();
+  if (nParts > nCubes) {
+    throw MeshError(Text(spec) + ": cannot be divided among " + std::to_string(nParts) +
+                    " ranks, since a rank needs a whole block of cells and there are " +
+                    std::to_string(nCubes));
+  }
+}
+
+// Mixes all bits of a number (the finalizer of SplitMix64), so that neighbouring nodes move independently.
+std::uint64_t Mix(std::uint64_t x) {
+  x += 0x9e3779b97f4a7c15u;
+  x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9u;
+  x = (x ^ (x >> 27)) * 0x94d049bb133111ebu;
+  return x ^ (x >> 31);
+}
+
+// In [-1, 1): the upper 53 bits of the number.
+double SignedUnit(std::uint64_t x) { return static_cast<double>(x >> 11) * 0x1p-52 - 1.0; }
+
+/// Place of a node before the mapping. It depends on nothing but the node, so that every rank gets the same.
+Point NodePoint(BoxSpec const& spec, GridIndex const& node, std::int64_t globalNode) {
+  GridIndex const n = {spec.nx, spec.ny, spec.nz};
+  double const longest = std::max({n[0], n[1], n[2]});
+  bool inside = spec.perturb > 0.0;
+  for (std::size_t d = 0; d < 3; ++d) inside = inside && node[d] > 0 && node[d] < n[d];
+
+  std::uint64_t random = Mix(Mix(spec.seed) + static_cast<std::uint64_t>(globalNode));
+  Point point;
+  for (std::size_t d = 0; d < 3; ++d) {
+    random = Mix(random);
+    double const shift = inside ? spec.perturb * SignedUnit(random) : 0.0;
+    point[d] = (node[d] + shift) / longest;
+  }
+  return point;
+}
+
+/// Makes one part. It works on the part's block of cubes and the shell of one layer of cubes around it, in
+/// which the halo cells are.
+class PartMaker {
+ public:
+  PartMaker(BoxSpec const& spec, int part, int nParts)
+      : spec_(spec),
+        mapping_(spec),
+        shape_(ShapeTable(spec.shape)),
+        grid_(WholeGrid(spec)),
+        bisection_(grid_, nParts),
+        own_(bisection_.BlockOf(part)),
+        shell_(own_) {
+    for (std::size_t d = 0; d < 3; ++d) {
+      shell_.low[d] = std::max(own_.low[d] - 1, grid_.low[d]);
+      shell_.high[d] = std::min(own_.high[d] + 1, grid_.high[d]);
+    }
+    shellNodes_ = shell_.Nodes();
+    result_.part = part;
+    result_.nParts = nParts;
+    for (char const* name : {"inlet", "outlet", "wall_ymin", "wall_ymax", "wall_zmin", "wall_zmax"}) {
+      result_.patches.push_back({name, "", std::nullopt});
+    }
+  }
+
+  MeshPart Make() {
+    NumberOwnedCells();
+    NumberHaloCells();
+    NumberNodes();
+    ListHaloNodes();
+    MakeFaces();
+    return std::move(result_);
+  }
+
+ private:
+  static GridIndex Across(GridIndex cube, int side) {
+    cube[static_cast<std::size_t>(side) / 2] += side % 2 == 0 ? -1 : 1;
+    return cube;
+  }
+
+  std::int64_t GlobalCell(GridIndex const& cube, int cell) const {
+    std::int64_t const number =
+        cube[0] + std::int64_t{spec_.nx} * (cube[1] + std::int64_t{spec_.ny} * cube[2]);
+    return number * shape_.nCells() + cell;
+  }
+
+  /// Position of a cell of the shell in cellNumber_.
+  std::size_t CellSlot(GridIndex const& cube, int cell) const {
+    return shell_.Offset(cube) * shape_.cells.size() + static_cast<std::size_t>(cell);
+  }
+
+  /// Position of a node of the shell in nodeNumber_.
+  std::size_t NodeSlot(GridIndex const& node) const { return shellNodes_.Offset(node); }
+
+  static GridIndex Corner(GridIndex const& cube, int corner) {
+    return {cube[0] + (corner & 1), cube[1] + (corner >> 1 & 1), cube[2] + (corner >> 2 & 1)};
+  }
+
+  void NumberOwnedCells() {
+    cellNumber_.assign(static_cast<std::size_t>(shell_.Size() * shape_.nCells()), -1);
+    result_.globalCell.reserve(static_cast<std::size_t>(own_.Size() * shape_.nCells()));
+    own_.ForEach([this](GridIndex const& cube) {
+      for (int cell = 0; cell < shape_.nCells(); ++cell) NumberCell(cube, cell);
+    });
+    result_.nOwned = static_cast<int>(result_.globalCell.size());
+  }
+
+  void NumberCell(GridIndex const& cube, int cell) {
+    cellNumber_[CellSlot(cube, cell)] = static_cast<int>(result_.globalCell.size());
+    result_.globalCell.push_back(GlobalCell(cube, cell));
+  }
+
+  void NumberHaloCells() {
+    shell_.ForEach([this](GridIndex const& cube) {
+      if (own_.Contains(cube)) return;
+      for (int cell = 0; cell < shape_.nCells(); ++cell) {
+        if (!TouchesOwnBlock(cube, cell)) continue;
+        NumberCell(cube, cell);
+        result_.haloPart.push_back(bisection_.PartOf(cube));
+        haloCells_.push_back({cube, cell});
+      }
+    });
+  }
+
+  bool TouchesOwnBlock(GridIndex const& cube, int cell) const {
+    for (ShapeInCube::Face const& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
+      if (face.side >= 0 && own_.Contains(Across(cube, face.side))) return true;
+    }
+    return false;
+  }
+
+  void NumberNodes() {
+    GridBlock const ownNodes = own_.Nodes();
+    nodeNumber_.assign(static_cast<std::size_t>(shellNodes_.Size()), kAbsent);
+    for (auto const& [cube, cell] : haloCells_) {
+      for (int const corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
+        nodeNumber_[NodeSlot(Corner(cube, corner))] = kPresent;
+      }
+    }
+    shellNodes_.ForEach([&](GridIndex const& node) {
+      int& number = nodeNumber_[NodeSlot(node)];
+      if (number == kAbsent && !ownNodes.Contains(node)) return;
+      number = static_cast<int>(result_.points.size());
+      std::int64_t const globalNode =
+          node[0] + std::int64_t{spec_.nx + 1} * (node[1] + std::int64_t{spec_.ny + 1} * node[2]);
+      result_.globalNode.push_back(globalNode);
+      result_.points.push_back(mapping_.Map(NodePoint(spec_, node, globalNode)));
+    });
+  }
+
+  void ListHaloNodes() {
+    for (auto const& [cube, cell] : haloCells_) {
+      for (int const corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
+        result_.haloNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
+      }
+      result_.haloNodeStart.push_back(result_.haloNode.size());
+    }
+  }
+
+  void MakeFaces() {
+    ReserveFaces();
+    shell_.ForEach([this](GridIndex const& cube) {
+      for (int cell = 0; cell < shape_.nCells(); ++cell) {
+        int const number = cellNumber_[CellSlot(cube, cell)];
+        if (number < 0) continue;
+        for (ShapeInCube::Face const& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
+          MakeFace(cube, cell, number, face);
+        }
+      }
+    });
+  }
+
+  // An estimate from above: inner faces and one side of each pair for every cube, and the block's surface.
+  void ReserveFaces() {
+    auto const facesOf = [&](std::size_t d) { return (own_.Length(d) + 1) * (own_.Size() / own_.Length(d)); };
+    std::int64_t const nFaces = own_.Size() * shape_.nInnerFaces() + facesOf(0) * shape_.nFacesOnSide(0) +
+                                facesOf(1) * shape_.nFacesOnSide(2) + facesOf(2) * shape_.nFacesOnSide(4);
+    auto const n = static_cast<std::size_t>(nFaces);
+    result_.faceStart.reserve(n + 1);
+    result_.faceNode.reserve(n * (spec_.shape == BoxSpec::Shape::Tet ? 3 : 4));
+    result_.owner.reserve(n);
+    result_.neighbour.reserve(n);
+    result_.facePatch.reserve(n);
+  }
+
+  /// Adds the face if the cell is its owner and an owned cell is on either side.
+  void MakeFace(GridIndex const& cube, int cell, int number, ShapeInCube::Face const& face) {
+    GridIndex const other = face.side < 0 ? cube : Across(cube, face.side);
+    bool const atBoundary = face.side >= 0 && !grid_.Contains(other);
+    int neighbour = -1;
+    if (!atBoundary) {
+      bool const owns = face.side < 0 ? face.cellAcross > cell : face.side % 2 == 1;
+      if (!owns || !shell_.Contains(other)) return;
+      neighbour = cellNumber_[CellSlot(other, face.cellAcross)];
+    }
+    bool const neighbourIsOwned = neighbour >= 0 && neighbour < result_.nOwned;
+    if (number >= result_.nOwned && !neighbourIsOwned) return;
+
+    for (int const corner : face.corners)
+      result_.faceNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
+    result_.faceStart.push_back(result_.faceNode.size());
+    result_.owner.push_back(number);
+    result_.neighbour.push_back(neighbour);
+    result_.facePatch.push_back(atBoundary ? face.side : -1);  // sides and patches stand in the same order
+  }
+
+  static constexpr int kAbsent = -1;
+  static constexpr int kPresent = -2;  // belongs to the part, number not given yet
+
+  BoxSpec const spec_;
+  BoxMapping const mapping_;
+  ShapeInCube const& shape_;
+  GridBlock grid_;
+  GridBisection bisection_;
+  GridBlock own_;    // cubes of this part
+  GridBlock shell_;  // own_ and a layer around it, as far as the box goes
+  GridBlock shellNodes_{};
+  std::vector<int> cellNumber_;  // in the part, by place in the shell; -1: neither owned nor halo
+  std::vector<int> nodeNumber_;  // in the part, by place in the shell
+  std::vector<std::pair<GridIndex, int>> haloCells_;  // cube and cell in it, in the order of their numbers
+  MeshPart result_;
+};
+
+}  // namespace
+
+std::int64_t BoxNodeCount(BoxSpec const& spec) {
+  std::int64_t const nx = spec.nx, ny = spec.ny, nz = spec.nz;
+  if (spec.shape != BoxSpec::Shape::Dual) return (nx + 1) * (ny + 1) * (nz + 1);
+  // Centres of tetrahedra and of boundary triangles, and the edges of the box with their middles between nodes.
+  return 6 * nx * ny * nz + 4 * (nx * ny + ny * nz + nz * nx) + 8 * (nx + ny + nz) - 4;
+}
+
+FaceMesh MakeBox(BoxSpec const& spec) {
+  if (spec.shape == BoxSpec::Shape::Dual) return MakeDual(MakeBox(PrimalOf(spec)));
+  MeshPart part = MakeBoxPart(spec, 0, 1);
+  FaceMesh mesh;
+  mesh.points = std::move(part.points);
+  mesh.faceStart = std::move(part.faceStart);
+  mesh.faceNode = std::move(part.faceNode);
+  mesh.owner = std::move(part.owner);
+  mesh.neighbour = std::move(part.neighbour);
+  mesh.facePatch = std::move(part.facePatch);
+  mesh.patches = std::move(part.patches);
+  mesh.nCells = part.nOwned;
+  return mesh;
+}
+
+MeshPart MakeBoxPart(BoxSpec const& spec, int part, int nParts) {
+  CheckParts(spec, nParts);
+  if (spec.shape == BoxSpec::Shape::Dual)
+    return ExtractPart(MakeBox(spec), BoxPartOfCell(spec, nParts), part, nParts);
+  return PartMaker(spec, part, nParts).Make();
+}
+
+std::vector<int> BoxPartOfCell(BoxSpec const& spec, int nParts) {
+  CheckParts(spec, nParts);
+  bool const isDual = spec.shape == BoxSpec::Shape::Dual;
+  GridBlock const grid = isDual ? WholeGrid(spec).Nodes() : WholeGrid(spec);
+  GridBisection const bisection(grid, nParts);
+  std::size_t const cellsInCube = isDual ? 1 : ShapeTable(spec.shape).cells.size();
+  std::vector<int> partOfCell;
+  grid.ForEach([&](GridIndex const& cube) {
+    partOfCell.insert(partOfCell.end(), cellsInCube, bisection.PartOf(cube));
+  });
+  return partOfCell;
+}
+
+}  // namespace reference_host

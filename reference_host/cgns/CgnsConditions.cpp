@@ -1,0 +1,131 @@
+#include "reference_host/cgns/CgnsConditions.h"
+
+#include <cgnslib.h>
+
+#include <array>
+#include <map>
+
+#include "reference_host/mesh/MeshFile.h"
+
+namespace reference_host {
+namespace {
+
+constexpr std::size_t kNameLength = 33;
+constexpr std::size_t kPathLength = CG_MAX_GOTO_DEPTH * 33 + 1;  // a family of another base has its path
+
+/// Types of the conditions that leave them to their family, by family.
+std::map<std::string, std::string> ReadFamilyTypes(CgnsFile const& file) {
+  int nFamilies = 0;
+  file.Check(cg_nfamilies(file.handle(), file.base(), &nFamilies), "the families cannot be read");
+  std::map<std::string, std::string> types;
+  for (int f = 1; f <= nFamilies; ++f) {
+    std::array<char, kNameLength> family{}, condition{};
+    int nConditions = 0, nGeometries = 0;
+    file.Check(cg_family_read(file.handle(), file.base(), f, family.data(), &nConditions, &nGeometries),
+               "a family cannot be read");
+    if (nConditions < 1) continue;
+    CGNS_ENUMT(BCType_t) type = CGNS_ENUMV(BCTypeNull);
+    file.Check(cg_fambc_read(file.handle(), file.base(), f, 1, condition.data(), &type),
+               "the condition of family " + Quoted(family.data()) + " cannot be read");
+    types[family.data()] = cg_BCTypeName(type);
+  }
+  return types;
+}
+
+/// Empty if the condition has no family. Of a path ("/Base/Family") the last part counts.
+std::string FamilyOf(CgnsFile const& file, int condition) {
+  file.Check(cg_goto(file.handle(), file.base(), "Zone_t", CgnsFile::zone(), "ZoneBC_t", 1, "BC_t", condition,
+                     "end"),
+             "a boundary condition cannot be read");
+  std::array<char, kPathLength> path{};
+  int const status = cg_famname_read(path.data());
+  if (status == CG_NODE_NOT_FOUND) return {};
+  file.Check(status, "the family of a boundary condition cannot be read");
+  std::string const family = path.data();
+  return family.substr(family.find_last_of('/') + 1);
+}
+
+/// Whether the members of a condition are nodes (else surface elements).
+bool IsByNodes(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set, std::string const& name) {
+  if (set == CGNS_ENUMV(ElementRange) || set == CGNS_ENUMV(ElementList)) return false;
+  if (set != CGNS_ENUMV(PointRange) && set != CGNS_ENUMV(PointList)) {
+    file.Fail("boundary condition " + Quoted(name) + " is given by " + cg_PointSetTypeName(set) +
+              "; PointRange, PointList, ElementRange and ElementList can be read");
+  }
+  CGNS_ENUMT(GridLocation_t) location = CGNS_ENUMV(Vertex);
+  file.Check(cg_boco_gridlocation_read(file.handle(), file.base(), CgnsFile::zone(), index, &location),
+             "the location of boundary condition " + Quoted(name) + " cannot be read");
+  if (location != CGNS_ENUMV(Vertex) && location != CGNS_ENUMV(FaceCenter)) {
+    file.Fail("boundary condition " + Quoted(name) + " is given at " + cg_GridLocationName(location) +
+              "; only Vertex and FaceCenter can be read");
+  }
+  return location == CGNS_ENUMV(Vertex);
+}
+
+void ReadMembers(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set, cgsize_t nGiven,
+                 cgsize_t normalList, std::int64_t lastElement, CgnsCondition& condition) {
+  std::string const name = Quoted(condition.name);
+  file.CheckRoom(nGiven, "members of boundary condition " + name);
+  file.CheckRoom(normalList, "normals of boundary condition " + name);
+  std::vector<cgsize_t> given(static_cast<std::size_t>(nGiven));
+  // Normals are read along; they are of no use here, but the library wants room for them.
+  std::vector<double> normals(static_cast<std::size_t>(normalList));
+  file.Check(cg_boco_read(file.handle(), file.base(), CgnsFile::zone(), index, given.data(),
+                          normals.empty() ? nullptr : normals.data()),
+             "boundary condition " + name + " cannot be read");
+  if (set == CGNS_ENUMV(PointList) || set == CGNS_ENUMV(ElementList)) {
+    condition.list.assign(given.begin(), given.end());
+    return;
+  }
+  std::int64_t const most = condition.byNodes ? file.nNodes() : lastElement;
+  if (given.size() != 2 || given[0] < 1 || given[1] < given[0] || given[1] > most) {
+    file.Fail("boundary condition " + name + " has a range that does not rise within the mesh");
+  }
+  condition.isRange = true;
+  condition.first = given[0];
+  condition.last = given[1];
+}
+
+CgnsCondition ReadCondition(CgnsFile const& file, int index,
+                            std::map<std::string, std::string> const& typeOfFamily,
+                            std::int64_t lastElement) {
+  std::array<char, kNameLength> name{};
+  CGNS_ENUMT(BCType_t) type = CGNS_ENUMV(BCTypeNull);
+  CGNS_ENUMT(PointSetType_t) set = CGNS_ENUMV(PointSetTypeNull);
+  CGNS_ENUMT(DataType_t) normalType = CGNS_ENUMV(DataTypeNull);
+  cgsize_t nGiven = 0, normalListSize = 0;
+  std::array<int, 3> normalIndex{};
+  int nDataSets = 0;
+  file.Check(cg_boco_info(file.handle(), file.base(), CgnsFile::zone(), index, name.data(), &type, &set,
+                          &nGiven, normalIndex.data(), &normalListSize, &normalType, &nDataSets),
+             "a boundary condition cannot be read");
+
+  CgnsCondition condition;
+  condition.name = condition.patchName = name.data();
+  condition.patchType = cg_BCTypeName(type);
+  std::string const family = FamilyOf(file, index);
+  if (!family.empty()) condition.patchName = family;
+  if (type == CGNS_ENUMV(FamilySpecified)) {
+    auto const found = typeOfFamily.find(family);
+    if (found != typeOfFamily.end()) condition.patchType = found->second;
+  }
+  condition.byNodes = IsByNodes(file, index, set, condition.name);
+  ReadMembers(file, index, set, nGiven, normalListSize, lastElement, condition);
+  return condition;
+}
+
+}  // namespace
+
+std::vector<CgnsCondition> ReadCgnsConditions(CgnsFile const& file, std::int64_t lastElement) {
+  int nConditions = 0;
+  file.Check(cg_nbocos(file.handle(), file.base(), CgnsFile::zone(), &nConditions),
+             "the boundary conditions cannot be read");
+  std::map<std::string, std::string> const typeOfFamily = ReadFamilyTypes(file);
+  std::vector<CgnsCondition> conditions;
+  for (int index = 1; index <= nConditions; ++index) {
+    conditions.push_back(ReadCondition(file, index, typeOfFamily, lastElement));
+  }
+  return conditions;
+}
+
+}  // namespace reference_host

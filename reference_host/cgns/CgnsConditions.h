@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reference_host/cgns/CgnsFile.h"
+
+namespace reference_host {
+
+/// A boundary condition: which patch it stands for, and where it holds.
+struct CgnsCondition {
+  std::string name;                  ///< of the BC_t, for failures
+  std::string patchName;             ///< the family's name if it has one, else its own
+  std::string patchType;             ///< BCType_t, such as "BCWallViscous"
+  bool byNodes = false;              ///< the members are nodes, else surface elements
+  bool isRange = false;              ///< the members are first .. last, else `list`
+  std::int64_t first = 0, last = 0;  ///< counted from 1, both included; within the nodes or elements
+  std::vector<std::int64_t> list;    ///< counted from 1, anything
+};
+
+/// The boundary conditions of the zone, in the order of the file.
+/// @param[in] lastElement  of the zone
+std::vector<CgnsCondition> ReadCgnsConditions(CgnsFile const& file, std::int64_t lastElement);
+
+}  // namespace reference_host

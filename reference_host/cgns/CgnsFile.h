@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reference_host/mesh/FaceMesh.h"
+
+namespace reference_host {
+
+/// Elements of one Elements_t of the zone, all numbers counted from 1.
+struct CgnsSection {
+  std::string name;
+  int index = 0;           ///< how the library calls it
+  int type = 0;            ///< ElementType_t
+  std::int64_t first = 0;  ///< element numbers, both included
+  std::int64_t last = 0;
+  bool hasParents = false;
+
+  std::int64_t size() const { return last - first + 1; }
+};
+
+/// What the elements of a section consist of: entries start[i] .. start[i+1]-1 belong to element first + i.
+struct CgnsElements {
+  std::vector<std::size_t> start;
+  std::vector<std::int64_t>
+      entry;  ///< node numbers; MIXED: type, then nodes; NFACE_n: face elements with sign
+  std::vector<std::int64_t>
+      parent;  ///< [0..n-1] first and [n..2n-1] second cell of each face, 0: none; may be empty
+};
+
+/// A CGNS file open for reading, and the one unstructured zone of three dimensions in it. Headers of the library
+/// stay out of this one: their names are macros and global enumerators.
+class CgnsFile {
+ public:
+  /// Throws MeshError if the file is no regular file, cannot be opened or has no such zone, or more than one.
+  explicit CgnsFile(std::string name);
+  ~CgnsFile();
+  CgnsFile(CgnsFile const&) = delete;
+  CgnsFile& operator=(CgnsFile const&) = delete;
+
+  std::string const& Name() const { return name_; }
+  int handle() const { return handle_; }
+  int base() const { return base_; }
+  static constexpr int zone() { return 1; }
+  std::int64_t nNodes() const { return nNodes_; }
+  std::int64_t nCells() const { return nCells_; }
+
+  std::vector<Point> Points() const;
+  std::vector<CgnsSection> Sections() const;  ///< ascending by element number
+
+  /// The connectivity of a section, its parents included if it has them.
+  CgnsElements Elements(CgnsSection const& section) const;
+
+  /// Fails unless the file, together with files that it links to, can hold `count` numbers: nothing is allocated for a
+  /// count that cannot be right.
+  /// @param[in] what  what is counted, for the failure: "nodes"
+  void CheckRoom(std::int64_t count, std::string const& what) const;
+
+  /// Throws MeshError "NAME: what: reason of the library" unless the status of a call says success.
+  void Check(int status, std::string const& what) const;
+
+  [[noreturn]] void Fail(std::string const& what) const;
+
+ private:
+  /// Closes what a failing constructor leaves open.
+  struct OpenFile {
+    int handle = -1;
+    ~OpenFile();
+  };
+
+  /// In bytes; of linked files where the mesh, the solutions and the boundary conditions hang on links.
+  std::int64_t SizeOfLinkedFiles() const;
+
+  void FindBase();
+  void FindZone();
+  std::vector<double> Coordinate(char const* coordinate) const;
+
+  std::string name_;
+  std::int64_t nBytes_ = 0;
+  OpenFile open_;
+  int handle_ = -1;
+  int base_ = 0;
+  std::int64_t nNodes_ = 0;
+  std::int64_t nCells_ = 0;
+};
+
+}  // namespace reference_host

@@ -1,0 +1,20 @@
+// Stands in for the CGNS sources in a build without libcgns.
+#include "reference_host/cgns/CgnsField.h"
+#include "reference_host/cgns/CgnsReader.h"
+#include "reference_host/mesh/MeshError.h"
+
+namespace reference_host {
+namespace {
+
+[[noreturn]] void Refuse(std::string const& file) {
+  throw MeshError(file +
+                  ": this build cannot read CGNS files; configure it again with libcgns-dev installed");
+}
+
+}  // namespace
+
+FaceMesh ReadCgns(std::string const& file) { Refuse(file); }
+
+std::vector<double> ReadCgnsField(std::string const& file, std::string const&) { Refuse(file); }
+
+}  // namespace reference_host

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+
+#include "reference_host/gmsh/GmshContent.h"
+#include "reference_host/gmsh/GmshCursor.h"
+#include "reference_host/gmsh/GmshElementType.h"
+
+namespace reference_host {
+
+/// Reads the sections that the versions of the format write differently; one class for each version.
+class GmshSections {
+ public:
+  GmshSections(GmshCursor& cursor, GmshContent& content) : cursor_(cursor), content_(content) {}
+  GmshSections(GmshSections const&) = delete;
+  GmshSections& operator=(GmshSections const&) = delete;
+  virtual ~GmshSections() = default;
+
+  /// Reads from behind the line "$Nodes" to before the end mark. False, and nothing read, for a section that
+  /// it does not know.
+  virtual bool Read(std::string_view section) = 0;
+
+ protected:
+  void AddNode(std::int64_t tag, Point const& point);
+
+  /// The entry of the type, or failure for types that cannot be read.
+  /// @param[in] element  number of the first element of that type, for the failure
+  GmshElementType const& TypeOf(int number, std::int64_t element) const;
+
+  /// Reads `type`'s node tags and keeps the element if it is a surface or a volume.
+  /// @param[in] wideTags  whether binary node tags have 8 bytes instead of 4
+  void AddElement(GmshElementType const& type, std::int64_t element, std::int64_t physical, bool wideTags);
+
+  GmshCursor& cursor_;
+  GmshContent& content_;
+};
+
+/// MSH 2.2: tables of nodes and of elements that carry their physical tag.
+class GmshSections2 : public GmshSections {
+ public:
+  using GmshSections::GmshSections;
+  bool Read(std::string_view section) override;
+
+ private:
+  void ReadNodes();
+  void ReadElements();
+  void ReadTextElement();
+  std::int64_t ReadBinaryElements(std::int64_t nLeft);
+  std::int64_t ReadElementTags(int nTags);
+};
+
+/// MSH 4.1: nodes and elements in blocks, one or more for each geometric entity, which has the physical tags.
+class GmshSections4 : public GmshSections {
+ public:
+  using GmshSections::GmshSections;
+  bool Read(std::string_view section) override;
+
+ private:
+  void ReadEntities();
+  void ReadEntity(int dimension);
+  void ReadNodes();
+  void ReadNodeBlock();
+  void ReadElements();
+  std::int64_t ReadElementBlock();
+
+  std::map<int, std::int64_t> physicalOfSurfaceEntity_;
+};
+
+}  // namespace reference_host

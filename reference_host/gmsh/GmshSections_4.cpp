@@ -1,0 +1,131 @@
+#include <array>
+#include <cstdlib>
+
+#include "reference_host/gmsh/GmshSections.h"
+
+namespace reference_host {
+
+bool GmshSections4::Read(std::string_view section) {
+  if (section == "Entities") {
+    ReadEntities();
+  } else if (section == "PartitionedEntities") {
+    cursor_.Text().Fail("the mesh is partitioned; save it whole, it is partitioned here again");
+  } else if (section == "Nodes") {
+    ReadNodes();
+  } else if (section == "Elements") {
+    ReadElements();
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// $Entities
+// number of points, curves, surfaces, volumes
+void GmshSections4::ReadEntities() {
+  if (cursor_.IsBinary()) cursor_.SkipLineBreak();
+  std::array<std::int64_t, 4> nEntities{};
+  for (std::int64_t& n : nEntities) {
+    n = cursor_.Size("a number of entities");
+    cursor_.CheckRoom(n, 5, 36, "geometric entities");
+  }
+  for (int dimension = 0; dimension < 4; ++dimension) {
+    for (std::int64_t i = 0; i < nEntities[dimension]; ++i) ReadEntity(dimension);
+  }
+}
+
+// point:    tag x y z nPhysical physical..
+// others:   tag lowest and highest x y z nPhysical physical.. nBounding bounding..
+void GmshSections4::ReadEntity(int dimension) {
+  int const tag = cursor_.Int("the number of an entity");
+  int const nExtents = dimension == 0 ? 3 : 6;
+  for (int i = 0; i < nExtents; ++i) cursor_.Real("the extent of an entity");
+
+  // Of several physical surfaces the first counts; the sign only tells a direction.
+  std::int64_t const nPhysical = cursor_.Size("a number of physical tags");
+  cursor_.CheckRoom(nPhysical, 1, 4, "physical tags");
+  for (std::int64_t i = 0; i < nPhysical; ++i) {
+    std::int64_t const physical = cursor_.Int("a physical tag");
+    if (dimension == 2 && i == 0) physicalOfSurfaceEntity_.emplace(tag, std::abs(physical));
+  }
+  if (dimension == 0) return;
+  std::int64_t const nBounding = cursor_.Size("a number of bounding entities");
+  cursor_.CheckRoom(nBounding, 1, 4, "bounding entities");
+  for (std::int64_t i = 0; i < nBounding; ++i) cursor_.Int("the number of a bounding entity");
+}
+
+// $Nodes
+// number of blocks, number of nodes, lowest and highest tag
+void GmshSections4::ReadNodes() {
+  if (cursor_.IsBinary()) cursor_.SkipLineBreak();
+  std::int64_t const nBlocks = cursor_.Size("the number of node blocks");
+  std::int64_t const nNodes = cursor_.Size("the number of nodes");
+  cursor_.CheckRoom(nBlocks, 4, 20, "node blocks");
+  cursor_.CheckRoom(nNodes, 4, 32, "nodes");
+  cursor_.Size("the lowest node number");
+  cursor_.Size("the highest node number");
+  for (std::int64_t block = 0; block < nBlocks; ++block) ReadNodeBlock();
+  auto const nRead = static_cast<std::int64_t>(content_.nodeTag.size());
+  if (nRead != nNodes) {
+    cursor_.Fail(std::to_string(nNodes) + " nodes announced, " + std::to_string(nRead) + " found");
+  }
+}
+
+// dimension and tag of the entity, whether parameters follow the coordinates, number of nodes
+// tag..
+// x y z parameters..  one parameter for each dimension of the entity
+void GmshSections4::ReadNodeBlock() {
+  int const dimension = cursor_.Int("the dimension of a node block");
+  if (dimension < 0 || dimension > 3)
+    cursor_.Fail("dimension " + std::to_string(dimension) + " of a node block");
+  cursor_.Int("the entity of a node block");
+  int const nParameters = cursor_.Int("the parametric flag of a node block") != 0 ? dimension : 0;
+  std::int64_t const nNodes = cursor_.Size("the number of nodes in a block");
+  cursor_.CheckRoom(nNodes, 4, 32, "nodes in a block");
+
+  std::vector<std::int64_t> tags;
+  for (std::int64_t i = 0; i < nNodes; ++i) tags.push_back(cursor_.Size("a node number"));
+  for (std::int64_t const tag : tags) {
+    Point point{};
+    for (double& x : point) x = cursor_.Real("a coordinate");
+    for (int i = 0; i < nParameters; ++i) cursor_.Real("a parameter of a node");
+    AddNode(tag, point);
+  }
+}
+
+// $Elements
+// number of blocks, number of elements, lowest and highest tag
+void GmshSections4::ReadElements() {
+  if (cursor_.IsBinary()) cursor_.SkipLineBreak();
+  std::int64_t const nBlocks = cursor_.Size("the number of element blocks");
+  std::int64_t const nElements = cursor_.Size("the number of elements");
+  cursor_.CheckRoom(nBlocks, 4, 20, "element blocks");
+  cursor_.CheckRoom(nElements, 2, 16, "elements");
+  cursor_.Size("the lowest element number");
+  cursor_.Size("the highest element number");
+  std::int64_t nRead = 0;
+  for (std::int64_t block = 0; block < nBlocks; ++block) nRead += ReadElementBlock();
+  if (nRead != nElements) {
+    cursor_.Fail(std::to_string(nElements) + " elements announced, " + std::to_string(nRead) + " found");
+  }
+}
+
+// dimension and tag of the entity, element type, number of elements
+// tag node..
+std::int64_t GmshSections4::ReadElementBlock() {
+  int const dimension = cursor_.Int("the dimension of an element block");
+  int const entity = cursor_.Int("the entity of an element block");
+  int const typeNumber = cursor_.Int("an element type");
+  std::int64_t const nElements = cursor_.Size("the number of elements in a block");
+  cursor_.CheckRoom(nElements, 2, 16, "elements in a block");
+
+  auto const found = physicalOfSurfaceEntity_.find(entity);
+  std::int64_t const physical = dimension == 2 && found != physicalOfSurfaceEntity_.end() ? found->second : 0;
+  for (std::int64_t i = 0; i < nElements; ++i) {
+    std::int64_t const element = cursor_.Size("an element number");
+    AddElement(TypeOf(typeNumber, element), element, physical, true);
+  }
+  return nElements;
+}
+
+}  // namespace reference_host

@@ -1,0 +1,179 @@
+#include "reference_host/mesh/MeshCheck.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/mesh/FaceGeometry.h"
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/mesh/MeshNames.h"
+#include "reference_host/mesh/Vector3.h"
+
+namespace reference_host {
+namespace {
+
+/// |sum of the outward area vectors| / sum of the areas of a cell. A closed cell has rounding error only, a
+/// cell with a missing or turned face has the share of that face.
+constexpr double kMostOpening = 1e-9;
+
+/// Area / (circumference of the face)^2 and volume / (area of the cell)^(3/2) of what counts as flat.
+/// Rounding of coordinates alone leaves about 1e-16, a boundary layer cell a millionth as high as wide has
+/// 1e-6.
+constexpr double kFlat = 1e-14;
+
+class MeshChecker {
+ public:
+  MeshChecker(FaceMesh const& mesh, std::string const& meshName)
+      : mesh_(mesh), faces_(mesh), prefix_(meshName.empty() ? "" : meshName + ": ") {}
+
+  void CheckAll() const {
+    if (mesh_.nCells < 1) Fail("the mesh has no cells");
+    CheckPoints();
+    CheckFaceTable();
+    CheckFaceCounts();
+    CheckAreas();
+    CheckVolumes();
+  }
+
+ private:
+  [[noreturn]] void Fail(std::string const& what) const { throw MeshError(prefix_ + what); }
+
+  [[noreturn]] void FailNode(int node, std::string const& what) const {
+    Fail(NameOfNode(mesh_, node) + " " + what);
+  }
+  [[noreturn]] void FailFace(int face, std::string const& what) const {
+    Fail(NameOfFace(mesh_, face) + " " + what);
+  }
+  [[noreturn]] void FailCell(int cell, std::string const& what) const {
+    Fail(NameOfCell(mesh_, cell) + " " + what);
+  }
+
+  void CheckPoints() const {
+    for (std::size_t n = 0; n < mesh_.points.size(); ++n) {
+      Point const& p = mesh_.points[n];
+      if (!std::isfinite(p[0]) || !std::isfinite(p[1]) || !std::isfinite(p[2])) {
+        FailNode(static_cast<int>(n), "has a coordinate that is not finite");
+      }
+    }
+  }
+
+  void CheckFaceTable() const {
+    std::size_t const nFaces = mesh_.owner.size();
+    if (mesh_.faceStart.size() != nFaces + 1 || mesh_.neighbour.size() != nFaces ||
+        mesh_.facePatch.size() != nFaces) {
+      Fail("the face tables differ in length");
+    }
+    std::vector<int> lastFaceOfNode(mesh_.points.size(), -1);
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      CheckNodesOfFace(f, lastFaceOfNode);
+      CheckCellsOfFace(f);
+    }
+  }
+
+  /// @param[in,out] lastFaceOfNode  of those before f; -1: none
+  void CheckNodesOfFace(int f, std::vector<int>& lastFaceOfNode) const {
+    std::size_t const begin = mesh_.faceStart[f];
+    std::size_t const end = mesh_.faceStart[f + 1];
+    if (end < begin + 3) FailFace(f, "has fewer than 3 nodes");
+    if (end > mesh_.faceNode.size()) FailFace(f, "goes beyond the end of the node table");
+    for (std::size_t i = begin; i < end; ++i) {
+      int const node = mesh_.faceNode[i];
+      if (node < 0 || static_cast<std::size_t>(node) >= mesh_.points.size()) {
+        FailFace(f, "has node " + std::to_string(node + std::int64_t{1}) + ", but there are " +
+                        std::to_string(mesh_.points.size()));
+      }
+      if (lastFaceOfNode[node] == f) FailFace(f, "has " + NameOfNode(mesh_, node) + " twice");
+      lastFaceOfNode[node] = f;
+    }
+  }
+
+  void CheckCellsOfFace(int f) const {
+    int const owner = mesh_.owner[f];
+    int const neighbour = mesh_.neighbour[f];
+    CheckCellNumber(f, owner);
+    if (neighbour != -1) CheckCellNumber(f, neighbour);
+    if (owner == neighbour) FailFace(f, "joins " + NameOfCell(mesh_, owner) + " to itself");
+    int const patch = mesh_.facePatch[f];
+    bool const inPatch = patch >= 0 && static_cast<std::size_t>(patch) < mesh_.patches.size();
+    if (neighbour == -1 && !inPatch) FailFace(f, "is at the boundary, but in no patch");
+  }
+
+  void CheckCellNumber(int f, int cell) const {
+    if (cell >= 0 && cell < mesh_.nCells) return;
+    FailFace(f, "has cell " + std::to_string(cell + std::int64_t{1}) + ", but there are " +
+                    std::to_string(mesh_.nCells));
+  }
+
+  void CheckFaceCounts() const {
+    std::vector<int> nFacesOfCell(mesh_.nCells, 0);
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      ++nFacesOfCell[mesh_.owner[f]];
+      if (mesh_.neighbour[f] >= 0) ++nFacesOfCell[mesh_.neighbour[f]];
+    }
+    auto const few = std::find_if(nFacesOfCell.begin(), nFacesOfCell.end(), [](int n) { return n < 4; });
+    if (few == nFacesOfCell.end()) return;
+    FailCell(static_cast<int>(few - nFacesOfCell.begin()),
+             "has " + std::to_string(*few) + " faces; a cell needs 4 or more");
+  }
+
+  double Circumference(int f) const {
+    int const n = faces_.NodeCount(f);
+    int const* const nodes = faces_.Nodes(f);
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) {
+      sum += Length(Difference(mesh_.points[nodes[(i + 1) % n]], mesh_.points[nodes[i]]));
+    }
+    return sum;
+  }
+
+  // Comparisons are written so that a value that is not a number (from coordinates near the largest one)
+  // fails.
+  void CheckAreas() const {
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      double const area = Length(ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area);
+      double const circumference = Circumference(f);
+      if (!(area > kFlat * circumference * circumference)) FailFace(f, "has no area");
+    }
+  }
+
+  void CheckVolumes() const {
+    std::vector<Point> sum(mesh_.nCells, Point{0.0, 0.0, 0.0});
+    std::vector<double> area(mesh_.nCells, 0.0);
+    for (int f = 0; f < mesh_.nFaces(); ++f) {
+      Point const S = ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area;
+      for (auto const& [cell, side] : {std::pair(mesh_.owner[f], 1.0), std::pair(mesh_.neighbour[f], -1.0)}) {
+        if (cell < 0) continue;
+        sum[cell] = Sum(sum[cell], Scaled(side, S));
+        area[cell] += Length(S);
+      }
+    }
+    std::vector<double> const volume = ComputeCellGeometry(faces_, mesh_.nCells).volume;
+    for (int c = 0; c < mesh_.nCells; ++c) {
+      if (!(Length(sum[c]) <= kMostOpening * area[c])) {
+        FailCell(c, "is not closed (the area vectors of its faces do not add up to zero)");
+      }
+      CheckVolume(c, volume[c], area[c]);
+    }
+  }
+
+  void CheckVolume(int c, double volume, double area) const {
+    double const flat = kFlat * area * std::sqrt(area);
+    if (volume > flat && std::isfinite(volume)) return;
+    if (volume < -flat) FailCell(c, "has a negative volume (its faces point inwards)");
+    FailCell(c, "has no volume");
+  }
+
+  FaceMesh const& mesh_;
+  FaceTable faces_;
+  std::string prefix_;
+};
+
+}  // namespace
+
+void CheckMesh(FaceMesh const& mesh, std::string const& meshName) { MeshChecker(mesh, meshName).CheckAll(); }
+
+}  // namespace reference_host

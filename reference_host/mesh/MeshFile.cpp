@@ -1,0 +1,99 @@
+#include "reference_host/mesh/MeshFile.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <system_error>
+#include <utility>
+
+#include "reference_host/mesh/MeshError.h"
+
+namespace reference_host {
+namespace {
+
+std::string KindOf(std::filesystem::file_type type) {
+  switch (type) {
+    case std::filesystem::file_type::directory:
+      return "a folder";
+    case std::filesystem::file_type::fifo:
+      return "a pipe (FIFO)";
+    case std::filesystem::file_type::socket:
+      return "a socket";
+    case std::filesystem::file_type::character:
+    case std::filesystem::file_type::block:
+      return "a device";
+    default:
+      return "something else";
+  }
+}
+
+std::size_t SizeOf(std::string const& name) {
+  RequireRegularFile(name);
+  std::error_code error;
+  std::uintmax_t const size = std::filesystem::file_size(name, error);
+  if (error) throw MeshError(name + ": " + error.message());
+  return size;
+}
+
+std::unique_ptr<char[]> Allocate(std::string const& name, std::size_t size) {
+  try {
+    return std::unique_ptr<char[]>(new char[size]);  // not make_unique: that would clear it first
+  } catch (std::bad_alloc const&) {
+    throw MeshError(name + ": " + std::to_string(size) + " bytes do not fit into memory");
+  }
+}
+
+}  // namespace
+
+MeshFile::MeshFile(std::string name) : name_(std::move(name)) {
+  size_ = SizeOf(name_);
+  content_ = Allocate(name_, size_);
+  std::ifstream stream(name_, std::ios::binary);
+  if (!stream) throw MeshError(name_ + ": cannot be opened for reading");
+  stream.read(content_.get(), static_cast<std::streamsize>(size_));
+  if (static_cast<std::size_t>(stream.gcount()) != size_)
+    throw MeshError(name_ + ": cannot be read to its end");
+}
+
+void MeshFile::Fail(std::size_t offset, std::string const& what) const {
+  offset = std::min(offset, size_);
+  if (placesByOffset_) throw MeshError(name_ + ": offset " + std::to_string(offset) + ": " + what);
+  auto const line = 1 + std::count(content_.get(), content_.get() + offset, '\n');
+  throw MeshError(name_ + ":" + std::to_string(line) + ": " + what);
+}
+
+void RequireRegularFile(std::string const& name) {
+  std::error_code error;
+  std::filesystem::file_status const status = std::filesystem::status(name, error);
+  if (status.type() == std::filesystem::file_type::not_found) throw MeshError(name + ": no such file");
+  if (!std::filesystem::status_known(status)) throw MeshError(name + ": " + error.message());
+  if (!std::filesystem::is_regular_file(status)) {
+    throw MeshError(name + ": " + KindOf(status.type()) + ", not a regular file");
+  }
+}
+
+std::string Quoted(std::string_view text, std::size_t longest, std::string_view mark) {
+  std::size_t end = std::min(longest, text.size());
+  // Not in the middle of a character of several bytes.
+  while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+  std::string shown(text.substr(0, end));
+  for (char& c : shown) {
+    auto const byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7f) c = '?';
+  }
+  return std::string(mark) + shown + (end < text.size() ? "..." : "") + std::string(mark);
+}
+
+void NameList::Add(std::string const& name) {
+  if (nNames_ < kMost) text_ += (nNames_ == 0 ? "" : ", ") + name;
+  ++nNames_;
+}
+
+std::string NameList::Text() const {
+  if (nNames_ == 0) return "none";
+  return nNames_ <= kMost ? text_ : text_ + " and " + std::to_string(nNames_ - kMost) + " more";
+}
+
+}  // namespace reference_host

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "reference_host/mesh/MeshFile.h"
+
+namespace reference_host {
+
+/// Walks through the text of a mesh file. Every failure is a MeshError that names the place of what was read
+/// last. The file is borrowed.
+class TextCursor {
+ public:
+  enum class Comments { None, CStyle };
+
+  TextCursor(MeshFile const& file, Comments comments);
+
+  std::size_t Position() const { return position_; }
+  void MoveTo(std::size_t position) { position_ = position; }
+  std::size_t Remaining() const { return text_.size() - position_; }
+
+  /// True when only blanks and comments are left.
+  bool AtEnd();
+
+  /// The next character after blanks and comments, not taken; '\0' at the end.
+  char Peek();
+
+  /// Takes that character if it is c.
+  bool Accept(char c);
+  void Expect(char c);
+
+  /// Characters up to the next blank or one of ( ) { } ; ". Never empty.
+  /// @param[in] what  what is expected here, for the failure: "a node number"
+  std::string_view Word(char const* what);
+
+  /// Characters up to the next blank or one of { } ; ", for names that may hold parentheses. Never empty.
+  std::string_view Name(char const* what);
+
+  /// The text between two quotation marks on one line.
+  std::string_view QuotedString(char const* what);
+
+  std::int64_t Integer(char const* what);
+  double Real(char const* what);
+
+  /// An integer that counts things yet to come, each at least `characters` long. A count that the rest of the
+  /// file cannot hold fails here, before anything is allocated for it.
+  std::size_t Count(char const* what, std::size_t characters);
+
+  /// Fails at the beginning of what was read last.
+  [[noreturn]] void Fail(std::string const& what) const { file_.Fail(tokenStart_, what); }
+
+ private:
+  void SkipBlanks();
+  bool SkipComment();
+  void BeginToken(char const* what);
+  std::string_view TakeUntil(std::string_view separators);
+  [[noreturn]] void FailExpected(char const* what);
+
+  MeshFile const& file_;
+  std::string_view text_;
+  Comments comments_;
+  std::size_t position_ = 0;
+  std::size_t tokenStart_ = 0;
+};
+
+}  // namespace reference_host

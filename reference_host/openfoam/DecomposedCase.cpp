@@ -1,0 +1,168 @@
+#include "reference_host/openfoam/DecomposedCase.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/openfoam/FoamFile.h"
+#include "reference_host/openfoam/FoamList.h"
+#include "reference_host/openfoam/PolyMeshReader.h"
+
+namespace reference_host {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// N of a name PREFIXN with digits only; -1 for other names.
+int NumberBehind(std::string const& prefix, std::string const& name) {
+  std::string const digits = name.substr(std::min(prefix.size(), name.size()));
+  bool const fits = name.compare(0, prefix.size(), prefix) == 0 && !digits.empty() && digits.size() < 9 &&
+                    digits.find_first_not_of("0123456789") == std::string::npos;
+  return fits ? std::stoi(digits) : -1;
+}
+
+/// Numbers of the subfolders PREFIXN, ascending.
+std::vector<int> NumberedFolders(std::string const& folder, std::string const& prefix) {
+  std::vector<int> numbers;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    int const number = NumberBehind(prefix, entry->path().filename().string());
+    std::error_code ignored;
+    if (number >= 0 && entry->is_directory(ignored)) numbers.push_back(number);
+  }
+  std::sort(numbers.begin(), numbers.end());
+  return numbers;
+}
+
+bool BeginsWith(std::string const& text, std::string const& beginning) {
+  return text.compare(0, beginning.size(), beginning) == 0;
+}
+
+/// Takes the patches of type processor out of the mesh and makes cuts of them.
+class CutCollector {
+ public:
+  CutCollector(ProcessorMesh& result, std::vector<PatchFaces> const& facesOfPatch, int processor,
+               int nProcessors)
+      : result_(result), facesOfPatch_(facesOfPatch), processor_(processor), nProcessors_(nProcessors) {}
+
+  void Collect() {
+    FaceMesh& mesh = result_.mesh;
+    std::vector<int> newNumber(mesh.patches.size(), -1);
+    std::vector<Patch> kept;
+    for (std::size_t p = 0; p < mesh.patches.size(); ++p) {
+      if (BeginsWith(mesh.patches[p].type, "processor")) {
+        AddCut(mesh.patches[p], facesOfPatch_[p]);
+      } else {
+        newNumber[p] = static_cast<int>(kept.size());
+        kept.push_back(std::move(mesh.patches[p]));
+      }
+    }
+    mesh.patches = std::move(kept);
+    for (int& patch : mesh.facePatch) patch = patch < 0 ? -1 : newNumber[patch];
+    SortCuts();
+  }
+
+ private:
+  [[noreturn]] void Fail(std::string const& patch, std::string const& what) const {
+    throw MeshError(result_.folder + ": patch " + Quoted(patch) + " " + what);
+  }
+
+  void AddCut(Patch const& patch, PatchFaces const& faces) {
+    if (patch.type != "processor") {
+      Fail(patch.name, "of type " + Quoted(patch.type) +
+                           ": cyclic patches that the decomposition has cut are not supported");
+    }
+    if (faces.processor != processor_) {
+      Fail(patch.name, "says that this is processor " + std::to_string(faces.processor));
+    }
+    if (faces.neighbour < 0 || faces.neighbour >= nProcessors_ || faces.neighbour == processor_) {
+      Fail(patch.name, "leads to processor " + std::to_string(faces.neighbour) + " of " +
+                           std::to_string(nProcessors_) + ", counted from 0");
+    }
+    if (faces.count == 0) return;
+    result_.cuts.push_back({static_cast<int>(faces.neighbour), patch.name, static_cast<int>(faces.first),
+                            static_cast<int>(faces.count)});
+  }
+
+  void SortCuts() const {
+    std::sort(result_.cuts.begin(), result_.cuts.end(),
+              [](ProcessorCut const& a, ProcessorCut const& b) { return a.neighbour < b.neighbour; });
+    for (std::size_t i = 1; i < result_.cuts.size(); ++i) {
+      if (result_.cuts[i].neighbour != result_.cuts[i - 1].neighbour) continue;
+      Fail(result_.cuts[i].patchName,
+           "is the second one to processor " + std::to_string(result_.cuts[i].neighbour));
+    }
+  }
+
+  ProcessorMesh& result_;
+  std::vector<PatchFaces> const& facesOfPatch_;
+  int processor_;
+  int nProcessors_;
+};
+
+}  // namespace
+
+bool IsDecomposedCase(std::string const& folder) {
+  std::error_code ignored;
+  return fs::is_directory(fs::path(folder) / "processor0", ignored) ||
+         !NumberedFolders(folder, "processors").empty();
+}
+
+int CountProcessorFolders(std::string const& folder) {
+  std::vector<int> const numbers = NumberedFolders(folder, "processor");
+  if (numbers.empty()) {
+    throw MeshError(folder +
+                    ": decomposed in the collated format (processorsN), which cannot be read; decompose it " +
+                    "again with -fileHandler uncollated");
+  }
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    if (numbers[i] != static_cast<int>(i)) {
+      throw MeshError(folder + ": there is a folder processor" + std::to_string(numbers[i]) +
+                      ", but no processor" + std::to_string(i));
+    }
+  }
+  return static_cast<int>(numbers.size());
+}
+
+std::string ProcessorFolder(std::string const& folder, int processor) {
+  return (fs::path(folder) / ("processor" + std::to_string(processor))).string();
+}
+
+std::vector<std::int64_t> ReadAddressing(std::string const& polyMesh, std::string const& file,
+                                         std::int64_t nItems) {
+  std::error_code ignored;
+  if (!fs::exists(fs::path(polyMesh) / file, ignored) &&
+      !fs::exists(fs::path(polyMesh) / (file + ".gz"), ignored)) {
+    return {};
+  }
+  FoamFile foam(polyMesh, file);
+  TextCursor& text = foam.Text();
+  std::vector<std::int64_t> numbers = ReadFoamValues<std::int64_t>(text, "number", nItems, [&text] {
+                                        return text.Integer("a number");
+                                      }).WrittenOut();
+  if (static_cast<std::int64_t>(numbers.size()) != nItems) {
+    text.Fail(std::to_string(numbers.size()) + " numbers where the mesh needs " + std::to_string(nItems));
+  }
+  return numbers;
+}
+
+ProcessorMesh ReadProcessorMesh(std::string const& folder, int processor, int nProcessors) {
+  ProcessorMesh result;
+  result.folder = (fs::path(ProcessorFolder(folder, processor)) / "constant" / "polyMesh").string();
+  PolyMesh polyMesh = ReadPolyMeshWithPatches(result.folder);
+  CheckMesh(polyMesh.mesh, result.folder);
+  result.mesh = std::move(polyMesh.mesh);
+  CutCollector(result, polyMesh.facesOfPatch, processor, nProcessors).Collect();
+
+  result.globalCell = ReadAddressing(result.folder, "cellProcAddressing", result.mesh.nCells);
+  result.globalPoint = ReadAddressing(result.folder, "pointProcAddressing",
+                                      static_cast<std::int64_t>(result.mesh.points.size()));
+  result.faceAddress = ReadAddressing(result.folder, "faceProcAddressing", result.mesh.nFaces());
+  return result;
+}
+
+}  // namespace reference_host

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "reference_host/mesh/TextCursor.h"
+
+namespace reference_host {
+
+/// "N (item item ...)" or "(item item ...)"; readItem takes one item.
+template <class ReadItem>
+void ReadFoamList(TextCursor& text, char const* what, ReadItem const& readItem) {
+  bool const counted = text.Peek() != '(';
+  std::size_t const announced = counted ? text.Count(what, 1) : 0;
+  text.Expect('(');
+  std::size_t n = 0;
+  for (; !text.Accept(')'); ++n) readItem();
+  if (counted && n != announced) {
+    text.Fail(std::string(what) + " is " + std::to_string(announced) + ", but " + std::to_string(n) +
+              " follow");
+  }
+}
+
+/// What a list with its length says: `count` items, which are `list`, or, if that is empty, all the `same`.
+template <class Item>
+struct FoamValues {
+  std::int64_t count = 0;
+  Item same{};
+  std::vector<Item> list;
+
+  std::vector<Item> WrittenOut() && {
+    if (list.empty()) list.assign(static_cast<std::size_t>(count), same);
+    return std::move(list);
+  }
+};
+
+/// A list with its length, "N (item item ...)" or, for N times the same, "N{item}".
+/// @param[in] what      what an item is, for failures: "cell number"
+/// @param[in] mostItems a longer list is a failure
+/// @param[in] readItem  takes one item and returns it
+template <class Item, class ReadItem>
+FoamValues<Item> ReadFoamValues(TextCursor& text, char const* what, std::int64_t mostItems,
+                                ReadItem const& readItem) {
+  if (text.Peek() == '(') text.Fail(std::string("a list of ") + what + "s without its length");
+  FoamValues<Item> values;
+  values.count = text.Integer("the length of a list");
+  std::int64_t const n = values.count;
+  if (n < 0 || n > mostItems) {
+    text.Fail("the length of a list of " + std::string(what) + "s " + std::to_string(n) + " is not in 0 to " +
+              std::to_string(mostItems));
+  }
+  if (text.Accept('{')) {
+    values.same = readItem();
+    text.Expect('}');
+    return values;
+  }
+  text.Expect('(');
+  while (!text.Accept(')')) values.list.push_back(readItem());
+  if (values.list.size() != static_cast<std::size_t>(n)) {
+    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(values.list.size()) +
+              " found");
+  }
+  return values;
+}
+
+}  // namespace reference_host

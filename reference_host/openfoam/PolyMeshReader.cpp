@@ -1,0 +1,254 @@
+#include "reference_host/openfoam/PolyMeshReader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <set>
+#include <system_error>
+
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/mesh/MeshNames.h"
+#include "reference_host/openfoam/FoamFile.h"
+#include "reference_host/openfoam/FoamList.h"
+
+namespace reference_host {
+namespace {
+
+constexpr std::int64_t kIntEnd = std::numeric_limits<int>::max();
+
+int ReadNumber(TextCursor& text, char const* what, std::int64_t end) {
+  std::int64_t const number = text.Integer(what);
+  if (number < 0 || number >= end) {
+    text.Fail(std::string(what) + " " + std::to_string(number) + " is not in 0 to " +
+              std::to_string(end - 1));
+  }
+  return static_cast<int>(number);
+}
+
+/// Cell numbers of at most nFaces faces. A mesh of very few cells may have "N{n}", N times the same.
+std::vector<int> ReadCellNumbers(FoamFile& file, std::int64_t nFaces) {
+  TextCursor& text = file.Text();
+  return ReadFoamValues<int>(text, "cell number", nFaces,
+                             [&text] { return ReadNumber(text, "cell", kIntEnd); })
+      .WrittenOut();
+}
+
+// N ((x y z) (x y z) ...)
+void ReadPoints(std::string const& folder, FaceMesh& mesh) {
+  FoamFile file(folder, "points");
+  TextCursor& text = file.Text();
+  ReadFoamList(text, "the number of points", [&] {
+    Point point{};
+    text.Expect('(');
+    for (double& x : point) x = text.Real("a coordinate");
+    text.Expect(')');
+    mesh.points.push_back(point);
+  });
+  if (mesh.points.size() > static_cast<std::size_t>(kIntEnd)) text.Fail("more points than an int can count");
+}
+
+// N (n(node node ...) n(node node ...) ...)
+void ReadFaceRows(TextCursor& text, FaceMesh& mesh) {
+  auto const nPoints = static_cast<std::int64_t>(mesh.points.size());
+  ReadFoamList(text, "the number of faces", [&] {
+    ReadFoamList(text, "the number of nodes of a face",
+                 [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
+    mesh.faceStart.push_back(mesh.faceNode.size());
+  });
+}
+
+// N+1 (start of each face in the second list, and its length)   M (node node ...)
+void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
+  auto const nPoints = static_cast<std::int64_t>(mesh.points.size());
+  mesh.faceStart.clear();
+  ReadFoamList(text, "the number of face starts", [&] {
+    std::int64_t const start = text.Integer("the start of a face");
+    bool const rises =
+        mesh.faceStart.empty() ? start == 0 : start >= static_cast<std::int64_t>(mesh.faceStart.back());
+    if (!rises) text.Fail("the starts of the faces must begin with 0 and rise");
+    mesh.faceStart.push_back(static_cast<std::size_t>(start));
+  });
+  if (mesh.faceStart.empty()) text.Fail("the starts of the faces must begin with 0 and rise");
+  ReadFoamList(text, "the number of nodes of all faces",
+               [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
+  if (mesh.faceStart.back() != mesh.faceNode.size()) {
+    text.Fail("the last face ends at " + std::to_string(mesh.faceStart.back()) + " of " +
+              std::to_string(mesh.faceNode.size()) + " nodes");
+  }
+}
+
+void ReadFaces(std::string const& folder, FaceMesh& mesh) {
+  FoamFile file(folder, "faces");
+  if (file.ClassName() == "faceCompactList") {
+    ReadCompactFaces(file.Text(), mesh);
+  } else {
+    ReadFaceRows(file.Text(), mesh);
+  }
+  if (mesh.faceStart.size() > static_cast<std::size_t>(kIntEnd)) {
+    file.Text().Fail("more faces than an int can count");
+  }
+}
+
+/// The number of cells is told by no file (but in a note); it follows from the highest number in owner or
+/// neighbour.
+void CountCells(std::string const& folder, FaceMesh& mesh) {
+  std::int64_t nCells = 0;
+  for (std::vector<int> const* cells : {&mesh.owner, &mesh.neighbour}) {
+    for (int const cell : *cells) nCells = std::max(nCells, std::int64_t{cell} + 1);
+  }
+  // A cell has at least four faces. Tables as long as a nonsensical number must not be asked for.
+  std::size_t const nSides = mesh.owner.size() + mesh.neighbour.size();
+  if (4 * static_cast<std::size_t>(nCells) > nSides) {
+    throw MeshError(folder + ": owner and neighbour name cell " + std::to_string(nCells - 1) + ", but " +
+                    std::to_string(mesh.owner.size()) + " faces cannot close so many cells");
+  }
+  mesh.nCells = static_cast<int>(nCells);
+}
+
+void ReadCells(std::string const& folder, FaceMesh& mesh) {
+  int const nFaces = static_cast<int>(mesh.faceStart.size()) - 1;
+  FoamFile owner(folder, "owner");
+  mesh.owner = ReadCellNumbers(owner, nFaces);
+  if (mesh.nFaces() != nFaces) {
+    owner.Text().Fail(std::to_string(mesh.nFaces()) + " owners of " + std::to_string(nFaces) + " faces");
+  }
+  FoamFile neighbour(folder, "neighbour");
+  mesh.neighbour = ReadCellNumbers(neighbour, nFaces);
+  CountCells(folder, mesh);
+}
+
+/// What the file boundary tells about one patch.
+struct PatchEntry {
+  Patch patch;
+  PatchFaces faces = {-1, -1};
+};
+
+// name { type wall; nFaces 10; startFace 20; ... }
+PatchEntry ReadPatch(FoamFile& file) {
+  TextCursor& text = file.Text();
+  PatchEntry entry;
+  entry.patch.name = text.Peek() == '"' ? text.QuotedString("a patch name") : text.Name("a patch name");
+  std::string const& name = entry.patch.name;
+  text.Expect('{');
+  for (std::string key = file.Keyword(); !key.empty(); key = file.Keyword()) {
+    if (key == "nFaces") entry.faces.count = text.Integer("the number of faces of a patch");
+    if (key == "startFace") entry.faces.first = text.Integer("the first face of a patch");
+    if (key == "myProcNo") entry.faces.processor = text.Integer("the number of a processor");
+    if (key == "neighbProcNo") entry.faces.neighbour = text.Integer("the number of a processor");
+    std::string const value = file.Value();
+    if (key == "type") entry.patch.type = value;
+  }
+  if (name.empty() || entry.patch.type.empty() || entry.faces.count < 0 || entry.faces.first < 0) {
+    text.Fail("patch " + Quoted(name) + " needs a name, a type, nFaces and startFace");
+  }
+  return entry;
+}
+
+/// Refuses a patch whose faces are not among the boundary faces firstFace .. endFace-1.
+void CheckRange(FoamFile const& file, PatchEntry const& entry, std::int64_t firstFace, std::int64_t endFace) {
+  PatchFaces const& faces = entry.faces;
+  if (faces.count == 0) return;
+  if (faces.first >= firstFace && faces.first < endFace && faces.count <= endFace - faces.first) return;
+  throw MeshError(file.Name() + ": patch " + Quoted(entry.patch.name) + " has " +
+                  std::to_string(faces.count) + " faces from " + std::to_string(faces.first) +
+                  " on, but boundary faces are " + std::to_string(firstFace) + " to " +
+                  std::to_string(endFace - 1));
+}
+
+/// Gives the faces of the last patch to it.
+void ClaimFaces(FoamFile const& file, PatchFaces const& faces, FaceMesh& mesh) {
+  int const patch = static_cast<int>(mesh.patches.size()) - 1;
+  for (std::int64_t f = faces.first; f < faces.first + faces.count; ++f) {
+    if (mesh.facePatch[f] >= 0) {
+      throw MeshError(file.Name() + ": patch " + Quoted(mesh.patches[patch].name) + " and patch " +
+                      Quoted(mesh.patches[mesh.facePatch[f]].name) + " both have face " + std::to_string(f));
+    }
+    mesh.facePatch[f] = patch;
+  }
+}
+
+// N (patch patch ...)
+template <class TakePatch>
+void ReadPatches(FoamFile& file, TakePatch const& takePatch) {
+  TextCursor& text = file.Text();
+  std::set<std::string> names;
+  ReadFoamList(text, "the number of patches", [&] {
+    PatchEntry const entry = ReadPatch(file);
+    if (!names.insert(entry.patch.name).second) text.Fail("a second patch " + Quoted(entry.patch.name));
+    takePatch(entry);
+  });
+}
+
+void ReadBoundary(std::string const& folder, PolyMesh& polyMesh) {
+  FoamFile file(folder, "boundary");
+  FaceMesh& mesh = polyMesh.mesh;
+  int const nInner = static_cast<int>(mesh.neighbour.size());
+  mesh.neighbour.resize(mesh.owner.size(), -1);
+  mesh.facePatch.assign(mesh.owner.size(), -1);
+  ReadPatches(file, [&](PatchEntry const& entry) {
+    mesh.patches.push_back(entry.patch);
+    polyMesh.facesOfPatch.push_back(entry.faces);
+    CheckRange(file, entry, nInner, mesh.nFaces());
+    ClaimFaces(file, entry.faces, mesh);
+  });
+  for (int f = nInner; f < mesh.nFaces(); ++f) {
+    if (mesh.facePatch[f] < 0)
+      throw MeshError(file.Name() + ": face " + std::to_string(f) + " is in no patch");
+  }
+}
+
+/// One file is enough: the reader says which of the others is missing.
+bool LooksLikePolyMesh(std::filesystem::path const& folder) {
+  std::error_code ignored;
+  for (char const* const name : {"points", "points.gz", "faces", "faces.gz", "owner", "owner.gz"}) {
+    if (std::filesystem::is_regular_file(folder / name, ignored)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+PolyMesh ReadPolyMeshWithPatches(std::string const& folder) {
+  PolyMesh polyMesh;
+  ReadPoints(folder, polyMesh.mesh);
+  ReadFaces(folder, polyMesh.mesh);
+  ReadCells(folder, polyMesh.mesh);
+  ReadBoundary(folder, polyMesh);
+  polyMesh.mesh.names = PolyMeshNames();
+  return polyMesh;
+}
+
+FaceMesh ReadPolyMesh(std::string const& folder) { return ReadPolyMeshWithPatches(folder).mesh; }
+
+PolyMeshBoundary ReadPolyMeshBoundary(std::string const& folder) {
+  PolyMeshBoundary boundary;
+  FoamFile owner(folder, "owner");
+  // "N{n}" can announce any number. It stands only where one cell owns all faces, so there are few.
+  constexpr std::int64_t kFew = 1000;
+  boundary.owner =
+      ReadCellNumbers(owner, std::max(kFew, static_cast<std::int64_t>(owner.Text().Remaining())));
+  FoamFile file(folder, "boundary");
+  auto const nFaces = static_cast<std::int64_t>(boundary.owner.size());
+  std::int64_t nFree = nFaces;
+  ReadPatches(file, [&](PatchEntry const& entry) {
+    CheckRange(file, entry, 0, nFaces);
+    // Patches that overlap could have far more faces together than the file has bytes.
+    nFree -= entry.faces.count;
+    if (nFree < 0) throw MeshError(file.Name() + ": the patches have more faces than the mesh");
+    boundary.patches.push_back(entry.patch);
+    boundary.facesOfPatch.push_back(entry.faces);
+  });
+  return boundary;
+}
+
+std::string FindPolyMesh(std::string const& folder) {
+  std::filesystem::path const path(folder);
+  for (std::filesystem::path const& candidate : {path, path / "constant" / "polyMesh", path / "polyMesh"}) {
+    if (LooksLikePolyMesh(candidate)) return candidate.string();
+  }
+  return {};
+}
+
+}  // namespace reference_host

@@ -1,0 +1,241 @@
+#include "reference_host/parallel/DecomposedPartBuilder.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <numeric>
+
+#include "reference_host/parallel/MpiAgreement.h"
+
+namespace reference_host {
+
+DecomposedPartBuilder::DecomposedPartBuilder(MpiCommunicator const& communicator,
+                                             ProcessorMesh const& processor, ProcessorCuts const& cuts,
+                                             DecomposedNumbers const& numbers)
+    : communicator_(communicator), processor_(processor), cuts_(cuts), numbers_(numbers) {
+  part_.part = communicator.rank();
+  part_.nParts = communicator.size();
+  part_.patches = processor.mesh.patches;
+}
+
+MeshPart DecomposedPartBuilder::Build() {
+  FetchHalo();
+  RunTogether(communicator_, [&] {
+    NumberCells();
+    NumberNodes();
+    AddHaloNodes();
+    AddFaces();
+  });
+  return std::move(part_);
+}
+
+/// The nodes of the cells at the cuts, ascending by their number in the whole mesh; empty for other cells.
+std::vector<std::vector<int>> DecomposedPartBuilder::NodesOfCutCells() const {
+  FaceMesh const& mesh = processor_.mesh;
+  std::vector<char> isAtCut(static_cast<std::size_t>(mesh.nCells), 0);
+  for (ProcessorCut const& cut : processor_.cuts) {
+    for (int k = 0; k < cut.nFaces; ++k) isAtCut[CellAtCut(cut, k)] = 1;
+  }
+  std::vector<std::vector<int>> nodes(isAtCut.size());
+  for (int f = 0; f < mesh.nFaces(); ++f) {
+    for (int const cell : {mesh.owner[f], mesh.neighbour[f]}) {
+      if (cell < 0 || isAtCut[cell] == 0) continue;
+      nodes[cell].insert(nodes[cell].end(),
+                         mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f]),
+                         mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]));
+    }
+  }
+  for (std::vector<int>& ofCell : nodes) {
+    std::sort(ofCell.begin(), ofCell.end(),
+              [this](int a, int b) { return numbers_.node[a] < numbers_.node[b]; });
+    ofCell.erase(std::unique(ofCell.begin(), ofCell.end()), ofCell.end());
+  }
+  return nodes;
+}
+
+// To each neighbour: the cell of every face of the cut; then, for each of these cells once, its number, how many nodes
+// it has and their numbers, with the places of the nodes in a list of their own.
+void DecomposedPartBuilder::FetchHalo() {
+  std::size_t const nCuts = processor_.cuts.size();
+  std::vector<std::vector<std::int64_t>> cellOfFace(nCuts), words(nCuts);
+  std::vector<std::vector<Point>> points(nCuts);
+  RunTogether(communicator_, [&] {
+    std::vector<std::vector<int>> const nodesOfCell = NodesOfCutCells();
+    for (std::size_t i = 0; i < nCuts; ++i) {
+      std::vector<int> cells;
+      for (int k = 0; k < processor_.cuts[i].nFaces; ++k) {
+        cells.push_back(CellAtCut(processor_.cuts[i], k));
+        cellOfFace[i].push_back(numbers_.cell[cells.back()]);
+      }
+      std::sort(cells.begin(), cells.end());
+      cells.erase(std::unique(cells.begin(), cells.end()), cells.end());
+      for (int const cell : cells) {
+        words[i].push_back(numbers_.cell[cell]);
+        words[i].push_back(static_cast<std::int64_t>(nodesOfCell[cell].size()));
+        for (int const node : nodesOfCell[cell]) {
+          words[i].push_back(numbers_.node[node]);
+          points[i].push_back(processor_.mesh.points[node]);
+        }
+      }
+    }
+  });
+  cellBeyond_ = cuts_.neighbours().Swap(cellOfFace);
+  words = cuts_.neighbours().Swap(words);
+  points = cuts_.neighbours().Swap(points);
+  RunTogether(communicator_, [&] {
+    for (std::size_t i = 0; i < nCuts; ++i) UnpackHalo(i, words[i], points[i]);
+  });
+}
+
+void DecomposedPartBuilder::UnpackHalo(std::size_t i, std::vector<std::int64_t> const& words,
+                                       std::vector<Point> const& points) {
+  std::size_t nPoints = 0;
+  for (std::size_t w = 0; w < words.size();) {
+    HaloCell halo = {words[w], processor_.cuts[i].neighbour, {}};
+    auto const nNodes = static_cast<std::size_t>(words[w + 1]);
+    w += 2;
+    for (std::size_t n = 0; n < nNodes; ++n, ++w) {
+      halo.nodes.push_back(words[w]);
+      haloPoints_.emplace_back(words[w], points[nPoints++]);
+    }
+    halo_.push_back(std::move(halo));
+  }
+}
+
+void DecomposedPartBuilder::NumberCells() {
+  std::size_t const n = numbers_.cell.size();
+  std::vector<int> order(n);
+  std::iota(order.begin(), order.end(), 0);
+  std::sort(order.begin(), order.end(), [this](int a, int b) { return numbers_.cell[a] < numbers_.cell[b]; });
+  part_.nOwned = static_cast<int>(n);
+  localCell_.resize(n);
+  for (std::size_t c = 0; c < n; ++c) {
+    localCell_[order[c]] = static_cast<int>(c);
+    part_.globalCell.push_back(numbers_.cell[order[c]]);
+  }
+  std::sort(halo_.begin(), halo_.end(), [](HaloCell const& a, HaloCell const& b) { return a.cell < b.cell; });
+  for (HaloCell const& halo : halo_) {
+    part_.globalCell.push_back(halo.cell);
+    part_.haloPart.push_back(halo.part);
+  }
+}
+
+/// Nodes of own faces and of halo cells, ascending by their number in the whole mesh. A node of both keeps its own place.
+void DecomposedPartBuilder::NumberNodes() {
+  FaceMesh const& mesh = processor_.mesh;
+  localNode_.assign(mesh.points.size(), -1);
+  for (int const node : mesh.faceNode) localNode_[node] = 0;
+  std::vector<NumberedPoint> points;
+  for (std::size_t n = 0; n < localNode_.size(); ++n) {
+    if (localNode_[n] == 0) points.emplace_back(numbers_.node[n], mesh.points[n]);
+  }
+  points.insert(points.end(), haloPoints_.begin(), haloPoints_.end());
+  std::stable_sort(points.begin(), points.end(),
+                   [](NumberedPoint const& a, NumberedPoint const& b) { return a.first < b.first; });
+  points.erase(std::unique(points.begin(), points.end(),
+                           [](NumberedPoint const& a, NumberedPoint const& b) { return a.first == b.first; }),
+               points.end());
+  for (auto const& [number, point] : points) {
+    part_.globalNode.push_back(number);
+    part_.points.push_back(point);
+  }
+  for (std::size_t n = 0; n < localNode_.size(); ++n) {
+    if (localNode_[n] == 0) localNode_[n] = LocalNode(numbers_.node[n]);
+  }
+}
+
+void DecomposedPartBuilder::AddHaloNodes() {
+  for (HaloCell const& halo : halo_) {
+    for (std::int64_t const node : halo.nodes) part_.haloNode.push_back(LocalNode(node));
+    part_.haloNodeStart.push_back(part_.haloNode.size());
+  }
+}
+
+/// Faces in the order of the whole mesh if it is known and leaves those of each patch in their order, by which boundary
+/// values of a field file are found; else as they are.
+std::vector<int> DecomposedPartBuilder::FacesInOrder() const {
+  FaceMesh const& mesh = processor_.mesh;
+  std::vector<int> order(static_cast<std::size_t>(mesh.nFaces()));
+  std::iota(order.begin(), order.end(), 0);
+  std::vector<std::int64_t> const& address = processor_.faceAddress;
+  if (address.empty()) return order;
+  // Unsigned: the file may hold the one number whose negative does not fit.
+  auto const place = [&address](int f) {
+    auto const number = static_cast<std::uint64_t>(address[f]);
+    return address[f] < 0 ? 0 - number : number;
+  };
+  for (int f = 1; f < mesh.nFaces(); ++f) {
+    bool const isSamePatch = mesh.facePatch[f] >= 0 && mesh.facePatch[f] == mesh.facePatch[f - 1];
+    if (isSamePatch && place(f) < place(f - 1)) return order;
+  }
+  std::stable_sort(order.begin(), order.end(), [&place](int a, int b) { return place(a) < place(b); });
+  return order;
+}
+
+void DecomposedPartBuilder::AddFaces() {
+  FaceMesh const& mesh = processor_.mesh;
+  std::vector<std::pair<int, int>> cutOfFace(static_cast<std::size_t>(mesh.nFaces()), {-1, 0});
+  for (std::size_t i = 0; i < processor_.cuts.size(); ++i) {
+    ProcessorCut const& cut = processor_.cuts[i];
+    for (int k = 0; k < cut.nFaces; ++k) cutOfFace[cut.firstFace + k] = {static_cast<int>(i), k};
+  }
+  for (int const f : FacesInOrder()) {
+    auto const [cut, k] = cutOfFace[f];
+    if (cut >= 0) {
+      AddCutFace(static_cast<std::size_t>(cut), k);
+    } else {
+      AddOwnFace(f);
+    }
+  }
+}
+
+void DecomposedPartBuilder::AddOwnFace(int f) {
+  FaceMesh const& mesh = processor_.mesh;
+  for (std::size_t n = mesh.faceStart[f]; n < mesh.faceStart[f + 1]; ++n) {
+    part_.faceNode.push_back(localNode_[mesh.faceNode[n]]);
+  }
+  EndFace(localCell_[mesh.owner[f]], mesh.neighbour[f] < 0 ? -1 : localCell_[mesh.neighbour[f]],
+          mesh.facePatch[f]);
+}
+
+/// The cell of the lower number owns a face between two, as in every mesh of OpenFOAM; its side has the order of the
+/// nodes.
+void DecomposedPartBuilder::AddCutFace(std::size_t i, int k) {
+  FaceMesh const& mesh = processor_.mesh;
+  int const f = processor_.cuts[i].firstFace + k;
+  int const own = localCell_[mesh.owner[f]];
+  int const halo = LocalHaloCell(cellBeyond_[i][k]);
+  if (part_.globalCell[own] < part_.globalCell[halo]) {
+    for (std::size_t n = mesh.faceStart[f]; n < mesh.faceStart[f + 1]; ++n) {
+      part_.faceNode.push_back(localNode_[mesh.faceNode[n]]);
+    }
+    EndFace(own, halo, -1);
+  } else {
+    for (std::size_t n = cuts_.Start(i)[k]; n < cuts_.Start(i)[k + 1]; ++n) {
+      part_.faceNode.push_back(localNode_[cuts_.Nodes(i)[n]]);
+    }
+    EndFace(halo, own, -1);
+  }
+}
+
+void DecomposedPartBuilder::EndFace(int owner, int neighbour, int patch) {
+  part_.faceStart.push_back(part_.faceNode.size());
+  part_.owner.push_back(owner);
+  part_.neighbour.push_back(neighbour);
+  part_.facePatch.push_back(patch);
+}
+
+/// @pre the part has the node
+int DecomposedPartBuilder::LocalNode(std::int64_t global) const {
+  auto const found = std::lower_bound(part_.globalNode.begin(), part_.globalNode.end(), global);
+  return static_cast<int>(found - part_.globalNode.begin());
+}
+
+/// @pre the part has the halo cell
+int DecomposedPartBuilder::LocalHaloCell(std::int64_t global) const {
+  auto const found =
+      std::lower_bound(halo_.begin(), halo_.end(), global,
+                       [](HaloCell const& halo, std::int64_t cell) { return halo.cell < cell; });
+  return part_.nOwned + static_cast<int>(found - halo_.begin());
+}
+
+}  // namespace reference_host

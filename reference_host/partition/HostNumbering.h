@@ -1,0 +1,57 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "reference_host/mesh/MeshPart.h"
+#include "reference_host/partition/HostPartition.h"
+
+namespace reference_host {
+
+/// Face groups of the operators.
+enum class FaceKind : unsigned char { Inner, Wall, Inlet, Outlet, Partition, Symmetry };
+constexpr std::size_t kFaceKinds = 6;
+
+/// Code of each FaceKind in CellFaceType.
+constexpr std::array<int, kFaceKinds> kGroupCode = {0, 1, 2, 3, 101, 5};
+
+/// How the cells and faces of a MeshPart are called in the operators' tables. "Part number" is the 0-based
+/// number in the MeshPart, "host number" the 1-based one in the tables. Lives only while the tables are
+/// built.
+struct HostNumbering {
+  int nInterior = 0, nGhost = 0, nHalo = 0;
+  int nCells() const { return nInterior + nGhost + nHalo; }
+
+  std::vector<int> cell;      ///< [part cell] its host number
+  std::vector<int> partCell;  ///< [1..nInterior] part number of an interior cell
+
+  /// Faces of the owned part cell c, ascending: cellFace[cellFaceStart[c] .. cellFaceStart[c+1]-1].
+  std::vector<std::size_t> cellFaceStart;
+  std::vector<int> cellFace;
+
+  std::vector<FaceKind> kind;  ///< [part face]
+  std::vector<int> face;       ///< [part face] host number within its group
+
+  /// [kind][1..n] part number of a face. Inner faces ascend by (ijCV, ij), partition faces by (ijParCV,
+  /// ijPar), boundary faces by their cell; what is still equal, by part number.
+  std::array<std::vector<int>, kFaceKinds> partFace;
+  std::array<int, kFaceKinds>
+      ghostsBefore{};  ///< the ghost cell of face f of a kind is ghostsBefore[kind] + f
+
+  int nFaces(FaceKind k) const { return static_cast<int>(PartFaces(k).size()) - 1; }
+  std::vector<int> const& PartFaces(FaceKind k) const { return partFace[static_cast<std::size_t>(k)]; }
+  int GhostCell(FaceKind k, int f) const { return ghostsBefore[static_cast<std::size_t>(k)] + f; }
+};
+
+/// Group of every boundary kind; the two enumerations are ordered differently.
+FaceKind KindOfGroup(BoundaryGroup group);
+
+/// @throws MeshError  a boundary face without patch or group, or more cells or faces than an int can count
+HostNumbering NumberPartition(MeshPart const& part);
+
+/// Who sends which cells to whom, in host numbers, ascending by neighbour part; cells ascend by their number
+/// in the whole mesh, which both sides know.
+std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering const& numbering);
+
+}  // namespace reference_host

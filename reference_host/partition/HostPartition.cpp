@@ -1,0 +1,207 @@
+#include "reference_host/partition/HostPartition.h"
+
+#include <utility>
+
+#include "reference_host/partition/HostNumbering.h"
+#include "reference_host/partition/HostTables.h"
+
+namespace reference_host {
+namespace {
+
+/// Lends the arrays of the partition group.
+class PartitionFaces : public CPartitionFace_DLL {
+ public:
+  explicit PartitionFaces(FaceGroupTable& group) : group_(group) {}
+
+  int NParInterFace() override { return group_.size(); }
+  int* ijParCV() override { return group_.cv.data(); }
+  int* ijPar() override { return group_.other.data(); }
+  double* ijParSx() override { return group_.sx.data(); }
+  double* ijParSy() override { return group_.sy.data(); }
+  double* ijParSz() override { return group_.sz.data(); }
+  double* ijParxc() override { return group_.xc.data(); }
+  double* ijParyc() override { return group_.yc.data(); }
+  double* ijParzc() override { return group_.zc.data(); }
+  double* ParInterFace_Lamda() override { return group_.lamda.data(); }
+  int* FaceType_Partition() override { return group_.faceType.data(); }
+
+ private:
+  FaceGroupTable& group_;
+};
+
+void LendCellsAndNodes(HostTables& tables, CZYN3DFiniteVolumeMesh& mesh) {
+  mesh.NCell = tables.nCells();
+  mesh.NInnerCells = tables.nInterior;
+  mesh.NNode = tables.nodeCell.size();
+  mesh.xn = tables.xn.data();
+  mesh.yn = tables.yn.data();
+  mesh.zn = tables.zn.data();
+  mesh.xc = tables.xc.data();
+  mesh.yc = tables.yc.data();
+  mesh.zc = tables.zc.data();
+  mesh.Volume = tables.volume.data();
+  mesh.CellCell = tables.cellCell.rows();
+  mesh.CellFace = tables.cellFace.rows();
+  mesh.CellFaceType = tables.cellFaceType.rows();
+  mesh.CellLnods = tables.cellNodes.rows();
+  mesh.CellLnodsNumber = tables.cellNodeNumber.data();
+  mesh.NodeCell = tables.nodeCell.rows();
+}
+
+void LendInnerFaces(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
+  mesh.NInnerFaces = group.size();
+  mesh.ijCV = group.cv.data();
+  mesh.ij = group.other.data();
+  mesh.ijSx = group.sx.data();
+  mesh.ijSy = group.sy.data();
+  mesh.ijSz = group.sz.data();
+  mesh.ijxc = group.xc.data();
+  mesh.ijyc = group.yc.data();
+  mesh.ijzc = group.zc.data();
+  mesh.Lamda = group.lamda.data();
+  mesh.FaceType = group.faceType.data();
+  mesh.ijLnods = group.nodes.rows();
+}
+
+// One boundary group is lent like another; only the members' names differ.
+
+void LendInlet(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
+  mesh.NInlet = group.size();
+  mesh.ijInletCV = group.cv.data();
+  mesh.ijInlet = group.other.data();
+  mesh.ijInletSx = group.sx.data();
+  mesh.ijInletSy = group.sy.data();
+  mesh.ijInletSz = group.sz.data();
+  mesh.ijInletxc = group.xc.data();
+  mesh.ijInletyc = group.yc.data();
+  mesh.ijInletzc = group.zc.data();
+  mesh.ijInletLnods = group.nodes.rows();
+}
+
+void LendOutlet(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
+  mesh.NOutlet = group.size();
+  mesh.ijOutletCV = group.cv.data();
+  mesh.ijOutlet = group.other.data();
+  mesh.ijOutletSx = group.sx.data();
+  mesh.ijOutletSy = group.sy.data();
+  mesh.ijOutletSz = group.sz.data();
+  mesh.ijOutletxc = group.xc.data();
+  mesh.ijOutletyc = group.yc.data();
+  mesh.ijOutletzc = group.zc.data();
+  mesh.ijOutletLnods = group.nodes.rows();
+}
+
+void LendWall(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
+  mesh.NWall = group.size();
+  mesh.ijWallCV = group.cv.data();
+  mesh.ijWall = group.other.data();
+  mesh.ijWallSx = group.sx.data();
+  mesh.ijWallSy = group.sy.data();
+  mesh.ijWallSz = group.sz.data();
+  mesh.ijWallxc = group.xc.data();
+  mesh.ijWallyc = group.yc.data();
+  mesh.ijWallzc = group.zc.data();
+  mesh.ijWallLnods = group.nodes.rows();
+}
+
+void LendSymmetry(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
+  mesh.NSymmetry = group.size();
+  mesh.ijSymmetryCV = group.cv.data();
+  mesh.ijSymmetry = group.other.data();
+  mesh.ijSymmetrySx = group.sx.data();
+  mesh.ijSymmetrySy = group.sy.data();
+  mesh.ijSymmetrySz = group.sz.data();
+  mesh.ijSymmetryxc = group.xc.data();
+  mesh.ijSymmetryyc = group.yc.data();
+  mesh.ijSymmetryzc = group.zc.data();
+  mesh.ijSymmetryLnods = group.nodes.rows();
+}
+
+}  // namespace
+
+struct HostPartition::Storage {
+  int part = 0;
+  int nParts = 1;
+  HostTables tables;
+  std::vector<ExchangeList> exchangeLists;
+  std::vector<Patch> patches;
+
+  CZYN3DFiniteVolumeMesh mesh;
+  PartitionFaces partitionFaces{tables.Group(FaceKind::Partition)};
+
+  CZyn3dGV globals;
+  std::vector<double> prevGradX, prevGradY, prevGradZ;  // [1..NCell]
+  std::vector<double> resetReal = std::vector<double>(5, 0.0);
+  std::vector<int> resetInt = std::vector<int>(5, 0);
+  std::string baseFileName;
+
+  void LendMesh();
+  void LendGlobals();
+};
+
+void HostPartition::Storage::LendMesh() {
+  LendCellsAndNodes(tables, mesh);
+  LendInnerFaces(tables.Group(FaceKind::Inner), mesh);
+  LendInlet(tables.Group(FaceKind::Inlet), mesh);
+  LendOutlet(tables.Group(FaceKind::Outlet), mesh);
+  LendWall(tables.Group(FaceKind::Wall), mesh);
+  LendSymmetry(tables.Group(FaceKind::Symmetry), mesh);
+  mesh.ijParLnods = tables.Group(FaceKind::Partition).nodes.rows();
+}
+
+void HostPartition::Storage::LendGlobals() {
+  for (auto* values : {&prevGradX, &prevGradY, &prevGradZ}) values->assign(tables.nCells() + 1, 0.0);
+  globals.PrevGradX = prevGradX.data();
+  globals.PrevGradY = prevGradY.data();
+  globals.PrevGradZ = prevGradZ.data();
+  globals.ResetRealBlock = resetReal.data();
+  globals.ResetIntBlock = resetInt.data();
+  globals.BaseFileName = baseFileName.data();
+}
+
+HostPartition::HostPartition(MeshPart const& part) : storage_(std::make_unique<Storage>()) {
+  Storage& s = *storage_;
+  s.part = part.part;
+  s.nParts = part.nParts;
+  s.patches = part.patches;
+
+  HostNumbering const numbering = NumberPartition(part);
+  FillFaceCells(part, numbering, s.tables);
+  FillGeometry(part, numbering, s.tables);
+  FillTopology(part, numbering, s.tables);
+  FaceGroupTable& partitionGroup = s.tables.Group(FaceKind::Partition);
+  partitionGroup.lamda.assign(partitionGroup.cv.size(), 0.0);
+  s.exchangeLists = BuildExchangeLists(part, numbering);
+  s.LendMesh();
+  s.LendGlobals();
+}
+
+HostPartition::~HostPartition() = default;
+
+void HostPartition::CompleteHalo(CCommunication& communication) {
+  HostTables& tables = storage_->tables;
+  communication.DDM_Exch(tables.xc.data());
+  communication.DDM_Exch(tables.yc.data());
+  communication.DDM_Exch(tables.zc.data());
+  FillWeights(tables, tables.Group(FaceKind::Partition));
+}
+
+void HostPartition::SetBaseFileName(std::string const& name) {
+  storage_->baseFileName = name;
+  storage_->globals.BaseFileName = storage_->baseFileName.data();
+}
+
+CZYN3DFiniteVolumeMesh* HostPartition::mesh() { return &storage_->mesh; }
+CPartitionFace_DLL* HostPartition::partitionFaces() { return &storage_->partitionFaces; }
+CZyn3dGV* HostPartition::globals() { return &storage_->globals; }
+
+int HostPartition::part() const { return storage_->part; }
+int HostPartition::nParts() const { return storage_->nParts; }
+int HostPartition::nHaloCells() const { return storage_->tables.nHalo; }
+std::vector<ExchangeList> const& HostPartition::exchangeLists() const { return storage_->exchangeLists; }
+std::vector<std::int64_t> const& HostPartition::globalCell() const { return storage_->tables.globalCell; }
+std::vector<std::int64_t> const& HostPartition::globalNode() const { return storage_->tables.globalNode; }
+std::vector<Patch> const& HostPartition::patches() const { return storage_->patches; }
+std::vector<int> const& HostPartition::patchOfGhost() const { return storage_->tables.patchOfGhost; }
+
+}  // namespace reference_host

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reference_host/mesh/FaceMesh.h"
+#include "reference_host/partition/MeshQuality.h"
+
+namespace reference_host {
+
+/// A named part of the boundary of the whole mesh.
+struct PatchSummary {
+  std::string name;
+  BoundaryGroup group;  ///< of no meaning for a patch without faces
+  std::int64_t nFaces = 0;
+};
+
+/// Sizes of a mesh over all its partitions.
+struct MeshSummary {
+  std::int64_t nCells = 0;
+  std::int64_t nNodes = 0;
+  std::int64_t nInnerFaces = 0;                ///< between two cells of one partition
+  std::int64_t nCutFaces = 0;                  ///< between two partitions, each counted once
+  std::array<std::int64_t, 4> facesOfGroup{};  ///< by BoundaryGroup
+  std::vector<PatchSummary> patches;           ///< in the order of the mesh file
+
+  int nParts = 1;
+  int minCells = 0, maxCells = 0;  ///< interior cells of the smallest and the largest partition
+  int maxCutFaces = 0;             ///< partition faces of the partition that has most of them
+  int maxNeighbours = 0;           ///< neighbour partitions of the one that has most of them
+
+  QualitySums quality;
+
+  std::int64_t FacesOf(BoundaryGroup group) const { return facesOfGroup[static_cast<std::size_t>(group)]; }
+};
+
+}  // namespace reference_host

@@ -1,0 +1,100 @@
+#include "cli/check/CheckStencil.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "cli/check/CheckFindings.h"
+
+namespace zyngrad {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+std::uint32_t FoundIn(std::vector<DQVector> const& points) {
+  CheckedSystem system;
+  CheckPlaces(points, system);
+  return system.findings;
+}
+
+TEST(CheckStencil, FindsNothingInATetrahedronOfNeighbours) {
+  EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}), 0U);
+}
+
+TEST(CheckStencil, FindsMembersAtOnePosition) {
+  EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 0}}), kHasCoincidentMembers);
+  // Nearer than what the coordinates resolve.
+  EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1e-13, 0}}), kHasCoincidentMembers);
+  EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1e-9, 0}}), 0U);
+}
+
+TEST(CheckStencil, FindsAnAxisWithoutExtent) {
+  EXPECT_EQ(FoundIn({{0, 0, 5}, {1, 0, 5}, {0, 1, 5}, {1, 1, 5}}), kHasFlatAxis);
+  EXPECT_EQ(FoundIn({{0, 0, 0}, {1e6, 0, 0}, {0, 1e6, 0}, {0, 0, 1}}), 0U);  // flat, but an extent it has
+}
+
+TEST(CheckStencil, FindsFewerNeighboursThanDirections) {
+  EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 2, 3}, {3, 1, 2}}), kHasFewMembers);
+  // Four members, two of them in one place.
+  EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 2, 3}, {3, 1, 2}, {1, 2, 3}}), kHasFewMembers | kHasCoincidentMembers);
+  EXPECT_NE(FoundIn({}) & kHasFewMembers, 0U);
+}
+
+TEST(CheckStencil, JudgesConditionNumbersAndKeepsTheWorst) {
+  CheckedSystem system;
+  CheckCondition(1e11, system);
+  EXPECT_EQ(system.findings, 0U);
+  CheckCondition(1e13, system);
+  EXPECT_EQ(system.findings, kIsIllConditioned);
+  CheckCondition(10.0, system);
+  EXPECT_EQ(system.condition, 1e13);
+  CheckCondition(kInfinity, system);
+  EXPECT_EQ(system.findings, kIsIllConditioned | kIsSingular);
+  CheckCondition(kNaN, system);
+  EXPECT_NE(system.findings & kHasSystemNotFinite, 0U);
+  EXPECT_TRUE(std::isnan(system.condition));
+  CheckCondition(1.0, system);
+  EXPECT_TRUE(std::isnan(system.condition));
+}
+
+TEST(CheckStencil, TakesSlopesRelativeToTheirWeightsAndValuesAsTheyAre) {
+  RowSum row;
+  for (double const weight : {2000.0, -1999.0}) row.Add(weight);
+  EXPECT_EQ(row.DistanceFromOne(), 0.0);
+  EXPECT_EQ(row.DistanceFromZero(), 1.0 / 3999.0);
+  EXPECT_EQ(RowSum().DistanceFromZero(), 0.0);
+}
+
+TEST(CheckStencil, FindsRowsThatAreNotFiniteOrDoNotSumToTheirIdeal) {
+  RowSum sound, off, broken;
+  sound.Add(1.0);
+  off.Add(1.5);
+  broken.Add(1.0);
+  broken.Add(kInfinity);
+  CheckedSystem system;
+  CheckRowOfValue(sound, 1e-3, system);
+  EXPECT_EQ(system.findings, 0U);
+  CheckRowOfValue(off, 1e-3, system);
+  EXPECT_EQ(system.findings, kHasRowSumOff);
+  EXPECT_EQ(system.rowSum, 0.5);
+  CheckRowOfSlope(broken, 1e-3, system);
+  EXPECT_EQ(system.findings, kHasRowSumOff | kHasRowNotFinite);
+  EXPECT_TRUE(std::isnan(system.rowSum));
+}
+
+TEST(CheckStencil, FindsWeightsOfAValueThatMagnifyErrors) {
+  RowSum sound, large;
+  for (double const weight : {5.5, -4.5}) sound.Add(weight);  // ten in magnitude, which is still let pass
+  for (double const weight : {6.0, -5.0}) large.Add(weight);
+  CheckedSystem system;
+  CheckRowOfValue(sound, 1e-3, system);
+  CheckRowOfSlope(large, 1.0, system);
+  EXPECT_EQ(system.findings, 0U);
+  CheckRowOfValue(large, 1e-3, system);
+  EXPECT_EQ(system.findings, kHasLargeWeights);
+}
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,172 @@
+#include "cli/check/CheckSummary.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <sstream>
+
+#include "cli/check/CheckFindings.h"
+#include "cli/check/CheckReport.h"
+#include "tests/unit/cli/TestRanks.h"
+
+namespace zyngrad {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+CheckedSystem Cell(std::int64_t number, double condition, std::uint32_t findings = 0) {
+  CheckedSystem cell;
+  cell.number = number;
+  cell.members = 7;
+  cell.condition = condition;
+  cell.findings = findings;
+  return cell;
+}
+
+std::vector<std::int64_t> Numbers(std::vector<CheckedSystem> const& cells) {
+  std::vector<std::int64_t> numbers;
+  for (CheckedSystem const& cell : cells) numbers.push_back(cell.number);
+  return numbers;
+}
+
+TEST(CheckFindings, HaveABitEach) {
+  std::uint32_t all = 0;
+  for (FindingKind const& kind : FindingKinds()) {
+    EXPECT_EQ(all & kind.finding, 0U) << kind.key;
+    EXPECT_NE(kind.finding, 0U) << kind.key;
+    all |= kind.finding;
+  }
+}
+
+TEST(CheckFindings, ComeInWordsTheGravestFirst) {
+  EXPECT_EQ(InWords(kIsAtBoundary), "");
+  EXPECT_EQ(InWords(kIsAtBoundary | kIsSkew | kHasRowNotFinite), "weights not finite; extreme skewness");
+  EXPECT_EQ(SeverityOf(kIsSkew | kIsSingular), Severity::Wrong);
+  EXPECT_EQ(SeverityOf(0), Severity::Note);
+}
+
+TEST(CheckSummary, CountsFindingsAndConditions) {
+  CheckSummary const summary = SummariseCheck(
+      TestRanks(), {Cell(1, 5.0), Cell(2, 99.0, kIsSkew), Cell(3, 100.0, kIsSkew | kIsAtBoundary),
+                    Cell(4, kInfinity, kIsSingular), Cell(5, kNaN), Cell(6, 1e200), Cell(7, 0.0)});
+  EXPECT_EQ(summary.nSystems, 7);
+  EXPECT_EQ(summary.Count(kIsSkew), 2);
+  EXPECT_EQ(summary.Count(kIsAtBoundary), 1);
+  EXPECT_EQ(summary.Count(kHasRowNotFinite), 0);
+  EXPECT_EQ(summary.histogram.decade[0], 1);
+  EXPECT_EQ(summary.histogram.decade[1], 1);
+  EXPECT_EQ(summary.histogram.decade[2], 1);
+  EXPECT_EQ(summary.histogram.decade.back(), 1);
+  EXPECT_EQ(summary.histogram.nSingular, 1);
+  EXPECT_EQ(summary.histogram.nNotFinite, 1);
+  EXPECT_TRUE(summary.IsFinite());
+}
+
+TEST(CheckSummary, PutsGraverFindingsBeforeConditionsAndLowerNumbersFirst) {
+  std::vector<CheckedSystem> const cells = {Cell(4, 10.0),
+                                            Cell(3, 1e9, kIsSkew),
+                                            Cell(2, 1e9, kIsSkew),
+                                            Cell(7, 1.0, kHasRowNotFinite),
+                                            Cell(5, kInfinity, kIsSingular),
+                                            Cell(6, kNaN, kHasSystemNotFinite)};
+  EXPECT_EQ(Numbers(SummariseCheck(TestRanks(), cells).worst), (std::vector<std::int64_t>{7, 6, 5, 2, 3, 4}));
+}
+
+TEST(CheckSummary, TakesRoundOffForEqual) {
+  EXPECT_TRUE(IsWorse(Cell(1, 1e9), Cell(2, 1e9 * (1.0 + 1e-12))));
+  EXPECT_FALSE(IsWorse(Cell(1, 1e9), Cell(2, 1e9 * (1.0 + 1e-3))));
+  EXPECT_FALSE(IsWorse(Cell(1, kNaN), Cell(1, kNaN)));
+}
+
+TEST(CheckSummary, ListsTenWhateverTheirOrder) {
+  std::vector<CheckedSystem> cells;
+  for (int n = 1; n <= 40; ++n) cells.push_back(Cell(n, 100.0 + n % 20));
+  auto const expected = Numbers(SummariseCheck(TestRanks(), cells).worst);
+  ASSERT_EQ(expected.size(), kShownWorst);
+  EXPECT_EQ(expected[0], 19);
+  EXPECT_EQ(expected[1], 39);
+  std::reverse(cells.begin(), cells.end());
+  EXPECT_EQ(Numbers(SummariseCheck(TestRanks(), cells).worst), expected);
+}
+
+TEST(CheckSummary, OfNothingIsEmpty) {
+  CheckSummary const summary = SummariseCheck(TestRanks(), {});
+  EXPECT_EQ(summary.nSystems, 0);
+  EXPECT_TRUE(summary.worst.empty());
+  EXPECT_TRUE(summary.histogram.IsEmpty());
+}
+
+CheckResult ResultOf(std::vector<CheckedSystem> const& cells) {
+  return {"cells", "cells", kIsSkew | kHasRowNotFinite | kIsAtBoundary, SummariseCheck(TestRanks(), cells)};
+}
+
+TEST(CheckReport, SaysWhatWouldNotBeFinite) {
+  std::ostringstream sound, broken;
+  PrintVerdict(sound, {ResultOf({Cell(1, 2.0, kIsSkew)})});
+  EXPECT_EQ(sound.str(), "all results would be finite numbers, and none would be wrong\n");
+  PrintVerdict(broken, {ResultOf({Cell(1, 2.0, kHasRowNotFinite), Cell(2, 2.0)})});
+  EXPECT_EQ(broken.str(),
+            "  weights not finite: 1 of 2 cells\n"
+            "NOT all results would be finite numbers: not in 1 of 2 cells\n");
+}
+
+TEST(CheckReport, CountsWhatIsWrongInItsLastLine) {
+  std::vector<CheckResult> const wrong = {
+      ResultOf({Cell(1, 2.0, kHasMemberAtOrigin | kHasFlatAxis), Cell(2, 2.0, kHasFlatAxis), Cell(3, 2.0)})};
+  EXPECT_FALSE(AreSound(wrong));
+  EXPECT_TRUE(AreSound({ResultOf({Cell(1, 2.0, kIsSkew)})}));
+  std::ostringstream out;
+  PrintVerdict(out, wrong);
+  EXPECT_EQ(out.str(),
+            "  members at the origin (symmetry): 1 of 3 cells\n"
+            "  stencil flat along an axis: 2 of 3 cells\n"
+            "all results would be finite numbers, but WRONG in 2 of 3 cells\n");
+}
+
+TEST(CheckReport, CountsEachSystemByItsGravestFinding) {
+  std::vector<CheckResult> const both = {
+      ResultOf({Cell(1, 2.0, kHasRowNotFinite | kIsSingular), Cell(2, 2.0, kIsSingular), Cell(3, 2.0)})};
+  EXPECT_EQ(both.front().summary.nNotFinite, 1);
+  EXPECT_EQ(both.front().summary.nWrong, 1);
+  std::ostringstream out;
+  PrintVerdict(out, both);
+  EXPECT_NE(out.str().find("numbers: not in 1 of 3 cells, and WRONG in 1 of 3 cells\n"), std::string::npos)
+      << out.str();
+}
+
+TEST(CheckReport, SaysWhatItsNumbersAre) {
+  std::ostringstream out;
+  CheckResult result = ResultOf({Cell(12, 1e3)});
+  result.placeDigits = 9;
+  result.summary.worst.front().at[0] = 6400000.5;
+  PrintCheckResult(out, result);
+  EXPECT_NE(out.str().find("worst cell  at "), std::string::npos) << out.str();
+  EXPECT_NE(out.str().find("(6400000.5, 0, 0)"), std::string::npos) << out.str();
+}
+
+TEST(CheckReport, ShowsCountsHistogramAndTheWorst) {
+  std::ostringstream out;
+  PrintCheckResult(out, ResultOf({Cell(12, 1e3, kIsSkew), Cell(13, 1e5), Cell(14, kInfinity)}));
+  std::string const text = out.str();
+  for (char const* part :
+       {"3 cells\n", "extreme skewness        1  poor\n", "weights not finite      0\n",
+        "3 to 4               1  ##", "4 to 5               0\n", "5 to 6               1  ##",
+        "singular             1  ##", "12 ", "1.00e+03", "extreme skewness\n"})
+    EXPECT_NE(text.find(part), std::string::npos) << part << "\nin\n" << text;
+  EXPECT_EQ(text.find("stencil flat"), std::string::npos);
+}
+
+TEST(CheckReport, GivesTheSameAsJson) {
+  auto const json = CheckResultAsJson(ResultOf({Cell(12, kInfinity, kIsSkew | kHasRowNotFinite)}));
+  EXPECT_EQ(json["finite"], false);
+  EXPECT_EQ(json["found"]["skew"]["count"], 1);
+  EXPECT_EQ(json["found"]["rowNotFinite"]["severity"], "not finite");
+  EXPECT_EQ(json["log10Condition"]["singular"], 1);
+  EXPECT_EQ(json["worst"][0]["condition"], "singular");
+  EXPECT_EQ(json["worst"][0]["findings"], (std::vector<std::string>{"skew", "rowNotFinite"}));
+}
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,135 @@
+#include "cli/faces/FaceErrors.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "cli/base/UsageError.h"
+#include "cli/faces/FaceGroup.h"
+#include "tests/unit/cli/BoxPartition.h"
+#include "tests/unit/cli/TestRanks.h"
+
+namespace zyngrad {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+TEST(FaceGroup, HasTheNumbersOfTheOperator) {
+  char const* const names[] = {"inner", "wall", "inlet", "outlet", "partition", "symmetry"};
+  for (int k = 0; k < 6; ++k) {
+    auto const group = FaceGroupFromName(names[k]);
+    ASSERT_TRUE(group.has_value()) << names[k];
+    EXPECT_EQ(static_cast<int>(*group), k + 1);
+    EXPECT_EQ(NameOf(*group), names[k]);
+    EXPECT_EQ(IsBoundary(*group), k != 0 && k != 4);
+  }
+  for (char const* name : {"", "Wall", "door", "inner "}) EXPECT_FALSE(FaceGroupFromName(name)) << name;
+  EXPECT_EQ(FaceGroupNames(), "inner, wall, inlet, outlet, partition or symmetry");
+}
+
+TEST(FaceGroup, KnowsAreaAndPlaceOfEachFace) {
+  auto const partition = BoxPartition("box:2,3,4");
+  FacesOfGroup const inner = FacesOf(*partition, FaceGroup::Inner);
+  EXPECT_EQ(inner.count, 1 * 12 + 2 * 8 + 3 * 6);
+  FacesOfGroup const inlet = FacesOf(*partition, FaceGroup::Inlet);
+  EXPECT_EQ(inlet.count, 12);
+  for (int f = 1; f <= inlet.count; ++f) {
+    EXPECT_NEAR(inlet.Area(f), 1.0 / 16.0, 1e-15);  // cells are cubes, the longest side is 1
+    EXPECT_EQ(inlet.Target(f)[0], 0.0);
+    EXPECT_EQ(inlet.nodes[f][0], 4);
+  }
+  EXPECT_EQ(FacesOf(*partition, FaceGroup::Outlet).count, 12);
+  EXPECT_EQ(FacesOf(*partition, FaceGroup::Wall).count, 2 * (2 * 4 + 2 * 3));
+  EXPECT_EQ(FacesOf(*partition, FaceGroup::Symmetry).count, 0);
+  EXPECT_EQ(FacesOf(*partition, FaceGroup::Partition).count, 0);
+}
+
+TEST(FaceGroup, PutsPartitionFacesAtTheirHaloCells) {
+  reference_host::FaceMesh const mesh = BoxWithGroups("box:2,1,1");
+  reference_host::HostPartition partition(SplitMesh(mesh, {0, 1}, 2).front());
+  FacesOfGroup const cut = FacesOf(partition, FaceGroup::Partition);
+  ASSERT_EQ(cut.count, 1);
+  CZYN3DFiniteVolumeMesh& lent = *partition.mesh();
+  lent.xc[cut.other[1]] = 0.75;  // as the exchange would set it
+  EXPECT_EQ(cut.Target(1)[0], 0.75);
+}
+
+/// Two cells side by side, cubes with edges of 1/2: one inner face, ten boundary faces.
+class ErrorsOnFaces : public testing::Test {
+ protected:
+  ErrorsOnFaces() : partition_(BoxPartition("box:2,1,1")), walls_(FacesOf(*partition_, FaceGroup::Wall)) {}
+
+  std::vector<double> OnWalls(double value) const {
+    return std::vector<double>(static_cast<std::size_t>(walls_.count) + 1, value);
+  }
+
+  std::unique_ptr<reference_host::HostPartition> partition_;
+  FacesOfGroup walls_;
+};
+
+TEST_F(ErrorsOnFaces, AreWeightedByArea) {
+  ASSERT_EQ(walls_.count, 8);
+  std::vector<double> value = OnWalls(2.0);
+  value[3] += 3.0;
+  value[5] -= 4.0;
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(2.0));
+  EXPECT_EQ(errors.nFaces, 8);
+  EXPECT_NEAR(errors.area, 2.0, 1e-15);
+  EXPECT_NEAR(errors.l1, 7.0 / 8.0, 1e-15);
+  EXPECT_NEAR(errors.l2, std::sqrt(25.0 / 8.0), 1e-15);
+  EXPECT_NEAR(errors.relativeL2, errors.l2 / 2.0, 1e-15);
+  EXPECT_EQ(errors.max, 4.0);
+  EXPECT_EQ(errors.maxPlace.face, 5);
+  EXPECT_EQ(errors.maxPlace.other, 0);
+  EXPECT_EQ(errors.maxPlace.at[0], walls_.Target(5)[0]);
+  EXPECT_EQ(errors.nNotFinite, 0);
+}
+
+TEST_F(ErrorsOnFaces, TakeTheLowerCellOfEqualOnes) {
+  std::vector<double> value = OnWalls(1.0);
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(0.0));
+  EXPECT_EQ(errors.maxPlace.cell, 1);
+  int first = 1;
+  while (partition_->globalCell()[static_cast<std::size_t>(walls_.cell[first])] != 1) ++first;
+  EXPECT_EQ(errors.maxPlace.face, first);
+  EXPECT_TRUE(std::isnan(errors.relativeL2));
+}
+
+TEST_F(ErrorsOnFaces, CountWhatIsNotFinite) {
+  std::vector<double> value = OnWalls(1.0);
+  value[2] = kNaN;
+  value[4] = 1.5;
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(1.0));
+  EXPECT_EQ(errors.nNotFinite, 1);
+  EXPECT_TRUE(std::isnan(errors.l1));
+  EXPECT_EQ(errors.max, 0.5);
+  EXPECT_EQ(errors.maxPlace.face, 4);
+}
+
+TEST_F(ErrorsOnFaces, AreNotNumbersWithoutFaces) {
+  FacesOfGroup const none = FacesOf(*partition_, FaceGroup::Symmetry);
+  FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, none, {0.0}, {0.0});
+  EXPECT_EQ(errors.nFaces, 0);
+  EXPECT_TRUE(std::isnan(errors.l2));
+  EXPECT_TRUE(std::isnan(errors.max));
+  EXPECT_EQ(errors.maxPlace.face, 0);
+}
+
+TEST_F(ErrorsOnFaces, CheckTheSumsOfTheWeights) {
+  std::vector<double> sums = OnWalls(1.0);
+  EXPECT_EQ(CheckFaceRows(TestRanks(), *partition_, walls_, sums).nOff, 0);
+  sums[1] = 1.0009;  // within the tolerance
+  sums[2] = 0.998;
+  sums[6] = 1.004;
+  sums[7] = kNaN;
+  FaceRowCheck const check = CheckFaceRows(TestRanks(), *partition_, walls_, sums);
+  EXPECT_EQ(check.nOff, 2);
+  EXPECT_EQ(check.worstSum, 1.004);
+  EXPECT_EQ(check.worst.face, 6);
+  EXPECT_EQ(check.nNotFinite, 1);
+  EXPECT_EQ(check.firstNotFinite.face, 7);
+}
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,168 @@
+// What `zyngrad faces` and `zyngrad points` say of their results.
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <sstream>
+
+#include "cli/base/TemporaryFolder.h"
+#include "cli/base/UsageError.h"
+#include "cli/faces/FaceReport.h"
+#include "cli/points/PointFiles.h"
+#include "cli/points/PointReport.h"
+#include "tests/unit/cli/vtk/VtkFileContent.h"
+
+namespace zyngrad {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+FaceResults SomeFaces(FaceGroup group, int method) {
+  FaceResults results;
+  results.group = group;
+  results.settings = {method, 1000.0, 20, 0.0, false};
+  results.stencils = {10, 125, 12, 13};
+  results.errors = {10, 4.0, 1e-3, 2e-3, 4e-3, 5e-3, {7, 1, 12, 13, {0.5, 0.25, 0.125}}, 0};
+  return results;
+}
+
+std::string Printed(FaceResults const& results) {
+  std::ostringstream out;
+  PrintFaceResults(out, results);
+  return out.str();
+}
+
+bool Has(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
+
+TEST(FaceReport, SaysWhereTheLargestErrorIs) {
+  std::string const text = Printed(SomeFaces(FaceGroup::Inner, 4));
+  EXPECT_TRUE(Has(text, "10 inner faces by search method 4, stencils of 12 to 13 cells, 12.5 in the mean"))
+      << text;
+  EXPECT_TRUE(Has(text, "12 and 13  (0.5, 0.25, 0.125)")) << text;
+  EXPECT_FALSE(Has(text, "warning")) << text;
+  EXPECT_FALSE(Has(text, "by design")) << text;
+}
+
+TEST(FaceReport, SaysThatMethodFourHasNoValuesOnBoundaryFaces) {
+  for (FaceGroup const group : {FaceGroup::Wall, FaceGroup::Inlet, FaceGroup::Outlet, FaceGroup::Symmetry}) {
+    FaceResults results = SomeFaces(group, 4);
+    results.rows.nOff = 10;  // as all sums are 0
+    std::string const text = Printed(results);
+    EXPECT_TRUE(Has(text, "all are 0 by design")) << text;
+    EXPECT_FALSE(Has(text, "errors against")) << text;
+    EXPECT_FALSE(Has(text, "warning")) << text;
+    EXPECT_TRUE(FaceResultsAsJson(results)["errors"].is_null());
+    EXPECT_FALSE(SomeFaces(group, 3).GivesNoValues());
+  }
+  EXPECT_FALSE(SomeFaces(FaceGroup::Partition, 4).GivesNoValues());
+}
+
+TEST(FaceReport, WarnsOfWeightsThatDoNotSumToOne) {
+  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  results.rows = {3, 1.25, {4, 0, 5, 6, {1, 2, 3}}, 1, {9, 1, 7, 8, {4, 5, 6}}};
+  std::string const text = Printed(results);
+  EXPECT_TRUE(
+      Has(text,
+          "the weights of 3 faces do not sum to 1 within 1e-03; worst: 1.25000e+00 at face 4 of rank 0 at "
+          "(1, 2, 3)"))
+      << text;
+  EXPECT_TRUE(Has(text, "the weights of 1 faces are not finite; first: face 9 of rank 1 at (4, 5, 6)"))
+      << text;
+  auto const json = FaceResultsAsJson(results);
+  EXPECT_EQ(json["rows"]["notSummingToOne"], 3);
+  EXPECT_EQ(json["rows"]["worstAt"]["face"], 4);
+  EXPECT_EQ(json["errors"]["maxAt"]["other"], 13);
+}
+
+TEST(FaceReport, CountsValuesThatAreNotFiniteAndSaysWhy) {
+  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  EXPECT_EQ(results.NotFiniteFaces(), 0);
+  results.rows.nNotFinite = 3;
+  results.errors.nNotFinite = 2;
+  results.whyNotFinite = "--span 1e-308 is too small";
+  EXPECT_EQ(results.NotFiniteFaces(), 3);
+  std::string const text = Printed(results);
+  EXPECT_TRUE(Has(
+      text,
+      "  search method 2: the values are not finite at 3 of 10 inner faces: --span 1e-308 is too small\n"))
+      << text;
+  EXPECT_EQ(FaceResultsAsJson(results)["whyNotFinite"], "--span 1e-308 is too small");
+}
+
+TEST(FaceReport, PrintsPlacesWithTheDigitsThatTheMeshNeeds) {
+  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  results.errors.maxPlace.at[0] = 6400000.5;
+  results.placeDigits = 9;
+  EXPECT_TRUE(Has(Printed(results), "(6400000.5, 0.25, 0.125)")) << Printed(results);
+}
+
+/// Three points, the second far away with two cells, the third with weights that are not finite.
+PointResults ThreePoints() {
+  PointResults results;
+  results.points = {{0, 1, 2}, {0, 0, 0}, {0, 0, 0}, "x,y,z,name", {"0,0,0,a", "1,0,0,\"b, c\"", "2,0,0,d"}};
+  results.owners = {{0.25, 0}, {0.75, 1}, {0.125, 0}};
+  results.run.values = {{1.0, 2.5, kNaN}, {1, 1, 1}, {0, 0, 0}, {0, 0, 0}, {20, 2, 20}, {1, 1, 0}};
+  results.exact = {{1, 2, 3}, {1, 1, 1}, {0, 0, 0}, {0, 0, 0}};
+  results.errors = ErrorsAt(results.run.values, results.exact);
+  results.meanDistance = 0.25;
+  results.flags = FlagPoints(results.run.values, results.owners, results.meanDistance);
+  results.settings = {3, 500.0, 20, 0.0, false};
+  results.nUsableCells = 90;
+  results.nCells = 100;
+  return results;
+}
+
+TEST(PointReport, CountsAndShowsFlaggedPoints) {
+  std::ostringstream out;
+  PrintPointResults(out, ThreePoints());
+  std::string const text = out.str();
+  EXPECT_TRUE(
+      Has(text,
+          "3 points by search method 3, stencils of 2 to 20 cells, 14.0 in the mean, from 90 usable of 100 "
+          "cells"))
+      << text;
+  EXPECT_TRUE(
+      Has(text, "far: 1 point farther than 2 mean cell distances (5.000e-01) from the nearest usable cell"))
+      << text;
+  EXPECT_TRUE(Has(text, "few: 1 point with less than 4 cells in the stencil")) << text;
+  EXPECT_TRUE(Has(text, "notfinite: 1 point with weights that are not finite")) << text;
+  EXPECT_TRUE(Has(text, "  search method 3: value or gradient is not finite at 1 of 3 points\n")) << text;
+  EXPECT_EQ(NotFinitePoints(ThreePoints()), 1);
+  auto const json = PointResultsAsJson(ThreePoints());
+  EXPECT_EQ(json["flags"]["far"]["worst"], (std::vector<int>{2}));
+  EXPECT_EQ(json["flags"]["notfinite"]["points"], 1);
+  EXPECT_EQ(json["value"]["maxPoint"], 2);
+  EXPECT_EQ(json["value"]["notFinite"], 1);
+}
+
+TEST(PointReport, SaysThatThereAreNoPoints) {
+  std::ostringstream out;
+  PrintPointResults(out, {});
+  EXPECT_TRUE(Has(out.str(), "no points, no errors to show")) << out.str();
+  EXPECT_TRUE(PointResultsAsJson({})["value"]["maxPoint"].is_null());
+}
+
+TEST(PointFiles, HoldOneRowAPointBehindWhatItCameWith) {
+  TemporaryFolder const folder;
+  WritePointCsv(folder.path() + "/points.csv", ThreePoints());
+  EXPECT_EQ(ReadAll(folder.path() + "/points.csv"),
+            "x,y,z,name,value,gradient_x,gradient_y,gradient_z,exact,exact_gradient_x,exact_gradient_y,"
+            "exact_gradient_z,error,gradient_error,distance,members,rank,flags\n"
+            "0,0,0,a,1,1,0,0,1,1,0,0,0,0,0.25,20,0,\n"
+            "1,0,0,\"b, c\",2.5,1,0,0,2,1,0,0,0.5,0,0.75,2,1,far;few\n"
+            "2,0,0,d,nan,1,0,0,3,1,0,0,nan,0,0.125,20,0,notfinite\n");
+  WritePointVtp(folder.path() + "/points.vtp", ThreePoints());
+  std::string const content = ReadAll(folder.path() + "/points.vtp");
+  EXPECT_EQ(ArrayOf<double>(content, "Points"), (std::vector<double>{0, 0, 0, 1, 0, 0, 2, 0, 0}));
+  EXPECT_EQ(ArrayOf<double>(content, "distance"), (std::vector<double>{0.25, 0.75, 0.125}));
+  EXPECT_EQ(ArrayOf<std::int32_t>(content, "flags"), (std::vector<std::int32_t>{0, 3, 4}));
+  EXPECT_EQ(ArrayOf<std::int64_t>(content, "point"), (std::vector<std::int64_t>{1, 2, 3}));
+}
+
+TEST(PointFiles, ReportAFileThatCannotBeWritten) {
+  EXPECT_THROW(WritePointCsv(TestFile("no_such_folder/points.csv"), ThreePoints()), UsageError);
+  EXPECT_THROW(WritePointVtp(TestFile("no_such_folder/points.vtp"), ThreePoints()), UsageError);
+}
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,53 @@
+#include "cli/options/MeshOptions.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/base/UsageError.h"
+
+namespace zyngrad {
+namespace {
+
+using reference_host::BoundaryGroup;
+
+std::map<std::string, BoundaryGroup> Groups(std::vector<std::string> const& texts) {
+  MeshOptions options;
+  options.groups = texts;
+  return GroupsByUser(options);
+}
+
+TEST(MeshOptions, TakeGroupsByName) {
+  auto const groups = Groups({"left=inlet", "a=b=Wall", "left=inlet"});
+  ASSERT_EQ(groups.size(), 2U);
+  EXPECT_EQ(groups.at("left"), BoundaryGroup::Inlet);
+  EXPECT_EQ(groups.at("a=b"), BoundaryGroup::Wall);
+}
+
+TEST(MeshOptions, RefuseGroupsThatAreNotOne) {
+  for (char const* text : {"left", "left=", "left=door", "=wall", ""})
+    EXPECT_THROW(Groups({text}), UsageError) << text;
+  EXPECT_THROW(Groups({"left=inlet", "left=wall"}), UsageError);
+}
+
+TEST(MeshOptions, ReadWholeNumbers) {
+  EXPECT_EQ(WholeNumber("--sweeps", "0", 0), 0);
+  EXPECT_EQ(WholeNumber("--sweeps", "2147483647", 0), 2147483647);
+  for (char const* text : {"", "x", "3.5", "3 ", " 3", "-1", "2147483648", "1e3", "0x3"}) {
+    EXPECT_THROW(WholeNumber("--sweeps", text, 0), UsageError) << text;
+  }
+  EXPECT_THROW(WholeNumber("--repeat", "0", 1), UsageError);
+}
+
+TEST(MeshOptions, GiveOneValueToEachRepeatedOption) {
+  CLI::App app;
+  std::vector<std::string> fields;
+  std::string mesh;
+  AddRepeatableOption(app, "--field", fields, "");
+  app.add_option("MESH", mesh);
+  app.parse(
+      std::vector<std::string>{"--field=-z", "-y", "--field", "mesh", "-x", "--field"});  // from the back
+  EXPECT_EQ(fields, (std::vector<std::string>{"-x", "-y", "-z"}));
+  EXPECT_EQ(mesh, "mesh");
+}
+
+}  // namespace
+}  // namespace zyngrad

@@ -1,0 +1,80 @@
+#include "cli/options/RadialBasisSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "cli/base/TemporaryFolder.h"
+#include "cli/base/UsageError.h"
+#include "rbf_cell/CZynRBFInternalObject.h"
+
+namespace zyngrad {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Content(std::string const& file) {
+  std::ostringstream text;
+  text << std::ifstream(file).rdbuf();
+  return text.str();
+}
+
+TEST(RadialBasisSettings, AreWrittenAsTheOperatorWritesItsDefaults) {
+  TemporaryFolder const folder;
+  CZynRBFInternalObject op;
+  std::strcpy(op.m_szRBFFileName, (folder.path() + "/own.rbf").c_str());
+  testing::internal::CaptureStdout();
+  op.ReadRBFbackdoorfile();
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(SettingsFileText({}), Content(folder.path() + "/own.rbf"));
+  EXPECT_EQ(SettingsFileText({}), "1001\nSpan              = 500\nShape Normalize   = 0\n");
+}
+
+TEST(RadialBasisSettings, HoldASpanInAsFewDigitsAsItTakes) {
+  EXPECT_EQ(SettingsFileText({2.5, true}), "1001\nSpan              = 2.5\nShape Normalize   = 1\n");
+  EXPECT_EQ(SettingsFileText({0.1, false}), "1001\nSpan              = 0.1\nShape Normalize   = 0\n");
+}
+
+TEST(RadialBasisSettings, AreReadByTheOperatorToTheLastBit) {
+  TemporaryFolder const folder;
+  for (double const span : {500.0, 1.0 / 3.0, 12345678.9, 1e-30}) {
+    std::string const base = WriteSettingsFile(folder.path() + "/settings.rank0.rbf", {span, true});
+    std::string name = base;
+    CZynRBFInternalObject op;
+    op.ChangeFileName(op.m_szRBFFileName, ".rbf", name.data());
+    testing::internal::CaptureStdout();
+    op.ReadRBFbackdoorfile();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "iShape_Normalize = On\n");
+    EXPECT_EQ(op.Span, span);
+    EXPECT_EQ(op.iShape_Normalize, 1);
+  }
+}
+
+TEST(RadialBasisSettings, ReplaceALinkAndLeaveWhatItPointedTo) {
+  TemporaryFolder const folder;
+  std::string const users = folder.path() + "/users.rbf", own = folder.path() + "/own.rbf";
+  std::ofstream(users) << "1002\n";
+  fs::create_symlink(users, own);
+  WriteSettingsFile(own, {});
+  EXPECT_EQ(Content(users), "1002\n");
+  EXPECT_EQ(Content(own), SettingsFileText({}));
+}
+
+TEST(RadialBasisSettings, RefuseAPlaceThatCannotBeWritten) {
+  TemporaryFolder const folder;
+  EXPECT_THROW(WriteSettingsFile(folder.path() + "/missing/own.rbf", {}), UsageError);
+  EXPECT_THROW(WriteSettingsFile(std::string(1020, 'a') + ".rbf", {}), UsageError);
+}
+
+TEST(RadialBasisSettings, TakePositiveFiniteNumbers) {
+  EXPECT_EQ(PositiveNumber("--span", "500"), 500.0);
+  EXPECT_EQ(PositiveNumber("--span", "2.5e1"), 25.0);
+  for (char const* text : {"", "0", "-1", "nan", "inf", "1e999", "5 ", " 5", "5x", "0x5", "five"})
+    EXPECT_THROW(PositiveNumber("--span", text), UsageError) << text;
+}
+
+}  // namespace
+}  // namespace zyngrad

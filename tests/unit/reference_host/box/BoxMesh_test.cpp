@@ -1,0 +1,305 @@
+#include "reference_host/box/BoxMesh.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <map>
+#include <numeric>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/mesh/MeshError.h"
+
+namespace reference_host {
+namespace {
+
+std::vector<std::string> const kSpecs = {"box:1,1,1",
+                                         "box:1,1,1:tet",
+                                         "box:1,1,1:prism",
+                                         "box:4,3,2",
+                                         "box:4,3,2:tet",
+                                         "box:2,3,4:prism",
+                                         "box:7,1,1",
+                                         "box:1,5,2:tet",
+                                         "box:3,3,3:hex:perturb=0.3,seed=5",
+                                         "box:4,3,3:tet:perturb=0.1,seed=1",
+                                         "box:3,4,3:prism:perturb=0.2",
+                                         "box:4,3,2:hex:stretch=50",
+                                         "box:3,4,2:tet:perturb=0.1,stretch=3,skew=0.1",
+                                         "box:4,2,3:dual",
+                                         "box:1,1,1:dual",
+                                         "box:3,3,3:dual:perturb=0.2,seed=2"};
+
+std::string ErrorOf(std::string const& text) {
+  try {
+    ParseBoxSpec(text);
+  } catch (MeshError const& error) {
+    return error.what();
+  }
+  return "";
+}
+
+void ExpectSamePatches(std::vector<Patch> const& a, std::vector<Patch> const& b) {
+  ASSERT_EQ(a.size(), b.size());
+  for (std::size_t p = 0; p < a.size(); ++p) {
+    EXPECT_EQ(a[p].name, b[p].name);
+    EXPECT_EQ(a[p].type, b[p].type);
+    EXPECT_EQ(a[p].group, b[p].group);
+  }
+}
+
+void ExpectSamePart(MeshPart const& a, MeshPart const& b) {
+  EXPECT_EQ(a.part, b.part);
+  EXPECT_EQ(a.nParts, b.nParts);
+  EXPECT_EQ(a.points, b.points);
+  EXPECT_EQ(a.globalNode, b.globalNode);
+  EXPECT_EQ(a.nOwned, b.nOwned);
+  EXPECT_EQ(a.globalCell, b.globalCell);
+  EXPECT_EQ(a.haloPart, b.haloPart);
+  EXPECT_EQ(a.haloNodeStart, b.haloNodeStart);
+  EXPECT_EQ(a.haloNode, b.haloNode);
+  EXPECT_EQ(a.faceStart, b.faceStart);
+  EXPECT_EQ(a.faceNode, b.faceNode);
+  EXPECT_EQ(a.owner, b.owner);
+  EXPECT_EQ(a.neighbour, b.neighbour);
+  EXPECT_EQ(a.facePatch, b.facePatch);
+  ExpectSamePatches(a.patches, b.patches);
+}
+
+int CubesOf(BoxSpec const& spec) { return spec.nx * spec.ny * spec.nz; }
+
+}  // namespace
+
+TEST(BoxMesh, ReadsCountsShapeAndPerturbation) {
+  BoxSpec const plain = ParseBoxSpec("box:4,3,2");
+  EXPECT_EQ(plain.nx, 4);
+  EXPECT_EQ(plain.ny, 3);
+  EXPECT_EQ(plain.nz, 2);
+  EXPECT_EQ(plain.shape, BoxSpec::Shape::Hex);
+  EXPECT_EQ(plain.perturb, 0.0);
+
+  BoxSpec const full = ParseBoxSpec("box:10,20,30:tet:perturb=0.25,seed=42");
+  EXPECT_EQ(full.shape, BoxSpec::Shape::Tet);
+  EXPECT_EQ(full.perturb, 0.25);
+  EXPECT_EQ(full.seed, 42u);
+
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:prism").shape, BoxSpec::Shape::Prism);
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:perturb=1e-2").perturb, 0.01);
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:dual").shape, BoxSpec::Shape::Dual);
+  EXPECT_EQ(plain.stretch, 1.0);
+  EXPECT_EQ(plain.skew, 0.0);
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").stretch, 1000.0);
+  EXPECT_EQ(ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").skew, 0.25);
+  EXPECT_TRUE(IsBoxSpec("box:nonsense"));
+  EXPECT_FALSE(IsBoxSpec("meshes/box.msh"));
+}
+
+TEST(BoxMesh, RefusesMalformedTextNamingThePiece) {
+  std::vector<std::pair<std::string, std::string>> const wrong = {
+      {"cube:1,1,1", "box:NX,NY,NZ"},
+      {"box:", "three cell counts"},
+      {"box:4,4", "\"4,4\""},
+      {"box:4,4,4,4", "\"4,4,4,4\""},
+      {"box:4,0,2", "cell counts must be 1 or more, not 0"},
+      {"box:4,-1,2", "not -1"},
+      {"box:4,x,2", "\"x\""},
+      {"box:4, 3,2", "\" 3\""},
+      {"box:4,3.5,2", "\"3.5\""},
+      {"box:4,99999999999,2", "\"99999999999\" is too large"},
+      {"box:4,3,2:pyramid", "cells are hex, tet, prism or dual, not \"pyramid\""},
+      {"box:4,3,2:hex:stretch=0.5", "stretch must be at least 1 and at most 1e+06, not 0.5"},
+      {"box:4,3,2:hex:stretch=nan", "not nan"},
+      {"box:4,3,2:hex:stretch=2e6", "not 2e+06"},
+      {"box:4,3,2:hex:stretch=far", "stretch \"far\""},
+      {"box:4,3,2:hex:skew=0.3", "skew must be at least 0 and less than 0.3, not 0.3"},
+      {"box:4,3,2:hex:skew=-0.1", "not -0.1"},
+      {"box:4,3,2:hex:perturb=", "perturb \"\""},
+      {"box:4,3,2:hex:perturb=a", "perturb \"a\""},
+      {"box:4,3,2:hex:perturb=0.5", "less than 0.5, not 0.5"},
+      {"box:4,3,2:hex:perturb=-0.1", "not -0.1"},
+      {"box:4,3,2:hex:perturb=nan", "not nan"},
+      {"box:4,3,2:hex:perturb=0.1,seed=-1", "seed \"-1\""},
+      {"box:4,3,2:hex:scale=2",
+       "unknown option \"scale=2\", there are perturb=A, seed=S, stretch=F and skew=W"},
+      {"box:4,3,2:hex:perturb=0.1:more", "\"more\""},
+      {"box:4,3,2:perturb=0.1:hex", "\"hex\""}};
+  for (auto const& [text, piece] : wrong) {
+    std::string const error = ErrorOf(text);
+    EXPECT_EQ(error.find(text), 0u) << error;
+    EXPECT_NE(error.find(piece), std::string::npos) << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos);
+  }
+}
+
+TEST(BoxMesh, RefusesBoxesThatA32BitNumberCannotCount) {
+  EXPECT_EQ(ErrorOf("box:890,890,890"), "");      // 2.117e9 faces
+  EXPECT_NE(ErrorOf("box:895,895,895"), "");      // 2.153e9 faces
+  EXPECT_NE(ErrorOf("box:600,600,600:tet"), "");  // 2.6e9 faces
+  EXPECT_NE(ErrorOf("box:2147483647,2147483647,2147483647"), "");
+  EXPECT_NE(ErrorOf("box:2147483647,1,1"), "");
+}
+
+TEST(BoxMesh, CountsCellsFacesAndNodesAsTheShapesDemand) {
+  // A cube of n^3 cubes: nodes (n+1)^3; a quadrilateral between or on cubes: 3 n^2 (n+1).
+  int const n = 3, nodes = 64, quadrilaterals = 3 * n * n * (n + 1), cubes = n * n * n;
+  std::map<std::string, std::pair<int, int>> const expected = {
+      {"hex", {cubes, quadrilaterals}},
+      {"tet", {6 * cubes, 6 * cubes + 2 * quadrilaterals}},
+      {"prism", {2 * cubes, cubes + quadrilaterals + n * n * (n + 1)}}};
+  for (auto const& [shape, counts] : expected) {
+    FaceMesh const mesh = MakeBox(ParseBoxSpec("box:3,3,3:" + shape));
+    EXPECT_EQ(mesh.points.size(), static_cast<std::size_t>(nodes));
+    EXPECT_EQ(mesh.nCells, counts.first);
+    EXPECT_EQ(mesh.nFaces(), counts.second);
+  }
+}
+
+TEST(BoxMesh, CellsAreClosedAndOfEqualPositiveVolume) {
+  for (std::string const& text : kSpecs) {
+    BoxSpec const spec = ParseBoxSpec(text);
+    FaceMesh const mesh = MakeBox(spec);
+    CellGeometry const cells = ComputeCellGeometry(mesh, mesh.nCells);
+    double const edge = 1.0 / std::max({spec.nx, spec.ny, spec.nz});
+    double const total = edge * edge * edge * CubesOf(spec);
+    EXPECT_NEAR(std::accumulate(cells.volume.begin(), cells.volume.end(), 0.0), total, 1e-14) << text;
+    for (double const volume : cells.volume) {
+      EXPECT_GT(volume, 0.0) << text;
+      if (spec.perturb == 0.0 && spec.stretch == 1.0 && spec.shape != BoxSpec::Shape::Dual) {
+        EXPECT_NEAR(volume, total / mesh.nCells, 1e-15) << text;
+      }
+    }
+
+    std::vector<Point> sum(static_cast<std::size_t>(mesh.nCells), Point{});
+    for (int f = 0; f < mesh.nFaces(); ++f) {
+      auto const begin = mesh.faceStart[static_cast<std::size_t>(f)];
+      auto const end = mesh.faceStart[static_cast<std::size_t>(f) + 1];
+      Point const area =
+          ComputeFaceGeometry(mesh.points, mesh.faceNode.data() + begin, static_cast<int>(end - begin)).area;
+      int const owner = mesh.owner[static_cast<std::size_t>(f)],
+                other = mesh.neighbour[static_cast<std::size_t>(f)];
+      for (std::size_t d = 0; d < 3; ++d) {
+        sum[static_cast<std::size_t>(owner)][d] += area[d];
+        if (other >= 0) sum[static_cast<std::size_t>(other)][d] -= area[d];
+      }
+    }
+    for (Point const& s : sum) {
+      for (double const component : s) EXPECT_NEAR(component, 0.0, 1e-15) << text;
+    }
+  }
+}
+
+TEST(BoxMesh, FacesAscendByOwnerAndJoinEachPairOfCellsOnce) {
+  for (std::string const& text : kSpecs) {
+    FaceMesh const mesh = MakeBox(ParseBoxSpec(text));
+    EXPECT_TRUE(std::is_sorted(mesh.owner.begin(), mesh.owner.end())) << text;
+    std::set<std::pair<int, int>> pairs;
+    for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
+      EXPECT_EQ(mesh.neighbour[f] < 0, mesh.facePatch[f] >= 0) << text;
+      if (mesh.neighbour[f] < 0) continue;
+      EXPECT_LT(mesh.owner[f], mesh.neighbour[f]) << text;
+      EXPECT_TRUE(pairs.insert({mesh.owner[f], mesh.neighbour[f]}).second) << text;
+    }
+  }
+}
+
+TEST(BoxMesh, BoundaryFacesLieOnThePlaneOfTheirPatch) {
+  std::map<std::string, std::pair<std::size_t, double>> const planes = {
+      {"inlet", {0, 0.0}},      {"outlet", {0, 1.0}},    {"wall_ymin", {1, 0.0}},
+      {"wall_ymax", {1, 0.75}}, {"wall_zmin", {2, 0.0}}, {"wall_zmax", {2, 0.5}}};
+  for (std::string const shape : {"hex", "tet", "prism", "dual"}) {
+    FaceMesh const mesh =
+        MakeBox(ParseBoxSpec("box:4,3,2:" + shape + ":perturb=0.2,seed=3,stretch=4,skew=0.05"));
+    std::set<std::string> seen;
+    for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
+      if (mesh.facePatch[f] < 0) continue;
+      std::string const& name = mesh.patches[static_cast<std::size_t>(mesh.facePatch[f])].name;
+      seen.insert(name);
+      auto const [direction, place] = planes.at(name);
+      for (std::size_t i = mesh.faceStart[f]; i < mesh.faceStart[f + 1]; ++i) {
+        EXPECT_EQ(mesh.points[static_cast<std::size_t>(mesh.faceNode[i])][direction], place);
+      }
+    }
+    EXPECT_EQ(seen.size(), planes.size());
+  }
+}
+
+TEST(BoxMesh, PerturbationMovesInteriorNodesAloneAndWithinItsBound) {
+  double const edge = 0.25, amount = 0.4;
+  FaceMesh const plain = MakeBox(ParseBoxSpec("box:4,4,4"));
+  FaceMesh const moved = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=9"));
+  FaceMesh const again = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=9"));
+  FaceMesh const other = MakeBox(ParseBoxSpec("box:4,4,4:perturb=0.4,seed=10"));
+  EXPECT_EQ(moved.points, again.points);
+  EXPECT_NE(moved.points, other.points);
+  double largest = 0.0;
+  for (std::size_t p = 0; p < plain.points.size(); ++p) {
+    Point const& at = plain.points[p];
+    bool const surface = std::any_of(at.begin(), at.end(), [](double x) { return x == 0.0 || x == 1.0; });
+    EXPECT_EQ(plain.points[p] == moved.points[p], surface);
+    for (std::size_t d = 0; d < 3; ++d)
+      largest = std::max(largest, std::abs(moved.points[p][d] - at[d]) / edge);
+  }
+  EXPECT_LE(largest, amount);
+  EXPECT_GT(largest, 0.8 * amount);  // 81 draws from an even distribution
+}
+
+TEST(BoxMesh, NodeCountIsThatOfTheBox) {
+  for (std::string const& text : kSpecs) {
+    BoxSpec const spec = ParseBoxSpec(text);
+    EXPECT_EQ(static_cast<std::size_t>(BoxNodeCount(spec)), MakeBox(spec).points.size()) << text;
+  }
+}
+
+TEST(BoxMesh, PartsEqualTheSplitWholeBox) {
+  for (std::string const& text : kSpecs) {
+    BoxSpec const spec = ParseBoxSpec(text);
+    FaceMesh const mesh = MakeBox(spec);
+    for (int const nParts : {1, 2, 3, 4, 5, 7, 8, 23, 24, 27}) {
+      if (nParts > CubesOf(spec)) continue;
+      SCOPED_TRACE(text + " in " + std::to_string(nParts));
+      std::vector<MeshPart> const expected = SplitMesh(mesh, BoxPartOfCell(spec, nParts), nParts);
+      for (int part = 0; part < nParts; ++part) {
+        ExpectSamePart(MakeBoxPart(spec, part, nParts), expected[static_cast<std::size_t>(part)]);
+      }
+    }
+  }
+}
+
+TEST(BoxMesh, EveryPartHasCellsUpToOnePartPerCube) {
+  for (std::string const text : {"box:2,2,2", "box:5,3,1", "box:1,1,7", "box:3,4,5"}) {
+    BoxSpec const spec = ParseBoxSpec(text);
+    for (int nParts = 1; nParts <= CubesOf(spec); ++nParts) {
+      std::vector<int> const partOfCell = BoxPartOfCell(spec, nParts);
+      std::vector<int> cells(static_cast<std::size_t>(nParts), 0);
+      for (int const part : partOfCell) ++cells.at(static_cast<std::size_t>(part));
+      EXPECT_GE(*std::min_element(cells.begin(), cells.end()), 1) << text << " in " << nParts;
+    }
+  }
+}
+
+TEST(BoxMesh, PartsAreBalancedBlocks) {
+  BoxSpec const spec = ParseBoxSpec("box:20,20,20");
+  for (int const nParts : {2, 3, 4, 5, 6, 7, 8, 12, 16}) {
+    std::vector<int> cells(static_cast<std::size_t>(nParts), 0);
+    for (int const part : BoxPartOfCell(spec, nParts)) ++cells[static_cast<std::size_t>(part)];
+    double const mean = 8000.0 / nParts;
+    EXPECT_LE(*std::max_element(cells.begin(), cells.end()), 1.25 * mean) << nParts;
+  }
+  // Eight parts of a cube are its octants.
+  EXPECT_EQ(MakeBoxPart(spec, 0, 8).nHalo(), 3 * 100);
+}
+
+TEST(BoxMesh, RefusesMorePartsThanCubes) {
+  BoxSpec const spec = ParseBoxSpec("box:2,1,1:tet");
+  EXPECT_NO_THROW(MakeBoxPart(spec, 0, 2));
+  EXPECT_THROW(MakeBoxPart(spec, 0, 3), MeshError);
+  EXPECT_THROW(BoxPartOfCell(spec, 3), MeshError);
+}
+
+}  // namespace reference_host

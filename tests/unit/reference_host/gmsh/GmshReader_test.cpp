@@ -1,0 +1,377 @@
+#include "reference_host/gmsh/GmshReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "tests/unit/reference_host/MeshTestSupport.h"
+#include "tests/unit/reference_host/gmsh/GmshTestFile.h"
+
+namespace {
+
+using reference_host::CheckMesh;
+using reference_host::FaceMesh;
+using reference_host::ReadGmsh;
+
+std::vector<std::pair<std::string, bool>> const kVariants = {
+    {"2.2", false}, {"2.2", true}, {"4.1", false}, {"4.1", true}};
+
+/// Node tags from positions in the list of points.
+std::vector<int> Tags(std::vector<int> positions) {
+  for (int& position : positions) position = GmshTestMesh::NodeTag(position);
+  return positions;
+}
+
+// A unit cube (hexahedron) with a wedge at its right side (prism), a pyramid on its top and a tetrahedron at
+// the pyramid's right side; seen from the front:
+//
+//            8 ---- 11
+//           / \    /       8 tip of the pyramid, 11 of the tetrahedron
+//          /   \  /
+//     4(7)-----5(6)
+//      |       | \         in brackets: nodes behind
+//     0(3)-----1(2)--9(10)
+//
+// The prism and the tetrahedron are given inside out. Node 12 belongs to nothing.
+GmshTestMesh MixedMesh() {
+  GmshTestMesh mesh;
+  mesh.points = {{0, 0, 0}, {1, 0, 0},     {1, 1, 0}, {0, 1, 0}, {0, 0, 1},   {1, 0, 1}, {1, 1, 1},
+                 {0, 1, 1}, {0.5, 0.5, 2}, {2, 0, 0}, {2, 1, 0}, {2, 0.5, 2}, {9, 9, 9}};
+  mesh.physicalNames =
+      "$PhysicalNames\n5\n0 77 \"a point\"\n2 1 \"inlet\"\n2 2 \"outlet (right)\"\n2 9 \"inside\"\n3 1 "
+      "\"all\"\n"
+      "$EndPhysicalNames\n";
+  mesh.elements = {
+      {3, 1, 1, Tags({0, 3, 7, 4})},    // inlet: left side of the cube
+      {3, 2, -2, Tags({9, 10, 6, 5})},  // outlet: the wedge's slope; the sign only tells a direction
+      {2, 3, 7, Tags({6, 8, 11})},      // physical surface 7 without a name: one side of the tetrahedron
+      {3, 4, 9, Tags({1, 2, 6, 5})},    // between cube and wedge
+      {3, 5, 0, Tags({0, 1, 2, 3})},    // in no physical surface
+      {5, 16, 1, Tags({0, 1, 2, 3, 4, 5, 6, 7})},  // cube
+      {6, 17, 1, Tags({1, 9, 5, 2, 10, 6})},       // wedge
+      {7, 18, 0, Tags({4, 5, 6, 7, 8})},           // pyramid, in no physical volume
+      {4, 29, 1, Tags({5, 8, 6, 11})},             // tetrahedron
+  };
+  return mesh;
+}
+
+FaceMesh ReadText(std::string const& content) {
+  TemporaryFolder const folder;
+  return ReadGmsh(folder.Write("a.msh", content));
+}
+
+FaceMesh Read(GmshTestMesh const& mesh, std::string const& version = "2.2", bool binary = false) {
+  return ReadText(WriteGmsh(mesh, version, binary));
+}
+
+/// What the reader says about a file called a.msh, with the name of the temporary folder removed.
+std::string Refusal(std::string const& content) {
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("a.msh", content);
+  std::string const what = MeshErrorOf([&] { ReadGmsh(file); });
+  EXPECT_EQ(what.rfind(folder.Path() + "/a.msh:", 0), 0U) << what;
+  return what.substr(std::min(what.size(), folder.Path().size() + 1));
+}
+
+std::string Replaced(std::string text, std::string const& from, std::string const& to) {
+  std::size_t const at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  return text.replace(at, from.size(), to);
+}
+
+TEST(GmshReader, ReadsHexahedronPrismPyramidAndTetrahedronInOneMesh) {
+  FaceMesh const mesh = Read(MixedMesh());
+
+  EXPECT_EQ(mesh.nCells, 4);
+  EXPECT_EQ(mesh.nFaces(), 6 + 5 + 5 + 4 - 3);
+  EXPECT_EQ(std::count(mesh.neighbour.begin(), mesh.neighbour.end(), -1), 14);
+  CheckMesh(mesh);
+  std::vector<double> const volume = reference_host::ComputeCellGeometry(mesh, mesh.nCells).volume;
+  EXPECT_NEAR(volume[0], 1.0, 1e-15);
+  EXPECT_NEAR(volume[1], 0.5, 1e-15);
+  EXPECT_NEAR(volume[2], 1.0 / 3, 1e-15);
+  EXPECT_NEAR(volume[3], 0.25, 1e-15);
+}
+
+TEST(GmshReader, BothVersionsInTextAndBinaryGiveTheSameMesh) {
+  FaceMesh const expected = Read(MixedMesh());
+  for (auto const& [version, binary] : kVariants) {
+    SCOPED_TRACE(version + (binary ? " binary" : " text"));
+    ExpectSameMesh(Read(MixedMesh(), version, binary), expected);
+  }
+}
+
+TEST(GmshReader, MakesPatchesOfPhysicalSurfaces) {
+  for (auto const& [version, binary] : kVariants) {
+    SCOPED_TRACE(version + (binary ? " binary" : " text"));
+    FaceMesh const mesh = Read(MixedMesh(), version, binary);
+    ASSERT_EQ(mesh.patches.size(), 5U);
+    EXPECT_EQ(mesh.patches[0].name, "inlet");
+    EXPECT_EQ(mesh.patches[1].name, "outlet (right)");
+    EXPECT_EQ(mesh.patches[2].name, "surface_7");
+    EXPECT_EQ(mesh.patches[3].name, "inside");
+    EXPECT_EQ(mesh.patches[4].name, "unnamed");
+    EXPECT_EQ(FacesInPatch(mesh, "inlet"), 1);
+    EXPECT_EQ(FacesInPatch(mesh, "outlet (right)"), 1);
+    EXPECT_EQ(FacesInPatch(mesh, "surface_7"), 1);
+    EXPECT_EQ(FacesInPatch(mesh, "inside"), 0);
+    EXPECT_EQ(FacesInPatch(mesh, "unnamed"), 11);
+  }
+}
+
+TEST(GmshReader, LeavesOutNodesOfNoCell) {
+  FaceMesh const mesh = Read(MixedMesh());
+  EXPECT_EQ(mesh.points.size(), 12U);
+  for (auto const& point : mesh.points) EXPECT_LT(point[0], 9);
+}
+
+TEST(GmshReader, TakesLinesThatEndTheWindowsWay) {
+  for (char const* const version : {"2.2", "4.1"}) {
+    std::string const unixText = WriteGmsh(MixedMesh(), version, false);
+    std::string text;
+    for (char const c : unixText) text += c == '\n' ? "\r\n" : std::string(1, c);
+    ExpectSameMesh(ReadText(text), Read(MixedMesh()));
+  }
+}
+
+TEST(GmshReader, FindsNodesWithHugeGapsBetweenTheirTags) {
+  // Tag 123 becomes 2000000003: no table by tag could be made for it.
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
+  std::string sparse;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    bool const isTag =
+        text.compare(i, 4, "113 ") == 0 && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '\n');
+    if (!isTag) sparse += text[i];
+    if (isTag) sparse += "2000000003", i += 2;
+  }
+  EXPECT_NE(sparse, text);
+  ExpectSameMesh(ReadText(sparse), Read(MixedMesh()));
+}
+
+TEST(GmshReader, PassesOverSectionsOfNoInterest) {
+  std::string const text = WriteGmsh(MixedMesh(), "4.1", false) +
+                           "$Periodic\n1\n2 1 2\n$EndPeriodic\n$NodeData\n1\n\"$Nodes\"\n$EndNodeData\n";
+  ExpectSameMesh(ReadText(text), Read(MixedMesh()));
+}
+
+TEST(GmshReader, ReadsPrismsOnTetrahedra) {
+  // A prism on the triangle 0 1 2 and a tetrahedron below it.
+  GmshTestMesh mesh;
+  mesh.points = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {0, 0, -1}};
+  mesh.elements = {{6, 1, 0, Tags({0, 1, 2, 3, 4, 5})}, {4, 2, 0, Tags({0, 1, 2, 6})}};
+  for (auto const& [version, binary] : kVariants) {
+    FaceMesh const faces = Read(mesh, version, binary);
+    CheckMesh(faces);
+    EXPECT_EQ(faces.nFaces(), 5 + 4 - 1);
+    std::vector<double> const volume = reference_host::ComputeCellGeometry(faces, 2).volume;
+    EXPECT_NEAR(volume[0], 0.5, 1e-15);
+    EXPECT_NEAR(volume[1], 1.0 / 6, 1e-15);
+  }
+}
+
+TEST(GmshReader, MergesPhysicalSurfacesOfOneName) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.physicalNames = "$PhysicalNames\n2\n2 1 \"wall\"\n2 7 \"wall\"\n$EndPhysicalNames\n";
+  EXPECT_EQ(FacesInPatch(Read(mesh), "wall"), 2);
+}
+
+TEST(GmshReader, RefusesSecondOrderElementsByNumberAndType) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.elements.push_back({11, 31, 1, Tags({0, 1, 2, 4, 5, 6, 7, 8, 9, 10})});
+  for (auto const& [version, binary] : kVariants) {
+    std::string const what = Refusal(WriteGmsh(mesh, version, binary));
+    ExpectContains(what, "element 31 is a second-order tetrahedron with 10 nodes");
+    ExpectContains(what, "first-order");
+    ExpectContains(what, binary ? "a.msh: offset " : (version == "2.2" ? "a.msh:39: " : "a.msh:79: "));
+  }
+}
+
+TEST(GmshReader, RefusesOtherElementTypesByNumber) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.elements[0].type = 36;
+  ExpectContains(Refusal(WriteGmsh(mesh, "2.2", false)), "element 1 is of type 36");
+  mesh.elements[0].type = -1;
+  ExpectContains(Refusal(WriteGmsh(mesh, "2.2", true)), "element 1 is of type -1");
+}
+
+TEST(GmshReader, RefusesPartitionedFiles) {
+  std::string const text = Replaced(WriteGmsh(MixedMesh(), "4.1", false), "$Nodes\n",
+                                    "$PartitionedEntities\n3\n0\n$EndPartitionedEntities\n$Nodes\n");
+  ExpectContains(Refusal(text), "the mesh is partitioned");
+}
+
+TEST(GmshReader, RefusesTheByteOrderOfOtherMachines) {
+  for (char const* const version : {"2.2", "4.1"}) {
+    std::string content = WriteGmsh(MixedMesh(), version, true);
+    std::size_t const one = content.find("1 8\n") + 4;
+    std::reverse(content.begin() + static_cast<long>(one), content.begin() + static_cast<long>(one) + 4);
+    EXPECT_EQ(Refusal(content), "a.msh: offset 20: the file has the byte order of another machine");
+  }
+}
+
+TEST(GmshReader, RefusesOtherVersionsAndFormats) {
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
+  EXPECT_EQ(Refusal(Replaced(text, "2.2 0 8", "4.0 0 8")),
+            "a.msh:2: Gmsh format '4.0' cannot be read; save the mesh as version 4.1 or 2.2");
+  ExpectContains(Refusal(Replaced(text, "2.2 0 8", "2.2 2 8")), "a.msh:2: 0 (text) or 1 (binary) expected");
+  ExpectContains(Refusal(Replaced(text, "2.2 0 8", "2.2 0 4")), "a.msh:2: only real numbers of 8 bytes");
+  ExpectContains(Refusal("(0 \"mesh of another program\")\n"), "a.msh:1: not a Gmsh mesh");
+  ExpectContains(Refusal(""), "a.msh:1: the file ends where $MeshFormat is expected");
+}
+
+TEST(GmshReader, RefusesFilesWithoutVolumeElements) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.elements.resize(5);
+  ExpectContains(Refusal(WriteGmsh(mesh, "4.1", true)), "no volume elements");
+}
+
+TEST(GmshReader, RefusesFilesWithoutNodesOrElements) {
+  std::string const format = "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n";
+  ExpectContains(Refusal(format), "the file ends without a section $Nodes");
+  ExpectContains(Refusal(format + "$Nodes\n0\n$EndNodes\n"), "the file ends without a section $Elements");
+}
+
+TEST(GmshReader, RefusesElementsOfNodesThatAreNotThere) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.elements[8].nodes[2] = 5;
+  ExpectContains(Refusal(WriteGmsh(mesh, "2.2", false)),
+                 "element 29 has node 5, which the file does not have");
+  mesh.elements[8].nodes[2] = -7;
+  ExpectContains(Refusal(WriteGmsh(mesh, "2.2", true)), "element 29 has node -7");
+  mesh.elements[8].nodes[2] = 2000000000;
+  ExpectContains(Refusal(WriteGmsh(mesh, "4.1", true)), "element 29 has node 2000000000");
+}
+
+TEST(GmshReader, RefusesNodesThatAreThereTwice) {
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
+  ExpectContains(Refusal(Replaced(text, "\n13 1 0 0", "\n3 1 0 0")), "node 3 is there twice");
+}
+
+TEST(GmshReader, RefusesDuplicatedElements) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.elements.push_back(mesh.elements[8]);
+  mesh.elements.back().tag = 40;
+  ExpectContains(Refusal(WriteGmsh(mesh, "2.2", false)), "element 40 ");
+}
+
+TEST(GmshReader, RefusesFacesOfThreeCells) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.elements.push_back({4, 41, 0, Tags({5, 8, 6, 12})});  // on the side between pyramid and tetrahedron
+  ExpectContains(Refusal(WriteGmsh(mesh, "2.2", false)),
+                 "element 41 shares a face with element 18 and element 29: a face has two sides");
+}
+
+TEST(GmshReader, RefusesCellsThatHaveANodeTwice) {
+  GmshTestMesh mesh = MixedMesh();
+  mesh.elements[5].nodes[7] = mesh.elements[5].nodes[4];
+  ExpectContains(Refusal(WriteGmsh(mesh, "2.2", false)), "element 16 has a node twice");
+}
+
+TEST(GmshReader, RefusesCountsThatTheFileCannotHold) {
+  std::string const text22 = WriteGmsh(MixedMesh(), "2.2", false);
+  EXPECT_EQ(Refusal(Replaced(text22, "$Nodes\n13\n", "$Nodes\n9000000000000000000\n")),
+            "a.msh:13: the file says 9000000000000000000 nodes, more than the rest of it can hold");
+  ExpectContains(Refusal(Replaced(text22, "$Nodes\n13\n", "$Nodes\n-1\n")),
+                 "a.msh:13: the file says -1 nodes");
+  ExpectContains(Refusal(Replaced(text22, "$Elements\n9\n", "$Elements\n9000000000\n")),
+                 "more than the rest");
+  ExpectContains(Refusal(Replaced(text22, "$PhysicalNames\n5\n", "$PhysicalNames\n9000000000\n")),
+                 "more than the rest");
+
+  // In a 4.1 file the first numbers of a section are 8 bytes each.
+  std::string const binary = WriteGmsh(MixedMesh(), "4.1", true);
+  for (char const* const section : {"$Entities\n", "$Nodes\n", "$Elements\n"}) {
+    for (std::size_t const number : {0, 1}) {
+      std::string damaged = binary;
+      std::size_t const at = damaged.find(section) + std::string(section).size() + 8 * number;
+      damaged[at + 5] = 1;  // adds 2^40
+      ExpectContains(Refusal(damaged), "more than the rest of it can hold");
+    }
+  }
+}
+
+TEST(GmshReader, RefusesNumbersThatAreNone) {
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
+  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 0x 0")),
+            "a.msh:15: a coordinate expected instead of '0x'");
+  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 1e999 0")),
+            "a.msh:15: a coordinate expected instead of '1e999'");
+  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n1.5 1 0 0")),
+            "a.msh:15: a node number expected instead of '1.5'");
+  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n-13 1 0 0")),
+            "a.msh:15: node number -13 is not positive");
+}
+
+TEST(GmshReader, TakesPlusSignsAndTheSmallestNumbers) {
+  std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
+  ExpectSameMesh(ReadText(Replaced(text, "\n13 1 0 0", "\n13 +1 1e-999 0")), Read(MixedMesh()));
+}
+
+TEST(GmshReader, RefusesEveryTruncatedFile) {
+  for (auto const& [version, binary] : kVariants) {
+    SCOPED_TRACE(version + (binary ? " binary" : " text"));
+    std::string const content = WriteGmsh(MixedMesh(), version, binary);
+    for (std::size_t length = 0; length + 1 < content.size(); ++length) Refusal(content.substr(0, length));
+  }
+}
+
+// No damage may do worse than a MeshError: whatever is still read must be a mesh that the check can judge.
+TEST(GmshReader, SurvivesDamagedBytes) {
+  std::mt19937 random(20);
+  int nRefused = 0;
+  for (auto const& [version, binary] : kVariants) {
+    std::string const content = WriteGmsh(MixedMesh(), version, binary);
+    TemporaryFolder const folder;
+    for (int round = 0; round < 1000; ++round) {
+      std::string damaged = content;
+      for (int i = 0; i < 3; ++i) {
+        damaged[random() % damaged.size()] =
+            static_cast<char>(binary ? random() : "0123456789-. \n$"[random() % 15]);
+      }
+      std::string const file = folder.Write("a.msh", damaged);
+      try {
+        CheckMesh(ReadGmsh(file));
+      } catch (reference_host::MeshError const&) {
+        ++nRefused;
+      }
+    }
+  }
+  EXPECT_GT(nRefused, 1000);
+}
+
+TEST(GmshReader, RefusesMissingFilesAndFolders) {
+  TemporaryFolder const folder;
+  EXPECT_EQ(MeshErrorOf([&] { ReadGmsh(folder.Path() + "/none.msh"); }),
+            folder.Path() + "/none.msh: no such file");
+  ExpectContains(MeshErrorOf([&] { ReadGmsh(folder.Path()); }), ": a folder, not a regular file");
+}
+
+TEST(GmshReader, GivesTheCheckTheNumbersOfTheFile) {
+  TemporaryFolder const folder;
+  auto const refusal = [&](GmshTestMesh const& mesh, std::string const& version) {
+    FaceMesh const read = ReadGmsh(folder.Write("a.msh", WriteGmsh(mesh, version, true)));
+    return MeshErrorOf([&] { CheckMesh(read, "a.msh"); });
+  };
+  for (char const* const version : {"2.2", "4.1"}) {
+    GmshTestMesh mesh;
+    // The node with the tag 3 belongs to nothing; those of the tetrahedron are 13, 23, 33 and 43.
+    mesh.points = {{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    mesh.elements = {{4, 77, 0, Tags({1, 2, 3, 4})}};
+    mesh.points[4][1] = std::nan("");
+    EXPECT_EQ(refusal(mesh, version), "a.msh: node 43 has a coordinate that is not finite");
+    mesh.points[4] = {0.3, 0.3, 0};
+    EXPECT_EQ(refusal(mesh, version), "a.msh: element 77 has no volume");
+    mesh.points[4] = {2, 0, 0};
+    EXPECT_EQ(refusal(mesh, version), "a.msh: the face of nodes 13, 23 and 43 of element 77 has no area");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,193 @@
+#include "reference_host/mesh/MeshCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "reference_host/mesh/FaceMeshBuilder.h"
+#include "tests/unit/reference_host/MeshTestSupport.h"
+
+namespace {
+
+using reference_host::CellShape;
+using reference_host::CheckMesh;
+using reference_host::FaceMesh;
+using reference_host::FaceMeshBuilder;
+using reference_host::Point;
+
+// Two unit cubes side by side in x: cells 1 and 2, node i + 3 j + 6 k at (i, j, k), counted from 0. Face 4
+// lies between the cells.
+FaceMesh TwoCubes() {
+  std::vector<Point> points;
+  for (int k = 0; k < 2; ++k) {
+    for (int j = 0; j < 2; ++j) {
+      for (int i = 0; i < 3; ++i) points.push_back({double(i), double(j), double(k)});
+    }
+  }
+  FaceMeshBuilder builder("mesh", points, {});
+  for (std::array<int, 8> const& cell :
+       {std::array<int, 8>{0, 1, 4, 3, 6, 7, 10, 9}, std::array<int, 8>{1, 2, 5, 4, 7, 8, 11, 10}}) {
+    builder.AddCell(CellShape::Hexahedron, cell.data());
+  }
+  return builder.Build();
+}
+
+constexpr int kInner = 3;  // the face between the cells, counted from 0
+
+std::string Refusal(FaceMesh const& mesh) {
+  return MeshErrorOf([&] { CheckMesh(mesh); });
+}
+
+void RemoveFace(FaceMesh& mesh, int f) {
+  std::size_t const begin = mesh.faceStart[f];
+  std::size_t const n = mesh.faceStart[f + 1] - begin;
+  mesh.faceNode.erase(mesh.faceNode.begin() + long(begin), mesh.faceNode.begin() + long(begin + n));
+  mesh.faceStart.erase(mesh.faceStart.begin() + f + 1);
+  for (std::size_t i = f + 1; i < mesh.faceStart.size(); ++i) mesh.faceStart[i] -= n;
+  mesh.owner.erase(mesh.owner.begin() + f);
+  mesh.neighbour.erase(mesh.neighbour.begin() + f);
+  mesh.facePatch.erase(mesh.facePatch.begin() + f);
+}
+
+TEST(MeshCheck, PassesAGoodMesh) {
+  FaceMesh const mesh = TwoCubes();
+  ASSERT_EQ(mesh.neighbour[kInner], 1);
+  CheckMesh(mesh);
+}
+
+TEST(MeshCheck, PassesWarpedAndFlatCells) {
+  FaceMesh warped = TwoCubes();
+  warped.points[10][0] += 0.3;
+  warped.points[7][1] -= 0.2;
+  CheckMesh(warped);
+
+  FaceMesh flat = TwoCubes();
+  for (Point& point : flat.points) point[2] *= 1e-7;
+  CheckMesh(flat);
+
+  FaceMesh farAway = TwoCubes();
+  for (Point& point : farAway.points) point = {point[0] + 1e6, point[1] - 1e6, point[2] + 1e6};
+  CheckMesh(farAway);
+}
+
+TEST(MeshCheck, BeginsWithTheNameOfTheMesh) {
+  EXPECT_EQ(MeshErrorOf([] { CheckMesh(FaceMesh(), "a.msh"); }), "a.msh: the mesh has no cells");
+}
+
+TEST(MeshCheck, RefusesCoordinatesThatAreNotFinite) {
+  for (double const value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
+    FaceMesh mesh = TwoCubes();
+    mesh.points[4][2] = value;
+    EXPECT_EQ(Refusal(mesh), "node 5 has a coordinate that is not finite");
+  }
+}
+
+TEST(MeshCheck, RefusesCoordinatesWhoseProductsOverflow) {
+  FaceMesh mesh = TwoCubes();
+  mesh.points[0] = {1e308, -1e308, 1e308};
+  ExpectContains(Refusal(mesh), "face 1 has no area");
+}
+
+TEST(MeshCheck, RefusesFacesWithFewerThanThreeNodes) {
+  FaceMesh mesh = TwoCubes();
+  mesh.faceStart[3] = mesh.faceStart[2] + 2;
+  EXPECT_EQ(Refusal(mesh), "face 3 has fewer than 3 nodes");
+  mesh.faceStart[3] = mesh.faceStart[2] - 2;
+  EXPECT_EQ(Refusal(mesh), "face 3 has fewer than 3 nodes");
+}
+
+TEST(MeshCheck, RefusesFacesThatHaveANodeTwice) {
+  FaceMesh mesh = TwoCubes();
+  mesh.faceNode[6] = mesh.faceNode[4];
+  EXPECT_EQ(Refusal(mesh), "face 2 has node " + std::to_string(mesh.faceNode[4] + 1) + " twice");
+}
+
+TEST(MeshCheck, RefusesNodesOutOfRange) {
+  FaceMesh mesh = TwoCubes();
+  mesh.faceNode[9] = 12;
+  EXPECT_EQ(Refusal(mesh), "face 3 has node 13, but there are 12");
+  mesh.faceNode[9] = -1;
+  EXPECT_EQ(Refusal(mesh), "face 3 has node 0, but there are 12");
+  mesh = TwoCubes();
+  mesh.faceStart.back() += 1;
+  EXPECT_EQ(Refusal(mesh), "face 11 goes beyond the end of the node table");
+}
+
+TEST(MeshCheck, RefusesCellsOutOfRange) {
+  FaceMesh mesh = TwoCubes();
+  mesh.neighbour[kInner] = 2;
+  EXPECT_EQ(Refusal(mesh), "face 4 has cell 3, but there are 2");
+  mesh.neighbour[kInner] = -2;
+  EXPECT_EQ(Refusal(mesh), "face 4 has cell -1, but there are 2");
+  mesh = TwoCubes();
+  mesh.owner[1] = -1;
+  EXPECT_EQ(Refusal(mesh), "face 2 has cell 0, but there are 2");
+}
+
+TEST(MeshCheck, RefusesFacesThatJoinACellToItself) {
+  FaceMesh mesh = TwoCubes();
+  mesh.neighbour[kInner] = 0;
+  EXPECT_EQ(Refusal(mesh), "face 4 joins cell 1 to itself");
+}
+
+TEST(MeshCheck, RefusesBoundaryFacesWithoutAPatch) {
+  for (int const patch : {-1, 1}) {
+    FaceMesh mesh = TwoCubes();
+    mesh.facePatch[5] = patch;
+    EXPECT_EQ(Refusal(mesh), "face 6 is at the boundary, but in no patch");
+  }
+}
+
+TEST(MeshCheck, RefusesTablesOfDifferentLength) {
+  FaceMesh mesh = TwoCubes();
+  mesh.neighbour.pop_back();
+  EXPECT_EQ(Refusal(mesh), "the face tables differ in length");
+}
+
+TEST(MeshCheck, RefusesCellsWithFewerThanFourFaces) {
+  FaceMesh mesh = TwoCubes();
+  mesh.nCells = 3;
+  EXPECT_EQ(Refusal(mesh), "cell 3 has 0 faces; a cell needs 4 or more");
+  mesh = TwoCubes();
+  for (int i = 0; i < 3; ++i) RemoveFace(mesh, mesh.nFaces() - 1);
+  EXPECT_EQ(Refusal(mesh), "cell 2 has 3 faces; a cell needs 4 or more");
+}
+
+TEST(MeshCheck, RefusesFacesWithoutArea) {
+  FaceMesh mesh = TwoCubes();
+  for (int const node : {2, 5, 8, 11}) mesh.points[node] = mesh.points[2];
+  ExpectContains(Refusal(mesh), "has no area");
+}
+
+TEST(MeshCheck, RefusesCellsThatAreNotClosed) {
+  FaceMesh mesh = TwoCubes();
+  RemoveFace(mesh, mesh.nFaces() - 1);
+  ExpectContains(Refusal(mesh), "cell 2 is not closed");
+  mesh = TwoCubes();
+  std::swap(mesh.faceNode[0], mesh.faceNode[2]);  // the first face of cell 1 turns inwards
+  ExpectContains(Refusal(mesh), "cell 1 is not closed");
+}
+
+TEST(MeshCheck, RefusesNegativeVolumes) {
+  FaceMesh mesh = TwoCubes();
+  for (Point& point : mesh.points) point[0] = -point[0];
+  EXPECT_EQ(Refusal(mesh), "cell 1 has a negative volume (its faces point inwards)");
+  mesh = TwoCubes();
+  for (int const node : {2, 5, 8, 11}) mesh.points[node][0] = 0.5;
+  EXPECT_EQ(Refusal(mesh), "cell 2 has a negative volume (its faces point inwards)");
+}
+
+TEST(MeshCheck, RefusesZeroVolumes) {
+  // Four nodes of one plane, on which no triangle is degenerate; rounding would leave a volume of 1e-17 or
+  // so.
+  FaceMeshBuilder builder("mesh", {{0, 0, 0}, {0.1, 0.7, 0.2}, {0.9, 0.3, 0.3}, {1.0, 1.0, 0.5}}, {});
+  std::array<int, 4> const nodes = {0, 1, 2, 3};
+  builder.AddCell(CellShape::Tetrahedron, nodes.data());
+  EXPECT_EQ(Refusal(builder.Build()), "cell 1 has no volume");
+}
+
+}  // namespace

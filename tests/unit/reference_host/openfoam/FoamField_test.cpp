@@ -1,0 +1,226 @@
+#include "reference_host/openfoam/FoamField.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "reference_host/openfoam/FoamFieldLookup.h"
+#include "tests/unit/reference_host/MeshTestSupport.h"
+#include "tests/unit/reference_host/openfoam/FoamTestCase.h"
+
+namespace {
+
+using reference_host::FoamField;
+using reference_host::FoamFieldLookup;
+using reference_host::PatchFaces;
+using reference_host::PolyMeshBoundary;
+using reference_host::ReadFoamField;
+
+using Numbers = std::vector<double>;
+
+// Three cells. Faces 0 and 1 lie inside, 2 to 4 belong to inlet, 5 and 6 to wall_low, 7 to wall_high; "none" has none.
+// Cell 0 has two faces in the inlet.
+PolyMeshBoundary ThreeCells() {
+  PolyMeshBoundary boundary;
+  boundary.owner = {0, 1, 0, 2, 0, 1, 2, 1};
+  boundary.patches = {
+      {"inlet", "patch", {}}, {"wall_low", "wall", {}}, {"wall_high", "wall", {}}, {"none", "patch", {}}};
+  boundary.facesOfPatch = {PatchFaces{2, 3}, PatchFaces{5, 2}, PatchFaces{7, 1}, PatchFaces{8, 0}};
+  return boundary;
+}
+
+std::string Text(std::string const& internal, std::string const& patches) {
+  return foam_test::Header("volScalarField") + "dimensions [0 2 -2 0 0 0 0];\ninternalField " + internal +
+         ";\nboundaryField\n{\n" + patches + "}\n// the end\n";
+}
+
+FoamField Read(std::string const& text) {
+  TemporaryFolder const folder;
+  return ReadFoamField(folder.Write("0/p", text), 3, ThreeCells());
+}
+
+std::string Refusal(std::string const& text) {
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("0/p", text);
+  std::string const what = MeshErrorOf([&] { ReadFoamField(file, 3, ThreeCells()); });
+  EXPECT_EQ(what.rfind(file, 0), 0U) << what;
+  return what.substr(std::min(what.size(), file.size()));
+}
+
+std::string const kAllPatches = "\".*\" { type zeroGradient; }\n";
+
+TEST(FoamField, ReadsUniformAndNonuniformValuesOfCells) {
+  EXPECT_EQ(Read(Text("uniform -2.5e3", kAllPatches)).cell, (Numbers{-2500, -2500, -2500}));
+  EXPECT_EQ(Read(Text("nonuniform List<scalar> \n3\n(\n1\n2.5\n-3e-2\n)\n", kAllPatches)).cell,
+            (Numbers{1, 2.5, -0.03}));
+  EXPECT_EQ(Read(Text("nonuniform List<scalar> 3{7}", kAllPatches)).cell, (Numbers{7, 7, 7}));
+  EXPECT_EQ(Read(Text("nonuniform 3(1 2 3)", kAllPatches)).cell, (Numbers{1, 2, 3}));
+}
+
+TEST(FoamField, TakesTheValueEntriesOfPatches) {
+  FoamField const field = Read(Text("uniform 0",
+                                    "inlet { type fixedValue; value nonuniform List<scalar> 3(1 2 3); }\n"
+                                    "wall_low { type calculated; refs (a { b 1; }); value uniform 4; }\n"
+                                    "wall_high { type inletOutlet; inletValue uniform 9; value uniform 5; }\n"
+                                    "none { type calculated; value nonuniform List<scalar> 0(); }\n"));
+  EXPECT_EQ(field.patch[0], (Numbers{1, 2, 3}));
+  EXPECT_EQ(field.patch[1], (Numbers{4, 4}));
+  EXPECT_EQ(field.patch[2], (Numbers{5}));
+  EXPECT_EQ(field.lacksValues, (std::vector<char>{0, 0, 0, 0}));
+}
+
+TEST(FoamField, LeavesFacesToTheirCellsWithAWordWhereValuesAreMissing) {
+  FoamField const field = Read(Text("uniform 0",
+                                    "inlet { type zeroGradient; value uniform 8; }\n"
+                                    "wall_low { type fixedFluxPressure; gradient uniform 0; }\n"));
+  for (auto const& patch : field.patch) EXPECT_EQ(patch, std::nullopt);
+  // wall_high has no entry at all, "none" no faces.
+  EXPECT_EQ(field.lacksValues, (std::vector<char>{0, 1, 1, 0}));
+}
+
+TEST(FoamField, FindsPatchesByNameBeforePatternsAndByTheLastPattern) {
+  FoamField const field = Read(Text("uniform 0",
+                                    "\"wall_.*\" { type fixedValue; value uniform 1; }\n"
+                                    "\"(inlet|wall_low)\" { type fixedValue; value uniform 2; }\n"
+                                    "wall_high { type fixedValue; value uniform 3; }\n"
+                                    "\"wall_h.*\" { type fixedValue; value uniform 4; }\n"));
+  EXPECT_EQ(field.patch[0], (Numbers{2, 2, 2}));
+  EXPECT_EQ(field.patch[1], (Numbers{2, 2}));
+  EXPECT_EQ(field.patch[2], (Numbers{3}));
+}
+
+TEST(FoamField, KnowsTheMacroOfTheInternalField) {
+  std::string const patches = "\".*\" { type fixedValue; value $internalField; }\n";
+  EXPECT_EQ(Read(Text("uniform 6", patches)).patch[1], (Numbers{6, 6}));
+  EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 3(1 2 3)", patches)),
+            ":12: $internalField stands for values only of a uniform field");
+}
+
+TEST(FoamField, RefusesWhatItCannotRead) {
+  EXPECT_EQ(Refusal(foam_test::Header("volVectorField") + "internalField uniform (0 0 0);"),
+            ":6: a field of class 'volVectorField'; only volScalarField can be read");
+  EXPECT_EQ(Refusal(foam_test::Header("volScalarField")), ": there is no internalField");
+  EXPECT_EQ(Refusal(foam_test::Header("volScalarField") + "internalField uniform 1;\n"),
+            ": there is no boundaryField");
+  EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 2(1 2)", kAllPatches)), ": 2 values for 3 cells");
+  EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 4(1 2 3 4)", kAllPatches)),
+            ":9: the length of a list of values 4 is not in 0 to 3");
+  EXPECT_EQ(Refusal(Text("nonuniform List<vector> 0()", kAllPatches)),
+            ":9: List<scalar> expected instead of 'List<vector>'");
+  EXPECT_EQ(Refusal(Text("constant 3", kAllPatches)),
+            ":9: uniform or nonuniform expected instead of 'constant'");
+  EXPECT_EQ(Refusal(Text("uniform 1", "inlet { type fixedValue; value nonuniform List<scalar> 2(1 2); }\n")),
+            ": 2 values for 3 faces of patch 'inlet'");
+  EXPECT_EQ(Refusal(Text("uniform 1", "inlet { type fixedValue; value $wall; }\n")),
+            ":12: uniform or nonuniform expected instead of '$wall'");
+  EXPECT_EQ(Refusal(Text("uniform 1", "#include \"more\"\n")), ":12: directives and macros cannot be read");
+  EXPECT_EQ(Refusal(Text("uniform 1", "\"in(let\" { type zeroGradient; }\n")),
+            ":12: the pattern 'in(let' has a '(' that is not closed");
+  EXPECT_EQ(Refusal(Text("uniform 1", "\"\" { type zeroGradient; }\n")), ":12: the pattern '' is empty");
+}
+
+TEST(FoamField, RefusesPatternsThatWouldExhaustTheStackOrTheMemory) {
+  std::string const deep = std::string(30000, '(') + "inlet" + std::string(30000, ')');
+  EXPECT_EQ(
+      Refusal(Text("uniform 1", "\"" + deep + "\" { type zeroGradient; }\n")),
+      ":12: the pattern '((((((((((((((((((((((((((((((((((((((((...' has 60005 characters, more than 1000");
+  EXPECT_EQ(
+      Refusal(Text("uniform 1", "\"((a{1,255}){1,255}){1,255}\" { type zeroGradient; }\n")),
+      ":12: the pattern '((a{1,255}){1,255}){1,255}' has a counted repeat '{'; only ?, + and * can be read");
+}
+
+PolyMeshBoundary ManyPatches(int n) {
+  PolyMeshBoundary boundary;
+  for (int p = 0; p < n; ++p) {
+    boundary.owner.push_back(0);
+    boundary.patches.push_back({"blade_" + std::to_string(p) + "_side", "wall", {}});
+    boundary.facesOfPatch.push_back({p, 1});
+  }
+  return boundary;
+}
+
+TEST(FoamField, FindsAThousandPatchesAmongAThousandPatterns) {
+  int const n = 1000;
+  std::string entries;
+  for (int p = 0; p < n; ++p) {
+    entries += "\"blade_" + std::to_string(p) + "_.*\" { type fixedValue; value uniform " +
+               std::to_string(p) + "; }\n";
+  }
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("p", Text("uniform 0", entries));
+  FoamField const field = ReadFoamField(file, 1, ManyPatches(n));
+  for (int p = 0; p < n; ++p) EXPECT_EQ(field.patch[p], (Numbers{double(p)}));
+}
+
+TEST(FoamField, RefusesPatternsWhoseMatchingWouldTakeTheProductOfAll) {
+  int const n = 2000;
+  std::string entries;
+  for (int p = 0; p < n; ++p) entries += "\".*(" + std::to_string(p) + "x)+.*\" { type zeroGradient; }\n";
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("p", Text("uniform 0", entries));
+  EXPECT_EQ(
+      MeshErrorOf([&] { ReadFoamField(file, 1, ManyPatches(n)); }),
+      file + ": the 2000 patterns are too many, or too long, for 2000 patches; give patches by their names");
+}
+
+TEST(FoamField, DoesNotWriteOutRepeatedValuesThatNoPatchNeeds) {
+  // Each entry of thirty bytes announces as many values as the mesh has faces.
+  PolyMeshBoundary boundary = ManyPatches(1);
+  boundary.owner.assign(1000000, 0);
+  std::string entries;
+  for (int p = 0; p < 1000; ++p) {
+    entries += "p" + std::to_string(p) + " { type fixedValue; value nonuniform List<scalar> 1000000{1}; }\n";
+  }
+  TemporaryFolder const folder;
+  std::string const file = folder.Write("p", Text("uniform 0", entries + kAllPatches));
+  EXPECT_EQ(ReadFoamField(file, 1, boundary).patch[0], std::nullopt);
+}
+
+TEST(FoamField, RefusesEveryTruncatedFile) {
+  std::string const text =
+      Text("nonuniform List<scalar> 3(1 2 3)", "inlet { type fixedValue; value uniform 1; }\n");
+  std::size_t const end = text.find("}\n// the end");
+  for (std::size_t length = 0; length < end; ++length) {
+    TemporaryFolder const folder;
+    std::string const file = folder.Write("p", text.substr(0, length));
+    EXPECT_THROW(ReadFoamField(file, 3, ThreeCells()), reference_host::MeshError) << length;
+  }
+}
+
+// Whatever single byte is changed: the field is read or refused, nothing else.
+TEST(FoamField, SurvivesDamagedBytes) {
+  std::string const whole =
+      Text("nonuniform List<scalar> 3(1 2 3)",
+           "inlet { type fixedValue; value nonuniform List<scalar> 3{1}; }\n\"w.*\" { type slip; }\n");
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (char const c : {'(', '}', ';', '"', '9', '-', '$', '\0'}) {
+      std::string text = whole;
+      text[at] = c;
+      TemporaryFolder const folder;
+      std::string const file = folder.Write("p", text);
+      try {
+        EXPECT_EQ(ReadFoamField(file, 3, ThreeCells()).cell.size(), 3U);
+      } catch (reference_host::MeshError const& error) {
+        EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos);
+      }
+    }
+  }
+}
+
+TEST(FoamFieldLookup, FindsFacesByTheirCellPatchAndPlaceAmongItsFaces) {
+  PolyMeshBoundary const boundary = ThreeCells();
+  FoamField const field = Read(Text("nonuniform List<scalar> 3(10 20 30)",
+                                    "inlet { type fixedValue; value nonuniform List<scalar> 3(1 2 3); }\n"
+                                    "wall_low { type zeroGradient; }\n"
+                                    "wall_high { type fixedValue; value uniform 5; }\n"));
+  FoamFieldLookup const lookup(field, boundary);
+  EXPECT_EQ(lookup.AtCell(1), 20);
+  EXPECT_EQ(lookup.At({0, 0, 0}), 1);
+  EXPECT_EQ(lookup.At({0, 0, 1}), 3);
+  EXPECT_EQ(lookup.At({2, 0, 0}), 2);
+  EXPECT_EQ(lookup.At({1, 1, 0}), 20);
+  EXPECT_EQ(lookup.At({1, 2, 0}), 5);
+}
+
+}  // namespace
