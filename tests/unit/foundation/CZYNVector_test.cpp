@@ -48,7 +48,7 @@ T Element(int i) {
 // ---------------------------------------------------------------------------------------------- construction
 
 TYPED_TEST(Vector, IsEmptyAfterDefaultConstruction) {
-  typename const TypeParam::Vector vector;
+  typename TypeParam::Vector const vector;
   ExpectShape(vector, 0);
   EXPECT_TRUE(vector.Empty());
   EXPECT_EQ(0, vector.GetSize());
@@ -56,7 +56,7 @@ TYPED_TEST(Vector, IsEmptyAfterDefaultConstruction) {
 }
 
 TYPED_TEST(Vector, ConstructionWithASizeZeroFillsTheWholeBlock) {
-  typename const TypeParam::Vector vector(5);
+  typename TypeParam::Vector const vector(5);
   ExpectShape(vector, 5);
   EXPECT_FALSE(vector.Empty());
   EXPECT_EQ(5, vector.GetSize());
@@ -64,18 +64,18 @@ TYPED_TEST(Vector, ConstructionWithASizeZeroFillsTheWholeBlock) {
 }
 
 TYPED_TEST(Vector, ConstructionWithSizeZeroIsAnEmptyVector) {
-  typename const TypeParam::Vector vector(0);
+  typename TypeParam::Vector const vector(0);
   ExpectShape(vector, 0);
 }
 
 TYPED_TEST(Vector, ConstructionWithANegativeSizeIsAnEmptyVector) {
-  typename const TypeParam::Vector vector(-3);
+  typename TypeParam::Vector const vector(-3);
   ExpectShape(vector, 0);
 }
 
 TYPED_TEST(Vector, ConstructionWithAValueFillsTheWholeBlock) {
   using T = typename TypeParam::Value;
-  typename const TypeParam::Vector vector(4, Element<T>(7));
+  typename TypeParam::Vector const vector(4, Element<T>(7));
   ExpectShape(vector, 4);
   for (int i = 0; i < 4 + TypeParam::kBase; ++i) EXPECT_EQ(Element<T>(7), vector.Get_Ptr()[i]);
 }
@@ -83,7 +83,7 @@ TYPED_TEST(Vector, ConstructionWithAValueFillsTheWholeBlock) {
 TYPED_TEST(Vector, ConstructionWithASourceCopiesItFromElementZeroOn) {
   using T = typename TypeParam::Value;
   T const source[] = {Element<T>(9), Element<T>(8), Element<T>(7), Element<T>(6)};
-  typename const TypeParam::Vector vector(4 - TypeParam::kBase, source);
+  typename TypeParam::Vector const vector(4 - TypeParam::kBase, source);
   ExpectShape(vector, 4 - TypeParam::kBase);
   for (int i = 0; i < 4; ++i) EXPECT_EQ(source[i], vector.Get_Ptr()[i]);
 }
@@ -91,8 +91,8 @@ TYPED_TEST(Vector, ConstructionWithASourceCopiesItFromElementZeroOn) {
 TYPED_TEST(Vector, FailedConstructionWithContentStaysEmpty) {
   using T = typename TypeParam::Value;
   T const source[] = {Element<T>(1)};
-  typename const TypeParam::Vector filled(0, Element<T>(1));
-  typename const TypeParam::Vector copied(-1, source);
+  typename TypeParam::Vector const filled(0, Element<T>(1));
+  typename TypeParam::Vector const copied(-1, source);
   ExpectShape(filled, 0);
   ExpectShape(copied, 0);
 }
@@ -100,7 +100,7 @@ TYPED_TEST(Vector, FailedConstructionWithContentStaysEmpty) {
 TYPED_TEST(Vector, CopyConstructionIsDeep) {
   using T = typename TypeParam::Value;
   typename TypeParam::Vector source(3, Element<T>(1));
-  typename const TypeParam::Vector copy(source);
+  typename TypeParam::Vector const copy(source);
   ExpectShape(copy, 3);
   EXPECT_NE(source.Get_Ptr(), copy.Get_Ptr());
   source.Assign(Element<T>(2));
@@ -108,8 +108,8 @@ TYPED_TEST(Vector, CopyConstructionIsDeep) {
 }
 
 TYPED_TEST(Vector, CopyOfAnEmptyVectorIsEmpty) {
-  typename const TypeParam::Vector source;
-  typename const TypeParam::Vector copy(source);
+  typename TypeParam::Vector const source;
+  typename TypeParam::Vector const copy(source);
   ExpectShape(copy, 0);
 }
 
@@ -193,7 +193,7 @@ TYPED_TEST(Vector, ValidIndicesRunFromTheBaseOn) {
 }
 
 TYPED_TEST(Vector, EveryIndexIsOutOfRangeInAnEmptyVector) {
-  typename const TypeParam::Vector vector;
+  typename TypeParam::Vector const vector;
   for (int const i : {-1, 0, 1}) EXPECT_TRUE(vector.Out_Of_Range(i));
 }
 
@@ -249,7 +249,7 @@ TYPED_TEST(Vector, ConstSubscriptWithinTheRangePrintsNothing) {
 
 TYPED_TEST(Vector, ConstSubscriptOutOfRangePrintsAndGivesTheFirstElement) {
   constexpr int kBase = TypeParam::kBase;
-  typename const TypeParam::Vector vector(5);
+  typename TypeParam::Vector const vector(5);
   for (int const i : {kBase - 1, 5 + kBase, 100, -100}) {
     ::testing::internal::CaptureStdout();
     auto const* const element = &vector[i];
@@ -281,7 +281,7 @@ TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
 }
 
 TYPED_TEST(Vector, ConstSubscriptOfAnEmptyVectorPrintsAndGivesAZero) {
-  typename const TypeParam::Vector vector;
+  typename TypeParam::Vector const vector;
   ::testing::internal::CaptureStdout();
   typename const TypeParam::Value value = vector[3];
   EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 0~0, Out_Of_Range(3)\n\n",
@@ -376,14 +376,14 @@ TYPED_TEST(Vector, AssignmentIsADeepCopyOfAnySize) {
 }
 
 TYPED_TEST(Vector, AssignmentToAnEmptyVectorFillsIt) {
-  typename const TypeParam::Vector source(3);
+  typename TypeParam::Vector const source(3);
   typename TypeParam::Vector target;
   target = source;
   ExpectShape(target, 3);
 }
 
 TYPED_TEST(Vector, AssignmentFromAnEmptyVectorEmptiesAndLeavesItUsable) {
-  typename const TypeParam::Vector empty;
+  typename TypeParam::Vector const empty;
   typename TypeParam::Vector target(4);
   target = empty;
   ExpectShape(target, 0);
