@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Measures the tables of docs/faces.md and docs/points.md: runs zyngrad faces and points, puts the tables between the
-# pages' markers. Some five minutes.
+# Measures the tables of docs/methods/faces.md and points.md: runs zyngrad faces and zyngrad points and writes the
+# tables between the markers of the pages. Takes about five minutes.
 #   docs/make_interpolation.sh ZYNGRAD_BINARY
 set -euo pipefail
 
@@ -302,7 +302,7 @@ awk 'BEGIN {
 } >blocks/points-ranks
 
 for page in faces points; do
-  awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/$page.md" | cat -s >page.md
-  cp page.md "$docs/$page.md"
+  awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/methods/$page.md" | cat -s >page.md
+  cp page.md "$docs/methods/$page.md"
 done
-echo "docs/faces.md and docs/points.md"
+echo "docs/methods/faces.md and docs/methods/points.md"

@@ -6,9 +6,9 @@ cd "$1"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 (cat docs/Doxyfile; echo "OUTPUT_DIRECTORY = $work") | doxygen - >"$work/log.txt" 2>&1 || { cat "$work/log.txt"; exit 1; }
-for page in docs/*.md; do
-  name=$(basename "$page" .md)
-  if [[ ! -s $work/html/md_docs_${name//-/_}.html ]]; then
+for page in docs/*.md docs/*/*.md; do
+  name=${page%.md}
+  if [[ ! -s $work/html/md_${name//[-\/]/_}.html ]]; then
     echo "no page was made of $page"
     exit 1
   fi

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# docs/output.md names every key of the JSON files and every array of the files for viewers that zyngrad writes.
+# docs/use/output.md names every key of the JSON files and every array of the files for viewers that zyngrad writes.
 #   output_page_test.sh REPOSITORY ZYNGRAD
 set -euo pipefail
-page=$1/docs/output.md zyngrad=$2
+page=$1/docs/use/output.md zyngrad=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -32,4 +32,4 @@ for expected in l2Relative maxAt exact_gradient gradient_METHOD weight_sum gradi
   grep -qx "$expected" written.txt || { echo "no run has written $expected"; exit 1; }
 done
 missing=$(comm -23 written.txt told.txt)
-[[ -z $missing ]] || { echo "docs/output.md does not name:"; echo "$missing"; exit 1; }
+[[ -z $missing ]] || { echo "docs/use/output.md does not name:"; echo "$missing"; exit 1; }

@@ -71,8 +71,8 @@ type_in "$work/solver" "$solver_lines"
   fail "the C++ lines of README.md do not compile"
 
 # The page for porters shows the same program in full.
-block docs/porting.md "## A complete program" cpp 1 | diff - "$repository/tests/package/consumer/main.cpp" ||
-  fail "docs/porting.md and tests/package/consumer/main.cpp differ"
+block docs/use/porting.md "## A complete program" cpp 1 | diff - "$repository/tests/package/consumer/main.cpp" ||
+  fail "docs/use/porting.md and tests/package/consumer/main.cpp differ"
 
 # The lines for the examples, which install into the same place.
 type_in "$work/clone" "$(block examples/README.md "# Examples" "" 1)"
