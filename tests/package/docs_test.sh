@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The site of the Markdown pages and the API is made without a warning, and its links lead somewhere.
+# Doxygen makes the site of the Markdown pages and the API without a warning, and no link dangles.
 #   docs_test.sh REPOSITORY
 set -euo pipefail
 cd "$1"
@@ -13,12 +13,12 @@ for page in docs/*.md docs/*/*.md; do
     exit 1
   fi
 done
-# Emphasis that begins or ends beside code is not understood, and its marks are shown.
+# This Doxygen does not understand emphasis that begins or ends next to code, and shows the asterisks.
 if sed 's|<code>[^<]*</code>||g; /class="line"/d' "$work"/html/{index,md_*}.html | grep '\*\*'; then
   echo "the lines above show the marks of emphasis"
   exit 1
 fi
-# Headers are shown as they are included.
+# Classes show how their header is included.
 if ! sed 's/<[^>]*>//g' "$work/html/classCOperatorGradient.html" | grep '#include &lt;gradient/COperatorGradient.h&gt;' >/dev/null; then
   echo "the page of COperatorGradient does not show how its header is included"
   exit 1
