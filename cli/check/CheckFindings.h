@@ -35,7 +35,7 @@ enum Finding : std::uint32_t {
 /// The gradient of method number k of GradientMethods() is not finite.
 constexpr std::uint32_t GradientNotFinite(std::size_t k) { return 1U << (19 + k); }
 
-// Where the findings begin. Each is explained in docs/check.md.
+// Where the findings begin. Each is explained in docs/use/check.md.
 constexpr double kFlatCell = 1e-6;                 ///< volume / (surface area)^1.5; a cube has 0.07
 constexpr double kExtremeSkewness = 1.0;           ///< as reference_host::QualitySums measures it
 constexpr double kExtremeNonOrthogonality = 70.0;  ///< degrees

@@ -10,7 +10,7 @@
 #include "tests/property/rbf_face/CutMesh.h"
 #include "tests/unit/rbf_face/FaceBed.h"
 
-// The orders of convergence that docs/faces.md and the pages of the methods state.
+// The orders of convergence that docs/methods/faces.md states.
 
 namespace rbf_face_test {
 namespace {

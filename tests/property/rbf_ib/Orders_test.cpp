@@ -8,7 +8,7 @@
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/rbf_ib/PartitionedPoints.h"
 
-// The orders of convergence that docs/points.md and the pages of the methods state.
+// The orders of convergence that docs/methods/points.md states.
 
 namespace point_meshes {
 namespace {
