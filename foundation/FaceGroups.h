@@ -156,3 +156,30 @@ inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh,
                          CPartitionFace_DLL* partitionFaces) {
   return kind == FaceKind::Partition ? PartitionFaces(*partitionFaces, mesh) : FacesOf(kind, mesh);
 }
+
+/// The groups of a partition's faces, in the orders in which the gradients visit them.
+class FaceGroups {
+ public:
+  /// Groups with all of their arrays.
+  FaceGroups(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces)
+      : mesh_(mesh), partition_(PartitionFaces(partitionFaces, mesh)) {}
+
+  /// Inner faces, then partition faces.
+  std::array<FaceGroup, 2> BetweenCells() const { return {FacesOf(FaceKind::Inner, mesh_), partition_}; }
+
+  std::array<FaceGroup, 4> OnBoundaryInGreenGaussOrder() const {
+    return OnBoundary(face_groups::kGreenGaussBoundary);
+  }
+  std::array<FaceGroup, 4> OnBoundaryInLeastSquaresOrder() const {
+    return OnBoundary(face_groups::kLeastSquaresBoundary);
+  }
+
+ private:
+  std::array<FaceGroup, 4> OnBoundary(std::array<FaceKind, 4> const& order) const {
+    return {FacesOf(order[0], mesh_), FacesOf(order[1], mesh_), FacesOf(order[2], mesh_),
+            FacesOf(order[3], mesh_)};
+  }
+
+  CZYN3DFiniteVolumeMesh const& mesh_;
+  FaceGroup partition_;
+};
