@@ -66,8 +66,6 @@ class COperatorGradientImpl {
   void GatherLeastSquaresMoments();
   void LeastSquares(double const* phi, double* gx, double* gy, double* gz);
   void ClearLeastSquaresSums(double* gx, double* gy, double* gz);
-  void GatherLeastSquaresRightHandSides(double const* phi);
-  bool SolveLeastSquares(double* gx, double* gy, double* gz) const;
 
   // RadialBasis.cpp
   int SetUpRadialBasisOperator();

@@ -49,7 +49,7 @@ struct LimitedCorrected {
 void COperatorGradientImpl::IteratedGreenGauss(double const* phi, double* gx, double* gy, double* gz,
                                                int nSweep) {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  FaceGroups const faces(mesh, *m_pPartFace);
+  FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   double *const Gx = m_pGV->PrevGradX, *const Gy = m_pGV->PrevGradY, *const Gz = m_pGV->PrevGradZ;
 
   auto const sweep = [&](auto const& faceValue, double* sumX, double* sumY, double* sumZ) {

@@ -14,7 +14,7 @@
 void COperatorGradientImpl::PlainGreenGauss(double const* phi, double* gx, double* gy, double* gz) {
   using namespace green_gauss;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  FaceGroups const faces(mesh, *m_pPartFace);
+  FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   face_walk::CellSums<face_walk::Flux> g({gx, gy, gz}, mesh.NCell);
 
   // g_cv += phi_f S,  g_other -= phi_f S

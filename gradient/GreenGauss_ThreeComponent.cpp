@@ -14,7 +14,7 @@
 void COperatorGradientImpl::ThreeComponentGreenGauss(double const* const phi[3], double* const g9[9]) {
   using namespace green_gauss;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  FaceGroups const faces(mesh, *m_pPartFace);
+  FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   face_walk::ThreeFields const fields{phi[0], phi[1], phi[2]};
   face_walk::CellSums<face_walk::ThreeFluxes> g(
       {g9[0], g9[1], g9[2], g9[3], g9[4], g9[5], g9[6], g9[7], g9[8]}, mesh.NCell);

@@ -39,7 +39,7 @@ struct LimitedHarmonic {
 void COperatorGradientImpl::WeightedGreenGauss(double const* phi, double* gx, double* gy, double* gz,
                                                double const* coefficient) {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  FaceGroups const faces(mesh, *m_pPartFace);
+  FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   face_walk::CellSums<face_walk::Flux> g({gx, gy, gz}, mesh.NCell);
 
   // g_cv += phi_f S,  g_other -= phi_f S
