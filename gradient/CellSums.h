@@ -102,14 +102,15 @@ class CvSum {
 
   [[gnu::always_inline]] CvSum(Arrays const& arrays, int cell) : arrays_(arrays) { Fetch(cell); }
 
-  /// Adds the flux of a face to its CV side.
-  [[gnu::always_inline]] void Add(Flux const& flux, int cv) {
-    if (cv != cell_) {
-      Store();
-      Fetch(cv);
-    }
-    sum_ += flux;
+  /// @return whether the cell is another one than before
+  [[gnu::always_inline]] bool MoveTo(int cell) {
+    if (cell == cell_) return false;
+    Store();
+    Fetch(cell);
+    return true;
   }
+  /// Adds the flux of a face to its CV side, the cell that was moved to.
+  [[gnu::always_inline]] void Add(Flux const& flux) { sum_ += flux; }
   /// Subtracts it on the other side.
   [[gnu::always_inline]] void Subtract(Flux const& flux, int other) {
     if (__builtin_expect(other == cell_, 0)) {  // a face of a cell with itself

@@ -57,7 +57,8 @@ template <class FaceValue, class Flux>
                                               CvSum<Flux>& sum) {
   int const cv = group.cv[f], other = group.other[f];
   Flux const flux = Flux::Of(faceValue(OneFace{group, f, cv, other}), group, f);
-  sum.Add(flux, cv);
+  sum.MoveTo(cv);
+  sum.Add(flux);
   if (group.type[f] != 1) sum.Subtract(flux, other);
 }
 
@@ -68,10 +69,12 @@ template <class FaceValue>
   two_faces::TwoCells const cv{group.cv[f], group.cv[f + 1]}, other{group.other[f], group.other[f + 1]};
   two_faces::Two const value = faceValue(TwoFaces{group, f, cv, other});
   Flux const first = Flux::Of(value[0], group, f);
-  sum.Add(first, cv.first);
+  sum.MoveTo(cv.first);
+  sum.Add(first);
   sum.SubtractBeyond(first, other.first);
   Flux const second = Flux::Of(value[1], group, f + 1);
-  sum.Add(second, cv.second);
+  sum.MoveTo(cv.second);
+  sum.Add(second);
   sum.SubtractBeyond(second, other.second);
 }
 

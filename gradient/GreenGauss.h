@@ -42,8 +42,9 @@ struct LimitedLinear {
 
   template <class Face>
   [[gnu::always_inline]] auto operator()(Face const& face) const {
-    auto const phiCv = face.InCv(phi), phiOther = face.InOther(phi);
-    return Median(phiOther, Linear(face.Weight(), phiCv, phiOther), phiCv);
+    auto const w = face.Weight();
+    auto const phiOther = face.InOther(phi), phiCv = face.InCv(phi);
+    return Median(phiOther, Linear(w, phiCv, phiOther), phiCv);
   }
 };
 template <class Field>

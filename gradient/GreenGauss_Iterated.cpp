@@ -19,9 +19,8 @@
 namespace {
 
 /// w q_other + (1 - w) q_cv, in this order.
-template <class Face>
-[[gnu::always_inline]] inline auto Interpolated(Face const& face, double const* q) {
-  auto const w = face.Weight();
+template <class Face, class Weight>
+[[gnu::always_inline]] inline auto Interpolated(Face const& face, Weight w, double const* q) {
   return w * face.InOther(q) + (1.0 - w) * face.InCv(q);
 }
 
@@ -33,13 +32,14 @@ struct LimitedCorrected {
   // The order of the additions into v is part of the result: x-part, linear value, y-part, z-part.
   template <class Face>
   [[gnu::always_inline]] auto operator()(Face const& face) const {
-    auto const dx = face.CentreX() - Interpolated(face, xc);
-    auto const dy = face.CentreY() - Interpolated(face, yc);
-    auto const dz = face.CentreZ() - Interpolated(face, zc);
-    auto const phiCv = face.InCv(phi), phiOther = face.InOther(phi);
-    auto const linear = green_gauss::Linear(face.Weight(), phiCv, phiOther);
-    auto const v =
-        dx * Interpolated(face, Gx) + linear + dy * Interpolated(face, Gy) + dz * Interpolated(face, Gz);
+    auto const w = face.Weight();
+    auto const xi = Interpolated(face, w, xc), yi = Interpolated(face, w, yc), zi = Interpolated(face, w, zc);
+    auto const Gxi = Interpolated(face, w, Gx), Gyi = Interpolated(face, w, Gy),
+               Gzi = Interpolated(face, w, Gz);
+    auto const dx = face.CentreX() - xi, dy = face.CentreY() - yi, dz = face.CentreZ() - zi;
+    auto const phiOther = face.InOther(phi), phiCv = face.InCv(phi);
+    auto const linear = green_gauss::Linear(w, phiCv, phiOther);
+    auto const v = dx * Gxi + linear + dy * Gyi + dz * Gzi;
     return green_gauss::Median(phiOther, v, phiCv);
   }
 };

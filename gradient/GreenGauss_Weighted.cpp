@@ -27,7 +27,7 @@ struct LimitedHarmonic {
   template <class Face>
   [[gnu::always_inline]] auto operator()(Face const& face) const {
     auto const w = face.Weight();
-    auto const phiCv = face.InCv(phi), phiOther = face.InOther(phi);
+    auto const phiOther = face.InOther(phi), phiCv = face.InCv(phi);
     auto const t = (1.0 - w) / (face.InOther(k) + kTiny);
     auto const v = (phiCv - phiOther) * t / (w / (face.InCv(k) + kTiny) + t) + phiOther;
     return green_gauss::Median(phiOther, v, phiCv);

@@ -76,13 +76,28 @@ struct ThreeFluxes {
   [[gnu::always_inline]] void operator-=(ThreeFluxes const& o) { x -= o.x, y -= o.y, z -= o.z; }
 };
 
-/// The faces first..last of a group.
+/// A face of which the values on the CV side are in registers.
+struct FaceOfKeptCell : OneFace {
+  Three phiCv;
+
+  Three InCv(ThreeFields const&) const { return phiCv; }
+};
+
+/// The faces first..last of a group. The values on the CV side are kept like the sums.
+/// @param faceValue  reads no other cell arrays than the three fields, its member `phi`
 template <class FaceValue>
 [[gnu::noinline]] void AddRange(FaceGroup const& group, int first, int last, FaceValue const& faceValue,
                                 ThreeFluxes::Arrays const& arrays) {
+  FaceValue const valueAt = faceValue;
+  Three phiCv = InCells(valueAt.phi, group.cv[first]);
   CvSum<ThreeFluxes> sum(arrays, group.cv[first]);
-  FaceValue const own = faceValue;
-  for (int f = first; f <= last; ++f) AddOneFace(group, f, own, sum);
+  for (int f = first; f <= last; ++f) {
+    int const cv = group.cv[f], other = group.other[f];
+    if (sum.MoveTo(cv)) phiCv = InCells(valueAt.phi, cv);
+    ThreeFluxes const flux = ThreeFluxes::Of(valueAt(FaceOfKeptCell{{group, f, cv, other}, phiCv}), group, f);
+    sum.Add(flux);
+    if (group.type[f] != 1) sum.Subtract(flux, other);
+  }
   sum.Store();
 }
 
