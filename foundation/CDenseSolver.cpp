@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <vector>
 
-namespace {
+#include "foundation/Status.h"
 
-constexpr int kSuccess = 1;
+namespace {
 
 // Stencils of cells and points are below this, so that a solve allocates nothing of its own.
 constexpr lapack_int kOrderOnStack = 128;
@@ -28,5 +28,5 @@ int CDenseSolver::Solve(lapack_int n, double* A, double* B, double* X, int nrhs)
 
   std::ptrdiff_t const nValues = static_cast<std::ptrdiff_t>(n) * nrhs;
   for (std::ptrdiff_t i = 0; i < nValues; ++i) X[i] = B[i];
-  return kSuccess;
+  return Status::kSuccess;
 }

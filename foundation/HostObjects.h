@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "foundation/ErrorText.h"
+#include "foundation/Status.h"
 
 /// @file
 /// What the setters of all operators do with the host objects that a solver hands over.
@@ -19,10 +20,10 @@ template <typename T, std::size_t N>
 int Receive(T* given, T*& kept, char (&errorText)[N], char const* failure) {
   if (given == nullptr) {
     AppendErrorText(errorText, failure);
-    return -1;
+    return Status::kFailure;
   }
   kept = given;
-  return 1;
+  return Status::kSuccess;
 }
 
 /// Stores `given` if it is not null. @return whether it did

@@ -69,9 +69,6 @@ Severity SeverityOf(std::uint32_t findings);
 /// when there is none.
 std::string InWords(std::uint32_t findings);
 
-/// The gradient type of the method that solves normal equations.
-constexpr int kLeastSquaresType = 1;
-
 // What a check can find at all, so that a table shows what was looked for.
 
 /// Of cells, by gradient method.
