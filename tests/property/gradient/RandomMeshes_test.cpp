@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "gradient/COperatorGradientImpl.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/mesh/RandomMesh.h"
 
 // A few hundred random partitions: every method gives the bits of its plain form, whatever the topology, the
 // weights, the face types, the empty groups and the field (ties, huge and denormal values, infinities, NaN).

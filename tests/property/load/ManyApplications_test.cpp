@@ -11,7 +11,7 @@
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "reference_host/partition/HostPartition.h"
 #include "reference_host/partition/InProcessExchange.h"
-#include "tests/unit/rbf_cell/SettingsFolder.h"
+#include "tests/support/watch/SettingsFolder.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
 // A solver applies its operators hundreds of thousands of times in a run: the process must not grow by it.

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_cell/TestBed.h"
 
 // The cell operator on random meshes of all cells: every table against the plain form bit for bit, and what holds
 // of the weights on any mesh.

@@ -7,7 +7,7 @@
 #include <random>
 #include <string>
 
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/rbf_cell/TestBed.h"
 
 // Settings files of random content: what is read, printed and left in the file equals a reading in plain steps.
 

@@ -6,7 +6,7 @@
 
 #include "reference_host/partition/HostPartition.h"
 #include "reference_host/partition/InProcessExchange.h"
-#include "tests/unit/rbf_cell/SettingsFolder.h"
+#include "tests/support/watch/SettingsFolder.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
 namespace rbf_face_test {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "tests/property/rbf_face/CutMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
 
 // What holds of the face operator on any mesh, whoever computes it: how well it reproduces constants and linear
 // fields, and how it scales.

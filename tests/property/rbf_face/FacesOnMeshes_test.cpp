@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "tests/property/rbf_face/CutMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
 
 // The face operator on meshes of every element type, whole and cut into parts: every table and result against the
 // plain form bit for bit, and the error of every system.

@@ -8,7 +8,7 @@
 #include "reference_host/box/BoxMesh.h"
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/rbf_face/CutMesh.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceBed.h"
 
 // The orders of convergence that docs/faces.md and the pages of the methods state.
 

@@ -13,7 +13,7 @@
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/partition/HostPartition.h"
 #include "reference_host/partition/InProcessExchange.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointBed.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
 namespace point_meshes {

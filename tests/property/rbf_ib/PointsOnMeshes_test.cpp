@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "tests/property/rbf_ib/PartitionedPoints.h"
-#include "tests/unit/rbf_ib/PlainPointOperator.h"
-#include "tests/unit/rbf_ib/PointHost.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/host/PointHost.h"
+#include "tests/support/rbf_ib/PlainPointOperator.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // The interpolation to points on meshes of every element type, whole and cut into parts, with all cells usable and
 // with some: everything against the plain form, and what the coefficients promise.

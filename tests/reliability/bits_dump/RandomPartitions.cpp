@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "tests/reliability/bits_dump/Bits.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/mesh/RandomMesh.h"
 
 namespace bits_dump {
 namespace {

@@ -1,8 +1,8 @@
 #include <vector>
 
 #include "tests/reliability/bits_dump/Bits.h"
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 namespace bits_dump {
 namespace {

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "tests/unit/gradient/FlushRecord.h"
+#include "tests/support/watch/FlushRecord.h"
 
 // The checked array: what each operation answers, stores and leaves alone, for both index bases and every
 // value type that the library offers.

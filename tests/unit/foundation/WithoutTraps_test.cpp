@@ -8,7 +8,7 @@
 #include <xmmintrin.h>
 #endif
 
-#include "tests/unit/gradient/ArmedTraps.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 // Where results are defined to be no finite numbers, a program with traps goes on, and has its traps again afterwards.
 

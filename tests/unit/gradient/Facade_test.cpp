@@ -10,11 +10,11 @@
 
 #include "gradient/COperatorGradient.h"
 #include "gradient/COperatorGradientImpl.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // The facade: what construction leaves, what each setter stores and answers, the failure text, the reduction
 // of Initialize, which method a gradient type selects, and who frees what.

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 // Solvers that look for their own errors have divisions by zero, invalid operations and overflow stop the program. No
 // gradient of valid data has any, and where a result is defined to be no finite number, nothing stops. A trap ends

@@ -7,12 +7,12 @@
 #include <string>
 
 #include "gradient/COperatorGradientImpl.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/FlushRecord.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/SummationOrder.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/gradient/SummationOrder.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/watch/FlushRecord.h"
 
 // The least-squares gradient: moments at Initialize, right-hand sides and one 3 by 3 solve per cell at each
 // call.

@@ -3,8 +3,8 @@
 #include <new>
 #include <optional>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // Memory may run out at every allocation: the exception is the allocator's, the operator can be destroyed, and nothing
 // stays behind.

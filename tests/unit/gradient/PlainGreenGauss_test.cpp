@@ -3,11 +3,11 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/SummationOrder.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/gradient/SummationOrder.h"
+#include "tests/support/host/TestHost.h"
+#include "tests/support/mesh/RandomMesh.h"
 
 // The plain Green-Gauss gradient: gradient type 0 with a last argument of 1.
 

@@ -6,12 +6,12 @@
 #include "gradient/COperatorGradient.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/RecordingCom.h"
-#include "tests/unit/rbf_cell/CellHost.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/SettingsFolder.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
+#include "tests/support/host/CellHost.h"
+#include "tests/support/host/RecordingCom.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Gradient type 2: when the cell operator is made and set up, how a gradient call reaches it, and that it is left
 // behind at the end, with all host objects alive.

@@ -3,11 +3,11 @@
 #include <cmath>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // The sparse dot products: what each kind of cell holds afterwards, and that nothing else is touched.
 

@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // At which point each cell number stands, the tree's range and boxes, and the stencils with their lengths.
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // The two-node weights at faces: five operations and their drivers, against the plain form, and their oddities.
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_cell/TestBed.h"
 
 // The face tables: how many cells are counted around a face, and which rows each mode allocates.
 

@@ -4,11 +4,11 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 // A solver may have divisions by zero, invalid operations and overflow stop the program. The cell operator divides by
 // zero only where its results are defined by that, and the LAPACK below it may do what it likes: nothing stops the

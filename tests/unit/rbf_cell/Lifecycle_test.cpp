@@ -5,10 +5,10 @@
 #include <type_traits>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TestBed.h"
-#include "tests/unit/rbf_cell/Undestroyed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/rbf_cell/Undestroyed.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // What construction leaves, what the setters store and answer, what set-up allocates, what the destructor
 // destroys, and what a copy is.

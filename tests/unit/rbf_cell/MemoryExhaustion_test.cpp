@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // Memory may run out at every allocation: the exception is the allocator's, the operator can be destroyed, and nothing
 // stays behind.

@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/rbf_cell/TestBed.h"
 
 // How far the growing cube of the cell operator's point search goes if it never finds enough: until it covers
 // the points of all cells and their centres, in every direction.

@@ -9,13 +9,13 @@
 #include "foundation/CDenseSolver.h"
 #include "foundation/DQKernel.h"
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
-#include "tests/unit/rbf_cell/Undestroyed.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/rbf_cell/Undestroyed.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // The cell operator's own six methods for free points, which do not add up to a working path: what each does and
 // what it leaves alone.

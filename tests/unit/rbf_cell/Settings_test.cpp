@@ -6,8 +6,8 @@
 #include <fstream>
 #include <string>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // The settings file: how it is written, which lines are read, what makes it start anew, and that no file
 // whatever does harm.

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // The weights of a cell: worked numbers, the two kernel forms, the printed maxima, and what stencils that are
 // not fit for a system leave behind.

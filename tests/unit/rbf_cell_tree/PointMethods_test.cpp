@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/TestBed.h"
-#include "tests/unit/rbf_cell_tree/RecordingTree.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/tree/RecordingTree.h"
 
 // Which calls the cell operator's point methods make of the search tree, and how often they destroy it.
 

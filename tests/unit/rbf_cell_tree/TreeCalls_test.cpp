@@ -3,10 +3,10 @@
 #include <array>
 #include <vector>
 
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/PlainCellOperator.h"
-#include "tests/unit/rbf_cell/TestBed.h"
-#include "tests/unit/rbf_cell_tree/RecordingTree.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/PlainCellOperator.h"
+#include "tests/support/rbf_cell/TestBed.h"
+#include "tests/support/tree/RecordingTree.h"
 
 // Which calls the cell operator makes of the search tree, in which order and with which numbers.
 

@@ -4,10 +4,10 @@
 #include <random>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // The sparse dot products: which elements are written, in which order sums run, and what comes out.
 

@@ -4,9 +4,9 @@
 #include <limits>
 #include <vector>
 
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
 
 // The rows of coefficients: closed forms of small systems, what each routine adds where, and what it leaves alone.
 

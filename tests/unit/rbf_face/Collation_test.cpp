@@ -3,9 +3,9 @@
 #include <cmath>
 #include <vector>
 
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
 
 // At which point each cell number and each face stands, the measures of the mesh, the tree's table, the search for
 // the nearest cell and the sort by distance.

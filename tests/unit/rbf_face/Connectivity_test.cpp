@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
 
 // The tables of connectivity: cells around vertices, vertices of cells, neighbours of cells, faces of cells.
 

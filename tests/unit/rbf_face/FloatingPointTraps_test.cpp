@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 // A solver may have divisions by zero, invalid operations and overflow stop the program. No set-up, report or
 // application of the face operator does that. A trap ends these tests.

@@ -6,10 +6,10 @@
 #include <type_traits>
 #include <utility>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // What construction leaves, what the setters store and answer, what is allocated when and released when, and what
 // a copy is.

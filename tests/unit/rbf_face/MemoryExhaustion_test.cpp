@@ -3,8 +3,8 @@
 #include <new>
 #include <optional>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // Memory may run out at every allocation of a set-up: the exception is the allocator's, the operator can be destroyed or
 // set up again, and nothing stays behind.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceBed.h"
 
 // Tables of a mesh with entries that name nothing, and objects that take over the tables of others.
 

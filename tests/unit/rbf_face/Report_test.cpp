@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // The accuracy report: how the errors of the rows are gathered, and the text byte for byte.
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
 
 // Set-ups one after the other on one operator, with other methods, groups, spans and meshes, by way of copies and
 // assignments: each gives what a new operator gives. A set-up leaves the results of the former behind, on purpose, for

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <string>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // Where the settings come from: how the file is written, which lines are read, what makes it start anew; and the
 // parameter block.

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
-#include "tests/unit/rbf_face_tree/ArrangedTree.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/tree/ArrangedTree.h"
 
 // What the order in which a tree answers means for stencils: it decides between equals, and in method 1 it is the
 // order of the stencil.

@@ -5,8 +5,8 @@
 #include <limits>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face_tree/ArrangedTree.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/tree/ArrangedTree.h"
 
 // Which calls the face operator makes of its two search trees, in which order and with which numbers.
 

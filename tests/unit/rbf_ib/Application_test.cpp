@@ -4,9 +4,9 @@
 #include <random>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // The four sums per point: their order, what is read and written, and that nothing else is touched.
 

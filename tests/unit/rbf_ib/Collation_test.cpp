@@ -4,8 +4,8 @@
 #include <limits>
 #include <vector>
 
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // Where each cell number stands, what the tree's range is made of, which nodes count as boundary nodes, which cells
 // stand around a node, and which cells are entered in the tree.

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointBed.h"
 
 // What construction leaves in each member, and what the setters store and answer.
 

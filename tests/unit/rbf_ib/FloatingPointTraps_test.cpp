@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 // A solver may have divisions by zero, invalid operations and overflow stop the program. No set-up with its report and
 // no application of the point operator does that. A trap ends these tests.

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_ib/FlushedPieces.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/FlushedPieces.h"
 
 // The whole set-up and its order, setting up again, destruction, and what a copy is.
 

@@ -6,8 +6,8 @@
 #include <set>
 #include <vector>
 
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // The stencils of the three methods, with the search tree of the reference host.
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointBed.h"
 
 // A body that moved is set up as if it were the first.
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // Set-ups one after the other on one operator, with other methods, points, marks and meshes: each gives what a new
 // operator gives. A copy reads the tables until its source is set up again or destroyed.

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_ib/FlushedPieces.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/FlushedPieces.h"
 
 // The settings file and the solver's parameters: what is written, which lines are read, what makes the file start
 // anew, and which of the two sources counts.

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "tests/unit/rbf_ib/PlainPointOperator.h"
+#include "tests/support/rbf_ib/PlainPointOperator.h"
 
 // The sort that leaves out the last pass of a bubble sort: the first two stay in the order in which the passes
 // before left them, and the two-seed rule rests on that.

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "foundation/DQKernel.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // The coefficients: small cases in closed form, the two levels of method 3, and what the systems do not promise.
 

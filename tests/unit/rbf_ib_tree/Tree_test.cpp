@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell_tree/RecordingTree.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/tree/RecordingTree.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // Which calls the point operator makes of the search tree, in which order and with which numbers, and what it makes
 // of answers in an order that the test chooses.

@@ -1,0 +1,43 @@
+#include "tests/support/watch/SettingsFolder.h"
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace rbf_cell_test {
+
+std::string Settings(std::string const& span, std::string const& shapeNormalize) {
+  return "1001\nSpan              = " + span + "\nShape Normalize   = " + shapeNormalize + "\n";
+}
+
+std::string DefaultSettings() { return Settings("500", "0"); }
+
+SettingsFolder::SettingsFolder() {
+  std::string name = ::testing::TempDir() + "/rbf_cell_XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for the test: " + name);
+  path_ = name;
+}
+
+SettingsFolder::~SettingsFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+void SettingsFolder::Write(std::string const& bytes) const {
+  std::ofstream file(SettingsFileName(), std::ios::binary);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (!file.flush()) throw std::runtime_error("cannot write " + SettingsFileName());
+}
+
+std::string SettingsFolder::Read() const {
+  std::ifstream file(SettingsFileName(), std::ios::binary);
+  if (!file) return "<no file>";
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+bool SettingsFolder::Exists() const { return std::filesystem::exists(SettingsFileName()); }
+
+}  // namespace rbf_cell_test
