@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 std::size_t Index(int cell) { return static_cast<std::size_t>(cell); }
@@ -30,7 +30,7 @@ double Linear(Face const& face, Field const& phi) {
   return (1 - w) * phi[Index(face.cv)] + w * phi[Index(face.other)];
 }
 
-double Corrected(MeshDescription const& mesh, Face const& face, Field const& phi, Gradient const& previous) {
+double Corrected(TestMesh const& mesh, Face const& face, Field const& phi, Gradient const& previous) {
   std::size_t const a = Index(face.other), b = Index(face.cv);
   double const w = face.weight;
   double const xi = w * mesh.centres[a].x + (1 - w) * mesh.centres[b].x;
@@ -68,14 +68,14 @@ void AddFlux(Face const& face, double value, Gradient& g) {
 
 /// Inner faces, then partition faces, with the limited value of `unlimited(face)`.
 template <typename Value>
-void AddFaces(MeshDescription const& mesh, Field const& phi, Value unlimited, Gradient& g) {
+void AddFaces(TestMesh const& mesh, Field const& phi, Value unlimited, Gradient& g) {
   for (std::vector<Face> const* faces : {&mesh.inner, &mesh.partition})
     for (Face const& face : *faces)
       AddFlux(face, Limited(phi[Index(face.other)], unlimited(face), phi[Index(face.cv)]), g);
 }
 
 /// Inlet, outlet, symmetry, wall: the ghost cell's value is the face's value.
-void AddBoundaries(MeshDescription const& mesh, Field const& phi, Gradient& g) {
+void AddBoundaries(TestMesh const& mesh, Field const& phi, Gradient& g) {
   for (std::vector<Face> const* faces : {&mesh.inlet, &mesh.outlet, &mesh.symmetry, &mesh.wall}) {
     for (Face const& face : *faces) {
       std::size_t const c = Index(face.cv), ghost = Index(face.other);
@@ -86,7 +86,7 @@ void AddBoundaries(MeshDescription const& mesh, Field const& phi, Gradient& g) {
   }
 }
 
-void Scale(MeshDescription const& mesh, double guard, Gradient& g) {
+void Scale(TestMesh const& mesh, double guard, Gradient& g) {
   for (std::size_t i = 1; i <= Index(mesh.nInnerCells); ++i) {
     double const r = guard == 0.0 ? 1.0 / mesh.volumes[i] : 1.0 / (mesh.volumes[i] + guard);
     g.x[i] *= r;
@@ -103,8 +103,8 @@ void ExchangeAll(Exchange const& exchange, Gradient& g) {
 
 }  // namespace
 
-Gradient IteratedGreenGauss(MeshDescription const& mesh, Field const& phi, int nSweep,
-                            Exchange const& exchange, Gradient& g) {
+Gradient IteratedGreenGauss(TestMesh const& mesh, Field const& phi, int nSweep, Exchange const& exchange,
+                            Gradient& g) {
   Gradient previous(mesh);
   for (int s = 1; s <= nSweep; ++s) {
     g = Gradient(mesh);
@@ -120,7 +120,7 @@ Gradient IteratedGreenGauss(MeshDescription const& mesh, Field const& phi, int n
   return previous;
 }
 
-Gradient PlainGreenGauss(MeshDescription const& mesh, Field const& phi, Exchange const& exchange) {
+Gradient PlainGreenGauss(TestMesh const& mesh, Field const& phi, Exchange const& exchange) {
   Gradient g(mesh);
   AddFaces(
       mesh, phi, [&](Face const& face) { return Linear(face, phi); }, g);
@@ -130,7 +130,7 @@ Gradient PlainGreenGauss(MeshDescription const& mesh, Field const& phi, Exchange
   return g;
 }
 
-Gradient WeightedGreenGauss(MeshDescription const& mesh, Field const& phi, Field const& k,
+Gradient WeightedGreenGauss(TestMesh const& mesh, Field const& phi, Field const& k,
                             Exchange const& exchange) {
   Gradient g(mesh);
   AddFaces(
@@ -141,7 +141,7 @@ Gradient WeightedGreenGauss(MeshDescription const& mesh, Field const& phi, Field
   return g;
 }
 
-std::array<Gradient, 3> ThreeComponentGreenGauss(MeshDescription const& mesh, std::array<Field, 3> const& phi,
+std::array<Gradient, 3> ThreeComponentGreenGauss(TestMesh const& mesh, std::array<Field, 3> const& phi,
                                                  Exchange const& exchange) {
   std::array<Gradient, 3> g = {Gradient(mesh), Gradient(mesh), Gradient(mesh)};
   for (std::size_t n = 0; n < 3; ++n) {
@@ -157,7 +157,7 @@ std::array<Gradient, 3> ThreeComponentGreenGauss(MeshDescription const& mesh, st
 namespace {
 
 /// Offset of the cells of a face, from its CV cell to the other.
-Vector3 Offset(MeshDescription const& mesh, Face const& face) {
+Vector3 Offset(TestMesh const& mesh, Face const& face) {
   Vector3 const& p = mesh.centres[Index(face.cv)];
   Vector3 const& q = mesh.centres[Index(face.other)];
   return {q.x - p.x, q.y - p.y, q.z - p.z};
@@ -180,7 +180,7 @@ void AddRightHandSide(Vector3 const& d, double dphi, int cell, Gradient& b) {
   b.z[i] += dphi * d.z;
 }
 
-Gradient RightHandSide(MeshDescription const& mesh, Field const& phi) {
+Gradient RightHandSide(TestMesh const& mesh, Field const& phi) {
   Gradient b(mesh);
   auto const difference = [&](Face const& face) { return phi[Index(face.other)] - phi[Index(face.cv)]; };
   for (Face const& face : mesh.inner) {
@@ -214,7 +214,7 @@ bool SolveCell(Moments const& m, Gradient const& b, std::size_t i, Gradient& g) 
 
 }  // namespace
 
-Moments LeastSquaresMoments(MeshDescription const& mesh) {
+Moments LeastSquaresMoments(TestMesh const& mesh) {
   Moments m(mesh);
   for (std::vector<Face> const* faces : {&mesh.inner, &mesh.partition}) {
     for (Face const& face : *faces) {
@@ -227,7 +227,7 @@ Moments LeastSquaresMoments(MeshDescription const& mesh) {
   return m;
 }
 
-LeastSquaresResult LeastSquares(MeshDescription const& mesh, Moments const& moments, Field const& phi,
+LeastSquaresResult LeastSquares(TestMesh const& mesh, Moments const& moments, Field const& phi,
                                 Exchange const& exchange) {
   LeastSquaresResult result{Gradient(mesh), RightHandSide(mesh, phi), false};
   for (std::size_t i = 1; i <= Index(mesh.nInnerCells); ++i) {
@@ -239,4 +239,4 @@ LeastSquaresResult LeastSquares(MeshDescription const& mesh, Moments const& mome
   return result;
 }
 
-}  // namespace gradient_test
+}  // namespace zyn_test

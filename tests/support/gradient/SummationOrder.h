@@ -7,7 +7,7 @@
 
 #include "tests/support/mesh/RandomMesh.h"
 
-namespace gradient_test {
+namespace zyn_test {
 
 /// Sums that SummationOrder needs to tell the orders of seven terms apart, with room to spare.
 constexpr int kSumsForAnOrder = 200;
@@ -70,4 +70,4 @@ class SummationOrder {
   std::vector<std::vector<double>> terms_;
 };
 
-}  // namespace gradient_test
+}  // namespace zyn_test

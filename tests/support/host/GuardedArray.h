@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-namespace gradient_test {
+namespace zyn_test {
 
 /// The value of an element that nobody may read or write: for doubles a NaN with a payload of its own, so
 /// that a sum that touched it is a NaN; for ints a number far beyond every index.
@@ -75,4 +75,24 @@ class GuardedArray {
   std::vector<T> elements_;
 };
 
-}  // namespace gradient_test
+/// A guarded copy of values [1..n].
+inline GuardedArray<double> Guarded(std::vector<double> const& values) {
+  int const n = static_cast<int>(values.size()) - 1;
+  GuardedArray<double> array(n);
+  for (int i = 1; i <= n; ++i) array[i] = values[static_cast<std::size_t>(i)];
+  return array;
+}
+
+/// Three guarded arrays [1..n]: the components of positions or of a gradient.
+struct GuardedGradient {
+  explicit GuardedGradient(int n, double value = -7.5) : x(n, value), y(n, value), z(n, value) {}
+
+  bool GuardsIntact() const { return x.GuardsIntact() && y.GuardsIntact() && z.GuardsIntact(); }
+  bool IdenticalTo(GuardedGradient const& other) const {
+    return x.IdenticalTo(other.x) && y.IdenticalTo(other.y) && z.IdenticalTo(other.z);
+  }
+
+  GuardedArray<double> x, y, z;
+};
+
+}  // namespace zyn_test

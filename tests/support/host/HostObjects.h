@@ -1,99 +1,68 @@
 #pragma once
 
-#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "host/ZYNCommunication.h"
 #include "host/Zyn3dGV.h"
-#include "tests/support/host/GuardedArray.h"
+#include "tests/support/host/PartitionFaces.h"
+#include "tests/support/host/RecordingCom.h"
+#include "tests/support/host/RecordingCommunication.h"
 
-namespace rbf_cell_test {
+namespace zyn_test {
 
-/// Host objects that write down their destruction, in order, in a list that outlives them.
+/// Names of destroyed host objects, in the order of their destruction.
 using Destroyed = std::vector<std::string>;
 
-class WatchedGlobals : public CZyn3dGV {
+/// A host object that writes down its destruction in a list that outlives it.
+template <typename Base>
+class Watched : public Base {
  public:
-  explicit WatchedGlobals(Destroyed& destroyed) : destroyed_(destroyed) {}
-  ~WatchedGlobals() override { destroyed_.emplace_back("globals"); }
+  template <typename... Arguments>
+  Watched(Destroyed& destroyed, char const* name, Arguments&&... arguments)
+      : Base(std::forward<Arguments>(arguments)...), destroyed_(destroyed), name_(name) {}
+  ~Watched() override { destroyed_.emplace_back(name_); }
 
  private:
   Destroyed& destroyed_;
+  char const* name_;
 };
 
-class WatchedGPU : public CZYNGVGPU {
- public:
-  explicit WatchedGPU(Destroyed& destroyed) : destroyed_(destroyed) {}
-  ~WatchedGPU() override { destroyed_.emplace_back("gpu"); }
+/// The host objects besides the mesh. Most operators borrow them; the cell operator destroys those that it was given,
+/// so that it gets new ones, which share what they lend and write down.
+struct HostObjects {
+  HostObjects() = default;
+  HostObjects(LentPartition const& lentPartition, int nCell, Exchange const& exchange)
+      : partition(lentPartition), nCells(nCell), rule(exchange) {}
+  HostObjects(HostObjects const&) = delete;
+  HostObjects& operator=(HostObjects const&) = delete;
 
- private:
-  Destroyed& destroyed_;
-};
-
-class WatchedOpenMP : public CZYNGVOpenMP {
- public:
-  explicit WatchedOpenMP(Destroyed& destroyed) : destroyed_(destroyed) {}
-  ~WatchedOpenMP() override { destroyed_.emplace_back("openmp"); }
-
- private:
-  Destroyed& destroyed_;
-};
-
-/// A halo exchange that the cell operator keeps, destroys and never calls.
-class WatchedCommunication : public CCommunication {
- public:
-  WatchedCommunication(Destroyed& destroyed, int& calls) : destroyed_(destroyed), calls_(calls) {}
-  ~WatchedCommunication() override { destroyed_.emplace_back("communication"); }
-
-  void DDM_Exch(double*) override { ++calls_; }
-  void DDM_IExch_Start(double*, ZYNNonBlockingBufferId) override { ++calls_; }
-  void DDM_IExch_Wait(double*, ZYNNonBlockingBufferId) override { ++calls_; }
-
- private:
-  Destroyed& destroyed_;
-  int& calls_;
-};
-
-/// The arrays of the partition faces, which outlive the object that lends them.
-struct PartitionArrays {
-  int count = 0;
-  gradient_test::GuardedArray<int> cv, other;
-  gradient_test::GuardedArray<double> xc, yc, zc;
-  std::function<void()> onCount;  ///< called at each NParInterFace(), may be empty
-};
-
-/// Partition faces lent from PartitionArrays; null for a count of 0. What the cell operator does not need is
-/// null too.
-class WatchedPartitionFaces : public CPartitionFace_DLL {
- public:
-  WatchedPartitionFaces(Destroyed& destroyed, PartitionArrays& arrays)
-      : destroyed_(destroyed), arrays_(arrays) {}
-  ~WatchedPartitionFaces() override { destroyed_.emplace_back("partition faces"); }
-
-  int NParInterFace() override {
-    if (arrays_.onCount) arrays_.onCount();
-    return arrays_.count;
+  CZyn3dGV* NewGlobals() {
+    auto* const copy = new Watched<CZyn3dGV>(destroyed, "globals");
+    copy->BaseFileName = globals.BaseFileName;
+    return copy;
   }
-  int* ijParCV() override { return Lend(arrays_.cv); }
-  int* ijPar() override { return Lend(arrays_.other); }
-  double* ijParSx() override { return nullptr; }
-  double* ijParSy() override { return nullptr; }
-  double* ijParSz() override { return nullptr; }
-  double* ijParxc() override { return Lend(arrays_.xc); }
-  double* ijParyc() override { return Lend(arrays_.yc); }
-  double* ijParzc() override { return Lend(arrays_.zc); }
-  double* ParInterFace_Lamda() override { return nullptr; }
-  int* FaceType_Partition() override { return nullptr; }
-
- private:
-  template <typename T>
-  T* Lend(gradient_test::GuardedArray<T>& array) {
-    return arrays_.count == 0 ? nullptr : array.Data();
+  CZYNGVGPU* NewGPU() { return new Watched<CZYNGVGPU>(destroyed, "gpu"); }
+  CZYNGVOpenMP* NewOpenMP() { return new Watched<CZYNGVOpenMP>(destroyed, "openmp"); }
+  CPartitionFace_DLL* NewPartitionFaces() {
+    return new Watched<PartitionFaces>(destroyed, "partition faces", partition);
+  }
+  CCommunication* NewCommunication() {
+    return new Watched<RecordingCommunication>(destroyed, "communication", nCells, rule, exchanges);
   }
 
-  Destroyed& destroyed_;
-  PartitionArrays& arrays_;
+  Destroyed destroyed;
+  LentPartition partition;
+  int nCells = 0;
+  Exchange rule = NoExchange();
+  std::vector<ExchangeCall> exchanges;  ///< calls of `communication` and of all new ones
+
+  Watched<CZyn3dGV> globals{destroyed, "globals"};
+  Watched<CZYNGVGPU> gpu{destroyed, "gpu"};
+  Watched<CZYNGVOpenMP> openMP{destroyed, "openmp"};
+  Watched<PartitionFaces> partitionFaces{destroyed, "partition faces", partition};
+  Watched<RecordingCommunication> communication{destroyed, "communication", nCells, rule, exchanges};
+  Watched<RecordingCom> com{destroyed, "com"};
 };
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -7,7 +7,7 @@
 
 #include "host/ZYNCom.h"
 
-namespace gradient_test {
+namespace zyn_test {
 
 /// A reduction that writes down what it was given and plays the other partitions: they contribute
 /// `othersMinimum`.
@@ -26,4 +26,4 @@ class RecordingCom : public CZYNCom {
   int result = 0;  ///< what AllMin returns
 };
 
-}  // namespace gradient_test
+}  // namespace zyn_test

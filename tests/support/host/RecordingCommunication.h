@@ -2,13 +2,25 @@
 
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <ostream>
+#include <utility>
 #include <vector>
 
 #include "host/ZYNCommunication.h"
-#include "tests/support/mesh/MeshDescription.h"
+#include "tests/support/mesh/TestMesh.h"
 
-namespace gradient_test {
+namespace zyn_test {
+
+/// What an exchange does to one cell array, given by its element 0.
+using Exchange = std::function<void(double*)>;
+
+/// An exchange that leaves the array alone, so that a test sees what the halo cells held before.
+Exchange NoExchange();
+
+/// An exchange with this partition as its own neighbour: each halo cell takes the value of a fixed interior
+/// cell.
+Exchange ExchangeWithItself(TestMesh const& mesh);
 
 enum class ExchangeOperation { Blocking, Start, Wait };
 
@@ -34,7 +46,9 @@ inline std::ostream& operator<<(std::ostream& out, ExchangeCall const& call) {
 /// non-blocking form) and watches the rules of the non-blocking form. Nothing is allocated during a call.
 class RecordingCommunication : public CCommunication {
  public:
-  RecordingCommunication(int nCell, Exchange exchange) : nCell_(nCell), exchange_(std::move(exchange)) {
+  /// @param[out] calls  every call is added; must outlive this
+  RecordingCommunication(int nCell, Exchange exchange, std::vector<ExchangeCall>& calls)
+      : nCell_(nCell), exchange_(std::move(exchange)), calls_(calls) {
     calls_.reserve(1000);
     for (Buffer& buffer : buffers_) buffer.atStart.resize(Elements());
   }
@@ -88,7 +102,7 @@ class RecordingCommunication : public CCommunication {
 
   int nCell_;
   Exchange exchange_;
-  std::vector<ExchangeCall> calls_;
+  std::vector<ExchangeCall>& calls_;
   Buffer buffers_[4];
   bool rulesKept_ = true;
 };
@@ -98,4 +112,4 @@ class RecordingCommunication : public CCommunication {
 std::vector<ExchangeCall> ThreeArrayExchange(bool nonBlocking, double const* x, double const* y,
                                              double const* z);
 
-}  // namespace gradient_test
+}  // namespace zyn_test

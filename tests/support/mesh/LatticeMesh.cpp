@@ -7,7 +7,7 @@
 #include <set>
 #include <utility>
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 using NodeList = std::vector<int>;
@@ -181,7 +181,7 @@ Point Area(Pieces const& pieces, NodeList const& nodes, Point outward) {
   return Dot(sum, outward) < 0.0 ? -1.0 * sum : sum;
 }
 
-void AddInteriorCells(CellMesh& mesh, Pieces const& pieces, std::vector<int> const& cellOf) {
+void AddInteriorCells(TestMesh& mesh, Pieces const& pieces, std::vector<int> const& cellOf) {
   int const nCell = *std::max_element(cellOf.begin(), cellOf.end());
   std::vector<NodeList> corners(static_cast<std::size_t>(nCell) + 1);
   for (std::size_t p = 0; p < cellOf.size(); ++p) {
@@ -192,19 +192,19 @@ void AddInteriorCells(CellMesh& mesh, Pieces const& pieces, std::vector<int> con
 }
 
 /// The group of a boundary face: the side of the box that all its lattice coordinates lie on.
-std::vector<CellFace>& GroupOf(CellMesh& mesh, LatticeOptions const& o, NodeList const& nodes) {
+Group GroupOf(LatticeOptions const& o, NodeList const& nodes) {
   auto const all = [&](auto coordinate, int value) {
     return std::all_of(nodes.begin(), nodes.end(), [&](int n) { return coordinate(n) == value; });
   };
   auto const x = [&o](int n) { return n % (o.nx + 1); };
   auto const y = [&o](int n) { return n / (o.nx + 1) % (o.ny + 1); };
   auto const z = [&o](int n) { return n / ((o.nx + 1) * (o.ny + 1)); };
-  if (all(x, 0)) return mesh.inlet;
-  if (all(x, o.nx)) return mesh.outlet;
-  if (all(y, 0)) return mesh.wall;
-  if (all(y, o.ny)) return mesh.partition;
-  if (all(z, 0)) return mesh.symmetry;
-  return mesh.wall;
+  if (all(x, 0)) return kInlet;
+  if (all(x, o.nx)) return kOutlet;
+  if (all(y, 0)) return kWall;
+  if (all(y, o.ny)) return kPartition;
+  if (all(z, 0)) return kSymmetry;
+  return kWall;
 }
 
 NodeList FromOne(NodeList const& nodes) {
@@ -213,29 +213,27 @@ NodeList FromOne(NodeList const& nodes) {
   return result;
 }
 
-void AddInnerFace(CellMesh& mesh, Pieces const& pieces, PieceFace const& face, int a, int b) {
-  CellFace inner;
+void AddInnerFace(TestMesh& mesh, Pieces const& pieces, PieceFace const& face, int a, int b) {
+  Face inner;
   inner.cv = a;
   inner.other = b;
   inner.centre = Middle(pieces, face.nodes);
   inner.area = Area(pieces, face.nodes, mesh.Centre(b) - mesh.Centre(a));
-  mesh.inner.push_back(inner);
-  mesh.Neighbours(a).push_back(b);
-  mesh.Neighbours(b).push_back(a);
+  mesh.AddFace(kInner, inner);
 }
 
-int AddBoundaryFace(CellMesh& mesh, LatticeOptions const& o, Pieces const& pieces, PieceFace const& face,
+int AddBoundaryFace(TestMesh& mesh, LatticeOptions const& o, Pieces const& pieces, PieceFace const& face,
                     int c) {
   Point const centre = Middle(pieces, face.nodes);
   Point const outward = centre - mesh.Centre(c);
-  std::vector<CellFace>& group = GroupOf(mesh, o, face.nodes);
+  Group const group = GroupOf(o, face.nodes);
   int const ghost = mesh.AddSide(group, c, centre, centre + outward);
-  group.back().area = Area(pieces, face.nodes, outward);
-  if (&group == &mesh.partition) mesh.partitionNodes.push_back(FromOne(face.nodes));
+  mesh.Of(group).back().area = Area(pieces, face.nodes, outward);
+  mesh.Of(group).back().nodes = FromOne(face.nodes);
   return ghost;
 }
 
-void AddFaces(CellMesh& mesh, LatticeOptions const& o, Pieces const& pieces, std::vector<int> const& cellOf,
+void AddFaces(TestMesh& mesh, LatticeOptions const& o, Pieces const& pieces, std::vector<int> const& cellOf,
               std::vector<PieceFace> faces, Random& random) {
   std::vector<std::set<int>> around(pieces.nodes.size() + 1);
   std::shuffle(faces.begin(), faces.end(), random);  // so that the outer cells of the groups are mixed
@@ -262,12 +260,12 @@ std::string Name(Cells cells) {
   return names[static_cast<int>(cells)];
 }
 
-CellMesh LatticeMesh(LatticeOptions const& options) {
+TestMesh LatticeMesh(LatticeOptions const& options) {
   Random random(options.seed);
   Pieces const pieces = CutLattice(options, random);
   std::vector<PieceFace> const faces = FacesOf(pieces);
   std::vector<int> const cellOf = CellsOfPieces(pieces, faces, options.cells, random);
-  CellMesh mesh;
+  TestMesh mesh;
   AddInteriorCells(mesh, pieces, cellOf);
   AddFaces(mesh, options, pieces, cellOf, faces, random);
   if (options.shuffleNeighbours) {
@@ -277,7 +275,7 @@ CellMesh LatticeMesh(LatticeOptions const& options) {
   return mesh;
 }
 
-void AddOddities(CellMesh& mesh, Random& random) {
+void AddOddities(TestMesh& mesh, Random& random) {
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
     std::vector<int>& row = mesh.Neighbours(c);
     auto const position = [&] {
@@ -303,4 +301,4 @@ void AddOddities(CellMesh& mesh, Random& random) {
   if (!mesh.wall.empty() && !mesh.inlet.empty()) mesh.wall.back().other = mesh.inlet.front().other;
 }
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -4,9 +4,9 @@
 #include <random>
 #include <string>
 
-#include "tests/support/mesh/CellMesh.h"
+#include "tests/support/mesh/TestMesh.h"
 
-namespace rbf_cell_test {
+namespace zyn_test {
 
 using Random = std::mt19937_64;
 
@@ -34,10 +34,10 @@ struct LatticeOptions {
 
 /// A box of cells. Low x is inlet, high x outlet, low y wall, high y partition, low z symmetry, high z wall;
 /// ghost centres are mirrored at the face's centre, outer cells are numbered at random.
-CellMesh LatticeMesh(LatticeOptions const& options);
+TestMesh LatticeMesh(LatticeOptions const& options);
 
 /// Adds what a mesh should not have and a solver may bring: neighbours listed twice, a cell that lists
 /// itself, a wall's side cell that is also an inlet's, cells without neighbours.
-void AddOddities(CellMesh& mesh, Random& random);
+void AddOddities(TestMesh& mesh, Random& random);
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <limits>
 
-namespace gradient_test {
+namespace zyn_test {
 
 double Uniform(Random& random, double low, double high) {
   double const fraction = static_cast<double>(random() >> 11) * 0x1p-53;
@@ -51,7 +51,7 @@ Face RandomFace(Random& random, int cv, int other) {
       cv, other, RandomVector(random), RandomVector(random), RandomWeight(random), RandomFaceType(random)};
 }
 
-void AddInnerFaces(MeshDescription& mesh, Random& random, int count) {
+void AddInnerFaces(TestMesh& mesh, Random& random, int count) {
   if (mesh.nInnerCells < 2) return;
   for (int f = 0; f < count; ++f) {
     int const cv = UniformInt(random, 1, mesh.nInnerCells);
@@ -62,7 +62,7 @@ void AddInnerFaces(MeshDescription& mesh, Random& random, int count) {
 
 /// Faces to cells beyond the interior. Some share the outer cell with the face before, as two faces to one
 /// halo cell.
-void AddOuterFaces(MeshDescription& mesh, std::vector<Face>& faces, Random& random, int count) {
+void AddOuterFaces(TestMesh& mesh, std::vector<Face>& faces, Random& random, int count) {
   if (mesh.nInnerCells < 1) return;
   for (int f = 0; f < count; ++f) {
     bool const share = !faces.empty() && OneIn(random, 4);
@@ -107,8 +107,8 @@ double RandomValue(Random& random, FieldKind kind) {
 
 }  // namespace
 
-MeshDescription RandomMesh(Random& random, RandomMeshSize const& size) {
-  MeshDescription mesh;
+TestMesh RandomMesh(Random& random, RandomMeshSize const& size) {
+  TestMesh mesh;
   int const nInnerCells = OneIn(random, 20) ? 0 : UniformInt(random, 1, size.maxInnerCells);
   for (int c = 1; c <= nInnerCells; ++c) {
     double const volume = OneIn(random, 30) ? 0.0 : Uniform(random, 0.01, 2.0);
@@ -123,17 +123,17 @@ MeshDescription RandomMesh(Random& random, RandomMeshSize const& size) {
   return mesh;
 }
 
-std::vector<double> RandomField(Random& random, MeshDescription const& mesh) {
+std::vector<double> RandomField(Random& random, TestMesh const& mesh) {
   auto const kind = static_cast<FieldKind>(UniformInt(random, 0, 3));
   std::vector<double> field(static_cast<std::size_t>(mesh.NCell()) + 1, 0.0);
   for (std::size_t c = 1; c < field.size(); ++c) field[c] = RandomValue(random, kind);
   return field;
 }
 
-std::vector<double> TameField(Random& random, MeshDescription const& mesh) {
+std::vector<double> TameField(Random& random, TestMesh const& mesh) {
   std::vector<double> field(static_cast<std::size_t>(mesh.NCell()) + 1, 0.0);
   for (std::size_t c = 1; c < field.size(); ++c) field[c] = Uniform(random, 0.5, 2.0);
   return field;
 }
 
-}  // namespace gradient_test
+}  // namespace zyn_test

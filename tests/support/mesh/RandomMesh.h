@@ -3,9 +3,9 @@
 #include <random>
 #include <vector>
 
-#include "tests/support/mesh/MeshDescription.h"
+#include "tests/support/mesh/TestMesh.h"
 
-namespace gradient_test {
+namespace zyn_test {
 
 using Random = std::mt19937_64;
 
@@ -25,13 +25,13 @@ struct RandomMeshSize {
 /// A partition without geometry: any cells joined by any faces, with any areas, weights (also outside 0..1)
 /// and face types, groups empty now and then. The operators read arrays and know no shapes, so it is as good
 /// as a mesh.
-MeshDescription RandomMesh(Random& random, RandomMeshSize const& size = {});
+TestMesh RandomMesh(Random& random, RandomMeshSize const& size = {});
 
 /// Values [1..NCell] (element 0 is 0.0): smooth, or full of ties, or spread over many powers of ten, or now
 /// and then with zeros of both signs, denormal and huge values, infinities and NaN.
-std::vector<double> RandomField(Random& random, MeshDescription const& mesh);
+std::vector<double> RandomField(Random& random, TestMesh const& mesh);
 
 /// Values [1..NCell] between 0.5 and 2.
-std::vector<double> TameField(Random& random, MeshDescription const& mesh);
+std::vector<double> TameField(Random& random, TestMesh const& mesh);
 
-}  // namespace gradient_test
+}  // namespace zyn_test

@@ -6,7 +6,7 @@
 
 #include "foundation/DQKernel.h"
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 constexpr std::size_t At(int i) { return static_cast<std::size_t>(i); }
@@ -37,20 +37,20 @@ void SolveInPlace(DenseSystem& system) {
                 system.rightHandSides.data(), nrhs);
 }
 
-PlainCellOperator::PlainCellOperator(CellMesh const& m, double spanValue, int shape)
+PlainCellOperator::PlainCellOperator(TestMesh const& m, double spanValue, int shape)
     : mesh(m), span(spanValue), shapeNormalize(shape == 1) {}
 
 void PlainCellOperator::Collate() {
   points.assign(At(mesh.NCell() + 1), CollatedPoint());
   double sum = 0.0;
-  for (CellFace const& face : mesh.inner) {
+  for (Face const& face : mesh.inner) {
     Widen(mesh.Centre(face.cv), boundMax, boundMin);
     Widen(mesh.Centre(face.other), boundMax, boundMin);
     sum += Norm(Difference(mesh.Centre(face.cv), mesh.Centre(face.other)));
   }
   meanDistance = sum / static_cast<double>(mesh.inner.size());
-  for (CellFace const& face : mesh.wall) Widen(face.centre, boundMax, boundMin);
-  for (CellFace const& face : mesh.inlet) Widen(face.centre, boundMax, boundMin);
+  for (Face const& face : mesh.wall) Widen(face.centre, boundMax, boundMin);
+  for (Face const& face : mesh.inlet) Widen(face.centre, boundMax, boundMin);
 
   for (int c = 1; c <= mesh.nInnerCells; ++c) points[At(c)] = {mesh.Centre(c), c, 1, c};
   CollateKind(2, mesh.wall);
@@ -65,9 +65,9 @@ void PlainCellOperator::Collate() {
   for (int c = 1; c <= mesh.nInnerCells; ++c) SetStencil(c);
 }
 
-void PlainCellOperator::CollateKind(int kind, std::vector<CellFace> const& faces) {
+void PlainCellOperator::CollateKind(int kind, std::vector<Face> const& faces) {
   int number = 0;
-  for (CellFace const& face : faces) {
+  for (Face const& face : faces) {
     Point const point = kind == 5 ? mesh.Centre(face.other) : face.centre;
     points[At(face.other)] = {point, face.other, kind, ++number};
   }
@@ -194,7 +194,7 @@ void PlainCellOperator::DeriveAll() {
   for (int c = 1; c <= mesh.nInnerCells; ++c) DeriveCell(c);
 }
 
-PlainCellOperator::Scales PlainCellOperator::ScalesOfFace(CellFace const& face) const {
+PlainCellOperator::Scales PlainCellOperator::ScalesOfFace(Face const& face) const {
   Point const a = Difference(face.centre, PointOf(face.cv)), b = Difference(face.centre, PointOf(face.other));
   Scales scales;
   scales.extent = {Larger(std::fabs(a.x), std::fabs(b.x)), Larger(std::fabs(a.y), std::fabs(b.y)),
@@ -203,8 +203,7 @@ PlainCellOperator::Scales PlainCellOperator::ScalesOfFace(CellFace const& face) 
   return scales;
 }
 
-DenseSystem PlainCellOperator::FaceSystem(CellFace const& face, Scales const& scales,
-                                          Point const* normal) const {
+DenseSystem PlainCellOperator::FaceSystem(Face const& face, Scales const& scales, Point const* normal) const {
   Point const nodes[] = {PointOf(face.cv), PointOf(face.other)};
   DenseSystem system;
   system.order = 3;
@@ -223,7 +222,7 @@ DenseSystem PlainCellOperator::FaceSystem(CellFace const& face, Scales const& sc
   return system;
 }
 
-std::vector<Triple> PlainCellOperator::DeriveFace(CellFace const& face, int number) {
+std::vector<Triple> PlainCellOperator::DeriveFace(Face const& face, int number) {
   DenseSystem system = FaceSystem(face, ScalesOfFace(face), nullptr);
   SolveInPlace(system);
   std::vector<double> const& s = system.rightHandSides;
@@ -233,7 +232,7 @@ std::vector<Triple> PlainCellOperator::DeriveFace(CellFace const& face, int numb
 }
 
 Triple PlainCellOperator::DeriveInnerFace(int f) {
-  CellFace const& face = mesh.inner[At(f - 1)];
+  Face const& face = mesh.inner[At(f - 1)];
   Point const& area = face.area;
   double const size = Norm(area);
   Point normal;
@@ -271,4 +270,4 @@ Triple PlainCellOperator::Gradient(int cell, std::vector<double> const& phi) con
   return sum;
 }
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -3,9 +3,9 @@
 #include <array>
 #include <vector>
 
-#include "tests/support/mesh/CellMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
 
-namespace rbf_cell_test {
+namespace zyn_test {
 
 /// One row of weights: x, y, z.
 using Triple = std::array<double, 3>;
@@ -39,7 +39,7 @@ struct DenseSystem {
 /// Shared with the library are the fixed order of products in an integer power, and LAPACK.
 class PlainCellOperator {
  public:
-  PlainCellOperator(CellMesh const& mesh, double span, int shapeNormalize);
+  PlainCellOperator(TestMesh const& mesh, double span, int shapeNormalize);
 
   /// Points, stencils and their length scales.
   void Collate();
@@ -52,7 +52,7 @@ class PlainCellOperator {
   DenseSystem SystemOf(int cell) const;
 
   /// Two-node weights of one face from its two cells: two rows.
-  std::vector<Triple> DeriveFace(CellFace const& face, int number);
+  std::vector<Triple> DeriveFace(Face const& face, int number);
 
   /// Normal weights of inner face f: two weights and the multiplier.
   Triple DeriveInnerFace(int f);
@@ -63,7 +63,7 @@ class PlainCellOperator {
 
   Triple Gradient(int cell, std::vector<double> const& phi) const;
 
-  CellMesh const& mesh;
+  TestMesh const& mesh;
   double span;
   bool shapeNormalize;
 
@@ -82,20 +82,20 @@ class PlainCellOperator {
     double h = 0.0;
   };
 
-  void CollateKind(int kind, std::vector<CellFace> const& faces);
+  void CollateKind(int kind, std::vector<Face> const& faces);
   void SetStencil(int cell);
   Point Offset(Point from, Point to, Scales const& scales) const;
   double Kernel(double r, Scales const& scales) const;
   Triple KernelSlope(Point d, Scales const& scales) const;
   Point const& PointOf(int c) const { return points[static_cast<std::size_t>(c)].point; }
-  Scales ScalesOfFace(CellFace const& face) const;
+  Scales ScalesOfFace(Face const& face) const;
   void TakeMaxima(Triple const& sum, int number);
 
   /// The system of a face: nodes, evaluation point, one right-hand side along `normal` or three without it.
-  DenseSystem FaceSystem(CellFace const& face, Scales const& scales, Point const* normal) const;
+  DenseSystem FaceSystem(Face const& face, Scales const& scales, Point const* normal) const;
 };
 
 /// Solves a system in place by the routine that the library uses.
 void SolveInPlace(DenseSystem& system);
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -1,6 +1,6 @@
 #include "tests/support/rbf_cell/TableComparison.h"
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 std::string Of(char const* what, int number) { return std::string(what) + " " + std::to_string(number); }
@@ -111,4 +111,4 @@ AssertionResult SameFaceRows(std::vector<std::vector<Triple>> const& expected, R
   return AssertionSuccess();
 }
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

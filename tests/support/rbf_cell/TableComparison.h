@@ -1,34 +1,13 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
-#include <iomanip>
 #include <string>
 #include <vector>
 
 #include "rbf_cell/CZynRBFInternalObject.h"
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/rbf_cell/PlainCellOperator.h"
 
-namespace rbf_cell_test {
-
-using ::testing::AssertionFailure;
-using ::testing::AssertionResult;
-using ::testing::AssertionSuccess;
-
-/// Equal bits, so that 0.0 and -0.0 differ; any NaN equals any NaN, since nothing promises which one comes
-/// out.
-inline bool SameBits(double a, double b) {
-  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
-  return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-inline AssertionResult SameValue(std::string const& what, double expected, double actual) {
-  if (SameBits(expected, actual)) return AssertionSuccess();
-  return AssertionFailure() << what << ": expected " << std::setprecision(17) << expected << ", found "
-                            << actual << std::hexfloat << " (" << expected << ", " << actual << ")";
-}
+namespace zyn_test {
 
 /// A record with x, y, z as given, the same again in x0, y0, z0, and an id.
 inline AssertionResult SameRecord(std::string const& what, Triple const& expected, int id,
@@ -58,4 +37,4 @@ AssertionResult SameResiduals(PlainCellOperator const& plain, CZynRBFInternalObj
 /// Rows of a table of face weights: elements 1 and 2, and zeros in elements 0 and 3.
 AssertionResult SameFaceRows(std::vector<std::vector<Triple>> const& expected, RBFnode* const* table);
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -5,7 +5,7 @@
 
 #include "rbf_cell/CZynRBFInternalObject.h"
 
-namespace rbf_cell_test {
+namespace zyn_test {
 
 /// An operator that is never destroyed: one that shares its tables and host objects with another, or whose
 /// members a test has overwritten.
@@ -25,4 +25,4 @@ class Undestroyed {
   CZynRBFInternalObject* object_;
 };
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-namespace rbf_face_test {
+namespace zyn_test {
 
 std::string Settings(std::string const& span, std::string const& method, std::string const& distance,
                      std::string const& number, std::string const& debug) {
@@ -11,7 +11,7 @@ std::string Settings(std::string const& span, std::string const& method, std::st
          "\nDebug mode        = " + debug + "\n";
 }
 
-std::string Settings(PlainSettings const& settings, bool debug) {
+std::string Settings(FaceSettings const& settings, bool debug) {
   return Settings(std::to_string(settings.span), std::to_string(settings.method), "0.5",
                   std::to_string(settings.searchNumber), debug ? "1" : "0");
 }
@@ -22,14 +22,14 @@ void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteV
   EXPECT_EQ(1, object.getPartitionFace(&partitionFaces));
 }
 
-void FaceBed::UseBlock(PlainSettings const& settings) {
+void FaceBed::UseBlock(FaceSettings const& settings) {
   host.parameters.block.Span = static_cast<int>(settings.span);
   host.parameters.block.iSearch_method = settings.method;
   host.parameters.block.Search_number = settings.searchNumber;
   EXPECT_EQ(1, object.SetZYNKNCMP(&host.parameters));
 }
 
-Stages::Stages(CZynFaceRBFInternalObject& object, int faceType, PlainSettings const& settings)
+Stages::Stages(CZynFaceRBFInternalObject& object, int faceType, FaceSettings const& settings)
     : object_(object), settings_(settings) {
   object_.iFaceType = faceType;
   object_.NFace = CountFaces();
@@ -96,4 +96,4 @@ std::vector<std::vector<int>> RowsOf(Cpp_DataStructure& table) {
   return rows;
 }
 
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -4,19 +4,16 @@
 #include <vector>
 
 #include "rbf_face/CZynFaceRBFInternalObject.h"
-#include "tests/support/host/FaceHost.h"
+#include "tests/support/host/OperatorHosts.h"
 #include "tests/support/rbf_face/PlainFaceOperator.h"
 #include "tests/support/watch/SettingsFolder.h"
 
-namespace rbf_face_test {
-
-using rbf_cell_test::Printed;
-using rbf_cell_test::SettingsFolder;
+namespace zyn_test {
 
 /// A settings file with the given values, in the operator's own layout.
 std::string Settings(std::string const& span, std::string const& method, std::string const& distance,
                      std::string const& number, std::string const& debug);
-std::string Settings(PlainSettings const& settings, bool debug = false);
+std::string Settings(FaceSettings const& settings, bool debug = false);
 
 /// Gives an operator the host objects of any host. The operator borrows them.
 void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteVolumeMesh& mesh,
@@ -28,7 +25,7 @@ void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteV
 /// The settings are put in place directly; the method already counts when the tables are allocated.
 class Stages {
  public:
-  Stages(CZynFaceRBFInternalObject& object, int faceType, PlainSettings const& settings);
+  Stages(CZynFaceRBFInternalObject& object, int faceType, FaceSettings const& settings);
   ~Stages() { object_.Release_Memory(); }
   Stages(Stages const&) = delete;
   Stages& operator=(Stages const&) = delete;
@@ -49,7 +46,7 @@ class Stages {
   int CountFaces() const;
 
   CZynFaceRBFInternalObject& object_;
-  PlainSettings settings_;
+  FaceSettings settings_;
   int reached_ = 0;
   std::string printed_;
 };
@@ -58,12 +55,12 @@ class Stages {
 class FaceBed {
  public:
   /// Without settings there is no file before the operator writes one.
-  explicit FaceBed(MeshPlan const& plan) : host(plan, folder.BaseFileName()) {
+  explicit FaceBed(TestMesh const& plan) : host(plan, folder.BaseFileName()) {
     EXPECT_EQ(1, object.getZyn3dGV(&host.globals, &host.gpu, &host.openMP, &host.mesh));
     EXPECT_EQ(1, object.getPartitionFace(&host.partitionFaces));
     EXPECT_EQ(1, object.getCommunication(&host.communication));
   }
-  FaceBed(MeshPlan const& plan, std::string const& settings) : FaceBed(plan) { folder.Write(settings); }
+  FaceBed(TestMesh const& plan, std::string const& settings) : FaceBed(plan) { folder.Write(settings); }
 
   /// The whole set-up. @return what was printed
   std::string SetUp(int faceType) {
@@ -71,15 +68,15 @@ class FaceBed {
   }
 
   /// The whole set-up with the settings from the parameter block. @return what was printed
-  std::string SetUp(int faceType, PlainSettings const& settings) {
+  std::string SetUp(int faceType, FaceSettings const& settings) {
     UseBlock(settings);
     return SetUp(faceType);
   }
 
-  void UseBlock(PlainSettings const& settings);
+  void UseBlock(FaceSettings const& settings);
 
   /// The plain form on the same records.
-  PlainFaceOperator Plain(int faceType, PlainSettings const& settings) {
+  PlainFaceOperator Plain(int faceType, FaceSettings const& settings) {
     return PlainFaceOperator(host.mesh, host.partitionFaces, faceType, settings);
   }
 
@@ -94,4 +91,4 @@ std::vector<int> RowOf(int const* row);
 /// The rows of a Cpp_DataStructure, from row 1 on.
 std::vector<std::vector<int>> RowsOf(Cpp_DataStructure& table);
 
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -1,14 +1,11 @@
 #include "tests/support/rbf_face/FaceTables.h"
 
-#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/rbf_face/FaceBed.h"
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::SameValue;
-using ::testing::AssertionFailure;
-using ::testing::AssertionSuccess;
 using ::testing::PrintToString;
 
 std::string Of(std::string const& what, int number) { return what + " " + std::to_string(number); }
@@ -195,4 +192,4 @@ AssertionResult SameReport(PlainFaceOperator const& plain, CZynFaceRBFInternalOb
   return first.Result();
 }
 
-}  // namespace rbf_face_test
+}  // namespace zyn_test

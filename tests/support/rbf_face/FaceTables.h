@@ -1,17 +1,14 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <string>
 
 #include "rbf_face/CZynFaceRBFInternalObject.h"
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/rbf_face/PlainFaceOperator.h"
 
 // Comparisons of the library's tables with those of the plain form, bit for bit; the first difference is named.
 
-namespace rbf_face_test {
-
-using ::testing::AssertionResult;
+namespace zyn_test {
 
 /// Points, kinds, marks of boundary nodes, target points, bounds, mean distance and the greatest number of
 /// vertices.
@@ -38,4 +35,4 @@ AssertionResult SameReport(PlainFaceOperator const& plain, CZynFaceRBFInternalOb
 
 AssertionResult SamePoint(std::string const& what, Point const& expected, IBCnode const& actual);
 
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -6,7 +6,7 @@
 
 #include "foundation/CDenseSolver.h"
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
 constexpr std::size_t At(int i) { return static_cast<std::size_t>(i); }
@@ -109,7 +109,7 @@ void Account(BackwardErrors& errors, std::vector<double> const& a, std::vector<d
 }  // namespace
 
 PlainFaceOperator::PlainFaceOperator(CZYN3DFiniteVolumeMesh const& m, CPartitionFace_DLL& partitionFaces,
-                                     int type, PlainSettings const& s)
+                                     int type, FaceSettings const& s)
     : mesh(m), faceType(type), settings(s), partitionFaces_(partitionFaces) {
   nFace = Of(faceType).count;
 }
@@ -717,4 +717,4 @@ PlainFaceOperator::Values PlainFaceOperator::Apply(Values const& phi) const {
   return result;
 }
 
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -5,11 +5,11 @@
 
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
-#include "tests/support/mesh/MeshPlan.h"
+#include "tests/support/mesh/BoxMesh.h"
 
-namespace rbf_face_test {
+namespace zyn_test {
 
-struct PlainSettings {
+struct FaceSettings {
   int method = 4;
   double span = 1000.0;
   int searchNumber = 20;
@@ -47,7 +47,7 @@ class PlainFaceOperator {
   using Values = std::vector<double>;  ///< [1..n], element 0 unused
 
   PlainFaceOperator(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces, int faceType,
-                    PlainSettings const& settings);
+                    FaceSettings const& settings);
 
   /// All stages in their order.
   void Run();
@@ -89,7 +89,7 @@ class PlainFaceOperator {
 
   CZYN3DFiniteVolumeMesh const& mesh;
   int faceType, nFace;
-  PlainSettings settings;
+  FaceSettings settings;
 
   std::vector<Point> points;  ///< [1..NCell] and kinds
   std::vector<int> kinds;
@@ -145,4 +145,4 @@ class PlainFaceOperator {
   mutable CZYNOptKer tree_;
 };
 
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -8,7 +8,7 @@
 
 #include "foundation/CDenseSolver.h"
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 constexpr std::size_t At(int i) { return static_cast<std::size_t>(i); }
@@ -81,7 +81,7 @@ void Statistics::Take(int i, double computed, double exact) {
 }
 
 PlainPointOperator::PlainPointOperator(CZYN3DFiniteVolumeMesh const& m, CPartitionFace_DLL& faces,
-                                       PlainSettings s)
+                                       PointSettings s)
     : mesh(m), partitionFaces(faces), settings(s) {}
 
 void PlainPointOperator::SetUp(double const* mark, std::vector<Point> const& points) {
@@ -423,4 +423,4 @@ Weights PlainPointOperator::Apply(int i, double const* field) const {
   return sum;
 }
 
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

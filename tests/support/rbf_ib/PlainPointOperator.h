@@ -5,13 +5,11 @@
 
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
-#include "tests/support/mesh/CellMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
 
-namespace rbf_ib_test {
+namespace zyn_test {
 
-using rbf_cell_test::Point;
-
-struct PlainSettings {
+struct PointSettings {
   double span = 500.0;
   int method = 3;
   int number = 20;
@@ -63,7 +61,7 @@ class PlainPointOperator {
  public:
   /// Borrows the mesh and the faces.
   PlainPointOperator(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces,
-                     PlainSettings settings = PlainSettings());
+                     PointSettings settings = PointSettings());
 
   /// All steps. @param mark [1..NCell], negative for usable cells; point i stands at points[i - 1]
   void SetUp(double const* mark, std::vector<Point> const& points);
@@ -91,7 +89,7 @@ class PlainPointOperator {
 
   CZYN3DFiniteVolumeMesh const& mesh;
   CPartitionFace_DLL& partitionFaces;
-  PlainSettings settings;
+  PointSettings settings;
 
   std::vector<Point> positions;  ///< [1..NCell]
   std::vector<int> tags, kinds;  ///< [1..NCell]
@@ -140,4 +138,4 @@ class PlainPointOperator {
   CZYNOptKer tree_;
 };
 
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -7,15 +7,13 @@
 
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "tests/support/host/GuardedArray.h"
-#include "tests/support/host/PointHost.h"
+#include "tests/support/host/OperatorHosts.h"
 #include "tests/support/rbf_ib/PlainPointOperator.h"
 #include "tests/support/watch/SettingsFolder.h"
 
-namespace rbf_ib_test {
+namespace zyn_test {
 
-using rbf_cell_test::Printed;
-using rbf_cell_test::SettingsFolder;
-using Array = gradient_test::GuardedArray<double>;
+using Array = GuardedArray<double>;
 
 /// A settings file with the given values, in the object's own layout.
 inline std::string Settings(std::string const& span, std::string const& method, std::string const& distance,
@@ -24,7 +22,7 @@ inline std::string Settings(std::string const& span, std::string const& method, 
          "\nSearch_distance   = " + distance + "\nSearch_number     = " + number + "\n";
 }
 
-inline std::string Settings(PlainSettings const& s) {
+inline std::string Settings(PointSettings const& s) {
   return Settings(std::to_string(s.span), std::to_string(s.method), "0.0", std::to_string(s.number));
 }
 
@@ -34,7 +32,7 @@ constexpr double kUsable = -1.0, kUnusable = 0.0;
 inline Array AllUsable(int n) { return Array(n, kUsable); }
 
 /// Only the interior cells.
-inline Array InteriorUsable(PointMesh const& mesh) {
+inline Array InteriorUsable(TestMesh const& mesh) {
   Array marks(mesh.NCell(), kUnusable);
   for (int c = 1; c <= mesh.nInnerCells; ++c) marks[c] = kUsable;
   return marks;
@@ -62,9 +60,9 @@ struct PointArrays {
 class PointBed {
  public:
   /// Without settings there is no file before the object writes one.
-  explicit PointBed(PointMesh const& mesh) : host(mesh, folder.BaseFileName()) { Connect(object, host); }
-  PointBed(PointMesh const& mesh, std::string const& settings) : PointBed(mesh) { folder.Write(settings); }
-  PointBed(PointMesh const& mesh, PlainSettings const& settings) : PointBed(mesh, Settings(settings)) {}
+  explicit PointBed(TestMesh const& mesh) : host(mesh, folder.BaseFileName()) { Connect(object, host); }
+  PointBed(TestMesh const& mesh, std::string const& settings) : PointBed(mesh) { folder.Write(settings); }
+  PointBed(TestMesh const& mesh, PointSettings const& settings) : PointBed(mesh, Settings(settings)) {}
   PointBed(PointBed const&) = delete;
   PointBed& operator=(PointBed const&) = delete;
 
@@ -109,4 +107,4 @@ class PointBed {
   CZynIBRBFInternalObject object;
 };
 
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

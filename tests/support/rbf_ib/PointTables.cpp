@@ -5,11 +5,8 @@
 
 #include "host/Zyn3dGV.h"
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
-
-using ::testing::AssertionFailure;
-using ::testing::AssertionSuccess;
 
 constexpr std::size_t At(int i) { return static_cast<std::size_t>(i); }
 
@@ -251,4 +248,4 @@ AssertionResult SameContent(CZynIBRBFInternalObject const& a, CZynIBRBFInternalO
   return compare.Result();
 }
 
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

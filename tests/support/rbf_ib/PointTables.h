@@ -3,13 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/rbf_ib/PlainPointOperator.h"
 
-namespace rbf_ib_test {
-
-using rbf_cell_test::SameValue;
-using ::testing::AssertionResult;
+namespace zyn_test {
 
 /// Each compares bit by bit and names the first difference.
 
@@ -38,4 +35,4 @@ AssertionResult SameTables(PlainPointOperator const& plain, CZynIBRBFInternalObj
 /// addresses.
 AssertionResult SameContent(CZynIBRBFInternalObject const& a, CZynIBRBFInternalObject const& b);
 
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

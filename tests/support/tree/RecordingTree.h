@@ -4,34 +4,52 @@
 #include <functional>
 #include <vector>
 
-namespace rbf_cell_test {
+namespace zyn_test {
 
-/// What the search tree of this program was asked to do: the program links it in place of the solver's tree, to see
-/// the calls themselves and to answer them in an order of its own.
+/// Three coordinates of one corner of a box, then those of the opposite one, in the order in which they were given.
+using Corners = std::array<double, 6>;
+
+/// What the search trees of this program were asked to do, all of them together. The program links them in place of
+/// the solver's tree, to see the calls themselves and to choose the answers.
 struct TreeCalls {
-  /// The nine arguments of a call of SetADTreeRange, the integers as numbers.
-  std::vector<std::array<double, 9>> ranges;
-
+  struct Range {
+    int tree;                         ///< number of the tree, from 1 in the order of construction
+    std::array<double, 9> arguments;  ///< the integers as numbers
+    int boxesBefore;                  ///< boxes that the tree had by then
+  };
   struct Box {
-    int id;
-    std::array<double, 6> corners;  ///< as given: high x, y, z, low x, y, z
+    int tree, id;
+    Corners corners;  ///< high x, y, z, low x, y, z
   };
-  std::vector<Box> boxes;
-
-  int boxesBeforeTheLastRange = 0;
-  int constructed = 0, destroyed = 0, searches = 0;
-
   struct Query {
-    std::array<double, 6> corners;  ///< as given: low x, y, z, high x, y, z
-    int last;                       ///< the last argument
+    int tree;
+    Corners corners;  ///< low x, y, z, high x, y, z
+    int last;         ///< the last argument
+    int found;
   };
+
+  int constructed = 0, destroyed = 0;
+  std::vector<Range> ranges;
+  std::vector<Box> boxes;
   std::vector<Query> queries;
 
-  /// The identities that a query is answered with; without a function none. An answer is overwritten and given back
-  /// by the next search.
-  std::function<std::vector<int>(std::array<double, 6> const& corners)> answer;
+  /// Gives the identities for a query in place of the tree, may be empty. The tree names those of the boxes that meet
+  /// the query, in ascending order.
+  std::function<std::vector<int>(Corners const&)> answer;
+
+  /// Puts the tree's own answers into another order, may be empty.
+  std::function<void(std::vector<int>&)> arrange;
+
+  std::vector<Box> BoxesOf(int tree) const;
+  std::vector<Range> RangesOf(int tree) const;
 };
 
 TreeCalls& Calls();
 
-}  // namespace rbf_cell_test
+/// Forgets all calls; trees count from 1 again and answer for themselves.
+void StartAnew();
+
+/// The same with trees that find nothing.
+void StartAnewWithoutAnswers();
+
+}  // namespace zyn_test

@@ -56,7 +56,7 @@ void Release(void* memory) noexcept {
 
 }  // namespace
 
-namespace gradient_test {
+namespace zyn_test {
 
 long Allocations() { return allocations; }
 
@@ -73,7 +73,7 @@ FailingAllocation::~FailingAllocation() { untilFailure = 0; }
 
 bool FailingAllocation::Happened() const { return failed; }
 
-}  // namespace gradient_test
+}  // namespace zyn_test
 
 // Without a block the library asks operator new for as much, to have it fail as everything else does.
 void* __wrap_calloc(std::size_t count, std::size_t size) noexcept {

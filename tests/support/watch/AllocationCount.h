@@ -1,6 +1,6 @@
 #pragma once
 
-namespace gradient_test {
+namespace zyn_test {
 
 /// Allocations by operator new in this program so far, in any of its forms.
 long Allocations();
@@ -24,4 +24,4 @@ class FailingAllocation {
   bool Happened() const;
 };
 
-}  // namespace gradient_test
+}  // namespace zyn_test

@@ -2,7 +2,7 @@
 
 #include <fenv.h>
 
-namespace gradient_test {
+namespace zyn_test {
 
 /// For its lifetime, division by zero, invalid operations and overflow stop the program, as solvers have it that look
 /// for their own errors: what runs meanwhile has none of them.
@@ -26,4 +26,4 @@ class ArmedTraps {
   static constexpr int kTraps = FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW;
 };
 
-}  // namespace gradient_test
+}  // namespace zyn_test

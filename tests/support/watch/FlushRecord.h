@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace gradient_test {
+namespace zyn_test {
 
 /// Stands in for the buffer of std::cout for its lifetime and keeps what is flushed together apart from what is flushed
 /// next.
@@ -30,4 +30,4 @@ class FlushRecord : private std::stringbuf {
   std::vector<std::string> pieces_;
 };
 
-}  // namespace gradient_test
+}  // namespace zyn_test

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-namespace rbf_cell_test {
+namespace zyn_test {
 
 /// Sends standard output to a file for its lifetime and tells what has arrived there, so that text which
 /// still waits in a buffer of the program is not seen.
@@ -37,4 +37,4 @@ class FlushedOutput {
   int formerOutput_ = -1;
 };
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

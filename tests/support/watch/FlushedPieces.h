@@ -5,12 +5,12 @@
 
 #include "tests/support/watch/FlushRecord.h"
 
-namespace rbf_ib_test {
+namespace zyn_test {
 
 /// What `call` writes to standard output, flush by flush.
 template <typename Call>
 std::vector<std::string> PrintedPieces(Call call) {
-  gradient_test::FlushRecord const record;
+  FlushRecord const record;
   call();
   return record.Pieces();
 }
@@ -26,4 +26,4 @@ inline std::vector<std::string> LinesWithTheirGaps(std::string const& text) {
   return lines;
 }
 
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -7,16 +7,10 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace rbf_cell_test {
-
-std::string Settings(std::string const& span, std::string const& shapeNormalize) {
-  return "1001\nSpan              = " + span + "\nShape Normalize   = " + shapeNormalize + "\n";
-}
-
-std::string DefaultSettings() { return Settings("500", "0"); }
+namespace zyn_test {
 
 SettingsFolder::SettingsFolder() {
-  std::string name = ::testing::TempDir() + "/rbf_cell_XXXXXX";
+  std::string name = ::testing::TempDir() + "/settings_XXXXXX";
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder for the test: " + name);
   path_ = name;
 }
@@ -40,4 +34,4 @@ std::string SettingsFolder::Read() const {
 
 bool SettingsFolder::Exists() const { return std::filesystem::exists(SettingsFileName()); }
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

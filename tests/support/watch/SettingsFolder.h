@@ -4,13 +4,7 @@
 
 #include <string>
 
-namespace rbf_cell_test {
-
-/// A settings file with the given values, in the operator's own layout.
-std::string Settings(std::string const& span, std::string const& shapeNormalize);
-
-/// The settings file as the operator writes it.
-std::string DefaultSettings();
+namespace zyn_test {
 
 /// A new folder for one test, removed with everything in it at the end.
 class SettingsFolder {
@@ -40,4 +34,4 @@ std::string Printed(Call call) {
   return ::testing::internal::GetCapturedStdout();
 }
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -273,7 +273,7 @@ TEST(Vector1, ConstSubscriptWith100PrintsTheMessageInTheseWordsAndGivesElement1)
 
 TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
   CZYNVector<int, 1> const vector(5);
-  gradient_test::FlushRecord const record;
+  zyn_test::FlushRecord const record;
   EXPECT_EQ(0, vector[100]);
   ASSERT_EQ(2U, record.Pieces().size());
   EXPECT_EQ("\n", record.Pieces()[0]);

@@ -14,7 +14,7 @@
 
 namespace {
 
-using gradient_test::ArmedTraps;
+using zyn_test::ArmedTraps;
 
 double volatile zero = 0.0, one = 1.0, largest = 1e308;
 

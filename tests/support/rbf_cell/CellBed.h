@@ -3,21 +3,29 @@
 #include <string>
 
 #include "rbf_cell/CZynRBFInternalObject.h"
-#include "tests/support/host/CellHost.h"
+#include "tests/support/host/OperatorHosts.h"
 #include "tests/support/watch/SettingsFolder.h"
 
-namespace rbf_cell_test {
+namespace zyn_test {
+
+/// A settings file with the given values, in the operator's own layout.
+inline std::string Settings(std::string const& span, std::string const& shapeNormalize) {
+  return "1001\nSpan              = " + span + "\nShape Normalize   = " + shapeNormalize + "\n";
+}
+
+/// The settings file as the operator writes it.
+inline std::string DefaultSettings() { return Settings("500", "0"); }
 
 /// An operator that was given all host objects of a mesh, with a folder for its settings file. The operator
 /// destroys the five host objects at the end.
-class TestBed {
+class CellBed {
  public:
   /// Without settings there is no file before the operator writes one.
-  explicit TestBed(CellMesh const& mesh) : host(mesh, folder.BaseFileName()), object(NewConnected(host)) {}
-  TestBed(CellMesh const& mesh, std::string const& settings) : TestBed(mesh) { folder.Write(settings); }
-  ~TestBed() { delete object; }
-  TestBed(TestBed const&) = delete;
-  TestBed& operator=(TestBed const&) = delete;
+  explicit CellBed(TestMesh const& mesh) : host(mesh, folder.BaseFileName()), object(NewConnected(host)) {}
+  CellBed(TestMesh const& mesh, std::string const& settings) : CellBed(mesh) { folder.Write(settings); }
+  ~CellBed() { delete object; }
+  CellBed(CellBed const&) = delete;
+  CellBed& operator=(CellBed const&) = delete;
 
   /// Set-up without weights. @return what was printed
   std::string SetUp() {
@@ -54,4 +62,4 @@ class TestBed {
   CZynRBFInternalObject* const object;
 };
 
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -1,8 +1,17 @@
-#include "tests/support/host/GuardedFaces.h"
+#include "tests/support/host/LentFaces.h"
 
-namespace gradient_test {
+namespace zyn_test {
+namespace {
 
-GuardedFaces::GuardedFaces(std::vector<Face> const& faces)
+std::vector<std::vector<int>> NodesOf(std::vector<Face> const& faces) {
+  std::vector<std::vector<int>> rows(1);
+  for (Face const& face : faces) rows.push_back(face.nodes);
+  return rows;
+}
+
+}  // namespace
+
+LentFaces::LentFaces(std::vector<Face> const& faces)
     : count(static_cast<int>(faces.size())),
       cv(count),
       other(count),
@@ -13,7 +22,8 @@ GuardedFaces::GuardedFaces(std::vector<Face> const& faces)
       xc(count),
       yc(count),
       zc(count),
-      weight(count) {
+      weight(count),
+      nodes(NodesOf(faces)) {
   int f = 0;
   for (Face const& face : faces) {
     ++f;
@@ -30,10 +40,11 @@ GuardedFaces::GuardedFaces(std::vector<Face> const& faces)
   }
 }
 
-bool GuardedFaces::IdenticalTo(GuardedFaces const& o) const {
+bool LentFaces::IdenticalTo(LentFaces const& o) const {
   return cv.IdenticalTo(o.cv) && other.IdenticalTo(o.other) && type.IdenticalTo(o.type) &&
          sx.IdenticalTo(o.sx) && sy.IdenticalTo(o.sy) && sz.IdenticalTo(o.sz) && xc.IdenticalTo(o.xc) &&
-         yc.IdenticalTo(o.yc) && zc.IdenticalTo(o.zc) && weight.IdenticalTo(o.weight);
+         yc.IdenticalTo(o.yc) && zc.IdenticalTo(o.zc) && weight.IdenticalTo(o.weight) &&
+         nodes.Rows() == o.nodes.Rows();
 }
 
-}  // namespace gradient_test
+}  // namespace zyn_test

@@ -1,13 +1,13 @@
-#include "tests/support/mesh/PointMesh.h"
+#include "tests/support/mesh/Hexahedra.h"
 
 #include <random>
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using Random = std::mt19937_64;
 
-Point Middle(PointMesh const& mesh, std::vector<int> const& nodes) {
+Point Middle(TestMesh const& mesh, std::vector<int> const& nodes) {
   Point sum;
   for (int const n : nodes) {
     Point const& p = mesh.nodes[static_cast<std::size_t>(n)];
@@ -46,7 +46,7 @@ struct Lattice {
   }
 };
 
-void AddNodes(PointMesh& mesh, HexahedraOptions const& o) {
+void AddNodes(TestMesh& mesh, HexahedraOptions const& o) {
   Random random(o.seed);
   std::uniform_real_distribution<double> shift(-o.jitter, o.jitter);
   for (int k = 0; k <= o.nz; ++k)
@@ -57,7 +57,7 @@ void AddNodes(PointMesh& mesh, HexahedraOptions const& o) {
       }
 }
 
-void AddInnerFaces(PointMesh& mesh, Lattice const& lattice) {
+void AddInnerFaces(TestMesh& mesh, Lattice const& lattice) {
   HexahedraOptions const& o = lattice.o;
   lattice.ForEachCube([&](int i, int j, int k) {
     int const c = lattice.Cell(i, j, k);
@@ -67,25 +67,25 @@ void AddInnerFaces(PointMesh& mesh, Lattice const& lattice) {
   });
 }
 
-void AddSides(PointMesh& mesh, Lattice const& lattice) {
-  auto const add = [&mesh](std::vector<Face>& group, int cell, std::vector<int> const& nodes) {
+void AddSides(TestMesh& mesh, Lattice const& lattice) {
+  auto const add = [&mesh](Group group, int cell, std::vector<int> const& nodes) {
     Point const face = Middle(mesh, nodes), own = mesh.Centre(cell);
     mesh.AddSide(group, cell, face, {2 * face.x - own.x, 2 * face.y - own.y, 2 * face.z - own.z}, nodes);
   };
   HexahedraOptions const& o = lattice.o;
   lattice.ForEachCube([&](int i, int j, int k) {
     int const c = lattice.Cell(i, j, k);
-    if (i == 0) add(mesh.inlet, c, lattice.FaceX(i, j, k));
-    if (i + 1 == o.nx) add(mesh.outlet, c, lattice.FaceX(i + 1, j, k));
-    if (j == 0) add(mesh.wall, c, lattice.FaceY(i, j, k));
-    if (j + 1 == o.ny) add(mesh.partition, c, lattice.FaceY(i, j + 1, k));
-    if (k == 0) add(mesh.symmetry, c, lattice.FaceZ(i, j, k));
-    if (k + 1 == o.nz) add(mesh.wall, c, lattice.FaceZ(i, j, k + 1));
+    if (i == 0) add(kInlet, c, lattice.FaceX(i, j, k));
+    if (i + 1 == o.nx) add(kOutlet, c, lattice.FaceX(i + 1, j, k));
+    if (j == 0) add(kWall, c, lattice.FaceY(i, j, k));
+    if (j + 1 == o.ny) add(kPartition, c, lattice.FaceY(i, j + 1, k));
+    if (k == 0) add(kSymmetry, c, lattice.FaceZ(i, j, k));
+    if (k + 1 == o.nz) add(kWall, c, lattice.FaceZ(i, j, k + 1));
   });
 }
 
 /// Takes the interior cells out of the rows of all nodes on the surface.
-void ListOuterCellsAlone(PointMesh& mesh) {
+void ListOuterCellsAlone(TestMesh& mesh) {
   for (std::vector<int>& row : mesh.nodeCells) {
     if (row.empty() || row.back() <= mesh.nInnerCells) continue;
     std::vector<int> outer;
@@ -97,50 +97,13 @@ void ListOuterCellsAlone(PointMesh& mesh) {
 
 }  // namespace
 
-int PointMesh::AddNode(Point p) {
-  nodes.push_back(p);
-  nodeCells.emplace_back();
-  return NNode();
-}
-
-int PointMesh::AddOuterCell(Point centre, std::vector<int> const& itsNodes) {
-  centres.push_back(centre);
-  cellNodes.push_back(itsNodes);
-  for (int const n : itsNodes) NodeCells(n).push_back(NCell());
-  return NCell();
-}
-
-int PointMesh::AddInteriorCell(Point centre, std::vector<int> const& itsNodes) {
-  ++nInnerCells;
-  return AddOuterCell(centre, itsNodes);
-}
-
-void PointMesh::JoinInterior(int a, int b) {
-  Point const &p = Centre(a), &q = Centre(b);
-  inner.push_back({a, b, {0.5 * (p.x + q.x), 0.5 * (p.y + q.y), 0.5 * (p.z + q.z)}, {}});
-}
-
-int PointMesh::AddSide(std::vector<Face>& group, int cell, Point faceCentre, Point ghostCentre,
-                       std::vector<int> const& itsNodes) {
-  int const ghost = AddOuterCell(ghostCentre, itsNodes);
-  group.push_back({cell, ghost, faceCentre, itsNodes});
-  return ghost;
-}
-
-PointMesh LooseCells(std::vector<Point> const& centres) {
-  PointMesh mesh;
-  for (Point const& centre : centres) mesh.AddInteriorCell(centre);
-  if (centres.size() > 1) mesh.JoinInterior(1, 2);
-  return mesh;
-}
-
-PointMesh Hexahedra(HexahedraOptions const& options) {
-  PointMesh mesh;
+TestMesh Hexahedra(HexahedraOptions const& options) {
+  TestMesh mesh;
   Lattice const lattice{options};
   AddNodes(mesh, options);
   lattice.ForEachCube([&](int i, int j, int k) {
     std::vector<int> const nodes = lattice.CellNodes(i, j, k);
-    mesh.AddInteriorCell(Middle(mesh, nodes), nodes);
+    mesh.AddCell(Middle(mesh, nodes), nodes);
   });
   AddInnerFaces(mesh, lattice);
   AddSides(mesh, lattice);
@@ -148,4 +111,4 @@ PointMesh Hexahedra(HexahedraOptions const& options) {
   return mesh;
 }
 
-}  // namespace rbf_ib_test
+}  // namespace zyn_test
