@@ -283,7 +283,7 @@ TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
 TYPED_TEST(Vector, ConstSubscriptOfAnEmptyVectorPrintsAndGivesAZero) {
   typename TypeParam::Vector const vector;
   ::testing::internal::CaptureStdout();
-  typename const TypeParam::Value value = vector[3];
+  auto const value = vector[3];
   EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 0~0, Out_Of_Range(3)\n\n",
             ::testing::internal::GetCapturedStdout());
   EXPECT_EQ(typename TypeParam::Value(), value);
