@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "host_check/CheckHostData.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
@@ -116,15 +117,16 @@ class AnyHost {
   }
 
   void FillCounts() {
-    int* const counts[] = {&mesh_.NInnerCells, &mesh_.NInnerFaces, &mesh_.NNode,     &mesh_.NWall,
-                           &mesh_.NInlet,      &mesh_.NOutlet,     &mesh_.NSymmetry, &faces_.count};
+    std::vector<int*> counts = {&mesh_.NInnerCells, &mesh_.NNode, &faces_.count};
+    for (FaceGroupMembers const& group : face_groups::kTable)
+      if (group.kind != FaceKind::Partition) counts.push_back(&(mesh_.*group.count));
     for (int* count : counts) *count = input_.ConsumeIntegralInRange(0, 6);
     mesh_.NInnerFaces = input_.ConsumeIntegralInRange(0, kLongest);
     mesh_.NNode = input_.ConsumeIntegralInRange(0, kLongest);
     mesh_.NCell = input_.ConsumeIntegralInRange(0, kLongest);
     int const odd = input_.ConsumeIntegralInRange(0, 31);
     constexpr int kOdd[] = {INT_MAX, -1, INT_MIN, 1 << 30};
-    if (odd < 32 / 4) *counts[odd] = kOdd[input_.ConsumeIntegralInRange(0, 3)];
+    if (odd < 8) *counts[static_cast<std::size_t>(odd)] = kOdd[input_.ConsumeIntegralInRange(0, 3)];
     if (odd == 8) mesh_.NCell = kOdd[input_.ConsumeIntegralInRange(0, 3)];
   }
 
@@ -154,32 +156,30 @@ class AnyHost {
 
   void FillReals() {
     CZYN3DFiniteVolumeMesh& m = mesh_;
-    double** const arrays[] = {
-        &m.xn,           &m.yn,          &m.zn,         &m.xc,           &m.yc,           &m.zc,
-        &m.Lamda,        &m.Volume,      &m.ijWallSx,   &m.ijWallSy,     &m.ijWallSz,     &m.ijInletSx,
-        &m.ijInletSy,    &m.ijInletSz,   &m.ijOutletSx, &m.ijOutletSy,   &m.ijOutletSz,   &m.ijInletxc,
-        &m.ijInletyc,    &m.ijInletzc,   &m.ijWallxc,   &m.ijWallyc,     &m.ijWallzc,     &m.ijSymmetryxc,
-        &m.ijOutletxc,   &m.ijOutletyc,  &m.ijOutletzc, &m.ijSx,         &m.ijSy,         &m.ijSz,
-        &m.ijxc,         &m.ijyc,        &m.ijzc,       &m.ijSymmetryyc, &m.ijSymmetryzc, &m.ijSymmetrySx,
-        &m.ijSymmetrySy, &m.ijSymmetrySz};
-    for (double** array : arrays) *array = Reals();
+    for (double** array : {&m.xn, &m.yn, &m.zn, &m.xc, &m.yc, &m.zc, &m.Lamda, &m.Volume}) *array = Reals();
+    for (FaceGroupMembers const& group : face_groups::kTable) {
+      if (group.kind == FaceKind::Partition) continue;
+      for (auto const array : {group.sx, group.sy, group.sz, group.xc, group.yc, group.zc})
+        m.*array = Reals();
+    }
     for (double*& array : faces_.real) array = Reals();
   }
 
   void FillIntegers() {
-    CZYN3DFiniteVolumeMesh& m = mesh_;
-    int** const arrays[] = {&m.ijInlet,      &m.ijOutlet,        &m.ijWall,  &m.ijSymmetry, &m.ijInletCV,
-                            &m.ijOutletCV,   &m.ijWallCV,        &m.ijCV,    &m.ij,         &m.FaceType,
-                            &m.ijSymmetryCV, &m.CellLnodsNumber, &faces_.cv, &faces_.other, &faces_.type};
-    for (int** array : arrays) *array = Integers();
+    for (int** array : {&mesh_.FaceType, &mesh_.CellLnodsNumber, &faces_.cv, &faces_.other, &faces_.type})
+      *array = Integers();
+    for (FaceGroupMembers const& group : face_groups::kTable) {
+      if (group.kind == FaceKind::Partition) continue;
+      mesh_.*group.cv = Integers();
+      mesh_.*group.other = Integers();
+    }
   }
 
   void FillTables() {
     CZYN3DFiniteVolumeMesh& m = mesh_;
-    int*** const tables[] = {&m.CellCell,        &m.CellLnods,     &m.CellFace,    &m.CellFaceType,
-                             &m.ijLnods,         &m.ijParLnods,    &m.ijWallLnods, &m.ijInletLnods,
-                             &m.ijSymmetryLnods, &m.ijOutletLnods, &m.NodeCell};
-    for (int*** table : tables) *table = Table();
+    for (int*** table : {&m.CellCell, &m.CellLnods, &m.CellFace, &m.CellFaceType, &m.NodeCell})
+      *table = Table();
+    for (FaceGroupMembers const& group : face_groups::kTable) m.*group.nodes = Table();
   }
 
   void FillGlobals() {

@@ -40,7 +40,7 @@ class CellGeometryCheck {
     Vec3 sum;
     double surface = 0.0;
     for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      FaceGroupView const& group = view_.groups[entry->group];
+      CheckedFaceGroup const& group = view_.groups[entry->group];
       if (!group.areaSound[entry->face] || group.turned[entry->face]) return false;
       if (!entry->isRequired) continue;
       sum = sum + entry->sign * group.area[entry->face];
@@ -77,7 +77,7 @@ class CellGeometryCheck {
     if (!view_.centreSound[c]) return;
     double sum = 0.0;
     for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      FaceGroupView const& group = view_.groups[entry->group];
+      CheckedFaceGroup const& group = view_.groups[entry->group];
       if (!group.centreSound[entry->face] || group.centreAway[entry->face]) return;
       if (!entry->isRequired) continue;
       sum += entry->sign * Dot(group.area[entry->face], group.centre[entry->face] - view_.centres[c]);
@@ -137,7 +137,7 @@ class CellGeometryCheck {
     constexpr int kMostFaces = 64;  // the work grows as the square
     if (cellFaces_.Count(c) > kMostFaces) return nullptr;
     for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      FaceGroupView const& group = view_.groups[entry->group];
+      CheckedFaceGroup const& group = view_.groups[entry->group];
       int const f = entry->face;
       if (!group.areaSound[f] || group.turned[f] || !group.centreSound[f] || group.centreAway[f])
         return nullptr;
@@ -149,7 +149,7 @@ class CellGeometryCheck {
   }
 
   bool ExcludesCentre(int c, CellFaces::Entry const& face) const {
-    FaceGroupView const& group = view_.groups[face.group];
+    CheckedFaceGroup const& group = view_.groups[face.group];
     auto const depth = [&](Vec3 const& p) {
       return face.sign * Dot(group.area[face.face], group.centre[face.face] - p);
     };

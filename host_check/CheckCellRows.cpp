@@ -26,18 +26,18 @@ class CellRowCheck {
   void TellMissing() {
     for (int g = 0; g < HostView::kGroups; ++g) {
       if (nMissing_[g] == 0 || nListed_[g] > 0) continue;
-      FaceGroupView const& group = view_.groups[g];
+      CheckedFaceGroup const& group = view_.groups[g];
       report_.Add(HostBreach::GroupInNoRow, 0, [&] {
-        return Text("no CellFace row names a ", group.word, " face (code ", group.code, "), but ",
-                    group.countName, " = ", group.count);
+        return Text("no CellFace row names a ", group.Names().name, " face (code ", group.Names().code,
+                    "), but ", group.Names().countName, " = ", group.count);
       });
     }
     for (Missing const& missing : missing_) {
       if (nListed_[missing.group] == 0) continue;
       report_.Add(HostBreach::RowEntryMissing, missing.cell, [&] {
-        FaceGroupView const& group = view_.groups[missing.group];
+        CheckedFaceGroup const& group = view_.groups[missing.group];
         return Text("the CellFace row of cell ", missing.cell, " lacks its ", group.Name(missing.face),
-                    " (code ", group.code, ')');
+                    " (code ", group.Names().code, ')');
       });
     }
   }
@@ -94,11 +94,11 @@ class CellRowCheck {
       });
       return;
     }
-    FaceGroupView const& group = view_.groups[g];
+    CheckedFaceGroup const& group = view_.groups[g];
     if (face < 1 || face > group.count) {
       report_.Add(HostBreach::IndexOutOfRange, c, [&] {
-        return Text("entry ", k, " of the CellFace row of cell ", c, " is ", group.word, " face ", face,
-                    ", outside 1..", group.count);
+        return Text("entry ", k, " of the CellFace row of cell ", c, " is ", group.Names().name, " face ",
+                    face, ", outside 1..", group.count);
       });
       return;
     }

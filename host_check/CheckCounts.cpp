@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 #include "host_check/LocalChecks.h"
@@ -44,22 +43,26 @@ class CountCheck {
   }
 
   long long BoundaryFaces() const {
-    return static_cast<long long>(mesh_.NWall) + mesh_.NInlet + mesh_.NOutlet + mesh_.NSymmetry;
+    long long sum = 0;
+    for (FaceGroupMembers const& members : face_groups::kTable) {
+      if (IsBoundary(members.kind)) sum += mesh_.*members.count;
+    }
+    return sum;
   }
 
   void CheckSigns() {
-    std::pair<char const*, int> const counts[] = {{"NCell", mesh_.NCell},
-                                                  {"NInnerCells", mesh_.NInnerCells},
-                                                  {"NInnerFaces", mesh_.NInnerFaces},
-                                                  {"NNode", mesh_.NNode},
-                                                  {"NWall", mesh_.NWall},
-                                                  {"NInlet", mesh_.NInlet},
-                                                  {"NOutlet", mesh_.NOutlet},
-                                                  {"NSymmetry", mesh_.NSymmetry},
-                                                  {"NParInterFace()", nPar_}};
-    for (auto const& [name, count] : counts) {
-      if (count < 0) Tell(name, " = ", count, " is negative");
+    CheckSign("NCell", mesh_.NCell);
+    CheckSign("NInnerCells", mesh_.NInnerCells);
+    CheckSign("NInnerFaces", mesh_.NInnerFaces);
+    CheckSign("NNode", mesh_.NNode);
+    for (FaceGroupMembers const& members : face_groups::kTable) {
+      if (IsBoundary(members.kind)) CheckSign(members.countName, mesh_.*members.count);
     }
+    CheckSign("NParInterFace()", nPar_);
+  }
+
+  void CheckSign(char const* name, int count) {
+    if (count < 0) Tell(name, " = ", count, " is negative");
   }
 
   void CheckCells() {
@@ -118,7 +121,7 @@ class CountCheck {
 
 /// The different cells of 1..NCell that ijPar names, ascending.
 std::vector<int> NamedHaloCells(HostView const& view) {
-  FaceGroupView const& group = view.PartitionGroup();
+  CheckedFaceGroup const& group = view.PartitionGroup();
   std::vector<int> cells;
   if (group.other == nullptr) return cells;
   for (int f = 1; f <= group.count; ++f) {
@@ -132,8 +135,8 @@ std::vector<int> NamedHaloCells(HostView const& view) {
 /// Whether a boundary face names one of the cells. The last `excess` faces of each group are left out: they may
 /// not exist.
 bool AreNamedByBoundaryFaces(HostView const& view, std::vector<int> const& cells, long long excess) {
-  for (FaceGroupView const& group : view.groups) {
-    if (group.farSide != FarSide::Ghost || group.other == nullptr) continue;
+  for (CheckedFaceGroup const& group : view.groups) {
+    if (!group.LeadsToGhosts() || group.other == nullptr) continue;
     for (int f = 1; f <= group.count - excess; ++f) {
       if (std::binary_search(cells.begin(), cells.end(), group.other[f])) return true;
     }
@@ -152,8 +155,8 @@ bool CheckCounts(CZYN3DFiniteVolumeMesh const* mesh, CPartitionFace_DLL* partiti
 bool CheckHaloCount(HostView const& view, HostCheckReport& report) {
   std::vector<int> halo = NamedHaloCells(view);
   long long nBoundary = 0;
-  for (FaceGroupView const& group : view.groups) {
-    if (group.farSide == FarSide::Ghost) nBoundary += group.count;
+  for (CheckedFaceGroup const& group : view.groups) {
+    if (group.LeadsToGhosts()) nBoundary += group.count;
   }
   long long const nBeyond = static_cast<long long>(view.nCell) - view.nInner;
   // An NInnerCells that is too large takes the first cells beyond for interior ones. A single wrong entry of ijPar is told

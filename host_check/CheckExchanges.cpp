@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <string>
@@ -13,13 +11,6 @@
 #include "host_check/Text.h"
 
 namespace host_check {
-
-bool ProbeField::SameBits(double a, double b) {
-  std::uint64_t bitsOfA = 0, bitsOfB = 0;
-  std::memcpy(&bitsOfA, &a, sizeof a);
-  std::memcpy(&bitsOfB, &b, sizeof b);
-  return bitsOfA == bitsOfB;
-}
 
 namespace {
 
@@ -89,7 +80,7 @@ class ExchangeCheck {
   };
 
   void CollectHaloCells() {
-    FaceGroupView const& group = view_.PartitionGroup();
+    CheckedFaceGroup const& group = view_.PartitionGroup();
     for (int f = 1; f <= group.count; ++f) halos_.push_back({group.other[f], f});
     std::stable_sort(halos_.begin(), halos_.end(),
                      [](Halo const& a, Halo const& b) { return a.cell < b.cell; });
@@ -158,7 +149,7 @@ class ExchangeCheck {
 
   /// Round-off of the coordinates and a small part of the distance between the two cells.
   double Tolerance(int face, Vec3 const& centre) const {
-    FaceGroupView const& group = view_.PartitionGroup();
+    CheckedFaceGroup const& group = view_.PartitionGroup();
     bool const isKnown = group.cvSound[face] && view_.centreSound[group.cv[face]];
     double const distance = isKnown ? Norm(centre - view_.centres[group.cv[face]]) : 0.0;
     return options_.positionTolerance * distance + 1e-14 * Norm(centre);
@@ -201,7 +192,7 @@ class ExchangeCheck {
 }  // namespace
 
 bool PartitionCellsAreSound(HostView const& view) {
-  FaceGroupView const& group = view.PartitionGroup();
+  CheckedFaceGroup const& group = view.PartitionGroup();
   return std::all_of(group.otherSound.begin() + 1, group.otherSound.end(), [](char sound) { return sound; });
 }
 

@@ -50,7 +50,7 @@ class ReadArrays {
     Add(view.nodes, "", "n", view.nNode);
     Add(view.centres, "", "c", view.nCell);
     Add("Volume", m.Volume, view.nInner);
-    for (FaceGroupView const& group : view.groups) AddGroup(group, options.nodeTables);
+    for (CheckedFaceGroup const& group : view.groups) AddGroup(group, options.nodeTables);
     AddTable("CellCell", m.CellCell, view.nInner, options.cellRows);
     AddTable("CellFace", m.CellFace, view.nInner, options.cellRows);
     AddTable("CellFaceType", m.CellFaceType, view.nInner, options.cellRows);
@@ -100,14 +100,16 @@ class ReadArrays {
     Add(name, rows, count);
     if (rows != nullptr && isFilled) tables_.push_back({name, rows, count});
   }
-  void AddGroup(FaceGroupView const& group, bool hasNodes) {
-    Add(group.prefix + "CV", group.cv, group.count);
-    Add(group.prefix, group.other, group.count);
-    Add(group.area, group.prefix + "S", "", group.count);
-    Add(group.centre, group.prefix, "c", group.count);
-    Add(group.weightName, group.weight, group.count);
-    Add(group.typeName, group.type, group.count);
-    AddTable(group.prefix + "Lnods", group.nodes, group.count, hasNodes);
+  void AddGroup(CheckedFaceGroup const& group, bool hasNodes) {
+    Add(group.ArrayName("CV"), group.cv, group.count);
+    Add(group.Names().prefix, group.other, group.count);
+    Add(group.area, group.ArrayName("S"), "", group.count);
+    Add(group.centre, group.Names().prefix, "c", group.count);
+    if (group.Names().weightName != nullptr) {
+      Add(group.Names().weightName, group.weight, group.count);
+      Add(group.Names().typeName, group.type, group.count);
+    }
+    AddTable(group.ArrayName("Lnods"), group.nodes, group.count, hasNodes);
   }
 
   std::vector<Extent> arrays_;

@@ -46,8 +46,8 @@ NodeCells InteriorAtNodes(HostView const& view, CellNodes const& cellNodes) {
 /// The ghost and halo cells beyond the faces at every node; a halo cell may stand there several times.
 NodeCells BeyondAtNodes(HostView const& view) {
   return NodeCells(view.nNodeUsed, [&](auto const& add) {
-    for (FaceGroupView const& group : view.groups) {
-      if (group.farSide == FarSide::Interior) continue;
+    for (CheckedFaceGroup const& group : view.groups) {
+      if (group.LeadsToInterior()) continue;
       for (int f = 1; f <= group.count; ++f) {
         if (!group.nodesSound[f] || !group.otherSound[f]) continue;
         for (int k = 1; k <= group.nodes[f][0]; ++k) add(group.nodes[f][k], group.other[f]);
@@ -95,13 +95,13 @@ class NodeCellCheck {
   void MarkCells() {
     for (int c = 1; c <= view_.nCell; ++c) {
       int const g = view_.IsInterior(c) ? -1 : view_.namer[c].group;
-      bool const isGhost = g >= 0 && view_.groups[g].farSide == FarSide::Ghost;
+      bool const isGhost = g >= 0 && view_.groups[g].LeadsToGhosts();
       bool const isKnown = view_.IsInterior(c) ? cellNodes_.AreKnown(c)
                                                : isGhost && view_.groups[g].nodesSound[view_.namer[c].face];
       mayBeAnywhere_[c] = isKnown ? 0 : 1;
       nAnywhere_ += mayBeAnywhere_[c];
     }
-    for (FaceGroupView const& group : view_.groups) {
+    for (CheckedFaceGroup const& group : view_.groups) {
       for (int f = 1; f <= group.count; ++f) allFacesAreSound_ = allFacesAreSound_ && group.nodesSound[f];
     }
   }

@@ -20,7 +20,7 @@ void CheckCellCentres(HostView& view, HostCheckReport& report) {
   }
 }
 
-void CheckFaceCentres(FaceGroupView& group, HostCheckReport& report) {
+void CheckFaceCentres(CheckedFaceGroup& group, HostCheckReport& report) {
   if (!group.centre.AreThere()) return;
   for (int f = 1; f <= group.count; ++f) {
     group.centreSound[f] = IsFinite(group.centre[f]) ? 1 : 0;
@@ -42,12 +42,12 @@ void CheckNodes(HostView& view, HostCheckReport& report) {
 
 void CheckPositions(HostView& view, HostCheckOptions const& options, HostCheckReport& report) {
   CheckCellCentres(view, report);
-  for (FaceGroupView& group : view.groups) CheckFaceCentres(group, report);
+  for (CheckedFaceGroup& group : view.groups) CheckFaceCentres(group, report);
   if (options.nodeTables) CheckNodes(view, report);
 }
 
 void CheckAreas(HostView& view, HostCheckReport& report) {
-  for (FaceGroupView& group : view.groups) {
+  for (CheckedFaceGroup& group : view.groups) {
     if (!group.area.AreThere()) continue;
     for (int f = 1; f <= group.count; ++f) {
       Vec3 const area = group.area[f];

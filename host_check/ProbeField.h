@@ -1,6 +1,7 @@
 #pragma once
 
-#include <string>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "host_check/HostView.h"
@@ -44,7 +45,7 @@ class ProbeField {
   void ForEachChangedGhost(Tell const& tell) const {
     for (int c = view_.nInner + 1; c <= view_.nCell; ++c) {
       int const g = view_.namer[c].group;
-      if (g >= 0 && view_.groups[g].farSide == FarSide::Ghost && IsFilled(c)) tell(c);
+      if (g >= 0 && view_.groups[g].LeadsToGhosts() && IsFilled(c)) tell(c);
     }
   }
 
@@ -57,7 +58,12 @@ class ProbeField {
       if (IsFilled(i)) tell(i);
   }
 
-  static bool SameBits(double a, double b);
+  static bool SameBits(double a, double b) {
+    std::uint64_t bitsOfA = 0, bitsOfB = 0;
+    std::memcpy(&bitsOfA, &a, sizeof a);
+    std::memcpy(&bitsOfB, &b, sizeof b);
+    return bitsOfA == bitsOfB;
+  }
 
  private:
   static constexpr int kGuard = 64;

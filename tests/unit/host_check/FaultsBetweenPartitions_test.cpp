@@ -10,6 +10,7 @@
 #include <sstream>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/host_check/FaultyCommunication.h"
 #include "tests/unit/reference_host/TestMeshes.h"
@@ -105,16 +106,15 @@ TEST_F(FaultsBetweenPartitions, GhostCellThatIsAlsoAHaloCellIsTold) {
 
 // The halo cells need room, too: without them the count would fit.
 TEST_F(FaultsBetweenPartitions, BoundaryCountThatLeavesNoRoomForHaloCellsIsTold) {
-  for (int CZYN3DFiniteVolumeMesh::*count :
-       {&CZYN3DFiniteVolumeMesh::NWall, &CZYN3DFiniteVolumeMesh::NInlet, &CZYN3DFiniteVolumeMesh::NOutlet,
-        &CZYN3DFiniteVolumeMesh::NSymmetry}) {
-    ++(Mesh().*count);
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (!IsBoundary(members.kind)) continue;
+    ++(Mesh().*members.count);
     auto const reports =
         ExpectTold(HostBreach::BadCount, 0, "halo cells that ijPar names are more than NCell");
     EXPECT_EQ(reports[0].Count(), 0) << TextOf(reports[0]);
     ASSERT_EQ(reports[0].Notes().size(), 1u);
     EXPECT_NE(reports[0].Notes()[0].find("another partition"), std::string::npos);
-    --(Mesh().*count);
+    --(Mesh().*members.count);
   }
 }
 

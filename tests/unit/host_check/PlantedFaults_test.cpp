@@ -5,8 +5,11 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
@@ -92,13 +95,48 @@ void MoveCentre(Mesh& m, int f, double forwards, double sideways) {
   }
 }
 
-/// The components of the area vectors, with their counts.
-std::vector<std::pair<double*, int>> AllAreas(Mesh& m) {
-  return {{m.ijSx, m.NInnerFaces},       {m.ijSy, m.NInnerFaces},       {m.ijSz, m.NInnerFaces},
-          {m.ijWallSx, m.NWall},         {m.ijWallSy, m.NWall},         {m.ijWallSz, m.NWall},
-          {m.ijInletSx, m.NInlet},       {m.ijInletSy, m.NInlet},       {m.ijInletSz, m.NInlet},
-          {m.ijOutletSx, m.NOutlet},     {m.ijOutletSy, m.NOutlet},     {m.ijOutletSz, m.NOutlet},
-          {m.ijSymmetrySx, m.NSymmetry}, {m.ijSymmetrySy, m.NSymmetry}, {m.ijSymmetrySz, m.NSymmetry}};
+void ScaleAreas(Mesh& m, double factor) {
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (members.kind == FaceKind::Partition) continue;
+    for (double* const component : {m.*members.sx, m.*members.sy, m.*members.sz}) {
+      for (int f = 1; f <= m.*members.count; ++f) component[f] *= factor;
+    }
+  }
+}
+
+/// All arrays that the record of a host without partition faces lends, by name.
+std::vector<std::pair<std::string, void*>> AllArrays(Mesh const& m) {
+  std::vector<std::pair<std::string, void*>> arrays = {{"xn", m.xn},
+                                                       {"yn", m.yn},
+                                                       {"zn", m.zn},
+                                                       {"xc", m.xc},
+                                                       {"yc", m.yc},
+                                                       {"zc", m.zc},
+                                                       {"Volume", m.Volume},
+                                                       {"CellCell", m.CellCell},
+                                                       {"CellLnods", m.CellLnods},
+                                                       {"CellLnodsNumber", m.CellLnodsNumber},
+                                                       {"CellFace", m.CellFace},
+                                                       {"CellFaceType", m.CellFaceType},
+                                                       {"NodeCell", m.NodeCell},
+                                                       {"Lamda", m.Lamda},
+                                                       {"FaceType", m.FaceType}};
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (members.kind == FaceKind::Partition) continue;
+    auto const add = [&](char const* ending, void* array) {
+      arrays.emplace_back(std::string(members.prefix) + ending, array);
+    };
+    add("CV", m.*members.cv);
+    add("", m.*members.other);
+    add("Sx", m.*members.sx);
+    add("Sy", m.*members.sy);
+    add("Sz", m.*members.sz);
+    add("xc", m.*members.xc);
+    add("yc", m.*members.yc);
+    add("zc", m.*members.zc);
+    add("Lnods", m.*members.nodes);
+  }
+  return arrays;
 }
 
 std::vector<Fault> CountFaults() {
@@ -298,15 +336,9 @@ std::vector<Fault> GeometryFaults() {
       InMesh("RowsOfNodesOfTwoFacesExchanged", HostBreach::FaceCentreAway, 1, "of inlet face 1 lies away",
              [](Mesh& m) { std::swap(m.ijInletLnods[1], m.ijInletLnods[2]); }),
       InMesh("AreasOfAnotherUnit", HostBreach::AreaDisagrees, 20, "but its nodes span",
-             [](Mesh& m) {
-               for (auto const& [s, n] : AllAreas(m))
-                 for (int f = 1; f <= n; ++f) s[f] *= 1.3;
-             }),
+             [](Mesh& m) { ScaleAreas(m, 1.3); }),
       InMesh("AreasOfHalfTheLength", HostBreach::AreaDisagrees, 20, "but its nodes span",
-             [](Mesh& m) {
-               for (auto const& [s, n] : AllAreas(m))
-                 for (int f = 1; f <= n; ++f) s[f] *= 0.5;
-             }),
+             [](Mesh& m) { ScaleAreas(m, 0.5); }),
       InMesh("CellCentreMoved", HostBreach::CellCentreAway, 14, "lies outside the cell, beyond",
              [](Mesh& m) { m.xc[14] += 0.6 / 3; }),
       InMesh("VolumesTooLargeInCommon", HostBreach::VolumeDisagrees, 0, "the volumes are 1.",
@@ -634,56 +666,12 @@ TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   CZyn3dGV& g = *run.lent[0].globals;
   Mesh const& m = *run.lent[0].mesh;
-  std::vector<std::pair<char const*, void*>> const arrays = {{"xn", m.xn},
-                                                             {"yn", m.yn},
-                                                             {"zn", m.zn},
-                                                             {"xc", m.xc},
-                                                             {"yc", m.yc},
-                                                             {"zc", m.zc},
-                                                             {"Lamda", m.Lamda},
-                                                             {"Volume", m.Volume},
-                                                             {"ijInlet", m.ijInlet},
-                                                             {"ijOutlet", m.ijOutlet},
-                                                             {"ijWall", m.ijWall},
-                                                             {"ijSymmetry", m.ijSymmetry},
-                                                             {"ijInletCV", m.ijInletCV},
-                                                             {"ijOutletCV", m.ijOutletCV},
-                                                             {"ijWallCV", m.ijWallCV},
-                                                             {"ijSymmetryCV", m.ijSymmetryCV},
-                                                             {"ijWallSx", m.ijWallSx},
-                                                             {"ijInletSy", m.ijInletSy},
-                                                             {"ijOutletSz", m.ijOutletSz},
-                                                             {"ijSymmetrySx", m.ijSymmetrySx},
-                                                             {"CellCell", m.CellCell},
-                                                             {"CellLnods", m.CellLnods},
-                                                             {"CellFace", m.CellFace},
-                                                             {"CellFaceType", m.CellFaceType},
-                                                             {"CellLnodsNumber", m.CellLnodsNumber},
-                                                             {"ijInletxc", m.ijInletxc},
-                                                             {"ijWallyc", m.ijWallyc},
-                                                             {"ijSymmetryzc", m.ijSymmetryzc},
-                                                             {"ijOutletxc", m.ijOutletxc},
-                                                             {"ijLnods", m.ijLnods},
-                                                             {"ijWallLnods", m.ijWallLnods},
-                                                             {"ijInletLnods", m.ijInletLnods},
-                                                             {"ijSymmetryLnods", m.ijSymmetryLnods},
-                                                             {"ijOutletLnods", m.ijOutletLnods},
-                                                             {"NodeCell", m.NodeCell},
-                                                             {"ijCV", m.ijCV},
-                                                             {"ij", m.ij},
-                                                             {"ijSx", m.ijSx},
-                                                             {"ijSy", m.ijSy},
-                                                             {"ijSz", m.ijSz},
-                                                             {"ijxc", m.ijxc},
-                                                             {"ijyc", m.ijyc},
-                                                             {"ijzc", m.ijzc},
-                                                             {"FaceType", m.FaceType}};
   double* const own = g.PrevGradX;
-  for (auto const& [name, array] : arrays) {
+  for (auto const& [name, array] : AllArrays(m)) {
     // One element in: equal pointers would be found by a simpler comparison.
     g.PrevGradX = static_cast<double*>(array) + 1;
     HostCheckReport const report = run.Check()[0];
-    std::string const words = std::string("PrevGradX, which is overwritten, and ") + name + " share memory";
+    std::string const words = "PrevGradX, which is overwritten, and " + name + " share memory";
     EXPECT_TRUE(Tells(report, HostBreach::ArraysOverlap, 0, words)) << name << '\n' << TextOf(report);
   }
   g.PrevGradX = own;

@@ -1,18 +1,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "reference_host/MeshReader.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/Vector3.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/reference_host/TestMeshes.h"
+#include "tests/unit/reference_host/partition/GroupsOfPartition.h"
 
 namespace {
 
@@ -53,29 +54,17 @@ TEST(SoundHost, BoxesOfAllShapesHaveNoBreachOnOneAndOnThreePartitions) {
   }
 }
 
-/// The faces of one group, as far as a definition of centres needs them.
-struct Faces {
-  int n;
-  int *cv, *other;
-  double *sx, *sy, *sz, *xc, *yc, *zc;
-  int** nodes;
-
-  Point Area(int f) const { return {sx[f], sy[f], sz[f]}; }
-  Point Centre(int f) const { return {xc[f], yc[f], zc[f]}; }
-};
-
-std::array<Faces, 5> FacesOf(CZYN3DFiniteVolumeMesh const& m) {
-  return {{{m.NInnerFaces, m.ijCV, m.ij, m.ijSx, m.ijSy, m.ijSz, m.ijxc, m.ijyc, m.ijzc, m.ijLnods},
-           {m.NWall, m.ijWallCV, m.ijWall, m.ijWallSx, m.ijWallSy, m.ijWallSz, m.ijWallxc, m.ijWallyc,
-            m.ijWallzc, m.ijWallLnods},
-           {m.NInlet, m.ijInletCV, m.ijInlet, m.ijInletSx, m.ijInletSy, m.ijInletSz, m.ijInletxc, m.ijInletyc,
-            m.ijInletzc, m.ijInletLnods},
-           {m.NOutlet, m.ijOutletCV, m.ijOutlet, m.ijOutletSx, m.ijOutletSy, m.ijOutletSz, m.ijOutletxc,
-            m.ijOutletyc, m.ijOutletzc, m.ijOutletLnods},
-           {m.NSymmetry, m.ijSymmetryCV, m.ijSymmetry, m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz,
-            m.ijSymmetryxc, m.ijSymmetryyc, m.ijSymmetryzc, m.ijSymmetryLnods}}};
+/// The groups of a host of one partition, which has no partition faces.
+std::vector<FaceGroup> GroupsOf(CZYN3DFiniteVolumeMesh const& m) {
+  std::vector<FaceGroup> groups;
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (members.kind != FaceKind::Partition) groups.push_back(FacesOf(members.kind, m));
+  }
+  return groups;
 }
 
+using reference_host::AreaOf;
+using reference_host::CentreOf;
 using reference_host::Cross;
 using reference_host::Difference;
 using reference_host::Dot;
@@ -107,12 +96,13 @@ Point MeanOfTriangles(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) 
 /// Gives the faces other centres, and with them the ghost cells.
 template <class CentreOf>
 void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, CentreOf const& centreOf) {
-  for (Faces const& faces : FacesOf(m)) {
-    for (int f = 1; f <= faces.n; ++f) {
+  for (FaceGroup const& faces : GroupsOf(m)) {
+    FaceGroupMembers const& members = MembersOf(faces.kind);
+    for (int f = 1; f <= faces.count; ++f) {
       Point const centre = centreOf(m, faces.nodes[f] + 1, faces.nodes[f][0]);
-      faces.xc[f] = centre[0];
-      faces.yc[f] = centre[1];
-      faces.zc[f] = centre[2];
+      (m.*members.xc)[f] = centre[0];
+      (m.*members.yc)[f] = centre[1];
+      (m.*members.zc)[f] = centre[2];
       if (faces.other[f] <= m.NInnerCells) continue;
       m.xc[faces.other[f]] = centre[0];
       m.yc[faces.other[f]] = centre[1];
@@ -124,8 +114,8 @@ void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, CentreOf const& centreOf) {
 /// Calls visit(cell, sign, faces, f) for each face and each of its cells.
 template <class Visit>
 void ForEachSide(CZYN3DFiniteVolumeMesh const& m, Visit const& visit) {
-  for (Faces const& faces : FacesOf(m)) {
-    for (int f = 1; f <= faces.n; ++f) {
+  for (FaceGroup const& faces : GroupsOf(m)) {
+    for (int f = 1; f <= faces.count; ++f) {
       visit(faces.cv[f], 1.0, faces, f);
       if (faces.other[f] <= m.NInnerCells) visit(faces.other[f], -1.0, faces, f);
     }
@@ -137,14 +127,14 @@ void DefineCellsByPyramids(CZYN3DFiniteVolumeMesh& m) {
   auto const n = static_cast<std::size_t>(m.NInnerCells) + 1;
   std::vector<Point> top(n, Point{0, 0, 0}), moment(n, Point{0, 0, 0});
   std::vector<double> nFaces(n, 0), volume3(n, 0);
-  ForEachSide(m, [&](int c, double, Faces const& faces, int f) {
-    top[c] = Sum(top[c], faces.Centre(f));
+  ForEachSide(m, [&](int c, double, FaceGroup const& faces, int f) {
+    top[c] = Sum(top[c], CentreOf(faces, f));
     ++nFaces[c];
   });
   for (int c = 1; c <= m.NInnerCells; ++c) top[c] = Scaled(1 / nFaces[c], top[c]);
-  ForEachSide(m, [&](int c, double sign, Faces const& faces, int f) {
-    double const pyramid = sign * Dot(faces.Area(f), Difference(faces.Centre(f), top[c]));
-    moment[c] = Sum(moment[c], Scaled(pyramid, Sum(Scaled(0.75, faces.Centre(f)), Scaled(0.25, top[c]))));
+  ForEachSide(m, [&](int c, double sign, FaceGroup const& faces, int f) {
+    double const pyramid = sign * Dot(AreaOf(faces, f), Difference(CentreOf(faces, f), top[c]));
+    moment[c] = Sum(moment[c], Scaled(pyramid, Sum(Scaled(0.75, CentreOf(faces, f)), Scaled(0.25, top[c]))));
     volume3[c] += pyramid;
   });
   for (int c = 1; c <= m.NInnerCells; ++c) {
@@ -167,10 +157,10 @@ void DefineCellCentresByNodes(CZYN3DFiniteVolumeMesh& m) {
 
 /// Weights by the distances along the area vector, as most solvers have them.
 void DefineWeights(CZYN3DFiniteVolumeMesh& m) {
-  Faces const inner = FacesOf(m)[0];
-  for (int f = 1; f <= inner.n; ++f) {
+  FaceGroup const inner = FacesOf(FaceKind::Inner, m);
+  for (int f = 1; f <= inner.count; ++f) {
     auto const depth = [&](int c) {
-      return std::abs(Dot(inner.Area(f), Difference(inner.Centre(f), {m.xc[c], m.yc[c], m.zc[c]})));
+      return std::abs(Dot(AreaOf(inner, f), Difference(CentreOf(inner, f), {m.xc[c], m.yc[c], m.zc[c]})));
     };
     m.Lamda[f] = depth(inner.cv[f]) / (depth(inner.cv[f]) + depth(inner.other[f]));
   }
@@ -222,8 +212,8 @@ TEST(SoundHost, NodesOfAFaceMayStandInAnyOrder) {
   for (NamedMesh const& named : AllMeshes()) {
     CheckedRun run(named.mesh);
     int nSwapped = 0;
-    for (Faces const& faces : FacesOf(*run.lent[0].mesh)) {
-      for (int f = 1; f <= faces.n; ++f) {
+    for (FaceGroup const& faces : GroupsOf(*run.lent[0].mesh)) {
+      for (int f = 1; f <= faces.count; ++f) {
         int* const row = faces.nodes[f];
         if (row[0] > 4) continue;  // with nodes on edges, any three may lie in a line
         std::swap(row[2], row[3]);
@@ -270,11 +260,12 @@ TEST(SoundHost, SecondCheckFindsNothingNew) {
 TEST(SoundHost, MirroredGhostCentresAreAllowed) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.05));
   CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
-  for (int f = 1; f <= m.NWall; ++f) {
-    int const ghost = m.ijWall[f], cell = m.ijWallCV[f];
-    m.xc[ghost] = 2 * m.ijWallxc[f] - m.xc[cell];
-    m.yc[ghost] = 2 * m.ijWallyc[f] - m.yc[cell];
-    m.zc[ghost] = 2 * m.ijWallzc[f] - m.zc[cell];
+  FaceGroup const walls = FacesOf(FaceKind::Wall, m);
+  for (int f = 1; f <= walls.count; ++f) {
+    int const ghost = walls.other[f], cell = walls.cv[f];
+    m.xc[ghost] = 2 * walls.xc[f] - m.xc[cell];
+    m.yc[ghost] = 2 * walls.yc[f] - m.yc[cell];
+    m.zc[ghost] = 2 * walls.zc[f] - m.zc[cell];
   }
   ExpectNoBreach(run, "mirrored");
 }
