@@ -14,9 +14,9 @@ constexpr int kByVertices = 3, kByNormal = 4;  // search methods
 
 }  // namespace
 
-FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceGroup group,
+FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceKind group,
                          InterpolationSettings const& settings)
-    : mesh_(*partition.mesh()), faces_(FacesOf(partition, group)) {
+    : mesh_(*partition.mesh()), faces_(TargetedFacesOf(partition, group)) {
   op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
   op_.getPartitionFace(partition.partitionFaces());
   op_.iFaceType = static_cast<int>(group);

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/options/InterpolationOptions.h"
 #include "foundation/DQVector.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
@@ -14,14 +14,14 @@ namespace zyngrad {
 /// stencils, so that its work tables are still there; what it prints goes to standard output.
 class FaceSystems {
  public:
-  FaceSystems(reference_host::HostPartition& partition, FaceGroup group,
+  FaceSystems(reference_host::HostPartition& partition, FaceKind group,
               InterpolationSettings const& settings);
   ~FaceSystems();
   FaceSystems(FaceSystems const&) = delete;
   FaceSystems& operator=(FaceSystems const&) = delete;
 
   CZynFaceRBFInternalObject& op() { return op_; }
-  FacesOfGroup const& faces() const { return faces_; }
+  TargetedFaces const& faces() const { return faces_; }
   bool isByNormal() const;  ///< search method 4, whose faces have a system on each side instead of one
 
   /// Nodes of the system of face f in 1..faces().count: the cells of its stencil; by vertices the face's two cells and
@@ -42,7 +42,7 @@ class FaceSystems {
   DQVector PointOf(int cell) const;
 
   CZYN3DFiniteVolumeMesh const& mesh_;
-  FacesOfGroup faces_;
+  TargetedFaces faces_;
   CZynFaceRBFInternalObject op_;
 };
 

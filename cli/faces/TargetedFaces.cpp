@@ -1,96 +1,39 @@
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 
 #include <cmath>
-#include <cstddef>
 
 namespace zyngrad {
-namespace {
 
-constexpr FaceGroup kGroups[] = {FaceGroup::Inner,  FaceGroup::Wall,      FaceGroup::Inlet,
-                                 FaceGroup::Outlet, FaceGroup::Partition, FaceGroup::Symmetry};
+std::string NameOf(FaceKind kind) { return MembersOf(kind).name; }
 
-FacesOfGroup PartitionFaces(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& faces) {
-  FacesOfGroup group;
-  group.count = faces.NParInterFace();
-  group.cell = faces.ijParCV();
-  group.other = faces.ijPar();
-  group.area = {faces.ijParSx(), faces.ijParSy(), faces.ijParSz()};
-  group.target = {mesh.xc, mesh.yc, mesh.zc};
-  group.targetsAreCells = true;
-  group.nodes = mesh.ijParLnods;
-  return group;
-}
-
-}  // namespace
-
-std::string NameOf(FaceGroup group) {
-  switch (group) {
-    case FaceGroup::Inner:
-      return "inner";
-    case FaceGroup::Wall:
-      return "wall";
-    case FaceGroup::Inlet:
-      return "inlet";
-    case FaceGroup::Outlet:
-      return "outlet";
-    case FaceGroup::Partition:
-      return "partition";
-    case FaceGroup::Symmetry:
-      return "symmetry";
-  }
-  return {};
-}
-
-std::optional<FaceGroup> FaceGroupFromName(std::string const& name) {
-  for (FaceGroup const group : kGroups) {
-    if (NameOf(group) == name) return group;
+std::optional<FaceKind> FaceKindFromName(std::string const& name) {
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (members.name == name) return members.kind;
   }
   return std::nullopt;
 }
 
-std::string FaceGroupNames() {
+std::string FaceKindNames() {
   std::string names;
-  for (FaceGroup const group : kGroups) {
-    if (group != kGroups[0]) names += group == FaceGroup::Symmetry ? " or " : ", ";
-    names += NameOf(group);
+  for (std::size_t k = 0; k < kFaceKinds; ++k) {
+    if (k > 0) names += k + 1 < kFaceKinds ? ", " : " or ";
+    names += face_groups::kTable[k].name;
   }
   return names;
 }
 
-bool IsBoundary(FaceGroup group) { return group != FaceGroup::Inner && group != FaceGroup::Partition; }
+double TargetedFaces::Area(int f) const { return std::sqrt(sx[f] * sx[f] + sy[f] * sy[f] + sz[f] * sz[f]); }
 
-double FacesOfGroup::Area(int f) const {
-  return std::sqrt(area[0][f] * area[0][f] + area[1][f] * area[1][f] + area[2][f] * area[2][f]);
-}
-
-std::array<double, 3> FacesOfGroup::Target(int f) const {
-  int const at = targetsAreCells ? other[f] : f;
+std::array<double, 3> TargetedFaces::Target(int f) const {
+  int const at = kind == FaceKind::Partition ? other[f] : f;
   return {target[0][at], target[1][at], target[2][at]};
 }
 
-FacesOfGroup FacesOf(reference_host::HostPartition& partition, FaceGroup group) {
-  CZYN3DFiniteVolumeMesh const& m = *partition.mesh();
-  switch (group) {
-    // clang-format off
-    case FaceGroup::Inner:
-      return {m.NInnerFaces, m.ijCV, m.ij, {m.ijSx, m.ijSy, m.ijSz}, {m.ijxc, m.ijyc, m.ijzc}, false, m.ijLnods};
-    case FaceGroup::Wall:
-      return {m.NWall, m.ijWallCV, m.ijWall, {m.ijWallSx, m.ijWallSy, m.ijWallSz},
-              {m.ijWallxc, m.ijWallyc, m.ijWallzc}, false, m.ijWallLnods};
-    case FaceGroup::Inlet:
-      return {m.NInlet, m.ijInletCV, m.ijInlet, {m.ijInletSx, m.ijInletSy, m.ijInletSz},
-              {m.ijInletxc, m.ijInletyc, m.ijInletzc}, false, m.ijInletLnods};
-    case FaceGroup::Outlet:
-      return {m.NOutlet, m.ijOutletCV, m.ijOutlet, {m.ijOutletSx, m.ijOutletSy, m.ijOutletSz},
-              {m.ijOutletxc, m.ijOutletyc, m.ijOutletzc}, false, m.ijOutletLnods};
-    case FaceGroup::Symmetry:
-      return {m.NSymmetry, m.ijSymmetryCV, m.ijSymmetry, {m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz},
-              {m.ijSymmetryxc, m.ijSymmetryyc, m.ijSymmetryzc}, false, m.ijSymmetryLnods};
-    // clang-format on
-    case FaceGroup::Partition:
-      break;
-  }
-  return PartitionFaces(m, *partition.partitionFaces());
+TargetedFaces TargetedFacesOf(reference_host::HostPartition& partition, FaceKind kind) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  FaceGroup const faces = FacesOf(kind, mesh, partition.partitionFaces());
+  if (kind == FaceKind::Partition) return {faces, {mesh.xc, mesh.yc, mesh.zc}};
+  return {faces, {faces.xc, faces.yc, faces.zc}};
 }
 
 }  // namespace zyngrad
