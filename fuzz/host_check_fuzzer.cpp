@@ -1,6 +1,6 @@
-// The checker of hosts on records that lie. Two kinds: a sound host whose counts are changed so that they contradict
-// each other, with arrays of the true length, so that a step too far is one beyond an array; and records of any
-// content, with arrays as long as the largest count that the checker may believe.
+// Gives the checker of hosts wrong records, of two kinds: a sound host with contradicting counts and arrays
+// of the true length, so that one step too far leaves an array; and records of any content, with arrays as
+// long as the largest count that the checker may believe.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -22,7 +22,7 @@
 
 namespace {
 
-/// Partition faces with answers of any kind.
+/// Partition faces that return anything.
 class AnyFaces : public CPartitionFace_DLL {
  public:
   int NParInterFace() override { return count; }
@@ -81,8 +81,8 @@ double AnyNumber(FuzzedDataProvider& input) {
   }
 }
 
-constexpr int kLongest = 24;  // the largest count, but for one that is out of all proportion
-// The longest row that the checker may believe: of NodeCell, an entry for each node of each face.
+constexpr int kLongest = 24;  // the largest count, except for a grossly wrong one
+// The longest row that the checker may believe: a row of NodeCell with an entry for each node of each face.
 constexpr std::size_t kLongestRow = 8192;
 
 /// A record of any content.
@@ -217,7 +217,8 @@ reference_host::HostPartition& SoundPartition() {
   return *partition;
 }
 
-/// A count that contradicts the others, on top of arrays of the true lengths: it must be told, and followed nowhere.
+/// Plants a count that contradicts the others; the arrays have the true lengths. The checker must report the
+/// count and must not rely on it.
 void CheckContradiction(FuzzedDataProvider& input) {
   reference_host::HostPartition& partition = SoundPartition();
   CZYN3DFiniteVolumeMesh mesh = *partition.mesh();

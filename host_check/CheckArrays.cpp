@@ -4,7 +4,7 @@
 namespace host_check {
 namespace {
 
-/// Tells arrays that are null though they have elements.
+/// Reports arrays that are null although they have elements.
 class ArrayCheck {
  public:
   explicit ArrayCheck(HostCheckReport& report) : report_(report) {}

@@ -7,15 +7,15 @@
 namespace host_check {
 namespace {
 
-// A closed cell has at least as many faces.
+// A closed cell has at least this many faces.
 constexpr long long kFewestFaces = 4;
-// No mesh comes near these. They stop a count that was never set before the checker reads as many elements or
-// allocates marks for them.
+// No mesh comes near these limits. They catch a count that was never set before the checker reads that many
+// elements or allocates marks for them.
 constexpr long long kMostFaces = 1000;             // faces of a cell, on average
 constexpr long long kMostNodes = 1000;             // nodes of a face, on average
-constexpr long long kMostCellsPerInterior = 1000;  // cells beyond the faces for each interior cell
+constexpr long long kMostCellsPerInterior = 1000;  // ghost and halo cells for each interior cell
 
-/// The counts of one partition against each other, before any array is read. Sums are wider than int.
+/// Compares the counts of one partition with each other before any array is read. Sums are wider than int.
 class CountCheck {
  public:
   CountCheck(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL* partitionFaces,
@@ -28,7 +28,7 @@ class CountCheck {
 
   bool Check() {
     CheckSigns();
-    if (!areSound_) return false;  // sums of what is negative mean nothing
+    if (!areSound_) return false;  // sums of negative counts mean nothing
     CheckCells();
     CheckFaces();
     if (options_.nodeTables) CheckNodes();
@@ -119,7 +119,7 @@ class CountCheck {
   bool areSound_ = true;
 };
 
-/// The different cells of 1..NCell that ijPar names, ascending.
+/// The cells of 1..NCell that ijPar names, ascending, each once.
 std::vector<int> NamedHaloCells(HostView const& view) {
   CheckedFaceGroup const& group = view.PartitionGroup();
   std::vector<int> cells;
@@ -132,8 +132,8 @@ std::vector<int> NamedHaloCells(HostView const& view) {
   return cells;
 }
 
-/// Whether a boundary face names one of the cells. The last `excess` faces of each group are left out: they may
-/// not exist.
+/// Whether a boundary face names one of the cells. The last `excess` faces of each group are left out, since
+/// they may not exist.
 bool AreNamedByBoundaryFaces(HostView const& view, std::vector<int> const& cells, long long excess) {
   for (CheckedFaceGroup const& group : view.groups) {
     if (!group.LeadsToGhosts() || group.other == nullptr) continue;
@@ -159,14 +159,14 @@ bool CheckHaloCount(HostView const& view, HostCheckReport& report) {
     if (group.LeadsToGhosts()) nBoundary += group.count;
   }
   long long const nBeyond = static_cast<long long>(view.nCell) - view.nInner;
-  // An NInnerCells that is too large takes the first cells beyond for interior ones. A single wrong entry of ijPar is told
-  // with its face.
+  // If NInnerCells is too large, the first halo cells look like interior cells. A single wrong entry of ijPar
+  // is reported with its face.
   auto const excessOf = [&] { return nBoundary + static_cast<long long>(halo.size()) - nBeyond; };
   if (!halo.empty() && halo.front() <= view.nInner - excessOf()) {
     halo.erase(halo.begin(), std::upper_bound(halo.begin(), halo.end(), view.nInner));
   }
   long long const excess = excessOf();
-  // A cell that is a ghost and a halo cell at once is told with its faces.
+  // A cell that is both a ghost and a halo cell is reported with its faces.
   if (halo.empty() || excess <= 0 || AreNamedByBoundaryFaces(view, halo, excess)) return true;
   report.Add(HostBreach::BadCount, 0, [&] {
     return Text("NWall + NInlet + NOutlet + NSymmetry = ", nBoundary, " ghost cells and the ", halo.size(),

@@ -27,7 +27,7 @@ class FaceGeometryCheck {
   }
 
  private:
-  /// Area and centre against the nodes, where the nodes lie in the plane of the area vector.
+  /// Compares area and centre with the nodes, if the nodes lie in the plane of the area vector.
   void CompareWithNodes(CheckedFaceGroup& group, int f) {
     if (!group.nodesSound[f] || !group.areaSound[f]) return;
     int const* row = group.nodes[f];
@@ -36,12 +36,13 @@ class FaceGeometryCheck {
     if (group.centreSound[f]) CheckFaceCentre(group, f);
   }
 
-  /// The area vector of a closed line does not depend on the surface that it bounds: seen along the vector, the
-  /// polygon of the nodes has its length as area, warped or not.
+  /// The area vector of a closed polygon does not depend on the surface that it bounds: seen along the
+  /// vector, the polygon of the nodes has the vector's length as its area, even if the face is warped.
   void CompareArea(CheckedFaceGroup const& group, int f) {
     double const area = Norm(group.area[f]), spanned = outline_.Area();
     double const slack = options_.areaTolerance * std::max(area, spanned);
-    // The row of a face that crosses itself, as in strongly squeezed meshes, spans less than its corners do.
+    // The polygon of a face that crosses itself, as in strongly compressed meshes, spans less than the hull
+    // of its corners.
     if (std::abs(area - outline_.AreaInRowOrder()) <= slack) return;
     bool const isTooSmall = outline_.IsWholeFace() && area < spanned - slack;
     if (area <= spanned + slack && !isTooSmall) return;
@@ -51,7 +52,7 @@ class FaceGeometryCheck {
     });
   }
 
-  /// Not of a face that fills little of its outline: if it crosses itself, its centroid may lie anywhere.
+  /// Skips a face that fills little of its outline: if it crosses itself, its centroid may lie anywhere.
   void CheckFaceCentre(CheckedFaceGroup& group, int f) {
     constexpr double kLeastFilled = 0.7;
     if (outline_.AreaInRowOrder() < kLeastFilled * outline_.Area() &&
@@ -81,7 +82,7 @@ class FaceGeometryCheck {
     });
   }
 
-  /// S.(x_face - x_cv) > 0 where a ghost or halo cell lies beyond; the place of that cell does not enter.
+  /// S.(x_face - x_cv) > 0 for a face to a ghost or halo cell; the position of that cell does not enter.
   void CheckOutwards(CheckedFaceGroup& group, int f) {
     int const cv = group.cv[f];
     double const product = Dot(group.area[f], group.centre[f] - view_.centres[cv]);
@@ -93,7 +94,7 @@ class FaceGeometryCheck {
     });
   }
 
-  /// A ghost cell may lie in the face itself or anywhere beyond its plane.
+  /// A ghost cell may lie in the face itself or anywhere beyond the plane of the face.
   void CheckCellBeyond(CheckedFaceGroup const& group, int f) {
     int const cv = group.cv[f], other = group.other[f];
     if (!view_.centreSound[other]) return;
@@ -110,8 +111,9 @@ class FaceGeometryCheck {
     });
   }
 
-  /// The place of a ghost comes from the face centre or from the cell centre, mirrored or not. None of these lies
-  /// farther to the side of the face centre than the cell centre does, and twice that leaves room for others.
+  /// Solvers put a ghost cell at the face centre or at the cell centre, mirrored or not. None of these lies
+  /// farther to the side of the face centre than the cell centre does; twice that distance leaves room for
+  /// other choices.
   void CheckGhostBeside(CheckedFaceGroup const& group, int f, Vec3 const& toGhost, Vec3 const& toCell) {
     constexpr double kSide = 2.0, kDepth = 0.25;
     Vec3 const normal = (1.0 / Norm(group.area[f])) * group.area[f];
@@ -130,8 +132,8 @@ class FaceGeometryCheck {
   FaceOutline outline_;
 };
 
-/// Where the face lies between the centres of its cells, 0 at `cv` and 1 at `other`: along the area vector, or
-/// by the distances to the face centre.
+/// The position of the face between the centres of its cells, 0 at `cv` and 1 at `other`: projected on the
+/// area vector, and by the distances to the face centre.
 struct GeometricWeight {
   double projected, byDistance;
 };
@@ -143,8 +145,8 @@ GeometricWeight WeightOf(HostView const& view, CheckedFaceGroup const& group, in
   return {a / (a + b), Norm(fromCv) / (Norm(fromCv) + Norm(toOther))};
 }
 
-/// Whether the weight is that of the other side: 1 - w is a geometric weight, and w is far from both. Other
-/// definitions than these two are let pass.
+/// Whether the weight is that of the other side: 1 - w is one of the geometric weights, and w is far from
+/// both. Weights of other definitions pass.
 bool IsOfOtherSide(double weight, GeometricWeight const& geometric) {
   constexpr double kClose = 1e-3, kFar = 0.05;
   bool const matches = std::abs(1.0 - weight - geometric.projected) < kClose ||
@@ -153,7 +155,7 @@ bool IsOfOtherSide(double weight, GeometricWeight const& geometric) {
          std::abs(weight - geometric.byDistance) > kFar;
 }
 
-/// Whether the weight is none of the usual ones: no arithmetic mean, and nowhere near the geometric weights.
+/// Whether the weight is none of the usual ones: not the arithmetic mean, and not near the geometric weights.
 bool IsFarFrom(double weight, GeometricWeight const& geometric) {
   constexpr double kFar = 0.3;
   double const low = std::min({geometric.projected, geometric.byDistance, 0.5});

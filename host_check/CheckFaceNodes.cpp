@@ -7,9 +7,9 @@
 namespace host_check {
 namespace {
 
-// Far below any angle of a usable face and far above round-off.
+// Far below the sine of any angle of a usable face, and far above round-off.
 constexpr double kLeastSine = 1e-10;
-// A warped face's corner may lean away from its area vector, but not by more than 60 degrees.
+// A corner of a warped face may lean away from the area vector, but not by more than 60 degrees.
 constexpr double kLeastCosine = 0.5;
 
 class FaceRowCheck {
@@ -30,8 +30,8 @@ class FaceRowCheck {
     }
   }
 
-  /// Operators read the positions of all of 1..NNode, so a count that goes on behind the last node in use is one
-  /// to look at. Beside a cut there may be more: the other nodes of the halo cells.
+  /// Operators read the positions of all nodes 1..NNode, so a count above the last node in use is suspicious.
+  /// A partition with neighbours may have more nodes: the other nodes of its halo cells.
   void CheckHighest() {
     if (!allAreSound_ || view_.PartitionGroup().count > 0 || view_.nNodeUsed == 0 ||
         view_.nNodeUsed == view_.nNode)
@@ -42,7 +42,7 @@ class FaceRowCheck {
   }
 
  private:
-  /// A row that claims more nodes than its cell has is not read any further: its length is no length.
+  /// A row that claims more nodes than its cell has is not read: its first element cannot be a length.
   int LongestRow(CheckedFaceGroup const& group, int f) const {
     int const* number = view_.mesh.CellLnodsNumber;
     if (number == nullptr || !group.cvSound[f] || number[group.cv[f]] < 0) return view_.nNode;
@@ -106,7 +106,7 @@ class FaceRowCheck {
   std::vector<int> sorted_;
 };
 
-/// Interpolation to faces takes the first three nodes for the face's plane.
+/// Interpolation to faces takes the plane of the first three nodes as the face's plane.
 void CheckPlane(HostView const& view, CheckedFaceGroup const& group, int f, HostCheckReport& report) {
   int const* row = group.nodes[f];
   if (!view.nodeSound[row[1]] || !view.nodeSound[row[2]] || !view.nodeSound[row[3]]) return;

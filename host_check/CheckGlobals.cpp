@@ -22,8 +22,8 @@ void RequireArray(void const* array, char const* name, char const* extent, HostC
   report.Add(HostBreach::MissingArray, 0, [&] { return Text(name, ", an array ", extent, ", is null"); });
 }
 
-/// The memory of an array's elements 1..count, as addresses: a pointer must not be moved beyond its array, and
-/// where the array ends is only known from a count.
+/// The memory of an array's elements 1..count, as addresses: pointer arithmetic beyond an array is undefined,
+/// and only the count tells where the array ends.
 struct Extent {
   std::string name;
   std::uintptr_t begin = 0, end = 0;  // equal: no memory
@@ -41,10 +41,10 @@ Extent ExtentOf(std::string name, Element const* array, int count) {
           address + (static_cast<std::size_t>(count) + 1) * sizeof(Element)};
 }
 
-/// Every array that operators only read.
+/// All arrays that the operators only read.
 class ReadArrays {
  public:
-  /// Rows are looked at in those tables that are checked: the others need not be filled.
+  /// Looks at the rows only of the tables that the options have checked; the others need not be filled.
   ReadArrays(HostView const& view, HostCheckOptions const& options) {
     CZYN3DFiniteVolumeMesh const& m = view.mesh;
     Add(view.nodes, "", "n", view.nNode);
@@ -81,7 +81,7 @@ class ReadArrays {
     int count;
   };
 
-  /// Of a row only the beginning is known.
+  /// Only the beginning of a row is known.
   static bool StartsIn(Extent const& work, int const* row) {
     auto const address = reinterpret_cast<std::uintptr_t>(row);
     return address >= work.begin && address < work.end;
@@ -136,7 +136,7 @@ void CheckWorkArrays(HostView const& view, CZyn3dGV const& globals, HostCheckOpt
   }
 }
 
-/// What is wrong with a file name of at most kLongestName characters; empty: nothing.
+/// What is wrong with a file name of at most kLongestName characters; empty if nothing is.
 std::string FaultOf(std::string const& name) {
   if (name.empty()) return "is empty";
   std::size_t const dot = name.size() - std::min<std::size_t>(name.size(), kExtension);

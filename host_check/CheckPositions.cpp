@@ -11,7 +11,7 @@ void TellNotFinite(HostCheckReport& report, int entity, std::string const& what,
 void CheckCellCentres(HostView& view, HostCheckReport& report) {
   if (!view.centres.AreThere()) return;
   for (int c = 1; c <= view.nCell; ++c) {
-    // What stands in a cell that no face leads to is read by nobody.
+    // Nothing reads the centre of a cell that no face leads to.
     if (!view.IsInterior(c) && view.namer[c].group < 0) continue;
     view.centreSound[c] = IsFinite(view.centres[c]) ? 1 : 0;
     if (!view.centreSound[c]) {

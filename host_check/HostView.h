@@ -74,8 +74,8 @@ class HostView {
   std::array<CheckedFaceGroup, kGroups>
       groups;  ///< inner, wall, inlet, outlet, symmetry, partition: the order of the report
 
-  /// The highest node that a face names. The checks read no node above it, since the arrays may be shorter than
-  /// NNode says.
+  /// The highest node that a face names. The checks read no node above it, since the arrays may be shorter
+  /// than NNode says.
   int nNodeUsed = 0;
 
   /// The first face that names a ghost or halo cell; group -1: no face does.

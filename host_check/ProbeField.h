@@ -8,11 +8,11 @@
 
 namespace host_check {
 
-/// A cell array of the checker's own that is given to an exchange: values in the interior cells, a marker
-/// everywhere else, with more of it before and behind the array.
+/// A cell array of the checker's own for an exchange: values in the interior cells, and a marker everywhere
+/// else, also before and after the array.
 class ProbeField {
  public:
-  /// No exchange produces this value from the values that are exchanged here.
+  /// No exchange of the values used here produces this value.
   static constexpr double kMarker = -7.25e+77;
 
   /// @param valueOf  double(int cell), for the interior cells
@@ -32,7 +32,7 @@ class ProbeField {
   }
   bool IsFilled(int c) const { return (*this)[c] != kMarker; }
 
-  /// Calls tell(cell) for each interior cell whose value was changed in any bit.
+  /// Calls tell(cell) for each interior cell whose value has changed in any bit.
   template <class Tell>
   void ForEachChangedInterior(Tell const& tell) const {
     for (int c = 1; c <= view_.nInner; ++c) {
@@ -40,7 +40,7 @@ class ProbeField {
     }
   }
 
-  /// Calls tell(cell) for each ghost cell of a boundary face that was written to.
+  /// Calls tell(cell) for each ghost cell of a boundary face that has been written to.
   template <class Tell>
   void ForEachChangedGhost(Tell const& tell) const {
     for (int c = view_.nInner + 1; c <= view_.nCell; ++c) {
@@ -49,7 +49,7 @@ class ProbeField {
     }
   }
 
-  /// Calls tell(element) for each element outside 1..NCell that was written to.
+  /// Calls tell(element) for each element outside 1..NCell that has been written to.
   template <class Tell>
   void ForEachChangedOutside(Tell const& tell) const {
     for (int i = -kGuard; i <= 0; ++i)

@@ -24,15 +24,15 @@ using Mesh = CZYN3DFiniteVolumeMesh;
 double const kNan = std::numeric_limits<double>::quiet_NaN();
 double const kInfinity = std::numeric_limits<double>::infinity();
 
-/// The kinds of fault that are planted in a mesh of moved hexahedra, 3 x 3 x 3, on one partition.
+/// A fault to plant in a mesh of 3 x 3 x 3 perturbed hexahedra on one partition.
 struct Fault {
   char const* name;
   HostBreach kind;
-  char const* words;                    ///< part of what must be told
-  std::function<int(LentHost&)> plant;  ///< breaks the host; gives the entity that must be told
+  char const* words;                    ///< part of the expected message
+  std::function<int(LentHost&)> plant;  ///< breaks the host; returns the entity that must be reported
 };
 
-/// A fault of the mesh record, about an entity of a number known before.
+/// A fault of the mesh record at an entity with a fixed number.
 Fault InMesh(char const* name, HostBreach kind, int entity, char const* words,
              std::function<void(Mesh&)> const& plant) {
   return {name, kind, words, [=](LentHost& host) {
@@ -50,7 +50,7 @@ Fault InGlobals(char const* name, HostBreach kind, char const* words,
           }};
 }
 
-/// The number of a node that no face of the boundary has.
+/// The number of a node in no boundary face.
 int InnerNode(Mesh const& m) {
   for (int n = 1; n <= m.NNode; ++n) {
     bool isInner = true;
@@ -68,7 +68,7 @@ int ForeignNode(Mesh const& m, int c) {
   }
 }
 
-/// An entry of the cell's rows that is an inner face, or one that is not.
+/// The position in the cell's rows of an inner face, or of one that is not.
 int EntryOf(Mesh const& m, int c, bool isInner) {
   for (int k = 1;; ++k)
     if ((m.CellFaceType[c][k] == 0) == isInner) return k;
@@ -80,11 +80,12 @@ void Flip(double* x, double* y, double* z, int f) {
   z[f] = -z[f];
 }
 
-/// Moves the centre of an inner face by parts of a cell (of 1/3), along its area vector and at right angles to it.
+/// Moves the centre of an inner face by fractions of a cell (of 1/3), along its area vector and perpendicular
+/// to it.
 void MoveCentre(Mesh& m, int f, double forwards, double sideways) {
   double const area = std::hypot(m.ijSx[f], m.ijSy[f], m.ijSz[f]);
   double const n[] = {m.ijSx[f] / area, m.ijSy[f] / area, m.ijSz[f] / area};
-  int across = 0;  // the axis that the face faces least, made normal to the area vector
+  int across = 0;  // the axis most nearly parallel to the face, made perpendicular to the area vector
   for (int i = 1; i < 3; ++i)
     if (std::abs(n[i]) < std::abs(n[across])) across = i;
   double* const centre[] = {m.ijxc, m.ijyc, m.ijzc};
@@ -424,7 +425,7 @@ std::vector<Fault> CellRowFaults() {
              [](Mesh& m) { m.CellCell[12][0] = 8; }),
       InMesh("CellCellRowFromZero", HostBreach::RowLength, 27, "the CellCell row of cell 27 has the length",
              [](Mesh& m) {
-               // As a table of rows counted from 0 would have it: the first neighbour where the length is read.
+               // Like a table of 0-based rows: the first neighbour in place of the length.
                for (int k = 0; k < 6; ++k) m.CellCell[27][k] = m.CellCell[27][k + 1];
              }),
       InMesh("NeighbourMissing", HostBreach::RowEntryMissing, 13, "the CellCell row of cell 13 lacks",
@@ -510,7 +511,7 @@ std::vector<Fault> NodeFaults() {
        [](LentHost& host) {
          Mesh& m = *host.mesh;
          int const n = m.ijSymmetryLnods[1][1];
-         --m.NodeCell[n][0];  // ghost cells stand behind the interior ones
+         --m.NodeCell[n][0];  // ghost cells come after the interior ones
          return n;
        }},
       {"NodeCellWithSomeInteriorCells", HostBreach::RowEntryMissing, "lacks interior cell",
@@ -661,14 +662,14 @@ TEST_P(PlantedFaults, AreToldWithTheirEntity) {
 INSTANTIATE_TEST_SUITE_P(OnOnePartition, PlantedFaults, testing::ValuesIn(AllFaults()),
                          [](auto const& test) { return std::string(test.param.name); });
 
-// Whatever the record lends may be the array that a work array was taken for.
+// A work array may overlap any array of the record.
 TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   CZyn3dGV& g = *run.lent[0].globals;
   Mesh const& m = *run.lent[0].mesh;
   double* const own = g.PrevGradX;
   for (auto const& [name, array] : AllArrays(m)) {
-    // One element in: equal pointers would be found by a simpler comparison.
+    // Offset by one element, because a simpler comparison would find equal pointers.
     g.PrevGradX = static_cast<double*>(array) + 1;
     HostCheckReport const report = run.Check()[0];
     std::string const words = "PrevGradX, which is overwritten, and " + name + " share memory";
@@ -678,7 +679,7 @@ TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
   EXPECT_EQ(run.Check()[0].Count(), 0);
 }
 
-// Arrays that the counts cannot be true of are not read, whichever they are: here they are not even there.
+// If the counts contradict each other, no array is read; here the arrays do not even exist.
 TEST(PlantedFault, ContradictionOfCountsKeepsArraysFromBeingRead) {
   CheckedRun run(HexBox(3, 3, 3));
   Mesh& m = *run.lent[0].mesh;
@@ -693,7 +694,7 @@ TEST(PlantedFault, ContradictionOfCountsKeepsArraysFromBeingRead) {
   EXPECT_EQ(report.Notes()[0], "no array was read: the counts do not tell how long they are");
 }
 
-// A factor that all volumes have in common is one breach, and a cell that is off besides is told with its number.
+// A factor common to all volumes is one breach; a cell with another deviation is reported with its number.
 TEST(PlantedFault, CommonFactorOfVolumesIsToldOnce) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   Mesh& m = *run.lent[0].mesh;
@@ -705,7 +706,7 @@ TEST(PlantedFault, CommonFactorOfVolumesIsToldOnce) {
   EXPECT_TRUE(Tells(report, HostBreach::VolumeDisagrees, 5, "interior cell 5 has the volume"));
 }
 
-// One fault must not drown in its consequences.
+// The consequences of a fault must not be reported, too.
 TEST(PlantedFault, IsToldAlone) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   Mesh& m = *run.lent[0].mesh;
@@ -716,7 +717,7 @@ TEST(PlantedFault, IsToldAlone) {
   EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
 }
 
-// Many faults at once, of any number: nothing may be read outside an array, which the sanitizers would tell.
+// Many faults at once: nothing may be read outside an array, which the sanitizers would report.
 TEST(PlantedFault, HundredsAtOnceAreSurvived) {
   for (unsigned seed = 1; seed <= 60; ++seed) {
     CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07, false, seed));

@@ -77,7 +77,7 @@ Point MeanOfNodes(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) {
   return Scaled(1.0 / n, sum);
 }
 
-/// Triangles from the mean of the nodes, their centroids weighted by their areas: what OpenFOAM does.
+/// Triangles around the mean of the nodes, their centroids weighted by their areas, as in OpenFOAM.
 Point MeanOfTriangles(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) {
   auto const node = [&](int k) { return Point{m.xn[nodes[k % n]], m.yn[nodes[k % n]], m.zn[nodes[k % n]]}; };
   Point const middle = MeanOfNodes(m, nodes, n);
@@ -93,7 +93,7 @@ Point MeanOfTriangles(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) 
   return Scaled(1 / area, sum);
 }
 
-/// Gives the faces other centres, and with them the ghost cells.
+/// Changes the centres of faces and ghost cells.
 template <class CentreOf>
 void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, CentreOf const& centreOf) {
   for (FaceGroup const& faces : GroupsOf(m)) {
@@ -122,7 +122,7 @@ void ForEachSide(CZYN3DFiniteVolumeMesh const& m, Visit const& visit) {
   }
 }
 
-/// Cells as pyramids over whole faces, with the mean of the face centres as top: what OpenFOAM does.
+/// Cells as pyramids over whole faces, with the mean of the face centres as the top, as in OpenFOAM.
 void DefineCellsByPyramids(CZYN3DFiniteVolumeMesh& m) {
   auto const n = static_cast<std::size_t>(m.NInnerCells) + 1;
   std::vector<Point> top(n, Point{0, 0, 0}), moment(n, Point{0, 0, 0});
@@ -155,7 +155,7 @@ void DefineCellCentresByNodes(CZYN3DFiniteVolumeMesh& m) {
   }
 }
 
-/// Weights by the distances along the area vector, as most solvers have them.
+/// Weights by the distances along the area vector, as in most solvers.
 void DefineWeights(CZYN3DFiniteVolumeMesh& m) {
   FaceGroup const inner = FacesOf(FaceKind::Inner, m);
   for (int f = 1; f <= inner.count; ++f) {
@@ -185,7 +185,7 @@ std::vector<NamedMesh> MeshesOfManyShapes() {
   return meshes;
 }
 
-// Where faces are warped, definitions of centres and volumes differ. All of these are usual.
+// Definitions of centres and volumes differ for warped faces. All of these are common.
 TEST(SoundHost, CentresAndVolumesMayBeDefinedInOtherWays) {
   for (NamedMesh const& named : MeshesOfManyShapes()) {
     CheckedRun run(named.mesh);
@@ -215,7 +215,7 @@ TEST(SoundHost, NodesOfAFaceMayStandInAnyOrder) {
     for (FaceGroup const& faces : GroupsOf(*run.lent[0].mesh)) {
       for (int f = 1; f <= faces.count; ++f) {
         int* const row = faces.nodes[f];
-        if (row[0] > 4) continue;  // with nodes on edges, any three may lie in a line
+        if (row[0] > 4) continue;  // with nodes on edges, any three may be collinear
         std::swap(row[2], row[3]);
         ++nSwapped;
       }
@@ -288,7 +288,7 @@ TEST(SoundHost, NodesOfBoundariesNeedNotNameInteriorCells) {
   ExpectNoBreach(run, "ghost cells alone");
 }
 
-// Two cells may share several faces; CellCell then names the neighbour once or once a face.
+// Two cells may share several faces; CellCell then names the neighbour once, or once per face.
 TEST(SoundHost, NeighbourOverTwoFacesMayBeNamedOnce) {
   // A cube in two halves whose common face is cut in two along a diagonal.
   Builder builder;
@@ -318,14 +318,14 @@ TEST(SoundHost, NeighbourOverTwoFacesMayBeNamedOnce) {
   ExpectNoBreach(run, "named once");
 }
 
-// Where only the ijCV side takes a face's contribution, the other cell closes without the face and its rows may
-// leave the face out.
+// If only the ijCV side takes the flux of a face, the other cell closes without the face, and its rows may
+// omit it.
 TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   CheckedRun run(HexBox(2, 1, 1));
   CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
   ASSERT_EQ(m.NInnerFaces, 1);
   ASSERT_EQ(m.ij[1], 2);
-  // Cell 2 gets a wall of its own in place of the shared face: one more ghost cell and wall face.
+  // Cell 2 gets a wall in place of the shared face: one more ghost cell and wall face.
   std::vector<std::vector<double>> reals;
   std::vector<std::vector<int>> integers;
   reals.reserve(16);
@@ -364,7 +364,7 @@ TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   host_check::HostCheckOptions options;
   options.nodeTables = false;  // they would have to grow too
   HostCheckReport const report = run.Check(options)[0];
-  // The work arrays of the reference host are one cell too short now, which nobody can see.
+  // The work arrays of the reference host are now one cell too short, which the checker cannot see.
   EXPECT_EQ(report.Count(), 0) << TextOf(report);
 }
 
