@@ -18,6 +18,13 @@ if sed 's|<code>[^<]*</code>||g; /class="line"/d' "$work"/html/{index,md_*}.html
   echo "the lines above show the marks of emphasis"
   exit 1
 fi
+# Sources and tests name pages that exist.
+while read -r page; do
+  [[ -e $page ]] && continue
+  echo "$page is named in the sources, but does not exist"
+  exit 1
+done < <(grep -rhoE 'docs/[a-z_/-]+\.(md|sh|py|bib)' ./*.md host foundation gradient rbf_cell rbf_face rbf_ib reference_host \
+  host_check cli tests | sort -u)
 # Classes show how their header is included.
 if ! sed 's/<[^>]*>//g' "$work/html/classCOperatorGradient.html" | grep '#include &lt;gradient/COperatorGradient.h&gt;' >/dev/null; then
   echo "the page of COperatorGradient does not show how its header is included"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# docs/use/output.md names every key of the JSON files and every array of the viewer files that zyngrad writes.
+# docs/use/output.md names every key of the JSON files and every array of the viewer files that zyngrad writes, and
+# docs/use/check.md every finding.
 #   output_page_test.sh REPOSITORY ZYNGRAD
 set -euo pipefail
 page=$1/docs/use/output.md zyngrad=$2
@@ -33,3 +34,10 @@ for expected in l2Relative maxAt exact_gradient gradient_METHOD weight_sum gradi
 done
 missing=$(comm -23 written.txt told.txt)
 [[ -z $missing ]] || { echo "docs/use/output.md does not name:"; echo "$missing"; exit 1; }
+
+# docs/use/check.md explains each finding under the text that the program's tables show.
+sed -n 's/^ *{k[A-Za-z]*, Severity::[A-Za-z]*, "[A-Za-z]*", "\(.*\)"},$/\1/p' "$1/cli/check/CheckFindings.cpp" >findings.txt
+[[ $(wc -l <findings.txt) -ge 20 ]] || { echo "the texts of the findings were not found"; exit 1; }
+while read -r text; do
+  grep -qF "| $text |" "$1/docs/use/check.md" || { echo "docs/use/check.md does not explain \"$text\""; exit 1; }
+done <findings.txt
