@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "foundation/Status.h"
+
 namespace {
 
 constexpr std::size_t kNameSize = 1024;         // with the terminator
@@ -57,7 +59,7 @@ int SplitSettingsLine(char const* line, char* key, char* value) {
   } else {
     CopyValueBehind(line + stop, value);
   }
-  return hasEqualsSign ? 1 : 0;
+  return hasEqualsSign ? Status::kSuccess : Status::kNotFound;
 }
 
 int ReplaceExtension(char* result, char const* extension, char const* name) {
@@ -70,5 +72,5 @@ int ReplaceExtension(char* result, char const* extension, char const* name) {
   buffer[stemLength + extensionLength] = '\0';
   // From the buffer, since `result` may be `name` or `extension`.
   std::memcpy(result, buffer, stemLength + extensionLength + 1);
-  return 1;
+  return Status::kSuccess;
 }

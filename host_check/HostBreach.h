@@ -3,7 +3,7 @@
 namespace host_check {
 
 /// The ways in which a host can break its contract. NameOf() gives the name that messages begin with;
-/// docs/porting.md explains each under that name.
+/// docs/use/porting.md explains each under that name.
 enum class HostBreach {
   // what is lent at all
   MissingObject,

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# The manual page of zyngrad, made of what its commands tell themselves.
+# Makes the manual page of zyngrad from the help of its commands.
 #   man_page.sh ZYNGRAD VERSION > zyngrad.1
 set -euo pipefail
 zyngrad=$1 version=$2
 
-# Text as it stands: no macro, no escape, hyphens that can be copied.
+# Standard input as literal text: no macros, no escapes, hyphens that can be copied.
 verbatim() {
   echo ".nf"
   sed -e 's/\\/\\e/g' -e 's/-/\\-/g' -e "s/^\([.']\)/\\\\\&\1/"
@@ -32,7 +32,7 @@ zyngrad \- gradients and interpolation of fields on finite\-volume meshes, with 
 .I COMMAND
 .RI [ OPTION ]...
 .SH DESCRIPTION
-Runs the operators of Zyn3dGradOp on a mesh and tells how good each method is there.
+Runs the operators of Zyn3dGradOp on a mesh and measures the error of each method there.
 .PP
 END
 "$zyngrad" --help | verbatim
@@ -43,7 +43,7 @@ for command in $(commands); do
 done
 cat <<'END'
 .SH EXIT STATUS
-0 on success, 2 on wrong input, with one line on standard error. Other codes are told with their command.
+0 on success; 2 on wrong input, with one line on standard error. The commands describe any other codes.
 .SH SEE ALSO
 .BR mpirun (1)
 END

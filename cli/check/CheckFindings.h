@@ -35,7 +35,7 @@ enum Finding : std::uint32_t {
 /// The gradient of method number k of GradientMethods() is not finite.
 constexpr std::uint32_t GradientNotFinite(std::size_t k) { return 1U << (19 + k); }
 
-// Where the findings begin. Each is explained in docs/check.md.
+// Where the findings begin. Each is explained in docs/use/check.md.
 constexpr double kFlatCell = 1e-6;                 ///< volume / (surface area)^1.5; a cube has 0.07
 constexpr double kExtremeSkewness = 1.0;           ///< as reference_host::QualitySums measures it
 constexpr double kExtremeNonOrthogonality = 70.0;  ///< degrees
@@ -68,9 +68,6 @@ Severity SeverityOf(std::uint32_t findings);
 /// Those that are more than notes, the gravest first: "weights not finite; members at one position". Empty
 /// when there is none.
 std::string InWords(std::uint32_t findings);
-
-/// The gradient type of the method that solves normal equations.
-constexpr int kLeastSquaresType = 1;
 
 // What a check can find at all, so that a table shows what was looked for.
 

@@ -45,7 +45,7 @@ constexpr char const* kFooter =
     "solves\n"
     "for it, the pivots of least squares, and whether the other gradients are finite; with --group-faces, "
     "--points or\n"
-    "--body also the systems of faces and points. docs/check.md tells what each line means and what to do "
+    "--body also the systems of faces and points. docs/use/check.md tells what each line means and what to do "
     "about it.\n\n"
     "The exit code is 0 if all results would be finite and none is marked wrong, 1 if not, with the counts "
     "in "

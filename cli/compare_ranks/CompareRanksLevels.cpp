@@ -14,6 +14,7 @@
 #include "cli/systems/ConditionEstimate.h"
 #include "gradient/COperatorGradient.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/GradientTypes.h"
 #include "reference_host/mesh/FaceGeometry.h"
 #include "reference_host/mesh/MeshPart.h"
 #include "reference_host/partition/HostPartition.h"
@@ -28,7 +29,6 @@ using reference_host::Point;
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 constexpr double kLeastRelative = 1e-12;
-constexpr int kLeastSquaresType = 1;
 
 double Length(double x, double y, double z) { return std::sqrt(y * y + x * x + z * z); }
 

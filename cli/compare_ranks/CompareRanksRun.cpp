@@ -20,6 +20,7 @@
 #include "cli/output/RunSettings.h"
 #include "cli/study/StudyPoints.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/GradientTypes.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "reference_host/mesh/MeshPart.h"
@@ -30,8 +31,6 @@ namespace zyngrad {
 namespace {
 
 using reference_host::HostPartition;
-
-constexpr int kLeastSquaresType = 1;
 
 /// Faces of a mesh by their cells.
 class FaceNumbers {

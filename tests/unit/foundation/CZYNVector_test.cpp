@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "tests/unit/gradient/FlushRecord.h"
+#include "tests/support/watch/FlushRecord.h"
 
 // The checked array: what each operation answers, stores and leaves alone, for both index bases and every
 // value type that the library offers.
@@ -273,7 +273,7 @@ TEST(Vector1, ConstSubscriptWith100PrintsTheMessageInTheseWordsAndGivesElement1)
 
 TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
   CZYNVector<int, 1> const vector(5);
-  gradient_test::FlushRecord const record;
+  zyn_test::FlushRecord const record;
   EXPECT_EQ(0, vector[100]);
   ASSERT_EQ(2U, record.Pieces().size());
   EXPECT_EQ("\n", record.Pieces()[0]);

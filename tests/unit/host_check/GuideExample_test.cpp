@@ -70,7 +70,7 @@ TEST(GuideExample, IsTheCodeOfTheGuide) {
   std::size_t const begin = source.find("// begin\n") + 9, end = source.find("// end\n");
   ASSERT_LT(begin, end);
   EXPECT_NE(
-      Squeezed(ContentOf(data + "/../../docs/porting.md")).find(Squeezed(source.substr(begin, end - begin))),
+      Squeezed(ContentOf(data + "/../../docs/use/porting.md")).find(Squeezed(source.substr(begin, end - begin))),
       std::string::npos);
 }
 
