@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "cli/check/CheckedSystem.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/options/InterpolationOptions.h"
 #include "cli/points/PointSet.h"
 #include "cli/points/UsableCells.h"
@@ -18,7 +18,7 @@ namespace zyngrad {
 /// that the method has. Method 4 has a system on each side of a face between two cells; the worse one counts.
 /// On boundary faces its values are 0 by design, so there only the slope along the normal is checked.
 /// @param[in] logFile  takes what the operator prints
-std::vector<CheckedSystem> CheckFaces(reference_host::HostPartition& partition, FaceGroup group,
+std::vector<CheckedSystem> CheckFaces(reference_host::HostPartition& partition, FaceKind group,
                                       InterpolationSettings const& settings, std::string const& logFile);
 
 /// The systems of those points that `rank` serves, in the points' order, with the rows of value and gradient.

@@ -18,7 +18,7 @@
 #include "cli/check/CheckSummary.h"
 #include "cli/commands/Program.h"
 #include "cli/commands/commands.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
 #include "cli/gradient/MethodOption.h"
 #include "cli/options/InterpolationOptions.h"
@@ -86,7 +86,7 @@ class CheckCommand : public Command {
   double SpanOr(double standard) const;
 
   CheckResult CheckAllCells(Ranks const& ranks, LoadedMesh& mesh, OutputFolder& folder);
-  CheckResult CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceGroup group,
+  CheckResult CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceKind group,
                              OutputFolder& folder) const;
   CheckResult CheckPointSet(Ranks const& ranks, LoadedMesh& mesh, PointSet points, OutputFolder& folder);
   ordered_json Question() const;
@@ -99,7 +99,7 @@ class CheckCommand : public Command {
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
   CellCheckCase cellCase_;
-  std::vector<FaceGroup> faceGroups_;
+  std::vector<FaceKind> faceGroups_;
   std::optional<Expression> body_;
   InterpolationSettings faceSettings_, pointSettings_;
   std::string grid_;
@@ -112,7 +112,7 @@ CLI::App* CheckCommand::AddTo(CLI::App& program) {
   AddMeshOptions(*command, meshOptions_);
   AddMethodOptions(*command);
   AddRepeatableOption(*command, "--group-faces", faceGroupNames_,
-                      "Check interpolation to these faces, too: " + FaceGroupNames() + "; repeat as needed")
+                      "Check interpolation to these faces, too: " + FaceKindNames() + "; repeat as needed")
       ->type_name("GROUP");
   command->add_option("--points", pointsFile_, "Check interpolation to these points, too")
       ->type_name("FILE.csv");
@@ -153,8 +153,8 @@ void CheckCommand::ChooseMethods() {
 
 void CheckCommand::ChooseFaces() {
   for (std::string const& name : faceGroupNames_) {
-    std::optional<FaceGroup> const group = FaceGroupFromName(name);
-    if (!group) throw UsageError("--group-faces " + Quoted(name) + ": expected " + FaceGroupNames());
+    std::optional<FaceKind> const group = FaceKindFromName(name);
+    if (!group) throw UsageError("--group-faces " + Quoted(name) + ": expected " + FaceKindNames());
     if (std::find(faceGroups_.begin(), faceGroups_.end(), *group) == faceGroups_.end())
       faceGroups_.push_back(*group);
   }
@@ -181,7 +181,7 @@ CheckResult CheckCommand::CheckAllCells(Ranks const& ranks, LoadedMesh& mesh, Ou
   return {"cells", "cells", CellFindings(cellCase_.methods), SummariseCheck(ranks, cells)};
 }
 
-CheckResult CheckCommand::CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceGroup group,
+CheckResult CheckCommand::CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceKind group,
                                          OutputFolder& folder) const {
   if (faceSettings_.method == kMethodByNodes)
     PrintLongRowWarning(ranks, *mesh.partition, nullptr, "--face-method 2");
@@ -214,7 +214,7 @@ ordered_json CheckCommand::Question() const {
   json["span"] = cellCase_.radialBasis.span;
   json["shapeNormalize"] = shapeNormalize_;
   json["faceGroups"] = ordered_json::array();
-  for (FaceGroup const group : faceGroups_) json["faceGroups"].push_back(NameOf(group));
+  for (FaceKind const group : faceGroups_) json["faceGroups"].push_back(NameOf(group));
   if (!faceGroups_.empty()) json["faces"] = InterpolationSettingsAsJson(faceSettings_);
   json["points"] = pointsFile_.empty() ? ordered_json(nullptr) : ordered_json(pointsFile_);
   json["body"] = bodyText_.empty() ? ordered_json(nullptr) : ordered_json(bodyText_);
@@ -241,7 +241,7 @@ void CheckCommand::Run(Ranks const& ranks) {
 
   progress.Stage("checking cells");
   std::vector<CheckResult> results = {CheckAllCells(ranks, mesh, folder)};
-  for (FaceGroup const group : faceGroups_) {
+  for (FaceKind const group : faceGroups_) {
     progress.Stage("checking " + NameOf(group) + " faces");
     results.push_back(CheckFaceGroup(ranks, mesh, group, folder));
   }

@@ -12,9 +12,9 @@
 #include "cli/commands/commands.h"
 #include "cli/faces/FaceErrors.h"
 #include "cli/faces/FaceFiles.h"
-#include "cli/faces/FaceGroup.h"
 #include "cli/faces/FaceReport.h"
 #include "cli/faces/FaceRun.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
 #include "cli/field/TestField.h"
 #include "cli/options/InterpolationOptions.h"
@@ -70,7 +70,7 @@ class FacesCommand : public Command {
  private:
   void ReadOptions();
   void ChooseFaces(std::string const& name);
-  void CheckThatThereAreFaces(Ranks const& ranks, FacesOfGroup const& faces) const;
+  void CheckThatThereAreFaces(Ranks const& ranks, TargetedFaces const& faces) const;
   ordered_json Question() const;
   static OutputPlan PlanOutput(Ranks const& ranks);
 
@@ -80,7 +80,7 @@ class FacesCommand : public Command {
   bool debugReport_ = false;
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
-  std::optional<FaceGroup> group_;
+  std::optional<FaceKind> group_;
   InterpolationSettings settings_;
   int exitCode_ = kSuccess;
 };
@@ -90,7 +90,7 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
       program.add_subcommand("faces", "Interpolation of a formula's field to faces, with errors");
   AddMeshOptions(*command, meshOptions_);
   command->get_option("--group")
-      ->description("The faces: " + FaceGroupNames() +
+      ->description("The faces: " + FaceKindNames() +
                     ".\nWith \"=\": kind of a boundary whose name does not tell it")
       ->type_name("GROUP or NAME=inlet|outlet|wall|symmetry")
       ->required();
@@ -104,9 +104,9 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
 }
 
 void FacesCommand::ChooseFaces(std::string const& name) {
-  std::optional<FaceGroup> const group = FaceGroupFromName(name);
+  std::optional<FaceKind> const group = FaceKindFromName(name);
   if (!group) {
-    throw UsageError("--group " + Quoted(name) + ": expected " + FaceGroupNames() +
+    throw UsageError("--group " + Quoted(name) + ": expected " + FaceKindNames() +
                      ", or NAME=inlet, outlet, wall or symmetry");
   }
   if (group_ && group_ != group)
@@ -124,17 +124,17 @@ void FacesCommand::ReadOptions() {
     else
       kinds.groups.push_back(text);
   }
-  if (!group_) throw UsageError("--group has to choose the faces: " + FaceGroupNames());
+  if (!group_) throw UsageError("--group has to choose the faces: " + FaceKindNames());
   groups_ = GroupsByUser(kinds);
   settings_ = ReadInterpolationOptions(options_, kMethods);
   settings_.printsReport = debugReport_;
 }
 
-void FacesCommand::CheckThatThereAreFaces(Ranks const& ranks, FacesOfGroup const& faces) const {
+void FacesCommand::CheckThatThereAreFaces(Ranks const& ranks, TargetedFaces const& faces) const {
   if (ranks.Max(faces.count) > 0.0) return;
-  if (group_ == FaceGroup::Partition)
+  if (group_ == FaceKind::Partition)
     throw UsageError("there are no partition faces on one rank: mpirun -n 2 zyngrad faces ... has some");
-  if (group_ == FaceGroup::Inner && ranks.count() > 1)
+  if (group_ == FaceKind::Inner && ranks.count() > 1)
     throw UsageError("no rank has inner faces: on " + std::to_string(ranks.count()) +
                      " ranks every face between cells is a partition face");
   throw UsageError("the mesh has no " + NameOf(*group_) + " faces");
@@ -164,7 +164,7 @@ void FacesCommand::Run(Ranks const& ranks) {
       reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
                                [&progress](std::string const& stage) { progress.Stage(stage); });
   reference_host::HostPartition& partition = *mesh.partition;
-  FacesOfGroup const faces = FacesOf(partition, *group_);
+  TargetedFaces const faces = TargetedFacesOf(partition, *group_);
   CheckThatThereAreFaces(ranks, faces);
   progress.Done();
   if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);

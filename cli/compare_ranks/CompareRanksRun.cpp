@@ -13,7 +13,7 @@
 #include "cli/base/TemporaryFolder.h"
 #include "cli/base/TextTable.h"
 #include "cli/base/UsageError.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/gradient/LeastSquaresCheck.h"
 #include "cli/options/InterpolationOptions.h"
 #include "cli/output/MeshScale.h"
@@ -143,7 +143,7 @@ class PartRun {
     op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
     op.getPartitionFace(partition_.partitionFaces());
     op.getCommunication(&exchange_);
-    op.Initialize_FaceInterpolateData(static_cast<int>(FaceGroup::Inner));
+    op.Initialize_FaceInterpolateData(static_cast<int>(FaceKind::Inner));
     CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
     std::vector<double> value(static_cast<std::size_t>(mesh.NInnerFaces) + 1, 0.0),
         zero[3] = {value, value, value};

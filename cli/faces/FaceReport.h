@@ -16,7 +16,7 @@ namespace zyngrad {
 
 /// What is known of one interpolation to faces, of all ranks.
 struct FaceResults {
-  FaceGroup group = FaceGroup::Inner;
+  FaceKind group = FaceKind::Inner;
   InterpolationSettings settings;
   StencilSizes stencils;
   FaceTimes times;

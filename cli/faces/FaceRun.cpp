@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kLaterCalls = 3;
 
-double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
              CZynFaceRBFInternalObject& op) {
   reference_host::HostPartition& partition = *mesh.partition;
   op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
@@ -72,9 +72,9 @@ void ReadRows(CZynFaceRBFInternalObject const& op, int nFaces, FaceRows& rows) {
 
 }  // namespace
 
-FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
                  std::vector<double>& field, std::string const& logFile) {
-  int const nFaces = FacesOf(*mesh.partition, group).count;
+  int const nFaces = TargetedFacesOf(*mesh.partition, group).count;
   FaceRun run;
   ranks.Together([&] { run.rows.value.assign(static_cast<std::size_t>(nFaces) + 1, 0.0); });
 
@@ -88,7 +88,7 @@ FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup
   return run;
 }
 
-std::vector<double> ExactFaceValues(Ranks const& ranks, FacesOfGroup const& faces, FaceGroup group,
+std::vector<double> ExactFaceValues(Ranks const& ranks, TargetedFaces const& faces, FaceKind group,
                                     Expression const& expression, int placeDigits) {
   std::vector<double> exact(static_cast<std::size_t>(faces.count) + 1, 0.0);
   ranks.Together([&] {

@@ -5,7 +5,7 @@
 
 #include "cli/base/Ranks.h"
 #include "cli/base/TextTable.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
 #include "reference_host/parallel/LoadMesh.h"
 
@@ -36,13 +36,13 @@ struct FaceRun {
 /// applies it to the field.
 /// @param[in] field    [1..NCell]; the operator takes it without const and only reads it
 /// @param[in] logFile  takes what the operator prints on this rank
-FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
                  std::vector<double>& field, std::string const& logFile);
 
 /// Collective. [1..count] the formula at the faces' targets. Throws UsageError naming the place where it is
 /// not finite.
 /// @param[in] placeDigits  from PlaceDigits
-std::vector<double> ExactFaceValues(Ranks const& ranks, FacesOfGroup const& faces, FaceGroup group,
+std::vector<double> ExactFaceValues(Ranks const& ranks, TargetedFaces const& faces, FaceKind group,
                                     Expression const& expression, int placeDigits = kPlaceDigits);
 
 }  // namespace zyngrad

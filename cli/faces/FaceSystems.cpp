@@ -10,9 +10,9 @@ constexpr int kByVertices = 3, kByNormal = 4;  // search methods
 
 }  // namespace
 
-FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceGroup group,
+FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceKind group,
                          InterpolationSettings const& settings)
-    : faces_(FacesOf(partition, group)) {
+    : faces_(TargetedFacesOf(partition, group)) {
   op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
   op_.getPartitionFace(partition.partitionFaces());
   op_.iFaceType = static_cast<int>(group);

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/options/InterpolationOptions.h"
 #include "foundation/DQVector.h"
 #include "foundation/KernelSystem.h"
@@ -16,16 +16,15 @@ namespace zyngrad {
 /// goes to standard output.
 class FaceSystems {
  public:
-  FaceSystems(reference_host::HostPartition& partition, FaceGroup group,
+  FaceSystems(reference_host::HostPartition& partition, FaceKind group,
               InterpolationSettings const& settings);
   ~FaceSystems();
   FaceSystems(FaceSystems const&) = delete;
   FaceSystems& operator=(FaceSystems const&) = delete;
 
   CZynFaceRBFInternalObject& op() { return op_; }
-  FacesOfGroup const& faces() const { return faces_; }
-  bool isByNormal()
-      const;  ///< search method 4, whose faces have two systems, one on each side, instead of one
+  TargetedFaces const& faces() const { return faces_; }
+  bool isByNormal() const;  ///< search method 4, whose faces have a system on each side instead of one
 
   /// Nodes of the system of face f in 1..faces().count, in the operator's order: the cells of its stencil; with
   /// search method 3 the face's two cells and its vertices. L. @pre not isByNormal()
@@ -44,7 +43,7 @@ class FaceSystems {
  private:
   KernelSystem SystemOf(int f) const;
 
-  FacesOfGroup faces_;
+  TargetedFaces faces_;
   CZynFaceRBFInternalObject op_;
 };
 

@@ -223,11 +223,11 @@ class LevelRun {
 
   void RunInnerFaces(StudyCase const& theCase, Expression const& formula) {
     std::vector<double> values = MakeCellValues(ranks_, partition_, formula, "the field");
-    FacesOfGroup const faces = FacesOf(partition_, FaceGroup::Inner);
+    TargetedFaces const faces = TargetedFacesOf(partition_, FaceKind::Inner);
     std::vector<double> const exact =
-        ExactFaceValues(ranks_, faces, FaceGroup::Inner, formula, PlaceDigits(ranks_, partition_));
+        ExactFaceValues(ranks_, faces, FaceKind::Inner, formula, PlaceDigits(ranks_, partition_));
     TellSettings(FaceSettingsText(SettingsOf(theCase)));
-    FaceRun const run = RunFaces(ranks_, mesh_, FaceGroup::Inner, values, gradient_.logFile);
+    FaceRun const run = RunFaces(ranks_, mesh_, FaceKind::Inner, values, gradient_.logFile);
 
     std::vector<StudyError> own;
     auto const isBoundary = [this](int c) {
@@ -236,7 +236,7 @@ class LevelRun {
     for (int f = 1; f <= faces.count; ++f) {
       auto const i = static_cast<std::size_t>(f);
       own.push_back({std::fabs(run.rows.value[i] - exact[i]), faces.Area(f),
-                     isBoundary(faces.cell[f]) || isBoundary(faces.other[f])});
+                     isBoundary(faces.cv[f]) || isBoundary(faces.other[f])});
     }
     StudyResult result;
     result.quantity = kFaceValue;

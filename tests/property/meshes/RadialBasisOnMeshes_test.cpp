@@ -16,6 +16,7 @@
 #include "foundation/DQKernel.h"
 #include "foundation/DQMatrix.h"
 #include "foundation/DQVector.h"
+#include "foundation/FaceGroups.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/meshes/PartitionedGradients.h"
@@ -314,7 +315,8 @@ SlopeErrors ErrorsOnHexahedra(int n) {
   CellOperator op(own, 500.0, 0);
   Gradients const g = GradientOf(*op, partitioned::Filled(mesh, Smooth));
   std::vector<bool> atSymmetry(g.size(), false);
-  for (int f = 1; f <= mesh.NSymmetry; ++f) atSymmetry[mesh.ijSymmetryCV[f]] = true;
+  FaceGroup const symmetry = FacesOf(FaceKind::Symmetry, mesh);
+  for (int f = 1; f <= symmetry.count; ++f) atSymmetry[symmetry.cv[f]] = true;
   SlopeErrors errors;
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     Point const exact = SlopeOfSmooth({mesh.xc[c], mesh.yc[c], mesh.zc[c]});
@@ -338,10 +340,11 @@ void AddErrors(FaceMesh const& boxes, int n, SlopeOrders& orders) {
   Gradients const g = GradientOf(*op, partitioned::Filled(mesh, Smooth));
   enum { kInside, kAtBoundary, kAtSymmetry };
   std::vector<int> kind(g.size(), kInside);
-  for (int f = 1; f <= mesh.NInlet; ++f) kind[mesh.ijInletCV[f]] = kAtBoundary;
-  for (int f = 1; f <= mesh.NOutlet; ++f) kind[mesh.ijOutletCV[f]] = kAtBoundary;
-  for (int f = 1; f <= mesh.NWall; ++f) kind[mesh.ijWallCV[f]] = kAtBoundary;
-  for (int f = 1; f <= mesh.NSymmetry; ++f) kind[mesh.ijSymmetryCV[f]] = kAtSymmetry;
+  for (FaceKind const group : {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Wall, FaceKind::Symmetry}) {
+    FaceGroup const faces = FacesOf(group, mesh);
+    for (int f = 1; f <= faces.count; ++f)
+      kind[faces.cv[f]] = group == FaceKind::Symmetry ? kAtSymmetry : kAtBoundary;
+  }
   double sum[3] = {}, count[3] = {};
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     Point const exact = SlopeOfSmooth({mesh.xc[c], mesh.yc[c], mesh.zc[c]});
@@ -442,8 +445,10 @@ void CheckBesideTheInterior(HostPartition& own, COperatorGradient& op, std::vect
   std::vector<double> g[3];
   partitioned::CallGradient(op, {"radial basis", 2, 1, false}, mesh, Smooth, g);
   std::vector<int> copiedFrom(g[0].size(), 0);
-  for (int f = 1; f <= mesh.NWall; ++f) copiedFrom[mesh.ijWall[f]] = mesh.ijWallCV[f];
-  for (int f = 1; f <= mesh.NInlet; ++f) copiedFrom[mesh.ijInlet[f]] = mesh.ijInletCV[f];
+  for (FaceKind const kind : {FaceKind::Wall, FaceKind::Inlet}) {
+    FaceGroup const faces = FacesOf(kind, mesh);
+    for (int f = 1; f <= faces.count; ++f) copiedFrom[faces.other[f]] = faces.cv[f];
+  }
   for (auto const& component : g)
     for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c)
       if (component[c] != (copiedFrom[c] > 0 ? component[copiedFrom[c]] : 0.0))

@@ -50,7 +50,7 @@ TEST(GuideExample, AllPartitionsGoOnOrAllStop) {
             "rank 1: [bad-volume] interior cell 3 has the volume 0\n");
 }
 
-/// Without blanks and line ends.
+/// The text without blanks and line breaks.
 std::string Squeezed(std::string const& text) {
   std::string result;
   for (char const c : text)

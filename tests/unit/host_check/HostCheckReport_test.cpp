@@ -113,7 +113,7 @@ TEST(HostBreach, NamesAreAllDifferent) {
   EXPECT_STREQ(NameOf(HostBreach::NonBlockingDiffers), "non-blocking-differs");
 }
 
-// The guide for solver authors explains every message, under its name.
+// The guide for solver authors explains every message under its name.
 TEST(HostBreach, EveryKindIsExplainedInTheGuide) {
   std::ifstream file(ZYN_TEST_DATA "/../../docs/use/porting.md");
   ASSERT_TRUE(file.is_open());

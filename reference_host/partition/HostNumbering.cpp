@@ -1,3 +1,5 @@
+#include "reference_host/partition/HostNumbering.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstdint>
@@ -7,16 +9,9 @@
 
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/partition/CuthillMcKee.h"
-#include "reference_host/partition/HostNumbering.h"
 
 namespace reference_host {
 namespace {
-
-constexpr std::size_t Index(FaceKind kind) { return static_cast<std::size_t>(kind); }
-
-/// Ghost cells are numbered group by group in this order.
-constexpr std::array<FaceKind, 4> kGhostOrder = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry,
-                                                 FaceKind::Wall};
 
 void CheckCount(std::size_t count, char const* what) {
   // One below the largest int, so that 1-based arrays have a count that fits as well.
@@ -41,7 +36,7 @@ FaceKind KindOfBoundaryFace(MeshPart const& part, int face) {
   if (!part.patches[patch].group) {
     throw MeshError("patch '" + part.patches[patch].name + "' has no boundary group");
   }
-  return KindOfGroup(*part.patches[patch].group);
+  return KindOf(*part.patches[patch].group);
 }
 
 void FindFaceKinds(MeshPart const& part, HostNumbering& numbering) {
@@ -103,19 +98,19 @@ void NumberInteriorCells(MeshPart const& part, HostNumbering& numbering) {
 
 std::array<int, kFaceKinds> CountKinds(HostNumbering const& numbering) {
   std::array<int, kFaceKinds> count{};
-  for (FaceKind const kind : numbering.kind) ++count[Index(kind)];
+  for (FaceKind const kind : numbering.kind) ++count[IndexOf(kind)];
   return count;
 }
 
 void PlaceGhostCells(MeshPart const& part, std::array<int, kFaceKinds> const& nFaces,
                      HostNumbering& numbering) {
   std::size_t nCells = part.globalCell.size();
-  for (FaceKind const kind : kGhostOrder) nCells += nFaces[Index(kind)];
+  for (FaceKind const kind : kGhostOrder) nCells += nFaces[IndexOf(kind)];
   CheckCount(nCells, "cells, ghost and halo cells included,");
 
   for (FaceKind const kind : kGhostOrder) {
-    numbering.ghostsBefore[Index(kind)] = numbering.nInterior + numbering.nGhost;
-    numbering.nGhost += nFaces[Index(kind)];
+    numbering.ghostsBefore[IndexOf(kind)] = numbering.nInterior + numbering.nGhost;
+    numbering.nGhost += nFaces[IndexOf(kind)];
   }
 }
 
@@ -147,8 +142,8 @@ void NumberFaces(MeshPart const& part, std::array<int, kFaceKinds> const& nFaces
     for (std::size_t i = numbering.cellFaceStart[partCell]; i < numbering.cellFaceStart[partCell + 1]; ++i) {
       int const f = numbering.cellFace[i];
       FaceKind const kind = numbering.kind[f];
-      if (kind != FaceKind::Inner && kind != FaceKind::Partition) {
-        numbering.partFace[Index(kind)].push_back(f);
+      if (IsBoundary(kind)) {
+        numbering.partFace[IndexOf(kind)].push_back(f);
         continue;
       }
       // An inner face belongs to its lower cell. Halo cells have the highest numbers of all.
@@ -157,7 +152,7 @@ void NumberFaces(MeshPart const& part, std::array<int, kFaceKinds> const& nFaces
     }
     std::sort(toOtherCells.begin(), toOtherCells.end());
     for (auto const& toOther : toOtherCells) {
-      numbering.partFace[Index(numbering.kind[toOther.second])].push_back(toOther.second);
+      numbering.partFace[IndexOf(numbering.kind[toOther.second])].push_back(toOther.second);
     }
   }
 
@@ -168,20 +163,6 @@ void NumberFaces(MeshPart const& part, std::array<int, kFaceKinds> const& nFaces
 }
 
 }  // namespace
-
-FaceKind KindOfGroup(BoundaryGroup group) {
-  switch (group) {
-    case BoundaryGroup::Inlet:
-      return FaceKind::Inlet;
-    case BoundaryGroup::Outlet:
-      return FaceKind::Outlet;
-    case BoundaryGroup::Symmetry:
-      return FaceKind::Symmetry;
-    case BoundaryGroup::Wall:
-      break;
-  }
-  return FaceKind::Wall;
-}
 
 HostNumbering NumberPartition(MeshPart const& part) {
   CheckCount(part.owner.size(), "faces");

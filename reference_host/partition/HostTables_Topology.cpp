@@ -1,18 +1,16 @@
+#include "reference_host/partition/HostTables.h"
+
 #include <algorithm>
 #include <array>
 
 #include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/FaceGeometry.h"
-#include "reference_host/partition/HostTables.h"
 
 namespace reference_host {
 namespace {
 
-constexpr std::array<FaceKind, 4> kBoundaryKinds = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry,
-                                                    FaceKind::Wall};
-
 void FillGroupCells(MeshPart const& part, HostNumbering const& numbering, FaceKind kind,
-                    FaceGroupTable& group) {
+                    OwnedFaceGroup& group) {
   std::vector<int> const& partFaces = numbering.PartFaces(kind);
   group.cv.assign(partFaces.size(), 0);
   group.other.assign(partFaces.size(), 0);
@@ -51,7 +49,7 @@ class NodeNumbers {
 /// negated, the row runs backwards from the last of the three, so that it turns around the vector in every
 /// case.
 void FillFaceNodes(MeshPart const& part, HostNumbering const& numbering, NodeNumbers& nodeNumbers,
-                   FaceKind kind, FaceGroupTable& group) {
+                   FaceKind kind, OwnedFaceGroup& group) {
   FaceTable const faces(part);
   std::vector<int> const& partFaces = numbering.PartFaces(kind);
   std::vector<int> length(partFaces.size(), 0);
@@ -83,7 +81,6 @@ class CellNodeTable {
         tables_(tables),
         lastCell_(part.points.size() + 1, 0),
         halo_(part.nHalo()) {
-    for (std::size_t k = 0; k < kFaceKinds; ++k) kindOfCode_[kGroupCode[k]] = k;
     for (int h = 0; h < part.nHalo(); ++h) halo_[numbering.cell[part.nOwned + h] - FirstHalo()] = h;
   }
 
@@ -109,7 +106,7 @@ class CellNodeTable {
     int const* cellFace = tables_.cellFace[c];
     int const* cellFaceType = tables_.cellFaceType[c];
     for (int k = 1; k <= cellFace[0]; ++k) {
-      int const* nodes = tables_.groups[kindOfCode_[cellFaceType[k]]].nodes[cellFace[k]];
+      int const* nodes = tables_.Group(GroupWithCode(cellFaceType[k])->kind).nodes[cellFace[k]];
       for (int i = 1; i <= nodes[0]; ++i) {
         if (lastCell_[nodes[i]] == mark) continue;
         lastCell_[nodes[i]] = mark;
@@ -124,8 +121,8 @@ class CellNodeTable {
     for (int c = 1; c <= numbering_.nInterior; ++c) {
       ForEachNode(c, c, [&](int) { ++number[c]; });
     }
-    for (FaceKind const kind : kBoundaryKinds) {
-      FaceGroupTable const& group = tables_.Group(kind);
+    for (FaceKind const kind : kGhostOrder) {
+      OwnedFaceGroup const& group = tables_.Group(kind);
       for (int f = 1; f <= group.size(); ++f) number[group.other[f]] = group.nodes[f][0];
     }
     for (std::size_t i = 0; i < halo_.size(); ++i) {
@@ -143,8 +140,8 @@ class CellNodeTable {
   }
 
   void FillGhosts() {
-    for (FaceKind const kind : kBoundaryKinds) {
-      FaceGroupTable const& group = tables_.Group(kind);
+    for (FaceKind const kind : kGhostOrder) {
+      OwnedFaceGroup const& group = tables_.Group(kind);
       for (int f = 1; f <= group.size(); ++f) {
         int const* nodes = group.nodes[f];
         std::copy(nodes, nodes + nodes[0] + 1, tables_.cellNodes[group.other[f]]);
@@ -165,9 +162,8 @@ class CellNodeTable {
   HostNumbering const& numbering_;
   NodeNumbers& nodeNumbers_;
   HostTables& tables_;
-  std::array<std::size_t, 102> kindOfCode_{};  // by group code, 101 being the largest
-  std::vector<int> lastCell_;                  // by node: the mark of the last cell that came to it
-  std::vector<int> halo_;  // part numbers of the halo cells, counted from 0, in host order
+  std::vector<int> lastCell_;  // by node: the mark of the last cell that came to it
+  std::vector<int> halo_;      // part numbers of the halo cells, counted from 0, in host order
 };
 
 void FillNodes(MeshPart const& part, NodeNumbers const& nodeNumbers, HostTables& tables) {
@@ -219,10 +215,10 @@ void FillCellFaces(HostNumbering const& numbering, HostTables& tables) {
     for (int k = 1; k <= nFacesOfCell[c]; ++k, ++partFace) {
       FaceKind const kind = numbering.kind[*partFace];
       int const f = numbering.face[*partFace];
-      FaceGroupTable const& group = tables.Group(kind);
+      OwnedFaceGroup const& group = tables.Group(kind);
       tables.cellCell[c][k] = group.cv[f] == c ? group.other[f] : group.cv[f];
       tables.cellFace[c][k] = f;
-      tables.cellFaceType[c][k] = kGroupCode[static_cast<std::size_t>(kind)];
+      tables.cellFaceType[c][k] = MembersOf(kind).code;
     }
   }
 }
@@ -233,12 +229,12 @@ void FillFaceCells(MeshPart const& part, HostNumbering const& numbering, HostTab
   tables.nInterior = numbering.nInterior;
   tables.nGhost = numbering.nGhost;
   tables.nHalo = numbering.nHalo;
-  for (std::size_t k = 0; k < kFaceKinds; ++k) {
-    FillGroupCells(part, numbering, static_cast<FaceKind>(k), tables.groups[k]);
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    FillGroupCells(part, numbering, members.kind, tables.Group(members.kind));
   }
   for (FaceKind const kind : {FaceKind::Inner, FaceKind::Partition}) {
-    FaceGroupTable& group = tables.Group(kind);
-    group.faceType.assign(group.cv.size(), 0);
+    OwnedFaceGroup& group = tables.Group(kind);
+    group.type.assign(group.cv.size(), 0);
   }
 
   tables.globalCell.assign(numbering.nCells() + 1, 0);
@@ -246,7 +242,7 @@ void FillFaceCells(MeshPart const& part, HostNumbering const& numbering, HostTab
     tables.globalCell[numbering.cell[c]] = part.globalCell[c] + 1;
   }
   tables.patchOfGhost.assign(numbering.nCells() + 1, -1);
-  for (FaceKind const kind : kBoundaryKinds) {
+  for (FaceKind const kind : kGhostOrder) {
     for (int f = 1; f <= numbering.nFaces(kind); ++f) {
       tables.patchOfGhost[numbering.GhostCell(kind, f)] = part.facePatch[numbering.PartFaces(kind)[f]];
     }
@@ -257,8 +253,8 @@ void FillTopology(MeshPart const& part, HostNumbering const& numbering, HostTabl
   FillCellFaces(numbering, tables);
   NodeNumbers nodeNumbers(part.points.size());
   // The inner faces come first: nearly all nodes are on one, so they are numbered in the order of the cells.
-  for (std::size_t k = 0; k < kFaceKinds; ++k) {
-    FillFaceNodes(part, numbering, nodeNumbers, static_cast<FaceKind>(k), tables.groups[k]);
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    FillFaceNodes(part, numbering, nodeNumbers, members.kind, tables.Group(members.kind));
   }
   CellNodeTable(part, numbering, nodeNumbers, tables).Build();
   // Points that no cell uses keep a number too.

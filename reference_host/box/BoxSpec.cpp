@@ -1,3 +1,5 @@
+#include "reference_host/box/BoxSpec.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
@@ -8,7 +10,6 @@
 #include <system_error>
 #include <vector>
 
-#include "reference_host/box/BoxMesh.h"
 #include "reference_host/box/BoxShapes.h"
 #include "reference_host/mesh/MeshError.h"
 
@@ -29,7 +30,7 @@ std::vector<std::string> Split(std::string const& text, char separator) {
   return pieces;
 }
 
-/// Reads one text and keeps it for the messages.
+/// Parses one text and keeps it for the messages.
 class SpecParser {
  public:
   explicit SpecParser(std::string const& text) : text_(text) {}
@@ -52,15 +53,14 @@ class SpecParser {
  private:
   [[noreturn]] void Fail(std::string const& what) const { throw MeshError(text_ + ": " + what); }
 
-  /// The whole piece must be the number. from_chars, since the locale must not change what a text means.
+  /// The number must fill the whole piece. It uses from_chars, which does not depend on the locale.
   template <class Number>
   Number Read(std::string const& piece, std::string const& what) const {
     Number number{};
     char const* end = piece.data() + piece.size();
     auto const [stop, error] = std::from_chars(piece.data(), end, number);
     if (error == std::errc::result_out_of_range) Fail(what + " \"" + piece + "\" is too large");
-    if (error != std::errc() || stop != end)
-      Fail(what + " \"" + piece + "\" is not a number of the right kind");
+    if (error != std::errc() || stop != end) Fail(what + " \"" + piece + "\" is not a valid number");
     return number;
   }
 
@@ -109,8 +109,8 @@ class SpecParser {
   BoxSpec spec_;
 };
 
-// Counts in double: the product of three 32-bit numbers overflows every integer type, and up to the limit of
-// 2^31 double is exact.
+// Counts in double: the product of three 32-bit numbers overflows every integer type, and double is exact up
+// to the limit of 2^31.
 void CheckCounts(BoxSpec const& spec, std::string const& name) {
   for (int const n : {spec.nx, spec.ny, spec.nz}) {
     if (n < 1) throw MeshError(name + ": cell counts must be 1 or more, not " + std::to_string(n));

@@ -1,13 +1,14 @@
+#include "reference_host/partition/HostTables.h"
+
 #include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/FaceGeometry.h"
-#include "reference_host/partition/HostTables.h"
 
 namespace reference_host {
 namespace {
 
 /// Space for the vectors of every group; the element 0 of each is zero.
 void AllocateFaceVectors(HostTables& tables) {
-  for (FaceGroupTable& group : tables.groups) {
+  for (OwnedFaceGroup& group : tables.groups) {
     for (auto* values : {&group.sx, &group.sy, &group.sz, &group.xc, &group.yc, &group.zc}) {
       values->assign(group.cv.size(), 0.0);
     }
@@ -17,7 +18,7 @@ void AllocateFaceVectors(HostTables& tables) {
 /// Areas and centres of one group. The mesh's vector points out of the face's owner in the mesh; it is
 /// negated, which is exact, where the group's CV cell is the other one.
 void ComputeGroup(FaceTable const& faces, std::vector<int> const& partFaces, std::vector<int> const& hostCell,
-                  FaceGroupTable& group) {
+                  OwnedFaceGroup& group) {
   for (int f = 1; f <= group.size(); ++f) {
     int const partFace = partFaces[f];
     FaceGeometry const face =
@@ -34,8 +35,8 @@ void ComputeGroup(FaceTable const& faces, std::vector<int> const& partFaces, std
 
 /// The ghost centre is the face centre: a field there is the boundary value itself.
 void PlaceGhostCentres(HostNumbering const& numbering, HostTables& tables) {
-  for (FaceKind const kind : {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry, FaceKind::Wall}) {
-    FaceGroupTable const& group = tables.Group(kind);
+  for (FaceKind const kind : kGhostOrder) {
+    OwnedFaceGroup const& group = tables.Group(kind);
     for (int f = 1; f <= group.size(); ++f) {
       int const ghost = numbering.GhostCell(kind, f);
       tables.xc[ghost] = group.xc[f];
@@ -71,7 +72,7 @@ void FillGeometry(MeshPart const& part, HostNumbering const& numbering, HostTabl
   // the same bits in any partition.
   CellGeometryBuilder builder(part.nOwned);
   for (int f = 0; f < faces.nFaces(); ++f) {
-    FaceGroupTable const& group = tables.Group(numbering.kind[f]);
+    OwnedFaceGroup const& group = tables.Group(numbering.kind[f]);
     int const hostFace = numbering.face[f];
     builder.AddFaceCentre(faces.Owner(f), faces.Neighbour(f),
                           {group.xc[hostFace], group.yc[hostFace], group.zc[hostFace]});
@@ -86,8 +87,8 @@ void FillGeometry(MeshPart const& part, HostNumbering const& numbering, HostTabl
   FillWeights(tables, tables.Group(FaceKind::Inner));
 }
 
-void FillWeights(HostTables const& tables, FaceGroupTable& group) {
-  group.lamda.assign(group.cv.size(), 0.0);
+void FillWeights(HostTables const& tables, OwnedFaceGroup& group) {
+  group.weight.assign(group.cv.size(), 0.0);
   for (int f = 1; f <= group.size(); ++f) {
     int const cv = group.cv[f], other = group.other[f];
     double const sx = group.sx[f], sy = group.sy[f], sz = group.sz[f];
@@ -96,7 +97,7 @@ void FillWeights(HostTables const& tables, FaceGroupTable& group) {
     double const toOther = sx * (tables.xc[other] - group.xc[f]) + sy * (tables.yc[other] - group.yc[f]) +
                            sz * (tables.zc[other] - group.zc[f]);
     double const sum = fromCV + toOther;
-    group.lamda[f] = sum != 0.0 ? fromCV / sum : 0.5;
+    group.weight[f] = sum != 0.0 ? fromCV / sum : 0.5;
   }
 }
 
