@@ -63,7 +63,7 @@ void PlaceCells(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh, CPartitionFac
   if (kind == FaceKind::Inner) {
     for (int c = 1; c <= mesh.NInnerCells; ++c) placeAtCentre(c);
   } else if (kind == FaceKind::Partition) {
-    FaceGroup const faces = PartitionFacesAtHaloCells(partition, mesh);
+    FaceGroup const faces = PartitionFaceCells(partition);
     for (int f = 1; f <= faces.count; ++f) placeAtCentre(faces.other[f]);
   } else {
     FaceGroup const faces = FacesOf(kind, mesh);

@@ -1,4 +1,4 @@
-// The residuals of the systems of cells and faces: how far the weights of a field 1 are from giving no slope.
+// The largest residuals of the systems of cells and faces: kept during a walk over these, and printed at its end.
 
 #include "foundation/Progress.h"
 #include "rbf_cell/CZynRBFInternalObject.h"

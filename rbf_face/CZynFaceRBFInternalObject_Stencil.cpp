@@ -144,7 +144,7 @@ int CZynFaceRBFInternalObject::CountingNodeToCellconnectionNumber(int i, int* pa
   return n;
 }
 
-// The face's two cells at positions 1 and 2, whatever they are.
+// Begins the merged list with the face's two cells, at positions 1 and 2 whether or not they are the same.
 void CZynFaceRBFInternalObject::StartMerged(int const* pair) {
   std::vector<int>& merged = work_.Get().merged;
   merged = {0, pair[0], pair[1]};

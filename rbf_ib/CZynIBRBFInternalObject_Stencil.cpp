@@ -59,7 +59,7 @@ struct CZynIBRBFInternalObject::Candidates {
   void Sort(int nWanted) { sort.Sort(ids.data(), distances.data(), Count(), nWanted); }
 };
 
-/// The cells and nodes of a stencil in the order in which they are met; used again.
+/// The cells and nodes of a stencil in the order in which they are met. The arrays are used again.
 struct CZynIBRBFInternalObject::StencilWork {
   std::vector<int> cells, nodes;
 };
@@ -143,7 +143,7 @@ void CZynIBRBFInternalObject::ClearLocalNumbers() {
   m_NodeLocalID.Assign(0);
 }
 
-// Everything that CollectStencil numbered for point i: nothing else is not zero.
+// Everything that CollectStencil numbered for point i; all other numbers are zero.
 void CZynIBRBFInternalObject::ClearLocalNumbersOf(int i) {
   int const *const cells = m_ppIBConn[i], *const nodes = m_ppIBNodeConn[i];
   for (int k = 1; k <= cells[0]; ++k) m_CellLocalID[cells[k]] = 0;
