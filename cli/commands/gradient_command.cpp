@@ -181,7 +181,7 @@ GradientCase GradientCommand::MakeCase(Ranks const& ranks, reference_host::Loade
   reference_host::HostPartition& partition = *mesh.partition;
   GradientCase theCase;
   for (std::string const& file : fieldFiles_) {
-    theCase.fields.push_back(ReadTestField(ranks, meshOptions_.mesh, mesh, file, warnings_));
+    theCase.fields.push_back(ReadTestField(ranks, mesh, file, warnings_));
   }
   for (Expression const& field : fields_) {
     theCase.fields.push_back(MakeTestField(ranks, partition, field));

@@ -26,10 +26,9 @@ TestField MakeTestField(Ranks const& ranks, reference_host::HostPartition& parti
 
 /// Collective. A field from a file, as reference_host::LoadField reads it, without exact gradient. Throws
 /// UsageError naming cell and place where a value is not finite.
-/// @param[in]     mesh      of `meshSpec`
 /// @param[in,out] warnings  gets a line if the file has no values for some of the boundary
-TestField ReadTestField(Ranks const& ranks, std::string const& meshSpec, reference_host::LoadedMesh& mesh,
-                        std::string const& fieldFile, std::vector<std::string>& warnings);
+TestField ReadTestField(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::string const& fieldFile,
+                        std::vector<std::string>& warnings);
 
 /// Collective. The values alone, in all cells, as a coefficient of the weighted gradient has them.
 /// Throws UsageError naming cell and place where the value is not finite; `what` is the word for it in the

@@ -1,4 +1,4 @@
-#include "reference_host/mesh/NamePattern.h"
+#include "reference_host/openfoam/NamePattern.h"
 
 #include <algorithm>
 #include <cctype>
@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kRepeats = "*+?";
 
-/// POSIX names of characters, with the test of the C library for each.
+/// POSIX names of character classes, with the C library's test for each.
 struct CharacterClass {
   std::string_view name;
   int (*isMember)(int);
@@ -31,8 +31,8 @@ std::size_t Byte(char c) { return static_cast<unsigned char>(c); }
 
 }  // namespace
 
-/// Makes the states of a pattern from left to right. Brackets wait on a stack of its own, so that their depth costs
-/// memory only.
+/// Builds the states of a pattern from left to right. Open brackets wait on an explicit stack, so that deep
+/// nesting costs only memory.
 class NamePatternParser {
  public:
   NamePatternParser(std::string_view text, NamePattern& pattern) : text_(text), pattern_(pattern) {}
@@ -59,20 +59,21 @@ class NamePatternParser {
   }
 
  private:
-  /// States that are entered at one place and left through one state, whose `out` is still open.
+  /// States with one entry and one exit state, whose `out` is still open.
   struct Piece {
     int start = NamePattern::kNone;
     int end = NamePattern::kNone;
   };
 
-  /// What has been read of a group, or of the whole: finished alternatives, and the one at work.
+  /// The part of a group, or of the whole pattern, that has been read: finished alternatives and the current
+  /// one.
   struct Group {
     Piece alternatives;  ///< joined so far
-    Piece sequence;      ///< of the alternative at work, without its last item
-    Piece last;          ///< what a repeat would apply to
+    Piece sequence;      ///< of the current alternative, without its last item
+    Piece last;          ///< the item that a repeat would apply to
   };
 
-  /// An item of the outermost sequence: a character that stands for itself, or anything else.
+  /// An item of the outermost sequence: a literal character, or anything else.
   struct Item {
     bool isCharacter;
     char character;
@@ -138,7 +139,7 @@ class NamePatternParser {
     return static_cast<int>(pattern_.states_.size()) - 1;
   }
 
-  /// The piece becomes the last of the sequence at work.
+  /// Makes the piece the last item of the current sequence.
   void Append(Piece const& piece) {
     Group& group = groups_.back();
     EndLast(group);
@@ -146,7 +147,7 @@ class NamePatternParser {
     if (groups_.size() == 1) items_.push_back({false, '\0'});
   }
 
-  /// What was last can no longer be repeated.
+  /// The last item can no longer be repeated.
   void EndLast(Group& group) {
     if (group.last.start < 0) return;
     if (group.sequence.start < 0) {
@@ -162,7 +163,7 @@ class NamePatternParser {
 
   void EndAlternative(Group& group) {
     EndLast(group);
-    if (group.sequence.start < 0) {  // an empty alternative takes nothing
+    if (group.sequence.start < 0) {  // an empty alternative matches nothing
       int const nothing = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
       group.sequence = {nothing, nothing};
     }
@@ -185,7 +186,7 @@ class NamePatternParser {
 
   void CloseGroup() {
     if (groups_.size() == 1) {
-      failure_ = "has a ')' too many";
+      failure_ = "has one ')' too many";
       return;
     }
     Piece const piece = Finish(groups_.back());
@@ -202,13 +203,13 @@ class NamePatternParser {
     Piece const inner = group.last;
     int const fork = AddState(NamePattern::kNone, NamePattern::kNone, inner.start);
     if (c == '?') {
-      // The fork enters the piece or passes it by; both ways meet behind it.
+      // The fork enters the piece or skips it; both paths meet after it.
       int const join = AddState(NamePattern::kNone, NamePattern::kNone, NamePattern::kNone);
       pattern_.states_[fork].out = join;
       Connect(inner, join);
       group.last = {fork, join};
     } else {
-      // Behind the piece the fork leads back to it or on.
+      // After the piece, the fork leads back to it or onward.
       Connect(inner, fork);
       group.last = {c == '*' ? fork : inner.start, fork};
     }
@@ -259,7 +260,7 @@ class NamePatternParser {
       at_ += 2;
     }
     if (last < first) {
-      failure_ = "has a range of characters that falls";
+      failure_ = "has a range of characters in descending order";
       return false;
     }
     for (std::size_t c = first; c <= last; ++c) set.set(c);
@@ -295,7 +296,7 @@ bool NamePattern::Takes(State const& state, char c) const {
   return state.takes == static_cast<int>(Byte(c));
 }
 
-/// Adds the state to the list, or those that it leads to without a character.
+/// Adds the state to the list, or the states that it leads to without a character.
 void NamePattern::Reach(int state, std::vector<int>& list, Workspace& workspace) const {
   workspace.waiting.assign(1, state);
   while (!workspace.waiting.empty()) {

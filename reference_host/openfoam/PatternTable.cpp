@@ -1,4 +1,4 @@
-#include "reference_host/mesh/PatternTable.h"
+#include "reference_host/openfoam/PatternTable.h"
 
 #include <string>
 #include <utility>

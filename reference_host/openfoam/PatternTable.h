@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "reference_host/mesh/NamePattern.h"
+#include "reference_host/openfoam/NamePattern.h"
 
 namespace reference_host {
 
-/// Numbers filed under texts, found again by every text that begins with theirs.
+/// Numbers stored under texts, found by every name that begins with one of the texts.
 class PrefixTree {
  public:
   void Add(std::string_view text, int number);
@@ -36,14 +36,15 @@ class PrefixTree {
   std::vector<std::vector<int>> numbers_ = {{}};  ///< by node
 };
 
-/// Many patterns, and which of them is the last that matches a name. A pattern is tried on names only that begin, or
-/// end, with the same characters.
+/// Many patterns; finds the last one that matches a name. A pattern is tried only on names that begin, or
+/// end, with the same characters as the pattern.
 class PatternTable {
  public:
-  /// @param[in] mostSteps  what all searches together may cost; beyond that they find nothing, and IsExhausted tells
+  /// @param[in] mostSteps  limit for all searches together; beyond it they find nothing, and IsExhausted() is
+  ///                       true
   explicit PatternTable(std::uint64_t mostSteps) { workspace_.mostSteps = mostSteps; }
 
-  /// Adds a pattern, which gets the next number from 0 on. @pre it has been parsed
+  /// Adds a pattern, which gets the next number, counted from 0. @pre it has been parsed
   void Add(NamePattern pattern);
 
   /// The highest number of a pattern that matches; -1 if none does.
@@ -55,8 +56,8 @@ class PatternTable {
 
  private:
   std::vector<NamePattern> patterns_;
-  PrefixTree byPrefix_;  ///< also those that begin and end with anything
-  PrefixTree bySuffix_;  ///< of those that end with more characters than they begin with; backwards
+  PrefixTree byPrefix_;  ///< also patterns that begin and end with anything
+  PrefixTree bySuffix_;  ///< patterns with a longer literal end than beginning; reversed
   std::map<std::string, int, std::less<>> literal_;
   NamePattern::Workspace workspace_;
 };

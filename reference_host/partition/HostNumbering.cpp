@@ -14,7 +14,7 @@ namespace reference_host {
 namespace {
 
 void CheckCount(std::size_t count, char const* what) {
-  // One below the largest int, so that 1-based arrays have a count that fits as well.
+  // Below the largest int, so that the length of a 1-based array is an int, too.
   if (count >= static_cast<std::size_t>(INT_MAX)) {
     throw MeshError("mesh has " + std::to_string(count) + " " + what + " in one partition, more than " +
                     std::to_string(INT_MAX - 1) + ": use more partitions");
@@ -51,7 +51,7 @@ void FindFaceKinds(MeshPart const& part, HostNumbering& numbering) {
   }
 }
 
-/// Faces of each owned cell, by counting: lengths, starts, entries.
+/// Collects the faces of each owned cell by counting: lengths, starts, entries.
 void CollectCellFaces(MeshPart const& part, HostNumbering& numbering) {
   std::vector<std::size_t>& start = numbering.cellFaceStart;
   start.assign(part.nOwned + 1, 0);
@@ -71,7 +71,7 @@ void CollectCellFaces(MeshPart const& part, HostNumbering& numbering) {
   }
 }
 
-/// Owned cells in Cuthill-McKee order: neighbours over a face end up close together in memory.
+/// The owned cells in Cuthill-McKee order, which keeps neighbours close together in memory.
 std::vector<int> OrderOwnedCells(MeshPart const& part, HostNumbering const& numbering) {
   std::vector<std::size_t> rowStart(1, 0);
   rowStart.reserve(part.nOwned + 1);
@@ -114,8 +114,8 @@ void PlaceGhostCells(MeshPart const& part, std::array<int, kFaceKinds> const& nF
   }
 }
 
-/// Halo cells behind all others, by owner and by number in the whole mesh: what comes from one neighbour is
-/// one run.
+/// Numbers the halo cells after all others, by owning part, then by number in the whole mesh. So the cells of
+/// one neighbour are contiguous.
 void NumberHaloCells(MeshPart const& part, HostNumbering& numbering) {
   std::vector<int> order(part.nHalo());
   std::iota(order.begin(), order.end(), 0);
@@ -128,7 +128,7 @@ void NumberHaloCells(MeshPart const& part, HostNumbering& numbering) {
   for (int const h : order) numbering.cell[part.nOwned + h] = ++next;
 }
 
-/// Walks the cells in host order and their faces, so that every group comes out sorted by its CV cell; inner
+/// Visits the cells in host order and their faces, so that every group is sorted by its CV cell. The inner
 /// and partition faces of one cell are sorted by the other cell.
 void NumberFaces(MeshPart const& part, std::array<int, kFaceKinds> const& nFaces, HostNumbering& numbering) {
   for (std::size_t k = 0; k < kFaceKinds; ++k) {
@@ -180,7 +180,7 @@ HostNumbering NumberPartition(MeshPart const& part) {
 }
 
 std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering const& numbering) {
-  // What a neighbour needs of this part are the owned cells that share a face with one of its cells.
+  // A neighbour needs the owned cells that share a face with one of its cells.
   using Message =
       std::pair<int, int>;  // (neighbour part, part cell); part cells ascend like the whole mesh's numbers
   std::vector<Message> sent, received;

@@ -10,14 +10,14 @@
 
 namespace reference_host {
 
-/// The order in which ghost cells are numbered, that of BoundaryGroup.
+/// The order in which the groups get their ghost cells, the same as that of BoundaryGroup.
 constexpr std::array<FaceKind, 4> kGhostOrder = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry,
                                                  FaceKind::Wall};
 
 constexpr FaceKind KindOf(BoundaryGroup group) { return kGhostOrder[static_cast<std::size_t>(group)]; }
 
-/// How the cells and faces of a MeshPart are called in the operators' tables. "Part number" is the 0-based
-/// number in the MeshPart, "host number" the 1-based one in the tables. Lives only while the tables are
+/// The numbers of a MeshPart's cells and faces in the operators' tables. The "part number" is the 0-based
+/// number in the MeshPart, the "host number" the 1-based one in the tables. Exists only while the tables are
 /// built.
 struct HostNumbering {
   int nInterior = 0, nGhost = 0, nHalo = 0;
@@ -33,8 +33,8 @@ struct HostNumbering {
   std::vector<FaceKind> kind;  ///< [part face]
   std::vector<int> face;       ///< [part face] host number within its group
 
-  /// [IndexOf(kind)][1..n] part number of a face. Inner faces ascend by (ijCV, ij), partition faces by (ijParCV,
-  /// ijPar), boundary faces by their cell; what is still equal, by part number.
+  /// [IndexOf(kind)][1..n] part number of a face. Inner faces ascend by (ijCV, ij), partition faces by
+  /// (ijParCV, ijPar), boundary faces by their cell; ties by part number.
   std::array<std::vector<int>, kFaceKinds> partFace;
   std::array<int, kFaceKinds>
       ghostsBefore{};  ///< the ghost cell of face f of a kind is ghostsBefore[kind] + f
@@ -47,8 +47,8 @@ struct HostNumbering {
 /// @throws MeshError  a boundary face without patch or group, or more cells or faces than an int can count
 HostNumbering NumberPartition(MeshPart const& part);
 
-/// Who sends which cells to whom, in host numbers, ascending by neighbour part; cells ascend by their number
-/// in the whole mesh, which both sides know.
+/// The cells to send and to receive, in host numbers, ascending by neighbour part. Cells ascend by their
+/// numbers in the whole mesh, which both sides know.
 std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering const& numbering);
 
 }  // namespace reference_host

@@ -8,7 +8,7 @@
 namespace reference_host {
 namespace {
 
-/// Lends the arrays of the partition group.
+/// Lends the arrays of the partition faces.
 class LentPartitionFaces : public CPartitionFace_DLL {
  public:
   explicit LentPartitionFaces(OwnedFaceGroup& group) : group_(group) {}
@@ -48,7 +48,7 @@ void LendCellsAndNodes(HostTables& tables, CZYN3DFiniteVolumeMesh& mesh) {
   mesh.NodeCell = tables.nodeCell.rows();
 }
 
-/// Of the partition faces only the nodes are in the record: LentPartitionFaces lends the rest.
+/// The record has only the nodes of the partition faces; LentPartitionFaces lends the rest.
 void LendFaces(FaceKind kind, OwnedFaceGroup& group, CZYN3DFiniteVolumeMesh& mesh) {
   FaceGroupMembers const& members = MembersOf(kind);
   mesh.*members.nodes = group.nodes.rows();

@@ -6,7 +6,7 @@
 namespace reference_host {
 namespace {
 
-/// Space for the vectors of every group; the element 0 of each is zero.
+/// Allocates the vectors of every group; element 0 of each is zero.
 void AllocateFaceVectors(HostTables& tables) {
   for (OwnedFaceGroup& group : tables.groups) {
     for (auto* values : {&group.sx, &group.sy, &group.sz, &group.xc, &group.yc, &group.zc}) {
@@ -15,8 +15,8 @@ void AllocateFaceVectors(HostTables& tables) {
   }
 }
 
-/// Areas and centres of one group. The mesh's vector points out of the face's owner in the mesh; it is
-/// negated, which is exact, where the group's CV cell is the other one.
+/// Areas and centres of one group. The area vector in the mesh points out of the face's owner; it is negated,
+/// which is exact, if the group's CV cell is the other one.
 void ComputeGroup(FaceTable const& faces, std::vector<int> const& partFaces, std::vector<int> const& hostCell,
                   OwnedFaceGroup& group) {
   for (int f = 1; f <= group.size(); ++f) {
@@ -33,7 +33,7 @@ void ComputeGroup(FaceTable const& faces, std::vector<int> const& partFaces, std
   }
 }
 
-/// The ghost centre is the face centre: a field there is the boundary value itself.
+/// Puts ghost cells at the face centres, so that a field there is the boundary value.
 void PlaceGhostCentres(HostNumbering const& numbering, HostTables& tables) {
   for (FaceKind const kind : kGhostOrder) {
     OwnedFaceGroup const& group = tables.Group(kind);
@@ -68,8 +68,8 @@ void FillGeometry(MeshPart const& part, HostNumbering const& numbering, HostTabl
     ComputeGroup(faces, numbering.partFace[k], numbering.cell, tables.groups[k]);
   }
 
-  // Both sweeps follow the order of the part, which is the order of the whole mesh: a cell's sums are then
-  // the same bits in any partition.
+  // Both sweeps follow the order of the part, which is that of the whole mesh, so that a cell's sums have the
+  // same bits in any partition.
   CellGeometryBuilder builder(part.nOwned);
   for (int f = 0; f < faces.nFaces(); ++f) {
     OwnedFaceGroup const& group = tables.Group(numbering.kind[f]);

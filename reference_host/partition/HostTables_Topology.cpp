@@ -18,15 +18,14 @@ void FillGroupCells(MeshPart const& part, HostNumbering const& numbering, FaceKi
     int const owner = numbering.cell[part.owner[partFaces[f]]];
     int const neighbour = part.neighbour[partFaces[f]];
     int const other = neighbour < 0 ? numbering.GhostCell(kind, f) : numbering.cell[neighbour];
-    // The CV cell is the lower one: of two interior cells by definition, and ghost and halo cells come behind
-    // these.
+    // The CV cell is the lower one: of two interior cells by definition, and ghost and halo cells have higher
+    // numbers.
     group.cv[f] = std::min(owner, other);
     group.other[f] = std::max(owner, other);
   }
 }
 
-/// Numbers nodes at their first use. Faces stand in the order of their cells, so the nodes of near cells end
-/// up near each other.
+/// Numbers nodes at their first use. Faces have the order of their cells, so nearby cells have nearby nodes.
 class NodeNumbers {
  public:
   explicit NodeNumbers(std::size_t nNodes) : number_(nNodes, 0) { partNode_.reserve(nNodes + 1); }
@@ -45,9 +44,8 @@ class NodeNumbers {
   std::vector<int> partNode_ = {-1};
 };
 
-/// Nodes of a group's faces, beginning with the three that span the plane best. Where the area vector was
-/// negated, the row runs backwards from the last of the three, so that it turns around the vector in every
-/// case.
+/// Nodes of a group's faces, beginning with the three that span the plane best. If the area vector was
+/// negated, the row runs backwards from the last of the three, so that it always goes around the vector.
 void FillFaceNodes(MeshPart const& part, HostNumbering const& numbering, NodeNumbers& nodeNumbers,
                    FaceKind kind, OwnedFaceGroup& group) {
   FaceTable const faces(part);
@@ -70,7 +68,7 @@ void FillFaceNodes(MeshPart const& part, HostNumbering const& numbering, NodeNum
   }
 }
 
-/// Builds CellLnods, every row ascending.
+/// Builds CellLnods with ascending rows.
 class CellNodeTable {
  public:
   CellNodeTable(MeshPart const& part, HostNumbering const& numbering, NodeNumbers& nodeNumbers,
@@ -99,8 +97,8 @@ class CellNodeTable {
  private:
   int FirstHalo() const { return numbering_.nInterior + numbering_.nGhost + 1; }
 
-  /// Calls visit(node) once for every node of an interior cell. `mark` is a number that no earlier call had
-  /// for it.
+  /// Calls visit(node) once for every node of an interior cell. `mark` must differ from those of all earlier
+  /// calls.
   template <class Visit>
   void ForEachNode(int c, int mark, Visit const& visit) {
     int const* cellFace = tables_.cellFace[c];
@@ -134,7 +132,7 @@ class CellNodeTable {
   void FillInterior() {
     for (int c = 1; c <= numbering_.nInterior; ++c) {
       int* next = tables_.cellNodes[c] + 1;
-      // Negative marks: the count has used the positive ones.
+      // Negative marks, because counting has used the positive ones.
       ForEachNode(c, -c, [&](int node) { *next++ = node; });
     }
   }
@@ -162,7 +160,7 @@ class CellNodeTable {
   HostNumbering const& numbering_;
   NodeNumbers& nodeNumbers_;
   HostTables& tables_;
-  std::vector<int> lastCell_;  // by node: the mark of the last cell that came to it
+  std::vector<int> lastCell_;  // by node: the mark of the last visit
   std::vector<int> halo_;      // part numbers of the halo cells, counted from 0, in host order
 };
 
@@ -179,8 +177,8 @@ void FillNodes(MeshPart const& part, NodeNumbers const& nodeNumbers, HostTables&
   }
 }
 
-/// Turns CellLnods around. Cells are walked upwards, so every row comes out as interior cells ascending, then
-/// ghost, then halo cells, each once.
+/// Inverts CellLnods. Cells are visited in ascending order, so every row has the interior cells in ascending
+/// order, then the ghost cells, then the halo cells, each once.
 void FillNodeCells(HostTables& tables) {
   std::vector<int> nCellsOfNode(tables.xn.size(), 0);
   for (int c = 1; c <= tables.nCells(); ++c) {
@@ -198,8 +196,8 @@ void FillNodeCells(HostTables& tables) {
   }
 }
 
-/// Faces of a cell in the order of the part, which is that of the whole mesh: the rows list the same
-/// neighbours in the same order in any partition.
+/// Lists the faces of a cell in the order of the part, which is that of the whole mesh, so that the rows have
+/// the same neighbours in the same order in any partition.
 void FillCellFaces(HostNumbering const& numbering, HostTables& tables) {
   std::vector<int> nFacesOfCell(numbering.nInterior + 1, 0);
   for (int c = 1; c <= numbering.nInterior; ++c) {
@@ -252,12 +250,13 @@ void FillFaceCells(MeshPart const& part, HostNumbering const& numbering, HostTab
 void FillTopology(MeshPart const& part, HostNumbering const& numbering, HostTables& tables) {
   FillCellFaces(numbering, tables);
   NodeNumbers nodeNumbers(part.points.size());
-  // The inner faces come first: nearly all nodes are on one, so they are numbered in the order of the cells.
+  // The inner faces come first. Nearly all nodes are on one of them, so nodes are numbered in the order of
+  // the cells.
   for (FaceGroupMembers const& members : face_groups::kTable) {
     FillFaceNodes(part, numbering, nodeNumbers, members.kind, tables.Group(members.kind));
   }
   CellNodeTable(part, numbering, nodeNumbers, tables).Build();
-  // Points that no cell uses keep a number too.
+  // Points that no cell uses get a number, too.
   for (int node = 0; node < static_cast<int>(part.points.size()); ++node) nodeNumbers.Use(node);
   FillNodes(part, nodeNumbers, tables);
   FillNodeCells(tables);

@@ -16,7 +16,7 @@ void AddFace(CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& faces, int f, 
   auto const centre = [&mesh](int c) { return Point{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
   Point const centreCV = centre(faces.cv[f]), area = {faces.sx[f], faces.sy[f], faces.sz[f]};
   Point const d = Difference(centre(faces.other[f]), centreCV);
-  // atan2 of sine and cosine: acos would turn rounding errors of 1e-16 into angles of 1e-6 degrees.
+  // atan2 instead of acos, which would turn rounding errors of 1e-16 into angles of 1e-6 degrees.
   double const angle = std::atan2(Length(Cross(d, area)), Dot(d, area)) * kDegreesPerRadian;
   Point const interpolated = Sum(centreCV, Scaled(faces.weight[f], d));
   double const distance = Length(d);

@@ -18,7 +18,7 @@ using reference_host::HostPartition;
 using reference_host::Point;
 using Field = std::function<double(Point const&)>;
 
-/// A gradient and what belongs to it, by whole-mesh cell number (0-based).
+/// A gradient, with centres and marks of the cells, by whole-mesh cell number (0-based).
 struct CellResult {
   std::vector<Point> gradient;
   std::vector<Point> centre;
@@ -58,7 +58,7 @@ inline void CallGradient(COperatorGradient& op, Method const& method, CZYN3DFini
   }
 }
 
-/// Marks the interior cells that a group's faces touch.
+/// Marks the interior cells at the faces of a group.
 inline void Mark(FaceGroup const& faces, HostPartition const& partition, std::vector<bool>& marked) {
   for (int f = 1; f <= faces.count; ++f) marked[partition.globalCell()[faces.cv[f]] - 1] = true;
 }

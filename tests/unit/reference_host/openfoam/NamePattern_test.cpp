@@ -1,4 +1,4 @@
-#include "reference_host/mesh/NamePattern.h"
+#include "reference_host/openfoam/NamePattern.h"
 
 #include <gtest/gtest.h>
 #include <regex.h>
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/mesh/PatternTable.h"
+#include "reference_host/openfoam/PatternTable.h"
 
 namespace {
 
@@ -66,9 +66,9 @@ TEST(NamePattern, SaysWhatItCannotTake) {
   EXPECT_EQ(Fault(""), "is empty");
   EXPECT_EQ(Fault("a{2}"), "has a counted repeat '{'; only ?, + and * can be read");
   EXPECT_EQ(Fault("(a"), "has a '(' that is not closed");
-  EXPECT_EQ(Fault("a)"), "has a ')' too many");
+  EXPECT_EQ(Fault("a)"), "has one ')' too many");
   EXPECT_EQ(Fault("[a"), "has a '[' that is not closed");
-  EXPECT_EQ(Fault("[b-a]"), "has a range of characters that falls");
+  EXPECT_EQ(Fault("[b-a]"), "has a range of characters in descending order");
   EXPECT_EQ(Fault("[[:word:]]"), "has an unknown class of characters");
   EXPECT_EQ(Fault("*a"), "has a '*' with nothing to repeat");
   EXPECT_EQ(Fault("(?i)a"), "has a '?' with nothing to repeat");
@@ -109,7 +109,7 @@ TEST(NamePattern, TakesStepsInProportionToPatternAndName) {
   }
 }
 
-// A thousand random patterns, each on names of the same letters, against the C library.
+// Compares a thousand random patterns, each on names of the same letters, with the C library.
 TEST(NamePattern, AgreesWithTheRegularExpressionsOfTheCLibrary) {
   std::mt19937 random(7);
   auto const below = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };

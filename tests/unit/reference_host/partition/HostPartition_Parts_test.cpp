@@ -1,4 +1,4 @@
-// The partitions of one mesh against each other and against the mesh in one piece.
+// Compares the partitions of one mesh with each other and with the whole mesh.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ Partitions CompletePartitions(FaceMesh const& mesh, std::vector<int> const& part
   return partitions;
 }
 
-/// Runs check(partitions, whole) for every kind of mesh in 1 to 5 parts: in runs and torn to pieces.
+/// Runs check(partitions, whole) for every kind of mesh in 1 to 5 parts, contiguous and scattered.
 template <class Check>
 void ForAllDecompositions(Check const& check) {
   for (auto const& [name, mesh] : AllMeshes()) {
@@ -47,7 +47,7 @@ void ForAllDecompositions(Check const& check) {
   }
 }
 
-/// A face of the mesh, whoever has it: the cells on its sides (0: boundary), the lower first, and its nodes.
+/// A face of the mesh in any partition: the cells on its sides (0: boundary), the lower first, and its nodes.
 using FaceKey = std::vector<std::int64_t>;
 
 FaceKey KeyOf(HostPartition& partition, FaceGroup const& group, int f) {
@@ -133,7 +133,7 @@ TEST(HostPartitionParts, EveryFaceIsThereOnceWithTheBitsOfTheWhole) {
       for (int f = 1; f <= group.count; ++f) {
         auto const found = faces.find(KeyOf(whole, group, f));
         ASSERT_NE(found, faces.end());
-        // A cut face stands in two partitions, any other in one; the sides name different cells.
+        // A cut face is in two partitions, any other in one. The two sides have different cells.
         std::vector<FaceSide> const& sides = found->second;
         ASSERT_LE(sides.size(), group.kind == FaceKind::Inner ? 2u : 1u);
         if (sides.size() == 2) {

@@ -41,7 +41,6 @@ void ForAllPartitions(Check const& check) {
 std::vector<int> RowOf(int const* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
 
 // ---- a mesh to be counted by hand
-// -----------------------------------------------------------------------------------
 
 //   Two unit cubes side by side in x, scaled to the unit cube:
 //
@@ -103,7 +102,6 @@ TEST(HostPartition, TwoBoxesHaveTheTablesCountedByHand) {
 }
 
 // ---- claims on every mesh
-// -------------------------------------------------------------------------------------------
 
 TEST(HostPartition, ElementZeroOfEveryArrayIsZero) {
   HostPartition partition = WholeOf(MixedBox(3));
@@ -333,8 +331,7 @@ TEST(HostPartition, CellNodesAreThoseOfTheFacesAndAscend) {
 TEST(HostPartition, NodeRowsListInteriorThenGhostThenHaloCellsOnce) {
   ForAllPartitions([](MeshPart const&, HostPartition& partition) {
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-    // Interior cells have the lowest numbers and halo cells the highest: the rule is that a row ascends
-    // strictly.
+    // Interior cells have the lowest numbers and halo cells the highest, so a row must ascend strictly.
     std::vector<std::vector<int>> expected(mesh.NNode + 1);
     for (int c = 1; c <= mesh.NCell; ++c) {
       for (int const node : RowOf(mesh.CellLnods[c])) expected[node].push_back(c);
@@ -446,7 +443,6 @@ TEST(HostPartition, NeighboursGetNearNumbers) {
 }
 
 // ---- corner cases
-// ---------------------------------------------------------------------------------------------------
 
 TEST(HostPartition, OneCellAloneHasOnlyBoundaryFaces) {
   HostPartition partition = WholeOf(HexBox(1, 1, 1));
