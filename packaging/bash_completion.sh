@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# The completion of zyngrad's command line for bash, made of what its commands tell themselves.
+# Bash completion for zyngrad, made from the help texts of its commands.
 #   bash_completion.sh ZYNGRAD > zyngrad.bash
 set -euo pipefail
 zyngrad=$1
 
 commands() { "$zyngrad" --help | awk '/^Subcommands:/ {inside = 1; next} inside && NF == 0 {inside = 0} inside && /^  [a-z]/ {print $1}'; }
 
-# Standard input: the help of a command. One line per option: its names, then the values that its text lists as
+# Reads the help of a command. Prints one line per option: its names, and the values that its text lists as
 # "  value: what it means".
 options() {
   awk '
@@ -48,7 +48,7 @@ done
 cat <<'END'
     esac
   fi
-  # Everything else is a file or a value of the user's own.
+  # Everything else is a file or a free value.
   if [[ -n $words ]]; then COMPREPLY=($(compgen -W "$words" -- "$current")); else COMPREPLY=(); fi
 }
 complete -o default -F _zyngrad zyngrad

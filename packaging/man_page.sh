@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# The manual page of zyngrad, made of what its commands tell themselves.
+# The manual page of zyngrad, made from the help texts of its commands.
 #   man_page.sh ZYNGRAD VERSION > zyngrad.1
 set -euo pipefail
 zyngrad=$1 version=$2
 
-# Text as it stands: no macro, no escape, hyphens that can be copied.
+# Verbatim text: no macro, no escape, and hyphens that can be copied.
 verbatim() {
   echo ".nf"
   sed -e 's/\\/\\e/g' -e 's/-/\\-/g' -e "s/^\([.']\)/\\\\\&\1/"
@@ -32,7 +32,7 @@ zyngrad \- gradients and interpolation of fields on finite\-volume meshes, with 
 .I COMMAND
 .RI [ OPTION ]...
 .SH DESCRIPTION
-Runs the operators of Zyn3dGradOp on a mesh and tells how good each method is there.
+Runs the operators of Zyn3dGradOp on a mesh and measures how accurate each method is there.
 .PP
 END
 "$zyngrad" --help | verbatim
@@ -43,7 +43,7 @@ for command in $(commands); do
 done
 cat <<'END'
 .SH EXIT STATUS
-0 on success, 2 on wrong input, with one line on standard error. Other codes are told with their command.
+0 on success; 2 for wrong input, with one line on standard error. The help of a command explains its other codes.
 .SH SEE ALSO
 .BR mpirun (1)
 END

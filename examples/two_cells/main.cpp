@@ -6,7 +6,7 @@
 //            1 ------ 2 ------ 3                 |__ x      walls: y = 0 and y = 1, symmetry: z = 0 and z = 1
 //
 // Green-Gauss:    grad phi_c = (1/V_c) sum over the faces f of c of phi_f S_f
-// Least squares:  grad phi_c minimises the sum over the neighbours n of c of (grad phi_c . (x_n - x_c) - (phi_n - phi_c))^2
+// Least squares:  grad phi_c minimises the sum over the neighbours n of c of (grad phi_c . (x_n - x_c) - phi_n + phi_c)^2
 //
 // Both are exact for a linear field on cubes, so the program prints the gradient (3, -2, 0) four times:
 //
@@ -38,8 +38,8 @@ struct Nodes {
   }
 };
 
-// Step 2. The cells. Cells 1 and 2 are interior. Each boundary face has a ghost cell at the centre of the face: 3 at the
-// inlet, 4 at the outlet, 5..8 at the symmetry faces, 9..12 at the walls. The field takes its boundary value there.
+// Step 2. The cells. Cells 1 and 2 are interior. Each boundary face has a ghost cell at the centre of the face: 3 at
+// the inlet, 4 at the outlet, 5..8 at the symmetry faces, 9..12 at the walls. The field takes its boundary value there.
 struct Cells {
   double x[13] = {0,  .5, 1.5,  0, 2,   .5, 1.5, .5, 1.5,  .5, 1.5, .5, 1.5};
   double y[13] = {0,  .5, .5,  .5, .5,  .5, .5, .5, .5,     0, 0, 1, 1};
@@ -68,8 +68,8 @@ struct InnerFaces {
   }
 };
 
-// Step 4. The boundary faces, one group after the other: interior cell, ghost cell, area vector out of the mesh, centre,
-// nodes.
+// Step 4. The boundary faces, one group after the other: interior cell, ghost cell, area vector out of the mesh,
+// centre, nodes.
 struct InletFace {
   int cell[2] = {0, 1}, ghost[2] = {0, 3};
   double sx[2] = {0, -1}, sy[2] = {0, 0}, sz[2] = {0, 0};
@@ -158,8 +158,8 @@ struct CellsAroundNodes {
 
 // clang-format on
 
-// Step 7. The global variables: work arrays of the iterated Green-Gauss gradient, blocks that the interpolation to points
-// clears, and the file name of the run, beside which the radial-basis operators would look for their settings.
+// Step 7. The global variables: work arrays of the iterated Green-Gauss gradient, blocks that the interpolation to
+// points clears, and the file name of the run, beside which the radial-basis operators would look for their settings.
 struct Globals {
   double previousX[13] = {}, previousY[13] = {}, previousZ[13] = {}, resetReal[5] = {};
   int resetInt[5] = {};
