@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/base/ExitCode.h"
 #include "cli/base/Interruption.h"
 #include "cli/base/MpiSession.h"
 #include "cli/base/Ranks.h"
@@ -25,6 +26,6 @@ int main(int argc, char** argv) {
   zyngrad::UseSingleThreadedLapack();
   zyngrad::InterruptionWatcher const watcher;
   int const code = RunUnderMpi(argc, argv);
-  if (code == zyngrad::kPipeWasClosed) zyngrad::EndByClosedPipe();
+  if (code == zyngrad::kExitClosedPipe) zyngrad::EndByClosedPipe();
   return code;
 }

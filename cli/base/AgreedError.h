@@ -6,7 +6,7 @@
 
 namespace zyngrad {
 
-/// An error that all ranks of a communicator have agreed on: each of them throws it with the same text.
+/// An error on which all ranks of a communicator agree: each of them throws it with the same text.
 class AgreedError : public UsageError {
  public:
   AgreedError(std::string const& what, int rankCount) : UsageError(what), rankCount_(rankCount) {}

@@ -7,8 +7,6 @@
 namespace zyngrad {
 namespace {
 
-bool IsContinuation(unsigned char byte) { return (byte & 0xC0U) == 0x80U; }
-
 struct Range {
   std::uint32_t first, last;
 };
@@ -40,7 +38,7 @@ std::uint32_t CodeOf(std::string const& text, std::size_t at, std::size_t length
   return code;
 }
 
-/// A character, or a byte that is none and counts as one.
+/// A character, or a byte that belongs to no character and counts as one.
 struct Step {
   std::size_t bytes, columns;
 };
@@ -68,7 +66,7 @@ std::size_t CharacterLength(std::string const& text, std::size_t at) {
     length = 4;
   if (length == 0 || at + length > text.size()) return 0;
   for (std::size_t i = 1; i < length; ++i) {
-    if (!IsContinuation(static_cast<unsigned char>(text[at + i]))) return 0;
+    if (!IsContinuation(text[at + i])) return 0;
   }
   return length;
 }

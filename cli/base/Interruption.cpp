@@ -13,9 +13,9 @@ namespace zyngrad {
 namespace {
 
 constexpr std::chrono::seconds kLongestWait(10);
-constexpr unsigned char kEnd = 0;  // in the pipe: no signal, the watcher's own end
+constexpr unsigned char kEnd = 0;  // sent through the pipe to end the watcher; no signal has this number
 
-/// Taken by whoever changes or runs cleanups. Never destroyed: the watcher keeps it when it ends the program.
+/// Held by whoever changes or runs cleanups. Never destroyed: the watcher holds it when it ends the program.
 std::recursive_timed_mutex& Turn() {
   static auto& turn = *new std::recursive_timed_mutex;
   return turn;
@@ -26,8 +26,8 @@ std::list<std::function<void()>>& Cleanups() {
   return cleanups;
 }
 
-/// Handlers may do little more than write into a pipe. A handler rather than a blocked signal, since
-/// libraries start threads before main, and those would take the signal.
+/// A handler may do little more than write into a pipe. Blocking the signal instead would not work: libraries start
+/// threads before main, and the signal would be delivered to one of those.
 int writeEnd = -1;
 
 extern "C" void TellWatcher(int signal) {
@@ -71,7 +71,7 @@ NoInterruption::NoInterruption() : lock_(Turn()) {}
 
 InterruptionWatcher::InterruptionWatcher() {
   int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return;  // signals then end the program as they always do
+  if (pipe2(ends, O_CLOEXEC) != 0) return;  // signals then end the program without cleanups
   readEnd_ = ends[0];
   writeEnd = ends[1];
   try {
@@ -103,14 +103,14 @@ void InterruptionWatcher::Watch(int pipe) {
   while ((size = read(pipe, &signal, 1)) < 0 && errno == EINTR) continue;
   if (size != 1 || signal == kEnd) return;
 
-  // Not given back: whatever else the program is about to do with its files has to wait for the end.
-  // Nor are cleanups run beside somebody who still changes what they read.
+  // The lock is never released, so that the program does nothing more with its files. Without the lock, no cleanup
+  // runs, because another thread may still be changing what the cleanups read.
   if (!Turn().try_lock_for(kLongestWait)) EndBy(signal);
   for (auto cleanup = Cleanups().rbegin(); cleanup != Cleanups().rend(); ++cleanup) {
     try {
       (*cleanup)();
     } catch (...) {
-      continue;  // what one cannot undo is no reason to leave the rest
+      continue;  // one failed cleanup must not prevent the others
     }
   }
   EndBy(signal);

@@ -8,9 +8,9 @@
 
 namespace zyngrad {
 
-/// What has to be undone when a signal ends the program, while the object lives. The work runs on a thread of
-/// its own beside the rest of the program, which may be anywhere: it must not touch anything collective, and
-/// what it reads may change only under NoInterruption.
+/// While the object lives, its work is done before a signal ends the program. The work runs on a thread of its
+/// own while the rest of the program may be anywhere, so it must not call anything collective, and the data that
+/// it reads may change only under NoInterruption.
 class Cleanup {
  public:
   explicit Cleanup(std::function<void()> work);
@@ -22,9 +22,9 @@ class Cleanup {
   std::list<std::function<void()>>::iterator place_;
 };
 
-/// While it lives, a signal waits, though not for longer than a few seconds: another rank may be gone for
-/// good. Then the signal ends the program without any cleanup. Where a signal has come first, the constructor
-/// never returns. A thread may have several.
+/// While it lives, a signal waits, but only for a few seconds, because another rank may have died. After that,
+/// the signal ends the program without any cleanup. If a signal came first, the constructor never returns. A
+/// thread may hold several.
 class NoInterruption {
  public:
   NoInterruption();
@@ -33,9 +33,9 @@ class NoInterruption {
   std::lock_guard<std::recursive_timed_mutex> lock_;
 };
 
-/// Makes SIGINT, SIGTERM and SIGHUP end the program in order: all cleanups, the latest first, then the end by
-/// that very signal, so that the caller sees which it was. A signal that the caller ignores, as nohup does,
-/// stays ignored. One object in a program, before anything else.
+/// Makes SIGINT, SIGTERM and SIGHUP end the program in order: all cleanups run, the latest first, and then the
+/// program ends by the same signal, so that the caller sees which one it was. A signal that the caller ignores,
+/// as nohup does, stays ignored. A program makes one object, before anything else.
 class InterruptionWatcher {
  public:
   InterruptionWatcher();

@@ -13,12 +13,12 @@
 namespace zyngrad {
 namespace {
 
-/// Alone, without mpirun, Open MPI would look for a remote shell, and complain where there is none; start a daemon
-/// for processes that join later; look for networks; and make a folder in the one for temporary files, whose name
-/// all such processes share, so that one that ends may remove it while another begins. None of it is of use to one
-/// process. What the user has set stands.
+/// Without mpirun, Open MPI would look for a remote shell and complain if there is none, start a daemon for processes
+/// that join later, look for networks, and create a folder among the temporary files. All such processes share the name
+/// of that folder, so one process may remove it when it ends while another one starts. A single process needs none of
+/// this. Settings of the user stay in force.
 void StayAloneWhenAlone() {
-  // Set by mpirun, or by a launcher that starts ranks without it.
+  // mpirun sets one of these, and so do launchers that start ranks without mpirun.
   for (char const* name : {"OMPI_COMM_WORLD_SIZE", "PMIX_RANK", "PMI_RANK", "SLURM_PROCID"})
     if (std::getenv(name) != nullptr) return;
   setenv("OMPI_MCA_plm", "isolated", 0);
@@ -28,8 +28,8 @@ void StayAloneWhenAlone() {
   setenv("OMPI_MCA_btl", "self", 0);
 }
 
-/// mpirun ends its ranks by SIGTERM, except when a signal ends it itself: SIGHUP does. Then the system sends the SIGTERM,
-/// so that the ranks can clear up.
+/// mpirun ends its ranks by SIGTERM unless a signal such as SIGHUP ends mpirun itself. In that case the system sends
+/// the SIGTERM, so that the ranks can clean up.
 void EndWithMpirun() {
   if (std::getenv("OMPI_COMM_WORLD_RANK") != nullptr) prctl(PR_SET_PDEATHSIG, SIGTERM);
 }
@@ -38,8 +38,8 @@ void EndWithMpirun() {
 
 #if defined(ZYN_ADDRESS_SANITIZER)
 
-// What Open MPI allocates at its start and never frees is not our leak. And leaks are looked for while MPI still stands:
-// at the end of the process its plugins are unloaded, and what they keep can neither be reached nor be told from ours.
+// Memory that Open MPI allocates at its start and never frees is not our leak. Leaks are searched for before MPI is
+// finalised, because its plugins are unloaded later, and their memory could then not be told from ours.
 
 MpiSession::MpiSession(int* argc, char*** argv) {
   StayAloneWhenAlone();

@@ -2,7 +2,7 @@
 
 namespace zyngrad {
 
-/// MPI from construction to destruction; one object in a program.
+/// Initialises MPI on construction and finalises it on destruction; one object in a program.
 class MpiSession {
  public:
   MpiSession(int* argc, char*** argv);  ///< both may be null

@@ -5,11 +5,6 @@
 #include "cli/base/DisplayText.h"
 
 namespace zyngrad {
-namespace {
-
-bool IsContinuation(unsigned char byte) { return (byte & 0xC0U) == 0x80U; }
-
-}  // namespace
 
 std::string OneLine(std::string const& text) {
   std::string line;
@@ -33,7 +28,7 @@ std::string Quoted(std::string const& text) {
   constexpr std::size_t kLongest = 60;
   if (text.size() <= kLongest) return '"' + OneLine(text) + '"';
   std::size_t cut = kLongest;
-  while (cut > 0 && IsContinuation(static_cast<unsigned char>(text[cut]))) --cut;
+  while (cut > 0 && IsContinuation(text[cut])) --cut;
   return '"' + OneLine(text.substr(0, cut)) + "...\"";
 }
 

@@ -11,8 +11,8 @@
 
 namespace zyngrad {
 
-/// Shows on stderr what the program is at, for stages that take more than a second: one line that is renewed
-/// every second and wiped when the stage ends. Silent unless switched on (first rank, stderr a terminal).
+/// Shows on stderr what the program is doing, for stages that take more than a second: one line, renewed every
+/// second and erased when the stage ends. Silent unless enabled (first rank, stderr is a terminal).
 class Progress {
  public:
   explicit Progress(bool enabled);
@@ -20,7 +20,7 @@ class Progress {
   Progress(Progress const&) = delete;
   Progress& operator=(Progress const&) = delete;
 
-  /// Ends the running stage and begins the next.
+  /// Ends the running stage and begins the next one.
   void Stage(std::string const& what);
 
   /// Ends the running stage; call it before writing to the terminal.
@@ -41,7 +41,7 @@ class Progress {
   bool shown_ = false;
   bool ending_ = false;
   std::thread watcher_;
-  std::optional<Cleanup> cleanup_;  ///< the line goes, too, when a signal ends the program
+  std::optional<Cleanup> cleanup_;  ///< erases the line when a signal ends the program
 };
 
 }  // namespace zyngrad

@@ -9,7 +9,7 @@
 namespace zyngrad {
 namespace {
 
-/// What `work` threw, in words; nothing when it returned.
+/// The message of what `work` threw; nothing if it returned.
 std::optional<std::string> ErrorOf(std::function<void()> const& work, int rank) {
   try {
     work();
@@ -21,7 +21,7 @@ std::optional<std::string> ErrorOf(std::function<void()> const& work, int rank) 
   return std::nullopt;
 }
 
-/// The values of all ranks on the first one.
+/// The values of all ranks, on the first rank.
 template <class T>
 std::vector<T> GatherRows(std::vector<T> const& own, MPI_Datatype type, Ranks const& ranks) {
   int const nOwn = static_cast<int>(own.size());

@@ -7,9 +7,9 @@
 namespace zyngrad {
 namespace {
 
-constexpr int kThreadsOfItsOwn = 1;  // what openblas_get_parallel says of a build on POSIX threads
+constexpr int kThreadsOfItsOwn = 1;  // what openblas_get_parallel returns for a build on POSIX threads
 
-/// A function of a library that may or may not have been loaded; null: it was not.
+/// A function of a library that may not be loaded; null if it is not.
 template <class Function>
 Function* Loaded(char const* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_DEFAULT, name));

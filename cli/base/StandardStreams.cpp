@@ -16,8 +16,8 @@ namespace {
 
 bool callerIgnoresClosedPipes = false;
 
-/// Whether the reader of standard output has gone. The reason of the write that failed may be long forgotten,
-/// but a pipe stays closed. A pair of sockets, which some programs take for a pipe, shows POLLHUP.
+/// Whether the reader of standard output has gone. The error code of the failed write may be overwritten by now, but a
+/// pipe stays closed. A pair of sockets, which some programs use instead of a pipe, shows POLLHUP.
 bool IsClosedPipe() {
   pollfd output = {STDOUT_FILENO, POLLOUT, 0};
   return poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
@@ -28,8 +28,8 @@ bool IsClosedPipe() {
 void SecureStandardStreams() {
   for (int const descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) >= 0 || errno != EBADF) continue;
-    // The lowest free number is this one. Open for the other direction, it fails when it is used, as it would
-    // have.
+    // open() takes the lowest free number, which is this one. It is opened for the wrong direction, so that using it
+    // fails, as using a closed stream does.
     [[maybe_unused]] int const opened = open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
   }
   callerIgnoresClosedPipes = std::signal(SIGPIPE, SIG_IGN) == SIG_IGN;

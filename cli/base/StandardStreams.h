@@ -6,23 +6,23 @@
 
 namespace zyngrad {
 
-/// The reader of standard output has gone, as `head` does once it has its lines. Nobody wants to hear of it.
+/// The reader of standard output has gone, as `head` does once it has its lines. This is not reported to the user.
 class ClosedPipe : public std::exception {
  public:
   char const* what() const noexcept override { return "standard output is a closed pipe"; }
 };
 
-/// To be called before anything opens a file. A standard stream that the caller has closed would have its
-/// descriptor given to the next file that is opened, and what is printed would land there. Afterwards writing
-/// to a closed standard output fails. A write to a pipe that nobody reads fails, too, instead of ending the
-/// program on the spot.
+/// Must be called before anything opens a file. If the caller closed a standard stream, the next file to be
+/// opened would get its descriptor, and printed text would end up in that file. Afterwards, writing to a closed
+/// standard output fails. Writing to a pipe that nobody reads also fails, instead of ending the program at
+/// once.
 void SecureStandardStreams();
 
-/// Collective. Throws, on every rank, when something of what a rank has printed so far did not arrive:
-/// ClosedPipe when that is because the reader has gone, else UsageError.
+/// Collective. Throws on every rank if something that a rank has printed did not arrive: ClosedPipe if the reader
+/// has gone, otherwise UsageError.
 void FlushStandardOutput(Ranks const& ranks);
 
-/// Ends the process as one ends that writes to a closed pipe. Returns where the caller ignores that signal.
+/// Ends the process by SIGPIPE. Returns if the caller of the program ignores that signal.
 void EndByClosedPipe();
 
 }  // namespace zyngrad

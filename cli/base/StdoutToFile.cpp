@@ -16,14 +16,14 @@
 namespace zyngrad {
 namespace {
 
-/// What is still in a buffer belongs to the place that was current when it was written.
+/// Buffered text must go to the destination that was current when it was written.
 void FlushStdout() {
   std::cout.flush();
   std::fflush(stdout);
 }
 
-/// What the first file that lost something has to say. Standard output is one for the process, and so is
-/// this.
+/// The message for the first file that lost something. The process has one standard output and therefore one such
+/// message.
 std::string& Loss() {
   static std::string loss;
   return loss;
@@ -32,10 +32,10 @@ std::string& Loss() {
 void Note(std::string const& file, int reason) {
   if (!Loss().empty()) return;
   Loss() = "cannot write " + QuotedPath(file) + ": " +
-           (reason != 0 ? std::strerror(reason) : "not all of it was written");
+           (reason != 0 ? std::strerror(reason) : "it was not written completely");
 }
 
-/// Whether something of what was written is lost; the streams forget it.
+/// Whether written text was lost; resets the streams.
 bool TakeStreamErrors() {
   bool const lost = !std::cout || std::ferror(stdout) != 0;
   std::cout.clear();
@@ -47,9 +47,9 @@ bool TakeStreamErrors() {
 
 StdoutToFile::StdoutToFile(std::string const& file) : file_(file) {
   FlushStdout();
-  // Errors of standard output itself are for its own end to report.
+  // FlushStandardOutput reports errors of standard output itself.
   if (!std::cout || std::ferror(stdout) != 0) return;
-  NoInterruption const wait;  // no new file where a signal is just having the old ones removed
+  NoInterruption const wait;  // a signal may be removing files at this moment; do not create a new one
   int const target = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   if (target < 0) {
     Note(file_, errno);

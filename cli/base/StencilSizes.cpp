@@ -1,6 +1,7 @@
 #include "cli/base/StencilSizes.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "cli/base/TextTable.h"
 
@@ -8,7 +9,7 @@ namespace zyngrad {
 
 StencilSizes SummariseStencils(Ranks const& ranks, std::vector<int> const& members) {
   std::int64_t own[2] = {static_cast<std::int64_t>(members.size()), 0};
-  // The largest of the negative ones is the least.
+  // The maximum of the negative sizes is the minus of the smallest size.
   int ownLimits[2] = {-2147483647, 0};
   for (int const n : members) {
     own[1] += n;
@@ -24,7 +25,7 @@ StencilSizes SummariseStencils(Ranks const& ranks, std::vector<int> const& membe
 
 std::string StencilSizesInWords(StencilSizes const& sizes) {
   return "stencils of " + std::to_string(sizes.least) + " to " + std::to_string(sizes.most) + " cells, " +
-         Fixed(sizes.Mean(), 1) + " in the mean";
+         Fixed(sizes.Mean(), 1) + " on average";
 }
 
 nlohmann::ordered_json StencilSizesAsJson(StencilSizes const& sizes) {

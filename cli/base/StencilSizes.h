@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -9,11 +9,11 @@
 
 namespace zyngrad {
 
-/// How many cells the stencils of all ranks have.
+/// Number of cells in the stencils of all ranks.
 struct StencilSizes {
   std::int64_t nStencils = 0;
-  std::int64_t nMembers = 0;  ///< of all stencils together
-  int least = 0, most = 0;    ///< 0 without stencils
+  std::int64_t nMembers = 0;  ///< in all stencils together
+  int least = 0, most = 0;    ///< 0 if there are no stencils
 
   double Mean() const {
     return nStencils > 0 ? static_cast<double>(nMembers) / static_cast<double>(nStencils) : 0.0;
@@ -23,7 +23,7 @@ struct StencilSizes {
 /// Collective. @param[in] members  of each stencil of this rank
 StencilSizes SummariseStencils(Ranks const& ranks, std::vector<int> const& members);
 
-/// "stencils of 4 to 27 cells, 18.2 in the mean".
+/// "stencils of 4 to 27 cells, 18.2 on average".
 std::string StencilSizesInWords(StencilSizes const& sizes);
 
 nlohmann::ordered_json StencilSizesAsJson(StencilSizes const& sizes);

@@ -30,10 +30,11 @@ void TemporaryFolder::Make() {
   NoInterruption const wait;
   std::error_code error;
   fs::path const parent = fs::temp_directory_path(error);
-  if (error) throw UsageError("no folder for temporary files: " + error.message());
+  if (error) throw UsageError("there is no folder for temporary files: " + error.message());
   std::string path = (parent / "zyngrad-XXXXXX").string();
   if (mkdtemp(path.data()) == nullptr)
-    throw UsageError("cannot make a folder in " + QuotedPath(parent.string()) + ": " + std::strerror(errno));
+    throw UsageError("cannot create a folder in " + QuotedPath(parent.string()) + ": " +
+                     std::strerror(errno));
   path_ = path;
 }
 
@@ -43,7 +44,7 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 void TemporaryFolder::Remove() const {
-  // Where a signal ends the run, an operator may be about to write its settings file.
+  // When a signal ends the run, an operator may be about to write its settings file, so one try may not be enough.
   constexpr int kMostTries = 3;
   std::error_code error;
   for (int attempt = 0; attempt < kMostTries && !path_.empty(); ++attempt) {

@@ -8,13 +8,13 @@
 
 namespace zyngrad {
 
-/// A new folder among the system's temporary files; it goes with its content when the object does, or when a
-/// signal ends the program.
+/// A new folder among the system's temporary files. It is removed with its content when the object is destroyed or
+/// a signal ends the program.
 class TemporaryFolder {
  public:
-  TemporaryFolder();  ///< throws UsageError when there is no place for it
+  TemporaryFolder();  ///< throws UsageError if it cannot be created
   explicit TemporaryFolder(
-      Ranks const& ranks);  ///< collective: one for each rank, or the same UsageError on all
+      Ranks const& ranks);  ///< collective: each rank gets one, or all throw the same UsageError
   ~TemporaryFolder();
   TemporaryFolder(TemporaryFolder const&) = delete;
   TemporaryFolder& operator=(TemporaryFolder const&) = delete;

@@ -16,7 +16,7 @@ void BoundThreads(Ranks const& ranks) {
   double const mostWanted = ranks.Max(wanted > most ? wanted : 0);
   if (mostWanted > 0.0 && ranks.IsFirst()) {
     std::cerr << "zyngrad: note: " + std::to_string(static_cast<int>(mostWanted)) +
-                     " OpenMP threads were asked for, " + std::to_string(most) + " are used\n"
+                     " OpenMP threads were requested; " + std::to_string(most) + " are used\n"
               << std::flush;
   }
 }

@@ -4,8 +4,8 @@
 
 namespace zyngrad {
 
-/// Collective. Bounds the threads that the operators are run with: with some ten thousand the OpenMP runtime runs out of
-/// stack. The first rank says so on standard error.
+/// Collective. Limits the number of threads of the operators: with about ten thousand, the OpenMP runtime runs out of
+/// stack. If the limit applies, the first rank says so on standard error.
 void BoundThreads(Ranks const& ranks);
 
 }  // namespace zyngrad

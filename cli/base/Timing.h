@@ -5,7 +5,7 @@
 
 namespace zyngrad {
 
-/// Seconds since it was made.
+/// Measures the seconds since it was made.
 class Stopwatch {
  public:
   double Seconds() const { return std::chrono::duration<double>(Clock::now() - begin_).count(); }
@@ -15,7 +15,7 @@ class Stopwatch {
   Clock::time_point begin_ = Clock::now();
 };
 
-/// The middle one of the values, or the mean of the two in the middle. @pre there is at least one
+/// The middle value, or the mean of the two middle values. @pre there is at least one value
 double Median(std::vector<double> values);
 
 }  // namespace zyngrad

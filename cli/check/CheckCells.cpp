@@ -8,7 +8,10 @@
 
 #include "cli/base/StdoutToFile.h"
 #include "cli/check/CheckFindings.h"
-#include "cli/check/CheckStencil.h"
+#include "cli/check/SystemChecks.h"
+#include "cli/gradient/LeastSquaresCheck.h"
+#include "cli/operators/InitializeGradient.h"
+#include "cli/operators/WireOperator.h"
 #include "cli/systems/CellStencil.h"
 #include "cli/systems/ConditionEstimate.h"
 #include "gradient/COperatorGradientImpl.h"
@@ -21,9 +24,9 @@ namespace {
 using reference_host::HostPartition;
 using reference_host::LoadedMesh;
 
-constexpr int kSweeps = 3;  // of the iterated method: the last ones use the gradients of the first
+constexpr int kSweeps = 3;  // of the iterated method; the later sweeps use the gradients of the first
 
-void CheckStencil(CellStencil const& stencil, CheckedSystem& cell) {
+void EnterStencil(CellStencil const& stencil, CheckedSystem& cell) {
   cell.members = static_cast<int>(stencil.members.size());
   std::vector<DQVector> points;
   std::vector<std::int64_t> known;
@@ -33,7 +36,7 @@ void CheckStencil(CellStencil const& stencil, CheckedSystem& cell) {
     y.Add(member.weight.y);
     z.Add(member.weight.z);
     if (member.atOrigin) cell.findings |= kHasMemberAtOrigin;
-    // Two cells may share several faces: then the same number comes again, which is no other cell's place.
+    // Two cells may share several faces. The same number then appears again, and is not a second cell in that place.
     if (member.cell > 0 && std::find(known.begin(), known.end(), member.cell) != known.end()) {
       cell.findings |= kHasRepeatedMember;
       continue;
@@ -46,18 +49,7 @@ void CheckStencil(CellStencil const& stencil, CheckedSystem& cell) {
   for (RowSum const& row : {x, y, z}) CheckRowOfSlope(row, kCellRowSumTolerance, cell);
 }
 
-/// Sets an operator up on a loaded mesh. @return whether that went well on every rank; it does not fail alone
-bool SetUp(LoadedMesh& mesh, GradientMethod const& method, COperatorGradient& op) {
-  HostPartition& partition = *mesh.partition;
-  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op.getPartitionFace(partition.partitionFaces());
-  op.getCommunication(mesh.exchange.get(), mesh.reduction.get());
-  int type = method.gradientType;
-  op.getGradType(type);
-  return op.Initialize() == 1;
-}
-
-/// 1 + x + 2y + 3z in all cells. A linear field asks every face value and every division of a method.
+/// 1 + x + 2y + 3z in all cells. A linear field exercises every face value and every division of a method.
 std::vector<double> LinearField(CZYN3DFiniteVolumeMesh const& mesh) {
   std::vector<double> field(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
   for (int c = 1; c <= mesh.NCell; ++c)
@@ -93,7 +85,7 @@ bool CellCheckCase::HasType(int gradientType) const {
 void CheckCellStencils(HostPartition& partition, RadialBasisSettings const& settings,
                        std::string const& logFile, std::vector<CheckedSystem>& cells) {
   VisitCellStencils(partition, settings, logFile, [&cells](int cell, CellStencil const& stencil) {
-    CheckStencil(stencil, cells[static_cast<std::size_t>(cell) - 1]);
+    EnterStencil(stencil, cells[static_cast<std::size_t>(cell) - 1]);
   });
 }
 
@@ -119,14 +111,14 @@ void CheckGradients(Ranks const& ranks, LoadedMesh& mesh, GradientMethod const& 
                     std::vector<CheckedSystem>& cells) {
   auto const finding = GradientNotFinite(static_cast<std::size_t>(&method - GradientMethods().data()));
   COperatorGradient op;
-  bool const isReady = SetUp(mesh, method, op);
-  if (!isReady) {
+  WireOperator(op, *mesh.partition, mesh.exchange.get(), mesh.reduction.get());
+  if (!InitializeGradient(op, method.gradientType)) {
     for (CheckedSystem& cell : cells) cell.findings |= finding;  // there would be no numbers at all
     return;
   }
   if (method.gradientType == kLeastSquaresType) {
     CheckPivots(op, cells);
-    // At a zero pivot the operator leaves without its exchange, and other ranks would wait for ever.
+    // At a zero pivot the operator returns without its exchange, and the other ranks would wait for ever.
     if (StopsSomewhere(ranks, cells)) return;
   }
   std::vector<double> field;

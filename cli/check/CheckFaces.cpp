@@ -1,4 +1,4 @@
-// The systems behind interpolation to faces, as the operator sets them up.
+#include "cli/check/CheckFaces.h"
 
 #include <cstddef>
 #include <iostream>
@@ -6,8 +6,7 @@
 
 #include "cli/base/StdoutToFile.h"
 #include "cli/check/CheckFindings.h"
-#include "cli/check/CheckInterpolation.h"
-#include "cli/check/CheckStencil.h"
+#include "cli/check/SystemChecks.h"
 #include "cli/faces/FaceErrors.h"
 #include "cli/faces/FaceSystems.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
@@ -19,7 +18,7 @@ using reference_host::HostPartition;
 
 constexpr int kByVertices = 3;  // search method
 
-/// The faces of a group one by one.
+/// Checks the faces of a group one by one.
 class FaceChecks {
  public:
   FaceChecks(HostPartition& partition, FaceKind group, InterpolationSettings const& settings)

@@ -11,7 +11,7 @@
 namespace zyngrad {
 namespace {
 
-/// One measure of each cell.
+/// One measure, for each cell.
 template <class T, class Measure>
 VtkArray CellArray(std::string const& name, std::vector<CheckedSystem> const& cells, Measure const& measure) {
   std::vector<T> values;

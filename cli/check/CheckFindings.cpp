@@ -22,8 +22,8 @@ std::vector<FindingKind> MakeKinds() {
   std::vector<FindingKind> kinds = {
       {kIsAtBoundary, Severity::Note, "atBoundary", "at the boundary"},
       {kIsBesideSymmetry, Severity::Note, "besideSymmetry", "beside symmetry faces"},
-      {kHasNoVolume, Severity::Wrong, "noVolume", "volume not above 0"},
-      {kIsFlatCell, Severity::Poor, "flatCell", "tiny volume for the cell's surface"},
+      {kHasNoVolume, Severity::Wrong, "noVolume", "volume not positive"},
+      {kIsFlatCell, Severity::Poor, "flatCell", "volume tiny for the surface area"},
       {kIsSkew, Severity::Poor, "skew", "extreme skewness"},
       {kIsNonOrthogonal, Severity::Poor, "nonOrthogonal", "extreme non-orthogonality"},
       {kHasZeroPivot, Severity::NotFinite, "zeroPivot", "least squares stops: zero pivot"},
@@ -31,15 +31,15 @@ std::vector<FindingKind> MakeKinds() {
       {kHasTinyPivot, Severity::Wrong, "tinyPivot", "least squares: pivot is round-off"},
       {kHasMemberAtOrigin, Severity::Wrong, "memberAtOrigin", "members at the origin (symmetry)"},
       {kHasRepeatedMember, Severity::Poor, "repeatedMember", "a neighbour listed more than once"},
-      {kHasCoincidentMembers, Severity::Wrong, "coincidentMembers", "members at one position"},
+      {kHasCoincidentMembers, Severity::Wrong, "coincidentMembers", "members at the same position"},
       {kHasFlatAxis, Severity::Wrong, "flatAxis", "stencil flat along an axis"},
-      {kHasFewMembers, Severity::Wrong, "fewMembers", "fewer neighbours than directions"},
-      {kIsIllConditioned, Severity::Poor, "illConditioned", "condition above 1e12"},
+      {kHasFewMembers, Severity::Wrong, "fewMembers", "fewer than 3 neighbours"},
+      {kIsIllConditioned, Severity::Poor, "illConditioned", "condition number above 1e12"},
       {kIsSingular, Severity::Wrong, "singular", "singular to working precision"},
       {kHasSystemNotFinite, Severity::Wrong, "systemNotFinite", "system not finite"},
       {kHasRowNotFinite, Severity::NotFinite, "rowNotFinite", "weights not finite"},
-      {kHasRowSumOff, Severity::Wrong, "rowSumOff", "weights do not sum to their ideal"},
-      {kHasLargeWeights, Severity::Poor, "largeWeights", "weights magnify errors tenfold"},
+      {kHasRowSumOff, Severity::Wrong, "rowSumOff", "wrong sum of weights"},
+      {kHasLargeWeights, Severity::Poor, "largeWeights", "weights amplify errors tenfold"},
   };
   // clang-format on
   for (std::size_t k = 0; k < GradientMethods().size(); ++k) {

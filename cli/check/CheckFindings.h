@@ -8,7 +8,7 @@
 
 namespace zyngrad {
 
-/// What the check can find at a cell, a face or a point: a bit each.
+/// What the check can find at a cell, a face or a point, one bit each.
 enum Finding : std::uint32_t {
   kIsAtBoundary = 1U << 0,
   kIsBesideSymmetry = 1U << 1,
@@ -35,17 +35,18 @@ enum Finding : std::uint32_t {
 /// The gradient of method number k of GradientMethods() is not finite.
 constexpr std::uint32_t GradientNotFinite(std::size_t k) { return 1U << (19 + k); }
 
-// Where the findings begin. Each is explained in docs/use/check.md.
-constexpr double kFlatCell = 1e-6;                 ///< volume / (surface area)^1.5; a cube has 0.07
+// The limits beyond which something is a finding. docs/use/check.md explains each finding.
+constexpr double kFlatCell = 1e-6;                 ///< volume / (surface area)^1.5; 0.07 for a cube
 constexpr double kExtremeSkewness = 1.0;           ///< as reference_host::QualitySums measures it
 constexpr double kExtremeNonOrthogonality = 70.0;  ///< degrees
-constexpr double kTinyPivot = 1e-12;               ///< over the moment that it was eliminated from
-constexpr double kSamePlace = 1e-12;               ///< over the largest extent of the stencil
-constexpr int kFewestNeighbours = 3;               ///< a slope has as many components
-constexpr double kPoorCondition = 1e12;            ///< four digits are left
-constexpr double kSingularCondition = 4.5e15;      ///< 1 / the machine's epsilon: no digit is left
-constexpr double kCellRowSumTolerance = 1e-6;  ///< whose systems have a constant term; others: FaceErrors.h
-constexpr double kLargeMagnitude = 10.0;       ///< sum of the magnitudes of a value's weights, which sum to 1
+constexpr double kTinyPivot = 1e-12;               ///< relative to the moment from which it was eliminated
+constexpr double kSamePlace = 1e-12;               ///< relative to the largest extent of the stencil
+constexpr int kFewestNeighbours = 3;               ///< the number of components of a slope
+constexpr double kPoorCondition = 1e12;            ///< leaves four correct digits
+constexpr double kSingularCondition = 4.5e15;      ///< 1 / machine epsilon: leaves no correct digit
+constexpr double kCellRowSumTolerance = 1e-6;      ///< for systems with a constant term; others: FaceErrors.h
+constexpr double kLargeMagnitude =
+    10.0;  ///< sum of the magnitudes of the weights of a value; the weights sum to 1
 
 /// What a finding means for the result.
 enum class Severity { Note, Poor, Wrong, NotFinite };
@@ -59,22 +60,22 @@ struct FindingKind {
   std::string text;  ///< in tables
 };
 
-/// In the order of tables; those of the gradient methods last.
+/// All kinds, in the order of the tables; those of the gradient methods come last.
 std::vector<FindingKind> const& FindingKinds();
 
-/// The gravest of them; Note without any.
+/// The highest severity among the findings; Note if there is none.
 Severity SeverityOf(std::uint32_t findings);
 
-/// Those that are more than notes, the gravest first: "weights not finite; members at one position". Empty
-/// when there is none.
+/// The findings that are more than notes, the most severe first: "weights not finite; members at the same
+/// position". Empty if there are none.
 std::string InWords(std::uint32_t findings);
 
-// What a check can find at all, so that a table shows what was looked for.
+// The findings that a check can produce, so that its table shows what was looked for.
 
-/// Of cells, by gradient method.
+/// For cells, depending on the gradient methods.
 std::uint32_t CellFindings(std::vector<GradientMethod const*> const& methods);
 
-/// Of the interpolation to faces or to points.
+/// For interpolation to faces or to points.
 std::uint32_t InterpolationFindings();
 
 }  // namespace zyngrad

@@ -1,16 +1,15 @@
-// The systems behind interpolation to points, as the operator sets them up.
+#include "cli/check/CheckPoints.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
 
 #include "cli/base/StdoutToFile.h"
-#include "cli/base/TemporaryFolder.h"
 #include "cli/check/CheckFindings.h"
-#include "cli/check/CheckInterpolation.h"
-#include "cli/check/CheckStencil.h"
+#include "cli/check/SystemChecks.h"
 #include "cli/faces/FaceErrors.h"
-#include "cli/output/RunSettings.h"
+#include "cli/operators/TemporarySettings.h"
+#include "cli/operators/WireOperator.h"
 #include "cli/points/PointSystems.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 
@@ -52,13 +51,12 @@ std::vector<CheckedSystem> CheckPoints(HostPartition& partition, UsableCells& us
   }
   if (systems.empty()) return systems;
 
-  TemporaryFolder const folder;
-  partition.SetBaseFileName(WriteSettingsText(folder.path() + "/settings.rbf", PointSettingsText(settings)));
+  TemporarySettings file(partition);
+  file.Write(PointSettingsText(settings));
   StdoutToFile const log(logFile);
   std::cout << systems.size() << " points" << std::endl;
   CZynIBRBFInternalObject op;
-  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op.getPartitionFace(partition.partitionFaces());
+  WireOperator(op, partition);
   op.Initialize_IBInterpolateData(usable.mark.data(), static_cast<int>(systems.size()), own.x.data(),
                                   own.y.data(), own.z.data());
   for (std::size_t k = 0; k < systems.size(); ++k) {

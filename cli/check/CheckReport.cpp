@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "cli/base/TextTable.h"
@@ -28,7 +29,7 @@ std::string NumberText(CheckedSystem const& system) {
 }
 
 void PrintCounts(std::ostream& out, CheckResult const& result) {
-  TextTable table({{"found", Align::Left}, {result.kind}, {"so the result is", Align::Left}});
+  TextTable table({{"found", Align::Left}, {result.kind}, {"result", Align::Left}});
   for (FindingKind const& kind : FindingKinds()) {
     if ((result.lookedFor & kind.finding) == 0) continue;
     std::int64_t const count = result.summary.Count(kind.finding);
@@ -38,7 +39,7 @@ void PrintCounts(std::ostream& out, CheckResult const& result) {
   table.Print(out);
 }
 
-/// Rows of the histogram that are there, gaps between them included.
+/// The rows of the histogram from the first to the last that is not empty.
 struct Decades {
   std::size_t first = ConditionHistogram::kDecades, last = 0;
 
@@ -58,14 +59,14 @@ void PrintHistogram(std::ostream& out, CheckResult const& result) {
                                       histogram.nSingular, histogram.nNotFinite});
   TextTable table({{"log10 condition", Align::Left}, {result.kind}, {"", Align::Left}});
   auto const add = [&table, most](std::string const& name, std::int64_t count) {
-    // What is there at all shows.
+    // Rounded up, so that every count above 0 shows.
     double const length = std::ceil(kLongestBar * static_cast<double>(count) / static_cast<double>(most));
     table.AddRow({name, Grouped(count), std::string(static_cast<std::size_t>(length), '#')});
   };
   Decades const rows(histogram);
   for (std::size_t k = rows.first; k <= rows.last; ++k) {
     bool const isLast = k + 1 == histogram.decade.size();
-    add(std::to_string(k) + (isLast ? " and more" : " to " + std::to_string(k + 1)), histogram.decade[k]);
+    add(std::to_string(k) + (isLast ? " or more" : " to " + std::to_string(k + 1)), histogram.decade[k]);
   }
   if (histogram.nSingular > 0) add("singular", histogram.nSingular);
   if (histogram.nNotFinite > 0) add("not finite", histogram.nNotFinite);
@@ -73,9 +74,9 @@ void PrintHistogram(std::ostream& out, CheckResult const& result) {
   table.Print(out);
 }
 
-/// The numbers below are those of cells or of points; a face has none but those of its cells.
+/// The column shows numbers of cells or points. A face has no number; the numbers of its cells identify it.
 std::string WorstTitle(CheckResult const& result) {
-  if (result.key == "faces") return "worst face, of cells";
+  if (result.key == "faces") return "worst face, between cells";
   return result.key == "points" ? "worst point" : "worst cell";
 }
 
@@ -108,7 +109,7 @@ ordered_json HistogramAsJson(ConditionHistogram const& histogram) {
       {"decades", histogram.decade}, {"singular", histogram.nSingular}, {"notFinite", histogram.nNotFinite}};
 }
 
-/// "2 of 8 cells, 1 of 6 points"; empty when all counts are 0.
+/// "2 of 8 cells, 1 of 6 points"; empty if all counts are 0.
 std::string Counted(std::vector<CheckResult> const& results, std::int64_t CheckSummary::*count) {
   std::string text;
   for (CheckResult const& result : results) {
@@ -172,7 +173,7 @@ void PrintVerdict(std::ostream& out, std::vector<CheckResult> const& results) {
   else if (notFinite.empty())
     out << "all results would be finite numbers, but WRONG in " << wrong << '\n';
   else
-    out << "NOT all results would be finite numbers: not in " << notFinite
+    out << "NOT all results would be finite numbers: not finite in " << notFinite
         << (wrong.empty() ? "" : ", and WRONG in " + wrong) << '\n';
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <iosfwd>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -15,24 +15,24 @@ namespace zyngrad {
 struct CheckResult {
   std::string kind;             ///< "cells", "inner faces", "points"
   std::string key;              ///< "cells", "faces", "points": in check.json
-  std::uint32_t lookedFor = 0;  ///< sum of Finding: those that the table shows
+  std::uint32_t lookedFor = 0;  ///< sum of Finding: what the table shows
   CheckSummary summary;
   int placeDigits = kPlaceDigits;  ///< from PlaceDigits
 };
 
-/// Counts, histogram and the worst ten. Only the first rank's job.
+/// Prints counts, histogram and the ten worst systems. For the first rank only.
 void PrintCheckResult(std::ostream& out, CheckResult const& result);
 
-/// The last lines: how many results would not be finite or would be wrong, with the findings behind that.
+/// Prints the last lines: how many results would not be finite or would be wrong, and the findings that say so.
 void PrintVerdict(std::ostream& out, std::vector<CheckResult> const& results);
 
 /// Whether no result would be wrong or not finite.
 bool AreSound(std::vector<CheckResult> const& results);
 
-/// The same numbers; what is not finite becomes null.
+/// The same numbers. A number that is not finite becomes null.
 nlohmann::ordered_json CheckResultAsJson(CheckResult const& result);
 
-/// What was found of that severity, a line each: "weights not finite: 2 of 8 cells". A system may be in several.
+/// The findings of that severity, one line each: "weights not finite: 2 of 8 cells". A system may be in several.
 std::vector<std::string> FoundInWords(std::vector<CheckResult> const& results, Severity severity);
 
 }  // namespace zyngrad

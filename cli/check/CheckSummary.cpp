@@ -6,7 +6,7 @@
 #include <tuple>
 
 #include "cli/check/CheckFindings.h"
-#include "cli/check/CheckStencil.h"
+#include "cli/check/SystemChecks.h"
 
 namespace zyngrad {
 namespace {
@@ -19,7 +19,7 @@ double Rounded(double value) {
   return std::isfinite(digits) ? digits * unit : value;
 }
 
-// A system as a row of numbers, for the way between ranks. All counts and numbers are below 2^53.
+// A system as a row of numbers, to send it between ranks. All counts and numbers are below 2^53.
 constexpr std::size_t kRowLength = 12;
 
 void AppendRow(CheckedSystem const& s, std::vector<double>& row) {
@@ -62,7 +62,7 @@ std::vector<CheckedSystem> WorstOfAll(Ranks const& ranks, std::vector<CheckedSys
   return WorstOf(std::move(systems));
 }
 
-/// What can be added up, or of which the largest counts, on one rank or on all.
+/// Adds one system to the sums and maxima.
 void AddSystem(CheckedSystem const& system, CheckSummary& summary) {
   ++summary.nSystems;
   for (std::size_t k = 0; k < summary.counts.size(); ++k) summary.counts[k] += (system.findings >> k) & 1U;
@@ -76,7 +76,7 @@ void AddSystem(CheckedSystem const& system, CheckSummary& summary) {
   summary.worstNonOrthogonality = std::max(summary.worstNonOrthogonality, system.nonOrthogonality);
 }
 
-/// Collective. The summary of all ranks from that of each.
+/// Collective. Combines the summaries of all ranks.
 void AddUp(Ranks const& ranks, CheckSummary& summary) {
   std::vector<std::int64_t*> sums = {&summary.nSystems, &summary.nWrong, &summary.nNotFinite,
                                      &summary.histogram.nSingular, &summary.histogram.nNotFinite};

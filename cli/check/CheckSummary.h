@@ -9,12 +9,13 @@
 
 namespace zyngrad {
 
-/// How many systems have a condition number of each decade.
+/// Number of systems with a condition number in each decade.
 struct ConditionHistogram {
   static constexpr int kDecades = 24;
-  std::array<std::int64_t, kDecades> decade{};  ///< [k] from 10^k to below 10^(k+1), the last one upwards
-  std::int64_t nSingular = 0;                   ///< infinite
-  std::int64_t nNotFinite = 0;                  ///< NaN
+  std::array<std::int64_t, kDecades>
+      decade{};                 ///< [k] from 10^k to below 10^(k+1), the last one without an upper limit
+  std::int64_t nSingular = 0;   ///< infinite
+  std::int64_t nNotFinite = 0;  ///< NaN
 
   void Add(double condition);
   bool IsEmpty() const;
@@ -24,9 +25,9 @@ struct ConditionHistogram {
 struct CheckSummary {
   std::int64_t nSystems = 0;
   std::array<std::int64_t, 32> counts{};  ///< [k] systems with the finding 1 << k
-  ConditionHistogram histogram;           ///< without those that have no system
+  ConditionHistogram histogram;           ///< of those that have a system
   double worstCondition = 0.0;            ///< as CheckedSystem::condition
-  double worstRowSum = 0.0;               ///< of those that are finite
+  double worstRowSum = 0.0;               ///< among the finite ones
   double worstSkewness = 0.0, worstNonOrthogonality = 0.0;
   std::vector<CheckedSystem> worst;  ///< at most kShownWorst, the worst first
 
@@ -40,9 +41,9 @@ struct CheckSummary {
 
 constexpr std::size_t kShownWorst = 10;
 
-/// Whether a stands before b among the worst: the graver findings first, then the larger condition number, the
-/// larger skewness, and the lower numbers. Measures that differ in the seventh digit only are equal, since
-/// their round-off may depend on the number of ranks.
+/// Whether a comes before b among the worst: more severe findings first, then larger condition number, larger
+/// skewness and lower numbers. Measures that agree in six digits count as equal, because their round-off may
+/// depend on the number of ranks.
 bool IsWorse(CheckedSystem const& a, CheckedSystem const& b);
 
 /// Collective. @param[in] own  of this rank

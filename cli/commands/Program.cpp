@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "cli/base/AgreedError.h"
+#include "cli/base/ExitCode.h"
 #include "cli/base/OneLine.h"
 #include "cli/base/StandardStreams.h"
 #include "cli/base/ThreadBound.h"
@@ -30,8 +31,8 @@ using Commands = std::vector<std::pair<CLI::App*, std::unique_ptr<Command>>>;
 
 void PrintError(std::string const& what) { std::cerr << "zyngrad: " + OneLine(what) + '\n' << std::flush; }
 
-/// Whether every rank gets to the same point before long. Of its own communicator: the ranks that do not may
-/// be in any other collective operation.
+/// Tells whether every rank reaches the same point within a few seconds. It uses a communicator of its own, because a
+/// rank that does not come may be in a collective operation on the other one.
 class MeetingPoint {
  public:
   explicit MeetingPoint(Ranks const& ranks) { MPI_Comm_dup(ranks.communicator(), &communicator_); }
@@ -57,23 +58,23 @@ class MeetingPoint {
 };
 
 int FailAlone(Ranks const& ranks, std::string const& what) {
-  // Where several ranks fail alike, the first of them has ended the others before they say the same.
+  // If several ranks fail in the same way, the lowest one ends the others before they repeat its message.
   constexpr std::chrono::milliseconds kStep(20);
   std::this_thread::sleep_for(std::min(ranks.rank(), 50) * kStep);
   PrintError(what);
-  if (ranks.count() > 1) MPI_Abort(ranks.communicator(), kWrongInput);
-  return kWrongInput;
+  if (ranks.count() > 1) MPI_Abort(ranks.communicator(), kExitWrongInput);
+  return kExitWrongInput;
 }
 
-/// An error that every rank should have met, since all have been asked the same.
+/// Reports an error that every rank should have met, because all ranks run the same command.
 int FailTogether(Ranks const& ranks, MeetingPoint const& meeting, std::string const& what) {
   if (!meeting.HaveAllCome()) return FailAlone(ranks, "rank " + std::to_string(ranks.rank()) + ": " + what);
   if (ranks.IsFirst()) PrintError(what);
-  return kWrongInput;
+  return kExitWrongInput;
 }
 
-/// mpirun starts each rank with arguments of its own if it is told to. Ranks that do different things wait
-/// for each other for ever.
+/// mpirun can start each rank with arguments of its own. Ranks that run different commands would wait for each other
+/// for ever.
 void CheckArgumentsOfAll(std::vector<std::string> const& arguments, Ranks const& ranks) {
   std::string text;
   for (std::string const& argument : arguments) (text += argument) += '\0';
@@ -83,11 +84,11 @@ void CheckArgumentsOfAll(std::vector<std::string> const& arguments, Ranks const&
   ranks.Together([&] {
     if (own == Fingerprint{first[0], first[1]}) return;
     throw UsageError("rank " + std::to_string(ranks.rank()) +
-                     " was started with other arguments than rank 0");
+                     " was started with arguments that differ from those of rank 0");
   });
 }
 
-/// CLI11 would call a mistyped command an unexpected argument.
+/// Reports a mistyped command as such; CLI11 would report an unexpected argument.
 void CheckCommandName(Commands const& commands, std::vector<std::string> const& arguments) {
   if (arguments.empty() || arguments.front().rfind('-', 0) == 0) return;
   for (auto const& [subcommand, command] : commands) {
@@ -96,15 +97,14 @@ void CheckCommandName(Commands const& commands, std::vector<std::string> const& 
   throw UsageError("unknown command " + Quoted(arguments.front()) + " (see zyngrad --help)");
 }
 
-/// The command that was asked for, null after --help and --version, whose text has then been printed.
-/// Throws UsageError.
+/// The command on the command line; null after --help and --version, whose text is then printed. Throws UsageError.
 Command* Parse(CLI::App& program, Commands const& commands, std::vector<std::string> arguments,
                Ranks const& ranks) {
   try {
     program.parse(
         std::vector<std::string>(arguments.rbegin(), arguments.rend()));  // CLI11 takes them from the back
   } catch (CLI::Success const& asked) {
-    // Help is asked of the innermost command named; exit() finds it.
+    // exit() prints the help of the innermost command on the command line.
     if (ranks.IsFirst()) program.exit(asked, std::cout, std::cerr);
     return nullptr;
   } catch (CLI::ParseError const& error) {
@@ -117,12 +117,13 @@ Command* Parse(CLI::App& program, Commands const& commands, std::vector<std::str
 }
 
 int ParseAndRun(std::vector<std::string> const& arguments, Ranks const& ranks) {
-  CLI::App program("Gradients of fields on finite-volume meshes, with their errors.", "zyngrad");
-  program.set_version_flag("--version", "zyngrad " ZYNGRAD_VERSION);
+  CLI::App program("Compute gradients of fields on finite-volume meshes and measure their errors.",
+                   "zyngrad");
+  program.set_version_flag("--version", "zyngrad " ZYNGRAD_VERSION, "Print the version and exit");
   program.set_help_flag("-h,--help", "Print this help and exit");
   program.require_subcommand(0, 1);
   program.footer(
-      "`zyngrad COMMAND --help` tells the options of a command and shows examples.\n"
+      "`zyngrad COMMAND --help` lists the options of a command and shows examples.\n"
       "Every command runs alone or under mpirun: mpirun -n 2 zyngrad COMMAND ...");
 
   Commands commands;
@@ -137,12 +138,13 @@ int ParseAndRun(std::vector<std::string> const& arguments, Ranks const& ranks) {
     CheckCommandName(commands, arguments);
     command = Parse(program, commands, arguments, ranks);
   });
+  int code = kExitSuccess;
   if (command != nullptr) {
     BoundThreads(ranks);
-    command->Run(ranks);
+    code = command->Run(ranks);
   }
   FlushStandardOutput(ranks);
-  return command != nullptr ? command->ExitCode() : kSuccess;
+  return code;
 }
 
 }  // namespace
@@ -153,12 +155,12 @@ int RunProgram(std::vector<std::string> const& arguments, Ranks const& ranks) {
     CheckArgumentsOfAll(arguments, ranks);
     return ParseAndRun(arguments, ranks);
   } catch (ClosedPipe const&) {
-    return kPipeWasClosed;
+    return kExitClosedPipe;
   } catch (AgreedError const& error) {
     if (error.rankCount() != ranks.count()) return FailTogether(ranks, meeting, error.what());
-    // No meeting: the others may take their time to remove what they have written.
+    // No meeting: the other ranks may need some time to remove the files that they have written.
     if (ranks.IsFirst()) PrintError(error.what());
-    return kWrongInput;
+    return kExitWrongInput;
   } catch (UsageError const& error) {
     return FailTogether(ranks, meeting, error.what());
   } catch (reference_host::MeshError const& error) {

@@ -1,65 +1,42 @@
+#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cli/base/OneLine.h"
-#include "cli/base/Progress.h"
 #include "cli/base/UsageError.h"
 #include "cli/check/CheckCells.h"
+#include "cli/check/CheckFaces.h"
 #include "cli/check/CheckFiles.h"
 #include "cli/check/CheckFindings.h"
-#include "cli/check/CheckInterpolation.h"
+#include "cli/check/CheckPoints.h"
 #include "cli/check/CheckReport.h"
 #include "cli/check/CheckSummary.h"
-#include "cli/commands/Program.h"
+#include "cli/commands/check_help.h"
 #include "cli/commands/commands.h"
 #include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
 #include "cli/gradient/MethodOption.h"
 #include "cli/options/InterpolationOptions.h"
 #include "cli/options/MeshOptions.h"
-#include "cli/output/JsonFile.h"
-#include "cli/output/MeshReport.h"
+#include "cli/options/OptionValue.h"
 #include "cli/output/MeshScale.h"
-#include "cli/output/OutputFolder.h"
 #include "cli/points/BodySurface.h"
 #include "cli/points/LongRows.h"
 #include "cli/points/PointSet.h"
 #include "cli/points/UsableCells.h"
-#include "reference_host/parallel/LoadMesh.h"
 
 namespace zyngrad {
 namespace {
 
 using nlohmann::ordered_json;
-using reference_host::LoadedMesh;
 
-constexpr char const* kFooter =
-    "Every cell is looked at before anyone trusts a run: its shape, the system that the radial-basis "
-    "gradient "
-    "solves\n"
-    "for it, the pivots of least squares, and whether the other gradients are finite; with --group-faces, "
-    "--points or\n"
-    "--body also the systems of faces and points. docs/use/check.md tells what each line means and what to do "
-    "about it.\n\n"
-    "The exit code is 0 if all results would be finite and none is marked wrong, 1 if not, with the counts "
-    "in "
-    "the\n"
-    "last lines, 2 for wrong input.\n\n"
-    "The output folder gets check.json (the numbers of the tables), check.vtu, or check.pvtu and its pieces, "
-    "with the\n"
-    "measures of each cell, and what the operators print, in log.rankN.txt.\n\n"
-    "Examples:\n"
-    "  zyngrad check channel.msh\n"
-    "  zyngrad check box:20,20,20:tet:perturb=0.2 --method lsq,rbf --span 50 -o before\n"
-    "  mpirun -n 2 zyngrad check case/constant/polyMesh --group-faces inner --points probes.csv";
-
-/// An interpolation's settings from options that carry other names here.
+/// The settings of an interpolation, from options that have other names in this command.
 InterpolationSettings ReadInterpolation(std::string const& methodOption, std::string const& method,
                                         int nMethods, double span, std::string const& number) {
   InterpolationSettings settings;
@@ -73,27 +50,33 @@ InterpolationSettings ReadInterpolation(std::string const& methodOption, std::st
 
 class CheckCommand : public Command {
  public:
+  CheckCommand() : Command("check", "check.json") {}
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(Ranks const& ranks) override;
-  int ExitCode() const override { return exitCode_; }
 
  private:
+  void ReadOptions() override;
+  void ReadInput(Ranks const& ranks) override;
+  std::vector<std::string> OutputFiles(Ranks const& ranks) const override { return CheckGridFiles(ranks); }
+  void Compute(CommandRun& run) override;
+  void Print(std::ostream& out) const override;
+  std::string StageFiles(CommandRun& run) override;
+  void FillJson(ordered_json& json) const override;
+  bool HasFaults() const override { return !AreSound(results_); }
+
   void AddMethodOptions(CLI::App& command);
-  void ReadOptions();
   void ChooseMethods();
   void ChooseFaces();
   bool ChecksPoints() const { return !pointsFile_.empty() || !bodyText_.empty(); }
   double SpanOr(double standard) const;
 
-  CheckResult CheckAllCells(Ranks const& ranks, LoadedMesh& mesh, OutputFolder& folder);
-  CheckResult CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceKind group,
-                             OutputFolder& folder) const;
-  CheckResult CheckPointSet(Ranks const& ranks, LoadedMesh& mesh, PointSet points, OutputFolder& folder);
+  CheckResult CheckAllCells(CommandRun& run);
+  CheckResult CheckFaceGroup(CommandRun& run, FaceKind group) const;
+  CheckResult CheckPointSet(CommandRun& run);
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
   std::vector<std::string> methodLists_, hiddenMethodLists_, faceGroupNames_;
-  std::string spanText_, pointsFile_, bodyText_, outputFolder_ = "zyngrad-output/check";
+  std::string spanText_, pointsFile_, bodyText_;
   std::string faceMethodText_ = "4", pointMethodText_ = "3", numberText_ = "20";
   bool shapeNormalize_ = false;
 
@@ -102,47 +85,37 @@ class CheckCommand : public Command {
   std::vector<FaceKind> faceGroups_;
   std::optional<Expression> body_;
   InterpolationSettings faceSettings_, pointSettings_;
-  std::string grid_;
-  int exitCode_ = kSuccess;
+
+  PointSet fromFile_;  ///< on the first rank
+  std::vector<CheckedSystem> cells_;
+  std::vector<CheckResult> results_;
 };
 
 CLI::App* CheckCommand::AddTo(CLI::App& program) {
-  CLI::App* command = program.add_subcommand(
-      "check", "What a mesh would do to each method: conditions, faults, worst places");
+  namespace help = check_help;
+  CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
   AddMethodOptions(*command);
   AddRepeatableOption(*command, "--group-faces", faceGroupNames_,
-                      "Check interpolation to these faces, too: " + FaceKindNames() + "; repeat as needed")
+                      help::kGroupFaces + FaceKindNames() + "; may be repeated")
       ->type_name("GROUP");
-  command->add_option("--points", pointsFile_, "Check interpolation to these points, too")
-      ->type_name("FILE.csv");
-  command
-      ->add_option("--body", bodyText_,
-                   "A body in the mesh, negative inside; without --points, points on its surface")
-      ->type_name("EXPR");
-  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output/check)")
-      ->type_name("DIR");
-  command->footer(kFooter);
+  command->add_option("--points", pointsFile_, help::kPoints)->type_name("FILE.csv");
+  command->add_option("--body", bodyText_, help::kBody)->type_name("EXPR");
+  AddOutputOption(*command);
+  command->footer(help::kFooter);
   return command;
 }
 
 void CheckCommand::AddMethodOptions(CLI::App& command) {
-  AddMethodOption(command, methodLists_,
-                  "Gradient methods between commas (default all): " + GradientMethodNames());
+  namespace help = check_help;
+  AddMethodOption(command, methodLists_, help::kMethods + GradientMethodNames());
   AddRepeatableOption(command, "--methods", hiddenMethodLists_, "An earlier spelling of --method")
       ->group("");  // hidden
-  command
-      .add_option("--span", spanText_,
-                  "Support radius over the stencil's length (default 500, of faces 1000)")
-      ->type_name("S");
-  command.add_flag("--shape-normalize", shapeNormalize_, "rbf scales each axis by the stencil's extent");
-  command.add_option("--face-method", faceMethodText_, "Search method of faces, 1 to 4 (default 4)")
-      ->type_name("N");
-  command.add_option("--point-method", pointMethodText_, "Search method of points, 1 to 3 (default 3)")
-      ->type_name("N");
-  command
-      .add_option("--search-number", numberText_, "Cells wanted in a stencil, methods 1 and 2 (default 20)")
-      ->type_name("N");
+  command.add_option("--span", spanText_, help::kSpan)->type_name("S");
+  command.add_flag("--shape-normalize", shapeNormalize_, help::kShapeNormalize);
+  command.add_option("--face-method", faceMethodText_, help::kFaceMethod)->type_name("N");
+  command.add_option("--point-method", pointMethodText_, help::kPointMethod)->type_name("N");
+  command.add_option("--search-number", numberText_, help::kSearchNumber)->type_name("N");
 }
 
 void CheckCommand::ChooseMethods() {
@@ -174,36 +147,43 @@ void CheckCommand::ReadOptions() {
   groups_ = GroupsByUser(meshOptions_);
 }
 
-CheckResult CheckCommand::CheckAllCells(Ranks const& ranks, LoadedMesh& mesh, OutputFolder& folder) {
-  cellCase_.logFile = folder.logFile();
-  std::vector<CheckedSystem> const cells = CheckCells(ranks, mesh, cellCase_);
-  grid_ = StageCheckGrid(ranks, *mesh.partition, cells, folder);
-  return {"cells", "cells", CellFindings(cellCase_.methods), SummariseCheck(ranks, cells)};
+void CheckCommand::ReadInput(Ranks const& ranks) {
+  ranks.Together([&] {
+    if (ranks.IsFirst() && !pointsFile_.empty()) fromFile_ = ReadPoints(pointsFile_, {});
+  });
 }
 
-CheckResult CheckCommand::CheckFaceGroup(Ranks const& ranks, LoadedMesh& mesh, FaceKind group,
-                                         OutputFolder& folder) const {
+CheckResult CheckCommand::CheckAllCells(CommandRun& run) {
+  cellCase_.logFile = run.folder().logFile();
+  cells_ = CheckCells(run.ranks(), run.mesh(), cellCase_);
+  return {"cells", "cells", CellFindings(cellCase_.methods), SummariseCheck(run.ranks(), cells_)};
+}
+
+CheckResult CheckCommand::CheckFaceGroup(CommandRun& run, FaceKind group) const {
   if (faceSettings_.method == kMethodByNodes)
-    PrintLongRowWarning(ranks, *mesh.partition, nullptr, "--face-method 2");
+    PrintLongRowWarning(run.ranks(), run.partition(), nullptr, "--face-method 2");
   std::vector<CheckedSystem> faces;
-  ranks.Together([&] { faces = CheckFaces(*mesh.partition, group, faceSettings_, folder.logFile()); });
-  return {NameOf(group) + " faces", "faces", InterpolationFindings(), SummariseCheck(ranks, faces)};
+  run.ranks().Together(
+      [&] { faces = CheckFaces(run.partition(), group, faceSettings_, run.folder().logFile()); });
+  return {NameOf(group) + " faces", "faces", InterpolationFindings(), SummariseCheck(run.ranks(), faces)};
 }
 
-CheckResult CheckCommand::CheckPointSet(Ranks const& ranks, LoadedMesh& mesh, PointSet points,
-                                        OutputFolder& folder) {
-  double const meanDistance = MeanCellDistance(ranks, *mesh.partition);
-  UsableCells usable = FindUsableCells(ranks, *mesh.partition, body_ ? &*body_ : nullptr);
-  if (pointsFile_.empty()) points = PointsOnSurface(ranks, *mesh.partition, *body_, 0.0, meanDistance);
+CheckResult CheckCommand::CheckPointSet(CommandRun& run) {
+  Ranks const& ranks = run.ranks();
+  reference_host::HostPartition& partition = run.partition();
+  double const meanDistance = MeanCellDistance(ranks, partition);
+  UsableCells usable = FindUsableCells(ranks, partition, body_ ? &*body_ : nullptr);
+  PointSet points = std::move(fromFile_);
+  if (pointsFile_.empty()) points = PointsOnSurface(ranks, partition, *body_, 0.0, meanDistance);
   for (auto* column : {&points.x, &points.y, &points.z}) ranks.Broadcast(*column);
-  std::vector<PointOwner> const owners = FindPointOwners(ranks, *mesh.partition, usable, points);
+  std::vector<PointOwner> const owners = FindPointOwners(ranks, partition, usable, points);
   pointSettings_.distance = 2.0 * meanDistance;
   if (pointSettings_.method == kMethodByNodes)
-    PrintLongRowWarning(ranks, *mesh.partition, &usable, "--point-method 2");
+    PrintLongRowWarning(ranks, partition, &usable, "--point-method 2");
   std::vector<CheckedSystem> systems;
   ranks.Together([&] {
     systems =
-        CheckPoints(*mesh.partition, usable, points, owners, ranks.rank(), pointSettings_, folder.logFile());
+        CheckPoints(partition, usable, points, owners, ranks.rank(), pointSettings_, run.folder().logFile());
   });
   return {"points", "points", InterpolationFindings(), SummariseCheck(ranks, systems)};
 }
@@ -222,59 +202,42 @@ ordered_json CheckCommand::Question() const {
   return json;
 }
 
-void CheckCommand::Run(Ranks const& ranks) {
-  ReadOptions();
-  PointSet points;
-  ranks.Together([&] {
-    if (ranks.IsFirst() && !pointsFile_.empty()) points = ReadPoints(pointsFile_, {});
-  });
-  Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-  OutputPlan plan = {"check", CheckGridFiles(ranks)};
-  plan.files.emplace_back("check.json");
-  OutputFolder folder(ranks, outputFolder_, plan);
+void CheckCommand::Compute(CommandRun& run) {
+  run.LoadMesh(meshOptions_.mesh, groups_);
+  run.PrintMesh();
 
-  LoadedMesh mesh =
-      reference_host::LoadMesh(ranks.communicator(), meshOptions_.mesh, groups_,
-                               [&progress](std::string const& stage) { progress.Stage(stage); });
-  progress.Done();
-  if (ranks.IsFirst()) PrintMeshReport(std::cout, meshOptions_.mesh, mesh.summary);
-
-  progress.Stage("checking cells");
-  std::vector<CheckResult> results = {CheckAllCells(ranks, mesh, folder)};
+  run.progress().Stage("checking cells");
+  results_.push_back(CheckAllCells(run));
   for (FaceKind const group : faceGroups_) {
-    progress.Stage("checking " + NameOf(group) + " faces");
-    results.push_back(CheckFaceGroup(ranks, mesh, group, folder));
+    run.progress().Stage("checking " + NameOf(group) + " faces");
+    results_.push_back(CheckFaceGroup(run, group));
   }
   if (ChecksPoints()) {
-    progress.Stage("checking points");
-    results.push_back(CheckPointSet(ranks, mesh, std::move(points), folder));
+    run.progress().Stage("checking points");
+    results_.push_back(CheckPointSet(run));
   }
-  progress.Done();
-  int const placeDigits = PlaceDigits(ranks, *mesh.partition);
-  for (CheckResult& result : results) result.placeDigits = placeDigits;
-  if (ranks.IsFirst()) {
-    for (CheckResult const& result : results) PrintCheckResult(std::cout, result);
-    PrintVerdict(std::cout, results);
-  }
+  int const placeDigits = PlaceDigits(run.ranks(), run.partition());
+  for (CheckResult& result : results_) result.placeDigits = placeDigits;
+}
 
-  progress.Stage("writing");
-  std::vector<std::string> const notFinite = FoundInWords(results, Severity::NotFinite);
-  ranks.Together([&] {
-    if (!ranks.IsFirst()) return;
-    ordered_json json = StartResults("check");
-    json["mesh"] = MeshReportAsJson(meshOptions_.mesh, mesh.summary);
-    json["question"] = Question();
-    json["finite"] = notFinite.empty();
-    json["notFinite"] = notFinite;
-    json["sound"] = AreSound(results);
-    json["wrong"] = FoundInWords(results, Severity::Wrong);
-    json["checked"] = ordered_json::array();
-    for (CheckResult const& result : results) json["checked"].push_back(CheckResultAsJson(result));
-    WriteJson(folder.Stage("check.json"), json);
-  });
-  progress.Done();
-  exitCode_ = AreSound(results) ? kSuccess : kFoundFaults;
-  folder.Commit("\nwritten to " + folder.path() + ": check.json, " + grid_ + '\n');
+void CheckCommand::Print(std::ostream& out) const {
+  for (CheckResult const& result : results_) PrintCheckResult(out, result);
+  PrintVerdict(out, results_);
+}
+
+std::string CheckCommand::StageFiles(CommandRun& run) {
+  return StageCheckGrid(run.ranks(), run.partition(), cells_, run.folder());
+}
+
+void CheckCommand::FillJson(ordered_json& json) const {
+  std::vector<std::string> const notFinite = FoundInWords(results_, Severity::NotFinite);
+  json["question"] = Question();
+  json["finite"] = notFinite.empty();
+  json["notFinite"] = notFinite;
+  json["sound"] = AreSound(results_);
+  json["wrong"] = FoundInWords(results_, Severity::Wrong);
+  json["checked"] = ordered_json::array();
+  for (CheckResult const& result : results_) json["checked"].push_back(CheckResultAsJson(result));
 }
 
 }  // namespace

@@ -1,43 +1,43 @@
-#include <iostream>
+#include <CLI/CLI.hpp>
 #include <map>
+#include <ostream>
 #include <string>
 
-#include "cli/base/Progress.h"
 #include "cli/commands/commands.h"
+#include "cli/commands/info_help.h"
 #include "cli/options/MeshOptions.h"
 #include "cli/output/MeshReport.h"
-#include "reference_host/parallel/LoadMesh.h"
 
 namespace zyngrad {
 namespace {
 
 class InfoCommand : public Command {
  public:
+  InfoCommand() : Command("info") {}
+
   CLI::App* AddTo(CLI::App& program) override {
-    CLI::App* command = program.add_subcommand("info", "Sizes, boundaries, quality and partition of a mesh");
+    CLI::App* command = program.add_subcommand(name(), info_help::kSummary);
     AddMeshOptions(*command, options_);
-    command->footer(
-        "Examples:\n"
-        "  zyngrad info channel.msh\n"
-        "  mpirun -n 4 zyngrad info box:40,40,40:tet:perturb=0.2,seed=1\n"
-        "  zyngrad info case/constant/polyMesh --group frontAndBack=wall");
+    command->footer(info_help::kFooter);
     return command;
   }
 
-  void Run(Ranks const& ranks) override {
-    std::map<std::string, reference_host::BoundaryGroup> const groups = GroupsByUser(options_);
-    Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-    reference_host::LoadedMesh const mesh =
-        reference_host::LoadMesh(ranks.communicator(), options_.mesh, groups,
-                                 [&progress](std::string const& stage) { progress.Stage(stage); });
-    progress.Done();
-    if (!ranks.IsFirst()) return;
-    PrintMeshReport(std::cout, options_.mesh, mesh.summary);
-    PrintMeshDetails(std::cout, mesh.summary);
+ private:
+  void ReadOptions() override { groups_ = GroupsByUser(options_); }
+
+  void Compute(CommandRun& run) override {
+    run.LoadMesh(options_.mesh, groups_);
+    summary_ = run.mesh().summary;
   }
 
- private:
+  void Print(std::ostream& out) const override {
+    PrintMeshReport(out, options_.mesh, summary_);
+    PrintMeshDetails(out, summary_);
+  }
+
   MeshOptions options_;
+  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  reference_host::MeshSummary summary_;
 };
 
 }  // namespace

@@ -1,19 +1,18 @@
-#include <iostream>
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "cli/base/OneLine.h"
-#include "cli/base/Progress.h"
 #include "cli/base/UsageError.h"
-#include "cli/commands/Program.h"
 #include "cli/commands/commands.h"
+#include "cli/commands/study_help.h"
 #include "cli/gradient/MethodOption.h"
 #include "cli/options/MeshOptions.h"
+#include "cli/options/OptionValue.h"
 #include "cli/options/RadialBasisSettings.h"
-#include "cli/output/JsonFile.h"
 #include "cli/output/OutputFile.h"
-#include "cli/output/OutputFolder.h"
 #include "cli/study/StudyReport.h"
 #include "cli/study/StudyRun.h"
 #include "cli/study/StudySeries.h"
@@ -25,111 +24,81 @@ namespace {
 using nlohmann::ordered_json;
 
 std::string SeriesHelp() {
-  std::string text = "Refine a box, or one of these series:";
+  std::string text = study_help::kSeries;
   for (NamedSeries const& series : NamedStudySeries()) {
     text.append("\n  ").append(series.name).append(": ").append(series.description);
-    text.append(", from ").append(series.firstMesh);
+    text.append(", starting with ").append(series.firstMesh);
   }
   return text;
 }
 
-std::string MethodHelp() {
-  std::string text = "Methods between commas (default gradients):";
+std::string StudyMethodHelp() {
+  std::string text = study_help::kMethods;
   for (StudyMethod const& method : StudyMethods())
     text.append("\n  ").append(method.name).append(": ").append(method.description);
-  return text + "\n  gradients, faces, points, all: all of a kind";
+  return text + study_help::kAllOfAKind;
 }
 
 std::string FieldHelp() {
-  std::string text = "The field, repeat as needed (default trigonometric): a formula or";
+  std::string text = study_help::kField;
   for (auto const& [name, formula] : NamedStudyFields())
     text.append("\n  ").append(name).append(": ").append(formula);
   return text;
 }
 
-char const* const kFooter =
-    "Either --series, refined by doubling the cells in every direction, or the meshes themselves, which are\n"
-    "brought into the order coarse to fine. An order is shown where the spacing, the cube root of the mean\n"
-    "cell volume, falls by 1 % or more.\n\n"
-    "The errors of gradients are Euclidean lengths, in all cells; those of faces are at inner faces; points\n"
-    "lie half-way between centre and a node of up to some 2000 cells, evenly spread. Boundary: cells with a\n"
-    "boundary face, faces of such cells, points in them. Condition numbers are estimates for at most 2000\n"
-    "systems of a rank.\n\n"
-    "Exit code 1: a method could not be run on a mesh, or gave what is not finite; the last lines say which "
-    "and "
-    "why.\n\n"
-    "The output folder gets study.json (all numbers), report.html (tables and plots in one page that needs "
-    "no\n"
-    "network), each plot as an .svg, the tables in study.md, and what the operators print, in "
-    "log.rankN.txt.\n\n"
-    "Examples:\n"
-    "  zyngrad study --series tet --method plain,iterated,lsq,rbf -o study-tet\n"
-    "  zyngrad study --series box:8,8,8:prism --levels 3 --field linear --field \"x^2*y\"\n"
-    "  zyngrad study --series hex --levels 2 --method rbf --span 5,20,100,500,2000 --field linear\n"
-    "  zyngrad study --series tet --method iterated --sweeps 1,2,3,5,10\n"
-    "  zyngrad study coarse.msh middle.msh fine.msh --method all";
-
 class StudyCommand : public Command {
  public:
+  StudyCommand() : Command("study", "study.json") {}
   CLI::App* AddTo(CLI::App& program) override;
-  void Run(Ranks const& ranks) override;
-  int ExitCode() const override { return exitCode_; }
 
  private:
-  void ReadOptions();
+  void ReadOptions() override;
+  std::vector<std::string> OutputFiles(Ranks const& ranks) const override;
+  void Compute(CommandRun& run) override;
+  void Print(std::ostream& out) const override;
+  std::string StageFiles(CommandRun& run) override;
+  void FillJson(ordered_json& json) const override;
+  bool HasFaults() const override { return AnyFaults(levels_); }
+
   void ReadMeshes();
+  void ReadFields();
   std::string Title() const;
-  void Print(std::vector<StudyLevel> const& levels) const;
-  void Write(OutputFolder& folder, std::vector<StudyLevel> const& levels) const;
 
   std::vector<std::string> meshes_, groupTexts_, fieldTexts_;
   std::vector<std::string> methodLists_;
   std::string series_, levelsText_, spanText_, sweepsText_ = "3", numberText_ = "20", weightText_;
-  std::string outputFolder_ = "zyngrad-output/study";
 
   StudyQuestion question_;
+  std::vector<StudyLevel> levels_;
   bool isReordered_ = false;
-  int exitCode_ = kSuccess;
 };
 
 CLI::App* StudyCommand::AddTo(CLI::App& program) {
-  CLI::App* command =
-      program.add_subcommand("study", "Errors, orders, times and condition numbers under refinement");
-  command->add_option("MESH", meshes_, "Meshes of one domain, as for the other commands");
+  namespace help = study_help;
+  CLI::App* command = program.add_subcommand(name(), help::kSummary);
+  command->add_option("MESH", meshes_, help::kMesh);
   command->add_option("--series", series_, SeriesHelp())->type_name("NAME|box:...");
-  command->add_option("--levels", levelsText_, "Meshes of the series (default 4)")->type_name("N");
-  AddMethodOption(*command, methodLists_, MethodHelp());
+  command->add_option("--levels", levelsText_, help::kLevels)->type_name("N");
+  AddMethodOption(*command, methodLists_, StudyMethodHelp());
   AddRepeatableOption(*command, "--field", fieldTexts_, FieldHelp())->type_name("NAME|EXPR");
-  command
-      ->add_option("--span", spanText_,
-                   "Support radii over the stencil's length, between commas (default 500, for faces 1000)")
-      ->type_name("A,B,C");
-  command->add_option("--sweeps", sweepsText_, "Sweeps of the iterated method, between commas (default 3)")
-      ->type_name("A,B,C");
-  command->add_option("--weight", weightText_, "Coefficient of the weighted method, as a formula (default 1)")
-      ->type_name("EXPR");
-  command
-      ->add_option("--search-number", numberText_,
-                   "Cells wanted in a stencil by faces1, faces2, points1 and points2 (default 20)")
-      ->type_name("N");
-  AddRepeatableOption(*command, "--group", groupTexts_, "Kind of a boundary whose name does not tell it")
-      ->type_name("NAME=inlet|outlet|wall|symmetry");
-  command->add_option("-o,--output", outputFolder_, "Folder to write to (default zyngrad-output/study)")
-      ->type_name("DIR");
-  command->footer(kFooter);
+  command->add_option("--span", spanText_, help::kSpan)->type_name("A,B,C");
+  command->add_option("--sweeps", sweepsText_, help::kSweeps)->type_name("A,B,C");
+  command->add_option("--weight", weightText_, help::kWeight)->type_name("EXPR");
+  command->add_option("--search-number", numberText_, help::kSearchNumber)->type_name("N");
+  AddGroupOption(*command, groupTexts_);
+  AddOutputOption(*command);
+  command->footer(help::kFooter);
   return command;
 }
 
 void StudyCommand::ReadMeshes() {
-  if (series_.empty() == meshes_.empty())
-    throw UsageError("the meshes are wanted either by --series or one after the other");
-  if (series_.empty() && !levelsText_.empty()) throw UsageError("--levels is for --series");
+  if (series_.empty() == meshes_.empty()) throw UsageError("give either --series or the meshes themselves");
+  if (series_.empty() && !levelsText_.empty()) throw UsageError("--levels needs --series");
   int const nLevels = levelsText_.empty() ? 0 : WholeNumber("--levels", levelsText_, 1);
   question_.meshes = series_.empty() ? meshes_ : MeshesOfSeries(series_, nLevels);
 }
 
-void StudyCommand::ReadOptions() {
-  ReadMeshes();
+void StudyCommand::ReadFields() {
   if (fieldTexts_.empty()) fieldTexts_ = {"trigonometric"};
   for (std::string const& text : fieldTexts_) {
     StudyField field = MakeStudyField(text, static_cast<int>(question_.fields.size()) + 1);
@@ -137,6 +106,11 @@ void StudyCommand::ReadOptions() {
       if (known.name == field.name) throw UsageError("--field " + Quoted(text) + " is given twice");
     question_.fields.push_back(std::move(field));
   }
+}
+
+void StudyCommand::ReadOptions() {
+  ReadMeshes();
+  ReadFields();
   std::vector<double> spans;
   if (!spanText_.empty())
     for (std::string const& word : WordsBetweenCommas(spanText_))
@@ -155,49 +129,45 @@ std::string StudyCommand::Title() const {
   return series_.empty() ? std::to_string(meshes_.size()) + " meshes" : "series " + series_;
 }
 
-void StudyCommand::Print(std::vector<StudyLevel> const& levels) const {
+std::vector<std::string> StudyCommand::OutputFiles(Ranks const& /*ranks*/) const {
+  std::vector<std::string> files = {"report.html", "study.md"};
+  for (std::string const& name : StudyPlotNames(question_)) files.push_back(name + ".svg");
+  return files;
+}
+
+void StudyCommand::Compute(CommandRun& run) {
+  for (std::string const& mesh : question_.meshes)
+    levels_.push_back(RunStudyLevel(run.ranks(), question_, mesh, run.folder().logFile(), run.Stages()));
+  isReordered_ = SortCoarseToFine(levels_);
+}
+
+void StudyCommand::Print(std::ostream& out) const {
   bool isFirst = true;
-  for (StudyTable const& table : StudyTables(question_, levels)) {
-    if (!isFirst) std::cout << '\n';
-    PrintTable(std::cout, table);
+  for (StudyTable const& table : StudyTables(question_, levels_)) {
+    if (!isFirst) out << '\n';
+    PrintTable(out, table);
     isFirst = false;
   }
-  if (isReordered_) std::cout << "  the meshes stand coarse to fine, not in the order given\n";
-  for (std::string const& remark : StudyRemarks(question_, levels)) std::cout << "  " << remark << '\n';
+  if (isReordered_) out << "  the meshes are listed from coarse to fine, not in the order given\n";
+  for (std::string const& remark : StudyRemarks(question_, levels_)) out << "  " << remark << '\n';
 }
 
-void StudyCommand::Write(OutputFolder& folder, std::vector<StudyLevel> const& levels) const {
-  ordered_json json = StartResults("study");
+std::string StudyCommand::StageFiles(CommandRun& run) {
+  std::vector<StudyPlot> const plots = StudyPlots(question_, levels_);
+  OutputFolder& folder = run.folder();
+  run.ranks().Together([&] {
+    if (!run.ranks().IsFirst()) return;
+    WriteText(folder.Stage("report.html"), StudyPage(Title(), question_, levels_));
+    WriteText(folder.Stage("study.md"), StudyMarkdown(question_, levels_));
+    for (StudyPlot const& plot : plots) WriteText(folder.Stage(plot.name + ".svg"), SvgOf(plot));
+  });
+  return "report.html, study.md, " + std::to_string(plots.size()) + " plots";
+}
+
+void StudyCommand::FillJson(ordered_json& json) const {
   if (!weightText_.empty()) json["weight"] = weightText_;
   json["series"] = series_.empty() ? ordered_json(nullptr) : ordered_json(series_);
-  json.update(StudyAsJson(question_, levels));
-  WriteJson(folder.Stage("study.json"), json);
-  WriteText(folder.Stage("report.html"), StudyPage(Title(), question_, levels));
-  WriteText(folder.Stage("study.md"), StudyMarkdown(question_, levels));
-  for (StudyPlot const& plot : StudyPlots(question_, levels))
-    WriteText(folder.Stage(plot.name + ".svg"), SvgOf(plot));
-}
-
-void StudyCommand::Run(Ranks const& ranks) {
-  ReadOptions();
-  Progress progress(ranks.IsFirst() && Progress::StderrIsTerminal());
-  OutputPlan plan = {"study", {"study.json", "report.html", "study.md"}};
-  for (std::string const& name : StudyPlotNames(question_)) plan.files.push_back(name + ".svg");
-  OutputFolder folder(ranks, outputFolder_, plan);
-  std::vector<StudyLevel> levels;
-  for (std::string const& mesh : question_.meshes) {
-    levels.push_back(RunStudyLevel(ranks, question_, mesh, folder.logFile(),
-                                   [&progress](std::string const& stage) { progress.Stage(stage); }));
-  }
-  progress.Done();
-  isReordered_ = SortCoarseToFine(levels);
-  if (HasFaults(levels)) exitCode_ = kFoundFaults;
-  if (ranks.IsFirst()) Print(levels);
-  ranks.Together([&] {
-    if (ranks.IsFirst()) Write(folder, levels);
-  });
-  folder.Commit("\nwritten to " + folder.path() + ": report.html, study.json, study.md, " +
-                std::to_string(StudyPlots(question_, levels).size()) + " plots\n");
+  json.update(StudyAsJson(question_, levels_));
 }
 
 }  // namespace

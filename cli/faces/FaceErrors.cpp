@@ -12,11 +12,11 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// The face with the largest measure, first of one rank, then of all.
 struct WorstFace {
-  double measure = -1.0;  ///< below any: none yet
+  double measure = -1.0;  ///< negative: there is none yet
   double value = 0.0;     ///< what was measured
   FacePlace place;
 
-  /// Of equal measures the lower cells win, so that the rank count does not matter where it need not.
+  /// Among equal measures the lower cells win, so that the result depends on the number of ranks as little as possible.
   void Offer(double candidate, double candidateValue, FacePlace const& candidatePlace) {
     auto const order = [](FacePlace const& p) { return std::tie(p.cell, p.other, p.rank, p.face); };
     if (candidate < measure) return;

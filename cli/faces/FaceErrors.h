@@ -10,34 +10,34 @@
 
 namespace zyngrad {
 
-/// Which face of all ranks.
+/// One face among those of all ranks.
 struct FacePlace {
-  std::int64_t face = 0;  ///< 1-based within its group on its rank, 0: nowhere
+  std::int64_t face = 0;  ///< 1-based within its group on its rank; 0 if there is none
   std::int64_t rank = 0;
   std::int64_t cell = 0, other = 0;  ///< 1-based numbers in the mesh of its two cells; 0: none, at a boundary
   double at[3] = {0.0, 0.0, 0.0};    ///< target of the face, L
 };
 
-/// Errors over the faces of all ranks. With A the area of a face and e the difference between interpolated
-/// and exact value. All NaN when there is no face.
+/// Errors over the faces of all ranks, where A is the area of a face and e the interpolated minus the exact
+/// value. All are NaN if there is no face.
 struct FaceErrors {
   std::int64_t nFaces = 0;
   double area = 0.0;            ///< L^2
   double l1 = 0.0;              ///< sum of A |e| / sum of A, U
   double l2 = 0.0;              ///< square root of (sum of A e^2 / sum of A), U
-  double relativeL2 = 0.0;      ///< l2 / L2 of the exact values; NaN when that is 0
+  double relativeL2 = 0.0;      ///< l2 / L2 of the exact values; NaN if that is 0
   double max = 0.0;             ///< largest |e| among the finite ones, U
-  FacePlace maxPlace;           ///< of equal ones the one between the lowest cells
+  FacePlace maxPlace;           ///< among equal ones, the one between the lowest cells
   std::int64_t nNotFinite = 0;  ///< values that are infinite or NaN; l1 and l2 are then not finite
 };
 
-/// How far the weights of a face may sum from 1 without a word.
+/// The largest distance from 1 that the sum of a face's weights may have without a warning.
 constexpr double kRowSumTolerance = 1e-3;
 
-/// Whether the faces' weights are sane: a constant field of 1 gives their sum.
+/// Whether the weights of the faces are plausible: a constant field of 1 gives their sum.
 struct FaceRowCheck {
-  std::int64_t nOff = 0;  ///< rows with finite weights that sum to 1 within no kRowSumTolerance
-  double worstSum = 1.0;  ///< the one farthest from 1
+  std::int64_t nOff = 0;  ///< rows with finite weights whose sum is not within kRowSumTolerance of 1
+  double worstSum = 1.0;  ///< the sum farthest from 1
   FacePlace worst;
   std::int64_t nNotFinite = 0;  ///< rows with a weight that is infinite or NaN
   FacePlace firstNotFinite;     ///< the one between the lowest cells

@@ -15,7 +15,7 @@ namespace zyngrad {
 std::vector<std::string> FacesFiles(Ranks const& ranks);
 
 /// Collective. Stages the faces as polygons with value, exact value and error (their difference): faces.vtp
-/// on one rank, faces.pvtp and a piece per rank in faces/ on several.
+/// on one rank; faces.pvtp and one piece per rank in faces/ on several ranks.
 /// @return the name of the file to open
 std::string StageFaces(Ranks const& ranks, reference_host::HostPartition& partition,
                        TargetedFaces const& faces, FaceRows const& rows, std::vector<double> const& exact,

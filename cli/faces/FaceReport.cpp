@@ -1,5 +1,6 @@
 #include "cli/faces/FaceReport.h"
 
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 
@@ -19,6 +20,8 @@ std::string CellsText(FacePlace const& place) {
   std::string const cell = std::to_string(place.cell);
   return place.other > 0 ? cell + " and " + std::to_string(place.other) : cell;
 }
+
+std::string FacesText(std::int64_t count) { return Grouped(count) + (count == 1 ? " face" : " faces"); }
 
 /// "face 12 of rank 0 at (x, y, z)".
 std::string FaceText(FacePlace const& place, int digits) {
@@ -57,20 +60,19 @@ void PrintTimes(std::ostream& out, FaceTimes const& times) {
 
 void PrintWarnings(std::ostream& out, FaceResults const& results) {
   FaceRowCheck const& rows = results.rows;
-  if (rows.nOff > 0 && !results.GivesNoValues()) {  // that all rows are 0 has been said
-
-    out << "  warning: the weights of " << Grouped(rows.nOff) << " faces do not sum to 1 within "
+  if (rows.nOff > 0 && !results.GivesNoValues()) {  // otherwise the line above has said that all rows are 0
+    out << "  warning: the weights of " << FacesText(rows.nOff) << " do not sum to 1 within "
         << Scientific(kRowSumTolerance, 1) << "; worst: " << Scientific(rows.worstSum, 6) << " at "
         << FaceText(rows.worst, results.placeDigits) << '\n';
   }
   if (rows.nNotFinite > 0) {
-    out << "  warning: the weights of " << Grouped(rows.nNotFinite)
-        << " faces are not finite; first: " << FaceText(rows.firstNotFinite, results.placeDigits) << '\n';
+    out << "  warning: the weights of " << FacesText(rows.nNotFinite)
+        << " are not finite; first: " << FaceText(rows.firstNotFinite, results.placeDigits) << '\n';
   }
   std::int64_t const n = results.NotFiniteFaces();
   if (n == 0 && !results.whyNotFinite.empty()) {
     out << "  search method " << results.settings.method
-        << ": the values mean nothing: " << results.whyNotFinite << '\n';
+        << ": the values are meaningless: " << results.whyNotFinite << '\n';
   }
   if (n > 0) {
     out << "  search method " << results.settings.method << ": the values are not finite at " << Grouped(n)
@@ -104,9 +106,9 @@ void PrintFaceResults(std::ostream& out, FaceResults const& results) {
   out << Grouped(results.errors.nFaces) << ' ' << NameOf(results.group) << " faces by search method "
       << results.settings.method << ", " << StencilSizesInWords(results.stencils) << '\n';
   if (results.GivesNoValues()) {
-    out << "search method 4 gives no values on boundary faces, only slopes along the normal: all are 0 by "
-           "design, no "
-           "errors to show\n";
+    out << "search method 4 computes no values on boundary faces, only slopes along the normal: all values "
+           "are 0 "
+           "by design, so there are no errors to show\n";
   } else {
     PrintErrors(out, results.errors, results.placeDigits);
   }

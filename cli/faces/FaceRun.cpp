@@ -10,6 +10,7 @@
 #include "cli/base/TextTable.h"
 #include "cli/base/Timing.h"
 #include "cli/base/UsageError.h"
+#include "cli/operators/WireOperator.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 
 namespace zyngrad {
@@ -19,21 +20,17 @@ constexpr int kLaterCalls = 3;
 
 double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
              CZynFaceRBFInternalObject& op) {
-  reference_host::HostPartition& partition = *mesh.partition;
-  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op.getPartitionFace(partition.partitionFaces());
-  op.getCommunication(mesh.exchange.get());
-
+  WireOperator(op, *mesh.partition, mesh.exchange.get());
   ranks.Barrier();
   Stopwatch const watch;
   op.Initialize_FaceInterpolateData(static_cast<int>(group));
   return watch.Seconds();
 }
 
-/// Own time of the first application and of each later one.
+/// This rank's times of the first application and of each later one.
 std::vector<double> TimeCalls(Ranks const& ranks, CZynFaceRBFInternalObject& op, std::vector<double>& field,
                               std::vector<double>& value) {
-  // The operator clears three arrays more, which hold nothing.
+  // The operator clears three more arrays, which it does not fill.
   std::array<std::vector<double>, 3> cleared;
   for (auto& values : cleared) values.assign(value.size(), 0.0);
   std::vector<double> seconds;

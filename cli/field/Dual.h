@@ -4,12 +4,12 @@
 
 namespace zyngrad {
 
-/// A value and its derivatives by x, y and z, carried through each operation by the chain rule (forward
-/// automatic differentiation): the derivatives are exact to rounding, without a step width.
+/// A value and its derivatives with respect to x, y and z, carried through each operation by the chain rule
+/// (forward automatic differentiation). The derivatives are exact up to rounding; there is no step size.
 ///
-/// Written here rather than taken from boost::math::differentiation: there a power of two variables is
-/// exp(y * log(x)), so that x^2 has no value at x <= 0, and a gradient in three variables carries the mixed
-/// higher derivatives along, eight numbers instead of four.
+/// Why not boost::math::differentiation: it computes a power of two variables as exp(y * log(x)), so that x^2 has
+/// no value at x <= 0, and for a gradient in three variables it also carries the mixed higher derivatives, eight
+/// numbers instead of four.
 struct Dual {
   double value;
   double dx, dy, dz;
@@ -17,8 +17,8 @@ struct Dual {
 
 inline Dual Constant(double value) { return {value, 0.0, 0.0, 0.0}; }
 
-/// (f(u), f'(u) grad u). A component of grad u that is exactly 0 stays 0 even where the slope is infinite: u
-/// does not depend on that coordinate, so neither does f(u) (sqrt(x) at x = 0 has d/dy = 0).
+/// (f(u), f'(u) grad u). A component of grad u that is exactly 0 stays 0 even if the slope is infinite: u does not
+/// depend on that coordinate, so f(u) does not either (sqrt(x) at x = 0 has d/dy = 0).
 inline Dual Chain(double value, double slope, Dual const& u) {
   auto const times = [slope](double du) { return du == 0.0 ? 0.0 : slope * du; };
   return {value, times(u.dx), times(u.dy), times(u.dz)};
@@ -52,7 +52,7 @@ inline Dual Tan(Dual const& u) {
   return Chain(t, 1.0 + t * t, u);
 }
 
-// 1 - u^2 and u^2 - 1 as products: no cancellation near |u| = 1.
+// 1 - u^2 is computed as a product, which avoids cancellation near |u| = 1.
 inline Dual Asin(Dual const& u) {
   return Chain(std::asin(u.value), 1.0 / std::sqrt((1.0 - u.value) * (1.0 + u.value)), u);
 }
@@ -94,17 +94,17 @@ inline Dual Cbrt(Dual const& u) {
 }
 
 inline double SignOf(double value) { return value > 0.0 ? 1.0 : (value < 0.0 ? -1.0 : value); }
-/// The sign is constant on either side of 0; its slope is taken as 0 there too.
+/// The sign is constant on either side of 0; its slope at 0 is taken as 0, too.
 inline Dual Sign(Dual const& u) { return Chain(SignOf(u.value), 0.0, u); }
 /// At 0 the slope of |u| is taken as 0, midway between its one-sided slopes.
 inline Dual Abs(Dual const& u) { return Chain(std::fabs(u.value), SignOf(u.value), u); }
 
-/// The smaller operand with its derivatives; at a tie the first. A value that does not compare passes on.
+/// The smaller operand with its derivatives; the first one at a tie. NaN is passed on.
 inline Dual Min(Dual const& u, Dual const& v) { return (v.value < u.value || std::isnan(v.value)) ? v : u; }
 inline Dual Max(Dual const& u, Dual const& v) { return (v.value > u.value || std::isnan(v.value)) ? v : u; }
 
-/// d(u^v) = v u^(v-1) du + u^v log(u) dv. A term whose factor is 0 is left out, which keeps the usual cases
-/// whole: x^2 at x <= 0 (the exponent does not vary), x^0, and 0^v for v > 0.
+/// d(u^v) = v u^(v-1) du + u^v log(u) dv. A term whose factor is 0 is omitted, which makes the usual cases work:
+/// x^2 at x <= 0 (the exponent does not vary), x^0, and 0^v for v > 0.
 inline Dual Pow(Dual const& u, Dual const& v) {
   double const value = std::pow(u.value, v.value);
   double const slopeByBase = v.value == 0.0 ? 0.0 : v.value * std::pow(u.value, v.value - 1.0);

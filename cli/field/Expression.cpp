@@ -56,7 +56,7 @@ std::map<std::string, ExpressionCompiler::Function> const& ExpressionCompiler::F
 void ExpressionCompiler::Push(Op op, double number, std::string::const_iterator at) {
   if (++depth_ > Expression::kStackSize) {
     FailAt(target_.text_, at,
-           "more than " + std::to_string(Expression::kStackSize) + " operands are waiting here");
+           "more than " + std::to_string(Expression::kStackSize) + " operands are pending here");
   }
   target_.program_.push_back({op, number});
 }
@@ -91,7 +91,7 @@ void ExpressionCompiler::operator()(tree::Product const& product) {
 void ExpressionCompiler::operator()(tree::Power const& power) {
   Operand(power.base.operand);
   for (tree::Signed const& exponent : power.exponents) Operand(exponent.operand);
-  // From the right: the last exponent takes its signs, joins the one before, and so on.
+  // Right-associative: the last exponent takes its signs, becomes the exponent of the one before it, and so on.
   for (auto exponent = power.exponents.rbegin(); exponent != power.exponents.rend(); ++exponent) {
     ApplySigns(exponent->signs);
     Apply(Op::Pow, 2);
@@ -157,10 +157,10 @@ double Expression::Value(double x, double y, double z) const { return ValueAndGr
 
 Dual Expression::ValueAndGradient(double x, double y, double z) const {
   std::array<Dual, kStackSize + 1>
-      stack;  // left unset on purpose: only what was pushed is read, from element 1 on
+      stack;  // not initialised, which saves time: only elements that were pushed are read, from element 1 on
   Dual* top = stack.data();
   for (Instruction const& instruction : program_) {
-    // A binary operator takes its right operand from `right` and leaves its result in place of the left one.
+    // A binary operator takes its right operand from `right` and replaces the left one by its result.
     Dual const* const right = top;
     switch (instruction.op) {
       // clang-format off
@@ -205,7 +205,7 @@ std::string FunctionNames() {
     std::string& list = names[function.nArguments - 1];
     list += (list.empty() ? "" : ", ") + name;
   }
-  return names[0] + " of one and " + names[1] + " of two arguments";
+  return names[0] + " (one argument) and " + names[1] + " (two arguments)";
 }
 
 }  // namespace zyngrad

@@ -20,7 +20,7 @@ x3::rule<class PowerRule, tree::Power> const power = "operand";
 x3::rule<class ProductRule, tree::Product> const product = "operand";
 x3::rule<class NameRule, tree::Name> const name = "a name";
 
-// The digits only; ExpressionCompiler converts them, correctly rounded.
+// Matches the digits only; ExpressionCompiler converts them with correct rounding.
 auto const tenPower = x3::char_("eE") >> -x3::char_("+-") >> +digit;
 auto const number = x3::rule<class NumberRule, tree::Text>{"a number"} =
     x3::raw[x3::lexeme[((+digit >> -('.' >> *digit)) | ('.' >> +digit)) >> -tenPower]];
@@ -29,7 +29,7 @@ auto const identifier = x3::rule<class IdentifierRule, tree::Text>{"a name"} =
 
 auto const signs = x3::rule<class SignsRule, std::string>{"signs"} = +x3::char_("+-");
 
-// After an operator or an opening bracket an operand must follow: '>' turns its absence into an error there.
+// An operand must follow an operator or an opening bracket: '>' reports an error at that place if there is none.
 auto const arguments = x3::rule<class ArgumentsRule, std::vector<tree::Sum>>{
     "arguments"} = '(' > sum > *(',' > sum) > ')';
 auto const name_def = identifier >> -arguments;
@@ -49,7 +49,7 @@ BOOST_SPIRIT_DEFINE(sum, product, power, signedOperand, primary, name)
 
 namespace {
 
-/// The grammar descends once a bracket. Counting before parsing bounds its stack for any input.
+/// The grammar descends one level per bracket. Counting the brackets before parsing limits its stack for any input.
 void CheckNesting(std::string const& text) {
   constexpr int kDeepest = 100;
   int depth = 0;
@@ -61,7 +61,7 @@ void CheckNesting(std::string const& text) {
   }
 }
 
-/// What the parser wanted, in words: a bracket by itself; every rule begins with an operand.
+/// What the parser expected: a bracket, or an operand, with which every other rule begins.
 std::string Wanted(std::string const& which) {
   return which.find(')') != std::string::npos ? "')'" : "a number, a name or '('";
 }
@@ -84,7 +84,7 @@ tree::Sum ParseExpression(std::string const& text) {
   } catch (boost::spirit::x3::expectation_failure<std::string::const_iterator> const& failure) {
     FailAt(text, failure.where(), "expected " + Wanted(failure.which()));
   }
-  if (at != text.end()) FailAt(text, at, "expected an operator or the end");
+  if (at != text.end()) FailAt(text, at, "expected an operator or the end of the formula");
   return result;
 }
 

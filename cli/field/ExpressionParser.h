@@ -6,8 +6,8 @@
 
 namespace zyngrad {
 
-/// The syntax of a formula; names are not looked up. The tree points into `text`, which must outlive it.
-/// Throws UsageError naming the column.
+/// Parses the syntax of a formula without looking up names. The tree points into `text`, which must outlive it.
+/// Throws UsageError that names the column.
 tree::Sum ParseExpression(std::string const& text);
 
 /// Throws UsageError: expression "TEXT": column N: WHAT. `at` points into `text`.

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-/// What the parser makes of a formula. Chains of equal precedence are lists, so the tree is as deep as the
-/// brackets are nested and no deeper. Texts point into the parsed string, which gives their column.
+/// The parser's result. Chains of equal precedence are lists, so that the tree is only as deep as the brackets are
+/// nested. Texts point into the parsed string, which gives their column.
 namespace zyngrad::tree {
 
 namespace x3 = boost::spirit::x3;
@@ -28,7 +28,7 @@ struct Signed {
   Primary operand;
 };
 
-/// base ^ exponents[0] ^ exponents[1] ..., from the right. A sign applies to all that stands right of it.
+/// base ^ exponents[0] ^ exponents[1] ..., right-associative. A sign applies to everything to its right.
 struct Power {
   Signed base;
   std::vector<Signed> exponents;
@@ -56,7 +56,7 @@ struct Sum {
 
 struct Name {
   Text name;
-  boost::optional<std::vector<Sum>> arguments;  ///< none: a variable or constant
+  boost::optional<std::vector<Sum>> arguments;  ///< none for a variable or constant
 };
 
 }  // namespace zyngrad::tree

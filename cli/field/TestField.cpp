@@ -16,7 +16,7 @@ namespace {
 
 using reference_host::HostPartition;
 
-/// Which cell in the mesh file, in words.
+/// The cell of the mesh file in words.
 std::string CellName(HostPartition& partition, int cell) {
   int const patch = partition.patchOfGhost()[static_cast<std::size_t>(cell)];
   if (patch >= 0) {
@@ -44,7 +44,7 @@ std::string WarningAbout(std::string const& fieldFile, std::vector<std::string> 
   reference_host::NameList names;
   for (std::string const& patch : patches) names.Add(Quoted(patch));
   return Quoted(fieldFile) + " has no values for the faces of " + names.Text() +
-         "; those of their cells stand in";
+         "; the values of their cells are used instead";
 }
 
 }  // namespace

@@ -11,13 +11,13 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// What one rank, or all of them, know of a set of cells.
+/// Sums and maximum over a set of cells, on one rank or on all.
 struct Sums {
   double nCells = 0.0, volume = 0.0, error = 0.0, error2 = 0.0, nNotFinite = 0.0;
-  double max = -1.0;  ///< below any error: none yet
+  double max = -1.0;  ///< negative: there is none yet
   double maxCell = 0.0, x = 0.0, y = 0.0, z = 0.0;
 
-  /// Keeps the larger error; of equal ones the one of the lower cell number, so that the rank count does not
+  /// Keeps the larger error; among equal ones, that of the lower cell number, so that the number of ranks does not
   /// matter.
   void OfferMax(double candidate, double cell, double px, double py, double pz) {
     if (candidate < max || (candidate == max && cell > maxCell)) return;

@@ -11,7 +11,7 @@ void RunGradMethod(COperatorGradient& op, MethodData& data, int n) {
   op.GradMethod(data.field[0]->data(), g.x.data(), g.y.data(), g.z.data(), n);
 }
 
-// With one sweep GradMethod takes the plain path: the first sweep has nothing to correct with.
+// With one sweep GradMethod is the plain method: the first sweep has no gradient to correct with.
 void RunPlain(COperatorGradient& op, MethodData& data) { RunGradMethod(op, data, 1); }
 
 // Methods that a gradient type selects ignore the last argument.
@@ -31,7 +31,7 @@ void RunThreeComponents(COperatorGradient& op, MethodData& data) {
                   g3.z.data());
 }
 
-// The operator exchanges nothing after this method and leaves the halo cells zero.
+// The operator does not exchange the result of this method and leaves the halo cells zero.
 void RunRadialBasis(COperatorGradient& op, MethodData& data) {
   RunGradMethod(op, data, 1);
   GradientArrays& g = data.gradient[0];
@@ -42,14 +42,15 @@ void RunRadialBasis(COperatorGradient& op, MethodData& data) {
 
 std::vector<GradientMethod> const& GradientMethods() {
   static std::vector<GradientMethod> const methods = {
-      {"plain", "Green-Gauss, face values by linear interpolation", 0, 1, RunPlain, nullptr},
-      {"iterated", "Green-Gauss, face values corrected for skewness in --sweeps sweeps", 0, 1, RunIterated,
-       nullptr},
-      {"weighted", "Green-Gauss, face values weighted harmonically by --weight", 0, 1, RunWeighted, nullptr},
-      {"lsq", "least squares over the face neighbours, unweighted", 1, 1, RunByGradientType,
+      {"plain", "Green-Gauss, face values by linear interpolation", kGreenGaussType, 1, RunPlain, nullptr},
+      {"iterated", "Green-Gauss, face values corrected for skewness in --sweeps sweeps", kGreenGaussType, 1,
+       RunIterated, nullptr},
+      {"weighted", "Green-Gauss, face values weighted harmonically by --weight", kGreenGaussType, 1,
+       RunWeighted, nullptr},
+      {"lsq", "least squares over the face neighbours, unweighted", kLeastSquaresType, 1, RunByGradientType,
        LeastSquaresObstacle},
-      {"vector", "plain Green-Gauss of three fields in one walk over the faces", 0, 3, RunThreeComponents,
-       nullptr},
+      {"vector", "plain Green-Gauss of three fields in one pass over the faces", kGreenGaussType, 3,
+       RunThreeComponents, nullptr},
       {"rbf", "radial basis functions over the face neighbours, as wide as --span says", kRadialBasisType, 1,
        RunRadialBasis, nullptr, RadialBasisRemarks},
   };

@@ -24,7 +24,7 @@ struct MethodData {
   CCommunication* exchange = nullptr;      ///< borrowed; for methods that leave the exchange to the host
 };
 
-/// A gradient method as the tool offers it. A new method is one more row of GradientMethods().
+/// A gradient method as the program offers it. A new method is one more row of GradientMethods().
 struct GradientMethod {
   char const* name;         ///< on the command line, in tables and files
   char const* description;  ///< half a line for the help text
@@ -33,13 +33,13 @@ struct GradientMethod {
 
   void (*run)(COperatorGradient& op, MethodData& data);
 
-  /// Collective, after Initialize: why `run` must not be called on this mesh, the same on every rank. Null:
-  /// it may be called on any mesh.
+  /// Collective, after Initialize: why `run` must not be called on this mesh, the same on every rank. Null if it
+  /// may be called on any mesh.
   std::optional<std::string> (*obstacle)(Ranks const& ranks, COperatorGradient& op,
                                          reference_host::HostPartition& partition);
 
-  /// Collective: what a user has to know about the result on this mesh, a line each, the same on every rank.
-  /// Null: nothing.
+  /// Collective: what a user should know about the result on this mesh, one line each, the same on every rank.
+  /// Null if there is nothing to know.
   std::vector<std::string> (*remarks)(Ranks const& ranks, reference_host::HostPartition& partition,
                                       RadialBasisSettings const& settings) = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "cli/base/TextTable.h"
@@ -100,7 +101,7 @@ void PrintRemarks(std::ostream& out, std::vector<MethodResult> const& results) {
     for (std::string const& remark : result.remarks)
       out << "  " << result.method->name << ": " << remark << '\n';
     if (result.NotFiniteCells() == 0 && !result.whyNotFinite.empty())
-      out << "  " << result.method->name << ": the gradient means nothing: " << result.whyNotFinite << '\n';
+      out << "  " << result.method->name << ": the gradient is meaningless: " << result.whyNotFinite << '\n';
     for (GradientResult const& one : result.gradients) {
       GradientErrors const& norms = NormsOf(one);
       std::int64_t const n = norms.interior.nNotFinite + norms.boundary.nNotFinite;
@@ -133,7 +134,7 @@ ordered_json ErrorsAsJson(GradientResult const& one) {
           {"boundary", NormsAsJson(one.errors.boundary)}};
 }
 
-/// Norms of the gradient itself; there is nothing to relate them to.
+/// Norms of the gradient itself, without relative ones.
 ordered_json SizesAsJson(GradientResult const& one) {
   ordered_json json = {{"name", one.label}, {"field", one.field + 1}};
   json["interior"] = NormsAsJson(one.sizes->norms.interior);
@@ -171,8 +172,7 @@ ordered_json MethodAsJson(MethodResult const& result) {
 void PrintGradientResults(std::ostream& out, std::vector<MethodResult> const& results,
                           std::vector<double> const& exactL2, int placeDigits) {
   if (exactL2.empty()) {
-    out << "length of the gradient and range of its components; there is no exact gradient to compare "
-           "with\n\n";
+    out << "length of the gradient and range of its components; the exact gradient is not known\n\n";
     PrintSizes(out, results, placeDigits);
   } else {
     out << "errors against the exact gradient, whose L2 norm is ";

@@ -8,6 +8,8 @@
 #include "cli/base/StdoutToFile.h"
 #include "cli/base/TextTable.h"
 #include "cli/base/Timing.h"
+#include "cli/operators/InitializeGradient.h"
+#include "cli/operators/WireOperator.h"
 #include "cli/output/MeshScale.h"
 #include "cli/systems/SpanRange.h"
 
@@ -34,21 +36,15 @@ MethodData MakeData(Ranks const& ranks, int nCell, GradientMethod const& method,
 /// @return whether every rank's set-up succeeded
 bool SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, GradientMethod const& method,
            COperatorGradient& op, double& seconds) {
-  reference_host::HostPartition& partition = *mesh.partition;
-  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op.getPartitionFace(partition.partitionFaces());
-  op.getCommunication(mesh.exchange.get(), mesh.reduction.get());
-  int type = method.gradientType;
-  op.getGradType(type);
-
+  WireOperator(op, *mesh.partition, mesh.exchange.get(), mesh.reduction.get());
   ranks.Barrier();
   Stopwatch const watch;
-  int const status = op.Initialize();
+  bool const isReady = InitializeGradient(op, method.gradientType);
   seconds = ranks.Max(watch.Seconds());
-  return status == 1;
+  return isReady;
 }
 
-/// Own time of the first call and of each later one.
+/// This rank's times of the first call and of each later one.
 std::vector<double> TimeCalls(Ranks const& ranks, GradientMethod const& method, COperatorGradient& op,
                               MethodData& data, int nCalls) {
   std::vector<double> seconds;
@@ -106,31 +102,31 @@ double LargestValue(Ranks const& ranks, std::vector<TestField> const& fields) {
 std::string WhyNotFinite(Ranks const& ranks, reference_host::HostPartition& partition,
                          GradientCase const& theCase, GradientMethod const& method) {
   constexpr double kHuge =
-      1e290;  // sums of products with areas and distances are close to the end of the range
+      1e290;  // sums of products with areas and distances then come close to the largest number
   double const largest = LargestValue(ranks, theCase.fields);
   double const length = MeanCellDistance(ranks, partition);
   if (largest > kHuge)
-    return "the field's values reach " + Scientific(largest, 2) + ", and sums of them overflow";
+    return "the field's values reach " + Scientific(largest, 2) + ", so that their sums overflow";
   if (method.gradientType == kRadialBasisType)
     return WhyRadialBasisIsNotFinite(theCase.radialBasis.span, length);
   return "zyngrad check shows what is wrong with these cells";
 }
 
-/// Collective. Whether the weighted method has nothing to weight.
+/// Collective. Whether the weight is the same everywhere, so that it has no effect.
 bool IsWeightConstant(Ranks const& ranks, std::vector<double> const& weight) {
   if (weight.size() < 2) return true;
   auto const [least, most] = std::minmax_element(weight.begin() + 1, weight.end());
   return ranks.Max(*most) == -ranks.Max(-*least);
 }
 
-/// Collective. Why a method's numbers are those of another one here, so that nobody looks for a difference.
+/// Collective. Says why the numbers of a method equal those of another one, so that nobody looks for a difference.
 void RemarkOnEqualNumbers(Ranks const& ranks, GradientCase const& theCase, MethodData const& data,
                           MethodResult& result) {
   if (std::string(result.method->name) == "weighted" && IsWeightConstant(ranks, data.weight))
     result.remarks.emplace_back(
-        "the same numbers as plain, since the weight is the same in all cells (--weight)");
+        "the same numbers as plain, because the weight is the same in all cells (--weight)");
   if (result.method->nFields > 1 && theCase.fields.size() == 1)
-    result.remarks.emplace_back("the same numbers as plain, since all its fields are the one given");
+    result.remarks.emplace_back("the same numbers as plain, because all three fields are the one given");
 }
 
 }  // namespace
@@ -175,7 +171,7 @@ MethodResult RunMethod(Ranks const& ranks, reference_host::LoadedMesh& mesh, Gra
   EvaluateGradients(ranks, partition, theCase, data, result);
   if (result.NotFiniteCells() > 0)
     result.whyNotFinite = WhyNotFinite(ranks, partition, theCase, method);
-  else if (method.gradientType == kRadialBasisType)  // finite by luck: all zeros, for instance
+  else if (method.gradientType == kRadialBasisType)  // finite by accident, for example all zeros
     result.whyNotFinite = SpanOutOfRange(theCase.radialBasis.span, MeanCellDistance(ranks, partition));
   return result;
 }

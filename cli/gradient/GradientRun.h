@@ -16,42 +16,41 @@
 
 namespace zyngrad {
 
-/// Seconds, of the slowest rank each; all calls begin together.
+/// Seconds on the slowest rank; all ranks begin a call together.
 struct MethodTimes {
   double setUp = 0.0;  ///< Initialize of the operator
   double first = 0.0;  ///< first call
   double later = 0.0;  ///< median of the calls after it
   double nsPerCell =
-      0.0;  ///< a rank's median of the later calls over its own interior cells, largest of all ranks
+      0.0;  ///< a rank's median of the later calls per interior cell of its own, largest of all ranks
 };
 
 /// One gradient that a method computed.
 struct GradientResult {
-  std::string
-      label;      ///< the method's name, with ".1", ".2", ".3" for the components of three different fields
-  int field = 0;  ///< 0-based among the fields given
-  GradientArrays gradient;             ///< of this rank, [1..NCell]
+  std::string label;        ///< the method's name; with ".1", ".2", ".3" if there are three different fields
+  int field = 0;            ///< 0-based among the fields given
+  GradientArrays gradient;  ///< of this rank, [1..NCell]
   std::vector<double> cellError;       ///< of this rank, [1..NInnerCells]; empty without exact gradient
-  GradientErrors errors;               ///< of all ranks; of no meaning without exact gradient
+  GradientErrors errors;               ///< of all ranks; meaningless without exact gradient
   std::optional<GradientSizes> sizes;  ///< of all ranks, for a field without exact gradient
 };
 
 struct MethodResult {
   GradientMethod const* method = nullptr;
-  std::string notRun;  ///< why the method could not be called; the rest is then empty but for times.setUp
-  std::vector<std::string> remarks;  ///< what to know about the result, a line each
+  std::string notRun;                ///< why the method could not be called; only times.setUp is then set
+  std::vector<std::string> remarks;  ///< what a user should know about the result, one line each
   MethodTimes times;
   std::vector<GradientResult> gradients;
-  std::string whyNotFinite;  ///< empty if all gradients are finite and the span is one that can work
+  std::string whyNotFinite;  ///< empty if all gradients are finite and the span can work
 
-  /// Cells where a gradient is infinite or NaN, counted for each gradient.
+  /// Number of cells where a gradient is infinite or NaN, counted once for each gradient.
   std::int64_t NotFiniteCells() const;
 };
 
-/// Errors, or without exact gradient the gradient's own norms.
+/// The errors, or without exact gradient the gradient's own norms.
 GradientErrors const& NormsOf(GradientResult const& one);
 
-/// What does not depend on the method.
+/// What all methods have in common.
 struct GradientCase {
   std::vector<TestField> fields;  ///< 1 or 3
   std::vector<double> exactL2;    ///< of each field; empty for fields without exact gradient
@@ -60,11 +59,11 @@ struct GradientCase {
   int nSweeps = 3;
   RadialBasisSettings radialBasis;  ///< as in the file that the operator reads
   int nRepeat = 3;                  ///< timed calls after the first
-  std::string logFile;              ///< takes what the operators print on this rank
+  std::string logFile;              ///< receives what the operators print on this rank
 };
 
-/// Collective. Sets the operator up, calls it 1 + nRepeat times and compares its last result with the exact
-/// gradient, or measures it if there is none.
+/// Collective. Sets up the operator, calls it 1 + nRepeat times and compares its last result with the exact
+/// gradient, or measures the result if the exact gradient is not known.
 MethodResult RunMethod(Ranks const& ranks, reference_host::LoadedMesh& mesh, GradientMethod const& method,
                        GradientCase& theCase);
 

@@ -9,7 +9,7 @@ namespace zyngrad {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNoExactGradient = std::numeric_limits<double>::quiet_NaN();
 
 /// The largest finite value of sign * v over the interior cells of all ranks; -infinity if there is none.
 double LargestFinite(Ranks const& ranks, std::vector<double> const& v, int nInnerCells, double sign) {
@@ -38,12 +38,13 @@ GradientSizes MeasureGradient(Ranks const& ranks, reference_host::HostPartition&
   GradientSizes sizes;
   std::vector<double> length;
   ranks.Together([&] { length = GradientLengths(mesh, gradient); });
-  sizes.norms = SummariseErrors(ranks, partition, length, isBoundaryCell, kNaN);
+  sizes.norms = SummariseErrors(ranks, partition, length, isBoundaryCell, kNoExactGradient);
   std::array<std::vector<double> const*, 3> const components = {&gradient.x, &gradient.y, &gradient.z};
   for (std::size_t d = 0; d < components.size(); ++d) {
     sizes.lowest[d] = -LargestFinite(ranks, *components[d], mesh.NInnerCells, -1.0);
     sizes.highest[d] = LargestFinite(ranks, *components[d], mesh.NInnerCells, 1.0);
-    if (sizes.lowest[d] > sizes.highest[d]) sizes.lowest[d] = sizes.highest[d] = kNaN;
+    if (sizes.lowest[d] > sizes.highest[d])
+      sizes.lowest[d] = sizes.highest[d] = std::numeric_limits<double>::quiet_NaN();
   }
   return sizes;
 }

@@ -9,9 +9,9 @@
 
 namespace zyngrad {
 
-/// What can be told about a gradient that there is no exact one for.
+/// Measures of a gradient whose exact value is not known.
 struct GradientSizes {
-  GradientErrors norms;  ///< of the gradient's own length, in place of an error
+  GradientErrors norms;  ///< norms of the gradient's own length instead of an error
 
   /// Smallest and largest finite value of each component over all cells, U/L; NaN if there is none.
   std::array<double, 3> lowest = {};

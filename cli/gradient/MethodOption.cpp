@@ -1,5 +1,6 @@
 #include "cli/gradient/MethodOption.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
 
@@ -11,7 +12,7 @@ namespace zyngrad {
 
 std::vector<std::string> WordsBetweenCommas(std::string const& list) {
   std::vector<std::string> words;
-  std::istringstream in(list + ',');  // so that an empty last word counts
+  std::istringstream in(list + ',');  // the comma makes an empty last word count
   for (std::string word; std::getline(in, word, ',');) words.push_back(word);
   return words;
 }

@@ -1,26 +1,30 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
 #include "cli/gradient/GradientMethods.h"
 
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
 namespace zyngrad {
 
-/// The words of a list between commas; an empty one stays, for the reader of the words to complain about.
+/// The words of a list separated by commas. An empty word is kept, so that the caller can refuse it.
 std::vector<std::string> WordsBetweenCommas(std::string const& list);
 
-/// Adds --method NAMES, spelled alike in every command that chooses methods: names between commas, and the option
-/// as often as wanted. @param[in] lists  bound to the option; each holds a list
+/// Adds --method NAMES, with the same spelling in every command that chooses methods: names separated by commas; the
+/// option may be repeated. @param[in] lists  bound to the option; each holds one list
 CLI::Option* AddMethodOption(CLI::App& command, std::vector<std::string>& lists,
                              std::string const& description);
 
 /// The lists as one.
 std::string JoinedLists(std::vector<std::string> const& lists);
 
-/// Those of a list of names between commas, each once, in the order of GradientMethods(); "all" is each of them.
-/// Throws UsageError naming what is unknown.
+/// The methods in a list of names separated by commas, each once, in the order of GradientMethods(); "all" means
+/// all of them. Throws UsageError that names an unknown word.
 std::vector<GradientMethod const*> ChooseGradientMethods(std::string const& names);
 
 }  // namespace zyngrad

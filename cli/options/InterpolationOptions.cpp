@@ -1,47 +1,27 @@
 #include "cli/options/InterpolationOptions.h"
 
+#include <CLI/CLI.hpp>
+
 #include "cli/base/OneLine.h"
-#include "cli/base/TextTable.h"
 #include "cli/base/UsageError.h"
-#include "cli/options/MeshOptions.h"
-#include "cli/options/RadialBasisSettings.h"
-#include "cli/output/RunSettings.h"
+#include "cli/options/OptionValue.h"
 
 namespace zyngrad {
-namespace {
-
-/// The lines that both operators read; lines count by their place, the keys are for people.
-std::string CommonText(InterpolationSettings const& settings) {
-  return "Span              = " + ShortestText(settings.span) +
-         "\niSearch_method    = " + std::to_string(settings.method) +
-         "\nSearch_distance   = " + Fixed(settings.distance, 6) +
-         "\nSearch_number     = " + std::to_string(settings.number) + '\n';
-}
-
-}  // namespace
-
-std::string FaceSettingsText(InterpolationSettings const& settings) {
-  return "1004\n" + CommonText(settings) + "Debug mode        = " + (settings.printsReport ? "1" : "0") +
-         '\n';
-}
-
-std::string PointSettingsText(InterpolationSettings const& settings) {
-  return "1002\n" + CommonText(settings);
-}
 
 void AddInterpolationOptions(CLI::App& command, InterpolationOptions& options,
                              std::string const& methodHelp) {
   command
       .add_option("--search-method", options.method,
-                  "How stencils are found (default " + options.method + "):" + methodHelp)
+                  "How to find stencils (default " + options.method + "):" + methodHelp)
       ->type_name("N");
   command
       .add_option("--span", options.span,
-                  "Support radius over the stencil's length (default " + options.span + ")")
+                  "Support radius as a multiple of the stencil's length (default " + options.span + ")")
       ->type_name("S");
   command
-      .add_option("--search-number", options.number,
-                  "Cells wanted in a stencil, methods 1 and 2 (default " + options.number + ")")
+      .add_option(
+          "--search-number", options.number,
+          "Number of cells wanted in a stencil, search methods 1 and 2 (default " + options.number + ")")
       ->type_name("N");
 }
 
@@ -55,10 +35,6 @@ InterpolationSettings ReadInterpolationOptions(InterpolationOptions const& optio
   settings.span = PositiveNumber("--span", options.span);
   settings.number = WholeNumber("--search-number", options.number, 1);
   return settings;
-}
-
-nlohmann::ordered_json InterpolationSettingsAsJson(InterpolationSettings const& settings) {
-  return {{"searchMethod", settings.method}, {"span", settings.span}, {"searchNumber", settings.number}};
 }
 
 }  // namespace zyngrad

@@ -1,7 +1,6 @@
 #include "cli/options/MeshOptions.h"
 
-#include <charconv>
-#include <system_error>
+#include <CLI/CLI.hpp>
 
 #include "cli/base/OneLine.h"
 #include "cli/base/UsageError.h"
@@ -18,13 +17,18 @@ CLI::Option* AddRepeatableOption(CLI::App& command, std::string const& name, std
 
 void AddMeshOptions(CLI::App& command, MeshOptions& options) {
   command
-      .add_option("MESH", options.mesh,
-                  "A Gmsh (.msh) or CGNS (.cgns) file, a polyMesh folder or its case (decomposed for as many "
-                  "processors as there are ranks, or whole), or a box:\n"
-                  "box:NX,NY,NZ[:hex|tet|prism|dual][:perturb=A,seed=S,stretch=F,skew=W]")
+      .add_option(
+          "MESH", options.mesh,
+          "A Gmsh (.msh) or CGNS (.cgns) file, a polyMesh folder or its case (whole, or decomposed for as "
+          "many processors as there are ranks), or a box:\n"
+          "box:NX,NY,NZ[:hex|tet|prism|dual][:perturb=A,seed=S,stretch=F,skew=W]")
       ->required();
-  AddRepeatableOption(command, "--group", options.groups,
-                      "Kind of a boundary whose name does not tell it; repeat as needed")
+  AddGroupOption(command, options.groups);
+}
+
+CLI::Option* AddGroupOption(CLI::App& command, std::vector<std::string>& groups) {
+  return AddRepeatableOption(command, "--group", groups,
+                             "Group of a boundary whose name does not tell it; may be repeated")
       ->type_name("NAME=inlet|outlet|wall|symmetry");
 }
 
@@ -40,20 +44,9 @@ std::map<std::string, reference_host::BoundaryGroup> GroupsByUser(MeshOptions co
     std::string const name = text.substr(0, equals);
     auto const [known, isNew] = groups.emplace(name, *group);
     if (!isNew && known->second != *group)
-      throw UsageError("--group: " + Quoted(name) + " is given two groups");
+      throw UsageError("--group: " + Quoted(name) + " is assigned to two groups");
   }
   return groups;
-}
-
-int WholeNumber(std::string const& option, std::string const& text, int lowest) {
-  int value = 0;
-  char const* end = text.data() + text.size();
-  auto const result = std::from_chars(text.data(), end, value);
-  if (result.ec != std::errc() || result.ptr != end || value < lowest) {
-    throw UsageError(option + ' ' + Quoted(text) + ": expected a whole number, " + std::to_string(lowest) +
-                     " or more");
-  }
-  return value;
 }
 
 }  // namespace zyngrad

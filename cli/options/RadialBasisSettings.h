@@ -4,22 +4,19 @@
 
 namespace zyngrad {
 
-/// What the radial-basis operator can be told. It reads it from a file beside the run's base file name.
+/// The settings of the radial-basis gradient, which it reads from a file beside the run's base file name.
 struct RadialBasisSettings {
-  double span = 500.0;          ///< support radius over the stencil's length
+  double span = 500.0;          ///< support radius as a multiple of the stencil's length
   bool shapeNormalize = false;  ///< the shape-normalised form of the kernel
 };
 
-/// A finite number above zero, as --span takes it; throws UsageError that names the option.
-double PositiveNumber(std::string const& option, std::string const& text);
-
-/// The three lines of the settings file. `span` is written with as many digits as it takes to read back the
-/// same number.
+/// The three lines of the settings file. `span` is written with as many digits as are needed to read back the same
+/// number.
 std::string SettingsFileText(RadialBasisSettings const& settings);
 
 /// Writes the settings to `file`, which ends in ".rbf".
 /// @return the base file name that makes the operator read this file
-/// Throws UsageError when that fails or when the name is too long for the operator.
+/// Throws UsageError if that fails or the name is too long for the operator.
 std::string WriteSettingsFile(std::string const& file, RadialBasisSettings const& settings);
 
 }  // namespace zyngrad

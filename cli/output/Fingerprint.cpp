@@ -55,7 +55,7 @@ Fingerprint Read(Opened const& in, std::string const& file) {
   return found;
 }
 
-/// Some file systems have no such thing, for folders above all.
+/// Some file systems cannot do this, especially for folders.
 void Sync(Opened const& in, std::string const& file) {
   while (fsync(in.descriptor()) != 0) {
     if (errno == EINTR) continue;
@@ -83,7 +83,7 @@ Fingerprint Settle(std::string const& file) {
 
 void SettleFolder(std::string const& folder) {
   int const descriptor = open(folder.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY);
-  if (descriptor < 0) return;  // one that may be written but not read
+  if (descriptor < 0) return;  // the folder may be writable but not readable
   [[maybe_unused]] int const done = fsync(descriptor);
   close(descriptor);
 }

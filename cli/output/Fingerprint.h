@@ -5,7 +5,7 @@
 
 namespace zyngrad {
 
-/// By what a file is known again: its size and the CRC-64 (polynomial of ECMA-182, reflected) of its content.
+/// Identifies the content of a file: its size and its CRC-64 (polynomial of ECMA-182, reflected).
 struct Fingerprint {
   std::uint64_t size = 0, crc = 0;
 
@@ -14,14 +14,14 @@ struct Fingerprint {
 
 Fingerprint FingerprintOfText(std::string const& text);
 
-/// Throws UsageError when the file cannot be read.
+/// Throws UsageError if the file cannot be read.
 Fingerprint FingerprintOf(std::string const& file);
 
-/// Likewise; and the content is on the disk, not in the system's memory alone, when it returns.
-/// Throws UsageError when the disk does not take it.
+/// Returns the same after forcing the content from the system's memory to the disk. Throws UsageError if the disk
+/// does not take it.
 Fingerprint Settle(std::string const& file);
 
-/// The same for a folder's list of names. Does nothing where the file system cannot.
+/// Forces a folder's list of names to the disk. Does nothing on file systems that cannot do that.
 void SettleFolder(std::string const& folder);
 
 }  // namespace zyngrad

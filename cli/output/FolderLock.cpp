@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A run that ends may remove the folder between two steps of ours; so often in a row it will not.
+/// A run that ends may remove the folder between two of our steps, but hardly several times in a row.
 constexpr int kMostTries = 100;
 
 constexpr std::chrono::milliseconds kPatience(300);
@@ -41,7 +41,7 @@ bool Exists(std::string const& file) {
   return lstat(file.c_str(), &ignored) == 0;
 }
 
-/// All that can be read there, up to a size that no lock's file has.
+/// Reads everything, up to a size that no lock's file has.
 std::string ReadAll(int descriptor) {
   constexpr std::size_t kLargest = std::size_t{1} << 26;
   std::string text;
@@ -82,7 +82,7 @@ FolderLock::Outcome FolderLock::TakeOrMake(std::string const& place, std::string
     } else if (errno != EEXIST) {
       Fail(place, errno);
     }
-    // A folder, not a link to one: what stands in it will be removed.
+    // It must be a folder, not a link to one, because its content will be removed.
     std::error_code error;
     fs::file_type const type = fs::symlink_status(place, error).type();
     if (type == fs::file_type::not_found) continue;
@@ -99,8 +99,8 @@ FolderLock::Outcome FolderLock::TakeOrMake(std::string const& place, std::string
       if (!IsStillThere()) continue;
       return answer == Answer::NoLocks ? Outcome::Unknown : Outcome::Taken;
     }
-    // In a folder of somebody else not even the lock may appear. One that holds nothing is what a run leaves
-    // that is killed before it gets any further.
+    // In a folder that belongs to somebody else, not even the lock may appear. A run that is killed at this point
+    // leaves an empty folder.
     if (IsEmpty(place)) {
       if (Make(place, text)) return Outcome::Taken;
     } else if (!Exists(file_) && Exists(place) && !IsEmpty(place)) {
@@ -112,13 +112,13 @@ FolderLock::Outcome FolderLock::TakeOrMake(std::string const& place, std::string
   Fail(place, EBUSY);
 }
 
-/// @return false when another process was quicker, or when the folder has gone
+/// @return false if another process was faster or the folder has gone
 bool FolderLock::Make(std::string const& place, std::string const& text) {
   return MakeAtOnce(place, text) || (!Exists(file_) && MakeInSteps(text));
 }
 
-/// The file gets its name when it is whole and locked. Who is killed before leaves nothing.
-/// @return false when the system cannot do that, too
+/// The file gets its name when it is complete and locked. A process that is killed before that leaves nothing.
+/// @return false also if the system cannot do that
 bool FolderLock::MakeAtOnce(std::string const& place, std::string const& text) {
   descriptor_ = open(place.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
   if (descriptor_ < 0) return false;
@@ -130,14 +130,14 @@ bool FolderLock::MakeAtOnce(std::string const& place, std::string const& text) {
   return false;
 }
 
-/// Who is killed between making the file and writing it leaves one that no run will take over.
+/// A process that is killed between creating and writing the file leaves one that no run will take over.
 bool FolderLock::MakeInSteps(std::string const& text) {
   descriptor_ = open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
   if (descriptor_ < 0) {
     if (errno != EEXIST && errno != ENOENT) Fail(file_, errno);
     return false;
   }
-  // Whoever sees the empty file lets go of it at once.
+  // A process that sees the empty file releases it at once.
   for (int attempt = 0; SetLock(F_WRLCK) == Answer::Refused; ++attempt) {
     if (attempt == kMostTries) Fail(file_, EBUSY);
     Pause();
@@ -158,7 +158,7 @@ void FolderLock::Share(std::string const& text) {
   SetLock(F_RDLCK);
 }
 
-/// Shortened at the end only: at no time is the file empty, which nobody would know as ours.
+/// Truncates the file only at the end: an empty file would not be recognised as ours.
 void FolderLock::Write(std::string const& text) const {
   errno = 0;
   if (pwrite(descriptor_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()) ||
@@ -179,14 +179,14 @@ std::string FolderLock::ContentIn(std::string const& place) {
 
 bool FolderLock::Release() {
   if (descriptor_ < 0) return false;
-  // Not from shared to alone in one step: two processes that try it keep each other from it.
+  // Not from a shared to an exclusive lock in one step: two processes that try this block each other.
   if (SetLock(F_UNLCK) == Answer::NoLocks) {
     if (hasTaken_ && IsStillThere()) return true;
     Close();
     return false;
   }
-  // The ranks of a run leave within moments of each other. Waiting for the others makes sure that somebody is
-  // left to clear up even if they are killed on their way out.
+  // The ranks of a run leave within moments of each other. Waiting for the others makes sure that one process is
+  // left to clean up even if they are killed while they leave.
   auto const begin = std::chrono::steady_clock::now();
   while (IsStillThere()) {
     if (SetLock(F_WRLCK) == Answer::Granted) {
@@ -205,7 +205,7 @@ void FolderLock::Remove() {
   Close();
 }
 
-/// @return false when there is none
+/// @return false if there is none
 bool FolderLock::Open(std::string const& place) {
   Close();
   file_ = (fs::path(place) / kLockFile).string();
@@ -222,7 +222,7 @@ bool FolderLock::Open(std::string const& place) {
   return true;
 }
 
-/// Locks of the open file rather than of the process: closing another descriptor does not lose them.
+/// Locks the open file rather than the process, because a process loses its lock when it closes another descriptor.
 int FolderLock::LockBySystem(int descriptor, struct flock& lock) {
   return fcntl(descriptor, F_OFD_SETLK, &lock);
 }
@@ -235,7 +235,7 @@ FolderLock::Answer FolderLock::SetLock(short type) const {
   return errno == EAGAIN || errno == EACCES ? Answer::Refused : Answer::NoLocks;
 }
 
-/// Whether the file that was opened has not been removed, nor replaced, by a run that ended in the meantime.
+/// Whether the opened file has neither been removed nor replaced by a run that ended in the meantime.
 bool FolderLock::IsStillThere() const {
   struct stat own = {}, there = {};
   return fstat(descriptor_, &own) == 0 && stat(file_.c_str(), &there) == 0 && own.st_dev == there.st_dev &&

@@ -6,21 +6,21 @@
 
 namespace zyngrad {
 
-/// The sign on a folder that a run works in it: a lock of the system on a file there, shared by the ranks of
-/// the run and refused to any other run. The system takes it back when a process ends, however it ends, so a
-/// run that was killed leaves a file but no lock. On file systems without locks the file alone is the sign: a
-/// run that was killed cannot be told there from one that works, and only the process that made the file
-/// removes it.
+/// Marks a folder as in use by a run: a lock of the system on a file in the folder, shared by the ranks of the run
+/// and refused to any other run. The system releases the lock when a process ends for any reason, so a run that
+/// was killed leaves a file but no lock. On file systems without locks the file alone is the mark. There, a run
+/// that was killed cannot be told from one that is working, and only the process that created the file removes
+/// it.
 ///
-/// The first process calls Take, then the others of the same run call Join. The file also holds what the
-/// first process has to say about the folder, from the moment at which others can see it.
+/// The first process calls Take, then the other processes of the same run call Join. From the moment at which
+/// others can see it, the file also holds a text of the first process.
 class FolderLock {
  public:
   enum class Outcome {
     Taken,
     InUse,    ///< by another run
-    Unknown,  ///< the file was there, and the file system has no locks
-    NoPlace   ///< the folder above has gone
+    Unknown,  ///< the file existed, and the file system has no locks
+    NoPlace   ///< the parent folder has gone
   };
 
   /// As fcntl with F_OFD_SETLK.
@@ -32,39 +32,38 @@ class FolderLock {
   FolderLock(FolderLock const&) = delete;
   FolderLock& operator=(FolderLock const&) = delete;
 
-  /// Makes the folder `place` if it is missing, and takes its lock; in a folder that is not empty only if the
-  /// lock's file is there already. A new file holds `text`. Until Share nobody can join. Unless the folder
-  /// was taken, nothing has changed.
-  /// Throws UsageError when the folder or the file cannot be made, or when the folder holds other things
-  /// alone. A folder that this call has made is then removed again.
+  /// Creates the folder `place` if it is missing, and takes its lock; in a folder that is not empty, only if the
+  /// lock's file exists. A new file holds `text`. Nobody can join before Share. Unless the folder was taken,
+  /// nothing has changed.
+  /// Throws UsageError if the folder or the file cannot be created, or if the folder contains only other things.
+  /// A folder that this call created is then removed.
   Outcome Take(std::string const& place, std::string const& text);
 
-  /// After Take or Join: what is written in the file.
+  /// After Take or Join: the content of the file.
   std::string Content() const;
 
-  /// After Take: writes the text in the place of what the file held, and lets the other processes of the run
-  /// join. The text is on the disk when it returns. Throws UsageError when it cannot be written.
+  /// After Take: replaces the content of the file by the text, forces it to the disk, and lets the other processes
+  /// of the run join. Throws UsageError if the text cannot be written.
   void Share(std::string const& text);
 
-  /// Throws UsageError when that fails.
+  /// Joins the run that took the folder. Throws UsageError if that fails.
   void Join(std::string const& place);
 
-  /// The text of Share of another process, without any lock; empty when there is none.
+  /// The text that another process passed to Share, read without a lock; empty if there is none.
   static std::string ContentIn(std::string const& place);
 
-  /// After Take or Join: whether the file has been neither removed nor replaced.
+  /// After Take or Join: whether the file has neither been removed nor replaced.
   bool IsStillThere() const;
 
-  /// Gives up the lock. Waits a few tenths of a second for the other ranks to do the same.
-  /// @return whether this was the last process of the run: then it alone holds the lock, until the end of
-  ///         this object, and no other run can begin. Without locks: whether this process has taken the
-  ///         folder.
+  /// Releases the lock. Waits a few tenths of a second for the other ranks to do the same.
+  /// @return whether this was the last process of the run. It then holds the lock alone until the end of this
+  ///         object, and no other run can begin. Without locks: whether this process took the folder.
   bool Release();
 
-  /// After Take or Release: gives up the lock and leaves everything as it is.
+  /// After Take or Release: releases the lock and leaves everything as it is.
   void GiveUp() { Close(); }
 
-  /// After Release was true: removes the lock's file. From now on others may begin.
+  /// After Release returned true: removes the lock's file. From then on, others may begin.
   void Remove();
 
  private:

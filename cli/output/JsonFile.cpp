@@ -1,5 +1,7 @@
 #include "cli/output/JsonFile.h"
 
+#include <nlohmann/json.hpp>
+
 #include "cli/base/Version.h"
 #include "cli/output/OutputFile.h"
 

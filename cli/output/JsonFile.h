@@ -1,6 +1,6 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 namespace zyngrad {
@@ -8,8 +8,8 @@ namespace zyngrad {
 /// The beginning of every results file: program, version, command.
 nlohmann::ordered_json StartResults(std::string const& command);
 
-/// Writes the text with an indent of two spaces; numbers keep all their digits, what is not finite becomes
-/// null, and bytes that are not UTF-8 become U+FFFD. Throws UsageError when the file cannot be written whole.
+/// Writes the text with an indent of two spaces. Numbers keep all digits, numbers that are not finite become null,
+/// and bytes that are not UTF-8 become U+FFFD. Throws UsageError if the file cannot be written completely.
 void WriteJson(std::string const& file, nlohmann::ordered_json const& json);
 
 }  // namespace zyngrad

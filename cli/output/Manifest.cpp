@@ -31,7 +31,7 @@ bool ReadHexadecimal(std::string const& text, std::uint64_t& value) {
   return result.ec == std::errc() && result.ptr == end && text.size() == 16;
 }
 
-/// One manifest file's content on its way to a Manifest. The functions say whether all was well.
+/// Turns the content of a manifest file into a Manifest. The functions return whether the content is valid.
 class ManifestReader {
  public:
   explicit ManifestReader(Manifest& manifest) : manifest_(manifest) {}
@@ -82,7 +82,7 @@ class ManifestReader {
   throw UsageError(QuotedPath(path) + ' ' + what + ": move it away, or choose another output folder with -o");
 }
 
-/// Throws UsageError when it is larger than kLargest.
+/// Throws UsageError if the file is larger than kLargest.
 std::string Content(std::string const& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) Fail(path, "cannot be read");
@@ -114,7 +114,7 @@ std::string Manifest::Text() const {
 std::optional<Manifest> Manifest::Read(std::string const& folder) {
   PlaceInFolder const place = LookAt(folder, kManifestName);
   if (place.kind == PlaceInFolder::Kind::Free) return std::nullopt;
-  if (place.kind != PlaceInFolder::Kind::File) Fail(place.path, "is not a file that zyngrad has written");
+  if (place.kind != PlaceInFolder::Kind::File) Fail(place.path, "is not a file that zyngrad wrote");
   ordered_json const json = ordered_json::parse(Content(place.path), nullptr, false);
   Manifest manifest;
   if (!ManifestReader(manifest).Read(json)) Fail(place.path, "is not a manifest of this version of zyngrad");

@@ -1,6 +1,7 @@
 #include "cli/output/MeshReport.h"
 
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "cli/base/OneLine.h"
@@ -18,7 +19,7 @@ using Align = TextTable::Align;
 constexpr BoundaryGroup kGroups[] = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Symmetry,
                                      BoundaryGroup::Wall};
 
-/// NaN, printed as "-", when there is nothing to take the mean of.
+/// NaN, printed as "-", if there is nothing to average.
 double Ratio(double sum, double count) {
   return count > 0.0 ? sum / count : std::numeric_limits<double>::quiet_NaN();
 }
@@ -31,12 +32,12 @@ double MeanNonOrthogonality(MeshSummary const& mesh) {
   return Ratio(mesh.quality.sumNonOrthogonality, static_cast<double>(mesh.quality.nFaces));
 }
 
-/// Largest partition against the mean one: 1 is perfect.
+/// Size of the largest partition over the mean size; 1 is perfect.
 double Balance(MeshSummary const& mesh) {
   return Ratio(static_cast<double>(mesh.maxCells) * mesh.nParts, static_cast<double>(mesh.nCells));
 }
 
-/// Share of the faces between cells that lies between two partitions, in percent.
+/// The percentage of faces between cells that lie between two partitions.
 double CutPercent(MeshSummary const& mesh) {
   return 100.0 *
          Ratio(static_cast<double>(mesh.nCutFaces), static_cast<double>(mesh.nInnerFaces + mesh.nCutFaces));

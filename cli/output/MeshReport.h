@@ -1,17 +1,17 @@
 #pragma once
 
 #include <iosfwd>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 
 #include "reference_host/partition/MeshSummary.h"
 
 namespace zyngrad {
 
-/// What every command says of its mesh first: ranks, cells, faces by group, quality.
+/// Prints what every command says about its mesh first: ranks, cells, faces by group, quality.
 void PrintMeshReport(std::ostream& out, std::string const& meshName, reference_host::MeshSummary const& mesh);
 
-/// Boundary patches with their groups, and how the cells are spread over the ranks.
+/// Prints the boundary patches with their groups, and how the cells are distributed over the ranks.
 void PrintMeshDetails(std::ostream& out, reference_host::MeshSummary const& mesh);
 
 /// The numbers of both.

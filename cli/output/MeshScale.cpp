@@ -37,8 +37,8 @@ PlaceScale ScaleOfPlaces(reference_host::HostPartition& partition) {
 
 }  // namespace
 
-// Two places at a distance differ in one coordinate by at least its share of sqrt(3), and the last of n digits of
-// the largest coordinate counts units of 10^(exponent + 1 - n).
+// Two places at distance d differ by at least d / sqrt(3) in one coordinate, and the last of n digits of the largest
+// coordinate counts units of 10^(exponent + 1 - n).
 int PlaceDigits(double largest, double nearest) {
   constexpr int kAllDigits = std::numeric_limits<double>::max_digits10;
   double const step = nearest / std::sqrt(3.0);
@@ -54,7 +54,7 @@ double MeanCellDistance(Ranks const& ranks, reference_host::HostPartition& parti
   double sum = 0.0, nFaces = 0.0;
   for (int f = 1; f <= mesh.NInnerFaces; ++f) sum += CentreDistance(mesh, mesh.ijCV[f], mesh.ij[f]);
   nFaces += mesh.NInnerFaces;
-  // Two ranks have each of these.
+  // Each of these pairs is on two ranks.
   for (int f = 1; f <= cuts.NParInterFace(); ++f)
     sum += 0.5 * CentreDistance(mesh, cuts.ijParCV()[f], cuts.ijPar()[f]);
   nFaces += 0.5 * cuts.NParInterFace();

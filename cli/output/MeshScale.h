@@ -9,13 +9,13 @@ namespace zyngrad {
 /// same on every rank. Infinite for a mesh of one cell.
 double MeanCellDistance(Ranks const& ranks, reference_host::HostPartition& partition);
 
-/// Significant digits with which printed places differ.
+/// Number of significant digits with which printed places differ.
 /// @param[in] largest  magnitude of their coordinates, L
-/// @param[in] nearest  distance of two of them, L
+/// @param[in] nearest  smallest distance between two of them, L
 int PlaceDigits(double largest, double nearest);
 
-/// Significant digits with which the printed places of two cells that share a face differ: more than kPlaceDigits
-/// only in a mesh that lies far from the origin or has very thin cells. Of this partition.
+/// Number of significant digits with which the printed places of two cells that share a face differ, in this
+/// partition. More than kPlaceDigits only if the mesh lies far from the origin or has very thin cells.
 int PlaceDigits(reference_host::HostPartition& partition);
 
 /// Collective. The same over the whole mesh and on every rank.

@@ -10,14 +10,14 @@
 namespace zyngrad {
 
 OutputFile::OutputFile(std::string const& file) : file_(file) {
-  NoInterruption const wait;  // no new file where a signal is just having the old ones removed
+  NoInterruption const wait;  // a signal may be removing files at this moment; do not create a new one
   errno = 0;
   out_.open(file, std::ios::binary | std::ios::trunc);
   if (!out_) Fail();
 }
 
 void OutputFile::Close() {
-  // The reason of a write that failed on the way is the best there is, unless closing has one itself.
+  // If closing gives no reason of its own, the reason of an earlier failed write is the best there is.
   int const before = out_ ? 0 : errno;
   errno = 0;
   out_.close();
@@ -28,7 +28,7 @@ void OutputFile::Close() {
 void OutputFile::Fail() const {
   int const reason = errno;
   throw UsageError("cannot write " + QuotedPath(file_) + ": " +
-                   (reason != 0 ? std::strerror(reason) : "not all of it was written"));
+                   (reason != 0 ? std::strerror(reason) : "it was not written completely"));
 }
 
 void WriteText(std::string const& file, std::string const& text) {

@@ -6,20 +6,20 @@
 
 namespace zyngrad {
 
-/// A file that is written from its beginning to its end. A disk that is full, a quota or a limit may show
-/// with any write, and for what is still in a buffer only when the file is closed: so the file is good only
-/// after Close.
+/// A file that is written from beginning to end. A full disk, a quota or a limit may cause any write to fail, and
+/// for buffered text the failure shows only when the file is closed. The file is therefore complete only after
+/// Close.
 ///
-/// Close does not force the content from the system's memory to the disk: a process that is killed loses
-/// nothing that was closed, a machine that loses power may. OutputFolder::Commit does that for the results.
+/// Close does not force the content from the system's memory to the disk: a process that is killed loses nothing
+/// that was closed, but a machine that loses power may. OutputFolder::Commit forces the results to the disk.
 class OutputFile {
  public:
-  /// Throws UsageError when the file cannot be made.
+  /// Throws UsageError if the file cannot be created.
   explicit OutputFile(std::string const& file);
 
   std::ostream& stream() { return out_; }
 
-  /// Throws UsageError, with the system's reason, when not all that went into the stream is in the file.
+  /// Throws UsageError with the system's reason if the file did not take everything that went into the stream.
   void Close();
 
  private:
@@ -29,7 +29,7 @@ class OutputFile {
   std::ofstream out_;
 };
 
-/// A file of this content. Throws UsageError.
+/// Writes a file with this content. Throws UsageError.
 void WriteText(std::string const& file, std::string const& text);
 
 }  // namespace zyngrad

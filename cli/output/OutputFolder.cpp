@@ -41,20 +41,11 @@ std::vector<std::string> With(std::vector<std::string> files, std::string const&
   return files;
 }
 
-/// The folders inside the output folder that a file stands in.
-std::set<std::string> FoldersOf(std::vector<std::string> const& files) {
-  std::set<std::string> folders;
-  for (std::string const& file : files)
-    for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path())
-      folders.insert(way.string());
-  return folders;
-}
-
 [[noreturn]] void RefusePlace(PlaceInFolder const& place) {
   throw UsageError("cannot write " + QuotedPath(place.path) + ": " +
                    (place.error != 0             ? std::strerror(place.error)
                     : place.kind == Kind::Folder ? "it is a folder"
-                                                 : "no manifest says that a run of zyngrad wrote it") +
+                                                 : "no manifest lists it as written by zyngrad") +
                    kAdvice);
 }
 
@@ -62,7 +53,7 @@ std::set<std::string> FoldersOf(std::vector<std::string> const& files) {
   throw UsageError(QuotedPath(path) + " was changed during this run" + kAdvice);
 }
 
-/// Without steps into a folder that is missing and out again: nobody wants it made.
+/// The path without steps into a missing folder and out again, so that this folder is not created.
 std::string WithoutDetours(std::string const& folder) {
   fs::path there, missing;
   std::error_code ignored;
@@ -83,7 +74,7 @@ std::string WithoutDetours(std::string const& folder) {
 bool MoveToFreePlace(char const* from, char const* to) {
   if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
   if (errno != EINVAL && errno != ENOSYS) return false;
-  struct stat ignored = {};  // the file system cannot look and move in one step
+  struct stat ignored = {};  // this file system cannot check and move in one step
   if (lstat(to, &ignored) == 0) {
     errno = EEXIST;
     return false;
@@ -103,7 +94,7 @@ OutputFolder::OutputFolder(Ranks const& ranks, std::string const& folder, Output
     Open();
   } catch (...) {
     NoInterruption const wait;
-    Leave();  // a constructor that throws has no destructor
+    Leave();  // no destructor runs after a constructor that throws
     throw;
   }
 }
@@ -127,7 +118,7 @@ void OutputFolder::Open() {
   });
 }
 
-/// @return false when one of the folders has gone meanwhile
+/// @return false if one of the folders has gone in the meantime
 bool OutputFolder::MakeFolder() {
   if (path_.empty()) throw UsageError("the name of the output folder is empty");
   std::error_code error;
@@ -142,7 +133,7 @@ bool OutputFolder::MakeFolder() {
     } else if (errno == ENOENT) {
       return false;
     } else if (errno != EEXIST) {
-      throw UsageError("cannot make the output folder " + QuotedPath(path_) + ": " + std::strerror(errno));
+      throw UsageError("cannot create the output folder " + QuotedPath(path_) + ": " + std::strerror(errno));
     }
   }
   if (fs::is_directory(path_, error)) return true;
@@ -151,7 +142,7 @@ bool OutputFolder::MakeFolder() {
   throw UsageError("the output folder " + QuotedPath(path_) + " is not a folder");
 }
 
-/// Another run that ends removes empty folders that it has made; so often in a row none will.
+/// A run that ends removes empty folders that it created, perhaps between our steps, but hardly several times in a row.
 FolderLock::Outcome OutputFolder::Take() {
   constexpr int kMostTries = 100;
   for (int attempt = 0; attempt < kMostTries; ++attempt) {
@@ -159,11 +150,11 @@ FolderLock::Outcome OutputFolder::Take() {
     FolderLock::Outcome const outcome = unfinished_.Take();
     if (outcome != FolderLock::Outcome::NoPlace) return outcome;
   }
-  throw UsageError("cannot make the output folder " + QuotedPath(path_) + ": " + std::strerror(ENOENT));
+  throw UsageError("cannot create the output folder " + QuotedPath(path_) + ": " + std::strerror(ENOENT));
 }
 
-/// The first rank alone looks whether the folder is free, and clears it of what a killed run left; then all
-/// ranks hold its lock, so that it stays taken while any of them is alive.
+/// The first rank alone checks that the folder is free and removes what a killed run left. Then all ranks hold the
+/// lock, so that the folder stays taken while any of them is alive.
 void OutputFolder::Occupy() {
   std::string holder;
   ranks_.Together([this, &holder] {
@@ -189,7 +180,8 @@ void OutputFolder::Occupy() {
   ShareMadeFolders();
 }
 
-/// Any rank may be the last one to leave. Only now is it known that all mean the same folder.
+/// Shares the list of folders, because any rank may be the last to leave. All ranks are now known to use the same
+/// folder.
 void OutputFolder::ShareMadeFolders() {
   std::string list;
   for (std::string const& folder : madeFolders_) (list += folder) += '\0';
@@ -217,7 +209,7 @@ void OutputFolder::ReadEarlierRun() {
   if (IdentityOf(PathOf(kManifestName)) != known_[kManifestName].identity)
     RefuseChange(PathOf(kManifestName));
   if (manifest->command != plan_.command) {
-    throw UsageError("the output folder " + QuotedPath(path_) + " holds results of zyngrad " +
+    throw UsageError("the output folder " + QuotedPath(path_) + " contains results of zyngrad " +
                      Quoted(manifest->command) + ": choose another one with -o");
   }
   earlier_ = *manifest;
@@ -236,13 +228,13 @@ void OutputFolder::ReadEarlierRun() {
   }
 }
 
-/// Before the file is read: what changes meanwhile is noticed later.
+/// Called before the file is read, so that a change in the meantime is noticed later.
 void OutputFolder::Know(std::string const& name, std::vector<Fingerprint> const& contents) {
   std::optional<Identity> const identity = IdentityOf(PathOf(name));
   if (identity) known_[name] = {*identity, contents};
 }
 
-/// By what the system tells of a file: a change of its content shows in the times.
+/// What the system knows of a file. A change of its content shows in the times.
 std::optional<OutputFolder::Identity> OutputFolder::IdentityOf(std::string const& file) {
   struct stat s = {};
   if (lstat(file.c_str(), &s) != 0) return std::nullopt;
@@ -250,8 +242,8 @@ std::optional<OutputFolder::Identity> OutputFolder::IdentityOf(std::string const
                   {s.st_size, s.st_mtim.tv_sec, s.st_mtim.tv_nsec, s.st_ctim.tv_sec, s.st_ctim.tv_nsec}};
 }
 
-/// Whether a file that was known stands there with its content. Its times change with its permissions or its
-/// links, too, so the content has the last word.
+/// Whether a known file still exists with its content. Permissions and links change its times, too, so the content
+/// decides.
 bool OutputFolder::IsUnchanged(std::string const& name) const {
   auto const known = known_.find(name);
   PlaceInFolder const place = LookAt(path_, name);
@@ -289,14 +281,14 @@ void OutputFolder::CheckFolders() const {
   }
 }
 
-/// Throws UsageError when one has changed while this run worked.
+/// Throws UsageError if one of them has changed since the run began.
 void OutputFolder::CheckEarlierFiles() const {
   for (auto const& [name, known] : known_) {
     if (LookAt(path_, name).kind != Kind::Free && !IsUnchanged(name)) RefuseChange(PathOf(name));
   }
   PlaceInFolder const manifest = LookAt(path_, kManifestName);
   if (manifest.kind != Kind::Free && known_.count(kManifestName) == 0)
-    throw UsageError(QuotedPath(manifest.path) + " has come during this run" + kAdvice);
+    throw UsageError(QuotedPath(manifest.path) + " appeared during this run" + kAdvice);
 }
 
 std::string OutputFolder::Stage(std::string const& name) {
@@ -320,13 +312,13 @@ void OutputFolder::Commit(std::string const& closingText) {
   if (ranks_.IsFirst()) std::cout << closingText;
   FlushStandardOutput(ranks_);
 
-  // From here on a signal waits. Each rank says so before the first one begins to move.
+  // From here on a signal waits. Every rank reaches this point before the first rank begins to move files.
   NoInterruption const wait;
   ranks_.Barrier();
   ranks_.Together([this] {
     if (!ranks_.IsFirst()) return;
     unfinished_.Check();
-    CheckEarlierFiles();  // printing may have taken long
+    CheckEarlierFiles();  // printing may have taken a long time
     CheckPlaces();
     MoveManifest(both_);
     MoveStaged();
@@ -337,7 +329,7 @@ void OutputFolder::Commit(std::string const& closingText) {
   madeFolders_.clear();
 }
 
-/// A line for each file: size, checksum and name.
+/// One line for each file: size, checksum and name.
 std::string OutputFolder::SettleStaged() const {
   std::ostringstream text;
   for (std::string const& name : staged_) {
@@ -347,8 +339,8 @@ std::string OutputFolder::SettleStaged() const {
   return text.str();
 }
 
-/// All that cannot be done without space on the disk: the folders, and a manifest that holds whatever a run
-/// that dies while it moves files leaves behind.
+/// Does everything that needs space on the disk: the folders, and a manifest that lists whatever a run may leave
+/// behind if it dies while it moves files.
 void OutputFolder::PrepareMove(std::string const& staged) {
   CheckEarlierFiles();
   CheckPlaces();
@@ -366,7 +358,7 @@ void OutputFolder::PrepareMove(std::string const& staged) {
       madeFolders_.push_back(fs::absolute(folder).string());
       ours.insert(name);
     } else if (errno != EEXIST) {
-      throw UsageError("cannot make the folder " + QuotedPath(folder) + ": " + std::strerror(errno));
+      throw UsageError("cannot create the folder " + QuotedPath(folder) + ": " + std::strerror(errno));
     }
   }
   next_.folders.assign(ours.begin(), ours.end());
@@ -383,7 +375,7 @@ void OutputFolder::WriteManifest(Manifest const& manifest) const {
   Settle(file);
 }
 
-/// Looks at the place once more: nothing is replaced that has come or changed since it was looked at before.
+/// Checks the place once more, so that nothing is replaced that has appeared or changed since the last check.
 void OutputFolder::Move(std::string const& name) const {
   std::string const from = UnfinishedPathOf(name);
   PlaceInFolder const place = LookAt(path_, name);
@@ -405,7 +397,7 @@ void OutputFolder::MoveManifest(Manifest const& manifest) {
   SettleFolder(path_);
 }
 
-/// The files of all ranks. One rank alone moves them, since it knows by which signs to tell the earlier ones.
+/// Moves the files of all ranks. One rank does this alone, because only it can recognise the earlier files.
 void OutputFolder::MoveStaged() {
   std::vector<std::string> names;
   for (Manifest::File const& file : next_.files) names.push_back(file.name);
@@ -414,7 +406,7 @@ void OutputFolder::MoveStaged() {
 
   std::set<std::string> folders = {""};
   for (std::string const& name : names) folders.insert(fs::path(name).parent_path().string());
-  // A network file system then shows what other machines have put there.
+  // A network file system then shows what other machines have written.
   for (std::string const& folder : folders) SettleFolder(UnfinishedPathOf(folder));
   bool hasMoved = false;
   for (std::string const& name : names) {
@@ -430,8 +422,8 @@ void OutputFolder::MoveStaged() {
   for (std::string const& folder : folders) SettleFolder(PathOf(folder));
 }
 
-/// Earlier files that have no successor. What cannot be removed stays in the manifest; what has changed in
-/// the last moment is somebody else's.
+/// Removes earlier files that have no successor. A file that cannot be removed stays in the manifest. A file that
+/// changed at the last moment belongs to somebody else and stays.
 void OutputFolder::RemoveOutdated() {
   std::set<std::string> present;
   for (Manifest::File const& file : next_.files) present.insert(file.name);
@@ -440,7 +432,7 @@ void OutputFolder::RemoveOutdated() {
     try {
       if (!IsUnchanged(file.name)) continue;
     } catch (UsageError const&) {
-      continue;  // it cannot be read any more
+      continue;  // it can no longer be read
     }
     if (unlink(PathOf(file.name).c_str()) != 0 && errno != ENOENT) next_.files.push_back(file);
   }
@@ -453,8 +445,8 @@ void OutputFolder::RemoveOutdated() {
   std::sort(next_.folders.begin(), next_.folders.end());
 }
 
-/// All results are in place, and the manifest names them besides the earlier ones. If the disk does not take
-/// the one without those, it stays as it is, and holds.
+/// All results are in place, and the manifest lists them together with the earlier ones. If the disk does not take a
+/// manifest without the earlier ones, the present one stays, and is still correct.
 void OutputFolder::RenewManifest() {
   try {
     WriteManifest(next_);
@@ -464,8 +456,8 @@ void OutputFolder::RenewManifest() {
   }
 }
 
-/// Whoever leaves last clears the place, without waiting for others. Only empty folders go: another run may
-/// already be there.
+/// The last rank to leave removes the folders, without waiting for others. Only empty folders are removed, because
+/// another run may already use them.
 void OutputFolder::Leave() {
   unfinished_.Leave();
   for (auto folder = madeFolders_.rbegin(); folder != madeFolders_.rend(); ++folder) rmdir(folder->c_str());

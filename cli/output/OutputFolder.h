@@ -16,31 +16,31 @@
 
 namespace zyngrad {
 
-/// What a run is going to write. The same on every rank.
+/// What a run will write. The same on every rank.
 struct OutputPlan {
   std::string command;             ///< "gradient", ...
-  std::vector<std::string> files;  ///< of all ranks, relative to the output folder; logs come on top of them
+  std::vector<std::string> files;  ///< of all ranks, relative to the output folder; logs are added to them
 };
 
-/// The folder that a command writes into. Files are written in a folder of unfinished files inside, and moved
-/// to their places together at the end, so that an earlier run's files stay whole until then and a failed run
-/// leaves nothing: what was not committed is removed, and so are folders that this run made. The same holds
-/// when SIGINT, SIGTERM or SIGHUP ends the run.
+/// The folder that a command writes into. Files are written into a folder of unfinished files inside it and moved
+/// to their places together at the end. Until then the files of an earlier run stay as they are, and a failed run
+/// leaves nothing: everything that was not committed is removed, as are folders that this run created. The same
+/// holds if SIGINT, SIGTERM or SIGHUP ends the run.
 ///
-/// Files are replaced or removed only if they are results of an earlier run of the same command: the folder's
-/// manifest names them and they have not changed since. Anything else in the way is refused before the work
-/// begins.
+/// A file is replaced or removed only if it is a result of an earlier run of the same command: the folder's
+/// manifest lists it and it has not changed since. If anything else is in the way, the run is refused before the
+/// work begins.
 ///
-/// Meanwhile a second run into the same folder is refused. A run that is killed leaves its unfinished files;
-/// the next run removes them. Each file is old or new, never in between; of several, a run that is killed
-/// within Commit, or for which the system refuses to move a file there, may leave some of either. The
-/// manifest then names both, and the next run replaces both. Files are on the disk before they take the place
-/// of earlier ones.
+/// While a run works, a second run into the same folder is refused. A run that is killed leaves its unfinished
+/// files, and the next run removes them. Each file is either old or new, never a mixture. A run that is killed
+/// within Commit, or for which the system refuses to move a file, may leave some old and some new files. The
+/// manifest then lists both, and the next run replaces both. Files are forced to the disk before they replace
+/// earlier ones.
 class OutputFolder {
  public:
-  /// Collective. Makes the folder and the folders above it as needed, and looks whether all places are free.
-  /// Throws UsageError when that fails, when a rank cannot write into it, when something is in the way, or
-  /// when another run is in it.
+  /// Collective. Creates the folder and its parents as needed, and checks that all places are free. Throws
+  /// UsageError if that fails, if a rank cannot write into the folder, if something is in the way, or if another
+  /// run uses the folder.
   OutputFolder(Ranks const& ranks, std::string const& folder, OutputPlan plan);
   ~OutputFolder();
   OutputFolder(OutputFolder const&) = delete;
@@ -48,20 +48,20 @@ class OutputFolder {
 
   std::string const& path() const { return path_; }
 
-  /// Where to write the file that will be `name` after Commit: a file of the same name in the folder of
-  /// unfinished files. The rank that calls it owns it.
-  /// @param[in] name  one of the plan's
+  /// The path at which to write the file that will be `name` after Commit: a file of the same name in the folder
+  /// of unfinished files. The calling rank owns it.
+  /// @param[in] name  one of the files in the plan
   std::string Stage(std::string const& name);
 
   /// Lines that the operators print on this rank: the staged log.rankN.txt.
   std::string const& logFile() const { return logFile_; }
 
-  /// Collective. Makes sure that all staged files are whole and on the disk, prints `closingText` on the
-  /// first rank, and once all that was printed has arrived moves the files to their places, the first rank's
-  /// last. Earlier results that were not replaced go.
-  /// Throws UsageError or ClosedPipe, before anything has moved, when a place is not free any more, when a
-  /// log is not whole or when standard output has not taken everything. Throws UsageError when the system
-  /// refuses to move a file, or when a place is lost at the last moment; what has come there stays.
+  /// Collective. Makes sure that all staged files are complete and on the disk, prints `closingText` on the first
+  /// rank, and once all output has arrived, moves the files to their places, those of the first rank last. Earlier
+  /// results that were not replaced are removed.
+  /// Throws UsageError or ClosedPipe before anything has moved if a place is no longer free, a log is not complete,
+  /// or standard output did not take everything. Throws UsageError if the system refuses to move a file, or if
+  /// something appears in a place at the last moment, which is left alone.
   void Commit(std::string const& closingText);
 
  private:
@@ -70,7 +70,7 @@ class OutputFolder {
   /// A file that this run may replace or remove.
   struct Known {
     Identity identity;
-    std::vector<Fingerprint> contents;  ///< each that the manifest has for it
+    std::vector<Fingerprint> contents;  ///< all contents that the manifest lists for it
   };
 
   void Open();
@@ -103,14 +103,14 @@ class OutputFolder {
   OutputPlan plan_;
   UnfinishedFolder unfinished_;
   std::string logFile_;
-  std::vector<std::string> madeFolders_;  ///< by this run, outer ones first
+  std::vector<std::string> madeFolders_;  ///< created by this run, outer ones first
   std::vector<std::string> staged_;       ///< names of this rank's files
 
-  // Of the first rank.
-  Manifest earlier_;                    ///< what the folder held when the run began
-  std::map<std::string, Known> known_;  ///< earlier files that are still there, and the manifest
-  Manifest next_;                       ///< what the folder will hold
-  Manifest both_;                       ///< what it may hold while files move
+  // On the first rank only.
+  Manifest earlier_;                    ///< what the folder contained when the run began
+  std::map<std::string, Known> known_;  ///< earlier files that still exist, and the manifest
+  Manifest next_;                       ///< what the folder will contain
+  Manifest both_;                       ///< what it may contain while files move
 
   std::optional<Cleanup> cleanup_;
 };

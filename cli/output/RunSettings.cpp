@@ -12,7 +12,8 @@
 namespace zyngrad {
 namespace {
 
-constexpr std::size_t kLongestName = 1023;  // the operators cut what is longer, and would read another file
+constexpr std::size_t kLongestName =
+    1023;  // the operators truncate longer names, and would read another file
 constexpr std::size_t kExtensionLength = 4;
 
 std::string SettingsName(int rank) { return "settings.rank" + std::to_string(rank) + ".rbf"; }
@@ -30,11 +31,11 @@ std::string WriteSettingsText(std::string const& file, std::string const& text) 
     throw UsageError("the name of the settings file " + Quoted(file) + " is longer than " +
                      std::to_string(kLongestName) + " characters");
   }
-  // What somebody left there may be a link to somewhere else.
+  // A file that already exists there may be a link to somewhere else.
   std::error_code ignored;
   std::filesystem::remove(file, ignored);
   WriteText(file, text);
-  // An operator puts ".rbf" in the place of the last four characters, whatever they are.
+  // An operator replaces the last four characters, whatever they are, by ".rbf".
   return file.substr(0, file.size() - kExtensionLength) + ".dat";
 }
 

@@ -32,7 +32,7 @@ std::string Self() {
 
 bool IsMarked(std::string const& listing) { return listing.rfind(kMarker + '\n', 0) == 0; }
 
-/// The second of the lines that end, behind the marker.
+/// The second complete line, which follows the marker.
 std::string HolderIn(std::string const& listing) {
   std::size_t const begin = kMarker.size() + 1;
   std::size_t const end = listing.find('\n', begin);
@@ -40,12 +40,12 @@ std::string HolderIn(std::string const& listing) {
   return OneLine(listing.substr(begin, end - begin));
 }
 
-/// What a run has said that it may put into the folder.
+/// What a run has announced that it may put into the folder.
 struct Listed {
   std::vector<std::string> files, folders;
 };
 
-/// A last line that does not end was cut off.
+/// Ignores a last line without an end, which was cut off.
 Listed Parse(std::string const& listing) {
   Listed listed;
   std::istringstream in(listing);
@@ -63,7 +63,7 @@ Listed Parse(std::string const& listing) {
                    " is not from a run of zyngrad: move it away, or choose another output folder with -o");
 }
 
-/// Throws UsageError when the folder holds anything but the lock's file and what is listed.
+/// Throws UsageError if the folder contains anything but the lock's file and what is listed.
 void CheckForOthers(std::string const& folder, std::string const& listing) {
   if (!IsMarked(listing)) Refuse(folder);
   Listed const listed = Parse(listing);
@@ -78,22 +78,13 @@ void CheckForOthers(std::string const& folder, std::string const& listing) {
   }
 }
 
-/// The lock's file alone, then.
+/// Whether the folder contains only the lock's file.
 bool HoldsOneThing(std::string const& folder) {
   std::error_code error;
   int count = 0;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
     ++count;
   return count == 1;
-}
-
-/// The folders on the way to the files, each once, outer ones first.
-std::vector<std::string> FoldersOf(std::vector<std::string> const& files) {
-  std::set<std::string> folders;  // a folder's name sorts before those of the folders inside
-  for (std::string const& file : files)
-    for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path())
-      folders.insert(way.string());
-  return {folders.begin(), folders.end()};
 }
 
 }  // namespace
@@ -107,7 +98,8 @@ FolderLock::Outcome UnfinishedFolder::Take() {
   Outcome const outcome = lock_.Take(path_, Listing());
   if (outcome == Outcome::Unknown) {
     if (!IsMarked(FolderLock::ContentIn(path_))) Refuse(path_);
-    throw UsageError(QuotedPath(path_) + " is in use, or left by a run that was killed (" + PresentHolder() +
+    throw UsageError(QuotedPath(path_) + " is in use or was left by a run that was killed (" +
+                     PresentHolder() +
                      "); this file system has no locks: remove the folder if that run is gone");
   }
   if (outcome != Outcome::Taken) return outcome;
@@ -118,14 +110,14 @@ FolderLock::Outcome UnfinishedFolder::Take() {
     int const reason = RemoveListed(left.files, left.folders);
     for (fs::directory_entry const& entry : fs::directory_iterator(path_)) {
       if (entry.path().filename() == kLockFile) continue;
-      throw UsageError("cannot remove " + QuotedPath(entry.path().string()) + ", which a run has left" +
+      throw UsageError("cannot remove " + QuotedPath(entry.path().string()) + ", which an earlier run left" +
                        (reason != 0 ? std::string(": ") + std::strerror(reason) : ""));
     }
   } catch (fs::filesystem_error const& error) {
     lock_.GiveUp();
     throw UsageError("cannot read " + QuotedPath(path_) + ": " + error.code().message());
   } catch (...) {
-    lock_.GiveUp();  // what stands here is not for Leave to remove
+    lock_.GiveUp();  // so that Leave does not remove what is here
     throw;
   }
   lock_.Share(Listing());
@@ -134,7 +126,8 @@ FolderLock::Outcome UnfinishedFolder::Take() {
     std::error_code error;
     fs::create_directory(fs::path(path_) / folder, error);
     if (error)
-      throw UsageError("cannot make the folder " + QuotedPath(path_ + '/' + folder) + ": " + error.message());
+      throw UsageError("cannot create the folder " + QuotedPath(path_ + '/' + folder) + ": " +
+                       error.message());
   }
   return Outcome::Taken;
 }
@@ -161,7 +154,7 @@ void UnfinishedFolder::Check() const {
 
 void UnfinishedFolder::Leave() {
   if (!lock_.Release()) return;
-  // Where a signal ends the run, an operator may be about to write its settings file.
+  // When a signal ends the run, an operator may be about to write its settings file.
   constexpr int kMostTries = 3;
   int reason = 0;
   for (int attempt = 0; attempt < kMostTries && !(attempt > 0 && HoldsOneThing(path_)); ++attempt)
@@ -171,10 +164,10 @@ void UnfinishedFolder::Leave() {
     return;
   }
   lock_.Remove();
-  rmdir(path_.c_str());  // should somebody have put a file there, it stays
+  rmdir(path_.c_str());  // does nothing if somebody has put a file there
 }
 
-/// @return the system's reason, where something could not be removed, else 0
+/// @return the system's error code if something could not be removed, otherwise 0
 int UnfinishedFolder::RemoveListed(std::vector<std::string> const& files,
                                    std::vector<std::string> const& folders) const {
   int reason = 0;

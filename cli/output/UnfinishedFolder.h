@@ -7,43 +7,43 @@
 
 namespace zyngrad {
 
-/// The folder for the files of a run that are not whole yet, shared by its ranks and by nobody else. Its
-/// lock's file begins with a line that only this program writes and lists everything that the run may put
-/// there, before it does. What a run has left that was killed is told by that list from what belongs to
-/// somebody else; the latter is never touched.
+/// The folder for unfinished files of a run, shared by the ranks of the run and nobody else. Its lock's file begins
+/// with a line that only this program writes, and lists everything that the run may put there before it does so.
+/// If a run was killed, this list tells its files from files that belong to somebody else, which are never
+/// touched.
 class UnfinishedFolder {
  public:
-  /// @param[in] files  all that any rank may put there, relative to the folder, folders on the way included
-  ///                   in the names; the same on every rank
+  /// @param[in] files  all files that any rank may put there, as paths relative to the folder; the same on every
+  ///                   rank
   /// @param[in] lockCall  for tests
   UnfinishedFolder(std::string path, std::vector<std::string> files,
                    FolderLock::LockCall lockCall = FolderLock::LockBySystem);
 
   std::string const& path() const { return path_; }
 
-  /// Of the first process: makes the folder with the folders inside, and clears it of what a run has left
-  /// that is no more. Afterwards the others may join.
+  /// For the first process: creates the folder and the folders inside, and removes what a dead run left there.
+  /// Afterwards the others may join.
   /// @return Taken, InUse or NoPlace; nothing has changed unless the folder was taken
-  /// Throws UsageError when something in it is in no list or when a file system without locks does not tell
-  /// whether it is free, and nothing has changed; likewise when something in a list cannot be removed, and
-  /// the list stays.
+  /// Throws UsageError if something in the folder is not listed, or if the file system has no locks to tell whether
+  /// the folder is free; nothing has then changed. Also throws it if something listed cannot be removed; the list
+  /// then stays.
   FolderLock::Outcome Take();
 
-  /// After Take: who has the folder, such as "process 4711 on node3".
+  /// After Take: who uses the folder, such as "process 4711 on node3".
   std::string Holder() const;
 
-  /// Of the other processes of the run. Throws UsageError when this is not the folder that the first process
-  /// has.
+  /// For the other processes of the run. Throws UsageError if this is not the folder that the first process
+  /// uses.
   void Join(std::string const& holder);
 
-  /// Who has it at present; "another process" where that cannot be told.
+  /// Who uses it at present; "another process" if that is unknown.
   std::string PresentHolder() const;
 
-  /// After Take or Join. Throws UsageError when the folder is not that of this run any more.
+  /// After Take or Join. Throws UsageError if the folder no longer belongs to this run.
   void Check() const;
 
-  /// Leaves the folder. The process that leaves last removes it with what is listed; if that fails, the list
-  /// stays for the next run.
+  /// Leaves the folder. The last process to leave removes it with everything listed; if that fails, the list stays
+  /// for the next run.
   void Leave();
 
  private:

@@ -35,7 +35,7 @@ bool ComesBefore(SurfacePoint const& a, SurfacePoint const& b) {
 
 bool IsSamePlace(SurfacePoint const& a, SurfacePoint const& b) { return a.low == b.low && a.high == b.high; }
 
-/// Ascending, each once.
+/// The numbers in ascending order, each once.
 void SortOnce(std::vector<SurfacePoint>& points) {
   std::sort(points.begin(), points.end(), ComesBefore);
   points.erase(std::unique(points.begin(), points.end(), IsSamePlace), points.end());
@@ -52,7 +52,7 @@ std::vector<Side> SidesOfNodes(HostPartition& partition, Expression const& body,
                        Place(mesh.xn[n], mesh.yn[n], mesh.zn[n], PlaceDigits(partition)));
     }
     double const slope = std::sqrt(f.dy * f.dy + f.dx * f.dx + f.dz * f.dz);
-    // Written so that a slope that is not a number leaves the node where its sign puts it.
+    // With a slope of NaN the comparison is false, and the node stays on the side of its sign.
     bool const isOnIt = f.value == 0.0 || std::fabs(f.value) <= kOnSurface * length * slope;
     Side const side = f.value < 0.0 ? kInside : kOutside;
     sides[static_cast<std::size_t>(n)] = isOnIt ? kOnIt : side;
@@ -123,8 +123,8 @@ class SurfaceSearch {
 
   void AddNode(int n) { points_.push_back({Number(n), Number(n), {mesh_.xn[n], mesh_.yn[n], mesh_.zn[n]}}); }
 
-  /// x(t) = a + t (b - a) with the sign of the formula changing at t, by halving until nothing is left to
-  /// halve. The same bits for every cell and rank that has the edge, as `a` is the node with the lower number.
+  /// The point x(t) = a + t (b - a) where the sign of the formula changes, by bisection down to the last bit. Every
+  /// cell and rank that has the edge finds the same bits, because `a` is the node with the lower number.
   void AddEdge(int a, int b) {
     double const from[3] = {mesh_.xn[a], mesh_.yn[a], mesh_.zn[a]};
     double const to[3] = {mesh_.xn[b], mesh_.yn[b], mesh_.zn[b]};
@@ -200,7 +200,8 @@ PointSet PointsOnSurface(Ranks const& ranks, HostPartition& partition, Expressio
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     if (points.empty())
-      throw UsageError("the surface of the body " + Quoted(body.text()) + " meets no cell of the mesh");
+      throw UsageError("the surface of the body " + Quoted(body.text()) +
+                       " does not intersect any cell of the mesh");
     for (SurfacePoint const& point : Thinned(points, spacing)) {
       set.x.push_back(point.at[0]);
       set.y.push_back(point.at[1]);

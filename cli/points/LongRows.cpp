@@ -69,11 +69,12 @@ std::string InWords(LongRows const& rows, int placeDigits, std::string const& op
   double const matrix = 8e-6 * static_cast<double>(rows.mostCells) * static_cast<double>(rows.mostCells);
   return "node " + std::to_string(rows.node) + " at " +
          Place(rows.at[0], rows.at[1], rows.at[2], placeDigits) + " has " + Grouped(rows.mostCells) +
-         " cells around it, and search method 3 solves a dense system of that order there: " +
-         Fixed(matrix, 1) + " MB for its matrix; up to " + Scientific(rows.nOperations, 2) +
-         " operations for " +
-         (rows.nNodes == 1 ? "this node" : "all " + Grouped(rows.nNodes) + " nodes like it") +
-         ", of which a core does 1e9 to 1e10 a second. " + option + " avoids it";
+         " cells around it, and search method 3 solves a dense system of that order there. Its matrix "
+         "takes " +
+         Fixed(matrix, 1) + " MB, and " +
+         (rows.nNodes == 1 ? "this node" : "all " + Grouped(rows.nNodes) + " such nodes") + " take up to " +
+         Scientific(rows.nOperations, 2) + " operations; a core does 1e9 to 1e10 per second. " + option +
+         " avoids this";
 }
 
 std::string LongRowWarning(Ranks const& ranks, reference_host::HostPartition& partition,

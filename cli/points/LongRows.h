@@ -10,42 +10,42 @@
 
 namespace zyngrad {
 
-/// The search method of faces and of points that goes through nodes.
+/// The search method for faces and for points that goes through nodes.
 constexpr int kMethodByNodes = 3;
 
-/// From so many cells around one node on, a command says what that costs before it begins.
+/// With this many cells or more around one node, a command says what that costs before it begins.
 constexpr int kLongRow = 500;
 
-/// The nodes with many cells around them. Search method 3 of faces and points interpolates to nodes, each by a
-/// dense system with an unknown for every cell around it.
+/// The nodes with many cells around them. Search method 3 for faces and points interpolates to nodes; for each node
+/// it solves a dense system with one unknown for every cell around the node.
 struct LongRows {
-  std::int64_t nNodes = 0;         ///< with long rows, of all ranks; at a cut a node counts on each side
+  std::int64_t nNodes = 0;         ///< nodes with long rows on all ranks; a node at a cut counts on each side
   double nOperations = 0.0;        ///< additions and multiplications to factor their systems, 2/3 n^3 each
-  std::int64_t mostCells = 0;      ///< around one of them
-  std::int64_t node = 0;           ///< that one: 1-based number in the mesh, the lowest of equal ones
+  std::int64_t mostCells = 0;      ///< the largest number of cells around one node
+  std::int64_t node = 0;           ///< that node: 1-based number in the mesh, the lowest among equals
   double at[3] = {0.0, 0.0, 0.0};  ///< L
 };
 
 /// Collective. Linear in the mesh; the same on every rank.
-/// @param[in] usable   the cells that count, as for points; null: all, ghost cells included, as for faces
-/// @param[in] atLeast  cells of a long row
+/// @param[in] usable   the cells that count, as for points; null counts all, ghost cells included, as for faces
+/// @param[in] atLeast  number of cells from which a row is long
 LongRows FindLongRows(Ranks const& ranks, reference_host::HostPartition& partition, UsableCells const* usable,
                       int atLeast = kLongRow);
 
-/// Those of this partition alone; not collective.
+/// The same for this partition alone; not collective.
 LongRows OwnLongRows(reference_host::HostPartition& partition, UsableCells const* usable,
                      int atLeast = kLongRow);
 
-/// The line that warns of them; empty when there are none.
+/// The line that warns of such nodes; empty if there are none.
 std::string InWords(LongRows const& rows, int placeDigits, std::string const& option);
 
-/// Collective. The line that warns of them, for before the work; empty when there are none.
+/// Collective. The line that warns of such nodes before the work; empty if there are none.
 /// @param[in] option  that chooses another method, such as "--search-method 2"
 std::string LongRowWarning(Ranks const& ranks, reference_host::HostPartition& partition,
                            UsableCells const* usable, std::string const& option, int atLeast = kLongRow);
 
-/// Collective. Prints it on the first rank's standard output, at once: it has to be read while the work can still
-/// be stopped.
+/// Collective. Prints that line on the first rank's standard output and flushes it, so that the user can read it
+/// while the work can still be stopped.
 void PrintLongRowWarning(Ranks const& ranks, reference_host::HostPartition& partition,
                          UsableCells const* usable, std::string const& option);
 

@@ -16,7 +16,7 @@ constexpr std::size_t kShown = 5;
 
 double Length(double x, double y, double z) { return std::sqrt(y * y + x * x + z * z); }
 
-/// @param[in] exactSquared  [point] square of what was to be found
+/// @param[in] exactSquared  [point] square of the exact value
 PointNorms NormsOf(std::vector<double> const& errors, std::vector<double> const& exactSquared) {
   PointNorms norms;
   double sum = 0.0, sum2 = 0.0, exact2 = 0.0;
@@ -40,13 +40,13 @@ PointNorms NormsOf(std::vector<double> const& errors, std::vector<double> const&
   return norms;
 }
 
-/// How bad a flagged point is: the larger the worse.
+/// A measure of how bad a flagged point is; larger is worse.
 double Badness(PointFlag flag, std::size_t i, PointValues const& values,
                std::vector<PointOwner> const& owners) {
   switch (flag) {
     case kIsFar:
       return owners[i].distance;
-    case kHasFewMembers:
+    case kHasFewCells:
       return -static_cast<double>(values.members[i]);
     case kIsNotFinite:
       break;
@@ -104,7 +104,7 @@ std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<Poin
   std::vector<std::int32_t> flags(values.value.size(), 0);
   for (std::size_t i = 0; i < flags.size(); ++i) {
     if (owners[i].distance > kFarDistances * meanDistance) flags[i] += kIsFar;
-    if (values.members[i] < kLeastMembers) flags[i] += kHasFewMembers;
+    if (values.members[i] < kLeastMembers) flags[i] += kHasFewCells;
     if (values.isRowFinite[i] == 0) flags[i] += kIsNotFinite;
   }
   return flags;
@@ -113,7 +113,7 @@ std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<Poin
 std::array<FlaggedPoints, 3> CountFlags(std::vector<std::int32_t> const& flags, PointValues const& values,
                                         std::vector<PointOwner> const& owners) {
   std::array<FlaggedPoints, 3> all;
-  PointFlag const kinds[] = {kIsFar, kHasFewMembers, kIsNotFinite};
+  PointFlag const kinds[] = {kIsFar, kHasFewCells, kIsNotFinite};
   for (std::size_t k = 0; k < all.size(); ++k) {
     FlaggedPoints& flagged = all[k];
     flagged.flag = kinds[k];

@@ -13,16 +13,16 @@
 
 namespace zyngrad {
 
-/// The formula at points, an entry a point.
+/// The formula at points, one entry per point.
 struct ExactAtPoints {
   std::vector<double> value;       ///< U
   std::vector<double> gx, gy, gz;  ///< U/L
 };
 
-/// Throws UsageError naming the point where value or gradient is not finite.
+/// Throws UsageError that names the point where value or gradient is not finite.
 ExactAtPoints ExactValuesAt(PointSet const& points, Expression const& expression);
 
-/// Interpolated minus exact, an entry a point.
+/// Interpolated minus exact, one entry per point.
 struct ErrorsAtPoints {
   std::vector<double> value;     ///< difference of the values, U
   std::vector<double> gradient;  ///< Euclidean length of the difference of the gradients, U/L
@@ -30,30 +30,30 @@ struct ErrorsAtPoints {
 
 ErrorsAtPoints ErrorsAt(PointValues const& values, ExactAtPoints const& exact);
 
-/// Over all points, which count alike. All NaN without points.
+/// Norms over all points, which have equal weights. All are NaN if there are no points.
 struct PointNorms {
   double l1 = 0.0;              ///< mean of |e|
   double l2 = 0.0;              ///< square root of the mean of e^2
-  double relativeL2 = 0.0;      ///< l2 over that of the exact values; NaN when that is 0
+  double relativeL2 = 0.0;      ///< l2 over the l2 of the exact values; NaN if that is 0
   double max = 0.0;             ///< largest |e| among the finite ones
-  std::int64_t maxPoint = 0;    ///< 1-based, the first of equal ones; 0: none
+  std::int64_t maxPoint = 0;    ///< 1-based, the first among equals; 0 if there is none
   std::int64_t nNotFinite = 0;  ///< infinite or NaN; l1 and l2 are then not finite
 };
 
 PointNorms ValueNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact);
 PointNorms GradientNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exact);
 
-/// A point farther from the nearest usable cell than so many mean distances between neighbour cells lies
-/// outside their hull.
+/// A point whose distance from the nearest usable cell exceeds this many mean distances between neighbouring
+/// cells lies outside their hull.
 constexpr double kFarDistances = 2.0;
 
-/// A gradient in space wants four values at least.
+/// A gradient in space needs at least four values.
 constexpr std::int64_t kLeastMembers = 4;
 
-/// What may be wrong with a point's result.
-enum PointFlag { kIsFar = 1, kHasFewMembers = 2, kIsNotFinite = 4 };
+/// What may be wrong with the result at a point.
+enum PointFlag { kIsFar = 1, kHasFewCells = 2, kIsNotFinite = 4 };
 
-/// The points with one flag.
+/// The points that have a certain flag.
 struct FlaggedPoints {
   PointFlag flag = kIsFar;
   std::int64_t count = 0;
@@ -64,8 +64,8 @@ struct FlaggedPoints {
 std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<PointOwner> const& owners,
                                      double meanDistance);
 
-/// One entry for each flag. The worst are the farthest, those with fewest members, and those whose row is not
-/// finite as they come; of equal ones the first.
+/// One entry for each flag. The worst points are the farthest ones, those with the fewest members, and the first
+/// ones whose row is not finite; among equals, the first.
 std::array<FlaggedPoints, 3> CountFlags(std::vector<std::int32_t> const& flags, PointValues const& values,
                                         std::vector<PointOwner> const& owners);
 

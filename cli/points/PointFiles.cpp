@@ -13,7 +13,7 @@ namespace {
 /// "far;few", empty without a flag.
 std::string FlagsText(std::int32_t flags) {
   std::string text;
-  for (PointFlag const flag : {kIsFar, kHasFewMembers, kIsNotFinite}) {
+  for (PointFlag const flag : {kIsFar, kHasFewCells, kIsNotFinite}) {
     if ((flags & flag) == 0) continue;
     if (!text.empty()) text += ';';
     text += NameOf(flag);

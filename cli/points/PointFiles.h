@@ -7,11 +7,11 @@
 
 namespace zyngrad {
 
-/// Names of the columns that WritePointCsv adds to those that the points came with.
+/// Names of the columns that WritePointCsv adds to those of the input.
 std::vector<std::string> const& PointResultColumns();
 
-/// Writes a row a point, in the points' order: what they came with, and the results. Throws UsageError when
-/// the file cannot be written whole.
+/// Writes one row per point, in the order of the points: the columns of the input and the results. Throws
+/// UsageError if the file cannot be written completely.
 void WritePointCsv(std::string const& file, PointResults const& results);
 
 /// Writes the same numbers as vertices with values. Throws as WritePointCsv.

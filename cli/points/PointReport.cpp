@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 
@@ -55,14 +56,14 @@ void PrintTimes(std::ostream& out, PointTimes const& times) {
   table.Print(out);
 }
 
-/// What a flag says of its points, after their number.
+/// What a flag says about its points, to follow their number.
 std::string Meaning(PointFlag flag, PointResults const& results) {
   switch (flag) {
     case kIsFar:
       return "farther than " + Fixed(kFarDistances, 0) + " mean cell distances (" +
              Scientific(kFarDistances * results.meanDistance) + ") from the nearest usable cell";
-    case kHasFewMembers:
-      return "with less than " + std::to_string(kLeastMembers) + " cells in the stencil";
+    case kHasFewCells:
+      return "with fewer than " + std::to_string(kLeastMembers) + " cells in the stencil";
     case kIsNotFinite:
       return "with weights that are not finite";
   }
@@ -84,7 +85,7 @@ void PrintFlags(std::ostream& out, PointResults const& results) {
     }
   }
   if (!isAny) return;
-  out << "\nthe worst of them\n\n";
+  out << "\nthe worst of these points\n\n";
   table.Print(out);
 }
 
@@ -122,7 +123,7 @@ char const* NameOf(PointFlag flag) {
   switch (flag) {
     case kIsFar:
       return "far";
-    case kHasFewMembers:
+    case kHasFewCells:
       return "few";
     case kIsNotFinite:
       return "notfinite";
@@ -135,7 +136,7 @@ void PrintPointResults(std::ostream& out, PointResults const& results) {
       << results.settings.method << ", " << StencilSizesInWords(SizesOf(results.run.values.members))
       << ", from " << Grouped(results.nUsableCells) << " usable of " << Grouped(results.nCells) << " cells\n";
   if (results.points.x.empty()) {
-    out << "no points, no errors to show\n";
+    out << "there are no points, so there are no errors to show\n";
     return;
   }
   PrintErrors(out, results);

@@ -6,6 +6,7 @@
 
 #include "cli/base/StdoutToFile.h"
 #include "cli/base/Timing.h"
+#include "cli/operators/WireOperator.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 
 namespace zyngrad {
@@ -13,7 +14,7 @@ namespace {
 
 constexpr int kLaterCalls = 3;
 
-/// The points of this rank; coordinates [1..count], element 0 for the operator's report.
+/// The points of this rank. Coordinates are [1..count]; the operator's report reads element 0.
 struct OwnPoints {
   std::vector<std::int64_t> number;  ///< among all points, from 0
   std::vector<double> x = {0.0}, y = {0.0}, z = {0.0};
@@ -35,11 +36,7 @@ OwnPoints Select(PointSet const& points, std::vector<PointOwner> const& owners, 
 
 double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable, OwnPoints& own,
              CZynIBRBFInternalObject& op) {
-  reference_host::HostPartition& partition = *mesh.partition;
-  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op.getPartitionFace(partition.partitionFaces());
-  op.getCommunication(mesh.exchange.get());
-
+  WireOperator(op, *mesh.partition, mesh.exchange.get());
   ranks.Barrier();
   Stopwatch const watch;
   if (own.count() > 0) {
@@ -49,7 +46,7 @@ double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& 
   return watch.Seconds();
 }
 
-/// Own time of the first application and of each later one.
+/// This rank's times of the first application and of each later one.
 /// @param[out] values  [1..count of own points], overwritten
 std::vector<double> TimeCalls(Ranks const& ranks, CZynIBRBFInternalObject& op, int nOwn,
                               std::vector<double>& field, PointValues& values) {
@@ -95,7 +92,7 @@ void ReadRows(CZynIBRBFInternalObject const& op, int nOwn, PointValues& values) 
   }
 }
 
-/// Collective. Brings the entries [1..] of all ranks into the points' order, on the first rank.
+/// Collective. Gathers the entries [1..] of all ranks on the first rank, in the order of the points.
 template <class T>
 void InOrder(Ranks const& ranks, std::vector<std::int64_t> const& numbers, std::vector<T>& values) {
   values.erase(values.begin());

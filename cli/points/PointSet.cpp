@@ -37,7 +37,7 @@ std::string Trimmed(std::string_view text) {
   return std::string(text.substr(first, text.find_last_not_of(blanks) - first + 1));
 }
 
-/// The text that is meant: without blanks at the ends and without quotes.
+/// The value of a field: without blanks at the ends and without quotes.
 std::string Meaning(Field const& field) {
   std::string text = Trimmed({field.begin(), field.size()});
   if (text.size() < 2 || text.front() != '"') return text;
@@ -54,7 +54,7 @@ std::string Lower(std::string text) {
   return text;
 }
 
-/// A whole CSV file, read row by row.
+/// A CSV file in memory, read row by row.
 class CsvText {
  public:
   CsvText(std::string name, std::string_view text)
@@ -70,7 +70,7 @@ class CsvText {
       boost::spirit::x3::parse(at_, end_, grammar::row, fields);
       if (at_ != end_ && *at_ == '"') Fail(at_, "a quote that is not closed, or not around a whole field");
       if (at_ != end_ && *at_ == '\r') ++at_;
-      if (at_ != end_ && *at_ != '\n') Fail(at_, "a line end was expected");
+      if (at_ != end_ && *at_ != '\n') Fail(at_, "expected a line end");
       if (at_ != end_) ++at_;
     } while (fields.size() == 1 && Meaning(fields.front()).empty());
     return true;
@@ -104,7 +104,7 @@ double Coordinate(CsvText const& csv, Field const& field, char axis) {
   return value;
 }
 
-/// Which columns of a file are the coordinates, and which are carried through.
+/// Which columns of a file are the coordinates, and which are copied to the output.
 struct Columns {
   std::size_t axis[3] = {0, 0, 0};
   std::vector<std::size_t> carried;
@@ -147,7 +147,7 @@ PointSet ReadPoints(std::string const& file, std::vector<std::string> const& rep
   reference_host::MeshFile const content(file);
   CsvText csv(file, content.Content());
   std::vector<Field> fields;
-  if (!csv.Next(fields)) csv.Fail(csv.at(), "a header was expected");
+  if (!csv.Next(fields)) csv.Fail(csv.at(), "expected a header");
   Columns const columns = FindColumns(csv, fields, replaced);
 
   PointSet points;

@@ -1,6 +1,6 @@
 #include "cli/points/UsableCells.h"
 
-// As in the search tree: Boost warns of its own headers.
+// As in the search tree: Boost warns about its own headers.
 #define BOOST_ALLOW_DEPRECATED_HEADERS
 #include <boost/geometry/geometries/point.hpp>
 #include <boost/geometry/index/rtree.hpp>
@@ -47,11 +47,17 @@ std::vector<char> CellsOfTheFlow(reference_host::HostPartition const& partition)
 
 }  // namespace
 
+std::vector<char> UsableCells::Flags() const {
+  std::vector<char> flags(mark.size(), 0);
+  for (std::size_t c = 1; c < flags.size(); ++c) flags[c] = mark[c] < 0.0 ? 1 : 0;
+  return flags;
+}
+
 UsableCells FindUsableCells(Ranks const& ranks, reference_host::HostPartition& partition,
                             Expression const* body) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   std::vector<char> const isOfTheFlow = CellsOfTheFlow(partition);
-  std::vector<double> level(isOfTheFlow.size(), 0.0);  // without a body all is outside
+  std::vector<double> level(isOfTheFlow.size(), 0.0);  // without a body, everything is outside
   if (body != nullptr) level = MakeCellValues(ranks, partition, *body, "the body", &isOfTheFlow);
 
   UsableCells usable;
@@ -77,7 +83,7 @@ std::vector<PointOwner> FindPointOwners(Ranks const& ranks, reference_host::Host
     for (std::size_t i = 0; i < points.size(); ++i)
       own[i] = {DistanceToNearest(tree, Point(points.x[i], points.y[i], points.z[i])), ranks.rank()};
   });
-  // MPI_MINLOC takes the lowest rank of equal distances. PointOwner has the layout of MPI_DOUBLE_INT.
+  // MPI_MINLOC takes the lowest rank among equal distances. PointOwner has the layout of MPI_DOUBLE_INT.
   std::vector<PointOwner> owners(points.size());
   MPI_Allreduce(own.data(), owners.data(), static_cast<int>(own.size()), MPI_DOUBLE_INT, MPI_MINLOC,
                 ranks.communicator());

@@ -9,7 +9,7 @@
 namespace zyngrad {
 namespace {
 
-constexpr double kRoom = 0.06;  // of the axis, at either end
+constexpr double kRoom = 0.06;  // share of the axis at either end
 
 std::string Number(double value) {
   char text[32];
@@ -17,7 +17,7 @@ std::string Number(double value) {
   return text;
 }
 
-/// Smallest and largest of the values that count; {1, 0} without any.
+/// Smallest and largest of the values that count; {1, 0} if there are none.
 std::pair<double, double> Range(std::vector<double> const& values, double above) {
   std::pair<double, double> range = {std::numeric_limits<double>::infinity(), 0.0};
   bool isFirst = true;
@@ -35,7 +35,7 @@ std::pair<double, double> Range(std::vector<double> const& values, double above)
 StudyAxis StudyAxis::Logarithmic(std::vector<double> const& values) {
   auto [low, high] = Range(values, 0.0);
   if (low > high) return {true, 0.1, 1.0};
-  // At least half a decade, so that equal errors make a straight line and no noise.
+  // At least half a decade, so that equal errors make a straight line instead of noise.
   double const room = std::max(kRoom * std::log10(high / low), 0.5 * (0.5 - std::log10(high / low)));
   return {true, low * std::pow(10.0, -room), high * std::pow(10.0, room)};
 }
@@ -63,7 +63,7 @@ bool StudyAxis::Shows(double value) const { return std::isfinite(value) && (!isL
 
 double StudyAxis::Decades() const { return std::log10(high_ / low_); }
 
-// Within a decade all ticks have numbers, over few 1, 2 and 5; over many every second or third power does.
+// Within one decade all ticks have numbers; over a few decades 1, 2 and 5 do; over many, every second or third power.
 void StudyAxis::AddLogarithmicTicks() {
   constexpr double kFewDecades = 2.0, kLessThanOne = 0.8;
   constexpr int kMostPowers = 8;
@@ -91,7 +91,7 @@ void StudyAxis::AddLinearTicks() {
   for (double const factor : {2.0, 5.0, 10.0})
     if ((high_ - low_) / step > 1.5 * kSteps) step = factor * power;
   for (double k = std::ceil(low_ / step); k * step <= high_; k += 1.0) {
-    double const value = k * step + 0.0;  // -0 has become 0
+    double const value = k * step + 0.0;  // turns -0 into 0
     ticks_.push_back({value, Number(value)});
   }
 }

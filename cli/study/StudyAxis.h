@@ -5,20 +5,20 @@
 
 namespace zyngrad {
 
-/// One axis of a plot: where values lie on it, and its ticks.
+/// One axis of a plot: the positions of values, and the ticks.
 class StudyAxis {
  public:
   struct Tick {
     double value = 0.0;
-    std::string label;  ///< empty: a tick without a number; "10^-3" stands for a power
+    std::string label;  ///< empty for a tick without a number; "10^-3" stands for a power
   };
 
-  /// An axis that holds all the values, with some room at both ends. What is not finite, and on a logarithmic
-  /// axis what is not above zero, does not count. Without any value it goes from 0.1 to 1, or from 0 to 1.
+  /// An axis that contains all values, with some room at both ends. Values that are not finite, and on a logarithmic
+  /// axis values that are not above zero, are ignored. Without values it goes from 0.1 to 1, or from 0 to 1.
   static StudyAxis Logarithmic(std::vector<double> const& values);
   static StudyAxis Linear(std::vector<double> const& values);
 
-  /// 0 at the low end, 1 at the high end, beyond them outside.
+  /// Position of a value: 0 at the low end, 1 at the high end; outside the axis below 0 or above 1.
   double Place(double value) const;
 
   /// Whether the axis can show the value.
@@ -29,7 +29,7 @@ class StudyAxis {
   double high() const { return high_; }  ///< value at the high end
   std::vector<Tick> const& ticks() const { return ticks_; }
 
-  /// Powers of ten on a logarithmic axis.
+  /// Number of powers of ten on a logarithmic axis.
   double Decades() const;
 
  private:

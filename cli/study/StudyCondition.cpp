@@ -7,11 +7,10 @@
 #include <string>
 
 #include "cli/base/StdoutToFile.h"
-#include "cli/base/TemporaryFolder.h"
 #include "cli/base/Timing.h"
 #include "cli/faces/FaceSystems.h"
-#include "cli/faces/TargetedFaces.h"
-#include "cli/output/RunSettings.h"
+#include "cli/operators/TemporarySettings.h"
+#include "cli/operators/WireOperator.h"
 #include "cli/points/PointSystems.h"
 #include "cli/systems/CellStencil.h"
 #include "cli/systems/ConditionEstimate.h"
@@ -78,12 +77,11 @@ std::vector<double> PointConditions(HostPartition& partition, UsableCells& usabl
   int const nPoints = static_cast<int>(chosen.size()) - 1;
   if (nPoints == 0) return {};
 
-  TemporaryFolder const folder;
-  partition.SetBaseFileName(WriteSettingsText(folder.path() + "/settings.rbf", PointSettingsText(settings)));
+  TemporarySettings file(partition);
+  file.Write(PointSettingsText(settings));
   StdoutToFile const silence("/dev/null");
   CZynIBRBFInternalObject op;
-  op.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op.getPartitionFace(partition.partitionFaces());
+  WireOperator(op, partition);
   op.Initialize_IBInterpolateData(usable.mark.data(), nPoints, chosen.x.data(), chosen.y.data(),
                                   chosen.z.data());
   std::vector<double> conditions;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// Sums over one region, as a row that ranks can exchange.
+/// Sums over one region, which ranks can exchange as a row.
 struct Sums {
   double count = 0.0, weight = 0.0, error = 0.0, error2 = 0.0, nNotFinite = 0.0, max = -1.0;
 

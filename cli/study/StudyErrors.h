@@ -9,37 +9,38 @@ namespace zyngrad {
 
 /// The error of one cell, face or point.
 struct StudyError {
-  double error = 0.0;   ///< not negative; of a gradient its Euclidean length
+  double error = 0.0;   ///< not negative; for a gradient, the Euclidean length of the difference
   double weight = 1.0;  ///< volume of the cell, area of the face, 1 for a point
   bool boundary = false;
 };
 
-/// With w the weights and e the errors. All NaN without any.
+/// Norms, where w are the weights and e the errors. All are NaN if there are no errors.
 struct StudyNorms {
   std::int64_t count = 0;
   double l1 = 0.0;              ///< sum of w e / sum of w
   double l2 = 0.0;              ///< square root of (sum of w e^2 / sum of w)
-  double max = 0.0;             ///< the largest finite one
+  double max = 0.0;             ///< largest finite e
   std::int64_t nNotFinite = 0;  ///< l1 and l2 are then not finite
 };
 
-/// How many errors are in each quarter of a decade.
+/// Number of errors in each quarter of a decade.
 struct ErrorHistogram {
   static constexpr int kPerDecade = 4;
-  static constexpr int kLowest = -18;  ///< decade where the first bin begins; smaller errors are in it, too
-  static constexpr int kHighest = 6;   ///< decade where the last bin ends; larger errors are in it, too
+  static constexpr int kLowest =
+      -18;                            ///< decade where the first bin begins, which also counts smaller errors
+  static constexpr int kHighest = 6;  ///< decade where the last bin ends, which also counts larger errors
   static constexpr int kBins = (kHighest - kLowest) * kPerDecade;
 
   std::vector<std::int64_t> count = std::vector<std::int64_t>(kBins, 0);
 
-  /// What is not finite is in no bin.
+  /// Ignores an error that is not finite.
   void Add(double error);
-  static double LowerEnd(int bin);  ///< error at which the bin begins; of kBins, where the last one ends
+  static double LowerEnd(int bin);  ///< error at which the bin begins; for kBins, where the last bin ends
 };
 
 struct StudyErrors {
   StudyNorms interior, boundary;
-  ErrorHistogram histogram;  ///< of both
+  ErrorHistogram histogram;  ///< of both regions
 };
 
 /// Collective. The sums run in the given order on each rank and then in rank order.

@@ -18,35 +18,45 @@ constexpr int kFaceMethods = 4, kPointMethods = 3;
 std::vector<StudyMethod> MakeStudyMethods() {
   std::vector<StudyMethod> methods;
   for (GradientMethod const& gradient : GradientMethods()) {
-    if (gradient.nFields != 1) continue;  // three fields at once are the plain method with the same bits
+    if (gradient.nFields != 1) continue;  // three fields at once give the same bits as the plain method
     double const span = gradient.gradientType == kRadialBasisType ? kGradientSpan : 0.0;
-    methods.push_back({gradient.name, gradient.description, Kind::Gradient, &gradient, 0, span,
+    methods.push_back({gradient.name,
+                       gradient.description,
+                       Kind::Gradient,
+                       "gradients",
+                       {kGradient},
+                       &gradient,
+                       0,
+                       span,
                        std::string(gradient.name) == "iterated"});
   }
   for (int k = 1; k <= kFaceMethods; ++k) {
     methods.push_back({"faces" + std::to_string(k),
-                       "interpolation to inner faces, search method " + std::to_string(k), Kind::Faces,
-                       nullptr, k, kFaceSpan, false});
+                       "interpolation to inner faces, search method " + std::to_string(k),
+                       Kind::Faces,
+                       "faces",
+                       {kFaceValue},
+                       nullptr,
+                       k,
+                       kFaceSpan,
+                       false});
   }
   for (int k = 1; k <= kPointMethods; ++k) {
     methods.push_back({"points" + std::to_string(k),
                        "interpolation to points in the cells, search method " + std::to_string(k),
-                       Kind::Points, nullptr, k, kPointSpan, false});
+                       Kind::Points,
+                       "points",
+                       {kPointValue, kPointGradient},
+                       nullptr,
+                       k,
+                       kPointSpan,
+                       false});
   }
   return methods;
 }
 
-bool IsMeantBy(std::string const& word, StudyMethod const& method) {
-  if (word == "all" || word == method.name) return true;
-  switch (method.kind) {
-    case Kind::Gradient:
-      return word == "gradients";
-    case Kind::Faces:
-      return word == "faces";
-    case Kind::Points:
-      return word == "points";
-  }
-  return false;
+bool Chooses(std::string const& word, StudyMethod const& method) {
+  return word == "all" || word == method.name || word == method.family;
 }
 
 std::string NamesOfMethods() {
@@ -66,13 +76,13 @@ std::vector<StudyMethod const*> ChooseStudyMethods(std::string const& names) {
   std::vector<std::string> const words = WordsBetweenCommas(names);
   std::vector<StudyMethod> const& all = StudyMethods();
   for (std::string const& word : words) {
-    if (std::none_of(all.begin(), all.end(), [&word](StudyMethod const& m) { return IsMeantBy(word, m); }))
+    if (std::none_of(all.begin(), all.end(), [&word](StudyMethod const& m) { return Chooses(word, m); }))
       throw UsageError("unknown method " + Quoted(word) + ": expected " + NamesOfMethods());
   }
   std::vector<StudyMethod const*> chosen;
   for (StudyMethod const& method : all) {
     if (std::any_of(words.begin(), words.end(),
-                    [&](std::string const& word) { return IsMeantBy(word, method); }))
+                    [&](std::string const& word) { return Chooses(word, method); }))
       chosen.push_back(&method);
   }
   return chosen;

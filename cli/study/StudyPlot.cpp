@@ -10,11 +10,11 @@
 namespace zyngrad {
 namespace {
 
-// In pixels; the drawing scales with the page.
+// Sizes in pixels; the drawing scales with the page.
 constexpr double kWidth = 640, kLeft = 78, kRight = 20, kTop = 36, kPlotHeight = 340, kAxisHeight = 52;
 constexpr double kLegendLine = 18, kLegendColumns = 2;
 
-// Colours that differ for the colour-blind, too (Okabe and Ito 2008).
+// Colours that colour-blind readers can tell apart (Okabe and Ito 2008).
 constexpr std::array<char const*, 8> kColours = {"#0072b2", "#d55e00", "#009e73", "#cc79a7",
                                                  "#e69f00", "#56b4e9", "#000000", "#8c6d31"};
 constexpr std::array<char const*, 3> kDashes = {"", "7 4", "2 3"};
@@ -110,7 +110,7 @@ class SvgWriter {
     return tick.label.empty() ? " stroke=\"#f0f0f0\"" : " stroke=\"#d4d4d4\"";
   }
 
-  /// Rising by `order` powers of y over one of x, at the lower right, the k-th one beside the others.
+  /// The k-th slope triangle at the lower right, which rises by `order` decades of y per decade of x.
   void SlopeTriangle(std::size_t k, int order) {
     constexpr double kSide = 0.11, kBetween = 0.17;
     double const x1 = 0.95 - kBetween * static_cast<double>(k), x0 = x1 - kSide, y0 = 0.05;

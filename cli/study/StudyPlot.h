@@ -6,10 +6,10 @@
 
 namespace zyngrad {
 
-/// A curve: points joined by lines, with markers.
+/// A curve: points connected by lines, with markers.
 struct PlotCurve {
   std::string name;                               ///< in the legend
-  std::vector<std::pair<double, double>> points;  ///< those that the axes cannot show are left out
+  std::vector<std::pair<double, double>> points;  ///< points that the axes cannot show are omitted
   int style = 0;             ///< colour, marker and dash; the same number looks the same in every plot
   bool isStaircase = false;  ///< a histogram: each point is the left end of a step, no markers
 };
@@ -20,13 +20,13 @@ struct StudyPlot {
   std::string title, xTitle, yTitle;
   bool isXLogarithmic = true, isYLogarithmic = true;
   std::vector<PlotCurve> curves;
-  std::vector<int> orders;  ///< a slope triangle for each; both axes have to be logarithmic
+  std::vector<int> orders;  ///< one slope triangle for each; both axes must be logarithmic
 };
 
-/// The plot as one SVG element, with everything that it needs inside; the same text for the same plot.
+/// The plot as one self-contained SVG element. The same plot gives the same text.
 std::string SvgOf(StudyPlot const& plot);
 
-/// Text inside XML and HTML.
+/// The text with special characters escaped for XML and HTML.
 std::string Escaped(std::string const& text);
 
 }  // namespace zyngrad

@@ -14,7 +14,7 @@
 namespace zyngrad {
 namespace {
 
-/// A name for a file: letters and digits, anything else a dash.
+/// A file name: letters and digits are kept, everything else becomes a dash.
 std::string FileName(std::string const& text) {
   std::string name;
   for (char const c : text) {
@@ -22,19 +22,6 @@ std::string FileName(std::string const& text) {
     name += isPlain ? c : '-';
   }
   return name;
-}
-
-/// What the results of a method are.
-std::vector<char const*> QuantitiesOf(StudyMethod const& method) {
-  switch (method.kind) {
-    case StudyMethod::Kind::Gradient:
-      return {kGradient};
-    case StudyMethod::Kind::Faces:
-      return {kFaceValue};
-    case StudyMethod::Kind::Points:
-      return {kPointValue, kPointGradient};
-  }
-  return {};
 }
 
 class PlotMaker {
@@ -92,7 +79,7 @@ class PlotMaker {
     Add(std::move(plot));
   }
 
-  /// The curves of the cases that differ in one number alone, on the finest level: by method, ascending.
+  /// One curve per method, on the finest level, through the cases that differ in one parameter, in ascending order.
   template <class Parameter, class Measure>
   std::vector<PlotCurve> CurvesByMethod(Parameter const& parameter, Measure const& measure) const {
     std::vector<PlotCurve> curves;
@@ -166,7 +153,7 @@ class PlotMaker {
     Add(std::move(plot));
   }
 
-  /// Share of the cells, faces or points in each bin.
+  /// The share of the cells, faces or points in each bin.
   void Histogram(std::size_t iField, char const* quantity) {
     StudyPlot plot;
     plot.name = NameOf(iField, quantity, "histogram");
@@ -245,11 +232,11 @@ std::vector<StudyPlot> StudyPlots(StudyQuestion const& question, std::vector<Stu
 }
 
 std::vector<std::string> StudyPlotNames(StudyQuestion const& question) {
-  // Asked of a study in which everything was found, so that no name is put together twice.
+  // The plots of a study that found everything, so that the names are built in one place.
   StudyLevel level;
   for (std::size_t c = 0; c < question.cases.size(); ++c) {
     for (std::size_t f = 0; f < question.fields.size(); ++f) {
-      for (char const* quantity : QuantitiesOf(*question.cases[c].method)) {
+      for (char const* quantity : question.cases[c].method->quantities) {
         StudyResult result;
         result.iCase = c;
         result.iField = f;

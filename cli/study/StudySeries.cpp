@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kLevels = 4;
 
-/// The box with `factor` times the cubes in every direction.
+/// The box with `factor` times as many cubes in every direction.
 std::string RefinedBox(std::string const& text, std::int64_t factor) {
   reference_host::BoxSpec const spec = reference_host::ParseBoxSpec(text);
   auto const times = [factor](int n) { return std::to_string(n * factor); };
@@ -58,7 +58,7 @@ std::vector<std::string> MeshesOfSeries(std::string const& series, int nLevels) 
   std::int64_t factor = 1;
   for (int level = 0; level < (nLevels > 0 ? nLevels : nDefault); ++level, factor *= 2) {
     meshes.push_back(RefinedBox(first, factor));
-    reference_host::ParseBoxSpec(meshes.back());  // counts that are too large end the loop here
+    reference_host::ParseBoxSpec(meshes.back());  // throws if the counts are too large
   }
   return meshes;
 }

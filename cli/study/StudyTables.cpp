@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <utility>
 
@@ -15,12 +16,12 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-/// "inf" where TextTable would show a dash: a singular system has a condition number, after all.
+/// "inf" instead of the dash of Scientific, because a singular system has an infinite condition number.
 std::string ConditionText(double condition) {
   return std::isinf(condition) ? "inf" : Scientific(condition, 2);
 }
 
-/// Whether an order between two levels means anything: of about the same spacing, errors differ for other reasons.
+/// Whether an order between two levels is meaningful: at about the same spacing, errors differ for other reasons.
 bool IsFiner(double spacing, double coarseSpacing) {
   constexpr double kNoticeably = 0.99;
   return spacing < kNoticeably * coarseSpacing;
@@ -92,7 +93,7 @@ ordered_json NormsAsJson(StudyNorms const& norms) {
           {"notFinite", norms.nNotFinite}};
 }
 
-/// The bins that hold something and those between them.
+/// The bins that are not empty.
 ordered_json HistogramAsJson(ErrorHistogram const& histogram) {
   ordered_json bins = ordered_json::array();
   for (int bin = 0; bin < ErrorHistogram::kBins; ++bin) {
@@ -129,7 +130,7 @@ ordered_json ResultAsJson(StudyQuestion const& question, StudyResult const& resu
   return json;
 }
 
-/// What the methods say of their results; what is said on every mesh is said once.
+/// The remarks of the methods on their results. A remark that applies to every mesh appears once.
 std::vector<std::string> RemarksOfMethods(StudyQuestion const& question,
                                           std::vector<StudyLevel> const& levels) {
   std::vector<std::pair<std::string, std::string>> said;  // by method, what

@@ -6,8 +6,8 @@
 
 namespace zyngrad {
 
-/// The interior cells of one partition as a grid to write, cell c of the partition as cell c-1, with the
-/// nodes that they use. Made from the lent records alone: a solver could call it with its own.
+/// The interior cells of one partition as a grid, with the nodes that they use; cell c of the partition becomes
+/// cell c-1. It needs only the mesh record, so that a solver could call it with its own.
 VtuGrid GridOfInteriorCells(CZYN3DFiniteVolumeMesh const& mesh);
 
 /// The faces of interior cell `cell` (1-based), their nodes numbered as in the mesh.

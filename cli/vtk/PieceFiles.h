@@ -7,8 +7,8 @@
 
 namespace zyngrad {
 
-/// The names of a grid that every rank writes its part of: NAME.EXT on one rank; on several the index
-/// NAME.pEXT and a piece per rank in the folder NAME. All relative to the output folder.
+/// The file names of a grid of which every rank writes its part: NAME.EXT on one rank; on several ranks the index
+/// NAME.pEXT and one piece per rank in the folder NAME. All are relative to the output folder.
 class PieceFiles {
  public:
   PieceFiles(Ranks const& ranks, std::string name, std::string extension);

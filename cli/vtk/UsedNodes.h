@@ -8,10 +8,10 @@
 
 namespace zyngrad {
 
-/// Numbers the nodes from 0 in the order in which they are first asked for, and collects their places.
+/// Numbers the nodes from 0 in the order in which they are first requested, and collects their places.
 class UsedNodes {
  public:
-  /// @param[out] points  appended to, x, y, z of each node that is asked for; borrowed, as the mesh is
+  /// @param[out] points  x, y, z of each requested node are appended; borrowed, like the mesh
   UsedNodes(CZYN3DFiniteVolumeMesh const& mesh, std::vector<double>& points)
       : mesh_(mesh), points_(points), number_(static_cast<std::size_t>(mesh.NNode) + 1, -1) {}
 
@@ -27,7 +27,7 @@ class UsedNodes {
  private:
   CZYN3DFiniteVolumeMesh const& mesh_;
   std::vector<double>& points_;
-  std::vector<std::int64_t> number_;  ///< [1..NNode], -1: not used
+  std::vector<std::int64_t> number_;  ///< [1..NNode], -1 if not used
 };
 
 }  // namespace zyngrad

@@ -15,7 +15,7 @@ void DistinctNodes(CellFaces const& faces, std::vector<int>& nodes) {
   nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
 }
 
-/// The node that an edge outside the base face joins to `node`, -1 unless there is exactly one.
+/// The node that an edge outside the base face connects to `node`; -1 unless there is exactly one.
 int NodeAbove(CellFaces const& faces, int base, int node) {
   int above = -1;
   for (int f = 0; f < faces.nFaces(); ++f) {
@@ -45,7 +45,7 @@ int CountFacesOfSize(CellFaces const& faces, int size) {
   return count;
 }
 
-/// Base nodes, then what stands above them: one apex, or one node above each.
+/// The nodes of the base, followed by one apex or by one node above each.
 /// @return whether the cell has that form
 bool StandOnBase(CellFaces const& faces, int base, bool inwards, bool toApex, std::vector<int>& nodes) {
   int const size = faces.FaceSize(base);
@@ -69,8 +69,8 @@ struct Form {
   VtkType type;
   int nTriangles, nQuads, nNodes;
   int baseSize;
-  bool baseInwards;  ///< whether VTK's base turns around a normal into the cell; a wedge's turns around one
-                     ///< out of it
+  bool baseInwards;  ///< whether the base in VTK's order turns around a normal that points into the cell; a
+                     ///< wedge's normal points out of it
   bool toApex;
 };
 

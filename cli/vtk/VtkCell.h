@@ -5,8 +5,8 @@
 
 namespace zyngrad {
 
-/// The faces of one cell. The nodes of face f are node[start[f] .. start[f+1]-1]; by the right-hand rule they
-/// turn around a normal that points out of the cell.
+/// The faces of one cell. The nodes of face f are node[start[f] .. start[f+1]-1]. By the right-hand rule they turn
+/// around a normal that points out of the cell.
 struct CellFaces {
   std::vector<int> node;
   std::vector<std::size_t> start = {0};
@@ -16,7 +16,7 @@ struct CellFaces {
   int const* Face(int f) const { return node.data() + start[static_cast<std::size_t>(f)]; }
 
   void Clear();
-  /// `row` in its order, or backwards.
+  /// Adds a face with the nodes of `row`, in their order or reversed.
   void Add(int const* row, int nNodes, bool reversed);
 };
 
@@ -29,15 +29,15 @@ enum class VtkType : unsigned char {
   Polyhedron = 42
 };
 
-/// A cell as VTK wants it: its type and its nodes in VTK's order, for a polyhedron each node once, ascending.
+/// A cell as VTK expects it: type and nodes in VTK's order; for a polyhedron, each node once in ascending order.
 struct VtkCell {
   VtkType type = VtkType::Polyhedron;
   std::vector<int> nodes;
 };
 
-/// Recognises tetrahedra, pyramids, wedges and hexahedra by their faces alone; everything else is a
+/// Recognises tetrahedra, pyramids, wedges and hexahedra by their faces; everything else is a
 /// polyhedron.
-/// @param[out] cell  overwritten; its memory is used again
+/// @param[out] cell  overwritten; its memory is reused
 void MakeVtkCell(CellFaces const& faces, VtkCell& cell);
 
 }  // namespace zyngrad

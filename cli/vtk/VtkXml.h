@@ -7,29 +7,29 @@
 
 namespace zyngrad {
 
-/// Values on the cells or points of a grid, nComponents each.
+/// Values on the cells or points of a grid, nComponents for each of them.
 struct VtkArray {
   std::string name;
   int nComponents = 1;
   std::variant<std::vector<double>, std::vector<std::int32_t>, std::vector<std::int64_t>> values;
 };
 
-/// A file of the VTK XML formats in the making: the text, and the arrays that it points to, which follow it
-/// as raw bytes in the machine's byte order.
+/// Builds a file of the VTK XML formats: a text, followed by the arrays that it refers to, as raw bytes in the
+/// machine's byte order.
 class VtkXml {
  public:
   void Line(std::string const& text) { text_ += text + '\n'; }
 
-  /// Describes an array; it is borrowed until Write.
+  /// Describes an array, which is borrowed until Write.
   template <class T>
   void Array(std::string const& name, int nComponents, std::vector<T> const& values);
   void Array(VtkArray const& array);
 
-  /// Writes the file whole. Throws UsageError when that fails.
+  /// Writes the file. Throws UsageError if that fails.
   void Write(std::string const& file, char const* gridType) const;
 
  private:
-  /// An array in the appended section: a 64-bit byte count, then the bytes.
+  /// An array in the appended section: a 64-bit byte count and the bytes.
   struct Block {
     void const* data;
     std::uint64_t nBytes;
@@ -40,10 +40,10 @@ class VtkXml {
   std::uint64_t offset_ = 0;
 };
 
-/// Writes the index of pieces that have the same arrays. Throws UsageError when that fails.
+/// Writes the index of pieces with the same arrays. Throws UsageError if that fails.
 /// @param[in] gridType   of the pieces, "UnstructuredGrid" or "PolyData"
-/// @param[in] pointData  arrays of the points; empty: none
-/// @param[in] cellData   arrays of the cells; empty: none
+/// @param[in] pointData  arrays of the points; may be empty
+/// @param[in] cellData   arrays of the cells; may be empty
 /// @param[in] pieces     relative to the index file's folder
 void WritePieceIndex(std::string const& file, std::string const& gridType,
                      std::vector<VtkArray> const& pointData, std::vector<VtkArray> const& cellData,

@@ -8,23 +8,23 @@
 
 namespace zyngrad {
 
-/// Points with polygons on them, or points alone, in the arrays of a .vtp file; all numbers 0-based.
+/// Points with polygons, or only points, in the arrays of a .vtp file; all numbers are 0-based.
 struct VtpSurface {
   std::vector<double> points;              ///< x, y, z of each point in turn
   std::vector<std::int64_t> connectivity;  ///< the points of each polygon
-  std::vector<std::int64_t> offsets;       ///< [polygon] end of its points in connectivity
+  std::vector<std::int64_t> offsets;       ///< [polygon] end of its points in `connectivity`
 };
 
-/// Writes polygons with their values. Throws UsageError when the file cannot be written whole.
+/// Writes polygons with their values. Throws UsageError if the file cannot be written completely.
 void WritePolygons(std::string const& file, VtpSurface const& surface,
                    std::vector<VtkArray> const& polygonData);
 
-/// Writes points alone (x, y, z of each in turn), a vertex each, with their values. Throws as WritePolygons.
+/// Writes points (x, y, z of each in turn) as vertices, with their values. Throws like WritePolygons.
 void WriteVertices(std::string const& file, std::vector<double> const& points,
                    std::vector<VtkArray> const& pointData);
 
-/// Writes the index of pieces of polygons that have the same arrays; `pieces` are relative to the index
-/// file's folder.
+/// Writes the index of pieces of polygons with the same arrays; `pieces` are relative to the folder of the index
+/// file.
 void WritePvtp(std::string const& file, std::vector<VtkArray> const& polygonData,
                std::vector<std::string> const& pieces);
 

@@ -1,12 +1,12 @@
-// A sphere moves through a mesh that does not move with it. In every step the cells inside are no longer usable, and
-// the values at points on the sphere are interpolated from the cells outside: all is set up again, on one and the same
-// CZynIBRBFInternalObject, which releases what the step before had built.
+// A sphere moves through a mesh that stays at rest. In every step, the cells inside the sphere are not usable, and the
+// values at points on the sphere are interpolated from the cells outside. Everything is set up again in every step, on
+// the same CZynIBRBFInternalObject, which releases what the previous step built.
 //
-// The stencils are the 40 usable cells nearest to a point (method 2). The default, method 3, goes through the mesh nodes
-// around the nearest cells. Beside a body these have cells on one side only, and its slopes are then of no use: with it
-// the largest errors below become 4e-2 and 1.8.
+// The stencils are the 40 usable cells nearest to a point (method 2). The default, method 3, goes through the mesh
+// nodes around the nearest cells. Beside a body, these nodes have cells on one side only, and the slopes of method 3
+// are then useless: the largest errors below become 4e-2 and 1.8.
 //
-//   moving_body [BOX [STEPS]]          for instance: moving_body box:24,24,24 12
+//   moving_body [BOX [STEPS]]          for example: moving_body box:24,24,24 12
 
 #include <sys/resource.h>
 
@@ -33,13 +33,13 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kRadius = 0.2;
-constexpr double kFrom = 0.35, kTo = 0.65;  // the centre's way along x; y and z stay 0.5
+constexpr double kFrom = 0.35, kTo = 0.65;  // path of the centre along x; y and z stay 0.5
 constexpr int kPoints = 400;
 
-// The field phi = sin(2x) y + z^2, known everywhere, so that the points' values can be judged.
+// The field phi = sin(2x) y + z^2. It is known everywhere, so the errors at the points can be measured.
 double Field(double x, double y, double z) { return std::sin(2.0 * x) * y + z * z; }
 
-// The settings, so that no file is read in every step.
+// The settings. With them the operator reads no settings file.
 class Parameters : public CZYNKNCMPCompParm {
  public:
   Parameters() {
@@ -71,7 +71,7 @@ std::unique_ptr<reference_host::HostPartition> MakePartition(std::string const& 
   return partition;
 }
 
-// Points spread evenly over the sphere, on a spiral from pole to pole. Arrays [1..kPoints].
+// Points distributed evenly over the sphere, on a spiral from pole to pole. Arrays are [1..kPoints].
 struct SpherePoints {
   std::vector<double> x, y, z;
 
@@ -87,7 +87,7 @@ struct SpherePoints {
   }
 };
 
-// [1..NCell] negative: usable. These are the interior cells with their centre outside the sphere.
+// [1..NCell] negative for usable cells: the interior cells with their centre outside the sphere.
 std::vector<double> MarkUsableCells(CZYN3DFiniteVolumeMesh const& mesh, double centre, int& nUsable) {
   std::vector<double> mark(static_cast<std::size_t>(mesh.NCell) + 1, 1.0);
   nUsable = 0;
@@ -118,14 +118,14 @@ Errors Judge(SpherePoints const& points, std::vector<double> const& value, std::
   return errors;
 }
 
-// Most memory that this process has had, MB: it stands still when every step releases what the one before has taken.
+// Largest memory of this process so far, MB. It stays constant if every step releases what the previous one took.
 double PeakMemory() {
   rusage usage = {};
   getrusage(RUSAGE_SELF, &usage);
   return static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 
-// The operator reports each set-up on standard output. Here that goes to a file.
+// Redirects the output of the operator, which reports each set-up, to a file.
 class LogOfTheOperator {
  public:
   explicit LogOfTheOperator(char const* file) : log_(file), screen_(std::cout.rdbuf(log_.rdbuf())) {}

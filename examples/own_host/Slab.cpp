@@ -2,7 +2,7 @@
 
 namespace {
 
-// The groups' codes in CellFaceType.
+// Codes of the groups in CellFaceType.
 constexpr int kInner = 0, kWall = 1, kInlet = 2, kOutlet = 3, kPartition = 101;
 
 }  // namespace
@@ -17,7 +17,7 @@ Slab::Slab(int ownPart, int nParts, std::array<int, 3> size, double edge)
 }
 
 void Slab::MakeNodes() {
-  int const firstX = part * size_[0];  // slabs lie one behind the other
+  int const firstX = part * size_[0];  // slabs follow each other along x
   for (int k = 0; k <= size_[2]; ++k) {
     for (int j = 0; j <= size_[1]; ++j) {
       for (int i = 0; i <= size_[0]; ++i) {
@@ -47,7 +47,7 @@ void Slab::MakeCells() {
   mesh.NInnerCells = n;
 }
 
-// Inner faces are added from their lower cell.
+// Each cell adds its high faces, and its low faces at the boundary of the slab; so every inner face is added once.
 void Slab::MakeFaces() {
   for (int k = 0; k < size_[2]; ++k) {
     for (int j = 0; j < size_[1]; ++j) {
@@ -72,7 +72,8 @@ void Slab::AddFace(Place const& p, int axis, bool isHighSide) {
   }
   int const neighbour = part + step;
   if (axis == 0 && 0 <= neighbour && neighbour < nParts_) {
-    // The halo cell: a copy of the neighbour's cell, at its place. There it is the last or the first along x.
+    // The halo cell copies a cell of the neighbour, at the same place. In the neighbour it is the first or last along
+    // x.
     std::array<double, 3> centre = FaceCentre(p, axis, isHighSide);
     centre[0] += 0.5 * step * edge_;
     int const other = AddCell(centre);
@@ -80,7 +81,7 @@ void Slab::AddFace(Place const& p, int axis, bool isHighSide) {
     AddTo(partitionFaces, kPartition, p, other, axis, isHighSide);
     return;
   }
-  // The ghost cell stands at the centre of its face, where the boundary value is.
+  // The ghost cell lies at the centre of its face, where the boundary value applies.
   int const ghost = AddCell(FaceCentre(p, axis, isHighSide));
   if (axis != 0) {
     AddTo(wall_, kWall, p, ghost, axis, isHighSide);
@@ -104,7 +105,7 @@ void Slab::AddTo(FaceTable& faces, int code, Place const& p, int other, int axis
   faces.weight.push_back(0.5);
   faces.type.push_back(0);
 
-  // The corners turn around the area vector: the axes b, c after axis a go round it, and backwards at the low side.
+  // The corners turn around the area vector: from axis b to axis d, which follow `axis`, or backwards on the low side.
   int const b = (axis + 1) % 3, d = (axis + 2) % 3;
   std::array<int, 4> corners = {};
   for (int n = 0; n < 4; ++n) {
@@ -139,7 +140,7 @@ std::array<double, 3> Slab::FaceCentre(Place const& p, int axis, bool isHighSide
   return centre;
 }
 
-// Cells around each node: interior cells, and the ghost and halo cells whose face has the node.
+// The cells around each node: interior cells, and the ghost and halo cells whose face contains the node.
 void Slab::MakeNodeCells() {
   nodeCell_.Resize(static_cast<int>(xn_.size()) - 1);
   for (int c = 1; c <= mesh.NInnerCells; ++c) {

@@ -6,8 +6,8 @@
 
 #include "host/Zyn3dGV.h"
 
-/// The nodes, cells or faces of each row of a table, as the mesh record wants them: the number of entries in element 0,
-/// the entries behind it, rows counted from 1.
+/// A table of rows of nodes, cells or faces, in the form of the mesh record: element 0 of a row holds the number of
+/// entries that follow, and rows are counted from 1.
 class Rows {
  public:
   void Resize(int n) { rows_.resize(static_cast<std::size_t>(n) + 1, {0}); }
@@ -20,7 +20,7 @@ class Rows {
   }
   std::vector<int> const& operator[](int row) const { return rows_[static_cast<std::size_t>(row)]; }
 
-  /// The table to lend; nothing may be appended any more.
+  /// The table to lend. Nothing may be appended afterwards.
   int** Lend() {
     pointers_.clear();
     for (std::vector<int>& row : rows_) pointers_.push_back(row.data());
@@ -32,33 +32,33 @@ class Rows {
   std::vector<int*> pointers_;
 };
 
-/// One group of faces, all arrays [1..count].
+/// One group of faces. All arrays are [1..count].
 struct FaceTable {
   std::vector<int> cell = {0}, other = {0};          ///< interior cell; interior, ghost or halo cell beyond
   std::vector<double> sx = {0}, sy = {0}, sz = {0};  ///< area vector, from `cell` to `other`
   std::vector<double> x = {0}, y = {0}, z = {0};     ///< centre
-  std::vector<double> weight = {0};                  ///< of `other` in the linear face value
+  std::vector<double> weight = {0};                  ///< weight of `other` in the linear face value
   std::vector<int> type = {0};                       ///< 0: both sides take the flux
   Rows nodes;
 
   int count() const { return static_cast<int>(cell.size()) - 1; }
 };
 
-/// Where the value of a halo cell is to be fetched.
+/// Where the value of a halo cell comes from.
 struct HaloSource {
   int haloCell;  ///< here
   int part;      ///< the partition that owns the cell
   int cell;      ///< its number there
 };
 
-/// One of several slabs, one behind the other along x, of a box of cubes: the mesh of a solver that knows its cells by
-/// (i, j, k). What a cell's number is, which cell lies behind a face and where, all follows from that; this class says
-/// it in the tables of the mesh record, which it fills and owns.
+/// One of several slabs, arranged along x, of a box of cubes: the mesh of a solver that identifies its cells by (i, j,
+/// k). Cell numbers, neighbours and positions follow from these indices. The class writes them into the tables of the
+/// mesh record, which it owns.
 class Slab {
  public:
-  /// @param[in] ownPart,nParts  this slab, from 0, and how many there are
-  /// @param[in] size         cells of a slab along x, y and z
-  /// @param[in] edge         of a cell
+  /// @param[in] ownPart,nParts  number of this slab, from 0, and number of slabs
+  /// @param[in] size            cells of a slab along x, y and z
+  /// @param[in] edge            edge length of a cell
   Slab(int ownPart, int nParts, std::array<int, 3> size, double edge);
   Slab(Slab const&) = delete;
   Slab& operator=(Slab const&) = delete;

@@ -11,13 +11,13 @@
 #include "host/ZYNCommunication.h"
 #include "host/ZYNKNCompParm.h"
 
-/// Where the threads of this program meet, each of them one partition.
+/// The meeting point of the threads of this program, each of which is one partition.
 class Team {
  public:
   explicit Team(int nParts)
       : field(5, std::vector<double*>(static_cast<std::size_t>(nParts))), value(nParts) {}
 
-  /// Returns when all partitions have called it. What one of them wrote before, all of them see behind.
+  /// Returns when all partitions have called it. Afterwards, everyone sees what any of them wrote before.
   void Meet() {
     std::unique_lock<std::mutex> lock(mutex_);
     long const round = round_;
@@ -40,7 +40,7 @@ class Team {
   long round_ = 0;
 };
 
-/// The halo exchange: each partition takes what it needs out of its neighbours' arrays.
+/// The halo exchange: each partition reads what it needs from its neighbours' arrays.
 class Exchange : public CCommunication {
  public:
   Exchange(Team& team, Slab const& slab) : team_(team), slab_(slab) {}
@@ -53,15 +53,15 @@ class Exchange : public CCommunication {
   void DDM_IExch_Wait(double* field, ZYNNonBlockingBufferId id) override { Take(field, id); }
 
  private:
-  static constexpr std::size_t kBlocking = 4;  // behind the four buffers
+  static constexpr std::size_t kBlocking = 4;  // after the four buffers
 
-  // Returns at once, as a start has to.
+  // Returns at once, as the start of an exchange must.
   void Offer(double* field, std::size_t buffer) {
     team_.field[buffer][static_cast<std::size_t>(slab_.part)] = field;
   }
 
-  // Every partition makes the same calls in the same order, so all have offered before they meet. The second meeting
-  // keeps the neighbours from changing their fields while they are being read.
+  // Every partition makes the same calls in the same order, so all have offered their fields before they meet. The
+  // second meeting prevents the neighbours from changing their fields while these are being read.
   void Take(double* field, std::size_t buffer) {
     team_.Meet();
     for (HaloSource const& from : slab_.halo)
@@ -91,7 +91,7 @@ class Reduction : public CZYNCom {
   int part_;
 };
 
-/// The faces to the neighbours.
+/// The faces between this slab and its neighbours.
 class PartitionFaces : public CPartitionFace_DLL {
  public:
   explicit PartitionFaces(FaceTable& faces) : faces_(faces) {}
@@ -112,7 +112,7 @@ class PartitionFaces : public CPartitionFace_DLL {
   FaceTable& faces_;
 };
 
-/// The solver's parameters. An operator that is given them reads and writes no settings file.
+/// The solver's parameters. An operator that has them reads and writes no settings file.
 class Parameters : public CZYNKNCMPCompParm {
  public:
   CZYNCMP_FaceRBF_Parm* getFaceRBFParm() override { return &faces; }

@@ -1,9 +1,9 @@
-// A host of one's own: a solver with a structured mesh of cubes, cut into slabs that are threads of one process, brings
-// the library what it asks for. The four abstract classes are in Team.h: partition faces, halo exchange, reduction and
-// parameters. Slab.h fills the mesh record.
+// Your own host: a solver with a structured mesh of cubes, cut into slabs that are threads of one process, provides
+// everything that the library needs. Team.h holds the four abstract classes: partition faces, halo exchange, reduction
+// and parameters. Slab.h fills the mesh record.
 //
-// On it a least-squares gradient is computed, and the field is interpolated to the inner faces by the methods 3 and 4,
-// whose settings come from the parameters instead of from a file.
+// The program computes a least-squares gradient and interpolates the field to the inner faces by methods 3 and 4. Their
+// settings come from the parameters instead of a file.
 //
 //   own_host [SLABS]
 
@@ -33,14 +33,14 @@ constexpr double kEdge = 1.0 / 16.0;
 // phi = sin(2x) y + z^2
 double Field(double x, double y, double z) { return std::sin(2.0 * x) * y + z * z; }
 
-// What one partition found: largest errors.
+// The largest errors in one partition.
 struct Result {
   int nBreaches = 0;                    // of the host contract
   double gradient = 0.0;                // in interior cells
   std::array<double, 2> face = {0, 0};  // at inner faces, methods 3 and 4
 };
 
-// A partition with all that it lends to the operators, which must outlive them.
+// A partition with everything that it lends to the operators. The partition must outlive them.
 class Partition {
  public:
   Partition(Team& team, int part, int nParts)
@@ -68,7 +68,7 @@ class Partition {
   }
 
  private:
-  // In debug runs, a host lets itself be checked: wrong tables give wrong numbers, seldom a crash.
+  // A host should be checked in debug runs: wrong tables give wrong numbers, but rarely a crash.
   int CountBreaches() {
 #ifdef OWN_HOST_IS_CHECKED
     host_check::HostCheckReport report;
@@ -80,7 +80,7 @@ class Partition {
 #endif
   }
 
-  // Interior and ghost cells are filled here, halo cells by their owners.
+  // Fills interior and ghost cells; the owners fill halo cells.
   void FillField() {
     CZYN3DFiniteVolumeMesh const& mesh = slab_.mesh;
     for (int c = 1; c <= mesh.NCell; ++c) phi_[c] = Field(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
@@ -151,10 +151,10 @@ class Partition {
 int main(int argc, char** argv) {
   int const nParts = argc > 1 ? std::atoi(argv[1]) : 2;
   if (nParts < 1) {
-    std::fprintf(stderr, "own_host: the number of slabs has to be 1 or more\n");
+    std::fprintf(stderr, "own_host: the number of slabs must be 1 or more\n");
     return 2;
   }
-  std::cout.setstate(std::ios_base::failbit);  // the operators would count their faces on it, one by one
+  std::cout.setstate(std::ios_base::failbit);  // otherwise the operators would print a line for every face
   Team team(nParts);
   std::vector<Result> results(static_cast<std::size_t>(nParts));
   std::vector<std::thread> threads;

@@ -2,9 +2,10 @@
 //
 //   d(phi)/dt + div(u phi) = 0,  u constant,  phi(x, 0) a Gaussian; so phi(x, t) = phi(x - u t, 0).
 //
-// Finite volumes: V_c dphi_c/dt = - sum over the faces f of c of (u . S_f) phi_f. The face's value comes from its
+// Finite volumes: V_c dphi_c/dt = - sum over the faces f of c of (u . S_f) phi_f. The value on a face comes from its
 // upwind cell c, with the library's least-squares gradient g_c: phi_f = phi_c + g_c . (x_f - x_c). Without the gradient
-// (phi_f = phi_c) the scheme is of first order, with it of second; the program runs both. Time steps by Heun's method.
+// (phi_f = phi_c) the scheme is of first order, with it of second order; the program runs both. It integrates in time
+// by Heun's method.
 //
 //   scalar_transport                               a box of 32 x 32 x 32 hexahedra
 //   mpirun -n 2 scalar_transport box:24,24,24:tet  or any mesh that the reference host reads
@@ -72,7 +73,7 @@ class Transport {
         {mesh_.NWall, mesh_.ijWallCV, mesh_.ijWall, mesh_.ijWallSx, mesh_.ijWallSy, mesh_.ijWallSz,
          mesh_.ijWallxc, mesh_.ijWallyc, mesh_.ijWallzc}};
 
-    // The operator is set up once, with the mesh. Every rank takes part in Initialize and in every gradient.
+    // The operator is set up once for the mesh. Every rank must call Initialize and every gradient.
     gradient_.getZyn3dGV(loaded.partition->globals(), nullptr, nullptr, &mesh_);
     gradient_.getPartitionFace(&cut);
     gradient_.getCommunication(loaded.exchange.get(), loaded.reduction.get());
@@ -85,7 +86,7 @@ class Transport {
     for (int c = 1; c <= mesh_.NInnerCells; ++c) phi[c] = Profile(mesh_.xc[c], mesh_.yc[c], mesh_.zc[c], 0.0);
   }
 
-  // The longest step in which no cell loses more than a part of its volume.
+  // The longest step in which no cell loses more than the fraction kCourant of its volume.
   double StableStep() {
     std::vector<double> leaving(phi.size(), 0.0);
     auto const add = [&leaving](Faces const& faces) {
@@ -112,8 +113,8 @@ class Transport {
     left_ += 0.5 * dt * (outflow + nextOutflow);
   }
 
-  // What is in the mesh and what has left it: constant, since inner faces give to one cell what they take from the
-  // other, and the two sides of a partition face compute the same flux.
+  // The content of the mesh plus what has left it. It is constant, because an inner face gives to one cell what it
+  // takes from the other, and both sides of a partition face compute the same flux.
   double Content() const {
     double content = left_;
     for (int c = 1; c <= mesh_.NInnerCells; ++c) content += phi[c] * mesh_.Volume[c];
@@ -124,7 +125,7 @@ class Transport {
     double l1, l2, largest;
   };
 
-  // Means over the volume.
+  // Averages over the volume.
   Errors CompareWithExact(double time) const {
     double volume = 0.0, sum = 0.0, squares = 0.0, largest = 0.0;
     for (int c = 1; c <= mesh_.NInnerCells; ++c) {
@@ -141,7 +142,7 @@ class Transport {
   std::vector<double> phi;  // [1..NCell]
 
  private:
-  // R(phi) in interior cells. Returns what leaves this partition through the boundary of the mesh, per time.
+  // R(phi) in interior cells. Returns the flux that leaves this partition through the boundary of the mesh.
   double Rate(std::vector<double>& field, double time, std::vector<double>& rate) {
     FillGhostsAndHalo(field, time);
     if (usesGradient_) gradient_.GradMethod(field.data(), gx_.data(), gy_.data(), gz_.data(), 1);
@@ -165,7 +166,7 @@ class Transport {
     return outflow;
   }
 
-  // A gradient wants its field in all cells: the boundary value in ghost cells, which stand at the centres of their
+  // A gradient needs its field in all cells: the boundary value in ghost cells, which lie at the centres of their
   // faces, and the owner's value in halo cells.
   void FillGhostsAndHalo(std::vector<double>& field, double time) {
     for (Faces const& faces : boundary_) {
@@ -175,7 +176,7 @@ class Transport {
     exchange_.DDM_Exch(field.data());
   }
 
-  // (u . S) phi_f. The gradient is 0 in ghost cells, and the owner's in halo cells: GradMethod has exchanged it.
+  // (u . S) phi_f. The gradient is 0 in ghost cells and the owner's in halo cells, because GradMethod exchanges it.
   double Flux(Faces const& faces, int f, std::vector<double> const& field) const {
     double const flux = faces.VolumeFlux(f);
     int const c = flux > 0.0 ? faces.cell[f] : faces.other[f];

@@ -187,10 +187,10 @@ for odd in 0 1 2; do  # which rank of three
   [ $odd = 0 ] && who=1 || who=$odd
   each[odd]='exec "$0" info --nosuch'
   run_each "${each[@]}"
-  all_end "other arguments on rank $odd" "rank $who was started with other arguments than rank 0"
+  all_end "other arguments on rank $odd" "rank $who was started with arguments that differ from those of rank 0"
   each[odd]=${good/box:6,6,6/other.msh}
   run_each "${each[@]}"
-  all_end "another mesh on rank $odd" "rank $who was started with other arguments than rank 0"
+  all_end "another mesh on rank $odd" "rank $who was started with arguments that differ from those of rank 0"
   mkdir -p elsewhere
   each[odd]="cd elsewhere && $good"
   run_each "${each[@]}"
@@ -203,7 +203,7 @@ for odd in 0 1 2; do  # which rank of three
   all_end "no folder for temporary files on rank $odd" "folder for temporary files"
 done
 run_each 'exec "$0" info box:4,4,4' 'exec "$0" info --nosuch'
-all_end "a command that is right on rank 0 alone" "rank 1 was started with other arguments than rank 0"
+all_end "a command that is right on rank 0 alone" "rank 1 was started with arguments that differ from those of rank 0"
 run_each "${good/box:6,6,6/nosuch.msh}" "${good/box:6,6,6/nosuch.msh}" "${good/box:6,6,6/nosuch.msh}"
 all_end "no mesh" "nosuch.msh"
 if grep -q __asan_init "$zyngrad"; then
@@ -225,7 +225,7 @@ for ranks in 1 2; do
   OMP_NUM_THREADS=65535 run $ranks gradient box:4,4,4 --field x --method lsq -o threads
   check "65535 threads, $ranks ranks: exit code 0" exited 0
   check "65535 threads, $ranks ranks: one line says how many" \
-    grep -qxE "zyngrad: note: 65535 OpenMP threads were asked for, [0-9]+ are used" stderr
+    grep -qxE "zyngrad: note: 65535 OpenMP threads were requested; [0-9]+ are used" stderr
   check "65535 threads, $ranks ranks: nothing else" [ "$(grep -c zyngrad stderr)" = 1 ]
 done
 

@@ -99,7 +99,7 @@ done
 run 1 gradient box:5,5,5 --field "x*y" --method rbf --shape-normalize --span 1e308 -o tiny
 check "a span too large that gives finite numbers: exit code 1" exited 1
 check "a span too large that gives finite numbers: says why" \
-  contains stdout "  rbf: the gradient means nothing: --span 1e+308 is too large"
+  contains stdout "  rbf: the gradient is meaningless: --span 1e+308 is too large"
 run 1 gradient box:5,5,5 --field "x*y" --method weighted --weight 0 -o zero
 check "a weight of 0: exit code 0" exited 0
 run 1 gradient box:6,6,6 --field -x --method plain -o minus
@@ -144,7 +144,7 @@ for ranks in 1 2; do
   check "field from a file on $ranks ranks: exit code 0" exited 0
   check "field from a file on $ranks ranks: nothing on stderr" [ ! -s stderr ]
   check "field from a file on $ranks ranks: no warning" [ "$(grep -c warning stdout)" = 0 ]
-  check "field from a file on $ranks ranks: sizes instead of errors" contains stdout "no exact gradient"
+  check "field from a file on $ranks ranks: sizes instead of errors" contains stdout "the exact gradient is not known"
   check "field from a file on $ranks ranks: row of every method" [ "$(grep -cE '^  (plain|iterated|weighted|lsq|vector|rbf) +boundary|^ +boundary' stdout)" = 6 ]
 done
 # Green-Gauss of the left cell: (4 faces of value 0..4, the middle at 3) by hand: (3 - 0, 4 - 3, 2 - 1).

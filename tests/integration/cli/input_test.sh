@@ -87,7 +87,7 @@ wrong "folder is a file" "a-file" gradient box:3,3,3 --field x -o a-file
 wrong "folder without a name" "output folder" gradient box:3,3,3 --field x -o ""
 wrong "folder that cannot be written" "/proc/zyngrad" gradient box:3,3,3 --field x -o /proc/zyngrad
 wrong "faces without a group" "--group" faces box:3,3,3 --field x
-wrong "faces with a kind only" "--group has to choose the faces: inner, wall" faces box:3,3,3 --field x --group wall_ymin=wall
+wrong "faces with a kind only" "--group must choose the faces: inner, wall" faces box:3,3,3 --field x --group wall_ymin=wall
 wrong "faces of an unknown group" '--group "door": expected inner, wall' faces box:3,3,3 --field x --group door
 wrong "faces of two groups" "--group chooses both wall and inner faces" faces box:3,3,3 --field x --group wall --group inner
 wrong "faces that the mesh has not" "the mesh has no symmetry faces" faces box:3,3,3 --field x --group symmetry
@@ -101,13 +101,13 @@ wrong "faces, span of zero" '--span "0"' faces box:3,3,3 --field x --group inner
 wrong "faces, no cells wanted" '--search-number "0"' faces box:3,3,3 --field x --group inner --search-number 0
 wrong "faces, missing mesh" "missing.msh" faces missing.msh --field x --group inner
 wrong "faces, folder below a file" "a-file" faces box:3,3,3 --field x --group inner -o a-file/below
-wrong "study without meshes" "either by --series or" study
-wrong "study of series and meshes" "either by --series or" study box:3,3,3 --series tet
+wrong "study without meshes" "give either --series or" study
+wrong "study of series and meshes" "give either --series or" study box:3,3,3 --series tet
 wrong "study of an unknown series" '--series "hexes": expected hex, perturbed, tet' study --series hexes
 wrong "study of a bad box" "box:0,3,3" study --series box:0,3,3
 wrong "study with too many levels" "32-bit" study --series hex --levels 12
 wrong "study of no level" '--levels "0"' study --series hex --levels 0
-wrong "study with levels of meshes" "--levels is for --series" study box:3,3,3 --levels 2
+wrong "study with levels of meshes" "--levels needs --series" study box:3,3,3 --levels 2
 wrong "study of an unknown method" 'unknown method "best": expected plain, iterated' study --series hex --method plain,best
 wrong "study of no method" 'unknown method ""' study --series hex --method plain,
 wrong "study with a bad span" '--span "wide"' study --series hex --span 5,wide
@@ -144,7 +144,7 @@ wrong "points, spacing of zero" '--spacing "0"' points box:3,3,3 --field x --bod
 wrong "points, bad body" 'expression "x-": column 3' points box:3,3,3 --field x --body "x-"
 wrong "points, body not finite" 'the body "log(x-0.6)" is' points box:3,3,3 --field x --body "log(x-0.6)"
 wrong "points, body not finite at a node" 'the body "x-0.5+0/y" is not finite at a node at' points box:2,2,2 --field x --body "x-0.5+0/y"
-wrong "points, body beside the mesh" 'the surface of the body "2-x" meets no cell' points box:3,3,3 --field x --body "2-x"
+wrong "points, body beside the mesh" 'the surface of the body "2-x" does not intersect any cell' points box:3,3,3 --field x --body "2-x"
 wrong "points, all cells in the body" 'no cell has its centre outside the body "x-2"' points box:3,3,3 --field x --body "x-2" --points points.csv
 wrong "points, field not finite in a cell" 'the field "log(x-0.4)" is' points box:3,3,3 --field "log(x-0.4)" --points points.csv
 wrong "points, field not finite at a point" 'or its gradient is not finite at point 6 at (0, 0, 0)' points box:3,3,3 --field "sqrt(x)" --points points.csv
@@ -163,7 +163,7 @@ wrong "check, missing mesh" "missing.msh" check missing.msh
 wrong "check, folder below a file" "a-file" check box:3,3,3 -o a-file/below
 run 1 faces box:3,3,3 --field x --group partition
 check "partition faces on one rank: exit code 2" exited 2
-check "partition faces on one rank: says what" contains stderr "no partition faces on one rank"
+check "partition faces on one rank: says what" contains stderr "one rank has no partition faces"
 
 for ranks in 1 4; do
   run $ranks gradient meshes/decomposed --field x

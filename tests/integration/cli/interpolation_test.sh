@@ -47,7 +47,7 @@ for ranks in 1 2 4; do
       check "$name: exit code 0" exited 0
       check "$name: one count" [ "$(grep -c " $group faces by search method $method" stdout)" = 1 ]
       if [ $method = 4 ]; then
-        check "$name: says that there are no values" [ "$(grep -c 'all are 0 by design' stdout)" = 1 ]
+        check "$name: says that there are no values" [ "$(grep -c 'all values are 0 by design' stdout)" = 1 ]
         check "$name: no errors" contains sides/results.json '"errors": null'
       else
         # The cell beyond the face stands on it and holds the boundary value.
@@ -93,7 +93,7 @@ check "faces, weights that are no numbers: says so" grep -q "warning: the weight
 run 1 faces box:4,4,4 --field x --group inner --search-method 2 --span 1e308 -o few
 check "faces, a span too large that gives finite numbers: exit code 1" exited 1
 check "faces, a span too large that gives finite numbers: says why" \
-  contains stdout "search method 2: the values mean nothing: --span 1e+308 is too large"
+  contains stdout "search method 2: the values are meaningless: --span 1e+308 is too large"
 for ranks in 1 2; do
   run $ranks faces meshes/polyhedra --group lid=wall --group inner --field "x+2*y" -o polyhedra-$ranks
   check "faces of polyhedra on $ranks ranks: exit code" exited $([ $ranks = 1 ] && echo 0 || echo 2)
@@ -126,15 +126,15 @@ done
 run 1 points fan.msh --field x --points one.csv -o fan
 check "points beside a fan: exit code 0" exited 0
 check "points beside a fan: warns of node and cost" \
-  grep -q "warning: node 1 at (0, 0, -0.5) has 500 cells around it.*--search-method 2 avoids it" stdout
+  grep -q "warning: node 1 at (0, 0, -0.5) has 500 cells around it.*--search-method 2 avoids this" stdout
 check "points beside a fan: warns before the result" \
   [ "$(grep -n 'cells around it' stdout | cut -d: -f1)" -lt "$(grep -n 'points by search' stdout | cut -d: -f1)" ]
 run 1 check fan.msh --method plain --points one.csv -o fan-check
-check "check of a fan: warns" contains stdout "--point-method 2 avoids it"
+check "check of a fan: warns" contains stdout "--point-method 2 avoids this"
 run 1 study fan.msh --method points3 --field linear -o fan-study
-check "study of a fan: warns" contains stdout "A study without points3 avoids it"
+check "study of a fan: warns" contains stdout "A study without points3 avoids this"
 run 1 compare-ranks fan.msh --ranks 1 --method points3 --field x
-check "compare-ranks on a fan: warns" contains stdout "A comparison without faces3 and points3 avoids it"
+check "compare-ranks on a fan: warns" contains stdout "A comparison without faces3 and points3 avoids this"
 run 1 faces fan.msh --field x --group inner -o fan-faces
 check "faces of a fan, method 4: nothing to warn of" [ "$(grep -c 'cells around it' stdout)" = 0 ]
 
@@ -185,7 +185,7 @@ for ranks in 1 2 4; do
     "search method 3: value or gradient is not finite at 6 of 6 points: --span 1e-308 is too small"
   run $ranks points box:4,4,4 --field "x" --points none.csv -o none-$ranks
   check "no points, $ranks ranks: exit code 0" exited 0
-  check "no points, $ranks ranks: says so" contains stdout "no points, no errors to show"
+  check "no points, $ranks ranks: says so" contains stdout "there are no points, so there are no errors to show"
   check "no points, $ranks ranks: a table without rows" [ "$(cat none-$ranks/points.csv | wc -l)" = 1 ]
   check "no points, $ranks ranks: a file without vertices" grep -aq 'NumberOfVerts="0"' none-$ranks/points.vtp
 
@@ -223,7 +223,7 @@ check "a second run gives the same bits" [ "$(cat body-2/points.csv)" = "$(cat b
 run 1 points box:6,6,6 --field x --points points-1-3/points.csv -o second
 check "points of an earlier result: its columns are replaced" [ "$(head -n 1 second/points.csv)" = "$(head -n 1 points-1-3/points.csv)" ]
 run 1 points box:4,4,4 --field x --points points.csv --search-method 2 --search-number 3 -o second
-check "stencils of three cells are flagged" grep -q "warning: few: 6 points with less than 4 cells" stdout
+check "stencils of three cells are flagged" grep -q "warning: few: 6 points with fewer than 4 cells" stdout
 run 1 points box:4,4,4 --field x --points points.csv --search-method 2 --span 1e60 -o second
 check "weights that are no numbers are flagged" grep -q "warning: notfinite: 6 points" stdout
 # Two cells, one on each rank, one of them usable: the other rank has nothing to do.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "cli/check/CheckFindings.h"
@@ -109,7 +110,7 @@ TEST(CheckReport, SaysWhatWouldNotBeFinite) {
   PrintVerdict(broken, {ResultOf({Cell(1, 2.0, kHasRowNotFinite), Cell(2, 2.0)})});
   EXPECT_EQ(broken.str(),
             "  weights not finite: 1 of 2 cells\n"
-            "NOT all results would be finite numbers: not in 1 of 2 cells\n");
+            "NOT all results would be finite numbers: not finite in 1 of 2 cells\n");
 }
 
 TEST(CheckReport, CountsWhatIsWrongInItsLastLine) {

@@ -189,9 +189,9 @@ TEST(Expression, ReportsTheColumnOfSyntaxErrors) {
   EXPECT_EQ(ErrorOf("x+"), "expression \"x+\": column 3: expected a number, a name or '('");
   EXPECT_EQ(ErrorOf("x + * y"), "expression \"x + * y\": column 5: expected a number, a name or '('");
   EXPECT_EQ(ErrorOf(""), "expression \"\": column 1: expected a number, a name or '('");
-  EXPECT_EQ(ErrorOf("x)"), "expression \"x)\": column 2: expected an operator or the end");
-  EXPECT_EQ(ErrorOf("2 3"), "expression \"2 3\": column 3: expected an operator or the end");
-  EXPECT_EQ(ErrorOf("2x"), "expression \"2x\": column 2: expected an operator or the end");
+  EXPECT_EQ(ErrorOf("x)"), "expression \"x)\": column 2: expected an operator or the end of the formula");
+  EXPECT_EQ(ErrorOf("2 3"), "expression \"2 3\": column 3: expected an operator or the end of the formula");
+  EXPECT_EQ(ErrorOf("2x"), "expression \"2x\": column 2: expected an operator or the end of the formula");
   EXPECT_EQ(ErrorOf("sin(x,)"), "expression \"sin(x,)\": column 7: expected a number, a name or '('");
   EXPECT_EQ(ErrorOf("x^"), "expression \"x^\": column 3: expected a number, a name or '('");
   EXPECT_EQ(ErrorOf("1e999"), "expression \"1e999\": column 1: the number is too large or too small");

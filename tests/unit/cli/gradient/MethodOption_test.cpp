@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <CLI/CLI.hpp>
+
 #include "cli/base/UsageError.h"
 
 namespace zyngrad {

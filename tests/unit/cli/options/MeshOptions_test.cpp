@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <CLI/CLI.hpp>
+
 #include "cli/base/UsageError.h"
 
 namespace zyngrad {
@@ -26,15 +28,6 @@ TEST(MeshOptions, RefuseGroupsThatAreNotOne) {
   for (char const* text : {"left", "left=", "left=door", "=wall", ""})
     EXPECT_THROW(Groups({text}), UsageError) << text;
   EXPECT_THROW(Groups({"left=inlet", "left=wall"}), UsageError);
-}
-
-TEST(MeshOptions, ReadWholeNumbers) {
-  EXPECT_EQ(WholeNumber("--sweeps", "0", 0), 0);
-  EXPECT_EQ(WholeNumber("--sweeps", "2147483647", 0), 2147483647);
-  for (char const* text : {"", "x", "3.5", "3 ", " 3", "-1", "2147483648", "1e3", "0x3"}) {
-    EXPECT_THROW(WholeNumber("--sweeps", text, 0), UsageError) << text;
-  }
-  EXPECT_THROW(WholeNumber("--repeat", "0", 1), UsageError);
 }
 
 TEST(MeshOptions, GiveOneValueToEachRepeatedOption) {

@@ -69,12 +69,5 @@ TEST(RadialBasisSettings, RefuseAPlaceThatCannotBeWritten) {
   EXPECT_THROW(WriteSettingsFile(std::string(1020, 'a') + ".rbf", {}), UsageError);
 }
 
-TEST(RadialBasisSettings, TakePositiveFiniteNumbers) {
-  EXPECT_EQ(PositiveNumber("--span", "500"), 500.0);
-  EXPECT_EQ(PositiveNumber("--span", "2.5e1"), 25.0);
-  for (char const* text : {"", "0", "-1", "nan", "inf", "1e999", "5 ", " 5", "5x", "0x5", "five"})
-    EXPECT_THROW(PositiveNumber("--span", text), UsageError) << text;
-}
-
 }  // namespace
 }  // namespace zyngrad

@@ -201,7 +201,7 @@ TEST_F(OutputFolderTest, RefusesAFileThatNoRunHasWritten) {
   Write(base_ / "a/results.json", "mine");
   EXPECT_EQ(Refusal({"results.json"}),
             "cannot write \"" + (base_ / "a/results.json").string() +
-                "\": no manifest says that a run of zyngrad wrote it: move it away, or choose another output "
+                "\": no manifest lists it as written by zyngrad: move it away, or choose another output "
                 "folder with -o");
   EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/results.json"}));
   EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
@@ -252,7 +252,7 @@ TEST_F(OutputFolderTest, RefusesResultsOfAnotherCommand) {
   } catch (UsageError const& error) {
     EXPECT_EQ(std::string(error.what()),
               "the output folder \"" + (base_ / "a").string() +
-                  "\" holds results of zyngrad \"gradient\": choose another one with -o");
+                  "\" contains results of zyngrad \"gradient\": choose another one with -o");
   }
   EXPECT_EQ(Read(base_ / "a/results.json"), "old");
 }

@@ -160,7 +160,7 @@ TEST_F(UnfinishedFolderTest, StaysWithItsFirstProcessOnAFileSystemWithoutLocks) 
     other.Take();
     FAIL() << "two runs would write into the same folder";
   } catch (UsageError const& error) {
-    EXPECT_EQ(error.what(), '"' + place_ + "\" is in use, or left by a run that was killed (" +
+    EXPECT_EQ(error.what(), '"' + place_ + "\" is in use or was left by a run that was killed (" +
                                 first.Holder() +
                                 "); this file system has no locks: remove the folder if that run is gone");
   }
@@ -183,7 +183,7 @@ TEST_F(UnfinishedFolderTest, KeepsItsListWhileSomethingInItCannotBeRemoved) {
   std::string const refusal = Refusal();
   ASSERT_EQ(before == 0 ? seteuid(before) : 0, 0);
   fs::permissions(place_ + "/b", fs::perms::owner_all);
-  EXPECT_EQ(refusal, "cannot remove \"" + place_ + "/b\", which a run has left: Permission denied");
+  EXPECT_EQ(refusal, "cannot remove \"" + place_ + "/b\", which an earlier run left: Permission denied");
   EXPECT_EQ(Content(), (std::set<std::string>{"lock", "b", "b/c.vtu"}));
   EXPECT_EQ(UnfinishedFolder(place_, {}).Take(), Outcome::Taken);
   EXPECT_EQ(Content(), (std::set<std::string>{"lock"}));

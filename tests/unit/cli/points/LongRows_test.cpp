@@ -76,7 +76,7 @@ TEST_F(Fan, WarnsOfNodeRowAndCostBeforeTheRun) {
   std::string const warning =
       LongRowWarning(TestRanks(), *mesh_.partition, &usable_, "--search-method 2", kCells);
   for (char const* part : {"node 1 at (0, 0, -0.5) has 40 cells around it", "8.5e+04 operations",
-                           "all 2 nodes", "--search-method 2 avoids it"})
+                           "all 2 such nodes", "--search-method 2 avoids this"})
     EXPECT_NE(warning.find(part), std::string::npos) << part << "\nin\n" << warning;
   EXPECT_EQ(LongRowWarning(TestRanks(), *mesh_.partition, &usable_, "--search-method 2"), "");
 }

@@ -73,8 +73,8 @@ TEST(PointErrors, FlagPointsThatAreFarHaveFewCellsOrNoFiniteWeights) {
   PointValues const found = {std::vector<double>(4, 0.0), {}, {}, {}, {4, 3, 20, 0}, {1, 1, 0, 1}};
   std::vector<PointOwner> const owners = {{0.2, 0}, {0.1, 0}, {0.1, 1}, {0.21, 1}};
   EXPECT_EQ(FlagPoints(found, owners, 0.1),
-            (std::vector<std::int32_t>{0, kHasFewMembers, kIsNotFinite, kIsFar + kHasFewMembers}));
-  EXPECT_EQ(FlagPoints(found, owners, kInfinity)[3], kHasFewMembers);  // a mesh of one cell has no distance
+            (std::vector<std::int32_t>{0, kHasFewCells, kIsNotFinite, kIsFar + kHasFewCells}));
+  EXPECT_EQ(FlagPoints(found, owners, kInfinity)[3], kHasFewCells);  // a mesh of one cell has no distance
 }
 
 TEST(PointErrors, ShowTheWorstFiveOfEachFlag) {
@@ -86,7 +86,7 @@ TEST(PointErrors, ShowTheWorstFiveOfEachFlag) {
   EXPECT_EQ(counted[0].flag, kIsFar);
   EXPECT_EQ(counted[0].count, 6);
   EXPECT_EQ(counted[0].worst, (std::vector<std::size_t>{5, 6, 2, 4, 0}));
-  EXPECT_EQ(counted[1].flag, kHasFewMembers);
+  EXPECT_EQ(counted[1].flag, kHasFewCells);
   EXPECT_EQ(counted[1].worst, (std::vector<std::size_t>{1, 3, 2, 0}));
   EXPECT_EQ(counted[2].count, 3);
   EXPECT_EQ(counted[2].worst, (std::vector<std::size_t>{0, 4, 6}));

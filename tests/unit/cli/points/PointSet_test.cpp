@@ -86,16 +86,16 @@ TEST_F(PointSetTest, NamesLineAndColumnOfWhatItCannotRead) {
   EXPECT_EQ(Complaint("x;y;z\n1;2;3\n"), "line 1, column 1: the header has no column x");
   EXPECT_EQ(Complaint("1,2,3\n"), "line 1, column 1: the header has no column x");
   EXPECT_EQ(Complaint("x,y,z,X\n"), "line 1, column 7: a second column x");
-  EXPECT_EQ(Complaint(""), "line 1, column 1: a header was expected");
-  EXPECT_EQ(Complaint("\n \n"), "line 3, column 1: a header was expected");
+  EXPECT_EQ(Complaint(""), "line 1, column 1: expected a header");
+  EXPECT_EQ(Complaint("\n \n"), "line 3, column 1: expected a header");
 }
 
 TEST_F(PointSetTest, RefusesQuotesThatAreNotAroundAField) {
   std::string const what = "a quote that is not closed, or not around a whole field";
   EXPECT_EQ(Complaint("x,y,z,note\n1,2,3,\"open\n"), "line 2, column 7: " + what);
   EXPECT_EQ(Complaint("x,y,z,note\n1,2,3,in\"side\n"), "line 2, column 9: " + what);
-  EXPECT_EQ(Complaint("x,y,z,note\n1,2,3,\"a\"b\n"), "line 2, column 10: a line end was expected");
-  EXPECT_EQ(Complaint("x,y,z\n1,2,3\r4\n"), "line 2, column 7: a line end was expected");
+  EXPECT_EQ(Complaint("x,y,z,note\n1,2,3,\"a\"b\n"), "line 2, column 10: expected a line end");
+  EXPECT_EQ(Complaint("x,y,z\n1,2,3\r4\n"), "line 2, column 7: expected a line end");
 }
 
 TEST_F(PointSetTest, NamesAFileThatIsNotThere) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
 
@@ -139,10 +140,10 @@ TEST(Study, ShowsNoOrderWhereTheSpacingDoesNotFall) {
 
 TEST(Study, HasFaultsWhereResultsAreNotFinite) {
   StudyQuestion question = Ask({"box:4,4,4"}, "plain", {"linear"});
-  EXPECT_FALSE(HasFaults(Answer(question)));
+  EXPECT_FALSE(AnyFaults(Answer(question)));
   question.cases = StudyCases(ChooseStudyMethods("rbf,faces2,points2"), {1e-308}, {3});
   std::vector<StudyLevel> const levels = Answer(question);
-  EXPECT_TRUE(HasFaults(levels));
+  EXPECT_TRUE(AnyFaults(levels));
   std::vector<std::string> const remarks = StudyRemarks(question, levels);
   for (std::string const beginning : {"rbf, Span 1e-308 on box:4,4,4: the gradient is not finite at 64 of 64 "
                                       "places: --span 1e-308 is too small",
@@ -160,7 +161,7 @@ TEST(Study, SaysOnceThatAConstantWeightChangesNothing) {
   EXPECT_EQ(
       StudyRemarks(question, Answer(question)),
       (std::vector<std::string>{
-          "weighted: the same numbers as plain, since the weight is the same in all cells (--weight)"}));
+          "weighted: the same numbers as plain, because the weight is the same in all cells (--weight)"}));
   question.weight.emplace("1+x");
   EXPECT_TRUE(StudyRemarks(question, Answer(question)).empty());
 }

@@ -1,4 +1,4 @@
-#include "cli/compare_ranks/CompareRanksLevels.h"
+#include "cli/compare_ranks/RankLevel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +8,8 @@
 #include <memory>
 
 #include "cli/base/StdoutToFile.h"
+#include "cli/operators/InitializeGradient.h"
+#include "cli/operators/WireOperator.h"
 #include "cli/study/StudyCondition.h"
 #include "cli/study/StudyPoints.h"
 #include "cli/systems/CellStencil.h"
@@ -39,7 +41,7 @@ double LargestSlope(RankResult const& result) {
   return largest;
 }
 
-/// The mesh as one partition, and what the levels are made of.
+/// The mesh as one partition, and the measures from which the levels are computed.
 class WholeMeasures {
  public:
   WholeMeasures(WholeMesh const& mesh, RankQuestion const& question)
@@ -57,7 +59,7 @@ class WholeMeasures {
 
   double largestValue() const { return largestValue_; }
 
-  /// Largest sum of the areas around a cell over its volume, 1/L.
+  /// The largest ratio of the sum of the areas around a cell to its volume, 1/L.
   double LargestSurfaceOverVolume() {
     CZYN3DFiniteVolumeMesh const& m = *partition_.mesh();
     std::vector<double> surface(static_cast<std::size_t>(m.NCell) + 1, 0.0);
@@ -82,12 +84,8 @@ class WholeMeasures {
   std::vector<double> MomentConditions() {
     StdoutToFile const silence("/dev/null");
     COperatorGradient op;
-    op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
-    op.getPartitionFace(partition_.partitionFaces());
-    op.getCommunication(&exchange_, &reduction_);
-    int type = kLeastSquaresType;
-    op.getGradType(type);
-    op.Initialize();
+    WireOperator(op, partition_, &exchange_, &reduction_);
+    InitializeGradient(op, kLeastSquaresType);
     COperatorGradientImpl const& m = *op.m_pImpl;
     return ByMeshNumber([&](int c) {
       return ConditionEstimate({m.m_pSxx[c], m.m_pSxy[c], m.m_pSxz[c], m.m_pSxy[c], m.m_pSyy[c], m.m_pSyz[c],
@@ -108,7 +106,7 @@ class WholeMeasures {
     return ByMeshNumber([&](int c) { return found[static_cast<std::size_t>(c)]; });
   }
 
-  /// Of the values of faces or points against the field at their places.
+  /// The largest error of the values at faces or points, compared with the field at their places.
   double LargestError(StudyMethod const& method, reference_host::FaceMesh const& faces,
                       RankResult const& result) {
     double largest = 0.0;
@@ -133,7 +131,7 @@ class WholeMeasures {
     return largest;
   }
 
-  /// Among a sample of the systems of faces or points.
+  /// The worst condition number among a sample of the systems of faces or points.
   double WorstCondition(StudyCase const& theCase, int searchNumber) {
     InterpolationSettings const settings = {theCase.method->searchMethod, theCase.span, searchNumber, 0.0,
                                             false};

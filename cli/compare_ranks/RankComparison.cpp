@@ -1,4 +1,4 @@
-#include "cli/compare_ranks/CompareRanks.h"
+#include "cli/compare_ranks/RankComparison.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,13 +17,13 @@ namespace {
 using Align = TextTable::Align;
 using reference_host::Point;
 
-/// Bit for bit, so that NaN equals NaN.
+/// Compares bit by bit, so that NaN equals NaN.
 bool SameBits(std::vector<Point> const& a, std::vector<Point> const& b) {
   return a.size() == b.size() &&
          (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Point)) == 0);
 }
 
-/// Length of the difference; 0 for the same bits, infinite if it is no number.
+/// Length of the difference; 0 for the same bits, infinity instead of NaN.
 double DifferenceOf(Point const& a, Point const& b) {
   if (std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0) return 0.0;
   double const dx = a[0] - b[0], dy = a[1] - b[1], dz = a[2] - b[2];
@@ -35,7 +35,7 @@ bool IsFinite(Point const& item) {
   return std::all_of(item.begin(), item.end(), [](double value) { return std::isfinite(value); });
 }
 
-/// Cube root of a cell's mean volume, as if the mesh filled its bounding box, L.
+/// Cube root of the mean cell volume, L, as if the mesh filled its bounding box.
 double SpacingOf(WholeMesh const& mesh) {
   Point low = mesh.faces.points.front(), high = low;
   for (Point const& point : mesh.faces.points) {
@@ -62,14 +62,14 @@ RankDifference Compare(RankResult const& reference, RankResult const& result, Ra
     double const delta = DifferenceOf(reference.item[i], result.item[i]);
     ++difference.nItems[layer];
     difference.largest[layer] = std::max(difference.largest[layer], delta);
-    // A level that is no number, of a singular system, promises nothing.
+    // A level of NaN, from a singular system, promises nothing.
     if (delta > 0.0 && !std::isnan(level.atItem[i]))
       difference.worstRatio = std::max(difference.worstRatio, delta / level.atItem[i]);
   }
   return difference;
 }
 
-/// A face is as far from the cuts as the nearer one of its cells.
+/// A face is as far from the cuts as the nearer of its cells.
 std::vector<int> LayersOfFaces(reference_host::FaceMesh const& mesh, std::vector<int> const& ofCells) {
   std::vector<int> layers(mesh.owner.size(), kLastLayer);
   for (std::size_t f = 0; f < layers.size(); ++f) {
@@ -80,7 +80,7 @@ std::vector<int> LayersOfFaces(reference_host::FaceMesh const& mesh, std::vector
   return layers;
 }
 
-/// Cells count from the nearest cut of either division.
+/// The distance of each cell from the nearest cut of either division.
 std::vector<int> NearestLayers(WholeMesh const& mesh, int nRanks, int nReference) {
   std::vector<int> layers = LayersFromCuts(mesh.faces, mesh.PartOfCell(nRanks));
   if (nReference == 1) return layers;
@@ -129,7 +129,7 @@ void PrintComparisons(std::ostream& out, std::vector<RankComparison> const& comp
                      {"1 cell away"},
                      {"2"},
                      {"3 or more"},
-                     {"of the promise"},
+                     {"ratio to promise"},
                      {"second run", Align::Left},
                      {"", Align::Left}});
     for (RankDifference const& d : comparison.differences) {
@@ -138,12 +138,12 @@ void PrintComparisons(std::ostream& out, std::vector<RankComparison> const& comp
       for (std::size_t layer = 0; layer < d.largest.size(); ++layer)
         row.push_back(d.nItems[layer] > 0 ? Scientific(d.largest[layer], 2) : "-");
       row.push_back(Scientific(d.worstRatio, 2));
-      row.emplace_back(d.isRepeatable ? "same bits" : "other bits");
+      row.emplace_back(d.isRepeatable ? "same bits" : "different bits");
       row.emplace_back(d.KeepsItsPromise() ? "" : "BROKEN");
       table.AddRow(row);
     }
-    out << (isFirst ? "" : "\n") << "largest difference on " << comparison.nRanks
-        << (comparison.nRanks == 1 ? " rank" : " ranks") << " from " << comparison.nReference
+    out << (isFirst ? "" : "\n") << "largest differences on " << comparison.nRanks
+        << (comparison.nRanks == 1 ? " rank" : " ranks") << " compared with " << comparison.nReference
         << ", by distance from the cuts\n\n";
     table.Print(out);
     for (RankDifference const& d : comparison.differences) {

@@ -1,4 +1,4 @@
-#include "cli/check/CheckStencil.h"
+#include "cli/check/SystemChecks.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,7 @@ std::array<double, 3> ExtentOf(std::vector<DQVector> const& points) {
   return {box.xmax - box.xmin, box.ymax - box.ymin, box.zmax - box.zmin};
 }
 
-/// Points that are no other one's place; quadratic in the members of one stencil, which are few.
+/// The number of different places; quadratic in the members of one stencil, which are few.
 int CountPlaces(std::vector<DQVector> const& points, double within) {
   int count = 0;
   for (std::size_t k = 0; k < points.size(); ++k) {

@@ -1,4 +1,4 @@
-#include "cli/compare_ranks/CompareRanksRun.h"
+#include "cli/compare_ranks/RunOnParts.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,14 +10,15 @@
 
 #include "cli/base/OneLine.h"
 #include "cli/base/StdoutToFile.h"
-#include "cli/base/TemporaryFolder.h"
 #include "cli/base/TextTable.h"
 #include "cli/base/UsageError.h"
 #include "cli/faces/TargetedFaces.h"
 #include "cli/gradient/LeastSquaresCheck.h"
-#include "cli/options/InterpolationOptions.h"
+#include "cli/operators/InitializeGradient.h"
+#include "cli/operators/TemporarySettings.h"
+#include "cli/operators/WireOperator.h"
+#include "cli/options/InterpolationSettings.h"
 #include "cli/output/MeshScale.h"
-#include "cli/output/RunSettings.h"
 #include "cli/study/StudyPoints.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "gradient/GradientTypes.h"
@@ -32,7 +33,7 @@ namespace {
 
 using reference_host::HostPartition;
 
-/// Faces of a mesh by their cells.
+/// Finds the faces of a mesh by their cells.
 class FaceNumbers {
  public:
   explicit FaceNumbers(reference_host::FaceMesh const& mesh) {
@@ -44,7 +45,7 @@ class FaceNumbers {
     }
   }
 
-  /// From 0; negative when two cells have several faces between them. @param[in] a,b  cells from 1
+  /// The number of the face, from 0; negative if the cells share several faces. @param[in] a,b  cells, from 1
   int NumberOf(std::int64_t a, std::int64_t b) const { return faceOf_.at(KeyOf(a, b)); }
 
  private:
@@ -56,14 +57,13 @@ class FaceNumbers {
   std::map<std::pair<std::int64_t, std::int64_t>, int> faceOf_;
 };
 
-/// One part, in the thread that has it.
+/// Runs the cases on one part, in the thread that owns it.
 class PartRun {
  public:
-  PartRun(reference_host::InProcessGroup& group, HostPartition& partition, RankQuestion const& question,
-          std::string const& folder)
+  PartRun(reference_host::InProcessGroup& group, HostPartition& partition, RankQuestion const& question)
       : question_(question),
         partition_(partition),
-        folder_(folder),
+        settings_(partition),
         exchange_(group, partition),
         reduction_(group) {
     partition_.CompleteHalo(exchange_);
@@ -78,7 +78,7 @@ class PartRun {
     }
   }
 
-  /// @param[out] result  its items of this part
+  /// @param[out] result  receives the items of this part
   void Run(StudyCase const& theCase, FaceNumbers const& faces, RankResult& result) {
     switch (theCase.method->kind) {
       case StudyMethod::Kind::Gradient:
@@ -96,14 +96,10 @@ class PartRun {
  private:
   void RunGradient(StudyCase const& theCase, RankResult& result) {
     GradientMethod const& method = *theCase.method->gradient;
-    if (theCase.method->TakesSpan()) Tell(SettingsFileText({theCase.span, false}));
+    if (theCase.method->TakesSpan()) settings_.Write(SettingsFileText({theCase.span, false}));
     COperatorGradient op;
-    op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
-    op.getPartitionFace(partition_.partitionFaces());
-    op.getCommunication(&exchange_, &reduction_);
-    int type = method.gradientType;
-    op.getGradType(type);
-    op.Initialize();
+    WireOperator(op, partition_, &exchange_, &reduction_);
+    InitializeGradient(op, method.gradientType);
     if (StopsSomewhere(method, op)) {
       if (partition_.part() == 0) result.notRun = "least squares stops at a zero pivot";
       return;
@@ -127,22 +123,14 @@ class PartRun {
     result.isThere[static_cast<std::size_t>(number)] = 1;
   }
 
-  /// The operators read settings from a file beside the base file name; each part has one of its own.
-  void Tell(std::string const& settings) {
-    std::string const file = folder_ + "/part" + std::to_string(partition_.part()) + ".rbf";
-    partition_.SetBaseFileName(WriteSettingsText(file, settings));
-  }
-
   InterpolationSettings SettingsOf(StudyCase const& theCase) const {
     return {theCase.method->searchMethod, theCase.span, question_.searchNumber, 0.0, false};
   }
 
   void RunFaces(StudyCase const& theCase, FaceNumbers const& faces, RankResult& result) {
-    Tell(FaceSettingsText(SettingsOf(theCase)));
+    settings_.Write(FaceSettingsText(SettingsOf(theCase)));
     CZynFaceRBFInternalObject op;
-    op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
-    op.getPartitionFace(partition_.partitionFaces());
-    op.getCommunication(&exchange_);
+    WireOperator(op, partition_, &exchange_);
     op.Initialize_FaceInterpolateData(static_cast<int>(FaceKind::Inner));
     CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
     std::vector<double> value(static_cast<std::size_t>(mesh.NInnerFaces) + 1, 0.0),
@@ -171,10 +159,9 @@ class PartRun {
     for (std::size_t c = 1; c < mark.size(); ++c)
       if (partition_.globalCell()[c] > 0) mark[c] = -1.0;
 
-    Tell(PointSettingsText(SettingsOf(theCase)));
+    settings_.Write(PointSettingsText(SettingsOf(theCase)));
     CZynIBRBFInternalObject op;
-    op.getZyn3dGV(partition_.globals(), nullptr, nullptr, partition_.mesh());
-    op.getPartitionFace(partition_.partitionFaces());
+    WireOperator(op, partition_);
     op.Initialize_IBInterpolateData(mark.data(), static_cast<int>(cells.size()), x.data(), y.data(),
                                     z.data());
     std::vector<double> value(x.size(), 0.0), slope[3] = {value, value, value};
@@ -184,7 +171,7 @@ class PartRun {
       SetItem(result, Number(cells[k]) - 1, {value[k + 1], 0.0, 0.0});
   }
 
-  /// Collective. The method would leave without its exchange there, and the other parts would wait for it.
+  /// Collective. At such a cell the method would return without its exchange, and the other parts would wait for it.
   bool StopsSomewhere(GradientMethod const& method, COperatorGradient& op) {
     if (method.gradientType != kLeastSquaresType) return false;
     COperatorGradientImpl const& moments = *op.m_pImpl;
@@ -197,7 +184,7 @@ class PartRun {
 
   RankQuestion const& question_;
   HostPartition& partition_;
-  std::string const& folder_;
+  TemporarySettings settings_;
   reference_host::InProcessCommunication exchange_;
   reference_host::InProcessReduction reduction_;
   std::vector<double> field_;
@@ -227,7 +214,6 @@ RankResult EmptyResult(WholeMesh const& mesh, StudyCase const& theCase) {
 
 std::vector<RankResult> RunOnParts(WholeMesh const& mesh, int nParts, RankQuestion const& question,
                                    bool nonBlocking) {
-  TemporaryFolder const folder;
   auto const partitions = MakePartitions(mesh, nParts, nonBlocking);
   FaceNumbers const faces(mesh.faces);
   std::vector<RankResult> results;
@@ -236,7 +222,7 @@ std::vector<RankResult> RunOnParts(WholeMesh const& mesh, int nParts, RankQuesti
   StdoutToFile const silence("/dev/null");
   reference_host::InProcessGroup group(nParts);
   reference_host::RunInProcess(group, [&](int part) {
-    PartRun run(group, *partitions[static_cast<std::size_t>(part)], question, folder.path());
+    PartRun run(group, *partitions[static_cast<std::size_t>(part)], question);
     for (std::size_t k = 0; k < results.size(); ++k) run.Run(question.cases[k], faces, results[k]);
   });
   for (RankResult& result : results)

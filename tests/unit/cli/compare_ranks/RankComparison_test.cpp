@@ -1,4 +1,4 @@
-#include "cli/compare_ranks/CompareRanks.h"
+#include "cli/compare_ranks/RankComparison.h"
 
 #include <gtest/gtest.h>
 
@@ -45,7 +45,7 @@ TEST(WholeMesh, IsDividedAsOnRanks) {
                reference_host::MeshError);
 }
 
-TEST(CompareRanks, KeepsThePromiseOnEveryKindOfCell) {
+TEST(RankComparison, KeepsThePromiseOnEveryKindOfCell) {
   for (std::string const mesh : {"box:6,6,6:hex:perturb=0.2,seed=3", "box:4,4,4:tet", "box:4,4,4:prism",
                                  "box:4,4,4:dual", "box:6,6,6:hex:stretch=1000", "box:6,6,6:hex:skew=0.25"}) {
     for (RankComparison const& comparison :
@@ -61,7 +61,7 @@ TEST(CompareRanks, KeepsThePromiseOnEveryKindOfCell) {
   }
 }
 
-TEST(CompareRanks, FindsDifferencesOnlyWhereThereAreAny) {
+TEST(RankComparison, FindsDifferencesOnlyWhereThereAreAny) {
   auto const comparisons =
       CompareRankCounts(ReadWholeMesh("box:8,8,8:hex:perturb=0.2", {}), {1, 4}, Ask("sin(2*x)*y + z^2"));
   RankDifference const& plain = comparisons[1].differences[0];
@@ -84,7 +84,7 @@ TEST(RunOnParts, GivesLeastSquaresTheExactSlopeOfALinearField) {
   }
 }
 
-TEST(CompareRanks, FindsFacesAndPointsWithinTheirError) {
+TEST(RankComparison, FindsFacesAndPointsWithinTheirError) {
   RankQuestion const question = Ask("sin(2*x)*y + z^2", "faces,points");
   for (std::string const mesh : {"box:8,8,8", "box:8,8,8:hex:perturb=0.1,seed=3", "box:4,4,4:tet"}) {
     auto const comparisons = CompareRankCounts(ReadWholeMesh(mesh, {}), {1, 2}, question);
@@ -97,7 +97,7 @@ TEST(CompareRanks, FindsFacesAndPointsWithinTheirError) {
   }
 }
 
-TEST(CompareRanks, FindsFacesOfTheMeshsOwnNeighboursTheSameAwayFromCuts) {
+TEST(RankComparison, FindsFacesOfTheMeshsOwnNeighboursTheSameAwayFromCuts) {
   RankQuestion const question = Ask("sin(2*x)*y + z^2", "faces3");
   RankDifference const d =
       CompareRankCounts(ReadWholeMesh("box:10,4,4:hex:perturb=0.1", {}), {1, 2}, question)[1]
@@ -163,7 +163,7 @@ TEST(RankLevels, GrowOnFlatItems) {
   EXPECT_GT(level(flat, "lsq"), 10 * level(cubes, "lsq"));
 }
 
-TEST(CompareRanks, CountsWhatIsNotFinite) {
+TEST(RankComparison, CountsWhatIsNotFinite) {
   RankQuestion question = Ask("x*y");
   question.cases = StudyCases(ChooseStudyMethods("plain,rbf"), {1e-308}, {3});
   auto const comparisons = CompareRankCounts(ReadWholeMesh("box:3,3,3", {}), {1, 2}, question);
@@ -178,7 +178,7 @@ TEST(CompareRanks, CountsWhatIsNotFinite) {
       << out.str();
 }
 
-TEST(CompareRanks, SaysWhatIsBrokenAndWhatDidNotRun) {
+TEST(RankComparison, SaysWhatIsBrokenAndWhatDidNotRun) {
   RankDifference kept = {"plain", "round-off", "", {1e-15, 0, 0, 0}, {1, 2, 3, 0}, 0.5, true, 0, ""};
   RankDifference broken = kept, unrepeatable = kept, notRun = kept;
   broken.method = "lsq";

@@ -1,4 +1,4 @@
-#include "cli/compare_ranks/CompareRanksMesh.h"
+#include "cli/compare_ranks/WholeMesh.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "cli/check/CheckStencil.h"
+#include "cli/check/SystemChecks.h"
 
 #include <gtest/gtest.h>
 
@@ -19,30 +19,30 @@ std::uint32_t FoundIn(std::vector<DQVector> const& points) {
   return system.findings;
 }
 
-TEST(CheckStencil, FindsNothingInATetrahedronOfNeighbours) {
+TEST(SystemChecks, FindsNothingInATetrahedronOfNeighbours) {
   EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}), 0U);
 }
 
-TEST(CheckStencil, FindsMembersAtOnePosition) {
+TEST(SystemChecks, FindsMembersAtOnePosition) {
   EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 0}}), kHasCoincidentMembers);
   // Nearer than what the coordinates resolve.
   EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1e-13, 0}}), kHasCoincidentMembers);
   EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1e-9, 0}}), 0U);
 }
 
-TEST(CheckStencil, FindsAnAxisWithoutExtent) {
+TEST(SystemChecks, FindsAnAxisWithoutExtent) {
   EXPECT_EQ(FoundIn({{0, 0, 5}, {1, 0, 5}, {0, 1, 5}, {1, 1, 5}}), kHasFlatAxis);
   EXPECT_EQ(FoundIn({{0, 0, 0}, {1e6, 0, 0}, {0, 1e6, 0}, {0, 0, 1}}), 0U);  // flat, but an extent it has
 }
 
-TEST(CheckStencil, FindsFewerNeighboursThanDirections) {
+TEST(SystemChecks, FindsFewerNeighboursThanDirections) {
   EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 2, 3}, {3, 1, 2}}), kHasFewMembers);
   // Four members, two of them in one place.
   EXPECT_EQ(FoundIn({{0, 0, 0}, {1, 2, 3}, {3, 1, 2}, {1, 2, 3}}), kHasFewMembers | kHasCoincidentMembers);
   EXPECT_NE(FoundIn({}) & kHasFewMembers, 0U);
 }
 
-TEST(CheckStencil, JudgesConditionNumbersAndKeepsTheWorst) {
+TEST(SystemChecks, JudgesConditionNumbersAndKeepsTheWorst) {
   CheckedSystem system;
   CheckCondition(1e11, system);
   EXPECT_EQ(system.findings, 0U);
@@ -59,7 +59,7 @@ TEST(CheckStencil, JudgesConditionNumbersAndKeepsTheWorst) {
   EXPECT_TRUE(std::isnan(system.condition));
 }
 
-TEST(CheckStencil, TakesSlopesRelativeToTheirWeightsAndValuesAsTheyAre) {
+TEST(SystemChecks, TakesSlopesRelativeToTheirWeightsAndValuesAsTheyAre) {
   RowSum row;
   for (double const weight : {2000.0, -1999.0}) row.Add(weight);
   EXPECT_EQ(row.DistanceFromOne(), 0.0);
@@ -67,7 +67,7 @@ TEST(CheckStencil, TakesSlopesRelativeToTheirWeightsAndValuesAsTheyAre) {
   EXPECT_EQ(RowSum().DistanceFromZero(), 0.0);
 }
 
-TEST(CheckStencil, FindsRowsThatAreNotFiniteOrDoNotSumToTheirIdeal) {
+TEST(SystemChecks, FindsRowsThatAreNotFiniteOrDoNotSumToTheirIdeal) {
   RowSum sound, off, broken;
   sound.Add(1.0);
   off.Add(1.5);
@@ -84,7 +84,7 @@ TEST(CheckStencil, FindsRowsThatAreNotFiniteOrDoNotSumToTheirIdeal) {
   EXPECT_TRUE(std::isnan(system.rowSum));
 }
 
-TEST(CheckStencil, FindsWeightsOfAValueThatMagnifyErrors) {
+TEST(SystemChecks, FindsWeightsOfAValueThatMagnifyErrors) {
   RowSum sound, large;
   for (double const weight : {5.5, -4.5}) sound.Add(weight);  // ten in magnitude, which is still let pass
   for (double const weight : {6.0, -5.0}) large.Add(weight);

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+
+#include "cli/base/Progress.h"
+#include "cli/base/Ranks.h"
+#include "cli/output/OutputFolder.h"
+#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/parallel/LoadMesh.h"
+
+namespace zyngrad {
+
+/// What a command works with while it runs: the ranks, the progress line, the mesh, the output folder. Command::Run
+/// makes it.
+class CommandRun {
+ public:
+  explicit CommandRun(Ranks const& ranks);
+
+  Ranks const& ranks() const { return ranks_; }
+  Progress& progress() { return progress_; }
+
+  /// The progress line as a function, for work that reports its own stages.
+  std::function<void(std::string const&)> Stages();
+
+  /// Collective. Loads the mesh that the command line names.
+  void LoadMesh(std::string const& name, std::map<std::string, reference_host::BoundaryGroup> const& groups);
+
+  /// Prints the sizes and the quality of the mesh. @pre LoadMesh
+  void PrintMesh();
+
+  reference_host::LoadedMesh& mesh() { return *mesh_; }
+  reference_host::HostPartition& partition() { return *mesh_->partition; }
+
+  /// Adds the mesh to a results file; does nothing if the command loaded none.
+  void FillJson(nlohmann::ordered_json& json) const;
+
+  /// Collective. @throws UsageError as OutputFolder does
+  void OpenFolder(std::string const& path, OutputPlan plan);
+
+  /// @pre the command writes files
+  OutputFolder& folder() { return *folder_; }
+
+ private:
+  Ranks const& ranks_;
+  Progress progress_;
+  std::optional<OutputFolder> folder_;
+  std::string meshName_;
+  std::optional<reference_host::LoadedMesh> mesh_;
+};
+
+}  // namespace zyngrad

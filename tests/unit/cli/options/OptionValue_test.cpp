@@ -1,0 +1,27 @@
+#include "cli/options/OptionValue.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/base/UsageError.h"
+
+namespace zyngrad {
+namespace {
+
+TEST(OptionValue, TakesWholeNumbers) {
+  EXPECT_EQ(WholeNumber("--sweeps", "0", 0), 0);
+  EXPECT_EQ(WholeNumber("--sweeps", "2147483647", 0), 2147483647);
+  for (char const* text : {"", "x", "3.5", "3 ", " 3", "-1", "2147483648", "1e3", "0x3"}) {
+    EXPECT_THROW(WholeNumber("--sweeps", text, 0), UsageError) << text;
+  }
+  EXPECT_THROW(WholeNumber("--repeat", "0", 1), UsageError);
+}
+
+TEST(OptionValue, TakesPositiveFiniteNumbers) {
+  EXPECT_EQ(PositiveNumber("--span", "500"), 500.0);
+  EXPECT_EQ(PositiveNumber("--span", "2.5e1"), 25.0);
+  for (char const* text : {"", "0", "-1", "nan", "inf", "1e999", "5 ", " 5", "5x", "0x5", "five"})
+    EXPECT_THROW(PositiveNumber("--span", text), UsageError) << text;
+}
+
+}  // namespace
+}  // namespace zyngrad
