@@ -9,6 +9,9 @@
 
 namespace reference_host {
 
+/// Room for a name in a CGNS file: at most 32 characters and the terminating NUL.
+constexpr std::size_t kCgnsNameSize = 33;
+
 /// Elements of one Elements_t of the zone, all numbers counted from 1.
 struct CgnsSection {
   std::string name;
