@@ -36,8 +36,8 @@ struct HostNumbering {
   /// [IndexOf(kind)][1..n] part number of a face. Inner faces ascend by (ijCV, ij), partition faces by
   /// (ijParCV, ijPar), boundary faces by their cell; ties by part number.
   std::array<std::vector<int>, kFaceKinds> partFace;
-  std::array<int, kFaceKinds>
-      ghostsBefore{};  ///< the ghost cell of face f of a kind is ghostsBefore[kind] + f
+  /// the ghost cell of face f of a kind is ghostsBefore[kind] + f
+  std::array<int, kFaceKinds> ghostsBefore{};
 
   int nFaces(FaceKind k) const { return static_cast<int>(PartFaces(k).size()) - 1; }
   std::vector<int> const& PartFaces(FaceKind k) const { return partFace[IndexOf(k)]; }
