@@ -15,6 +15,10 @@ constexpr std::array<FaceKind, 4> kGhostOrder = {FaceKind::Inlet, FaceKind::Outl
                                                  FaceKind::Wall};
 
 constexpr FaceKind KindOf(BoundaryGroup group) { return kGhostOrder[static_cast<std::size_t>(group)]; }
+static_assert(KindOf(BoundaryGroup::Inlet) == FaceKind::Inlet &&
+              KindOf(BoundaryGroup::Outlet) == FaceKind::Outlet &&
+              KindOf(BoundaryGroup::Symmetry) == FaceKind::Symmetry &&
+              KindOf(BoundaryGroup::Wall) == FaceKind::Wall);
 
 /// The numbers of a MeshPart's cells and faces in the operators' tables. The "part number" is the 0-based
 /// number in the MeshPart, the "host number" the 1-based one in the tables. Exists only while the tables are
