@@ -8,7 +8,7 @@
 
 namespace {
 
-// Stencils of cells and points are below this, so that a solve allocates nothing of its own.
+// The systems of most cells and points are smaller than this, and their solves allocate nothing.
 constexpr lapack_int kOrderOnStack = 128;
 
 }  // namespace
@@ -23,7 +23,7 @@ int CDenseSolver::Solve(lapack_int n, double* A, double* B, double* X, int nrhs)
   }
   std::fill_n(pivots, n, 0);
 
-  // The status is dropped on purpose: a bad system shows in the residuals that the callers print.
+  // The status is not passed on: callers go on whatever it is, and a bad system shows in the residuals that they print.
   static_cast<void>(LAPACKE_dgesv(LAPACK_ROW_MAJOR, n, nrhs, A, n, pivots, B, nrhs));
 
   std::ptrdiff_t const nValues = static_cast<std::ptrdiff_t>(n) * nrhs;

@@ -18,7 +18,7 @@ int Cpp_DataStructure::CreateRow(int row, int length) {
   if (row < 0 || row > m_iNRow) return Status::kFailure;
   if (m_ppRow != nullptr && m_ppRow[row] != nullptr) return Status::kFailure;
   if (m_iNRow == 0 || m_ppRow == nullptr) return Status::kNoRows;
-  // There is room for the length in any case, whatever it is.
+  // Element 0 holds the length, even one below 0.
   m_ppRow[row] = new int[static_cast<std::size_t>(std::max(length, 0)) + 1]();
   m_ppRow[row][0] = length;
   return Status::kDone;

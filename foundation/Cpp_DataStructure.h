@@ -1,11 +1,11 @@
 #pragma once
 
-/// A ragged table of integers, used singly and in arrays.
+/// A ragged table of integers.
 ///
-/// Used in one way only: SetRowNumber once, CreateRow once per row, then reads and writes. A row neither
-/// changes its length nor is replaced. Owns its rows until Release or destruction.
+/// Call SetRowNumber once, then CreateRow once per row, then read and write. A row keeps its length and is never
+/// replaced. The table owns its rows until Release or destruction.
 ///
-/// Copying copies pointers: of two objects that share rows only one may be destroyed.
+/// Copying copies pointers: of two objects that share rows, only one may be destroyed.
 class Cpp_DataStructure {
  public:
   Cpp_DataStructure() = default;
@@ -13,14 +13,14 @@ class Cpp_DataStructure {
   Cpp_DataStructure& operator=(Cpp_DataStructure const&) = default;
   virtual ~Cpp_DataStructure();
 
-  /// Rows 0..n without content. A second call changes the count alone and keeps the pointers as they are, so
-  /// it must not come with a larger n.
+  /// Makes rows 0..n without content. A second call changes the count and keeps the table of rows, so its n must not be
+  /// larger.
   /// @return 0; -1 for a negative n
   int SetRowNumber(int n);
 
   /// Creates a row of `length` zeros behind its length.
-  /// @return 0; -1 when the row exists or is not one of 0..m_iNRow; -2 when there are no rows beyond row 0,
-  /// or no table
+  /// @return 0; -1 if the row exists already or is not one of 0..m_iNRow; -2 if there are no rows beyond row 0 or there
+  ///         is no table
   int CreateRow(int row, int length);
 
   /// Frees all rows and the table; m_iNRow stays. @return 0

@@ -8,14 +8,14 @@
 #include "foundation/Status.h"
 
 /// @file
-/// What the setters of all operators do with the host objects that a solver hands over.
+/// How the operators store the host objects that a solver hands to their setters.
 
 constexpr char kNoGlobals[] = "Can not get the object of Global Variables\n";
 constexpr char kNoPartitionFaces[] = "Can not get the object of Part Faces\n";
 constexpr char kNoCommunication[] = "Can not get the object of Communication\n";
 
-/// Stores `given`; a null is a failure that keeps the earlier value.
-/// @return 1; -1 for null, with the line `failure` appended to `errorText`
+/// Stores `given`. A null is a failure: the earlier value is kept and the line `failure` is appended to `errorText`.
+/// @return 1; -1 for null
 template <typename T, std::size_t N>
 int Receive(T* given, T*& kept, char (&errorText)[N], char const* failure) {
   if (given == nullptr) {
