@@ -16,6 +16,14 @@ std::string Settings(FaceSettings const& settings, bool debug) {
                   std::to_string(settings.searchNumber), debug ? "1" : "0");
 }
 
+CZYNCMP_FaceRBF_Parm BlockOf(FaceSettings const& settings) {
+  CZYNCMP_FaceRBF_Parm block;
+  block.Span = static_cast<int>(settings.span);
+  block.iSearch_method = settings.method;
+  block.Search_number = settings.searchNumber;
+  return block;
+}
+
 void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteVolumeMesh& mesh,
              CPartitionFace_DLL& partitionFaces) {
   EXPECT_EQ(1, object.getZyn3dGV(&globals, nullptr, nullptr, &mesh));
@@ -23,9 +31,7 @@ void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteV
 }
 
 void FaceBed::UseBlock(FaceSettings const& settings) {
-  host.parameters.block.Span = static_cast<int>(settings.span);
-  host.parameters.block.iSearch_method = settings.method;
-  host.parameters.block.Search_number = settings.searchNumber;
+  host.parameters.block = BlockOf(settings);
   EXPECT_EQ(1, object.SetZYNKNCMP(&host.parameters));
 }
 
