@@ -33,7 +33,7 @@ class FaceParts : public CutMesh {
 /// A face operator on one part, set up with the settings from a parameter block.
 struct FaceOperatorOnPart {
   FaceOperatorOnPart(HostPartition& own, int faceType, FaceSettings const& settings) : part(own) {
-    parameters.block = BlockOf(settings);
+    Fill(parameters.block, settings);
     Connect(object, *part.globals(), *part.mesh(), *part.partitionFaces());
     object.SetZYNKNCMP(&parameters);
     Printed([&] { object.Initialize_FaceInterpolateData(faceType); });

@@ -16,12 +16,10 @@ std::string Settings(FaceSettings const& settings, bool debug) {
                   std::to_string(settings.searchNumber), debug ? "1" : "0");
 }
 
-CZYNCMP_FaceRBF_Parm BlockOf(FaceSettings const& settings) {
-  CZYNCMP_FaceRBF_Parm block;
+void Fill(CZYNCMP_FaceRBF_Parm& block, FaceSettings const& settings) {
   block.Span = static_cast<int>(settings.span);
   block.iSearch_method = settings.method;
   block.Search_number = settings.searchNumber;
-  return block;
 }
 
 void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteVolumeMesh& mesh,
@@ -31,7 +29,7 @@ void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteV
 }
 
 void FaceBed::UseBlock(FaceSettings const& settings) {
-  host.parameters.block = BlockOf(settings);
+  Fill(host.parameters.block, settings);
   EXPECT_EQ(1, object.SetZYNKNCMP(&host.parameters));
 }
 

@@ -15,8 +15,8 @@ std::string Settings(std::string const& span, std::string const& method, std::st
                      std::string const& number, std::string const& debug);
 std::string Settings(FaceSettings const& settings, bool debug = false);
 
-/// The settings as the solver's parameters hold them: whole numbers for the span.
-CZYNCMP_FaceRBF_Parm BlockOf(FaceSettings const& settings);
+/// Puts the settings into a block of the solver's parameters, whose span is a whole number. The other values stay.
+void Fill(CZYNCMP_FaceRBF_Parm& block, FaceSettings const& settings);
 
 /// Gives an operator the host objects of any host. The operator borrows them.
 void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteVolumeMesh& mesh,
