@@ -35,7 +35,7 @@ enum Finding : std::uint32_t {
 /// The gradient of method number k of GradientMethods() is not finite.
 constexpr std::uint32_t GradientNotFinite(std::size_t k) { return 1U << (19 + k); }
 
-// The limits beyond which something is a finding. docs/check.md explains each finding.
+// The limits beyond which something is a finding. docs/use/check.md explains each finding.
 constexpr double kFlatCell = 1e-6;                 ///< volume / (surface area)^1.5; 0.07 for a cube
 constexpr double kExtremeSkewness = 1.0;           ///< as reference_host::QualitySums measures it
 constexpr double kExtremeNonOrthogonality = 70.0;  ///< degrees

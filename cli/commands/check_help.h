@@ -22,7 +22,7 @@ inline constexpr char const* kBody =
 inline constexpr char const* kFooter =
     R"(The check looks at every cell before you trust a run: its shape, the system that the radial-basis gradient
 solves for it, the pivots of least squares, and whether the other gradients are finite. With --group-faces,
---points or --body it also looks at the systems of faces and points. docs/check.md explains each line and
+--points or --body it also looks at the systems of faces and points. docs/use/check.md explains each line and
 what to do about it.
 
 The exit code is 0 if all results would be finite and none is marked wrong, and 1 otherwise; the last lines
