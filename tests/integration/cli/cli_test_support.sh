@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Helpers for the tests that run zyngrad as a user would: whole commands, on one and several ranks, with right and wrong
-# input. A test sources this file with its own three arguments, and ends with `finish`:
+# Helpers for the tests that run zyngrad as a user would: whole commands, on one and several ranks, with valid and
+# invalid input. A test sources this file with its own three arguments and ends with `finish`:
 #   SOME_test.sh ZYNGRAD_BINARY MPIRUN DATA_DIR
-# One line per check, then "N passed, M failed"; exit code 1 if any failed. It works in a folder of its own, so that several
-# tests can run at the same time.
+# Prints one line per check, then "N passed, M failed". The exit code is 1 if any check failed. Each test works in a
+# folder of its own, so that several tests can run at the same time.
 set -u
 
 zyngrad=$(realpath "$1")
@@ -15,9 +15,9 @@ cd "$work" || exit 1
 
 export OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 OMPI_MCA_rmaps_base_oversubscribe=1
 export OMPI_MCA_mpi_yield_when_idle=1 OMPI_MCA_btl_vader_single_copy_mechanism=none OMP_NUM_THREADS=1
-# One machine, shared memory: looking for networks and graphics cards takes longer than most runs here.
+# One machine with shared memory: the search for networks and graphics cards would take longer than most runs here.
 : "${OMPI_MCA_plm:=isolated}" "${OMPI_MCA_pml:=ob1}" "${OMPI_MCA_btl:=self,vader}" "${HWLOC_COMPONENTS:=-gl,-opencl,-pci}"
-# After an exit code other than 0, mpirun would wait two seconds before it ends the other ranks, which have ended.
+# After an exit code other than 0, mpirun would wait two seconds before it ends the other ranks, which have ended already.
 : "${OMPI_MCA_odls_base_sigkill_timeout:=0}"
 export OMPI_MCA_plm OMPI_MCA_pml OMPI_MCA_btl OMPI_MCA_odls_base_sigkill_timeout HWLOC_COMPONENTS
 
@@ -56,7 +56,7 @@ number() {  # number FILE KEY N
   grep -o "\"$2\": [-+0-9.e]*" "$1" | sed -n "$3p" | sed 's/.*: //'
 }
 
-# The same behind the word "results": what is said of the mesh has numbers of the same names.
+# The same after the word "results", because the section on the mesh has numbers with the same names.
 result() {  # result FILE KEY N
   sed -n '/^  "results"/,$p' "$1" | grep -o "\"$2\": [-+0-9.e]*" | sed -n "$3p" | sed 's/.*: //'
 }
@@ -67,8 +67,7 @@ below() {  # below VALUE LIMIT
 
 no_parts_left() { [ -z "$(find . -name '*.part')" ]; }
 
-# Byte count of a raw-appended grid file against what its own arrays announce is the business of the unit tests; here: it
-# is there, closed, and has the arrays.
+# Whether a grid file exists, is closed, and has the arrays. The unit tests check the byte counts of its raw data.
 grid_has() {  # grid_has FILE ARRAY...
   local file=$1 array
   shift
@@ -116,7 +115,7 @@ two_polyhedra() {  # two_polyhedra FOLDER NAME: all boundary faces in one patch 
   { foam polyBoundaryMesh boundary && echo "1 ( $2 { type patch; nFaces 10; startFace 2; } )"; } >"$1/boundary"
 }
 
-# The same two cells as OpenFOAM's tool for decomposing leaves them: one in each processor folder, without addressing.
+# The same two cells as OpenFOAM's decomposition tool writes them: one in each processor folder, without addressing.
 two_processors() {  # two_processors CASE NAME
   local p mesh
   for p in 0 1; do
@@ -181,7 +180,7 @@ $EndElements
 MSH
 }
 
-# A cube within a hollow one: both cells have the same centre, so nothing tells their values apart.
+# A cube inside a hollow cube: both cells have the same centre, so a method cannot tell their values apart.
 cell_within_a_cell() {  # cell_within_a_cell FOLDER
   mkdir -p "$1"
   foam() { printf 'FoamFile\n{\n    version 2.0;\n    format ascii;\n    class %s;\n    object %s;\n}\n' "$1" "$2"; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# zyngrad gradient, info and explain: results, files, the same on several ranks.
+# zyngrad gradient, info and explain: results, files, and the same results on several ranks.
 #   gradient_test.sh ZYNGRAD_BINARY MPIRUN DATA_DIR
 # shellcheck source=cli_test_support.sh
 . "$(dirname "${BASH_SOURCE[0]}")/cli_test_support.sh"
@@ -22,7 +22,7 @@ for ranks in 1 2; do
   check "info --help on $ranks ranks shows examples once" [ "$(grep -c '^Examples:' stdout)" = 1 ]
 done
 
-# Whatever a help text calls an option is one of the command's.
+# Every option in a help text belongs to the command.
 for command in gradient faces points study check compare-ranks info explain; do
   run 1 $command --help
   for option in $(grep -o -- '--[a-z][a-z-]*' stdout | sort -u); do
@@ -63,7 +63,7 @@ for ranks in 1 2 4; do
   check "vector of three fields, $ranks ranks: a row each" [ "$(grep -c '^  vector\.[123] ' stdout)" = 3 ]
 done
 
-# The same question on 1, 2 and 4 ranks has the same answer; sums run in another order, so not to the last bit.
+# 1, 2 and 4 ranks give the same results except for the last bits, because the sums run in another order.
 for ranks in 1 2 4; do run $ranks gradient box:8,8,8 --field "sin(3*x)*y + z^2" -o "same-$ranks"; done
 for entry in 1 2 3 4 5 6 7 8 9 10; do
   for ranks in 2 4; do

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Wrong input: exit code 2, one line that says what is wrong, and no file left.
+# Wrong input gives exit code 2 and one line that says what is wrong, and leaves no file behind.
 #   input_test.sh ZYNGRAD_BINARY MPIRUN DATA_DIR
 # shellcheck source=cli_test_support.sh
 . "$(dirname "${BASH_SOURCE[0]}")/cli_test_support.sh"

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# zyngrad faces and points: results, files, the same on several ranks.
+# zyngrad faces and points: results, files, and the same results on several ranks.
 #   interpolation_test.sh ZYNGRAD_BINARY MPIRUN DATA_DIR
 # shellcheck source=cli_test_support.sh
 . "$(dirname "${BASH_SOURCE[0]}")/cli_test_support.sh"
@@ -25,7 +25,7 @@ for ranks in 1 2 4; do
     name="faces, method $method, $ranks ranks"
     check "$name: exit code 0" exited 0
     check "$name: nothing on stderr" [ ! -s stderr ]
-    # The weights are not made to sum to 1; at a span of 100 they do within 1e-3.
+    # The method does not force the weights to sum to 1; at a span of 100 they do so within 1e-3.
     check "$name: constant" below "$(result "faces-$ranks/results.json" max 1)" 7e-3
     check "$name: settings of every rank" \
       [ "$(cat "faces-$ranks"/settings.rank*.rbf | grep -c "^iSearch_method    = $method\$")" = "$ranks" ]
@@ -50,7 +50,7 @@ for ranks in 1 2 4; do
         check "$name: says that there are no values" [ "$(grep -c 'all values are 0 by design' stdout)" = 1 ]
         check "$name: no errors" contains sides/results.json '"errors": null'
       else
-        # The cell beyond the face stands on it and holds the boundary value.
+        # The cell beyond the face lies on the face and holds the boundary value.
         check "$name: nearly the boundary value" below "$(result sides/results.json max 1)" 1e-3
       fi
     done
@@ -138,7 +138,7 @@ check "compare-ranks on a fan: warns" contains stdout "A comparison without face
 run 1 faces fan.msh --field x --group inner -o fan-faces
 check "faces of a fan, method 4: nothing to warn of" [ "$(grep -c 'cells around it' stdout)" = 0 ]
 
-# The work of 6000 cells takes a minute; the warning has to stand there while it has hardly begun.
+# The work for 6000 cells takes a minute; the warning must appear when it has hardly begun.
 fan 6000 >fan.msh
 "$zyngrad" points fan.msh --field x --points one.csv -o fan >early 2>&1 &
 early=$!
@@ -197,11 +197,11 @@ for ranks in 1 2 4; do
   check "points of a body with a spacing, $ranks ranks: less" [ "$(wc -l <thin-$ranks/points.csv)" -lt "$(wc -l <body-1/points.csv)" ]
   check "points of a body with a spacing, $ranks ranks: the same points" \
     [ "$(cut -d, -f1-3 thin-$ranks/points.csv)" = "$(cut -d, -f1-3 thin-1/points.csv)" ]
-  # The field has no value inside the body: only cells outside are asked for one.
+  # The field has no value inside the body, so only cells outside may be evaluated.
   run $ranks points box:9,9,9 --field "sqrt((x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.06)" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" -o root
   check "field outside a body, $ranks ranks: exit code 0" exited 0
   check "field outside a body, $ranks ranks: all values are numbers" [ "$(result root/results.json notFinite 1)" = 0 ]
-  # Half of the box is body; a point deep inside it is far from usable cells, one at its surface is not.
+  # The body fills half of the box. A point deep inside it is far from usable cells, a point on its surface is not.
   printf 'x,y,z\n0.2,0.5,0.5\n0.7,0.5,0.5\n0.5,0.5,0.5\n' >half.csv
   run $ranks points box:10,10,10 --field "x" --points half.csv --body "x-0.5" -o half
   check "points inside a body, $ranks ranks: exit code 0" exited 0

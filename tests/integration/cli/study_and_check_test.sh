@@ -10,7 +10,7 @@ cell_within_a_cell meshes/shell
 
 # --- check -----------------------------------------------------------------------------------------------------------
 
-# What is said of the cells, which does not depend on the number of ranks.
+# The part of the output on the cells, which does not depend on the number of ranks.
 of_cells() { sed -n '/^[0-9,]* cells$/,/^all results\|^NOT all/p' "$1"; }
 finding() { grep -A 1 "\"$2\": {" "$1" | number /dev/stdin count 1; }  # finding FILE KEY
 

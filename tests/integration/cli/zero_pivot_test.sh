@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Where least squares stops, the program names the cell and the rank that holds it. Decomposed cases say which rank that
-# is: each rank reads its own folder.
+# If least squares stops, the program names the cell and the rank that owns it. Decomposed cases determine which rank
+# that is, because each rank reads its own folder.
 source "$(dirname "$0")/cli_test_support.sh"
 
 foam() { printf 'FoamFile\n{\n    version 2.0;\n    format ascii;\n    class %s;\n    object %s;\n}\n' "$1" "$2"; }
@@ -48,7 +48,7 @@ names() {  # names CELL RANK
   grep -qE "^  lsq: not run: least squares stops at cell $1 on rank $2 \(zero pivot\)" stdout
 }
 
-# What `check` says of the cell in its table of the worst.
+# What `check` says about the cell in its table of the worst cells.
 checks() {  # checks CELL
   grep -qE "^[^(]*\b$1\b.*least squares stops: zero pivot" stdout
 }
