@@ -1,7 +1,7 @@
-# Unity builds: with CMAKE_UNITY_BUILD, the sources of a folder are compiled as one, which reads each heavy header once.
+# With ZYN_UNITY_BUILD, the sources of a folder are compiled as one, which reads each heavy header once.
 # Sources of one folder belong together anyhow; their unnamed namespaces therefore share one set of names.
 function(zyn_unite_folders target)
-  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${ZYN_UNITY_BUILD} UNITY_BUILD_MODE GROUP)
   get_target_property(sources ${target} SOURCES)
   foreach(source IN LISTS sources)
     if(source MATCHES "\\.cpp$")

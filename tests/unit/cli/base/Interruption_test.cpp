@@ -45,7 +45,7 @@ class PlainFolder {
 };
 
 /// How a process ends that does `work`: the signal, or minus the exit code.
-int EndOf(std::function<void()> const& work) {
+int EndAfter(std::function<void()> const& work) {
   pid_t const child = fork();
   if (child == 0) {
     work();
@@ -66,7 +66,7 @@ TEST(Interruption, RunsCleanupsLatestFirstAndEndsByTheSignal) {
   for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
     std::string const file = folder.path() + '/' + std::to_string(signal);
     auto const append = [&file](char const* text) { std::ofstream(file, std::ios::app) << text; };
-    EXPECT_EQ(EndOf([&] {
+    EXPECT_EQ(EndAfter([&] {
                 InterruptionWatcher const watcher;
                 Cleanup const first([&] { append("first "); });
                 {
@@ -85,7 +85,7 @@ TEST(Interruption, RunsCleanupsLatestFirstAndEndsByTheSignal) {
 TEST(Interruption, WaitsWhileItMust) {
   PlainFolder const folder;
   std::string const file = folder.path() + "/file";
-  EXPECT_EQ(EndOf([&] {
+  EXPECT_EQ(EndAfter([&] {
               InterruptionWatcher const watcher;
               Cleanup const remove([&] { fs::rename(file, file + " was whole"); });
               {
@@ -102,7 +102,7 @@ TEST(Interruption, WaitsWhileItMust) {
 
 TEST(Interruption, LetsNobodyTouchFilesOnceItHasBegun) {
   PlainFolder const folder;
-  EXPECT_EQ(EndOf([&] {
+  EXPECT_EQ(EndAfter([&] {
               InterruptionWatcher const watcher;
               std::atomic<bool> hasBegun{false};
               Cleanup const slow([&] {
@@ -119,7 +119,7 @@ TEST(Interruption, LetsNobodyTouchFilesOnceItHasBegun) {
 }
 
 TEST(Interruption, LeavesASignalIgnoredThatTheCallerIgnores) {
-  EXPECT_EQ(EndOf([] {
+  EXPECT_EQ(EndAfter([] {
               std::signal(SIGHUP, SIG_IGN);
               InterruptionWatcher const watcher;
               kill(getpid(), SIGHUP);
@@ -131,7 +131,7 @@ TEST(Interruption, LeavesASignalIgnoredThatTheCallerIgnores) {
 TEST(Interruption, TakesTemporaryFoldersAlong) {
   PlainFolder const folder;
   std::string const name = folder.path() + "/name";
-  EXPECT_EQ(EndOf([&] {
+  EXPECT_EQ(EndAfter([&] {
               InterruptionWatcher const watcher;
               TemporaryFolder const temporary;
               std::ofstream(temporary.path() + "/settings.rbf") << "text";

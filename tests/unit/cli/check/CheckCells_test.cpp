@@ -12,14 +12,13 @@
 #include "cli/check/CheckFindings.h"
 #include "reference_host/mesh/BoundaryGroups.h"
 #include "tests/unit/cli/TestRanks.h"
+#include "tests/unit/cli/check/CountedFindings.h"
 
 namespace zyngrad {
 namespace {
 
 using reference_host::BoundaryGroup;
 using reference_host::LoadedMesh;
-
-constexpr char const* kNowhere = "/dev/null";
 
 LoadedMesh Load(std::string const& box, std::map<std::string, BoundaryGroup> const& groups = {}) {
   return reference_host::LoadMesh(TestRanks().communicator(), box, groups, {});
@@ -41,12 +40,6 @@ std::vector<CheckedSystem> Check(LoadedMesh& mesh, std::vector<std::string> cons
   theCase.radialBasis = settings;
   theCase.logFile = kNowhere;
   return CheckCells(TestRanks(), mesh, theCase);
-}
-
-int Count(std::vector<CheckedSystem> const& cells, std::uint32_t finding) {
-  return static_cast<int>(std::count_if(cells.begin(), cells.end(), [finding](CheckedSystem const& cell) {
-    return (cell.findings & finding) != 0;
-  }));
 }
 
 std::vector<std::string> const kAll = {"plain", "iterated", "weighted", "lsq", "vector", "rbf"};

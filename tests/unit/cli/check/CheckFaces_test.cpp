@@ -8,17 +8,10 @@
 #include "cli/check/CheckFindings.h"
 #include "cli/study/StudyCondition.h"
 #include "tests/unit/cli/BoxPartition.h"
+#include "tests/unit/cli/check/CountedFindings.h"
 
 namespace zyngrad {
 namespace {
-
-constexpr char const* kNowhere = "/dev/null";
-
-int Count(std::vector<CheckedSystem> const& systems, std::uint32_t finding) {
-  return static_cast<int>(std::count_if(systems.begin(), systems.end(), [finding](CheckedSystem const& s) {
-    return (s.findings & finding) != 0;
-  }));
-}
 
 TEST(CheckFaces, FindNothingWrongInASoundBoxByAnyMethod) {
   auto const box = BoxPartition("box:4,4,4:tet");

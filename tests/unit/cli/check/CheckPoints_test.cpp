@@ -8,19 +8,12 @@
 #include "cli/check/CheckFindings.h"
 #include "tests/unit/cli/BoxPartition.h"
 #include "tests/unit/cli/TestRanks.h"
+#include "tests/unit/cli/check/CountedFindings.h"
 
 namespace zyngrad {
 namespace {
 
 using reference_host::HostPartition;
-
-constexpr char const* kNowhere = "/dev/null";
-
-int Count(std::vector<CheckedSystem> const& systems, std::uint32_t finding) {
-  return static_cast<int>(std::count_if(systems.begin(), systems.end(), [finding](CheckedSystem const& s) {
-    return (s.findings & finding) != 0;
-  }));
-}
 
 std::vector<CheckedSystem> Points(HostPartition& partition, InterpolationSettings const& settings) {
   UsableCells usable = FindUsableCells(TestRanks(), partition, nullptr);

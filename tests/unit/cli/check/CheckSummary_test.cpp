@@ -3,19 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "cli/check/CheckFindings.h"
 #include "cli/check/CheckReport.h"
+#include "tests/unit/cli/NotFinite.h"
 #include "tests/unit/cli/TestRanks.h"
 
 namespace zyngrad {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 CheckedSystem Cell(std::int64_t number, double condition, std::uint32_t findings = 0) {
   CheckedSystem cell;

@@ -3,15 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "cli/check/CheckFindings.h"
+#include "tests/unit/cli/NotFinite.h"
 
 namespace zyngrad {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 std::uint32_t FoundIn(std::vector<DQVector> const& points) {
   CheckedSystem system;

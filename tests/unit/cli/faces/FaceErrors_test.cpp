@@ -3,17 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "cli/base/UsageError.h"
 #include "cli/faces/TargetedFaces.h"
 #include "tests/unit/cli/BoxPartition.h"
+#include "tests/unit/cli/NotFinite.h"
 #include "tests/unit/cli/TestRanks.h"
 
 namespace zyngrad {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(FaceKindNames, AreThoseOfTheOperatorsNumbers) {
   char const* const names[] = {"inner", "wall", "inlet", "outlet", "partition", "symmetry"};

@@ -12,15 +12,10 @@
 #include "cli/output/RunSettings.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
+#include "tests/unit/cli/TextOfFile.h"
 
 namespace zyngrad {
 namespace {
-
-std::string Content(std::string const& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
 
 /// The file that an operator writes when it finds none.
 template <class Operator>
@@ -32,7 +27,7 @@ std::string DefaultsOf(double meanDistance) {
   testing::internal::CaptureStdout();
   op.ReadRBFbackdoorfile();
   testing::internal::GetCapturedStdout();
-  return Content(folder.path() + "/own.rbf");
+  return TextOfFile(folder.path() + "/own.rbf");
 }
 
 TEST(InterpolationSettings, AreWrittenAsTheOperatorsWriteTheirDefaults) {

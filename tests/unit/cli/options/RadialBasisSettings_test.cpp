@@ -10,17 +10,12 @@
 #include "cli/base/TemporaryFolder.h"
 #include "cli/base/UsageError.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
+#include "tests/unit/cli/TextOfFile.h"
 
 namespace zyngrad {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string Content(std::string const& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
 
 TEST(RadialBasisSettings, AreWrittenAsTheOperatorWritesItsDefaults) {
   TemporaryFolder const folder;
@@ -29,7 +24,7 @@ TEST(RadialBasisSettings, AreWrittenAsTheOperatorWritesItsDefaults) {
   testing::internal::CaptureStdout();
   op.ReadRBFbackdoorfile();
   testing::internal::GetCapturedStdout();
-  EXPECT_EQ(SettingsFileText({}), Content(folder.path() + "/own.rbf"));
+  EXPECT_EQ(SettingsFileText({}), TextOfFile(folder.path() + "/own.rbf"));
   EXPECT_EQ(SettingsFileText({}), "1001\nSpan              = 500\nShape Normalize   = 0\n");
 }
 
@@ -59,8 +54,8 @@ TEST(RadialBasisSettings, ReplaceALinkAndLeaveWhatItPointedTo) {
   std::ofstream(users) << "1002\n";
   fs::create_symlink(users, own);
   WriteSettingsFile(own, {});
-  EXPECT_EQ(Content(users), "1002\n");
-  EXPECT_EQ(Content(own), SettingsFileText({}));
+  EXPECT_EQ(TextOfFile(users), "1002\n");
+  EXPECT_EQ(TextOfFile(own), SettingsFileText({}));
 }
 
 TEST(RadialBasisSettings, RefuseAPlaceThatCannotBeWritten) {

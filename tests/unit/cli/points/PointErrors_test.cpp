@@ -3,14 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "cli/base/UsageError.h"
+#include "tests/unit/cli/NotFinite.h"
 
 namespace zyngrad {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 PointSet AlongX(std::vector<double> const& x) {
   PointSet points;

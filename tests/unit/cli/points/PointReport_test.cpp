@@ -2,19 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "cli/base/TemporaryFolder.h"
 #include "cli/base/UsageError.h"
 #include "cli/points/PointFiles.h"
+#include "tests/unit/cli/NotFinite.h"
 #include "tests/unit/cli/vtk/VtkFileContent.h"
 
 namespace zyngrad {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 bool Has(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
 

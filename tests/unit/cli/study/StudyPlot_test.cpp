@@ -7,15 +7,10 @@
 #include <string>
 #include <utility>
 #include <vector>
+#include "tests/unit/cli/study/Occurrences.h"
 
 namespace zyngrad {
 namespace {
-
-std::size_t Count(std::string const& text, std::string const& what) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-  return n;
-}
 
 StudyPlot TwoCurves() {
   StudyPlot plot;
@@ -47,10 +42,10 @@ TEST(StudyPlot, DrawsACurveAndALegendEntryEach) {
   std::string const svg = SvgOf(TwoCurves());
   EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
   EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
-  EXPECT_EQ(Count(svg, "class=\"curve\""), 2u);
-  EXPECT_EQ(Count(svg, ">lsq</text>"), 1u);
-  EXPECT_EQ(Count(svg, "<circle"), 3u);   // two points and the legend
-  EXPECT_EQ(Count(svg, "<polygon"), 3u);  // squares likewise
+  EXPECT_EQ(Occurrences(svg, "class=\"curve\""), 2u);
+  EXPECT_EQ(Occurrences(svg, ">lsq</text>"), 1u);
+  EXPECT_EQ(Occurrences(svg, "<circle"), 3u);   // two points and the legend
+  EXPECT_EQ(Occurrences(svg, "<polygon"), 3u);  // squares likewise
 }
 
 TEST(StudyPlot, PutsPointsWhereTheAxesSay) {
@@ -85,7 +80,7 @@ TEST(StudyPlot, LeavesOutPointsThatAreNoNumbersOrNotPositive) {
   plot.curves[0].points = {{0.1, std::nan("")}, {0.2, 0.0}, {0.3, 1e-2}, {0.4, 2e-2}};
   EXPECT_EQ(PathOf(SvgOf(plot), 0).size(), 2u);
   plot.curves[0].points = {{0.1, std::nan("")}};
-  EXPECT_EQ(Count(SvgOf(plot), "class=\"curve\""), 1u);
+  EXPECT_EQ(Occurrences(SvgOf(plot), "class=\"curve\""), 1u);
   EXPECT_EQ(SvgOf(plot).find("nan"), std::string::npos);
 }
 
@@ -114,7 +109,7 @@ TEST(StudyPlot, RaisesExponents) {
   EXPECT_NE(SvgOf(plot).find(">10<tspan dy=\"-5\" font-size=\"10\">-4</tspan></text>"), std::string::npos);
 }
 
-TEST(StudyPlot, StandsWithoutCurves) { EXPECT_EQ(Count(SvgOf({}), "class=\"curve\""), 0u); }
+TEST(StudyPlot, StandsWithoutCurves) { EXPECT_EQ(Occurrences(SvgOf({}), "class=\"curve\""), 0u); }
 
 }  // namespace
 }  // namespace zyngrad

@@ -15,6 +15,7 @@
 #include "cli/study/StudySeries.h"
 #include "cli/study/StudyTables.h"
 #include "tests/unit/cli/TestRanks.h"
+#include "tests/unit/cli/study/Occurrences.h"
 
 namespace zyngrad {
 namespace {
@@ -184,22 +185,16 @@ TEST(StudyReport, HasAPlotForEveryQuestion) {
                                           "time-application"}));
 }
 
-std::size_t Count(std::string const& text, std::string const& what) {
-  std::size_t n = 0;
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
-  return n;
-}
-
 TEST(StudyReport, IsOnePageThatNeedsNothingElse) {
   StudyQuestion const question = Ask({"box:3,3,3", "box:6,6,6"}, "gradients", {"x*y", "linear"});
   std::vector<StudyLevel> const levels = Answer(question);
   std::string const page = StudyPage("series <b>", question, levels);
-  EXPECT_EQ(Count(page, "<svg "), StudyPlots(question, levels).size());
-  EXPECT_EQ(Count(page, "<table>"), StudyTables(question, levels).size());
-  EXPECT_EQ(Count(page, "http"),
-            Count(page, "xmlns=\"http://www.w3.org/2000/svg\""));  // a name, not an address
+  EXPECT_EQ(Occurrences(page, "<svg "), StudyPlots(question, levels).size());
+  EXPECT_EQ(Occurrences(page, "<table>"), StudyTables(question, levels).size());
+  EXPECT_EQ(Occurrences(page, "http"),
+            Occurrences(page, "xmlns=\"http://www.w3.org/2000/svg\""));  // a name, not an address
   for (std::string const other : {"<script", "src=", "href=", "@import", "url(", "<b>"})
-    EXPECT_EQ(Count(page, other), 0u) << other;
+    EXPECT_EQ(Occurrences(page, other), 0u) << other;
 }
 
 TEST(StudyTables, HaveARowForEveryCaseAndLevelInEveryForm) {
@@ -215,9 +210,9 @@ TEST(StudyTables, HaveARowForEveryCaseAndLevelInEveryForm) {
     for (auto const& row : table.rows) EXPECT_EQ(row.size(), table.columns.size());
     std::ostringstream text;
     PrintTable(text, table);
-    EXPECT_EQ(Count(text.str(), "\n"), 2u + 2u + 4u);
-    EXPECT_EQ(Count(MarkdownOf(table), "\n|"), 6u);
-    EXPECT_EQ(Count(HtmlOf(table), "<tr>"), 5u);
+    EXPECT_EQ(Occurrences(text.str(), "\n"), 2u + 2u + 4u);
+    EXPECT_EQ(Occurrences(MarkdownOf(table), "\n|"), 6u);
+    EXPECT_EQ(Occurrences(HtmlOf(table), "<tr>"), 5u);
   }
 }
 

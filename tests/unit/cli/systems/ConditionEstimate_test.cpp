@@ -3,12 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
+#include "tests/unit/cli/NotFinite.h"
 
 namespace zyngrad {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST(ConditionEstimate, OfTheIdentityIsOne) { EXPECT_EQ(ConditionEstimate({1, 0, 0, 1}, 2), 1.0); }
 

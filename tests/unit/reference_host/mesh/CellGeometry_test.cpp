@@ -7,15 +7,12 @@
 
 #include "reference_host/mesh/Vector3.h"
 #include "tests/unit/reference_host/TestMeshes.h"
+#include "tests/unit/reference_host/mesh/ExpectPoint.h"
 
 namespace reference_host {
 namespace {
 
 using namespace test_meshes;
-
-void ExpectPoint(Point const& found, Point const& expected, double tolerance) {
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(found[i], expected[i], tolerance) << "direction " << i;
-}
 
 double TotalVolume(FaceMesh const& mesh) {
   double sum = 0;

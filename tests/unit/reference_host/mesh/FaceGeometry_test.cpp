@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "reference_host/mesh/Vector3.h"
+#include "tests/unit/reference_host/mesh/ExpectPoint.h"
 
 namespace reference_host {
 namespace {
@@ -13,10 +14,6 @@ FaceGeometry GeometryOf(std::vector<Point> const& points) {
   std::vector<int> nodes(points.size());
   std::iota(nodes.begin(), nodes.end(), 0);
   return ComputeFaceGeometry(points, nodes.data(), static_cast<int>(nodes.size()));
-}
-
-void ExpectPoint(Point const& found, Point const& expected, double tolerance) {
-  for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(found[i], expected[i], tolerance) << "direction " << i;
 }
 
 TEST(FaceGeometry, TriangleHasHalfTheCrossProductAndTheMeanOfItsCorners) {
