@@ -5,14 +5,14 @@
 #include <string>
 #include <vector>
 
-#include "foundation/DQVector.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
+#include "rbf_cell/CellSystem.h"
 #include "reference_host/mesh/FaceMesh.h"
 #include "reference_host/parallel/LoadMesh.h"
 
 namespace benchmarks {
 
-/// Systems A w = b of cells, one after the other: (n+1) x (n+1) values of A, (n+1) x 3 of b, row-major.
+/// Systems A w = b of cells, one behind the other: (n+1) x (n+1) values of A, (n+1) x 3 of b, row-major.
 struct CellSystems {
   std::vector<int> order;  ///< n+1 of each
   std::vector<double> matrices, columns;
@@ -32,11 +32,11 @@ class CellOperatorOnMesh {
 
   CZYN3DFiniteVolumeMesh& mesh() { return *loaded_.partition->mesh(); }
 
-  /// A new operator that has its host objects and nothing more; the former one is released.
+  /// A new operator that has its host objects and nothing else. Releases the one before.
   CZynRBFInternalObject& NewOperator();
   CZynRBFInternalObject& op() { return *op_; }
 
-  /// Appends the system of a cell, as DeriveRBFweighting solves it, plain form, for stencils without doubles.
+  /// Appends the system of a cell as DeriveRBFweighting solves it. @pre the operator has its stencils
   void AppendSystem(int cell, CellSystems& systems);
 
  private:
@@ -45,7 +45,7 @@ class CellOperatorOnMesh {
   std::string folder_;
   reference_host::LoadedMesh loaded_;
   std::unique_ptr<CZynRBFInternalObject> op_;
-  std::vector<DQVector> points_;
+  CellSystem system_;
 };
 
 }  // namespace benchmarks

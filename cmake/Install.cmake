@@ -43,6 +43,7 @@ set(public_headers
 set(reference_host_headers
   reference_host/MeshReader.h
   reference_host/box/BoxMesh.h
+  reference_host/box/BoxSpec.h
   reference_host/mesh/BoundaryGroups.h
   reference_host/mesh/CellGeometry.h
   reference_host/mesh/DualMesh.h

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Measures the tables of docs/faces.md and docs/points.md: runs zyngrad faces and points, puts the tables between the
-# pages' markers. Some five minutes.
+# Measures the tables of docs/methods/faces.md and points.md: runs zyngrad faces and zyngrad points and writes the
+# tables between the markers of the pages. Takes about five minutes.
 #   docs/make_interpolation.sh ZYNGRAD_BINARY
 set -euo pipefail
 
@@ -15,14 +15,14 @@ export OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1
 readonly field='sin(2*x)*y + z^2'
 readonly body='(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.09'
 
-# The n-th number of that name in the results of the last run.
+# number NAME N: the N-th number of that name in the results of the last run.
 number() { sed '1,/"results": {/d' out/results.json | sed -n "s/^ *\"$1\": *\([^,]*\),\{0,1\}$/\1/p" | sed -n "$2p"; }
 
 short() { LC_ALL=C printf '%.1e' "$1"; }
 
 thousands() { sed -E ':a; s/^([0-9]+)([0-9]{3})/\1 \2/; ta' <<<"$1"; }
 
-# The name of a box in the tables: hex 10; of a file, its own.
+# The name of a mesh in the tables: "hex 10" for a box, the file name for a file.
 name_of() {
   local name
   case $1 in
@@ -119,7 +119,7 @@ END
 } >blocks/faces-wall
 
 echo "points"
-# 2 000 points at random between two coordinates. A generator of whole numbers gives the same everywhere.
+# 2 000 random points between two coordinates. An integer generator gives the same points everywhere.
 random_points() {  # random_points FROM TO
   awk -v from="$1" -v to="$2" 'BEGIN {
     print "x,y,z"
@@ -191,7 +191,7 @@ END
   rows_of_points --body 'x^2+y^2+z^2-0.16' <<<"$channel"
 } >blocks/points-body
 
-# hexahedra N M: N x N x M regular ones in the unit cube, as a Gmsh file.
+# hexahedra N M: N x N x M regular hexahedra in the unit cube, as a Gmsh file.
 hexahedra() {
   awk -v N="$1" -v M="$2" '
     function node(i, j, k) { return i + (N + 1) * (j + (N + 1) * k) + 1 }
@@ -302,7 +302,7 @@ awk 'BEGIN {
 } >blocks/points-ranks
 
 for page in faces points; do
-  awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/$page.md" | cat -s >page.md
-  cp page.md "$docs/$page.md"
+  awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/methods/$page.md" | cat -s >page.md
+  cp page.md "$docs/methods/$page.md"
 done
-echo "docs/faces.md and docs/points.md"
+echo "docs/methods/faces.md and docs/methods/points.md"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Measures what docs/study.md tells: runs zyngrad study and compare-ranks, puts the tables between the page's markers
-# and the plots into docs/study/, and then what docs/faces.md and docs/points.md tell. Some ten minutes.
+# Measures everything in docs/measured/study.md: runs zyngrad study and compare-ranks, writes the tables between the
+# markers of the page and the plots into docs/measured/study/. Then calls make_interpolation.sh, which does the same
+# for docs/methods/faces.md and points.md. Takes about ten minutes.
 #   docs/make_study.sh ZYNGRAD_BINARY
 set -euo pipefail
 
@@ -11,7 +12,7 @@ trap 'rm -rf "$work"' EXIT
 cd "$work"
 export OMP_NUM_THREADS=1 OPENBLAS_NUM_THREADS=1
 
-study() {  # study NAME ARGS...: the run NAME
+study() {  # study NAME ARGS...: runs zyngrad study into the folder NAME
   local name=$1
   shift
   echo "study $name"
@@ -23,7 +24,7 @@ tables() {  # tables NAME PATTERN
   awk -v pattern="$2" '/^\*\*/ { shown = $0 ~ pattern } shown && !/^- |^!\[/' "$1/study.md"
 }
 
-picture() {  # picture NAME PLOT: into docs/study/, and its line
+picture() {  # picture NAME PLOT: copies the plot of a run, prints the line that shows it
   local title
   cp "$1/$2.svg" "pictures/$1-$2.svg"
   title=$(sed -n "s/^!\[\(.*\)\]($2\.svg)$/\1/p" "$1/study.md")
@@ -62,11 +63,11 @@ done
 echo "compare-ranks"
 { echo '```'; "$zyngrad" compare-ranks box:12,12,12:tet --ranks 1,2,4 | sed -n '/on 2 ranks/,$p'; echo '```'; } >blocks/ranks
 
-awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/study.md" | cat -s >study.md
+awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/measured/study.md" | cat -s >study.md
 
-rm -rf "$docs/study"
-cp -r pictures "$docs/study"
-cp study.md "$docs/study.md"
-echo "docs/study.md and $(ls pictures | wc -l) plots in docs/study"
+rm -rf "$docs/measured/study"
+cp -r pictures "$docs/measured/study"
+cp study.md "$docs/measured/study.md"
+echo "docs/measured/study.md and $(ls pictures | wc -l) plots in docs/measured/study"
 
 "$docs/make_interpolation.sh" "$zyngrad"

@@ -1,5 +1,5 @@
-# Puts what was measured into a page: the lines of FOLDER/NAME between "<!-- measured NAME -->" and
-# "<!-- /measured -->"; an unknown NAME ends the run.
+# Writes measured blocks into a page: the lines of FOLDER/NAME replace those between "<!-- measured NAME -->" and
+# "<!-- /measured -->". An unknown NAME is an error.
 #   awk -v blocks=FOLDER -f put_blocks.awk PAGE
 /^<!-- \/measured -->$/ { inside = 0 }
 !inside { print }

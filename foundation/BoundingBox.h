@@ -1,9 +1,9 @@
 #pragma once
 
-/// The axis-aligned box around points. A bound moves on a strict comparison only, so that a coordinate that is
-/// not a number moves none.
+/// The axis-aligned box around points. A bound moves on a strict comparison only, so a coordinate that is not a
+/// number moves none.
 struct BoundingBox {
-  /// Empty: the bounds start inside out, at `far` times the unit of length.
+  /// An empty box. Its bounds start inside out, at `far` times the unit of length.
   explicit BoundingBox(double far = 1e10)
       : xmax(-far), ymax(-far), zmax(-far), xmin(far), ymin(far), zmin(far) {}
 

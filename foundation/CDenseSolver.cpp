@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <vector>
 
+#include "foundation/Status.h"
+
 namespace {
 
-constexpr int kSuccess = 1;
-
-// Stencils of cells and points are below this, so that a solve allocates nothing of its own.
+// Most systems of cells and points are smaller, and their solves allocate nothing here.
 constexpr lapack_int kOrderOnStack = 128;
 
 }  // namespace
@@ -23,10 +23,10 @@ int CDenseSolver::Solve(lapack_int n, double* A, double* B, double* X, int nrhs)
   }
   std::fill_n(pivots, n, 0);
 
-  // The status is dropped on purpose: a bad system shows in the residuals that the callers print.
+  // No caller could act on the status: a bad system shows in the residuals that the operators print.
   static_cast<void>(LAPACKE_dgesv(LAPACK_ROW_MAJOR, n, nrhs, A, n, pivots, B, nrhs));
 
   std::ptrdiff_t const nValues = static_cast<std::ptrdiff_t>(n) * nrhs;
   for (std::ptrdiff_t i = 0; i < nValues; ++i) X[i] = B[i];
-  return kSuccess;
+  return Status::kSuccess;
 }

@@ -1,57 +1,78 @@
 #pragma once
 
+#include <array>
+
 #include "foundation/BoundingBox.h"
 #include "foundation/DQVector.h"
+#include "foundation/FaceGroups.h"
 #include "host/Zyn3dGV.h"
 
 /// @file
-/// Where the operators for free points put the cells of a mesh, and how large the mesh is for them.
-
-/// Kinds of cell numbers, as they stand in the operators' tables; 0 is none of these.
-enum class CellKind : int { Interior = 1, Wall = 2, Inlet = 3, Outlet = 4, Partition = 5 };
+/// How large a mesh is for the radial-basis operators, and at which points its cell numbers stand.
 
 struct MeshExtent {
-  BoundingBox box;
+  BoundingBox box;      ///< L
   double meanDistance;  ///< between the two cells of an inner face, L; not a number without inner faces
 };
 
-/// Bounds of the cells beside inner faces and of the wall and inlet face centres. Outlets, symmetry planes and
-/// halo cells are left out on purpose: the box may be narrower than what is put into a tree with this range.
-inline MeshExtent MeasureExtent(CZYN3DFiniteVolumeMesh const& mesh) {
+/// Bounds of the cells beside inner faces, and their mean distance. An operator widens the box by whatever else its
+/// search tree is to cover.
+inline MeshExtent MeasureInnerFaces(CZYN3DFiniteVolumeMesh const& mesh) {
+  FaceGroup const faces = FacesOf(FaceKind::Inner, mesh);
+  auto const centreOf = [&mesh](int c) { return DQVector{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
   BoundingBox box;
   double distanceSum = 0.0;
-  for (int f = 1; f <= mesh.NInnerFaces; ++f) {
-    int const a = mesh.ijCV[f], b = mesh.ij[f];
-    DQVector const first = {mesh.xc[a], mesh.yc[a], mesh.zc[a]};
-    DQVector const second = {mesh.xc[b], mesh.yc[b], mesh.zc[b]};
+  for (int f = 1; f <= faces.count; ++f) {
+    DQVector const first = centreOf(faces.cv[f]), second = centreOf(faces.other[f]);
     box.Widen(first.x, first.y, first.z);
     box.Widen(second.x, second.y, second.z);
     distanceSum += Length(OffsetBetween(first, second));
   }
-  for (int f = 1; f <= mesh.NWall; ++f) box.Widen(mesh.ijWallxc[f], mesh.ijWallyc[f], mesh.ijWallzc[f]);
-  for (int f = 1; f <= mesh.NInlet; ++f) box.Widen(mesh.ijInletxc[f], mesh.ijInletyc[f], mesh.ijInletzc[f]);
-  return {box, distanceSum / mesh.NInnerFaces};
+  return {box, distanceSum / faces.count};
 }
 
-/// Calls place(c, x, y, z, kind) for interior and halo cells with their centres and for the ghost cells of
-/// walls, inlets and outlets with their face centres, in the order of the kinds. A cell number in several groups
-/// comes several times. The ghost cells of symmetry faces are left out on purpose.
+/// Widens a box by the centres of the faces of a boundary group.
+inline void WidenByFaceCentres(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh, BoundingBox& box) {
+  FaceGroup const faces = FacesOf(kind, mesh);
+  for (int f = 1; f <= faces.count; ++f) box.Widen(faces.xc[f], faces.yc[f], faces.zc[f]);
+}
+
+/// The range of the search tree for free points: the cells beside inner faces, and the centres of wall and inlet
+/// faces.
+/// @note Outlets, symmetry planes and halo cells do not widen the box, so entries may lie outside the range. A host's
+/// tree must accept such entries; a wider box would give it another range and so another order of its answers.
+inline MeshExtent MeasureExtent(CZYN3DFiniteVolumeMesh const& mesh) {
+  MeshExtent extent = MeasureInnerFaces(mesh);
+  WidenByFaceCentres(FaceKind::Wall, mesh, extent.box);
+  WidenByFaceCentres(FaceKind::Inlet, mesh, extent.box);
+  return extent;
+}
+
+/// The kinds of cell numbers that have a point, in the order in which they get it: a cell number in several groups
+/// ends with the last. The ghost cells of symmetry faces have none and stay at the origin with kind 0: the weights of
+/// the cells beside them depend on it.
+constexpr std::array<FaceKind, 5> kPlacedKinds = {FaceKind::Inner, FaceKind::Wall, FaceKind::Inlet,
+                                                  FaceKind::Outlet, FaceKind::Partition};
+
+/// Calls place(c, x, y, z, kind) for the cell numbers of one kind in the order of the cells or faces: interior (kind
+/// Inner) and halo cells with their centres, ghost cells with their face centres. L.
+template <typename Place>
+void PlaceCells(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partition,
+                Place place) {
+  auto const placeAtCentre = [&](int c) { place(c, mesh.xc[c], mesh.yc[c], mesh.zc[c], kind); };
+  if (kind == FaceKind::Inner) {
+    for (int c = 1; c <= mesh.NInnerCells; ++c) placeAtCentre(c);
+  } else if (kind == FaceKind::Partition) {
+    FaceGroup const faces = PartitionFaceCells(partition);
+    for (int f = 1; f <= faces.count; ++f) placeAtCentre(faces.other[f]);
+  } else {
+    FaceGroup const faces = FacesOf(kind, mesh);
+    for (int f = 1; f <= faces.count; ++f) place(faces.other[f], faces.xc[f], faces.yc[f], faces.zc[f], kind);
+  }
+}
+
+/// The same for all cell numbers that have a point.
 template <typename Place>
 void PlaceCells(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partition, Place place) {
-  auto const placeGhosts = [&](int count, int const* cells, double const* x, double const* y, double const* z,
-                               CellKind kind) {
-    for (int f = 1; f <= count; ++f) place(cells[f], x[f], y[f], z[f], kind);
-  };
-  for (int c = 1; c <= mesh.NInnerCells; ++c)
-    place(c, mesh.xc[c], mesh.yc[c], mesh.zc[c], CellKind::Interior);
-  placeGhosts(mesh.NWall, mesh.ijWall, mesh.ijWallxc, mesh.ijWallyc, mesh.ijWallzc, CellKind::Wall);
-  placeGhosts(mesh.NInlet, mesh.ijInlet, mesh.ijInletxc, mesh.ijInletyc, mesh.ijInletzc, CellKind::Inlet);
-  placeGhosts(mesh.NOutlet, mesh.ijOutlet, mesh.ijOutletxc, mesh.ijOutletyc, mesh.ijOutletzc,
-              CellKind::Outlet);
-  int const nParInterFace = partition.NParInterFace();
-  int const* const halo = partition.ijPar();
-  for (int p = 1; p <= nParInterFace; ++p) {
-    int const c = halo[p];
-    place(c, mesh.xc[c], mesh.yc[c], mesh.zc[c], CellKind::Partition);
-  }
+  for (FaceKind const kind : kPlacedKinds) PlaceCells(kind, mesh, partition, place);
 }

@@ -2,10 +2,10 @@
 
 /// A ragged table of integers, used singly and in arrays.
 ///
-/// Used in one way only: SetRowNumber once, CreateRow once per row, then reads and writes. A row neither
-/// changes its length nor is replaced. Owns its rows until Release or destruction.
+/// Call SetRowNumber once and CreateRow once for each row; then read and write elements. A row keeps its length and
+/// is never replaced. The object owns its rows until Release or destruction.
 ///
-/// Copying copies pointers: of two objects that share rows only one may be destroyed.
+/// Copying copies pointers: only one of two objects that share rows may be destroyed.
 class Cpp_DataStructure {
  public:
   Cpp_DataStructure() = default;
@@ -13,22 +13,21 @@ class Cpp_DataStructure {
   Cpp_DataStructure& operator=(Cpp_DataStructure const&) = default;
   virtual ~Cpp_DataStructure();
 
-  /// Rows 0..n without content. A second call changes the count alone and keeps the pointers as they are, so
-  /// it must not come with a larger n.
+  /// Makes rows 0..n, each null. A second call changes the number alone and keeps the pointers, so n must not be
+  /// larger then.
   /// @return 0; -1 for a negative n
   int SetRowNumber(int n);
 
   /// Creates a row of `length` zeros behind its length.
-  /// @return 0; -1 when the row exists or is not one of 0..m_iNRow; -2 when there are no rows beyond row 0,
-  /// or no table
+  /// @return 0; -1 if the row exists or is not one of 0..m_iNRow; -2 if there is no row beyond row 0, or no table
   int CreateRow(int row, int length);
 
-  /// Frees all rows and the table; m_iNRow stays. @return 0
+  /// Frees all rows and the table; m_iNRow keeps its value. @return 0
   int Release();
 
   int GetValue(int row, int column);             ///< unchecked; column 0 is the row's length
   int SetValue(int row, int column, int value);  ///< unchecked; @return 0
 
-  int m_iNRow = 0;          ///< number of rows; callers use 1..m_iNRow, row 0 exists
-  int** m_ppRow = nullptr;  ///< [0..m_iNRow]; a row is null until created and has its length in element 0
+  int m_iNRow = 0;          ///< number of rows; callers use 1..m_iNRow, and row 0 exists
+  int** m_ppRow = nullptr;  ///< [0..m_iNRow]; null until created, with the row's length in element 0
 };

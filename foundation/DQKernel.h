@@ -5,16 +5,16 @@
 #include "foundation/DQVector.h"
 
 /// @file
-/// The kernel of the differential-quadrature systems, the Wendland C4 function of a scaled distance s,
+/// The kernel of the radial-basis systems: the Wendland C4 function of a scaled distance s,
 ///   kernel(s) = (1 - s)^6 (35 s^2 + 18 s + 3),   d kernel / d d_a = -56 d_a (1 - s)^5 (5 s + 1),
-/// with d the scaled offset from the centre to the evaluation point and s = |d|.  @cite wendland1995
+/// with d the scaled offset from the kernel's centre to the evaluation point and s = |d|.  @cite wendland1995
 ///
-/// It is taken without a test for the support: beyond s = 1 the powers go on as they stand. The order of the
-/// operations is part of the results: factors and quotients from left to right.
+/// Nothing tests for the support: beyond s = 1 the same powers are taken. The order of the operations, factors and
+/// quotients from left to right, is part of the results.
 
 /// x^N as products in one fixed order: the half power squared, times x for an odd N. Its relative error is at most
-/// (N - 1) * 2^-53. Several times faster than std::pow, which would be most of what a small system costs besides
-/// its solution.
+/// (N - 1) * 2^-53. It is several times faster than std::pow, which would cost more than anything else about a small
+/// system except its solution.
 template <int N, typename Value>
 constexpr Value IntegerPower(Value x) {
   static_assert(N >= 1, "positive powers only");
@@ -38,7 +38,7 @@ struct ProductPowers {
   }
 };
 
-/// Powers of the standard library, which come out as if rounded (nearly) once.
+/// Powers of the standard library, rounded once or nearly so.
 struct LibraryPowers {
   template <int N>
   static double Power(double x) {
@@ -50,8 +50,8 @@ struct LibraryPowers {
   }
 };
 
-/// The plain form: offsets stay in length units, and s = r / c with the support radius c = span * h, h a
-/// length measured on the stencil. Gradients are with respect to the evaluation point, in units of 1/L.
+/// The plain form: offsets stay in units of length, and s = r / c with the support radius c = span * h, h a length
+/// measured on the stencil. Gradients are with respect to the evaluation point, in units of 1/L.
 ///
 /// Nothing guards the divisions: h = 0 gives NaN.
 template <typename Powers>
@@ -60,7 +60,7 @@ class PlainDQKernelWith {
   PlainDQKernelWith(double span, double h)
       : c_(span * h), c2_(c_ * span * h), c8_(Powers::template Power<8>(c_)) {}
 
-  /// What a length is taken of.
+  /// The offset whose length is the kernel's argument.
   template <typename Number>
   DQVectorOf<Number> Scaled(DQVectorOf<Number> const& offset) const {
     return offset;
@@ -89,23 +89,23 @@ class PlainDQKernelWith {
 /// The plain form of the systems of cells and of the cell operator's faces.
 using PlainDQKernel = PlainDQKernelWith<ProductPowers>;
 
-/// The plain form of the systems of faces and of free points. Their weights are defined with the powers of the standard
-/// library, and which powers these are is to be seen: with the usual spans the systems are so near to singular that
-/// the last bit of an entry decides about the fifth digit of what is interpolated, and of faces about the fourth.
+/// The plain form of the systems of faces and of free points. Their weights are defined with the powers of the
+/// standard library, and the choice of powers shows in the results: with the usual spans the systems are so nearly
+/// singular that the last bit of an entry changes the fifth digit of an interpolated value, and on faces the fourth.
 using InterpolationDQKernel = PlainDQKernelWith<LibraryPowers>;
 
-/// The shape-normalised form: every component of an offset is divided by span * e_a first, e_a the extent of
-/// the stencil along its axis, and s is the length of the result.
+/// The shape-normalised form: each component a of an offset is divided by span * e_a, e_a the extent of the stencil
+/// along that axis, and s is the length of the result.
 ///
-/// Gradients are with respect to the scaled coordinates on purpose: nobody multiplies by 1 / (span * e_a), so
-/// a quadrature made of them gives span * e_a times the derivative. Nothing guards the divisions: e_a = 0
-/// gives NaN.
+/// Gradients are with respect to the scaled coordinates. Weights made of them give span * e_a times the derivative;
+/// nothing divides that factor out, so a user of this form has to know it. Nothing guards the divisions either: an
+/// extent of 0 gives NaN.
 class ShapeNormalisedDQKernel {
  public:
   ShapeNormalisedDQKernel(double span, DQVector const& extent)
       : scale_{span * extent.x, span * extent.y, span * extent.z} {}
 
-  /// What a length is taken of.
+  /// The offset whose length is the kernel's argument.
   template <typename Number>
   DQVectorOf<Number> Scaled(DQVectorOf<Number> const& offset) const {
     return {offset.x / scale_.x, offset.y / scale_.y, offset.z / scale_.z};

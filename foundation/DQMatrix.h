@@ -4,13 +4,16 @@
 
 #include "foundation/DQVector.h"
 
+/// @file
+/// The matrices of the radial-basis systems.
+
 /// A[k][j] = kernel(|X_k - X_j|) for k, j in 0..n-1, for any form of the kernel.
 ///
-/// Half of the entries are computed, two at a time, and the other half copied: an offset and its opposite have
-/// the same length, bit for bit. On the diagonal all offsets of zero have the same value, too; only an infinite or
-/// missing coordinate has another offset from itself.
+/// One half of the entries is computed, two at a time, and copied to the other half: an offset and its opposite have
+/// the same length, bit for bit. All offsets on the diagonal are zero and have one value in common; only a coordinate
+/// that is infinite or not a number has another offset from itself.
 /// @param[in]  points  [0..n-1]
-/// @param[out] A       row-major with `stride` values a row, stride >= n; columns n.. are not touched
+/// @param[out] A       row-major with `stride` values a row, stride >= n; columns n.. are left as they are
 template <typename Kernel>
 void FillKernelMatrix(Kernel const& kernel, DQVector const* points, int n, double* A, int stride) {
   auto const valueAt = [&kernel](auto const& offset) { return kernel.Value(Length(kernel.Scaled(offset))); };
@@ -40,8 +43,8 @@ void FillKernelMatrix(Kernel const& kernel, DQVector const* points, int n, doubl
   }
 }
 
-/// Adds one constant term to the n x n block in the corner of A, row-major of order n+1: a last column and a
-/// last row of 1.0 with 0.0 where they meet.
+/// Borders the n x n block in the corner of A, row-major of order n+1, for one constant term: a last column and a
+/// last row of 1.0, with 0.0 where they meet.
 inline void AddConstantTerm(double* A, int n) {
   std::ptrdiff_t const order = static_cast<std::ptrdiff_t>(n) + 1;
   double* const last = A + n * order;
@@ -50,4 +53,11 @@ inline void AddConstantTerm(double* A, int n) {
     last[k] = 1.0;
   }
   last[n] = 0.0;
+}
+
+/// [A 1; 1' 0] of order n+1, row-major, with A as FillKernelMatrix makes it.
+template <typename Kernel>
+void FillMatrixWithConstantTerm(Kernel const& kernel, DQVector const* points, int n, double* matrix) {
+  FillKernelMatrix(kernel, points, n, matrix, n + 1);
+  AddConstantTerm(matrix, n);
 }

@@ -7,14 +7,13 @@
 
 namespace {
 
-constexpr int kShort = 48;  // up to here, inserting one after the other is the fastest
+constexpr int kShort = 48;  // up to this length, inserting one after the other is the fastest
 
 bool AnyIsNaN(double const* distances, int n) {
   return std::any_of(distances, distances + n, [](double distance) { return std::isnan(distance); });
 }
 
-// Only here the outcome is not determined by the order of the distances. A pass without an exchange is the
-// last.
+// For distances without an order, which some NaN leaves. A pass without an exchange is the last.
 void BubbleSort(int* ids, double* distances, int n) {
   bool exchanged = true;
   for (int end = n - 1; end > 0 && exchanged; --end) {
@@ -28,8 +27,8 @@ void BubbleSort(int* ids, double* distances, int n) {
   }
 }
 
-// The first nSorted are sorted, equal ones in their order; puts one more among them and drops the last if
-// there are nKept by then.
+// Puts one more among the first nSorted, which are sorted with equal ones in their order. Drops the last if that
+// makes more than nKept.
 void Insert(int* ids, double* distances, int id, double distance, int nSorted, int nKept) {
   int k = nSorted;
   if (nSorted == nKept) {
@@ -44,9 +43,9 @@ void Insert(int* ids, double* distances, int id, double distance, int nSorted, i
   ids[k] = id;
 }
 
-// Brings those that may be among the nKept nearest to the front, in their order: where most of a list is
-// dropped, one look at each saves sorting it in. A few samples tell how far the nKept nearest may reach.
-// @return how many they are
+// Brings those that may be among the nKept nearest to the front, in their order. If most of a list is dropped, one
+// look at each entry is cheaper than sorting it in. A few samples estimate how far the nKept nearest reach.
+// @return their number
 int DropFarOnes(int* ids, double* distances, int n, int nKept) {
   constexpr int kSamples = 16;
   if (n < 2 * kSamples || n / 2 < nKept) return n;

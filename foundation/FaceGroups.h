@@ -125,14 +125,20 @@ inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh) {
           mesh.*m.nodes};
 }
 
-/// The partition faces without centres, weights and types, for operators that put a partition face at the centre of
-/// its halo cell: the host is not asked for the rest.
-inline FaceGroup PartitionFacesAtHaloCells(CPartitionFace_DLL& faces, CZYN3DFiniteVolumeMesh const& mesh) {
+/// The cells of the partition faces, for operators that need nothing else: the host is not asked for the rest.
+inline FaceGroup PartitionFaceCells(CPartitionFace_DLL& faces) {
   FaceGroup group;
   group.kind = FaceKind::Partition;
   group.count = faces.NParInterFace();
   group.cv = faces.ijParCV();
   group.other = faces.ijPar();
+  return group;
+}
+
+/// The partition faces without centres, weights and types, for operators that put a partition face at the centre of
+/// its halo cell: the host is not asked for the rest.
+inline FaceGroup PartitionFacesAtHaloCells(CPartitionFace_DLL& faces, CZYN3DFiniteVolumeMesh const& mesh) {
+  FaceGroup group = PartitionFaceCells(faces);
   group.sx = faces.ijParSx();
   group.sy = faces.ijParSy();
   group.sz = faces.ijParSz();
@@ -156,3 +162,34 @@ inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh,
                          CPartitionFace_DLL* partitionFaces) {
   return kind == FaceKind::Partition ? PartitionFaces(*partitionFaces, mesh) : FacesOf(kind, mesh);
 }
+
+/// The groups of a partition's faces, in the orders in which the gradients visit them.
+class FaceGroups {
+ public:
+  /// @param partition  with as much as the caller asked the host for; empty arrays of it stay null
+  FaceGroups(CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& partition)
+      : mesh_(mesh), partition_(partition) {}
+
+  /// Inner faces, then partition faces.
+  std::array<FaceGroup, 2> BetweenCells() const { return {FacesOf(FaceKind::Inner, mesh_), partition_}; }
+
+  std::array<FaceGroup, 4> OnBoundaryInGreenGaussOrder() const {
+    return OnBoundary(face_groups::kGreenGaussBoundary);
+  }
+
+  /// Inner faces, partition faces, then the boundary.
+  std::array<FaceGroup, kFaceKinds> InLeastSquaresOrder() const {
+    auto const [inner, partition] = BetweenCells();
+    auto const [first, second, third, fourth] = OnBoundary(face_groups::kLeastSquaresBoundary);
+    return {inner, partition, first, second, third, fourth};
+  }
+
+ private:
+  std::array<FaceGroup, 4> OnBoundary(std::array<FaceKind, 4> const& order) const {
+    return {FacesOf(order[0], mesh_), FacesOf(order[1], mesh_), FacesOf(order[2], mesh_),
+            FacesOf(order[3], mesh_)};
+  }
+
+  CZYN3DFiniteVolumeMesh const& mesh_;
+  FaceGroup partition_;
+};

@@ -8,10 +8,10 @@
 
 namespace {
 
-// A point this many steps away from its neighbours is far outside the mesh; from there on the growth leaps.
+// A point this many steps away from its neighbours is far outside the mesh. From here on the growth leaps.
 constexpr int kStepsOneByOne = 1000;
 
-constexpr double kEntryHalfWidth = 1e-6;  // L; what the operators give a point as a box of a tree
+constexpr double kEntryHalfWidth = 1e-6;  // L; of the boxes that the operators make of points
 
 }  // namespace
 
@@ -23,7 +23,8 @@ GrowingBoxSearch::Answer GrowingBoxSearch::AtLeast(int wanted, double x, double 
   }
   if (nEntry_ != kUnknown) return Grow(std::min(wanted, nEntry_), x, y, z);
   Answer const answer = Grow(wanted, x, y, z);
-  // Once more if it ended at the bounds, as the question for all has then taken the answer's place in the tree.
+  // If the growth ended at the bounds, the search for all entries has overwritten the answer in the tree: search
+  // again.
   return answer.count >= wanted ? answer : Search(answer.halfWidth, x, y, z);
 }
 
@@ -35,8 +36,8 @@ GrowingBoxSearch::Answer GrowingBoxSearch::Grow(int wanted, double x, double y, 
   return LeapTo(kStepsOneByOne, wanted, x, y, z);
 }
 
-// The same cube as step by step: a larger cube never holds less, so the first that is large enough is found by
-// doubling the number of steps and then halving the interval.
+// The same cube as step by step. A larger cube never holds less, so doubling the number of steps and then halving the
+// interval finds the first that is large enough.
 GrowingBoxSearch::Answer GrowingBoxSearch::LeapTo(double farthestTooSmall, int wanted, double x, double y,
                                                   double z) const {
   double tooSmall = farthestTooSmall;
@@ -57,7 +58,7 @@ bool GrowingBoxSearch::IsEnough(Answer const& answer, int wanted, double x, doub
   double const d = answer.halfWidth;
   if (answer.count >= wanted) return true;
   if (nEntry_ != kUnknown) return Covers(d, x, y, z);
-  // By rounding, the cube may meet the boxes of all points without covering the points.
+  // Because of rounding, a cube may meet the boxes of all points without covering the points.
   if (!Covers(d + kEntryHalfWidth, x, y, z)) return false;
   int const nAll = SearchEverything(x, y, z).count;
   return nAll < wanted && (answer.count == nAll || Covers(d, x, y, z));

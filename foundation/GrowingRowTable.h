@@ -29,7 +29,7 @@ class PieceStore {
   };
   using Block = std::unique_ptr<char, Free>;
 
-  // Blocks double, so that small tables stay small and large ones are few blocks with large pages.
+  // Block sizes double: small tables stay small, and large ones consist of few blocks with large pages.
   void Refill(std::size_t nByte) {
     std::size_t const size = std::max(nByte, nextSize_);
     Block block(static_cast<char*>(NewZeroedBlock(size)));  // owned before the list has to grow
@@ -48,11 +48,11 @@ class PieceStore {
   char* next_ = nullptr;
 };
 
-/// Ragged tables [0..nRow] behind members of the type T**, whose rows are made one by one, when their lengths
-/// become known. The rows follow each other in memory in the order in which they are made.
+/// Ragged tables [0..nRow] behind members of the type T**. Their rows are made one by one, when their lengths become
+/// known, and follow each other in memory in that order.
 ///
-/// What the table needs besides its row pointers lies in front of them, so that the pointer to the table is
-/// all there is to own.
+/// What a table needs besides its row pointers lies in front of them, so an owner keeps the pointer to the table and
+/// nothing else.
 template <typename T>
 class GrowingRowTable {
  public:
@@ -64,7 +64,7 @@ class GrowingRowTable {
     return static_cast<T**>(static_cast<void*>(static_cast<char*>(block) + sizeof(Head)));
   }
 
-  /// Makes row i, elements 0..length, each T(). A row that i had before stays in memory until the end.
+  /// Makes row i, elements 0..length, each T(). An earlier row i stays in memory until Destroy.
   static T* MakeRow(T** table, int i, int length) {
     std::size_t const nElement = static_cast<std::size_t>(length) + 1;
     T* const row = static_cast<T*>(HeadOf(table)->rows.Take(nElement * sizeof(T)));
@@ -73,7 +73,7 @@ class GrowingRowTable {
     return row;
   }
 
-  /// Frees table and rows and sets it to null; null is fine.
+  /// Frees table and rows and sets the pointer to null; null is fine.
   static void Destroy(T**& table) {
     if (table == nullptr) return;
     Head* const head = HeadOf(table);

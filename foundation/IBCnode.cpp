@@ -1,6 +1,6 @@
 #include "foundation/IBCnode.h"
 
-// Parameters of the names of the members stand in the header; here they would hide them.
+// The header names the parameters after the members; here such names would hide the members.
 
 IBCnode::IBCnode(double px, double py, double pz, int /*tag*/) : x(px), y(py), z(pz) {}
 

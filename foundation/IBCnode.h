@@ -4,28 +4,28 @@
 
 /// A point in space, or a triple of coefficients, with an integer that it carries along.
 ///
-/// The operators are not those of a vector: `a + b` and `a - b` change `a` and give it back, no new object is
-/// made. Callers rely on it or work on a copy.
+/// The operators are not those of a vector: `a + b` and `a - b` change `a` and return it, and make no new object.
+/// Work on a copy if `a` has to stay as it is.
 class ZYN_EXPORT IBCnode {
  public:
   IBCnode() = default;
 
-  /// The fourth argument is ignored on purpose: `tag` is 0. SetData sets it.
+  /// `tag` is 0 whatever the fourth argument is; SetData sets it.
   IBCnode(double x, double y, double z, int tag);
   IBCnode(IBCnode const&) = default;
   virtual ~IBCnode();
 
-  /// Takes x, y, z; `tag` stays what it was. copy() takes it too.
+  /// Takes x, y, z and keeps its own `tag`; copy() takes the tag too.
   IBCnode& operator=(IBCnode const& other);
   void copy(IBCnode& other);
 
-  IBCnode& operator+(IBCnode const& other);   ///< adds x, y, z in place; `tag` stays
+  IBCnode& operator+(IBCnode const& other);   ///< adds x, y, z in place and keeps `tag`
   IBCnode& operator+=(IBCnode const& other);  ///< as operator+
-  IBCnode& operator-(IBCnode const& other);   ///< subtracts x, y, z in place; `tag` stays
+  IBCnode& operator-(IBCnode const& other);   ///< subtracts x, y, z in place and keeps `tag`
 
   void SetData(double x, double y, double z, int tag);
 
-  /// ADDS to x, y, z, in spite of the name; `tag` stays.
+  /// ADDS to x, y, z, in spite of its name; keeps `tag`.
   void SetDataVector(double dx, double dy, double dz);
 
   void Set_X(double x);

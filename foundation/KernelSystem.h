@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <vector>
 
@@ -7,12 +8,15 @@
 #include "foundation/DQMatrix.h"
 #include "foundation/DQVector.h"
 
-/// The systems of faces and free points: a field's value or derivatives at a place from its values at the nodes
-/// X_1..X_n,
-///   sum_l kernel(|X_k - X_l|) w_l = D kernel(|x - X_k|) at x = `at`, for every k.
+/// The systems of faces and of free points. A value or derivative of a field at a place x is a weighted sum of the
+/// field's values at nodes X_1..X_n,
+///   (D phi)(x) = sum_k w_k phi(X_k)   with D one of d/dx, d/dy, d/dz and the value itself,
+/// and the weights make that exact for the kernel centred on each of the nodes,
+///   A w = b,   A_kl = kernel(|X_k - X_l|),   b_k = D kernel(|x - X_k|).   @cite wendland1995
 ///
-/// There is no constant term, so constants are reproduced only as far as the support is wide. The status of the
-/// solve is not looked at. The arrays grow to the largest system and are used again. @cite wendland1995
+/// There is no constant term, unlike in the systems of cells: constants are reproduced approximately, better the
+/// wider the support. Nobody looks at the status of the solve; a singular system shows in the operators' reports. The
+/// arrays grow to the largest system and are used again.
 class KernelSystem {
  public:
   /// Begins a new set of nodes.
@@ -20,40 +24,61 @@ class KernelSystem {
 
   void Add(DQVector const& node) { nodes_.push_back(node); }
 
-  int Size() const { return static_cast<int>(nodes_.size()); }
+  int Size() const { return static_cast<int>(nodes_.size()); }  ///< n
+
+  std::vector<DQVector> const& Nodes() const { return nodes_; }
 
   DQVector const& Node(int k) const { return nodes_[static_cast<std::size_t>(k)]; }  ///< k in 0..n-1
 
-  /// Weights of the value. @return [0..n-1], valid until the next solution
+  /// The greatest distance from a point to a node; 0 without nodes. L.
+  double Reach(DQVector const& from) const {
+    double largest2 = 0.0;
+    for (DQVector const& node : nodes_) {
+      double const r2 = SquaredLength(OffsetBetween(from, node));
+      if (r2 > largest2) largest2 = r2;
+    }
+    return std::sqrt(largest2);
+  }
+
+  /// A. @return n x n, row-major, valid until the next call that makes or solves a system
+  template <typename Kernel>
+  double const* Matrix(Kernel const& kernel) {
+    std::size_t const n = nodes_.size();
+    if (matrix_.size() < n * n) matrix_.resize(n * n);
+    FillKernelMatrix(kernel, nodes_.data(), Size(), matrix_.data(), Size());
+    return matrix_.data();
+  }
+
+  /// Weights of the value at a place. @return [0..n-1], valid until the next solution
   template <typename Kernel>
   double const* SolveForValue(Kernel const& kernel, DQVector const& at) {
-    double* const columns = MakeRoom(1);
+    double* const b = MakeColumns(1);
     for (std::size_t k = 0; k < nodes_.size(); ++k)
-      columns[k] = kernel.Value(Length(kernel.Scaled(OffsetBetween(nodes_[k], at))));
+      b[k] = kernel.Value(Length(kernel.Scaled(OffsetBetween(nodes_[k], at))));
     return Solve(kernel, 1);
   }
 
-  /// Weights of d/dx, d/dy, d/dz and the value. @return [0..n-1][0..3], row-major, valid until the next solution
+  /// Weights of d/dx, d/dy, d/dz and the value at a place.
+  /// @return [0..n-1][0..3], row-major, valid until the next solution
   template <typename Kernel>
   double const* SolveForGradientAndValue(Kernel const& kernel, DQVector const& at) {
-    double* row = MakeRoom(4);
+    double* b = MakeColumns(4);
     for (DQVector const& node : nodes_) {
       DQVector const offset = kernel.Scaled(OffsetBetween(node, at));
       DQVector const gradient = kernel.Gradient(offset);
-      row[0] = gradient.x;
-      row[1] = gradient.y;
-      row[2] = gradient.z;
-      row[3] = kernel.Value(Length(offset));
-      row += 4;
+      b[0] = gradient.x;
+      b[1] = gradient.y;
+      b[2] = gradient.z;
+      b[3] = kernel.Value(Length(offset));
+      b += 4;
     }
     return Solve(kernel, 4);
   }
 
  private:
-  double* MakeRoom(std::size_t nColumn) {
-    std::size_t const n = nodes_.size();
-    if (matrix_.size() < n * n) matrix_.resize(n * n);
-    if (columns_.size() < n * nColumn) columns_.resize(n * nColumn);
+  double* MakeColumns(std::size_t nColumn) {
+    std::size_t const size = nodes_.size() * nColumn;
+    if (columns_.size() < size) columns_.resize(size);
     return columns_.data();
   }
 
@@ -61,12 +86,12 @@ class KernelSystem {
   double const* Solve(Kernel const& kernel, int nColumn) {
     int const n = Size();
     if (n == 0) return columns_.data();
-    FillKernelMatrix(kernel, nodes_.data(), n, matrix_.data(), n);
+    Matrix(kernel);
     CDenseSolver().Solve(n, matrix_.data(), columns_.data(), columns_.data(), nColumn);
     return columns_.data();
   }
 
   std::vector<DQVector> nodes_;
   std::vector<double> matrix_;   // n x n, row-major
-  std::vector<double> columns_;  // n x number of right-hand sides, row-major: these, then the solution
+  std::vector<double> columns_;  // n x number of right-hand sides, row-major: first these, then the solution
 };

@@ -6,12 +6,11 @@
 #include "foundation/RowTable.h"
 #include "host/Zyn3dGV.h"
 
-/// The cells around each node that `isUsable`: ragged rows [1..NNode], to be given back to
-/// RowTable<int>::Destroy.
+/// The usable cells around each mesh node: ragged rows [1..NNode]. Free them with RowTable<int>::Destroy.
 ///
-/// First come the entries of the mesh's NodeCell row in their order. Meshes list at boundary nodes the ghost
-/// cells, with or without the interior cells; so a node that `isBoundaryNode` then gets the interior cells that
-/// have it, in ascending order. No row holds a cell twice.
+/// A row begins with the entries of the mesh's NodeCell row in their order. At boundary nodes a mesh lists the ghost
+/// cells, with or without the interior cells, so such a row goes on with the interior cells that have the node, in
+/// ascending order. No row holds a cell twice.
 /// @param isBoundaryNode  bool(int node)
 /// @param isUsable        bool(int cell)
 template <typename IsBoundaryNode, typename IsUsable>

@@ -5,16 +5,14 @@
 
 #include "foundation/ZeroedBlock.h"
 
-/// Ragged tables [0..nRow] behind members of the type T**: one block of memory with the row pointers at its
-/// beginning and the rows behind them in ascending order, so that a walk over all rows is a walk through
-/// memory.
+/// Ragged tables [0..nRow] behind members of the type T**. A table is one block of memory: first the row pointers,
+/// then the rows in ascending order, so a walk over all rows is a walk through memory.
 ///
-/// The elements are zero, which is what T() must be. Row 0 and the rows above `nFilled` are null.
+/// The elements are zero bytes, which must be what T() is. Row 0 and the rows above `nFilled` are null.
 template <typename T>
 class RowTable {
  public:
-  /// @param lengthOf  number of elements of row i, element 0 included, for i in 1..nFilled; called twice for
-  /// each
+  /// @param lengthOf  number of elements of row i, element 0 included, for i in 1..nFilled; called twice for each row
   template <typename LengthOf>
   static T** Create(int nRow, int nFilled, LengthOf lengthOf) {
     std::size_t nElement = 0;
@@ -31,8 +29,8 @@ class RowTable {
     return table;
   }
 
-  /// Frees a table made by Create, rows and all, and sets it to null; null is fine. It needs no count, and a
-  /// row pointer that was changed meanwhile does no harm.
+  /// Frees a table made by Create together with its rows and sets the pointer to null; null is fine. It needs no
+  /// count, and a row pointer that was changed in the meantime does no harm.
   static void Destroy(T**& table) {
     FreeZeroedBlock(table);
     table = nullptr;

@@ -4,35 +4,44 @@
 #include <initializer_list>
 #include <memory>
 
-/// What the settings files of the radial-basis objects have in common: a format number in the first line,
-/// then lines "key = value" that count by their place alone; keys are never compared.
+/// The settings file of a radial-basis operator: a format number in the first line, then lines "key = value". A line
+/// counts by its place alone; nothing compares the key.
 ///
-/// Only regular files are opened, links to them included: a folder of that name, or a pipe, on which reading
-/// would wait for ever, counts as a file that cannot be opened.
+/// Only regular files and links to them are opened. A folder of that name, or a pipe, on which a read would wait for
+/// ever, counts as a file that cannot be opened.
 class SettingsFile {
  public:
-  /// Sees to it that a file of the right format stands at `path`, if that can be done.
-  ///
-  /// A file whose first line does not begin with `formatNumber` is deleted, whatever else it holds. If there
-  /// is no file then, `defaults` are written, each flushed. Says so on standard output, with a further empty
-  /// line when there was a file that could not be opened.
-  /// @param firstLineLimit  so many characters of the first line are looked at, at most 255
-  static void Prepare(char const* path, int formatNumber, int firstLineLimit,
-                      std::initializer_list<char const*> defaults);
+  /// What an operator expects of its file.
+  struct Format {
+    int number;          ///< in the first line
+    int firstLineLimit;  ///< number of characters of the first line that are looked at, at most 255
+    std::initializer_list<char const*> defaults;  ///< all lines of a new file
+  };
 
-  /// Opens for reading; see IsOpen().
+  /// Makes sure, as far as possible, that a file of the right format stands at `path`, opens it and skips the format
+  /// number. See IsOpen().
+  ///
+  /// A file whose first line does not begin with the format number is deleted, whatever else it holds. If there is no
+  /// file then, the defaults are written, each line flushed, and standard output says so. A file that existed and
+  /// could not be opened is announced too, by the same line and an empty one.
+  SettingsFile(char const* path, Format const& format);
+
+  /// Opens a file as it is, before its first line.
   explicit SettingsFile(char const* path);
 
   bool IsOpen() const { return file_ != nullptr; }
 
-  /// Reads the next line, at most 511 characters of it: the rest of a longer one counts as the next. At the
-  /// end of the file the former line stays and counts once more.
+  /// Reads the next line, at most 511 characters of it; the rest of a longer line counts as the next. At the end of
+  /// the file the last line stays and counts once more.
   void ReadLine();
 
-  /// The value of the line that was read last as a number, as much of it as is one; 0 when nothing is. Decimals
-  /// stand behind a point, whatever the program's locale.
+  /// The value of the line that was read last, as far as its beginning is a number; 0 otherwise. Decimals stand
+  /// behind a point, whatever the program's locale.
   double Real();
-  int Integer();  ///< a value out of the range of int gives the nearest int
+  int Integer();  ///< a value outside the range of int gives the nearest int
+
+  double NextReal();  ///< reads a line and gives its value
+  int NextInteger();
 
  private:
   struct Close {
@@ -43,7 +52,9 @@ class SettingsFile {
   static constexpr int kLineSize = 512;  // with the terminator
 
   static Stream OpenForReading(char const* path);
-  static void WriteDefaults(char const* path, std::initializer_list<char const*> defaults);
+  static Stream OpenInFormat(char const* path, Format const& format);
+  static void DeleteOtherFormat(char const* path, Format const& format);
+  static void WriteDefaults(char const* path, Format const& format);
   char const* Value();
 
   Stream file_;

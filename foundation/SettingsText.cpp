@@ -3,13 +3,15 @@
 #include <cstddef>
 #include <cstring>
 
+#include "foundation/Status.h"
+
 namespace {
 
 constexpr std::size_t kNameSize = 1024;         // with the terminator
 constexpr std::size_t kOldExtensionLength = 4;  // the point and three letters
 
-// Copies the first `stop` characters of the line without blanks and newlines. The key may take the place of the
-// line: it never gets ahead of what is read.
+// Copies the first `stop` characters of the line without blanks and newlines. The key may be the line itself: writing
+// never gets ahead of reading.
 void CopyKey(char const* line, std::size_t stop, char* key) {
   for (std::size_t i = 0; i < stop; ++i) {
     if (line[i] != ' ' && line[i] != '\n') *key++ = line[i];
@@ -29,8 +31,8 @@ void CopyLast(char last, char* to) {
   to[1] = '\0';
 }
 
-// From the first character behind the "=" that is not a blank, or, with none up to the end of the line, from the
-// "=" itself, which by now may be overwritten.
+// From the first character behind the "=" that is not a blank. If there is none up to the end of the line, from the
+// "=" itself, which may be overwritten by now.
 void CopyValueBehind(char const* equalsSign, char* to) {
   char const* const behind = equalsSign + 1;
   char const* const begin = behind + std::strspn(behind, " ");
@@ -45,7 +47,7 @@ void CopyValueBehind(char const* equalsSign, char* to) {
 }  // namespace
 
 int SplitSettingsLine(char const* line, char* key, char* value) {
-  // All that is asked of the line up to its "=" is asked before the key is written, perhaps into the line itself.
+  // Writing the key may overwrite the line up to its "=", so that part is examined first.
   std::size_t const stop = std::strcspn(line, "=");
   bool const hasEqualsSign = line[stop] == '=';
   char const last = stop > 0 ? line[stop - 1] : '\0';
@@ -57,7 +59,7 @@ int SplitSettingsLine(char const* line, char* key, char* value) {
   } else {
     CopyValueBehind(line + stop, value);
   }
-  return hasEqualsSign ? 1 : 0;
+  return hasEqualsSign ? Status::kSuccess : Status::kNotFound;
 }
 
 int ReplaceExtension(char* result, char const* extension, char const* name) {
@@ -68,7 +70,7 @@ int ReplaceExtension(char* result, char const* extension, char const* name) {
   std::memcpy(buffer, name, stemLength);
   std::memcpy(buffer + stemLength, extension, extensionLength);
   buffer[stemLength + extensionLength] = '\0';
-  // By way of the buffer, as `result` may be `name` or `extension`.
+  // From the buffer, since `result` may be `name` or `extension`.
   std::memcpy(result, buffer, stemLength + extensionLength + 1);
-  return 1;
+  return Status::kSuccess;
 }

@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::uintptr_t kLargePage = std::uintptr_t{1} << 21;
 
-// For the large pages that lie wholly in the block. A hint: a system without them goes on with small ones.
+// Asks for those large pages that lie wholly in the block. It is a hint: a system without large pages uses small
+// ones.
 void AskForLargePages(void* block, std::size_t nByte) {
   if (nByte < 2 * kLargePage) return;
   std::uintptr_t const address = reinterpret_cast<std::uintptr_t>(block);
@@ -37,7 +38,7 @@ void* NewZeroedBlock(std::size_t nByte) {
       AskForLargePages(block, nByte);
       return block;
     }
-    // Has the new-handler make room, or raises what a failed allocation raises everywhere else.
+    // Lets the new-handler make room, or fails as every other allocation does.
     ::operator delete(::operator new(nByte));
   }
 }

@@ -3,18 +3,19 @@
 #include <cstddef>
 #include <type_traits>
 
-/// A block of zero bytes for a large table, to be given back to FreeZeroedBlock.
+/// A block of zero bytes for a large table. Free it with FreeZeroedBlock.
 ///
-/// The zeros are those of the system's fresh pages where possible, so that a page is touched for the first
-/// time when its table is filled, and the pages are large ones where the system gives them for the asking: at
-/// a gigabyte of tables, page faults would cost as much as the arithmetic that fills them.
-/// @return never null: a failure is operator new's, exception included
+/// Where possible the zeros are those of the system's fresh pages, so a page is touched for the first time when its
+/// table is filled. The pages are large ones where the system grants them. With a gigabyte of tables, page faults
+/// would otherwise cost as much as the arithmetic that fills the tables.
+/// @return never null: failure is that of operator new, exception included
 void* NewZeroedBlock(std::size_t nByte);
 
 /// Null is fine.
 void FreeZeroedBlock(void* block);
 
-/// Elements 0..n of zero bytes, which is what T() must be; to be given back to FreeZeroedBlock.
+/// Elements 0..n of zero bytes, which must be what T() is. Free them with FreeZeroedArray of Release.h or
+/// FreeZeroedBlock.
 template <typename T>
 T* NewZeroedArray(int n) {
   static_assert(std::is_trivially_copyable_v<T>,

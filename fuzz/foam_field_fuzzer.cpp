@@ -12,9 +12,9 @@
 
 #include "fuzz/FuzzFolder.h"
 #include "reference_host/mesh/MeshError.h"
-#include "reference_host/mesh/NamePattern.h"
 #include "reference_host/openfoam/FoamField.h"
 #include "reference_host/openfoam/FoamFieldLookup.h"
+#include "reference_host/openfoam/NamePattern.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
-// The checker of hosts on records that lie. Two kinds: a sound host whose counts are changed so that they contradict
-// each other, with arrays of the true length, so that a step too far is one beyond an array; and records of any
-// content, with arrays as long as the largest count that the checker may believe.
+// Gives the checker of hosts wrong records, of two kinds: a sound host with contradicting counts and arrays
+// of the true length, so that one step too far leaves an array; and records of any content, with arrays as
+// long as the largest count that the checker may believe.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "host_check/CheckHostData.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
@@ -21,7 +22,7 @@
 
 namespace {
 
-/// Partition faces with answers of any kind.
+/// Partition faces that return anything.
 class AnyFaces : public CPartitionFace_DLL {
  public:
   int NParInterFace() override { return count; }
@@ -80,8 +81,8 @@ double AnyNumber(FuzzedDataProvider& input) {
   }
 }
 
-constexpr int kLongest = 24;  // the largest count, but for one that is out of all proportion
-// The longest row that the checker may believe: of NodeCell, an entry for each node of each face.
+constexpr int kLongest = 24;  // the largest count, except for a grossly wrong one
+// The longest row that the checker may believe: a row of NodeCell with an entry for each node of each face.
 constexpr std::size_t kLongestRow = 8192;
 
 /// A record of any content.
@@ -116,15 +117,16 @@ class AnyHost {
   }
 
   void FillCounts() {
-    int* const counts[] = {&mesh_.NInnerCells, &mesh_.NInnerFaces, &mesh_.NNode,     &mesh_.NWall,
-                           &mesh_.NInlet,      &mesh_.NOutlet,     &mesh_.NSymmetry, &faces_.count};
+    std::vector<int*> counts = {&mesh_.NInnerCells, &mesh_.NNode, &faces_.count};
+    for (FaceGroupMembers const& group : face_groups::kTable)
+      if (group.kind != FaceKind::Partition) counts.push_back(&(mesh_.*group.count));
     for (int* count : counts) *count = input_.ConsumeIntegralInRange(0, 6);
     mesh_.NInnerFaces = input_.ConsumeIntegralInRange(0, kLongest);
     mesh_.NNode = input_.ConsumeIntegralInRange(0, kLongest);
     mesh_.NCell = input_.ConsumeIntegralInRange(0, kLongest);
     int const odd = input_.ConsumeIntegralInRange(0, 31);
     constexpr int kOdd[] = {INT_MAX, -1, INT_MIN, 1 << 30};
-    if (odd < 32 / 4) *counts[odd] = kOdd[input_.ConsumeIntegralInRange(0, 3)];
+    if (odd < 8) *counts[static_cast<std::size_t>(odd)] = kOdd[input_.ConsumeIntegralInRange(0, 3)];
     if (odd == 8) mesh_.NCell = kOdd[input_.ConsumeIntegralInRange(0, 3)];
   }
 
@@ -154,32 +156,30 @@ class AnyHost {
 
   void FillReals() {
     CZYN3DFiniteVolumeMesh& m = mesh_;
-    double** const arrays[] = {
-        &m.xn,           &m.yn,          &m.zn,         &m.xc,           &m.yc,           &m.zc,
-        &m.Lamda,        &m.Volume,      &m.ijWallSx,   &m.ijWallSy,     &m.ijWallSz,     &m.ijInletSx,
-        &m.ijInletSy,    &m.ijInletSz,   &m.ijOutletSx, &m.ijOutletSy,   &m.ijOutletSz,   &m.ijInletxc,
-        &m.ijInletyc,    &m.ijInletzc,   &m.ijWallxc,   &m.ijWallyc,     &m.ijWallzc,     &m.ijSymmetryxc,
-        &m.ijOutletxc,   &m.ijOutletyc,  &m.ijOutletzc, &m.ijSx,         &m.ijSy,         &m.ijSz,
-        &m.ijxc,         &m.ijyc,        &m.ijzc,       &m.ijSymmetryyc, &m.ijSymmetryzc, &m.ijSymmetrySx,
-        &m.ijSymmetrySy, &m.ijSymmetrySz};
-    for (double** array : arrays) *array = Reals();
+    for (double** array : {&m.xn, &m.yn, &m.zn, &m.xc, &m.yc, &m.zc, &m.Lamda, &m.Volume}) *array = Reals();
+    for (FaceGroupMembers const& group : face_groups::kTable) {
+      if (group.kind == FaceKind::Partition) continue;
+      for (auto const array : {group.sx, group.sy, group.sz, group.xc, group.yc, group.zc})
+        m.*array = Reals();
+    }
     for (double*& array : faces_.real) array = Reals();
   }
 
   void FillIntegers() {
-    CZYN3DFiniteVolumeMesh& m = mesh_;
-    int** const arrays[] = {&m.ijInlet,      &m.ijOutlet,        &m.ijWall,  &m.ijSymmetry, &m.ijInletCV,
-                            &m.ijOutletCV,   &m.ijWallCV,        &m.ijCV,    &m.ij,         &m.FaceType,
-                            &m.ijSymmetryCV, &m.CellLnodsNumber, &faces_.cv, &faces_.other, &faces_.type};
-    for (int** array : arrays) *array = Integers();
+    for (int** array : {&mesh_.FaceType, &mesh_.CellLnodsNumber, &faces_.cv, &faces_.other, &faces_.type})
+      *array = Integers();
+    for (FaceGroupMembers const& group : face_groups::kTable) {
+      if (group.kind == FaceKind::Partition) continue;
+      mesh_.*group.cv = Integers();
+      mesh_.*group.other = Integers();
+    }
   }
 
   void FillTables() {
     CZYN3DFiniteVolumeMesh& m = mesh_;
-    int*** const tables[] = {&m.CellCell,        &m.CellLnods,     &m.CellFace,    &m.CellFaceType,
-                             &m.ijLnods,         &m.ijParLnods,    &m.ijWallLnods, &m.ijInletLnods,
-                             &m.ijSymmetryLnods, &m.ijOutletLnods, &m.NodeCell};
-    for (int*** table : tables) *table = Table();
+    for (int*** table : {&m.CellCell, &m.CellLnods, &m.CellFace, &m.CellFaceType, &m.NodeCell})
+      *table = Table();
+    for (FaceGroupMembers const& group : face_groups::kTable) m.*group.nodes = Table();
   }
 
   void FillGlobals() {
@@ -217,7 +217,8 @@ reference_host::HostPartition& SoundPartition() {
   return *partition;
 }
 
-/// A count that contradicts the others, on top of arrays of the true lengths: it must be told, and followed nowhere.
+/// Plants a count that contradicts the others; the arrays have the true lengths. The checker must report the
+/// count and must not rely on it.
 void CheckContradiction(FuzzedDataProvider& input) {
   reference_host::HostPartition& partition = SoundPartition();
   CZYN3DFiniteVolumeMesh mesh = *partition.mesh();

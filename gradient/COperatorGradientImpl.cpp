@@ -4,20 +4,10 @@
 
 #include "foundation/ErrorText.h"
 #include "foundation/HostObjects.h"
+#include "foundation/Status.h"
+#include "gradient/GradientTypes.h"
 #include "host/ZYNCom.h"
 #include "host/Zyn3dGV.h"
-
-namespace {
-
-constexpr int kSuccess = 1;
-constexpr int kFailure = -1;
-
-constexpr int kGreenGaussType = 0;
-constexpr int kLeastSquaresType = 1;
-constexpr int kRadialBasisType = 2;
-constexpr int kNoGradientType = 3;
-
-}  // namespace
 
 COperatorGradientImpl::COperatorGradientImpl() : m_szError{} { StartErrorText(m_szError); }
 
@@ -38,11 +28,11 @@ void COperatorGradientImpl::AppendError(char const* message) { AppendErrorText(m
 
 int COperatorGradientImpl::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
                                       CZYN3DFiniteVolumeMesh* pMesh) {
-  if (Receive(pGV, m_pGV, m_szError, kNoGlobals) == kFailure) return kFailure;
+  if (Receive(pGV, m_pGV, m_szError, kNoGlobals) == Status::kFailure) return Status::kFailure;
   ReceiveAccelerator(pGPU, m_pGVGPU, m_GPUHead);
   ReceiveIfGiven(pOpenMP, m_pGVOpenMP);
   ReceiveIfGiven(pMesh, m_pMesh);
-  return kSuccess;
+  return Status::kSuccess;
 }
 
 int COperatorGradientImpl::getPartitionFace(CPartitionFace_DLL* pPartFace) {
@@ -50,30 +40,30 @@ int COperatorGradientImpl::getPartitionFace(CPartitionFace_DLL* pPartFace) {
 }
 
 int COperatorGradientImpl::getCommunication(CCommunication* pComm, CZYNCom* pCom) {
-  if (Receive(pComm, m_pComm, m_szError, kNoCommunication) == kFailure) return kFailure;
+  if (Receive(pComm, m_pComm, m_szError, kNoCommunication) == Status::kFailure) return Status::kFailure;
   return Receive(pCom, m_pCom, m_szError, "Can not get the object of CZYNCom\n");
 }
 
 // The answer warns, the store stands: a type that is refused here still decides what GradMethod does.
 int COperatorGradientImpl::getGradType(int& type) {
   m_iGradType = type;
-  if (static_cast<unsigned>(type) <= static_cast<unsigned>(kRadialBasisType)) return kSuccess;
+  if (static_cast<unsigned>(type) <= static_cast<unsigned>(kRadialBasisType)) return Status::kSuccess;
   AppendError("Default grad type is wrong\n");
-  return kFailure;
+  return Status::kFailure;
 }
 
 int COperatorGradientImpl::ResetMaxGradientIterationNumber(int n) {
-  if (n < 1) return kFailure;
+  if (n < 1) return Status::kFailure;
   m_iMaxGradIter = n;
-  return kSuccess;
+  return Status::kSuccess;
 }
 
 int COperatorGradientImpl::Initialize() {
-  int status = 0;
+  int status = Status::kDone;
   if (m_iGradType == kLeastSquaresType) GatherLeastSquaresMoments();
   if (m_iGradType == kRadialBasisType) status = SetUpRadialBasisOperator();
   m_pCom->AllMin(status);
-  return status < 0 ? kFailure : kSuccess;
+  return status < 0 ? Status::kFailure : Status::kSuccess;
 }
 
 void COperatorGradientImpl::GradMethod(double* phi, double* gx, double* gy, double* gz, int n) {
@@ -107,6 +97,6 @@ void COperatorGradientImpl::GradMethod_3(double* phi1, double* phi2, double* phi
 }
 
 void COperatorGradientImpl::GradMethod_Weighted(double* phi, double* gx, double* gy, double* gz,
-                                                double* weight, int /*n*/) {
-  WeightedGreenGauss(phi, gx, gy, gz, weight);
+                                                double* coefficient, int /*n*/) {
+  WeightedGreenGauss(phi, gx, gy, gz, coefficient);
 }

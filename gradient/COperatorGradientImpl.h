@@ -59,15 +59,13 @@ class COperatorGradientImpl {
   // GreenGauss_Iterated.cpp, GreenGauss_Plain.cpp, GreenGauss_Weighted.cpp, GreenGauss_ThreeComponent.cpp
   void IteratedGreenGauss(double const* phi, double* gx, double* gy, double* gz, int nSweep);
   void PlainGreenGauss(double const* phi, double* gx, double* gy, double* gz);
-  void WeightedGreenGauss(double const* phi, double* gx, double* gy, double* gz, double const* weight);
-  void ThreeComponentGreenGauss(double const* const phi[3], double* const g[9]);
+  void WeightedGreenGauss(double const* phi, double* gx, double* gy, double* gz, double const* coefficient);
+  void ThreeComponentGreenGauss(double const* const phi[3], double* const g9[9]);
 
   // LeastSquares.cpp
   void GatherLeastSquaresMoments();
   void LeastSquares(double const* phi, double* gx, double* gy, double* gz);
   void ClearLeastSquaresSums(double* gx, double* gy, double* gz);
-  void GatherLeastSquaresRightHandSides(double const* phi);
-  bool SolveLeastSquares(double* gx, double* gy, double* gz) const;
 
   // RadialBasis.cpp
   int SetUpRadialBasisOperator();

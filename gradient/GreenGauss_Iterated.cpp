@@ -1,45 +1,46 @@
-// Iterated Green-Gauss gradient: every sweep corrects the linear face value for skewness with the gradient of
-// the sweep before it, and keeps it between the two cell values. @cite demirdzic1995
+// Iterated Green-Gauss gradient: every sweep corrects the face values for skewness with the gradient G of the sweep
+// before it
+//
+//   g_c = 1/(V_c + 1e-30) * sum over the faces f of c of phi_f S_f,    S_f pointing out of c
+//
+//   phi_f = median(phi_other, v, phi_cv)                               between the cells `cv` and `other`
+//       v = (1 - w) phi_cv + w phi_other + (x_f - x_i) . G_i
+//     x_i = (1 - w) x_cv + w x_other                                   the point of interpolation between the centres
+//     G_i = (1 - w) G_cv + w G_other
+//   phi_f = phi_ghost                                                  on the boundary
+//
+// with G = 0 in the first sweep. @cite demirdzic1995
 
-#include <initializer_list>
+#include <algorithm>
 
 #include "gradient/COperatorGradientImpl.h"
-#include "gradient/GreenGaussKernels.h"
+#include "gradient/GreenGauss.h"
 
 namespace {
 
-using green_gauss::At;
-using green_gauss::FaceSet;
-using green_gauss::InCells;
+/// w q_other + (1 - w) q_cv, in this order.
+template <class Face, class Weight>
+[[gnu::always_inline]] inline auto Interpolated(Face const& face, Weight w, double const* q) {
+  return w * face.InOther(q) + (1.0 - w) * face.InCv(q);
+}
 
-struct CorrectedScheme {
+struct LimitedCorrected {
   double const* phi;
-  double const *xc, *yc, *zc;           // cell centres
-  double const *prevX, *prevY, *prevZ;  // gradient of the sweep before
+  double const *xc, *yc, *zc;  // cell centres
+  double const *Gx, *Gy, *Gz;  // gradient of the sweep before
 
-  // v = L + G . (xf - xi): the linear value, moved from the point xi of the line of centres to the face
-  // centre xf with the interpolated previous gradient G. The order of the additions, x-part first, then L, is
-  // part of the result.
-  template <class Value, class Cells>
-  Value FaceValue(FaceSet const& faces, int f, Cells a, Cells b) const {
-    Value const w = At<Value>(faces.weight, f);
-    auto const interpolated = [&](double const* q) { return w * InCells(q, a) + (1.0 - w) * InCells(q, b); };
-    Value const xi = interpolated(xc), yi = interpolated(yc), zi = interpolated(zc);
-    Value const Gx = interpolated(prevX), Gy = interpolated(prevY), Gz = interpolated(prevZ);
-    Value const dx = At<Value>(faces.xc, f) - xi;
-    Value const dy = At<Value>(faces.yc, f) - yi;
-    Value const dz = At<Value>(faces.zc, f) - zi;
-    Value const phiOther = InCells(phi, a), phiCv = InCells(phi, b);
-    Value const L = green_gauss::LinearFaceValue(w, phiCv, phiOther);
-    Value const v = dx * Gx + L + dy * Gy + dz * Gz;
-    return green_gauss::MedianFaceValue(phiOther, v, phiCv);
-  }
-  [[gnu::always_inline]] void PrefetchFaces(FaceSet const& faces, int f) const {
-    green_gauss::PrefetchFaces(faces, f);
-    for (double const* x : {faces.xc, faces.yc, faces.zc}) __builtin_prefetch(x + f);
-  }
-  [[gnu::always_inline]] void PrefetchCell(int c) const {
-    for (double const* q : {phi, xc, yc, zc, prevX, prevY, prevZ}) __builtin_prefetch(q + c);
+  // The order of the additions into v is part of the result: x-part, linear value, y-part, z-part.
+  template <class Face>
+  [[gnu::always_inline]] auto operator()(Face const& face) const {
+    auto const w = face.Weight();
+    auto const xi = Interpolated(face, w, xc), yi = Interpolated(face, w, yc), zi = Interpolated(face, w, zc);
+    auto const Gxi = Interpolated(face, w, Gx), Gyi = Interpolated(face, w, Gy),
+               Gzi = Interpolated(face, w, Gz);
+    auto const dx = face.CentreX() - xi, dy = face.CentreY() - yi, dz = face.CentreZ() - zi;
+    auto const phiOther = face.InOther(phi), phiCv = face.InCv(phi);
+    auto const linear = green_gauss::Linear(w, phiCv, phiOther);
+    auto const v = dx * Gxi + linear + dy * Gyi + dz * Gzi;
+    return green_gauss::Median(phiOther, v, phiCv);
   }
 };
 
@@ -47,38 +48,39 @@ struct CorrectedScheme {
 
 void COperatorGradientImpl::IteratedGreenGauss(double const* phi, double* gx, double* gy, double* gz,
                                                int nSweep) {
-  using namespace green_gauss;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  double *const px = m_pGV->PrevGradX, *const py = m_pGV->PrevGradY, *const pz = m_pGV->PrevGradZ;
+  FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
+  double *const Gx = m_pGV->PrevGradX, *const Gy = m_pGV->PrevGradY, *const Gz = m_pGV->PrevGradZ;
 
-  auto const plainSweep = [&](double* sumX, double* sumY, double* sumZ) {
-    SumFaceFluxes(mesh, *m_pPartFace, phi, sumX, sumY, sumZ, PlainScheme{phi});
-    DivideByVolume(mesh, sumX, sumY, sumZ);
+  auto const sweep = [&](auto const& faceValue, double* sumX, double* sumY, double* sumZ) {
+    face_walk::CellSums<face_walk::Flux> g({sumX, sumY, sumZ}, mesh.NCell);
+    // g_cv += phi_f S,  g_other -= phi_f S
+    for (FaceGroup const& group : faces.BetweenCells()) AddFluxes(group, faceValue, g);
+    // g_cv += phi_ghost S
+    for (FaceGroup const& group : faces.OnBoundaryInGreenGaussOrder()) AddBoundaryFluxes(group, phi, g);
+    // g_c *= 1/V
+    for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / (mesh.Volume[c] + green_gauss::kTiny));
   };
-  auto const correctedSweep = [&] {
-    CorrectedScheme const scheme{phi, mesh.xc, mesh.yc, mesh.zc, px, py, pz};
-    SumFaceFluxes(mesh, *m_pPartFace, phi, gx, gy, gz, scheme);
-    DivideByVolume(mesh, gx, gy, gz);
-  };
+  green_gauss::LimitedLinear const uncorrected{phi};
+  LimitedCorrected const corrected{phi, mesh.xc, mesh.yc, mesh.zc, Gx, Gy, Gz};
 
   if (nSweep < 2) {
-    for (double* array : {px, py, pz}) std::fill(array + 1, array + mesh.NCell + 1, 0.0);
-    if (nSweep == 1) plainSweep(gx, gy, gz);
+    for (double* array : {Gx, Gy, Gz}) std::fill(array + 1, array + mesh.NCell + 1, 0.0);
+    if (nSweep == 1) sweep(uncorrected, gx, gy, gz);
     ExchangeThree(gx, gy, gz);
     return;
   }
 
-  // The previous gradient of the first sweep is zero, so that sweep needs no correction, and as nothing reads
-  // the previous-iterate arrays in it, it can leave its result there at once.
-  plainSweep(px, py, pz);
-  ExchangeThree(px, py, pz);
+  // Nothing reads the previous-iterate arrays in the first sweep, so it can leave its result there at once.
+  sweep(uncorrected, Gx, Gy, Gz);
+  ExchangeThree(Gx, Gy, Gz);
   for (int s = 2; s <= nSweep; ++s) {
-    correctedSweep();
+    sweep(corrected, gx, gy, gz);
     if (s == nSweep) break;
-    std::copy(gx + 1, gx + mesh.NCell + 1, px + 1);
-    std::copy(gy + 1, gy + mesh.NCell + 1, py + 1);
-    std::copy(gz + 1, gz + mesh.NCell + 1, pz + 1);
-    ExchangeThree(px, py, pz);
+    std::copy(gx + 1, gx + mesh.NCell + 1, Gx + 1);
+    std::copy(gy + 1, gy + mesh.NCell + 1, Gy + 1);
+    std::copy(gz + 1, gz + mesh.NCell + 1, Gz + 1);
+    ExchangeThree(Gx, Gy, Gz);
   }
   ExchangeThree(gx, gy, gz);
 }

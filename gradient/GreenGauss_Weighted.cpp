@@ -1,56 +1,53 @@
-// Weighted Green-Gauss gradient: face values weighted harmonically with a cell coefficient k, for fields
-// whose coefficient jumps between cells.
+// Green-Gauss gradient with harmonic face values, for fields with a coefficient k that jumps between cells
+//
+//   g_c = 1/V_c * sum over the faces f of c of phi_f S_f,    S_f pointing out of c
+//
+//   phi_f = median(phi_other, v, phi_cv)                     between the cells `cv` and `other`
+//       t = (1 - w) / (k_other + 1e-30)
+//       v = (phi_cv - phi_other) t / (w / (k_cv + 1e-30) + t) + phi_other
+//   phi_f = phi_ghost                                        on the boundary
+//
+// v is the value at which the flux k dphi/dn is the same from either side, the distances from the cells to the face being
+// as w to 1 - w: the interface value behind the harmonic mean of the coefficients. @cite patankar1980
+//
+// V has no guard here, unlike in the other forms: the gradient of an empty cell is infinite or NaN, and callers can
+// see that.
 
 #include "gradient/COperatorGradientImpl.h"
-#include "gradient/GreenGaussKernels.h"
+#include "gradient/GreenGauss.h"
 
 namespace {
 
-using green_gauss::At;
-using green_gauss::FaceSet;
-using green_gauss::InCells;
 using green_gauss::kTiny;
-using green_gauss::MedianFaceValue;
 
-struct WeightedScheme {
-  double const* phi;
-  double const* coefficient;
+struct LimitedHarmonic {
+  double const *phi, *k;
 
-  // t = (1-w)/(k_a + 1e-30);  v = (phi_b - phi_a) * t / (w/(k_b + 1e-30) + t) + phi_a, evaluated from the
-  // left.
-  template <class Value, class Cells>
-  Value FaceValue(FaceSet const& faces, int f, Cells a, Cells b) const {
-    Value const w = At<Value>(faces.weight, f);
-    Value const phiOther = InCells(phi, a), phiCv = InCells(phi, b);
-    Value const t = (1.0 - w) / (InCells(coefficient, a) + kTiny);
-    Value const v = (phiCv - phiOther) * t / (w / (InCells(coefficient, b) + kTiny) + t) + phiOther;
-    return MedianFaceValue(phiOther, v, phiCv);
-  }
-  [[gnu::always_inline]] void PrefetchFaces(FaceSet const& faces, int f) const {
-    green_gauss::PrefetchFaces(faces, f);
-  }
-  [[gnu::always_inline]] void PrefetchCell(int c) const {
-    __builtin_prefetch(phi + c);
-    __builtin_prefetch(coefficient + c);
+  // v is evaluated from the left.
+  template <class Face>
+  [[gnu::always_inline]] auto operator()(Face const& face) const {
+    auto const w = face.Weight();
+    auto const phiOther = face.InOther(phi), phiCv = face.InCv(phi);
+    auto const t = (1.0 - w) / (face.InOther(k) + kTiny);
+    auto const v = (phiCv - phiOther) * t / (w / (face.InCv(k) + kTiny) + t) + phiOther;
+    return green_gauss::Median(phiOther, v, phiCv);
   }
 };
-
-// No guard against an empty cell here, unlike the other forms: it gives infinities or NaN in that cell.
-void DivideByBareVolume(CZYN3DFiniteVolumeMesh const& mesh, double* gx, double* gy, double* gz) {
-  for (int i = 1; i <= mesh.NInnerCells; ++i) {
-    double const r = 1.0 / mesh.Volume[i];
-    gx[i] *= r;
-    gy[i] *= r;
-    gz[i] *= r;
-  }
-}
 
 }  // namespace
 
 void COperatorGradientImpl::WeightedGreenGauss(double const* phi, double* gx, double* gy, double* gz,
-                                               double const* weight) {
-  using namespace green_gauss;
-  SumFaceFluxes(*m_pMesh, *m_pPartFace, phi, gx, gy, gz, WeightedScheme{phi, weight});
-  DivideByBareVolume(*m_pMesh, gx, gy, gz);
+                                               double const* coefficient) {
+  CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
+  FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
+  face_walk::CellSums<face_walk::Flux> g({gx, gy, gz}, mesh.NCell);
+
+  // g_cv += phi_f S,  g_other -= phi_f S
+  for (FaceGroup const& group : faces.BetweenCells()) AddFluxes(group, LimitedHarmonic{phi, coefficient}, g);
+  // g_cv += phi_ghost S
+  for (FaceGroup const& group : faces.OnBoundaryInGreenGaussOrder()) AddBoundaryFluxes(group, phi, g);
+  // g_c *= 1/V
+  for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / mesh.Volume[c]);
+
   ExchangeThree(gx, gy, gz);
 }

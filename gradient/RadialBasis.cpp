@@ -1,6 +1,7 @@
 // Radial-basis gradient: the cell operator does all of the work; here is how it is created, set up and
 // called.
 
+#include "foundation/Status.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 
@@ -9,7 +10,7 @@
 // @return the status of the derivation; that of the settings is not looked at. 0 when the operator exists
 // already
 int COperatorGradientImpl::SetUpRadialBasisOperator() {
-  if (m_pRBF != nullptr) return 0;
+  if (m_pRBF != nullptr) return Status::kDone;
   m_pRBF = new CZynRBFInternalObject;
   m_pRBF->getZyn3dGV(m_pGV, m_pGVGPU, m_pGVOpenMP, m_pMesh);
   m_pRBF->getPartitionFace(m_pPartFace);

@@ -8,7 +8,7 @@
 
 namespace host_check {
 
-/// The box around some nodes, to tell a centre that cannot be one.
+/// The bounding box of some nodes: a centre far outside it cannot be right.
 class Bounds {
  public:
   void Add(Vec3 const& p) {
@@ -16,7 +16,7 @@ class Bounds {
     high_ = {std::max(high_.x, p.x), std::max(high_.y, p.y), std::max(high_.z, p.z)};
   }
 
-  /// Adds nodes first..last-1 of a list. Returns false if one has no finite position.
+  /// Adds the nodes first..last-1 of a list. Returns false if one has no finite position.
   bool AddNodes(HostView const& view, int const* first, int const* last) {
     for (; first != last; ++first) {
       if (!view.nodeSound[*first]) return false;

@@ -9,13 +9,13 @@ namespace {
 template <class Visit>
 void ForEachSide(HostView const& view, Visit const& visit) {
   for (int g = 0; g < HostView::kGroups; ++g) {
-    FaceGroupView const& group = view.groups[g];
+    CheckedFaceGroup const& group = view.groups[g];
     for (int f = 1; f <= group.count; ++f) {
       bool const hasOther = group.otherSound[f];
       if (group.cvSound[f]) {
         visit(group.cv[f], CellFaces::Entry{g, f, hasOther ? group.other[f] : 0, 1.0, true});
       }
-      if (hasOther && group.farSide == FarSide::Interior) {
+      if (hasOther && group.LeadsToInterior()) {
         int const cv = group.cvSound[f] ? group.cv[f] : 0;
         visit(group.other[f], CellFaces::Entry{g, f, cv, -1.0, !group.IsOneSided(f)});
       }

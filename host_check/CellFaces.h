@@ -6,13 +6,13 @@
 
 namespace host_check {
 
-/// The faces of every interior cell according to the face tables, from which all tables of cells and nodes
-/// follow. A face counts for each of its cells whose number is sound.
+/// The faces of every interior cell according to the face tables, from which the tables of cells and nodes
+/// follow. A face belongs to each of its cells whose number is sound.
 class CellFaces {
  public:
   struct Entry {
     int group, face;
-    int neighbour;    ///< the cell beyond, 0 where its number is not sound
+    int neighbour;    ///< the cell across the face; 0: its number is not sound
     double sign;      ///< +1 where the area vector points out of the cell
     bool isRequired;  ///< false on the far side of a one-sided face, which the cell's rows may list or not
   };

@@ -14,7 +14,7 @@ CellNodes::CellNodes(HostView const& view, CellFaces const& cellFaces)
     ofCell.clear();
     isKnown_[c] = cellFaces.Count(c) > 0 ? 1 : 0;
     for (auto const* entry = cellFaces.begin(c); entry != cellFaces.end(c); ++entry) {
-      FaceGroupView const& group = view.groups[entry->group];
+      CheckedFaceGroup const& group = view.groups[entry->group];
       if (!group.nodesSound[entry->face]) {
         isKnown_[c] = 0;
       } else if (entry->isRequired) {
@@ -33,7 +33,7 @@ bool CellNodes::Has(int c, int node) const { return std::binary_search(begin(c),
 
 bool CellNodes::MayHave(int c, int node) const {
   for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-    FaceGroupView const& group = view_.groups[entry->group];
+    CheckedFaceGroup const& group = view_.groups[entry->group];
     if (entry->isRequired || !group.nodesSound[entry->face]) continue;
     int const* row = group.nodes[entry->face];
     if (std::find(row + 1, row + 1 + row[0], node) != row + 1 + row[0]) return true;
@@ -44,7 +44,7 @@ bool CellNodes::MayHave(int c, int node) const {
 int CellNodes::MayCount(int c) const {
   int count = 0;
   for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-    FaceGroupView const& group = view_.groups[entry->group];
+    CheckedFaceGroup const& group = view_.groups[entry->group];
     if (!entry->isRequired && group.nodesSound[entry->face]) count += group.nodes[entry->face][0];
   }
   return count;

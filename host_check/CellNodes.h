@@ -10,7 +10,7 @@ namespace host_check {
 /// The nodes of every interior cell according to its faces' rows of nodes.
 class CellNodes {
  public:
-  /// @pre CheckFaceNodes, or no node is known of any cell
+  /// @pre CheckFaceRows; without it, no node of any cell is known
   CellNodes(HostView const& view, CellFaces const& cellFaces);
 
   /// Whether all faces of the cell have sound rows; only then are its nodes complete.
@@ -23,9 +23,10 @@ class CellNodes {
 
   /// Whether the node is one of them.
   bool Has(int c, int node) const;
-  /// Whether it belongs to a one-sided face that ends at the cell: the cell may have it or not.
+  /// Whether it belongs to a one-sided face that ends at the cell. The cell's row may list such a node or
+  /// not.
   bool MayHave(int c, int node) const;
-  /// How many nodes MayHave allows at most.
+  /// The largest number of nodes that MayHave allows.
   int MayCount(int c) const;
 
  private:

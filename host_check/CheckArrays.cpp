@@ -4,7 +4,7 @@
 namespace host_check {
 namespace {
 
-/// Tells arrays that are null though they have elements.
+/// Reports arrays that are null although they have elements.
 class ArrayCheck {
  public:
   explicit ArrayCheck(HostCheckReport& report) : report_(report) {}
@@ -26,17 +26,17 @@ class ArrayCheck {
   HostCheckReport& report_;
 };
 
-void CheckGroup(FaceGroupView const& group, HostCheckOptions const& options, ArrayCheck const& check) {
-  std::string const& n = group.countName;
-  check.Require(group.cv, group.prefix + "CV", n, group.count);
-  check.Require(group.other, group.prefix, n, group.count);
-  check.Require(group.area, group.prefix + "S", "", n, group.count);
-  check.Require(group.centre, group.prefix, "c", n, group.count);
-  if (!group.weightName.empty()) {
-    check.Require(group.weight, group.weightName, n, group.count);
-    check.Require(group.type, group.typeName, n, group.count);
+void CheckGroup(CheckedFaceGroup const& group, HostCheckOptions const& options, ArrayCheck const& check) {
+  char const* const n = group.Names().countName;
+  check.Require(group.cv, group.ArrayName("CV"), n, group.count);
+  check.Require(group.other, group.Names().prefix, n, group.count);
+  check.Require(group.area, group.ArrayName("S"), "", n, group.count);
+  check.Require(group.centre, group.Names().prefix, "c", n, group.count);
+  if (group.Names().weightName != nullptr) {
+    check.Require(group.weight, group.Names().weightName, n, group.count);
+    check.Require(group.type, group.Names().typeName, n, group.count);
   }
-  if (options.nodeTables) check.Require(group.nodes, group.prefix + "Lnods", n, group.count);
+  if (options.nodeTables) check.Require(group.nodes, group.ArrayName("Lnods"), n, group.count);
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ void CheckArrays(HostView const& view, HostCheckOptions const& options, HostChec
   ArrayCheck const check(report);
   check.Require(view.centres, "", "c", "NCell", view.nCell);
   check.Require(view.mesh.Volume, "Volume", "NInnerCells", view.nInner);
-  for (FaceGroupView const& group : view.groups) CheckGroup(group, options, check);
+  for (CheckedFaceGroup const& group : view.groups) CheckGroup(group, options, check);
   if (options.cellRows) {
     check.Require(view.mesh.CellCell, "CellCell", "NInnerCells", view.nInner);
     check.Require(view.mesh.CellFace, "CellFace", "NInnerCells", view.nInner);

@@ -21,7 +21,8 @@ class CellGeometryCheck {
     CheckCentre(c);
   }
 
-  /// After all cells: a factor that most of them have in common is told once, and each cell compared beside it.
+  /// Call it after all cells. A factor common to most cells is reported once; each cell is then compared
+  /// apart from it.
   void CompareVolumes() {
     double const factor = CommonFactor();
     if (factor != 1.0) {
@@ -34,13 +35,13 @@ class CellGeometryCheck {
   }
 
  private:
-  /// |sum of S| small beside sum of |S|. A cell with a face that was told for its area vector is left alone:
-  /// it cannot close.
+  /// Whether |sum of S| is small compared with sum of |S|. A cell is skipped if the area vector of one of its
+  /// faces has already been reported: it cannot close.
   bool CheckClosure(int c) {
     Vec3 sum;
     double surface = 0.0;
     for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      FaceGroupView const& group = view_.groups[entry->group];
+      CheckedFaceGroup const& group = view_.groups[entry->group];
       if (!group.areaSound[entry->face] || group.turned[entry->face]) return false;
       if (!entry->isRequired) continue;
       sum = sum + entry->sign * group.area[entry->face];
@@ -72,12 +73,12 @@ class CellGeometryCheck {
     double volume;
   };
 
-  /// V = 1/3 sum of S.(x_face - x_cell), exact where the faces are plane.
+  /// V = 1/3 sum of S.(x_face - x_cell), exact for plane faces.
   void AddEnclosed(int c) {
     if (!view_.centreSound[c]) return;
     double sum = 0.0;
     for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      FaceGroupView const& group = view_.groups[entry->group];
+      CheckedFaceGroup const& group = view_.groups[entry->group];
       if (!group.centreSound[entry->face] || group.centreAway[entry->face]) return;
       if (!entry->isRequired) continue;
       sum += entry->sign * Dot(group.area[entry->face], group.centre[entry->face] - view_.centres[c]);
@@ -85,7 +86,8 @@ class CellGeometryCheck {
     enclosed_.push_back({c, sum / 3.0});
   }
 
-  /// The median of volume over enclosed volume, 1 where it is near 1 or of too few cells to mean anything.
+  /// The median of volume over enclosed volume; 1 if it is near 1 or if there are too few cells for a median
+  /// to mean anything.
   double CommonFactor() const {
     constexpr std::size_t kFewest = 8;
     if (enclosed_.size() < kFewest) return 1.0;
@@ -131,13 +133,14 @@ class CellGeometryCheck {
            bounds.Has(view_.centres[c], options_.centreTolerance);
   }
 
-  /// A face with the cell's centre on its far side, although all other face centres lie on the near one: there the
-  /// cell is convex, and its centre lies inside. Null: there is none, or too much of the cell is not sound.
+  /// A face that has the cell's centre on its far side although all other face centres lie on the near side:
+  /// at such a face the cell is convex, so its centre must lie on the near side, too. Null: there is none, or
+  /// too much of the cell is unsound.
   CellFaces::Entry const* FaceThatExcludesCentre(int c) const {
-    constexpr int kMostFaces = 64;  // the work grows as the square
+    constexpr int kMostFaces = 64;  // the work grows with the square
     if (cellFaces_.Count(c) > kMostFaces) return nullptr;
     for (auto const* entry = cellFaces_.begin(c); entry != cellFaces_.end(c); ++entry) {
-      FaceGroupView const& group = view_.groups[entry->group];
+      CheckedFaceGroup const& group = view_.groups[entry->group];
       int const f = entry->face;
       if (!group.areaSound[f] || group.turned[f] || !group.centreSound[f] || group.centreAway[f])
         return nullptr;
@@ -149,7 +152,7 @@ class CellGeometryCheck {
   }
 
   bool ExcludesCentre(int c, CellFaces::Entry const& face) const {
-    FaceGroupView const& group = view_.groups[face.group];
+    CheckedFaceGroup const& group = view_.groups[face.group];
     auto const depth = [&](Vec3 const& p) {
       return face.sign * Dot(group.area[face.face], group.centre[face.face] - p);
     };

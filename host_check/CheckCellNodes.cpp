@@ -19,7 +19,7 @@ class CellNodeCheck {
       report_.Add(HostBreach::MissingRow, c, [&] { return Text("row ", c, " of CellLnods is null"); });
       return;
     }
-    if (!cellNodes_.AreKnown(c)) return;  // told at the faces
+    if (!cellNodes_.AreKnown(c)) return;  // the faces have been reported
     if (number < 0 || number > cellNodes_.Count(c) + cellNodes_.MayCount(c)) {
       report_.Add(HostBreach::RowLength, c, [&] {
         return Text("CellLnodsNumber[", c, "] = ", number, ", but the faces of the cell have ",

@@ -22,22 +22,22 @@ class CellRowCheck {
     CollectMissing(c);
   }
 
-  /// Tells the faces that no row names; of a group that is in no row at all, only that.
+  /// Reports the faces that no row names. A group that is in no row at all is reported once instead.
   void TellMissing() {
     for (int g = 0; g < HostView::kGroups; ++g) {
       if (nMissing_[g] == 0 || nListed_[g] > 0) continue;
-      FaceGroupView const& group = view_.groups[g];
+      CheckedFaceGroup const& group = view_.groups[g];
       report_.Add(HostBreach::GroupInNoRow, 0, [&] {
-        return Text("no CellFace row names a ", group.word, " face (code ", group.code, "), but ",
-                    group.countName, " = ", group.count);
+        return Text("no CellFace row names a ", group.Names().name, " face (code ", group.Names().code,
+                    "), but ", group.Names().countName, " = ", group.count);
       });
     }
     for (Missing const& missing : missing_) {
       if (nListed_[missing.group] == 0) continue;
       report_.Add(HostBreach::RowEntryMissing, missing.cell, [&] {
-        FaceGroupView const& group = view_.groups[missing.group];
+        CheckedFaceGroup const& group = view_.groups[missing.group];
         return Text("the CellFace row of cell ", missing.cell, " lacks its ", group.Name(missing.face),
-                    " (code ", group.code, ')');
+                    " (code ", group.Names().code, ')');
       });
     }
   }
@@ -60,7 +60,7 @@ class CellRowCheck {
   struct Missing {
     int group, face, cell;
   };
-  /// Sorted by cell. A cell beyond several faces is there as often, and may be listed as often.
+  /// Sorted by cell. A cell across several faces has an entry for each, and the row may list it as often.
   struct Neighbour {
     int cell;
     bool isRequired, isListed;
@@ -74,8 +74,8 @@ class CellRowCheck {
     return table[c];
   }
 
-  /// A row that claims more entries than the cell has faces is not read any further: in a table that is not
-  /// 1-based, for one, row[0] is no length.
+  /// A row that claims more entries than the cell has faces is not read: if a table is not 1-based, for
+  /// example, row[0] is not a length.
   bool LengthIsSound(int length, char const* name, int c) {
     if (length >= 0 && length <= cellFaces_.Count(c)) return true;
     report_.Add(HostBreach::RowLength, c, [&] {
@@ -94,11 +94,11 @@ class CellRowCheck {
       });
       return;
     }
-    FaceGroupView const& group = view_.groups[g];
+    CheckedFaceGroup const& group = view_.groups[g];
     if (face < 1 || face > group.count) {
       report_.Add(HostBreach::IndexOutOfRange, c, [&] {
-        return Text("entry ", k, " of the CellFace row of cell ", c, " is ", group.word, " face ", face,
-                    ", outside 1..", group.count);
+        return Text("entry ", k, " of the CellFace row of cell ", c, " is ", group.Names().name, " face ",
+                    face, ", outside 1..", group.count);
       });
       return;
     }
@@ -142,7 +142,7 @@ class CellRowCheck {
     }
     std::sort(neighbours_.begin(), neighbours_.end(),
               [](Neighbour const& a, Neighbour const& b) { return a.cell < b.cell; });
-    // The first of equal cells stands for all of them when one is looked for that is missing.
+    // The first of several equal cells stands for all of them in the search for missing ones.
     for (std::size_t i = 0; i < neighbours_.size(); i = EndOfRun(i)) {
       for (std::size_t j = i; j < EndOfRun(i); ++j) {
         neighbours_[i].isRequired = neighbours_[i].isRequired || neighbours_[j].isRequired;
@@ -150,7 +150,7 @@ class CellRowCheck {
     }
   }
 
-  /// Behind the last of the neighbours that are the same cell as neighbours_[i].
+  /// One past the last neighbour that is the same cell as neighbours_[i].
   std::size_t EndOfRun(std::size_t i) const {
     std::size_t j = i + 1;
     while (j < neighbours_.size() && neighbours_[j].cell == neighbours_[i].cell) ++j;
@@ -188,7 +188,7 @@ class CellRowCheck {
   HostView const& view_;
   CellFaces const& cellFaces_;
   HostCheckReport& report_;
-  std::vector<char> isListed_;  // [entry of the cell at hand]
+  std::vector<char> isListed_;  // [entry of the current cell]
   std::vector<Neighbour> neighbours_;
   bool hasUnknownNeighbour_ = false;
   std::array<int, HostView::kGroups> nListed_{}, nMissing_{};

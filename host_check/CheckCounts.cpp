@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 #include "host_check/LocalChecks.h"
@@ -8,15 +7,15 @@
 namespace host_check {
 namespace {
 
-// A closed cell has at least as many faces.
+// A closed cell has at least this many faces.
 constexpr long long kFewestFaces = 4;
-// No mesh comes near these. They stop a count that was never set before the checker reads as many elements or
-// allocates marks for them.
+// No mesh comes near these limits. They catch a count that was never set before the checker reads that many
+// elements or allocates marks for them.
 constexpr long long kMostFaces = 1000;             // faces of a cell, on average
 constexpr long long kMostNodes = 1000;             // nodes of a face, on average
-constexpr long long kMostCellsPerInterior = 1000;  // cells beyond the faces for each interior cell
+constexpr long long kMostCellsPerInterior = 1000;  // ghost and halo cells for each interior cell
 
-/// The counts of one partition against each other, before any array is read. Sums are wider than int.
+/// Compares the counts of one partition with each other before any array is read. Sums are wider than int.
 class CountCheck {
  public:
   CountCheck(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL* partitionFaces,
@@ -29,7 +28,7 @@ class CountCheck {
 
   bool Check() {
     CheckSigns();
-    if (!areSound_) return false;  // sums of what is negative mean nothing
+    if (!areSound_) return false;  // sums of negative counts mean nothing
     CheckCells();
     CheckFaces();
     if (options_.nodeTables) CheckNodes();
@@ -44,22 +43,26 @@ class CountCheck {
   }
 
   long long BoundaryFaces() const {
-    return static_cast<long long>(mesh_.NWall) + mesh_.NInlet + mesh_.NOutlet + mesh_.NSymmetry;
+    long long sum = 0;
+    for (FaceGroupMembers const& members : face_groups::kTable) {
+      if (IsBoundary(members.kind)) sum += mesh_.*members.count;
+    }
+    return sum;
   }
 
   void CheckSigns() {
-    std::pair<char const*, int> const counts[] = {{"NCell", mesh_.NCell},
-                                                  {"NInnerCells", mesh_.NInnerCells},
-                                                  {"NInnerFaces", mesh_.NInnerFaces},
-                                                  {"NNode", mesh_.NNode},
-                                                  {"NWall", mesh_.NWall},
-                                                  {"NInlet", mesh_.NInlet},
-                                                  {"NOutlet", mesh_.NOutlet},
-                                                  {"NSymmetry", mesh_.NSymmetry},
-                                                  {"NParInterFace()", nPar_}};
-    for (auto const& [name, count] : counts) {
-      if (count < 0) Tell(name, " = ", count, " is negative");
+    CheckSign("NCell", mesh_.NCell);
+    CheckSign("NInnerCells", mesh_.NInnerCells);
+    CheckSign("NInnerFaces", mesh_.NInnerFaces);
+    CheckSign("NNode", mesh_.NNode);
+    for (FaceGroupMembers const& members : face_groups::kTable) {
+      if (IsBoundary(members.kind)) CheckSign(members.countName, mesh_.*members.count);
     }
+    CheckSign("NParInterFace()", nPar_);
+  }
+
+  void CheckSign(char const* name, int count) {
+    if (count < 0) Tell(name, " = ", count, " is negative");
   }
 
   void CheckCells() {
@@ -116,9 +119,9 @@ class CountCheck {
   bool areSound_ = true;
 };
 
-/// The different cells of 1..NCell that ijPar names, ascending.
+/// The cells of 1..NCell that ijPar names, ascending, each once.
 std::vector<int> NamedHaloCells(HostView const& view) {
-  FaceGroupView const& group = view.PartitionGroup();
+  CheckedFaceGroup const& group = view.PartitionGroup();
   std::vector<int> cells;
   if (group.other == nullptr) return cells;
   for (int f = 1; f <= group.count; ++f) {
@@ -129,11 +132,11 @@ std::vector<int> NamedHaloCells(HostView const& view) {
   return cells;
 }
 
-/// Whether a boundary face names one of the cells. The last `excess` faces of each group are left out: they may
-/// not exist.
+/// Whether a boundary face names one of the cells. The last `excess` faces of each group are left out, since
+/// they may not exist.
 bool AreNamedByBoundaryFaces(HostView const& view, std::vector<int> const& cells, long long excess) {
-  for (FaceGroupView const& group : view.groups) {
-    if (group.farSide != FarSide::Ghost || group.other == nullptr) continue;
+  for (CheckedFaceGroup const& group : view.groups) {
+    if (!group.LeadsToGhosts() || group.other == nullptr) continue;
     for (int f = 1; f <= group.count - excess; ++f) {
       if (std::binary_search(cells.begin(), cells.end(), group.other[f])) return true;
     }
@@ -152,18 +155,18 @@ bool CheckCounts(CZYN3DFiniteVolumeMesh const* mesh, CPartitionFace_DLL* partiti
 bool CheckHaloCount(HostView const& view, HostCheckReport& report) {
   std::vector<int> halo = NamedHaloCells(view);
   long long nBoundary = 0;
-  for (FaceGroupView const& group : view.groups) {
-    if (group.farSide == FarSide::Ghost) nBoundary += group.count;
+  for (CheckedFaceGroup const& group : view.groups) {
+    if (group.LeadsToGhosts()) nBoundary += group.count;
   }
   long long const nBeyond = static_cast<long long>(view.nCell) - view.nInner;
-  // An NInnerCells that is too large takes the first cells beyond for interior ones. A single wrong entry of ijPar is told
-  // with its face.
+  // If NInnerCells is too large, the first halo cells look like interior cells. A single wrong entry of ijPar
+  // is reported with its face.
   auto const excessOf = [&] { return nBoundary + static_cast<long long>(halo.size()) - nBeyond; };
   if (!halo.empty() && halo.front() <= view.nInner - excessOf()) {
     halo.erase(halo.begin(), std::upper_bound(halo.begin(), halo.end(), view.nInner));
   }
   long long const excess = excessOf();
-  // A cell that is a ghost and a halo cell at once is told with its faces.
+  // A cell that is both a ghost and a halo cell is reported with its faces.
   if (halo.empty() || excess <= 0 || AreNamedByBoundaryFaces(view, halo, excess)) return true;
   report.Add(HostBreach::BadCount, 0, [&] {
     return Text("NWall + NInlet + NOutlet + NSymmetry = ", nBoundary, " ghost cells and the ", halo.size(),

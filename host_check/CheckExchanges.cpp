@@ -1,8 +1,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <string>
@@ -13,13 +11,6 @@
 #include "host_check/Text.h"
 
 namespace host_check {
-
-bool ProbeField::SameBits(double a, double b) {
-  std::uint64_t bitsOfA = 0, bitsOfB = 0;
-  std::memcpy(&bitsOfA, &a, sizeof a);
-  std::memcpy(&bitsOfB, &b, sizeof b);
-  return bitsOfA == bitsOfB;
-}
 
 namespace {
 
@@ -35,19 +26,19 @@ class ExchangeCheck {
     CollectHaloCells();
   }
 
-  /// The owners' cell centres must arrive where this partition has the halo cells' centres.
+  /// The owners' cell centres must equal the halo cells' centres of this partition.
   void CheckCentres() {
     double const* const components[] = {view_.centres.x, view_.centres.y, view_.centres.z};
     std::vector<ProbeField> received;
     for (double const* component : components) {
-      // A partition without centres exchanges all the same: the others need its part in it.
+      // A partition without centres takes part all the same, because the exchange is collective.
       received.emplace_back(view_, [&](int c) { return component != nullptr ? component[c] : kUnknown; });
       Exchange(received.back(), "DDM_Exch");
     }
     for (Halo const& halo : halos_) CompareCentre(halo, received);
   }
 
-  /// AllMin's answer of the neighbours, which must be the one that was given here.
+  /// The neighbours' result of AllMin, which must equal the one here.
   void CheckMinimum(int minimum) {
     ProbeField field(view_, [&](int) { return static_cast<double>(minimum); });
     Exchange(field, "DDM_Exch");
@@ -61,8 +52,9 @@ class ExchangeCheck {
     }
   }
 
-  /// Five fields of different data through four buffers: four are started together, the fifth in the buffer of
-  /// the first that was waited for, while three are still under way. The operators do the same.
+  /// Five fields of different data through four buffers: four exchanges start together, and the fifth starts
+  /// in the buffer of the first one that was waited for, while three are still under way. The operators do
+  /// the same.
   void CheckNonBlocking() {
     for (int k = 0; k < kFields; ++k) {
       auto const valueOf = [&](int c) { return ValueOf(k, c); };
@@ -89,7 +81,7 @@ class ExchangeCheck {
   };
 
   void CollectHaloCells() {
-    FaceGroupView const& group = view_.PartitionGroup();
+    CheckedFaceGroup const& group = view_.PartitionGroup();
     for (int f = 1; f <= group.count; ++f) halos_.push_back({group.other[f], f});
     std::stable_sort(halos_.begin(), halos_.end(),
                      [](Halo const& a, Halo const& b) { return a.cell < b.cell; });
@@ -98,8 +90,8 @@ class ExchangeCheck {
     halos_.erase(end, halos_.end());
   }
 
-  /// Another number for every field, cell and (very likely) partition. Exact in double: 19 bits of the mark, 31
-  /// of the cell, 3 of the field.
+  /// A different number for every field, cell and (very likely) partition. Exact in double: 19 bits of the
+  /// mark, 31 of the cell, 3 of the field.
   double ValueOf(int field, int c) const { return std::ldexp(mark_, 34) + 8.0 * c + field; }
 
   void Exchange(ProbeField& field, char const* operation) {
@@ -146,7 +138,7 @@ class ExchangeCheck {
       return;
     }
     Vec3 const owners = {received[0][cell], received[1][cell], received[2][cell]};
-    // What is not finite is told by the partition whose it is.
+    // Values that are not finite are reported by the partition that owns them.
     if (!view_.centreSound[cell] || !IsFinite(owners)) return;
     Vec3 const own = view_.centres[cell];
     if (Norm(owners - own) <= Tolerance(halo.face, own)) return;
@@ -156,15 +148,15 @@ class ExchangeCheck {
     });
   }
 
-  /// Round-off of the coordinates and a small part of the distance between the two cells.
+  /// Round-off of the coordinates, and a small fraction of the distance between the two cells.
   double Tolerance(int face, Vec3 const& centre) const {
-    FaceGroupView const& group = view_.PartitionGroup();
+    CheckedFaceGroup const& group = view_.PartitionGroup();
     bool const isKnown = group.cvSound[face] && view_.centreSound[group.cv[face]];
     double const distance = isKnown ? Norm(centre - view_.centres[group.cv[face]]) : 0.0;
     return options_.positionTolerance * distance + 1e-14 * Norm(centre);
   }
 
-  /// What a wait has brought against what the blocking exchange brought.
+  /// Compares the result of a wait with that of the blocking exchange.
   void Compare(int field, int buffer, int cell) {
     double const value = (*fields_[field])[cell], expected = (*expected_[field])[cell];
     if (value == expected || !expected_[field]->IsFilled(cell)) return;
@@ -201,7 +193,7 @@ class ExchangeCheck {
 }  // namespace
 
 bool PartitionCellsAreSound(HostView const& view) {
-  FaceGroupView const& group = view.PartitionGroup();
+  CheckedFaceGroup const& group = view.PartitionGroup();
   return std::all_of(group.otherSound.begin() + 1, group.otherSound.end(), [](char sound) { return sound; });
 }
 

@@ -13,11 +13,11 @@ class FaceGeometryCheck {
   FaceGeometryCheck(HostView& view, HostCheckOptions const& options, HostCheckReport& report)
       : view_(view), options_(options), report_(report) {}
 
-  void CheckGroup(FaceGroupView& group) {
+  void CheckGroup(CheckedFaceGroup& group) {
     for (int f = 1; f <= group.count; ++f) {
       CompareWithNodes(group, f);
       if (!group.PairSound(f) || !group.areaSound[f] || !view_.centreSound[group.cv[f]]) continue;
-      if (group.farSide == FarSide::Interior) {
+      if (group.LeadsToInterior()) {
         CheckBetweenCells(group, f);
       } else if (group.centreSound[f]) {
         CheckOutwards(group, f);
@@ -27,8 +27,8 @@ class FaceGeometryCheck {
   }
 
  private:
-  /// Area and centre against the nodes, where the nodes lie in the plane of the area vector.
-  void CompareWithNodes(FaceGroupView& group, int f) {
+  /// Compares area and centre with the nodes, if the nodes lie in the plane of the area vector.
+  void CompareWithNodes(CheckedFaceGroup& group, int f) {
     if (!group.nodesSound[f] || !group.areaSound[f]) return;
     int const* row = group.nodes[f];
     if (!outline_.Build(view_, row + 1, row + 1 + row[0], group.area[f])) return;
@@ -36,12 +36,13 @@ class FaceGeometryCheck {
     if (group.centreSound[f]) CheckFaceCentre(group, f);
   }
 
-  /// The area vector of a closed line does not depend on the surface that it bounds: seen along the vector, the
-  /// polygon of the nodes has its length as area, warped or not.
-  void CompareArea(FaceGroupView const& group, int f) {
+  /// The area vector of a closed polygon does not depend on the surface that it bounds: seen along the
+  /// vector, the polygon of the nodes has the vector's length as its area, even if the face is warped.
+  void CompareArea(CheckedFaceGroup const& group, int f) {
     double const area = Norm(group.area[f]), spanned = outline_.Area();
     double const slack = options_.areaTolerance * std::max(area, spanned);
-    // The row of a face that crosses itself, as in strongly squeezed meshes, spans less than its corners do.
+    // The polygon of a face that crosses itself, as in strongly compressed meshes, spans less than the hull
+    // of its corners.
     if (std::abs(area - outline_.AreaInRowOrder()) <= slack) return;
     bool const isTooSmall = outline_.IsWholeFace() && area < spanned - slack;
     if (area <= spanned + slack && !isTooSmall) return;
@@ -51,8 +52,8 @@ class FaceGeometryCheck {
     });
   }
 
-  /// Not of a face that fills little of its outline: if it crosses itself, its centroid may lie anywhere.
-  void CheckFaceCentre(FaceGroupView& group, int f) {
+  /// Skips a face that fills little of its outline: if it crosses itself, its centroid may lie anywhere.
+  void CheckFaceCentre(CheckedFaceGroup& group, int f) {
     constexpr double kLeastFilled = 0.7;
     if (outline_.AreaInRowOrder() < kLeastFilled * outline_.Area() &&
         Norm(group.area[f]) < kLeastFilled * outline_.Area())
@@ -68,7 +69,7 @@ class FaceGeometryCheck {
   }
 
   /// S.(x_other - x_cv) > 0 for an inner face.
-  void CheckBetweenCells(FaceGroupView& group, int f) {
+  void CheckBetweenCells(CheckedFaceGroup& group, int f) {
     int const cv = group.cv[f], other = group.other[f];
     if (!view_.centreSound[other]) return;
     double const product = Dot(group.area[f], view_.centres[other] - view_.centres[cv]);
@@ -76,13 +77,13 @@ class FaceGeometryCheck {
     group.turned[f] = 1;
     report_.Add(HostBreach::AreaWrongWay, f, [&] {
       return Text(group.Name(f), ": its area vector ", group.area[f], " does not point from cell ", cv, " (",
-                  group.prefix, "CV) to cell ", other, " (", group.prefix,
+                  group.Names().prefix, "CV) to cell ", other, " (", group.Names().prefix,
                   "): its product with the line of centres is ", product);
     });
   }
 
-  /// S.(x_face - x_cv) > 0 where a ghost or halo cell lies beyond; the place of that cell does not enter.
-  void CheckOutwards(FaceGroupView& group, int f) {
+  /// S.(x_face - x_cv) > 0 for a face to a ghost or halo cell; the position of that cell does not enter.
+  void CheckOutwards(CheckedFaceGroup& group, int f) {
     int const cv = group.cv[f];
     double const product = Dot(group.area[f], group.centre[f] - view_.centres[cv]);
     if (product > 0.0) return;
@@ -93,15 +94,15 @@ class FaceGeometryCheck {
     });
   }
 
-  /// A ghost cell may lie in the face itself or anywhere beyond its plane.
-  void CheckCellBeyond(FaceGroupView const& group, int f) {
+  /// A ghost cell may lie in the face itself or anywhere beyond the plane of the face.
+  void CheckCellBeyond(CheckedFaceGroup const& group, int f) {
     int const cv = group.cv[f], other = group.other[f];
     if (!view_.centreSound[other]) return;
     Vec3 const area = group.area[f];
     Vec3 const toGhost = view_.centres[other] - group.centre[f], toCell = view_.centres[cv] - group.centre[f];
     double const depth = Dot(area, toGhost) / Norm(area);
     if (depth >= -options_.positionTolerance * Norm(toCell)) {
-      if (group.farSide == FarSide::Ghost) CheckGhostBeside(group, f, toGhost, toCell);
+      if (group.LeadsToGhosts()) CheckGhostBeside(group, f, toGhost, toCell);
       return;
     }
     report_.Add(HostBreach::GhostNotBeyondFace, other, [&] {
@@ -110,9 +111,10 @@ class FaceGeometryCheck {
     });
   }
 
-  /// The place of a ghost comes from the face centre or from the cell centre, mirrored or not. None of these lies
-  /// farther to the side of the face centre than the cell centre does, and twice that leaves room for others.
-  void CheckGhostBeside(FaceGroupView const& group, int f, Vec3 const& toGhost, Vec3 const& toCell) {
+  /// Solvers put a ghost cell at the face centre or at the cell centre, mirrored or not. None of these lies
+  /// farther to the side of the face centre than the cell centre does; twice that distance leaves room for
+  /// other choices.
+  void CheckGhostBeside(CheckedFaceGroup const& group, int f, Vec3 const& toGhost, Vec3 const& toCell) {
     constexpr double kSide = 2.0, kDepth = 0.25;
     Vec3 const normal = (1.0 / Norm(group.area[f])) * group.area[f];
     auto const side = [&](Vec3 const& v) { return Norm(v - Dot(v, normal) * normal); };
@@ -130,21 +132,21 @@ class FaceGeometryCheck {
   FaceOutline outline_;
 };
 
-/// Where the face lies between the centres of its cells, 0 at `cv` and 1 at `other`: along the area vector, or
-/// by the distances to the face centre.
+/// The position of the face between the centres of its cells, 0 at `cv` and 1 at `other`: projected on the
+/// area vector, and by the distances to the face centre.
 struct GeometricWeight {
   double projected, byDistance;
 };
 
-GeometricWeight WeightOf(HostView const& view, FaceGroupView const& group, int f) {
+GeometricWeight WeightOf(HostView const& view, CheckedFaceGroup const& group, int f) {
   Vec3 const fromCv = group.centre[f] - view.centres[group.cv[f]];
   Vec3 const toOther = view.centres[group.other[f]] - group.centre[f];
   double const a = Dot(group.area[f], fromCv), b = Dot(group.area[f], toOther);
   return {a / (a + b), Norm(fromCv) / (Norm(fromCv) + Norm(toOther))};
 }
 
-/// Whether the weight is that of the other side: 1 - w is a geometric weight, and w is far from both. Other
-/// definitions than these two are let pass.
+/// Whether the weight is that of the other side: 1 - w is one of the geometric weights, and w is far from
+/// both. Weights of other definitions pass.
 bool IsOfOtherSide(double weight, GeometricWeight const& geometric) {
   constexpr double kClose = 1e-3, kFar = 0.05;
   bool const matches = std::abs(1.0 - weight - geometric.projected) < kClose ||
@@ -153,7 +155,7 @@ bool IsOfOtherSide(double weight, GeometricWeight const& geometric) {
          std::abs(weight - geometric.byDistance) > kFar;
 }
 
-/// Whether the weight is none of the usual ones: no arithmetic mean, and nowhere near the geometric weights.
+/// Whether the weight is none of the usual ones: not the arithmetic mean, and not near the geometric weights.
 bool IsFarFrom(double weight, GeometricWeight const& geometric) {
   constexpr double kFar = 0.3;
   double const low = std::min({geometric.projected, geometric.byDistance, 0.5});
@@ -161,11 +163,11 @@ bool IsFarFrom(double weight, GeometricWeight const& geometric) {
   return weight < low - kFar || weight > high + kFar;
 }
 
-void CheckWeight(HostView const& view, FaceGroupView const& group, int f, HostCheckReport& report) {
+void CheckWeight(HostView const& view, CheckedFaceGroup const& group, int f, HostCheckReport& report) {
   double const weight = group.weight[f];
   if (!(weight >= 0.0 && weight <= 1.0)) {
     report.Add(HostBreach::WeightOutOfRange, f, [&] {
-      return Text(group.Name(f), ": ", group.weightName, '[', f, "] = ", weight, " is outside 0..1");
+      return Text(group.Name(f), ": ", group.Names().weightName, '[', f, "] = ", weight, " is outside 0..1");
     });
     return;
   }
@@ -176,14 +178,14 @@ void CheckWeight(HostView const& view, FaceGroupView const& group, int f, HostCh
   if (!IsOfOtherSide(weight, geometric)) {
     if (!IsFarFrom(weight, geometric)) return;
     report.Add(HostBreach::WeightAway, f, [&] {
-      return Text(group.Name(f), ": ", group.weightName, '[', f, "] = ", weight,
+      return Text(group.Name(f), ": ", group.Names().weightName, '[', f, "] = ", weight,
                   " is far from the place of the face between its cells, ", geometric.projected);
     });
     return;
   }
   report.Add(HostBreach::WeightOfOtherSide, f, [&] {
-    return Text(group.Name(f), ": ", group.weightName, '[', f, "] = ", weight, " is the weight of ",
-                group.prefix, "CV, that of ", group.prefix, " is ", geometric.projected);
+    return Text(group.Name(f), ": ", group.Names().weightName, '[', f, "] = ", weight, " is the weight of ",
+                group.Names().prefix, "CV, that of ", group.Names().prefix, " is ", geometric.projected);
   });
 }
 
@@ -191,11 +193,11 @@ void CheckWeight(HostView const& view, FaceGroupView const& group, int f, HostCh
 
 void CheckFaceGeometry(HostView& view, HostCheckOptions const& options, HostCheckReport& report) {
   FaceGeometryCheck check(view, options, report);
-  for (FaceGroupView& group : view.groups) check.CheckGroup(group);
+  for (CheckedFaceGroup& group : view.groups) check.CheckGroup(group);
 }
 
 void CheckWeights(HostView const& view, HostCheckReport& report) {
-  for (FaceGroupView const& group : view.groups) {
+  for (CheckedFaceGroup const& group : view.groups) {
     if (group.weight == nullptr) continue;
     for (int f = 1; f <= group.count; ++f) CheckWeight(view, group, f, report);
   }

@@ -7,16 +7,16 @@
 namespace host_check {
 namespace {
 
-// Far below any angle of a usable face and far above round-off.
+// Far below the sine of any angle of a usable face, and far above round-off.
 constexpr double kLeastSine = 1e-10;
-// A warped face's corner may lean away from its area vector, but not by more than 60 degrees.
+// A corner of a warped face may lean away from the area vector, but not by more than 60 degrees.
 constexpr double kLeastCosine = 0.5;
 
 class FaceRowCheck {
  public:
   FaceRowCheck(HostView& view, HostCheckReport& report) : view_(view), report_(report) {}
 
-  void CheckGroup(FaceGroupView& group) {
+  void CheckGroup(CheckedFaceGroup& group) {
     if (group.nodes == nullptr) {
       allAreSound_ = allAreSound_ && group.count == 0;
       return;
@@ -30,8 +30,8 @@ class FaceRowCheck {
     }
   }
 
-  /// Operators read the positions of all of 1..NNode, so a count that goes on behind the last node in use is one
-  /// to look at. Beside a cut there may be more: the other nodes of the halo cells.
+  /// Operators read the positions of all nodes 1..NNode, so a count above the last node in use is suspicious.
+  /// A partition with neighbours may have more nodes: the other nodes of its halo cells.
   void CheckHighest() {
     if (!allAreSound_ || view_.PartitionGroup().count > 0 || view_.nNodeUsed == 0 ||
         view_.nNodeUsed == view_.nNode)
@@ -42,43 +42,45 @@ class FaceRowCheck {
   }
 
  private:
-  /// A row that claims more nodes than its cell has is not read any further: its length is no length.
-  int LongestRow(FaceGroupView const& group, int f) const {
+  /// A row that claims more nodes than its cell has is not read: its first element cannot be a length.
+  int LongestRow(CheckedFaceGroup const& group, int f) const {
     int const* number = view_.mesh.CellLnodsNumber;
     if (number == nullptr || !group.cvSound[f] || number[group.cv[f]] < 0) return view_.nNode;
     return std::min(view_.nNode, number[group.cv[f]]);
   }
 
-  bool LengthIsSound(FaceGroupView const& group, int f) {
+  bool LengthIsSound(CheckedFaceGroup const& group, int f) {
     int const* row = group.nodes[f];
     if (row == nullptr) {
-      report_.Add(HostBreach::MissingRow, f,
-                  [&] { return Text(group.Name(f), ": row ", f, " of ", group.prefix, "Lnods is null"); });
+      report_.Add(HostBreach::MissingRow, f, [&] {
+        return Text(group.Name(f), ": row ", f, " of ", group.Names().prefix, "Lnods is null");
+      });
       return false;
     }
     if (row[0] < 3) {
       report_.Add(HostBreach::FewFaceNodes, f, [&] {
-        return Text(group.Name(f), " has ", row[0], " nodes in ", group.prefix, "Lnods, fewer than 3");
+        return Text(group.Name(f), " has ", row[0], " nodes in ", group.Names().prefix,
+                    "Lnods, fewer than 3");
       });
       return false;
     }
     int const longest = LongestRow(group, f);
     if (row[0] <= longest) return true;
     report_.Add(HostBreach::RowLength, f, [&] {
-      return Text(group.Name(f), " has ", row[0], " nodes in ", group.prefix, "Lnods, more than the ",
+      return Text(group.Name(f), " has ", row[0], " nodes in ", group.Names().prefix, "Lnods, more than the ",
                   longest, " of its cell (CellLnodsNumber) or of the mesh (NNode)");
     });
     return false;
   }
 
-  bool EntriesAreSound(FaceGroupView const& group, int f) {
+  bool EntriesAreSound(CheckedFaceGroup const& group, int f) {
     int const* row = group.nodes[f];
     bool areInRange = true;
     for (int k = 1; k <= row[0]; ++k) {
       if (view_.IsNode(row[k])) continue;
       areInRange = false;
       report_.Add(HostBreach::IndexOutOfRange, f, [&] {
-        return Text(group.Name(f), ": node ", k, " of its row of ", group.prefix, "Lnods is ", row[k],
+        return Text(group.Name(f), ": node ", k, " of its row of ", group.Names().prefix, "Lnods is ", row[k],
                     ", outside 1..", view_.nNode);
       });
     }
@@ -86,14 +88,15 @@ class FaceRowCheck {
     return areInRange;
   }
 
-  void CheckRepeats(FaceGroupView const& group, int f) {
+  void CheckRepeats(CheckedFaceGroup const& group, int f) {
     int const* row = group.nodes[f];
     sorted_.assign(row + 1, row + 1 + row[0]);
     std::sort(sorted_.begin(), sorted_.end());
     auto const twice = std::adjacent_find(sorted_.begin(), sorted_.end());
     if (twice == sorted_.end()) return;
     report_.Add(HostBreach::RowEntryTwice, f, [&] {
-      return Text(group.Name(f), " has node ", *twice, " twice in its row of ", group.prefix, "Lnods");
+      return Text(group.Name(f), " has node ", *twice, " twice in its row of ", group.Names().prefix,
+                  "Lnods");
     });
   }
 
@@ -103,8 +106,8 @@ class FaceRowCheck {
   std::vector<int> sorted_;
 };
 
-/// Interpolation to faces takes the first three nodes for the face's plane.
-void CheckPlane(HostView const& view, FaceGroupView const& group, int f, HostCheckReport& report) {
+/// Interpolation to faces takes the plane of the first three nodes as the face's plane.
+void CheckPlane(HostView const& view, CheckedFaceGroup const& group, int f, HostCheckReport& report) {
   int const* row = group.nodes[f];
   if (!view.nodeSound[row[1]] || !view.nodeSound[row[2]] || !view.nodeSound[row[3]]) return;
   Vec3 const a = view.nodes[row[2]] - view.nodes[row[1]], b = view.nodes[row[3]] - view.nodes[row[1]];
@@ -130,13 +133,13 @@ void CheckPlane(HostView const& view, FaceGroupView const& group, int f, HostChe
 
 void CheckFaceRows(HostView& view, HostCheckReport& report) {
   FaceRowCheck check(view, report);
-  for (FaceGroupView& group : view.groups) check.CheckGroup(group);
+  for (CheckedFaceGroup& group : view.groups) check.CheckGroup(group);
   check.CheckHighest();
   view.nodeSound.assign(static_cast<std::size_t>(view.nNodeUsed) + 1, 0);
 }
 
 void CheckFaceNodes(HostView const& view, HostCheckReport& report) {
-  for (FaceGroupView const& group : view.groups) {
+  for (CheckedFaceGroup const& group : view.groups) {
     for (int f = 1; f <= group.count; ++f) {
       if (group.nodesSound[f]) CheckPlane(view, group, f, report);
     }

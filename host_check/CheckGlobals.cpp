@@ -22,8 +22,8 @@ void RequireArray(void const* array, char const* name, char const* extent, HostC
   report.Add(HostBreach::MissingArray, 0, [&] { return Text(name, ", an array ", extent, ", is null"); });
 }
 
-/// The memory of an array's elements 1..count, as addresses: a pointer must not be moved beyond its array, and
-/// where the array ends is only known from a count.
+/// The memory of an array's elements 1..count, as addresses: pointer arithmetic beyond an array is undefined,
+/// and only the count tells where the array ends.
 struct Extent {
   std::string name;
   std::uintptr_t begin = 0, end = 0;  // equal: no memory
@@ -41,16 +41,16 @@ Extent ExtentOf(std::string name, Element const* array, int count) {
           address + (static_cast<std::size_t>(count) + 1) * sizeof(Element)};
 }
 
-/// Every array that operators only read.
+/// All arrays that the operators only read.
 class ReadArrays {
  public:
-  /// Rows are looked at in those tables that are checked: the others need not be filled.
+  /// Looks at the rows only of the tables that the options have checked; the others need not be filled.
   ReadArrays(HostView const& view, HostCheckOptions const& options) {
     CZYN3DFiniteVolumeMesh const& m = view.mesh;
     Add(view.nodes, "", "n", view.nNode);
     Add(view.centres, "", "c", view.nCell);
     Add("Volume", m.Volume, view.nInner);
-    for (FaceGroupView const& group : view.groups) AddGroup(group, options.nodeTables);
+    for (CheckedFaceGroup const& group : view.groups) AddGroup(group, options.nodeTables);
     AddTable("CellCell", m.CellCell, view.nInner, options.cellRows);
     AddTable("CellFace", m.CellFace, view.nInner, options.cellRows);
     AddTable("CellFaceType", m.CellFaceType, view.nInner, options.cellRows);
@@ -81,7 +81,7 @@ class ReadArrays {
     int count;
   };
 
-  /// Of a row only the beginning is known.
+  /// Only the beginning of a row is known.
   static bool StartsIn(Extent const& work, int const* row) {
     auto const address = reinterpret_cast<std::uintptr_t>(row);
     return address >= work.begin && address < work.end;
@@ -100,14 +100,16 @@ class ReadArrays {
     Add(name, rows, count);
     if (rows != nullptr && isFilled) tables_.push_back({name, rows, count});
   }
-  void AddGroup(FaceGroupView const& group, bool hasNodes) {
-    Add(group.prefix + "CV", group.cv, group.count);
-    Add(group.prefix, group.other, group.count);
-    Add(group.area, group.prefix + "S", "", group.count);
-    Add(group.centre, group.prefix, "c", group.count);
-    Add(group.weightName, group.weight, group.count);
-    Add(group.typeName, group.type, group.count);
-    AddTable(group.prefix + "Lnods", group.nodes, group.count, hasNodes);
+  void AddGroup(CheckedFaceGroup const& group, bool hasNodes) {
+    Add(group.ArrayName("CV"), group.cv, group.count);
+    Add(group.Names().prefix, group.other, group.count);
+    Add(group.area, group.ArrayName("S"), "", group.count);
+    Add(group.centre, group.Names().prefix, "c", group.count);
+    if (group.Names().weightName != nullptr) {
+      Add(group.Names().weightName, group.weight, group.count);
+      Add(group.Names().typeName, group.type, group.count);
+    }
+    AddTable(group.ArrayName("Lnods"), group.nodes, group.count, hasNodes);
   }
 
   std::vector<Extent> arrays_;
@@ -134,7 +136,7 @@ void CheckWorkArrays(HostView const& view, CZyn3dGV const& globals, HostCheckOpt
   }
 }
 
-/// What is wrong with a file name of at most kLongestName characters; empty: nothing.
+/// What is wrong with a file name of at most kLongestName characters; empty if nothing is.
 std::string FaultOf(std::string const& name) {
   if (name.empty()) return "is empty";
   std::size_t const dot = name.size() - std::min<std::size_t>(name.size(), kExtension);

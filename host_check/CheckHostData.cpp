@@ -15,7 +15,7 @@ void CheckObject(void const* object, char const* name, HostCheckReport& report) 
   report.Add(HostBreach::MissingObject, 0, [&] { return Text("the ", name, " object is null"); });
 }
 
-/// Each check relies on the marks that the ones before have left in the view.
+/// Each check relies on the marks that earlier checks have left in the view.
 void CheckLocalData(HostView& view, HostCheckOptions const& options, HostCheckReport& report) {
   CheckFaceCells(view, report);
   CellFaces const cellFaces(view);
@@ -35,7 +35,7 @@ void CheckLocalData(HostView& view, HostCheckOptions const& options, HostCheckRe
   CheckNodeCells(view, cellNodes, report);
 }
 
-/// @param wasRead  the local checks have set the marks of the view; else it is empty
+/// @param wasRead  the local checks have set the marks of the view; otherwise it is empty
 void CheckCommunication(HostView const& view, bool wasRead, bool hasCells, CCommunication* communication,
                         CZYNCom* reduction, CZyn3dGV const* globals, HostCheckOptions const& options,
                         HostCheckReport& report) {
@@ -45,11 +45,10 @@ void CheckCommunication(HostView const& view, bool wasRead, bool hasCells, CComm
   }
   int const minimum = CheckReduction(view, *reduction, report);
   CheckExchangeChoice(*reduction, globals, report);
-  // An exchange would write where it has always written, and fields of an empty mesh have no such cells.
+  // An exchange writes to the cells that it was set up for, which the fields of an empty mesh do not have.
   bool const isMesh = CheckAnyCells(hasCells, *reduction, report);
 
-  // All partitions or none exchange. Only what an exchange would stumble over counts: other breaches do not
-  // hinder it.
+  // Either all partitions exchange or none. Only breaches that would break an exchange prevent it.
   bool const canExchange = communication != nullptr && wasRead && isMesh && PartitionCellsAreSound(view);
   int allCan = canExchange ? 1 : 0;
   reduction->AllMin(allCan);
@@ -85,7 +84,8 @@ int CheckHostData(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFac
   if (globals != nullptr) CheckGlobals(lent, *globals, canRead, options, report);
   bool const hasCells = lent.nInner > 0, hasObjects = mesh != nullptr && partitionFaces != nullptr;
   if (options.communication) {
-    // A partition that lends no mesh has told so, and leaves it to the others to find that they have no cells.
+    // A partition that lends no mesh has reported that already; it leaves the check for an empty mesh to the
+    // others.
     CheckCommunication(view, canRead && hasObjects, hasCells || mesh == nullptr, communication, reduction,
                        globals, options, report);
   }

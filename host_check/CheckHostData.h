@@ -8,27 +8,27 @@
 
 namespace host_check {
 
-/// Looks for breaches of the host contract in one partition's data and in what the partitions do together.
+/// Looks for breaches of the host contract in the data of one partition and in the communication of all.
 ///
-/// Collective: all partitions call it, with the same switches of the options, at a time when no exchange is
-/// under way. It calls AllMin, and, when every partition's tables are sound enough for it, the exchanges with
-/// fields of its own. A breach in the data of one partition stops none from taking part. What only the
-/// communication can get wrong may still leave partitions waiting: an AllMin that is null on one partition
-/// alone, an AllMin that answers differently here and there when the partitions have to agree, an exchange
-/// that waits for a message that is never sent.
+/// Collective: all partitions call it, with the same switches in the options, while no exchange is under way.
+/// It calls AllMin and, if the tables of every partition are sound enough, the exchanges, with fields of its
+/// own. A breach in the data of one partition does not keep any partition from taking part. Faults of the
+/// communication itself may still leave partitions waiting: a CZYNCom that is null on one partition alone, an
+/// AllMin with different results where the partitions have to agree, an exchange that waits for a message
+/// that is never sent.
 ///
-/// Nothing of the solver's is changed, the fields that are exchanged are the checker's own. Counts come first:
-/// when they contradict each other, no array is read, and a note says so. No index is used before it was
-/// compared with its bounds, and no row is read that claims more entries than the face tables allow. Not
-/// visible: an array that is shorter than a count that agrees with the others, and a row shorter than a length
-/// that could be true.
+/// It changes nothing of the solver's: the exchanged fields are its own. Counts come first: if they
+/// contradict each other, no array is read, and a note says so. No index is used before it has been compared
+/// with its bounds, and no row is read that claims more entries than the face tables allow. It cannot see an
+/// array that is shorter than its count if that count agrees with the others, nor a row that is shorter than
+/// its length if that length is plausible.
 ///
-/// Takes time and memory in proportion to the mesh: meant for debug runs, after all tables are filled and the
-/// halo centres are exchanged. Throws nothing itself; what a host's operation throws comes through.
+/// Time and memory grow in proportion to the mesh. Use it in debug runs, after all tables are filled and the
+/// halo centres are exchanged. It throws nothing itself; exceptions of the host's operations pass through.
 ///
 /// @param mesh,partitionFaces,communication,reduction,globals  borrowed; null is a breach, not an error
-/// @param[out] report  what was found in this partition; what it held before is dropped
-/// @return number of breaches in this partition, 0: none was seen
+/// @param[out] report  the findings in this partition; earlier content is dropped
+/// @return number of breaches found in this partition
 int CheckHostData(CZYN3DFiniteVolumeMesh* mesh, CPartitionFace_DLL* partitionFaces,
                   CCommunication* communication, CZYNCom* reduction, CZyn3dGV* globals,
                   HostCheckReport& report, HostCheckOptions const& options = {});

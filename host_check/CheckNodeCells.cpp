@@ -11,7 +11,7 @@ namespace {
 /// The cells around every node according to the face tables: a ragged table in one block.
 class NodeCells {
  public:
-  /// @param forEachPair  calls its argument with (node, cell) for each entry, the same each time
+  /// @param forEachPair  calls its argument with (node, cell) for each entry, in the same way each time
   template <class ForEachPair>
   NodeCells(int nNode, ForEachPair const& forEachPair) : start_(static_cast<std::size_t>(nNode) + 2, 0) {
     forEachPair([this](int node, int) { ++start_[node + 1]; });
@@ -43,11 +43,11 @@ NodeCells InteriorAtNodes(HostView const& view, CellNodes const& cellNodes) {
   });
 }
 
-/// The ghost and halo cells beyond the faces at every node; a halo cell may stand there several times.
+/// The ghost and halo cells beyond the faces at every node. A halo cell may occur several times.
 NodeCells BeyondAtNodes(HostView const& view) {
   return NodeCells(view.nNodeUsed, [&](auto const& add) {
-    for (FaceGroupView const& group : view.groups) {
-      if (group.farSide == FarSide::Interior) continue;
+    for (CheckedFaceGroup const& group : view.groups) {
+      if (group.LeadsToInterior()) continue;
       for (int f = 1; f <= group.count; ++f) {
         if (!group.nodesSound[f] || !group.otherSound[f]) continue;
         for (int k = 1; k <= group.nodes[f][0]; ++k) add(group.nodes[f][k], group.other[f]);
@@ -90,18 +90,18 @@ class NodeCellCheck {
   }
 
  private:
-  /// Cells whose nodes are not known here may stand in any row: halo cells, of which only the faces of the cut
-  /// are known, cells that no face names, and those whose faces have unsound rows.
+  /// Cells whose nodes are unknown here may be in any row: halo cells, whose faces are known only at the cut,
+  /// cells that no face names, and cells whose faces have unsound rows.
   void MarkCells() {
     for (int c = 1; c <= view_.nCell; ++c) {
       int const g = view_.IsInterior(c) ? -1 : view_.namer[c].group;
-      bool const isGhost = g >= 0 && view_.groups[g].farSide == FarSide::Ghost;
+      bool const isGhost = g >= 0 && view_.groups[g].LeadsToGhosts();
       bool const isKnown = view_.IsInterior(c) ? cellNodes_.AreKnown(c)
                                                : isGhost && view_.groups[g].nodesSound[view_.namer[c].face];
       mayBeAnywhere_[c] = isKnown ? 0 : 1;
       nAnywhere_ += mayBeAnywhere_[c];
     }
-    for (FaceGroupView const& group : view_.groups) {
+    for (CheckedFaceGroup const& group : view_.groups) {
       for (int f = 1; f <= group.count; ++f) allFacesAreSound_ = allFacesAreSound_ && group.nodesSound[f];
     }
   }
@@ -132,8 +132,8 @@ class NodeCellCheck {
     return interior_.Has(n, cell) || cellNodes_.MayHave(cell, n);
   }
 
-  /// All ghost and halo cells must be there. Interior cells must be at inner nodes; at others a row has all of
-  /// them or none.
+  /// A row must have all ghost and halo cells. At inner nodes it must have the interior cells, too; at other
+  /// nodes it has all of them or none.
   void CheckMissing(int n) {
     RequireAll(n, beyond_);
     bool const namesInterior = !sorted_.empty() && view_.IsInterior(sorted_.front());

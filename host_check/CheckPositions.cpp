@@ -11,7 +11,7 @@ void TellNotFinite(HostCheckReport& report, int entity, std::string const& what,
 void CheckCellCentres(HostView& view, HostCheckReport& report) {
   if (!view.centres.AreThere()) return;
   for (int c = 1; c <= view.nCell; ++c) {
-    // What stands in a cell that no face leads to is read by nobody.
+    // Nothing reads the centre of a cell that no face leads to.
     if (!view.IsInterior(c) && view.namer[c].group < 0) continue;
     view.centreSound[c] = IsFinite(view.centres[c]) ? 1 : 0;
     if (!view.centreSound[c]) {
@@ -20,7 +20,7 @@ void CheckCellCentres(HostView& view, HostCheckReport& report) {
   }
 }
 
-void CheckFaceCentres(FaceGroupView& group, HostCheckReport& report) {
+void CheckFaceCentres(CheckedFaceGroup& group, HostCheckReport& report) {
   if (!group.centre.AreThere()) return;
   for (int f = 1; f <= group.count; ++f) {
     group.centreSound[f] = IsFinite(group.centre[f]) ? 1 : 0;
@@ -42,12 +42,12 @@ void CheckNodes(HostView& view, HostCheckReport& report) {
 
 void CheckPositions(HostView& view, HostCheckOptions const& options, HostCheckReport& report) {
   CheckCellCentres(view, report);
-  for (FaceGroupView& group : view.groups) CheckFaceCentres(group, report);
+  for (CheckedFaceGroup& group : view.groups) CheckFaceCentres(group, report);
   if (options.nodeTables) CheckNodes(view, report);
 }
 
 void CheckAreas(HostView& view, HostCheckReport& report) {
-  for (FaceGroupView& group : view.groups) {
+  for (CheckedFaceGroup& group : view.groups) {
     if (!group.area.AreThere()) continue;
     for (int f = 1; f <= group.count; ++f) {
       Vec3 const area = group.area[f];

@@ -26,7 +26,7 @@ class WordHash {
     std::memcpy(&word, &number, sizeof word);
     Add(word);
   }
-  /// 30 bits of it, so that the negative is an int as well.
+  /// 30 bits of the hash, so that its negative is an int as well.
   int Value() const { return static_cast<int>((value_ ^ (value_ >> 32)) & 0x3FFFFFFF); }
 
  private:
@@ -67,8 +67,8 @@ int CheckReduction(HostView const& view, CZYNCom& reduction, HostCheckReport& re
     });
   }
 
-  // If the partitions had different answers, the least of them and the least of their negatives cannot both be
-  // what this partition passes on.
+  // If the partitions got different results, the minimum of the results and the minimum of their negatives
+  // cannot both equal what this partition passes.
   int const least = AllMinOf(reduction, minimum), greatest = -AllMinOf(reduction, -minimum);
   if (least != minimum || greatest != minimum) {
     report.Add(HostBreach::MinimumDiffers, 0, [&] {
@@ -80,7 +80,7 @@ int CheckReduction(HostView const& view, CZYNCom& reduction, HostCheckReport& re
 }
 
 void CheckExchangeChoice(CZYNCom& reduction, CZyn3dGV const* globals, HostCheckReport& report) {
-  // A partition without the object passes what decides neither minimum.
+  // A partition without the object passes values that change neither minimum.
   int const choice = globals != nullptr && globals->UseNonBlockingExch != 0 ? 1 : 0;
   int const least = AllMinOf(reduction, globals != nullptr ? choice : 1);
   int const greatest = -AllMinOf(reduction, -choice);

@@ -6,7 +6,7 @@
 namespace host_check {
 namespace {
 
-/// A unit vector at right angles to the unit vector n.
+/// A unit vector perpendicular to the unit vector n.
 Vec3 AnyNormalTo(Vec3 const& n) {
   Vec3 const axis = std::abs(n.x) < 0.6 ? Vec3{1, 0, 0} : Vec3{0, 1, 0};
   Vec3 const across = Cross(n, axis);
@@ -15,7 +15,7 @@ Vec3 AnyNormalTo(Vec3 const& n) {
 
 }  // namespace
 
-/// Twice the area of the triangle abc, positive when it goes round counterclockwise.
+/// Twice the area of the triangle abc, positive if it is counterclockwise.
 double FaceOutline::Turn(Place const& a, Place const& b, Place const& c) {
   return (b.u - a.u) * (c.v - a.v) - (b.v - a.v) * (c.u - a.u);
 }
@@ -27,7 +27,7 @@ FaceOutline::Place FaceOutline::PlaceOf(Vec3 const& p) const {
 }
 
 bool FaceOutline::Build(HostView const& view, int const* first, int const* last, Vec3 const& normal) {
-  // Also where the host lends no nodes: none is sound then, and none may be read.
+  // This also covers hosts that lend no nodes: then no node is sound.
   if (!std::all_of(first, last, [&](int node) { return view.nodeSound[node] != 0; })) return false;
   places_.clear();
   nNodes_ = static_cast<std::size_t>(last - first);
@@ -49,7 +49,8 @@ bool FaceOutline::Build(HostView const& view, int const* first, int const* last,
   }
   areaInRowOrder_ = std::abs(areaInRowOrder_);
   MakeHull();
-  // Of a face that rises by more of its width the nodes may cross over, seen along the area vector.
+  // If a face rises by more than this fraction of its width, its nodes may cross over, seen along the area
+  // vector.
   constexpr double kMostRise = 0.3;
   return area_ > 1e-12 * size_ * size_ && highest_ - lowest_ <= kMostRise * area_ / size_;
 }
@@ -57,7 +58,8 @@ bool FaceOutline::Build(HostView const& view, int const* first, int const* last,
 void FaceOutline::MakeHull() {
   std::sort(places_.begin(), places_.end(),
             [](Place const& a, Place const& b) { return a.u < b.u || (a.u == b.u && a.v < b.v); });
-  // The lower chain from left to right, then the upper one back. A node within round-off of a side is no corner.
+  // The lower chain from left to right, then the upper one back. A node within round-off of a side does not
+  // count as a corner.
   hull_.clear();
   std::size_t bottom = 1;
   auto const add = [&](Place const& p) {
@@ -84,7 +86,7 @@ double FaceOutline::Outside(Vec3 const& point) const {
   Place const p = PlaceOf(point);
   std::size_t const n = hull_.size();
   double farthest = 0.0;
-  // The corner opposite to a side moves on as the side does: one round in all.
+  // The corner opposite a side advances with the side, so one round is enough for all sides.
   for (std::size_t k = 0, opposite = 1; k < n; ++k) {
     Place const &a = hull_[k], &b = hull_[(k + 1) % n];
     for (std::size_t steps = 0; steps < n; ++steps) {

@@ -8,24 +8,25 @@
 namespace host_check {
 
 /// The convex hull of a face's nodes, seen along its area vector. The nodes of a row need not go around the
-/// face, so the hull is what is known of its shape: the face lies in it, and every usual definition of a
-/// centre (mean of the corners, centroid, weighted triangles) does, too.
+/// face, so the hull is all that is known of its shape. The face lies in the hull, and so does its centre by
+/// every usual definition (mean of the corners, centroid, weighted triangles).
 class FaceOutline {
  public:
-  /// @param normal  along which the face is seen, of any length but 0
+  /// @param normal  direction in which the face is seen, of any length but 0
   /// @return false: a node has no finite position, the hull has no area, or the face is so warped that the hull
   ///         says little of it
   bool Build(HostView const& view, int const* first, int const* last, Vec3 const& normal);
 
   double Area() const { return area_; }
-  /// Of the polygon that goes through the nodes in the order of their row.
+  /// The area of the polygon through the nodes in the order of their row.
   double AreaInRowOrder() const { return areaInRowOrder_; }
-  /// Every node is a corner of the hull: the hull is then the only polygon through the nodes.
+  /// Whether every node is a corner of the hull: the hull is then the only simple polygon through the nodes.
   bool IsWholeFace() const { return hull_.size() == nNodes_; }
 
-  /// How far p lies outside, seen along the normal: over the width of the hull in the same direction. 0 inside.
+  /// How far p lies outside the hull, seen along the normal, as a fraction of the hull's width in that
+  /// direction. 0 inside.
   double Outside(Vec3 const& p) const;
-  /// How far p lies in front of all nodes or behind them, over the longest of their distances.
+  /// How far p lies in front of or behind all nodes, as a fraction of the hull's size.
   double OffPlane(Vec3 const& p) const;
 
  private:

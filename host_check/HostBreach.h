@@ -3,9 +3,9 @@
 namespace host_check {
 
 /// The ways in which a host can break its contract. NameOf() gives the name that messages begin with;
-/// docs/porting.md explains each under that name.
+/// docs/use/porting.md explains each under that name.
 enum class HostBreach {
-  // what is lent at all
+  // objects, counts and arrays
   MissingObject,
   BadCount,
   MissingArray,
@@ -42,7 +42,7 @@ enum class HostBreach {
   NodesSpanNoPlane,
   NodesOffPlane,
   FaceNodeNotInCell,
-  // what the partitions do together
+  // communication
   MinimumWrong,
   MinimumDiffers,
   ExchangeChoiceDiffers,

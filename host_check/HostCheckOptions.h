@@ -5,12 +5,12 @@
 
 namespace host_check {
 
-/// What CheckHostData looks at and how strictly. The switches must be the same on all partitions.
+/// What CheckHostData checks, and how strictly. The switches must be the same on all partitions.
 struct HostCheckOptions {
-  int maxPerKind = 5;  ///< so many breaches of a kind are told one by one, the others only counted
+  int maxPerKind = 5;  ///< up to this many breaches of a kind are reported one by one; the others are counted
 
-  /// Each breach is written here when it is found, a line each: it is then seen even if a later step, such as
-  /// an exchange, does not come back. Borrowed; null: only the report gets them.
+  /// Each breach is written here as soon as it is found, one line each: you see it even if a later step, such
+  /// as an exchange, never returns. Borrowed; null: only the report gets them.
   std::ostream* log = nullptr;
   std::string label;  ///< begins each line of `log`, for example "partition 3: "
 
@@ -26,14 +26,16 @@ struct HostCheckOptions {
 
   double closureTolerance = 1e-6;   ///< |sum of a cell's area vectors| over the sum of their lengths
   double positionTolerance = 1e-6;  ///< of positions that must agree, over the distance of the cells
-  /// How far a face centre may lie outside the hull of its nodes, over the hull's width in that direction, and
-  /// a cell centre outside the box of its nodes or its faces. The usual centres lie inside.
+  /// How far a face centre may lie outside the hull of its nodes, as a fraction of the hull's width in that
+  /// direction, and a cell centre outside its faces or the bounding box of its nodes. The usual centres lie
+  /// inside.
   double centreTolerance = 0.05;
   double areaTolerance = 0.05;  ///< of a face's area against the one its nodes span, over the larger
-  /// Of a cell's volume against the one that its faces enclose, over the larger: definitions of centres and
-  /// volumes differ where faces are warped.
+  /// Largest difference between a cell's volume and the one that its faces enclose, as a fraction of the
+  /// larger: definitions of centres and volumes differ for warped faces.
   double volumeTolerance = 0.15;
-  /// Of the factor between volumes that is common to the cells: there the differences of single cells even out.
+  /// The same for the factor that is common to all volumes, where the differences of single cells average
+  /// out.
   double commonVolumeTolerance = 0.03;
 };
 

@@ -10,35 +10,35 @@
 
 namespace host_check {
 
-/// What a check has found in one partition.
+/// The findings of a check in one partition.
 class HostCheckReport {
  public:
   struct Entry {
     HostBreach kind;
-    int entity;  ///< number of the face, cell, node or element that the text names; 0: of none
+    int entity;  ///< number of the face, cell, node or element that the text names; 0: none
     std::string text;
   };
 
-  /// Forgets everything and takes the limit and the log of the options.
+  /// Clears the report and takes the limit and the log from the options.
   void Begin(HostCheckOptions const& options);
 
-  /// Counts a breach, and tells it if there are still few of its kind.
-  /// @param makeText  std::string(), called only when the breach is told
+  /// Counts a breach, and reports it unless there are already many of its kind.
+  /// @param makeText  std::string(), called only if the breach is reported
   template <class MakeText>
   void Add(HostBreach kind, int entity, MakeText const& makeText) {
     if (++counts_[static_cast<std::size_t>(kind)] <= maxPerKind_) Tell({kind, entity, makeText()});
   }
 
-  /// Something the reader should know that is no breach.
+  /// Adds something that the reader should know but that is not a breach.
   void AddNote(std::string const& text);
 
-  int Count() const;  ///< breaches of all kinds, also those that are not told
+  int Count() const;  ///< breaches of all kinds, including those that are only counted
   int Count(HostBreach kind) const { return counts_[static_cast<std::size_t>(kind)]; }
   std::vector<Entry> const& Told() const { return told_; }  ///< in the order in which they were found
   std::vector<std::string> const& Notes() const { return notes_; }
 
-  /// Writes a line per told breach, kind by kind, how many more there are of each kind, the notes and the
-  /// sum. Each line begins with `label`.
+  /// Writes the reported breaches line by line, kind by kind, with the number of further ones of each kind;
+  /// then the notes and the total. Each line begins with `label`.
   void Print(std::ostream& out, std::string const& label = "") const;
 
  private:

@@ -1,17 +1,18 @@
 #pragma once
 
-#include <string>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "host_check/HostView.h"
 
 namespace host_check {
 
-/// A cell array of the checker's own that is given to an exchange: values in the interior cells, a marker
-/// everywhere else, with more of it before and behind the array.
+/// A cell array of the checker's own for an exchange: values in the interior cells, and a marker everywhere
+/// else, also before and after the array.
 class ProbeField {
  public:
-  /// No exchange produces this value from the values that are exchanged here.
+  /// No exchange of the values used here produces this value.
   static constexpr double kMarker = -7.25e+77;
 
   /// @param valueOf  double(int cell), for the interior cells
@@ -31,7 +32,7 @@ class ProbeField {
   }
   bool IsFilled(int c) const { return (*this)[c] != kMarker; }
 
-  /// Calls tell(cell) for each interior cell whose value was changed in any bit.
+  /// Calls tell(cell) for each interior cell whose value has changed in any bit.
   template <class Tell>
   void ForEachChangedInterior(Tell const& tell) const {
     for (int c = 1; c <= view_.nInner; ++c) {
@@ -39,16 +40,16 @@ class ProbeField {
     }
   }
 
-  /// Calls tell(cell) for each ghost cell of a boundary face that was written to.
+  /// Calls tell(cell) for each ghost cell of a boundary face that has been written to.
   template <class Tell>
   void ForEachChangedGhost(Tell const& tell) const {
     for (int c = view_.nInner + 1; c <= view_.nCell; ++c) {
       int const g = view_.namer[c].group;
-      if (g >= 0 && view_.groups[g].farSide == FarSide::Ghost && IsFilled(c)) tell(c);
+      if (g >= 0 && view_.groups[g].LeadsToGhosts() && IsFilled(c)) tell(c);
     }
   }
 
-  /// Calls tell(element) for each element outside 1..NCell that was written to.
+  /// Calls tell(element) for each element outside 1..NCell that has been written to.
   template <class Tell>
   void ForEachChangedOutside(Tell const& tell) const {
     for (int i = -kGuard; i <= 0; ++i)
@@ -57,7 +58,12 @@ class ProbeField {
       if (IsFilled(i)) tell(i);
   }
 
-  static bool SameBits(double a, double b);
+  static bool SameBits(double a, double b) {
+    std::uint64_t bitsOfA = 0, bitsOfB = 0;
+    std::memcpy(&bitsOfA, &a, sizeof a);
+    std::memcpy(&bitsOfB, &b, sizeof b);
+    return bitsOfA == bitsOfB;
+  }
 
  private:
   static constexpr int kGuard = 64;

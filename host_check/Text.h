@@ -5,7 +5,7 @@
 
 namespace host_check {
 
-/// The values one after the other, as a stream prints them.
+/// The values one after another, as a stream prints them.
 template <class... Values>
 std::string Text(Values const&... values) {
   std::ostringstream out;

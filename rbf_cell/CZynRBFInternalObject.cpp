@@ -1,50 +1,31 @@
-// Construction, host objects, settings and destruction of the cell operator.
+// Construction, host objects, settings, set-up and destruction of the cell operator.
 
 #include "rbf_cell/CZynRBFInternalObject.h"
 
 #include "foundation/ErrorText.h"
 #include "foundation/HostObjects.h"
 #include "foundation/Progress.h"
+#include "foundation/Release.h"
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
 #include "foundation/SettingsText.h"
+#include "foundation/Status.h"
 #include "foundation/WithoutTraps.h"
 #include "foundation/ZeroedBlock.h"
 #include "host/ZYNCommunication.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
+#include "rbf_cell/PointTable.h"
 
 namespace {
-
-constexpr int kSuccess = 1;
 
 constexpr double kDefaultSpan = 500.0;
 constexpr int kFormatNumber = 1001;
 constexpr int kFirstLineLimit = 254;
 
-// A stencil is the cell and its m neighbours; the row holds their number before them and one element behind
-// them, which in the row of weights takes the multiplier.
+// A stencil is the cell and its m neighbours. A row has the stencil's length in front of it and one element behind
+// it; in the row of weights that is the multiplier.
 constexpr int kElementsBesideNeighbours = 3;
-
-template <typename T>
-void DeleteRowByRow(T**& table, int nRow) {
-  if (table == nullptr) return;
-  for (int i = 0; i <= nRow; ++i) delete[] table[i];
-  delete[] table;
-  table = nullptr;
-}
-
-template <typename T>
-void FreeArray(T*& array) {
-  FreeZeroedBlock(array);
-  array = nullptr;
-}
-
-template <typename T>
-void DeleteObject(T*& object) {
-  delete object;
-  object = nullptr;
-}
 
 }  // namespace
 
@@ -75,21 +56,21 @@ void CZynRBFInternalObject::ReleaseTables() {
   RowTable<int>::Destroy(m_ppRBFOutletFaceConn);
   RowTable<int>::Destroy(m_ppRBFPartInterFaceConn);
 
-  DeleteRowByRow(m_ppIBConn, m_iNIBNode);
-  DeleteRowByRow(m_ppIBCoef, m_iNIBNode);
-  DeleteRowByRow(m_ppIBValueCoef, m_iNIBNode);
+  PointTable<int>::Destroy(m_ppIBConn, m_iNIBNode);
+  PointTable<RBFnode>::Destroy(m_ppIBCoef, m_iNIBNode);
+  PointTable<double>::Destroy(m_ppIBValueCoef, m_iNIBNode);
 
-  FreeArray(m_piNodeKindIndex);
-  FreeArray(m_piNodeKind);
-  FreeArray(m_pSupportLength);
+  FreeZeroedArray(m_piNodeKindIndex);
+  FreeZeroedArray(m_piNodeKind);
+  FreeZeroedArray(m_pSupportLength);
 
   DeleteObject(m_pADTree);
-  FreeArray(m_pRBFnode);
-  FreeArray(m_pStencilExtent);
+  FreeZeroedArray(m_pRBFnode);
+  FreeZeroedArray(m_pStencilExtent);
 }
 
-// All that were handed over but the mesh. On purpose, and the reason why COperatorGradient, which only
-// borrows them, never destroys its cell operator.
+// All that were handed over except the mesh. They belong to this object from then on. COperatorGradient only borrows
+// its host objects, and therefore never destroys its cell operator.
 void CZynRBFInternalObject::DestroyHostObjects() {
   DeleteObject(m_pGV);
   DeleteObject(m_pPartFace);
@@ -100,12 +81,8 @@ void CZynRBFInternalObject::DestroyHostObjects() {
 
 int CZynRBFInternalObject::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
                                       CZYN3DFiniteVolumeMesh* pMesh) {
-  int const status = Receive(pGV, m_pGV, m_szError, kNoGlobals);
-  if (status != kSuccess) return status;
-  ReceiveAccelerator(pGPU, m_pGVGPU, m_GPUHead);
-  ReceiveIfGiven(pOpenMP, m_pGVOpenMP);
-  ReceiveIfGiven(pMesh, m_pMesh);
-  return kSuccess;
+  return ReceiveMesh(pGV, pGPU, pOpenMP, pMesh, {m_pGV, m_pGVGPU, m_GPUHead, m_pGVOpenMP, m_pMesh},
+                     m_szError);
 }
 
 int CZynRBFInternalObject::getPartitionFace(CPartitionFace_DLL* pPartFace) {
@@ -130,10 +107,10 @@ int CZynRBFInternalObject::InitialRBFSetting() {
   ReadRBFbackdoorfile();
   SetNodeCollation();
   SetCellToCellconnection();
-  return kSuccess;
+  return Status::kSuccess;
 }
 
-// Tables of an earlier set-up are left behind.
+// The tables of an earlier set-up are left behind, since a copy of the object may still read them.
 void CZynRBFInternalObject::AllocateCellTables() {
   int const nCell = m_pMesh->NCell;
   int const nInnerCells = m_pMesh->NInnerCells;
@@ -151,17 +128,14 @@ void CZynRBFInternalObject::AllocateCellTables() {
 }
 
 int CZynRBFInternalObject::ReadRBFbackdoorfile() {
-  SettingsFile::Prepare(m_szRBFFileName, kFormatNumber, kFirstLineLimit,
-                        {"1001\n", "Span              = 500\n", "Shape Normalize   = 0\n"});
-  SettingsFile file(m_szRBFFileName);
-  if (!file.IsOpen()) return 0;
-  file.ReadLine();  // the format number
-  file.ReadLine();
-  Span = file.Real();
-  file.ReadLine();
-  iShape_Normalize = file.Integer();
+  SettingsFile file(
+      m_szRBFFileName,
+      {kFormatNumber, kFirstLineLimit, {"1001\n", "Span              = 500\n", "Shape Normalize   = 0\n"}});
+  if (!file.IsOpen()) return Status::kDone;
+  Span = file.NextReal();
+  iShape_Normalize = file.NextInteger();
   if (iShape_Normalize == 1) PrintFlushed("iShape_Normalize = On\n");
-  return 0;
+  return Status::kDone;
 }
 
 int CZynRBFInternalObject::ChangeFileName(char* result, char const* extension, char* name) {

@@ -13,68 +13,73 @@ class CZYNGVGPU;
 class CZYNGVOpenMP;
 class CZYNOptKer;
 class CZyn3dGV;
+class CellSystem;
+enum class FaceKind : int;
 struct BoundingBox;
+struct MeshExtent;
 
 /// Radial-basis gradient of cell fields: the object behind gradient type 2 of COperatorGradient.
 ///
-/// The stencil of an interior cell is the cell itself and its neighbours in the order of the mesh's CellCell
-/// row. Its weights w for a derivative D solve the differential-quadrature system
-///   sum_k w_k kernel(|X_k - X_j|) + m = D kernel(|x - X_j|) at x = X_cell, for every member j,
-///   sum_k w_k = 0,
-/// once, at set-up; a gradient is then three dot products per cell. Constants have no slope up to rounding;
-/// there is no linear term, so a linear field is reproduced only as far as the support is wide.
-/// @cite wendland1995
+/// The stencil of an interior cell consists of the cell itself and its neighbours, in the order of the mesh's
+/// CellCell row. With the members' points X_1..X_n, the gradient of a field phi at the cell is
+///   (d phi/dx)_cell = sum_k w_k phi_k,   y and z alike.
+/// The weights are derived once, at set-up, from a local differential-quadrature system for each direction,
+///   sum_k w_k kernel(|X_k - X_j|) + m = d/dx kernel(|x - X_j|) at x = X_cell, for every member j,
+///   sum_k w_k = 0.
+/// Constants have no slope up to rounding. There is no linear term: a linear field is reproduced approximately, better
+/// the wider the support.  @cite shu2003 @cite wendland1995
 ///
-/// Call sequence: construct; `getZyn3dGV` with a mesh, `getPartitionFace`, `getCommunication`;
-/// `InitialRBFSetting`; `DeriveRBFweighting`; `MultiplyRBFCoefficent` as often as needed. No stage is
-/// recorded: a call out of order reaches a null pointer. A repeated set-up leaves the former tables behind,
-/// unfreed. Nothing is collective.
+/// Call sequence: construct; `getZyn3dGV` with a mesh, `getPartitionFace`, `getCommunication`; `InitialRBFSetting`;
+/// `DeriveRBFweighting`; `MultiplyRBFCoefficent` as often as needed. The object does not record its stage: a call out
+/// of order reaches a null pointer. A repeated set-up leaves the earlier tables behind, unfreed. Nothing is
+/// collective.
 ///
-/// The setters are called `get...` because the object *gets* its objects from the caller. It *takes over* all
-/// of them but the mesh: the destructor destroys the global variables, partition faces, communication,
-/// accelerator and threading objects. COperatorGradient therefore never destroys its cell operator.
+/// The setters are called `get...` because the object *gets* its objects from the caller. It *takes over* all of them
+/// except the mesh: the destructor destroys the global variables, partition faces, communication, accelerator and
+/// threading objects. COperatorGradient therefore never destroys its cell operator.
 ///
-/// Copying copies pointers, host objects and tables included: of two such objects only one may be destroyed,
-/// and what the left side of an assignment held is left behind.
+/// Copying copies pointers, host objects and tables included: only one of two such objects may be destroyed.
+/// Assignment leaves behind what its left side held.
 ///
 /// Thread safety: one thread at a time per object.
 ///
-/// Notation: `[1..n]` is a 1-based array of n+1 elements; a row table has null for every row that is not
-/// used.
+/// Notation: `[1..n]` is a 1-based array of n+1 elements, element 0 unused. A row table is an array of pointers to
+/// rows, null for every row that is not used. L is the mesh's unit of length, U that of the field.
 class ZYN_EXPORT CZynRBFInternalObject {
  public:
   CZynRBFInternalObject();
   CZynRBFInternalObject(CZynRBFInternalObject const&);
   CZynRBFInternalObject& operator=(CZynRBFInternalObject const&);
 
-  /// Frees the tables, then destroys the host objects that it was given, the mesh excepted. The mesh and the
-  /// partition faces must be alive until then.
+  /// Frees the tables, then destroys the host objects that it was given, except the mesh. The mesh and the partition
+  /// faces must be alive until then.
   virtual ~CZynRBFInternalObject();
 
   // Lifecycle: CZynRBFInternalObject.cpp
 
-  /// Stores `pGV`; each of the other three only when it is not null, so that a null keeps an earlier value.
+  /// Stores `pGV`, and each of the other three unless it is null: a null keeps the earlier object.
   /// @return 1; -1 for a null `pGV`, with a line of failure text and nothing stored
   int getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP, CZYN3DFiniteVolumeMesh* pMesh);
 
-  /// @return 1; -1 for null, with a line of failure text and the earlier value kept
+  /// @return 1; -1 for null, with a line of failure text and the earlier object kept
   int getPartitionFace(CPartitionFace_DLL* pPartFace);
 
-  /// @return 1; -1 for null, with a line of failure text and the earlier value kept
+  /// @return 1; -1 for null, with a line of failure text and the earlier object kept
   int getCommunication(CCommunication* pComm);
 
-  /// The failure text gathered so far: "Operator Gradient Error = " and one line per failure, at most 1023
-  /// characters. Owned by the object.
+  /// The failure text so far: "Operator Gradient Error = " and one line for each failure, at most 1023 characters.
+  /// Owned by the object.
   char const* getErrorMsg();
 
-  /// Allocates the tables of the cells, reads or writes the settings file, places every cell number at a
-  /// point and collects the stencils. @return 1
+  /// Sets the operator up as far as its stencils: allocates the tables of the cells, reads or writes the settings
+  /// file, gives every cell number a point and collects the stencils.
+  /// @pre the setters were called, with a mesh
+  /// @return 1
   int InitialRBFSetting();
 
-  /// Reads `Span` and `iShape_Normalize` from `m_szRBFFileName`. The file is written with the defaults when
-  /// it is missing or has another first line than 1001; in the latter case what it held is lost. Lines count
-  /// by their place, keys are not compared, nothing is validated. Without a readable file both keep their
-  /// values.
+  /// Reads `Span` and `iShape_Normalize` from `m_szRBFFileName`. A missing file is written with the defaults. A file
+  /// whose first line is not 1001 is replaced by one with the defaults, and its content is lost. Lines count by their
+  /// place; keys are not compared and values not validated. If no file can be read, both settings keep their values.
   /// @return 0
   int ReadRBFbackdoorfile();
 
@@ -86,58 +91,75 @@ class ZYN_EXPORT CZynRBFInternalObject {
 
   // Points and stencils: CZynRBFInternalObject_Stencil.cpp
 
-  /// Places interior cells and partition halo cells at their centres, the ghost cells of walls, inlets and
-  /// outlets at their face centres, and enters them in the tree.
-  /// @note The ghost cells of symmetry faces are left out on purpose: they stay at the origin with kind 0.
-  /// @return 1
+  /// Gives cell numbers their points and enters these in the tree: interior and halo cells their centres, ghost cells
+  /// of walls, inlets and outlets their face centres.
+  /// @note Ghost cells of symmetry faces get no point. They stay at the origin with kind 0, and the weights of the
+  /// cells beside them are defined by that.
+  /// @pre InitialRBFSetting @return 1
   int SetNodeCollation();
 
   /// Stencils, support lengths and extents of all interior cells. @pre SetNodeCollation @return 1
   int SetCellToCellconnection();
 
-  // Weights of the cells: CZynRBFInternalObject_Weights.cpp
+  // Weights of the cells and their application: CZynRBFInternalObject_Weights.cpp, with the system in CellSystem.h
 
-  /// Derives the weights of all interior cells in ascending order and prints the largest sums of a cell's
-  /// weights and multiplier. @pre InitialRBFSetting @return 1
+  /// Derives the weights of all interior cells in ascending order. Then prints the largest residual of each
+  /// direction, the sum of a cell's weights and multiplier. @pre InitialRBFSetting @return 1
   int DeriveRBFweighting();
 
   /// Derives the weights of one interior cell anew.
-  /// @note Neither a singular system nor a division by zero (a stencil without extent) is reported; they show
-  /// as large or missing residuals and as NaN in the weights.
-  /// @return 1
+  /// @param[in] cell  1..NInnerCells
+  /// @note Neither a singular system nor a division by zero (a stencil without extent) is reported. They show as
+  /// large or missing residuals and as NaN in the weights.
+  /// @pre InitialRBFSetting @return 1
   int DeriveCellCoefficentBysolveDQfullMatrix(int cell);
 
-  // Face family: CZynRBFInternalObject_Face.cpp. Nothing in the library calls it. Kinds of faces: 1 inner, 2
-  // wall, 3 inlet, 4 outlet, 5 partition.
+  /// (gx, gy, gz)_i = sum over the stencil of cell i, in its order, of phi times the weights.
+  ///
+  /// Allocates and exchanges nothing: `phi` is used in ghost and halo cells as it stands.
+  /// @param[in]  phi       [1..NCell], U
+  /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten. Ghost cells of walls and inlets get the gradient of their
+  /// interior cell, all other ghost and halo cells 0.0
+  /// @pre InitialRBFSetting; before DeriveRBFweighting the result is zero
+  /// @return 1
+  int MultiplyRBFCoefficent(double* phi, double* gx, double* gy, double* gz);
 
-  /// Allocates the face tables: rows for two nodes a face with mode 0, rows for all cells around a face with
-  /// mode 1 (none are counted around faces of any kind whose number is beyond the partition faces), no rows with
-  /// any other mode. A second call leaves the former tables behind. @pre InitialRBFSetting @return 0
+  // Face family: CZynRBFInternalObject_FaceTables.cpp, CZynRBFInternalObject_FaceWeights.cpp. Nothing in the library
+  // calls it. Kinds of faces: 1 inner, 2 wall, 3 inlet, 4 outlet, 5 partition.
+
+  /// Allocates the face tables. With mode 0 a row has room for two nodes; with mode 1 it has room for all cells
+  /// around the face, of which there are none around faces whose number within their kind is beyond the partition
+  /// faces. With any other mode there are no rows. A second call leaves the earlier tables behind.
+  /// @pre InitialRBFSetting @return 0
   int faceToCellconnection_memoryallocate(int mode);
 
-  /// Number of distinct cells around a face: the c of NodeCell row i, up to the length of the NodeCell row of
-  /// the face's i-th node, over all its nodes.
-  /// @note Two asymmetries are on purpose: the nodes come from the partition faces' table whatever the kind,
-  /// and the cells from the row of the running number i instead of the node's. Entries beyond the end of a
-  /// NodeCell row count as nothing, and so does a face whose number is beyond the partition faces.
+  /// Number of distinct cells around a face. For i = 1, 2, ... over the nodes of the face, these are the entries of
+  /// NodeCell row i, as many as the NodeCell row of the face's i-th node has.
+  /// @note Two oddities are part of the definition, and the sizes of mode 1 depend on them: the nodes come from the
+  /// partition faces' table whatever the kind, and the cells from row i instead of the node's row. Entries beyond the
+  /// end of a row count as nothing, and so does a face whose number is beyond the partition faces.
+  /// @param[in] face  number within its kind, from 1
+  /// @param[in] kind  1..5; any other kind has no cells
   int CountingfaceToCellconnectionNumber(int face, int kind);
 
-  /// Does nothing: the face family takes its two nodes from the mesh. @return 0
+  /// Does nothing: the face family takes the two cells of a face from the mesh. @return 0
   int SetfaceToCellconnection(int);
 
-  /// @name Two-node weights of all faces of a kind, with the residuals printed. @return 1
+  /// @name Two-node weights of all faces of a kind; prints the residuals.
+  /// @pre faceToCellconnection_memoryallocate @return 1
   /// @{
   int DeriveRBFweighting_InnerfaceFlux();
   int DeriveRBFweighting_InletfaceFlux();
   int DeriveRBFweighting_OutletfaceFlux();
-  /// Runs the inlet operation over wall face numbers, on purpose, as far as there are inlet faces.
+  /// Derives inlet faces, not wall faces: the inlet operation for the numbers of wall faces, as far as there are
+  /// inlet faces. DeriveWallFaceCoefficentBysolveDQfullMatrix derives a wall face.
   int DeriveRBFweighting_WallfaceFlux();
   int DeriveRBFweighting_PartInterfaceFlux();
   /// @}
 
-  /// @name Two-node weights of one face: of d/dx, d/dy, d/dz into the kind's weight table, for an inner face
-  /// of the derivative along its normal into `m_ppRBFInnerFaceFlux`. @pre faceToCellconnection_memoryallocate
-  /// @return 1
+  /// @name Two-node weights of face f of a kind. Those of d/dx, d/dy, d/dz go into the kind's table of weights; those
+  /// of the derivative along the normal of an inner face go into `m_ppRBFInnerFaceFlux`.
+  /// @pre faceToCellconnection_memoryallocate @return 1
   /// @{
   int DeriveInletFaceCoefficentBysolveDQfullMatrix(int f);
   int DeriveOutletFaceCoefficentBysolveDQfullMatrix(int f);
@@ -146,58 +168,44 @@ class ZYN_EXPORT CZynRBFInternalObject {
   int DeriveInnerFaceCoefficentBysolveDQfullMatrix(int f);
   /// @}
 
-  // Application: CZynRBFInternalObject_Apply.cpp
-
-  /// (gx, gy, gz)_i = sum over the stencil of i, in stencil order, of phi times the weights.
-  ///
-  /// Allocates and exchanges nothing: `phi` is used in ghost and halo cells as it stands.
+  /// (fx, fy, fz)_f = sum over the two cells of inner face f of phi times the weights of `m_ppRBFInnerFaceCoef`.
+  /// @note Nothing in the library fills that table, since the weights of inner faces go to `m_ppRBFInnerFaceFlux`.
+  /// The result is zero unless the caller fills it.
   /// @param[in]  phi       [1..NCell], U
-  /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten: wall and inlet ghost cells get the gradient of their
-  /// interior
-  ///                       cell, all other ghost and halo cells 0.0
-  /// @pre InitialRBFSetting; before DeriveRBFweighting the result is zero
-  /// @return 1
-  int MultiplyRBFCoefficent(double* phi, double* gx, double* gy, double* gz);
-
-  /// The same for inner faces and their two cells, from `m_ppRBFInnerFaceCoef`. Nothing in the library fills
-  /// that table (the inner weights go to `m_ppRBFInnerFaceFlux`), so the result is zero unless the caller
-  /// fills it.
-  /// @param[in]  phi       [1..NCell]
-  /// @param[out] fx,fy,fz  [1..NInnerFaces], overwritten
-  /// @return 1
+  /// @param[out] fx,fy,fz  [1..NInnerFaces], U/L, overwritten
+  /// @pre faceToCellconnection_memoryallocate @return 1
   int MultiplyRBFCoefficent_InnerfaceFlux(double* phi, double* fx, double* fy, double* fz);
 
-  // Immersed-boundary points: CZynRBFInternalObject_IB.cpp. Nothing in the library calls these six, and they do
-  // not make a working path by themselves: CZynIBRBFInternalObject interpolates to points. The caller of the
-  // search supplies a filled tree and the map of its identities.
+  // Immersed-boundary points: CZynRBFInternalObject_IB.cpp. Nothing in the library calls these six, and together they
+  // do not interpolate: use CZynIBRBFInternalObject for that. The search takes a filled tree and a map of its
+  // identities from the caller.
 
-  /// Reads the settings, makes the tables of `nIB` points without rows, places the cells, and prints two lines
-  /// per cell; no point is searched. The points' tables, `m_pRBFnode` and `m_piNodeKind` are made
-  /// anew and the former ones left behind, as in every repeated set-up of this class: a copy of the object may
-  /// still read them.
+  /// Reads the settings, makes the tables of `nIB` points without rows, gives the cell numbers their points, and
+  /// prints two lines per cell. It searches nothing. The points' tables, `m_pRBFnode` and `m_piNodeKind` are made
+  /// anew and the earlier ones left behind, as in every repeated set-up of this class: a copy of the object may still
+  /// read them.
   /// @param[in] nIB  number of points; the other arguments are not used
   /// @return 0
   int Initialize_IBInterpolateData(double* pCellMark, int nIB, double* x, double* y, double* z, int iMethod,
                                    double dDistance, int iNumber);
 
-  /// Measures the mesh, clears the two reset blocks of the global variables and places interior cells and
-  /// partition halo cells at their centres, the ghost cells of walls, inlets and outlets at their face centres.
-  /// @note The ghost cells of symmetry faces are left out on purpose; no tree is touched.
+  /// Measures the mesh, clears the two reset blocks of the global variables and gives cell numbers their points as
+  /// SetNodeCollation does, without a tree.
   /// @return 1
   int SetIBNodeCollation();
 
-  /// Prints the number of cells and the running number for every cell, and does nothing else, on purpose.
+  /// Prints the number of cells and the running number for every cell, and does nothing else: no tree is filled.
   /// @return 0
   int SetIBADTress(double* pCellMark, std::vector<int> vCell, CZYNOptKer tree, int* piCellToBlock);
 
-  /// Stencils of all points: the entries of `tree` in a cube whose half-width is `dDistance` (method 1), or the
-  /// first of 1, 2, 3... mean cell distances that holds `iNumber` of them (method 2), in the tree's order. By any
-  /// other method they are empty.
-  ///
-  /// The cube is centred at (x[i], x[i], x[i]), on purpose: `y` and `z` are not read. With fewer entries in the
-  /// tree than the number, the cube stops growing when it covers all cells.
+  /// Stencils of all points, in the tree's order. By method 1 they are the entries of `tree` in a cube of half-width
+  /// `dDistance`; by method 2 those of the first cube of half-width 1, 2, 3... mean cell distances that holds
+  /// `iNumber` of them. By any other method they are empty.
+  /// @note The cube is centred at (x[i], x[i], x[i]); `y` and `z` are not read. Callers that want a search around a
+  /// point use CZynIBRBFInternalObject. With fewer entries than `iNumber` in the tree, the cube stops growing when it
+  /// covers all cells.
   /// @param[in]  x              [1..m_iNIBNode], L
-  /// @param[in]  piBlockToCell  [1..] cell number of an identity of the tree
+  /// @param[in]  piBlockToCell  [1..] the cell number of an identity of the tree
   /// @param[in]  tree           shares its entries with the object it was copied from
   /// @param[out] pSupport       [1..m_iNIBNode] half-width of the cube, L
   /// @pre Initialize_IBInterpolateData
@@ -205,14 +213,15 @@ class ZYN_EXPORT CZynRBFInternalObject {
   int SearchIBADTress(double* x, double* y, double* z, int iMethod, double dDistance, int iNumber,
                       int* piBlockToCell, CZYNOptKer tree, double* pSupport);
 
-  /// Coefficients of value and gradient at point i from a system on the cells of its stencil, all in double
-  /// precision and without the constant term that the systems of the cells have. @cite wendland1995
+  /// Weights of value and gradient at point i. Its system stands on the cells of the stencil, in double precision and
+  /// without the constant term that the systems of cells have: see KernelSystem.h.
+  /// @param[in] i         1..m_iNIBNode
   /// @param[in] x,y,z     [1..m_iNIBNode], L
-  /// @param[in] pSupport  [1..m_iNIBNode] L; times `Span`: support radius
+  /// @param[in] pSupport  [1..m_iNIBNode], L; times `Span`, the support radius
   /// @pre SearchIBADTress @return 1
   int DeriveIBCoefficentBysolveDQfullMatrix(int i, double* x, double* y, double* z, double* pSupport);
 
-  /// Sets the four outputs to 0.0 at 1..m_iNIBNode, and that is all, on purpose. @return 0
+  /// Sets the four outputs to 0.0, elements 1..m_iNIBNode; the weights are not applied. @return 0
   int Multiply_IBRBFCoefficent(double* pField, double* pValue, double* pDfdx, double* pDfdy, double* pDfdz);
 
   CPartitionFace_DLL* m_pPartFace = nullptr;
@@ -223,15 +232,15 @@ class ZYN_EXPORT CZynRBFInternalObject {
   CZYNOptKer* m_pADTree = nullptr;  ///< boxes around the points of all cells; owned, not searched for cells
   RBFnode* m_pRBFnode = nullptr;    ///< [1..NCell] the point of a cell number
   RBFnode* m_pStencilExtent = nullptr;  ///< [1..NCell] extents of a cell's stencil along the axes, L
-  int m_iWorstElement = 0;              ///< cell or face at which a residual maximum last rose
-  double MAXResidual_X = 0.0;           ///< largest sum of x weights; never negative, as it starts at 0
+  int m_iWorstElement = 0;              ///< cell or face at which a largest residual last rose
+  double MAXResidual_X = 0.0;           ///< largest residual of d/dx; never negative, as it starts at 0
   double MAXResidual_Y = 0.0;
   double MAXResidual_Z = 0.0;
   double MAX_Weithting_Residual_Normal = 0.0;  ///< largest multiplier of an inner face
   double m_dStoredLimit = 0.0;                 ///< not read
   double m_dStoredFactor = 0.0;                ///< not read
   char m_szRBFFileName[1024] = "";
-  double Span = 500.0;       ///< support radius over the stencil's length
+  double Span = 500.0;       ///< support radius as a multiple of the stencil's length
   int iShape_Normalize = 0;  ///< 1: shape-normalised form of the kernel; any other value: plain form
 
   /// [1..NInnerCells] stencil: row[0] members at row[1..row[0]], the cell first; one element more, left zero.
@@ -241,8 +250,8 @@ class ZYN_EXPORT CZynRBFInternalObject {
   int** m_ppRBFInletFaceConn = nullptr;
   int** m_ppRBFOutletFaceConn = nullptr;
   int** m_ppRBFPartInterFaceConn = nullptr;
-  /// [1..NInnerCells] weights, 1/L, at 1..n in the order of the stencil; the multiplier at n+1. (Of the
-  /// shape-normalised form: of the derivatives with respect to the scaled coordinates.)
+  /// [1..NInnerCells] weights, 1/L, at 1..n in the order of the stencil, and the multiplier at n+1. With the
+  /// shape-normalised form they belong to the derivatives with respect to the scaled coordinates.
   RBFnode** m_ppRBFCellCoef = nullptr;
   RBFnode** m_ppRBFInnerFaceCoef = nullptr;  ///< weights of faces at 1, 2
   RBFnode** m_ppRBFPartInterFaceCoef = nullptr;
@@ -268,7 +277,6 @@ class ZYN_EXPORT CZynRBFInternalObject {
   char m_szError[1024];
 
  private:
-  struct CellWork;
   struct FaceNodes;
 
   // Lifecycle
@@ -278,19 +286,22 @@ class ZYN_EXPORT CZynRBFInternalObject {
 
   // Points and stencils
   void MeasureBounds();
+  void StoreExtent(MeshExtent const& extent);
   void CollateAll();
-  void Collate(int c, double x, double y, double z, int kind, int index);
   void CollectStencil(int i);
 
   // Weights of the cells
-  void DeriveCellCoefficents(int cell, CellWork& work);
-  void StoreCellCoefficents(int cell, int n, double const* solution);
+  void DeriveCellCoefficents(int cell, CellSystem& system);
+  void FillGhostGradients(double* gx, double* gy, double* gz) const;
+
+  // Residuals: CZynRBFInternalObject_Residuals.cpp
   void RaiseResidual(double residual, double& maximum, int element);
   void ClearResiduals();
   void PrintResiduals() const;
 
   // Face family
-  void DeriveFaceCoefficents(FaceNodes const& nodes, int f, RBFnode** table);
+  int DeriveAllFaces(FaceKind kind, int nFace, RBFnode** table, char const* message);
+  int DeriveFace(FaceKind kind, int f, RBFnode** table);
 
   // Immersed-boundary points
   void CreateIBTables(int nIB);

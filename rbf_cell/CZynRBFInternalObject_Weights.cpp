@@ -1,153 +1,86 @@
-// The differential-quadrature systems of the cells: assembled, solved, stored.
+// The radial-basis gradient of the interior cells. With the members X_1..X_n of the stencil of cell i, X_1 = X_i,
+//   (d phi/dx)_i = sum_k w_k phi_k,   y and z alike,
+// with weights that are derived once, at set-up, from [A 1; 1' 0] [w; m] = [b; 0]: see CellSystem.h.
 
 #include <algorithm>
-#include <cstddef>
-#include <vector>
 
-#include "foundation/CDenseSolver.h"
-#include "foundation/DQKernel.h"
-#include "foundation/DQMatrix.h"
-#include "foundation/DQVector.h"
+#include "foundation/FaceGroups.h"
 #include "foundation/Progress.h"
+#include "foundation/Status.h"
 #include "foundation/WithoutTraps.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
-
-/// The system of one cell with n members; the arrays grow to the largest stencil and are used again.
-struct CZynRBFInternalObject::CellWork {
-  std::vector<DQVector> points;  // [0..n-1]
-  std::vector<double> matrix;    // (n+1) x (n+1), row-major
-  std::vector<double> columns;   // (n+1) x 3, row-major: right-hand sides for x, y, z, then the solution
-
-  void MakeRoomFor(int n) {
-    auto const members = static_cast<std::size_t>(n);
-    auto const order = members + 1;
-    if (points.size() >= members && columns.size() >= 3 * order) return;
-    points.resize(members);
-    matrix.resize(order * order);
-    columns.resize(3 * order);
-  }
-};
-
-namespace {
-
-constexpr int kSuccess = 1;
-
-// The right-hand sides of a cell's system pass through single precision, on purpose; the solve sees doubles
-// again. Volatile, since GCC 12 drops such a rounding where it makes vector operations of the three components.
-double InSinglePrecision(double value) {
-  float const volatile rounded = static_cast<float>(value);
-  return rounded;
-}
-
-// Right-hand side k: the gradient of the kernel centred on member k, at the point `at`; none for the constant
-// term.
-template <typename Kernel>
-void FillRightHandSides(Kernel const& kernel, DQVector const& at, DQVector const* points, int n,
-                        double* columns) {
-  for (int k = 0; k < n; ++k, columns += 3) {
-    DQVector const gradient = kernel.Gradient(kernel.Scaled(OffsetBetween(points[k], at)));
-    columns[0] = InSinglePrecision(gradient.x);
-    columns[1] = InSinglePrecision(gradient.y);
-    columns[2] = InSinglePrecision(gradient.z);
-  }
-  std::fill_n(columns, 3, 0.0);
-}
-
-// A cell that stands several times in a stencil is represented by the last of them. The others keep their
-// place with nothing but the constant term: a row and a column of zeros and no right-hand side.
-void EmptyEarlierDoubles(int const* members, int n, double* matrix, double* columns) {
-  std::ptrdiff_t const order = static_cast<std::ptrdiff_t>(n) + 1;
-  for (int k = 0; k < n; ++k) {
-    if (std::find(members + k + 1, members + n, members[k]) == members + n) continue;
-    for (int j = 0; j < n; ++j) {
-      matrix[k * order + j] = 0.0;
-      matrix[j * order + k] = 0.0;
-    }
-    std::fill_n(columns + std::ptrdiff_t{3} * k, 3, 0.0);
-  }
-}
-
-// [A 1; 1' 0] [w; m] = [grad kernel; 0], one column for each of d/dx, d/dy, d/dz.
-template <typename Kernel>
-void Assemble(Kernel const& kernel, DQVector const& at, int const* members, DQVector const* points, int n,
-              double* matrix, double* columns) {
-  FillKernelMatrix(kernel, points, n, matrix, n + 1);
-  AddConstantTerm(matrix, n);
-  FillRightHandSides(kernel, at, points, n, columns);
-  EmptyEarlierDoubles(members, n, matrix, columns);
-}
-
-}  // namespace
+#include "rbf_cell/CellSystem.h"
 
 int CZynRBFInternalObject::DeriveRBFweighting() {
   WithoutTraps const duringSetUp;
   ClearResiduals();
-  CellWork work;
+  CellSystem system;
   int const nInnerCells = m_pMesh->NInnerCells;
-  for (int cell = 1; cell <= nInnerCells; ++cell) DeriveCellCoefficents(cell, work);
+  for (int cell = 1; cell <= nInnerCells; ++cell) DeriveCellCoefficents(cell, system);
   PrintFlushed("Cell RBF flux Interpolation is done.\n");
   PrintResiduals();
-  return kSuccess;
+  return Status::kSuccess;
 }
 
 int CZynRBFInternalObject::DeriveCellCoefficentBysolveDQfullMatrix(int cell) {
   WithoutTraps const duringSetUp;
-  CellWork work;
-  DeriveCellCoefficents(cell, work);
-  return kSuccess;
+  CellSystem system;
+  DeriveCellCoefficents(cell, system);
+  return Status::kSuccess;
 }
 
-void CZynRBFInternalObject::DeriveCellCoefficents(int cell, CellWork& work) {
-  int const n = m_ppRBFCellConn[cell][0];
-  int const* const members = m_ppRBFCellConn[cell] + 1;
-  work.MakeRoomFor(n);
-  for (int k = 0; k < n; ++k) {
-    RBFnode const& node = m_pRBFnode[members[k]];
-    work.points[k] = {node.x, node.y, node.z};
-  }
-  DQVector const at = {m_pRBFnode[cell].x, m_pRBFnode[cell].y, m_pRBFnode[cell].z};
-  double* const matrix = work.matrix.data();
-  double* const columns = work.columns.data();
-  if (iShape_Normalize == 1) {
-    RBFnode const& extent = m_pStencilExtent[cell];
-    ShapeNormalisedDQKernel const kernel(Span, {extent.x, extent.y, extent.z});
-    Assemble(kernel, at, members, work.points.data(), n, matrix, columns);
-  } else {
-    PlainDQKernel const kernel(Span, m_pSupportLength[cell]);
-    Assemble(kernel, at, members, work.points.data(), n, matrix, columns);
-  }
-  CDenseSolver().Solve(n + 1, matrix, columns, columns, 3);
-  StoreCellCoefficents(cell, n, columns);
-}
-
-// The residual of a direction is the sum of the weights and the multiplier, in this order. The weights alone
-// sum to zero, so it shows the multiplier and the rounding.
-void CZynRBFInternalObject::StoreCellCoefficents(int cell, int n, double const* solution) {
+// Assembles, solves and keeps the weights 1..n, with the multiplier behind them. The residual of a direction is the
+// sum of the weights and the multiplier, in this order; the weights alone sum to zero up to rounding.
+void CZynRBFInternalObject::DeriveCellCoefficents(int cell, CellSystem& system) {
+  system.Assemble(*this, cell);
+  double const* w = system.Solve();
   RBFnode* const row = m_ppRBFCellCoef[cell];
-  DQVector sum = {0.0, 0.0, 0.0};
-  for (int k = 0; k <= n; ++k, solution += 3) {
-    sum.x += solution[0];
-    sum.y += solution[1];
-    sum.z += solution[2];
-    row[k + 1].Set(solution[0], solution[1], solution[2], cell);
+  double sumX = 0.0, sumY = 0.0, sumZ = 0.0;
+  for (int k = 1; k <= system.Order(); ++k, w += 3) {
+    row[k].Set(w[0], w[1], w[2], cell);
+    sumX += w[0];
+    sumY += w[1];
+    sumZ += w[2];
   }
-  RaiseResidual(sum.x, MAXResidual_X, cell);
-  RaiseResidual(sum.y, MAXResidual_Y, cell);
-  RaiseResidual(sum.z, MAXResidual_Z, cell);
+  RaiseResidual(sumX, MAXResidual_X, cell);
+  RaiseResidual(sumY, MAXResidual_Y, cell);
+  RaiseResidual(sumZ, MAXResidual_Z, cell);
 }
 
-// With its sign, on purpose: a negative residual never shows, and neither does a NaN.
-void CZynRBFInternalObject::RaiseResidual(double residual, double& maximum, int element) {
-  if (residual > maximum) {
-    maximum = residual;
-    m_iWorstElement = element;
+// Nothing but loads, multiplies and adds, in the order of the stencil.
+int CZynRBFInternalObject::MultiplyRBFCoefficent(double* phi, double* gx, double* gy, double* gz) {
+  CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
+  int const nInnerCells = mesh.NInnerCells;
+  for (int i = 1; i <= nInnerCells; ++i) {
+    int const* const stencil = m_ppRBFCellConn[i];
+    RBFnode const* const w = m_ppRBFCellCoef[i];
+    double sumX = 0.0, sumY = 0.0, sumZ = 0.0;
+    for (int k = 1; k <= stencil[0]; ++k) {
+      double const value = phi[stencil[k]];
+      sumX += value * w[k].x;
+      sumY += value * w[k].y;
+      sumZ += value * w[k].z;
+    }
+    gx[i] = sumX;
+    gy[i] = sumY;
+    gz[i] = sumZ;
   }
+  FillGhostGradients(gx, gy, gz);
+  return Status::kSuccess;
 }
 
-void CZynRBFInternalObject::ClearResiduals() { MAXResidual_X = MAXResidual_Y = MAXResidual_Z = 0.0; }
-
-void CZynRBFInternalObject::PrintResiduals() const {
-  PrintFormatted("Span = %lf, MAXResidual_X = %le, MAXResidual_Y = %le, MAXResidual_Z = %le\n", Span,
-                 MAXResidual_X, MAXResidual_Y, MAXResidual_Z);
+// Wall and inlet ghost cells take the gradient of their interior cell. There is no exchange: all other cells beyond
+// the interior come back as zero. Walls go first, so a ghost cell that a wall and an inlet share keeps what the inlet
+// gives.
+void CZynRBFInternalObject::FillGhostGradients(double* gx, double* gy, double* gz) const {
+  CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
+  int const nGhost = mesh.NCell - mesh.NInnerCells;
+  for (double* const g : {gx, gy, gz})
+    if (nGhost > 0) std::fill_n(g + mesh.NInnerCells + 1, nGhost, 0.0);
+  for (FaceKind const kind : {FaceKind::Wall, FaceKind::Inlet}) {
+    FaceGroup const faces = FacesOf(kind, mesh);
+    for (int f = 1; f <= faces.count; ++f)
+      for (double* const g : {gx, gy, gz}) g[faces.other[f]] = g[faces.cv[f]];
+  }
 }

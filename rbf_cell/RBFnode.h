@@ -3,8 +3,8 @@
 /// The record of the cell operator: a point with the number of its cell, or the weights of d/dx, d/dy, d/dz
 /// with the number of the cell or face whose row they stand in.
 ///
-/// Every writer fills both triples alike and every reader takes the first; the second is part of the layout,
-/// 56 bytes in all. No virtual operations, so that a table of these is nothing but numbers.
+/// Every writer fills both triples alike, and every reader takes the first. The second is part of the layout of 56
+/// bytes. There are no virtual operations, so a table of these consists of numbers alone.
 struct RBFnode {
   double x = 0.0, y = 0.0, z = 0.0;
   double x0 = 0.0, y0 = 0.0, z0 = 0.0;  ///< x, y, z again

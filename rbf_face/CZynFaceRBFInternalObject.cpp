@@ -1,4 +1,5 @@
-// Construction, host objects, the order of the set-up, settings, allocation and release of the face operator.
+// Construction, host objects, the order of the set-up, settings, allocation and release of memory of the face
+// operator.
 
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 
@@ -7,9 +8,11 @@
 
 #include "foundation/HostObjects.h"
 #include "foundation/Progress.h"
+#include "foundation/Release.h"
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
 #include "foundation/SettingsText.h"
+#include "foundation/Status.h"
 #include "foundation/WithoutTraps.h"
 #include "host/ZYNCommunication.h"
 #include "host/ZYNKNCompParm.h"
@@ -19,23 +22,9 @@
 
 namespace {
 
-constexpr int kDone = 0;
-
 constexpr int kFormatNumber = 1004;
 constexpr int kFirstLineLimit = 255;
 constexpr double kDefaultDistances = 2.0;  // the default search distance, in mean distances
-
-template <typename T>
-void DeleteArray(T*& array) {
-  delete[] array;
-  array = nullptr;
-}
-
-template <typename T>
-void DeleteObject(T*& object) {
-  delete object;
-  object = nullptr;
-}
 
 // Elements 0..n, all zero.
 template <typename T>
@@ -65,7 +54,7 @@ CZynFaceRBFInternalObject::WorkOwner::WorkOwner() = default;
 CZynFaceRBFInternalObject::WorkOwner::WorkOwner(WorkOwner const&) {}
 CZynFaceRBFInternalObject::WorkOwner::~WorkOwner() = default;
 
-// What the left side remembers belongs to the tables that it had.
+// The left side drops its work memory, which belongs to the tables that it had.
 CZynFaceRBFInternalObject::WorkOwner& CZynFaceRBFInternalObject::WorkOwner::operator=(
     WorkOwner const& other) {
   if (this != &other) Release();
@@ -79,7 +68,7 @@ CZynFaceRBFInternalObject::Work& CZynFaceRBFInternalObject::WorkOwner::Get() {
 
 void CZynFaceRBFInternalObject::WorkOwner::Release() { work_.reset(); }
 
-/// The work tables of one set-up: released at its end, also when it ends because memory ran out.
+/// Releases the work tables at the end of a set-up, also if it ends because memory ran out.
 class CZynFaceRBFInternalObject::WorkTables {
  public:
   explicit WorkTables(CZynFaceRBFInternalObject& object) : object_(object) {}
@@ -106,12 +95,7 @@ CZynFaceRBFInternalObject::~CZynFaceRBFInternalObject() {
 
 int CZynFaceRBFInternalObject::getZyn3dGV(CZyn3dGV* gv, CZYNGVGPU* gpu, CZYNGVOpenMP* openMP,
                                           CZYN3DFiniteVolumeMesh* mesh) {
-  int const status = Receive(gv, pGV, ErrorMsg, kNoGlobals);
-  if (gv == nullptr) return status;
-  ReceiveAccelerator(gpu, pGVGPU, GPUFirstWord);
-  ReceiveIfGiven(openMP, pGVOpenMP);
-  ReceiveIfGiven(mesh, pMesh);
-  return status;
+  return ReceiveMesh(gv, gpu, openMP, mesh, {pGV, pGVGPU, GPUFirstWord, pGVOpenMP, pMesh}, ErrorMsg);
 }
 
 int CZynFaceRBFInternalObject::getPartitionFace(CPartitionFace_DLL* partitionFaces) {
@@ -124,16 +108,15 @@ int CZynFaceRBFInternalObject::getCommunication(CCommunication* communication) {
 
 int CZynFaceRBFInternalObject::SetZYNKNCMP(CZYNKNCMPCompParm* parameters) {
   ReceiveIfGiven(parameters, pKNCMP);
-  return 1;
+  return Status::kSuccess;
 }
 
 char const* CZynFaceRBFInternalObject::getErrorMsg() { return ErrorMsg; }
 
 int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
   iFaceType = faceType;
-  bool const isType = kInnerFaces <= faceType && faceType <= kSymmetryFaces;
-  if (isType) NFace = FacesOfType(faceType, *pMesh, pPartFace).count;
-  if (NFace == 0) return kDone;
+  if (IsFaceType(faceType)) NFace = OwnFaces().count;
+  if (NFace == 0) return Status::kDone;
 
   WithoutTraps const duringSetUp;
   if (m_ppFaceCellConn != nullptr) ClearReport();
@@ -141,7 +124,7 @@ int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
   ChangeFileName(RBFFileName, ".rbf", pGV->BaseFileName);
   Initialize_Face_memory_allocate();
   SetFaceNodeCollation();
-  // The settings come after the mesh is measured: the default distance is in mean distances.
+  // After the mesh was measured, since the default distance is a multiple of the mean distance.
   if (pKNCMP != nullptr) {
     ReadRBFbackdoorfile_DLL();
   } else {
@@ -151,10 +134,10 @@ int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
   SearchFaceADTress();
   DeriveAllFaces();
   if (bDebug) PrintDebugMessage();
-  return kDone;
+  return Status::kDone;
 }
 
-// The vertices of neighbouring faces are the same, so their weights are kept for the length of the walk.
+// Neighbouring faces share vertices, so the weights of vertices are kept during the walk.
 void CZynFaceRBFInternalObject::DeriveAllFaces() {
   Work& work = work_.Get();
   if (iSearch_method == 3) work.vertexWeights = GrowingRowTable<double>::Create(pMesh->NNode);
@@ -181,7 +164,7 @@ int CZynFaceRBFInternalObject::Initialize_Face_memory_allocate() {
   int const nCell = pMesh->NCell;
   m_ppFaceCellConn = GrowingRowTable<int>::Create(NFace);
   m_pFaceRows = NewArray<Cpp_DataStructure>(NFace);
-  // The gradients of an earlier set-up, which may have had fewer faces, are left behind like its other tables.
+  // An earlier set-up may have had fewer faces; its gradients are left behind like its other tables.
   m_ppFaceGradCoef = nullptr;
   if (iSearch_method != 4) {
     m_ppFaceLnods = GrowingRowTable<int>::Create(NFace);
@@ -201,10 +184,10 @@ int CZynFaceRBFInternalObject::Initialize_Face_memory_allocate() {
   m_FaceX.Create(NFace, 0.0);
   m_FaceY.Create(NFace, 0.0);
   m_FaceZ.Create(NFace, 0.0);
-  return kDone;
+  return Status::kDone;
 }
 
-// The settings may name another method than the one for which the tables were allocated.
+// Tables are allocated before the settings are read, which may name another method.
 void CZynFaceRBFInternalObject::MakeMissingTables() {
   if (m_ppFaceLnods == nullptr) m_ppFaceLnods = GrowingRowTable<int>::Create(NFace);
   if (m_ppFaceGradCoef == nullptr && iSearch_method != 4)
@@ -234,42 +217,36 @@ int CZynFaceRBFInternalObject::Release_Memory() {
   m_FaceY.Destroy();
   m_FaceZ.Destroy();
   work_.Release();
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::ReadRBFbackdoorfile() {
   char distanceLine[512];
   FormatText(distanceLine, sizeof(distanceLine), "Search_distance   = %lf\n",
              kDefaultDistances * MeanDistance);
-  SettingsFile::Prepare(RBFFileName, kFormatNumber, kFirstLineLimit,
-                        {"1004\n", "Span              = 1000\n", "iSearch_method    = 4\n", distanceLine,
-                         "Search_number     = 20\n", "Debug mode        = 0\n"});
-  SettingsFile file(RBFFileName);
-  if (!file.IsOpen()) return kDone;
-  file.ReadLine();  // the format number
-  file.ReadLine();
-  Span = file.Real();
-  file.ReadLine();
-  iSearch_method = file.Integer();
-  file.ReadLine();
-  Search_distance = file.Real();
-  file.ReadLine();
-  Search_number = file.Integer();
-  file.ReadLine();
-  if (file.Integer() > 0) bDebug = true;
-  return kDone;
+  SettingsFile file(RBFFileName, {kFormatNumber,
+                                  kFirstLineLimit,
+                                  {"1004\n", "Span              = 1000\n", "iSearch_method    = 4\n",
+                                   distanceLine, "Search_number     = 20\n", "Debug mode        = 0\n"}});
+  if (!file.IsOpen()) return Status::kDone;
+  Span = file.NextReal();
+  iSearch_method = file.NextInteger();
+  Search_distance = file.NextReal();
+  Search_number = file.NextInteger();
+  if (file.NextInteger() > 0) bDebug = true;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::ReadRBFbackdoorfile_DLL() {
   CZYNCMP_FaceRBF_Parm const* const block = pKNCMP->getFaceRBFParm();
-  if (block == nullptr) return kDone;
+  if (block == nullptr) return Status::kDone;
   Span = block->Span;
   iSearch_method = block->iSearch_method;
   Search_number = block->Search_number;
   Search_distance = block->Search_distance;
   if (Search_distance < 0.0) Search_distance = kDefaultDistances * MeanDistance;
   if (block->iDebugMode > 0) bDebug = true;
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::ChangeFileName(char* result, char const* extension, char* name) {

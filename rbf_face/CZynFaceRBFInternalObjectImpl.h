@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cmath>
 #include <optional>
 #include <vector>
 
@@ -13,48 +12,17 @@
 #include "foundation/KernelSystem.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
+#include "rbf_face/FaceNodes.h"
 
 /// @file
-/// What the sources of the interpolation to faces share.
+/// What the sources of the face operator share.
 
-constexpr int kInnerFaces = 1, kWallFaces = 2, kInletFaces = 3, kOutletFaces = 4, kPartitionFaces = 5,
-              kSymmetryFaces = 6;
-
-/// The types of faces with a ghost or halo cell, in the order in which all walks over them go.
-constexpr int kBoundaryTypes[] = {kWallFaces, kInletFaces, kOutletFaces, kPartitionFaces, kSymmetryFaces};
-
-/// Type of a face from the mesh's code of it; 0 for no code.
-inline int FaceTypeOfCode(int code) {
-  switch (code) {
-    case 0:
-      return kInnerFaces;
-    case 1:
-      return kWallFaces;
-    case 2:
-      return kInletFaces;
-    case 3:
-      return kOutletFaces;
-    case 101:
-      return kPartitionFaces;
-    case 5:
-      return kSymmetryFaces;
-    default:
-      return 0;
-  }
-}
-
-/// The faces of a type; none for an unknown type. `partitionFaces` is used for partition faces only and may be null
-/// otherwise.
-inline FaceGroup FacesOfType(int type, CZYN3DFiniteVolumeMesh const& mesh,
-                             CPartitionFace_DLL* partitionFaces) {
-  if (!IsFaceType(type)) return {};
-  FaceKind const kind = static_cast<FaceKind>(type);
+/// The faces of a kind, without the centres of partition faces, which the operator does not use: these faces stand at
+/// the centres of their halo cells. `partitionFaces` is used for partition faces alone and may be null otherwise.
+inline FaceGroup FacesWithPoints(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh,
+                                 CPartitionFace_DLL* partitionFaces) {
   return kind == FaceKind::Partition ? PartitionFacesAtHaloCells(*partitionFaces, mesh) : FacesOf(kind, mesh);
 }
-
-/// Whether the line between two cells goes on beyond the face: both sides are cells of their own there. On
-/// the other types the second cell is a ghost cell that stands on the face.
-inline bool HasCellBeyond(int faceType) { return faceType == kInnerFaces || faceType == kPartitionFaces; }
 
 /// Elements of a row of virtual nodes, and rows of positions.
 constexpr int kP = 1, kE = 2;
@@ -62,17 +30,8 @@ constexpr int kP = 1, kE = 2;
 /// The dot product, summed in the order y, x, z as lengths are.
 inline double Dot(DQVector const& a, DQVector const& b) { return a.y * b.y + a.x * b.x + a.z * b.z; }
 
-/// The greatest distance from a point to a node of the system.
-inline double Reach(KernelSystem const& system, DQVector const& from) {
-  double largest2 = 0.0;
-  for (int k = 0; k < system.Size(); ++k) {
-    double const r2 = SquaredLength(OffsetBetween(from, system.Node(k)));
-    if (r2 > largest2) largest2 = r2;
-  }
-  return std::sqrt(largest2);
-}
-
-/// Memory that grows to the largest face and is used again for the next, and what set-up remembers.
+/// Work memory of the set-up, which grows to the largest face and is used again for the next, and what the set-up
+/// remembers from one face to the next.
 struct CZynFaceRBFInternalObject::Work {
   std::vector<int> merged, sideP, sideE;  ///< cells at 1.., element 0 unused
   std::vector<int> vertices;              ///< a row of vertices
@@ -85,8 +44,7 @@ struct CZynFaceRBFInternalObject::Work {
   KernelSystem faceSystem, pointSystem;
 
   std::optional<BoundingBox> entries;  ///< bounds of the points in the tree of cells
-  /// [1..NNode] weights of the vertices that have them by now, while a walk over all faces makes them worth
-  /// keeping; null otherwise.
+  /// [1..NNode] weights of the vertices solved so far, during a walk over all faces; null otherwise.
   double** vertexWeights = nullptr;
 
   Work() = default;
@@ -95,15 +53,19 @@ struct CZynFaceRBFInternalObject::Work {
   ~Work() { GrowingRowTable<double>::Destroy(vertexWeights); }
 };
 
+inline FaceKind CZynFaceRBFInternalObject::Kind() const { return static_cast<FaceKind>(iFaceType); }
+
+// None if there is no such type.
+inline FaceGroup CZynFaceRBFInternalObject::OwnFaces() const {
+  return IsFaceType(iFaceType) ? FacesWithPoints(Kind(), *pMesh, pPartFace) : FaceGroup{};
+}
+
 inline DQVector CZynFaceRBFInternalObject::Target(int i) const {
   return {m_FaceX.m_pData[i], m_FaceY.m_pData[i], m_FaceZ.m_pData[i]};
 }
 
-inline DQVector CZynFaceRBFInternalObject::PointOf(int c) const {
-  IBCnode const& node = m_pNodeTable[c];
-  return {node.x, node.y, node.z};
-}
+inline DQVector CZynFaceRBFInternalObject::PointOf(int c) const { return face_nodes::PointOfCell(*this, c); }
 
 inline DQVector CZynFaceRBFInternalObject::VertexPoint(int v) const {
-  return {pMesh->xn[v], pMesh->yn[v], pMesh->zn[v]};
+  return face_nodes::PointOfVertex(*this, v);
 }

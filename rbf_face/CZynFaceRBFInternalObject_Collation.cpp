@@ -4,15 +4,14 @@
 #include <cstddef>
 #include <limits>
 
+#include "foundation/CellPositions.h"
 #include "foundation/DQVector.h"
+#include "foundation/Status.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 
 namespace {
-
-constexpr int kSuccess = 1;
-constexpr int kDone = 0;
 
 constexpr double kBoxHalfWidth = 1e-6;  // L; a point as a box of the tree
 
@@ -25,6 +24,7 @@ void Raise(int& maximum, int value) {
 int CZynFaceRBFInternalObject::SetFaceNodeCollation() {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
   MeasureMesh();
+  if (Kind() == FaceKind::Inner) SetInnerTargets();
   m_pCellTree->SetADTreeRange(Xmax, Ymax, Zmax, Xmin, Ymin, Zmin, 1, 10000, 200000);
 
   m_BoundaryNode.Destroy();
@@ -32,50 +32,46 @@ int CZynFaceRBFInternalObject::SetFaceNodeCollation() {
   MaxLnods = 0;
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     m_pNodeTable[c].SetData(mesh.xc[c], mesh.yc[c], mesh.zc[c], c);
-    m_pCellType[c] = kInnerFaces;
+    m_pCellType[c] = static_cast<int>(FaceKind::Inner);
     Raise(MaxLnods, mesh.CellLnodsNumber[c]);
   }
-  for (int const type : kBoundaryTypes) CollateFaces(type);
+  for (FaceKind const kind : face_groups::kFacesWithOwnCell) CollateFaces(kind);
 
   Create_ppRBFiNodeConn();
   Create_m_ppRBFlnods();
   Create_m_ppRBFCell33Conn();
-  return kSuccess;
+  return Status::kSuccess;
 }
 
-// Bounds of all vertices and of the cells beside inner faces; ghost and halo cells may lie outside.
+// Bounds of the cells beside inner faces and of all vertices. Ghost and halo cells may lie outside.
 void CZynFaceRBFInternalObject::MeasureMesh() {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
-  BoundingBox box;
-  double distanceSum = 0.0;
-  for (int f = 1; f <= mesh.NInnerFaces; ++f) {
-    int const a = mesh.ijCV[f], b = mesh.ij[f];
-    DQVector const first = {mesh.xc[a], mesh.yc[a], mesh.zc[a]};
-    DQVector const second = {mesh.xc[b], mesh.yc[b], mesh.zc[b]};
-    box.Widen(first.x, first.y, first.z);
-    box.Widen(second.x, second.y, second.z);
-    distanceSum += Length(OffsetBetween(first, second));
-    if (iFaceType == kInnerFaces) SetTarget(f, mesh.ijxc[f], mesh.ijyc[f], mesh.ijzc[f]);
-  }
-  MeanDistance = distanceSum / mesh.NInnerFaces;
+  auto [box, meanDistance] = MeasureInnerFaces(mesh);
   for (int v = 1; v <= mesh.NNode; ++v) box.Widen(mesh.xn[v], mesh.yn[v], mesh.zn[v]);
 
+  MeanDistance = meanDistance;
   Xmax = box.xmax, Ymax = box.ymax, Zmax = box.zmax;
   Xmin = box.xmin, Ymin = box.ymin, Zmin = box.zmin;
 }
 
-// A ghost cell stands at the centre of its face, a halo cell at its own centre, which is the target point of
-// its face, too: on purpose the centres of partition faces are not asked for.
-void CZynFaceRBFInternalObject::CollateFaces(int type) {
+void CZynFaceRBFInternalObject::SetInnerTargets() {
+  FaceGroup const faces = FacesOf(FaceKind::Inner, *pMesh);
+  for (int f = 1; f <= faces.count; ++f) SetTarget(f, faces.xc[f], faces.yc[f], faces.zc[f]);
+}
+
+// A ghost cell stands at the centre of its face, a halo cell at its own centre. That is also the target point of the
+// face: the interpolation to a partition face is defined at its halo cell.
+void CZynFaceRBFInternalObject::CollateFaces(FaceKind kind) {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
-  FaceGroup const faces = FacesOfType(type, mesh, pPartFace);
+  FaceGroup const faces = FacesWithPoints(kind, mesh, pPartFace);
+  bool const isHalo = kind == FaceKind::Partition;
   for (int f = 1; f <= faces.count; ++f) {
     int const c = faces.other[f];
-    DQVector const point = type == kPartitionFaces ? DQVector{mesh.xc[c], mesh.yc[c], mesh.zc[c]}
-                                                   : DQVector{faces.xc[f], faces.yc[f], faces.zc[f]};
+    DQVector const point = isHalo ? DQVector{mesh.xc[c], mesh.yc[c], mesh.zc[c]}
+                                  : DQVector{faces.xc[f], faces.yc[f], faces.zc[f]};
     m_pNodeTable[c].SetData(point.x, point.y, point.z, c);
-    m_pCellType[c] = type;
-    if (iFaceType == type) SetTarget(f, point.x, point.y, point.z);
+    m_pCellType[c] = static_cast<int>(kind);
+    if (kind == Kind()) SetTarget(f, point.x, point.y, point.z);
 
     int const* const vertices = faces.nodes[f];
     for (int k = 1; k <= vertices[0]; ++k) m_BoundaryNode.SetValue(vertices[k], true);
@@ -100,15 +96,16 @@ int CZynFaceRBFInternalObject::SetFaceADTress() {
     m_pTreeCell[id] = id;
   }
   work_.Get().entries.reset();
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::SetBoundaryCellADTress() {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
   m_pBoundaryTree->SetADTreeRange(Xmax, Ymax, Zmax, Xmin, Ymin, Zmin, 1, 10000, 200000);
   int id = 0;
-  for (int const type : {kWallFaces, kInletFaces, kOutletFaces, kSymmetryFaces}) {
-    FaceGroup const faces = FacesOfType(type, mesh, pPartFace);
+  for (FaceKind const kind : face_groups::kFacesWithOwnCell) {
+    if (kind == FaceKind::Partition) continue;
+    FaceGroup const faces = FacesOf(kind, mesh);
     for (int f = 1; f <= faces.count; ++f) {
       int const* const vertices = faces.nodes[f];
       BoundingBox box;
@@ -117,7 +114,7 @@ int CZynFaceRBFInternalObject::SetBoundaryCellADTress() {
       m_pBoundaryTree->AddSurfaceToADTree(++id, box.xmax, box.ymax, box.zmax, box.xmin, box.ymin, box.zmin);
     }
   }
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::SearchFaceADTress() {
@@ -136,10 +133,10 @@ int CZynFaceRBFInternalObject::SearchFaceADTress() {
     default:
       break;
   }
-  return kDone;
+  return Status::kDone;
 }
 
-// The growth of the searches ends where all entries are covered, so their bounds are measured once.
+// A search stops growing when it covers all entries, so their bounds are measured, once.
 GrowingBoxSearch CZynFaceRBFInternalObject::CellSearch() {
   std::optional<BoundingBox>& entries = work_.Get().entries;
   if (!entries) {
@@ -150,7 +147,7 @@ GrowingBoxSearch CZynFaceRBFInternalObject::CellSearch() {
   return GrowingBoxSearch(*m_pCellTree, *entries, pMesh->NCell, MeanDistance);
 }
 
-// Fills ids and distances with the entries of an answer, in its order.
+// Fills the work arrays with the ids and distances of an answer, in its order.
 void CZynFaceRBFInternalObject::MeasureFound(int const* ids, int count, DQVector const& from) {
   Work& work = work_.Get();
   work.ids.assign(ids, ids + count);
@@ -163,8 +160,8 @@ int CZynFaceRBFInternalObject::Search_ClosestCellID_byNode(double x, double y, d
   GrowingBoxSearch::Answer const found = CellSearch().AtLeast(1, x, y, z);
   if (found.count < 1) return 0;
 
-  // What sorting would bring to the front: the first of the least distances. Distances are compared by their
-  // squares where these tell; two squares may have the same root.
+  // What sorting would bring to the front: the first of the least distances. Squares decide where they can. Two
+  // different squares may have the same root, so roots are compared where a square is less.
   DQVector const from = {x, y, z};
   int closest = 0;
   double least2 = std::numeric_limits<double>::infinity(), least = least2;
@@ -184,7 +181,7 @@ int CZynFaceRBFInternalObject::Search_ClosestCellID_byNode(double x, double y, d
   }
   if (isOrdered) return found.ids[closest];
 
-  // Some distance is not a number, and only sorting tells where it ends up.
+  // A distance that is not a number ends up where sorting leaves it.
   MeasureFound(found.ids, found.count, from);
   Work& work = work_.Get();
   Dis_Sorting(work.ids.data(), work.distances.data(), found.count);

@@ -7,31 +7,37 @@
 
 #include "foundation/NodeCellRows.h"
 #include "foundation/RowTable.h"
+#include "foundation/Status.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 
 namespace {
 
-constexpr int kDone = 0;
-
 constexpr int kVerticesOfAnEdge = 2;
 
-// The faces of all types, by type; element 0 has none.
-using AllFaces = std::array<FaceGroup, kSymmetryFaces + 1>;
+// The faces of all kinds, by IndexOf(kind).
+using AllFaces = std::array<FaceGroup, kFaceKinds>;
 
-AllFaces FacesOf(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL* partitionFaces) {
-  AllFaces faces = {};
-  for (int type = kInnerFaces; type <= kSymmetryFaces; ++type)
-    faces[static_cast<std::size_t>(type)] = FacesOfType(type, mesh, partitionFaces);
+AllFaces FacesOfAllKinds(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL* partitionFaces) {
+  AllFaces faces;
+  for (FaceGroupMembers const& group : face_groups::kTable)
+    faces[IndexOf(group.kind)] = FacesWithPoints(group.kind, mesh, partitionFaces);
   return faces;
 }
 
+// Calls action(faces, f) for every face with a ghost or halo cell.
 template <typename Action>
-void ForEachBoundaryFace(AllFaces const& allFaces, Action action) {
-  for (int const type : kBoundaryTypes) {
-    FaceGroup const& faces = allFaces[static_cast<std::size_t>(type)];
+void ForEachFaceWithOwnCell(AllFaces const& allFaces, Action action) {
+  for (FaceKind const kind : face_groups::kFacesWithOwnCell) {
+    FaceGroup const& faces = allFaces[IndexOf(kind)];
     for (int f = 1; f <= faces.count; ++f) action(faces, f);
   }
+}
+
+// The face type that the operator's tables have for a code of the mesh; 0 for an unknown code.
+int FaceTypeWithCode(int code) {
+  FaceGroupMembers const* const group = GroupWithCode(code);
+  return group == nullptr ? 0 : static_cast<int>(group->kind);
 }
 
 void CopyRow(int const* from, int* to) { std::copy(from, from + from[0] + 1, to); }
@@ -42,8 +48,7 @@ class EdgeNeighbours {
   explicit EdgeNeighbours(CZynFaceRBFInternalObject const& object)
       : object_(object), tally_(static_cast<std::size_t>(object.pMesh->NCell) + 1, 0) {}
 
-  /// Those of a cell that is not interior, in the order in which its vertices meet them; none for a halo
-  /// cell.
+  /// Those of a ghost cell, in the order in which its vertices meet them; a halo cell has none.
   std::vector<int> const& Of(int c) {
     Meet(c);
     neighbours_.clear();
@@ -56,10 +61,10 @@ class EdgeNeighbours {
   }
 
  private:
-  // All that a vertex of c meets, once for each such vertex.
+  // All ghost and halo cells around the vertices of c, as often as a vertex has them.
   void Meet(int c) {
     met_.clear();
-    if (object_.m_pCellType[c] == kPartitionFaces) return;
+    if (object_.m_pCellType[c] == static_cast<int>(FaceKind::Partition)) return;
     int const nInnerCells = object_.pMesh->NInnerCells;
     int const* const vertices = object_.m_ppRBFlnods[c];
     for (int k = 1; k <= vertices[0]; ++k) {
@@ -84,7 +89,9 @@ void FillNeighboursOfInteriorCells(CZYN3DFiniteVolumeMesh const& mesh, AllFaces 
     int* const row = rows[c];
     int n = 0;
     for (int k = 1; k <= row[0]; ++k) {
-      FaceGroup const& faces = allFaces[static_cast<std::size_t>(FaceTypeOfCode(mesh.CellFaceType[c][k]))];
+      FaceGroupMembers const* const group = GroupWithCode(mesh.CellFaceType[c][k]);
+      if (group == nullptr) continue;
+      FaceGroup const& faces = allFaces[IndexOf(group->kind)];
       int const f = mesh.CellFace[c][k];
       if (f < 1 || f > faces.count) continue;
       for (int const d : {faces.cv[f], faces.other[f]})
@@ -93,11 +100,11 @@ void FillNeighboursOfInteriorCells(CZYN3DFiniteVolumeMesh const& mesh, AllFaces 
   }
 }
 
-// The owner, then the neighbours over edges; a halo cell has its owner alone.
+// The owner, then the neighbours across edges. A halo cell has its owner alone.
 void FillNeighboursOfGhostCells(CZYN3DFiniteVolumeMesh const& mesh, AllFaces const& allFaces,
                                 EdgeNeighbours& edgeNeighbours, int** rows) {
-  ForEachBoundaryFace(allFaces,
-                      [rows](FaceGroup const& faces, int f) { rows[faces.other[f]][1] = faces.cv[f]; });
+  ForEachFaceWithOwnCell(allFaces,
+                         [rows](FaceGroup const& faces, int f) { rows[faces.other[f]][1] = faces.cv[f]; });
   for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c) {
     std::vector<int> const& neighbours = edgeNeighbours.Of(c);
     std::copy(neighbours.begin(), neighbours.end(), rows[c] + 2);
@@ -111,7 +118,7 @@ int CZynFaceRBFInternalObject::Create_ppRBFiNodeConn() {
   bool const* const isBoundary = m_BoundaryNode.Get_Ptr();
   ppRBFiNodeConn = CreateNodeCellRows(
       *pMesh, [isBoundary](int v) { return isBoundary[v]; }, [](int) { return true; });
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::Create_m_ppRBFlnods() {
@@ -123,11 +130,11 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFlnods() {
     m_ppRBFlnods[c][0] = n;
     std::copy_n(mesh.CellLnods[c] + 1, n, m_ppRBFlnods[c] + 1);
   }
-  // A halo cell of several faces ends with the vertices of the last.
-  ForEachBoundaryFace(FacesOf(mesh, pPartFace), [this](FaceGroup const& faces, int f) {
+  // A halo cell of several faces ends with the vertices of the last one.
+  ForEachFaceWithOwnCell(FacesOfAllKinds(mesh, pPartFace), [this](FaceGroup const& faces, int f) {
     CopyRow(faces.nodes[f], m_ppRBFlnods[faces.other[f]]);
   });
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::Create_m_ppRBFCell33Conn() {
@@ -143,21 +150,21 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFCell33Conn() {
   m_ppRBFCell33Conn = RowTable<int>::Create(
       mesh.NCell, mesh.NCell, [&length](int c) { return length[static_cast<std::size_t>(c)] + 1; });
   for (int c = 1; c <= mesh.NCell; ++c) m_ppRBFCell33Conn[c][0] = length[static_cast<std::size_t>(c)];
-  AllFaces const allFaces = FacesOf(mesh, pPartFace);
+  AllFaces const allFaces = FacesOfAllKinds(mesh, pPartFace);
   FillNeighboursOfInteriorCells(mesh, allFaces, m_ppRBFCell33Conn);
   FillNeighboursOfGhostCells(mesh, allFaces, edgeNeighbours, m_ppRBFCell33Conn);
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::Create_m_ppRBFCell32Conn() {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
   RowTable<int>::Destroy(m_ppRBFCell32Conn);
   RowTable<int>::Destroy(m_ppRBFCell32Type);
-  AllFaces const allFaces = FacesOf(mesh, pPartFace);
+  AllFaces const allFaces = FacesOfAllKinds(mesh, pPartFace);
 
   std::vector<int> length(static_cast<std::size_t>(mesh.NCell) + 1, 0);
   for (int c = 1; c <= mesh.NInnerCells; ++c) length[static_cast<std::size_t>(c)] = mesh.CellFace[c][0];
-  ForEachBoundaryFace(allFaces, [&length](FaceGroup const& faces, int f) {
+  ForEachFaceWithOwnCell(allFaces, [&length](FaceGroup const& faces, int f) {
     ++length[static_cast<std::size_t>(faces.other[f])];
   });
   auto const rowSize = [&length](int c) { return length[static_cast<std::size_t>(c)] + 1; };
@@ -167,16 +174,17 @@ int CZynFaceRBFInternalObject::Create_m_ppRBFCell32Conn() {
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     CopyRow(mesh.CellFace[c], m_ppRBFCell32Conn[c]);
     for (int k = 1; k <= mesh.CellFace[c][0]; ++k)
-      m_ppRBFCell32Type[c][k] = FaceTypeOfCode(mesh.CellFaceType[c][k]);
+      m_ppRBFCell32Type[c][k] = FaceTypeWithCode(mesh.CellFaceType[c][k]);
   }
   for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c)
     m_ppRBFCell32Conn[c][0] = length[static_cast<std::size_t>(c)];
 
-  // Only wall faces are entered, on purpose; the others were counted and stay 0.
+  // Only wall faces are entered. The others are counted and stay 0, which the header promises.
   std::vector<int> nEntered(static_cast<std::size_t>(mesh.NCell) + 1, 0);
-  for (int f = 1; f <= mesh.NWall; ++f) {
-    int const c = mesh.ijWall[f];
+  FaceGroup const& walls = allFaces[IndexOf(FaceKind::Wall)];
+  for (int f = 1; f <= walls.count; ++f) {
+    int const c = walls.other[f];
     m_ppRBFCell32Conn[c][++nEntered[static_cast<std::size_t>(c)]] = f;
   }
-  return kDone;
+  return Status::kDone;
 }

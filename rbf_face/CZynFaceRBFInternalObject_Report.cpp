@@ -4,11 +4,10 @@
 #include <initializer_list>
 
 #include "foundation/Progress.h"
+#include "foundation/Status.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 
 namespace {
-
-constexpr int kDone = 0;
 
 constexpr double kExactValue = 1.0;
 constexpr double kExactSlope = 0.0;
@@ -25,19 +24,19 @@ void AddSlopeError(double sum, int i, double& squares, double& largest, int& fac
   }
 }
 
-char const* Heading(int faceType) {
-  switch (faceType) {
-    case kInnerFaces:
+char const* Heading(FaceKind kind) {
+  switch (kind) {
+    case FaceKind::Inner:
       return "Inner Face FI = 1.e0\n\n";
-    case kWallFaces:
+    case FaceKind::Wall:
       return "Wall Face FI = 1.e0\n\n";
-    case kInletFaces:
+    case FaceKind::Inlet:
       return "Inlet Face FI = 1.e0\n\n";
-    case kOutletFaces:
+    case FaceKind::Outlet:
       return "Outlet Face FI = 1.e0\n\n";
-    case kPartitionFaces:
+    case FaceKind::Partition:
       return "Partinter Face FI = 1.e0\n\n";
-    case kSymmetryFaces:
+    case FaceKind::Symmetry:
       return "Symmetry Face FI = 1.e0\n\n";
     default:
       return "";
@@ -50,7 +49,7 @@ void PrintPoint(char const* format, double x, double y, double z) {
 
 }  // namespace
 
-// The faces that an earlier set-up found worst need not exist in the next.
+// The next set-up need not have the faces that this one found worst.
 void CZynFaceRBFInternalObject::ClearReport() {
   NFaceDone = 0;
   for (int* const face :
@@ -101,19 +100,19 @@ void CZynFaceRBFInternalObject::AccumulateNormalReport(int i) {
   AddValueError(sum, i);
 }
 
-// Methods 1 and 2 count no faces: their root mean squares are quotients by 0, and are printed as such.
+// Methods 1 and 2 do not count their faces: their root mean squares are quotients by 0 and are printed as such.
 int CZynFaceRBFInternalObject::PrintDebugMessage() {
   double const count = NFaceDone;
   for (double* const rms : {&fiRMS, &dfidxRMS, &dfidyRMS, &dfidzRMS, &dfidnRMS})
     *rms = std::sqrt(*rms / count);
-  PrintFlushed(Heading(iFaceType));
+  PrintFlushed(Heading(Kind()));
   PrintValueReport();
   if (iSearch_method == 4) {
     PrintNormalReport();
   } else {
     PrintGradientReport();
   }
-  return kDone;
+  return Status::kDone;
 }
 
 void CZynFaceRBFInternalObject::PrintValueReport() {
@@ -154,7 +153,7 @@ void CZynFaceRBFInternalObject::PrintGradientReport() {
   PrintTarget("dfi/dz MAX Coord                = %le %le %le\n\n", dfidzMAXFaceID);
 }
 
-// Element 0 of the tables, all zeros, when no face had an error.
+// If no face had an error, that is element 0 of the tables, all zeros.
 void CZynFaceRBFInternalObject::PrintTarget(char const* format, int i) {
   if (m_FaceX.Empty()) return PrintPoint(format, 0.0, 0.0, 0.0);
   PrintPoint(format, m_FaceX[i], m_FaceY[i], m_FaceZ[i]);

@@ -1,4 +1,4 @@
-// Stencils of methods 1 to 3: cells found around the target point, or cells around the face's vertices.
+// Stencils of methods 1 to 3: the cells found around the target point, or the cells around the face's vertices.
 
 #include <algorithm>
 #include <cstddef>
@@ -10,8 +10,8 @@
 
 namespace {
 
-// The digits of a number that is not negative. std::to_chars would bring in a unique symbol and keep the library from
-// being unloaded.
+// The digits of a number that is not negative. std::to_chars would bring in a unique symbol, and a library with
+// unique symbols cannot be unloaded.
 char* CopyDigits(int number, char* to) {
   char reversed[std::numeric_limits<int>::digits10 + 1];
   int n = 0;
@@ -23,7 +23,7 @@ char* CopyDigits(int number, char* to) {
   return to;
 }
 
-// One line per face: formatted by hand, since printf's way would take as long as finding the stencil.
+// One line per face, formatted by hand: printf would take as long as collecting the stencil.
 void PrintTopologyProgress(int face, int nFace) {
   constexpr char kBegin[] = "Search topology relationship on (", kMiddle[] = " face/",
                  kEnd[] = " Total face)\r";
@@ -44,7 +44,7 @@ bool SamePoint(IBCnode const& a, IBCnode const& b) { return a.x == b.x && a.y ==
 int CZynFaceRBFInternalObject::Delete_Duplicate_Coordinate(int n, std::vector<int>& list, int* marks) {
   int* const cells = list.data();
   for (int j = 1; j <= n; ++j) marks[cells[j]] = 0;
-  // No tolerance: twins are cells whose three coordinates are equal, and the first of them stays.
+  // Twins are cells whose three coordinates are equal, without a tolerance. The first of them stays.
   for (int j = 1; j <= n; ++j) {
     if (cells[j] == 0) continue;
     IBCnode const& point = m_pNodeTable[cells[j]];
@@ -78,7 +78,7 @@ void CZynFaceRBFInternalObject::Search_by_Node_control() {
   }
 }
 
-// The first n of the entries found. Twins stay, and the face's own cells are members only if they were found.
+// The first n of the entries found. Twins stay, and the face's own cells are members only if the search found them.
 void CZynFaceRBFInternalObject::StoreFoundStencil(int i, int n, double support) {
   int* const row = GrowingRowTable<int>::MakeRow(m_ppFaceCellConn, i, n);
   GrowingRowTable<IBCnode>::MakeRow(m_ppFaceGradCoef, i, n);
@@ -91,7 +91,7 @@ void CZynFaceRBFInternalObject::StoreFoundStencil(int i, int n, double support) 
 
 void CZynFaceRBFInternalObject::Search_by_Topology_control() {
   MakeMissingTables();
-  FaceGroup const faces = FacesOfType(iFaceType, *pMesh, pPartFace);
+  FaceGroup const faces = OwnFaces();
   std::vector<int>& vertices = work_.Get().vertices;
   int const nFace = std::min(NFace, faces.count);
   for (int i = 1; i <= nFace; ++i) {
@@ -144,7 +144,7 @@ int CZynFaceRBFInternalObject::CountingNodeToCellconnectionNumber(int i, int* pa
   return n;
 }
 
-// The face's two cells at positions 1 and 2, whatever they are.
+// Begins the merged list with the face's two cells, at positions 1 and 2 whether or not they are the same.
 void CZynFaceRBFInternalObject::StartMerged(int const* pair) {
   std::vector<int>& merged = work_.Get().merged;
   merged = {0, pair[0], pair[1]};
@@ -152,7 +152,7 @@ void CZynFaceRBFInternalObject::StartMerged(int const* pair) {
   m_pMarkAll[pair[1]] = 2;
 }
 
-// Adds a cell to a list that does not have it, and marks it with its position there.
+// Adds a cell to a list unless it is there, and marks it with its position.
 void CZynFaceRBFInternalObject::AppendOnce(int c, std::vector<int>& list, int* marks) {
   if (marks[c] != 0) return;
   marks[c] = static_cast<int>(list.size());

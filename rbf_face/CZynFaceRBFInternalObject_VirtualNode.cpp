@@ -4,12 +4,11 @@
 #include <cstddef>
 
 #include "foundation/DQVector.h"
+#include "foundation/Status.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 
 namespace {
-
-constexpr int kDone = 0;
 
 // The foot of the perpendicular from `from` onto the line through `origin` along s.
 DQVector Foot(DQVector const& from, DQVector const& origin, DQVector const& s) {
@@ -20,7 +19,7 @@ DQVector Foot(DQVector const& from, DQVector const& origin, DQVector const& s) {
 }  // namespace
 
 void CZynFaceRBFInternalObject::Search_by_normal_virtual_node() {
-  FaceGroup const faces = FacesOfType(iFaceType, *pMesh, pPartFace);
+  FaceGroup const faces = OwnFaces();
   int const nFace = std::min(NFace, faces.count);
   for (int i = 1; i <= nFace; ++i) {
     int pair[2] = {faces.cv[i], faces.other[i]};
@@ -36,14 +35,14 @@ int CZynFaceRBFInternalObject::Set_VirtualNode_Coord_and_ClosestCellID(int faceT
   DQVector const p = Foot(PointOf(pair[0]), at, s);
   DQVector e = PointOf(pair[1]);
   int cellOfE = pair[1];
-  if (HasCellBeyond(faceType)) {
+  if (!IsBoundary(static_cast<FaceKind>(faceType))) {
     e = Foot(e, at, s);
     cellOfE = Search_ClosestCellID_byNode(e.x, e.y, e.z);
   }
   int const cellOfP = Search_ClosestCellID_byNode(p.x, p.y, p.z);
   m_ppVirtualNode[i][kP].SetData(p.x, p.y, p.z, cellOfP);
   m_ppVirtualNode[i][kE].SetData(e.x, e.y, e.z, cellOfE);
-  return kDone;
+  return Status::kDone;
 }
 
 int CZynFaceRBFInternalObject::CountingVirtualNodeToCellconnectionNumber_By33(int i, int* pair) {
@@ -54,8 +53,8 @@ int CZynFaceRBFInternalObject::CountingVirtualNodeToCellconnectionNumber_By33(in
   CollectNeighbours(m_ppVirtualNode[i][kP].tag, work.sideP, m_pMarkP);
   CollectNeighbours(m_ppVirtualNode[i][kE].tag, work.sideE, m_pMarkE);
 
-  // From here on the marks are positions among the cells that stay; a dropped twin has none. The sides are
-  // part of the merged list: where that has no twins, they have none.
+  // From here on, marks are positions among the cells that stay; a dropped twin has position 0. The sides are parts
+  // of the merged list: if that has no twins, neither have they.
   if (DropTwins(work.merged, m_pMarkAll)) {
     DropTwins(work.sideP, m_pMarkP);
     DropTwins(work.sideE, m_pMarkE);
@@ -84,7 +83,7 @@ void CZynFaceRBFInternalObject::AppendToSide(int c, std::vector<int>& side, int*
   AppendOnce(c, side, marks);
 }
 
-// The cell tied to a virtual node and its neighbours; no cell (0) has none.
+// The cell tied to a virtual node and its neighbours. Cell 0, which stands for none, has no neighbours.
 void CZynFaceRBFInternalObject::CollectNeighbours(int c, std::vector<int>& side, int* marks) {
   AppendToSide(c, side, marks);
   int const* const row = m_ppRBFCell33Conn[c];

@@ -1,22 +1,20 @@
-// The other ways of placing virtual nodes and of collecting the cells around them. Nothing in the library
-// calls them.
+// Other ways to place virtual nodes and to collect the cells around them. Nothing in the library calls them.
 
 #include <algorithm>
 #include <cstddef>
 
 #include "foundation/DQVector.h"
 #include "foundation/Progress.h"
+#include "foundation/Status.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 
 namespace {
 
-constexpr int kDone = 0;
-
 constexpr double kFarthestPlane = 99999999.0;  // L
 constexpr double kParallel =
-    1e-6;  // of e1 . (e2 x D), L^2; a ray this close to a plane's direction misses it
+    1e-6;  // of e1 . (e2 x D), L^2; a ray this close to parallel to a plane misses it
 
 struct Triangle {
   DQVector v0, v1, v2;
@@ -35,8 +33,8 @@ DQVector Unit(DQVector const& v) {
   return {v.x / length, v.y / length, v.z / length};
 }
 
-// t of O + t D = V0 + u e1 + v e2 by Cramer's rule, with e1 = V1 - V0, e2 = V2 - V0. The plane counts and not
-// the triangle, so nobody asks for u and v.
+// t of O + t D = V0 + u e1 + v e2 by Cramer's rule, with e1 = V1 - V0, e2 = V2 - V0. A face counts as its whole
+// plane, so u and v are not needed.
 bool MeetsPlane(DQVector const& origin, DQVector const& direction, Triangle const& triangle, double& t) {
   DQVector const e1 = OffsetBetween(triangle.v0, triangle.v1);
   DQVector const e2 = OffsetBetween(triangle.v0, triangle.v2);
@@ -57,12 +55,13 @@ int CZynFaceRBFInternalObject::Set_VirtualNode_Coord_InCellPE(int faceType, int 
   m_ppVirtualNode[i][kP].SetData(at.x - backward * normal.x, at.y - backward * normal.y,
                                  at.z - backward * normal.z, pair[0]);
   DQVector e = PointOf(pair[1]);
-  if (faceType == kInnerFaces) e = Along(at, 0.5 * NearestPlane(pair[1], kInnerFaces, i, at, normal), normal);
+  if (faceType == static_cast<int>(FaceKind::Inner))
+    e = Along(at, 0.5 * NearestPlane(pair[1], faceType, i, at, normal), normal);
   m_ppVirtualNode[i][kE].SetData(e.x, e.y, e.z, pair[1]);
-  return kDone;
+  return Status::kDone;
 }
 
-// The way from a point to the nearest of the planes of an interior cell's faces, one face excepted.
+// The distance along a ray from a point to the nearest plane of an interior cell's faces, except one face.
 double CZynFaceRBFInternalObject::NearestPlane(int c, int skippedType, int skippedFace, DQVector const& from,
                                                DQVector const& along) {
   CZYN3DFiniteVolumeMesh const& mesh = *pMesh;
@@ -70,10 +69,12 @@ double CZynFaceRBFInternalObject::NearestPlane(int c, int skippedType, int skipp
   if (c < 1 || c > mesh.NInnerCells) return nearest;  // only interior cells have faces
   int const* const cellFaces = mesh.CellFace[c];
   for (int k = 1; k <= cellFaces[0]; ++k) {
-    int const type = FaceTypeOfCode(mesh.CellFaceType[c][k]);
+    FaceGroupMembers const* const group = GroupWithCode(mesh.CellFaceType[c][k]);
+    if (group == nullptr) continue;
+    FaceGroup const faces = FacesWithPoints(group->kind, mesh, pPartFace);
     int const f = cellFaces[k];
-    FaceGroup const faces = FacesOfType(type, mesh, pPartFace);
-    if (f < 1 || f > faces.count || (type == skippedType && f == skippedFace)) continue;
+    bool const isSkipped = f == skippedFace && group->kind == static_cast<FaceKind>(skippedType);
+    if (f < 1 || f > faces.count || isSkipped) continue;
     int const* const vertices = faces.nodes[f];
     double t = 0.0;
     Triangle const triangle = {VertexPoint(vertices[1]), VertexPoint(vertices[2]), VertexPoint(vertices[3])};
@@ -96,7 +97,7 @@ void CZynFaceRBFInternalObject::ClearAllMarks() {
   for (int* const marks : {m_pMarkAll, m_pMarkP, m_pMarkE}) std::fill_n(marks + 1, pMesh->NCell, 0);
 }
 
-// The cells around the vertices of a cell, the cell itself only as one of them.
+// The cells around the vertices of a cell. The cell itself enters only as one of these.
 void CZynFaceRBFInternalObject::CollectAroundVertices(int c, std::vector<int>& side, int* marks) {
   int const* const vertices = m_ppRBFlnods[c];
   if (vertices == nullptr) return;

@@ -1,17 +1,18 @@
-// The systems of faces and vertices of methods 1 to 3, and the rows of coefficients made of their solutions.
+// The interpolation to faces. The value at the target point F of face i is a weighted sum over its stencil,
+//   v_i = sum_k w_k phi_k,
+// with rows of weights that are derived once, at set-up, one method after the other below. Each of their systems is
+//   A w = b,   A_kl = kernel(|X_k - X_l|),   b_k = D kernel(|x - X_k|),   D one of d/dx, d/dy, d/dz, value:
+// see KernelSystem.h. FaceNodes.h says which nodes X and which kernel a system has.
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
-#include "foundation/DQKernel.h"
 #include "foundation/DQVector.h"
-#include "host/Zyn3dGV.h"
+#include "foundation/Status.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
+#include "rbf_face/FaceNodes.h"
 
 namespace {
-
-constexpr int kSuccess = 1;
 
 constexpr int kColumns = 4;  // of a solution with gradient and value: d/dx, d/dy, d/dz, value
 
@@ -24,41 +25,36 @@ void Add(double dx, double dy, double dz, IBCnode& sum) {
 
 }  // namespace
 
+// Methods 1 and 2: gradient and value at F from the cells of the stencil.
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
   int const* const stencil = m_ppFaceCellConn[i];
-  if (stencil == nullptr) return kSuccess;
+  if (stencil == nullptr) return Status::kSuccess;
   KernelSystem& system = work_.Get().faceSystem;
-  system.Clear();
-  for (int k = 1; k <= stencil[0]; ++k) system.Add(PointOf(stencil[k]));
-  double const* solution =
-      system.SolveForGradientAndValue(InterpolationDQKernel(Span, m_pFaceSupport[i]), Target(i));
-  for (int k = 1; k <= stencil[0]; ++k, solution += kColumns) {
-    m_ppFaceGradCoef[i][k].SetData(solution[0], solution[1], solution[2], i);
-    m_ppFaceFiCoef[i][k] = solution[3];
+  face_nodes::TakeStencil(*this, i, system);
+  double const* w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
+  for (int k = 1; k <= stencil[0]; ++k, w += kColumns) {
+    m_ppFaceGradCoef[i][k].SetData(w[0], w[1], w[2], i);
+    m_ppFaceFiCoef[i][k] = w[3];
   }
   AccumulateGradientReport(i);
-  return kSuccess;
+  return Status::kSuccess;
 }
 
-// With (g_n, w_n) the solution at node n of the face's system and u_vm the weights of the cells around vertex
-// v, the row at the position of a cell m is
+// Method 3: gradient and value at F from the face's two cells and its vertices. With (g_n, w_n) the solution at node
+// n and u_vm the weights of the cells m around vertex v, the row of a cell m is
 //   sum of u_vm (g_v, w_v) over the vertices v that m touches, plus (g_n, w_n) if m is node n = 1 or 2,
 // added up in this order.
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int i) {
-  int const* const stencil = m_ppFaceCellConn[i];
-  if (stencil == nullptr) return kSuccess;
-  int const* const vertices = m_ppFaceLnods[i];
+  if (m_ppFaceCellConn[i] == nullptr) return Status::kSuccess;
   KernelSystem& system = work_.Get().faceSystem;
-  system.Clear();
-  for (int k = 1; k <= 2; ++k) system.Add(PointOf(stencil[k]));
-  for (int j = 1; j <= vertices[0]; ++j) system.Add(VertexPoint(vertices[j]));
-  double const* const solution =
-      system.SolveForGradientAndValue(InterpolationDQKernel(Span, m_pFaceSupport[i]), Target(i));
+  face_nodes::TakePairAndVertices(*this, i, system);
+  double const* const w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
 
+  int const* const vertices = m_ppFaceLnods[i];
   IBCnode* const gradient = m_ppFaceGradCoef[i];
   double* const value = m_ppFaceFiCoef[i];
   for (int j = 1; j <= vertices[0]; ++j) {
-    double const* const ofVertex = solution + kColumns * (j + 1);
+    double const* const ofVertex = w + kColumns * (j + 1);
     double const* const u = VertexWeights(vertices[j]);
     int const* const positions = m_pFaceRows[i].m_ppRow[j];
     for (int m = 1; m <= positions[0]; ++m) {
@@ -68,61 +64,77 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int
     }
   }
   for (int k = 1; k <= 2; ++k) {
-    double const* const ofCell = solution + kColumns * (k - 1);
+    double const* const ofCell = w + kColumns * (k - 1);
     Add(ofCell[0], ofCell[1], ofCell[2], gradient[k]);
     value[k] += ofCell[3];
   }
   ++NFaceDone;
   AccumulateGradientReport(i);
-  return kSuccess;
+  return Status::kSuccess;
 }
 
-// Solved once per vertex while a walk over all faces keeps them. The largest error comes out as if every face
-// solved them again, since it rises on a strict comparison: the second time there is nothing to rise above.
-double const* CZynFaceRBFInternalObject::VertexWeights(int v) {
-  Work& work = work_.Get();
-  int const n = ppRBFiNodeConn[v][0];
-  if (work.vertexWeights == nullptr) {
-    work.cellWeights.resize(static_cast<std::size_t>(n) + 1);
-    DeriveFacefiBysolveDQfullMatrix_03(v, work.cellWeights.data());
-    return work.cellWeights.data();
-  }
-  double*& kept = work.vertexWeights[v];
-  if (kept == nullptr)
-    DeriveFacefiBysolveDQfullMatrix_03(v, GrowingRowTable<double>::MakeRow(work.vertexWeights, v, n));
-  return kept;
-}
-
-int CZynFaceRBFInternalObject::DeriveFacefiBysolveDQfullMatrix_03(int v, double* out) {
-  int const* const cells = ppRBFiNodeConn[v];
-  DQVector const at = VertexPoint(v);
-  KernelSystem& system = work_.Get().pointSystem;
-  system.Clear();
-  for (int k = 1; k <= cells[0]; ++k) system.Add(PointOf(cells[k]));
-  double const* const solution = system.SolveForValue(InterpolationDQKernel(Span, Reach(system, at)), at);
-  double sum = 0.0;
-  for (int k = 1; k <= cells[0]; ++k) {
-    out[k] = solution[k - 1];
-    sum += out[k];
-  }
-  double const error = std::fabs(sum - 1.0);
-  if (error > MAXerr) {
-    MAXerr = error;
-    MAXerrNodeID = v;
-  }
-  return kSuccess;
-}
-
-// The two cells' system on its own, its solution dropped.
-int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_Cell_PE(int i) {
-  int const* const stencil = m_ppFaceCellConn[i];
-  if (stencil == nullptr || stencil[0] < 2) return kSuccess;
+// Method 4: linear along the normal between the values at P and E. With u, v the weights of P and E, D = |P - E|:
+//   normal derivative: -u / D at the cells around P, + v / D at those around E;
+//   value:   u |F - E| / D at the cells around P, v |F - P| / D at those around E.
+// Where E is the ghost cell itself, the cell's own value stands for v in the derivative, and |F - E| is 0.
+int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_Virtual_Node(int i) {
+  if (m_ppFaceCellConn[i] == nullptr) return Status::kSuccess;
+  IBCnode const &p = m_ppVirtualNode[i][kP], &e = m_ppVirtualNode[i][kE];
   DQVector const at = Target(i);
-  KernelSystem& system = work_.Get().faceSystem;
-  system.Clear();
-  for (int k = 1; k <= 2; ++k) system.Add(PointOf(stencil[k]));
-  double const h =
-      std::max(Length(OffsetBetween(system.Node(0), at)), Length(OffsetBetween(system.Node(1), at)));
-  system.SolveForGradientAndValue(InterpolationDQKernel(Span, h), at);
-  return kSuccess;
+  double const distance = Length(OffsetBetween(e, p));
+  double const toE = Length(OffsetBetween(e, at));
+  double const toP = Length(OffsetBetween(p, at));
+  double const inverse = 1.0 / distance;
+  AddFromCells(i, kP, -inverse, toE / distance);
+  if (!IsBoundary(Kind())) {
+    AddFromCells(i, kE, inverse, toP / distance);
+  } else {
+    AddToCellBeyond(i, inverse);
+  }
+  ++NFaceDone;
+  AccumulateNormalReport(i);
+  return Status::kSuccess;
+}
+
+// The share of virtual node k at the cells around it.
+void CZynFaceRBFInternalObject::AddFromCells(int i, int k, double normalFactor, double valueFactor) {
+  int const* const positions = m_pFaceRows[i].m_ppRow[k];
+  double* const w = WeightsOf(positions[0]);
+  DeriveFacefiBysolveDQfullMatrix_Virtual03(false, i, k, w);
+  double* const normal = m_ppFaceDnCoef[i];
+  double* const value = m_ppFaceFiCoef[i];
+  for (int j = 1; j <= positions[0]; ++j) {
+    normal[positions[j]] += w[j] * normalFactor;
+    value[positions[j]] += w[j] * valueFactor;
+  }
+}
+
+// A second cell that was dropped as a twin of the first has no place in the row.
+void CZynFaceRBFInternalObject::AddToCellBeyond(int i, double normalCoefficient) {
+  constexpr int kCellBeyond = 2;  // position of the face's second cell
+  if (m_ppFaceCellConn[i][0] >= kCellBeyond) m_ppFaceDnCoef[i][kCellBeyond] += normalCoefficient;
+}
+
+// Nothing but loads, multiplies and adds, in the order of the stencil.
+int CZynFaceRBFInternalObject::Multiply_FaceRBFCoefficent(double* phi, double* faceValue, double* zero1,
+                                                          double* zero2, double* zero3) {
+  int const nFace = NFace;
+  if (nFace == 0) return Status::kDone;
+  for (double* const output : {faceValue, zero1, zero2, zero3})
+    std::fill(output + 1, output + nFace + 1, 0.0);
+
+  for (int i = 1; i <= nFace; ++i) {
+    int const* const stencil = m_ppFaceCellConn[i];
+    if (stencil == nullptr) continue;  // a method that builds none
+    double const* const w = m_ppFaceFiCoef[i];
+    int const n = stencil[0];
+    double value = 0.0;
+    for (int k = 1; k <= n; ++k) value += phi[stencil[k]] * w[k];
+    faceValue[i] = value;
+  }
+
+  // A caller that has one array for all outputs finds the zeros in it, which are written after the value.
+  for (double const* const zero : {zero1, zero2, zero3})
+    if (zero == faceValue) std::fill(faceValue + 1, faceValue + nFace + 1, 0.0);
+  return Status::kDone;
 }

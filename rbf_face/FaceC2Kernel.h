@@ -3,17 +3,16 @@
 #include "foundation/DQKernel.h"
 #include "foundation/DQVector.h"
 
-/// The kernel of the virtual nodes, the Wendland C2 function
+/// The kernel of the virtual nodes: the Wendland C2 function
 ///   kernel(s) = (1 - s)^4 (4 s + 1),   s = r / c,
 /// with the support radius c = span * h, h a length measured on the stencil.  @cite wendland1995
 ///
-/// Like InterpolationDQKernel it is taken without a test for the support, and nothing guards the division: h = 0
-/// gives NaN.
+/// As in InterpolationDQKernel, nothing tests for the support and nothing guards the division: h = 0 gives NaN.
 class FaceC2Kernel {
  public:
   FaceC2Kernel(double span, double h) : c_(span * h) {}
 
-  /// What a length is taken of.
+  /// The offset whose length is the kernel's argument.
   template <typename Number>
   DQVectorOf<Number> Scaled(DQVectorOf<Number> const& offset) const {
     return offset;

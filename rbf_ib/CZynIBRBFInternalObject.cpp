@@ -1,4 +1,4 @@
-// Construction, host objects, settings, the driver of the set-up and destruction of the interpolation to points.
+// Construction, host objects, the order of the set-up, settings, allocation and destruction of the point operator.
 
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 
@@ -9,9 +9,11 @@
 #include "foundation/GrowingRowTable.h"
 #include "foundation/HostObjects.h"
 #include "foundation/Progress.h"
+#include "foundation/Release.h"
 #include "foundation/RowTable.h"
 #include "foundation/SettingsFile.h"
 #include "foundation/SettingsText.h"
+#include "foundation/Status.h"
 #include "foundation/WithoutTraps.h"
 #include "foundation/ZeroedBlock.h"
 #include "host/ZYNKNCompParm.h"
@@ -20,30 +22,9 @@
 
 namespace {
 
-constexpr int kStored = 1;
-constexpr int kNotStored = -1;
-
 constexpr int kFormatNumber = 1002;
 constexpr int kFirstLineLimit = 255;
 constexpr double kDefaultDistanceInMeans = 2.0;
-
-template <typename T>
-void FreeArray(T*& array) {
-  FreeZeroedBlock(array);
-  array = nullptr;
-}
-
-template <typename T>
-void DeleteArray(T*& array) {
-  delete[] array;
-  array = nullptr;
-}
-
-template <typename T>
-void DeleteObject(T*& object) {
-  delete object;
-  object = nullptr;
-}
 
 }  // namespace
 
@@ -65,11 +46,11 @@ void CZynIBRBFInternalObject::ReleaseTables() {
   RowTable<int>::Destroy(ppRBFiNodeConn);
   DeleteArray(m_pIBNodeCellTable);
 
-  FreeArray(m_piCellToBlock);
-  FreeArray(m_piNodeKind);
-  FreeArray(m_piBlockToCell);
-  FreeArray(m_pIBSupportLength);
-  FreeArray(m_pIBTwoSeeds);
+  FreeZeroedArray(m_piCellToBlock);
+  FreeZeroedArray(m_piNodeKind);
+  FreeZeroedArray(m_piBlockToCell);
+  FreeZeroedArray(m_pIBSupportLength);
+  FreeZeroedArray(m_pIBTwoSeeds);
 
   DeleteObject(m_pADTree);
   DeleteArray(m_pIBCnode);
@@ -80,11 +61,7 @@ void CZynIBRBFInternalObject::ReleaseTables() {
 
 int CZynIBRBFInternalObject::getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP,
                                         CZYN3DFiniteVolumeMesh* pMesh) {
-  if (Receive(pGV, m_pGV, ErrorMsg, kNoGlobals) != kStored) return kNotStored;
-  ReceiveAccelerator(pGPU, m_pGVGPU, m_GPUHead);
-  ReceiveIfGiven(pOpenMP, m_pGVOpenMP);
-  ReceiveIfGiven(pMesh, m_pMesh);
-  return kStored;
+  return ReceiveMesh(pGV, pGPU, pOpenMP, pMesh, {m_pGV, m_pGVGPU, m_GPUHead, m_pGVOpenMP, m_pMesh}, ErrorMsg);
 }
 
 int CZynIBRBFInternalObject::getPartitionFace(CPartitionFace_DLL* pPartFace) {
@@ -97,7 +74,7 @@ int CZynIBRBFInternalObject::getCommunication(CCommunication* pComm) {
 
 int CZynIBRBFInternalObject::SetZYNKNCMP(CZYNKNCMPCompParm* pKNCMP) {
   ReceiveIfGiven(pKNCMP, m_pKNCMP);
-  return kStored;
+  return Status::kSuccess;
 }
 
 int CZynIBRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int nIB, double* x, double* y,
@@ -122,11 +99,10 @@ int CZynIBRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int
   DeriveAllPoints(x, y, z);
   PrintFlushed("DeriveIBCoefficentBysolveDQfullMatrix ok\n");
   PrintDebugMessage(x, y, z);
-  return 0;
+  return Status::kDone;
 }
 
-// Back to what the constructor leaves, the host objects excepted: a body that moved is set up as if it were the
-// first.
+// Back to what the constructor leaves, except for the host objects: a body that moved is set up like the first.
 void CZynIBRBFInternalObject::ResetForNewSetUp() {
   ReleaseTables();
   iSearch_method = 3;
@@ -160,27 +136,22 @@ int CZynIBRBFInternalObject::Initialize_IB_memory_allocate(int nIB) {
   m_piNodeKind = NewZeroedArray<int>(nCell);
   m_CellLocalID.Create(nCell, 0);
   m_NodeLocalID.Create(m_pMesh->NNode, 0);
-  return 0;
+  return Status::kDone;
 }
 
 int CZynIBRBFInternalObject::ReadRBFbackdoorfile() {
-  char distance[512];  // 309 digits before the point are the most
+  char distance[512];  // a double has at most 309 digits before the point
   FormatText(distance, sizeof(distance), "Search_distance   = %lf\n", kDefaultDistanceInMeans * MeanDistance);
-  SettingsFile::Prepare(RBFFileName, kFormatNumber, kFirstLineLimit,
-                        {"1002\n", "Span              = 500\n", "iSearch_method    = 3\n", distance,
-                         "Search_number     = 20\n"});
-  SettingsFile file(RBFFileName);
-  if (!file.IsOpen()) return 0;
-  file.ReadLine();  // the format number
-  file.ReadLine();
-  Span = file.Real();
-  file.ReadLine();
-  iSearch_method = file.Integer();
-  file.ReadLine();
-  Search_distance = file.Real();
-  file.ReadLine();
-  Search_number = file.Integer();
-  return 0;
+  SettingsFile file(RBFFileName, {kFormatNumber,
+                                  kFirstLineLimit,
+                                  {"1002\n", "Span              = 500\n", "iSearch_method    = 3\n", distance,
+                                   "Search_number     = 20\n"}});
+  if (!file.IsOpen()) return Status::kDone;
+  Span = file.NextReal();
+  iSearch_method = file.NextInteger();
+  Search_distance = file.NextReal();
+  Search_number = file.NextInteger();
+  return Status::kDone;
 }
 
 int CZynIBRBFInternalObject::ReadRBFbackdoorfile_DLL() {
@@ -189,7 +160,7 @@ int CZynIBRBFInternalObject::ReadRBFbackdoorfile_DLL() {
   Search_distance = m_pKNCMP->getIBRBFParm()->Search_distance;
   if (0.0 > Search_distance) Search_distance = kDefaultDistanceInMeans * MeanDistance;
   Search_number = m_pKNCMP->getIBRBFParm()->Search_number;
-  return 0;
+  return Status::kDone;
 }
 
 int CZynIBRBFInternalObject::ChangeFileName(char* result, char const* extension, char* name) {

@@ -1,11 +1,13 @@
-// Where the cell numbers stand, which cells are around a node, and the search tree of the usable cells.
+// Where the cell numbers stand, which cells are around a mesh node, and the search tree of the usable cells.
 
 #include <algorithm>
 #include <vector>
 
 #include "foundation/CellPositions.h"
+#include "foundation/FaceGroups.h"
 #include "foundation/NodeCellRows.h"
 #include "foundation/RowTable.h"
+#include "foundation/Status.h"
 #include "foundation/ZeroedBlock.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
@@ -25,26 +27,24 @@ int CZynIBRBFInternalObject::SetIBNodeCollation() {
   Xmin = extent.box.xmin, Ymin = extent.box.ymin, Zmin = extent.box.zmin;
   MeanDistance = extent.meanDistance;
   m_pADTree->SetADTreeRange(Xmax, Ymax, Zmax, Xmin, Ymin, Zmin, 1, 10000, 200000);
-  PlaceCells(*m_pMesh, *m_pPartFace, [this](int c, double x, double y, double z, CellKind kind) {
+  PlaceCells(*m_pMesh, *m_pPartFace, [this](int c, double x, double y, double z, FaceKind kind) {
     m_pIBCnode[c].SetData(x, y, z, c);
     m_piNodeKind[c] = static_cast<int>(kind);
   });
   MarkBoundaryNodes();
-  return 1;
+  return Status::kSuccess;
 }
 
-// Symmetry and partition faces are left out on purpose.
+// Nodes that only symmetry or partition faces have are not marked: the rows of cells around nodes are defined so.
 void CZynIBRBFInternalObject::MarkBoundaryNodes() {
   m_bBoundaryNode.Create(m_pMesh->NNode, false);
-  auto const markNodes = [this](int nFace, int* const* faceNodes) {
-    for (int f = 1; f <= nFace; ++f) {
-      int const* const nodes = faceNodes[f];
+  for (FaceKind const kind : {FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet}) {
+    FaceGroup const faces = FacesOf(kind, *m_pMesh);
+    for (int f = 1; f <= faces.count; ++f) {
+      int const* const nodes = faces.nodes[f];
       for (int k = 1; k <= nodes[0]; ++k) m_bBoundaryNode[nodes[k]] = true;
     }
-  };
-  markNodes(m_pMesh->NWall, m_pMesh->ijWallLnods);
-  markNodes(m_pMesh->NInlet, m_pMesh->ijInletLnods);
-  markNodes(m_pMesh->NOutlet, m_pMesh->ijOutletLnods);
+  }
 }
 
 int CZynIBRBFInternalObject::Create_ppRBFiNodeConn(double* pCellMark) {
@@ -52,7 +52,7 @@ int CZynIBRBFInternalObject::Create_ppRBFiNodeConn(double* pCellMark) {
   ppRBFiNodeConn = CreateNodeCellRows(
       *m_pMesh, [this](int node) { return m_bBoundaryNode[node]; },
       [pCellMark](int c) { return IsUsable(pCellMark[c]); });
-  return 0;
+  return Status::kDone;
 }
 
 int CZynIBRBFInternalObject::SetIBADTress(double* pCellMark) {
@@ -70,5 +70,5 @@ int CZynIBRBFInternalObject::SetIBADTress(double* pCellMark) {
   FreeZeroedBlock(m_piBlockToCell);
   m_piBlockToCell = NewZeroedArray<int>(static_cast<int>(cellOf.size()) - 1);
   std::copy(cellOf.begin(), cellOf.end(), m_piBlockToCell);
-  return 0;
+  return Status::kDone;
 }

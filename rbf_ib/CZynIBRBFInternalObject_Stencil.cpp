@@ -8,6 +8,7 @@
 #include "foundation/DQVector.h"
 #include "foundation/GrowingBoxSearch.h"
 #include "foundation/GrowingRowTable.h"
+#include "foundation/Status.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "rbf_ib/SearchMethod.h"
@@ -20,12 +21,12 @@ constexpr double kSeedTolerance = 1e-6;  // L
 
 }  // namespace
 
-/// The search for the cells around points; the arrays grow to the fullest cube and are used again.
+/// What a search found around a point. The arrays grow to the fullest cube and are used again.
 struct CZynIBRBFInternalObject::Candidates {
   std::vector<DQVector> positions;  // by identity
-  BoundingBox bounds;               // no cube needs to be larger than what covers them
-  std::vector<int> ids;             // of what the last cube holds
-  std::vector<double> distances;    // from the point to their cells' positions, L
+  BoundingBox bounds;               // of the positions; a cube that covers them holds all cells
+  std::vector<int> ids;             // of the cells in the last cube
+  std::vector<double> distances;    // from the point to their positions, L
   ShortenedSort sort;
 
   explicit Candidates(CZynIBRBFInternalObject const& object) {
@@ -46,7 +47,7 @@ struct CZynIBRBFInternalObject::Candidates {
   /// Entries of the tree.
   int NEntry() const { return static_cast<int>(positions.size()) - 1; }
 
-  /// The answer's array is the tree's and changes with the next search, so it is copied.
+  /// Copies an answer, since its array belongs to the tree and changes with the next search.
   void Take(GrowingBoxSearch::Answer const& found, DQVector const& p) {
     std::size_t const n = static_cast<std::size_t>(found.count);
     ids.assign(found.ids, found.ids + n);
@@ -58,7 +59,7 @@ struct CZynIBRBFInternalObject::Candidates {
   void Sort(int nWanted) { sort.Sort(ids.data(), distances.data(), Count(), nWanted); }
 };
 
-/// The cells and nodes of a stencil in the order in which they are met; used again.
+/// The cells and nodes of a stencil in the order in which they are met. The arrays are used again.
 struct CZynIBRBFInternalObject::StencilWork {
   std::vector<int> cells, nodes;
 };
@@ -67,7 +68,7 @@ int CZynIBRBFInternalObject::SearchIBADTress(double* x, double* y, double* z, in
                                              double /*dDistance*/, int iNumber) {
   if (iMethod == kWholeCube || iMethod == kNearest) Search_by_Node_control(x, y, z, iMethod, iNumber);
   if (iMethod == kByTopology) Search_by_Topology_control(x, y, z);
-  return 0;
+  return Status::kDone;
 }
 
 void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, double* z, int iMethod,
@@ -109,8 +110,8 @@ void CZynIBRBFInternalObject::Search_by_Topology_control(double* x, double* y, d
   }
 }
 
-// The difference has its sign, and the first of the two may be the farther one (see Dis_Sorting), so a single
-// seed among several candidates is the farther one. On purpose.
+// The difference has its sign, and the first of the two may be the farther one (see Dis_Sorting): if several
+// candidates leave a single seed, it is the farther one. The stencils of method 3 are defined so.
 int CZynIBRBFInternalObject::ChooseSeeds(int i, Candidates const& candidates) {
   std::vector<double> const& distances = candidates.distances;
   int const n = candidates.Count();
@@ -142,15 +143,15 @@ void CZynIBRBFInternalObject::ClearLocalNumbers() {
   m_NodeLocalID.Assign(0);
 }
 
-// All that CollectStencil numbered for point i, and so all that is not zero after it.
+// Everything that CollectStencil numbered for point i; all other numbers are zero.
 void CZynIBRBFInternalObject::ClearLocalNumbersOf(int i) {
   int const *const cells = m_ppIBConn[i], *const nodes = m_ppIBNodeConn[i];
   for (int k = 1; k <= cells[0]; ++k) m_CellLocalID[cells[k]] = 0;
   for (int k = 1; k <= nodes[0]; ++k) m_NodeLocalID[nodes[k]] = 0;
 }
 
-// One ring around the seeds, by nodes: the seeds, then the usable cells around each of their nodes, all in the
-// order in which they are met.
+// One ring of cells around the seeds: the seeds, then the usable cells around each of their nodes, in the order in
+// which they are met.
 int CZynIBRBFInternalObject::CollectStencil(int i, int nSeed, int const* seeds, StencilWork& work) {
   std::vector<int>& cells = work.cells;
   std::vector<int>& nodes = work.nodes;
@@ -163,7 +164,7 @@ int CZynIBRBFInternalObject::CollectStencil(int i, int nSeed, int const* seeds, 
   for (int s = 0; s < nSeed; ++s) number(m_CellLocalID, cells, seeds[s]);
   for (int s = 0; s < nSeed; ++s) {
     int const* const seedNodes = m_pMesh->CellLnods[seeds[s]];
-    // Meshes need not have rows for ghost and halo cells.
+    // A mesh need not have rows of nodes for ghost and halo cells.
     int const nNode = seedNodes == nullptr ? 0 : m_pMesh->CellLnodsNumber[seeds[s]];
     for (int k = 1; k <= nNode; ++k)
       if (m_NodeLocalID[seedNodes[k]] == 0) number(m_NodeLocalID, nodes, seedNodes[k]);
@@ -180,7 +181,7 @@ int CZynIBRBFInternalObject::CollectStencil(int i, int nSeed, int const* seeds, 
   return n;
 }
 
-// The nodes of point i, and for each of them the stencil positions of the cells around it.
+// The mesh nodes of point i, and for each of them the stencil positions of the cells around it.
 void CZynIBRBFInternalObject::StoreNodes(int i, std::vector<int> const& nodes) {
   int const nNode = static_cast<int>(nodes.size());
   int* const row = GrowingRowTable<int>::MakeRow(m_ppIBNodeConn, i, nNode);

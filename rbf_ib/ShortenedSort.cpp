@@ -29,7 +29,7 @@ void ShortenedSort::Sort(int* ids, double* distances, int n, int nWanted) {
   double const last = distances[n - 1];
   bool const smallestIsLast =
       std::all_of(distances, distances + n - 1, [last](double d) { return d > last; });
-  // The first two always, as they may have to change places.
+  // At least the first two, since they may have to change places.
   complete_.SortNearest(ids, distances, n, std::clamp(nWanted, kLargestUnsorted, n));
   if (!smallestIsLast) return;
   std::swap(distances[0], distances[1]);

@@ -6,9 +6,9 @@
 
 namespace reference_host {
 
-/// Reads a mesh in any of the formats: a Gmsh file *.msh, a CGNS file *.cgns, an OpenFOAM polyMesh folder or a folder that has
-/// one in constant/polyMesh or polyMesh. Throws MeshError for anything else. The mesh returned still has to
-/// pass CheckMesh.
+/// Reads a mesh in any of the supported formats: a Gmsh file *.msh, a CGNS file *.cgns, an OpenFOAM polyMesh
+/// folder, or a folder that contains one as constant/polyMesh or polyMesh. Throws MeshError for anything
+/// else. Pass the result to CheckMesh before you use it.
 FaceMesh ReadMesh(std::string const& path);
 
 }  // namespace reference_host

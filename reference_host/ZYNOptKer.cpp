@@ -1,6 +1,6 @@
 #include "host/ZYNOptKer.h"
 
-// Boost's own headers include headers that it calls deprecated; the note about that is of no use here.
+// Boost's own headers include deprecated ones and would warn about it.
 #define BOOST_ALLOW_DEPRECATED_HEADERS
 
 #include <algorithm>
@@ -20,17 +20,17 @@ namespace bgi = boost::geometry::index;
 using Corner = bg::model::point<double, 3, bg::cs::cartesian>;
 using Box = bg::model::box<Corner>;
 using Entry = std::pair<Box, int>;
-// 16 boxes to a node. The split rule only matters for boxes added after a search: the first ones are
+// 16 boxes per node. The split rule matters only for boxes added after a search, since the first ones are
 // bulk-loaded.
 using RTree = bgi::rtree<Entry, bgi::quadratic<16>>;
 
-// The tree's build measures boxes by length and volume, which must stay finite. No mesh comes near this
-// bound, and since clamping keeps the order of coordinates, no box that meets the query is lost.
+// Building the tree computes lengths and volumes of boxes, which must stay finite. No mesh comes near this
+// bound. Clamping keeps the order of coordinates, so no box that intersects the query is lost.
 constexpr double kLargest = 1e100;
 
 double Clamp(double x) { return std::clamp(x, -kLargest, kLargest); }
 
-// False for an inverted box and for one with a NaN: such a box has no point that it could share with another.
+// False for an inverted box and for one with a NaN, neither of which contains a point.
 bool IsBox(double xlow, double ylow, double zlow, double xhigh, double yhigh, double zhigh) {
   return xlow <= xhigh && ylow <= yhigh && zlow <= zhigh;
 }
@@ -50,8 +50,8 @@ struct CZYNOptKer::Tree {
   void TakeIn();
 };
 
-// Bulk loading packs the nodes tightly and costs one sort, so the boxes wait for the first search. A few late
-// boxes go in one by one; many late boxes are worth a new bulk load.
+// Bulk loading packs the nodes tightly and costs one sort, so the boxes are collected until the first search.
+// A few later boxes are inserted one by one; for many, the tree is bulk-loaded anew.
 void CZYNOptKer::Tree::TakeIn() {
   if (added.empty()) return;
   bool const few = added.size() < boxes.size() / 4;
@@ -60,7 +60,7 @@ void CZYNOptKer::Tree::TakeIn() {
   } else if (boxes.empty()) {
     boxes = RTree(added.begin(), added.end());
   } else {
-    // Built aside, so that nothing changes if memory runs out.
+    // Build a second tree first, so that nothing changes if memory runs out.
     std::vector<Entry> all(boxes.begin(), boxes.end());
     all.insert(all.begin(), added.begin(), added.end());
     boxes = RTree(all.begin(), all.end());
@@ -69,7 +69,7 @@ void CZYNOptKer::Tree::TakeIn() {
   added.shrink_to_fit();
 }
 
-// std::make_shared would bring in a unique symbol and keep the library from being unloaded.
+// Not std::make_shared: its unique symbol would keep the library from being unloaded.
 CZYNOptKer::CZYNOptKer() : tree_(new Tree) {}
 
 CZYNOptKer::~CZYNOptKer() = default;

@@ -8,6 +8,7 @@
 
 #include "cli/check/CheckCells.h"
 #include "cli/check/CheckFindings.h"
+#include "foundation/FaceGroups.h"
 #include "reference_host/mesh/Vector3.h"
 
 namespace zyngrad {
@@ -24,15 +25,6 @@ using reference_host::Sum;
 
 constexpr double kDegreesPerRadian = 57.295779513082320877;
 
-/// One group of boundary faces, [1..count].
-struct BoundaryFaces {
-  int count;
-  int const* cell;
-  double const *sx, *sy, *sz;
-
-  Point Area(int f) const { return {sx[f], sy[f], sz[f]}; }
-};
-
 class CellShapes {
  public:
   explicit CellShapes(HostPartition& partition)
@@ -43,14 +35,9 @@ class CellShapes {
 
   std::vector<CheckedSystem> Measure() {
     for (int c = 1; c <= mesh_.NInnerCells; ++c) Describe(c);
-    AddInnerFaces();
-    AddPartitionFaces();
-    auto const& m = mesh_;
-    AddBoundary({m.NInlet, m.ijInletCV, m.ijInletSx, m.ijInletSy, m.ijInletSz}, kIsAtBoundary);
-    AddBoundary({m.NOutlet, m.ijOutletCV, m.ijOutletSx, m.ijOutletSy, m.ijOutletSz}, kIsAtBoundary);
-    AddBoundary({m.NWall, m.ijWallCV, m.ijWallSx, m.ijWallSy, m.ijWallSz}, kIsAtBoundary);
-    AddBoundary({m.NSymmetry, m.ijSymmetryCV, m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz},
-                kIsAtBoundary | kIsBesideSymmetry);
+    AddBetween(FacesOf(FaceKind::Inner, mesh_));
+    AddBetween(PartitionFaces(*partition_.partitionFaces(), mesh_));
+    for (FaceKind const kind : face_groups::kLeastSquaresBoundary) AddBoundary(FacesOf(kind, mesh_));
     for (int c = 1; c <= mesh_.NInnerCells; ++c) Judge(c);
     return std::move(cells_);
   }
@@ -66,19 +53,27 @@ class CellShapes {
     cell.volume = mesh_.Volume[c];
   }
 
+  static Point AreaOf(FaceGroup const& faces, int f) { return {faces.sx[f], faces.sy[f], faces.sz[f]}; }
+
   void AddArea(int c, Point const& area) {
     if (c <= mesh_.NInnerCells) surface_[static_cast<std::size_t>(c) - 1] += Length(area);
   }
 
+  void AddBetween(FaceGroup const& faces) {
+    for (int f = 1; f <= faces.count; ++f) AddBetween(faces, f);
+  }
+
   // With d the vector between the centres: non-orthogonality is the angle between d and the area vector,
   // skewness |x_f - x_i| / |d| with x_i the place on d for which the face value is interpolated.
-  void AddBetween(int cv, int other, Point const& area, Point const& centre, double lamda) {
+  void AddBetween(FaceGroup const& faces, int f) {
+    int const cv = faces.cv[f], other = faces.other[f];
+    Point const area = AreaOf(faces, f), centre = {faces.xc[f], faces.yc[f], faces.zc[f]};
     Point const d = Difference(Centre(other), Centre(cv));
     double const distance = Length(d);
     // Two centres in one place have no direction; their signed zeros would give one of 0 or 180 degrees.
     double const sine = Length(Cross(d, area)), cosine = Dot(d, area);
     double const angle = distance > 0.0 ? std::atan2(sine, cosine) * kDegreesPerRadian : 0.0;
-    Point const interpolated = Sum(Centre(cv), Scaled(lamda, d));
+    Point const interpolated = Sum(Centre(cv), Scaled(faces.weight[f], d));
     double const skewness = distance > 0.0 ? Length(Difference(centre, interpolated)) / distance
                                            : std::numeric_limits<double>::infinity();
     for (int const c : {cv, other}) {
@@ -90,26 +85,11 @@ class CellShapes {
     }
   }
 
-  void AddInnerFaces() {
-    auto const& m = mesh_;
-    for (int f = 1; f <= m.NInnerFaces; ++f) {
-      AddBetween(m.ijCV[f], m.ij[f], {m.ijSx[f], m.ijSy[f], m.ijSz[f]}, {m.ijxc[f], m.ijyc[f], m.ijzc[f]},
-                 m.Lamda[f]);
-    }
-  }
-
-  void AddPartitionFaces() {
-    CPartitionFace_DLL& p = *partition_.partitionFaces();
-    for (int f = 1; f <= p.NParInterFace(); ++f) {
-      AddBetween(p.ijParCV()[f], p.ijPar()[f], {p.ijParSx()[f], p.ijParSy()[f], p.ijParSz()[f]},
-                 {p.ijParxc()[f], p.ijParyc()[f], p.ijParzc()[f]}, p.ParInterFace_Lamda()[f]);
-    }
-  }
-
-  void AddBoundary(BoundaryFaces const& faces, std::uint32_t findings) {
+  void AddBoundary(FaceGroup const& faces) {
+    bool const isSymmetry = faces.kind == FaceKind::Symmetry;
     for (int f = 1; f <= faces.count; ++f) {
-      Cell(faces.cell[f]).findings |= findings;
-      AddArea(faces.cell[f], faces.Area(f));
+      Cell(faces.cv[f]).findings |= isSymmetry ? kIsAtBoundary | kIsBesideSymmetry : kIsAtBoundary;
+      AddArea(faces.cv[f], AreaOf(faces, f));
     }
   }
 

@@ -9,12 +9,13 @@
 #include "cli/base/StdoutToFile.h"
 #include "cli/check/CheckFindings.h"
 #include "cli/check/SystemChecks.h"
-#include "cli/gradient/LeastSquaresCheck.h"
 #include "cli/operators/InitializeGradient.h"
 #include "cli/operators/WireOperator.h"
 #include "cli/systems/CellStencil.h"
 #include "cli/systems/ConditionEstimate.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/GradientTypes.h"
+#include "gradient/NormalEquations.h"
 
 namespace zyngrad {
 namespace {
@@ -87,25 +88,20 @@ void CheckCellStencils(HostPartition& partition, RadialBasisSettings const& sett
   });
 }
 
-// The elimination of [xx xy xz; xy yy yz; xz yz zz], operation by operation as the operator has it.
 void CheckPivots(COperatorGradient const& op, std::vector<CheckedSystem>& cells) {
   COperatorGradientImpl const& moments = *op.m_pImpl;
   for (std::size_t c = 1; c <= cells.size(); ++c) {
     std::uint32_t& findings = cells[c - 1].findings;
-    double const xx = moments.m_pSxx[c], xy = moments.m_pSxy[c], xz = moments.m_pSxz[c];
-    double const yy = moments.m_pSyy[c], yz = moments.m_pSyz[c], zz = moments.m_pSzz[c];
-    if (LeastSquaresStopsAt(xx, xy, yy)) {
+    normal_equations::Matrix<double> const m{moments.m_pSxx[c], moments.m_pSxy[c], moments.m_pSxz[c],
+                                             moments.m_pSyy[c], moments.m_pSyz[c], moments.m_pSzz[c]};
+    if (HasZeroPivot(m)) {
       findings |= kHasZeroPivot;
       continue;
     }
-    double const yFactor = xy / xx, zFactor = xz / xx;
-    double const yPivot = yy - yFactor * xy;
-    double const yz2 = yz - yFactor * xz;
-    double const zy2 = yz - zFactor * xy;
-    double const zPivot = (zz - zFactor * xz) - (zy2 / yPivot) * yz2;
+    double const yPivot = SecondPivot(m), zPivot = LastPivot(m);
     if (zPivot == 0.0)
       findings |= kHasZeroLastPivot;
-    else if (std::fabs(yPivot) < kTinyPivot * yy || std::fabs(zPivot) < kTinyPivot * zz)
+    else if (std::fabs(yPivot) < kTinyPivot * m.yy || std::fabs(zPivot) < kTinyPivot * m.zz)
       findings |= kHasTinyPivot;
   }
 }

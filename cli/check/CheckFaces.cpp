@@ -21,7 +21,7 @@ constexpr int kByVertices = 3;  // search method
 /// Checks the faces of a group one by one.
 class FaceChecks {
  public:
-  FaceChecks(HostPartition& partition, FaceGroup group, InterpolationSettings const& settings)
+  FaceChecks(HostPartition& partition, FaceKind group, InterpolationSettings const& settings)
       : partition_(partition), group_(group), systems_(partition, group, settings), op_(systems_.op()) {}
 
   int count() const { return systems_.faces().count; }
@@ -43,10 +43,10 @@ class FaceChecks {
  private:
   CheckedSystem Describe(int f) const {
     auto const number = [this](int c) { return partition_.globalCell()[static_cast<std::size_t>(c)]; };
-    FacesOfGroup const& faces = systems_.faces();
+    TargetedFaces const& faces = systems_.faces();
     auto const [x, y, z] = faces.Target(f);
     CheckedSystem face;
-    face.number = number(faces.cell[f]);
+    face.number = number(faces.cv[f]);
     face.other = number(faces.other[f]);
     if (face.other > 0 && face.other < face.number) std::swap(face.number, face.other);
     face.at[0] = x, face.at[1] = y, face.at[2] = z;
@@ -90,14 +90,14 @@ class FaceChecks {
   }
 
   HostPartition& partition_;
-  FaceGroup group_;
+  FaceKind group_;
   FaceSystems systems_;
   CZynFaceRBFInternalObject& op_;
 };
 
 }  // namespace
 
-std::vector<CheckedSystem> CheckFaces(HostPartition& partition, FaceGroup group,
+std::vector<CheckedSystem> CheckFaces(HostPartition& partition, FaceKind group,
                                       InterpolationSettings const& settings, std::string const& logFile) {
   StdoutToFile const log(logFile);
   std::cout << NameOf(group) << " faces" << std::endl;

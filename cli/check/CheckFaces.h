@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "cli/check/CheckedSystem.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/options/InterpolationSettings.h"
 #include "reference_host/partition/HostPartition.h"
 
@@ -16,7 +16,7 @@ namespace zyngrad {
 /// Method 4 solves a system on each side of a face between two cells; the worse one counts. On boundary faces it
 /// computes no values, its weights of the value are 0, and only the slope along the normal is checked.
 /// @param[in] logFile  receives what the operator prints
-std::vector<CheckedSystem> CheckFaces(reference_host::HostPartition& partition, FaceGroup group,
+std::vector<CheckedSystem> CheckFaces(reference_host::HostPartition& partition, FaceKind group,
                                       InterpolationSettings const& settings, std::string const& logFile);
 
 }  // namespace zyngrad

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "gradient/GradientTypes.h"
+
 namespace zyngrad {
 namespace {
 

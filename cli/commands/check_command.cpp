@@ -19,7 +19,7 @@
 #include "cli/check/CheckSummary.h"
 #include "cli/commands/check_help.h"
 #include "cli/commands/commands.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
 #include "cli/gradient/MethodOption.h"
 #include "cli/options/InterpolationOptions.h"
@@ -70,7 +70,7 @@ class CheckCommand : public Command {
   double SpanOr(double standard) const;
 
   CheckResult CheckAllCells(CommandRun& run);
-  CheckResult CheckFaceGroup(CommandRun& run, FaceGroup group) const;
+  CheckResult CheckFaceGroup(CommandRun& run, FaceKind group) const;
   CheckResult CheckPointSet(CommandRun& run);
   ordered_json Question() const;
 
@@ -82,7 +82,7 @@ class CheckCommand : public Command {
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
   CellCheckCase cellCase_;
-  std::vector<FaceGroup> faceGroups_;
+  std::vector<FaceKind> faceGroups_;
   std::optional<Expression> body_;
   InterpolationSettings faceSettings_, pointSettings_;
 
@@ -97,7 +97,7 @@ CLI::App* CheckCommand::AddTo(CLI::App& program) {
   AddMeshOptions(*command, meshOptions_);
   AddMethodOptions(*command);
   AddRepeatableOption(*command, "--group-faces", faceGroupNames_,
-                      help::kGroupFaces + FaceGroupNames() + "; may be repeated")
+                      help::kGroupFaces + FaceKindNames() + "; may be repeated")
       ->type_name("GROUP");
   command->add_option("--points", pointsFile_, help::kPoints)->type_name("FILE.csv");
   command->add_option("--body", bodyText_, help::kBody)->type_name("EXPR");
@@ -126,8 +126,8 @@ void CheckCommand::ChooseMethods() {
 
 void CheckCommand::ChooseFaces() {
   for (std::string const& name : faceGroupNames_) {
-    std::optional<FaceGroup> const group = FaceGroupFromName(name);
-    if (!group) throw UsageError("--group-faces " + Quoted(name) + ": expected " + FaceGroupNames());
+    std::optional<FaceKind> const group = FaceKindFromName(name);
+    if (!group) throw UsageError("--group-faces " + Quoted(name) + ": expected " + FaceKindNames());
     if (std::find(faceGroups_.begin(), faceGroups_.end(), *group) == faceGroups_.end())
       faceGroups_.push_back(*group);
   }
@@ -159,7 +159,7 @@ CheckResult CheckCommand::CheckAllCells(CommandRun& run) {
   return {"cells", "cells", CellFindings(cellCase_.methods), SummariseCheck(run.ranks(), cells_)};
 }
 
-CheckResult CheckCommand::CheckFaceGroup(CommandRun& run, FaceGroup group) const {
+CheckResult CheckCommand::CheckFaceGroup(CommandRun& run, FaceKind group) const {
   if (faceSettings_.method == kMethodByNodes)
     PrintLongRowWarning(run.ranks(), run.partition(), nullptr, "--face-method 2");
   std::vector<CheckedSystem> faces;
@@ -194,7 +194,7 @@ ordered_json CheckCommand::Question() const {
   json["span"] = cellCase_.radialBasis.span;
   json["shapeNormalize"] = shapeNormalize_;
   json["faceGroups"] = ordered_json::array();
-  for (FaceGroup const group : faceGroups_) json["faceGroups"].push_back(NameOf(group));
+  for (FaceKind const group : faceGroups_) json["faceGroups"].push_back(NameOf(group));
   if (!faceGroups_.empty()) json["faces"] = InterpolationSettingsAsJson(faceSettings_);
   json["points"] = pointsFile_.empty() ? ordered_json(nullptr) : ordered_json(pointsFile_);
   json["body"] = bodyText_.empty() ? ordered_json(nullptr) : ordered_json(bodyText_);
@@ -208,7 +208,7 @@ void CheckCommand::Compute(CommandRun& run) {
 
   run.progress().Stage("checking cells");
   results_.push_back(CheckAllCells(run));
-  for (FaceGroup const group : faceGroups_) {
+  for (FaceKind const group : faceGroups_) {
     run.progress().Stage("checking " + NameOf(group) + " faces");
     results_.push_back(CheckFaceGroup(run, group));
   }

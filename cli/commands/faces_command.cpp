@@ -13,9 +13,9 @@
 #include "cli/commands/faces_help.h"
 #include "cli/faces/FaceErrors.h"
 #include "cli/faces/FaceFiles.h"
-#include "cli/faces/FaceGroup.h"
 #include "cli/faces/FaceReport.h"
 #include "cli/faces/FaceRun.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
 #include "cli/field/TestField.h"
 #include "cli/options/InterpolationOptions.h"
@@ -47,9 +47,9 @@ class FacesCommand : public Command {
   bool HasFaults() const override { return !results_.whyNotFinite.empty(); }
 
   void ChooseFaces(std::string const& name);
-  void CheckThatThereAreFaces(Ranks const& ranks, FacesOfGroup const& faces) const;
-  void Interpolate(CommandRun& run, FacesOfGroup const& faces);
-  void Summarise(CommandRun& run, FacesOfGroup const& faces, FaceRun const& faceRun, double meanDistance);
+  void CheckThatThereAreFaces(Ranks const& ranks, TargetedFaces const& faces) const;
+  void Interpolate(CommandRun& run, TargetedFaces const& faces);
+  void Summarise(CommandRun& run, TargetedFaces const& faces, FaceRun const& faceRun, double meanDistance);
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
@@ -58,7 +58,7 @@ class FacesCommand : public Command {
   bool debugReport_ = false;
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
-  std::optional<FaceGroup> group_;
+  std::optional<FaceKind> group_;
   std::optional<Expression> field_;
   InterpolationSettings settings_;
 
@@ -72,7 +72,7 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
   CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
   command->get_option("--group")
-      ->description(help::kGroup + FaceGroupNames() + help::kGroupOfBoundary)
+      ->description(help::kGroup + FaceKindNames() + help::kGroupOfBoundary)
       ->type_name("GROUP or NAME=inlet|outlet|wall|symmetry")
       ->required();
   command->add_option("--field", fieldText_, help::kField)->type_name("EXPR")->required();
@@ -84,9 +84,9 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
 }
 
 void FacesCommand::ChooseFaces(std::string const& name) {
-  std::optional<FaceGroup> const group = FaceGroupFromName(name);
+  std::optional<FaceKind> const group = FaceKindFromName(name);
   if (!group) {
-    throw UsageError("--group " + Quoted(name) + ": expected " + FaceGroupNames() +
+    throw UsageError("--group " + Quoted(name) + ": expected " + FaceKindNames() +
                      ", or NAME=inlet, outlet, wall or symmetry");
   }
   if (group_ && group_ != group)
@@ -104,18 +104,18 @@ void FacesCommand::ReadOptions() {
     else
       kinds.groups.push_back(text);
   }
-  if (!group_) throw UsageError("--group must choose the faces: " + FaceGroupNames());
+  if (!group_) throw UsageError("--group must choose the faces: " + FaceKindNames());
   groups_ = GroupsByUser(kinds);
   settings_ = ReadInterpolationOptions(options_, kFaceMethods);
   settings_.printsReport = debugReport_;
   field_.emplace(fieldText_);
 }
 
-void FacesCommand::CheckThatThereAreFaces(Ranks const& ranks, FacesOfGroup const& faces) const {
+void FacesCommand::CheckThatThereAreFaces(Ranks const& ranks, TargetedFaces const& faces) const {
   if (ranks.Max(faces.count) > 0.0) return;
-  if (group_ == FaceGroup::Partition)
+  if (group_ == FaceKind::Partition)
     throw UsageError("one rank has no partition faces: run mpirun -n 2 zyngrad faces ... instead");
-  if (group_ == FaceGroup::Inner && ranks.count() > 1)
+  if (group_ == FaceKind::Inner && ranks.count() > 1)
     throw UsageError("no rank has inner faces: on " + std::to_string(ranks.count()) +
                      " ranks every face between cells is a partition face");
   throw UsageError("the mesh has no " + NameOf(*group_) + " faces");
@@ -136,13 +136,13 @@ std::vector<std::string> FacesCommand::OutputFiles(Ranks const& ranks) const {
 
 void FacesCommand::Compute(CommandRun& run) {
   run.LoadMesh(meshOptions_.mesh, groups_);
-  FacesOfGroup const faces = FacesOf(run.partition(), *group_);
+  TargetedFaces const faces = TargetedFacesOf(run.partition(), *group_);
   CheckThatThereAreFaces(run.ranks(), faces);
   run.PrintMesh();
   Interpolate(run, faces);
 }
 
-void FacesCommand::Interpolate(CommandRun& run, FacesOfGroup const& faces) {
+void FacesCommand::Interpolate(CommandRun& run, TargetedFaces const& faces) {
   Ranks const& ranks = run.ranks();
   reference_host::HostPartition& partition = run.partition();
   run.progress().Stage("evaluating the formula");
@@ -161,7 +161,7 @@ void FacesCommand::Interpolate(CommandRun& run, FacesOfGroup const& faces) {
   rows_ = std::move(faceRun.rows);
 }
 
-void FacesCommand::Summarise(CommandRun& run, FacesOfGroup const& faces, FaceRun const& faceRun,
+void FacesCommand::Summarise(CommandRun& run, TargetedFaces const& faces, FaceRun const& faceRun,
                              double meanDistance) {
   Ranks const& ranks = run.ranks();
   FaceRows const& rows = faceRun.rows;
@@ -178,7 +178,7 @@ void FacesCommand::Summarise(CommandRun& run, FacesOfGroup const& faces, FaceRun
 }
 
 std::string FacesCommand::StageFiles(CommandRun& run) {
-  FacesOfGroup const faces = FacesOf(run.partition(), *group_);
+  TargetedFaces const faces = TargetedFacesOf(run.partition(), *group_);
   std::string const surface = StageFaces(run.ranks(), run.partition(), faces, rows_, exact_, run.folder());
   return debugReport_ ? surface + "\nthe operator's accuracy report is in log.rankN.txt there" : surface;
 }

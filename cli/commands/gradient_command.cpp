@@ -146,7 +146,7 @@ GradientCase GradientCommand::MakeCase(CommandRun& run) {
   reference_host::HostPartition& partition = run.partition();
   GradientCase theCase;
   for (std::string const& file : fieldFiles_) {
-    theCase.fields.push_back(ReadTestField(ranks, meshOptions_.mesh, run.mesh(), file, warnings_));
+    theCase.fields.push_back(ReadTestField(ranks, run.mesh(), file, warnings_));
   }
   for (Expression const& field : fields_) {
     theCase.fields.push_back(MakeTestField(ranks, partition, field));

@@ -14,8 +14,10 @@
 #include "cli/study/StudyPoints.h"
 #include "cli/systems/CellStencil.h"
 #include "cli/systems/ConditionEstimate.h"
+#include "foundation/FaceGroups.h"
 #include "gradient/COperatorGradient.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/GradientTypes.h"
 #include "reference_host/mesh/FaceGeometry.h"
 #include "reference_host/mesh/MeshPart.h"
 #include "reference_host/partition/HostPartition.h"
@@ -61,16 +63,17 @@ class WholeMeasures {
   double LargestSurfaceOverVolume() {
     CZYN3DFiniteVolumeMesh const& m = *partition_.mesh();
     std::vector<double> surface(static_cast<std::size_t>(m.NCell) + 1, 0.0);
-    auto const add = [&surface](int n, int const* cells, double const* Sx, double const* Sy,
-                                double const* Sz) {
-      for (int f = 1; f <= n; ++f) surface[static_cast<std::size_t>(cells[f])] += Length(Sx[f], Sy[f], Sz[f]);
+    auto const add = [&surface](FaceGroup const& faces, int const* cells) {
+      for (int f = 1; f <= faces.count; ++f)
+        surface[static_cast<std::size_t>(cells[f])] += Length(faces.sx[f], faces.sy[f], faces.sz[f]);
     };
-    add(m.NInnerFaces, m.ijCV, m.ijSx, m.ijSy, m.ijSz);
-    add(m.NInnerFaces, m.ij, m.ijSx, m.ijSy, m.ijSz);
-    add(m.NInlet, m.ijInletCV, m.ijInletSx, m.ijInletSy, m.ijInletSz);
-    add(m.NOutlet, m.ijOutletCV, m.ijOutletSx, m.ijOutletSy, m.ijOutletSz);
-    add(m.NSymmetry, m.ijSymmetryCV, m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz);
-    add(m.NWall, m.ijWallCV, m.ijWallSx, m.ijWallSy, m.ijWallSz);
+    FaceGroup const inner = FacesOf(FaceKind::Inner, m);
+    add(inner, inner.cv);
+    add(inner, inner.other);
+    for (FaceKind const kind : face_groups::kGreenGaussBoundary) {
+      FaceGroup const faces = FacesOf(kind, m);
+      add(faces, faces.cv);
+    }
     double largest = 0.0;
     for (int c = 1; c <= m.NInnerCells; ++c)
       largest = std::max(largest, surface[static_cast<std::size_t>(c)] / m.Volume[c]);

@@ -12,7 +12,7 @@
 #include "cli/base/StdoutToFile.h"
 #include "cli/base/TextTable.h"
 #include "cli/base/UsageError.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/gradient/LeastSquaresCheck.h"
 #include "cli/operators/InitializeGradient.h"
 #include "cli/operators/TemporarySettings.h"
@@ -130,7 +130,7 @@ class PartRun {
     settings_.Write(FaceSettingsText(SettingsOf(theCase)));
     CZynFaceRBFInternalObject op;
     WireOperator(op, partition_, &exchange_);
-    op.Initialize_FaceInterpolateData(static_cast<int>(FaceGroup::Inner));
+    op.Initialize_FaceInterpolateData(static_cast<int>(FaceKind::Inner));
     CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
     std::vector<double> value(static_cast<std::size_t>(mesh.NInnerFaces) + 1, 0.0),
         zero[3] = {value, value, value};

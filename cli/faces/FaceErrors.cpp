@@ -48,16 +48,16 @@ struct WorstFace {
 };
 
 FacePlace PlaceOf(Ranks const& ranks, reference_host::HostPartition const& partition,
-                  FacesOfGroup const& faces, int f) {
+                  TargetedFaces const& faces, int f) {
   auto const number = [&partition](int c) { return partition.globalCell()[static_cast<std::size_t>(c)]; };
   auto const [x, y, z] = faces.Target(f);
-  return {f, ranks.rank(), number(faces.cell[f]), number(faces.other[f]), {x, y, z}};
+  return {f, ranks.rank(), number(faces.cv[f]), number(faces.other[f]), {x, y, z}};
 }
 
 }  // namespace
 
 FaceErrors SummariseFaceErrors(Ranks const& ranks, reference_host::HostPartition const& partition,
-                               FacesOfGroup const& faces, std::vector<double> const& value,
+                               TargetedFaces const& faces, std::vector<double> const& value,
                                std::vector<double> const& exact) {
   // faces, area, sum of A |e|, sum of A e^2, sum of A exact^2, values that are not finite
   std::vector<double> own(6, 0.0);
@@ -95,7 +95,7 @@ FaceErrors SummariseFaceErrors(Ranks const& ranks, reference_host::HostPartition
 }
 
 FaceRowCheck CheckFaceRows(Ranks const& ranks, reference_host::HostPartition const& partition,
-                           FacesOfGroup const& faces, std::vector<double> const& rowSum) {
+                           TargetedFaces const& faces, std::vector<double> const& rowSum) {
   double nOff = 0.0, nNotFinite = 0.0;
   WorstFace off, notFinite;
   for (int f = 1; f <= faces.count; ++f) {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "cli/base/Ranks.h"
-#include "cli/faces/FaceGroup.h"
 #include "cli/faces/FaceRun.h"
+#include "cli/faces/TargetedFaces.h"
 #include "reference_host/partition/HostPartition.h"
 
 namespace zyngrad {
@@ -46,11 +46,11 @@ struct FaceRowCheck {
 /// Collective. The sums run in face order on each rank and then in rank order.
 /// @param[in] exact  [1..count] from ExactFaceValues
 FaceErrors SummariseFaceErrors(Ranks const& ranks, reference_host::HostPartition const& partition,
-                               FacesOfGroup const& faces, std::vector<double> const& value,
+                               TargetedFaces const& faces, std::vector<double> const& value,
                                std::vector<double> const& exact);
 
 /// Collective.
 FaceRowCheck CheckFaceRows(Ranks const& ranks, reference_host::HostPartition const& partition,
-                           FacesOfGroup const& faces, std::vector<double> const& rowSum);
+                           TargetedFaces const& faces, std::vector<double> const& rowSum);
 
 }  // namespace zyngrad

@@ -10,7 +10,7 @@
 namespace zyngrad {
 namespace {
 
-VtpSurface PolygonsOf(CZYN3DFiniteVolumeMesh const& mesh, FacesOfGroup const& faces) {
+VtpSurface PolygonsOf(CZYN3DFiniteVolumeMesh const& mesh, TargetedFaces const& faces) {
   VtpSurface surface;
   UsedNodes nodes(mesh, surface.points);
   for (int f = 1; f <= faces.count; ++f) {
@@ -28,14 +28,14 @@ std::vector<T> WithoutFirst(std::vector<T> const& values) {
 }
 
 std::vector<VtkArray> FaceData(Ranks const& ranks, reference_host::HostPartition const& partition,
-                               FacesOfGroup const& faces, FaceRows const& rows,
+                               TargetedFaces const& faces, FaceRows const& rows,
                                std::vector<double> const& exact) {
   auto const nFaces = static_cast<std::size_t>(faces.count);
   std::vector<double> error(nFaces);
   std::vector<std::int64_t> cell(nFaces);
   for (std::size_t f = 1; f <= nFaces; ++f) {
     error[f - 1] = rows.value[f] - exact[f];
-    cell[f - 1] = partition.globalCell()[static_cast<std::size_t>(faces.cell[f])];
+    cell[f - 1] = partition.globalCell()[static_cast<std::size_t>(faces.cv[f])];
   }
   return {{"value", 1, WithoutFirst(rows.value)},
           {"exact", 1, WithoutFirst(exact)},
@@ -53,7 +53,7 @@ PieceFiles FilesOf(Ranks const& ranks) { return {ranks, "faces", "vtp"}; }
 std::vector<std::string> FacesFiles(Ranks const& ranks) { return FilesOf(ranks).All(); }
 
 std::string StageFaces(Ranks const& ranks, reference_host::HostPartition& partition,
-                       FacesOfGroup const& faces, FaceRows const& rows, std::vector<double> const& exact,
+                       TargetedFaces const& faces, FaceRows const& rows, std::vector<double> const& exact,
                        OutputFolder& folder) {
   PieceFiles const files = FilesOf(ranks);
   ranks.Together([&] {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "cli/base/Ranks.h"
-#include "cli/faces/FaceGroup.h"
 #include "cli/faces/FaceRun.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/output/OutputFolder.h"
 #include "reference_host/partition/HostPartition.h"
 
@@ -18,7 +18,7 @@ std::vector<std::string> FacesFiles(Ranks const& ranks);
 /// on one rank; faces.pvtp and one piece per rank in faces/ on several ranks.
 /// @return the name of the file to open
 std::string StageFaces(Ranks const& ranks, reference_host::HostPartition& partition,
-                       FacesOfGroup const& faces, FaceRows const& rows, std::vector<double> const& exact,
+                       TargetedFaces const& faces, FaceRows const& rows, std::vector<double> const& exact,
                        OutputFolder& folder);
 
 }  // namespace zyngrad

@@ -16,7 +16,7 @@ namespace zyngrad {
 
 /// The results of one interpolation to faces, over all ranks.
 struct FaceResults {
-  FaceGroup group = FaceGroup::Inner;
+  FaceKind group = FaceKind::Inner;
   InterpolationSettings settings;
   StencilSizes stencils;
   FaceTimes times;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kLaterCalls = 3;
 
-double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
              CZynFaceRBFInternalObject& op) {
   WireOperator(op, *mesh.partition, mesh.exchange.get());
   ranks.Barrier();
@@ -69,9 +69,9 @@ void ReadRows(CZynFaceRBFInternalObject const& op, int nFaces, FaceRows& rows) {
 
 }  // namespace
 
-FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
                  std::vector<double>& field, std::string const& logFile) {
-  int const nFaces = FacesOf(*mesh.partition, group).count;
+  int const nFaces = TargetedFacesOf(*mesh.partition, group).count;
   FaceRun run;
   ranks.Together([&] { run.rows.value.assign(static_cast<std::size_t>(nFaces) + 1, 0.0); });
 
@@ -85,7 +85,7 @@ FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup
   return run;
 }
 
-std::vector<double> ExactFaceValues(Ranks const& ranks, FacesOfGroup const& faces, FaceGroup group,
+std::vector<double> ExactFaceValues(Ranks const& ranks, TargetedFaces const& faces, FaceKind group,
                                     Expression const& expression, int placeDigits) {
   std::vector<double> exact(static_cast<std::size_t>(faces.count) + 1, 0.0);
   ranks.Together([&] {

@@ -5,7 +5,7 @@
 
 #include "cli/base/Ranks.h"
 #include "cli/base/TextTable.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
 #include "reference_host/parallel/LoadMesh.h"
 
@@ -36,13 +36,13 @@ struct FaceRun {
 /// applies it to the field.
 /// @param[in] field    [1..NCell]; only read, although the operator takes it without const
 /// @param[in] logFile  receives what the operator prints on this rank
-FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceGroup group,
+FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
                  std::vector<double>& field, std::string const& logFile);
 
 /// Collective. @return [1..count] the formula at the faces' targets. Throws UsageError that names the place where
 /// the formula is not finite.
 /// @param[in] placeDigits  from PlaceDigits
-std::vector<double> ExactFaceValues(Ranks const& ranks, FacesOfGroup const& faces, FaceGroup group,
+std::vector<double> ExactFaceValues(Ranks const& ranks, TargetedFaces const& faces, FaceKind group,
                                     Expression const& expression, int placeDigits = kPlaceDigits);
 
 }  // namespace zyngrad

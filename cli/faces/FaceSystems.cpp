@@ -1,11 +1,8 @@
 #include "cli/faces/FaceSystems.h"
 
-#include <algorithm>
-
+#include "cli/operators/WireOperator.h"
 #include "cli/systems/KernelCondition.h"
-#include "cli/systems/StencilRow.h"
-#include "foundation/DQKernel.h"
-#include "rbf_face/FaceC2Kernel.h"
+#include "rbf_face/FaceNodes.h"
 
 namespace zyngrad {
 namespace {
@@ -14,11 +11,10 @@ constexpr int kByVertices = 3, kByNormal = 4;  // search methods
 
 }  // namespace
 
-FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceGroup group,
+FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceKind group,
                          InterpolationSettings const& settings)
-    : mesh_(*partition.mesh()), faces_(FacesOf(partition, group)) {
-  op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op_.getPartitionFace(partition.partitionFaces());
+    : faces_(TargetedFacesOf(partition, group)) {
+  WireOperator(op_, partition);
   op_.iFaceType = static_cast<int>(group);
   op_.NFace = faces_.count;
   op_.Span = settings.span;
@@ -37,42 +33,31 @@ FaceSystems::~FaceSystems() {
 
 bool FaceSystems::isByNormal() const { return op_.iSearch_method == kByNormal; }
 
-DQVector FaceSystems::PointOf(int cell) const {
-  IBCnode const& node = op_.m_pNodeTable[cell];
-  return {node.x, node.y, node.z};
+KernelSystem FaceSystems::SystemOf(int f) const {
+  KernelSystem system;
+  if (op_.iSearch_method == kByVertices) {
+    face_nodes::TakePairAndVertices(op_, f, system);
+  } else {
+    face_nodes::TakeStencil(op_, f, system);
+  }
+  return system;
 }
 
-std::vector<DQVector> FaceSystems::NodesOf(int f) const {
-  bool const byVertices = op_.iSearch_method == kByVertices;
-  int const* const cells = op_.m_ppFaceCellConn[f];
-  std::vector<DQVector> nodes;
-  for (int k = 1; k <= (byVertices ? 2 : cells[0]); ++k) nodes.push_back(PointOf(cells[k]));
-  if (!byVertices) return nodes;
-  int const* const vertices = op_.m_ppFaceLnods[f];
-  for (int k = 1; k <= vertices[0]; ++k)
-    nodes.push_back({mesh_.xn[vertices[k]], mesh_.yn[vertices[k]], mesh_.zn[vertices[k]]});
-  return nodes;
-}
+std::vector<DQVector> FaceSystems::NodesOf(int f) const { return SystemOf(f).Nodes(); }
 
 double FaceSystems::ConditionOf(int f) const {
-  return KernelCondition(InterpolationDQKernel(op_.Span, op_.m_pFaceSupport[f]), NodesOf(f));
+  KernelSystem system = SystemOf(f);
+  return KernelCondition(face_nodes::FaceKernel(op_, f), system);
 }
 
-// The operator leaves the position 0 for a cell that it drops, where it then reads the length of the stencil as a cell
-// number.
 FaceSystems::Side FaceSystems::SideOf(int f, SideNumber number) const {
-  IBCnode const& node = op_.m_ppVirtualNode[f][number];
-  DQVector const at = {node.x, node.y, node.z};
-  int const* const positions = StencilRow(op_.m_pFaceRows[f], number);
+  KernelSystem system;
+  face_nodes::TakeSide(op_, f, number, system);
+  DQVector const at = face_nodes::PointOf(op_.m_ppVirtualNode[f][number]);
   Side side;
-  double reach = 0.0;
-  for (int k = 1; k <= positions[0]; ++k) {
-    if (positions[k] == 0) side.hasTwins = true;
-    int const c = op_.m_ppFaceCellConn[f][positions[k]];
-    side.nodes.push_back(PointOf(c <= mesh_.NCell ? c : 0));
-    reach = std::max(reach, Length(OffsetBetween(side.nodes.back(), at)));
-  }
-  side.condition = KernelCondition(FaceC2Kernel(op_.Span, reach), side.nodes);
+  side.nodes = system.Nodes();
+  side.hasTwins = face_nodes::HasDroppedTwins(op_, f, number);
+  side.condition = KernelCondition(face_nodes::VirtualNodeKernel(op_, at, system), system);
   return side;
 }
 

@@ -8,7 +8,7 @@
 #include "cli/base/TextTable.h"
 #include "cli/base/UsageError.h"
 #include "cli/output/MeshScale.h"
-#include "reference_host/mesh/MeshFile.h"
+#include "reference_host/mesh/MessageText.h"
 #include "reference_host/parallel/LoadField.h"
 
 namespace zyngrad {
@@ -49,10 +49,9 @@ std::string WarningAbout(std::string const& fieldFile, std::vector<std::string> 
 
 }  // namespace
 
-TestField ReadTestField(Ranks const& ranks, std::string const& meshSpec, reference_host::LoadedMesh& mesh,
-                        std::string const& fieldFile, std::vector<std::string>& warnings) {
-  reference_host::LoadedField loaded =
-      reference_host::LoadField(ranks.communicator(), meshSpec, mesh, fieldFile);
+TestField ReadTestField(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::string const& fieldFile,
+                        std::vector<std::string>& warnings) {
+  reference_host::LoadedField loaded = reference_host::LoadField(ranks.communicator(), mesh, fieldFile);
   ranks.Together([&] {
     for (int c = 1; c <= mesh.partition->mesh()->NCell; ++c) {
       double const value = loaded.value[static_cast<std::size_t>(c)];

@@ -27,10 +27,9 @@ TestField MakeTestField(Ranks const& ranks, reference_host::HostPartition& parti
 
 /// Collective. A field from a file, as reference_host::LoadField reads it, without exact gradient. Throws
 /// UsageError that names cell and place if a value is not finite.
-/// @param[in]     mesh      of `meshSpec`
 /// @param[in,out] warnings  receives a line if the file has no values for part of the boundary
-TestField ReadTestField(Ranks const& ranks, std::string const& meshSpec, reference_host::LoadedMesh& mesh,
-                        std::string const& fieldFile, std::vector<std::string>& warnings);
+TestField ReadTestField(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::string const& fieldFile,
+                        std::vector<std::string>& warnings);
 
 /// Collective. The values alone, in all cells, for example the coefficient of the weighted gradient. Throws
 /// UsageError that names cell and place if a value is not finite.

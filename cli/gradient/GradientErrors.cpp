@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <limits>
 
+#include "foundation/FaceGroups.h"
+
 namespace zyngrad {
 namespace {
 
@@ -88,13 +90,10 @@ ErrorNorms SummariseRegion(Ranks const& ranks, Sums const& own, double exactL2) 
 
 std::vector<char> BoundaryCells(CZYN3DFiniteVolumeMesh const& mesh) {
   std::vector<char> isBoundaryCell(static_cast<std::size_t>(mesh.NInnerCells) + 1, 0);
-  auto const mark = [&](int const* cells, int nFaces) {
-    for (int f = 1; f <= nFaces; ++f) isBoundaryCell[static_cast<std::size_t>(cells[f])] = 1;
-  };
-  mark(mesh.ijInletCV, mesh.NInlet);
-  mark(mesh.ijOutletCV, mesh.NOutlet);
-  mark(mesh.ijSymmetryCV, mesh.NSymmetry);
-  mark(mesh.ijWallCV, mesh.NWall);
+  for (FaceKind const kind : face_groups::kGreenGaussBoundary) {
+    FaceGroup const faces = FacesOf(kind, mesh);
+    for (int f = 1; f <= faces.count; ++f) isBoundaryCell[static_cast<std::size_t>(faces.cv[f])] = 1;
+  }
   return isBoundaryCell;
 }
 

@@ -9,6 +9,7 @@
 #include "cli/gradient/GradientErrors.h"
 #include "cli/options/RadialBasisSettings.h"
 #include "gradient/COperatorGradient.h"
+#include "gradient/GradientTypes.h"
 #include "reference_host/partition/HostPartition.h"
 
 namespace zyngrad {
@@ -42,11 +43,6 @@ struct GradientMethod {
   std::vector<std::string> (*remarks)(Ranks const& ranks, reference_host::HostPartition& partition,
                                       RadialBasisSettings const& settings) = nullptr;
 };
-
-// The gradient types, by which the operator selects its method.
-constexpr int kGreenGaussType = 0;
-constexpr int kLeastSquaresType = 1;
-constexpr int kRadialBasisType = 2;  ///< reads a settings file
 
 /// In the order of tables and files.
 std::vector<GradientMethod> const& GradientMethods();

@@ -4,13 +4,14 @@
 #include <limits>
 
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/NormalEquations.h"
 
 namespace zyngrad {
 
 bool LeastSquaresStopsAt(double sxx, double sxy, double syy) {
-  if (sxx == 0.0) return true;
-  double const secondPivot = syy - (sxy / sxx) * sxy;
-  return secondPivot == 0.0;
+  normal_equations::Matrix<double> moments = {};
+  moments.xx = sxx, moments.xy = sxy, moments.yy = syy;
+  return HasZeroPivot(moments);
 }
 
 std::optional<std::string> LeastSquaresObstacle(Ranks const& ranks, COperatorGradient& op,

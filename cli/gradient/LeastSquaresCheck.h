@@ -9,12 +9,13 @@
 
 namespace zyngrad {
 
-/// Whether least squares stops at an interior cell with these moments: the first or second pivot of the
-/// elimination without row exchange is exactly 0. Same operations in the same order as the operator's own.
+/// Whether least squares stops at an interior cell with these moments: the first or second pivot is exactly 0 in the
+/// operator's own elimination.
 bool LeastSquaresStopsAt(double sxx, double sxy, double syy);
 
-/// Collective, after Initialize with gradient type 1. At a zero pivot the operator returns without its
-/// exchange, and the other ranks would wait for it for ever: so all ranks have to know before they call it.
+/// Looks for a cell at which least squares would stop. At a zero pivot the operator returns without its exchange, and
+/// the other ranks would wait for it for ever, so all ranks have to know before they call it.
+/// Collective, after Initialize with gradient type 1.
 /// @return "least squares stops at cell N on rank R (zero pivot)" with the lowest such cell of the mesh, the same
 ///         on every rank; nothing when the method runs through
 std::optional<std::string> LeastSquaresObstacle(Ranks const& ranks, COperatorGradient& op,

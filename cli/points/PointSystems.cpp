@@ -1,30 +1,27 @@
 #include "cli/points/PointSystems.h"
 
-#include <algorithm>
-
 #include "cli/systems/KernelCondition.h"
-#include "foundation/DQKernel.h"
+#include "rbf_ib/PointNodes.h"
 
 namespace zyngrad {
+namespace {
+
+KernelSystem SystemOf(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const& mesh, int i) {
+  KernelSystem system;
+  point_nodes::Take(op, mesh, i, system);
+  return system;
+}
+
+}  // namespace
 
 std::vector<DQVector> NodesOfPoint(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const& mesh,
                                    int i) {
-  bool const byNodes = op.iSearch_method == 3;
-  int const* const cells = op.m_ppIBConn[i];
-  int const nCells = byNodes ? std::min(cells[0], op.m_pIBTwoSeeds[i] == 1 ? 2 : 1) : cells[0];
-  std::vector<DQVector> nodes;
-  for (int k = 1; k <= nCells; ++k) {
-    IBCnode const& cell = op.m_pIBCnode[cells[k]];
-    nodes.push_back({cell.x, cell.y, cell.z});
-  }
-  if (!byNodes) return nodes;
-  int const* const row = op.m_ppIBNodeConn[i];
-  for (int k = 1; k <= row[0]; ++k) nodes.push_back({mesh.xn[row[k]], mesh.yn[row[k]], mesh.zn[row[k]]});
-  return nodes;
+  return SystemOf(op, mesh, i).Nodes();
 }
 
 double ConditionOfPoint(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const& mesh, int i) {
-  return KernelCondition(InterpolationDQKernel(op.Span, op.m_pIBSupportLength[i]), NodesOfPoint(op, mesh, i));
+  KernelSystem system = SystemOf(op, mesh, i);
+  return KernelCondition(point_nodes::KernelOf(op, i), system);
 }
 
 }  // namespace zyngrad

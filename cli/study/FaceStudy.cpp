@@ -21,11 +21,11 @@ class FaceStudy : public KindStudy {
     Ranks const& ranks = mesh_.ranks();
     reference_host::HostPartition& partition = mesh_.partition();
     std::vector<double> values = MakeCellValues(ranks, partition, formula, "the field");
-    FacesOfGroup const faces = FacesOf(partition, FaceGroup::Inner);
+    TargetedFaces const faces = TargetedFacesOf(partition, FaceKind::Inner);
     std::vector<double> const exact =
-        ExactFaceValues(ranks, faces, FaceGroup::Inner, formula, PlaceDigits(ranks, partition));
+        ExactFaceValues(ranks, faces, FaceKind::Inner, formula, PlaceDigits(ranks, partition));
     mesh_.WriteSettings(FaceSettingsText(mesh_.SettingsOf(theCase)));
-    FaceRun const run = RunFaces(ranks, mesh_.loaded(), FaceGroup::Inner, values, mesh_.logFile());
+    FaceRun const run = RunFaces(ranks, mesh_.loaded(), FaceKind::Inner, values, mesh_.logFile());
 
     StudyResult result;
     result.quantity = kFaceValue;
@@ -41,13 +41,13 @@ class FaceStudy : public KindStudy {
 
  private:
   /// @param[in] value, exact  [1..count of the faces]
-  std::vector<StudyError> OwnErrors(FacesOfGroup const& faces, std::vector<double> const& value,
+  std::vector<StudyError> OwnErrors(TargetedFaces const& faces, std::vector<double> const& value,
                                     std::vector<double> const& exact) const {
     std::vector<StudyError> own;
     for (int f = 1; f <= faces.count; ++f) {
       auto const i = static_cast<std::size_t>(f);
       own.push_back({std::fabs(value[i] - exact[i]), faces.Area(f),
-                     mesh_.IsAtBoundary(faces.cell[f]) || mesh_.IsAtBoundary(faces.other[f])});
+                     mesh_.IsAtBoundary(faces.cv[f]) || mesh_.IsAtBoundary(faces.other[f])});
     }
     return own;
   }

@@ -8,8 +8,8 @@
 
 #include "cli/base/StdoutToFile.h"
 #include "cli/base/Timing.h"
-#include "cli/faces/FaceGroup.h"
 #include "cli/faces/FaceSystems.h"
+#include "cli/faces/TargetedFaces.h"
 #include "cli/operators/TemporarySettings.h"
 #include "cli/operators/WireOperator.h"
 #include "cli/points/PointSystems.h"
@@ -52,7 +52,7 @@ std::vector<double> GradientConditions(HostPartition& partition, RadialBasisSett
 
 std::vector<double> FaceConditions(HostPartition& partition, InterpolationSettings const& settings) {
   StdoutToFile const silence("/dev/null");
-  FaceSystems const systems(partition, FaceGroup::Inner, settings);
+  FaceSystems const systems(partition, FaceKind::Inner, settings);
   std::vector<double> conditions;
   for (int const f : SpreadSample(systems.faces().count)) {
     if (systems.isByNormal()) {

@@ -1,28 +1,26 @@
 #include "cli/systems/CellStencil.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <numeric>
 #include <utility>
 
 #include "cli/base/StdoutToFile.h"
-#include "cli/base/TemporaryFolder.h"
-#include "foundation/DQKernel.h"
-#include "foundation/DQMatrix.h"
+#include "cli/operators/TemporarySettings.h"
+#include "cli/operators/WireOperator.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
+#include "rbf_cell/CellSystem.h"
 
 namespace zyngrad {
 namespace {
 
 using reference_host::HostPartition;
 
-/// The operator on a partition, without the weights. It would destroy the host objects that it is given, so
-/// they are taken from it at the end.
+/// The operator on a partition, set up as far as its stencils. The operator would destroy its host objects, so they
+/// are taken back at the end.
 class BorrowingOperator {
  public:
   explicit BorrowingOperator(HostPartition& partition) {
-    op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-    op_.getPartitionFace(partition.partitionFaces());
+    WireOperator(op_, partition);
     op_.InitialRBFSetting();
   }
   ~BorrowingOperator() {
@@ -32,7 +30,7 @@ class BorrowingOperator {
   BorrowingOperator(BorrowingOperator const&) = delete;
   BorrowingOperator& operator=(BorrowingOperator const&) = delete;
 
-  CZynRBFInternalObject* operator->() { return &op_; }
+  CZynRBFInternalObject& op() { return op_; }
 
  private:
   CZynRBFInternalObject op_;
@@ -52,29 +50,11 @@ StencilMember MakeMember(HostPartition const& partition, int nInnerCells, int ce
   return member;
 }
 
-/// As the operator assembles it: a cell that stands in the stencil again later on has a row and a column of
-/// zeros at its earlier places.
-template <typename Kernel>
-std::vector<double> Assemble(Kernel const& kernel, int const* members, std::vector<DQVector> const& points) {
-  int const n = static_cast<int>(points.size());
-  std::size_t const order = points.size() + 1;
-  std::vector<double> matrix(order * order);
-  FillKernelMatrix(kernel, points.data(), n, matrix.data(), n + 1);
-  AddConstantTerm(matrix.data(), n);
-  for (std::size_t k = 0; k < points.size(); ++k) {
-    if (std::find(members + k + 1, members + n, members[k]) == members + n) continue;
-    for (std::size_t j = 0; j < points.size(); ++j) matrix[k * order + j] = matrix[j * order + k] = 0.0;
-  }
-  return matrix;
-}
-
-std::vector<double> SystemMatrix(CellStencil const& stencil, int const* members) {
-  std::vector<DQVector> points;
-  for (StencilMember const& member : stencil.members) points.push_back(member.point);
-  double const span = stencil.settings.span;
-  if (stencil.settings.shapeNormalize)
-    return Assemble(ShapeNormalisedDQKernel(span, stencil.extent), members, points);
-  return Assemble(PlainDQKernel(span, stencil.supportLength), members, points);
+std::vector<double> MatrixOf(CZynRBFInternalObject const& op, int cell) {
+  CellSystem system;
+  system.Assemble(op, cell);
+  auto const order = static_cast<std::size_t>(system.Order());
+  return {system.Matrix(), system.Matrix() + order * order};
 }
 
 }  // namespace
@@ -91,35 +71,35 @@ DQVector CellStencil::SumOfWeights() const {
 
 namespace {
 
-CellStencil StencilOf(HostPartition& partition, BorrowingOperator& op, int cell) {
-  op->DeriveCellCoefficentBysolveDQfullMatrix(cell);
+CellStencil StencilOf(HostPartition& partition, CZynRBFInternalObject& op, int cell) {
+  op.DeriveCellCoefficentBysolveDQfullMatrix(cell);
 
-  int const* const row = op->m_ppRBFCellConn[cell];
-  RBFnode const* const weights = op->m_ppRBFCellCoef[cell];
+  int const* const row = op.m_ppRBFCellConn[cell];
+  RBFnode const* const weights = op.m_ppRBFCellCoef[cell];
   CellStencil stencil;
   for (int k = 1; k <= row[0]; ++k) {
     StencilMember member = MakeMember(partition, partition.mesh()->NInnerCells, row[k]);
-    member.atOrigin = op->m_piNodeKind[row[k]] == 0;
-    member.point = Triple(op->m_pRBFnode[row[k]]);
+    member.atOrigin = op.m_piNodeKind[row[k]] == 0;
+    member.point = Triple(op.m_pRBFnode[row[k]]);
     member.weight = Triple(weights[k]);
     stencil.members.push_back(std::move(member));
   }
   stencil.multiplier = Triple(weights[row[0] + 1]);
-  stencil.supportLength = op->m_pSupportLength[cell];
-  stencil.extent = Triple(op->m_pStencilExtent[cell]);
-  stencil.settings = {op->Span, op->iShape_Normalize == 1};
-  stencil.matrix = SystemMatrix(stencil, row + 1);
+  stencil.supportLength = op.m_pSupportLength[cell];
+  stencil.extent = Triple(op.m_pStencilExtent[cell]);
+  stencil.settings = {op.Span, op.iShape_Normalize == 1};
+  stencil.matrix = MatrixOf(op, cell);
   return stencil;
 }
 
 }  // namespace
 
 CellStencil DeriveCellStencil(HostPartition& partition, int cell, RadialBasisSettings const& settings) {
-  TemporaryFolder const folder;
-  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  TemporarySettings file(partition);
+  file.Write(SettingsFileText(settings));
   StdoutToFile const silence("/dev/null");
-  BorrowingOperator op(partition);
-  return StencilOf(partition, op, cell);
+  BorrowingOperator borrowing(partition);
+  return StencilOf(partition, borrowing.op(), cell);
 }
 
 void VisitCellStencils(HostPartition& partition, RadialBasisSettings const& settings,
@@ -133,11 +113,11 @@ void VisitCellStencils(HostPartition& partition, RadialBasisSettings const& sett
 void VisitCellStencils(HostPartition& partition, std::vector<int> const& cells,
                        RadialBasisSettings const& settings, std::string const& logFile,
                        std::function<void(int cell, CellStencil const&)> const& visit) {
-  TemporaryFolder const folder;
-  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  TemporarySettings file(partition);
+  file.Write(SettingsFileText(settings));
   StdoutToFile const log(logFile);
-  BorrowingOperator op(partition);
-  for (int const cell : cells) visit(cell, StencilOf(partition, op, cell));
+  BorrowingOperator borrowing(partition);
+  for (int const cell : cells) visit(cell, StencilOf(partition, borrowing.op(), cell));
 }
 
 }  // namespace zyngrad

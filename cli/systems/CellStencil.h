@@ -15,8 +15,8 @@ namespace zyngrad {
 /// One cell or boundary face in the stencil of a cell.
 struct StencilMember {
   std::int64_t cell = 0;              ///< 1-based number in the mesh file; 0: a boundary face
-  std::string place;                  ///< "interior", "other rank", or the name of the boundary
-  bool atOrigin = false;              ///< no point was found for it: the side cell of a symmetry face
+  std::string place;                  ///< "interior", "other rank", or the name of the boundary group
+  bool atOrigin = false;              ///< it has no point: the ghost cell of a symmetry face
   DQVector point = {0.0, 0.0, 0.0};   ///< L
   DQVector weight = {0.0, 0.0, 0.0};  ///< of d/dx, d/dy, d/dz, 1/L
 };
@@ -28,7 +28,7 @@ struct CellStencil {
   double supportLength = 0.0;         ///< greatest distance from the cell to a member, L
   DQVector extent = {0.0, 0.0, 0.0};  ///< of the box around all members, L
   RadialBasisSettings settings;       ///< as the operator read them
-  std::vector<double> matrix;         ///< of the system, row-major, of order members + 1
+  std::vector<double> matrix;         ///< that the operator solves, row-major, of order members + 1
 
   int Order() const { return static_cast<int>(members.size()) + 1; }
 
@@ -36,14 +36,14 @@ struct CellStencil {
   DQVector SumOfWeights() const;
 };
 
-/// Sets the operator up on this partition and derives the weights of one interior cell. What the operator
-/// prints goes nowhere, and its settings file into a temporary folder. Not collective.
+/// Sets the operator up on this partition and derives the weights of one interior cell. What the operator prints is
+/// dropped, and its settings file goes into a temporary folder. Not collective.
 CellStencil DeriveCellStencil(reference_host::HostPartition& partition, int cell,
                               RadialBasisSettings const& settings);
 
-/// Derives all interior cells of the partition in ascending order and shows each to `visit`, with one set-up for
-/// all. Like DeriveCellStencil else, but for what the operator prints.
-/// @param[in] logFile  takes it
+/// Derives all interior cells of the partition in ascending order, with one set-up for all, and calls `visit` for
+/// each. Otherwise like DeriveCellStencil.
+/// @param[in] logFile  takes what the operator prints
 void VisitCellStencils(reference_host::HostPartition& partition, RadialBasisSettings const& settings,
                        std::string const& logFile,
                        std::function<void(int cell, CellStencil const&)> const& visit);

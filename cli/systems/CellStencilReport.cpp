@@ -26,7 +26,7 @@ std::string General(double value) {
   return buffer;
 }
 
-/// Digits that tell the stencil's other points from its first.
+/// Number of digits in which the stencil's other points differ from its first.
 int DigitsOfPoints(CellStencil const& stencil) {
   double largest = 0.0, nearest = std::numeric_limits<double>::infinity();
   for (StencilMember const& member : stencil.members) {

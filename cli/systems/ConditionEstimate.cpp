@@ -17,7 +17,7 @@ double ConditionEstimate(std::vector<double> matrix, int order) {
   lapack_int const status =
       LAPACKE_dgetrf(LAPACK_ROW_MAJOR, order, order, matrix.data(), order, pivots.data());
   double reciprocal = 0.0;
-  // A zero pivot leaves no factors to estimate from.
+  // With a zero pivot there are no factors to estimate from.
   if (status == 0) LAPACKE_dgecon(LAPACK_ROW_MAJOR, '1', order, matrix.data(), order, norm, &reciprocal);
   return 1.0 / reciprocal;
 }

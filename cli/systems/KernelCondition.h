@@ -1,24 +1,21 @@
 #pragma once
 
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 #include "cli/systems/ConditionEstimate.h"
-#include "foundation/DQMatrix.h"
-#include "foundation/DQVector.h"
+#include "foundation/KernelSystem.h"
 
 namespace zyngrad {
 
-/// ConditionEstimate of the system that has the kernel alone, without a constant term, on these nodes.
+/// ConditionEstimate of a system of a face or point, with the matrix that the operator solves.
 /// @return 0 without nodes
 template <typename Kernel>
-double KernelCondition(Kernel const& kernel, std::vector<DQVector> const& nodes) {
-  if (nodes.empty()) return 0.0;
-  int const n = static_cast<int>(nodes.size());
-  std::vector<double> matrix(nodes.size() * nodes.size());
-  FillKernelMatrix(kernel, nodes.data(), n, matrix.data(), n);
-  return ConditionEstimate(std::move(matrix), n);
+double KernelCondition(Kernel const& kernel, KernelSystem& system) {
+  auto const order = static_cast<std::size_t>(system.Size());
+  if (order == 0) return 0.0;
+  double const* const matrix = system.Matrix(kernel);
+  return ConditionEstimate(std::vector<double>(matrix, matrix + order * order), system.Size());
 }
 
 }  // namespace zyngrad

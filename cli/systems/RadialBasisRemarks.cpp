@@ -4,14 +4,16 @@
 #include <set>
 
 #include "cli/base/TextTable.h"
+#include "foundation/FaceGroups.h"
 
 namespace zyngrad {
 namespace {
 
-/// Cells of all ranks with at least one symmetry face; each counts once.
+/// Number of cells on all ranks that have a symmetry face.
 std::int64_t CellsBesideSymmetry(Ranks const& ranks, CZYN3DFiniteVolumeMesh const& mesh) {
   std::set<int> cells;
-  for (int f = 1; f <= mesh.NSymmetry; ++f) cells.insert(mesh.ijSymmetryCV[f]);
+  ::FaceGroup const faces = FacesOf(FaceKind::Symmetry, mesh);
+  for (int f = 1; f <= faces.count; ++f) cells.insert(faces.cv[f]);
   auto own = static_cast<std::int64_t>(cells.size());
   std::int64_t all = 0;
   MPI_Allreduce(&own, &all, 1, MPI_INT64_T, MPI_SUM, ranks.communicator());

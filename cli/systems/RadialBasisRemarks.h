@@ -9,8 +9,8 @@
 
 namespace zyngrad {
 
-/// Collective. What a user has to know about the radial-basis gradient on this mesh, a line each, the same on
-/// every rank: the cells beside symmetry faces, whose side cells the operator leaves at the origin, and the
+/// Collective. What you have to know about the radial-basis gradient on this mesh, one line each and the same on
+/// every rank: how many cells are beside symmetry faces, whose ghost cells the operator leaves at the origin; and the
 /// scale of the shape-normalised form.
 std::vector<std::string> RadialBasisRemarks(Ranks const& ranks, reference_host::HostPartition& partition,
                                             RadialBasisSettings const& settings);

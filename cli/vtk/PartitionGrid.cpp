@@ -3,30 +3,10 @@
 #include <cstddef>
 
 #include "cli/vtk/UsedNodes.h"
+#include "foundation/FaceGroups.h"
 
 namespace zyngrad {
 namespace {
-
-/// Group codes of CellFaceType.
-enum FaceCode { kInner = 0, kWall = 1, kInlet = 2, kOutlet = 3, kSymmetry = 5, kPartition = 101 };
-
-/// Row of nodes of a face; it turns around the area vector, which points out of the CV cell.
-int const* NodeRow(CZYN3DFiniteVolumeMesh const& mesh, int code, int face) {
-  switch (code) {
-    case kWall:
-      return mesh.ijWallLnods[face];
-    case kInlet:
-      return mesh.ijInletLnods[face];
-    case kOutlet:
-      return mesh.ijOutletLnods[face];
-    case kSymmetry:
-      return mesh.ijSymmetryLnods[face];
-    case kPartition:
-      return mesh.ijParLnods[face];
-    default:
-      return mesh.ijLnods[face];
-  }
-}
 
 void AddFaceStream(CellFaces const& faces, UsedNodes& nodes, std::vector<std::int64_t>& stream) {
   stream.push_back(faces.nFaces());
@@ -42,10 +22,11 @@ void FacesOfCell(CZYN3DFiniteVolumeMesh const& mesh, int cell, CellFaces& faces)
   faces.Clear();
   for (int k = 1; k <= mesh.CellFace[cell][0]; ++k) {
     int const face = mesh.CellFace[cell][k];
-    int const code = mesh.CellFaceType[cell][k];
-    int const* row = NodeRow(mesh, code, face);
+    FaceGroupMembers const& group = *GroupWithCode(mesh.CellFaceType[cell][k]);
+    int const* row =
+        (mesh.*group.nodes)[face];  // turns around the area vector, which points out of the CV cell
     // Of all groups only an inner face may have this cell on its other side.
-    faces.Add(row + 1, row[0], code == kInner && mesh.ij[face] == cell);
+    faces.Add(row + 1, row[0], group.kind == FaceKind::Inner && mesh.ij[face] == cell);
   }
 }
 

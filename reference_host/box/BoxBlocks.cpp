@@ -4,7 +4,7 @@
 
 namespace reference_host {
 
-/// The block that is left when only one part is; isLower(cut) says where to go at each cut.
+/// The block that remains when one part is left; isLower(cut) chooses the side at each cut.
 template <class IsLower>
 GridBisection GridBisection::Descend(IsLower const& isLower) const {
   GridBisection bisection = *this;
@@ -32,8 +32,9 @@ GridBisection::Cut GridBisection::BestCut() const {
   std::int64_t const layerSize = block_.Size() / nLayers;
   std::int64_t const nParts = nParts_;
 
-  // The lower side gets half of the parts and its share of the layers, rounded. Then no side may have more
-  // parts than cubes; since there are enough cubes for all parts, there is always such a division.
+  // The lower side gets half of the parts and the corresponding share of the layers, rounded. Neither side
+  // may have more parts than cubes; such a division always exists, since there are enough cubes for all
+  // parts.
   std::int64_t const half = nParts / 2;
   std::int64_t const layers =
       std::clamp<std::int64_t>((2 * nLayers * half + nParts) / (2 * nParts), 1, nLayers - 1);

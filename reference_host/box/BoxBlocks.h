@@ -6,7 +6,7 @@
 
 namespace reference_host {
 
-using GridIndex = std::array<int, 3>;  ///< cube or node of a box's grid: position in x, y, z
+using GridIndex = std::array<int, 3>;  ///< a cube or node of a box's grid: its position in x, y, z
 
 /// Places low[d] <= i[d] < high[d] of a grid.
 struct GridBlock {
@@ -40,8 +40,8 @@ struct GridBlock {
   }
 };
 
-/// Cuts a grid in two along its longest side, the halves again, and so on. Unlike a grid of blocks this gives
-/// every number of parts up to the number of cubes, in blocks near to cubes and near to equal size.
+/// Cuts a grid in two along its longest side, then each half, and so on. Unlike a grid of blocks, this gives
+/// any number of parts up to the number of cubes, as blocks of nearly cubic shape and nearly equal size.
 class GridBisection {
  public:
   /// @pre 1 <= nParts <= grid.Size()

@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-/// b > 0 of (exp(b) - 1) / b = stretch. The left side rises from 1, so halving an interval finds it.
+/// Solves (exp(b) - 1) / b = stretch for b > 0. The left side increases from 1, so bisection finds b.
 double ExponentOf(double stretch) {
   double low = 0.0, high = 1.0;
   auto const isBelow = [stretch](double b) { return std::expm1(b) / b < stretch; };

@@ -1,13 +1,14 @@
 #pragma once
 
-#include "reference_host/box/BoxMesh.h"
+#include "reference_host/box/BoxSpec.h"
+#include "reference_host/mesh/FaceMesh.h"
 
 namespace reference_host {
 
-/// Where a box's stretch and skew put the places of the uniform box. With X, Y, Z = x/lx, y/ly, z/lz in 0..1:
+/// Maps the points of a uniform box according to stretch and skew. With X, Y, Z = x/lx, y/ly, z/lz in 0..1:
 ///   y' = ly (exp(b Y) - 1) / (exp(b) - 1),  (exp(b) - 1) / b = stretch
 ///   x' = lx (X + skew sin(pi X) sin(2 pi Y) sin(2 pi Z))
-/// Both are smooth: refining the box refines the same mapping. The surface keeps its planes.
+/// Both are smooth, so that finer boxes sample the same mapping. The sides of the box stay plane.
 class BoxMapping {
  public:
   explicit BoxMapping(BoxSpec const& spec);

@@ -49,7 +49,7 @@ std::uint64_t Mix(std::uint64_t x) {
 // In [-1, 1): the upper 53 bits of the number.
 double SignedUnit(std::uint64_t x) { return static_cast<double>(x >> 11) * 0x1p-52 - 1.0; }
 
-/// Place of a node before the mapping. It depends on nothing but the node, so that every rank gets the same.
+/// Position of a node before the mapping. It depends on the node alone, so that every rank computes the same.
 Point NodePoint(BoxSpec const& spec, GridIndex const& node, std::int64_t globalNode) {
   GridIndex const n = {spec.nx, spec.ny, spec.nz};
   double const longest = std::max({n[0], n[1], n[2]});
@@ -66,8 +66,8 @@ Point NodePoint(BoxSpec const& spec, GridIndex const& node, std::int64_t globalN
   return point;
 }
 
-/// Makes one part. It works on the part's block of cubes and the shell of one layer of cubes around it, in
-/// which the halo cells are.
+/// Makes one part from its block of cubes and a shell of one layer of cubes around it, which contains the
+/// halo cells.
 class PartMaker {
  public:
   PartMaker(BoxSpec const& spec, int part, int nParts)
@@ -197,7 +197,7 @@ class PartMaker {
     });
   }
 
-  // An estimate from above: inner faces and one side of each pair for every cube, and the block's surface.
+  // An upper bound: inner faces and one side of each pair for every cube, and the block's surface.
   void ReserveFaces() {
     auto const facesOf = [&](std::size_t d) { return (own_.Length(d) + 1) * (own_.Size() / own_.Length(d)); };
     std::int64_t const nFaces = own_.Size() * shape_.nInnerFaces() + facesOf(0) * shape_.nFacesOnSide(0) +
@@ -210,7 +210,7 @@ class PartMaker {
     result_.facePatch.reserve(n);
   }
 
-  /// Adds the face if the cell is its owner and an owned cell is on either side.
+  /// Adds the face if the cell is its owner and one of its two cells belongs to the part.
   void MakeFace(GridIndex const& cube, int cell, int number, ShapeInCube::Face const& face) {
     GridIndex const other = face.side < 0 ? cube : Across(cube, face.side);
     bool const atBoundary = face.side >= 0 && !grid_.Contains(other);
@@ -228,11 +228,11 @@ class PartMaker {
     result_.faceStart.push_back(result_.faceNode.size());
     result_.owner.push_back(number);
     result_.neighbour.push_back(neighbour);
-    result_.facePatch.push_back(atBoundary ? face.side : -1);  // sides and patches stand in the same order
+    result_.facePatch.push_back(atBoundary ? face.side : -1);  // sides and patches have the same order
   }
 
   static constexpr int kAbsent = -1;
-  static constexpr int kPresent = -2;  // belongs to the part, number not given yet
+  static constexpr int kPresent = -2;  // belongs to the part, but has no number yet
 
   BoxSpec const spec_;
   BoxMapping const mapping_;
@@ -240,7 +240,7 @@ class PartMaker {
   GridBlock grid_;
   GridBisection bisection_;
   GridBlock own_;    // cubes of this part
-  GridBlock shell_;  // own_ and a layer around it, as far as the box goes
+  GridBlock shell_;  // own_ and a layer around it, within the box
   GridBlock shellNodes_{};
   std::vector<int> cellNumber_;  // in the part, by place in the shell; -1: neither owned nor halo
   std::vector<int> nodeNumber_;  // in the part, by place in the shell
@@ -253,7 +253,8 @@ class PartMaker {
 std::int64_t BoxNodeCount(BoxSpec const& spec) {
   std::int64_t const nx = spec.nx, ny = spec.ny, nz = spec.nz;
   if (spec.shape != BoxSpec::Shape::Dual) return (nx + 1) * (ny + 1) * (nz + 1);
-  // Centres of tetrahedra and of boundary triangles, and the edges of the box with their middles between nodes.
+  // The points of a dual: centres of tetrahedra and boundary triangles, nodes on the edges of the box and the
+  // midpoints between them.
   return 6 * nx * ny * nz + 4 * (nx * ny + ny * nz + nz * nx) + 8 * (nx + ny + nz) - 4;
 }
 

@@ -25,7 +25,7 @@ std::vector<ShapeInCube::Cell> Hexahedron() {
   return {MakeCell({{0, 4, 6, 2}, {1, 3, 7, 5}, {0, 1, 5, 4}, {2, 6, 7, 3}, {0, 2, 3, 1}, {4, 5, 7, 6}})};
 }
 
-// For each order (a, b, c) of the directions the tetrahedron on the path 0, e_a, e_a + e_b, 7 along the
+// For each order (a, b, c) of the directions, the tetrahedron on the path 0, e_a, e_a + e_b, 7 along the
 // cube's edges (Kuhn's division). All cubes cut their sides along parallel diagonals, so neighbours fit.
 std::vector<ShapeInCube::Cell> SixTetrahedra() {
   std::vector<ShapeInCube::Cell> cells;
@@ -34,7 +34,7 @@ std::vector<ShapeInCube::Cell> SixTetrahedra() {
     auto const [a, b, c] = order;
     bool const even = (b - a + 3) % 3 == 1;
     int v1 = 1 << a, v2 = 1 << a | 1 << b;
-    if (!even) std::swap(v1, v2);  // the path of an odd order turns the other way
+    if (!even) std::swap(v1, v2);  // the path of an odd order has the opposite orientation
     cells.push_back(MakeCell({{0, v2, v1}, {0, v1, 7}, {v1, v2, 7}, {0, 7, v2}}));
   } while (std::next_permutation(order.begin(), order.end()));
   return cells;

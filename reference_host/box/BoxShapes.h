@@ -2,19 +2,19 @@
 
 #include <vector>
 
-#include "reference_host/box/BoxMesh.h"
+#include "reference_host/box/BoxSpec.h"
 
 namespace reference_host {
 
-/// How one cube of a box is divided into cells, the same for every cube.
+/// The division of one cube of a box into cells, the same for every cube.
 ///
-/// Corner c of the cube stands at (c & 1, c >> 1 & 1, c >> 2 & 1). Side 2*d + 0 or 1 is the lower or upper
-/// one in direction d.
+/// Corner c of the cube is at (c & 1, c >> 1 & 1, c >> 2 & 1). Side 2*d is the lower and side 2*d + 1 the
+/// upper one in direction d.
 struct ShapeInCube {
   struct Face {
     std::vector<int> corners;  ///< by the right-hand rule around the normal out of the cell
     int side = -1;             ///< side of the cube that the face lies on, -1 inside the cube
-    int cellAcross = -1;       ///< cell on the other side, in this cube or in the one beyond the side
+    int cellAcross = -1;       ///< cell on the other side, in this cube or in the neighbour cube
   };
   struct Cell {
     std::vector<int> corners;  ///< ascending, which is also the order of the node numbers
@@ -27,7 +27,7 @@ struct ShapeInCube {
   int nFacesOnSide(int side) const;  ///< opposite sides have the same number
 };
 
-/// @pre not a dual, whose cells are in no single cube
+/// @pre shape is not Dual, whose cells extend over several cubes
 ShapeInCube const& ShapeTable(BoxSpec::Shape shape);
 
 }  // namespace reference_host

@@ -5,7 +5,7 @@
 #include <array>
 #include <map>
 
-#include "reference_host/mesh/MeshFile.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kNameLength = 33;
 constexpr std::size_t kPathLength = CG_MAX_GOTO_DEPTH * 33 + 1;  // a family of another base has its path
 
-/// Types of the conditions that leave them to their family, by family.
+/// By family: the type for those conditions that leave it to their family.
 std::map<std::string, std::string> ReadFamilyTypes(CgnsFile const& file) {
   int nFamilies = 0;
   file.Check(cg_nfamilies(file.handle(), file.base(), &nFamilies), "the families cannot be read");
@@ -32,7 +32,7 @@ std::map<std::string, std::string> ReadFamilyTypes(CgnsFile const& file) {
   return types;
 }
 
-/// Empty if the condition has no family. Of a path ("/Base/Family") the last part counts.
+/// Empty if the condition has no family. The last part of a path ("/Base/Family") counts.
 std::string FamilyOf(CgnsFile const& file, int condition) {
   file.Check(cg_goto(file.handle(), file.base(), "Zone_t", CgnsFile::zone(), "ZoneBC_t", 1, "BC_t", condition,
                      "end"),
@@ -68,7 +68,7 @@ void ReadMembers(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set
   file.CheckRoom(nGiven, "members of boundary condition " + name);
   file.CheckRoom(normalList, "normals of boundary condition " + name);
   std::vector<cgsize_t> given(static_cast<std::size_t>(nGiven));
-  // Normals are read along; they are of no use here, but the library wants room for them.
+  // The library wants room for the normals, too, which are not used.
   std::vector<double> normals(static_cast<std::size_t>(normalList));
   file.Check(cg_boco_read(file.handle(), file.base(), CgnsFile::zone(), index, given.data(),
                           normals.empty() ? nullptr : normals.data()),
@@ -79,7 +79,7 @@ void ReadMembers(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set
   }
   std::int64_t const most = condition.byNodes ? file.nNodes() : lastElement;
   if (given.size() != 2 || given[0] < 1 || given[1] < given[0] || given[1] > most) {
-    file.Fail("boundary condition " + name + " has a range that does not rise within the mesh");
+    file.Fail("boundary condition " + name + " has a range that does not ascend within the mesh");
   }
   condition.isRange = true;
   condition.first = given[0];

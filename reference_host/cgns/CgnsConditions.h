@@ -8,15 +8,15 @@
 
 namespace reference_host {
 
-/// A boundary condition: which patch it stands for, and where it holds.
+/// A boundary condition: its patch, and the faces where it holds.
 struct CgnsCondition {
-  std::string name;                  ///< of the BC_t, for failures
+  std::string name;                  ///< of the BC_t, for messages
   std::string patchName;             ///< the family's name if it has one, else its own
   std::string patchType;             ///< BCType_t, such as "BCWallViscous"
   bool byNodes = false;              ///< the members are nodes, else surface elements
   bool isRange = false;              ///< the members are first .. last, else `list`
-  std::int64_t first = 0, last = 0;  ///< counted from 1, both included; within the nodes or elements
-  std::vector<std::int64_t> list;    ///< counted from 1, anything
+  std::int64_t first = 0, last = 0;  ///< counted from 1, both included; valid numbers of nodes or elements
+  std::vector<std::int64_t> list;    ///< counted from 1; not checked
 };
 
 /// The boundary conditions of the zone, in the order of the file.

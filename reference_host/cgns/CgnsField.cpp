@@ -5,7 +5,7 @@
 #include <array>
 
 #include "reference_host/cgns/CgnsFile.h"
-#include "reference_host/mesh/MeshFile.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {

@@ -11,6 +11,7 @@
 
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MeshFile.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
@@ -80,7 +81,7 @@ void CgnsFile::FindZone() {
       Fail("zone " + Quoted(name.data()) + " is structured; convert it first");
     names.Add(Quoted(name.data()));
   }
-  if (nZones > 1) Fail("several zones are not supported (" + names.Text() + "); join them to one first");
+  if (nZones > 1) Fail("several zones are not supported (" + names.Text() + "); join them into one first");
   nNodes_ = sizes[0];
   nCells_ = sizes[1];
   constexpr std::int64_t kMost = std::numeric_limits<int>::max();
@@ -164,7 +165,7 @@ CgnsElements CgnsFile::Elements(CgnsSection const& section) const {
           failure);
     if (offsets.front() != 0 || offsets.back() != nEntries ||
         !std::is_sorted(offsets.begin(), offsets.end())) {
-      Fail(failure + ": the starts of its elements do not rise from 0 to its length");
+      Fail(failure + ": the starts of its elements do not ascend from 0 to its length");
     }
     elements.start.assign(offsets.begin(), offsets.end());
   }

@@ -12,7 +12,7 @@ namespace reference_host {
 /// Elements of one Elements_t of the zone, all numbers counted from 1.
 struct CgnsSection {
   std::string name;
-  int index = 0;           ///< how the library calls it
+  int index = 0;           ///< its number in the library
   int type = 0;            ///< ElementType_t
   std::int64_t first = 0;  ///< element numbers, both included
   std::int64_t last = 0;
@@ -21,7 +21,7 @@ struct CgnsSection {
   std::int64_t size() const { return last - first + 1; }
 };
 
-/// What the elements of a section consist of: entries start[i] .. start[i+1]-1 belong to element first + i.
+/// The connectivity of a section: entries start[i] .. start[i+1]-1 belong to element first + i.
 struct CgnsElements {
   std::vector<std::size_t> start;
   std::vector<std::int64_t>
@@ -30,11 +30,12 @@ struct CgnsElements {
       parent;  ///< [0..n-1] first and [n..2n-1] second cell of each face, 0: none; may be empty
 };
 
-/// A CGNS file open for reading, and the one unstructured zone of three dimensions in it. Headers of the library
-/// stay out of this one: their names are macros and global enumerators.
+/// A CGNS file open for reading, and the one three-dimensional unstructured zone in it. This header does not
+/// include those of the library, whose names are macros and global enumerators.
 class CgnsFile {
  public:
-  /// Throws MeshError if the file is no regular file, cannot be opened or has no such zone, or more than one.
+  /// Throws MeshError if the file is not a regular file, cannot be opened, or does not have exactly one such
+  /// zone.
   explicit CgnsFile(std::string name);
   ~CgnsFile();
   CgnsFile(CgnsFile const&) = delete;
@@ -50,27 +51,27 @@ class CgnsFile {
   std::vector<Point> Points() const;
   std::vector<CgnsSection> Sections() const;  ///< ascending by element number
 
-  /// The connectivity of a section, its parents included if it has them.
+  /// The connectivity of a section, with its parents if it has them.
   CgnsElements Elements(CgnsSection const& section) const;
 
-  /// Fails unless the file, together with files that it links to, can hold `count` numbers: nothing is allocated for a
-  /// count that cannot be right.
-  /// @param[in] what  what is counted, for the failure: "nodes"
+  /// Fails unless the file, together with the files that it links to, can hold `count` numbers. So nothing is
+  /// allocated for a count that cannot be right.
+  /// @param[in] what  what is counted, for the message: "nodes"
   void CheckRoom(std::int64_t count, std::string const& what) const;
 
-  /// Throws MeshError "NAME: what: reason of the library" unless the status of a call says success.
+  /// Throws MeshError "NAME: what: the library's reason" unless `status` means success.
   void Check(int status, std::string const& what) const;
 
   [[noreturn]] void Fail(std::string const& what) const;
 
  private:
-  /// Closes what a failing constructor leaves open.
+  /// Closes the file even if the constructor fails.
   struct OpenFile {
     int handle = -1;
     ~OpenFile();
   };
 
-  /// In bytes; of linked files where the mesh, the solutions and the boundary conditions hang on links.
+  /// In bytes. Follows the links to the mesh, the solutions and the boundary conditions.
   std::int64_t SizeOfLinkedFiles() const;
 
   void FindBase();

@@ -11,10 +11,10 @@
 namespace reference_host {
 namespace {
 
-/// Numbers of at least 4 bytes, packed by at most 1032:1, which is what the compression of the format can do.
+/// Numbers have at least 4 bytes, and the compression of the format achieves at most 1032:1.
 constexpr std::int64_t kMostPerByte = 1032 / 4;
 
-/// Adds the file that the node, where the library stands now, is linked to.
+/// Adds the file that the library's current node is linked to.
 void AddLink(std::set<std::string>& files) {
   int length = 0;
   if (cg_is_link(&length) != CG_OK || length <= 0) return;
@@ -37,7 +37,7 @@ std::int64_t CgnsFile::SizeOfLinkedFiles() const {
   std::set<std::string> files;
   if (cg_goto(handle_, base_, "Zone_t", zone(), "end") == CG_OK) AddLink(files);
   for (char const* const label : {"GridCoordinates_t", "ZoneBC_t", "Elements_t", "FlowSolution_t"}) {
-    // Numbers that are not there end the search.
+    // The search ends at a number that does not exist.
     for (int i = 1; cg_goto(handle_, base_, "Zone_t", zone(), label, i, "end") == CG_OK; ++i) AddLink(files);
   }
   for (int i = 1;

@@ -9,13 +9,14 @@
 #include "reference_host/cgns/CgnsConditions.h"
 #include "reference_host/cgns/CgnsFile.h"
 #include "reference_host/cgns/CgnsTopology.h"
-#include "reference_host/mesh/MeshFile.h"
 #include "reference_host/mesh/MeshNames.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
 
-/// Gives every boundary face its patch: by a condition, by the section of its surface element, or "unnamed".
+/// Assigns every boundary face to a patch: by a condition, by the section of its surface element, or
+/// "unnamed".
 class PatchAssigner {
  public:
   PatchAssigner(CgnsFile const& file, std::vector<CgnsSection> const& sections, CgnsTopology& topology)
@@ -71,8 +72,8 @@ class PatchAssigner {
     held = patch;
   }
 
-  /// Surfaces of a range of elements are taken from the list of surfaces, not one by one from the range: its ends may
-  /// be any numbers.
+  /// The surfaces in a range of elements come from the list of surfaces. The range itself is not walked,
+  /// since its ends may be any numbers.
   void AssignByElements(CgnsCondition const& condition, int patch) {
     if (condition.isRange) {
       auto surface = FirstSurfaceFrom(condition.first);
@@ -98,12 +99,12 @@ class PatchAssigner {
                      int patch) {
     if (surface == topology_.surfaces.cend() || surface->element != element) {
       file_.Fail("boundary condition " + Quoted(condition.name) + " has element " + std::to_string(element) +
-                 ", which is no surface element");
+                 ", which is not a surface element");
     }
     if (surface->face >= 0) Give(surface->face, patch);
   }
 
-  /// Ranges are a few bytes each, so that many of them over the whole mesh would take the product of both.
+  /// A range takes only a few bytes, so a file could have many that all span the whole mesh.
   void CountMember(CgnsCondition const& condition) {
     auto const nItems = static_cast<std::int64_t>(topology_.surfaces.size()) + file_.nNodes();
     if (++nMembersOfRanges_ <= 16 * nItems) return;
@@ -147,8 +148,8 @@ class PatchAssigner {
                        [this](int node) { return memberSince_[node] == round_; });
   }
 
-  /// Files every boundary face under that one of its nodes that has the fewest boundary faces: a set of nodes then
-  /// looks at few faces besides its own, even where many meet in one node.
+  /// Lists every boundary face under the one of its nodes that has the fewest boundary faces. A set of nodes
+  /// then visits few faces besides its own, even if many meet in one node.
   void IndexFacesByNode() {
     std::size_t const nPoints = mesh_.points.size();
     std::vector<int> nFacesOfNode(nPoints, 0);

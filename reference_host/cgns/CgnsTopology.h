@@ -13,10 +13,10 @@ namespace reference_host {
 struct CgnsSurface {
   std::int64_t element = 0;
   int section = 0;  ///< position among the sections
-  int face = -1;    ///< -1: not at the boundary, or another element lies there too and came first
+  int face = -1;    ///< -1: not at the boundary, or an earlier element lies there, too
 };
 
-/// Cells and faces of a zone, and how its boundary is found again from the numbers in the file.
+/// Cells and faces of a zone, and the way from the numbers in the file to its boundary.
 struct CgnsTopology {
   FaceMesh mesh;                      ///< without patches; facePatch is -1 everywhere
   std::vector<int> pointOfNode;       ///< [node - 1] -1: no cell uses the node
@@ -26,13 +26,13 @@ struct CgnsTopology {
 /// "element 12 of section 'Cells'".
 std::string NameOfElement(std::vector<CgnsSection> const& sections, std::int64_t element);
 
-/// From linear standard cells. Throws MeshError for elements of higher order.
+/// The topology of linear standard cells. Throws MeshError for elements of higher order.
 CgnsTopology JoinCgnsCells(CgnsFile const& file, std::vector<CgnsSection> const& sections);
 
-/// From polygons and the polyhedra that they bound.
+/// The topology of polygons and the polyhedra that they bound.
 CgnsTopology JoinCgnsPolyhedra(CgnsFile const& file, std::vector<CgnsSection> const& sections);
 
-/// Whether the cells are polyhedra: there is a section of polygons.
+/// Whether the cells are polyhedra, that is, whether there is a section of polygons.
 bool HasCgnsPolygons(std::vector<CgnsSection> const& sections);
 
 }  // namespace reference_host

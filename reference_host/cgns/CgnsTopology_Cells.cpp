@@ -10,13 +10,13 @@
 
 #include "reference_host/cgns/CgnsTopology.h"
 #include "reference_host/mesh/FaceMeshBuilder.h"
-#include "reference_host/mesh/MeshFile.h"
 #include "reference_host/mesh/MeshNames.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
 
-/// The nodes of linear CGNS elements stand in the order of FaceMeshBuilder's.
+/// The nodes of linear CGNS elements have the order that FaceMeshBuilder expects.
 std::optional<CellShape> ShapeOf(int type) {
   switch (type) {
     case CGNS_ENUMV(TETRA_4):
@@ -34,7 +34,7 @@ std::optional<CellShape> ShapeOf(int type) {
 
 bool IsLinearSurface(int type) { return type == CGNS_ENUMV(TRI_3) || type == CGNS_ENUMV(QUAD_4); }
 
-/// Nodes and edges are no part of the mesh; some programs write them along.
+/// Nodes and edges are not part of the mesh, but some programs write them.
 bool IsPassedOver(int type) {
   return type == CGNS_ENUMV(NODE) || type == CGNS_ENUMV(BAR_2) || type == CGNS_ENUMV(BAR_3);
 }
@@ -44,13 +44,13 @@ int NodeCountOf(int type) {
   return cg_npe(static_cast<CGNS_ENUMT(ElementType_t)>(type), &n) == CG_OK ? n : 0;
 }
 
-/// Gives the elements of all sections to a FaceMeshBuilder, which matches their faces.
+/// Passes the elements of all sections to a FaceMeshBuilder, which matches their faces.
 class CellJoiner {
  public:
   CellJoiner(CgnsFile const& file, std::vector<CgnsSection> const& sections)
       : file_(file),
         sections_(sections),
-        // Surfaces are told apart by taking each for a patch of its own, counted from 1; 0 is what nothing covers.
+        // Each surface is a patch of its own, counted from 1, to identify it later; 0 means not covered.
         builder_(file.Name(), file.Points(), {{"unnamed", "", {}}}),
         isUsed_(static_cast<std::size_t>(file.nNodes()), 0) {
     builder_.SetCellNamer([this](int cell) { return NameOfElement(sections_, elementOfCell_[cell]); });
@@ -94,7 +94,7 @@ class CellJoiner {
                  (isKnown ? std::string(ElementTypeName[type]) : std::to_string(type)) +
                  " cannot be read; write the mesh with linear elements");
     }
-    if (nNodes != NodeCountOf(type)) FailElement(section, element, "has a wrong number of nodes");
+    if (nNodes != NodeCountOf(type)) FailElement(section, element, "has the wrong number of nodes");
     std::array<int, 8> const own = OwnNumbers(section, element, nodes, nNodes);
     if (shape) {
       elementOfCell_.push_back(element);
@@ -134,7 +134,7 @@ class CellJoiner {
     }
   }
 
-  /// The builder keeps the points that cells use, in their order.
+  /// The builder keeps the points that cells use, and their order.
   void NumberPoints() {
     int next = 0;
     result_.pointOfNode.reserve(isUsed_.size());

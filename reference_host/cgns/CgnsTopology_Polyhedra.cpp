@@ -8,8 +8,8 @@
 
 #include "reference_host/cgns/CgnsTopology.h"
 #include "reference_host/mesh/FaceGeometry.h"
-#include "reference_host/mesh/MeshFile.h"
 #include "reference_host/mesh/MeshNames.h"
+#include "reference_host/mesh/MessageText.h"
 #include "reference_host/mesh/Vector3.h"
 
 namespace reference_host {
@@ -35,8 +35,9 @@ void TurnFace(FaceMesh& mesh, int f) {
                mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]));
 }
 
-/// Faces come from NGON_n sections. Their cells come from NFACE_n sections, where a face with positive sign points
-/// out of the cell, or else from the parent elements of the faces, where it points from the first to the second.
+/// Faces come from NGON_n sections. Their cells come from NFACE_n sections, where a face with positive sign
+/// points out of the cell; or else from the parent elements of the faces, where a face points from the first
+/// to the second.
 class PolyhedronJoiner {
  public:
   PolyhedronJoiner(CgnsFile const& file, std::vector<CgnsSection> const& sections)
@@ -69,7 +70,7 @@ class PolyhedronJoiner {
       hasCells_ = hasCells_ || section.type == CGNS_ENUMV(NFACE_n);
       if (isEdge || section.type == CGNS_ENUMV(NFACE_n) || section.type == CGNS_ENUMV(NGON_n)) continue;
       file_.Fail("section " + Quoted(section.name) +
-                 " has standard elements beside polygons (NGON_n); only one or the other can be read");
+                 " has standard elements besides polygons (NGON_n); only one or the other can be read");
     }
   }
 
@@ -115,7 +116,7 @@ class PolyhedronJoiner {
         [](CgnsSurface const& surface, std::int64_t wanted) { return surface.element < wanted; });
     if (found == result_.surfaces.end() || found->element != element) {
       file_.Fail(NameOfElement(sections_, atWork_) + " has face " + std::to_string(element) +
-                 ", which is no polygon (NGON_n)");
+                 ", which is not a polygon (NGON_n)");
     }
     return found->face;
   }
@@ -131,7 +132,7 @@ class PolyhedronJoiner {
         for (std::size_t k = elements.start[i]; k < elements.start[i + 1]; ++k) {
           std::int64_t const signedElement = elements.entry[k];
           bool const pointsOut = signedElement > 0;
-          // The one number whose negative does not fit is no element, either.
+          // The number whose negative overflows is not an element, either.
           bool const fits = signedElement != std::numeric_limits<std::int64_t>::min();
           Attach(FaceOfElement(pointsOut || !fits ? signedElement : -signedElement), mesh_.nCells, pointsOut);
         }
@@ -154,14 +155,14 @@ class PolyhedronJoiner {
     side = cell;
   }
 
-  /// @pre the cell is the last one or one before it
+  /// @pre the cell exists
   std::string NameOfCell(int cell) const {
-    // The last one has no entry yet: its section is the one at work.
+    // The last cell has no entry yet: its section is the current one.
     auto const known = static_cast<std::size_t>(cell) < elementOfCell_.size();
     return NameOfElement(sections_, known ? elementOfCell_[cell] : atWork_);
   }
 
-  /// Parents are element numbers of cells that stand in no section; the lowest is the first cell.
+  /// Parents are element numbers of cells, which have no section; the lowest number is the first cell.
   void AddCellsOfParents() {
     std::int64_t lowest = std::numeric_limits<std::int64_t>::max(), highest = 0;
     for (auto const* parents : {&firstParent_, &secondParent_}) {
@@ -174,7 +175,8 @@ class PolyhedronJoiner {
       file_.Fail("the parent elements are cells " + std::to_string(lowest) + " to " +
                  std::to_string(highest) + ", but the zone has " + std::to_string(file_.nCells()) + " cells");
     }
-    // A cell has at least four faces. Tables as long as a nonsensical number must not be asked for.
+    // A cell has at least four faces. This check comes before tables are allocated by a number that may be
+    // nonsense.
     if (file_.nCells() > static_cast<std::int64_t>(2 * firstParent_.size()) / 4) {
       file_.Fail("the zone has " + std::to_string(file_.nCells()) + " cells, which " +
                  std::to_string(firstParent_.size()) + " faces cannot close");
@@ -190,7 +192,7 @@ class PolyhedronJoiner {
     }
   }
 
-  /// Every face gets an owner that it points out of.
+  /// Gives every face an owner that it points out of.
   void OrientFaces() {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (mesh_.owner[f] >= 0) continue;
@@ -200,13 +202,13 @@ class PolyhedronJoiner {
       std::swap(mesh_.owner[f], mesh_.neighbour[f]);
       TurnFace(mesh_, f);
     }
-    // Some programs take all directions the other way round. The boundary as a whole tells.
+    // Some programs reverse all directions. The sign of the volume inside the boundary shows it.
     if (mesh_.nFaces() > 0 && HasFullFaces() && SignedVolume3(mesh_) < 0.0) {
       for (int f = 0; f < mesh_.nFaces(); ++f) TurnFace(mesh_, f);
     }
   }
 
-  /// Faces of fewer nodes have no fan; the mesh check refuses them.
+  /// Faces of fewer than three nodes have no fan; the mesh check rejects them.
   bool HasFullFaces() const {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (mesh_.faceStart[f + 1] - mesh_.faceStart[f] < 3) return false;
@@ -246,7 +248,7 @@ class PolyhedronJoiner {
                   }});
   }
 
-  /// Until here every polygon counts as a surface, with its face.
+  /// So far, every polygon counts as a surface with its face.
   void FindSurfaces() {
     for (CgnsSurface& surface : result_.surfaces) {
       if (mesh_.neighbour[surface.face] >= 0) surface.face = -1;

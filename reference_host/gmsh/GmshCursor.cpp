@@ -39,7 +39,7 @@ double GmshCursor::Real(char const* what) { return binary_ ? Raw<double>(what) :
 
 void GmshCursor::CheckRoom(std::int64_t count, std::size_t numbers, std::size_t bytes,
                            char const* what) const {
-  // A number in text takes a digit and a separator; the last one of the file needs no separator.
+  // A number in text takes a digit and a separator, except the last one of the file.
   std::size_t const room = binary_ ? text_.Remaining() : text_.Remaining() + 1;
   std::size_t const each = binary_ ? bytes : 2 * numbers;
   if (count >= 0 && static_cast<std::size_t>(count) <= room / each) return;

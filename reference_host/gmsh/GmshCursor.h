@@ -10,36 +10,36 @@
 
 namespace reference_host {
 
-/// Walks through a Gmsh file, whose numbers are text or binary while the rest is always text.
+/// Reads a Gmsh file item by item. Its numbers are text or binary; the rest is always text.
 class GmshCursor {
  public:
   explicit GmshCursor(MeshFile& file) : file_(file), text_(file, TextCursor::Comments::None) {}
 
-  /// The parts that are text in any file.
+  /// For the parts that are text in any file.
   TextCursor& Text() { return text_; }
 
   bool IsBinary() const { return binary_; }
   void SetBinary();
 
-  /// A number in the file's encoding; `what` is what is expected, for the failure.
+  /// A number in the file's encoding; `what` names what is expected, for the message.
   int Int(char const* what);            ///< binary: 4 bytes
   std::int64_t Size(char const* what);  ///< binary: 8 bytes; not negative
   double Real(char const* what);        ///< binary: 8 bytes
 
-  /// Fails unless the rest of the file can hold `count` things of `numbers` numbers, `bytes` bytes each:
-  /// nothing is allocated, and no loop begun, for a count that cannot be right.
+  /// Fails unless the rest of the file can hold `count` items of `numbers` numbers, `bytes` bytes each. So
+  /// nothing is allocated, and no loop started, for a count that cannot be right.
   void CheckRoom(std::int64_t count, std::size_t numbers, std::size_t bytes, char const* what) const;
 
-  /// Passes over the line break before binary numbers.
+  /// Skips the line break before binary numbers.
   void SkipLineBreak();
 
   /// Expects "$End" + section.
   void EndSection(std::string_view section);
 
-  /// Passes over everything up to and including "$End" + section.
+  /// Skips everything up to and including "$End" + section.
   void SkipSection(std::string_view section);
 
-  /// Fails at the beginning of what was read last.
+  /// Fails at the beginning of the last item read.
   [[noreturn]] void Fail(std::string const& what) const;
 
  private:

@@ -18,14 +18,13 @@
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MeshFile.h"
 #include "reference_host/mesh/MeshNames.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
 
-// $MeshFormat
-// version, 0 text or 1 binary, bytes of a real number
-// binary: the number 1 in 4 bytes, which tells the byte order
-// $EndMeshFormat
+// $MeshFormat version, 0 text or 1 binary, bytes of a real number binary: the number 1 in 4 bytes, which
+// shows the byte order $EndMeshFormat
 std::unique_ptr<GmshSections> ReadFormat(GmshCursor& cursor, GmshContent& content) {
   TextCursor& text = cursor.Text();
   if (text.Name("$MeshFormat") != "$MeshFormat")
@@ -45,7 +44,7 @@ std::unique_ptr<GmshSections> ReadFormat(GmshCursor& cursor, GmshContent& conten
     cursor.SetBinary();
     int const one = cursor.Int("the number 1");
     if (one == 0x01000000) cursor.Fail("the file has the byte order of another machine");
-    if (one != 1) cursor.Fail("the number 1 that tells the byte order is missing");
+    if (one != 1) cursor.Fail("the number 1 that shows the byte order is missing");
   }
   cursor.EndSection("MeshFormat");
   if (is2) return std::make_unique<GmshSections2>(cursor, content);
@@ -70,7 +69,7 @@ void ReadPhysicalNames(TextCursor& text, GmshContent& content) {
   }
 }
 
-/// Everything between the format and the end of the file; sections of no interest here are passed over.
+/// Reads everything after the format; skips sections that are not needed.
 void ReadSections(GmshCursor& cursor, GmshSections& sections, GmshContent& content) {
   TextCursor& text = cursor.Text();
   std::set<std::string> seen;
@@ -92,13 +91,13 @@ void ReadSections(GmshCursor& cursor, GmshSections& sections, GmshContent& conte
   }
 }
 
-/// From the numbers of the nodes in the file to 0, 1, 2, ... in their order.
+/// Maps the node numbers of the file to 0, 1, 2, ... in the order of the file.
 class NodeIndex {
  public:
   NodeIndex(std::string const& file, std::vector<std::int64_t> const& tags) : file_(file) {
     std::int64_t highest = 0;
     for (std::int64_t const tag : tags) highest = std::max(highest, tag);
-    // Tags usually leave few gaps; then a table by tag is by far the fastest.
+    // Tags usually have few gaps; then a table by tag is by far the fastest.
     bool const dense = static_cast<std::uint64_t>(highest) <= 4 * tags.size() + 1000;
     if (dense) table_.assign(static_cast<std::size_t>(highest) + 1, -1);
     for (std::size_t i = 0; i < tags.size(); ++i) {
@@ -132,7 +131,7 @@ class NodeIndex {
   }
 
   [[noreturn]] void FailTwice(std::int64_t tag) const {
-    throw MeshError(file_ + ": node " + std::to_string(tag) + " is there twice");
+    throw MeshError(file_ + ": node " + std::to_string(tag) + " occurs twice");
   }
 
   std::string const& file_;

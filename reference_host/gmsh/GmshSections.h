@@ -10,7 +10,7 @@
 
 namespace reference_host {
 
-/// Reads the sections that the versions of the format write differently; one class for each version.
+/// Reads the sections that differ between the versions of the format; one derived class for each version.
 class GmshSections {
  public:
   GmshSections(GmshCursor& cursor, GmshContent& content) : cursor_(cursor), content_(content) {}
@@ -18,15 +18,15 @@ class GmshSections {
   GmshSections& operator=(GmshSections const&) = delete;
   virtual ~GmshSections() = default;
 
-  /// Reads from behind the line "$Nodes" to before the end mark. False, and nothing read, for a section that
-  /// it does not know.
+  /// Reads a section from after its first line, such as "$Nodes", up to its end mark. Returns false and reads
+  /// nothing if it does not know the section.
   virtual bool Read(std::string_view section) = 0;
 
  protected:
   void AddNode(std::int64_t tag, Point const& point);
 
-  /// The entry of the type, or failure for types that cannot be read.
-  /// @param[in] element  number of the first element of that type, for the failure
+  /// The entry of the type. Fails for types that cannot be read.
+  /// @param[in] element  number of the first element of that type, for the message
   GmshElementType const& TypeOf(int number, std::int64_t element) const;
 
   /// Reads `type`'s node tags and keeps the element if it is a surface or a volume.
@@ -37,7 +37,7 @@ class GmshSections {
   GmshContent& content_;
 };
 
-/// MSH 2.2: tables of nodes and of elements that carry their physical tag.
+/// MSH 2.2: tables of nodes and of elements with their physical tags.
 class GmshSections2 : public GmshSections {
  public:
   using GmshSections::GmshSections;
@@ -51,7 +51,8 @@ class GmshSections2 : public GmshSections {
   std::int64_t ReadElementTags(int nTags);
 };
 
-/// MSH 4.1: nodes and elements in blocks, one or more for each geometric entity, which has the physical tags.
+/// MSH 4.1: nodes and elements in blocks, one or more for each geometric entity. The entities have the
+/// physical tags.
 class GmshSections4 : public GmshSections {
  public:
   using GmshSections::GmshSections;

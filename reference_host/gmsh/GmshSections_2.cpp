@@ -75,7 +75,7 @@ std::int64_t GmshSections2::ReadBinaryElements(std::int64_t nLeft) {
   return nFollowing;
 }
 
-/// The first tag is the physical one; its sign only tells a direction. The others (geometric entity,
+/// The first tag is the physical one; its sign is only an orientation. The others (geometric entity,
 /// partitions) are not needed.
 std::int64_t GmshSections2::ReadElementTags(int nTags) {
   std::int64_t physical = 0;

@@ -9,7 +9,7 @@ bool GmshSections4::Read(std::string_view section) {
   if (section == "Entities") {
     ReadEntities();
   } else if (section == "PartitionedEntities") {
-    cursor_.Text().Fail("the mesh is partitioned; save it whole, it is partitioned here again");
+    cursor_.Text().Fail("the mesh is partitioned; save it unpartitioned, since it is partitioned anew");
   } else if (section == "Nodes") {
     ReadNodes();
   } else if (section == "Elements") {
@@ -41,7 +41,7 @@ void GmshSections4::ReadEntity(int dimension) {
   int const nExtents = dimension == 0 ? 3 : 6;
   for (int i = 0; i < nExtents; ++i) cursor_.Real("the extent of an entity");
 
-  // Of several physical surfaces the first counts; the sign only tells a direction.
+  // The first of several physical surfaces counts; the sign is only an orientation.
   std::int64_t const nPhysical = cursor_.Size("a number of physical tags");
   cursor_.CheckRoom(nPhysical, 1, 4, "physical tags");
   for (std::int64_t i = 0; i < nPhysical; ++i) {

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "reference_host/mesh/MeshError.h"
-#include "reference_host/mesh/MeshFile.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
@@ -19,7 +19,7 @@ constexpr std::array<std::pair<std::string_view, BoundaryGroup>, 4> kGroups = {{
     {"wall", BoundaryGroup::Wall},
 }};
 
-/// How the conditions of CGNS files are called, in lower case.
+/// Names of the boundary conditions of CGNS files, in lower case.
 constexpr std::array<std::pair<std::string_view, BoundaryGroup>, 6> kCgnsGroups = {{
     {"bcinflow", BoundaryGroup::Inlet},
     {"bctunnelinflow", BoundaryGroup::Inlet},
@@ -50,14 +50,14 @@ std::optional<BoundaryGroup> GroupByBeginning(std::string const& text) {
   return std::nullopt;
 }
 
-/// Patch types that join parts of the mesh or stand for a missing dimension.
+/// Whether a patch type joins parts of the mesh or stands for a missing dimension.
 bool IsNoBoundary(std::string const& type) {
   std::string const lower = LowerCase(type);
   return lower == "empty" || lower == "wedge" || BeginsWith(lower, "cyclic") ||
          BeginsWith(lower, "processor");
 }
 
-/// Names are not cut before anybody would stop reading: the user has to repeat them exactly.
+/// Names are shortened late, because the user has to repeat them exactly.
 std::string QuotedName(std::string const& name) { return Quoted(name, 100); }
 
 std::string Described(Patch const& patch, std::int64_t nFaces) {

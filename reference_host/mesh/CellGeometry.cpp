@@ -42,9 +42,9 @@ void CellGeometryBuilder::AddPyramids(int owner, int neighbour, FaceFan const& f
 
 void CellGeometryBuilder::AddPyramidsOfSide(int cell, double sign, FaceFan const& fan) {
   Sums& sums = sums_[cell];
-  // h leads from the top to the fan's apex, which lies in the plane of every triangle t, so the pyramid over
-  // t has the volume S_t . h / 3 and its base centroid seen from the top is h + r_t: 3 V = sum over t of S_t
-  // . h = S . h,   sum over t of (S_t . h) (h + r_t) = 3 V h + spread h.
+  // h points from the top to the fan's apex, which lies in the plane of every triangle t. So the pyramid over
+  // t has the volume S_t . h / 3, and its base centroid relative to the top is h + r_t: 3 V = sum over t of
+  // S_t . h = S . h, and sum over t of (S_t . h) (h + r_t) = 3 V h + spread h.
   Point const h = Difference(fan.apex, sums.top);
   double const volume3 = sign * Dot(fan.area, h);
   Point const spreadH = {Dot(fan.spread[0], h), Dot(fan.spread[1], h), Dot(fan.spread[2], h)};
@@ -57,7 +57,7 @@ CellGeometry CellGeometryBuilder::Finish() {
   cells.centre.reserve(sums_.size());
   cells.volume.reserve(sums_.size());
   for (Sums const& sums : sums_) {
-    // A pyramid's centroid lies at three quarters of the way from its top to the centroid of its base.
+    // A pyramid's centroid lies three quarters of the way from its top to the centroid of its base.
     cells.centre.push_back(sums.volume3 > 0.0 ? Sum(sums.top, Scaled(0.75 / sums.volume3, sums.moment))
                                               : sums.top);
     cells.volume.push_back(sums.volume3 / 3.0);

@@ -6,7 +6,7 @@
 
 namespace reference_host {
 
-/// The face arrays that a FaceMesh and a MeshPart have in common, borrowed; meanings as there.
+/// The face arrays that a FaceMesh and a MeshPart have in common, borrowed.
 struct FaceTable {
   FaceTable(FaceMesh const&
                 mesh);  // NOLINT(google-explicit-constructor): both kinds of mesh are wanted as arguments
@@ -28,39 +28,39 @@ struct FaceTable {
 /// Centre and volume of the cells 0..nCells-1.
 struct CellGeometry {
   std::vector<Point> centre;   ///< L
-  std::vector<double> volume;  ///< L^3; not positive for a cell that is turned inside out
+  std::vector<double> volume;  ///< L^3; not positive for a cell that is inside out
 };
 
-/// Computes cells from their faces in two sweeps over the faces, without storing anything per face.
+/// Computes cell centres and volumes in two sweeps over the faces, without storing anything per face.
 ///
-/// A cell is cut into one pyramid per face triangle, with the average of the face centres as common top.
-/// Neighbours share the triangles of their face, so volumes add up exactly to the volume of the whole, warped
-/// faces or not, and each cell depends on its own faces alone: with the faces in the same order, any
+/// A cell is cut into one pyramid per face triangle, with the average of the face centres as the common top.
+/// Neighbours share the triangles of their face, so the volumes add up to the volume of the mesh even if
+/// faces are warped. Each cell depends on its own faces alone: with the faces in the same order, any
 /// partition computes the same bits.
 ///
-/// Sides of a face that are not cells 0..nCells-1 (boundary, halo cells) are passed over.
+/// Sides of a face that are not cells 0..nCells-1 (boundary, halo cells) are ignored.
 class CellGeometryBuilder {
  public:
   explicit CellGeometryBuilder(int nCells);
 
-  /// First sweep: every face once.
+  /// First sweep: call it once for every face.
   void AddFaceCentre(int owner, int neighbour, Point const& centre);
 
-  /// Between the sweeps.
+  /// Call it between the sweeps.
   void FinishTops();
 
-  /// Second sweep: every face once, in the same order.
+  /// Second sweep: call it once for every face, in the same order.
   void AddPyramids(int owner, int neighbour, FaceFan const& fan);
 
-  /// The result; the builder is spent. A cell without positive volume has its centre in the top of its
-  /// pyramids.
+  /// Returns the result and leaves the builder empty. The centre of a cell without positive volume is the top
+  /// of its pyramids.
   CellGeometry Finish();
 
  private:
   bool IsCell(int cell) const { return cell >= 0 && cell < nCells_; }
   void AddPyramidsOfSide(int cell, double sign, FaceFan const& fan);
 
-  /// All of a cell in one place: mesh files often have their faces in an order that jumps from cell to cell.
+  /// All sums of a cell side by side, because the faces of mesh files often jump from cell to cell.
   struct Sums {
     Point top = {0.0, 0.0, 0.0};     // sum, then average of the face centres
     Point moment = {0.0, 0.0, 0.0};  // over the pyramids: 3 volume (base centroid - top)
@@ -72,7 +72,8 @@ class CellGeometryBuilder {
   std::vector<Sums> sums_;
 };
 
-/// Centres and volumes of the cells 0..nCells-1 of a mesh (of the owned ones alone: pass MeshPart::nOwned).
+/// Centres and volumes of the cells 0..nCells-1 of a mesh. Pass MeshPart::nOwned for the owned cells of a
+/// part.
 CellGeometry ComputeCellGeometry(FaceTable const& faces, int nCells);
 
 }  // namespace reference_host

@@ -15,7 +15,7 @@
 namespace reference_host {
 namespace {
 
-/// An edge as one face has it.
+/// An edge of one face.
 struct EdgeOfFace {
   int low, high;  ///< nodes
   int face;
@@ -26,10 +26,10 @@ struct EdgeOfFace {
   }
 };
 
-/// A boundary face as one of its nodes has it.
+/// A boundary face at one of its nodes.
 struct Corner {
   int node, patch, face;
-  int before, after;  ///< nodes beside it, in the order of the face
+  int before, after;  ///< the adjacent nodes, in the order of the face
 
   bool operator<(Corner const& other) const {
     return std::tie(node, patch, face) < std::tie(other.node, other.patch, other.face);
@@ -62,7 +62,7 @@ class DualMaker {
   int NodeCount(int f) const { return static_cast<int>(mesh_.faceStart[f + 1] - mesh_.faceStart[f]); }
   int const* Nodes(int f) const { return mesh_.faceNode.data() + mesh_.faceStart[f]; }
 
-  /// Centres of the cells are the points 0.., those of the boundary faces follow.
+  /// The cell centres are the first points; the centres of the boundary faces follow.
   void PlaceCentres() {
     result_.points = ComputeCellGeometry(mesh_, mesh_.nCells).centre;
     centreOfFace_.assign(mesh_.owner.size(), -1);
@@ -97,7 +97,7 @@ class DualMaker {
     std::copy_if(faces.begin(), faces.end(), std::back_inserter(ends),
                  [this](int f) { return mesh_.neighbour[f] < 0; });
     DualFace dual = {low, high, -1, {}};
-    // From one boundary face to the other, or once around.
+    // From one boundary face to the other, or once around the edge.
     int face = ends.empty() ? faces.front() : ends.front();
     int cell = mesh_.owner[face];
     if (!ends.empty()) dual.nodes.push_back(centreOfFace_[face]);
@@ -126,7 +126,7 @@ class DualMaker {
     if (Dot(face.area, direction) < 0.0) std::reverse(nodes.begin(), nodes.end());
   }
 
-  /// The middle of an edge between two patches, made once.
+  /// The midpoint of an edge between two patches, created once.
   int MiddleOf(int a, int b) {
     auto const [known, isNew] = middles_.try_emplace(std::pair<int, int>(std::minmax(a, b)), -1);
     if (isNew) known->second = AddPoint(Scaled(0.5, Sum(mesh_.points[a], mesh_.points[b])));
@@ -165,7 +165,7 @@ class DualMaker {
       if (!isOpen) next = corners.begin();
       DualFace dual = {next->node, -1, next->patch, {}};
       if (isOpen) dual.nodes.push_back(MiddleOf(next->node, next->after));
-      // Turning like the faces themselves, around the outward normal, leads over the node before.
+      // To turn around the outward normal, as the faces do, go by way of the node before.
       int before = next->before;
       while (next != corners.end()) {
         before = next->before;
@@ -208,8 +208,8 @@ class DualMaker {
   FaceMesh const& mesh_;
   FaceMesh result_;
   std::vector<DualFace> faces_;
-  std::vector<int> centreOfFace_;               // by face: the point of its centre, -1 inside
-  std::vector<int> pointOfNode_;                // by node: its point, -1: none yet
+  std::vector<int> centreOfFace_;               // by face: the point at its centre; -1: inside
+  std::vector<int> pointOfNode_;                // by node: its point; -1: none yet
   std::map<std::pair<int, int>, int> middles_;  // the points of edges
 };
 

@@ -5,15 +5,15 @@
 namespace reference_host {
 namespace {
 
-/// Average of the nodes as seen from the first one. Differences of near points are exact or nearly so; sums
-/// of coordinates are not when the mesh lies far from the origin.
+/// Average of the nodes relative to the first one. Differences of nearby points are exact or nearly so; sums
+/// of coordinates are not if the mesh lies far from the origin.
 Point AverageFromFirst(std::vector<Point> const& points, int const* nodes, int n) {
   Point sum = {0.0, 0.0, 0.0};
   for (int i = 1; i < n; ++i) sum = Sum(sum, Difference(points[nodes[i]], points[nodes[0]]));
   return Scaled(1.0 / n, sum);
 }
 
-/// A single triangle needs no fan: every part of it has the same normal, so the spread is zero.
+/// A single triangle needs no fan: it has one normal, so the spread is zero.
 FaceFan TriangleFan(std::vector<Point> const& points, int const* nodes) {
   Point const& first = points[nodes[0]];
   Point const e1 = Difference(points[nodes[1]], first);

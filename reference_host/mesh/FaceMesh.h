@@ -14,7 +14,7 @@ using Point = std::array<double, 3>;
 /// Boundary groups of the operators, in the order in which the reference host numbers their ghost cells.
 enum class BoundaryGroup { Inlet, Outlet, Symmetry, Wall };
 
-/// A named part of the boundary, as the mesh file has it.
+/// A named part of the boundary in the mesh file.
 struct Patch {
   std::string name;
   std::string
@@ -24,22 +24,23 @@ struct Patch {
 
 struct MeshNames;
 
-/// A whole mesh addressed by faces: cells of any shape, all numbers 0-based. Every reader and generator fills this.
+/// A whole mesh addressed by faces: cells of any shape, all numbers 0-based. Every reader and generator makes
+/// one.
 struct FaceMesh {
   std::vector<Point> points;
 
-  /// Nodes of face f are faceNode[faceStart[f] .. faceStart[f+1]-1]; by the right-hand rule they turn around a normal
-  /// that points out of owner[f].
+  /// Nodes of face f are faceNode[faceStart[f] .. faceStart[f+1]-1]. By the right-hand rule, they go around a
+  /// normal that points out of owner[f].
   std::vector<std::size_t> faceStart = {0};
   std::vector<int> faceNode;
 
   std::vector<int> owner;      ///< cell that the normal points out of
-  std::vector<int> neighbour;  ///< cell on the other side, -1 at the boundary
-  std::vector<int> facePatch;  ///< index into patches at the boundary, -1 inside
+  std::vector<int> neighbour;  ///< cell on the other side; -1: boundary face
+  std::vector<int> facePatch;  ///< index into patches; -1: not at the boundary
   std::vector<Patch> patches;
   int nCells = 0;
 
-  /// How messages call nodes, faces and cells (MeshNames.h); null: by their numbers counted from 1.
+  /// The names of nodes, faces and cells in messages (MeshNames.h); null: their numbers counted from 1.
   std::shared_ptr<const MeshNames> names;
 
   int nFaces() const { return static_cast<int>(owner.size()); }

@@ -13,13 +13,13 @@ namespace {
 constexpr int kUncovered = std::numeric_limits<int>::min();
 constexpr std::size_t kMostItems = std::numeric_limits<int>::max();
 
-/// Nodes of the faces of a standard cell by position in the cell, turning around the outward normal; -1 ends
-/// a triangle.
+/// Nodes of the faces of a standard cell by position in the cell, around the outward normal; -1 ends a
+/// triangle.
 struct ShapeTable {
   int nNodes;
   int nFaces;
   std::array<std::array<int, 4>, 6> faces;
-  std::array<int, 8> mirrored;  ///< the order in which the nodes of a cell given inside out are right
+  std::array<int, 8> mirrored;  ///< the correct order of the nodes of a cell given inside out
 };
 
 // clang-format off
@@ -39,13 +39,13 @@ ShapeTable const& TableOf(CellShape shape) { return kShapes[static_cast<std::siz
 
 int NodeCountOfFace(std::array<int, 4> const& face) { return face[3] < 0 ? 3 : 4; }
 
-/// The lowest node first, the others ascending; a triangle's -1 stays last.
+/// Puts the lowest node first and the others in ascending order; a triangle's -1 stays last.
 std::array<int, 4> Sorted(std::array<int, 4> nodes) {
   std::sort(nodes.begin(), nodes.begin() + NodeCountOfFace(nodes));
   return nodes;
 }
 
-/// Whether b is a walked backwards, from any node on.
+/// Whether b is a in reverse order, starting at any node.
 bool IsReverse(std::array<int, 4> const& a, std::array<int, 4> const& b) {
   int const n = NodeCountOfFace(a);
   for (int shift = 0; shift < n; ++shift) {
@@ -86,7 +86,7 @@ void FaceMeshBuilder::AddCell(CellShape shape, int const* nodes) {
   OrientLastCell();
 }
 
-/// A volume that is zero or not a number says nothing about the direction; the mesh check refuses the cell.
+/// A volume that is zero or NaN does not show the orientation; the mesh check rejects the cell.
 void FaceMeshBuilder::OrientLastCell() {
   if (!(VolumeOfLastCell() < 0.0)) return;
   ShapeTable const& table = TableOf(shape_.back());
@@ -96,7 +96,7 @@ void FaceMeshBuilder::OrientLastCell() {
   for (int i = 0; i < table.nNodes; ++i) nodes[i] = given[table.mirrored[i]];
 }
 
-/// By the same triangles as the geometry of the operators, so that both agree about the sign.
+/// Uses the triangles of the geometry of the operators, so that the signs agree.
 double FaceMeshBuilder::VolumeOfLastCell() const {
   Point const& reference = points_[node_[nodeStart_[shape_.size() - 1]]];
   double volume3 = 0.0;
@@ -132,7 +132,7 @@ FaceMesh FaceMeshBuilder::Build() {
 }
 
 /// All sides in the order of their lowest node: equal faces end up among a few dozen others, in linear time.
-/// Those of node n stand at startOfNode[n]..startOfNode[n+1]-1, cells before surfaces, each ascending.
+/// Those of node n are at startOfNode[n]..startOfNode[n+1]-1, cells before surfaces, each ascending.
 std::vector<FaceMeshBuilder::Side> FaceMeshBuilder::SidesByLowestNode(
     std::vector<std::size_t>& startOfNode) const {
   auto const forEachSide = [this](auto const& visit) {
@@ -145,8 +145,8 @@ std::vector<FaceMeshBuilder::Side> FaceMeshBuilder::SidesByLowestNode(
     }
   };
 
-  // Counting sort. The counts stand one place further than usual, because placing a side moves the start of
-  // its node to where the next node's begins.
+  // Counting sort. The counts are shifted by one more place than usual, because placing a side advances the
+  // start of its node to the start of the next node.
   startOfNode.assign(points_.size() + 2, 0);
   forEachSide([&](Side const&, int lowest) { ++startOfNode[lowest + 2]; });
   for (std::size_t n = 2; n < startOfNode.size(); ++n) startOfNode[n] += startOfNode[n - 1];
@@ -200,7 +200,7 @@ void FaceMeshBuilder::JoinCells(Side const& a, Side const& b) {
   // Outward normals of two cells that meet in a face are opposite.
   if (!IsReverse(NodesOfSide(a), NodesOfSide(b))) {
     Fail(NameOfCell(static_cast<int>(b.item)) + " lies on the same side of a common face as " +
-         NameOfCell(static_cast<int>(a.item)) + " (the cell is there twice, or cells overlap)");
+         NameOfCell(static_cast<int>(a.item)) + " (the cell occurs twice, or cells overlap)");
   }
   otherSide_[sideStart_[a.item] + a.local] = static_cast<int>(b.item);
   otherSide_[sideStart_[b.item] + b.local] = static_cast<int>(a.item);
@@ -218,11 +218,11 @@ int FaceMeshBuilder::UnnamedPatch() {
 FaceMesh FaceMeshBuilder::CollectFaces() {
   FaceMesh mesh;
   mesh.nCells = static_cast<int>(shape_.size());
-  int unnamed = -1;  // looked up when the first uncovered face asks for it
+  int unnamed = -1;  // looked up at the first uncovered face
   for (int cell = 0; cell < mesh.nCells; ++cell) {
     for (int local = 0; local < TableOf(shape_[cell]).nFaces; ++local) {
       int const other = otherSide_[sideStart_[cell] + local];
-      if (other >= 0 && other < cell) continue;  // the other cell has brought this face
+      if (other >= 0 && other < cell) continue;  // the other cell has added this face
       if (mesh.owner.size() == kMostItems) Fail("more faces than an int can count");
       FaceNodes const nodes =
           NodesOfSide({static_cast<std::uint32_t>(cell), static_cast<std::uint32_t>(local)});

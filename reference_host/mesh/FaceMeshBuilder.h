@@ -12,56 +12,56 @@
 
 namespace reference_host {
 
-/// Standard cells. Their nodes: a tetrahedron has a triangle and then its tip, a pyramid a quadrangle and
-/// then its tip, a hexahedron and a prism one end and then the other, corresponding nodes in the same order.
-/// The first face turns around the direction that leads into the cell.
+/// Standard cells. Order of their nodes: a triangle and the tip of a tetrahedron; a quadrangle and the tip of
+/// a pyramid; one end and then the other of a hexahedron or a prism, with corresponding nodes in the same
+/// order. The nodes of the first face go around the direction into the cell.
 enum class CellShape : std::uint8_t { Tetrahedron, Hexahedron, Prism, Pyramid };
 
 /// Number of nodes of a standard cell.
 int NodeCount(CellShape shape);
 
-/// Makes a face-addressed mesh from standard cells: finds the faces that two cells share, and the patch of
-/// each other face from surface elements.
+/// Makes a face-addressed mesh from standard cells: finds the faces that two cells share, and takes the
+/// patches of the other faces from surface elements.
 ///
-/// Faces come in the order of their first cell and its faces; that cell is the owner, so owner < neighbour.
+/// Faces have the order of their first cell and its faces. That cell is the owner, so owner < neighbour.
 class FaceMeshBuilder {
  public:
-  /// How failures call a cell, from its number counted from 0.
+  /// The name of a cell in messages, from its number counted from 0.
   using CellNamer = std::function<std::string(int)>;
 
-  /// @param[in] meshName  what failures begin with, such as the file
-  /// @param[in] points    coordinates by node number, all of them used or not
+  /// @param[in] meshName  what messages begin with, such as the file
+  /// @param[in] points    coordinates by node number; not all need be used
   /// @param[in] patches   what AddSurface refers to
   FaceMeshBuilder(std::string meshName, std::vector<Point> points, std::vector<Patch> patches);
 
-  /// Without this cells are called "cell 1", "cell 2", ...
+  /// Without a namer, cells are called "cell 1", "cell 2", ...
   void SetCellNamer(CellNamer namer) { nameOfCell_ = std::move(namer); }
 
-  /// Adds the next cell. One given inside out (its volume is negative) is turned round: mesh files have both.
-  /// A node that occurs twice in it is a MeshError.
+  /// Adds the next cell. A cell with negative volume is given inside out, as some files do, and is inverted.
+  /// Throws MeshError if a node occurs twice.
   /// @param[in] nodes  [0..NodeCount(shape)-1] node numbers
   void AddCell(CellShape shape, int const* nodes);
 
-  /// Says that a boundary face with these nodes, in any direction, belongs to `patch`; the first of several
-  /// counts. It does not matter if there is no such face or if it lies between two cells.
+  /// Assigns the boundary face with these nodes, in either orientation, to `patch`. The first of several
+  /// calls for a face counts. Ignored if there is no such face or if it lies between two cells.
   /// @param[in] nodes  [0..n-1] node numbers, n = 3 or 4
   void AddSurface(int const* nodes, int n, int patch);
 
-  /// The mesh; the builder is spent. Boundary faces without a surface go to a patch called "unnamed", which
-  /// is added if it is not there. Points that no cell uses are left out. A face of more than two cells, and
-  /// two cells on the same side of a face, are a MeshError.
+  /// Returns the mesh and leaves the builder empty. Boundary faces without a surface belong to the patch
+  /// "unnamed", which is added if necessary. Points that no cell uses are left out. Throws MeshError for a
+  /// face of more than two cells and for two cells on the same side of a face.
   FaceMesh Build();
 
-  /// After Build: the number, as given, of each point of the mesh.
+  /// After Build: the original number of each point of the mesh.
   std::vector<int> const& KeptPoints() const { return keptPoint_; }
 
  private:
-  /// One face of a cell, or a surface element, on its way to its equals.
+  /// One face of a cell, or a surface element, to be matched with its equals.
   struct Side {
     std::uint32_t item;   ///< cell, or number of cells + surface
     std::uint32_t local;  ///< which face of the cell
   };
-  /// A side with the nodes that are not the lowest, ascending; -1 in place of a triangle's fourth node.
+  /// A side with its nodes except the lowest, ascending; -1 in place of a triangle's fourth node.
   struct SortedSide {
     std::array<int, 3> otherNodes;
     Side side;

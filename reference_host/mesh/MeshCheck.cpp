@@ -16,13 +16,12 @@
 namespace reference_host {
 namespace {
 
-/// |sum of the outward area vectors| / sum of the areas of a cell. A closed cell has rounding error only, a
-/// cell with a missing or turned face has the share of that face.
+/// |sum of the outward area vectors| / sum of the areas of a cell. It is rounding error for a closed cell,
+/// and the share of the face for a cell with a missing or inverted face.
 constexpr double kMostOpening = 1e-9;
 
-/// Area / (circumference of the face)^2 and volume / (area of the cell)^(3/2) of what counts as flat.
-/// Rounding of coordinates alone leaves about 1e-16, a boundary layer cell a millionth as high as wide has
-/// 1e-6.
+/// A face is flat if area / circumference^2 is below this, a cell if volume / area^(3/2) is. Rounding of
+/// coordinates alone leaves about 1e-16; a boundary-layer cell with an aspect ratio of a million has 1e-6.
 constexpr double kFlat = 1e-14;
 
 class MeshChecker {
@@ -74,7 +73,7 @@ class MeshChecker {
     }
   }
 
-  /// @param[in,out] lastFaceOfNode  of those before f; -1: none
+  /// @param[in,out] lastFaceOfNode  the last face before f that has the node; -1: none
   void CheckNodesOfFace(int f, std::vector<int>& lastFaceOfNode) const {
     std::size_t const begin = mesh_.faceStart[f];
     std::size_t const end = mesh_.faceStart[f + 1];
@@ -130,8 +129,7 @@ class MeshChecker {
     return sum;
   }
 
-  // Comparisons are written so that a value that is not a number (from coordinates near the largest one)
-  // fails.
+  // The comparisons are written so that a NaN fails, which coordinates near the largest number can produce.
   void CheckAreas() const {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       double const area = Length(ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area);

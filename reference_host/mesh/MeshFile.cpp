@@ -39,7 +39,7 @@ std::size_t SizeOf(std::string const& name) {
 
 std::unique_ptr<char[]> Allocate(std::string const& name, std::size_t size) {
   try {
-    return std::unique_ptr<char[]>(new char[size]);  // not make_unique: that would clear it first
+    return std::unique_ptr<char[]>(new char[size]);  // not make_unique, which would clear it first
   } catch (std::bad_alloc const&) {
     throw MeshError(name + ": " + std::to_string(size) + " bytes do not fit into memory");
   }
@@ -72,28 +72,6 @@ void RequireRegularFile(std::string const& name) {
   if (!std::filesystem::is_regular_file(status)) {
     throw MeshError(name + ": " + KindOf(status.type()) + ", not a regular file");
   }
-}
-
-std::string Quoted(std::string_view text, std::size_t longest, std::string_view mark) {
-  std::size_t end = std::min(longest, text.size());
-  // Not in the middle of a character of several bytes.
-  while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
-  std::string shown(text.substr(0, end));
-  for (char& c : shown) {
-    auto const byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7f) c = '?';
-  }
-  return std::string(mark) + shown + (end < text.size() ? "..." : "") + std::string(mark);
-}
-
-void NameList::Add(std::string const& name) {
-  if (nNames_ < kMost) text_ += (nNames_ == 0 ? "" : ", ") + name;
-  ++nNames_;
-}
-
-std::string NameList::Text() const {
-  if (nNames_ == 0) return "none";
-  return nNames_ <= kMost ? text_ : text_ + " and " + std::to_string(nNames_ - kMost) + " more";
 }
 
 }  // namespace reference_host

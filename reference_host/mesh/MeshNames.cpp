@@ -14,7 +14,7 @@ std::string CountedFrom1(char const* word, int number) {
   return std::string(word) + " " + std::to_string(number + std::int64_t{1});
 }
 
-/// "3, 5 and 9"; of a long list the beginning.
+/// "3, 5 and 9"; only the beginning of a long list.
 std::string NodesOfFace(FaceMesh const& mesh, int face) {
   constexpr std::size_t kMost = 8;
   std::size_t const begin = mesh.faceStart[face], end = mesh.faceStart[face + 1];

@@ -9,8 +9,8 @@
 
 namespace reference_host {
 
-/// How a mesh file calls what a FaceMesh numbers from 0, for messages: a user must find the place in the file. Readers
-/// that drop or reorder anything leave this in FaceMesh::names.
+/// The names in the mesh file of what a FaceMesh numbers from 0. Messages use them, so that a user finds the
+/// place in the file. Readers that drop or reorder anything store this in FaceMesh::names.
 struct MeshNames {
   std::string nodeWord = "node";
   std::function<std::int64_t(int)> nodeNumber;
@@ -18,13 +18,13 @@ struct MeshNames {
   std::function<std::string(int)> face;  ///< "face 7"; empty if the file does not number faces
 };
 
-/// "node 27". A mesh without names counts from 1.
+/// "node 27"; counted from 1 in a mesh without names.
 std::string NameOfNode(FaceMesh const& mesh, int node);
 
-/// "element 12"; without names "cell 12".
+/// "element 12"; "cell 12" in a mesh without names.
 std::string NameOfCell(FaceMesh const& mesh, int cell);
 
-/// "face 7", or "the face of nodes 3, 5 and 9 of element 12" where the file does not number faces.
+/// "face 7", or "the face of nodes 3, 5 and 9 of element 12" if the file does not number faces.
 std::string NameOfFace(FaceMesh const& mesh, int face);
 
 /// The names of a polyMesh, which counts points, faces and cells from 0.

@@ -10,9 +10,9 @@ namespace reference_host {
 namespace {
 
 constexpr int kAbsent = -1;
-constexpr int kPresent = -2;  // belongs to the part, number not given yet
+constexpr int kPresent = -2;  // belongs to the part, but has no number yet
 
-/// Cuts one part out of a mesh. Local numbers are given in ascending order of the whole mesh's numbers.
+/// Cuts one part out of a mesh. Local numbers have the order of the whole mesh's numbers.
 class PartExtractor {
  public:
   PartExtractor(FaceMesh const& mesh, std::vector<int> const& partOfCell, int part, int nParts)
@@ -48,7 +48,7 @@ class PartExtractor {
     }
   }
 
-  /// Faces with an owned cell, ascending; marks the cells on their other side.
+  /// Faces with an owned cell, ascending. Marks the cells on their other sides.
   std::vector<int> CollectFaces() {
     std::vector<int> faces;
     for (int f = 0; f < mesh_.nFaces(); ++f) {
@@ -71,8 +71,8 @@ class PartExtractor {
     }
   }
 
-  /// Pairs (halo cell counted from 0, node of the whole mesh), each once, ascending. All faces of the halo
-  /// cells are looked at, also those that are not in the part.
+  /// Pairs (halo cell counted from 0, node of the whole mesh), each once, ascending. They come from all faces
+  /// of the halo cells, including those outside the part.
   std::vector<std::pair<int, int>> CollectHaloNodes() const {
     std::vector<std::pair<int, int>> nodes;
     if (result_.nHalo() == 0) return nodes;

@@ -7,13 +7,14 @@
 
 namespace reference_host {
 
-/// One partition's share of a mesh before it is brought into the operators' numbering; all numbers 0-based.
+/// One partition's share of a mesh, before it gets the numbering of the operators; all numbers 0-based.
 ///
-/// Cells 0..nOwned-1 are owned, cells nOwned..nOwned+nHalo()-1 are halo cells: the cells of other parts that share a face
-/// with an owned one, each once. Owned and halo cells each stand in ascending order of `globalCell`.
+/// Cells 0..nOwned-1 are owned; cells nOwned..nOwned+nHalo()-1 are halo cells: the cells of other parts that
+/// share a face with an owned one, each once. Owned cells and halo cells each ascend by `globalCell`.
 ///
-/// A face keeps the node order and the owner -> neighbour direction of the whole mesh in every part that has it, so that
-/// both sides of a cut compute the same geometry bit for bit. So `owner` of a face may be a halo cell.
+/// A face keeps the node order and the owner -> neighbour direction of the whole mesh in every part that has
+/// it, so that both sides of a cut compute the same geometry bit for bit. Therefore `owner` of a face may be
+/// a halo cell.
 struct MeshPart {
   int part = 0;
   int nParts = 1;
@@ -38,10 +39,11 @@ struct MeshPart {
   int nFaces() const { return static_cast<int>(owner.size()); }
 };
 
-/// The share of each part 0..nParts-1, from the part number of every cell. A part may own any number of cells.
+/// The shares of the parts 0..nParts-1, given the part number of every cell. A part may own any number of
+/// cells.
 std::vector<MeshPart> SplitMesh(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts);
 
-/// The share of one part alone, equal to SplitMesh(...)[part].
+/// The share of one part, equal to SplitMesh(...)[part].
 MeshPart ExtractPart(FaceMesh const& mesh, std::vector<int> const& partOfCell, int part, int nParts);
 
 }  // namespace reference_host

@@ -1,4 +1,5 @@
 #include "reference_host/mesh/TextCursor.h"
+#include "reference_host/mesh/MessageText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -15,8 +16,8 @@ constexpr std::string_view kNameEnd = " \t\r\n\v\f{};\"";
 
 bool Contains(std::string_view set, char c) { return set.find(c) != std::string_view::npos; }
 
-/// from_chars calls what is too large and what is too small for a double alike "out of range" and leaves no
-/// value; strtod tells them apart (infinity, or the nearest small number).
+/// from_chars reports "out of range" for numbers too large and too small for a double alike, without a value.
+/// strtod distinguishes them (infinity, or the nearest small number).
 bool ParseExtremeReal(std::string_view text, double& value) {
   value = std::strtod(std::string(text).c_str(), nullptr);
   return std::isfinite(value);
@@ -85,7 +86,7 @@ std::int64_t TextCursor::Integer(char const* what) {
 
 double TextCursor::Real(char const* what) {
   BeginToken(what);
-  if (text_[position_] == '+') {  // which from_chars does not know, and then a '-' must not follow
+  if (text_[position_] == '+') {  // from_chars does not accept a '+', and no '-' may follow it
     ++position_;
     if (position_ < text_.size() && text_[position_] == '-') FailExpected(what);
   }
@@ -105,7 +106,7 @@ double TextCursor::Real(char const* what) {
 std::size_t TextCursor::Count(char const* what, std::size_t characters) {
   std::int64_t const count = Integer(what);
   if (count < 0) FailExpected(what);
-  // The last thing needs no separator behind it, hence + 1.
+  // The last item needs no separator after it, hence + 1.
   if (static_cast<std::size_t>(count) > (Remaining() + 1) / characters) {
     Fail(std::string(what) + " is " + std::to_string(count) + ", more than the rest of the file can hold");
   }

@@ -9,8 +9,8 @@
 
 namespace reference_host {
 
-/// Walks through the text of a mesh file. Every failure is a MeshError that names the place of what was read
-/// last. The file is borrowed.
+/// Reads the text of a mesh file item by item. Every failure is a MeshError that names the position of the
+/// last item. The file is borrowed.
 class TextCursor {
  public:
   enum class Comments { None, CStyle };
@@ -21,18 +21,18 @@ class TextCursor {
   void MoveTo(std::size_t position) { position_ = position; }
   std::size_t Remaining() const { return text_.size() - position_; }
 
-  /// True when only blanks and comments are left.
+  /// Whether only blanks and comments are left.
   bool AtEnd();
 
-  /// The next character after blanks and comments, not taken; '\0' at the end.
+  /// The next character after blanks and comments, which stays unread; '\0' at the end.
   char Peek();
 
-  /// Takes that character if it is c.
+  /// Reads that character if it is c.
   bool Accept(char c);
   void Expect(char c);
 
   /// Characters up to the next blank or one of ( ) { } ; ". Never empty.
-  /// @param[in] what  what is expected here, for the failure: "a node number"
+  /// @param[in] what  what is expected here, for the message: "a node number"
   std::string_view Word(char const* what);
 
   /// Characters up to the next blank or one of { } ; ", for names that may hold parentheses. Never empty.
@@ -44,11 +44,11 @@ class TextCursor {
   std::int64_t Integer(char const* what);
   double Real(char const* what);
 
-  /// An integer that counts things yet to come, each at least `characters` long. A count that the rest of the
-  /// file cannot hold fails here, before anything is allocated for it.
+  /// The number of items that follow, each at least `characters` long. Fails for a count that the rest of the
+  /// file cannot hold, before anything is allocated for it.
   std::size_t Count(char const* what, std::size_t characters);
 
-  /// Fails at the beginning of what was read last.
+  /// Fails at the beginning of the last item read.
   [[noreturn]] void Fail(std::string const& what) const { file_.Fail(tokenStart_, what); }
 
  private:

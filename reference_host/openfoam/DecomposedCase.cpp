@@ -8,6 +8,7 @@
 
 #include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/mesh/MeshError.h"
+#include "reference_host/mesh/MessageText.h"
 #include "reference_host/openfoam/FoamFile.h"
 #include "reference_host/openfoam/FoamList.h"
 #include "reference_host/openfoam/PolyMeshReader.h"
@@ -17,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// N of a name PREFIXN with digits only; -1 for other names.
+/// N of a name PREFIXN, where N has only digits; -1 for other names.
 int NumberBehind(std::string const& prefix, std::string const& name) {
   std::string const digits = name.substr(std::min(prefix.size(), name.size()));
   bool const fits = name.compare(0, prefix.size(), prefix) == 0 && !digits.empty() && digits.size() < 9 &&
@@ -42,7 +43,7 @@ bool BeginsWith(std::string const& text, std::string const& beginning) {
   return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-/// Takes the patches of type processor out of the mesh and makes cuts of them.
+/// Removes the patches of type processor from the mesh and makes cuts of them.
 class CutCollector {
  public:
   CutCollector(ProcessorMesh& result, std::vector<PatchFaces> const& facesOfPatch, int processor,

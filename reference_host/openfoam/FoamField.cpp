@@ -7,18 +7,19 @@
 #include <utility>
 
 #include "reference_host/mesh/MeshError.h"
-#include "reference_host/mesh/NamePattern.h"
-#include "reference_host/mesh/PatternTable.h"
+#include "reference_host/mesh/MessageText.h"
 #include "reference_host/openfoam/FoamFile.h"
 #include "reference_host/openfoam/FoamList.h"
+#include "reference_host/openfoam/NamePattern.h"
+#include "reference_host/openfoam/PatternTable.h"
 
 namespace reference_host {
 namespace {
 
-/// "uniform 3", "nonuniform List<scalar> 2 (3 4)" or "nonuniform List<scalar> 2{3}". The last one is not written out:
-/// a few bytes could announce any number of values.
+/// "uniform 3", "nonuniform List<scalar> 2 (3 4)" or "nonuniform List<scalar> 2{3}". The last one is not
+/// expanded, since a few bytes could announce any number of values.
 struct Values {
-  std::int64_t count = kAny;  ///< kAny: as many as are wanted
+  std::int64_t count = kAny;  ///< kAny: any number
   double same = 0.0;
   std::vector<double> list;  ///< empty: `count` times `same`
 
@@ -26,13 +27,13 @@ struct Values {
   bool IsUniform() const { return count == kAny; }
 };
 
-/// What boundaryField tells about one patch or pattern.
+/// The entry of one patch or pattern in boundaryField.
 struct PatchEntry {
   std::string type;
   std::optional<Values> value;
 };
 
-/// The faces of these types have the value of their cell by definition.
+/// Whether faces of this patch type have the value of their cell by definition.
 bool TakesValueOfCell(std::string_view type) {
   constexpr std::array<std::string_view, 5> kTypes = {"zeroGradient", "symmetry", "symmetryPlane", "slip",
                                                       "empty"};
@@ -68,8 +69,8 @@ class FieldParser {
  private:
   [[noreturn]] void Fail(std::string const& what) const { throw MeshError(file_.Name() + ": " + what); }
 
-  /// What looking up the patches may cost. Patterns that begin or end with letters of their own need far less; a file of
-  /// nothing but ".*a.*" for thousands of patches would take the product of both.
+  /// Limit for looking up the patches. Patterns with literal beginnings or ends need far less, but thousands
+  /// of patterns such as ".*a.*" for thousands of patches would cost their product.
   static std::uint64_t StepsFor(std::size_t nBytes, PolyMeshBoundary const& boundary) {
     for (Patch const& patch : boundary.patches) nBytes += patch.name.size();
     return 20'000'000 + 200 * std::uint64_t{nBytes};
@@ -77,7 +78,7 @@ class FieldParser {
 
   void ReadEntry() {
     std::string const key = file_.Keyword();
-    if (key.empty()) text_.Fail("a '}' too many");
+    if (key.empty()) text_.Fail("one '}' too many");
     if (key == "internalField") {
       internal_ = ReadValues(nCells_);
     } else if (key == "boundaryField") {
@@ -128,7 +129,7 @@ class FieldParser {
     std::string_view const kind = text_.Word("uniform or nonuniform");
     if (kind == "$internalField") {
       if (!internal_ || !internal_->IsUniform())
-        text_.Fail("$internalField stands for values only of a uniform field");
+        text_.Fail("$internalField can be used only if the internal field is uniform");
       values = *internal_;
     } else if (kind == "uniform") {
       values.same = text_.Real("a value");
@@ -182,7 +183,7 @@ class FieldParser {
     int const last = patterns_.FindLast(patch);
     if (patterns_.IsExhausted()) {
       Fail("the " + std::to_string(ofPattern_.size()) + " patterns are too many, or too long, for " +
-           std::to_string(boundary_.patches.size()) + " patches; give patches by their names");
+           std::to_string(boundary_.patches.size()) + " patches; name the patches instead");
     }
     return last < 0 ? nullptr : &ofPattern_[static_cast<std::size_t>(last)];
   }

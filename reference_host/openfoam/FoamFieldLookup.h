@@ -9,7 +9,7 @@
 
 namespace reference_host {
 
-/// Finds the values of a field file at cells and boundary faces.
+/// Looks up the values of a field file at cells and boundary faces.
 class FoamFieldLookup {
  public:
   /// Borrows both.
@@ -17,14 +17,14 @@ class FoamFieldLookup {
 
   double AtCell(std::int64_t cell) const { return field_.cell[static_cast<std::size_t>(cell)]; }
 
-  /// The value of the face, or of its cell if the field has none there.
+  /// The value of the face, or of its cell if the field has no value for the face.
   double At(BoundaryPlace const& place) const;
 
  private:
   struct Entry {
     std::int64_t cell;
     std::int64_t patch;
-    std::int64_t face;  ///< of the patch
+    std::int64_t face;  ///< position in the patch
     bool operator<(Entry const& other) const {
       if (cell != other.cell) return cell < other.cell;
       if (patch != other.patch) return patch < other.patch;

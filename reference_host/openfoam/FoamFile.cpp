@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "reference_host/mesh/MeshError.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
@@ -50,7 +51,7 @@ std::string FoamFile::Keyword() {
 
 std::string FoamFile::Value() {
   std::string first;
-  int depth = 0;  // of brackets and braces; an entry ends with ';' or with the brace that it began with
+  int depth = 0;  // of parentheses and braces; an entry ends with ';' or by closing its first brace
   for (bool isFirst = true;; isFirst = false) {
     char const c = text_.Peek();
     if (c == '(' || c == '{') {

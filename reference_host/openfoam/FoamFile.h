@@ -7,10 +7,10 @@
 
 namespace reference_host {
 
-/// A text file of OpenFOAM, open behind its FoamFile header.
+/// A text file of OpenFOAM, opened and read up to the end of its FoamFile header.
 class FoamFile {
  public:
-  /// Throws MeshError for files that are missing, compressed, binary or without header.
+  /// Throws MeshError for files that are missing, compressed, binary or without a header.
   FoamFile(std::string const& folder, std::string const& name);
 
   std::string const& Name() const { return file_.Name(); }
@@ -19,11 +19,11 @@ class FoamFile {
   /// The entry "class" of the header, such as "faceList".
   std::string const& ClassName() const { return className_; }
 
-  /// Reads the keyword of the next entry in braces; empty at the closing brace, which is taken.
+  /// Reads the keyword of the next entry in braces. Returns an empty text at the closing brace, after reading
+  /// it.
   std::string Keyword();
 
-  /// Reads the value of an entry up to its end and returns its first word, which is empty for anything but a
-  /// word.
+  /// Reads the value of an entry to its end. Returns its first word; empty if it does not begin with a word.
   std::string Value();
 
  private:

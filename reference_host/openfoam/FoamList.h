@@ -10,7 +10,7 @@
 
 namespace reference_host {
 
-/// "N (item item ...)" or "(item item ...)"; readItem takes one item.
+/// Reads "N (item item ...)" or "(item item ...)"; readItem reads one item.
 template <class ReadItem>
 void ReadFoamList(TextCursor& text, char const* what, ReadItem const& readItem) {
   bool const counted = text.Peek() != '(';
@@ -24,7 +24,8 @@ void ReadFoamList(TextCursor& text, char const* what, ReadItem const& readItem) 
   }
 }
 
-/// What a list with its length says: `count` items, which are `list`, or, if that is empty, all the `same`.
+/// The content of a list with a length: `count` items, which are `list`, or all equal to `same` if `list` is
+/// empty.
 template <class Item>
 struct FoamValues {
   std::int64_t count = 0;
@@ -37,20 +38,20 @@ struct FoamValues {
   }
 };
 
-/// A list with its length, "N (item item ...)" or, for N times the same, "N{item}".
-/// @param[in] what      what an item is, for failures: "cell number"
-/// @param[in] mostItems a longer list is a failure
-/// @param[in] readItem  takes one item and returns it
+/// Reads a list with a length, "N (item item ...)" or, for N equal items, "N{item}".
+/// @param[in] what      the name of an item, for messages: "cell number"
+/// @param[in] mostItems a longer list is an error
+/// @param[in] readItem  reads one item and returns it
 template <class Item, class ReadItem>
 FoamValues<Item> ReadFoamValues(TextCursor& text, char const* what, std::int64_t mostItems,
                                 ReadItem const& readItem) {
-  if (text.Peek() == '(') text.Fail(std::string("a list of ") + what + "s without its length");
+  if (text.Peek() == '(') text.Fail(std::string("a list of ") + what + "s without a length");
   FoamValues<Item> values;
   values.count = text.Integer("the length of a list");
   std::int64_t const n = values.count;
   if (n < 0 || n > mostItems) {
-    text.Fail("the length of a list of " + std::string(what) + "s " + std::to_string(n) + " is not in 0 to " +
-              std::to_string(mostItems));
+    text.Fail("the length of a list of " + std::string(what) + "s, " + std::to_string(n) +
+              ", is not in 0 to " + std::to_string(mostItems));
   }
   if (text.Accept('{')) {
     values.same = readItem();

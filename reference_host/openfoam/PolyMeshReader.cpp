@@ -10,6 +10,7 @@
 
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MeshNames.h"
+#include "reference_host/mesh/MessageText.h"
 #include "reference_host/openfoam/FoamFile.h"
 #include "reference_host/openfoam/FoamList.h"
 
@@ -27,7 +28,7 @@ int ReadNumber(TextCursor& text, char const* what, std::int64_t end) {
   return static_cast<int>(number);
 }
 
-/// Cell numbers of at most nFaces faces. A mesh of very few cells may have "N{n}", N times the same.
+/// Cell numbers of at most nFaces faces. A mesh of very few cells may have "N{n}", N equal numbers.
 std::vector<int> ReadCellNumbers(FoamFile& file, std::int64_t nFaces) {
   TextCursor& text = file.Text();
   return ReadFoamValues<int>(text, "cell number", nFaces,
@@ -67,10 +68,10 @@ void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
     std::int64_t const start = text.Integer("the start of a face");
     bool const rises =
         mesh.faceStart.empty() ? start == 0 : start >= static_cast<std::int64_t>(mesh.faceStart.back());
-    if (!rises) text.Fail("the starts of the faces must begin with 0 and rise");
+    if (!rises) text.Fail("the starts of the faces must begin with 0 and ascend");
     mesh.faceStart.push_back(static_cast<std::size_t>(start));
   });
-  if (mesh.faceStart.empty()) text.Fail("the starts of the faces must begin with 0 and rise");
+  if (mesh.faceStart.empty()) text.Fail("the starts of the faces must begin with 0 and ascend");
   ReadFoamList(text, "the number of nodes of all faces",
                [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
   if (mesh.faceStart.back() != mesh.faceNode.size()) {
@@ -91,18 +92,19 @@ void ReadFaces(std::string const& folder, FaceMesh& mesh) {
   }
 }
 
-/// The number of cells is told by no file (but in a note); it follows from the highest number in owner or
+/// No file has the number of cells (except in a note); it follows from the highest number in owner or
 /// neighbour.
 void CountCells(std::string const& folder, FaceMesh& mesh) {
   std::int64_t nCells = 0;
   for (std::vector<int> const* cells : {&mesh.owner, &mesh.neighbour}) {
     for (int const cell : *cells) nCells = std::max(nCells, std::int64_t{cell} + 1);
   }
-  // A cell has at least four faces. Tables as long as a nonsensical number must not be asked for.
+  // A cell has at least four faces. This check comes before tables are allocated by a number that may be
+  // nonsense.
   std::size_t const nSides = mesh.owner.size() + mesh.neighbour.size();
   if (4 * static_cast<std::size_t>(nCells) > nSides) {
     throw MeshError(folder + ": owner and neighbour name cell " + std::to_string(nCells - 1) + ", but " +
-                    std::to_string(mesh.owner.size()) + " faces cannot close so many cells");
+                    std::to_string(mesh.owner.size()) + " faces cannot close that many cells");
   }
   mesh.nCells = static_cast<int>(nCells);
 }
@@ -119,7 +121,7 @@ void ReadCells(std::string const& folder, FaceMesh& mesh) {
   CountCells(folder, mesh);
 }
 
-/// What the file boundary tells about one patch.
+/// The entry of one patch in the file boundary.
 struct PatchEntry {
   Patch patch;
   PatchFaces faces = {-1, -1};
@@ -146,7 +148,7 @@ PatchEntry ReadPatch(FoamFile& file) {
   return entry;
 }
 
-/// Refuses a patch whose faces are not among the boundary faces firstFace .. endFace-1.
+/// Rejects a patch whose faces are not among the boundary faces firstFace .. endFace-1.
 void CheckRange(FoamFile const& file, PatchEntry const& entry, std::int64_t firstFace, std::int64_t endFace) {
   PatchFaces const& faces = entry.faces;
   if (faces.count == 0) return;
@@ -157,7 +159,7 @@ void CheckRange(FoamFile const& file, PatchEntry const& entry, std::int64_t firs
                   std::to_string(endFace - 1));
 }
 
-/// Gives the faces of the last patch to it.
+/// Assigns faces to the last patch.
 void ClaimFaces(FoamFile const& file, PatchFaces const& faces, FaceMesh& mesh) {
   int const patch = static_cast<int>(mesh.patches.size()) - 1;
   for (std::int64_t f = faces.first; f < faces.first + faces.count; ++f) {
@@ -199,7 +201,7 @@ void ReadBoundary(std::string const& folder, PolyMesh& polyMesh) {
   }
 }
 
-/// One file is enough: the reader says which of the others is missing.
+/// One file is enough: the reader then reports which of the others is missing.
 bool LooksLikePolyMesh(std::filesystem::path const& folder) {
   std::error_code ignored;
   for (char const* const name : {"points", "points.gz", "faces", "faces.gz", "owner", "owner.gz"}) {
@@ -222,24 +224,27 @@ PolyMesh ReadPolyMeshWithPatches(std::string const& folder) {
 
 FaceMesh ReadPolyMesh(std::string const& folder) { return ReadPolyMeshWithPatches(folder).mesh; }
 
-PolyMeshBoundary ReadPolyMeshBoundary(std::string const& folder) {
+PolyMeshBoundary BoundaryOf(FaceMesh const& mesh) {
   PolyMeshBoundary boundary;
-  FoamFile owner(folder, "owner");
-  // "N{n}" can announce any number. It stands only where one cell owns all faces, so there are few.
-  constexpr std::int64_t kFew = 1000;
-  boundary.owner =
-      ReadCellNumbers(owner, std::max(kFew, static_cast<std::int64_t>(owner.Text().Remaining())));
-  FoamFile file(folder, "boundary");
-  auto const nFaces = static_cast<std::int64_t>(boundary.owner.size());
-  std::int64_t nFree = nFaces;
-  ReadPatches(file, [&](PatchEntry const& entry) {
-    CheckRange(file, entry, 0, nFaces);
-    // Patches that overlap could have far more faces together than the file has bytes.
-    nFree -= entry.faces.count;
-    if (nFree < 0) throw MeshError(file.Name() + ": the patches have more faces than the mesh");
-    boundary.patches.push_back(entry.patch);
-    boundary.facesOfPatch.push_back(entry.faces);
-  });
+  boundary.patches = mesh.patches;
+  boundary.facesOfPatch.resize(mesh.patches.size());
+  for (int const patch : mesh.facePatch) {
+    if (patch >= 0) ++boundary.facesOfPatch[patch].count;
+  }
+  std::vector<std::int64_t> next;
+  std::int64_t nFaces = 0;
+  for (PatchFaces& faces : boundary.facesOfPatch) {
+    next.push_back(faces.first = nFaces);
+    nFaces += faces.count;
+  }
+  boundary.owner.resize(static_cast<std::size_t>(nFaces));
+  for (int f = 0; f < mesh.nFaces(); ++f) {
+    if (mesh.facePatch[f] >= 0) {
+      boundary.owner[next[mesh.facePatch[f]]++] = mesh.owner[f];
+    } else if (mesh.neighbour[f] < 0) {
+      boundary.owner.push_back(mesh.owner[f]);
+    }
+  }
   return boundary;
 }
 

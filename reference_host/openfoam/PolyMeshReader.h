@@ -8,46 +8,47 @@
 
 namespace reference_host {
 
-/// Reads an OpenFOAM mesh: the text files points, faces, owner, neighbour and boundary of a polyMesh folder,
-/// cells of any shape. Faces, cells and patches keep their order.
+/// Reads an OpenFOAM mesh with cells of any shape: the text files points, faces, owner, neighbour and
+/// boundary of a polyMesh folder. Faces, cells and patches keep their order.
 ///
-/// A patch keeps its type. Types that stand for no boundary of the flow (empty, wedge, cyclic, processor)
-/// have no boundary group by themselves: the user maps such a patch by name, or AssignBoundaryGroups refuses
-/// the mesh.
+/// A patch keeps its type. Types that are not boundaries of the flow (empty, wedge, cyclic, processor) have
+/// no boundary group of their own: the user maps such a patch by name, or AssignBoundaryGroups rejects the
+/// mesh.
 ///
-/// Throws MeshError for binary and compressed files and for damaged ones. The mesh returned still has to pass
-/// CheckMesh.
+/// Throws MeshError for binary, compressed and damaged files. Pass the result to CheckMesh before you use it.
 /// @param[in] folder  the polyMesh folder itself
 FaceMesh ReadPolyMesh(std::string const& folder);
 
-/// The faces of a patch, and of a patch of type processor the two processors that it lies between.
+/// The faces of a patch, and for a patch of type processor the two processors that it connects.
 struct PatchFaces {
   std::int64_t first = 0;  ///< counted from 0 among all faces of the mesh
   std::int64_t count = 0;
-  std::int64_t processor = -1;  ///< the one whose folder this is; -1: not told
+  std::int64_t processor = -1;  ///< the one whose folder this is; -1: not given
   std::int64_t neighbour = -1;
 };
 
-/// A polyMesh with what a FaceMesh has no place for.
+/// A polyMesh with the data that a FaceMesh does not have.
 struct PolyMesh {
   FaceMesh mesh;
   std::vector<PatchFaces> facesOfPatch;  ///< by patch
 };
 
-/// The same as ReadPolyMesh, and the faces of each patch.
+/// Like ReadPolyMesh, with the faces of each patch.
 PolyMesh ReadPolyMeshWithPatches(std::string const& folder);
 
-/// The boundary of a polyMesh alone, without points and faces.
+/// The boundary faces of a polyMesh and their cells: what the boundary values of a field file refer to.
 struct PolyMeshBoundary {
-  std::vector<int> owner;  ///< of every face
+  std::vector<int> owner;  ///< the cell of each face
   std::vector<Patch> patches;
-  std::vector<PatchFaces> facesOfPatch;  ///< by patch; within the faces
+  std::vector<PatchFaces> facesOfPatch;  ///< by patch: `first` and `count` within `owner`
 };
 
-/// Reads owner and boundary only. Throws MeshError like ReadPolyMesh.
-PolyMeshBoundary ReadPolyMeshBoundary(std::string const& folder);
+/// The boundary faces patch by patch, each patch in the order of its files. The faces of cuts, which have no patch, come
+/// last: a field file has values for them, too.
+PolyMeshBoundary BoundaryOf(FaceMesh const& mesh);
 
-/// The polyMesh folder that `folder` is, or has in constant/polyMesh or polyMesh; empty if there is none.
+/// The polyMesh folder: `folder` itself, or its subfolder constant/polyMesh or polyMesh; empty if there is
+/// none.
 std::string FindPolyMesh(std::string const& folder);
 
 }  // namespace reference_host

@@ -14,19 +14,20 @@
 namespace reference_host {
 namespace {
 
+std::string RankCountText(int n) { return std::to_string(n) + (n == 1 ? " rank" : " ranks"); }
+
 void CheckRankCount(MpiCommunicator const& communicator, std::string const& folder) {
   RunTogether(communicator, [&] {
     if (communicator.rank() != 0) return;
     int const nFolders = CountProcessorFolders(folder);
     if (nFolders == communicator.size()) return;
     throw MeshError(folder + ": decomposed for " + std::to_string(nFolders) +
-                    " processors, but this run has " + std::to_string(communicator.size()) +
-                    (communicator.size() == 1 ? " rank" : " ranks") + "; start " + std::to_string(nFolders) +
-                    ", or give constant/polyMesh of the whole mesh");
+                    " processors, but this run has " + RankCountText(communicator.size()) + "; start " +
+                    RankCountText(nFolders) + ", or give constant/polyMesh of the whole mesh");
   });
 }
 
-/// What two ranks must agree about before they can talk: how many faces they share.
+/// Checks that neighbours agree on the number of faces they share, before they exchange data of them.
 void CheckCutsPairwise(MpiCommunicator const& communicator, ProcessorMesh const& processor) {
   std::vector<int> own(static_cast<std::size_t>(communicator.size()), 0), others(own.size(), 0);
   for (ProcessorCut const& cut : processor.cuts) own[cut.neighbour] = cut.nFaces;
@@ -40,7 +41,7 @@ void CheckCutsPairwise(MpiCommunicator const& communicator, ProcessorMesh const&
   });
 }
 
-/// The patches of the whole case stand in every folder, in the same order.
+/// Checks that every folder has the patches of the whole case in the same order.
 void CheckPatches(MpiCommunicator const& communicator, ProcessorMesh const& processor) {
   std::string text;
   for (Patch const& patch : processor.mesh.patches) text += patch.name + '\n' + patch.type + '\n';
@@ -67,10 +68,12 @@ DecomposedPart ReadDecomposedCase(MpiCommunicator const& communicator, std::stri
   CheckPatches(communicator, processor);
 
   ProcessorCuts const cuts(communicator, processor);
-  DecomposedNumbers const numbers = NumberDecomposedMesh(communicator, processor, cuts);
+  DecomposedNumbers numbers = NumberDecomposedMesh(communicator, processor, cuts);
   DecomposedPart result;
   result.part = DecomposedPartBuilder(communicator, processor, cuts, numbers).Build();
   result.nNodes = numbers.nNodes;
+  result.boundary = BoundaryOf(processor.mesh);
+  result.wholeCell = std::move(numbers.cell);
   return result;
 }
 

@@ -2,27 +2,32 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "reference_host/mesh/MeshPart.h"
+#include "reference_host/openfoam/PolyMeshReader.h"
 #include "reference_host/parallel/MpiCommunicator.h"
 
 namespace reference_host {
 
 /// One rank's part of a decomposed case.
 struct DecomposedPart {
-  MeshPart part;            ///< patches without groups
-  std::int64_t nNodes = 0;  ///< of the whole mesh
+  MeshPart part;                        ///< patches without groups
+  std::int64_t nNodes = 0;              ///< of the whole mesh
+  PolyMeshBoundary boundary;            ///< of that folder, without the faces of the cuts
+  std::vector<std::int64_t> wholeCell;  ///< [cell of the folder] its number in the whole mesh, from 0
 };
 
-/// Collective. Each rank reads the processor folder of its number and fetches from its neighbours what it needs of the
-/// cells beyond the cuts; no rank holds more than its own part.
+/// Collective. Each rank reads the processor folder of its number and gets from its neighbours what it needs
+/// of the cells across the cuts. No rank holds more than its own part.
 ///
-/// With the addressing files of the decomposition (cellProcAddressing, pointProcAddressing, faceProcAddressing) cells,
-/// nodes and faces are numbered as in the undecomposed mesh: the part is then the one that ExtractPart makes of it.
-/// Without them cells and nodes are numbered rank by rank; nodes that faces of a cut share are counted once.
-/// @param[in] folder  the case, with processor0, processor1, ...; as many as there are ranks
-/// Throws MeshError, with the same text on every rank, for other rank counts, damaged folders, cuts that do not fit
-/// together, and cyclic patches that are cut.
+/// With the addressing files of the decomposition (cellProcAddressing, pointProcAddressing,
+/// faceProcAddressing), cells, nodes and faces are numbered as in the undecomposed mesh, and the part equals
+/// that of ExtractPart. Without them, cells and nodes are numbered rank by rank; nodes shared by faces of a
+/// cut are counted once.
+/// @param[in] folder  the case, with as many folders processor0, processor1, ... as there are ranks
+/// @throws MeshError  with the same text on every rank: another number of ranks, damaged folders, cuts that
+///   do not match, cyclic patches that are cut
 DecomposedPart ReadDecomposedCase(MpiCommunicator const& communicator, std::string const& folder);
 
 }  // namespace reference_host

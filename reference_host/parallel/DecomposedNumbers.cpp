@@ -16,7 +16,7 @@ constexpr std::int64_t kUnnumbered = std::numeric_limits<std::int64_t>::max();
 std::int64_t SumOfRanksBefore(MpiCommunicator const& communicator, std::int64_t own) {
   std::int64_t before = 0;
   MPI_Exscan(&own, &before, 1, MPI_INT64_T, MPI_SUM, communicator.get());
-  return communicator.rank() == 0 ? 0 : before;  // the first rank's is left undefined
+  return communicator.rank() == 0 ? 0 : before;  // MPI leaves it undefined on the first rank
 }
 
 std::int64_t SumOfAll(MpiCommunicator const& communicator, std::int64_t own) {
@@ -29,7 +29,7 @@ std::int64_t LargestOfAll(MpiCommunicator const& communicator, std::int64_t own)
   return own;
 }
 
-/// Whether an addressing file is to be used: every rank has it. Throws if only some have.
+/// Whether every rank has an addressing file, so that it is used. Throws if only some have it.
 bool IsOnEveryRank(MpiCommunicator const& communicator, ProcessorMesh const& processor, char const* file,
                    std::vector<std::int64_t> const& numbers) {
   std::int64_t const nWith = SumOfAll(communicator, numbers.empty() ? 0 : 1);
@@ -40,7 +40,7 @@ bool IsOnEveryRank(MpiCommunicator const& communicator, ProcessorMesh const& pro
   return nWith > 0;
 }
 
-/// A number that looks like chance: sums of them tell sets of numbers apart.
+/// A pseudo-random function of a number: different sets of numbers have different sums of it.
 std::uint64_t Scrambled(std::int64_t number) {
   std::uint64_t x = static_cast<std::uint64_t>(number) + 0x9e3779b97f4a7c15U;
   x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9U;
@@ -48,11 +48,12 @@ std::uint64_t Scrambled(std::int64_t number) {
   return x ^ (x >> 31);
 }
 
-/// Refuses cell numbers that are not 0 .. N-1, each once, over all ranks. No rank could hold a list of all.
+/// Rejects cell numbers that are not 0 .. N-1, each once, over all ranks, without a list of all numbers on
+/// any rank.
 void CheckCellNumbers(MpiCommunicator const& communicator, ProcessorMesh const& processor) {
   std::int64_t const nOwn = processor.mesh.nCells;
   std::int64_t const nAll = SumOfAll(communicator, nOwn), nBefore = SumOfRanksBefore(communicator, nOwn);
-  std::uint64_t excess = 0;  // of the numbers given over those of a numbering rank by rank
+  std::uint64_t excess = 0;  // of the given numbers over a numbering rank by rank
   for (std::int64_t c = 0; c < nOwn; ++c)
     excess += Scrambled(processor.globalCell[c]) - Scrambled(nBefore + c);
   MPI_Allreduce(MPI_IN_PLACE, &excess, 1, MPI_UINT64_T, MPI_SUM, communicator.get());
@@ -67,7 +68,7 @@ void CheckCellNumbers(MpiCommunicator const& communicator, ProcessorMesh const& 
   RunTogether(communicator, [&] {
     if (excess != 0) {
       throw MeshError(processor.folder +
-                      ": cellProcAddressing of all processors together do not name each of the " +
+                      ": the files cellProcAddressing of all processors together do not name each of the " +
                       std::to_string(nAll) + " cells once");
     }
   });
@@ -91,7 +92,7 @@ void CheckNodeNumbers(MpiCommunicator const& communicator, ProcessorMesh const& 
     std::vector<std::int64_t> sorted = processor.globalPoint;
     std::sort(sorted.begin(), sorted.end());
     if (sorted.front() < 0 || std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
-      throw MeshError(processor.folder + ": pointProcAddressing has a negative number, or one twice");
+      throw MeshError(processor.folder + ": pointProcAddressing has a negative or repeated number");
     }
     if (sorted.back() == kUnnumbered) {
       throw MeshError(processor.folder + ": pointProcAddressing has " + std::to_string(kUnnumbered) +
@@ -103,7 +104,7 @@ void CheckNodeNumbers(MpiCommunicator const& communicator, ProcessorMesh const& 
       for (std::size_t n = 0; n < theirs[i].size(); ++n) {
         std::int64_t const own = processor.globalPoint[cuts.Nodes(i)[n]];
         if (own == theirs[i][n]) continue;
-        throw MeshError(processor.folder + ": pointProcAddressing calls a node " + std::to_string(own) +
+        throw MeshError(processor.folder + ": pointProcAddressing numbers a node " + std::to_string(own) +
                         " that is " + std::to_string(theirs[i][n]) + " in processor" +
                         std::to_string(processor.cuts[i].neighbour));
       }
@@ -111,18 +112,19 @@ void CheckNodeNumbers(MpiCommunicator const& communicator, ProcessorMesh const& 
   });
 }
 
-/// Gives every node the smallest of the values that it has on any rank. A node may be on ranks that share no face with
-/// each other: the smallest travels from face to face until nothing changes.
+/// Gives every node the smallest of its values on all ranks. A node may be on ranks that share no face, so
+/// the smallest value travels from neighbour to neighbour until nothing changes.
 void SpreadSmallest(MpiCommunicator const& communicator, std::string const& folder, ProcessorCuts const& cuts,
                     std::vector<std::int64_t>& ofNode) {
-  // A node is on every rank once at most, so that its smallest value is everywhere after as many rounds as there are
-  // ranks. Only cuts that string different nodes together go on; four times the rounds leave room for a few.
+  // A node is on each rank at most once, so its smallest value is everywhere after as many rounds as there
+  // are ranks. Only cuts that join different nodes take longer; four times the rounds leave room for a few of
+  // them.
   std::int64_t const mostRounds = 4 * std::int64_t{communicator.size()} + 16;
   std::int64_t nChanged = 1;
   for (std::int64_t round = 0; nChanged > 0; ++round) {
     if (round == mostRounds) {
       RunTogether(communicator, [&folder] {
-        throw MeshError(folder + ": the cuts between the processors join nodes of one mesh with each other");
+        throw MeshError(folder + ": the cuts between the processors join different nodes of one mesh");
       });
     }
     nChanged = 0;
@@ -139,12 +141,13 @@ void SpreadSmallest(MpiCommunicator const& communicator, std::string const& fold
   }
 }
 
-/// A node on several ranks is numbered by the lowest of them.
+/// A node on several ranks is numbered by the lowest of these ranks.
 void NumberNodesByRank(MpiCommunicator const& communicator, ProcessorMesh const& processor,
                        ProcessorCuts const& cuts, DecomposedNumbers& numbers) {
   std::size_t const n = processor.mesh.points.size();
   std::int64_t const before = SumOfRanksBefore(communicator, static_cast<std::int64_t>(n));
-  std::vector<std::int64_t> first(n);  // of the copies of a node, all copies counted
+  std::vector<std::int64_t> first(
+      n);  // the lowest number among the copies of a node, with all copies counted
   std::iota(first.begin(), first.end(), before);
   SpreadSmallest(communicator, processor.folder, cuts, first);
 

@@ -28,7 +28,7 @@ MeshPart DecomposedPartBuilder::Build() {
   return std::move(part_);
 }
 
-/// The nodes of the cells at the cuts, ascending by their number in the whole mesh; empty for other cells.
+/// The nodes of the cells at the cuts, ascending by their numbers in the whole mesh; empty for other cells.
 std::vector<std::vector<int>> DecomposedPartBuilder::NodesOfCutCells() const {
   FaceMesh const& mesh = processor_.mesh;
   std::vector<char> isAtCut(static_cast<std::size_t>(mesh.nCells), 0);
@@ -52,8 +52,8 @@ std::vector<std::vector<int>> DecomposedPartBuilder::NodesOfCutCells() const {
   return nodes;
 }
 
-// To each neighbour: the cell of every face of the cut; then, for each of these cells once, its number, how many nodes
-// it has and their numbers, with the places of the nodes in a list of their own.
+// Sends to each neighbour the cell of every face of the cut; then, once for each of these cells, its number,
+// its number of nodes and their numbers. The positions of the nodes are a list of their own.
 void DecomposedPartBuilder::FetchHalo() {
   std::size_t const nCuts = processor_.cuts.size();
   std::vector<std::vector<std::int64_t>> cellOfFace(nCuts), words(nCuts);
@@ -119,7 +119,8 @@ void DecomposedPartBuilder::NumberCells() {
   }
 }
 
-/// Nodes of own faces and of halo cells, ascending by their number in the whole mesh. A node of both keeps its own place.
+/// Nodes of own faces and of halo cells, ascending by their numbers in the whole mesh. A node of both keeps
+/// its own position.
 void DecomposedPartBuilder::NumberNodes() {
   FaceMesh const& mesh = processor_.mesh;
   localNode_.assign(mesh.points.size(), -1);
@@ -150,15 +151,15 @@ void DecomposedPartBuilder::AddHaloNodes() {
   }
 }
 
-/// Faces in the order of the whole mesh if it is known and leaves those of each patch in their order, by which boundary
-/// values of a field file are found; else as they are.
+/// Sorts the faces as in the whole mesh if that order is known and keeps the order of the faces in each
+/// patch, which the boundary values of field files rely on. Otherwise leaves them as they are.
 std::vector<int> DecomposedPartBuilder::FacesInOrder() const {
   FaceMesh const& mesh = processor_.mesh;
   std::vector<int> order(static_cast<std::size_t>(mesh.nFaces()));
   std::iota(order.begin(), order.end(), 0);
   std::vector<std::int64_t> const& address = processor_.faceAddress;
   if (address.empty()) return order;
-  // Unsigned: the file may hold the one number whose negative does not fit.
+  // Unsigned, because the file may have the number whose negative overflows.
   auto const place = [&address](int f) {
     auto const number = static_cast<std::uint64_t>(address[f]);
     return address[f] < 0 ? 0 - number : number;
@@ -197,8 +198,8 @@ void DecomposedPartBuilder::AddOwnFace(int f) {
           mesh.facePatch[f]);
 }
 
-/// The cell of the lower number owns a face between two, as in every mesh of OpenFOAM; its side has the order of the
-/// nodes.
+/// The cell with the lower number owns a face between two cells, as in every OpenFOAM mesh, and its side
+/// determines the order of the nodes.
 void DecomposedPartBuilder::AddCutFace(std::size_t i, int k) {
   FaceMesh const& mesh = processor_.mesh;
   int const f = processor_.cuts[i].firstFace + k;

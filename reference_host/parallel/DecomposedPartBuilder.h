@@ -12,14 +12,14 @@
 
 namespace reference_host {
 
-/// Makes a MeshPart of a processor's mesh and of the cells beyond its cuts, which the neighbours send.
+/// Makes a MeshPart of a processor's mesh and the halo cells across its cuts, which the neighbours send.
 class DecomposedPartBuilder {
  public:
   /// All borrowed.
   DecomposedPartBuilder(MpiCommunicator const& communicator, ProcessorMesh const& processor,
                         ProcessorCuts const& cuts, DecomposedNumbers const& numbers);
 
-  /// Collective. Once.
+  /// Collective. Call it once.
   MeshPart Build();
 
  private:
@@ -59,7 +59,7 @@ class DecomposedPartBuilder {
   std::vector<HaloCell> halo_;  ///< ascending by cell
   std::vector<NumberedPoint> haloPoints_;
   std::vector<int> localCell_;  ///< [cell of the processor's mesh] number in the part
-  std::vector<int> localNode_;  ///< [node of the processor's mesh] number in the part, -1: in no face
+  std::vector<int> localNode_;  ///< [node of the processor's mesh] number in the part; -1: in no face
   MeshPart part_;
 };
 

@@ -16,6 +16,7 @@
 #include "reference_host/openfoam/DecomposedCase.h"
 #include "reference_host/openfoam/FoamField.h"
 #include "reference_host/openfoam/FoamFieldLookup.h"
+#include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
 #include "reference_host/parallel/MpiBytes.h"
 #include "reference_host/parallel/MpiCommunicator.h"
@@ -26,16 +27,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What a rank wants to know: values of cells by their number in the mesh file, then of boundary faces.
+/// The values that a rank asks for: those of cells by their numbers in the mesh file, then those of boundary
+/// faces.
 struct Questions {
   std::vector<std::int64_t> cell;
   std::vector<BoundaryPlace> face;
-};
-
-/// A field and the mesh that it belongs to, in the numbers of their files.
-struct FileField {
-  FoamField field;
-  PolyMeshBoundary boundary;  ///< empty if the field has no boundary values
 };
 
 std::vector<double> Answers(FoamFieldLookup const& lookup, Questions const& questions) {
@@ -68,12 +64,12 @@ std::optional<std::pair<std::string, std::string>> CgnsParts(std::string const& 
     return std::pair(fieldSpec.substr(0, colon + ending.size()), fieldSpec.substr(colon + ending.size() + 1));
   }
   if (fs::path(fieldSpec).extension() == ending) {
-    throw MeshError(fieldSpec + ": name the array of the file as " + fieldSpec + ":ARRAY");
+    throw MeshError(fieldSpec + ": name an array of the file, as in " + fieldSpec + ":ARRAY");
   }
   return std::nullopt;
 }
 
-/// A path as it is, or else in the case that the mesh belongs to.
+/// A path as it is, or else one in the case that the mesh belongs to.
 std::string FindFieldFile(std::string const& polyMesh, std::string const& fieldSpec) {
   fs::path folder = fs::path(polyMesh).lexically_normal();
   if (!folder.has_filename()) folder = folder.parent_path();  // polyMesh/
@@ -83,7 +79,8 @@ std::string FindFieldFile(std::string const& polyMesh, std::string const& fieldS
     std::error_code ignored;
     return fs::status(path, ignored).type();
   };
-  // What is there but is no file is only taken where there is no file: reading it then says what it is.
+  // A path to something other than a file is taken only if neither is a file: the reader then reports what it
+  // is.
   fs::path found;
   for (fs::path const& candidate : {fs::path(fieldSpec), folder / fieldSpec}) {
     if (kindOf(candidate) == fs::file_type::regular ||
@@ -108,18 +105,18 @@ fs::path TimeAndName(std::string const& fieldSpec) {
 
 class FieldLoader {
  public:
-  FieldLoader(MPI_Comm communicator, std::string const& meshSpec, LoadedMesh& mesh,
-              std::string const& fieldSpec)
+  FieldLoader(MPI_Comm communicator, LoadedMesh& mesh, std::string const& fieldSpec)
       : communicator_(communicator),
-        meshSpec_(meshSpec),
         mesh_(mesh),
+        source_(*mesh.source),
         partition_(*mesh.partition),
         record_(*partition_.mesh()),
         fieldSpec_(fieldSpec) {}
 
   LoadedField Load() {
     lacksValues_.assign(partition_.patches().size(), 0);
-    if (IsOwnFolderRead()) {
+    RunTogether(communicator_, [&] { cgns_ = CgnsParts(fieldSpec_); });
+    if (source_.isDecomposed && !cgns_) {
       ReadOwnFolder();
     } else {
       ReadOnRank0();
@@ -130,32 +127,13 @@ class FieldLoader {
   }
 
  private:
-  /// Rank 0 decides, and refuses a field that does not go with the mesh.
-  bool IsOwnFolderRead() {
-    int is = 0;
-    OnRank0([&] {
-      cgns_ = CgnsParts(fieldSpec_);
-      if (cgns_) return;
-      std::error_code ignored;
-      is = IsDecomposedCase(meshSpec_) ? 1 : 0;
-      if (is != 0) return;
-      polyMesh_ = fs::is_directory(meshSpec_, ignored) ? FindPolyMesh(meshSpec_) : "";
-      if (polyMesh_.empty()) {
-        throw MeshError(fieldSpec_ +
-                        ": a field of OpenFOAM needs a mesh of OpenFOAM (other fields: FILE.cgns:ARRAY)");
-      }
-    });
-    MPI_Bcast(&is, 1, MPI_INT, 0, communicator_.get());
-    return is != 0;
-  }
-
   void OnRank0(std::function<void()> const& work) const {
     RunTogether(communicator_, [&] {
       if (communicator_.rank() == 0) work();
     });
   }
 
-  /// Numbers of the own interior cells in the whole mesh, from 0. [1..NInnerCells]
+  /// [1..NInnerCells] numbers of the own interior cells in the whole mesh, from 0
   std::vector<std::int64_t> WholeCells() const {
     std::vector<std::int64_t> cells(partition_.globalCell().begin(),
                                     partition_.globalCell().begin() + record_.NInnerCells + 1);
@@ -168,7 +146,7 @@ class FieldLoader {
   }
 
   void TakeAnswers(std::vector<double> const& answers) {
-    // Interior cells are followed by ghost cells, and those by halo cells.
+    // Ghost cells follow the interior cells, and halo cells come last.
     result_.value.assign(static_cast<std::size_t>(record_.NCell) + 1, 0.0);
     std::copy(answers.begin(), answers.end(), result_.value.begin() + 1);
   }
@@ -176,59 +154,26 @@ class FieldLoader {
   // A decomposed case.
 
   void ReadOwnFolder() {
-    std::vector<std::int64_t> const wholeCell = WholeCells();
-    std::int64_t firstCell = 0;  // of this rank where cells are numbered rank by rank
-    std::int64_t const nOwn = record_.NInnerCells;
-    MPI_Exscan(&nOwn, &firstCell, 1, MPI_INT64_T, MPI_SUM, communicator_.get());
-    if (communicator_.rank() == 0) firstCell = 0;
     RunTogether(communicator_, [&] {
-      fs::path const folder = ProcessorFolder(meshSpec_, communicator_.rank());
-      std::string const polyMesh = (folder / "constant" / "polyMesh").string();
-      FileField file;
-      file.boundary = ReadPolyMeshBoundary(polyMesh);
-      LeaveOutCuts(file.boundary);
-      CheckPatches(polyMesh, file.boundary);
-      file.field = ReadFoamField((folder / TimeAndName(fieldSpec_)).string(), nOwn, file.boundary);
-      lacksValues_ = file.field.lacksValues;
-      FoamFieldLookup const lookup(file.field, file.boundary);
-      TakeAnswers(Answers(lookup, QuestionsFor(FolderCells(polyMesh, wholeCell, firstCell))));
+      fs::path const folder = ProcessorFolder(source_.spec, communicator_.rank());
+      FoamField const field =
+          ReadFoamField((folder / TimeAndName(fieldSpec_)).string(), record_.NInnerCells, source_.boundary);
+      lacksValues_ = field.lacksValues;
+      TakeAnswers(Answers(FoamFieldLookup(field, source_.boundary), QuestionsFor(FolderCells())));
     });
   }
 
-  static void LeaveOutCuts(PolyMeshBoundary& boundary) {
-    std::size_t nKept = 0;
-    for (std::size_t p = 0; p < boundary.patches.size(); ++p) {
-      if (boundary.patches[p].type.rfind("processor", 0) == 0) continue;
-      if (nKept < p) {
-        boundary.patches[nKept] = std::move(boundary.patches[p]);
-        boundary.facesOfPatch[nKept] = boundary.facesOfPatch[p];
-      }
-      ++nKept;
-    }
-    boundary.patches.resize(nKept);
-    boundary.facesOfPatch.resize(nKept);
-  }
-
-  /// Numbers of the own interior cells in their processor folder. [1..NInnerCells]
-  static std::vector<std::int64_t> FolderCells(std::string const& polyMesh,
-                                               std::vector<std::int64_t> wholeCell, std::int64_t firstCell) {
-    auto const n = static_cast<std::int64_t>(wholeCell.size()) - 1;
-    std::vector<std::int64_t> const addressing = ReadAddressing(polyMesh, "cellProcAddressing", n);
+  /// [1..NInnerCells] numbers of the own interior cells in their processor folder
+  std::vector<std::int64_t> FolderCells() const {
     std::vector<std::pair<std::int64_t, std::int64_t>> folderCell;  // by number in the whole mesh
-    for (std::int64_t c = 0; c < n; ++c) {
-      folderCell.emplace_back(addressing.empty() ? firstCell + c : addressing[static_cast<std::size_t>(c)],
-                              c);
-    }
+    for (std::size_t c = 0; c < source_.wholeCell.size(); ++c)
+      folderCell.emplace_back(source_.wholeCell[c], static_cast<std::int64_t>(c));
     std::sort(folderCell.begin(), folderCell.end());
-    for (std::size_t c = 1; c < wholeCell.size(); ++c) {
-      auto const found =
-          std::lower_bound(folderCell.begin(), folderCell.end(), std::pair(wholeCell[c], std::int64_t{0}));
-      if (found == folderCell.end() || found->first != wholeCell[c]) {
-        throw MeshError(polyMesh + ": changed while it was read");
-      }
-      wholeCell[c] = found->second;
-    }
-    return wholeCell;
+    std::vector<std::int64_t> cells = WholeCells();
+    for (std::size_t c = 1; c < cells.size(); ++c)
+      cells[c] = std::lower_bound(folderCell.begin(), folderCell.end(), std::pair(cells[c], std::int64_t{0}))
+                     ->second;
+    return cells;
   }
 
   // A whole mesh.
@@ -236,14 +181,14 @@ class FieldLoader {
   void ReadOnRank0() {
     Questions const own = QuestionsFor(WholeCells());
     std::int64_t const nCells = mesh_.summary.nCells;
-    FileField file;
+    FoamField field;
     OnRank0([&] {
-      file = cgns_ ? ReadCgnsFile(nCells) : ReadFoamFile(nCells);
-      lacksValues_ = file.field.lacksValues;
+      field = cgns_ ? ReadCgnsFile(nCells) : ReadFoamFile(nCells);
+      lacksValues_ = field.lacksValues;
     });
     RunTogether(communicator_, [&] {
       if (communicator_.rank() == 0) {
-        FoamFieldLookup const lookup(file.field, file.boundary);
+        FoamFieldLookup const lookup(field, source_.boundary);
         AnswerOthers(lookup);
         TakeAnswers(Answers(lookup, own));
       } else {
@@ -256,36 +201,27 @@ class FieldLoader {
     });
   }
 
-  FileField ReadCgnsFile(std::int64_t nCells) const {
-    FileField file;
-    file.field.cell = ReadCgnsField(cgns_->first, cgns_->second);
-    if (static_cast<std::int64_t>(file.field.cell.size()) != nCells) {
-      throw MeshError(fieldSpec_ + ": " + std::to_string(file.field.cell.size()) + " values for the " +
+  FoamField ReadCgnsFile(std::int64_t nCells) const {
+    FoamField field;
+    field.cell = ReadCgnsField(cgns_->first, cgns_->second);
+    if (static_cast<std::int64_t>(field.cell.size()) != nCells) {
+      throw MeshError(fieldSpec_ + ": " + std::to_string(field.cell.size()) + " values for the " +
                       std::to_string(nCells) + " cells of the mesh");
     }
     for (PatchSummary const& patch : mesh_.summary.patches)
-      file.field.lacksValues.push_back(patch.nFaces > 0 ? 1 : 0);
-    return file;
+      field.lacksValues.push_back(patch.nFaces > 0 ? 1 : 0);
+    return field;
   }
 
-  FileField ReadFoamFile(std::int64_t nCells) const {
-    FileField file;
-    file.boundary = ReadPolyMeshBoundary(polyMesh_);
-    CheckPatches(polyMesh_, file.boundary);
-    file.field = ReadFoamField(FindFieldFile(polyMesh_, fieldSpec_), nCells, file.boundary);
-    return file;
+  FoamField ReadFoamFile(std::int64_t nCells) const {
+    if (source_.polyMesh.empty()) {
+      throw MeshError(fieldSpec_ +
+                      ": an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)");
+    }
+    return ReadFoamField(FindFieldFile(source_.polyMesh, fieldSpec_), nCells, source_.boundary);
   }
 
-  /// The boundary is read a second time for the field.
-  void CheckPatches(std::string const& polyMesh, PolyMeshBoundary const& boundary) const {
-    std::vector<Patch> const& patches = partition_.patches();
-    bool const isSame =
-        std::equal(patches.begin(), patches.end(), boundary.patches.begin(), boundary.patches.end(),
-                   [](Patch const& a, Patch const& b) { return a.name == b.name; });
-    if (!isSame) throw MeshError(polyMesh + ": changed while it was read");
-  }
-
-  /// One rank after another. After a failure the ranks that are still waiting get nothing.
+  /// Answers one rank after another. After a failure, the remaining ranks get nothing.
   void AnswerOthers(FoamFieldLookup const& lookup) const {
     std::exception_ptr failure;
     for (int rank = 1; rank < communicator_.size(); ++rank) {
@@ -319,22 +255,20 @@ class FieldLoader {
   }
 
   MpiCommunicator communicator_;
-  std::string const& meshSpec_;
   LoadedMesh& mesh_;
+  MeshSource const& source_;
   HostPartition& partition_;
   CZYN3DFiniteVolumeMesh const& record_;
   std::string const& fieldSpec_;
-  std::optional<std::pair<std::string, std::string>> cgns_;  // of rank 0 alone
-  std::string polyMesh_;                                     // of rank 0 alone
-  std::vector<char> lacksValues_;                            // by patch
+  std::optional<std::pair<std::string, std::string>> cgns_;
+  std::vector<char> lacksValues_;  // by patch
   LoadedField result_;
 };
 
 }  // namespace
 
-LoadedField LoadField(MPI_Comm communicator, std::string const& meshSpec, LoadedMesh& mesh,
-                      std::string const& fieldSpec) {
-  return FieldLoader(communicator, meshSpec, mesh, fieldSpec).Load();
+LoadedField LoadField(MPI_Comm communicator, LoadedMesh& mesh, std::string const& fieldSpec) {
+  return FieldLoader(communicator, mesh, fieldSpec).Load();
 }
 
 }  // namespace reference_host

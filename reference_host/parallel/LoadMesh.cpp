@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <sstream>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -13,15 +15,17 @@
 #include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/openfoam/DecomposedCase.h"
+#include "reference_host/openfoam/PolyMeshReader.h"
 #include "reference_host/parallel/DecomposedCaseReader.h"
 #include "reference_host/parallel/MeshDistribution.h"
+#include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
 #include "reference_host/parallel/MpiCommunicator.h"
 
 namespace reference_host {
 namespace {
 
-/// Faces of each patch, from the patch of each face (-1: inside).
+/// Number of faces of each patch, from the patch of each face (-1: inside).
 std::vector<std::int64_t> CountFacesOfPatches(std::vector<int> const& facePatch, std::size_t nPatches) {
   std::vector<std::int64_t> nFaces(nPatches, 0);
   for (int const patch : facePatch) {
@@ -30,7 +34,7 @@ std::vector<std::int64_t> CountFacesOfPatches(std::vector<int> const& facePatch,
   return nFaces;
 }
 
-/// The stages of one call of LoadMesh. Whatever can fail is inside RunTogether.
+/// The stages of one call of LoadMesh. Everything that can fail is inside RunTogether.
 class MeshLoader {
  public:
   MeshLoader(MPI_Comm communicator, std::string const& meshSpec,
@@ -43,8 +47,10 @@ class MeshLoader {
         progress_(progress) {}
 
   LoadedMesh Load() {
+    source_.spec = meshSpec_;
     BuildTables(MakePart());
     Summarize();
+    loaded_.source = std::make_shared<MeshSource const>(std::move(source_));
     return std::move(loaded_);
   }
 
@@ -54,7 +60,7 @@ class MeshLoader {
     return IsDecomposed() ? ReadDecomposed() : DistributeFile();
   }
 
-  /// Rank 0 decides: a file system may not show the same to all at the same time.
+  /// Rank 0 decides, because a file system may not look the same to all ranks at the same time.
   bool IsDecomposed() const {
     int is = 0;
     OnRank0([&] { is = IsDecomposedCase(meshSpec_) ? 1 : 0; });
@@ -66,6 +72,9 @@ class MeshLoader {
     OnRank0([&] { Report("reading"); });
     DecomposedPart decomposed = ReadDecomposedCase(communicator_, meshSpec_);
     loaded_.summary.nNodes = decomposed.nNodes;
+    source_.isDecomposed = true;
+    source_.boundary = std::move(decomposed.boundary);
+    source_.wholeCell = std::move(decomposed.wholeCell);
     MeshPart& part = decomposed.part;
     std::vector<std::int64_t> facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
     SumOverRanks(facesOfPatch);
@@ -98,12 +107,13 @@ class MeshLoader {
   }
 
   MeshPart DistributeFile() {
-    FaceMesh mesh;  // of rank 0 alone
+    FaceMesh mesh;  // on rank 0 only
     OnRank0([&] {
       Report("reading");
       mesh = ReadMesh(meshSpec_);
+      RememberPolyMesh(mesh);
       CheckMesh(mesh, meshSpec_);
-      mesh.names.reset();  // nothing refers to the file any more
+      mesh.names.reset();  // messages no longer refer to the file
       AssignBoundaryGroups(mesh.patches, CountFacesOfPatches(mesh.facePatch, mesh.patches.size()), groups_,
                            meshSpec_);
       loaded_.summary.nNodes = static_cast<std::int64_t>(mesh.points.size());
@@ -119,6 +129,13 @@ class MeshLoader {
     return DistributeMesh(communicator_, &mesh, partOfCell);
   }
 
+  void RememberPolyMesh(FaceMesh const& mesh) {
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(meshSpec_, ignored)) return;
+    source_.polyMesh = FindPolyMesh(meshSpec_);
+    source_.boundary = BoundaryOf(mesh);
+  }
+
   void OnRank0(std::function<void()> const& work) const {
     RunTogether(communicator_, [&] {
       if (communicator_.rank() == 0) work();
@@ -128,19 +145,19 @@ class MeshLoader {
   void BuildTables(MeshPart&& part) {
     RunTogether(communicator_, [&] {
       Report("tables");
-      MeshPart const own = std::move(part);  // ends here: the partition has its own tables
+      MeshPart const own = std::move(part);  // freed here: the partition has its own tables
       loaded_.partition = std::make_unique<HostPartition>(own);
       CheckVolumes();
     });
-    // Each begins with a collective duplication that comes before anything that can fail.
+    // Each begins with a collective duplication, before anything that can fail.
     RunTogether(communicator_,
                 [&] { loaded_.exchange = std::make_unique<MpiExchange>(original_, *loaded_.partition); });
     RunTogether(communicator_, [&] { loaded_.reduction = std::make_unique<MpiReduction>(original_); });
     loaded_.partition->CompleteHalo(*loaded_.exchange);
   }
 
-  // Files have passed CheckMesh. The cells of a box fit together by construction, but moved nodes can turn
-  // them over.
+  // Files have passed CheckMesh. The cells of a box fit together by construction, but moved nodes can invert
+  // them.
   void CheckVolumes() const {
     CZYN3DFiniteVolumeMesh const& mesh = *loaded_.partition->mesh();
     std::vector<std::int64_t> const& globalCell = loaded_.partition->globalCell();
@@ -185,7 +202,7 @@ class MeshLoader {
     std::size_t const next = summary.patches.size();
     summary.nCells = counts[next];
     summary.nInnerFaces = counts[next + 1];
-    summary.nCutFaces = counts[next + 2] / 2;  // both sides have counted
+    summary.nCutFaces = counts[next + 2] / 2;  // both sides have counted them
   }
 
   void FindExtremes() {
@@ -203,7 +220,7 @@ class MeshLoader {
     summary.maxNeighbours = most[3];
   }
 
-  // Added up in the order of the ranks, so that every run gives the same bits.
+  // Sums in the order of the ranks, so that every run gives the same bits.
   void AddQualities() {
     QualitySums const own = MeasureQuality(*loaded_.partition);
     std::vector<QualitySums> all(static_cast<std::size_t>(communicator_.size()));
@@ -216,6 +233,7 @@ class MeshLoader {
   std::string const& meshSpec_;
   std::map<std::string, BoundaryGroup> const& groups_;
   std::function<void(std::string const&)> const& progress_;
+  MeshSource source_;
   LoadedMesh loaded_;
 };
 

@@ -14,30 +14,29 @@
 
 namespace reference_host {
 
-/// One rank's partition of a mesh, complete with what it needs to talk to the others, and the sizes of the
-/// whole.
+struct MeshSource;
+
+/// One rank's partition of a mesh, the communication with the other ranks, and the sizes of the whole mesh.
 struct LoadedMesh {
   std::unique_ptr<HostPartition> partition;
   std::unique_ptr<MpiExchange> exchange;
   std::unique_ptr<MpiReduction> reduction;
-  MeshSummary summary;  ///< the same on every rank
+  MeshSummary summary;                       ///< the same on every rank
+  std::shared_ptr<MeshSource const> source;  ///< for LoadField
 };
 
-/// Collective. Brings a mesh to all ranks of a communicator, one partition each: halo and weights complete,
-/// ready for the operators. The same mesh on as many ranks gives the same partitions.
+/// Collective. Loads a mesh on all ranks of a communicator, one partition each, with halo centres and weights complete:
+/// ready for the operators. The same mesh on the same number of ranks gives the same partitions.
 ///
-/// A file is read, checked and divided by rank 0; each rank makes its own part of a box, and reads its own folder of
-/// an OpenFOAM case that is decomposed for as many processors as there are ranks.
-/// @param[in] communicator  borrowed; what is returned has its own duplicates of it
-/// @param[in] meshSpec      file, folder or text of a box, as for ReadMesh and ParseBoxSpec; the same on
-/// every rank
-/// @param[in] groupsByUser  boundary groups by patch name, which go before those that patches have by
-/// themselves; the
-///                          same on every rank
-/// @param[in] progress      called on rank 0 at the beginning of each stage: "reading", "partitioning" and
-/// "distributing",
-///                          or "reading" alone for a decomposed case, or "generating" for a box, then "tables"; may be empty
-/// Throws MeshError, with the same text on every rank, whatever failed and wherever.
+/// Rank 0 reads, checks and divides a file. Each rank makes its own part of a box. Each rank reads its own folder of an
+/// OpenFOAM case that is decomposed for as many processors as there are ranks.
+/// @param[in] communicator  borrowed; the result has its own duplicates
+/// @param[in] meshSpec      file, folder or text of a box, as for ReadMesh and ParseBoxSpec; the same on every rank
+/// @param[in] groupsByUser  boundary groups by patch name, which override the patches' own; the same on every rank
+/// @param[in] progress      called on rank 0 at the start of each stage: "reading", "partitioning" and "distributing" for
+///                          a file, "reading" for a decomposed case, "generating" for a box, then always "tables"; may
+///                          be empty
+/// @throws MeshError  with the same text on every rank, whatever failed and wherever
 LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec,
                     std::map<std::string, BoundaryGroup> const& groupsByUser,
                     std::function<void(std::string const&)> const& progress);

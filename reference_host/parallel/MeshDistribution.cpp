@@ -10,8 +10,7 @@
 namespace reference_host {
 namespace {
 
-/// Sends all other parts and returns that of rank 0. After a failure the ranks that are still waiting get
-/// nothing.
+/// Sends all other parts and returns that of rank 0. After a failure, the remaining ranks get nothing.
 MeshPart SendParts(MpiCommunicator const& communicator, FaceMesh const& mesh,
                    std::vector<int> const& partOfCell) {
   int const nParts = communicator.size();

@@ -15,8 +15,8 @@
 namespace reference_host {
 namespace {
 
-/// Cells over their faces: cell c has the neighbours columns[rowStart[c] .. rowStart[c+1]-1], one that shares
-/// several faces with c several times.
+/// The graph of the cells: cell c has the neighbours columns[rowStart[c] .. rowStart[c+1]-1], once for each
+/// shared face.
 struct CellGraph {
   std::vector<std::size_t> rowStart;
   std::vector<int> columns;
@@ -44,7 +44,7 @@ CellGraph MakeCellGraph(FaceMesh const& mesh) {
   return graph;
 }
 
-/// The same graph as METIS wants it: each neighbour once, weighted by the number of faces.
+/// The same graph for METIS: each neighbour once, weighted by the number of shared faces.
 struct MetisGraph {
   std::vector<idx_t> rowStart, columns, weights;
 };
@@ -89,15 +89,15 @@ bool IsConnected(MetisGraph const& graph) {
   return reached.size() == nCells;
 }
 
-// METIS takes arguments that it does not change by plain pointers.
+// METIS takes even constant arguments by non-const pointers.
 std::vector<int> PartitionByMetis(MetisGraph& graph, int nParts) {
   std::array<idx_t, METIS_NOPTIONS> options;
   METIS_SetDefaultOptions(options.data());
   options[METIS_OPTION_NUMBERING] = 0;
   options[METIS_OPTION_SEED] = 1;
 
-  // Recursive bisection balances better and cuts less into few parts, k-way division is the better one for
-  // many. Only the latter can keep parts in one piece, and only on a mesh that is in one piece itself.
+  // For few parts, recursive bisection balances better and cuts fewer faces; for many, k-way division is
+  // better. Only the latter can keep parts connected, and only on a connected mesh.
   constexpr int kMostPartsByBisection = 8;
   bool const byBisection = nParts <= kMostPartsByBisection;
   if (!byBisection && IsConnected(graph)) options[METIS_OPTION_CONTIG] = 1;
@@ -116,8 +116,8 @@ std::vector<int> PartitionByMetis(MetisGraph& graph, int nParts) {
   return {partOfCell.begin(), partOfCell.end()};
 }
 
-/// Equal pieces of the cells in Cuthill-McKee order: what there is for parts of a few cells, for which METIS
-/// is not made (it leaves parts empty and prints complaints).
+/// Equal pieces of the cells in Cuthill-McKee order. Used for parts of a few cells, for which METIS leaves
+/// parts empty and prints warnings.
 std::vector<int> PartitionByOrder(CellGraph const& graph, int nParts) {
   std::vector<int> const cells = CuthillMcKee(graph.rowStart, graph.columns);
   std::vector<int> partOfCell(cells.size());

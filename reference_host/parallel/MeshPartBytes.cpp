@@ -10,7 +10,7 @@
 namespace reference_host {
 namespace {
 
-// One list of the fields serves all three: counting the bytes, writing and reading them.
+// One list of the fields serves all three purposes: counting the bytes, writing and reading them.
 template <class Archive, class Part>
 void VisitFields(Archive& archive, Part& part) {
   archive.Number(part.part);
@@ -32,7 +32,7 @@ void VisitFields(Archive& archive, Part& part) {
 
 constexpr int kNoGroup = -1;
 
-/// Appends what it visits to bytes, or only counts them.
+/// Appends the fields that it visits to the bytes, or only counts the bytes.
 class Writer {
  public:
   explicit Writer(std::vector<char>* bytes) : bytes_(bytes) {}
@@ -71,7 +71,7 @@ class Writer {
   std::size_t size_ = 0;
 };
 
-/// Fills what it visits from the bytes, in the same order.
+/// Fills the fields that it visits from the bytes, in the same order.
 class Reader {
  public:
   explicit Reader(std::vector<char> const& bytes) : bytes_(bytes) {}

@@ -6,10 +6,10 @@
 
 namespace reference_host {
 
-/// A part as a row of bytes, for the way to another process of the same program on the same kind of machine.
+/// A part as bytes, to be sent to another process of the same program on the same kind of machine.
 std::vector<char> PackMeshPart(MeshPart const& part);
 
-/// The part that PackMeshPart was given.
+/// The part that PackMeshPart has packed.
 MeshPart UnpackMeshPart(std::vector<char> const& bytes);
 
 }  // namespace reference_host

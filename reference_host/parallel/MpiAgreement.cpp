@@ -9,7 +9,7 @@
 namespace reference_host {
 namespace {
 
-/// What the work threw; empty if nothing.
+/// The text of the exception that the work threw; empty if it threw none.
 std::string TextOfFailure(std::function<void()> const& work, int rank) {
   try {
     work();

@@ -15,7 +15,7 @@ void SendSize(MpiCommunicator const& communicator, int to, std::int64_t size) {
   MPI_Send(&size, 1, MPI_INT64_T, to, kSizeTag, communicator.get());
 }
 
-/// Calls action(offset, length) for one message after another.
+/// Calls action(offset, length) for each message in turn.
 template <class Action>
 void ForEachMessage(std::size_t size, std::size_t largestMessage, Action const& action) {
   for (std::size_t offset = 0; offset < size; offset += largestMessage) {

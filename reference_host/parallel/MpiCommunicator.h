@@ -4,8 +4,8 @@
 
 namespace reference_host {
 
-/// A duplicate of a communicator, so that messages of its user never meet those of others. Making one is
-/// collective, and it is freed unless MPI has ended before.
+/// A duplicate of a communicator, so that the messages of its user never mix with others. Creating it is
+/// collective. It is freed unless MPI has been finalized before.
 class MpiCommunicator {
  public:
   explicit MpiCommunicator(MPI_Comm original);
@@ -23,7 +23,7 @@ class MpiCommunicator {
   int size_ = 1;
 };
 
-/// Whether MPI_Finalize has been called: nothing can be freed through MPI any more, nor needs to be.
+/// Whether MPI_Finalize has been called: after that, nothing can or need be freed through MPI.
 bool MpiHasEnded();
 
 }  // namespace reference_host

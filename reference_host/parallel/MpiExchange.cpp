@@ -7,7 +7,7 @@
 namespace reference_host {
 namespace {
 
-constexpr int kBlocking = 4;  // channel beside the four buffers 0..3
+constexpr int kBlocking = 4;  // channel after the four buffers 0..3
 
 [[noreturn]] void Fail(std::string const& what, int number) {
   std::string const name = number == kBlocking ? "the blocking exchange" : "buffer " + std::to_string(number);
@@ -53,7 +53,7 @@ void MpiExchange::MakeRequests(Channel& channel, int tag, std::vector<ExchangeLi
 MpiExchange::~MpiExchange() {
   if (MpiHasEnded()) return;
   for (Channel& channel : channels_) {
-    // Messages under way read and write the channel's values, which are about to go.
+    // Messages under way use the channel's values, which are about to be freed.
     if (channel.field != nullptr) WaitAll(channel.requests);
     for (MPI_Request& request : channel.requests) MPI_Request_free(&request);
   }

@@ -12,16 +12,16 @@ namespace reference_host {
 /// The halo exchange between partitions that are the ranks of a communicator.
 ///
 /// Each of the four buffers, and the blocking exchange, has its own packed values, message tag and persistent
-/// point-to-point requests, made once. So an exchange allocates nothing, the buffers are independent, and
-/// they may be waited for in any order. Starting in a busy buffer and waiting for what was not started, or
-/// with another field, break the rules of the interface and throw std::logic_error. A failure inside MPI ends
-/// the run.
+/// point-to-point requests, created once. So an exchange allocates nothing, the buffers are independent, and
+/// they may be waited for in any order. It is an error, std::logic_error, to start in a busy buffer or to
+/// wait for an exchange that was not started or was started with another field. A failure inside MPI ends the
+/// run.
 class MpiExchange : public CCommunication {
  public:
-  /// Collective. Copies what it needs of the partition, whose part number is its rank.
+  /// Collective. Copies what it needs of the partition, whose part number must be the rank.
   MpiExchange(MPI_Comm communicator, HostPartition const& partition);
 
-  /// Collective if an exchange is under way, which is then completed first.
+  /// Completes an exchange that is under way, which is collective.
   ~MpiExchange() override;
   MpiExchange(MpiExchange const&) = delete;
   MpiExchange& operator=(MpiExchange const&) = delete;
@@ -32,9 +32,9 @@ class MpiExchange : public CCommunication {
 
  private:
   struct Channel {
-    std::vector<double> send, receive;  // values for and from all neighbours, in the order of the cells below
+    std::vector<double> send, receive;  // values to and from all neighbours, in the order of the cells below
     std::vector<MPI_Request> requests;
-    double const* field = nullptr;  // of the exchange that is under way, null if none is
+    double const* field = nullptr;  // of the exchange under way; null: none
   };
 
   void MakeRequests(Channel& channel, int tag, std::vector<ExchangeList> const& lists);

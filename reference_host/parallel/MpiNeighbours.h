@@ -12,7 +12,7 @@
 
 namespace reference_host {
 
-/// Swaps lists between a rank and some others, each of which names this rank in turn.
+/// Swaps lists between a rank and its neighbours, each of which names this rank in turn.
 class MpiNeighbours {
  public:
   /// @param[in] communicator  borrowed
@@ -23,7 +23,7 @@ class MpiNeighbours {
   std::vector<int> const& ranks() const { return ranks_; }
 
   /// Collective among neighbours. Sends lists[i] to ranks()[i].
-  /// @return what ranks()[i] has sent here, by i
+  /// @return by i, what ranks()[i] has sent to this rank
   template <class T>
   std::vector<std::vector<T>> Swap(std::vector<std::vector<T>> const& lists) const {
     std::vector<std::int64_t> lengths, sent;

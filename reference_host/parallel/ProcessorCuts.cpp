@@ -3,14 +3,14 @@
 #include <algorithm>
 
 #include "reference_host/mesh/MeshError.h"
-#include "reference_host/mesh/MeshFile.h"
+#include "reference_host/mesh/MessageText.h"
 #include "reference_host/mesh/Vector3.h"
 #include "reference_host/parallel/MpiAgreement.h"
 
 namespace reference_host {
 namespace {
 
-/// Both sides write the same coordinates, but perhaps with few digits; share of the face's size.
+/// Both sides have the same coordinates, but perhaps with few digits. As a fraction of the face's size.
 constexpr double kClose = 1e-4;
 
 std::vector<int> RanksOf(std::vector<ProcessorCut> const& cuts) {
@@ -58,7 +58,7 @@ void ProcessorCuts::MatchFaces(std::vector<std::vector<int>> const& theirLengths
   }
 }
 
-/// The neighbour goes round the face the other way, as a rule from the same node on.
+/// The neighbour goes around the face in the opposite direction, usually from the same node.
 void ProcessorCuts::MatchFace(ProcessorCut const& cut, int k, Point const* theirs,
                               std::vector<int>& nodes) const {
   FaceMesh const& mesh = processor_.mesh;
@@ -69,8 +69,8 @@ void ProcessorCuts::MatchFace(ProcessorCut const& cut, int k, Point const* their
   };
   double size = 0.0;
   for (std::size_t i = 1; i < n; ++i) size = std::max(size, Length(Difference(theirs[i], theirs[0])));
-  // A node that does not fit ends a shift at once, as a rule the first. Only a face with nearly all of its nodes in one
-  // place could take n * n comparisons.
+  // A shift ends at the first node that does not match, usually at once. Only a face with nearly all of its
+  // nodes at one point could take n * n comparisons.
   std::size_t nLeft = 64 * n;
   for (std::size_t shift = 0; shift < n && nLeft > 0; ++shift) {
     bool fits = true;

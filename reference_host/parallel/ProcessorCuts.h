@@ -17,13 +17,13 @@ class ProcessorCuts {
 
   MpiNeighbours const& neighbours() const { return neighbours_; }
 
-  /// The own nodes of the k-th face of cut i in the order in which the neighbour has them:
-  /// Nodes(i)[Start(i)[k]] .. Nodes(i)[Start(i)[k+1]-1].
+  /// The own nodes of the k-th face of cut i, in the neighbour's order: Nodes(i)[Start(i)[k]] ..
+  /// Nodes(i)[Start(i)[k+1]-1].
   std::vector<int> const& Nodes(std::size_t i) const { return nodes_[i]; }
   std::vector<std::size_t> const& Start(std::size_t i) const { return start_[i]; }
 
-  /// Collective among neighbours. A value of every own node.
-  /// @return by cut, what the neighbour has at Nodes(i)
+  /// Collective among neighbours. Swaps a value of every own node.
+  /// @return by cut, the neighbour's values at Nodes(i)
   template <class T>
   std::vector<std::vector<T>> SwapNodeValues(std::vector<T> const& ofNode) const {
     FaceMesh const& mesh = processor_.mesh;

@@ -29,8 +29,8 @@ class Ordering {
   std::size_t Degree(int v) const { return rowStart_[v + 1] - rowStart_[v]; }
   bool LessConnected(int a, int b) const { return Degree(a) != Degree(b) ? Degree(a) < Degree(b) : a < b; }
 
-  /// Breadth-first search from `root` into queue_; returns the number of levels, and where the last one
-  /// begins.
+  /// Breadth-first search from `root` into queue_. Returns the number of levels and the position where the
+  /// last one begins.
   int SearchLevels(int root, std::size_t& lastLevelBegin) {
     ++visit_;
     queue_.assign(1, root);
@@ -52,7 +52,7 @@ class Ordering {
     return nLevels;
   }
 
-  /// Walks from a vertex to the one farthest from it, as long as the distance grows.
+  /// Goes from a vertex to the farthest one, as long as the distance grows.
   int VertexAtRim(int start) {
     auto const lessConnected = [this](int a, int b) { return LessConnected(a, b); };
     std::size_t lastLevel = 0;
@@ -94,7 +94,7 @@ class Ordering {
   std::vector<int> const& columns_;
   int nVertices_;
   int visit_ = 0;             // number of the current search
-  std::vector<int> visitOf_;  // last search that came to a vertex
+  std::vector<int> visitOf_;  // last search that has reached a vertex
   std::vector<char> placed_;
   std::vector<int> queue_;
   std::vector<int> order_;

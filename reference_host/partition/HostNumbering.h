@@ -4,20 +4,20 @@
 #include <cstddef>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "reference_host/mesh/MeshPart.h"
 #include "reference_host/partition/HostPartition.h"
 
 namespace reference_host {
 
-/// Face groups of the operators.
-enum class FaceKind : unsigned char { Inner, Wall, Inlet, Outlet, Partition, Symmetry };
-constexpr std::size_t kFaceKinds = 6;
+/// The order in which the groups get their ghost cells, the same as that of BoundaryGroup.
+constexpr std::array<FaceKind, 4> kGhostOrder = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry,
+                                                 FaceKind::Wall};
 
-/// Code of each FaceKind in CellFaceType.
-constexpr std::array<int, kFaceKinds> kGroupCode = {0, 1, 2, 3, 101, 5};
+constexpr FaceKind KindOf(BoundaryGroup group) { return kGhostOrder[static_cast<std::size_t>(group)]; }
 
-/// How the cells and faces of a MeshPart are called in the operators' tables. "Part number" is the 0-based
-/// number in the MeshPart, "host number" the 1-based one in the tables. Lives only while the tables are
+/// The numbers of a MeshPart's cells and faces in the operators' tables. The "part number" is the 0-based
+/// number in the MeshPart, the "host number" the 1-based one in the tables. Exists only while the tables are
 /// built.
 struct HostNumbering {
   int nInterior = 0, nGhost = 0, nHalo = 0;
@@ -33,25 +33,22 @@ struct HostNumbering {
   std::vector<FaceKind> kind;  ///< [part face]
   std::vector<int> face;       ///< [part face] host number within its group
 
-  /// [kind][1..n] part number of a face. Inner faces ascend by (ijCV, ij), partition faces by (ijParCV,
-  /// ijPar), boundary faces by their cell; what is still equal, by part number.
+  /// [IndexOf(kind)][1..n] part number of a face. Inner faces ascend by (ijCV, ij), partition faces by
+  /// (ijParCV, ijPar), boundary faces by their cell; ties by part number.
   std::array<std::vector<int>, kFaceKinds> partFace;
   std::array<int, kFaceKinds>
       ghostsBefore{};  ///< the ghost cell of face f of a kind is ghostsBefore[kind] + f
 
   int nFaces(FaceKind k) const { return static_cast<int>(PartFaces(k).size()) - 1; }
-  std::vector<int> const& PartFaces(FaceKind k) const { return partFace[static_cast<std::size_t>(k)]; }
-  int GhostCell(FaceKind k, int f) const { return ghostsBefore[static_cast<std::size_t>(k)] + f; }
+  std::vector<int> const& PartFaces(FaceKind k) const { return partFace[IndexOf(k)]; }
+  int GhostCell(FaceKind k, int f) const { return ghostsBefore[IndexOf(k)] + f; }
 };
-
-/// Group of every boundary kind; the two enumerations are ordered differently.
-FaceKind KindOfGroup(BoundaryGroup group);
 
 /// @throws MeshError  a boundary face without patch or group, or more cells or faces than an int can count
 HostNumbering NumberPartition(MeshPart const& part);
 
-/// Who sends which cells to whom, in host numbers, ascending by neighbour part; cells ascend by their number
-/// in the whole mesh, which both sides know.
+/// The cells to send and to receive, in host numbers, ascending by neighbour part. Cells ascend by their
+/// numbers in the whole mesh, which both sides know.
 std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering const& numbering);
 
 }  // namespace reference_host

@@ -8,10 +8,10 @@
 namespace reference_host {
 namespace {
 
-/// Lends the arrays of the partition group.
-class PartitionFaces : public CPartitionFace_DLL {
+/// Lends the arrays of the partition faces.
+class LentPartitionFaces : public CPartitionFace_DLL {
  public:
-  explicit PartitionFaces(FaceGroupTable& group) : group_(group) {}
+  explicit LentPartitionFaces(OwnedFaceGroup& group) : group_(group) {}
 
   int NParInterFace() override { return group_.size(); }
   int* ijParCV() override { return group_.cv.data(); }
@@ -22,11 +22,11 @@ class PartitionFaces : public CPartitionFace_DLL {
   double* ijParxc() override { return group_.xc.data(); }
   double* ijParyc() override { return group_.yc.data(); }
   double* ijParzc() override { return group_.zc.data(); }
-  double* ParInterFace_Lamda() override { return group_.lamda.data(); }
-  int* FaceType_Partition() override { return group_.faceType.data(); }
+  double* ParInterFace_Lamda() override { return group_.weight.data(); }
+  int* FaceType_Partition() override { return group_.type.data(); }
 
  private:
-  FaceGroupTable& group_;
+  OwnedFaceGroup& group_;
 };
 
 void LendCellsAndNodes(HostTables& tables, CZYN3DFiniteVolumeMesh& mesh) {
@@ -48,73 +48,23 @@ void LendCellsAndNodes(HostTables& tables, CZYN3DFiniteVolumeMesh& mesh) {
   mesh.NodeCell = tables.nodeCell.rows();
 }
 
-void LendInnerFaces(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
-  mesh.NInnerFaces = group.size();
-  mesh.ijCV = group.cv.data();
-  mesh.ij = group.other.data();
-  mesh.ijSx = group.sx.data();
-  mesh.ijSy = group.sy.data();
-  mesh.ijSz = group.sz.data();
-  mesh.ijxc = group.xc.data();
-  mesh.ijyc = group.yc.data();
-  mesh.ijzc = group.zc.data();
-  mesh.Lamda = group.lamda.data();
-  mesh.FaceType = group.faceType.data();
-  mesh.ijLnods = group.nodes.rows();
-}
-
-// One boundary group is lent like another; only the members' names differ.
-
-void LendInlet(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
-  mesh.NInlet = group.size();
-  mesh.ijInletCV = group.cv.data();
-  mesh.ijInlet = group.other.data();
-  mesh.ijInletSx = group.sx.data();
-  mesh.ijInletSy = group.sy.data();
-  mesh.ijInletSz = group.sz.data();
-  mesh.ijInletxc = group.xc.data();
-  mesh.ijInletyc = group.yc.data();
-  mesh.ijInletzc = group.zc.data();
-  mesh.ijInletLnods = group.nodes.rows();
-}
-
-void LendOutlet(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
-  mesh.NOutlet = group.size();
-  mesh.ijOutletCV = group.cv.data();
-  mesh.ijOutlet = group.other.data();
-  mesh.ijOutletSx = group.sx.data();
-  mesh.ijOutletSy = group.sy.data();
-  mesh.ijOutletSz = group.sz.data();
-  mesh.ijOutletxc = group.xc.data();
-  mesh.ijOutletyc = group.yc.data();
-  mesh.ijOutletzc = group.zc.data();
-  mesh.ijOutletLnods = group.nodes.rows();
-}
-
-void LendWall(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
-  mesh.NWall = group.size();
-  mesh.ijWallCV = group.cv.data();
-  mesh.ijWall = group.other.data();
-  mesh.ijWallSx = group.sx.data();
-  mesh.ijWallSy = group.sy.data();
-  mesh.ijWallSz = group.sz.data();
-  mesh.ijWallxc = group.xc.data();
-  mesh.ijWallyc = group.yc.data();
-  mesh.ijWallzc = group.zc.data();
-  mesh.ijWallLnods = group.nodes.rows();
-}
-
-void LendSymmetry(FaceGroupTable& group, CZYN3DFiniteVolumeMesh& mesh) {
-  mesh.NSymmetry = group.size();
-  mesh.ijSymmetryCV = group.cv.data();
-  mesh.ijSymmetry = group.other.data();
-  mesh.ijSymmetrySx = group.sx.data();
-  mesh.ijSymmetrySy = group.sy.data();
-  mesh.ijSymmetrySz = group.sz.data();
-  mesh.ijSymmetryxc = group.xc.data();
-  mesh.ijSymmetryyc = group.yc.data();
-  mesh.ijSymmetryzc = group.zc.data();
-  mesh.ijSymmetryLnods = group.nodes.rows();
+/// The record has only the nodes of the partition faces; LentPartitionFaces lends the rest.
+void LendFaces(FaceKind kind, OwnedFaceGroup& group, CZYN3DFiniteVolumeMesh& mesh) {
+  FaceGroupMembers const& members = MembersOf(kind);
+  mesh.*members.nodes = group.nodes.rows();
+  if (kind == FaceKind::Partition) return;
+  mesh.*members.count = group.size();
+  mesh.*members.cv = group.cv.data();
+  mesh.*members.other = group.other.data();
+  mesh.*members.sx = group.sx.data();
+  mesh.*members.sy = group.sy.data();
+  mesh.*members.sz = group.sz.data();
+  mesh.*members.xc = group.xc.data();
+  mesh.*members.yc = group.yc.data();
+  mesh.*members.zc = group.zc.data();
+  if (IsBoundary(kind)) return;
+  mesh.*members.weight = group.weight.data();
+  mesh.*members.type = group.type.data();
 }
 
 }  // namespace
@@ -127,7 +77,7 @@ struct HostPartition::Storage {
   std::vector<Patch> patches;
 
   CZYN3DFiniteVolumeMesh mesh;
-  PartitionFaces partitionFaces{tables.Group(FaceKind::Partition)};
+  LentPartitionFaces partitionFaces{tables.Group(FaceKind::Partition)};
 
   CZyn3dGV globals;
   std::vector<double> prevGradX, prevGradY, prevGradZ;  // [1..NCell]
@@ -141,12 +91,9 @@ struct HostPartition::Storage {
 
 void HostPartition::Storage::LendMesh() {
   LendCellsAndNodes(tables, mesh);
-  LendInnerFaces(tables.Group(FaceKind::Inner), mesh);
-  LendInlet(tables.Group(FaceKind::Inlet), mesh);
-  LendOutlet(tables.Group(FaceKind::Outlet), mesh);
-  LendWall(tables.Group(FaceKind::Wall), mesh);
-  LendSymmetry(tables.Group(FaceKind::Symmetry), mesh);
-  mesh.ijParLnods = tables.Group(FaceKind::Partition).nodes.rows();
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    LendFaces(members.kind, tables.Group(members.kind), mesh);
+  }
 }
 
 void HostPartition::Storage::LendGlobals() {
@@ -169,8 +116,8 @@ HostPartition::HostPartition(MeshPart const& part) : storage_(std::make_unique<S
   FillFaceCells(part, numbering, s.tables);
   FillGeometry(part, numbering, s.tables);
   FillTopology(part, numbering, s.tables);
-  FaceGroupTable& partitionGroup = s.tables.Group(FaceKind::Partition);
-  partitionGroup.lamda.assign(partitionGroup.cv.size(), 0.0);
+  OwnedFaceGroup& partitionGroup = s.tables.Group(FaceKind::Partition);
+  partitionGroup.weight.assign(partitionGroup.cv.size(), 0.0);
   s.exchangeLists = BuildExchangeLists(part, numbering);
   s.LendMesh();
   s.LendGlobals();

@@ -11,35 +11,36 @@
 
 namespace reference_host {
 
-/// The cells whose values travel between this partition and one neighbour, as 1-based cell numbers of this
-/// partition. What one side sends stands in the order in which the other side receives it.
+/// The cells exchanged between this partition and one neighbour, as 1-based cell numbers of this partition.
+/// One side sends in the order in which the other side receives.
 struct ExchangeList {
   int part = 0;
   std::vector<int> send;     ///< interior cells
   std::vector<int> receive;  ///< halo cells
 };
 
-/// One partition as the operators want it: it owns every array that the lent records point to.
+/// One partition in the form that the operators need. It owns every array that the lent records point to.
 ///
-/// Numbering: interior cells in Cuthill-McKee order, then one ghost cell per boundary face (inlet, outlet,
-/// symmetry, wall), then halo cells. Inner faces ascend by (ijCV, ij), where ijCV is the lower number. The
-/// ghost centre of a boundary face is the face centre, so a field there is the boundary value.
+/// Cells are numbered as follows: interior cells in Cuthill-McKee order, then one ghost cell per boundary
+/// face (inlet, outlet, symmetry, wall), then halo cells. Inner faces ascend by (ijCV, ij), where ijCV is the
+/// lower number. The centre of a ghost cell is the centre of its face, so a field there is the boundary
+/// value.
 class HostPartition {
  public:
-  /// Builds geometry, numbering and tables of one partition. Halo centres and the weights of the partition
-  /// faces are still missing: call CompleteHalo once communication stands.
+  /// Builds geometry, numbering and tables of one partition, except the halo centres and the weights of the
+  /// partition faces: for these, call CompleteHalo as soon as you have communication.
   explicit HostPartition(MeshPart const& part);
   ~HostPartition();
   HostPartition(HostPartition const&) = delete;
   HostPartition& operator=(HostPartition const&) = delete;
 
-  /// Collective. Fetches the centres of the halo cells from their owners and computes the partition faces'
-  /// weights.
+  /// Collective. Gets the centres of the halo cells from their owners and computes the weights of the
+  /// partition faces.
   void CompleteHalo(CCommunication& communication);
 
   CZYN3DFiniteVolumeMesh* mesh();
   CPartitionFace_DLL* partitionFaces();
-  CZyn3dGV* globals();  ///< previous-iterate arrays and reset blocks allocated; BaseFileName empty until set
+  CZyn3dGV* globals();  ///< work arrays and reset blocks are allocated; BaseFileName is empty until set
 
   /// Sets BaseFileName of the globals; the text is copied.
   void SetBaseFileName(std::string const& name);

@@ -40,8 +40,7 @@ int InProcessGroup::AllMin(int value) {
     changed_.notify_all();
     return result_;
   }
-  // The next reduction cannot complete before this partition comes to it, so the result stays until it is
-  // read.
+  // The next reduction cannot complete without this partition, so the result stays until it is read.
   std::int64_t const own = nReductions_;
   changed_.wait(lock, [&] { return nReductions_ != own || isAborted_; });
   if (nReductions_ == own) throw std::runtime_error("another partition has failed during a reduction");

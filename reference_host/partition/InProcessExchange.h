@@ -16,17 +16,16 @@
 
 namespace reference_host {
 
-/// What the partitions of one run share when each of them is a thread of this process: letter boxes for the
-/// halo values and a place to meet for reductions. Borrowed by the communication objects, which it must
-/// outlive.
+/// Shared by the partitions of a run in which each partition is a thread of this process: mailboxes for halo
+/// values, and the state of reductions. The communication objects borrow it, so it must outlive them.
 class InProcessGroup {
  public:
   explicit InProcessGroup(int nParts);
 
   int nParts() const { return nParts_; }
 
-  /// Lets every partition that waits, now or later, stop with an error instead of waiting for ever for a
-  /// failed one.
+  /// Makes every partition that waits, now or later, throw instead of waiting forever for one that has
+  /// failed.
   void Abort();
 
   /// Collective: the minimum of `value` over all partitions.
@@ -39,10 +38,10 @@ class InProcessGroup {
     std::vector<double> values;
   };
 
-  /// Puts a message into the letter box of (from, to, channel); never waits.
+  /// Puts a message into the mailbox of (from, to, channel). Never waits.
   void Post(int from, int to, int channel, Message message);
 
-  /// Takes the oldest message out of it; waits until there is one.
+  /// Takes the oldest message out of the mailbox. Waits until there is one.
   Message Take(int from, int to, int channel);
 
   static constexpr int kChannels = 5;  ///< four buffers and the blocking exchange
@@ -64,10 +63,10 @@ class InProcessGroup {
 
 /// The halo exchange of one partition with its neighbours in other threads.
 ///
-/// A start copies what the neighbours need, into the buffer's own space, as a message that is under way
-/// would; a wait delivers it. The four buffers are independent and may be waited for in any order. Breaking
-/// the rules of the interface throws std::logic_error: starting in a busy buffer, waiting for what was not
-/// started or with another field, partitions that do not start the same exchanges in the same order.
+/// A start copies the values that the neighbours need into messages; a wait takes the messages of the
+/// neighbours. The four buffers are independent and may be waited for in any order. It is an error,
+/// std::logic_error, to start in a busy buffer, to wait for an exchange that was not started or was started
+/// with another field, or to start exchanges in another order than the other partitions.
 class InProcessCommunication : public CCommunication {
  public:
   /// Borrows the group; copies what it needs of the partition.
@@ -104,9 +103,9 @@ class InProcessReduction : public CZYNCom {
   InProcessGroup& group_;
 };
 
-/// Runs body(0) .. body(nParts-1), each in a thread of its own, and waits for all. Then throws again what the
-/// first failing one has thrown. If the partitions share a group, pass it: otherwise the others may wait for
-/// ever for the one that has failed.
+/// Runs body(0) .. body(nParts-1), each in a thread of its own, waits for all, and rethrows the first
+/// exception. If the partitions share a group, pass it: otherwise the others may wait forever for one that
+/// has failed.
 void RunInProcess(int nParts, std::function<void(int part)> const& body);
 void RunInProcess(InProcessGroup& group, std::function<void(int part)> const& body);
 

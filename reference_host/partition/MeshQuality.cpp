@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "reference_host/mesh/Vector3.h"
 
 namespace reference_host {
@@ -10,13 +11,16 @@ namespace {
 
 constexpr double kDegreesPerRadian = 57.295779513082320877;
 
-void AddFace(Point const& centreCV, Point const& centreOther, Point const& faceCentre, Point const& area,
-             double lamda, QualitySums& sums) {
-  Point const d = Difference(centreOther, centreCV);
-  // atan2 of sine and cosine: acos would turn rounding errors of 1e-16 into angles of 1e-6 degrees.
+/// @pre f is a face between two cells
+void AddFace(CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& faces, int f, QualitySums& sums) {
+  auto const centre = [&mesh](int c) { return Point{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
+  Point const centreCV = centre(faces.cv[f]), area = {faces.sx[f], faces.sy[f], faces.sz[f]};
+  Point const d = Difference(centre(faces.other[f]), centreCV);
+  // atan2 instead of acos, which would turn rounding errors of 1e-16 into angles of 1e-6 degrees.
   double const angle = std::atan2(Length(Cross(d, area)), Dot(d, area)) * kDegreesPerRadian;
-  Point const interpolated = Sum(centreCV, Scaled(lamda, d));
+  Point const interpolated = Sum(centreCV, Scaled(faces.weight[f], d));
   double const distance = Length(d);
+  Point const faceCentre = {faces.xc[f], faces.yc[f], faces.zc[f]};
   double const skewness = distance > 0.0 ? Length(Difference(faceCentre, interpolated)) / distance : 0.0;
 
   QualitySums face;
@@ -39,23 +43,15 @@ std::vector<int> PartsOfHaloCells(HostPartition const& partition, int firstHalo)
 
 QualitySums MeasureQuality(HostPartition& partition) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  auto const centre = [&mesh](int c) { return Point{mesh.xc[c], mesh.yc[c], mesh.zc[c]}; };
-
   QualitySums sums;
-  for (int f = 1; f <= mesh.NInnerFaces; ++f) {
-    AddFace(centre(mesh.ijCV[f]), centre(mesh.ij[f]), {mesh.ijxc[f], mesh.ijyc[f], mesh.ijzc[f]},
-            {mesh.ijSx[f], mesh.ijSy[f], mesh.ijSz[f]}, mesh.Lamda[f], sums);
-  }
+  FaceGroup const inner = FacesOf(FaceKind::Inner, mesh);
+  for (int f = 1; f <= inner.count; ++f) AddFace(mesh, inner, f, sums);
 
-  CPartitionFace_DLL& faces = *partition.partitionFaces();
+  FaceGroup const cut = PartitionFaces(*partition.partitionFaces(), mesh);
   int const firstHalo = mesh.NCell - partition.nHaloCells() + 1;
   std::vector<int> const partOfHalo = PartsOfHaloCells(partition, firstHalo);
-  for (int f = 1; f <= faces.NParInterFace(); ++f) {
-    int const own = faces.ijParCV()[f], halo = faces.ijPar()[f];
-    if (partOfHalo[halo - firstHalo] < partition.part()) continue;
-    AddFace(centre(own), centre(halo), {faces.ijParxc()[f], faces.ijParyc()[f], faces.ijParzc()[f]},
-            {faces.ijParSx()[f], faces.ijParSy()[f], faces.ijParSz()[f]}, faces.ParInterFace_Lamda()[f],
-            sums);
+  for (int f = 1; f <= cut.count; ++f) {
+    if (partOfHalo[cut.other[f] - firstHalo] >= partition.part()) AddFace(mesh, cut, f, sums);
   }
   return sums;
 }

@@ -6,23 +6,22 @@
 
 namespace reference_host {
 
-/// Two measures of the faces between two cells, in a form that can be added up over partitions.
+/// Two measures of the faces between two cells, as sums that can be added up over partitions.
 ///
 /// With d the vector between the two cell centres, S the area vector and x_f the centre of a face:
 /// - non-orthogonality: the angle between d and S in degrees, 0 on a mesh of boxes;
-/// - skewness: |x_f - x_i| / |d|, where x_i = x_CV + Lamda d is the place on the line of centres for which
-/// interpolation
-///   gives its value; 0 where that line passes through the face centre.
+/// - skewness: |x_f - x_i| / |d|, where x_i = x_CV + Lamda d is the point on the line of centres at which
+///   linear interpolation gives its value; 0 if that point is the face centre.
 struct QualitySums {
   double sumNonOrthogonality = 0.0;  ///< degrees
   double maxNonOrthogonality = 0.0;  ///< degrees
   double sumSkewness = 0.0;
   double maxSkewness = 0.0;
-  std::int64_t nFaces = 0;  ///< the means are sum / nFaces
+  std::int64_t nFaces = 0;  ///< the averages are sum / nFaces
 };
 
-/// The sums over the inner faces of a partition and over its partition faces to higher parts: over all
-/// partitions, every face is counted once. Not collective.
+/// The sums over the inner faces of a partition and its partition faces to higher parts, so that all
+/// partitions together count every face once. Not collective.
 /// @pre HostPartition::CompleteHalo has been called
 QualitySums MeasureQuality(HostPartition& partition);
 

@@ -14,7 +14,7 @@ namespace reference_host {
 /// A named part of the boundary of the whole mesh.
 struct PatchSummary {
   std::string name;
-  BoundaryGroup group;  ///< of no meaning for a patch without faces
+  BoundaryGroup group;  ///< meaningless for a patch without faces
   std::int64_t nFaces = 0;
 };
 
@@ -29,8 +29,8 @@ struct MeshSummary {
 
   int nParts = 1;
   int minCells = 0, maxCells = 0;  ///< interior cells of the smallest and the largest partition
-  int maxCutFaces = 0;             ///< partition faces of the partition that has most of them
-  int maxNeighbours = 0;           ///< neighbour partitions of the one that has most of them
+  int maxCutFaces = 0;             ///< largest number of partition faces of a partition
+  int maxNeighbours = 0;           ///< largest number of neighbours of a partition
 
   QualitySums quality;
 

@@ -6,18 +6,18 @@
 
 namespace reference_host {
 
-/// Rows of integers as the operators read them, all in one block: `row[0]` is the length, the entries stand
-/// at `row[1..row[0]]`. Rows are numbered from 1.
+/// Rows of integers in the form that the operators read, all in one block: `row[0]` is the length, and the
+/// entries are `row[1..row[0]]`. Rows are numbered from 1.
 class RaggedTable {
  public:
   RaggedTable() = default;
 
-  /// Makes the rows and writes their lengths; the entries are left for the caller to fill.
-  /// @param[in] length  [1..n] entries of each row
+  /// Makes the rows and writes their lengths. The caller fills the entries.
+  /// @param[in] length  [1..n] number of entries of each row
   explicit RaggedTable(std::vector<int> const& length) : rows_(length.size(), nullptr) {
     std::size_t size = 0;
     for (std::size_t i = 1; i < length.size(); ++i) size += static_cast<std::size_t>(length[i]) + 1;
-    block_.reset(new int[size]);  // not make_unique, which would write it all once more
+    block_.reset(new int[size]);  // not make_unique, which would clear it first
     int* row = block_.get();
     for (std::size_t i = 1; i < length.size(); ++i) {
       rows_[i] = row;

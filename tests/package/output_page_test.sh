@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# docs/output.md names every key of the JSON files and every array of the files for viewers that zyngrad writes.
+# docs/use/output.md names every key of the JSON files and every array of the viewer files that zyngrad writes, and
+# docs/use/check.md every finding.
 #   output_page_test.sh REPOSITORY ZYNGRAD
 set -euo pipefail
-page=$1/docs/output.md zyngrad=$2
+page=$1/docs/use/output.md zyngrad=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 
-run() {  # run FOLDER ARGUMENT...: exit code 1 says that something was found, and everything is written
+run() {  # run FOLDER ARGUMENT...: with exit code 1, findings, everything is written, too
   "$zyngrad" "${@:2}" -o "$1" >"$1.txt" 2>&1 || [[ $? == 1 ]] || { cat "$1.txt"; exit 1; }
 }
 printf 'x,y,z\n0.4,0.5,0.6\n9,9,9\n' >points.csv
@@ -21,7 +22,7 @@ run points points box:3,3,3 --field x --points points.csv
 run check check box:3,3,3 --group-faces inner --points points.csv
 run study study --series tet --levels 2 --method iterated,rbf
 
-# Whole words of what stands between backticks.
+# Whole words between backticks.
 grep -o '`[^`]*`' "$page" | tr -c 'A-Za-z0-9_\n' '\n' | sort -u >told.txt
 {
   grep -hoE '"[A-Za-z0-9]+":' ./*/*.json | tr -d '":'
@@ -32,4 +33,11 @@ for expected in l2Relative maxAt exact_gradient gradient_METHOD weight_sum gradi
   grep -qx "$expected" written.txt || { echo "no run has written $expected"; exit 1; }
 done
 missing=$(comm -23 written.txt told.txt)
-[[ -z $missing ]] || { echo "docs/output.md does not name:"; echo "$missing"; exit 1; }
+[[ -z $missing ]] || { echo "docs/use/output.md does not name:"; echo "$missing"; exit 1; }
+
+# docs/use/check.md explains each finding under the text that the program's tables show.
+sed -n 's/^ *{k[A-Za-z]*, Severity::[A-Za-z]*, "[A-Za-z]*", "\(.*\)"},$/\1/p' "$1/cli/check/CheckFindings.cpp" >findings.txt
+[[ $(wc -l <findings.txt) -ge 20 ]] || { echo "the texts of the findings were not found"; exit 1; }
+while read -r text; do
+  grep -qF "| $text |" "$1/docs/use/check.md" || { echo "docs/use/check.md does not explain \"$text\""; exit 1; }
+done <findings.txt

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The lines of README.md and of examples/README.md from a clone to a solver that runs, typed as they stand there. A whole
-# release build takes minutes: in its place stands the build folder of the tests, which has the same targets.
+# Runs the lines of README.md and examples/README.md that lead from a clone to a running solver, exactly as they are
+# written. A release build would take minutes, so the build folder of the tests, which has the same targets, replaces it.
 #   readme_test.sh REPOSITORY COMPILER BUILD_FOLDER
 set -euo pipefail
 repository=$1 compiler=$2 build=$3
@@ -12,7 +12,7 @@ fail() {
   exit 1
 }
 
-# block PAGE HEADING LANGUAGE NUMBER: the code blocks of a section that have this language ("" for none), counted from 1.
+# block PAGE HEADING LANGUAGE NUMBER: the NUMBER-th code block of a section with this language ("" for none), from 1.
 block() {
   awk -v heading="$2" -v language="$3" -v number="$4" '
     /^```/ && !open { open = 1; shown = inside && $0 == "```" language && ++n == number; next }
@@ -21,7 +21,7 @@ block() {
     !open && /^#/ { inside = $0 == heading }' "$repository/$1"
 }
 
-# type_in FOLDER LINES: as a user does, in a home folder of its own.
+# type_in FOLDER LINES: runs the lines as a user would, with a temporary home folder.
 type_in() {
   mkdir -p "$work/home"
   (cd "$1" && HOME=$work/home CXX=$compiler CMAKE_BUILD_PARALLEL_LEVEL=2 bash -euc "$2") >"$work/typed.txt" 2>&1 ||
@@ -37,7 +37,7 @@ for lines in "$install_lines" "$solver_lines" "$cmake_lines" "$program_lines"; d
   [[ -n $lines ]] || fail "README.md, $heading: a code block is missing"
 done
 
-# The clone. ./dev is called as it stands in the README: it has to know the command, and then finds everything built.
+# The clone. The README calls ./dev: the real one must know the command, and the stand-in finds everything built.
 mkdir -p "$work/clone/build"
 ln -s "$build" "$work/clone/build/release"
 cp -r "$repository/examples" "$work/clone"
@@ -50,7 +50,7 @@ grep -qE '^cmd_build\(\)' "$repository/dev" || fail "./dev has no command build"
 (cd "$repository" && cmake --list-presets=build) | grep '"release"' >/dev/null || fail "there is no preset release"
 type_in "$work/clone" "$install_lines"
 
-# The solver: the smallest one, with the README's lines.
+# The solver: the smallest one, built with the lines of the README.
 mkdir "$work/solver"
 cp "$repository/tests/package/consumer/main.cpp" "$work/solver"
 printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(solver CXX)' 'add_executable(solver main.cpp)' "$cmake_lines" \
@@ -58,7 +58,7 @@ printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(solver CXX)' 'add_
 type_in "$work/solver" "$solver_lines"
 "$work/solver/build/solver" >/dev/null || fail "the solver does not run"
 
-# The program text, with what it says is the solver's own.
+# The C++ lines, with the objects that the README leaves to the solver as parameters.
 {
   grep '^#include' <<<"$program_lines"
   printf '#include "host/%s"\n' Zyn3dGV.h ZYNCom.h ZYNCommunication.h
@@ -70,14 +70,14 @@ type_in "$work/solver" "$solver_lines"
 "$compiler" -std=c++17 -fsyntax-only -I"$work/home/zyn3dgradop/include/Zyn3dGradOp" "$work/readme.cpp" ||
   fail "the C++ lines of README.md do not compile"
 
-# The page for porters shows the same program in full.
-block docs/porting.md "## A complete program" cpp 1 | diff - "$repository/tests/package/consumer/main.cpp" ||
-  fail "docs/porting.md and tests/package/consumer/main.cpp differ"
+# The guide for solver authors shows the same program in full.
+block docs/use/porting.md "## A complete program" cpp 1 | diff - "$repository/tests/package/consumer/main.cpp" ||
+  fail "docs/use/porting.md and tests/package/consumer/main.cpp differ"
 
-# The lines for the examples, which install into the same place.
+# The lines for the examples, which install into the same folder.
 type_in "$work/clone" "$(block examples/README.md "# Examples" "" 1)"
 
-# After ./dev demo alone the checker of hosts is not there: a line says what to do, and nothing is copied.
+# After ./dev demo alone, host_check is missing: installing fails with a hint and copies nothing.
 mkdir "$work/half"
 (cd "$build" && find . -name cmake_install.cmake -exec cp --parents {} "$work/half" \;)
 find "$work/half" -name cmake_install.cmake -exec sed -i "s|$build/|$work/half/|g" {} +

@@ -3,7 +3,7 @@
 
 Plants one change at a time into the library's sources (mutations.py says which), compiles what includes the changed
 file, links the test programs anew and runs them until one fails, crashes or exceeds its time. Changes that do not
-compile or leave the machine code as it was do not count. Survivors are listed; docs/mutation-survivors.md says why
+compile or leave the machine code as it was do not count. Survivors are listed; docs/measured/reliability.md says why
 they are left.
 
 Everything happens on a copy of the repository in the work folder, so the checkout may be edited meanwhile. The same

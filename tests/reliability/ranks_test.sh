@@ -28,7 +28,7 @@ for ranks in $(seq 1 16); do
 done
 check "info on 16 ranks: a cell each" [ "$fewest" = 1 ]
 
-# All methods on all numbers of parts, by threads of one process; what is promised stands in docs/study.md.
+# All methods on all numbers of parts, by threads of one process; what is promised stands in docs/measured/study.md.
 for case in "$counts $small" "1,2,3,4,5,6,7,8,9,10,11,12 box:3,2,2:prism"; do
   mesh=${case#* }
   run 1 compare-ranks "$mesh" --ranks "${case% *}" --span 50

@@ -1,4 +1,4 @@
-// Stands in for the CGNS sources in a build without libcgns.
+// Replaces the CGNS sources in a build without libcgns.
 #include "reference_host/cgns/CgnsField.h"
 #include "reference_host/cgns/CgnsReader.h"
 #include "reference_host/mesh/MeshError.h"

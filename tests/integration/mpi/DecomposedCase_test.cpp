@@ -36,8 +36,8 @@ std::vector<WholeMesh> WholeMeshes() {
           {"all types", foam_test::InFoamOrder(Perturbed(MixedBox(3 + more), 0.03))}};
 }
 
-/// Ragged parts where ranks meet in edges and corners only. Chance may leave a rank without a cell, which a case cannot
-/// have: it then gets the one of its own number.
+/// Ragged parts that may meet in edges and corners only. A rank without a cell, which a case cannot have,
+/// gets the cell of its own number.
 std::vector<int> RaggedParts(int nCells) {
   std::vector<int> parts = test_meshes::RandomParts(nCells, RankCount());
   for (int rank = 0; rank < RankCount(); ++rank) {
@@ -82,8 +82,8 @@ void ExpectSamePart(MeshPart const& a, MeshPart const& b) {
   }
 }
 
-/// Gradients of every method on the mesh loaded, against those of the whole mesh on one rank. `wholeCell` gives the cell
-/// of the whole mesh, from 0, for one of the loaded mesh.
+/// Compares the gradients of every method on the loaded mesh with those of the whole mesh on one rank.
+/// `wholeCell` maps a cell of the loaded mesh to one of the whole mesh, from 0.
 void ExpectGradientsOfWhole(LoadedMesh& mesh, FaceMesh whole,
                             std::function<std::int64_t(int)> const& wholeCell) {
   for (Patch& patch : whole.patches) patch.group = GroupByName(patch.name, patch.type);
@@ -156,7 +156,7 @@ TEST(DecomposedCase, WithoutAddressingNumbersRankByRankAndGivesTheSameGradients)
   }
 }
 
-// Parts of one layer of cells each, so that every node lies on parts that share faces with each other.
+// Parts of one layer of cells each, so that the parts at every node share faces.
 TEST(DecomposedCase, WithoutAddressingCountsSharedNodesOnce) {
   FaceMesh const whole = foam_test::InFoamOrder(test_meshes::HexBox(3, 3, 4));
   for (std::vector<int> const& partOfCell : Decompositions(whole)) {
@@ -164,7 +164,7 @@ TEST(DecomposedCase, WithoutAddressingCountsSharedNodesOnce) {
     Write(folder, whole, partOfCell, false);
     MpiCommunicator const world(MPI_COMM_WORLD);
     DecomposedPart const read = ReadDecomposedCase(world, folder.File("case"));
-    // Hexahedra around a node touch each other by faces, if only through cells of other ranks.
+    // The hexahedra around a node are connected by faces, if only through cells of other ranks.
     EXPECT_EQ(read.nNodes, 4 * 4 * 5);
     std::vector<std::int64_t> numbers = GatherNumbers(read.part.globalNode);
     std::sort(numbers.begin(), numbers.end());
@@ -205,7 +205,7 @@ TEST(DecomposedCase, TakesFacesThatBeginWithAnotherNode) {
 
 namespace {
 
-/// What loading the case says, behind its folder, after `spoil` has been at it on rank 0.
+/// The message, after the folder, of loading a case that `spoil` has damaged on rank 0.
 std::string Refusal(std::function<void(int, foam_test::Piece&)> const& change,
                     std::function<void(std::string const&)> const& spoil = {}, int nMore = 0) {
   FaceMesh const whole = foam_test::InFoamOrder(test_meshes::HexBox(8, 2, 2));
@@ -222,14 +222,14 @@ std::string Refusal(std::function<void(int, foam_test::Piece&)> const& change,
   return text.substr(std::min(text.size(), folder.File("case").size()));
 }
 
-/// An action on the piece of the last rank alone.
+/// An action that changes only the piece of the last rank.
 std::function<void(int, foam_test::Piece&)> OfLastRank(std::function<void(foam_test::Piece&)> const& change) {
   return [change](int part, foam_test::Piece& piece) {
     if (part == RankCount() - 1) change(piece);
   };
 }
 
-/// The first position of a text in another; fails if it is not there.
+/// Expects that `text` contains `part`.
 void ExpectHas(std::string const& text, std::string const& part) {
   EXPECT_NE(text.find(part), std::string::npos) << "'" << part << "' is not in '" << text << "'";
 }
@@ -240,7 +240,8 @@ TEST(DecomposedCase, IsRefusedOnAnotherNumberOfRanks) {
   std::string const ranks = std::to_string(RankCount()) + (RankCount() == 1 ? " rank" : " ranks");
   std::string const folders = std::to_string(RankCount() + 1);
   EXPECT_EQ(Refusal({}, {}, 1), ": decomposed for " + folders + " processors, but this run has " + ranks +
-                                    "; start " + folders + ", or give constant/polyMesh of the whole mesh");
+                                    "; start " + folders +
+                                    " ranks, or give constant/polyMesh of the whole mesh");
 }
 
 TEST(DecomposedCase, IsRefusedInTheCollatedFormat) {
@@ -272,9 +273,9 @@ TEST(DecomposedCase, IsRefusedWithDamagedFilesOfOneRank) {
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.cell.back() = 999; })),
             last + ": cellProcAddressing has 999, which is not in 0 to 31");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.cell[0] = piece.cell[1]; })),
-            "cellProcAddressing of all processors together do not name each of the 32 cells once");
+            "the files cellProcAddressing of all processors together do not name each of the 32 cells once");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.point[0] = piece.point[1]; })),
-            last + ": pointProcAddressing has a negative number, or one twice");
+            last + ": pointProcAddressing has a negative or repeated number");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.cell.pop_back(); })),
             last + "/cellProcAddressing");
 }
@@ -310,7 +311,7 @@ TEST(DecomposedCase, IsRefusedWhenCutsDoNotFitTogether) {
               std::vector<int>& point = piece.point;
               std::swap(point.front(), point.back());
             })),
-            "pointProcAddressing calls a node ");
+            "pointProcAddressing numbers a node ");
   auto const missing = Refusal({}, [&](std::string const& folder) {
     std::filesystem::remove(foam_test::PieceFolder(folder, last) + "/pointProcAddressing");
   });

@@ -25,8 +25,8 @@ void Prepare(COperatorGradient& op, LoadedMesh& mesh, int type) {
   EXPECT_EQ(op.Initialize(), 1) << op.getErrorMsg();
 }
 
-/// Interior and halo cells against the whole mesh's gradient; cells are summed up in another order there, and
-/// a gradient here is of size 1 to 3.
+/// Compares interior and halo cells with the gradient of the whole mesh. The sums have another order there,
+/// and the gradients have sizes of 1 to 3.
 void ExpectGradientOfWhole(LoadedMesh& mesh, const std::vector<double> (&g)[3],
                            std::vector<Point> const& whole) {
   std::vector<std::int64_t> const& globalCell = mesh.partition->globalCell();

@@ -33,7 +33,7 @@ struct Sample {
     for (int f = 0; f < mesh.nFaces(); ++f) face.push_back(1000.0 + f);
   }
 
-  /// The boundary face with its centre there.
+  /// The boundary face with this centre.
   int FaceAt(Point const& centre) const {
     for (int f = 0; f < mesh.nFaces(); ++f) {
       if (mesh.neighbour[f] >= 0) continue;
@@ -47,8 +47,8 @@ struct Sample {
   }
 };
 
-// Cells of a hexahedral box have several faces in the patch "wall" (y=0, z=0, z=1); one of a row has three. There is a
-// cell for every rank.
+// Cells of a hexahedral box have several faces in the patch "wall" (y=0, z=0, z=1); a cell of a row has
+// three. Every rank has a cell.
 std::vector<Sample> Samples() {
   return {Sample(test_meshes::HexBox(std::max(5, RankCount()), 1, 1)),
           Sample(test_meshes::Perturbed(test_meshes::PolyBox(RankCount() > 4 ? 3 : 2), 0.03))};
@@ -80,8 +80,8 @@ std::string PieceText(foam_test::Piece const& piece, Sample const& sample) {
   return foam_test::FieldText(piece.mesh, cell, face);
 }
 
-LoadedField LoadOf(std::string const& meshSpec, LoadedMesh& mesh, std::string const& fieldSpec) {
-  return LoadField(MPI_COMM_WORLD, meshSpec, mesh, fieldSpec);
+LoadedField LoadOf(LoadedMesh& mesh, std::string const& fieldSpec) {
+  return LoadField(MPI_COMM_WORLD, mesh, fieldSpec);
 }
 
 }  // namespace
@@ -98,7 +98,7 @@ TEST(LoadField, GivesEveryRankItsValuesOfAWholeMesh) {
     for (std::string const mesh : {"case", "case/constant/polyMesh", "case/constant/polyMesh/"}) {
       LoadedMesh loaded = Load(folder.File(mesh));
       for (std::string const& field : {folder.File("case/0/T"), std::string("0/T")}) {
-        LoadedField const values = LoadOf(folder.File(mesh), loaded, field);
+        LoadedField const values = LoadOf(loaded, field);
         ExpectValues(loaded, values, sample);
         EXPECT_TRUE(values.patchesWithoutValues.empty());
       }
@@ -123,7 +123,7 @@ TEST(LoadField, ReadsTheFoldersOfADecomposedCase) {
       MPI_Barrier(MPI_COMM_WORLD);
       LoadedMesh loaded = Load(name);
       for (std::string const& field : {std::string("0.5/T"), name + "/0.5/T", name + "/processor0/0.5/T"}) {
-        LoadedField const values = LoadOf(name, loaded, field);
+        LoadedField const values = LoadOf(loaded, field);
         ExpectValues(loaded, values, sample);
         EXPECT_TRUE(values.patchesWithoutValues.empty());
       }
@@ -131,7 +131,7 @@ TEST(LoadField, ReadsTheFoldersOfADecomposedCase) {
   }
 }
 
-// Cells are then numbered rank by rank, which runs of cells leave as they are.
+// Cells are then numbered rank by rank, which does not change the numbers of contiguous parts.
 TEST(LoadField, ReadsADecomposedCaseWithoutAddressing) {
   Sample const sample(test_meshes::HexBox(5, 2, 2));
   std::vector<int> const parts = test_meshes::RunParts(sample.mesh.nCells, RankCount());
@@ -145,7 +145,7 @@ TEST(LoadField, ReadsADecomposedCaseWithoutAddressing) {
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh loaded = Load(name);
-  ExpectValues(loaded, LoadOf(name, loaded, "0/T"), sample);
+  ExpectValues(loaded, LoadOf(loaded, "0/T"), sample);
 }
 
 TEST(LoadField, NamesThePatchesWhoseCellsStandIn) {
@@ -158,21 +158,20 @@ TEST(LoadField, NamesThePatchesWhoseCellsStandIn) {
   if (Rank() == 0) foam_test::WriteText(folder.File("case/0/T"), text);
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh loaded = Load(folder.File("case"));
-  LoadedField const values = LoadOf(folder.File("case"), loaded, "0/T");
+  LoadedField const values = LoadOf(loaded, "0/T");
   ExpectValues(loaded, values, sample, {"wall"});
   EXPECT_EQ(values.patchesWithoutValues, std::vector<std::string>{"wall"});
 }
 
 TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
   LoadedMesh box = Load("box:6,2,2");
-  auto const refusal = [](std::string const& meshSpec, LoadedMesh& mesh, std::string const& fieldSpec) {
-    return ErrorOnEveryRank([&] { LoadOf(meshSpec, mesh, fieldSpec); });
+  auto const refusal = [](LoadedMesh& mesh, std::string const& fieldSpec) {
+    return ErrorOnEveryRank([&] { LoadOf(mesh, fieldSpec); });
   };
-  EXPECT_EQ(refusal("box:6,2,2", box, "0/T"),
-            "0/T: a field of OpenFOAM needs a mesh of OpenFOAM (other fields: FILE.cgns:ARRAY)");
-  EXPECT_EQ(refusal("box:6,2,2", box, "case.cgns"),
-            "case.cgns: name the array of the file as case.cgns:ARRAY");
-  EXPECT_EQ(refusal("box:6,2,2", box, "none.cgns:T").rfind("none.cgns: ", 0), 0U);
+  EXPECT_EQ(refusal(box, "0/T"),
+            "0/T: an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)");
+  EXPECT_EQ(refusal(box, "case.cgns"), "case.cgns: name an array of the file, as in case.cgns:ARRAY");
+  EXPECT_EQ(refusal(box, "none.cgns:T").rfind("none.cgns: ", 0), 0U);
 
   Sample const sample(test_meshes::HexBox(4, 2, 2)), other(test_meshes::HexBox(3, 2, 2));
   SharedFolder const folder;
@@ -183,13 +182,13 @@ TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = Load(name);
-  EXPECT_EQ(refusal(name, mesh, "0/p"), "0/p: no such file, here or in the case");
+  EXPECT_EQ(refusal(mesh, "0/p"), "0/p: no such file, here or in the case");
   if (Rank() == 0) {
     EXPECT_EQ(mkfifo((name + "/0/pipe").c_str(), 0600), 0);
   }
-  EXPECT_EQ(refusal(name, mesh, "0/pipe"), name + "/0/pipe: a pipe (FIFO), not a regular file");
-  EXPECT_EQ(refusal(name, mesh, "constant"), name + "/constant: a folder, not a regular file");
-  EXPECT_EQ(refusal(name, mesh, "0/T"), name + "/0/T: 12 values for 16 cells");
+  EXPECT_EQ(refusal(mesh, "0/pipe"), name + "/0/pipe: a pipe (FIFO), not a regular file");
+  EXPECT_EQ(refusal(mesh, "constant"), name + "/constant: a folder, not a regular file");
+  EXPECT_EQ(refusal(mesh, "0/T"), name + "/0/T: 12 values for 16 cells");
 }
 
 TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
@@ -207,9 +206,9 @@ TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = Load(name);
-  std::string const text = ErrorOnEveryRank([&] { LoadOf(name, mesh, "0/T"); });
+  std::string const text = ErrorOnEveryRank([&] { LoadOf(mesh, "0/T"); });
   EXPECT_EQ(text.rfind(name + "/processor" + std::to_string(last) + "/0/T: ", 0), 0U) << text;
-  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(name, mesh, "T"); }),
+  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(mesh, "T"); }),
             "T: a decomposed case needs the time and the field, as in 0/T");
 }
 
@@ -245,7 +244,7 @@ TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
   LoadedMesh mesh = LoadMesh(MPI_COMM_WORLD, name, {{"unnamed", BoundaryGroup::Wall}}, {});
   EXPECT_EQ(mesh.summary.nCells, kCells);
   EXPECT_EQ(mesh.summary.FacesOf(BoundaryGroup::Inlet), 1);
-  LoadedField const field = LoadOf(name, mesh, name + ":Pressure");
+  LoadedField const field = LoadOf(mesh, name + ":Pressure");
   EXPECT_EQ(field.patchesWithoutValues, (std::vector<std::string>{"inlet", "unnamed"}));
   CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   for (int c = 1; c <= m.NCell; ++c) {
@@ -255,11 +254,11 @@ TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
     double const i = std::floor(m.xc[c]);
     EXPECT_EQ(field.value[c], i * i - 0.5) << "cell " << c;
   }
-  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(name, mesh, name + ":Mach"); }),
+  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(mesh, name + ":Mach"); }),
             name + ": no array 'Mach'; arrays at cell centres: 'Flow/Pressure'");
 
   LoadedMesh other = Load("box:5,2,2");
-  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf("box:5,2,2", other, name + ":Pressure"); }),
+  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(other, name + ":Pressure"); }),
             name + ":Pressure: " + std::to_string(kCells) + " values for the 20 cells of the mesh");
 }
 #endif

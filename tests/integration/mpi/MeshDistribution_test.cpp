@@ -33,7 +33,7 @@ int CutFaces(FaceMesh const& mesh, std::vector<int> const& partOfCell) {
   return nCut;
 }
 
-/// Two meshes that do not touch, as one.
+/// Joins two meshes that do not touch.
 FaceMesh Beside(FaceMesh a, FaceMesh const& b) {
   for (int f = 0; f < b.nFaces(); ++f) {
     for (std::size_t i = b.faceStart[f]; i < b.faceStart[f + 1]; ++i) {

@@ -25,7 +25,7 @@ std::vector<double> OwnValues(HostPartition const& partition, CZYN3DFiniteVolume
   return field;
 }
 
-/// The same with the halo cells as their owners have them; ghost cells have no number in the mesh.
+/// The same, with the values of their owners in the halo cells; ghost cells have no number in the mesh.
 std::vector<double> ExchangedValues(HostPartition const& partition, CZYN3DFiniteVolumeMesh const& mesh,
                                     double scale) {
   std::vector<double> field = OwnValues(partition, mesh, scale);
@@ -58,7 +58,7 @@ TEST(MpiExchange, FourUnderWayMayBeWaitedForInAnyOrder) {
   LoadedMesh mesh = Load(kBox);
   HostPartition& partition = *mesh.partition;
   std::array<int, 4> order = {0, 1, 2, 3};
-  // Every rank walks through the orders from another one, so that neighbours wait in different orders.
+  // Every rank starts with another order, so that neighbours wait in different orders.
   for (int r = 0; r < 5 * Rank(); ++r) std::next_permutation(order.begin(), order.end());
   for (int round = 0; round < 24; ++round) {
     std::array<std::vector<double>, 4> fields;

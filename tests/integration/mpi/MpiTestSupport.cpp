@@ -30,7 +30,7 @@ LoadedMesh Load(std::string const& meshSpec) { return LoadMesh(MPI_COMM_WORLD, m
 
 namespace {
 
-/// Collective. The items of all ranks one after another, and how many each has given.
+/// Collective. The items of all ranks one after another, and the number of each rank's items.
 template <class T>
 std::vector<T> GatherItems(T const* items, std::size_t nItems, std::vector<int>& bytesOfRank) {
   int const nBytes = static_cast<int>(nItems * sizeof(T));

@@ -14,7 +14,7 @@ namespace reference_host::test {
 int Rank();
 int RankCount();
 
-/// The whole load with neither user groups nor progress.
+/// Loads a mesh without groups of the user and without progress.
 LoadedMesh Load(std::string const& meshSpec);
 
 /// Collective. The texts of all ranks, in their order, on every rank.
@@ -27,7 +27,7 @@ std::vector<std::int64_t> GatherNumbers(std::vector<std::int64_t> const& numbers
 /// the text.
 std::string ErrorOnEveryRank(std::function<void()> const& work);
 
-/// A folder of this run that rank 0 makes and removes again. Collective.
+/// A folder of this run, which rank 0 creates and removes. Collective.
 class SharedFolder {
  public:
   SharedFolder();
@@ -37,7 +37,7 @@ class SharedFolder {
 
   std::string File(std::string const& name) const { return path_ + "/" + name; }
 
-  /// Collective. Rank 0 writes the text; all return when it is there.
+  /// Collective. Rank 0 writes the text; all return after it has been written.
   void Write(std::string const& name, std::string const& text) const;
 
  private:

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// What ranks other than 0 print: their failures alone, with the rank.
+/// Prints only failures, with the rank, on ranks other than 0.
 class FailurePrinter : public testing::EmptyTestEventListener {
  public:
   explicit FailurePrinter(int rank) : rank_(rank) {}

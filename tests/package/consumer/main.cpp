@@ -1,5 +1,5 @@
-// The smallest solver: two unit cubes in a row along x, an inlet at x = 0, an outlet at x = 2, on one partition. The sides
-// are left out: what does not change in y and z has no flux through them in sum. Every array begins with an unused element.
+// The smallest solver: two unit cubes along x with an inlet at x = 0 and an outlet at x = 2, on one partition. The side
+// faces are left out: nothing changes in y and z, so their fluxes cancel. Element 0 of every array is unused.
 
 #include <cstdio>
 
@@ -41,7 +41,7 @@ int main() {
   mesh.NCell = 4;
   mesh.Volume = volume;
 
-  // Faces: the area vector points out of the CV cell, and Lamda is the weight of the other one.
+  // Faces: the area vector points out of the CV cell, and Lamda is the weight of the other cell.
   double nothing[] = {0, 0};
   int innerCV[] = {0, 1}, inner[] = {0, 2}, faceType[] = {0, 0};
   double innerSx[] = {0, 1}, weight[] = {0, 0.5};
@@ -61,7 +61,7 @@ int main() {
   mesh.ijOutletCV = outletCV, mesh.ijOutlet = outlet;
   mesh.ijOutletSx = outletSx, mesh.ijOutletSy = nothing, mesh.ijOutletSz = nothing;
 
-  // The operator, with all that it borrows.
+  // The operator and the objects that it borrows.
   CZyn3dGV globals;
   NoPartitionFaces partitionFaces;
   OnePartition one;
@@ -73,7 +73,7 @@ int main() {
   gradient.getGradType(type);
   if (gradient.Initialize() != 1) return 1;
 
-  // phi = 2x in the cells, and in the ghost cells its value at the boundary faces.
+  // phi = 2x at the cell centres, and at the boundary faces for the ghost cells.
   double phi[] = {0, 1, 3, 0, 4}, gx[5], gy[5], gz[5];
   gradient.GradMethod(phi, gx, gy, gz, 1);
   std::printf("d(phi)/dx = %g, %g\n", gx[1], gx[2]);

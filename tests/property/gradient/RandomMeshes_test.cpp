@@ -7,15 +7,16 @@
 #include <vector>
 
 #include "gradient/COperatorGradientImpl.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/mesh/RandomMesh.h"
 
 // A few hundred random partitions: every method gives the bits of its plain form, whatever the topology, the
 // weights, the face types, the empty groups and the field (ties, huge and denormal values, infinities, NaN).
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 constexpr std::uint64_t kFirstSeed = 1000;
@@ -30,7 +31,7 @@ struct Case {
   }
 
   Random random;
-  MeshDescription mesh;
+  TestMesh mesh;
   Exchange exchange = NoExchange();
   bool nonBlocking = false;
   bool lendEmptyArrays = false;
@@ -43,7 +44,7 @@ struct CaseRun {
     host.UseNonBlockingExchange(c.nonBlocking);
   }
 
-  TestHost host;
+  GradientHost host;
   ConnectedOperator op;
   GuardedGradient g;
 };
@@ -142,36 +143,36 @@ TEST(RandomMeshes, LeastSquaresEqualsItsPlainForm) {
 // cache: in the order of a sorted mesh, in the order of its directions, and without any order; each with
 // untouched cells at the end.
 
-MeshDescription BoxByDirections() {
+TestMesh BoxByDirections() {
   std::vector<double> x{0.0}, y{0.0}, z{0.0};
   for (int i = 1; i <= 40; ++i) x.push_back(x.back() + 0.5 + 0.01 * i);
   for (int i = 1; i <= 30; ++i) y.push_back(y.back() + 1.0 - 0.01 * i);
   for (int i = 1; i <= 25; ++i) z.push_back(z.back() + 0.7);
-  MeshDescription mesh = Box(x, y, z);
+  TestMesh mesh = ClosedBox(x, y, z);
   for (int c = 0; c < 20000; ++c) mesh.AddOuterCell({});
   return mesh;
 }
 
-MeshDescription SortedBox() {
-  MeshDescription mesh = BoxByDirections();
+TestMesh SortedBox() {
+  TestMesh mesh = BoxByDirections();
   std::sort(mesh.inner.begin(), mesh.inner.end(),
             [](Face const& a, Face const& b) { return a.cv != b.cv ? a.cv < b.cv : a.other < b.other; });
   return mesh;
 }
 
-MeshDescription LargeRandomMesh(std::uint64_t seed) {
+TestMesh LargeRandomMesh(std::uint64_t seed) {
   Random random(seed);
-  MeshDescription mesh;
+  TestMesh mesh;
   while (mesh.nInnerCells < 15000 || mesh.inner.size() < 30000) mesh = RandomMesh(random, {30000, 20000});
   return mesh;
 }
 
-void ExpectEveryMethodToEqualItsPlainForm(MeshDescription const& mesh, std::uint64_t seed) {
+void ExpectEveryMethodToEqualItsPlainForm(TestMesh const& mesh, std::uint64_t seed) {
   Random random(seed);
   Field const phi = TameField(random, mesh), k = TameField(random, mesh), third = TameField(random, mesh);
   GuardedArray<double> phiArray = Guarded(phi), kArray = Guarded(k), thirdArray = Guarded(third);
   Exchange const exchange = ExchangeWithItself(mesh);
-  TestHost host(mesh, exchange);
+  GradientHost host(mesh, exchange);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   GuardedGradient g(mesh.NCell()), g2(mesh.NCell()), g3(mesh.NCell());
@@ -212,13 +213,13 @@ TEST(LargeMeshes, BoxWithFacesByDirectionEqualsThePlainForms) {
 }
 
 TEST(LargeMeshes, BoxWithFacesInReverseEqualsThePlainForms) {
-  MeshDescription mesh = SortedBox();
+  TestMesh mesh = SortedBox();
   std::reverse(mesh.inner.begin(), mesh.inner.end());
   ExpectEveryMethodToEqualItsPlainForm(mesh, 3);
 }
 
 TEST(LargeMeshes, FacesFromTheHigherToTheLowerCellEqualThePlainForms) {
-  MeshDescription mesh = SortedBox();
+  TestMesh mesh = SortedBox();
   for (Face& face : mesh.inner) std::swap(face.cv, face.other);
   ExpectEveryMethodToEqualItsPlainForm(mesh, 4);
 }
@@ -231,7 +232,7 @@ TEST(LargeMeshes, RandomTopologiesEqualThePlainForms) {
 TEST(LargeMeshes, FacesOfACellWithItselfEqualThePlainForms) {
   // A periodic mesh that is one cell wide has such faces. They stand alone, side by side, and next to one-sided
   // ones, in between faces of the same CV cell.
-  MeshDescription mesh = SortedBox();
+  TestMesh mesh = SortedBox();
   std::size_t const nFaces = mesh.inner.size();
   for (std::size_t f = 0; f < nFaces; f += 37) mesh.inner[f].other = mesh.inner[f].cv;
   for (std::size_t f = 1; f < nFaces; f += 111) mesh.inner[f].other = mesh.inner[f].cv;
@@ -241,7 +242,7 @@ TEST(LargeMeshes, FacesOfACellWithItselfEqualThePlainForms) {
 
 TEST(LargeMeshes, CellsWithoutFacesAreClearedInEveryMethod) {
   // Two faces among many cells, one at each end of the numbering.
-  MeshDescription mesh;
+  TestMesh mesh;
   for (int c = 0; c < 30000; ++c) mesh.AddInteriorCell({0.1 * c, 0.0, 0.0}, 1.0);
   mesh.inner.push_back({29999, 30000, {1.0, 2.0, 3.0}, {}, 0.5, 0});
   mesh.inner.push_back({2, 1, {1.0, 2.0, 3.0}, {}, 0.5, 0});
@@ -249,4 +250,4 @@ TEST(LargeMeshes, CellsWithoutFacesAreClearedInEveryMethod) {
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

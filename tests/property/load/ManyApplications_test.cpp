@@ -11,7 +11,7 @@
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "reference_host/partition/HostPartition.h"
 #include "reference_host/partition/InProcessExchange.h"
-#include "tests/unit/rbf_cell/SettingsFolder.h"
+#include "tests/support/watch/SettingsFolder.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
 // A solver applies its operators hundreds of thousands of times in a run: the process must not grow by it.
@@ -25,8 +25,8 @@ extern "C" char const* __asan_default_options() {
 
 namespace {
 
-using rbf_cell_test::Printed;
 using reference_host::HostPartition;
+using zyn_test::Printed;
 
 constexpr int kApplications = 100000;
 constexpr int kInnerFaces = 1;
@@ -79,7 +79,7 @@ class ManyApplications : public ::testing::Test {
     Printed([&] { gradient.Initialize(); });
   }
 
-  rbf_cell_test::SettingsFolder folder_;
+  zyn_test::SettingsFolder folder_;
   HostPartition own_;
   reference_host::InProcessGroup group_;
   reference_host::InProcessCommunication exchange_;

@@ -127,7 +127,7 @@ TEST(GradientsOnMeshes, GradientScalesWithTheField) {
   }
 }
 
-// Scaling by a power of two is exact, so the mesh in other units has the same gradient but for the unit.
+// Scaling by a power of two is exact, so a mesh in other units has the same gradient up to the unit.
 TEST(GradientsOnMeshes, GradientFollowsTheUnitOfLength) {
   auto mesh = test_meshes::Perturbed(test_meshes::HexBox(3, 3, 3), 0.1);
   CellResult const once = Gradient(mesh, kLeastSquares, Smooth);
@@ -144,7 +144,7 @@ TEST(GradientsOnMeshes, GradientFollowsTheUnitOfLength) {
 TEST(GradientsOnMeshes, GradientTurnsWithTheMesh) {
   auto mesh = test_meshes::Perturbed(test_meshes::TetBox(3), 0.05);
   for (Method const& method : partitioned::AllMethods()) {
-    if (method.weighted) continue;  // its coefficient does not turn along
+    if (method.weighted) continue;  // its coefficient is not rotated
     SCOPED_TRACE(method.name);
     CellResult const plainResult = Gradient(mesh, method, Smooth);
     auto turned = mesh;

@@ -1,5 +1,5 @@
-// Plain Green-Gauss against OpenFOAM's "Gauss linear" from the same cell and boundary values. How the
-// reference data were made is told beside them.
+// Plain Green-Gauss against OpenFOAM's "Gauss linear" from the same cell and boundary values. A file next to
+// the reference data describes how they were made.
 
 #include <gtest/gtest.h>
 
@@ -39,8 +39,7 @@ FaceMesh ReadChecked(std::string const& folder) {
   return mesh;
 }
 
-/// Values at the centres of the cells and of the boundary faces; any other place has the value of the nearest
-/// of them.
+/// Values at the centres of cells and boundary faces; any other point has the value of the nearest centre.
 struct NearestValue {
   std::vector<Point> place;
   std::vector<double> value;
@@ -73,7 +72,7 @@ NearestValue GivenValues(FaceMesh const& mesh, std::string const& folder) {
   return given;
 }
 
-/// Largest difference between the two gradients, as a part of the largest gradient.
+/// Largest difference between the two gradients, as a fraction of the largest gradient.
 double RelativeDifference(std::string const& name) {
   std::string const folder = std::string(ZYN_TEST_DATA) + "/" + name;
   FaceMesh const mesh = ReadChecked(folder);
@@ -97,8 +96,8 @@ TEST(OpenFoamReference, PlainGreenGaussEqualsGaussLinearOnPolyhedraWithPlanarFac
   EXPECT_LT(RelativeDifference("openfoam_planar"), 1e-10);
 }
 
-// OpenFOAM weights the triangles of a face by their own area, we by the area projected on the face: centres
-// move by a term quadratic in the warp. The difference is small, but it is there.
+// OpenFOAM weights the triangles of a face by their own areas, the reference host by the areas projected on
+// the face: the centres differ by a term quadratic in the warp. The difference is small but not zero.
 TEST(OpenFoamReference, WarpedFacesPartFromGaussLinearByTheirCentres) {
   double const difference = RelativeDifference("openfoam_warped");
   EXPECT_GT(difference, 1e-6);

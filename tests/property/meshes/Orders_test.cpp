@@ -1,4 +1,4 @@
-// The orders of convergence that the pages of plain Green-Gauss and least squares state.
+// The orders of convergence that the documentation of plain Green-Gauss and least squares states.
 
 #include <gtest/gtest.h>
 
@@ -55,8 +55,9 @@ Method const kPlain = {"plain", 0, 1, false};
 Method const kLeastSquares = {"least squares", 1, 0, false};
 constexpr double kMoved = 0.2;
 
-// Inside, the errors fall cleanly. At the boundary the share of edge and corner cells, whose errors are larger, falls
-// with the mesh, too, and adds up to a quarter to the order seen on meshes as coarse as these.
+// Inside, the errors decrease at a constant order. At the boundary, the share of edge and corner cells, which
+// have larger errors, also decreases with the cell size; on meshes this coarse, that adds up to a quarter to
+// the observed order.
 constexpr double kSlack = 0.25;
 
 TEST(GradientOrders, OfPlainAreSecondInsideHexahedraAndFirstAtTheBoundary) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "gradient/COperatorGradient.h"
 #include "reference_host/mesh/FaceMesh.h"
 #include "reference_host/partition/HostPartition.h"
@@ -17,7 +18,7 @@ using reference_host::HostPartition;
 using reference_host::Point;
 using Field = std::function<double(Point const&)>;
 
-/// A gradient and what belongs to it, by whole-mesh cell number (0-based).
+/// A gradient, with centres and marks of the cells, by whole-mesh cell number (0-based).
 struct CellResult {
   std::vector<Point> gradient;
   std::vector<Point> centre;
@@ -57,9 +58,9 @@ inline void CallGradient(COperatorGradient& op, Method const& method, CZYN3DFini
   }
 }
 
-/// Marks the interior cells that a group's faces touch.
-inline void Mark(int count, int const* cv, HostPartition const& partition, std::vector<bool>& marked) {
-  for (int f = 1; f <= count; ++f) marked[partition.globalCell()[cv[f]] - 1] = true;
+/// Marks the interior cells at the faces of a group.
+inline void Mark(FaceGroup const& faces, HostPartition const& partition, std::vector<bool>& marked) {
+  for (int f = 1; f <= faces.count; ++f) marked[partition.globalCell()[faces.cv[f]] - 1] = true;
 }
 
 /// The gradient of `field` by `method` on `mesh` cut into `nParts` parts, each a thread of its own.
@@ -105,12 +106,9 @@ inline CellResult Gradient(FaceMesh const& mesh, std::vector<int> const& partOfC
       out.gradient[cell] = {results[0][p][c], results[1][p][c], results[2][p][c]};
       out.centre[cell] = {m.xc[c], m.yc[c], m.zc[c]};
     }
-    Mark(m.NInlet, m.ijInletCV, own, out.atBoundary);
-    Mark(m.NOutlet, m.ijOutletCV, own, out.atBoundary);
-    Mark(m.NWall, m.ijWallCV, own, out.atBoundary);
-    Mark(m.NSymmetry, m.ijSymmetryCV, own, out.atBoundary);
-    Mark(m.NSymmetry, m.ijSymmetryCV, own, out.atSymmetry);
-    Mark(own.partitionFaces()->NParInterFace(), own.partitionFaces()->ijParCV(), own, out.atCut);
+    for (FaceKind const kind : face_groups::kGreenGaussBoundary) Mark(FacesOf(kind, m), own, out.atBoundary);
+    Mark(FacesOf(FaceKind::Symmetry, m), own, out.atSymmetry);
+    Mark(PartitionFaces(*own.partitionFaces(), m), own, out.atCut);
   }
   return out;
 }

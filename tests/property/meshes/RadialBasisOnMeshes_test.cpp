@@ -16,6 +16,7 @@
 #include "foundation/DQKernel.h"
 #include "foundation/DQMatrix.h"
 #include "foundation/DQVector.h"
+#include "foundation/FaceGroups.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/meshes/PartitionedGradients.h"
@@ -55,7 +56,7 @@ class TemporaryFolder {
   std::string path_;
 };
 
-/// Runs `call` with what it writes to standard output thrown away.
+/// Runs `call` and discards what it writes to standard output.
 template <class Call>
 void Quietly(Call call) {
   ::testing::internal::CaptureStdout();
@@ -63,7 +64,7 @@ void Quietly(Call call) {
   ::testing::internal::GetCapturedStdout();
 }
 
-/// A mesh cut into parts with the halo complete and a settings file of its own for each part.
+/// A mesh cut into parts with complete halos, each with a settings file of its own.
 class CutMesh {
  public:
   CutMesh(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts) : group_(nParts) {
@@ -121,7 +122,7 @@ class CellOperator {
   CZynRBFInternalObject op_;
 };
 
-/// One cell's system A w = b, put together again from the kernel.
+/// One cell's system A w = b, assembled anew from the kernel.
 struct System {
   int order = 0;
   std::vector<double> A;     // order x order, row-major
@@ -130,7 +131,8 @@ struct System {
   double at(int row, int column) const { return A[static_cast<std::size_t>(row * order + column)]; }
 };
 
-// Part of the method. Volatile, since GCC 12 at -O2 loses such a rounding in loops that it vectorises.
+// This rounding is part of the method. Volatile, because GCC 12 at -O2 drops such a rounding in loops that it
+// vectorises.
 double InSinglePrecision(double value) {
   float const volatile rounded = static_cast<float>(value);
   return static_cast<double>(rounded);
@@ -283,8 +285,8 @@ double SumOfMagnitudes(std::vector<double> const& v) {
   return sum;
 }
 
-// The weights sum to zero but for the round-off of the solve and of the dot product: a few units in the last
-// place of the sum of their magnitudes. The largest that was found is below 2.
+// The weights sum to zero up to the round-off of the solution and of the dot product: a few units in the last
+// place of the sum of their magnitudes. The largest value observed is below 2.
 TEST(RadialBasisOnMeshes, ConstantFieldHasNoSlopeBeyondRoundOffOfTheWeights) {
   constexpr double kConstant = 3.25, kUnits = 8;
   double worst = 0;
@@ -302,7 +304,7 @@ TEST(RadialBasisOnMeshes, ConstantFieldHasNoSlopeBeyondRoundOffOfTheWeights) {
   ::testing::Test::RecordProperty("worst_in_units", std::to_string(worst));
 }
 
-/// Largest distance to the exact slope of the smooth field, in cells beside symmetry faces and in all others.
+/// Largest distance to the exact slope of the smooth field, in cells at symmetry faces and in all others.
 struct SlopeErrors {
   double besideSymmetry = 0, elsewhere = 0;
 };
@@ -314,7 +316,8 @@ SlopeErrors ErrorsOnHexahedra(int n) {
   CellOperator op(own, 500.0, 0);
   Gradients const g = GradientOf(*op, partitioned::Filled(mesh, Smooth));
   std::vector<bool> atSymmetry(g.size(), false);
-  for (int f = 1; f <= mesh.NSymmetry; ++f) atSymmetry[mesh.ijSymmetryCV[f]] = true;
+  FaceGroup const symmetry = FacesOf(FaceKind::Symmetry, mesh);
+  for (int f = 1; f <= symmetry.count; ++f) atSymmetry[symmetry.cv[f]] = true;
   SlopeErrors errors;
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     Point const exact = SlopeOfSmooth({mesh.xc[c], mesh.yc[c], mesh.zc[c]});
@@ -324,8 +327,8 @@ SlopeErrors ErrorsOnHexahedra(int n) {
   return errors;
 }
 
-/// L2 errors of the smooth field's slope, in cells without boundary faces and in cells at boundaries that are no
-/// symmetry faces.
+/// L2 errors of the smooth field's slope, in cells without boundary faces and in cells at boundary faces
+/// other than symmetry faces.
 struct SlopeOrders {
   ObservedOrder inside, atBoundary;
 };
@@ -338,10 +341,11 @@ void AddErrors(FaceMesh const& boxes, int n, SlopeOrders& orders) {
   Gradients const g = GradientOf(*op, partitioned::Filled(mesh, Smooth));
   enum { kInside, kAtBoundary, kAtSymmetry };
   std::vector<int> kind(g.size(), kInside);
-  for (int f = 1; f <= mesh.NInlet; ++f) kind[mesh.ijInletCV[f]] = kAtBoundary;
-  for (int f = 1; f <= mesh.NOutlet; ++f) kind[mesh.ijOutletCV[f]] = kAtBoundary;
-  for (int f = 1; f <= mesh.NWall; ++f) kind[mesh.ijWallCV[f]] = kAtBoundary;
-  for (int f = 1; f <= mesh.NSymmetry; ++f) kind[mesh.ijSymmetryCV[f]] = kAtSymmetry;
+  for (FaceKind const group : {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Wall, FaceKind::Symmetry}) {
+    FaceGroup const faces = FacesOf(group, mesh);
+    for (int f = 1; f <= faces.count; ++f)
+      kind[faces.cv[f]] = group == FaceKind::Symmetry ? kAtSymmetry : kAtBoundary;
+  }
   double sum[3] = {}, count[3] = {};
   for (int c = 1; c <= mesh.NInnerCells; ++c) {
     Point const exact = SlopeOfSmooth({mesh.xc[c], mesh.yc[c], mesh.zc[c]});
@@ -352,8 +356,8 @@ void AddErrors(FaceMesh const& boxes, int n, SlopeOrders& orders) {
   orders.atBoundary.Add(1.0 / n, std::sqrt(sum[kAtBoundary] / count[kAtBoundary]));
 }
 
-// The slack is for the right-hand sides in single precision, which leave errors that do not fall with the mesh, and for
-// coarse meshes, where cells along edges are many.
+// The slack allows for the right-hand sides in single precision, whose errors do not decrease with the cell
+// size, and for coarse meshes, where many cells are at edges.
 TEST(RadialBasisOnMeshes, OrderIsSecondOnHexahedraAndFirstOnTetrahedraAndPrisms) {
   SlopeOrders hexahedra, tetrahedra, prisms;
   for (int const n : {4, 8, 16}) {
@@ -367,7 +371,7 @@ TEST(RadialBasisOnMeshes, OrderIsSecondOnHexahedraAndFirstOnTetrahedraAndPrisms)
   ExpectOrder(prisms.inside, 1, 0.25, "prisms");
 }
 
-// Of second order, as central differences are: found 1.6e-2 and 4.5e-3 for slopes up to 2.
+// Second order, like central differences: 1.6e-2 and 4.5e-3 observed for slopes up to 2.
 TEST(RadialBasisOnMeshes, SmoothFieldOnHexahedraIsNearTheExactSlopeAwayFromSymmetryFaces) {
   SlopeErrors const coarse = ErrorsOnHexahedra(8), fine = ErrorsOnHexahedra(16);
   EXPECT_LT(coarse.elsewhere, 2e-2);
@@ -375,14 +379,15 @@ TEST(RadialBasisOnMeshes, SmoothFieldOnHexahedraIsNearTheExactSlopeAwayFromSymme
   EXPECT_LT(fine.elsewhere, coarse.elsewhere / 3);
 }
 
-// Their side cells stand at the origin. This test is to fail, and the documentation to change, if that changes.
+// Their side cells are at the origin. If that changes, this test fails, and the documentation has to change,
+// too.
 TEST(RadialBasisOnMeshes, CellsBesideSymmetryFacesAreFartherOff) {
   SlopeErrors const errors = ErrorsOnHexahedra(16);
   EXPECT_GT(errors.besideSymmetry, 10 * errors.elsewhere);
 }
 
-// The host lists a cell's neighbours in the same order in every part, and halo cells stand at their owners' centres.
-// The system of a cell is thus the same in any part, also beside a cut as long as the halo values are.
+// The host lists a cell's neighbours in the same order in every part, and halo cells have their owners'
+// centres. So the system of a cell is the same in any part, even at a cut.
 TEST(RadialBasisOnMeshes, EveryCellHasTheBitsOfTheWholeMeshInAnyPart) {
   for (auto const& [name, mesh] : test_meshes::AllMeshes()) {
     CutMesh const whole(mesh), cut(mesh, test_meshes::RandomParts(mesh.nCells, 3), 3);
@@ -406,8 +411,8 @@ void ReverseNeighbours(CZYN3DFiniteVolumeMesh& mesh) {
     std::reverse(mesh.CellCell[c] + 1, mesh.CellCell[c] + 1 + mesh.CellCell[c][0]);
 }
 
-// A solver may list the neighbours otherwise after it has cut its mesh. The weights then differ as the solutions of
-// two equally conditioned systems do: by round-off times the condition number.
+// A solver may list the neighbours in another order after it has cut its mesh. The weights then differ like
+// the solutions of two equally conditioned systems: by round-off times the condition number.
 TEST(RadialBasisOnMeshes, AnotherOrderOfNeighboursChangesTheGradientByRoundOffTimesTheCondition) {
   double worst = 0, worstShare = 0;
   for (auto const& [name, mesh] : test_meshes::AllMeshes()) {
@@ -436,14 +441,16 @@ TEST(RadialBasisOnMeshes, AnotherOrderOfNeighboursChangesTheGradientByRoundOffTi
   ::testing::Test::RecordProperty("worst_share_of_bound", std::to_string(worstShare));
 }
 
-// What a partition's gradient holds beside the interior cells, through the operator that a solver calls.
+// Checks a partition's gradient in the ghost and halo cells, through the operator that a solver calls.
 void CheckBesideTheInterior(HostPartition& own, COperatorGradient& op, std::vector<std::string>& failures) {
   CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
   std::vector<double> g[3];
   partitioned::CallGradient(op, {"radial basis", 2, 1, false}, mesh, Smooth, g);
   std::vector<int> copiedFrom(g[0].size(), 0);
-  for (int f = 1; f <= mesh.NWall; ++f) copiedFrom[mesh.ijWall[f]] = mesh.ijWallCV[f];
-  for (int f = 1; f <= mesh.NInlet; ++f) copiedFrom[mesh.ijInlet[f]] = mesh.ijInletCV[f];
+  for (FaceKind const kind : {FaceKind::Wall, FaceKind::Inlet}) {
+    FaceGroup const faces = FacesOf(kind, mesh);
+    for (int f = 1; f <= faces.count; ++f) copiedFrom[faces.other[f]] = faces.cv[f];
+  }
   for (auto const& component : g)
     for (int c = mesh.NInnerCells + 1; c <= mesh.NCell; ++c)
       if (component[c] != (copiedFrom[c] > 0 ? component[copiedFrom[c]] : 0.0))

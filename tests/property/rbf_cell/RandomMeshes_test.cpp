@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/rbf_cell/TableComparison.h"
 
 // The cell operator on random meshes of all cells: every table against the plain form bit for bit, and what holds
 // of the weights on any mesh.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 struct Variant {
@@ -53,8 +53,8 @@ class RandomMeshes : public ::testing::TestWithParam<Variant> {
     return Settings(std::to_string(variant.span), std::to_string(variant.shapeNormalize));
   }
 
-  static void ExpectSameAsPlainForm(CellMesh const& mesh, Variant const& variant) {
-    TestBed bed(mesh, SettingsOf(variant));
+  static void ExpectSameAsPlainForm(TestMesh const& mesh, Variant const& variant) {
+    CellBed bed(mesh, SettingsOf(variant));
     bed.SetUpAndDerive();
     PlainCellOperator plain(mesh, variant.span, variant.shapeNormalize);
     plain.Collate();
@@ -81,7 +81,7 @@ TEST_P(RandomMeshes, WithTiesEqualThePlainFormBitForBit) {
 TEST_P(RandomMeshes, WithDoubledMembersEqualThePlainFormBitForBit) {
   Random random(9);
   for (std::uint64_t seed = 1; seed <= 3; ++seed) {
-    CellMesh mesh = LatticeMesh(Options(GetParam().cells, seed, 0.2));
+    TestMesh mesh = LatticeMesh(Options(GetParam().cells, seed, 0.2));
     AddOddities(mesh, random);
     ExpectSameAsPlainForm(mesh, GetParam());
   }
@@ -117,8 +117,8 @@ double BackwardError(DenseSystem const& system, CZynRBFInternalObject const& obj
 }
 
 TEST_P(RandomMeshes, WeightsHaveABackwardErrorBelow1e12) {
-  CellMesh const mesh = LatticeMesh(Options(GetParam().cells, 1, 0.3));
-  TestBed bed(mesh, SettingsOf(GetParam()));
+  TestMesh const mesh = LatticeMesh(Options(GetParam().cells, 1, 0.3));
+  CellBed bed(mesh, SettingsOf(GetParam()));
   bed.SetUpAndDerive();
   PlainCellOperator plain(mesh, GetParam().span, GetParam().shapeNormalize);
   plain.Collate();
@@ -133,8 +133,8 @@ TEST_P(RandomMeshes, WeightsHaveABackwardErrorBelow1e12) {
 }
 
 TEST_P(RandomMeshes, WeightsSumToZero) {
-  CellMesh const mesh = LatticeMesh(Options(GetParam().cells, 2, 0.3));
-  TestBed bed(mesh, SettingsOf(GetParam()));
+  TestMesh const mesh = LatticeMesh(Options(GetParam().cells, 2, 0.3));
+  CellBed bed(mesh, SettingsOf(GetParam()));
   bed.SetUpAndDerive();
   PlainCellOperator plain(mesh, GetParam().span, GetParam().shapeNormalize);
   plain.Collate();
@@ -152,20 +152,20 @@ TEST_P(RandomMeshes, WeightsSumToZero) {
 
 /// The mesh with its points at f(point).
 template <typename Map>
-CellMesh Mapped(CellMesh mesh, Map f) {
+TestMesh Mapped(TestMesh mesh, Map f) {
   for (Point& p : mesh.centres) p = f(p);
   for (auto* const group :
        {&mesh.inner, &mesh.wall, &mesh.inlet, &mesh.outlet, &mesh.symmetry, &mesh.partition})
-    for (CellFace& face : *group) face.centre = f(face.centre);
+    for (Face& face : *group) face.centre = f(face.centre);
   return mesh;
 }
 
 /// Compares the weights of a mesh with those of its image; `expected` says what a weight becomes.
 template <typename Map, typename Weight>
 void ExpectMappedWeights(Variant const& variant, Map map, Weight expected) {
-  CellMesh const mesh = LatticeMesh(Options(variant.cells, 3, 0.3));
+  TestMesh const mesh = LatticeMesh(Options(variant.cells, 3, 0.3));
   std::string const settings = Settings(std::to_string(variant.span), std::to_string(variant.shapeNormalize));
-  TestBed bed(mesh, settings), mapped(Mapped(mesh, map), settings);
+  CellBed bed(mesh, settings), mapped(Mapped(mesh, map), settings);
   bed.SetUpAndDerive();
   mapped.SetUpAndDerive();
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
@@ -181,9 +181,9 @@ void ExpectMappedWeights(Variant const& variant, Map map, Weight expected) {
 double Negated(double w) { return 0.0 - w; }
 
 TEST_P(RandomMeshes, MirroringInXChangesTheSignOfTheXWeightsAlone) {
-  CellMesh const mesh = LatticeMesh(Options(GetParam().cells, 3, 0.3));
-  TestBed bed(mesh, SettingsOf(GetParam()));
-  TestBed mirrored(Mapped(mesh, [](Point p) { return Point{-p.x, p.y, p.z}; }), SettingsOf(GetParam()));
+  TestMesh const mesh = LatticeMesh(Options(GetParam().cells, 3, 0.3));
+  CellBed bed(mesh, SettingsOf(GetParam()));
+  CellBed mirrored(Mapped(mesh, [](Point p) { return Point{-p.x, p.y, p.z}; }), SettingsOf(GetParam()));
   bed.SetUpAndDerive();
   mirrored.SetUpAndDerive();
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
@@ -229,12 +229,11 @@ TEST(CellOperatorAccuracy, LinearFieldIsReproducedToAThousandthAtSpan500AwayFrom
   for (Cells const cells : kAllCells) {
     LatticeOptions options = Options(cells, 4, 0.15);
     options.size = {1.0, 1.0, 1.0};
-    CellMesh mesh = LatticeMesh(options);
-    for (CellFace const& face :
-         mesh.symmetry) {  // a wall in place of symmetry, so that side cells are collated
+    TestMesh mesh = LatticeMesh(options);
+    for (Face const& face : mesh.symmetry) {  // a wall in place of symmetry, so that side cells are collated
       mesh.wall.push_back(face);
     }
-    TestBed bed(mesh);
+    CellBed bed(mesh);
     bed.SetUpAndDerive();
     PlainCellOperator plain(mesh, 500.0, 0);
     plain.Collate();
@@ -255,4 +254,4 @@ TEST(CellOperatorAccuracy, LinearFieldIsReproducedToAThousandthAtSpan500AwayFrom
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -7,11 +7,12 @@
 #include <random>
 #include <string>
 
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
 
 // Settings files of random content: what is read, printed and left in the file equals a reading in plain steps.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 /// What a reading leaves behind.
@@ -109,7 +110,7 @@ std::string RandomFile(Random& random) {
 
 TEST(RandomSettings, AreReadPrintedAndLeftAsByPlainSteps) {
   Random random(17);
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   int ownFiles = 0;
   for (int i = 0; i < 2000; ++i) {
     std::string const file = RandomFile(random);
@@ -133,4 +134,4 @@ TEST(RandomSettings, AreReadPrintedAndLeftAsByPlainSteps) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -6,10 +6,10 @@
 
 #include "reference_host/partition/HostPartition.h"
 #include "reference_host/partition/InProcessExchange.h"
-#include "tests/unit/rbf_cell/SettingsFolder.h"
+#include "tests/support/watch/SettingsFolder.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
-namespace rbf_face_test {
+namespace zyn_test {
 
 using reference_host::FaceMesh;
 using reference_host::HostPartition;
@@ -38,7 +38,7 @@ class CutMesh {
     return folder_.Path() + "/part" + std::to_string(p) + extension;
   }
 
-  rbf_cell_test::SettingsFolder folder_;
+  SettingsFolder folder_;
   std::vector<std::unique_ptr<HostPartition>> parts_;
 };
 
@@ -63,4 +63,4 @@ inline std::vector<MeshKind> AllMeshKinds() {
   return kinds;
 }
 
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -6,20 +6,20 @@
 #include <vector>
 
 #include "tests/property/rbf_face/CutMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // What holds of the face operator on any mesh, whoever computes it: how well it reproduces constants and linear
 // fields, and how it scales.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
-
-using rbf_cell_test::SameBits;
 
 /// A set-up operator for one face type of the first part.
 struct SetUpOperator {
-  SetUpOperator(CutMesh& mesh, int faceType, PlainSettings const& settings) : part(mesh.Part(0)) {
+  SetUpOperator(CutMesh& mesh, int faceType, FaceSettings const& settings) : part(mesh.Part(0)) {
     parameters.block.Span = static_cast<int>(settings.span);
     parameters.block.iSearch_method = settings.method;
     parameters.block.Search_number = settings.searchNumber;
@@ -42,7 +42,7 @@ struct SetUpOperator {
   }
 
   HostPartition& part;
-  LentParameters parameters;
+  FaceParameters parameters;
   CZynFaceRBFInternalObject object;
 };
 
@@ -51,7 +51,7 @@ double Linear(double x, double y, double z) { return 1.0 + 2.0 * x + 3.0 * y - z
 
 /// Largest error of a field on inner faces.
 template <typename Field>
-double LargestError(CutMesh& mesh, PlainSettings const& settings, Field field) {
+double LargestError(CutMesh& mesh, FaceSettings const& settings, Field field) {
   SetUpOperator op(mesh, kInner, settings);
   CZYN3DFiniteVolumeMesh const& m = *op.part.mesh();
   std::vector<double> const values = op.ValuesOf(field);
@@ -177,4 +177,4 @@ TEST(FaceProperties, KernelArgumentsStayNearZeroAtTheStandardSpan) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

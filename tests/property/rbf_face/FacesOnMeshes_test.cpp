@@ -6,17 +6,16 @@
 #include <vector>
 
 #include "tests/property/rbf_face/CutMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The face operator on meshes of every element type, whole and cut into parts: every table and result against the
 // plain form bit for bit, and the error of every system.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
-
-using rbf_cell_test::SameBits;
 
 struct Variant {
   MeshKind mesh;
@@ -36,12 +35,12 @@ std::string NameOf(::testing::TestParamInfo<Variant> const& info) {
 }
 
 /// Settings that a parameter block can hold: whole numbers for the span.
-std::vector<PlainSettings> AllSettings() {
+std::vector<FaceSettings> AllSettings() {
   return {{1, 1000.0, 6}, {2, 1000.0, 20}, {2, 5.0, 3}, {3, 1000.0, 20},
           {3, 5.0, 20},   {4, 1000.0, 20}, {4, 5.0, 20}};
 }
 
-std::string Text(PlainSettings const& s, int faceType, int part) {
+std::string Text(FaceSettings const& s, int faceType, int part) {
   return "method " + std::to_string(s.method) + ", span " + std::to_string(s.span) + ", number " +
          std::to_string(s.searchNumber) + ", face type " + std::to_string(faceType) + ", part " +
          std::to_string(part);
@@ -53,10 +52,10 @@ class FacesOnMeshes : public ::testing::TestWithParam<Variant> {
 
   /// check(part, faceType, settings, number of the part) for everything that there is.
   template <typename Check>
-  void ForAll(std::vector<PlainSettings> const& allSettings, Check check) {
+  void ForAll(std::vector<FaceSettings> const& allSettings, Check check) {
     for (int p = 0; p < mesh_.NParts(); ++p) {
       for (Group const group : kGroups) {
-        for (PlainSettings const& settings : allSettings) {
+        for (FaceSettings const& settings : allSettings) {
           SCOPED_TRACE(Text(settings, group, p));
           check(mesh_.Part(p), group, settings, p);
           if (HasFatalFailure()) return;
@@ -65,7 +64,7 @@ class FacesOnMeshes : public ::testing::TestWithParam<Variant> {
     }
   }
 
-  static PlainFaceOperator Plain(HostPartition& part, int faceType, PlainSettings const& settings) {
+  static PlainFaceOperator Plain(HostPartition& part, int faceType, FaceSettings const& settings) {
     PlainFaceOperator plain(*part.mesh(), *part.partitionFaces(), faceType, settings);
     if (plain.nFace > 0) plain.Run();
     return plain;
@@ -102,7 +101,7 @@ void ExpectSameVirtualPointWeights(PlainFaceOperator& plain, CZynFaceRBFInternal
 }
 
 TEST_P(FacesOnMeshes, HaveTheTablesOfThePlainFormAfterEveryStep) {
-  ForAll(AllSettings(), [](HostPartition& part, int faceType, PlainSettings const& settings, int) {
+  ForAll(AllSettings(), [](HostPartition& part, int faceType, FaceSettings const& settings, int) {
     PlainFaceOperator plain(*part.mesh(), *part.partitionFaces(), faceType, settings);
     if (plain.nFace == 0) return;
     CZynFaceRBFInternalObject object;
@@ -127,7 +126,7 @@ TEST_P(FacesOnMeshes, HaveTheTablesOfThePlainFormAfterEveryStep) {
 }
 
 TEST_P(FacesOnMeshes, HaveTheCellToFaceTableOfThePlainForm) {
-  ForAll({{4, 1000.0, 20}}, [](HostPartition& part, int faceType, PlainSettings const& settings, int) {
+  ForAll({{4, 1000.0, 20}}, [](HostPartition& part, int faceType, FaceSettings const& settings, int) {
     if (faceType != kInner) return;
     PlainFaceOperator plain(*part.mesh(), *part.partitionFaces(), faceType, settings);
     CZynFaceRBFInternalObject object;
@@ -167,8 +166,8 @@ void ExpectSameResults(PlainFaceOperator const& plain, CZynFaceRBFInternalObject
 }
 
 TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheParameterBlock) {
-  ForAll(AllSettings(), [this](HostPartition& part, int faceType, PlainSettings const& settings, int p) {
-    LentParameters parameters;
+  ForAll(AllSettings(), [this](HostPartition& part, int faceType, FaceSettings const& settings, int p) {
+    FaceParameters parameters;
     parameters.block.Span = static_cast<int>(settings.span);
     parameters.block.iSearch_method = settings.method;
     parameters.block.Search_number = settings.searchNumber;
@@ -182,8 +181,8 @@ TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheParameterBlock) {
 }
 
 TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheFile) {
-  std::vector<PlainSettings> const fractional = {{1, 37.25, 8}, {2, 12.5, 12}, {3, 2.75, 20}, {4, 1.625, 20}};
-  ForAll(fractional, [this](HostPartition& part, int faceType, PlainSettings const& settings, int p) {
+  std::vector<FaceSettings> const fractional = {{1, 37.25, 8}, {2, 12.5, 12}, {3, 2.75, 20}, {4, 1.625, 20}};
+  ForAll(fractional, [this](HostPartition& part, int faceType, FaceSettings const& settings, int p) {
     std::ofstream(mesh_.SettingsFileName(p)) << Settings(settings);
     CZynFaceRBFInternalObject object;
     Connect(object, *part.globals(), *part.mesh(), *part.partitionFaces());
@@ -197,7 +196,7 @@ TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheFile) {
 // these orders, however bad the condition.
 TEST_P(FacesOnMeshes, SolveEverySystemWithABackwardErrorBelow1e12) {
   BackwardErrors worst;
-  ForAll(AllSettings(), [&](HostPartition& part, int faceType, PlainSettings const& settings, int) {
+  ForAll(AllSettings(), [&](HostPartition& part, int faceType, FaceSettings const& settings, int) {
     PlainFaceOperator const plain = Plain(part, faceType, settings);
     EXPECT_EQ(0, plain.backward.notFinite);
     EXPECT_LT(plain.backward.largest, 1e-12);
@@ -209,4 +208,4 @@ TEST_P(FacesOnMeshes, SolveEverySystemWithABackwardErrorBelow1e12) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -8,11 +8,13 @@
 #include "reference_host/box/BoxMesh.h"
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/rbf_face/CutMesh.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/SettingsFolder.h"
 
-// The orders of convergence that docs/faces.md and the pages of the methods state.
+// The orders of convergence that docs/methods/faces.md states.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
 using reference_host::BoxSpec;
@@ -32,11 +34,11 @@ FaceMesh Box(BoxSpec::Shape shape, int n, double perturb) {
 }
 
 /// The error at inner faces, weighted by their areas.
-double ErrorL2(FaceMesh const& mesh, PlainSettings const& settings) {
+double ErrorL2(FaceMesh const& mesh, FaceSettings const& settings) {
   CutMesh whole(mesh);
   HostPartition& part = whole.Part(0);
   CZYN3DFiniteVolumeMesh const& m = *part.mesh();
-  LentParameters parameters;
+  FaceParameters parameters;
   parameters.block.Span = static_cast<int>(settings.span);
   parameters.block.iSearch_method = settings.method;
   parameters.block.Search_number = settings.searchNumber;
@@ -60,7 +62,7 @@ double ErrorL2(FaceMesh const& mesh, PlainSettings const& settings) {
   return std::sqrt(sum / surface);
 }
 
-ObservedOrder OrderOf(BoxSpec::Shape shape, double perturb, PlainSettings const& settings,
+ObservedOrder OrderOf(BoxSpec::Shape shape, double perturb, FaceSettings const& settings,
                       std::vector<int> const& cellsAlongAnEdge) {
   ObservedOrder observed;
   for (int const n : cellsAlongAnEdge) observed.Add(1.0 / n, ErrorL2(Box(shape, n, perturb), settings));
@@ -94,7 +96,7 @@ TEST(FaceOrders, OfMethods3And4IsSecond) {
   for (int const method : {3, 4}) {
     for (double const perturb : {0.0, kMoved}) {
       std::string const what = "method " + std::to_string(method) + ", perturb " + std::to_string(perturb);
-      PlainSettings const settings = {method, 1000, 20};
+      FaceSettings const settings = {method, 1000, 20};
       ExpectOrder(OrderOf(BoxSpec::Shape::Hex, perturb, settings, {3, 6, 12}), 2, kSlack,
                   what + ", hexahedra");
       ExpectOrder(OrderOf(BoxSpec::Shape::Tet, perturb, settings, {2, 4, 8}), 2, kSlack,
@@ -104,4 +106,4 @@ TEST(FaceOrders, OfMethods3And4IsSecond) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -8,9 +8,9 @@
 #include "tests/property/ObservedOrder.h"
 #include "tests/property/rbf_ib/PartitionedPoints.h"
 
-// The orders of convergence that docs/points.md and the pages of the methods state.
+// The orders of convergence that docs/methods/points.md states.
 
-namespace point_meshes {
+namespace zyn_test {
 namespace {
 
 using reference_host::BoxSpec;
@@ -32,7 +32,7 @@ void AddErrors(BoxSpec::Shape shape, int n, double perturb, int method, Usable u
   CutMesh const cut(MakeBox(box), 1);
   HostPartition& own = *cut.Parts()[0];
   CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
-  cut.WriteSettings(PlainSettings{500.0, method, 20});
+  cut.WriteSettings(PointSettings{500.0, method, 20});
   CZynIBRBFInternalObject object;
   Connect(object, own);
   Array marks = MarksOf(own, usable);
@@ -118,4 +118,4 @@ TEST(PointOrders, OfMethod3OnABodyAreFirstForValuesAndNoneForSlopes) {
 }
 
 }  // namespace
-}  // namespace point_meshes
+}  // namespace zyn_test

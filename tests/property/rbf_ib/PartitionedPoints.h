@@ -13,17 +13,11 @@
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/partition/HostPartition.h"
 #include "reference_host/partition/InProcessExchange.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointBed.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
-namespace point_meshes {
+namespace zyn_test {
 
-using rbf_ib_test::Array;
-using rbf_ib_test::kUnusable;
-using rbf_ib_test::kUsable;
-using rbf_ib_test::PlainSettings;
-using rbf_ib_test::Point;
-using rbf_ib_test::PointArrays;
 using reference_host::FaceMesh;
 using reference_host::HostPartition;
 
@@ -76,10 +70,10 @@ class CutMesh {
   std::vector<std::unique_ptr<HostPartition>> const& Parts() const { return partitions_; }
 
   /// The parts run one after the other here and share the file.
-  void WriteSettings(PlainSettings const& settings) const { folder_.Write(rbf_ib_test::Settings(settings)); }
+  void WriteSettings(PointSettings const& settings) const { folder_.Write(Settings(settings)); }
 
  private:
-  rbf_ib_test::SettingsFolder folder_;
+  SettingsFolder folder_;
   std::vector<std::unique_ptr<HostPartition>> partitions_;
   reference_host::InProcessGroup group_;
 };
@@ -145,10 +139,10 @@ inline void Connect(CZynIBRBFInternalObject& object, HostPartition& own) {
 
 inline std::string RunSetUp(CZynIBRBFInternalObject& object, Array& marks, std::vector<Point> const& points) {
   PointArrays arrays(points);
-  return rbf_ib_test::Printed([&] {
+  return Printed([&] {
     EXPECT_EQ(0, object.Initialize_IBInterpolateData(marks.Data(), arrays.Size(), arrays.x.Data(),
                                                      arrays.y.Data(), arrays.z.Data()));
   });
 }
 
-}  // namespace point_meshes
+}  // namespace zyn_test

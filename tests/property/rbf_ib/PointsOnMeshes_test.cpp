@@ -6,24 +6,16 @@
 #include <vector>
 
 #include "tests/property/rbf_ib/PartitionedPoints.h"
-#include "tests/unit/rbf_ib/PlainPointOperator.h"
-#include "tests/unit/rbf_ib/PointHost.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/host/Parameters.h"
+#include "tests/support/rbf_ib/PlainPointOperator.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // The interpolation to points on meshes of every element type, whole and cut into parts, with all cells usable and
 // with some: everything against the plain form, and what the coefficients promise.
 
-namespace point_meshes {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::SameValue;
-using rbf_ib_test::BackwardError;
-using rbf_ib_test::PlainPointOperator;
-using rbf_ib_test::SameContent;
-using rbf_ib_test::SameTables;
-using rbf_ib_test::System;
-using rbf_ib_test::Weights;
-using rbf_ib_test::WorstBackwardError;
 using Object = CZynIBRBFInternalObject;
 
 /// Runs check(part, marks) for every mesh, whole and in three parts, and every kind of usable cells.
@@ -49,7 +41,7 @@ std::vector<Usable> const kAllKinds(std::begin(kUsableKinds), std::end(kUsableKi
 
 // --------------------------------------------------------------------------------------------- the plain form
 
-class PointsOnMeshes : public ::testing::TestWithParam<PlainSettings> {};
+class PointsOnMeshes : public ::testing::TestWithParam<PointSettings> {};
 
 TEST_P(PointsOnMeshes, EqualThePlainFormBitForBit) {
   std::uint64_t seed = 1;
@@ -137,7 +129,7 @@ TEST_P(PointsOnMeshes, FromParametersEqualThoseFromTheFile) {
     Object byFile, byBlock;
     Connect(byFile, own);
     Connect(byBlock, own);
-    rbf_ib_test::Parameters parameters;
+    PointParameters parameters;
     parameters.block = {0, static_cast<int>(GetParam().span), GetParam().method, 0.0, GetParam().number};
     byBlock.SetZYNKNCMP(&parameters);
     RunSetUp(byFile, marks, points);
@@ -166,17 +158,17 @@ TEST_P(PointsOnMeshes, SetUpAgainEqualThoseOfAFreshObject) {
   }
 }
 
-std::string SettingsName(::testing::TestParamInfo<PlainSettings> const& info) {
-  PlainSettings const& s = info.param;
+std::string SettingsName(::testing::TestParamInfo<PointSettings> const& info) {
+  PointSettings const& s = info.param;
   return "Method" + std::to_string(s.method) + "Span" + std::to_string(static_cast<int>(s.span)) + "Number" +
          std::to_string(s.number);
 }
 
 INSTANTIATE_TEST_SUITE_P(Settings, PointsOnMeshes,
-                         ::testing::Values(PlainSettings{500.0, 1, 20}, PlainSettings{3.0, 1, 1},
-                                           PlainSettings{500.0, 2, 20}, PlainSettings{500.0, 2, 1},
-                                           PlainSettings{20.0, 2, 7}, PlainSettings{5.0, 2, 90},
-                                           PlainSettings{500.0, 3, 20}, PlainSettings{2.0, 3, 1}),
+                         ::testing::Values(PointSettings{500.0, 1, 20}, PointSettings{3.0, 1, 1},
+                                           PointSettings{500.0, 2, 20}, PointSettings{500.0, 2, 1},
+                                           PointSettings{20.0, 2, 7}, PointSettings{5.0, 2, 90},
+                                           PointSettings{500.0, 3, 20}, PointSettings{2.0, 3, 1}),
                          SettingsName);
 
 // ----------------------------------------------------------------------------------------------- the equations
@@ -194,8 +186,8 @@ std::vector<double> Stored(Object const& object, int i, int column) {
 // LU with row exchanges leaves some tens of roundings at these orders, however bad the condition.
 TEST(PointSystems, OfMethods1And2AreSolvedToRoundOff) {
   double worst = 0.0;
-  for (PlainSettings const& settings :
-       {PlainSettings{500.0, 1, 20}, PlainSettings{500.0, 2, 20}, PlainSettings{2.0, 2, 30}}) {
+  for (PointSettings const& settings :
+       {PointSettings{500.0, 1, 20}, PointSettings{500.0, 2, 20}, PointSettings{2.0, 2, 30}}) {
     ForAllParts({Usable::InnerAndHalo, Usable::OutsideBody},
                 [&](CutMesh const& cut, HostPartition& own, Array& marks) {
                   std::vector<Point> const points = PointsFor(own, 21);
@@ -221,7 +213,7 @@ TEST(PointSystems, OfMethods1And2AreSolvedToRoundOff) {
 // The object keeps only the sum of both levels, which equals the plain form's bit for bit; so the first level is
 // taken from there.
 TEST(PointSystems, OfMethod3AreSolvedToRoundOffOnBothLevels) {
-  PlainSettings const settings{500.0, 3, 20};
+  PointSettings const settings{500.0, 3, 20};
   ForAllParts(
       {Usable::InnerAndHalo, Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
         std::vector<Point> const points = PointsFor(own, 22);
@@ -258,7 +250,7 @@ TEST(PointsAtCells, GiveTheValuesOfThoseCells) {
         cells.push_back(c);
         points.push_back({mesh.xc[c], mesh.yc[c], mesh.zc[c]});
       }
-      cut.WriteSettings(PlainSettings{2.0, method, 12});
+      cut.WriteSettings(PointSettings{2.0, method, 12});
       Object object;
       Connect(object, own);
       RunSetUp(object, marks, points);
@@ -289,7 +281,7 @@ Errors ErrorsOnHexahedra(int n, int method) {
   std::uniform_real_distribution<double> in(0.2, 0.8);
   std::vector<Point> points;
   for (int i = 0; i < 60; ++i) points.push_back({in(random), in(random), in(random)});
-  cut.WriteSettings(PlainSettings{100.0, method, 20});
+  cut.WriteSettings(PointSettings{100.0, method, 20});
   Object object;
   Connect(object, own);
   Array marks = MarksOf(own, Usable::InnerAndHalo);
@@ -322,4 +314,4 @@ TEST(PointAccuracy, OfASmoothFieldImprovesWithTheMesh) {
 }
 
 }  // namespace
-}  // namespace point_meshes
+}  // namespace zyn_test

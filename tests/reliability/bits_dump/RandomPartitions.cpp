@@ -3,13 +3,13 @@
 #include <vector>
 
 #include "tests/reliability/bits_dump/Bits.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/mesh/RandomMesh.h"
 
 namespace bits_dump {
 namespace {
 
-using namespace gradient_test;
+using namespace zyn_test;
 
 constexpr std::uint64_t kPartitions = 60;
 
@@ -33,7 +33,7 @@ class PartitionRun {
   /// call(operator, x, y, z) with everything new, and what it leaves in the gradient and in the previous iterate.
   template <class Call>
   void Write(std::string const& method, int type, Call call) {
-    TestHost host(mesh_, mesh_.nInnerCells > 0 ? ExchangeWithItself(mesh_) : NoExchange());
+    GradientHost host(mesh_, mesh_.nInnerCells > 0 ? ExchangeWithItself(mesh_) : NoExchange());
     host.UseNonBlockingExchange(seed_ % 2 == 0);
     ConnectedOperator op(host, type);
     GuardedGradient g(mesh_.NCell(), 0.75);
@@ -76,7 +76,7 @@ class PartitionRun {
   BitsFile& file_;
   std::uint64_t seed_;
   Random random_;
-  MeshDescription mesh_;
+  TestMesh mesh_;
 };
 
 }  // namespace

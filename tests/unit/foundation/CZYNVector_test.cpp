@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "tests/unit/gradient/FlushRecord.h"
+#include "tests/support/watch/FlushRecord.h"
 
 // The checked array: what each operation answers, stores and leaves alone, for both index bases and every
 // value type that the library offers.
@@ -273,7 +273,7 @@ TEST(Vector1, ConstSubscriptWith100PrintsTheMessageInTheseWordsAndGivesElement1)
 
 TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
   CZYNVector<int, 1> const vector(5);
-  gradient_test::FlushRecord const record;
+  zyn_test::FlushRecord const record;
   EXPECT_EQ(0, vector[100]);
   ASSERT_EQ(2U, record.Pieces().size());
   EXPECT_EQ("\n", record.Pieces()[0]);
@@ -283,7 +283,7 @@ TEST(Vector1, ConstSubscriptFlushesTheEmptyLineAndTheMessage) {
 TYPED_TEST(Vector, ConstSubscriptOfAnEmptyVectorPrintsAndGivesAZero) {
   typename TypeParam::Vector const vector;
   ::testing::internal::CaptureStdout();
-  typename const TypeParam::Value value = vector[3];
+  auto const value = vector[3];
   EXPECT_EQ("\n>>>  Error in manipulating this array. Length = 0~0, Out_Of_Range(3)\n\n",
             ::testing::internal::GetCapturedStdout());
   EXPECT_EQ(typename TypeParam::Value(), value);

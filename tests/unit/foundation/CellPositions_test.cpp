@@ -62,22 +62,22 @@ TEST(CellPositions, CellsHaveTheirCentresAndGhostsTheirFaces) {
   struct Place {
     int c;
     double x, y, z;
-    CellKind kind;
+    FaceKind kind;
     bool operator==(Place const& o) const {
       return c == o.c && x == o.x && y == o.y && z == o.z && kind == o.kind;
     }
   };
   std::vector<Place> places;
-  PlaceCells(mesh, partition, [&](int c, double x, double y, double z, CellKind kind) {
+  PlaceCells(mesh, partition, [&](int c, double x, double y, double z, FaceKind kind) {
     places.push_back({c, x, y, z, kind});
   });
   ASSERT_EQ(places.size(), 6U);
-  EXPECT_TRUE(places[0] == (Place{1, 1, 2, 4, CellKind::Interior}));
-  EXPECT_TRUE(places[1] == (Place{2, 3, 8, 13, CellKind::Interior}));
-  EXPECT_TRUE(places[2] == (Place{3, 0.5, 2.5, 5.5, CellKind::Wall}));
-  EXPECT_TRUE(places[3] == (Place{4, 2.5, 9.5, 3.5, CellKind::Inlet}));
-  EXPECT_TRUE(places[4] == (Place{5, 100, 200, 300, CellKind::Outlet}));
-  EXPECT_TRUE(places[5] == (Place{7, 50, 51, 52, CellKind::Partition}));
+  EXPECT_TRUE(places[0] == (Place{1, 1, 2, 4, FaceKind::Inner}));
+  EXPECT_TRUE(places[1] == (Place{2, 3, 8, 13, FaceKind::Inner}));
+  EXPECT_TRUE(places[2] == (Place{3, 0.5, 2.5, 5.5, FaceKind::Wall}));
+  EXPECT_TRUE(places[3] == (Place{4, 2.5, 9.5, 3.5, FaceKind::Inlet}));
+  EXPECT_TRUE(places[4] == (Place{5, 100, 200, 300, FaceKind::Outlet}));
+  EXPECT_TRUE(places[5] == (Place{7, 50, 51, 52, FaceKind::Partition}));
 }
 
 TEST(CellPositions, ExtentIsThatOfInnerCellsWallsAndInlets) {

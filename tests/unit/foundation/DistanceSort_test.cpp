@@ -36,11 +36,12 @@ List BubbleSorted(List list) {
 }
 
 /// Ways to make n distances; ids tell where each stood.
-struct const Kind {
+struct Kind {
   char const* name;
   double (*value)(Random&, int place, int n);
-}
-kKinds[] = {
+};
+
+Kind const kKinds[] = {
     {"random", [](Random& r, int, int) { return std::uniform_real_distribution<double>()(r); }},
     {"ascending", [](Random&, int i, int) { return 1.0 * i; }},
     {"descending", [](Random&, int i, int n) { return 1.0 * (n - i); }},

@@ -8,13 +8,13 @@
 #include <xmmintrin.h>
 #endif
 
-#include "tests/unit/gradient/ArmedTraps.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 // Where results are defined to be no finite numbers, a program with traps goes on, and has its traps again afterwards.
 
 namespace {
 
-using gradient_test::ArmedTraps;
+using zyn_test::ArmedTraps;
 
 double volatile zero = 0.0, one = 1.0, largest = 1e308;
 

@@ -10,16 +10,17 @@
 
 #include "gradient/COperatorGradient.h"
 #include "gradient/COperatorGradientImpl.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // The facade: what construction leaves, what each setter stores and answers, the failure text, the reduction
 // of Initialize, which method a gradient type selects, and who frees what.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
@@ -31,16 +32,16 @@ std::string const kWrongType = "Default grad type is wrong\n";
 
 int SetType(COperatorGradient& gradient, int type) { return gradient.getGradType(type); }
 
-MeshDescription SomeMesh(std::uint64_t seed = 11) {
+TestMesh SomeMesh(std::uint64_t seed = 11) {
   Random random(seed);
-  MeshDescription mesh;
+  TestMesh mesh;
   while (mesh.nInnerCells < 20 || mesh.inner.empty() || mesh.partition.empty() || mesh.wall.empty() ||
          mesh.inlet.empty() || mesh.outlet.empty() || mesh.symmetry.empty())
     mesh = RandomMesh(random);
   return mesh;
 }
 
-Field SomeField(MeshDescription const& mesh, std::uint64_t seed = 12) {
+Field SomeField(TestMesh const& mesh, std::uint64_t seed = 12) {
   Random random(seed);
   return TameField(random, mesh);
 }
@@ -185,7 +186,8 @@ TEST(GradientFacade, GetZyn3dGVStoresEachOptionalObjectOnItsOwn) {
 
 TEST(GradientFacade, GetPartitionFaceStoresTheObject) {
   COperatorGradient gradient;
-  TestPartitionFaces faces({});
+  LentPartition none;
+  PartitionFaces faces(none);
   EXPECT_EQ(1, gradient.getPartitionFace(&faces));
   EXPECT_EQ(&faces, gradient.m_pImpl->m_pPartFace);
   EXPECT_EQ(kPrefix, gradient.getErrorMsg());
@@ -193,7 +195,8 @@ TEST(GradientFacade, GetPartitionFaceStoresTheObject) {
 
 TEST(GradientFacade, GetPartitionFaceWithNullFailsAndKeepsTheEarlierObject) {
   COperatorGradient gradient;
-  TestPartitionFaces faces({});
+  LentPartition none;
+  PartitionFaces faces(none);
   gradient.getPartitionFace(&faces);
   EXPECT_EQ(-1, gradient.getPartitionFace(nullptr));
   EXPECT_EQ(&faces, gradient.m_pImpl->m_pPartFace);
@@ -202,7 +205,8 @@ TEST(GradientFacade, GetPartitionFaceWithNullFailsAndKeepsTheEarlierObject) {
 
 TEST(GradientFacade, GetCommunicationStoresBothObjects) {
   COperatorGradient gradient;
-  RecordingCommunication communication(0, NoExchange());
+  std::vector<ExchangeCall> calls;
+  RecordingCommunication communication(0, NoExchange(), calls);
   RecordingCom com;
   EXPECT_EQ(1, gradient.getCommunication(&communication, &com));
   EXPECT_EQ(&communication, gradient.m_pImpl->m_pComm);
@@ -221,7 +225,8 @@ TEST(GradientFacade, GetCommunicationWithNullExchangeFailsAndStoresNeither) {
 
 TEST(GradientFacade, GetCommunicationWithNullReductionFailsWithTheExchangeLeftStored) {
   COperatorGradient gradient;
-  RecordingCommunication communication(0, NoExchange());
+  std::vector<ExchangeCall> calls;
+  RecordingCommunication communication(0, NoExchange(), calls);
   EXPECT_EQ(-1, gradient.getCommunication(&communication, nullptr));
   EXPECT_EQ(&communication, gradient.m_pImpl->m_pComm);
   EXPECT_EQ(nullptr, gradient.m_pImpl->m_pCom);
@@ -230,7 +235,8 @@ TEST(GradientFacade, GetCommunicationWithNullReductionFailsWithTheExchangeLeftSt
 
 TEST(GradientFacade, GetCommunicationWithNullReductionReplacesTheExchangeAndKeepsTheEarlierReduction) {
   COperatorGradient gradient;
-  RecordingCommunication first(0, NoExchange()), second(0, NoExchange());
+  std::vector<ExchangeCall> calls;
+  RecordingCommunication first(0, NoExchange(), calls), second(0, NoExchange(), calls);
   RecordingCom com;
   gradient.getCommunication(&first, &com);
   EXPECT_EQ(-1, gradient.getCommunication(&second, nullptr));
@@ -288,11 +294,11 @@ TEST(GradientFacade, ResetMaxGradientIterationNumberBelowOneFailsWithoutTextAndK
 }
 
 TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoGradient) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   GuardedArray<double> phi = Guarded(SomeField(mesh));
   for (int const type : {0, 7}) {
     for (int const nSweep : {1, 2, 3}) {
-      TestHost host(mesh);
+      GradientHost host(mesh);
       ConnectedOperator op(host, type);
       GuardedGradient before(mesh.NCell()), after(mesh.NCell());
       op.gradient.GradMethod(phi.Data(), before.x.Data(), before.y.Data(), before.z.Data(), nSweep);
@@ -304,9 +310,9 @@ TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoGradient) {
 }
 
 TEST(GradientFacade, ResetMaxGradientIterationNumberChangesNoOtherGradientEither) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   Field const phi = SomeField(mesh), k = SomeField(mesh, 13);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   std::vector<GuardedGradient> before, after;
@@ -335,7 +341,8 @@ TEST(GradientFacade, FailuresAccumulateBehindOnePrefixInTheirOrder) {
   SetType(gradient, 3);
   gradient.getCommunication(nullptr, nullptr);
   gradient.getZyn3dGV(nullptr, nullptr, nullptr, nullptr);
-  RecordingCommunication communication(0, NoExchange());
+  std::vector<ExchangeCall> calls;
+  RecordingCommunication communication(0, NoExchange(), calls);
   gradient.getCommunication(&communication, nullptr);
   SetType(gradient, -1);
   EXPECT_EQ(kPrefix + kNoPartFaces + kWrongType + kNoCommunication + kNoGlobals + kNoCom + kWrongType,
@@ -383,7 +390,7 @@ TEST(GradientFacade, FailureTextThatFitsExactlyIsKeptWhole) {
 
 TEST(GradientFacade, InitializeReducesAStatusOfZeroOnceForEveryType) {
   for (int const type : {0, 1, 3, 7, -1}) {
-    TestHost host(SomeMesh());
+    GradientHost host(SomeMesh());
     ConnectedOperator op(host, type);
     std::string const textBefore = op.gradient.getErrorMsg();
     EXPECT_EQ(1, op.gradient.Initialize()) << type;
@@ -396,7 +403,7 @@ TEST(GradientFacade, InitializeReducesAStatusOfZeroOnceForEveryType) {
 TEST(GradientFacade, InitializeFailsWithoutTextWhenAnotherPartitionFailed) {
   for (int const type : {0, 1, 3, 7, -1}) {
     for (int const status : {-1, -5, INT_MIN}) {
-      TestHost host(SomeMesh());
+      GradientHost host(SomeMesh());
       ConnectedOperator op(host, type);
       std::string const textBefore = op.gradient.getErrorMsg();
       host.com.othersMinimum = status;
@@ -408,7 +415,7 @@ TEST(GradientFacade, InitializeFailsWithoutTextWhenAnotherPartitionFailed) {
 
 TEST(GradientFacade, InitializeSucceedsWhenTheMinimumIsZeroOrMore) {
   for (int const status : {0, 1, 4}) {
-    TestHost host(SomeMesh());
+    GradientHost host(SomeMesh());
     ConnectedOperator op(host);
     host.com.othersMinimum = status;
     EXPECT_EQ(1, op.gradient.Initialize());
@@ -416,7 +423,7 @@ TEST(GradientFacade, InitializeSucceedsWhenTheMinimumIsZeroOrMore) {
 }
 
 TEST(GradientFacade, InitializeIgnoresTheResultOfTheReduction) {
-  TestHost host(SomeMesh());
+  GradientHost host(SomeMesh());
   ConnectedOperator op(host);
   host.com.result = -1;
   EXPECT_EQ(1, op.gradient.Initialize());
@@ -427,7 +434,7 @@ TEST(GradientFacade, InitializeIgnoresTheResultOfTheReduction) {
 
 TEST(GradientFacade, InitializeGathersTheMomentsBeforeTheReductionAndForTypeOneOnly) {
   for (int const type : {0, 1, 3, 7, -1}) {
-    TestHost host(SomeMesh());
+    GradientHost host(SomeMesh());
     ConnectedOperator op(host, type);
     COperatorGradientImpl const& state = *op.gradient.m_pImpl;
     bool gathered = false;
@@ -439,7 +446,8 @@ TEST(GradientFacade, InitializeGathersTheMomentsBeforeTheReductionAndForTypeOneO
 }
 
 TEST(GradientFacade, InitializeWithoutMomentsTouchesNeitherMeshNorGlobalVariables) {
-  RecordingCommunication communication(0, NoExchange());
+  std::vector<ExchangeCall> calls;
+  RecordingCommunication communication(0, NoExchange(), calls);
   RecordingCom com;
   COperatorGradient gradient;
   gradient.getCommunication(&communication, &com);
@@ -449,11 +457,11 @@ TEST(GradientFacade, InitializeWithoutMomentsTouchesNeitherMeshNorGlobalVariable
 // ------------------------------------------------------------------------------------------------- dispatch
 
 TEST(GradientFacade, TypeAfterConstructionIsPlainGreenGaussForALastArgumentOfOne) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   Field const phi = SomeField(mesh);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   COperatorGradient gradient;
-  host.ConnectTo(gradient);
+  Connect(gradient, host);
   GuardedGradient g(mesh.NCell());
   gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
   EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, NoExchange()), g));
@@ -462,10 +470,10 @@ TEST(GradientFacade, TypeAfterConstructionIsPlainGreenGaussForALastArgumentOfOne
 }
 
 TEST(GradientFacade, TypeZeroTakesAnyOtherLastArgumentAsNumberOfSweeps) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   Field const phi = SomeField(mesh);
   for (int const nSweep : {-3, -1, 0, 2, 3, 4}) {
-    TestHost host(mesh);
+    GradientHost host(mesh);
     ConnectedOperator op(host, 0);
     GuardedGradient g(mesh.NCell(), 5.0);
     op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
@@ -478,11 +486,11 @@ TEST(GradientFacade, TypeZeroTakesAnyOtherLastArgumentAsNumberOfSweeps) {
 }
 
 TEST(GradientFacade, TypeOneIsLeastSquaresWhateverTheLastArgument) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   Field const phi = SomeField(mesh);
   Gradient const expected = LeastSquares(mesh, LeastSquaresMoments(mesh), phi, NoExchange()).g;
   for (int const n : {-1, 0, 1, 2, 100}) {
-    TestHost host(mesh);
+    GradientHost host(mesh);
     ConnectedOperator op(host, 1);
     ASSERT_EQ(1, op.gradient.Initialize());
     GuardedGradient g(mesh.NCell());
@@ -492,8 +500,8 @@ TEST(GradientFacade, TypeOneIsLeastSquaresWhateverTheLastArgument) {
 }
 
 TEST(GradientFacade, TypeThreeLeavesOutputsAndHostAlone) {
-  MeshDescription const mesh = SomeMesh();
-  TestHost host(mesh);
+  TestMesh const mesh = SomeMesh();
+  GradientHost host(mesh);
   ConnectedOperator op(host, 3);
   for (int const n : {-1, 0, 1, 2, 5}) {
     GuardedGradient g(mesh.NCell(), 42.0);
@@ -511,11 +519,11 @@ TEST(GradientFacade, TypeThreeReturnsAtOnceWithoutAnyHostObject) {
 }
 
 TEST(GradientFacade, OtherTypesAreIteratedAlsoForALastArgumentOfOne) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   Field const phi = SomeField(mesh);
   for (int const type : {7, -1, 4, 101, INT_MAX, INT_MIN}) {
     for (int const nSweep : {-1, 0, 1, 2, 3}) {
-      TestHost host(mesh);
+      GradientHost host(mesh);
       ConnectedOperator op(host, type);
       GuardedGradient g(mesh.NCell(), 5.0);
       op.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
@@ -528,9 +536,9 @@ TEST(GradientFacade, OtherTypesAreIteratedAlsoForALastArgumentOfOne) {
 }
 
 TEST(GradientFacade, TypeMayChangeBetweenCalls) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   Field const phi = SomeField(mesh);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   GuardedGradient g(mesh.NCell());
@@ -548,9 +556,9 @@ TEST(GradientFacade, TypeMayChangeBetweenCalls) {
 }
 
 TEST(GradientFacade, GreenGaussNeedsNoInitialize) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   Field const phi = SomeField(mesh), k = SomeField(mesh, 13);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   ConnectedOperator op(host);
   GuardedGradient plain(mesh.NCell()), weighted(mesh.NCell());
   GuardedArray<double> guardedPhi = Guarded(phi), guardedK = Guarded(k);
@@ -600,8 +608,8 @@ TEST(GradientFacade, AssignmentAllocatesAndFreesNothing) {
 }
 
 TEST(GradientFacade, DestructionFreesThePrivateStateAndTheNineArrays) {
-  MeshDescription const mesh = SomeMesh();
-  TestHost host(mesh);
+  TestMesh const mesh = SomeMesh();
+  GradientHost host(mesh);
   host.com.values.reserve(8);
   long const live = LiveAllocations();
   {
@@ -612,39 +620,18 @@ TEST(GradientFacade, DestructionFreesThePrivateStateAndTheNineArrays) {
   EXPECT_EQ(live, LiveAllocations());
 }
 
-/// A host object that tells when it is destroyed.
-template <typename Base>
-class Mortal : public Base {
- public:
-  template <typename... Args>
-  explicit Mortal(bool& alive, Args&&... args) : Base(std::forward<Args>(args)...), alive_(alive) {
-    alive_ = true;
-  }
-  ~Mortal() override { alive_ = false; }
-
- private:
-  bool& alive_;
-};
-
 TEST(GradientFacade, DestructionLeavesTheHostObjectsAlive) {
-  bool gvAlive = false, gpuAlive = false, openMPAlive = false, facesAlive = false, commAlive = false,
-       comAlive = false;
-  Mortal<CZyn3dGV> gv(gvAlive);
-  Mortal<CZYNGVGPU> gpu(gpuAlive);
-  Mortal<CZYNGVOpenMP> openMP(openMPAlive);
-  Mortal<TestPartitionFaces> faces(facesAlive, std::vector<Face>{});
-  Mortal<RecordingCommunication> communication(commAlive, 0, NoExchange());
-  Mortal<RecordingCom> com(comAlive);
+  HostObjects host;
   auto mesh = std::make_unique<CZYN3DFiniteVolumeMesh>();
   {
     COperatorGradient gradient;
-    gradient.getZyn3dGV(&gv, &gpu, &openMP, mesh.get());
-    gradient.getPartitionFace(&faces);
-    gradient.getCommunication(&communication, &com);
+    gradient.getZyn3dGV(&host.globals, &host.gpu, &host.openMP, mesh.get());
+    gradient.getPartitionFace(&host.partitionFaces);
+    gradient.getCommunication(&host.communication, &host.com);
     SetType(gradient, 1);
     gradient.Initialize();
   }
-  EXPECT_TRUE(gvAlive && gpuAlive && openMPAlive && facesAlive && commAlive && comAlive);
+  EXPECT_TRUE(host.destroyed.empty());
   EXPECT_EQ(0, mesh->NCell);
 }
 
@@ -655,8 +642,8 @@ TEST(GradientFacade, DestructionOfAnUnconfiguredOperatorIsHarmless) {
 }
 
 TEST(GradientFacade, SecondInitializeGathersAnewAndLeavesTheFirstArraysIntact) {
-  MeshDescription const mesh = SomeMesh();
-  TestHost host(mesh);
+  TestMesh const mesh = SomeMesh();
+  GradientHost host(mesh);
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   COperatorGradientImpl const& s = *op.gradient.m_pImpl;
@@ -673,7 +660,7 @@ TEST(GradientFacade, SecondInitializeGathersAnewAndLeavesTheFirstArraysIntact) {
 }
 
 TEST(GradientFacade, NoGradientCallAllocates) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
   std::vector<GuardedGradient> g(3, GuardedGradient(mesh.NCell()));
   auto const x = [&](int n) { return g[static_cast<std::size_t>(n)].x.Data(); };
@@ -681,7 +668,7 @@ TEST(GradientFacade, NoGradientCallAllocates) {
   auto const z = [&](int n) { return g[static_cast<std::size_t>(n)].z.Data(); };
   for (bool const nonBlocking : {false, true}) {
     for (int const type : {0, 1, 3, 7}) {
-      TestHost host(mesh);
+      GradientHost host(mesh);
       host.UseNonBlockingExchange(nonBlocking);
       ConnectedOperator op(host, type);
       op.gradient.Initialize();
@@ -697,12 +684,12 @@ TEST(GradientFacade, NoGradientCallAllocates) {
 
 /// Accessor calls of one round of all gradients on a partition with the given number of faces.
 int AccessorCallsOfAllGradients(int nPartitionFaces) {
-  MeshDescription mesh = Box({0, 1, 2}, {0, 1, 2}, {0, 1, 2});
+  TestMesh mesh = ClosedBox({0, 1, 2}, {0, 1, 2}, {0, 1, 2});
   for (int f = 0; f < nPartitionFaces; ++f) {
     int const halo = mesh.AddOuterCell({-1.0, 0.1 * f, 0.5});
     mesh.partition.push_back({1 + f % mesh.nInnerCells, halo, {-1.0, 0.1, 0.2}, {0.0, 0.1, 0.5}, 0.5, 0});
   }
-  TestHost host(mesh);
+  GradientHost host(mesh);
   ConnectedOperator op(host, 1);
   GuardedArray<double> phi = Guarded(SomeField(mesh));
   GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
@@ -733,10 +720,10 @@ void CallEachGradient(COperatorGradient& op, GuardedArray<double>& phi, GuardedA
 }
 
 TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
-  MeshDescription const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
   GuardedArray<double> const phiBefore = phi, kBefore = k;
-  TestHost host(mesh, ExchangeWithItself(mesh));
+  GradientHost host(mesh, ExchangeWithItself(mesh));
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   GuardedGradient a(mesh.NCell()), b(mesh.NCell()), c(mesh.NCell());
@@ -749,8 +736,8 @@ TEST(GradientFacade, GradientsReadTheHostAndWriteOnlyTheirOutputs) {
 
 // The guards above are not-a-numbers, which keep their bits in most arithmetic; numbers do not.
 TEST(GradientFacade, GradientsLeaveNumbersInElement0AndBeyondTheCellsAlone) {
-  MeshDescription const mesh = SomeMesh();
-  TestHost host(mesh, ExchangeWithItself(mesh));
+  TestMesh const mesh = SomeMesh();
+  GradientHost host(mesh, ExchangeWithItself(mesh));
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   GuardedArray<double> phi = Guarded(SomeField(mesh)), k = Guarded(SomeField(mesh, 13));
@@ -768,9 +755,9 @@ TEST(GradientFacade, GradientsLeaveNumbersInElement0AndBeyondTheCellsAlone) {
 
 TEST(GradientFacade, OperatorsOfDifferentHostsRunSideBySide) {
   auto const run = [](std::uint64_t seed, bool& agreed) {
-    MeshDescription const mesh = SomeMesh(seed);
+    TestMesh const mesh = SomeMesh(seed);
     Field const phi = SomeField(mesh, seed + 1);
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     ConnectedOperator op(host, 1);
     op.gradient.Initialize();
     GuardedArray<double> guardedPhi = Guarded(phi);
@@ -798,4 +785,4 @@ TEST(GradientFacade, OperatorsOfDifferentHostsRunSideBySide) {
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

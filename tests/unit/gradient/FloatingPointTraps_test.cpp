@@ -4,16 +4,18 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/watch/ArmedTraps.h"
 
 // Solvers that look for their own errors have divisions by zero, invalid operations and overflow stop the program. No
 // gradient of valid data has any, and where a result is defined to be no finite number, nothing stops. A trap ends
 // these tests.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 struct Result {
@@ -23,19 +25,6 @@ struct Result {
   std::vector<GuardedGradient> g;
 };
 
-/// Cells of unit volume, each with neighbours in the given directions behind walls.
-MeshDescription CellsWithNeighbours(std::vector<std::vector<Vector3>> const& neighbours) {
-  MeshDescription mesh;
-  for (std::size_t c = 0; c < neighbours.size(); ++c) mesh.AddInteriorCell({}, 1.0);
-  int cell = 0;
-  for (std::vector<Vector3> const& offsets : neighbours) {
-    ++cell;
-    for (Vector3 const& offset : offsets)
-      mesh.wall.push_back({cell, mesh.AddOuterCell(offset), {1.0, 0.0, 0.0}, {}, 0.5, 0});
-  }
-  return mesh;
-}
-
 std::vector<Vector3> const kAllAxes = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
 std::vector<Vector3> const kNoX = {{0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
 std::vector<Vector3> const kNoY = {{1.0, 0.0, 0.0}, {0.0, 0.0, 1.0}};
@@ -43,8 +32,8 @@ std::vector<Vector3> const kNoZ = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}};
 
 /// Runs a gradient from set-up to result with the traps armed, or without.
 template <typename Call>
-Result RunOn(MeshDescription const& mesh, int type, bool withTraps, Call call) {
-  TestHost host(mesh, ExchangeWithItself(mesh));
+Result RunOn(TestMesh const& mesh, int type, bool withTraps, Call call) {
+  GradientHost host(mesh, ExchangeWithItself(mesh));
   ConnectedOperator op(host, type);
   Result result(mesh.NCell());
   testing::internal::CaptureStdout();
@@ -63,15 +52,15 @@ Result RunOn(MeshDescription const& mesh, int type, bool withTraps, Call call) {
 
 /// With and without traps the same bits and texts come out.
 template <typename Call>
-void ExpectNoTrap(MeshDescription const& mesh, int type, Call call) {
+void ExpectNoTrap(TestMesh const& mesh, int type, Call call) {
   Result const without = RunOn(mesh, type, false, call), with = RunOn(mesh, type, true, call);
   EXPECT_EQ(without.printed, with.printed);
   for (std::size_t k = 0; k < with.g.size(); ++k) EXPECT_TRUE(SameBits(without.g[k], with.g[k])) << k;
 }
 
-std::vector<MeshDescription> ValidMeshes() {
-  std::vector<MeshDescription> meshes = {Box({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3}),
-                                         Box({0, 1, 2, 3, 4}, {0, 0.5, 2}, {0, 1})};
+std::vector<TestMesh> ValidMeshes() {
+  std::vector<TestMesh> meshes = {ClosedBox({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3}),
+                                  ClosedBox({0, 1, 2, 3, 4}, {0, 0.5, 2}, {0, 1})};
   // Centres off the lattice, so that no pivot is zero.
   Random random(7);
   for (Vector3& centre : meshes[1].centres) {
@@ -83,7 +72,7 @@ std::vector<MeshDescription> ValidMeshes() {
 }
 
 /// Values with equal neighbours, zeros of both signs, and far from 1.
-std::vector<GuardedArray<double>> ValidFields(MeshDescription const& mesh) {
+std::vector<GuardedArray<double>> ValidFields(TestMesh const& mesh) {
   Random random(11);
   std::vector<double> ties(mesh.centres.size(), 0.0), large(mesh.centres.size(), 0.0);
   for (std::size_t c = 1; c < ties.size(); ++c) {
@@ -96,7 +85,7 @@ std::vector<GuardedArray<double>> ValidFields(MeshDescription const& mesh) {
 }
 
 TEST(FloatingPointTraps, NoGreenGaussGradientOfValidDataHasOne) {
-  for (MeshDescription const& mesh : ValidMeshes()) {
+  for (TestMesh const& mesh : ValidMeshes()) {
     for (GuardedArray<double>& phi : ValidFields(mesh)) {
       for (int const nSweep : {1, 0, 2, 5}) {
         ExpectNoTrap(mesh, 0, [&](COperatorGradient& gradient, Result& r) {
@@ -112,7 +101,7 @@ TEST(FloatingPointTraps, NoGreenGaussGradientOfValidDataHasOne) {
 
 // A coefficient of 0 counts as 1e-30; weights of 0 and 1 put the face on a cell.
 TEST(FloatingPointTraps, NoWeightedGradientOfValidDataHasOne) {
-  for (MeshDescription mesh : ValidMeshes()) {
+  for (TestMesh mesh : ValidMeshes()) {
     mesh.inner[0].weight = 0.0;
     mesh.inner[1].weight = 1.0;
     Random random(13);
@@ -130,7 +119,7 @@ TEST(FloatingPointTraps, NoWeightedGradientOfValidDataHasOne) {
 }
 
 TEST(FloatingPointTraps, NoGradientOfThreeComponentsOfValidDataHasOne) {
-  for (MeshDescription const& mesh : ValidMeshes()) {
+  for (TestMesh const& mesh : ValidMeshes()) {
     std::vector<GuardedArray<double>> phi = ValidFields(mesh);
     ExpectNoTrap(mesh, 0, [&](COperatorGradient& gradient, Result& r) {
       std::vector<GuardedGradient>& g = r.g;
@@ -141,14 +130,14 @@ TEST(FloatingPointTraps, NoGradientOfThreeComponentsOfValidDataHasOne) {
   }
 }
 
-void ExpectNoTrapInLeastSquares(MeshDescription const& mesh, GuardedArray<double>& phi) {
+void ExpectNoTrapInLeastSquares(TestMesh const& mesh, GuardedArray<double>& phi) {
   ExpectNoTrap(mesh, 1, [&](COperatorGradient& gradient, Result& r) {
     gradient.GradMethod(phi.Data(), r.g[0].x.Data(), r.g[0].y.Data(), r.g[0].z.Data(), 1);
   });
 }
 
 TEST(FloatingPointTraps, NoLeastSquaresGradientOfValidDataHasOne) {
-  for (MeshDescription const& mesh : ValidMeshes())
+  for (TestMesh const& mesh : ValidMeshes())
     for (GuardedArray<double>& phi : ValidFields(mesh)) ExpectNoTrapInLeastSquares(mesh, phi);
 }
 
@@ -158,7 +147,7 @@ TEST(FloatingPointTraps, AZeroPivotOfLeastSquaresPrintsItsLinesAndReturns) {
     for (std::size_t place = 0; place < 5; ++place) {
       std::vector<std::vector<Vector3>> cells(5, kAllAxes);
       cells[place] = singular;
-      MeshDescription const mesh = CellsWithNeighbours(cells);
+      TestMesh const mesh = CellsWithWallNeighbours(cells);
       Random random(17);
       GuardedArray<double> phi = Guarded(TameField(random, mesh));
       ExpectNoTrapInLeastSquares(mesh, phi);
@@ -176,7 +165,7 @@ TEST(FloatingPointTraps, AZeroLastPivotOfLeastSquaresLeavesNoFiniteNumbersThere)
   for (std::size_t place = 0; place < 5; ++place) {
     std::vector<std::vector<Vector3>> cells(5, kAllAxes);
     cells[place] = kNoZ;
-    MeshDescription const mesh = CellsWithNeighbours(cells);
+    TestMesh const mesh = CellsWithWallNeighbours(cells);
     Random random(19);
     GuardedArray<double> phi = Guarded(TameField(random, mesh));
     ExpectNoTrapInLeastSquares(mesh, phi);
@@ -190,4 +179,4 @@ TEST(FloatingPointTraps, AZeroLastPivotOfLeastSquaresLeavesNoFiniteNumbersThere)
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

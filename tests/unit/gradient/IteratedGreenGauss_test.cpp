@@ -3,15 +3,17 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/SummationOrder.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/gradient/SummationOrder.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
 
 // The iterated Green-Gauss gradient: sweeps, skewness correction, limiter, face types, orders, exchanges.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -21,29 +23,29 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kAlwaysIterated = 7;
 
 /// Runs the operator on a host; `g` is used and overwritten.
-void Compute(TestHost& host, Field const& phi, int nSweep, GuardedGradient& g) {
+void Compute(GradientHost& host, Field const& phi, int nSweep, GuardedGradient& g) {
   ConnectedOperator op(host, kAlwaysIterated);
   GuardedArray<double> guardedPhi = Guarded(phi);
   op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), nSweep);
 }
 
-GuardedGradient Compute(MeshDescription const& mesh, Field const& phi, int nSweep,
+GuardedGradient Compute(TestMesh const& mesh, Field const& phi, int nSweep,
                         Exchange const& exchange = NoExchange()) {
-  TestHost host(mesh, exchange);
+  GradientHost host(mesh, exchange);
   GuardedGradient g(mesh.NCell());
   Compute(host, phi, nSweep, g);
   return g;
 }
 
-MeshDescription SomeMesh(std::uint64_t seed) {
+TestMesh SomeMesh(std::uint64_t seed) {
   Random random(seed);
-  MeshDescription mesh;
+  TestMesh mesh;
   while (mesh.nInnerCells < 10 || mesh.inner.empty() || mesh.partition.empty() || mesh.wall.empty())
     mesh = RandomMesh(random);
   return mesh;
 }
 
-Field SomeField(MeshDescription const& mesh, std::uint64_t seed) {
+Field SomeField(TestMesh const& mesh, std::uint64_t seed) {
   Random random(seed);
   return TameField(random, mesh);
 }
@@ -53,10 +55,10 @@ Field SomeField(MeshDescription const& mesh, std::uint64_t seed) {
 
 TEST(IteratedGreenGauss, EqualsItsPlainFormForEveryNumberOfSweeps) {
   for (std::uint64_t seed = 1; seed <= 10; ++seed) {
-    MeshDescription const mesh = SomeMesh(seed);
+    TestMesh const mesh = SomeMesh(seed);
     Field const phi = SomeField(mesh, seed + 100);
     for (int const nSweep : {-1, 0, 1, 2, 3, 5}) {
-      TestHost host(mesh, ExchangeWithItself(mesh));
+      GradientHost host(mesh, ExchangeWithItself(mesh));
       GuardedGradient g(mesh.NCell(), 3.25);
       Compute(host, phi, nSweep, g);
       Gradient expected(mesh, 3.25);
@@ -68,9 +70,9 @@ TEST(IteratedGreenGauss, EqualsItsPlainFormForEveryNumberOfSweeps) {
 }
 
 TEST(IteratedGreenGauss, WithoutASweepClearsThePreviousIterateKeepsTheOutputsAndExchangesThem) {
-  MeshDescription const mesh = SomeMesh(1);
+  TestMesh const mesh = SomeMesh(1);
   for (int const nSweep : {0, -1, -100}) {
-    TestHost host(mesh);
+    GradientHost host(mesh);
     GuardedGradient g(mesh.NCell(), 2.5);
     Compute(host, SomeField(mesh, 2), nSweep, g);
     EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 0.0), host.previous)) << nSweep;
@@ -82,9 +84,9 @@ TEST(IteratedGreenGauss, WithoutASweepClearsThePreviousIterateKeepsTheOutputsAnd
 
 TEST(IteratedGreenGauss, OneSweepEqualsPlainGreenGaussAndLeavesZerosInThePreviousIterate) {
   for (std::uint64_t seed = 1; seed <= 10; ++seed) {
-    MeshDescription const mesh = SomeMesh(seed);
+    TestMesh const mesh = SomeMesh(seed);
     Field const phi = SomeField(mesh, seed + 100);
-    TestHost host(mesh);
+    GradientHost host(mesh);
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, 1, g);
     EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, NoExchange()), g)) << seed;
@@ -93,9 +95,9 @@ TEST(IteratedGreenGauss, OneSweepEqualsPlainGreenGaussAndLeavesZerosInThePreviou
 }
 
 TEST(IteratedGreenGauss, OneSweepByTheIteratedPathEqualsThePlainPathOfTheOperator) {
-  MeshDescription const mesh = SomeMesh(3);
+  TestMesh const mesh = SomeMesh(3);
   Field const phi = SomeField(mesh, 4);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   ConnectedOperator plain(host, 0);
   GuardedGradient g(mesh.NCell());
   plain.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
@@ -103,10 +105,10 @@ TEST(IteratedGreenGauss, OneSweepByTheIteratedPathEqualsThePlainPathOfTheOperato
 }
 
 TEST(IteratedGreenGauss, PreviousIterateHoldsTheResultOfOneSweepLessInAllCells) {
-  MeshDescription const mesh = SomeMesh(5);
+  TestMesh const mesh = SomeMesh(5);
   Field const phi = SomeField(mesh, 6);
   for (int const nSweep : {2, 3, 5}) {
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, nSweep, g);
     EXPECT_TRUE(SameBits(Compute(mesh, phi, nSweep - 1, ExchangeWithItself(mesh)), host.previous)) << nSweep;
@@ -114,9 +116,9 @@ TEST(IteratedGreenGauss, PreviousIterateHoldsTheResultOfOneSweepLessInAllCells) 
 }
 
 TEST(IteratedGreenGauss, ContentOfThePreviousIterateBeforeTheCallHasNoInfluence) {
-  MeshDescription const mesh = SomeMesh(7);
+  TestMesh const mesh = SomeMesh(7);
   Field const phi = SomeField(mesh, 8);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   for (GuardedArray<double>* array : {&host.previous.x, &host.previous.y, &host.previous.z})
     for (int c = 1; c <= mesh.NCell(); ++c) (*array)[c] = kNaN;
   GuardedGradient g(mesh.NCell());
@@ -125,9 +127,9 @@ TEST(IteratedGreenGauss, ContentOfThePreviousIterateBeforeTheCallHasNoInfluence)
 }
 
 TEST(IteratedGreenGauss, ContentOfTheOutputsBeforeASweepHasNoInfluence) {
-  MeshDescription const mesh = SomeMesh(9);
+  TestMesh const mesh = SomeMesh(9);
   Field const phi = SomeField(mesh, 10);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   GuardedGradient g(mesh.NCell(), kNaN);
   Compute(host, phi, 2, g);
   EXPECT_TRUE(SameBits(Compute(mesh, phi, 2), g));
@@ -135,14 +137,14 @@ TEST(IteratedGreenGauss, ContentOfTheOutputsBeforeASweepHasNoInfluence) {
 
 TEST(IteratedGreenGauss, AllSweepsAgreeWhereFaceCentresLieOnTheLinesOfCentres) {
   // Dyadic coordinates and weights, so that the face centre minus the interpolated point is exactly zero.
-  MeshDescription const mesh = Box({0.0, 1.0, 2.0, 5.0}, {0.0, 0.5, 1.0}, {0.0, 1.0, 2.0});
+  TestMesh const mesh = ClosedBox({0.0, 1.0, 2.0, 5.0}, {0.0, 0.5, 1.0}, {0.0, 1.0, 2.0});
   Field const phi = SomeField(mesh, 11);
   GuardedGradient const first = Compute(mesh, phi, 1);
   for (int const nSweep : {2, 3, 5}) EXPECT_TRUE(SameBits(first, Compute(mesh, phi, nSweep))) << nSweep;
 }
 
 TEST(IteratedGreenGauss, LinearFieldOnAUniformBoxHasItsExactGradientFromTheFirstSweep) {
-  MeshDescription const mesh = Box({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3});
+  TestMesh const mesh = ClosedBox({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3});
   Field phi(mesh.centres.size());
   for (std::size_t c = 1; c < phi.size(); ++c)
     phi[c] = 4.0 + 2.0 * mesh.centres[c].x - 3.0 * mesh.centres[c].y + 0.5 * mesh.centres[c].z;
@@ -159,8 +161,8 @@ TEST(IteratedGreenGauss, LinearFieldOnAUniformBoxHasItsExactGradientFromTheFirst
 
 TEST(IteratedGreenGauss, GhostCellsAreExactlyZeroInTheResultAndInThePreviousIterate) {
   for (int const nSweep : {1, 2, 3}) {
-    MeshDescription const mesh = SomeMesh(12);
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    TestMesh const mesh = SomeMesh(12);
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, SomeField(mesh, 13), nSweep, g);
     EXPECT_TRUE(GhostsAreZero(mesh, g)) << nSweep;
@@ -169,7 +171,7 @@ TEST(IteratedGreenGauss, GhostCellsAreExactlyZeroInTheResultAndInThePreviousIter
 }
 
 TEST(IteratedGreenGauss, HaloCellsHoldTheOwnersGradientAfterTheExchange) {
-  MeshDescription const mesh = SomeMesh(14);
+  TestMesh const mesh = SomeMesh(14);
   Field const phi = SomeField(mesh, 15);
   GuardedGradient const g = Compute(mesh, phi, 3, ExchangeWithItself(mesh));
   GuardedGradient expected = g;
@@ -189,7 +191,7 @@ TEST(IteratedGreenGauss, HaloCellsHoldTheOwnersGradientAfterTheExchange) {
 // second sweep the face value before limiting is therefore L + (1 - 0) * G/2, and it appears in gx of cell 1.
 
 double SecondSweepFaceValue(double phiCv, double phiOther, double firstSweepSlope) {
-  MeshDescription mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0}, 1.0);
   mesh.AddInteriorCell({1.0, 0.0, 0.0}, 1.0);
   int const ghost = mesh.AddOuterCell({0.0, 1.0, 0.0});
@@ -247,7 +249,7 @@ TEST(IteratedGreenGauss, CorrectedValueIsAddedUpFromTheLeft) {
     std::vector<double> t(4);
     for (double& term : t) term = RoughTerm(random);
     double const sum = ((t[0] + t[1]) + t[2]) + t[3];
-    MeshDescription mesh;
+    TestMesh mesh;
     mesh.AddInteriorCell({}, 1.0);
     mesh.AddInteriorCell({}, 1.0);
     int const ghost = mesh.AddOuterCell({});
@@ -286,8 +288,8 @@ TEST(IteratedGreenGauss, EveryOtherInnerFaceTypeAddsToBothCells) {
 }
 
 /// One interior cell and one halo cell across a partition face.
-MeshDescription CellAndHalo(int faceType) {
-  MeshDescription mesh;
+TestMesh CellAndHalo(int faceType) {
+  TestMesh mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0}, 0.5);
   int const halo = mesh.AddOuterCell({1.0, 0.0, 0.0});
   mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {0.5, 0.0, 0.0}, 0.25, faceType});
@@ -321,7 +323,7 @@ TEST(IteratedGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThat
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    MeshDescription const mesh = OneCellWithFacesOfAllGroups();
+    TestMesh const mesh = OneCellWithFacesOfAllGroups();
     Field phi = {0.0, 0.0};
     for (int c = 2; c <= 8; ++c) phi.push_back(RoughTerm(random));
     terms.emplace_back(phi.begin() + 2, phi.end());
@@ -335,13 +337,13 @@ TEST(IteratedGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThat
 TEST(IteratedGreenGauss, AddsTheFacesOfAGroupInTheirNumbering) {
   // Seven faces of one group at one cell, for each boundary group in turn (more than four, since faces may be
   // taken in fours).
-  for (std::vector<Face> MeshDescription::*group : {&MeshDescription::inlet, &MeshDescription::outlet,
-                                                    &MeshDescription::symmetry, &MeshDescription::wall}) {
+  for (std::vector<Face> TestMesh::*group :
+       {&TestMesh::inlet, &TestMesh::outlet, &TestMesh::symmetry, &TestMesh::wall}) {
     Random random(22);
     std::vector<std::vector<double>> terms;
     std::vector<double> found;
     for (int n = 0; n < kSumsForAnOrder; ++n) {
-      MeshDescription mesh;
+      TestMesh mesh;
       mesh.AddInteriorCell({}, 1.0);
       Field phi = {0.0, 0.0};
       for (int f = 0; f < 7; ++f) {
@@ -360,10 +362,10 @@ TEST(IteratedGreenGauss, AddsTheFacesOfAGroupInTheirNumbering) {
 // ------------------------------------------------------------------------------------------------- exchanges
 
 TEST(IteratedGreenGauss, ExchangesThePreviousIterateAfterEverySweepButTheLastAndThenTheOutputs) {
-  MeshDescription const mesh = SomeMesh(31);
+  TestMesh const mesh = SomeMesh(31);
   for (bool const nonBlocking : {false, true}) {
     for (int const nSweep : {-1, 0, 1, 2, 3, 5}) {
-      TestHost host(mesh, ExchangeWithItself(mesh));
+      GradientHost host(mesh, ExchangeWithItself(mesh));
       host.UseNonBlockingExchange(nonBlocking);
       GuardedGradient g(mesh.NCell());
       Compute(host, SomeField(mesh, 32), nSweep, g);
@@ -381,11 +383,11 @@ TEST(IteratedGreenGauss, ExchangesThePreviousIterateAfterEverySweepButTheLastAnd
 }
 
 TEST(IteratedGreenGauss, EveryNonZeroSettingSelectsTheNonBlockingExchange) {
-  MeshDescription const mesh = SomeMesh(33);
+  TestMesh const mesh = SomeMesh(33);
   unsigned char const settings[] = {1, 2, 128, 255};
   for (unsigned char const setting : settings) {
-    TestHost host(mesh);
-    host.gv.UseNonBlockingExch = setting;
+    GradientHost host(mesh);
+    host.globals.UseNonBlockingExch = setting;
     GuardedGradient g(mesh.NCell());
     Compute(host, SomeField(mesh, 34), 1, g);
     EXPECT_EQ(ThreeArrayExchange(true, g.x.Data(), g.y.Data(), g.z.Data()), host.communication.Calls());
@@ -393,9 +395,9 @@ TEST(IteratedGreenGauss, EveryNonZeroSettingSelectsTheNonBlockingExchange) {
 }
 
 TEST(IteratedGreenGauss, BlockingAndNonBlockingExchangesGiveTheSameBits) {
-  MeshDescription const mesh = SomeMesh(35);
+  TestMesh const mesh = SomeMesh(35);
   Field const phi = SomeField(mesh, 36);
-  TestHost host(mesh, ExchangeWithItself(mesh));
+  GradientHost host(mesh, ExchangeWithItself(mesh));
   host.UseNonBlockingExchange(true);
   GuardedGradient g(mesh.NCell());
   Compute(host, phi, 3, g);
@@ -403,7 +405,7 @@ TEST(IteratedGreenGauss, BlockingAndNonBlockingExchangesGiveTheSameBits) {
 }
 
 TEST(IteratedGreenGauss, NeighboursGradientsInHaloCellsReachTheNextSweep) {
-  MeshDescription const mesh = SomeMesh(37);
+  TestMesh const mesh = SomeMesh(37);
   Field const phi = SomeField(mesh, 38);
   GuardedGradient const alone = Compute(mesh, phi, 2, NoExchange());
   GuardedGradient const exchanged = Compute(mesh, phi, 2, ExchangeWithItself(mesh));
@@ -414,8 +416,8 @@ TEST(IteratedGreenGauss, NeighboursGradientsInHaloCellsReachTheNextSweep) {
 }
 
 TEST(IteratedGreenGauss, InputFieldIsNeverExchanged) {
-  MeshDescription const mesh = SomeMesh(39);
-  TestHost host(mesh);
+  TestMesh const mesh = SomeMesh(39);
+  GradientHost host(mesh);
   ConnectedOperator op(host, kAlwaysIterated);
   GuardedArray<double> phi = Guarded(SomeField(mesh, 40));
   GuardedGradient g(mesh.NCell());
@@ -426,7 +428,7 @@ TEST(IteratedGreenGauss, InputFieldIsNeverExchanged) {
 // ------------------------------------------------------------------------------- volumes and empty pieces
 
 TEST(IteratedGreenGauss, ZeroVolumeMakesAHugeButFiniteGradient) {
-  MeshDescription mesh = TwoCells();
+  TestMesh mesh = TwoCells();
   mesh.volumes[1] = 0.0;
   GuardedGradient const g = Compute(mesh, {0.0, 3.0, 5.0}, 1);
   EXPECT_EQ(4.0 * (1.0 / 1e-30), g.x[1]);
@@ -434,9 +436,9 @@ TEST(IteratedGreenGauss, ZeroVolumeMakesAHugeButFiniteGradient) {
 }
 
 TEST(IteratedGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
-  MeshDescription const mesh = TwoCells();
+  TestMesh const mesh = TwoCells();
   for (bool const lendEmptyArrays : {false, true}) {
-    TestHost host(mesh, NoExchange(), lendEmptyArrays);
+    GradientHost host(mesh, NoExchange(), lendEmptyArrays);
     GuardedGradient g(mesh.NCell());
     Compute(host, {0.0, 3.0, 5.0}, 3, g);
     EXPECT_EQ(4.0, g.x[1]);
@@ -445,9 +447,9 @@ TEST(IteratedGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
 }
 
 TEST(IteratedGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
-  MeshDescription mesh;
+  TestMesh mesh;
   for (int c = 0; c < 3; ++c) mesh.AddOuterCell({1.0 * c, 0.0, 0.0});
-  TestHost host(mesh);
+  GradientHost host(mesh);
   GuardedGradient g(mesh.NCell());
   Compute(host, {0.0, 1.0, 2.0, 3.0}, 2, g);
   EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 0.0), g));
@@ -455,4 +457,4 @@ TEST(IteratedGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

@@ -7,17 +7,19 @@
 #include <string>
 
 #include "gradient/COperatorGradientImpl.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/FlushRecord.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/SummationOrder.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/gradient/SummationOrder.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/watch/FlushRecord.h"
 
 // The least-squares gradient: moments at Initialize, right-hand sides and one 3 by 3 solve per cell at each
 // call.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -26,8 +28,7 @@ std::string const kSingularLines = "aa[ii][j]=0.\n4\n";
 
 /// A host with an initialized least-squares operator.
 struct Fit {
-  explicit Fit(MeshDescription const& mesh, Exchange const& exchange = NoExchange(),
-               bool lendEmptyArrays = false)
+  explicit Fit(TestMesh const& mesh, Exchange const& exchange = NoExchange(), bool lendEmptyArrays = false)
       : host(mesh, exchange, lendEmptyArrays),
         op(host, 1),
         g(mesh.NCell()),
@@ -43,7 +44,7 @@ struct Fit {
     return testing::internal::GetCapturedStdout();
   }
 
-  TestHost host;
+  GradientHost host;
   ConnectedOperator op;
   GuardedGradient g;
   int result;
@@ -74,8 +75,8 @@ struct Fit {
 
 /// A box whose cell centres are shifted at random, ghost cells included: least squares sees only them.
 /// Without symmetry faces: those of the box become walls.
-MeshDescription ShiftedBoxWithoutSymmetry(std::uint64_t seed) {
-  MeshDescription mesh = Box({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3});
+TestMesh ShiftedBoxWithoutSymmetry(std::uint64_t seed) {
+  TestMesh mesh = ClosedBox({0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, 2, 3});
   mesh.wall.insert(mesh.wall.end(), mesh.symmetry.begin(), mesh.symmetry.end());
   mesh.symmetry.clear();
   Random random(seed);
@@ -87,25 +88,11 @@ MeshDescription ShiftedBoxWithoutSymmetry(std::uint64_t seed) {
   return mesh;
 }
 
-Field LinearField(MeshDescription const& mesh) {
+Field LinearField(TestMesh const& mesh) {
   Field phi(mesh.centres.size());
   for (std::size_t c = 1; c < phi.size(); ++c)
     phi[c] = 4.0 + 2.0 * mesh.centres[c].x - 3.0 * mesh.centres[c].y + 0.5 * mesh.centres[c].z;
   return phi;
-}
-
-/// Adds interior cells 1..n whose neighbours stand one unit away in the given directions, as wall ghosts, and
-/// whose systems are therefore easy to see through.
-MeshDescription CellsWithWallNeighbours(std::vector<std::vector<Vector3>> const& neighbours) {
-  MeshDescription mesh;
-  for (std::size_t c = 0; c < neighbours.size(); ++c) mesh.AddInteriorCell({}, 1.0);
-  int cell = 0;
-  for (std::vector<Vector3> const& offsets : neighbours) {
-    ++cell;
-    for (Vector3 const& offset : offsets)
-      mesh.wall.push_back({cell, mesh.AddOuterCell(offset), {}, {}, 0.5, 0});
-  }
-  return mesh;
 }
 
 std::vector<Vector3> const kAllAxes = {{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}};
@@ -119,7 +106,7 @@ TEST(LeastSquares, MomentsRightHandSidesAndGradientEqualTheirPlainFormsOnRandomM
   int solved = 0;
   for (std::uint64_t seed = 1; seed <= 40; ++seed) {
     Random random(seed);
-    MeshDescription const mesh = RandomMesh(random);
+    TestMesh const mesh = RandomMesh(random);
     Field const phi = TameField(random, mesh);
     Fit fit(mesh, ExchangeWithItself(mesh));
     std::string const printed = fit.Run(phi);
@@ -135,7 +122,7 @@ TEST(LeastSquares, MomentsRightHandSidesAndGradientEqualTheirPlainFormsOnRandomM
 }
 
 TEST(LeastSquares, HandComputedMomentsOfOneOffset) {
-  MeshDescription mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({1.0, 1.0, 1.0}, 1.0);
   mesh.AddInteriorCell({3.0, 4.0, 6.0}, 1.0);  // offset (2, 3, 5)
   mesh.inner.push_back({1, 2, {}, {}, 0.5, 0});
@@ -151,8 +138,8 @@ TEST(LeastSquares, HandComputedMomentsOfOneOffset) {
 }
 
 /// Cell 1 and one face of the given group to cell 2 at the offset (2, 3, 5).
-MeshDescription OneFace(std::vector<Face> MeshDescription::*group) {
-  MeshDescription mesh;
+TestMesh OneFace(std::vector<Face> TestMesh::*group) {
+  TestMesh mesh;
   mesh.AddInteriorCell({}, 1.0);
   int const other = mesh.AddOuterCell({2.0, 3.0, 5.0});
   (mesh.*group).push_back({1, other, {}, {}, 0.5, 1});
@@ -160,15 +147,15 @@ MeshDescription OneFace(std::vector<Face> MeshDescription::*group) {
 }
 
 TEST(LeastSquares, PartitionFacesEnterTheMomentsOfBothCells) {
-  Fit fit(OneFace(&MeshDescription::partition));
+  Fit fit(OneFace(&TestMesh::partition));
   EXPECT_EQ(4.0, fit.State().m_pSxx[1]);
   EXPECT_EQ(4.0, fit.State().m_pSxx[2]);
   EXPECT_EQ(15.0, fit.State().m_pSyz[2]);
 }
 
 TEST(LeastSquares, BoundaryFacesOfAllGroupsEnterTheMomentsOfTheirCvCellOnly) {
-  for (std::vector<Face> MeshDescription::*group : {&MeshDescription::inlet, &MeshDescription::outlet,
-                                                    &MeshDescription::wall, &MeshDescription::symmetry}) {
+  for (std::vector<Face> TestMesh::*group :
+       {&TestMesh::inlet, &TestMesh::outlet, &TestMesh::wall, &TestMesh::symmetry}) {
     Fit fit(OneFace(group));
     EXPECT_EQ(4.0, fit.State().m_pSxx[1]);
     EXPECT_EQ(15.0, fit.State().m_pSyz[1]);
@@ -183,7 +170,7 @@ TEST(LeastSquares, MomentsAddInnerPartitionInletOutletWallAndSymmetryFacesInThat
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    MeshDescription mesh;
+    TestMesh mesh;
     std::vector<double> squares;
     mesh.AddInteriorCell({}, 1.0);
     for (int c = 2; c <= 8; ++c) {
@@ -211,11 +198,11 @@ TEST(LeastSquares, MomentsAddInnerPartitionInletOutletWallAndSymmetryFacesInThat
 }
 
 TEST(LeastSquares, MomentsAreNotRenewedWhenTheMeshMoves) {
-  MeshDescription mesh = ShiftedBoxWithoutSymmetry(1);
+  TestMesh mesh = ShiftedBoxWithoutSymmetry(1);
   Fit fit(mesh);
   Moments const before = LeastSquaresMoments(mesh);
   for (int c = 1; c <= mesh.NCell(); ++c) {
-    fit.host.xc[c] *= 2.0;
+    fit.host.centres.x[c] *= 2.0;
     mesh.centres[static_cast<std::size_t>(c)].x *= 2.0;
   }
   Field const phi = LinearField(mesh);
@@ -233,7 +220,7 @@ TEST(LeastSquares, InitializeExchangesNothing) {
 // ------------------------------------------------------------------------------------------ right-hand sides
 
 TEST(LeastSquares, InnerFacesEnterTheRightHandSidesOfBothCellsAlike) {
-  MeshDescription mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({1.0, 1.0, 1.0}, 1.0);
   mesh.AddInteriorCell({3.0, 4.0, 6.0}, 1.0);
   mesh.inner.push_back({1, 2, {}, {}, 0.5, 1});  // one-sided: plays no part here
@@ -247,15 +234,14 @@ TEST(LeastSquares, InnerFacesEnterTheRightHandSidesOfBothCellsAlike) {
 }
 
 TEST(LeastSquares, PartitionFacesEnterTheRightHandSideOfTheCvCellOnly) {
-  Fit fit(OneFace(&MeshDescription::partition));
+  Fit fit(OneFace(&TestMesh::partition));
   fit.Run({0.0, 10.0, 12.0});
   EXPECT_EQ(4.0, fit.State().m_pBx[1]);
   EXPECT_TRUE(SameBits(0.0, fit.State().m_pBx[2]));
 }
 
 TEST(LeastSquares, InletOutletAndWallFacesEnterTheRightHandSideOfTheCvCellOnly) {
-  for (std::vector<Face> MeshDescription::*group :
-       {&MeshDescription::inlet, &MeshDescription::outlet, &MeshDescription::wall}) {
+  for (std::vector<Face> TestMesh::*group : {&TestMesh::inlet, &TestMesh::outlet, &TestMesh::wall}) {
     Fit fit(OneFace(group));
     fit.Run({0.0, 10.0, 12.0});
     EXPECT_EQ(4.0, fit.State().m_pBx[1]);
@@ -266,7 +252,7 @@ TEST(LeastSquares, InletOutletAndWallFacesEnterTheRightHandSideOfTheCvCellOnly) 
 }
 
 TEST(LeastSquares, SymmetryFacesStayOutOfTheRightHandSide) {
-  Fit fit(OneFace(&MeshDescription::symmetry));
+  Fit fit(OneFace(&TestMesh::symmetry));
   fit.Run({0.0, 10.0, 12.0});
   for (int const c : {1, 2}) {
     EXPECT_TRUE(SameBits(0.0, fit.State().m_pBx[c]));
@@ -281,7 +267,7 @@ TEST(LeastSquares, RightHandSidesAddInnerPartitionInletOutletAndWallFacesInThatO
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    MeshDescription mesh;
+    TestMesh mesh;
     Field phi = {0.0, 0.0};
     mesh.AddInteriorCell({}, 1.0);
     for (int c = 2; c <= 7; ++c) {
@@ -308,7 +294,7 @@ TEST(LeastSquares, RightHandSidesAddInnerPartitionInletOutletAndWallFacesInThatO
 }
 
 TEST(LeastSquares, RightHandSidesCarryNothingFromOneCallToTheNext) {
-  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(2);
+  TestMesh const mesh = ShiftedBoxWithoutSymmetry(2);
   Random random(43);
   Field const first = TameField(random, mesh), second = TameField(random, mesh);
   Fit fit(mesh);
@@ -322,7 +308,7 @@ TEST(LeastSquares, RightHandSidesCarryNothingFromOneCallToTheNext) {
 
 TEST(LeastSquares, LinearFieldHasItsExactGradientOnAnyMesh) {
   for (std::uint64_t seed = 1; seed <= 5; ++seed) {
-    MeshDescription mesh = ShiftedBoxWithoutSymmetry(seed);
+    TestMesh mesh = ShiftedBoxWithoutSymmetry(seed);
     for (int f = 0; f < 6; ++f)
       mesh.partition.push_back({1 + 4 * f, mesh.AddOuterCell({-1.0, 0.3 * f, 0.1 * f * f}), {}, {}, 0.5, 0});
     Fit fit(mesh);
@@ -339,7 +325,7 @@ TEST(LeastSquares, LinearFieldHasItsExactGradientOnAnyMesh) {
 TEST(LeastSquares, SymmetryFaceBiasesTheGradientOfItsCellOnly) {
   // One unit neighbour in each direction; cell 1 has one more in z, a symmetry ghost that enters the matrix
   // alone.
-  MeshDescription mesh = CellsWithWallNeighbours({kAllAxes, kAllAxes});
+  TestMesh mesh = CellsWithWallNeighbours({kAllAxes, kAllAxes});
   mesh.symmetry.push_back({1, mesh.AddOuterCell({0.0, 0.0, -1.0}), {}, {}, 0.5, 0});
   Fit fit(mesh);
   fit.Run(LinearField(mesh));
@@ -350,7 +336,7 @@ TEST(LeastSquares, SymmetryFaceBiasesTheGradientOfItsCellOnly) {
 }
 
 TEST(LeastSquares, ConstantFieldHasAGradientOfZeroInAllCells) {
-  for (MeshDescription const& mesh : {ShiftedBoxWithoutSymmetry(3), Box({0, 1, 2}, {0, 1, 3}, {0, 1, 2})}) {
+  for (TestMesh const& mesh : {ShiftedBoxWithoutSymmetry(3), ClosedBox({0, 1, 2}, {0, 1, 3}, {0, 1, 2})}) {
     Fit fit(mesh);
     fit.Run(Field(mesh.centres.size(), 7.7));
     for (int c = 1; c <= mesh.NCell(); ++c) {
@@ -362,14 +348,14 @@ TEST(LeastSquares, ConstantFieldHasAGradientOfZeroInAllCells) {
 }
 
 TEST(LeastSquares, ReadsOnlyCentresAndField) {
-  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(4);
-  TestHost host(mesh);
+  TestMesh const mesh = ShiftedBoxWithoutSymmetry(4);
+  GradientHost host(mesh);
   CZYN3DFiniteVolumeMesh& r = host.mesh;
   r.Lamda = r.Volume = r.ijSx = r.ijSy = r.ijSz = r.ijxc = r.ijyc = r.ijzc = nullptr;
   r.ijWallSx = r.ijWallSy = r.ijWallSz = r.ijInletSx = r.ijInletSy = r.ijInletSz = nullptr;
   r.ijOutletSx = r.ijOutletSy = r.ijOutletSz = r.ijSymmetrySx = r.ijSymmetrySy = r.ijSymmetrySz = nullptr;
   r.FaceType = nullptr;
-  host.gv.PrevGradX = host.gv.PrevGradY = host.gv.PrevGradZ = nullptr;
+  host.globals.PrevGradX = host.globals.PrevGradY = host.globals.PrevGradZ = nullptr;
   ConnectedOperator op(host, 1);
   op.gradient.Initialize();
   Field const phi = LinearField(mesh);
@@ -379,11 +365,11 @@ TEST(LeastSquares, ReadsOnlyCentresAndField) {
 }
 
 TEST(LeastSquares, FaceTypesPlayNoPart) {
-  MeshDescription mesh;
+  TestMesh mesh;
   Random random(44);
   while (mesh.inner.empty() || mesh.partition.empty()) mesh = RandomMesh(random);
   Field const phi = TameField(random, mesh);
-  MeshDescription oneSided = mesh;
+  TestMesh oneSided = mesh;
   for (Face& face : oneSided.inner) face.type = 1;
   for (Face& face : oneSided.partition) face.type = 1;
   Fit a(mesh), b(oneSided);
@@ -394,7 +380,7 @@ TEST(LeastSquares, FaceTypesPlayNoPart) {
 
 TEST(LeastSquares, GhostCellsAreExactlyZeroAndHaloCellsHoldTheOwnersValues) {
   Random random(45);
-  MeshDescription mesh = ShiftedBoxWithoutSymmetry(5);
+  TestMesh mesh = ShiftedBoxWithoutSymmetry(5);
   for (int f = 0; f < 6; ++f)
     mesh.partition.push_back({1 + 4 * f, mesh.AddOuterCell({-1.0, 0.3 * f, 0.1 * f * f}), {}, {}, 0.5, 0});
   Fit fit(mesh, ExchangeWithItself(mesh));
@@ -407,7 +393,7 @@ TEST(LeastSquares, GhostCellsAreExactlyZeroAndHaloCellsHoldTheOwnersValues) {
 }
 
 TEST(LeastSquares, HaloCellsAreZeroBeforeTheExchange) {
-  MeshDescription mesh = ShiftedBoxWithoutSymmetry(6);
+  TestMesh mesh = ShiftedBoxWithoutSymmetry(6);
   int const halo = mesh.AddOuterCell({-1.0, 0.5, 0.5});
   mesh.partition.push_back({1, halo, {}, {}, 0.5, 0});
   Fit fit(mesh);
@@ -416,7 +402,7 @@ TEST(LeastSquares, HaloCellsAreZeroBeforeTheExchange) {
 }
 
 TEST(LeastSquares, ExchangesTheThreeOutputsOnce) {
-  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(7);
+  TestMesh const mesh = ShiftedBoxWithoutSymmetry(7);
   for (bool const nonBlocking : {false, true}) {
     Fit fit(mesh);
     fit.host.UseNonBlockingExchange(nonBlocking);
@@ -428,7 +414,7 @@ TEST(LeastSquares, ExchangesTheThreeOutputsOnce) {
 }
 
 TEST(LeastSquares, LastArgumentHasNoEffect) {
-  MeshDescription const mesh = ShiftedBoxWithoutSymmetry(8);
+  TestMesh const mesh = ShiftedBoxWithoutSymmetry(8);
   Random random(46);
   Field const phi = TameField(random, mesh);
   Fit reference(mesh);
@@ -484,8 +470,7 @@ TEST(LeastSquares, PivotThatUnderflowedToZeroIsZero) {
 }
 
 TEST(LeastSquares, DenormalPivotIsNotZero) {
-  MeshDescription const mesh =
-      CellsWithWallNeighbours({{{1e-160, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}});
+  TestMesh const mesh = CellsWithWallNeighbours({{{1e-160, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}});
   Fit fit(mesh);
   ASSERT_LT(0.0, fit.State().m_pSxx[1]);
   ASSERT_GT(std::numeric_limits<double>::min(), fit.State().m_pSxx[1]);
@@ -494,7 +479,7 @@ TEST(LeastSquares, DenormalPivotIsNotZero) {
 }
 
 TEST(LeastSquares, CellsSolvedBeforeASingularOneKeepTheirValuesAndTheRestStayZero) {
-  MeshDescription mesh = CellsWithWallNeighbours({kAllAxes, kAllAxes, kNoX, kAllAxes});
+  TestMesh mesh = CellsWithWallNeighbours({kAllAxes, kAllAxes, kNoX, kAllAxes});
   int const halo = mesh.AddOuterCell({1.0, 1.0, 1.0});
   mesh.partition.push_back({1, halo, {}, {}, 0.5, 0});
   Field const phi = LinearField(mesh);
@@ -511,7 +496,7 @@ TEST(LeastSquares, CellsSolvedBeforeASingularOneKeepTheirValuesAndTheRestStayZer
 }
 
 TEST(LeastSquares, TheCellRightBeforeASingularOneKeepsItsValues) {
-  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes, kNoX});
+  TestMesh const mesh = CellsWithWallNeighbours({kAllAxes, kNoX});
   Fit fit(mesh);
   EXPECT_EQ(kSingularLines, fit.Run(LinearField(mesh)));
   EXPECT_NEAR(2.0, fit.g.x[1], 1e-14);
@@ -521,7 +506,7 @@ TEST(LeastSquares, TheCellRightBeforeASingularOneKeepsItsValues) {
 }
 
 TEST(LeastSquares, SingularCellStopsEveryCallAnewAndChangesNoFailureText) {
-  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes, kNoX, kNoX});
+  TestMesh const mesh = CellsWithWallNeighbours({kAllAxes, kNoX, kNoX});
   Fit fit(mesh);
   std::string const text = fit.op.gradient.getErrorMsg();
   Field const phi(static_cast<std::size_t>(mesh.NCell()) + 1, 1.0);
@@ -532,7 +517,7 @@ TEST(LeastSquares, SingularCellStopsEveryCallAnewAndChangesNoFailureText) {
 
 TEST(LeastSquares, SingularOuterCellsAreNotSolved) {
   // The halo cell has a single neighbour and the ghost cells have none.
-  MeshDescription mesh = CellsWithWallNeighbours({kAllAxes});
+  TestMesh mesh = CellsWithWallNeighbours({kAllAxes});
   mesh.partition.push_back({1, mesh.AddOuterCell({1.0, 1.0, 1.0}), {}, {}, 0.5, 0});
   Fit fit(mesh);
   EXPECT_EQ("", fit.Run(LinearField(mesh)));
@@ -571,7 +556,7 @@ TEST(LeastSquares, EveryCellEqualsThePlainEliminationWhateverStandsBesideIt) {
         offsets.push_back(
             {Uniform(random, -size, size), Uniform(random, -size, size), Uniform(random, -size, size)});
     }
-    MeshDescription const mesh = CellsWithWallNeighbours(cells);
+    TestMesh const mesh = CellsWithWallNeighbours(cells);
     Field const phi = TameField(random, mesh);
     Fit fit(mesh);
     std::string const printed = fit.Run(phi);
@@ -598,7 +583,7 @@ TEST(LeastSquares, TheMessageIsTheSameWhateverTheProgramSetInItsStream) {
 }
 
 TEST(LeastSquares, NaNPivotPassesTheTest) {
-  MeshDescription const mesh =
+  TestMesh const mesh =
       CellsWithWallNeighbours({{{kNaN, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}, kAllAxes});
   Fit fit(mesh);
   Field phi(mesh.centres.size(), 1.0);
@@ -609,7 +594,7 @@ TEST(LeastSquares, NaNPivotPassesTheTest) {
 }
 
 TEST(LeastSquares, NaNInTheFieldPrintsNothing) {
-  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes});
+  TestMesh const mesh = CellsWithWallNeighbours({kAllAxes});
   Fit fit(mesh);
   EXPECT_EQ("", fit.Run(Field(mesh.centres.size(), kNaN)));
   EXPECT_TRUE(std::isnan(fit.g.x[1]) && std::isnan(fit.g.y[1]) && std::isnan(fit.g.z[1]));
@@ -619,7 +604,7 @@ TEST(LeastSquares, NaNInTheFieldPrintsNothing) {
 // pieces
 
 TEST(LeastSquares, PartitionWithoutInteriorCellsClearsAndExchanges) {
-  MeshDescription mesh;
+  TestMesh mesh;
   for (int c = 0; c < 3; ++c) mesh.AddOuterCell({1.0 * c, 0.0, 0.0});
   Fit fit(mesh);
   EXPECT_EQ("", fit.Run({0.0, 1.0, 2.0, 3.0}));
@@ -629,14 +614,14 @@ TEST(LeastSquares, PartitionWithoutInteriorCellsClearsAndExchanges) {
 }
 
 TEST(LeastSquares, PartitionWithoutAnyCellsExchanges) {
-  Fit fit{MeshDescription()};
+  Fit fit{TestMesh()};
   EXPECT_EQ(1, fit.result);
   EXPECT_EQ("", fit.Run({0.0}));
   EXPECT_EQ(3u, fit.host.communication.Calls().size());
 }
 
 TEST(LeastSquares, EmptyGroupsMayLendNullOrUnreadableArrays) {
-  MeshDescription const mesh = CellsWithWallNeighbours({kAllAxes});
+  TestMesh const mesh = CellsWithWallNeighbours({kAllAxes});
   for (bool const lendEmptyArrays : {false, true}) {
     Fit fit(mesh, NoExchange(), lendEmptyArrays);
     fit.Run(LinearField(mesh));
@@ -646,7 +631,7 @@ TEST(LeastSquares, EmptyGroupsMayLendNullOrUnreadableArrays) {
 
 TEST(LeastSquares, HighestNumberedCellHasItsPlaceInAllNineArrays) {
   // The last cell is an interior one here; a sanitizer sees an array that ends before it.
-  MeshDescription mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0}, 1.0);
   for (Vector3 const& offset : kAllAxes) mesh.AddInteriorCell(offset, 1.0);
   mesh.inner = {{1, 2, {}, {}, 0.5, 0}, {1, 3, {}, {}, 0.5, 0}, {1, 4, {}, {}, 0.5, 0}};
@@ -657,4 +642,4 @@ TEST(LeastSquares, HighestNumberedCellHasItsPlaceInAllNineArrays) {
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

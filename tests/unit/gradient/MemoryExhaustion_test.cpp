@@ -3,20 +3,21 @@
 #include <new>
 #include <optional>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // Memory may run out at every allocation: the exception is the allocator's, the operator can be destroyed, and nothing
 // stays behind.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 /// The OpenMP runtime starts at the first loop. LLVM's holds a lock then, which it keeps for ever when an exception passes.
 void StartOpenMP() {
-  TestHost host(Box({0, 1}, {0, 1}, {0, 1}));
+  GradientHost host(ClosedBox({0, 1}, {0, 1}, {0, 1}));
   COperatorGradient gradient;
-  host.ConnectTo(gradient);
+  Connect(gradient, host);
   int leastSquares = 1;
   gradient.getGradType(leastSquares);
   gradient.Initialize();
@@ -31,12 +32,12 @@ TEST(GradientWithoutMemory, NoSetUpLeavesAnythingBehind) {
       long const live = LiveAllocations();
       bool threw = false;
       {
-        TestHost host(Box({0, 1, 2}, {0, 1, 2}, {0, 1, 2}));  // what it records is its own
+        GradientHost host(ClosedBox({0, 1, 2}, {0, 1, 2}, {0, 1, 2}));  // what it records is its own
         std::optional<COperatorGradient> gradient;
         FailingAllocation const failing(n);
         try {
           gradient.emplace();
-          host.ConnectTo(*gradient);
+          Connect(*gradient, host);
           gradient->getGradType(type);
           gradient->Initialize();
         } catch (std::bad_alloc const&) {
@@ -52,4 +53,4 @@ TEST(GradientWithoutMemory, NoSetUpLeavesAnythingBehind) {
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

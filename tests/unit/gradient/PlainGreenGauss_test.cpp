@@ -3,28 +3,29 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/SummationOrder.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/gradient/SummationOrder.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
 
 // The plain Green-Gauss gradient: gradient type 0 with a last argument of 1.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-void Compute(TestHost& host, Field const& phi, GuardedGradient& g) {
+void Compute(GradientHost& host, Field const& phi, GuardedGradient& g) {
   ConnectedOperator op(host, 0);
   GuardedArray<double> guardedPhi = Guarded(phi);
   op.gradient.GradMethod(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
 }
 
-GuardedGradient Compute(MeshDescription const& mesh, Field const& phi) {
-  TestHost host(mesh);
+GuardedGradient Compute(TestMesh const& mesh, Field const& phi) {
+  GradientHost host(mesh);
   GuardedGradient g(mesh.NCell());
   Compute(host, phi, g);
   return g;
@@ -33,9 +34,9 @@ GuardedGradient Compute(MeshDescription const& mesh, Field const& phi) {
 TEST(PlainGreenGauss, EqualsItsPlainFormOnRandomMeshes) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    MeshDescription const mesh = RandomMesh(random);
+    TestMesh const mesh = RandomMesh(random);
     Field const phi = TameField(random, mesh);
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, g);
     EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, ExchangeWithItself(mesh)), g)) << seed;
@@ -46,9 +47,9 @@ TEST(PlainGreenGauss, EqualsItsPlainFormOnRandomMeshes) {
 TEST(PlainGreenGauss, EqualsOneIteratedSweep) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    MeshDescription const mesh = RandomMesh(random);
+    TestMesh const mesh = RandomMesh(random);
     Field const phi = TameField(random, mesh);
-    TestHost host(mesh);
+    GradientHost host(mesh);
     ConnectedOperator iterated(host, 7);
     GuardedGradient g(mesh.NCell());
     iterated.gradient.GradMethod(Guarded(phi).Data(), g.x.Data(), g.y.Data(), g.z.Data(), 1);
@@ -59,7 +60,7 @@ TEST(PlainGreenGauss, EqualsOneIteratedSweep) {
 TEST(PlainGreenGauss, HandComputedCellWithOneFaceOfEachKind) {
   // Cell 1 (volume 2) with an inner face to cell 2 and one face each to halo 3, inlet 4, outlet 5, symmetry
   // 6, wall 7.
-  MeshDescription mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({}, 2.0);
   mesh.AddInteriorCell({}, 1.0);
   for (int c = 3; c <= 7; ++c) mesh.AddOuterCell({});
@@ -83,12 +84,12 @@ TEST(PlainGreenGauss, HandComputedCellWithOneFaceOfEachKind) {
 
 TEST(PlainGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
   Random random(3);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   Field const phi = TameField(random, mesh);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   CZYN3DFiniteVolumeMesh& record = host.mesh;
   record.xc = record.yc = record.zc = record.ijxc = record.ijyc = record.ijzc = nullptr;
-  host.gv.PrevGradX = host.gv.PrevGradY = host.gv.PrevGradZ = nullptr;
+  host.globals.PrevGradX = host.globals.PrevGradY = host.globals.PrevGradZ = nullptr;
   GuardedGradient g(mesh.NCell());
   Compute(host, phi, g);
   EXPECT_TRUE(SameBits(PlainGreenGauss(mesh, phi, NoExchange()), g));
@@ -96,9 +97,9 @@ TEST(PlainGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
 
 TEST(PlainGreenGauss, ContentOfTheOutputsBeforeTheCallHasNoInfluence) {
   Random random(4);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   Field const phi = TameField(random, mesh);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   GuardedGradient g(mesh.NCell(), kNaN);
   Compute(host, phi, g);
   EXPECT_TRUE(SameBits(Compute(mesh, phi), g));
@@ -168,7 +169,7 @@ TEST(PlainGreenGauss, ValueThatDoesNotComparePassesTheLimiter) {
 }
 
 TEST(PlainGreenGauss, NaNStaysInTheCellsOfItsFaces) {
-  MeshDescription mesh = TwoCells();
+  TestMesh mesh = TwoCells();
   int const third = mesh.AddInteriorCell({2.0, 0.0, 0.0}, 1.0);
   int const fourth = mesh.AddInteriorCell({3.0, 0.0, 0.0}, 1.0);
   mesh.inner.push_back({third, fourth, {1.0, 0.0, 0.0}, {2.5, 0.0, 0.0}, 0.5, 0});
@@ -197,7 +198,7 @@ TEST(PlainGreenGauss, EveryOtherFaceTypeAddsToBothCells) {
 
 TEST(PlainGreenGauss, PartitionFacesObeyTheirTypes) {
   for (int const type : {0, 1, 2, -1}) {
-    MeshDescription mesh;
+    TestMesh mesh;
     mesh.AddInteriorCell({}, 0.5);
     int const halo = mesh.AddOuterCell({});
     mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {}, 0.25, type});
@@ -212,7 +213,7 @@ TEST(PlainGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThatOrd
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    MeshDescription const mesh = OneCellWithFacesOfAllGroups();
+    TestMesh const mesh = OneCellWithFacesOfAllGroups();
     Field phi = {0.0, 0.0};
     for (int c = 2; c <= 8; ++c) phi.push_back(RoughTerm(random));
     terms.emplace_back(phi.begin() + 2, phi.end());
@@ -224,14 +225,14 @@ TEST(PlainGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThatOrd
 }
 
 TEST(PlainGreenGauss, ZeroVolumeMakesAHugeButFiniteGradient) {
-  MeshDescription mesh = TwoCells();
+  TestMesh mesh = TwoCells();
   mesh.volumes[1] = 0.0;
   EXPECT_EQ(4.0 * (1.0 / 1e-30), Compute(mesh, {0.0, 3.0, 5.0}).x[1]);
 }
 
 TEST(PlainGreenGauss, ScalesByTheReciprocalOfTheVolume) {
   // 5 * (1/3) and 5/3 differ in the last bit: the reciprocal is rounded first.
-  MeshDescription mesh = TwoCells();
+  TestMesh mesh = TwoCells();
   mesh.volumes[1] = 3.0;
   ASSERT_NE(5.0 / 3.0, 5.0 * (1.0 / 3.0));
   EXPECT_EQ(5.0 * (1.0 / 3.0), Compute(mesh, {0.0, 5.0, 5.0}).x[1]);
@@ -239,9 +240,9 @@ TEST(PlainGreenGauss, ScalesByTheReciprocalOfTheVolume) {
 
 TEST(PlainGreenGauss, ExchangesTheThreeOutputsOnce) {
   Random random(7);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   for (bool const nonBlocking : {false, true}) {
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     host.UseNonBlockingExchange(nonBlocking);
     GuardedGradient g(mesh.NCell());
     Compute(host, TameField(random, mesh), g);
@@ -253,7 +254,7 @@ TEST(PlainGreenGauss, ExchangesTheThreeOutputsOnce) {
 
 TEST(PlainGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
   for (bool const lendEmptyArrays : {false, true}) {
-    TestHost host(TwoCells(), NoExchange(), lendEmptyArrays);
+    GradientHost host(TwoCells(), NoExchange(), lendEmptyArrays);
     GuardedGradient g(2);
     Compute(host, {0.0, 3.0, 5.0}, g);
     EXPECT_EQ(4.0, g.x[1]);
@@ -262,9 +263,9 @@ TEST(PlainGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
 }
 
 TEST(PlainGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
-  MeshDescription mesh;
+  TestMesh mesh;
   for (int c = 0; c < 3; ++c) mesh.AddOuterCell({});
-  TestHost host(mesh);
+  GradientHost host(mesh);
   GuardedGradient g(mesh.NCell());
   Compute(host, {0.0, 1.0, 2.0, 3.0}, g);
   EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 0.0), g));
@@ -272,4 +273,4 @@ TEST(PlainGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

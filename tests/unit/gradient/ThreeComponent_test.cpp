@@ -4,15 +4,16 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/SummationOrder.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/gradient/SummationOrder.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
 
 // Plain Green-Gauss of three fields in one call, with its rotation of nine exchanges through four buffers.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 using ThreeFields = std::array<Field, 3>;
@@ -26,35 +27,35 @@ struct ThreeGradients {
   std::array<GuardedGradient, 3> g;
 };
 
-void Compute(TestHost& host, double* phi1, double* phi2, double* phi3, ThreeGradients& g, int type = 0) {
+void Compute(GradientHost& host, double* phi1, double* phi2, double* phi3, ThreeGradients& g, int type = 0) {
   ConnectedOperator op(host, type);
   op.gradient.GradMethod_3(phi1, phi2, phi3, g[0].x.Data(), g[0].y.Data(), g[0].z.Data(), g[1].x.Data(),
                            g[1].y.Data(), g[1].z.Data(), g[2].x.Data(), g[2].y.Data(), g[2].z.Data());
 }
 
-void Compute(TestHost& host, ThreeFields const& phi, ThreeGradients& g, int type = 0) {
+void Compute(GradientHost& host, ThreeFields const& phi, ThreeGradients& g, int type = 0) {
   GuardedArray<double> phi1 = Guarded(phi[0]), phi2 = Guarded(phi[1]), phi3 = Guarded(phi[2]);
   Compute(host, phi1.Data(), phi2.Data(), phi3.Data(), g, type);
 }
 
-ThreeGradients Compute(MeshDescription const& mesh, ThreeFields const& phi, int type = 0) {
-  TestHost host(mesh);
+ThreeGradients Compute(TestMesh const& mesh, ThreeFields const& phi, int type = 0) {
+  GradientHost host(mesh);
   ThreeGradients g(mesh.NCell());
   Compute(host, phi, g, type);
   return g;
 }
 
-ThreeFields TameFields(Random& random, MeshDescription const& mesh) {
+ThreeFields TameFields(Random& random, TestMesh const& mesh) {
   return {TameField(random, mesh), TameField(random, mesh), TameField(random, mesh)};
 }
 
 TEST(ThreeComponentGradient, EqualsItsPlainFormOnRandomMeshes) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    MeshDescription const mesh = RandomMesh(random);
+    TestMesh const mesh = RandomMesh(random);
     ThreeFields const phi = TameFields(random, mesh);
     for (bool const nonBlocking : {false, true}) {
-      TestHost host(mesh, ExchangeWithItself(mesh));
+      GradientHost host(mesh, ExchangeWithItself(mesh));
       host.UseNonBlockingExchange(nonBlocking);
       ThreeGradients g(mesh.NCell());
       Compute(host, phi, g);
@@ -68,9 +69,9 @@ TEST(ThreeComponentGradient, EqualsItsPlainFormOnRandomMeshes) {
 TEST(ThreeComponentGradient, EachGradientEqualsThePlainGradientOfItsFieldBitForBit) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    MeshDescription const mesh = RandomMesh(random);
+    TestMesh const mesh = RandomMesh(random);
     ThreeFields const phi = TameFields(random, mesh);
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     ThreeGradients g(mesh.NCell());
     Compute(host, phi, g);
     for (std::size_t n = 0; n < 3; ++n) {
@@ -134,7 +135,7 @@ TEST(ThreeComponentGradient, EveryOtherFaceTypeChangesBothCells) {
 
 TEST(ThreeComponentGradient, PartitionFacesObeyTheirTypes) {
   for (int const type : {0, 1, 2, -1}) {
-    MeshDescription mesh;
+    TestMesh mesh;
     mesh.AddInteriorCell({}, 0.5);
     int const halo = mesh.AddOuterCell({});
     mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {}, 0.25, type});
@@ -150,9 +151,9 @@ TEST(ThreeComponentGradient, PartitionFacesObeyTheirTypes) {
 
 TEST(ThreeComponentGradient, SameArrayAsFirstAndSecondFieldGivesEqualGradients) {
   Random random(31);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   GuardedArray<double> shared = Guarded(TameField(random, mesh)), third = Guarded(TameField(random, mesh));
-  TestHost host(mesh);
+  GradientHost host(mesh);
   ThreeGradients g(mesh.NCell());
   Compute(host, shared.Data(), shared.Data(), third.Data(), g);
   EXPECT_TRUE(SameBits(g[0], g[1]));
@@ -162,7 +163,7 @@ TEST(ThreeComponentGradient, SameArrayAsFirstAndSecondFieldGivesEqualGradients) 
 TEST(ThreeComponentGradient, GhostCellsOfAllNineOutputsAreExactlyZero) {
   Random random(32);
   for (int n = 0; n < 10; ++n) {
-    MeshDescription const mesh = RandomMesh(random);
+    TestMesh const mesh = RandomMesh(random);
     ThreeGradients g = Compute(mesh, TameFields(random, mesh));
     for (GuardedGradient const& component : g.g) EXPECT_TRUE(GhostsAreZero(mesh, component));
   }
@@ -170,7 +171,7 @@ TEST(ThreeComponentGradient, GhostCellsOfAllNineOutputsAreExactlyZero) {
 
 TEST(ThreeComponentGradient, GradientTypeHasNoInfluence) {
   Random random(33);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   ThreeFields const phi = TameFields(random, mesh);
   ThreeGradients reference = Compute(mesh, phi, 0);
   for (int const type : {1, 2, 3, 7, -1}) {
@@ -181,12 +182,12 @@ TEST(ThreeComponentGradient, GradientTypeHasNoInfluence) {
 
 TEST(ThreeComponentGradient, ReadsNeitherCentresNorThePreviousIterate) {
   Random random(34);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   ThreeFields const phi = TameFields(random, mesh);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   CZYN3DFiniteVolumeMesh& record = host.mesh;
   record.xc = record.yc = record.zc = record.ijxc = record.ijyc = record.ijzc = nullptr;
-  host.gv.PrevGradX = host.gv.PrevGradY = host.gv.PrevGradZ = nullptr;
+  host.globals.PrevGradX = host.globals.PrevGradY = host.globals.PrevGradZ = nullptr;
   ThreeGradients g(mesh.NCell(), std::numeric_limits<double>::quiet_NaN());
   Compute(host, phi, g);
   std::array<Gradient, 3> const expected = ThreeComponentGreenGauss(mesh, phi, NoExchange());
@@ -194,7 +195,7 @@ TEST(ThreeComponentGradient, ReadsNeitherCentresNorThePreviousIterate) {
 }
 
 TEST(ThreeComponentGradient, ZeroVolumeMakesHugeButFiniteGradients) {
-  MeshDescription mesh = TwoCells();
+  TestMesh mesh = TwoCells();
   mesh.volumes[1] = 0.0;
   ThreeGradients g = Compute(mesh, {Field{0.0, 3.0, 5.0}, Field{0.0, 1.0, 1.0}, Field{0.0, 2.0, 4.0}});
   EXPECT_EQ(4.0 * (1.0 / 1e-30), g[0].x[1]);
@@ -206,7 +207,7 @@ TEST(ThreeComponentGradient, AddsInnerPartitionInletOutletSymmetryAndWallFacesIn
   Random random(35);
   std::array<std::vector<std::vector<double>>, 3> terms;
   std::array<std::vector<double>, 3> found;
-  MeshDescription const mesh = OneCellWithFacesOfAllGroups();
+  TestMesh const mesh = OneCellWithFacesOfAllGroups();
   for (int n = 0; n < kSumsForAnOrder; ++n) {
     ThreeFields phi;
     for (Field& field : phi) {
@@ -227,8 +228,8 @@ TEST(ThreeComponentGradient, AddsInnerPartitionInletOutletSymmetryAndWallFacesIn
 }
 
 TEST(ThreeComponentGradient, BlockingExchangeTakesTheNineOutputsInTheirOrder) {
-  MeshDescription const mesh = TwoCells();
-  TestHost host(mesh);
+  TestMesh const mesh = TwoCells();
+  GradientHost host(mesh);
   ThreeGradients g(mesh.NCell());
   Compute(host, {Field(3, 1.0), Field(3, 2.0), Field(3, 3.0)}, g);
   std::vector<ExchangeCall> expected;
@@ -239,8 +240,8 @@ TEST(ThreeComponentGradient, BlockingExchangeTakesTheNineOutputsInTheirOrder) {
 }
 
 TEST(ThreeComponentGradient, NonBlockingExchangeRotatesTheNineOutputsThroughFourBuffers) {
-  MeshDescription const mesh = TwoCells();
-  TestHost host(mesh);
+  TestMesh const mesh = TwoCells();
+  GradientHost host(mesh);
   host.UseNonBlockingExchange(true);
   ThreeGradients g(mesh.NCell());
   Compute(host, {Field(3, 1.0), Field(3, 2.0), Field(3, 3.0)}, g);
@@ -263,9 +264,9 @@ TEST(ThreeComponentGradient, NonBlockingExchangeRotatesTheNineOutputsThroughFour
 
 TEST(ThreeComponentGradient, BlockingAndNonBlockingExchangesGiveTheSameBits) {
   Random random(36);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   ThreeFields const phi = TameFields(random, mesh);
-  TestHost blocking(mesh, ExchangeWithItself(mesh)), nonBlocking(mesh, ExchangeWithItself(mesh));
+  GradientHost blocking(mesh, ExchangeWithItself(mesh)), nonBlocking(mesh, ExchangeWithItself(mesh));
   nonBlocking.UseNonBlockingExchange(true);
   ThreeGradients a(mesh.NCell()), b(mesh.NCell());
   Compute(blocking, phi, a);
@@ -275,7 +276,7 @@ TEST(ThreeComponentGradient, BlockingAndNonBlockingExchangesGiveTheSameBits) {
 
 TEST(ThreeComponentGradient, EmptyGroupsMayLendNullOrUnreadableArrays) {
   for (bool const lendEmptyArrays : {false, true}) {
-    TestHost host(TwoCells(), NoExchange(), lendEmptyArrays);
+    GradientHost host(TwoCells(), NoExchange(), lendEmptyArrays);
     ThreeGradients g(2);
     Compute(host, {Field{0.0, 3.0, 5.0}, Field{0.0, 1.0, 1.0}, Field{0.0, 2.0, 4.0}}, g);
     EXPECT_EQ(4.0, g[0].x[1]);
@@ -285,9 +286,9 @@ TEST(ThreeComponentGradient, EmptyGroupsMayLendNullOrUnreadableArrays) {
 }
 
 TEST(ThreeComponentGradient, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
-  MeshDescription mesh;
+  TestMesh mesh;
   for (int c = 0; c < 3; ++c) mesh.AddOuterCell({});
-  TestHost host(mesh);
+  GradientHost host(mesh);
   ThreeGradients g(mesh.NCell());
   Compute(host, {Field(4, 1.0), Field(4, 2.0), Field(4, 3.0)}, g);
   for (std::size_t n = 0; n < 3; ++n) EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 0.0), g[n]));
@@ -295,4 +296,4 @@ TEST(ThreeComponentGradient, PartitionWithoutInteriorCellsStillClearsAndExchange
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

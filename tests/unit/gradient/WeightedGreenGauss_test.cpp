@@ -3,28 +3,30 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/PlainForm.h"
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/gradient/SummationOrder.h"
-#include "tests/unit/gradient/TestHost.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/gradient/ConnectedOperator.h"
+#include "tests/support/gradient/PlainForm.h"
+#include "tests/support/gradient/SummationOrder.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
 
 // The Green-Gauss gradient whose face values are weighted harmonically by a cell coefficient k.
 
-namespace gradient_test {
+namespace zyn_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-void Compute(TestHost& host, Field const& phi, Field const& k, GuardedGradient& g, int type = 0, int n = 1) {
+void Compute(GradientHost& host, Field const& phi, Field const& k, GuardedGradient& g, int type = 0,
+             int n = 1) {
   ConnectedOperator op(host, type);
   GuardedArray<double> guardedPhi = Guarded(phi), guardedK = Guarded(k);
   op.gradient.GradMethod_Weighted(guardedPhi.Data(), g.x.Data(), g.y.Data(), g.z.Data(), guardedK.Data(), n);
 }
 
-GuardedGradient Compute(MeshDescription const& mesh, Field const& phi, Field const& k, int type = 0,
-                        int n = 1) {
-  TestHost host(mesh);
+GuardedGradient Compute(TestMesh const& mesh, Field const& phi, Field const& k, int type = 0, int n = 1) {
+  GradientHost host(mesh);
   GuardedGradient g(mesh.NCell());
   Compute(host, phi, k, g, type, n);
   return g;
@@ -38,9 +40,9 @@ double FaceValue(double phiCv, double phiOther, double weight, double kCv, doubl
 TEST(WeightedGreenGauss, EqualsItsPlainFormOnRandomMeshes) {
   for (std::uint64_t seed = 1; seed <= 20; ++seed) {
     Random random(seed);
-    MeshDescription const mesh = RandomMesh(random);
+    TestMesh const mesh = RandomMesh(random);
     Field const phi = TameField(random, mesh), k = TameField(random, mesh);
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, k, g);
     EXPECT_TRUE(SameBits(WeightedGreenGauss(mesh, phi, k, ExchangeWithItself(mesh)), g)) << seed;
@@ -66,7 +68,7 @@ TEST(WeightedGreenGauss, ConstantCoefficientGivesTheLinearValueUpToRounding) {
 
 TEST(WeightedGreenGauss, ConstantCoefficientAgreesWithThePlainGradient) {
   Random random(3);
-  MeshDescription const mesh = Box({0, 1, 3, 4}, {0, 2, 3}, {0, 1, 2});
+  TestMesh const mesh = ClosedBox({0, 1, 3, 4}, {0, 2, 3}, {0, 1, 2});
   Field const phi = TameField(random, mesh), k(mesh.centres.size(), 2.5);
   GuardedGradient const weighted = Compute(mesh, phi, k);
   Gradient const plain = PlainGreenGauss(mesh, phi, NoExchange());
@@ -136,7 +138,7 @@ TEST(WeightedGreenGauss, OrderOfOperationsInTheFaceValueIsTheStatedOne) {
 }
 
 TEST(WeightedGreenGauss, PartitionFacesAreWeightedWithTheirOwnLamdaAndTheHaloCoefficient) {
-  MeshDescription mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({}, 1.0);
   int const halo = mesh.AddOuterCell({});
   mesh.partition.push_back({1, halo, {1.0, 0.0, 0.0}, {}, 0.5, 0});
@@ -146,7 +148,7 @@ TEST(WeightedGreenGauss, PartitionFacesAreWeightedWithTheirOwnLamdaAndTheHaloCoe
 }
 
 TEST(WeightedGreenGauss, BoundaryFacesAreNotWeighted) {
-  MeshDescription mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({}, 1.0);
   for (int c = 2; c <= 5; ++c) mesh.AddOuterCell({});
   mesh.inlet.push_back({1, 2, {1.0, 0.0, 0.0}, {}, 0.5, 0});
@@ -169,7 +171,7 @@ TEST(WeightedGreenGauss, FaceTypesDecideWhoFeelsTheFace) {
 
 TEST(WeightedGreenGauss, PartitionFaceTypesDecideWhoFeelsTheFace) {
   for (int const type : {0, 1, 2, -1}) {
-    MeshDescription mesh;
+    TestMesh mesh;
     mesh.AddInteriorCell({}, 1.0);
     int const halo = mesh.AddOuterCell({});
     mesh.partition.push_back({1, halo, {1.0, 2.0, 4.0}, {}, 0.5, type});
@@ -184,7 +186,7 @@ TEST(WeightedGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThat
   std::vector<std::vector<double>> terms;
   std::vector<double> found;
   for (int n = 0; n < kSumsForAnOrder; ++n) {
-    MeshDescription const mesh = OneCellWithFacesOfAllGroups();
+    TestMesh const mesh = OneCellWithFacesOfAllGroups();
     Field phi = {0.0, 0.0};
     for (int c = 2; c <= 8; ++c) phi.push_back(RoughTerm(random));
     terms.emplace_back(phi.begin() + 2, phi.end());
@@ -196,7 +198,7 @@ TEST(WeightedGreenGauss, AddsInnerPartitionInletOutletSymmetryAndWallFacesInThat
 }
 
 TEST(WeightedGreenGauss, ZeroVolumeIsNotGuarded) {
-  MeshDescription mesh = TwoCells();
+  TestMesh mesh = TwoCells();
   mesh.volumes[1] = 0.0;
   mesh.inner[0].area.z = 0.0;
   GuardedGradient const g = Compute(mesh, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0});
@@ -207,14 +209,14 @@ TEST(WeightedGreenGauss, ZeroVolumeIsNotGuarded) {
 
 TEST(WeightedGreenGauss, VolumesAreTakenWithoutTheGuardOfThePlainForm) {
   // With a volume of 1e-30 the guard would halve the result.
-  MeshDescription mesh = TwoCells(1.0);
+  TestMesh mesh = TwoCells(1.0);
   mesh.volumes[1] = 1e-30;
   EXPECT_EQ(5.0 * (1.0 / 1e-30), Compute(mesh, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0}).x[1]);
 }
 
 TEST(WeightedGreenGauss, LastArgumentHasNoEffect) {
   Random random(8);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   ASSERT_FALSE(mesh.inner.empty() || mesh.partition.empty());
   Field const phi = TameField(random, mesh), k = TameField(random, mesh);
   GuardedGradient const reference = Compute(mesh, phi, k, 0, 1);
@@ -223,7 +225,7 @@ TEST(WeightedGreenGauss, LastArgumentHasNoEffect) {
 
 TEST(WeightedGreenGauss, GradientTypeHasNoInfluence) {
   Random random(8);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   ASSERT_FALSE(mesh.inner.empty() || mesh.partition.empty());
   Field const phi = TameField(random, mesh), k = TameField(random, mesh);
   GuardedGradient const reference = Compute(mesh, phi, k);
@@ -233,12 +235,12 @@ TEST(WeightedGreenGauss, GradientTypeHasNoInfluence) {
 
 TEST(WeightedGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
   Random random(8);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   Field const phi = TameField(random, mesh), k = TameField(random, mesh);
-  TestHost host(mesh);
+  GradientHost host(mesh);
   CZYN3DFiniteVolumeMesh& record = host.mesh;
   record.xc = record.yc = record.zc = record.ijxc = record.ijyc = record.ijzc = nullptr;
-  host.gv.PrevGradX = host.gv.PrevGradY = host.gv.PrevGradZ = nullptr;
+  host.globals.PrevGradX = host.globals.PrevGradY = host.globals.PrevGradZ = nullptr;
   GuardedGradient g(mesh.NCell(), kNaN);
   Compute(host, phi, k, g);
   EXPECT_TRUE(SameBits(WeightedGreenGauss(mesh, phi, k, NoExchange()), g));
@@ -246,10 +248,10 @@ TEST(WeightedGreenGauss, ReadsNeitherCentresNorThePreviousIterate) {
 
 TEST(WeightedGreenGauss, ExchangesTheThreeOutputsOnce) {
   Random random(9);
-  MeshDescription const mesh = RandomMesh(random);
+  TestMesh const mesh = RandomMesh(random);
   Field const phi = TameField(random, mesh);
   for (bool const nonBlocking : {false, true}) {
-    TestHost host(mesh, ExchangeWithItself(mesh));
+    GradientHost host(mesh, ExchangeWithItself(mesh));
     host.UseNonBlockingExchange(nonBlocking);
     GuardedGradient g(mesh.NCell());
     Compute(host, phi, phi, g);
@@ -261,7 +263,7 @@ TEST(WeightedGreenGauss, ExchangesTheThreeOutputsOnce) {
 
 TEST(WeightedGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
   for (bool const lendEmptyArrays : {false, true}) {
-    TestHost host(TwoCells(1.0), NoExchange(), lendEmptyArrays);
+    GradientHost host(TwoCells(1.0), NoExchange(), lendEmptyArrays);
     GuardedGradient g(2);
     Compute(host, {0.0, 3.0, 5.0}, {0.0, 1.0, 1.0}, g);
     EXPECT_EQ(5.0, g.x[1]);
@@ -270,9 +272,9 @@ TEST(WeightedGreenGauss, EmptyGroupsMayLendNullOrUnreadableArrays) {
 }
 
 TEST(WeightedGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
-  MeshDescription mesh;
+  TestMesh mesh;
   for (int c = 0; c < 3; ++c) mesh.AddOuterCell({});
-  TestHost host(mesh);
+  GradientHost host(mesh);
   GuardedGradient g(mesh.NCell());
   Compute(host, {0.0, 1.0, 2.0, 3.0}, {0.0, 1.0, 1.0, 1.0}, g);
   EXPECT_TRUE(SameBits(GuardedGradient(mesh.NCell(), 0.0), g));
@@ -280,4 +282,4 @@ TEST(WeightedGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
 }
 
 }  // namespace
-}  // namespace gradient_test
+}  // namespace zyn_test

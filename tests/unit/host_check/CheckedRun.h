@@ -12,7 +12,7 @@
 #include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/host_check/LentFaces.h"
 
-/// What one partition lends, each pointer to be replaced by a test that breaks it.
+/// What one partition lends. A test breaks it by replacing pointers.
 struct LentHost {
   CZYN3DFiniteVolumeMesh* mesh = nullptr;
   CPartitionFace_DLL* partitionFaces = nullptr;
@@ -21,7 +21,7 @@ struct LentHost {
   CZyn3dGV* globals = nullptr;
 };
 
-/// A mesh in partitions that are threads, complete and sound until a test changes something.
+/// A mesh in partitions, each a thread, complete and sound until a test changes something.
 class CheckedRun {
  public:
   CheckedRun(reference_host::FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts)
@@ -36,7 +36,7 @@ class CheckedRun {
     reference_host::RunInProcess(group_, [this](int p) { partitions[p]->CompleteHalo(*communications[p]); });
   }
 
-  /// Collective over the threads; one report a partition.
+  /// Collective over the threads; one report per partition.
   std::vector<host_check::HostCheckReport> Check(host_check::HostCheckOptions const& options = {}) {
     std::vector<host_check::HostCheckReport> reports(lent.size());
     reference_host::RunInProcess(group_, [&](int p) {
@@ -69,14 +69,14 @@ class CheckedRun {
   reference_host::InProcessGroup group_;
 };
 
-/// All that a report says, for the message of a failing test.
+/// The whole report as text, for the message of a failing test.
 inline std::string TextOf(host_check::HostCheckReport const& report) {
   std::ostringstream out;
   report.Print(out);
   return out.str();
 }
 
-/// Whether a breach of the kind is told with the entity and with the words in its text.
+/// Whether the report has a breach of the kind with the entity and with the words in its text.
 inline bool Tells(host_check::HostCheckReport const& report, host_check::HostBreach kind, int entity,
                   std::string const& words) {
   for (auto const& entry : report.Told()) {

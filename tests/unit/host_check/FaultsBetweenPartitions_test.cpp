@@ -10,6 +10,7 @@
 #include <sstream>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/host_check/FaultyCommunication.h"
 #include "tests/unit/reference_host/TestMeshes.h"
@@ -37,7 +38,7 @@ class FaultsBetweenPartitions : public testing::Test {
   LentFaces& Faces(int p = kBroken) { return *run_.faces[p]; }
   FaultyCommunication& Exchange(int p = kBroken) { return *faulty_[p]; }
 
-  /// Checks, and expects the breach to be told by the broken partition.
+  /// Runs the check and expects the broken partition to report the breach.
   std::vector<HostCheckReport> ExpectTold(HostBreach kind, int entity, std::string const& words) {
     std::vector<HostCheckReport> reports = run_.Check();
     EXPECT_TRUE(Tells(reports[kBroken], kind, entity, words))
@@ -55,7 +56,7 @@ class FaultsBetweenPartitions : public testing::Test {
     ExpectNothing(reports[2]);
   }
 
-  /// Lets every partition's AllMin be replaced by one made for it of the real one.
+  /// Replaces every partition's AllMin by one that is made from the real one.
   using AllMin = std::function<void(int&)>;
   void ReplaceReductions(std::function<AllMin(int part, AllMin real)> const& make) {
     for (int p = 0; p < 3; ++p) {
@@ -103,18 +104,17 @@ TEST_F(FaultsBetweenPartitions, GhostCellThatIsAlsoAHaloCellIsTold) {
   ExpectTold(HostBreach::GhostNamedTwice, ghost, "beyond wall face 1 and beyond partition face 4");
 }
 
-// The halo cells need room, too: without them the count would fit.
+// The halo cells need room, too; without them, the count would fit.
 TEST_F(FaultsBetweenPartitions, BoundaryCountThatLeavesNoRoomForHaloCellsIsTold) {
-  for (int CZYN3DFiniteVolumeMesh::*count :
-       {&CZYN3DFiniteVolumeMesh::NWall, &CZYN3DFiniteVolumeMesh::NInlet, &CZYN3DFiniteVolumeMesh::NOutlet,
-        &CZYN3DFiniteVolumeMesh::NSymmetry}) {
-    ++(Mesh().*count);
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (!IsBoundary(members.kind)) continue;
+    ++(Mesh().*members.count);
     auto const reports =
         ExpectTold(HostBreach::BadCount, 0, "halo cells that ijPar names are more than NCell");
     EXPECT_EQ(reports[0].Count(), 0) << TextOf(reports[0]);
     ASSERT_EQ(reports[0].Notes().size(), 1u);
     EXPECT_NE(reports[0].Notes()[0].find("another partition"), std::string::npos);
-    --(Mesh().*count);
+    --(Mesh().*members.count);
   }
 }
 
@@ -303,7 +303,7 @@ TEST_F(FaultsBetweenPartitions, ExchangeBeyondTheLastCellIsTold) {
 
 // ---- non-blocking exchange
 
-/// Takes the halo values that a real wait brings away from the field and brings them at the next call.
+/// Withholds the halo values of a real wait and delivers them at the next call.
 struct LateDelivery {
   int nInner, nCell;
   std::vector<std::function<void()>> late;
@@ -339,7 +339,7 @@ TEST_F(FaultsBetweenPartitions, WaitThatReturnsEarlyIsTold) {
 }
 
 TEST_F(FaultsBetweenPartitions, WaitThatDoesNotLookAtTheBufferIsTold) {
-  // What was started first is delivered first, whatever is waited for.
+  // Delivers the exchange that was started first, whichever is waited for.
   struct Queue {
     std::deque<std::vector<double>> fields;
   };
@@ -360,7 +360,7 @@ TEST_F(FaultsBetweenPartitions, WaitThatDoesNotLookAtTheBufferIsTold) {
 }
 
 TEST_F(FaultsBetweenPartitions, BufferThatKeepsItsFirstArrayIsTold) {
-  // As with persistent requests that are bound to the address of the first field.
+  // Like persistent requests that are bound to the address of the first field.
   std::array<double*, 4> bound{};
   Exchange().start = [&bound, real = Exchange().start](double* field, ZYNNonBlockingBufferId id) {
     if (bound[id] == nullptr) bound[id] = field;
@@ -430,7 +430,7 @@ TEST_F(FaultsBetweenPartitions, MinimumThatIsOnlyTheOwnValueIsTold) {
   ReplaceReductions([](int, AllMin const& real) -> AllMin {
     return [=](int& value) {
       int answer = value;
-      real(answer);  // and forgets to hand it on
+      real(answer);  // and does not return it
     };
   });
   auto const reports = run_.Check();

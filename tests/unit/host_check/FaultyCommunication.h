@@ -6,7 +6,7 @@
 #include "host/ZYNCom.h"
 #include "host/ZYNCommunication.h"
 
-/// An exchange that does what the real one does until an operation is replaced.
+/// An exchange that works like the real one until a test replaces an operation.
 class FaultyCommunication : public CCommunication {
  public:
   explicit FaultyCommunication(CCommunication& real)
@@ -22,7 +22,7 @@ class FaultyCommunication : public CCommunication {
   std::function<void(double*, ZYNNonBlockingBufferId)> start, wait;
 };
 
-/// A reduction that is replaced altogether.
+/// A reduction that a test replaces.
 class FaultyReduction : public CZYNCom {
  public:
   explicit FaultyReduction(std::function<void(int&)> allMin) : allMin_(std::move(allMin)) {}

@@ -50,7 +50,7 @@ TEST(GuideExample, AllPartitionsGoOnOrAllStop) {
             "rank 1: [bad-volume] interior cell 3 has the volume 0\n");
 }
 
-/// Without blanks and line ends.
+/// The text without blanks and line breaks.
 std::string Squeezed(std::string const& text) {
   std::string result;
   for (char const c : text)
@@ -70,7 +70,7 @@ TEST(GuideExample, IsTheCodeOfTheGuide) {
   std::size_t const begin = source.find("// begin\n") + 9, end = source.find("// end\n");
   ASSERT_LT(begin, end);
   EXPECT_NE(
-      Squeezed(ContentOf(data + "/../../docs/porting.md")).find(Squeezed(source.substr(begin, end - begin))),
+      Squeezed(ContentOf(data + "/../../docs/use/porting.md")).find(Squeezed(source.substr(begin, end - begin))),
       std::string::npos);
 }
 

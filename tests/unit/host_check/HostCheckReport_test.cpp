@@ -113,9 +113,9 @@ TEST(HostBreach, NamesAreAllDifferent) {
   EXPECT_STREQ(NameOf(HostBreach::NonBlockingDiffers), "non-blocking-differs");
 }
 
-// The guide for solver authors explains every message, under its name.
+// The guide for solver authors explains every message under its name.
 TEST(HostBreach, EveryKindIsExplainedInTheGuide) {
-  std::ifstream file(ZYN_TEST_DATA "/../../docs/porting.md");
+  std::ifstream file(ZYN_TEST_DATA "/../../docs/use/porting.md");
   ASSERT_TRUE(file.is_open());
   std::string const guide((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   for (int k = 0; k < host_check::kHostBreaches; ++k) {

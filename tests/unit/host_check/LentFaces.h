@@ -2,7 +2,7 @@
 
 #include "host/Zyn3dGV.h"
 
-/// Partition faces whose every answer can be replaced: at first those of another object.
+/// Partition faces with the arrays of another object, each of which a test can replace.
 class LentFaces : public CPartitionFace_DLL {
  public:
   explicit LentFaces(CPartitionFace_DLL& from)

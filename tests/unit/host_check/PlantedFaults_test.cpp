@@ -5,8 +5,11 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
@@ -21,15 +24,15 @@ using Mesh = CZYN3DFiniteVolumeMesh;
 double const kNan = std::numeric_limits<double>::quiet_NaN();
 double const kInfinity = std::numeric_limits<double>::infinity();
 
-/// The kinds of fault that are planted in a mesh of moved hexahedra, 3 x 3 x 3, on one partition.
+/// A fault to plant in a mesh of 3 x 3 x 3 perturbed hexahedra on one partition.
 struct Fault {
   char const* name;
   HostBreach kind;
-  char const* words;                    ///< part of what must be told
-  std::function<int(LentHost&)> plant;  ///< breaks the host; gives the entity that must be told
+  char const* words;                    ///< part of the expected message
+  std::function<int(LentHost&)> plant;  ///< breaks the host; returns the entity that must be reported
 };
 
-/// A fault of the mesh record, about an entity of a number known before.
+/// A fault of the mesh record at an entity with a fixed number.
 Fault InMesh(char const* name, HostBreach kind, int entity, char const* words,
              std::function<void(Mesh&)> const& plant) {
   return {name, kind, words, [=](LentHost& host) {
@@ -47,7 +50,7 @@ Fault InGlobals(char const* name, HostBreach kind, char const* words,
           }};
 }
 
-/// The number of a node that no face of the boundary has.
+/// The number of a node in no boundary face.
 int InnerNode(Mesh const& m) {
   for (int n = 1; n <= m.NNode; ++n) {
     bool isInner = true;
@@ -65,7 +68,7 @@ int ForeignNode(Mesh const& m, int c) {
   }
 }
 
-/// An entry of the cell's rows that is an inner face, or one that is not.
+/// The position in the cell's rows of an inner face, or of one that is not.
 int EntryOf(Mesh const& m, int c, bool isInner) {
   for (int k = 1;; ++k)
     if ((m.CellFaceType[c][k] == 0) == isInner) return k;
@@ -77,11 +80,12 @@ void Flip(double* x, double* y, double* z, int f) {
   z[f] = -z[f];
 }
 
-/// Moves the centre of an inner face by parts of a cell (of 1/3), along its area vector and at right angles to it.
+/// Moves the centre of an inner face by fractions of a cell (of 1/3), along its area vector and perpendicular
+/// to it.
 void MoveCentre(Mesh& m, int f, double forwards, double sideways) {
   double const area = std::hypot(m.ijSx[f], m.ijSy[f], m.ijSz[f]);
   double const n[] = {m.ijSx[f] / area, m.ijSy[f] / area, m.ijSz[f] / area};
-  int across = 0;  // the axis that the face faces least, made normal to the area vector
+  int across = 0;  // the axis most nearly parallel to the face, made perpendicular to the area vector
   for (int i = 1; i < 3; ++i)
     if (std::abs(n[i]) < std::abs(n[across])) across = i;
   double* const centre[] = {m.ijxc, m.ijyc, m.ijzc};
@@ -92,13 +96,48 @@ void MoveCentre(Mesh& m, int f, double forwards, double sideways) {
   }
 }
 
-/// The components of the area vectors, with their counts.
-std::vector<std::pair<double*, int>> AllAreas(Mesh& m) {
-  return {{m.ijSx, m.NInnerFaces},       {m.ijSy, m.NInnerFaces},       {m.ijSz, m.NInnerFaces},
-          {m.ijWallSx, m.NWall},         {m.ijWallSy, m.NWall},         {m.ijWallSz, m.NWall},
-          {m.ijInletSx, m.NInlet},       {m.ijInletSy, m.NInlet},       {m.ijInletSz, m.NInlet},
-          {m.ijOutletSx, m.NOutlet},     {m.ijOutletSy, m.NOutlet},     {m.ijOutletSz, m.NOutlet},
-          {m.ijSymmetrySx, m.NSymmetry}, {m.ijSymmetrySy, m.NSymmetry}, {m.ijSymmetrySz, m.NSymmetry}};
+void ScaleAreas(Mesh& m, double factor) {
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (members.kind == FaceKind::Partition) continue;
+    for (double* const component : {m.*members.sx, m.*members.sy, m.*members.sz}) {
+      for (int f = 1; f <= m.*members.count; ++f) component[f] *= factor;
+    }
+  }
+}
+
+/// All arrays that the record of a host without partition faces lends, by name.
+std::vector<std::pair<std::string, void*>> AllArrays(Mesh const& m) {
+  std::vector<std::pair<std::string, void*>> arrays = {{"xn", m.xn},
+                                                       {"yn", m.yn},
+                                                       {"zn", m.zn},
+                                                       {"xc", m.xc},
+                                                       {"yc", m.yc},
+                                                       {"zc", m.zc},
+                                                       {"Volume", m.Volume},
+                                                       {"CellCell", m.CellCell},
+                                                       {"CellLnods", m.CellLnods},
+                                                       {"CellLnodsNumber", m.CellLnodsNumber},
+                                                       {"CellFace", m.CellFace},
+                                                       {"CellFaceType", m.CellFaceType},
+                                                       {"NodeCell", m.NodeCell},
+                                                       {"Lamda", m.Lamda},
+                                                       {"FaceType", m.FaceType}};
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (members.kind == FaceKind::Partition) continue;
+    auto const add = [&](char const* ending, void* array) {
+      arrays.emplace_back(std::string(members.prefix) + ending, array);
+    };
+    add("CV", m.*members.cv);
+    add("", m.*members.other);
+    add("Sx", m.*members.sx);
+    add("Sy", m.*members.sy);
+    add("Sz", m.*members.sz);
+    add("xc", m.*members.xc);
+    add("yc", m.*members.yc);
+    add("zc", m.*members.zc);
+    add("Lnods", m.*members.nodes);
+  }
+  return arrays;
 }
 
 std::vector<Fault> CountFaults() {
@@ -298,15 +337,9 @@ std::vector<Fault> GeometryFaults() {
       InMesh("RowsOfNodesOfTwoFacesExchanged", HostBreach::FaceCentreAway, 1, "of inlet face 1 lies away",
              [](Mesh& m) { std::swap(m.ijInletLnods[1], m.ijInletLnods[2]); }),
       InMesh("AreasOfAnotherUnit", HostBreach::AreaDisagrees, 20, "but its nodes span",
-             [](Mesh& m) {
-               for (auto const& [s, n] : AllAreas(m))
-                 for (int f = 1; f <= n; ++f) s[f] *= 1.3;
-             }),
+             [](Mesh& m) { ScaleAreas(m, 1.3); }),
       InMesh("AreasOfHalfTheLength", HostBreach::AreaDisagrees, 20, "but its nodes span",
-             [](Mesh& m) {
-               for (auto const& [s, n] : AllAreas(m))
-                 for (int f = 1; f <= n; ++f) s[f] *= 0.5;
-             }),
+             [](Mesh& m) { ScaleAreas(m, 0.5); }),
       InMesh("CellCentreMoved", HostBreach::CellCentreAway, 14, "lies outside the cell, beyond",
              [](Mesh& m) { m.xc[14] += 0.6 / 3; }),
       InMesh("VolumesTooLargeInCommon", HostBreach::VolumeDisagrees, 0, "the volumes are 1.",
@@ -392,7 +425,7 @@ std::vector<Fault> CellRowFaults() {
              [](Mesh& m) { m.CellCell[12][0] = 8; }),
       InMesh("CellCellRowFromZero", HostBreach::RowLength, 27, "the CellCell row of cell 27 has the length",
              [](Mesh& m) {
-               // As a table of rows counted from 0 would have it: the first neighbour where the length is read.
+               // Like a table of 0-based rows: the first neighbour in place of the length.
                for (int k = 0; k < 6; ++k) m.CellCell[27][k] = m.CellCell[27][k + 1];
              }),
       InMesh("NeighbourMissing", HostBreach::RowEntryMissing, 13, "the CellCell row of cell 13 lacks",
@@ -478,7 +511,7 @@ std::vector<Fault> NodeFaults() {
        [](LentHost& host) {
          Mesh& m = *host.mesh;
          int const n = m.ijSymmetryLnods[1][1];
-         --m.NodeCell[n][0];  // ghost cells stand behind the interior ones
+         --m.NodeCell[n][0];  // ghost cells come after the interior ones
          return n;
        }},
       {"NodeCellWithSomeInteriorCells", HostBreach::RowEntryMissing, "lacks interior cell",
@@ -629,68 +662,24 @@ TEST_P(PlantedFaults, AreToldWithTheirEntity) {
 INSTANTIATE_TEST_SUITE_P(OnOnePartition, PlantedFaults, testing::ValuesIn(AllFaults()),
                          [](auto const& test) { return std::string(test.param.name); });
 
-// Whatever the record lends may be the array that a work array was taken for.
+// A work array may overlap any array of the record.
 TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   CZyn3dGV& g = *run.lent[0].globals;
   Mesh const& m = *run.lent[0].mesh;
-  std::vector<std::pair<char const*, void*>> const arrays = {{"xn", m.xn},
-                                                             {"yn", m.yn},
-                                                             {"zn", m.zn},
-                                                             {"xc", m.xc},
-                                                             {"yc", m.yc},
-                                                             {"zc", m.zc},
-                                                             {"Lamda", m.Lamda},
-                                                             {"Volume", m.Volume},
-                                                             {"ijInlet", m.ijInlet},
-                                                             {"ijOutlet", m.ijOutlet},
-                                                             {"ijWall", m.ijWall},
-                                                             {"ijSymmetry", m.ijSymmetry},
-                                                             {"ijInletCV", m.ijInletCV},
-                                                             {"ijOutletCV", m.ijOutletCV},
-                                                             {"ijWallCV", m.ijWallCV},
-                                                             {"ijSymmetryCV", m.ijSymmetryCV},
-                                                             {"ijWallSx", m.ijWallSx},
-                                                             {"ijInletSy", m.ijInletSy},
-                                                             {"ijOutletSz", m.ijOutletSz},
-                                                             {"ijSymmetrySx", m.ijSymmetrySx},
-                                                             {"CellCell", m.CellCell},
-                                                             {"CellLnods", m.CellLnods},
-                                                             {"CellFace", m.CellFace},
-                                                             {"CellFaceType", m.CellFaceType},
-                                                             {"CellLnodsNumber", m.CellLnodsNumber},
-                                                             {"ijInletxc", m.ijInletxc},
-                                                             {"ijWallyc", m.ijWallyc},
-                                                             {"ijSymmetryzc", m.ijSymmetryzc},
-                                                             {"ijOutletxc", m.ijOutletxc},
-                                                             {"ijLnods", m.ijLnods},
-                                                             {"ijWallLnods", m.ijWallLnods},
-                                                             {"ijInletLnods", m.ijInletLnods},
-                                                             {"ijSymmetryLnods", m.ijSymmetryLnods},
-                                                             {"ijOutletLnods", m.ijOutletLnods},
-                                                             {"NodeCell", m.NodeCell},
-                                                             {"ijCV", m.ijCV},
-                                                             {"ij", m.ij},
-                                                             {"ijSx", m.ijSx},
-                                                             {"ijSy", m.ijSy},
-                                                             {"ijSz", m.ijSz},
-                                                             {"ijxc", m.ijxc},
-                                                             {"ijyc", m.ijyc},
-                                                             {"ijzc", m.ijzc},
-                                                             {"FaceType", m.FaceType}};
   double* const own = g.PrevGradX;
-  for (auto const& [name, array] : arrays) {
-    // One element in: equal pointers would be found by a simpler comparison.
+  for (auto const& [name, array] : AllArrays(m)) {
+    // Offset by one element, because a simpler comparison would find equal pointers.
     g.PrevGradX = static_cast<double*>(array) + 1;
     HostCheckReport const report = run.Check()[0];
-    std::string const words = std::string("PrevGradX, which is overwritten, and ") + name + " share memory";
+    std::string const words = "PrevGradX, which is overwritten, and " + name + " share memory";
     EXPECT_TRUE(Tells(report, HostBreach::ArraysOverlap, 0, words)) << name << '\n' << TextOf(report);
   }
   g.PrevGradX = own;
   EXPECT_EQ(run.Check()[0].Count(), 0);
 }
 
-// Arrays that the counts cannot be true of are not read, whichever they are: here they are not even there.
+// If the counts contradict each other, no array is read; here the arrays do not even exist.
 TEST(PlantedFault, ContradictionOfCountsKeepsArraysFromBeingRead) {
   CheckedRun run(HexBox(3, 3, 3));
   Mesh& m = *run.lent[0].mesh;
@@ -705,7 +694,7 @@ TEST(PlantedFault, ContradictionOfCountsKeepsArraysFromBeingRead) {
   EXPECT_EQ(report.Notes()[0], "no array was read: the counts do not tell how long they are");
 }
 
-// A factor that all volumes have in common is one breach, and a cell that is off besides is told with its number.
+// A factor common to all volumes is one breach; a cell with another deviation is reported with its number.
 TEST(PlantedFault, CommonFactorOfVolumesIsToldOnce) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   Mesh& m = *run.lent[0].mesh;
@@ -717,7 +706,7 @@ TEST(PlantedFault, CommonFactorOfVolumesIsToldOnce) {
   EXPECT_TRUE(Tells(report, HostBreach::VolumeDisagrees, 5, "interior cell 5 has the volume"));
 }
 
-// One fault must not drown in its consequences.
+// The consequences of a fault must not be reported, too.
 TEST(PlantedFault, IsToldAlone) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   Mesh& m = *run.lent[0].mesh;
@@ -728,7 +717,7 @@ TEST(PlantedFault, IsToldAlone) {
   EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
 }
 
-// Many faults at once, of any number: nothing may be read outside an array, which the sanitizers would tell.
+// Many faults at once: nothing may be read outside an array, which the sanitizers would report.
 TEST(PlantedFault, HundredsAtOnceAreSurvived) {
   for (unsigned seed = 1; seed <= 60; ++seed) {
     CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07, false, seed));

@@ -1,18 +1,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
 #include "reference_host/MeshReader.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/Vector3.h"
 #include "tests/unit/host_check/CheckedRun.h"
 #include "tests/unit/reference_host/TestMeshes.h"
+#include "tests/unit/reference_host/partition/GroupsOfPartition.h"
 
 namespace {
 
@@ -53,29 +54,17 @@ TEST(SoundHost, BoxesOfAllShapesHaveNoBreachOnOneAndOnThreePartitions) {
   }
 }
 
-/// The faces of one group, as far as a definition of centres needs them.
-struct Faces {
-  int n;
-  int *cv, *other;
-  double *sx, *sy, *sz, *xc, *yc, *zc;
-  int** nodes;
-
-  Point Area(int f) const { return {sx[f], sy[f], sz[f]}; }
-  Point Centre(int f) const { return {xc[f], yc[f], zc[f]}; }
-};
-
-std::array<Faces, 5> FacesOf(CZYN3DFiniteVolumeMesh const& m) {
-  return {{{m.NInnerFaces, m.ijCV, m.ij, m.ijSx, m.ijSy, m.ijSz, m.ijxc, m.ijyc, m.ijzc, m.ijLnods},
-           {m.NWall, m.ijWallCV, m.ijWall, m.ijWallSx, m.ijWallSy, m.ijWallSz, m.ijWallxc, m.ijWallyc,
-            m.ijWallzc, m.ijWallLnods},
-           {m.NInlet, m.ijInletCV, m.ijInlet, m.ijInletSx, m.ijInletSy, m.ijInletSz, m.ijInletxc, m.ijInletyc,
-            m.ijInletzc, m.ijInletLnods},
-           {m.NOutlet, m.ijOutletCV, m.ijOutlet, m.ijOutletSx, m.ijOutletSy, m.ijOutletSz, m.ijOutletxc,
-            m.ijOutletyc, m.ijOutletzc, m.ijOutletLnods},
-           {m.NSymmetry, m.ijSymmetryCV, m.ijSymmetry, m.ijSymmetrySx, m.ijSymmetrySy, m.ijSymmetrySz,
-            m.ijSymmetryxc, m.ijSymmetryyc, m.ijSymmetryzc, m.ijSymmetryLnods}}};
+/// The groups of a host of one partition, which has no partition faces.
+std::vector<FaceGroup> GroupsOf(CZYN3DFiniteVolumeMesh const& m) {
+  std::vector<FaceGroup> groups;
+  for (FaceGroupMembers const& members : face_groups::kTable) {
+    if (members.kind != FaceKind::Partition) groups.push_back(FacesOf(members.kind, m));
+  }
+  return groups;
 }
 
+using reference_host::AreaOf;
+using reference_host::CentreOf;
 using reference_host::Cross;
 using reference_host::Difference;
 using reference_host::Dot;
@@ -88,7 +77,7 @@ Point MeanOfNodes(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) {
   return Scaled(1.0 / n, sum);
 }
 
-/// Triangles from the mean of the nodes, their centroids weighted by their areas: what OpenFOAM does.
+/// Triangles around the mean of the nodes, their centroids weighted by their areas, as in OpenFOAM.
 Point MeanOfTriangles(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) {
   auto const node = [&](int k) { return Point{m.xn[nodes[k % n]], m.yn[nodes[k % n]], m.zn[nodes[k % n]]}; };
   Point const middle = MeanOfNodes(m, nodes, n);
@@ -104,15 +93,16 @@ Point MeanOfTriangles(CZYN3DFiniteVolumeMesh const& m, int const* nodes, int n) 
   return Scaled(1 / area, sum);
 }
 
-/// Gives the faces other centres, and with them the ghost cells.
+/// Changes the centres of faces and ghost cells.
 template <class CentreOf>
 void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, CentreOf const& centreOf) {
-  for (Faces const& faces : FacesOf(m)) {
-    for (int f = 1; f <= faces.n; ++f) {
+  for (FaceGroup const& faces : GroupsOf(m)) {
+    FaceGroupMembers const& members = MembersOf(faces.kind);
+    for (int f = 1; f <= faces.count; ++f) {
       Point const centre = centreOf(m, faces.nodes[f] + 1, faces.nodes[f][0]);
-      faces.xc[f] = centre[0];
-      faces.yc[f] = centre[1];
-      faces.zc[f] = centre[2];
+      (m.*members.xc)[f] = centre[0];
+      (m.*members.yc)[f] = centre[1];
+      (m.*members.zc)[f] = centre[2];
       if (faces.other[f] <= m.NInnerCells) continue;
       m.xc[faces.other[f]] = centre[0];
       m.yc[faces.other[f]] = centre[1];
@@ -124,27 +114,27 @@ void DefineFaceCentres(CZYN3DFiniteVolumeMesh& m, CentreOf const& centreOf) {
 /// Calls visit(cell, sign, faces, f) for each face and each of its cells.
 template <class Visit>
 void ForEachSide(CZYN3DFiniteVolumeMesh const& m, Visit const& visit) {
-  for (Faces const& faces : FacesOf(m)) {
-    for (int f = 1; f <= faces.n; ++f) {
+  for (FaceGroup const& faces : GroupsOf(m)) {
+    for (int f = 1; f <= faces.count; ++f) {
       visit(faces.cv[f], 1.0, faces, f);
       if (faces.other[f] <= m.NInnerCells) visit(faces.other[f], -1.0, faces, f);
     }
   }
 }
 
-/// Cells as pyramids over whole faces, with the mean of the face centres as top: what OpenFOAM does.
+/// Cells as pyramids over whole faces, with the mean of the face centres as the top, as in OpenFOAM.
 void DefineCellsByPyramids(CZYN3DFiniteVolumeMesh& m) {
   auto const n = static_cast<std::size_t>(m.NInnerCells) + 1;
   std::vector<Point> top(n, Point{0, 0, 0}), moment(n, Point{0, 0, 0});
   std::vector<double> nFaces(n, 0), volume3(n, 0);
-  ForEachSide(m, [&](int c, double, Faces const& faces, int f) {
-    top[c] = Sum(top[c], faces.Centre(f));
+  ForEachSide(m, [&](int c, double, FaceGroup const& faces, int f) {
+    top[c] = Sum(top[c], CentreOf(faces, f));
     ++nFaces[c];
   });
   for (int c = 1; c <= m.NInnerCells; ++c) top[c] = Scaled(1 / nFaces[c], top[c]);
-  ForEachSide(m, [&](int c, double sign, Faces const& faces, int f) {
-    double const pyramid = sign * Dot(faces.Area(f), Difference(faces.Centre(f), top[c]));
-    moment[c] = Sum(moment[c], Scaled(pyramid, Sum(Scaled(0.75, faces.Centre(f)), Scaled(0.25, top[c]))));
+  ForEachSide(m, [&](int c, double sign, FaceGroup const& faces, int f) {
+    double const pyramid = sign * Dot(AreaOf(faces, f), Difference(CentreOf(faces, f), top[c]));
+    moment[c] = Sum(moment[c], Scaled(pyramid, Sum(Scaled(0.75, CentreOf(faces, f)), Scaled(0.25, top[c]))));
     volume3[c] += pyramid;
   });
   for (int c = 1; c <= m.NInnerCells; ++c) {
@@ -165,12 +155,12 @@ void DefineCellCentresByNodes(CZYN3DFiniteVolumeMesh& m) {
   }
 }
 
-/// Weights by the distances along the area vector, as most solvers have them.
+/// Weights by the distances along the area vector, as in most solvers.
 void DefineWeights(CZYN3DFiniteVolumeMesh& m) {
-  Faces const inner = FacesOf(m)[0];
-  for (int f = 1; f <= inner.n; ++f) {
+  FaceGroup const inner = FacesOf(FaceKind::Inner, m);
+  for (int f = 1; f <= inner.count; ++f) {
     auto const depth = [&](int c) {
-      return std::abs(Dot(inner.Area(f), Difference(inner.Centre(f), {m.xc[c], m.yc[c], m.zc[c]})));
+      return std::abs(Dot(AreaOf(inner, f), Difference(CentreOf(inner, f), {m.xc[c], m.yc[c], m.zc[c]})));
     };
     m.Lamda[f] = depth(inner.cv[f]) / (depth(inner.cv[f]) + depth(inner.other[f]));
   }
@@ -195,7 +185,7 @@ std::vector<NamedMesh> MeshesOfManyShapes() {
   return meshes;
 }
 
-// Where faces are warped, definitions of centres and volumes differ. All of these are usual.
+// Definitions of centres and volumes differ for warped faces. All of these are common.
 TEST(SoundHost, CentresAndVolumesMayBeDefinedInOtherWays) {
   for (NamedMesh const& named : MeshesOfManyShapes()) {
     CheckedRun run(named.mesh);
@@ -222,10 +212,10 @@ TEST(SoundHost, NodesOfAFaceMayStandInAnyOrder) {
   for (NamedMesh const& named : AllMeshes()) {
     CheckedRun run(named.mesh);
     int nSwapped = 0;
-    for (Faces const& faces : FacesOf(*run.lent[0].mesh)) {
-      for (int f = 1; f <= faces.n; ++f) {
+    for (FaceGroup const& faces : GroupsOf(*run.lent[0].mesh)) {
+      for (int f = 1; f <= faces.count; ++f) {
         int* const row = faces.nodes[f];
-        if (row[0] > 4) continue;  // with nodes on edges, any three may lie in a line
+        if (row[0] > 4) continue;  // with nodes on edges, any three may be collinear
         std::swap(row[2], row[3]);
         ++nSwapped;
       }
@@ -270,11 +260,12 @@ TEST(SoundHost, SecondCheckFindsNothingNew) {
 TEST(SoundHost, MirroredGhostCentresAreAllowed) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.05));
   CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
-  for (int f = 1; f <= m.NWall; ++f) {
-    int const ghost = m.ijWall[f], cell = m.ijWallCV[f];
-    m.xc[ghost] = 2 * m.ijWallxc[f] - m.xc[cell];
-    m.yc[ghost] = 2 * m.ijWallyc[f] - m.yc[cell];
-    m.zc[ghost] = 2 * m.ijWallzc[f] - m.zc[cell];
+  FaceGroup const walls = FacesOf(FaceKind::Wall, m);
+  for (int f = 1; f <= walls.count; ++f) {
+    int const ghost = walls.other[f], cell = walls.cv[f];
+    m.xc[ghost] = 2 * walls.xc[f] - m.xc[cell];
+    m.yc[ghost] = 2 * walls.yc[f] - m.yc[cell];
+    m.zc[ghost] = 2 * walls.zc[f] - m.zc[cell];
   }
   ExpectNoBreach(run, "mirrored");
 }
@@ -297,7 +288,7 @@ TEST(SoundHost, NodesOfBoundariesNeedNotNameInteriorCells) {
   ExpectNoBreach(run, "ghost cells alone");
 }
 
-// Two cells may share several faces; CellCell then names the neighbour once or once a face.
+// Two cells may share several faces; CellCell then names the neighbour once, or once per face.
 TEST(SoundHost, NeighbourOverTwoFacesMayBeNamedOnce) {
   // A cube in two halves whose common face is cut in two along a diagonal.
   Builder builder;
@@ -327,14 +318,14 @@ TEST(SoundHost, NeighbourOverTwoFacesMayBeNamedOnce) {
   ExpectNoBreach(run, "named once");
 }
 
-// Where only the ijCV side takes a face's contribution, the other cell closes without the face and its rows may
-// leave the face out.
+// If only the ijCV side takes the flux of a face, the other cell closes without the face, and its rows may
+// omit it.
 TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   CheckedRun run(HexBox(2, 1, 1));
   CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
   ASSERT_EQ(m.NInnerFaces, 1);
   ASSERT_EQ(m.ij[1], 2);
-  // Cell 2 gets a wall of its own in place of the shared face: one more ghost cell and wall face.
+  // Cell 2 gets a wall in place of the shared face: one more ghost cell and wall face.
   std::vector<std::vector<double>> reals;
   std::vector<std::vector<int>> integers;
   reals.reserve(16);
@@ -373,7 +364,7 @@ TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   host_check::HostCheckOptions options;
   options.nodeTables = false;  // they would have to grow too
   HostCheckReport const report = run.Check(options)[0];
-  // The work arrays of the reference host are one cell too short now, which nobody can see.
+  // The work arrays of the reference host are now one cell too short, which the checker cannot see.
   EXPECT_EQ(report.Count(), 0) << TextOf(report);
 }
 

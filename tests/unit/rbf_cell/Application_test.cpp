@@ -3,18 +3,20 @@
 #include <cmath>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The sparse dot products: what each kind of cell holds afterwards, and that nothing else is touched.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
-using Array = gradient_test::GuardedArray<double>;
+using Array = GuardedArray<double>;
 
 /// Output arrays that begin with a value which must not stay, guarded at both ends.
 struct Gradient {
@@ -32,7 +34,7 @@ AssertionResult Same(Triple const& expected, Triple const& actual) {
   return AssertionSuccess();
 }
 
-int Apply(TestBed& bed, Array& phi, Gradient& g) {
+int Apply(CellBed& bed, Array& phi, Gradient& g) {
   return bed.object->MultiplyRBFCoefficent(phi.Data(), g.x.Data(), g.y.Data(), g.z.Data());
 }
 
@@ -44,7 +46,7 @@ Array RandomField(int n, std::uint64_t seed = 5) {
   return phi;
 }
 
-CellMesh SomeMesh(Cells cells = Cells::HexaPyramids) {
+TestMesh SomeMesh(Cells cells = Cells::HexaPyramids) {
   LatticeOptions options;
   options.cells = cells;
   return LatticeMesh(options);
@@ -52,8 +54,8 @@ CellMesh SomeMesh(Cells cells = Cells::HexaPyramids) {
 
 TEST(CellApplication, EqualsThePlainFormOnEveryInteriorCell) {
   for (Cells const cells : kAllCells) {
-    CellMesh const mesh = SomeMesh(cells);
-    TestBed bed(mesh);
+    TestMesh const mesh = SomeMesh(cells);
+    CellBed bed(mesh);
     bed.SetUpAndDerive();
     PlainCellOperator plain(mesh, 500.0, 0);
     plain.Collate();
@@ -69,7 +71,7 @@ TEST(CellApplication, EqualsThePlainFormOnEveryInteriorCell) {
 
 // Terms 1, 2^-53, 2^-53 in stencil order: from 1 on each small one is lost; any other order would keep them.
 TEST(CellApplication, SumsInStencilOrderFromZeroOn) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   bed.SetUp();
   RBFnode* const row = bed.object->m_ppRBFCellCoef[1];
   double const small = std::ldexp(1.0, -53);
@@ -88,26 +90,26 @@ TEST(CellApplication, SumsInStencilOrderFromZeroOn) {
 }
 
 TEST(CellApplication, ReadsNeitherTheMultiplierNorTheSecondTripleNorTheId) {
-  CellMesh const mesh = SevenPoints();
-  TestBed bed(mesh);
+  TestMesh const mesh = SevenPoints();
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(7);
   Gradient before(7), after(7);
   Apply(bed, phi, before);
   RBFnode* const row = bed.object->m_ppRBFCellCoef[1];
   for (int k = 0; k <= 8; ++k) {
-    row[k].x0 = row[k].y0 = row[k].z0 = gradient_test::GuardValue<double>();
+    row[k].x0 = row[k].y0 = row[k].z0 = GuardValue<double>();
     row[k].id = -1;
   }
-  row[0].x = row[0].y = row[0].z = gradient_test::GuardValue<double>();
-  row[8].x = row[8].y = row[8].z = gradient_test::GuardValue<double>();
+  row[0].x = row[0].y = row[0].z = GuardValue<double>();
+  row[8].x = row[8].y = row[8].z = GuardValue<double>();
   Apply(bed, phi, after);
   EXPECT_TRUE(Same(before.At(1), after.At(1)));
 }
 
 TEST(CellApplication, StaysWithinElements1ToNCellAndLeavesTheField) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
   Array const before = phi;
@@ -120,8 +122,8 @@ TEST(CellApplication, StaysWithinElements1ToNCellAndLeavesTheField) {
 
 TEST(CellApplication, OfAConstantIsZeroUpToRoundOff) {
   for (Cells const cells : kAllCells) {
-    CellMesh const mesh = SomeMesh(cells);
-    TestBed bed(mesh);
+    TestMesh const mesh = SomeMesh(cells);
+    CellBed bed(mesh);
     bed.SetUpAndDerive();
     PlainCellOperator plain(mesh, 500.0, 0);
     plain.Collate();
@@ -142,15 +144,15 @@ TEST(CellApplication, OfAConstantIsZeroUpToRoundOff) {
 }
 
 TEST(CellApplication, GivesWallAndInletCellsTheGradientOfTheirInteriorCell) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell());
   Apply(bed, phi, g);
   ASSERT_FALSE(mesh.wall.empty() || mesh.inlet.empty());
   for (auto const* const group : {&mesh.wall, &mesh.inlet}) {
-    for (CellFace const& face : *group) {
+    for (Face const& face : *group) {
       EXPECT_TRUE(Same(g.At(face.cv), g.At(face.other)));
       EXPECT_NE(0.0, g.x[face.other]);
     }
@@ -158,24 +160,24 @@ TEST(CellApplication, GivesWallAndInletCellsTheGradientOfTheirInteriorCell) {
 }
 
 TEST(CellApplication, LeavesZeroAtOutletSymmetryAndHaloCells) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell());
   Apply(bed, phi, g);
   ASSERT_FALSE(mesh.outlet.empty() || mesh.symmetry.empty() || mesh.partition.empty());
   for (auto const* const group : {&mesh.outlet, &mesh.symmetry, &mesh.partition})
-    for (CellFace const& face : *group) EXPECT_TRUE(Same(Triple{}, g.At(face.other)));
+    for (Face const& face : *group) EXPECT_TRUE(Same(Triple{}, g.At(face.other)));
 }
 
 TEST(CellApplication, CellOfAWallAndAnInletKeepsTheInletsValue) {
-  CellMesh mesh = SomeMesh();
-  CellFace shared = mesh.inlet[0];
+  TestMesh mesh = SomeMesh();
+  Face shared = mesh.inlet[0];
   shared.cv = mesh.nInnerCells;
   shared.other = mesh.wall[0].other;
   mesh.inlet.push_back(shared);
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell());
@@ -185,9 +187,9 @@ TEST(CellApplication, CellOfAWallAndAnInletKeepsTheInletsValue) {
 }
 
 TEST(CellApplication, WithoutBoundaryFacesLeavesZeroAboveTheInteriorCells) {
-  CellMesh mesh = SevenPoints();
+  TestMesh mesh = SevenPoints();
   mesh.AddOuterCell({1.0, 1.0, 1.0});
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(8);
   Gradient g(8);
@@ -197,8 +199,8 @@ TEST(CellApplication, WithoutBoundaryFacesLeavesZeroAboveTheInteriorCells) {
 }
 
 TEST(CellApplication, BeforeTheWeightsAreDerivedIsZero) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUp();
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell());
@@ -207,33 +209,33 @@ TEST(CellApplication, BeforeTheWeightsAreDerivedIsZero) {
 }
 
 TEST(CellApplication, UsesGhostAndHaloValuesAsTheyStandAndExchangesNothing) {
-  CellMesh const mesh = SevenPoints();
-  TestBed bed(mesh);
+  TestMesh const mesh = SevenPoints();
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi(7, 0.0);
   phi[2] = 1.0;  // a halo cell
   Gradient g(7);
   Apply(bed, phi, g);
   EXPECT_EQ(bed.object->m_ppRBFCellCoef[1][2].x, g.x[1]);
-  EXPECT_EQ(0, bed.host.communicationCalls);
+  EXPECT_TRUE(bed.host.exchanges.empty());
 }
 
 TEST(CellApplication, AllocatesNothing) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   bed.object->faceToCellconnection_memoryallocate(0);
   Array phi = RandomField(mesh.NCell());
   Gradient g(mesh.NCell()), f(static_cast<int>(mesh.inner.size()));
-  long const before = gradient_test::Allocations();
+  long const before = Allocations();
   Apply(bed, phi, g);
   bed.object->MultiplyRBFCoefficent_InnerfaceFlux(phi.Data(), f.x.Data(), f.y.Data(), f.z.Data());
-  EXPECT_EQ(before, gradient_test::Allocations());
+  EXPECT_EQ(before, Allocations());
 }
 
 TEST(CellApplication, CanBeRepeatedWithTheSameResult) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   Array phi = RandomField(mesh.NCell());
   Gradient first(mesh.NCell()), second(mesh.NCell());
@@ -245,7 +247,7 @@ TEST(CellApplication, CanBeRepeatedWithTheSameResult) {
 TEST(CellApplicationDeathTest, WithoutSetUpReachesANullTable) {
   EXPECT_DEATH(
       {
-        TestBed bed(SevenPoints());
+        CellBed bed(SevenPoints());
         Array phi(7);
         Gradient g(7);
         Apply(bed, phi, g);
@@ -256,9 +258,9 @@ TEST(CellApplicationDeathTest, WithoutSetUpReachesANullTable) {
 // ---------------------------------------------------------------------------------------------- inner faces
 
 TEST(InnerFaceApplication, IsZeroAfterAllWeightsWereDerived) {
-  CellMesh const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   int const nFace = static_cast<int>(mesh.inner.size());
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   bed.object->faceToCellconnection_memoryallocate(0);
   Printed([&] { bed.object->DeriveRBFweighting_InnerfaceFlux(); });
@@ -273,13 +275,13 @@ TEST(InnerFaceApplication, IsZeroAfterAllWeightsWereDerived) {
 }
 
 TEST(InnerFaceApplication, ReadsTheTableThatTheCallerFilled) {
-  CellMesh mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0});
   mesh.AddInteriorCell({1.0, 0.0, 0.0});
   mesh.AddInteriorCell({2.0, 0.0, 0.0});
   mesh.JoinInterior(2, 1);
   mesh.JoinInterior(2, 3);
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   bed.object->faceToCellconnection_memoryallocate(0);
   RBFnode** const table = bed.object->m_ppRBFInnerFaceCoef;
@@ -287,10 +289,10 @@ TEST(InnerFaceApplication, ReadsTheTableThatTheCallerFilled) {
     for (int k = 0; k <= 3; ++k) {
       RBFnode& w = table[f][k];
       bool const read = k == 1 || k == 2;
-      w.x = read ? 100.0 * f + 10.0 * k + 1.0 : gradient_test::GuardValue<double>();
+      w.x = read ? 100.0 * f + 10.0 * k + 1.0 : GuardValue<double>();
       w.y = w.x + 1.0;
       w.z = w.x + 2.0;
-      w.x0 = w.y0 = w.z0 = gradient_test::GuardValue<double>();
+      w.x0 = w.y0 = w.z0 = GuardValue<double>();
     }
   }
   Array phi(3);
@@ -303,7 +305,7 @@ TEST(InnerFaceApplication, ReadsTheTableThatTheCallerFilled) {
 }
 
 TEST(InnerFaceApplication, WithoutInnerFacesTouchesNothing) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   bed.SetUp();
   bed.object->faceToCellconnection_memoryallocate(0);
   Array phi(7);
@@ -311,4 +313,4 @@ TEST(InnerFaceApplication, WithoutInnerFacesTouchesNothing) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

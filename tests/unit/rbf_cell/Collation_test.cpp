@@ -6,14 +6,15 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // At which point each cell number stands, the tree's range and boxes, and the stencils with their lengths.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 std::string const kCollationLines =
@@ -28,17 +29,16 @@ std::string const kCollationLines =
 ///   (4)      |   (1)   |   (2)   |
 ///            +---------+---------+
 ///             outlet (5)
-CellMesh AllKinds() {
-  CellMesh mesh;
+TestMesh AllKinds() {
+  TestMesh mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0});
   mesh.AddInteriorCell({1.0, 0.0, 0.25});
   mesh.JoinInterior(1, 2);
-  mesh.AddSide(mesh.wall, 1, {0.0, 0.5, 0.0}, {0.0, 1.0, 0.0});
-  mesh.AddSide(mesh.inlet, 1, {-0.5, 0.0, 0.0}, {-1.0, 0.0, 0.0});
-  mesh.AddSide(mesh.outlet, 1, {0.0, -0.5, 0.0}, {0.0, -1.0, 0.0});
-  mesh.AddSide(mesh.symmetry, 1, {0.0, 0.0, 0.5}, {0.0, 0.0, 1.0});
-  mesh.AddSide(mesh.partition, 1, {0.0, 0.0, -0.5}, {0.0, 0.0, -1.0});
-  mesh.partitionNodes.emplace_back();
+  mesh.AddSide(kWall, 1, {0.0, 0.5, 0.0}, {0.0, 1.0, 0.0});
+  mesh.AddSide(kInlet, 1, {-0.5, 0.0, 0.0}, {-1.0, 0.0, 0.0});
+  mesh.AddSide(kOutlet, 1, {0.0, -0.5, 0.0}, {0.0, -1.0, 0.0});
+  mesh.AddSide(kSymmetry, 1, {0.0, 0.0, 0.5}, {0.0, 0.0, 1.0});
+  mesh.AddSide(kPartition, 1, {0.0, 0.0, -0.5}, {0.0, 0.0, -1.0});
   return mesh;
 }
 
@@ -55,14 +55,14 @@ AssertionResult StandsAt(CZynRBFInternalObject const& object, int c, Point point
 // ------------------------------------------------------------------------------------------------- collation
 
 TEST(CellCollation, InteriorCellsStandAtTheirCentres) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   EXPECT_TRUE(StandsAt(*bed.object, 1, {0.0, 0.0, 0.0}, 1, 1));
   EXPECT_TRUE(StandsAt(*bed.object, 2, {1.0, 0.0, 0.25}, 1, 2));
 }
 
 TEST(CellCollation, WallInletAndOutletCellsStandAtTheirFaceCentres) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   EXPECT_TRUE(StandsAt(*bed.object, 3, {0.0, 0.5, 0.0}, 2, 1));
   EXPECT_TRUE(StandsAt(*bed.object, 4, {-0.5, 0.0, 0.0}, 3, 1));
@@ -70,53 +70,52 @@ TEST(CellCollation, WallInletAndOutletCellsStandAtTheirFaceCentres) {
 }
 
 TEST(CellCollation, HaloCellsStandAtTheirOwnCentres) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   EXPECT_TRUE(StandsAt(*bed.object, 7, {0.0, 0.0, -1.0}, 5, 1));
 }
 
 TEST(CellCollation, SymmetryCellsStayAtTheOriginUncollated) {
-  CellMesh mesh = AllKinds();
+  TestMesh mesh = AllKinds();
   for (int c = 1; c <= mesh.NCell(); ++c) mesh.Centre(c).x += 10.0;
   mesh.symmetry[0].centre.x += 10.0;
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_TRUE(StandsAt(*bed.object, 6, {0.0, 0.0, 0.0}, 0, 0));
 }
 
 TEST(CellCollation, CellOfSeveralFacesTakesTheLastKindAndTheLastFace) {
-  CellMesh mesh = AllKinds();
-  CellFace second = mesh.inlet[0];  // the wall's side cell is also that of a second inlet face ...
+  TestMesh mesh = AllKinds();
+  Face second = mesh.inlet[0];  // the wall's side cell is also that of a second inlet face ...
   second.other = 3;
   second.centre = {-0.5, 0.25, 0.0};
   mesh.inlet.push_back(second);
-  CellFace third = mesh.partition[0];  // ... and the halo cell has a second partition face
+  Face third = mesh.partition[0];  // ... and the halo cell has a second partition face
   third.centre = {9.0, 9.0, 9.0};
   mesh.partition.push_back(third);
-  mesh.partitionNodes.emplace_back();
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_TRUE(StandsAt(*bed.object, 3, {-0.5, 0.25, 0.0}, 3, 2));
   EXPECT_TRUE(StandsAt(*bed.object, 7, {0.0, 0.0, -1.0}, 5, 2));
 }
 
 TEST(CellCollation, PrintsEachStepInTheseWords) {
-  TestBed bed(AllKinds(), DefaultSettings());
+  CellBed bed(AllKinds(), DefaultSettings());
   EXPECT_EQ(kCollationLines, bed.SetUp());
 }
 
 TEST(CellCollation, PrintsTheSameWithoutAnyFaces) {
-  TestBed bed(OneStencil({}, {}), DefaultSettings());
+  CellBed bed(OneStencil({}, {}), DefaultSettings());
   EXPECT_EQ(kCollationLines, bed.SetUp());
 }
 
 TEST(CellCollation, PrintsTheSettingsMessageFirst) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   EXPECT_EQ("Default DQ parameter is adopted.\n" + kCollationLines, bed.SetUp());
 }
 
 TEST(CellCollation, FlushesItsMessages) {
-  TestBed bed(AllKinds(), DefaultSettings());
+  CellBed bed(AllKinds(), DefaultSettings());
   std::string arrived;
   {
     FlushedOutput const output;
@@ -139,60 +138,60 @@ void ExpectBounds(CZynRBFInternalObject const& object, Point high, Point low) {
 
 // The outlet at y = -0.5 and the halo cell at z = -1 are in the tree and not in its range.
 TEST(CellTreeRange, TakesInnerCellsWallsAndInletsAndLeavesOutletsAndHalosOut) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   ExpectBounds(*bed.object, {1.0, 0.5, 0.25}, {-0.5, 0.0, 0.0});
 }
 
 TEST(CellTreeRange, OfAMeshWithoutWallsAndInletsIsThatOfTheInnerFaces) {
-  CellMesh mesh = AllKinds();
+  TestMesh mesh = AllKinds();
   mesh.wall.clear();
   mesh.inlet.clear();
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   ExpectBounds(*bed.object, {1.0, 0.0, 0.25}, {0.0, 0.0, 0.0});
 }
 
 TEST(CellTreeRange, LeavesOutInteriorCellsWithoutInnerFaces) {
-  CellMesh mesh = AllKinds();
+  TestMesh mesh = AllKinds();
   mesh.inner.clear();
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   ExpectBounds(*bed.object, {0.0, 0.5, 0.0}, {-0.5, 0.0, 0.0});
 }
 
 TEST(CellTreeRange, OfNoFacesAtAllStaysInsideOut) {
-  TestBed bed(OneStencil({}, {}));
+  CellBed bed(OneStencil({}, {}));
   bed.SetUp();
   ExpectBounds(*bed.object, {-1e10, -1e10, -1e10}, {1e10, 1e10, 1e10});
 }
 
 TEST(CellTreeRange, MovesOnlyOnAStrictComparison) {
-  CellMesh mesh = AllKinds();
+  TestMesh mesh = AllKinds();
   mesh.Centre(1).y = -0.0;  // first 0.0 with the minus sign, then without
   mesh.Centre(2).y = 0.0;
   mesh.wall.clear();
   mesh.inlet.clear();
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_TRUE(std::signbit(bed.object->m_dBoundMax[1]));
   EXPECT_TRUE(std::signbit(bed.object->m_dBoundMin[1]));
 }
 
 TEST(CellMeanDistance, IsThatOfTheTwoCellsOfAnInnerFace) {
-  CellMesh mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0});
   mesh.AddInteriorCell({3.0, 4.0, 0.0});
   mesh.AddInteriorCell({3.0, 4.0, 2.0});
   mesh.JoinInterior(1, 2);
   mesh.JoinInterior(2, 3);
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(3.5, bed.object->m_dMeanCellDistance);
 }
 
 TEST(CellMeanDistance, WithoutInnerFacesIsNotANumber) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   bed.SetUp();
   EXPECT_TRUE(std::isnan(bed.object->m_dMeanCellDistance));
 }
@@ -210,7 +209,7 @@ std::vector<int> Around(CZYNOptKer& tree, Point p, double halfWidth) {
 }
 
 TEST(CellTree, HoldsABoxOfHalfWidth1e6thAroundEveryCollatedPoint) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   CZYNOptKer& tree = *bed.object->m_pADTree;
   EXPECT_EQ(std::vector<int>({1, 2, 3, 4, 5, 7}), Around(tree, {0.0, 0.0, 0.0}, 100.0));
@@ -228,7 +227,7 @@ TEST(CellTree, HoldsABoxOfHalfWidth1e6thAroundEveryCollatedPoint) {
 // -------------------------------------------------------------------------------------------------- stencils
 
 TEST(CellStencil, IsTheCellAndItsNeighboursInTheMeshsOrder) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   int const first[] = {7, 1, 2, 3, 4, 5, 6, 7, 0}, second[] = {2, 2, 1, 0};
   EXPECT_TRUE(std::equal(std::begin(first), std::end(first), bed.object->m_ppRBFCellConn[1]));
@@ -236,16 +235,16 @@ TEST(CellStencil, IsTheCellAndItsNeighboursInTheMeshsOrder) {
 }
 
 TEST(CellStencil, KeepsDoublesAndTheirOrder) {
-  CellMesh mesh = AllKinds();
+  TestMesh mesh = AllKinds();
   mesh.Neighbours(1) = {5, 2, 5, 1, 2};
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   int const expected[] = {6, 1, 5, 2, 5, 1, 2, 0};
   EXPECT_TRUE(std::equal(std::begin(expected), std::end(expected), bed.object->m_ppRBFCellConn[1]));
 }
 
 TEST(CellStencil, WithoutNeighboursHasOneMemberAndNoLength) {
-  TestBed bed(OneStencil({1.0, 2.0, 3.0}, {}));
+  CellBed bed(OneStencil({1.0, 2.0, 3.0}, {}));
   bed.SetUp();
   CZynRBFInternalObject const& object = *bed.object;
   EXPECT_EQ(1, object.m_ppRBFCellConn[1][0]);
@@ -256,40 +255,40 @@ TEST(CellStencil, WithoutNeighboursHasOneMemberAndNoLength) {
 }
 
 TEST(CellStencil, MeasuresTheDistanceToTheWallsFaceCentre) {
-  CellMesh mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({0.0, 0.0, 0.0});
-  mesh.AddSide(mesh.wall, 1, {0.0, 0.5, 0.0}, {0.0, 3.0, 0.0});
-  TestBed bed(mesh);
+  mesh.AddSide(kWall, 1, {0.0, 0.5, 0.0}, {0.0, 3.0, 0.0});
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(0.5, bed.object->m_pSupportLength[1]);
   EXPECT_TRUE(SameRecord("extent", {0.0, 0.5, 0.0}, 1, bed.object->m_pStencilExtent[1]));
 }
 
 TEST(CellStencil, MeasuresTheDistanceToTheHaloCellsCentre) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   EXPECT_EQ(std::sqrt(1.0625), bed.object->m_pSupportLength[1]) << "to cell 2, farther than the halo cell";
-  CellMesh mesh = AllKinds();
+  TestMesh mesh = AllKinds();
   mesh.Centre(7).z = -2.0;
-  TestBed farther(mesh);
+  CellBed farther(mesh);
   farther.SetUp();
   EXPECT_EQ(2.0, farther.object->m_pSupportLength[1]);
 }
 
 TEST(CellStencil, ExtentIsThatOfTheBoxAroundAllItsPoints) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   EXPECT_TRUE(SameRecord("extent", {1.5, 1.0, 1.25}, 1, bed.object->m_pStencilExtent[1]));
   EXPECT_TRUE(SameRecord("extent", {1.0, 0.0, 0.25}, 2, bed.object->m_pStencilExtent[2]));
 }
 
 TEST(CellStencil, IsInflatedByASymmetryCellAtTheOrigin) {
-  CellMesh mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({30.0, 40.0, 0.0});
   mesh.AddInteriorCell({31.0, 40.0, 0.0});
   mesh.JoinInterior(1, 2);
-  mesh.AddSide(mesh.symmetry, 1, {30.0, 40.5, 0.0}, {30.0, 41.0, 0.0});
-  TestBed bed(mesh);
+  mesh.AddSide(kSymmetry, 1, {30.0, 40.5, 0.0}, {30.0, 41.0, 0.0});
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(50.0, bed.object->m_pSupportLength[1]);
   EXPECT_TRUE(SameRecord("extent", {31.0, 40.0, 0.0}, 1, bed.object->m_pStencilExtent[1]));
@@ -297,9 +296,9 @@ TEST(CellStencil, IsInflatedByASymmetryCellAtTheOrigin) {
 }
 
 TEST(CellStencil, OfACellNumberThatNothingCollatedReachesToTheOrigin) {
-  CellMesh mesh = OneStencil({3.0, 0.0, 4.0}, {{3.0, 1.0, 4.0}});
+  TestMesh mesh = OneStencil({3.0, 0.0, 4.0}, {{3.0, 1.0, 4.0}});
   mesh.Neighbours(1).push_back(mesh.AddOuterCell({3.0, 0.0, 5.0}));
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(5.0, bed.object->m_pSupportLength[1]);
 }
@@ -318,19 +317,19 @@ Point TellingPoint() {
 
 TEST(CellStencil, SumsTheSquaresInTheOrderYXZ) {
   Point const p = TellingPoint();
-  TestBed bed(OneStencil({}, {p}));
+  CellBed bed(OneStencil({}, {p}));
   bed.SetUp();
   EXPECT_EQ(std::sqrt(p.y * p.y + p.x * p.x + p.z * p.z), bed.object->m_pSupportLength[1]);
 }
 
 TEST(CellStencil, RowsOfOtherCellsStayNull) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   for (int const c : {0, 3, 4, 5, 6, 7}) EXPECT_EQ(nullptr, bed.object->m_ppRBFCellConn[c]);
 }
 
 TEST(CellStencil, LengthsOfOtherCellsStayZero) {
-  TestBed bed(AllKinds());
+  CellBed bed(AllKinds());
   bed.SetUp();
   for (int const c : {0, 3, 4, 5, 6, 7}) {
     EXPECT_TRUE(SameValue("support length", 0.0, bed.object->m_pSupportLength[c]));
@@ -342,8 +341,8 @@ TEST(CellStencil, PointsAndStencilsEqualThePlainForm) {
   for (Cells const cells : kAllCells) {
     LatticeOptions options;
     options.cells = cells;
-    CellMesh const mesh = LatticeMesh(options);
-    TestBed bed(mesh);
+    TestMesh const mesh = LatticeMesh(options);
+    CellBed bed(mesh);
     bed.SetUp();
     PlainCellOperator plain(mesh, 500.0, 0);
     plain.Collate();
@@ -355,4 +354,4 @@ TEST(CellStencil, PointsAndStencilsEqualThePlainForm) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

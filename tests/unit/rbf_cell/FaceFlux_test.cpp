@@ -5,22 +5,24 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The two-node weights at faces: five operations and their drivers, against the plain form, and their oddities.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynRBFInternalObject;
 
 /// An operator with face tables for two nodes a face, and the plain form beside it.
-struct FaceBed : TestBed {
-  explicit FaceBed(CellMesh const& cellMesh, double span = 500.0, int shapeNormalize = 0)
-      : TestBed(cellMesh, Settings(std::to_string(span), std::to_string(shapeNormalize))),
+struct FaceBed : CellBed {
+  explicit FaceBed(TestMesh const& cellMesh, double span = 500.0, int shapeNormalize = 0)
+      : CellBed(cellMesh, Settings(std::to_string(span), std::to_string(shapeNormalize))),
         mesh(cellMesh),
         plain(mesh, span, shapeNormalize) {
     SetUp();
@@ -34,15 +36,14 @@ struct FaceBed : TestBed {
   }
 
   /// Clears the plain form's maxima and derives all faces of a group.
-  std::vector<std::vector<Triple>> PlainRows(std::vector<CellFace> const& faces) {
+  std::vector<std::vector<Triple>> PlainRows(std::vector<Face> const& faces) {
     plain.residuals.x = plain.residuals.y = plain.residuals.z = 0.0;
     std::vector<std::vector<Triple>> rows;
-    for (CellFace const& face : faces)
-      rows.push_back(plain.DeriveFace(face, static_cast<int>(rows.size()) + 1));
+    for (Face const& face : faces) rows.push_back(plain.DeriveFace(face, static_cast<int>(rows.size()) + 1));
     return rows;
   }
 
-  CellMesh const mesh;
+  TestMesh const mesh;
   PlainCellOperator plain;
 };
 
@@ -59,7 +60,7 @@ std::string OneMaximum(double span, double normal) {
   return std::string("Inner face RBF flux Interpolation is done.\n") + line;
 }
 
-CellMesh SomeMesh(Cells cells = Cells::Tetrahedra, std::uint64_t seed = 1) {
+TestMesh SomeMesh(Cells cells = Cells::Tetrahedra, std::uint64_t seed = 1) {
   LatticeOptions options;
   options.cells = cells;
   options.seed = seed;
@@ -70,19 +71,19 @@ CellMesh SomeMesh(Cells cells = Cells::Tetrahedra, std::uint64_t seed = 1) {
 struct Driver {
   char const* title;
   int (Object::*run)();
-  std::vector<CellFace> CellMesh::*faces;
+  std::vector<Face> TestMesh::*faces;
   RBFnode** Object::*table;
 };
 
-Driver const kInlet = {"Inelt face RBF flux Interpolation is done.\n",
-                       &Object::DeriveRBFweighting_InletfaceFlux, &CellMesh::inlet,
-                       &Object::m_ppRBFInletFaceCoef};
-Driver const kOutlet = {"Outlet face flux Interpolation is done.\n",
-                        &Object::DeriveRBFweighting_OutletfaceFlux, &CellMesh::outlet,
-                        &Object::m_ppRBFOutletFaceCoef};
-Driver const kPartition = {"Part inter face RBF flux Interpolation is done.\n",
-                           &Object::DeriveRBFweighting_PartInterfaceFlux, &CellMesh::partition,
-                           &Object::m_ppRBFPartInterFaceCoef};
+Driver const kInletDriver = {"Inelt face RBF flux Interpolation is done.\n",
+                             &Object::DeriveRBFweighting_InletfaceFlux, &TestMesh::inlet,
+                             &Object::m_ppRBFInletFaceCoef};
+Driver const kOutletDriver = {"Outlet face flux Interpolation is done.\n",
+                              &Object::DeriveRBFweighting_OutletfaceFlux, &TestMesh::outlet,
+                              &Object::m_ppRBFOutletFaceCoef};
+Driver const kPartitionDriver = {"Part inter face RBF flux Interpolation is done.\n",
+                                 &Object::DeriveRBFweighting_PartInterfaceFlux, &TestMesh::partition,
+                                 &Object::m_ppRBFPartInterFaceCoef};
 
 void ExpectDriverEqualsPlainForm(Driver const& driver) {
   for (double const span : {500.0, 5.0, 1.5}) {
@@ -98,10 +99,14 @@ void ExpectDriverEqualsPlainForm(Driver const& driver) {
   }
 }
 
-TEST(InletFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) { ExpectDriverEqualsPlainForm(kInlet); }
-TEST(OutletFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) { ExpectDriverEqualsPlainForm(kOutlet); }
+TEST(InletFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
+  ExpectDriverEqualsPlainForm(kInletDriver);
+}
+TEST(OutletFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
+  ExpectDriverEqualsPlainForm(kOutletDriver);
+}
 TEST(PartitionFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
-  ExpectDriverEqualsPlainForm(kPartition);
+  ExpectDriverEqualsPlainForm(kPartitionDriver);
 }
 
 TEST(InnerFaceWeights, EqualThePlainFormAndArePrintedInTheseWords) {
@@ -147,11 +152,11 @@ TEST(FaceWeights, OfOneFaceLeaveAllOtherRows) {
 
 // Faces beyond the partition faces count nothing there; their two weights need their room all the same.
 TEST(FaceWeights, OfInnerFacesAreTheSameInTheRowsOfAllNodes) {
-  CellMesh const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   ASSERT_GT(mesh.inner.size(), mesh.partition.size());
   FaceBed twoNodes(mesh);
   twoNodes.Run(&Object::DeriveRBFweighting_InnerfaceFlux);
-  TestBed allNodes(mesh);
+  CellBed allNodes(mesh);
   allNodes.SetUp();
   EXPECT_EQ(0, allNodes.object->faceToCellconnection_memoryallocate(1));
   Printed([&] { EXPECT_EQ(1, allNodes.object->DeriveRBFweighting_InnerfaceFlux()); });
@@ -180,8 +185,8 @@ TEST(FaceWeights, MessagesAreFlushed) {
 
 TEST(FaceWeights, WithoutFacesPrintZeros) {
   FaceBed bed(SevenPoints());
-  EXPECT_EQ(ThreeMaxima(kInlet.title, 500.0, Residuals()), bed.Run(kInlet.run));
-  EXPECT_EQ(ThreeMaxima(kOutlet.title, 500.0, Residuals()), bed.Run(kOutlet.run));
+  EXPECT_EQ(ThreeMaxima(kInletDriver.title, 500.0, Residuals()), bed.Run(kInletDriver.run));
+  EXPECT_EQ(ThreeMaxima(kOutletDriver.title, 500.0, Residuals()), bed.Run(kOutletDriver.run));
   EXPECT_EQ(ThreeMaxima("Wall face flux Interpolation is done.\n", 500.0, Residuals()),
             bed.Run(&Object::DeriveRBFweighting_WallfaceFlux));
   EXPECT_EQ(OneMaximum(500.0, 0.0), bed.Run(&Object::DeriveRBFweighting_InnerfaceFlux));
@@ -190,7 +195,7 @@ TEST(FaceWeights, WithoutFacesPrintZeros) {
 TEST(FaceWeights, AllocateTheirRowsInMode1Too) {
   FaceBed bed(SomeMesh());
   auto const rows = bed.PlainRows(bed.mesh.partition);
-  TestBed mode1(bed.mesh, Settings("500", "0"));
+  CellBed mode1(bed.mesh, Settings("500", "0"));
   mode1.SetUp();
   mode1.object->faceToCellconnection_memoryallocate(1);
   Printed([&] { mode1.object->DeriveRBFweighting_PartInterfaceFlux(); });
@@ -205,8 +210,8 @@ TEST(FaceWeights, AllocateTheirRowsInMode1Too) {
 // ------------------------------------------------------------------------------------------- the wall driver
 
 /// A mesh with the given numbers of wall and inlet faces.
-CellMesh WallsAndInlets(std::size_t nWall, std::size_t nInlet) {
-  CellMesh mesh = SomeMesh();
+TestMesh WallsAndInlets(std::size_t nWall, std::size_t nInlet) {
+  TestMesh mesh = SomeMesh();
   EXPECT_GE(mesh.wall.size(), nWall);
   EXPECT_GE(mesh.inlet.size(), nInlet);
   mesh.wall.resize(nWall);
@@ -214,10 +219,9 @@ CellMesh WallsAndInlets(std::size_t nWall, std::size_t nInlet) {
   return mesh;
 }
 
-void ExpectWallDriverDerivesInlets(CellMesh const& mesh, std::size_t nFace) {
+void ExpectWallDriverDerivesInlets(TestMesh const& mesh, std::size_t nFace) {
   FaceBed bed(mesh, 5.0);
-  std::vector<CellFace> const inlets(mesh.inlet.begin(),
-                                     mesh.inlet.begin() + static_cast<std::ptrdiff_t>(nFace));
+  std::vector<Face> const inlets(mesh.inlet.begin(), mesh.inlet.begin() + static_cast<std::ptrdiff_t>(nFace));
   auto const rows = bed.PlainRows(inlets);
   EXPECT_EQ(ThreeMaxima("Wall face flux Interpolation is done.\n", 5.0, bed.plain.residuals),
             bed.Run(&Object::DeriveRBFweighting_WallfaceFlux));
@@ -252,8 +256,8 @@ TEST(FaceResiduals, DriversClearOnlyTheirOwnMaxima) {
   EXPECT_EQ(1e30, o.MAXResidual_Y);
   EXPECT_EQ(1e30, o.MAXResidual_Z);
   EXPECT_NE(1e30, o.MAX_Weithting_Residual_Normal);
-  for (auto const driver :
-       {kInlet.run, kOutlet.run, kPartition.run, &Object::DeriveRBFweighting_WallfaceFlux}) {
+  for (auto const driver : {kInletDriver.run, kOutletDriver.run, kPartitionDriver.run,
+                            &Object::DeriveRBFweighting_WallfaceFlux}) {
     fill();
     bed.Run(driver);
     EXPECT_NE(1e30, o.MAXResidual_X);
@@ -266,7 +270,7 @@ TEST(FaceResiduals, DriversClearOnlyTheirOwnMaxima) {
 // At Span 5 the multiplier of an inlet face is far from zero, the sum of its two weights is not.
 TEST(FaceResiduals, LeaveTheMultiplierOut) {
   FaceBed bed(SomeMesh(), 5.0);
-  bed.Run(kInlet.run);
+  bed.Run(kInletDriver.run);
   Residuals largest;
   for (std::size_t f = 1; f <= bed.mesh.inlet.size(); ++f) {
     RBFnode const* const row = bed.object->m_ppRBFInletFaceCoef[f];
@@ -292,8 +296,8 @@ TEST(FaceResiduals, OfInnerFacesAreTheLargestMultiplierWithItsSign) {
 // --------------------------------------------------------------------------------------------- single faces
 
 /// Cells 1 and 2 at -1/2 and 1/2 along an axis (0, 1, 2), and the face between them.
-CellMesh TwoCellsAlong(int axis) {
-  CellMesh mesh;
+TestMesh TwoCellsAlong(int axis) {
+  TestMesh mesh;
   auto const at = [axis](double t) {
     return Point{axis == 0 ? t : 0.0, axis == 1 ? t : 0.0, axis == 2 ? t : 0.0};
   };
@@ -321,7 +325,7 @@ TEST(InnerFaceWeights, OfTwoNodesAreThoseOfTheSystemByHand) {
 
 TEST(InnerFaceWeights, TakeTheNormalFromTheAreaWhateverItsSize) {
   FaceBed bed(TwoCellsAlong(0), 4.0);
-  CellMesh larger = TwoCellsAlong(0);
+  TestMesh larger = TwoCellsAlong(0);
   larger.inner[0].area = {1024.0, 0.0, 0.0};
   FaceBed other(larger, 4.0);
   bed.object->DeriveInnerFaceCoefficentBysolveDQfullMatrix(1);
@@ -332,7 +336,7 @@ TEST(InnerFaceWeights, TakeTheNormalFromTheAreaWhateverItsSize) {
 }
 
 TEST(InnerFaceWeights, OfAFaceWithoutAreaAreZeroNotNotANumber) {
-  CellMesh mesh = TwoCellsAlong(0);
+  TestMesh mesh = TwoCellsAlong(0);
   mesh.inner[0].area = {0.0, 0.0, 0.0};
   FaceBed bed(mesh, 4.0);
   bed.object->DeriveInnerFaceCoefficentBysolveDQfullMatrix(1);
@@ -341,7 +345,7 @@ TEST(InnerFaceWeights, OfAFaceWithoutAreaAreZeroNotNotANumber) {
 
 TEST(InnerFaceWeights, OfAFaceWithoutAreaAlongOneAxisEqualThePlainForm) {
   for (int axis = 0; axis < 3; ++axis) {
-    CellMesh mesh = TwoCellsAlong(axis);
+    TestMesh mesh = TwoCellsAlong(axis);
     mesh.Centre(2) = {mesh.Centre(2).x + 0.1, mesh.Centre(2).y + 0.2, mesh.Centre(2).z + 0.3};
     FaceBed bed(mesh, 4.0);
     Triple const expected = bed.plain.DeriveInnerFace(1);
@@ -352,7 +356,7 @@ TEST(InnerFaceWeights, OfAFaceWithoutAreaAlongOneAxisEqualThePlainForm) {
 }
 
 TEST(InnerFaceWeights, ShapeNormalisedFormReplacesAZeroExtentByAMillionth) {
-  CellMesh mesh = TwoCellsAlong(0);
+  TestMesh mesh = TwoCellsAlong(0);
   mesh.inner[0].area = {1.0, 2.0, 3.0};
   FaceBed bed(mesh, 4.0, 1);
   Triple const expected = bed.plain.DeriveInnerFace(1);
@@ -364,10 +368,10 @@ TEST(InnerFaceWeights, ShapeNormalisedFormReplacesAZeroExtentByAMillionth) {
 }
 
 TEST(OtherFaceWeights, ShapeNormalisedFormDividesByAZeroExtent) {
-  CellMesh mesh = TwoCellsAlong(0);
-  mesh.AddSide(mesh.inlet, 1, {-1.0, 0.0, 0.0}, {-1.5, 0.0, 0.0});
+  TestMesh mesh = TwoCellsAlong(0);
+  mesh.AddSide(kInlet, 1, {-1.0, 0.0, 0.0}, {-1.5, 0.0, 0.0});
   FaceBed bed(mesh, 4.0, 1);
-  bed.Run(kInlet.run);
+  bed.Run(kInletDriver.run);
   RBFnode const* const row = bed.object->m_ppRBFInletFaceCoef[1];
   EXPECT_TRUE(std::isnan(row[1].x) && std::isnan(row[1].y) && std::isnan(row[1].z));
   EXPECT_EQ(0.0, bed.object->MAXResidual_X) << "a NaN is never above a maximum";
@@ -376,10 +380,10 @@ TEST(OtherFaceWeights, ShapeNormalisedFormDividesByAZeroExtent) {
 }
 
 TEST(OtherFaceWeights, PlainFormDoesNotLookAtTheExtents) {
-  CellMesh mesh = TwoCellsAlong(0);
-  mesh.AddSide(mesh.inlet, 1, {-1.0, 0.0, 0.0}, {-1.5, 0.0, 0.0});
+  TestMesh mesh = TwoCellsAlong(0);
+  mesh.AddSide(kInlet, 1, {-1.0, 0.0, 0.0}, {-1.5, 0.0, 0.0});
   FaceBed bed(mesh, 4.0, 0);
-  bed.Run(kInlet.run);
+  bed.Run(kInletDriver.run);
   EXPECT_GT(bed.object->m_ppRBFInletFaceCoef[1][1].x, 0.0) << "the interior cell is on the side of +x";
   EXPECT_EQ(bed.object->m_ppRBFInletFaceCoef[1][1].x, -bed.object->m_ppRBFInletFaceCoef[1][2].x);
 }
@@ -387,10 +391,10 @@ TEST(OtherFaceWeights, PlainFormDoesNotLookAtTheExtents) {
 // The side cell stands at the face's centre, so that its right-hand sides are -0.0: of the slope d at the cell,
 // with kernel values 3 and k, the weights are d / (2 (3 - k)) and its negative.
 TEST(InletFaceWeights, SecondNodeStandsAtTheFaceCentre) {
-  CellMesh mesh = TwoCellsAlong(0);
-  mesh.AddSide(mesh.inlet, 1, {-1.5, 0.0, 0.0}, {9.0, 9.0, 9.0});  // at distance 1 from cell 1, h = 1
+  TestMesh mesh = TwoCellsAlong(0);
+  mesh.AddSide(kInlet, 1, {-1.5, 0.0, 0.0}, {9.0, 9.0, 9.0});  // at distance 1 from cell 1, h = 1
   FaceBed bed(mesh, 2.0);
-  bed.Run(kInlet.run);
+  bed.Run(kInletDriver.run);
   double const slope = 56.0 * (5.0 + 2.0) * 1.0 / 256.0;  // c = 2
   double const weight = slope / (2.0 * (3.0 - 0.32421875));
   EXPECT_NEAR(weight, bed.object->m_ppRBFInletFaceCoef[1][1].x, 1e-14);
@@ -399,10 +403,10 @@ TEST(InletFaceWeights, SecondNodeStandsAtTheFaceCentre) {
 
 // Single precision would show here: three of its roundings are 1e-7 of the weight.
 TEST(FaceWeights, RightHandSidesKeepDoublePrecision) {
-  CellMesh mesh = TwoCellsAlong(0);
-  mesh.AddSide(mesh.inlet, 1, {-1.2, 0.0, 0.0}, {9.0, 9.0, 9.0});
+  TestMesh mesh = TwoCellsAlong(0);
+  mesh.AddSide(kInlet, 1, {-1.2, 0.0, 0.0}, {9.0, 9.0, 9.0});
   FaceBed bed(mesh, 3.0);
-  bed.Run(kInlet.run);
+  bed.Run(kInletDriver.run);
   double const h = 0.7, c = 3.0 * h, s = h / c;
   double const slope = h * 56.0 * (5.0 * h + c) * std::pow(c - h, 5) / std::pow(c, 8);
   double const kernel = std::pow(1.0 - s, 6) * (35.0 * s * s + 18.0 * s + 3.0);
@@ -412,12 +416,12 @@ TEST(FaceWeights, RightHandSidesKeepDoublePrecision) {
 }
 
 TEST(FaceWeights, OfTwoNodesAtOnePointEqualThePlainForm) {
-  CellMesh mesh = TwoCellsAlong(0);
-  mesh.AddSide(mesh.outlet, 1, mesh.Centre(1), {9.0, 9.0, 9.0});
+  TestMesh mesh = TwoCellsAlong(0);
+  mesh.AddSide(kOutlet, 1, mesh.Centre(1), {9.0, 9.0, 9.0});
   for (int const shape : {0, 1}) {
     FaceBed bed(mesh, 5.0, shape);
     auto const rows = bed.PlainRows(mesh.outlet);
-    bed.Run(kOutlet.run);
+    bed.Run(kOutletDriver.run);
     EXPECT_TRUE(SameFaceRows(rows, bed.object->m_ppRBFOutletFaceCoef));
     EXPECT_TRUE(SameResiduals(bed.plain, *bed.object));
   }
@@ -426,7 +430,7 @@ TEST(FaceWeights, OfTwoNodesAtOnePointEqualThePlainForm) {
 TEST(FaceWeightsDeathTest, WithoutRowsReachANullRow) {
   EXPECT_DEATH(
       {
-        TestBed bed(SomeMesh());
+        CellBed bed(SomeMesh());
         bed.SetUp();
         bed.object->faceToCellconnection_memoryallocate(2);
         bed.object->DeriveRBFweighting_InletfaceFlux();
@@ -435,4 +439,4 @@ TEST(FaceWeightsDeathTest, WithoutRowsReachANullRow) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

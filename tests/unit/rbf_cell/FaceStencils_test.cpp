@@ -3,28 +3,29 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/rbf_cell/TableComparison.h"
 
 // The face tables: how many cells are counted around a face, and which rows each mode allocates.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 constexpr int kKinds[] = {1, 2, 3, 4, 5};
 
 /// One partition face with the given nodes, and the given cells around nodes 1, 2, ...
-CellMesh OneFace(std::vector<int> const& nodes, std::vector<std::vector<int>> const& cellsAround) {
-  CellMesh mesh = OneStencil({}, {{1, 0, 0}});
+TestMesh OneFace(std::vector<int> const& nodes, std::vector<std::vector<int>> const& cellsAround) {
+  TestMesh mesh = OneStencil({}, {{1, 0, 0}});
   for (int c = 3; c <= 10; ++c) mesh.AddOuterCell({0, 0, 0});
-  mesh.partitionNodes = {nodes};
+  mesh.partition[0].nodes = nodes;
   mesh.nodeCells.insert(mesh.nodeCells.end(), cellsAround.begin(), cellsAround.end());
   return mesh;
 }
 
-int Count(CellMesh const& mesh, int face = 1, int kind = 5) {
-  TestBed bed(mesh);
+int Count(TestMesh const& mesh, int face = 1, int kind = 5) {
+  CellBed bed(mesh);
   return bed.object->CountingfaceToCellconnectionNumber(face, kind);
 }
 
@@ -58,7 +59,7 @@ TEST(FaceStencilCount, StopsAtTheEndOfAShorterRow) {
 
 // The table of nodes ends with the last partition face; a sanitizer sees a step beyond it.
 TEST(FaceStencilCount, OfAFaceBeyondThePartitionFacesIsZero) {
-  CellMesh const mesh = OneFace(kNodes, kAround);
+  TestMesh const mesh = OneFace(kNodes, kAround);
   ASSERT_EQ(1U, mesh.partition.size());
   for (int const kind : kKinds)
     for (int const face : {2, 3, 1000, 0, -1})
@@ -66,14 +67,15 @@ TEST(FaceStencilCount, OfAFaceBeyondThePartitionFacesIsZero) {
 }
 
 TEST(FaceStencilCount, AsksTheFacesForTheirNumberWhateverRowsTheTableHas) {
-  CellMesh mesh = OneFace({}, kAround);
-  mesh.partitionNodes.push_back(kNodes);
-  ASSERT_EQ(1U, mesh.partition.size());
-  for (int const kind : kKinds) EXPECT_EQ(0, Count(mesh, 2, kind)) << kind;
+  RaggedTable rows({{}, {}, kNodes});
+  CellBed bed(OneFace({}, kAround));
+  bed.host.mesh.ijParLnods = rows.Data();
+  ASSERT_EQ(1, bed.host.NFace(kPartition));
+  for (int const kind : kKinds) EXPECT_EQ(0, bed.object->CountingfaceToCellconnectionNumber(2, kind)) << kind;
 }
 
 TEST(FaceStencilCount, NeedsNoPartitionFaces) {
-  TestBed bed(OneFace(kNodes, kAround));
+  CellBed bed(OneFace(kNodes, kAround));
   CPartitionFace_DLL* const faces = bed.object->m_pPartFace;
   bed.object->m_pPartFace = nullptr;
   EXPECT_EQ(3, bed.object->CountingfaceToCellconnectionNumber(1, 1));
@@ -81,23 +83,22 @@ TEST(FaceStencilCount, NeedsNoPartitionFaces) {
 }
 
 TEST(FaceStencilCount, WithoutATableIsZero) {
-  CellMesh mesh = OneFace(kNodes, kAround);
+  TestMesh mesh = OneFace(kNodes, kAround);
   mesh.partition.clear();
-  mesh.partitionNodes.clear();
   for (int const kind : kKinds) EXPECT_EQ(0, Count(mesh, 1, kind)) << kind;
 }
 
 TEST(FaceStencilCount, CanBeRepeated) {
-  TestBed bed(OneFace(kNodes, kAround));
+  CellBed bed(OneFace(kNodes, kAround));
   for (int i = 0; i < 3; ++i) EXPECT_EQ(3, bed.object->CountingfaceToCellconnectionNumber(1, 5));
 }
 
 /// The same count from the tables of a mesh by the plainest means.
-int PlainCount(CellMesh const& mesh, int face) {
+int PlainCount(TestMesh const& mesh, int face) {
   if (face > static_cast<int>(mesh.partition.size())) return 0;
   std::vector<bool> seen(static_cast<std::size_t>(mesh.NCell() + 1), false);
   int count = 0;
-  std::vector<int> const& nodes = mesh.partitionNodes[static_cast<std::size_t>(face - 1)];
+  std::vector<int> const& nodes = mesh.partition[static_cast<std::size_t>(face - 1)].nodes;
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     std::vector<int> const& row = mesh.nodeCells[i + 1];
     std::size_t const m = mesh.nodeCells[static_cast<std::size_t>(nodes[i])].size();
@@ -114,8 +115,8 @@ TEST(FaceStencilCount, EqualsThePlainCountOnMeshesOfAllCells) {
   for (Cells const cells : kAllCells) {
     LatticeOptions options;
     options.cells = cells;
-    CellMesh const mesh = LatticeMesh(options);
-    TestBed bed(mesh);
+    TestMesh const mesh = LatticeMesh(options);
+    CellBed bed(mesh);
     ASSERT_FALSE(mesh.partition.empty());
     for (int f = 1; f <= static_cast<int>(mesh.partition.size()); ++f)
       for (int const kind : kKinds)
@@ -134,8 +135,8 @@ struct Tables {
   RBFnode** weights;
 };
 
-std::vector<Tables> AllTables(CellMesh const& mesh, CZynRBFInternalObject const& o) {
-  auto const size = [](std::vector<CellFace> const& faces) { return static_cast<int>(faces.size()); };
+std::vector<Tables> AllTables(TestMesh const& mesh, CZynRBFInternalObject const& o) {
+  auto const size = [](std::vector<Face> const& faces) { return static_cast<int>(faces.size()); };
   return {{"inner", size(mesh.inner), o.m_ppRBFInnerFaceConn, o.m_ppRBFInnerFaceCoef},
           {"wall", size(mesh.wall), o.m_ppRBFWallFaceConn, o.m_ppRBFWallFaceCoef},
           {"inlet", size(mesh.inlet), o.m_ppRBFInletFaceConn, o.m_ppRBFInletFaceCoef},
@@ -143,7 +144,7 @@ std::vector<Tables> AllTables(CellMesh const& mesh, CZynRBFInternalObject const&
           {"partition", size(mesh.partition), o.m_ppRBFPartInterFaceConn, o.m_ppRBFPartInterFaceCoef}};
 }
 
-CellMesh SomeMesh() {
+TestMesh SomeMesh() {
   LatticeOptions options;
   options.cells = Cells::Prisms;
   return LatticeMesh(options);
@@ -185,8 +186,8 @@ void ExpectFluxRows(double* const* flux, int count, Elements elements) {
 }
 
 TEST(FaceTables, Mode0HasTwoNodesAFace) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(0));
   for (Tables const& t : AllTables(mesh, *bed.object)) {
@@ -199,8 +200,8 @@ TEST(FaceTables, Mode0HasTwoNodesAFace) {
 }
 
 TEST(FaceTables, Mode1HasTheCountedCellsOfEachFace) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(1));
   auto const count = [&mesh](int f) { return PlainCount(mesh, f); };
@@ -211,8 +212,8 @@ TEST(FaceTables, Mode1HasTheCountedCellsOfEachFace) {
 }
 
 TEST(FaceTables, Mode1OfAFaceWithoutNodesHasOneStencilElementAndTwoWeights) {
-  CellMesh const mesh = OneFace({}, kAround);
-  TestBed bed(mesh);
+  TestMesh const mesh = OneFace({}, kAround);
+  CellBed bed(mesh);
   bed.SetUp();
   EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(1));
   EXPECT_EQ(0, bed.object->m_ppRBFPartInterFaceConn[1][0]);
@@ -221,9 +222,9 @@ TEST(FaceTables, Mode1OfAFaceWithoutNodesHasOneStencilElementAndTwoWeights) {
 }
 
 TEST(FaceTables, Mode1BeyondThePartitionFacesCountsNothing) {
-  CellMesh const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   ASSERT_GT(mesh.inner.size(), mesh.partition.size());
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUp();
   bed.object->faceToCellconnection_memoryallocate(1);
   for (std::size_t f = mesh.partition.size() + 1; f <= mesh.inner.size(); ++f)
@@ -231,9 +232,9 @@ TEST(FaceTables, Mode1BeyondThePartitionFacesCountsNothing) {
 }
 
 TEST(FaceTables, OtherModesHaveHeadsOfNullRows) {
-  CellMesh const mesh = SomeMesh();
+  TestMesh const mesh = SomeMesh();
   for (int const mode : {-1, 2, 100}) {
-    TestBed bed(mesh);
+    CellBed bed(mesh);
     bed.SetUp();
     EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(mode));
     for (Tables const& t : AllTables(mesh, *bed.object)) {
@@ -251,11 +252,10 @@ TEST(FaceTables, OtherModesHaveHeadsOfNullRows) {
 }
 
 TEST(FaceTables, WithoutPartitionFacesHoldElement0Alone) {
-  CellMesh mesh = SomeMesh();
+  TestMesh mesh = SomeMesh();
   mesh.partition.clear();
-  mesh.partitionNodes.clear();
   for (int const mode : {0, 1, 2}) {
-    TestBed bed(mesh);
+    CellBed bed(mesh);
     bed.SetUp();
     EXPECT_EQ(0, bed.object->faceToCellconnection_memoryallocate(mode));
     ASSERT_NE(nullptr, bed.object->m_ppRBFPartInterFaceConn);
@@ -266,7 +266,7 @@ TEST(FaceTables, WithoutPartitionFacesHoldElement0Alone) {
 }
 
 TEST(FaceTables, SecondCallAllocatesAnew) {
-  TestBed bed(SomeMesh());
+  CellBed bed(SomeMesh());
   bed.SetUp();
   bed.object->faceToCellconnection_memoryallocate(0);
   // The former face tables are lost with the second call. A copy without cell tables keeps them, so that this
@@ -283,13 +283,13 @@ TEST(FaceTables, SecondCallAllocatesAnew) {
   EXPECT_NE(former->m_ppRBFInnerFaceFlux, bed.object->m_ppRBFInnerFaceFlux);
   EXPECT_NE(former->m_ppRBFPartInterFaceCoef, bed.object->m_ppRBFPartInterFaceCoef);
   EXPECT_EQ(2, former->m_ppRBFInnerFaceConn[1][0]);
-  TestBed::Connect(*former, bed.host);
+  CellBed::Connect(*former, bed.host);
   delete former;
 }
 
 TEST(FaceTables, SettingTheStencilsDoesNothing) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUp();
   bed.object->faceToCellconnection_memoryallocate(0);
   for (int const argument : {-1, 0, 1, 2, 5}) EXPECT_EQ(0, bed.object->SetfaceToCellconnection(argument));
@@ -299,4 +299,4 @@ TEST(FaceTables, SettingTheStencilsDoesNothing) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

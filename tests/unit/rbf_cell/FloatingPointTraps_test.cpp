@@ -4,21 +4,23 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/watch/ArmedTraps.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // A solver may have divisions by zero, invalid operations and overflow stop the program. The cell operator divides by
 // zero only where its results are defined by that, and the LAPACK below it may do what it likes: nothing stops the
 // solver, and the results are those without traps. A trap ends these tests.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
-using Array = gradient_test::GuardedArray<double>;
-using gradient_test::ArmedTraps;
+using Array = GuardedArray<double>;
 
 /// Runs `call` with the traps armed, or without.
 template <typename Call>
@@ -38,7 +40,7 @@ void ExpectSame(Outcome const& a, Outcome const& b) {
   EXPECT_EQ(a.printed, b.printed);
   ASSERT_EQ(a.arrays.size(), b.arrays.size());
   for (std::size_t k = 0; k < a.arrays.size(); ++k)
-    EXPECT_TRUE(gradient_test::SameBits(a.arrays[k].Size(), a.arrays[k].Data(), b.arrays[k].Data())) << k;
+    EXPECT_TRUE(SameBits(a.arrays[k].Size(), a.arrays[k].Data(), b.arrays[k].Data())) << k;
 }
 
 Array Field(int n) {
@@ -48,8 +50,8 @@ Array Field(int n) {
 }
 
 /// Set-up, weights, gradient, and the face family of every kind.
-Outcome GradientAndFaces(CellMesh const& mesh, std::string const& settings, int mode, bool withTraps) {
-  TestBed bed(mesh, settings);
+Outcome GradientAndFaces(TestMesh const& mesh, std::string const& settings, int mode, bool withTraps) {
+  CellBed bed(mesh, settings);
   Array phi = Field(mesh.NCell()), gx(mesh.NCell()), gy(gx), gz(gx);
   Array fx(static_cast<int>(mesh.inner.size())), fy(fx), fz(fx);
   CZynRBFInternalObject& o = *bed.object;
@@ -77,9 +79,9 @@ Outcome GradientAndFaces(CellMesh const& mesh, std::string const& settings, int 
 }
 
 /// The operations for points.
-Outcome Points(CellMesh const& mesh, int method, bool withTraps) {
+Outcome Points(TestMesh const& mesh, int method, bool withTraps) {
   constexpr int kPoints = 3;
-  TestBed bed(mesh, DefaultSettings());
+  CellBed bed(mesh, DefaultSettings());
   CZynRBFInternalObject& o = *bed.object;
   double reals[5];
   int ints[5];
@@ -115,8 +117,8 @@ Outcome Points(CellMesh const& mesh, int method, bool withTraps) {
   return outcome;
 }
 
-std::vector<CellMesh> Meshes() {
-  std::vector<CellMesh> meshes;
+std::vector<TestMesh> Meshes() {
+  std::vector<TestMesh> meshes;
   for (Cells const cells : {Cells::Hexahedra, Cells::Tetrahedra, Cells::Polyhedra}) {
     for (double const jitter : {0.0, 0.2}) {
       LatticeOptions options;
@@ -129,7 +131,7 @@ std::vector<CellMesh> Meshes() {
 }
 
 TEST(CellOperatorTraps, NothingOfTheGradientOrOfFacesStopsASolver) {
-  for (CellMesh const& mesh : Meshes())
+  for (TestMesh const& mesh : Meshes())
     for (char const* const span : {"500", "5"})
       for (int const mode : {0, 1})
         ExpectSame(GradientAndFaces(mesh, Settings(span, "0"), mode, false),
@@ -138,22 +140,22 @@ TEST(CellOperatorTraps, NothingOfTheGradientOrOfFacesStopsASolver) {
 
 // Faces along an axis have no extent along the others, and the weights of four of the five kinds are not finite then.
 TEST(CellOperatorTraps, NothingOfTheShapeNormalisedFormStopsASolver) {
-  for (CellMesh const& mesh : Meshes())
+  for (TestMesh const& mesh : Meshes())
     ExpectSame(GradientAndFaces(mesh, Settings("500", "1"), 0, false),
                GradientAndFaces(mesh, Settings("500", "1"), 0, true));
 }
 
 TEST(CellOperatorTraps, NothingForPointsStopsASolver) {
-  for (CellMesh const& mesh : Meshes())
+  for (TestMesh const& mesh : Meshes())
     for (int const method : {1, 2, 3}) ExpectSame(Points(mesh, method, false), Points(mesh, method, true));
 }
 
 // The mean distance over no inner faces is 0 / 0, the stencil of a cell without neighbours has no length, and two
 // members in one place make a singular system.
 TEST(CellOperatorTraps, NoDegenerateMeshStopsASolver) {
-  CellMesh twins = SevenPoints();
+  TestMesh twins = SevenPoints();
   twins.Centre(3) = twins.Centre(2);
-  for (CellMesh const& mesh : {SevenPoints(), OneStencil({}, {}), OneStencil({}, {{1, 0, 0}}), twins}) {
+  for (TestMesh const& mesh : {SevenPoints(), OneStencil({}, {}), OneStencil({}, {{1, 0, 0}}), twins}) {
     for (char const* const normalised : {"0", "1"})
       ExpectSame(GradientAndFaces(mesh, Settings("500", normalised), 0, false),
                  GradientAndFaces(mesh, Settings("500", normalised), 0, true));
@@ -168,4 +170,4 @@ TEST(CellOperatorTraps, ASpanBeyondTheNumbersStopsNoSolver) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

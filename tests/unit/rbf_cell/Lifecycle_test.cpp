@@ -5,15 +5,16 @@
 #include <type_traits>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TestBed.h"
-#include "tests/unit/rbf_cell/Undestroyed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/rbf_cell/Undestroyed.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // What construction leaves, what the setters store and answer, what set-up allocates, what the destructor
 // destroys, and what a copy is.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
@@ -98,15 +99,8 @@ TEST(CellOperator, HasAVirtualDestructorAndCharacterBuffersOf1024) {
 // ---------------------------------------------------------------------------------------------- host objects
 
 /// Host objects on the stack, for operators that are never destroyed.
-struct StackHost {
-  Destroyed destroyed;
-  int calls = 0;
-  PartitionArrays arrays;
-  WatchedGlobals globals{destroyed}, otherGlobals{destroyed};
-  WatchedGPU gpu{destroyed};
-  WatchedOpenMP openMP{destroyed};
-  WatchedPartitionFaces faces{destroyed, arrays};
-  WatchedCommunication communication{destroyed, calls};
+struct StackHost : HostObjects {
+  CZyn3dGV otherGlobals;
   CZYN3DFiniteVolumeMesh mesh;
 };
 
@@ -114,13 +108,13 @@ TEST(CellOperatorSetters, StoreAllHostObjects) {
   StackHost host;
   Undestroyed object;
   EXPECT_EQ(1, object->getZyn3dGV(&host.globals, &host.gpu, &host.openMP, &host.mesh));
-  EXPECT_EQ(1, object->getPartitionFace(&host.faces));
+  EXPECT_EQ(1, object->getPartitionFace(&host.partitionFaces));
   EXPECT_EQ(1, object->getCommunication(&host.communication));
   EXPECT_EQ(&host.globals, object->m_pGV);
   EXPECT_EQ(&host.gpu, object->m_pGVGPU);
   EXPECT_EQ(&host.openMP, object->m_pGVOpenMP);
   EXPECT_EQ(&host.mesh, object->m_pMesh);
-  EXPECT_EQ(&host.faces, object->m_pPartFace);
+  EXPECT_EQ(&host.partitionFaces, object->m_pPartFace);
   EXPECT_EQ(&host.communication, object->m_pComm);
   EXPECT_EQ(kPrefix, object->getErrorMsg());
 }
@@ -171,9 +165,9 @@ TEST(CellOperatorSetters, NullGlobalsLeaveFormerObjects) {
 TEST(CellOperatorSetters, NullPartitionFacesFailAndKeepTheFormer) {
   StackHost host;
   Undestroyed object;
-  object->getPartitionFace(&host.faces);
+  object->getPartitionFace(&host.partitionFaces);
   EXPECT_EQ(-1, object->getPartitionFace(nullptr));
-  EXPECT_EQ(&host.faces, object->m_pPartFace);
+  EXPECT_EQ(&host.partitionFaces, object->m_pPartFace);
   EXPECT_EQ(kPrefix + kNoPartFaces, object->getErrorMsg());
 }
 
@@ -207,14 +201,14 @@ TEST(CellOperatorFailureText, IsCutAt1023Characters) {
 
 // ---------------------------------------------------------------------------------------------------- set-up
 
-CellMesh SomeMesh() {
+TestMesh SomeMesh() {
   LatticeOptions options;
   options.cells = Cells::HexaPyramids;
   return LatticeMesh(options);
 }
 
 TEST(CellOperatorSetUp, SetsTheStoredValues) {
-  TestBed bed(SomeMesh());
+  CellBed bed(SomeMesh());
   bed.object->m_iWorstElement = 77;
   bed.object->iShape_Normalize = 77;
   bed.SetUp();
@@ -227,8 +221,8 @@ TEST(CellOperatorSetUp, SetsTheStoredValues) {
 }
 
 TEST(CellOperatorSetUp, AllocatesRowsOfInteriorCellsAlone) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUp();
   CZynRBFInternalObject const& object = *bed.object;
   ASSERT_NE(nullptr, object.m_ppRBFCellConn);
@@ -242,8 +236,8 @@ TEST(CellOperatorSetUp, AllocatesRowsOfInteriorCellsAlone) {
 }
 
 TEST(CellOperatorSetUp, LeavesTheWeightsZeroWithRoomForTheMultiplier) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUp();
   for (int c = 1; c <= mesh.nInnerCells; ++c) {
     int const m = static_cast<int>(mesh.Neighbours(c).size());
@@ -257,8 +251,8 @@ TEST(CellOperatorSetUp, LeavesTheWeightsZeroWithRoomForTheMultiplier) {
 }
 
 TEST(CellOperatorSetUp, GivesEveryRowAPlaceOfItsOwn) {
-  CellMesh const mesh = SomeMesh();
-  TestBed bed(mesh);
+  TestMesh const mesh = SomeMesh();
+  CellBed bed(mesh);
   bed.SetUp();
   auto const fill = [&](auto&& element) {
     for (int c = 1; c <= mesh.nInnerCells; ++c)
@@ -275,7 +269,7 @@ TEST(CellOperatorSetUp, GivesEveryRowAPlaceOfItsOwn) {
 }
 
 TEST(CellOperatorSetUp, AllocatesEverythingAnewWhenCalledAgain) {
-  TestBed bed(SomeMesh());
+  CellBed bed(SomeMesh());
   bed.SetUp();
   // The former tables are lost with the second call; a copy keeps them, so that this test can free them with
   // host objects of their own.
@@ -290,15 +284,15 @@ TEST(CellOperatorSetUp, AllocatesEverythingAnewWhenCalledAgain) {
   EXPECT_NE(former->m_piNodeKind, bed.object->m_piNodeKind);
   EXPECT_NE(former->m_piNodeKindIndex, bed.object->m_piNodeKindIndex);
   EXPECT_EQ(1, former->m_piNodeKind[1]);
-  TestBed::Connect(*former, bed.host);
+  CellBed::Connect(*former, bed.host);
   delete former;
 }
 
 TEST(CellOperatorSetUp, ReadsTheHostAndCallsNoExchange) {
-  TestBed bed(SomeMesh());
+  CellBed bed(SomeMesh());
   bed.SetUpAndDerive();
   EXPECT_TRUE(bed.host.InputsUntouched());
-  EXPECT_EQ(0, bed.host.communicationCalls);
+  EXPECT_TRUE(bed.host.exchanges.empty());
 }
 
 // ----------------------------------------------------------------------------------------------- destruction
@@ -314,7 +308,7 @@ TEST(CellOperatorDestruction, DestroysTheFiveHostObjectsInOrderAndLeavesTheMesh)
   Destroyed const inOrder = {"globals", "partition faces", "communication", "gpu", "openmp"};
   for (bool const setUp : {false, true}) {
     host.destroyed.clear();
-    CZynRBFInternalObject* const object = TestBed::NewConnected(host);
+    CZynRBFInternalObject* const object = CellBed::NewConnected(host);
     if (setUp) Printed([object] { object->InitialRBFSetting(); });
     delete object;
     EXPECT_EQ(inOrder, host.destroyed);
@@ -329,8 +323,8 @@ TEST(CellOperatorDestruction, FreesEverythingThatTheObjectAllocated) {
     CellHost host(SomeMesh(), folder.BaseFileName());
     host.destroyed.reserve(100);
     auto const live = [&host, mode] {
-      long const before = gradient_test::LiveAllocations();
-      CZynRBFInternalObject* const object = TestBed::NewConnected(host);
+      long const before = LiveAllocations();
+      CZynRBFInternalObject* const object = CellBed::NewConnected(host);
       Printed([object, mode] {
         object->InitialRBFSetting();
         object->DeriveRBFweighting();
@@ -338,7 +332,7 @@ TEST(CellOperatorDestruction, FreesEverythingThatTheObjectAllocated) {
       });
       delete object;
       host.destroyed.clear();
-      return gradient_test::LiveAllocations() - before;
+      return LiveAllocations() - before;
     };
     live();  // what the C++ library keeps for good from the first use of a stream
     EXPECT_EQ(0, live()) << "mode " << mode;
@@ -474,7 +468,7 @@ TEST(CellOperatorAssignment, TakesEveryMemberAsItStandsAndReturnsTheTarget) {
 }
 
 TEST(CellOperatorAssignment, ReleasesNothingThatTheTargetHeld) {
-  TestBed source(SomeMesh()), holder(SomeMesh());
+  CellBed source(SomeMesh()), holder(SomeMesh());
   source.SetUp();
   holder.SetUpAndDerive();
   Undestroyed target(*holder.object);  // shares the holder's tables and host objects
@@ -485,7 +479,7 @@ TEST(CellOperatorAssignment, ReleasesNothingThatTheTargetHeld) {
 }
 
 TEST(CellOperatorAssignment, ToItselfChangesNothing) {
-  TestBed bed(SomeMesh());
+  CellBed bed(SomeMesh());
   bed.SetUpAndDerive();
   Undestroyed before(*bed.object);
   CZynRBFInternalObject const& same = *bed.object;
@@ -496,4 +490,4 @@ TEST(CellOperatorAssignment, ToItselfChangesNothing) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -4,19 +4,20 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Memory may run out at every allocation: the exception is the allocator's, the operator can be destroyed, and nothing
 // stays behind.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
-using Array = gradient_test::GuardedArray<double>;
+using Array = GuardedArray<double>;
 
-CellMesh SmallMesh() {
+TestMesh SmallMesh() {
   LatticeOptions options;
   options.nx = options.ny = options.nz = 2;
   return LatticeMesh(options);
@@ -26,7 +27,7 @@ struct Bed {
   Bed() : host(SmallMesh(), folder.BaseFileName()), x(3, 0.5), support(3) {
     folder.Write(DefaultSettings());
     host.destroyed.reserve(100);
-    CellMesh const mesh = SmallMesh();
+    TestMesh const mesh = SmallMesh();
     for (int c = 1; c <= mesh.NCell(); ++c) {
       Point const& p = mesh.Centre(c);
       cellOfBlock.push_back(c);
@@ -37,7 +38,7 @@ struct Bed {
   }
 
   CZynRBFInternalObject* NewOperator() {
-    CZynRBFInternalObject* const object = TestBed::NewConnected(host);
+    CZynRBFInternalObject* const object = CellBed::NewConnected(host);
     object->m_pGV->ResetRealBlock = reals;
     object->m_pGV->ResetIntBlock = ints;
     return object;
@@ -76,11 +77,11 @@ struct Bed {
 template <typename SetUp>
 long FailEachInTurn(Bed& bed, SetUp setUp) {
   auto const run = [&](long n) {
-    long const live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
+    long const live = LiveAllocations(), blocks = LiveBlocks();
     CZynRBFInternalObject* const object = bed.NewOperator();
     bool threw = false, happened = false;
     {
-      gradient_test::FailingAllocation const failing(n);
+      FailingAllocation const failing(n);
       try {
         setUp(*object);
       } catch (std::bad_alloc const&) {
@@ -91,8 +92,8 @@ long FailEachInTurn(Bed& bed, SetUp setUp) {
     delete object;
     bed.host.destroyed.clear();
     EXPECT_EQ(threw, happened) << "allocation " << n;
-    EXPECT_EQ(live, gradient_test::LiveAllocations()) << "allocation " << n;
-    EXPECT_EQ(blocks, gradient_test::LiveBlocks()) << "allocation " << n;
+    EXPECT_EQ(live, LiveAllocations()) << "allocation " << n;
+    EXPECT_EQ(blocks, LiveBlocks()) << "allocation " << n;
     return happened;
   };
   long n = 0;
@@ -144,7 +145,7 @@ TEST(CellOperatorWithoutMemory, ASecondPointSetUpWithMorePointsCanFailAnywhere) 
     RBFnode** const coef = object->m_ppIBCoef;
     double** const valueCoef = object->m_ppIBValueCoef;
     {
-      gradient_test::FailingAllocation const failing(n);
+      FailingAllocation const failing(n);
       try {
         object->Initialize_IBInterpolateData(nullptr, 200, nullptr, nullptr, nullptr, 1, 0.0, 0);
       } catch (std::bad_alloc const&) {
@@ -163,4 +164,4 @@ TEST(CellOperatorWithoutMemory, ASecondPointSetUpWithMorePointsCanFailAnywhere) 
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -3,32 +3,33 @@
 #include <cmath>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // How far the growing cube of the cell operator's point search goes if it never finds enough: until it covers
 // the points of all cells and their centres, in every direction.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
-using Array = gradient_test::GuardedArray<double>;
+using Array = GuardedArray<double>;
 
 /// Two cells at a distance of 1, and a ghost cell with its face.
-CellMesh WithGhost(Point face, Point ghost) {
-  CellMesh mesh;
+TestMesh WithGhost(Point face, Point ghost) {
+  TestMesh mesh;
   mesh.AddInteriorCell({0, 0, 0});
   mesh.AddInteriorCell({1, 0, 0});
   mesh.JoinInterior(1, 2);
-  mesh.AddSide(mesh.wall, 1, face, ghost);
+  mesh.AddSide(kWall, 1, face, ghost);
   return mesh;
 }
 
 /// The half-width at which the search around (0, 0, 0) ends with too few.
-double WidthThatCoversAll(CellMesh const& mesh) {
-  TestBed bed(mesh);
+double WidthThatCoversAll(TestMesh const& mesh) {
+  CellBed bed(mesh);
   Array realBlock(4), x(1, 0.0), support(1, -7.5);
-  gradient_test::GuardedArray<int> intBlock(4);
+  GuardedArray<int> intBlock(4);
   bed.object->m_pGV->ResetRealBlock = realBlock.Data();
   bed.object->m_pGV->ResetIntBlock = intBlock.Data();
   CZYNOptKer tree;
@@ -63,4 +64,4 @@ TEST(CellPointBounds, ReachTheCentresOfGhostCellsOnEveryAxis) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

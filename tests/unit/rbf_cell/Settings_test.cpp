@@ -6,21 +6,22 @@
 #include <fstream>
 #include <string>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // The settings file: how it is written, which lines are read, what makes it start anew, and that no file
 // whatever does harm.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
 std::string const kShapeOn = "iShape_Normalize = On\n";
 
 /// An operator that is about to read its settings; both values begin as something that no default is.
-struct Reader : TestBed {
-  Reader() : TestBed(SevenPoints()) {
+struct Reader : CellBed {
+  Reader() : CellBed(SevenPoints()) {
     object->Span = 123.5;
     object->iShape_Normalize = 7;
   }
@@ -76,7 +77,7 @@ TEST(CellSettings, MessagesAreFlushedAtOnce) {
 }
 
 TEST(CellSettings, SetUpStartsFromTheDefaultsWhateverTheValuesWere) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   std::filesystem::remove_all(bed.folder.Path());  // so that no file can be written
   bed.object->Span = 123.5;
   bed.object->iShape_Normalize = 7;
@@ -86,14 +87,14 @@ TEST(CellSettings, SetUpStartsFromTheDefaultsWhateverTheValuesWere) {
 }
 
 TEST(CellSettings, AreNamedAfterTheBaseFileName) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   bed.SetUp();
   EXPECT_EQ(bed.folder.Path() + "/run.rbf", bed.object->m_szRBFFileName);
   EXPECT_TRUE(bed.folder.Exists());
 }
 
 TEST(CellSettings, SetUpReadsThemBeforeTheCollation) {
-  TestBed bed(SevenPoints(), Settings("7.5", "1"));
+  CellBed bed(SevenPoints(), Settings("7.5", "1"));
   EXPECT_EQ(0U, bed.SetUp().find(kShapeOn + "NInnerFaces ok!\n"));
   EXPECT_EQ(7.5, bed.object->Span);
   EXPECT_EQ(1, bed.object->iShape_Normalize);
@@ -454,4 +455,4 @@ TEST(CellSettings, ReadOnlyFileOfItsOwnIsRead) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -6,15 +6,17 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/LatticeMesh.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_cell/TestBed.h"
+#include "tests/support/mesh/LatticeMesh.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The weights of a cell: worked numbers, the two kernel forms, the printed maxima, and what stencils that are
 // not fit for a system leave behind.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
 using Field = std::function<double(Point)>;
@@ -46,7 +48,7 @@ std::string MaximaLine(double span, double x, double y, double z) {
 std::string const kDone = "Cell RBF flux Interpolation is done.\n";
 
 /// A plain form that was set up and derived.
-PlainCellOperator Derived(CellMesh const& mesh, double span, int shapeNormalize) {
+PlainCellOperator Derived(TestMesh const& mesh, double span, int shapeNormalize) {
   PlainCellOperator plain(mesh, span, shapeNormalize);
   plain.Collate();
   plain.DeriveAll();
@@ -66,7 +68,7 @@ Triple SumOfRow(PlainCellOperator const& plain, int cell) {
 constexpr double kFiveDecimals = 0.5e-5, kTwoDecimals = 0.5e-2;
 
 TEST(CellWeights, SevenPointsWithSpan500GiveALinearFieldTo2e5) {
-  TestBed bed(SevenPoints(), Settings("500", "0"));
+  CellBed bed(SevenPoints(), Settings("500", "0"));
   bed.SetUpAndDerive();
   Triple const g = GradientOf(*bed.object, 1, Linear);
   EXPECT_NEAR(2.00012, g[0], kFiveDecimals);
@@ -75,7 +77,7 @@ TEST(CellWeights, SevenPointsWithSpan500GiveALinearFieldTo2e5) {
 }
 
 TEST(CellWeights, SevenPointsWithSpan5AreOffByThirtyPercent) {
-  TestBed bed(SevenPoints(), Settings("5", "0"));
+  CellBed bed(SevenPoints(), Settings("5", "0"));
   bed.SetUpAndDerive();
   Triple const g = GradientOf(*bed.object, 1, Linear);
   EXPECT_NEAR(2.59499, g[0], kFiveDecimals);
@@ -85,7 +87,7 @@ TEST(CellWeights, SevenPointsWithSpan5AreOffByThirtyPercent) {
 
 // The extents are 2, so this is Span * 2 = 1000 times the derivative: nothing divides the scale out.
 TEST(CellWeights, ShapeNormalisedFormKeepsTheAxisScale) {
-  TestBed bed(SevenPoints(), Settings("500", "1"));
+  CellBed bed(SevenPoints(), Settings("500", "1"));
   bed.SetUpAndDerive();
   Triple const g = GradientOf(*bed.object, 1, Linear);
   EXPECT_NEAR(2000.03, g[0], kTwoDecimals);
@@ -95,7 +97,7 @@ TEST(CellWeights, ShapeNormalisedFormKeepsTheAxisScale) {
 
 TEST(CellWeights, ConstantFieldHasNoSlope) {
   for (char const* const shape : {"0", "1"}) {
-    TestBed bed(SevenPoints(), Settings("500", shape));
+    CellBed bed(SevenPoints(), Settings("500", shape));
     bed.SetUpAndDerive();
     double largest = 0.0;
     for (int m = 1; m <= 7; ++m) largest = std::fmax(largest, std::fabs(bed.object->m_ppRBFCellCoef[1][m].x));
@@ -108,8 +110,8 @@ TEST(CellWeights, ConstantFieldHasNoSlope) {
 
 // ------------------------------------------------------------------------------------ equal to the plain form
 
-AssertionResult SameAsPlainForm(CellMesh const& mesh, double span, int shapeNormalize) {
-  TestBed bed(mesh, Settings(std::to_string(span), std::to_string(shapeNormalize)));
+AssertionResult SameAsPlainForm(TestMesh const& mesh, double span, int shapeNormalize) {
+  CellBed bed(mesh, Settings(std::to_string(span), std::to_string(shapeNormalize)));
   bed.SetUpAndDerive();
   PlainCellOperator const plain = Derived(mesh, span, shapeNormalize);
   AssertionResult const weights = SameWeights(plain, *bed.object);
@@ -122,15 +124,15 @@ TEST(CellWeights, OfSevenPointsEqualThePlainForm) {
 }
 
 TEST(CellWeights, OtherShapeSettingsAreThePlainForm) {
-  CellMesh mesh = SevenPoints();
-  TestBed two(mesh, Settings("500", "2"));
+  TestMesh mesh = SevenPoints();
+  CellBed two(mesh, Settings("500", "2"));
   two.SetUpAndDerive();
   EXPECT_TRUE(SameWeights(Derived(mesh, 500.0, 0), *two.object));
 }
 
 // A kernel value that a support test would cut to zero is not: at Span 0.5 the members are at s = 2 and more.
 TEST(CellWeights, NothingIsCutOffBeyondTheSupport) {
-  CellMesh const mesh = SevenPoints();
+  TestMesh const mesh = SevenPoints();
   PlainCellOperator plain(mesh, 0.5, 0);
   plain.Collate();
   EXPECT_EQ(179.0, plain.SystemOf(1).matrix[1]) << "between the cell and its first neighbour";
@@ -145,10 +147,10 @@ double InSinglePrecision(double value) {
 // The right-hand sides pass through single precision, the matrix does not. A stencil that LAPACK gives up shows
 // them unsolved: three times the same member, beside others at odd distances.
 TEST(CellWeights, RightHandSidesSeenInAnUnsolvedSystemAreFloats) {
-  CellMesh mesh = OneStencil({}, {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}});
+  TestMesh mesh = OneStencil({}, {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}});
   mesh.Neighbours(1).insert(mesh.Neighbours(1).end(), {2, 2});
   for (char const* const shape : {"0", "1"}) {
-    TestBed bed(mesh, Settings("50", shape));
+    CellBed bed(mesh, Settings("50", shape));
     bed.SetUpAndDerive();
     ASSERT_NE(0.0, bed.object->m_ppRBFCellCoef[1][3].x);
     for (int k = 1; k <= 8; ++k) {
@@ -160,12 +162,12 @@ TEST(CellWeights, RightHandSidesSeenInAnUnsolvedSystemAreFloats) {
 
 // The right-hand sides pass through single precision, the matrix does not.
 TEST(CellWeights, RightHandSidesAreRoundedToFloat) {
-  CellMesh const mesh =
+  TestMesh const mesh =
       OneStencil({}, {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}});
   PlainCellOperator plain = Derived(mesh, 50.0, 0);
   DenseSystem system = plain.SystemOf(1);
   for (double const value : system.rightHandSides) EXPECT_EQ(value, InSinglePrecision(value));
-  TestBed bed(mesh, Settings("50", "0"));
+  CellBed bed(mesh, Settings("50", "0"));
   bed.SetUpAndDerive();
   EXPECT_TRUE(SameWeights(plain, *bed.object));
 
@@ -180,13 +182,13 @@ TEST(CellWeights, RightHandSidesAreRoundedToFloat) {
 // The system by hand: kernel values in the matrix, the slope at the cell's centre on the right-hand side, ones
 // at the border. Two points on the x axis, Span 1, so that h = 1 is the support radius.
 TEST(CellWeights, OfTwoPointsSolveTheSystemWrittenByHand) {
-  TestBed bed(OneStencil({}, {{1.0, 0.0, 0.0}}), Settings("1", "0"));
+  CellBed bed(OneStencil({}, {{1.0, 0.0, 0.0}}), Settings("1", "0"));
   bed.SetUpAndDerive();
   // kernel(0) = 3, kernel(1) = 0; the slope at the neighbour is 56 * (5 + 1) * 0^5 = 0. With w1 + w2 = 0 all is 0.
   RBFnode const* const row = bed.object->m_ppRBFCellCoef[1];
   for (int k = 1; k <= 3; ++k) EXPECT_EQ(0.0, row[k].x);
 
-  TestBed wider(OneStencil({}, {{1.0, 0.0, 0.0}}), Settings("2", "0"));
+  CellBed wider(OneStencil({}, {{1.0, 0.0, 0.0}}), Settings("2", "0"));
   wider.SetUpAndDerive();
   // s = 1/2: kernel = 0.32421875, slope = 56 * 1 * (5 + 2) * 1^5 / 2^8 = 1.53125.
   //   3 w1 + 0.32421875 w2 + m = 0,  0.32421875 w1 + 3 w2 + m = 1.53125,  w1 + w2 = 0
@@ -210,8 +212,8 @@ TEST(CellWeights, ExchangeOfXAndYExchangesTheWeightsBitForBit) {
   std::vector<Point> exchanged;
   for (Point const& p : members) exchanged.push_back({p.y, p.x, p.z});
   for (char const* const shape : {"0", "1"}) {
-    TestBed bed(OneStencil({}, members), Settings("20", shape));
-    TestBed other(OneStencil({}, exchanged), Settings("20", shape));
+    CellBed bed(OneStencil({}, members), Settings("20", shape));
+    CellBed other(OneStencil({}, exchanged), Settings("20", shape));
     bed.SetUpAndDerive();
     other.SetUpAndDerive();
     for (int k = 1; k <= 6; ++k) {
@@ -224,8 +226,8 @@ TEST(CellWeights, ExchangeOfXAndYExchangesTheWeightsBitForBit) {
 TEST(CellWeights, FollowTheOrderOfTheStencil) {
   std::vector<Point> const members = {{0.7, 0.1, 0.2}, {-0.9, 0.3, 0.1}, {0.2, 1.1, -0.3}, {0.1, -0.2, -0.8}};
   std::vector<Point> const reversed(members.rbegin(), members.rend());
-  TestBed bed(OneStencil({}, members), Settings("20", "0"));
-  TestBed other(OneStencil({}, reversed), Settings("20", "0"));
+  CellBed bed(OneStencil({}, members), Settings("20", "0"));
+  CellBed other(OneStencil({}, reversed), Settings("20", "0"));
   bed.SetUpAndDerive();
   other.SetUpAndDerive();
   for (int k = 0; k < 4; ++k) {
@@ -237,8 +239,8 @@ TEST(CellWeights, FollowTheOrderOfTheStencil) {
 
 TEST(CellWeights, OfOneCellAreRewrittenAlone) {
   LatticeOptions options;
-  CellMesh const mesh = LatticeMesh(options);
-  TestBed bed(mesh);
+  TestMesh const mesh = LatticeMesh(options);
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   PlainCellOperator const plain = Derived(mesh, 500.0, 0);
   for (int c = 1; c <= mesh.nInnerCells; ++c) bed.object->m_ppRBFCellCoef[c][1].x = -1.0;
@@ -250,7 +252,7 @@ TEST(CellWeights, OfOneCellAreRewrittenAlone) {
 }
 
 TEST(CellWeights, LeaveRowElementZeroAndTheMembersAlone) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   bed.SetUpAndDerive();
   EXPECT_TRUE(SameRecord("element 0", Triple{}, 0, bed.object->m_ppRBFCellCoef[1][0]));
   int const stencil[] = {7, 1, 2, 3, 4, 5, 6, 7, 0};
@@ -262,15 +264,15 @@ TEST(CellWeights, LeaveRowElementZeroAndTheMembersAlone) {
 TEST(CellResiduals, ArePrintedInTheseWords) {
   LatticeOptions options;
   options.cells = Cells::Tetrahedra;
-  CellMesh const mesh = LatticeMesh(options);
-  TestBed bed(mesh, Settings("37.25", "0"));
+  TestMesh const mesh = LatticeMesh(options);
+  CellBed bed(mesh, Settings("37.25", "0"));
   std::string const printed = bed.SetUpAndDerive();
   Residuals const r = Derived(mesh, 37.25, 0).residuals;
   EXPECT_EQ(kDone + MaximaLine(37.25, r.x, r.y, r.z), printed);
 }
 
 TEST(CellResiduals, AreFlushedWhenPrinted) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   bed.SetUp();
   std::string arrived;
   {
@@ -284,19 +286,19 @@ TEST(CellResiduals, AreFlushedWhenPrinted) {
 }
 
 TEST(CellResiduals, OneCellDerivedAlonePrintsNothing) {
-  TestBed bed(SevenPoints());
+  CellBed bed(SevenPoints());
   bed.SetUp();
   EXPECT_EQ("", Printed([&] { bed.object->DeriveCellCoefficentBysolveDQfullMatrix(1); }));
 }
 
 /// One-cell meshes at random, until one has sums that `wanted` accepts.
-CellMesh StencilWithSums(std::function<bool(Triple const&)> const& wanted) {
+TestMesh StencilWithSums(std::function<bool(Triple const&)> const& wanted) {
   Random random(7);
   std::uniform_real_distribution<double> coordinate(-1.0, 1.0);
   for (;;) {
     std::vector<Point> members(5);
     for (Point& p : members) p = {coordinate(random), coordinate(random), coordinate(random)};
-    CellMesh const mesh = OneStencil({}, members);
+    TestMesh const mesh = OneStencil({}, members);
     PlainCellOperator plain(mesh, 5.0, 0);
     plain.Collate();
     plain.DeriveAll();
@@ -305,9 +307,9 @@ CellMesh StencilWithSums(std::function<bool(Triple const&)> const& wanted) {
 }
 
 TEST(CellResiduals, OfNegativeSumsAreZero) {
-  CellMesh const mesh =
+  TestMesh const mesh =
       StencilWithSums([](Triple const& s) { return s[0] < -0.1 && s[1] < -0.1 && s[2] < -0.1; });
-  TestBed bed(mesh, Settings("5", "0"));
+  CellBed bed(mesh, Settings("5", "0"));
   EXPECT_EQ(kDone + MaximaLine(5.0, 0.0, 0.0, 0.0), bed.SetUpAndDerive());
   EXPECT_NE(std::string::npos, MaximaLine(5.0, 0.0, 0.0, 0.0).find("MAXResidual_X = 0.000000e+00"));
   EXPECT_EQ(0, bed.object->m_iWorstElement);
@@ -315,9 +317,9 @@ TEST(CellResiduals, OfNegativeSumsAreZero) {
 }
 
 TEST(CellResiduals, AreTheSumsOfWeightsAndMultiplierWithTheirSign) {
-  CellMesh const mesh =
+  TestMesh const mesh =
       StencilWithSums([](Triple const& s) { return s[0] > 0.1 && s[1] < -0.1 && s[2] > 0.1; });
-  TestBed bed(mesh, Settings("5", "0"));
+  CellBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
   Triple const sum = SumOfRow(Derived(mesh, 5.0, 0), 1);
   EXPECT_EQ(sum[0], bed.object->MAXResidual_X);
@@ -329,19 +331,18 @@ TEST(CellResiduals, AreTheSumsOfWeightsAndMultiplierWithTheirSign) {
 }
 
 /// Two cells far apart, each with its own halo cells.
-CellMesh TwoStencils(std::vector<Point> const& first, std::vector<Point> const& second) {
-  CellMesh mesh;
+TestMesh TwoStencils(std::vector<Point> const& first, std::vector<Point> const& second) {
+  TestMesh mesh;
   mesh.AddInteriorCell({});
   mesh.AddInteriorCell({});
-  for (Point const& p : first) mesh.AddSide(mesh.partition, 1, p, p);
-  for (Point const& p : second) mesh.AddSide(mesh.partition, 2, p, p);
-  mesh.partitionNodes.resize(mesh.partition.size());
+  for (Point const& p : first) mesh.AddSide(kPartition, 1, p, p);
+  for (Point const& p : second) mesh.AddSide(kPartition, 2, p, p);
   return mesh;
 }
 
-std::vector<Point> Members(CellMesh const& mesh, double sx, double sy, double sz) {
+std::vector<Point> Members(TestMesh const& mesh, double sx, double sy, double sz) {
   std::vector<Point> result;
-  for (CellFace const& face : mesh.partition)
+  for (Face const& face : mesh.partition)
     result.push_back({sx * face.centre.x, sy * face.centre.y, sz * face.centre.z});
   return result;
 }
@@ -349,10 +350,10 @@ std::vector<Point> Members(CellMesh const& mesh, double sx, double sy, double sz
 // Cell 1 has the largest x sum. Cell 2 is cell 1 mirrored in x and y: a negative x sum, and the first y sum
 // above zero, however small beside the x sum.
 TEST(CellResiduals, WorstElementIsTheLastCellAtWhichAnyMaximumRose) {
-  CellMesh const one = StencilWithSums(
+  TestMesh const one = StencilWithSums(
       [](Triple const& s) { return s[0] > 0.3 && s[1] < -1e-3 && s[1] > -0.1 && s[2] > 0.1; });
-  CellMesh const mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, -1, -1, 1));
-  TestBed bed(mesh, Settings("5", "0"));
+  TestMesh const mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, -1, -1, 1));
+  CellBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
   Triple const sum = SumOfRow(Derived(one, 5.0, 0), 1);
   EXPECT_EQ(sum[0], bed.object->MAXResidual_X);
@@ -361,18 +362,18 @@ TEST(CellResiduals, WorstElementIsTheLastCellAtWhichAnyMaximumRose) {
 }
 
 TEST(CellResiduals, EqualSumIsNoRise) {
-  CellMesh const one =
+  TestMesh const one =
       StencilWithSums([](Triple const& s) { return s[0] > 0.1 && s[1] > 0.1 && s[2] > 0.1; });
-  CellMesh const mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, 1, 1, 1));
-  TestBed bed(mesh, Settings("5", "0"));
+  TestMesh const mesh = TwoStencils(Members(one, 1, 1, 1), Members(one, 1, 1, 1));
+  CellBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
   EXPECT_EQ(1, bed.object->m_iWorstElement);
 }
 
 TEST(CellResiduals, MaximaBeginAtZeroInEveryRunAndTheWorstElementDoesNot) {
-  CellMesh const mesh =
+  TestMesh const mesh =
       StencilWithSums([](Triple const& s) { return s[0] < -0.1 && s[1] < -0.1 && s[2] < -0.1; });
-  TestBed bed(mesh, Settings("5", "0"));
+  CellBed bed(mesh, Settings("5", "0"));
   bed.SetUp();
   CZynRBFInternalObject& object = *bed.object;
   object.MAXResidual_X = object.MAXResidual_Y = object.MAXResidual_Z = object.MAX_Weithting_Residual_Normal =
@@ -387,9 +388,9 @@ TEST(CellResiduals, MaximaBeginAtZeroInEveryRunAndTheWorstElementDoesNot) {
 }
 
 TEST(CellResiduals, OneCellDerivedAloneComparesWithTheMaximaAsTheyStand) {
-  CellMesh const mesh =
+  TestMesh const mesh =
       StencilWithSums([](Triple const& s) { return s[0] > 0.1 && s[1] > 0.1 && s[2] > 0.1; });
-  TestBed bed(mesh, Settings("5", "0"));
+  CellBed bed(mesh, Settings("5", "0"));
   bed.SetUp();
   CZynRBFInternalObject& object = *bed.object;
   object.MAXResidual_X = object.MAXResidual_Z = 1e30;
@@ -404,7 +405,7 @@ TEST(CellResiduals, OneCellDerivedAloneComparesWithTheMaximaAsTheyStand) {
 // ------------------------------------------------------------------------------- stencils unfit for a system
 
 TEST(CellWeights, ADoubledMemberLeavesAZeroRowAndColumn) {
-  CellMesh mesh = SevenPoints();
+  TestMesh mesh = SevenPoints();
   mesh.Neighbours(1).push_back(2);  // the first neighbour again: positions 2 and 8
   PlainCellOperator plain(mesh, 500.0, 0);
   plain.Collate();
@@ -423,12 +424,12 @@ TEST(CellWeights, ADoubledMemberLeavesAZeroRowAndColumn) {
 // Two zero rows but for the border make the matrix singular. Nothing tells: LAPACK gives up before it solves, and
 // the right-hand sides are taken for weights, which then do not even sum to zero.
 TEST(CellWeights, TwoDoubledMembersLeaveTheRightHandSidesForWeights) {
-  CellMesh mesh = SevenPoints();
+  TestMesh mesh = SevenPoints();
   mesh.Neighbours(1).insert(mesh.Neighbours(1).end(), {2, 2});
   PlainCellOperator plain(mesh, 500.0, 0);
   plain.Collate();
   DenseSystem const system = plain.SystemOf(1);
-  TestBed bed(mesh);
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   for (int k = 1; k <= 10; ++k) {
     double const* const rhs = &system.rightHandSides[static_cast<std::size_t>(3 * (k - 1))];
@@ -439,15 +440,15 @@ TEST(CellWeights, TwoDoubledMembersLeaveTheRightHandSidesForWeights) {
 
 // Both side cells stand at the origin: two equal rows, a singular matrix, and again the right-hand sides.
 TEST(CellWeights, TwoSymmetryFacesOfACellLeaveTheRightHandSidesForWeights) {
-  CellMesh mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({5.0, 5.0, 5.0});
-  mesh.AddSide(mesh.symmetry, 1, {5.5, 5.0, 5.0}, {6.0, 5.0, 5.0});
-  mesh.AddSide(mesh.symmetry, 1, {5.0, 5.5, 5.0}, {5.0, 6.0, 5.0});
-  mesh.AddSide(mesh.wall, 1, {4.5, 5.0, 5.0}, {4.0, 5.0, 5.0});
+  mesh.AddSide(kSymmetry, 1, {5.5, 5.0, 5.0}, {6.0, 5.0, 5.0});
+  mesh.AddSide(kSymmetry, 1, {5.0, 5.5, 5.0}, {5.0, 6.0, 5.0});
+  mesh.AddSide(kWall, 1, {4.5, 5.0, 5.0}, {4.0, 5.0, 5.0});
   PlainCellOperator plain(mesh, 5.0, 0);
   plain.Collate();
   DenseSystem const system = plain.SystemOf(1);
-  TestBed bed(mesh, Settings("5", "0"));
+  CellBed bed(mesh, Settings("5", "0"));
   bed.SetUpAndDerive();
   for (int k = 1; k <= 5; ++k) {
     double const* const rhs = &system.rightHandSides[static_cast<std::size_t>(3 * (k - 1))];
@@ -459,7 +460,7 @@ TEST(CellWeights, OfStencilsWithDoublesEqualThePlainForm) {
   std::vector<std::vector<int>> const rows = {{2, 2},       {1},          {1, 1},
                                               {2, 3, 2, 3}, {4, 1, 4, 5}, {7, 6, 5, 7, 6, 5, 7}};
   for (std::vector<int> const& row : rows) {
-    CellMesh mesh = SevenPoints(0.7, {1, 2, 3});
+    TestMesh mesh = SevenPoints(0.7, {1, 2, 3});
     mesh.Neighbours(1) = row;
     for (int const shape : {0, 1})
       EXPECT_TRUE(SameAsPlainForm(mesh, 500.0, shape)) << ::testing::PrintToString(row);
@@ -467,13 +468,13 @@ TEST(CellWeights, OfStencilsWithDoublesEqualThePlainForm) {
 }
 
 TEST(CellWeights, OfTwoMembersAtOnePointEqualThePlainForm) {
-  CellMesh const mesh = OneStencil({}, {{1.0, 0.0, 0.5}, {1.0, 0.0, 0.5}, {0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}});
+  TestMesh const mesh = OneStencil({}, {{1.0, 0.0, 0.5}, {1.0, 0.0, 0.5}, {0.0, 1.0, 0.0}, {0.0, 0.0, 0.0}});
   for (int const shape : {0, 1}) EXPECT_TRUE(SameAsPlainForm(mesh, 500.0, shape));
 }
 
 TEST(CellWeights, OfACellWithoutNeighboursAreNotANumber) {
-  CellMesh const mesh = OneStencil({1.0, 2.0, 3.0}, {});
-  TestBed bed(mesh);
+  TestMesh const mesh = OneStencil({1.0, 2.0, 3.0}, {});
+  CellBed bed(mesh);
   std::string const printed = bed.SetUpAndDerive();
   RBFnode const& weight = bed.object->m_ppRBFCellCoef[1][1];
   EXPECT_TRUE(std::isnan(weight.x) && std::isnan(weight.y) && std::isnan(weight.z));
@@ -484,8 +485,8 @@ TEST(CellWeights, OfACellWithoutNeighboursAreNotANumber) {
 }
 
 TEST(CellWeights, OfAFlatStencilInTheShapeNormalisedFormAreNotANumber) {
-  CellMesh const mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
-  TestBed bed(mesh, Settings("500", "1"));
+  TestMesh const mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
+  CellBed bed(mesh, Settings("500", "1"));
   std::string const printed = bed.SetUpAndDerive();
   for (int k = 1; k <= 5; ++k) {
     RBFnode const& weight = bed.object->m_ppRBFCellCoef[1][k];
@@ -496,8 +497,8 @@ TEST(CellWeights, OfAFlatStencilInTheShapeNormalisedFormAreNotANumber) {
 }
 
 TEST(CellWeights, OfAFlatStencilInThePlainFormHaveNoSlopeAcross) {
-  CellMesh const mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
-  TestBed bed(mesh);
+  TestMesh const mesh = OneStencil({}, {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}});
+  CellBed bed(mesh);
   bed.SetUpAndDerive();
   for (int k = 1; k <= 6; ++k) EXPECT_EQ(0.0, bed.object->m_ppRBFCellCoef[1][k].z);
   EXPECT_NEAR(2.0, GradientOf(*bed.object, 1, Linear)[0], 1e-3);
@@ -506,11 +507,11 @@ TEST(CellWeights, OfAFlatStencilInThePlainFormHaveNoSlopeAcross) {
 TEST(CellWeights, WithSpan0AreNotANumberAndEqualThePlainForm) {
   for (int const shape : {0, 1}) {
     EXPECT_TRUE(SameAsPlainForm(SevenPoints(), 0.0, shape));
-    TestBed bed(SevenPoints(), Settings("0", std::to_string(shape)));
+    CellBed bed(SevenPoints(), Settings("0", std::to_string(shape)));
     bed.SetUpAndDerive();
     EXPECT_TRUE(std::isnan(bed.object->m_ppRBFCellCoef[1][1].x)) << shape;
   }
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -5,37 +5,37 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/TestBed.h"
-#include "tests/unit/rbf_cell_tree/RecordingTree.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/rbf_cell/CellBed.h"
+#include "tests/support/tree/RecordingTree.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Which calls the cell operator's point methods make of the search tree, and how often they destroy it.
 
-namespace rbf_cell_test {
+namespace zyn_test {
 namespace {
 
-using Array = gradient_test::GuardedArray<double>;
-using Corners = std::array<double, 6>;
+using Array = GuardedArray<double>;
 using List = std::vector<int>;
 
 Corners Cube(double x, double d) { return {x - d, x - d, x - d, x + d, x + d, x + d}; }
 
 /// Two interior cells at a distance of 2 along y, an inlet beside them and an outlet far away.
-CellMesh SomeMesh(double outletGhostX = 90.0) {
-  CellMesh mesh;
+TestMesh SomeMesh(double outletGhostX = 90.0) {
+  TestMesh mesh;
   mesh.AddInteriorCell({1, 2, 3});
   mesh.AddInteriorCell({1, 4, 3});
   mesh.JoinInterior(1, 2);
-  mesh.AddSide(mesh.inlet, 1, {0, 2, 3}, {-1, 2, 3});
-  mesh.AddSide(mesh.outlet, 2, {80, 4, 3}, {outletGhostX, 4, 3});
+  mesh.AddSide(kInlet, 1, {0, 2, 3}, {-1, 2, 3});
+  mesh.AddSide(kOutlet, 2, {80, 4, 3}, {outletGhostX, 4, 3});
   return mesh;
 }
 
-struct PointBed : TestBed {
-  explicit PointBed(CellMesh const& mesh = SomeMesh()) : TestBed(mesh), realBlock(4), intBlock(4) {
+struct PointBed : CellBed {
+  explicit PointBed(TestMesh const& mesh = SomeMesh()) : CellBed(mesh), realBlock(4), intBlock(4) {
     object->m_pGV->ResetRealBlock = realBlock.Data();
     object->m_pGV->ResetIntBlock = intBlock.Data();
-    Calls() = TreeCalls();
+    StartAnewWithoutAnswers();
   }
   void Initialize(int nPoint) {
     Printed(
@@ -59,7 +59,7 @@ struct PointBed : TestBed {
   }
 
   Array realBlock;
-  gradient_test::GuardedArray<int> intBlock;
+  GuardedArray<int> intBlock;
   CZYNOptKer tree;
   std::vector<double> supports;
 };
@@ -68,9 +68,9 @@ TEST(CellPointTreeCalls, OfTheSetUpSetTheRangeAndAddNothing) {
   PointBed bed;
   bed.Initialize(2);
   ASSERT_EQ(1U, Calls().ranges.size());
-  EXPECT_EQ((std::array<double, 9>{1, 4, 3, 0, 2, 3, 1, 10000, 200000}), Calls().ranges[0]);
+  EXPECT_EQ((std::array<double, 9>{1, 4, 3, 0, 2, 3, 1, 10000, 200000}), Calls().ranges[0].arguments);
   EXPECT_TRUE(Calls().boxes.empty());
-  EXPECT_EQ(0, Calls().searches);
+  EXPECT_TRUE(Calls().queries.empty());
 }
 
 TEST(CellPointTreeCalls, OfTheSetUpDestroyTheLocalTreeAndTheCopyHandedOn) {
@@ -142,7 +142,7 @@ TEST(CellPointCubes, OfMethod2FarBeyondAllCellsAreTheSmallestThatHoldEnough) {
 
 // Both centres at one point: the first cube is the point itself, and what it holds may be enough.
 TEST(CellPointCubes, OfMethod2WithoutAMeanDistanceBeginAtThePointItself) {
-  CellMesh mesh;
+  TestMesh mesh;
   mesh.AddInteriorCell({1, 2, 3});
   mesh.AddInteriorCell({1, 2, 3});
   mesh.JoinInterior(1, 2);
@@ -189,4 +189,4 @@ TEST(CellPointCubes, OfAnyOtherMethodAreNone) {
 }
 
 }  // namespace
-}  // namespace rbf_cell_test
+}  // namespace zyn_test

@@ -4,18 +4,18 @@
 #include <random>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/gradient/GuardedArray.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/host/GuardedArray.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // The sparse dot products: which elements are written, in which order sums run, and what comes out.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::SameBits;
-using Array = gradient_test::GuardedArray<double>;
+using Array = GuardedArray<double>;
 
 /// The five arrays of an application; the outputs begin with a value that must not stay, guarded at both ends.
 struct Application {
@@ -60,7 +60,7 @@ TEST(FaceApplication, WithoutFacesReturns0AndWritesNothing) {
 
 TEST(FaceApplication, AfterASetUpOfAGroupWithoutFacesWritesNothing) {
   std::vector<double> const lines = {0.0, 1.0, 2.0};
-  FaceBed bed(BoxPlan(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall}));
+  FaceBed bed(Box(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall}));
   bed.SetUp(kInlet);
   EXPECT_EQ(0, bed.object.Multiply_FaceRBFCoefficent(nullptr, nullptr, nullptr, nullptr, nullptr));
 }
@@ -76,7 +76,7 @@ TEST(FaceApplication, StaysWithinElements1ToNFaceAndLeavesTheField) {
     EXPECT_TRUE(application.GuardsIntact()) << method;
     EXPECT_TRUE(application.phi.IdenticalTo(before)) << method;
     EXPECT_TRUE(bed.host.InputsUntouched()) << method;
-    EXPECT_EQ(0, bed.host.communication.calls) << method;
+    EXPECT_TRUE(bed.host.exchanges.empty()) << method;
   }
 }
 
@@ -158,7 +158,7 @@ TEST(FaceApplication, ReadsNeitherElement0NorSlopesNorNormals) {
   bed.SetUp(kInner, {3, 50.0, 8});
   Application before(bed, 0.0), after(bed, 0.0);
   before.Random().Run();
-  double const spoilt = gradient_test::GuardValue<double>();
+  double const spoilt = GuardValue<double>();
   for (int i = 1; i <= bed.object.NFace; ++i) {
     bed.object.m_ppFaceFiCoef[i][0] = spoilt;
     for (int k = 0; k <= bed.object.m_ppFaceCellConn[i][0]; ++k) {
@@ -172,7 +172,7 @@ TEST(FaceApplication, ReadsNeitherElement0NorSlopesNorNormals) {
 
 // A row's element 0 takes the weights of position 0, a dropped twin's.
 TEST(FaceApplication, LeavesOutTheWeightsOfADroppedTwin) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInlet)[0].centre = plan.centres[2];
   FaceBed bed(plan);
   Stages stages(bed.object, kInner, {4, 2.0, 20});
@@ -225,7 +225,7 @@ TEST(FaceApplication, OfMethod4OnPartitionFacesIsTheHaloCellsOwnValue) {
     Application application(*bed, 0.0);
     application.Random().Run();
     for (int i = 1; i <= bed->object.NFace; ++i) {
-      int const halo = bed->host.Plan().Of(kPartition)[static_cast<std::size_t>(i - 1)].other;
+      int const halo = bed->host.Description().Of(kPartition)[static_cast<std::size_t>(i - 1)].other;
       EXPECT_NEAR(application.phi[halo], application.face[i], bed == &narrow ? 1e-10 : 1e-5) << i;
     }
   }
@@ -257,10 +257,10 @@ TEST(FaceApplication, AllocatesNothing) {
   FaceBed bed(SkewedCubesOfAllGroups());
   bed.SetUp(kInner, {3, 50.0, 8});
   Application application(bed, 1.0);
-  long const before = gradient_test::Allocations();
+  long const before = Allocations();
   bed.object.Multiply_FaceRBFCoefficent(application.phi.Data(), application.face.Data(), application.a.Data(),
                                         application.b.Data(), application.c.Data());
-  EXPECT_EQ(before, gradient_test::Allocations());
+  EXPECT_EQ(before, Allocations());
 }
 
 TEST(FaceApplication, GivesTheSameAgainAndAgain) {
@@ -273,4 +273,4 @@ TEST(FaceApplication, GivesTheSameAgainAndAgain) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -4,16 +4,16 @@
 #include <limits>
 #include <vector>
 
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
 
 // The rows of coefficients: closed forms of small systems, what each routine adds where, and what it leaves alone.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::SameBits;
 using Row = std::vector<int>;
 
 // --------------------------------------------------------------------------------------------------- closed forms
@@ -43,13 +43,13 @@ constexpr double kRoundOff = 1e-13;
 /// Sets up to the coefficients of a method; `change` may alter the stencils before they are used.
 struct Derived {
   template <typename Change>
-  Derived(MeshPlan const& plan, int faceType, PlainSettings const& settings, Change change)
+  Derived(TestMesh const& plan, int faceType, FaceSettings const& settings, Change change)
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FindStencils();
     change(bed.object);
     stages.Derive();
   }
-  Derived(MeshPlan const& plan, int faceType, PlainSettings const& settings)
+  Derived(TestMesh const& plan, int faceType, FaceSettings const& settings)
       : Derived(plan, faceType, settings, [](CZynFaceRBFInternalObject&) {}) {}
   CZynFaceRBFInternalObject* operator->() { return &bed.object; }
 
@@ -128,7 +128,7 @@ TEST(FaceCoefficients, OfMethods1And2CountNoFaceAsDone) {
 
 // Two equal rows of the matrix: what the solve leaves is stored, and nobody says so.
 TEST(FaceCoefficients, OfCellsAtOnePointAreStoredAsTheSolveLeavesThem) {
-  MeshPlan plan = CubesOfAllGroups();
+  TestMesh plan = CubesOfAllGroups();
   plan.centres[13] = plan.centres[14];
   for (int const method : {1, 2}) {
     FaceBed bed(plan);
@@ -143,8 +143,8 @@ TEST(FaceCoefficients, OfCellsAtOnePointAreStoredAsTheSolveLeavesThem) {
 // ------------------------------------------------------------------------------------------------------- method 3
 
 /// The two cubes with nothing but the cells 1 and 2 around the vertices of their common face, and no boundary.
-MeshPlan TwoCubesAlone() {
-  MeshPlan plan = TwoCubes();
+TestMesh TwoCubesAlone() {
+  TestMesh plan = TwoCubes();
   for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) plan.Of(group).clear();
   plan.centres.resize(3);
   for (auto& faces : plan.cellFaces)
@@ -222,7 +222,7 @@ TEST(VertexCoefficients, RaiseTheLargestErrorOfTheirSumStrictly) {
 }
 
 TEST(VertexCoefficients, OfASharedVertexAreTheSameForEveryFace) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Derived o(plan, kInner, {3, 50.0, 20});
   PlainFaceOperator plain = o.bed.Plain(kInner, {3, 50.0, 20});
   plain.Collate();
@@ -261,8 +261,8 @@ TEST(FaceCoefficientsOverVertices, TakeTheWorstVertexAsIfEachWereSolvedForEachFa
 
 // Cells at (-1/2, 0, 0) and (1/2, 1/4, 0) with the face at x = 1/8: P = (-1/2, 0, 0) is the first cell's centre, E =
 // (1/2, 0, 0) is 1/4 from the second. D = 1, |F - E| = 3/8 and |F - P| = 5/8.
-MeshPlan SkewPair() {
-  MeshPlan plan = TwoCubesAlone();
+TestMesh SkewPair() {
+  TestMesh plan = TwoCubesAlone();
   plan.centres[2].y = 0.25;
   plan.Of(kInner)[0].centre.x = 0.125;
   return plan;
@@ -291,7 +291,7 @@ TEST(FaceCoefficientsOverVirtualPoints, OfTwoCellsAreTheClosedForm) {
 }
 
 TEST(FaceCoefficientsOverVirtualPoints, AreDividedByTheDistanceOfPAndE) {
-  MeshPlan plan = TwoCubesAlone();
+  TestMesh plan = TwoCubesAlone();
   plan.centres[1].x = -1.5;
   plan.centres[2].x = 2.5;
   Derived o(plan, kInner, {4, kSpan, 20});
@@ -310,7 +310,7 @@ double SumOfValues(CZynFaceRBFInternalObject const& object, int i) {
 // P = (-1/2, 0, 0), E = (1/2, 0, 0), both cells' centres: the weights of P and E sum to 1 but for round-off.
 TEST(FaceCoefficientsOverVirtualPoints, SumToTheDistancesToPAndEOverTheirDistance) {
   for (double const x : {0.0, 0.25, -0.5, 0.75, -2.0}) {
-    MeshPlan plan = TwoCubesAlone();
+    TestMesh plan = TwoCubesAlone();
     plan.Of(kInner)[0].centre.x = x;
     Derived o(plan, kInner, {4, kSpan, 20});
     double const expected = std::fabs(x - 0.5) + std::fabs(x + 0.5);
@@ -334,7 +334,7 @@ TEST(FaceCoefficientsOverVirtualPoints, NeedNotSumTo1) {
 // span of 1000, every argument is near 0, far from the kernel's edge at 1.
 TEST(FaceCoefficientsOverVirtualPoints, HaveKernelArgumentsNear0AtTheStandardSpan) {
   for (Group const group : kGroups) {
-    PlainSettings const standard = {4, 1000.0, 20};
+    FaceSettings const standard = {4, 1000.0, 20};
     FaceBed bed(SkewedCubesOfAllGroups());
     bed.SetUp(group, standard);
     PlainFaceOperator plain = bed.Plain(group, standard);
@@ -349,7 +349,7 @@ TEST(FaceCoefficientsOverVirtualPoints, HaveKernelArgumentsNear0AtTheStandardSpa
 // around them ends, and the faces beside it have the rows that they have on the sound mesh.
 TEST(FaceCoefficientsOverVirtualPoints, OfAFaceWithoutAreaAreNoNumbersAndDoNoHarmBesideIt) {
   for (Group const group : kGroups) {
-    MeshPlan plan = SkewedCubesOfAllGroups();
+    TestMesh plan = SkewedCubesOfAllGroups();
     Derived sound(plan, group, {});
     plan.Of(group)[4].area = {0.0, 0.0, 0.0};
     Derived spoilt(plan, group, {});
@@ -402,7 +402,7 @@ TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesGiveTheNormalDifference) 
 }
 
 TEST(FaceCoefficientsOverVirtualPoints, OnBoundaryFacesDoNotReadTheRowOfE) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Derived asItIs(plan, kWall, {4, kSpan, 20});
   Derived spoilt(plan, kWall, {4, kSpan, 20}, [](CZynFaceRBFInternalObject& object) {
     for (int i = 1; i <= object.NFace; ++i)
@@ -436,8 +436,8 @@ struct DroppedTwin {
     int pair[] = {1, 2};
     EXPECT_EQ(11, bed.object.CountingVirtualNodeToCellconnectionNumber_By33(1, pair));
   }
-  static MeshPlan Plan() {
-    MeshPlan plan = TwoCubes();
+  static TestMesh Plan() {
+    TestMesh plan = TwoCubes();
     plan.Of(kInlet)[0].centre = plan.centres[2];
     return plan;
   }
@@ -483,7 +483,7 @@ TEST(VirtualPointCoefficients, OfCellsAreTheClosedForm) {
 
 // The cell's two vertices at (0, +-1/2, 0) around P = (0, 0, 0): (1 + psi(1)) w = psi(1/2), with the support 1/2.
 TEST(VirtualPointCoefficients, OfVerticesAreTheClosedForm) {
-  MeshPlan plan = TwoCubesAlone();
+  TestMesh plan = TwoCubesAlone();
   int const low = plan.AddNode({0.0, -0.5, 0.0}), high = plan.AddNode({0.0, 0.5, 0.0});
   plan.cellNodes[1] = {low, high};
   Derived o(plan, kInner, {4, kSpan, 20});
@@ -500,7 +500,7 @@ TEST(VirtualPointCoefficients, OfVerticesAreTheClosedForm) {
 // --------------------------------------------------------------------------------- routines that no set-up takes
 
 TEST(FaceCoefficientsOfThePair, ChangeNoTable) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   for (int const method : {3, 4}) {
     Derived o(plan, kInner, {method, 50.0, 20});
     PlainFaceOperator plain = o.bed.Plain(kInner, {method, 50.0, 20});
@@ -515,7 +515,7 @@ TEST(FaceCoefficientsOfThePair, ChangeNoTable) {
 
 /// An operator whose face i has the rows that the vertices of both tied cells give.
 struct OverTiedVertices {
-  OverTiedVertices(MeshPlan const& plan, int faceType, double span)
+  OverTiedVertices(TestMesh const& plan, int faceType, double span)
       : bed(plan),
         settings{3, span, 20},
         stages(bed.object, faceType, settings),
@@ -526,7 +526,7 @@ struct OverTiedVertices {
   }
   void Prepare(int i) {
     Face const& face =
-        bed.host.Plan().Of(static_cast<Group>(bed.object.iFaceType))[static_cast<std::size_t>(i - 1)];
+        bed.host.Description().Of(static_cast<Group>(bed.object.iFaceType))[static_cast<std::size_t>(i - 1)];
     int pair[] = {face.cv, face.other};
     bed.object.Set_VirtualNode_Coord_and_ClosestCellID(bed.object.iFaceType, i, pair, face.area.x,
                                                        face.area.y, face.area.z);
@@ -543,7 +543,7 @@ struct OverTiedVertices {
   CZynFaceRBFInternalObject* operator->() { return &bed.object; }
 
   FaceBed bed;
-  PlainSettings settings;
+  FaceSettings settings;
   Stages stages;
   PlainFaceOperator plain;
 };
@@ -563,8 +563,8 @@ TEST(FaceCoefficientsOverTiedVertices, EqualThePlainFormForEveryGroup) {
 }
 
 /// Cells 1 and 2, each with one vertex of its own, around which stands the other cell too.
-MeshPlan OneVertexACell() {
-  MeshPlan plan = SkewPair();
+TestMesh OneVertexACell() {
+  TestMesh plan = SkewPair();
   int const first = plan.AddNode({-0.5, 0.5, 0.0}), second = plan.AddNode({0.5, -1.0, 0.0});
   plan.cellNodes[1] = {first};
   plan.cellNodes[2] = {second};
@@ -613,4 +613,4 @@ TEST(FaceCoefficientsOverTiedVertices, TakeTheSideCellAloneBeyondABoundaryFace) 
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

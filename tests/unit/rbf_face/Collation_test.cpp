@@ -3,21 +3,20 @@
 #include <cmath>
 #include <vector>
 
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
 
 // At which point each cell number and each face stands, the measures of the mesh, the tree's table, the search for
 // the nearest cell and the sort by distance.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
-
-using rbf_cell_test::SameBits;
 
 /// An operator whose cells are in the tree.
 struct Collated {
-  explicit Collated(MeshPlan const& plan, int faceType = kInner, PlainSettings const& settings = {})
+  explicit Collated(TestMesh const& plan, int faceType = kInner, FaceSettings const& settings = {})
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FillTree();
   }
@@ -43,14 +42,14 @@ TEST(FaceCollation, InteriorCellsStandAtTheirCentres) {
 }
 
 TEST(FaceCollation, BoundarySideCellsStandAtTheirFaceCentres) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
   for (Group const group : {kWall, kInlet, kOutlet, kSymmetry})
     for (Face const& face : plan.Of(group)) EXPECT_TRUE(StandsAt(o, face.other, face.centre, group));
 }
 
 TEST(FaceCollation, HaloCellsStandAtTheirOwnCentres) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
   for (Face const& face : plan.Of(kPartition)) {
     Point const centre = plan.centres[static_cast<std::size_t>(face.other)];
@@ -60,7 +59,7 @@ TEST(FaceCollation, HaloCellsStandAtTheirOwnCentres) {
 }
 
 TEST(FaceCollation, CellThatNoFaceNamesStaysAtTheOriginWithKind0) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   Collated o(plan);
   EXPECT_TRUE(SamePoint("point", {0.0, 0.0, 0.0}, o->m_pNodeTable[lonely]));
@@ -68,7 +67,7 @@ TEST(FaceCollation, CellThatNoFaceNamesStaysAtTheOriginWithKind0) {
 }
 
 TEST(FaceCollation, CellOfSeveralFacesTakesTheLastOfThePasses) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   int const ghost = plan.Of(kOutlet)[0].other;
   plan.Of(kWall)[0].other = ghost;      // walls come before outlets,
   plan.Of(kSymmetry)[0].other = ghost;  // symmetry comes last
@@ -77,7 +76,7 @@ TEST(FaceCollation, CellOfSeveralFacesTakesTheLastOfThePasses) {
 }
 
 TEST(FaceCollation, HaloCellOfTwoPartitionFacesKeepsItsPointAndMarksTheVerticesOfBoth) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   ASSERT_EQ(2U, plan.Of(kPartition).size());
   int const halo = plan.Of(kPartition)[0].other;
   plan.Of(kPartition)[1].other = halo;
@@ -94,7 +93,7 @@ AssertionResult TargetIs(Collated& o, int i, Point point) {
 }
 
 TEST(FaceCollation, TargetsAreTheFaceCentresExceptOnPartitionFaces) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   for (Group const group : {kInner, kWall, kInlet, kOutlet, kSymmetry}) {
     Collated o(plan, group);
     std::vector<Face> const& faces = plan.Of(group);
@@ -105,7 +104,7 @@ TEST(FaceCollation, TargetsAreTheFaceCentresExceptOnPartitionFaces) {
 
 // The faces' own centres are not even lent.
 TEST(FaceCollation, TargetOfAPartitionFaceIsTheCentreOfItsHaloCell) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Collated o(plan, kPartition);
   std::vector<Face> const& faces = plan.Of(kPartition);
   for (std::size_t f = 0; f < faces.size(); ++f)
@@ -113,7 +112,7 @@ TEST(FaceCollation, TargetOfAPartitionFaceIsTheCentreOfItsHaloCell) {
 }
 
 TEST(FaceCollation, EveryTypeCollatesTheWholeMesh) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   for (Group const group : kGroups) {
     Collated o(plan, group);
     PlainFaceOperator plain = o.bed.Plain(group, {});
@@ -126,7 +125,7 @@ TEST(FaceCollation, EveryTypeCollatesTheWholeMesh) {
 // ------------------------------------------------------------------------------------------------- the measures
 
 TEST(FaceCollation, BoundsAreThoseOfInnerCellsAndVertices) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[1].x = -9.0;              // a cell at an inner face
   plan.nodes[1].y = -8.0;                // a vertex
   plan.centres[3] = {50.0, 50.0, 50.0};  // a boundary-side cell
@@ -144,7 +143,7 @@ TEST(FaceCollation, BoundsTakeBothCellsOfAnInnerFaceInEveryDirection) {
   for (std::size_t const cell : {1U, 2U}) {
     for (double const far : {-9.0, 9.0}) {
       for (double Point::*const axis : {&Point::x, &Point::y, &Point::z}) {
-        MeshPlan plan = TwoCubes();
+        TestMesh plan = TwoCubes();
         plan.centres[cell].*axis = far;
         Collated o(plan);
         Point const high = {o->Xmax, o->Ymax, o->Zmax}, low = {o->Xmin, o->Ymin, o->Zmin};
@@ -155,14 +154,14 @@ TEST(FaceCollation, BoundsTakeBothCellsOfAnInnerFaceInEveryDirection) {
 }
 
 TEST(FaceCollation, MeanDistanceIsThatBetweenTheCellsOfInnerFaces) {
-  Collated o(BoxPlan({0.0, 1.0, 2.0, 5.0}, {0.0, 1.0}, {0.0, 1.0}));  // centres at 0.5, 1.5, 3.5
+  Collated o(Box({0.0, 1.0, 2.0, 5.0}, {0.0, 1.0}, {0.0, 1.0}));  // centres at 0.5, 1.5, 3.5
   EXPECT_EQ(1.5, o->MeanDistance);
 }
 
 TEST(FaceCollation, MeanDistanceAddsTheSquaresOfYXZInThisOrder) {
   // y*y + x*x + z*z = (1 + 2^-53) + 2^-53 rounds to 1; with x and z first it would not.
   double const small = std::ldexp(1.0, -27) * std::sqrt(2.0);
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[1] = {0.0, 0.0, 0.0};
   plan.centres[2] = {small, 1.0, small};
   Collated o(plan);
@@ -171,7 +170,7 @@ TEST(FaceCollation, MeanDistanceAddsTheSquaresOfYXZInThisOrder) {
 }
 
 TEST(FaceCollation, MeshWithoutInnerFacesHasNoMeanDistance) {
-  MeshPlan const plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
+  TestMesh const plan = Box({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
   Collated o(plan, kWall);
   EXPECT_TRUE(std::isnan(o->MeanDistance));
 }
@@ -180,12 +179,12 @@ TEST(FaceCollation, MostVerticesAreThoseOfACellOrOfABoundaryFace) {
   Collated cubes(TwoCubes());
   EXPECT_EQ(8, cubes->MaxLnods);
   for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
-    MeshPlan plan = TwoCubes();
+    TestMesh plan = TwoCubes();
     plan.Of(group)[0].nodes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
     Collated o(plan);
     EXPECT_EQ(10, o->MaxLnods) << group;
   }
-  MeshPlan inner = TwoCubes();
+  TestMesh inner = TwoCubes();
   inner.Of(kInner)[0].nodes = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
   Collated o(inner);
   EXPECT_EQ(8, o->MaxLnods) << "inner faces do not count";
@@ -195,7 +194,7 @@ TEST(FaceCollation, MostVerticesAreThoseOfACellOrOfABoundaryFace) {
 }
 
 TEST(FaceCollation, BoundaryNodesAreThoseOfFacesThatAreNotInner) {
-  MeshPlan const plan = CubesOfAllGroups();
+  TestMesh const plan = CubesOfAllGroups();
   Collated o(plan);
   for (int v = 1; v <= plan.NNode(); ++v) {
     Point const p = plan.nodes[static_cast<std::size_t>(v)];
@@ -207,7 +206,7 @@ TEST(FaceCollation, BoundaryNodesAreThoseOfFacesThatAreNotInner) {
 // ----------------------------------------------------------------------------------------------------- the tree
 
 TEST(FaceTree, EntriesAreTheCellsThemselves) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
   EXPECT_EQ(0, o->m_pTreeCell[0]);
   for (int c = 1; c <= plan.NCell(); ++c) EXPECT_EQ(c, o->m_pTreeCell[c]);
@@ -221,7 +220,7 @@ TEST(FaceTree, BuildingTheBoundaryTreeAnswers0) {
 // --------------------------------------------------------------------------------------------- the nearest cell
 
 TEST(FaceNearestCell, OfACellsOwnPointIsThatCell) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Collated o(plan);
   for (int c = 1; c <= plan.NCell(); ++c) {
     IBCnode const& p = o->m_pNodeTable[c];
@@ -230,7 +229,7 @@ TEST(FaceNearestCell, OfACellsOwnPointIsThatCell) {
 }
 
 TEST(FaceNearestCell, MayBeABoundarySideOrHaloCell) {
-  MeshPlan const plan = CubesOfAllGroups();
+  TestMesh const plan = CubesOfAllGroups();
   Collated o(plan);
   for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
     int const c = plan.Of(group)[4].other;
@@ -241,14 +240,14 @@ TEST(FaceNearestCell, MayBeABoundarySideOrHaloCell) {
 
 TEST(FaceNearestCell, IsFoundFarOutsideTheMesh) {
   Collated o(TwoCubes());
-  int const outlet = o.bed.host.Plan().Of(kOutlet)[0].other;
+  int const outlet = o.bed.host.Description().Of(kOutlet)[0].other;
   EXPECT_EQ(outlet, o->Search_ClosestCellID_byNode(37.5, 0.0, 0.0));
 }
 
 // A cube holds corners that are farther away than what lies just outside a face of it: the nearest cell of the
 // first cube that holds any counts, not the nearest of all.
 TEST(FaceNearestCell, IsSoughtInTheFirstCubeThatHoldsAnyCell) {
-  MeshPlan plan;
+  TestMesh plan;
   for (int n = 0; n < 4; ++n) plan.AddNode({0.0, 0.0, 0.0});
   plan.AddCell({0.9, 0.9, 0.9}, {1, 2, 3, 4});   // at 1.56, in the cube of half-width 1
   plan.AddCell({-1.1, 0.0, 0.0}, {1, 2, 3, 4});  // at 1.10, outside it
@@ -264,14 +263,14 @@ TEST(FaceNearestCell, IsSoughtInTheFirstCubeThatHoldsAnyCell) {
 }
 
 TEST(FaceNearestCell, OfAMeshWithoutInnerFacesIsStillFound) {
-  MeshPlan const plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
+  TestMesh const plan = Box({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
   Collated o(plan, kWall);
   EXPECT_EQ(1, o->Search_ClosestCellID_byNode(0.5, 0.5, 0.625));
   EXPECT_EQ(plan.Of(kOutlet)[0].other, o->Search_ClosestCellID_byNode(25.0, 0.5, 0.5));
 }
 
 TEST(FaceNearestCell, OfAMeshWithCellsOnTopOfEachOtherIsStillFound) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[2] = plan.centres[1];
   Collated o(plan);
   ASSERT_EQ(0.0, o->MeanDistance);
@@ -330,4 +329,4 @@ TEST(FaceSort, DoesNotMoveADistanceThatIsNotANumber) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

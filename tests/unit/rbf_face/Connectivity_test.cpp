@@ -3,20 +3,21 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
 
 // The tables of connectivity: cells around vertices, vertices of cells, neighbours of cells, faces of cells.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
 using Row = std::vector<int>;
-using AtBoundaryNodes = MeshPlan::AtBoundaryNodes;
+using AtBoundaryNodes = TestMesh::AtBoundaryNodes;
 
 /// An operator with its tables of connectivity.
 struct Connected {
-  explicit Connected(MeshPlan const& plan) : bed(plan), stages(bed.object, kInner, {}) { stages.Collate(); }
+  explicit Connected(TestMesh const& plan) : bed(plan), stages(bed.object, kInner, {}) { stages.Collate(); }
 
   Row Around(int v) { return RowOf(bed.object.ppRBFiNodeConn[v]); }
   Row VerticesOf(int c) { return RowOf(bed.object.m_ppRBFlnods[c]); }
@@ -26,8 +27,12 @@ struct Connected {
     int const n = bed.object.m_ppRBFCell32Conn[c][0];
     return Row(bed.object.m_ppRBFCell32Type[c] + 1, bed.object.m_ppRBFCell32Type[c] + 1 + n);
   }
-  int Owner(Group group, int f) { return bed.host.Plan().Of(group)[static_cast<std::size_t>(f - 1)].cv; }
-  int Beyond(Group group, int f) { return bed.host.Plan().Of(group)[static_cast<std::size_t>(f - 1)].other; }
+  int Owner(Group group, int f) {
+    return bed.host.Description().Of(group)[static_cast<std::size_t>(f - 1)].cv;
+  }
+  int Beyond(Group group, int f) {
+    return bed.host.Description().Of(group)[static_cast<std::size_t>(f - 1)].other;
+  }
 
   FaceBed bed;
   Stages stages;
@@ -39,7 +44,7 @@ struct Connected {
 // above, 9 and 11 symmetry behind, 10 and 12 wall in front. Node 1 is the corner (-1, -0.5, -0.5), node 2 the one
 // beside it in the middle plane.
 TEST(CellsAroundVertices, AreTheMeshsRowAtAVertexOffTheBoundary) {
-  MeshPlan plan = CubesOfAllGroups();
+  TestMesh plan = CubesOfAllGroups();
   int const inside = 22;  // node (1, 1, 1)
   plan.nodeCells[inside] = {14, 1, 13, 2, 5};
   Connected o(plan);
@@ -48,7 +53,7 @@ TEST(CellsAroundVertices, AreTheMeshsRowAtAVertexOffTheBoundary) {
 }
 
 TEST(CellsAroundVertices, GetTheInteriorCellsInAscendingOrderBehindAMeshsRowOfOuterCells) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.ListCellsAroundNodes(AtBoundaryNodes::OuterCellsOnly);
   ASSERT_EQ((Row{5, 7, 9, 11}), plan.nodeCells[2]);
   Connected o(plan);
@@ -56,28 +61,28 @@ TEST(CellsAroundVertices, GetTheInteriorCellsInAscendingOrderBehindAMeshsRowOfOu
 }
 
 TEST(CellsAroundVertices, HoldNoCellTwiceWhenTheMeshListsInteriorCellsToo) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   ASSERT_EQ((Row{1, 2, 5, 7, 9, 11}), plan.nodeCells[2]);
   Connected o(plan);
   EXPECT_EQ((Row{1, 2, 5, 7, 9, 11}), o.Around(2));
 }
 
 TEST(CellsAroundVertices, KeepTheMeshsOrderAndAddWhatItLeavesOut) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.nodeCells[2] = {11, 2, 5, 9, 7};
   Connected o(plan);
   EXPECT_EQ((Row{11, 2, 5, 9, 7, 1}), o.Around(2));
 }
 
 TEST(CellsAroundVertices, HoldNoCellTwiceThatTheMeshListsTwice) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.nodeCells[2] = {5, 2, 5, 2};
   Connected o(plan);
   EXPECT_EQ((Row{5, 2, 1}), o.Around(2));
 }
 
 TEST(CellsAroundVertices, AreTheSameSetsWhateverTheMeshListsAtItsBoundary) {
-  MeshPlan outerOnly = SkewedCubesOfAllGroups();
+  TestMesh outerOnly = SkewedCubesOfAllGroups();
   outerOnly.ListCellsAroundNodes(AtBoundaryNodes::OuterCellsOnly);
   Connected a(SkewedCubesOfAllGroups()), b(outerOnly);
   for (int v = 1; v <= outerOnly.NNode(); ++v) {
@@ -91,21 +96,21 @@ TEST(CellsAroundVertices, AreTheSameSetsWhateverTheMeshListsAtItsBoundary) {
 // ---------------------------------------------------------------------------------------------- vertices of cells
 
 TEST(VerticesOfCells, OfAnInteriorCellAreTheMeshsWithTheirCountFromElsewhere) {
-  MeshPlan const plan = TwoCubes();
+  TestMesh const plan = TwoCubes();
   Connected o(plan);
   EXPECT_EQ(plan.cellNodes[1], o.VerticesOf(1));
   EXPECT_EQ(plan.cellNodes[2], o.VerticesOf(2));
 }
 
 TEST(VerticesOfCells, OfAnOuterCellAreThoseOfItsFace) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Connected o(plan);
   for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry})
     for (Face const& face : plan.Of(group)) EXPECT_EQ(face.nodes, o.VerticesOf(face.other)) << group;
 }
 
 TEST(VerticesOfCells, OfAHaloCellOfTwoFacesAreThoseOfTheLater) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   int const halo = plan.Of(kPartition)[0].other;
   plan.Of(kPartition)[1].other = halo;
   plan.Of(kPartition)[1].nodes.pop_back();
@@ -114,7 +119,7 @@ TEST(VerticesOfCells, OfAHaloCellOfTwoFacesAreThoseOfTheLater) {
 }
 
 TEST(VerticesOfCells, OfACellThatNoFaceNamesAreNone) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   Connected o(plan);
   EXPECT_EQ(Row{}, o.VerticesOf(lonely));
@@ -122,7 +127,7 @@ TEST(VerticesOfCells, OfACellThatNoFaceNamesAreNone) {
 
 // Every row has room for the most vertices of any cell, zeros behind its own.
 TEST(VerticesOfCells, LeaveZerosBehindThemUpToTheGreatestNumber) {
-  MeshPlan const plan = TwoCubes();
+  TestMesh const plan = TwoCubes();
   Connected o(plan);
   for (int c = 3; c <= plan.NCell(); ++c)
     for (int k = 5; k <= 8; ++k) EXPECT_EQ(0, o.bed.object.m_ppRBFlnods[c][k]);
@@ -134,14 +139,14 @@ TEST(NeighboursOfCells, OfAnInteriorCellFollowTheOrderOfItsFaces) {
   Connected o(TwoCubes());
   EXPECT_EQ((Row{3, 2, 5, 6, 9, 10}), o.NeighboursOf(1));
   EXPECT_EQ((Row{1, 4, 7, 8, 11, 12}), o.NeighboursOf(2));
-  MeshPlan turned = TwoCubes();
+  TestMesh turned = TwoCubes();
   std::reverse(turned.cellFaces[1].begin(), turned.cellFaces[1].end());
   Connected t(turned);
   EXPECT_EQ((Row{10, 9, 6, 5, 2, 3}), t.NeighboursOf(1));
 }
 
 TEST(NeighboursOfCells, OfABoundarySideCellBeginWithItsOwner) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Connected o(plan);
   for (Group const group : {kWall, kInlet, kOutlet, kSymmetry})
     for (int f = 1; f <= o.bed.host.NFace(group); ++f)
@@ -159,7 +164,7 @@ TEST(NeighboursOfCells, OfABoundarySideCellAreThoseAcrossItsEdges) {
 }
 
 TEST(NeighboursOfCells, OfABoundarySideCellStandInTheOrderInWhichTheyAreMet) {
-  MeshPlan const plan = TwoCubes();
+  TestMesh const plan = TwoCubes();
   Connected o(plan);
   Row met;
   for (int const v : o.VerticesOf(3))
@@ -187,7 +192,7 @@ bool IsNeighbour(Connected& o, int c, int d) {
 // The inlet's face (3) and the one below it (5) share the vertices 1 and 7.
 TEST(NeighboursOfCells, ShareExactlyTwoVertices) {
   for (int const shared : {0, 1, 2, 3, 4}) {
-    MeshPlan plan = TwoCubes();
+    TestMesh plan = TwoCubes();
     Row const inlet = plan.Of(kInlet)[0].nodes;
     Row below = {2, 8, 5, 11};  // none of the inlet's
     for (std::size_t k = 0; k < static_cast<std::size_t>(shared); ++k) below[k] = inlet[k];
@@ -202,7 +207,7 @@ TEST(NeighboursOfCells, ShareExactlyTwoVertices) {
 
 // A mesh that lists a cell twice around a vertex does not make one shared vertex two.
 TEST(NeighboursOfCells, AreNotFoundByACellThatIsListedTwice) {
-  MeshPlan plan = CubesOfAllGroups();
+  TestMesh plan = CubesOfAllGroups();
   int const middle = plan.Of(kInlet)[4].other, corner = plan.Of(kInlet)[0].other;
   for (auto& row : plan.nodeCells) {
     if (std::find(row.begin(), row.end(), corner) != row.end()) row.push_back(corner);
@@ -218,14 +223,14 @@ TEST(NeighboursOfCells, OfAHaloCellAreItsOwnerAlone) {
 }
 
 TEST(NeighboursOfCells, OfAHaloCellOfTwoFacesAreTheOwnerOfTheLaterAlone) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kPartition)[1].other = plan.Of(kPartition)[0].other;
   Connected o(plan);
   EXPECT_EQ(Row{2}, o.NeighboursOf(o.Beyond(kPartition, 1)));
 }
 
 TEST(NeighboursOfCells, OfACellThatNoFaceNamesAreOneEmptyEntry) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   Connected o(plan);
   EXPECT_EQ(Row{0}, o.NeighboursOf(lonely));
@@ -235,7 +240,7 @@ TEST(NeighboursOfCells, OfACellThatNoFaceNamesAreOneEmptyEntry) {
 TEST(NeighboursOfCells, EqualThePlainFormHoweverTheMeshListsTheCellsAroundItsVertices) {
   for (bool const outerOnly : {false, true}) {
     for (bool const reversed : {false, true}) {
-      MeshPlan plan = SkewedCubesOfAllGroups();
+      TestMesh plan = SkewedCubesOfAllGroups();
       if (outerOnly) plan.ListCellsAroundNodes(AtBoundaryNodes::OuterCellsOnly);
       for (auto& row : plan.nodeCells)
         if (reversed) std::reverse(row.begin(), row.end());
@@ -254,7 +259,7 @@ TEST(NeighboursOfCells, EqualThePlainFormHoweverTheMeshListsTheCellsAroundItsVer
 // ------------------------------------------------------------------------------------------------- faces of cells
 
 struct WithFaces : Connected {
-  explicit WithFaces(MeshPlan const& plan) : Connected(plan) {
+  explicit WithFaces(TestMesh const& plan) : Connected(plan) {
     EXPECT_EQ(0, bed.object.Create_m_ppRBFCell32Conn());
   }
 };
@@ -291,7 +296,7 @@ TEST(FacesOfCells, OfOtherOuterCellsAreCountedButNotFilledIn) {
 }
 
 TEST(FacesOfCells, OfACellOfSeveralFacesHaveTheWallsInFront) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   int const ghost = plan.Of(kInlet)[0].other;
   plan.Of(kWall)[0].other = ghost;
   plan.Of(kWall)[2].other = ghost;
@@ -303,7 +308,7 @@ TEST(FacesOfCells, OfACellOfSeveralFacesHaveTheWallsInFront) {
 }
 
 TEST(FacesOfCells, OfACellThatNoFaceNamesAreNone) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   int const lonely = plan.AddOuterCell({7.0, 8.0, 9.0});
   WithFaces o(plan);
   EXPECT_EQ(Row{}, o.FacesOf(lonely));
@@ -321,4 +326,4 @@ TEST(FacesOfCells, EqualThePlainForm) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -2,17 +2,19 @@
 
 #include <string>
 
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/ArmedTraps.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // A solver may have divisions by zero, invalid operations and overflow stop the program. No set-up, report or
 // application of the face operator does that. A trap ends these tests.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using Array = gradient_test::GuardedArray<double>;
+using Array = GuardedArray<double>;
 
 struct Outcome {
   std::string printed;
@@ -20,7 +22,7 @@ struct Outcome {
 };
 
 /// Set-up with its report, and application, with the traps armed or without.
-Outcome SetUpAndApply(MeshPlan const& plan, int group, PlainSettings const& settings, bool withTraps) {
+Outcome SetUpAndApply(TestMesh const& plan, int group, FaceSettings const& settings, bool withTraps) {
   FaceBed bed(plan);
   bed.UseBlock(settings);
   bed.host.parameters.block.iDebugMode = 1;
@@ -33,26 +35,26 @@ Outcome SetUpAndApply(MeshPlan const& plan, int group, PlainSettings const& sett
   };
   std::string printed = Printed([&] {
     if (!withTraps) return run();
-    gradient_test::ArmedTraps const traps;
+    ArmedTraps const traps;
     run();
     EXPECT_TRUE(traps.StillArmed());
   });
   return {printed, values};
 }
 
-void ExpectNoTrap(MeshPlan const& plan, PlainSettings const& settings) {
+void ExpectNoTrap(TestMesh const& plan, FaceSettings const& settings) {
   for (Group const group : kGroups) {
     Outcome const without = SetUpAndApply(plan, group, settings, false);
     Outcome const with = SetUpAndApply(plan, group, settings, true);
     EXPECT_EQ(without.printed, with.printed) << "group " << group << ", method " << settings.method;
-    EXPECT_TRUE(gradient_test::SameBits(without.values.Size(), without.values.Data(), with.values.Data()))
+    EXPECT_TRUE(SameBits(without.values.Size(), without.values.Data(), with.values.Data()))
         << "group " << group << ", method " << settings.method;
   }
 }
 
 // The report of methods 1 and 2 divides by a number of faces that stays 0.
 TEST(FaceOperatorTraps, NoSetUpReportOrApplicationStopsASolver) {
-  for (MeshPlan const& plan : {TwoCubes(), CubesOfAllGroups(), SkewedCubesOfAllGroups()})
+  for (TestMesh const& plan : {TwoCubes(), CubesOfAllGroups(), SkewedCubesOfAllGroups()})
     for (int const method : {1, 2, 3, 4, 7})
       for (double const span : {1000.0, 20.0}) ExpectNoTrap(plan, {method, span, 8});
 }
@@ -63,7 +65,7 @@ TEST(FaceOperatorTraps, MoreCellsWantedThanThereAreStopNoSolver) {
 
 // Without inner faces the mean distance is 0 / 0, and every comparison with it is one with no number.
 TEST(FaceOperatorTraps, AMeshWithoutInnerFacesStopsNoSolver) {
-  MeshPlan const plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
+  TestMesh const plan = Box({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
   for (int const method : {1, 2, 3, 4}) ExpectNoTrap(plan, {method, 50.0, 4});
 }
 
@@ -75,7 +77,7 @@ TEST(FaceOperatorTraps, ASpanOfZeroStopsNoSolver) {
 TEST(FaceOperatorTraps, NoSettingsFileStopsASolver) {
   std::string const settings[] = {"", Settings("1e999", "4", "1e999", "20", "1"),
                                   Settings("x", "2", "y", "5", "1")};
-  for (MeshPlan const& plan : {TwoCubes(), BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0})}) {
+  for (TestMesh const& plan : {TwoCubes(), Box({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0})}) {
     for (std::string const& text : settings) {
       std::string printed[2];
       for (bool const withTraps : {false, true}) {
@@ -86,7 +88,7 @@ TEST(FaceOperatorTraps, NoSettingsFileStopsASolver) {
             bed.object.Initialize_FaceInterpolateData(kWall);
             return;
           }
-          gradient_test::ArmedTraps const traps;
+          ArmedTraps const traps;
           bed.object.Initialize_FaceInterpolateData(kWall);
         });
       }
@@ -96,4 +98,4 @@ TEST(FaceOperatorTraps, NoSettingsFileStopsASolver) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -3,13 +3,15 @@
 #include <new>
 #include <optional>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Memory may run out at every allocation of a set-up: the exception is the allocator's, the operator can be destroyed or
 // set up again, and nothing stays behind.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynFaceRBFInternalObject;
@@ -38,7 +40,7 @@ struct Tables {
 /// One set-up whose n-th allocation fails, and one that has all memory, of another group. @return whether there were so
 /// many
 bool SetUpWithAFailure(FaceHost& host, int method, long n, bool again) {
-  long const live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
+  long const live = LiveAllocations(), blocks = LiveBlocks();
   bool threw = false, happened = false;
   {
     std::optional<Object> object;
@@ -47,7 +49,7 @@ bool SetUpWithAFailure(FaceHost& host, int method, long n, bool again) {
     host.parameters.block.iSearch_method = method;
     object->SetZYNKNCMP(&host.parameters);
     {
-      gradient_test::FailingAllocation const failing(n);
+      FailingAllocation const failing(n);
       try {
         object->Initialize_FaceInterpolateData(kOutlet);
       } catch (std::bad_alloc const&) {
@@ -66,8 +68,8 @@ bool SetUpWithAFailure(FaceHost& host, int method, long n, bool again) {
       tables.ReleaseLost(*object);
     }
   }
-  EXPECT_EQ(live, gradient_test::LiveAllocations()) << "allocation " << n << ", method " << method;
-  EXPECT_EQ(blocks, gradient_test::LiveBlocks()) << "allocation " << n << ", method " << method;
+  EXPECT_EQ(live, LiveAllocations()) << "allocation " << n << ", method " << method;
+  EXPECT_EQ(blocks, LiveBlocks()) << "allocation " << n << ", method " << method;
   return happened;
 }
 
@@ -87,4 +89,4 @@ TEST(FaceOperatorWithoutMemory, NoSetUpLeavesAnythingBehind) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

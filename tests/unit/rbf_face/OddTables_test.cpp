@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
 
 // Tables of a mesh with entries that name nothing, and objects that take over the tables of others.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
 using Row = std::vector<int>;
@@ -15,7 +16,7 @@ using Row = std::vector<int>;
 // A vertex of its own for every face that is not inner: only this face can mark it.
 TEST(BoundaryVertices, AreMarkedWhereverTheyStandInTheirFace) {
   for (std::size_t const place : {0U, 2U, 4U}) {
-    MeshPlan plan = TwoCubes();
+    TestMesh plan = TwoCubes();
     std::vector<int> own;
     for (Group const group : {kWall, kInlet, kOutlet, kPartition, kSymmetry}) {
       own.push_back(plan.AddNode({0.0, 0.0, 0.0}));
@@ -35,7 +36,7 @@ TEST(BoundaryVertices, AreMarkedWhereverTheyStandInTheirFace) {
 // beyond its number, on either side, leaves no neighbour.
 TEST(NeighboursOfCells, LeaveOutFacesThatAGroupDoesNotHave) {
   for (int const number : {0, -1, 2}) {
-    MeshPlan plan = TwoCubes();
+    TestMesh plan = TwoCubes();
     auto const isInlet = [](FaceOfCell const& face) { return face.group == kInlet; };
     std::find_if(plan.cellFaces[1].begin(), plan.cellFaces[1].end(), isInlet)->number = number;
     FaceBed bed(plan);
@@ -62,7 +63,7 @@ TEST(VirtualPointStencil, HasNoNeighboursOfNoCell) {
 // Element 0 of a row is a length, not a face: here it is 6, the type in front of the types is that of inner
 // faces, and the plane of inner face 6 would be the nearest one ahead in cell 14.
 TEST(VirtualPointsInCells, TakeNoLengthForAFace) {
-  MeshPlan plan = CubesOfAllGroups();
+  TestMesh plan = CubesOfAllGroups();
   Row nodes;
   for (Point const& p : {Point{1.125, 0, 0}, Point{1.125, 1, 0}, Point{1.125, 0, 1}})
     nodes.push_back(plan.AddNode(p));
@@ -107,4 +108,4 @@ TEST(FaceOperatorAssignment, ForgetsTheBoundsOfTheCellsItHad) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

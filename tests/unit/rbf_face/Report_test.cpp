@@ -7,17 +7,18 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The accuracy report: how the errors of the rows are gathered, and the text byte for byte.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::SameBits;
 using Object = CZynFaceRBFInternalObject;
 
 // ------------------------------------------------------------------------------------------------ the text
@@ -126,7 +127,7 @@ TEST(FaceReport, IsFlushedAtOnce) {
   FillReport(r.object);
   std::string arrived;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     r.object.PrintDebugMessage();
     arrived = output.Arrived();
   }
@@ -272,7 +273,7 @@ TEST(FaceReport, OfARunIsMadeOfTheRowsOfAllFaces) {
   char const* const headings[] = {"", "Inner", "Wall", "Inlet", "Outlet", "Partinter", "Symmetry"};
   for (int const method : {1, 2, 3, 4}) {
     for (Group const group : kGroups) {
-      PlainSettings const settings = {method, 50.0, 8};
+      FaceSettings const settings = {method, 50.0, 8};
       FaceBed bed(SkewedCubesOfAllGroups());
       bed.host.parameters.block.iDebugMode = 1;
       std::string const report = ReportIn(bed.SetUp(group, settings), headings[group]);
@@ -326,4 +327,4 @@ TEST(FaceReport, OfMethods3And4CountsEveryFace) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -8,20 +8,20 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Set-ups one after the other on one operator, with other methods, groups, spans and meshes, by way of copies and
 // assignments: each gives what a new operator gives. A set-up leaves the results of the former behind, on purpose, for
 // copies may still read them; here they are kept and given back at the end.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using gradient_test::Random;
-using gradient_test::UniformInt;
 using Object = CZynFaceRBFInternalObject;
-using Array = gradient_test::GuardedArray<double>;
+using Array = GuardedArray<double>;
 
 /// The result tables of all operators of a sequence, each once.
 class Tables {
@@ -158,7 +158,7 @@ struct Choice {
 
   bool isLarge, byFile;
   int faceType, debug;
-  PlainSettings settings;
+  FaceSettings settings;
 };
 
 Array Applied(Object& object, int nCell) {
@@ -257,4 +257,4 @@ TEST(FaceOperatorSequences, AGroupOfTheMeshWithoutFacesNeedsNoPartitionFaces) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -6,13 +6,15 @@
 #include <fstream>
 #include <string>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_face/FaceBed.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Where the settings come from: how the file is written, which lines are read, what makes it start anew; and the
 // parameter block.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
 std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
@@ -85,7 +87,7 @@ TEST(FaceSettings, MessageIsFlushedAtOnce) {
   Reader reader;
   std::string arrived;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     reader.object.ReadRBFbackdoorfile();
     arrived = output.Arrived();
   }
@@ -410,4 +412,4 @@ TEST(FaceSettingsBlock, IsReadAfterTheMeshIsMeasured) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

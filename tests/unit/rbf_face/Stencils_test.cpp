@@ -6,21 +6,21 @@
 #include <set>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // The removal of cells at one point, and the stencils of methods 1 to 3.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::SameBits;
 using Row = std::vector<int>;
 
 struct WithStencils {
-  WithStencils(MeshPlan const& plan, int faceType, PlainSettings const& settings)
+  WithStencils(TestMesh const& plan, int faceType, FaceSettings const& settings)
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FindStencils();
   }
@@ -122,14 +122,14 @@ TEST(FaceDuplicates, OfAnEmptyListAreNone) {
 // cells at x = 0; the second holds everything.
 constexpr int kMiddle = 9;
 
-int MiddleFace(MeshPlan const& plan) {
+int MiddleFace(TestMesh const& plan) {
   for (std::size_t f = 0; f < plan.Of(kInner).size(); ++f)
     if (plan.Of(kInner)[f].cv == 13 && plan.Of(kInner)[f].other == 14) return static_cast<int>(f) + 1;
   return 0;
 }
 
 TEST(FaceStencilByNode, Method1TakesTheWholeFirstCubeThatHoldsEnough) {
-  MeshPlan const plan = CubesOfAllGroups();
+  TestMesh const plan = CubesOfAllGroups();
   ASSERT_EQ(kMiddle, MiddleFace(plan));
   std::set<int> expected;
   for (int c = 1; c <= 27; ++c)
@@ -144,7 +144,7 @@ TEST(FaceStencilByNode, Method1TakesTheWholeFirstCubeThatHoldsEnough) {
 }
 
 TEST(FaceStencilByNode, Method1GrowsTheCubeByAMeanDistance) {
-  MeshPlan const plan = CubesOfAllGroups();
+  TestMesh const plan = CubesOfAllGroups();
   for (int const number : {28, 80, 81}) {
     WithStencils o(plan, kInner, {1, 1000.0, number});
     EXPECT_EQ(81, o->m_ppFaceCellConn[kMiddle][0]) << number;
@@ -161,7 +161,7 @@ TEST(FaceStencilByNode, Method1HasMembersOutsideTheSphereOfItsSupport) {
 }
 
 TEST(FaceStencilByNode, Method2TakesTheNearestOfThatCube) {
-  MeshPlan const plan = CubesOfAllGroups();
+  TestMesh const plan = CubesOfAllGroups();
   WithStencils two(plan, kInner, {2, 1000.0, 2});
   EXPECT_EQ((std::set<int>{13, 14}), two.Members(kMiddle));
   EXPECT_EQ(0.5, two->m_pFaceSupport[kMiddle]);
@@ -198,7 +198,7 @@ TEST(FaceStencilByNode, LeavesOutAFacesOwnCellThatItDoesNotFind) {
 }
 
 TEST(FaceStencilByNode, KeepsCellsAtOnePoint) {
-  MeshPlan plan = CubesOfAllGroups();
+  TestMesh plan = CubesOfAllGroups();
   plan.centres[13] = plan.centres[14];
   WithStencils o(plan, kInner, {2, 1000.0, 2});
   EXPECT_EQ((std::set<int>{13, 14}), o.Members(kMiddle));
@@ -220,8 +220,8 @@ TEST(FaceStencilByNode, HoldsAllCellsOfAMeshThatIsLongInAnyDirection) {
   for (int n = 0; n <= 10; ++n) row.push_back(n);
   std::vector<double> const one = {0.0, 1.0};
   Sides const walls = {kWall, kWall, kWall, kWall, kWall, kWall};
-  for (MeshPlan const& plan :
-       {BoxPlan(row, one, one, walls), BoxPlan(one, row, one, walls), BoxPlan(one, one, row, walls)}) {
+  for (TestMesh const& plan :
+       {Box(row, one, one, walls), Box(one, row, one, walls), Box(one, one, row, walls)}) {
     WithStencils o(plan, kInner, {1, 1000.0, 1000});
     for (int const i : {1, 5, 9}) {
       EXPECT_EQ(52, o->m_ppFaceCellConn[i][0]) << i;
@@ -231,7 +231,7 @@ TEST(FaceStencilByNode, HoldsAllCellsOfAMeshThatIsLongInAnyDirection) {
 }
 
 TEST(FaceStencilByNode, TakesAllCellsOfAMeshWithoutInnerFaces) {
-  MeshPlan const plan = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
+  TestMesh const plan = Box({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});
   for (int const method : {1, 2}) {
     WithStencils o(plan, kWall, {method, 1000.0, 4});
     EXPECT_EQ(method == 1 ? 7 : 4, o->m_ppFaceCellConn[1][0]);
@@ -240,12 +240,12 @@ TEST(FaceStencilByNode, TakesAllCellsOfAMeshWithoutInnerFaces) {
 
 // As far as the farthest bound of the points: from the wall at y = 0 to the halo cell at y = 1.5.
 TEST(FaceStencilByNode, MeasuresTheSupportOfAMeshWithoutInnerFacesByItsExtent) {
-  WithStencils o(BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0}), kWall, {1, 1000.0, 4});
+  WithStencils o(Box({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0}), kWall, {1, 1000.0, 4});
   EXPECT_EQ(1.5, o->m_pFaceSupport[1]);
 }
 
 TEST(FaceStencilByNode, TakesAllCellsWhenTheMeanDistanceIs0) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[2] = plan.centres[1];
   WithStencils o(plan, kInner, {1, 1000.0, 4});
   EXPECT_EQ(12, o->m_ppFaceCellConn[1][0]);
@@ -266,7 +266,7 @@ TEST(FaceStencilByNode, OfNumber0IsTheFirstCubeInMethod1) {
 
 // A cube of half-width 1 around the target holds no point.
 TEST(FaceStencilByNode, MayBeEmptyInMethod1) {
-  MeshPlan plan = CubesOfAllGroups();
+  TestMesh plan = CubesOfAllGroups();
   plan.Of(kInner)[kMiddle - 1].centre = {40.0, 1.5, 1.5};
   WithStencils o(plan, kInner, {1, 1000.0, 0});
   EXPECT_EQ(0, o->m_ppFaceCellConn[kMiddle][0]);
@@ -292,7 +292,7 @@ TEST(FaceStencilByNode, EqualsThePlainFormForEveryGroup) {
   for (int const method : {1, 2}) {
     for (int const number : {3, 20}) {
       for (Group const group : kGroups) {
-        for (MeshPlan const& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
+        for (TestMesh const& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
           WithStencils o(plan, group, {method, 1000.0, number});
           PlainFaceOperator plain = o.bed.Plain(group, {method, 1000.0, number});
           plain.Collate();
@@ -320,7 +320,7 @@ TEST(FaceStencilByTopology, HasTheTwoCellsAtPositions1And2AndEachCellOnce) {
 }
 
 TEST(FaceStencilByTopology, FollowsTheVerticesAndTheirCells) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInner)[0].nodes = {8, 2, 5};
   plan.nodeCells[8] = {7, 1, 2, 5};
   plan.nodeCells[2] = {9, 2, 1, 7};
@@ -333,7 +333,7 @@ TEST(FaceStencilByTopology, FollowsTheVerticesAndTheirCells) {
 }
 
 TEST(FaceStencilByTopology, TakesTheCellsAndVerticesOfEveryGroup) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   for (Group const group : kGroups) {
     WithStencils o(plan, group, {3, 1000.0, 20});
     for (int i = 1; i <= o->NFace; ++i) {
@@ -349,7 +349,7 @@ TEST(FaceStencilByTopology, MeasuresTheFarthestOfCellsAndVertices) {
   WithStencils vertices(TwoCubes(), kInner, {3, 1000.0, 20});
   EXPECT_TRUE(SameBits(std::sqrt(0.5), vertices->m_pFaceSupport[1]));
   for (std::size_t const cell : {1U, 2U}) {
-    MeshPlan plan = TwoCubes();
+    TestMesh plan = TwoCubes();
     plan.centres[cell] = {0.0, cell == 1 ? -3.0 : 3.0, 0.0};
     WithStencils cells(plan, kInner, {3, 1000.0, 20});
     EXPECT_EQ(3.0, cells->m_pFaceSupport[1]);
@@ -389,7 +389,7 @@ TEST(FaceStencilByTopology, FlushesWhatItSays) {
   stages.FillTree();
   std::string arrived;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     bed.object.Search_by_Topology_control();
     arrived = output.Arrived();
   }
@@ -399,8 +399,8 @@ TEST(FaceStencilByTopology, FlushesWhatItSays) {
 TEST(FaceStencilByTopology, EqualsThePlainFormForEveryGroup) {
   for (Group const group : kGroups) {
     for (bool const outerOnly : {false, true}) {
-      MeshPlan plan = SkewedCubesOfAllGroups();
-      if (outerOnly) plan.ListCellsAroundNodes(MeshPlan::AtBoundaryNodes::OuterCellsOnly);
+      TestMesh plan = SkewedCubesOfAllGroups();
+      if (outerOnly) plan.ListCellsAroundNodes(TestMesh::AtBoundaryNodes::OuterCellsOnly);
       WithStencils o(plan, group, {3, 1000.0, 20});
       PlainFaceOperator plain = o.bed.Plain(group, {3, 1000.0, 20});
       plain.Collate();
@@ -444,4 +444,4 @@ TEST(FaceStencilByTopology, OfNoVerticesIsThePair) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

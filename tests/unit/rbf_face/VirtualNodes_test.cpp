@@ -5,23 +5,24 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell/TableComparison.h"
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The virtual points P and E of method 4, the cells tied to them and the stencils around them; and the class's
 // other ways of doing the same, which no set-up takes.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::SameBits;
 using Row = std::vector<int>;
 
 /// An operator with its cells in the tree, before any stencil.
 struct Ready {
-  explicit Ready(MeshPlan const& plan, int faceType = kInner, PlainSettings const& settings = {})
+  explicit Ready(TestMesh const& plan, int faceType = kInner, FaceSettings const& settings = {})
       : bed(plan), stages(bed.object, faceType, settings) {
     stages.FillTree();
   }
@@ -46,7 +47,8 @@ struct Ready {
                                                            face.area.y, face.area.z));
   }
   Face const& FaceOf(int i) {
-    return bed.host.Plan().Of(static_cast<Group>(bed.object.iFaceType))[static_cast<std::size_t>(i - 1)];
+    return bed.host.Description().Of(
+        static_cast<Group>(bed.object.iFaceType))[static_cast<std::size_t>(i - 1)];
   }
 
   FaceBed bed;
@@ -62,7 +64,7 @@ AssertionResult Stands(IBCnode const& node, Point point, int cell) {
 // ------------------------------------------------------------------------------------------------- the points
 
 TEST(VirtualPoints, AreTheFeetOfTheCellsOnTheNormalThroughTheFace) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[1] = {-0.5, 0.25, 0.125};
   plan.centres[2] = {0.75, -0.25, 0.0};
   Ready o(plan);
@@ -74,7 +76,7 @@ TEST(VirtualPoints, AreTheFeetOfTheCellsOnTheNormalThroughTheFace) {
 // On the line through (0, 0, 0) along (1, 1, 0): the cells at (-1, 0, 0) and (0, 2, 0) have their feet at
 // (-1/2, -1/2, 0) and (1, 1, 0).
 TEST(VirtualPoints, StandOnAnObliqueNormal) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[1] = {-1.0, 0.0, 0.0};
   plan.centres[2] = {0.0, 2.0, 0.0};
   plan.Of(kInner)[0].area = {1.0, 1.0, 0.0};
@@ -86,7 +88,7 @@ TEST(VirtualPoints, StandOnAnObliqueNormal) {
 
 TEST(VirtualPoints, DoNotDependOnTheLengthOfTheAreaVector) {
   for (double const factor : {1.0, 0.0078125, 4096.0, -1.0}) {
-    MeshPlan plan = SkewedCubesOfAllGroups();
+    TestMesh plan = SkewedCubesOfAllGroups();
     Ready before(plan);
     before.Place(20);
     Point& s = plan.Of(kInner)[19].area;
@@ -100,7 +102,7 @@ TEST(VirtualPoints, DoNotDependOnTheLengthOfTheAreaVector) {
 }
 
 TEST(VirtualPoints, OfACellOnTheNormalAreItsCentreAndTiedToIt) {
-  MeshPlan const plan = CubesOfAllGroups();
+  TestMesh const plan = CubesOfAllGroups();
   Ready o(plan);
   for (int i = 1; i <= o->NFace; ++i) {
     o.Place(i);
@@ -112,7 +114,7 @@ TEST(VirtualPoints, OfACellOnTheNormalAreItsCentreAndTiedToIt) {
 
 // The face's line passes far from its own cells' centres: their feet lie next to other cells.
 TEST(VirtualPoints, AreTiedToWhateverCellIsNearest) {
-  MeshPlan plan = CubesOfAllGroups();
+  TestMesh plan = CubesOfAllGroups();
   Face face;  // between 13 and 14, but its centre in the row of cells above
   face.cv = 13, face.other = 14, face.nodes = {1, 2, 3, 4};
   face.centre = {1.0, 2.5, 1.5};
@@ -125,7 +127,7 @@ TEST(VirtualPoints, AreTiedToWhateverCellIsNearest) {
 }
 
 TEST(VirtualPoints, MayBeTiedToABoundarySideCell) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[1] = {-0.875, 0.25, 0.0};  // the foot at (-0.875, 0, 0) is nearer to the inlet's face
   Ready o(plan);
   o.Place();
@@ -133,7 +135,7 @@ TEST(VirtualPoints, MayBeTiedToABoundarySideCell) {
 }
 
 TEST(VirtualPoints, MayLieOutsideTheMesh) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInner)[0].centre = {0.0, 30.0, 0.0};
   Ready o(plan);
   o.Place();
@@ -142,7 +144,7 @@ TEST(VirtualPoints, MayLieOutsideTheMesh) {
 }
 
 TEST(VirtualPoints, OnBoundaryFacesHaveEAtTheFaceBitForBitTiedToItsSideCell) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     Ready o(plan, group);
     for (int i = 1; i <= o->NFace; ++i) {
@@ -156,7 +158,7 @@ TEST(VirtualPoints, OnBoundaryFacesHaveEAtTheFaceBitForBitTiedToItsSideCell) {
 
 // A twin of the side cell is there to be found instead.
 TEST(VirtualPoints, OnBoundaryFacesTieEWithoutASearch) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kWall)[0].centre = plan.centres[1];
   Ready o(plan, kWall);
   int pair[] = {2, plan.Of(kWall)[0].other};
@@ -165,7 +167,7 @@ TEST(VirtualPoints, OnBoundaryFacesTieEWithoutASearch) {
 }
 
 TEST(VirtualPoints, OnPartitionFacesHaveEAtTheHaloCell) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   Ready o(plan, kPartition);
   for (int i = 1; i <= o->NFace; ++i) {
     o.Place(i);
@@ -250,7 +252,7 @@ TEST(VirtualPointStencil, OfABoundaryFaceHasItsSideCellAtPosition2AndTheRowOfE) 
 // The inlet's side cell (3) stands where cell 2 does. In the whole stencil cell 2 comes first and stays; in the
 // list of P the cell 3 does, and its position is 0.
 TEST(VirtualPointStencil, HasPosition0ForATwinThatTheWholeStencilDropped) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInlet)[0].centre = plan.centres[2];
   Ready o(plan);
   o.P().SetData(-0.5, 0.0, 0.0, 1);
@@ -278,7 +280,7 @@ TEST(VirtualPointStencil, TakesThePairWithoutATestAndDropsItsTwin) {
 }
 
 TEST(VirtualPointStencil, KeepsACellOneUnitInTheLastPlaceAway) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInlet)[0].centre = plan.centres[2];
   plan.Of(kInlet)[0].centre.x = std::nextafter(0.5, 1.0);
   Ready o(plan);
@@ -306,7 +308,7 @@ TEST(VirtualPointStencil, MakesZeroedRowsOfValueAndNormalAndOfSlopesUnlessMethod
 
 TEST(VirtualPointStencil, EqualsThePlainFormForEveryGroup) {
   for (Group const group : kGroups) {
-    for (MeshPlan const& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
+    for (TestMesh const& plan : {CubesOfAllGroups(), SkewedCubesOfAllGroups()}) {
       Ready o(plan, group);
       o.stages.FindStencils();
       PlainFaceOperator plain = o.bed.Plain(group, {});
@@ -330,7 +332,7 @@ TEST(VirtualPointsInCells, StandHalfWayToTheNearestPlaneAhead) {
 }
 
 TEST(VirtualPointsInCells, DoNotDependOnTheCentres) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[1] = {-0.75, 0.25, 0.0};
   plan.centres[2] = {0.25, 0.25, 0.0};
   plan.Of(kInner)[0].area = {8.0, 0.0, 0.0};
@@ -342,8 +344,8 @@ TEST(VirtualPointsInCells, DoNotDependOnTheCentres) {
 
 /// The two cubes with one more wall face at cell 1, a triangle in the plane x = `x` far away from the ray; its
 /// second vertex is `dy` away from the first.
-MeshPlan WithTriangleAhead(double x, double dy = 1.0) {
-  MeshPlan plan = TwoCubes();
+TestMesh WithTriangleAhead(double x, double dy = 1.0) {
+  TestMesh plan = TwoCubes();
   Face face;
   face.cv = 1;
   face.nodes = {plan.AddNode({x, 0.0, 0.0}), plan.AddNode({x, dy, 0.0}), plan.AddNode({x, 0.0, 1.0})};
@@ -398,7 +400,7 @@ TEST(VirtualPointsInCells, TakeASmallDeterminantForAParallelPlaneFromMinus1e6UpT
 
 // The inlet's and the outlet's face have number 1, as the inner face has; they count all the same.
 TEST(VirtualPointsInCells, LeaveOutTheFaceItselfButNotItsNumberInOtherGroups) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInner)[0].centre = {0.25, 0.0, 0.0};  // the face's own plane is ahead of P's ray, but is left out
   Ready o(plan);
   o.PlaceInCells();
@@ -413,7 +415,7 @@ TEST(VirtualPointsInCells, LeaveOutTheFaceItselfButNotItsNumberInOtherGroups) {
 }
 
 TEST(VirtualPointsInCells, OnOtherFacesThanInnerHaveEAtTheSecondCell) {
-  MeshPlan const plan = TwoCubes();
+  TestMesh const plan = TwoCubes();
   for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
     Ready o(plan, group);
     o.PlaceInCells();
@@ -434,7 +436,7 @@ TEST(VirtualPointsInCells, OnAWallStandHalfWayThroughTheCell) {
 }
 
 TEST(VirtualPointsInCells, WithoutAPlaneAheadAreFarAway) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.cellFaces[1] = {{kInner, 1}};
   Ready o(plan);
   o.PlaceInCells();
@@ -484,7 +486,7 @@ void ExpectMarksOfSide(Ready& o, Row const& positions, int const* marks) {
 }
 
 TEST(VirtualPointStencilByVertices, HasThePairAndTheCellsAroundTheTiedCellsVertices) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   for (auto& row : plan.nodeCells) row.clear();
   plan.cellNodes[1] = {2, 1};
   plan.cellNodes[2] = {2, 3};
@@ -502,7 +504,7 @@ TEST(VirtualPointStencilByVertices, HasThePairAndTheCellsAroundTheTiedCellsVerti
 }
 
 TEST(VirtualPointStencilByVertices, HasATiedCellInItsListOnlyIfAVertexNamesIt) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   for (auto& row : plan.nodeCells) row.clear();  // no vertex names a cell beyond the boundary
   Ready o(plan);
   o.P().SetData(-0.5, 0.0, 0.0, 1);
@@ -515,7 +517,7 @@ TEST(VirtualPointStencilByVertices, HasATiedCellInItsListOnlyIfAVertexNamesIt) {
 
 // Twice the same cell stands at both positions; what refers to it refers to the later.
 TEST(VirtualPointStencilByVertices, TakesThePairWithoutATest) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   for (auto& row : plan.nodeCells) row.clear();
   Ready o(plan);
   o.P().SetData(-0.5, 0.0, 0.0, 1);
@@ -527,7 +529,7 @@ TEST(VirtualPointStencilByVertices, TakesThePairWithoutATest) {
 }
 
 TEST(VirtualPointStencilByVertices, KeepsCellsAtOnePoint) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInlet)[0].centre = plan.centres[2];
   Ready o(plan);
   o.P().SetData(-0.5, 0.0, 0.0, 1);
@@ -575,7 +577,7 @@ TEST(VirtualPointStencilByVertices, EqualsThePlainFormForEveryGroup) {
 // from cell 13. The cubes of that half-width around P = (0.5, 1.5, 1.5) and E = (1.5, 1.5, 1.5) hold the cells
 // with x in [-1, 2] and [0, 3], all but the halo cells.
 TEST(VirtualPointStencilByCubes, HasThePairAndTheCellsOfACubeAroundEachPoint) {
-  MeshPlan const plan = CubesOfAllGroups();
+  TestMesh const plan = CubesOfAllGroups();
   Ready o(plan);
   o.Place(9);
   int pair[] = {13, 14};
@@ -597,7 +599,7 @@ TEST(VirtualPointStencilByCubes, FlushesItsLine) {
   int pair[] = {13, 14};
   std::string arrived;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     o->CountingVirtualNodeToCellBySearchNumber(9, pair, 7.0, 0.0, 0.0);
     arrived = output.Arrived();
   }
@@ -636,4 +638,4 @@ TEST(VirtualPointStencilByCubes, EqualsThePlainFormForEveryGroup) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

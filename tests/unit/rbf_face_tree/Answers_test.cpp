@@ -5,14 +5,15 @@
 #include <cstdint>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face/FaceTables.h"
-#include "tests/unit/rbf_face_tree/ArrangedTree.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/rbf_face/FaceTables.h"
+#include "tests/support/tree/RecordingTree.h"
 
 // What the order in which a tree answers means for stencils: it decides between equals, and in method 1 it is the
 // order of the stencil.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
 
 using Row = std::vector<int>;
@@ -20,6 +21,8 @@ using Row = std::vector<int>;
 void Reversed(std::vector<int>& ids) { std::reverse(ids.begin(), ids.end()); }
 
 /// A fixed order without a pattern.
+using Arrangement = std::function<void(std::vector<int>&)>;
+
 Arrangement Shuffled(std::uint64_t seed) {
   return [seed](std::vector<int>& ids) {
     auto const rank = [seed](int id) {
@@ -33,11 +36,11 @@ Arrangement Shuffled(std::uint64_t seed) {
 
 /// An operator whose trees answer in the given order.
 struct Answered {
-  Answered(MeshPlan const& plan, int faceType, PlainSettings const& settings, Arrangement const& arrangement)
+  Answered(TestMesh const& plan, int faceType, FaceSettings const& settings, Arrangement const& arrangement)
       : bed(plan), stages(bed.object, faceType, settings) {
     StartAnew();
     stages.FillTree();
-    Arrange(arrangement);
+    Calls().arrange = arrangement;
   }
   ~Answered() { StartAnew(); }
   Row Stencil(int i) { return RowOf(bed.object.m_ppFaceCellConn[i]); }
@@ -73,7 +76,7 @@ TEST(TreeAnswers, OfEqualDistanceKeepTheirOrderInMethod2) {
     std::sort(tied.begin(), tied.end());
     if (arrangement) arrangement(nearest), arrangement(tied);
     EXPECT_EQ(nearest, Row(stencil.begin(), stencil.begin() + 2));
-    EXPECT_EQ(o.bed.host.Plan().Of(kInlet)[4].other, stencil[2]);
+    EXPECT_EQ(o.bed.host.Description().Of(kInlet)[4].other, stencil[2]);
     EXPECT_EQ(tied, Row(stencil.begin() + 3, stencil.end()));
   }
 }
@@ -98,7 +101,7 @@ TEST(TreeAnswers, DecideBetweenEquallyNearCells) {
 }
 
 TEST(TreeAnswers, DecideBetweenCellsAtOnePoint) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.Of(kInlet)[0].centre = plan.centres[2];  // side cell 3 where cell 2 stands
   for (Arrangement const& arrangement : {Arrangement(), Arrangement(Reversed)}) {
     Answered o(plan, kInner, {}, arrangement);
@@ -113,7 +116,7 @@ TEST(TreeAnswers, DecideBetweenCellsWhoseDistancesAreEqualThoughTheirSquaresAreN
   o.bed.object.m_pNodeTable[1].SetData(1.0, std::ldexp(1.0, -26), 0.0, 1);
   o.bed.object.m_pNodeTable[2].SetData(-1.0, 0.0, 0.0, 2);
   EXPECT_EQ(1, o.bed.object.Search_ClosestCellID_byNode(0.0, 0.0, 0.0));
-  Arrange(Reversed);
+  Calls().arrange = Reversed;
   EXPECT_EQ(2, o.bed.object.Search_ClosestCellID_byNode(0.0, 0.0, 0.0));
 }
 
@@ -132,7 +135,7 @@ TEST(TreeAnswers, InAnyOrderGiveTheTablesOfThePlainForm) {
   for (int const method : {1, 2, 4}) {
     for (Group const group : kGroups) {
       for (std::uint64_t seed = 1; seed <= 3; ++seed) {
-        PlainSettings const settings = {method, 50.0, 9};
+        FaceSettings const settings = {method, 50.0, 9};
         Answered o(CubesOfAllGroups(), group, settings, Shuffled(seed));
         o.stages.Derive();
         PlainFaceOperator plain = o.bed.Plain(group, settings);
@@ -147,4 +150,4 @@ TEST(TreeAnswers, InAnyOrderGiveTheTablesOfThePlainForm) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

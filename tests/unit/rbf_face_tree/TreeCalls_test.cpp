@@ -5,20 +5,20 @@
 #include <limits>
 #include <vector>
 
-#include "tests/unit/rbf_face/FaceBed.h"
-#include "tests/unit/rbf_face_tree/ArrangedTree.h"
+#include "tests/support/mesh/BoxMesh.h"
+#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/support/tree/RecordingTree.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Which calls the face operator makes of its two search trees, in which order and with which numbers.
 
-namespace rbf_face_test {
+namespace zyn_test {
 namespace {
-
-using Corners = std::array<double, 6>;
 
 /// Number of the tree of cells and of the tree of boundary faces.
 constexpr int kCells = 1, kBoundary = 2;
 
-TreeCalls CallsOfSetUp(MeshPlan const& plan, int faceType, PlainSettings const& settings) {
+TreeCalls CallsOfSetUp(TestMesh const& plan, int faceType, FaceSettings const& settings) {
   StartAnew();
   FaceBed bed(plan);
   bed.SetUp(faceType, settings);
@@ -40,7 +40,7 @@ TEST(FaceTrees, AreTwoAndAreDestroyedBySetUp) {
 TEST(FaceTrees, AreNoneForAGroupWithoutFaces) {
   std::vector<double> const lines = {0.0, 1.0, 2.0};
   TreeCalls const calls =
-      CallsOfSetUp(BoxPlan(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall}), kInlet, {});
+      CallsOfSetUp(Box(lines, lines, lines, {kWall, kWall, kWall, kWall, kWall, kWall}), kInlet, {});
   EXPECT_EQ(0, calls.constructed);
 }
 
@@ -58,7 +58,7 @@ TEST(CellTree, GetsTheBoundsOfTheMeshOnceMaximaFirstBeforeItsFirstBox) {
 }
 
 TEST(CellTree, GetsEveryCellInAscendingOrderAsABoxMaximaFirst) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   StartAnew();
   FaceBed bed(plan);
   Stages stages(bed.object, kInner, {});
@@ -77,7 +77,7 @@ TEST(CellTree, GetsEveryCellInAscendingOrderAsABoxMaximaFirst) {
 // An absolute margin: on a mesh as small as that, neighbours' boxes overlap.
 TEST(CellTree, HasTheSameMarginOnAMeshOfAnySize) {
   for (double const size : {1e-7, 1e7}) {
-    MeshPlan const plan = TwoCubes().Mapped([size](Point p) {
+    TestMesh const plan = TwoCubes().Mapped([size](Point p) {
       return Point{size * p.x, size * p.y, size * p.z};
     });
     TreeCalls const calls = CallsOfSetUp(plan, kInner, {});
@@ -104,7 +104,7 @@ TEST(BoundaryTree, GetsTheSameBoundsAsTheTreeOfCells) {
 }
 
 /// The box of a face's vertices, maxima first.
-Corners BoxOf(MeshPlan const& plan, Face const& face) {
+Corners BoxOf(TestMesh const& plan, Face const& face) {
   Corners box = {-1e10, -1e10, -1e10, 1e10, 1e10, 1e10};
   for (int const v : face.nodes) {
     Point const p = plan.nodes[static_cast<std::size_t>(v)];
@@ -118,7 +118,7 @@ Corners BoxOf(MeshPlan const& plan, Face const& face) {
 }
 
 TEST(BoundaryTree, GetsWallsInletsOutletsAndSymmetryWithoutMarginsNumberedThroughout) {
-  MeshPlan const plan = SkewedCubesOfAllGroups();
+  TestMesh const plan = SkewedCubesOfAllGroups();
   std::vector<TreeCalls::Box> const boxes = CallsOfSetUp(plan, kInner, {}).BoxesOf(kBoundary);
   std::vector<Corners> expected;
   for (Group const group : {kWall, kInlet, kOutlet, kSymmetry})
@@ -136,7 +136,7 @@ TEST(BoundaryTree, IsCompleteBeforeTheFirstSearchAndIsNotSearched) {
   Stages stages(bed.object, kInner, {});
   std::vector<std::size_t> boxesAtSearches;
   stages.FillTree();
-  Arrange([&](std::vector<int>&) { boxesAtSearches.push_back(Calls().BoxesOf(kBoundary).size()); });
+  Calls().arrange = [&](std::vector<int>&) { boxesAtSearches.push_back(Calls().BoxesOf(kBoundary).size()); };
   stages.Derive();
   ASSERT_FALSE(boxesAtSearches.empty());
   EXPECT_EQ(45U, boxesAtSearches.front());
@@ -178,7 +178,7 @@ TEST(FaceSearch, AsksMinimaFirstWithCubesOfOneTwoThreeMeanDistances) {
 TEST(FaceSearch, StopsAtTheFirstCubeThatHoldsEnough) {
   for (int const method : {1, 2}) {
     for (int const number : {0, 5, 20, 40}) {
-      PlainSettings const settings = {method, 50.0, number};
+      FaceSettings const settings = {method, 50.0, number};
       TreeCalls const calls = CallsOfSetUp(SkewedCubesOfAllGroups(), kInner, settings);
       int faces = 0, tooSmall = 0;
       for (TreeCalls::Query const& query : calls.queries) {
@@ -215,10 +215,10 @@ TEST(FaceSearch, StopsWhenItsCubeCoversAllPoints) {
 
 // The first cube is the face's centre itself; it does not grow, and the next one covers everything.
 TEST(FaceSearch, OfAMeshWithoutAMeanDistanceEndsWithOneThatCoversEverything) {
-  MeshPlan onePoint = TwoCubes();
-  onePoint.centres[2] = onePoint.centres[1];                             // a mean distance of 0
-  MeshPlan const oneCell = BoxPlan({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});  // and one that is not a number
-  for (MeshPlan const& plan : {onePoint, oneCell}) {
+  TestMesh onePoint = TwoCubes();
+  onePoint.centres[2] = onePoint.centres[1];                         // a mean distance of 0
+  TestMesh const oneCell = Box({0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0});  // and one that is not a number
+  for (TestMesh const& plan : {onePoint, oneCell}) {
     TreeCalls const calls = CallsOfSetUp(plan, kWall, {2, 50.0, 5});
     ASSERT_EQ(2 * plan.Of(kWall).size(), calls.queries.size());
     for (std::size_t k = 1; k < calls.queries.size(); k += 2) {
@@ -247,7 +247,7 @@ TEST(FaceSearch, OfMethod4IsMadeAroundEThenP) {
 
 TEST(FaceSearch, OfMethod4OnBoundaryFacesIsMadeAroundPAlone) {
   for (Group const group : {kWall, kInlet, kOutlet, kSymmetry}) {
-    MeshPlan const plan = CubesOfAllGroups();
+    TestMesh const plan = CubesOfAllGroups();
     TreeCalls const calls = CallsOfSetUp(plan, group, {});
     EXPECT_EQ(plan.Of(group).size(), calls.queries.size());
   }
@@ -287,7 +287,7 @@ TEST(FaceSearch, ByCubesIsOneOfFixedSizeAroundEachVirtualPoint) {
 
 // |F + 2 mean u - B| differs on the two sides when the cells are not at equal distance.
 TEST(FaceSearch, ByCubesMeasuresTheRadiusOfEachSideFromTheOtherCell) {
-  MeshPlan plan = TwoCubes();
+  TestMesh plan = TwoCubes();
   plan.centres[1].x = -0.25;
   plan.centres[2].x = 1.75;  // a mean distance of 2: A2 = (4, 0, 0), B2 = (-4, 0, 0)
   StartAnew();
@@ -301,4 +301,4 @@ TEST(FaceSearch, ByCubesMeasuresTheRadiusOfEachSideFromTheOtherCell) {
 }
 
 }  // namespace
-}  // namespace rbf_face_test
+}  // namespace zyn_test

@@ -4,13 +4,15 @@
 #include <random>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/AllocationCount.h"
 
 // The four sums per point: their order, what is read and written, and that nothing else is touched.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -49,7 +51,7 @@ std::vector<Point> SomePoints() {
 
 /// A lattice with all coefficients derived.
 struct Derived : PointBed {
-  explicit Derived(int method) : PointBed(Hexahedra(HexahedraOptions()), PlainSettings{500.0, method, 9}) {
+  explicit Derived(int method) : PointBed(Hexahedra(HexahedraOptions()), PointSettings{500.0, method, 9}) {
     SetUp(InteriorUsable(Hexahedra(HexahedraOptions())), SomePoints());
   }
 };
@@ -58,7 +60,7 @@ struct Derived : PointBed {
 struct Prescribed : PointBed {
   explicit Prescribed(std::vector<double> const& coefficients)
       : PointBed(LooseCells(std::vector<Point>(coefficients.size(), Point{1, 0, 0})),
-                 PlainSettings{500.0, 2, 100}) {
+                 PointSettings{500.0, 2, 100}) {
     int const n = static_cast<int>(coefficients.size());
     SetUp(AllUsable(n), {{1, 0, 0}});
     for (int k = 1; k <= n; ++k) {
@@ -96,7 +98,7 @@ TEST(PointApplication, AddsInStencilOrderFromZeroOn) {
 TEST(PointApplication, EqualsThePlainFormBitForBit) {
   for (int const method : {1, 2, 3}) {
     Derived bed(method);
-    PlainPointOperator plain(bed.host.mesh, bed.host.partitionFaces, PlainSettings{500.0, method, 9});
+    PlainPointOperator plain(bed.host.mesh, bed.host.partitionFaces, PointSettings{500.0, method, 9});
     plain.SetUp(InteriorUsable(Hexahedra(HexahedraOptions())).Data(), SomePoints());
     Array field = RandomField(bed.host.mesh.NCell);
     Outputs const out = Apply(bed.object, field);
@@ -154,8 +156,8 @@ TEST(PointApplication, StaysWithinElements1ToTheNumberOfPointsAndLeavesTheField)
 
 TEST(PointApplication, OfAStencilWithoutMembersIsZero) {
   for (int const method : {1, 2, 3}) {
-    PointMesh const mesh = Hexahedra(HexahedraOptions());
-    PointBed bed(mesh, PlainSettings{500.0, method, 9});
+    TestMesh const mesh = Hexahedra(HexahedraOptions());
+    PointBed bed(mesh, PointSettings{500.0, method, 9});
     bed.SetUp(Array(mesh.NCell(), kUnusable), SomePoints());
     Array field(mesh.NCell(), 3.0);
     Outputs const out = Apply(bed.object, field);
@@ -175,7 +177,7 @@ TEST(PointApplication, OfAStencilWithoutMembersIsZero) {
 }
 
 TEST(PointApplication, AfterAnUnknownMethodIsZero) {
-  PointBed bed(Hexahedra(HexahedraOptions()), PlainSettings{500.0, 4, 9});
+  PointBed bed(Hexahedra(HexahedraOptions()), PointSettings{500.0, 4, 9});
   bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
   Array field(bed.host.mesh.NCell, 3.0);
   Outputs const out = Apply(bed.object, field);
@@ -209,10 +211,10 @@ TEST(PointApplication, AllocatesNothing) {
     Derived bed(method);
     Array field = RandomField(bed.host.mesh.NCell);
     Outputs out(bed.object.m_iNIBNode);
-    long const before = gradient_test::Allocations();
+    long const before = Allocations();
     bed.object.Multiply_IBRBFCoefficent(field.Data(), out.value.Data(), out.x.Data(), out.y.Data(),
                                         out.z.Data());
-    EXPECT_EQ(before, gradient_test::Allocations());
+    EXPECT_EQ(before, Allocations());
   }
 }
 
@@ -221,7 +223,7 @@ TEST(PointApplication, ReadsNeitherElement0NorTheTags) {
   Array field = RandomField(bed.host.mesh.NCell);
   Outputs const before = Apply(bed.object, field);
   for (int i = 1; i <= bed.object.m_iNIBNode; ++i) {
-    double const guard = gradient_test::GuardValue<double>();
+    double const guard = GuardValue<double>();
     bed.object.m_ppIBValueCoef[i][0] = guard;
     bed.object.m_ppIBCoef[i][0].SetData(guard, guard, guard, -1);
     for (int k = 1; k <= bed.object.m_ppIBConn[i][0]; ++k) bed.object.m_ppIBCoef[i][k].tag = -1;
@@ -231,8 +233,8 @@ TEST(PointApplication, ReadsNeitherElement0NorTheTags) {
 
 /// The largest difference between the value at a cell's position and the cell's value.
 double WorstAtCells(int method, double span, Array& field) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{span, method, 9});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{span, method, 9});
   std::vector<Point> centres;
   for (int c = 1; c <= mesh.nInnerCells; ++c) centres.push_back(mesh.Centre(c));
   bed.SetUp(InteriorUsable(mesh), centres);
@@ -250,7 +252,7 @@ TEST(PointApplication, AtACellGivesThatCellsValue) {
 // With the wide support the systems are nearly singular: the weights are right to the condition of the system times
 // round-off, which a smooth field hardly notices and a rough one does.
 TEST(PointApplication, AtACellGivesThatCellsValueOfASmoothFieldWithAWideSupportToo) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   Array smooth(mesh.NCell()), rough = RandomField(mesh.NCell());
   for (int c = 1; c <= mesh.NCell(); ++c)
     smooth[c] = std::sin(0.3 * mesh.Centre(c).x) + 0.2 * mesh.Centre(c).y * mesh.Centre(c).z;
@@ -261,4 +263,4 @@ TEST(PointApplication, AtACellGivesThatCellsValueOfASmoothFieldWithAWideSupportT
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -4,13 +4,15 @@
 #include <limits>
 #include <vector>
 
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // Where each cell number stands, what the tree's range is made of, which nodes count as boundary nodes, which cells
 // stand around a node, and which cells are entered in the tree.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -40,18 +42,18 @@ std::vector<int> NodeRow(Object const& object, int node) {
 ///   cell 1: interior    cell 3: wall        cell 5: outlet     cell 7: partition
 ///   cell 2: interior    cell 4: inlet       cell 6: symmetry
 ///   nodes 1, 2: of the interior cells; nodes 3..7: of the faces that lead to cells 3..7
-struct OneOfEach : PointMesh {
+struct OneOfEach : TestMesh {
   OneOfEach() {
     double const places[] = {0.25, 1.25, 10, 20, 30, 40, 50};
     for (double const x : places) AddNode({x, x + 1, x + 2});
-    AddInteriorCell({1, 2, 3}, {1, 2});
-    AddInteriorCell({4, 6, 3}, {1, 2});
+    AddCell({1, 2, 3}, {1, 2});
+    AddCell({4, 6, 3}, {1, 2});
     JoinInterior(1, 2);
-    AddSide(wall, 1, {11, 12, 13}, {111, 112, 113}, {3});
-    AddSide(inlet, 1, {21, 22, 23}, {121, 122, 123}, {4});
-    AddSide(outlet, 1, {31, 32, 33}, {131, 132, 133}, {5});
-    AddSide(symmetry, 2, {41, 42, 43}, {141, 142, 143}, {6});
-    AddSide(partition, 2, {51, 52, 53}, {151, 152, 153}, {7});
+    AddSide(kWall, 1, {11, 12, 13}, {111, 112, 113}, {3});
+    AddSide(kInlet, 1, {21, 22, 23}, {121, 122, 123}, {4});
+    AddSide(kOutlet, 1, {31, 32, 33}, {131, 132, 133}, {5});
+    AddSide(kSymmetry, 2, {41, 42, 43}, {141, 142, 143}, {6});
+    AddSide(kPartition, 2, {51, 52, 53}, {151, 152, 153}, {7});
   }
 };
 
@@ -110,14 +112,14 @@ TEST(PointCollation, MeasuresInnerCellsWallsAndInletsButNeitherOutletsNorSymmetr
 }
 
 TEST(PointCollation, LeavesCellsWithoutAnInnerFaceOutOfTheBounds) {
-  PointMesh mesh = LooseCells({{0, 0, 0}, {1, 1, 1}, {7, 7, 7}});
+  TestMesh mesh = LooseCells({{0, 0, 0}, {1, 1, 1}, {7, 7, 7}});
   PointBed bed(mesh);
   Collate(bed);
   EXPECT_EQ(1.0, bed.object.Xmax);
 }
 
 TEST(PointCollation, TakesTheMeanOfTheDistancesBetweenNeighbours) {
-  PointMesh mesh = LooseCells({{1, 2, 3}, {4, 6, 3}, {4, 6, 10}});
+  TestMesh mesh = LooseCells({{1, 2, 3}, {4, 6, 3}, {4, 6, 10}});
   mesh.JoinInterior(2, 3);
   PointBed bed(mesh);
   Collate(bed);
@@ -163,19 +165,19 @@ TEST(PointCollation, EqualsThePlainFormOnALattice) {
 // ------------------------------------------------------------------------------------------ cells around nodes
 
 /// A boundary node 1 (of a wall) and an inner node 2, with three interior cells at both.
-struct TwoNodes : PointMesh {
+struct TwoNodes : TestMesh {
   TwoNodes() {
     AddNode({0, 0, 0});
     AddNode({1, 0, 0});
-    for (int c = 1; c <= 3; ++c) AddInteriorCell({0.5, 1.0 * c, 0}, {2, 1});
+    for (int c = 1; c <= 3; ++c) AddCell({0.5, 1.0 * c, 0}, {2, 1});
     JoinInterior(1, 2);
-    AddSide(wall, 1, {0, 0.5, 0}, {0, -1, 0}, {1});
+    AddSide(kWall, 1, {0, 0.5, 0}, {0, -1, 0}, {1});
     NodeCells(1) = {};
     NodeCells(2) = {3, 1, 2};
   }
 };
 
-std::vector<int> RowsOf(PointMesh const& mesh, int node, std::vector<int> const& unusable = {}) {
+std::vector<int> RowsOf(TestMesh const& mesh, int node, std::vector<int> const& unusable = {}) {
   PointBed bed(mesh);
   Array marks = AllUsable(mesh.NCell());
   for (int const c : unusable) marks[c] = kUnusable;
@@ -264,4 +266,4 @@ TEST(PointIdentities, WithoutUsableCellsAreNone) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "host/ZYNOptKer.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
 
 // What construction leaves in each member, and what the setters store and answer.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
@@ -241,7 +242,7 @@ TEST_F(PointOperatorSetters, NullCommunicationFailsAndKeepsTheFormer) {
 }
 
 TEST_F(PointOperatorSetters, ParametersAreStoredAndNullIsIgnoredWithoutFailure) {
-  Parameters parameters;
+  PointParameters parameters;
   EXPECT_EQ(1, object.SetZYNKNCMP(nullptr));
   EXPECT_EQ(nullptr, object.m_pKNCMP);
   EXPECT_EQ(1, object.SetZYNKNCMP(&parameters));
@@ -295,4 +296,4 @@ TEST(PointOperatorText, StrCopyABSplitsALineAtTheEqualsSign) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -4,14 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/ArmedTraps.h"
-#include "tests/unit/gradient/BitComparison.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/gradient/BitComparison.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/watch/ArmedTraps.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // A solver may have divisions by zero, invalid operations and overflow stop the program. No set-up with its report and
 // no application of the point operator does that. A trap ends these tests.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 struct Outcome {
@@ -33,7 +36,7 @@ bool AllFinite(CZynIBRBFInternalObject const& object) {
 
 /// Set-up and application with the traps armed, or without. Coefficients that are no finite numbers are applied without
 /// traps: that is a use of them.
-Outcome SetUpAndApply(PointMesh const& mesh, std::string const& settings, Array marks,
+Outcome SetUpAndApply(TestMesh const& mesh, std::string const& settings, Array marks,
                       std::vector<Point> const& points, bool withTraps) {
   PointBed bed(mesh, settings);
   PointArrays p(points);
@@ -50,12 +53,12 @@ Outcome SetUpAndApply(PointMesh const& mesh, std::string const& settings, Array 
   };
   outcome.printed = Printed([&] {
     if (!withTraps) return setUp();
-    gradient_test::ArmedTraps const traps;
+    ArmedTraps const traps;
     setUp();
     EXPECT_TRUE(traps.StillArmed());
   });
   if (withTraps && AllFinite(bed.object)) {
-    gradient_test::ArmedTraps const traps;
+    ArmedTraps const traps;
     apply();
   } else {
     apply();
@@ -63,14 +66,13 @@ Outcome SetUpAndApply(PointMesh const& mesh, std::string const& settings, Array 
   return outcome;
 }
 
-void ExpectNoTrap(PointMesh const& mesh, std::string const& settings, Array const& marks,
+void ExpectNoTrap(TestMesh const& mesh, std::string const& settings, Array const& marks,
                   std::vector<Point> const& points) {
   Outcome const without = SetUpAndApply(mesh, settings, marks, points, false);
   Outcome const with = SetUpAndApply(mesh, settings, marks, points, true);
   EXPECT_EQ(without.printed, with.printed) << settings;
   for (std::size_t k = 0; k < with.results.size(); ++k)
-    EXPECT_TRUE(
-        gradient_test::SameBits(with.results[k].Size(), without.results[k].Data(), with.results[k].Data()))
+    EXPECT_TRUE(SameBits(with.results[k].Size(), without.results[k].Data(), with.results[k].Data()))
         << settings;
 }
 
@@ -80,7 +82,7 @@ TEST(PointOperatorTraps, NoSetUpReportOrApplicationStopsASolver) {
   for (double const jitter : {0.0, 0.2}) {
     HexahedraOptions options;
     options.jitter = jitter;
-    PointMesh const mesh = Hexahedra(options);
+    TestMesh const mesh = Hexahedra(options);
     for (char const* const method : {"1", "2", "3", "4"})
       for (char const* const span : {"500", "20"})
         ExpectNoTrap(mesh, Settings(span, method, "1.0", "8"), InteriorUsable(mesh), kPoints);
@@ -89,13 +91,13 @@ TEST(PointOperatorTraps, NoSetUpReportOrApplicationStopsASolver) {
 
 // The report divides by the number of points.
 TEST(PointOperatorTraps, NoPointsStopNoSolver) {
-  PointMesh const mesh = Hexahedra({});
+  TestMesh const mesh = Hexahedra({});
   for (char const* const method : {"1", "2", "3"})
     ExpectNoTrap(mesh, Settings("500", method, "1.0", "8"), InteriorUsable(mesh), {});
 }
 
 TEST(PointOperatorTraps, FewOrNoUsableCellsStopNoSolver) {
-  PointMesh const mesh = Hexahedra({});
+  TestMesh const mesh = Hexahedra({});
   Array one(mesh.NCell(), kUnusable);
   one[5] = kUsable;
   for (char const* const method : {"1", "2", "3"})
@@ -114,11 +116,11 @@ TEST(PointOperatorTraps, NoDegenerateMeshStopsASolver) {
 }
 
 TEST(PointOperatorTraps, NoSettingsFileStopsASolver) {
-  PointMesh const mesh = Hexahedra({});
+  TestMesh const mesh = Hexahedra({});
   for (char const* const span : {"1e999", "1e300", "0", "nan", "no number"})
     ExpectNoTrap(mesh, Settings(span, "2", "1e999", "8"), InteriorUsable(mesh), kPoints);
   ExpectNoTrap(LooseCells({Point{0, 0, 0}}), "", AllUsable(1), {{1.0, 0.0, 0.0}});
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -7,15 +7,17 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_ib/FlushedPieces.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/FlushedPieces.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The whole set-up and its order, setting up again, destruction, and what a copy is.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -27,7 +29,7 @@ std::string const kTree = "SetIBADTress ok\n";
 std::string const kSearched = "SearchIBADTress ok\n";
 std::string const kDerived = "DeriveIBCoefficentBysolveDQfullMatrix ok\n";
 
-PointMesh SomeMesh() { return Hexahedra(HexahedraOptions()); }
+TestMesh SomeMesh() { return Hexahedra(HexahedraOptions()); }
 
 std::vector<Point> SomePoints() {
   return {{1.2, 1.4, 1.6}, {0.3, 0.2, 2.5}, {2.9, 1.5, 0.4}, {1.5, 1.5, 1.5}, {5.0, -2.0, 1.0}};
@@ -37,7 +39,7 @@ std::vector<Point> SomePoints() {
 
 TEST(PointSetUp, PrintsItsProgressWordForWord) {
   for (int const method : {1, 2, 3}) {
-    PointBed bed(SomeMesh(), PlainSettings{500.0, method, 8});
+    PointBed bed(SomeMesh(), PointSettings{500.0, method, 8});
     std::string const printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
     std::string const progress = kAllocated + kCollated + kTree + kSearched + kDerived;
     EXPECT_EQ(progress + "FI = 1.e0\n\n", printed.substr(0, progress.size() + 11)) << "method " << method;
@@ -51,7 +53,7 @@ TEST(PointSetUp, SaysBetweenCollationAndTreeThatItTakesTheDefaults) {
 }
 
 TEST(PointSetUp, PrintsTheSameLinesForAnUnknownMethod) {
-  PointBed bed(SomeMesh(), PlainSettings{500.0, 4, 8});
+  PointBed bed(SomeMesh(), PointSettings{500.0, 4, 8});
   std::string const printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
   EXPECT_EQ(0U, printed.find(kAllocated + kCollated + kTree + kSearched + kDerived + "FI"));
 }
@@ -59,14 +61,14 @@ TEST(PointSetUp, PrintsTheSameLinesForAnUnknownMethod) {
 // The partition faces are asked during the collation, the parameters when the settings are read.
 TEST(PointSetUp, FlushesEveryLineAtOnce) {
   PointBed bed(SomeMesh());
-  Parameters parameters;
+  PointParameters parameters;
   parameters.block = {0, 500, 2, 0.0, 8};
   bed.object.SetZYNKNCMP(&parameters);
   Array marks = AllUsable(bed.host.mesh.NCell);
   PointArrays points(SomePoints());
   std::string atCollation, atSettings, all;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     bed.host.partition.onCount = [&] { atCollation = output.Arrived(); };
     parameters.onCall = [&] { atSettings = output.Arrived(); };
     bed.object.Initialize_IBInterpolateData(marks.Data(), points.Size(), points.x.Data(), points.y.Data(),
@@ -95,7 +97,7 @@ TEST(PointSetUp, FlushesEachLineByItself) {
 
 TEST(PointSetUp, ReadsTheSettingsAfterTheCollationAndTheNodeRowsAndBeforeTheTree) {
   PointBed bed(SomeMesh());
-  Parameters parameters;
+  PointParameters parameters;
   parameters.block = {0, 500, 3, -1.0, 8};
   bed.object.SetZYNKNCMP(&parameters);
   int node = 0, identity = -1;
@@ -121,7 +123,7 @@ TEST(PointSetUp, ReadsTheHostAndCallsNoExchange) {
   Array const xBefore = points.x, yBefore = points.y, zBefore = points.z;
   bed.SetUp(marks, points);
   EXPECT_TRUE(bed.host.InputsUntouched());
-  EXPECT_EQ(0, bed.host.communicationCalls);
+  EXPECT_TRUE(bed.host.exchanges.empty());
   EXPECT_TRUE(marks.IdenticalTo(marksBefore));
   EXPECT_TRUE(points.x.IdenticalTo(xBefore) && points.y.IdenticalTo(yBefore) &&
               points.z.IdenticalTo(zBefore));
@@ -193,7 +195,7 @@ TEST(PointAllocation, KeepsAllTablesAfterTheSetUp) {
 // Every element of every row is written and read again, so that two rows in one place would show.
 TEST(PointAllocation, GivesEveryRowAPlaceOfItsOwn) {
   for (int const method : {1, 2, 3}) {
-    PointBed bed(SomeMesh(), PlainSettings{500.0, method, 8});
+    PointBed bed(SomeMesh(), PointSettings{500.0, method, 8});
     bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
     Object& object = bed.object;
     std::vector<int> sizes(1, 0);
@@ -255,7 +257,7 @@ TEST(PointSetUp, WithANegativeNumberOfPointsDoesWhatItDoesWithoutPoints) {
 
 TEST(PointSetUp, WithAnUnknownMethodLeavesThePointsWithoutRows) {
   for (int const method : {4, 0, -1}) {
-    PointBed bed(SomeMesh(), PlainSettings{500.0, method, 8});
+    PointBed bed(SomeMesh(), PointSettings{500.0, method, 8});
     bed.SetUp(AllUsable(bed.host.mesh.NCell), SomePoints());
     for (int i = 0; i <= bed.object.m_iNIBNode; ++i) {
       EXPECT_EQ(nullptr, bed.object.m_ppIBConn[i]);
@@ -294,7 +296,7 @@ TEST(PointSetUpAgain, EqualsAFreshObjectBitForBit) {
                                      {2, 0.2, 6, true}, {4, 0.0, 4, true},  {3, 0.5, 5, false}};
   PointBed bed(SomeMesh());
   for (Round const& round : rounds) {
-    PlainSettings const settings{500.0, round.method, 8};
+    PointSettings const settings{500.0, round.method, 8};
     bed.folder.Write(Settings(settings));
     std::string const printed = bed.SetUp(MarksOf(round), PointsOf(round));
     PointBed fresh(SomeMesh(), settings);
@@ -308,15 +310,15 @@ TEST(PointSetUpAgain, KeepsTheMemoryConstant) {
   Array marks = AllUsable(bed.host.mesh.NCell);
   PointArrays points(SomePoints());
   auto const setUp = [&](int method) {
-    bed.folder.Write(Settings(PlainSettings{500.0, method, 8}));
+    bed.folder.Write(Settings(PointSettings{500.0, method, 8}));
     bed.SetUp(marks, points);
   };
   for (int const method : {1, 2, 3}) setUp(method);
-  long const live = gradient_test::LiveAllocations();
+  long const live = LiveAllocations();
   for (int round = 0; round < 20; ++round) {
     for (int const method : {1, 2, 3}) setUp(method);
   }
-  EXPECT_EQ(live, gradient_test::LiveAllocations());
+  EXPECT_EQ(live, LiveAllocations());
 }
 
 TEST(PointSetUpAgain, WorksOnAnotherMesh) {
@@ -359,12 +361,12 @@ TEST(PointDestruction, LeavesAllHostObjects) {
 TEST(PointDestruction, FreesEverythingThatTheObjectAllocated) {
   for (int const method : {1, 2, 3, 4}) {
     SettingsFolder const folder;
-    folder.Write(Settings(PlainSettings{500.0, method, 8}));
+    folder.Write(Settings(PointSettings{500.0, method, 8}));
     PointHost host(SomeMesh(), folder.BaseFileName());
     Array marks = AllUsable(host.mesh.NCell);
     PointArrays points(SomePoints());
     auto const live = [&] {
-      long const before = gradient_test::LiveAllocations();
+      long const before = LiveAllocations();
       {
         Object object;
         PointBed::Connect(object, host);
@@ -373,7 +375,7 @@ TEST(PointDestruction, FreesEverythingThatTheObjectAllocated) {
                                               points.z.Data());
         });
       }
-      return gradient_test::LiveAllocations() - before;
+      return LiveAllocations() - before;
     };
     live();  // what the C++ library keeps for good from the first use of a stream
     EXPECT_EQ(0, live()) << "method " << method;
@@ -383,14 +385,14 @@ TEST(PointDestruction, FreesEverythingThatTheObjectAllocated) {
 TEST(PointDestruction, FreesTablesWithoutRowsToo) {
   SettingsFolder const folder;
   PointHost host(SomeMesh(), folder.BaseFileName());
-  long const before = gradient_test::LiveAllocations();
+  long const before = LiveAllocations();
   {
     Object object;
     PointBed::Connect(object, host);
     object.Initialize_IB_memory_allocate(7);
     object.Initialize_IB_memory_allocate(3);
   }
-  EXPECT_EQ(before, gradient_test::LiveAllocations());
+  EXPECT_EQ(before, LiveAllocations());
 }
 
 // --------------------------------------------------------------------------------------------------- copying
@@ -464,12 +466,12 @@ void ExpectFlatCopy(Object const& source, Object const& copy) {
 
 /// An object with a failure text, parameters and all tables.
 struct Source : PointBed {
-  Source() : PointBed(SomeMesh(), PlainSettings{37.5, 3, 11}) {
+  Source() : PointBed(SomeMesh(), PointSettings{37.5, 3, 11}) {
     object.getCommunication(nullptr);
     SetUp(AllUsable(host.mesh.NCell), SomePoints());
     object.SetZYNKNCMP(&parameters);
   }
-  Parameters parameters;
+  PointParameters parameters;
 };
 
 TEST(PointCopy, SharesTablesAndHostObjectsAndCopiesTheVectorsDeeply) {
@@ -519,4 +521,4 @@ TEST(PointCopy, InterpolatesLikeItsSource) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -3,20 +3,22 @@
 #include <new>
 #include <optional>
 
-#include "tests/unit/gradient/AllocationCount.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/AllocationCount.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Memory may run out at every allocation of a set-up: the exception is the allocator's, the operator can be destroyed or
 // set up again, and nothing stays behind.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
 
 struct Case {
-  Case(int method, PointHost& pointHost, PointMesh const& mesh)
+  Case(int method, PointHost& pointHost, TestMesh const& mesh)
       : host(pointHost), marks(InteriorUsable(mesh)), points({{1.1, 1.2, 1.3}, {0.5, 0.4, 1.5}}) {
     parameters.block.Span = 50;
     parameters.block.iSearch_method = method;
@@ -34,7 +36,7 @@ struct Case {
   }
 
   PointHost& host;
-  Parameters parameters;
+  PointParameters parameters;
   Array marks;
   PointArrays points;
 };
@@ -42,7 +44,7 @@ struct Case {
 /// A set-up, the second one of the object if `second`, whose n-th allocation fails; if `again`, one that has all memory
 /// after it. @return whether there were so many
 bool SetUpWithAFailure(Case& c, long n, bool second, bool again) {
-  long const live = gradient_test::LiveAllocations(), blocks = gradient_test::LiveBlocks();
+  long const live = LiveAllocations(), blocks = LiveBlocks();
   bool threw = false, happened = false;
   {
     std::optional<Object> object, fresh;
@@ -50,7 +52,7 @@ bool SetUpWithAFailure(Case& c, long n, bool second, bool again) {
     c.Connect(*object);
     if (second) c.SetUp(*object);
     {
-      gradient_test::FailingAllocation const failing(n);
+      FailingAllocation const failing(n);
       try {
         c.SetUp(*object);
       } catch (std::bad_alloc const&) {
@@ -67,13 +69,13 @@ bool SetUpWithAFailure(Case& c, long n, bool second, bool again) {
       EXPECT_TRUE(SameContent(*fresh, *object)) << "after allocation " << n;
     }
   }
-  EXPECT_EQ(live, gradient_test::LiveAllocations()) << "allocation " << n;
-  EXPECT_EQ(blocks, gradient_test::LiveBlocks()) << "allocation " << n;
+  EXPECT_EQ(live, LiveAllocations()) << "allocation " << n;
+  EXPECT_EQ(blocks, LiveBlocks()) << "allocation " << n;
   return happened;
 }
 
 TEST(PointOperatorWithoutMemory, NoSetUpLeavesAnythingBehind) {
-  PointMesh const mesh = Hexahedra({});
+  TestMesh const mesh = Hexahedra({});
   SettingsFolder const folder;
   PointHost host(mesh, folder.BaseFileName());
   for (int const method : {1, 2, 3}) {
@@ -88,4 +90,4 @@ TEST(PointOperatorWithoutMemory, NoSetUpLeavesAnythingBehind) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -5,14 +5,16 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_ib/FlushedPieces.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/FlushedPieces.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The accuracy report: how the errors are gathered, and its text byte for byte.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -80,7 +82,7 @@ TEST(PointReport, IsFlushed) {
   PointArrays points = ThreePoints();
   std::string arrived;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     object.PrintDebugMessage(points.x.Data(), points.y.Data(), points.z.Data());
     arrived = output.Arrived();
   }
@@ -152,8 +154,8 @@ std::vector<Point> SomePoints() {
 
 TEST(PointReport, EndsEverySetUpOfEveryMethod) {
   for (int const method : {1, 2, 3}) {
-    PointMesh const mesh = Hexahedra(HexahedraOptions());
-    PointBed bed(mesh, PlainSettings{500.0, method, 9});
+    TestMesh const mesh = Hexahedra(HexahedraOptions());
+    PointBed bed(mesh, PointSettings{500.0, method, 9});
     Array marks = InteriorUsable(mesh);
     PointArrays points(SomePoints());
     std::string const printed = bed.SetUp(marks, points);
@@ -178,8 +180,8 @@ std::vector<double> Sums(Object const& o, int i) {
 
 TEST(PointReport, GathersRootMeanSquareAndLargestErrorOfTheSums) {
   for (int const method : {1, 2, 3}) {
-    PointMesh const mesh = Hexahedra(HexahedraOptions());
-    PointBed bed(mesh, PlainSettings{500.0, method, 9});
+    TestMesh const mesh = Hexahedra(HexahedraOptions());
+    PointBed bed(mesh, PointSettings{500.0, method, 9});
     bed.SetUp(InteriorUsable(mesh), SomePoints());
     Object const& o = bed.object;
     double squares[4] = {}, largest[4] = {};
@@ -208,8 +210,8 @@ TEST(PointReport, GathersRootMeanSquareAndLargestErrorOfTheSums) {
 }
 
 TEST(PointReport, NamesTheFirstOfEqualErrors) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 2, 9});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 2, 9});
   bed.SetUp(InteriorUsable(mesh), std::vector<Point>(3, Point{1.2, 1.4, 1.6}));
   for (int const point : {bed.object.m_iFiMaxPoint, bed.object.m_iDfdxMaxPoint, bed.object.m_iDfdyMaxPoint,
                           bed.object.m_iDfdzMaxPoint})
@@ -218,8 +220,8 @@ TEST(PointReport, NamesTheFirstOfEqualErrors) {
 
 // A single step of the driver's, so that sums of squares and not yet their roots are there.
 TEST(PointReport, CountsAndSumsWithEveryDerivation) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 2, 9});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 2, 9});
   Array marks = InteriorUsable(mesh);
   PointArrays points(SomePoints());
   bed.SetUpToTree(marks, 5);
@@ -251,4 +253,4 @@ TEST(PointReport, WithoutPointsShowsNoNumbersAndTheCoordinatesOfElement0) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

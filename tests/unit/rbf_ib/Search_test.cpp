@@ -6,12 +6,14 @@
 #include <set>
 #include <vector>
 
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // The stencils of the three methods, with the search tree of the reference host.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -23,7 +25,7 @@ List Ascending(List list) {
 }
 
 /// Cells in a row along x at 0, 1, 2, ..., so that the mean distance is 1.
-PointMesh Row(int n) {
+TestMesh Row(int n) {
   std::vector<Point> centres;
   for (int c = 0; c < n; ++c) centres.push_back({1.0 * c, 0, 0});
   return LooseCells(centres);
@@ -31,13 +33,13 @@ PointMesh Row(int n) {
 
 /// All steps up to the search, with one point.
 struct Searched : PointBed {
-  Searched(PointMesh const& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
+  Searched(TestMesh const& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
     PointArrays points({point});
     SetUpToTree(marks, 1);
     EXPECT_EQ(
         0, object.SearchIBADTress(points.x.Data(), points.y.Data(), points.z.Data(), method, 77.0, number));
   }
-  Searched(PointMesh const& mesh, Point point, int method, int number)
+  Searched(TestMesh const& mesh, Point point, int method, int number)
       : Searched(mesh, AllUsable(mesh.NCell()), point, method, number) {}
 
   double Support() const { return object.m_pIBSupportLength[1]; }
@@ -59,7 +61,7 @@ TEST(PointSearch, Method2KeepsTheNearestOfThatCubeInOrder) {
 }
 
 TEST(PointSearch, Method2KeepsExactlyTheNumberThatIsWanted) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   for (int number = 1; number <= 30; ++number) {
     Point const p{1.3, 1.1, 1.7};
     Searched const s(mesh, InteriorUsable(mesh), p, 2, number);
@@ -80,7 +82,7 @@ TEST(PointSearch, Method2KeepsExactlyTheNumberThatIsWanted) {
 }
 
 TEST(PointSearch, Method1MayExceedTheNumberAndMethod2NeverDoes) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   Searched const all(mesh, {1.5, 1.5, 1.5}, 1, 2), some(mesh, {1.5, 1.5, 1.5}, 2, 2);
   EXPECT_GT(all.object.m_ppIBConn[1][0], 2);
   EXPECT_EQ(2, some.object.m_ppIBConn[1][0]);
@@ -102,7 +104,7 @@ TEST(PointSearch, Method2WithANumberOfZeroOrLessGivesAnEmptyStencil) {
 
 TEST(PointSearch, MakesZeroedCoefficientRowsOfTheStencilsSize) {
   for (int const method : {1, 2, 3}) {
-    PointMesh const mesh = Hexahedra(HexahedraOptions());
+    TestMesh const mesh = Hexahedra(HexahedraOptions());
     Searched const s(mesh, {1.3, 1.1, 1.7}, method, 6);
     for (int k = 0; k <= s.object.m_ppIBConn[1][0]; ++k) {
       IBCnode const& w = s.object.m_ppIBCoef[1][k];
@@ -130,23 +132,23 @@ TEST(PointSearch, TakesUsableCellsAlone) {
 }
 
 TEST(PointSearch, FindsGhostCellsAtTheirFacesAndHaloCellsAtTheirCentres) {
-  PointMesh mesh = Row(2);
-  int const wall = mesh.AddSide(mesh.wall, 1, {-0.5, 0, 0}, {-50, 0, 0});
-  int const halo = mesh.AddSide(mesh.partition, 2, {50, 0, 0}, {2.5, 0, 0});
+  TestMesh mesh = Row(2);
+  int const wall = mesh.AddSide(kWall, 1, {-0.5, 0, 0}, {-50, 0, 0});
+  int const halo = mesh.AddSide(kPartition, 2, {50, 0, 0}, {2.5, 0, 0});
   EXPECT_EQ((List{1, wall}), Searched(mesh, {-0.2, 0, 0}, 2, 2).Stencil(1));
   EXPECT_EQ((List{2, halo}), Ascending(Searched(mesh, {2.0, 0, 0}, 2, 2).Stencil(1)));
 }
 
 TEST(PointSearch, FindsUsableSymmetryCellsAtTheOrigin) {
-  PointMesh mesh = LooseCells({{5, 5, 5}, {6, 5, 5}});
-  int const symmetry = mesh.AddSide(mesh.symmetry, 1, {5, 4.5, 5}, {5, 4, 5});
+  TestMesh mesh = LooseCells({{5, 5, 5}, {6, 5, 5}});
+  int const symmetry = mesh.AddSide(kSymmetry, 1, {5, 4.5, 5}, {5, 4, 5});
   EXPECT_EQ((List{symmetry}), Searched(mesh, {0.25, 0, 0}, 2, 1).Stencil(1));
   EXPECT_EQ(0.25, Searched(mesh, {0.25, 0, 0}, 2, 1).Support());
 }
 
 // The boxes around the positions reach 1e-6 beyond them.
 TEST(PointSearch, FindsCellsJustOutsideTheCube) {
-  PointMesh const mesh = LooseCells({{1, 0, 0}, {2, 0, 0}});
+  TestMesh const mesh = LooseCells({{1, 0, 0}, {2, 0, 0}});
   Searched const reached(mesh, {0.5e-6 + 3.0, 0, 0}, 1, 1), missed(mesh, {2e-6 + 3.0, 0, 0}, 1, 1);
   EXPECT_EQ((List{2}), reached.Stencil(1));
   EXPECT_EQ(1.0, reached.Support());
@@ -188,7 +190,7 @@ TEST(PointSearch, WithoutUsableCellsFarAwayEndsToo) {
 }
 
 TEST(PointSearch, OfMethod3WithASingleUsableCellTakesItAsTheOnlySeed) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   Array marks(mesh.NCell(), kUnusable);
   marks[14] = kUsable;
   Point const p{0.1, 0.2, 0.3}, q = mesh.Centre(14);
@@ -201,8 +203,8 @@ TEST(PointSearch, OfMethod3WithASingleUsableCellTakesItAsTheOnlySeed) {
 }
 
 TEST(PointSearch, WithoutAStepCoversEverythingAtOnce) {
-  PointMesh const single = LooseCells({{1, 2, 3}});  // no inner face: the mean distance is not a number
-  PointMesh zero = LooseCells({{1, 2, 3}, {1, 2, 3}, {4, 2, 1}});
+  TestMesh const single = LooseCells({{1, 2, 3}});  // no inner face: the mean distance is not a number
+  TestMesh zero = LooseCells({{1, 2, 3}, {1, 2, 3}, {4, 2, 1}});
   for (int const method : {1, 2}) {
     Searched const one(single, {5, 4, 3}, method, 20), three(zero, {1, 1, 1}, method, 2);
     EXPECT_EQ((List{1}), one.Stencil(1));
@@ -222,7 +224,7 @@ TEST(PointSearch, WithoutAStepHasTheFarthestBoundForTheCubesHalfWidth) {
   for (std::size_t k = 0; k < 6; ++k) {
     Point away;
     (k % 3 == 0 ? away.x : k % 3 == 1 ? away.y : away.z) = far[k];
-    PointMesh const mesh = LooseCells({{0, 0, 0}, {0, 0, 0}, away});
+    TestMesh const mesh = LooseCells({{0, 0, 0}, {0, 0, 0}, away});
     EXPECT_EQ(std::fabs(far[k]), Searched(mesh, {0, 0, 0}, 1, 20).Support()) << "axis " << k;
   }
 }
@@ -239,7 +241,7 @@ TEST(PointSearch, FarOutsideTheMeshHasTheHalfWidthOfTheFirstCubeThatHoldsEnough)
 // All distances are alike then, infinite or no numbers, so nothing is sorted: the cells keep the tree's order, and
 // the difference of two distances is no number, which leaves a single seed.
 TEST(PointSearch, OfPointsThatAreNoNumbersOrInfiniteTakesTheCellsInTheOrderOfTheTree) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   List const all = Searched(mesh, {1, 1, 1}, 1, mesh.NCell()).Stencil(1);
   ASSERT_EQ(static_cast<std::size_t>(mesh.NCell()), all.size());
   PointBed ring(mesh);
@@ -264,11 +266,11 @@ TEST(PointSearch, OfPointsThatAreNoNumbersOrInfiniteTakesTheCellsInTheOrderOfThe
 
 /// Two interior cells with two nodes each, one of them common, and a third cell that only the host's rows bring
 /// to a node; see the comments.
-struct Ring : PointMesh {
+struct Ring : TestMesh {
   Ring() {
     for (int n = 0; n < 3; ++n) AddNode({1.0 * n, 1, 0});
-    AddInteriorCell({0, 0, 0}, {2, 1});
-    AddInteriorCell({1, 0, 0}, {3, 2});
+    AddCell({0, 0, 0}, {2, 1});
+    AddCell({1, 0, 0}, {3, 2});
     AddInteriorCell({10, 0, 0});
     AddInteriorCell({11, 0, 0});
     JoinInterior(1, 2);
@@ -350,8 +352,8 @@ TEST(PointRing, OfASingleStepReplacesWhatThePointHad) {
 
 // Meshes need not have rows for ghost and halo cells.
 TEST(PointRing, OfASeedWithoutARowOfNodesIsTheSeedAlone) {
-  PointMesh mesh = Row(2);
-  int const halo = mesh.AddSide(mesh.partition, 2, {1.5, 0, 0}, {2, 0, 0}, {mesh.AddNode({1.5, 0.5, 0})});
+  TestMesh mesh = Row(2);
+  int const halo = mesh.AddSide(kPartition, 2, {1.5, 0, 0}, {2, 0, 0}, {mesh.AddNode({1.5, 0.5, 0})});
   PointBed bed(mesh);
   Array marks = AllUsable(3);
   bed.SetUpToTree(marks, 1);
@@ -363,7 +365,7 @@ TEST(PointRing, OfASeedWithoutARowOfNodesIsTheSeedAlone) {
 }
 
 TEST(PointRing, OfASeedBeyondTheBoundaryHoldsTheCellsOfItsFacesNodes) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh);
   Array marks = AllUsable(mesh.NCell());
   bed.SetUpToTree(marks, 1);
@@ -410,14 +412,14 @@ TEST(PointSearch, OfAllMethodsEqualsThePlainFormOnLattices) {
       options.jitter = jitter;
       options.nx = 4;
       options.listInteriorCellsAtBoundaryNodes = listInterior;
-      PointMesh const mesh = Hexahedra(options);
+      TestMesh const mesh = Hexahedra(options);
       std::vector<Point> points;
       for (int i = 0; i < 60; ++i)
         points.push_back({0.07 * i, 1.5 + std::sin(i), 1.5 + 1.6 * std::cos(3.0 * i)});
       points.push_back(mesh.Centre(7));
       points.push_back({2, 1, 1});
       for (int const method : {1, 2, 3}) {
-        PlainSettings const settings{500.0, method, 9};
+        PointSettings const settings{500.0, method, 9};
         PointBed bed(mesh, settings);
         Array marks = AllUsable(mesh.NCell());
         for (int c = 1; c <= mesh.NCell(); c += 5) marks[c] = kUnusable;
@@ -439,4 +441,4 @@ TEST(PointSearch, OfAllMethodsEqualsThePlainFormOnLattices) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

@@ -2,16 +2,17 @@
 
 #include <filesystem>
 
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
 
 // A body that moved is set up as if it were the first.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 // A folder stands where the settings file was, so that nothing is read.
 TEST(PointSetUpAnew, BeginsWithTheSettingsOfANewObject) {
-  PointMesh const mesh = LooseCells({Point{0, 0, 0}, Point{1, 0, 0}, Point{0, 1, 0}});
+  TestMesh const mesh = LooseCells({Point{0, 0, 0}, Point{1, 0, 0}, Point{0, 1, 0}});
   PointBed bed(mesh, Settings("30", "1", "1.5", "5"));
   bed.SetUp(AllUsable(3), {{0.5, 0.25, 0.0}});
   ASSERT_EQ(1, bed.object.iSearch_method);
@@ -29,4 +30,4 @@ TEST(PointSetUpAnew, BeginsWithTheSettingsOfANewObject) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

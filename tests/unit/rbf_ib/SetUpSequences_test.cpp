@@ -5,19 +5,18 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/gradient/RandomMesh.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/RandomMesh.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // Set-ups one after the other on one operator, with other methods, points, marks and meshes: each gives what a new
 // operator gives. A copy reads the tables until its source is set up again or destroyed.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
-using gradient_test::Random;
-using gradient_test::Uniform;
-using gradient_test::UniformInt;
 using Object = CZynIBRBFInternalObject;
 
 struct Hosts {
@@ -30,7 +29,7 @@ struct Hosts {
   }
 
   SettingsFolder folder;
-  std::array<PointMesh, 2> meshes;
+  std::array<TestMesh, 2> meshes;
   std::array<std::unique_ptr<PointHost>, 2> hosts;
 };
 
@@ -58,7 +57,7 @@ struct Choice {
     return points;
   }
 
-  void SetUp(Hosts& hosts, Parameters& parameters, Object& object) {
+  void SetUp(Hosts& hosts, PointParameters& parameters, Object& object) {
     PointBed::Connect(object, *hosts.hosts[mesh]);
     if (byFile && object.m_pKNCMP == nullptr) {
       hosts.folder.Write(Settings(settings));
@@ -80,7 +79,7 @@ struct Choice {
   bool byFile;
   Array marks;
   PointArrays points;
-  PlainSettings settings;
+  PointSettings settings;
 };
 
 /// The values of a field at all points.
@@ -116,7 +115,7 @@ TEST(PointOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
   for (std::uint64_t seed = 1; seed <= 40; ++seed) {
     Random random(seed);
     Hosts hosts;
-    Parameters parameters;
+    PointParameters parameters;
     Object object;
     std::string history;
     testing::internal::CaptureStdout();
@@ -134,8 +133,8 @@ TEST(PointOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
       Copy copy(object);
       std::vector<double> const actual = Applied(object, nCell), copied = Applied(*copy, nCell);
       for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_TRUE(rbf_cell_test::SameValue("value", expected[i], actual[i])) << history;
-        EXPECT_TRUE(rbf_cell_test::SameValue("value", expected[i], copied[i])) << history;
+        EXPECT_TRUE(SameValue("value", expected[i], actual[i])) << history;
+        EXPECT_TRUE(SameValue("value", expected[i], copied[i])) << history;
       }
     }
     testing::internal::GetCapturedStdout();
@@ -143,4 +142,4 @@ TEST(PointOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

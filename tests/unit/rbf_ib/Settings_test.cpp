@@ -5,15 +5,18 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_ib/FlushedPieces.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
+#include "tests/support/watch/FlushedOutput.h"
+#include "tests/support/watch/FlushedPieces.h"
+#include "tests/support/watch/SettingsFolder.h"
 
 // The settings file and the solver's parameters: what is written, which lines are read, what makes the file start
 // anew, and which of the two sources counts.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
@@ -83,7 +86,7 @@ TEST(PointSettings, MessageIsFlushedAtOnce) {
   Reader reader;
   std::string arrived;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     reader.object.ReadRBFbackdoorfile();
     arrived = output.Arrived();
   }
@@ -133,7 +136,7 @@ TEST(PointSettings, NothingIsValidated) {
 }
 
 TEST(PointSettings, DistanceServesNothing) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   for (char const* const method : {"1", "2", "3"}) {
     PointBed near(mesh, Settings("500", method, "0.000001", "8")),
         far(mesh, Settings("500", method, "1000", "8"));
@@ -244,7 +247,7 @@ TEST(PointSettings, WithoutAFolderAllValuesAreKept) {
 }
 
 TEST(PointSettings, WithoutAFolderAFreshObjectWorksOnItsOwnDefaults) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed lost(mesh), usual(mesh);
   std::filesystem::remove_all(lost.folder.Path());
   for (PointBed* const bed : {&lost, &usual}) bed->SetUp(AllUsable(mesh.NCell()), {Point{1.2, 1.4, 1.6}});
@@ -289,7 +292,7 @@ struct WithParameters : Reader {
     object.SetZYNKNCMP(&parameters);
   }
   void ReadBlock() { EXPECT_EQ(0, object.ReadRBFbackdoorfile_DLL()); }
-  Parameters parameters;
+  PointParameters parameters;
 };
 
 TEST(PointParameters, AreTakenAsTheyStandWithTheSpanWidened) {
@@ -333,7 +336,7 @@ TEST(PointParameters, CountInPlaceOfTheFileWhichIsNeitherReadNorTouched) {
   for (std::string const& file : {foreign, std::string()}) {
     PointBed bed(Hexahedra(HexahedraOptions()));
     if (!file.empty()) bed.folder.Write(file);
-    Parameters parameters;
+    PointParameters parameters;
     parameters.block = {0, 400, 1, 0.0, 6};
     bed.object.SetZYNKNCMP(&parameters);
     std::string const printed = bed.SetUp(AllUsable(bed.host.mesh.NCell), {Point{1.2, 1.4, 1.6}});
@@ -346,10 +349,10 @@ TEST(PointParameters, CountInPlaceOfTheFileWhichIsNeitherReadNorTouched) {
 }
 
 TEST(PointParameters, GiveTheSameTablesAsAFileOfTheSameContent) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   for (int const method : {1, 2, 3}) {
     PointBed byFile(mesh, Settings("400", std::to_string(method), "0.5", "6")), byBlock(mesh);
-    Parameters parameters;
+    PointParameters parameters;
     parameters.block = {0, 400, method, 0.5, 6};
     byBlock.object.SetZYNKNCMP(&parameters);
     for (PointBed* const bed : {&byFile, &byBlock})
@@ -359,4 +362,4 @@ TEST(PointParameters, GiveTheSameTablesAsAFileOfTheSameContent) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

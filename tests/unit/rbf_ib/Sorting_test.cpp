@@ -7,12 +7,12 @@
 #include <vector>
 
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "tests/unit/rbf_ib/PlainPointOperator.h"
+#include "tests/support/rbf_ib/PlainPointOperator.h"
 
 // The sort that leaves out the last pass of a bubble sort: the first two stay in the order in which the passes
 // before left them, and the two-seed rule rests on that.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 /// Two parallel arrays with an element before and behind that must not be touched.
@@ -142,4 +142,4 @@ TEST(PointSorting, LeavesDistancesThatAreNoNumbersInTheirOrder) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

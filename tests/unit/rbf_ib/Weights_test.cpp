@@ -6,12 +6,14 @@
 #include <vector>
 
 #include "foundation/DQKernel.h"
-#include "tests/unit/rbf_ib/PointBed.h"
-#include "tests/unit/rbf_ib/PointTables.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/rbf_ib/PointTables.h"
 
 // The coefficients: small cases in closed form, the two levels of method 3, and what the systems do not promise.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
 using List = std::vector<int>;
@@ -34,7 +36,7 @@ std::vector<double> ValueCoefficients(PointBed const& bed, int i) {
 // phi(r) w = phi(r), so that w = phi / 3; with the support measured by the member itself, phi is that of 1 / Span.
 TEST(PointWeights, OfASingleMemberAreItsKernelOver3) {
   for (double const span : {500.0, 5.0, 1.0}) {
-    PointBed bed(LooseCells({{1, 2, 3}, {9, 9, 9}}), PlainSettings{span, 2, 1});
+    PointBed bed(LooseCells({{1, 2, 3}, {9, 9, 9}}), PointSettings{span, 2, 1});
     Point const p{1.5, 1.75, 3.25};
     bed.SetUp(AllUsable(2), {p});
     ASSERT_EQ((List{1}), bed.Stencil(1));
@@ -51,9 +53,9 @@ TEST(PointWeights, OfASingleMemberAreItsKernelOver3) {
 
 // The slope of the kernel against differences of the value: (w(p + h) - w(p - h)) / 2h with the same support.
 TEST(PointWeights, OfTheDerivativesAreTheSlopesOfThoseOfTheValue) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   Point const p{1.3, 1.1, 1.7};
-  PointBed bed(mesh, PlainSettings{5.0, 1, 9});
+  PointBed bed(mesh, PointSettings{5.0, 1, 9});
   bed.SetUp(InteriorUsable(mesh), {p});
   int const n = bed.object.m_ppIBConn[1][0];
   double const h = 1e-5;
@@ -75,10 +77,10 @@ TEST(PointWeights, OfTheDerivativesAreTheSlopesOfThoseOfTheValue) {
 
 // To the condition of the system times round-off; these supports are narrow.
 TEST(PointWeights, AtAMemberAreOneForItAndZeroForTheOthers) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   for (int const method : {1, 2}) {
     for (double const span : {5.0, 1.0}) {
-      PointBed bed(mesh, PlainSettings{span, method, 9});
+      PointBed bed(mesh, PointSettings{span, method, 9});
       bed.SetUp(InteriorUsable(mesh), {mesh.Centre(14), mesh.Centre(1)});
       for (int const i : {1, 2}) {
         List const stencil = bed.Stencil(i);
@@ -108,9 +110,9 @@ TEST(PointWeights, OfTheOnlyMemberAtThePointHaveNoSlope) {
 }
 
 TEST(PointWeights, CarryThePointsNumberAsTag) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   for (int const method : {1, 2}) {
-    PointBed bed(mesh, PlainSettings{500.0, method, 9});
+    PointBed bed(mesh, PointSettings{500.0, method, 9});
     bed.SetUp(AllUsable(mesh.NCell()), {{1.3, 1.1, 1.7}, {0.2, 0.1, 0.7}});
     for (int const i : {1, 2}) {
       EXPECT_EQ(0, bed.object.m_ppIBCoef[i][0].tag);
@@ -121,10 +123,10 @@ TEST(PointWeights, CarryThePointsNumberAsTag) {
 
 // Without a constant term the sums come close and do not arrive; a narrow support shows it well.
 TEST(PointWeights, ReproduceAConstantNearlyButNotExactly) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   for (int const method : {1, 2, 3}) {
     for (double const span : {500.0, 20.0}) {
-      PointBed bed(mesh, PlainSettings{span, method, 9});
+      PointBed bed(mesh, PointSettings{span, method, 9});
       bed.SetUp(InteriorUsable(mesh), {{1.3, 1.1, 1.7}, {0.7, 1.9, 2.2}});
       double const tolerance = span == 500.0 ? 1e-3 : 0.1;
       EXPECT_NEAR(1.0, bed.object.m_dFiMaxRBF, tolerance) << "method " << method;
@@ -139,7 +141,7 @@ TEST(PointWeights, ReproduceAConstantNearlyButNotExactly) {
 }
 
 TEST(PointWeights, OfAZeroSupportAreNoNumbersAndTheReportShowsIt) {
-  PointBed bed(LooseCells({{1, 2, 3}, {9, 9, 9}}), PlainSettings{500.0, 2, 1});
+  PointBed bed(LooseCells({{1, 2, 3}, {9, 9, 9}}), PointSettings{500.0, 2, 1});
   bed.SetUp(AllUsable(2), {{1, 2, 3}, {1.5, 2, 3}});
   EXPECT_EQ(0.0, bed.object.m_pIBSupportLength[1]);
   EXPECT_TRUE(std::isnan(bed.object.m_ppIBValueCoef[1][1]));
@@ -149,11 +151,11 @@ TEST(PointWeights, OfAZeroSupportAreNoNumbersAndTheReportShowsIt) {
 
 // Equal rows: the factorisation stops at the zero pivot, and the right-hand sides stay what they were.
 TEST(PointWeights, OfTwoMembersInOnePlaceAreTheRightHandSides) {
-  PointMesh mesh = LooseCells({{0, 0, 0}, {1, 0, 0}});
-  mesh.AddSide(mesh.partition, 1, {0, 0, 0}, {0, 0, 0});
+  TestMesh mesh = LooseCells({{0, 0, 0}, {1, 0, 0}});
+  mesh.AddSide(kPartition, 1, {0, 0, 0}, {0, 0, 0});
   Array marks = AllUsable(3);
   marks[2] = kUnusable;
-  PointBed bed(mesh, PlainSettings{5.0, 2, 2});
+  PointBed bed(mesh, PointSettings{5.0, 2, 2});
   bed.SetUp(marks, {{0.5, 0, 0}});
   ASSERT_EQ(2U, bed.Stencil(1).size());
   InterpolationDQKernel const kernel(5.0, 0.5);
@@ -164,8 +166,8 @@ TEST(PointWeights, OfTwoMembersInOnePlaceAreTheRightHandSides) {
 }
 
 TEST(PointWeights, AreDerivedAnewBySingleCalls) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 2, 9});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 2, 9});
   PointArrays points({{1.3, 1.1, 1.7}, {0.2, 0.1, 0.7}});
   Array marks = AllUsable(mesh.NCell());
   bed.SetUp(marks, points);
@@ -189,10 +191,10 @@ std::vector<double> NodeWeights(PointBed& bed, int node) {
 
 TEST(PointNodeWeights, OfASingleCellAreItsKernelOver3) {
   for (double const span : {500.0, 5.0}) {
-    PointMesh mesh = LooseCells({{0, 0, 0}, {1, 0, 0}});
+    TestMesh mesh = LooseCells({{0, 0, 0}, {1, 0, 0}});
     int const node = mesh.AddNode({0.25, 0.5, 0.75});
     mesh.NodeCells(node) = {2};
-    PointBed bed(mesh, PlainSettings{span, 3, 20});
+    PointBed bed(mesh, PointSettings{span, 3, 20});
     Array marks = AllUsable(2);
     bed.SetUpToTree(marks, 1);
     std::vector<double> const w = NodeWeights(bed, node);
@@ -205,7 +207,7 @@ TEST(PointNodeWeights, OfASingleCellAreItsKernelOver3) {
 }
 
 TEST(PointNodeWeights, OfANodeWithoutCellsAreNone) {
-  PointMesh mesh = LooseCells({{0, 0, 0}, {1, 0, 0}});
+  TestMesh mesh = LooseCells({{0, 0, 0}, {1, 0, 0}});
   mesh.AddNode({0.25, 0.5, 0.75});
   PointBed bed(mesh);
   Array marks = AllUsable(2);
@@ -219,10 +221,10 @@ TEST(PointNodeWeights, OfEightCellsAllAroundAreEqual) {
   HexahedraOptions options;
   options.nx = options.ny = options.nz = 2;
   options.jitter = 0.0;
-  PointMesh const mesh = Hexahedra(options);
+  TestMesh const mesh = Hexahedra(options);
   int const middle = 14;
   ASSERT_EQ(0.0, Distance({1, 1, 1}, mesh.nodes[middle]));
-  PointBed bed(mesh, PlainSettings{5.0, 3, 20});
+  PointBed bed(mesh, PointSettings{5.0, 3, 20});
   Array marks = InteriorUsable(mesh);
   bed.SetUpToTree(marks, 1);
   std::vector<double> const w = NodeWeights(bed, middle);
@@ -234,8 +236,8 @@ TEST(PointNodeWeights, OfEightCellsAllAroundAreEqual) {
 }
 
 TEST(PointNodeWeights, SolveTheNodesSystemToRoundOff) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 3, 20});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 3, 20});
   Array marks = InteriorUsable(mesh);
   bed.SetUpToTree(marks, 1);
   PlainPointOperator plain(bed.host.mesh, bed.host.partitionFaces);
@@ -250,8 +252,8 @@ TEST(PointNodeWeights, SolveTheNodesSystemToRoundOff) {
 
 // Nothing of the point enters: the support of a node is measured on the node's own cells.
 TEST(PointNodeWeights, DependOnTheNodeAlone) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 3, 20});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 3, 20});
   bed.SetUp(AllUsable(mesh.NCell()), {{1.3, 1.1, 1.7}});
   std::vector<double> const before = NodeWeights(bed, 20);
   bed.object.m_pIBSupportLength[1] = 1e-3;
@@ -263,11 +265,11 @@ TEST(PointNodeWeights, DependOnTheNodeAlone) {
 
 /// One usable cell at the origin with a single node beside it. Everything is in closed form: the system of the
 /// point stands on the cell and the node, and the node's share goes to the cell as well.
-struct CellAndNode : PointMesh {
+struct CellAndNode : TestMesh {
   static constexpr double kNodeX = 1.0;
   explicit CellAndNode(List const& cellsOfNode) {
     AddNode({kNodeX, 0, 0});
-    AddInteriorCell({0, 0, 0}, {1});
+    AddCell({0, 0, 0}, {1});
     AddInteriorCell({50, 0, 0});
     JoinInterior(1, 2);
     NodeCells(1) = cellsOfNode;
@@ -288,7 +290,7 @@ TEST(PointTwoLevels, PassTheShareOfANodeDownToItsCells) {
   constexpr double kSpan = 4.0, kX = 0.25;
   Array marks(2, kUnusable);
   marks[1] = kUsable;
-  PointBed bed(CellAndNode({1}), PlainSettings{kSpan, 3, 20});
+  PointBed bed(CellAndNode({1}), PointSettings{kSpan, 3, 20});
   bed.SetUp(marks, {{kX, 0, 0}});
   ASSERT_EQ((List{1}), bed.Stencil(1));
   TwoPointSolution const w(kX, kSpan * kX);
@@ -300,15 +302,15 @@ TEST(PointTwoLevels, DropTheShareOfANodeWithoutUsableCells) {
   constexpr double kSpan = 4.0, kX = 0.25;
   Array marks(2, kUnusable);
   marks[1] = kUsable;
-  PointBed bed(CellAndNode({2}), PlainSettings{kSpan, 3, 20});
+  PointBed bed(CellAndNode({2}), PointSettings{kSpan, 3, 20});
   bed.SetUp(marks, {{kX, 0, 0}});
   ASSERT_EQ((List{1}), bed.Stencil(1));
   EXPECT_NEAR(TwoPointSolution(kX, kSpan * kX).cell, bed.object.m_ppIBValueCoef[1][1], 1e-13);
 }
 
 TEST(PointTwoLevels, GiveASeedBothItsDirectShareAndThatOfItsNodes) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 3, 20});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 3, 20});
   Point const p{1.3, 1.1, 1.7};
   bed.SetUp(InteriorUsable(mesh), {p});
   PlainPointOperator plain(bed.host.mesh, bed.host.partitionFaces);
@@ -335,8 +337,8 @@ TEST(PointTwoLevels, GiveASeedBothItsDirectShareAndThatOfItsNodes) {
 }
 
 TEST(PointTwoLevels, LeaveTheTagsAtZero) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 3, 20});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 3, 20});
   bed.SetUp(AllUsable(mesh.NCell()), {{1.3, 1.1, 1.7}, {0.2, 0.1, 0.7}});
   for (int const i : {1, 2})
     for (int k = 0; k <= bed.object.m_ppIBConn[i][0]; ++k) EXPECT_EQ(0, bed.object.m_ppIBCoef[i][k].tag);
@@ -344,8 +346,8 @@ TEST(PointTwoLevels, LeaveTheTagsAtZero) {
 
 // SetDataVector accumulates, so a second derivation of the same point doubles what the first stored.
 TEST(PointTwoLevels, AddToWhatIsThere) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
-  PointBed bed(mesh, PlainSettings{500.0, 3, 20});
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
+  PointBed bed(mesh, PointSettings{500.0, 3, 20});
   PointArrays points({{1.3, 1.1, 1.7}});
   Array marks = InteriorUsable(mesh);
   bed.SetUp(marks, points);
@@ -359,12 +361,12 @@ TEST(PointTwoLevels, AddToWhatIsThere) {
 
 // Nodes are shared by the points, and what is kept of one must not reach another.
 TEST(PointTwoLevels, OfAPointDoNotDependOnThePointsBefore) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   std::vector<Point> const points = {{1.3, 1.1, 1.7}, {1.4, 1.2, 1.6}, {0.2, 0.1, 0.7}, {2.9, 0.3, 1.5}};
-  PointBed all(mesh, PlainSettings{500.0, 3, 20});
+  PointBed all(mesh, PointSettings{500.0, 3, 20});
   all.SetUp(AllUsable(mesh.NCell()), points);
   for (int i = 1; i <= 4; ++i) {
-    PointBed one(mesh, PlainSettings{500.0, 3, 20});
+    PointBed one(mesh, PointSettings{500.0, 3, 20});
     one.SetUp(AllUsable(mesh.NCell()), {points[static_cast<std::size_t>(i - 1)]});
     EXPECT_EQ(one.Stencil(1), all.Stencil(i));
     EXPECT_EQ(ValueCoefficients(one, 1), ValueCoefficients(all, i));
@@ -375,14 +377,14 @@ TEST(PointTwoLevels, OfAPointDoNotDependOnThePointsBefore) {
 
 TEST(PointWeights, OfAllMethodsEqualThePlainFormBitForBit) {
   HexahedraOptions options;
-  PointMesh const mesh = Hexahedra(options);
+  TestMesh const mesh = Hexahedra(options);
   std::vector<Point> points;
   for (int i = 0; i < 25; ++i) points.push_back({0.12 * i, 1.5 + std::sin(i), 1.5 + 1.6 * std::cos(3.0 * i)});
   points.push_back(mesh.Centre(14));
   points.push_back(points[3]);
   for (int const method : {1, 2, 3}) {
     for (double const span : {500.0, 3.0}) {
-      PlainSettings const settings{span, method, 12};
+      PointSettings const settings{span, method, 12};
       Array marks = InteriorUsable(mesh);
       PointBed bed(mesh, settings);
       bed.SetUp(marks, points);
@@ -394,4 +396,4 @@ TEST(PointWeights, OfAllMethodsEqualThePlainFormBitForBit) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

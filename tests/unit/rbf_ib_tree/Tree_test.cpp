@@ -8,24 +8,23 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/rbf_cell/FlushedOutput.h"
-#include "tests/unit/rbf_cell_tree/RecordingTree.h"
-#include "tests/unit/rbf_ib/PointBed.h"
+#include "tests/support/mesh/Hexahedra.h"
+#include "tests/support/mesh/SmallMeshes.h"
+#include "tests/support/rbf_ib/PointBed.h"
+#include "tests/support/tree/RecordingTree.h"
+#include "tests/support/watch/FlushedOutput.h"
 
 // Which calls the point operator makes of the search tree, in which order and with which numbers, and what it makes
 // of answers in an order that the test chooses.
 
-namespace rbf_ib_test {
+namespace zyn_test {
 namespace {
 
-using rbf_cell_test::Calls;
-using rbf_cell_test::TreeCalls;
-using Corners = std::array<double, 6>;
 using List = std::vector<int>;
 
 /// A test whose tree has forgotten all former calls and answers nothing.
 struct Tree : ::testing::Test {
-  Tree() { Calls() = TreeCalls(); }
+  Tree() { StartAnewWithoutAnswers(); }
 };
 using PointTree = Tree;
 using PointCubes = Tree;
@@ -35,7 +34,7 @@ using PointOrder = Tree;
 Corners Cube(Point p, double d) { return {p.x - d, p.y - d, p.z - d, p.x + d, p.y + d, p.z + d}; }
 
 /// Cells in a row along x at 0, 1, 2, ..., so that the mean distance is 1.
-PointMesh Row(int n) {
+TestMesh Row(int n) {
   std::vector<Point> centres;
   for (int c = 0; c < n; ++c) centres.push_back({1.0 * c, 0, 0});
   return LooseCells(centres);
@@ -43,13 +42,13 @@ PointMesh Row(int n) {
 
 /// All steps up to the search, with one point.
 struct Searched : PointBed {
-  Searched(PointMesh const& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
+  Searched(TestMesh const& mesh, Array marks, Point point, int method, int number) : PointBed(mesh) {
     PointArrays points({point});
     SetUpToTree(marks, 1);
     EXPECT_EQ(
         0, object.SearchIBADTress(points.x.Data(), points.y.Data(), points.z.Data(), method, 77.0, number));
   }
-  Searched(PointMesh const& mesh, Point point, int method, int number)
+  Searched(TestMesh const& mesh, Point point, int method, int number)
       : Searched(mesh, AllUsable(mesh.NCell()), point, method, number) {}
 
   double Support() const { return object.m_pIBSupportLength[1]; }
@@ -63,20 +62,20 @@ void AlwaysAnswer(List const& ids) {
 // --------------------------------------------------------------------------------------------------- filling it
 
 TEST_F(PointTree, GetsItsRangeOnceBeforeTheFirstBoxHighCornerFirst) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh);
   bed.SetUp(AllUsable(mesh.NCell()), {});
   CZynIBRBFInternalObject const& o = bed.object;
   ASSERT_EQ(1U, Calls().ranges.size());
   std::array<double, 9> const expected = {o.Xmax, o.Ymax, o.Zmax,  o.Xmin,  o.Ymin,
                                           o.Zmin, 1.0,    10000.0, 200000.0};
-  EXPECT_EQ(expected, Calls().ranges[0]);
-  EXPECT_EQ(0, Calls().boxesBeforeTheLastRange);
+  EXPECT_EQ(expected, Calls().ranges[0].arguments);
+  EXPECT_EQ(0, Calls().ranges.back().boxesBefore);
   EXPECT_GT(o.Xmax, o.Xmin);
 }
 
 TEST_F(PointTree, GetsTheUsableCellsInAscendingOrderHighCornerFirst) {
-  PointMesh const mesh = Hexahedra(HexahedraOptions());
+  TestMesh const mesh = Hexahedra(HexahedraOptions());
   PointBed bed(mesh);
   Array marks = AllUsable(mesh.NCell());
   for (int c = 1; c <= mesh.NCell(); c += 3) marks[c] = kUnusable;
@@ -94,8 +93,8 @@ TEST_F(PointTree, GetsTheUsableCellsInAscendingOrderHighCornerFirst) {
 }
 
 TEST_F(PointTree, GetsUsableSymmetryCellsAtTheOrigin) {
-  PointMesh mesh = Row(2);
-  mesh.AddSide(mesh.symmetry, 1, {5, 5, 5}, {6, 6, 6});
+  TestMesh mesh = Row(2);
+  mesh.AddSide(kSymmetry, 1, {5, 5, 5}, {6, 6, 6});
   PointBed bed(mesh);
   bed.SetUp(AllUsable(3), {});
   ASSERT_EQ(3U, Calls().boxes.size());
@@ -140,20 +139,20 @@ TEST_F(PointTree, IsMadeAnewByAnotherSetUp) {
 }
 
 TEST_F(PointTree, IsNotSearchedWithoutPointsNorByAnUnknownMethod) {
-  PointBed none(Row(3)), unknown(Row(3), PlainSettings{500.0, 4, 20});
+  PointBed none(Row(3)), unknown(Row(3), PointSettings{500.0, 4, 20});
   none.SetUp(AllUsable(3), {});
   unknown.SetUp(AllUsable(3), {{1, 0, 0}});
-  EXPECT_EQ(0, Calls().searches);
+  EXPECT_TRUE(Calls().queries.empty());
 }
 
 TEST_F(PointTree, IsNotSearchedByTheApplication) {
   AlwaysAnswer({1, 2, 3});
-  PointBed bed(Row(3), PlainSettings{500.0, 2, 3});
+  PointBed bed(Row(3), PointSettings{500.0, 2, 3});
   bed.SetUp(AllUsable(3), {{1.2, 0, 0}});
-  int const before = Calls().searches;
+  std::size_t const before = Calls().queries.size();
   Array field(3, 1.0), value(1), x(1), y(1), z(1);
   bed.object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
-  EXPECT_EQ(before, Calls().searches);
+  EXPECT_EQ(before, Calls().queries.size());
 }
 
 TEST_F(PointTree, IsSearchedAfterItsLineWasPrinted) {
@@ -162,7 +161,7 @@ TEST_F(PointTree, IsSearchedAfterItsLineWasPrinted) {
   PointArrays points({{1.2, 0, 0}});
   std::string atSearch;
   {
-    rbf_cell_test::FlushedOutput const output;
+    FlushedOutput const output;
     Calls().answer = [&](Corners const&) {
       atSearch = output.Arrived();
       return List{1, 2};
@@ -181,7 +180,7 @@ TEST_F(PointTree, IsSearchedAfterItsLineWasPrinted) {
 TEST_F(PointCubes, GrowByTheMeanDistanceUntilTheyHoldEnough) {
   Point const p{4.25, 0.5, -0.25};
   for (int const method : {1, 2}) {
-    Calls() = TreeCalls();
+    StartAnewWithoutAnswers();
     Calls().answer = [](Corners const& c) {
       int const n = static_cast<int>(std::lround(0.5 * (c[3] - c[0])));
       List const all = {6, 5, 7, 4, 8, 3};
@@ -200,7 +199,7 @@ TEST_F(PointCubes, GrowByTheMeanDistanceUntilTheyHoldEnough) {
 TEST_F(PointCubes, GrowForMethod3UntilTheyHoldTwoWhateverTheNumber) {
   Point const p{4.25, 0.5, -0.25};
   for (int const number : {0, 1, 20}) {
-    Calls() = TreeCalls();
+    StartAnewWithoutAnswers();
     Calls().answer = [](Corners const& c) { return c[3] - c[0] > 5.0 ? List{5, 6} : List{5}; };
     Searched const s(Row(9), p, 3, number);
     ASSERT_EQ(3U, Calls().queries.size());
@@ -209,7 +208,7 @@ TEST_F(PointCubes, GrowForMethod3UntilTheyHoldTwoWhateverTheNumber) {
 }
 
 TEST_F(PointCubes, UseWholeStepsOfTheMeanDistance) {
-  PointMesh mesh = LooseCells({{0, 0, 0}, {0.1, 0, 0}, {50, 50, 50}, {-50, -50, -50}});
+  TestMesh mesh = LooseCells({{0, 0, 0}, {0.1, 0, 0}, {50, 50, 50}, {-50, -50, -50}});
   Calls().answer = [](Corners const& c) { return c[3] - c[0] >= 2.0 ? List{1, 2, 3} : List(); };
   Searched const s(mesh, {0.3, 0.2, 0.1}, 1, 3);
   ASSERT_FALSE(Calls().queries.empty());
@@ -223,7 +222,7 @@ TEST_F(PointCubes, UseWholeStepsOfTheMeanDistance) {
 TEST_F(PointCubes, StopGrowingOnceTheyCoverEveryEntry) {
   Point const p{4.25, 0.5, -0.25};
   for (int const method : {1, 2, 3}) {
-    Calls() = TreeCalls();
+    StartAnewWithoutAnswers();
     Searched const s(Row(9), p, method, 3);
     ASSERT_LE(5U, Calls().queries.size());
     for (std::size_t k = 0; k < 5; ++k)
@@ -249,18 +248,18 @@ TEST_F(PointCubes, CoverTheUsableCellsAlone) {
 }
 
 TEST_F(PointCubes, CoverUsableSymmetryCellsAtTheOriginToo) {
-  PointMesh mesh = LooseCells({{5, 0, 0}, {6, 0, 0}});
-  mesh.AddSide(mesh.symmetry, 1, {5, 1, 0}, {5, 2, 0});
+  TestMesh mesh = LooseCells({{5, 0, 0}, {6, 0, 0}});
+  mesh.AddSide(kSymmetry, 1, {5, 1, 0}, {5, 2, 0});
   Searched const s(mesh, {5.5, 0, 0}, 1, 20);
   EXPECT_EQ(Cube({5.5, 0, 0}, 6.0), Calls().queries.back().corners);
 }
 
 TEST_F(PointCubes, WithoutAStepEndWithOneThatCoversEverything) {
-  PointMesh const noInnerFace = LooseCells({{1, 2, 3}}),
-                  onePlace = LooseCells({{1, 2, 3}, {1, 2, 3}, {-5, 2, 3}});
-  for (PointMesh const& mesh : {noInnerFace, onePlace}) {
+  TestMesh const noInnerFace = LooseCells({{1, 2, 3}}),
+                 onePlace = LooseCells({{1, 2, 3}, {1, 2, 3}, {-5, 2, 3}});
+  for (TestMesh const& mesh : {noInnerFace, onePlace}) {
     for (int const method : {1, 2, 3}) {
-      Calls() = TreeCalls();
+      StartAnewWithoutAnswers();
       AlwaysAnswer({1});
       Searched const s(mesh, {2, 2.5, 4}, method, 20);
       ASSERT_FALSE(Calls().queries.empty());
@@ -289,7 +288,7 @@ TEST_F(PointCubes, ReachFarPointsInFewSearches) {
   Searched const s(Row(9), p, 1, 3);
   EXPECT_EQ((List{7, 8, 9}), s.Stencil(1));
   EXPECT_EQ(8e6 + 1.0 - 6.0, s.Support());
-  EXPECT_LT(Calls().searches, 2000);
+  EXPECT_LT(Calls().queries.size(), 2000U);
 }
 
 // ------------------------------------------------------------------------------------------- order of the members
@@ -352,7 +351,7 @@ struct ManyCells {
     AlwaysAnswer(ids);
   }
 
-  PointMesh mesh;
+  TestMesh mesh;
   List ids;                       ///< as the tree gives them
   List sorted;                    ///< as the plain loop leaves them
   std::vector<double> distances;  ///< of the sorted
@@ -388,7 +387,7 @@ TEST_F(PointSeeds, OfManyInAnyOrderAreThoseOfThePlainLoop) {
 
 // The tree's answer lives until its next search, which is that of the next point.
 TEST_F(PointOrder, SurvivesTheSearchesOfLaterPoints) {
-  PointBed bed(Row(9), PlainSettings{500.0, 1, 3});
+  PointBed bed(Row(9), PointSettings{500.0, 1, 3});
   std::vector<List> const answers = {{5, 2, 9}, {1, 2, 3}, {4, 8, 6}};
   std::size_t next = 0;
   Calls().answer = [&](Corners const&) { return answers[next++]; };
@@ -452,7 +451,7 @@ TEST_F(PointSeeds, OfTwoWithTheFartherFirstIsTheFartherAlone) {
 }
 
 TEST_F(PointSeeds, AtOneDistanceAreBothInTheOrderOfTheTree) {
-  PointMesh mesh = LooseCells({{1, 0, 0}, {-1, 0, 0}, {0, 50, 0}});
+  TestMesh mesh = LooseCells({{1, 0, 0}, {-1, 0, 0}, {0, 50, 0}});
   for (List const& ids : {List{1, 2}, List{2, 1}}) {
     AlwaysAnswer(ids);
     Searched const s(mesh, {0, 0, 0}, 3, 20);
@@ -483,10 +482,10 @@ TEST_F(PointSeeds, OfManyFollowTheSort) {
 }
 
 TEST_F(PointSeeds, BringTheCellsOfTheirNodesInTheOrderOfTheSeeds) {
-  PointMesh mesh;
+  TestMesh mesh;
   for (int n = 0; n < 3; ++n) mesh.AddNode({1.0 * n, 1, 0});
-  mesh.AddInteriorCell({0, 0, 0}, {2, 1});
-  mesh.AddInteriorCell({1, 0, 0}, {3, 2});
+  mesh.AddCell({0, 0, 0}, {2, 1});
+  mesh.AddCell({1, 0, 0}, {3, 2});
   mesh.AddInteriorCell({10, 0, 0});
   mesh.AddInteriorCell({11, 0, 0});
   mesh.JoinInterior(1, 2);
@@ -511,4 +510,4 @@ TEST_F(PointSeeds, BringTheCellsOfTheirNodesInTheOrderOfTheSeeds) {
 }
 
 }  // namespace
-}  // namespace rbf_ib_test
+}  // namespace zyn_test

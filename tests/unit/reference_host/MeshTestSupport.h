@@ -10,7 +10,7 @@
 #include "reference_host/mesh/FaceMesh.h"
 #include "reference_host/mesh/MeshError.h"
 
-/// A folder of its own for the files of one test, removed with its content at the end.
+/// A temporary folder for the files of one test, removed with its content at the end.
 class TemporaryFolder {
  public:
   TemporaryFolder() {
@@ -25,7 +25,7 @@ class TemporaryFolder {
     std::filesystem::remove_all(path_, ignored);
   }
 
-  /// Writes a file, with the folders on its way, and returns its path.
+  /// Writes a file, creates its folders and returns its path.
   std::string Write(std::string const& name, std::string const& content) const {
     std::filesystem::path const file = path_ / name;
     std::filesystem::create_directories(file.parent_path());
@@ -39,7 +39,7 @@ class TemporaryFolder {
   std::filesystem::path path_;
 };
 
-/// What the MeshError says that `action` throws; fails the test if it throws none.
+/// The text of the MeshError that `action` throws. Fails the test if it throws none.
 template <class Action>
 std::string MeshErrorOf(Action const& action) {
   try {
@@ -53,7 +53,7 @@ std::string MeshErrorOf(Action const& action) {
   return {};
 }
 
-/// Expects that `text` has `part` in it and shows both if not.
+/// Expects that `text` contains `part`, and shows both if not.
 inline void ExpectContains(std::string const& text, std::string const& part) {
   EXPECT_NE(text.find(part), std::string::npos) << "'" << part << "' is not in '" << text << "'";
 }
@@ -74,7 +74,7 @@ inline void ExpectSameMesh(reference_host::FaceMesh const& a, reference_host::Fa
   }
 }
 
-/// Number of faces of the patch with that name, -1 if there is no such patch.
+/// Number of faces of the patch with that name; -1: there is no such patch.
 inline int FacesInPatch(reference_host::FaceMesh const& mesh, std::string const& name) {
   for (std::size_t p = 0; p < mesh.patches.size(); ++p) {
     if (mesh.patches[p].name != name) continue;

@@ -22,8 +22,8 @@ using reference_host::Point;
 using Face = std::vector<int>;  ///< nodes in order around the face
 using Cell = std::vector<Face>;
 
-/// Joins cells given by their faces to a mesh. The faces of a cell may turn either way: they are turned
-/// outwards here, which suffices for cells that are star-shaped about their nodes' average.
+/// Joins cells given by their faces to a mesh. The faces of a cell may have either orientation: the builder
+/// turns them outwards, which works for cells that are star-shaped about the average of their nodes.
 class Builder {
  public:
   int AddPoint(Point const& point) {
@@ -166,7 +166,7 @@ inline void AddSixTets(Builder& builder, std::vector<int> const& v) {
   }
 }
 
-/// Six pyramids around the middle of a box. `splitTop` makes two tetrahedra of the upper one.
+/// Six pyramids around the centre of a box. `splitTop` makes two tetrahedra of the upper one.
 inline void AddSixPyramids(Builder& builder, std::vector<int> const& v, Point const& middle,
                            bool splitTop = false) {
   int const top = builder.AddPoint(middle);
@@ -223,7 +223,7 @@ inline FaceMesh PyramidBox(int n) {
                   });
 }
 
-/// Columns of hexahedra, of prisms and of pyramids side by side; the pyramids at the top are cut into
+/// Columns of hexahedra, of prisms and of pyramids side by side. The pyramids at the top are cut into
 /// tetrahedra.
 inline FaceMesh MixedBox(int n) {
   return BoxByBox(n, n, n,
@@ -234,8 +234,8 @@ inline FaceMesh MixedBox(int n) {
                   });
 }
 
-/// Coarse boxes at low x, boxes of half the size at high x, as a castellated mesh has them. A coarse cell at
-/// the step has four small faces there and faces of five nodes, three of them in a line, beside it.
+/// Coarse boxes at low x, boxes of half the size at high x, as in a castellated mesh. A coarse cell at the
+/// step has four small faces there, and adjacent faces of five nodes, three of them collinear.
 ///
 ///     +-------+---+---+
 ///     |       |   |   |
@@ -249,7 +249,8 @@ inline FaceMesh PolyBox(int n) {
     for (int j = 0; j < 2 * n; j += 2) {
       auto const at = [&grid, j, k](int i, int dj, int dk) { return grid.Node(i, j + dj, k + dk); };
       Cell cell = {{at(0, 0, 0), at(0, 2, 0), at(0, 2, 2), at(0, 0, 2)}};
-      // The row begins in the straight edge on purpose: its first three nodes lie in a line.
+      // The row begins on the straight edge, so that its first three nodes are collinear: tests need such a
+      // row.
       cell.push_back({at(2, 0, 0), at(2, 0, 1), at(2, 0, 2), at(0, 0, 2), at(0, 0, 0)});
       cell.push_back({at(2, 2, 0), at(2, 2, 1), at(2, 2, 2), at(0, 2, 2), at(0, 2, 0)});
       cell.push_back({at(2, 0, 0), at(2, 1, 0), at(2, 2, 0), at(0, 2, 0), at(0, 0, 0)});
@@ -270,7 +271,7 @@ inline FaceMesh PolyBox(int n) {
   return builder.Finish();
 }
 
-/// Moves every node by up to `amount` (L) in each direction, the same way on every run; nodes of the cube's
+/// Moves every node by up to `amount` (L) in each direction, the same on every run; nodes on the cube's
 /// surface only if `alsoSurface`. Quadrilaterals become warped.
 inline FaceMesh Perturbed(FaceMesh mesh, double amount, bool alsoSurface = false, unsigned seed = 1) {
   std::mt19937 random(seed);
@@ -308,7 +309,7 @@ inline std::vector<NamedMesh> AllMeshes() {
           {"warped polyhedra", Perturbed(PolyBox(2), 0.03)}};
 }
 
-/// Part of every cell, at random but the same on every run: ragged parts that touch each other everywhere.
+/// The part of every cell, at random but the same on every run: ragged parts that touch everywhere.
 inline std::vector<int> RandomParts(int nCells, int nParts, unsigned seed = 7) {
   std::mt19937 random(seed);
   std::vector<int> part(nCells);
@@ -316,7 +317,7 @@ inline std::vector<int> RandomParts(int nCells, int nParts, unsigned seed = 7) {
   return part;
 }
 
-/// Part of every cell in runs of equal length: what a decomposition by number gives.
+/// The part of every cell in runs of equal length, as in a decomposition by number.
 inline std::vector<int> RunParts(int nCells, int nParts) {
   std::vector<int> part(nCells);
   for (int c = 0; c < nCells; ++c) {

@@ -147,7 +147,7 @@ TEST(ZYNOptKer, FindsBoxesAddedAfterASearch) {
   std::vector<TestBox> boxes;
   CZYNOptKer tree;
   SetUnitRange(tree);
-  // Batches that are small and that are large against what the tree already holds.
+  // Batches that are small and large compared with the content of the tree.
   for (std::size_t const until : {1u, 2u, 200u, 210u, 211u, 600u}) {
     while (boxes.size() < until) {
       boxes.push_back(all[boxes.size()]);

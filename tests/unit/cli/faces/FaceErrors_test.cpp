@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "cli/base/UsageError.h"
-#include "cli/faces/FaceGroup.h"
+#include "cli/faces/TargetedFaces.h"
 #include "tests/unit/cli/BoxPartition.h"
 #include "tests/unit/cli/TestRanks.h"
 
@@ -15,40 +15,40 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-TEST(FaceGroup, HasTheNumbersOfTheOperator) {
+TEST(FaceKindNames, AreThoseOfTheOperatorsNumbers) {
   char const* const names[] = {"inner", "wall", "inlet", "outlet", "partition", "symmetry"};
   for (int k = 0; k < 6; ++k) {
-    auto const group = FaceGroupFromName(names[k]);
+    auto const group = FaceKindFromName(names[k]);
     ASSERT_TRUE(group.has_value()) << names[k];
     EXPECT_EQ(static_cast<int>(*group), k + 1);
     EXPECT_EQ(NameOf(*group), names[k]);
     EXPECT_EQ(IsBoundary(*group), k != 0 && k != 4);
   }
-  for (char const* name : {"", "Wall", "door", "inner "}) EXPECT_FALSE(FaceGroupFromName(name)) << name;
-  EXPECT_EQ(FaceGroupNames(), "inner, wall, inlet, outlet, partition or symmetry");
+  for (char const* name : {"", "Wall", "door", "inner "}) EXPECT_FALSE(FaceKindFromName(name)) << name;
+  EXPECT_EQ(FaceKindNames(), "inner, wall, inlet, outlet, partition or symmetry");
 }
 
-TEST(FaceGroup, KnowsAreaAndPlaceOfEachFace) {
+TEST(TargetedFaces, KnowsAreaAndPlaceOfEachFace) {
   auto const partition = BoxPartition("box:2,3,4");
-  FacesOfGroup const inner = FacesOf(*partition, FaceGroup::Inner);
+  TargetedFaces const inner = TargetedFacesOf(*partition, FaceKind::Inner);
   EXPECT_EQ(inner.count, 1 * 12 + 2 * 8 + 3 * 6);
-  FacesOfGroup const inlet = FacesOf(*partition, FaceGroup::Inlet);
+  TargetedFaces const inlet = TargetedFacesOf(*partition, FaceKind::Inlet);
   EXPECT_EQ(inlet.count, 12);
   for (int f = 1; f <= inlet.count; ++f) {
     EXPECT_NEAR(inlet.Area(f), 1.0 / 16.0, 1e-15);  // cells are cubes, the longest side is 1
     EXPECT_EQ(inlet.Target(f)[0], 0.0);
     EXPECT_EQ(inlet.nodes[f][0], 4);
   }
-  EXPECT_EQ(FacesOf(*partition, FaceGroup::Outlet).count, 12);
-  EXPECT_EQ(FacesOf(*partition, FaceGroup::Wall).count, 2 * (2 * 4 + 2 * 3));
-  EXPECT_EQ(FacesOf(*partition, FaceGroup::Symmetry).count, 0);
-  EXPECT_EQ(FacesOf(*partition, FaceGroup::Partition).count, 0);
+  EXPECT_EQ(TargetedFacesOf(*partition, FaceKind::Outlet).count, 12);
+  EXPECT_EQ(TargetedFacesOf(*partition, FaceKind::Wall).count, 2 * (2 * 4 + 2 * 3));
+  EXPECT_EQ(TargetedFacesOf(*partition, FaceKind::Symmetry).count, 0);
+  EXPECT_EQ(TargetedFacesOf(*partition, FaceKind::Partition).count, 0);
 }
 
-TEST(FaceGroup, PutsPartitionFacesAtTheirHaloCells) {
+TEST(TargetedFaces, PutsPartitionFacesAtTheirHaloCells) {
   reference_host::FaceMesh const mesh = BoxWithGroups("box:2,1,1");
   reference_host::HostPartition partition(SplitMesh(mesh, {0, 1}, 2).front());
-  FacesOfGroup const cut = FacesOf(partition, FaceGroup::Partition);
+  TargetedFaces const cut = TargetedFacesOf(partition, FaceKind::Partition);
   ASSERT_EQ(cut.count, 1);
   CZYN3DFiniteVolumeMesh& lent = *partition.mesh();
   lent.xc[cut.other[1]] = 0.75;  // as the exchange would set it
@@ -58,14 +58,15 @@ TEST(FaceGroup, PutsPartitionFacesAtTheirHaloCells) {
 /// Two cells side by side, cubes with edges of 1/2: one inner face, ten boundary faces.
 class ErrorsOnFaces : public testing::Test {
  protected:
-  ErrorsOnFaces() : partition_(BoxPartition("box:2,1,1")), walls_(FacesOf(*partition_, FaceGroup::Wall)) {}
+  ErrorsOnFaces()
+      : partition_(BoxPartition("box:2,1,1")), walls_(TargetedFacesOf(*partition_, FaceKind::Wall)) {}
 
   std::vector<double> OnWalls(double value) const {
     return std::vector<double>(static_cast<std::size_t>(walls_.count) + 1, value);
   }
 
   std::unique_ptr<reference_host::HostPartition> partition_;
-  FacesOfGroup walls_;
+  TargetedFaces walls_;
 };
 
 TEST_F(ErrorsOnFaces, AreWeightedByArea) {
@@ -91,7 +92,7 @@ TEST_F(ErrorsOnFaces, TakeTheLowerCellOfEqualOnes) {
   FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, walls_, value, OnWalls(0.0));
   EXPECT_EQ(errors.maxPlace.cell, 1);
   int first = 1;
-  while (partition_->globalCell()[static_cast<std::size_t>(walls_.cell[first])] != 1) ++first;
+  while (partition_->globalCell()[static_cast<std::size_t>(walls_.cv[first])] != 1) ++first;
   EXPECT_EQ(errors.maxPlace.face, first);
   EXPECT_TRUE(std::isnan(errors.relativeL2));
 }
@@ -108,7 +109,7 @@ TEST_F(ErrorsOnFaces, CountWhatIsNotFinite) {
 }
 
 TEST_F(ErrorsOnFaces, AreNotNumbersWithoutFaces) {
-  FacesOfGroup const none = FacesOf(*partition_, FaceGroup::Symmetry);
+  TargetedFaces const none = TargetedFacesOf(*partition_, FaceKind::Symmetry);
   FaceErrors const errors = SummariseFaceErrors(TestRanks(), *partition_, none, {0.0}, {0.0});
   EXPECT_EQ(errors.nFaces, 0);
   EXPECT_TRUE(std::isnan(errors.l2));

@@ -8,7 +8,7 @@
 namespace zyngrad {
 namespace {
 
-FaceResults SomeFaces(FaceGroup group, int method) {
+FaceResults SomeFaces(FaceKind group, int method) {
   FaceResults results;
   results.group = group;
   results.settings = {method, 1000.0, 20, 0.0, false};
@@ -26,7 +26,7 @@ std::string Printed(FaceResults const& results) {
 bool Has(std::string const& text, std::string const& part) { return text.find(part) != std::string::npos; }
 
 TEST(FaceReport, SaysWhereTheLargestErrorIs) {
-  std::string const text = Printed(SomeFaces(FaceGroup::Inner, 4));
+  std::string const text = Printed(SomeFaces(FaceKind::Inner, 4));
   EXPECT_TRUE(Has(text, "10 inner faces by search method 4, stencils of 12 to 13 cells, 12.5 on average"))
       << text;
   EXPECT_TRUE(Has(text, "12 and 13  (0.5, 0.25, 0.125)")) << text;
@@ -35,7 +35,7 @@ TEST(FaceReport, SaysWhereTheLargestErrorIs) {
 }
 
 TEST(FaceReport, SaysThatMethodFourHasNoValuesOnBoundaryFaces) {
-  for (FaceGroup const group : {FaceGroup::Wall, FaceGroup::Inlet, FaceGroup::Outlet, FaceGroup::Symmetry}) {
+  for (FaceKind const group : {FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry}) {
     FaceResults results = SomeFaces(group, 4);
     results.rows.nOff = 10;  // as all sums are 0
     std::string const text = Printed(results);
@@ -45,11 +45,11 @@ TEST(FaceReport, SaysThatMethodFourHasNoValuesOnBoundaryFaces) {
     EXPECT_TRUE(FaceResultsAsJson(results)["errors"].is_null());
     EXPECT_FALSE(SomeFaces(group, 3).GivesNoValues());
   }
-  EXPECT_FALSE(SomeFaces(FaceGroup::Partition, 4).GivesNoValues());
+  EXPECT_FALSE(SomeFaces(FaceKind::Partition, 4).GivesNoValues());
 }
 
 TEST(FaceReport, WarnsOfWeightsThatDoNotSumToOne) {
-  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  FaceResults results = SomeFaces(FaceKind::Inner, 2);
   results.rows = {3, 1.25, {4, 0, 5, 6, {1, 2, 3}}, 1, {9, 1, 7, 8, {4, 5, 6}}};
   std::string const text = Printed(results);
   EXPECT_TRUE(
@@ -66,7 +66,7 @@ TEST(FaceReport, WarnsOfWeightsThatDoNotSumToOne) {
 }
 
 TEST(FaceReport, CountsValuesThatAreNotFiniteAndSaysWhy) {
-  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  FaceResults results = SomeFaces(FaceKind::Inner, 2);
   EXPECT_EQ(results.NotFiniteFaces(), 0);
   results.rows.nNotFinite = 3;
   results.errors.nNotFinite = 2;
@@ -81,7 +81,7 @@ TEST(FaceReport, CountsValuesThatAreNotFiniteAndSaysWhy) {
 }
 
 TEST(FaceReport, PrintsPlacesWithTheDigitsThatTheMeshNeeds) {
-  FaceResults results = SomeFaces(FaceGroup::Inner, 2);
+  FaceResults results = SomeFaces(FaceKind::Inner, 2);
   results.errors.maxPlace.at[0] = 6400000.5;
   results.placeDigits = 9;
   EXPECT_TRUE(Has(Printed(results), "(6400000.5, 0.25, 0.125)")) << Printed(results);

@@ -7,6 +7,7 @@
 
 #include "cli/base/UsageError.h"
 #include "cli/field/Expression.h"
+#include "foundation/FaceGroups.h"
 #include "tests/unit/cli/BoxPartition.h"
 #include "tests/unit/cli/TestRanks.h"
 
@@ -101,9 +102,11 @@ TEST(TestField, HoldsTheFormulaAtCellsAndBoundaryFaces) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition->mesh();
   TestField const field = MakeTestField(TestRanks(), *partition, Expression("x"));
   ASSERT_EQ(field.value.size(), static_cast<std::size_t>(mesh.NCell) + 1);
-  EXPECT_EQ(field.value[static_cast<std::size_t>(mesh.ijInlet[1])], 0.0);
-  EXPECT_EQ(field.value[static_cast<std::size_t>(mesh.ijOutlet[1])], 1.0);
-  EXPECT_EQ(field.value[static_cast<std::size_t>(mesh.ijInletCV[1])], 0.25);
+  auto const valueAt = [&field](int c) { return field.value[static_cast<std::size_t>(c)]; };
+  FaceGroup const inlet = FacesOf(FaceKind::Inlet, mesh), outlet = FacesOf(FaceKind::Outlet, mesh);
+  EXPECT_EQ(valueAt(inlet.other[1]), 0.0);
+  EXPECT_EQ(valueAt(outlet.other[1]), 1.0);
+  EXPECT_EQ(valueAt(inlet.cv[1]), 0.25);
 }
 
 std::string ErrorOf(std::string const& formula) {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <string>
 
+#include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/CellGeometry.h"
 
 namespace reference_host {

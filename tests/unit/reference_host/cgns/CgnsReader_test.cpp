@@ -37,7 +37,7 @@ using reference_host::ReadMesh;
 using Numbers = std::vector<cgsize_t>;
 using Describe = std::function<void(CgnsTestFile&)>;
 
-/// Writes a file as told and reads it back.
+/// Writes a file with `describe` and reads it back.
 FaceMesh WrittenAndRead(Describe const& describe) {
   TemporaryFolder const folder;
   std::string const name = folder.Path() + "/mesh.cgns";
@@ -45,7 +45,7 @@ FaceMesh WrittenAndRead(Describe const& describe) {
   return ReadMesh(name);
 }
 
-/// What the reader says about such a file, behind the file's name.
+/// The reader's message about such a file, after the file's name.
 std::string Refusal(Describe const& describe) {
   TemporaryFolder const folder;
   std::string const name = folder.Path() + "/mesh.cgns";
@@ -173,7 +173,7 @@ void WritePolyhedra(CgnsTestFile& file, FaceMesh const& mesh, Polyhedra const& p
                polyhedra.faceOffsets);
 }
 
-/// Polyhedra whose points are all used: the reader leaves out the others.
+/// Polyhedra that use all points, since the reader leaves out unused ones.
 FaceMesh PolyBox(int n) {
   FaceMesh mesh = test_meshes::PolyBox(n);
   std::vector<int> newNumber(mesh.points.size(), -1);
@@ -380,7 +380,7 @@ TEST(CgnsReader, RefusesOtherThanOneUnstructuredZone) {
               file.Zone(PointsOfCubes(), 2, "Rotor");
               file.Zone(PointsOfCubes(), 2, "Stator");
             }),
-            "several zones are not supported ('Rotor', 'Stator'); join them to one first");
+            "several zones are not supported ('Rotor', 'Stator'); join them into one first");
   EXPECT_EQ(Refusal([](CgnsTestFile& file) {
               file.Base();
               std::array<cgsize_t, 9> const sizes = {3, 2, 2, 2, 1, 1, 0, 0, 0};
@@ -408,17 +408,17 @@ TEST(CgnsReader, ListsTheFirstOfManyZones) {
   });
   EXPECT_EQ(what,
             "several zones are not supported ('Blade11', 'Blade12', 'Blade13', 'Blade14', 'Blade15', "
-            "'Blade16', 'Blade17', 'Blade18', 'Blade19', 'Blade20' and 30 more); join them to one first");
+            "'Blade16', 'Blade17', 'Blade18', 'Blade19', 'Blade20' and 30 more); join them into one first");
 }
 
-/// What the check says about a mesh of a file.
+/// The message of the check about the mesh of a file.
 std::string CheckRefusal(Describe const& describe) {
   FaceMesh const mesh = WrittenAndRead(describe);
   return MeshErrorOf([&] { CheckMesh(mesh); });
 }
 
 TEST(CgnsReader, GivesTheCheckTheNumbersOfTheFile) {
-  // The first node belongs to nothing, so that nodes are numbered anew.
+  // No cell uses the first node, so that the nodes are renumbered.
   auto const cells = [](Point const& tip) {
     return [tip](CgnsTestFile& file) {
       file.Base();
@@ -521,7 +521,7 @@ TEST(CgnsReader, RefusesElementsThatItCannotTake) {
         file.Section("Cells", CGNS_ENUMV(HEXA_8), 1, 2, kCubes);
         file.Section("Faces", CGNS_ENUMV(NGON_n), 3, 3, kLeft, {0, 4});
       }),
-      "section 'Cells' has standard elements beside polygons (NGON_n); only one or the other can be read");
+      "section 'Cells' has standard elements besides polygons (NGON_n); only one or the other can be read");
 }
 
 TEST(CgnsReader, RefusesPolyhedraThatDoNotFitTheirFaces) {
@@ -532,7 +532,7 @@ TEST(CgnsReader, RefusesPolyhedraThatDoNotFitTheirFaces) {
     return Refusal([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, polyhedra, withCells); });
   };
   EXPECT_EQ(refusal([](Polyhedra& p) { p.faces[0] = 99; }, true),
-            "element 12 of section 'Cells' has face 99, which is no polygon (NGON_n)");
+            "element 12 of section 'Cells' has face 99, which is not a polygon (NGON_n)");
   EXPECT_EQ(
       refusal([](Polyhedra& p) { p.faces[0] = p.faces[1]; }, true),
       "element 2 of section 'Faces' points out of two cells, element 12 of section 'Cells' and element 12 of "
@@ -557,7 +557,7 @@ TEST(CgnsReader, RefusesConditionsThatDoNotFitTheMesh) {
   EXPECT_EQ(refusal([](CgnsTestFile& file) {
               file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {1});
             }),
-            "boundary condition 'in' has element 1, which is no surface element");
+            "boundary condition 'in' has element 1, which is not a surface element");
   EXPECT_EQ(refusal([](CgnsTestFile& file) {
               file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {13}, CGNS_ENUMV(Vertex));
             }),

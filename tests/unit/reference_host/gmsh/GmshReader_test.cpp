@@ -51,7 +51,7 @@ GmshTestMesh MixedMesh() {
       "$EndPhysicalNames\n";
   mesh.elements = {
       {3, 1, 1, Tags({0, 3, 7, 4})},    // inlet: left side of the cube
-      {3, 2, -2, Tags({9, 10, 6, 5})},  // outlet: the wedge's slope; the sign only tells a direction
+      {3, 2, -2, Tags({9, 10, 6, 5})},  // outlet: the wedge's slope; the sign is only an orientation
       {2, 3, 7, Tags({6, 8, 11})},      // physical surface 7 without a name: one side of the tetrahedron
       {3, 4, 9, Tags({1, 2, 6, 5})},    // between cube and wedge
       {3, 5, 0, Tags({0, 1, 2, 3})},    // in no physical surface
@@ -72,7 +72,7 @@ FaceMesh Read(GmshTestMesh const& mesh, std::string const& version = "2.2", bool
   return ReadText(WriteGmsh(mesh, version, binary));
 }
 
-/// What the reader says about a file called a.msh, with the name of the temporary folder removed.
+/// The reader's message about a file called a.msh, without the name of the temporary folder.
 std::string Refusal(std::string const& content) {
   TemporaryFolder const folder;
   std::string const file = folder.Write("a.msh", content);
@@ -252,7 +252,7 @@ TEST(GmshReader, RefusesElementsOfNodesThatAreNotThere) {
 
 TEST(GmshReader, RefusesNodesThatAreThereTwice) {
   std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
-  ExpectContains(Refusal(Replaced(text, "\n13 1 0 0", "\n3 1 0 0")), "node 3 is there twice");
+  ExpectContains(Refusal(Replaced(text, "\n13 1 0 0", "\n3 1 0 0")), "node 3 occurs twice");
 }
 
 TEST(GmshReader, RefusesDuplicatedElements) {
@@ -323,7 +323,7 @@ TEST(GmshReader, RefusesEveryTruncatedFile) {
   }
 }
 
-// No damage may do worse than a MeshError: whatever is still read must be a mesh that the check can judge.
+// Damage must at most lead to a MeshError: whatever is still read must be a mesh that the check can handle.
 TEST(GmshReader, SurvivesDamagedBytes) {
   std::mt19937 random(20);
   int nRefused = 0;

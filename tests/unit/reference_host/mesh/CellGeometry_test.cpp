@@ -68,8 +68,8 @@ TEST(CellGeometry, CastellatedCellHasTheGeometryOfItsBox) {
 }
 
 TEST(CellGeometry, WarpedFaceSharesOutVolumeAndMomentExactly) {
-  // A cube with one warped inner face in the middle: whatever the cells look like, their volumes add up to
-  // that of the cube and their moments to the moment of the cube.
+  // A cube with one warped inner face in the middle: whatever their shapes, the volumes of the cells add up
+  // to that of the cube, and their moments to that of the cube.
   FaceMesh const mesh = Perturbed(HexBox(3, 3, 3), 0.12);
   CellGeometry const cells = ComputeCellGeometry(mesh, mesh.nCells);
   double volume = 0;

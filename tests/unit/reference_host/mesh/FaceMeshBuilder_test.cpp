@@ -125,7 +125,7 @@ TEST(FaceMeshBuilder, NamesTheCellsThatOverlap) {
   builder.AddCell(CellShape::Hexahedron, kLeft.data());
   builder.AddCell(CellShape::Hexahedron, kLeft.data());
   EXPECT_EQ(MeshErrorOf([&] { builder.Build(); }),
-            "mesh: cell 2 lies on the same side of a common face as cell 1 (the cell is there twice, or "
+            "mesh: cell 2 lies on the same side of a common face as cell 1 (the cell occurs twice, or "
             "cells overlap)");
 }
 

@@ -94,7 +94,7 @@ TEST(FoamField, KnowsTheMacroOfTheInternalField) {
   std::string const patches = "\".*\" { type fixedValue; value $internalField; }\n";
   EXPECT_EQ(Read(Text("uniform 6", patches)).patch[1], (Numbers{6, 6}));
   EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 3(1 2 3)", patches)),
-            ":12: $internalField stands for values only of a uniform field");
+            ":12: $internalField can be used only if the internal field is uniform");
 }
 
 TEST(FoamField, RefusesWhatItCannotRead) {
@@ -105,7 +105,7 @@ TEST(FoamField, RefusesWhatItCannotRead) {
             ": there is no boundaryField");
   EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 2(1 2)", kAllPatches)), ": 2 values for 3 cells");
   EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 4(1 2 3 4)", kAllPatches)),
-            ":9: the length of a list of values 4 is not in 0 to 3");
+            ":9: the length of a list of values, 4, is not in 0 to 3");
   EXPECT_EQ(Refusal(Text("nonuniform List<vector> 0()", kAllPatches)),
             ":9: List<scalar> expected instead of 'List<vector>'");
   EXPECT_EQ(Refusal(Text("constant 3", kAllPatches)),
@@ -161,7 +161,7 @@ TEST(FoamField, RefusesPatternsWhoseMatchingWouldTakeTheProductOfAll) {
   std::string const file = folder.Write("p", Text("uniform 0", entries));
   EXPECT_EQ(
       MeshErrorOf([&] { ReadFoamField(file, 1, ManyPatches(n)); }),
-      file + ": the 2000 patterns are too many, or too long, for 2000 patches; give patches by their names");
+      file + ": the 2000 patterns are too many, or too long, for 2000 patches; name the patches instead");
 }
 
 TEST(FoamField, DoesNotWriteOutRepeatedValuesThatNoPatchNeeds) {
@@ -188,7 +188,7 @@ TEST(FoamField, RefusesEveryTruncatedFile) {
   }
 }
 
-// Whatever single byte is changed: the field is read or refused, nothing else.
+// Whichever single byte changes, the field is either read or rejected.
 TEST(FoamField, SurvivesDamagedBytes) {
   std::string const whole =
       Text("nonuniform List<scalar> 3(1 2 3)",

@@ -13,7 +13,7 @@
 
 #include "reference_host/mesh/FaceMesh.h"
 
-/// Writes OpenFOAM meshes and fields, whole and decomposed as its own tool does it.
+/// Writes OpenFOAM meshes and fields, whole and decomposed, as OpenFOAM's own tool does.
 namespace foam_test {
 
 using reference_host::FaceMesh;
@@ -39,7 +39,7 @@ std::string ListText(std::vector<Item> const& items) {
   return text.str();
 }
 
-/// The mesh with its faces as OpenFOAM wants them: inner faces first, then those of each patch.
+/// The mesh with its faces in the order of OpenFOAM: inner faces first, then those of each patch.
 inline FaceMesh InFoamOrder(FaceMesh const& mesh) {
   std::vector<int> order;
   for (int f = 0; f < mesh.nFaces(); ++f) order.push_back(f);
@@ -106,11 +106,11 @@ struct Piece {
   FaceMesh mesh;
   PatchEntries entries;
   std::vector<int> cell, point;  ///< numbers in the whole mesh
-  std::vector<int> face;         ///< number in the whole mesh + 1, negative if turned
+  std::vector<int> face;         ///< number in the whole mesh + 1; negative: reversed
 };
 
-/// Cuts a piece out: cells, points, inner faces and faces of patches keep the order of the whole mesh; behind them stand
-/// the faces shared with each other processor, pointing out.
+/// Cuts a piece out. Cells, points, inner faces and faces of patches keep the order of the whole mesh; the
+/// faces shared with each other processor follow, pointing outwards.
 inline Piece MakePiece(FaceMesh const& whole, std::vector<int> const& partOfCell, int part, int nParts) {
   Piece piece;
   std::vector<int> localCell(static_cast<std::size_t>(whole.nCells), -1);

@@ -71,7 +71,7 @@ FaceMesh Read(Files const& files) {
   return ReadPolyMesh(folder.Path());
 }
 
-/// What the reader says, with the name of the temporary folder removed.
+/// The reader's message, without the name of the temporary folder.
 std::string Refusal(Files const& files) {
   TemporaryFolder const folder;
   for (auto const& [name, content] : files) folder.Write(name, content);
@@ -133,13 +133,13 @@ TEST(PolyMeshReader, ReadsCompactFaces) {
                    nodes.str().substr(0, nodes.str().rfind('\n', nodes.str().size() - 2)) + ")\n";
   ExpectContains(Refusal(files), "the last face ends at 66 of 65 nodes");
   files["faces"] = Header("faceCompactList") + "3\n(0 4 2)\n2(0 1)\n";
-  ExpectContains(Refusal(files), "must begin with 0 and rise");
+  ExpectContains(Refusal(files), "must begin with 0 and ascend");
 }
 
 TEST(PolyMeshReader, ReadsListsOfOneRepeatedNumber) {
   ExpectSameMesh(Read(With("neighbour", "1(1)", "1{1}")), Read(HexagonColumn()));
   ExpectContains(Refusal(With("owner", "15\n(", "2000000000{1}\n(")),
-                 "owner:14: the length of a list of cell numbers 2000");
+                 "owner:14: the length of a list of cell numbers, 2000");
 }
 
 TEST(PolyMeshReader, TakesTheNumberOfCellsFromOwnerAndNeighbour) {
@@ -195,7 +195,7 @@ TEST(PolyMeshReader, RefusesNumbersOutOfRange) {
 
 TEST(PolyMeshReader, RefusesCellNumbersThatTheFacesCannotClose) {
   ExpectContains(Refusal(With("owner", "0 1 0", "0 2000000000 0")),
-                 "owner and neighbour name cell 2000000000, but 15 faces cannot close so many cells");
+                 "owner and neighbour name cell 2000000000, but 15 faces cannot close that many cells");
 }
 
 TEST(PolyMeshReader, RefusesListsWhoseLengthIsWrong) {
@@ -208,7 +208,7 @@ TEST(PolyMeshReader, RefusesListsWhoseLengthIsWrong) {
   ExpectContains(Refusal(With("owner", "15\n(", "14\n(")), "14 cell numbers announced, 15 found");
   ExpectContains(Refusal(With("owner", "15\n(\n0 ", "14\n(\n")), "14 owners of 15 faces");
   ExpectContains(Refusal(With("neighbour", "1(1)", "16(1)")),
-                 "neighbour:14: the length of a list of cell numbers 16");
+                 "neighbour:14: the length of a list of cell numbers, 16");
 }
 
 TEST(PolyMeshReader, RefusesPatchesThatDoNotCoverTheBoundaryOnce) {
@@ -247,7 +247,7 @@ TEST(PolyMeshReader, RefusesEveryTruncatedFile) {
   }
 }
 
-// No damage may do worse than a MeshError: whatever is still read must be a mesh that the check can judge.
+// Damage must at most lead to a MeshError: whatever is still read must be a mesh that the check can handle.
 TEST(PolyMeshReader, SurvivesDamagedBytes) {
   std::mt19937 random(21);
   int nRefused = 0;
@@ -287,14 +287,22 @@ TEST(PolyMeshReader, RefusesTwoSigns) {
   }
 }
 
-TEST(PolyMeshReader, RefusesPatchesThatShareFacesAlsoWhereItReadsTheBoundaryAlone) {
-  TemporaryFolder const folder;
-  folder.Write("owner", Header("labelList") + "8{0}\n");
-  folder.Write("boundary",
-               Header("polyBoundaryMesh") +
-                   "2(a { type wall; nFaces 8; startFace 0; } b { type wall; nFaces 1; startFace 0; })");
-  EXPECT_EQ(MeshErrorOf([&] { reference_host::ReadPolyMeshBoundary(folder.Path()); }),
-            folder.Path() + "/boundary: the patches have more faces than the mesh");
+// The cells of the boundary faces, patch by patch. The faces of a cut, which have no patch, come last.
+TEST(PolyMeshReader, ListsTheCellsOfTheBoundaryByPatch) {
+  FaceMesh mesh;
+  mesh.patches = {{"inlet", "patch", {}}, {"none", "patch", {}}, {"wall", "wall", {}}};
+  mesh.owner = {0, 1, 0, 2, 0, 1, 2};
+  mesh.neighbour = {1, 2, -1, -1, -1, -1, -1};
+  mesh.facePatch = {-1, -1, 2, 0, 0, -1, 2};
+  reference_host::PolyMeshBoundary const boundary = reference_host::BoundaryOf(mesh);
+  EXPECT_EQ(boundary.owner, (std::vector<int>{2, 0, 0, 2, 1}));
+  ASSERT_EQ(boundary.facesOfPatch.size(), 3u);
+  EXPECT_EQ(boundary.facesOfPatch[0].first, 0);
+  EXPECT_EQ(boundary.facesOfPatch[0].count, 2);
+  EXPECT_EQ(boundary.facesOfPatch[1].count, 0);
+  EXPECT_EQ(boundary.facesOfPatch[2].first, 2);
+  EXPECT_EQ(boundary.facesOfPatch[2].count, 2);
+  EXPECT_EQ(boundary.patches[2].name, "wall");
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The partitions of one mesh against each other and against the mesh in one piece.
+// Compares the partitions of one mesh with each other and with the whole mesh.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@
 #include "reference_host/partition/HostPartition.h"
 #include "reference_host/partition/InProcessExchange.h"
 #include "tests/unit/reference_host/TestMeshes.h"
-#include "tests/unit/reference_host/partition/GroupView.h"
+#include "tests/unit/reference_host/partition/GroupsOfPartition.h"
 
 namespace reference_host {
 namespace {
@@ -33,7 +33,7 @@ Partitions CompletePartitions(FaceMesh const& mesh, std::vector<int> const& part
   return partitions;
 }
 
-/// Runs check(partitions, whole) for every kind of mesh in 1 to 5 parts: in runs and torn to pieces.
+/// Runs check(partitions, whole) for every kind of mesh in 1 to 5 parts, contiguous and scattered.
 template <class Check>
 void ForAllDecompositions(Check const& check) {
   for (auto const& [name, mesh] : AllMeshes()) {
@@ -47,10 +47,10 @@ void ForAllDecompositions(Check const& check) {
   }
 }
 
-/// A face of the mesh, whoever has it: the cells on its sides (0: boundary), the lower first, and its nodes.
+/// A face of the mesh in any partition: the cells on its sides (0: boundary), the lower first, and its nodes.
 using FaceKey = std::vector<std::int64_t>;
 
-FaceKey KeyOf(HostPartition& partition, GroupView const& group, int f) {
+FaceKey KeyOf(HostPartition& partition, FaceGroup const& group, int f) {
   FaceKey key = {partition.globalCell()[group.cv[f]], partition.globalCell()[group.other[f]]};
   std::sort(key.begin(), key.end());
   for (int k = 1; k <= group.nodes[f][0]; ++k) key.push_back(partition.globalNode()[group.nodes[f][k]]);
@@ -68,13 +68,11 @@ struct FaceSide {
 std::map<FaceKey, std::vector<FaceSide>> AllFaces(Partitions const& partitions) {
   std::map<FaceKey, std::vector<FaceSide>> faces;
   for (auto const& partition : partitions) {
-    for (GroupView const& group : GroupsOf(*partition)) {
-      for (int f = 1; f <= group.n; ++f) {
-        double const lamda = group.code == 0     ? partition->mesh()->Lamda[f]
-                             : group.code == 101 ? partition->partitionFaces()->ParInterFace_Lamda()[f]
-                                                 : 0.0;
+    for (FaceGroup const& group : GroupsOf(*partition)) {
+      for (int f = 1; f <= group.count; ++f) {
+        double const lamda = group.weight != nullptr ? group.weight[f] : 0.0;
         faces[KeyOf(*partition, group, f)].push_back(
-            {partition->globalCell()[group.cv[f]], group.Area(f), group.Centre(f), lamda});
+            {partition->globalCell()[group.cv[f]], AreaOf(group, f), CentreOf(group, f), lamda});
       }
     }
   }
@@ -130,22 +128,22 @@ TEST(HostPartitionParts, EveryFaceIsThereOnceWithTheBitsOfTheWhole) {
     CZYN3DFiniteVolumeMesh const& w = *whole.mesh();
     auto faces = AllFaces(partitions);
     int nFaces = 0;
-    for (GroupView const& group : GroupsOf(whole)) {
-      nFaces += group.n;
-      for (int f = 1; f <= group.n; ++f) {
+    for (FaceGroup const& group : GroupsOf(whole)) {
+      nFaces += group.count;
+      for (int f = 1; f <= group.count; ++f) {
         auto const found = faces.find(KeyOf(whole, group, f));
         ASSERT_NE(found, faces.end());
-        // A cut face stands in two partitions, any other in one; the sides name different cells.
+        // A cut face is in two partitions, any other in one. The two sides have different cells.
         std::vector<FaceSide> const& sides = found->second;
-        ASSERT_LE(sides.size(), group.code == 0 ? 2u : 1u);
+        ASSERT_LE(sides.size(), group.kind == FaceKind::Inner ? 2u : 1u);
         if (sides.size() == 2) {
           EXPECT_NE(sides[0].cell, sides[1].cell);
         }
         for (FaceSide const& side : sides) {
           bool const isTurned = side.cell != whole.globalCell()[group.cv[f]];
-          EXPECT_EQ(side.centre, group.Centre(f));
-          EXPECT_EQ(side.area, isTurned ? Scaled(-1, group.Area(f)) : group.Area(f));
-          if (group.code == 0) {
+          EXPECT_EQ(side.centre, CentreOf(group, f));
+          EXPECT_EQ(side.area, isTurned ? Scaled(-1, AreaOf(group, f)) : AreaOf(group, f));
+          if (group.kind == FaceKind::Inner) {
             EXPECT_NEAR(side.lamda, isTurned ? 1 - w.Lamda[f] : w.Lamda[f], 4e-16);
           }
         }

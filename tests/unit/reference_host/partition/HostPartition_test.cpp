@@ -12,7 +12,7 @@
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/Vector3.h"
 #include "tests/unit/reference_host/TestMeshes.h"
-#include "tests/unit/reference_host/partition/GroupView.h"
+#include "tests/unit/reference_host/partition/GroupsOfPartition.h"
 
 namespace reference_host {
 namespace {
@@ -41,7 +41,6 @@ void ForAllPartitions(Check const& check) {
 std::vector<int> RowOf(int const* row) { return std::vector<int>(row + 1, row + 1 + row[0]); }
 
 // ---- a mesh to be counted by hand
-// -----------------------------------------------------------------------------------
 
 //   Two unit cubes side by side in x, scaled to the unit cube:
 //
@@ -103,7 +102,6 @@ TEST(HostPartition, TwoBoxesHaveTheTablesCountedByHand) {
 }
 
 // ---- claims on every mesh
-// -------------------------------------------------------------------------------------------
 
 TEST(HostPartition, ElementZeroOfEveryArrayIsZero) {
   HostPartition partition = WholeOf(MixedBox(3));
@@ -113,7 +111,7 @@ TEST(HostPartition, ElementZeroOfEveryArrayIsZero) {
     EXPECT_EQ(values[0], 0.0);
   }
   EXPECT_EQ(mesh.CellLnodsNumber[0], 0);
-  for (GroupView const& group : GroupsOf(partition)) {
+  for (FaceGroup const& group : GroupsOf(partition)) {
     EXPECT_EQ(group.cv[0], 0);
     EXPECT_EQ(group.other[0], 0);
     EXPECT_EQ(group.sx[0], 0.0);
@@ -130,12 +128,9 @@ TEST(HostPartition, CellsAreInteriorThenGhostByGroupThenHalo) {
               part.nOwned + mesh.NInlet + mesh.NOutlet + mesh.NSymmetry + mesh.NWall + part.nHalo());
 
     int next = mesh.NInnerCells;
-    for (int const* ghosts : {mesh.ijInlet, mesh.ijOutlet, mesh.ijSymmetry, mesh.ijWall}) {
-      int const n = ghosts == mesh.ijInlet      ? mesh.NInlet
-                    : ghosts == mesh.ijOutlet   ? mesh.NOutlet
-                    : ghosts == mesh.ijSymmetry ? mesh.NSymmetry
-                                                : mesh.NWall;
-      for (int f = 1; f <= n; ++f) EXPECT_EQ(ghosts[f], ++next);
+    for (FaceKind const kind : {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry, FaceKind::Wall}) {
+      FaceGroup const group = FacesOf(kind, mesh);
+      for (int f = 1; f <= group.count; ++f) EXPECT_EQ(group.other[f], ++next);
     }
 
     std::vector<std::int64_t> owned(partition.globalCell().begin() + 1,
@@ -168,11 +163,11 @@ TEST(HostPartition, HaloCellsAscendByPartThenByCell) {
 
 TEST(HostPartition, FacesAscendByTheirCells) {
   ForAllPartitions([](MeshPart const&, HostPartition& partition) {
-    for (GroupView const& group : GroupsOf(partition)) {
-      for (int f = 1; f <= group.n; ++f) EXPECT_LT(group.cv[f], group.other[f]);
-      for (int f = 2; f <= group.n; ++f) {
+    for (FaceGroup const& group : GroupsOf(partition)) {
+      for (int f = 1; f <= group.count; ++f) EXPECT_LT(group.cv[f], group.other[f]);
+      for (int f = 2; f <= group.count; ++f) {
         EXPECT_LE(std::pair(group.cv[f - 1], group.other[f - 1]), std::pair(group.cv[f], group.other[f]))
-            << "code " << group.code << " face " << f;
+            << MembersOf(group.kind).name << " face " << f;
       }
     }
   });
@@ -194,8 +189,8 @@ TEST(HostPartition, EveryFaceHasItsCellsNodesAreaAndCentreOnce) {
       EXPECT_TRUE(faceOf.emplace(sorted(nodes), f).second);
     }
 
-    for (GroupView const& group : GroupsOf(partition)) {
-      for (int f = 1; f <= group.n; ++f) {
+    for (FaceGroup const& group : GroupsOf(partition)) {
+      for (int f = 1; f <= group.count; ++f) {
         Key nodes;
         for (int const node : RowOf(group.nodes[f])) nodes.push_back(partition.globalNode()[node]);
         auto const found = faceOf.find(sorted(nodes));
@@ -213,8 +208,8 @@ TEST(HostPartition, EveryFaceHasItsCellsNodesAreaAndCentreOnce) {
             ComputeFaceGeometry(part.points, part.faceNode.data() + part.faceStart[partFace],
                                 static_cast<int>(part.faceStart[partFace + 1] - part.faceStart[partFace]));
         double const sign = isTurned ? -1 : 1;
-        EXPECT_EQ(group.Area(f), (Point{sign * face.area[0], sign * face.area[1], sign * face.area[2]}));
-        EXPECT_EQ(group.Centre(f), face.centre);
+        EXPECT_EQ(AreaOf(group, f), (Point{sign * face.area[0], sign * face.area[1], sign * face.area[2]}));
+        EXPECT_EQ(CentreOf(group, f), face.centre);
       }
     }
     EXPECT_TRUE(faceOf.empty());
@@ -224,8 +219,8 @@ TEST(HostPartition, EveryFaceHasItsCellsNodesAreaAndCentreOnce) {
 TEST(HostPartition, FaceRowsTurnAroundTheAreaAndBeginWithATriangleInThePlane) {
   ForAllPartitions([](MeshPart const&, HostPartition& partition) {
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-    for (GroupView const& group : GroupsOf(partition)) {
-      for (int f = 1; f <= group.n; ++f) {
+    for (FaceGroup const& group : GroupsOf(partition)) {
+      for (int f = 1; f <= group.count; ++f) {
         std::vector<Point> corners;
         for (int const node : RowOf(group.nodes[f])) {
           corners.push_back({mesh.xn[node], mesh.yn[node], mesh.zn[node]});
@@ -234,9 +229,9 @@ TEST(HostPartition, FaceRowsTurnAroundTheAreaAndBeginWithATriangleInThePlane) {
           std::size_t const n = corners.size();
           Point const& n1 = corners[i];
           return Dot(Cross(Difference(corners[(i + 1) % n], n1), Difference(corners[(i + 2) % n], n1)),
-                     group.Area(f));
+                     AreaOf(group, f));
         };
-        double const area2 = Dot(group.Area(f), group.Area(f));
+        double const area2 = Dot(AreaOf(group, f), AreaOf(group, f));
         EXPECT_GT(projection(0), 0.3 * area2);
         for (std::size_t i = 1; i < corners.size(); ++i) {
           EXPECT_GE(projection(0), projection(i) - 1e-14 * area2);  // ties may differ by rounding
@@ -244,7 +239,7 @@ TEST(HostPartition, FaceRowsTurnAroundTheAreaAndBeginWithATriangleInThePlane) {
         std::vector<int> order(corners.size());
         for (std::size_t i = 0; i < order.size(); ++i) order[i] = static_cast<int>(i);
         FaceGeometry const face = ComputeFaceGeometry(corners, order.data(), static_cast<int>(order.size()));
-        EXPECT_LE(Length(Difference(face.area, group.Area(f))), 1e-15 + 1e-14 * std::sqrt(area2));
+        EXPECT_LE(Length(Difference(face.area, AreaOf(group, f))), 1e-15 + 1e-14 * std::sqrt(area2));
       }
     }
   });
@@ -254,12 +249,15 @@ TEST(HostPartition, GhostCentreIsTheFaceCentreAndGhostsKnowTheirPatch) {
   ForAllPartitions([](MeshPart const&, HostPartition& partition) {
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     std::vector<int> patch(mesh.NCell + 1, -1);
-    for (GroupView const& group : GroupsOf(partition)) {
-      if (group.code == 0 || group.code == 101) continue;
-      int const expected = group.code == 2 ? 0 : group.code == 3 ? 1 : group.code == 1 ? 2 : 3;
-      for (int f = 1; f <= group.n; ++f) {
+    for (FaceGroup const& group : GroupsOf(partition)) {
+      if (!IsBoundary(group.kind)) continue;
+      int const expected = group.kind == FaceKind::Inlet    ? 0
+                           : group.kind == FaceKind::Outlet ? 1
+                           : group.kind == FaceKind::Wall   ? 2
+                                                            : 3;
+      for (int f = 1; f <= group.count; ++f) {
         int const g = group.other[f];
-        EXPECT_EQ((Point{mesh.xc[g], mesh.yc[g], mesh.zc[g]}), group.Centre(f));
+        EXPECT_EQ((Point{mesh.xc[g], mesh.yc[g], mesh.zc[g]}), CentreOf(group, f));
         patch[g] = expected;
       }
     }
@@ -271,13 +269,14 @@ TEST(HostPartition, GhostCentreIsTheFaceCentreAndGhostsKnowTheirPatch) {
 TEST(HostPartition, CellRowsListEveryFaceOfTheCellAndWhatLiesBeyond) {
   ForAllPartitions([](MeshPart const&, HostPartition& partition) {
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-    std::map<int, GroupView> groupOfCode;
+    std::map<int, FaceGroup> groupOfCode;
     std::vector<std::set<std::pair<int, int>>> facesOfCell(mesh.NInnerCells + 1);
-    for (GroupView const& group : GroupsOf(partition)) {
-      groupOfCode.emplace(group.code, group);
-      for (int f = 1; f <= group.n; ++f) {
-        facesOfCell[group.cv[f]].emplace(group.code, f);
-        if (group.code == 0) facesOfCell[group.other[f]].emplace(group.code, f);
+    for (FaceGroup const& group : GroupsOf(partition)) {
+      int const code = MembersOf(group.kind).code;
+      groupOfCode.emplace(code, group);
+      for (int f = 1; f <= group.count; ++f) {
+        facesOfCell[group.cv[f]].emplace(code, f);
+        if (group.kind == FaceKind::Inner) facesOfCell[group.other[f]].emplace(code, f);
       }
     }
     for (int c = 1; c <= mesh.NInnerCells; ++c) {
@@ -287,8 +286,9 @@ TEST(HostPartition, CellRowsListEveryFaceOfTheCellAndWhatLiesBeyond) {
       std::set<std::pair<int, int>> found;
       for (int k = 1; k <= n; ++k) {
         int const f = mesh.CellFace[c][k];
-        GroupView const& group = groupOfCode.at(mesh.CellFaceType[c][k]);
-        found.emplace(group.code, f);
+        int const code = mesh.CellFaceType[c][k];
+        FaceGroup const& group = groupOfCode.at(code);
+        found.emplace(code, f);
         EXPECT_EQ(mesh.CellCell[c][k], group.cv[f] == c ? group.other[f] : group.cv[f]);
       }
       EXPECT_EQ(found, facesOfCell[c]);
@@ -300,11 +300,11 @@ TEST(HostPartition, CellNodesAreThoseOfTheFacesAndAscend) {
   ForAllPartitions([](MeshPart const& part, HostPartition& partition) {
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     std::vector<std::set<int>> expected(mesh.NCell + 1);
-    for (GroupView const& group : GroupsOf(partition)) {
-      for (int f = 1; f <= group.n; ++f) {
+    for (FaceGroup const& group : GroupsOf(partition)) {
+      for (int f = 1; f <= group.count; ++f) {
         for (int const node : RowOf(group.nodes[f])) {
           expected[group.cv[f]].insert(node);
-          if (group.code != 101)
+          if (group.kind != FaceKind::Partition)
             expected[group.other[f]].insert(node);  // halo cells have more faces than these
         }
       }
@@ -331,8 +331,7 @@ TEST(HostPartition, CellNodesAreThoseOfTheFacesAndAscend) {
 TEST(HostPartition, NodeRowsListInteriorThenGhostThenHaloCellsOnce) {
   ForAllPartitions([](MeshPart const&, HostPartition& partition) {
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-    // Interior cells have the lowest numbers and halo cells the highest: the rule is that a row ascends
-    // strictly.
+    // Interior cells have the lowest numbers and halo cells the highest, so a row must ascend strictly.
     std::vector<std::vector<int>> expected(mesh.NNode + 1);
     for (int c = 1; c <= mesh.NCell; ++c) {
       for (int const node : RowOf(mesh.CellLnods[c])) expected[node].push_back(c);
@@ -444,7 +443,6 @@ TEST(HostPartition, NeighboursGetNearNumbers) {
 }
 
 // ---- corner cases
-// ---------------------------------------------------------------------------------------------------
 
 TEST(HostPartition, OneCellAloneHasOnlyBoundaryFaces) {
   HostPartition partition = WholeOf(HexBox(1, 1, 1));

@@ -56,7 +56,7 @@ void ExpectExchanged(HostPartition& partition, Field const& values, int field) {
   }
 }
 
-/// What a body throws, as text.
+/// The text of the exception that a body throws.
 template <class Exception>
 std::string FailureOf(std::function<void()> const& body) {
   try {
@@ -87,7 +87,7 @@ TEST(InProcessExchange, FourInFlightAreWaitedForInAnyOrder) {
     InProcessCommunication& communication = *run.communications[p];
     std::vector<Field> fields;
     for (int i = 0; i < 4; ++i) fields.push_back(InteriorField(partition, i));
-    // Every partition waits in an order of its own, and exchanges something else in between.
+    // Every partition waits in a different order and makes another exchange in between.
     int const orders[3][4] = {{2, 0, 3, 1}, {3, 2, 1, 0}, {0, 1, 2, 3}};
     for (int i = 0; i < 4; ++i) {
       communication.DDM_IExch_Start(fields[i].data(), static_cast<ZYNNonBlockingBufferId>(i));
@@ -106,7 +106,7 @@ TEST(InProcessExchange, BufferServesAgainAfterItsWait) {
   FaceMesh const mesh = HexBox(4, 2, 2);
   ThreadedRun run(mesh, RunParts(mesh.nCells, 2), 2);
   RunInProcess(run.group, [&run](int p) {
-    // Partition 0 may be many rounds ahead of what partition 1 has read: messages queue up.
+    // Partition 0 may be many rounds ahead of partition 1, so that messages queue up.
     for (int round = 0; round < 200; ++round) {
       Field values = InteriorField(*run.partitions[p], round);
       run.communications[p]->DDM_IExch_Start(values.data(), ZYNNonBlockingBuffer2);
@@ -121,7 +121,7 @@ TEST(InProcessExchange, ValuesAreTakenAtTheStart) {
   RunInProcess(run.group, [&run](int p) {
     Field values = InteriorField(*run.partitions[p], 1);
     run.communications[p]->DDM_IExch_Start(values.data(), ZYNNonBlockingBuffer0);
-    values[1] = 7;  // not allowed to users; here it shows when the values leave
+    values[1] = 7;  // users must not do this; here it shows when the values are copied
     run.communications[p]->DDM_IExch_Wait(values.data(), ZYNNonBlockingBuffer0);
     values[1] = ValueOf(p + 1, 1);
     ExpectExchanged(*run.partitions[p], values, 1);

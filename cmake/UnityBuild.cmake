@@ -1,0 +1,15 @@
+# Unity builds: with CMAKE_UNITY_BUILD, the sources of a folder are compiled as one, which reads each heavy header once.
+# Sources of one folder belong together anyhow; their unnamed namespaces therefore share one set of names.
+function(zyn_unite_folders target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source IN LISTS sources)
+    if(source MATCHES "\\.cpp$")
+      cmake_path(ABSOLUTE_PATH source OUTPUT_VARIABLE folder)
+      cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
+      cmake_path(REMOVE_FILENAME folder)
+      string(MAKE_C_IDENTIFIER "of_${folder}" group)
+      set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+    endif()
+  endforeach()
+endfunction()
