@@ -1,4 +1,4 @@
-// Times of the gradients on box meshes, each beside the time that its memory traffic takes at the least.
+// Times of the gradients on box meshes, each beside the least time that its memory traffic can take.
 //
 //   gradient_benchmark [CELLS] [--benchmark_...]       alone, or under mpirun with one rank a core
 //
@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "benchmarks/MemoryRates.h"
+#include "foundation/FaceGroups.h"
 #include "gradient/COperatorGradient.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
@@ -39,7 +40,7 @@ int nRanks = 1;
 struct Case {
   reference_host::LoadedMesh loaded;
   COperatorGradient op;
-  std::vector<double> phi[3], weight;
+  std::vector<double> phi[3], coefficient;
   std::vector<std::vector<double>> g;
   double cells = 0, faces = 0;  // of this rank: interior cells, inner faces
 };
@@ -51,8 +52,8 @@ std::string BoxText(double cellsWanted, std::string const& shape) {
   return "box:" + side + "," + side + "," + side + ":" + shape;
 }
 
-// Gives the interior cells of the record random numbers and sorts the faces again, as a mesh generator that
-// does not renumber its cells leaves them: neighbours are far apart in memory.
+// Gives the interior cells random numbers and sorts the faces by them, so that neighbours are far apart in memory. Mesh
+// generators that do not renumber their cells leave meshes like this.
 void ScatterNumbers(CZYN3DFiniteVolumeMesh& m) {
   std::vector<int> number(static_cast<std::size_t>(m.NCell) + 1);
   std::iota(number.begin(), number.end(), 0);
@@ -63,9 +64,11 @@ void ScatterNumbers(CZYN3DFiniteVolumeMesh& m) {
   };
   for (double* x : {m.xc, m.yc, m.zc}) permuteCells(x, m.NCell);
   permuteCells(m.Volume, m.NInnerCells);
-  for (auto [count, cv] : {std::pair{m.NInlet, m.ijInletCV}, std::pair{m.NOutlet, m.ijOutletCV},
-                           std::pair{m.NSymmetry, m.ijSymmetryCV}, std::pair{m.NWall, m.ijWallCV}})
-    for (int f = 1; f <= count; ++f) cv[f] = number[cv[f]];
+  for (FaceGroupMembers const& group : face_groups::kTable) {
+    if (!IsBoundary(group.kind)) continue;
+    int* const cv = m.*group.cv;
+    for (int f = 1; f <= m.*group.count; ++f) cv[f] = number[cv[f]];
+  }
 
   int const n = m.NInnerFaces;
   std::vector<int> order(static_cast<std::size_t>(n));
@@ -101,7 +104,7 @@ std::unique_ptr<Case> MakeCase(std::string const& box, bool scattered) {
     for (int i = 1; i <= mesh.NCell; ++i)
       c->phi[k][i] = std::sin((3 + k) * mesh.xc[i]) * mesh.yc[i] + mesh.zc[i];
   }
-  c->weight.assign(size, 2.0);
+  c->coefficient.assign(size, 2.0);
   c->g.assign(9, std::vector<double>(static_cast<std::size_t>(mesh.NCell) + 1));
   c->op.getZyn3dGV(c->loaded.partition->globals(), nullptr, nullptr, &mesh);
   c->op.getPartitionFace(c->loaded.partition->partitionFaces());
@@ -113,7 +116,7 @@ std::unique_ptr<Case> MakeCase(std::string const& box, bool scattered) {
 Traffic ClearArrays(Case const& c, int arrays) { return {8 * c.cells * arrays, 8 * c.cells * arrays}; }
 Traffic FaceArrays(Case const& c) {
   return {c.faces * (2 * 4 + 3 * 8 + 8 + 4), 0};
-}  // cells, S, weight, type
+}  // cells, S, face weight, type
 Traffic ReadCells(Case const& c, int arrays) { return {8 * c.cells * arrays, 0}; }
 Traffic AddToCells(Case const& c, int arrays) { return {8 * c.cells * arrays, 8 * c.cells * arrays}; }
 Traffic ScaleByVolume(Case const& c, int arrays) { return ReadCells(c, 1) + AddToCells(c, arrays); }
@@ -185,7 +188,7 @@ void RegisterGradients(std::string const& mesh, std::shared_ptr<Case> const& c) 
   Register(mesh + "/iterated_2_sweeps", c, IteratedTraffic(*c, 2), gradient(0, 2));
   Register(mesh + "/iterated_3_sweeps", c, IteratedTraffic(*c, 3), gradient(0, 3));
   Register(mesh + "/weighted", c, WeightedTraffic(*c), [out](Case& x) {
-    x.op.GradMethod_Weighted(x.phi[0].data(), out(x, 0), out(x, 1), out(x, 2), x.weight.data(), 1);
+    x.op.GradMethod_Weighted(x.phi[0].data(), out(x, 0), out(x, 1), out(x, 2), x.coefficient.data(), 1);
   });
   Register(mesh + "/three_component", c, ThreeTraffic(*c), [out](Case& x) {
     x.op.GradMethod_3(x.phi[0].data(), x.phi[1].data(), x.phi[2].data(), out(x, 0), out(x, 1), out(x, 2),
@@ -194,7 +197,7 @@ void RegisterGradients(std::string const& mesh, std::shared_ptr<Case> const& c) 
   Register(mesh + "/least_squares", c, LeastSquaresTraffic(*c), gradient(1, 1));
 }
 
-/// Ranks other than the first measure along and say nothing.
+/// The reporter of all ranks but the first, which measure but do not print.
 class SilentReporter : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(Context const&) override { return true; }
@@ -219,7 +222,7 @@ void Run(double cells) {
       RegisterGradients(shape + (scattered ? "_scattered" : ""), c);
     }
   }
-  // One run for all: a second one in the same process is more than the benchmark library bears.
+  // All cases in one run: the benchmark library does not survive a second one in the same process.
   SilentReporter silent;
   if (rank == 0) {
     benchmark::RunSpecifiedBenchmarks();

@@ -1,16 +1,16 @@
 #pragma once
 
 /// @file
-/// The one table of the groups of faces: which members of the host's records make up a group, by which numbers
-/// and names the group goes, and in which orders the operators visit the groups.
+/// The table of the groups of faces. It says which members of the host's records make up a group, which numbers
+/// and names the group has, and in which orders the operators visit the groups.
 
 #include <array>
 #include <cstddef>
 
 #include "host/Zyn3dGV.h"
 
-/// Kinds of faces. The number is the face type of the operators' interfaces. The operators' cell tables use it too:
-/// a ghost or halo cell has the kind of its face, an interior cell that of inner faces.
+/// Kinds of faces. The number is the face type in the operators' interfaces and in their tables of cells, where a
+/// ghost or halo cell has the kind of its face and an interior cell the kind of inner faces.
 enum class FaceKind : int { Inner = 1, Wall = 2, Inlet = 3, Outlet = 4, Partition = 5, Symmetry = 6 };
 
 constexpr std::size_t kFaceKinds = 6;
@@ -18,7 +18,7 @@ constexpr std::size_t kFaceKinds = 6;
 /// Position of a kind in arrays by kind, 0..kFaceKinds-1.
 constexpr std::size_t IndexOf(FaceKind kind) { return static_cast<std::size_t>(kind) - 1; }
 
-/// One group of faces as the host lends it. All arrays are [1..count] and borrowed.
+/// One group of faces as the host lends it. All arrays are borrowed and [1..count].
 struct FaceGroup {
   FaceKind kind = FaceKind::Inner;
   int count = 0;
@@ -31,8 +31,8 @@ struct FaceGroup {
   int* const* nodes = nullptr;  ///< ragged rows: the nodes of a face
 };
 
-/// The members of the mesh record that make up a group, and what the group is called. Partition faces have their
-/// nodes in the record and all else behind the accessors of CPartitionFace_DLL: their other members are null.
+/// The members of the mesh record that make up a group, and the group's names. Of the partition faces only the nodes are
+/// in the record; the accessors of CPartitionFace_DLL have the rest, and the other members are null.
 struct FaceGroupMembers {
   template <typename T>
   using Member = T CZYN3DFiniteVolumeMesh::*;
@@ -81,13 +81,13 @@ constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
 }};
 // clang-format on
 
-/// The Green-Gauss sums: inner and partition faces first, then the boundary in this order.
+/// Of the Green-Gauss sums, after inner and partition faces.
 constexpr std::array<FaceKind, 4> kGreenGaussBoundary = {FaceKind::Inlet, FaceKind::Outlet,
                                                          FaceKind::Symmetry, FaceKind::Wall};
-/// The least-squares matrix, after inner and partition faces. Its right-hand side leaves out the last of these.
+/// Of the least-squares sums, after inner and partition faces.
 constexpr std::array<FaceKind, 4> kLeastSquaresBoundary = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Wall,
                                                            FaceKind::Symmetry};
-/// The walks of the face operator over the faces with a ghost or halo cell.
+/// Of the face operator's walks over the faces with a ghost or halo cell.
 constexpr std::array<FaceKind, 5> kFacesWithOwnCell = {FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet,
                                                        FaceKind::Partition, FaceKind::Symmetry};
 }  // namespace face_groups
@@ -99,7 +99,7 @@ constexpr bool IsBoundary(FaceKind kind) { return kind != FaceKind::Inner && kin
 /// Whether there is a kind with this face type.
 constexpr bool IsFaceType(int type) { return type >= 1 && type <= static_cast<int>(kFaceKinds); }
 
-/// The group with this number in CellFaceType; null: there is none.
+/// The group with this number in CellFaceType, or null.
 constexpr FaceGroupMembers const* GroupWithCode(int code) {
   for (FaceGroupMembers const& members : face_groups::kTable)
     if (members.code == code) return &members;
@@ -125,7 +125,7 @@ inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh) {
           mesh.*m.nodes};
 }
 
-/// The cells of the partition faces, for operators that need nothing else: the host is not asked for the rest.
+/// The cells of the partition faces, for operators that need nothing else. The host is not asked for the rest.
 inline FaceGroup PartitionFaceCells(CPartitionFace_DLL& faces) {
   FaceGroup group;
   group.kind = FaceKind::Partition;
@@ -136,7 +136,7 @@ inline FaceGroup PartitionFaceCells(CPartitionFace_DLL& faces) {
 }
 
 /// The partition faces without centres, weights and types, for operators that put a partition face at the centre of
-/// its halo cell: the host is not asked for the rest.
+/// its halo cell. The host is not asked for the rest.
 inline FaceGroup PartitionFacesAtHaloCells(CPartitionFace_DLL& faces, CZYN3DFiniteVolumeMesh const& mesh) {
   FaceGroup group = PartitionFaceCells(faces);
   group.sx = faces.ijParSx();
@@ -157,7 +157,7 @@ inline FaceGroup PartitionFaces(CPartitionFace_DLL& faces, CZYN3DFiniteVolumeMes
   return group;
 }
 
-/// Any group with all of its arrays. `partitionFaces` is used for partition faces alone and may be null otherwise.
+/// Any group with all of its arrays. Only partition faces need `partitionFaces`; it may be null for the others.
 inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh,
                          CPartitionFace_DLL* partitionFaces) {
   return kind == FaceKind::Partition ? PartitionFaces(*partitionFaces, mesh) : FacesOf(kind, mesh);
@@ -166,7 +166,7 @@ inline FaceGroup FacesOf(FaceKind kind, CZYN3DFiniteVolumeMesh const& mesh,
 /// The groups of a partition's faces, in the orders in which the gradients visit them.
 class FaceGroups {
  public:
-  /// @param partition  with as much as the caller asked the host for; empty arrays of it stay null
+  /// @param partition  the partition faces, with the arrays that the caller needs
   FaceGroups(CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& partition)
       : mesh_(mesh), partition_(partition) {}
 

@@ -5,13 +5,13 @@
 #include <emmintrin.h>
 #endif
 
-/// Two numbers side by side, in one register where the processor has such. Each takes exactly the operations that
-/// it would take alone, so results do not depend on it.
+/// Two numbers side by side, in one register if the processor has registers for two. Each goes through exactly the
+/// operations that it would go through alone, so the results are the same.
 typedef double TwoDoubles __attribute__((vector_size(16)));
 
 inline double SquareRoot(double x) { return std::sqrt(x); }
 
-/// (Compilers do not make one operation of the two roots, since a root may have to set errno.)
+/// Compilers would not merge the two roots into one operation, because a root may have to set errno.
 inline TwoDoubles SquareRoot(TwoDoubles x) {
 #if defined(__SSE2__)
   return _mm_sqrt_pd(x);

@@ -11,8 +11,8 @@ COperatorGradient::~COperatorGradient() {
   m_pImpl = nullptr;
 }
 
-// Shallow on purpose: both sides share the right side's state from here on, and the left side's is left
-// behind.
+// Copies the pointer, as the interface promises: both sides share the right side's state from here on, and nobody
+// frees the left side's former state.
 // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): pointer and text are simply stored again
 COperatorGradient& COperatorGradient::operator=(COperatorGradient const& other) {
   m_pImpl = other.m_pImpl;

@@ -15,13 +15,13 @@ class COperatorGradientImpl;
 ///
 /// Call sequence: construct; `getZyn3dGV` with a mesh, `getPartitionFace`, `getCommunication` with both
 /// objects; `getGradType`; `Initialize` once the mesh is complete; then the `GradMethod` family as often as
-/// needed. No stage is recorded: a call out of order reaches a null pointer.
+/// needed. The operator does not check the sequence: a call out of order reaches a null pointer.
 ///
 /// Gradient types (`getGradType`), with n the last argument of `GradMethod`:
 /// - 0, after construction: plain Green-Gauss for n = 1, iterated Green-Gauss with n sweeps for any other n;
 /// - 1: unweighted least squares, n is ignored; needs `Initialize`;
-/// - 2: radial-basis differential quadrature, n is ignored; needs `Initialize`; no exchange follows, so
-///   that the halo cells of the outputs are 0.0 and the caller exchanges them;
+/// - 2: radial-basis differential quadrature, n is ignored; needs `Initialize`. No exchange follows: halo cells of
+///   the outputs hold 0.0 until the caller exchanges them;
 /// - 3: returns at once, outputs untouched, no exchange;
 /// - any other: iterated Green-Gauss with n sweeps, also for n = 1.
 ///
@@ -29,17 +29,16 @@ class COperatorGradientImpl;
 /// every object must outlive the operator, which destroys none of them.
 ///
 /// Fields are cell arrays [1..NCell]. The caller fills an input in all cells: ghost cells with the boundary
-/// value, halo cells with the owner's value. Outputs end up with the gradient (U/L) in interior cells, the
-/// owner's gradient in halo cells and exactly 0.0 in ghost cells; type 2 alone leaves 0.0 in halo cells, and
-/// in the ghost cells of walls and inlets the gradient of the cell that has the face. `Initialize` and all
-/// gradients, except types 2 and 3, are collective over the partitions, and nothing is allocated in a gradient
-/// call.
+/// value, halo cells with the owner's value. Outputs hold the gradient (U/L) in interior cells, the owner's gradient
+/// in halo cells and exactly 0.0 in ghost cells. Type 2 differs: it leaves 0.0 in halo cells, and gives the ghost
+/// cells of walls and inlets the gradient of the cell that has the face. `Initialize` and all gradients except
+/// types 2 and 3 are collective over the partitions. A gradient call allocates nothing.
 ///
-/// Thread safety: one thread at a time per object; different objects are independent as long as they do not
-/// share the previous-iterate arrays of one CZyn3dGV.
+/// Thread safety: one thread at a time per object. Different objects are independent unless they share the
+/// previous-iterate arrays of one CZyn3dGV.
 ///
 /// Copying is shallow: both objects then share one private state, and only one of them may be destroyed.
-/// Assignment leaves the left side's former state behind, unfreed.
+/// Assignment does not free the left side's former state.
 class ZYN_EXPORT COperatorGradient {
  public:
   COperatorGradient();
@@ -47,7 +46,7 @@ class ZYN_EXPORT COperatorGradient {
   ~COperatorGradient();
   COperatorGradient& operator=(COperatorGradient const& other);
 
-  /// Stores `pGV`; each of the other three only when it is not null, so that a null keeps an earlier value.
+  /// Stores `pGV`, and each of the other three that is not null; a null keeps the earlier value.
   /// @return 1; -1 for a null `pGV`, with a line of failure text and nothing stored
   int getZyn3dGV(CZyn3dGV* pGV, CZYNGVGPU* pGPU, CZYNGVOpenMP* pOpenMP, CZYN3DFiniteVolumeMesh* pMesh);
 
@@ -55,30 +54,30 @@ class ZYN_EXPORT COperatorGradient {
   int getPartitionFace(CPartitionFace_DLL* pPartFace);
 
   /// Stores `pComm`, then `pCom`.
-  /// @return 1; -1 with a line of failure text for a null `pComm` (nothing stored) or a null `pCom` (`pComm`
-  /// stored)
+  /// @return 1; -1 with a line of failure text for a null `pComm` (nothing is stored) or a null `pCom` (`pComm` is
+  ///         stored)
   int getCommunication(CCommunication* pComm, CZYNCom* pCom);
 
   /// Stores the gradient type, whatever it is.
-  /// @return 1 for 0, 1, 2; -1 with a line of failure text for any other, which is stored all the same
+  /// @return 1 for 0, 1, 2; -1 with a line of failure text for any other, which is stored nevertheless
   int getGradType(int& type);
 
-  /// An accepted setting without effect: the number of sweeps is the last argument of GradMethod.
+  /// Has no effect on gradients: the number of sweeps is the last argument of GradMethod.
   /// @return 1; -1 for n < 1, nothing stored
   int ResetMaxGradientIterationNumber(int n);
 
   /// Prepares the gradient type: gathers the least-squares moments for type 1, derives the weights for type 2.
   /// Collective for every type. A second call gathers the moments into new arrays and does not free the first
-  /// ones; the weights are kept, whatever became of the first call.
-  /// @return 1; -1 on all partitions when one of them failed
+  /// ones; it keeps the weights, even those of a call that failed.
+  /// @return 1; -1 on all partitions if one of them failed
   int Initialize();
 
   /// Gradient of `phi` by the method of the gradient type. Collective, except with types 2 and 3.
   /// @param[in]  phi       [1..NCell], U
-  /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten (kept and exchanged when a method runs 0 sweeps)
+  /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten (with 0 sweeps only exchanged)
   /// @param[in]  n         number of sweeps, see the table above
-  /// @note With type 1 a cell whose neighbours do not span space may stop the solve: "aa[ii][j]=0." and "4"
-  /// are printed and the call returns without the exchange.
+  /// @note With type 1, a cell whose neighbours do not span space may stop the solve. The call then prints
+  ///       "aa[ii][j]=0." and "4" and returns without the exchange.
   void GradMethod(double* phi, double* gx, double* gy, double* gz, int n);
 
   /// Plain Green-Gauss gradients of three fields in one walk over the faces, whatever the gradient type.
@@ -88,8 +87,8 @@ class ZYN_EXPORT COperatorGradient {
   void GradMethod_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y, double* g1z,
                     double* g2x, double* g2y, double* g2z, double* g3x, double* g3y, double* g3z);
 
-  /// Green-Gauss gradient with face values weighted harmonically by a cell coefficient, whatever the gradient
-  /// type. Collective.
+  /// Green-Gauss gradient with face values from the harmonic mean of a cell coefficient, whatever the gradient type.
+  /// Collective.
   /// @param[in]  phi       [1..NCell], U
   /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten
   /// @param[in]  weight    [1..NCell] the coefficient, halo cells included
@@ -101,5 +100,5 @@ class ZYN_EXPORT COperatorGradient {
   char const* getErrorMsg();
 
   COperatorGradientImpl* m_pImpl;  ///< private state, owned; not for callers
-  char m_szText[1024];             ///< reserved; only carried along by assignment
+  char m_szText[1024];             ///< reserved; only assignment copies it
 };

@@ -11,7 +11,7 @@
 
 COperatorGradientImpl::COperatorGradientImpl() : m_szError{} { StartErrorText(m_szError); }
 
-// The host objects are borrowed and stay; so does the cell operator of type 2, whose destructor would destroy
+// Destroys neither the host objects, which are borrowed, nor the cell operator of type 2, whose destructor would destroy
 // them.
 COperatorGradientImpl::~COperatorGradientImpl() {
   m_pGV = nullptr;
@@ -44,7 +44,7 @@ int COperatorGradientImpl::getCommunication(CCommunication* pComm, CZYNCom* pCom
   return Receive(pCom, m_pCom, m_szError, "Can not get the object of CZYNCom\n");
 }
 
-// The answer warns, the store stands: a type that is refused here still decides what GradMethod does.
+// A refused type is stored nevertheless, and decides what GradMethod does.
 int COperatorGradientImpl::getGradType(int& type) {
   m_iGradType = type;
   if (static_cast<unsigned>(type) <= static_cast<unsigned>(kRadialBasisType)) return Status::kSuccess;

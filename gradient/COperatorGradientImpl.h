@@ -11,10 +11,10 @@ class CZYNGVOpenMP;
 class CZynRBFInternalObject;
 class CZyn3dGV;
 
-/// Private state of COperatorGradient and the gradient methods themselves, one source file per method.
+/// Private state of COperatorGradient, and the gradient methods with one source file each.
 ///
-/// The host objects are borrowed. The nine least-squares arrays are owned; a repeated Initialize leaves the
-/// former ones behind, and the destructor frees the last ones.
+/// The host objects are borrowed. The nine least-squares arrays are owned: the destructor frees those of the last
+/// Initialize, earlier ones are never freed.
 class COperatorGradientImpl {
  public:
   COperatorGradientImpl();
@@ -42,7 +42,7 @@ class COperatorGradientImpl {
   CZYNGVOpenMP* m_pGVOpenMP = nullptr;
   std::uintptr_t m_GPUHead = 0;             ///< first word of the accelerator object; nothing reads it
   CZynRBFInternalObject* m_pRBF = nullptr;  ///< cell operator of gradient type 2; never destroyed from here
-  int m_iMaxGradIter = 1;                   ///< accepted setting, never read
+  int m_iMaxGradIter = 1;                   ///< stored for the caller's sake, never read
   int m_iGradType = 0;
   char m_szError[1024];
 
@@ -72,6 +72,6 @@ class COperatorGradientImpl {
   void RadialBasis(double* phi, double* gx, double* gy, double* gz);
 
   // Exchange.cpp
-  void ExchangeThree(double* ax, double* ay, double* az);
+  void ExchangeThree(double* gx, double* gy, double* gz);
   void ExchangeNine(double* const g[9]);
 };

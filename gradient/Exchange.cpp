@@ -1,4 +1,4 @@
-// How a gradient ends: its output arrays are exchanged, blocking or through the four non-blocking buffers.
+// A gradient ends with the exchange of its output arrays, blocking or through the four non-blocking buffers.
 
 #include "gradient/COperatorGradientImpl.h"
 #include "host/ZYNCommunication.h"
@@ -12,8 +12,8 @@ ZYNNonBlockingBufferId Buffer(int i) { return static_cast<ZYNNonBlockingBufferId
 
 }  // namespace
 
-void COperatorGradientImpl::ExchangeThree(double* ax, double* ay, double* az) {
-  double* const arrays[3] = {ax, ay, az};
+void COperatorGradientImpl::ExchangeThree(double* gx, double* gy, double* gz) {
+  double* const arrays[3] = {gx, gy, gz};
   if (m_pGV->UseNonBlockingExch == 0) {
     for (double* array : arrays) m_pComm->DDM_Exch(array);
     return;

@@ -1,14 +1,13 @@
-// Radial-basis gradient: the cell operator does all of the work; here is how it is created, set up and
-// called.
+// Radial-basis gradient. The cell operator of rbf_cell/ does all of the work; this file creates it, sets it up and calls
+// it.
 
 #include "foundation/Status.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 
-// Creates the cell operator once. It is never destroyed: its destructor would destroy the host objects handed
-// to it, which belong to the solver.
-// @return the status of the derivation; that of the settings is not looked at. 0 when the operator exists
-// already
+// Creates the cell operator at the first call. Nobody destroys it: its destructor would destroy the host objects that it
+// was given, and they belong to the solver.
+// @return the status of the derivation, whatever became of the settings; 0 if the operator exists already
 int COperatorGradientImpl::SetUpRadialBasisOperator() {
   if (m_pRBF != nullptr) return Status::kDone;
   m_pRBF = new CZynRBFInternalObject;

@@ -1,8 +1,5 @@
 #pragma once
 
-// Arithmetic on two faces or cells side by side, in one register where the processor has such. Each of the
-// two takes exactly the operations that it would take alone, so the stored numbers are the same.
-
 #include <cstdint>
 #include <cstring>
 
@@ -11,9 +8,13 @@
 #include <emmintrin.h>
 #endif
 
+/// @file
+/// Arithmetic on two faces or two cells side by side, in one register if the processor has registers for two. Each goes
+/// through exactly the operations that it would go through alone, so the stored numbers are the same.
+
 namespace two_faces {
 
-/// Values of two faces or cells.
+/// A number at each of two faces, or in each of two cells.
 typedef TwoDoubles Two;
 
 /// The cells on one side of two faces.
@@ -21,7 +22,7 @@ struct TwoCells {
   int first, second;
 };
 
-/// Two neighbouring elements of an array, wherever they stand.
+/// Two neighbouring elements of an array, aligned or not.
 typedef double TwoInArray __attribute__((vector_size(16), aligned(8), may_alias));
 
 /// x[i], or x[i] and x[i+1].
@@ -42,9 +43,9 @@ inline void StoreAt(double* x, int i, Two v) { *reinterpret_cast<TwoInArray*>(x 
 inline double InCells(double const* x, int cell) { return x[cell]; }
 inline Two InCells(double const* x, TwoCells cells) { return Two{x[cells.first], x[cells.second]}; }
 
-/// x < y ? x : y, and x > y ? x : y; ties and NaNs give the second. SSE2 has just these, which compilers do
-/// not see when a chain of them shares comparisons; as scalars they even make branches, which field values
-/// mispredict.
+/// x < y ? x : y, and x > y ? x : y; ties and NaNs give the second. SSE2 has an instruction for each. Compilers miss
+/// them where several comparisons follow each other, and branch on single numbers instead; with field values,
+/// such branches are often mispredicted.
 #if defined(__SSE2__)
 inline Two Lesser(Two x, Two y) { return _mm_min_pd(x, y); }
 inline Two Greater(Two x, Two y) { return _mm_max_pd(x, y); }
@@ -57,7 +58,7 @@ inline double Lesser(double x, double y) { return x < y ? x : y; }
 inline double Greater(double x, double y) { return x > y ? x : y; }
 #endif
 
-/// Whether a number, or either of two, is exactly zero, of either sign.
+/// Whether a number, or at least one of two, is exactly zero. The sign of the zero does not matter.
 inline bool AnyZero(double x) { return x == 0.0; }
 #if defined(__SSE2__)
 inline bool AnyZero(Two x) { return _mm_movemask_pd(_mm_cmpeq_pd(x, Two{0.0, 0.0})) != 0; }

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The buffers of the non-blocking exchanges. The operators have at most four exchanges under way at once and
-/// start one in a buffer only after having waited for the one before.
+/// The buffers of the non-blocking exchanges. The operators have at most four exchanges under way at once,
+/// and they start an exchange in a buffer only after they have waited for the previous one.
 enum ZYNNonBlockingBufferId {
   ZYNNonBlockingBuffer0 = 0,
   ZYNNonBlockingBuffer1 = 1,
@@ -12,8 +12,8 @@ enum ZYNNonBlockingBufferId {
 /// The halo exchange between partitions.
 ///
 /// All operations are collective: every partition makes the same calls in the same order with the same
-/// buffers. They are called from the thread that called the operator. A field is a cell array [1..NCell],
-/// borrowed.
+/// buffers. The operators call them from the thread that called the operator. A field is a cell array
+/// [1..NCell], borrowed.
 class CCommunication {
  public:
   virtual ~CCommunication() = default;

@@ -19,8 +19,8 @@ struct CZYNCMP_IBRBF_Parm {
   int Search_number = 0;         ///< wanted size of a stencil
 };
 
-/// The solver's computation parameters, as far as the operators use them. The blocks are lent, not given
-/// away.
+/// The solver's computation parameters, as far as the operators use them. The blocks are lent: the solver
+/// keeps them.
 class CZYNKNCMPCompParm {
  public:
   virtual ~CZYNKNCMPCompParm() = default;

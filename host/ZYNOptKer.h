@@ -2,11 +2,11 @@
 
 #include <memory>
 
-/// A search tree of axis-aligned boxes, each with an integer identity (an alternating digital tree in the
-/// solvers that this class was made for; any structure that answers the same question serves).
+/// A search tree of axis-aligned boxes, each with an integer identity. Solvers usually bring an alternating
+/// digital tree; any structure that answers the same query will do.
 ///
 /// The operators construct the tree, set its range, add boxes, search and destroy it. A copy shares the tree
-/// with its source, boxes and last answer included; both may be destroyed, in any order. @cite bonet1991
+/// with its source, boxes and last answer included. Both may be destroyed, in any order. @cite bonet1991
 class CZYNOptKer {
  public:
   CZYNOptKer();
@@ -14,21 +14,21 @@ class CZYNOptKer {
   CZYNOptKer& operator=(CZYNOptKer const&) = default;
   ~CZYNOptKer();
 
-  /// Sets the root box; comes before the first box. High corner first, then the low corner, L.
-  /// The three integers are tuning values of the structure and are only passed on (1, 10000, 200000 in every
-  /// call of the operators). The result is ignored.
+  /// Sets the root box, before the first box is added. High corner first, then the low corner, L. The three
+  /// integers are tuning values of the structure; the operators always pass 1, 10000 and 200000. The result
+  /// is ignored.
   int SetADTreeRange(double xmax, double ymax, double zmax, double xmin, double ymin, double zmin, int, int,
                      int);
 
-  /// Adds a box under the caller's number `id`. High corner first, then the low corner, L. Several boxes may
+  /// Adds a box with the caller's number `id`. High corner first, then the low corner, L. Several boxes may
   /// have the same number, and a box may lie outside the range. The result is ignored.
   int AddSurfaceToADTree(int id, double xhigh, double yhigh, double zhigh, double xlow, double ylow,
                          double zlow);
 
-  /// The numbers of all boxes that meet the query box (touching counts), in no promised order.
+  /// The numbers of all boxes that intersect the query box, touching included, in no particular order.
   ///
   /// LOW corner first, then the high corner: the opposite of AddSurfaceToADTree.
-  /// @param[out] count  number of identities, 0 when no box meets the query
+  /// @param[out] count  number of identities; 0: no box intersects the query
   /// @return array [0..count-1], owned by the tree and valid until its next search (through any copy)
   int const* SearchNearBlockID(double xlow, double ylow, double zlow, double xhigh, double yhigh,
                                double zhigh, int& count, int);

@@ -7,8 +7,9 @@
 #include "host_check/HostCheckReport.h"
 #include "host_check/HostView.h"
 
-/// @file The checks of the communication. All of them are collective except PartitionCellsAreSound. Each
-///   makes the same calls on every partition, whatever it finds.
+/// @file
+/// The checks of the communication. All of them are collective except PartitionCellsAreSound. Each makes the same
+/// calls on every partition, whatever it finds.
 
 namespace host_check {
 

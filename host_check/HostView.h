@@ -71,8 +71,8 @@ class HostView {
   CZYN3DFiniteVolumeMesh const mesh;  ///< a copy of the record; its arrays are the host's
   int const nCell, nInner, nNode;
   Vec3Arrays const nodes, centres;
-  std::array<CheckedFaceGroup, kGroups>
-      groups;  ///< inner, wall, inlet, outlet, symmetry, partition: the order of the report
+  /// inner, wall, inlet, outlet, symmetry, partition: the order of the report
+  std::array<CheckedFaceGroup, kGroups> groups;
 
   /// The highest node that a face names. The checks read no node above it, since the arrays may be shorter
   /// than NNode says.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <system_error>
 
 #include "cli/base/OneLine.h"
@@ -41,6 +42,14 @@ PlaceInFolder LookAt(std::string const& folder, std::string const& name) {
     if (type == fs::file_type::directory) kind = Kind::Folder;
   }
   return {kind, way.string()};
+}
+
+std::vector<std::string> FoldersOf(std::vector<std::string> const& files) {
+  std::set<std::string> folders;  // a folder's name sorts before those of the folders inside
+  for (std::string const& file : files)
+    for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path())
+      folders.insert(way.string());
+  return {folders.begin(), folders.end()};
 }
 
 std::string QuotedPath(std::string const& path) { return '"' + OneLine(path) + '"'; }

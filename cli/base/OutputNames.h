@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zyngrad {
 
@@ -17,6 +18,9 @@ struct PlaceInFolder {
 
 /// @param[in] name  as in IsSafeName
 PlaceInFolder LookAt(std::string const& folder, std::string const& name);
+
+/// The folders on the way to files that are named relative to one folder, each once, outer folders first.
+std::vector<std::string> FoldersOf(std::vector<std::string> const& files);
 
 /// A path in double quotes, not shortened, because the user has to find it.
 std::string QuotedPath(std::string const& path);

@@ -41,15 +41,6 @@ std::vector<std::string> With(std::vector<std::string> files, std::string const&
   return files;
 }
 
-/// The folders inside the output folder on the way to the files.
-std::set<std::string> FoldersOf(std::vector<std::string> const& files) {
-  std::set<std::string> folders;
-  for (std::string const& file : files)
-    for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path())
-      folders.insert(way.string());
-  return folders;
-}
-
 [[noreturn]] void RefusePlace(PlaceInFolder const& place) {
   throw UsageError("cannot write " + QuotedPath(place.path) + ": " +
                    (place.error != 0             ? std::strerror(place.error)

@@ -87,15 +87,6 @@ bool HoldsOneThing(std::string const& folder) {
   return count == 1;
 }
 
-/// The folders on the way to the files, each once, outer ones first.
-std::vector<std::string> FoldersOf(std::vector<std::string> const& files) {
-  std::set<std::string> folders;  // a folder's name sorts before those of the folders inside
-  for (std::string const& file : files)
-    for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path())
-      folders.insert(way.string());
-  return {folders.begin(), folders.end()};
-}
-
 }  // namespace
 
 UnfinishedFolder::UnfinishedFolder(std::string path, std::vector<std::string> files,

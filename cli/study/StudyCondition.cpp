@@ -9,7 +9,6 @@
 #include "cli/base/StdoutToFile.h"
 #include "cli/base/Timing.h"
 #include "cli/faces/FaceSystems.h"
-#include "cli/faces/TargetedFaces.h"
 #include "cli/operators/TemporarySettings.h"
 #include "cli/operators/WireOperator.h"
 #include "cli/points/PointSystems.h"

@@ -12,7 +12,7 @@ namespace {
 /// Number of cells on all ranks that have a symmetry face.
 std::int64_t CellsBesideSymmetry(Ranks const& ranks, CZYN3DFiniteVolumeMesh const& mesh) {
   std::set<int> cells;
-  ::FaceGroup const faces = FacesOf(FaceKind::Symmetry, mesh);
+  FaceGroup const faces = FacesOf(FaceKind::Symmetry, mesh);
   for (int f = 1; f <= faces.count; ++f) cells.insert(faces.cv[f]);
   auto own = static_cast<std::int64_t>(cells.size());
   std::int64_t all = 0;

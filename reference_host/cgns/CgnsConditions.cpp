@@ -5,12 +5,12 @@
 #include <array>
 #include <map>
 
+#include "reference_host/cgns/CgnsFile.h"
 #include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
 
-constexpr std::size_t kNameLength = 33;
 constexpr std::size_t kPathLength = CG_MAX_GOTO_DEPTH * 33 + 1;  // a family of another base has its path
 
 /// By family: the type for those conditions that leave it to their family.
@@ -19,7 +19,7 @@ std::map<std::string, std::string> ReadFamilyTypes(CgnsFile const& file) {
   file.Check(cg_nfamilies(file.handle(), file.base(), &nFamilies), "the families cannot be read");
   std::map<std::string, std::string> types;
   for (int f = 1; f <= nFamilies; ++f) {
-    std::array<char, kNameLength> family{}, condition{};
+    std::array<char, kCgnsNameSize> family{}, condition{};
     int nConditions = 0, nGeometries = 0;
     file.Check(cg_family_read(file.handle(), file.base(), f, family.data(), &nConditions, &nGeometries),
                "a family cannot be read");
@@ -89,7 +89,7 @@ void ReadMembers(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set
 CgnsCondition ReadCondition(CgnsFile const& file, int index,
                             std::map<std::string, std::string> const& typeOfFamily,
                             std::int64_t lastElement) {
-  std::array<char, kNameLength> name{};
+  std::array<char, kCgnsNameSize> name{};
   CGNS_ENUMT(BCType_t) type = CGNS_ENUMV(BCTypeNull);
   CGNS_ENUMT(PointSetType_t) set = CGNS_ENUMV(PointSetTypeNull);
   CGNS_ENUMT(DataType_t) normalType = CGNS_ENUMV(DataTypeNull);

@@ -10,8 +10,6 @@
 namespace reference_host {
 namespace {
 
-constexpr std::size_t kNameLength = 33;
-
 /// An array of a solution.
 struct Array {
   int solution = 0;
@@ -28,7 +26,7 @@ std::vector<Array> ListArrays(CgnsFile const& file) {
              "the solutions cannot be read");
   std::vector<Array> arrays;
   for (int s = 1; s <= nSolutions; ++s) {
-    std::array<char, kNameLength> solution{}, name{};
+    std::array<char, kCgnsNameSize> solution{}, name{};
     CGNS_ENUMT(GridLocation_t) location = CGNS_ENUMV(GridLocationNull);
     CGNS_ENUMT(DataType_t) type = CGNS_ENUMV(DataTypeNull);
     int nArrays = 0;

@@ -14,11 +14,7 @@
 #include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
-namespace {
-
-constexpr std::size_t kNameLength = 33;  // names have 32 characters at most
-
-}  // namespace
+namespace {}  // namespace
 
 CgnsFile::OpenFile::~OpenFile() {
   if (handle >= 0) cg_close(handle);
@@ -52,7 +48,7 @@ void CgnsFile::FindBase() {
   NameList names;
   int nFound = 0;
   for (int base = 1; base <= nBases; ++base) {
-    std::array<char, kNameLength> name{};
+    std::array<char, kCgnsNameSize> name{};
     int cellDimension = 0, physicalDimension = 0;
     Check(cg_base_read(handle_, base, name.data(), &cellDimension, &physicalDimension),
           "a base cannot be read");
@@ -71,7 +67,7 @@ void CgnsFile::FindZone() {
   Check(cg_nzones(handle_, base_, &nZones), "the zones cannot be read");
   if (nZones == 0) Fail("the base has no zone");
   NameList names;
-  std::array<char, kNameLength> name{};
+  std::array<char, kCgnsNameSize> name{};
   std::array<cgsize_t, 9> sizes{};
   for (int zone = 1; zone <= nZones; ++zone) {
     CGNS_ENUMT(ZoneType_t) type = CGNS_ENUMV(ZoneTypeNull);
@@ -117,7 +113,7 @@ std::vector<CgnsSection> CgnsFile::Sections() const {
   Check(cg_nsections(handle_, base_, zone(), &nSections), "the sections cannot be read");
   std::vector<CgnsSection> sections;
   for (int s = 1; s <= nSections; ++s) {
-    std::array<char, kNameLength> name{};
+    std::array<char, kCgnsNameSize> name{};
     CGNS_ENUMT(ElementType_t) type = CGNS_ENUMV(ElementTypeNull);
     cgsize_t first = 0, last = 0;
     int nBoundary = 0, hasParents = 0;

@@ -9,6 +9,9 @@
 
 namespace reference_host {
 
+/// Room for a name in a CGNS file: at most 32 characters and the terminating NUL.
+constexpr std::size_t kCgnsNameSize = 33;
+
 /// Elements of one Elements_t of the zone, all numbers counted from 1.
 struct CgnsSection {
   std::string name;
@@ -24,10 +27,10 @@ struct CgnsSection {
 /// The connectivity of a section: entries start[i] .. start[i+1]-1 belong to element first + i.
 struct CgnsElements {
   std::vector<std::size_t> start;
-  std::vector<std::int64_t>
-      entry;  ///< node numbers; MIXED: type, then nodes; NFACE_n: face elements with sign
-  std::vector<std::int64_t>
-      parent;  ///< [0..n-1] first and [n..2n-1] second cell of each face, 0: none; may be empty
+  /// node numbers; MIXED: type, then nodes; NFACE_n: face elements with sign
+  std::vector<std::int64_t> entry;
+  /// [0..n-1] first and [n..2n-1] second cell of each face, 0: none; may be empty
+  std::vector<std::int64_t> parent;
 };
 
 /// A CGNS file open for reading, and the one three-dimensional unstructured zone in it. This header does not

@@ -17,8 +17,8 @@ enum class BoundaryGroup { Inlet, Outlet, Symmetry, Wall };
 /// A named part of the boundary in the mesh file.
 struct Patch {
   std::string name;
-  std::string
-      type;  ///< patch type of a polyMesh ("wall", "symmetryPlane", ...), BCType_t of a CGNS condition, else empty
+  /// patch type of a polyMesh ("wall", "symmetryPlane", ...), BCType_t of a CGNS condition, else empty
+  std::string type;
   std::optional<BoundaryGroup> group;  ///< empty until AssignBoundaryGroups has found one
 };
 

@@ -12,8 +12,8 @@ namespace reference_host {
 /// A cell-centred scalar field of an OpenFOAM mesh.
 struct FoamField {
   std::vector<double> cell;  ///< by cell of the mesh
-  std::vector<std::optional<std::vector<double>>>
-      patch;  ///< by patch: the value of each face; empty: the faces take the values of their cells
+  /// by patch: the value of each face; empty: the faces take the values of their cells
+  std::vector<std::optional<std::vector<double>>> patch;
 
   /// By patch: the file should have values of the faces but does not, so that they take those of their cells.
   std::vector<char> lacksValues;

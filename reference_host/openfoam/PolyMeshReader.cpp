@@ -122,15 +122,15 @@ void ReadCells(std::string const& folder, FaceMesh& mesh) {
 }
 
 /// The entry of one patch in the file boundary.
-struct PatchEntry {
+struct BoundaryEntry {
   Patch patch;
   PatchFaces faces = {-1, -1};
 };
 
 // name { type wall; nFaces 10; startFace 20; ... }
-PatchEntry ReadPatch(FoamFile& file) {
+BoundaryEntry ReadPatch(FoamFile& file) {
   TextCursor& text = file.Text();
-  PatchEntry entry;
+  BoundaryEntry entry;
   entry.patch.name = text.Peek() == '"' ? text.QuotedString("a patch name") : text.Name("a patch name");
   std::string const& name = entry.patch.name;
   text.Expect('{');
@@ -149,7 +149,8 @@ PatchEntry ReadPatch(FoamFile& file) {
 }
 
 /// Rejects a patch whose faces are not among the boundary faces firstFace .. endFace-1.
-void CheckRange(FoamFile const& file, PatchEntry const& entry, std::int64_t firstFace, std::int64_t endFace) {
+void CheckRange(FoamFile const& file, BoundaryEntry const& entry, std::int64_t firstFace,
+                std::int64_t endFace) {
   PatchFaces const& faces = entry.faces;
   if (faces.count == 0) return;
   if (faces.first >= firstFace && faces.first < endFace && faces.count <= endFace - faces.first) return;
@@ -177,7 +178,7 @@ void ReadPatches(FoamFile& file, TakePatch const& takePatch) {
   TextCursor& text = file.Text();
   std::set<std::string> names;
   ReadFoamList(text, "the number of patches", [&] {
-    PatchEntry const entry = ReadPatch(file);
+    BoundaryEntry const entry = ReadPatch(file);
     if (!names.insert(entry.patch.name).second) text.Fail("a second patch " + Quoted(entry.patch.name));
     takePatch(entry);
   });
@@ -189,7 +190,7 @@ void ReadBoundary(std::string const& folder, PolyMesh& polyMesh) {
   int const nInner = static_cast<int>(mesh.neighbour.size());
   mesh.neighbour.resize(mesh.owner.size(), -1);
   mesh.facePatch.assign(mesh.owner.size(), -1);
-  ReadPatches(file, [&](PatchEntry const& entry) {
+  ReadPatches(file, [&](BoundaryEntry const& entry) {
     mesh.patches.push_back(entry.patch);
     polyMesh.facesOfPatch.push_back(entry.faces);
     CheckRange(file, entry, nInner, mesh.nFaces());

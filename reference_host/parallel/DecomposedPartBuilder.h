@@ -54,8 +54,8 @@ class DecomposedPartBuilder {
   ProcessorCuts const& cuts_;
   DecomposedNumbers const& numbers_;
 
-  std::vector<std::vector<std::int64_t>>
-      cellBeyond_;              ///< by cut and face: the neighbour's cell in the whole mesh
+  /// by cut and face: the neighbour's cell in the whole mesh
+  std::vector<std::vector<std::int64_t>> cellBeyond_;
   std::vector<HaloCell> halo_;  ///< ascending by cell
   std::vector<NumberedPoint> haloPoints_;
   std::vector<int> localCell_;  ///< [cell of the processor's mesh] number in the part

@@ -11,8 +11,8 @@ namespace reference_host {
 
 /// A cell field of one partition, from a file.
 struct LoadedField {
-  std::vector<double>
-      value;  ///< [1..NCell] halo cells included; for ghost cells, the values at the boundary faces
+  /// [1..NCell] halo cells included; for ghost cells, the values at the boundary faces
+  std::vector<double> value;
 
   /// Patches whose faces have no values in the file, so that they take those of their cells; the same on every rank.
   std::vector<std::string> patchesWithoutValues;

@@ -15,6 +15,10 @@ constexpr std::array<FaceKind, 4> kGhostOrder = {FaceKind::Inlet, FaceKind::Outl
                                                  FaceKind::Wall};
 
 constexpr FaceKind KindOf(BoundaryGroup group) { return kGhostOrder[static_cast<std::size_t>(group)]; }
+static_assert(KindOf(BoundaryGroup::Inlet) == FaceKind::Inlet &&
+              KindOf(BoundaryGroup::Outlet) == FaceKind::Outlet &&
+              KindOf(BoundaryGroup::Symmetry) == FaceKind::Symmetry &&
+              KindOf(BoundaryGroup::Wall) == FaceKind::Wall);
 
 /// The numbers of a MeshPart's cells and faces in the operators' tables. The "part number" is the 0-based
 /// number in the MeshPart, the "host number" the 1-based one in the tables. Exists only while the tables are
@@ -36,8 +40,8 @@ struct HostNumbering {
   /// [IndexOf(kind)][1..n] part number of a face. Inner faces ascend by (ijCV, ij), partition faces by
   /// (ijParCV, ijPar), boundary faces by their cell; ties by part number.
   std::array<std::vector<int>, kFaceKinds> partFace;
-  std::array<int, kFaceKinds>
-      ghostsBefore{};  ///< the ghost cell of face f of a kind is ghostsBefore[kind] + f
+  /// the ghost cell of face f of a kind is ghostsBefore[kind] + f
+  std::array<int, kFaceKinds> ghostsBefore{};
 
   int nFaces(FaceKind k) const { return static_cast<int>(PartFaces(k).size()) - 1; }
   std::vector<int> const& PartFaces(FaceKind k) const { return partFace[IndexOf(k)]; }

@@ -49,12 +49,12 @@ class HostPartition {
   int nParts() const;
   int nHaloCells() const;
   std::vector<ExchangeList> const& exchangeLists() const;  ///< ascending by neighbour part
-  std::vector<std::int64_t> const& globalCell()
-      const;  ///< [1..NCell] 1-based number in the mesh file; 0: ghost
+  /// [1..NCell] 1-based number in the mesh file; 0: ghost
+  std::vector<std::int64_t> const& globalCell() const;
   std::vector<std::int64_t> const& globalNode() const;  ///< [1..NNode] 1-based number in the mesh file
   std::vector<Patch> const& patches() const;
-  std::vector<int> const& patchOfGhost()
-      const;  ///< [1..NCell] index into patches() for ghost cells, -1 elsewhere
+  /// [1..NCell] index into patches() for ghost cells, -1 elsewhere
+  std::vector<int> const& patchOfGhost() const;
 
  private:
   struct Storage;
