@@ -21,6 +21,7 @@
 #include "cli/output/MeshScale.h"
 #include "cli/study/StudyPoints.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/GradientTypes.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "reference_host/mesh/MeshPart.h"
