@@ -133,7 +133,8 @@ TEST(CheckReport, CountsEachSystemByItsGravestFinding) {
   EXPECT_EQ(both.front().summary.nWrong, 1);
   std::ostringstream out;
   PrintVerdict(out, both);
-  EXPECT_NE(out.str().find("numbers: not in 1 of 3 cells, and WRONG in 1 of 3 cells\n"), std::string::npos)
+  EXPECT_NE(out.str().find("numbers: not finite in 1 of 3 cells, and WRONG in 1 of 3 cells\n"),
+            std::string::npos)
       << out.str();
 }
 

@@ -194,8 +194,8 @@ TEST(RankComparison, SaysWhatIsBrokenAndWhatDidNotRun) {
   std::ostringstream out;
   PrintComparisons(out, {{2, 1, {kept, broken, notRun}}});
   std::string const text = out.str();
-  EXPECT_NE(text.find("on 2 ranks from 1, by distance"), std::string::npos);
-  EXPECT_NE(text.find("lsq     round-off       1.0e-15      0.0e+00  0.0e+00          -         1.5e+00  "
+  EXPECT_NE(text.find("on 2 ranks compared with 1, by distance"), std::string::npos);
+  EXPECT_NE(text.find("lsq     round-off       1.0e-15      0.0e+00  0.0e+00          -           1.5e+00  "
                       "same bits   BROKEN"),
             std::string::npos)
       << text;
