@@ -16,6 +16,7 @@ namespace face_walk {
 /// A face value times the area vector, or a sum of such: x and y side by side in one register, z in another.
 struct Flux {
   static constexpr std::size_t kArrays = 3;  ///< x, y, z
+  static constexpr bool kPrefetchesFarCells = true;
   using Arrays = std::array<double*, kArrays>;
 
   two_faces::Two xy;

@@ -27,8 +27,6 @@ struct NoNumber {
 [[gnu::always_inline]] inline NoNumber Lesser(NoNumber, NoNumber) { return {}; }
 [[gnu::always_inline]] inline NoNumber Greater(NoNumber, NoNumber) { return {}; }
 
-[[gnu::always_inline]] inline void PrefetchInCell(double const* q, int c) { __builtin_prefetch(q + c); }
-
 /// A face whose evaluation asks for what the kernel reads of the face arrays.
 class PrefetchedFace {
  public:
@@ -72,7 +70,7 @@ class PrefetchedOtherCell {
   }
   template <class Field>
   [[gnu::always_inline]] NoNumber InOther(Field const& q) const {
-    PrefetchInCell(q, other_);
+    __builtin_prefetch(q + other_);
     return {};
   }
 
@@ -95,8 +93,8 @@ template <class FaceValue>
 /// Asks for the cells beyond the faces first..last if these join cells that are far apart, as on a mesh in its
 /// generator's own numbering. Cells with neighbouring numbers are in cache anyhow.
 template <class FaceValue, class Flux>
-void PrefetchFarCells(FaceGroup const& group, int first, int last, FaceValue const& faceValue,
-                      CellSums<Flux> const& sums) {
+[[gnu::always_inline]] inline void PrefetchFarCells(FaceGroup const& group, int first, int last,
+                                                    FaceValue const& faceValue, CellSums<Flux> const& sums) {
   constexpr int kFar = 1 << 15;
   constexpr int kSample = 4;
   last = std::min(last, group.count);

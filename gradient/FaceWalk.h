@@ -107,7 +107,8 @@ template <class FaceValue, class Flux>
 void AddFluxes(FaceGroup const& group, FaceValue const& faceValue, CellSums<Flux>& sums) {
   for (int first = 1; first <= group.count; first += kRange) {
     int const last = std::min(first + kRange - 1, group.count);
-    PrefetchFarCells(group, first + kRange, last + kRange, faceValue, sums);
+    if constexpr (Flux::kPrefetchesFarCells)
+      PrefetchFarCells(group, first + kRange, last + kRange, faceValue, sums);
     sums.Reach(group, first, last);
     AddRange(group, first, last, faceValue, sums.arrays());
   }

@@ -40,6 +40,7 @@ unit_gradient
 unit_rbf_face
 unit_rbf_ib
 unit_rbf_cell
+unit_rbf
 property_rbf_cell *_Span_5_*
 unit_foundation
 unit_host_check

@@ -41,12 +41,13 @@ GRADIENT = ["unit_gradient", "property_gradient"]
 CELL = ["unit_rbf_cell", "unit_rbf_cell_tree", "property_rbf_cell"]
 FACE = ["unit_rbf_face", "unit_rbf_face_tree"]
 POINTS = ["unit_rbf_ib", "unit_rbf_ib_tree"]
+SHARED = ["unit_rbf"]  # what the three operators before have in common
 PROGRAMS = {
-    "foundation": ["unit_foundation", *CELL[:2], *FACE, *POINTS, *GRADIENT, CELL[2]],
+    "foundation": ["unit_foundation", *SHARED, *CELL[:2], *FACE, *POINTS, *GRADIENT, CELL[2]],
     "gradient": GRADIENT,
-    "rbf_cell": [*CELL, GRADIENT[0]],
-    "rbf_face": FACE,
-    "rbf_ib": POINTS,
+    "rbf_cell": [*SHARED, *CELL, GRADIENT[0]],
+    "rbf_face": [*SHARED, *FACE],
+    "rbf_ib": [*SHARED, *POINTS],
 }
 ALL_PROGRAMS = sorted({name for names in PROGRAMS.values() for name in names})
 

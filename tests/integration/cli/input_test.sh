@@ -52,11 +52,11 @@ wrong "no mesh" "MESH" gradient --field x
 wrong "two fields" "one or three" gradient box:3,3,3 --field x --field y
 wrong "vector of one field" "method vector takes three --field, got 1" gradient box:3,3,3 --field x --method vector
 wrong "formula and file" "exclude each other" gradient box:3,3,3 --field x --field-file 0/T
-wrong "file for a box" "needs a mesh of OpenFOAM" gradient box:3,3,3 --field-file 0/T
+wrong "file for a box" "needs an OpenFOAM mesh" gradient box:3,3,3 --field-file 0/T
 wrong "missing field file" "0/p: no such file" gradient meshes/case --field-file 0/p
 wrong "field file of another mesh" "meshes/case/0/short: 1 values for 2 cells" gradient meshes/case --field-file 0/short
 wrong "field file not finite" 'the field "0/infinite" is not a number at cell 2' gradient meshes/case --field-file 0/infinite
-wrong "CGNS without an array" "name the array" gradient meshes/case --field-file wing.cgns
+wrong "CGNS without an array" "name an array" gradient meshes/case --field-file wing.cgns
 wrong "not a CGNS file" "text.cgns" gradient text.cgns --field x
 wrong "list of three fields" "method plain,lsq takes one --field, got 3" gradient box:3,3,3 --field x --field y --field z --method plain,lsq
 wrong "plain of three fields" "method plain takes one --field, got 3" gradient box:3,3,3 --field x --field y --field z --method plain

@@ -5,10 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/property/rbf_face/CutMesh.h"
-#include "tests/support/mesh/Hexahedra.h"
-#include "tests/support/rbf_cell/TableComparison.h"
-#include "tests/support/rbf_face/FaceBed.h"
+#include "tests/property/rbf_face/PartitionedFaces.h"
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/watch/SettingsFolder.h"
 
 // What holds of the face operator on any mesh, whoever computes it: how well it reproduces constants and linear
@@ -17,42 +15,13 @@
 namespace zyn_test {
 namespace {
 
-/// A set-up operator for one face type of the first part.
-struct SetUpOperator {
-  SetUpOperator(CutMesh& mesh, int faceType, FaceSettings const& settings) : part(mesh.Part(0)) {
-    parameters.block.Span = static_cast<int>(settings.span);
-    parameters.block.iSearch_method = settings.method;
-    parameters.block.Search_number = settings.searchNumber;
-    Connect(object, *part.globals(), *part.mesh(), *part.partitionFaces());
-    object.SetZYNKNCMP(&parameters);
-    Printed([&] { object.Initialize_FaceInterpolateData(faceType); });
-  }
-
-  /// The field, given by its value at a point, on the faces: [1..NFace]. In boundary-side cells it is the value at
-  /// the face, where these cells stand.
-  template <typename Field>
-  std::vector<double> ValuesOf(Field field) {
-    CZYN3DFiniteVolumeMesh const& m = *part.mesh();
-    std::vector<double> phi(static_cast<std::size_t>(m.NCell) + 1),
-        zeros(static_cast<std::size_t>(object.NFace) + 1);
-    for (int c = 1; c <= m.NCell; ++c) phi[static_cast<std::size_t>(c)] = field(m.xc[c], m.yc[c], m.zc[c]);
-    std::vector<double> values = zeros;
-    object.Multiply_FaceRBFCoefficent(phi.data(), values.data(), zeros.data(), zeros.data(), zeros.data());
-    return values;
-  }
-
-  HostPartition& part;
-  FaceParameters parameters;
-  CZynFaceRBFInternalObject object;
-};
-
 double One(double, double, double) { return 1.0; }
 double Linear(double x, double y, double z) { return 1.0 + 2.0 * x + 3.0 * y - z; }
 
 /// Largest error of a field on inner faces.
 template <typename Field>
-double LargestError(CutMesh& mesh, FaceSettings const& settings, Field field) {
-  SetUpOperator op(mesh, kInner, settings);
+double LargestError(FaceParts& mesh, FaceSettings const& settings, Field field) {
+  FaceOperatorOnPart op(mesh.Part(0), kInner, settings);
   CZYN3DFiniteVolumeMesh const& m = *op.part.mesh();
   std::vector<double> const values = op.ValuesOf(field);
   double largest = 0.0;
@@ -70,7 +39,7 @@ constexpr int kMethods[] = {1, 2, 3, 4};
 // round-off times the condition number, which grows with it. The largest that was found is 1.8e-4, of method 4.
 TEST(FaceProperties, LinearFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
   for (MeshKind const& kind : AllMeshKinds()) {
-    CutMesh mesh(kind.Make());
+    FaceParts mesh(kind.Make());
     for (int const method : kMethods)
       EXPECT_LT(LargestError(mesh, {method, 1000.0, 20}, Linear), 5e-4)
           << kind.name << " " << kind.perturbed << " " << method;
@@ -80,7 +49,7 @@ TEST(FaceProperties, LinearFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
 // The largest that was found is 1.3e-5, of method 3, and 7e-7 of the others.
 TEST(FaceProperties, ConstantFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
   for (MeshKind const& kind : AllMeshKinds()) {
-    CutMesh mesh(kind.Make());
+    FaceParts mesh(kind.Make());
     for (int const method : kMethods)
       EXPECT_LT(LargestError(mesh, {method, 1000.0, 20}, One), method == 3 ? 3e-5 : 2e-6)
           << kind.name << " " << kind.perturbed << " " << method;
@@ -91,7 +60,7 @@ TEST(FaceProperties, ConstantFieldIsReproducedOnInnerFacesAtTheStandardSpan) {
 // stencils are rich: from 5 to 100 it falls by 20^2 = 400, and the factor found is at least 250.
 TEST(FaceProperties, WiderSupportReproducesConstantsBetter) {
   for (MeshKind const& kind : AllMeshKinds()) {
-    CutMesh mesh(kind.Make());
+    FaceParts mesh(kind.Make());
     for (int const method : kMethods) {
       double const narrow = LargestError(mesh, {method, 5.0, 20}, One);
       double const wide = LargestError(mesh, {method, 100.0, 20}, One);
@@ -120,11 +89,12 @@ double LargestSlope(IBCnode const* row, int n) {
 TEST(FaceProperties, ScalingByAPowerOfTwoKeepsTheValuesExactlyAndScalesTheSlopes) {
   for (MeshKind const& kind : AllMeshKinds()) {
     if (!kind.perturbed) continue;
-    CutMesh mesh(kind.Make());
+    FaceParts mesh(kind.Make());
     for (double const factor : {0.25, 8.0}) {
-      CutMesh scaledMesh(Scaled(kind.Make(), factor));
+      FaceParts scaledMesh(Scaled(kind.Make(), factor));
       for (int const method : {2, 3, 4}) {
-        SetUpOperator op(mesh, kInner, {method, 100.0, 20}), scaled(scaledMesh, kInner, {method, 100.0, 20});
+        FaceOperatorOnPart op(mesh.Part(0), kInner, {method, 100.0, 20}),
+            scaled(scaledMesh.Part(0), kInner, {method, 100.0, 20});
         for (int i = 1; i <= op.object.NFace; ++i) {
           ASSERT_EQ(RowOf(op.object.m_ppFaceCellConn[i]), RowOf(scaled.object.m_ppFaceCellConn[i]));
           int const n = op.object.m_ppFaceCellConn[i][0];
@@ -154,7 +124,7 @@ double Distance(IBCnode const& a, IBCnode const& b) {
 // span of 1000 every argument is near 0, far from the kernel's edge at 1.
 TEST(FaceProperties, KernelArgumentsStayNearZeroAtTheStandardSpan) {
   for (MeshKind const& kind : AllMeshKinds()) {
-    CutMesh mesh(kind.Make());
+    FaceParts mesh(kind.Make());
     HostPartition& part = mesh.Part(0);
     for (int const method : {1, 2, 3}) {
       CZynFaceRBFInternalObject object;

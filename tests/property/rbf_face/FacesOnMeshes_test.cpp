@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/property/rbf_face/CutMesh.h"
-#include "tests/support/rbf_cell/TableComparison.h"
+#include "tests/property/rbf_face/PartitionedFaces.h"
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/rbf_face/FaceBed.h"
 #include "tests/support/rbf_face/FaceTables.h"
 #include "tests/support/watch/SettingsFolder.h"
@@ -70,7 +70,7 @@ class FacesOnMeshes : public ::testing::TestWithParam<Variant> {
     return plain;
   }
 
-  CutMesh mesh_;
+  FaceParts mesh_;
 };
 
 INSTANTIATE_TEST_SUITE_P(FaceOperator, FacesOnMeshes, ::testing::ValuesIn(AllVariants()), NameOf);
@@ -167,16 +167,9 @@ void ExpectSameResults(PlainFaceOperator const& plain, CZynFaceRBFInternalObject
 
 TEST_P(FacesOnMeshes, GiveTheResultsOfThePlainFormThroughTheParameterBlock) {
   ForAll(AllSettings(), [this](HostPartition& part, int faceType, FaceSettings const& settings, int p) {
-    FaceParameters parameters;
-    parameters.block.Span = static_cast<int>(settings.span);
-    parameters.block.iSearch_method = settings.method;
-    parameters.block.Search_number = settings.searchNumber;
-    CZynFaceRBFInternalObject object;
-    Connect(object, *part.globals(), *part.mesh(), *part.partitionFaces());
-    object.SetZYNKNCMP(&parameters);
-    Printed([&] { object.Initialize_FaceInterpolateData(faceType); });
+    FaceOperatorOnPart op(part, faceType, settings);
     EXPECT_FALSE(std::ifstream(mesh_.SettingsFileName(p)).good());
-    ExpectSameResults(Plain(part, faceType, settings), object);
+    ExpectSameResults(Plain(part, faceType, settings), op.object);
   });
 }
 

@@ -7,9 +7,8 @@
 
 #include "reference_host/box/BoxMesh.h"
 #include "tests/property/ObservedOrder.h"
-#include "tests/property/rbf_face/CutMesh.h"
+#include "tests/property/rbf_face/PartitionedFaces.h"
 #include "tests/support/mesh/BoxMesh.h"
-#include "tests/support/rbf_face/FaceBed.h"
 #include "tests/support/watch/SettingsFolder.h"
 
 // The orders of convergence that docs/methods/faces.md states.
@@ -35,23 +34,10 @@ FaceMesh Box(BoxSpec::Shape shape, int n, double perturb) {
 
 /// The error at inner faces, weighted by their areas.
 double ErrorL2(FaceMesh const& mesh, FaceSettings const& settings) {
-  CutMesh whole(mesh);
-  HostPartition& part = whole.Part(0);
-  CZYN3DFiniteVolumeMesh const& m = *part.mesh();
-  FaceParameters parameters;
-  parameters.block.Span = static_cast<int>(settings.span);
-  parameters.block.iSearch_method = settings.method;
-  parameters.block.Search_number = settings.searchNumber;
-  CZynFaceRBFInternalObject object;
-  Connect(object, *part.globals(), *part.mesh(), *part.partitionFaces());
-  object.SetZYNKNCMP(&parameters);
-  Printed([&] { object.Initialize_FaceInterpolateData(kInner); });
-
-  std::vector<double> phi(static_cast<std::size_t>(m.NCell) + 1, 0.0);
-  for (int c = 1; c <= m.NCell; ++c) phi[static_cast<std::size_t>(c)] = Smooth(m.xc[c], m.yc[c], m.zc[c]);
-  std::vector<double> values(static_cast<std::size_t>(m.NInnerFaces) + 1, 0.0), x = values, y = values,
-                                                                                z = values;
-  object.Multiply_FaceRBFCoefficent(phi.data(), values.data(), x.data(), y.data(), z.data());
+  FaceParts whole(mesh);
+  FaceOperatorOnPart op(whole.Part(0), kInner, settings);
+  CZYN3DFiniteVolumeMesh const& m = *op.part.mesh();
+  std::vector<double> const values = op.ValuesOf(Smooth);
   double sum = 0, surface = 0;
   for (int f = 1; f <= m.NInnerFaces; ++f) {
     double const error = values[static_cast<std::size_t>(f)] - Smooth(m.ijxc[f], m.ijyc[f], m.ijzc[f]);

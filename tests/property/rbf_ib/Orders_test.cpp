@@ -29,7 +29,7 @@ void AddErrors(BoxSpec::Shape shape, int n, double perturb, int method, Usable u
   box.shape = shape;
   box.perturb = perturb;
   box.seed = 1;
-  CutMesh const cut(MakeBox(box), 1);
+  PointParts const cut(MakeBox(box), 1);
   HostPartition& own = *cut.Parts()[0];
   CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
   cut.WriteSettings(PointSettings{500.0, method, 20});

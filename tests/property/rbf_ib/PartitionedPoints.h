@@ -4,22 +4,17 @@
 
 #include <cmath>
 #include <cstdint>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "reference_host/box/BoxMesh.h"
-#include "reference_host/partition/HostPartition.h"
-#include "reference_host/partition/InProcessExchange.h"
+#include "tests/support/mesh/CutMesh.h"
 #include "tests/support/rbf_ib/PointBed.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 
 namespace zyn_test {
-
-using reference_host::FaceMesh;
-using reference_host::HostPartition;
 
 /// One mesh of the unit cube for each type of cell, nodes moved so that distances are all different, and one
 /// without that, where many are equal.
@@ -42,40 +37,31 @@ inline std::vector<test_meshes::NamedMesh> Meshes() {
           {"polyhedra", Perturbed(test_meshes::PolyBox(2), 0.03)}};
 }
 
-/// A mesh cut into parts with the halo complete, and a folder with a settings file of its own for each part.
-class CutMesh {
+/// The mesh with boundary groups after the names of the box's patches, wherever they are missing.
+inline FaceMesh WithBoundaryGroups(FaceMesh mesh) {
+  using reference_host::BoundaryGroup;
+  for (reference_host::Patch& patch : mesh.patches) {
+    if (patch.group) continue;
+    patch.group = patch.name == "inlet"       ? BoundaryGroup::Inlet
+                  : patch.name == "outlet"    ? BoundaryGroup::Outlet
+                  : patch.name == "wall_ymin" ? BoundaryGroup::Symmetry
+                                              : BoundaryGroup::Wall;
+  }
+  return mesh;
+}
+
+/// A mesh cut into runs of cells, with a settings file. The parts run one after the other here and share it.
+class PointParts : public CutMesh {
  public:
-  CutMesh(FaceMesh const& mesh, int nParts) : group_(nParts) {
-    // Wherever the boundary groups are missing, the box's patches name them.
-    FaceMesh named = mesh;
-    for (reference_host::Patch& patch : named.patches) {
-      using reference_host::BoundaryGroup;
-      if (patch.group) continue;
-      patch.group = patch.name == "inlet"       ? BoundaryGroup::Inlet
-                    : patch.name == "outlet"    ? BoundaryGroup::Outlet
-                    : patch.name == "wall_ymin" ? BoundaryGroup::Symmetry
-                                                : BoundaryGroup::Wall;
-    }
-    std::vector<int> const partOfCell = test_meshes::RunParts(named.nCells, nParts);
-    for (auto const& part : reference_host::SplitMesh(named, partOfCell, nParts))
-      partitions_.push_back(std::make_unique<HostPartition>(part));
-    reference_host::RunInProcess(group_, [this](int p) {
-      HostPartition& own = *partitions_[static_cast<std::size_t>(p)];
-      reference_host::InProcessCommunication exchange(group_, own);
-      own.CompleteHalo(exchange);
-    });
-    for (auto& own : partitions_) own->SetBaseFileName(folder_.BaseFileName());
+  PointParts(FaceMesh const& mesh, int nParts)
+      : CutMesh(WithBoundaryGroups(mesh), test_meshes::RunParts(mesh.nCells, nParts), nParts) {
+    for (auto const& own : Parts()) own->SetBaseFileName(folder_.BaseFileName());
   }
 
-  std::vector<std::unique_ptr<HostPartition>> const& Parts() const { return partitions_; }
-
-  /// The parts run one after the other here and share the file.
   void WriteSettings(PointSettings const& settings) const { folder_.Write(Settings(settings)); }
 
  private:
   SettingsFolder folder_;
-  std::vector<std::unique_ptr<HostPartition>> partitions_;
-  reference_host::InProcessGroup group_;
 };
 
 /// Which cells are usable.

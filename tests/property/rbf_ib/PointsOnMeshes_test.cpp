@@ -23,7 +23,7 @@ template <typename Check>
 void ForAllParts(std::vector<Usable> const& kinds, Check check) {
   for (auto const& [name, mesh] : Meshes()) {
     for (int const nParts : {1, 3}) {
-      CutMesh const cut(mesh, nParts);
+      PointParts const cut(mesh, nParts);
       for (auto const& own : cut.Parts()) {
         for (Usable const usable : kinds) {
           SCOPED_TRACE(std::string(name) + ", part " + std::to_string(own->part()) + " of " +
@@ -45,7 +45,7 @@ class PointsOnMeshes : public ::testing::TestWithParam<PointSettings> {};
 
 TEST_P(PointsOnMeshes, EqualThePlainFormBitForBit) {
   std::uint64_t seed = 1;
-  ForAllParts(kAllKinds, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+  ForAllParts(kAllKinds, [&](PointParts const& cut, HostPartition& own, Array& marks) {
     std::vector<Point> const points = PointsFor(own, seed++);
     cut.WriteSettings(GetParam());
     Object object;
@@ -58,31 +58,33 @@ TEST_P(PointsOnMeshes, EqualThePlainFormBitForBit) {
 }
 
 TEST_P(PointsOnMeshes, GiveTheResultsOfThePlainFormBitForBit) {
-  ForAllParts({Usable::All, Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
-    std::vector<Point> const points = PointsFor(own, 77);
-    cut.WriteSettings(GetParam());
-    Object object;
-    Connect(object, own);
-    RunSetUp(object, marks, points);
-    PlainPointOperator plain(*own.mesh(), *own.partitionFaces(), GetParam());
-    plain.SetUp(marks.Data(), points);
-    int const n = object.m_iNIBNode;
-    Array field(own.mesh()->NCell), value(n), x(n), y(n), z(n);
-    for (int c = 1; c <= field.Size(); ++c) field[c] = std::sin(3.0 * own.mesh()->xc[c]) + own.mesh()->yc[c];
-    object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
-    for (int i = 1; i <= n; ++i) {
-      Weights const expected = plain.Apply(i, field.Data());
-      ASSERT_TRUE(SameValue("value", expected.value, value[i])) << i;
-      ASSERT_TRUE(SameValue("d/dx", expected.x, x[i])) << i;
-      ASSERT_TRUE(SameValue("d/dy", expected.y, y[i])) << i;
-      ASSERT_TRUE(SameValue("d/dz", expected.z, z[i])) << i;
-    }
-    EXPECT_TRUE(value.GuardsIntact() && x.GuardsIntact() && y.GuardsIntact() && z.GuardsIntact());
-  });
+  ForAllParts({Usable::All, Usable::OutsideBody},
+              [&](PointParts const& cut, HostPartition& own, Array& marks) {
+                std::vector<Point> const points = PointsFor(own, 77);
+                cut.WriteSettings(GetParam());
+                Object object;
+                Connect(object, own);
+                RunSetUp(object, marks, points);
+                PlainPointOperator plain(*own.mesh(), *own.partitionFaces(), GetParam());
+                plain.SetUp(marks.Data(), points);
+                int const n = object.m_iNIBNode;
+                Array field(own.mesh()->NCell), value(n), x(n), y(n), z(n);
+                for (int c = 1; c <= field.Size(); ++c)
+                  field[c] = std::sin(3.0 * own.mesh()->xc[c]) + own.mesh()->yc[c];
+                object.Multiply_IBRBFCoefficent(field.Data(), value.Data(), x.Data(), y.Data(), z.Data());
+                for (int i = 1; i <= n; ++i) {
+                  Weights const expected = plain.Apply(i, field.Data());
+                  ASSERT_TRUE(SameValue("value", expected.value, value[i])) << i;
+                  ASSERT_TRUE(SameValue("d/dx", expected.x, x[i])) << i;
+                  ASSERT_TRUE(SameValue("d/dy", expected.y, y[i])) << i;
+                  ASSERT_TRUE(SameValue("d/dz", expected.z, z[i])) << i;
+                }
+                EXPECT_TRUE(value.GuardsIntact() && x.GuardsIntact() && y.GuardsIntact() && z.GuardsIntact());
+              });
 }
 
 TEST_P(PointsOnMeshes, OfTheSamePlaceHaveTheSameRows) {
-  ForAllParts({Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+  ForAllParts({Usable::OutsideBody}, [&](PointParts const& cut, HostPartition& own, Array& marks) {
     std::vector<Point> const twice = {{0.2, 0.3, 0.4}, {0.7, 0.1, 0.9}, {0.2, 0.3, 0.4}};
     cut.WriteSettings(GetParam());
     Object object;
@@ -98,7 +100,7 @@ TEST_P(PointsOnMeshes, OfTheSamePlaceHaveTheSameRows) {
 }
 
 TEST_P(PointsOnMeshes, WithoutAnyPointBuildNoRows) {
-  ForAllParts({Usable::All}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+  ForAllParts({Usable::All}, [&](PointParts const& cut, HostPartition& own, Array& marks) {
     cut.WriteSettings(GetParam());
     Object object;
     Connect(object, own);
@@ -110,20 +112,22 @@ TEST_P(PointsOnMeshes, WithoutAnyPointBuildNoRows) {
 }
 
 TEST_P(PointsOnMeshes, TakeUsableCellsAlone) {
-  ForAllParts({Usable::OutsideBody, Usable::Few}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
-    cut.WriteSettings(GetParam());
-    Object object;
-    Connect(object, own);
-    RunSetUp(object, marks, PointsFor(own, 5));
-    for (int i = 1; i <= object.m_iNIBNode; ++i) {
-      ASSERT_GT(object.m_ppIBConn[i][0], 0);
-      for (int k = 1; k <= object.m_ppIBConn[i][0]; ++k) ASSERT_LT(marks[object.m_ppIBConn[i][k]], 0.0);
-    }
-  });
+  ForAllParts({Usable::OutsideBody, Usable::Few},
+              [&](PointParts const& cut, HostPartition& own, Array& marks) {
+                cut.WriteSettings(GetParam());
+                Object object;
+                Connect(object, own);
+                RunSetUp(object, marks, PointsFor(own, 5));
+                for (int i = 1; i <= object.m_iNIBNode; ++i) {
+                  ASSERT_GT(object.m_ppIBConn[i][0], 0);
+                  for (int k = 1; k <= object.m_ppIBConn[i][0]; ++k)
+                    ASSERT_LT(marks[object.m_ppIBConn[i][k]], 0.0);
+                }
+              });
 }
 
 TEST_P(PointsOnMeshes, FromParametersEqualThoseFromTheFile) {
-  ForAllParts({Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+  ForAllParts({Usable::OutsideBody}, [&](PointParts const& cut, HostPartition& own, Array& marks) {
     std::vector<Point> const points = PointsFor(own, 9);
     cut.WriteSettings(GetParam());
     Object byFile, byBlock;
@@ -142,7 +146,7 @@ TEST_P(PointsOnMeshes, FromParametersEqualThoseFromTheFile) {
 TEST_P(PointsOnMeshes, SetUpAgainEqualThoseOfAFreshObject) {
   for (auto const& [name, mesh] : Meshes()) {
     SCOPED_TRACE(name);
-    CutMesh const cut(mesh, 1);
+    PointParts const cut(mesh, 1);
     HostPartition& own = *cut.Parts()[0];
     cut.WriteSettings(GetParam());
     Object moving;
@@ -189,7 +193,7 @@ TEST(PointSystems, OfMethods1And2AreSolvedToRoundOff) {
   for (PointSettings const& settings :
        {PointSettings{500.0, 1, 20}, PointSettings{500.0, 2, 20}, PointSettings{2.0, 2, 30}}) {
     ForAllParts({Usable::InnerAndHalo, Usable::OutsideBody},
-                [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+                [&](PointParts const& cut, HostPartition& own, Array& marks) {
                   std::vector<Point> const points = PointsFor(own, 21);
                   cut.WriteSettings(settings);
                   Object object;
@@ -214,34 +218,34 @@ TEST(PointSystems, OfMethods1And2AreSolvedToRoundOff) {
 // taken from there.
 TEST(PointSystems, OfMethod3AreSolvedToRoundOffOnBothLevels) {
   PointSettings const settings{500.0, 3, 20};
-  ForAllParts(
-      {Usable::InnerAndHalo, Usable::OutsideBody}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
-        std::vector<Point> const points = PointsFor(own, 22);
-        cut.WriteSettings(settings);
-        Object object;
-        Connect(object, own);
-        RunSetUp(object, marks, points);
-        PlainPointOperator plain(*own.mesh(), *own.partitionFaces(), settings);
-        plain.SetUp(marks.Data(), points);
-        ASSERT_TRUE(SameTables(plain, object));
-        for (int i = 1; i <= object.m_iNIBNode; ++i)
-          ASSERT_LT(WorstBackwardError(plain.NodeAndSeedSystem(i, points[static_cast<std::size_t>(i - 1)])),
-                    1e-12);
-        for (int n = 1; n <= own.mesh()->NNode; ++n) {
-          Array w(object.ppRBFiNodeConn[n][0]);
-          object.DeriveIBfiBysolveDQfullMatrix_03(n, w.Data());
-          std::vector<double> const stored(w.Data() + 1, w.Data() + 1 + w.Size());
-          if (!stored.empty()) {
-            ASSERT_LT(BackwardError(plain.NodeSystem(n), 0, stored), 1e-12) << "node " << n;
-          }
-        }
-      });
+  ForAllParts({Usable::InnerAndHalo, Usable::OutsideBody}, [&](PointParts const& cut, HostPartition& own,
+                                                               Array& marks) {
+    std::vector<Point> const points = PointsFor(own, 22);
+    cut.WriteSettings(settings);
+    Object object;
+    Connect(object, own);
+    RunSetUp(object, marks, points);
+    PlainPointOperator plain(*own.mesh(), *own.partitionFaces(), settings);
+    plain.SetUp(marks.Data(), points);
+    ASSERT_TRUE(SameTables(plain, object));
+    for (int i = 1; i <= object.m_iNIBNode; ++i)
+      ASSERT_LT(WorstBackwardError(plain.NodeAndSeedSystem(i, points[static_cast<std::size_t>(i - 1)])),
+                1e-12);
+    for (int n = 1; n <= own.mesh()->NNode; ++n) {
+      Array w(object.ppRBFiNodeConn[n][0]);
+      object.DeriveIBfiBysolveDQfullMatrix_03(n, w.Data());
+      std::vector<double> const stored(w.Data() + 1, w.Data() + 1 + w.Size());
+      if (!stored.empty()) {
+        ASSERT_LT(BackwardError(plain.NodeSystem(n), 0, stored), 1e-12) << "node " << n;
+      }
+    }
+  });
 }
 
 // To the condition of the systems times round-off, which is small with a narrow support.
 TEST(PointsAtCells, GiveTheValuesOfThoseCells) {
   for (int const method : {1, 2}) {
-    ForAllParts({Usable::InnerAndHalo}, [&](CutMesh const& cut, HostPartition& own, Array& marks) {
+    ForAllParts({Usable::InnerAndHalo}, [&](PointParts const& cut, HostPartition& own, Array& marks) {
       CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
       std::vector<int> cells;
       std::vector<Point> points;
@@ -274,7 +278,7 @@ struct Errors {
 
 /// Errors at points inside the cube, on hexahedra with n cells along an edge.
 Errors ErrorsOnHexahedra(int n, int method) {
-  CutMesh const cut(test_meshes::HexBox(n, n, n), 1);
+  PointParts const cut(test_meshes::HexBox(n, n, n), 1);
   HostPartition& own = *cut.Parts()[0];
   CZYN3DFiniteVolumeMesh const& mesh = *own.mesh();
   std::mt19937_64 random(4);

@@ -5,7 +5,7 @@
 
 #include "gradient/COperatorGradient.h"
 #include "tests/reliability/bits_dump/Bits.h"
-#include "tests/reliability/bits_dump/CutMesh.h"
+#include "tests/reliability/bits_dump/Meshes.h"
 
 namespace bits_dump {
 namespace {
@@ -50,7 +50,7 @@ Fields Gradient(Method const& method, COperatorGradient& op, HostPartition& own)
 }
 
 /// The gradient in every part.
-std::vector<Fields> Gradients(CutMesh& mesh, Method const& method, bool nonBlocking) {
+std::vector<Fields> Gradients(NamedCutMesh& mesh, Method const& method, bool nonBlocking) {
   std::vector<Fields> results(static_cast<std::size_t>(mesh.NParts()));
   mesh.ForEachPart([&](HostPartition& own, CCommunication& exchange, CZYNCom& reduction) {
     own.globals()->UseNonBlockingExch = nonBlocking ? 1 : 0;
@@ -70,7 +70,7 @@ std::vector<Fields> Gradients(CutMesh& mesh, Method const& method, bool nonBlock
 
 void WriteGradientsOnMeshes(BitsFile& file) {
   constexpr std::array<char const*, 9> kNames = {"gx", "gy", "gz", "g2x", "g2y", "g2z", "g3x", "g3y", "g3z"};
-  ForAllMeshes([&file, &kNames](CutMesh& mesh) {
+  ForAllMeshes([&file, &kNames](NamedCutMesh& mesh) {
     for (Method const& method : kMethods) {
       for (bool const nonBlocking : {false, true}) {
         std::vector<Fields> const results = Gradients(mesh, method, nonBlocking);

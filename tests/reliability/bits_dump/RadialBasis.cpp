@@ -11,7 +11,7 @@
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "tests/reliability/bits_dump/Bits.h"
-#include "tests/reliability/bits_dump/CutMesh.h"
+#include "tests/reliability/bits_dump/Meshes.h"
 
 // The parts of a mesh are set up one after the other here: set-up asks nothing of the other parts.
 
@@ -23,7 +23,7 @@ using Field = std::vector<double>;
 Field Zeros(int n) { return Field(static_cast<std::size_t>(n) + 1, 0.0); }
 
 void ForAllParts(void (*write)(BitsFile&, HostPartition&, std::string const&), BitsFile& file) {
-  ForAllMeshes([&](CutMesh& mesh) {
+  ForAllMeshes([&](NamedCutMesh& mesh) {
     for (int p = 0; p < mesh.NParts(); ++p) write(file, mesh.Part(p), mesh.Name(p));
   });
 }

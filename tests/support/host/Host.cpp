@@ -33,17 +33,11 @@ RaggedTable OfCellFaces(TestMesh const& mesh, Take take) {
   return RaggedTable(rows);
 }
 
-LentPartition PartitionOf(TestMesh const& description, Reads const& reads, bool lendEmptyArrays) {
-  LentPartition partition(description.partition, reads.partition);
-  partition.faces.lendEmptyArrays = lendEmptyArrays;
-  return partition;
-}
-
 }  // namespace
 
 Host::Host(TestMesh const& description, Reads const& reads, std::string const& baseFileName,
            Exchange const& exchange, bool lendEmptyArrays)
-    : HostObjects(PartitionOf(description, reads, lendEmptyArrays), description.NCell(), exchange),
+    : HostObjects(LentPartition({}, reads.partition), description.NCell(), exchange),
       centres(Components(description.centres)),
       volume(Guarded(description.volumes)),
       previous(description.NCell(), 1e9),
@@ -63,7 +57,7 @@ Host::Host(TestMesh const& description, Reads const& reads, std::string const& b
   LendNodes();
   LendTables();
   for (Group const group : kGroups) {
-    if (group != kPartition) groups_[IndexOf(KindOf(group))] = LentFaces(description.Of(group));
+    Faces(KindOf(group)) = LentFaces(description.Of(group));
     Faces(KindOf(group)).lendEmptyArrays = lendEmptyArrays;
     LendGroup(KindOf(group));
   }

@@ -32,8 +32,8 @@ class Watched : public Base {
 /// so that it gets new ones, which share what they lend and write down.
 struct HostObjects {
   HostObjects() = default;
-  HostObjects(LentPartition const& lentPartition, int nCell, Exchange const& exchange)
-      : partition(lentPartition), nCells(nCell), rule(exchange) {}
+  HostObjects(LentPartition lentPartition, int nCell, Exchange const& exchange)
+      : partition(std::move(lentPartition)), nCells(nCell), rule(exchange) {}
   HostObjects(HostObjects const&) = delete;
   HostObjects& operator=(HostObjects const&) = delete;
 

@@ -9,6 +9,8 @@ namespace zyn_test {
 class RaggedTable {
  public:
   RaggedTable() = default;
+  RaggedTable(RaggedTable&&) = default;  // the rows keep their places, which `pointers_` names
+  RaggedTable& operator=(RaggedTable&&) = default;
 
   /// @param[in] rows  [1..n] entries of each row, element 0 unused
   explicit RaggedTable(std::vector<std::vector<int>> const& rows)

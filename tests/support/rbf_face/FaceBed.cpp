@@ -16,6 +16,12 @@ std::string Settings(FaceSettings const& settings, bool debug) {
                   std::to_string(settings.searchNumber), debug ? "1" : "0");
 }
 
+void Fill(CZYNCMP_FaceRBF_Parm& block, FaceSettings const& settings) {
+  block.Span = static_cast<int>(settings.span);
+  block.iSearch_method = settings.method;
+  block.Search_number = settings.searchNumber;
+}
+
 void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteVolumeMesh& mesh,
              CPartitionFace_DLL& partitionFaces) {
   EXPECT_EQ(1, object.getZyn3dGV(&globals, nullptr, nullptr, &mesh));
@@ -23,9 +29,7 @@ void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteV
 }
 
 void FaceBed::UseBlock(FaceSettings const& settings) {
-  host.parameters.block.Span = static_cast<int>(settings.span);
-  host.parameters.block.iSearch_method = settings.method;
-  host.parameters.block.Search_number = settings.searchNumber;
+  Fill(host.parameters.block, settings);
   EXPECT_EQ(1, object.SetZYNKNCMP(&host.parameters));
 }
 

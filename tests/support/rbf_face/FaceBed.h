@@ -15,6 +15,9 @@ std::string Settings(std::string const& span, std::string const& method, std::st
                      std::string const& number, std::string const& debug);
 std::string Settings(FaceSettings const& settings, bool debug = false);
 
+/// Puts the settings into a block of the solver's parameters, whose span is a whole number. The other values stay.
+void Fill(CZYNCMP_FaceRBF_Parm& block, FaceSettings const& settings);
+
 /// Gives an operator the host objects of any host. The operator borrows them.
 void Connect(CZynFaceRBFInternalObject& object, CZyn3dGV& globals, CZYN3DFiniteVolumeMesh& mesh,
              CPartitionFace_DLL& partitionFaces);

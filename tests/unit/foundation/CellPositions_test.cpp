@@ -83,13 +83,13 @@ TEST(CellPositions, CellsHaveTheirCentresAndGhostsTheirFaces) {
 TEST(CellPositions, ExtentIsThatOfInnerCellsWallsAndInlets) {
   SmallMesh arrays;
   MeshExtent const extent = MeasureExtent(arrays.Record());
-  EXPECT_EQ(extent.box.xmin, 0.5);  // of the wall
-  EXPECT_EQ(extent.box.xmax, 3.0);
-  EXPECT_EQ(extent.box.ymin, 2.0);
-  EXPECT_EQ(extent.box.ymax, 9.5);  // of the inlet
-  EXPECT_EQ(extent.box.zmin, 3.5);  // of the inlet
-  EXPECT_EQ(extent.box.zmax, 13.0);
-  EXPECT_EQ(extent.meanDistance, 11.0);  // sqrt(6^2 + 2^2 + 9^2)
+  EXPECT_EQ(0.5, extent.box.xmin);  // of the wall
+  EXPECT_EQ(3.0, extent.box.xmax);
+  EXPECT_EQ(2.0, extent.box.ymin);
+  EXPECT_EQ(9.5, extent.box.ymax);  // of the inlet
+  EXPECT_EQ(3.5, extent.box.zmin);  // of the inlet
+  EXPECT_EQ(13.0, extent.box.zmax);
+  EXPECT_EQ(11.0, extent.meanDistance);  // sqrt(6^2 + 2^2 + 9^2)
 }
 
 }  // namespace

@@ -98,17 +98,17 @@ TEST(GrowingBoxSearch, EndsFarAwayWithAllEntriesIfTheyAreFewer) {
   DQVector const at = {-9.0, 20.0, -47.0};
   auto const answer = GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), 1.0 / 64.0)
                           .AtLeast(5, at.x, at.y, at.z);
-  EXPECT_EQ(answer.count, 4);
+  EXPECT_EQ(4, answer.count);
   // The first cube that covers the bounds: z reaches from -47 to 2.
-  EXPECT_EQ(answer.halfWidth, 49.0);
+  EXPECT_EQ(49.0, answer.halfWidth);
 }
 
 TEST(GrowingBoxSearch, EndsOnceItCoversTheBoundsOfAllEntries) {
   Entries entries(kPoints);
   auto const answer =
       GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), 0.5).AtLeast(9, 1.0, 0.0, 0.0);
-  EXPECT_EQ(answer.count, 4);
-  EXPECT_EQ(answer.halfWidth, 2.0);  // x reaches from 1 to 3, z from 0 to 2
+  EXPECT_EQ(4, answer.count);
+  EXPECT_EQ(2.0, answer.halfWidth);  // x reaches from 1 to 3, z from 0 to 2
 }
 
 /// Points as boxes of half-width 1e-6, as the operators enter them.
@@ -135,7 +135,7 @@ TEST(GrowingBoxSearch, EndsWithTheFirstCubeThatHoldsAllWhateverTheRounding) {
       GrowingBoxSearch const search =
           isKnown ? GrowingBoxSearch(tree, box, 2, step) : GrowingBoxSearch(tree, box, step);
       auto const answer = search.AtLeast(5, at, 0.0, 0.0);
-      EXPECT_EQ(answer.count, 2) << steps << " steps";
+      EXPECT_EQ(2, answer.count) << steps << " steps";
       EXPECT_EQ(answer.halfWidth, steps * step) << steps << " steps";
     }
   }
@@ -149,8 +149,8 @@ TEST(GrowingBoxSearch, CoversEveryBound) {
     Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {far[0], far[1], far[2]}});
     auto const answer =
         GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), 0.5).AtLeast(4, 0.5, 0.5, 0.5);
-    EXPECT_EQ(answer.count, 3) << "side " << side;
-    EXPECT_EQ(answer.halfWidth, 6.5) << "side " << side;
+    EXPECT_EQ(3, answer.count) << "side " << side;
+    EXPECT_EQ(6.5, answer.halfWidth) << "side " << side;
   }
 }
 
@@ -161,11 +161,11 @@ TEST(GrowingBoxSearch, GoesOnBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
 
   auto const enough = search.AtLeast(3, 0.0, 0.0, 0.0);
   EXPECT_EQ(Ascending(enough), (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(enough.halfWidth, 30.0);
+  EXPECT_EQ(30.0, enough.halfWidth);
 
   auto const tooFew = search.AtLeast(4, 0.0, 0.0, 0.0);
   EXPECT_EQ(Ascending(tooFew), (std::vector<int>{1, 2}));
-  EXPECT_EQ(tooFew.halfWidth, 1.0);
+  EXPECT_EQ(1.0, tooFew.halfWidth);
 }
 
 // The cube that is asked for once more is the one around the point.
@@ -174,15 +174,15 @@ TEST(GrowingBoxSearch, AnswersFromTheLastCubeWhenTheTreeHoldsTooFew) {
   GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5);
   auto const tooFew = search.AtLeast(5, 0.0, 0.0, 1.0);
   EXPECT_EQ(Ascending(tooFew), (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(tooFew.halfWidth, 1.0);
+  EXPECT_EQ(1.0, tooFew.halfWidth);
 }
 
 // 2000 steps of 1/64 reach 31.25; the leap asks for all entries, too.
 TEST(GrowingBoxSearch, LeapsBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   Entries entries({{0.0, 0.0, 0.0}, {1.0, 1.0, 1.0}, {0.0, 0.0, 30.0}});
   GrowingBoxSearch const search(entries.Tree(), UnitCube(), 1.0 / 64.0);
-  EXPECT_EQ(search.AtLeast(3, 0.0, 0.0, 0.0).halfWidth, 30.0);
-  EXPECT_EQ(search.AtLeast(3, 0.0, -20.0, 4.0).halfWidth, 26.0);
+  EXPECT_EQ(30.0, search.AtLeast(3, 0.0, 0.0, 0.0).halfWidth);
+  EXPECT_EQ(26.0, search.AtLeast(3, 0.0, -20.0, 4.0).halfWidth);
 }
 
 TEST(GrowingBoxSearch, SearchesEverythingWhereNothingGrows) {
@@ -190,26 +190,26 @@ TEST(GrowingBoxSearch, SearchesEverythingWhereNothingGrows) {
   for (double const step : {0.0, -1.0, static_cast<double>(NAN)}) {
     auto const answer =
         GrowingBoxSearch(entries.Tree(), entries.Box(), entries.Count(), step).AtLeast(5, 1.0, 4.0, 0.5);
-    EXPECT_EQ(answer.count, 4) << step;
-    EXPECT_EQ(answer.halfWidth, 4.0) << step;  // to y = 0
+    EXPECT_EQ(4, answer.count) << step;
+    EXPECT_EQ(4.0, answer.halfWidth) << step;  // to y = 0
   }
   for (double const x : {static_cast<double>(NAN), static_cast<double>(INFINITY)}) {
     GrowingBoxSearch const search(entries.Tree(), entries.Box(), entries.Count(), 0.25);
-    EXPECT_EQ(search.AtLeast(2, x, 0.0, 0.0).count, 4) << x;
-    EXPECT_EQ(search.AtLeast(2, 0.0, x, 0.0).count, 4) << x;
-    EXPECT_EQ(search.AtLeast(2, 0.0, 0.0, x).count, 4) << x;
+    EXPECT_EQ(4, search.AtLeast(2, x, 0.0, 0.0).count) << x;
+    EXPECT_EQ(4, search.AtLeast(2, 0.0, x, 0.0).count) << x;
+    EXPECT_EQ(4, search.AtLeast(2, 0.0, 0.0, x).count) << x;
   }
 }
 
 TEST(GrowingBoxSearch, MeasuresTheWayToTheFarthestBound) {
   Entries entries(kPoints);
   GrowingBoxSearch const search(entries.Tree(), entries.Box(), entries.Count(), 0.0);
-  EXPECT_EQ(search.AtLeast(9, 9.0, 0.0, 0.0).halfWidth, 9.0);
-  EXPECT_EQ(search.AtLeast(9, -9.0, 0.0, 0.0).halfWidth, 12.0);
-  EXPECT_EQ(search.AtLeast(9, 0.0, 9.0, 0.0).halfWidth, 9.0);
-  EXPECT_EQ(search.AtLeast(9, 0.0, -9.0, 0.0).halfWidth, 9.75);
-  EXPECT_EQ(search.AtLeast(9, 0.0, 0.0, 9.0).halfWidth, 9.0);
-  EXPECT_EQ(search.AtLeast(9, 0.0, 0.0, -9.0).halfWidth, 11.0);
+  EXPECT_EQ(9.0, search.AtLeast(9, 9.0, 0.0, 0.0).halfWidth);
+  EXPECT_EQ(12.0, search.AtLeast(9, -9.0, 0.0, 0.0).halfWidth);
+  EXPECT_EQ(9.0, search.AtLeast(9, 0.0, 9.0, 0.0).halfWidth);
+  EXPECT_EQ(9.75, search.AtLeast(9, 0.0, -9.0, 0.0).halfWidth);
+  EXPECT_EQ(9.0, search.AtLeast(9, 0.0, 0.0, 9.0).halfWidth);
+  EXPECT_EQ(11.0, search.AtLeast(9, 0.0, 0.0, -9.0).halfWidth);
 }
 
 }  // namespace

@@ -14,9 +14,9 @@ std::uintptr_t AddressOf(void const* p) { return reinterpret_cast<std::uintptr_t
 
 TEST(GrowingRowTable, BeginsWithoutRows) {
   int** table = GrowingRowTable<int>::Create(3);
-  for (int i = 0; i <= 3; ++i) EXPECT_EQ(table[i], nullptr) << i;
+  for (int i = 0; i <= 3; ++i) EXPECT_EQ(nullptr, table[i]) << i;
   GrowingRowTable<int>::Destroy(table);
-  EXPECT_EQ(table, nullptr);
+  EXPECT_EQ(nullptr, table);
   GrowingRowTable<int>::Destroy(table);
 }
 
@@ -28,9 +28,9 @@ TEST(GrowingRowTable, RowsAreZeroedApartAndAligned) {
   for (int i = 0; i <= nRow; ++i) {
     int* const row = GrowingRowTable<int>::MakeRow(table, i, lengths[i]);
     ASSERT_EQ(row, table[i]);
-    EXPECT_EQ(AddressOf(row) % 8, 0U) << "row " << i;
+    EXPECT_EQ(0U, AddressOf(row) % 8) << "row " << i;
     for (int k = 0; k <= lengths[i]; ++k) {
-      ASSERT_EQ(row[k], 0) << "row " << i << ", element " << k;
+      ASSERT_EQ(0, row[k]) << "row " << i << ", element " << k;
       row[k] = i + 1;
     }
   }
@@ -42,8 +42,8 @@ TEST(GrowingRowTable, RowsAreZeroedApartAndAligned) {
 TEST(GrowingRowTable, RowsFollowEachOtherInMemory) {
   double** table = GrowingRowTable<double>::Create(2);
   for (int i = 0; i <= 2; ++i) GrowingRowTable<double>::MakeRow(table, i, 3);
-  EXPECT_EQ(table[1] - table[0], 4);
-  EXPECT_EQ(table[2] - table[1], 4);
+  EXPECT_EQ(4, table[1] - table[0]);
+  EXPECT_EQ(4, table[2] - table[1]);
   GrowingRowTable<double>::Destroy(table);
 }
 
@@ -53,8 +53,8 @@ TEST(GrowingRowTable, AFormerRowStaysInMemory) {
   former[2] = 7;
   GrowingRowTable<int>::MakeRow(table, 1, 4);
   EXPECT_NE(table[1], former);
-  EXPECT_EQ(former[2], 7);
-  EXPECT_EQ(table[1][2], 0);
+  EXPECT_EQ(7, former[2]);
+  EXPECT_EQ(0, table[1][2]);
   GrowingRowTable<int>::Destroy(table);
 }
 
@@ -67,7 +67,7 @@ struct Seven {
 TEST(GrowingRowTable, ElementsAreConstructed) {
   Seven** table = GrowingRowTable<Seven>::Create(1);
   Seven const* const row = GrowingRowTable<Seven>::MakeRow(table, 1, 2);
-  for (int k = 0; k <= 2; ++k) EXPECT_EQ(row[k].value, 7) << k;
+  for (int k = 0; k <= 2; ++k) EXPECT_EQ(7, row[k].value) << k;
   GrowingRowTable<Seven>::Destroy(table);
 }
 

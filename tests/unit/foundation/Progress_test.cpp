@@ -71,7 +71,7 @@ TEST(Progress, TextsAreTheSameWhateverTheProgramSetInItsStream) {
     PrintFlushed("NWall ok!\n");
     PrintFormatted("%d of %d, %lf %le\n", 4, 1234567, 1234.5, 0.25);
     PrintFlushed("");
-    EXPECT_EQ(out.Text(), "NWall ok!\n4 of 1234567, 1234.500000 2.500000e-01\n") << habit.name;
+    EXPECT_EQ("NWall ok!\n4 of 1234567, 1234.500000 2.500000e-01\n", out.Text()) << habit.name;
   }
 }
 
@@ -98,7 +98,7 @@ TEST(Progress, APendingWidthStillPadsTheProgramsNextNumber) {
   std::cout << std::setw(6);
   PrintFlushed("NWall ok!\n");
   std::cout << 4;
-  EXPECT_EQ(out.Text(), "NWall ok!\n     4");
+  EXPECT_EQ("NWall ok!\n     4", out.Text());
 }
 
 TEST(Progress, StandsBetweenWhatTheProgramWritesByStreamAndByPrintf) {
@@ -109,7 +109,7 @@ TEST(Progress, StandsBetweenWhatTheProgramWritesByStreamAndByPrintf) {
   std::cout << "stream ";
   PrintFormatted("%d ", 5);
   std::printf("printf");
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "stream printf text stream 5 printf");
+  EXPECT_EQ("stream printf text stream 5 printf", testing::internal::GetCapturedStdout());
 }
 
 TEST(Progress, WritesNothingIntoAStreamThatHasFailed) {
@@ -117,20 +117,20 @@ TEST(Progress, WritesNothingIntoAStreamThatHasFailed) {
   std::cout.setstate(std::ios::failbit);
   PrintFlushed("NWall ok!\n");
   std::cout.clear();
-  EXPECT_EQ(out.Text(), "");
+  EXPECT_EQ("", out.Text());
 }
 
 TEST(Progress, NumbersHaveADecimalPointInALocaleThatHasACommaThere) {
   CommaLocale const locale;
   if (!locale.IsSet()) GTEST_SKIP() << "localedef is not there";
-  ASSERT_EQ(locale.Half(), "0,5");
+  ASSERT_EQ("0,5", locale.Half());
   HeldOutput out;
   PrintFormatted("Span = %lf, MAXResidual_X = %le\n", 500.5, 0.25);
   char text[64];
   FormatText(text, sizeof(text), "Search_distance   = %lf\n", 1.5);
-  EXPECT_EQ(out.Text(), "Span = 500.500000, MAXResidual_X = 2.500000e-01\n");
+  EXPECT_EQ("Span = 500.500000, MAXResidual_X = 2.500000e-01\n", out.Text());
   EXPECT_STREQ(text, "Search_distance   = 1.500000\n");
-  EXPECT_EQ(locale.Half(), "0,5") << "the program's locale is as it was";
+  EXPECT_EQ("0,5", locale.Half()) << "the program's locale is as it was";
 }
 
 TEST(Progress, CutsATextThatDoesNotFit) {

@@ -16,17 +16,17 @@ namespace {
 TEST(SettingsFileLocale, DecimalsStandBehindAPoint) {
   CommaLocale const locale;
   if (!locale.IsSet()) GTEST_SKIP() << "localedef is not there";
-  ASSERT_EQ(locale.Half(), "0,5");
+  ASSERT_EQ("0,5", locale.Half());
   std::filesystem::path const path = locale.Folder() / "run.rbf";
   std::ofstream(path) << "1001\nSpan              = 12.5\nShape Normalize   = 0,75\n";
   SettingsFile file(path.c_str());
   ASSERT_TRUE(file.IsOpen());
   file.ReadLine();
   file.ReadLine();
-  EXPECT_EQ(file.Real(), 12.5);
+  EXPECT_EQ(12.5, file.Real());
   file.ReadLine();
-  EXPECT_EQ(file.Real(), 0.0) << "a comma ends a number, as it does in C";
-  EXPECT_EQ(locale.Half(), "0,5") << "the program's locale is as it was";
+  EXPECT_EQ(0.0, file.Real()) << "a comma ends a number, as it does in C";
+  EXPECT_EQ("0,5", locale.Half()) << "the program's locale is as it was";
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ TEST(WithoutTraps, NothingStopsTheProgramAndTheTrapsAreBackAfterwards) {
   double infinite = 0.0, noNumber = 0.0, tooLarge = 0.0;
   {
     WithoutTraps const held;
-    EXPECT_EQ(fegetexcept(), 0);
+    EXPECT_EQ(0, fegetexcept());
     infinite = one / zero;
     noNumber = zero / zero;
     tooLarge = largest * largest;
@@ -39,7 +39,7 @@ TEST(WithoutTraps, InEachOtherEndWithTheOutermost) {
   {
     WithoutTraps const outer;
     { WithoutTraps const inner; }
-    EXPECT_EQ(fegetexcept(), 0);
+    EXPECT_EQ(0, fegetexcept());
   }
   EXPECT_TRUE(traps.StillArmed());
 }

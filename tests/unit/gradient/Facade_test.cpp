@@ -181,8 +181,7 @@ TEST(GradientFacade, GetZyn3dGVStoresEachOptionalObjectOnItsOwn) {
   EXPECT_EQ(&mesh, withMesh.m_pImpl->m_pMesh);
 }
 
-// ------------------------------------------------------------------------- getPartitionFace,
-// getCommunication
+// ------------------------------------------------------------------------- getPartitionFace, getCommunication
 
 TEST(GradientFacade, GetPartitionFaceStoresTheObject) {
   COperatorGradient gradient;
@@ -250,8 +249,7 @@ TEST(GradientFacade, GetCommunicationWithBothNullComplainsAboutTheExchangeOnly) 
   EXPECT_EQ(kPrefix + kNoCommunication, gradient.getErrorMsg());
 }
 
-// ------------------------------------------------------------------- getGradType,
-// ResetMaxGradientIterationNumber
+// --------------------------------------------------------------- getGradType, ResetMaxGradientIterationNumber
 
 TEST(GradientFacade, GetGradTypeAcceptsZeroToTwoAndLeavesItsArgumentAlone) {
   for (int const type : {0, 1, 2}) {
@@ -570,8 +568,7 @@ TEST(GradientFacade, GreenGaussNeedsNoInitialize) {
   EXPECT_TRUE(SameBits(WeightedGreenGauss(mesh, phi, k, NoExchange()), weighted));
 }
 
-// ------------------------------------------------------------------------------------------ life and
-// ownership
+// ----------------------------------------------------------------------------------------- life and ownership
 
 TEST(GradientFacade, AssignmentSharesThePrivateStateAndLeavesTheFormerOneAlive) {
   COperatorGradient source, target;

@@ -154,7 +154,7 @@ TEST(FloatingPointTraps, AZeroPivotOfLeastSquaresPrintsItsLinesAndReturns) {
       Result const result = RunOn(mesh, 1, true, [&](COperatorGradient& gradient, Result& r) {
         gradient.GradMethod(phi.Data(), r.g[0].x.Data(), r.g[0].y.Data(), r.g[0].z.Data(), 1);
       });
-      EXPECT_EQ(result.printed, "aa[ii][j]=0.\n4\n") << place;
+      EXPECT_EQ("aa[ii][j]=0.\n4\n", result.printed) << place;
       for (int c = 1; c <= 5; ++c)
         EXPECT_EQ(result.g[0].x[c] != 0.0, c <= static_cast<int>(place)) << "cell " << c << " of " << place;
     }
@@ -172,7 +172,7 @@ TEST(FloatingPointTraps, AZeroLastPivotOfLeastSquaresLeavesNoFiniteNumbersThere)
     Result const result = RunOn(mesh, 1, true, [&](COperatorGradient& gradient, Result& r) {
       gradient.GradMethod(phi.Data(), r.g[0].x.Data(), r.g[0].y.Data(), r.g[0].z.Data(), 1);
     });
-    EXPECT_EQ(result.printed, "");
+    EXPECT_EQ("", result.printed);
     for (int c = 1; c <= 5; ++c)
       EXPECT_EQ(std::isfinite(result.g[0].z[c]), c != static_cast<int>(place) + 1) << "cell " << c;
   }

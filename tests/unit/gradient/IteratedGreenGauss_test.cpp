@@ -50,8 +50,7 @@ Field SomeField(TestMesh const& mesh, std::uint64_t seed) {
   return TameField(random, mesh);
 }
 
-// ------------------------------------------------------------------------------------------------- the
-// sweeps
+// ------------------------------------------------------------------------------------------------- the sweeps
 
 TEST(IteratedGreenGauss, EqualsItsPlainFormForEveryNumberOfSweeps) {
   for (std::uint64_t seed = 1; seed <= 10; ++seed) {

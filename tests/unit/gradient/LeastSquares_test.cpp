@@ -426,8 +426,7 @@ TEST(LeastSquares, LastArgumentHasNoEffect) {
   }
 }
 
-// ------------------------------------------------------------------------------------------- singular
-// systems
+// ------------------------------------------------------------------------------------------- singular systems
 
 TEST(LeastSquares, ZeroFirstPivotPrintsTheMessageAndStopsWithoutAnExchange) {
   for (bool const nonBlocking : {false, true}) {
@@ -600,8 +599,7 @@ TEST(LeastSquares, NaNInTheFieldPrintsNothing) {
   EXPECT_TRUE(std::isnan(fit.g.x[1]) && std::isnan(fit.g.y[1]) && std::isnan(fit.g.z[1]));
 }
 
-// ----------------------------------------------------------------------------------------------- empty
-// pieces
+// ----------------------------------------------------------------------------------------------- empty pieces
 
 TEST(LeastSquares, PartitionWithoutInteriorCellsClearsAndExchanges) {
   TestMesh mesh;

@@ -179,8 +179,7 @@ TEST(PlainGreenGauss, NaNStaysInTheCellsOfItsFaces) {
   EXPECT_EQ(-3.0, g.x[fourth]);
 }
 
-// ------------------------------------------------------------------------- face types, orders, volumes,
-// exchange
+// ---------------------------------------------------------------------- face types, orders, volumes, exchange
 
 TEST(PlainGreenGauss, OneSidedFaceAddsToItsCvCellOnly) {
   GuardedGradient const g = Compute(TwoCells(0.5, 1), {0.0, 3.0, 5.0});

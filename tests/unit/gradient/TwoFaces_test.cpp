@@ -57,19 +57,19 @@ double AtRunTime(double value) {
 TEST(TwoFaces, TiesAndNaNsGiveTheSecond) {
   double const zero = AtRunTime(0.0), negativeZero = AtRunTime(-0.0);
   double const notANumber = AtRunTime(NAN), three = AtRunTime(3.0);
-  EXPECT_EQ(two_faces::Lesser(1.0, 2.0), 1.0);
-  EXPECT_EQ(two_faces::Greater(1.0, 2.0), 2.0);
+  EXPECT_EQ(1.0, two_faces::Lesser(1.0, 2.0));
+  EXPECT_EQ(2.0, two_faces::Greater(1.0, 2.0));
   EXPECT_TRUE(std::signbit(two_faces::Lesser(zero, negativeZero)));
   EXPECT_TRUE(std::signbit(two_faces::Greater(zero, negativeZero)));
-  EXPECT_EQ(two_faces::Lesser(notANumber, three), 3.0);
-  EXPECT_EQ(two_faces::Greater(notANumber, three), 3.0);
+  EXPECT_EQ(3.0, two_faces::Lesser(notANumber, three));
+  EXPECT_EQ(3.0, two_faces::Greater(notANumber, three));
   EXPECT_TRUE(std::isnan(two_faces::Lesser(three, notANumber)));
   Two const lesser = two_faces::Lesser(Two{1.0, 4.0}, Two{2.0, 3.0});
   Two const greater = two_faces::Greater(Two{1.0, 4.0}, Two{2.0, 3.0});
-  EXPECT_EQ(lesser[0], 1.0);
-  EXPECT_EQ(lesser[1], 3.0);
-  EXPECT_EQ(greater[0], 2.0);
-  EXPECT_EQ(greater[1], 4.0);
+  EXPECT_EQ(1.0, lesser[0]);
+  EXPECT_EQ(3.0, lesser[1]);
+  EXPECT_EQ(2.0, greater[0]);
+  EXPECT_EQ(4.0, greater[1]);
 }
 
 }  // namespace

@@ -7,9 +7,9 @@
 #include "host/ZYNOptKer.h"
 #include "tests/support/mesh/LatticeMesh.h"
 #include "tests/support/rbf_cell/CellBed.h"
-#include "tests/support/rbf_cell/Undestroyed.h"
 #include "tests/support/watch/AllocationCount.h"
 #include "tests/support/watch/SettingsFolder.h"
+#include "tests/support/watch/Undestroyed.h"
 
 // What construction leaves, what the setters store and answer, what set-up allocates, what the destructor
 // destroys, and what a copy is.
@@ -18,9 +18,6 @@ namespace zyn_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
-std::string const kNoGlobals = "Can not get the object of Global Variables\n";
-std::string const kNoPartFaces = "Can not get the object of Part Faces\n";
-std::string const kNoCommunication = "Can not get the object of Communication\n";
 
 // ---------------------------------------------------------------------------------------------- construction
 
@@ -29,15 +26,6 @@ TEST(CellOperatorRecord, IsAllZeroAndNothingButData) {
   for (double const value : {node.x, node.y, node.z, node.x0, node.y0, node.z0}) EXPECT_EQ(0.0, value);
   EXPECT_EQ(0, node.id);
   EXPECT_FALSE(std::is_polymorphic<RBFnode>::value);
-}
-
-TEST(CellOperatorConstruction, ClearsTheHostObjects) {
-  CZynRBFInternalObject const object;
-  EXPECT_EQ(nullptr, object.m_pPartFace);
-  EXPECT_EQ(nullptr, object.m_pComm);
-  EXPECT_EQ(nullptr, object.m_pGVGPU);
-  EXPECT_EQ(nullptr, object.m_pGVOpenMP);
-  EXPECT_EQ(nullptr, object.m_pGV);
 }
 
 TEST(CellOperatorConstruction, ClearsTheTablesOfTheCells) {
@@ -87,116 +75,6 @@ TEST(CellOperatorConstruction, BeginsTheFailureText) {
   CZynRBFInternalObject object;
   EXPECT_EQ(kPrefix, object.m_szError);
   EXPECT_EQ(object.m_szError, object.getErrorMsg());
-}
-
-TEST(CellOperator, HasAVirtualDestructorAndCharacterBuffersOf1024) {
-  EXPECT_TRUE(std::has_virtual_destructor<CZynRBFInternalObject>::value);
-  EXPECT_EQ(1024U, sizeof(CZynRBFInternalObject::m_szError));
-  EXPECT_EQ(1024U, sizeof(CZynRBFInternalObject::m_szRBFFileName));
-  EXPECT_EQ(8U, sizeof(CZynRBFInternalObject::m_GPUHead));
-}
-
-// ---------------------------------------------------------------------------------------------- host objects
-
-/// Host objects on the stack, for operators that are never destroyed.
-struct StackHost : HostObjects {
-  CZyn3dGV otherGlobals;
-  CZYN3DFiniteVolumeMesh mesh;
-};
-
-TEST(CellOperatorSetters, StoreAllHostObjects) {
-  StackHost host;
-  Undestroyed object;
-  EXPECT_EQ(1, object->getZyn3dGV(&host.globals, &host.gpu, &host.openMP, &host.mesh));
-  EXPECT_EQ(1, object->getPartitionFace(&host.partitionFaces));
-  EXPECT_EQ(1, object->getCommunication(&host.communication));
-  EXPECT_EQ(&host.globals, object->m_pGV);
-  EXPECT_EQ(&host.gpu, object->m_pGVGPU);
-  EXPECT_EQ(&host.openMP, object->m_pGVOpenMP);
-  EXPECT_EQ(&host.mesh, object->m_pMesh);
-  EXPECT_EQ(&host.partitionFaces, object->m_pPartFace);
-  EXPECT_EQ(&host.communication, object->m_pComm);
-  EXPECT_EQ(kPrefix, object->getErrorMsg());
-}
-
-TEST(CellOperatorSetters, CopyTheFirstWordOfTheAcceleratorObject) {
-  StackHost host;
-  Undestroyed object;
-  object->getZyn3dGV(&host.globals, &host.gpu, nullptr, nullptr);
-  EXPECT_EQ(
-      0, std::memcmp(static_cast<void const*>(&object->m_GPUHead), static_cast<void const*>(&host.gpu), 8));
-}
-
-TEST(CellOperatorSetters, KeepFormerValuesForNullsBesideValidGlobals) {
-  StackHost host;
-  Undestroyed object;
-  object->getZyn3dGV(&host.globals, &host.gpu, &host.openMP, &host.mesh);
-  EXPECT_EQ(1, object->getZyn3dGV(&host.otherGlobals, nullptr, nullptr, nullptr));
-  EXPECT_EQ(&host.otherGlobals, object->m_pGV);
-  EXPECT_EQ(&host.gpu, object->m_pGVGPU);
-  EXPECT_EQ(&host.openMP, object->m_pGVOpenMP);
-  EXPECT_EQ(&host.mesh, object->m_pMesh);
-  EXPECT_EQ(
-      0, std::memcmp(static_cast<void const*>(&object->m_GPUHead), static_cast<void const*>(&host.gpu), 8));
-  EXPECT_EQ(kPrefix, object->getErrorMsg());
-}
-
-TEST(CellOperatorSetters, NullGlobalsFailAndNothingIsStored) {
-  StackHost host;
-  Undestroyed object;
-  EXPECT_EQ(-1, object->getZyn3dGV(nullptr, &host.gpu, &host.openMP, &host.mesh));
-  EXPECT_EQ(nullptr, object->m_pGV);
-  EXPECT_EQ(nullptr, object->m_pGVGPU);
-  EXPECT_EQ(nullptr, object->m_pGVOpenMP);
-  EXPECT_EQ(kPrefix + kNoGlobals, object->getErrorMsg());
-}
-
-TEST(CellOperatorSetters, NullGlobalsLeaveFormerObjects) {
-  StackHost host;
-  Undestroyed object;
-  object->getZyn3dGV(&host.globals, nullptr, nullptr, &host.mesh);
-  CZYN3DFiniteVolumeMesh other;
-  EXPECT_EQ(-1, object->getZyn3dGV(nullptr, &host.gpu, nullptr, &other));
-  EXPECT_EQ(&host.globals, object->m_pGV);
-  EXPECT_EQ(&host.mesh, object->m_pMesh);
-  EXPECT_EQ(nullptr, object->m_pGVGPU);
-}
-
-TEST(CellOperatorSetters, NullPartitionFacesFailAndKeepTheFormer) {
-  StackHost host;
-  Undestroyed object;
-  object->getPartitionFace(&host.partitionFaces);
-  EXPECT_EQ(-1, object->getPartitionFace(nullptr));
-  EXPECT_EQ(&host.partitionFaces, object->m_pPartFace);
-  EXPECT_EQ(kPrefix + kNoPartFaces, object->getErrorMsg());
-}
-
-TEST(CellOperatorSetters, NullCommunicationFailsAndKeepsTheFormer) {
-  StackHost host;
-  Undestroyed object;
-  object->getCommunication(&host.communication);
-  EXPECT_EQ(-1, object->getCommunication(nullptr));
-  EXPECT_EQ(&host.communication, object->m_pComm);
-  EXPECT_EQ(kPrefix + kNoCommunication, object->getErrorMsg());
-}
-
-TEST(CellOperatorFailureText, GathersTheFailuresInTheirOrder) {
-  CZynRBFInternalObject object;
-  object.getCommunication(nullptr);
-  object.getZyn3dGV(nullptr, nullptr, nullptr, nullptr);
-  object.getPartitionFace(nullptr);
-  object.getCommunication(nullptr);
-  EXPECT_EQ(kPrefix + kNoCommunication + kNoGlobals + kNoPartFaces + kNoCommunication, object.getErrorMsg());
-}
-
-TEST(CellOperatorFailureText, IsCutAt1023Characters) {
-  CZynRBFInternalObject object;
-  std::string all = kPrefix;
-  for (int i = 0; i < 40; ++i) {
-    object.getPartitionFace(nullptr);
-    all += kNoPartFaces;
-    EXPECT_EQ(all.substr(0, 1023), object.getErrorMsg());
-  }
 }
 
 // ---------------------------------------------------------------------------------------------------- set-up
@@ -450,16 +328,16 @@ void ExpectSameTables(CZynRBFInternalObject const& a, CZynRBFInternalObject cons
 }
 
 TEST(CellOperatorCopy, TakesEveryMemberAsItStands) {
-  Undestroyed source;
+  Undestroyed<CZynRBFInternalObject> source;
   FillAllMembers(*source);
-  Undestroyed copy(*source);
+  Undestroyed<CZynRBFInternalObject> copy(*source);
   ExpectSameHostObjects(*source, *copy);
   ExpectSameValues(*source, *copy);
   ExpectSameTables(*source, *copy);
 }
 
 TEST(CellOperatorAssignment, TakesEveryMemberAsItStandsAndReturnsTheTarget) {
-  Undestroyed source, target;
+  Undestroyed<CZynRBFInternalObject> source, target;
   FillAllMembers(*source);
   EXPECT_EQ(&*target, &(*target = *source));
   ExpectSameHostObjects(*source, *target);
@@ -471,7 +349,7 @@ TEST(CellOperatorAssignment, ReleasesNothingThatTheTargetHeld) {
   CellBed source(SomeMesh()), holder(SomeMesh());
   source.SetUp();
   holder.SetUpAndDerive();
-  Undestroyed target(*holder.object);  // shares the holder's tables and host objects
+  Undestroyed<CZynRBFInternalObject> target(*holder.object);  // shares the holder's tables and host objects
   *target = *source.object;
   EXPECT_TRUE(holder.host.destroyed.empty());
   EXPECT_EQ(1, holder.object->m_ppRBFCellConn[1][1]);
@@ -481,7 +359,7 @@ TEST(CellOperatorAssignment, ReleasesNothingThatTheTargetHeld) {
 TEST(CellOperatorAssignment, ToItselfChangesNothing) {
   CellBed bed(SomeMesh());
   bed.SetUpAndDerive();
-  Undestroyed before(*bed.object);
+  Undestroyed<CZynRBFInternalObject> before(*bed.object);
   CZynRBFInternalObject const& same = *bed.object;
   *bed.object = same;
   ExpectSameHostObjects(*before, *bed.object);

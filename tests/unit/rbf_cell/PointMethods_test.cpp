@@ -13,10 +13,10 @@
 #include "tests/support/mesh/LatticeMesh.h"
 #include "tests/support/rbf_cell/CellBed.h"
 #include "tests/support/rbf_cell/TableComparison.h"
-#include "tests/support/rbf_cell/Undestroyed.h"
 #include "tests/support/watch/AllocationCount.h"
 #include "tests/support/watch/FlushedOutput.h"
 #include "tests/support/watch/SettingsFolder.h"
+#include "tests/support/watch/Undestroyed.h"
 
 // The cell operator's own six methods for free points, which do not add up to a working path: what each does and
 // what it leaves alone.
@@ -328,7 +328,7 @@ TEST(CellPointSetUp, ASecondOneLeavesTheTablesToACopyMadeInBetween) {
   for (int i = 1; i <= 3; ++i)
     bed.object->DeriveIBCoefficentBysolveDQfullMatrix(i, bed.x.Data(), y.Data(), z.Data(),
                                                       bed.support.Data());
-  Undestroyed copy(*bed.object);
+  Undestroyed<CZynRBFInternalObject> copy(*bed.object);
   std::vector<List> stencils;
   std::vector<double> weights;
   for (int i = 1; i <= 3; ++i) {

@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "tests/support/mesh/SmallMeshes.h"
@@ -36,28 +33,12 @@ struct Reader : CellBed {
 
 // --------------------------------------------------------------------------------------------- the new file
 
-TEST(CellSettings, FirstRunWritesTheDefaultsAndTakesThem) {
-  Reader reader;
-  EXPECT_EQ(kDefaultLine, reader.ReadSettings());
-  EXPECT_EQ("1001\nSpan              = 500\nShape Normalize   = 0\n", reader.folder.Read());
-  reader.ExpectValues(500.0, 0);
-}
-
 TEST(CellSettings, WrittenKeysReachToColumn18) {
   Reader reader;
   reader.ReadSettings();
   std::string const file = reader.folder.Read();
   EXPECT_EQ(5U + 18U, file.find('='));
   EXPECT_EQ(file.find('\n', 5) + 1 + 18U, file.rfind('='));
-}
-
-TEST(CellSettings, SecondRunReadsTheFileSilently) {
-  Reader reader;
-  reader.ReadSettings();
-  reader.object->Span = 1.0;
-  EXPECT_EQ("", reader.ReadSettings());
-  reader.ExpectValues(500.0, 0);
-  EXPECT_EQ(DefaultSettings(), reader.folder.Read());
 }
 
 TEST(CellSettings, MessagesAreFlushedAtOnce) {
@@ -100,15 +81,7 @@ TEST(CellSettings, SetUpReadsThemBeforeTheCollation) {
   EXPECT_EQ(1, bed.object->iShape_Normalize);
 }
 
-// ------------------------------------------------------------------------------------------------- the
-// values
-
-TEST(CellSettings, FractionalSpanIsHonoured) {
-  Reader reader(Settings("37.25", "0"));
-  EXPECT_EQ("", reader.ReadSettings());
-  reader.ExpectValues(37.25, 0);
-  EXPECT_EQ(Settings("37.25", "0"), reader.folder.Read()) << "a file of its own is not written to";
-}
+// ------------------------------------------------------------------------------------------------- the values
 
 TEST(CellSettings, SpanIsReadLikeANumberInText) {
   Reader scientific(Settings("2.5e2 times", "0")), negative(Settings("-3", "0")), word(Settings("wide", "0"));
@@ -142,25 +115,12 @@ TEST(CellSettings, ShapeNormalizeIsReadAsAnInteger) {
   negative.ExpectValues(5.0, -1);
 }
 
-// --------------------------------------------------------------------------------------------- lines by
-// place
-
-TEST(CellSettings, MisspeltKeysLoadByTheirPlace) {
-  Reader reader("1001\nSpam = 25\nnonsense = 1\n");
-  reader.ReadSettings();
-  reader.ExpectValues(25.0, 1);
-}
+// --------------------------------------------------------------------------------------------- lines by place
 
 TEST(CellSettings, SwappedLinesLoadByTheirPlace) {
   Reader reader("1001\nShape Normalize = 1\nSpan = 25\n");
   EXPECT_EQ("", reader.ReadSettings());
   reader.ExpectValues(1.0, 25);
-}
-
-TEST(CellSettings, FurtherLinesAreNotRead) {
-  Reader reader(Settings("25", "0") + "Span = 3\nShape = 1\n");
-  reader.ReadSettings();
-  reader.ExpectValues(25.0, 0);
 }
 
 TEST(CellSettings, ThirdLineMissingTakesSpanForTheShape) {
@@ -213,21 +173,6 @@ TEST(CellSettings, EmptySecondAndThirdLinesAreZero) {
   reader.ExpectValues(0.0, 0);
 }
 
-TEST(CellSettings, CarriageReturnsDoNoHarm) {
-  Reader reader("1001\r\nSpan              = 25\r\nShape Normalize   = 1\r\n");
-  EXPECT_EQ(kShapeOn, reader.ReadSettings());
-  reader.ExpectValues(25.0, 1);
-}
-
-TEST(CellSettings, FormatNumberMayBeFollowedByText) {
-  for (char const* const first :
-       {"1001", "  1001", "\t1001 ", "1001.5", "1001 cell operator", "+1001", "01001"}) {
-    Reader reader(std::string(first) + "\nSpan = 25\nShape = 2\n");
-    EXPECT_EQ("", reader.ReadSettings()) << first;
-    reader.ExpectValues(25.0, 2);
-  }
-}
-
 // ------------------------------------------------------------------------------------------ files of others
 
 void ExpectStartedAnew(std::string const& file) {
@@ -237,50 +182,7 @@ void ExpectStartedAnew(std::string const& file) {
   reader.ExpectValues(500.0, 0);
 }
 
-TEST(CellSettings, FileOfThePointOperatorIsDeletedAndWrittenAnew) {
-  ExpectStartedAnew("1002\nSpan = 25\nShape Normalize = 1\n");
-}
-
-TEST(CellSettings, FileOfTheFaceOperatorIsDeletedAndWrittenAnew) {
-  ExpectStartedAnew("1004\nSpan = 25\nSearch_method = 1\nSearch_number = 2\n");
-}
-
-TEST(CellSettings, OtherNumbersAreDeletedAndWrittenAnew) {
-  for (char const* const first : {"0", "-1001", "10010", "100", "1000", "1 001", "0x3E9", "1e3"})
-    ExpectStartedAnew(std::string(first) + "\nSpan = 25\nShape Normalize = 1\n");
-}
-
-TEST(CellSettings, TextInTheFirstLineIsDeletedAndWrittenAnew) {
-  ExpectStartedAnew("format 1001\nSpan = 25\nShape Normalize = 1\n");
-}
-
-TEST(CellSettings, EmptyFirstLineIsDeletedAndWrittenAnew) {
-  ExpectStartedAnew("\n1001\nSpan = 25\nShape Normalize = 1\n");
-}
-
-TEST(CellSettings, EmptyFileIsDeletedAndWrittenAnew) { ExpectStartedAnew(""); }
-
-TEST(CellSettings, DeletionIsOfTheNameNotOfWhatALinkPointsTo) {
-  Reader reader;
-  std::string const users = reader.folder.Path() + "/users.txt";
-  std::ofstream(users) << "1002\nof the user\n";
-  std::filesystem::create_symlink(users, reader.folder.SettingsFileName());
-  EXPECT_EQ(kDefaultLine, reader.ReadSettings());
-  EXPECT_FALSE(std::filesystem::is_symlink(reader.folder.SettingsFileName()));
-  EXPECT_EQ(DefaultSettings(), reader.folder.Read());
-  EXPECT_TRUE(std::filesystem::exists(users));
-}
-
-// ---------------------------------------------------------------------------------------- files of any
-// content
-
-TEST(CellSettings, FirstLineIsReadTo254Characters) {
-  Reader fits(std::string(250, ' ') + "1001\nSpan = 25\nShape = 2\n");
-  EXPECT_EQ("", fits.ReadSettings());
-  fits.ExpectValues(25.0, 2);
-  ExpectStartedAnew(std::string(251, ' ') + "1001\nSpan = 25\nShape = 2\n");  // 254 characters end in "100"
-  ExpectStartedAnew(std::string(300, ' ') + "1001\nSpan = 25\nShape = 2\n");
-}
+// --------------------------------------------------------------------------------------- files of any content
 
 // The lines behind the format number are read in pieces of 511 characters: the first line is two pieces here,
 // so that it counts for lines 1 and 2, and line 2 of the file counts for line 3.
@@ -337,121 +239,6 @@ TEST(CellSettings, AllByteValuesDoNoHarm) {
   Reader reader("1001\n" + bytes + "\n" + bytes);
   reader.ReadSettings();
   EXPECT_EQ("1001\n" + bytes + "\n" + bytes, reader.folder.Read());
-}
-
-// -------------------------------------------------------------------------- what cannot be opened or written
-
-TEST(CellSettings, MissingFolderKeepsTheValues) {
-  Reader reader;
-  std::filesystem::remove_all(reader.folder.Path());
-  EXPECT_EQ(kDefaultLine, reader.ReadSettings());
-  reader.ExpectValuesKept();
-  EXPECT_FALSE(reader.folder.Exists());
-}
-
-TEST(CellSettings, FolderOfThatNameStaysAndDoesNoHarm) {
-  Reader reader;
-  std::string const inside = reader.folder.SettingsFileName() + "/file";
-  std::filesystem::create_directory(reader.folder.SettingsFileName());
-  std::ofstream(inside) << "content";
-  EXPECT_EQ(kDefaultLine + "\n", reader.ReadSettings());
-  EXPECT_EQ(7U, std::filesystem::file_size(inside));
-  reader.ExpectValuesKept();
-}
-
-TEST(CellSettings, EmptyFolderOfThatNameStaysAndDoesNoHarm) {
-  Reader reader;
-  std::filesystem::create_directory(reader.folder.SettingsFileName());
-  EXPECT_EQ(kDefaultLine + "\n", reader.ReadSettings());
-  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
-  reader.ExpectValuesKept();
-}
-
-/// Gives up the rights of the superuser for its lifetime, so that permissions count.
-class WithoutPrivileges {
- public:
-  WithoutPrivileges() {
-    if (geteuid() == 0 && seteuid(65534) == 0) wasRoot_ = true;
-  }
-  ~WithoutPrivileges() {
-    if (wasRoot_ && seteuid(0) != 0) ADD_FAILURE() << "the superuser's rights did not come back";
-  }
-  WithoutPrivileges(WithoutPrivileges const&) = delete;
-  WithoutPrivileges& operator=(WithoutPrivileges const&) = delete;
-
-  bool Effective() const { return geteuid() != 0; }
-
- private:
-  bool wasRoot_ = false;
-};
-
-/// Reads the settings under the given permissions of file and folder, for everybody alike.
-/// @return whether this user can be kept from anything by permissions
-bool ReadUnderPermissions(Reader& reader, mode_t file, mode_t folder, std::string& printed) {
-  if (reader.folder.Exists()) {
-    EXPECT_EQ(0, chmod(reader.folder.SettingsFileName().c_str(), file));
-  }
-  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), folder));
-  bool effective = false;
-  {
-    WithoutPrivileges const asAnyone;
-    effective = asAnyone.Effective();
-    if (effective) printed = reader.ReadSettings();
-  }
-  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), 0777));
-  return effective;
-}
-
-constexpr mode_t kNone = 0, kRead = 0444, kWritable = 0777, kReadOnlyFolder = 0555;
-
-TEST(CellSettings, UnreadableFileIsReplacedByTheDefaults) {
-  Reader reader(Settings("25", "1"));
-  std::string printed;
-  if (!ReadUnderPermissions(reader, kNone, kWritable, printed))
-    GTEST_SKIP() << "permissions do not bind this user";
-  EXPECT_EQ(kDefaultLine + "\n" + kDefaultLine, printed);
-  EXPECT_EQ(DefaultSettings(), reader.folder.Read());
-  reader.ExpectValues(500.0, 0);
-}
-
-TEST(CellSettings, UnreadableFileInAReadOnlyFolderKeepsTheValues) {
-  Reader reader(Settings("25", "1"));
-  std::string printed;
-  if (!ReadUnderPermissions(reader, kNone, kReadOnlyFolder, printed))
-    GTEST_SKIP() << "permissions do not bind this user";
-  EXPECT_EQ(kDefaultLine + "\n", printed);
-  reader.ExpectValuesKept();
-  chmod(reader.folder.SettingsFileName().c_str(), kRead);
-  EXPECT_EQ(Settings("25", "1"), reader.folder.Read());
-}
-
-TEST(CellSettings, ForeignFileThatCannotBeDeletedIsReadByPlace) {
-  Reader reader("1002\nSpan = 25\nShape = 1\n");
-  std::string printed;
-  if (!ReadUnderPermissions(reader, kRead, kReadOnlyFolder, printed))
-    GTEST_SKIP() << "permissions do not bind this user";
-  EXPECT_EQ(kShapeOn, printed);
-  reader.ExpectValues(25.0, 1);
-  EXPECT_EQ("1002\nSpan = 25\nShape = 1\n", reader.folder.Read());
-}
-
-TEST(CellSettings, ReadOnlyFolderWithoutAFileKeepsTheValues) {
-  Reader reader;
-  std::string printed;
-  if (!ReadUnderPermissions(reader, kRead, kReadOnlyFolder, printed))
-    GTEST_SKIP() << "permissions do not bind this user";
-  EXPECT_EQ(kDefaultLine, printed);
-  EXPECT_FALSE(reader.folder.Exists());
-  reader.ExpectValuesKept();
-}
-
-TEST(CellSettings, ReadOnlyFileOfItsOwnIsRead) {
-  Reader reader(Settings("25", "1"));
-  std::string printed;
-  if (!ReadUnderPermissions(reader, kRead, kReadOnlyFolder, printed))
-    GTEST_SKIP() << "permissions do not bind this user";
-  EXPECT_EQ(kShapeOn, printed);
-  reader.ExpectValues(25.0, 1);
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 #include <random>
 #include <vector>
 
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/host/GuardedArray.h"
 #include "tests/support/mesh/BoxMesh.h"
-#include "tests/support/rbf_cell/TableComparison.h"
 #include "tests/support/rbf_face/FaceBed.h"
 #include "tests/support/watch/AllocationCount.h"
 

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/mesh/BoxMesh.h"
-#include "tests/support/rbf_cell/TableComparison.h"
 #include "tests/support/rbf_face/FaceBed.h"
 #include "tests/support/rbf_face/FaceTables.h"
 

@@ -3,7 +3,6 @@
 #include <cstring>
 #include <new>
 #include <string>
-#include <type_traits>
 #include <utility>
 
 #include "tests/support/host/GuardedArray.h"
@@ -23,9 +22,6 @@ using Object = CZynFaceRBFInternalObject;
 using Array = GuardedArray<double>;
 
 std::string const kPrefix = "Operator Gradient Error = ";
-std::string const kNoGlobals = "Can not get the object of Global Variables\n";
-std::string const kNoPartFaces = "Can not get the object of Part Faces\n";
-std::string const kNoCommunication = "Can not get the object of Communication\n";
 
 // ------------------------------------------------------------------------------------------------ construction
 
@@ -118,131 +114,17 @@ TEST(FaceOperatorConstruction, BeginsTheFailureText) {
   EXPECT_EQ(object.ErrorMsg, object.getErrorMsg());
 }
 
-TEST(FaceOperator, HasAVirtualDestructorAndCharacterBuffersOf1024) {
-  EXPECT_TRUE(std::has_virtual_destructor<Object>::value);
-  EXPECT_EQ(1024U, sizeof(Object::ErrorMsg));
-  EXPECT_EQ(1024U, sizeof(Object::RBFFileName));
-  EXPECT_EQ(8U, sizeof(Object::GPUFirstWord));
-}
-
 // ------------------------------------------------------------------------------------------------ host objects
 
-/// Host objects that nobody looks into.
-struct SomeHost {
-  TestMesh plan = TwoCubes();
-  FaceHost host{plan, "run.cas"};
-  CZyn3dGV otherGlobals;
-  CZYN3DFiniteVolumeMesh otherMesh;
-  FaceParameters otherParameters;
-};
-
-TEST(FaceOperatorSetters, StoreAllHostObjects) {
-  SomeHost s;
-  Object object;
-  EXPECT_EQ(1, object.getZyn3dGV(&s.host.globals, &s.host.gpu, &s.host.openMP, &s.host.mesh));
-  EXPECT_EQ(1, object.getPartitionFace(&s.host.partitionFaces));
-  EXPECT_EQ(1, object.getCommunication(&s.host.communication));
-  EXPECT_EQ(1, object.SetZYNKNCMP(&s.host.parameters));
-  EXPECT_EQ(&s.host.globals, object.pGV);
-  EXPECT_EQ(&s.host.gpu, object.pGVGPU);
-  EXPECT_EQ(&s.host.openMP, object.pGVOpenMP);
-  EXPECT_EQ(&s.host.mesh, object.pMesh);
-  EXPECT_EQ(&s.host.partitionFaces, object.pPartFace);
-  EXPECT_EQ(&s.host.communication, object.pCommunication);
-  EXPECT_EQ(&s.host.parameters, object.pKNCMP);
-  EXPECT_EQ(kPrefix, object.getErrorMsg());
-}
-
-TEST(FaceOperatorSetters, CopyTheFirstWordOfTheAcceleratorObject) {
-  SomeHost s;
-  Object object;
-  object.getZyn3dGV(&s.host.globals, &s.host.gpu, nullptr, nullptr);
-  EXPECT_EQ(0, std::memcmp(static_cast<void const*>(&object.GPUFirstWord),
-                           static_cast<void const*>(&s.host.gpu), 8));
-}
-
-TEST(FaceOperatorSetters, KeepFormerValuesForNullsBesideValidGlobals) {
-  SomeHost s;
-  Object object;
-  object.getZyn3dGV(&s.host.globals, &s.host.gpu, &s.host.openMP, &s.host.mesh);
-  std::uint64_t const word = object.GPUFirstWord;
-  EXPECT_EQ(1, object.getZyn3dGV(&s.otherGlobals, nullptr, nullptr, nullptr));
-  EXPECT_EQ(&s.otherGlobals, object.pGV);
-  EXPECT_EQ(&s.host.gpu, object.pGVGPU);
-  EXPECT_EQ(&s.host.openMP, object.pGVOpenMP);
-  EXPECT_EQ(&s.host.mesh, object.pMesh);
-  EXPECT_EQ(word, object.GPUFirstWord);
-  EXPECT_EQ(kPrefix, object.getErrorMsg());
-}
-
-TEST(FaceOperatorSetters, NullGlobalsFailAndNothingIsStored) {
-  SomeHost s;
-  Object object;
-  EXPECT_EQ(-1, object.getZyn3dGV(nullptr, &s.host.gpu, &s.host.openMP, &s.host.mesh));
-  EXPECT_EQ(nullptr, object.pGV);
-  EXPECT_EQ(nullptr, object.pGVGPU);
-  EXPECT_EQ(nullptr, object.pGVOpenMP);
-  EXPECT_EQ(nullptr, object.pMesh);
-  EXPECT_EQ(0U, object.GPUFirstWord);
-  EXPECT_EQ(kPrefix + kNoGlobals, object.getErrorMsg());
-}
-
-TEST(FaceOperatorSetters, NullGlobalsLeaveFormerObjects) {
-  SomeHost s;
-  Object object;
-  object.getZyn3dGV(&s.host.globals, nullptr, nullptr, &s.host.mesh);
-  EXPECT_EQ(-1, object.getZyn3dGV(nullptr, &s.host.gpu, nullptr, &s.otherMesh));
-  EXPECT_EQ(&s.host.globals, object.pGV);
-  EXPECT_EQ(&s.host.mesh, object.pMesh);
-  EXPECT_EQ(nullptr, object.pGVGPU);
-}
-
-TEST(FaceOperatorSetters, NullPartitionFacesFailAndKeepTheFormer) {
-  SomeHost s;
-  Object object;
-  object.getPartitionFace(&s.host.partitionFaces);
-  EXPECT_EQ(-1, object.getPartitionFace(nullptr));
-  EXPECT_EQ(&s.host.partitionFaces, object.pPartFace);
-  EXPECT_EQ(kPrefix + kNoPartFaces, object.getErrorMsg());
-}
-
-TEST(FaceOperatorSetters, NullCommunicationFailsAndKeepsTheFormer) {
-  SomeHost s;
-  Object object;
-  object.getCommunication(&s.host.communication);
-  EXPECT_EQ(-1, object.getCommunication(nullptr));
-  EXPECT_EQ(&s.host.communication, object.pCommunication);
-  EXPECT_EQ(kPrefix + kNoCommunication, object.getErrorMsg());
-}
-
 TEST(FaceOperatorSetters, NullParametersAreNoFailureAndKeepTheFormer) {
-  SomeHost s;
+  FaceParameters parameters;
   Object object;
   EXPECT_EQ(1, object.SetZYNKNCMP(nullptr));
   EXPECT_EQ(nullptr, object.pKNCMP);
-  object.SetZYNKNCMP(&s.otherParameters);
+  object.SetZYNKNCMP(&parameters);
   EXPECT_EQ(1, object.SetZYNKNCMP(nullptr));
-  EXPECT_EQ(&s.otherParameters, object.pKNCMP);
+  EXPECT_EQ(&parameters, object.pKNCMP);
   EXPECT_EQ(kPrefix, object.getErrorMsg());
-}
-
-TEST(FaceOperatorFailureText, GathersTheFailuresInTheirOrder) {
-  Object object;
-  object.getCommunication(nullptr);
-  object.getZyn3dGV(nullptr, nullptr, nullptr, nullptr);
-  object.getPartitionFace(nullptr);
-  object.getCommunication(nullptr);
-  EXPECT_EQ(kPrefix + kNoCommunication + kNoGlobals + kNoPartFaces + kNoCommunication, object.getErrorMsg());
-}
-
-TEST(FaceOperatorFailureText, IsCutAt1023Characters) {
-  Object object;
-  std::string all = kPrefix;
-  for (int i = 0; i < 40; ++i) {
-    object.getPartitionFace(nullptr);
-    all += kNoPartFaces;
-    EXPECT_EQ(all.substr(0, 1023), object.getErrorMsg());
-  }
 }
 
 // ------------------------------------------------------------------------------------------- texts of settings

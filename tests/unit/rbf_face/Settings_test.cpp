@@ -1,14 +1,10 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "tests/support/mesh/BoxMesh.h"
 #include "tests/support/rbf_face/FaceBed.h"
-#include "tests/support/watch/FlushedOutput.h"
 #include "tests/support/watch/SettingsFolder.h"
 
 // Where the settings come from: how the file is written, which lines are read, what makes it start anew; and the
@@ -51,13 +47,6 @@ struct Reader : FaceBed {
 
 // ------------------------------------------------------------------------------------------------ the new file
 
-TEST(FaceSettings, FirstRunWritesTheDefaultsAndTakesThem) {
-  Reader reader;
-  EXPECT_EQ(kDefaultLine, reader.Read());
-  EXPECT_EQ(kDefaults, reader.folder.Read());
-  reader.ExpectDefaults();
-}
-
 TEST(FaceSettings, WrittenDistanceIsTwiceTheMeanDistanceWithSixDigits) {
   Reader reader;
   reader.object.MeanDistance = 1.0 / 3.0;
@@ -74,26 +63,6 @@ TEST(FaceSettings, SetUpMeasuresTheMeshBeforeItWritesTheFile) {
   EXPECT_NE(std::string::npos, bed.folder.Read().find("\nSearch_distance   = 2.000000\n"));
 }
 
-TEST(FaceSettings, SecondRunReadsTheFileSilently) {
-  Reader reader;
-  reader.Read();
-  reader.object.Span = 1.0;
-  EXPECT_EQ("", reader.Read());
-  reader.ExpectDefaults();
-  EXPECT_EQ(kDefaults, reader.folder.Read());
-}
-
-TEST(FaceSettings, MessageIsFlushedAtOnce) {
-  Reader reader;
-  std::string arrived;
-  {
-    FlushedOutput const output;
-    reader.object.ReadRBFbackdoorfile();
-    arrived = output.Arrived();
-  }
-  EXPECT_EQ(kDefaultLine, arrived);
-}
-
 // -------------------------------------------------------------------------------------------------- the values
 
 TEST(FaceSettings, AllFiveLinesAreTaken) {
@@ -102,12 +71,6 @@ TEST(FaceSettings, AllFiveLinesAreTaken) {
   reader.ExpectValues(25.0, 2, 0.75, 12, true);
   EXPECT_EQ(Settings("25", "2", "0.75", "12", "1"), reader.folder.Read())
       << "a file of its own is not written to";
-}
-
-TEST(FaceSettings, FractionalSpanIsHonoured) {
-  Reader reader(Settings("37.25", "4", "1", "20", "0"));
-  reader.Read();
-  EXPECT_EQ(37.25, reader.object.Span);
 }
 
 TEST(FaceSettings, NumbersAreReadAsFarAsTheyGo) {
@@ -143,23 +106,11 @@ TEST(FaceSettings, DebugModeThatIsNotAbove0KeepsItsValue) {
 
 // ---------------------------------------------------------------------------------------------- lines by place
 
-TEST(FaceSettings, MisspeltKeysLoadByTheirPlace) {
-  Reader reader("1004\nSpam = 25\na = 2\nb = 0.75\nc = 12\nd = 1\n");
-  reader.Read();
-  reader.ExpectValues(25.0, 2, 0.75, 12, true);
-}
-
 TEST(FaceSettings, SwappedLinesLoadByTheirPlace) {
   Reader reader(
       "1004\nSearch_number = 12\nDebug mode = 1\nSpan = 25\niSearch_method = 2\nSearch_distance = 3\n");
   reader.Read();
   reader.ExpectValues(12.0, 1, 25.0, 2, true);
-}
-
-TEST(FaceSettings, FurtherLinesAreNotRead) {
-  Reader reader(Settings("25", "2", "0.75", "12", "0") + "Span = 3\nDebug mode = 1\n");
-  reader.Read();
-  reader.ExpectValues(25.0, 2, 0.75, 12, false);
 }
 
 // What a read beyond the end leaves is the line before, which then counts once more.
@@ -173,12 +124,6 @@ TEST(FaceSettings, LineWithoutEqualsSignIsItsLastCharacter) {
   Reader reader("1004\nSpan 25\n2\n0.5\n12\n1");
   reader.Read();
   reader.ExpectValues(0.0, 0, 0.0, 0, true);  // the newline of the first four, the 1 of the last
-}
-
-TEST(FaceSettings, CarriageReturnsDoNoHarm) {
-  Reader reader("1004\r\nSpan = 25\r\nm = 2\r\nd = 0.75\r\nn = 12\r\nDebug = 1\r\n");
-  EXPECT_EQ("", reader.Read());
-  reader.ExpectValues(25.0, 2, 0.75, 12, true);
 }
 
 TEST(FaceSettings, LineOfMoreThan511CharactersCountsTwice) {
@@ -198,54 +143,7 @@ TEST(FaceSettings, VeryLongKeysAndValuesDoNoHarm) {
   }
 }
 
-// ------------------------------------------------------------------------------------------- files of others
-
-void ExpectStartedAnew(std::string const& file) {
-  Reader reader(file);
-  EXPECT_EQ(kDefaultLine, reader.Read()) << file;
-  EXPECT_EQ(kDefaults, reader.folder.Read()) << file;
-  reader.ExpectDefaults();
-}
-
-TEST(FaceSettings, FileOfTheCellOperatorIsDeletedAndWrittenAnew) {
-  ExpectStartedAnew("1001\nSpan              = 500\nShape Normalize   = 0\n");
-}
-
-TEST(FaceSettings, FileOfThePointOperatorIsDeletedAndWrittenAnew) {
-  ExpectStartedAnew("1002\nSpan = 25\niSearch_method = 1\nSearch_distance = 2\nSearch_number = 2\n");
-}
-
-TEST(FaceSettings, OtherFirstLinesAreDeletedAndWrittenAnew) {
-  for (char const* const first : {"0", "-1004", "10040", "100", "1 004", "0x3EC", "format 1004", ""})
-    ExpectStartedAnew(std::string(first) + "\nSpan = 25\nm = 2\nd = 1\nn = 2\ndebug = 1\n");
-  ExpectStartedAnew("");
-}
-
-TEST(FaceSettings, FormatNumberMayBeFollowedByText) {
-  for (char const* const first : {"1004", "  1004", "\t1004 ", "1004.5", "1004 face operator", "+1004"}) {
-    Reader reader(std::string(first) + "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n");
-    EXPECT_EQ("", reader.Read()) << first;
-    reader.ExpectValues(25.0, 2, 0.75, 12, true);
-  }
-}
-
-TEST(FaceSettings, FirstLineIsReadTo255Characters) {
-  std::string const values = "\nSpan = 25\nm = 2\nd = 0.75\nn = 12\ndebug = 1\n";
-  Reader fits(std::string(251, ' ') + "1004" + values);
-  EXPECT_EQ("", fits.Read());
-  fits.ExpectValues(25.0, 2, 0.75, 12, true);
-  ExpectStartedAnew(std::string(252, ' ') + "1004" + values);  // 255 characters end in "100"
-}
-
 // -------------------------------------------------------------------------- what cannot be opened or written
-
-TEST(FaceSettings, MissingFolderKeepsTheValues) {
-  Reader reader;
-  std::filesystem::remove_all(reader.folder.Path());
-  EXPECT_EQ(kDefaultLine, reader.Read());
-  reader.ExpectValuesKept();
-  EXPECT_FALSE(reader.folder.Exists());
-}
 
 TEST(FaceSettings, SetUpWithoutAWritableFileGoesOnWithTheDefaults) {
   FaceBed bed(SkewedCubesOfAllGroups());
@@ -254,64 +152,6 @@ TEST(FaceSettings, SetUpWithoutAWritableFileGoesOnWithTheDefaults) {
   EXPECT_EQ(1000.0, bed.object.Span);
   EXPECT_EQ(4, bed.object.iSearch_method);
   EXPECT_GT(bed.object.m_ppFaceCellConn[1][0], 2);
-}
-
-TEST(FaceSettings, FolderOfThatNameStaysAndDoesNoHarm) {
-  Reader reader;
-  std::filesystem::create_directory(reader.folder.SettingsFileName());
-  EXPECT_EQ(kDefaultLine + "\n", reader.Read());
-  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
-  reader.ExpectValuesKept();
-}
-
-/// Gives up the rights of the superuser for its lifetime, so that permissions count.
-class WithoutPrivileges {
- public:
-  WithoutPrivileges() {
-    if (geteuid() == 0 && seteuid(65534) == 0) wasRoot_ = true;
-  }
-  ~WithoutPrivileges() {
-    if (wasRoot_ && seteuid(0) != 0) ADD_FAILURE() << "the superuser's rights did not come back";
-  }
-  WithoutPrivileges(WithoutPrivileges const&) = delete;
-  WithoutPrivileges& operator=(WithoutPrivileges const&) = delete;
-
-  bool Effective() const { return geteuid() != 0; }
-
- private:
-  bool wasRoot_ = false;
-};
-
-/// Reads the settings without a right to read the file, in a folder with the given rights.
-/// @return whether this user can be kept from anything by permissions
-bool ReadUnreadable(Reader& reader, mode_t folder, std::string& printed) {
-  EXPECT_EQ(0, chmod(reader.folder.SettingsFileName().c_str(), 0));
-  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), folder));
-  bool effective = false;
-  {
-    WithoutPrivileges const asAnyone;
-    effective = asAnyone.Effective();
-    if (effective) printed = reader.Read();
-  }
-  EXPECT_EQ(0, chmod(reader.folder.Path().c_str(), 0777));
-  return effective;
-}
-
-TEST(FaceSettings, UnreadableFileIsReplacedByTheDefaults) {
-  Reader reader(Settings("25", "2", "1", "12", "1"));
-  std::string printed;
-  if (!ReadUnreadable(reader, 0777, printed)) GTEST_SKIP() << "permissions do not bind this user";
-  EXPECT_EQ(kDefaultLine + "\n" + kDefaultLine, printed);
-  EXPECT_EQ(kDefaults, reader.folder.Read());
-  reader.ExpectDefaults();
-}
-
-TEST(FaceSettings, UnreadableFileInAReadOnlyFolderKeepsTheValues) {
-  Reader reader(Settings("25", "2", "1", "12", "1"));
-  std::string printed;
-  if (!ReadUnreadable(reader, 0555, printed)) GTEST_SKIP() << "permissions do not bind this user";
-  EXPECT_EQ(kDefaultLine + "\n", printed);
-  reader.ExpectValuesKept();
 }
 
 // ------------------------------------------------------------------------------------------ the parameter block

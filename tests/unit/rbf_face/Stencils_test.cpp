@@ -6,8 +6,8 @@
 #include <set>
 #include <vector>
 
+#include "tests/support/compare/SameBits.h"
 #include "tests/support/mesh/BoxMesh.h"
-#include "tests/support/rbf_cell/TableComparison.h"
 #include "tests/support/rbf_face/FaceBed.h"
 #include "tests/support/rbf_face/FaceTables.h"
 #include "tests/support/watch/FlushedOutput.h"

@@ -57,13 +57,6 @@ struct Reader : PointBed {
 
 // --------------------------------------------------------------------------------------------- the new file
 
-TEST(PointSettings, FirstRunWritesTheDefaultsAndTakesThem) {
-  Reader reader;
-  EXPECT_EQ(kDefaultLine, reader.Read());
-  EXPECT_EQ(kDefaultFile, reader.folder.Read());
-  reader.ExpectDefaults();
-}
-
 TEST(PointSettings, SecondRunReadsTheFileSilently) {
   Reader reader;
   reader.Read();
@@ -80,17 +73,6 @@ TEST(PointSettings, DefaultDistanceIsReadBackWithSixDecimals) {
   reader.Read();
   EXPECT_NE(std::string::npos, reader.folder.Read().find("Search_distance   = 0.666667\n"));
   EXPECT_EQ(0.666667, reader.object.Search_distance);
-}
-
-TEST(PointSettings, MessageIsFlushedAtOnce) {
-  Reader reader;
-  std::string arrived;
-  {
-    FlushedOutput const output;
-    reader.object.ReadRBFbackdoorfile();
-    arrived = output.Arrived();
-  }
-  EXPECT_EQ(kDefaultLine, arrived);
 }
 
 TEST(PointSettings, AreNamedAfterTheBaseFileNameByTheSetUp) {
@@ -112,12 +94,6 @@ TEST(PointSettings, AllFourValuesAreTaken) {
   reader.ExpectValues(250.0, 2, 0.75, 12);
   EXPECT_EQ(Settings("250", "2", "0.75", "12"), reader.folder.Read())
       << "a file of its own is not written to";
-}
-
-TEST(PointSettings, FractionalSpanIsHonoured) {
-  Reader reader(Settings("37.25", "1", "0", "5"));
-  reader.Read();
-  EXPECT_EQ(37.25, reader.object.Span);
 }
 
 TEST(PointSettings, MethodAndNumberAreReadAsIntegers) {
@@ -162,12 +138,6 @@ TEST(PointSettings, ExchangedLinesLoadByTheirPlace) {
   reader.ExpectValues(2.0, 25, 9.0, 4);
 }
 
-TEST(PointSettings, FurtherLinesAreNotRead) {
-  Reader reader(Settings("25", "1", "2", "3") + "Span = 3\n");
-  reader.Read();
-  reader.ExpectValues(25.0, 1, 2.0, 3);
-}
-
 TEST(PointSettings, MissingFieldsTakeTheTextOfTheLastLineThatExists) {
   Reader five("1002\nSpan = 25\nm = 2\nd = 4.75\n");
   EXPECT_EQ("", five.Read());
@@ -206,45 +176,7 @@ TEST(PointSettings, AnyBytesDoNoHarm) {
   EXPECT_EQ("1002\n" + bytes + "\n" + bytes, reader.folder.Read());
 }
 
-// ------------------------------------------------------------------------------------------- files of others
-
-void ExpectStartedAnew(std::string const& file) {
-  Reader reader(file);
-  EXPECT_EQ(kDefaultLine, reader.Read()) << file;
-  EXPECT_EQ(kDefaultFile, reader.folder.Read()) << file;
-  reader.ExpectDefaults();
-}
-
-TEST(PointSettings, FileOfTheCellOperatorIsDeletedAndReplacedByTheDefaults) {
-  ExpectStartedAnew("1001\nSpan = 25\nShape Normalize = 1\n");
-}
-
-TEST(PointSettings, FileOfTheFaceOperatorIsDeletedAndReplacedByTheDefaults) {
-  ExpectStartedAnew(
-      "1004\nSpan = 25\niSearch_method = 1\nSearch_distance = 2\nSearch_number = 3\ndebug = 1\n");
-}
-
-TEST(PointSettings, AnyOtherFirstLineIsDeletedAndReplacedByTheDefaults) {
-  for (char const* const first : {"", "0", "10020", "100", "-1002", "format 1002", "1 002"})
-    ExpectStartedAnew(std::string(first) + "\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
-  ExpectStartedAnew("");
-}
-
-TEST(PointSettings, FirstLineIsReadTo255Characters) {
-  Reader fits(std::string(251, ' ') + "1002\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
-  EXPECT_EQ("", fits.Read());
-  fits.ExpectValues(25.0, 1, 2.0, 3);
-  ExpectStartedAnew(std::string(252, ' ') + "1002\nSpan = 25\nm = 1\nd = 2\nn = 3\n");
-}
-
 // --------------------------------------------------------------------------- what cannot be read or written
-
-TEST(PointSettings, WithoutAFolderAllValuesAreKept) {
-  Reader reader;
-  std::filesystem::remove_all(reader.folder.Path());
-  EXPECT_EQ(kDefaultLine, reader.Read());
-  reader.ExpectValuesKept();
-}
 
 TEST(PointSettings, WithoutAFolderAFreshObjectWorksOnItsOwnDefaults) {
   TestMesh const mesh = Hexahedra(HexahedraOptions());
@@ -255,25 +187,6 @@ TEST(PointSettings, WithoutAFolderAFreshObjectWorksOnItsOwnDefaults) {
   EXPECT_EQ(0.0, lost.object.Search_distance);
   lost.object.Search_distance = usual.object.Search_distance;
   EXPECT_TRUE(SameContent(usual.object, lost.object));
-}
-
-TEST(PointSettings, FolderOfThatNameStaysAndTheValuesAreKept) {
-  Reader reader;
-  std::filesystem::create_directory(reader.folder.SettingsFileName());
-  std::filesystem::create_directory(reader.folder.SettingsFileName() + "/inside");
-  EXPECT_EQ(kDefaultLine + "\n", reader.Read())
-      << "as a file that cannot be opened, and no word of a new one";
-  reader.ExpectValuesKept();
-  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName() + "/inside"));
-}
-
-TEST(PointSettings, EmptyFolderOfThatNameStaysAndTheValuesAreKept) {
-  Reader reader;
-  std::filesystem::create_directory(reader.folder.SettingsFileName());
-  EXPECT_EQ(kDefaultLine + "\n", reader.Read());
-  reader.ExpectValuesKept();
-  EXPECT_TRUE(std::filesystem::is_directory(reader.folder.SettingsFileName()));
-  EXPECT_TRUE(std::filesystem::is_empty(reader.folder.SettingsFileName()));
 }
 
 TEST(PointSettings, MessageAndEmptyLineForWhatCannotBeOpenedAreFlushedEach) {

@@ -42,10 +42,10 @@ TEST(Unloading, TakesTheLibraryAndItsSearchTreeAlong) {
     testing::internal::CaptureStdout();
     int const used = use(folder.path.c_str());
     testing::internal::GetCapturedStdout();
-    EXPECT_EQ(used, 1);
+    EXPECT_EQ(1, used);
     EXPECT_TRUE(IsMapped("libZyn3dGradOp.so"));
     EXPECT_TRUE(IsMapped("libZyn3dGradOpSearchTree.so"));
-    EXPECT_EQ(dlclose(part), 0);
+    EXPECT_EQ(0, dlclose(part));
     EXPECT_FALSE(IsMapped("libZyn3dGradOp.so")) << "round " << round;
     EXPECT_FALSE(IsMapped("libZyn3dGradOpSearchTree.so")) << "round " << round;
   }
