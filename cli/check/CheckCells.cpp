@@ -9,7 +9,6 @@
 #include "cli/base/StdoutToFile.h"
 #include "cli/check/CheckFindings.h"
 #include "cli/check/SystemChecks.h"
-#include "cli/gradient/LeastSquaresCheck.h"
 #include "cli/operators/InitializeGradient.h"
 #include "cli/operators/WireOperator.h"
 #include "cli/systems/CellStencil.h"

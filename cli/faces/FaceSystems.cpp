@@ -1,5 +1,6 @@
 #include "cli/faces/FaceSystems.h"
 
+#include "cli/operators/WireOperator.h"
 #include "cli/systems/KernelCondition.h"
 #include "rbf_face/FaceNodes.h"
 
@@ -13,8 +14,7 @@ constexpr int kByVertices = 3, kByNormal = 4;  // search methods
 FaceSystems::FaceSystems(reference_host::HostPartition& partition, FaceKind group,
                          InterpolationSettings const& settings)
     : faces_(TargetedFacesOf(partition, group)) {
-  op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-  op_.getPartitionFace(partition.partitionFaces());
+  WireOperator(op_, partition);
   op_.iFaceType = static_cast<int>(group);
   op_.NFace = faces_.count;
   op_.Span = settings.span;

@@ -13,8 +13,4 @@ std::string SettingsFileText(RadialBasisSettings const& settings) {
          (settings.shapeNormalize ? "1" : "0") + "\n";
 }
 
-std::string WriteSettingsFile(std::string const& file, RadialBasisSettings const& settings) {
-  return WriteSettingsText(file, SettingsFileText(settings));
-}
-
 }  // namespace zyngrad

@@ -14,9 +14,4 @@ struct RadialBasisSettings {
 /// number.
 std::string SettingsFileText(RadialBasisSettings const& settings);
 
-/// Writes the settings to `file`, which ends in ".rbf".
-/// @return the base file name that makes the operator read this file
-/// Throws UsageError if that fails or the name is too long for the operator.
-std::string WriteSettingsFile(std::string const& file, RadialBasisSettings const& settings);
-
 }  // namespace zyngrad

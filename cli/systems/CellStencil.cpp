@@ -5,7 +5,8 @@
 #include <utility>
 
 #include "cli/base/StdoutToFile.h"
-#include "cli/base/TemporaryFolder.h"
+#include "cli/operators/TemporarySettings.h"
+#include "cli/operators/WireOperator.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 #include "rbf_cell/CellSystem.h"
 
@@ -19,8 +20,7 @@ using reference_host::HostPartition;
 class BorrowingOperator {
  public:
   explicit BorrowingOperator(HostPartition& partition) {
-    op_.getZyn3dGV(partition.globals(), nullptr, nullptr, partition.mesh());
-    op_.getPartitionFace(partition.partitionFaces());
+    WireOperator(op_, partition);
     op_.InitialRBFSetting();
   }
   ~BorrowingOperator() {
@@ -95,8 +95,8 @@ CellStencil StencilOf(HostPartition& partition, CZynRBFInternalObject& op, int c
 }  // namespace
 
 CellStencil DeriveCellStencil(HostPartition& partition, int cell, RadialBasisSettings const& settings) {
-  TemporaryFolder const folder;
-  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  TemporarySettings file(partition);
+  file.Write(SettingsFileText(settings));
   StdoutToFile const silence("/dev/null");
   BorrowingOperator borrowing(partition);
   return StencilOf(partition, borrowing.op(), cell);
@@ -113,8 +113,8 @@ void VisitCellStencils(HostPartition& partition, RadialBasisSettings const& sett
 void VisitCellStencils(HostPartition& partition, std::vector<int> const& cells,
                        RadialBasisSettings const& settings, std::string const& logFile,
                        std::function<void(int cell, CellStencil const&)> const& visit) {
-  TemporaryFolder const folder;
-  partition.SetBaseFileName(WriteSettingsFile(folder.path() + "/settings.rbf", settings));
+  TemporarySettings file(partition);
+  file.Write(SettingsFileText(settings));
   StdoutToFile const log(logFile);
   BorrowingOperator borrowing(partition);
   for (int const cell : cells) visit(cell, StencilOf(partition, borrowing.op(), cell));

@@ -240,7 +240,7 @@ in_the_way() {  # in_the_way RANKS COMMAND NAME...: of the files that the comman
     # A mesh that is not there: the refusal comes before anything is read.
     # shellcheck disable=SC2086
     run "$ranks" $command -o out
-    refused "the user's $name in the way of $command, $ranks ranks" "\"out/$name\": no manifest says that a run" out
+    refused "the user's $name in the way of $command, $ranks ranks" "\"out/$name\": no manifest lists it as written by zyngrad" out
   done
 }
 in_the_way 1 "gradient nosuch.msh --field x" gradient.vtu results.json log.rank0.txt settings.rank0.rbf
@@ -280,7 +280,7 @@ done
 rm old/zyngrad-manifest.json
 content old >earlier
 run 1 gradient box:3,3,3 --field x -o old
-refused "results without a manifest" "no manifest says that a run" old
+refused "results without a manifest" "no manifest lists it as written by zyngrad" old
 
 # On another number of ranks the results before go, all of them and nothing else.
 earlier_result 3 old
@@ -304,7 +304,7 @@ earlier_result 1 old
 for command in "faces nosuch.msh --field x --group inner" "check nosuch.msh"; do
   # shellcheck disable=SC2086
   run 1 $command -o old
-  refused "${command%% *} into the folder of gradient" "holds results of zyngrad \"gradient\": choose another one with -o" old
+  refused "${command%% *} into the folder of gradient" "contains results of zyngrad \"gradient\": choose another one with -o" old
 done
 
 # --- killed while it writes ----------------------------------------------------------------------------------------------

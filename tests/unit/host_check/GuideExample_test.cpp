@@ -69,9 +69,9 @@ TEST(GuideExample, IsTheCodeOfTheGuide) {
   std::string const source = ContentOf(data + "/../unit/host_check/GuideExample_test.cpp");
   std::size_t const begin = source.find("// begin\n") + 9, end = source.find("// end\n");
   ASSERT_LT(begin, end);
-  EXPECT_NE(
-      Squeezed(ContentOf(data + "/../../docs/use/porting.md")).find(Squeezed(source.substr(begin, end - begin))),
-      std::string::npos);
+  EXPECT_NE(Squeezed(ContentOf(data + "/../../docs/use/porting.md"))
+                .find(Squeezed(source.substr(begin, end - begin))),
+            std::string::npos);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "cli/base/TemporaryFolder.h"
 #include "cli/base/UsageError.h"
+#include "cli/output/RunSettings.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 #include "tests/unit/cli/TextOfFile.h"
 
@@ -36,7 +37,8 @@ TEST(RadialBasisSettings, HoldASpanInAsFewDigitsAsItTakes) {
 TEST(RadialBasisSettings, AreReadByTheOperatorToTheLastBit) {
   TemporaryFolder const folder;
   for (double const span : {500.0, 1.0 / 3.0, 12345678.9, 1e-30}) {
-    std::string const base = WriteSettingsFile(folder.path() + "/settings.rank0.rbf", {span, true});
+    std::string const base =
+        WriteSettingsText(folder.path() + "/settings.rank0.rbf", SettingsFileText({span, true}));
     std::string name = base;
     CZynRBFInternalObject op;
     op.ChangeFileName(op.m_szRBFFileName, ".rbf", name.data());
@@ -53,15 +55,15 @@ TEST(RadialBasisSettings, ReplaceALinkAndLeaveWhatItPointedTo) {
   std::string const users = folder.path() + "/users.rbf", own = folder.path() + "/own.rbf";
   std::ofstream(users) << "1002\n";
   fs::create_symlink(users, own);
-  WriteSettingsFile(own, {});
+  WriteSettingsText(own, SettingsFileText({}));
   EXPECT_EQ(TextOfFile(users), "1002\n");
   EXPECT_EQ(TextOfFile(own), SettingsFileText({}));
 }
 
 TEST(RadialBasisSettings, RefuseAPlaceThatCannotBeWritten) {
   TemporaryFolder const folder;
-  EXPECT_THROW(WriteSettingsFile(folder.path() + "/missing/own.rbf", {}), UsageError);
-  EXPECT_THROW(WriteSettingsFile(std::string(1020, 'a') + ".rbf", {}), UsageError);
+  EXPECT_THROW(WriteSettingsText(folder.path() + "/missing/own.rbf", ""), UsageError);
+  EXPECT_THROW(WriteSettingsText(std::string(1020, 'a') + ".rbf", ""), UsageError);
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ using reference_host::Point;
 
 // Two unit cubes side by side in x: cells 1 and 2, node i + 3 j + 6 k at (i, j, k), counted from 0. Face 4
 // lies between the cells.
-FaceMesh TwoCubesOnTop() {
+FaceMesh TwoCubesSideBySide() {
   std::vector<Point> points;
   for (int k = 0; k < 2; ++k) {
     for (int j = 0; j < 2; ++j) {
@@ -54,22 +54,22 @@ void RemoveFace(FaceMesh& mesh, int f) {
 }
 
 TEST(MeshCheck, PassesAGoodMesh) {
-  FaceMesh const mesh = TwoCubesOnTop();
+  FaceMesh const mesh = TwoCubesSideBySide();
   ASSERT_EQ(mesh.neighbour[kInner], 1);
   CheckMesh(mesh);
 }
 
 TEST(MeshCheck, PassesWarpedAndFlatCells) {
-  FaceMesh warped = TwoCubesOnTop();
+  FaceMesh warped = TwoCubesSideBySide();
   warped.points[10][0] += 0.3;
   warped.points[7][1] -= 0.2;
   CheckMesh(warped);
 
-  FaceMesh flat = TwoCubesOnTop();
+  FaceMesh flat = TwoCubesSideBySide();
   for (Point& point : flat.points) point[2] *= 1e-7;
   CheckMesh(flat);
 
-  FaceMesh farAway = TwoCubesOnTop();
+  FaceMesh farAway = TwoCubesSideBySide();
   for (Point& point : farAway.points) point = {point[0] + 1e6, point[1] - 1e6, point[2] + 1e6};
   CheckMesh(farAway);
 }
@@ -80,20 +80,20 @@ TEST(MeshCheck, BeginsWithTheNameOfTheMesh) {
 
 TEST(MeshCheck, RefusesCoordinatesThatAreNotFinite) {
   for (double const value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
-    FaceMesh mesh = TwoCubesOnTop();
+    FaceMesh mesh = TwoCubesSideBySide();
     mesh.points[4][2] = value;
     EXPECT_EQ(Refusal(mesh), "node 5 has a coordinate that is not finite");
   }
 }
 
 TEST(MeshCheck, RefusesCoordinatesWhoseProductsOverflow) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.points[0] = {1e308, -1e308, 1e308};
   ExpectContains(Refusal(mesh), "face 1 has no area");
 }
 
 TEST(MeshCheck, RefusesFacesWithFewerThanThreeNodes) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.faceStart[3] = mesh.faceStart[2] + 2;
   EXPECT_EQ(Refusal(mesh), "face 3 has fewer than 3 nodes");
   mesh.faceStart[3] = mesh.faceStart[2] - 2;
@@ -101,82 +101,82 @@ TEST(MeshCheck, RefusesFacesWithFewerThanThreeNodes) {
 }
 
 TEST(MeshCheck, RefusesFacesThatHaveANodeTwice) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.faceNode[6] = mesh.faceNode[4];
   EXPECT_EQ(Refusal(mesh), "face 2 has node " + std::to_string(mesh.faceNode[4] + 1) + " twice");
 }
 
 TEST(MeshCheck, RefusesNodesOutOfRange) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.faceNode[9] = 12;
   EXPECT_EQ(Refusal(mesh), "face 3 has node 13, but there are 12");
   mesh.faceNode[9] = -1;
   EXPECT_EQ(Refusal(mesh), "face 3 has node 0, but there are 12");
-  mesh = TwoCubesOnTop();
+  mesh = TwoCubesSideBySide();
   mesh.faceStart.back() += 1;
   EXPECT_EQ(Refusal(mesh), "face 11 goes beyond the end of the node table");
 }
 
 TEST(MeshCheck, RefusesCellsOutOfRange) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.neighbour[kInner] = 2;
   EXPECT_EQ(Refusal(mesh), "face 4 has cell 3, but there are 2");
   mesh.neighbour[kInner] = -2;
   EXPECT_EQ(Refusal(mesh), "face 4 has cell -1, but there are 2");
-  mesh = TwoCubesOnTop();
+  mesh = TwoCubesSideBySide();
   mesh.owner[1] = -1;
   EXPECT_EQ(Refusal(mesh), "face 2 has cell 0, but there are 2");
 }
 
 TEST(MeshCheck, RefusesFacesThatJoinACellToItself) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.neighbour[kInner] = 0;
   EXPECT_EQ(Refusal(mesh), "face 4 joins cell 1 to itself");
 }
 
 TEST(MeshCheck, RefusesBoundaryFacesWithoutAPatch) {
   for (int const patch : {-1, 1}) {
-    FaceMesh mesh = TwoCubesOnTop();
+    FaceMesh mesh = TwoCubesSideBySide();
     mesh.facePatch[5] = patch;
     EXPECT_EQ(Refusal(mesh), "face 6 is at the boundary, but in no patch");
   }
 }
 
 TEST(MeshCheck, RefusesTablesOfDifferentLength) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.neighbour.pop_back();
   EXPECT_EQ(Refusal(mesh), "the face tables differ in length");
 }
 
 TEST(MeshCheck, RefusesCellsWithFewerThanFourFaces) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   mesh.nCells = 3;
   EXPECT_EQ(Refusal(mesh), "cell 3 has 0 faces; a cell needs 4 or more");
-  mesh = TwoCubesOnTop();
+  mesh = TwoCubesSideBySide();
   for (int i = 0; i < 3; ++i) RemoveFace(mesh, mesh.nFaces() - 1);
   EXPECT_EQ(Refusal(mesh), "cell 2 has 3 faces; a cell needs 4 or more");
 }
 
 TEST(MeshCheck, RefusesFacesWithoutArea) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   for (int const node : {2, 5, 8, 11}) mesh.points[node] = mesh.points[2];
   ExpectContains(Refusal(mesh), "has no area");
 }
 
 TEST(MeshCheck, RefusesCellsThatAreNotClosed) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   RemoveFace(mesh, mesh.nFaces() - 1);
   ExpectContains(Refusal(mesh), "cell 2 is not closed");
-  mesh = TwoCubesOnTop();
+  mesh = TwoCubesSideBySide();
   std::swap(mesh.faceNode[0], mesh.faceNode[2]);  // the first face of cell 1 turns inwards
   ExpectContains(Refusal(mesh), "cell 1 is not closed");
 }
 
 TEST(MeshCheck, RefusesNegativeVolumes) {
-  FaceMesh mesh = TwoCubesOnTop();
+  FaceMesh mesh = TwoCubesSideBySide();
   for (Point& point : mesh.points) point[0] = -point[0];
   EXPECT_EQ(Refusal(mesh), "cell 1 has a negative volume (its faces point inwards)");
-  mesh = TwoCubesOnTop();
+  mesh = TwoCubesSideBySide();
   for (int const node : {2, 5, 8, 11}) mesh.points[node][0] = 0.5;
   EXPECT_EQ(Refusal(mesh), "cell 2 has a negative volume (its faces point inwards)");
 }
