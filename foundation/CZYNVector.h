@@ -17,7 +17,7 @@ class ZYN_EXPORT CZYNVector {
   CZYNVector() = default;
   CZYNVector(int n);  ///< Create(n); stays empty, without a word, when that fails
   CZYNVector(int n, T value);
-  CZYNVector(int n, T const* const src);
+  CZYNVector(int n, T const* src);
   CZYNVector(CZYNVector const& other);
   ~CZYNVector();
   CZYNVector& operator=(CZYNVector const& other);
@@ -25,8 +25,8 @@ class ZYN_EXPORT CZYNVector {
   /// Allocates n elements of zero.
   /// @return false, with nothing changed, when n is below 1 or the vector is not empty
   bool Create(int n);
-  bool Create(int n, T value);             ///< Create(n), then Assign(value)
-  bool Create(int n, T const* const src);  ///< Create(n), then Assign(src)
+  bool Create(int n, T value);       ///< Create(n), then Assign(value)
+  bool Create(int n, T const* src);  ///< Create(n), then Assign(src)
 
   /// Frees the block; the vector is empty and can be created anew. @return true
   bool Destroy();
@@ -36,7 +36,7 @@ class ZYN_EXPORT CZYNVector {
   T* Get_Ptr() const;                  ///< element 0 of the block, for base 1 too; null when empty
   bool Out_Of_Range(int i) const;      ///< whether i is not a valid index
   bool Assign(T value);                ///< all elements, element 0 of a base-1 vector too; false when empty
-  bool Assign(T const* const src);     ///< from src[0] on, so base 1 takes n+1 elements; false when empty
+  bool Assign(T const* src);           ///< from src[0] on, so base 1 takes n+1 elements; false when empty
   bool GetValue(int i, T& out) const;  ///< false, and `out` as it was, when i is out of range
   bool SetValue(int i, T value);       ///< false when i is out of range
   bool AddValue(int i, T value);       ///< false when i is out of range; for bool, adding is "or"

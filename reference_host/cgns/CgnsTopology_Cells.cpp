@@ -164,7 +164,7 @@ class CellJoiner {
 }  // namespace
 
 std::string NameOfElement(std::vector<CgnsSection> const& sections, std::int64_t element) {
-  std::string const name = "element " + std::to_string(element);
+  std::string name = "element " + std::to_string(element);
   auto const behind = std::upper_bound(
       sections.begin(), sections.end(), element,
       [](std::int64_t wanted, CgnsSection const& section) { return wanted < section.first; });

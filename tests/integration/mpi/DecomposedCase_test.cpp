@@ -97,7 +97,7 @@ void ExpectGradientsOfWhole(LoadedMesh& mesh, FaceMesh whole,
     op.getCommunication(mesh.exchange.get(), mesh.reduction.get());
     int type = method.type;
     op.getGradType(type);
-    EXPECT_EQ(op.Initialize(), 1);
+    EXPECT_EQ(1, op.Initialize());
     std::vector<double> g[3];
     partitioned::CallGradient(op, method, *own.mesh(), Wave, g);
     for (int c = 1; c <= own.mesh()->NInnerCells; ++c) {
@@ -218,7 +218,7 @@ std::string Refusal(std::function<void(int, foam_test::Piece&)> const& change,
   }
   MPI_Barrier(MPI_COMM_WORLD);
   std::string const text = ErrorOnEveryRank([&] { Load(folder.File("case")); });
-  EXPECT_EQ(text.rfind(folder.File("case"), 0), 0U) << text;
+  EXPECT_EQ(0U, text.rfind(folder.File("case"), 0)) << text;
   return text.substr(std::min(text.size(), folder.File("case").size()));
 }
 
@@ -267,9 +267,9 @@ TEST(DecomposedCase, IsRefusedWithAGapInTheFolders) {
 
 TEST(DecomposedCase, IsRefusedWithDamagedFilesOfOneRank) {
   std::string const last = "/processor" + std::to_string(RankCount() - 1) + "/constant/polyMesh";
-  EXPECT_EQ(Refusal({}, [&](std::string const& folder) { std::filesystem::remove(folder + last + "/faces"); })
-                .rfind(last + "/faces", 0),
-            0U);
+  EXPECT_EQ(0U, Refusal({}, [&](std::string const& folder) {
+                  std::filesystem::remove(folder + last + "/faces");
+                }).rfind(last + "/faces", 0));
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.cell.back() = 999; })),
             last + ": cellProcAddressing has 999, which is not in 0 to 31");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.cell[0] = piece.cell[1]; })),

@@ -22,7 +22,7 @@ void Prepare(COperatorGradient& op, LoadedMesh& mesh, int type) {
   op.getPartitionFace(own.partitionFaces());
   op.getCommunication(mesh.exchange.get(), mesh.reduction.get());
   op.getGradType(type);
-  EXPECT_EQ(op.Initialize(), 1) << op.getErrorMsg();
+  EXPECT_EQ(1, op.Initialize()) << op.getErrorMsg();
 }
 
 /// Compares interior and halo cells with the gradient of the whole mesh. The sums have another order there,

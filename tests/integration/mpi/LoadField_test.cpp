@@ -160,7 +160,7 @@ TEST(LoadField, NamesThePatchesWhoseCellsStandIn) {
   LoadedMesh loaded = Load(folder.File("case"));
   LoadedField const values = LoadOf(loaded, "0/T");
   ExpectValues(loaded, values, sample, {"wall"});
-  EXPECT_EQ(values.patchesWithoutValues, std::vector<std::string>{"wall"});
+  EXPECT_EQ(std::vector<std::string>{"wall"}, values.patchesWithoutValues);
 }
 
 TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
@@ -168,10 +168,10 @@ TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
   auto const refusal = [](LoadedMesh& mesh, std::string const& fieldSpec) {
     return ErrorOnEveryRank([&] { LoadOf(mesh, fieldSpec); });
   };
-  EXPECT_EQ(refusal(box, "0/T"),
-            "0/T: an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)");
-  EXPECT_EQ(refusal(box, "case.cgns"), "case.cgns: name an array of the file, as in case.cgns:ARRAY");
-  EXPECT_EQ(refusal(box, "none.cgns:T").rfind("none.cgns: ", 0), 0U);
+  EXPECT_EQ("0/T: an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)",
+            refusal(box, "0/T"));
+  EXPECT_EQ("case.cgns: name an array of the file, as in case.cgns:ARRAY", refusal(box, "case.cgns"));
+  EXPECT_EQ(0U, refusal(box, "none.cgns:T").rfind("none.cgns: ", 0));
 
   Sample const sample(test_meshes::HexBox(4, 2, 2)), other(test_meshes::HexBox(3, 2, 2));
   SharedFolder const folder;
@@ -182,9 +182,9 @@ TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = Load(name);
-  EXPECT_EQ(refusal(mesh, "0/p"), "0/p: no such file, here or in the case");
+  EXPECT_EQ("0/p: no such file, here or in the case", refusal(mesh, "0/p"));
   if (Rank() == 0) {
-    EXPECT_EQ(mkfifo((name + "/0/pipe").c_str(), 0600), 0);
+    EXPECT_EQ(0, mkfifo((name + "/0/pipe").c_str(), 0600));
   }
   EXPECT_EQ(refusal(mesh, "0/pipe"), name + "/0/pipe: a pipe (FIFO), not a regular file");
   EXPECT_EQ(refusal(mesh, "constant"), name + "/constant: a folder, not a regular file");
@@ -207,9 +207,9 @@ TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = Load(name);
   std::string const text = ErrorOnEveryRank([&] { LoadOf(mesh, "0/T"); });
-  EXPECT_EQ(text.rfind(name + "/processor" + std::to_string(last) + "/0/T: ", 0), 0U) << text;
-  EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(mesh, "T"); }),
-            "T: a decomposed case needs the time and the field, as in 0/T");
+  EXPECT_EQ(0U, text.rfind(name + "/processor" + std::to_string(last) + "/0/T: ", 0)) << text;
+  EXPECT_EQ("T: a decomposed case needs the time and the field, as in 0/T",
+            ErrorOnEveryRank([&] { LoadOf(mesh, "T"); }));
 }
 
 #ifdef ZYN_WITH_CGNS
@@ -242,10 +242,10 @@ TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = LoadMesh(MPI_COMM_WORLD, name, {{"unnamed", BoundaryGroup::Wall}}, {});
-  EXPECT_EQ(mesh.summary.nCells, kCells);
-  EXPECT_EQ(mesh.summary.FacesOf(BoundaryGroup::Inlet), 1);
+  EXPECT_EQ(kCells, mesh.summary.nCells);
+  EXPECT_EQ(1, mesh.summary.FacesOf(BoundaryGroup::Inlet));
   LoadedField const field = LoadOf(mesh, name + ":Pressure");
-  EXPECT_EQ(field.patchesWithoutValues, (std::vector<std::string>{"inlet", "unnamed"}));
+  EXPECT_EQ((std::vector<std::string>{"inlet", "unnamed"}), field.patchesWithoutValues);
   CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   for (int c = 1; c <= m.NCell; ++c) {
     // Centres of cells at 0.5, 1.5, ...; those of ghost cells lie on a face of the cell, which may be its end.

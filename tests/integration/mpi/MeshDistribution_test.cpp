@@ -92,16 +92,16 @@ TEST(PartitionMesh, RefusesMorePartsThanCells) {
     PartitionMesh(mesh, 4, "channel.msh");
     FAIL();
   } catch (MeshError const& error) {
-    EXPECT_STREQ(error.what(), "channel.msh: the mesh has 3 cells, fewer than the 4 ranks");
+    EXPECT_STREQ("channel.msh: the mesh has 3 cells, fewer than the 4 ranks", error.what());
   }
 }
 
 TEST(FillEmptyParts, TakesFromTheLargestPart) {
   std::vector<int> partOfCell = {2, 2, 2, 2, 4, 4};
   FillEmptyParts(partOfCell, 5);
-  EXPECT_EQ(partOfCell, (std::vector<int>{0, 1, 3, 2, 4, 4}));
+  EXPECT_EQ((std::vector<int>{0, 1, 3, 2, 4, 4}), partOfCell);
   FillEmptyParts(partOfCell, 5);
-  EXPECT_EQ(partOfCell, (std::vector<int>{0, 1, 3, 2, 4, 4}));
+  EXPECT_EQ((std::vector<int>{0, 1, 3, 2, 4, 4}), partOfCell);
 }
 
 TEST(DistributeMesh, GivesEachRankItsPart) {
@@ -157,16 +157,14 @@ TEST(RunTogether, EveryRankThrowsTheTextOfTheLowestFailingRank) {
   EXPECT_NO_THROW(RunTogether(world, [] {}));
 
   int const last = world.size() - 1;
-  EXPECT_EQ(ErrorOnEveryRank([&] {
+  EXPECT_EQ("only the last", ErrorOnEveryRank([&] {
               RunTogether(world, [&] {
                 if (world.rank() == last) throw MeshError("only the last");
               });
-            }),
-            "only the last");
-  EXPECT_EQ(ErrorOnEveryRank([&] {
+            }));
+  EXPECT_EQ("rank 0", ErrorOnEveryRank([&] {
               RunTogether(world, [&] { throw std::runtime_error("rank " + std::to_string(world.rank())); });
-            }),
-            "rank 0");
+            }));
   EXPECT_EQ(ErrorOnEveryRank([&] {
               RunTogether(world, [&] {
                 if (world.rank() == last) throw std::bad_alloc();

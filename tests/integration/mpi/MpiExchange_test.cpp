@@ -120,7 +120,7 @@ TEST(MpiReduction, AllMinIsTheSmallestOfAllRanks) {
   MpiReduction reduction(MPI_COMM_WORLD);
   int value = 10 + Rank();
   reduction.AllMin(value);
-  EXPECT_EQ(value, 10);
+  EXPECT_EQ(10, value);
   value = -Rank();
   reduction.AllMin(value);
   EXPECT_EQ(value, 1 - RankCount());

@@ -65,7 +65,7 @@ TEST(LoadMesh, CountsEveryCellFaceAndNodeOfABoxOnce) {
     EXPECT_EQ(summary.quality.nFaces, CountInnerFaces(whole));
     ExpectEachCellOwnedOnce(mesh, whole.nCells);
 
-    EXPECT_EQ(summary.patches.size(), 6u);
+    EXPECT_EQ(6u, summary.patches.size());
     std::int64_t nBoundary = 0;
     for (std::size_t p = 0; p < summary.patches.size(); ++p) {
       EXPECT_EQ(summary.patches[p].name, whole.patches[p].name);
@@ -75,7 +75,7 @@ TEST(LoadMesh, CountsEveryCellFaceAndNodeOfABoxOnce) {
     }
     EXPECT_EQ(summary.FacesOf(BoundaryGroup::Inlet), summary.patches[0].nFaces);
     EXPECT_EQ(summary.FacesOf(BoundaryGroup::Outlet), summary.patches[1].nFaces);
-    EXPECT_EQ(summary.FacesOf(BoundaryGroup::Symmetry), 0);
+    EXPECT_EQ(0, summary.FacesOf(BoundaryGroup::Symmetry));
     EXPECT_EQ(summary.FacesOf(BoundaryGroup::Wall),
               nBoundary - summary.patches[0].nFaces - summary.patches[1].nFaces);
   }
@@ -96,7 +96,7 @@ TEST(LoadMesh, SummaryIsTheSameOnEveryRankAndTellsTheBalance) {
   for (std::int64_t const other : {summary.nCells, summary.nCutFaces, std::int64_t{summary.maxNeighbours}}) {
     for (std::int64_t const value : GatherNumbers({other})) EXPECT_EQ(value, other);
   }
-  EXPECT_NEAR(summary.quality.maxNonOrthogonality, 0.0, 1e-5);  // degrees; acos near 1 halves the digits
+  EXPECT_NEAR(0.0, summary.quality.maxNonOrthogonality, 1e-5);  // degrees; acos near 1 halves the digits
 }
 
 TEST(LoadMesh, CentresAndVolumesEqualThoseOfTheWholeMeshBitForBit) {
@@ -136,14 +136,14 @@ TEST(LoadMesh, BringsAGmshFileToAllRanks) {
   folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "inlet"));
   LoadedMesh mesh = Load(folder.File("cubes.msh"));
   MeshSummary const& summary = mesh.summary;
-  EXPECT_EQ(summary.nCells, 24);
-  EXPECT_EQ(summary.nNodes, 60);
+  EXPECT_EQ(24, summary.nCells);
+  EXPECT_EQ(60, summary.nNodes);
   EXPECT_EQ(summary.nInnerFaces + summary.nCutFaces, 3 * 6 + 2 * 8 + 12);
-  EXPECT_EQ(summary.FacesOf(BoundaryGroup::Inlet), 6);
-  EXPECT_EQ(summary.FacesOf(BoundaryGroup::Outlet), 6);
-  EXPECT_EQ(summary.FacesOf(BoundaryGroup::Wall), 40);
+  EXPECT_EQ(6, summary.FacesOf(BoundaryGroup::Inlet));
+  EXPECT_EQ(6, summary.FacesOf(BoundaryGroup::Outlet));
+  EXPECT_EQ(40, summary.FacesOf(BoundaryGroup::Wall));
   ExpectEachCellOwnedOnce(mesh, 24);
-  EXPECT_NEAR(TotalVolume(mesh), 24.0, 1e-12);
+  EXPECT_NEAR(24.0, TotalVolume(mesh), 1e-12);
 
   std::vector<double> x(mesh.partition->mesh()->xc,
                         mesh.partition->mesh()->xc + mesh.partition->mesh()->NCell + 1);
@@ -157,26 +157,26 @@ TEST(LoadMesh, BringsAGmshFileToAllRanks) {
 
 TEST(LoadMesh, UserGroupsGoBeforeTheNamesOfPatches) {
   LoadedMesh box = LoadMesh(MPI_COMM_WORLD, "box:4,3,2", {{"wall_ymin", BoundaryGroup::Symmetry}}, {});
-  EXPECT_EQ(box.summary.FacesOf(BoundaryGroup::Symmetry), 8);
-  EXPECT_EQ(SumOverRanks(box.partition->mesh()->NSymmetry), 8.0);
+  EXPECT_EQ(8, box.summary.FacesOf(BoundaryGroup::Symmetry));
+  EXPECT_EQ(8.0, SumOverRanks(box.partition->mesh()->NSymmetry));
 
   SharedFolder const folder;
   folder.Write("cubes.msh", GmshTextOfCubes(4, 3, 2, "hub"));
   LoadedMesh file = LoadMesh(MPI_COMM_WORLD, folder.File("cubes.msh"), {{"hub", BoundaryGroup::Inlet}}, {});
-  EXPECT_EQ(file.summary.FacesOf(BoundaryGroup::Inlet), 6);
+  EXPECT_EQ(6, file.summary.FacesOf(BoundaryGroup::Inlet));
 }
 
 TEST(LoadMesh, WorksWithOneCellARank) {
   int const n = RankCount();
   LoadedMesh box = Load("box:" + std::to_string(n) + ",1,1");
-  EXPECT_EQ(box.partition->mesh()->NInnerCells, 1);
+  EXPECT_EQ(1, box.partition->mesh()->NInnerCells);
   EXPECT_EQ(box.summary.nCutFaces, n - 1);
 
   SharedFolder const folder;
   folder.Write("row.msh", GmshTextOfCubes(n, 1, 1, "inlet"));
   LoadedMesh file = Load(folder.File("row.msh"));
-  EXPECT_EQ(file.partition->mesh()->NInnerCells, 1);
-  EXPECT_EQ(file.summary.minCells, 1);
+  EXPECT_EQ(1, file.partition->mesh()->NInnerCells);
+  EXPECT_EQ(1, file.summary.minCells);
   EXPECT_EQ(file.summary.nCutFaces, n - 1);
   EXPECT_NEAR(TotalVolume(file), n, 1e-14);
 }
@@ -243,8 +243,8 @@ TEST(LoadMesh, BadBoxesAreTheSameErrorOnEveryRank) {
 
 TEST(LoadMesh, FailureOfTheProgressReportReachesEveryRank) {
   auto const progress = [](std::string const& stage) { throw std::runtime_error("cannot report " + stage); };
-  EXPECT_EQ(ErrorOnEveryRank([&] { LoadMesh(MPI_COMM_WORLD, "box:4,4,4", {}, progress); }),
-            "cannot report generating");
+  EXPECT_EQ("cannot report generating",
+            ErrorOnEveryRank([&] { LoadMesh(MPI_COMM_WORLD, "box:4,4,4", {}, progress); }));
 }
 
 }  // namespace reference_host::test

@@ -70,7 +70,7 @@ std::string ErrorOnEveryRank(std::function<void()> const& work) {
   } catch (MeshError const& error) {
     text = error.what();
   }
-  EXPECT_NE(text, "");
+  EXPECT_NE("", text);
   EXPECT_EQ(text.find('\n'), std::string::npos);
   for (std::string const& other : GatherTexts(text)) EXPECT_EQ(other, text);
   return text;
@@ -80,7 +80,7 @@ SharedFolder::SharedFolder() {
   std::string name = testing::TempDir() + "mpi_tests_XXXXXX";
   if (Rank() == 0 && mkdtemp(name.data()) == nullptr) name.clear();
   path_ = GatherTexts(name).front();
-  EXPECT_NE(path_, "") << "no folder for the test's files";
+  EXPECT_NE("", path_) << "no folder for the test's files";
 }
 
 SharedFolder::~SharedFolder() {

@@ -42,7 +42,7 @@ std::uint64_t LastSummary() {
 constexpr double kMost = 2.6, kLeast = 1.4;
 
 void ExpectGrowth(int n, std::function<std::function<void()>(int)> const& prepare, double least) {
-  ASSERT_NE(RUNNING_ON_VALGRIND, 0U) << "this program counts instructions by callgrind; ctest runs it so";
+  ASSERT_NE(0U, RUNNING_ON_VALGRIND) << "this program counts instructions by callgrind; ctest runs it so";
   Cost const once = Measure(prepare(n)), twice = Measure(prepare(2 * n));
   ASSERT_GT(once.instructions, 0U);
   auto const ratio = [](std::uint64_t a, std::uint64_t b) {

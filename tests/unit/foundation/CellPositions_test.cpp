@@ -71,7 +71,7 @@ TEST(CellPositions, CellsHaveTheirCentresAndGhostsTheirFaces) {
   PlaceCells(mesh, partition, [&](int c, double x, double y, double z, FaceKind kind) {
     places.push_back({c, x, y, z, kind});
   });
-  ASSERT_EQ(places.size(), 6U);
+  ASSERT_EQ(6U, places.size());
   EXPECT_TRUE(places[0] == (Place{1, 1, 2, 4, FaceKind::Inner}));
   EXPECT_TRUE(places[1] == (Place{2, 3, 8, 13, FaceKind::Inner}));
   EXPECT_TRUE(places[2] == (Place{3, 0.5, 2.5, 5.5, FaceKind::Wall}));

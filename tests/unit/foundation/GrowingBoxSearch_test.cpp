@@ -160,11 +160,11 @@ TEST(GrowingBoxSearch, GoesOnBeyondEstimatedBoundsWhileTheTreeHoldsEnough) {
   GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5);
 
   auto const enough = search.AtLeast(3, 0.0, 0.0, 0.0);
-  EXPECT_EQ(Ascending(enough), (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ((std::vector<int>{1, 2, 3}), Ascending(enough));
   EXPECT_EQ(30.0, enough.halfWidth);
 
   auto const tooFew = search.AtLeast(4, 0.0, 0.0, 0.0);
-  EXPECT_EQ(Ascending(tooFew), (std::vector<int>{1, 2}));
+  EXPECT_EQ((std::vector<int>{1, 2}), Ascending(tooFew));
   EXPECT_EQ(1.0, tooFew.halfWidth);
 }
 
@@ -173,7 +173,7 @@ TEST(GrowingBoxSearch, AnswersFromTheLastCubeWhenTheTreeHoldsTooFew) {
   Entries entries({{0.0, 0.0, 0.0}, {0.0, -1.0, 1.0}, {-1.0, 0.0, 1.0}, {0.0, 0.0, 30.0}});
   GrowingBoxSearch const search(entries.Tree(), UnitCube(), 0.5);
   auto const tooFew = search.AtLeast(5, 0.0, 0.0, 1.0);
-  EXPECT_EQ(Ascending(tooFew), (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ((std::vector<int>{1, 2, 3}), Ascending(tooFew));
   EXPECT_EQ(1.0, tooFew.halfWidth);
 }
 

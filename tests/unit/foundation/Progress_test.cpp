@@ -129,14 +129,14 @@ TEST(Progress, NumbersHaveADecimalPointInALocaleThatHasACommaThere) {
   char text[64];
   FormatText(text, sizeof(text), "Search_distance   = %lf\n", 1.5);
   EXPECT_EQ("Span = 500.500000, MAXResidual_X = 2.500000e-01\n", out.Text());
-  EXPECT_STREQ(text, "Search_distance   = 1.500000\n");
+  EXPECT_STREQ("Search_distance   = 1.500000\n", text);
   EXPECT_EQ("0,5", locale.Half()) << "the program's locale is as it was";
 }
 
 TEST(Progress, CutsATextThatDoesNotFit) {
   char text[5] = "####";
   FormatText(text, sizeof(text), "%d", 123456);
-  EXPECT_STREQ(text, "1234");
+  EXPECT_STREQ("1234", text);
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ class FaultsBetweenPartitions : public testing::Test {
   }
 
   static void ExpectNothing(HostCheckReport const& report) {
-    EXPECT_EQ(report.Count(), 0) << TextOf(report);
+    EXPECT_EQ(0, report.Count()) << TextOf(report);
     EXPECT_TRUE(report.Notes().empty()) << TextOf(report);
   }
   static void ExpectNothingElsewhere(std::vector<HostCheckReport> const& reports) {
@@ -81,9 +81,9 @@ TEST_F(FaultsBetweenPartitions, WithoutAFaultNothingIsTold) {
 TEST_F(FaultsBetweenPartitions, HaloCellOutOfRangeStopsTheExchangesOfAll) {
   Faces().other[2] = Mesh().NCell + 1;
   auto const reports = ExpectTold(HostBreach::IndexOutOfRange, 2, "partition face 2: ijPar[2] =");
-  ASSERT_EQ(reports[0].Notes().size(), 1u);
+  ASSERT_EQ(1u, reports[0].Notes().size());
   EXPECT_NE(reports[0].Notes()[0].find("another partition"), std::string::npos);
-  EXPECT_EQ(reports[0].Count(), 0);
+  EXPECT_EQ(0, reports[0].Count());
   EXPECT_NE(reports[kBroken].Notes()[0].find("this partition"), std::string::npos);
 }
 
@@ -111,8 +111,8 @@ TEST_F(FaultsBetweenPartitions, BoundaryCountThatLeavesNoRoomForHaloCellsIsTold)
     ++(Mesh().*members.count);
     auto const reports =
         ExpectTold(HostBreach::BadCount, 0, "halo cells that ijPar names are more than NCell");
-    EXPECT_EQ(reports[0].Count(), 0) << TextOf(reports[0]);
-    ASSERT_EQ(reports[0].Notes().size(), 1u);
+    EXPECT_EQ(0, reports[0].Count()) << TextOf(reports[0]);
+    ASSERT_EQ(1u, reports[0].Notes().size());
     EXPECT_NE(reports[0].Notes()[0].find("another partition"), std::string::npos);
     --(Mesh().*members.count);
   }
@@ -130,7 +130,7 @@ TEST_F(FaultsBetweenPartitions, RecordsThatAreAllEmptyAreTold) {
   }
   for (HostCheckReport const& report :
        ExpectTold(HostBreach::BadCount, 0, "NInnerCells = 0 on every partition")) {
-    EXPECT_EQ(report.Count(), 1) << TextOf(report);
+    EXPECT_EQ(1, report.Count()) << TextOf(report);
   }
 }
 
@@ -195,20 +195,20 @@ TEST_F(FaultsBetweenPartitions, PartitionWithoutMeshDoesNotLeaveTheOthersWaiting
   run_.lent[kBroken].mesh = nullptr;
   run_.lent[kBroken].partitionFaces = nullptr;
   auto const reports = ExpectTold(HostBreach::MissingObject, 0, "the CZYN3DFiniteVolumeMesh object is null");
-  EXPECT_EQ(reports[2].Count(), 0);
-  EXPECT_EQ(reports[2].Notes().size(), 1u);
+  EXPECT_EQ(0, reports[2].Count());
+  EXPECT_EQ(1u, reports[2].Notes().size());
 }
 
 TEST_F(FaultsBetweenPartitions, PartitionWithoutCommunicationDoesNotLeaveTheOthersWaiting) {
   run_.lent[kBroken].communication = nullptr;
   auto const reports = ExpectTold(HostBreach::MissingObject, 0, "the CCommunication object is null");
-  EXPECT_EQ(reports[0].Notes().size(), 1u);
+  EXPECT_EQ(1u, reports[0].Notes().size());
 }
 
 TEST_F(FaultsBetweenPartitions, NegativeCountOfPartitionFacesStopsTheExchangesOfAll) {
   Faces().count = -1;
   auto const reports = ExpectTold(HostBreach::BadCount, 0, "NParInterFace() = -1");
-  EXPECT_EQ(reports[0].Notes().size(), 1u);
+  EXPECT_EQ(1u, reports[0].Notes().size());
 }
 
 TEST_F(FaultsBetweenPartitions, NothingIsExchangedWhenThatIsNotAskedFor) {
@@ -219,7 +219,7 @@ TEST_F(FaultsBetweenPartitions, NothingIsExchangedWhenThatIsNotAskedFor) {
   HostCheckOptions options;
   options.communication = false;
   for (HostCheckReport const& report : run_.Check(options)) {
-    EXPECT_EQ(report.Count(), 2) << TextOf(report);  // the two missing objects
+    EXPECT_EQ(2, report.Count()) << TextOf(report);  // the two missing objects
     EXPECT_TRUE(report.Notes().empty());
   }
 }
@@ -234,7 +234,7 @@ TEST_F(FaultsBetweenPartitions, HaloCellThatNoExchangeFillsIsTold) {
     field[halo] = before;
   };
   auto const reports = ExpectTold(HostBreach::HaloNotFilled, halo, "which lies beyond partition face 1");
-  EXPECT_EQ(reports[kBroken].Count(HostBreach::HaloNotFilled), 1);
+  EXPECT_EQ(1, reports[kBroken].Count(HostBreach::HaloNotFilled));
   ExpectNothingElsewhere(reports);
 }
 
@@ -450,7 +450,7 @@ TEST_F(FaultsBetweenPartitions, GreatestInsteadOfLeastIsTold) {
   });
   int nTold = 0;
   for (HostCheckReport const& report : run_.Check()) nTold += report.Count(HostBreach::MinimumWrong);
-  EXPECT_EQ(nTold, 2) << "all partitions but the one with the greatest value";
+  EXPECT_EQ(2, nTold) << "all partitions but the one with the greatest value";
 }
 
 TEST_F(FaultsBetweenPartitions, MinimumInSinglePrecisionIsTold) {

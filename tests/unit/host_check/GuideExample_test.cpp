@@ -42,12 +42,12 @@ std::vector<bool> SoundOnPartitions(CheckedRun& run) {
 
 TEST(GuideExample, AllPartitionsGoOnOrAllStop) {
   CheckedRun run(test_meshes::HexBox(4, 2, 2), test_meshes::RunParts(16, 2), 2);
-  EXPECT_EQ(SoundOnPartitions(run), std::vector<bool>({true, true}));
+  EXPECT_EQ(std::vector<bool>({true, true}), SoundOnPartitions(run));
   run.lent[1].mesh->Volume[3] = 0;
   testing::internal::CaptureStderr();
-  EXPECT_EQ(SoundOnPartitions(run), std::vector<bool>({false, false}));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "rank 1: [bad-volume] interior cell 3 has the volume 0\n");
+  EXPECT_EQ(std::vector<bool>({false, false}), SoundOnPartitions(run));
+  EXPECT_EQ("rank 1: [bad-volume] interior cell 3 has the volume 0\n",
+            testing::internal::GetCapturedStderr());
 }
 
 /// The text without blanks and line breaks.

@@ -28,8 +28,8 @@ void AddZeroArea(HostCheckReport& report, int face) {
 
 TEST(HostCheckReport, IsEmptyAtFirst) {
   HostCheckReport const report;
-  EXPECT_EQ(report.Count(), 0);
-  EXPECT_EQ(PrintOf(report), "host data: 0 breaches found\n");
+  EXPECT_EQ(0, report.Count());
+  EXPECT_EQ("host data: 0 breaches found\n", PrintOf(report));
 }
 
 TEST(HostCheckReport, TellsTheFirstOfAKindAndCountsAll) {
@@ -39,16 +39,17 @@ TEST(HostCheckReport, TellsTheFirstOfAKindAndCountsAll) {
   report.Begin(options);
   for (int f = 1; f <= 7; ++f) AddZeroArea(report, f);
   report.Add(HostBreach::BadVolume, 3, [] { return std::string("cell 3"); });
-  EXPECT_EQ(report.Count(), 8);
-  EXPECT_EQ(report.Count(HostBreach::ZeroArea), 7);
-  ASSERT_EQ(report.Told().size(), 3u);
-  EXPECT_EQ(report.Told()[1].entity, 2);
-  EXPECT_EQ(PrintOf(report, "p0: "),
-            "p0: [zero-area] face 1\n"
-            "p0: [zero-area] face 2\n"
-            "p0: [zero-area] 5 more, 7 in all\n"
-            "p0: [bad-volume] cell 3\n"
-            "p0: host data: 8 breaches found\n");
+  EXPECT_EQ(8, report.Count());
+  EXPECT_EQ(7, report.Count(HostBreach::ZeroArea));
+  ASSERT_EQ(3u, report.Told().size());
+  EXPECT_EQ(2, report.Told()[1].entity);
+  EXPECT_EQ(
+      "p0: [zero-area] face 1\n"
+      "p0: [zero-area] face 2\n"
+      "p0: [zero-area] 5 more, 7 in all\n"
+      "p0: [bad-volume] cell 3\n"
+      "p0: host data: 8 breaches found\n",
+      PrintOf(report, "p0: "));
 }
 
 TEST(HostCheckReport, TextIsMadeOnlyWhenItIsTold) {
@@ -62,7 +63,7 @@ TEST(HostCheckReport, TextIsMadeOnlyWhenItIsTold) {
     return std::string();
   });
   EXPECT_FALSE(wasMade);
-  EXPECT_EQ(PrintOf(report), "[not-finite] 1 more, 1 in all\nhost data: 1 breach found\n");
+  EXPECT_EQ("[not-finite] 1 more, 1 in all\nhost data: 1 breach found\n", PrintOf(report));
 }
 
 TEST(HostCheckReport, BeginForgetsWhatWasFound) {
@@ -70,7 +71,7 @@ TEST(HostCheckReport, BeginForgetsWhatWasFound) {
   AddZeroArea(report, 1);
   report.AddNote("a note");
   report.Begin({});
-  EXPECT_EQ(report.Count(), 0);
+  EXPECT_EQ(0, report.Count());
   EXPECT_TRUE(report.Told().empty());
   EXPECT_TRUE(report.Notes().empty());
 }
@@ -78,7 +79,7 @@ TEST(HostCheckReport, BeginForgetsWhatWasFound) {
 TEST(HostCheckReport, NoteIsNoBreach) {
   HostCheckReport report;
   report.AddNote("something was left out");
-  EXPECT_EQ(PrintOf(report), "something was left out\nhost data: 0 breaches found\n");
+  EXPECT_EQ("something was left out\nhost data: 0 breaches found\n", PrintOf(report));
 }
 
 TEST(HostCheckReport, LogGetsEachBreachWhenItIsFound) {
@@ -89,9 +90,9 @@ TEST(HostCheckReport, LogGetsEachBreachWhenItIsFound) {
   options.label = "partition 2: ";
   report.Begin(options);
   AddZeroArea(report, 4);
-  EXPECT_EQ(log.str(), "partition 2: [zero-area] face 4\n");
+  EXPECT_EQ("partition 2: [zero-area] face 4\n", log.str());
   report.AddNote("note");
-  EXPECT_EQ(log.str(), "partition 2: [zero-area] face 4\npartition 2: note\n");
+  EXPECT_EQ("partition 2: [zero-area] face 4\npartition 2: note\n", log.str());
 }
 
 TEST(HostCheckReport, LimitOfTheOptionsHoldsInACheck) {
@@ -101,16 +102,16 @@ TEST(HostCheckReport, LimitOfTheOptionsHoldsInACheck) {
   HostCheckOptions options;
   options.maxPerKind = 3;
   HostCheckReport const report = run.Check(options)[0];
-  EXPECT_EQ(report.Count(), 20);
-  EXPECT_EQ(report.Told().size(), 3u);
+  EXPECT_EQ(20, report.Count());
+  EXPECT_EQ(3u, report.Told().size());
 }
 
 TEST(HostBreach, NamesAreAllDifferent) {
   std::set<std::string> names;
   for (int k = 0; k < host_check::kHostBreaches; ++k) names.insert(NameOf(static_cast<HostBreach>(k)));
   EXPECT_EQ(names.size(), static_cast<std::size_t>(host_check::kHostBreaches));
-  EXPECT_STREQ(NameOf(HostBreach::AreaWrongWay), "area-wrong-way");
-  EXPECT_STREQ(NameOf(HostBreach::NonBlockingDiffers), "non-blocking-differs");
+  EXPECT_STREQ("area-wrong-way", NameOf(HostBreach::AreaWrongWay));
+  EXPECT_STREQ("non-blocking-differs", NameOf(HostBreach::NonBlockingDiffers));
 }
 
 // The guide for solver authors explains every message under its name.

@@ -649,7 +649,7 @@ class PlantedFaults : public testing::TestWithParam<Fault> {};
 TEST_P(PlantedFaults, AreToldWithTheirEntity) {
   Fault const& fault = GetParam();
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
-  ASSERT_EQ(run.Check()[0].Count(), 0);
+  ASSERT_EQ(0, run.Check()[0].Count());
   int const entity = fault.plant(run.lent[0]);
   host_check::HostCheckOptions options;
   options.maxPerKind = 100;
@@ -676,7 +676,7 @@ TEST(PlantedFault, WorkArrayInAnyArrayOfTheRecordIsTold) {
     EXPECT_TRUE(Tells(report, HostBreach::ArraysOverlap, 0, words)) << name << '\n' << TextOf(report);
   }
   g.PrevGradX = own;
-  EXPECT_EQ(run.Check()[0].Count(), 0);
+  EXPECT_EQ(0, run.Check()[0].Count());
 }
 
 // If the counts contradict each other, no array is read; here the arrays do not even exist.
@@ -689,9 +689,9 @@ TEST(PlantedFault, ContradictionOfCountsKeepsArraysFromBeingRead) {
   m.xc = m.Volume = m.ijWallSx = m.xn = m.Lamda = nowhere;
   m.ijWall = m.ijWallCV = m.ij = m.CellLnodsNumber = noCells;
   HostCheckReport const report = run.Check()[0];
-  EXPECT_EQ(report.Count(), 1) << TextOf(report);
-  ASSERT_EQ(report.Notes().size(), 2u);
-  EXPECT_EQ(report.Notes()[0], "no array was read: the counts do not tell how long they are");
+  EXPECT_EQ(1, report.Count()) << TextOf(report);
+  ASSERT_EQ(2u, report.Notes().size());
+  EXPECT_EQ("no array was read: the counts do not tell how long they are", report.Notes()[0]);
 }
 
 // A factor common to all volumes is one breach; a cell with another deviation is reported with its number.
@@ -699,10 +699,10 @@ TEST(PlantedFault, CommonFactorOfVolumesIsToldOnce) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   Mesh& m = *run.lent[0].mesh;
   for (int c = 1; c <= m.NInnerCells; ++c) m.Volume[c] *= 1.3;
-  EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
+  EXPECT_EQ(1, run.Check()[0].Count()) << TextOf(run.Check()[0]);
   m.Volume[5] *= 2;
   HostCheckReport const report = run.Check()[0];
-  EXPECT_EQ(report.Count(), 2) << TextOf(report);
+  EXPECT_EQ(2, report.Count()) << TextOf(report);
   EXPECT_TRUE(Tells(report, HostBreach::VolumeDisagrees, 5, "interior cell 5 has the volume"));
 }
 
@@ -711,10 +711,10 @@ TEST(PlantedFault, IsToldAlone) {
   CheckedRun run(Perturbed(HexBox(3, 3, 3), 0.07));
   Mesh& m = *run.lent[0].mesh;
   Flip(m.ijSx, m.ijSy, m.ijSz, 11);
-  EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
+  EXPECT_EQ(1, run.Check()[0].Count()) << TextOf(run.Check()[0]);
   Flip(m.ijSx, m.ijSy, m.ijSz, 11);
   m.CellCell[5][0] = 99;
-  EXPECT_EQ(run.Check()[0].Count(), 1) << TextOf(run.Check()[0]);
+  EXPECT_EQ(1, run.Check()[0].Count()) << TextOf(run.Check()[0]);
 }
 
 // Many faults at once: nothing may be read outside an array, which the sanitizers would report.
@@ -757,11 +757,11 @@ TEST(PlantedFault, OfATableThatIsNotAskedForIsNotTold) {
   m.CellCell = m.CellFace = m.CellFaceType = nullptr;
   host_check::HostCheckOptions options;
   options.cellRows = false;
-  EXPECT_EQ(run.Check(options)[0].Count(), 0) << TextOf(run.Check(options)[0]);
+  EXPECT_EQ(0, run.Check(options)[0].Count()) << TextOf(run.Check(options)[0]);
   m.NodeCell = m.CellLnods = m.ijLnods = m.ijWallLnods = nullptr;
   m.xn = nullptr;
   options.nodeTables = false;
-  EXPECT_EQ(run.Check(options)[0].Count(), 0) << TextOf(run.Check(options)[0]);
+  EXPECT_EQ(0, run.Check(options)[0].Count()) << TextOf(run.Check(options)[0]);
 }
 
 TEST(PlantedFault, GroupWithoutFacesMayLeaveItsArraysNull) {
@@ -771,7 +771,7 @@ TEST(PlantedFault, GroupWithoutFacesMayLeaveItsArraysNull) {
   m.ijInlet = m.ijInletCV = nullptr;
   m.ijInletSx = m.ijInletxc = nullptr;
   HostCheckReport const report = run.Check()[0];
-  EXPECT_EQ(report.Count(HostBreach::MissingArray), 0) << TextOf(report);
+  EXPECT_EQ(0, report.Count(HostBreach::MissingArray)) << TextOf(report);
   EXPECT_GT(report.Count(HostBreach::CellNotClosed), 0) << "the inlet's cells lack a face";
 }
 

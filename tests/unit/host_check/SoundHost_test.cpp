@@ -23,7 +23,7 @@ using reference_host::BoxSpec;
 
 void ExpectNoBreach(CheckedRun& run, std::string const& what) {
   for (HostCheckReport const& report : run.Check()) {
-    EXPECT_EQ(report.Count(), 0) << what << '\n' << TextOf(report);
+    EXPECT_EQ(0, report.Count()) << what << '\n' << TextOf(report);
     EXPECT_TRUE(report.Notes().empty()) << what << '\n' << TextOf(report);
   }
 }
@@ -303,7 +303,7 @@ TEST(SoundHost, NeighbourOverTwoFacesMayBeNamedOnce) {
   builder.AddCell(right);
   CheckedRun run(builder.Finish());
   CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
-  ASSERT_EQ(m.NInnerFaces, 2);
+  ASSERT_EQ(2, m.NInnerFaces);
   ExpectNoBreach(run, "named twice");
   int* row = m.CellCell[1];
   int length = 0;
@@ -323,8 +323,8 @@ TEST(SoundHost, NeighbourOverTwoFacesMayBeNamedOnce) {
 TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   CheckedRun run(HexBox(2, 1, 1));
   CZYN3DFiniteVolumeMesh& m = *run.lent[0].mesh;
-  ASSERT_EQ(m.NInnerFaces, 1);
-  ASSERT_EQ(m.ij[1], 2);
+  ASSERT_EQ(1, m.NInnerFaces);
+  ASSERT_EQ(2, m.ij[1]);
   // Cell 2 gets a wall in place of the shared face: one more ghost cell and wall face.
   std::vector<std::vector<double>> reals;
   std::vector<std::vector<int>> integers;
@@ -365,7 +365,7 @@ TEST(SoundHost, OneSidedFaceBelongsToItsOwnCellOnly) {
   options.nodeTables = false;  // they would have to grow too
   HostCheckReport const report = run.Check(options)[0];
   // The work arrays of the reference host are now one cell too short, which the checker cannot see.
-  EXPECT_EQ(report.Count(), 0) << TextOf(report);
+  EXPECT_EQ(0, report.Count()) << TextOf(report);
 }
 
 }  // namespace

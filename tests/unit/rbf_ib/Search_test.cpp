@@ -289,8 +289,8 @@ TEST(PointRing, HoldsTheSeedsThenTheCellsOfTheirNodesInOrder) {
   int const* const nodes = s.object.m_ppIBNodeConn[1];
   ASSERT_EQ(3, nodes[0]);
   bool const firstSeedIs1 = stencil[0] == 1;  // two cells are not sorted, so the tree decides
-  EXPECT_EQ(firstSeedIs1 ? (List{2, 1, 3}) : (List{3, 2, 1}), (List{nodes[1], nodes[2], nodes[3]}));
-  EXPECT_EQ(firstSeedIs1 ? (List{3, 4}) : (List{4, 3}), (List{stencil[2], stencil[3]}));
+  EXPECT_EQ((List{nodes[1], nodes[2], nodes[3]}), firstSeedIs1 ? (List{2, 1, 3}) : (List{3, 2, 1}));
+  EXPECT_EQ((List{stencil[2], stencil[3]}), firstSeedIs1 ? (List{3, 4}) : (List{4, 3}));
 }
 
 TEST(PointRing, TableLeadsFromEachNodesCellsToTheirPlaceInTheStencil) {

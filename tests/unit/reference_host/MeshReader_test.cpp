@@ -27,15 +27,15 @@ void WriteTetrahedron(TemporaryFolder const& folder, std::string const& subfolde
 
 TEST(MeshReader, ReadsGmshFilesByTheirEnding) {
   TemporaryFolder const folder;
-  EXPECT_EQ(ReadMesh(folder.Write("a.msh", kTetrahedron)).nCells, 1);
+  EXPECT_EQ(1, ReadMesh(folder.Write("a.msh", kTetrahedron)).nCells);
 }
 
 TEST(MeshReader, FindsThePolyMeshInAFolder) {
   for (char const* const subfolder : {"", "polyMesh/", "constant/polyMesh/"}) {
     TemporaryFolder const folder;
     WriteTetrahedron(folder, subfolder);
-    EXPECT_EQ(ReadMesh(folder.Path()).nCells, 1) << subfolder;
-    EXPECT_EQ(ReadMesh(folder.Path() + "/").nCells, 1) << subfolder;
+    EXPECT_EQ(1, ReadMesh(folder.Path()).nCells) << subfolder;
+    EXPECT_EQ(1, ReadMesh(folder.Path() + "/").nCells) << subfolder;
   }
 }
 

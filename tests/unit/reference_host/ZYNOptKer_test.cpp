@@ -121,8 +121,8 @@ TEST(ZYNOptKer, CountsBoxesThatOnlyTouchTheQuery) {
   CZYNOptKer tree;
   SetUnitRange(tree);
   Add(tree, {7, {0, 0, 0}, {1, 1, 1}});
-  EXPECT_EQ(Search(tree, {0, {1, 0, 0}, {2, 1, 1}}), std::vector<int>{7});              // face
-  EXPECT_EQ(Search(tree, {0, {1, 1, 1}, {2, 2, 2}}), std::vector<int>{7});              // corner
+  EXPECT_EQ(std::vector<int>{7}, Search(tree, {0, {1, 0, 0}, {2, 1, 1}}));              // face
+  EXPECT_EQ(std::vector<int>{7}, Search(tree, {0, {1, 1, 1}, {2, 2, 2}}));              // corner
   EXPECT_TRUE(Search(tree, {0, {std::nextafter(1.0, 2.0), 1, 1}, {2, 2, 2}}).empty());  // one bit apart
 }
 
@@ -131,15 +131,15 @@ TEST(ZYNOptKer, FindsBoxesBeyondTheRange) {
   SetUnitRange(tree);
   Add(tree, Around(1, 0.5, 0.5, 0.5, 0.1));
   Add(tree, Around(2, 50.0, -3.0, 0.5, 0.1));
-  EXPECT_EQ(Search(tree, Around(0, 50.0, -3.0, 0.5, 0.2)), std::vector<int>{2});
-  EXPECT_EQ(Search(tree, Around(0, 0, 0, 0, kInfinity)), (std::vector<int>{1, 2}));
+  EXPECT_EQ(std::vector<int>{2}, Search(tree, Around(0, 50.0, -3.0, 0.5, 0.2)));
+  EXPECT_EQ((std::vector<int>{1, 2}), Search(tree, Around(0, 0, 0, 0, kInfinity)));
 }
 
 TEST(ZYNOptKer, AnswersEveryBoxOfARepeatedNumber) {
   CZYNOptKer tree;
   SetUnitRange(tree);
   for (int n = 0; n < 3; ++n) Add(tree, Around(5, 0.5, 0.5, 0.5, 0.1));
-  EXPECT_EQ(Search(tree, Around(0, 0.5, 0.5, 0.5, 0.1)), (std::vector<int>{5, 5, 5}));
+  EXPECT_EQ((std::vector<int>{5, 5, 5}), Search(tree, Around(0, 0.5, 0.5, 0.5, 0.1)));
 }
 
 TEST(ZYNOptKer, FindsBoxesAddedAfterASearch) {
@@ -164,7 +164,7 @@ TEST(ZYNOptKer, InvertedOrNaNQueryFindsNothing) {
   EXPECT_TRUE(Search(tree, {0, {0.8, 0, 0}, {0.2, 1, 1}}).empty());
   EXPECT_TRUE(Search(tree, {0, {0, kNaN, 0}, {1, 1, 1}}).empty());
   EXPECT_TRUE(Search(tree, {0, {0, 0, 0}, {1, 1, kNaN}}).empty());
-  EXPECT_EQ(Search(tree, {0, {0, 0, 0}, {1, 1, 1}}), std::vector<int>{1});
+  EXPECT_EQ(std::vector<int>{1}, Search(tree, {0, {0, 0, 0}, {1, 1, 1}}));
 }
 
 TEST(ZYNOptKer, InvertedNaNAndInfiniteBoxesLeaveTheOthersFindable) {
@@ -185,12 +185,12 @@ TEST(ZYNOptKer, CopiesShareBoxesAndAnswer) {
   Add(tree, Around(1, 0.5, 0.5, 0.5, 0.1));
   CZYNOptKer copy(tree);
   Add(copy, Around(2, 0.5, 0.5, 0.5, 0.1));
-  EXPECT_EQ(Search(tree, Around(0, 0.5, 0.5, 0.5, 0.1)), (std::vector<int>{1, 2}));
+  EXPECT_EQ((std::vector<int>{1, 2}), Search(tree, Around(0, 0.5, 0.5, 0.5, 0.1)));
 
   CZYNOptKer assigned;
   Add(assigned, Around(9, 0.5, 0.5, 0.5, 0.1));
   assigned = tree;
-  EXPECT_EQ(Search(assigned, Around(0, 0.5, 0.5, 0.5, 0.1)), (std::vector<int>{1, 2}));
+  EXPECT_EQ((std::vector<int>{1, 2}), Search(assigned, Around(0, 0.5, 0.5, 0.5, 0.1)));
 }
 
 TEST(ZYNOptKer, AnswerOutlivesTheCopyThatSearched) {
@@ -204,8 +204,8 @@ TEST(ZYNOptKer, AnswerOutlivesTheCopyThatSearched) {
     ids = copy.SearchNearBlockID(0, 0, 0, 1, 1, 1, count, 0);
   }
   Add(tree, Around(5, 0.5, 0.5, 0.5, 0.1));
-  ASSERT_EQ(count, 1);
-  EXPECT_EQ(ids[0], 4);
+  ASSERT_EQ(1, count);
+  EXPECT_EQ(4, ids[0]);
 }
 
 TEST(ZYNOptKer, CopiesMayBeDestroyedInAnyOrder) {
@@ -216,6 +216,6 @@ TEST(ZYNOptKer, CopiesMayBeDestroyedInAnyOrder) {
     auto copy = std::make_unique<CZYNOptKer>(*original);
     (originalFirst ? original : copy).reset();
     CZYNOptKer& left = originalFirst ? *copy : *original;
-    EXPECT_EQ(Search(left, Around(0, 0.5, 0.5, 0.5, 0.1)), std::vector<int>{1});
+    EXPECT_EQ(std::vector<int>{1}, Search(left, Around(0, 0.5, 0.5, 0.5, 0.1)));
   }
 }

@@ -36,9 +36,9 @@ TEST(Unloading, TakesTheLibraryAndItsSearchTreeAlong) {
   ASSERT_FALSE(IsMapped("libZyn3dGradOp")) << "this program is linked without it";
   for (int round = 1; round <= 2; ++round) {
     void* const part = dlopen(ZYN_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(part, nullptr) << dlerror();
+    ASSERT_NE(nullptr, part) << dlerror();
     auto* const use = reinterpret_cast<int (*)(char const*)>(dlsym(part, "UseEveryOperator"));
-    ASSERT_NE(use, nullptr);
+    ASSERT_NE(nullptr, use);
     testing::internal::CaptureStdout();
     int const used = use(folder.path.c_str());
     testing::internal::GetCapturedStdout();

@@ -78,7 +78,7 @@ TEST(Interruption, RunsCleanupsLatestFirstAndEndsByTheSignal) {
               signal);
     std::string text;
     std::getline(std::ifstream(file), text);
-    EXPECT_EQ(text, "second first ");
+    EXPECT_EQ("second first ", text);
   }
 }
 
@@ -119,13 +119,12 @@ TEST(Interruption, LetsNobodyTouchFilesOnceItHasBegun) {
 }
 
 TEST(Interruption, LeavesASignalIgnoredThatTheCallerIgnores) {
-  EXPECT_EQ(EndAfter([] {
+  EXPECT_EQ(0, EndAfter([] {
               std::signal(SIGHUP, SIG_IGN);
               InterruptionWatcher const watcher;
               kill(getpid(), SIGHUP);
               std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            }),
-            0);
+            }));
 }
 
 TEST(Interruption, TakesTemporaryFoldersAlong) {
@@ -141,7 +140,7 @@ TEST(Interruption, TakesTemporaryFoldersAlong) {
             SIGINT);
   std::string path;
   std::getline(std::ifstream(name), path);
-  EXPECT_NE(path, "");
+  EXPECT_NE("", path);
   EXPECT_FALSE(fs::exists(path));
 }
 

@@ -21,9 +21,9 @@ std::string ErrorOf(std::function<void()> const& work) {
 }
 
 TEST(Ranks, TurnWhateverIsThrownIntoOneUsageError) {
-  EXPECT_EQ(ErrorOf([] { throw std::runtime_error("broken"); }), "broken");
-  EXPECT_EQ(ErrorOf([] { throw std::bad_alloc(); }), "not enough memory on rank 0");
-  EXPECT_EQ(ErrorOf([] {}), "no error");
+  EXPECT_EQ("broken", ErrorOf([] { throw std::runtime_error("broken"); }));
+  EXPECT_EQ("not enough memory on rank 0", ErrorOf([] { throw std::bad_alloc(); }));
+  EXPECT_EQ("no error", ErrorOf([] {}));
 }
 
 TEST(Ranks, ThrowErrorsThatSayHowManyHaveAgreed) {
@@ -36,10 +36,10 @@ TEST(Ranks, ThrowErrorsThatSayHowManyHaveAgreed) {
 }
 
 TEST(Ranks, GatherRowsInRankOrder) {
-  EXPECT_EQ(TestRanks().Gather(2.5), (std::vector<double>{2.5}));
-  EXPECT_EQ(TestRanks().Gather(std::vector<double>{1.0, 2.0}),
-            (std::vector<std::vector<double>>{{1.0, 2.0}}));
-  EXPECT_EQ(TestRanks().Max(-3.0), -3.0);
+  EXPECT_EQ((std::vector<double>{2.5}), TestRanks().Gather(2.5));
+  EXPECT_EQ((std::vector<std::vector<double>>{{1.0, 2.0}}),
+            TestRanks().Gather(std::vector<double>{1.0, 2.0}));
+  EXPECT_EQ(-3.0, TestRanks().Max(-3.0));
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ int EndOf(std::function<int()> const& work) {
 }
 
 TEST(StandardStreams, KeepsFilesOffTheDescriptorsThatTheCallerHasClosed) {
-  EXPECT_EQ(EndOf([] {
+  EXPECT_EQ(0, EndOf([] {
               close(STDIN_FILENO);
               close(STDOUT_FILENO);
               close(STDERR_FILENO);
@@ -33,8 +33,7 @@ TEST(StandardStreams, KeepsFilesOffTheDescriptorsThatTheCallerHasClosed) {
               for (int const output : {STDOUT_FILENO, STDERR_FILENO})
                 if (write(output, &byte, 1) >= 0 || errno != EBADF) return 3;
               return 0;
-            }),
-            0);
+            }));
 }
 
 TEST(StandardStreams, EndsLikeOthersThatWriteToAClosedPipeUnlessTheCallerIgnoresThat) {
@@ -48,13 +47,12 @@ TEST(StandardStreams, EndsLikeOthersThatWriteToAClosedPipeUnlessTheCallerIgnores
               return 3;
             }),
             SIGPIPE);
-  EXPECT_EQ(EndOf([] {
-              std::signal(SIGPIPE, SIG_IGN);
-              SecureStandardStreams();
-              EndByClosedPipe();
-              return 3;
-            }),
-            -3);
+  EXPECT_EQ(-3, EndOf([] {
+    std::signal(SIGPIPE, SIG_IGN);
+    SecureStandardStreams();
+    EndByClosedPipe();
+    return 3;
+  }));
 }
 
 }  // namespace

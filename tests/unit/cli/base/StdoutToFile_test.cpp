@@ -24,13 +24,13 @@ TEST(StdoutToFile, CatchesStreamsStdioAndTheDescriptorAndLetsGoAfterwards) {
     std::cout << "stream ";
     std::printf("stdio ");
     std::fflush(stdout);
-    EXPECT_EQ(write(STDOUT_FILENO, "raw ", 4), 4);
+    EXPECT_EQ(4, write(STDOUT_FILENO, "raw ", 4));
   }
   std::cout << "after";
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "before after");
+  EXPECT_EQ("before after", testing::internal::GetCapturedStdout());
   std::ostringstream text;
   text << std::ifstream(file).rdbuf();
-  EXPECT_EQ(text.str(), "stream stdio raw stream stdio raw ");
+  EXPECT_EQ("stream stdio raw stream stdio raw ", text.str());
   std::filesystem::remove(file);
 }
 
@@ -40,7 +40,7 @@ TEST(StdoutToFile, LeavesOutputWhereItWasAndSaysSoWhenTheFileCannotBeOpened) {
     StdoutToFile const redirect("no_such_folder/file.txt");
     std::cout << "still here";
   }
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
+  EXPECT_EQ("still here", testing::internal::GetCapturedStdout());
   EXPECT_THROW(StdoutToFile::CheckAll(), UsageError);
 }
 
@@ -53,12 +53,12 @@ TEST(StdoutToFile, SaysThatAFileHasLostSomethingAndSparesStandardOutput) {
   }
   std::cout << "still here" << std::flush;
   EXPECT_TRUE(std::cout.good());
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
+  EXPECT_EQ("still here", testing::internal::GetCapturedStdout());
   try {
     StdoutToFile::CheckAll();
     FAIL() << "the loss was not noticed";
   } catch (UsageError const& error) {
-    EXPECT_STREQ(error.what(), "cannot write \"/dev/full\": No space left on device");
+    EXPECT_STREQ("cannot write \"/dev/full\": No space left on device", error.what());
   }
   EXPECT_NO_THROW(StdoutToFile::CheckAll());
 }

@@ -15,11 +15,12 @@ TEST(TextTable, AlignsWordsLeftAndNumbersRight) {
   table.AddRow({"iterated", "10.25"});
   std::ostringstream out;
   table.Print(out);
-  EXPECT_EQ(out.str(),
-            "  method       L2  at\n"
-            "  --------  -----  ----\n"
-            "  lsq         1.5  here\n"
-            "  iterated  10.25\n");
+  EXPECT_EQ(
+      "  method       L2  at\n"
+      "  --------  -----  ----\n"
+      "  lsq         1.5  here\n"
+      "  iterated  10.25\n",
+      out.str());
 }
 
 TEST(TextTable, AlignsByWhatATerminalShows) {
@@ -28,11 +29,12 @@ TEST(TextTable, AlignsByWhatATerminalShows) {
   table.AddRow({"\xE5\xA3\x81", "2"});
   std::ostringstream out;
   table.Print(out);
-  EXPECT_EQ(out.str(),
-            "  boundary  faces\n"
-            "  --------  -----\n"
-            "  W\xC3\xA4nde         1\n"
-            "  \xE5\xA3\x81            2\n");
+  EXPECT_EQ(
+      "  boundary  faces\n"
+      "  --------  -----\n"
+      "  W\xC3\xA4nde         1\n"
+      "  \xE5\xA3\x81            2\n",
+      out.str());
 }
 
 TEST(TextTable, DoesNotPadEveryRowToOneLongName) {
@@ -57,23 +59,23 @@ TEST(TextTable, LeavesTheProgramsOwnTextsWhole) {
 }
 
 TEST(TextTable, FormatsNumbers) {
-  EXPECT_EQ(Scientific(0.00123456), "1.235e-03");
-  EXPECT_EQ(Scientific(1234.5, 2), "1.2e+03");
-  EXPECT_EQ(Fixed(2.345, 1), "2.3");
-  EXPECT_EQ(Grouped(0), "0");
-  EXPECT_EQ(Grouped(999), "999");
-  EXPECT_EQ(Grouped(1000), "1,000");
-  EXPECT_EQ(Grouped(1234567), "1,234,567");
-  EXPECT_EQ(Grouped(-1234), "-1,234");
-  EXPECT_EQ(Place(0.5, -1.0, 1e-7), "(0.5, -1, 1e-07)");
-  EXPECT_EQ(Place(6400000.5, 4800000.5, 0.0), "(6.4e+06, 4.8e+06, 0)");
-  EXPECT_EQ(Place(6400000.5, 4800000.5, 0.0, 9), "(6400000.5, 4800000.5, 0)");
+  EXPECT_EQ("1.235e-03", Scientific(0.00123456));
+  EXPECT_EQ("1.2e+03", Scientific(1234.5, 2));
+  EXPECT_EQ("2.3", Fixed(2.345, 1));
+  EXPECT_EQ("0", Grouped(0));
+  EXPECT_EQ("999", Grouped(999));
+  EXPECT_EQ("1,000", Grouped(1000));
+  EXPECT_EQ("1,234,567", Grouped(1234567));
+  EXPECT_EQ("-1,234", Grouped(-1234));
+  EXPECT_EQ("(0.5, -1, 1e-07)", Place(0.5, -1.0, 1e-7));
+  EXPECT_EQ("(6.4e+06, 4.8e+06, 0)", Place(6400000.5, 4800000.5, 0.0));
+  EXPECT_EQ("(6400000.5, 4800000.5, 0)", Place(6400000.5, 4800000.5, 0.0, 9));
 }
 
 TEST(TextTable, ShowsADashForWhatIsNotFinite) {
-  EXPECT_EQ(Scientific(std::nan("")), "-");
-  EXPECT_EQ(Fixed(std::numeric_limits<double>::infinity(), 3), "-");
-  EXPECT_EQ(Fixed(1e308, 0).size(), 309U);
+  EXPECT_EQ("-", Scientific(std::nan("")));
+  EXPECT_EQ("-", Fixed(std::numeric_limits<double>::infinity(), 3));
+  EXPECT_EQ(309U, Fixed(1e308, 0).size());
 }
 
 }  // namespace

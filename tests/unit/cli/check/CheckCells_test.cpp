@@ -47,8 +47,8 @@ std::vector<std::string> const kAll = {"plain", "iterated", "weighted", "lsq", "
 TEST(CheckCells, FindsNothingWrongInASoundBox) {
   LoadedMesh mesh = Load("box:4,4,4:tet");
   for (CheckedSystem const& cell : Check(mesh, kAll)) {
-    EXPECT_EQ(InWords(cell.findings), "") << cell.number;
-    EXPECT_EQ(cell.members, 5);
+    EXPECT_EQ("", InWords(cell.findings)) << cell.number;
+    EXPECT_EQ(5, cell.members);
     EXPECT_GT(cell.condition, 1.0);
     EXPECT_LT(cell.rowSum, 1e-12);
   }
@@ -62,17 +62,17 @@ TEST(CheckCells, MarksBoundaryCells) {
 TEST(CheckCells, FindsCellsBesideSymmetryFacesAndTheirMembersAtTheOrigin) {
   LoadedMesh mesh = Load("box:3,3,3", {{"wall_zmin", BoundaryGroup::Symmetry}});
   auto const cells = Check(mesh, {"rbf"});
-  EXPECT_EQ(Count(cells, kIsBesideSymmetry), 9);
-  EXPECT_EQ(Count(cells, kHasMemberAtOrigin), 9);
-  EXPECT_EQ(Count(cells, kHasCoincidentMembers), 0);
+  EXPECT_EQ(9, Count(cells, kIsBesideSymmetry));
+  EXPECT_EQ(9, Count(cells, kHasMemberAtOrigin));
+  EXPECT_EQ(0, Count(cells, kHasCoincidentMembers));
 }
 
 TEST(CheckCells, FindsTwoSymmetryFacesToBeOneMember) {
   LoadedMesh mesh =
       Load("box:3,3,3", {{"wall_zmin", BoundaryGroup::Symmetry}, {"wall_ymin", BoundaryGroup::Symmetry}});
   auto const cells = Check(mesh, {"rbf"});
-  EXPECT_EQ(Count(cells, kHasCoincidentMembers), 3);
-  EXPECT_EQ(Count(cells, kIsSingular), 3);
+  EXPECT_EQ(3, Count(cells, kHasCoincidentMembers));
+  EXPECT_EQ(3, Count(cells, kIsSingular));
 }
 
 TEST(CheckCells, FindsTwoCentresInOnePlace) {
@@ -81,8 +81,8 @@ TEST(CheckCells, FindsTwoCentresInOnePlace) {
   int const a = m.ijCV[2], b = m.ij[2];
   m.xc[b] = m.xc[a];
   auto const cells = Check(mesh, {"rbf"});
-  EXPECT_EQ(Count(cells, kHasCoincidentMembers), 2);
-  EXPECT_EQ(Count(cells, kIsSingular), 2);
+  EXPECT_EQ(2, Count(cells, kHasCoincidentMembers));
+  EXPECT_EQ(2, Count(cells, kIsSingular));
   for (int const c : {a, b}) {
     EXPECT_TRUE(std::isinf(cells[static_cast<std::size_t>(c) - 1].skewness));
     EXPECT_LT(cells[static_cast<std::size_t>(c) - 1].nonOrthogonality, 1.0);
@@ -97,8 +97,8 @@ TEST(CheckCells, FindsANeighbourListedTwice) {
   int* const ghost = std::find_if(row + 1, row + 1 + row[0], [&](int c) { return c > m.NInnerCells; });
   *ghost = neighbour;
   auto const cells = Check(mesh, {"rbf"});
-  EXPECT_EQ(Count(cells, kHasRepeatedMember), 1);
-  EXPECT_EQ(Count(cells, kHasCoincidentMembers), 0);
+  EXPECT_EQ(1, Count(cells, kHasRepeatedMember));
+  EXPECT_EQ(0, Count(cells, kHasCoincidentMembers));
 }
 
 /// A box of one cell whose six side cells all have the cell's own coordinate on one axis.
@@ -114,7 +114,7 @@ TEST(CheckCells, FindsTheZeroPivotThatStopsLeastSquares) {
   for (auto const axis : {&CZYN3DFiniteVolumeMesh::xc, &CZYN3DFiniteVolumeMesh::yc}) {
     LoadedMesh mesh = FlatCell(axis);
     auto const cells = Check(mesh, {"lsq"});
-    EXPECT_EQ(cells.front().findings & ~kIsAtBoundary, kHasZeroPivot);
+    EXPECT_EQ(kHasZeroPivot, cells.front().findings & ~kIsAtBoundary);
   }
 }
 
@@ -132,7 +132,7 @@ TEST(CheckCells, FindsAPivotOfRoundOff) {
     m.yc[c] += 0.1 * c;
     m.zc[c] = m.zc[1] + (m.xc[c] - m.xc[1]) + (m.yc[c] - m.yc[1]) / 3.0;
   }
-  EXPECT_EQ(Count(Check(mesh, {"lsq"}), kHasTinyPivot | kHasZeroLastPivot), 1);
+  EXPECT_EQ(1, Count(Check(mesh, {"lsq"}), kHasTinyPivot | kHasZeroLastPivot));
 }
 
 TEST(CheckCells, FindsAFlatStencilAndThatScalingByItsExtentBreaks) {
@@ -141,10 +141,10 @@ TEST(CheckCells, FindsAFlatStencilAndThatScalingByItsExtentBreaks) {
   // The radial-basis operator puts side cells at face centres.
   for (int f = 1; f <= m.NWall; ++f) m.ijWallzc[f] = m.zc[1];
   auto const plain = Check(mesh, {"rbf"});
-  EXPECT_NE(plain.front().findings & kHasFlatAxis, 0U);
-  EXPECT_EQ(plain.front().findings & kHasRowNotFinite, 0U);
+  EXPECT_NE(0U, plain.front().findings & kHasFlatAxis);
+  EXPECT_EQ(0U, plain.front().findings & kHasRowNotFinite);
   auto const normalised = Check(mesh, {"rbf"}, {500.0, true});
-  EXPECT_NE(normalised.front().findings & kHasRowNotFinite, 0U);
+  EXPECT_NE(0U, normalised.front().findings & kHasRowNotFinite);
 }
 
 TEST(CheckCells, FindsRowsThatAreNotFinite) {
@@ -160,7 +160,7 @@ TEST(CheckCells, FindsRowsThatAreNotFinite) {
 
 TEST(CheckCells, FindsASpanThatIsTooWideForTheNumbers) {
   LoadedMesh mesh = Load("box:2,2,2");
-  EXPECT_EQ(Count(Check(mesh, {"rbf"}, {1e60, false}), kHasRowNotFinite), 8);
+  EXPECT_EQ(8, Count(Check(mesh, {"rbf"}, {1e60, false}), kHasRowNotFinite));
 }
 
 // Green-Gauss divides by the volume plus 1e-30, but for the weighted form, which divides by it alone.
@@ -168,10 +168,10 @@ TEST(CheckCells, FindsAVolumeOfZeroAndTheGradientThatItSpoils) {
   LoadedMesh mesh = Load("box:3,3,3");
   mesh.partition->mesh()->Volume[5] = 0.0;
   auto const cells = Check(mesh, kAll);
-  EXPECT_EQ(Count(cells, kHasNoVolume), 1);
-  EXPECT_NE(cells[4].findings & NotFinite("weighted"), 0U);
-  EXPECT_EQ(Count(cells, NotFinite("weighted")), 1);
-  EXPECT_EQ(Count(cells, NotFinite("plain") | NotFinite("lsq") | kHasRowNotFinite), 0);
+  EXPECT_EQ(1, Count(cells, kHasNoVolume));
+  EXPECT_NE(0U, cells[4].findings & NotFinite("weighted"));
+  EXPECT_EQ(1, Count(cells, NotFinite("weighted")));
+  EXPECT_EQ(0, Count(cells, NotFinite("plain") | NotFinite("lsq") | kHasRowNotFinite));
 }
 
 TEST(CheckCells, FindsGradientsThatAreNotFinite) {
@@ -180,13 +180,13 @@ TEST(CheckCells, FindsGradientsThatAreNotFinite) {
   auto const cells = Check(mesh, kAll);
   for (char const* name : {"plain", "iterated", "weighted", "vector"})
     EXPECT_GE(Count(cells, NotFinite(name)), 2) << name;
-  EXPECT_EQ(Count(cells, NotFinite("lsq")), 0);
+  EXPECT_EQ(0, Count(cells, NotFinite("lsq")));
 }
 
 TEST(CheckCells, FindsATinyVolume) {
   LoadedMesh mesh = Load("box:3,3,3");
   mesh.partition->mesh()->Volume[5] = 1e-9;
-  EXPECT_EQ(Count(MeasureCells(*mesh.partition), kIsFlatCell), 1);
+  EXPECT_EQ(1, Count(MeasureCells(*mesh.partition), kIsFlatCell));
 }
 
 TEST(CheckCells, FindsBothCellsOfASkewFace) {
@@ -194,8 +194,8 @@ TEST(CheckCells, FindsBothCellsOfASkewFace) {
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
   m.ijyc[4] += 0.5;  // the centres are a third apart
   auto const cells = MeasureCells(*mesh.partition);
-  EXPECT_EQ(Count(cells, kIsSkew), 2);
-  EXPECT_NEAR(cells[static_cast<std::size_t>(m.ijCV[4]) - 1].skewness, 1.5, 1e-12);
+  EXPECT_EQ(2, Count(cells, kIsSkew));
+  EXPECT_NEAR(1.5, cells[static_cast<std::size_t>(m.ijCV[4]) - 1].skewness, 1e-12);
 }
 
 TEST(CheckCells, FindsBothCellsOfANonOrthogonalFace) {
@@ -203,7 +203,7 @@ TEST(CheckCells, FindsBothCellsOfANonOrthogonalFace) {
   CZYN3DFiniteVolumeMesh& m = *mesh.partition->mesh();
   m.ijSy[1] = 3.0 * std::fabs(m.ijSx[1]);
   auto const cells = MeasureCells(*mesh.partition);
-  EXPECT_EQ(Count(cells, kIsNonOrthogonal), 2);
+  EXPECT_EQ(2, Count(cells, kIsNonOrthogonal));
   EXPECT_NEAR(cells[static_cast<std::size_t>(m.ij[1]) - 1].nonOrthogonality, std::atan(3.0) * 180.0 / M_PI,
               1e-9);
 }
@@ -211,12 +211,12 @@ TEST(CheckCells, FindsBothCellsOfANonOrthogonalFace) {
 TEST(CheckCells, LooksOnlyForWhatTheMethodsNeed) {
   LoadedMesh mesh = Load("box:2,2,2");
   for (CheckedSystem const& cell : Check(mesh, {"plain"})) {
-    EXPECT_EQ(cell.condition, 0.0);
-    EXPECT_EQ(cell.members, 0);
+    EXPECT_EQ(0.0, cell.condition);
+    EXPECT_EQ(0, cell.members);
   }
-  EXPECT_EQ(CellFindings({&Method("plain")}) & (kHasZeroPivot | kIsSingular), 0U);
-  EXPECT_NE(CellFindings({&Method("lsq")}) & kHasZeroPivot, 0U);
-  EXPECT_NE(CellFindings({&Method("rbf")}) & kIsSingular, 0U);
+  EXPECT_EQ(0U, CellFindings({&Method("plain")}) & (kHasZeroPivot | kIsSingular));
+  EXPECT_NE(0U, CellFindings({&Method("lsq")}) & kHasZeroPivot);
+  EXPECT_NE(0U, CellFindings({&Method("rbf")}) & kIsSingular);
 }
 
 }  // namespace

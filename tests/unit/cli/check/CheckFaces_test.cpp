@@ -19,7 +19,7 @@ TEST(CheckFaces, FindNothingWrongInASoundBoxByAnyMethod) {
     auto const faces = CheckFaces(*box, FaceKind::Inner, {method, 50.0, 20, 0.0, false}, kNowhere);
     ASSERT_EQ(faces.size(), static_cast<std::size_t>(box->mesh()->NInnerFaces));
     for (CheckedSystem const& face : faces) {
-      EXPECT_EQ(InWords(face.findings), "") << "method " << method;
+      EXPECT_EQ("", InWords(face.findings)) << "method " << method;
       EXPECT_LT(face.number, face.other);
     }
   }
@@ -27,10 +27,10 @@ TEST(CheckFaces, FindNothingWrongInASoundBoxByAnyMethod) {
 
 TEST(CheckFaces, TakeTheZeroValuesOfBoundaryFacesForWhatTheyAre) {
   auto const box = BoxPartition("box:4,4,4");
-  EXPECT_EQ(Count(CheckFaces(*box, FaceKind::Wall, {4, 50.0, 20, 0.0, false}, kNowhere), kHasRowSumOff), 0);
+  EXPECT_EQ(0, Count(CheckFaces(*box, FaceKind::Wall, {4, 50.0, 20, 0.0, false}, kNowhere), kHasRowSumOff));
   for (CheckedSystem const& face : CheckFaces(*box, FaceKind::Wall, {2, 50.0, 20, 0.0, false}, kNowhere)) {
-    EXPECT_EQ(face.other, 0);
-    EXPECT_EQ(face.findings & kHasRowSumOff, 0U);
+    EXPECT_EQ(0, face.other);
+    EXPECT_EQ(0U, face.findings & kHasRowSumOff);
   }
 }
 

@@ -30,10 +30,10 @@ TEST(CheckPoints, FindNothingWrongInASoundBoxByAnyMethod) {
   for (int const method : {1, 2, 3}) {
     double const span = method == 3 ? 500.0 : 50.0;  // two steps give a constant less exactly than one
     auto const points = Points(*box, {method, span, 20, 0.1, false});
-    ASSERT_EQ(points.size(), 2U);
-    EXPECT_EQ(points[1].number, 2);
+    ASSERT_EQ(2U, points.size());
+    EXPECT_EQ(2, points[1].number);
     for (CheckedSystem const& point : points) {
-      EXPECT_EQ(InWords(point.findings), "") << "method " << method;
+      EXPECT_EQ("", InWords(point.findings)) << "method " << method;
       EXPECT_GT(point.members, 3);
       EXPECT_GT(point.condition, 1.0);
     }
@@ -42,8 +42,8 @@ TEST(CheckPoints, FindNothingWrongInASoundBoxByAnyMethod) {
 
 TEST(CheckPoints, FindFewMembersAndRowsThatAreNotFinite) {
   auto const box = BoxPartition("box:5,5,5");
-  EXPECT_EQ(Count(Points(*box, {2, 50.0, 3, 0.1, false}), kHasFewMembers), 2);
-  EXPECT_EQ(Count(Points(*box, {2, 1e60, 20, 0.1, false}), kHasRowNotFinite), 2);
+  EXPECT_EQ(2, Count(Points(*box, {2, 50.0, 3, 0.1, false}), kHasFewMembers));
+  EXPECT_EQ(2, Count(Points(*box, {2, 1e60, 20, 0.1, false}), kHasRowNotFinite));
 }
 
 TEST(CheckPoints, AreThoseOfTheOwnRank) {
@@ -53,8 +53,8 @@ TEST(CheckPoints, AreThoseOfTheOwnRank) {
   points.x = points.y = points.z = {0.5, 0.6};
   std::vector<PointOwner> const owners = {{0.1, 1}, {0.1, 0}};
   auto const own = CheckPoints(*box, usable, points, owners, 0, {2, 50.0, 20, 0.1, false}, kNowhere);
-  ASSERT_EQ(own.size(), 1U);
-  EXPECT_EQ(own.front().number, 2);
+  ASSERT_EQ(1U, own.size());
+  EXPECT_EQ(2, own.front().number);
   EXPECT_TRUE(CheckPoints(*box, usable, points, owners, 2, {2, 50.0, 20, 0.1, false}, kNowhere).empty());
 }
 

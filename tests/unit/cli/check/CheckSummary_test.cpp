@@ -32,33 +32,33 @@ std::vector<std::int64_t> Numbers(std::vector<CheckedSystem> const& cells) {
 TEST(CheckFindings, HaveABitEach) {
   std::uint32_t all = 0;
   for (FindingKind const& kind : FindingKinds()) {
-    EXPECT_EQ(all & kind.finding, 0U) << kind.key;
-    EXPECT_NE(kind.finding, 0U) << kind.key;
+    EXPECT_EQ(0U, all & kind.finding) << kind.key;
+    EXPECT_NE(0U, kind.finding) << kind.key;
     all |= kind.finding;
   }
 }
 
 TEST(CheckFindings, ComeInWordsTheGravestFirst) {
-  EXPECT_EQ(InWords(kIsAtBoundary), "");
-  EXPECT_EQ(InWords(kIsAtBoundary | kIsSkew | kHasRowNotFinite), "weights not finite; extreme skewness");
-  EXPECT_EQ(SeverityOf(kIsSkew | kIsSingular), Severity::Wrong);
-  EXPECT_EQ(SeverityOf(0), Severity::Note);
+  EXPECT_EQ("", InWords(kIsAtBoundary));
+  EXPECT_EQ("weights not finite; extreme skewness", InWords(kIsAtBoundary | kIsSkew | kHasRowNotFinite));
+  EXPECT_EQ(Severity::Wrong, SeverityOf(kIsSkew | kIsSingular));
+  EXPECT_EQ(Severity::Note, SeverityOf(0));
 }
 
 TEST(CheckSummary, CountsFindingsAndConditions) {
   CheckSummary const summary = SummariseCheck(
       TestRanks(), {Cell(1, 5.0), Cell(2, 99.0, kIsSkew), Cell(3, 100.0, kIsSkew | kIsAtBoundary),
                     Cell(4, kInfinity, kIsSingular), Cell(5, kNaN), Cell(6, 1e200), Cell(7, 0.0)});
-  EXPECT_EQ(summary.nSystems, 7);
-  EXPECT_EQ(summary.Count(kIsSkew), 2);
-  EXPECT_EQ(summary.Count(kIsAtBoundary), 1);
-  EXPECT_EQ(summary.Count(kHasRowNotFinite), 0);
-  EXPECT_EQ(summary.histogram.decade[0], 1);
-  EXPECT_EQ(summary.histogram.decade[1], 1);
-  EXPECT_EQ(summary.histogram.decade[2], 1);
-  EXPECT_EQ(summary.histogram.decade.back(), 1);
-  EXPECT_EQ(summary.histogram.nSingular, 1);
-  EXPECT_EQ(summary.histogram.nNotFinite, 1);
+  EXPECT_EQ(7, summary.nSystems);
+  EXPECT_EQ(2, summary.Count(kIsSkew));
+  EXPECT_EQ(1, summary.Count(kIsAtBoundary));
+  EXPECT_EQ(0, summary.Count(kHasRowNotFinite));
+  EXPECT_EQ(1, summary.histogram.decade[0]);
+  EXPECT_EQ(1, summary.histogram.decade[1]);
+  EXPECT_EQ(1, summary.histogram.decade[2]);
+  EXPECT_EQ(1, summary.histogram.decade.back());
+  EXPECT_EQ(1, summary.histogram.nSingular);
+  EXPECT_EQ(1, summary.histogram.nNotFinite);
   EXPECT_TRUE(summary.IsFinite());
 }
 
@@ -69,7 +69,7 @@ TEST(CheckSummary, PutsGraverFindingsBeforeConditionsAndLowerNumbersFirst) {
                                             Cell(7, 1.0, kHasRowNotFinite),
                                             Cell(5, kInfinity, kIsSingular),
                                             Cell(6, kNaN, kHasSystemNotFinite)};
-  EXPECT_EQ(Numbers(SummariseCheck(TestRanks(), cells).worst), (std::vector<std::int64_t>{7, 6, 5, 2, 3, 4}));
+  EXPECT_EQ((std::vector<std::int64_t>{7, 6, 5, 2, 3, 4}), Numbers(SummariseCheck(TestRanks(), cells).worst));
 }
 
 TEST(CheckSummary, TakesRoundOffForEqual) {
@@ -82,16 +82,16 @@ TEST(CheckSummary, ListsTenWhateverTheirOrder) {
   std::vector<CheckedSystem> cells;
   for (int n = 1; n <= 40; ++n) cells.push_back(Cell(n, 100.0 + n % 20));
   auto const expected = Numbers(SummariseCheck(TestRanks(), cells).worst);
-  ASSERT_EQ(expected.size(), kShownWorst);
-  EXPECT_EQ(expected[0], 19);
-  EXPECT_EQ(expected[1], 39);
+  ASSERT_EQ(kShownWorst, expected.size());
+  EXPECT_EQ(19, expected[0]);
+  EXPECT_EQ(39, expected[1]);
   std::reverse(cells.begin(), cells.end());
   EXPECT_EQ(Numbers(SummariseCheck(TestRanks(), cells).worst), expected);
 }
 
 TEST(CheckSummary, OfNothingIsEmpty) {
   CheckSummary const summary = SummariseCheck(TestRanks(), {});
-  EXPECT_EQ(summary.nSystems, 0);
+  EXPECT_EQ(0, summary.nSystems);
   EXPECT_TRUE(summary.worst.empty());
   EXPECT_TRUE(summary.histogram.IsEmpty());
 }
@@ -103,11 +103,12 @@ CheckResult ResultOf(std::vector<CheckedSystem> const& cells) {
 TEST(CheckReport, SaysWhatWouldNotBeFinite) {
   std::ostringstream sound, broken;
   PrintVerdict(sound, {ResultOf({Cell(1, 2.0, kIsSkew)})});
-  EXPECT_EQ(sound.str(), "all results would be finite numbers, and none would be wrong\n");
+  EXPECT_EQ("all results would be finite numbers, and none would be wrong\n", sound.str());
   PrintVerdict(broken, {ResultOf({Cell(1, 2.0, kHasRowNotFinite), Cell(2, 2.0)})});
-  EXPECT_EQ(broken.str(),
-            "  weights not finite: 1 of 2 cells\n"
-            "NOT all results would be finite numbers: not finite in 1 of 2 cells\n");
+  EXPECT_EQ(
+      "  weights not finite: 1 of 2 cells\n"
+      "NOT all results would be finite numbers: not finite in 1 of 2 cells\n",
+      broken.str());
 }
 
 TEST(CheckReport, CountsWhatIsWrongInItsLastLine) {
@@ -117,17 +118,18 @@ TEST(CheckReport, CountsWhatIsWrongInItsLastLine) {
   EXPECT_TRUE(AreSound({ResultOf({Cell(1, 2.0, kIsSkew)})}));
   std::ostringstream out;
   PrintVerdict(out, wrong);
-  EXPECT_EQ(out.str(),
-            "  members at the origin (symmetry): 1 of 3 cells\n"
-            "  stencil flat along an axis: 2 of 3 cells\n"
-            "all results would be finite numbers, but WRONG in 2 of 3 cells\n");
+  EXPECT_EQ(
+      "  members at the origin (symmetry): 1 of 3 cells\n"
+      "  stencil flat along an axis: 2 of 3 cells\n"
+      "all results would be finite numbers, but WRONG in 2 of 3 cells\n",
+      out.str());
 }
 
 TEST(CheckReport, CountsEachSystemByItsGravestFinding) {
   std::vector<CheckResult> const both = {
       ResultOf({Cell(1, 2.0, kHasRowNotFinite | kIsSingular), Cell(2, 2.0, kIsSingular), Cell(3, 2.0)})};
-  EXPECT_EQ(both.front().summary.nNotFinite, 1);
-  EXPECT_EQ(both.front().summary.nWrong, 1);
+  EXPECT_EQ(1, both.front().summary.nNotFinite);
+  EXPECT_EQ(1, both.front().summary.nWrong);
   std::ostringstream out;
   PrintVerdict(out, both);
   EXPECT_NE(out.str().find("numbers: not finite in 1 of 3 cells, and WRONG in 1 of 3 cells\n"),
@@ -159,12 +161,12 @@ TEST(CheckReport, ShowsCountsHistogramAndTheWorst) {
 
 TEST(CheckReport, GivesTheSameAsJson) {
   auto const json = CheckResultAsJson(ResultOf({Cell(12, kInfinity, kIsSkew | kHasRowNotFinite)}));
-  EXPECT_EQ(json["finite"], false);
-  EXPECT_EQ(json["found"]["skew"]["count"], 1);
-  EXPECT_EQ(json["found"]["rowNotFinite"]["severity"], "not finite");
-  EXPECT_EQ(json["log10Condition"]["singular"], 1);
-  EXPECT_EQ(json["worst"][0]["condition"], "singular");
-  EXPECT_EQ(json["worst"][0]["findings"], (std::vector<std::string>{"skew", "rowNotFinite"}));
+  EXPECT_EQ(false, json["finite"]);
+  EXPECT_EQ(1, json["found"]["skew"]["count"]);
+  EXPECT_EQ("not finite", json["found"]["rowNotFinite"]["severity"]);
+  EXPECT_EQ(1, json["log10Condition"]["singular"]);
+  EXPECT_EQ("singular", json["worst"][0]["condition"]);
+  EXPECT_EQ((std::vector<std::string>{"skew", "rowNotFinite"}), json["worst"][0]["findings"]);
 }
 
 }  // namespace

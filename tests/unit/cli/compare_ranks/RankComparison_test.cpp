@@ -25,10 +25,10 @@ std::size_t IndexOf(RankQuestion const& question, std::string const& name) {
 
 TEST(LayersFromCuts, CountsCellsFromTheNearestCut) {
   WholeMesh const row = ReadWholeMesh("box:10,1,1", {});
-  EXPECT_EQ(LayersFromCuts(row.faces, {0, 0, 0, 0, 0, 1, 1, 1, 1, 1}),
-            (std::vector<int>{3, 3, 2, 1, 0, 0, 1, 2, 3, 3}));
-  EXPECT_EQ(LayersFromCuts(row.faces, {0, 0, 1, 1, 1, 1, 1, 1, 2, 2}),
-            (std::vector<int>{1, 0, 0, 1, 2, 2, 1, 0, 0, 1}));
+  EXPECT_EQ((std::vector<int>{3, 3, 2, 1, 0, 0, 1, 2, 3, 3}),
+            LayersFromCuts(row.faces, {0, 0, 0, 0, 0, 1, 1, 1, 1, 1}));
+  EXPECT_EQ((std::vector<int>{1, 0, 0, 1, 2, 2, 1, 0, 0, 1}),
+            LayersFromCuts(row.faces, {0, 0, 1, 1, 1, 1, 1, 1, 2, 2}));
   EXPECT_EQ(LayersFromCuts(row.faces, std::vector<int>(10, 0)), std::vector<int>(10, kLastLayer));
 }
 
@@ -36,7 +36,7 @@ TEST(WholeMesh, IsDividedAsOnRanks) {
   WholeMesh const mesh = ReadWholeMesh("box:4,4,4:tet", {});
   for (int const nParts : {1, 2, 3, 7}) {
     std::vector<int> const part = mesh.PartOfCell(nParts);
-    EXPECT_EQ(part.size(), 384u);
+    EXPECT_EQ(384u, part.size());
     EXPECT_EQ(*std::max_element(part.begin(), part.end()), nParts - 1);
   }
   EXPECT_THROW(mesh.PartOfCell(65), reference_host::MeshError);
@@ -50,12 +50,12 @@ TEST(RankComparison, KeepsThePromiseOnEveryKindOfCell) {
                                  "box:4,4,4:dual", "box:6,6,6:hex:stretch=1000", "box:6,6,6:hex:skew=0.25"}) {
     for (RankComparison const& comparison :
          CompareRankCounts(ReadWholeMesh(mesh, {}), {1, 2, 5}, Ask("sin(2*x)*y + z^2"))) {
-      ASSERT_EQ(comparison.differences.size(), 5u);
+      ASSERT_EQ(5u, comparison.differences.size());
       for (RankDifference const& d : comparison.differences) {
         EXPECT_TRUE(d.KeepsItsPromise())
             << mesh << ' ' << d.method << " on " << comparison.nRanks << ": " << d.worstRatio;
         EXPECT_TRUE(d.isRepeatable);
-        EXPECT_EQ(d.notRun, "");
+        EXPECT_EQ("", d.notRun);
       }
     }
   }
@@ -67,8 +67,8 @@ TEST(RankComparison, FindsDifferencesOnlyWhereThereAreAny) {
   RankDifference const& plain = comparisons[1].differences[0];
   EXPECT_GT(plain.largest[0], 0.0);  // faces of a cut come after those inside
   EXPECT_LT(plain.largest[0], 1e-12);
-  EXPECT_EQ(plain.nItems[0] + plain.nItems[1] + plain.nItems[2] + plain.nItems[3], 512);
-  for (RankDifference const& d : comparisons[0].differences) EXPECT_EQ(d.worstRatio, 0.0);
+  EXPECT_EQ(512, plain.nItems[0] + plain.nItems[1] + plain.nItems[2] + plain.nItems[3]);
+  for (RankDifference const& d : comparisons[0].differences) EXPECT_EQ(0.0, d.worstRatio);
 }
 
 TEST(RunOnParts, GivesLeastSquaresTheExactSlopeOfALinearField) {
@@ -77,9 +77,9 @@ TEST(RunOnParts, GivesLeastSquaresTheExactSlopeOfALinearField) {
   for (int const nParts : {1, 3}) {
     auto const results = RunOnParts(mesh, nParts, question, nParts == 3);
     for (reference_host::Point const& g : results[IndexOf(question, "lsq")].item) {
-      EXPECT_NEAR(g[0], 2.0, 1e-12);
-      EXPECT_NEAR(g[1], -1.0, 1e-12);
-      EXPECT_NEAR(g[2], 3.0, 1e-12);
+      EXPECT_NEAR(2.0, g[0], 1e-12);
+      EXPECT_NEAR(-1.0, g[1], 1e-12);
+      EXPECT_NEAR(3.0, g[2], 1e-12);
     }
   }
 }
@@ -90,7 +90,7 @@ TEST(RankComparison, FindsFacesAndPointsWithinTheirError) {
     auto const comparisons = CompareRankCounts(ReadWholeMesh(mesh, {}), {1, 2}, question);
     for (RankDifference const& d : comparisons[1].differences) {
       EXPECT_TRUE(d.KeepsItsPromise()) << mesh << ' ' << d.method << ": " << d.worstRatio;
-      EXPECT_EQ(d.level, "error");
+      EXPECT_EQ("error", d.level);
     }
     auto const& byVertices = comparisons[1].differences[IndexOf(question, "faces3")];
     EXPECT_GT(byVertices.largest[0], 1e-6);  // vertices on the cut lack cells
@@ -114,9 +114,9 @@ TEST(RunOnParts, GivesAFaceOnlyBetweenCellsOfOnePart) {
     RankResult const result = RunOnParts(row, nParts, question, false).front();
     return std::count(result.isThere.begin(), result.isThere.end(), 1);
   };
-  EXPECT_EQ(count(1), 3);
-  EXPECT_EQ(count(2), 2);
-  EXPECT_EQ(count(4), 0);
+  EXPECT_EQ(3, count(1));
+  EXPECT_EQ(2, count(2));
+  EXPECT_EQ(0, count(4));
 }
 
 TEST(RunOnParts, GivesEveryCellAPointWhateverTheParts) {
@@ -124,8 +124,8 @@ TEST(RunOnParts, GivesEveryCellAPointWhateverTheParts) {
   RankQuestion const question = Ask("1 + 0*x", "points2");
   for (int const nParts : {1, 3}) {
     RankResult const result = RunOnParts(mesh, nParts, question, false).front();
-    EXPECT_EQ(std::count(result.isThere.begin(), result.isThere.end(), 1), 64);
-    for (reference_host::Point const& value : result.item) EXPECT_NEAR(value[0], 1.0, 1e-4);
+    EXPECT_EQ(64, std::count(result.isThere.begin(), result.isThere.end(), 1));
+    for (reference_host::Point const& value : result.item) EXPECT_NEAR(1.0, value[0], 1e-4);
   }
 }
 
@@ -140,10 +140,10 @@ TEST(RankLevels, FollowTheirFormulas) {
   auto const results = RunOnParts(mesh, 1, question, false);
   std::vector<RankLevel> const levels = LevelsOf(mesh, question, results);
   double const eps = std::numeric_limits<double>::epsilon(), slope = 1e-12;
-  EXPECT_NEAR(levels[IndexOf(question, "plain")].atItem[0] / slope, 1.0, 1e-9);  // more than 8 eps 24
+  EXPECT_NEAR(1.0, levels[IndexOf(question, "plain")].atItem[0] / slope, 1e-9);  // more than 8 eps 24
   EXPECT_GT(slope, 5 * 8 * eps * 24);
-  EXPECT_NEAR(levels[IndexOf(question, "lsq")].atItem[0] / slope, 1.0, 1e-9);
-  EXPECT_EQ(levels[IndexOf(question, "rbf")].name, "conditioning");
+  EXPECT_NEAR(1.0, levels[IndexOf(question, "lsq")].atItem[0] / slope, 1e-9);
+  EXPECT_EQ("conditioning", levels[IndexOf(question, "rbf")].name);
   for (double const level : levels[IndexOf(question, "rbf")].atItem) {
     EXPECT_GT(level, 1e9 * eps);  // condition numbers at Span 500 are above 1e9
     EXPECT_LT(level, 1e-3);
@@ -169,7 +169,7 @@ TEST(RankComparison, CountsWhatIsNotFinite) {
   auto const comparisons = CompareRankCounts(ReadWholeMesh("box:3,3,3", {}), {1, 2}, question);
   EXPECT_FALSE(comparisons[1].differences[0].IsVoid());
   RankDifference const& d = comparisons[1].differences[1];
-  EXPECT_EQ(d.nNotFinite, 27);
+  EXPECT_EQ(27, d.nNotFinite);
   EXPECT_TRUE(d.IsVoid());
   std::ostringstream out;
   PrintComparisons(out, comparisons);

@@ -60,24 +60,24 @@ TEST(FaceReport, WarnsOfWeightsThatDoNotSumToOne) {
   EXPECT_TRUE(Has(text, "the weights of 1 face are not finite; first: face 9 of rank 1 at (4, 5, 6)"))
       << text;
   auto const json = FaceResultsAsJson(results);
-  EXPECT_EQ(json["rows"]["notSummingToOne"], 3);
-  EXPECT_EQ(json["rows"]["worstAt"]["face"], 4);
-  EXPECT_EQ(json["errors"]["maxAt"]["other"], 13);
+  EXPECT_EQ(3, json["rows"]["notSummingToOne"]);
+  EXPECT_EQ(4, json["rows"]["worstAt"]["face"]);
+  EXPECT_EQ(13, json["errors"]["maxAt"]["other"]);
 }
 
 TEST(FaceReport, CountsValuesThatAreNotFiniteAndSaysWhy) {
   FaceResults results = SomeFaces(FaceKind::Inner, 2);
-  EXPECT_EQ(results.NotFiniteFaces(), 0);
+  EXPECT_EQ(0, results.NotFiniteFaces());
   results.rows.nNotFinite = 3;
   results.errors.nNotFinite = 2;
   results.whyNotFinite = "--span 1e-308 is too small";
-  EXPECT_EQ(results.NotFiniteFaces(), 3);
+  EXPECT_EQ(3, results.NotFiniteFaces());
   std::string const text = Printed(results);
   EXPECT_TRUE(Has(
       text,
       "  search method 2: the values are not finite at 3 of 10 inner faces: --span 1e-308 is too small\n"))
       << text;
-  EXPECT_EQ(FaceResultsAsJson(results)["whyNotFinite"], "--span 1e-308 is too small");
+  EXPECT_EQ("--span 1e-308 is too small", FaceResultsAsJson(results)["whyNotFinite"]);
 }
 
 TEST(FaceReport, PrintsPlacesWithTheDigitsThatTheMeshNeeds) {

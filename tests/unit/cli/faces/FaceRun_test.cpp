@@ -28,7 +28,7 @@ TEST_F(FaceRunOnBox, GivesFacesTheSumOfTheirWeightsForAConstant) {
     for (int f = 1; f <= TargetedFacesOf(*mesh_.partition, FaceKind::Inner).count; ++f) {
       auto const i = static_cast<std::size_t>(f);
       EXPECT_EQ(run.rows.value[i], run.rows.rowSum[i]) << "method " << method << " face " << f;
-      EXPECT_NEAR(run.rows.rowSum[i], 1.0, 1e-3) << "method " << method << " face " << f;
+      EXPECT_NEAR(1.0, run.rows.rowSum[i], 1e-3) << "method " << method << " face " << f;
       EXPECT_GT(run.rows.members[i], 1);
     }
   }
@@ -38,7 +38,7 @@ TEST_F(FaceRunOnBox, GivesNoValuesOnWallsByMethodFour) {
   std::vector<double> ones = MakeCellValues(TestRanks(), *mesh_.partition, Expression("1"), "the field");
   settings_.Write(FaceSettingsText({4, 1000.0, 20, 0.1, false}));
   FaceRun const run = RunFaces(TestRanks(), mesh_, FaceKind::Wall, ones, "/dev/null");
-  for (std::size_t f = 1; f < run.rows.value.size(); ++f) EXPECT_EQ(run.rows.value[f], 0.0);
+  for (std::size_t f = 1; f < run.rows.value.size(); ++f) EXPECT_EQ(0.0, run.rows.value[f]);
 }
 
 }  // namespace

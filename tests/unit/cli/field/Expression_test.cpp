@@ -43,46 +43,46 @@ void ExpectGradient(std::string const& text, double x, double y, double z, doubl
 }
 
 TEST(Expression, ReadsNumbersAndNames) {
-  EXPECT_EQ(ValueOf("1"), 1.0);
-  EXPECT_EQ(ValueOf(".5"), 0.5);
-  EXPECT_EQ(ValueOf("5."), 5.0);
-  EXPECT_EQ(ValueOf("2e-3"), 0.002);
-  EXPECT_EQ(ValueOf("2E+3"), 2000.0);
-  EXPECT_EQ(ValueOf("0.1"), 0.1);  // correctly rounded
-  EXPECT_EQ(ValueOf("1.7976931348623157e308"), 1.7976931348623157e308);
-  EXPECT_EQ(ValueOf("x", 3.0, 4.0, 5.0), 3.0);
-  EXPECT_EQ(ValueOf("y", 3.0, 4.0, 5.0), 4.0);
-  EXPECT_EQ(ValueOf("z", 3.0, 4.0, 5.0), 5.0);
+  EXPECT_EQ(1.0, ValueOf("1"));
+  EXPECT_EQ(0.5, ValueOf(".5"));
+  EXPECT_EQ(5.0, ValueOf("5."));
+  EXPECT_EQ(0.002, ValueOf("2e-3"));
+  EXPECT_EQ(2000.0, ValueOf("2E+3"));
+  EXPECT_EQ(0.1, ValueOf("0.1"));  // correctly rounded
+  EXPECT_EQ(1.7976931348623157e308, ValueOf("1.7976931348623157e308"));
+  EXPECT_EQ(3.0, ValueOf("x", 3.0, 4.0, 5.0));
+  EXPECT_EQ(4.0, ValueOf("y", 3.0, 4.0, 5.0));
+  EXPECT_EQ(5.0, ValueOf("z", 3.0, 4.0, 5.0));
   EXPECT_EQ(ValueOf("pi"), std::acos(-1.0));
   EXPECT_EQ(ValueOf("e"), std::exp(1.0));
 }
 
 TEST(Expression, BindsProductsTighterThanSumsAndPowersTightest) {
-  EXPECT_EQ(ValueOf("2+3*4"), 14.0);
-  EXPECT_EQ(ValueOf("(2+3)*4"), 20.0);
-  EXPECT_EQ(ValueOf("2*3^2"), 18.0);
-  EXPECT_EQ(ValueOf("(2*3)^2"), 36.0);
+  EXPECT_EQ(14.0, ValueOf("2+3*4"));
+  EXPECT_EQ(20.0, ValueOf("(2+3)*4"));
+  EXPECT_EQ(18.0, ValueOf("2*3^2"));
+  EXPECT_EQ(36.0, ValueOf("(2*3)^2"));
 }
 
 TEST(Expression, GroupsSumsAndProductsFromTheLeftAndPowersFromTheRight) {
-  EXPECT_EQ(ValueOf("10-4-3"), 3.0);
-  EXPECT_EQ(ValueOf("24/4/2"), 3.0);
-  EXPECT_EQ(ValueOf("24/4*2"), 12.0);
-  EXPECT_EQ(ValueOf("2^3^2"), 512.0);
-  EXPECT_EQ(ValueOf("(2^3)^2"), 64.0);
+  EXPECT_EQ(3.0, ValueOf("10-4-3"));
+  EXPECT_EQ(3.0, ValueOf("24/4/2"));
+  EXPECT_EQ(12.0, ValueOf("24/4*2"));
+  EXPECT_EQ(512.0, ValueOf("2^3^2"));
+  EXPECT_EQ(64.0, ValueOf("(2^3)^2"));
 }
 
 TEST(Expression, AppliesASignAfterThePower) {
-  EXPECT_EQ(ValueOf("-x^2", 3.0), -9.0);
-  EXPECT_EQ(ValueOf("(-x)^2", 3.0), 9.0);
-  EXPECT_EQ(ValueOf("2^-1"), 0.5);
-  EXPECT_EQ(ValueOf("2^-2^2"), 0.0625);
-  EXPECT_EQ(ValueOf("2*-3"), -6.0);
-  EXPECT_EQ(ValueOf("2--3"), 5.0);
-  EXPECT_EQ(ValueOf("-+-3"), 3.0);
+  EXPECT_EQ(-9.0, ValueOf("-x^2", 3.0));
+  EXPECT_EQ(9.0, ValueOf("(-x)^2", 3.0));
+  EXPECT_EQ(0.5, ValueOf("2^-1"));
+  EXPECT_EQ(0.0625, ValueOf("2^-2^2"));
+  EXPECT_EQ(-6.0, ValueOf("2*-3"));
+  EXPECT_EQ(5.0, ValueOf("2--3"));
+  EXPECT_EQ(3.0, ValueOf("-+-3"));
 }
 
-TEST(Expression, IgnoresBlanks) { EXPECT_EQ(ValueOf("\t 2 * ( x + 1 ) ", 3.0), 8.0); }
+TEST(Expression, IgnoresBlanks) { EXPECT_EQ(8.0, ValueOf("\t 2 * ( x + 1 ) ", 3.0)); }
 
 struct AnalyticCase {
   std::string text;
@@ -174,8 +174,8 @@ TEST(Expression, DerivesPowersOfNegativeNumbersAndZero) {
 TEST(Expression, KeepsZeroSlopesWhereAnotherSlopeIsInfinite) {
   Dual const result = Expression("sqrt(x)+y").ValueAndGradient(0.0, 1.0, 2.0);
   EXPECT_TRUE(std::isinf(result.dx));
-  EXPECT_EQ(result.dy, 1.0);
-  EXPECT_EQ(result.dz, 0.0);
+  EXPECT_EQ(1.0, result.dy);
+  EXPECT_EQ(0.0, result.dz);
 }
 
 TEST(Expression, KeepsTanhSlopeAccurateFarOut) {
@@ -184,31 +184,31 @@ TEST(Expression, KeepsTanhSlopeAccurateFarOut) {
 }
 
 TEST(Expression, ReportsTheColumnOfSyntaxErrors) {
-  EXPECT_EQ(ErrorOf("sin(x"), "expression \"sin(x\": column 6: expected ')'");
-  EXPECT_EQ(ErrorOf("(x+y)*(z"), "expression \"(x+y)*(z\": column 9: expected ')'");
-  EXPECT_EQ(ErrorOf("x+"), "expression \"x+\": column 3: expected a number, a name or '('");
-  EXPECT_EQ(ErrorOf("x + * y"), "expression \"x + * y\": column 5: expected a number, a name or '('");
-  EXPECT_EQ(ErrorOf(""), "expression \"\": column 1: expected a number, a name or '('");
-  EXPECT_EQ(ErrorOf("x)"), "expression \"x)\": column 2: expected an operator or the end of the formula");
-  EXPECT_EQ(ErrorOf("2 3"), "expression \"2 3\": column 3: expected an operator or the end of the formula");
-  EXPECT_EQ(ErrorOf("2x"), "expression \"2x\": column 2: expected an operator or the end of the formula");
-  EXPECT_EQ(ErrorOf("sin(x,)"), "expression \"sin(x,)\": column 7: expected a number, a name or '('");
-  EXPECT_EQ(ErrorOf("x^"), "expression \"x^\": column 3: expected a number, a name or '('");
-  EXPECT_EQ(ErrorOf("1e999"), "expression \"1e999\": column 1: the number is too large or too small");
+  EXPECT_EQ("expression \"sin(x\": column 6: expected ')'", ErrorOf("sin(x"));
+  EXPECT_EQ("expression \"(x+y)*(z\": column 9: expected ')'", ErrorOf("(x+y)*(z"));
+  EXPECT_EQ("expression \"x+\": column 3: expected a number, a name or '('", ErrorOf("x+"));
+  EXPECT_EQ("expression \"x + * y\": column 5: expected a number, a name or '('", ErrorOf("x + * y"));
+  EXPECT_EQ("expression \"\": column 1: expected a number, a name or '('", ErrorOf(""));
+  EXPECT_EQ("expression \"x)\": column 2: expected an operator or the end of the formula", ErrorOf("x)"));
+  EXPECT_EQ("expression \"2 3\": column 3: expected an operator or the end of the formula", ErrorOf("2 3"));
+  EXPECT_EQ("expression \"2x\": column 2: expected an operator or the end of the formula", ErrorOf("2x"));
+  EXPECT_EQ("expression \"sin(x,)\": column 7: expected a number, a name or '('", ErrorOf("sin(x,)"));
+  EXPECT_EQ("expression \"x^\": column 3: expected a number, a name or '('", ErrorOf("x^"));
+  EXPECT_EQ("expression \"1e999\": column 1: the number is too large or too small", ErrorOf("1e999"));
 }
 
 TEST(Expression, ReportsTheColumnOfUnknownNames) {
-  EXPECT_EQ(ErrorOf("x+u"), "expression \"x+u\": column 3: unknown name \"u\"");
-  EXPECT_EQ(ErrorOf("2*sine(x)"), "expression \"2*sine(x)\": column 3: unknown function \"sine\"");
-  EXPECT_EQ(ErrorOf("x(1)"), "expression \"x(1)\": column 1: \"x\" is not a function");
-  EXPECT_EQ(ErrorOf("sin"), "expression \"sin\": column 1: function \"sin\" takes 1 argument, got 0");
-  EXPECT_EQ(ErrorOf("y*atan2(x)"),
-            "expression \"y*atan2(x)\": column 3: function \"atan2\" takes 2 arguments, got 1");
+  EXPECT_EQ("expression \"x+u\": column 3: unknown name \"u\"", ErrorOf("x+u"));
+  EXPECT_EQ("expression \"2*sine(x)\": column 3: unknown function \"sine\"", ErrorOf("2*sine(x)"));
+  EXPECT_EQ("expression \"x(1)\": column 1: \"x\" is not a function", ErrorOf("x(1)"));
+  EXPECT_EQ("expression \"sin\": column 1: function \"sin\" takes 1 argument, got 0", ErrorOf("sin"));
+  EXPECT_EQ("expression \"y*atan2(x)\": column 3: function \"atan2\" takes 2 arguments, got 1",
+            ErrorOf("y*atan2(x)"));
 }
 
 TEST(Expression, LimitsNestingInsteadOfTheStack) {
   auto const nested = [](int depth) { return std::string(depth, '(') + 'x' + std::string(depth, ')'); };
-  EXPECT_EQ(ValueOf(nested(100), 2.0), 2.0);
+  EXPECT_EQ(2.0, ValueOf(nested(100), 2.0));
   EXPECT_NE(ErrorOf(nested(101)).find("column 101: brackets are nested deeper than 100"), std::string::npos);
   EXPECT_NE(ErrorOf(std::string(1000000, '(')).find("nested"), std::string::npos);
 }
@@ -216,11 +216,11 @@ TEST(Expression, LimitsNestingInsteadOfTheStack) {
 TEST(Expression, EvaluatesLongChains) {
   std::string sum = "x", signs(100001, '-');
   for (int k = 0; k < 100000; ++k) sum += "+x";
-  EXPECT_EQ(ValueOf(sum, 1.0), 100001.0);
-  EXPECT_EQ(ValueOf(signs + "x", 1.0), -1.0);
+  EXPECT_EQ(100001.0, ValueOf(sum, 1.0));
+  EXPECT_EQ(-1.0, ValueOf(signs + "x", 1.0));
   std::string powers = "x";
   for (int k = 0; k < 400; ++k) powers += "^x";
-  EXPECT_EQ(ValueOf(powers, 1.0), 1.0);
+  EXPECT_EQ(1.0, ValueOf(powers, 1.0));
   for (int k = 0; k < 200; ++k) powers += "^x";
   EXPECT_NE(ErrorOf(powers).find("more than 512 operands"), std::string::npos);
 }
@@ -239,7 +239,7 @@ TEST(Expression, EndsOnAnyBytesWithAValueOrOneLine) {
       ++nValid;
     } catch (UsageError const& error) {
       std::string const what = error.what();
-      EXPECT_EQ(what.rfind("expression \"", 0), 0U);
+      EXPECT_EQ(0U, what.rfind("expression \"", 0));
       EXPECT_EQ(what.find('\n'), std::string::npos);
     }
   }

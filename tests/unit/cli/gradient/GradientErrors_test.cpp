@@ -42,10 +42,10 @@ class GradientErrorsOfCubes : public testing::Test {
 
 TEST_F(GradientErrorsOfCubes, AreZeroForTheExactGradient) {
   GradientErrors const errors = Errors();
-  EXPECT_EQ(errors.interior.nCells, 1);
-  EXPECT_EQ(errors.boundary.nCells, 26);
-  EXPECT_EQ(errors.interior.max, 0.0);
-  EXPECT_EQ(errors.boundary.l2, 0.0);
+  EXPECT_EQ(1, errors.interior.nCells);
+  EXPECT_EQ(26, errors.boundary.nCells);
+  EXPECT_EQ(0.0, errors.interior.max);
+  EXPECT_EQ(0.0, errors.boundary.l2);
 }
 
 TEST_F(GradientErrorsOfCubes, MeasureTheLengthOfTheDifferenceByVolume) {
@@ -58,18 +58,18 @@ TEST_F(GradientErrorsOfCubes, MeasureTheLengthOfTheDifferenceByVolume) {
   EXPECT_NEAR(errors.boundary.l1, 5.0 / 26.0, 1e-15);
   EXPECT_NEAR(errors.boundary.l2, 5.0 / std::sqrt(26.0), 1e-15);
   EXPECT_NEAR(errors.boundary.relativeL2, errors.boundary.l2 / 2.0, 1e-15);
-  EXPECT_EQ(errors.boundary.max, 5.0);
-  EXPECT_EQ(errors.boundary.maxCell, 1);
+  EXPECT_EQ(5.0, errors.boundary.max);
+  EXPECT_EQ(1, errors.boundary.maxCell);
   EXPECT_NEAR(errors.boundary.maxPlace[0], 1.0 / 6.0, 1e-15);
-  EXPECT_NEAR(errors.interior.l2, 0.5, 1e-15);
-  EXPECT_EQ(errors.interior.maxCell, 14);
-  EXPECT_NEAR(errors.interior.volume + errors.boundary.volume, 1.0, 1e-15);
+  EXPECT_NEAR(0.5, errors.interior.l2, 1e-15);
+  EXPECT_EQ(14, errors.interior.maxCell);
+  EXPECT_NEAR(1.0, errors.interior.volume + errors.boundary.volume, 1e-15);
 }
 
 TEST_F(GradientErrorsOfCubes, NameTheLowestCellOfEqualErrors) {
   for (int const number : {9, 3, 21})
     computed_.x[static_cast<std::size_t>(CellWithNumber(*partition_, number))] += 1.0;
-  EXPECT_EQ(Errors().boundary.maxCell, 3);
+  EXPECT_EQ(3, Errors().boundary.maxCell);
 }
 
 TEST_F(GradientErrorsOfCubes, CountCellsThatAreNotFiniteAndKeepTheFiniteMaximum) {
@@ -77,9 +77,9 @@ TEST_F(GradientErrorsOfCubes, CountCellsThatAreNotFiniteAndKeepTheFiniteMaximum)
       std::numeric_limits<double>::quiet_NaN();
   computed_.x[static_cast<std::size_t>(CellWithNumber(*partition_, 5))] += 1.0;
   ErrorNorms const norms = Errors().boundary;
-  EXPECT_EQ(norms.nNotFinite, 1);
-  EXPECT_EQ(norms.max, 1.0);
-  EXPECT_EQ(norms.maxCell, 5);
+  EXPECT_EQ(1, norms.nNotFinite);
+  EXPECT_EQ(1.0, norms.max);
+  EXPECT_EQ(5, norms.maxCell);
   EXPECT_TRUE(std::isnan(norms.l2));
 }
 
@@ -90,10 +90,10 @@ TEST(GradientErrors, OfAnEmptySetAreNotNumbers) {
   GradientErrors const errors =
       SummariseErrors(TestRanks(), *partition, CellErrors(field, computed), BoundaryCells(*partition->mesh()),
                       ExactGradientL2(TestRanks(), *partition->mesh(), field));
-  EXPECT_EQ(errors.interior.nCells, 0);
+  EXPECT_EQ(0, errors.interior.nCells);
   EXPECT_TRUE(std::isnan(errors.interior.l1));
   EXPECT_TRUE(std::isnan(errors.interior.max));
-  EXPECT_EQ(errors.interior.maxCell, 0);
+  EXPECT_EQ(0, errors.interior.maxCell);
   EXPECT_TRUE(std::isnan(errors.boundary.relativeL2));  // a constant field: nothing to compare with
 }
 
@@ -104,9 +104,9 @@ TEST(TestField, HoldsTheFormulaAtCellsAndBoundaryFaces) {
   ASSERT_EQ(field.value.size(), static_cast<std::size_t>(mesh.NCell) + 1);
   auto const valueAt = [&field](int c) { return field.value[static_cast<std::size_t>(c)]; };
   FaceGroup const inlet = FacesOf(FaceKind::Inlet, mesh), outlet = FacesOf(FaceKind::Outlet, mesh);
-  EXPECT_EQ(valueAt(inlet.other[1]), 0.0);
-  EXPECT_EQ(valueAt(outlet.other[1]), 1.0);
-  EXPECT_EQ(valueAt(inlet.cv[1]), 0.25);
+  EXPECT_EQ(0.0, valueAt(inlet.other[1]));
+  EXPECT_EQ(1.0, valueAt(outlet.other[1]));
+  EXPECT_EQ(0.25, valueAt(inlet.cv[1]));
 }
 
 std::string ErrorOf(std::string const& formula) {
@@ -119,11 +119,11 @@ std::string ErrorOf(std::string const& formula) {
 }
 
 TEST(TestField, NamesThePlaceWhereTheFormulaIsNotFinite) {
-  EXPECT_EQ(ErrorOf("1/(x-0.25)"), "the field \"1/(x-0.25)\" is infinite at cell 1 at (0.25, 0.25, 0.25)");
-  EXPECT_EQ(ErrorOf("log(x)"), "the field \"log(x)\" is infinite at a face of \"inlet\" at (0, 0.25, 0.25)");
-  EXPECT_EQ(ErrorOf("sqrt(x-0.75)-sqrt(x-0.75)+sqrt(abs(x-0.75))").substr(0, 9), "the field");
-  EXPECT_EQ(ErrorOf("cbrt(x-0.75)"),
-            "the exact gradient of \"cbrt(x-0.75)\" is infinite at cell 2 at (0.75, 0.25, 0.25)");
+  EXPECT_EQ("the field \"1/(x-0.25)\" is infinite at cell 1 at (0.25, 0.25, 0.25)", ErrorOf("1/(x-0.25)"));
+  EXPECT_EQ("the field \"log(x)\" is infinite at a face of \"inlet\" at (0, 0.25, 0.25)", ErrorOf("log(x)"));
+  EXPECT_EQ("the field", ErrorOf("sqrt(x-0.75)-sqrt(x-0.75)+sqrt(abs(x-0.75))").substr(0, 9));
+  EXPECT_EQ("the exact gradient of \"cbrt(x-0.75)\" is infinite at cell 2 at (0.75, 0.25, 0.25)",
+            ErrorOf("cbrt(x-0.75)"));
 }
 
 }  // namespace

@@ -67,7 +67,7 @@ TEST(GradientReport, CountsCellsThatAreNotFinite) {
             std::string::npos);
   result.whyNotFinite = "--span 1e-308 is too small";
   EXPECT_NE(Printed({result}).find(" 3 of 1,000 cells: --span 1e-308 is too small\n"), std::string::npos);
-  EXPECT_EQ(result.NotFiniteCells(), 3);
+  EXPECT_EQ(3, result.NotFiniteCells());
 }
 
 MethodResult ResultWithoutExactGradient() {
@@ -102,25 +102,25 @@ TEST(GradientReport, GivesSizesAsJsonWhereThereIsNoExactGradient) {
   nlohmann::ordered_json const json = GradientResultsAsJson({ResultWithoutExactGradient()});
   EXPECT_FALSE(json[0].contains("errors"));
   auto const& gradient = json[0]["gradients"][0];
-  EXPECT_EQ(gradient["interior"]["l2"], 0.002);
+  EXPECT_EQ(0.002, gradient["interior"]["l2"]);
   EXPECT_FALSE(gradient["interior"].contains("l2Relative"));
-  EXPECT_EQ(gradient["range"]["x"], (std::vector<double>{-1.5, 2.5}));
-  EXPECT_EQ(gradient["range"]["z"].dump(), "[0.25,null]");
+  EXPECT_EQ((std::vector<double>{-1.5, 2.5}), gradient["range"]["x"]);
+  EXPECT_EQ("[0.25,null]", gradient["range"]["z"].dump());
 }
 
 TEST(GradientReport, GivesTheSameNumbersAsJson) {
   nlohmann::ordered_json const json = GradientResultsAsJson({PlainResult(), NotRunResult()});
-  ASSERT_EQ(json.size(), 2U);
-  EXPECT_EQ(json[0]["method"], "plain");
-  EXPECT_EQ(json[0]["seconds"]["laterCalls"], 0.002);
+  ASSERT_EQ(2U, json.size());
+  EXPECT_EQ("plain", json[0]["method"]);
+  EXPECT_EQ(0.002, json[0]["seconds"]["laterCalls"]);
   auto const& interior = json[0]["errors"][0]["interior"];
-  EXPECT_EQ(interior["l2"], 0.002);
-  EXPECT_EQ(interior["maxCell"], 77);
-  EXPECT_EQ(interior["maxPlace"], (std::vector<double>{0.5, 0.25, 0.75}));
+  EXPECT_EQ(0.002, interior["l2"]);
+  EXPECT_EQ(77, interior["maxCell"]);
+  EXPECT_EQ((std::vector<double>{0.5, 0.25, 0.75}), interior["maxPlace"]);
   EXPECT_TRUE(json[0]["errors"][0]["boundary"]["maxCell"].is_null());
   EXPECT_NE(json.dump().find("\"l2\":null"), std::string::npos);
-  EXPECT_EQ(json[1]["ran"], false);
-  EXPECT_EQ(json[1]["notRun"], "least squares stops at cell 9 (zero pivot)");
+  EXPECT_EQ(false, json[1]["ran"]);
+  EXPECT_EQ("least squares stops at cell 9 (zero pivot)", json[1]["notRun"]);
 }
 
 }  // namespace

@@ -49,19 +49,19 @@ class GradientRun : public testing::Test {
 TEST_F(GradientRun, CountsCellsThatAreNotFiniteAndBlamesTheSpan) {
   for (double const span : {1e-308, 1e-60, 1e60, 1e308}) {
     MethodResult const result = Run("rbf", {"x*y"}, "1", span);
-    EXPECT_EQ(result.NotFiniteCells(), 125) << span;
+    EXPECT_EQ(125, result.NotFiniteCells()) << span;
     EXPECT_NE(result.whyNotFinite.find("--span " + ShortestText(span)), std::string::npos)
         << result.whyNotFinite;
   }
   MethodResult const sound = Run("rbf", {"x*y"}, "1");
-  EXPECT_EQ(sound.NotFiniteCells(), 0);
-  EXPECT_EQ(sound.whyNotFinite, "");
+  EXPECT_EQ(0, sound.NotFiniteCells());
+  EXPECT_EQ("", sound.whyNotFinite);
 }
 
 TEST_F(GradientRun, DistrustsFiniteNumbersOfASpanThatCannotWork) {
   theCase_.radialBasis.shapeNormalize = true;  // whose offsets, over an infinite length, are all 0
   MethodResult const result = Run("rbf", {"x*y"}, "1", 1e308);
-  EXPECT_EQ(result.NotFiniteCells(), 0);
+  EXPECT_EQ(0, result.NotFiniteCells());
   EXPECT_NE(result.whyNotFinite.find("--span 1e+308 is too large"), std::string::npos) << result.whyNotFinite;
 }
 
@@ -72,7 +72,7 @@ TEST_F(GradientRun, BlamesTheFieldWhoseSumsOverflow) {
       << result.whyNotFinite;
 }
 
-TEST_F(GradientRun, TakesAWeightOfZero) { EXPECT_EQ(Run("weighted", {"x*y"}, "0").NotFiniteCells(), 0); }
+TEST_F(GradientRun, TakesAWeightOfZero) { EXPECT_EQ(0, Run("weighted", {"x*y"}, "0").NotFiniteCells()); }
 
 bool SaysTheSameAsPlain(MethodResult const& result) {
   return std::any_of(result.remarks.begin(), result.remarks.end(), [](std::string const& remark) {

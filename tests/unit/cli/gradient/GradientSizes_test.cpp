@@ -33,25 +33,25 @@ TEST_F(GradientSizesOfCubes, AreNormsOfTheLengthAndRangesOfTheComponents) {
   gradient_.x[middle_] = 3.0;
   gradient_.z[middle_] = -4.0;
   GradientSizes const sizes = Sizes();
-  EXPECT_EQ(sizes.norms.interior.nCells, 1);
-  EXPECT_EQ(sizes.norms.interior.l1, 5.0);
-  EXPECT_EQ(sizes.norms.interior.max, 5.0);
-  EXPECT_EQ(sizes.norms.interior.maxCell, 14);
-  EXPECT_EQ(sizes.norms.boundary.nCells, 26);
-  EXPECT_EQ(sizes.norms.boundary.l2, 0.0);
-  EXPECT_EQ(sizes.lowest, (std::array<double, 3>{0.0, 0.0, -4.0}));
-  EXPECT_EQ(sizes.highest, (std::array<double, 3>{3.0, 0.0, 0.0}));
+  EXPECT_EQ(1, sizes.norms.interior.nCells);
+  EXPECT_EQ(5.0, sizes.norms.interior.l1);
+  EXPECT_EQ(5.0, sizes.norms.interior.max);
+  EXPECT_EQ(14, sizes.norms.interior.maxCell);
+  EXPECT_EQ(26, sizes.norms.boundary.nCells);
+  EXPECT_EQ(0.0, sizes.norms.boundary.l2);
+  EXPECT_EQ((std::array<double, 3>{0.0, 0.0, -4.0}), sizes.lowest);
+  EXPECT_EQ((std::array<double, 3>{3.0, 0.0, 0.0}), sizes.highest);
 }
 
 TEST_F(GradientSizesOfCubes, LeaveGhostAndHaloCellsOut) {
   gradient_.x.back() = 100.0;  // a ghost cell
-  EXPECT_EQ(Sizes().highest[0], 0.0);
+  EXPECT_EQ(0.0, Sizes().highest[0]);
 }
 
 TEST_F(GradientSizesOfCubes, CountValuesThatAreNotFiniteAndRangeOverTheOthers) {
   gradient_.y[middle_] = std::nan("");
-  EXPECT_EQ(Sizes().norms.interior.nNotFinite, 1);
-  EXPECT_EQ(Sizes().highest[1], 0.0);
+  EXPECT_EQ(1, Sizes().norms.interior.nNotFinite);
+  EXPECT_EQ(0.0, Sizes().highest[1]);
   gradient_.z.assign(gradient_.z.size(), std::numeric_limits<double>::infinity());
   EXPECT_TRUE(std::isnan(Sizes().lowest[2]));
   EXPECT_TRUE(std::isnan(Sizes().highest[2]));

@@ -37,14 +37,14 @@ TEST(LeastSquaresCheck, NamesTheLowestCellOfTheMeshThatWouldStop) {
   int leastSquares = 1;
   op.getGradType(leastSquares);
   op.Initialize();
-  EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition), std::nullopt);
+  EXPECT_EQ(std::nullopt, LeastSquaresObstacle(TestRanks(), op, *partition));
 
   for (int c = 1; c <= partition->mesh()->NInnerCells; ++c) {
     auto const number = partition->globalCell()[static_cast<std::size_t>(c)];
     if (number == 9 || number == 20) op.m_pImpl->m_pSxx[c] = 0.0;
   }
-  EXPECT_EQ(LeastSquaresObstacle(TestRanks(), op, *partition),
-            "least squares stops at cell 9 on rank 0 (zero pivot)");
+  EXPECT_EQ("least squares stops at cell 9 on rank 0 (zero pivot)",
+            LeastSquaresObstacle(TestRanks(), op, *partition));
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ std::vector<std::string> NamesOf(std::string const& list) {
 }
 
 TEST(MethodOption, ChoosesEachOnceInTheOrderOfTables) {
-  EXPECT_EQ(NamesOf("rbf,plain,rbf"), (std::vector<std::string>{"plain", "rbf"}));
+  EXPECT_EQ((std::vector<std::string>{"plain", "rbf"}), NamesOf("rbf,plain,rbf"));
   EXPECT_EQ(NamesOf("all").size(), GradientMethods().size());
   EXPECT_EQ(NamesOf("lsq,all").size(), GradientMethods().size());
 }
@@ -31,7 +31,7 @@ TEST(MethodOption, MayBeGivenSeveralTimes) {
   std::vector<std::string> lists;
   AddMethodOption(program, lists, "");
   program.parse("--method plain,lsq --method rbf");
-  EXPECT_EQ(JoinedLists(lists), "plain,lsq,rbf");
+  EXPECT_EQ("plain,lsq,rbf", JoinedLists(lists));
 }
 
 }  // namespace

@@ -28,10 +28,10 @@ TEST(TemporarySettings, StandBesideTheBaseFileNameAndGoWithIt) {
     settings.Write("first\n");
     settings.Write("second\n");
     file = fs::path(box->globals()->BaseFileName).replace_extension(".rbf");
-    EXPECT_EQ(Content(file), "second\n");
+    EXPECT_EQ("second\n", Content(file));
   }
   EXPECT_FALSE(fs::exists(file.parent_path()));
-  EXPECT_STREQ(box->globals()->BaseFileName, "before.dat");
+  EXPECT_STREQ("before.dat", box->globals()->BaseFileName);
 }
 
 TEST(TemporarySettings, AreApartForEachPartition) {
@@ -39,8 +39,8 @@ TEST(TemporarySettings, AreApartForEachPartition) {
   TemporarySettings ofA(*a), ofB(*b);
   ofA.Write("a\n");
   ofB.Write("b\n");
-  EXPECT_EQ(Content(fs::path(a->globals()->BaseFileName).replace_extension(".rbf")), "a\n");
-  EXPECT_EQ(Content(fs::path(b->globals()->BaseFileName).replace_extension(".rbf")), "b\n");
+  EXPECT_EQ("a\n", Content(fs::path(a->globals()->BaseFileName).replace_extension(".rbf")));
+  EXPECT_EQ("b\n", Content(fs::path(b->globals()->BaseFileName).replace_extension(".rbf")));
 }
 
 }  // namespace

@@ -51,11 +51,11 @@ TEST(InterpolationSettings, AreReadByTheOperatorsToTheLastBit) {
     point.ReadRBFbackdoorfile();
     EXPECT_EQ(face.Span, span);
     EXPECT_EQ(point.Span, span);
-    EXPECT_EQ(face.iSearch_method, 2);
-    EXPECT_EQ(point.iSearch_method, 2);
-    EXPECT_EQ(face.Search_number, 33);
-    EXPECT_EQ(point.Search_number, 33);
-    EXPECT_EQ(face.Search_distance, 0.125);
+    EXPECT_EQ(2, face.iSearch_method);
+    EXPECT_EQ(2, point.iSearch_method);
+    EXPECT_EQ(33, face.Search_number);
+    EXPECT_EQ(33, point.Search_number);
+    EXPECT_EQ(0.125, face.Search_distance);
     EXPECT_TRUE(face.bDebug);
   }
 }
@@ -66,9 +66,9 @@ TEST(InterpolationOptions, AreReadFromTheCommandLine) {
   AddInterpolationOptions(app, options, "\n  1: first");
   app.parse(std::vector<std::string>{"30", "--search-number", "2.5", "--span", "1", "--search-method"});
   InterpolationSettings const settings = ReadInterpolationOptions(options, 3);
-  EXPECT_EQ(settings.method, 1);
-  EXPECT_EQ(settings.span, 2.5);
-  EXPECT_EQ(settings.number, 30);
+  EXPECT_EQ(1, settings.method);
+  EXPECT_EQ(2.5, settings.span);
+  EXPECT_EQ(30, settings.number);
 }
 
 TEST(InterpolationOptions, RefuseWhatTheOperatorsDoNotKnow) {

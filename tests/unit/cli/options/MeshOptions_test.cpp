@@ -19,9 +19,9 @@ std::map<std::string, BoundaryGroup> Groups(std::vector<std::string> const& text
 
 TEST(MeshOptions, TakeGroupsByName) {
   auto const groups = Groups({"left=inlet", "a=b=Wall", "left=inlet"});
-  ASSERT_EQ(groups.size(), 2U);
-  EXPECT_EQ(groups.at("left"), BoundaryGroup::Inlet);
-  EXPECT_EQ(groups.at("a=b"), BoundaryGroup::Wall);
+  ASSERT_EQ(2U, groups.size());
+  EXPECT_EQ(BoundaryGroup::Inlet, groups.at("left"));
+  EXPECT_EQ(BoundaryGroup::Wall, groups.at("a=b"));
 }
 
 TEST(MeshOptions, RefuseGroupsThatAreNotOne) {
@@ -38,8 +38,8 @@ TEST(MeshOptions, GiveOneValueToEachRepeatedOption) {
   app.add_option("MESH", mesh);
   app.parse(
       std::vector<std::string>{"--field=-z", "-y", "--field", "mesh", "-x", "--field"});  // from the back
-  EXPECT_EQ(fields, (std::vector<std::string>{"-x", "-y", "-z"}));
-  EXPECT_EQ(mesh, "mesh");
+  EXPECT_EQ((std::vector<std::string>{"-x", "-y", "-z"}), fields);
+  EXPECT_EQ("mesh", mesh);
 }
 
 }  // namespace

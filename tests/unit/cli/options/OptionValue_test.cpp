@@ -8,8 +8,8 @@ namespace zyngrad {
 namespace {
 
 TEST(OptionValue, TakesWholeNumbers) {
-  EXPECT_EQ(WholeNumber("--sweeps", "0", 0), 0);
-  EXPECT_EQ(WholeNumber("--sweeps", "2147483647", 0), 2147483647);
+  EXPECT_EQ(0, WholeNumber("--sweeps", "0", 0));
+  EXPECT_EQ(2147483647, WholeNumber("--sweeps", "2147483647", 0));
   for (char const* text : {"", "x", "3.5", "3 ", " 3", "-1", "2147483648", "1e3", "0x3"}) {
     EXPECT_THROW(WholeNumber("--sweeps", text, 0), UsageError) << text;
   }
@@ -17,8 +17,8 @@ TEST(OptionValue, TakesWholeNumbers) {
 }
 
 TEST(OptionValue, TakesPositiveFiniteNumbers) {
-  EXPECT_EQ(PositiveNumber("--span", "500"), 500.0);
-  EXPECT_EQ(PositiveNumber("--span", "2.5e1"), 25.0);
+  EXPECT_EQ(500.0, PositiveNumber("--span", "500"));
+  EXPECT_EQ(25.0, PositiveNumber("--span", "2.5e1"));
   for (char const* text : {"", "0", "-1", "nan", "inf", "1e999", "5 ", " 5", "5x", "0x5", "five"})
     EXPECT_THROW(PositiveNumber("--span", text), UsageError) << text;
 }

@@ -26,12 +26,12 @@ TEST(RadialBasisSettings, AreWrittenAsTheOperatorWritesItsDefaults) {
   op.ReadRBFbackdoorfile();
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(SettingsFileText({}), TextOfFile(folder.path() + "/own.rbf"));
-  EXPECT_EQ(SettingsFileText({}), "1001\nSpan              = 500\nShape Normalize   = 0\n");
+  EXPECT_EQ("1001\nSpan              = 500\nShape Normalize   = 0\n", SettingsFileText({}));
 }
 
 TEST(RadialBasisSettings, HoldASpanInAsFewDigitsAsItTakes) {
-  EXPECT_EQ(SettingsFileText({2.5, true}), "1001\nSpan              = 2.5\nShape Normalize   = 1\n");
-  EXPECT_EQ(SettingsFileText({0.1, false}), "1001\nSpan              = 0.1\nShape Normalize   = 0\n");
+  EXPECT_EQ("1001\nSpan              = 2.5\nShape Normalize   = 1\n", SettingsFileText({2.5, true}));
+  EXPECT_EQ("1001\nSpan              = 0.1\nShape Normalize   = 0\n", SettingsFileText({0.1, false}));
 }
 
 TEST(RadialBasisSettings, AreReadByTheOperatorToTheLastBit) {
@@ -44,9 +44,9 @@ TEST(RadialBasisSettings, AreReadByTheOperatorToTheLastBit) {
     op.ChangeFileName(op.m_szRBFFileName, ".rbf", name.data());
     testing::internal::CaptureStdout();
     op.ReadRBFbackdoorfile();
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "iShape_Normalize = On\n");
+    EXPECT_EQ("iShape_Normalize = On\n", testing::internal::GetCapturedStdout());
     EXPECT_EQ(op.Span, span);
-    EXPECT_EQ(op.iShape_Normalize, 1);
+    EXPECT_EQ(1, op.iShape_Normalize);
   }
 }
 
@@ -56,7 +56,7 @@ TEST(RadialBasisSettings, ReplaceALinkAndLeaveWhatItPointedTo) {
   std::ofstream(users) << "1002\n";
   fs::create_symlink(users, own);
   WriteSettingsText(own, SettingsFileText({}));
-  EXPECT_EQ(TextOfFile(users), "1002\n");
+  EXPECT_EQ("1002\n", TextOfFile(users));
   EXPECT_EQ(TextOfFile(own), SettingsFileText({}));
 }
 

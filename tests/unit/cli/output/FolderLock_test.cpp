@@ -30,42 +30,42 @@ class FolderLockTest : public testing::Test {
 
 TEST_F(FolderLockTest, RefusesAnotherRunAndShowsItWhatTheFirstHasWritten) {
   FolderLock first, second;
-  ASSERT_EQ(first.Take(place_, "text"), Outcome::Taken);
-  EXPECT_EQ(second.Take(place_, "text"), Outcome::InUse);
+  ASSERT_EQ(Outcome::Taken, first.Take(place_, "text"));
+  EXPECT_EQ(Outcome::InUse, second.Take(place_, "text"));
   first.Share("a longer text");
   first.Share("a text");
-  EXPECT_EQ(second.Take(place_, "text"), Outcome::InUse);
-  EXPECT_EQ(FolderLock::ContentIn(place_), "a text");
+  EXPECT_EQ(Outcome::InUse, second.Take(place_, "text"));
+  EXPECT_EQ("a text", FolderLock::ContentIn(place_));
   EXPECT_FALSE(second.Release());
 }
 
 TEST_F(FolderLockTest, HoldsUntilTheLastRankHasLeft) {
   FolderLock first, second, third, other;
-  ASSERT_EQ(first.Take(place_, "text"), Outcome::Taken);
+  ASSERT_EQ(Outcome::Taken, first.Take(place_, "text"));
   first.Share("text");
   second.Join(place_);
   third.Join(place_);
   EXPECT_FALSE(first.Release());
-  EXPECT_EQ(other.Take(place_, "text"), Outcome::InUse);
+  EXPECT_EQ(Outcome::InUse, other.Take(place_, "text"));
   EXPECT_FALSE(third.Release());
-  EXPECT_EQ(other.Take(place_, "text"), Outcome::InUse);
+  EXPECT_EQ(Outcome::InUse, other.Take(place_, "text"));
   EXPECT_TRUE(second.Release());
-  EXPECT_EQ(other.Take(place_, "text"), Outcome::InUse);  // the last one is still clearing up
+  EXPECT_EQ(Outcome::InUse, other.Take(place_, "text"));  // the last one is still clearing up
   second.Remove();
   EXPECT_TRUE(fs::is_empty(place_));
-  EXPECT_EQ(other.Take(place_, "text"), Outcome::Taken);
+  EXPECT_EQ(Outcome::Taken, other.Take(place_, "text"));
 }
 
 TEST_F(FolderLockTest, KeepsOthersFromJoiningBeforeItIsShared) {
   FolderLock first, second;
-  ASSERT_EQ(first.Take(place_, "text"), Outcome::Taken);
+  ASSERT_EQ(Outcome::Taken, first.Take(place_, "text"));
   EXPECT_THROW(second.Join(place_), UsageError);
   EXPECT_THROW(FolderLock().Join(folder_.path()), UsageError);  // nobody has taken that one
 }
 
 TEST_F(FolderLockTest, EndsWithAProcessThatIsKilled) {
   int ready[2];
-  ASSERT_EQ(pipe(ready), 0);
+  ASSERT_EQ(0, pipe(ready));
   pid_t const child = fork();
   if (child == 0) {
     FolderLock lock;
@@ -74,14 +74,14 @@ TEST_F(FolderLockTest, EndsWithAProcessThatIsKilled) {
     for (;;) pause();
   }
   char answer = 0;
-  ASSERT_EQ(read(ready[0], &answer, 1), 1);
+  ASSERT_EQ(1, read(ready[0], &answer, 1));
   EXPECT_EQ(answer, 'y');
   FolderLock lock;
-  EXPECT_EQ(lock.Take(place_, "text"), Outcome::InUse);
+  EXPECT_EQ(Outcome::InUse, lock.Take(place_, "text"));
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
   EXPECT_TRUE(fs::exists(fs::path(place_) / kLockFile));
-  EXPECT_EQ(lock.Take(place_, "text"), Outcome::Taken);
+  EXPECT_EQ(Outcome::Taken, lock.Take(place_, "text"));
 }
 
 TEST_F(FolderLockTest, RefusesALinkToAFolderOfSomebodyElse) {
@@ -95,12 +95,12 @@ TEST_F(FolderLockTest, PutsNothingIntoAFolderThatHoldsOtherThings) {
   fs::create_directory(place_);
   std::ofstream(place_ + "/chapter.tex") << "mine";
   EXPECT_THROW(FolderLock().Take(place_, "text"), UsageError);
-  EXPECT_EQ(std::distance(fs::directory_iterator(place_), fs::directory_iterator()), 1);
+  EXPECT_EQ(1, std::distance(fs::directory_iterator(place_), fs::directory_iterator()));
 }
 
 TEST_F(FolderLockTest, RefusesALockThatIsNoFile) {
   fs::create_directory(place_);
-  ASSERT_EQ(mkfifo((place_ + "/lock").c_str(), 0600), 0);
+  ASSERT_EQ(0, mkfifo((place_ + "/lock").c_str(), 0600));
   EXPECT_THROW(FolderLock().Take(place_, "text"), UsageError);
 }
 
@@ -111,11 +111,11 @@ TEST_F(FolderLockTest, RefusesAFileInItsPlace) {
 
 TEST_F(FolderLockTest, LeavesNothingWhenItsFileCannotBeWritten) {
   rlimit before = {};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  ASSERT_EQ(0, getrlimit(RLIMIT_FSIZE, &before));
   auto const handler = std::signal(SIGXFSZ, SIG_IGN);
   rlimit none = before;
   none.rlim_cur = 0;
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+  ASSERT_EQ(0, setrlimit(RLIMIT_FSIZE, &none));
   EXPECT_THROW(FolderLock().Take(place_, "text"), UsageError);
   setrlimit(RLIMIT_FSIZE, &before);
   std::signal(SIGXFSZ, handler);
@@ -123,7 +123,7 @@ TEST_F(FolderLockTest, LeavesNothingWhenItsFileCannotBeWritten) {
 }
 
 TEST_F(FolderLockTest, TellsThatThereIsNoPlaceForIt) {
-  EXPECT_EQ(FolderLock().Take(folder_.path() + "/gone/place", "text"), Outcome::NoPlace);
+  EXPECT_EQ(Outcome::NoPlace, FolderLock().Take(folder_.path() + "/gone/place", "text"));
 }
 
 }  // namespace

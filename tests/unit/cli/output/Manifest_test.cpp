@@ -47,9 +47,9 @@ TEST_F(ManifestTest, ReadsWhatItHasWritten) {
   WriteText(file(), manifest_.Text());
   std::optional<Manifest> const read = Manifest::Read(folder_.path());
   ASSERT_TRUE(read);
-  EXPECT_EQ(read->command, "gradient");
+  EXPECT_EQ("gradient", read->command);
   EXPECT_EQ(read->folders, manifest_.folders);
-  ASSERT_EQ(read->files.size(), 3u);
+  ASSERT_EQ(3u, read->files.size());
   for (std::size_t i = 0; i < 3; ++i) {
     EXPECT_EQ(read->files[i].name, manifest_.files[i].name);
     EXPECT_TRUE(read->files[i].fingerprint == manifest_.files[i].fingerprint);
@@ -105,12 +105,12 @@ TEST(OutputNames, LookAtFollowsNoLinks) {
   fs::create_directories(folder.path() + "/a/b");
   WriteText(folder.path() + "/a/file", "");
   fs::create_directory_symlink("a", folder.path() + "/link");
-  EXPECT_EQ(LookAt(folder.path(), "a/b").kind, Kind::Folder);
-  EXPECT_EQ(LookAt(folder.path(), "a/file").kind, Kind::File);
-  EXPECT_EQ(LookAt(folder.path(), "a/none/c").kind, Kind::Free);
-  EXPECT_EQ(LookAt(folder.path(), "link").kind, Kind::Other);
-  EXPECT_EQ(LookAt(folder.path(), "link/file").kind, Kind::Other);
-  EXPECT_EQ(LookAt(folder.path(), "a/file/c").kind, Kind::Other);
+  EXPECT_EQ(Kind::Folder, LookAt(folder.path(), "a/b").kind);
+  EXPECT_EQ(Kind::File, LookAt(folder.path(), "a/file").kind);
+  EXPECT_EQ(Kind::Free, LookAt(folder.path(), "a/none/c").kind);
+  EXPECT_EQ(Kind::Other, LookAt(folder.path(), "link").kind);
+  EXPECT_EQ(Kind::Other, LookAt(folder.path(), "link/file").kind);
+  EXPECT_EQ(Kind::Other, LookAt(folder.path(), "a/file/c").kind);
   EXPECT_EQ(LookAt(folder.path(), "link/file").path, folder.path() + "/link");
 }
 
@@ -118,7 +118,7 @@ TEST(Fingerprint, IsThatOfTheContentAlone) {
   TemporaryFolder const folder;
   std::string const digits = "123456789";
   WriteText(folder.path() + "/digits", digits);
-  EXPECT_EQ(FingerprintOfText(digits).crc, 0x995dc9bbdf1939fau);  // the check value of CRC-64/XZ
+  EXPECT_EQ(0x995dc9bbdf1939fau, FingerprintOfText(digits).crc);  // the check value of CRC-64/XZ
   EXPECT_TRUE(FingerprintOf(folder.path() + "/digits") == FingerprintOfText(digits));
   EXPECT_TRUE(Settle(folder.path() + "/digits") == FingerprintOfText(digits));
   EXPECT_FALSE(FingerprintOfText("123456798") == FingerprintOfText(digits));

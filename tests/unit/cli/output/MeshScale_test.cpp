@@ -46,12 +46,12 @@ TEST(PlaceDigits, TellNeighboursApartFarFromTheOrigin) {
 TEST(PlaceDigits, TellFlatCellsApart) { ExpectNeighboursApart(*BoxAt({0.0, 0.0, 1.0}, {1.0, 1.0, 1e-7})); }
 
 TEST(PlaceDigits, AreSixInOrdinaryMeshes) {
-  EXPECT_EQ(PlaceDigits(*BoxAt({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0})), kPlaceDigits);
-  EXPECT_EQ(PlaceDigits(*BoxAt({-20.0, 0.0, 0.0}, {1.0, 1.0, 1.0})), kPlaceDigits);
-  EXPECT_EQ(PlaceDigits(*BoxPartition("box:1,1,1")), kPlaceDigits);  // no neighbours
+  EXPECT_EQ(kPlaceDigits, PlaceDigits(*BoxAt({0.0, 0.0, 0.0}, {1.0, 1.0, 1.0})));
+  EXPECT_EQ(kPlaceDigits, PlaceDigits(*BoxAt({-20.0, 0.0, 0.0}, {1.0, 1.0, 1.0})));
+  EXPECT_EQ(kPlaceDigits, PlaceDigits(*BoxPartition("box:1,1,1")));  // no neighbours
 }
 
-TEST(PlaceDigits, NeverExceedThoseOfANumber) { EXPECT_EQ(PlaceDigits(1e300, 1e-300), 17); }
+TEST(PlaceDigits, NeverExceedThoseOfANumber) { EXPECT_EQ(17, PlaceDigits(1e300, 1e-300)); }
 
 }  // namespace
 }  // namespace zyngrad

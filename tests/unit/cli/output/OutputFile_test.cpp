@@ -55,7 +55,7 @@ TEST(OutputFile, HoldsWhatWasWrittenInThePlaceOfWhatWasThere) {
   std::string const file = folder.path() + "/file";
   WriteText(file, "a longer text from before");
   WriteText(file, "two\nlines");
-  EXPECT_EQ(Read(file), "two\nlines");
+  EXPECT_EQ("two\nlines", Read(file));
 }
 
 TEST(OutputFile, NoticesAFullDiskThatShowsOnlyWhenItCloses) {

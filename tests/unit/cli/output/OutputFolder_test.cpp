@@ -145,10 +145,10 @@ TEST_F(OutputFolderTest, MovesFilesToTheirPlacesAtCommit) {
     folder.Commit("");
     EXPECT_TRUE(fs::exists(base_ / "a/b/results.json"));
   }
-  EXPECT_EQ(Content(),
-            (std::set<std::string>{"a", "a/b", "a/b/log.rank0.txt", "a/b/pieces", "a/b/pieces/0.vtu",
-                                   "a/b/results.json", "a/b/zyngrad-manifest.json"}));
-  EXPECT_EQ(Read(base_ / "a/b/results.json"), "numbers");
+  EXPECT_EQ((std::set<std::string>{"a", "a/b", "a/b/log.rank0.txt", "a/b/pieces", "a/b/pieces/0.vtu",
+                                   "a/b/results.json", "a/b/zyngrad-manifest.json"}),
+            Content());
+  EXPECT_EQ("numbers", Read(base_ / "a/b/results.json"));
 }
 
 TEST_F(OutputFolderTest, LeavesNothingWithoutCommit) {
@@ -168,12 +168,14 @@ TEST_F(OutputFolderTest, ReplacesAndRemovesFilesOfAnEarlierRun) {
   Run({"pieces/0.vtu", "pieces/1.vtu", "results.json"}, "old");
   Write(base_ / "a/notes.txt", "mine");
   Run({"results.json", "whole.vtu"}, "new");
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/log.rank0.txt", "a/notes.txt", "a/results.json",
-                                              "a/whole.vtu", "a/zyngrad-manifest.json"}));
-  EXPECT_EQ(Read(base_ / "a/results.json"), "new");
+  EXPECT_EQ((std::set<std::string>{"a", "a/log.rank0.txt", "a/notes.txt", "a/results.json", "a/whole.vtu",
+                                   "a/zyngrad-manifest.json"}),
+            Content());
+  EXPECT_EQ("new", Read(base_ / "a/results.json"));
   Run({"pieces/0.vtu"}, "newer");
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/log.rank0.txt", "a/notes.txt", "a/pieces",
-                                              "a/pieces/0.vtu", "a/zyngrad-manifest.json"}));
+  EXPECT_EQ((std::set<std::string>{"a", "a/log.rank0.txt", "a/notes.txt", "a/pieces", "a/pieces/0.vtu",
+                                   "a/zyngrad-manifest.json"}),
+            Content());
 }
 
 TEST_F(OutputFolderTest, RemovesNoFolderThatHasOrHadFilesOfSomebodyElse) {
@@ -182,7 +184,7 @@ TEST_F(OutputFolderTest, RemovesNoFolderThatHasOrHadFilesOfSomebodyElse) {
   Write(base_ / "a/more/notes.txt", "mine");
   Run({"results.json"}, "new");
   EXPECT_TRUE(fs::is_empty(base_ / "a/pieces"));  // this run did not make it
-  EXPECT_EQ(Read(base_ / "a/more/notes.txt"), "mine");
+  EXPECT_EQ("mine", Read(base_ / "a/more/notes.txt"));
 }
 
 TEST_F(OutputFolderTest, LeavesLogsAndOtherFilesThatNoRunHasWritten) {
@@ -193,7 +195,7 @@ TEST_F(OutputFolderTest, LeavesLogsAndOtherFilesThatNoRunHasWritten) {
   Run({"gradient.vtu"}, "new");
   for (char const* const name :
        {"log.rank1.txt", "settings.rank1.rbf", "gradient.pvtu", "gradient/gradient.0000.vtu"})
-    EXPECT_EQ(Read(base_ / "a" / name), "mine") << name;
+    EXPECT_EQ("mine", Read(base_ / "a" / name)) << name;
 }
 
 TEST_F(OutputFolderTest, RefusesAFileThatNoRunHasWritten) {
@@ -203,15 +205,15 @@ TEST_F(OutputFolderTest, RefusesAFileThatNoRunHasWritten) {
             "cannot write \"" + (base_ / "a/results.json").string() +
                 "\": no manifest lists it as written by zyngrad: move it away, or choose another output "
                 "folder with -o");
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/results.json"}));
-  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+  EXPECT_EQ((std::set<std::string>{"a", "a/results.json"}), Content());
+  EXPECT_EQ("mine", Read(base_ / "a/results.json"));
 }
 
 TEST_F(OutputFolderTest, RefusesALogThatNoRunHasWritten) {
   fs::create_directory(base_ / "a");
   Write(base_ / "a/log.rank0.txt", "mine");
-  EXPECT_NE(Refusal({}), "");
-  EXPECT_EQ(Read(base_ / "a/log.rank0.txt"), "mine");
+  EXPECT_NE("", Refusal({}));
+  EXPECT_EQ("mine", Read(base_ / "a/log.rank0.txt"));
 }
 
 TEST_F(OutputFolderTest, RefusesAResultThatTheUserHasEditedWhetherItWouldBeReplacedOrRemoved) {
@@ -223,7 +225,7 @@ TEST_F(OutputFolderTest, RefusesAResultThatTheUserHasEditedWhetherItWouldBeRepla
       "output folder with -o";
   EXPECT_EQ(Refusal({"results.json"}), text);
   EXPECT_EQ(Refusal({"other.json"}), text);
-  EXPECT_EQ(Read(base_ / "a/results.json"), "odd");
+  EXPECT_EQ("odd", Read(base_ / "a/results.json"));
 }
 
 TEST_F(OutputFolderTest, RefusesLinksAndFoldersInThePlaceOfResults) {
@@ -231,17 +233,17 @@ TEST_F(OutputFolderTest, RefusesLinksAndFoldersInThePlaceOfResults) {
   Write(base_ / "thesis.tex", "old");
   fs::remove(base_ / "a/results.json");
   fs::create_symlink(base_ / "thesis.tex", base_ / "a/results.json");
-  EXPECT_NE(Refusal({"results.json"}), "");
-  EXPECT_EQ(Read(base_ / "thesis.tex"), "old");
+  EXPECT_NE("", Refusal({"results.json"}));
+  EXPECT_EQ("old", Read(base_ / "thesis.tex"));
   fs::remove(base_ / "a/results.json");
   fs::create_directory(base_ / "a/results.json");
-  EXPECT_NE(Refusal({"results.json"}), "");
+  EXPECT_NE("", Refusal({"results.json"}));
   fs::remove(base_ / "a/results.json");
   fs::rename(base_ / "a/pieces", base_ / "elsewhere");
   fs::create_directory_symlink(base_ / "elsewhere", base_ / "a/pieces");
-  EXPECT_NE(Refusal({"pieces/0.vtu"}), "");
-  EXPECT_NE(Refusal({"results.json"}), "");
-  EXPECT_EQ(Read(base_ / "elsewhere/0.vtu"), "old");
+  EXPECT_NE("", Refusal({"pieces/0.vtu"}));
+  EXPECT_NE("", Refusal({"results.json"}));
+  EXPECT_EQ("old", Read(base_ / "elsewhere/0.vtu"));
 }
 
 TEST_F(OutputFolderTest, RefusesResultsOfAnotherCommand) {
@@ -254,7 +256,7 @@ TEST_F(OutputFolderTest, RefusesResultsOfAnotherCommand) {
               "the output folder \"" + (base_ / "a").string() +
                   "\" contains results of zyngrad \"gradient\": choose another one with -o");
   }
-  EXPECT_EQ(Read(base_ / "a/results.json"), "old");
+  EXPECT_EQ("old", Read(base_ / "a/results.json"));
 }
 
 TEST_F(OutputFolderTest, MovesNothingWhenAFileHasComeOrChangedMeanwhile) {
@@ -267,11 +269,11 @@ TEST_F(OutputFolderTest, MovesNothingWhenAFileHasComeOrChangedMeanwhile) {
     EXPECT_THROW(folder.Commit(""), UsageError);
   };
   commit(base_ / "a/gradient.vtu");
-  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "mine");
-  EXPECT_EQ(Read(base_ / "a/results.json"), "old");
+  EXPECT_EQ("mine", Read(base_ / "a/gradient.vtu"));
+  EXPECT_EQ("old", Read(base_ / "a/results.json"));
   fs::remove(base_ / "a/gradient.vtu");
   commit(base_ / "a/results.json");
-  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+  EXPECT_EQ("mine", Read(base_ / "a/results.json"));
   EXPECT_FALSE(fs::exists(base_ / "a/gradient.vtu"));
 }
 
@@ -283,17 +285,18 @@ TEST_F(OutputFolderTest, GoesOnWhereARunWasKilledWhileItMovedItsFiles) {
   Write(base_ / "a/zyngrad-manifest.json", both.Text());
   Write(base_ / "a/results.json", "new");
   Run({"results.json", "gradient.vtu"}, "newer");
-  EXPECT_EQ(Read(base_ / "a/results.json"), "newer");
-  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "newer");
-  EXPECT_EQ(Manifest::Read((base_ / "a").string())->files.size(), 3u);
+  EXPECT_EQ("newer", Read(base_ / "a/results.json"));
+  EXPECT_EQ("newer", Read(base_ / "a/gradient.vtu"));
+  EXPECT_EQ(3u, Manifest::Read((base_ / "a").string())->files.size());
 }
 
 TEST_F(OutputFolderTest, RefusesAFolderOfUnfinishedFilesThatIsNotOurs) {
   fs::create_directories(base_ / "a/unfinished.part/thesis");
   Write(base_ / "a/unfinished.part/thesis/ch1.tex", "mine");
-  EXPECT_NE(Refusal({"results.json"}), "");
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/unfinished.part", "a/unfinished.part/thesis",
-                                              "a/unfinished.part/thesis/ch1.tex"}));
+  EXPECT_NE("", Refusal({"results.json"}));
+  EXPECT_EQ((std::set<std::string>{"a", "a/unfinished.part", "a/unfinished.part/thesis",
+                                   "a/unfinished.part/thesis/ch1.tex"}),
+            Content());
 }
 
 TEST_F(OutputFolderTest, RefusesASecondRunAndIsFreeAfterTheFirst) {
@@ -305,8 +308,8 @@ TEST_F(OutputFolderTest, RefusesASecondRunAndIsFreeAfterTheFirst) {
     Write(folder.Stage("results.json"), "numbers");
     folder.Commit("");
   }
-  EXPECT_EQ(Refusal({}), "");
-  EXPECT_EQ(Read(base_ / "a/results.json"), "numbers");
+  EXPECT_EQ("", Refusal({}));
+  EXPECT_EQ("numbers", Read(base_ / "a/results.json"));
 }
 
 TEST_F(OutputFolderTest, MovesNothingWhenALogIsNotWhole) {
@@ -337,7 +340,7 @@ TEST_F(OutputFolderTest, MovesNothingWhenItsLastLinesDoNotArrive) {
     close(full);
     close(before);
   }
-  EXPECT_EQ(Read(base_ / "a/results.json"), "old");
+  EXPECT_EQ("old", Read(base_ / "a/results.json"));
 }
 
 TEST_F(OutputFolderTest, RefusesAFileAsFolder) {
@@ -345,7 +348,7 @@ TEST_F(OutputFolderTest, RefusesAFileAsFolder) {
   EXPECT_THROW(OutputFolder(TestRanks(), (base_ / "file").string(), {}), UsageError);
   EXPECT_THROW(OutputFolder(TestRanks(), (base_ / "file" / "below").string(), {}), UsageError);
   EXPECT_THROW(OutputFolder(TestRanks(), "", {}), UsageError);
-  EXPECT_EQ(Content(), (std::set<std::string>{"file"}));
+  EXPECT_EQ((std::set<std::string>{"file"}), Content());
 }
 
 TEST_F(OutputFolderTest, HasFilesOnTheDiskBeforeTheyReplaceOthersAndTheirNamesAfterwards) {
@@ -370,8 +373,8 @@ TEST_F(OutputFolderTest, HasFilesOnTheDiskBeforeTheyReplaceOthersAndTheirNamesAf
   // The names are on the disk before the manifest forgets the earlier files.
   ASSERT_GE(requests.size(), 2u);
   EXPECT_EQ(requests[requests.size() - 2], "move " + manifest);
-  EXPECT_EQ(requests.back(), "sync ");
-  EXPECT_EQ(std::count(requests.begin(), requests.end(), "move " + manifest), 2);
+  EXPECT_EQ("sync ", requests.back());
+  EXPECT_EQ(2, std::count(requests.begin(), requests.end(), "move " + manifest));
 }
 
 TEST_F(OutputFolderTest, LeavesAFileThatStandsWhereItHasMadeItsFolder) {
@@ -380,7 +383,7 @@ TEST_F(OutputFolderTest, LeavesAFileThatStandsWhereItHasMadeItsFolder) {
     fs::remove_all(base_ / "a/b");
     Write(base_ / "a/b", "mine");
   }
-  EXPECT_EQ(Read(base_ / "a/b"), "mine");
+  EXPECT_EQ("mine", Read(base_ / "a/b"));
 }
 
 TEST_F(OutputFolderTest, ReplacesNoManifestThatHasComeOrChangedMeanwhile) {
@@ -389,7 +392,7 @@ TEST_F(OutputFolderTest, ReplacesNoManifestThatHasComeOrChangedMeanwhile) {
     OutputFolder folder(TestRanks(), (base_ / "a").string(), {"gradient", {}});
     Write(base_ / "a/zyngrad-manifest.json", "mine");
     EXPECT_THROW(folder.Commit(""), UsageError);
-    EXPECT_EQ(Read(base_ / "a/zyngrad-manifest.json"), "mine");
+    EXPECT_EQ("mine", Read(base_ / "a/zyngrad-manifest.json"));
     fs::remove(base_ / "a/zyngrad-manifest.json");
   }
 }
@@ -402,18 +405,18 @@ TEST_F(OutputFolderTest, ReplacesNothingThatComesOrChangesAtTheLastMoment) {
     EXPECT_NE(failure.find("results.json\": File exists"), std::string::npos) << failure;
     EXPECT_NE(failure.find("some results in"), std::string::npos) << failure;
   }
-  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+  EXPECT_EQ("mine", Read(base_ / "a/results.json"));
   fs::remove(base_ / "a/results.json");
   Run({"results.json"}, "old");
   {
     AtRequest const hook(base_ / "a", "move /log.rank0.txt",
                          [this] { Write(base_ / "a/results.json", "mine"); });
-    EXPECT_NE(Failure({"results.json"}), "");
+    EXPECT_NE("", Failure({"results.json"}));
   }
-  EXPECT_EQ(Read(base_ / "a/results.json"), "mine");
+  EXPECT_EQ("mine", Read(base_ / "a/results.json"));
   fs::remove(base_ / "a/results.json");
   Run({"results.json"}, "newer");
-  EXPECT_EQ(Read(base_ / "a/results.json"), "newer");
+  EXPECT_EQ("newer", Read(base_ / "a/results.json"));
 }
 
 TEST_F(OutputFolderTest, RemovesNoEarlierFileThatChangesAtTheLastMoment) {
@@ -423,8 +426,8 @@ TEST_F(OutputFolderTest, RemovesNoEarlierFileThatChangesAtTheLastMoment) {
                          [this] { Write(base_ / "a/gradient.vtu", "mine"); });
     Run({"results.json"}, "new");
   }
-  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "mine");
-  EXPECT_EQ(Manifest::Read((base_ / "a").string())->files.size(), 2u);
+  EXPECT_EQ("mine", Read(base_ / "a/gradient.vtu"));
+  EXPECT_EQ(2u, Manifest::Read((base_ / "a").string())->files.size());
 }
 
 TEST_F(OutputFolderTest, MovesNothingWhenAnotherRunHasItsFolder) {
@@ -437,7 +440,7 @@ TEST_F(OutputFolderTest, MovesNothingWhenAnotherRunHasItsFolder) {
   EXPECT_THROW(first->Commit(""), UsageError);
   first.reset();
   second.Commit("");
-  EXPECT_EQ(Read(base_ / "a/results.json"), "second");
+  EXPECT_EQ("second", Read(base_ / "a/results.json"));
 }
 
 TEST_F(OutputFolderTest, RefusesAFolderThatItMayNotWriteInto) {
@@ -450,7 +453,7 @@ TEST_F(OutputFolderTest, RefusesAFolderThatItMayNotWriteInto) {
               "cannot write into \"" + (base_ / "a/pieces").string() + "\": Permission denied");
   }
   fs::permissions(base_ / "a/pieces", fs::perms::owner_all);
-  EXPECT_EQ(Read(base_ / "a/pieces/0.vtu"), "old");
+  EXPECT_EQ("old", Read(base_ / "a/pieces/0.vtu"));
 }
 
 TEST_F(OutputFolderTest, SucceedsWithoutItsLastManifest) {
@@ -459,12 +462,12 @@ TEST_F(OutputFolderTest, SucceedsWithoutItsLastManifest) {
     AtRequest const hook(
         base_ / "a", "move /zyngrad-manifest.json",
         [this] { fs::remove(base_ / "a/unfinished.part/zyngrad-manifest.json"); }, 1);
-    EXPECT_EQ(Failure({"results.json"}), "");
+    EXPECT_EQ("", Failure({"results.json"}));
   }
-  EXPECT_EQ(Read(base_ / "a/results.json"), "new");
+  EXPECT_EQ("new", Read(base_ / "a/results.json"));
   Run({"gradient.vtu"}, "newer");
-  EXPECT_EQ(Content(),
-            (std::set<std::string>{"a", "a/gradient.vtu", "a/log.rank0.txt", "a/zyngrad-manifest.json"}));
+  EXPECT_EQ((std::set<std::string>{"a", "a/gradient.vtu", "a/log.rank0.txt", "a/zyngrad-manifest.json"}),
+            Content());
 }
 
 TEST_F(OutputFolderTest, ReplacesResultsOfWhichOnlyPermissionsOrLinksChangedMeanwhile) {
@@ -474,8 +477,8 @@ TEST_F(OutputFolderTest, ReplacesResultsOfWhichOnlyPermissionsOrLinksChangedMean
   fs::create_hard_link(base_ / "a/gradient.vtu", base_ / "backup");
   fs::permissions(base_ / "a/results.json", fs::perms(0600));
   folder.Commit("");
-  EXPECT_EQ(Read(base_ / "a/gradient.vtu"), "new");
-  EXPECT_EQ(Read(base_ / "backup"), "old");
+  EXPECT_EQ("new", Read(base_ / "a/gradient.vtu"));
+  EXPECT_EQ("old", Read(base_ / "backup"));
   EXPECT_FALSE(fs::exists(base_ / "a/results.json"));
 }
 
@@ -484,7 +487,7 @@ TEST_F(OutputFolderTest, MakesNoFolderThatItsNameOnlyPasses) {
     OutputFolder folder(TestRanks(), (base_ / "x1/../a/x2/../b").string(), {"gradient", {}});
     folder.Commit("");
   }
-  EXPECT_EQ(Content(), (std::set<std::string>{"a", "a/b", "a/b/log.rank0.txt", "a/b/zyngrad-manifest.json"}));
+  EXPECT_EQ((std::set<std::string>{"a", "a/b", "a/b/log.rank0.txt", "a/b/zyngrad-manifest.json"}), Content());
 }
 
 TEST_F(OutputFolderTest, SaysWhyAPlaceCannotBeLookedAt) {

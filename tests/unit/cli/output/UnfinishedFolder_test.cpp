@@ -62,9 +62,9 @@ class UnfinishedFolderTest : public testing::Test {
 
 TEST_F(UnfinishedFolderTest, HasItsFoldersAndNamesItsHolderAndGoesWithItsFiles) {
   UnfinishedFolder folder(place_, {"a.vtu", "b/c.vtu"});
-  ASSERT_EQ(folder.Take(), Outcome::Taken);
-  EXPECT_EQ(Content(), (std::set<std::string>{"lock", "b"}));
-  EXPECT_EQ(folder.Holder().rfind("process " + std::to_string(getpid()) + " on ", 0), 0u);
+  ASSERT_EQ(Outcome::Taken, folder.Take());
+  EXPECT_EQ((std::set<std::string>{"lock", "b"}), Content());
+  EXPECT_EQ(0u, folder.Holder().rfind("process " + std::to_string(getpid()) + " on ", 0));
   EXPECT_EQ(UnfinishedFolder(place_, {}).PresentHolder(), folder.Holder());
   Write("b/c.vtu", "half");
   folder.Leave();
@@ -73,9 +73,9 @@ TEST_F(UnfinishedFolderTest, HasItsFoldersAndNamesItsHolderAndGoesWithItsFiles) 
 
 TEST_F(UnfinishedFolderTest, IsClearedByTheRankThatLeavesLast) {
   UnfinishedFolder first(place_, {"a.vtu"}), second(place_, {"a.vtu"}), other(place_, {});
-  ASSERT_EQ(first.Take(), Outcome::Taken);
+  ASSERT_EQ(Outcome::Taken, first.Take());
   second.Join(first.Holder());
-  EXPECT_EQ(other.Take(), Outcome::InUse);
+  EXPECT_EQ(Outcome::InUse, other.Take());
   Write("a.vtu", "half");
   first.Leave();
   EXPECT_TRUE(fs::exists(place_ + "/a.vtu"));
@@ -85,7 +85,7 @@ TEST_F(UnfinishedFolderTest, IsClearedByTheRankThatLeavesLast) {
 
 TEST_F(UnfinishedFolderTest, IsNotJoinedWhenItIsOfAnotherRun) {
   UnfinishedFolder first(place_, {}), second(place_, {});
-  ASSERT_EQ(first.Take(), Outcome::Taken);
+  ASSERT_EQ(Outcome::Taken, first.Take());
   EXPECT_THROW(second.Join("process 1 on another machine"), UsageError);
   second.Leave();
   EXPECT_TRUE(fs::exists(place_ + "/lock"));
@@ -96,19 +96,19 @@ TEST_F(UnfinishedFolderTest, IsClearedOfWhatAKilledRunHasListed) {
   Write("a.vtu", "half");
   Write("b/c.vtu", "half");
   UnfinishedFolder folder(place_, {"d.vtu"});
-  ASSERT_EQ(folder.Take(), Outcome::Taken);
-  EXPECT_EQ(Content(), (std::set<std::string>{"lock"}));
+  ASSERT_EQ(Outcome::Taken, folder.Take());
+  EXPECT_EQ((std::set<std::string>{"lock"}), Content());
 }
 
 TEST_F(UnfinishedFolderTest, IsTakenOverFromARunThatWasKilledInItsFirstSteps) {
   for (std::string const& torn : {listing_.substr(0, 35), listing_.substr(0, 60)}) {
     LeaveBehind(torn);
     UnfinishedFolder folder(place_, {});
-    EXPECT_EQ(folder.Take(), Outcome::Taken) << torn;
+    EXPECT_EQ(Outcome::Taken, folder.Take()) << torn;
     folder.Leave();
   }
   fs::create_directory(place_);
-  EXPECT_EQ(UnfinishedFolder(place_, {}).Take(), Outcome::Taken);
+  EXPECT_EQ(Outcome::Taken, UnfinishedFolder(place_, {}).Take());
 }
 
 TEST_F(UnfinishedFolderTest, RefusesWhatIsInNoListAndTouchesNothing) {
@@ -118,7 +118,7 @@ TEST_F(UnfinishedFolderTest, RefusesWhatIsInNoListAndTouchesNothing) {
   EXPECT_EQ(Refusal(), '"' + place_ +
                            "/b/thesis.tex\" is not from a run of zyngrad: move it away, or choose another "
                            "output folder with -o");
-  EXPECT_EQ(Content(), (std::set<std::string>{"lock", "a.vtu", "b", "b/thesis.tex"}));
+  EXPECT_EQ((std::set<std::string>{"lock", "a.vtu", "b", "b/thesis.tex"}), Content());
 }
 
 TEST_F(UnfinishedFolderTest, RefusesAFolderWhoseLockIsOfSomebodyElse) {
@@ -126,8 +126,8 @@ TEST_F(UnfinishedFolderTest, RefusesAFolderWhoseLockIsOfSomebodyElse) {
                                  "zyngrad unfinished files, format 2\n"}) {
     LeaveBehind(text);
     Write("a.vtu", "mine");
-    EXPECT_NE(Refusal(), "") << text;
-    EXPECT_EQ(Content(), (std::set<std::string>{"lock", "a.vtu"})) << text;
+    EXPECT_NE("", Refusal()) << text;
+    EXPECT_EQ((std::set<std::string>{"lock", "a.vtu"}), Content()) << text;
   }
 }
 
@@ -136,7 +136,7 @@ TEST_F(UnfinishedFolderTest, RefusesLinksUnderListedNames) {
   fs::create_directory(base_.path() + "/elsewhere");
   std::ofstream(base_.path() + "/elsewhere/c.vtu") << "mine";
   fs::create_directory_symlink(base_.path() + "/elsewhere", place_ + "/b");
-  EXPECT_NE(Refusal(), "");
+  EXPECT_NE("", Refusal());
   EXPECT_TRUE(fs::exists(base_.path() + "/elsewhere/c.vtu"));
 }
 
@@ -145,7 +145,7 @@ TEST_F(UnfinishedFolderTest, FollowsNoListedNameOutOfTheFolder) {
   LeaveBehind("zyngrad unfinished files, format 1\nprocess 1 on a machine\nfile ../thesis.tex\nfile " +
               base_.path() + "/thesis.tex\nfolder ..\n");
   UnfinishedFolder folder(place_, {});
-  EXPECT_EQ(folder.Take(), Outcome::Taken);
+  EXPECT_EQ(Outcome::Taken, folder.Take());
   folder.Leave();
   EXPECT_TRUE(fs::exists(base_.path() + "/thesis.tex"));
 }
@@ -153,7 +153,7 @@ TEST_F(UnfinishedFolderTest, FollowsNoListedNameOutOfTheFolder) {
 TEST_F(UnfinishedFolderTest, StaysWithItsFirstProcessOnAFileSystemWithoutLocks) {
   UnfinishedFolder first(place_, {"a.vtu"}, NoLocks), second(place_, {"a.vtu"}, NoLocks),
       other(place_, {"a.vtu"}, NoLocks);
-  ASSERT_EQ(first.Take(), Outcome::Taken);
+  ASSERT_EQ(Outcome::Taken, first.Take());
   second.Join(first.Holder());
   Write("a.vtu", "half");
   try {
@@ -179,23 +179,23 @@ TEST_F(UnfinishedFolderTest, KeepsItsListWhileSomethingInItCannotBeRemoved) {
   fs::permissions(place_ + "/lock", fs::perms(0666));
   fs::permissions(place_ + "/b", fs::perms(0555));
   uid_t const before = geteuid();
-  ASSERT_EQ(before == 0 ? seteuid(65534) : 0, 0);  // permissions do not stop root
+  ASSERT_EQ(0, before == 0 ? seteuid(65534) : 0);  // permissions do not stop root
   std::string const refusal = Refusal();
-  ASSERT_EQ(before == 0 ? seteuid(before) : 0, 0);
+  ASSERT_EQ(0, before == 0 ? seteuid(before) : 0);
   fs::permissions(place_ + "/b", fs::perms::owner_all);
   EXPECT_EQ(refusal, "cannot remove \"" + place_ + "/b\", which an earlier run left: Permission denied");
-  EXPECT_EQ(Content(), (std::set<std::string>{"lock", "b", "b/c.vtu"}));
-  EXPECT_EQ(UnfinishedFolder(place_, {}).Take(), Outcome::Taken);
-  EXPECT_EQ(Content(), (std::set<std::string>{"lock"}));
+  EXPECT_EQ((std::set<std::string>{"lock", "b", "b/c.vtu"}), Content());
+  EXPECT_EQ(Outcome::Taken, UnfinishedFolder(place_, {}).Take());
+  EXPECT_EQ((std::set<std::string>{"lock"}), Content());
 }
 
 TEST_F(UnfinishedFolderTest, NoticesThatItWasRemovedOrReplaced) {
   UnfinishedFolder first(place_, {}), second(place_, {});
-  ASSERT_EQ(first.Take(), Outcome::Taken);
+  ASSERT_EQ(Outcome::Taken, first.Take());
   EXPECT_NO_THROW(first.Check());
   fs::remove_all(place_);
   EXPECT_THROW(first.Check(), UsageError);
-  ASSERT_EQ(second.Take(), Outcome::Taken);
+  ASSERT_EQ(Outcome::Taken, second.Take());
   EXPECT_THROW(first.Check(), UsageError);
   first.Leave();
   EXPECT_NO_THROW(second.Check());

@@ -26,7 +26,7 @@ TEST(BodySurface, PutsPointsOnASphereInCellsOfAnyShape) {
     EXPECT_GT(points.size(), 70U) << box;
     // The formula's own rounding at numbers up to 1, over its slope of 0.6.
     for (SurfacePoint const& point : points)
-      EXPECT_NEAR(sphere.Value(point.at[0], point.at[1], point.at[2]), 0.0, 2e-16) << box;
+      EXPECT_NEAR(0.0, sphere.Value(point.at[0], point.at[1], point.at[2]), 2e-16) << box;
   }
 }
 
@@ -38,7 +38,7 @@ TEST(BodySurface, MeetsEachEdgeOfTheTetrahedraOnce) {
   EXPECT_EQ(points.size(), 25U + 40U + 16U);
   std::set<std::pair<double, double>> places;
   for (SurfacePoint const& point : points) {
-    EXPECT_NEAR(point.at[0], 0.3, 1e-16);
+    EXPECT_NEAR(0.3, point.at[0], 1e-16);
     EXPECT_LT(point.low, point.high);
     places.emplace(point.at[1], point.at[2]);
   }
@@ -50,9 +50,9 @@ TEST(BodySurface, TakesNodesThatLieOnIt) {
   // Off by rounding, in both directions, and by less than a millionth of a cell.
   for (char const* plane : {"x-0.5", "0.5-x", "x-0.50000001", "3*(x-0.49999999)"}) {
     std::vector<SurfacePoint> const points = SurfacePointsOf(*partition, Expression(plane), kLength);
-    EXPECT_EQ(points.size(), 25U) << plane;
+    EXPECT_EQ(25U, points.size()) << plane;
     for (SurfacePoint const& point : points) {
-      EXPECT_EQ(point.at[0], 0.5) << plane;
+      EXPECT_EQ(0.5, point.at[0]) << plane;
       EXPECT_EQ(point.low, point.high) << plane;
     }
   }
@@ -81,7 +81,7 @@ TEST(BodySurface, IsThinnedToASpacing) {
   auto const partition = BoxPartition("box:6,6,6:tet");
   std::vector<SurfacePoint> const all = SurfacePointsOf(*partition, Sphere(), kLength);
   EXPECT_EQ(Thinned(all, 0.0).size(), all.size());
-  EXPECT_EQ(Thinned(all, 10.0).size(), 1U);
+  EXPECT_EQ(1U, Thinned(all, 10.0).size());
 
   double const spacing = 0.08;
   auto const distance = [](SurfacePoint const& a, SurfacePoint const& b) {
@@ -105,10 +105,10 @@ TEST(BodySurface, IsThinnedToASpacing) {
 TEST(BodySurface, GivesPointsAsRowsOfATable) {
   auto const partition = BoxPartition("box:2,2,2");
   PointSet const points = PointsOnSurface(TestRanks(), *partition, Expression("x-0.5"), 0.6, 0.5);
-  EXPECT_EQ(points.header, "x,y,z");
-  ASSERT_EQ(points.size(), 5U);  // the corners and the middle of the plane
-  ASSERT_EQ(points.rows.size(), 5U);
-  EXPECT_EQ(points.rows[0], "0.5,0,0");
+  EXPECT_EQ("x,y,z", points.header);
+  ASSERT_EQ(5U, points.size());  // the corners and the middle of the plane
+  ASSERT_EQ(5U, points.rows.size());
+  EXPECT_EQ("0.5,0,0", points.rows[0]);
 }
 
 TEST(BodySurface, MustMeetTheMesh) {

@@ -53,12 +53,12 @@ class Fan : public testing::Test {
 
 TEST_F(Fan, HasTwoNodesWithLongRows) {
   LongRows const rows = FindLongRows(TestRanks(), *mesh_.partition, &usable_, kCells);
-  EXPECT_EQ(rows.nNodes, 2);
-  EXPECT_EQ(rows.mostCells, kCells);
-  EXPECT_EQ(rows.node, 1);
-  EXPECT_EQ(rows.at[2], -0.5);
+  EXPECT_EQ(2, rows.nNodes);
+  EXPECT_EQ(kCells, rows.mostCells);
+  EXPECT_EQ(1, rows.node);
+  EXPECT_EQ(-0.5, rows.at[2]);
   EXPECT_NEAR(rows.nOperations, 2 * 2.0 / 3.0 * kCells * kCells * kCells, 1e-6);
-  EXPECT_EQ(FindLongRows(TestRanks(), *mesh_.partition, &usable_, kCells + 1).nNodes, 0);
+  EXPECT_EQ(0, FindLongRows(TestRanks(), *mesh_.partition, &usable_, kCells + 1).nNodes);
 }
 
 // At either end of the edge a cell has one face on the wall, whose ghost cell is a member of the row, too.
@@ -78,7 +78,7 @@ TEST_F(Fan, WarnsOfNodeRowAndCostBeforeTheRun) {
   for (char const* part : {"node 1 at (0, 0, -0.5) has 40 cells around it", "8.5e+04 operations",
                            "all 2 such nodes", "--search-method 2 avoids this"})
     EXPECT_NE(warning.find(part), std::string::npos) << part << "\nin\n" << warning;
-  EXPECT_EQ(LongRowWarning(TestRanks(), *mesh_.partition, &usable_, "--search-method 2"), "");
+  EXPECT_EQ("", LongRowWarning(TestRanks(), *mesh_.partition, &usable_, "--search-method 2"));
 }
 
 // What the warning promises is what the operator does: the stencil has every cell of the row, and that of the
@@ -95,7 +95,7 @@ TEST_F(Fan, HasStencilsAsLongAsTheRowByMethodThreeOnly) {
     return RunPoints(TestRanks(), mesh_, usable_, points, owners, field, "/dev/null").values.members.front();
   };
   EXPECT_EQ(members(kMethodByNodes), FindLongRows(TestRanks(), *mesh_.partition, &usable_, kCells).mostCells);
-  EXPECT_EQ(members(2), 20);
+  EXPECT_EQ(20, members(2));
 }
 
 }  // namespace

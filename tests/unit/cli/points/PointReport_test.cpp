@@ -47,12 +47,12 @@ TEST(PointReport, CountsAndShowsFlaggedPoints) {
   EXPECT_TRUE(Has(text, "few: 1 point with fewer than 4 cells in the stencil")) << text;
   EXPECT_TRUE(Has(text, "notfinite: 1 point with weights that are not finite")) << text;
   EXPECT_TRUE(Has(text, "  search method 3: value or gradient is not finite at 1 of 3 points\n")) << text;
-  EXPECT_EQ(NotFinitePoints(ThreePoints()), 1);
+  EXPECT_EQ(1, NotFinitePoints(ThreePoints()));
   auto const json = PointResultsAsJson(ThreePoints());
-  EXPECT_EQ(json["flags"]["far"]["worst"], (std::vector<int>{2}));
-  EXPECT_EQ(json["flags"]["notfinite"]["points"], 1);
-  EXPECT_EQ(json["value"]["maxPoint"], 2);
-  EXPECT_EQ(json["value"]["notFinite"], 1);
+  EXPECT_EQ((std::vector<int>{2}), json["flags"]["far"]["worst"]);
+  EXPECT_EQ(1, json["flags"]["notfinite"]["points"]);
+  EXPECT_EQ(2, json["value"]["maxPoint"]);
+  EXPECT_EQ(1, json["value"]["notFinite"]);
 }
 
 TEST(PointReport, SaysThatThereAreNoPoints) {
@@ -65,18 +65,19 @@ TEST(PointReport, SaysThatThereAreNoPoints) {
 TEST(PointFiles, HoldOneRowAPointBehindWhatItCameWith) {
   TemporaryFolder const folder;
   WritePointCsv(folder.path() + "/points.csv", ThreePoints());
-  EXPECT_EQ(ReadAll(folder.path() + "/points.csv"),
-            "x,y,z,name,value,gradient_x,gradient_y,gradient_z,exact,exact_gradient_x,exact_gradient_y,"
-            "exact_gradient_z,error,gradient_error,distance,members,rank,flags\n"
-            "0,0,0,a,1,1,0,0,1,1,0,0,0,0,0.25,20,0,\n"
-            "1,0,0,\"b, c\",2.5,1,0,0,2,1,0,0,0.5,0,0.75,2,1,far;few\n"
-            "2,0,0,d,nan,1,0,0,3,1,0,0,nan,0,0.125,20,0,notfinite\n");
+  EXPECT_EQ(
+      "x,y,z,name,value,gradient_x,gradient_y,gradient_z,exact,exact_gradient_x,exact_gradient_y,"
+      "exact_gradient_z,error,gradient_error,distance,members,rank,flags\n"
+      "0,0,0,a,1,1,0,0,1,1,0,0,0,0,0.25,20,0,\n"
+      "1,0,0,\"b, c\",2.5,1,0,0,2,1,0,0,0.5,0,0.75,2,1,far;few\n"
+      "2,0,0,d,nan,1,0,0,3,1,0,0,nan,0,0.125,20,0,notfinite\n",
+      ReadAll(folder.path() + "/points.csv"));
   WritePointVtp(folder.path() + "/points.vtp", ThreePoints());
   std::string const content = ReadAll(folder.path() + "/points.vtp");
-  EXPECT_EQ(ArrayOf<double>(content, "Points"), (std::vector<double>{0, 0, 0, 1, 0, 0, 2, 0, 0}));
-  EXPECT_EQ(ArrayOf<double>(content, "distance"), (std::vector<double>{0.25, 0.75, 0.125}));
-  EXPECT_EQ(ArrayOf<std::int32_t>(content, "flags"), (std::vector<std::int32_t>{0, 3, 4}));
-  EXPECT_EQ(ArrayOf<std::int64_t>(content, "point"), (std::vector<std::int64_t>{1, 2, 3}));
+  EXPECT_EQ((std::vector<double>{0, 0, 0, 1, 0, 0, 2, 0, 0}), ArrayOf<double>(content, "Points"));
+  EXPECT_EQ((std::vector<double>{0.25, 0.75, 0.125}), ArrayOf<double>(content, "distance"));
+  EXPECT_EQ((std::vector<std::int32_t>{0, 3, 4}), ArrayOf<std::int32_t>(content, "flags"));
+  EXPECT_EQ((std::vector<std::int64_t>{1, 2, 3}), ArrayOf<std::int64_t>(content, "point"));
 }
 
 TEST(PointFiles, ReportAFileThatCannotBeWritten) {

@@ -49,7 +49,7 @@ TEST_F(PointRunOnBox, GivesThePointAtACellTheCellsValueAndUsesNoUnusableCell) {
       double const tolerance = method == 3 ? 0.2 : 1e-9;
       EXPECT_NEAR(run.values.value[i], field.Value(points.x[i], points.y[i], points.z[i]), tolerance)
           << method;
-      EXPECT_EQ(run.values.isRowFinite[i], 1);
+      EXPECT_EQ(1, run.values.isRowFinite[i]);
       EXPECT_GE(run.values.members[i], 4);
     }
   }

@@ -17,7 +17,7 @@ namespace {
 TEST(UsableCells, AreAllCellsButGhostsWithoutABody) {
   auto const partition = BoxPartition("box:3,3,3");
   UsableCells const usable = FindUsableCells(TestRanks(), *partition, nullptr);
-  EXPECT_EQ(usable.nCells, 27);
+  EXPECT_EQ(27, usable.nCells);
   for (int c = 1; c <= partition->mesh()->NCell; ++c)
     EXPECT_EQ(usable.Contains(c), c <= partition->mesh()->NInnerCells) << c;
 }
@@ -27,9 +27,9 @@ TEST(UsableCells, LieOutsideTheBodyWithTheirCentres) {
   Expression const half("x-0.5"),
       touching("x-0.375");  // the second passes through centres, which are not inside
   UsableCells const usable = FindUsableCells(TestRanks(), *partition, &half);
-  EXPECT_EQ(usable.nCells, 32);
+  EXPECT_EQ(32, usable.nCells);
   for (int c = 1; c <= 64; ++c) EXPECT_EQ(usable.Contains(c), partition->mesh()->xc[c] > 0.5);
-  EXPECT_EQ(FindUsableCells(TestRanks(), *partition, &touching).nCells, 48);
+  EXPECT_EQ(48, FindUsableCells(TestRanks(), *partition, &touching).nCells);
 }
 
 TEST(UsableCells, MustBeThere) {
@@ -54,7 +54,7 @@ TEST(UsableCells, GiveEachPointTheDistanceToTheNearest) {
     points.z.push_back(coordinate(random));
   }
   std::vector<PointOwner> const owners = FindPointOwners(TestRanks(), *partition, usable, points);
-  ASSERT_EQ(owners.size(), 200U);
+  ASSERT_EQ(200U, owners.size());
   for (std::size_t i = 0; i < owners.size(); ++i) {
     double nearest = std::numeric_limits<double>::infinity();
     for (int c = 1; c <= mesh.NInnerCells; ++c) {
@@ -63,7 +63,7 @@ TEST(UsableCells, GiveEachPointTheDistanceToTheNearest) {
           nearest, std::hypot(points.x[i] - mesh.xc[c], points.y[i] - mesh.yc[c], points.z[i] - mesh.zc[c]));
     }
     EXPECT_DOUBLE_EQ(owners[i].distance, nearest);
-    EXPECT_EQ(owners[i].rank, 0);
+    EXPECT_EQ(0, owners[i].rank);
   }
 }
 

@@ -20,8 +20,8 @@ TEST(StudyAxis, HoldsAllValuesWithRoomAtBothEnds) {
   for (StudyAxis const& axis : {StudyAxis::Logarithmic({1e-3, 0.5, 20}), StudyAxis::Linear({-3, 0, 7})}) {
     EXPECT_GT(axis.Place(axis.IsLogarithmic() ? 1e-3 : -3), 0.0);
     EXPECT_LT(axis.Place(axis.IsLogarithmic() ? 20 : 7), 1.0);
-    EXPECT_NEAR(axis.Place(axis.low()), 0.0, 1e-12);
-    EXPECT_NEAR(axis.Place(axis.high()), 1.0, 1e-12);
+    EXPECT_NEAR(0.0, axis.Place(axis.low()), 1e-12);
+    EXPECT_NEAR(1.0, axis.Place(axis.high()), 1e-12);
   }
 }
 
@@ -51,14 +51,14 @@ TEST(StudyAxis, NumbersOneTwoFiveOverFewDecades) {
 
 TEST(StudyAxis, GivesEqualErrorsHalfADecade) {
   StudyAxis const axis = StudyAxis::Logarithmic({0.02, 0.02 * (1 + 1e-15)});
-  EXPECT_NEAR(axis.Decades(), 0.5, 1e-9);
+  EXPECT_NEAR(0.5, axis.Decades(), 1e-9);
   EXPECT_GE(Labels(axis).size(), 2u);
 }
 
 TEST(StudyAxis, CountsLinearTicksInRoundSteps) {
   EXPECT_EQ(Labels(StudyAxis::Linear({0, 10})),
             (std::map<double, std::string>{{0, "0"}, {2, "2"}, {4, "4"}, {6, "6"}, {8, "8"}, {10, "10"}}));
-  EXPECT_EQ(Labels(StudyAxis::Linear({-0.001, 0.001})).at(0.0), "0");  // no -0
+  EXPECT_EQ("0", Labels(StudyAxis::Linear({-0.001, 0.001})).at(0.0));  // no -0
 }
 
 TEST(StudyAxis, LeavesOutWhatItCannotShow) {

@@ -14,7 +14,7 @@ namespace zyngrad {
 namespace {
 
 TEST(StudyCondition, SamplesEvenlyAndNotTooMany) {
-  EXPECT_EQ(SpreadSample(3), (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ((std::vector<int>{1, 2, 3}), SpreadSample(3));
   EXPECT_TRUE(SpreadSample(0).empty());
   for (int const n : {1999, 2000, 2001, 4001, 100000}) {
     std::vector<int> const sample = SpreadSample(n);
@@ -26,16 +26,16 @@ TEST(StudyCondition, SamplesEvenlyAndNotTooMany) {
 
 TEST(StudyCondition, TakesWhatIsNoNumberForInfinite) {
   StudyCondition const condition = SummariseConditions(TestRanks(), {3.0, std::nan(""), 1.0});
-  EXPECT_EQ(condition.nSystems, 3);
-  EXPECT_EQ(condition.median, 3.0);
+  EXPECT_EQ(3, condition.nSystems);
+  EXPECT_EQ(3.0, condition.median);
   EXPECT_EQ(condition.worst, std::numeric_limits<double>::infinity());
-  EXPECT_EQ(SummariseConditions(TestRanks(), {}).nSystems, 0);
+  EXPECT_EQ(0, SummariseConditions(TestRanks(), {}).nSystems);
 }
 
 TEST(StudyCondition, OfTheGradientIsThatOfEachCellAlone) {
   auto const partition = BoxPartition("box:3,3,3:tet");
   std::vector<double> const all = GradientConditions(*partition, {50.0, false});
-  ASSERT_EQ(all.size(), 162u);
+  ASSERT_EQ(162u, all.size());
   for (int const cell : {1, 80, 162}) {
     CellStencil const stencil = DeriveCellStencil(*partition, cell, {50.0, false});
     EXPECT_EQ(all[static_cast<std::size_t>(cell) - 1], ConditionEstimate(stencil.matrix, stencil.Order()));
@@ -58,7 +58,7 @@ TEST(StudyCondition, OfFacesAndPointsGrowsWithTheSpan) {
     if (method == 4) continue;
     auto const narrowPoints = PointConditions(*partition, usable, points, {method, 5.0, 20, 0.1, false});
     auto const widePoints = PointConditions(*partition, usable, points, {method, 10.0, 20, 0.1, false});
-    ASSERT_EQ(widePoints.size(), 2u);
+    ASSERT_EQ(2u, widePoints.size());
     for (std::size_t k = 0; k < 2; ++k) EXPECT_GT(widePoints[k], narrowPoints[k]) << method;
   }
   EXPECT_TRUE(PointConditions(*partition, usable, {}, {3, 5.0, 20, 0.1, false}).empty());
@@ -71,7 +71,7 @@ TEST(StudyCondition, OfAFaceBetweenTwoCellsIsThatOfTheKernel) {
   double const span = 4.0, s = 2.0 / span;
   double const k = std::pow(1 - s, 6) * (35 * s * s + 18 * s + 3) / 3.0;
   std::vector<double> const found = FaceConditions(*partition, {2, span, 2, 0.1, false});
-  ASSERT_EQ(found.size(), 1u);
+  ASSERT_EQ(1u, found.size());
   EXPECT_NEAR(found[0], (1 + k) / (1 - k), 1e-12);
 }
 

@@ -12,10 +12,10 @@ namespace zyngrad {
 namespace {
 
 TEST(ObservedOrder, IsTheSlopeBetweenTwoLevels) {
-  EXPECT_NEAR(ObservedOrder(4e-2, 1e-2, 0.2, 0.1), 2.0, 1e-14);
-  EXPECT_NEAR(ObservedOrder(3e-2, 1e-2, 0.3, 0.1), 1.0, 1e-14);
-  EXPECT_NEAR(ObservedOrder(1e-2, 1e-2, 0.2, 0.1), 0.0, 1e-14);
-  EXPECT_NEAR(ObservedOrder(1e-2, 2e-2, 0.2, 0.1), -1.0, 1e-14);
+  EXPECT_NEAR(2.0, ObservedOrder(4e-2, 1e-2, 0.2, 0.1), 1e-14);
+  EXPECT_NEAR(1.0, ObservedOrder(3e-2, 1e-2, 0.3, 0.1), 1e-14);
+  EXPECT_NEAR(0.0, ObservedOrder(1e-2, 1e-2, 0.2, 0.1), 1e-14);
+  EXPECT_NEAR(-1.0, ObservedOrder(1e-2, 2e-2, 0.2, 0.1), 1e-14);
 }
 
 TEST(ObservedOrder, IsNoNumberWhereThereIsNoSlope) {
@@ -30,31 +30,31 @@ TEST(ObservedOrder, IsNoNumberWhereThereIsNoSlope) {
 TEST(StudyErrors, WeighsErrorsAndKeepsTheBoundaryApart) {
   StudyErrors const errors =
       SummariseStudyErrors(TestRanks(), {{1.0, 3.0, false}, {5.0, 1.0, false}, {2.0, 0.5, true}});
-  EXPECT_EQ(errors.interior.count, 2);
-  EXPECT_EQ(errors.interior.l1, 2.0);                  // (3 + 5) / 4
+  EXPECT_EQ(2, errors.interior.count);
+  EXPECT_EQ(2.0, errors.interior.l1);                  // (3 + 5) / 4
   EXPECT_EQ(errors.interior.l2, std::sqrt(28.0 / 4));  // (3 + 25) / 4
-  EXPECT_EQ(errors.interior.max, 5.0);
-  EXPECT_EQ(errors.boundary.count, 1);
-  EXPECT_EQ(errors.boundary.l1, 2.0);
-  EXPECT_EQ(errors.boundary.l2, 2.0);
-  EXPECT_EQ(errors.boundary.max, 2.0);
+  EXPECT_EQ(5.0, errors.interior.max);
+  EXPECT_EQ(1, errors.boundary.count);
+  EXPECT_EQ(2.0, errors.boundary.l1);
+  EXPECT_EQ(2.0, errors.boundary.l2);
+  EXPECT_EQ(2.0, errors.boundary.max);
 }
 
 TEST(StudyErrors, CountsWhatIsNotFiniteAndShowsItInTheMeans) {
   StudyErrors const errors =
       SummariseStudyErrors(TestRanks(), {{std::nan(""), 1.0, false}, {3.0, 1.0, false}});
-  EXPECT_EQ(errors.interior.nNotFinite, 1);
+  EXPECT_EQ(1, errors.interior.nNotFinite);
   EXPECT_TRUE(std::isnan(errors.interior.l1));
   EXPECT_TRUE(std::isnan(errors.interior.l2));
-  EXPECT_EQ(errors.interior.max, 3.0);
-  EXPECT_EQ(std::accumulate(errors.histogram.count.begin(), errors.histogram.count.end(), std::int64_t{0}),
-            1);
+  EXPECT_EQ(3.0, errors.interior.max);
+  EXPECT_EQ(1,
+            std::accumulate(errors.histogram.count.begin(), errors.histogram.count.end(), std::int64_t{0}));
 }
 
 TEST(StudyErrors, HasNoNormsOfNothing) {
   StudyErrors const errors = SummariseStudyErrors(TestRanks(), {});
   for (StudyNorms const& norms : {errors.interior, errors.boundary}) {
-    EXPECT_EQ(norms.count, 0);
+    EXPECT_EQ(0, norms.count);
     EXPECT_TRUE(std::isnan(norms.l1));
     EXPECT_TRUE(std::isnan(norms.l2));
     EXPECT_TRUE(std::isnan(norms.max));
@@ -68,10 +68,10 @@ TEST(ErrorHistogram, CountsQuartersOfADecade) {
   int bin = 0;
   while (ErrorHistogram::LowerEnd(bin) < 0.999e-3) ++bin;
   auto const first = static_cast<std::size_t>(bin);
-  EXPECT_EQ(histogram.count[first], 2);
-  EXPECT_EQ(histogram.count[first + 1], 1);
-  EXPECT_EQ(histogram.count[first + 2], 0);
-  EXPECT_EQ(histogram.count[first + 3], 1);
+  EXPECT_EQ(2, histogram.count[first]);
+  EXPECT_EQ(1, histogram.count[first + 1]);
+  EXPECT_EQ(0, histogram.count[first + 2]);
+  EXPECT_EQ(1, histogram.count[first + 3]);
 }
 
 TEST(ErrorHistogram, HasEndsForTheSmallestAndTheLargest) {
@@ -80,9 +80,9 @@ TEST(ErrorHistogram, HasEndsForTheSmallestAndTheLargest) {
   for (double const error : {1e30, 1e300}) histogram.Add(error);
   histogram.Add(std::nan(""));
   histogram.Add(std::numeric_limits<double>::infinity());
-  EXPECT_EQ(histogram.count.front(), 3);
-  EXPECT_EQ(histogram.count.back(), 2);
-  EXPECT_EQ(std::accumulate(histogram.count.begin(), histogram.count.end(), std::int64_t{0}), 5);
+  EXPECT_EQ(3, histogram.count.front());
+  EXPECT_EQ(2, histogram.count.back());
+  EXPECT_EQ(5, std::accumulate(histogram.count.begin(), histogram.count.end(), std::int64_t{0}));
 }
 
 }  // namespace

@@ -40,24 +40,24 @@ std::vector<std::pair<double, double>> PathOf(std::string const& svg, int number
 
 TEST(StudyPlot, DrawsACurveAndALegendEntryEach) {
   std::string const svg = SvgOf(TwoCurves());
-  EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
-  EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
-  EXPECT_EQ(Occurrences(svg, "class=\"curve\""), 2u);
-  EXPECT_EQ(Occurrences(svg, ">lsq</text>"), 1u);
-  EXPECT_EQ(Occurrences(svg, "<circle"), 3u);   // two points and the legend
-  EXPECT_EQ(Occurrences(svg, "<polygon"), 3u);  // squares likewise
+  EXPECT_EQ(0u, svg.rfind("<svg ", 0));
+  EXPECT_EQ("</svg>\n", svg.substr(svg.size() - 7));
+  EXPECT_EQ(2u, Occurrences(svg, "class=\"curve\""));
+  EXPECT_EQ(1u, Occurrences(svg, ">lsq</text>"));
+  EXPECT_EQ(3u, Occurrences(svg, "<circle"));   // two points and the legend
+  EXPECT_EQ(3u, Occurrences(svg, "<polygon"));  // squares likewise
 }
 
 TEST(StudyPlot, PutsPointsWhereTheAxesSay) {
   std::string const svg = SvgOf(TwoCurves());
   auto const steep = PathOf(svg, 0), flat = PathOf(svg, 1);
-  ASSERT_EQ(steep.size(), 2u);
-  ASSERT_EQ(flat.size(), 2u);
+  ASSERT_EQ(2u, steep.size());
+  ASSERT_EQ(2u, flat.size());
   EXPECT_EQ(steep[0].first, flat[0].first);
   EXPECT_LT(steep[0].first, steep[1].first);    // to the right
   EXPECT_GT(steep[0].second, steep[1].second);  // upward
   // Orders 2 and 1 under the same halving of the spacing.
-  EXPECT_NEAR((steep[0].second - steep[1].second) / (flat[0].second - flat[1].second), 2.0, 2e-3);
+  EXPECT_NEAR(2.0, (steep[0].second - steep[1].second) / (flat[0].second - flat[1].second), 2e-3);
 }
 
 TEST(StudyPlot, SlopeTrianglesHaveTheSlopeOfTheirOrder) {
@@ -70,7 +70,7 @@ TEST(StudyPlot, SlopeTrianglesHaveTheSlopeOfTheirOrder) {
   auto const flat = PathOf(svg, 1);
   for (int order : {1, 2}) {
     auto const triangle = PathOf(svg, order - 1, "slope");
-    ASSERT_EQ(triangle.size(), 3u);
+    ASSERT_EQ(3u, triangle.size());
     EXPECT_NEAR(slope(triangle, 0, 2), order * slope(flat, 0, 1), 2e-3);
   }
 }
@@ -78,9 +78,9 @@ TEST(StudyPlot, SlopeTrianglesHaveTheSlopeOfTheirOrder) {
 TEST(StudyPlot, LeavesOutPointsThatAreNoNumbersOrNotPositive) {
   StudyPlot plot = TwoCurves();
   plot.curves[0].points = {{0.1, std::nan("")}, {0.2, 0.0}, {0.3, 1e-2}, {0.4, 2e-2}};
-  EXPECT_EQ(PathOf(SvgOf(plot), 0).size(), 2u);
+  EXPECT_EQ(2u, PathOf(SvgOf(plot), 0).size());
   plot.curves[0].points = {{0.1, std::nan("")}};
-  EXPECT_EQ(Occurrences(SvgOf(plot), "class=\"curve\""), 1u);
+  EXPECT_EQ(1u, Occurrences(SvgOf(plot), "class=\"curve\""));
   EXPECT_EQ(SvgOf(plot).find("nan"), std::string::npos);
 }
 
@@ -89,7 +89,7 @@ TEST(StudyPlot, DrawsHistogramsAsStairs) {
   plot.isYLogarithmic = false;
   plot.curves = {{"lsq", {{0.1, 0}, {0.1, 30}, {1, 70}, {10, 0}}, 0, true}};
   auto const path = PathOf(SvgOf(plot), 0);
-  ASSERT_EQ(path.size(), 7u);
+  ASSERT_EQ(7u, path.size());
   for (std::size_t k = 1; k < path.size(); ++k)  // no slanted line
     EXPECT_TRUE(path[k].first == path[k - 1].first || path[k].second == path[k - 1].second) << k;
 }
@@ -109,7 +109,7 @@ TEST(StudyPlot, RaisesExponents) {
   EXPECT_NE(SvgOf(plot).find(">10<tspan dy=\"-5\" font-size=\"10\">-4</tspan></text>"), std::string::npos);
 }
 
-TEST(StudyPlot, StandsWithoutCurves) { EXPECT_EQ(Occurrences(SvgOf({}), "class=\"curve\""), 0u); }
+TEST(StudyPlot, StandsWithoutCurves) { EXPECT_EQ(0u, Occurrences(SvgOf({}), "class=\"curve\"")); }
 
 }  // namespace
 }  // namespace zyngrad

@@ -45,12 +45,13 @@ double InteriorL2(StudyLevel const& level, std::size_t iCase, std::string const&
 TEST(Study, MeasuresSecondOrderOfGreenGaussOnOrthogonalHexahedra) {
   StudyQuestion const question = Ask({"box:8,8,8", "box:16,16,16"}, "plain", {"trigonometric"});
   std::vector<StudyLevel> const levels = Answer(question);
-  EXPECT_EQ(levels[1].nCells, 4096);
+  EXPECT_EQ(4096, levels[1].nCells);
   EXPECT_NEAR(levels[0].spacing, 1.0 / 8, 1e-12);
   EXPECT_NEAR(levels[1].spacing, 1.0 / 16, 1e-12);
-  EXPECT_NEAR(ObservedOrder(InteriorL2(levels[0], 0, kGradient), InteriorL2(levels[1], 0, kGradient), 1.0 / 8,
+  EXPECT_NEAR(2.0,
+              ObservedOrder(InteriorL2(levels[0], 0, kGradient), InteriorL2(levels[1], 0, kGradient), 1.0 / 8,
                             1.0 / 16),
-              2.0, 0.1);
+              0.1);
 }
 
 TEST(Study, MeasuresNoOrderOfGreenGaussOnTetrahedraAndFirstOfTheOthers) {
@@ -60,9 +61,9 @@ TEST(Study, MeasuresNoOrderOfGreenGaussOnTetrahedraAndFirstOfTheOthers) {
     return ObservedOrder(InteriorL2(levels[0], c, kGradient), InteriorL2(levels[1], c, kGradient),
                          levels[0].spacing, levels[1].spacing);
   };
-  EXPECT_NEAR(order(0), 0.0, 0.15);
-  EXPECT_NEAR(order(1), 1.0, 0.15);
-  EXPECT_NEAR(order(2), 1.0, 0.15);
+  EXPECT_NEAR(0.0, order(0), 0.15);
+  EXPECT_NEAR(1.0, order(1), 0.15);
+  EXPECT_NEAR(1.0, order(2), 0.15);
 }
 
 TEST(Study, GivesEveryQuantityOfEveryMethodOnEveryKindOfMesh) {
@@ -76,10 +77,10 @@ TEST(Study, GivesEveryQuantityOfEveryMethodOnEveryKindOfMesh) {
       if (method.kind == StudyMethod::Kind::Points) quantities = {kPointValue, kPointGradient};
       for (std::string const& quantity : quantities) {
         StudyResult const* const result = FindResult(level, c, 0, quantity);
-        ASSERT_NE(result, nullptr) << series.name << ' ' << method.name << ' ' << quantity;
+        ASSERT_NE(nullptr, result) << series.name << ' ' << method.name << ' ' << quantity;
         EXPECT_GT(result->errors.interior.count, 0) << series.name << ' ' << method.name;
         EXPECT_GT(result->errors.boundary.count, 0) << series.name << ' ' << method.name;
-        EXPECT_EQ(result->errors.interior.nNotFinite, 0)
+        EXPECT_EQ(0, result->errors.interior.nNotFinite)
             << series.name << ' ' << method.name << ' ' << quantity;
         EXPECT_GT(result->nsApply, 0.0);
         EXPECT_EQ(result->condition.nSystems > 0, method.TakesSpan()) << method.name;
@@ -104,27 +105,27 @@ TEST(Study, ConditionNumbersGrowWithTheFourthPowerOfSpan) {
   StudyLevel const level = Answer(question).front();
   double const a = FindResult(level, 0, 0, kGradient)->condition.median;
   double const b = FindResult(level, 1, 0, kGradient)->condition.median;
-  EXPECT_NEAR(std::log2(b / a), 4.0, 0.2);
+  EXPECT_NEAR(4.0, std::log2(b / a), 0.2);
 }
 
 TEST(Study, SaysWhyAMethodDidNotRun) {
   StudyQuestion const question = Ask({"box:4,1,1:hex"}, "lsq,plain", {"linear"});
   StudyLevel level = Answer(question).front();
   level.results[1].notRun = "no pivot";
-  EXPECT_EQ(FindResult(level, 1, 0, kGradient), nullptr);
-  EXPECT_EQ(StudyRemarks(question, {level}),
-            (std::vector<std::string>{"lsq on box:4,1,1:hex: not run: no pivot"}));
+  EXPECT_EQ(nullptr, FindResult(level, 1, 0, kGradient));
+  EXPECT_EQ((std::vector<std::string>{"lsq on box:4,1,1:hex: not run: no pivot"}),
+            StudyRemarks(question, {level}));
 }
 
 TEST(Study, BringsMeshesIntoTheOrderCoarseToFine) {
   StudyQuestion const question = Ask({"box:8,8,8", "box:4,4,4", "box:6,6,6"}, "lsq", {"trigonometric"});
   std::vector<StudyLevel> levels = Answer(question);
   EXPECT_TRUE(SortCoarseToFine(levels));
-  EXPECT_EQ(levels[0].mesh, "box:4,4,4");
-  EXPECT_EQ(levels[2].mesh, "box:8,8,8");
+  EXPECT_EQ("box:4,4,4", levels[0].mesh);
+  EXPECT_EQ("box:8,8,8", levels[2].mesh);
   EXPECT_FALSE(SortCoarseToFine(levels));
   StudyTable const errors = StudyTables(question, levels).front();
-  EXPECT_EQ(errors.rows[0][6], "-");
+  EXPECT_EQ("-", errors.rows[0][6]);
   for (std::size_t const row : {1, 2}) EXPECT_GT(std::stod(errors.rows[row][6]), 0.0);
 }
 
@@ -133,10 +134,10 @@ TEST(Study, ShowsNoOrderWhereTheSpacingDoesNotFall) {
   std::vector<StudyLevel> levels = Answer(question);
   levels[1].spacing = levels[0].spacing * (1.0 - 1e-9);  // round-off of another mesh of as many cells
   for (std::size_t const column : {6, 10})
-    EXPECT_EQ(StudyTables(question, levels).front().rows[1][column], "-");
+    EXPECT_EQ("-", StudyTables(question, levels).front().rows[1][column]);
   levels[1].spacing = levels[0].spacing * 2.0;
   for (std::size_t const column : {6, 10})
-    EXPECT_EQ(StudyTables(question, levels).front().rows[1][column], "-");
+    EXPECT_EQ("-", StudyTables(question, levels).front().rows[1][column]);
 }
 
 TEST(Study, HasFaultsWhereResultsAreNotFinite) {
@@ -160,16 +161,16 @@ TEST(Study, HasFaultsWhereResultsAreNotFinite) {
 TEST(Study, SaysOnceThatAConstantWeightChangesNothing) {
   StudyQuestion question = Ask({"box:3,3,3", "box:4,4,4"}, "plain,weighted", {"linear", "x*y"});
   EXPECT_EQ(
-      StudyRemarks(question, Answer(question)),
       (std::vector<std::string>{
-          "weighted: the same numbers as plain, because the weight is the same in all cells (--weight)"}));
+          "weighted: the same numbers as plain, because the weight is the same in all cells (--weight)"}),
+      StudyRemarks(question, Answer(question)));
   question.weight.emplace("1+x");
   EXPECT_TRUE(StudyRemarks(question, Answer(question)).empty());
 }
 
 TEST(StudyFields, HaveNamesOrAreFormulas) {
-  EXPECT_EQ(MakeStudyField("linear", 1).formula.text(), "2*x + 3*y - z + 1");
-  EXPECT_EQ(MakeStudyField("x*y", 2).name, "formula 2");
+  EXPECT_EQ("2*x + 3*y - z + 1", MakeStudyField("linear", 1).formula.text());
+  EXPECT_EQ("formula 2", MakeStudyField("x*y", 2).name);
   EXPECT_THROW(MakeStudyField("cubic", 1), UsageError);
 }
 
@@ -179,10 +180,11 @@ TEST(StudyReport, HasAPlotForEveryQuestion) {
   std::set<std::string> names;
   for (StudyPlot const& plot : StudyPlots(question, Answer(question)))
     EXPECT_TRUE(names.insert(plot.name).second);
-  EXPECT_EQ(names, (std::set<std::string>{"linear-gradient-interior", "linear-gradient-boundary",
-                                          "linear-gradient-span", "linear-gradient-sweeps",
-                                          "linear-gradient-histogram", "condition-span", "time-set-up",
-                                          "time-application"}));
+  EXPECT_EQ(
+      (std::set<std::string>{"linear-gradient-interior", "linear-gradient-boundary", "linear-gradient-span",
+                             "linear-gradient-sweeps", "linear-gradient-histogram", "condition-span",
+                             "time-set-up", "time-application"}),
+      names);
 }
 
 TEST(StudyReport, IsOnePageThatNeedsNothingElse) {
@@ -194,25 +196,25 @@ TEST(StudyReport, IsOnePageThatNeedsNothingElse) {
   EXPECT_EQ(Occurrences(page, "http"),
             Occurrences(page, "xmlns=\"http://www.w3.org/2000/svg\""));  // a name, not an address
   for (std::string const other : {"<script", "src=", "href=", "@import", "url(", "<b>"})
-    EXPECT_EQ(Occurrences(page, other), 0u) << other;
+    EXPECT_EQ(0u, Occurrences(page, other)) << other;
 }
 
 TEST(StudyTables, HaveARowForEveryCaseAndLevelInEveryForm) {
   StudyQuestion const question = Ask({"box:3,3,3", "box:6,6,6"}, "plain,rbf", {"linear"});
   std::vector<StudyLevel> const levels = Answer(question);
   std::vector<StudyTable> const tables = StudyTables(question, levels);
-  ASSERT_EQ(tables.size(), 2u);
+  ASSERT_EQ(2u, tables.size());
   for (StudyTable const& table : tables) {
-    ASSERT_EQ(table.rows.size(), 4u);
-    EXPECT_EQ(table.rows[0][0], "plain");
-    EXPECT_EQ(table.rows[1][0], "");
-    EXPECT_EQ(table.rows[2][0], "rbf, Span 500");
+    ASSERT_EQ(4u, table.rows.size());
+    EXPECT_EQ("plain", table.rows[0][0]);
+    EXPECT_EQ("", table.rows[1][0]);
+    EXPECT_EQ("rbf, Span 500", table.rows[2][0]);
     for (auto const& row : table.rows) EXPECT_EQ(row.size(), table.columns.size());
     std::ostringstream text;
     PrintTable(text, table);
     EXPECT_EQ(Occurrences(text.str(), "\n"), 2u + 2u + 4u);
-    EXPECT_EQ(Occurrences(MarkdownOf(table), "\n|"), 6u);
-    EXPECT_EQ(Occurrences(HtmlOf(table), "<tr>"), 5u);
+    EXPECT_EQ(6u, Occurrences(MarkdownOf(table), "\n|"));
+    EXPECT_EQ(5u, Occurrences(HtmlOf(table), "<tr>"));
   }
 }
 
@@ -220,17 +222,17 @@ TEST(StudyJson, HasAllNumbersAndNullForWhatIsNone) {
   StudyQuestion const question = Ask({"box:2,2,2"}, "rbf", {"linear"});  // no interior cell
   auto const json = nlohmann::json::parse(StudyAsJson(question, Answer(question)).dump());
   auto const& result = json["levels"][0]["results"][0];
-  EXPECT_EQ(json["levels"][0]["cells"], 8);
-  EXPECT_EQ(result["method"], "rbf");
-  EXPECT_EQ(result["span"], 500.0);
-  EXPECT_EQ(result["interior"]["count"], 0);
+  EXPECT_EQ(8, json["levels"][0]["cells"]);
+  EXPECT_EQ("rbf", result["method"]);
+  EXPECT_EQ(500.0, result["span"]);
+  EXPECT_EQ(0, result["interior"]["count"]);
   EXPECT_TRUE(result["interior"]["l2"].is_null());
-  EXPECT_EQ(result["boundary"]["count"], 8);
+  EXPECT_EQ(8, result["boundary"]["count"]);
   EXPECT_GT(result["boundary"]["l2"], 0.0);
-  EXPECT_EQ(result["condition"]["systems"], 8);
+  EXPECT_EQ(8, result["condition"]["systems"]);
   std::int64_t counted = 0;
   for (auto const& bin : result["histogram"]) counted += bin["count"].get<std::int64_t>();
-  EXPECT_EQ(counted, 8);
+  EXPECT_EQ(8, counted);
 }
 
 }  // namespace

@@ -10,10 +10,10 @@ namespace zyngrad {
 namespace {
 
 TEST(StudySeries, DoublesTheCellsAndKeepsTheRest) {
-  EXPECT_EQ(MeshesOfSeries("box:2,3,4:tet:perturb=0.1,seed=7", 3),
-            (std::vector<std::string>{"box:2,3,4:tet:perturb=0.1,seed=7", "box:4,6,8:tet:perturb=0.1,seed=7",
-                                      "box:8,12,16:tet:perturb=0.1,seed=7"}));
-  EXPECT_EQ(MeshesOfSeries("box:5,5,5", 2), (std::vector<std::string>{"box:5,5,5", "box:10,10,10"}));
+  EXPECT_EQ((std::vector<std::string>{"box:2,3,4:tet:perturb=0.1,seed=7", "box:4,6,8:tet:perturb=0.1,seed=7",
+                                      "box:8,12,16:tet:perturb=0.1,seed=7"}),
+            MeshesOfSeries("box:2,3,4:tet:perturb=0.1,seed=7", 3));
+  EXPECT_EQ((std::vector<std::string>{"box:5,5,5", "box:10,10,10"}), MeshesOfSeries("box:5,5,5", 2));
 }
 
 TEST(StudySeries, HasTheNamedOnes) {
@@ -22,9 +22,9 @@ TEST(StudySeries, HasTheNamedOnes) {
     EXPECT_EQ(meshes.size(), static_cast<std::size_t>(series.nLevels));
     EXPECT_EQ(meshes.front(), series.firstMesh);
     for (std::string const& mesh : meshes) EXPECT_NO_THROW(reference_host::ParseBoxSpec(mesh)) << mesh;
-    EXPECT_EQ(MeshesOfSeries(series.name, 2).size(), 2u);
+    EXPECT_EQ(2u, MeshesOfSeries(series.name, 2).size());
   }
-  EXPECT_EQ(NamedStudySeries().size(), 7u);
+  EXPECT_EQ(7u, NamedStudySeries().size());
 }
 
 TEST(StudySeries, RefusesUnknownNamesAndWrongBoxes) {
@@ -32,7 +32,7 @@ TEST(StudySeries, RefusesUnknownNamesAndWrongBoxes) {
     MeshesOfSeries("hexes", 3);
     FAIL();
   } catch (UsageError const& error) {
-    EXPECT_EQ(std::string(error.what()).find("--series \"hexes\": expected hex, perturbed, tet"), 0u)
+    EXPECT_EQ(0u, std::string(error.what()).find("--series \"hexes\": expected hex, perturbed, tet"))
         << error.what();
   }
   EXPECT_THROW(MeshesOfSeries("", 3), UsageError);

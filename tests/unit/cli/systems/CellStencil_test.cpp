@@ -36,16 +36,16 @@ int CellNumbered(HostPartition const& partition, std::int64_t number) {
 TEST(CellStencil, OfTheMiddleCellOfABoxHasItsSixNeighbours) {
   auto const partition = BoxPartition("box:3,3,3");
   CellStencil const stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 14), {});
-  ASSERT_EQ(stencil.members.size(), 7U);
-  EXPECT_EQ(stencil.members.front().cell, 14);
+  ASSERT_EQ(7U, stencil.members.size());
+  EXPECT_EQ(14, stencil.members.front().cell);
   for (StencilMember const& member : stencil.members) {
-    EXPECT_EQ(member.place, "interior");
+    EXPECT_EQ("interior", member.place);
     EXPECT_FALSE(member.atOrigin);
   }
   EXPECT_NEAR(stencil.supportLength, 1.0 / 3.0, 1e-15);
   EXPECT_NEAR(stencil.extent.z, 2.0 / 3.0, 1e-15);
-  EXPECT_EQ(stencil.settings.span, 500.0);
-  EXPECT_NEAR(stencil.SumOfWeights().x, 0.0, 1e-12);
+  EXPECT_EQ(500.0, stencil.settings.span);
+  EXPECT_NEAR(0.0, stencil.SumOfWeights().x, 1e-12);
 }
 
 TEST(CellStencil, HasTheWeightsThatSolveItsSystem) {
@@ -57,12 +57,12 @@ TEST(CellStencil, HasTheWeightsThatSolveItsSystem) {
     // A_kj is the kernel between members k and j; row 0 is centred on the cell, where the kernel has no slope.
     double slope = stencil.multiplier.x, last = 0.0;
     for (std::size_t k = 0; k < n; ++k) {
-      EXPECT_EQ(stencil.matrix[k * (n + 1) + k], 3.0);
+      EXPECT_EQ(3.0, stencil.matrix[k * (n + 1) + k]);
       slope += stencil.matrix[k] * stencil.members[k].weight.x;
       last += stencil.matrix[n * (n + 1) + k] * stencil.members[k].weight.x;
     }
-    EXPECT_NEAR(slope, 0.0, 1e-11);
-    EXPECT_NEAR(last, 0.0, 1e-11);
+    EXPECT_NEAR(0.0, slope, 1e-11);
+    EXPECT_NEAR(0.0, last, 1e-11);
   }
 }
 
@@ -74,17 +74,17 @@ TEST(CellStencil, NamesTheBoundaryOfAFace) {
     if (member.cell == 0) boundaries.push_back(member.place);
   }
   std::sort(boundaries.begin(), boundaries.end());
-  EXPECT_EQ(boundaries, (std::vector<std::string>{"inlet", "wall_ymin", "wall_zmin"}));
+  EXPECT_EQ((std::vector<std::string>{"inlet", "wall_ymin", "wall_zmin"}), boundaries);
 }
 
 TEST(CellStencil, MarksTheSideCellsOfSymmetryFaces) {
   auto const partition = BoxOnSymmetry("box:3,3,3");
   CellStencil const stencil = DeriveCellStencil(*partition, CellNumbered(*partition, 5), {});
   auto const isMarked = [](StencilMember const& member) { return member.atOrigin; };
-  ASSERT_EQ(std::count_if(stencil.members.begin(), stencil.members.end(), isMarked), 1);
+  ASSERT_EQ(1, std::count_if(stencil.members.begin(), stencil.members.end(), isMarked));
   auto const marked = std::find_if(stencil.members.begin(), stencil.members.end(), isMarked);
-  EXPECT_EQ(marked->place, "wall_zmin");
-  EXPECT_EQ(marked->point.x, 0.0);
+  EXPECT_EQ("wall_zmin", marked->place);
+  EXPECT_EQ(0.0, marked->point.x);
   std::ostringstream report;
   PrintCellStencil(report, stencil);
   EXPECT_NE(report.str().find("1 member stands at the origin"), std::string::npos) << report.str();
@@ -93,8 +93,8 @@ TEST(CellStencil, MarksTheSideCellsOfSymmetryFaces) {
 TEST(CellStencil, LeavesTheHostAlive) {
   auto const partition = BoxPartition("box:2,2,2");
   DeriveCellStencil(*partition, 1, {});
-  EXPECT_EQ(partition->partitionFaces()->NParInterFace(), 0);
-  EXPECT_EQ(DeriveCellStencil(*partition, 2, {}).members.size(), 7U);
+  EXPECT_EQ(0, partition->partitionFaces()->NParInterFace());
+  EXPECT_EQ(7U, DeriveCellStencil(*partition, 2, {}).members.size());
 }
 
 TEST(CellStencilReport, HasTheSumsAndTheCondition) {
@@ -109,7 +109,7 @@ TEST(CellStencilReport, HasTheSumsAndTheCondition) {
 TEST(RadialBasisRemarks, CountCellsBesideSymmetryFacesOnce) {
   auto const box = BoxOnSymmetry("box:4,3,2");
   auto const remarks = RadialBasisRemarks(TestRanks(), *box, {});
-  ASSERT_EQ(remarks.size(), 1U);
+  ASSERT_EQ(1U, remarks.size());
   // 4 * 3 at zmin and 4 * 2 at ymin, with an edge of 4 in common.
   EXPECT_NE(remarks.front().find("in 16 cells"), std::string::npos) << remarks.front();
   EXPECT_NE(remarks.front().find("--group NAME=wall"), std::string::npos);
@@ -117,7 +117,7 @@ TEST(RadialBasisRemarks, CountCellsBesideSymmetryFacesOnce) {
 
 TEST(RadialBasisRemarks, AreNoneOnAMeshWithoutSymmetry) {
   EXPECT_TRUE(RadialBasisRemarks(TestRanks(), *BoxPartition("box:2,2,2"), {}).empty());
-  EXPECT_EQ(RadialBasisRemarks(TestRanks(), *BoxPartition("box:2,2,2"), {500.0, true}).size(), 1U);
+  EXPECT_EQ(1U, RadialBasisRemarks(TestRanks(), *BoxPartition("box:2,2,2"), {500.0, true}).size());
 }
 
 }  // namespace

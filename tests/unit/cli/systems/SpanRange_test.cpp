@@ -8,7 +8,7 @@ namespace zyngrad {
 namespace {
 
 TEST(SpanRange, LetsUsualSpansPass) {
-  for (double const span : {1e-3, 1.0, 500.0, 1e6}) EXPECT_EQ(SpanOutOfRange(span, 0.1), "") << span;
+  for (double const span : {1e-3, 1.0, 500.0, 1e6}) EXPECT_EQ("", SpanOutOfRange(span, 0.1)) << span;
 }
 
 TEST(SpanRange, NamesSpansWhosePowersAreNoNumbers) {
@@ -18,8 +18,8 @@ TEST(SpanRange, NamesSpansWhosePowersAreNoNumbers) {
 }
 
 TEST(SpanRange, BlamesTheSpanForNothingElse) {
-  EXPECT_EQ(SpanOutOfRange(500.0, 0.0), "");
-  EXPECT_EQ(SpanOutOfRange(500.0, std::numeric_limits<double>::infinity()), "");  // a mesh of one cell
+  EXPECT_EQ("", SpanOutOfRange(500.0, 0.0));
+  EXPECT_EQ("", SpanOutOfRange(500.0, std::numeric_limits<double>::infinity()));  // a mesh of one cell
   EXPECT_NE(WhyRadialBasisIsNotFinite(500.0, 0.1).find("zyngrad check"), std::string::npos);
 }
 

@@ -113,14 +113,14 @@ FaceMesh TwoCubesWithSplitFace() {
 TEST(PartitionGrid, WritesPolyhedraWithTheirFaces) {
   HostPartition partition(Slices(TwoCubesWithSplitFace(), 1).front());
   VtuGrid const grid = GridOfInteriorCells(*partition.mesh());
-  ASSERT_EQ(grid.types, (std::vector<std::uint8_t>{42, 42}));
+  ASSERT_EQ((std::vector<std::uint8_t>{42, 42}), grid.types);
   EXPECT_EQ(grid.points.size(), 3U * 14U);
   // Per cell: the face count, then 7 faces with their sizes: 2 halves, 3 squares, 2 pentagons.
   std::int64_t const length = 1 + 7 + 2 * 4 + 3 * 4 + 2 * 5;
-  EXPECT_EQ(grid.faceOffsets, (std::vector<std::int64_t>{length, 2 * length}));
+  EXPECT_EQ((std::vector<std::int64_t>{length, 2 * length}), grid.faceOffsets);
   EXPECT_EQ(grid.faces.size(), static_cast<std::size_t>(2 * length));
-  EXPECT_EQ(grid.faces[0], 7);
-  EXPECT_EQ(grid.faces[static_cast<std::size_t>(length)], 7);
+  EXPECT_EQ(7, grid.faces[0]);
+  EXPECT_EQ(7, grid.faces[static_cast<std::size_t>(length)]);
 }
 
 }  // namespace

@@ -98,7 +98,7 @@ TEST(VtkCell, OrdersAHexahedronWithPositiveVolume) {
 TEST(VtkCell, TakesAHexahedronWithASplitFaceForAPolyhedron) {
   VtkCell const cell =
       Make({{0, 3, 2, 1}, {4, 5, 6}, {4, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}});
-  EXPECT_EQ(cell.type, VtkType::Polyhedron);
+  EXPECT_EQ(VtkType::Polyhedron, cell.type);
   std::vector<int> all(8);
   std::iota(all.begin(), all.end(), 0);
   EXPECT_EQ(cell.nodes, all);
@@ -107,8 +107,8 @@ TEST(VtkCell, TakesAHexahedronWithASplitFaceForAPolyhedron) {
 TEST(VtkCell, TakesAHexahedronWithANodeOnAnEdgeForAPolyhedron) {
   VtkCell const cell =
       Make({{0, 3, 2, 8, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 8, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}});
-  EXPECT_EQ(cell.type, VtkType::Polyhedron);
-  EXPECT_EQ(cell.nodes.size(), 9U);
+  EXPECT_EQ(VtkType::Polyhedron, cell.type);
+  EXPECT_EQ(9U, cell.nodes.size());
 }
 
 TEST(VtkCell, AddsARowBackwards) {
@@ -116,9 +116,9 @@ TEST(VtkCell, AddsARowBackwards) {
   CellFaces faces;
   faces.Add(row, 3, false);
   faces.Add(row, 3, true);
-  EXPECT_EQ(faces.node, (std::vector<int>{5, 6, 7, 7, 6, 5}));
+  EXPECT_EQ((std::vector<int>{5, 6, 7, 7, 6, 5}), faces.node);
   faces.Clear();
-  EXPECT_EQ(faces.nFaces(), 0);
+  EXPECT_EQ(0, faces.nFaces());
 }
 
 }  // namespace

@@ -25,8 +25,8 @@ TEST(VtpFile, HoldsPolygonsWithTheirValues) {
   EXPECT_EQ(ArrayOf<double>(content, "Points"), kHouse.points);
   EXPECT_EQ(ArrayOf<std::int64_t>(content, "connectivity"), kHouse.connectivity);
   EXPECT_EQ(ArrayOf<std::int64_t>(content, "offsets"), kHouse.offsets);
-  EXPECT_EQ(ArrayOf<double>(content, "value"), (std::vector<double>{0.1, 0.2}));
-  EXPECT_EQ(ArrayOf<std::int32_t>(content, "rank"), (std::vector<std::int32_t>{3, 4}));
+  EXPECT_EQ((std::vector<double>{0.1, 0.2}), ArrayOf<double>(content, "value"));
+  EXPECT_EQ((std::vector<std::int32_t>{3, 4}), ArrayOf<std::int32_t>(content, "rank"));
   std::filesystem::remove(file);
 }
 
@@ -37,8 +37,8 @@ TEST(VtpFile, HoldsAVertexForEachPoint) {
   std::string const content = ReadAll(file);
   EXPECT_NE(content.find("NumberOfPoints=\"5\" NumberOfVerts=\"5\""), std::string::npos);
   EXPECT_NE(content.find("<PointData>"), std::string::npos);
-  EXPECT_EQ(ArrayOf<std::int64_t>(content, "connectivity"), (std::vector<std::int64_t>{0, 1, 2, 3, 4}));
-  EXPECT_EQ(ArrayOf<std::int64_t>(content, "offsets"), (std::vector<std::int64_t>{1, 2, 3, 4, 5}));
+  EXPECT_EQ((std::vector<std::int64_t>{0, 1, 2, 3, 4}), ArrayOf<std::int64_t>(content, "connectivity"));
+  EXPECT_EQ((std::vector<std::int64_t>{1, 2, 3, 4, 5}), ArrayOf<std::int64_t>(content, "offsets"));
   EXPECT_EQ(ArrayOf<double>(content, "value"), values);
   WriteVertices(file, {}, {{"value", 1, std::vector<double>()}});
   EXPECT_NE(ReadAll(file).find("NumberOfPoints=\"0\" NumberOfVerts=\"0\""), std::string::npos);

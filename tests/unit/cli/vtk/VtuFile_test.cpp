@@ -38,10 +38,10 @@ TEST(VtuFile, KeepsEveryBitOfEveryArray) {
   EXPECT_EQ(ArrayOf<std::int64_t>(content, "connectivity"), grid.connectivity);
   EXPECT_EQ(ArrayOf<std::int64_t>(content, "offsets"), grid.offsets);
   EXPECT_EQ(ArrayOf<std::uint8_t>(content, "types"), grid.types);
-  EXPECT_EQ(ArrayOf<double>(content, "field"), (std::vector<double>{0.1}));
-  EXPECT_EQ(ArrayOf<double>(content, "gradient"), (std::vector<double>{1.0, 2.0, 3.0}));
-  EXPECT_EQ(ArrayOf<std::int32_t>(content, "rank"), (std::vector<std::int32_t>{7}));
-  EXPECT_EQ(ArrayOf<std::int64_t>(content, "cell"), (std::vector<std::int64_t>{1LL << 40}));
+  EXPECT_EQ((std::vector<double>{0.1}), ArrayOf<double>(content, "field"));
+  EXPECT_EQ((std::vector<double>{1.0, 2.0, 3.0}), ArrayOf<double>(content, "gradient"));
+  EXPECT_EQ((std::vector<std::int32_t>{7}), ArrayOf<std::int32_t>(content, "rank"));
+  EXPECT_EQ((std::vector<std::int64_t>{1LL << 40}), ArrayOf<std::int64_t>(content, "cell"));
   std::filesystem::remove(file);
 }
 

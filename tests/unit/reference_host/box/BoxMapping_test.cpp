@@ -31,8 +31,8 @@ TEST(BoxMapping, StretchKeepsOrderEndsAndTheOtherAxes) {
   BoxSpec spec = ParseBoxSpec("box:4,2,4");  // y up to 0.5
   spec.stretch = 1000.0;
   BoxMapping const mapping(spec);
-  EXPECT_EQ(mapping.Map({0.25, 0.0, 0.75}), (Point{0.25, 0.0, 0.75}));
-  EXPECT_EQ(mapping.Map({0.25, 0.5, 0.75}), (Point{0.25, 0.5, 0.75}));
+  EXPECT_EQ((Point{0.25, 0.0, 0.75}), mapping.Map({0.25, 0.0, 0.75}));
+  EXPECT_EQ((Point{0.25, 0.5, 0.75}), mapping.Map({0.25, 0.5, 0.75}));
   for (double y = 0.0, last = -1.0; y <= 0.5; y += 0.125) {
     double const mapped = mapping.Map({0.25, y, 0.75})[1];
     EXPECT_GT(mapped, last);
@@ -45,9 +45,9 @@ TEST(BoxMapping, SkewMovesAlongXByTheSines) {
   spec.skew = 0.2;
   BoxMapping const mapping(spec);
   // All three sines are 1 at X = 1/2, Y = 1/4, Z = 1/4.
-  EXPECT_NEAR(mapping.Map({0.5, 0.125, 0.25})[0], 0.7, 1e-15);
-  EXPECT_NEAR(mapping.Map({0.5, 0.125, 0.75})[0], 0.3, 1e-15);
-  EXPECT_EQ(mapping.Map({0.5, 0.125, 0.25})[1], 0.125);
+  EXPECT_NEAR(0.7, mapping.Map({0.5, 0.125, 0.25})[0], 1e-15);
+  EXPECT_NEAR(0.3, mapping.Map({0.5, 0.125, 0.75})[0], 1e-15);
+  EXPECT_EQ(0.125, mapping.Map({0.5, 0.125, 0.25})[1]);
   for (Point const surface :
        {Point{0.0, 0.1, 0.3}, Point{1.0, 0.1, 0.3}, Point{0.3, 0.5, 0.3}, Point{0.3, 0.1, 1.0}})
     EXPECT_EQ(mapping.Map(surface), surface);

@@ -111,7 +111,7 @@ TEST(BoxMesh, CellsAreClosedAndOfEqualPositiveVolume) {
       }
     }
     for (Point const& s : sum) {
-      for (double const component : s) EXPECT_NEAR(component, 0.0, 1e-15) << text;
+      for (double const component : s) EXPECT_NEAR(0.0, component, 1e-15) << text;
     }
   }
 }

@@ -24,24 +24,24 @@ std::string ErrorOf(std::string const& text) {
 
 TEST(BoxSpec, ReadsCountsShapeAndPerturbation) {
   BoxSpec const plain = ParseBoxSpec("box:4,3,2");
-  EXPECT_EQ(plain.nx, 4);
-  EXPECT_EQ(plain.ny, 3);
-  EXPECT_EQ(plain.nz, 2);
-  EXPECT_EQ(plain.shape, BoxSpec::Shape::Hex);
-  EXPECT_EQ(plain.perturb, 0.0);
+  EXPECT_EQ(4, plain.nx);
+  EXPECT_EQ(3, plain.ny);
+  EXPECT_EQ(2, plain.nz);
+  EXPECT_EQ(BoxSpec::Shape::Hex, plain.shape);
+  EXPECT_EQ(0.0, plain.perturb);
 
   BoxSpec const full = ParseBoxSpec("box:10,20,30:tet:perturb=0.25,seed=42");
-  EXPECT_EQ(full.shape, BoxSpec::Shape::Tet);
-  EXPECT_EQ(full.perturb, 0.25);
-  EXPECT_EQ(full.seed, 42u);
+  EXPECT_EQ(BoxSpec::Shape::Tet, full.shape);
+  EXPECT_EQ(0.25, full.perturb);
+  EXPECT_EQ(42u, full.seed);
 
-  EXPECT_EQ(ParseBoxSpec("box:1,1,1:prism").shape, BoxSpec::Shape::Prism);
-  EXPECT_EQ(ParseBoxSpec("box:1,1,1:perturb=1e-2").perturb, 0.01);
-  EXPECT_EQ(ParseBoxSpec("box:1,1,1:dual").shape, BoxSpec::Shape::Dual);
-  EXPECT_EQ(plain.stretch, 1.0);
-  EXPECT_EQ(plain.skew, 0.0);
-  EXPECT_EQ(ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").stretch, 1000.0);
-  EXPECT_EQ(ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").skew, 0.25);
+  EXPECT_EQ(BoxSpec::Shape::Prism, ParseBoxSpec("box:1,1,1:prism").shape);
+  EXPECT_EQ(0.01, ParseBoxSpec("box:1,1,1:perturb=1e-2").perturb);
+  EXPECT_EQ(BoxSpec::Shape::Dual, ParseBoxSpec("box:1,1,1:dual").shape);
+  EXPECT_EQ(1.0, plain.stretch);
+  EXPECT_EQ(0.0, plain.skew);
+  EXPECT_EQ(1000.0, ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").stretch);
+  EXPECT_EQ(0.25, ParseBoxSpec("box:1,1,1:hex:stretch=1000,skew=0.25").skew);
   EXPECT_TRUE(IsBoxSpec("box:nonsense"));
   EXPECT_FALSE(IsBoxSpec("meshes/box.msh"));
 }
@@ -77,18 +77,18 @@ TEST(BoxSpec, RefusesMalformedTextNamingThePiece) {
       {"box:4,3,2:perturb=0.1:hex", "\"hex\""}};
   for (auto const& [text, piece] : wrong) {
     std::string const error = ErrorOf(text);
-    EXPECT_EQ(error.find(text), 0u) << error;
+    EXPECT_EQ(0u, error.find(text)) << error;
     EXPECT_NE(error.find(piece), std::string::npos) << error;
     EXPECT_EQ(error.find('\n'), std::string::npos);
   }
 }
 
 TEST(BoxSpec, RefusesBoxesThatA32BitNumberCannotCount) {
-  EXPECT_EQ(ErrorOf("box:890,890,890"), "");      // 2.117e9 faces
-  EXPECT_NE(ErrorOf("box:895,895,895"), "");      // 2.153e9 faces
-  EXPECT_NE(ErrorOf("box:600,600,600:tet"), "");  // 2.6e9 faces
-  EXPECT_NE(ErrorOf("box:2147483647,2147483647,2147483647"), "");
-  EXPECT_NE(ErrorOf("box:2147483647,1,1"), "");
+  EXPECT_EQ("", ErrorOf("box:890,890,890"));      // 2.117e9 faces
+  EXPECT_NE("", ErrorOf("box:895,895,895"));      // 2.153e9 faces
+  EXPECT_NE("", ErrorOf("box:600,600,600:tet"));  // 2.6e9 faces
+  EXPECT_NE("", ErrorOf("box:2147483647,2147483647,2147483647"));
+  EXPECT_NE("", ErrorOf("box:2147483647,1,1"));
 }
 
 }  // namespace reference_host

@@ -51,7 +51,7 @@ std::string Refusal(Describe const& describe) {
   std::string const name = folder.Path() + "/mesh.cgns";
   describe(*std::make_unique<CgnsTestFile>(name));
   std::string const text = MeshErrorOf([&] { ReadMesh(name); });
-  EXPECT_EQ(text.rfind(name + ": ", 0), 0U) << text;
+  EXPECT_EQ(0U, text.rfind(name + ": ", 0)) << text;
   return text.substr(std::min(text.size(), name.size() + 2));
 }
 
@@ -207,27 +207,27 @@ TEST(CgnsReader, ReadsHexahedraWithTheirSurfaceInPatchesByTheSectionsName) {
     file.Section("walls", CGNS_ENUMV(QUAD_4), 5, 8, Joined({kBottom, kTop}));
   });
   CheckMesh(mesh);
-  EXPECT_EQ(mesh.nCells, 2);
-  EXPECT_EQ(mesh.nFaces(), 11);
-  EXPECT_EQ(VolumeOf(mesh), 2.0);
-  EXPECT_EQ(FacesInPatch(mesh, "inlet"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "outlet"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "walls"), 4);
-  EXPECT_EQ(FacesInPatch(mesh, "unnamed"), 4);
-  EXPECT_EQ(mesh.patches.size(), 4U);
+  EXPECT_EQ(2, mesh.nCells);
+  EXPECT_EQ(11, mesh.nFaces());
+  EXPECT_EQ(2.0, VolumeOf(mesh));
+  EXPECT_EQ(1, FacesInPatch(mesh, "inlet"));
+  EXPECT_EQ(1, FacesInPatch(mesh, "outlet"));
+  EXPECT_EQ(4, FacesInPatch(mesh, "walls"));
+  EXPECT_EQ(4, FacesInPatch(mesh, "unnamed"));
+  EXPECT_EQ(4U, mesh.patches.size());
 }
 
 TEST(CgnsReader, ReadsAllLinearCellsOfAMixedSectionInTheirOrder) {
   FaceMesh const mesh = WrittenAndRead(WriteMixedCells);
   CheckMesh(mesh);
-  ASSERT_EQ(mesh.nCells, 4);
+  ASSERT_EQ(4, mesh.nCells);
   std::vector<double> const volume = ComputeCellGeometry(mesh, 4).volume;
-  EXPECT_NEAR(volume[0], 1.0, 1e-14);
-  EXPECT_NEAR(volume[1], 0.5, 1e-14);
+  EXPECT_NEAR(1.0, volume[0], 1e-14);
+  EXPECT_NEAR(0.5, volume[1], 1e-14);
   EXPECT_NEAR(volume[2], 1.0 / 3.0, 1e-14);
   // Corner (1,0,1), edges (0,1,0), (-0.5,0.5,1), (1,0.5,1): determinant 1.5 over 6.
-  EXPECT_NEAR(volume[3], 0.25, 1e-14);
-  EXPECT_EQ(FacesInPatch(mesh, "Everything"), 1);  // the triangle; three faces lie between cells
+  EXPECT_NEAR(0.25, volume[3], 1e-14);
+  EXPECT_EQ(1, FacesInPatch(mesh, "Everything"));  // the triangle; three faces lie between cells
   EXPECT_EQ(FacesInPatch(mesh, "unnamed"), 6 + 5 + 5 + 4 - 2 * 3 - 1);
 }
 
@@ -252,7 +252,7 @@ TEST(CgnsReader, TurnsFacesThatAllPointTheOtherWay) {
       WrittenAndRead([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, Polyhedra(mesh, -1), true); });
   CheckMesh(read);
   EXPECT_EQ(read.nCells, mesh.nCells);
-  EXPECT_NEAR(VolumeOf(read), 1.0, 1e-14);
+  EXPECT_NEAR(1.0, VolumeOf(read), 1e-14);
 }
 
 TEST(CgnsReader, ReadsFilesOfTheOlderKindToo) {
@@ -275,7 +275,7 @@ TEST(CgnsReader, LeavesOutNodesThatNoCellUses) {
     file.Condition("inlet", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), left, CGNS_ENUMV(Vertex));
   });
   EXPECT_EQ(mesh.points, PointsOfCubes());
-  EXPECT_EQ(FacesInPatch(mesh, "inlet"), 1);
+  EXPECT_EQ(1, FacesInPatch(mesh, "inlet"));
 }
 
 TEST(CgnsReader, ConditionsByElementsAndByNodesNameThePatches) {
@@ -288,12 +288,12 @@ TEST(CgnsReader, ConditionsByElementsAndByNodesNameThePatches) {
     file.Condition("roof", CGNS_ENUMV(BCWall), CGNS_ENUMV(PointRange), {7, 12}, CGNS_ENUMV(Vertex));
     file.Condition("mirror", CGNS_ENUMV(BCSymmetryPlane), CGNS_ENUMV(PointRange), {9, 10});
   });
-  EXPECT_EQ(FacesInPatch(mesh, "in"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "out"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "floor"), 2);
-  EXPECT_EQ(FacesInPatch(mesh, "roof"), 2);
-  EXPECT_EQ(FacesInPatch(mesh, "mirror"), 2);
-  EXPECT_EQ(FacesInPatch(mesh, "Surface"), 2);  // the back has no condition, but surface elements
+  EXPECT_EQ(1, FacesInPatch(mesh, "in"));
+  EXPECT_EQ(1, FacesInPatch(mesh, "out"));
+  EXPECT_EQ(2, FacesInPatch(mesh, "floor"));
+  EXPECT_EQ(2, FacesInPatch(mesh, "roof"));
+  EXPECT_EQ(2, FacesInPatch(mesh, "mirror"));
+  EXPECT_EQ(2, FacesInPatch(mesh, "Surface"));  // the back has no condition, but surface elements
 
   std::vector<BoundaryGroup> const groups = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Wall,
                                              BoundaryGroup::Wall, BoundaryGroup::Symmetry};
@@ -309,8 +309,8 @@ TEST(CgnsReader, ConditionsOfOlderFilesCountElements) {
     file.Condition("inlet", CGNS_ENUMV(BCTypeNull), CGNS_ENUMV(ElementList), {3}, CGNS_ENUMV(Vertex));
     file.Condition("walls", CGNS_ENUMV(BCTypeNull), CGNS_ENUMV(ElementRange), {5, 12}, CGNS_ENUMV(Vertex));
   });
-  EXPECT_EQ(FacesInPatch(mesh, "inlet"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "walls"), 8);
+  EXPECT_EQ(1, FacesInPatch(mesh, "inlet"));
+  EXPECT_EQ(8, FacesInPatch(mesh, "walls"));
 }
 
 TEST(CgnsReader, FamiliesNameAndTypeTheConditionsThatLeaveItToThem) {
@@ -324,9 +324,9 @@ TEST(CgnsReader, FamiliesNameAndTypeTheConditionsThatLeaveItToThem) {
     file.Condition("BC 3", CGNS_ENUMV(BCWall), CGNS_ENUMV(PointList), {7, 8}, CGNS_ENUMV(FaceCenter),
                    "shell");
   });
-  EXPECT_EQ(FacesInPatch(mesh, "air intake"), 1);
-  EXPECT_EQ(mesh.patches[0].type, "BCInflowSubsonic");
-  EXPECT_EQ(FacesInPatch(mesh, "shell"), 4);
+  EXPECT_EQ(1, FacesInPatch(mesh, "air intake"));
+  EXPECT_EQ("BCInflowSubsonic", mesh.patches[0].type);
+  EXPECT_EQ(4, FacesInPatch(mesh, "shell"));
 }
 
 TEST(CgnsReader, ConditionsOfPolyhedraCountTheirFaces) {
@@ -366,34 +366,33 @@ TEST(CgnsReader, RefusesFilesThatAreNoCgns) {
 }
 
 TEST(CgnsReader, RefusesOtherThanOneUnstructuredZone) {
-  EXPECT_EQ(Refusal([](CgnsTestFile&) {}), "the file has no base");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) { file.Base("Plane", 2); }),
-            "no base has three-dimensional cells in three-dimensional space");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+  EXPECT_EQ("the file has no base", Refusal([](CgnsTestFile&) {}));
+  EXPECT_EQ("no base has three-dimensional cells in three-dimensional space",
+            Refusal([](CgnsTestFile& file) { file.Base("Plane", 2); }));
+  EXPECT_EQ("several three-dimensional bases ('A', 'B'); a file with one is needed",
+            Refusal([](CgnsTestFile& file) {
               file.Base("A");
               file.Base("B");
-            }),
-            "several three-dimensional bases ('A', 'B'); a file with one is needed");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) { file.Base(); }), "the base has no zone");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("the base has no zone", Refusal([](CgnsTestFile& file) { file.Base(); }));
+  EXPECT_EQ("several zones are not supported ('Rotor', 'Stator'); join them into one first",
+            Refusal([](CgnsTestFile& file) {
               file.Base();
               file.Zone(PointsOfCubes(), 2, "Rotor");
               file.Zone(PointsOfCubes(), 2, "Stator");
-            }),
-            "several zones are not supported ('Rotor', 'Stator'); join them into one first");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("zone 'Block' is structured; convert it first", Refusal([](CgnsTestFile& file) {
               file.Base();
               std::array<cgsize_t, 9> const sizes = {3, 2, 2, 2, 1, 1, 0, 0, 0};
               int zone = 0;
               cg_zone_write(file.file(), file.base(), "Block", sizes.data(), CGNS_ENUMV(Structured), &zone);
-            }),
-            "zone 'Block' is structured; convert it first");
+            }));
 }
 
 TEST(CgnsReader, SaysWhatAFileIsThatIsNoRegularFile) {
   TemporaryFolder const folder;
   std::string const pipe = folder.Path() + "/pipe.cgns";
-  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
   EXPECT_EQ(MeshErrorOf([&] { ReadMesh(pipe); }), pipe + ": a pipe (FIFO), not a regular file");
   EXPECT_EQ(MeshErrorOf([&] { ReadCgnsField(pipe, "p"); }), pipe + ": a pipe (FIFO), not a regular file");
   std::string const device = folder.Path() + "/null.cgns";
@@ -406,9 +405,10 @@ TEST(CgnsReader, ListsTheFirstOfManyZones) {
     file.Base();
     for (int zone = 11; zone <= 50; ++zone) file.Zone(PointsOfCubes(), 2, "Blade" + std::to_string(zone));
   });
-  EXPECT_EQ(what,
-            "several zones are not supported ('Blade11', 'Blade12', 'Blade13', 'Blade14', 'Blade15', "
-            "'Blade16', 'Blade17', 'Blade18', 'Blade19', 'Blade20' and 30 more); join them into one first");
+  EXPECT_EQ(
+      "several zones are not supported ('Blade11', 'Blade12', 'Blade13', 'Blade14', 'Blade15', "
+      "'Blade16', 'Blade17', 'Blade18', 'Blade19', 'Blade20' and 30 more); join them into one first",
+      what);
 }
 
 /// The message of the check about the mesh of a file.
@@ -427,10 +427,10 @@ TEST(CgnsReader, GivesTheCheckTheNumbersOfTheFile) {
       file.Section("Cells", CGNS_ENUMV(TETRA_4), 2, 2, {2, 3, 4, 5});
     };
   };
-  EXPECT_EQ(CheckRefusal(cells({0, 0, std::nan("")})), "node 5 has a coordinate that is not finite");
-  EXPECT_EQ(CheckRefusal(cells({0.3, 0.3, 0})), "element 2 of section 'Cells' has no volume");
-  EXPECT_EQ(CheckRefusal(cells({2, 0, 0})),
-            "the face of nodes 2, 3 and 5 of element 2 of section 'Cells' has no area");
+  EXPECT_EQ("node 5 has a coordinate that is not finite", CheckRefusal(cells({0, 0, std::nan("")})));
+  EXPECT_EQ("element 2 of section 'Cells' has no volume", CheckRefusal(cells({0.3, 0.3, 0})));
+  EXPECT_EQ("the face of nodes 2, 3 and 5 of element 2 of section 'Cells' has no area",
+            CheckRefusal(cells({2, 0, 0})));
 }
 
 TEST(CgnsReader, GivesTheCheckTheNumbersOfPolygonsToo) {
@@ -452,30 +452,27 @@ TEST(CgnsReader, GivesTheCheckTheNumbersOfPolygonsToo) {
 }
 
 TEST(CgnsReader, RefusesCountsThatTheFileCannotHold) {
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+  EXPECT_EQ("the file says 2000000000 nodes, more than it can hold", Refusal([](CgnsTestFile& file) {
               file.Base();
               std::array<cgsize_t, 3> const sizes = {2000000000, 1, 0};
               int zone = 0;
               cg_zone_write(file.file(), file.base(), "Zone", sizes.data(), CGNS_ENUMV(Unstructured), &zone);
-            }),
-            "the file says 2000000000 nodes, more than it can hold");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("the file says 2000000000 cells, more than it can hold", Refusal([](CgnsTestFile& file) {
               file.Base();
               std::array<cgsize_t, 3> const sizes = {4, 2000000000, 0};
               int zone = 0;
               cg_zone_write(file.file(), file.base(), "Zone", sizes.data(), CGNS_ENUMV(Unstructured), &zone);
-            }),
-            "the file says 2000000000 cells, more than it can hold");
+            }));
   FaceMesh const mesh = test_meshes::HexBox(2, 1, 1);
   Polyhedra polyhedra(mesh);
   polyhedra.parents[0] = 12 + 999;
-  EXPECT_EQ(Refusal([&](CgnsTestFile& file) {
+  EXPECT_EQ("the zone has 1000 cells, which 11 faces cannot close", Refusal([&](CgnsTestFile& file) {
               file.Base();
               file.Zone(mesh.points, 1000);
               file.Section("Faces", CGNS_ENUMV(NGON_n), 1, mesh.nFaces(), polyhedra.nodes,
                            polyhedra.nodeOffsets, polyhedra.parents);
-            }),
-            "the zone has 1000 cells, which 11 faces cannot close");
+            }));
 }
 
 TEST(CgnsReader, RefusesRangesThatOverlapAgainAndAgain) {
@@ -490,38 +487,35 @@ TEST(CgnsReader, RefusesRangesThatOverlapAgainAndAgain) {
 }
 
 TEST(CgnsReader, RefusesElementsThatItCannotTake) {
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+  EXPECT_EQ("the zone has no section of elements", Refusal([](CgnsTestFile& file) {
               file.Base();
               file.Zone(PointsOfCubes(), 0);
               file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointRange), {1, 4}, CGNS_ENUMV(Vertex));
-            }),
-            "the zone has no section of elements");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("section 'Cells': elements of type TETRA_10 cannot be read; write the mesh with linear elements",
+            Refusal([](CgnsTestFile& file) {
               file.Base();
               file.Zone(std::vector<Point>(10, Point{0, 0, 0}), 1);
               file.Section("Cells", CGNS_ENUMV(TETRA_10), 1, 1, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10});
-            }),
-            "section 'Cells': elements of type TETRA_10 cannot be read; write the mesh with linear elements");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("element 1 of section 'Cells' has node 13, but there are 12", Refusal([](CgnsTestFile& file) {
               file.Base();
               file.Zone(PointsOfCubes(), 1);
               file.Section("Cells", CGNS_ENUMV(TETRA_4), 1, 1, {1, 2, 4, 13});
-            }),
-            "element 1 of section 'Cells' has node 13, but there are 12");
-  EXPECT_EQ(Refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("the zone has 3 cells, its sections have 2", Refusal([](CgnsTestFile& file) {
               file.Base();
               file.Zone(PointsOfCubes(), 3);
               file.Section("Cells", CGNS_ENUMV(HEXA_8), 1, 2, kCubes);
-            }),
-            "the zone has 3 cells, its sections have 2");
+            }));
   EXPECT_EQ(
+      "section 'Cells' has standard elements besides polygons (NGON_n); only one or the other can be read",
       Refusal([](CgnsTestFile& file) {
         file.Base();
         file.Zone(PointsOfCubes(), 2);
         file.Section("Cells", CGNS_ENUMV(HEXA_8), 1, 2, kCubes);
         file.Section("Faces", CGNS_ENUMV(NGON_n), 3, 3, kLeft, {0, 4});
-      }),
-      "section 'Cells' has standard elements besides polygons (NGON_n); only one or the other can be read");
+      }));
 }
 
 TEST(CgnsReader, RefusesPolyhedraThatDoNotFitTheirFaces) {
@@ -531,20 +525,20 @@ TEST(CgnsReader, RefusesPolyhedraThatDoNotFitTheirFaces) {
     spoil(polyhedra);
     return Refusal([&](CgnsTestFile& file) { WritePolyhedra(file, mesh, polyhedra, withCells); });
   };
-  EXPECT_EQ(refusal([](Polyhedra& p) { p.faces[0] = 99; }, true),
-            "element 12 of section 'Cells' has face 99, which is not a polygon (NGON_n)");
+  EXPECT_EQ("element 12 of section 'Cells' has face 99, which is not a polygon (NGON_n)",
+            refusal([](Polyhedra& p) { p.faces[0] = 99; }, true));
   EXPECT_EQ(
-      refusal([](Polyhedra& p) { p.faces[0] = p.faces[1]; }, true),
       "element 2 of section 'Faces' points out of two cells, element 12 of section 'Cells' and element 12 of "
-      "section 'Cells'");
-  EXPECT_EQ(refusal([](Polyhedra& p) { p.nodes[0] = 13; }, true),
-            "element 1 of section 'Faces' has node 13, but there are 12");
-  EXPECT_EQ(refusal([](Polyhedra& p) { p.parents[0] = 0; }, false),
-            "element 1 of section 'Faces' belongs to no cell");
-  EXPECT_EQ(refusal([](Polyhedra& p) { p.parents[0] = 40; }, false),
-            "the parent elements are cells 12 to 40, but the zone has 2 cells");
-  EXPECT_EQ(refusal([](Polyhedra& p) { p.parents.clear(); }, false),
-            "section 'Faces' has neither parent elements nor a section of cells (NFACE_n) that uses it");
+      "section 'Cells'",
+      refusal([](Polyhedra& p) { p.faces[0] = p.faces[1]; }, true));
+  EXPECT_EQ("element 1 of section 'Faces' has node 13, but there are 12",
+            refusal([](Polyhedra& p) { p.nodes[0] = 13; }, true));
+  EXPECT_EQ("element 1 of section 'Faces' belongs to no cell",
+            refusal([](Polyhedra& p) { p.parents[0] = 0; }, false));
+  EXPECT_EQ("the parent elements are cells 12 to 40, but the zone has 2 cells",
+            refusal([](Polyhedra& p) { p.parents[0] = 40; }, false));
+  EXPECT_EQ("section 'Faces' has neither parent elements nor a section of cells (NFACE_n) that uses it",
+            refusal([](Polyhedra& p) { p.parents.clear(); }, false));
 }
 
 TEST(CgnsReader, RefusesConditionsThatDoNotFitTheMesh) {
@@ -554,32 +548,32 @@ TEST(CgnsReader, RefusesConditionsThatDoNotFitTheMesh) {
       add(file);
     });
   };
-  EXPECT_EQ(refusal([](CgnsTestFile& file) {
+  EXPECT_EQ("boundary condition 'in' has element 1, which is not a surface element",
+            refusal([](CgnsTestFile& file) {
               file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {1});
-            }),
-            "boundary condition 'in' has element 1, which is not a surface element");
-  EXPECT_EQ(refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("boundary condition 'in' has node 13, but there are 12", refusal([](CgnsTestFile& file) {
               file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {13}, CGNS_ENUMV(Vertex));
-            }),
-            "boundary condition 'in' has node 13, but there are 12");
-  EXPECT_EQ(refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ("boundary condition 'in' is given at CellCenter; only Vertex and FaceCenter can be read",
+            refusal([](CgnsTestFile& file) {
               file.Condition("in", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {1}, CGNS_ENUMV(CellCenter));
-            }),
-            "boundary condition 'in' is given at CellCenter; only Vertex and FaceCenter can be read");
-  EXPECT_EQ(refusal([](CgnsTestFile& file) {
-              file.Condition("a", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {3});
-              file.Condition("b", CGNS_ENUMV(BCWall), CGNS_ENUMV(PointList), {3});
-            }),
-            "the face of nodes 4, 1, 7 and 10 of element 1 of section 'Cells' belongs to boundary conditions "
-            "of 'a' "
-            "and of 'b'");
-  EXPECT_EQ(refusal([](CgnsTestFile& file) {
+            }));
+  EXPECT_EQ(
+      "the face of nodes 4, 1, 7 and 10 of element 1 of section 'Cells' belongs to boundary conditions "
+      "of 'a' "
+      "and of 'b'",
+      refusal([](CgnsTestFile& file) {
+        file.Condition("a", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {3});
+        file.Condition("b", CGNS_ENUMV(BCWall), CGNS_ENUMV(PointList), {3});
+      }));
+  EXPECT_EQ("boundary condition 'b' of type BCOutflow belongs to 'ends', and so does one of type BCInflow",
+            refusal([](CgnsTestFile& file) {
               file.Condition("a", CGNS_ENUMV(BCInflow), CGNS_ENUMV(PointList), {3}, CGNS_ENUMV(FaceCenter),
                              "ends");
               file.Condition("b", CGNS_ENUMV(BCOutflow), CGNS_ENUMV(PointList), {4}, CGNS_ENUMV(FaceCenter),
                              "ends");
-            }),
-            "boundary condition 'b' of type BCOutflow belongs to 'ends', and so does one of type BCInflow");
+            }));
 }
 
 class CgnsField : public testing::Test {
@@ -601,9 +595,9 @@ class CgnsField : public testing::Test {
 };
 
 TEST_F(CgnsField, IsFoundByItsNameOrBySolutionAndName) {
-  EXPECT_EQ(ReadCgnsField(name_, "Temperature"), (std::vector<double>{300.0, 301.0}));
-  EXPECT_EQ(ReadCgnsField(name_, "First/Pressure"), (std::vector<double>{1.5, -2.5}));
-  EXPECT_EQ(ReadCgnsField(name_, "Second/Pressure"), (std::vector<double>{3.5, 4.5}));
+  EXPECT_EQ((std::vector<double>{300.0, 301.0}), ReadCgnsField(name_, "Temperature"));
+  EXPECT_EQ((std::vector<double>{1.5, -2.5}), ReadCgnsField(name_, "First/Pressure"));
+  EXPECT_EQ((std::vector<double>{3.5, 4.5}), ReadCgnsField(name_, "Second/Pressure"));
 }
 
 TEST_F(CgnsField, IsRefusedUnlessItIsOneArrayOfTheCells) {
@@ -611,12 +605,12 @@ TEST_F(CgnsField, IsRefusedUnlessItIsOneArrayOfTheCells) {
     return MeshErrorOf([&] { ReadCgnsField(name_, field); }).substr(name_.size() + 2);
   };
   EXPECT_EQ(
-      refusal("Pressure"),
-      "several solutions have 'Pressure' ('First/Pressure', 'Second/Pressure'); name one as SOLUTION/ARRAY");
+      "several solutions have 'Pressure' ('First/Pressure', 'Second/Pressure'); name one as SOLUTION/ARRAY",
+      refusal("Pressure"));
   EXPECT_EQ(
-      refusal("Height"),
       "'Height' is not at the cell centres; arrays at cell centres: 'First/Pressure', 'First/Temperature', "
-      "'Second/Pressure'");
+      "'Second/Pressure'",
+      refusal("Height"));
   ExpectContains(refusal("Mach"), "no array 'Mach'; arrays at cell centres: 'First/Pressure'");
 }
 

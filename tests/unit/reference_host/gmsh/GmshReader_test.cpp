@@ -77,7 +77,7 @@ std::string Refusal(std::string const& content) {
   TemporaryFolder const folder;
   std::string const file = folder.Write("a.msh", content);
   std::string const what = MeshErrorOf([&] { ReadGmsh(file); });
-  EXPECT_EQ(what.rfind(folder.Path() + "/a.msh:", 0), 0U) << what;
+  EXPECT_EQ(0U, what.rfind(folder.Path() + "/a.msh:", 0)) << what;
   return what.substr(std::min(what.size(), folder.Path().size() + 1));
 }
 
@@ -90,15 +90,15 @@ std::string Replaced(std::string text, std::string const& from, std::string cons
 TEST(GmshReader, ReadsHexahedronPrismPyramidAndTetrahedronInOneMesh) {
   FaceMesh const mesh = Read(MixedMesh());
 
-  EXPECT_EQ(mesh.nCells, 4);
+  EXPECT_EQ(4, mesh.nCells);
   EXPECT_EQ(mesh.nFaces(), 6 + 5 + 5 + 4 - 3);
-  EXPECT_EQ(std::count(mesh.neighbour.begin(), mesh.neighbour.end(), -1), 14);
+  EXPECT_EQ(14, std::count(mesh.neighbour.begin(), mesh.neighbour.end(), -1));
   CheckMesh(mesh);
   std::vector<double> const volume = reference_host::ComputeCellGeometry(mesh, mesh.nCells).volume;
-  EXPECT_NEAR(volume[0], 1.0, 1e-15);
-  EXPECT_NEAR(volume[1], 0.5, 1e-15);
+  EXPECT_NEAR(1.0, volume[0], 1e-15);
+  EXPECT_NEAR(0.5, volume[1], 1e-15);
   EXPECT_NEAR(volume[2], 1.0 / 3, 1e-15);
-  EXPECT_NEAR(volume[3], 0.25, 1e-15);
+  EXPECT_NEAR(0.25, volume[3], 1e-15);
 }
 
 TEST(GmshReader, BothVersionsInTextAndBinaryGiveTheSameMesh) {
@@ -113,23 +113,23 @@ TEST(GmshReader, MakesPatchesOfPhysicalSurfaces) {
   for (auto const& [version, binary] : kVariants) {
     SCOPED_TRACE(version + (binary ? " binary" : " text"));
     FaceMesh const mesh = Read(MixedMesh(), version, binary);
-    ASSERT_EQ(mesh.patches.size(), 5U);
-    EXPECT_EQ(mesh.patches[0].name, "inlet");
-    EXPECT_EQ(mesh.patches[1].name, "outlet (right)");
-    EXPECT_EQ(mesh.patches[2].name, "surface_7");
-    EXPECT_EQ(mesh.patches[3].name, "inside");
-    EXPECT_EQ(mesh.patches[4].name, "unnamed");
-    EXPECT_EQ(FacesInPatch(mesh, "inlet"), 1);
-    EXPECT_EQ(FacesInPatch(mesh, "outlet (right)"), 1);
-    EXPECT_EQ(FacesInPatch(mesh, "surface_7"), 1);
-    EXPECT_EQ(FacesInPatch(mesh, "inside"), 0);
-    EXPECT_EQ(FacesInPatch(mesh, "unnamed"), 11);
+    ASSERT_EQ(5U, mesh.patches.size());
+    EXPECT_EQ("inlet", mesh.patches[0].name);
+    EXPECT_EQ("outlet (right)", mesh.patches[1].name);
+    EXPECT_EQ("surface_7", mesh.patches[2].name);
+    EXPECT_EQ("inside", mesh.patches[3].name);
+    EXPECT_EQ("unnamed", mesh.patches[4].name);
+    EXPECT_EQ(1, FacesInPatch(mesh, "inlet"));
+    EXPECT_EQ(1, FacesInPatch(mesh, "outlet (right)"));
+    EXPECT_EQ(1, FacesInPatch(mesh, "surface_7"));
+    EXPECT_EQ(0, FacesInPatch(mesh, "inside"));
+    EXPECT_EQ(11, FacesInPatch(mesh, "unnamed"));
   }
 }
 
 TEST(GmshReader, LeavesOutNodesOfNoCell) {
   FaceMesh const mesh = Read(MixedMesh());
-  EXPECT_EQ(mesh.points.size(), 12U);
+  EXPECT_EQ(12U, mesh.points.size());
   for (auto const& point : mesh.points) EXPECT_LT(point[0], 9);
 }
 
@@ -172,7 +172,7 @@ TEST(GmshReader, ReadsPrismsOnTetrahedra) {
     CheckMesh(faces);
     EXPECT_EQ(faces.nFaces(), 5 + 4 - 1);
     std::vector<double> const volume = reference_host::ComputeCellGeometry(faces, 2).volume;
-    EXPECT_NEAR(volume[0], 0.5, 1e-15);
+    EXPECT_NEAR(0.5, volume[0], 1e-15);
     EXPECT_NEAR(volume[1], 1.0 / 6, 1e-15);
   }
 }
@@ -180,7 +180,7 @@ TEST(GmshReader, ReadsPrismsOnTetrahedra) {
 TEST(GmshReader, MergesPhysicalSurfacesOfOneName) {
   GmshTestMesh mesh = MixedMesh();
   mesh.physicalNames = "$PhysicalNames\n2\n2 1 \"wall\"\n2 7 \"wall\"\n$EndPhysicalNames\n";
-  EXPECT_EQ(FacesInPatch(Read(mesh), "wall"), 2);
+  EXPECT_EQ(2, FacesInPatch(Read(mesh), "wall"));
 }
 
 TEST(GmshReader, RefusesSecondOrderElementsByNumberAndType) {
@@ -213,14 +213,14 @@ TEST(GmshReader, RefusesTheByteOrderOfOtherMachines) {
     std::string content = WriteGmsh(MixedMesh(), version, true);
     std::size_t const one = content.find("1 8\n") + 4;
     std::reverse(content.begin() + static_cast<long>(one), content.begin() + static_cast<long>(one) + 4);
-    EXPECT_EQ(Refusal(content), "a.msh: offset 20: the file has the byte order of another machine");
+    EXPECT_EQ("a.msh: offset 20: the file has the byte order of another machine", Refusal(content));
   }
 }
 
 TEST(GmshReader, RefusesOtherVersionsAndFormats) {
   std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
-  EXPECT_EQ(Refusal(Replaced(text, "2.2 0 8", "4.0 0 8")),
-            "a.msh:2: Gmsh format '4.0' cannot be read; save the mesh as version 4.1 or 2.2");
+  EXPECT_EQ("a.msh:2: Gmsh format '4.0' cannot be read; save the mesh as version 4.1 or 2.2",
+            Refusal(Replaced(text, "2.2 0 8", "4.0 0 8")));
   ExpectContains(Refusal(Replaced(text, "2.2 0 8", "2.2 2 8")), "a.msh:2: 0 (text) or 1 (binary) expected");
   ExpectContains(Refusal(Replaced(text, "2.2 0 8", "2.2 0 4")), "a.msh:2: only real numbers of 8 bytes");
   ExpectContains(Refusal("(0 \"mesh of another program\")\n"), "a.msh:1: not a Gmsh mesh");
@@ -277,8 +277,8 @@ TEST(GmshReader, RefusesCellsThatHaveANodeTwice) {
 
 TEST(GmshReader, RefusesCountsThatTheFileCannotHold) {
   std::string const text22 = WriteGmsh(MixedMesh(), "2.2", false);
-  EXPECT_EQ(Refusal(Replaced(text22, "$Nodes\n13\n", "$Nodes\n9000000000000000000\n")),
-            "a.msh:13: the file says 9000000000000000000 nodes, more than the rest of it can hold");
+  EXPECT_EQ("a.msh:13: the file says 9000000000000000000 nodes, more than the rest of it can hold",
+            Refusal(Replaced(text22, "$Nodes\n13\n", "$Nodes\n9000000000000000000\n")));
   ExpectContains(Refusal(Replaced(text22, "$Nodes\n13\n", "$Nodes\n-1\n")),
                  "a.msh:13: the file says -1 nodes");
   ExpectContains(Refusal(Replaced(text22, "$Elements\n9\n", "$Elements\n9000000000\n")),
@@ -300,14 +300,14 @@ TEST(GmshReader, RefusesCountsThatTheFileCannotHold) {
 
 TEST(GmshReader, RefusesNumbersThatAreNone) {
   std::string const text = WriteGmsh(MixedMesh(), "2.2", false);
-  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 0x 0")),
-            "a.msh:15: a coordinate expected instead of '0x'");
-  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 1e999 0")),
-            "a.msh:15: a coordinate expected instead of '1e999'");
-  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n1.5 1 0 0")),
-            "a.msh:15: a node number expected instead of '1.5'");
-  EXPECT_EQ(Refusal(Replaced(text, "\n13 1 0 0", "\n-13 1 0 0")),
-            "a.msh:15: node number -13 is not positive");
+  EXPECT_EQ("a.msh:15: a coordinate expected instead of '0x'",
+            Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 0x 0")));
+  EXPECT_EQ("a.msh:15: a coordinate expected instead of '1e999'",
+            Refusal(Replaced(text, "\n13 1 0 0", "\n13 1 1e999 0")));
+  EXPECT_EQ("a.msh:15: a node number expected instead of '1.5'",
+            Refusal(Replaced(text, "\n13 1 0 0", "\n1.5 1 0 0")));
+  EXPECT_EQ("a.msh:15: node number -13 is not positive",
+            Refusal(Replaced(text, "\n13 1 0 0", "\n-13 1 0 0")));
 }
 
 TEST(GmshReader, TakesPlusSignsAndTheSmallestNumbers) {
@@ -366,11 +366,11 @@ TEST(GmshReader, GivesTheCheckTheNumbersOfTheFile) {
     mesh.points = {{9, 9, 9}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
     mesh.elements = {{4, 77, 0, Tags({1, 2, 3, 4})}};
     mesh.points[4][1] = std::nan("");
-    EXPECT_EQ(refusal(mesh, version), "a.msh: node 43 has a coordinate that is not finite");
+    EXPECT_EQ("a.msh: node 43 has a coordinate that is not finite", refusal(mesh, version));
     mesh.points[4] = {0.3, 0.3, 0};
-    EXPECT_EQ(refusal(mesh, version), "a.msh: element 77 has no volume");
+    EXPECT_EQ("a.msh: element 77 has no volume", refusal(mesh, version));
     mesh.points[4] = {2, 0, 0};
-    EXPECT_EQ(refusal(mesh, version), "a.msh: the face of nodes 13, 23 and 43 of element 77 has no area");
+    EXPECT_EQ("a.msh: the face of nodes 13, 23 and 43 of element 77 has no area", refusal(mesh, version));
   }
 }
 

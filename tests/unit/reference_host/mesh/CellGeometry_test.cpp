@@ -34,7 +34,7 @@ double VolumeInsideBoundary(FaceMesh const& mesh, Point const& origin) {
 
 TEST(CellGeometry, UnitCubeHasVolumeOneAndItsCentreInTheMiddle) {
   CellGeometry const cells = ComputeCellGeometry(HexBox(1, 1, 1), 1);
-  EXPECT_EQ(cells.volume[0], 1.0);
+  EXPECT_EQ(1.0, cells.volume[0]);
   ExpectPoint(cells.centre[0], {0.5, 0.5, 0.5}, 1e-16);
 }
 
@@ -43,7 +43,7 @@ TEST(CellGeometry, TetrahedronHasTheMeanOfItsCorners) {
   for (Point const& p : {Point{0, 0, 0}, Point{3, 0, 0}, Point{0, 6, 0}, Point{1, 2, 4}}) builder.AddPoint(p);
   builder.AddCell(Tet(0, 1, 2, 3));
   CellGeometry const cells = ComputeCellGeometry(builder.Finish(), 1);
-  EXPECT_NEAR(cells.volume[0], 12, 1e-14);
+  EXPECT_NEAR(12, cells.volume[0], 1e-14);
   ExpectPoint(cells.centre[0], {1, 2, 1}, 1e-15);
 }
 
@@ -54,13 +54,13 @@ TEST(CellGeometry, PyramidHasItsCentreAtAQuarterOfItsHeight) {
   }
   builder.AddCell(Pyramid({0, 1, 2, 3}, 4));
   CellGeometry const cells = ComputeCellGeometry(builder.Finish(), 1);
-  EXPECT_NEAR(cells.volume[0], 4, 1e-15);
+  EXPECT_NEAR(4, cells.volume[0], 1e-15);
   ExpectPoint(cells.centre[0], {1, 1, 0.75}, 1e-15);
 }
 
 TEST(CellGeometry, CastellatedCellHasTheGeometryOfItsBox) {
   CellGeometry const cells = ComputeCellGeometry(PolyBox(1), 9);
-  EXPECT_NEAR(cells.volume[0], 0.5, 4e-16);  // a few roundings: fifths and ninths are not binary
+  EXPECT_NEAR(0.5, cells.volume[0], 4e-16);  // a few roundings: fifths and ninths are not binary
   ExpectPoint(cells.centre[0], {0.25, 0.5, 0.5}, 4e-16);
 }
 
@@ -75,7 +75,7 @@ TEST(CellGeometry, WarpedFaceSharesOutVolumeAndMomentExactly) {
     volume += cells.volume[c];
     moment = Sum(moment, Scaled(cells.volume[c], cells.centre[c]));
   }
-  EXPECT_NEAR(volume, 1, 4e-15);
+  EXPECT_NEAR(1, volume, 4e-15);
   ExpectPoint(moment, {0.5, 0.5, 0.5}, 4e-15);
 }
 
@@ -108,7 +108,7 @@ TEST(CellGeometry, VolumesArePositiveAndAddUpOnEveryKindOfMesh) {
     SCOPED_TRACE(name);
     CellGeometry const cells = ComputeCellGeometry(mesh, mesh.nCells);
     EXPECT_GT(*std::min_element(cells.volume.begin(), cells.volume.end()), 0);
-    EXPECT_NEAR(TotalVolume(mesh), 1, 4e-15);
+    EXPECT_NEAR(1, TotalVolume(mesh), 4e-15);
   }
 }
 
@@ -139,7 +139,7 @@ TEST(CellGeometry, ComputesTheFirstCellsAloneAsInTheWhole) {
   FaceMesh const mesh = Perturbed(HexBox(3, 2, 2), 0.05);
   CellGeometry const all = ComputeCellGeometry(mesh, mesh.nCells);
   CellGeometry const some = ComputeCellGeometry(mesh, 5);
-  ASSERT_EQ(some.volume.size(), 5u);
+  ASSERT_EQ(5u, some.volume.size());
   for (int c = 0; c < 5; ++c) {
     EXPECT_EQ(some.volume[c], all.volume[c]);
     EXPECT_EQ(some.centre[c], all.centre[c]);
@@ -153,7 +153,7 @@ TEST(CellGeometry, TurnedCellHasNegativeVolume) {
                  mesh.faceNode.begin() + static_cast<std::ptrdiff_t>(mesh.faceStart[f + 1]));
   }
   CellGeometry const cells = ComputeCellGeometry(mesh, 1);
-  EXPECT_EQ(cells.volume[0], -1.0);
+  EXPECT_EQ(-1.0, cells.volume[0]);
   ExpectPoint(cells.centre[0], {0.5, 0.5, 0.5}, 0);
 }
 

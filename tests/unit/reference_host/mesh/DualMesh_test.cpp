@@ -32,14 +32,14 @@ TEST(DualMesh, HasACellForEveryNodeAndAFaceForEveryEdge) {
   // Tetrahedra of n^3 cubes: edges along the axes, across the sides and through the cubes.
   int const n = 3, edges = 3 * n * (n + 1) * (n + 1) + 3 * n * n * (n + 1) + n * n * n;
   FaceMesh const dual = MakeDual(MakeBox(ParseBoxSpec("box:3,3,3:tet")));
-  EXPECT_EQ(dual.nCells, 64);
+  EXPECT_EQ(64, dual.nCells);
   EXPECT_EQ(std::count_if(dual.neighbour.begin(), dual.neighbour.end(), [](int c) { return c >= 0; }), edges);
 }
 
 TEST(DualMesh, InnerCellsOfDividedCubesHaveFourteenFaces) {
   FaceMesh const dual = MakeDual(MakeBox(ParseBoxSpec("box:4,4,4:tet")));
   std::vector<int> const faces = FacesPerCell(dual);
-  EXPECT_EQ(std::count(faces.begin(), faces.end(), 14), 27);
+  EXPECT_EQ(27, std::count(faces.begin(), faces.end(), 14));
 }
 
 TEST(DualMesh, OfOneTetrahedronDividesItAmongItsCorners) {
@@ -54,10 +54,10 @@ TEST(DualMesh, OfOneTetrahedronDividesItAmongItsCorners) {
   tet.nCells = 1;
   FaceMesh const dual = MakeDual(tet);
   // Each cell is a hexahedron: three faces between cells, three on the surface, a quarter of the volume.
-  EXPECT_EQ(FacesPerCell(dual), (std::vector<int>{6, 6, 6, 6}));
+  EXPECT_EQ((std::vector<int>{6, 6, 6, 6}), FacesPerCell(dual));
   for (int f = 0; f < dual.nFaces(); ++f)
-    EXPECT_EQ(dual.faceStart[static_cast<std::size_t>(f) + 1] - dual.faceStart[static_cast<std::size_t>(f)],
-              4u);
+    EXPECT_EQ(4u,
+              dual.faceStart[static_cast<std::size_t>(f) + 1] - dual.faceStart[static_cast<std::size_t>(f)]);
   for (double const volume : ComputeCellGeometry(dual, dual.nCells).volume)
     EXPECT_NEAR(volume, 1.0 / 24, 1e-16);
 }

@@ -84,7 +84,7 @@ TEST(BestSpanningTriple, PassesOverNodesInALine) {
   std::vector<Point> const points = {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}};
   int const nodes[] = {0, 1, 2, 3, 4};
   // Triples from 0: area 0; 1: 2; 2: 4, the first of the largest; 3: 4; 4: 2.
-  EXPECT_EQ(BestSpanningTriple(points, nodes, 5, {0, 0, 4}), 2);
+  EXPECT_EQ(2, BestSpanningTriple(points, nodes, 5, {0, 0, 4}));
 }
 
 TEST(BestSpanningTriple, PassesOverAReentrantCorner) {
@@ -97,7 +97,7 @@ TEST(BestSpanningTriple, PassesOverAReentrantCorner) {
   int const nodes[] = {0, 1, 2, 3, 4};
   Point const area = ComputeFaceGeometry(points, nodes, 5).area;
   int const best = BestSpanningTriple(points, nodes, 5, area);
-  EXPECT_EQ(best, 0);  // (1,4) x (-3,4) = 16; the others: 8, -8, 6, 12
+  EXPECT_EQ(0, best);  // (1,4) x (-3,4) = 16; the others: 8, -8, 6, 12
 }
 
 }  // namespace

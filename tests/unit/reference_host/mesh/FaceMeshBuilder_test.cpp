@@ -83,8 +83,8 @@ TEST(FaceMeshBuilder, BringsEachFaceWithItsFirstCell) {
   builder.AddCell(CellShape::Hexahedron, kRight.data());
   builder.AddCell(CellShape::Hexahedron, kLeft.data());
   FaceMesh const mesh = builder.Build();
-  EXPECT_EQ(mesh.owner, (std::vector<int>{0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1}));
-  EXPECT_EQ(std::count(mesh.neighbour.begin(), mesh.neighbour.end(), 1), 1);
+  EXPECT_EQ((std::vector<int>{0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1}), mesh.owner);
+  EXPECT_EQ(1, std::count(mesh.neighbour.begin(), mesh.neighbour.end(), 1));
   CheckMesh(mesh);
 }
 
@@ -102,9 +102,9 @@ TEST(FaceMeshBuilder, TakesPatchesFromSurfacesInAnyDirection) {
   builder.AddSurface(between.data(), 4, 1);
   builder.AddSurface(noFace.data(), 3, 1);
   FaceMesh const mesh = builder.Build();
-  EXPECT_EQ(FacesInPatch(mesh, "a"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "b"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "unnamed"), 8);
+  EXPECT_EQ(1, FacesInPatch(mesh, "a"));
+  EXPECT_EQ(1, FacesInPatch(mesh, "b"));
+  EXPECT_EQ(8, FacesInPatch(mesh, "unnamed"));
 }
 
 TEST(FaceMeshBuilder, AddsNoUnnamedPatchThatIsNotNeeded) {
@@ -116,25 +116,26 @@ TEST(FaceMeshBuilder, AddsNoUnnamedPatchThatIsNotNeeded) {
     builder.AddSurface(face.data(), 3, 0);
   }
   FaceMesh const mesh = builder.Build();
-  EXPECT_EQ(mesh.patches.size(), 1U);
-  EXPECT_EQ(FacesInPatch(mesh, "a"), 4);
+  EXPECT_EQ(1U, mesh.patches.size());
+  EXPECT_EQ(4, FacesInPatch(mesh, "a"));
 }
 
 TEST(FaceMeshBuilder, NamesTheCellsThatOverlap) {
   FaceMeshBuilder builder("mesh", TwoCubes(), {});
   builder.AddCell(CellShape::Hexahedron, kLeft.data());
   builder.AddCell(CellShape::Hexahedron, kLeft.data());
-  EXPECT_EQ(MeshErrorOf([&] { builder.Build(); }),
-            "mesh: cell 2 lies on the same side of a common face as cell 1 (the cell occurs twice, or "
-            "cells overlap)");
+  EXPECT_EQ(
+      "mesh: cell 2 lies on the same side of a common face as cell 1 (the cell occurs twice, or "
+      "cells overlap)",
+      MeshErrorOf([&] { builder.Build(); }));
 }
 
 TEST(FaceMeshBuilder, NamesTheCellThatHasANodeTwice) {
   FaceMeshBuilder builder("mesh", TwoCubes(), {});
   builder.SetCellNamer([](int cell) { return "element " + std::to_string(cell + 100); });
   std::array<int, 4> const nodes = {0, 1, 4, 1};
-  EXPECT_EQ(MeshErrorOf([&] { builder.AddCell(CellShape::Tetrahedron, nodes.data()); }),
-            "mesh: element 100 has a node twice");
+  EXPECT_EQ("mesh: element 100 has a node twice",
+            MeshErrorOf([&] { builder.AddCell(CellShape::Tetrahedron, nodes.data()); }));
 }
 
 }  // namespace

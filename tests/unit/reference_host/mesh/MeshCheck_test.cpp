@@ -55,7 +55,7 @@ void RemoveFace(FaceMesh& mesh, int f) {
 
 TEST(MeshCheck, PassesAGoodMesh) {
   FaceMesh const mesh = TwoCubesSideBySide();
-  ASSERT_EQ(mesh.neighbour[kInner], 1);
+  ASSERT_EQ(1, mesh.neighbour[kInner]);
   CheckMesh(mesh);
 }
 
@@ -75,14 +75,14 @@ TEST(MeshCheck, PassesWarpedAndFlatCells) {
 }
 
 TEST(MeshCheck, BeginsWithTheNameOfTheMesh) {
-  EXPECT_EQ(MeshErrorOf([] { CheckMesh(FaceMesh(), "a.msh"); }), "a.msh: the mesh has no cells");
+  EXPECT_EQ("a.msh: the mesh has no cells", MeshErrorOf([] { CheckMesh(FaceMesh(), "a.msh"); }));
 }
 
 TEST(MeshCheck, RefusesCoordinatesThatAreNotFinite) {
   for (double const value : {std::nan(""), std::numeric_limits<double>::infinity()}) {
     FaceMesh mesh = TwoCubesSideBySide();
     mesh.points[4][2] = value;
-    EXPECT_EQ(Refusal(mesh), "node 5 has a coordinate that is not finite");
+    EXPECT_EQ("node 5 has a coordinate that is not finite", Refusal(mesh));
   }
 }
 
@@ -95,9 +95,9 @@ TEST(MeshCheck, RefusesCoordinatesWhoseProductsOverflow) {
 TEST(MeshCheck, RefusesFacesWithFewerThanThreeNodes) {
   FaceMesh mesh = TwoCubesSideBySide();
   mesh.faceStart[3] = mesh.faceStart[2] + 2;
-  EXPECT_EQ(Refusal(mesh), "face 3 has fewer than 3 nodes");
+  EXPECT_EQ("face 3 has fewer than 3 nodes", Refusal(mesh));
   mesh.faceStart[3] = mesh.faceStart[2] - 2;
-  EXPECT_EQ(Refusal(mesh), "face 3 has fewer than 3 nodes");
+  EXPECT_EQ("face 3 has fewer than 3 nodes", Refusal(mesh));
 }
 
 TEST(MeshCheck, RefusesFacesThatHaveANodeTwice) {
@@ -109,52 +109,52 @@ TEST(MeshCheck, RefusesFacesThatHaveANodeTwice) {
 TEST(MeshCheck, RefusesNodesOutOfRange) {
   FaceMesh mesh = TwoCubesSideBySide();
   mesh.faceNode[9] = 12;
-  EXPECT_EQ(Refusal(mesh), "face 3 has node 13, but there are 12");
+  EXPECT_EQ("face 3 has node 13, but there are 12", Refusal(mesh));
   mesh.faceNode[9] = -1;
-  EXPECT_EQ(Refusal(mesh), "face 3 has node 0, but there are 12");
+  EXPECT_EQ("face 3 has node 0, but there are 12", Refusal(mesh));
   mesh = TwoCubesSideBySide();
   mesh.faceStart.back() += 1;
-  EXPECT_EQ(Refusal(mesh), "face 11 goes beyond the end of the node table");
+  EXPECT_EQ("face 11 goes beyond the end of the node table", Refusal(mesh));
 }
 
 TEST(MeshCheck, RefusesCellsOutOfRange) {
   FaceMesh mesh = TwoCubesSideBySide();
   mesh.neighbour[kInner] = 2;
-  EXPECT_EQ(Refusal(mesh), "face 4 has cell 3, but there are 2");
+  EXPECT_EQ("face 4 has cell 3, but there are 2", Refusal(mesh));
   mesh.neighbour[kInner] = -2;
-  EXPECT_EQ(Refusal(mesh), "face 4 has cell -1, but there are 2");
+  EXPECT_EQ("face 4 has cell -1, but there are 2", Refusal(mesh));
   mesh = TwoCubesSideBySide();
   mesh.owner[1] = -1;
-  EXPECT_EQ(Refusal(mesh), "face 2 has cell 0, but there are 2");
+  EXPECT_EQ("face 2 has cell 0, but there are 2", Refusal(mesh));
 }
 
 TEST(MeshCheck, RefusesFacesThatJoinACellToItself) {
   FaceMesh mesh = TwoCubesSideBySide();
   mesh.neighbour[kInner] = 0;
-  EXPECT_EQ(Refusal(mesh), "face 4 joins cell 1 to itself");
+  EXPECT_EQ("face 4 joins cell 1 to itself", Refusal(mesh));
 }
 
 TEST(MeshCheck, RefusesBoundaryFacesWithoutAPatch) {
   for (int const patch : {-1, 1}) {
     FaceMesh mesh = TwoCubesSideBySide();
     mesh.facePatch[5] = patch;
-    EXPECT_EQ(Refusal(mesh), "face 6 is at the boundary, but in no patch");
+    EXPECT_EQ("face 6 is at the boundary, but in no patch", Refusal(mesh));
   }
 }
 
 TEST(MeshCheck, RefusesTablesOfDifferentLength) {
   FaceMesh mesh = TwoCubesSideBySide();
   mesh.neighbour.pop_back();
-  EXPECT_EQ(Refusal(mesh), "the face tables differ in length");
+  EXPECT_EQ("the face tables differ in length", Refusal(mesh));
 }
 
 TEST(MeshCheck, RefusesCellsWithFewerThanFourFaces) {
   FaceMesh mesh = TwoCubesSideBySide();
   mesh.nCells = 3;
-  EXPECT_EQ(Refusal(mesh), "cell 3 has 0 faces; a cell needs 4 or more");
+  EXPECT_EQ("cell 3 has 0 faces; a cell needs 4 or more", Refusal(mesh));
   mesh = TwoCubesSideBySide();
   for (int i = 0; i < 3; ++i) RemoveFace(mesh, mesh.nFaces() - 1);
-  EXPECT_EQ(Refusal(mesh), "cell 2 has 3 faces; a cell needs 4 or more");
+  EXPECT_EQ("cell 2 has 3 faces; a cell needs 4 or more", Refusal(mesh));
 }
 
 TEST(MeshCheck, RefusesFacesWithoutArea) {
@@ -175,10 +175,10 @@ TEST(MeshCheck, RefusesCellsThatAreNotClosed) {
 TEST(MeshCheck, RefusesNegativeVolumes) {
   FaceMesh mesh = TwoCubesSideBySide();
   for (Point& point : mesh.points) point[0] = -point[0];
-  EXPECT_EQ(Refusal(mesh), "cell 1 has a negative volume (its faces point inwards)");
+  EXPECT_EQ("cell 1 has a negative volume (its faces point inwards)", Refusal(mesh));
   mesh = TwoCubesSideBySide();
   for (int const node : {2, 5, 8, 11}) mesh.points[node][0] = 0.5;
-  EXPECT_EQ(Refusal(mesh), "cell 2 has a negative volume (its faces point inwards)");
+  EXPECT_EQ("cell 2 has a negative volume (its faces point inwards)", Refusal(mesh));
 }
 
 TEST(MeshCheck, RefusesZeroVolumes) {
@@ -187,7 +187,7 @@ TEST(MeshCheck, RefusesZeroVolumes) {
   FaceMeshBuilder builder("mesh", {{0, 0, 0}, {0.1, 0.7, 0.2}, {0.9, 0.3, 0.3}, {1.0, 1.0, 0.5}}, {});
   std::array<int, 4> const nodes = {0, 1, 2, 3};
   builder.AddCell(CellShape::Tetrahedron, nodes.data());
-  EXPECT_EQ(Refusal(builder.Build()), "cell 1 has no volume");
+  EXPECT_EQ("cell 1 has no volume", Refusal(builder.Build()));
 }
 
 }  // namespace

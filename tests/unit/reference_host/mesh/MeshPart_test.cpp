@@ -33,7 +33,7 @@ TEST(MeshPart, SinglePartIsTheWholeMesh) {
   FaceMesh const mesh = MixedBox(3);
   MeshPart const part = ExtractPart(mesh, std::vector<int>(mesh.nCells, 0), 0, 1);
   EXPECT_EQ(part.nOwned, mesh.nCells);
-  EXPECT_EQ(part.nHalo(), 0);
+  EXPECT_EQ(0, part.nHalo());
   EXPECT_EQ(part.points, mesh.points);
   EXPECT_EQ(part.faceStart, mesh.faceStart);
   EXPECT_EQ(part.faceNode, mesh.faceNode);
@@ -47,13 +47,13 @@ TEST(MeshPart, TwoHexahedraShareOneFaceAndSeeEachOther) {
   for (int p = 0; p < 2; ++p) {
     MeshPart const& part = parts[p];
     EXPECT_EQ(part.part, p);
-    EXPECT_EQ(part.nParts, 2);
-    EXPECT_EQ(part.nOwned, 1);
-    EXPECT_EQ(part.nFaces(), 6);
-    EXPECT_EQ(part.points.size(), 12u);  // the halo cell's nodes too
+    EXPECT_EQ(2, part.nParts);
+    EXPECT_EQ(1, part.nOwned);
+    EXPECT_EQ(6, part.nFaces());
+    EXPECT_EQ(12u, part.points.size());  // the halo cell's nodes too
     EXPECT_EQ(part.globalCell, (p == 0 ? std::vector<std::int64_t>{1, 0} : std::vector<std::int64_t>{0, 1}));
-    EXPECT_EQ(part.haloPart, std::vector<int>{1 - p});
-    EXPECT_EQ(part.haloNode.size(), 8u);
+    EXPECT_EQ(std::vector<int>{1 - p}, part.haloPart);
+    EXPECT_EQ(8u, part.haloNode.size());
   }
 }
 
@@ -148,11 +148,11 @@ TEST(MeshPart, ExtractedPartEqualsThatOfTheSplit) {
 
 TEST(MeshPart, PartWithoutCellsIsEmptyButKnowsThePatches) {
   MeshPart const part = ExtractPart(HexBox(2, 1, 1), {0, 2}, 1, 3);
-  EXPECT_EQ(part.nOwned, 0);
-  EXPECT_EQ(part.nHalo(), 0);
-  EXPECT_EQ(part.nFaces(), 0);
+  EXPECT_EQ(0, part.nOwned);
+  EXPECT_EQ(0, part.nHalo());
+  EXPECT_EQ(0, part.nFaces());
   EXPECT_TRUE(part.points.empty());
-  EXPECT_EQ(part.patches.size(), 4u);
+  EXPECT_EQ(4u, part.patches.size());
 }
 
 std::string ErrorOf(std::vector<int> const& partOfCell) {
@@ -165,10 +165,10 @@ std::string ErrorOf(std::vector<int> const& partOfCell) {
 }
 
 TEST(MeshPart, WrongPartNumbersAreRefusedWithTheFirstCell) {
-  EXPECT_EQ(ErrorOf({0, 1}), "");
-  EXPECT_EQ(ErrorOf({0}), "partition has 1 part numbers for 2 cells");
-  EXPECT_EQ(ErrorOf({0, 2}), "partition puts cell 2 into part 2 of 2 (counted from 0)");
-  EXPECT_EQ(ErrorOf({-1, 0}), "partition puts cell 1 into part -1 of 2 (counted from 0)");
+  EXPECT_EQ("", ErrorOf({0, 1}));
+  EXPECT_EQ("partition has 1 part numbers for 2 cells", ErrorOf({0}));
+  EXPECT_EQ("partition puts cell 2 into part 2 of 2 (counted from 0)", ErrorOf({0, 2}));
+  EXPECT_EQ("partition puts cell 1 into part -1 of 2 (counted from 0)", ErrorOf({-1, 0}));
 }
 
 }  // namespace

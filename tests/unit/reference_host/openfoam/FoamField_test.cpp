@@ -44,7 +44,7 @@ std::string Refusal(std::string const& text) {
   TemporaryFolder const folder;
   std::string const file = folder.Write("0/p", text);
   std::string const what = MeshErrorOf([&] { ReadFoamField(file, 3, ThreeCells()); });
-  EXPECT_EQ(what.rfind(file, 0), 0U) << what;
+  EXPECT_EQ(0U, what.rfind(file, 0)) << what;
   return what.substr(std::min(what.size(), file.size()));
 }
 
@@ -67,16 +67,16 @@ TEST(FoamField, TakesTheValueEntriesOfPatches) {
   EXPECT_EQ(field.patch[0], (Numbers{1, 2, 3}));
   EXPECT_EQ(field.patch[1], (Numbers{4, 4}));
   EXPECT_EQ(field.patch[2], (Numbers{5}));
-  EXPECT_EQ(field.lacksValues, (std::vector<char>{0, 0, 0, 0}));
+  EXPECT_EQ((std::vector<char>{0, 0, 0, 0}), field.lacksValues);
 }
 
 TEST(FoamField, LeavesFacesToTheirCellsWithAWordWhereValuesAreMissing) {
   FoamField const field = Read(Text("uniform 0",
                                     "inlet { type zeroGradient; value uniform 8; }\n"
                                     "wall_low { type fixedFluxPressure; gradient uniform 0; }\n"));
-  for (auto const& patch : field.patch) EXPECT_EQ(patch, std::nullopt);
+  for (auto const& patch : field.patch) EXPECT_EQ(std::nullopt, patch);
   // wall_high has no entry at all, "none" no faces.
-  EXPECT_EQ(field.lacksValues, (std::vector<char>{0, 1, 1, 0}));
+  EXPECT_EQ((std::vector<char>{0, 1, 1, 0}), field.lacksValues);
 }
 
 TEST(FoamField, FindsPatchesByNameBeforePatternsAndByTheLastPattern) {
@@ -93,41 +93,41 @@ TEST(FoamField, FindsPatchesByNameBeforePatternsAndByTheLastPattern) {
 TEST(FoamField, KnowsTheMacroOfTheInternalField) {
   std::string const patches = "\".*\" { type fixedValue; value $internalField; }\n";
   EXPECT_EQ(Read(Text("uniform 6", patches)).patch[1], (Numbers{6, 6}));
-  EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 3(1 2 3)", patches)),
-            ":12: $internalField can be used only if the internal field is uniform");
+  EXPECT_EQ(":12: $internalField can be used only if the internal field is uniform",
+            Refusal(Text("nonuniform List<scalar> 3(1 2 3)", patches)));
 }
 
 TEST(FoamField, RefusesWhatItCannotRead) {
-  EXPECT_EQ(Refusal(foam_test::Header("volVectorField") + "internalField uniform (0 0 0);"),
-            ":6: a field of class 'volVectorField'; only volScalarField can be read");
-  EXPECT_EQ(Refusal(foam_test::Header("volScalarField")), ": there is no internalField");
-  EXPECT_EQ(Refusal(foam_test::Header("volScalarField") + "internalField uniform 1;\n"),
-            ": there is no boundaryField");
-  EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 2(1 2)", kAllPatches)), ": 2 values for 3 cells");
-  EXPECT_EQ(Refusal(Text("nonuniform List<scalar> 4(1 2 3 4)", kAllPatches)),
-            ":9: the length of a list of values, 4, is not in 0 to 3");
-  EXPECT_EQ(Refusal(Text("nonuniform List<vector> 0()", kAllPatches)),
-            ":9: List<scalar> expected instead of 'List<vector>'");
-  EXPECT_EQ(Refusal(Text("constant 3", kAllPatches)),
-            ":9: uniform or nonuniform expected instead of 'constant'");
-  EXPECT_EQ(Refusal(Text("uniform 1", "inlet { type fixedValue; value nonuniform List<scalar> 2(1 2); }\n")),
-            ": 2 values for 3 faces of patch 'inlet'");
-  EXPECT_EQ(Refusal(Text("uniform 1", "inlet { type fixedValue; value $wall; }\n")),
-            ":12: uniform or nonuniform expected instead of '$wall'");
-  EXPECT_EQ(Refusal(Text("uniform 1", "#include \"more\"\n")), ":12: directives and macros cannot be read");
-  EXPECT_EQ(Refusal(Text("uniform 1", "\"in(let\" { type zeroGradient; }\n")),
-            ":12: the pattern 'in(let' has a '(' that is not closed");
-  EXPECT_EQ(Refusal(Text("uniform 1", "\"\" { type zeroGradient; }\n")), ":12: the pattern '' is empty");
+  EXPECT_EQ(":6: a field of class 'volVectorField'; only volScalarField can be read",
+            Refusal(foam_test::Header("volVectorField") + "internalField uniform (0 0 0);"));
+  EXPECT_EQ(": there is no internalField", Refusal(foam_test::Header("volScalarField")));
+  EXPECT_EQ(": there is no boundaryField",
+            Refusal(foam_test::Header("volScalarField") + "internalField uniform 1;\n"));
+  EXPECT_EQ(": 2 values for 3 cells", Refusal(Text("nonuniform List<scalar> 2(1 2)", kAllPatches)));
+  EXPECT_EQ(":9: the length of a list of values, 4, is not in 0 to 3",
+            Refusal(Text("nonuniform List<scalar> 4(1 2 3 4)", kAllPatches)));
+  EXPECT_EQ(":9: List<scalar> expected instead of 'List<vector>'",
+            Refusal(Text("nonuniform List<vector> 0()", kAllPatches)));
+  EXPECT_EQ(":9: uniform or nonuniform expected instead of 'constant'",
+            Refusal(Text("constant 3", kAllPatches)));
+  EXPECT_EQ(": 2 values for 3 faces of patch 'inlet'",
+            Refusal(Text("uniform 1", "inlet { type fixedValue; value nonuniform List<scalar> 2(1 2); }\n")));
+  EXPECT_EQ(":12: uniform or nonuniform expected instead of '$wall'",
+            Refusal(Text("uniform 1", "inlet { type fixedValue; value $wall; }\n")));
+  EXPECT_EQ(":12: directives and macros cannot be read", Refusal(Text("uniform 1", "#include \"more\"\n")));
+  EXPECT_EQ(":12: the pattern 'in(let' has a '(' that is not closed",
+            Refusal(Text("uniform 1", "\"in(let\" { type zeroGradient; }\n")));
+  EXPECT_EQ(":12: the pattern '' is empty", Refusal(Text("uniform 1", "\"\" { type zeroGradient; }\n")));
 }
 
 TEST(FoamField, RefusesPatternsThatWouldExhaustTheStackOrTheMemory) {
   std::string const deep = std::string(30000, '(') + "inlet" + std::string(30000, ')');
   EXPECT_EQ(
-      Refusal(Text("uniform 1", "\"" + deep + "\" { type zeroGradient; }\n")),
-      ":12: the pattern '((((((((((((((((((((((((((((((((((((((((...' has 60005 characters, more than 1000");
+      ":12: the pattern '((((((((((((((((((((((((((((((((((((((((...' has 60005 characters, more than 1000",
+      Refusal(Text("uniform 1", "\"" + deep + "\" { type zeroGradient; }\n")));
   EXPECT_EQ(
-      Refusal(Text("uniform 1", "\"((a{1,255}){1,255}){1,255}\" { type zeroGradient; }\n")),
-      ":12: the pattern '((a{1,255}){1,255}){1,255}' has a counted repeat '{'; only ?, + and * can be read");
+      ":12: the pattern '((a{1,255}){1,255}){1,255}' has a counted repeat '{'; only ?, + and * can be read",
+      Refusal(Text("uniform 1", "\"((a{1,255}){1,255}){1,255}\" { type zeroGradient; }\n")));
 }
 
 PolyMeshBoundary ManyPatches(int n) {
@@ -174,7 +174,7 @@ TEST(FoamField, DoesNotWriteOutRepeatedValuesThatNoPatchNeeds) {
   }
   TemporaryFolder const folder;
   std::string const file = folder.Write("p", Text("uniform 0", entries + kAllPatches));
-  EXPECT_EQ(ReadFoamField(file, 1, boundary).patch[0], std::nullopt);
+  EXPECT_EQ(std::nullopt, ReadFoamField(file, 1, boundary).patch[0]);
 }
 
 TEST(FoamField, RefusesEveryTruncatedFile) {
@@ -200,7 +200,7 @@ TEST(FoamField, SurvivesDamagedBytes) {
       TemporaryFolder const folder;
       std::string const file = folder.Write("p", text);
       try {
-        EXPECT_EQ(ReadFoamField(file, 3, ThreeCells()).cell.size(), 3U);
+        EXPECT_EQ(3U, ReadFoamField(file, 3, ThreeCells()).cell.size());
       } catch (reference_host::MeshError const& error) {
         EXPECT_EQ(std::string(error.what()).find('\n'), std::string::npos);
       }
@@ -215,12 +215,12 @@ TEST(FoamFieldLookup, FindsFacesByTheirCellPatchAndPlaceAmongItsFaces) {
                                     "wall_low { type zeroGradient; }\n"
                                     "wall_high { type fixedValue; value uniform 5; }\n"));
   FoamFieldLookup const lookup(field, boundary);
-  EXPECT_EQ(lookup.AtCell(1), 20);
-  EXPECT_EQ(lookup.At({0, 0, 0}), 1);
-  EXPECT_EQ(lookup.At({0, 0, 1}), 3);
-  EXPECT_EQ(lookup.At({2, 0, 0}), 2);
-  EXPECT_EQ(lookup.At({1, 1, 0}), 20);
-  EXPECT_EQ(lookup.At({1, 2, 0}), 5);
+  EXPECT_EQ(20, lookup.AtCell(1));
+  EXPECT_EQ(1, lookup.At({0, 0, 0}));
+  EXPECT_EQ(3, lookup.At({0, 0, 1}));
+  EXPECT_EQ(2, lookup.At({2, 0, 0}));
+  EXPECT_EQ(20, lookup.At({1, 1, 0}));
+  EXPECT_EQ(5, lookup.At({1, 2, 0}));
 }
 
 }  // namespace

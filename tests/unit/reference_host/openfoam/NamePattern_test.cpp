@@ -16,7 +16,7 @@ using reference_host::PatternTable;
 
 bool Matches(std::string const& text, std::string const& name) {
   NamePattern pattern;
-  EXPECT_EQ(pattern.Parse(text), "") << text;
+  EXPECT_EQ("", pattern.Parse(text)) << text;
   NamePattern::Workspace workspace;
   return pattern.Matches(name, workspace);
 }
@@ -63,37 +63,37 @@ TEST(NamePattern, TakesTheMeaningFromEscapedCharacters) {
 }
 
 TEST(NamePattern, SaysWhatItCannotTake) {
-  EXPECT_EQ(Fault(""), "is empty");
-  EXPECT_EQ(Fault("a{2}"), "has a counted repeat '{'; only ?, + and * can be read");
-  EXPECT_EQ(Fault("(a"), "has a '(' that is not closed");
-  EXPECT_EQ(Fault("a)"), "has one ')' too many");
-  EXPECT_EQ(Fault("[a"), "has a '[' that is not closed");
-  EXPECT_EQ(Fault("[b-a]"), "has a range of characters in descending order");
-  EXPECT_EQ(Fault("[[:word:]]"), "has an unknown class of characters");
-  EXPECT_EQ(Fault("*a"), "has a '*' with nothing to repeat");
-  EXPECT_EQ(Fault("(?i)a"), "has a '?' with nothing to repeat");
-  EXPECT_EQ(Fault("a|+"), "has a '+' with nothing to repeat");
-  EXPECT_EQ(Fault("a^b"), "has a '^' inside; the whole name has to match anyway");
-  EXPECT_EQ(Fault("\\w+"), "has the escape '\\w', which cannot be read");
-  EXPECT_EQ(Fault("a\\"), "ends in a backslash");
-  EXPECT_EQ(Fault(std::string(1000, 'a')), "");
-  EXPECT_EQ(Fault(std::string(1001, 'a')), "has 1001 characters, more than 1000");
+  EXPECT_EQ("is empty", Fault(""));
+  EXPECT_EQ("has a counted repeat '{'; only ?, + and * can be read", Fault("a{2}"));
+  EXPECT_EQ("has a '(' that is not closed", Fault("(a"));
+  EXPECT_EQ("has one ')' too many", Fault("a)"));
+  EXPECT_EQ("has a '[' that is not closed", Fault("[a"));
+  EXPECT_EQ("has a range of characters in descending order", Fault("[b-a]"));
+  EXPECT_EQ("has an unknown class of characters", Fault("[[:word:]]"));
+  EXPECT_EQ("has a '*' with nothing to repeat", Fault("*a"));
+  EXPECT_EQ("has a '?' with nothing to repeat", Fault("(?i)a"));
+  EXPECT_EQ("has a '+' with nothing to repeat", Fault("a|+"));
+  EXPECT_EQ("has a '^' inside; the whole name has to match anyway", Fault("a^b"));
+  EXPECT_EQ("has the escape '\\w', which cannot be read", Fault("\\w+"));
+  EXPECT_EQ("ends in a backslash", Fault("a\\"));
+  EXPECT_EQ("", Fault(std::string(1000, 'a')));
+  EXPECT_EQ("has 1001 characters, more than 1000", Fault(std::string(1001, 'a')));
 }
 
 TEST(NamePattern, FindsTheLettersThatAllNamesBeginAndEndWith) {
   NamePattern pattern;
-  EXPECT_EQ(pattern.Parse("wall_.*_low"), "");
-  EXPECT_EQ(pattern.Prefix() + "|" + pattern.Suffix(), "wall_|_low");
-  EXPECT_EQ(pattern.Parse("ab?c"), "");
-  EXPECT_EQ(pattern.Prefix() + "|" + pattern.Suffix(), "a|c");
-  EXPECT_EQ(pattern.Parse("ab|ac"), "");
-  EXPECT_EQ(pattern.Prefix() + "|" + pattern.Suffix(), "|");
-  EXPECT_EQ(pattern.Parse("(a)b+"), "");
-  EXPECT_EQ(pattern.Prefix() + "|" + pattern.Suffix(), "|");
+  EXPECT_EQ("", pattern.Parse("wall_.*_low"));
+  EXPECT_EQ("wall_|_low", pattern.Prefix() + "|" + pattern.Suffix());
+  EXPECT_EQ("", pattern.Parse("ab?c"));
+  EXPECT_EQ("a|c", pattern.Prefix() + "|" + pattern.Suffix());
+  EXPECT_EQ("", pattern.Parse("ab|ac"));
+  EXPECT_EQ("|", pattern.Prefix() + "|" + pattern.Suffix());
+  EXPECT_EQ("", pattern.Parse("(a)b+"));
+  EXPECT_EQ("|", pattern.Prefix() + "|" + pattern.Suffix());
   EXPECT_FALSE(pattern.IsLiteral());
-  EXPECT_EQ(pattern.Parse("in\\.let"), "");
+  EXPECT_EQ("", pattern.Parse("in\\.let"));
   EXPECT_TRUE(pattern.IsLiteral());
-  EXPECT_EQ(pattern.Prefix(), "in.let");
+  EXPECT_EQ("in.let", pattern.Prefix());
 }
 
 // A match takes a few steps for each state and each character, whatever the pattern.
@@ -102,7 +102,7 @@ TEST(NamePattern, TakesStepsInProportionToPatternAndName) {
     std::string text;
     while (text.size() + 10 < NamePattern::kLongest) text += unit;
     NamePattern pattern;
-    ASSERT_EQ(pattern.Parse(text), "");
+    ASSERT_EQ("", pattern.Parse(text));
     NamePattern::Workspace workspace;
     pattern.Matches(std::string(300, 'a') + "!", workspace);
     EXPECT_LT(workspace.nSteps, 12 * text.size() * 301) << unit;
@@ -145,17 +145,17 @@ TEST(PatternTable, FindsTheLastPatternThatMatches) {
   PatternTable table(1000000);
   for (std::string const& text : texts) {
     NamePattern pattern;
-    ASSERT_EQ(pattern.Parse(text), "");
+    ASSERT_EQ("", pattern.Parse(text));
     table.Add(pattern);
   }
-  EXPECT_EQ(table.FindLast("outlet"), 0);
-  EXPECT_EQ(table.FindLast("inlet"), 5);
-  EXPECT_EQ(table.FindLast("seat_low"), 3);
-  EXPECT_EQ(table.FindLast("wall_low"), 6);
-  EXPECT_EQ(table.FindLast("wall_high"), 7);
-  EXPECT_EQ(table.FindLast("x_high"), 7);
+  EXPECT_EQ(0, table.FindLast("outlet"));
+  EXPECT_EQ(5, table.FindLast("inlet"));
+  EXPECT_EQ(3, table.FindLast("seat_low"));
+  EXPECT_EQ(6, table.FindLast("wall_low"));
+  EXPECT_EQ(7, table.FindLast("wall_high"));
+  EXPECT_EQ(7, table.FindLast("x_high"));
   EXPECT_FALSE(table.IsExhausted());
-  EXPECT_EQ(PatternTable(10).FindLast("a"), -1);
+  EXPECT_EQ(-1, PatternTable(10).FindLast("a"));
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ std::string Refusal(Files const& files) {
   TemporaryFolder const folder;
   for (auto const& [name, content] : files) folder.Write(name, content);
   std::string what = MeshErrorOf([&] { ReadPolyMesh(folder.Path()); });
-  EXPECT_EQ(what.rfind(folder.Path(), 0), 0U) << what;
+  EXPECT_EQ(0U, what.rfind(folder.Path(), 0)) << what;
   return what.erase(0, std::min(what.size(), folder.Path().size() + 1));
 }
 
@@ -92,12 +92,12 @@ Files With(std::string const& file, std::string const& from, std::string const& 
 TEST(PolyMeshReader, ReadsPolyhedra) {
   FaceMesh const mesh = Read(HexagonColumn());
   CheckMesh(mesh);
-  EXPECT_EQ(mesh.nCells, 2);
-  EXPECT_EQ(mesh.nFaces(), 15);
-  EXPECT_EQ(mesh.points.size(), 18U);
-  EXPECT_EQ(mesh.owner, (std::vector<int>{0, 1, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1}));
-  EXPECT_EQ(mesh.neighbour[0], 1);
-  for (int f = 1; f < 15; ++f) EXPECT_EQ(mesh.neighbour[f], -1);
+  EXPECT_EQ(2, mesh.nCells);
+  EXPECT_EQ(15, mesh.nFaces());
+  EXPECT_EQ(18U, mesh.points.size());
+  EXPECT_EQ((std::vector<int>{0, 1, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1}), mesh.owner);
+  EXPECT_EQ(1, mesh.neighbour[0]);
+  for (int f = 1; f < 15; ++f) EXPECT_EQ(-1, mesh.neighbour[f]);
   std::vector<double> const volume = reference_host::ComputeCellGeometry(mesh, 2).volume;
   double const hexagon = 1.5 * std::sqrt(3.0);
   EXPECT_NEAR(volume[0], hexagon, 1e-14);
@@ -106,16 +106,16 @@ TEST(PolyMeshReader, ReadsPolyhedra) {
 
 TEST(PolyMeshReader, KeepsPatchesWithTheirTypes) {
   FaceMesh const mesh = Read(HexagonColumn());
-  ASSERT_EQ(mesh.patches.size(), 3U);
-  EXPECT_EQ(mesh.patches[0].name, "outlet");
-  EXPECT_EQ(mesh.patches[0].type, "patch");
-  EXPECT_EQ(mesh.patches[1].name, "bottom(1)");
-  EXPECT_EQ(mesh.patches[1].type, "wall");
-  EXPECT_EQ(mesh.patches[2].name, "sides");
-  EXPECT_EQ(mesh.patches[2].type, "symmetryPlane");
-  EXPECT_EQ(FacesInPatch(mesh, "outlet"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "bottom(1)"), 1);
-  EXPECT_EQ(FacesInPatch(mesh, "sides"), 12);
+  ASSERT_EQ(3U, mesh.patches.size());
+  EXPECT_EQ("outlet", mesh.patches[0].name);
+  EXPECT_EQ("patch", mesh.patches[0].type);
+  EXPECT_EQ("bottom(1)", mesh.patches[1].name);
+  EXPECT_EQ("wall", mesh.patches[1].type);
+  EXPECT_EQ("sides", mesh.patches[2].name);
+  EXPECT_EQ("symmetryPlane", mesh.patches[2].type);
+  EXPECT_EQ(1, FacesInPatch(mesh, "outlet"));
+  EXPECT_EQ(1, FacesInPatch(mesh, "bottom(1)"));
+  EXPECT_EQ(12, FacesInPatch(mesh, "sides"));
 }
 
 TEST(PolyMeshReader, ReadsCompactFaces) {
@@ -146,7 +146,7 @@ TEST(PolyMeshReader, TakesTheNumberOfCellsFromOwnerAndNeighbour) {
   // Cell 2 owns no face.
   Files files = HexagonColumn();
   files["neighbour"] = Header("labelList") + "1(2)\n";
-  EXPECT_EQ(Read(files).nCells, 3);
+  EXPECT_EQ(3, Read(files).nCells);
 }
 
 TEST(PolyMeshReader, TakesLinesThatEndTheWindowsWay) {
@@ -160,15 +160,15 @@ TEST(PolyMeshReader, TakesLinesThatEndTheWindowsWay) {
 }
 
 TEST(PolyMeshReader, RefusesBinaryFiles) {
-  EXPECT_EQ(Refusal(With("points", "ascii", "binary")),
-            "points:7: format 'binary' cannot be read; write it in format ascii");
+  EXPECT_EQ("points:7: format 'binary' cannot be read; write it in format ascii",
+            Refusal(With("points", "ascii", "binary")));
 }
 
 TEST(PolyMeshReader, RefusesCompressedFiles) {
   Files files = HexagonColumn();
   files.erase("owner");
   files["owner.gz"] = "\x1f\x8b";
-  EXPECT_EQ(Refusal(files), "owner.gz: compressed files cannot be read; unpack it with gunzip");
+  EXPECT_EQ("owner.gz: compressed files cannot be read; unpack it with gunzip", Refusal(files));
 }
 
 TEST(PolyMeshReader, RefusesMissingFiles) {
@@ -182,13 +182,13 @@ TEST(PolyMeshReader, RefusesMissingFiles) {
 TEST(PolyMeshReader, RefusesFilesWithoutHeader) {
   Files files = HexagonColumn();
   files["faces"] = "0\n()\n";
-  EXPECT_EQ(Refusal(files), "faces:1: not an OpenFOAM file: it does not begin with FoamFile");
+  EXPECT_EQ("faces:1: not an OpenFOAM file: it does not begin with FoamFile", Refusal(files));
 }
 
 TEST(PolyMeshReader, RefusesNumbersOutOfRange) {
-  EXPECT_EQ(Refusal(With("faces", "6(6 7", "6(6 18")), "faces:16: point 18 is not in 0 to 17");
-  EXPECT_EQ(Refusal(With("faces", "6(6 7", "6(6 -1")), "faces:16: point -1 is not in 0 to 17");
-  EXPECT_EQ(Refusal(With("owner", "0 1 0", "0 -1 0")), "owner:16: cell -1 is not in 0 to 2147483646");
+  EXPECT_EQ("faces:16: point 18 is not in 0 to 17", Refusal(With("faces", "6(6 7", "6(6 18")));
+  EXPECT_EQ("faces:16: point -1 is not in 0 to 17", Refusal(With("faces", "6(6 7", "6(6 -1")));
+  EXPECT_EQ("owner:16: cell -1 is not in 0 to 2147483646", Refusal(With("owner", "0 1 0", "0 -1 0")));
   ExpectContains(Refusal(With("owner", "0 1 0", "0 99999999999999999999 0")),
                  "owner:16: cell expected instead of");
 }
@@ -232,7 +232,7 @@ TEST(PolyMeshReader, RefusesPatchesThatAreNotComplete) {
 
 TEST(PolyMeshReader, TakesEmptyPatchesAnywhere) {
   Files files = With("boundary", "3\n(", "4\n(\n nothing { type wall; nFaces 0; startFace 999; }");
-  EXPECT_EQ(FacesInPatch(Read(files), "nothing"), 0);
+  EXPECT_EQ(0, FacesInPatch(Read(files), "nothing"));
 }
 
 TEST(PolyMeshReader, RefusesEveryTruncatedFile) {
@@ -274,10 +274,10 @@ TEST(PolyMeshReader, GivesTheCheckTheNumbersOfTheFile) {
     FaceMesh const mesh = Read(files);
     return MeshErrorOf([&] { CheckMesh(mesh); });
   };
-  EXPECT_EQ(refusal(With("points", "(1 0 0)", "(1 0 nan)")), "point 0 has a coordinate that is not finite");
-  EXPECT_EQ(refusal(With("faces", "6(6 7 8", "6(6 7 7")), "face 0 has point 7 twice");
-  EXPECT_EQ(refusal(With("faces", "6(12 13 14 15 16 17)", "6(17 16 15 14 13 12)")),
-            "cell 1 is not closed (the area vectors of its faces do not add up to zero)");
+  EXPECT_EQ("point 0 has a coordinate that is not finite", refusal(With("points", "(1 0 0)", "(1 0 nan)")));
+  EXPECT_EQ("face 0 has point 7 twice", refusal(With("faces", "6(6 7 8", "6(6 7 7")));
+  EXPECT_EQ("cell 1 is not closed (the area vectors of its faces do not add up to zero)",
+            refusal(With("faces", "6(12 13 14 15 16 17)", "6(17 16 15 14 13 12)")));
 }
 
 TEST(PolyMeshReader, RefusesTwoSigns) {
@@ -295,14 +295,14 @@ TEST(PolyMeshReader, ListsTheCellsOfTheBoundaryByPatch) {
   mesh.neighbour = {1, 2, -1, -1, -1, -1, -1};
   mesh.facePatch = {-1, -1, 2, 0, 0, -1, 2};
   reference_host::PolyMeshBoundary const boundary = reference_host::BoundaryOf(mesh);
-  EXPECT_EQ(boundary.owner, (std::vector<int>{2, 0, 0, 2, 1}));
-  ASSERT_EQ(boundary.facesOfPatch.size(), 3u);
-  EXPECT_EQ(boundary.facesOfPatch[0].first, 0);
-  EXPECT_EQ(boundary.facesOfPatch[0].count, 2);
-  EXPECT_EQ(boundary.facesOfPatch[1].count, 0);
-  EXPECT_EQ(boundary.facesOfPatch[2].first, 2);
-  EXPECT_EQ(boundary.facesOfPatch[2].count, 2);
-  EXPECT_EQ(boundary.patches[2].name, "wall");
+  EXPECT_EQ((std::vector<int>{2, 0, 0, 2, 1}), boundary.owner);
+  ASSERT_EQ(3u, boundary.facesOfPatch.size());
+  EXPECT_EQ(0, boundary.facesOfPatch[0].first);
+  EXPECT_EQ(2, boundary.facesOfPatch[0].count);
+  EXPECT_EQ(0, boundary.facesOfPatch[1].count);
+  EXPECT_EQ(2, boundary.facesOfPatch[2].first);
+  EXPECT_EQ(2, boundary.facesOfPatch[2].count);
+  EXPECT_EQ("wall", boundary.patches[2].name);
 }
 
 }  // namespace

@@ -36,8 +36,8 @@ TEST(MeshPartBytes, UnpacksEveryFieldThatWasPacked) {
 
 TEST(MeshPartBytes, UnpacksAPartWithoutHaloAndPatches) {
   MeshPart const copy = UnpackMeshPart(PackMeshPart(MeshPart{}));
-  EXPECT_EQ(copy.nOwned, 0);
-  EXPECT_EQ(copy.nHalo(), 0);
+  EXPECT_EQ(0, copy.nOwned);
+  EXPECT_EQ(0, copy.nHalo());
   EXPECT_TRUE(copy.patches.empty());
   EXPECT_EQ(copy.faceStart, MeshPart{}.faceStart);
 }

@@ -63,7 +63,7 @@ Graph ShuffledLattice(int n, unsigned seed) {
 TEST(CuthillMcKee, WalksAPathFromEndToEnd) {
   // 3 - 0 - 4 - 1 - 2. The end farthest from vertex 0 is 2.
   std::vector<int> const order = OrderOf(GraphOf(5, {{3, 0}, {0, 4}, {4, 1}, {1, 2}}));
-  EXPECT_EQ(order, (std::vector<int>{2, 1, 4, 0, 3}));
+  EXPECT_EQ((std::vector<int>{2, 1, 4, 0, 3}), order);
 }
 
 TEST(CuthillMcKee, TakesNeighboursByDegreeThenByNumber) {
@@ -75,18 +75,18 @@ TEST(CuthillMcKee, TakesNeighboursByDegreeThenByNumber) {
   //   0 - 3 - 7
   std::vector<int> const order =
       OrderOf(GraphOf(8, {{0, 3}, {3, 7}, {3, 4}, {4, 1}, {4, 2}, {4, 6}, {1, 5}}));
-  EXPECT_EQ(order, (std::vector<int>{0, 3, 7, 4, 2, 6, 1, 5}));
+  EXPECT_EQ((std::vector<int>{0, 3, 7, 4, 2, 6, 1, 5}), order);
 }
 
 TEST(CuthillMcKee, PlacesComponentsOneAfterTheOtherAndSingleVertices) {
   std::vector<int> const order = OrderOf(GraphOf(7, {{1, 5}, {2, 6}, {6, 4}}));
-  EXPECT_EQ(order, (std::vector<int>{0, 1, 5, 2, 6, 4, 3}));
+  EXPECT_EQ((std::vector<int>{0, 1, 5, 2, 6, 4, 3}), order);
 }
 
 TEST(CuthillMcKee, EmptyGraphHasEmptyOrder) { EXPECT_TRUE(OrderOf(GraphOf(0, {})).empty()); }
 
 TEST(CuthillMcKee, BearsLoopsAndRepeatedEdges) {
-  EXPECT_EQ(OrderOf(GraphOf(3, {{0, 0}, {0, 1}, {0, 1}, {1, 2}})), (std::vector<int>{0, 1, 2}));
+  EXPECT_EQ((std::vector<int>{0, 1, 2}), OrderOf(GraphOf(3, {{0, 0}, {0, 1}, {0, 1}, {1, 2}})));
 }
 
 TEST(CuthillMcKee, ShuffledLatticeGetsBackItsBandwidth) {

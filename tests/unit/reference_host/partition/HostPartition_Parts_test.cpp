@@ -163,7 +163,7 @@ TEST(HostPartitionParts, BothSidesOfACutHaveTheSameFaceUpToItsSign) {
       EXPECT_EQ(sides[0].area, Scaled(-1, sides[1].area));
       nCut -= 2;
     }
-    EXPECT_EQ(nCut, 0u);
+    EXPECT_EQ(0u, nCut);
   });
 }
 
@@ -229,8 +229,8 @@ TEST(HostPartitionParts, EveryCellAPartitionOfItsOwn) {
   std::map<std::int64_t, int> const cellOf = CellOfNumber(*whole[0]);
   int nCut = 0;
   for (auto const& partition : partitions) {
-    EXPECT_EQ(partition->mesh()->NInnerCells, 1);
-    EXPECT_EQ(partition->mesh()->NInnerFaces, 0);
+    EXPECT_EQ(1, partition->mesh()->NInnerCells);
+    EXPECT_EQ(0, partition->mesh()->NInnerFaces);
     nCut += partition->partitionFaces()->NParInterFace();
     for (int c = 1; c <= partition->mesh()->NCell; ++c) {
       if (partition->globalCell()[c] == 0) continue;
@@ -245,10 +245,10 @@ TEST(HostPartitionParts, PartsWithoutCellsStandAsideInCollectiveCalls) {
   std::vector<int> partOfCell = RunParts(mesh.nCells, 2);
   for (int& p : partOfCell) p *= 2;  // parts 0 and 2; parts 1 and 3 are empty
   Partitions const partitions = CompletePartitions(mesh, partOfCell, 4);
-  EXPECT_EQ(partitions[1]->mesh()->NCell, 0);
-  EXPECT_EQ(partitions[3]->mesh()->NCell, 0);
+  EXPECT_EQ(0, partitions[1]->mesh()->NCell);
+  EXPECT_EQ(0, partitions[3]->mesh()->NCell);
   EXPECT_GT(partitions[0]->partitionFaces()->NParInterFace(), 0);
-  EXPECT_EQ(partitions[0]->exchangeLists()[0].part, 2);
+  EXPECT_EQ(2, partitions[0]->exchangeLists()[0].part);
 }
 
 }  // namespace

@@ -51,44 +51,44 @@ std::vector<int> RowOf(int const* row) { return std::vector<int>(row + 1, row + 
 TEST(HostPartition, TwoBoxesHaveTheTablesCountedByHand) {
   HostPartition partition = WholeOf(HexBox(2, 1, 1));
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  EXPECT_EQ(mesh.NInnerCells, 2);
-  EXPECT_EQ(mesh.NCell, 12);
-  EXPECT_EQ(mesh.NInnerFaces, 1);
-  EXPECT_EQ(mesh.NNode, 12);
-  EXPECT_EQ(mesh.NInlet, 1);
-  EXPECT_EQ(mesh.NOutlet, 1);
-  EXPECT_EQ(mesh.NSymmetry, 2);
-  EXPECT_EQ(mesh.NWall, 6);
-  EXPECT_EQ(partition.partitionFaces()->NParInterFace(), 0);
+  EXPECT_EQ(2, mesh.NInnerCells);
+  EXPECT_EQ(12, mesh.NCell);
+  EXPECT_EQ(1, mesh.NInnerFaces);
+  EXPECT_EQ(12, mesh.NNode);
+  EXPECT_EQ(1, mesh.NInlet);
+  EXPECT_EQ(1, mesh.NOutlet);
+  EXPECT_EQ(2, mesh.NSymmetry);
+  EXPECT_EQ(6, mesh.NWall);
+  EXPECT_EQ(0, partition.partitionFaces()->NParInterFace());
 
-  EXPECT_EQ(mesh.ijCV[1], 1);
-  EXPECT_EQ(mesh.ij[1], 2);
-  EXPECT_EQ(mesh.ijSx[1], 1);
-  EXPECT_EQ(mesh.ijSy[1], 0);
-  EXPECT_EQ(mesh.ijSz[1], 0);
-  EXPECT_EQ(mesh.ijxc[1], 0.5);
-  EXPECT_EQ(mesh.Lamda[1], 0.5);
-  EXPECT_EQ(mesh.Volume[1], 0.5);
-  EXPECT_EQ(mesh.xc[1], 0.25);
-  EXPECT_EQ(mesh.xc[2], 0.75);
+  EXPECT_EQ(1, mesh.ijCV[1]);
+  EXPECT_EQ(2, mesh.ij[1]);
+  EXPECT_EQ(1, mesh.ijSx[1]);
+  EXPECT_EQ(0, mesh.ijSy[1]);
+  EXPECT_EQ(0, mesh.ijSz[1]);
+  EXPECT_EQ(0.5, mesh.ijxc[1]);
+  EXPECT_EQ(0.5, mesh.Lamda[1]);
+  EXPECT_EQ(0.5, mesh.Volume[1]);
+  EXPECT_EQ(0.25, mesh.xc[1]);
+  EXPECT_EQ(0.75, mesh.xc[2]);
 
   // Ghost cells: inlet 3, outlet 4, symmetry 5 and 6, wall 7 to 12.
-  EXPECT_EQ(mesh.ijInletCV[1], 1);
-  EXPECT_EQ(mesh.ijInlet[1], 3);
-  EXPECT_EQ(mesh.ijInletSx[1], -1);
-  EXPECT_EQ(mesh.ijOutletCV[1], 2);
-  EXPECT_EQ(mesh.ijOutlet[1], 4);
-  EXPECT_EQ(mesh.ijOutletSx[1], 1);
-  EXPECT_EQ(mesh.ijSymmetry[1], 5);
-  EXPECT_EQ(mesh.ijSymmetrySy[1], 0.5);
-  EXPECT_EQ(mesh.ijWall[6], 12);
-  EXPECT_EQ(mesh.xc[3], 0);  // the ghost centre is the face centre
-  EXPECT_EQ(mesh.xc[4], 1);
-  EXPECT_EQ(mesh.yc[5], 1);
+  EXPECT_EQ(1, mesh.ijInletCV[1]);
+  EXPECT_EQ(3, mesh.ijInlet[1]);
+  EXPECT_EQ(-1, mesh.ijInletSx[1]);
+  EXPECT_EQ(2, mesh.ijOutletCV[1]);
+  EXPECT_EQ(4, mesh.ijOutlet[1]);
+  EXPECT_EQ(1, mesh.ijOutletSx[1]);
+  EXPECT_EQ(5, mesh.ijSymmetry[1]);
+  EXPECT_EQ(0.5, mesh.ijSymmetrySy[1]);
+  EXPECT_EQ(12, mesh.ijWall[6]);
+  EXPECT_EQ(0, mesh.xc[3]);  // the ghost centre is the face centre
+  EXPECT_EQ(1, mesh.xc[4]);
+  EXPECT_EQ(1, mesh.yc[5]);
 
-  EXPECT_EQ(mesh.CellCell[1][0], 6);
-  EXPECT_EQ(mesh.CellLnodsNumber[1], 8);
-  EXPECT_EQ(mesh.CellLnodsNumber[3], 4);
+  EXPECT_EQ(6, mesh.CellCell[1][0]);
+  EXPECT_EQ(8, mesh.CellLnodsNumber[1]);
+  EXPECT_EQ(4, mesh.CellLnodsNumber[3]);
   // A corner of the first box: the box and its three ghost cells. A node in the middle: both boxes and twice
   // two ghosts.
   auto const nAround = [&mesh](double x, double y, double z) {
@@ -97,8 +97,8 @@ TEST(HostPartition, TwoBoxesHaveTheTablesCountedByHand) {
     }
     return -1;
   };
-  EXPECT_EQ(nAround(0, 0, 0), 4);
-  EXPECT_EQ(nAround(0.5, 1, 1), 6);
+  EXPECT_EQ(4, nAround(0, 0, 0));
+  EXPECT_EQ(6, nAround(0.5, 1, 1));
 }
 
 // ---- claims on every mesh
@@ -108,14 +108,14 @@ TEST(HostPartition, ElementZeroOfEveryArrayIsZero) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   for (double const* values :
        {mesh.xn, mesh.yn, mesh.zn, mesh.xc, mesh.yc, mesh.zc, mesh.Lamda, mesh.Volume}) {
-    EXPECT_EQ(values[0], 0.0);
+    EXPECT_EQ(0.0, values[0]);
   }
-  EXPECT_EQ(mesh.CellLnodsNumber[0], 0);
+  EXPECT_EQ(0, mesh.CellLnodsNumber[0]);
   for (FaceGroup const& group : GroupsOf(partition)) {
-    EXPECT_EQ(group.cv[0], 0);
-    EXPECT_EQ(group.other[0], 0);
-    EXPECT_EQ(group.sx[0], 0.0);
-    EXPECT_EQ(group.xc[0], 0.0);
+    EXPECT_EQ(0, group.cv[0]);
+    EXPECT_EQ(0, group.other[0]);
+    EXPECT_EQ(0.0, group.sx[0]);
+    EXPECT_EQ(0.0, group.xc[0]);
   }
 }
 
@@ -137,7 +137,7 @@ TEST(HostPartition, CellsAreInteriorThenGhostByGroupThenHalo) {
                                     partition.globalCell().begin() + 1 + mesh.NInnerCells);
     std::sort(owned.begin(), owned.end());
     for (int c = 0; c < part.nOwned; ++c) EXPECT_EQ(owned[c], part.globalCell[c] + 1);
-    for (int c = mesh.NInnerCells + 1; c <= next; ++c) EXPECT_EQ(partition.globalCell()[c], 0);
+    for (int c = mesh.NInnerCells + 1; c <= next; ++c) EXPECT_EQ(0, partition.globalCell()[c]);
   });
 }
 
@@ -208,7 +208,7 @@ TEST(HostPartition, EveryFaceHasItsCellsNodesAreaAndCentreOnce) {
             ComputeFaceGeometry(part.points, part.faceNode.data() + part.faceStart[partFace],
                                 static_cast<int>(part.faceStart[partFace + 1] - part.faceStart[partFace]));
         double const sign = isTurned ? -1 : 1;
-        EXPECT_EQ(AreaOf(group, f), (Point{sign * face.area[0], sign * face.area[1], sign * face.area[2]}));
+        EXPECT_EQ((Point{sign * face.area[0], sign * face.area[1], sign * face.area[2]}), AreaOf(group, f));
         EXPECT_EQ(CentreOf(group, f), face.centre);
       }
     }
@@ -262,7 +262,7 @@ TEST(HostPartition, GhostCentreIsTheFaceCentreAndGhostsKnowTheirPatch) {
       }
     }
     EXPECT_EQ(partition.patchOfGhost(), patch);
-    EXPECT_EQ(partition.patches().size(), 4u);
+    EXPECT_EQ(4u, partition.patches().size());
   });
 }
 
@@ -359,9 +359,9 @@ TEST(HostPartition, NodesAreThoseOfTheMeshEachOnce) {
 
 TEST(HostPartition, BothSidesTakeTheFluxOfEveryFace) {
   ForAllPartitions([](MeshPart const&, HostPartition& partition) {
-    for (int f = 1; f <= partition.mesh()->NInnerFaces; ++f) EXPECT_EQ(partition.mesh()->FaceType[f], 0);
+    for (int f = 1; f <= partition.mesh()->NInnerFaces; ++f) EXPECT_EQ(0, partition.mesh()->FaceType[f]);
     CPartitionFace_DLL& faces = *partition.partitionFaces();
-    for (int f = 1; f <= faces.NParInterFace(); ++f) EXPECT_EQ(faces.FaceType_Partition()[f], 0);
+    for (int f = 1; f <= faces.NParInterFace(); ++f) EXPECT_EQ(0, faces.FaceType_Partition()[f]);
   });
 }
 
@@ -374,13 +374,13 @@ TEST(HostPartition, WeightIsThePlaceOfTheFaceBetweenTheCentres) {
   for (int f = 1; f <= mesh.NInnerFaces; ++f) {
     double const volumeCV = mesh.Volume[mesh.ijCV[f]], volume = mesh.Volume[mesh.ij[f]];
     if (std::abs(volumeCV - volume) < 0.1) {
-      EXPECT_NEAR(mesh.Lamda[f], 0.5, 1e-15);
+      EXPECT_NEAR(0.5, mesh.Lamda[f], 1e-15);
     } else {
       EXPECT_NEAR(mesh.Lamda[f], volumeCV > volume ? 2.0 / 3 : 1.0 / 3, 1e-15);
       ++nSteps;
     }
   }
-  EXPECT_EQ(nSteps, 4);
+  EXPECT_EQ(4, nSteps);
 }
 
 TEST(HostPartition, WeightsLieBetweenTheCellsOfWarpedMeshes) {
@@ -400,13 +400,13 @@ TEST(HostPartition, GlobalsHaveWorkArraysAndAnEmptyName) {
     std::fill(values, values + partition.mesh()->NCell + 1, 1.0);  // ASan knows the extent
   }
   for (int i = 0; i <= 4; ++i) {
-    EXPECT_EQ(globals.ResetRealBlock[i], 0.0);
-    EXPECT_EQ(globals.ResetIntBlock[i], 0);
+    EXPECT_EQ(0.0, globals.ResetRealBlock[i]);
+    EXPECT_EQ(0, globals.ResetIntBlock[i]);
   }
-  EXPECT_STREQ(globals.BaseFileName, "");
-  EXPECT_EQ(globals.UseNonBlockingExch, 0);
+  EXPECT_STREQ("", globals.BaseFileName);
+  EXPECT_EQ(0, globals.UseNonBlockingExch);
   partition.SetBaseFileName("channel.dat");
-  EXPECT_STREQ(globals.BaseFileName, "channel.dat");
+  EXPECT_STREQ("channel.dat", globals.BaseFileName);
 }
 
 TEST(HostPartition, SameInputTwiceGivesTheSameNumbers) {
@@ -447,10 +447,10 @@ TEST(HostPartition, NeighboursGetNearNumbers) {
 TEST(HostPartition, OneCellAloneHasOnlyBoundaryFaces) {
   HostPartition partition = WholeOf(HexBox(1, 1, 1));
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  EXPECT_EQ(mesh.NInnerCells, 1);
-  EXPECT_EQ(mesh.NInnerFaces, 0);
-  EXPECT_EQ(mesh.NCell, 7);
-  EXPECT_EQ(mesh.Volume[1], 1.0);
+  EXPECT_EQ(1, mesh.NInnerCells);
+  EXPECT_EQ(0, mesh.NInnerFaces);
+  EXPECT_EQ(7, mesh.NCell);
+  EXPECT_EQ(1.0, mesh.Volume[1]);
 }
 
 TEST(HostPartition, OneCellAmongOthersHasOnlyPartitionFaces) {
@@ -458,23 +458,23 @@ TEST(HostPartition, OneCellAmongOthersHasOnlyPartitionFaces) {
   std::vector<int> partOfCell(27, 0);
   partOfCell[13] = 1;
   HostPartition partition(ExtractPart(mesh, partOfCell, 1, 2));
-  EXPECT_EQ(partition.mesh()->NInnerCells, 1);
-  EXPECT_EQ(partition.mesh()->NCell, 7);
-  EXPECT_EQ(partition.mesh()->NInnerFaces, 0);
-  EXPECT_EQ(partition.mesh()->NWall, 0);
-  EXPECT_EQ(partition.partitionFaces()->NParInterFace(), 6);
-  ASSERT_EQ(partition.exchangeLists().size(), 1u);
-  EXPECT_EQ(partition.exchangeLists()[0].send, std::vector<int>{1});  // once, though six faces need it
+  EXPECT_EQ(1, partition.mesh()->NInnerCells);
+  EXPECT_EQ(7, partition.mesh()->NCell);
+  EXPECT_EQ(0, partition.mesh()->NInnerFaces);
+  EXPECT_EQ(0, partition.mesh()->NWall);
+  EXPECT_EQ(6, partition.partitionFaces()->NParInterFace());
+  ASSERT_EQ(1u, partition.exchangeLists().size());
+  EXPECT_EQ(std::vector<int>{1}, partition.exchangeLists()[0].send);  // once, though six faces need it
 }
 
 TEST(HostPartition, PartWithoutCellsHasEmptyTables) {
   HostPartition partition(ExtractPart(HexBox(2, 1, 1), {0, 0}, 1, 2));
-  EXPECT_EQ(partition.mesh()->NCell, 0);
-  EXPECT_EQ(partition.mesh()->NNode, 0);
-  EXPECT_EQ(partition.mesh()->NInnerFaces, 0);
+  EXPECT_EQ(0, partition.mesh()->NCell);
+  EXPECT_EQ(0, partition.mesh()->NNode);
+  EXPECT_EQ(0, partition.mesh()->NInnerFaces);
   EXPECT_TRUE(partition.exchangeLists().empty());
-  EXPECT_EQ(partition.part(), 1);
-  EXPECT_EQ(partition.nParts(), 2);
+  EXPECT_EQ(1, partition.part());
+  EXPECT_EQ(2, partition.nParts());
 }
 
 TEST(HostPartition, TwoFacesBetweenTheSameCellsStayTwo) {
@@ -498,13 +498,13 @@ TEST(HostPartition, TwoFacesBetweenTheSameCellsStayTwo) {
   }
   HostPartition partition = WholeOf(builder.Finish());
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  ASSERT_EQ(mesh.NInnerFaces, 2);
-  EXPECT_EQ(mesh.ijCV[1], 1);
-  EXPECT_EQ(mesh.ijCV[2], 1);
-  EXPECT_EQ(RowOf(mesh.CellCell[1])[1], 2);
-  EXPECT_EQ(RowOf(mesh.CellCell[1])[2], 2);
+  ASSERT_EQ(2, mesh.NInnerFaces);
+  EXPECT_EQ(1, mesh.ijCV[1]);
+  EXPECT_EQ(1, mesh.ijCV[2]);
+  EXPECT_EQ(2, RowOf(mesh.CellCell[1])[1]);
+  EXPECT_EQ(2, RowOf(mesh.CellCell[1])[2]);
   EXPECT_NE(RowOf(mesh.CellFace[1])[1], RowOf(mesh.CellFace[1])[2]);
-  EXPECT_EQ(mesh.CellLnodsNumber[1], 10);
+  EXPECT_EQ(10, mesh.CellLnodsNumber[1]);
 }
 
 std::string ErrorOf(FaceMesh const& mesh) {
@@ -519,13 +519,13 @@ std::string ErrorOf(FaceMesh const& mesh) {
 TEST(HostPartition, BoundaryWithoutGroupIsRefusedByName) {
   FaceMesh mesh = HexBox(1, 1, 1);
   mesh.patches[2].group.reset();
-  EXPECT_EQ(ErrorOf(mesh), "patch 'wall' has no boundary group");
+  EXPECT_EQ("patch 'wall' has no boundary group", ErrorOf(mesh));
 }
 
 TEST(HostPartition, BoundaryFaceWithoutPatchIsRefused) {
   FaceMesh mesh = HexBox(2, 1, 1);
   mesh.facePatch[mesh.nFaces() - 1] = -1;
-  EXPECT_EQ(ErrorOf(mesh), "boundary face of cell 2 belongs to no patch");
+  EXPECT_EQ("boundary face of cell 2 belongs to no patch", ErrorOf(mesh));
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ Field InteriorField(HostPartition& partition, int field) {
 
 /// Halo cells have their owners' values, ghost cells and element 0 are untouched.
 void ExpectExchanged(HostPartition& partition, Field const& values, int field) {
-  EXPECT_EQ(values[0], kUntouched);
+  EXPECT_EQ(kUntouched, values[0]);
   for (int c = 1; c <= partition.mesh()->NCell; ++c) {
     std::int64_t const globalCell = partition.globalCell()[c];
     EXPECT_EQ(values[c], globalCell == 0 ? kUntouched : ValueOf(globalCell, field)) << "cell " << c;
@@ -143,8 +143,8 @@ TEST(InProcessExchange, StartInABusyBufferFails) {
   Field a(8), b(8);
   communication.DDM_IExch_Start(a.data(), ZYNNonBlockingBuffer1);
   EXPECT_EQ(
-      FailureOf<std::logic_error>([&] { communication.DDM_IExch_Start(b.data(), ZYNNonBlockingBuffer1); }),
-      "halo exchange of partition 0: start in buffer 1, which is still under way");
+      "halo exchange of partition 0: start in buffer 1, which is still under way",
+      FailureOf<std::logic_error>([&] { communication.DDM_IExch_Start(b.data(), ZYNNonBlockingBuffer1); }));
   communication.DDM_IExch_Start(b.data(), ZYNNonBlockingBuffer2);  // the others are free
 }
 
@@ -154,22 +154,22 @@ TEST(InProcessExchange, WaitWithAnotherFieldFails) {
   Field a(8), b(8);
   communication.DDM_IExch_Start(a.data(), ZYNNonBlockingBuffer0);
   EXPECT_EQ(
-      FailureOf<std::logic_error>([&] { communication.DDM_IExch_Wait(b.data(), ZYNNonBlockingBuffer0); }),
-      "halo exchange of partition 0: wait for buffer 0 with another field");
+      "halo exchange of partition 0: wait for buffer 0 with another field",
+      FailureOf<std::logic_error>([&] { communication.DDM_IExch_Wait(b.data(), ZYNNonBlockingBuffer0); }));
 }
 
 TEST(InProcessExchange, WaitWithoutStartFails) {
   ThreadedRun run(HexBox(1, 1, 1), {0}, 1);
   Field a(8);
-  EXPECT_EQ(FailureOf<std::logic_error>(
-                [&] { run.communications[0]->DDM_IExch_Wait(a.data(), ZYNNonBlockingBuffer0); }),
-            "halo exchange of partition 0: wait for buffer 0, which was not started");
+  EXPECT_EQ("halo exchange of partition 0: wait for buffer 0, which was not started",
+            FailureOf<std::logic_error>(
+                [&] { run.communications[0]->DDM_IExch_Wait(a.data(), ZYNNonBlockingBuffer0); }));
 }
 
 TEST(InProcessExchange, MissingFieldFails) {
   ThreadedRun run(HexBox(1, 1, 1), {0}, 1);
-  EXPECT_EQ(FailureOf<std::logic_error>([&] { run.communications[0]->DDM_Exch(nullptr); }),
-            "halo exchange of partition 0: start of the blocking exchange without a field");
+  EXPECT_EQ("halo exchange of partition 0: start of the blocking exchange without a field",
+            FailureOf<std::logic_error>([&] { run.communications[0]->DDM_Exch(nullptr); }));
 }
 
 TEST(InProcessExchange, PartitionsThatStartInAnotherOrderFail) {
@@ -211,22 +211,21 @@ TEST(InProcessReduction, SinglePartitionKeepsItsValue) {
   InProcessReduction reduction(group);
   int value = -42;
   reduction.AllMin(value);
-  EXPECT_EQ(value, -42);
+  EXPECT_EQ(-42, value);
 }
 
 TEST(RunInProcess, RunsEveryPartOnce) {
   std::array<std::atomic<int>, 6> count{};
   RunInProcess(6, [&count](int p) { ++count[p]; });
-  for (auto const& n : count) EXPECT_EQ(n, 1);
+  for (auto const& n : count) EXPECT_EQ(1, n);
 }
 
 TEST(RunInProcess, ThrowsAgainWhatOnePartThrew) {
-  EXPECT_EQ(FailureOf<std::out_of_range>([] {
+  EXPECT_EQ("part 1", FailureOf<std::out_of_range>([] {
               RunInProcess(3, [](int p) {
                 if (p == 1) throw std::out_of_range("part 1");
               });
-            }),
-            "part 1");
+            }));
 }
 
 TEST(RunInProcess, PartsThatWaitForAFailedOneStop) {
@@ -241,7 +240,7 @@ TEST(RunInProcess, PartsThatWaitForAFailedOneStop) {
       run.communications[p]->DDM_Exch(values.data());
     }
   };
-  EXPECT_EQ(FailureOf<std::out_of_range>([&] { RunInProcess(run.group, body); }), "part 1 came to an end");
+  EXPECT_EQ("part 1 came to an end", FailureOf<std::out_of_range>([&] { RunInProcess(run.group, body); }));
 }
 
 }  // namespace

@@ -41,10 +41,10 @@ TEST(MeshQuality, ShearedBoxesLeanByTheAngleOfTheShear) {
   FaceMesh mesh = HexBox(2, 1, 1);
   for (Point& point : mesh.points) point[1] += 0.5 * point[0];
   QualitySums const sums = QualityOf(mesh);
-  EXPECT_EQ(sums.nFaces, 1);
+  EXPECT_EQ(1, sums.nFaces);
   EXPECT_NEAR(sums.sumNonOrthogonality, std::atan(0.5) * 180 / std::acos(-1.0), 1e-12);
   EXPECT_NEAR(sums.maxNonOrthogonality, sums.sumNonOrthogonality, 0);
-  EXPECT_NEAR(sums.maxSkewness, 0, 1e-15);
+  EXPECT_NEAR(0, sums.maxSkewness, 1e-15);
 }
 
 TEST(MeshQuality, StepBetweenCoarseAndFineCellsIsSkewed) {
@@ -78,8 +78,8 @@ TEST(MeshQuality, FacesBetweenPartitionsAreCountedOnce) {
 TEST(MeshQuality, PartitionWithoutSuchFacesCountsNone) {
   HostPartition partition(ExtractPart(HexBox(1, 1, 1), {0}, 0, 1));
   QualitySums const sums = MeasureQuality(partition);
-  EXPECT_EQ(sums.nFaces, 0);
-  EXPECT_EQ(sums.maxSkewness, 0.0);
+  EXPECT_EQ(0, sums.nFaces);
+  EXPECT_EQ(0.0, sums.maxSkewness);
 }
 
 }  // namespace
