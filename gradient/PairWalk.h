@@ -15,12 +15,12 @@ struct VectorSums {
   double *x, *y, *z;
 };
 
-template <bool toBoth, class PairProduct>
+template <bool ToBoth, class PairProduct>
 [[gnu::always_inline]] inline void AddPairProducts(FaceGroup const& group, PairProduct const& pairProduct,
                                                    VectorSums const& sums) {
   auto const add = [=](double x, double y, double z, int cv, int other) {
     sums.x[cv] += x, sums.y[cv] += y, sums.z[cv] += z;
-    if constexpr (toBoth) sums.x[other] += x, sums.y[other] += y, sums.z[other] += z;
+    if constexpr (ToBoth) sums.x[other] += x, sums.y[other] += y, sums.z[other] += z;
   };
   int f = 1;
   for (; f < group.count; f += 2) {

@@ -20,11 +20,11 @@ namespace grammar {
 namespace x3 = boost::spirit::x3;
 
 // A quoted field may hold commas, line ends and doubled quotes.
-auto const quoted = '"' >> *(x3::lit("\"\"") | (x3::char_ - '"')) >> '"';
-auto const plain = *(x3::char_ - x3::char_(",\"\r\n"));
-auto const blanks = *x3::char_(" \t");
-auto const field = x3::raw[(blanks >> quoted >> blanks) | plain];
-auto const row = field % ',';
+auto const kQuoted = '"' >> *(x3::lit("\"\"") | (x3::char_ - '"')) >> '"';
+auto const kPlain = *(x3::char_ - x3::char_(",\"\r\n"));
+auto const kBlanks = *x3::char_(" \t");
+auto const kField = x3::raw[(kBlanks >> kQuoted >> kBlanks) | kPlain];
+auto const kRow = kField % ',';
 
 }  // namespace grammar
 
@@ -67,7 +67,7 @@ class CsvText {
     do {
       if (at_ == end_) return false;
       fields.clear();
-      boost::spirit::x3::parse(at_, end_, grammar::row, fields);
+      boost::spirit::x3::parse(at_, end_, grammar::kRow, fields);
       if (at_ != end_ && *at_ == '"') Fail(at_, "a quote that is not closed, or not around a whole field");
       if (at_ != end_ && *at_ == '\r') ++at_;
       if (at_ != end_ && *at_ != '\n') Fail(at_, "expected a line end");
