@@ -13,6 +13,8 @@ using x3::ascii::alnum;
 using x3::ascii::alpha;
 using x3::ascii::digit;
 
+// Rules are named as in a grammar; the library's macro appends _def to the names.
+// NOLINTBEGIN(readability-identifier-naming)
 x3::rule<class SumRule, tree::Sum> const sum = "operand";
 x3::rule<class PrimaryRule, tree::Primary> const primary = "operand";
 x3::rule<class SignedRule, tree::Signed> const signedOperand = "operand";
@@ -44,6 +46,7 @@ auto const term = x3::rule<class TermRule, tree::Term>{"a term"} = x3::char_("+-
 auto const sum_def = product >> *term;
 
 BOOST_SPIRIT_DEFINE(sum, product, power, signedOperand, primary, name)
+// NOLINTEND(readability-identifier-naming)
 
 }  // namespace grammar
 

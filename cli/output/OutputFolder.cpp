@@ -144,8 +144,8 @@ bool OutputFolder::MakeFolder() {
 
 /// A run that ends removes empty folders that it created, perhaps between our steps, but hardly several times in a row.
 FolderLock::Outcome OutputFolder::Take() {
-  constexpr int kMostTries = 100;
-  for (int attempt = 0; attempt < kMostTries; ++attempt) {
+  constexpr int kMostTriesToTake = 100;
+  for (int attempt = 0; attempt < kMostTriesToTake; ++attempt) {
     if (!MakeFolder()) continue;
     FolderLock::Outcome const outcome = unfinished_.Take();
     if (outcome != FolderLock::Outcome::NoPlace) return outcome;

@@ -41,6 +41,7 @@ std::string WriteSettingsText(std::string const& file, std::string const& text) 
 
 std::vector<std::string> RunSettingsFiles(Ranks const& ranks) {
   std::vector<std::string> files;
+  files.reserve(static_cast<std::size_t>(ranks.count()));
   for (int rank = 0; rank < ranks.count(); ++rank) files.push_back(SettingsName(rank));
   return files;
 }

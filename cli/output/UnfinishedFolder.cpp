@@ -155,9 +155,9 @@ void UnfinishedFolder::Check() const {
 void UnfinishedFolder::Leave() {
   if (!lock_.Release()) return;
   // When a signal ends the run, an operator may be about to write its settings file.
-  constexpr int kMostTries = 3;
+  constexpr int kMostRemovals = 3;
   int reason = 0;
-  for (int attempt = 0; attempt < kMostTries && !(attempt > 0 && HoldsOneThing(path_)); ++attempt)
+  for (int attempt = 0; attempt < kMostRemovals && !(attempt > 0 && HoldsOneThing(path_)); ++attempt)
     reason = RemoveListed(files_, folders_);
   if (reason != 0 && !HoldsOneThing(path_)) {
     lock_.GiveUp();
