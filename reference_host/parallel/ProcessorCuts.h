@@ -17,8 +17,8 @@ class ProcessorCuts {
 
   MpiNeighbours const& neighbours() const { return neighbours_; }
 
-  /// The own nodes of the k-th face of cut i, in the neighbour's order: Nodes(i)[Start(i)[k]] ..
-  /// Nodes(i)[Start(i)[k+1]-1].
+  /// The own nodes of the k-th face of cut i, in the neighbour's order, are the elements Start(i)[k] to
+  /// Start(i)[k+1]-1 of Nodes(i).
   std::vector<int> const& Nodes(std::size_t i) const { return nodes_[i]; }
   std::vector<std::size_t> const& Start(std::size_t i) const { return start_[i]; }
 
