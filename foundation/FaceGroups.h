@@ -13,7 +13,7 @@
 /// ghost or halo cell has the kind of its face and an interior cell the kind of inner faces.
 enum class FaceKind : int { Inner = 1, Wall = 2, Inlet = 3, Outlet = 4, Partition = 5, Symmetry = 6 };
 
-constexpr std::size_t kFaceKinds = 6;
+inline constexpr std::size_t kFaceKinds = 6;
 
 /// Position of a kind in arrays by kind, 0..kFaceKinds-1.
 constexpr std::size_t IndexOf(FaceKind kind) { return static_cast<std::size_t>(kind) - 1; }
@@ -59,7 +59,7 @@ using Mesh = CZYN3DFiniteVolumeMesh;
 
 /// All groups by IndexOf(kind), that is by ascending face type.
 // clang-format off
-constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
+inline constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
     {FaceKind::Inner, 0, "inner", "ij", "NInnerFaces", "Lamda", "FaceType",
      &Mesh::NInnerFaces, &Mesh::ijCV, &Mesh::ij, &Mesh::ijSx, &Mesh::ijSy, &Mesh::ijSz,
      &Mesh::ijxc, &Mesh::ijyc, &Mesh::ijzc, &Mesh::ijLnods, &Mesh::Lamda, &Mesh::FaceType},
@@ -82,14 +82,14 @@ constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
 // clang-format on
 
 /// Of the Green-Gauss sums, after inner and partition faces.
-constexpr std::array<FaceKind, 4> kGreenGaussBoundary = {FaceKind::Inlet, FaceKind::Outlet,
-                                                         FaceKind::Symmetry, FaceKind::Wall};
+inline constexpr std::array<FaceKind, 4> kGreenGaussBoundary = {FaceKind::Inlet, FaceKind::Outlet,
+                                                                FaceKind::Symmetry, FaceKind::Wall};
 /// Of the least-squares sums, after inner and partition faces.
-constexpr std::array<FaceKind, 4> kLeastSquaresBoundary = {FaceKind::Inlet, FaceKind::Outlet, FaceKind::Wall,
-                                                           FaceKind::Symmetry};
+inline constexpr std::array<FaceKind, 4> kLeastSquaresBoundary = {FaceKind::Inlet, FaceKind::Outlet,
+                                                                  FaceKind::Wall, FaceKind::Symmetry};
 /// Of the face operator's walks over the faces with a ghost or halo cell.
-constexpr std::array<FaceKind, 5> kFacesWithOwnCell = {FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet,
-                                                       FaceKind::Partition, FaceKind::Symmetry};
+inline constexpr std::array<FaceKind, 5> kFacesWithOwnCell = {
+    FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet, FaceKind::Partition, FaceKind::Symmetry};
 }  // namespace face_groups
 
 constexpr FaceGroupMembers const& MembersOf(FaceKind kind) { return face_groups::kTable[IndexOf(kind)]; }
