@@ -55,11 +55,14 @@ struct FaceGroupMembers {
 };
 
 namespace face_groups {
+// Hidden, or a library built without the project's flags would share these tables with the whole process and could
+// never be unloaded.
+
 using Mesh = CZYN3DFiniteVolumeMesh;
 
 /// All groups by IndexOf(kind), that is by ascending face type.
 // clang-format off
-inline constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
+[[gnu::visibility("hidden")]] inline constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
     {FaceKind::Inner, 0, "inner", "ij", "NInnerFaces", "Lamda", "FaceType",
      &Mesh::NInnerFaces, &Mesh::ijCV, &Mesh::ij, &Mesh::ijSx, &Mesh::ijSy, &Mesh::ijSz,
      &Mesh::ijxc, &Mesh::ijyc, &Mesh::ijzc, &Mesh::ijLnods, &Mesh::Lamda, &Mesh::FaceType},
@@ -82,13 +85,13 @@ inline constexpr std::array<FaceGroupMembers, kFaceKinds> kTable = {{
 // clang-format on
 
 /// Of the Green-Gauss sums, after inner and partition faces.
-inline constexpr std::array<FaceKind, 4> kGreenGaussBoundary = {FaceKind::Inlet, FaceKind::Outlet,
-                                                                FaceKind::Symmetry, FaceKind::Wall};
+[[gnu::visibility("hidden")]] inline constexpr std::array<FaceKind, 4> kGreenGaussBoundary = {
+    FaceKind::Inlet, FaceKind::Outlet, FaceKind::Symmetry, FaceKind::Wall};
 /// Of the least-squares sums, after inner and partition faces.
-inline constexpr std::array<FaceKind, 4> kLeastSquaresBoundary = {FaceKind::Inlet, FaceKind::Outlet,
-                                                                  FaceKind::Wall, FaceKind::Symmetry};
+[[gnu::visibility("hidden")]] inline constexpr std::array<FaceKind, 4> kLeastSquaresBoundary = {
+    FaceKind::Inlet, FaceKind::Outlet, FaceKind::Wall, FaceKind::Symmetry};
 /// Of the face operator's walks over the faces with a ghost or halo cell.
-inline constexpr std::array<FaceKind, 5> kFacesWithOwnCell = {
+[[gnu::visibility("hidden")]] inline constexpr std::array<FaceKind, 5> kFacesWithOwnCell = {
     FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet, FaceKind::Partition, FaceKind::Symmetry};
 }  // namespace face_groups
 
