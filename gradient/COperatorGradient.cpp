@@ -41,6 +41,12 @@ int COperatorGradient::ResetMaxGradientIterationNumber(int n) {
 
 int COperatorGradient::Initialize() { return m_pImpl->Initialize(); }
 
+void COperatorGradient::Release() { m_pImpl->Release(); }
+
+int COperatorGradient::UpdateGeometry() { return m_pImpl->UpdateGeometry(); }
+
+void COperatorGradient::SetResultExchange(bool wanted) { m_pImpl->m_bExchangesResult = wanted; }
+
 void COperatorGradient::GradMethod(double* phi, double* gx, double* gy, double* gz, int n) {
   m_pImpl->GradMethod(phi, gx, gy, gz, n);
 }

@@ -72,6 +72,21 @@ class ZYN_EXPORT COperatorGradient {
   /// @return 1; -1 on all partitions if one of them failed
   int Initialize();
 
+  /// Frees what Initialize has made, for a mesh of other cells and faces: Initialize may follow, with the same records or
+  /// with others received since, and nothing is left behind. Copies share the state, so it is gone for them, too.
+  void Release();
+
+  /// Brings what Initialize has made up to date after points have moved: gathers the moments of type 1 into the arrays
+  /// that are there, derives the weights of type 2 anew, does nothing for other types. Collective like Initialize.
+  /// @pre Initialize with the same gradient type, on a mesh with the same cells and faces
+  /// @return as Initialize
+  int UpdateGeometry();
+
+  /// Whether gradients exchange their outputs at the end, as they do after construction. Without it, the outputs have no
+  /// defined values in halo cells, for solvers that exchange or never read them. Exchanges between the sweeps of the
+  /// iterated gradient stay. The same on all partitions.
+  void SetResultExchange(bool wanted);
+
   /// Gradient of `phi` by the method of the gradient type. Collective, except with types 2 and 3.
   /// @param[in]  phi       [1..NCell], U
   /// @param[out] gx,gy,gz  [1..NCell], U/L, overwritten (with 0 sweeps only exchanged)

@@ -21,7 +21,7 @@ COperatorGradientImpl::~COperatorGradientImpl() {
   m_pGVGPU = nullptr;
   m_pGVOpenMP = nullptr;
   m_pRBF = nullptr;
-  for (double* array : {m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz, m_pSyz, m_pBx, m_pBy, m_pBz}) delete[] array;
+  FreeLeastSquaresArrays();
 }
 
 void COperatorGradientImpl::AppendError(char const* message) { AppendErrorText(m_szError, message); }
@@ -58,12 +58,35 @@ int COperatorGradientImpl::ResetMaxGradientIterationNumber(int n) {
   return Status::kSuccess;
 }
 
-int COperatorGradientImpl::Initialize() {
-  int status = Status::kDone;
-  if (m_iGradType == kLeastSquaresType) GatherLeastSquaresMoments();
-  if (m_iGradType == kRadialBasisType) status = SetUpRadialBasisOperator();
+/// Collective: failure, if one of the partitions failed.
+int COperatorGradientImpl::Agreed(int status) {
   m_pCom->AllMin(status);
   return status < 0 ? Status::kFailure : Status::kSuccess;
+}
+
+int COperatorGradientImpl::Initialize() {
+  int status = Status::kDone;
+  if (m_iGradType == kLeastSquaresType) {
+    AllocateLeastSquaresArrays();
+    GatherLeastSquaresMoments();
+  }
+  if (m_iGradType == kRadialBasisType) status = SetUpRadialBasisOperator();
+  return Agreed(status);
+}
+
+void COperatorGradientImpl::Release() {
+  FreeLeastSquaresArrays();
+  DestroyRadialBasisOperator();
+}
+
+int COperatorGradientImpl::UpdateGeometry() {
+  int status = Status::kDone;
+  if (m_iGradType == kLeastSquaresType) GatherLeastSquaresMoments();
+  if (m_iGradType == kRadialBasisType) {
+    DestroyRadialBasisOperator();
+    status = SetUpRadialBasisOperator();
+  }
+  return Agreed(status);
 }
 
 void COperatorGradientImpl::GradMethod(double* phi, double* gx, double* gy, double* gz, int n) {

@@ -14,7 +14,7 @@ class CZyn3dGV;
 /// Private state of COperatorGradient, and the gradient methods with one source file each.
 ///
 /// The host objects are borrowed. The nine least-squares arrays are owned: the destructor frees those of the last
-/// Initialize, earlier ones are never freed.
+/// Initialize, earlier ones are never freed. Release frees them, and the cell operator.
 class COperatorGradientImpl {
  public:
   COperatorGradientImpl();
@@ -28,6 +28,8 @@ class COperatorGradientImpl {
   int getGradType(int& type);
   int ResetMaxGradientIterationNumber(int n);
   int Initialize();
+  void Release();
+  int UpdateGeometry();
   void GradMethod(double* phi, double* gx, double* gy, double* gz, int n);
   void GradMethod_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y, double* g1z,
                     double* g2x, double* g2y, double* g2z, double* g3x, double* g3y, double* g3z);
@@ -41,9 +43,10 @@ class COperatorGradientImpl {
   CZYNGVGPU* m_pGVGPU = nullptr;
   CZYNGVOpenMP* m_pGVOpenMP = nullptr;
   std::uintptr_t m_GPUHead = 0;             ///< first word of the accelerator object; nothing reads it
-  CZynRBFInternalObject* m_pRBF = nullptr;  ///< cell operator of gradient type 2; never destroyed from here
+  CZynRBFInternalObject* m_pRBF = nullptr;  ///< cell operator of gradient type 2; destroyed by Release alone
   int m_iMaxGradIter = 1;                   ///< stored for the caller's sake, never read
   int m_iGradType = 0;
+  bool m_bExchangesResult = true;
   char m_szError[1024];
 
   /// [1..NCell] least-squares moments, L^2: sums of dx*dx, dy*dy, dz*dz, dy*dx, dz*dx, dz*dy over a cell's
@@ -55,6 +58,7 @@ class COperatorGradientImpl {
 
  private:
   void AppendError(char const* message);
+  int Agreed(int status);
 
   // GreenGauss_Iterated.cpp, GreenGauss_Plain.cpp, GreenGauss_Weighted.cpp, GreenGauss_ThreeComponent.cpp
   void IteratedGreenGauss(double const* phi, double* gx, double* gy, double* gz, int nSweep);
@@ -63,15 +67,19 @@ class COperatorGradientImpl {
   void ThreeComponentGreenGauss(double const* const phi[3], double* const g9[9]);
 
   // LeastSquares.cpp
+  void AllocateLeastSquaresArrays();
+  void FreeLeastSquaresArrays();
   void GatherLeastSquaresMoments();
   void LeastSquares(double const* phi, double* gx, double* gy, double* gz);
   void ClearLeastSquaresSums(double* gx, double* gy, double* gz);
 
   // RadialBasis.cpp
   int SetUpRadialBasisOperator();
+  void DestroyRadialBasisOperator();
   void RadialBasis(double* phi, double* gx, double* gy, double* gz);
 
   // Exchange.cpp
   void ExchangeThree(double* gx, double* gy, double* gz);
-  void ExchangeNine(double* const g[9]);
+  void ExchangeResult(double* gx, double* gy, double* gz);
+  void ExchangeResult(double* const g[9]);
 };

@@ -1,4 +1,5 @@
-// A gradient ends with the exchange of its output arrays, blocking or through the four non-blocking buffers.
+// A gradient ends with the exchange of its output arrays, unless the solver has declined it: blocking, or through the four
+// non-blocking buffers.
 
 #include "gradient/COperatorGradientImpl.h"
 #include "host/ZYNCommunication.h"
@@ -22,8 +23,13 @@ void COperatorGradientImpl::ExchangeThree(double* gx, double* gy, double* gz) {
   for (int i = 0; i < 3; ++i) m_pComm->DDM_IExch_Wait(arrays[i], Buffer(i));
 }
 
+void COperatorGradientImpl::ExchangeResult(double* gx, double* gy, double* gz) {
+  if (m_bExchangesResult) ExchangeThree(gx, gy, gz);
+}
+
 // Nine arrays pass through four buffers in rotation: each wait frees the buffer that the next start takes.
-void COperatorGradientImpl::ExchangeNine(double* const g[9]) {
+void COperatorGradientImpl::ExchangeResult(double* const g[9]) {
+  if (!m_bExchangesResult) return;
   constexpr int kArrays = 9;
   if (m_pGV->UseNonBlockingExch == 0) {
     for (int i = 0; i < kArrays; ++i) m_pComm->DDM_Exch(g[i]);

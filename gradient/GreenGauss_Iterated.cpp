@@ -67,7 +67,7 @@ void COperatorGradientImpl::IteratedGreenGauss(double const* phi, double* gx, do
   if (nSweep < 2) {
     for (double* array : {Gx, Gy, Gz}) std::fill(array + 1, array + mesh.NCell + 1, 0.0);
     if (nSweep == 1) sweep(uncorrected, gx, gy, gz);
-    ExchangeThree(gx, gy, gz);
+    ExchangeResult(gx, gy, gz);
     return;
   }
 
@@ -82,5 +82,5 @@ void COperatorGradientImpl::IteratedGreenGauss(double const* phi, double* gx, do
     std::copy(gz + 1, gz + mesh.NCell + 1, Gz + 1);
     ExchangeThree(Gx, Gy, Gz);
   }
-  ExchangeThree(gx, gy, gz);
+  ExchangeResult(gx, gy, gz);
 }

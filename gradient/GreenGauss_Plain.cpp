@@ -24,5 +24,5 @@ void COperatorGradientImpl::PlainGreenGauss(double const* phi, double* gx, doubl
   // g_c *= 1/V
   for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / (mesh.Volume[c] + kTiny));
 
-  ExchangeThree(gx, gy, gz);
+  ExchangeResult(gx, gy, gz);
 }

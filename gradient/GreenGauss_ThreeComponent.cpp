@@ -26,5 +26,5 @@ void COperatorGradientImpl::ThreeComponentGreenGauss(double const* const phi[3],
   // g_c *= 1/V
   for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / (mesh.Volume[c] + kTiny));
 
-  ExchangeNine(g9);
+  ExchangeResult(g9);
 }

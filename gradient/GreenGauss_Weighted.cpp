@@ -49,5 +49,5 @@ void COperatorGradientImpl::WeightedGreenGauss(double const* phi, double* gx, do
   // g_c *= 1/V
   for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / mesh.Volume[c]);
 
-  ExchangeThree(gx, gy, gz);
+  ExchangeResult(gx, gy, gz);
 }

@@ -45,13 +45,22 @@ void ReportZeroPivot() {
 
 }  // namespace
 
+// A repeated set-up leaves the former arrays behind.
+void COperatorGradientImpl::AllocateLeastSquaresArrays() {
+  for (double** array : {&m_pSxx, &m_pSyy, &m_pSzz, &m_pSxy, &m_pSxz, &m_pSyz, &m_pBx, &m_pBy, &m_pBz})
+    *array = ZeroedCellArray(m_pMesh->NCell);
+}
+
+void COperatorGradientImpl::FreeLeastSquaresArrays() {
+  for (double** array : {&m_pSxx, &m_pSyy, &m_pSzz, &m_pSxy, &m_pSxz, &m_pSyz, &m_pBx, &m_pBy, &m_pBz}) {
+    delete[] * array;
+    *array = nullptr;
+  }
+}
+
 void COperatorGradientImpl::GatherLeastSquaresMoments() {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   int const nCell = mesh.NCell;
-  // A repeated set-up leaves the former arrays behind.
-  for (double** array : {&m_pSxx, &m_pSyy, &m_pSzz, &m_pSxy, &m_pSxz, &m_pSyz, &m_pBx, &m_pBy, &m_pBz})
-    *array = ZeroedCellArray(nCell);
-
   double *const sxx = m_pSxx, *const syy = m_pSyy, *const szz = m_pSzz;
   double *const sxy = m_pSxy, *const sxz = m_pSxz, *const syz = m_pSyz;
 #pragma omp parallel for schedule(static)
@@ -111,5 +120,5 @@ void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* 
     ReportZeroPivot();
     return;
   }
-  ExchangeThree(gx, gy, gz);
+  ExchangeResult(gx, gy, gz);
 }

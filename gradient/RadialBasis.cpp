@@ -5,8 +5,7 @@
 #include "gradient/COperatorGradientImpl.h"
 #include "rbf_cell/CZynRBFInternalObject.h"
 
-// Creates the cell operator at the first call. Nobody destroys it: its destructor would destroy the host objects that it
-// was given, and they belong to the solver.
+// Creates the cell operator at the first call.
 // @return the status of the derivation, whatever became of the settings; 0 if the operator exists already
 int COperatorGradientImpl::SetUpRadialBasisOperator() {
   if (m_pRBF != nullptr) return Status::kDone;
@@ -16,6 +15,19 @@ int COperatorGradientImpl::SetUpRadialBasisOperator() {
   m_pRBF->getCommunication(m_pComm);
   m_pRBF->InitialRBFSetting();
   return m_pRBF->DeriveRBFweighting();
+}
+
+// The destructor of the cell operator destroys the host objects that it has. They belong to the solver, so it gives them
+// back first.
+void COperatorGradientImpl::DestroyRadialBasisOperator() {
+  if (m_pRBF == nullptr) return;
+  m_pRBF->m_pGV = nullptr;
+  m_pRBF->m_pPartFace = nullptr;
+  m_pRBF->m_pComm = nullptr;
+  m_pRBF->m_pGVGPU = nullptr;
+  m_pRBF->m_pGVOpenMP = nullptr;
+  delete m_pRBF;
+  m_pRBF = nullptr;
 }
 
 void COperatorGradientImpl::RadialBasis(double* phi, double* gx, double* gy, double* gz) {

@@ -70,7 +70,7 @@ void CZynRBFInternalObject::ReleaseTables() {
 }
 
 // All that were handed over except the mesh. They belong to this object from then on. COperatorGradient only borrows
-// its host objects, and therefore never destroys its cell operator.
+// its host objects, so it takes them back before it destroys its cell operator.
 void CZynRBFInternalObject::DestroyHostObjects() {
   DeleteObject(m_pGV);
   DeleteObject(m_pPartFace);
