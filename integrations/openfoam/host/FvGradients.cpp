@@ -1,6 +1,7 @@
 #include "host/FvGradients.h"
 
 #include "coupledPolyPatch.H"
+#include "host/Interleave.h"
 #include "host/LargePages.h"
 #include "host/SettingsFolder.h"
 
@@ -30,21 +31,15 @@ void PrepareLargeResult(Field<Type>& gradient) {
 }
 
 void CopyOut(double const* const* g, Field<vector>& gradient) {
-  double const *const x = g[0], *const y = g[1], *const z = g[2];
-  vector* const to = gradient.data();
-  label const n = gradient.size();
-  for (label c = 0; c < n; ++c) to[c] = vector(x[c], y[c], z[c]);
+  Interleave<3>({g[0], g[1], g[2]}, reinterpret_cast<double*>(gradient.data()), gradient.size());
 }
 
 // g_k, the gradient of component k, is column k.
 void CopyOut(double const* const* g, Field<tensor>& gradient) {
-  tensor* const to = gradient.data();
-  label const n = gradient.size();
-  for (label c = 0; c < n; ++c) {
-    to[c] = tensor(g[0][c], g[3][c], g[6][c],   // d/dx
-                   g[1][c], g[4][c], g[7][c],   // d/dy
-                   g[2][c], g[5][c], g[8][c]);  // d/dz
-  }
+  Interleave<9>({g[0], g[3], g[6],   // d/dx
+                 g[1], g[4], g[7],   // d/dy
+                 g[2], g[5], g[8]},  // d/dz
+                reinterpret_cast<double*>(gradient.data()), gradient.size());
 }
 
 }  // namespace
