@@ -10,6 +10,7 @@ namespace zyn {
 
 defineTypeName(FvMeshHost);
 defineDebugSwitchWithName(FvMeshHost, "zyn", 0);
+registerDebugSwitchWithName(FvMeshHost, FvMeshHost, "zyn");
 
 FvMeshHost& FvMeshHost::Of(fvMesh const& mesh) {
   // The registry lends what it keeps as const.
@@ -83,6 +84,9 @@ std::unique_ptr<reference_host::ArrayHost> FvMeshHost::MakeHost(reference_host::
 void FvMeshHost::Check(reference_host::ArrayHost& host, bool hasTopology) {
   host_check::HostCheckOptions options;
   options.cellRows = options.nodeTables = hasTopology;
+  // What a gradient would have made later counts as missing.
+  host.MakeIterationArrays();
+  host.SetBaseFileName("zyn.run");
   host_check::HostCheckReport report;
   host_check::CheckHostData(host.mesh(), host.partitionFaces(), &exchange_, &reduction_, host.globals(),
                             report, options);
