@@ -333,7 +333,7 @@ class HaloCellCheck {
     if (turned_.isSound && turned_.nCells > 0) {
       report_.AddNote(Text(turned_.nCells,
                            " halo cells stand for cells of another place and direction: a periodic boundary "
-                           "by rotation. Exchanged gradients are not rotated"));
+                           "by rotation, through which gradients have to be turned"));
     }
     if (options_.interpolatedHalo && nMeans_ > 0) {
       report_.AddNote(Text(nMeans_, " halo cells hold weighted means of several cells' values",
