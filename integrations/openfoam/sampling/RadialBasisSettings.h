@@ -1,0 +1,41 @@
+#pragma once
+
+#include "dictionary.H"
+#include "host/ZYNKNCompParm.h"
+
+namespace Foam {
+namespace zyn {
+
+/// The settings of an operator: how stencils are found and how wide the radial functions are.
+struct RadialBasisSettings {
+  int method;
+  int span;
+  int number;
+
+  /// Defaults of the operators, with the method that is the most accurate on most meshes.
+  static RadialBasisSettings DefaultsOfPoints() { return {2, 500, 20}; }
+  static RadialBasisSettings DefaultsOfFaces() { return {2, 1000, 20}; }
+
+  /// Reads the entries `method`, `span` and `number`, all of them optional. Ends the program with a message if one is
+  /// out of range or if there is another entry.
+  void Read(dictionary const& dict, int nMethods);
+};
+
+/// Hands settings to the operators, which otherwise read and write a file in the working folder.
+class LentSettings : public CZYNKNCMPCompParm {
+ public:
+  explicit LentSettings(RadialBasisSettings const& settings);
+
+  CZYNCMP_FaceRBF_Parm* getFaceRBFParm() override { return &faces_; }
+  CZYNCMP_IBRBF_Parm* getIBRBFParm() override { return &points_; }
+
+ private:
+  CZYNCMP_FaceRBF_Parm faces_;
+  CZYNCMP_IBRBF_Parm points_;
+};
+
+/// Ends the program with a message unless all keywords of a dictionary are among those given.
+void CheckKeywords(dictionary const& dict, std::initializer_list<char const*> known);
+
+}  // namespace zyn
+}  // namespace Foam
