@@ -1,7 +1,6 @@
 #include "sampling/FaceSampler.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "foundation/FaceGroups.h"
 #include "sampling/WeightSums.h"
@@ -20,7 +19,7 @@ RadialBasisSettings AsPoints(RadialBasisSettings settings) {
 }  // namespace
 
 FaceSampler::FaceSampler(SamplingMesh& mesh, UList<label> const& faces, RadialBasisSettings const& settings)
-    : mesh_(mesh) {
+    : mesh_(mesh), settings_(settings) {
   std::vector<point> coupledCentres;
   bool isAsked[kOperators] = {};
   for (label const face : faces) {
@@ -34,10 +33,11 @@ FaceSampler::FaceSampler(SamplingMesh& mesh, UList<label> const& faces, RadialBa
     }
   }
   reference_host::ArrayMesh const& arrays = mesh_.arrays().arrays();
-  if (isAsked[kInner]) SetUp(kInner, arrays.inner.count, settings);
-  if (isAsked[kWall]) SetUp(kWall, arrays.wall.count - arrays.nEmptyFaces, settings);
+  if (isAsked[kInner]) SetUp(kInner, arrays.inner.count);
+  if (isAsked[kWall]) SetUp(kWall, arrays.wall.count - arrays.nEmptyFaces);
   UList<point> const centres(coupledCentres.data(), static_cast<label>(coupledCentres.size()));
-  coupled_ = std::make_unique<PointSampler>(mesh_, centres, AsPoints(settings), PointSampler::Boundary::kUsed);
+  coupled_ =
+      std::make_unique<PointSampler>(mesh_, centres, AsPoints(settings), PointSampler::Boundary::kUsed);
 }
 
 FaceSampler::Place FaceSampler::PlaceOf(label face) const {
@@ -52,10 +52,9 @@ FaceSampler::Place FaceSampler::PlaceOf(label face) const {
   return {kWall, found->first - mesh_.arrays().arrays().nCells + static_cast<int>(inPatch) + 1};
 }
 
-void FaceSampler::SetUp(Group group, int nFaces, RadialBasisSettings const& settings) {
+void FaceSampler::SetUp(Group group, int nFaces) {
   CZynFaceRBFInternalObject& op = operators_[group];
-  LentSettings lent(settings);
-  op.SetZYNKNCMP(&lent);
+  op.SetZYNKNCMP(&settings_);
   mesh_.Wire(op);
   values_[group].assign(static_cast<std::size_t>(nFaces) + 1, 0.0);
   cleared_.resize(std::max(cleared_.size(), values_[group].size()));
@@ -66,8 +65,8 @@ void FaceSampler::SetUp(Group group, int nFaces, RadialBasisSettings const& sett
 void FaceSampler::Sample(direction component, std::vector<double>& values) {
   for (int group = 0; group < kOperators; ++group) {
     if (values_[group].empty()) continue;
-    operators_[group].Multiply_FaceRBFCoefficent(mesh_.Component(component), values_[group].data(), cleared_.data(),
-                                                 cleared_.data(), cleared_.data());
+    operators_[group].Multiply_FaceRBFCoefficent(mesh_.Component(component), values_[group].data(),
+                                                 cleared_.data(), cleared_.data(), cleared_.data());
   }
   coupled_->Sample(component);
   values.clear();
@@ -78,11 +77,15 @@ void FaceSampler::Sample(direction component, std::vector<double>& values) {
 }
 
 double FaceSampler::LargestErrorOfOne() const {
-  double largest = coupled_->LargestErrorOfOne();
-  for (int group = 0; group < kOperators; ++group) {
-    int const nFaces = static_cast<int>(values_[group].size()) - 1;
-    CZynFaceRBFInternalObject const& op = operators_[group];
-    largest = std::max(largest, LargestDeviationFromOne(op.m_ppFaceCellConn, op.m_ppFaceFiCoef, nFaces));
+  double largest = 0.0;
+  for (Place const& place : places_) {
+    if (place.group == kCoupled) {
+      largest = std::max(largest, coupled_->ErrorOfOne(place.number - 1));
+    } else {
+      CZynFaceRBFInternalObject const& op = operators_[place.group];
+      largest =
+          std::max(largest, ErrorOfOne(op.m_ppFaceCellConn[place.number], op.m_ppFaceFiCoef[place.number]));
+    }
   }
   return largest;
 }

@@ -25,7 +25,7 @@ class FaceSampler {
   /// @param[out] values  one for each face, overwritten: of a component of the field that `mesh` was filled with
   void Sample(direction component, std::vector<double>& values);
 
-  /// The largest deviation from 1 of the sum of a face's weights; a NaN counts as infinite.
+  /// How far the sum of a face's weights is from 1, at most; infinite if one is not a number.
   double LargestErrorOfOne() const;
 
  private:
@@ -38,13 +38,14 @@ class FaceSampler {
   };
 
   Place PlaceOf(label face) const;
-  void SetUp(Group group, int nFaces, RadialBasisSettings const& settings);
+  void SetUp(Group group, int nFaces);
 
   SamplingMesh& mesh_;
+  LentSettings settings_;
   std::vector<Place> places_;
   CZynFaceRBFInternalObject operators_[kOperators];  // of inner and of wall faces
   std::vector<double> values_[kOperators];           // [1..faces of the operator]
-  std::vector<double> cleared_;                      // the operator also clears three arrays, here one for all
+  std::vector<double> cleared_;  // the operator also clears three arrays, here one for all
   std::unique_ptr<PointSampler> coupled_;
 };
 

@@ -1,6 +1,6 @@
 #include "sampling/PointSampler.h"
 
-#include <cmath>
+#include <algorithm>
 
 #include "sampling/WeightSums.h"
 #include "wedgeFvPatch.H"
@@ -17,8 +17,8 @@ std::vector<double> MarksOf(SamplingMesh& mesh, PointSampler::Boundary boundary)
   std::vector<double> marks(static_cast<std::size_t>(mesh.nCells()) + 1, kUsable);
   for (FvMeshArrays::PatchCells const& p : arrays.uncoupledPatches()) {
     // The faces of wedges stand beside the layer of cells, not around it.
-    bool const isUsed = boundary == PointSampler::Boundary::kUsed &&
-                        !isA<wedgeFvPatch>(mesh.mesh().boundary()[p.patch]);
+    bool const isUsed =
+        boundary == PointSampler::Boundary::kUsed && !isA<wedgeFvPatch>(mesh.mesh().boundary()[p.patch]);
     if (!isUsed) std::fill_n(marks.begin() + p.first + 1, p.size, kNotUsable);
   }
   return marks;
@@ -26,9 +26,9 @@ std::vector<double> MarksOf(SamplingMesh& mesh, PointSampler::Boundary boundary)
 
 }  // namespace
 
-PointSampler::PointSampler(SamplingMesh& mesh, UList<point> const& points, RadialBasisSettings const& settings,
-                           Boundary boundary)
-    : mesh_(mesh), nPoints_(static_cast<int>(points.size())), x_(1), y_(1), z_(1) {
+PointSampler::PointSampler(SamplingMesh& mesh, UList<point> const& points,
+                           RadialBasisSettings const& settings, Boundary boundary)
+    : mesh_(mesh), settings_(settings), nPoints_(static_cast<int>(points.size())), x_(1), y_(1), z_(1) {
   for (point const& p : points) {
     x_.push_back(p.x());
     y_.push_back(p.y());
@@ -37,8 +37,7 @@ PointSampler::PointSampler(SamplingMesh& mesh, UList<point> const& points, Radia
   for (auto& values : values_) values.assign(x_.size(), 0.0);
   if (nPoints_ == 0) return;
 
-  LentSettings lent(settings);
-  operator_.SetZYNKNCMP(&lent);
+  operator_.SetZYNKNCMP(&settings_);
   mesh_.Wire(operator_);
   std::vector<double> marks = MarksOf(mesh_, boundary);
   SilentOutput const duringSetUp;
@@ -51,8 +50,8 @@ void PointSampler::Sample(direction component) {
                                      values_[2].data(), values_[3].data());
 }
 
-double PointSampler::LargestErrorOfOne() const {
-  return LargestDeviationFromOne(operator_.m_ppIBConn, operator_.m_ppIBValueCoef, nPoints_);
+double PointSampler::ErrorOfOne(int i) const {
+  return zyn::ErrorOfOne(operator_.m_ppIBConn[i + 1], operator_.m_ppIBValueCoef[i + 1]);
 }
 
 }  // namespace zyn

@@ -18,7 +18,8 @@ class PointSampler {
 
   /// @param mesh    borrowed; must outlive the object
   /// @param points  of this process; each should lie in one of its cells
-  PointSampler(SamplingMesh& mesh, UList<point> const& points, RadialBasisSettings const& settings, Boundary boundary);
+  PointSampler(SamplingMesh& mesh, UList<point> const& points, RadialBasisSettings const& settings,
+               Boundary boundary);
 
   /// Values of a component of the field that `mesh` was filled with, one for each point.
   void Sample(direction component);
@@ -26,11 +27,12 @@ class PointSampler {
   /// @param axis  0, 1, 2
   double const* slopes(int axis) const { return &values_[1 + axis][1]; }
 
-  /// The largest deviation from 1 of the sum of a point's weights; a NaN counts as infinite.
-  double LargestErrorOfOne() const;
+  /// How far the sum of a point's weights is from 1. Infinite if it is not a number.
+  double ErrorOfOne(int i) const;
 
  private:
   SamplingMesh& mesh_;
+  LentSettings settings_;
   int const nPoints_;
   std::vector<double> x_, y_, z_, values_[4];  // [1..nPoints_]
   CZynIBRBFInternalObject operator_;

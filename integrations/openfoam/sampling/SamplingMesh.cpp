@@ -12,7 +12,15 @@ SamplingMesh::SamplingMesh(fvMesh const& mesh) : host_(FvMeshHost::Of(mesh)) {
   reference_host::ArrayMesh withoutEmptyFaces = arrays().arrays();
   withoutEmptyFaces.wall.count -= withoutEmptyFaces.nEmptyFaces;
   withoutEmptyFaces.nEmptyFaces = 0;
-  flat_ = std::make_unique<reference_host::ArrayHost>(withoutEmptyFaces, reference_host::ArrayHost::Extent::kTopology);
+  flat_ = std::make_unique<reference_host::ArrayHost>(withoutEmptyFaces,
+                                                      reference_host::ArrayHost::Extent::kTopology);
+}
+
+point SamplingMesh::InItsPlane(point const& p) const {
+  point moved = p;
+  for (direction d = 0; d < point::nComponents; ++d)
+    if (mesh().geometricD()[d] < 0 && mesh().nCells() > 0) moved[d] = mesh().cellCentres()[0][d];
+  return moved;
 }
 
 // A stream without a buffer discards what it is given. Its state has to be good again afterwards.

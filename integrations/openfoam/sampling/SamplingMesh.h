@@ -25,6 +25,8 @@ class SamplingMesh {
   FvMeshArrays const& arrays() const { return host_.arrays(); }
   /// Whether the mesh is one layer of cells.
   bool IsFlat() const { return mesh().nGeometricD() < 3; }
+  /// On a mesh of one layer, the point at the height of the cell centres of this process. Else the point itself.
+  point InItsPlane(point const& p) const;
 
   /// Gives an operator its mesh. Operators only read it.
   template <class Operator>
