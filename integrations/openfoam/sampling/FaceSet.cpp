@@ -79,20 +79,26 @@ labelList FaceSet::Select(polyMesh const& mesh) const {
   return own;
 }
 
+// Every process ends, or none: patches that are not coupled have the same number everywhere.
 void FaceSet::CheckMethod(polyMesh const& mesh, labelList const& faces,
                           RadialBasisSettings const& settings) const {
+  label empty = -1, boundary = -1;
   for (label const face : faces) {
     if (mesh.isInternalFace(face)) continue;
-    polyPatch const& patch = mesh.boundaryMesh()[mesh.boundaryMesh().whichPatch(face)];
-    if (isA<emptyPolyPatch>(patch)) {
-      FatalIOErrorInFunction(dict_) << "Patch " << patch.name() << " is empty: no field has values there"
-                                    << exit(FatalIOError);
-    }
-    if (settings.method == kPointsOnTheNormal && !patch.coupled()) {
-      FatalIOErrorInFunction(dict_)
-          << "Method 4 has no values at faces of the boundary, such as those of patch " << patch.name()
-          << ": take 1, 2 or 3" << exit(FatalIOError);
-    }
+    label const p = mesh.boundaryMesh().whichPatch(face);
+    if (isA<emptyPolyPatch>(mesh.boundaryMesh()[p])) empty = p;
+    if (!mesh.boundaryMesh()[p].coupled()) boundary = p;
+  }
+  reduce(empty, maxOp<label>());
+  reduce(boundary, maxOp<label>());
+  if (empty >= 0) {
+    FatalIOErrorInFunction(dict_) << "Patch " << mesh.boundaryMesh()[empty].name()
+                                  << " is empty: no field has values there" << exit(FatalIOError);
+  }
+  if (boundary >= 0 && settings.method == kPointsOnTheNormal) {
+    FatalIOErrorInFunction(dict_)
+        << "Method 4 has no values at faces of the boundary, such as those of patch "
+        << mesh.boundaryMesh()[boundary].name() << ": take 1, 2 or 3" << exit(FatalIOError);
   }
 }
 

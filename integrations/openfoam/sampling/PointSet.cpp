@@ -26,14 +26,12 @@ pointField Line(dictionary const& dict) {
 
 /// Collective: the first process reads the file for all.
 pointField VerticesOf(dictionary const& dict, Time const& time) {
+  fileName const file = time.globalPath() / time.constant() / "triSurface" / dict.get<fileName>("surface");
+  bool isThere = Pstream::master() && isFile(file);
+  Pstream::scatter(isThere);
+  if (!isThere) FatalIOErrorInFunction(dict) << "There is no surface " << file << exit(FatalIOError);
   pointField points;
-  if (Pstream::master()) {
-    fileName const file = time.globalPath() / time.constant() / "triSurface" / dict.get<fileName>("surface");
-    if (!isFile(file)) {
-      FatalIOErrorInFunction(dict) << "There is no surface " << file << exit(FatalIOError);
-    }
-    points = triSurface(file).points();
-  }
+  if (Pstream::master()) points = triSurface(file).points();
   Pstream::scatter(points);
   return points;
 }

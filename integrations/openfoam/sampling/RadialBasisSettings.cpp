@@ -18,6 +18,13 @@ void ReadInteger(dictionary const& dict, char const* key, label most, int& value
 
 }  // namespace
 
+dictionary DictionaryIn(dictionary const& dict, word const& key) {
+  if (dict.found(key) && !dict.isDict(key)) {
+    FatalIOErrorInFunction(dict) << key << " is no dictionary" << exit(FatalIOError);
+  }
+  return dict.subOrEmptyDict(key);
+}
+
 void CheckKeywords(dictionary const& dict, std::initializer_list<char const*> known) {
   for (word const& key : dict.toc()) {
     if (std::find(known.begin(), known.end(), key) != known.end()) continue;

@@ -12,9 +12,8 @@ struct RadialBasisSettings {
   int span;
   int number;
 
-  /// Defaults of the operators, with the method that is the most accurate on most meshes.
-  static RadialBasisSettings DefaultsOfPoints() { return {2, 500, 20}; }
-  static RadialBasisSettings DefaultsOfFaces() { return {2, 1000, 20}; }
+  /// The method that is the most accurate on most meshes, and a span at which rounding does not show.
+  static RadialBasisSettings Defaults() { return {2, 200, 20}; }
 
   /// Reads the entries `method`, `span` and `number`, all of them optional. Ends the program with a message if one is
   /// out of range or if there is another entry.
@@ -33,6 +32,10 @@ class LentSettings : public CZYNKNCMPCompParm {
   CZYNCMP_FaceRBF_Parm faces_;
   CZYNCMP_IBRBF_Parm points_;
 };
+
+/// The dictionary in an entry. Ends the program with a message if the entry is there but no dictionary.
+/// @param key  an entry that is missing counts as an empty dictionary
+dictionary DictionaryIn(dictionary const& dict, word const& key);
 
 /// Ends the program with a message unless all keywords of a dictionary are among those given.
 void CheckKeywords(dictionary const& dict, std::initializer_list<char const*> known);

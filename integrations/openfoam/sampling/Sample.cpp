@@ -28,21 +28,19 @@ bool Sample::read(dictionary const& dict) {
   ReadInterpolation(dict);
   points_.clear();
   faces_.clear();
-  if (!dict.isDict("points") && !dict.isDict("faces")) {
-    FatalIOErrorInFunction(dict) << "Neither a dictionary points nor a dictionary faces is given"
-                                 << exit(FatalIOError);
+  if (!dict.found("points") && !dict.found("faces")) {
+    FatalIOErrorInFunction(dict) << "Neither points nor faces are given" << exit(FatalIOError);
   }
-  if (dict.isDict("points")) ReadPoints(dict);
-  if (dict.isDict("faces")) ReadFaces(dict);
+  if (dict.found("points")) ReadPoints(dict);
+  if (dict.found("faces")) ReadFaces(dict);
   return true;
 }
 
 void Sample::ReadInterpolation(dictionary const& dict) {
   constexpr int kPointMethods = 3, kFaceMethods = 4;
-  pointSettings_ = RadialBasisSettings::DefaultsOfPoints();
-  faceSettings_ = RadialBasisSettings::DefaultsOfFaces();
-  pointSettings_.Read(dict.subOrEmptyDict("pointInterpolation"), kPointMethods);
-  faceSettings_.Read(dict.subOrEmptyDict("faceInterpolation"), kFaceMethods);
+  pointSettings_ = faceSettings_ = RadialBasisSettings::Defaults();
+  pointSettings_.Read(DictionaryIn(dict, "pointInterpolation"), kPointMethods);
+  faceSettings_.Read(DictionaryIn(dict, "faceInterpolation"), kFaceMethods);
 }
 
 void Sample::ReadPoints(dictionary const& dict) {
@@ -52,8 +50,8 @@ void Sample::ReadPoints(dictionary const& dict) {
                                  << flatOutput(writer<scalar>::wordConstructorTablePtr_->sortedToc())
                                  << exit(FatalIOError);
   }
-  dictionary const& sets = dict.subDict("points");
-  for (word const& name : sets.toc()) points_.emplace_back(name, sets.subDict(name), time_);
+  dictionary const sets = DictionaryIn(dict, "points");
+  for (word const& name : sets.toc()) points_.emplace_back(name, DictionaryIn(sets, name), time_);
 }
 
 void Sample::ReadFaces(dictionary const& dict) {
@@ -61,10 +59,10 @@ void Sample::ReadFaces(dictionary const& dict) {
   if (!surfaceWriter::supportedType(format)) {
     FatalIOErrorInFunction(dict) << "Unknown surfaceFormat " << format << exit(FatalIOError);
   }
-  dictionary const options = dict.subOrEmptyDict("formatOptions").subOrEmptyDict(format);
-  dictionary const& sets = dict.subDict("faces");
+  dictionary const options = DictionaryIn(DictionaryIn(dict, "formatOptions"), format);
+  dictionary const sets = DictionaryIn(dict, "faces");
   for (word const& name : sets.toc())
-    faces_.emplace_back(name, sets.subDict(name), surfaceWriter::New(format, options));
+    faces_.emplace_back(name, DictionaryIn(sets, name), surfaceWriter::New(format, options));
 }
 
 void Sample::SetUp() {

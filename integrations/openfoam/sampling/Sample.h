@@ -36,8 +36,8 @@ namespace zyn {
 ///           between { internal yes; }
 ///       }
 ///       // Optional, with their defaults:
-///       pointInterpolation { method 2; span 500; number 20; }
-///       faceInterpolation  { method 2; span 1000; number 20; }
+///       pointInterpolation { method 2; span 200; number 20; }
+///       faceInterpolation  { method 2; span 200; number 20; }
 ///       gradients     no;        // of the fields, at points
 ///       boundary      yes;       // values at points take those of patches into account
 ///       setFormat     raw;       // of points: raw, csv, vtk, ...
