@@ -27,6 +27,7 @@ set(public_headers
   foundation/CZYNVector.h
   foundation/Cpp_DataStructure.h
   foundation/Export.h
+  foundation/FaceGroups.h
   foundation/IBCnode.h
   foundation/Zyn3dGradOpVersion.h
   gradient/COperatorGradient.h
@@ -42,6 +43,8 @@ set(public_headers
 # Of the reference host what a program needs to have it read, cut and lend a mesh.
 set(reference_host_headers
   reference_host/MeshReader.h
+  reference_host/arrays/ArrayHost.h
+  reference_host/arrays/ArrayMesh.h
   reference_host/box/BoxMesh.h
   reference_host/box/BoxSpec.h
   reference_host/mesh/BoundaryGroups.h

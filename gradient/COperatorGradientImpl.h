@@ -46,7 +46,6 @@ class COperatorGradientImpl {
   CZynRBFInternalObject* m_pRBF = nullptr;  ///< cell operator of gradient type 2; destroyed by Release alone
   int m_iMaxGradIter = 1;                   ///< stored for the caller's sake, never read
   int m_iGradType = 0;
-  bool m_bExchangesResult = true;
   char m_szError[1024];
 
   /// [1..NCell] least-squares moments, L^2: sums of dx*dx, dy*dy, dz*dz, dy*dx, dz*dx, dz*dy over a cell's
@@ -55,6 +54,8 @@ class COperatorGradientImpl {
   double *m_pSxy = nullptr, *m_pSxz = nullptr, *m_pSyz = nullptr;
   /// [1..NCell] least-squares right-hand sides, U*L: sums of dphi*dx, dphi*dy, dphi*dz.
   double *m_pBx = nullptr, *m_pBy = nullptr, *m_pBz = nullptr;
+
+  bool m_bExchangesResult = true;  ///< whether the halo cells of the outputs are filled
 
  private:
   void AppendError(char const* message);

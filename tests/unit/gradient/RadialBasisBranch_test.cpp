@@ -121,6 +121,41 @@ TEST(RadialBasisBranch, SecondInitializeDerivesNothingAgain) {
   EXPECT_EQ(std::vector<int>({1, 0}), solver.host.com.values);
 }
 
+TEST(RadialBasisBranch, ReleaseDestroysTheCellOperatorButNoHostObjectAndInitializeMakesAnother) {
+  Solver solver(SomeMesh());
+  solver.host.com.values.reserve(64);
+  solver.Initialize();
+  solver.gradient->Release();
+  EXPECT_EQ(nullptr, solver.CellOperator());
+  long const live = LiveAllocations(), blocks = LiveBlocks();
+  for (int n = 0; n < 3; ++n) {
+    solver.Initialize();
+    PlainCellOperator plain(solver.mesh, 500.0, 0);
+    plain.Collate();
+    plain.DeriveAll();
+    EXPECT_TRUE(SameWeights(plain, *solver.CellOperator()));
+    solver.gradient->Release();
+  }
+  EXPECT_EQ(live, LiveAllocations());
+  EXPECT_EQ(blocks, LiveBlocks());
+}
+
+TEST(RadialBasisBranch, UpdateGeometryDerivesTheWeightsOfTheMovedMesh) {
+  Solver solver(SomeMesh());
+  solver.Initialize();
+  TestMesh moved = solver.mesh;
+  for (int c = 1; c <= moved.NCell(); ++c) {
+    solver.host.centres.x[c] *= 1.5;
+    moved.Centre(c).x = solver.host.centres.x[c];
+  }
+  Printed([&] { EXPECT_EQ(1, solver.gradient->UpdateGeometry()); });
+  PlainCellOperator plain(moved, 500.0, 0);
+  plain.Collate();
+  plain.DeriveAll();
+  EXPECT_TRUE(SameWeights(plain, *solver.CellOperator()));
+  EXPECT_EQ(std::vector<int>({1, 1}), solver.host.com.values);
+}
+
 TEST(RadialBasisBranch, FailureOfAnotherPartitionFailsHereAndKeepsTheCellOperator) {
   Solver solver(SomeMesh());
   solver.host.com.othersMinimum = -1;
