@@ -1,6 +1,6 @@
-from collections.abc import Callable, Mapping, Sequence
+from collections.abc import Callable, Mapping
 from os import PathLike
-from typing import Any, Literal
+from typing import Any, Literal, NamedTuple
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
@@ -15,11 +15,9 @@ _Groups = Mapping[str, _Group]
 _Method = Literal["plain", "iterated", "least_squares", "radial_basis"]
 _FaceKind = Literal["inner", "wall", "inlet", "outlet", "partition", "symmetry"]
 
-class Patch:
-    @property
-    def name(self) -> str: ...
-    @property
-    def group(self) -> _Group: ...
+class Patch(NamedTuple):
+    name: str
+    group: _Group | None
 
 class Breach:
     @property
@@ -43,23 +41,19 @@ class Quality:
     @property
     def face_count(self) -> int: ...
 
-class PartitionFaces:
-    def __init__(
-        self,
-        owner: _Integers,
-        areas: _Floats,
-        centres: _Floats,
-        weights: _Floats,
-        *,
-        exchange: Callable[[_Floats], object],
-        halo_cells: _Integers | None = None,
-        halo_count: int | None = None,
-    ) -> None: ...
+class PartitionFaces(NamedTuple):
+    owner: _Integers
+    areas: _Floats
+    centres: _Floats
+    weights: _Floats
+    exchange: Callable[[_Floats], object]
+    halo_cells: _Integers | None = None
+    halo_count: int | None = None
 
 class MpiExchange:
     def __init__(self, comm: Any, send: Mapping[int, ArrayLike], receive: Mapping[int, ArrayLike]) -> None: ...
     def __call__(self, field: _Floats) -> None: ...
-    def minimum(self, value: int) -> int: ...
+    def minimum(self, number: int) -> int: ...
 
 class Mesh:
     def __init__(
@@ -94,7 +88,7 @@ class Mesh:
     ) -> Mesh: ...
     def check(self, *, max_per_kind: int = 5) -> list[Breach]: ...
     def quality(self) -> Quality: ...
-    def ghost_cells(self, patch_name: str) -> NDArray[np.int64]: ...
+    def ghost_cells(self, patch: str) -> NDArray[np.int64]: ...
     def expand(self, values: ArrayLike, boundary: ArrayLike | Mapping[str, ArrayLike] | None = None) -> _Floats: ...
     def result(self, values: ArrayLike, fill: float | None = None) -> _Floats: ...
     @property
@@ -152,7 +146,13 @@ class Mesh:
 
 class Gradient:
     def __init__(
-        self, mesh: Mesh, method: _Method = "plain", *, span: float = 500.0, exchange_result: bool = True
+        self,
+        mesh: Mesh,
+        method: _Method = "plain",
+        *,
+        span: float = 500.0,
+        shape_normalize: bool = False,
+        exchange_result: bool = True,
     ) -> None: ...
     def __call__(self, phi: _Floats, out: _Floats | None = None, *, sweeps: int | None = None) -> _Floats: ...
     def three(self, phi: _Floats, out: _Floats | None = None) -> _Floats: ...
@@ -168,6 +168,10 @@ class FaceInterpolation:
         self, mesh: Mesh, kind: _FaceKind = "inner", *, method: int = 4, span: int = 1000, number: int = 20
     ) -> None: ...
     def __call__(self, phi: _Floats, out: _Floats | None = None) -> _Floats: ...
+    @property
+    def mesh(self) -> Mesh: ...
+    @property
+    def kind(self) -> _FaceKind: ...
     @property
     def face_count(self) -> int: ...
     @property
@@ -186,5 +190,7 @@ class PointInterpolation:
     ) -> None: ...
     def __call__(self, phi: _Floats, out: _Floats | None = None) -> _Floats: ...
     def with_gradient(self, phi: _Floats, out: _Floats | None = None) -> _Floats: ...
+    @property
+    def mesh(self) -> Mesh: ...
     @property
     def point_count(self) -> int: ...

@@ -9,7 +9,7 @@ def expand(mesh, values, boundary=None):
     Parameters
     ----------
     values : array_like, (n,) or (n, k)
-        A number or k components for each of the mesh's n cells in the order of the file or the object that the mesh
+        A number, also as (n, 1), or k components for each of the mesh's n cells in the order of the file or the object that the mesh
         was made of, unit U. If that has surface elements among its cells, there may be a row for each of these,
         too, which is not used.
     boundary : optional
@@ -27,6 +27,8 @@ def expand(mesh, values, boundary=None):
         raise TypeError(f"values have the type {rows.dtype} instead of numbers")
     if rows.ndim not in (1, 2):
         raise ValueError(f"values have the shape {rows.shape} instead of (n,) or (n, k)")
+    if rows.ndim == 2 and rows.shape[1] == 1:
+        rows = rows[:, 0]
     source = np.asarray(mesh.source_cell)
     known = source >= 0
     positions = getattr(mesh, "_source_positions", None)
@@ -86,6 +88,8 @@ def result(mesh, values, fill=None):
     columns = np.asarray(values)
     if columns.ndim == 0 or columns.shape[-1] != mesh.total_count:
         raise ValueError(f"values have the shape {columns.shape}; the last length must be {mesh.total_count}")
+    if fill is not None and not isinstance(fill, (float, int)):
+        raise TypeError(f"fill is of the type {type(fill).__name__} instead of float")
     own = np.asarray(mesh.source_cell)[:mesh.cell_count]
     rows = np.moveaxis(columns[..., np.argsort(own, kind="stable")], -1, 0)
     positions = getattr(mesh, "_source_positions", None)
