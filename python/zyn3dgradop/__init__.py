@@ -37,5 +37,3 @@ __all__ = [
     "Quality",
     "__version__",
 ]
-from . import _fields, _sources
-Mesh.from_meshio = staticmethod(_sources.from_meshio); Mesh.from_vtk = staticmethod(_sources.from_vtk); Mesh.expand = _fields.expand; Mesh.result = _fields.result
