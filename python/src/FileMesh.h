@@ -1,16 +1,13 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
 
+#include "python/src/GroupNames.h"
 #include "python/src/MeshHost.h"
-#include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/FaceMesh.h"
 
 namespace zyn_python {
-
-using GroupsByUser = std::map<std::string, reference_host::BoundaryGroup>;
 
 /// Checks the mesh, gives each patch a group, and makes the records: cells in the order of zyngrad on one rank.
 /// Throws MeshError.

@@ -11,39 +11,20 @@
 #include "python/src/ArrayChecks.h"
 #include "python/src/Collectable.h"
 #include "python/src/FileMesh.h"
+#include "python/src/GroupNames.h"
 #include "python/src/Mesh.h"
 #include "python/src/MeshFindings.h"
 #include "reference_host/mesh/FaceMeshBuilder.h"
-#include "reference_host/mesh/MeshError.h"
 
 namespace zyn_python {
 namespace {
 
-using reference_host::BoundaryGroup;
 using reference_host::CellShape;
 using reference_host::FaceMesh;
-using reference_host::MeshError;
 using reference_host::Patch;
 using reference_host::Point;
 
-using GroupNames = std::optional<std::map<std::string, std::string>>;
 using PatchNames = std::vector<std::pair<std::string, std::optional<std::string>>>;
-
-BoundaryGroup GroupNamed(std::string const& name, std::string const& patch) {
-  auto const group = reference_host::GroupFromWord(name);
-  if (!group)
-    throw py::value_error("the group of the patch '" + patch +
-                          "' must be 'inlet', 'outlet', 'symmetry' or 'wall', not '" + name + "'");
-  return *group;
-}
-
-GroupsByUser GroupsOf(GroupNames const& names) {
-  GroupsByUser groups;
-  if (names) {
-    for (auto const& [patch, group] : *names) groups[patch] = GroupNamed(group, patch);
-  }
-  return groups;
-}
 
 std::unique_ptr<Mesh> ReadMeshFile(std::string const& path, GroupNames const& groups) {
   // The libraries below some readers are not made for several threads.
@@ -164,13 +145,7 @@ std::unique_ptr<Mesh> MeshFromCapsule(py::capsule const& capsule) {
 
 void BindMesh(py::module_& module) {
   using py::arg;
-  py::register_local_exception_translator([](std::exception_ptr error) {
-    try {
-      if (error) std::rethrow_exception(error);
-    } catch (MeshError const& e) {
-      PyErr_SetString(PyExc_ValueError, e.what());
-    }
-  });
+  TranslateMeshErrors();
 
   py::class_<Mesh>(module, "Mesh", py::dynamic_attr(),
                    Collectable<Mesh, &Mesh::exchangeObject, Clearing::kAllowed>(), R"(
