@@ -118,6 +118,48 @@ def test_polyhedra():
     assert_least_squares_is_exact(mesh, mesh.result(mesh.centres))
 
 
+@pytest.mark.parametrize("make", [sources.mixed, sources.tetrahedra])
+def test_standard_cells_beside_a_polyhedron(make):
+    """One polyhedron among them, and all cells go by their faces: the mesh is that of standard cells."""
+    points, cells = make()
+    kind, rows = next(iter(cells.items()))
+    faces = {"hexahedron": ((0, 3, 2, 1), (4, 5, 6, 7), (0, 1, 5, 4), (1, 2, 6, 5), (2, 3, 7, 6), (3, 0, 4, 7)),
+             "tetra": ((0, 1, 2), (0, 1, 3), (1, 2, 3), (2, 0, 3))}[kind]
+    polyhedron = ("polyhedron", [[rows[0][list(face)] for face in faces]])
+    others = [(other, block) for other, block in cells.items() if other != kind]
+    mesh = z.Mesh.from_meshio(meshio.Mesh(points, [polyhedron, (kind, rows[1:]), *others]))
+    standard = z.Mesh.from_meshio(meshio.Mesh(points, list(cells.items())))
+    assert mesh.check() == []
+    assert (mesh.inner_face_count, mesh.boundary_face_count) == (standard.inner_face_count, standard.boundary_face_count)
+    for name in ("centres", "volumes"):
+        ours, theirs = getattr(mesh, name), getattr(standard, name)
+        if name == "volumes":
+            ours, theirs = (np.pad(one, (0, mesh.ghost_count)) for one in (ours, theirs))
+        np.testing.assert_allclose(mesh.result(ours), standard.result(theirs), rtol=0, atol=1e-14)
+    assert_least_squares_is_exact(mesh, mesh.result(mesh.centres))
+
+
+def test_polyhedra_that_are_refused():
+    """A face of three cells, and a cell that is not closed."""
+    points, cells = sources.tetrahedra()
+    tetrahedron = [[0, 1, 2], [0, 1, 3], [1, 2, 3], [2, 0, 3]]
+    apart = [[[node + 4 for node in face] for face in tetrahedron]]
+    with pytest.raises(ValueError, match="3 cells share"):
+        z.Mesh.from_meshio(meshio.Mesh(points, [("polyhedron4", [tetrahedron] * 3)]))
+    with pytest.raises(ValueError) as caught:
+        z.Mesh.from_meshio(meshio.Mesh(np.random.default_rng(1).uniform(size=(8, 3)),
+                                       [("polyhedron4", [tetrahedron[:3]] + apart)]))
+    assert "\n" not in str(caught.value)
+
+
+def test_first_of_several_sets_has_the_face():
+    grid = Grid(3, 3, 3)
+    sets = {"first": [None, np.arange(10)], "second": [None, np.arange(5, 20)]}
+    mesh = z.Mesh.from_meshio(meshio.Mesh(grid.points, [("hexahedron", grid.hexahedra), ("quad", grid.boundary_nodes)],
+                                          cell_sets=sets))
+    assert [len(mesh.ghost_cells(name)) for name in ("first", "second", "unnamed")] == [10, 10, 34]
+
+
 def test_cell_sets_name_the_boundary():
     grid = Grid(3, 3, 3)
     sets = {name: [np.zeros(0, int), np.flatnonzero(grid.boundary_patch == k)] for k, name in enumerate(sources.NAMES[:4])}
