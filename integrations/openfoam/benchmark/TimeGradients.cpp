@@ -3,7 +3,7 @@
 //   zynFoamTime -case DIR [-parallel] [-rounds N] [-schemes SCHEMES]
 //
 // Every scheme is called once in each round, after a call that is not timed, so that a slow spell of the machine falls on
-// all of them. Rows of the library alone follow for the methods of zyn: the operator's call on arrays that are filled, and
+// all of them. On one rank, times are the processor's. Rows of the library alone follow for the methods of zyn: the operator's call on arrays that are filled, and
 // the same with filling and copying out. In parallel, a time is that of the slowest rank. Prints, with tabs between:
 //
 //   mesh    CELLS  FACES  RANKS  GB_PER_SECOND                 rate at which a core reads memory
@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <string>
@@ -42,7 +43,10 @@ using VolField = GeometricField<Type, fvPatchField, volMesh>;
 template <typename Type>
 using GradientOf = typename outerProduct<vector, Type>::type;
 
+/// On one rank the processor's time, which other programs disturb least; on several the wall's, since ranks wait for each
+/// other.
 double Now() {
+  if (!Pstream::parRun()) return double(std::clock()) / CLOCKS_PER_SEC;
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
