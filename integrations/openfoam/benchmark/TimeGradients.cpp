@@ -3,8 +3,9 @@
 //   zynFoamTime -case DIR [-parallel] [-rounds N] [-schemes SCHEMES]
 //
 // Every scheme is called once in each round, after a call that is not timed, so that a slow spell of the machine falls on
-// all of them. On one rank, times are the processor's. Rows of the library alone follow for the methods of zyn: the operator's call on arrays that are filled, and
-// the same with filling and copying out. In parallel, a time is that of the slowest rank. Prints, with tabs between:
+// all of them. Rows of the library alone follow for the methods of zyn: the operator's call on arrays that are filled, and
+// the same with filling and copying out. On one rank, times are the processor's; on several, a time is that of the slowest
+// rank. Prints, with tabs between:
 //
 //   mesh    CELLS  FACES  RANKS  GB_PER_SECOND                 rate at which a core reads memory
 //   setup   SCHEME  SECONDS  BYTES_PER_CELL                    first call less a later one; what stays allocated
