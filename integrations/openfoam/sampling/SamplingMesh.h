@@ -21,7 +21,7 @@ class SamplingMesh {
   /// Collective. The mesh must not change during the life of the object.
   explicit SamplingMesh(fvMesh const& mesh);
 
-  fvMesh const& mesh() const { return host_.mesh(); }
+  fvMesh const& mesh() const { return host_.arrays().mesh(); }
   FvMeshArrays const& arrays() const { return host_.arrays(); }
   /// Whether the mesh is one layer of cells.
   bool IsFlat() const { return mesh().nGeometricD() < 3; }
