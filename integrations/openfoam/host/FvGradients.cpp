@@ -1,6 +1,7 @@
 #include "host/FvGradients.h"
 
 #include "coupledPolyPatch.H"
+#include "host/LargePages.h"
 #include "host/SettingsFolder.h"
 
 namespace Foam {
@@ -15,9 +16,17 @@ int TypeOf(Kind kind) { return kind == Kind::kLeastSquares ? 1 : kind == Kind::k
 
 bool HasRotationalPatch(FvMeshArrays const& arrays) {
   bool found = false;
-  for (FvMeshArrays::PatchCells const& p : arrays.coupledPatches())
+  for (FvMeshArrays::PatchPlace const& p : arrays.coupledPatches())
     found = found || !refCast<coupledPolyPatch const>(arrays.mesh().boundaryMesh()[p.patch]).parallel();
   return returnReduce(found, orOp<bool>());
+}
+
+/// glibc maps a block above 32 MB anew each time, so a large result is touched for the first time here.
+template <class Type>
+void PrepareLargeResult(Field<Type>& gradient) {
+  constexpr std::size_t kAlwaysNew = std::size_t{1} << 25;
+  std::size_t const bytes = gradient.size() * sizeof(Type);
+  if (bytes > kAlwaysNew) AdviseLargePages(gradient.data(), bytes);
 }
 
 void CopyOut(double const* const* g, Field<vector>& gradient) {
@@ -121,6 +130,7 @@ void FvGradients::Calculate(GradientMethod const& method,
 
   host_.arrays().Fill(field, phi);
   Apply(op.gradient, method, nComponents, phi, g);
+  PrepareLargeResult(gradient);
   CopyOut(g, gradient);
 }
 

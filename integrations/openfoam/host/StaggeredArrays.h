@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <memory>
 
+#include "host/LargePages.h"
+
 namespace Foam {
 namespace zyn {
 
@@ -17,7 +19,9 @@ class StaggeredArrays {
   StaggeredArrays(int count, std::size_t size)
       : count_(count),
         stride_((size + kPage - 1) / kPage * kPage + kStagger),
-        block_(new double[count * stride_]) {}
+        block_(new double[count * stride_]) {
+    AdviseLargePages(block_.get(), count * stride_ * sizeof(double));
+  }
 
   int count() const { return count_; }
   double* operator[](int i) { return block_.get() + i * stride_; }
