@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/FaceGroups.h"
+#include "sampling/SilentOutput.h"
 #include "sampling/WeightSums.h"
 
 namespace Foam {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "sampling/SilentOutput.h"
 #include "sampling/WeightSums.h"
 #include "wedgeFvPatch.H"
 
