@@ -119,6 +119,17 @@ std::vector<int> CopiedNumbers(py::handle object, char const* name, py::ssize_t 
                   : Narrowed<std::int64_t>(array, name, first, last);
 }
 
+py::ssize_t WholeNumber(py::handle object, std::string const& name, py::ssize_t first, py::ssize_t last) {
+  if (!PyIndex_Check(object.ptr())) throw py::type_error(name + " must be an int, not " + TypeName(object));
+  // A number beyond ssize_t becomes the nearest one, which the bounds exclude.
+  py::ssize_t const number = PyNumber_AsSsize_t(object.ptr(), nullptr);
+  if (number == -1 && PyErr_Occurred() != nullptr) throw py::error_already_set();
+  if (number < first || number > last)
+    throw py::value_error(name + " must be in " + std::to_string(first) + ".." + std::to_string(last) +
+                          ", not " + TextOf(object));
+  return number;
+}
+
 py::array_t<double> NewArray(Shape const& shape) {
   return py::array_t<double>(py::array::ShapeContainer(shape.length, shape.length + shape.rank));
 }

@@ -42,6 +42,9 @@ void RefuseOverlap(double const* out, py::ssize_t n, double const* other, py::ss
 std::vector<int> CopiedNumbers(py::handle object, char const* name, py::ssize_t nNumbers, py::ssize_t first,
                                py::ssize_t last);
 
+/// A whole number; numpy's count, too. Throws TypeError for another object, ValueError if it is outside first..last.
+py::ssize_t WholeNumber(py::handle object, std::string const& name, py::ssize_t first, py::ssize_t last);
+
 /// An array of numpy of that shape, its elements not set.
 py::array_t<double> NewArray(Shape const& shape);
 

@@ -129,6 +129,7 @@ void ArrayMeshHost::DivideBoundary(MeshArguments const& arguments) {
     int first = 0;
     auto kind = std::begin(kinds);
     for (auto const& [key, value] : py::reinterpret_borrow<py::dict>(arguments.boundaryKinds)) {
+      if (!py::isinstance<py::str>(key)) throw py::type_error("boundary_kinds must have names as keys");
       std::string const name = py::str(key);
       while (kind != std::end(kinds) && name != kind->first) ++kind;
       if (kind == std::end(kinds))
@@ -136,11 +137,8 @@ void ArrayMeshHost::DivideBoundary(MeshArguments const& arguments) {
             "boundary_kinds must have keys among 'inlet', 'outlet', 'symmetry', 'wall' in this order, "
             "which is that of the faces; '" +
             name + "' is unknown or comes too late");
-      auto const count = py::cast<py::ssize_t>(value);
-      if (count < 0 || count > all.count - first)
-        throw py::value_error("boundary_kinds['" + name + "'] is " + std::to_string(count) + ", but " +
-                              std::to_string(all.count - first) + " of the " + std::to_string(all.count) +
-                              " boundary faces are left");
+      // At most as many as are left.
+      py::ssize_t const count = WholeNumber(value, "boundary_kinds['" + name + "']", 0, all.count - first);
       *kind->second = Section(all, first, static_cast<int>(count));
       first += static_cast<int>(count);
     }
@@ -148,10 +146,9 @@ void ArrayMeshHost::DivideBoundary(MeshArguments const& arguments) {
       throw py::value_error("boundary_kinds has " + std::to_string(first) + " faces, but there are " +
                             std::to_string(all.count) + " boundary faces");
   }
-  if (arguments.emptyFaces < 0 || arguments.emptyFaces > arrays_.wall.count)
-    throw py::value_error("empty_faces is " + std::to_string(arguments.emptyFaces) + ", but must be in 0.." +
-                          std::to_string(arrays_.wall.count) + ": they are the last of the wall faces");
-  arrays_.nEmptyFaces = static_cast<int>(arguments.emptyFaces);
+  // They are the last of the wall faces.
+  arrays_.nEmptyFaces =
+      static_cast<int>(WholeNumber(arguments.emptyFaces, "empty_faces", 0, arrays_.wall.count));
 }
 
 void ArrayMeshHost::TakePartition(py::object const& partition) {
@@ -171,9 +168,10 @@ void ArrayMeshHost::TakePartition(py::object const& partition) {
   arrays_.haloWeight = Lend(partition.attr("weights"), "partition.weights", faces.count);
 
   py::object const haloCount = partition.attr("halo_count");
-  py::ssize_t const nHalo = haloCount.is_none() ? faces.count : py::cast<py::ssize_t>(haloCount);
+  py::ssize_t const nHalo =
+      haloCount.is_none() ? faces.count : WholeNumber(haloCount, "partition.halo_count", 0, kMostNumbers);
   py::object const haloCells = partition.attr("halo_cells");
-  if (nHalo < 0 || nHalo > kMostNumbers || (haloCells.is_none() && nHalo != faces.count))
+  if (haloCells.is_none() && nHalo != faces.count)
     throw py::value_error("partition.halo_count is " + std::to_string(nHalo) + " for " +
                           std::to_string(faces.count) +
                           " partition faces; without halo_cells, each face has a halo cell of its own");

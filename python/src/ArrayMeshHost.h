@@ -19,8 +19,7 @@ struct MeshArguments {
   pybind11::object centres, volumes;
   pybind11::object owner, neighbour, areas, faceCentres, weights;
   pybind11::object boundaryOwner, boundaryAreas, boundaryCentres, boundaryKinds;
-  pybind11::ssize_t emptyFaces = 0;
-  pybind11::object partition;
+  pybind11::object emptyFaces, partition;
   pybind11::object nodes, faceNodes, faceNodeStart;
 };
 

@@ -1,11 +1,15 @@
 #include "python/src/Gradient.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+#include <locale>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
 
+#include "python/src/Checked.h"
 #include "python/src/Collectable.h"
 #include "python/src/SettingsFolder.h"
 #include "python/src/Unlocked.h"
@@ -49,7 +53,7 @@ Gradient::Gradient(py::object mesh, std::string method, double span, bool shapeN
       exchangesResult_(exchangeResult) {
   if (form_ == Form::kRadialBasis) {
     m_.RequireNodes("the gradient 'radial_basis'");
-    if (!(span_ > 0.0)) throw py::value_error("span must be above 0");
+    if (!(span_ > 0.0 && std::isfinite(span_))) throw py::value_error("span must be finite and above 0");
   }
   bool const isGreenGauss = form_ == Form::kPlain || form_ == Form::kIterated;
   if (form_ == Form::kIterated) globals_.MakeIterationArrays(static_cast<int>(n_));
@@ -93,10 +97,7 @@ int Gradient::Sweeps(py::object const& sweeps) const {
     throw py::value_error("sweeps is for the method 'iterated', not '" + method_ + "'");
   }
   if (sweeps.is_none()) return kDefaultSweeps;
-  if (!PyLong_Check(sweeps.ptr())) throw py::type_error("sweeps must be an int");
-  int const n = py::cast<int>(sweeps);
-  if (n < 1) throw py::value_error("sweeps must be 1 or more, not " + std::to_string(n));
-  return n;
+  return static_cast<int>(WholeNumber(sweeps, "sweeps", 1, std::numeric_limits<int>::max()));
 }
 
 double* Gradient::Output(py::object& out, Shape const& shape, double const* phi, py::ssize_t nPhi) const {
@@ -201,7 +202,7 @@ prints 'aa[ii][j]=0.' and '4' and ends early.
 )")
       .def(py::init<py::object, std::string, double, bool, bool>(), arg("mesh"), arg("method") = "plain",
            py::kw_only(), arg("span") = 500.0, arg("shape_normalize") = false, arg("exchange_result") = true)
-      .def("__call__", &Gradient::Call, arg("phi"), arg("out") = py::none(), py::kw_only(),
+      .def("__call__", Checked(&Gradient::Call), arg("phi"), arg("out") = py::none(), py::kw_only(),
            arg("sweeps") = py::none(), R"(
 Gradient of a field.
 
@@ -209,24 +210,24 @@ phi : (N,) field, U. out : (3, N) d/dx, d/dy, d/dz, U/L; overwritten, 0 in ghost
 sweeps : number of sweeps of 'iterated', 3 if not given.
 Returns out.
 )")
-      .def("three", &Gradient::Three, arg("phi"), arg("out") = py::none(), R"(
+      .def("three", Checked(&Gradient::Three), arg("phi"), arg("out") = py::none(), R"(
 Gradients of three fields, such as the components of a velocity: 'plain' in one walk over the faces.
 
 phi : (3, N) fields, U. out : (3, 3, N) with out[i, j] the derivative of phi[i] along direction j, U/L; overwritten.
 Returns out.
 )")
-      .def("weighted", &Gradient::Weighted, arg("phi"), arg("weight"), arg("out") = py::none(), R"(
+      .def("weighted", Checked(&Gradient::Weighted), arg("phi"), arg("weight"), arg("out") = py::none(), R"(
 Green-Gauss gradient with face values from the harmonic mean of a coefficient, whatever the method.
 
 phi : (N,) field, U. weight : (N,) coefficient, above 0. out : (3, N), U/L; overwritten.
 Returns out.
 )")
-      .def("update", &Gradient::Update, R"(
+      .def("update", Checked(&Gradient::Update), R"(
 Brings the gradient up to date after you changed the mesh's centres, areas or volumes in place. Collective.
 )")
       .def_property_readonly(
           "mesh", [](Gradient& self) { return *self.mesh(); }, "The mesh.")
-      .def_property_readonly("method", &Gradient::method, "Name of the method.");
+      .def_property_readonly("method", Checked(&Gradient::method), "Name of the method.");
 }
 
 }  // namespace zyn_python

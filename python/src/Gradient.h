@@ -14,6 +14,12 @@
 
 namespace zyn_python {
 
+/// Frees all that its set-up has made, the weights of the radial-basis gradient included.
+class ReleasedGradient : public COperatorGradient {
+ public:
+  ~ReleasedGradient() { Release(); }
+};
+
 /// A gradient of cell fields by one method, set up for one mesh.
 class Gradient {
  public:
@@ -52,7 +58,7 @@ class Gradient {
   bool const shapeNormalize_, exchangesResult_;
   CallLock lock_;
   Globals globals_;
-  COperatorGradient op_;
+  ReleasedGradient op_;
 
   /// Green-Gauss, if `op_` is something else: it takes a record without the ghost cells of empty faces.
   std::unique_ptr<COperatorGradient> other_;

@@ -1,5 +1,7 @@
 """Meshes of parallelepipeds, made with numpy alone: an account of the geometry that owes nothing to the library."""
 
+import copy
+
 import numpy as np
 
 
@@ -58,6 +60,15 @@ class Grid:
         to_face = np.linalg.norm(self.face_centres - self.centres[:, self.owner], axis=0)
         to_neighbour = np.linalg.norm(self.face_centres - self.centres[:, self.neighbour], axis=0)
         self.weights = to_face / (to_face + to_neighbour)
+
+    def displaced(self, distance, seed=1):
+        """A copy with cell and face centres moved at random, so that the line of centres misses the face's centre."""
+        random = np.random.default_rng(seed)
+        other = copy.copy(self)
+        other.centres = self.centres + random.uniform(-distance, distance, self.centres.shape)
+        other.face_centres = self.face_centres + random.uniform(-distance, distance, self.face_centres.shape)
+        other.weights = random.uniform(0.2, 0.8, self.nf)
+        return other
 
     def _node(self, i, j, k):
         nx, ny, _ = self.shape

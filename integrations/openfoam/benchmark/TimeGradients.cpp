@@ -4,7 +4,8 @@
 //
 // Every scheme is called once in each round, after a call that is not timed, so that a slow spell of the machine falls on
 // all of them. Rows of the library alone follow for the methods of zyn: the operator's call on arrays that are filled, and
-// the same with filling and copying out. In parallel, a time is that of the slowest rank. Prints, with tabs between:
+// the same with filling and copying out. On one rank, times are the processor's; on several, a time is that of the slowest
+// rank. Prints, with tabs between:
 //
 //   mesh    CELLS  FACES  RANKS  GB_PER_SECOND                 rate at which a core reads memory
 //   setup   SCHEME  SECONDS  BYTES_PER_CELL                    first call less a later one; what stays allocated
@@ -17,6 +18,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <memory>
 #include <string>
@@ -42,7 +44,10 @@ using VolField = GeometricField<Type, fvPatchField, volMesh>;
 template <typename Type>
 using GradientOf = typename outerProduct<vector, Type>::type;
 
+/// On one rank the processor's time, which other programs disturb least; on several the wall's, since ranks wait for each
+/// other.
 double Now() {
+  if (!Pstream::parRun()) return double(std::clock()) / CLOCKS_PER_SEC;
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 

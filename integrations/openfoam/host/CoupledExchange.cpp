@@ -35,15 +35,15 @@ void CoupledExchange::Exchange(std::unique_ptr<GeometricField<Type, fvPatchField
   }
 
   Foam::Field<Type>& inner = carrier->primitiveFieldRef();
-  for (FvMeshArrays::PatchCells const& p : arrays_.coupledPatches()) {
+  for (FvMeshArrays::PatchPlace const& p : arrays_.coupledPatches()) {
     for (label const cell : mesh.boundary()[p.patch].faceCells())
       for (direction d = 0; d < nComponents; ++d) setComponent(inner[cell], d) = fields[d][cell + 1];
   }
   carrier->correctBoundaryConditions();
-  for (FvMeshArrays::PatchCells const& p : arrays_.coupledPatches()) {
+  for (FvMeshArrays::PatchPlace const& p : arrays_.coupledPatches()) {
     auto const values = carrier->boundaryField()[p.patch].patchNeighbourField();
     for (int i = 0; i < p.size; ++i)
-      for (direction d = 0; d < nComponents; ++d) fields[d][p.first + i + 1] = component(values()[i], d);
+      for (direction d = 0; d < nComponents; ++d) fields[d][p.firstCell + i + 1] = component(values()[i], d);
   }
 }
 

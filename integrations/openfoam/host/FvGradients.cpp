@@ -16,7 +16,7 @@ int TypeOf(Kind kind) { return kind == Kind::kLeastSquares ? 1 : kind == Kind::k
 
 bool HasRotationalPatch(FvMeshArrays const& arrays) {
   bool found = false;
-  for (FvMeshArrays::PatchCells const& p : arrays.coupledPatches())
+  for (FvMeshArrays::PatchPlace const& p : arrays.coupledPatches())
     found = found || !refCast<coupledPolyPatch const>(arrays.mesh().boundaryMesh()[p.patch]).parallel();
   return returnReduce(found, orOp<bool>());
 }

@@ -72,37 +72,35 @@ void FvMeshArrays::CountCells() {
   arrays_.nCells = static_cast<int>(mesh_.nCells());
   arrays_.inner.count = static_cast<int>(mesh_.nInternalFaces());
 
-  int next = arrays_.nCells;
-  auto const number = [&next](std::vector<PatchCells>& patches) {
-    for (PatchCells& patch : patches) {
-      patch.first = next;
-      next += patch.size;
-    }
-  };
   forAll(mesh_.boundary(), i) {
     fvPatch const& patch = mesh_.boundary()[i];
     int const size = static_cast<int>(patch.patch().size());
     auto& kind = isA<emptyPolyPatch>(patch.patch()) ? empty_ : patch.coupled() ? coupled_ : uncoupled_;
-    kind.push_back({i, size, 0});
+    kind.push_back({i, size, 0, 0});
   }
-  number(uncoupled_);
-  int const firstHalo = next;
-  number(coupled_);
-  int const firstEmpty = next;
-  number(empty_);
-  nAllCells_ = next;
-
-  arrays_.nHaloCells = arrays_.partition.count = firstEmpty - firstHalo;
-  arrays_.nEmptyFaces = next - firstEmpty;
-  arrays_.wall.count = firstHalo - arrays_.nCells + arrays_.nEmptyFaces;
+  int nextCell = arrays_.nCells;
+  auto const number = [&nextCell](std::vector<PatchPlace>& patches, int firstFace) {
+    int const before = nextCell;
+    for (PatchPlace& p : patches) {
+      p.firstFace = firstFace + nextCell - before;
+      p.firstCell = nextCell;
+      nextCell += p.size;
+    }
+    return nextCell - before;
+  };
+  int const nWallFaces = number(uncoupled_, 0);
+  arrays_.nHaloCells = arrays_.partition.count = number(coupled_, 0);
+  arrays_.nEmptyFaces = number(empty_, nWallFaces);
+  arrays_.wall.count = nWallFaces + arrays_.nEmptyFaces;
+  nAllCells_ = nextCell;
 }
 
 void FvMeshArrays::MakeNumbers() {
   arrays_.inner.owner = AsInts(mesh_.owner(), owner_);
   arrays_.neighbour = AsInts(mesh_.neighbour(), neighbour_);
   for (auto const* patches : {&uncoupled_, &empty_})
-    for (PatchCells const& p : *patches) Append(mesh_.boundaryMesh()[p.patch].faceCells(), wallOwner_);
-  for (PatchCells const& p : coupled_) Append(mesh_.boundaryMesh()[p.patch].faceCells(), partitionOwner_);
+    for (PatchPlace const& p : *patches) Append(mesh_.boundaryMesh()[p.patch].faceCells(), wallOwner_);
+  for (PatchPlace const& p : coupled_) Append(mesh_.boundaryMesh()[p.patch].faceCells(), partitionOwner_);
   arrays_.wall.owner = wallOwner_.data();
   arrays_.partition.owner = partitionOwner_.data();
 }
@@ -117,14 +115,11 @@ void FvMeshArrays::CopyAreas() {
   }
   arrays_.volume = mesh_.V().field().cdata();
   CopyVectors(mesh_.Sf().primitiveField(), areas_.inner);
-  for (PatchCells const& p : uncoupled_)
-    CopyVectors(mesh_.Sf().boundaryField()[p.patch], areas_.wall, p.first - arrays_.nCells);
-  for (PatchCells const& p : coupled_)
-    CopyVectors(mesh_.Sf().boundaryField()[p.patch], areas_.partition, p.first - coupled_.front().first);
-  std::size_t const nWithoutEmpty = arrays_.wall.count - arrays_.nEmptyFaces;
-  for (PatchCells const& p : empty_)
-    CopyVectors(mesh_.boundaryMesh()[p.patch].faceAreas(), areas_.wall,
-                nWithoutEmpty + p.first - empty_.front().first);
+  auto const& patchAreas = mesh_.Sf().boundaryField();
+  for (PatchPlace const& p : uncoupled_) CopyVectors(patchAreas[p.patch], areas_.wall, p.firstFace);
+  for (PatchPlace const& p : coupled_) CopyVectors(patchAreas[p.patch], areas_.partition, p.firstFace);
+  for (PatchPlace const& p : empty_)
+    CopyVectors(mesh_.boundaryMesh()[p.patch].faceAreas(), areas_.wall, p.firstFace);
 }
 
 void FvMeshArrays::CopyWeights() {
@@ -138,8 +133,8 @@ void FvMeshArrays::CopyWeights() {
     for (label i = 0; i < from.size(); ++i) to[i] = 1.0 - from[i];
   };
   copy(mesh_.weights().primitiveField(), weight_[0]);
-  for (PatchCells const& p : coupled_)
-    copy(mesh_.weights().boundaryField()[p.patch], haloWeight_[0] + (p.first - coupled_.front().first));
+  for (PatchPlace const& p : coupled_)
+    copy(mesh_.weights().boundaryField()[p.patch], haloWeight_[0] + p.firstFace);
 }
 
 void FvMeshArrays::MakeCellCentres() {
@@ -150,13 +145,12 @@ void FvMeshArrays::MakeCellCentres() {
 
 void FvMeshArrays::CopyCellCentres() {
   CopyVectors(mesh_.cellCentres(), cellCentres_);
-  for (PatchCells const& p : uncoupled_)
-    CopyVectors(mesh_.boundaryMesh()[p.patch].faceCentres(), cellCentres_, p.first);
-  for (PatchCells const& p : empty_)
-    CopyVectors(mesh_.boundaryMesh()[p.patch].faceCentres(), cellCentres_, p.first);
-  for (PatchCells const& p : coupled_) {
+  for (auto const* patches : {&uncoupled_, &empty_})
+    for (PatchPlace const& p : *patches)
+      CopyVectors(mesh_.boundaryMesh()[p.patch].faceCentres(), cellCentres_, p.firstCell);
+  for (PatchPlace const& p : coupled_) {
     fvPatch const& patch = mesh_.boundary()[p.patch];
-    CopyVectors(vectorField(patch.Cn() + patch.delta()), cellCentres_, p.first);
+    CopyVectors(vectorField(patch.Cn() + patch.delta()), cellCentres_, p.firstCell);
   }
 }
 
@@ -172,15 +166,13 @@ void FvMeshArrays::MakeFaceCentres() {
 
 void FvMeshArrays::CopyFaceCentres() {
   CopyVectors(mesh_.Cf().primitiveField(), faceCentres_.inner);
-  for (PatchCells const& p : uncoupled_)
-    CopyVectors(mesh_.boundaryMesh()[p.patch].faceCentres(), faceCentres_.wall, p.first - arrays_.nCells);
-  for (PatchCells const& p : coupled_)
-    CopyVectors(mesh_.boundaryMesh()[p.patch].faceCentres(), faceCentres_.partition,
-                p.first - coupled_.front().first);
-  std::size_t const nWithoutEmpty = arrays_.wall.count - arrays_.nEmptyFaces;
-  for (PatchCells const& p : empty_)
-    CopyVectors(mesh_.boundaryMesh()[p.patch].faceCentres(), faceCentres_.wall,
-                nWithoutEmpty + p.first - empty_.front().first);
+  auto const copy = [this](std::vector<PatchPlace> const& patches, StaggeredArrays& to) {
+    for (PatchPlace const& p : patches)
+      CopyVectors(mesh_.boundaryMesh()[p.patch].faceCentres(), to, p.firstFace);
+  };
+  copy(uncoupled_, faceCentres_.wall);
+  copy(empty_, faceCentres_.wall);
+  copy(coupled_, faceCentres_.partition);
 }
 
 void FvMeshArrays::MakeNodes() {
@@ -201,8 +193,8 @@ void FvMeshArrays::MakeFaceNodes() {
       nodes.start.push_back(Counted(static_cast<label>(nodes.node.size()), "nodes of faces"));
     }
   };
-  auto const appendPatches = [&](std::vector<PatchCells> const& patches, FaceNodes& nodes) {
-    for (PatchCells const& p : patches) append(mesh_.boundaryMesh()[p.patch].start(), p.size, nodes);
+  auto const appendPatches = [&](std::vector<PatchPlace> const& patches, FaceNodes& nodes) {
+    for (PatchPlace const& p : patches) append(mesh_.boundaryMesh()[p.patch].start(), p.size, nodes);
   };
   append(0, arrays_.inner.count, innerNodes_);
   append(0, 0, wallNodes_);
@@ -236,12 +228,13 @@ void FvMeshArrays::Fill(GeometricField<Type, fvPatchField, volMesh> const& field
       for (direction d = 0; d < nComponents; ++d) phi[d][first + i] = component(values[i], d);
   };
   put(field.primitiveField(), 0);
-  for (PatchCells const& p : uncoupled_) put(field.boundaryField()[p.patch], p.first);
-  for (PatchCells const& p : coupled_) put(field.boundaryField()[p.patch].patchNeighbourField()(), p.first);
-  for (PatchCells const& p : empty_) {
+  for (PatchPlace const& p : uncoupled_) put(field.boundaryField()[p.patch], p.firstCell);
+  for (PatchPlace const& p : coupled_)
+    put(field.boundaryField()[p.patch].patchNeighbourField()(), p.firstCell);
+  for (PatchPlace const& p : empty_) {
     labelUList const& cells = mesh_.boundaryMesh()[p.patch].faceCells();
     for (label i = 0; i < cells.size(); ++i)
-      for (direction d = 0; d < nComponents; ++d) phi[d][p.first + i] = component(field[cells[i]], d);
+      for (direction d = 0; d < nComponents; ++d) phi[d][p.firstCell + i] = component(field[cells[i]], d);
   }
 }
 

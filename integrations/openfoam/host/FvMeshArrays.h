@@ -26,11 +26,13 @@ namespace zyn {
 /// nodes of faces are OpenFOAM's own arrays; the others are copies. Centres and nodes are copied on demand.
 class FvMeshArrays {
  public:
-  /// The cells beyond the faces of a patch: that of face i has the number first + i, from 0.
-  struct PatchCells {
+  /// Where the faces of a patch are, and the cells beyond them. Its face i is the face firstFace + i of its group, and the
+  /// cell beyond it is firstCell + i, both from 0.
+  struct PatchPlace {
     label patch;
     int size;
-    int first;
+    int firstFace;
+    int firstCell;
   };
 
   /// Aborts with a message if a count is beyond int, which is what the operators count in.
@@ -41,9 +43,9 @@ class FvMeshArrays {
 
   /// All cells: interior, ghost and halo.
   int nAllCells() const { return nAllCells_; }
-  std::vector<PatchCells> const& uncoupledPatches() const { return uncoupled_; }
-  std::vector<PatchCells> const& coupledPatches() const { return coupled_; }
-  std::vector<PatchCells> const& emptyPatches() const { return empty_; }
+  std::vector<PatchPlace> const& uncoupledPatches() const { return uncoupled_; }  ///< walls
+  std::vector<PatchPlace> const& emptyPatches() const { return empty_; }          ///< walls, too
+  std::vector<PatchPlace> const& coupledPatches() const { return coupled_; }      ///< partition faces
 
   // What only some operators need. Further calls do nothing. The radial-basis operators need all three.
   void MakeCellCentres();
@@ -74,7 +76,7 @@ class FvMeshArrays {
   fvMesh const& mesh_;
   reference_host::ArrayMesh arrays_;
   int nAllCells_ = 0;
-  std::vector<PatchCells> uncoupled_, coupled_, empty_;
+  std::vector<PatchPlace> uncoupled_, coupled_, empty_;
   std::vector<int> owner_, neighbour_;  // copies where labels have 64 bits
   std::vector<int> wallOwner_, partitionOwner_;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "foundation/FaceGroups.h"
+#include "sampling/SilentOutput.h"
 #include "sampling/WeightSums.h"
 
 namespace Foam {
@@ -46,10 +47,10 @@ FaceSampler::Place FaceSampler::PlaceOf(label face) const {
   label const patch = mesh.boundaryMesh().whichPatch(face);
   auto const& patches = mesh_.arrays().uncoupledPatches();
   auto const found = std::find_if(patches.begin(), patches.end(),
-                                  [patch](FvMeshArrays::PatchCells const& p) { return p.patch == patch; });
+                                  [patch](FvMeshArrays::PatchPlace const& p) { return p.patch == patch; });
   if (found == patches.end()) return {kCoupled, 0};
   label const inPatch = face - mesh.boundaryMesh()[patch].start();
-  return {kWall, found->first - mesh_.arrays().arrays().nCells + static_cast<int>(inPatch) + 1};
+  return {kWall, found->firstFace + static_cast<int>(inPatch) + 1};
 }
 
 void FaceSampler::SetUp(Group group, int nFaces) {

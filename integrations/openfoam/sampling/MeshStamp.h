@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "MeshObject.H"
-#include "fvMesh.H"
+#include "polyMesh.H"
 
 namespace Foam {
 namespace zyn {
@@ -13,15 +13,17 @@ namespace zyn {
 ///   MeshStamp::Stamp stamp = MeshStamp::Of(mesh);
 ///   ...
 ///   if (stamp.expired()) ...
-class MeshStamp : public MeshObject<fvMesh, MoveableMeshObject, MeshStamp> {
+///
+/// An object of the polyMesh and not of the fvMesh, which hears nothing of points that are read from a time folder.
+class MeshStamp : public MeshObject<polyMesh, MoveableMeshObject, MeshStamp> {
  public:
   TypeName("zynMeshStamp");
 
   using Stamp = std::weak_ptr<int const>;
 
-  static Stamp Of(fvMesh const& mesh) { return New(mesh).current_; }
+  static Stamp Of(polyMesh const& mesh) { return New(mesh).current_; }
 
-  explicit MeshStamp(fvMesh const& mesh) : MeshObject<fvMesh, MoveableMeshObject, MeshStamp>(mesh) {}
+  explicit MeshStamp(polyMesh const& mesh) : MeshObject<polyMesh, MoveableMeshObject, MeshStamp>(mesh) {}
 
   bool movePoints() override {
     current_ = std::make_shared<int const>(0);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "sampling/SilentOutput.h"
 #include "sampling/WeightSums.h"
 #include "wedgeFvPatch.H"
 
@@ -15,11 +16,11 @@ constexpr double kUsable = -1.0, kNotUsable = 1.0;
 std::vector<double> MarksOf(SamplingMesh& mesh, PointSampler::Boundary boundary) {
   FvMeshArrays const& arrays = mesh.arrays();
   std::vector<double> marks(static_cast<std::size_t>(mesh.nCells()) + 1, kUsable);
-  for (FvMeshArrays::PatchCells const& p : arrays.uncoupledPatches()) {
+  for (FvMeshArrays::PatchPlace const& p : arrays.uncoupledPatches()) {
     // The faces of wedges stand beside the layer of cells, not around it.
     bool const isUsed =
         boundary == PointSampler::Boundary::kUsed && !isA<wedgeFvPatch>(mesh.mesh().boundary()[p.patch]);
-    if (!isUsed) std::fill_n(marks.begin() + p.first + 1, p.size, kNotUsable);
+    if (!isUsed) std::fill_n(marks.begin() + p.firstCell + 1, p.size, kNotUsable);
   }
   return marks;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <iosfwd>
 #include <memory>
 #include <vector>
 
@@ -14,14 +13,15 @@ namespace zyn {
 
 /// The records of a mesh for the radial-basis operators, and the values of a field as these operators number cells.
 ///
-/// Ghost cells of empty faces are left out: their values are those of the cells between them, and they would crowd the
-/// stencils.
+/// They search cells by their places, so they get a cell only once, where the host has more: a cell of another process
+/// that several faces lead to is one halo cell here. Ghost cells of empty faces are left out: their values are those of
+/// the cells between them, and they would crowd the stencils.
 class SamplingMesh {
  public:
   /// Collective. The mesh must not change during the life of the object.
   explicit SamplingMesh(fvMesh const& mesh);
 
-  fvMesh const& mesh() const { return host_.mesh(); }
+  fvMesh const& mesh() const { return host_.arrays().mesh(); }
   FvMeshArrays const& arrays() const { return host_.arrays(); }
   /// Whether the mesh is one layer of cells.
   bool IsFlat() const { return mesh().nGeometricD() < 3; }
@@ -31,42 +31,29 @@ class SamplingMesh {
   /// Gives an operator its mesh. Operators only read it.
   template <class Operator>
   void Wire(Operator& op) {
-    op.getZyn3dGV(records().globals(), nullptr, nullptr, records().mesh());
-    op.getPartitionFace(records().partitionFaces());
+    op.getZyn3dGV(records_->globals(), nullptr, nullptr, records_->mesh());
+    op.getPartitionFace(records_->partitionFaces());
   }
-  int nCells() { return records().nCells(); }
+  int nCells() const { return records_->nCells(); }
+
+  /// Collective. Takes over the values of a field.
+  template <class Type>
+  void Fill(GeometricField<Type, fvPatchField, volMesh> const& field);
 
   /// A component of the values of all cells, [1..nCells()]. Valid until the next call of Fill.
   double* Component(direction d) { return values_[d] - 1; }
 
-  /// Collective.
-  template <class Type>
-  void Fill(GeometricField<Type, fvPatchField, volMesh> const& field) {
-    constexpr direction nComponents = pTraits<Type>::nComponents;
-    if (values_.count() < nComponents) values_ = StaggeredArrays(nComponents, arrays().nAllCells());
-    double* components[nComponents];
-    for (direction d = 0; d < nComponents; ++d) components[d] = values_[d];
-    arrays().Fill(field, components);
-  }
-
  private:
-  reference_host::ArrayHost& records() { return flat_ ? *flat_ : host_.Topology(); }
+  std::vector<int> NumberHaloCells();
+  void MergeHaloCells(double* cells) const;
+  void MakeOwnRecords(int nHaloCells);
 
   FvMeshHost& host_;
-  std::unique_ptr<reference_host::ArrayHost> flat_;  // without empty faces, if there are any
+  std::vector<int> haloCell_;                       // by partition face: of several for one cell, the first
+  StaggeredArrays centres_;                         // of the own records
+  std::unique_ptr<reference_host::ArrayHost> own_;  // null: the host's records need no change
+  reference_host::ArrayHost* records_;              // that operators get
   StaggeredArrays values_;
-};
-
-/// Keeps what operators print while they are set up off the screen.
-class SilentOutput {
- public:
-  SilentOutput();
-  ~SilentOutput();
-  SilentOutput(SilentOutput const&) = delete;
-  SilentOutput& operator=(SilentOutput const&) = delete;
-
- private:
-  std::streambuf* const screen_;
 };
 
 }  // namespace zyn

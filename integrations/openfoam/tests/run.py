@@ -436,6 +436,37 @@ def dam_break(runner, end):
             0 if scheme == "zyn plain" else 0.1) for scheme in ("zyn plain", "zyn leastSquares")]
 
 
+# --- the page for users -----------------------------------------------------------------------------------------------
+
+
+def page(runner):
+    """Runs the commands of docs/use/openfoam.md in one shell, from the root of the repository, with another home."""
+    root = HERE.parents[2]
+    blocks = re.findall(r"^```sh\n(.*?)^```", (root / "docs/use/openfoam.md").read_text(), re.M | re.S)
+    install = [b for b in blocks if "apt-get install" in b]
+    packages = re.sub(r"\\\n", " ", install[0]).split()[3:]
+    absent = [p for p in packages if subprocess.run(
+        ["dpkg-query", "-W", "-f", "${Status}", p], capture_output=True, text=True, check=False).stdout != "install ok installed"]
+    home = runner.work / "page"
+    home.mkdir()
+    script = "set -eux\n" + "\n".join(b for b in blocks if b not in install)
+    environment = dict(os.environ, HOME=str(home))
+    for name in ("LD_LIBRARY_PATH", "WM_PROJECT_DIR"):
+        environment.pop(name, None)
+    done = subprocess.run(["bash", "-c", script], cwd=root, env=environment, text=True, stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+    (home / "log").write_text(done.stdout)
+    if done.returncode:
+        raise Failure("the commands of docs/use/openfoam.md end with %d:\n%s" % (done.returncode, done.stdout[-3000:]))
+    converged = re.search(r"SIMPLE solution converged in (\d+) iterations", done.stdout)
+    sampled = list((home / "zyn-cases/pitzDaily/postProcessing/sample").rglob("*.*"))
+    return [Result("page: packages that are not installed (%s)" % " ".join(absent), len(absent), 0),
+            Result("page: blocks of commands", len(blocks) - 1, 6, below=False),
+            Result("page: iterations of simpleFoam against 282", abs(int(converged.group(1)) / 282 - 1), 0.03),
+            Result("page: files of zynSample", len(sampled), 2, below=False),
+            Result("page: checks without a breach", done.stdout.count("zyn: host data: 0 breaches found"), 1, below=False)]
+
+
 # --- all of them ------------------------------------------------------------------------------------------------------
 
 
@@ -456,6 +487,7 @@ def tests(runner, small):
     """Names and functions that return results; long ones first, so that none is left alone at the end."""
     usual = Once(lambda: simple_foam_usual(runner))
     if small:
+        yield "page", lambda: page(runner)
         yield "compare cavity 3", lambda: compare(runner, "cavity", 3)
         yield "compare pitzDaily 1", lambda: compare(runner, "pitzDaily", 1)
         yield "compare movingCone 1", lambda: compare(runner, "movingCone", 1)
@@ -466,6 +498,7 @@ def tests(runner, small):
         yield "refinement damBreakWithObstacle 1", lambda: after_change(
             runner, "refinement", "damBreakWithObstacle", 1, "update", 20)
         return
+    yield "page", lambda: page(runner)
     for scheme in ("zyn plain", "zyn leastSquares", "zyn iterated 3", "cellLimited zyn leastSquares 1",
                    "cellLimited zyn radialBasis 1"):
         yield "simpleFoam " + scheme, lambda s=scheme: simple_foam(runner, s, usual)
