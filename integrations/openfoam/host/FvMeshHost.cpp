@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "cyclicAMIPolyPatch.H"
 #include "host/FvGradients.h"
 #include "host_check/CheckHostData.h"
 
@@ -84,6 +85,8 @@ std::unique_ptr<reference_host::ArrayHost> FvMeshHost::MakeHost(reference_host::
 void FvMeshHost::Check(reference_host::ArrayHost& host, bool hasTopology) {
   host_check::HostCheckOptions options;
   options.cellRows = options.nodeTables = hasTopology;
+  for (polyPatch const& patch : arrays_.mesh().boundaryMesh())
+    if (isA<cyclicAMIPolyPatch>(patch)) options.interpolatedHalo = true;
   // What a gradient would have made later counts as missing.
   host.MakeIterationArrays();
   host.SetBaseFileName("zyn.run");
