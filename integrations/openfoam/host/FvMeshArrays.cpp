@@ -25,8 +25,9 @@ int Counted(label count, char const* what) {
 }
 
 /// Labels as the operators read them: OpenFOAM's own array where label is int, otherwise a copy in `copy`.
-int const* AsInts(labelUList const& labels, std::vector<int>& copy) {
-  if constexpr (std::is_same<label, int>::value) {
+template <class Label>
+int const* AsInts(UList<Label> const& labels, std::vector<int>& copy) {
+  if constexpr (std::is_same<Label, int>::value) {
     return labels.cdata();
   } else {
     copy.assign(labels.begin(), labels.end());
