@@ -89,7 +89,7 @@ foreach(export_set Zyn3dGradOpTargets Zyn3dGradOpReferenceHostTargets)
 endforeach()
 
 # For the package's configuration: what the reference host was built with.
-set(reference_host_has_mpi ${ZYN_BUILD_TOOL})
+set(reference_host_has_mpi ${ZYN_PARALLEL_HOST})
 set(reference_host_has_cgns OFF)
 if(CGNS_INCLUDE_DIR AND CGNS_LIBRARY)
   set(reference_host_has_cgns ON)

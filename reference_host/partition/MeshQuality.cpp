@@ -30,6 +30,10 @@ void AddFace(CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& faces, int f, 
   AddQuality(sums, face);
 }
 
+void AddFaces(CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& faces, QualitySums& sums) {
+  for (int f = 1; f <= faces.count; ++f) AddFace(mesh, faces, f, sums);
+}
+
 /// [cell - first halo cell] the part that owns a halo cell.
 std::vector<int> PartsOfHaloCells(HostPartition const& partition, int firstHalo) {
   std::vector<int> parts(partition.nHaloCells(), -1);
@@ -44,8 +48,7 @@ std::vector<int> PartsOfHaloCells(HostPartition const& partition, int firstHalo)
 QualitySums MeasureQuality(HostPartition& partition) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   QualitySums sums;
-  FaceGroup const inner = FacesOf(FaceKind::Inner, mesh);
-  for (int f = 1; f <= inner.count; ++f) AddFace(mesh, inner, f, sums);
+  AddFaces(mesh, FacesOf(FaceKind::Inner, mesh), sums);
 
   FaceGroup const cut = PartitionFaces(*partition.partitionFaces(), mesh);
   int const firstHalo = mesh.NCell - partition.nHaloCells() + 1;
@@ -53,6 +56,13 @@ QualitySums MeasureQuality(HostPartition& partition) {
   for (int f = 1; f <= cut.count; ++f) {
     if (partOfHalo[cut.other[f] - firstHalo] >= partition.part()) AddFace(mesh, cut, f, sums);
   }
+  return sums;
+}
+
+QualitySums MeasureQuality(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces) {
+  QualitySums sums;
+  AddFaces(mesh, FacesOf(FaceKind::Inner, mesh), sums);
+  AddFaces(mesh, PartitionFaces(partitionFaces, mesh), sums);
   return sums;
 }
 

@@ -25,6 +25,10 @@ struct QualitySums {
 /// @pre HostPartition::CompleteHalo has been called
 QualitySums MeasureQuality(HostPartition& partition);
 
+/// The sums over the inner faces and all partition faces of any host's partition. Not collective.
+/// @pre the halo cells have their centres
+QualitySums MeasureQuality(CZYN3DFiniteVolumeMesh const& mesh, CPartitionFace_DLL& partitionFaces);
+
 /// Adds the faces of `more` to `sums`.
 void AddQuality(QualitySums& sums, QualitySums const& more);
 

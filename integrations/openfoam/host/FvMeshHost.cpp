@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "cyclicAMIPolyPatch.H"
 #include "host/FvGradients.h"
 #include "host_check/CheckHostData.h"
 
@@ -19,8 +20,10 @@ FvMeshHost& FvMeshHost::Of(fvMesh const& mesh) {
   return host;
 }
 
-FvMeshHost::FvMeshHost(fvMesh const& mesh)
-    : MeshObject<fvMesh, MoveableMeshObject, FvMeshHost>(mesh), arrays_(mesh), exchange_(arrays_) {}
+FvMeshHost::FvMeshHost(polyMesh const& mesh)
+    : MeshObject<polyMesh, MoveableMeshObject, FvMeshHost>(mesh),
+      arrays_(refCast<fvMesh const>(mesh)),
+      exchange_(arrays_) {}
 
 FvMeshHost::~FvMeshHost() = default;
 
@@ -84,8 +87,8 @@ std::unique_ptr<reference_host::ArrayHost> FvMeshHost::MakeHost(reference_host::
 void FvMeshHost::Check(reference_host::ArrayHost& host, bool hasTopology) {
   host_check::HostCheckOptions options;
   options.cellRows = options.nodeTables = hasTopology;
-  // What comes through an AMI patch is a mean.
-  options.interpolatedHalo = true;
+  for (polyPatch const& patch : arrays_.mesh().boundaryMesh())
+    if (isA<cyclicAMIPolyPatch>(patch)) options.interpolatedHalo = true;
   // What a gradient would have made later counts as missing.
   host.MakeIterationArrays();
   host.SetBaseFileName("zyn.run");

@@ -1,0 +1,51 @@
+#include "python/src/FileMesh.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "python/src/PartitionHost.h"
+#include "reference_host/MeshReader.h"
+#include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/MeshPart.h"
+
+namespace zyn_python {
+namespace {
+
+using reference_host::FaceMesh;
+using reference_host::HostPartition;
+using reference_host::MeshPart;
+
+std::vector<std::int64_t> CountFacesOfPatches(FaceMesh const& mesh) {
+  std::vector<std::int64_t> nFaces(mesh.patches.size(), 0);
+  for (int const patch : mesh.facePatch) {
+    if (patch >= 0) ++nFaces[static_cast<std::size_t>(patch)];
+  }
+  return nFaces;
+}
+
+MeshPart WholeMeshAsPart(FaceMesh&& mesh) {
+  FaceMesh const own = std::move(mesh);  // freed before the tables are made
+  return reference_host::ExtractPart(own, std::vector<int>(static_cast<std::size_t>(own.nCells), 0), 0, 1);
+}
+
+}  // namespace
+
+std::unique_ptr<MeshHost> HostOf(FaceMesh&& mesh, std::string const& name, GroupsByUser const& groups) {
+  reference_host::CheckMesh(mesh, name);
+  reference_host::AssignBoundaryGroups(mesh.patches, CountFacesOfPatches(mesh), groups, name);
+  auto partition = std::make_unique<HostPartition>(WholeMeshAsPart(std::move(mesh)));
+  OnePartition alone;
+  partition->CompleteHalo(alone);
+  return std::make_unique<PartitionHost>(std::move(partition));
+}
+
+std::unique_ptr<MeshHost> ReadHost(std::string const& meshSpec, GroupsByUser const& groups) {
+  return HostOf(reference_host::IsBoxSpec(meshSpec)
+                    ? reference_host::MakeBox(reference_host::ParseBoxSpec(meshSpec))
+                    : reference_host::ReadMesh(meshSpec),
+                meshSpec, groups);
+}
+
+}  // namespace zyn_python
