@@ -1,10 +1,10 @@
 #include "reference_host/arrays/ArrayHost.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdlib>
-#include <memory>
 #include <new>
 #include <vector>
 
@@ -24,20 +24,24 @@ inline std::vector<int> CountedFromOne(int const* numbers, int count) {
   return result;
 }
 
-/// Zeros that are never written: of a large block the system gives them no memory.
+/// Zeros that are only read: the system gives them no memory, which it would to a block of the allocator.
 class Zeros {
  public:
   explicit Zeros(int count)
-      : zeros_(static_cast<int*>(std::calloc(static_cast<std::size_t>(count), sizeof(int)))) {
-    if (!zeros_) throw std::bad_alloc();
+      : nBytes_(static_cast<std::size_t>(count) * sizeof(int)),
+        zeros_(::mmap(nullptr, nBytes_, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)) {
+    if (zeros_ == MAP_FAILED) throw std::bad_alloc();
   }
-  int* data() const { return zeros_.get(); }
+  ~Zeros() { ::munmap(zeros_, nBytes_); }
+  Zeros(Zeros const&) = delete;
+  Zeros& operator=(Zeros const&) = delete;
+
+  /// The records lend every array as one that may be written.
+  int* data() const { return static_cast<int*>(zeros_); }
 
  private:
-  struct Free {
-    void operator()(int* block) const { std::free(block); }
-  };
-  std::unique_ptr<int[], Free> zeros_;
+  std::size_t nBytes_;
+  void* zeros_;
 };
 
 /// The array of a solver as one that begins with an element 1. The operators write to none of those that they borrow,
