@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# pip installs the Python module from the repository, offline and with the packages of the system, and the wheel serves a
+# user who has nothing else of this project.
+#   python_test.sh REPOSITORY PYTHON
+set -euo pipefail
+repository=$1 python=$2
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+# pip builds in the folder that it is given: a copy, so that no file appears in the repository.
+mkdir "$work/source"
+tar -C "$repository" --exclude=./.git --exclude='./build*' -cf - . | tar -C "$work/source" -xf -
+"$python" -m venv --system-site-packages "$work/venv"
+pip=("$work/venv/bin/python" -m pip --disable-pip-version-check)
+(cd "$work/source" && PIP_NO_INDEX=1 "${pip[@]}" install --no-build-isolation .) >"$work/pip.txt" 2>&1 || {
+  tail -n 60 "$work/pip.txt"
+  exit 1
+}
+rm -rf "$work/source"  # nothing in the module may lead back to it
+
+mkdir "$work/empty"
+cd "$work/empty"
+"$work/venv/bin/python" - <<'END'
+import numpy as np
+import zyn3dgradop as zyn
+
+mesh = zyn.Mesh.read("box:4,4,4:tet")
+assert mesh.check() == []
+for method in "plain", "iterated", "least_squares", "radial_basis":
+    slope = zyn.Gradient(mesh, method)(np.ones(mesh.total_count))
+    assert np.abs(slope[:, : mesh.cell_count]).max() < 1e-2, method
+assert "site-packages" in zyn.__file__, zyn.__file__
+END
+left=$(ls -A)
+[[ -z $left ]] || { echo "left in the working folder: $left"; exit 1; }
+"${pip[@]}" uninstall --yes zyn3dgradop >/dev/null
+left=$(find "$work/venv" -path '*zyn3dgradop*')
+[[ -z $left ]] || { echo "left behind: $left"; exit 1; }
