@@ -13,6 +13,7 @@ each boundary face, which holds the value at the face, then halo cells of other 
 and never copied. The library prints some lines about its progress; they go to the standard output as they are.
 """
 
+from . import _fields, _sources
 from ._core import (
     Breach,
     FaceInterpolation,
@@ -37,3 +38,8 @@ __all__ = [
     "Quality",
     "__version__",
 ]
+
+Mesh.from_meshio = staticmethod(_sources.from_meshio)
+Mesh.from_vtk = staticmethod(_sources.from_vtk)
+Mesh.expand = _fields.expand
+Mesh.result = _fields.result

@@ -90,7 +90,9 @@ struct ArrayHost::Storage {
   Storage(ArrayMesh const& arrays, Extent extent);
 
   FaceGroup& Group(FaceKind kind) { return groups[IndexOf(kind)]; }
+  void LendGeometry(ArrayMesh const& arrays);
   void LendCells(ArrayMesh const& arrays);
+  void LendNodes(ArrayMesh const& arrays);
   void LendFaces();
   void LendTopology(ArrayMesh const& arrays);
   void LendGlobals();
@@ -122,18 +124,27 @@ ArrayHost::Storage::Storage(ArrayMesh const& arrays, Extent extent)
     group.count = faces.count;
     group.cv = faceCells.cv.data();
     group.other = faceCells.other.data();
+  }
+  Group(FaceKind::Inner).type = Group(FaceKind::Partition).type = faceType.data();
+
+  if (extent == Extent::kTopology) LendTopology(arrays);
+  LendGeometry(arrays);
+  LendGlobals();
+}
+
+void ArrayHost::Storage::LendGeometry(ArrayMesh const& arrays) {
+  for (FaceGroup& group : groups) {
+    ArrayFaces const& faces = FacesOf(group.kind, arrays);
     group.sx = FromOne(faces.area.x), group.sy = FromOne(faces.area.y), group.sz = FromOne(faces.area.z);
     group.xc = FromOne(faces.centre.x), group.yc = FromOne(faces.centre.y),
     group.zc = FromOne(faces.centre.z);
   }
   Group(FaceKind::Inner).weight = FromOne(arrays.neighbourWeight);
   Group(FaceKind::Partition).weight = FromOne(arrays.haloWeight);
-  Group(FaceKind::Inner).type = Group(FaceKind::Partition).type = faceType.data();
 
   LendCells(arrays);
   LendFaces();
-  if (extent == Extent::kTopology) LendTopology(arrays);
-  LendGlobals();
+  if (mesh.NodeCell != nullptr) LendNodes(arrays);
 
   meshWithoutEmptyFaces = mesh;
   meshWithoutEmptyFaces.NWall -= arrays.nEmptyFaces;
@@ -147,6 +158,13 @@ void ArrayHost::Storage::LendCells(ArrayMesh const& arrays) {
   mesh.yc = FromOne(arrays.centre.y);
   mesh.zc = FromOne(arrays.centre.z);
   mesh.Volume = FromOne(arrays.volume);
+}
+
+void ArrayHost::Storage::LendNodes(ArrayMesh const& arrays) {
+  mesh.NNode = arrays.nNodes;
+  mesh.xn = FromOne(arrays.node.x);
+  mesh.yn = FromOne(arrays.node.y);
+  mesh.zn = FromOne(arrays.node.z);
 }
 
 /// The record has no arrays of the partition faces but their nodes.
@@ -171,10 +189,6 @@ void ArrayHost::Storage::LendFaces() {
 
 void ArrayHost::Storage::LendTopology(ArrayMesh const& arrays) {
   topology = MakeTopology(arrays, groups, first.end);
-  mesh.NNode = arrays.nNodes;
-  mesh.xn = FromOne(arrays.node.x);
-  mesh.yn = FromOne(arrays.node.y);
-  mesh.zn = FromOne(arrays.node.z);
   for (FaceGroupMembers const& m : face_groups::kTable)
     mesh.*m.nodes = topology.faceNodes[IndexOf(m.kind)].rows();
   mesh.CellCell = topology.cellCell.rows();
@@ -209,6 +223,8 @@ void ArrayHost::SetBaseFileName(std::string const& name) {
   storage_->baseFileName = name;
   storage_->globals.BaseFileName = storage_->baseFileName.data();
 }
+
+void ArrayHost::LendGeometry(ArrayMesh const& arrays) { storage_->LendGeometry(arrays); }
 
 CZYN3DFiniteVolumeMesh* ArrayHost::mesh() { return &storage_->mesh; }
 CZYN3DFiniteVolumeMesh* ArrayHost::meshWithoutEmptyFaces() { return &storage_->meshWithoutEmptyFaces; }

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # The Debian packages: what is in them, what they depend on, that the program runs and Python imports the module, that
 # dpkg installs and removes them. Nothing outside a temporary folder is touched, and no rights are needed.
-#   debian_test.sh BUILD_FOLDER
+#   debian_test.sh BUILD_FOLDER REPOSITORY
 set -euo pipefail
-build=$1
+build=$1 repository=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -90,7 +90,11 @@ nothing_is_left() {
 nothing_is_left
 
 # The package of the Python module, if it was built: it needs no other package of ours.
-python_package=$(echo "$work"/python3-zyn3dgradop_*.deb)
+# Its file has the name that the page for users gives.
+pattern=$(sed -n 's|^sudo apt-get install \./build/release/\(python3-.*\.deb\)$|\1|p' "$repository/docs/use/python.md")
+[[ -n $pattern ]] || fail "docs/use/python.md does not say which package to install"
+# shellcheck disable=SC2086 # a pattern
+python_package=$(cd "$work" && echo "$work"/$pattern)
 if ! grep -q '^ZYN_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt" || [[ ! -d $build/python/zyn3dgradop ]]; then
   [[ ! -f $python_package ]] || fail "there is a package of a module that was not built"
   exit 0

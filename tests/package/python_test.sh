@@ -10,12 +10,16 @@ trap 'rm -rf "$work"' EXIT
 # pip builds in the folder that it is given: a copy, so that no file appears in the repository.
 mkdir "$work/source"
 tar -C "$repository" --exclude=./.git --exclude='./build*' -cf - . | tar -C "$work/source" -xf -
-"$python" -m venv --system-site-packages "$work/venv"
-pip=("$work/venv/bin/python" -m pip --disable-pip-version-check)
-(cd "$work/source" && PIP_NO_INDEX=1 "${pip[@]}" install --no-build-isolation .) >"$work/pip.txt" 2>&1 || {
+# The second block of commands under "Install" of the page, in a shell where python3 is the one of the system.
+awk '/^## Install/ {inside = 1} inside && /^```$/ {shown = 0} shown {print} inside && /^```sh$/ {shown = ++blocks == 2}' \
+  "$repository/docs/use/python.md" >"$work/install.sh"
+grep -q 'pip install --no-build-isolation \.$' "$work/install.sh" || { echo "docs/use/python.md does not say how pip builds it"; exit 1; }
+(cd "$work/source" && PATH=$(dirname "$python"):$PATH PIP_NO_INDEX=1 PIP_DISABLE_PIP_VERSION_CHECK=1 bash -eu "$work/install.sh") \
+  >"$work/pip.txt" 2>&1 || {
   tail -n 60 "$work/pip.txt"
   exit 1
 }
+mv "$work/source/build/venv" "$work/venv"
 rm -rf "$work/source"  # nothing in the module may lead back to it
 
 mkdir "$work/empty"
@@ -33,6 +37,6 @@ assert "site-packages" in zyn.__file__, zyn.__file__
 END
 left=$(ls -A)
 [[ -z $left ]] || { echo "left in the working folder: $left"; exit 1; }
-"${pip[@]}" uninstall --yes zyn3dgradop >/dev/null
+"$work/venv/bin/python" -m pip uninstall --yes zyn3dgradop >/dev/null
 left=$(find "$work/venv" -path '*zyn3dgradop*')
 [[ -z $left ]] || { echo "left behind: $left"; exit 1; }
