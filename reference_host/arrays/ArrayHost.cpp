@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <vector>
 
 #include "reference_host/arrays/ArrayTopology.h"
@@ -20,6 +23,22 @@ inline std::vector<int> CountedFromOne(int const* numbers, int count) {
   for (int i = 0; i < count; ++i) result[i + 1] = numbers[i] + 1;
   return result;
 }
+
+/// Zeros that are never written: of a large block the system gives them no memory.
+class Zeros {
+ public:
+  explicit Zeros(int count)
+      : zeros_(static_cast<int*>(std::calloc(static_cast<std::size_t>(count), sizeof(int)))) {
+    if (!zeros_) throw std::bad_alloc();
+  }
+  int* data() const { return zeros_.get(); }
+
+ private:
+  struct Free {
+    void operator()(int* block) const { std::free(block); }
+  };
+  std::unique_ptr<int[], Free> zeros_;
+};
 
 /// The array of a solver as one that begins with an element 1. The operators write to none of those that they borrow,
 /// but the records do not say so.
@@ -99,7 +118,7 @@ struct ArrayHost::Storage {
 
   FirstCells const first;
   std::array<FaceCells, kFaceKinds> cells;   // by IndexOf(kind)
-  std::vector<int> const faceType;           // 0 throughout: both cells of a face take its flux
+  array_host::Zeros const faceType;          // 0 throughout: both cells of a face take its flux
   std::array<FaceGroup, kFaceKinds> groups;  // by IndexOf(kind)
   ArrayTopology topology;
 
@@ -113,8 +132,7 @@ struct ArrayHost::Storage {
 };
 
 ArrayHost::Storage::Storage(ArrayMesh const& arrays, Extent extent)
-    : first(arrays),
-      faceType(static_cast<std::size_t>(std::max(arrays.inner.count, arrays.partition.count)) + 1, 0) {
+    : first(arrays), faceType(std::max(arrays.inner.count, arrays.partition.count) + 1) {
   for (FaceGroupMembers const& members : face_groups::kTable) {
     FaceKind const kind = members.kind;
     FaceCells& faceCells = cells[IndexOf(kind)] = array_host::CellsOf(kind, arrays, first);

@@ -1,6 +1,7 @@
 #include "host/FvGradients.h"
 
 #include "coupledPolyPatch.H"
+#include "host/Interleave.h"
 #include "host/LargePages.h"
 #include "host/SettingsFolder.h"
 
@@ -29,22 +30,23 @@ void PrepareLargeResult(Field<Type>& gradient) {
   if (bytes > kAlwaysNew) AdviseLargePages(gradient.data(), bytes);
 }
 
-void CopyOut(double const* const* g, Field<vector>& gradient) {
-  double const *const x = g[0], *const y = g[1], *const z = g[2];
-  vector* const to = gradient.data();
-  label const n = gradient.size();
-  for (label c = 0; c < n; ++c) to[c] = vector(x[c], y[c], z[c]);
+// Of the components first .. first + count - 1, whose gradients are g[0..2], g[3..5], ...
+void CopyOut(double const* const* g, int, int, Field<vector>& gradient) {
+  Interleave<3>({g[0], g[1], g[2]}, reinterpret_cast<double*>(gradient.data()), gradient.size());
 }
 
-// g_k, the gradient of component k, is column k.
-void CopyOut(double const* const* g, Field<tensor>& gradient) {
-  tensor* const to = gradient.data();
-  label const n = gradient.size();
-  for (label c = 0; c < n; ++c) {
-    to[c] = tensor(g[0][c], g[3][c], g[6][c],   // d/dx
-                   g[1][c], g[4][c], g[7][c],   // d/dy
-                   g[2][c], g[5][c], g[8][c]);  // d/dz
+// The gradient of component k is column k.
+void CopyOut(double const* const* g, int first, int count, Field<tensor>& gradient) {
+  if (count == 1) {
+    double* const to = reinterpret_cast<double*>(gradient.data()) + first;
+    for (label c = 0; c < gradient.size(); ++c)
+      for (int i = 0; i < 3; ++i) to[9 * c + 3 * i] = g[i][c];
+    return;
   }
+  Interleave<9>({g[0], g[3], g[6],   // d/dx
+                 g[1], g[4], g[7],   // d/dy
+                 g[2], g[5], g[8]},  // d/dz
+                reinterpret_cast<double*>(gradient.data()), gradient.size());
 }
 
 }  // namespace
@@ -90,7 +92,7 @@ void FvGradients::SetUp(Operator& op, Kind kind, int (COperatorGradient::*setUp)
   op.nMotions = host_.nMotions();
   int status;
   if (kind == Kind::kRadialBasis) {
-    SettingsFolder const folder(host_.mesh());
+    SettingsFolder const folder(host_.arrays().mesh());
     host_.Topology().SetBaseFileName(folder.BaseFileName());
     status = (op.gradient.*setUp)();
   } else {
@@ -123,15 +125,20 @@ void FvGradients::Calculate(GradientMethod const& method,
            "would not turn; possible are plain, leastSquares, radialBasis"
         << exit(FatalError);
   }
-  if (work_.count() < 4 * nComponents) work_ = StaggeredArrays(4 * nComponents, host_.arrays().nAllCells());
+  // The iterated method takes more arrays than the others, so it makes do with the gradient of one component.
+  int const nAtOnce = method.kind == Kind::kIterated ? 1 : nComponents;
+  int const nArrays = nComponents + 3 * nAtOnce;
+  if (work_.count() < nArrays) work_ = StaggeredArrays(nArrays, host_.arrays().nAllCells());
   double *phi[nComponents], *g[3 * nComponents];
   for (int k = 0; k < nComponents; ++k) phi[k] = work_[k];
-  for (int k = 0; k < 3 * nComponents; ++k) g[k] = work_[nComponents + k];
+  for (int i = 0; i < 3 * nAtOnce; ++i) g[i] = work_[nComponents + i];
 
   host_.arrays().Fill(field, phi);
-  Apply(op.gradient, method, nComponents, phi, g);
   PrepareLargeResult(gradient);
-  CopyOut(g, gradient);
+  for (int k = 0; k < nComponents; k += nAtOnce) {
+    Apply(op.gradient, method, nAtOnce, phi + k, g);
+    CopyOut(g, k, nAtOnce, gradient);
+  }
 }
 
 /// The operators count cells from 1.

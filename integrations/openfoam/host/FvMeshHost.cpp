@@ -20,8 +20,10 @@ FvMeshHost& FvMeshHost::Of(fvMesh const& mesh) {
   return host;
 }
 
-FvMeshHost::FvMeshHost(fvMesh const& mesh)
-    : MeshObject<fvMesh, MoveableMeshObject, FvMeshHost>(mesh), arrays_(mesh), exchange_(arrays_) {}
+FvMeshHost::FvMeshHost(polyMesh const& mesh)
+    : MeshObject<polyMesh, MoveableMeshObject, FvMeshHost>(mesh),
+      arrays_(refCast<fvMesh const>(mesh)),
+      exchange_(arrays_) {}
 
 FvMeshHost::~FvMeshHost() = default;
 

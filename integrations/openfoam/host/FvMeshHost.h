@@ -23,15 +23,18 @@ class FvGradients;
 /// use. When the topology changes, OpenFOAM deletes the object, and the next use makes another one; so keep no reference
 /// to it from one time step to the next.
 ///
+/// It is an object of the polyMesh: that one hears of its points in all cases, an fvMesh does not when a program such as
+/// postProcess reads them from a time folder.
+///
 /// With the debug switch `zyn` above 0, records are checked when they are made, and what is wrong with them is printed.
-class FvMeshHost : public MeshObject<fvMesh, MoveableMeshObject, FvMeshHost> {
+class FvMeshHost : public MeshObject<polyMesh, MoveableMeshObject, FvMeshHost> {
  public:
   TypeName("zynHost");
 
   /// The object of the mesh, current with its points. Collective.
   static FvMeshHost& Of(fvMesh const& mesh);
 
-  explicit FvMeshHost(fvMesh const& mesh);
+  explicit FvMeshHost(polyMesh const& mesh);
   ~FvMeshHost() override;
 
   /// The records for Green-Gauss and least squares. Their centres are null until MakeCellCentres and MakeFaceCentres.

@@ -79,7 +79,7 @@ bool Sample::write() {
   label const nFields =
       mesh_.sortedNames<volScalarField>(fields_).size() + mesh_.sortedNames<volVectorField>(fields_).size();
   for (FaceSet& set : faces_) {
-    set.writer().open(time_.globalPath() / outputPrefix / name() / set.name());
+    set.writer().open(OutputFolder() / set.name());
     set.writer().beginTime(time_);
     set.writer().nFields() = nFields;
   }
@@ -89,7 +89,7 @@ bool Sample::write() {
     set.writer().endTime();
     set.writer().close();
   }
-  Log << type() << ' ' << name() << " write: " << OutputFolder() << nl << endl;
+  Log << type() << ' ' << name() << " write: " << OutputFolder() / time_.timeName() << nl << endl;
   return true;
 }
 
@@ -126,13 +126,15 @@ template <class Type>
 void Sample::WriteTable(coordSet const& points, word const& fieldName, Field<Type> const& values) const {
   wordList const names(1, fieldName);
   autoPtr<writer<Type>> const format = writer<Type>::New(setFormat_);
-  mkDir(OutputFolder());
-  OFstream file(OutputFolder() / format->getFileName(points, names));
+  fileName const folder = OutputFolder() / time_.timeName();
+  mkDir(folder);
+  OFstream file(folder / format->getFileName(points, names));
   format->write(points, names, List<Field<Type> const*>(1, &values), file);
 }
 
 fileName Sample::OutputFolder() const {
-  return time_.globalPath() / outputPrefix / name() / time_.timeName();
+  fileName const folder = time_.globalPath() / outputPrefix / name();
+  return mesh_.name() == polyMesh::defaultRegion ? folder : folder / mesh_.name();
 }
 
 }  // namespace zyn

@@ -68,7 +68,7 @@ class Sample : public functionObjects::fvMeshFunctionObject {
   void SampleFields();
   template <class Type>
   void WriteTable(coordSet const& points, word const& fieldName, Field<Type> const& values) const;
-  fileName OutputFolder() const;
+  fileName OutputFolder() const;  ///< without the time
 
   wordRes fields_;
   bool withGradients_ = false;

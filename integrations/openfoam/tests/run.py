@@ -173,7 +173,7 @@ def compare(runner, mesh, ranks):
     case = runner.case(name.replace(" ", "-"))
     case.copy(HERE / "cases/box", "system/controlDict", "system/fvSchemes", "system/fvSolution")
     case.copy(EXAMPLES / source, "system/blockMeshDict", "system/topoSetDict")
-    case.append("system/controlDict", LIBRARY)
+    case.append("system/controlDict", LIBRARY + " DebugSwitches { zyn 1; }")
     results = []
     case.run("blockMesh")
     for command in more:
@@ -195,8 +195,8 @@ def compare(runner, mesh, ranks):
         command += ["-components", foam_list(components)]
     if linear_is_exact:
         command += ["-linear", foam_list(["zyn leastSquares", "zyn radialBasis"])]
-    # The switch checks the data that the operators get: without nodes for the first gradients, with nodes for radialBasis.
-    text = case.run(*command, "-debug-switch", "zyn=1", ranks=ranks)
+    # Data are checked when they are made: without nodes for the first gradients, with nodes for radialBasis.
+    text = case.run(*command, ranks=ranks)
     breaches = [int(n) for n in re.findall(r"zyn: host data: (\d+) breach(?:es)? found", text)]
     checks = (2 if components_are_scalars else 1) * ranks
     results.append(Result(name + ": checks of the host's data", len(breaches), checks, below=False))
@@ -345,7 +345,7 @@ def simple_foam_ranks(runner):
 # --- meshes that change -----------------------------------------------------------------------------------------------
 
 
-def change(runner, name, mesh, ranks, by, changes, against="Gauss linear", schemes=("zyn plain",), memory=False):
+def change(runner, name, mesh, ranks, by, changes, against, schemes, memory=False):
     """Moves or refines a mesh. @return lines of the program"""
     case = runner.case(name.replace(" ", "-"))
     case.copy(HERE / "cases/box")
@@ -373,11 +373,15 @@ def change(runner, name, mesh, ranks, by, changes, against="Gauss linear", schem
 
 
 def after_change(runner, what, mesh, ranks, by, changes):
-    """Gradients right after each change against Gauss linear, which keeps nothing from the mesh before."""
+    """Gradients right after each change: plain ones against Gauss linear, which keeps nothing from the mesh before; all
+    against themselves on a mesh that the library has never seen."""
     name = "%s %s %d" % (what, mesh, ranks)
-    text = change(runner, name, mesh, ranks, by, changes)
-    results = [Result("%s: %s, zyn plain - Gauss linear after each of %d changes" % (name, line[0], changes),
-                      float(line[3]), ROUNDING) for line in table(text, "result")]
+    results = []
+    for against, schemes, bar in (("Gauss linear", ["zyn plain"], ROUNDING), ("fresh", ["zyn " + s for s in SCHEMES], 0)):
+        text = change(runner, name + " " + against, mesh, ranks, by, changes, against, schemes)
+        results += [Result("%s: %s, %s - %s after each of %d changes" % (name, line[0], line[1], line[2], changes),
+                           float(line[3]), bar) for line in table(text, "result")]
+    results.append(Result(name + ": comparisons made", len(results), 2 + len(SCHEMES), below=False))
     _, motions, topology_changes, _, _ = (int(x) for x in table(text, "changes")[0])
     happened = topology_changes if what == "refinement" else motions
     # Few of the ball's steps leave all cells as they are.
@@ -390,7 +394,7 @@ def memory(runner, what, by, changes):
     schemes = ["zyn " + s for s in SCHEMES]
     grown = []
     for kind, used in (("ours", schemes), ("usual", ["Gauss linear"])):
-        text = change(runner, "memory %s %s" % (what, kind), "box", 1, by, changes, against="", schemes=used, memory=True)
+        text = change(runner, "memory %s %s" % (what, kind), "box", 1, by, changes, "", used, memory=True)
         first, last = (float(line[1]) for line in table(text, "memory"))
         grown.append(last - first)
     # One forgotten block of the smallest size in each change would be 24 bytes of it.

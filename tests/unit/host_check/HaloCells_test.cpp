@@ -251,7 +251,7 @@ TEST(InterpolatedHalo, MeansAreNotedWhereTheyAreAllowed) {
   HostCheckReport const report = box.run.Check(AllowingMeans())[kMoved];
   EXPECT_EQ(0, report.Count()) << TextOf(report);
   EXPECT_TRUE(HasNote(report, std::to_string(box.run.partitions[kMoved]->nHaloCells() - 1) +
-                                  " halo cells hold weighted means of several cells' values"))
+                                  " halo cells hold weighted means of cells' values"))
       << TextOf(report);
   EXPECT_FALSE(HasNote(report, "not checked"));
 }
@@ -266,6 +266,22 @@ TEST(InterpolatedHalo, MeansOfCellsElsewhereAreCounted) {
                                   std::to_string(box.run.partitions[kMoved]->nHaloCells() - 1) +
                                   " were not checked"))
       << TextOf(report);
+}
+
+// A face that lies within one on the other side gets the value of one cell, but that one gets a mean.
+TEST(InterpolatedHalo, CopyOpposedToAMeanElsewhereIsCounted) {
+  BoxInPartitions box = IrregularBox();
+  Interpolate(box, kMoved, 0.9, 0.1);
+  box.Shift(kMoved, {3, 0, 0});
+  HostCheckReport const report = box.run.Check(AllowingMeans())[0];
+  EXPECT_EQ(0, report.Count()) << TextOf(report);
+  EXPECT_TRUE(HasNote(report, " were not checked, because the cells stand elsewhere")) << TextOf(report);
+  EXPECT_GT(box.run.Check()[0].Count(HostBreach::HaloFromElsewhere), 0) << "means are not allowed";
+
+  int const halo = box.Faces(0).other[2];
+  box.Mesh(0).yc[halo] += 0.1;
+  HostCheckReport const wrong = box.run.Check(AllowingMeans())[0];
+  EXPECT_EQ(1, wrong.Count(HostBreach::HaloFromElsewhere)) << TextOf(wrong);
 }
 
 TEST(InterpolatedHalo, WeightsThatDoNotSumToOneAreTold) {
