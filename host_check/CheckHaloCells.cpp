@@ -91,7 +91,9 @@ class PartitionFacesOfCells {
   /// The k-th face of cell c, k from 0; 0: it has no such face.
   int Face(int c, int k) const {
     auto const i = static_cast<std::size_t>(c);
-    return k < first_[i + 1] - first_[i] ? faces_[static_cast<std::size_t>(first_[i] + k)] : 0;
+    return k < first_[i + 1] - first_[i]
+               ? faces_[static_cast<std::size_t>(first_[i]) + static_cast<std::size_t>(k)]
+               : 0;
   }
 
  private:
