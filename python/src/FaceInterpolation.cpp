@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "python/src/ArrayChecks.h"
-#include "python/src/Checked.h"
 #include "python/src/Collectable.h"
 #include "python/src/Unlocked.h"
 
@@ -107,19 +106,19 @@ exchanged.
 )")
       .def(py::init<py::object, std::string const&, int, int, int>(), arg("mesh"), arg("kind") = "inner",
            py::kw_only(), arg("method") = 4, arg("span") = 1000, arg("number") = 20)
-      .def("__call__", Checked(&FaceInterpolation::Call), arg("phi"), arg("out") = py::none(), R"(
+      .def("__call__", &FaceInterpolation::Call, arg("phi"), arg("out") = py::none(), R"(
 Values at the faces.
 
 phi : (N,) field in all cells, U. out : (face_count,) values, U; overwritten.
 Returns out.
 )")
-      .def_property_readonly("targets", Checked(&FaceInterpolation::Targets), R"(
+      .def_property_readonly("targets", &FaceInterpolation::Targets, R"(
 (3, face_count) places of the values, L: centres of the faces; of partition faces, the centres of the halo cells.
 )")
       .def_property_readonly(
           "mesh", [](FaceInterpolation& self) { return *self.mesh(); }, "The mesh.")
-      .def_property_readonly("kind", Checked(&FaceInterpolation::kindName), "Kind of the faces.")
-      .def_property_readonly("face_count", Checked(&FaceInterpolation::nFaces), "Number of faces.");
+      .def_property_readonly("kind", &FaceInterpolation::kindName, "Kind of the faces.")
+      .def_property_readonly("face_count", &FaceInterpolation::nFaces, "Number of faces.");
 }
 
 }  // namespace zyn_python

@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "python/src/Checked.h"
 #include "python/src/Collectable.h"
 #include "python/src/SettingsFolder.h"
 #include "python/src/Unlocked.h"
@@ -202,7 +201,7 @@ prints 'aa[ii][j]=0.' and '4' and ends early.
 )")
       .def(py::init<py::object, std::string, double, bool, bool>(), arg("mesh"), arg("method") = "plain",
            py::kw_only(), arg("span") = 500.0, arg("shape_normalize") = false, arg("exchange_result") = true)
-      .def("__call__", Checked(&Gradient::Call), arg("phi"), arg("out") = py::none(), py::kw_only(),
+      .def("__call__", &Gradient::Call, arg("phi"), arg("out") = py::none(), py::kw_only(),
            arg("sweeps") = py::none(), R"(
 Gradient of a field.
 
@@ -210,24 +209,24 @@ phi : (N,) field, U. out : (3, N) d/dx, d/dy, d/dz, U/L; overwritten, 0 in ghost
 sweeps : number of sweeps of 'iterated', 3 if not given.
 Returns out.
 )")
-      .def("three", Checked(&Gradient::Three), arg("phi"), arg("out") = py::none(), R"(
+      .def("three", &Gradient::Three, arg("phi"), arg("out") = py::none(), R"(
 Gradients of three fields, such as the components of a velocity: 'plain' in one walk over the faces.
 
 phi : (3, N) fields, U. out : (3, 3, N) with out[i, j] the derivative of phi[i] along direction j, U/L; overwritten.
 Returns out.
 )")
-      .def("weighted", Checked(&Gradient::Weighted), arg("phi"), arg("weight"), arg("out") = py::none(), R"(
+      .def("weighted", &Gradient::Weighted, arg("phi"), arg("weight"), arg("out") = py::none(), R"(
 Green-Gauss gradient with face values from the harmonic mean of a coefficient, whatever the method.
 
 phi : (N,) field, U. weight : (N,) coefficient, above 0. out : (3, N), U/L; overwritten.
 Returns out.
 )")
-      .def("update", Checked(&Gradient::Update), R"(
+      .def("update", &Gradient::Update, R"(
 Brings the gradient up to date after you changed the mesh's centres, areas or volumes in place. Collective.
 )")
       .def_property_readonly(
           "mesh", [](Gradient& self) { return *self.mesh(); }, "The mesh.")
-      .def_property_readonly("method", Checked(&Gradient::method), "Name of the method.");
+      .def_property_readonly("method", &Gradient::method, "Name of the method.");
 }
 
 }  // namespace zyn_python

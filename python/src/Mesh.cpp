@@ -207,11 +207,10 @@ py::object* Mesh::exchangeObject() {
 }
 
 Mesh& MeshIn(py::object const& object) {
-  // Null for a mesh whose constructor has not run.
-  Mesh* const mesh = py::isinstance<Mesh>(object) ? py::cast<Mesh*>(object) : nullptr;
-  if (mesh == nullptr)
-    throw py::type_error("mesh must be a Mesh, not " + std::string(py::str(py::type::of(object).attr("__name__"))));
-  return *mesh;
+  if (!py::isinstance<Mesh>(object))
+    throw py::type_error("mesh must be a Mesh, not " +
+                         std::string(py::str(py::type::of(object).attr("__name__"))));
+  return py::cast<Mesh&>(object);
 }
 
 }  // namespace zyn_python

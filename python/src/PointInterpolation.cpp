@@ -5,7 +5,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "python/src/Checked.h"
 #include "python/src/Collectable.h"
 #include "python/src/Unlocked.h"
 
@@ -133,13 +132,13 @@ exchanged.
       .def(py::init<py::object, py::object const&, int, int, int, py::object const&>(), arg("mesh"),
            arg("points"), py::kw_only(), arg("method") = 3, arg("span") = 500, arg("number") = 20,
            arg("usable") = py::none())
-      .def("__call__", Checked(&PointInterpolation::Call), arg("phi"), arg("out") = py::none(), R"(
+      .def("__call__", &PointInterpolation::Call, arg("phi"), arg("out") = py::none(), R"(
 Values at the points.
 
 phi : (N,) field in all cells, U. out : (m,) values, U; overwritten; 0 at a point without a usable cell.
 Returns out.
 )")
-      .def("with_gradient", Checked(&PointInterpolation::WithGradient), arg("phi"), arg("out") = py::none(),
+      .def("with_gradient", &PointInterpolation::WithGradient, arg("phi"), arg("out") = py::none(),
            R"(
 Values and gradients at the points.
 
@@ -148,7 +147,7 @@ Returns out.
 )")
       .def_property_readonly(
           "mesh", [](PointInterpolation& self) { return *self.mesh(); }, "The mesh.")
-      .def_property_readonly("point_count", Checked(&PointInterpolation::nPoints), "Number of points.");
+      .def_property_readonly("point_count", &PointInterpolation::nPoints, "Number of points.");
 }
 
 }  // namespace zyn_python

@@ -1,16 +1,23 @@
 """Gradients on several ranks against those of the whole mesh, which every rank computes as well.
 
     mpirun -n RANKS python3 mpi_ranks.py file|arrays [without-exchange|failing-exchange]
+
+Or the bits of each rank against those of zyngrad on as many ranks, which has written them into FOLDER:
+
+    mpirun -n RANKS python3 mpi_ranks.py program FOLDER
 """
 
 import sys
+from pathlib import Path
 
 import numpy as np
 from grids import Grid
 from mpi4py import MPI
+from program import arrays_of, same_bits
 
 import zyn3dgradop as z
 
+MESH = "box:6,5,4:tet:perturb=0.2,seed=3"
 COMM = MPI.COMM_WORLD
 RANK, RANKS = COMM.Get_rank(), COMM.Get_size()
 
@@ -66,9 +73,8 @@ def compare(part, whole, number):
 
 
 def file_case():
-    name = "box:6,5,4:tet:perturb=0.2,seed=3"
-    whole = z.Mesh.read(name)
-    part = z.Mesh.read(name, comm=COMM)
+    whole = z.Mesh.read(MESH)
+    part = z.Mesh.read(MESH, comm=COMM)
     total = COMM.allreduce(part.cell_count)
     assert total == whole.cell_count, (total, whole.cell_count)
     assert RANKS == 1 or part.halo_count > 0
@@ -145,8 +151,29 @@ def arrays_case(kind):
     return part, whole, number
 
 
+def program_case(folder):
+    """Problems of this rank: arrays whose bits are not those of the program's piece."""
+    part = z.Mesh.read(MESH, comm=COMM)
+    x, y, zz = part.centres
+    field, weight = x * y + zz * zz, 1 + x * y
+    written = arrays_of(folder / "gradient" / f"gradient.{RANK:04}.vtu")
+    found = {f"gradient_{name}": z.Gradient(part, method)(field) for name, method in (
+        ("plain", "plain"), ("iterated", "iterated"), ("lsq", "least_squares"), ("rbf", "radial_basis"))}
+    found["gradient_weighted"] = z.Gradient(part).weighted(field, weight)
+    problems = [f"{name} has other bits than zyngrad's on rank {RANK}" for name, result in found.items()
+                if not same_bits(result[:, :part.cell_count].T, written[name])]
+    for kind in ("inner", "partition", "wall"):
+        values = z.FaceInterpolation(part, kind, method=2)(field)
+        piece = folder / kind / "faces" / f"faces.{RANK:04}.vtp"
+        if not same_bits(values, arrays_of(piece)["value"]):
+            problems.append(f"{kind} faces have other bits than zyngrad's on rank {RANK}")
+    return problems
+
+
 def main():
     case, kind = sys.argv[1], (sys.argv[2:] or [""])[0]
+    if case == "program":
+        return agree(program_case(Path(kind)))
     part, whole, number = file_case() if case == "file" else arrays_case(kind)
     if kind == "failing-exchange":
         try:
@@ -154,7 +181,11 @@ def main():
         except ZeroDivisionError as error:
             print(error, flush=True)
         return 0
-    problems = compare(part, whole, number)
+    return agree(compare(part, whole, number))
+
+
+def agree(problems):
+    """The exit code; the first rank says that all is well."""
     for problem in problems:
         print(problem, flush=True)
     if COMM.allreduce(len(problems)):

@@ -24,6 +24,21 @@ def test_ranks_agree(work, case, ranks):
     assert f"{ranks} ranks agree" in done.stdout
 
 
+@pytest.mark.parametrize("ranks", [2, 3])
+def test_each_rank_has_the_bits_of_the_program(work, ranks):
+    """Both cut the mesh in the same way, and number the parts in the same way."""
+    mesh = "box:6,5,4:tet:perturb=0.2,seed=3"
+    mpirun = [os.environ.get("ZYN_MPIEXEC", "mpirun"), "-n", str(ranks), os.environ["ZYN_PROGRAM"]]
+    field = ["--field", "x*y + z*z"]
+    subprocess.run([*mpirun, "gradient", mesh, *field, "--weight", "1 + x*y", "-o", "."], check=True, capture_output=True)
+    for kind in ("inner", "partition", "wall"):
+        subprocess.run([*mpirun, "faces", mesh, *field, "--group", kind, "--search-method", "2", "-o", kind], check=True,
+                       capture_output=True)
+    done = run_ranks(ranks, "program", str(work), folder=work)
+    assert done.returncode == 0, done.stdout + done.stderr
+    assert f"{ranks} ranks agree" in done.stdout
+
+
 def test_a_missing_exchange_shows(work):
     """The comparison can fail: with an exchange that does nothing, it does."""
     done = run_ranks(2, "arrays", "without-exchange", folder=work)

@@ -1,5 +1,6 @@
 """Meshes in partitions: the faces to other partitions, and their exchange by mpi4py."""
 
+from collections.abc import Mapping
 from typing import Any, NamedTuple, Optional
 
 import numpy as np
@@ -46,15 +47,19 @@ class MpiExchange:
     _TAG = 1
 
     def __init__(self, comm, send, receive):
-        from mpi4py import MPI
-
+        try:
+            from mpi4py import MPI
+        except ImportError:
+            raise ImportError("MpiExchange needs mpi4py (Debian: python3-mpi4py)") from None
+        if not isinstance(comm, MPI.Comm):
+            raise TypeError(f"comm must be a communicator of mpi4py, not {type(comm).__name__}")
         self._comm = comm
         self._request = MPI.Request
         self._minimum = MPI.MIN
-        self._send = [(rank, np.array(cells, dtype=np.int64)) for rank, cells in sorted(send.items())]
+        self._send = _lists_of_cells(send, "send", comm.Get_size())
         self._receive = [
-            (rank, np.array(cells, dtype=np.int64), np.empty(len(cells)))
-            for rank, cells in sorted(receive.items())
+            (rank, cells, np.empty(len(cells)))
+            for rank, cells in _lists_of_cells(receive, "receive", comm.Get_size())
         ]
 
     def __call__(self, field):
@@ -71,3 +76,22 @@ class MpiExchange:
     def minimum(self, number):
         """Return the least `number` over all ranks."""
         return self._comm.allreduce(number, op=self._minimum)
+
+
+def _lists_of_cells(of_rank, name, size):
+    """[(rank, cells)] by ascending rank, copied."""
+    if not isinstance(of_rank, Mapping):
+        raise TypeError(f"{name} must be a dict of rank to cells, not {type(of_rank).__name__}")
+    lists = []
+    for rank, cells in of_rank.items():
+        if not isinstance(rank, (int, np.integer)):
+            raise TypeError(f"{name} must have ranks as keys, not {type(rank).__name__}")
+        if not 0 <= rank < size:
+            raise ValueError(f"{name} has the key {rank}, but the ranks are 0..{size - 1}")
+        cells = np.asarray(cells)
+        if cells.size and cells.dtype.kind not in "iu":
+            raise TypeError(f"{name}[{rank}] must have whole numbers as elements, not {cells.dtype}")
+        if cells.ndim != 1 or (cells < 0).any():
+            raise ValueError(f"{name}[{rank}] must be a list of cell numbers from 0")
+        lists.append((int(rank), np.array(cells, dtype=np.int64)))
+    return sorted(lists, key=lambda item: item[0])

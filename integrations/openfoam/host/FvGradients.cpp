@@ -17,8 +17,10 @@ int TypeOf(Kind kind) { return kind == Kind::kLeastSquares ? 1 : kind == Kind::k
 
 bool HasRotationalPatch(FvMeshArrays const& arrays) {
   bool found = false;
-  for (FvMeshArrays::PatchPlace const& p : arrays.coupledPatches())
-    found = found || !refCast<coupledPolyPatch const>(arrays.mesh().boundaryMesh()[p.patch]).parallel();
+  for (FvMeshArrays::PatchPlace const& p : arrays.coupledPatches()) {
+    auto const* patch = dynamic_cast<coupledPolyPatch const*>(&arrays.mesh().boundaryMesh()[p.patch]);
+    found = found || (patch != nullptr && !patch->parallel());
+  }
   return returnReduce(found, orOp<bool>());
 }
 

@@ -25,8 +25,9 @@ int Counted(label count, char const* what) {
 }
 
 /// Labels as the operators read them: OpenFOAM's own array where label is int, otherwise a copy in `copy`.
-int const* AsInts(labelUList const& labels, std::vector<int>& copy) {
-  if constexpr (std::is_same<label, int>::value) {
+template <class Label>
+int const* AsInts(UList<Label> const& labels, std::vector<int>& copy) {
+  if constexpr (std::is_same<Label, int>::value) {
     return labels.cdata();
   } else {
     copy.assign(labels.begin(), labels.end());
@@ -113,13 +114,19 @@ void FvMeshArrays::CopyAreas() {
     arrays_.wall.area = Lent(areas_.wall);
     arrays_.partition.area = Lent(areas_.partition);
   }
-  arrays_.volume = mesh_.V().field().cdata();
+  LendVolumes();
   CopyVectors(mesh_.Sf().primitiveField(), areas_.inner);
   auto const& patchAreas = mesh_.Sf().boundaryField();
   for (PatchPlace const& p : uncoupled_) CopyVectors(patchAreas[p.patch], areas_.wall, p.firstFace);
   for (PatchPlace const& p : coupled_) CopyVectors(patchAreas[p.patch], areas_.partition, p.firstFace);
   for (PatchPlace const& p : empty_)
     CopyVectors(mesh_.boundaryMesh()[p.patch].faceAreas(), areas_.wall, p.firstFace);
+}
+
+bool FvMeshArrays::LendVolumes() {
+  scalar const* const before = arrays_.volume;
+  arrays_.volume = mesh_.V().field().cdata();
+  return arrays_.volume != before;
 }
 
 void FvMeshArrays::CopyWeights() {

@@ -52,8 +52,9 @@ class FvMeshArrays {
   void MakeFaceCentres();
   void MakeNodes();
 
-  /// Whether the volumes are still where they were when they were lent.
-  bool VolumesAreInPlace() const { return arrays_.volume == mesh_.V().field().cdata(); }
+  /// Lends the volumes from where OpenFOAM has them now; it may make their array anew.
+  /// @return whether that is another place
+  bool LendVolumes();
 
   /// Copies areas, weights, centres and nodes again, after points have moved.
   void UpdateGeometry();

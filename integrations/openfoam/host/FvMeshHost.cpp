@@ -33,7 +33,11 @@ bool FvMeshHost::movePoints() {
 }
 
 void FvMeshHost::Refresh() {
-  if (!pointsHaveMoved_ && arrays_.VolumesAreInPlace()) return;
+  // Where the volumes are may differ from process to process, and so must not decide on anything collective.
+  if (!pointsHaveMoved_) {
+    if (arrays_.LendVolumes()) LendGeometry();
+    return;
+  }
   pointsHaveMoved_ = false;
   ++nMotions_;
   arrays_.UpdateGeometry();

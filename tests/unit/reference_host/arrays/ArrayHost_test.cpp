@@ -276,6 +276,48 @@ TEST(ArrayHost, EmptyFacesAreWallsWithTheLastGhostCellsAndCanBeLeftOut) {
   EXPECT_EQ(host.FirstGhost(FaceKind::Wall) + nWall - 2, all.ijWall[nWall - 2]);
 }
 
+TEST(ArrayHost, GeometryIsLentAgain) {
+  FaceMesh const mesh = AllMeshes()[0].mesh;
+  HostPartition partition(SplitMesh(mesh, std::vector<int>(mesh.nCells, 0), 1)[0]);
+  SolverMesh solver(partition);
+  solver.arrays.nEmptyFaces = 2;
+  ArrayMesh const later = solver.arrays;
+  for (Coordinates* places : {&solver.arrays.centre, &solver.arrays.inner.centre, &solver.arrays.wall.centre})
+    *places = {};
+  for (auto const extent : {ArrayHost::Extent::kFaces, ArrayHost::Extent::kTopology}) {
+    ArrayHost host(solver.arrays, extent);
+    int** const nodeCell = host.mesh()->NodeCell;
+    for (auto* const record : {host.mesh(), host.meshWithoutEmptyFaces()}) {
+      EXPECT_EQ(nullptr, record->xc);
+      EXPECT_EQ(nullptr, record->ijxc);
+    }
+    ArrayMesh moved = later;
+    std::vector<double> const volume(later.volume, later.volume + later.nCells);
+    std::vector<double> const weight(later.neighbourWeight, later.neighbourWeight + later.inner.count);
+    std::vector<double> const area(later.wall.area.z, later.wall.area.z + later.wall.count);
+    std::vector<double> const x(later.node.x, later.node.x + later.nNodes);
+    moved.volume = volume.data();
+    moved.neighbourWeight = weight.data();
+    moved.wall.area.z = area.data();
+    moved.node.x = x.data();
+    host.LendGeometry(moved);
+    for (auto* const record : {host.mesh(), host.meshWithoutEmptyFaces()}) {
+      EXPECT_EQ(later.centre.x, record->xc + 1);
+      EXPECT_EQ(later.inner.centre.y, record->ijyc + 1);
+      EXPECT_EQ(later.wall.centre.z, record->ijWallzc + 1);
+      EXPECT_EQ(volume.data(), record->Volume + 1);
+      EXPECT_EQ(weight.data(), record->Lamda + 1);
+      EXPECT_EQ(area.data(), record->ijWallSz + 1);
+      EXPECT_EQ(nodeCell, record->NodeCell);
+      if (extent == ArrayHost::Extent::kTopology) {
+        EXPECT_EQ(x.data(), record->xn + 1);
+      }
+    }
+    EXPECT_EQ(host.mesh()->NCell - 2, host.meshWithoutEmptyFaces()->NCell);
+    EXPECT_EQ(host.mesh()->NWall - 2, host.meshWithoutEmptyFaces()->NWall);
+  }
+}
+
 TEST(ArrayHost, WorkArraysAndNamesAreMadeForTheOperators) {
   FaceMesh const mesh = AllMeshes()[0].mesh;
   HostPartition partition(SplitMesh(mesh, std::vector<int>(mesh.nCells, 0), 1)[0]);

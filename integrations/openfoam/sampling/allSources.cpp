@@ -1,0 +1,10 @@
+// All sources of libzynSampling in one, for wmake, as in the folder above.
+#include "sampling/FaceSampler.cpp"
+#include "sampling/FaceSet.cpp"
+#include "sampling/MeshStamp.cpp"
+#include "sampling/PointSampler.cpp"
+#include "sampling/PointSet.cpp"
+#include "sampling/RadialBasisSettings.cpp"
+#include "sampling/Sample.cpp"
+#include "sampling/SamplingMesh.cpp"
+#include "sampling/WeightSums.cpp"
