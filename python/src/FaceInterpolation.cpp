@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "foundation/Status.h"
 #include "python/src/ArrayChecks.h"
 #include "python/src/Collectable.h"
 #include "python/src/Unlocked.h"
@@ -10,8 +11,7 @@
 namespace zyn_python {
 namespace {
 
-constexpr int kDone = 1;
-constexpr int kMethods = 4;
+constexpr int kFaceMethods = 4;
 
 FaceKind KindNamed(std::string const& name) {
   for (FaceGroupMembers const& members : face_groups::kTable) {
@@ -29,13 +29,13 @@ FaceInterpolation::FaceInterpolation(py::object mesh, std::string const& kind, i
       m_(MeshIn(mesh_)),
       kind_(KindNamed(kind)),
       nFaces_(m_.Faces(kind_).count),
-      settings_(method, kMethods, span, number),
+      settings_(method, kFaceMethods, span, number),
       cleared_(static_cast<std::size_t>(nFaces_) + 1, 0.0) {
   m_.RequireNodes("interpolation to faces");
   MeshHost& host = m_.host();
-  bool const isWired = op_.getZyn3dGV(&globals_, nullptr, nullptr, host.mesh()) == kDone &&
-                       op_.getPartitionFace(host.partitionFaces()) == kDone &&
-                       op_.getCommunication(host.exchange()) == kDone;
+  bool const isWired = op_.getZyn3dGV(&globals_, nullptr, nullptr, host.mesh()) == Status::kSuccess &&
+                       op_.getPartitionFace(host.partitionFaces()) == Status::kSuccess &&
+                       op_.getCommunication(host.exchange()) == Status::kSuccess;
   if (!isWired) throw std::runtime_error(op_.getErrorMsg());
   op_.SetZYNKNCMP(&settings_);
   RunUnlocked(lock_, [&] { op_.Initialize_FaceInterpolateData(static_cast<int>(kind_)); });
@@ -44,16 +44,7 @@ FaceInterpolation::FaceInterpolation(py::object mesh, std::string const& kind, i
 py::object FaceInterpolation::Call(py::object const& phi, py::object out) {
   py::ssize_t const nCells = m_.nAll();
   double const* const field = LentElements(phi, "phi", {nCells});
-  double* values = nullptr;
-  if (out.is_none()) {
-    py::array_t<double> created = NewArray({nFaces_});
-    values = created.mutable_data();
-    out = std::move(created);
-  } else {
-    values = LentElements(out, "out", {nFaces_}, Access::kWrite);
-    RefuseOverlap(values, nFaces_, field, nCells, "phi");
-    m_.RefuseMeshMemory(values, nFaces_);
-  }
+  double* const values = OutputElements(out, {nFaces_}, field, nCells, m_);
   RunUnlocked(lock_, [&] {
     // The three arrays that the operator clears may be one: it writes nothing but zeros.
     double* const zero = cleared_.data();

@@ -176,11 +176,13 @@ nodes : (3, m) nodes, L. With face_nodes and face_node_start, needed by 'radial_
 face_nodes, face_node_start : face f has the nodes face_nodes[face_node_start[f]:face_node_start[f + 1]], in order
     around it; inner faces first, then boundary faces, then partition faces.
 )")
-      .def(py::init([](py::object centres, py::object volumes, py::object owner, py::object neighbour,
-                       py::object areas, py::object faceCentres, py::object weights, py::object boundaryOwner,
-                       py::object boundaryAreas, py::object boundaryCentres, py::object boundaryKinds,
-                       py::object emptyFaces, py::object partition, py::object nodes, py::object faceNodes,
-                       py::object faceNodeStart) {
+      .def(py::init([](py::object const& centres, py::object const& volumes, py::object const& owner,
+                       py::object const& neighbour, py::object const& areas, py::object const& faceCentres,
+                       py::object const& weights, py::object const& boundaryOwner,
+                       py::object const& boundaryAreas, py::object const& boundaryCentres,
+                       py::object const& boundaryKinds, py::object const& emptyFaces,
+                       py::object const& partition, py::object const& nodes, py::object const& faceNodes,
+                       py::object const& faceNodeStart) {
              return std::make_unique<Mesh>(MeshArguments{centres, volumes, owner, neighbour, areas,
                                                          faceCentres, weights, boundaryOwner, boundaryAreas,
                                                          boundaryCentres, boundaryKinds, emptyFaces,
