@@ -5,9 +5,11 @@ include(CMakePackageConfigHelpers)
 # first file is copied.
 set(installed_files $<TARGET_FILE:Zyn3dGradOp> $<TARGET_FILE:Zyn3dGradOp_search_tree>
   $<TARGET_FILE:Zyn3dGradOp_reference_host> $<TARGET_FILE:Zyn3dGradOp_host_check>)
-if(TARGET zyngrad)
-  list(APPEND installed_files $<TARGET_FILE:zyngrad>)
-endif()
+foreach(target zyngrad zyn3dgradop_core zyn3dgradop_mpi)
+  if(TARGET ${target})
+    list(APPEND installed_files $<TARGET_FILE:${target}>)
+  endif()
+endforeach()
 install(CODE "
 set(installed_files \"${installed_files}\")
 foreach(file IN LISTS installed_files)

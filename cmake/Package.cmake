@@ -1,4 +1,5 @@
-# Manual page and shell completion of the tool, and the Debian package: cmake --build BUILD --target package.
+# Manual page and shell completion of the tool, and the Debian packages: cmake --build BUILD --target package. There are
+# two if the Python module is built, zyn3dgradop with everything else and python3-zyn3dgradop.
 set(zyn_package_name zyn3dgradop)
 
 # Both are made of what the built tool tells about itself, so they cannot fall behind it.
@@ -30,13 +31,18 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 
 # Debian wants a changelog in its own form, compressed. The entry has the date of the configuration, or that of
 # SOURCE_DATE_EPOCH, and gzip stores no time, so that packages can be built twice with the same bits.
+#   zyn_debian_changelog(PACKAGE [options of install])
 string(TIMESTAMP zyn_package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
-configure_file(packaging/debian/changelog.in changelog @ONLY)
 find_program(GZIP_PROGRAM gzip)
-if(GZIP_PROGRAM)
-  execute_process(COMMAND ${GZIP_PROGRAM} -9nf ${CMAKE_CURRENT_BINARY_DIR}/changelog COMMAND_ERROR_IS_FATAL ANY)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
-endif()
+function(zyn_debian_changelog package)
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/${package})
+  configure_file(packaging/debian/changelog.in ${folder}/changelog @ONLY)
+  if(GZIP_PROGRAM)
+    execute_process(COMMAND ${GZIP_PROGRAM} -9nf ${folder}/changelog COMMAND_ERROR_IS_FATAL ANY)
+    install(FILES ${folder}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} ${ARGN})
+  endif()
+endfunction()
+zyn_debian_changelog(${zyn_package_name})
 install(FILES packaging/debian/copyright CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_package_name})
 
 set(CPACK_STRIP_FILES ON)
@@ -50,10 +56,36 @@ each method is there.")
 # What the programs and libraries are linked with; the package's own libraries have no package to be found in.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers
-  ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS openmpi-bin)
+
+# What belongs to no component makes the package with the project's name.
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_ALL Unspecified)
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME ${zyn_package_name})
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers
+  ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS openmpi-bin)
 # For those who build with the reference host.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libopenmpi-dev, libmetis-dev, libcgns-dev")
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS "libopenmpi-dev, libmetis-dev, libcgns-dev")
+
+if(TARGET zyn3dgradop_python)
+  # The module has the version of Python that it was built for in its name.
+  list(APPEND CPACK_COMPONENTS_ALL python3)
+  set(zyn_python_package_name python3-zyn3dgradop)
+  math(EXPR next_minor "${debian_python_minor} + 1")
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_NAME ${zyn_python_package_name})
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_DEPENDS
+    "python3 (>= 3.${debian_python_minor}), python3 (<< 3.${next_minor}), python3-numpy")
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_SUGGESTS "python3-mpi4py, python3-meshio, python3-vtk9")
+  set(CPACK_COMPONENT_PYTHON3_DESCRIPTION "A module for Python 3 that borrows a mesh as arrays of numpy or reads it
+from a file: Green-Gauss, least-squares and radial-basis gradients,
+interpolation to faces and to points, and checks of the mesh. It contains
+the library.")
+  set(CPACK_DEBIAN_PYTHON3_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_SOURCE_DIR}/packaging/debian/python3/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/python3/prerm)
+  install(FILES packaging/debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${zyn_python_package_name}
+    COMPONENT python3 EXCLUDE_FROM_ALL)
+  zyn_debian_changelog(${zyn_python_package_name} COMPONENT python3 EXCLUDE_FROM_ALL)
+endif()
 include(CPack)

@@ -106,7 +106,8 @@ class FaceRowCheck {
   std::vector<int> sorted_;
 };
 
-/// Interpolation to faces takes the plane of the first three nodes as the face's plane.
+/// The contract lets operators take the plane of the first three nodes as the face's plane. One single step of the
+/// operator of faces does; no set-up calls it.
 void CheckPlane(HostView const& view, CheckedFaceGroup const& group, int f, HostCheckReport& report) {
   int const* row = group.nodes[f];
   if (!view.nodeSound[row[1]] || !view.nodeSound[row[2]] || !view.nodeSound[row[3]]) return;
@@ -115,7 +116,8 @@ void CheckPlane(HostView const& view, CheckedFaceGroup const& group, int f, Host
   if (!(Norm(normal) > kLeastSine * Norm(a) * Norm(b))) {
     report.Add(HostBreach::NodesSpanNoPlane, f, [&] {
       return Text(group.Name(f), ": its first three nodes ", row[1], ", ", row[2], ", ", row[3],
-                  " lie in a line");
+                  " lie in a line. Only Set_VirtualNode_Coord_InCellPE would need their plane; gradients and "
+                  "interpolation do not");
     });
     return;
   }

@@ -57,7 +57,7 @@ void CheckCommunication(HostView const& view, bool wasRead, bool hasCells, CComm
                    " partition's counts, partition faces or communication object do not permit it");
     return;
   }
-  CheckExchanges(view, *communication, minimum, options, report);
+  CheckExchanges(view, *communication, *reduction, minimum, options, report);
 }
 
 }  // namespace

@@ -42,6 +42,8 @@ char const* NameOf(HostBreach breach) {
                                                         "exchange-choice-differs",
                                                         "halo-not-filled",
                                                         "halo-from-elsewhere",
+                                                        "halo-is-mean",
+                                                        "halo-loses-constant",
                                                         "exchange-changes-interior",
                                                         "exchange-changes-ghost",
                                                         "exchange-outside-cells",

@@ -48,6 +48,8 @@ enum class HostBreach {
   ExchangeChoiceDiffers,
   HaloNotFilled,
   HaloFromElsewhere,
+  HaloIsMean,
+  HaloLosesConstant,
   ExchangeChangesInterior,
   ExchangeChangesGhost,
   ExchangeOutsideCells,

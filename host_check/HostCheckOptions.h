@@ -23,6 +23,9 @@ struct HostCheckOptions {
   bool communication = true;
   /// DDM_IExch_Start and DDM_IExch_Wait, as a part of `communication`.
   bool nonBlocking = true;
+  /// Halo cells may hold weighted means of several cells' values, as they do beyond a non-conforming interface.
+  /// Otherwise each must hold a copy of one cell's value.
+  bool interpolatedHalo = false;
 
   double closureTolerance = 1e-6;   ///< |sum of a cell's area vectors| over the sum of their lengths
   double positionTolerance = 1e-6;  ///< of positions that must agree, over the distance of the cells

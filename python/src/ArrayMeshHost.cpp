@@ -127,9 +127,8 @@ void ArrayMeshHost::DivideBoundary(MeshArguments const& arguments) {
                                                          {"wall", &arrays_.wall}};
     arrays_.wall = Section(all, all.count, 0);
     int first = 0;
-    auto kind = std::begin(kinds);
+    auto const* kind = std::begin(kinds);
     for (auto const& [key, value] : py::reinterpret_borrow<py::dict>(arguments.boundaryKinds)) {
-      if (!py::isinstance<py::str>(key)) throw py::type_error("boundary_kinds must have names as keys");
       std::string const name = py::str(key);
       while (kind != std::end(kinds) && name != kind->first) ++kind;
       if (kind == std::end(kinds))

@@ -17,9 +17,9 @@ Class* InstanceIn(PyObject* self) {
 
 /// For the constructor of py::class_: lets Python's garbage collector see the one object that an instance refers to,
 /// besides attributes that were set in Python.
-/// Otherwise an exchange that refers back to its mesh or gradient would keep all of them for ever. `reference` returns
+/// Otherwise an exchange that refers back to its mesh or gradient would keep all of them for ever. `Reference` returns
 /// null if there is no object. It is enough that one instance of a cycle can be cleared.
-template <class Class, pybind11::object* (Class::*reference)(), Clearing clearing = Clearing::kNever>
+template <class Class, pybind11::object* (Class::*Reference)(), Clearing Wanted = Clearing::kNever>
 pybind11::custom_type_setup Collectable() {
   return pybind11::custom_type_setup([](PyHeapTypeObject* heapType) {
     PyTypeObject& type = heapType->ht_type;
@@ -29,16 +29,16 @@ pybind11::custom_type_setup Collectable() {
       PyObject** const attributes = _PyObject_GetDictPtr(self);
       if (attributes != nullptr) Py_VISIT(*attributes);
       Class* const instance = InstanceIn<Class>(self);
-      pybind11::object const* const object = instance != nullptr ? (instance->*reference)() : nullptr;
+      pybind11::object const* const object = instance != nullptr ? (instance->*Reference)() : nullptr;
       if (object != nullptr) Py_VISIT(object->ptr());
       return 0;
     };
     type.tp_clear = [](PyObject* self) -> int {
-      if (clearing == Clearing::kNever) return 0;
+      if (Wanted == Clearing::kNever) return 0;
       PyObject** const attributes = _PyObject_GetDictPtr(self);
       if (attributes != nullptr) Py_CLEAR(*attributes);
       Class* const instance = InstanceIn<Class>(self);
-      pybind11::object* const object = instance != nullptr ? (instance->*reference)() : nullptr;
+      pybind11::object* const object = instance != nullptr ? (instance->*Reference)() : nullptr;
       if (object != nullptr) *object = pybind11::none();
       return 0;
     };

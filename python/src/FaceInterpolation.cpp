@@ -3,16 +3,15 @@
 #include <stdexcept>
 #include <utility>
 
+#include "foundation/Status.h"
 #include "python/src/ArrayChecks.h"
-#include "python/src/Checked.h"
 #include "python/src/Collectable.h"
 #include "python/src/Unlocked.h"
 
 namespace zyn_python {
 namespace {
 
-constexpr int kDone = 1;
-constexpr int kMethods = 4;
+constexpr int kFaceMethods = 4;
 
 FaceKind KindNamed(std::string const& name) {
   for (FaceGroupMembers const& members : face_groups::kTable) {
@@ -30,13 +29,13 @@ FaceInterpolation::FaceInterpolation(py::object mesh, std::string const& kind, i
       m_(MeshIn(mesh_)),
       kind_(KindNamed(kind)),
       nFaces_(m_.Faces(kind_).count),
-      settings_(method, kMethods, span, number),
+      settings_(method, kFaceMethods, span, number),
       cleared_(static_cast<std::size_t>(nFaces_) + 1, 0.0) {
   m_.RequireNodes("interpolation to faces");
   MeshHost& host = m_.host();
-  bool const isWired = op_.getZyn3dGV(&globals_, nullptr, nullptr, host.mesh()) == kDone &&
-                       op_.getPartitionFace(host.partitionFaces()) == kDone &&
-                       op_.getCommunication(host.exchange()) == kDone;
+  bool const isWired = op_.getZyn3dGV(&globals_, nullptr, nullptr, host.mesh()) == Status::kSuccess &&
+                       op_.getPartitionFace(host.partitionFaces()) == Status::kSuccess &&
+                       op_.getCommunication(host.exchange()) == Status::kSuccess;
   if (!isWired) throw std::runtime_error(op_.getErrorMsg());
   op_.SetZYNKNCMP(&settings_);
   RunUnlocked(lock_, [&] { op_.Initialize_FaceInterpolateData(static_cast<int>(kind_)); });
@@ -45,16 +44,7 @@ FaceInterpolation::FaceInterpolation(py::object mesh, std::string const& kind, i
 py::object FaceInterpolation::Call(py::object const& phi, py::object out) {
   py::ssize_t const nCells = m_.nAll();
   double const* const field = LentElements(phi, "phi", {nCells});
-  double* values = nullptr;
-  if (out.is_none()) {
-    py::array_t<double> created = NewArray({nFaces_});
-    values = created.mutable_data();
-    out = std::move(created);
-  } else {
-    values = LentElements(out, "out", {nFaces_}, Access::kWrite);
-    RefuseOverlap(values, nFaces_, field, nCells, "phi");
-    m_.RefuseMeshMemory(values, nFaces_);
-  }
+  double* const values = OutputElements(out, {nFaces_}, field, nCells, m_);
   RunUnlocked(lock_, [&] {
     // The three arrays that the operator clears may be one: it writes nothing but zeros.
     double* const zero = cleared_.data();
@@ -107,19 +97,19 @@ exchanged.
 )")
       .def(py::init<py::object, std::string const&, int, int, int>(), arg("mesh"), arg("kind") = "inner",
            py::kw_only(), arg("method") = 4, arg("span") = 1000, arg("number") = 20)
-      .def("__call__", Checked(&FaceInterpolation::Call), arg("phi"), arg("out") = py::none(), R"(
+      .def("__call__", &FaceInterpolation::Call, arg("phi"), arg("out") = py::none(), R"(
 Values at the faces.
 
 phi : (N,) field in all cells, U. out : (face_count,) values, U; overwritten.
 Returns out.
 )")
-      .def_property_readonly("targets", Checked(&FaceInterpolation::Targets), R"(
+      .def_property_readonly("targets", &FaceInterpolation::Targets, R"(
 (3, face_count) places of the values, L: centres of the faces; of partition faces, the centres of the halo cells.
 )")
       .def_property_readonly(
           "mesh", [](FaceInterpolation& self) { return *self.mesh(); }, "The mesh.")
-      .def_property_readonly("kind", Checked(&FaceInterpolation::kindName), "Kind of the faces.")
-      .def_property_readonly("face_count", Checked(&FaceInterpolation::nFaces), "Number of faces.");
+      .def_property_readonly("kind", &FaceInterpolation::kindName, "Kind of the faces.")
+      .def_property_readonly("face_count", &FaceInterpolation::nFaces, "Number of faces.");
 }
 
 }  // namespace zyn_python

@@ -9,7 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "python/src/Checked.h"
+#include "foundation/Status.h"
 #include "python/src/Collectable.h"
 #include "python/src/SettingsFolder.h"
 #include "python/src/Unlocked.h"
@@ -17,7 +17,6 @@
 namespace zyn_python {
 namespace {
 
-constexpr int kDone = 1;
 constexpr int kDefaultSweeps = 3;
 
 // Gradient types of the operator, see COperatorGradient.
@@ -71,9 +70,9 @@ Gradient::Gradient(py::object mesh, std::string method, double span, bool shapeN
 
 void Gradient::Wire(COperatorGradient& op, CZYN3DFiniteVolumeMesh* record) {
   MeshHost& host = m_.host();
-  bool const isWired = op.getZyn3dGV(&globals_, nullptr, nullptr, record) == kDone &&
-                       op.getPartitionFace(host.partitionFaces()) == kDone &&
-                       op.getCommunication(host.exchange(), host.reduction()) == kDone;
+  bool const isWired = op.getZyn3dGV(&globals_, nullptr, nullptr, record) == Status::kSuccess &&
+                       op.getPartitionFace(host.partitionFaces()) == Status::kSuccess &&
+                       op.getCommunication(host.exchange(), host.reduction()) == Status::kSuccess;
   if (!isWired) throw std::runtime_error(op.getErrorMsg());
   op.SetResultExchange(exchangesResult_);
 }
@@ -85,7 +84,7 @@ void Gradient::SetUp(int (COperatorGradient::*step)()) {
     globals_.SetFileName(settings->baseFileName());
   }
   RunUnlocked(lock(), [&] {
-    if ((op_.*step)() != kDone) throw std::runtime_error(op_.getErrorMsg());
+    if ((op_.*step)() != Status::kSuccess) throw std::runtime_error(op_.getErrorMsg());
   });
 }
 
@@ -98,19 +97,6 @@ int Gradient::Sweeps(py::object const& sweeps) const {
   }
   if (sweeps.is_none()) return kDefaultSweeps;
   return static_cast<int>(WholeNumber(sweeps, "sweeps", 1, std::numeric_limits<int>::max()));
-}
-
-double* Gradient::Output(py::object& out, Shape const& shape, double const* phi, py::ssize_t nPhi) const {
-  if (out.is_none()) {
-    py::array_t<double> created = NewArray(shape);
-    double* const elements = created.mutable_data();
-    out = std::move(created);
-    return elements;
-  }
-  double* const elements = LentElements(out, "out", shape, Access::kWrite);
-  RefuseOverlap(elements, shape.Size(), phi, nPhi, "phi");
-  m_.RefuseMeshMemory(elements, shape.Size());
-  return elements;
 }
 
 void Gradient::ClearEmptyFaces(double* out, int nRows) const {
@@ -132,14 +118,14 @@ void Gradient::Apply(double const* phi, double* out, int nSweeps) {
 py::object Gradient::Call(py::object const& phi, py::object out, py::object const& sweeps) {
   double const* const field = LentElements(phi, "phi", {n_});
   int const nSweeps = Sweeps(sweeps);
-  double* const gradient = Output(out, {3, n_}, field, n_);
+  double* const gradient = OutputElements(out, {3, n_}, field, n_, m_);
   RunUnlocked(lock(), [&] { Apply(field, gradient, nSweeps); });
   return out;
 }
 
 py::object Gradient::Three(py::object const& phi, py::object out) {
   double const* const fields = LentElements(phi, "phi", {3, n_});
-  double* const gradient = Output(out, {3, 3, n_}, fields, 3 * n_);
+  double* const gradient = OutputElements(out, {3, 3, n_}, fields, 3 * n_, m_);
   RunUnlocked(lock(), [&] {
     if (form_ != Form::kPlain) {
       int const nSweeps = Sweeps(py::none());
@@ -159,7 +145,7 @@ py::object Gradient::Weighted(py::object const& phi, py::object const& weight, p
   double const* const field = LentElements(phi, "phi", {n_});
   double const* const coefficient = LentElements(weight, "weight", {n_});
   bool const isNew = out.is_none();
-  double* const gradient = Output(out, {3, n_}, field, n_);
+  double* const gradient = OutputElements(out, {3, n_}, field, n_, m_);
   if (!isNew) RefuseOverlap(gradient, 3 * n_, coefficient, n_, "weight");
   RunUnlocked(lock(), [&] {
     double* const g = gradient - 1;
@@ -202,7 +188,7 @@ prints 'aa[ii][j]=0.' and '4' and ends early.
 )")
       .def(py::init<py::object, std::string, double, bool, bool>(), arg("mesh"), arg("method") = "plain",
            py::kw_only(), arg("span") = 500.0, arg("shape_normalize") = false, arg("exchange_result") = true)
-      .def("__call__", Checked(&Gradient::Call), arg("phi"), arg("out") = py::none(), py::kw_only(),
+      .def("__call__", &Gradient::Call, arg("phi"), arg("out") = py::none(), py::kw_only(),
            arg("sweeps") = py::none(), R"(
 Gradient of a field.
 
@@ -210,24 +196,24 @@ phi : (N,) field, U. out : (3, N) d/dx, d/dy, d/dz, U/L; overwritten, 0 in ghost
 sweeps : number of sweeps of 'iterated', 3 if not given.
 Returns out.
 )")
-      .def("three", Checked(&Gradient::Three), arg("phi"), arg("out") = py::none(), R"(
+      .def("three", &Gradient::Three, arg("phi"), arg("out") = py::none(), R"(
 Gradients of three fields, such as the components of a velocity: 'plain' in one walk over the faces.
 
 phi : (3, N) fields, U. out : (3, 3, N) with out[i, j] the derivative of phi[i] along direction j, U/L; overwritten.
 Returns out.
 )")
-      .def("weighted", Checked(&Gradient::Weighted), arg("phi"), arg("weight"), arg("out") = py::none(), R"(
+      .def("weighted", &Gradient::Weighted, arg("phi"), arg("weight"), arg("out") = py::none(), R"(
 Green-Gauss gradient with face values from the harmonic mean of a coefficient, whatever the method.
 
 phi : (N,) field, U. weight : (N,) coefficient, above 0. out : (3, N), U/L; overwritten.
 Returns out.
 )")
-      .def("update", Checked(&Gradient::Update), R"(
+      .def("update", &Gradient::Update, R"(
 Brings the gradient up to date after you changed the mesh's centres, areas or volumes in place. Collective.
 )")
       .def_property_readonly(
           "mesh", [](Gradient& self) { return *self.mesh(); }, "The mesh.")
-      .def_property_readonly("method", Checked(&Gradient::method), "Name of the method.");
+      .def_property_readonly("method", &Gradient::method, "Name of the method.");
 }
 
 }  // namespace zyn_python

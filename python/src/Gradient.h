@@ -46,7 +46,6 @@ class Gradient {
   int Sweeps(pybind11::object const& sweeps) const;
   void Apply(double const* phi, double* out, int nSweeps);
   void ClearEmptyFaces(double* out, int nRows) const;
-  double* Output(pybind11::object& out, Shape const& shape, double const* phi, pybind11::ssize_t nPhi) const;
 
   pybind11::object mesh_;
   Mesh& m_;                    ///< in mesh_

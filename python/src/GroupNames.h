@@ -35,13 +35,15 @@ inline GroupsByUser GroupsOf(GroupNames const& names) {
 
 /// In the module that calls it, errors of the readers are ValueErrors.
 inline void TranslateMeshErrors() {
-  pybind11::register_local_exception_translator([](std::exception_ptr error) {
-    try {
-      if (error) std::rethrow_exception(error);
-    } catch (reference_host::MeshError const& e) {
-      PyErr_SetString(PyExc_ValueError, e.what());
-    }
-  });
+  pybind11::register_local_exception_translator(
+      [](std::exception_ptr
+             error) {  // NOLINT(performance-unnecessary-value-param): the type that pybind11 takes
+        try {
+          if (error) std::rethrow_exception(error);
+        } catch (reference_host::MeshError const& e) {
+          PyErr_SetString(PyExc_ValueError, e.what());
+        }
+      });
 }
 
 }  // namespace zyn_python

@@ -31,7 +31,7 @@ void AppendFromZero(int const* numbers, int n, std::vector<int>& out) {
 }
 
 template <class Number>
-py::array ArrayOf(std::vector<Number> const& numbers) {
+py::array NumberArray(std::vector<Number> const& numbers) {
   return Sealed(py::array_t<Number>(static_cast<py::ssize_t>(numbers.size()), numbers.data()));
 }
 
@@ -118,19 +118,19 @@ py::array Mesh::Nodes() const {
 py::array Mesh::Owner() const {
   std::vector<int> numbers;
   AppendFromZero(record().ijCV, record().NInnerFaces, numbers);
-  return ArrayOf(numbers);
+  return NumberArray(numbers);
 }
 
 py::array Mesh::Neighbour() const {
   std::vector<int> numbers;
   AppendFromZero(record().ij, record().NInnerFaces, numbers);
-  return ArrayOf(numbers);
+  return NumberArray(numbers);
 }
 
 py::array Mesh::BoundaryOwner() const {
   std::vector<int> numbers;
   for (FaceGroup const& group : Boundary()) AppendFromZero(group.cv, group.count, numbers);
-  return ArrayOf(numbers);
+  return NumberArray(numbers);
 }
 
 py::tuple Mesh::FaceNodes() const {
@@ -146,7 +146,7 @@ py::tuple Mesh::FaceNodes() const {
       start.push_back(static_cast<int>(nodes.size()));
     }
   }
-  return py::make_tuple(ArrayOf(nodes), ArrayOf(start));
+  return py::make_tuple(NumberArray(nodes), NumberArray(start));
 }
 
 py::dict Mesh::BoundaryKinds() const {
@@ -172,7 +172,7 @@ py::array Mesh::PatchOfBoundaryFace() const {
     std::vector<int> const& ofGhost = host_->partition()->patchOfGhost();
     std::copy_n(ofGhost.begin() + 1 + nInterior(), patches.size(), patches.begin());
   }
-  return ArrayOf(patches);
+  return NumberArray(patches);
 }
 
 py::array Mesh::GhostCells(std::string const& patch) const {
@@ -187,7 +187,7 @@ py::array Mesh::GhostCells(std::string const& patch) const {
   for (std::size_t c = 1; c < ofGhost.size(); ++c) {
     if (ofGhost[c] == wanted) cells.push_back(static_cast<std::int64_t>(c) - 1);
   }
-  return ArrayOf(cells);
+  return NumberArray(cells);
 }
 
 py::array Mesh::SourceCell() const {
@@ -198,7 +198,7 @@ py::array Mesh::SourceCell() const {
     else if (c < static_cast<std::size_t>(nInterior()))
       cells[c] = static_cast<std::int64_t>(c);
   }
-  return ArrayOf(cells);
+  return NumberArray(cells);
 }
 
 py::object* Mesh::exchangeObject() {
@@ -206,12 +206,25 @@ py::object* Mesh::exchangeObject() {
   return hasOne ? &arrays_->pythonExchange()->callable() : nullptr;
 }
 
+double* OutputElements(py::object& out, Shape const& shape, double const* phi, py::ssize_t nPhi,
+                       Mesh const& mesh) {
+  if (out.is_none()) {
+    py::array_t<double> created = NewArray(shape);
+    double* const elements = created.mutable_data();
+    out = std::move(created);
+    return elements;
+  }
+  double* const elements = LentElements(out, "out", shape, Access::kWrite);
+  RefuseOverlap(elements, shape.Size(), phi, nPhi, "phi");
+  mesh.RefuseMeshMemory(elements, shape.Size());
+  return elements;
+}
+
 Mesh& MeshIn(py::object const& object) {
-  // Null for a mesh whose constructor has not run.
-  Mesh* const mesh = py::isinstance<Mesh>(object) ? py::cast<Mesh*>(object) : nullptr;
-  if (mesh == nullptr)
-    throw py::type_error("mesh must be a Mesh, not " + std::string(py::str(py::type::of(object).attr("__name__"))));
-  return *mesh;
+  if (!py::isinstance<Mesh>(object))
+    throw py::type_error("mesh must be a Mesh, not " +
+                         std::string(py::str(py::type::of(object).attr("__name__"))));
+  return py::cast<Mesh&>(object);
 }
 
 }  // namespace zyn_python

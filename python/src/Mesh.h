@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "foundation/FaceGroups.h"
+#include "python/src/ArrayChecks.h"
 #include "python/src/ArrayMeshHost.h"
 #include "python/src/CallLock.h"
 #include "python/src/MeshHost.h"
@@ -73,6 +74,12 @@ class Mesh {
   ArrayMeshHost* arrays_ = nullptr;  ///< host_, if it stands on arrays
   CallLock lock_;
 };
+
+/// The elements of the array `out`, or of a new one that is put there if it is None. Throws like LentElements, and
+/// ValueError if the array shares memory with the input or the mesh.
+/// @param[in] nPhi  number of elements of `phi`
+double* OutputElements(pybind11::object& out, Shape const& shape, double const* phi, pybind11::ssize_t nPhi,
+                       Mesh const& mesh);
 
 /// The mesh that an object of Python is. Throws TypeError for anything else.
 Mesh& MeshIn(pybind11::object const& object);

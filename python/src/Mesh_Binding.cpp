@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "python/src/ArrayChecks.h"
-#include "python/src/Checked.h"
 #include "python/src/Collectable.h"
 #include "python/src/FileMesh.h"
 #include "python/src/GroupNames.h"
@@ -177,11 +176,13 @@ nodes : (3, m) nodes, L. With face_nodes and face_node_start, needed by 'radial_
 face_nodes, face_node_start : face f has the nodes face_nodes[face_node_start[f]:face_node_start[f + 1]], in order
     around it; inner faces first, then boundary faces, then partition faces.
 )")
-      .def(py::init([](py::object centres, py::object volumes, py::object owner, py::object neighbour,
-                       py::object areas, py::object faceCentres, py::object weights, py::object boundaryOwner,
-                       py::object boundaryAreas, py::object boundaryCentres, py::object boundaryKinds,
-                       py::object emptyFaces, py::object partition, py::object nodes, py::object faceNodes,
-                       py::object faceNodeStart) {
+      .def(py::init([](py::object const& centres, py::object const& volumes, py::object const& owner,
+                       py::object const& neighbour, py::object const& areas, py::object const& faceCentres,
+                       py::object const& weights, py::object const& boundaryOwner,
+                       py::object const& boundaryAreas, py::object const& boundaryCentres,
+                       py::object const& boundaryKinds, py::object const& emptyFaces,
+                       py::object const& partition, py::object const& nodes, py::object const& faceNodes,
+                       py::object const& faceNodeStart) {
              return std::make_unique<Mesh>(MeshArguments{centres, volumes, owner, neighbour, areas,
                                                          faceCentres, weights, boundaryOwner, boundaryAreas,
                                                          boundaryCentres, boundaryKinds, emptyFaces,
@@ -206,64 +207,57 @@ kind. Collective if the mesh is in partitions. Face and cell numbers in the text
             return reference_host::MeasureQuality(self.record(), *self.host().partitionFaces());
           },
           "Non-orthogonality and skewness of the faces between two cells of this partition, as Quality.")
-      .def_property_readonly("cell_count", Checked(&Mesh::nInterior), "Number n of interior cells.")
-      .def_property_readonly("total_count", Checked(&Mesh::nAll),
-                             "Number N of all cells, the length of a field.")
-      .def_property_readonly("ghost_count", Checked(&Mesh::nBoundaryFaces), "Number of ghost cells.")
-      .def_property_readonly("halo_count", Checked(&Mesh::nHalo), "Number of halo cells.")
+      .def_property_readonly("cell_count", &Mesh::nInterior, "Number n of interior cells.")
+      .def_property_readonly("total_count", &Mesh::nAll, "Number N of all cells, the length of a field.")
+      .def_property_readonly("ghost_count", &Mesh::nBoundaryFaces, "Number of ghost cells.")
+      .def_property_readonly("halo_count", &Mesh::nHalo, "Number of halo cells.")
       .def_property_readonly(
           "inner_face_count", [](Mesh const& self) { return self.record().NInnerFaces; },
           "Number of inner faces.")
-      .def_property_readonly("boundary_face_count", Checked(&Mesh::nBoundaryFaces),
-                             "Number of boundary faces.")
-      .def_property_readonly("empty_face_count", Checked(&Mesh::nEmptyFaces),
-                             "Number of empty faces among them.")
+      .def_property_readonly("boundary_face_count", &Mesh::nBoundaryFaces, "Number of boundary faces.")
+      .def_property_readonly("empty_face_count", &Mesh::nEmptyFaces, "Number of empty faces among them.")
       .def_property_readonly(
           "partition_face_count", [](Mesh& self) { return self.host().partitionFaces()->NParInterFace(); },
           "Number of faces between this partition and others.")
       .def_property_readonly(
           "node_count", [](Mesh const& self) { return self.record().NNode; },
           "Number of nodes; 0: without nodes.")
-      .def_property_readonly("centres", Checked(&Mesh::Centres), R"(
+      .def_property_readonly("centres", &Mesh::Centres, R"(
 (3, N) cell centres, L; read-only. These arrays are views of what was passed to Mesh, or copies for a mesh that was read.
 )")
-      .def_property_readonly("volumes", Checked(&Mesh::Volumes),
-                             "(n,) volumes of the interior cells, L^3; read-only.")
-      .def_property_readonly("owner", Checked(&Mesh::Owner),
-                             "(nf,) int32, owners of the inner faces; a copy.")
-      .def_property_readonly("neighbour", Checked(&Mesh::Neighbour),
+      .def_property_readonly("volumes", &Mesh::Volumes, "(n,) volumes of the interior cells, L^3; read-only.")
+      .def_property_readonly("owner", &Mesh::Owner, "(nf,) int32, owners of the inner faces; a copy.")
+      .def_property_readonly("neighbour", &Mesh::Neighbour,
                              "(nf,) int32, cells across the inner faces; a copy.")
-      .def_property_readonly("areas", Checked(&Mesh::Areas),
+      .def_property_readonly("areas", &Mesh::Areas,
                              "(3, nf) area vectors of the inner faces, L^2; read-only.")
-      .def_property_readonly("face_centres", Checked(&Mesh::FaceCentres),
+      .def_property_readonly("face_centres", &Mesh::FaceCentres,
                              "(3, nf) centres of the inner faces, L; read-only.")
-      .def_property_readonly("weights", Checked(&Mesh::Weights),
-                             "(nf,) weights of the neighbours; read-only.")
-      .def_property_readonly("boundary_owner", Checked(&Mesh::BoundaryOwner),
+      .def_property_readonly("weights", &Mesh::Weights, "(nf,) weights of the neighbours; read-only.")
+      .def_property_readonly("boundary_owner", &Mesh::BoundaryOwner,
                              "(nb,) int32, cells at the boundary; a copy.")
-      .def_property_readonly("boundary_areas", Checked(&Mesh::BoundaryAreas),
+      .def_property_readonly("boundary_areas", &Mesh::BoundaryAreas,
                              "(3, nb) area vectors outwards, L^2; read-only.")
-      .def_property_readonly("boundary_centres", Checked(&Mesh::BoundaryCentres),
-                             "(3, nb) centres, L; read-only.")
-      .def_property_readonly("boundary_kinds", Checked(&Mesh::BoundaryKinds), R"(
+      .def_property_readonly("boundary_centres", &Mesh::BoundaryCentres, "(3, nb) centres, L; read-only.")
+      .def_property_readonly("boundary_kinds", &Mesh::BoundaryKinds, R"(
 Number of boundary faces of each kind, a dict in the order of the faces.
 )")
-      .def_property_readonly("nodes", Checked(&Mesh::Nodes), "(3, m) nodes, L; read-only.")
+      .def_property_readonly("nodes", &Mesh::Nodes, "(3, m) nodes, L; read-only.")
       .def_property_readonly(
           "face_nodes", [](Mesh const& self) { return py::object(self.FaceNodes()[0]); },
           "int32, nodes of all faces, one after another; a copy.")
       .def_property_readonly(
           "face_node_start", [](Mesh const& self) { return py::object(self.FaceNodes()[1]); },
           "int32, where the nodes of each face begin in face_nodes, and the end; a copy.")
-      .def_property_readonly("_patches", Checked(&Mesh::Patches))
-      .def_property_readonly("patch_of_boundary_face", Checked(&Mesh::PatchOfBoundaryFace), R"(
+      .def_property_readonly("_patches", &Mesh::Patches)
+      .def_property_readonly("patch_of_boundary_face", &Mesh::PatchOfBoundaryFace, R"(
 (nb,) int32, the patch of each boundary face, an index into patches; -1 in a mesh from arrays.
 )")
-      .def("ghost_cells", Checked(&Mesh::GhostCells), arg("patch"), R"(
+      .def("ghost_cells", &Mesh::GhostCells, arg("patch"), R"(
 Numbers of the ghost cells of the patch with this name, int64: phi[mesh.ghost_cells('inlet')] = 1.0. KeyError for a
 patch that the mesh does not have.
 )")
-      .def_property_readonly("source_cell", Checked(&Mesh::SourceCell), R"(
+      .def_property_readonly("source_cell", &Mesh::SourceCell, R"(
 (N,) int64, the number of each cell in the file, from 0; -1 for ghost cells. In a mesh from arrays, interior cells have
 their own numbers and all others -1.
 )");

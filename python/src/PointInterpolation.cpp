@@ -5,22 +5,21 @@
 #include <stdexcept>
 #include <utility>
 
-#include "python/src/Checked.h"
+#include "foundation/Status.h"
 #include "python/src/Collectable.h"
 #include "python/src/Unlocked.h"
 
 namespace zyn_python {
 namespace {
 
-constexpr int kDone = 1;
-constexpr int kMethods = 3;
+constexpr int kPointMethods = 3;
 constexpr double kUsable = -1.0, kUnusable = 1.0;  // marks of the operator: below 0 is usable
 
 }  // namespace
 
 PointInterpolation::PointInterpolation(py::object mesh, py::object const& points, int method, int span,
                                        int number, py::object const& usable)
-    : mesh_(std::move(mesh)), m_(MeshIn(mesh_)), settings_(method, kMethods, span, number) {
+    : mesh_(std::move(mesh)), m_(MeshIn(mesh_)), settings_(method, kPointMethods, span, number) {
   m_.RequireNodes("interpolation to points");
   double const* const rows = LentElements(points, "points", {3, Shape::kAny});
   nPoints_ = py::reinterpret_borrow<py::array>(points).shape(1);
@@ -29,9 +28,9 @@ PointInterpolation::PointInterpolation(py::object mesh, py::object const& points
   gradient_.assign(static_cast<std::size_t>(3 * nPoints_), 0.0);
 
   MeshHost& host = m_.host();
-  bool const isWired = op_.getZyn3dGV(&globals_, nullptr, nullptr, host.mesh()) == kDone &&
-                       op_.getPartitionFace(host.partitionFaces()) == kDone &&
-                       op_.getCommunication(host.exchange()) == kDone;
+  bool const isWired = op_.getZyn3dGV(&globals_, nullptr, nullptr, host.mesh()) == Status::kSuccess &&
+                       op_.getPartitionFace(host.partitionFaces()) == Status::kSuccess &&
+                       op_.getCommunication(host.exchange()) == Status::kSuccess;
   if (!isWired) throw std::runtime_error(op_.ErrorMsg);
   op_.SetZYNKNCMP(&settings_);
   RunUnlocked(lock_, [&] {
@@ -69,19 +68,6 @@ std::vector<double> PointInterpolation::Marks(py::object const& usable) const {
   return marks;
 }
 
-double* PointInterpolation::Output(py::object& out, Shape const& shape, double const* field) const {
-  if (out.is_none()) {
-    py::array_t<double> created = NewArray(shape);
-    double* const elements = created.mutable_data();
-    out = std::move(created);
-    return elements;
-  }
-  double* const elements = LentElements(out, "out", shape, Access::kWrite);
-  RefuseOverlap(elements, shape.Size(), field, m_.nAll(), "phi");
-  m_.RefuseMeshMemory(elements, shape.Size());
-  return elements;
-}
-
 /// @param[out] value,gx,gy,gz  [0..nPoints_-1]
 void PointInterpolation::Apply(double const* field, double* value, double* gx, double* gy, double* gz) {
   op_.Multiply_IBRBFCoefficent(const_cast<double*>(field) - 1, value - 1, gx - 1, gy - 1, gz - 1);
@@ -89,7 +75,7 @@ void PointInterpolation::Apply(double const* field, double* value, double* gx, d
 
 py::object PointInterpolation::Call(py::object const& phi, py::object out) {
   double const* const field = LentElements(phi, "phi", {m_.nAll()});
-  double* const value = Output(out, {nPoints_}, field);
+  double* const value = OutputElements(out, {nPoints_}, field, m_.nAll(), m_);
   RunUnlocked(lock_, [&] {
     double* const unwanted = gradient_.data();
     Apply(field, value, unwanted, unwanted + nPoints_, unwanted + 2 * nPoints_);
@@ -99,7 +85,7 @@ py::object PointInterpolation::Call(py::object const& phi, py::object out) {
 
 py::object PointInterpolation::WithGradient(py::object const& phi, py::object out) {
   double const* const field = LentElements(phi, "phi", {m_.nAll()});
-  double* const row = Output(out, {4, nPoints_}, field);
+  double* const row = OutputElements(out, {4, nPoints_}, field, m_.nAll(), m_);
   RunUnlocked(lock_, [&] { Apply(field, row, row + nPoints_, row + 2 * nPoints_, row + 3 * nPoints_); });
   return out;
 }
@@ -133,13 +119,13 @@ exchanged.
       .def(py::init<py::object, py::object const&, int, int, int, py::object const&>(), arg("mesh"),
            arg("points"), py::kw_only(), arg("method") = 3, arg("span") = 500, arg("number") = 20,
            arg("usable") = py::none())
-      .def("__call__", Checked(&PointInterpolation::Call), arg("phi"), arg("out") = py::none(), R"(
+      .def("__call__", &PointInterpolation::Call, arg("phi"), arg("out") = py::none(), R"(
 Values at the points.
 
 phi : (N,) field in all cells, U. out : (m,) values, U; overwritten; 0 at a point without a usable cell.
 Returns out.
 )")
-      .def("with_gradient", Checked(&PointInterpolation::WithGradient), arg("phi"), arg("out") = py::none(),
+      .def("with_gradient", &PointInterpolation::WithGradient, arg("phi"), arg("out") = py::none(),
            R"(
 Values and gradients at the points.
 
@@ -148,7 +134,7 @@ Returns out.
 )")
       .def_property_readonly(
           "mesh", [](PointInterpolation& self) { return *self.mesh(); }, "The mesh.")
-      .def_property_readonly("point_count", Checked(&PointInterpolation::nPoints), "Number of points.");
+      .def_property_readonly("point_count", &PointInterpolation::nPoints, "Number of points.");
 }
 
 }  // namespace zyn_python

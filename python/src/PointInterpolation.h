@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "python/src/ArrayChecks.h"
 #include "python/src/CallLock.h"
 #include "python/src/Globals.h"
 #include "python/src/InterpolationSettings.h"
@@ -30,7 +29,6 @@ class PointInterpolation {
 
  private:
   std::vector<double> Marks(pybind11::object const& usable) const;
-  double* Output(pybind11::object& out, Shape const& shape, double const* field) const;
   void Apply(double const* field, double* value, double* gx, double* gy, double* gz);
 
   pybind11::object mesh_;

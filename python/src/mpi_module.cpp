@@ -46,9 +46,8 @@ py::capsule ReadOnRanks(std::string const& path, GroupNames const& groups, MPI_F
     *host = std::make_unique<LoadedMeshHost>(
         reference_host::LoadMesh(MPI_Comm_f2c(communicator), path, byUser, {}));
   }
-  py::capsule const capsule(host.get(), [](void* p) { delete static_cast<std::unique_ptr<MeshHost>*>(p); });
-  host.release();
-  return capsule;
+  // From here on the capsule owns it.
+  return {host.release(), [](void* p) { delete static_cast<std::unique_ptr<MeshHost>*>(p); }};
 }
 
 std::string LibraryVersion() {

@@ -32,12 +32,14 @@ def _read(path, *, groups=None, comm=None):
     name = os.fspath(path)
     if comm is None:
         return _core.read(name, groups)
+    from mpi4py import MPI
+
+    if not isinstance(comm, MPI.Comm):
+        raise TypeError(f"comm must be a communicator of mpi4py, not {type(comm).__name__}")
     try:
         from . import _mpi
     except ImportError as error:
         raise RuntimeError(f"this build of zyn3dgradop cannot read on several ranks: {error}") from error
-    from mpi4py import MPI
-
     if MPI.Get_library_version() != _mpi.library_version():
         raise RuntimeError("mpi4py and zyn3dgradop were built with different MPI libraries")
     return _core.from_host(_mpi.read(name, groups, comm.py2f()))

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <vector>
 
 #include "reference_host/arrays/ArrayTopology.h"
@@ -20,6 +23,22 @@ inline std::vector<int> CountedFromOne(int const* numbers, int count) {
   for (int i = 0; i < count; ++i) result[i + 1] = numbers[i] + 1;
   return result;
 }
+
+/// Zeros that are never written: of a large block the system gives them no memory.
+class Zeros {
+ public:
+  explicit Zeros(int count)
+      : zeros_(static_cast<int*>(std::calloc(static_cast<std::size_t>(count), sizeof(int)))) {
+    if (!zeros_) throw std::bad_alloc();
+  }
+  int* data() const { return zeros_.get(); }
+
+ private:
+  struct Free {
+    void operator()(int* block) const { std::free(block); }
+  };
+  std::unique_ptr<int[], Free> zeros_;
+};
 
 /// The array of a solver as one that begins with an element 1. The operators write to none of those that they borrow,
 /// but the records do not say so.
@@ -90,14 +109,16 @@ struct ArrayHost::Storage {
   Storage(ArrayMesh const& arrays, Extent extent);
 
   FaceGroup& Group(FaceKind kind) { return groups[IndexOf(kind)]; }
+  void LendGeometry(ArrayMesh const& arrays);
   void LendCells(ArrayMesh const& arrays);
+  void LendNodes(ArrayMesh const& arrays);
   void LendFaces();
   void LendTopology(ArrayMesh const& arrays);
   void LendGlobals();
 
   FirstCells const first;
   std::array<FaceCells, kFaceKinds> cells;   // by IndexOf(kind)
-  std::vector<int> const faceType;           // 0 throughout: both cells of a face take its flux
+  array_host::Zeros const faceType;          // 0 throughout: both cells of a face take its flux
   std::array<FaceGroup, kFaceKinds> groups;  // by IndexOf(kind)
   ArrayTopology topology;
 
@@ -111,8 +132,7 @@ struct ArrayHost::Storage {
 };
 
 ArrayHost::Storage::Storage(ArrayMesh const& arrays, Extent extent)
-    : first(arrays),
-      faceType(static_cast<std::size_t>(std::max(arrays.inner.count, arrays.partition.count)) + 1, 0) {
+    : first(arrays), faceType(std::max(arrays.inner.count, arrays.partition.count) + 1) {
   for (FaceGroupMembers const& members : face_groups::kTable) {
     FaceKind const kind = members.kind;
     FaceCells& faceCells = cells[IndexOf(kind)] = array_host::CellsOf(kind, arrays, first);
@@ -122,18 +142,27 @@ ArrayHost::Storage::Storage(ArrayMesh const& arrays, Extent extent)
     group.count = faces.count;
     group.cv = faceCells.cv.data();
     group.other = faceCells.other.data();
+  }
+  Group(FaceKind::Inner).type = Group(FaceKind::Partition).type = faceType.data();
+
+  if (extent == Extent::kTopology) LendTopology(arrays);
+  LendGeometry(arrays);
+  LendGlobals();
+}
+
+void ArrayHost::Storage::LendGeometry(ArrayMesh const& arrays) {
+  for (FaceGroup& group : groups) {
+    ArrayFaces const& faces = FacesOf(group.kind, arrays);
     group.sx = FromOne(faces.area.x), group.sy = FromOne(faces.area.y), group.sz = FromOne(faces.area.z);
     group.xc = FromOne(faces.centre.x), group.yc = FromOne(faces.centre.y),
     group.zc = FromOne(faces.centre.z);
   }
   Group(FaceKind::Inner).weight = FromOne(arrays.neighbourWeight);
   Group(FaceKind::Partition).weight = FromOne(arrays.haloWeight);
-  Group(FaceKind::Inner).type = Group(FaceKind::Partition).type = faceType.data();
 
   LendCells(arrays);
   LendFaces();
-  if (extent == Extent::kTopology) LendTopology(arrays);
-  LendGlobals();
+  if (mesh.NodeCell != nullptr) LendNodes(arrays);
 
   meshWithoutEmptyFaces = mesh;
   meshWithoutEmptyFaces.NWall -= arrays.nEmptyFaces;
@@ -147,6 +176,13 @@ void ArrayHost::Storage::LendCells(ArrayMesh const& arrays) {
   mesh.yc = FromOne(arrays.centre.y);
   mesh.zc = FromOne(arrays.centre.z);
   mesh.Volume = FromOne(arrays.volume);
+}
+
+void ArrayHost::Storage::LendNodes(ArrayMesh const& arrays) {
+  mesh.NNode = arrays.nNodes;
+  mesh.xn = FromOne(arrays.node.x);
+  mesh.yn = FromOne(arrays.node.y);
+  mesh.zn = FromOne(arrays.node.z);
 }
 
 /// The record has no arrays of the partition faces but their nodes.
@@ -171,10 +207,6 @@ void ArrayHost::Storage::LendFaces() {
 
 void ArrayHost::Storage::LendTopology(ArrayMesh const& arrays) {
   topology = MakeTopology(arrays, groups, first.end);
-  mesh.NNode = arrays.nNodes;
-  mesh.xn = FromOne(arrays.node.x);
-  mesh.yn = FromOne(arrays.node.y);
-  mesh.zn = FromOne(arrays.node.z);
   for (FaceGroupMembers const& m : face_groups::kTable)
     mesh.*m.nodes = topology.faceNodes[IndexOf(m.kind)].rows();
   mesh.CellCell = topology.cellCell.rows();
@@ -209,6 +241,8 @@ void ArrayHost::SetBaseFileName(std::string const& name) {
   storage_->baseFileName = name;
   storage_->globals.BaseFileName = storage_->baseFileName.data();
 }
+
+void ArrayHost::LendGeometry(ArrayMesh const& arrays) { storage_->LendGeometry(arrays); }
 
 CZYN3DFiniteVolumeMesh* ArrayHost::mesh() { return &storage_->mesh; }
 CZYN3DFiniteVolumeMesh* ArrayHost::meshWithoutEmptyFaces() { return &storage_->meshWithoutEmptyFaces; }

@@ -10,7 +10,8 @@
 namespace reference_host {
 
 /// The records that the operators need, made of a solver's own arrays. Numbers are copied, since the operators count
-/// from 1; all other arrays are lent to the operators as they are, and so must outlive the object and stay in place.
+/// from 1; all other arrays are lent to the operators as they are, and so must outlive the object and stay in place
+/// until others are lent.
 class ArrayHost {
  public:
   /// What is made besides the cells and areas of the faces.
@@ -24,6 +25,11 @@ class ArrayHost {
   ~ArrayHost();
   ArrayHost(ArrayHost const&) = delete;
   ArrayHost& operator=(ArrayHost const&) = delete;
+
+  /// Takes the arrays of places, areas, volumes and weights anew, for a solver that has moved its points to other arrays
+  /// or that makes an array only when an operator needs it. An array that no operator in use reads may be null.
+  /// @pre `arrays` has the numbers of cells, faces and nodes that the object was made with
+  void LendGeometry(ArrayMesh const& arrays);
 
   /// The record with all faces.
   CZYN3DFiniteVolumeMesh* mesh();

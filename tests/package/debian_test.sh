@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# The Debian package: what is in it, what it depends on, that its program runs, that dpkg installs and removes it. Nothing
-# outside a temporary folder is touched, and no rights are needed.
-#   debian_test.sh BUILD_FOLDER
+# The Debian packages: what is in them, what they depend on, that the program runs and Python imports the module, that
+# dpkg installs and removes them. Nothing outside a temporary folder is touched, and no rights are needed.
+#   debian_test.sh BUILD_FOLDER REPOSITORY
 set -euo pipefail
-build=$1
+build=$1 repository=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -82,5 +82,55 @@ completed() {
 [[ $(completed gradient --method ls) == lsq ]] || fail "--method ls is completed to: $(completed gradient --method ls)"
 
 dpkg_there --purge zyn3dgradop
-left=$(find "$root" -path "$root/var" -prune -o ! -type d -print)
-[[ -z $left ]] || fail "left behind: $left"
+nothing_is_left() {
+  local left
+  left=$(find "$root" -path "$root/var" -prune -o ! -type d -print)
+  [[ -z $left ]] || fail "left behind: $left"
+}
+nothing_is_left
+
+# The package of the Python module, if it was built: it needs no other package of ours.
+# Its file has the name that the page for users gives.
+pattern=$(sed -n 's|^sudo apt-get install \./build/release/\(python3-.*\.deb\)$|\1|p' "$repository/docs/use/python.md")
+[[ -n $pattern ]] || fail "docs/use/python.md does not say which package to install"
+# shellcheck disable=SC2086 # a pattern
+python_package=$(cd "$work" && echo "$work"/$pattern)
+if ! grep -q '^ZYN_BUILD_PYTHON:BOOL=ON' "$build/CMakeCache.txt" || [[ ! -d $build/python/zyn3dgradop ]]; then
+  [[ ! -f $python_package ]] || fail "there is a package of a module that was not built"
+  exit 0
+fi
+[[ -f $python_package ]] || fail "no package of the Python module was made: $(cat "$work/cpack.txt")"
+dpkg-deb --field "$python_package" >"$work/fields.txt"
+for needed in libc6 liblapacke python3 python3-numpy; do
+  grep -q "^Depends:.*\b$needed\b" "$work/fields.txt" || fail "no dependency on $needed: $(cat "$work/fields.txt")"
+done
+dpkg-deb --contents "$python_package" | awk '{print $6}' >"$work/contents.txt"
+for file in lib/python3/dist-packages/zyn3dgradop/__init__.py share/doc/python3-zyn3dgradop/copyright \
+  share/doc/python3-zyn3dgradop/changelog.gz; do
+  grep -qx "./usr/$file" "$work/contents.txt" || fail "not in the package of the Python module: $file"
+done
+if grep -vE '^\./(usr/(lib/(python3/(dist-packages/(zyn3dgradop.*)?)?)?|share/(doc/(python3-zyn3dgradop/.*)?)?)?)?$' \
+  "$work/contents.txt"; then
+  fail "the paths above are not the Python package's to fill"
+fi
+if command -v lintian >/dev/null; then
+  lintian --allow-root --fail-on error "$python_package" >"$work/lintian.txt" 2>&1 || fail "lintian: $(cat "$work/lintian.txt")"
+fi
+dpkg_there --install "$python_package"
+# Below a folder of its own, with nothing of the build in sight.
+(cd "$work" && env -u LD_LIBRARY_PATH PYTHONDONTWRITEBYTECODE=1 PYTHONPATH="$root/usr/lib/python3/dist-packages" \
+  /usr/bin/python3 - >"$work/python.txt" 2>&1 <<'END'
+import importlib.metadata
+import numpy as np
+import zyn3dgradop as zyn
+
+mesh = zyn.Mesh.read("box:4,4,4")
+slope = zyn.Gradient(mesh, "least_squares")(np.ascontiguousarray(2.0 * mesh.centres[0]))
+assert np.abs(slope[0, : mesh.cell_count] - 2.0).max() < 1e-12, slope
+assert importlib.metadata.version("zyn3dgradop") == zyn.__version__
+print(zyn.__file__)
+END
+) || fail "the installed Python module: $(cat "$work/python.txt")"
+grep -q "^$root/" "$work/python.txt" || fail "Python imported another module: $(cat "$work/python.txt")"
+dpkg_there --purge python3-zyn3dgradop
+nothing_is_left

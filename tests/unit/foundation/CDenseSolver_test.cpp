@@ -14,6 +14,7 @@
 
 // The one door to LAPACK: row-major, solution in both B and X, no status.
 
+namespace zyn_test::c_dense_solver_test {
 namespace {
 
 using Doubles = std::vector<double>;
@@ -121,3 +122,4 @@ TEST(DenseSolver, GivesTheBitsOfTheBareRoutine) {
 }
 
 }  // namespace
+}  // namespace zyn_test::c_dense_solver_test

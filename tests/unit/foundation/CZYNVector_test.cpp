@@ -12,6 +12,7 @@
 // The checked array: what each operation answers, stores and leaves alone, for both index bases and every
 // value type that the library offers.
 
+namespace zyn_test::czyn_vector_test {
 namespace {
 
 template <typename T, int B>
@@ -402,3 +403,4 @@ TYPED_TEST(Vector, SelfAssignmentKeepsTheBlock) {
 }
 
 }  // namespace
+}  // namespace zyn_test::czyn_vector_test

@@ -11,6 +11,7 @@
 //   cell      1  2  3     4      5       6         7
 //   kind      interior  wall  inlet  outlet  symmetry  halo
 
+namespace zyn_test::cell_positions_test {
 namespace {
 
 class OnePartitionFace : public CPartitionFace_DLL {
@@ -93,3 +94,4 @@ TEST(CellPositions, ExtentIsThatOfInnerCellsWallsAndInlets) {
 }
 
 }  // namespace
+}  // namespace zyn_test::cell_positions_test

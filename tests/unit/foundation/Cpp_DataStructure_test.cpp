@@ -6,6 +6,7 @@
 
 // The ragged table of integers: rows 0 to m_iNRow, each with its length in column 0.
 
+namespace zyn_test::cpp_data_structure_test {
 namespace {
 
 /// A table with rows 0 to n, none of which exists yet.
@@ -149,3 +150,4 @@ TEST(RaggedTable, CanBeFilledAnewAfterRelease) {
 }
 
 }  // namespace
+}  // namespace zyn_test::cpp_data_structure_test

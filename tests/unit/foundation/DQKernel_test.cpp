@@ -9,6 +9,7 @@
 // The kernel by its worked values, its two forms, its slope against differences, and the integer powers that
 // all radial-basis systems share.
 
+namespace zyn_test::dq_kernel_test {
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -171,3 +172,4 @@ TEST(IntegerPower, OfPowersOfTwoIsExact) {
 }
 
 }  // namespace
+}  // namespace zyn_test::dq_kernel_test

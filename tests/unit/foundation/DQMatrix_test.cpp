@@ -10,6 +10,7 @@
 
 // The kernel matrix entry by entry against the kernel itself, for every size around the two at a time.
 
+namespace zyn_test::dq_matrix_test {
 namespace {
 
 std::vector<DQVector> SomePoints(int n) {
@@ -62,3 +63,4 @@ TEST(DQMatrix, GetsALastRowAndColumnOfOnes) {
 }
 
 }  // namespace
+}  // namespace zyn_test::dq_matrix_test

@@ -12,6 +12,7 @@
 // Distances with their ids against a bubble sort, for all kinds of input and around the lengths at which the method
 // changes.
 
+namespace zyn_test::distance_sort_test {
 namespace {
 
 using Random = std::mt19937_64;
@@ -150,3 +151,4 @@ TEST(DistanceSort, ServesOneListAfterAnother) {
 }
 
 }  // namespace
+}  // namespace zyn_test::distance_sort_test

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+namespace zyn_test::face_groups_test {
 namespace {
 
 using face_groups::kFacesWithOwnCell;
@@ -268,3 +269,4 @@ TEST(FaceGroupTable, OrdersAreThoseOfTheOperators) {
 }
 
 }  // namespace
+}  // namespace zyn_test::face_groups_test

@@ -12,6 +12,7 @@
 // The answer of the search against the same growth step by step, near the entries and so far away that the search
 // leaps. Distances differ from axis to axis, so that no two axes may be taken for each other.
 
+namespace zyn_test::growing_box_search_test {
 namespace {
 
 /// Points with the numbers 1, 2, 3... in a tree.
@@ -213,3 +214,4 @@ TEST(GrowingBoxSearch, MeasuresTheWayToTheFarthestBound) {
 }
 
 }  // namespace
+}  // namespace zyn_test::growing_box_search_test

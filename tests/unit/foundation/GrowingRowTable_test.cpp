@@ -8,6 +8,7 @@
 
 // Rows that are made one by one: zeroed, apart from each other, aligned, alive until the table goes.
 
+namespace zyn_test::growing_row_table_test {
 namespace {
 
 std::uintptr_t AddressOf(void const* p) { return reinterpret_cast<std::uintptr_t>(p); }
@@ -72,3 +73,4 @@ TEST(GrowingRowTable, ElementsAreConstructed) {
 }
 
 }  // namespace
+}  // namespace zyn_test::growing_row_table_test

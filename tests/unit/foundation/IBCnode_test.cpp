@@ -6,6 +6,7 @@
 
 // A point with a tag. Its arithmetic works in place and leaves the tag alone.
 
+namespace zyn_test::ib_cnode_test {
 namespace {
 
 IBCnode Node(double x, double y, double z, int tag) {
@@ -104,3 +105,4 @@ TEST(IBCnode, SetOneCoordinateLeavesTheOthers) {
 }
 
 }  // namespace
+}  // namespace zyn_test::ib_cnode_test

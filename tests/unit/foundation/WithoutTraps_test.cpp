@@ -12,6 +12,7 @@
 
 // Where results are defined to be no finite numbers, a program with traps goes on, and has its traps again afterwards.
 
+namespace zyn_test::without_traps_test {
 namespace {
 
 using zyn_test::ArmedTraps;
@@ -87,3 +88,4 @@ TEST(WithoutTraps, HoldsBackTrapsOfTheVectorUnitAlone) {
 #endif
 
 }  // namespace
+}  // namespace zyn_test::without_traps_test

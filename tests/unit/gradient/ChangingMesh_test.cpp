@@ -14,7 +14,7 @@
 
 // What a gradient operator offers to a solver whose mesh moves or is refined, and to one that exchanges by itself.
 
-namespace zyn_test {
+namespace zyn_test::changing_mesh_test {
 namespace {
 
 constexpr int kLeastSquares = 1;
@@ -160,4 +160,4 @@ TEST(ResultExchange, IsOnAfterConstruction) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::changing_mesh_test

@@ -20,7 +20,7 @@
 // The facade: what construction leaves, what each setter stores and answers, the failure text, the reduction
 // of Initialize, which method a gradient type selects, and who frees what.
 
-namespace zyn_test {
+namespace zyn_test::facade_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
@@ -782,4 +782,4 @@ TEST(GradientFacade, OperatorsOfDifferentHostsRunSideBySide) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::facade_test

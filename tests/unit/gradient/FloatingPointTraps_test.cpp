@@ -15,7 +15,7 @@
 // gradient of valid data has any, and where a result is defined to be no finite number, nothing stops. A trap ends
 // these tests.
 
-namespace zyn_test {
+namespace zyn_test::floating_point_traps_test {
 namespace {
 
 struct Result {
@@ -179,4 +179,4 @@ TEST(FloatingPointTraps, AZeroLastPivotOfLeastSquaresLeavesNoFiniteNumbersThere)
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::floating_point_traps_test

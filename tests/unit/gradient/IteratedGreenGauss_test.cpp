@@ -13,7 +13,7 @@
 
 // The iterated Green-Gauss gradient: sweeps, skewness correction, limiter, face types, orders, exchanges.
 
-namespace zyn_test {
+namespace zyn_test::iterated_green_gauss_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -456,4 +456,4 @@ TEST(IteratedGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::iterated_green_gauss_test

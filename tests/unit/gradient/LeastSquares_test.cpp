@@ -19,7 +19,7 @@
 // The least-squares gradient: moments at Initialize, right-hand sides and one 3 by 3 solve per cell at each
 // call.
 
-namespace zyn_test {
+namespace zyn_test::least_squares_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -640,4 +640,4 @@ TEST(LeastSquares, HighestNumberedCellHasItsPlaceInAllNineArrays) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::least_squares_test

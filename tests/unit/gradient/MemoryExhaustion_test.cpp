@@ -10,7 +10,7 @@
 // Memory may run out at every allocation: the exception is the allocator's, the operator can be destroyed, and nothing
 // stays behind.
 
-namespace zyn_test {
+namespace zyn_test::memory_exhaustion_test {
 namespace {
 
 /// The OpenMP runtime starts at the first loop. LLVM's holds a lock then, which it keeps for ever when an exception passes.
@@ -53,4 +53,4 @@ TEST(GradientWithoutMemory, NoSetUpLeavesAnythingBehind) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::memory_exhaustion_test

@@ -12,7 +12,7 @@
 
 // The plain Green-Gauss gradient: gradient type 0 with a last argument of 1.
 
-namespace zyn_test {
+namespace zyn_test::plain_green_gauss_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -272,4 +272,4 @@ TEST(PlainGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::plain_green_gauss_test

@@ -17,7 +17,7 @@
 // Gradient type 2: when the cell operator is made and set up, how a gradient call reaches it, and that it is left
 // behind at the end, with all host objects alive.
 
-namespace zyn_test {
+namespace zyn_test::radial_basis_branch_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -287,4 +287,4 @@ TEST(RadialBasisBranch, DestructionLeavesTheCellOperatorBehindUsable) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::radial_basis_branch_test

@@ -13,7 +13,7 @@
 
 // Plain Green-Gauss of three fields in one call, with its rotation of nine exchanges through four buffers.
 
-namespace zyn_test {
+namespace zyn_test::three_component_test {
 namespace {
 
 using ThreeFields = std::array<Field, 3>;
@@ -296,4 +296,4 @@ TEST(ThreeComponentGradient, PartitionWithoutInteriorCellsStillClearsAndExchange
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::three_component_test

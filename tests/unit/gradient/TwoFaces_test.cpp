@@ -7,6 +7,7 @@
 
 // The arithmetic of two faces side by side, place by place.
 
+namespace zyn_test::two_faces_test {
 namespace {
 
 using two_faces::AnyOfEightAbove;
@@ -73,3 +74,4 @@ TEST(TwoFaces, TiesAndNaNsGiveTheSecond) {
 }
 
 }  // namespace
+}  // namespace zyn_test::two_faces_test

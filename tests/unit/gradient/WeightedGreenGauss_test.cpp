@@ -13,7 +13,7 @@
 
 // The Green-Gauss gradient whose face values are weighted harmonically by a cell coefficient k.
 
-namespace zyn_test {
+namespace zyn_test::weighted_green_gauss_test {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -282,4 +282,4 @@ TEST(WeightedGreenGauss, PartitionWithoutInteriorCellsStillClearsAndExchanges) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::weighted_green_gauss_test

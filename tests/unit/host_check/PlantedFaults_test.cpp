@@ -466,7 +466,9 @@ std::vector<Fault> NodeFaults() {
              [](Mesh& m) { m.ijOutletLnods[4][1] = 0; }),
       InMesh("FaceNodeTwice", HostBreach::RowEntryTwice, 9, "inner face 9 has node",
              [](Mesh& m) { m.ijLnods[9][4] = m.ijLnods[9][1]; }),
-      InMesh("NodesInALine", HostBreach::NodesSpanNoPlane, 10, "inner face 10: its first three nodes",
+      InMesh("NodesInALine", HostBreach::NodesSpanNoPlane, 10,
+             "lie in a line. Only Set_VirtualNode_Coord_InCellPE would need their plane; gradients and "
+             "interpolation do not",
              [](Mesh& m) { m.ijLnods[10][3] = m.ijLnods[10][2]; }),
       InMesh("NodesAtOnePoint", HostBreach::NodesSpanNoPlane, 2, "wall face 2: its first three nodes",
              [](Mesh& m) {

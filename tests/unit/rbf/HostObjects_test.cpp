@@ -11,7 +11,7 @@
 
 // What the setters of all three operators store, answer, and add to the failure text.
 
-namespace zyn_test {
+namespace zyn_test::host_objects_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
@@ -154,4 +154,4 @@ TYPED_TEST(RadialBasisSetters, FillMembersOfTheSizesThatSolversKnow) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::host_objects_test

@@ -13,7 +13,7 @@
 // The settings files of all three operators: how they are written, what is read, and what makes a file start anew.
 // Which values an operator reads from which line is tested with each of them.
 
-namespace zyn_test {
+namespace zyn_test::settings_test {
 namespace {
 
 std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
@@ -279,4 +279,4 @@ TYPED_TEST(RadialBasisSettings, ReadOnlyFileOfItsOwnIsRead) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::settings_test

@@ -13,7 +13,7 @@
 
 // The sparse dot products: what each kind of cell holds afterwards, and that nothing else is touched.
 
-namespace zyn_test {
+namespace zyn_test::application_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -313,4 +313,4 @@ TEST(InnerFaceApplication, WithoutInnerFacesTouchesNothing) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::application_test

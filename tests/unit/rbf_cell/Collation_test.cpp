@@ -14,7 +14,7 @@
 
 // At which point each cell number stands, the tree's range and boxes, and the stencils with their lengths.
 
-namespace zyn_test {
+namespace zyn_test::collation_test {
 namespace {
 
 std::string const kCollationLines =
@@ -354,4 +354,4 @@ TEST(CellStencil, PointsAndStencilsEqualThePlainForm) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::collation_test

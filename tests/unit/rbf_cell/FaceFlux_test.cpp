@@ -14,7 +14,7 @@
 
 // The two-node weights at faces: five operations and their drivers, against the plain form, and their oddities.
 
-namespace zyn_test {
+namespace zyn_test::face_flux_test {
 namespace {
 
 using Object = CZynRBFInternalObject;
@@ -439,4 +439,4 @@ TEST(FaceWeightsDeathTest, WithoutRowsReachANullRow) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::face_flux_test

@@ -10,7 +10,7 @@
 
 // The face tables: how many cells are counted around a face, and which rows each mode allocates.
 
-namespace zyn_test {
+namespace zyn_test::face_stencils_test {
 namespace {
 
 constexpr int kKinds[] = {1, 2, 3, 4, 5};
@@ -299,4 +299,4 @@ TEST(FaceTables, SettingTheStencilsDoesNothing) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::face_stencils_test

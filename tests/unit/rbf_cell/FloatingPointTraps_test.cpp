@@ -17,7 +17,7 @@
 // zero only where its results are defined by that, and the LAPACK below it may do what it likes: nothing stops the
 // solver, and the results are those without traps. A trap ends these tests.
 
-namespace zyn_test {
+namespace zyn_test::floating_point_traps_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -170,4 +170,4 @@ TEST(CellOperatorTraps, ASpanBeyondTheNumbersStopsNoSolver) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::floating_point_traps_test

@@ -14,7 +14,7 @@
 // What construction leaves, what the setters store and answer, what set-up allocates, what the destructor
 // destroys, and what a copy is.
 
-namespace zyn_test {
+namespace zyn_test::lifecycle_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
@@ -368,4 +368,4 @@ TEST(CellOperatorAssignment, ToItselfChangesNothing) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::lifecycle_test

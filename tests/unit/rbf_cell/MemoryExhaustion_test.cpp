@@ -12,7 +12,7 @@
 // Memory may run out at every allocation: the exception is the allocator's, the operator can be destroyed, and nothing
 // stays behind.
 
-namespace zyn_test {
+namespace zyn_test::memory_exhaustion_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -164,4 +164,4 @@ TEST(CellOperatorWithoutMemory, ASecondPointSetUpWithMorePointsCanFailAnywhere) 
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::memory_exhaustion_test

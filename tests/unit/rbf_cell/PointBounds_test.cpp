@@ -10,7 +10,7 @@
 // How far the growing cube of the cell operator's point search goes if it never finds enough: until it covers
 // the points of all cells and their centres, in every direction.
 
-namespace zyn_test {
+namespace zyn_test::point_bounds_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -64,4 +64,4 @@ TEST(CellPointBounds, ReachTheCentresOfGhostCellsOnEveryAxis) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::point_bounds_test

@@ -21,7 +21,7 @@
 // The cell operator's own six methods for free points, which do not add up to a working path: what each does and
 // what it leaves alone.
 
-namespace zyn_test {
+namespace zyn_test::point_methods_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -609,4 +609,4 @@ TEST(CellPointApplication, BeforeTheSetUpTouchesNothing) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::point_methods_test

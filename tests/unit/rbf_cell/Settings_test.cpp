@@ -10,7 +10,7 @@
 // The settings file: how it is written, which lines are read, what makes it start anew, and that no file
 // whatever does harm.
 
-namespace zyn_test {
+namespace zyn_test::settings_test {
 namespace {
 
 std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
@@ -242,4 +242,4 @@ TEST(CellSettings, AllByteValuesDoNoHarm) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::settings_test

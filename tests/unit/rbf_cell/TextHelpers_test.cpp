@@ -7,6 +7,7 @@
 
 // How a settings line is split and how the settings file gets its name.
 
+namespace zyn_test::text_helpers_test {
 namespace {
 
 struct Split {
@@ -186,3 +187,4 @@ TEST(SettingsFileName, WithALongExtensionIsCutAt1023Characters) {
 }
 
 }  // namespace
+}  // namespace zyn_test::text_helpers_test

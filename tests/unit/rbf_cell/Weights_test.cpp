@@ -16,7 +16,7 @@
 // The weights of a cell: worked numbers, the two kernel forms, the printed maxima, and what stencils that are
 // not fit for a system leave behind.
 
-namespace zyn_test {
+namespace zyn_test::weights_test {
 namespace {
 
 using Field = std::function<double(Point)>;
@@ -514,4 +514,4 @@ TEST(CellWeights, WithSpan0AreNotANumberAndEqualThePlainForm) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::weights_test

@@ -12,7 +12,7 @@
 
 // The sparse dot products: which elements are written, in which order sums run, and what comes out.
 
-namespace zyn_test {
+namespace zyn_test::application_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -273,4 +273,4 @@ TEST(FaceApplication, GivesTheSameAgainAndAgain) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::application_test

@@ -11,7 +11,7 @@
 
 // The rows of coefficients: closed forms of small systems, what each routine adds where, and what it leaves alone.
 
-namespace zyn_test {
+namespace zyn_test::coefficients_test {
 namespace {
 
 using Row = std::vector<int>;
@@ -613,4 +613,4 @@ TEST(FaceCoefficientsOverTiedVertices, TakeTheSideCellAloneBeyondABoundaryFace) 
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::coefficients_test

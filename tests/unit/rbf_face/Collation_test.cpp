@@ -11,7 +11,7 @@
 // At which point each cell number and each face stands, the measures of the mesh, the tree's table, the search for
 // the nearest cell and the sort by distance.
 
-namespace zyn_test {
+namespace zyn_test::collation_test {
 namespace {
 
 /// An operator whose cells are in the tree.
@@ -329,4 +329,4 @@ TEST(FaceSort, DoesNotMoveADistanceThatIsNotANumber) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::collation_test

@@ -9,7 +9,7 @@
 
 // The tables of connectivity: cells around vertices, vertices of cells, neighbours of cells, faces of cells.
 
-namespace zyn_test {
+namespace zyn_test::connectivity_test {
 namespace {
 
 using Row = std::vector<int>;
@@ -326,4 +326,4 @@ TEST(FacesOfCells, EqualThePlainForm) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::connectivity_test

@@ -11,7 +11,7 @@
 // A solver may have divisions by zero, invalid operations and overflow stop the program. No set-up, report or
 // application of the face operator does that. A trap ends these tests.
 
-namespace zyn_test {
+namespace zyn_test::floating_point_traps_test {
 namespace {
 
 using Array = GuardedArray<double>;
@@ -98,4 +98,4 @@ TEST(FaceOperatorTraps, NoSettingsFileStopsASolver) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::floating_point_traps_test

@@ -15,7 +15,7 @@
 // What construction leaves, what the setters store and answer, what is allocated when and released when, and what
 // a copy is.
 
-namespace zyn_test {
+namespace zyn_test::lifecycle_test {
 namespace {
 
 using Object = CZynFaceRBFInternalObject;
@@ -751,4 +751,4 @@ TEST(FaceOperatorCopy, AfterSetUpSharesTheRowsOfTheSource) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::lifecycle_test

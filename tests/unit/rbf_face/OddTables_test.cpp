@@ -8,7 +8,7 @@
 
 // Tables of a mesh with entries that name nothing, and objects that take over the tables of others.
 
-namespace zyn_test {
+namespace zyn_test::odd_tables_test {
 namespace {
 
 using Row = std::vector<int>;
@@ -108,4 +108,4 @@ TEST(FaceOperatorAssignment, ForgetsTheBoundsOfTheCellsItHad) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::odd_tables_test

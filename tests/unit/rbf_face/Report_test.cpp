@@ -16,7 +16,7 @@
 
 // The accuracy report: how the errors of the rows are gathered, and the text byte for byte.
 
-namespace zyn_test {
+namespace zyn_test::report_test {
 namespace {
 
 using Object = CZynFaceRBFInternalObject;
@@ -327,4 +327,4 @@ TEST(FaceReport, OfMethods3And4CountsEveryFace) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::report_test

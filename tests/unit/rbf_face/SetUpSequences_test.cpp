@@ -17,7 +17,7 @@
 // assignments: each gives what a new operator gives. A set-up leaves the results of the former behind, on purpose, for
 // copies may still read them; here they are kept and given back at the end.
 
-namespace zyn_test {
+namespace zyn_test::set_up_sequences_test {
 namespace {
 
 using Object = CZynFaceRBFInternalObject;
@@ -257,4 +257,4 @@ TEST(FaceOperatorSequences, AGroupOfTheMeshWithoutFacesNeedsNoPartitionFaces) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::set_up_sequences_test

@@ -10,7 +10,7 @@
 // Where the settings come from: how the file is written, which lines are read, what makes it start anew; and the
 // parameter block.
 
-namespace zyn_test {
+namespace zyn_test::settings_test {
 namespace {
 
 std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
@@ -252,4 +252,4 @@ TEST(FaceSettingsBlock, IsReadAfterTheMeshIsMeasured) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::settings_test

@@ -14,7 +14,7 @@
 
 // The removal of cells at one point, and the stencils of methods 1 to 3.
 
-namespace zyn_test {
+namespace zyn_test::stencils_test {
 namespace {
 
 using Row = std::vector<int>;
@@ -444,4 +444,4 @@ TEST(FaceStencilByTopology, OfNoVerticesIsThePair) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::stencils_test

@@ -15,7 +15,7 @@
 // The virtual points P and E of method 4, the cells tied to them and the stencils around them; and the class's
 // other ways of doing the same, which no set-up takes.
 
-namespace zyn_test {
+namespace zyn_test::virtual_nodes_test {
 namespace {
 
 using Row = std::vector<int>;
@@ -638,4 +638,4 @@ TEST(VirtualPointStencilByCubes, EqualsThePlainFormForEveryGroup) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::virtual_nodes_test

@@ -12,7 +12,7 @@
 
 // The four sums per point: their order, what is read and written, and that nothing else is touched.
 
-namespace zyn_test {
+namespace zyn_test::application_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -263,4 +263,4 @@ TEST(PointApplication, AtACellGivesThatCellsValueOfASmoothFieldWithAWideSupportT
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::application_test

@@ -12,7 +12,7 @@
 // Where each cell number stands, what the tree's range is made of, which nodes count as boundary nodes, which cells
 // stand around a node, and which cells are entered in the tree.
 
-namespace zyn_test {
+namespace zyn_test::collation_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -266,4 +266,4 @@ TEST(PointIdentities, WithoutUsableCellsAreNone) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::collation_test

@@ -8,7 +8,7 @@
 
 // What construction leaves in each member, and what the setters store and answer.
 
-namespace zyn_test {
+namespace zyn_test::construction_test {
 namespace {
 
 std::string const kPrefix = "Operator Gradient Error = ";
@@ -131,4 +131,4 @@ TEST(PointOperatorText, StrCopyABSplitsALineAtTheEqualsSign) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::construction_test

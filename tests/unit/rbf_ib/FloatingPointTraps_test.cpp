@@ -14,7 +14,7 @@
 // A solver may have divisions by zero, invalid operations and overflow stop the program. No set-up with its report and
 // no application of the point operator does that. A trap ends these tests.
 
-namespace zyn_test {
+namespace zyn_test::floating_point_traps_test {
 namespace {
 
 struct Outcome {
@@ -123,4 +123,4 @@ TEST(PointOperatorTraps, NoSettingsFileStopsASolver) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::floating_point_traps_test

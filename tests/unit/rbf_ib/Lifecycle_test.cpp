@@ -17,7 +17,7 @@
 
 // The whole set-up and its order, setting up again, destruction, and what a copy is.
 
-namespace zyn_test {
+namespace zyn_test::lifecycle_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -521,4 +521,4 @@ TEST(PointCopy, InterpolatesLikeItsSource) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::lifecycle_test

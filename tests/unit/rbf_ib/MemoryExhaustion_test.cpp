@@ -12,7 +12,7 @@
 // Memory may run out at every allocation of a set-up: the exception is the allocator's, the operator can be destroyed or
 // set up again, and nothing stays behind.
 
-namespace zyn_test {
+namespace zyn_test::memory_exhaustion_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -90,4 +90,4 @@ TEST(PointOperatorWithoutMemory, NoSetUpLeavesAnythingBehind) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::memory_exhaustion_test

@@ -14,7 +14,7 @@
 
 // The accuracy report: how the errors are gathered, and its text byte for byte.
 
-namespace zyn_test {
+namespace zyn_test::report_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -253,4 +253,4 @@ TEST(PointReport, WithoutPointsShowsNoNumbersAndTheCoordinatesOfElement0) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::report_test

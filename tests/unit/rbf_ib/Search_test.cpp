@@ -13,7 +13,7 @@
 
 // The stencils of the three methods, with the search tree of the reference host.
 
-namespace zyn_test {
+namespace zyn_test::search_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -441,4 +441,4 @@ TEST(PointSearch, OfAllMethodsEqualsThePlainFormOnLattices) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::search_test

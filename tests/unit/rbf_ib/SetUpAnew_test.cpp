@@ -7,7 +7,7 @@
 
 // A body that moved is set up as if it were the first.
 
-namespace zyn_test {
+namespace zyn_test::set_up_anew_test {
 namespace {
 
 // A folder stands where the settings file was, so that nothing is read.
@@ -30,4 +30,4 @@ TEST(PointSetUpAnew, BeginsWithTheSettingsOfANewObject) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::set_up_anew_test

@@ -14,7 +14,7 @@
 // Set-ups one after the other on one operator, with other methods, points, marks and meshes: each gives what a new
 // operator gives. A copy reads the tables until its source is set up again or destroyed.
 
-namespace zyn_test {
+namespace zyn_test::set_up_sequences_test {
 namespace {
 
 using Object = CZynIBRBFInternalObject;
@@ -142,4 +142,4 @@ TEST(PointOperatorSequences, EverySetUpGivesWhatANewOperatorGives) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::set_up_sequences_test

@@ -16,7 +16,7 @@
 // The settings file and the solver's parameters: what is written, which lines are read, what makes the file start
 // anew, and which of the two sources counts.
 
-namespace zyn_test {
+namespace zyn_test::settings_test {
 namespace {
 
 std::string const kDefaultLine = "Default DQ parameter is adopted.\n";
@@ -275,4 +275,4 @@ TEST(PointParameters, GiveTheSameTablesAsAFileOfTheSameContent) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::settings_test

@@ -8,7 +8,7 @@
 // Distances that are not numbers compare with nothing: the passes go on around them, and each exchange takes the
 // number and its distance together.
 
-namespace zyn_test {
+namespace zyn_test::sorting_without_order_test {
 namespace {
 
 struct List {
@@ -43,4 +43,4 @@ TEST(PointSortingWithoutOrder, LeavesTheLastPassOut) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::sorting_without_order_test

@@ -12,7 +12,7 @@
 // The sort that leaves out the last pass of a bubble sort: the first two stay in the order in which the passes
 // before left them, and the two-seed rule rests on that.
 
-namespace zyn_test {
+namespace zyn_test::sorting_test {
 namespace {
 
 /// Two parallel arrays with an element before and behind that must not be touched.
@@ -142,4 +142,4 @@ TEST(PointSorting, LeavesDistancesThatAreNoNumbersInTheirOrder) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::sorting_test

@@ -13,7 +13,7 @@
 
 // The coefficients: small cases in closed form, the two levels of method 3, and what the systems do not promise.
 
-namespace zyn_test {
+namespace zyn_test::weights_test {
 namespace {
 
 using List = std::vector<int>;
@@ -396,4 +396,4 @@ TEST(PointWeights, OfAllMethodsEqualThePlainFormBitForBit) {
 }
 
 }  // namespace
-}  // namespace zyn_test
+}  // namespace zyn_test::weights_test

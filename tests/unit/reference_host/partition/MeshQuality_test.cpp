@@ -82,5 +82,23 @@ TEST(MeshQuality, PartitionWithoutSuchFacesCountsNone) {
   EXPECT_EQ(0.0, sums.maxSkewness);
 }
 
+TEST(MeshQuality, RecordsOfAnyHostCountPartitionFacesOnBothSides) {
+  // A row of three boxes, a part each: the middle one has both faces, its neighbours have one each.
+  FaceMesh const mesh = HexBox(3, 1, 1);
+  std::vector<MeshPart> const parts = SplitMesh(mesh, {0, 1, 2}, 3);
+  InProcessGroup group(3);
+  std::vector<QualitySums> sums(3);
+  RunInProcess(group, [&](int p) {
+    HostPartition partition(parts[p]);
+    InProcessCommunication communication(group, partition);
+    partition.CompleteHalo(communication);
+    sums[p] = MeasureQuality(*partition.mesh(), *partition.partitionFaces());
+  });
+  EXPECT_EQ(1, sums[0].nFaces);
+  EXPECT_EQ(2, sums[1].nFaces);
+  EXPECT_EQ(1, sums[2].nFaces);
+  EXPECT_LT(sums[1].maxSkewness, 1e-15);
+}
+
 }  // namespace
 }  // namespace reference_host
