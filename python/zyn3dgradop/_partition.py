@@ -64,8 +64,9 @@ class MpiExchange:
 
     def __call__(self, field):
         """Fill the halo cells of `field` in place."""
-        requests = [self._comm.Irecv(values, rank, self._TAG) for rank, _, values in self._receive]
+        # Before anything is under way: a message that nobody waits for would answer a later exchange.
         sent = [field[cells] for _, cells in self._send]
+        requests = [self._comm.Irecv(values, rank, self._TAG) for rank, _, values in self._receive]
         requests += [
             self._comm.Isend(values, rank, self._TAG) for (rank, _), values in zip(self._send, sent)
         ]
