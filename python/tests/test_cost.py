@@ -11,7 +11,7 @@ import zyn3dgradop as z
 
 @pytest.fixture(scope="module")
 def benchmark(source):
-    spec = importlib.util.spec_from_file_location("benchmark", source / "python" / "benchmark.py")
+    spec = importlib.util.spec_from_file_location("benchmark", source / "python" / "benchmark" / "benchmark.py")
     module = importlib.util.module_from_spec(spec)
     spec.loader.exec_module(module)
     return module
