@@ -246,7 +246,7 @@ BAD = {
             case for case in optional(MATRIX) if case[0] is not too_long],
         "owner": NUMBERS, "neighbour": NUMBERS, "boundary_owner": NUMBERS, "face_nodes": optional(NUMBERS),
         "face_node_start": optional(NUMBERS),
-        "boundary_kinds": values(TypeError, 3, "wall", [("wall", 94)], {"wall": 94.0}, {"wall": "94"}, {3: 94}) + values(
+        "boundary_kinds": values(TypeError, 3, "wall", [("wall", 94)], {"wall": 94.0}, {"wall": "94"}) + values((TypeError, ValueError), {3: 94}) + values(
             ValueError, {}, {"wall": 93}, {"wall": 95}, {"walls": 94}, {"wall": -1, "inlet": 95},
             {"wall": 89, "inlet": 5}, {"wall": 2**40}),
         "empty_faces": A_NUMBER + values(ValueError, -1, 95, 10**6, 90),

@@ -11,9 +11,9 @@ import zyn3dgradop as z
 
 @pytest.fixture(scope="module")
 def benchmark(source):
-    spec = importlib.util.spec_from_file_location("benchmark", source / "python" / "benchmark" / "benchmark.py")
-    module = importlib.util.module_from_spec(spec)
-    spec.loader.exec_module(module)
+    found = importlib.util.spec_from_file_location("benchmark", source / "python" / "benchmark" / "benchmark.py")
+    module = importlib.util.module_from_spec(found)
+    found.loader.exec_module(module)
     return module
 
 

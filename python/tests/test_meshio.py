@@ -219,8 +219,8 @@ def mesh_points(name, file_format):
 @pytest.mark.parametrize("shape", ["hex", "tet", "prism"])
 def test_output_of_the_program_comes_back(work, shape):
     """The program's VTU file, read by meshio: plain gradients agree up to the rounding of another order of faces."""
-    spec = f"box:4,3,5:{shape}:perturb=0.2,seed=3"
-    zyngrad("gradient", spec, "--field", "x*y + z*z", "--method", "plain", "-o", "out")
+    box = f"box:4,3,5:{shape}:perturb=0.2,seed=3"
+    zyngrad("gradient", box, "--field", "x*y + z*z", "--method", "plain", "-o", "out")
     written = meshio.read("out/gradient.vtu")
     mesh = z.Mesh.from_meshio(written)
     phi = mesh.expand(written.cell_data["field"][0])
