@@ -1,6 +1,7 @@
 """What the tests share."""
 
 import os
+import tempfile
 from pathlib import Path
 
 import numpy as np
@@ -9,6 +10,10 @@ import pytest
 from grids import Grid
 
 SOURCE = Path(__file__).resolve().parents[2]
+
+# Open MPI makes and removes a folder of its own; runs that begin and end at the same time stumble over a common one.
+SESSIONS = tempfile.TemporaryDirectory(prefix="mpi-", ignore_cleanup_errors=True)
+os.environ["OMPI_MCA_orte_tmpdir_base"] = SESSIONS.name
 
 
 @pytest.fixture(scope="session")

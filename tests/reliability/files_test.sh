@@ -5,7 +5,7 @@
 #   files_test.sh ZYNGRAD_BINARY MPIRUN DATA_DIR
 # shellcheck source=../integration/cli/cli_test_support.sh
 . "$(dirname "${BASH_SOURCE[0]}")/../integration/cli/cli_test_support.sh"
-trap 'umount "$work"/disk 2>/dev/null; rm -rf "$work"' EXIT
+trap 'umount "$work"/disk 2>/dev/null; rm -rf "$work" "$sessions"' EXIT
 
 skip() { echo "skipped $1"; }
 

@@ -10,7 +10,10 @@ zyngrad=$(realpath "$1")
 mpirun=$2
 data=$(realpath "$3")
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+# Open MPI makes and removes a folder of its own; runs that begin and end at the same time stumble over a common one.
+sessions=$(mktemp -d)
+export OMPI_MCA_orte_tmpdir_base=$sessions
+trap 'rm -rf "$work" "$sessions"' EXIT
 cd "$work" || exit 1
 
 export OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 OMPI_MCA_rmaps_base_oversubscribe=1
