@@ -1,5 +1,5 @@
-// A gradient ends with the exchange of its output arrays, unless the solver has declined it: blocking, or through the four
-// non-blocking buffers.
+// A gradient ends with the exchange of its output arrays, blocking or through the four non-blocking buffers, unless the
+// solver has switched it off.
 
 #include "gradient/COperatorGradientImpl.h"
 #include "host/ZYNCommunication.h"
