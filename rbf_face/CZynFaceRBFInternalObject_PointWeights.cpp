@@ -68,6 +68,14 @@ double const* CZynFaceRBFInternalObject::VertexWeights(int v) {
   return kept;
 }
 
+// Room for [0..n][0..3], used again for the next face.
+double* CZynFaceRBFInternalObject::SumsOf(int n) {
+  std::vector<double>& sums = work_.Get().sums;
+  std::size_t const size = 4 * (static_cast<std::size_t>(n) + 1);
+  if (sums.size() < size) sums.resize(size);
+  return sums.data();
+}
+
 // Room for [1..n], used again for the next virtual node.
 double* CZynFaceRBFInternalObject::WeightsOf(int n) {
   std::vector<double>& weights = work_.Get().weights;

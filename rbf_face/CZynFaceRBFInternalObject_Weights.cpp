@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 
 #include "foundation/DQVector.h"
 #include "foundation/Status.h"
@@ -16,12 +17,26 @@ namespace {
 
 constexpr int kColumns = 4;  // of a solution with gradient and value: d/dx, d/dy, d/dz, value
 
-// IBCnode::SetDataVector, here where it can be inlined: it runs for every cell around every vertex of a face.
-void Add(double dx, double dy, double dz, IBCnode& sum) {
-  sum.x += dx;
-  sum.y += dy;
-  sum.z += dz;
+// IBCnode::SetData, here where it can be inlined: it runs for every member of every face.
+void Set(double x, double y, double z, int tag, IBCnode& node) {
+  node.x = x;
+  node.y = y;
+  node.z = z;
+  node.tag = tag;
 }
+
+/// The sums of rows of weights, for the report: one after the other from the first member on.
+struct RowSums {
+  double value = 0.0;
+  DQVector gradient = {0.0, 0.0, 0.0};
+
+  void Add(double const* w) {
+    gradient.x += w[0];
+    gradient.y += w[1];
+    gradient.z += w[2];
+    value += w[3];
+  }
+};
 
 }  // namespace
 
@@ -32,11 +47,16 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
   KernelSystem& system = work_.Get().faceSystem;
   face_nodes::TakeStencil(*this, i, system);
   double const* w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
-  for (int k = 1; k <= stencil[0]; ++k, w += kColumns) {
-    m_ppFaceGradCoef[i][k].SetData(w[0], w[1], w[2], i);
-    m_ppFaceFiCoef[i][k] = w[3];
+  IBCnode* const gradient = m_ppFaceGradCoef[i];
+  double* const value = m_ppFaceFiCoef[i];
+  int const n = stencil[0];
+  RowSums sums;
+  for (int k = 1; k <= n; ++k, w += kColumns) {
+    Set(w[0], w[1], w[2], i, gradient[k]);
+    value[k] = w[3];
+    sums.Add(w);
   }
-  AccumulateGradientReport(i);
+  AddGradientErrors(sums.value, sums.gradient, i);
   return Status::kSuccess;
 }
 
@@ -46,31 +66,80 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
 // added up in this order.
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int i) {
   if (m_ppFaceCellConn[i] == nullptr) return Status::kSuccess;
+  int const n = m_ppFaceCellConn[i][0];
+  IBCnode* const gradient = m_ppFaceGradCoef[i];
+  double* const value = m_ppFaceFiCoef[i];
+  double* const sums = SumsOf(n);
+  for (int k = 1; k <= n; ++k) {
+    double* const sum = sums + kColumns * k;
+    sum[0] = gradient[k].x, sum[1] = gradient[k].y, sum[2] = gradient[k].z, sum[3] = value[k];
+  }
+  AddFaceByVertices(i, sums);
+  RowSums all;
+  for (int k = 1; k <= n; ++k) {
+    double const* const sum = sums + kColumns * k;
+    Set(sum[0], sum[1], sum[2], gradient[k].tag, gradient[k]);
+    value[k] = sum[3];
+    all.Add(sum);
+  }
+  ++NFaceDone;
+  AddGradientErrors(all.value, all.gradient, i);
+  return Status::kSuccess;
+}
+
+// The same for a face that has no rows of weights yet. They are made here with what stands in them, so that their memory
+// is written once. The normal derivatives stay zero.
+int CZynFaceRBFInternalObject::DeriveNewFaceByVertices(int i) {
+  int const n = m_ppFaceCellConn[i][0];
+  double* const sums = SumsOf(n);
+  std::fill_n(sums, kColumns * (n + 1), 0.0);
+  AddFaceByVertices(i, sums);
+
+  IBCnode* const gradient = GrowingRowTable<IBCnode>::MakeRawRow(m_ppFaceGradCoef, i, n);
+  double* const value = GrowingRowTable<double>::MakeRawRow(m_ppFaceFiCoef, i, n);
+  GrowingRowTable<double>::ShareZeros(m_ppFaceDnCoef, i, n);
+  new (gradient) IBCnode;
+  value[0] = 0.0;
+  RowSums all;
+  for (int k = 1; k <= n; ++k) {
+    double const* const sum = sums + kColumns * k;
+    IBCnode* const node = new (gradient + k) IBCnode;
+    Set(sum[0], sum[1], sum[2], 0, *node);
+    value[k] = sum[3];
+    all.Add(sum);
+  }
+  ++NFaceDone;
+  AddGradientErrors(all.value, all.gradient, i);
+  return Status::kSuccess;
+}
+
+// Adds the weights of gradient and value to `sums`, [0..n][0..3] by position.
+void CZynFaceRBFInternalObject::AddFaceByVertices(int i, double* sums) {
   KernelSystem& system = work_.Get().faceSystem;
   face_nodes::TakePairAndVertices(*this, i, system);
   double const* const w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
 
   int const* const vertices = m_ppFaceLnods[i];
-  IBCnode* const gradient = m_ppFaceGradCoef[i];
-  double* const value = m_ppFaceFiCoef[i];
   for (int j = 1; j <= vertices[0]; ++j) {
     double const* const ofVertex = w + kColumns * (j + 1);
+    double const gx = ofVertex[0], gy = ofVertex[1], gz = ofVertex[2], v = ofVertex[3];
     double const* const u = VertexWeights(vertices[j]);
     int const* const positions = m_pFaceRows[i].m_ppRow[j];
-    for (int m = 1; m <= positions[0]; ++m) {
-      int const position = positions[m];
-      Add(u[m] * ofVertex[0], u[m] * ofVertex[1], u[m] * ofVertex[2], gradient[position]);
-      value[position] += u[m] * ofVertex[3];
+    int const nCell = positions[0];
+    for (int m = 1; m <= nCell; ++m) {
+      double* const sum = sums + kColumns * positions[m];
+      double const um = u[m];
+      sum[0] += um * gx;
+      sum[1] += um * gy;
+      sum[2] += um * gz;
+      sum[3] += um * v;
     }
   }
   for (int k = 1; k <= 2; ++k) {
     double const* const ofCell = w + kColumns * (k - 1);
-    Add(ofCell[0], ofCell[1], ofCell[2], gradient[k]);
-    value[k] += ofCell[3];
+    double* const sum = sums + kColumns * k;
+    for (int column = 0; column < kColumns; ++column) sum[column] += ofCell[column];
   }
-  ++NFaceDone;
-  AccumulateGradientReport(i);
-  return Status::kSuccess;
 }
 
 // Method 4: linear along the normal between the values at P and E. With u, v the weights of P and E, D = |P - E|:
