@@ -73,15 +73,11 @@ class CellSystem {
 
   template <typename Kernel>
   void FillRightHandSides(Kernel const& kernel, DQVector const& at) {
-    double* b = columns_.data();
-    for (int j = 0; j < n_; ++j, b += 3) {
-      DQVector const gradient =
-          kernel.Gradient(kernel.Scaled(OffsetBetween(points_[static_cast<std::size_t>(j)], at)));
-      b[0] = InSinglePrecision(gradient.x);
-      b[1] = InSinglePrecision(gradient.y);
-      b[2] = InSinglePrecision(gradient.z);
-    }
-    std::fill_n(b, 3, 0.0);
+    double* const b = columns_.data();
+    FillGradientColumns(kernel, points_.data(), n_, at, b);
+    int const nEntry = 3 * n_;
+    for (int i = 0; i < nEntry; ++i) b[i] = InSinglePrecision(b[i]);
+    std::fill_n(b + nEntry, 3, 0.0);
   }
 
   // Right-hand sides are rounded to single precision: the weights, and with them all gradients, are defined by the

@@ -16,7 +16,7 @@ int CZynFaceRBFInternalObject::DeriveFacefiBysolveDQfullMatrix_03(int v, double*
   KernelSystem& system = work_.Get().pointSystem;
   system.Clear();
   for (int k = 1; k <= cells[0]; ++k) system.Add(PointOf(cells[k]));
-  double const* const w = system.SolveForValue(InterpolationDQKernel(Span, system.Reach(at)), at);
+  double const* const w = system.SolveForValue(PlainDQKernel(Span, system.Reach(at)), at);
   double sum = 0.0;
   for (int k = 1; k <= cells[0]; ++k) {
     out[k] = w[k - 1];

@@ -92,7 +92,7 @@ void CZynIBRBFInternalObject::DeriveNode(int node, double* weights, DerivationWo
     IBCnode const& position = m_pIBCnode[around[k]];
     system.Add({position.x, position.y, position.z});
   }
-  double const* const w = system.SolveForValue(InterpolationDQKernel(Span, system.Reach(at)), at);
+  double const* const w = system.SolveForValue(PlainDQKernel(Span, system.Reach(at)), at);
   std::copy_n(w, around[0], weights + 1);
 }
 
