@@ -438,8 +438,8 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
 
   // Coefficients
   double* SumsOf(int n);
-  void AddFaceByVertices(int i, double* sums);
-  int DeriveNewFaceByVertices(int i);
+  void AddFaceByVertices(int i, double* w);
+  void DeriveNewFaceByVertices(int i);
   double const* VertexWeights(int v);
   double* WeightsOf(int n);
   void TakeVerticesOf(int c, KernelSystem& system) const;

@@ -39,7 +39,7 @@ struct CZynFaceRBFInternalObject::Work {
   std::vector<int> ids;                   ///< [0..count-1] entries found by a search
   std::vector<double> distances;          ///< [0..count-1] theirs, L
   std::vector<double> weights;            ///< [1..n] of a vertex or virtual node
-  std::vector<double> sums;               ///< [0..n][0..3] of a face, weights of gradient and value
+  std::vector<double> sums;               ///< [0..n-1][0..3] of a face, weights of gradient and value
   std::vector<double> cellWeights;        ///< [1..n] of a vertex
 
   PieceStore positions;  ///< the rows of positions of all faces, or of the last one

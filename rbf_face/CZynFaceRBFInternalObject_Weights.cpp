@@ -6,39 +6,12 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <new>
 
 #include "foundation/DQVector.h"
 #include "foundation/Status.h"
+#include "foundation/WeightRows.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 #include "rbf_face/FaceNodes.h"
-
-namespace {
-
-constexpr int kColumns = 4;  // of a solution with gradient and value: d/dx, d/dy, d/dz, value
-
-// IBCnode::SetData, here where it can be inlined: it runs for every member of every face.
-void Set(double x, double y, double z, int tag, IBCnode& node) {
-  node.x = x;
-  node.y = y;
-  node.z = z;
-  node.tag = tag;
-}
-
-/// The sums of rows of weights, for the report: one after the other from the first member on.
-struct RowSums {
-  double value = 0.0;
-  DQVector gradient = {0.0, 0.0, 0.0};
-
-  void Add(double const* w) {
-    gradient.x += w[0];
-    gradient.y += w[1];
-    gradient.z += w[2];
-    value += w[3];
-  }
-};
-
-}  // namespace
 
 // Methods 1 and 2: gradient and value at F from the cells of the stencil.
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
@@ -46,16 +19,10 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
   if (stencil == nullptr) return Status::kSuccess;
   KernelSystem& system = work_.Get().faceSystem;
   face_nodes::TakeStencil(*this, i, system);
-  double const* w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
+  double const* const w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
   IBCnode* const gradient = m_ppFaceGradCoef[i];
-  double* const value = m_ppFaceFiCoef[i];
-  int const n = stencil[0];
-  RowSums sums;
-  for (int k = 1; k <= n; ++k, w += kColumns) {
-    Set(w[0], w[1], w[2], i, gradient[k]);
-    value[k] = w[3];
-    sums.Add(w);
-  }
+  WeightSums const sums = StoreWeights(w, stencil[0], gradient, m_ppFaceFiCoef[i]);
+  for (int k = 1; k <= stencil[0]; ++k) gradient[k].tag = i;
   AddGradientErrors(sums.value, sums.gradient, i);
   return Status::kSuccess;
 }
@@ -67,79 +34,39 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int i) {
   if (m_ppFaceCellConn[i] == nullptr) return Status::kSuccess;
   int const n = m_ppFaceCellConn[i][0];
-  IBCnode* const gradient = m_ppFaceGradCoef[i];
-  double* const value = m_ppFaceFiCoef[i];
-  double* const sums = SumsOf(n);
-  for (int k = 1; k <= n; ++k) {
-    double* const sum = sums + kColumns * k;
-    sum[0] = gradient[k].x, sum[1] = gradient[k].y, sum[2] = gradient[k].z, sum[3] = value[k];
-  }
-  AddFaceByVertices(i, sums);
-  RowSums all;
-  for (int k = 1; k <= n; ++k) {
-    double const* const sum = sums + kColumns * k;
-    Set(sum[0], sum[1], sum[2], gradient[k].tag, gradient[k]);
-    value[k] = sum[3];
-    all.Add(sum);
-  }
+  double* const w = SumsOf(n);
+  LoadWeights(m_ppFaceGradCoef[i], m_ppFaceFiCoef[i], n, w);
+  AddFaceByVertices(i, w);
+  WeightSums const sums = StoreWeights(w, n, m_ppFaceGradCoef[i], m_ppFaceFiCoef[i]);
   ++NFaceDone;
-  AddGradientErrors(all.value, all.gradient, i);
+  AddGradientErrors(sums.value, sums.gradient, i);
   return Status::kSuccess;
 }
 
-// The same for a face that has no rows of weights yet. They are made here with what stands in them, so that their memory
-// is written once. The normal derivatives stay zero.
-int CZynFaceRBFInternalObject::DeriveNewFaceByVertices(int i) {
+// The same for a face that has no rows of weights yet. Those of the normal derivative stay zero.
+void CZynFaceRBFInternalObject::DeriveNewFaceByVertices(int i) {
   int const n = m_ppFaceCellConn[i][0];
-  double* const sums = SumsOf(n);
-  std::fill_n(sums, kColumns * (n + 1), 0.0);
-  AddFaceByVertices(i, sums);
-
-  IBCnode* const gradient = GrowingRowTable<IBCnode>::MakeRawRow(m_ppFaceGradCoef, i, n);
-  double* const value = GrowingRowTable<double>::MakeRawRow(m_ppFaceFiCoef, i, n);
+  double* const w = SumsOf(n);
+  std::fill_n(w, kWeightColumns * n, 0.0);
+  AddFaceByVertices(i, w);
+  WeightSums const sums = MakeWeightRows(w, n, 0, m_ppFaceGradCoef, m_ppFaceFiCoef, i);
   GrowingRowTable<double>::ShareZeros(m_ppFaceDnCoef, i, n);
-  new (gradient) IBCnode;
-  value[0] = 0.0;
-  RowSums all;
-  for (int k = 1; k <= n; ++k) {
-    double const* const sum = sums + kColumns * k;
-    IBCnode* const node = new (gradient + k) IBCnode;
-    Set(sum[0], sum[1], sum[2], 0, *node);
-    value[k] = sum[3];
-    all.Add(sum);
-  }
   ++NFaceDone;
-  AddGradientErrors(all.value, all.gradient, i);
-  return Status::kSuccess;
+  AddGradientErrors(sums.value, sums.gradient, i);
 }
 
-// Adds the weights of gradient and value to `sums`, [0..n][0..3] by position.
-void CZynFaceRBFInternalObject::AddFaceByVertices(int i, double* sums) {
+// Adds the weights to w, [0..n-1][0..3].
+void CZynFaceRBFInternalObject::AddFaceByVertices(int i, double* w) {
   KernelSystem& system = work_.Get().faceSystem;
   face_nodes::TakePairAndVertices(*this, i, system);
-  double const* const w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
+  double const* const solution = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
 
+  constexpr int kCells = 2;
   int const* const vertices = m_ppFaceLnods[i];
-  for (int j = 1; j <= vertices[0]; ++j) {
-    double const* const ofVertex = w + kColumns * (j + 1);
-    double const gx = ofVertex[0], gy = ofVertex[1], gz = ofVertex[2], v = ofVertex[3];
-    double const* const u = VertexWeights(vertices[j]);
-    int const* const positions = m_pFaceRows[i].m_ppRow[j];
-    int const nCell = positions[0];
-    for (int m = 1; m <= nCell; ++m) {
-      double* const sum = sums + kColumns * positions[m];
-      double const um = u[m];
-      sum[0] += um * gx;
-      sum[1] += um * gy;
-      sum[2] += um * gz;
-      sum[3] += um * v;
-    }
-  }
-  for (int k = 1; k <= 2; ++k) {
-    double const* const ofCell = w + kColumns * (k - 1);
-    double* const sum = sums + kColumns * k;
-    for (int column = 0; column < kColumns; ++column) sum[column] += ofCell[column];
-  }
+  int* const* const positions = m_pFaceRows[i].m_ppRow;
+  for (int j = 1; j <= vertices[0]; ++j)
+    AddShares(solution + kWeightColumns * (kCells + j - 1), VertexWeights(vertices[j]), positions[j], w);
+  AddFirst(solution, kCells, w);
 }
 
 // Method 4: linear along the normal between the values at P and E. With u, v the weights of P and E, D = |P - E|:
