@@ -55,12 +55,21 @@ inline WeightSums MakeWeightRows(double const* w, int n, int tag, IBCnode** grad
                                  int i) {
   IBCnode* const gradient = GrowingRowTable<IBCnode>::MakeRawRow(gradients, i, n);
   double* const value = GrowingRowTable<double>::MakeRawRow(values, i, n);
-  for (int k = 0; k <= n; ++k) {
-    new (gradient + k) IBCnode;
-    gradient[k].tag = k == 0 ? 0 : tag;
-  }
+  new (gradient) IBCnode;
   value[0] = 0.0;
-  return StoreWeights(w, n, gradient, value);
+  WeightSums sums;
+  for (int k = 1; k <= n; ++k, w += kWeightColumns) {
+    double const x = w[0], y = w[1],
+                 z = w[2];  // read before the zeros of the new node, which are then not written
+    IBCnode* const node = new (gradient + k) IBCnode;
+    node->x = x;
+    node->y = y;
+    node->z = z;
+    node->tag = tag;
+    value[k] = w[3];
+    sums.Add(w);
+  }
+  return sums;
 }
 
 /// Adds to the weights of the members at `positions`, 1.. as in a row with its length in element 0, their shares u[1..]

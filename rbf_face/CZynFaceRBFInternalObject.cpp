@@ -61,11 +61,6 @@ CZynFaceRBFInternalObject::WorkOwner& CZynFaceRBFInternalObject::WorkOwner::oper
   return *this;
 }
 
-CZynFaceRBFInternalObject::Work& CZynFaceRBFInternalObject::WorkOwner::Get() {
-  if (work_ == nullptr) work_ = std::make_unique<Work>();
-  return *work_;
-}
-
 void CZynFaceRBFInternalObject::WorkOwner::Release() { work_.reset(); }
 
 /// Releases the work tables at the end of a set-up, also if it ends because memory ran out.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -58,6 +59,11 @@ struct CZynFaceRBFInternalObject::Work {
   Work& operator=(Work const&) = delete;
   ~Work() { GrowingRowTable<double>::Destroy(vertexWeights); }
 };
+
+inline CZynFaceRBFInternalObject::Work& CZynFaceRBFInternalObject::WorkOwner::Get() {
+  if (work_ == nullptr) work_ = std::make_unique<Work>();
+  return *work_;
+}
 
 inline FaceKind CZynFaceRBFInternalObject::Kind() const { return static_cast<FaceKind>(iFaceType); }
 

@@ -209,7 +209,10 @@ std::size_t CZynFaceRBFInternalObject::NumberCells(int const* row, int* list, in
 // Begins the merged list with the face's two cells, at positions 1 and 2 whether or not they are the same.
 void CZynFaceRBFInternalObject::StartMerged(int const* pair) {
   std::vector<int>& merged = work_.Get().merged;
-  merged = {0, pair[0], pair[1]};
+  merged.resize(3);
+  merged[0] = 0;
+  merged[1] = pair[0];
+  merged[2] = pair[1];
   m_pMarkAll[pair[0]] = 1;
   m_pMarkAll[pair[1]] = 2;
 }
