@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "gradient/FaceRing.h"
+
 class CCommunication;
 class CPartitionFace_DLL;
 class CZYN3DFiniteVolumeMesh;
@@ -56,10 +58,12 @@ class COperatorGradientImpl {
   double *m_pBx = nullptr, *m_pBy = nullptr, *m_pBz = nullptr;
 
   bool m_bExchangesResult = true;  ///< whether the halo cells of the outputs are filled
+  FaceRing m_faceRing;             ///< prepared by Initialize; the Green-Gauss gradients work without it, too
 
  private:
   void AppendError(char const* message);
   int Agreed(int status);
+  void PrepareFaceRing();
 
   // GreenGauss_Iterated.cpp, GreenGauss_Plain.cpp, GreenGauss_Weighted.cpp, GreenGauss_ThreeComponent.cpp
   void IteratedGreenGauss(double const* phi, double* gx, double* gy, double* gz, int nSweep);
