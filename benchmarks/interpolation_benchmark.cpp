@@ -1,10 +1,14 @@
 // Times and memory of the interpolation to faces and to free points on box meshes, on one core.
 //
-//   interpolation_benchmark [CELLS [POINTS]]
+//   interpolation_benchmark [CELLS [POINTS [METHODS [SHAPES]]]]
 //
-// Set-up stands beside the bare LAPACKE_dgesv calls on the same systems. The program has a LAPACKE_dgesv of its own
-// in front of LAPACK's, which the library calls through: in one run of the set-up it copies every system and solves
-// the copies again, some at a time, in a loop that is timed; in the others it only passes the call on.
+// METHODS is a string of digits, by default 1234; SHAPES is hex, tet or both, hex,tet, by default. Method 1 takes most of
+// the time.
+//
+// Set-up stands beside bare LAPACKE_dgesv calls on the same systems, row-major as a program would write them. The program
+// has a LAPACKE_dgesv of its own in front of LAPACK's, which the library calls through: in one run of the set-up it
+// copies every system and solves the copies again, some at a time, in a loop that is timed; in the others it only passes
+// the call on.
 // Application is the median of 11 warm calls beside the time that its memory traffic takes at the least.
 
 #include <dlfcn.h>
@@ -62,7 +66,7 @@ class LapackClock {
 
   lapack_int Solve(int layout, lapack_int n, lapack_int nrhs, double* a, lapack_int lda, lapack_int* pivots,
                    double* b, lapack_int ldb) {
-    if (isCopying_) Copy(n, nrhs, a, b);
+    if (isCopying_) Copy(layout, n, nrhs, a, b);
     return solver_(layout, n, nrhs, a, lda, pivots, b, ldb);
   }
 
@@ -73,10 +77,14 @@ class LapackClock {
 
   LapackClock() : solver_(reinterpret_cast<Solver>(dlsym(RTLD_NEXT, "LAPACKE_dgesv"))) {}
 
-  void Copy(lapack_int n, lapack_int nrhs, double const* a, double const* b) {
+  // Row-major. All matrices are symmetric, so only right-hand sides depend on the layout.
+  void Copy(int layout, lapack_int n, lapack_int nrhs, double const* a, double const* b) {
     systems_.push_back({n, nrhs});
     values_.insert(values_.end(), a, a + static_cast<std::ptrdiff_t>(n) * n);
-    values_.insert(values_.end(), b, b + static_cast<std::ptrdiff_t>(n) * nrhs);
+    std::ptrdiff_t const nextRow = layout == LAPACK_ROW_MAJOR ? nrhs : 1;
+    std::ptrdiff_t const nextColumn = layout == LAPACK_ROW_MAJOR ? 1 : n;
+    for (lapack_int i = 0; i < n; ++i)
+      for (lapack_int j = 0; j < nrhs; ++j) values_.push_back(b[i * nextRow + j * nextColumn]);
     if (static_cast<std::size_t>(n) > pivots_.size()) pivots_.resize(static_cast<std::size_t>(n));
     if (systems_.size() >= kChunk) SolveCopies();
   }
@@ -294,21 +302,33 @@ void RunAgain(Host& host, int nPoint) {
               second * 1e-6, StatusBytes("VmRSS") * 1e-6);
 }
 
-void Run(double cells, int nPoint) {
+struct Choice {
+  std::string methods = "1234", shapes = "hex,tet";
+
+  bool Has(std::string const& shape) const { return shapes.find(shape) != std::string::npos; }
+  bool Has(int method) const { return methods.find(static_cast<char>('0' + method)) != std::string::npos; }
+};
+
+void Run(double cells, int nPoint, Choice const& choice) {
   MemoryRates const rates = benchmarks::MeasureMemoryRates([] {});
   std::printf("one core: read %.2f GB/s, in-place update %.2f GB/s, triad %.2f GB/s\n", rates.read * 1e-9,
               rates.update * 1e-9, rates.triad * 1e-9);
   PrintHead("faces");
-  for (std::string const shape : {"hex", "tet"})
+  for (std::string const shape : {"hex", "tet"}) {
+    if (!choice.Has(shape)) continue;
     for (double const share : {1.0 / 3, 1.0}) {
       Host host(benchmarks::BoxText(share * cells, shape));
-      for (int const method : {1, 2, 3, 4}) RunFaces(host, shape, method, rates);
+      for (int const method : {1, 2, 3, 4})
+        if (choice.Has(method)) RunFaces(host, shape, method, rates);
     }
+  }
   PrintHead("points");
   for (std::string const shape : {"hex", "tet"}) {
+    if (!choice.Has(shape)) continue;
     Host host(benchmarks::BoxText(cells, shape));
     for (int const share : {2, 1})
-      for (int const method : {1, 2, 3}) RunPoints(host, shape, method, nPoint / share, rates);
+      for (int const method : {1, 2, 3})
+        if (choice.Has(method)) RunPoints(host, shape, method, nPoint / share, rates);
     if (shape == "hex") RunAgain(host, nPoint / 10);
   }
 }
@@ -323,7 +343,10 @@ extern "C" lapack_int LAPACKE_dgesv(int layout, lapack_int n, lapack_int nrhs, d
 
 int main(int argc, char** argv) {
   MPI_Init(&argc, &argv);
-  Run(argc > 1 ? std::atof(argv[1]) : 3e5, argc > 2 ? std::atoi(argv[2]) : 50000);
+  Choice choice;
+  if (argc > 3) choice.methods = argv[3];
+  if (argc > 4) choice.shapes = argv[4];
+  Run(argc > 1 ? std::atof(argv[1]) : 3e5, argc > 2 ? std::atoi(argv[2]) : 50000, choice);
   MPI_Finalize();
   return 0;
 }
