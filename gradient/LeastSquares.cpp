@@ -10,14 +10,21 @@
 // M depends on the mesh alone and is gathered at Initialize, b at every gradient. Symmetry faces are in M and not in b,
 // which takes dphi as 0 across them. d and dphi change their signs from one cell of a face to the other, the products
 // do not: both cells take the same.
+//
+// On a mesh in good order, one walk does everything: the system of a cell is solved as soon as its last face has passed,
+// and three fields share the walk and the elimination. Otherwise all right-hand sides are gathered first.
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
+#include <memory>
 
 #include "foundation/Progress.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/ClearingThreads.h"
 #include "gradient/NormalEquations.h"
 #include "gradient/PairWalk.h"
+#include "gradient/RightHandSideWalk.h"
 #include "host/Zyn3dGV.h"
 
 namespace {
@@ -38,6 +45,8 @@ struct DifferenceTimesOffset {
   }
 };
 
+using normal_equations::Systems;
+
 void ReportZeroPivot() {
   PrintFlushed("aa[ii][j]=0.\n");
   PrintFlushed("4\n");
@@ -56,6 +65,11 @@ void COperatorGradientImpl::FreeLeastSquaresArrays() {
     delete[] * array;
     *array = nullptr;
   }
+  m_pPlan.reset();
+}
+
+normal_equations::Matrices COperatorGradientImpl::LeastSquaresMatrices() const {
+  return {m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz, m_pSyz};
 }
 
 void COperatorGradientImpl::GatherLeastSquaresMoments() {
@@ -63,7 +77,8 @@ void COperatorGradientImpl::GatherLeastSquaresMoments() {
   int const nCell = mesh.NCell;
   double *const sxx = m_pSxx, *const syy = m_pSyy, *const szz = m_pSzz;
   double *const sxy = m_pSxy, *const sxz = m_pSxz, *const syz = m_pSyz;
-#pragma omp parallel for schedule(static)
+  int const nThreads = ClearingThreads(nCell);
+#pragma omp parallel for schedule(static) num_threads(nThreads) if (nThreads > 1)
   for (int c = 1; c <= nCell; ++c) {
     sxx[c] = 0.0, syy[c] = 0.0, szz[c] = 0.0;
     sxy[c] = 0.0, sxz[c] = 0.0, syz[c] = 0.0;
@@ -87,22 +102,30 @@ void COperatorGradientImpl::GatherLeastSquaresMoments() {
   }
 }
 
-void COperatorGradientImpl::ClearLeastSquaresSums(double* gx, double* gy, double* gz) {
+// Where the faces go belongs to the set-up: points may move, but each face keeps its cells.
+void COperatorGradientImpl::PlanLeastSquaresWalk() {
+  m_pPlan =
+      std::make_unique<RightHandSidePlan>(*m_pMesh, FaceGroups(*m_pMesh, PartitionFaceCells(*m_pPartFace)));
+}
+
+void COperatorGradientImpl::ClearLeastSquaresSums(int first, double* gx, double* gy, double* gz) {
   int const nCell = m_pMesh->NCell;
   double *const bx = m_pBx, *const by = m_pBy, *const bz = m_pBz;
-#pragma omp parallel for schedule(static)
-  for (int c = 1; c <= nCell; ++c) {
+  int const nThreads = ClearingThreads(nCell - first + 1);
+#pragma omp parallel for schedule(static) num_threads(nThreads) if (nThreads > 1)
+  for (int c = first; c <= nCell; ++c) {
     gx[c] = 0.0, gy[c] = 0.0, gz[c] = 0.0;
     bx[c] = 0.0, by[c] = 0.0, bz[c] = 0.0;
   }
 }
 
-void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* gy, double* gz) {
+/// @return whether all systems have been solved
+bool COperatorGradientImpl::GatherThenSolve(FaceGroups const& faces, double const* phi, double* gx,
+                                            double* gy, double* gz) {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  ClearLeastSquaresSums(gx, gy, gz);
+  ClearLeastSquaresSums(1, gx, gy, gz);
 
   // b_cv += dphi d, and b_other += dphi d between interior cells: nobody solves the systems of halo and ghost cells
-  FaceGroups const faces(mesh, PartitionFaceCells(*m_pPartFace));
   DifferenceTimesOffset const product{phi, mesh.xc, mesh.yc, mesh.zc};
   face_walk::VectorSums const b{m_pBx, m_pBy, m_pBz};
   for (FaceGroup const& group : faces.InLeastSquaresOrder()) {
@@ -113,12 +136,74 @@ void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* 
   }
 
   // g_c = M_c^-1 b_c
-  normal_equations::OfCells const systems{m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz,
-                                          m_pSyz, m_pBx,  m_pBy,  m_pBz};
-  if (!SolveAll(systems, mesh.NInnerCells, gx, gy, gz)) {
+  Systems<1> const systems{LeastSquaresMatrices(), {{{{m_pBx, m_pBy, m_pBz}, {gx, gy, gz}}}}};
+  return SolveCells(systems, 1, mesh.NInnerCells) > mesh.NInnerCells;
+}
+
+/// Sums of a cell are complete when its last face has passed, and its system is solved then.
+/// @return the first cell whose system has not been solved
+template <int kFields>
+int COperatorGradientImpl::SolveWhileGathering(FaceGroups const& faces, Systems<kFields> const& systems,
+                                               std::array<double const*, kFields> const& phi,
+                                               std::array<double*, 3 * kFields> const& b) {
+  int const nInnerCells = m_pMesh->NInnerCells;
+  normal_equations::Matrices const& m = systems.matrices;
+  int unsolved = 1;
+  // b_c
+  RightHandSideWalk<kFields> walk(*m_pPlan, *m_pMesh, faces.BetweenCells()[0], phi, b,
+                                  {m.xx, m.yy, m.zz, m.xy, m.xz, m.yz});
+  while (walk.Next()) {
+    // g_c = M_c^-1 b_c
+    bool const isNext = walk.first() == unsolved;  // no system before has a zero pivot
+    if (isNext && unsolved <= nInnerCells)
+      unsolved = SolveCells(systems, unsolved, std::min(walk.last(), nInnerCells));
+  }
+  return unsolved;
+}
+
+void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* gy, double* gz) {
+  FaceGroups const faces(*m_pMesh, PartitionFaceCells(*m_pPartFace));
+  bool solved;
+  if (m_pPlan->Serves(*m_pMesh, faces)) {
+    int const nCells = m_pPlan->schedule().nCells;
+    Systems<1> const systems{LeastSquaresMatrices(), {{{{m_pBx, m_pBy, m_pBz}, {gx, gy, gz}}}}};
+    int const unsolved = SolveWhileGathering<1>(faces, systems, {phi}, {m_pBx, m_pBy, m_pBz});
+    solved = unsolved > m_pMesh->NInnerCells;
+    for (double* g : {gx, gy, gz}) std::fill(g + unsolved, g + nCells + 1, 0.0);
+    ClearLeastSquaresSums(nCells + 1, gx, gy, gz);
+  } else {
+    solved = GatherThenSolve(faces, phi, gx, gy, gz);
+  }
+  if (!solved) {
     // The one place where a partition leaves before the exchange: partitions without such a cell go on and wait in it.
     ReportZeroPivot();
     return;
   }
   ExchangeResult(gx, gy, gz);
+}
+
+// The outputs hold the right-hand sides until their cell is solved.
+void COperatorGradientImpl::ThreeComponentLeastSquares(double const* const phi[3], double* const g9[9]) {
+  FaceGroups const faces(*m_pMesh, PartitionFaceCells(*m_pPartFace));
+  bool solved = true;
+  if (m_pPlan->Serves(*m_pMesh, faces)) {
+    Systems<3> systems{LeastSquaresMatrices(), {}};
+    std::array<double*, 9> g;
+    std::copy(g9, g9 + 9, g.begin());
+    for (std::size_t k = 0; k < 3; ++k) {
+      normal_equations::Vectors const ofField{g[3 * k], g[3 * k + 1], g[3 * k + 2]};
+      systems.fields[k] = {ofField, ofField};
+    }
+    int const unsolved = SolveWhileGathering<3>(faces, systems, {phi[0], phi[1], phi[2]}, g);
+    solved = unsolved > m_pMesh->NInnerCells;
+    for (double* component : g) std::fill(component + unsolved, component + m_pMesh->NCell + 1, 0.0);
+  } else {
+    for (int k = 0; k < 3; ++k)
+      solved = GatherThenSolve(faces, phi[k], g9[3 * k], g9[3 * k + 1], g9[3 * k + 2]) && solved;
+  }
+  if (!solved) {
+    ReportZeroPivot();
+    return;
+  }
+  ExchangeResult(g9);
 }
