@@ -1,11 +1,10 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <memory>
 
+#include "gradient/LeastSquaresWalk.h"
 #include "gradient/NormalEquations.h"
-#include "gradient/RightHandSideWalk.h"
 
 class CCommunication;
 class CPartitionFace_DLL;
@@ -63,8 +62,8 @@ class COperatorGradientImpl {
   /// [1..NCell] least-squares right-hand sides, U*L: sums of dphi*dx, dphi*dy, dphi*dz.
   double *m_pBx = nullptr, *m_pBy = nullptr, *m_pBz = nullptr;
 
-  bool m_bExchangesResult = true;              ///< whether the halo cells of the outputs are filled
-  std::unique_ptr<RightHandSidePlan> m_pPlan;  ///< of the least-squares gradients; made with the arrays above
+  bool m_bExchangesResult = true;             ///< whether the halo cells of the outputs are filled
+  std::unique_ptr<LeastSquaresPlan> m_pPlan;  ///< of the least-squares gradients; made with the arrays above
 
  private:
   void AppendError(char const* message);
@@ -86,10 +85,6 @@ class COperatorGradientImpl {
   void ThreeComponentLeastSquares(double const* const phi[3], double* const g9[9]);
   void ClearLeastSquaresSums(int first, double* gx, double* gy, double* gz);
   bool GatherThenSolve(FaceGroups const& faces, double const* phi, double* gx, double* gy, double* gz);
-  template <int kFields>
-  int SolveWhileGathering(FaceGroups const& faces, normal_equations::Systems<kFields> const& systems,
-                          std::array<double const*, kFields> const& phi,
-                          std::array<double*, 3 * kFields> const& b);
 
   // RadialBasis.cpp
   int SetUpRadialBasisOperator();

@@ -22,9 +22,9 @@
 #include "foundation/Progress.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "gradient/ClearingThreads.h"
+#include "gradient/LeastSquaresWalk.h"
 #include "gradient/NormalEquations.h"
 #include "gradient/PairWalk.h"
-#include "gradient/RightHandSideWalk.h"
 #include "host/Zyn3dGV.h"
 
 namespace {
@@ -105,7 +105,7 @@ void COperatorGradientImpl::GatherLeastSquaresMoments() {
 // Where the faces go belongs to the set-up: points may move, but each face keeps its cells.
 void COperatorGradientImpl::PlanLeastSquaresWalk() {
   m_pPlan =
-      std::make_unique<RightHandSidePlan>(*m_pMesh, FaceGroups(*m_pMesh, PartitionFaceCells(*m_pPartFace)));
+      std::make_unique<LeastSquaresPlan>(*m_pMesh, FaceGroups(*m_pMesh, PartitionFaceCells(*m_pPartFace)));
 }
 
 void COperatorGradientImpl::ClearLeastSquaresSums(int first, double* gx, double* gy, double* gz) {
@@ -140,34 +140,14 @@ bool COperatorGradientImpl::GatherThenSolve(FaceGroups const& faces, double cons
   return SolveCells(systems, 1, mesh.NInnerCells) > mesh.NInnerCells;
 }
 
-/// Sums of a cell are complete when its last face has passed, and its system is solved then.
-/// @return the first cell whose system has not been solved
-template <int kFields>
-int COperatorGradientImpl::SolveWhileGathering(FaceGroups const& faces, Systems<kFields> const& systems,
-                                               std::array<double const*, kFields> const& phi,
-                                               std::array<double*, 3 * kFields> const& b) {
-  int const nInnerCells = m_pMesh->NInnerCells;
-  normal_equations::Matrices const& m = systems.matrices;
-  int unsolved = 1;
-  // b_c
-  RightHandSideWalk<kFields> walk(*m_pPlan, *m_pMesh, faces.BetweenCells()[0], phi, b,
-                                  {m.xx, m.yy, m.zz, m.xy, m.xz, m.yz});
-  while (walk.Next()) {
-    // g_c = M_c^-1 b_c
-    bool const isNext = walk.first() == unsolved;  // no system before has a zero pivot
-    if (isNext && unsolved <= nInnerCells)
-      unsolved = SolveCells(systems, unsolved, std::min(walk.last(), nInnerCells));
-  }
-  return unsolved;
-}
-
 void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* gy, double* gz) {
   FaceGroups const faces(*m_pMesh, PartitionFaceCells(*m_pPartFace));
   bool solved;
   if (m_pPlan->Serves(*m_pMesh, faces)) {
     int const nCells = m_pPlan->schedule().nCells;
     Systems<1> const systems{LeastSquaresMatrices(), {{{{m_pBx, m_pBy, m_pBz}, {gx, gy, gz}}}}};
-    int const unsolved = SolveWhileGathering<1>(faces, systems, {phi}, {m_pBx, m_pBy, m_pBz});
+    int const unsolved =
+        LeastSquaresWalk<1>(*m_pPlan, *m_pMesh, faces.BetweenCells()[0], {phi}, systems).SolveAll();
     solved = unsolved > m_pMesh->NInnerCells;
     for (double* g : {gx, gy, gz}) std::fill(g + unsolved, g + nCells + 1, 0.0);
     ClearLeastSquaresSums(nCells + 1, gx, gy, gz);
@@ -194,7 +174,8 @@ void COperatorGradientImpl::ThreeComponentLeastSquares(double const* const phi[3
       normal_equations::Vectors const ofField{g[3 * k], g[3 * k + 1], g[3 * k + 2]};
       systems.fields[k] = {ofField, ofField};
     }
-    int const unsolved = SolveWhileGathering<3>(faces, systems, {phi[0], phi[1], phi[2]}, g);
+    LeastSquaresWalk<3> walk(*m_pPlan, *m_pMesh, faces.BetweenCells()[0], {phi[0], phi[1], phi[2]}, systems);
+    int const unsolved = walk.SolveAll();
     solved = unsolved > m_pMesh->NInnerCells;
     for (double* component : g) std::fill(component + unsolved, component + m_pMesh->NCell + 1, 0.0);
   } else {

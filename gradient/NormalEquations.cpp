@@ -4,9 +4,7 @@
 
 #include "foundation/Processor.h"
 #include "foundation/WithoutTraps.h"
-#if ZYN_HAS_TARGETS
-#include <immintrin.h>
-#endif
+#include "gradient/FourSystems.h"
 
 namespace normal_equations {
 namespace {
@@ -70,37 +68,14 @@ int SolvePairs(Systems<kFields> const& s, int c, int last) {
 
 #if ZYN_HAS_TARGETS
 
-[[gnu::always_inline]] ZYN_TARGET_AVX2 inline bool AnyZero(__m256d x) {
-  return _mm256_movemask_pd(_mm256_cmp_pd(x, _mm256_setzero_pd(), _CMP_EQ_OQ)) != 0;
-}
-
-/// The same for four cells: the operations of Solve, in its order. (Functions without AVX2 cannot be inlined here.)
+/// The same for four cells.
 template <int kFields>
 ZYN_TARGET_AVX2 int SolveFours(Systems<kFields> const& systems, int c, int last) {
-  using Four = __m256d;
   Systems<kFields> const s = systems;
-  Matrices const& m = s.matrices;
-  for (; c + 3 <= last; c += 4) {
-    Four const xx = _mm256_loadu_pd(m.xx + c), xy = _mm256_loadu_pd(m.xy + c), xz = _mm256_loadu_pd(m.xz + c);
-    if (AnyZero(xx)) break;
-    Four const yFactor = xy / xx, zFactor = xz / xx;
-    Four const yy = _mm256_loadu_pd(m.yy + c) - yFactor * xy;
-    if (AnyZero(yy)) break;
-    Four const yz = _mm256_loadu_pd(m.yz + c) - yFactor * xz;
-    Four const zy = _mm256_loadu_pd(m.yz + c) - zFactor * xy;
-    Four const secondFactor = zy / yy;
-    Four const zz = (_mm256_loadu_pd(m.zz + c) - zFactor * xz) - secondFactor * yz;
-    if (AnyZero(zz)) break;
+  for (FourSystems eliminated; c + 3 <= last && Eliminate(s.matrices, c, eliminated); c += 4) {
     for (Solution const& field : s.fields) {
-      Four const bx = _mm256_loadu_pd(field.b.x + c);
-      Four const by = _mm256_loadu_pd(field.b.y + c) - yFactor * bx;
-      Four const bz = (_mm256_loadu_pd(field.b.z + c) - zFactor * bx) - secondFactor * by;
-      Four const gz = bz / zz;
-      Four const gy = (by - gz * yz) / yy;
-      Four const gx = (bx - gy * xy - xz * gz) / xx;
-      _mm256_storeu_pd(field.g.x + c, gx);
-      _mm256_storeu_pd(field.g.y + c, gy);
-      _mm256_storeu_pd(field.g.z + c, gz);
+      Four const bx = _mm256_loadu_pd(field.b.x + c), by = _mm256_loadu_pd(field.b.y + c);
+      SolveFour(eliminated, bx, by, _mm256_loadu_pd(field.b.z + c), field.g, c);
     }
   }
   return c;

@@ -4,20 +4,22 @@
 #include <cstddef>
 #include <memory>
 
+#include "gradient/NormalEquations.h"
 #include "gradient/WalkSchedule.h"
 
 /// @file
-/// The right-hand sides of least squares in one walk over the faces, with four lanes of AVX2. Each sum takes the same
-/// products in the same order as in a walk over one group of faces after the other, so the stored numbers are the same.
+/// Least squares in one walk over the faces, with four lanes of AVX2: right-hand sides are gathered, and the system of a
+/// cell is solved when its last face has passed. Each sum takes the same products in the same order as in a walk over one
+/// group of faces after the other, so the stored numbers are the same.
 ///
 /// The cells that are under way have records in a ring: cell c has the record c modulo its size. A record holds what the
 /// faces of the cell read and what they add to, side by side: a face reads and writes two records, where it would read
 /// and write two places in each of seven arrays (fifteen for three fields).
 
 /// What the walks of a mesh keep from call to call: their schedule and the ring.
-class RightHandSidePlan {
+class LeastSquaresPlan {
  public:
-  RightHandSidePlan(CZYN3DFiniteVolumeMesh const& mesh, FaceGroups const& faces);
+  LeastSquaresPlan(CZYN3DFiniteVolumeMesh const& mesh, FaceGroups const& faces);
 
   /// Whether the processor can take the walk, the ring is a small one, and the mesh has not changed.
   bool Serves(CZYN3DFiniteVolumeMesh const& mesh, FaceGroups const& faces) const;
@@ -34,49 +36,42 @@ class RightHandSidePlan {
   double* records_ = nullptr;  ///< in memory_, at the beginning of a cache line
 };
 
-/// One walk, for one field or for three. It stops whenever cells are complete, so that the caller solves their systems
-/// while they are in cache:
+/// One walk, for one field or for three, over the cells 1..schedule().nCells.
 ///
-///   while (walk.Next()) solve the systems of the cells walk.first() .. walk.last()
-///
-/// The cells follow each other from 1 to schedule().nCells.
+/// With one field, the right-hand sides are stored beside the gradients. With three, they have no arrays of their own: the
+/// arrays of right-hand sides and gradients are the same.
 template <int kFields>
-class RightHandSideWalk {
+class LeastSquaresWalk {
  public:
   /// [1..NCell] of each field
   using Fields = std::array<double const*, kFields>;
-  /// [1..NCell] of the right-hand sides: x, y, z of the first field, then of the others
-  using Sums = std::array<double*, 3 * kFields>;
-  /// Arrays that the caller reads for complete cells: they are asked for ahead.
-  using ReadBeside = std::array<double const*, 6>;
+  using Systems = normal_equations::Systems<kFields>;
 
-  /// @param b  overwritten for the cells 1..schedule().nCells
   /// @pre plan.Serves(mesh, faces). What is passed outlives the walk.
-  RightHandSideWalk(RightHandSidePlan const& plan, CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& inner,
-                    Fields const& phi, Sums const& b, ReadBeside const& readBeside);
+  LeastSquaresWalk(LeastSquaresPlan const& plan, CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& inner,
+                   Fields const& phi, Systems const& systems);
 
-  /// Walks on until further cells are complete, and stores their right-hand sides. @return false after the last cell
-  bool Next();
-  int first() const { return first_; }
-  int last() const { return last_; }
+  /// Gathers all right-hand sides and solves the systems of interior cells by ascending number, until one has a zero pivot.
+  /// @return the first cell whose system has not been solved
+  int SolveAll();
 
  private:
   void Enter(int last);
-  void AddRange(int first, int last, WalkSchedule::Range const& range);
+  void AddRange(std::size_t range);
+  void AddOuterFaces(int last);
   void Leave(int last);
 
   WalkSchedule const& schedule_;
-  double const *xc_, *yc_, *zc_;
+  CZYN3DFiniteVolumeMesh const& mesh_;
   FaceGroup inner_;
   Fields phi_;
-  Sums b_;
-  ReadBeside readBeside_;
+  Systems systems_;
   double* records_;
   std::size_t mask_;
   bool isLarge_;  ///< whether the arrays of the mesh are in memory rather than in cache
 
-  std::size_t range_ = 0;      ///< the next range of faces
   std::size_t outerFace_ = 0;  ///< the next outer face
-  int entered_ = 0;
-  int first_ = 1, last_ = 0;  ///< what has been left last
+  int entered_ = 0;            ///< the last cell that has been entered
+  int left_ = 0;               ///< the last cell that has been left
+  int unsolved_ = 1;           ///< left_ + 1 as long as no pivot was zero
 };
