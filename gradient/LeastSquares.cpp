@@ -15,6 +15,7 @@
 // and three fields share the walk and the elimination. Otherwise all right-hand sides are gathered first.
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
@@ -30,6 +31,18 @@
 namespace {
 
 double* ZeroedCellArray(int nCell) { return new double[static_cast<std::size_t>(nCell) + 1](); }
+
+/// Sets the cells first..last of the arrays to zero. Block by block, since one array after the other is cleared fastest.
+void ClearCells(std::array<double*, 6> const& arrays, int first, int last) {
+  constexpr int kBlock = 4096;
+  int const nBlocks = (last - first + kBlock) / kBlock;
+  int const nThreads = ClearingThreads(last - first + 1);
+#pragma omp parallel for schedule(static) num_threads(nThreads) if (nThreads > 1)
+  for (int block = 0; block < nBlocks; ++block) {
+    int const begin = first + block * kBlock, end = std::min(begin + kBlock, last + 1);
+    for (double* array : arrays) std::fill(array + begin, array + end, 0.0);
+  }
+}
 
 /// dphi d of a face, with d and dphi from `cv` to `other`.
 struct DifferenceTimesOffset {
@@ -77,12 +90,7 @@ void COperatorGradientImpl::GatherLeastSquaresMoments() {
   int const nCell = mesh.NCell;
   double *const sxx = m_pSxx, *const syy = m_pSyy, *const szz = m_pSzz;
   double *const sxy = m_pSxy, *const sxz = m_pSxz, *const syz = m_pSyz;
-  int const nThreads = ClearingThreads(nCell);
-#pragma omp parallel for schedule(static) num_threads(nThreads) if (nThreads > 1)
-  for (int c = 1; c <= nCell; ++c) {
-    sxx[c] = 0.0, syy[c] = 0.0, szz[c] = 0.0;
-    sxy[c] = 0.0, sxz[c] = 0.0, syz[c] = 0.0;
-  }
+  ClearCells({sxx, syy, szz, sxy, sxz, syz}, 1, nCell);
 
   // M_cv += d d^T, and M_other += d d^T between cells
   FaceGroups const faces(mesh, PartitionFaceCells(*m_pPartFace));
@@ -109,14 +117,7 @@ void COperatorGradientImpl::PlanLeastSquaresWalk() {
 }
 
 void COperatorGradientImpl::ClearLeastSquaresSums(int first, double* gx, double* gy, double* gz) {
-  int const nCell = m_pMesh->NCell;
-  double *const bx = m_pBx, *const by = m_pBy, *const bz = m_pBz;
-  int const nThreads = ClearingThreads(nCell - first + 1);
-#pragma omp parallel for schedule(static) num_threads(nThreads) if (nThreads > 1)
-  for (int c = first; c <= nCell; ++c) {
-    gx[c] = 0.0, gy[c] = 0.0, gz[c] = 0.0;
-    bx[c] = 0.0, by[c] = 0.0, bz[c] = 0.0;
-  }
+  ClearCells({gx, gy, gz, m_pBx, m_pBy, m_pBz}, first, m_pMesh->NCell);
 }
 
 /// @return whether all systems have been solved

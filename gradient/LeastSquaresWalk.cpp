@@ -70,6 +70,17 @@ void LeaveCell(Ring<kFields> ring, Systems<kFields> const& systems, int c) {
   }
 }
 
+/// Prefetches what is read of a cell that enters or leaves. (Inlined: a compiler drops calls that only prefetch.)
+[[gnu::always_inline]] inline void AskForMatrices(normal_equations::Matrices const& m, int c) {
+  for (double const* array : {m.xx, m.yy, m.zz, m.xy, m.xz, m.yz}) __builtin_prefetch(array + c);
+}
+template <int kFields>
+[[gnu::always_inline]] inline void AskForCell(CZYN3DFiniteVolumeMesh const& mesh,
+                                              std::array<double const*, kFields> const& phi, int c) {
+  for (double const* array : {mesh.xc, mesh.yc, mesh.zc}) __builtin_prefetch(array + c);
+  for (double const* array : phi) __builtin_prefetch(array + c);
+}
+
 #if ZYN_HAS_TARGETS
 
 using normal_equations::Four;
@@ -137,12 +148,15 @@ ZYN_KERNEL void AddAt(double* sum, Four product) {
   _mm256_store_pd(sum, _mm256_add_pd(_mm256_load_pd(sum), product));
 }
 
+/// dphi times dx, dy, dz, dz. @param d  dx, dy, dz, dphi
+ZYN_KERNEL Four Product(Four d) {
+  return _mm256_mul_pd(_mm256_permute4x64_pd(d, 0xff), _mm256_shuffle_pd(d, d, 0x2));
+}
+
 /// b += dphi d on both sides of a face, first on the CV side: the two may be one cell.
 ZYN_KERNEL void AddFace(Ring<1> const& ring, int cvCell, int otherCell) {
   double *const cv = ring[cvCell], *const other = ring[otherCell];
-  Four const d = _mm256_sub_pd(_mm256_load_pd(other), _mm256_load_pd(cv));  // dx dy dz dphi
-  Four const dphi = _mm256_permute4x64_pd(d, 0xff);                         // in all lanes
-  Four const product = _mm256_mul_pd(dphi, _mm256_shuffle_pd(d, d, 0x2));   // dphi times dx dy dz dz
+  Four const product = Product(_mm256_sub_pd(_mm256_load_pd(other), _mm256_load_pd(cv)));
   AddAt(cv + 4, product);
   AddAt(other + 4, product);
 }
@@ -188,6 +202,37 @@ ZYN_TARGET_AVX2 int LeaveGroups(Ring<kFields> ring, Systems<kFields> const& syst
   return c;
 }
 
+/// b += dphi d on the CV side alone; the other cell has no record.
+ZYN_KERNEL void AddOuterFace(Ring<1> const& ring, CZYN3DFiniteVolumeMesh const& mesh,
+                             std::array<double const*, 1> const& phi, int cvCell, int other) {
+  double* const cv = ring[cvCell];
+  Four const there = _mm256_setr_pd(mesh.xc[other], mesh.yc[other], mesh.zc[other], phi[0][other]);
+  AddAt(cv + 4, Product(_mm256_sub_pd(there, _mm256_load_pd(cv))));
+}
+ZYN_KERNEL void AddOuterFace(Ring<3> const& ring, CZYN3DFiniteVolumeMesh const& mesh,
+                             std::array<double const*, 3> const& phi, int cvCell, int other) {
+  double* const cv = ring[cvCell];
+  Four const there = _mm256_setr_pd(phi[0][other], phi[1][other], phi[2][other], phi[2][other]);
+  Four const dphi = _mm256_sub_pd(there, _mm256_load_pd(cv + 4));
+  AddAt(cv + 8, _mm256_mul_pd(dphi, _mm256_set1_pd(mesh.xc[other] - cv[0])));
+  AddAt(cv + 12, _mm256_mul_pd(dphi, _mm256_set1_pd(mesh.yc[other] - cv[1])));
+  AddAt(cv + 16, _mm256_mul_pd(dphi, _mm256_set1_pd(mesh.zc[other] - cv[2])));
+}
+
+/// The outer faces from `face` on whose cells are to leave. @return the next one
+template <int kFields>
+ZYN_TARGET_AVX2 std::size_t AddOuterFaces(Ring<kFields> ring, CZYN3DFiniteVolumeMesh const& mesh,
+                                          std::array<double const*, kFields> const& phi,
+                                          std::vector<WalkSchedule::OuterFace> const& faces, std::size_t face,
+                                          int lastCell) {
+  constexpr std::size_t kAhead = 12;
+  for (; face < faces.size() && faces[face].cv <= lastCell; ++face) {
+    AskForCell<kFields>(mesh, phi, faces[std::min(face + kAhead, faces.size() - 1)].other);
+    AddOuterFace(ring, mesh, phi, faces[face].cv, faces[face].other);
+  }
+  return face;
+}
+
 template <int kFields>
 ZYN_TARGET_AVX2 void AddFaces(Ring<kFields> ring, FaceGroup const& group, int first, int last) {
   int const *const cv = group.cv, *const other = group.other;
@@ -205,6 +250,12 @@ int LeaveGroups(Ring<kFields>, Systems<kFields> const&, int c, int) {
 }
 template <int kFields>
 void AddFaces(Ring<kFields>, FaceGroup const&, int, int) {}
+template <int kFields>
+std::size_t AddOuterFaces(Ring<kFields>, CZYN3DFiniteVolumeMesh const&,
+                          std::array<double const*, kFields> const&,
+                          std::vector<WalkSchedule::OuterFace> const&, std::size_t face, int) {
+  return face;
+}
 
 #endif
 
@@ -212,15 +263,6 @@ void AddFaces(Ring<kFields>, FaceGroup const&, int, int) {}
 int GroupFrom(int c) { return (c + WalkSchedule::kGroup - 1) / WalkSchedule::kGroup * WalkSchedule::kGroup; }
 /// The last cell up to c that ends one.
 int GroupUpTo(int c) { return (c + 1) / WalkSchedule::kGroup * WalkSchedule::kGroup - 1; }
-
-void AskForMatrices(normal_equations::Matrices const& m, int c) {
-  for (double const* array : {m.xx, m.yy, m.zz, m.xy, m.xz, m.yz}) __builtin_prefetch(array + c);
-}
-template <std::size_t kFields>
-void AskForCell(CZYN3DFiniteVolumeMesh const& mesh, std::array<double const*, kFields> const& phi, int c) {
-  for (double const* array : {mesh.xc, mesh.yc, mesh.zc}) __builtin_prefetch(array + c);
-  for (double const* array : phi) __builtin_prefetch(array + c);
-}
 
 }  // namespace
 }  // namespace walk_kernels
@@ -299,30 +341,8 @@ void LeastSquaresWalk<kFields>::AddRange(std::size_t range) {
   for (int f = first; f <= last; f += kFacesALine) {
     AddFaces<kFields>(ring, inner_, f, std::min(f + kFacesALine - 1, last));
     if (leave <= schedule_.ranges[range].done) AskForMatrices(systems_.matrices, leave);
-    if (enter <= schedule_.ranges[next].entered) AskForCell(mesh_, phi_, enter);
+    if (enter <= schedule_.ranges[next].entered) AskForCell<kFields>(mesh_, phi_, enter);
     leave += kCells, enter += kCells;
-  }
-}
-
-template <int kFields>
-void LeastSquaresWalk<kFields>::AddOuterFaces(int last) {
-  using namespace walk_kernels;
-  using R = Record<kFields>;
-  Ring<kFields> const ring{records_, mask_};
-  constexpr std::size_t kAhead = 12;
-  auto const& faces = schedule_.outerFaces;
-  for (; outerFace_ < faces.size() && faces[outerFace_].cv <= last; ++outerFace_) {
-    if (outerFace_ + kAhead < faces.size()) AskForCell(mesh_, phi_, faces[outerFace_ + kAhead].other);
-    auto const [cv, other] = faces[outerFace_];
-    double* const record = ring[cv];
-    double const dx = mesh_.xc[other] - record[0], dy = mesh_.yc[other] - record[1],
-                 dz = mesh_.zc[other] - record[2];
-    for (int k = 0; k < kFields; ++k) {
-      double const dphi = phi_[static_cast<std::size_t>(k)][other] - record[R::Value(k)];
-      record[R::Sum(0, k)] += dphi * dx;
-      record[R::Sum(1, k)] += dphi * dy;
-      record[R::Sum(2, k)] += dphi * dz;
-    }
   }
 }
 
@@ -330,8 +350,8 @@ void LeastSquaresWalk<kFields>::AddOuterFaces(int last) {
 template <int kFields>
 void LeastSquaresWalk<kFields>::Leave(int last) {
   using namespace walk_kernels;
-  AddOuterFaces(last);
   Ring<kFields> const ring{records_, mask_};
+  outerFace_ = AddOuterFaces<kFields>(ring, mesh_, phi_, schedule_.outerFaces, outerFace_, last);
   while (left_ < last) {
     int const first = left_ + 1;
     bool const solves = unsolved_ == first && first <= mesh_.NInnerCells;

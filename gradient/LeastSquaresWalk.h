@@ -58,7 +58,6 @@ class LeastSquaresWalk {
  private:
   void Enter(int last);
   void AddRange(std::size_t range);
-  void AddOuterFaces(int last);
   void Leave(int last);
 
   WalkSchedule const& schedule_;

@@ -57,7 +57,8 @@ bool SolveOne(Systems<kFields> const& s, int c) {
 /// Solves cells side by side from c on. @return the first cell that is not solved, since its neighbours up to `last` are
 /// too few or one of them has a zero pivot
 template <int kFields>
-int SolvePairs(Systems<kFields> const& s, int c, int last) {
+int SolvePairs(Systems<kFields> const& systems, int c, int last) {
+  Systems<kFields> const s = systems;
   for (; c < last; c += 2) {
     Matrix<Two> const m = MatrixAt<Two>(s.matrices, c);
     if (HasZeroPivot(m) || two_faces::AnyZero(LastPivot(m))) break;
