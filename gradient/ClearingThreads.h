@@ -14,7 +14,7 @@
 /// runtime, and only as many threads as have something to do.
 inline int ClearingThreads(int nCells) {
 #ifdef _OPENMP
-  constexpr int kCellsPerThread = 8192;
+  constexpr int kCellsPerThread = 4096;
   static bool const isInEnvironment = std::getenv("OMP_NUM_THREADS") != nullptr;
   int const threads = omp_get_max_threads();
   bool const isChosen = isInEnvironment || threads != omp_get_num_procs();
