@@ -90,6 +90,16 @@ TEST(Power, IsTheNearestNumberForAMillionArguments) {
   ExpectExactPowersInRange<8>();
 }
 
+// What the plain forms of the operators take.
+TEST(Power, IsThatOfTheTestsPlainForms) {
+  for (Numbers const& numbers : {Bases(50000), NumbersBetween(-1074, 1023, 50000)}) {
+    for (double const x : numbers) {
+      for (int const n : {4, 5, 6, 8})
+        ASSERT_TRUE(SameBits(ExactPower(x, n), QuicklyExactPower(x, n))) << std::hexfloat << x << "^" << n;
+    }
+  }
+}
+
 // All odd numbers whose power has 54 digits, the last of which is odd, too.
 template <int N>
 void ExpectExactPowersHalfWay() {
