@@ -78,11 +78,14 @@ class KernelSystem {
     int const n = Size();
     if (n == 0) return columns_.data();
     Matrix(kernel);
-    CDenseSolver().Solve(n, matrix_.data(), columns_.data(), columns_.data(), nColumn);
+    std::size_t const size = nodes_.size() * static_cast<std::size_t>(nColumn);
+    if (transposed_.size() < size) transposed_.resize(size);
+    CDenseSolver().SolveSymmetric(n, matrix_.data(), columns_.data(), transposed_.data(), nColumn);
     return columns_.data();
   }
 
   std::vector<DQVector> nodes_;
   std::vector<double> matrix_;   // n x n, row-major
   std::vector<double> columns_;  // n x number of right-hand sides, row-major: first these, then the solution
+  std::vector<double> transposed_;  // work memory of the same size
 };

@@ -43,7 +43,7 @@ class CellSystem {
   /// @return [0..n][0..2], row-major: the weights of member k for d/dx, d/dy, d/dz, and at n the multipliers m; valid
   /// until the next Assemble
   double const* Solve() {
-    CDenseSolver().Solve(Order(), matrix_.data(), columns_.data(), columns_.data(), 3);
+    CDenseSolver().SolveSymmetric(Order(), matrix_.data(), columns_.data(), transposed_.data(), 3);
     return columns_.data();
   }
 
@@ -61,6 +61,7 @@ class CellSystem {
     points_.resize(members);
     matrix_.resize(order * order);
     columns_.resize(3 * order);
+    transposed_.resize(3 * order);
   }
 
   template <typename Kernel>
@@ -103,7 +104,8 @@ class CellSystem {
 
   int const* members_ = nullptr;  // [0..n-1] cell numbers, in the operator's table
   int n_ = 0;
-  std::vector<DQVector> points_;  // [0..n-1]
-  std::vector<double> matrix_;    // (n+1) x (n+1), row-major
-  std::vector<double> columns_;   // (n+1) x 3, row-major: right-hand sides, then the solution
+  std::vector<DQVector> points_;    // [0..n-1]
+  std::vector<double> matrix_;      // (n+1) x (n+1), row-major
+  std::vector<double> columns_;     // (n+1) x 3, row-major: right-hand sides, then the solution
+  std::vector<double> transposed_;  // work memory of the same size
 };
