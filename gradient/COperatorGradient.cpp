@@ -62,4 +62,10 @@ void COperatorGradient::GradMethod_Weighted(double* phi, double* gx, double* gy,
   m_pImpl->GradMethod_Weighted(phi, gx, gy, gz, weight, n);
 }
 
+void COperatorGradient::GradMethod_LeastSquares_3(double* phi1, double* phi2, double* phi3, double* g1x,
+                                                  double* g1y, double* g1z, double* g2x, double* g2y,
+                                                  double* g2z, double* g3x, double* g3y, double* g3z) {
+  m_pImpl->GradMethod_LeastSquares_3(phi1, phi2, phi3, g1x, g1y, g1z, g2x, g2y, g2z, g3x, g3y, g3z);
+}
+
 char const* COperatorGradient::getErrorMsg() { return m_pImpl->m_szError; }

@@ -110,6 +110,17 @@ class ZYN_EXPORT COperatorGradient {
   /// @param[in]  n         ignored
   void GradMethod_Weighted(double* phi, double* gx, double* gy, double* gz, double* weight, int n);
 
+  /// Least-squares gradients of three fields in one walk over the faces, whatever the gradient type now is. Each field gets
+  /// what GradMethod with type 1 gives it, to the last bit. Collective.
+  /// @param[in]  phi1,phi2,phi3  [1..NCell], U
+  /// @param[out] g1x,g1y,g1z,g2x,g2y,g2z,g3x,g3y,g3z  [1..NCell], U/L, overwritten; no two the same array
+  /// @pre Initialize with gradient type 1
+  /// @note A cell at which GradMethod stops, stops all three fields: the call then prints the two lines once and returns
+  ///       without the exchange.
+  void GradMethod_LeastSquares_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y,
+                                 double* g1z, double* g2x, double* g2y, double* g2z, double* g3x, double* g3y,
+                                 double* g3z);
+
   /// The failure text gathered so far: "Operator Gradient Error = " and one line per failure, at most 1023
   /// characters. Owned by the operator; valid until it is destroyed.
   char const* getErrorMsg();

@@ -76,6 +76,7 @@ int COperatorGradientImpl::Initialize() {
   if (m_iGradType == kLeastSquaresType) {
     AllocateLeastSquaresArrays();
     GatherLeastSquaresMoments();
+    PlanLeastSquaresWalk();
   }
   if (m_iGradType == kRadialBasisType) status = SetUpRadialBasisOperator();
   return Agreed(status);
@@ -130,4 +131,12 @@ void COperatorGradientImpl::GradMethod_3(double* phi1, double* phi2, double* phi
 void COperatorGradientImpl::GradMethod_Weighted(double* phi, double* gx, double* gy, double* gz,
                                                 double* coefficient, int /*n*/) {
   WeightedGreenGauss(phi, gx, gy, gz, coefficient);
+}
+
+void COperatorGradientImpl::GradMethod_LeastSquares_3(double* phi1, double* phi2, double* phi3, double* g1x,
+                                                      double* g1y, double* g1z, double* g2x, double* g2y,
+                                                      double* g2z, double* g3x, double* g3y, double* g3z) {
+  double const* const phi[3] = {phi1, phi2, phi3};
+  double* const g[9] = {g1x, g1y, g1z, g2x, g2y, g2z, g3x, g3y, g3z};
+  ThreeComponentLeastSquares(phi, g);
 }

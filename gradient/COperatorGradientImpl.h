@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "gradient/FaceRing.h"
+#include "gradient/LeastSquaresWalk.h"
+#include "gradient/NormalEquations.h"
 
 class CCommunication;
 class CPartitionFace_DLL;
@@ -36,6 +39,9 @@ class COperatorGradientImpl {
   void GradMethod_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y, double* g1z,
                     double* g2x, double* g2y, double* g2z, double* g3x, double* g3y, double* g3z);
   void GradMethod_Weighted(double* phi, double* gx, double* gy, double* gz, double* weight, int n);
+  void GradMethod_LeastSquares_3(double* phi1, double* phi2, double* phi3, double* g1x, double* g1y,
+                                 double* g1z, double* g2x, double* g2y, double* g2z, double* g3x, double* g3y,
+                                 double* g3z);
 
   CZyn3dGV* m_pGV = nullptr;
   CZYN3DFiniteVolumeMesh* m_pMesh = nullptr;
@@ -57,8 +63,9 @@ class COperatorGradientImpl {
   /// [1..NCell] least-squares right-hand sides, U*L: sums of dphi*dx, dphi*dy, dphi*dz.
   double *m_pBx = nullptr, *m_pBy = nullptr, *m_pBz = nullptr;
 
-  bool m_bExchangesResult = true;  ///< whether the halo cells of the outputs are filled
-  FaceRing m_faceRing;             ///< prepared by Initialize; the Green-Gauss gradients work without it, too
+  bool m_bExchangesResult = true;             ///< whether the halo cells of the outputs are filled
+  std::unique_ptr<LeastSquaresPlan> m_pPlan;  ///< of the least-squares gradients; made with the arrays above
+  FaceRing m_faceRing;  ///< prepared by Initialize; the Green-Gauss gradients work without it, too
 
  private:
   void AppendError(char const* message);
@@ -75,8 +82,12 @@ class COperatorGradientImpl {
   void AllocateLeastSquaresArrays();
   void FreeLeastSquaresArrays();
   void GatherLeastSquaresMoments();
+  void PlanLeastSquaresWalk();
+  normal_equations::Matrices LeastSquaresMatrices() const;
   void LeastSquares(double const* phi, double* gx, double* gy, double* gz);
-  void ClearLeastSquaresSums(double* gx, double* gy, double* gz);
+  void ThreeComponentLeastSquares(double const* const phi[3], double* const g9[9]);
+  void ClearLeastSquaresSums(int first, double* gx, double* gy, double* gz);
+  bool GatherThenSolve(FaceGroups const& faces, double const* phi, double* gx, double* gy, double* gz);
 
   // RadialBasis.cpp
   int SetUpRadialBasisOperator();

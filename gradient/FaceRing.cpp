@@ -20,11 +20,30 @@ CellBounds BoundsOf(FaceGroup const& group, int first, int last) {
   return bounds;
 }
 
+/// Whether the lengths of runs of faces with the same `cv` do not repeat after any small number of runs, as far as a branch
+/// that ends a run would be mispredicted often.
+bool AreRunsIrregular(FaceGroup const& group, int first, int last) {
+  int length[FaceRing::kRange];
+  int nRun = 0;
+  for (int f = first; f <= last; ++f) {
+    if (f == first || group.cv[f] != group.cv[f - 1]) length[nRun++] = 0;
+    ++length[nRun - 1];
+  }
+  constexpr int kLongestPeriod = 6;
+  for (int period = 1; period <= std::min(kLongestPeriod, nRun / 2); ++period) {
+    int nDifferent = 0;
+    for (int run = period; run < nRun; ++run) nDifferent += length[run] != length[run - period] ? 1 : 0;
+    if (nDifferent * 4 < nRun) return false;
+  }
+  return nRun > 1;
+}
+
 }  // namespace
 
 void FaceRing::Release() {
   nRange_ = 0;
   completeBelow_.reset();
+  isIrregular_.reset();
   marks_.reset();
   memory_.reset();
   records_ = nullptr;
@@ -39,13 +58,16 @@ void FaceRing::Prepare(FaceGroup const& inner, int nCell) {
   int const nRange = (inner.count - 1) / kRange + 1;
   std::size_t const size = static_cast<std::size_t>(nRange);
   completeBelow_.reset(new int[size]);
+  isIrregular_.reset(new bool[size]);
   std::unique_ptr<int[]> const greatest(new int[size]);
   nCell_ = nCell;
   marks_.reset(new std::uint64_t[static_cast<std::size_t>(MarkWords())]);
 
   int below = nCell + 1;
   for (int r = nRange - 1; r >= 0; --r) {
-    CellBounds const bounds = BoundsOf(inner, r * kRange + 1, std::min(r * kRange + kRange, inner.count));
+    int const first = r * kRange + 1, last = std::min(r * kRange + kRange, inner.count);
+    CellBounds const bounds = BoundsOf(inner, first, last);
+    isIrregular_[r] = AreRunsIrregular(inner, first, last);
     below = std::min(below, bounds.least);
     completeBelow_[r] = below;
     greatest[r] = bounds.greatest;

@@ -45,6 +45,9 @@ class FaceRing {
   /// to see whether it still holds.
   int CompleteBelow(int range) const { return completeBelow_[range]; }
 
+  /// Whether the numbers of faces that follow each other with the same `cv` follow no pattern in this range.
+  bool IsIrregular(int range) const { return isIrregular_[range]; }
+
   /// Number of records, a power of two.
   int capacity() const { return capacity_; }
   /// Room for `capacity` records, at the start of a cache line.
@@ -81,6 +84,7 @@ class FaceRing {
   int capacity_ = 0;
   int leastCells_ = 4096;                   ///< measured on hexahedra
   std::unique_ptr<int[]> completeBelow_;    ///< [0..nRange_-1]
+  std::unique_ptr<bool[]> isIrregular_;     ///< [0..nRange_-1]
   std::unique_ptr<std::uint64_t[]> marks_;  ///< [0..MarkWords()-1] a bit a cell, from cell 0
   std::unique_ptr<double[]> memory_;
   double* records_ = nullptr;  ///< in memory_

@@ -25,6 +25,9 @@ ZYN_INLINE_AVX2 Four Of(double a, double b, double c, double d) { return _mm256_
 ZYN_INLINE_AVX2 Four Lesser(Four x, Four y) { return _mm256_min_pd(x, y); }
 ZYN_INLINE_AVX2 Four Greater(Four x, Four y) { return _mm256_max_pd(x, y); }
 
+/// Of each number, x if the sign of `chosen` is negative and y otherwise.
+ZYN_INLINE_AVX2 Four Either(Four chosen, Four x, Four y) { return _mm256_blendv_pd(y, x, chosen); }
+
 /// The i-th numbers of a, b, c, d become the i-th of the four.
 ZYN_INLINE_AVX2 void Transpose(Four& a, Four& b, Four& c, Four& d) {
   Four const ab02 = _mm256_unpacklo_pd(a, b), ab13 = _mm256_unpackhi_pd(a, b);

@@ -10,12 +10,20 @@
 // M depends on the mesh alone and is gathered at Initialize, b at every gradient. Symmetry faces are in M and not in b,
 // which takes dphi as 0 across them. d and dphi change their signs from one cell of a face to the other, the products
 // do not: both cells take the same.
+//
+// On a mesh in good order, one walk does everything: the system of a cell is solved as soon as its last face has passed,
+// and three fields share the walk and the elimination. Otherwise all right-hand sides are gathered first.
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <initializer_list>
+#include <memory>
 
 #include "foundation/Progress.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/ClearingThreads.h"
+#include "gradient/LeastSquaresWalk.h"
 #include "gradient/NormalEquations.h"
 #include "gradient/PairWalk.h"
 #include "host/Zyn3dGV.h"
@@ -23,6 +31,18 @@
 namespace {
 
 double* ZeroedCellArray(int nCell) { return new double[static_cast<std::size_t>(nCell) + 1](); }
+
+/// Sets the cells first..last of the arrays to zero. Block by block, since one array after the other is cleared fastest.
+void ClearCells(std::array<double*, 6> const& arrays, int first, int last) {
+  constexpr int kBlock = 4096;
+  int const nBlocks = (last - first + kBlock) / kBlock;
+  int const nThreads = ClearingThreads(last - first + 1);
+#pragma omp parallel for schedule(static) num_threads(nThreads) if (nThreads > 1)
+  for (int block = 0; block < nBlocks; ++block) {
+    int const begin = first + block * kBlock, end = std::min(begin + kBlock, last + 1);
+    for (double* array : arrays) std::fill(array + begin, array + end, 0.0);
+  }
+}
 
 /// dphi d of a face, with d and dphi from `cv` to `other`.
 struct DifferenceTimesOffset {
@@ -37,6 +57,8 @@ struct DifferenceTimesOffset {
     return normal_equations::Vector<decltype(dphi * dx)>{dphi * dx, dphi * dy, dphi * dz};
   }
 };
+
+using normal_equations::Systems;
 
 void ReportZeroPivot() {
   PrintFlushed("aa[ii][j]=0.\n");
@@ -56,6 +78,11 @@ void COperatorGradientImpl::FreeLeastSquaresArrays() {
     delete[] * array;
     *array = nullptr;
   }
+  m_pPlan.reset();
+}
+
+normal_equations::Matrices COperatorGradientImpl::LeastSquaresMatrices() const {
+  return {m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz, m_pSyz};
 }
 
 void COperatorGradientImpl::GatherLeastSquaresMoments() {
@@ -63,11 +90,7 @@ void COperatorGradientImpl::GatherLeastSquaresMoments() {
   int const nCell = mesh.NCell;
   double *const sxx = m_pSxx, *const syy = m_pSyy, *const szz = m_pSzz;
   double *const sxy = m_pSxy, *const sxz = m_pSxz, *const syz = m_pSyz;
-#pragma omp parallel for schedule(static)
-  for (int c = 1; c <= nCell; ++c) {
-    sxx[c] = 0.0, syy[c] = 0.0, szz[c] = 0.0;
-    sxy[c] = 0.0, sxz[c] = 0.0, syz[c] = 0.0;
-  }
+  ClearCells({sxx, syy, szz, sxy, sxz, syz}, 1, nCell);
 
   // M_cv += d d^T, and M_other += d d^T between cells
   FaceGroups const faces(mesh, PartitionFaceCells(*m_pPartFace));
@@ -87,22 +110,23 @@ void COperatorGradientImpl::GatherLeastSquaresMoments() {
   }
 }
 
-void COperatorGradientImpl::ClearLeastSquaresSums(double* gx, double* gy, double* gz) {
-  int const nCell = m_pMesh->NCell;
-  double *const bx = m_pBx, *const by = m_pBy, *const bz = m_pBz;
-#pragma omp parallel for schedule(static)
-  for (int c = 1; c <= nCell; ++c) {
-    gx[c] = 0.0, gy[c] = 0.0, gz[c] = 0.0;
-    bx[c] = 0.0, by[c] = 0.0, bz[c] = 0.0;
-  }
+// Where the faces go belongs to the set-up: points may move, but each face keeps its cells.
+void COperatorGradientImpl::PlanLeastSquaresWalk() {
+  m_pPlan =
+      std::make_unique<LeastSquaresPlan>(*m_pMesh, FaceGroups(*m_pMesh, PartitionFaceCells(*m_pPartFace)));
 }
 
-void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* gy, double* gz) {
+void COperatorGradientImpl::ClearLeastSquaresSums(int first, double* gx, double* gy, double* gz) {
+  ClearCells({gx, gy, gz, m_pBx, m_pBy, m_pBz}, first, m_pMesh->NCell);
+}
+
+/// @return whether all systems have been solved
+bool COperatorGradientImpl::GatherThenSolve(FaceGroups const& faces, double const* phi, double* gx,
+                                            double* gy, double* gz) {
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
-  ClearLeastSquaresSums(gx, gy, gz);
+  ClearLeastSquaresSums(1, gx, gy, gz);
 
   // b_cv += dphi d, and b_other += dphi d between interior cells: nobody solves the systems of halo and ghost cells
-  FaceGroups const faces(mesh, PartitionFaceCells(*m_pPartFace));
   DifferenceTimesOffset const product{phi, mesh.xc, mesh.yc, mesh.zc};
   face_walk::VectorSums const b{m_pBx, m_pBy, m_pBz};
   for (FaceGroup const& group : faces.InLeastSquaresOrder()) {
@@ -113,12 +137,55 @@ void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* 
   }
 
   // g_c = M_c^-1 b_c
-  normal_equations::OfCells const systems{m_pSxx, m_pSyy, m_pSzz, m_pSxy, m_pSxz,
-                                          m_pSyz, m_pBx,  m_pBy,  m_pBz};
-  if (!SolveAll(systems, mesh.NInnerCells, gx, gy, gz)) {
+  Systems<1> const systems{LeastSquaresMatrices(), {{{{m_pBx, m_pBy, m_pBz}, {gx, gy, gz}}}}};
+  return SolveCells(systems, 1, mesh.NInnerCells) > mesh.NInnerCells;
+}
+
+void COperatorGradientImpl::LeastSquares(double const* phi, double* gx, double* gy, double* gz) {
+  FaceGroups const faces(*m_pMesh, PartitionFaceCells(*m_pPartFace));
+  bool solved;
+  if (m_pPlan->Serves(*m_pMesh, faces)) {
+    int const nCells = m_pPlan->schedule().nCells;
+    Systems<1> const systems{LeastSquaresMatrices(), {{{{m_pBx, m_pBy, m_pBz}, {gx, gy, gz}}}}};
+    int const unsolved =
+        LeastSquaresWalk<1>(*m_pPlan, *m_pMesh, faces.BetweenCells()[0], {phi}, systems).SolveAll();
+    solved = unsolved > m_pMesh->NInnerCells;
+    for (double* g : {gx, gy, gz}) std::fill(g + unsolved, g + nCells + 1, 0.0);
+    ClearLeastSquaresSums(nCells + 1, gx, gy, gz);
+  } else {
+    solved = GatherThenSolve(faces, phi, gx, gy, gz);
+  }
+  if (!solved) {
     // The one place where a partition leaves before the exchange: partitions without such a cell go on and wait in it.
     ReportZeroPivot();
     return;
   }
   ExchangeResult(gx, gy, gz);
+}
+
+// The outputs hold the right-hand sides until their cell is solved.
+void COperatorGradientImpl::ThreeComponentLeastSquares(double const* const phi[3], double* const g9[9]) {
+  FaceGroups const faces(*m_pMesh, PartitionFaceCells(*m_pPartFace));
+  bool solved = true;
+  if (m_pPlan->Serves(*m_pMesh, faces)) {
+    Systems<3> systems{LeastSquaresMatrices(), {}};
+    std::array<double*, 9> g;
+    std::copy(g9, g9 + 9, g.begin());
+    for (std::size_t k = 0; k < 3; ++k) {
+      normal_equations::Vectors const ofField{g[3 * k], g[3 * k + 1], g[3 * k + 2]};
+      systems.fields[k] = {ofField, ofField};
+    }
+    LeastSquaresWalk<3> walk(*m_pPlan, *m_pMesh, faces.BetweenCells()[0], {phi[0], phi[1], phi[2]}, systems);
+    int const unsolved = walk.SolveAll();
+    solved = unsolved > m_pMesh->NInnerCells;
+    for (double* component : g) std::fill(component + unsolved, component + m_pMesh->NCell + 1, 0.0);
+  } else {
+    for (int k = 0; k < 3; ++k)
+      solved = GatherThenSolve(faces, phi[k], g9[3 * k], g9[3 * k + 1], g9[3 * k + 2]) && solved;
+  }
+  if (!solved) {
+    ReportZeroPivot();
+    return;
+  }
+  ExchangeResult(g9);
 }

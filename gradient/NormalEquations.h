@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "gradient/TwoFaces.h"
 
 /// @file
@@ -66,15 +68,29 @@ Vector<Value> Solve(Matrix<Value> const& m, Vector<Value> const& b) {
   return g;
 }
 
-/// Matrices and right-hand sides of the cells, [1..nCell] each.
-struct OfCells {
+/// The matrices of the cells, [1..nCell] each.
+struct Matrices {
   double const *xx, *yy, *zz, *xy, *xz, *yz;
-  double const *bx, *by, *bz;
+};
+/// A vector in each cell, [1..nCell] along x, y and z.
+struct Vectors {
+  double *x, *y, *z;
+};
+/// Right-hand sides and answers of a field. They may be the same arrays.
+struct Solution {
+  Vectors b, g;
+};
+/// The systems of the cells: fields share the matrices.
+template <int kFields>
+struct Systems {
+  Matrices matrices;
+  std::array<Solution, kFields> fields;
 };
 
-/// Solves those of the cells 1..nCell by ascending number, into [1..nCell].
-/// A last pivot of zero is no failure: the gradient of the cell is not finite then, and no trap stops the program.
-/// @return false at a cell whose first or second pivot is zero; that cell and the later ones are left as they are
-bool SolveAll(OfCells const& cells, int nCell, double* gx, double* gy, double* gz);
+/// Solves those of the cells first..last by ascending number, four or two cells side by side.
+/// A last pivot of zero is no failure: the gradients of the cell are not finite then, and no trap stops the program.
+/// @return last + 1, or a cell whose first or second pivot is zero; that cell and the later ones are left as they are
+template <int kFields>
+int SolveCells(Systems<kFields> const& systems, int first, int last);
 
 }  // namespace normal_equations

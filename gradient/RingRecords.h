@@ -18,6 +18,7 @@
 namespace ring_walk {
 
 using four_doubles::At;
+using four_doubles::Either;
 using four_doubles::Of;
 using four_doubles::Same;
 using four_doubles::StoreAt;
@@ -78,6 +79,9 @@ ZYN_INLINE_AVX2 Four LastOf(Table<Fours> const& table, std::size_t const (&slot)
 }
 
 /// The sum of the cell on the CV side, kept in a register while faces of the same cell follow each other.
+/// @tparam Irregular  whether a processor cannot foresee where the faces of a cell end. Then there is no branch: the sum is
+///                    stored after each face, and a register loaded that is not used if the cell is still the same
+template <bool Irregular>
 class KeptSum {
  public:
   ZYN_INLINE_AVX2 KeptSum(Table<1> const& sums, std::size_t slot)
@@ -85,11 +89,7 @@ class KeptSum {
 
   /// Adds a flux on the CV side and subtracts it on the other.
   ZYN_INLINE_AVX2 void Add(std::size_t cv, std::size_t other, Four flux) {
-    if (cv != slot_) {
-      Store();
-      slot_ = cv;
-      sum_ = At(sums_.At(cv));
-    }
+    MoveTo(cv);
     sum_ = sum_ + flux;
     double* const beyond = sums_.At(other);
     StoreAt(beyond, At(beyond) - flux);
@@ -107,6 +107,23 @@ class KeptSum {
   ZYN_INLINE_AVX2 void Store() const { StoreAt(sums_.At(slot_), sum_); }
 
  private:
+  ZYN_INLINE_AVX2 void MoveTo(std::size_t cv) {
+    if constexpr (Irregular) {
+      // Nothing is loaded from where the sum has just been stored: that would have to wait for the store.
+      alignas(kFour) static constexpr double kNothing[4] = {}, kSigns[2][4] = {{}, {-0.0, -0.0, -0.0, -0.0}};
+      std::size_t const isSame = cv == slot_ ? 1 : 0;
+      double const* from = isSame != 0 ? kNothing : sums_.At(cv);
+      asm("" : "+r"(from));  // a conditional move: compilers would go back to the branch
+      Store();
+      sum_ = Either(At(kSigns[isSame]), sum_, At(from));
+    } else {
+      if (cv == slot_) return;
+      Store();
+      sum_ = At(sums_.At(cv));
+    }
+    slot_ = cv;
+  }
+
   Table<1> const sums_;
   std::size_t slot_;
   Four sum_;
@@ -179,12 +196,12 @@ class LinearRecords<double const*> : public OneFieldSums {
     StoreAt(sums().At(slot), Of(0.0, 0.0, 0.0, phi_[c]));
   }
 
-  template <class FaceValue>
+  template <bool Irregular, class FaceValue>
   [[gnu::noinline]] ZYN_TARGET_AVX2 void AddRange(FaceGroup const& faces, int first, int last,
                                                   FaceValue const& faceValue) const {
     FaceGroup const group = faces;  // stores to the records cannot change copies
     LinearRecords const r = *this;
-    KeptSum sum(r.sums(), r.slots().Of(group.cv[first]));
+    KeptSum<Irregular> sum(r.sums(), r.slots().Of(group.cv[first]));
     int f = first;
     for (; f + 3 <= last; f += 4) {
       if ((f - first) % 8 == 0) PrefetchFaces(group, {group.sx, group.sy, group.sz, group.weight}, f);
@@ -224,12 +241,12 @@ class CorrectedRecords : public OneFieldSums {
         __builtin_prefetch(array + c + kCellsAhead);
   }
 
-  template <class FaceValue>
+  template <bool Irregular, class FaceValue>
   [[gnu::noinline]] ZYN_TARGET_AVX2 void AddRange(FaceGroup const& faces, int first, int last,
                                                   FaceValue const& faceValue) const {
     FaceGroup const group = faces;  // stores to the records cannot change copies
     CorrectedRecords const r = *this;
-    KeptSum sum(r.sums(), r.slots().Of(group.cv[first]));
+    KeptSum<Irregular> sum(r.sums(), r.slots().Of(group.cv[first]));
     int f = first;
     for (; f + 3 <= last; f += 4) {
       if ((f - first) % 8 == 0)
@@ -277,7 +294,7 @@ class LinearRecords<face_walk::ThreeFields> {
     StoreAt(records_.At(slot, kFields), Of(phi_.u[c], phi_.v[c], phi_.w[c], 0.0));
   }
 
-  template <class FaceValue>
+  template <bool Irregular, class FaceValue>
   [[gnu::noinline]] ZYN_TARGET_AVX2 void AddRange(FaceGroup const& faces, int first, int last,
                                                   FaceValue const&) const {
     FaceGroup const group = faces;  // stores to the records cannot change copies

@@ -54,7 +54,7 @@ constexpr int kFacesAhead = 128;
 constexpr int kCellsAhead = 64;
 
 /// Walks over the inner faces.
-/// @tparam Records  keeps the records of the cells: `Enter(cell, slot)` begins one, `AddRange(group, first, last)` adds
+/// @tparam Records  keeps the records of the cells: `Enter(cell, slot)` begins one, `AddRange<Irregular>(group, first, last, value)` adds
 ///                  faces that all take the flux on two different sides, `Add(group, f, value)` adds any face,
 ///                  `LeaveFour(cell, slot)` and `Leave(cell, slot)` store what is complete
 template <class Records, class FaceValue>
@@ -77,10 +77,12 @@ class RingWalk {
         return false;
       LeaveUntil(complete);
       EnterUntil(bounds.greatest);
-      if (bounds.allTwoSided) {
-        records_.AddRange(inner_, first, last, faceValue_);
-      } else {
+      if (!bounds.allTwoSided) {
         for (int f = first; f <= last; ++f) records_.Add(inner_, f, faceValue_);
+      } else if (ring_.IsIrregular(range)) {
+        records_.template AddRange<true>(inner_, first, last, faceValue_);
+      } else {
+        records_.template AddRange<false>(inner_, first, last, faceValue_);
       }
     }
     LeaveUntil(nCell_);

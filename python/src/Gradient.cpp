@@ -127,15 +127,17 @@ py::object Gradient::Three(py::object const& phi, py::object out) {
   double const* const fields = LentElements(phi, "phi", {3, n_});
   double* const gradient = OutputElements(out, {3, 3, n_}, fields, 3 * n_, m_);
   RunUnlocked(lock(), [&] {
-    if (form_ != Form::kPlain) {
+    if (form_ != Form::kPlain && form_ != Form::kLeastSquares) {
       int const nSweeps = Sweeps(py::none());
       for (int i = 0; i < 3; ++i) Apply(fields + i * n_, gradient + 3 * i * n_, nSweeps);
       return;
     }
     double* const f = const_cast<double*>(fields) - 1;
     double* const g = gradient - 1;
-    op_.GradMethod_3(f, f + n_, f + 2 * n_, g, g + n_, g + 2 * n_, g + 3 * n_, g + 4 * n_, g + 5 * n_,
-                     g + 6 * n_, g + 7 * n_, g + 8 * n_);
+    auto const three = form_ == Form::kPlain ? &COperatorGradient::GradMethod_3
+                                             : &COperatorGradient::GradMethod_LeastSquares_3;
+    (op_.*three)(f, f + n_, f + 2 * n_, g, g + n_, g + 2 * n_, g + 3 * n_, g + 4 * n_, g + 5 * n_, g + 6 * n_,
+                 g + 7 * n_, g + 8 * n_);
     if (nEmptyFaces_ > 0) ClearEmptyFaces(gradient, 9);
   });
   return out;
@@ -197,7 +199,7 @@ sweeps : number of sweeps of 'iterated', 3 if not given.
 Returns out.
 )")
       .def("three", &Gradient::Three, arg("phi"), arg("out") = py::none(), R"(
-Gradients of three fields, such as the components of a velocity: 'plain' in one walk over the faces.
+Gradients of three fields, such as the components of a velocity: 'plain' and 'least_squares' in one walk over the faces.
 
 phi : (3, N) fields, U. out : (3, 3, N) with out[i, j] the derivative of phi[i] along direction j, U/L; overwritten.
 Returns out.

@@ -129,9 +129,11 @@ std::function<void()> LibraryCall(VolField<Type> const& field, string const& sch
   state->op.Initialize();
   return [state, method] {
     zyn::StaggeredArrays& a = state->arrays;
-    if (n == 3 && method.kind == Kind::kPlain) {
-      state->op.GradMethod_3(a[0] - 1, a[1] - 1, a[2] - 1, a[3] - 1, a[4] - 1, a[5] - 1, a[6] - 1, a[7] - 1,
-                             a[8] - 1, a[9] - 1, a[10] - 1, a[11] - 1);
+    if (n == 3 && (method.kind == Kind::kPlain || method.kind == Kind::kLeastSquares)) {
+      auto const three = method.kind == Kind::kPlain ? &COperatorGradient::GradMethod_3
+                                                     : &COperatorGradient::GradMethod_LeastSquares_3;
+      (state->op.*three)(a[0] - 1, a[1] - 1, a[2] - 1, a[3] - 1, a[4] - 1, a[5] - 1, a[6] - 1, a[7] - 1,
+                         a[8] - 1, a[9] - 1, a[10] - 1, a[11] - 1);
       return;
     }
     for (int k = 0; k < n; ++k)

@@ -146,9 +146,11 @@ void FvGradients::Calculate(GradientMethod const& method,
 /// The operators count cells from 1.
 void FvGradients::Apply(COperatorGradient& op, GradientMethod const& method, int nComponents,
                         double* const* phi, double* const* g) {
-  if (method.kind == Kind::kPlain && nComponents == 3) {
-    op.GradMethod_3(phi[0] - 1, phi[1] - 1, phi[2] - 1, g[0] - 1, g[1] - 1, g[2] - 1, g[3] - 1, g[4] - 1,
-                    g[5] - 1, g[6] - 1, g[7] - 1, g[8] - 1);
+  if (nComponents == 3 && (method.kind == Kind::kPlain || method.kind == Kind::kLeastSquares)) {
+    auto const three = method.kind == Kind::kPlain ? &COperatorGradient::GradMethod_3
+                                                   : &COperatorGradient::GradMethod_LeastSquares_3;
+    (op.*three)(phi[0] - 1, phi[1] - 1, phi[2] - 1, g[0] - 1, g[1] - 1, g[2] - 1, g[3] - 1, g[4] - 1,
+                g[5] - 1, g[6] - 1, g[7] - 1, g[8] - 1);
     return;
   }
   for (int k = 0; k < nComponents; ++k)

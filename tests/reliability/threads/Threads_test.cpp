@@ -22,12 +22,14 @@ using reference_host::HostPartition;
 using Field = std::vector<double>;
 
 constexpr int kThreads = 4;
+/// Cells along the side of a box whose parts are large enough for a team of threads.
+constexpr int kAcrossForTeams = 30;
 
 /// A perturbed box of hexahedra in parts.
 class Parts {
  public:
-  explicit Parts(int nParts) : group_(nParts) {
-    auto const mesh = test_meshes::Perturbed(test_meshes::HexBox(12, 10, 8), 0.02);
+  explicit Parts(int nParts, int across = 10) : group_(nParts) {
+    auto const mesh = test_meshes::Perturbed(test_meshes::HexBox(across + 2, across, across - 2), 0.02);
     for (auto const& part :
          reference_host::SplitMesh(mesh, test_meshes::RunParts(mesh.nCells, nParts), nParts))
       parts_.push_back(std::make_unique<HostPartition>(part));
@@ -77,7 +79,7 @@ Field Gradient(HostPartition& own, CCommunication& exchange, CZYNCom& reduction,
 
 /// The least-squares gradient of all parts, the loops of each on `nThreads` threads.
 std::vector<Field> LeastSquares(int nParts, int nThreads) {
-  Parts parts(nParts);
+  Parts parts(nParts, kAcrossForTeams);
   std::vector<Field> results(static_cast<std::size_t>(nParts));
   std::vector<int> nRunning(static_cast<std::size_t>(nParts), 0);
   parts.ForEach([&](HostPartition& own, CCommunication& exchange, CZYNCom& reduction) {

@@ -674,6 +674,10 @@ TEST(GradientFacade, NoGradientCallAllocates) {
       op.gradient.GradMethod_Weighted(phi.Data(), x(0), y(0), z(0), k.Data(), 1);
       op.gradient.GradMethod_3(phi.Data(), k.Data(), phi.Data(), x(0), y(0), z(0), x(1), y(1), z(1), x(2),
                                y(2), z(2));
+      if (type == 1) {
+        op.gradient.GradMethod_LeastSquares_3(phi.Data(), k.Data(), phi.Data(), x(0), y(0), z(0), x(1), y(1),
+                                              z(1), x(2), y(2), z(2));
+      }
       EXPECT_EQ(before, Allocations()) << "type " << type;
     }
   }
