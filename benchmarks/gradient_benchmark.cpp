@@ -1,12 +1,13 @@
-// Times of the gradients on box meshes, each beside the least time that its memory traffic can take.
+// Times of the gradients on box meshes, each beside the least time that its memory traffic can take, and beside the time
+// without instructions beyond those that the library is compiled for.
 //
-//   gradient_benchmark [CELLS] [--benchmark_...]       alone, or under mpirun with one rank a core
+//   gradient_benchmark [CELLS [ROUNDS]]             alone, or under mpirun with one rank a core
+//   gradient_benchmark threads [CELLS [ROUNDS]]     nanoseconds per cell of least squares on all ranks, nothing else
 //
-// Each line is the median of 11 warm calls: nanoseconds per cell, the bound, and their ratio. Under mpirun
-// every rank measures its own part, the slowest counts, and the rates of the bound are measured on all cores
-// at once.
+// In each round, every call is made with and without these instructions, so that a slow spell of the machine falls on both;
+// values are medians. Under mpirun every rank measures its own part, the slowest counts, and the rates of the bound are
+// measured on all cores at once. Prints lines for run.sh: see Report.h.
 
-#include <benchmark/benchmark.h>
 #include <mpi.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -21,7 +23,10 @@
 #include <vector>
 
 #include "benchmarks/MemoryRates.h"
+#include "benchmarks/ProcessMeasures.h"
+#include "benchmarks/Report.h"
 #include "foundation/FaceGroups.h"
+#include "foundation/Processor.h"
 #include "gradient/COperatorGradient.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
@@ -39,18 +44,11 @@ int nRanks = 1;
 /// A mesh on all ranks with a field on it, ready for gradients.
 struct Case {
   reference_host::LoadedMesh loaded;
-  COperatorGradient op;
+  COperatorGradient op, plain;  // the second never uses special instructions
   std::vector<double> phi[3], coefficient;
   std::vector<std::vector<double>> g;
   double cells = 0, faces = 0;  // of this rank: interior cells, inner faces
 };
-
-std::string BoxText(double cellsWanted, std::string const& shape) {
-  double const perBox = shape == "tet" ? 6 : 1;
-  int const n = std::max(2, static_cast<int>(std::lround(std::cbrt(cellsWanted / perBox))));
-  std::string const side = std::to_string(n);
-  return "box:" + side + "," + side + "," + side + ":" + shape;
-}
 
 // Gives the interior cells random numbers and sorts the faces by them, so that neighbours are far apart in memory. Mesh
 // generators that do not renumber their cells leave meshes like this.
@@ -106,9 +104,17 @@ std::unique_ptr<Case> MakeCase(std::string const& box, bool scattered) {
   }
   c->coefficient.assign(size, 2.0);
   c->g.assign(9, std::vector<double>(static_cast<std::size_t>(mesh.NCell) + 1));
-  c->op.getZyn3dGV(c->loaded.partition->globals(), nullptr, nullptr, &mesh);
-  c->op.getPartitionFace(c->loaded.partition->partitionFaces());
-  c->op.getCommunication(c->loaded.exchange.get(), c->loaded.reduction.get());
+  for (COperatorGradient* op : {&c->op, &c->plain}) {
+    op->getZyn3dGV(c->loaded.partition->globals(), nullptr, nullptr, &mesh);
+    op->getPartitionFace(c->loaded.partition->partitionFaces());
+    op->getCommunication(c->loaded.exchange.get(), c->loaded.reduction.get());
+  }
+  int type = 1;  // so that least squares are set up, too
+  c->op.getGradType(type);
+  c->op.Initialize();
+  processor::TakenForPlain const taken;
+  c->plain.getGradType(type);
+  c->plain.Initialize();
   return c;
 }
 
@@ -150,93 +156,138 @@ double MaxOverRanks(double x) {
   return x;
 }
 
-template <class Call>
-void Register(std::string const& name, std::shared_ptr<Case> const& c, Traffic const& traffic, Call call) {
-  auto const body = [c, traffic, call](benchmark::State& state) {
-    call(*c);  // warm: pages touched, tables in whatever cache they fit
-    for (auto _ : state) {
-      MPI_Barrier(MPI_COMM_WORLD);
-      auto const start = std::chrono::steady_clock::now();
-      call(*c);
-      std::chrono::duration<double> const elapsed = std::chrono::steady_clock::now() - start;
-      state.SetIterationTime(MaxOverRanks(elapsed.count()));
-      double const seconds = MaxOverRanks(elapsed.count());
-      double const bound = MaxOverRanks(BoundSeconds(traffic, rates));
-      state.counters["ns/cell"] = seconds / c->cells * 1e9;
-      state.counters["bound_ns/cell"] = bound / c->cells * 1e9;
-      state.counters["bytes/cell"] = traffic.total() / c->cells;
-      state.counters["ratio"] = seconds / bound;
-    }
-  };
-  benchmark::RegisterBenchmark(name.c_str(), body)
-      ->UseManualTime()
-      ->Iterations(1)
-      ->Repetitions(11)
-      ->Unit(benchmark::kMillisecond);
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
 }
 
-void RegisterGradients(std::string const& mesh, std::shared_ptr<Case> const& c) {
-  auto const out = [](Case& x, int i) { return x.g[static_cast<std::size_t>(i)].data(); };
-  auto const gradient = [out](int type, int n) {
-    return [out, type, n](Case& x) {
-      int wanted = type;
-      x.op.getGradType(wanted);
-      x.op.GradMethod(x.phi[0].data(), out(x, 0), out(x, 1), out(x, 2), n);
-    };
-  };
-  Register(mesh + "/plain", c, PlainTraffic(*c), gradient(0, 1));
-  Register(mesh + "/iterated_2_sweeps", c, IteratedTraffic(*c, 2), gradient(0, 2));
-  Register(mesh + "/iterated_3_sweeps", c, IteratedTraffic(*c, 3), gradient(0, 3));
-  Register(mesh + "/weighted", c, WeightedTraffic(*c), [out](Case& x) {
-    x.op.GradMethod_Weighted(x.phi[0].data(), out(x, 0), out(x, 1), out(x, 2), x.coefficient.data(), 1);
-  });
-  Register(mesh + "/three_component", c, ThreeTraffic(*c), [out](Case& x) {
-    x.op.GradMethod_3(x.phi[0].data(), x.phi[1].data(), x.phi[2].data(), out(x, 0), out(x, 1), out(x, 2),
-                      out(x, 3), out(x, 4), out(x, 5), out(x, 6), out(x, 7), out(x, 8));
-  });
-  Register(mesh + "/least_squares", c, LeastSquaresTraffic(*c), gradient(1, 1));
-}
+using Call = std::function<void(Case&, COperatorGradient&)>;
 
-/// The reporter of all ranks but the first, which measure but do not print.
-class SilentReporter : public benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(Context const&) override { return true; }
-  void ReportRuns(std::vector<Run> const&) override {}
+struct Method {
+  std::string name;
+  Traffic traffic;
+  Call call;
 };
 
-void Run(double cells) {
-  int rank = 0;
-  MPI_Comm_rank(MPI_COMM_WORLD, &rank);
-  MPI_Comm_size(MPI_COMM_WORLD, &nRanks);
+Call Gradient(int type, int nSweep) {
+  return [type, nSweep](Case& x, COperatorGradient& op) {
+    int wanted = type;
+    op.getGradType(wanted);
+    op.GradMethod(x.phi[0].data(), x.g[0].data(), x.g[1].data(), x.g[2].data(), nSweep);
+  };
+}
+
+std::vector<Method> Methods(Case const& c) {
+  return {
+      {"plain", PlainTraffic(c), Gradient(0, 1)},
+      {"three components", ThreeTraffic(c),
+       [](Case& x, COperatorGradient& op) {
+         auto& g = x.g;
+         op.GradMethod_3(x.phi[0].data(), x.phi[1].data(), x.phi[2].data(), g[0].data(), g[1].data(),
+                         g[2].data(), g[3].data(), g[4].data(), g[5].data(), g[6].data(), g[7].data(),
+                         g[8].data());
+       }},
+      {"weighted", WeightedTraffic(c),
+       [](Case& x, COperatorGradient& op) {
+         op.GradMethod_Weighted(x.phi[0].data(), x.g[0].data(), x.g[1].data(), x.g[2].data(),
+                                x.coefficient.data(), 1);
+       }},
+      {"iterated, 2 sweeps", IteratedTraffic(c, 2), Gradient(0, 2)},
+      {"iterated, 3 sweeps", IteratedTraffic(c, 3), Gradient(0, 3)},
+      {"least squares", LeastSquaresTraffic(c), Gradient(1, 1)},
+  };
+}
+
+/// Seconds of one call. On one rank the processor's time, which other programs disturb least; on several the wall's, and of
+/// the slowest rank, since ranks wait for each other.
+double SecondsOf(Case& c, COperatorGradient& op, Call const& call, int nCall) {
+  MPI_Barrier(MPI_COMM_WORLD);
+  double const start = nRanks == 1 ? benchmarks::ProcessorSeconds() : MPI_Wtime();
+  for (int i = 0; i < nCall; ++i) call(c, op);
+  double const end = nRanks == 1 ? benchmarks::ProcessorSeconds() : MPI_Wtime();
+  return MaxOverRanks(end - start) / nCall;
+}
+
+struct Times {
+  double seconds, overPlain;  // medians
+};
+
+Times Measure(Case& c, Call const& call, int nRounds, int nCall) {
+  std::vector<double> fast, ratio;
+  for (int round = -1; round < nRounds;
+       ++round) {  // the first is not counted: pages are touched and caches filled
+    double const a = SecondsOf(c, c.op, call, nCall);
+    processor::TakenForPlain const taken;
+    double const b = SecondsOf(c, c.plain, call, nCall);
+    if (round >= 0) fast.push_back(a), ratio.push_back(a / b);
+  }
+  return {Median(fast), Median(ratio)};
+}
+
+// Many calls at a time on a mesh in cache, for which memory sets no bound.
+void RunMesh(std::string const& name, Case& c, bool isInCache, int nRounds, bool isFirstRank) {
+  std::string const table = nRanks == 1 ? "walks" : "walks-ranks";
+  for (Method const& method : Methods(c)) {
+    Times const times = Measure(c, method.call, nRounds, isInCache ? 200 : 1);
+    double const perCell = 1e9 / MaxOverRanks(c.cells);
+    double const bound = MaxOverRanks(BoundSeconds(method.traffic, rates));
+    if (!isFirstRank) continue;
+    std::string const ranks = nRanks == 1 ? "" : ", " + std::to_string(nRanks);
+    std::string const row = name + ranks + " | " + method.name;
+    benchmarks::Report(table, row, "ns per cell", times.seconds * perCell, 1);
+    if (!isInCache) {
+      benchmarks::Report(table, row, "bound", bound * perCell, 1);
+      benchmarks::Report(table, row, "over the bound", times.seconds / bound, 2);
+    }
+    benchmarks::Report(table, row, "over the plain path", times.overPlain, 2, isInCache ? 1.02 : 0);
+  }
+}
+
+void Run(double cells, int nRounds, bool isFirstRank) {
   rates = benchmarks::MeasureMemoryRates([] { MPI_Barrier(MPI_COMM_WORLD); });
-  if (rank == 0)
-    std::printf("ranks %d; per core: read %.2f GB/s, in-place update %.2f GB/s, triad %.2f GB/s\n", nRanks,
-                rates.read * 1e-9, rates.update * 1e-9, rates.triad * 1e-9);
+  if (isFirstRank)
+    std::printf("fact\tread and in-place update, %d rank(s)\t%.1f and %.1f GB/s per core\n", nRanks,
+                rates.read * 1e-9, rates.update * 1e-9);
   for (std::string const shape : {"hex", "tet"}) {
     for (bool const scattered : {false, true}) {
       if (scattered && (shape == "hex" || nRanks > 1)) continue;
-      auto const c = std::shared_ptr<Case>(MakeCase(BoxText(cells, shape), scattered));
-      int type = 1;
-      c->op.getGradType(type);
-      c->op.Initialize();
-      RegisterGradients(shape + (scattered ? "_scattered" : ""), c);
+      std::unique_ptr<Case> const c = MakeCase(benchmarks::BoxText(cells, shape), scattered);
+      RunMesh(benchmarks::NameOf(shape) + (scattered ? ", scattered" : ""), *c, false, nRounds, isFirstRank);
     }
   }
-  // All cases in one run: the benchmark library does not survive a second one in the same process.
-  SilentReporter silent;
-  if (rank == 0) {
-    benchmark::RunSpecifiedBenchmarks();
-  } else {
-    benchmark::RunSpecifiedBenchmarks(&silent);
+  if (nRanks > 1) return;
+  std::unique_ptr<Case> const small = MakeCase("box:14,14,14", false);
+  RunMesh("14^3 hexahedra", *small, true, nRounds, isFirstRank);
+}
+
+// Wall time, since threads that wait use the processor, too. Nothing pins the number of threads here.
+void RunThreads(double cells, int nRounds, bool isFirstRank) {
+  std::unique_ptr<Case> const c = MakeCase(benchmarks::BoxText(cells, "hex"), false);
+  std::vector<double> seconds;
+  Call const call = Gradient(1, 1);
+  for (int round = -1; round < nRounds; ++round) {
+    MPI_Barrier(MPI_COMM_WORLD);
+    double const start = MPI_Wtime();
+    call(*c, c->op);
+    double const elapsed = MaxOverRanks(MPI_Wtime() - start);
+    if (round >= 0) seconds.push_back(elapsed);
   }
+  double const perCell = 1e9 / MaxOverRanks(c->cells);
+  if (isFirstRank) std::printf("%.3f\n", Median(seconds) * perCell);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   MPI_Init(&argc, &argv);
-  benchmark::Initialize(&argc, argv);
-  Run(argc > 1 ? std::atof(argv[1]) : 1e6);
+  int rank = 0;
+  MPI_Comm_rank(MPI_COMM_WORLD, &rank);
+  MPI_Comm_size(MPI_COMM_WORLD, &nRanks);
+  bool const isForThreads = argc > 1 && std::string(argv[1]) == "threads";
+  char** const sizes = argv + (isForThreads ? 2 : 1);
+  double const cells = sizes < argv + argc ? std::atof(sizes[0]) : 1e6;
+  int const nRounds = sizes + 1 < argv + argc ? std::atoi(sizes[1]) : 11;
+  (isForThreads ? RunThreads : Run)(cells, nRounds, rank == 0);
   MPI_Finalize();
   return 0;
 }

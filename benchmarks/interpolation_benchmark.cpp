@@ -1,10 +1,14 @@
 // Times and memory of the interpolation to faces and to free points on box meshes, on one core.
 //
-//   interpolation_benchmark [CELLS [POINTS]]
+//   interpolation_benchmark [CELLS [POINTS [METHODS [SHAPES [SETUPS]]]]]
 //
-// Set-up stands beside the bare LAPACKE_dgesv calls on the same systems. The program has a LAPACKE_dgesv of its own
-// in front of LAPACK's, which the library calls through: in one run of the set-up it copies every system and solves
-// the copies again, some at a time, in a loop that is timed; in the others it only passes the call on.
+// METHODS is a string of digits, by default 1234; SHAPES is hex, tet or both, hex,tet, by default. Method 1 takes most of
+// the time. The fastest of SETUPS set-ups counts. Prints lines for run.sh: see Report.h.
+//
+// Set-up stands beside bare LAPACKE_dgesv calls on the same systems, row-major as a program would write them. The program
+// has a LAPACKE_dgesv of its own in front of LAPACK's, which the library calls through: in one run of the set-up it
+// copies every system and solves the copies again, some at a time, in a loop that is timed; in the others it only passes
+// the call on.
 // Application is the median of 11 warm calls beside the time that its memory traffic takes at the least.
 
 #include <dlfcn.h>
@@ -21,25 +25,26 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/InterpolationCase.h"
 #include "benchmarks/MemoryRates.h"
 #include "benchmarks/ProcessMeasures.h"
-#include "host/ZYNKNCompParm.h"
-#include "host/Zyn3dGV.h"
+#include "benchmarks/Report.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
-#include "reference_host/parallel/LoadMesh.h"
 
 namespace {
 
 using benchmarks::ForgetPeak;
+using benchmarks::InterpolationCase;
 using benchmarks::MemoryRates;
 using benchmarks::QuietOutput;
+using benchmarks::Report;
 using benchmarks::Seconds;
 using benchmarks::StatusBytes;
 using benchmarks::Traffic;
 
 constexpr int kRepetitions = 11;
-constexpr int kSetUps = 3;          // the fastest counts
+int nSetUps = 3;
 constexpr std::size_t kChunk = 32;  // systems that stay in the nearest cache
 
 /// The systems that pass by, solved again in a timed loop.
@@ -62,7 +67,7 @@ class LapackClock {
 
   lapack_int Solve(int layout, lapack_int n, lapack_int nrhs, double* a, lapack_int lda, lapack_int* pivots,
                    double* b, lapack_int ldb) {
-    if (isCopying_) Copy(n, nrhs, a, b);
+    if (isCopying_) Copy(layout, n, nrhs, a, b);
     return solver_(layout, n, nrhs, a, lda, pivots, b, ldb);
   }
 
@@ -73,10 +78,14 @@ class LapackClock {
 
   LapackClock() : solver_(reinterpret_cast<Solver>(dlsym(RTLD_NEXT, "LAPACKE_dgesv"))) {}
 
-  void Copy(lapack_int n, lapack_int nrhs, double const* a, double const* b) {
+  // Row-major. All matrices are symmetric, so only right-hand sides depend on the layout.
+  void Copy(int layout, lapack_int n, lapack_int nrhs, double const* a, double const* b) {
     systems_.push_back({n, nrhs});
     values_.insert(values_.end(), a, a + static_cast<std::ptrdiff_t>(n) * n);
-    values_.insert(values_.end(), b, b + static_cast<std::ptrdiff_t>(n) * nrhs);
+    std::ptrdiff_t const nextRow = layout == LAPACK_ROW_MAJOR ? nrhs : 1;
+    std::ptrdiff_t const nextColumn = layout == LAPACK_ROW_MAJOR ? 1 : n;
+    for (lapack_int i = 0; i < n; ++i)
+      for (lapack_int j = 0; j < nrhs; ++j) values_.push_back(b[i * nextRow + j * nextColumn]);
     if (static_cast<std::size_t>(n) > pivots_.size()) pivots_.resize(static_cast<std::size_t>(n));
     if (systems_.size() >= kChunk) SolveCopies();
   }
@@ -103,16 +112,6 @@ class LapackClock {
   std::vector<lapack_int> pivots_;
 };
 
-/// Settings that come from the program.
-class Parameters : public CZYNKNCMPCompParm {
- public:
-  CZYNCMP_FaceRBF_Parm* getFaceRBFParm() override { return &face; }
-  CZYNCMP_IBRBF_Parm* getIBRBFParm() override { return &points; }
-
-  CZYNCMP_FaceRBF_Parm face;
-  CZYNCMP_IBRBF_Parm points;
-};
-
 /// Seconds of the whole, bytes of the object and its work tables.
 struct SetUp {
   double total = 1e300, lapack = 1e300, nSystem = 0, peakBytes = 0;
@@ -124,7 +123,7 @@ template <class Prepare, class SetUpCall>
 SetUp MeasureSetUp(Prepare const& prepare, SetUpCall const& setUp) {
   SetUp result;
   LapackClock& clock = LapackClock::Instance();
-  for (int i = 0; i < kSetUps; ++i) {
+  for (int i = 0; i < nSetUps; ++i) {
     prepare();
     malloc_trim(0);
     ForgetPeak();
@@ -151,17 +150,8 @@ double MedianSeconds(Call const& call) {
   return seconds[kRepetitions / 2];
 }
 
-void PrintHead(char const* target) {
-  std::printf("%-5s %8s %6s %8s %7s | %-34s | %10s | %-26s\n", "", "", "", "", "",
-              (std::string("set-up, ns/") + target).c_str(), "peak",
-              (std::string("application, ns/") + target).c_str());
-  std::printf("%-5s %8s %6s %8s %7s | %9s %8s %8s %6s | %10s | %8s %8s %6s\n", "mesh", "cells", "method",
-              target, "members", "systems", "total", "LAPACK", "ratio", (std::string("B/") + target).c_str(),
-              "measured", "bound", "ratio");
-}
-
 struct Line {
-  std::string shape;
+  std::string shape, what;  // faces or points
   double cells, targets, members;
   int method;
   SetUp setUp;
@@ -169,37 +159,24 @@ struct Line {
   Traffic traffic;
 };
 
+// What the set-up may take in units of its LAPACK calls.
+double Target(int method) { return method == 1 ? 1.3 : method == 2 ? 1.6 : 2.0; }
+
 void Print(Line const& line, MemoryRates const& rates) {
   double const per = 1e9 / line.targets;
   double const bound = BoundSeconds(line.traffic, rates) * per;
-  std::printf("%-5s %8.0f %6d %8.0f %7.2f | %9.2f %8.0f %8.0f %6.2f | %10.0f | %8.1f %8.1f %6.2f\n",
-              line.shape.c_str(), line.cells, line.method, line.targets, line.members / line.targets,
-              line.setUp.nSystem / line.targets, line.setUp.total * per, line.setUp.lapack * per,
-              line.setUp.total / line.setUp.lapack, line.setUp.peakBytes / line.targets,
-              line.application * per, bound, line.application * per / bound);
-  std::fflush(stdout);
+  std::string const row = benchmarks::NameOf(line.shape) + ", " + benchmarks::Thousands(line.cells) + " | " +
+                          line.what + ", " + std::to_string(line.method);
+  Report("set-up", row, "us", 1e-3 * line.setUp.total * per, 2);
+  Report("set-up", row, "LAPACK, us", 1e-3 * line.setUp.lapack * per, 2);
+  Report("set-up", row, "over LAPACK", line.setUp.total / line.setUp.lapack, 2, Target(line.method));
+  Report("application", row, "number", line.targets, 0);
+  Report("application", row, "members", line.members / line.targets, 1);
+  Report("application", row, "ns", line.application * per, 1);
+  Report("application", row, "bound, ns", bound, 1);
+  Report("application", row, "over the bound", line.application * per / bound, 2);
+  Report("application", row, "peak of the set-up, bytes", line.setUp.peakBytes / line.targets, 0);
 }
-
-struct Host {
-  explicit Host(std::string const& box)
-      : loaded(reference_host::LoadMesh(MPI_COMM_WORLD, box, {}, {})), mesh(*loaded.partition->mesh()) {
-    loaded.partition->SetBaseFileName("unused.cas");
-    phi.resize(static_cast<std::size_t>(mesh.NCell) + 1);
-    for (int c = 1; c <= mesh.NCell; ++c) phi[c] = std::sin(3 * mesh.xc[c]) * mesh.yc[c] + mesh.zc[c];
-  }
-
-  template <class Object>
-  void Connect(Object& object) {
-    object.getZyn3dGV(loaded.partition->globals(), nullptr, nullptr, &mesh);
-    object.getPartitionFace(loaded.partition->partitionFaces());
-    object.SetZYNKNCMP(&parameters);
-  }
-
-  reference_host::LoadedMesh loaded;
-  CZYN3DFiniteVolumeMesh& mesh;
-  Parameters parameters;
-  std::vector<double> phi;
-};
 
 template <class Row>
 double SumOfLengths(Row** rows, int n) {
@@ -209,7 +186,7 @@ double SumOfLengths(Row** rows, int n) {
 }
 
 // Of the inner faces.
-void RunFaces(Host& host, std::string const& shape, int method, MemoryRates const& rates) {
+void RunFaces(InterpolationCase& host, std::string const& shape, int method, MemoryRates const& rates) {
   host.parameters.face = {0, 1000, method, -1.0, 20, 0};
   std::unique_ptr<CZynFaceRBFInternalObject> object;
   SetUp const setUp = MeasureSetUp(
@@ -230,24 +207,18 @@ void RunFaces(Host& host, std::string const& shape, int method, MemoryRates cons
   // Rows of cell numbers with their count and of weights with their unused element, two row pointers; the field once;
   // four cleared outputs, one of them written again.
   Traffic const traffic = {members * 12 + n * (4.0 + 8 + 16 + 5 * 8) + host.mesh.NCell * 8.0, n * 5 * 8.0};
-  Print({shape, double(host.mesh.NInnerCells), double(n), members, method, setUp, seconds, traffic}, rates);
+  Print({shape, "faces", double(host.mesh.NInnerCells), double(n), members, method, setUp, seconds, traffic},
+        rates);
 }
 
 // At random places of the box.
-void RunPoints(Host& host, std::string const& shape, int method, int nPoint, MemoryRates const& rates) {
+void RunPoints(InterpolationCase& host, std::string const& shape, int method, int nPoint,
+               MemoryRates const& rates) {
   host.parameters.points = {0, 500, method, -1.0, 20};
   CZYN3DFiniteVolumeMesh const& mesh = host.mesh;
-  std::vector<double> mark(static_cast<std::size_t>(mesh.NCell) + 1, 1.0);
-  std::fill_n(mark.begin() + 1, mesh.NInnerCells, -1.0);
+  std::vector<double> mark = host.AllCells();
   std::vector<double> place[3];
-  std::mt19937 random(3);
-  double const* const nodes[3] = {mesh.xn, mesh.yn, mesh.zn};
-  for (int d = 0; d < 3; ++d) {
-    auto const [low, high] = std::minmax_element(nodes[d] + 1, nodes[d] + 1 + mesh.NNode);
-    std::uniform_real_distribution<double> anywhere(*low, *high);
-    place[d].resize(static_cast<std::size_t>(nPoint) + 1);
-    for (double& value : place[d]) value = anywhere(random);
-  }
+  for (int d = 0; d < 3; ++d) place[d] = host.RandomPlaces(nPoint, d);
   std::unique_ptr<CZynIBRBFInternalObject> object;
   SetUp const setUp = MeasureSetUp(
       [&] {
@@ -270,11 +241,11 @@ void RunPoints(Host& host, std::string const& shape, int method, int nPoint, Mem
   double const n = nPoint;
   Traffic const traffic = {
       members * (4 + 8 + sizeof(IBCnode) + 8) + n * (4.0 + 8 + sizeof(IBCnode) + 24 + 8 * 8), n * 8 * 8};
-  Print({shape, double(mesh.NInnerCells), n, members, method, setUp, seconds, traffic}, rates);
+  Print({shape, "points", double(mesh.NInnerCells), n, members, method, setUp, seconds, traffic}, rates);
 }
 
 // Twenty set-ups on one object, as a moving body makes them.
-void RunAgain(Host& host, int nPoint) {
+void RunAgain(InterpolationCase& host, int nPoint) {
   host.parameters.points = {0, 500, 2, -1.0, 20};
   CZYN3DFiniteVolumeMesh const& mesh = host.mesh;
   std::vector<double> mark(static_cast<std::size_t>(mesh.NCell) + 1, -1.0),
@@ -290,26 +261,28 @@ void RunAgain(Host& host, int nPoint) {
     object.Initialize_IBInterpolateData(mark.data(), nPoint, x.data(), x.data(), x.data());
     if (i == 2) second = StatusBytes("VmRSS");
   }
-  std::printf("20 set-ups on one object: %.1f MB in use after the second, %.1f MB after the last\n",
-              second * 1e-6, StatusBytes("VmRSS") * 1e-6);
+  std::string const row = "20 set-ups of " + benchmarks::Thousands(nPoint) + " points on one object";
+  Report("again", row, "in use after the second, MB", second * 1e-6, 1);
+  Report("again", row, "after the last", StatusBytes("VmRSS") * 1e-6, 1);
 }
 
-void Run(double cells, int nPoint) {
+struct Choice {
+  std::string methods = "1234", shapes = "hex,tet";
+
+  bool Has(std::string const& shape) const { return shapes.find(shape) != std::string::npos; }
+  bool Has(int method) const { return methods.find(static_cast<char>('0' + method)) != std::string::npos; }
+};
+
+void Run(double cells, int nPoint, Choice const& choice) {
   MemoryRates const rates = benchmarks::MeasureMemoryRates([] {});
-  std::printf("one core: read %.2f GB/s, in-place update %.2f GB/s, triad %.2f GB/s\n", rates.read * 1e-9,
-              rates.update * 1e-9, rates.triad * 1e-9);
-  PrintHead("faces");
-  for (std::string const shape : {"hex", "tet"})
-    for (double const share : {1.0 / 3, 1.0}) {
-      Host host(benchmarks::BoxText(share * cells, shape));
-      for (int const method : {1, 2, 3, 4}) RunFaces(host, shape, method, rates);
-    }
-  PrintHead("points");
   for (std::string const shape : {"hex", "tet"}) {
-    Host host(benchmarks::BoxText(cells, shape));
-    for (int const share : {2, 1})
-      for (int const method : {1, 2, 3}) RunPoints(host, shape, method, nPoint / share, rates);
-    if (shape == "hex") RunAgain(host, nPoint / 10);
+    if (!choice.Has(shape)) continue;
+    InterpolationCase host(benchmarks::BoxText(cells, shape));
+    for (int const method : {1, 2, 3, 4})
+      if (choice.Has(method)) RunFaces(host, shape, method, rates);
+    for (int const method : {1, 2, 3})
+      if (choice.Has(method)) RunPoints(host, shape, method, nPoint, rates);
+    if (shape == "hex" && choice.Has(2)) RunAgain(host, nPoint / 10);
   }
 }
 
@@ -323,7 +296,11 @@ extern "C" lapack_int LAPACKE_dgesv(int layout, lapack_int n, lapack_int nrhs, d
 
 int main(int argc, char** argv) {
   MPI_Init(&argc, &argv);
-  Run(argc > 1 ? std::atof(argv[1]) : 3e5, argc > 2 ? std::atoi(argv[2]) : 50000);
+  Choice choice;
+  if (argc > 3) choice.methods = argv[3];
+  if (argc > 4) choice.shapes = argv[4];
+  if (argc > 5) nSetUps = std::atoi(argv[5]);
+  Run(argc > 1 ? std::atof(argv[1]) : 20000, argc > 2 ? std::atoi(argv[2]) : 5000, choice);
   MPI_Finalize();
   return 0;
 }

@@ -1,8 +1,8 @@
 // Times and memory of the radial-basis cell operator on box meshes, on one core.
 //
-//   rbf_benchmark [CELLS]
+//   rbf_benchmark CELLS...
 //
-// Set-up is shown for 0.1, 0.3 and 1 times CELLS beside the bare LAPACKE_dgesv calls on the same systems, which are put
+// Prints lines for run.sh: see Report.h. Set-up stands beside the bare LAPACKE_dgesv calls on the same systems, which are put
 // together in chunks outside the timed part and whose solutions are compared with the stored weights bit by bit.
 // "again" derives the weights a second time, into pages that are there already.
 // Application is the median of 11 warm calls beside the time that its memory traffic takes at the least.
@@ -22,6 +22,7 @@
 #include "benchmarks/CellOperatorOnMesh.h"
 #include "benchmarks/MemoryRates.h"
 #include "benchmarks/ProcessMeasures.h"
+#include "benchmarks/Report.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
 
@@ -32,6 +33,7 @@ using benchmarks::CellSystems;
 using benchmarks::ForgetPeak;
 using benchmarks::MemoryRates;
 using benchmarks::QuietOutput;
+using benchmarks::Report;
 using benchmarks::Seconds;
 using benchmarks::StatusBytes;
 using benchmarks::Traffic;
@@ -155,38 +157,41 @@ Application MeasureApplication(CellOperatorOnMesh& on, double members, MemoryRat
           BoundSeconds(ApplicationTraffic(cells, members, kPacked, 0), rates) * perCell};
 }
 
-void Run(double cells) {
-  MemoryRates const rates = benchmarks::MeasureMemoryRates([] {});
-  std::printf("one core: read %.2f GB/s, in-place update %.2f GB/s, triad %.2f GB/s\n", rates.read * 1e-9,
-              rates.update * 1e-9, rates.triad * 1e-9);
-  std::printf("%-5s %9s %7s | %-53s | %-27s | %-35s\n", "", "", "", "set-up, ns/cell", "memory, bytes/cell",
-              "application, ns/cell");
-  std::printf("%-5s %9s %7s | %8s %8s %8s %8s %7s %9s | %8s %8s %9s | %8s %8s %6s %10s\n", "mesh", "cells",
-              "members", "initial", "derive", "again", "LAPACK", "ratio", "different", "peak", "tables",
-              "host tree", "measured", "bound", "ratio", "if packed");
-  for (std::string const shape : {"hex", "tet"}) {
-    for (double const share : {0.1, 0.3, 1.0}) {
-      CellOperatorOnMesh on(benchmarks::BoxText(share * cells, shape));
-      double const n = on.mesh().NInnerCells, perCell = 1e9 / n;
-      SetUp const s = MeasureSetUp(on);
-      Application const a = MeasureApplication(on, s.members, rates);
-      std::printf(
-          "%-5s %9.0f %7.2f | %8.0f %8.0f %8.0f %8.0f %7.2f %9ld | %8.0f %8.0f %9.0f | %8.1f %8.1f %6.2f "
-          "%10.1f\n",
-          shape.c_str(), n, s.members / n, s.initial * perCell, s.derive * perCell, s.again * perCell,
-          s.lapack * perCell, (s.initial + s.derive) / s.lapack, s.nDifferent,
-          (s.peakBytes - s.treeBytes) / n, s.tableBytes / n, s.treeBytes / n, a.measured, a.bound,
-          a.measured / a.bound, a.packedBound);
-      std::fflush(stdout);
-    }
+void RunMesh(std::string const& shape, double cells, MemoryRates const& rates) {
+  CellOperatorOnMesh on(benchmarks::BoxText(cells, shape));
+  double const n = on.mesh().NInnerCells, perCell = 1e9 / n;
+  SetUp const s = MeasureSetUp(on);
+  Application const a = MeasureApplication(on, s.members, rates);
+  std::string const row = benchmarks::NameOf(shape) + ", " + benchmarks::Thousands(n) + " | cells";
+  if (s.nDifferent != 0) {
+    std::fprintf(stderr, "rbf_benchmark: %s: %ld weights are not those of LAPACK\n", row.c_str(),
+                 s.nDifferent);
+    std::exit(1);
   }
+  Report("set-up", row, "us", 1e-3 * (s.initial + s.derive) * perCell, 2);
+  Report("set-up", row, "LAPACK, us", 1e-3 * s.lapack * perCell, 2);
+  Report("set-up", row, "over LAPACK", (s.initial + s.derive) / s.lapack, 2, 1.35);
+  Report("application", row, "number", n, 0);
+  Report("application", row, "members", s.members / n, 1);
+  Report("application", row, "ns", a.measured, 1);
+  Report("application", row, "bound, ns", a.bound, 1);
+  Report("application", row, "over the bound", a.measured / a.bound, 2);
+  Report("application", row, "peak of the set-up, bytes", (s.peakBytes - s.treeBytes) / n, 0);
+  Report("cells", row, "stencils, us", 1e-3 * s.initial * perCell, 2);
+  Report("cells", row, "weights", 1e-3 * s.derive * perCell, 2);
+  Report("cells", row, "weights again, into the same pages", 1e-3 * s.again * perCell, 2);
+  Report("cells", row, "tables, bytes", s.tableBytes / n, 0);
+  Report("cells", row, "search tree, bytes", s.treeBytes / n, 0);
+  Report("cells", row, "bound of the application if its rows were packed, ns", a.packedBound, 1);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   MPI_Init(&argc, &argv);
-  Run(argc > 1 ? std::atof(argv[1]) : 1e6);
+  MemoryRates const rates = benchmarks::MeasureMemoryRates([] {});
+  for (std::string const shape : {"hex", "tet"})
+    for (int i = 1; i < argc; ++i) RunMesh(shape, std::atof(argv[i]), rates);
   MPI_Finalize();
   return 0;
 }

@@ -18,4 +18,11 @@ class CDenseSolver {
   /// @param         nrhs  number of right-hand sides
   /// @return 1, whatever happened
   int Solve(lapack_int n, double* A, double* B, double* X, int nrhs);
+
+  /// Solve with X = B, bit for bit, for a matrix whose entries (i, j) and (j, i) have the same bits. Rows of such a matrix
+  /// are its columns, so LAPACK gets it as it lies: a row-major matrix would be transposed into memory allocated for it,
+  /// and back, in each call.
+  /// @param[out] columns  work memory for n * nrhs numbers; not used, and may be null, if nrhs is 1
+  /// @return 1, whatever happened
+  int SolveSymmetric(lapack_int n, double* A, double* B, double* columns, int nrhs);
 };

@@ -24,11 +24,20 @@ int Cpp_DataStructure::CreateRow(int row, int length) {
   return Status::kDone;
 }
 
+void Cpp_DataStructure::Borrow(int n, int** rows) {
+  Release();
+  m_iNRow = n;
+  m_ppRow = rows;
+  isBorrowed_ = true;
+}
+
 int Cpp_DataStructure::Release() {
-  if (m_ppRow == nullptr) return Status::kDone;
-  for (int row = 0; row <= m_iNRow; ++row) delete[] m_ppRow[row];
-  delete[] m_ppRow;
+  if (m_ppRow != nullptr && !isBorrowed_) {
+    for (int row = 0; row <= m_iNRow; ++row) delete[] m_ppRow[row];
+    delete[] m_ppRow;
+  }
   m_ppRow = nullptr;
+  isBorrowed_ = false;
   return Status::kDone;
 }
 

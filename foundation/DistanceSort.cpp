@@ -5,12 +5,61 @@
 #include <cstddef>
 #include <utility>
 
+#include "foundation/TwoDoubles.h"
+
 namespace {
 
-constexpr int kShort = 48;  // up to this length, inserting one after the other is the fastest
+constexpr int kShort = 48;  // up to this length, inserting one after the other is the fastest of all sorts
+constexpr int kFew = 8;     // that many are inserted even faster than ranked
+constexpr int kRanked = 64;
+
+typedef long long TwoCounts __attribute__((vector_size(16)));
 
 bool AnyIsNaN(double const* distances, int n) {
-  return std::any_of(distances, distances + n, [](double distance) { return std::isnan(distance); });
+  TwoCounts any = {0, 0};
+  int k = 0;
+  for (; k + 1 < n; k += 2) any |= LoadTwo(distances + k) != LoadTwo(distances + k);
+  return any[0] != 0 || any[1] != 0 || (k < n && std::isnan(distances[k]));
+}
+
+// ranks[k] = the place of entry k after sorting, equal ones in their order: the entries that are less, and the equal ones
+// before it. Each pair is compared once, without a branch. @pre n <= kRanked, no NaN
+void Rank(double const* distances, int n, int* ranks) {
+  long long counts[kRanked];
+  std::fill_n(counts, n, 0);
+  for (int k = 0; k < n; ++k) {
+    TwoDoubles const own = {distances[k], distances[k]};
+    TwoCounts less = {0, 0};
+    int j = k + 1;
+    for (; j + 1 < n; j += 2) {
+      TwoCounts const isLess = LoadTwo(distances + j) < own;  // -1 where it is
+      TwoCounts after = TwoCounts{counts[j], counts[j + 1]};
+      after += 1 + isLess;
+      counts[j] = after[0];
+      counts[j + 1] = after[1];
+      less -= isLess;
+    }
+    counts[k] += less[0] + less[1];
+    if (j < n) {
+      bool const isLess = distances[j] < distances[k];
+      counts[j] += isLess ? 0 : 1;
+      counts[k] += isLess ? 1 : 0;
+    }
+  }
+  for (int k = 0; k < n; ++k) ranks[k] = static_cast<int>(counts[k]);
+}
+
+// Brings the nKept nearest to the front. @pre n <= kRanked
+void SortByRank(int* ids, double* distances, int n, int nKept) {
+  int ranks[kRanked], sortedIds[kRanked];
+  double sorted[kRanked];
+  Rank(distances, n, ranks);
+  for (int k = 0; k < n; ++k) {
+    sorted[ranks[k]] = distances[k];
+    sortedIds[ranks[k]] = ids[k];
+  }
+  std::copy_n(sorted, nKept, distances);
+  std::copy_n(sortedIds, nKept, ids);
 }
 
 // For distances without an order, which some NaN leaves. A pass without an exchange is the last.
@@ -50,9 +99,11 @@ int DropFarOnes(int* ids, double* distances, int n, int nKept) {
   constexpr int kSamples = 16;
   if (n < 2 * kSamples || n / 2 < nKept) return n;
   int const stride = n / kSamples;
-  double samples[kSamples];
-  for (int s = 0; s < kSamples; ++s) samples[s] = distances[s * stride];
-  std::sort(samples, samples + kSamples);
+  double unsorted[kSamples], samples[kSamples];
+  for (int s = 0; s < kSamples; ++s) unsorted[s] = distances[s * stride];
+  int ranks[kSamples];
+  Rank(unsorted, kSamples, ranks);
+  for (int s = 0; s < kSamples; ++s) samples[ranks[s]] = unsorted[s];
   for (int s = nKept / stride + 1; s < kSamples; s += 2) {
     double const bound = samples[s];
     auto const isNear = [bound](double distance) { return distance <= bound; };
@@ -79,7 +130,9 @@ void DistanceSort::SortNearest(int* ids, double* distances, int n, int nKept) {
     return;
   }
   n = DropFarOnes(ids, distances, n, nKept);
-  if (nKept <= kShort) {
+  if (nKept > kFew && n <= kRanked) {
+    SortByRank(ids, distances, n, nKept);
+  } else if (nKept <= kShort) {
     for (int k = 1; k < n; ++k) Insert(ids, distances, ids[k], distances[k], std::min(k, nKept), nKept);
   } else {
     SortByPosition(ids, distances, n);

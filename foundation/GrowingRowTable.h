@@ -10,10 +10,10 @@
 
 #include "foundation/ZeroedBlock.h"
 
-/// Zeroed memory for many small pieces that are freed together.
+/// Memory for many small pieces that are freed together.
 class PieceStore {
  public:
-  /// @return nByte zero bytes, aligned for anything
+  /// @return nByte bytes of any content, aligned for anything
   void* Take(std::size_t nByte) {
     std::size_t const nRounded = (nByte + kAlignment - 1) / kAlignment * kAlignment;
     if (nRounded > left_) Refill(nRounded);
@@ -21,6 +21,14 @@ class PieceStore {
     next_ += nRounded;
     left_ -= nRounded;
     return piece;
+  }
+
+  /// Takes all pieces back, to be given away again.
+  void TakeBack() {
+    if (blocks_.empty()) return;
+    blocks_.erase(blocks_.begin(), blocks_.end() - 1);
+    next_ = blocks_.back().get();
+    left_ = lastSize_;
   }
 
  private:
@@ -32,8 +40,9 @@ class PieceStore {
   // Block sizes double: small tables stay small, and large ones consist of few blocks with large pages.
   void Refill(std::size_t nByte) {
     std::size_t const size = std::max(nByte, nextSize_);
-    Block block(static_cast<char*>(NewZeroedBlock(size)));  // owned before the list has to grow
+    Block block(static_cast<char*>(NewRawBlock(size)));  // owned before the list has to grow
     blocks_.push_back(std::move(block));
+    lastSize_ = size;
     nextSize_ = std::min(2 * nextSize_, kLargestBlock);
     next_ = blocks_.back().get();
     left_ = size;
@@ -44,6 +53,7 @@ class PieceStore {
 
   std::vector<Block> blocks_;
   std::size_t nextSize_ = std::size_t{1} << 14;
+  std::size_t lastSize_ = 0;
   std::size_t left_ = 0;
   char* next_ = nullptr;
 };
@@ -67,10 +77,25 @@ class GrowingRowTable {
   /// Makes row i, elements 0..length, each T(). An earlier row i stays in memory until Destroy.
   static T* MakeRow(T** table, int i, int length) {
     std::size_t const nElement = static_cast<std::size_t>(length) + 1;
-    T* const row = static_cast<T*>(HeadOf(table)->rows.Take(nElement * sizeof(T)));
-    if constexpr (!std::is_trivially_copyable_v<T>) std::uninitialized_value_construct_n(row, nElement);
-    table[i] = row;
+    T* const row = NewRow(table, i, nElement);
+    std::uninitialized_value_construct_n(row, nElement);
     return row;
+  }
+
+  /// Makes row i of zeros that other rows may share, for a row to which nobody writes. It is at least as long.
+  static T* ShareZeros(T** table, int i, int length) {
+    Head& head = *HeadOf(table);
+    std::size_t const nElement = static_cast<std::size_t>(length) + 1;
+    if (nElement > head.nZero) {
+      head.nZero = 2 * nElement;
+      head.zeros = MakeRow(table, i, static_cast<int>(head.nZero) - 1);
+    }
+    return table[i] = head.zeros;
+  }
+
+  /// Makes row i of elements that MakeRow would have made and that the caller constructs instead.
+  static T* MakeRawRow(T** table, int i, int length) {
+    return NewRow(table, i, static_cast<std::size_t>(length) + 1);
   }
 
   /// Frees table and rows and sets the pointer to null; null is fine.
@@ -85,7 +110,15 @@ class GrowingRowTable {
  private:
   struct alignas(16) Head {
     PieceStore rows;
+    T* zeros = nullptr;  // the longest shared row
+    std::size_t nZero = 0;
   };
+
+  static T* NewRow(T** table, int i, std::size_t nElement) {
+    T* const row = static_cast<T*>(HeadOf(table)->rows.Take(nElement * sizeof(T)));
+    table[i] = row;
+    return row;
+  }
 
   static Head* HeadOf(T** table) {
     return static_cast<Head*>(

@@ -53,8 +53,7 @@ class KernelSystem {
   template <typename Kernel>
   double const* SolveForValue(Kernel const& kernel, DQVector const& at) {
     double* const b = MakeColumns(1);
-    for (std::size_t k = 0; k < nodes_.size(); ++k)
-      b[k] = kernel.Value(Length(kernel.Scaled(OffsetBetween(nodes_[k], at))));
+    FillValueColumn(kernel, nodes_.data(), Size(), at, b);
     return Solve(kernel, 1);
   }
 
@@ -62,16 +61,8 @@ class KernelSystem {
   /// @return [0..n-1][0..3], row-major, valid until the next solution
   template <typename Kernel>
   double const* SolveForGradientAndValue(Kernel const& kernel, DQVector const& at) {
-    double* b = MakeColumns(4);
-    for (DQVector const& node : nodes_) {
-      DQVector const offset = kernel.Scaled(OffsetBetween(node, at));
-      DQVector const gradient = kernel.Gradient(offset);
-      b[0] = gradient.x;
-      b[1] = gradient.y;
-      b[2] = gradient.z;
-      b[3] = kernel.Value(Length(offset));
-      b += 4;
-    }
+    double* const b = MakeColumns(4);
+    FillGradientAndValueColumns(kernel, nodes_.data(), Size(), at, b);
     return Solve(kernel, 4);
   }
 
@@ -87,11 +78,14 @@ class KernelSystem {
     int const n = Size();
     if (n == 0) return columns_.data();
     Matrix(kernel);
-    CDenseSolver().Solve(n, matrix_.data(), columns_.data(), columns_.data(), nColumn);
+    std::size_t const size = nodes_.size() * static_cast<std::size_t>(nColumn);
+    if (transposed_.size() < size) transposed_.resize(size);
+    CDenseSolver().SolveSymmetric(n, matrix_.data(), columns_.data(), transposed_.data(), nColumn);
     return columns_.data();
   }
 
   std::vector<DQVector> nodes_;
   std::vector<double> matrix_;   // n x n, row-major
   std::vector<double> columns_;  // n x number of right-hand sides, row-major: first these, then the solution
+  std::vector<double> transposed_;  // work memory of the same size
 };

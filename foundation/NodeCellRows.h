@@ -30,20 +30,27 @@ int** CreateNodeCellRows(CZYN3DFiniteVolumeMesh const& mesh, IsBoundaryNode isBo
   for (int n = 1; n <= mesh.NNode; ++n) capacity[static_cast<std::size_t>(n)] = mesh.NodeCell[n][0] + 1;
   forEachBoundaryPair([&](int node, int) { ++capacity[static_cast<std::size_t>(node)]; });
 
+  // Made before the rows, which nobody would free if it found no memory.
+  std::vector<int> lastNodeOf(static_cast<std::size_t>(mesh.NCell) + 1,
+                              0);  // by cell: the last row that took it
   int** const rows = RowTable<int>::Create(mesh.NNode, mesh.NNode,
                                            [&](int n) { return capacity[static_cast<std::size_t>(n)]; });
-  auto const append = [rows](int node, int c) {
+  for (int n = 1; n <= mesh.NNode; ++n) {
+    int const* const listed = mesh.NodeCell[n];
+    int* const row = rows[n];
+    for (int k = 1; k <= listed[0]; ++k) {
+      int const c = listed[k];
+      if (!isUsable(c) || lastNodeOf[static_cast<std::size_t>(c)] == n) continue;
+      lastNodeOf[static_cast<std::size_t>(c)] = n;
+      row[++row[0]] = c;
+    }
+  }
+  forEachBoundaryPair([rows](int node, int c) {
     int* const row = rows[node];
     int* const end = row + 1 + row[0];
     if (std::find(row + 1, end, c) != end) return;
     *end = c;
     ++row[0];
-  };
-  for (int n = 1; n <= mesh.NNode; ++n) {
-    int const* const listed = mesh.NodeCell[n];
-    for (int k = 1; k <= listed[0]; ++k)
-      if (isUsable(listed[k])) append(n, listed[k]);
-  }
-  forEachBoundaryPair(append);
+  });
   return rows;
 }

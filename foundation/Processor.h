@@ -11,6 +11,7 @@
 #define ZYN_HAS_TARGETS 1
 #define ZYN_TARGET_AVX2 __attribute__((target("avx2")))
 #define ZYN_TARGET_FMA __attribute__((target("fma")))
+#define ZYN_TARGET_AVX2_FMA __attribute__((target("avx2,fma")))
 #else
 #define ZYN_HAS_TARGETS 0
 #endif

@@ -17,11 +17,19 @@ class RowTable {
   static T** Create(int nRow, int nFilled, LengthOf lengthOf) {
     std::size_t nElement = 0;
     for (int i = 1; i <= nFilled; ++i) nElement += static_cast<std::size_t>(lengthOf(i));
+    return LayOut(NewZeroedBlock(Bytes(nRow, nElement)), nRow, nFilled, lengthOf);
+  }
 
-    std::size_t const nPointer = static_cast<std::size_t>(nRow) + 1;
-    T** const table = static_cast<T**>(NewZeroedBlock(nPointer * sizeof(T*) + nElement * sizeof(T)));
-    T* row = static_cast<T*>(static_cast<void*>(table + nPointer));
+  /// What a table of nElement elements takes.
+  static std::size_t Bytes(int nRow, std::size_t nElement) {
+    return (static_cast<std::size_t>(nRow) + 1) * sizeof(T*) + nElement * sizeof(T);
+  }
 
+  /// Makes a table in memory of these bytes, and writes the pointers to rows 1..nFilled alone.
+  template <typename LengthOf>
+  static T** LayOut(void* memory, int nRow, int nFilled, LengthOf lengthOf) {
+    T** const table = static_cast<T**>(memory);
+    T* row = static_cast<T*>(static_cast<void*>(table + nRow + 1));
     for (int i = 1; i <= nFilled; ++i) {
       table[i] = row;
       row += lengthOf(i);

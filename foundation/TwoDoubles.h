@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstring>
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -8,6 +9,14 @@
 /// Two numbers side by side, in one register if the processor has registers for two. Each goes through exactly the
 /// operations that it would go through alone, so the results are the same.
 typedef double TwoDoubles __attribute__((vector_size(16)));
+
+inline TwoDoubles LoadTwo(double const* from) {
+  TwoDoubles two;
+  std::memcpy(&two, from, sizeof two);
+  return two;
+}
+
+inline void StoreTwo(TwoDoubles two, double* to) { std::memcpy(to, &two, sizeof two); }
 
 inline double SquareRoot(double x) { return std::sqrt(x); }
 

@@ -30,17 +30,26 @@ void AskForLargePages(void*, std::size_t) {}
 
 #endif
 
-}  // namespace
-
-void* NewZeroedBlock(std::size_t nByte) {
+template <typename Allocate>
+void* NewBlock(std::size_t nByte, Allocate allocate) {
   for (;;) {
-    if (void* const block = std::calloc(nByte, 1)) {
+    if (void* const block = allocate(nByte)) {
       AskForLargePages(block, nByte);
       return block;
     }
     // Lets the new-handler make room, or fails as every other allocation does.
     ::operator delete(::operator new(nByte));
   }
+}
+
+}  // namespace
+
+void* NewZeroedBlock(std::size_t nByte) {
+  return NewBlock(nByte, [](std::size_t n) { return std::calloc(n, 1); });
+}
+
+void* NewRawBlock(std::size_t nByte) {
+  return NewBlock(nByte, [](std::size_t n) { return std::malloc(n); });
 }
 
 void FreeZeroedBlock(void* block) { std::free(block); }

@@ -11,7 +11,11 @@
 /// @return never null: failure is that of operator new, exception included
 void* NewZeroedBlock(std::size_t nByte);
 
-/// Null is fine.
+/// The same without the zeros: for what is written before it is read, piece by piece. A block that the program has used
+/// before would have to be cleared as a whole, long before its pieces are filled.
+void* NewRawBlock(std::size_t nByte);
+
+/// Of either kind. Null is fine.
 void FreeZeroedBlock(void* block);
 
 /// Elements 0..n of zero bytes, which must be what T() is. Free them with FreeZeroedArray of Release.h or

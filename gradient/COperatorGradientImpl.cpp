@@ -3,6 +3,7 @@
 #include <initializer_list>
 
 #include "foundation/ErrorText.h"
+#include "foundation/FaceGroups.h"
 #include "foundation/HostObjects.h"
 #include "foundation/Status.h"
 #include "gradient/GradientTypes.h"
@@ -64,8 +65,14 @@ int COperatorGradientImpl::Agreed(int status) {
   return status < 0 ? Status::kFailure : Status::kSuccess;
 }
 
+/// Speeds up the gradients that work without Initialize, so a mesh that is missing or not complete is no error.
+void COperatorGradientImpl::PrepareFaceRing() {
+  if (m_pMesh != nullptr) m_faceRing.Prepare(FacesOf(FaceKind::Inner, *m_pMesh), m_pMesh->NInnerCells);
+}
+
 int COperatorGradientImpl::Initialize() {
   int status = Status::kDone;
+  PrepareFaceRing();
   if (m_iGradType == kLeastSquaresType) {
     AllocateLeastSquaresArrays();
     GatherLeastSquaresMoments();
@@ -78,6 +85,7 @@ int COperatorGradientImpl::Initialize() {
 void COperatorGradientImpl::Release() {
   FreeLeastSquaresArrays();
   DestroyRadialBasisOperator();
+  m_faceRing.Release();
 }
 
 int COperatorGradientImpl::UpdateGeometry() {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "gradient/FaceRing.h"
 #include "gradient/LeastSquaresWalk.h"
 #include "gradient/NormalEquations.h"
 
@@ -64,10 +65,12 @@ class COperatorGradientImpl {
 
   bool m_bExchangesResult = true;             ///< whether the halo cells of the outputs are filled
   std::unique_ptr<LeastSquaresPlan> m_pPlan;  ///< of the least-squares gradients; made with the arrays above
+  FaceRing m_faceRing;  ///< prepared by Initialize; the Green-Gauss gradients work without it, too
 
  private:
   void AppendError(char const* message);
   int Agreed(int status);
+  void PrepareFaceRing();
 
   // GreenGauss_Iterated.cpp, GreenGauss_Plain.cpp, GreenGauss_Weighted.cpp, GreenGauss_ThreeComponent.cpp
   void IteratedGreenGauss(double const* phi, double* gx, double* gy, double* gz, int nSweep);

@@ -67,6 +67,8 @@ class CellSums {
       if (two_faces::AnyOfEightAbove(cleared_, group.cv + f, group.other + f)) break;
     for (; f <= last; ++f) ClearAhead(std::max(group.cv[f], group.other[f]));
   }
+  /// Says that the cells up to this one hold sums already.
+  void TakeAsReached(int cell) { cleared_ = cell; }
   /// Makes all cells ready to be added to. Cells that no face touches hold 0.0 only after this.
   void ReachAll() { ClearTo(nCell_); }
 

@@ -6,6 +6,14 @@
 /// @file
 /// What the Green-Gauss gradients share beside their sums: the limiter and the linear face value.
 
+namespace ring_walk {
+// How the walk with a ring keeps cells and adds faces with these values: RingRecords.h.
+template <class Field>
+class LinearRecords;
+template <class FaceValue>
+class CorrectedRecords;
+}  // namespace ring_walk
+
 namespace green_gauss {
 
 /// Keeps quotients finite: 1/V of an empty cell, and the inverse of a coefficient that is zero.
@@ -38,6 +46,8 @@ template <class Weight, class Value>
 /// no more than a rounding error.
 template <class Field>
 struct LimitedLinear {
+  using Records = ring_walk::LinearRecords<Field>;
+
   Field phi;
 
   template <class Face>

@@ -15,6 +15,7 @@
 
 #include "gradient/COperatorGradientImpl.h"
 #include "gradient/GreenGauss.h"
+#include "gradient/GreenGaussSums.h"
 
 namespace {
 
@@ -25,6 +26,8 @@ template <class Face, class Weight>
 }
 
 struct LimitedCorrected {
+  using Records = ring_walk::CorrectedRecords<LimitedCorrected>;
+
   double const* phi;
   double const *xc, *yc, *zc;  // cell centres
   double const *Gx, *Gy, *Gz;  // gradient of the sweep before
@@ -52,14 +55,9 @@ void COperatorGradientImpl::IteratedGreenGauss(double const* phi, double* gx, do
   FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   double *const Gx = m_pGV->PrevGradX, *const Gy = m_pGV->PrevGradY, *const Gz = m_pGV->PrevGradZ;
 
+  green_gauss::Sums const sums(mesh, faces, m_faceRing);
   auto const sweep = [&](auto const& faceValue, double* sumX, double* sumY, double* sumZ) {
-    face_walk::CellSums<face_walk::Flux> g({sumX, sumY, sumZ}, mesh.NCell);
-    // g_cv += phi_f S,  g_other -= phi_f S
-    for (FaceGroup const& group : faces.BetweenCells()) AddFluxes(group, faceValue, g);
-    // g_cv += phi_ghost S
-    for (FaceGroup const& group : faces.OnBoundaryInGreenGaussOrder()) AddBoundaryFluxes(group, phi, g);
-    // g_c *= 1/V
-    for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / (mesh.Volume[c] + green_gauss::kTiny));
+    sums.Store<face_walk::Flux>(faceValue, phi, {sumX, sumY, sumZ});
   };
   green_gauss::LimitedLinear const uncorrected{phi};
   LimitedCorrected const corrected{phi, mesh.xc, mesh.yc, mesh.zc, Gx, Gy, Gz};

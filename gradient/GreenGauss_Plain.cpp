@@ -10,19 +10,15 @@
 
 #include "gradient/COperatorGradientImpl.h"
 #include "gradient/GreenGauss.h"
+#include "gradient/GreenGaussSums.h"
 
 void COperatorGradientImpl::PlainGreenGauss(double const* phi, double* gx, double* gy, double* gz) {
   using namespace green_gauss;
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
-  face_walk::CellSums<face_walk::Flux> g({gx, gy, gz}, mesh.NCell);
 
-  // g_cv += phi_f S,  g_other -= phi_f S
-  for (FaceGroup const& group : faces.BetweenCells()) AddFluxes(group, LimitedLinear{phi}, g);
-  // g_cv += phi_ghost S
-  for (FaceGroup const& group : faces.OnBoundaryInGreenGaussOrder()) AddBoundaryFluxes(group, phi, g);
-  // g_c *= 1/V
-  for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / (mesh.Volume[c] + kTiny));
+  Sums const sums(mesh, faces, m_faceRing);
+  sums.Store<face_walk::Flux>(LimitedLinear{phi}, phi, {gx, gy, gz});
 
   ExchangeResult(gx, gy, gz);
 }

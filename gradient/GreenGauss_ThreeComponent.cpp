@@ -9,6 +9,7 @@
 
 #include "gradient/COperatorGradientImpl.h"
 #include "gradient/GreenGauss.h"
+#include "gradient/GreenGaussSums.h"
 #include "gradient/ThreeFields.h"
 
 void COperatorGradientImpl::ThreeComponentGreenGauss(double const* const phi[3], double* const g9[9]) {
@@ -16,15 +17,10 @@ void COperatorGradientImpl::ThreeComponentGreenGauss(double const* const phi[3],
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   face_walk::ThreeFields const fields{phi[0], phi[1], phi[2]};
-  face_walk::CellSums<face_walk::ThreeFluxes> g(
-      {g9[0], g9[1], g9[2], g9[3], g9[4], g9[5], g9[6], g9[7], g9[8]}, mesh.NCell);
 
-  // g_cv += phi_f S,  g_other -= phi_f S
-  for (FaceGroup const& group : faces.BetweenCells()) AddFluxes(group, LimitedLinear{fields}, g);
-  // g_cv += phi_ghost S
-  for (FaceGroup const& group : faces.OnBoundaryInGreenGaussOrder()) AddBoundaryFluxes(group, fields, g);
-  // g_c *= 1/V
-  for (int c = 1; c <= mesh.NInnerCells; ++c) g.Multiply(c, 1.0 / (mesh.Volume[c] + kTiny));
+  Sums const sums(mesh, faces, m_faceRing);
+  sums.Store<face_walk::ThreeFluxes>(LimitedLinear{fields}, fields,
+                                     {g9[0], g9[1], g9[2], g9[3], g9[4], g9[5], g9[6], g9[7], g9[8]});
 
   ExchangeResult(g9);
 }

@@ -7,6 +7,10 @@
 ///
 /// The operators construct the tree, set its range, add boxes, search and destroy it. A copy shares the tree
 /// with its source, boxes and last answer included. Both may be destroyed, in any order. @cite bonet1991
+///
+/// The tree of the reference host answers in ascending order, so that its structure shows in no result: the operators keep
+/// the order of the answer among equally distant members of a stencil. A box or a query with a NaN, or with a low corner
+/// above its high corner, contains no point and meets nothing there.
 class CZYNOptKer {
  public:
   CZYNOptKer();
@@ -25,7 +29,8 @@ class CZYNOptKer {
   int AddSurfaceToADTree(int id, double xhigh, double yhigh, double zhigh, double xlow, double ylow,
                          double zlow);
 
-  /// The numbers of all boxes that intersect the query box, touching included, in no particular order.
+  /// The numbers of all boxes that intersect the query box, touching included, in any order. A number is there once for each of its
+  /// boxes.
   ///
   /// LOW corner first, then the high corner: the opposite of AddSurfaceToADTree.
   /// @param[out] count  number of identities; 0: no box intersects the query

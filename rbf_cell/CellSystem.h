@@ -43,7 +43,7 @@ class CellSystem {
   /// @return [0..n][0..2], row-major: the weights of member k for d/dx, d/dy, d/dz, and at n the multipliers m; valid
   /// until the next Assemble
   double const* Solve() {
-    CDenseSolver().Solve(Order(), matrix_.data(), columns_.data(), columns_.data(), 3);
+    CDenseSolver().SolveSymmetric(Order(), matrix_.data(), columns_.data(), transposed_.data(), 3);
     return columns_.data();
   }
 
@@ -61,6 +61,7 @@ class CellSystem {
     points_.resize(members);
     matrix_.resize(order * order);
     columns_.resize(3 * order);
+    transposed_.resize(3 * order);
   }
 
   template <typename Kernel>
@@ -72,15 +73,11 @@ class CellSystem {
 
   template <typename Kernel>
   void FillRightHandSides(Kernel const& kernel, DQVector const& at) {
-    double* b = columns_.data();
-    for (int j = 0; j < n_; ++j, b += 3) {
-      DQVector const gradient =
-          kernel.Gradient(kernel.Scaled(OffsetBetween(points_[static_cast<std::size_t>(j)], at)));
-      b[0] = InSinglePrecision(gradient.x);
-      b[1] = InSinglePrecision(gradient.y);
-      b[2] = InSinglePrecision(gradient.z);
-    }
-    std::fill_n(b, 3, 0.0);
+    double* const b = columns_.data();
+    FillGradientColumns(kernel, points_.data(), n_, at, b);
+    int const nEntry = 3 * n_;
+    for (int i = 0; i < nEntry; ++i) b[i] = InSinglePrecision(b[i]);
+    std::fill_n(b + nEntry, 3, 0.0);
   }
 
   // Right-hand sides are rounded to single precision: the weights, and with them all gradients, are defined by the
@@ -107,7 +104,8 @@ class CellSystem {
 
   int const* members_ = nullptr;  // [0..n-1] cell numbers, in the operator's table
   int n_ = 0;
-  std::vector<DQVector> points_;  // [0..n-1]
-  std::vector<double> matrix_;    // (n+1) x (n+1), row-major
-  std::vector<double> columns_;   // (n+1) x 3, row-major: right-hand sides, then the solution
+  std::vector<DQVector> points_;    // [0..n-1]
+  std::vector<double> matrix_;      // (n+1) x (n+1), row-major
+  std::vector<double> columns_;     // (n+1) x 3, row-major: right-hand sides, then the solution
+  std::vector<double> transposed_;  // work memory of the same size
 };

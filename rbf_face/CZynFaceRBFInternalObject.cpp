@@ -61,11 +61,6 @@ CZynFaceRBFInternalObject::WorkOwner& CZynFaceRBFInternalObject::WorkOwner::oper
   return *this;
 }
 
-CZynFaceRBFInternalObject::Work& CZynFaceRBFInternalObject::WorkOwner::Get() {
-  if (work_ == nullptr) work_ = std::make_unique<Work>();
-  return *work_;
-}
-
 void CZynFaceRBFInternalObject::WorkOwner::Release() { work_.reset(); }
 
 /// Releases the work tables at the end of a set-up, also if it ends because memory ran out.
@@ -122,7 +117,7 @@ int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
   if (m_ppFaceCellConn != nullptr) ClearReport();
   WorkTables const releasedAtTheEnd(*this);
   ChangeFileName(RBFFileName, ".rbf", pGV->BaseFileName);
-  Initialize_Face_memory_allocate();
+  AllocateTables();
   SetFaceNodeCollation();
   // After the mesh was measured, since the default distance is a multiple of the mean distance.
   if (pKNCMP != nullptr) {
@@ -131,36 +126,44 @@ int CZynFaceRBFInternalObject::Initialize_FaceInterpolateData(int faceType) {
     ReadRBFbackdoorfile();
   }
   SetFaceADTress();
-  SearchFaceADTress();
-  DeriveAllFaces();
+  SetUpAllFaces();
   if (bDebug) PrintDebugMessage();
   return Status::kDone;
 }
 
+// SearchFaceADTress and the weights of all faces, but one face after the other, while its stencil and rows are at hand.
 // Neighbouring faces share vertices, so the weights of vertices are kept during the walk.
-void CZynFaceRBFInternalObject::DeriveAllFaces() {
+void CZynFaceRBFInternalObject::SetUpAllFaces() {
   Work& work = work_.Get();
-  if (iSearch_method == 3) work.vertexWeights = GrowingRowTable<double>::Create(pMesh->NNode);
-  for (int i = 1; i <= NFace; ++i) {
-    switch (iSearch_method) {
-      case 1:
-      case 2:
-        DeriveFaceCoefficentBysolveDQfullMatrix(i);
-        break;
-      case 3:
-        DeriveFaceCoefficentBysolveDQfullMatrix_20_03(i);
-        break;
-      case 4:
-        DeriveFaceCoefficentBysolveDQfullMatrix_Virtual_Node(i);
-        break;
-      default:
-        break;
-    }
+  switch (iSearch_method) {
+    case 1:
+    case 2:
+      ForEachFaceByNode(&CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix);
+      break;
+    case 3:
+      work.vertexWeights = GrowingRowTable<double>::Create(pMesh->NNode);
+      ForEachFaceByTopology(true);
+      GrowingRowTable<double>::Destroy(work.vertexWeights);
+      break;
+    case 4:
+      m_ppVirtualNode = NewVirtualNodes(NFace);  // no other method has any
+      SetBoundaryCellADTress();
+      ForEachFaceByVirtualNodes(
+          &CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_Virtual_Node);
+      break;
+    default:
+      break;
   }
-  GrowingRowTable<double>::Destroy(work.vertexWeights);
 }
 
 int CZynFaceRBFInternalObject::Initialize_Face_memory_allocate() {
+  AllocateTables();
+  m_ppVirtualNode = NewVirtualNodes(NFace);
+  return Status::kDone;
+}
+
+// All tables but the virtual nodes, which would be the largest that a method fills with nothing.
+void CZynFaceRBFInternalObject::AllocateTables() {
   int const nCell = pMesh->NCell;
   m_ppFaceCellConn = GrowingRowTable<int>::Create(NFace);
   m_pFaceRows = NewArray<Cpp_DataStructure>(NFace);
@@ -173,7 +176,6 @@ int CZynFaceRBFInternalObject::Initialize_Face_memory_allocate() {
   }
   m_ppFaceFiCoef = GrowingRowTable<double>::Create(NFace);
   m_ppFaceDnCoef = GrowingRowTable<double>::Create(NFace);
-  m_ppVirtualNode = NewVirtualNodes(NFace);
   m_pCellTree = new CZYNOptKer;
   m_pBoundaryTree = new CZYNOptKer;
   m_pNodeTable = NewArray<IBCnode>(nCell);
@@ -184,7 +186,6 @@ int CZynFaceRBFInternalObject::Initialize_Face_memory_allocate() {
   m_FaceX.Create(NFace, 0.0);
   m_FaceY.Create(NFace, 0.0);
   m_FaceZ.Create(NFace, 0.0);
-  return Status::kDone;
 }
 
 // Tables are allocated before the settings are read, which may name another method.

@@ -385,9 +385,13 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
     std::unique_ptr<Work> work_;
   };
 
+  /// An operation that derives the weights of a face; null to leave it at the stencil.
+  using DeriveFace = int (CZynFaceRBFInternalObject::*)(int i);
+
   // Lifecycle and settings
+  void AllocateTables();
   void MakeMissingTables();
-  void DeriveAllFaces();
+  void SetUpAllFaces();
 
   // Points and trees
   FaceKind Kind() const;
@@ -403,15 +407,25 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   void MeasureFound(int const* ids, int count, DQVector const& from);
 
   // Stencils
+  bool MayHaveTwins(int n, int const* cells);
+  void ForEachFaceByNode(DeriveFace derive);
+  void ForEachFaceByTopology(bool alsoDerives);
+  int CollectAroundFace(int i, int const* pair, int const* vertices);
+  std::size_t NumberCells(int const* row, int* list, int size, int* positions);
   void StoreFoundStencil(int i, int n, double support);
   double FaceLength(int i, int const* pair, int const* vertices);
   void StartMerged(int const* pair);
   static void AppendOnce(int c, std::vector<int>& list, int* marks);
+  template <typename LengthOf>
+  int** MakePositionRows(int i, int nRow, LengthOf lengthOf);
+  void ForgetPositionRows(int i);
   int StoreStencil(int i);
+  void MakeValueRows(int i, int n);
   void MakeGradientRow(int i, int n);
   static void ClearMarks(std::vector<int> const& list, int* marks);
 
   // Virtual nodes
+  void ForEachFaceByVirtualNodes(DeriveFace derive);
   void StartSides(int const* pair);
   void AppendToSide(int c, std::vector<int>& side, int* marks);
   void CollectNeighbours(int c, std::vector<int>& side, int* marks);
@@ -423,6 +437,9 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
   double NearestPlane(int c, int skippedType, int skippedFace, DQVector const& from, DQVector const& along);
 
   // Coefficients
+  double* SumsOf(int n);
+  void AddFaceByVertices(int i, double* w);
+  void DeriveNewFaceByVertices(int i);
   double const* VertexWeights(int v);
   double* WeightsOf(int n);
   void TakeVerticesOf(int c, KernelSystem& system) const;
@@ -432,7 +449,7 @@ class ZYN_EXPORT CZynFaceRBFInternalObject {
 
   // Report
   void ClearReport();
-  void AccumulateGradientReport(int i);
+  void AddGradientErrors(double sum, DQVector const& gradientSum, int i);
   void AccumulateNormalReport(int i);
   void AddValueError(double sum, int i);
   void PrintValueReport();

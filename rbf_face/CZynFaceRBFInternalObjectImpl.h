@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "foundation/GrowingBoxSearch.h"
 #include "foundation/GrowingRowTable.h"
 #include "foundation/KernelSystem.h"
+#include "foundation/RowTable.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "rbf_face/FaceNodes.h"
@@ -38,12 +40,17 @@ struct CZynFaceRBFInternalObject::Work {
   std::vector<int> ids;                   ///< [0..count-1] entries found by a search
   std::vector<double> distances;          ///< [0..count-1] theirs, L
   std::vector<double> weights;            ///< [1..n] of a vertex or virtual node
+  std::vector<double> sums;               ///< [0..n-1][0..3] of a face, weights of gradient and value
   std::vector<double> cellWeights;        ///< [1..n] of a vertex
+
+  PieceStore positions;  ///< the rows of positions of all faces, or of the last one
 
   DistanceSort distanceSort;
   KernelSystem faceSystem, pointSystem;
 
   std::optional<BoundingBox> entries;  ///< bounds of the points in the tree of cells
+  std::vector<DQVector> entryPoints;   ///< [1..NCell] these points by entry
+  std::vector<double> keys;            ///< of listed cells, see Delete_Duplicate_Coordinate
   /// [1..NNode] weights of the vertices solved so far, during a walk over all faces; null otherwise.
   double** vertexWeights = nullptr;
 
@@ -52,6 +59,11 @@ struct CZynFaceRBFInternalObject::Work {
   Work& operator=(Work const&) = delete;
   ~Work() { GrowingRowTable<double>::Destroy(vertexWeights); }
 };
+
+inline CZynFaceRBFInternalObject::Work& CZynFaceRBFInternalObject::WorkOwner::Get() {
+  if (work_ == nullptr) work_ = std::make_unique<Work>();
+  return *work_;
+}
 
 inline FaceKind CZynFaceRBFInternalObject::Kind() const { return static_cast<FaceKind>(iFaceType); }
 
@@ -68,4 +80,26 @@ inline DQVector CZynFaceRBFInternalObject::PointOf(int c) const { return face_no
 
 inline DQVector CZynFaceRBFInternalObject::VertexPoint(int v) const {
   return face_nodes::PointOfVertex(*this, v);
+}
+
+// Adds a cell to a list unless it is there, and marks it with its position.
+inline void CZynFaceRBFInternalObject::AppendOnce(int c, std::vector<int>& list, int* marks) {
+  if (marks[c] != 0) return;
+  marks[c] = static_cast<int>(list.size());
+  list.push_back(c);
+}
+
+// Rows 1..nRow of positions for face i, each with its length in element 0, in place of those that it had.
+// @return [0..nRow], row 0 null
+template <typename LengthOf>
+int** CZynFaceRBFInternalObject::MakePositionRows(int i, int nRow, LengthOf lengthOf) {
+  std::size_t nElement = 0;
+  for (int k = 1; k <= nRow; ++k) nElement += static_cast<std::size_t>(lengthOf(k)) + 1;
+  void* const memory = work_.Get().positions.Take(RowTable<int>::Bytes(nRow, nElement));
+  int** const rows =
+      RowTable<int>::LayOut(memory, nRow, nRow, [&lengthOf](int k) { return lengthOf(k) + 1; });
+  rows[0] = nullptr;
+  for (int k = 1; k <= nRow; ++k) rows[k][0] = lengthOf(k);
+  m_pFaceRows[i].Borrow(nRow, rows);
+  return rows;
 }

@@ -6,6 +6,7 @@
 
 #include "foundation/CellPositions.h"
 #include "foundation/DQVector.h"
+#include "foundation/ListedDistances.h"
 #include "foundation/Status.h"
 #include "host/ZYNOptKer.h"
 #include "host/Zyn3dGV.h"
@@ -136,15 +137,21 @@ int CZynFaceRBFInternalObject::SearchFaceADTress() {
   return Status::kDone;
 }
 
-// A search stops growing when it covers all entries, so their bounds are measured, once.
+// A search stops growing when it covers all entries, so their bounds are measured, once. Their points are copied, since
+// all that a search finds is looked up by entry.
 GrowingBoxSearch CZynFaceRBFInternalObject::CellSearch() {
-  std::optional<BoundingBox>& entries = work_.Get().entries;
-  if (!entries) {
-    entries.emplace();
-    for (int id = 1; id <= pMesh->NCell; ++id)
-      entries->Widen(m_pNodeTable[id].x, m_pNodeTable[id].y, m_pNodeTable[id].z);
+  Work& work = work_.Get();
+  int const nEntry = pMesh->NCell;
+  if (!work.entries) {
+    work.entries.emplace();
+    work.entryPoints.resize(static_cast<std::size_t>(nEntry) + 1);
+    for (int id = 1; id <= nEntry; ++id) {
+      DQVector const point = PointOf(m_pTreeCell[id]);
+      work.entryPoints[static_cast<std::size_t>(id)] = point;
+      work.entries->Widen(point.x, point.y, point.z);
+    }
   }
-  return GrowingBoxSearch(*m_pCellTree, *entries, pMesh->NCell, MeanDistance);
+  return GrowingBoxSearch(*m_pCellTree, *work.entries, nEntry, MeanDistance);
 }
 
 // Fills the work arrays with the ids and distances of an answer, in its order.
@@ -152,8 +159,7 @@ void CZynFaceRBFInternalObject::MeasureFound(int const* ids, int count, DQVector
   Work& work = work_.Get();
   work.ids.assign(ids, ids + count);
   work.distances.resize(static_cast<std::size_t>(count));
-  for (std::size_t k = 0; k < work.ids.size(); ++k)
-    work.distances[k] = Length(OffsetBetween(from, m_pNodeTable[m_pTreeCell[work.ids[k]]]));
+  MeasureListed(work.entryPoints.data(), ids, count, from, work.distances.data());
 }
 
 int CZynFaceRBFInternalObject::Search_ClosestCellID_byNode(double x, double y, double z) {
@@ -163,11 +169,15 @@ int CZynFaceRBFInternalObject::Search_ClosestCellID_byNode(double x, double y, d
   // What sorting would bring to the front: the first of the least distances. Squares decide where they can. Two
   // different squares may have the same root, so roots are compared where a square is less.
   DQVector const from = {x, y, z};
+  Work& work = work_.Get();
+  work.distances.resize(static_cast<std::size_t>(found.count));
+  double const* const squares = work.distances.data();
+  MeasureSquaresListed(work.entryPoints.data(), found.ids, found.count, from, work.distances.data());
   int closest = 0;
   double least2 = std::numeric_limits<double>::infinity(), least = least2;
   bool isOrdered = true;
   for (int k = 0; k < found.count; ++k) {
-    double const r2 = SquaredLength(OffsetBetween(from, m_pNodeTable[m_pTreeCell[found.ids[k]]]));
+    double const r2 = squares[k];
     if (r2 < least2) {
       double const r = std::sqrt(r2);
       if (r < least) {
@@ -183,7 +193,6 @@ int CZynFaceRBFInternalObject::Search_ClosestCellID_byNode(double x, double y, d
 
   // A distance that is not a number ends up where sorting leaves it.
   MeasureFound(found.ids, found.count, from);
-  Work& work = work_.Get();
   Dis_Sorting(work.ids.data(), work.distances.data(), found.count);
   return work.ids[0];
 }

@@ -7,6 +7,7 @@
 
 #include "foundation/DQVector.h"
 #include "foundation/Status.h"
+#include "foundation/WeightRows.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 #include "rbf_face/FaceNodes.h"
 
@@ -16,7 +17,7 @@ int CZynFaceRBFInternalObject::DeriveFacefiBysolveDQfullMatrix_03(int v, double*
   KernelSystem& system = work_.Get().pointSystem;
   system.Clear();
   for (int k = 1; k <= cells[0]; ++k) system.Add(PointOf(cells[k]));
-  double const* const w = system.SolveForValue(InterpolationDQKernel(Span, system.Reach(at)), at);
+  double const* const w = system.SolveForValue(PlainDQKernel(Span, system.Reach(at)), at);
   double sum = 0.0;
   for (int k = 1; k <= cells[0]; ++k) {
     out[k] = w[k - 1];
@@ -66,6 +67,14 @@ double const* CZynFaceRBFInternalObject::VertexWeights(int v) {
   if (kept == nullptr)
     DeriveFacefiBysolveDQfullMatrix_03(v, GrowingRowTable<double>::MakeRow(work.vertexWeights, v, n));
   return kept;
+}
+
+// Room for [0..n-1][0..3], used again for the next face.
+double* CZynFaceRBFInternalObject::SumsOf(int n) {
+  std::vector<double>& sums = work_.Get().sums;
+  std::size_t const size = kWeightColumns * static_cast<std::size_t>(n);
+  if (sums.size() < size) sums.resize(size);
+  return sums.data();
 }
 
 // Room for [1..n], used again for the next virtual node.

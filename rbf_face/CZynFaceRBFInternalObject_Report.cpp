@@ -72,21 +72,11 @@ void CZynFaceRBFInternalObject::AddValueError(double sum, int i) {
   }
 }
 
-void CZynFaceRBFInternalObject::AccumulateGradientReport(int i) {
-  int const n = m_ppFaceCellConn[i][0];
-  IBCnode const* const gradient = m_ppFaceGradCoef[i];
-  double const* const value = m_ppFaceFiCoef[i];
-  double sum = 0.0, sumX = 0.0, sumY = 0.0, sumZ = 0.0;
-  for (int k = 1; k <= n; ++k) {
-    sum += value[k];
-    sumX += gradient[k].x;
-    sumY += gradient[k].y;
-    sumZ += gradient[k].z;
-  }
+void CZynFaceRBFInternalObject::AddGradientErrors(double sum, DQVector const& gradientSum, int i) {
   AddValueError(sum, i);
-  AddSlopeError(sumX, i, dfidxRMS, dfidxMAX, dfidxMAXFaceID, dfidxMAXRBF);
-  AddSlopeError(sumY, i, dfidyRMS, dfidyMAX, dfidyMAXFaceID, dfidyMAXRBF);
-  AddSlopeError(sumZ, i, dfidzRMS, dfidzMAX, dfidzMAXFaceID, dfidzMAXRBF);
+  AddSlopeError(gradientSum.x, i, dfidxRMS, dfidxMAX, dfidxMAXFaceID, dfidxMAXRBF);
+  AddSlopeError(gradientSum.y, i, dfidyRMS, dfidyMAX, dfidyMAXFaceID, dfidyMAXRBF);
+  AddSlopeError(gradientSum.z, i, dfidzRMS, dfidzMAX, dfidzMAXFaceID, dfidzMAXRBF);
 }
 
 void CZynFaceRBFInternalObject::AccumulateNormalReport(int i) {

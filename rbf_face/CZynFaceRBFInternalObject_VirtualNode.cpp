@@ -1,6 +1,7 @@
 // Virtual nodes of method 4: where P and E lie, and the cells around them.
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "foundation/DQVector.h"
@@ -18,13 +19,18 @@ DQVector Foot(DQVector const& from, DQVector const& origin, DQVector const& s) {
 
 }  // namespace
 
-void CZynFaceRBFInternalObject::Search_by_normal_virtual_node() {
+void CZynFaceRBFInternalObject::Search_by_normal_virtual_node() { ForEachFaceByVirtualNodes(nullptr); }
+
+void CZynFaceRBFInternalObject::ForEachFaceByVirtualNodes(DeriveFace derive) {
   FaceGroup const faces = OwnFaces();
   int const nFace = std::min(NFace, faces.count);
   for (int i = 1; i <= nFace; ++i) {
     int pair[2] = {faces.cv[i], faces.other[i]};
     Set_VirtualNode_Coord_and_ClosestCellID(iFaceType, i, pair, faces.sx[i], faces.sy[i], faces.sz[i]);
     CountingVirtualNodeToCellconnectionNumber_By33(i, pair);
+    if (derive == nullptr) continue;
+    (this->*derive)(i);
+    ForgetPositionRows(i);
   }
 }
 
@@ -62,6 +68,7 @@ int CZynFaceRBFInternalObject::CountingVirtualNodeToCellconnectionNumber_By33(in
 
   StoreSides(i);
   int const n = StoreStencil(i);
+  MakeValueRows(i, n);
   if (iSearch_method != 4) MakeMissingTables();
   MakeGradientRow(i, n);
   ClearMarks(work.merged, m_pMarkAll);
@@ -102,15 +109,14 @@ bool CZynFaceRBFInternalObject::DropTwins(std::vector<int>& list, int* marks) {
 // Rows 1 and 2 of the face: the stencils of P and E as positions in the merged list.
 void CZynFaceRBFInternalObject::StoreSides(int i) {
   Work& work = work_.Get();
-  Cpp_DataStructure& rows = m_pFaceRows[i];
-  rows.Release();
-  rows.SetRowNumber(kE);
-  auto const store = [&rows, this](int k, std::vector<int> const& side) {
-    int const n = static_cast<int>(side.size()) - 1;
-    rows.CreateRow(k, n);
-    int* const positions = rows.m_ppRow[k];
-    for (int j = 1; j <= n; ++j) positions[j] = m_pMarkAll[side[static_cast<std::size_t>(j)]];
+  std::array<std::vector<int> const*, kE + 1> const sides = {nullptr, &work.sideP, &work.sideE};
+  auto const sizeOf = [&sides](int k) {
+    return static_cast<int>(sides[static_cast<std::size_t>(k)]->size()) - 1;
   };
-  store(kP, work.sideP);
-  store(kE, work.sideE);
+  int* const* const rows = MakePositionRows(i, kE, sizeOf);
+  for (int const k : {kP, kE}) {
+    int const* const side = sides[static_cast<std::size_t>(k)]->data();
+    int* const positions = rows[k];
+    for (int j = 1; j <= positions[0]; ++j) positions[j] = m_pMarkAll[side[j]];
+  }
 }

@@ -90,7 +90,9 @@ int CZynFaceRBFInternalObject::CountingVirtualNodeToCellconnectionNumber(int i, 
   CollectAroundVertices(m_ppVirtualNode[i][kP].tag, work.sideP, m_pMarkP);
   CollectAroundVertices(m_ppVirtualNode[i][kE].tag, work.sideE, m_pMarkE);
   StoreSides(i);
-  return StoreStencil(i);
+  int const n = StoreStencil(i);
+  MakeValueRows(i, n);
+  return n;
 }
 
 void CZynFaceRBFInternalObject::ClearAllMarks() {
@@ -121,6 +123,7 @@ int CZynFaceRBFInternalObject::CountingVirtualNodeToCellBySearchNumber(int i, in
   CollectCube(m_ppVirtualNode[i][kE], Length(OffsetBetween(PointOf(pair[0]), behind)), work.sideE, m_pMarkE);
   StoreSides(i);
   int const n = StoreStencil(i);
+  MakeValueRows(i, n);
   int const nP = static_cast<int>(work.sideP.size()) - 1, nE = static_cast<int>(work.sideE.size()) - 1;
   PrintFormatted("iface_VP[%d] = %d, iface_VE[%d] = %d\n", i, nP, i, nE);
   return n;

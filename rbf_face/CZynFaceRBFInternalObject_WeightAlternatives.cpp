@@ -56,6 +56,6 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_Cell_PE(i
   for (int k = 1; k <= 2; ++k) system.Add(PointOf(stencil[k]));
   double const h =
       std::max(Length(OffsetBetween(system.Node(0), at)), Length(OffsetBetween(system.Node(1), at)));
-  system.SolveForGradientAndValue(InterpolationDQKernel(Span, h), at);
+  system.SolveForGradientAndValue(PlainDQKernel(Span, h), at);
   return Status::kSuccess;
 }

@@ -9,21 +9,9 @@
 
 #include "foundation/DQVector.h"
 #include "foundation/Status.h"
+#include "foundation/WeightRows.h"
 #include "rbf_face/CZynFaceRBFInternalObjectImpl.h"
 #include "rbf_face/FaceNodes.h"
-
-namespace {
-
-constexpr int kColumns = 4;  // of a solution with gradient and value: d/dx, d/dy, d/dz, value
-
-// IBCnode::SetDataVector, here where it can be inlined: it runs for every cell around every vertex of a face.
-void Add(double dx, double dy, double dz, IBCnode& sum) {
-  sum.x += dx;
-  sum.y += dy;
-  sum.z += dz;
-}
-
-}  // namespace
 
 // Methods 1 and 2: gradient and value at F from the cells of the stencil.
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
@@ -31,12 +19,11 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
   if (stencil == nullptr) return Status::kSuccess;
   KernelSystem& system = work_.Get().faceSystem;
   face_nodes::TakeStencil(*this, i, system);
-  double const* w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
-  for (int k = 1; k <= stencil[0]; ++k, w += kColumns) {
-    m_ppFaceGradCoef[i][k].SetData(w[0], w[1], w[2], i);
-    m_ppFaceFiCoef[i][k] = w[3];
-  }
-  AccumulateGradientReport(i);
+  double const* const w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
+  IBCnode* const gradient = m_ppFaceGradCoef[i];
+  WeightSums const sums = StoreWeights(w, stencil[0], gradient, m_ppFaceFiCoef[i]);
+  for (int k = 1; k <= stencil[0]; ++k) gradient[k].tag = i;
+  AddGradientErrors(sums.value, sums.gradient, i);
   return Status::kSuccess;
 }
 
@@ -46,31 +33,40 @@ int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix(int i) {
 // added up in this order.
 int CZynFaceRBFInternalObject::DeriveFaceCoefficentBysolveDQfullMatrix_20_03(int i) {
   if (m_ppFaceCellConn[i] == nullptr) return Status::kSuccess;
+  int const n = m_ppFaceCellConn[i][0];
+  double* const w = SumsOf(n);
+  LoadWeights(m_ppFaceGradCoef[i], m_ppFaceFiCoef[i], n, w);
+  AddFaceByVertices(i, w);
+  WeightSums const sums = StoreWeights(w, n, m_ppFaceGradCoef[i], m_ppFaceFiCoef[i]);
+  ++NFaceDone;
+  AddGradientErrors(sums.value, sums.gradient, i);
+  return Status::kSuccess;
+}
+
+// The same for a face that has no rows of weights yet. Those of the normal derivative stay zero.
+void CZynFaceRBFInternalObject::DeriveNewFaceByVertices(int i) {
+  int const n = m_ppFaceCellConn[i][0];
+  double* const w = SumsOf(n);
+  std::fill_n(w, kWeightColumns * n, 0.0);
+  AddFaceByVertices(i, w);
+  WeightSums const sums = MakeWeightRows(w, n, 0, m_ppFaceGradCoef, m_ppFaceFiCoef, i);
+  GrowingRowTable<double>::ShareZeros(m_ppFaceDnCoef, i, n);
+  ++NFaceDone;
+  AddGradientErrors(sums.value, sums.gradient, i);
+}
+
+// Adds the weights to w, [0..n-1][0..3].
+void CZynFaceRBFInternalObject::AddFaceByVertices(int i, double* w) {
   KernelSystem& system = work_.Get().faceSystem;
   face_nodes::TakePairAndVertices(*this, i, system);
-  double const* const w = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
+  double const* const solution = system.SolveForGradientAndValue(face_nodes::FaceKernel(*this, i), Target(i));
 
+  constexpr int kCells = 2;
   int const* const vertices = m_ppFaceLnods[i];
-  IBCnode* const gradient = m_ppFaceGradCoef[i];
-  double* const value = m_ppFaceFiCoef[i];
-  for (int j = 1; j <= vertices[0]; ++j) {
-    double const* const ofVertex = w + kColumns * (j + 1);
-    double const* const u = VertexWeights(vertices[j]);
-    int const* const positions = m_pFaceRows[i].m_ppRow[j];
-    for (int m = 1; m <= positions[0]; ++m) {
-      int const position = positions[m];
-      Add(u[m] * ofVertex[0], u[m] * ofVertex[1], u[m] * ofVertex[2], gradient[position]);
-      value[position] += u[m] * ofVertex[3];
-    }
-  }
-  for (int k = 1; k <= 2; ++k) {
-    double const* const ofCell = w + kColumns * (k - 1);
-    Add(ofCell[0], ofCell[1], ofCell[2], gradient[k]);
-    value[k] += ofCell[3];
-  }
-  ++NFaceDone;
-  AccumulateGradientReport(i);
-  return Status::kSuccess;
+  int* const* const positions = m_pFaceRows[i].m_ppRow;
+  for (int j = 1; j <= vertices[0]; ++j)
+    AddShares(solution + kWeightColumns * (kCells + j - 1), VertexWeights(vertices[j]), positions[j], w);
+  AddFirst(solution, kCells, w);
 }
 
 // Method 4: linear along the normal between the values at P and E. With u, v the weights of P and E, D = |P - E|:

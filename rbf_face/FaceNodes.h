@@ -60,7 +60,7 @@ inline void TakePairAndVertices(CZynFaceRBFInternalObject const& op, int i, Kern
 }
 
 /// Methods 1 to 3: the kernel of the face's system.
-inline InterpolationDQKernel FaceKernel(CZynFaceRBFInternalObject const& op, int i) {
+inline PlainDQKernel FaceKernel(CZynFaceRBFInternalObject const& op, int i) {
   return {op.Span, op.m_pFaceSupport[i]};
 }
 

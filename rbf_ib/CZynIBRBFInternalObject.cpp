@@ -45,6 +45,7 @@ void CZynIBRBFInternalObject::ReleaseTables() {
   GrowingRowTable<double>::Destroy(m_ppIBValueCoef);
   RowTable<int>::Destroy(ppRBFiNodeConn);
   DeleteArray(m_pIBNodeCellTable);
+  DeleteObject(positionStore_);
 
   FreeZeroedArray(m_piCellToBlock);
   FreeZeroedArray(m_piNodeKind);
@@ -94,7 +95,8 @@ int CZynIBRBFInternalObject::Initialize_IBInterpolateData(double* pCellMark, int
   }
   SetIBADTress(pCellMark);
   PrintFlushed("SetIBADTress ok\n");
-  SearchIBADTress(x, y, z, iSearch_method, Search_distance, Search_number);
+  // Without coefficients: these are written with what stands in them, not made as zeros before.
+  FindStencils(x, y, z, iSearch_method, Search_number, false);
   PrintFlushed("SearchIBADTress ok\n");
   DeriveAllPoints(x, y, z);
   PrintFlushed("DeriveIBCoefficentBysolveDQfullMatrix ok\n");
@@ -126,6 +128,7 @@ int CZynIBRBFInternalObject::Initialize_IB_memory_allocate(int nIB) {
   m_ppIBConn = GrowingRowTable<int>::Create(nPoint);
   m_ppIBNodeConn = GrowingRowTable<int>::Create(nPoint);
   m_pIBNodeCellTable = new Cpp_DataStructure[static_cast<std::size_t>(nPoint) + 1];
+  positionStore_ = new PieceStore;
   m_ppIBCoef = GrowingRowTable<IBCnode>::Create(nPoint);
   m_ppIBValueCoef = GrowingRowTable<double>::Create(nPoint);
   m_pIBSupportLength = NewZeroedArray<double>(nPoint);

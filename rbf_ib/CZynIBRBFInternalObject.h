@@ -16,6 +16,8 @@ class CZYNGVOpenMP;
 class CZYNKNCMPCompParm;
 class CZYNOptKer;
 class CZyn3dGV;
+class PieceStore;
+struct WeightSums;
 
 /// Value and gradient of cell fields at free points in space, such as points on a body immersed in the mesh.
 ///
@@ -294,16 +296,27 @@ class ZYN_EXPORT CZynIBRBFInternalObject {
   // Stencils
   int ChooseSeeds(int i, Candidates const& candidates);
   int CollectStencil(int i, int nSeed, int const* seeds, StencilWork& work);
-  void StoreNodes(int i, std::vector<int> const& nodes);
+  void FindStencils(double const* x, double const* y, double const* z, int iMethod, int iNumber,
+                    bool withCoefficients);
+  void FindByNode(double const* x, double const* y, double const* z, int iMethod, int iNumber,
+                  bool withCoefficients);
+  void FindByTopology(double const* x, double const* y, double const* z, bool withCoefficients);
+  int** MakePositionRows(int i, int const* nodes);
   void ClearLocalNumbers();
   void ClearLocalNumbersOf(int i);
-  void CreateRows(int i, int n);
+  int* CreateStencilRow(int i, int n);
+  void CreateCoefficientRows(int i, int n);
 
   // Coefficients and report
   void DeriveAllPoints(double const* x, double const* y, double const* z);
   void DerivePoint(int i, double x, double y, double z, DerivationWork& work);
   void DerivePointByNodes(int i, double x, double y, double z, DerivationWork& work);
+  void DeriveNewPoint(int i, double x, double y, double z, DerivationWork& work);
+  void DeriveNewPointByNodes(int i, double x, double y, double z, DerivationWork& work);
   double const* WeightsOfNode(int node, DerivationWork& work);
   void DeriveNode(int node, double* weights, DerivationWork& work);
-  void GatherErrors(int i);
+  void AddByNodes(int i, double x, double y, double z, DerivationWork& work);
+  void GatherErrors(int i, WeightSums const& sums);
+
+  PieceStore* positionStore_ = nullptr;  // the rows of m_pIBNodeCellTable; owned
 };

@@ -38,19 +38,21 @@ int CZynIBRBFInternalObject::SetIBNodeCollation() {
 // Nodes that only symmetry or partition faces have are not marked: the rows of cells around nodes are defined so.
 void CZynIBRBFInternalObject::MarkBoundaryNodes() {
   m_bBoundaryNode.Create(m_pMesh->NNode, false);
+  bool* const isBoundary = m_bBoundaryNode.Get_Ptr();
   for (FaceKind const kind : {FaceKind::Wall, FaceKind::Inlet, FaceKind::Outlet}) {
     FaceGroup const faces = FacesOf(kind, *m_pMesh);
     for (int f = 1; f <= faces.count; ++f) {
       int const* const nodes = faces.nodes[f];
-      for (int k = 1; k <= nodes[0]; ++k) m_bBoundaryNode[nodes[k]] = true;
+      for (int k = 1; k <= nodes[0]; ++k) isBoundary[nodes[k]] = true;
     }
   }
 }
 
 int CZynIBRBFInternalObject::Create_ppRBFiNodeConn(double* pCellMark) {
   RowTable<int>::Destroy(ppRBFiNodeConn);
+  bool const* const isBoundary = m_bBoundaryNode.Get_Ptr();
   ppRBFiNodeConn = CreateNodeCellRows(
-      *m_pMesh, [this](int node) { return m_bBoundaryNode[node]; },
+      *m_pMesh, [isBoundary](int node) { return isBoundary[node]; },
       [pCellMark](int c) { return IsUsable(pCellMark[c]); });
   return Status::kDone;
 }

@@ -4,6 +4,7 @@
 
 #include "foundation/Progress.h"
 #include "foundation/Status.h"
+#include "foundation/WeightRows.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 
 namespace {
@@ -28,15 +29,9 @@ void RaiseError(double error, double computed, int point, double& sumOfSquares, 
 
 }  // namespace
 
-void CZynIBRBFInternalObject::GatherErrors(int i) {
-  int const n = m_ppIBConn[i][0];
-  double sum = 0.0, sumX = 0.0, sumY = 0.0, sumZ = 0.0;
-  for (int k = 1; k <= n; ++k) {
-    sum += m_ppIBValueCoef[i][k];
-    sumX += m_ppIBCoef[i][k].x;
-    sumY += m_ppIBCoef[i][k].y;
-    sumZ += m_ppIBCoef[i][k].z;
-  }
+void CZynIBRBFInternalObject::GatherErrors(int i, WeightSums const& sums) {
+  double const sum = sums.value;
+  double const sumX = sums.gradient.x, sumY = sums.gradient.y, sumZ = sums.gradient.z;
   ++m_iNDerived;
   double const error = std::fabs(1.0 - sum);
   if (error > m_dFiMaxError) m_dFiMaxAnalysis = 1.0;

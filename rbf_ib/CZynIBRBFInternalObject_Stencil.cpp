@@ -8,6 +8,8 @@
 #include "foundation/DQVector.h"
 #include "foundation/GrowingBoxSearch.h"
 #include "foundation/GrowingRowTable.h"
+#include "foundation/ListedDistances.h"
+#include "foundation/RowTable.h"
 #include "foundation/Status.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
@@ -52,8 +54,7 @@ struct CZynIBRBFInternalObject::Candidates {
     std::size_t const n = static_cast<std::size_t>(found.count);
     ids.assign(found.ids, found.ids + n);
     distances.resize(n);
-    for (std::size_t k = 0; k < n; ++k)
-      distances[k] = Length(OffsetBetween(positions[static_cast<std::size_t>(ids[k])], p));
+    MeasureListed(positions.data(), found.ids, found.count, p, distances.data());
   }
 
   void Sort(int nWanted) { sort.Sort(ids.data(), distances.data(), Count(), nWanted); }
@@ -66,13 +67,27 @@ struct CZynIBRBFInternalObject::StencilWork {
 
 int CZynIBRBFInternalObject::SearchIBADTress(double* x, double* y, double* z, int iMethod,
                                              double /*dDistance*/, int iNumber) {
-  if (iMethod == kWholeCube || iMethod == kNearest) Search_by_Node_control(x, y, z, iMethod, iNumber);
-  if (iMethod == kByTopology) Search_by_Topology_control(x, y, z);
+  FindStencils(x, y, z, iMethod, iNumber, true);
   return Status::kDone;
 }
 
 void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, double* z, int iMethod,
                                                      int iNumber) {
+  FindByNode(x, y, z, iMethod, iNumber, true);
+}
+
+void CZynIBRBFInternalObject::Search_by_Topology_control(double* x, double* y, double* z) {
+  FindByTopology(x, y, z, true);
+}
+
+void CZynIBRBFInternalObject::FindStencils(double const* x, double const* y, double const* z, int iMethod,
+                                           int iNumber, bool withCoefficients) {
+  if (iMethod == kWholeCube || iMethod == kNearest) FindByNode(x, y, z, iMethod, iNumber, withCoefficients);
+  if (iMethod == kByTopology) FindByTopology(x, y, z, withCoefficients);
+}
+
+void CZynIBRBFInternalObject::FindByNode(double const* x, double const* y, double const* z, int iMethod,
+                                         int iNumber, bool withCoefficients) {
   Candidates candidates(*this);
   GrowingBoxSearch const search(*m_pADTree, candidates.bounds, candidates.NEntry(), MeanDistance);
   for (int i = 1; i <= m_iNIBNode; ++i) {
@@ -86,14 +101,16 @@ void CZynIBRBFInternalObject::Search_by_Node_control(double* x, double* y, doubl
       candidates.Sort(n);
       support = n > 0 ? candidates.distances[static_cast<std::size_t>(n) - 1] : 0.0;
     }
-    CreateRows(i, n);
+    int* const row = CreateStencilRow(i, n);
+    if (withCoefficients) CreateCoefficientRows(i, n);
     m_pIBSupportLength[i] = support;
-    for (int j = 0; j < n; ++j)
-      m_ppIBConn[i][j + 1] = m_piBlockToCell[candidates.ids[static_cast<std::size_t>(j)]];
+    int const* const ids = candidates.ids.data();
+    for (int j = 0; j < n; ++j) row[j + 1] = m_piBlockToCell[ids[j]];
   }
 }
 
-void CZynIBRBFInternalObject::Search_by_Topology_control(double* x, double* y, double* z) {
+void CZynIBRBFInternalObject::FindByTopology(double const* x, double const* y, double const* z,
+                                             bool withCoefficients) {
   Candidates candidates(*this);
   GrowingBoxSearch const search(*m_pADTree, candidates.bounds, candidates.NEntry(), MeanDistance);
   StencilWork work;
@@ -106,7 +123,8 @@ void CZynIBRBFInternalObject::Search_by_Topology_control(double* x, double* y, d
     int seeds[kMaxSeeds];
     for (int s = 0; s < nSeed; ++s) seeds[s] = m_piBlockToCell[candidates.ids[static_cast<std::size_t>(s)]];
     if (i > 1) ClearLocalNumbersOf(i - 1);
-    CollectStencil(i, nSeed, seeds, work);
+    int const n = CollectStencil(i, nSeed, seeds, work);
+    if (withCoefficients) CreateCoefficientRows(i, n);
   }
 }
 
@@ -126,8 +144,13 @@ int CZynIBRBFInternalObject::ChooseSeeds(int i, Candidates const& candidates) {
   return two ? 2 : 1;
 }
 
-void CZynIBRBFInternalObject::CreateRows(int i, int n) {
-  GrowingRowTable<int>::MakeRow(m_ppIBConn, i, n)[0] = n;
+int* CZynIBRBFInternalObject::CreateStencilRow(int i, int n) {
+  int* const row = GrowingRowTable<int>::MakeRow(m_ppIBConn, i, n);
+  row[0] = n;
+  return row;
+}
+
+void CZynIBRBFInternalObject::CreateCoefficientRows(int i, int n) {
   GrowingRowTable<IBCnode>::MakeRow(m_ppIBCoef, i, n);
   GrowingRowTable<double>::MakeRow(m_ppIBValueCoef, i, n);
 }
@@ -135,7 +158,9 @@ void CZynIBRBFInternalObject::CreateRows(int i, int n) {
 int CZynIBRBFInternalObject::CountingNodeToCellconnectionNumber(int i, int nSeed, int* pSeed) {
   StencilWork work;
   ClearLocalNumbers();
-  return CollectStencil(i, nSeed, pSeed, work);
+  int const n = CollectStencil(i, nSeed, pSeed, work);
+  CreateCoefficientRows(i, n);
+  return n;
 }
 
 void CZynIBRBFInternalObject::ClearLocalNumbers() {
@@ -146,8 +171,9 @@ void CZynIBRBFInternalObject::ClearLocalNumbers() {
 // Everything that CollectStencil numbered for point i; all other numbers are zero.
 void CZynIBRBFInternalObject::ClearLocalNumbersOf(int i) {
   int const *const cells = m_ppIBConn[i], *const nodes = m_ppIBNodeConn[i];
-  for (int k = 1; k <= cells[0]; ++k) m_CellLocalID[cells[k]] = 0;
-  for (int k = 1; k <= nodes[0]; ++k) m_NodeLocalID[nodes[k]] = 0;
+  int *const numberOfCell = m_CellLocalID.m_pData, *const numberOfNode = m_NodeLocalID.m_pData;
+  for (int k = 1; k <= cells[0]; ++k) numberOfCell[cells[k]] = 0;
+  for (int k = 1; k <= nodes[0]; ++k) numberOfNode[nodes[k]] = 0;
 }
 
 // One ring of cells around the seeds: the seeds, then the usable cells around each of their nodes, in the order in
@@ -157,46 +183,51 @@ int CZynIBRBFInternalObject::CollectStencil(int i, int nSeed, int const* seeds, 
   std::vector<int>& nodes = work.nodes;
   cells.clear();
   nodes.clear();
-  auto const number = [](CZYNVector<int, 1>& numbers, std::vector<int>& met, int entity) {
+  int *const numberOfCell = m_CellLocalID.m_pData, *const numberOfNode = m_NodeLocalID.m_pData;
+  auto const number = [](int* numbers, std::vector<int>& met, int entity) {
     met.push_back(entity);
-    numbers[entity] = static_cast<int>(met.size());
+    return numbers[entity] = static_cast<int>(met.size());
   };
-  for (int s = 0; s < nSeed; ++s) number(m_CellLocalID, cells, seeds[s]);
+  for (int s = 0; s < nSeed; ++s) number(numberOfCell, cells, seeds[s]);
   for (int s = 0; s < nSeed; ++s) {
     int const* const seedNodes = m_pMesh->CellLnods[seeds[s]];
     // A mesh need not have rows of nodes for ghost and halo cells.
     int const nNode = seedNodes == nullptr ? 0 : m_pMesh->CellLnodsNumber[seeds[s]];
     for (int k = 1; k <= nNode; ++k)
-      if (m_NodeLocalID[seedNodes[k]] == 0) number(m_NodeLocalID, nodes, seedNodes[k]);
+      if (numberOfNode[seedNodes[k]] == 0) number(numberOfNode, nodes, seedNodes[k]);
   }
-  for (int const node : nodes) {
-    int const* const around = ppRBFiNodeConn[node];
-    for (int k = 1; k <= around[0]; ++k)
-      if (m_CellLocalID[around[k]] == 0) number(m_CellLocalID, cells, around[k]);
+  int const nNode = static_cast<int>(nodes.size());
+  int* const nodeRow = GrowingRowTable<int>::MakeRow(m_ppIBNodeConn, i, nNode);
+  nodeRow[0] = nNode;
+  std::copy(nodes.begin(), nodes.end(), nodeRow + 1);
+
+  int* const* const positionRows = MakePositionRows(i, nodeRow);
+  for (int j = 1; j <= nNode; ++j) {
+    int const* const around = ppRBFiNodeConn[nodeRow[j]];
+    int* const positions = positionRows[j];
+    for (int k = 1; k <= around[0]; ++k) {
+      int const c = around[k];
+      int const known = numberOfCell[c];
+      positions[k] = known != 0 ? known : number(numberOfCell, cells, c);
+    }
   }
-  StoreNodes(i, nodes);
   int const n = static_cast<int>(cells.size());
-  CreateRows(i, n);
-  std::copy(cells.begin(), cells.end(), m_ppIBConn[i] + 1);
+  std::copy(cells.begin(), cells.end(), CreateStencilRow(i, n) + 1);
   return n;
 }
 
-// The mesh nodes of point i, and for each of them the stencil positions of the cells around it.
-void CZynIBRBFInternalObject::StoreNodes(int i, std::vector<int> const& nodes) {
-  int const nNode = static_cast<int>(nodes.size());
-  int* const row = GrowingRowTable<int>::MakeRow(m_ppIBNodeConn, i, nNode);
-  row[0] = nNode;
-  std::copy(nodes.begin(), nodes.end(), row + 1);
-
-  Cpp_DataStructure& table = m_pIBNodeCellTable[i];
-  table.Release();
-  table.SetRowNumber(nNode);
-  for (int j = 1; j <= nNode; ++j) {
-    int const* const around = ppRBFiNodeConn[row[j]];
-    table.CreateRow(j, around[0]);
-    int* const positions = table.m_ppRow[j];
-    for (int k = 1; k <= around[0]; ++k) positions[k] = m_CellLocalID[around[k]];
-  }
+// Rows of positions for the nodes of point i, each as long as the node's row of cells and with that length in element 0.
+int** CZynIBRBFInternalObject::MakePositionRows(int i, int const* nodes) {
+  int const nNode = nodes[0];
+  auto const lengthOf = [this, nodes](int j) { return ppRBFiNodeConn[nodes[j]][0] + 1; };
+  std::size_t nElement = 0;
+  for (int j = 1; j <= nNode; ++j) nElement += static_cast<std::size_t>(lengthOf(j));
+  void* const memory = positionStore_->Take(RowTable<int>::Bytes(nNode, nElement));
+  int** const rows = RowTable<int>::LayOut(memory, nNode, nNode, lengthOf);
+  rows[0] = nullptr;
+  for (int j = 1; j <= nNode; ++j) rows[j][0] = lengthOf(j) - 1;
+  m_pIBNodeCellTable[i].Borrow(nNode, rows);
+  return rows;
 }
 
 void CZynIBRBFInternalObject::Dis_Sorting(int* pID, double* pDistance, int n) {

@@ -7,12 +7,14 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <vector>
 
 #include "foundation/DQKernel.h"
 #include "foundation/DQVector.h"
 #include "foundation/GrowingRowTable.h"
 #include "foundation/KernelSystem.h"
 #include "foundation/Status.h"
+#include "foundation/WeightRows.h"
 #include "host/Zyn3dGV.h"
 #include "rbf_ib/CZynIBRBFInternalObject.h"
 #include "rbf_ib/PointNodes.h"
@@ -22,6 +24,7 @@
 /// depend on the node alone, so a node is solved once, however many points have it.
 struct CZynIBRBFInternalObject::DerivationWork {
   KernelSystem pointSystem, nodeSystem;
+  std::vector<double> sums;      // [0..n-1][0..3] of a point, weights of gradient and value
   double** weightsOf = nullptr;  // [1..NNode], rows of the nodes solved so far; null before the first
 
   DerivationWork() = default;
@@ -30,22 +33,24 @@ struct CZynIBRBFInternalObject::DerivationWork {
   ~DerivationWork() { GrowingRowTable<double>::Destroy(weightsOf); }
 };
 
-namespace {
-
-constexpr std::ptrdiff_t kColumns = 4;  // of a solution with gradient and value: d/dx, d/dy, d/dz, value
-
-}  // namespace
-
 // Methods 1 and 2: gradient and value at the point from the cells of the stencil.
 void CZynIBRBFInternalObject::DerivePoint(int i, double x, double y, double z, DerivationWork& work) {
   KernelSystem& system = work.pointSystem;
   point_nodes::TakeStencil(*this, i, system);
-  double const* w = system.SolveForGradientAndValue(point_nodes::KernelOf(*this, i), {x, y, z});
-  for (int k = 1; k <= system.Size(); ++k, w += kColumns) {
-    m_ppIBCoef[i][k].SetData(w[0], w[1], w[2], i);
-    m_ppIBValueCoef[i][k] = w[3];
-  }
-  GatherErrors(i);
+  double const* const w = system.SolveForGradientAndValue(point_nodes::KernelOf(*this, i), {x, y, z});
+  int const n = system.Size();
+  IBCnode* const gradient = m_ppIBCoef[i];
+  WeightSums const sums = StoreWeights(w, n, gradient, m_ppIBValueCoef[i]);
+  for (int k = 1; k <= n; ++k) gradient[k].tag = i;
+  GatherErrors(i, sums);
+}
+
+// The same for a point that has no rows of coefficients yet.
+void CZynIBRBFInternalObject::DeriveNewPoint(int i, double x, double y, double z, DerivationWork& work) {
+  KernelSystem& system = work.pointSystem;
+  point_nodes::TakeStencil(*this, i, system);
+  double const* const w = system.SolveForGradientAndValue(point_nodes::KernelOf(*this, i), {x, y, z});
+  GatherErrors(i, MakeWeightRows(w, system.Size(), i, m_ppIBCoef, m_ppIBValueCoef, i));
 }
 
 // Method 3: gradient and value at the point from its seeds and the mesh nodes around them. With W_n the solution at
@@ -53,33 +58,35 @@ void CZynIBRBFInternalObject::DerivePoint(int i, double x, double y, double z, D
 //   sum of u_jm W_j over the mesh nodes j that m touches, plus W_m if m is a seed,
 // added up in this order.
 void CZynIBRBFInternalObject::DerivePointByNodes(int i, double x, double y, double z, DerivationWork& work) {
+  int const n = m_ppIBConn[i][0];
+  work.sums.resize(kWeightColumns * static_cast<std::size_t>(n));
+  LoadWeights(m_ppIBCoef[i], m_ppIBValueCoef[i], n, work.sums.data());
+  AddByNodes(i, x, y, z, work);
+  GatherErrors(i, StoreWeights(work.sums.data(), n, m_ppIBCoef[i], m_ppIBValueCoef[i]));
+}
+
+// The same for a point that has no rows of coefficients yet.
+void CZynIBRBFInternalObject::DeriveNewPointByNodes(int i, double x, double y, double z,
+                                                    DerivationWork& work) {
+  int const n = m_ppIBConn[i][0];
+  work.sums.assign(kWeightColumns * static_cast<std::size_t>(n), 0.0);
+  AddByNodes(i, x, y, z, work);
+  GatherErrors(i, MakeWeightRows(work.sums.data(), n, 0, m_ppIBCoef, m_ppIBValueCoef, i));
+}
+
+// Adds the coefficients to work.sums, [0..n-1][0..3].
+void CZynIBRBFInternalObject::AddByNodes(int i, double x, double y, double z, DerivationWork& work) {
   KernelSystem& system = work.pointSystem;
   point_nodes::TakeSeedsAndNodes(*this, *m_pMesh, i, system);
-  double const* const w = system.SolveForGradientAndValue(point_nodes::KernelOf(*this, i), {x, y, z});
+  double const* const solution = system.SolveForGradientAndValue(point_nodes::KernelOf(*this, i), {x, y, z});
 
   int const nSeed = point_nodes::CountSeeds(*this, i);
   int const* const nodes = m_ppIBNodeConn[i];
-  IBCnode* const coef = m_ppIBCoef[i];
-  double* const valueCoef = m_ppIBValueCoef[i];
-  for (int j = 1; j <= nodes[0]; ++j) {
-    double const* const ofNode = w + kColumns * (nSeed + j - 1);
-    double const* const u = WeightsOfNode(nodes[j], work);
-    int const nCell = ppRBFiNodeConn[nodes[j]][0];
-    int const* const position = m_pIBNodeCellTable[i].m_ppRow[j];
-    for (int m = 1; m <= nCell; ++m) {
-      IBCnode& c = coef[position[m]];
-      c.x += u[m] * ofNode[0];
-      c.y += u[m] * ofNode[1];
-      c.z += u[m] * ofNode[2];
-      valueCoef[position[m]] += u[m] * ofNode[3];
-    }
-  }
-  for (int s = 1; s <= nSeed; ++s) {
-    double const* const ofSeed = w + kColumns * (s - 1);
-    coef[s].SetDataVector(ofSeed[0], ofSeed[1], ofSeed[2]);
-    valueCoef[s] += ofSeed[3];
-  }
-  GatherErrors(i);
+  int* const* const positions = m_pIBNodeCellTable[i].m_ppRow;
+  double* const w = work.sums.data();
+  for (int j = 1; j <= nodes[0]; ++j)
+    AddShares(solution + kWeightColumns * (nSeed + j - 1), WeightsOfNode(nodes[j], work), positions[j], w);
+  AddFirst(solution, nSeed, w);
 }
 
 // The weights of the usable cells around a mesh node for the value at the node.
@@ -92,7 +99,7 @@ void CZynIBRBFInternalObject::DeriveNode(int node, double* weights, DerivationWo
     IBCnode const& position = m_pIBCnode[around[k]];
     system.Add({position.x, position.y, position.z});
   }
-  double const* const w = system.SolveForValue(InterpolationDQKernel(Span, system.Reach(at)), at);
+  double const* const w = system.SolveForValue(PlainDQKernel(Span, system.Reach(at)), at);
   std::copy_n(w, around[0], weights + 1);
 }
 
@@ -138,8 +145,8 @@ int CZynIBRBFInternalObject::Multiply_IBRBFCoefficent(double* pField, double* pV
 void CZynIBRBFInternalObject::DeriveAllPoints(double const* x, double const* y, double const* z) {
   DerivationWork work;
   for (int i = 1; i <= m_iNIBNode; ++i) {
-    if (iSearch_method == kWholeCube || iSearch_method == kNearest) DerivePoint(i, x[i], y[i], z[i], work);
-    if (iSearch_method == kByTopology) DerivePointByNodes(i, x[i], y[i], z[i], work);
+    if (iSearch_method == kWholeCube || iSearch_method == kNearest) DeriveNewPoint(i, x[i], y[i], z[i], work);
+    if (iSearch_method == kByTopology) DeriveNewPointByNodes(i, x[i], y[i], z[i], work);
   }
 }
 

@@ -53,7 +53,7 @@ inline void Take(CZynIBRBFInternalObject const& op, CZYN3DFiniteVolumeMesh const
 }
 
 /// The kernel of the point's system, for every method.
-inline InterpolationDQKernel KernelOf(CZynIBRBFInternalObject const& op, int i) {
+inline PlainDQKernel KernelOf(CZynIBRBFInternalObject const& op, int i) {
   return {op.Span, op.m_pIBSupportLength[i]};
 }
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# The library gives the same bits whatever compiles it: every build of it, with warnings as errors, is put under one and the
-# same program, which writes down what it computes.
+# The library gives the same bits whatever compiles it and whatever processor it runs on: every build of it, with warnings as
+# errors, is put under one and the same program, which writes down what it computes; one build runs on an emulated processor
+# without AVX and FMA, too.
 #   bits_test.sh REPOSITORY BITS_DUMP SEARCH_TREE_LIBRARY [COMPILER_AND_FLAGS...]
 set -euo pipefail
 repository=$1
@@ -50,6 +51,16 @@ run() {
 }
 export -f run
 
+# An OpenBLAS has other kernels for other processors.
+export OPENBLAS_CORETYPE=Nehalem
+
+# run_emulated NUMBER: the build of that number on a processor of 2008, which leaves $work/emulated.bits.
+run_emulated() {
+  qemu-x86_64 -cpu Nehalem -E LD_PRELOAD="$work/$1.so" -E OMP_NUM_THREADS=3 -E OPENBLAS_NUM_THREADS=1 \
+    "$program" "$work/emulated.bits" >"$work/emulated.out" 2>"$work/emulated.log" &&
+    [[ $(tail -n 1 "$work/emulated.log") == "$work/$1.so" ]]
+}
+
 # first_difference FILE FILE: the case and the two numbers.
 first_difference() {
   awk -v other="$2" '
@@ -86,4 +97,25 @@ for number in "${numbers[@]}"; do
     failed=1
   fi
 done
+
+# Without what the processor of this machine has and the emulated one has not.
+emulated=
+for number in "${numbers[@]}"; do
+  [[ ${builds[number]} == *-march=* || ${builds[number]} == *-O0* ]] || { emulated=$number; break; }
+done
+if ! command -v qemu-x86_64 >/dev/null || [[ $(uname -m) != x86_64 || -z $emulated ]]; then
+  echo "skipped: an emulated processor: there is no qemu-x86_64 here, or nothing to run under it"
+elif [[ -e $work/$emulated.failed || -e $work/$first.failed ]]; then
+  failed=1
+elif ! run_emulated "$emulated"; then
+  echo "${builds[emulated]} on an emulated processor: does not run"
+  tail -n 20 "$work/emulated.log"
+  failed=1
+elif cmp -s "$work/$first.bits" "$work/emulated.bits"; then
+  echo "${builds[emulated]} on an emulated processor: $(grep -vc '^case ' "$work/emulated.bits") numbers"
+else
+  echo "${builds[emulated]} on an emulated processor: other bits in" \
+    "$(first_difference "$work/$first.bits" "$work/emulated.bits")"
+  failed=1
+fi
 exit $failed

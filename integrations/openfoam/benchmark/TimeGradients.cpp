@@ -12,6 +12,9 @@
 //   time    FIELD  SCHEME  NS_PER_CELL  RATIO                  lowest time; median of the ratios to the first scheme
 //   client  FIELD  SCHEME  LIBRARY_NS  CLIENT_NS  SCHEME_NS  PERCENT    medians; client is filling and copying out, and the
 //                                                              percentage is its part of the scheme's call
+//   own     FIELD  SCHEME  OWN  LIBRARY_NS  OWN_NS  RATIO  SCHEME_RATIO    medians; OWN is OpenFOAM's scheme of the same kind,
+//                                                              if it is timed; ratios of the operator's call alone and of
+//                                                              the whole scheme to it
 
 #include <malloc.h>
 
@@ -168,6 +171,14 @@ std::vector<double> Combine(std::vector<double> const& a, std::vector<double> co
   return result;
 }
 
+/// OpenFOAM's scheme of the same kind.
+string OwnSchemeFor(string const& scheme) {
+  if (scheme.startsWith("zyn plain")) return "Gauss linear";
+  if (scheme.startsWith("zyn iterated")) return "Gauss skewCorrected linear";
+  if (scheme.startsWith("zyn leastSquares")) return "leastSquares";
+  return "";
+}
+
 /// Times the schemes and, for those of zyn with an operator of its own on faces, the parts of a call.
 template <typename Type>
 void TimeSchemes(std::string const& kind, VolField<Type> const& field, List<string> const& schemes,
@@ -195,6 +206,14 @@ void TimeSchemes(std::string const& kind, VolField<Type> const& field, List<stri
     std::printf("client\t%s\t%s\t%.2f\t%.2f\t%.2f\t%.1f\n", kind.c_str(), row.scheme.c_str(),
                 ns * Median(library), ns * Median(overhead), ns * Median(row.seconds),
                 100 * Median(Combine(overhead, row.seconds, [](double a, double b) { return a / b; })));
+    for (Row const& own : rows) {
+      if (own.field != kind || own.scheme != OwnSchemeFor(row.scheme)) continue;
+      auto const ratio = [](double a, double b) { return a / b; };
+      std::printf("own\t%s\t%s\t%s\t%.2f\t%.2f\t%.3f\t%.3f\n", kind.c_str(), row.scheme.c_str(),
+                  own.scheme.c_str(), ns * Median(library), ns * Median(own.seconds),
+                  Median(Combine(library, own.seconds, ratio)),
+                  Median(Combine(row.seconds, own.seconds, ratio)));
+    }
   }
 }
 

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/FaceGroups.h"
+#include "foundation/Processor.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "tests/support/gradient/BitComparison.h"
 #include "tests/support/gradient/ConnectedOperator.h"
@@ -37,11 +39,25 @@ struct Case {
   bool lendEmptyArrays = false;
 };
 
+/// How an operator walks over the faces: without set-up, or set up for records of the cells around the face.
+enum class Walk { Faces, Ring };
+constexpr Walk kWalks[] = {Walk::Faces, Walk::Ring};
+
 /// The host of a case with a connected operator and one gradient.
 struct CaseRun {
-  CaseRun(Case const& c, int type)
+  CaseRun(Case const& c, int type, Walk walk = Walk::Faces)
       : host(c.mesh, c.exchange, c.lendEmptyArrays), op(host, type), g(c.mesh.NCell(), 0.75) {
     host.UseNonBlockingExchange(c.nonBlocking);
+    if (walk == Walk::Faces) return;
+    FaceRing& ring = op.gradient.m_pImpl->m_faceRing;
+    ring.TakeNoMeshForSmall();
+    ring.Prepare(FacesOf(FaceKind::Inner, host.mesh), host.mesh.NInnerCells);
+  }
+
+  /// Whether the inner faces are walked over with the ring.
+  bool UsesRing() const {
+    return op.gradient.m_pImpl->m_faceRing.Fits(FacesOf(FaceKind::Inner, host.mesh), host.mesh.NInnerCells,
+                                                16);
   }
 
   GradientHost host;
@@ -54,8 +70,9 @@ TEST(RandomMeshes, IteratedGreenGaussEqualsItsPlainForm) {
     Case c(seed);
     Field const phi = RandomField(c.random, c.mesh);
     GuardedArray<double> guardedPhi = Guarded(phi);
-    for (int const nSweep : {-1, 0, 1, 2, 3, 5}) {
-      CaseRun s(c, 7);
+    for (int const run : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}) {
+      int const nSweep = std::array{-1, 0, 1, 2, 3, 5, 1, 2, 3, 5}[run];
+      CaseRun s(c, 7, run < 6 ? Walk::Faces : Walk::Ring);
       s.op.gradient.GradMethod(guardedPhi.Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), nSweep);
       Gradient expected(c.mesh, 0.75);
       Gradient const previous = IteratedGreenGauss(c.mesh, phi, nSweep, c.exchange, expected);
@@ -71,11 +88,24 @@ TEST(RandomMeshes, PlainGreenGaussEqualsItsPlainForm) {
   for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
     Case c(seed);
     Field const phi = RandomField(c.random, c.mesh);
-    CaseRun s(c, 0);
-    s.op.gradient.GradMethod(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), 1);
-    ASSERT_TRUE(SameBits(PlainGreenGauss(c.mesh, phi, c.exchange), s.g)) << seed;
-    ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+    Gradient const expected = PlainGreenGauss(c.mesh, phi, c.exchange);
+    for (Walk const walk : kWalks) {
+      CaseRun s(c, 0, walk);
+      s.op.gradient.GradMethod(Guarded(phi).Data(), s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), 1);
+      ASSERT_TRUE(SameBits(expected, s.g)) << seed;
+      ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+    }
   }
+}
+
+TEST(RandomMeshes, AreWalkedWithRecordsIfTheProcessorCan) {
+  int withRing = 0;
+  for (std::uint64_t seed = kFirstSeed; seed <= kLastSeed; ++seed) {
+    CaseRun const s(Case(seed), 0, Walk::Ring);
+    ASSERT_EQ(processor::HasAvx2() && s.host.mesh.NInnerFaces > 0, s.UsesRing()) << seed;
+    withRing += s.UsesRing() ? 1 : 0;
+  }
+  EXPECT_TRUE(withRing > 300 || !processor::HasAvx2()) << withRing;
 }
 
 TEST(RandomMeshes, WeightedGreenGaussEqualsItsPlainForm) {
@@ -97,16 +127,18 @@ TEST(RandomMeshes, ThreeComponentGradientEqualsItsPlainForm) {
     Case c(seed);
     std::array<Field, 3> const phi = {RandomField(c.random, c.mesh), RandomField(c.random, c.mesh),
                                       RandomField(c.random, c.mesh)};
-    CaseRun s(c, UniformInt(c.random, -1, 4));
-    GuardedGradient second(c.mesh.NCell()), third(c.mesh.NCell());
-    s.op.gradient.GradMethod_3(Guarded(phi[0]).Data(), Guarded(phi[1]).Data(), Guarded(phi[2]).Data(),
-                               s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), second.x.Data(), second.y.Data(),
-                               second.z.Data(), third.x.Data(), third.y.Data(), third.z.Data());
     std::array<Gradient, 3> const expected = ThreeComponentGreenGauss(c.mesh, phi, c.exchange);
-    ASSERT_TRUE(SameBits(expected[0], s.g)) << seed;
-    ASSERT_TRUE(SameBits(expected[1], second)) << seed;
-    ASSERT_TRUE(SameBits(expected[2], third)) << seed;
-    ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+    for (Walk const walk : kWalks) {
+      CaseRun s(c, UniformInt(c.random, -1, 4), walk);
+      GuardedGradient second(c.mesh.NCell()), third(c.mesh.NCell());
+      s.op.gradient.GradMethod_3(Guarded(phi[0]).Data(), Guarded(phi[1]).Data(), Guarded(phi[2]).Data(),
+                                 s.g.x.Data(), s.g.y.Data(), s.g.z.Data(), second.x.Data(), second.y.Data(),
+                                 second.z.Data(), third.x.Data(), third.y.Data(), third.z.Data());
+      ASSERT_TRUE(SameBits(expected[0], s.g)) << seed;
+      ASSERT_TRUE(SameBits(expected[1], second)) << seed;
+      ASSERT_TRUE(SameBits(expected[2], third)) << seed;
+      ASSERT_TRUE(s.host.communication.RulesKept() && s.host.InputsUntouched()) << seed;
+    }
   }
 }
 

@@ -8,8 +8,10 @@
 // All forms of the global operators are replaced, also those that would forward to another: a sanitizer's
 // runtime has its own of each, and memory must come from and go back to the same family.
 
-// The linker sends the library's own calls of calloc and free here, see tests/CMakeLists.txt.
+// The linker sends the library's own calls of malloc, calloc and free here, see tests/CMakeLists.txt.
 extern "C" {
+void* __real_malloc(std::size_t size);                              // NOLINT(bugprone-reserved-identifier)
+void* __wrap_malloc(std::size_t size) noexcept;                     // NOLINT(bugprone-reserved-identifier)
 void* __real_calloc(std::size_t count, std::size_t size);           // NOLINT(bugprone-reserved-identifier)
 void* __wrap_calloc(std::size_t count, std::size_t size) noexcept;  // NOLINT(bugprone-reserved-identifier)
 void __real_free(void* memory);                                     // NOLINT(bugprone-reserved-identifier)
@@ -33,7 +35,7 @@ bool Fails() noexcept {
 void* Allocate(std::size_t size) noexcept {
   if (Fails()) return nullptr;
   ++allocations;
-  return std::malloc(size == 0 ? 1 : size);
+  return __real_malloc(size == 0 ? 1 : size);
 }
 
 void* AllocateAligned(std::size_t size, std::align_val_t alignment) noexcept {
@@ -75,14 +77,27 @@ bool FailingAllocation::Happened() const { return failed; }
 
 }  // namespace zyn_test
 
+namespace {
+
 // Without a block the library asks operator new for as much, to have it fail as everything else does.
-void* __wrap_calloc(std::size_t count, std::size_t size) noexcept {
+template <typename Allocate>
+void* NewBlock(Allocate allocate) noexcept {
   if (Fails()) {
     untilFailure = 1;
     return nullptr;
   }
   ++blocks;
-  return __real_calloc(count, size);
+  return allocate();
+}
+
+}  // namespace
+
+void* __wrap_malloc(std::size_t size) noexcept {
+  return NewBlock([size] { return __real_malloc(size); });
+}
+
+void* __wrap_calloc(std::size_t count, std::size_t size) noexcept {
+  return NewBlock([count, size] { return __real_calloc(count, size); });
 }
 
 void __wrap_free(void* memory) noexcept {

@@ -8,10 +8,10 @@ long Allocations();
 /// Allocations by operator new that have not been given back.
 long LiveAllocations();
 
-/// Zeroed blocks of the library's large tables that have not been given back.
+/// Blocks of the library's large tables that have not been given back.
 long LiveBlocks();
 
-/// For its lifetime, the n-th allocation from now on, by operator new or of a zeroed block, fails as if there were no
+/// For its lifetime, the n-th allocation from now on, by operator new or of such a block, fails as if there were no
 /// memory left for it.
 class FailingAllocation {
  public:

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -119,6 +120,47 @@ TEST(DenseSolver, GivesTheBitsOfTheBareRoutine) {
       EXPECT_TRUE(SameBits(bareA, a) && SameBits(bareB, b) && SameBits(bareB, x)) << n << " " << nrhs;
     }
   }
+}
+
+// A symmetric matrix, zeros on its diagonal so that rows change places, and `nrhs` columns.
+struct SymmetricSystem {
+  SymmetricSystem(std::mt19937_64& random, lapack_int n, int nrhs)
+      : a(RandomDoubles(random, n * n)), b(RandomDoubles(random, n * nrhs)) {
+    for (lapack_int i = 0; i < n; ++i) {
+      a[static_cast<std::size_t>(i * n + i)] = 0.0;
+      for (lapack_int j = 0; j < i; ++j)
+        a[static_cast<std::size_t>(i * n + j)] = a[static_cast<std::size_t>(j * n + i)];
+    }
+  }
+
+  Doubles a, b;
+};
+
+void ExpectEqualSolutions(SymmetricSystem const& system, lapack_int n, int nrhs) {
+  Doubles a = system.a, b = system.b, plainA = system.a, plainB = system.b, work(system.b.size());
+  EXPECT_EQ(1, CDenseSolver().SolveSymmetric(n, a.data(), b.data(), nrhs == 1 ? nullptr : work.data(), nrhs));
+  EXPECT_EQ(1, CDenseSolver().Solve(n, plainA.data(), plainB.data(), plainB.data(), nrhs));
+  EXPECT_TRUE(SameBits(b, plainB)) << "order " << n << ", " << nrhs << " right-hand sides";
+}
+
+TEST(DenseSolver, SolvesSymmetricSystemsToTheBitsOfAnyOther) {
+  std::mt19937_64 random(5);
+  for (int const nrhs : {1, 3, 4})
+    for (lapack_int const n : {1, 2, 3, 5, 8, 13, 20, 64, 65, 130}) {
+      if (n > 1) ExpectEqualSolutions(SymmetricSystem(random, n, nrhs), n, nrhs);
+      SymmetricSystem singular(random, n, nrhs);
+      std::fill(singular.a.begin(), singular.a.end(), 2.0);
+      ExpectEqualSolutions(singular, n, nrhs);
+      SymmetricSystem withNaN(random, n, nrhs);
+      withNaN.a[0] = std::nan("");
+      ExpectEqualSolutions(withNaN, n, nrhs);
+      SymmetricSystem withNaNColumn(random, n, nrhs);
+      withNaNColumn.b.back() = std::nan("");
+      ExpectEqualSolutions(withNaNColumn, n, nrhs);
+      SymmetricSystem infinite(random, n, nrhs);
+      infinite.a[0] = HUGE_VAL;
+      ExpectEqualSolutions(infinite, n, nrhs);
+    }
 }
 
 }  // namespace

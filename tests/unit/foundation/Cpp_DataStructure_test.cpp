@@ -149,5 +149,25 @@ TEST(RaggedTable, CanBeFilledAnewAfterRelease) {
   EXPECT_EQ(6, table.GetValue(4, 0));
 }
 
+TEST(RaggedTable, BorrowedRowsStayWithTheirOwner) {
+  int first[] = {2, 8, 9}, second[] = {0};
+  int* rows[] = {nullptr, first, second};
+  {
+    Table table(4);
+    table.CreateRow(3, 1);
+    table.Borrow(2, rows);
+    EXPECT_EQ(2, table.m_iNRow);
+    EXPECT_EQ(9, table.GetValue(1, 2));
+    EXPECT_EQ(0, table.GetValue(2, 0));
+    EXPECT_EQ(-1, table.CreateRow(1, 4)) << "it exists";
+    EXPECT_EQ(0, table.Release());
+    EXPECT_EQ(nullptr, table.m_ppRow);
+    table.SetRowNumber(1);
+    EXPECT_EQ(0, table.CreateRow(1, 4)) << "a row of its own again";
+    table.Borrow(2, rows);
+  }
+  EXPECT_EQ(8, first[1]);
+}
+
 }  // namespace
 }  // namespace zyn_test::cpp_data_structure_test

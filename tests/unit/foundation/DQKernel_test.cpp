@@ -3,16 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 
-// The kernel by its worked values, its two forms, its slope against differences, and the integer powers that
-// all radial-basis systems share.
+#include "tests/support/exact/ExactPower.h"
+
+// The kernel by its worked values, its two forms, its slope against differences, and its powers.
 
 namespace zyn_test::dq_kernel_test {
 namespace {
-
-constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 TEST(DQKernel, TakesTheWorkedValues) {
   PlainDQKernel const plain(1.0, 1.0);
@@ -110,65 +108,31 @@ TEST(DQKernel, WithoutASupportIsNotANumber) {
   EXPECT_TRUE(std::isnan(ShapeNormalisedDQKernel(500.0, DQVector{1.0, 0.0, 1.0}).Scaled(DQVector{}).y));
 }
 
-// Bit for bit, one value or two at a time; the products round differently often enough to be told apart.
-TEST(DQKernel, OfFreePointsTakesThePowersOfTheStandardLibrary) {
-  double const span = 500.0, h = 0.37, c = span * h, c2 = c * span * h, c8 = std::pow(c, 8.0);
-  InterpolationDQKernel const kernel(span, h);
-  auto const expected = [=](double r) {
-    return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
-  };
+// Bit for bit; products of rounded numbers would be told apart.
+TEST(DQKernel, TakesPowersThatAreRoundedOnce) {
+  double const span = 500.0, h = 0.37, c = span * h, c2 = c * span * h, c8 = ExactPower(c, 8);
+  PlainDQKernel const plain(span, h);
+  ShapeNormalisedDQKernel const scaled(span, DQVector{1.0, 1.0, 1.0});
   std::mt19937_64 random(5);
   std::uniform_real_distribution<double> coordinate(0.0, 0.5);
   int telling = 0;
   for (int i = 0; i < 1000; ++i) {
     DQVector const d{coordinate(random), -coordinate(random), coordinate(random)};
-    double const r = Length(d);
-    EXPECT_EQ(expected(r), kernel.Value(r));
-    TwoDoubles const two = kernel.Value(TwoDoubles{d.x, r});
-    EXPECT_EQ(expected(d.x), two[0]);
-    EXPECT_EQ(expected(r), two[1]);
-    DQVector const g = kernel.Gradient(d);
-    EXPECT_EQ(-(d.x * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.x);
-    EXPECT_EQ(-(d.y * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.y);
-    EXPECT_EQ(-(d.z * 56.0 * (r * 5.0 + c) * std::pow(c - r, 5.0) / c8), g.z);
-    if (kernel.Value(r) != PlainDQKernel(span, h).Value(r)) ++telling;
+    double const r = Length(d), base = 1.0 - r / c;
+    EXPECT_EQ(ExactPower(base, 6) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0), plain.Value(r));
+    EXPECT_EQ(ExactPower(1.0 - r, 6) * (35.0 * r * r + 18.0 * r + 3.0), scaled.Value(r));
+    DQVector const g = plain.Gradient(d), gScaled = scaled.Gradient(d);
+    double const power = ExactPower(c - r, 5), powerScaled = ExactPower(1.0 - r, 5);
+    EXPECT_EQ(-(d.x * 56.0 * (r * 5.0 + c) * power / c8), g.x);
+    EXPECT_EQ(-(d.y * 56.0 * (r * 5.0 + c) * power / c8), g.y);
+    EXPECT_EQ(-(d.z * 56.0 * (r * 5.0 + c) * power / c8), g.z);
+    EXPECT_EQ(-(d.x * 56.0 * (r * 5.0 + 1.0) * powerScaled), gScaled.x);
+    EXPECT_EQ(-(d.y * 56.0 * (r * 5.0 + 1.0) * powerScaled), gScaled.y);
+    EXPECT_EQ(-(d.z * 56.0 * (r * 5.0 + 1.0) * powerScaled), gScaled.z);
+    double const cube = base * base * base;
+    if (ExactPower(base, 6) != cube * cube) ++telling;
   }
   EXPECT_GT(telling, 100);
-}
-
-// Whatever the order of the products, N - 1 of them round N - 1 times by half an epsilon at most; the reference
-// is rounded once.
-template <int N>
-void ExpectWithinItsRoundings() {
-  std::mt19937_64 random(N);
-  std::uniform_real_distribution<double> base(-2.0, 2.0);
-  for (int i = 0; i < 10000; ++i) {
-    double const x = base(random);
-    long double exact = 1.0L;
-    for (int k = 0; k < N; ++k) exact *= static_cast<long double>(x);
-    double const reference = static_cast<double>(exact);
-    EXPECT_NEAR(reference, IntegerPower<N>(x), 0.5 * N * kEpsilon * std::fabs(reference));
-  }
-}
-
-TEST(IntegerPower, IsExactUpToTheRoundingOfItsProducts) {
-  ExpectWithinItsRoundings<1>();
-  ExpectWithinItsRoundings<2>();
-  ExpectWithinItsRoundings<5>();
-  ExpectWithinItsRoundings<6>();
-  ExpectWithinItsRoundings<8>();
-}
-
-TEST(IntegerPower, EighthPowerIsThreeSquarings) {
-  double const x = 1.1, x2 = x * x, x4 = x2 * x2;
-  EXPECT_EQ(x4 * x4, IntegerPower<8>(x));
-}
-
-TEST(IntegerPower, OfPowersOfTwoIsExact) {
-  EXPECT_EQ(32.0, IntegerPower<5>(2.0));
-  EXPECT_EQ(64.0, IntegerPower<6>(-2.0));
-  EXPECT_EQ(-32.0, IntegerPower<5>(-2.0));
-  EXPECT_EQ(1.0 / 256.0, IntegerPower<8>(0.5));
 }
 
 }  // namespace

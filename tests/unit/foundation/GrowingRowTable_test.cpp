@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -70,6 +71,50 @@ TEST(GrowingRowTable, ElementsAreConstructed) {
   Seven const* const row = GrowingRowTable<Seven>::MakeRow(table, 1, 2);
   for (int k = 0; k <= 2; ++k) EXPECT_EQ(7, row[k].value) << k;
   GrowingRowTable<Seven>::Destroy(table);
+}
+
+TEST(GrowingRowTable, SharedZerosAreLongEnoughForEveryRow) {
+  double** table = GrowingRowTable<double>::Create(40);
+  int const lengths[] = {3, 2, 5, 30, 1, 4, 29, 61, 60, 500, 7};
+  int i = 0;
+  for (int const length : lengths) GrowingRowTable<double>::ShareZeros(table, ++i, length);
+  double const* const other = GrowingRowTable<double>::MakeRow(table, 40, 9);
+  i = 0;
+  for (int const length : lengths) {
+    double const* const row = table[++i];
+    ASSERT_NE(nullptr, row);
+    for (int k = 0; k <= length; ++k) EXPECT_EQ(0.0, row[k]);
+    EXPECT_TRUE(row + length < other || row > other + 9);
+  }
+  EXPECT_EQ(table[1], table[2]) << "shared";
+  GrowingRowTable<double>::Destroy(table);
+}
+
+TEST(GrowingRowTable, RawRowsHaveRoomOfTheirOwn) {
+  int** table = GrowingRowTable<int>::Create(3);
+  for (int i = 1; i <= 3; ++i) {
+    int* const row = GrowingRowTable<int>::MakeRawRow(table, i, i);
+    EXPECT_EQ(row, table[i]);
+    for (int k = 0; k <= i; ++k) row[k] = 10 * i + k;
+  }
+  for (int i = 1; i <= 3; ++i)
+    for (int k = 0; k <= i; ++k) EXPECT_EQ(10 * i + k, table[i][k]);
+  GrowingRowTable<int>::Destroy(table);
+}
+
+TEST(PieceStore, GivesTheSameMemoryAgainAfterItTookAllBack) {
+  PieceStore store;
+  store.TakeBack();  // nothing to take
+  void* const first = store.Take(100);
+  EXPECT_NE(first, store.Take(100));
+  store.TakeBack();
+  EXPECT_EQ(first, store.Take(100));
+  std::memset(store.Take(1 << 20), 1, 1 << 20);  // a block of its own
+  store.TakeBack();
+  void* const inLargest = store.Take(1 << 19);
+  std::memset(inLargest, 2, 1 << 19);
+  store.TakeBack();
+  EXPECT_EQ(inLargest, store.Take(8));
 }
 
 }  // namespace

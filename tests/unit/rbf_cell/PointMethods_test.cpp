@@ -9,6 +9,7 @@
 #include "foundation/CDenseSolver.h"
 #include "foundation/DQKernel.h"
 #include "host/ZYNOptKer.h"
+#include "tests/support/exact/ExactPower.h"
 #include "tests/support/host/GuardedArray.h"
 #include "tests/support/mesh/LatticeMesh.h"
 #include "tests/support/rbf_cell/CellBed.h"
@@ -484,14 +485,14 @@ struct PlainSolution {
 
 /// The system on the cells at `nodes` for a point, assembled entry by entry, without a constant term.
 PlainSolution SolvePlainly(std::vector<Point> const& nodes, Point p, double span, double support) {
-  double const c = span * support, c2 = c * span * support, c8 = std::pow(c, 8.0);
+  double const c = span * support, c2 = c * span * support, c8 = ExactPower(c, 8);
   auto const value = [=](double r) {
-    return std::pow(1.0 - r / c, 6.0) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
+    return ExactPower(1.0 - r / c, 6) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
   };
   std::vector<double> a, b;
   for (Point const& xk : nodes) {
     DQVector const d = OffsetBetween(xk, p);
-    double const r = Length(d), power = std::pow(c - r, 5.0);
+    double const r = Length(d), power = ExactPower(c - r, 5);
     for (double const component : {d.x, d.y, d.z})
       b.push_back(-(component * 56.0 * (r * 5.0 + c) * power / c8));
     b.push_back(value(r));
@@ -536,7 +537,7 @@ TEST(CellPointWeights, EqualAPlainSystemBitForBitWithTheTripleTwiceAndThePointsN
 TEST(CellPointWeights, OfASingleMemberAreTheRightHandSidesOver3) {
   Derived const d(Diagonal(7), {3.125}, 0.5, 4.0);
   ASSERT_EQ((List{4}), d.Stencil(1));
-  InterpolationDQKernel const kernel(4.0, 0.5);
+  PlainDQKernel const kernel(4.0, 0.5);
   DQVector const offset = {3.125 - 3.0, 0.5 * 3.125 - 3.0, 0.25 * 3.125 - 3.0};
   DQVector const g = kernel.Gradient(offset);
   RBFnode const& w = d.object->m_ppIBCoef[1][1];

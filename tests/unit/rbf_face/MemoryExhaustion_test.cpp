@@ -84,7 +84,7 @@ TEST(FaceOperatorWithoutMemory, NoSetUpLeavesAnythingBehind) {
     long n = 1;
     while (SetUpWithAFailure(host, method, n, n % 4 == 0)) ++n;
     testing::internal::GetCapturedStdout();
-    EXPECT_LT(60, n) << "method " << method;
+    EXPECT_LT(40, n) << "method " << method;
   }
 }
 

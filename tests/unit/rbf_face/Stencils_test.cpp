@@ -88,6 +88,26 @@ TEST(FaceDuplicates, PointsThatAreNoNumbersAreAllDifferent) {
   EXPECT_EQ(2, t.Remove(2));
 }
 
+// They have a number in common by which most points are told apart.
+TEST(FaceDuplicates, PointsWithOneKeyAreNoTwins) {
+  Twins t;
+  t.Put(1, 0.7320508, 0.0, 0.0);
+  t.Put(2, 0.0, 1.0, 0.0);
+  t.Put(3, HUGE_VAL, 0.0, 0.0);
+  t.Put(4, HUGE_VAL, -HUGE_VAL, 0.0);
+  t.Put(5, HUGE_VAL, -HUGE_VAL, 0.0);
+  t.list = {0, 1, 2, 3, 4, 5};
+  EXPECT_EQ(4, t.Remove(5));
+  EXPECT_EQ((Row{1, 2, 3, 4}), Row(t.list.begin() + 1, t.list.begin() + 5));
+}
+
+TEST(FaceDuplicates, AnEntry0IsDropped) {
+  Twins t;
+  t.list = {0, 3, 0, 2};
+  EXPECT_EQ(2, t.Remove(3));
+  EXPECT_EQ((Row{3, 2}), Row(t.list.begin() + 1, t.list.begin() + 3));
+}
+
 TEST(FaceDuplicates, MarksAreTheNewPositionsAnd0ForTheDropped) {
   Twins t;
   for (int const c : {5, 6, 8}) t.Put(c, 4.0, 0.5, 0.25);

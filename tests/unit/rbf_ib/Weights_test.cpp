@@ -158,7 +158,7 @@ TEST(PointWeights, OfTwoMembersInOnePlaceAreTheRightHandSides) {
   PointBed bed(mesh, PointSettings{5.0, 2, 2});
   bed.SetUp(marks, {{0.5, 0, 0}});
   ASSERT_EQ(2U, bed.Stencil(1).size());
-  InterpolationDQKernel const kernel(5.0, 0.5);
+  PlainDQKernel const kernel(5.0, 0.5);
   for (int const k : {1, 2}) {
     EXPECT_EQ(kernel.Value(0.5), bed.object.m_ppIBValueCoef[1][k]);
     EXPECT_EQ(kernel.Gradient({0.5, 0, 0}).x, bed.object.m_ppIBCoef[1][k].x);

@@ -37,15 +37,15 @@ def cells_across():
     return int(re.search(r"^n (\d+);", pathlib.Path("system/blockMeshDict").read_text(), re.M).group(1))
 
 
-def skew(amount):
-    """Points of the box's surface stay."""
+def skew(amount, corner=(2, 1, 1)):
+    """Points on the surface of the box from the origin to the corner stay."""
     path = pathlib.Path("constant/polyMesh/points")
     text = path.read_text()
     start = text.index("(", text.index("}") + 1)
     generator, step, lines = random.Random(1), 1 / cells_across(), []
     for p in vectors(text[start:]):
         moves = [generator.uniform(-amount, amount) * step for _ in range(3)]
-        inside = all(1e-9 < c < end - 1e-9 for c, end in zip(p, (2, 1, 1)))
+        inside = all(1e-9 < c < end - 1e-9 for c, end in zip(p, corner))
         q = [c + m for c, m in zip(p, moves)] if inside else p
         lines.append("(%.17g %.17g %.17g)" % tuple(q))
     path.write_text(text[:start] + "(\n%s\n)\n" % "\n".join(lines))

@@ -28,6 +28,7 @@ bool Meet(TestBox const& a, TestBox const& b) {
   return true;
 }
 
+/// In ascending order, as the tree answers.
 std::vector<int> BruteForce(std::vector<TestBox> const& boxes, TestBox const& query) {
   std::vector<int> ids;
   for (TestBox const& box : boxes) {
@@ -45,9 +46,7 @@ std::vector<int> Search(CZYNOptKer& tree, TestBox const& query) {
   int count = -1;
   int const* ids = tree.SearchNearBlockID(query.low[0], query.low[1], query.low[2], query.high[0],
                                           query.high[1], query.high[2], count, 0);
-  std::vector<int> found(ids, ids + count);
-  std::sort(found.begin(), found.end());
-  return found;
+  return {ids, ids + count};
 }
 
 void SetUnitRange(CZYNOptKer& tree) { tree.SetADTreeRange(1, 1, 1, 0, 0, 0, 1, 10000, 200000); }
@@ -110,6 +109,72 @@ TEST(ZYNOptKer, FindsWhatBruteForceFindsAmongSmallBoxesAroundRandomPoints) {
   }
 }
 
+// Cells that grow from 1e-6 to 1 along x and y, each with a box around its centre. Queries are as large as the cells near
+// them, or larger.
+TEST(ZYNOptKer, FindsWhatBruteForceFindsOnAGradedMesh) {
+  constexpr int kAcross = 20, kLayers = 5;
+  double const growth = std::pow(1e6, 1.0 / (kAcross - 1));
+  auto const size = [growth](int i) { return 1e-6 * std::pow(growth, i); };
+  auto const centre = [growth, size](int i) { return (size(i) - size(0)) / (growth - 1) + 0.5 * size(i); };
+  std::vector<TestBox> boxes;
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  for (int i = 0; i < kAcross; ++i)
+    for (int j = 0; j < kAcross; ++j)
+      for (int k = 0; k < kLayers; ++k)
+        boxes.push_back(Around(static_cast<int>(boxes.size()), centre(i), centre(j), k, 1e-9));
+  for (TestBox const& box : boxes) Add(tree, box);
+  for (int i = 0; i < kAcross; ++i) {
+    for (double const widths : {0.1, 1.0, 1.5, 20.0}) {
+      double const d = widths * size(i);
+      TestBox const query = {
+          0, {centre(i) - d, centre(5) - d, 1.5 - widths}, {centre(i) + d, centre(5) + d, 1.5 + widths}};
+      EXPECT_EQ(Search(tree, query), BruteForce(boxes, query)) << "cell " << i << ", " << widths << " widths";
+    }
+  }
+}
+
+TEST(ZYNOptKer, FindsBoxesWithoutExtentAndInOnePlace) {
+  std::vector<TestBox> boxes;
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  for (int id = 1; id <= 500; ++id) boxes.push_back(Around(id, 0.5, 0.5, 0.5, 0));  // all in one place
+  for (int id = 501; id <= 700; ++id)
+    boxes.push_back(Around(id, 0.5, 0.01 * (id - 600), 0.5, 0));  // on a line
+  for (TestBox const& box : boxes) Add(tree, box);
+  ExpectBruteForceAnswers(tree, boxes, 23);
+  EXPECT_EQ(501U, Search(tree, Around(0, 0.5, 0.5, 0.5, 0)).size());  // one of the line is there, too
+}
+
+TEST(ZYNOptKer, AnswersInAscendingOrderWhateverTheNumbersAre) {
+  constexpr int kLowest = std::numeric_limits<int>::min(), kHighest = std::numeric_limits<int>::max();
+  std::mt19937 random(29);
+  // Numbers near each other, far apart, with repetitions; short and long answers.
+  for (int const range : {3, 100, 5000, kHighest}) {
+    std::uniform_int_distribution<int> number(range == kHighest ? kLowest : -range, range);
+    for (int const n : {1, 2, 7, 31, 32, 33, 127, 128, 129, 1000}) {
+      CZYNOptKer tree;
+      SetUnitRange(tree);
+      std::vector<int> ids;
+      for (int i = 0; i < n; ++i) {
+        ids.push_back(i == 1 && range == kHighest ? kLowest : number(random));
+        Add(tree, Around(ids.back(), 0.001 * i, 0.5, 0.5, 0.1));
+      }
+      std::sort(ids.begin(), ids.end());
+      EXPECT_EQ(ids, Search(tree, Around(0, 0.5, 0.5, 0.5, 2.0))) << n << " up to " << range;
+    }
+  }
+}
+
+TEST(ZYNOptKer, AnswersTheSameInWhateverOrderTheBoxesCome) {
+  std::vector<TestBox> boxes = RandomBoxes(400, 31);
+  CZYNOptKer tree, other;
+  for (TestBox const& box : boxes) Add(tree, box);
+  std::shuffle(boxes.begin(), boxes.end(), std::mt19937(37));
+  for (TestBox const& box : boxes) Add(other, box);
+  for (TestBox const& query : RandomBoxes(100, 41)) EXPECT_EQ(Search(tree, query), Search(other, query));
+}
+
 TEST(ZYNOptKer, EmptyTreeAnswersNothing) {
   CZYNOptKer tree;
   EXPECT_TRUE(Search(tree, Around(0, 0, 0, 0, kInfinity)).empty());
@@ -157,6 +222,20 @@ TEST(ZYNOptKer, FindsBoxesAddedAfterASearch) {
   }
 }
 
+// Each box is followed by a search, so that the tree takes in one box at a time.
+TEST(ZYNOptKer, FindsEachBoxThatIsAddedBetweenSearches) {
+  std::vector<TestBox> const all = RandomBoxes(300, 43);
+  std::vector<TestBox> boxes;
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  for (TestBox const& box : all) {
+    boxes.push_back(box);
+    Add(tree, box);
+    EXPECT_EQ(Search(tree, box), BruteForce(boxes, box)) << boxes.size() << " boxes";
+  }
+  ExpectBruteForceAnswers(tree, boxes, 47);
+}
+
 TEST(ZYNOptKer, InvertedOrNaNQueryFindsNothing) {
   CZYNOptKer tree;
   SetUnitRange(tree);
@@ -174,9 +253,30 @@ TEST(ZYNOptKer, InvertedNaNAndInfiniteBoxesLeaveTheOthersFindable) {
   for (TestBox const& box : boxes) Add(tree, box);
   Add(tree, {101, {1, 0, 0}, {0, 1, 1}});
   Add(tree, {102, {kNaN, 0, 0}, {1, 1, 1}});
-  boxes.push_back({103, {-kInfinity, -kInfinity, 0}, {kInfinity, kInfinity, 0.5}});
-  Add(tree, boxes.back());
+  Add(tree, {103, {0, 0, 0}, {1, 1, kNaN}});
+  // Whole planes, half a line, points at infinity, and the largest numbers there are.
+  constexpr double kLargest = std::numeric_limits<double>::max();
+  boxes.push_back({104, {-kInfinity, -kInfinity, 0}, {kInfinity, kInfinity, 0.5}});
+  boxes.push_back({105, {0, 0, 0}, {kInfinity, 0, 0}});
+  boxes.push_back({106, {kInfinity, kInfinity, kInfinity}, {kInfinity, kInfinity, kInfinity}});
+  boxes.push_back({107, {-kInfinity, 0, 0}, {-kInfinity, 0, 0}});
+  boxes.push_back({108, {-kLargest, -kLargest, -kLargest}, {kLargest, kLargest, kLargest}});
+  boxes.push_back({109, {kLargest, 0, 0}, {kLargest, 0, 0}});
+  for (std::size_t i = 100; i < boxes.size(); ++i) Add(tree, boxes[i]);
   ExpectBruteForceAnswers(tree, boxes, 19);
+  for (double const far : {1e200, kLargest, kInfinity}) {
+    for (TestBox const& query : {Around(0, 0, 0, 0, far), TestBox{0, {far, 0, 0}, {far, 1, 1}},
+                                 TestBox{0, {-far, 0, 0}, {-far, 1, 1}}})
+      EXPECT_EQ(Search(tree, query), BruteForce(boxes, query)) << far;
+  }
+}
+
+TEST(ZYNOptKer, TreeOfBoxesThatAreNoneAnswersNothing) {
+  CZYNOptKer tree;
+  SetUnitRange(tree);
+  for (int id = 1; id <= 20; ++id) Add(tree, {id, {kNaN, kNaN, kNaN}, {kNaN, kNaN, kNaN}});
+  for (int id = 21; id <= 40; ++id) Add(tree, {id, {1, 1, 1}, {0, 0, 0}});
+  EXPECT_TRUE(Search(tree, Around(0, 0, 0, 0, kInfinity)).empty());
 }
 
 TEST(ZYNOptKer, CopiesShareBoxesAndAnswer) {
