@@ -27,7 +27,7 @@ class LeastSquaresPlan {
   WalkSchedule const& schedule() const { return schedule_; }
   /// Records of kRecord doubles each, for the cells 0..mask of the ring.
   double* records() const { return records_; }
-  std::size_t mask() const { return nRecords_ - 1; }
+  unsigned mask() const { return static_cast<unsigned>(nRecords_) - 1; }
 
  private:
   WalkSchedule schedule_;
@@ -66,7 +66,7 @@ class LeastSquaresWalk {
   Fields phi_;
   Systems systems_;
   double* records_;
-  std::size_t mask_;
+  unsigned mask_;
   bool isLarge_;  ///< whether the arrays of the mesh are in memory rather than in cache
 
   std::size_t outerFace_ = 0;  ///< the next outer face
