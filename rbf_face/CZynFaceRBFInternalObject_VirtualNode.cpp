@@ -92,10 +92,15 @@ void CZynFaceRBFInternalObject::AppendToSide(int c, std::vector<int>& side, int*
 
 // The cell tied to a virtual node and its neighbours. Cell 0, which stands for none, has no neighbours.
 void CZynFaceRBFInternalObject::CollectNeighbours(int c, std::vector<int>& side, int* marks) {
-  AppendToSide(c, side, marks);
+  std::vector<int>& merged = work_.Get().merged;
+  auto const append = [&](int d) {
+    AppendOnce(d, merged, m_pMarkAll);
+    AppendOnce(d, side, marks);
+  };
+  append(c);
   int const* const row = m_ppRBFCell33Conn[c];
   if (row == nullptr) return;
-  for (int k = 1; k <= row[0]; ++k) AppendToSide(row[k], side, marks);
+  for (int k = 1; k <= row[0]; ++k) append(row[k]);
 }
 
 // @return whether there were any
