@@ -34,6 +34,8 @@ export -f memcheck
 # The longest first. The property tests with fewer meshes and settings: memcheck is some thirty times slower.
 xargs -P "${ZYN_JOBS:-2}" -L 1 bash -c 'memcheck "$@"' memcheck <<'END'
 unit_reference_host
+unit_search_tree
+unit_search_tree_plain
 property_meshes
 property_rbf_face FaceOperator/FacesOnMeshes.*/Mixed_Perturbed_3_Parts
 property_rbf_ib Settings/PointsOnMeshes.GiveTheResults*/Method?Span500Number20
