@@ -95,6 +95,7 @@ if [[ $quick ]]; then
   part "cells" program rbf_benchmark 1000
   part "faces and points" program interpolation_benchmark 1000 200 1234 hex,tet 1
   part "search tree" program search_tree_benchmark 1000 200
+  part "kernels" program kernel_benchmark
   meshes="box-12 skew-12 tet-2" rounds=3
 else
   part "gradients" program gradient_benchmark 1000000 11
@@ -103,6 +104,7 @@ else
   part "cells" program rbf_benchmark 20000 300000
   part "faces and points, 20,000 cells" program interpolation_benchmark 20000 20000 1234 hex,tet 3
   part "faces and points, 300,000 cells" program interpolation_benchmark 300000 100000 234 hex,tet 1
+  part "kernels" program kernel_benchmark
   part "search tree, 20,000 cells" program search_tree_benchmark 20000 20000
   part "search tree, 300,000 cells" program search_tree_benchmark 300000 20000
   part "method 1, 300,000 tetrahedra" program interpolation_benchmark 300000 100000 1 tet 1

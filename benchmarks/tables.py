@@ -31,6 +31,8 @@ ROW_HEADS = {
     "cells": "mesh, cells | operator",
     "again": "",
     "search-tree": "mesh, cells | operator, method",
+    "powers": "ns a number",
+    "systems": "ns a system",
     "threads": "ranks",
 }
 

@@ -48,14 +48,16 @@ int CDenseSolver::Solve(lapack_int n, double* A, double* B, double* X, int nrhs)
 }
 
 int CDenseSolver::SolveSymmetric(lapack_int n, double* A, double* B, double* columns, int nrhs) {
-  Pivots pivots(n);
-  if (nrhs == 1) {
-    static_cast<void>(LAPACKE_dgesv(LAPACK_COL_MAJOR, n, 1, A, n, pivots.Data(), B, n));
-    return Status::kSuccess;
-  }
+  if (nrhs == 1) return SolveSymmetricColumns(n, A, B, 1);
   auto const order = static_cast<int>(n);
   Transpose(B, order, nrhs, columns);
-  static_cast<void>(LAPACKE_dgesv(LAPACK_COL_MAJOR, n, nrhs, A, n, pivots.Data(), columns, n));
+  SolveSymmetricColumns(n, A, columns, nrhs);
   Transpose(columns, nrhs, order, B);
+  return Status::kSuccess;
+}
+
+int CDenseSolver::SolveSymmetricColumns(lapack_int n, double* A, double* columns, int nrhs) {
+  Pivots pivots(n);
+  static_cast<void>(LAPACKE_dgesv(LAPACK_COL_MAJOR, n, nrhs, A, n, pivots.Data(), columns, n));
   return Status::kSuccess;
 }

@@ -25,4 +25,7 @@ class CDenseSolver {
   /// @param[out] columns  work memory for n * nrhs numbers; not used, and may be null, if nrhs is 1
   /// @return 1, whatever happened
   int SolveSymmetric(lapack_int n, double* A, double* B, double* columns, int nrhs);
+
+  /// The same with right-hand sides and solution column by column, nrhs x n row-major, where they stay.
+  int SolveSymmetricColumns(lapack_int n, double* A, double* columns, int nrhs);
 };

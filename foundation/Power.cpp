@@ -336,6 +336,7 @@ ZYN_TARGET_AVX2_FMA void RaiseFourAtATime(double* x, int n) {
 
 template <int N>
 double Power(double x) {
+  if (x == 1.0) return x;  // at no distance, once in every system
   if (IsInRange(x)) {
     TwoParts<double> const power = PowerInParts<N>(x);
     if (power.high + kGrowth * power.low == power.high) return power.high;

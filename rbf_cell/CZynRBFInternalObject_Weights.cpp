@@ -34,14 +34,16 @@ int CZynRBFInternalObject::DeriveCellCoefficentBysolveDQfullMatrix(int cell) {
 // sum of the weights and the multiplier, in this order; the weights alone sum to zero up to rounding.
 void CZynRBFInternalObject::DeriveCellCoefficents(int cell, CellSystem& system) {
   system.Assemble(*this, cell);
-  double const* w = system.Solve();
+  double const* const wx = system.Solve();
+  int const order = system.Order();
+  double const *const wy = wx + order, *const wz = wy + order;
   RBFnode* const row = m_ppRBFCellCoef[cell];
   double sumX = 0.0, sumY = 0.0, sumZ = 0.0;
-  for (int k = 1; k <= system.Order(); ++k, w += 3) {
-    row[k].Set(w[0], w[1], w[2], cell);
-    sumX += w[0];
-    sumY += w[1];
-    sumZ += w[2];
+  for (int k = 0; k < order; ++k) {
+    row[k + 1].Set(wx[k], wy[k], wz[k], cell);
+    sumX += wx[k];
+    sumY += wy[k];
+    sumZ += wz[k];
   }
   RaiseResidual(sumX, MAXResidual_X, cell);
   RaiseResidual(sumY, MAXResidual_Y, cell);

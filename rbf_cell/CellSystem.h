@@ -40,11 +40,16 @@ class CellSystem {
 
   /// Solves the system, which is gone afterwards. Nobody looks at the status: a singular system shows in the
   /// residuals.
-  /// @return [0..n][0..2], row-major: the weights of member k for d/dx, d/dy, d/dz, and at n the multipliers m; valid
-  /// until the next Assemble
+  /// @return [0..2][0..n], row-major: the weights of the members for d/dx, d/dy, d/dz, and at n the multiplier m of each;
+  /// valid until the next Assemble
   double const* Solve() {
-    CDenseSolver().SolveSymmetric(Order(), matrix_.data(), columns_.data(), transposed_.data(), 3);
-    return columns_.data();
+    std::size_t const order = static_cast<std::size_t>(n_) + 1;
+    double const* b = columns_.data();
+    double* const x = solution_.data();
+    for (std::size_t k = 0; k < order; ++k, b += 3)
+      for (std::size_t direction = 0; direction < 3; ++direction) x[direction * order + k] = b[direction];
+    CDenseSolver().SolveSymmetricColumns(Order(), matrix_.data(), x, 3);
+    return x;
   }
 
   int Order() const { return n_ + 1; }                     ///< of the system, n members and the constant
@@ -61,7 +66,7 @@ class CellSystem {
     points_.resize(members);
     matrix_.resize(order * order);
     columns_.resize(3 * order);
-    transposed_.resize(3 * order);
+    solution_.resize(3 * order);
   }
 
   template <typename Kernel>
@@ -104,8 +109,8 @@ class CellSystem {
 
   int const* members_ = nullptr;  // [0..n-1] cell numbers, in the operator's table
   int n_ = 0;
-  std::vector<DQVector> points_;    // [0..n-1]
-  std::vector<double> matrix_;      // (n+1) x (n+1), row-major
-  std::vector<double> columns_;     // (n+1) x 3, row-major: right-hand sides, then the solution
-  std::vector<double> transposed_;  // work memory of the same size
+  std::vector<DQVector> points_;  // [0..n-1]
+  std::vector<double> matrix_;    // (n+1) x (n+1), row-major
+  std::vector<double> columns_;   // (n+1) x 3, row-major: right-hand sides
+  std::vector<double> solution_;  // 3 x (n+1), row-major: these again, then the solution
 };

@@ -9,7 +9,8 @@
 
 #include "foundation/Processor.h"
 
-namespace {
+// Named, since members of CZYNOptKer::Tree have types of it.
+namespace packed_tree {
 
 struct Box {
   double low[3], high[3];
@@ -278,7 +279,9 @@ void SortMany(std::vector<int>& numbers, std::vector<int>& work) {
   }
 }
 
-}  // namespace
+}  // namespace packed_tree
+
+using namespace packed_tree;
 
 /// What all copies of one CZYNOptKer share.
 struct CZYNOptKer::Tree {

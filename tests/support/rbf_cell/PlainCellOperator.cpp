@@ -100,9 +100,9 @@ Point PlainCellOperator::Offset(Point from, Point to, Scales const& scales) cons
 }
 
 double PlainCellOperator::Kernel(double r, Scales const& scales) const {
-  if (shapeNormalize) return ExactPower(1.0 - r, 6) * (35.0 * r * r + 18.0 * r + 3.0);
+  if (shapeNormalize) return QuicklyExactPower(1.0 - r, 6) * (35.0 * r * r + 18.0 * r + 3.0);
   double const c = span * scales.h;
-  return ExactPower(1.0 - r / c, 6) * (35.0 * r * r / (c * span * scales.h) + 18.0 * r / c + 3.0);
+  return QuicklyExactPower(1.0 - r / c, 6) * (35.0 * r * r / (c * span * scales.h) + 18.0 * r / c + 3.0);
 }
 
 // The triple g, whose negative is the slope of the kernel.
@@ -113,9 +113,9 @@ Triple PlainCellOperator::KernelSlope(Point d, Scales const& scales) const {
   Triple g{};
   for (std::size_t a = 0; a < 3; ++a) {
     if (shapeNormalize)
-      g[a] = offset[a] * 56.0 * (5.0 * r + 1.0) * ExactPower(1.0 - r, 5);
+      g[a] = offset[a] * 56.0 * (5.0 * r + 1.0) * QuicklyExactPower(1.0 - r, 5);
     else
-      g[a] = offset[a] * 56.0 * (5.0 * r + c) * ExactPower(c - r, 5) / ExactPower(c, 8);
+      g[a] = offset[a] * 56.0 * (5.0 * r + c) * QuicklyExactPower(c - r, 5) / QuicklyExactPower(c, 8);
   }
   return g;
 }

@@ -62,20 +62,20 @@ int PositionOf(std::vector<int> const& row, int value) {
 
 double C4(double r, double span, double h) {
   double const c = span * h;
-  return ExactPower(1.0 - r / c, 6) * (35.0 * r * r / (c * span * h) + 18.0 * r / c + 3.0);
+  return QuicklyExactPower(1.0 - r / c, 6) * (35.0 * r * r / (c * span * h) + 18.0 * r / c + 3.0);
 }
 
 Point C4Slope(Point d, double span, double h) {
   double const c = span * h, r = Norm(d);
   auto const component = [&](double offset) {
-    return -(offset * 56.0 * (5.0 * r + c) * ExactPower(c - r, 5) / ExactPower(c, 8));
+    return -(offset * 56.0 * (5.0 * r + c) * QuicklyExactPower(c - r, 5) / QuicklyExactPower(c, 8));
   };
   return {component(d.x), component(d.y), component(d.z)};
 }
 
 double C2(double r, double span, double h) {
   double const s = r / (span * h);
-  return ExactPower(1.0 - s, 4) * (4.0 * s + 1.0);
+  return QuicklyExactPower(1.0 - s, 4) * (4.0 * s + 1.0);
 }
 
 // ---------------------------------------------------------------------------------------------- backward error

@@ -24,12 +24,15 @@ double Norm(Point d) { return std::sqrt(SquaredNorm(d)); }
 struct Kernel {
   double c, c2, c8;
 
-  Kernel(double span, double support) : c(span * support), c2(c * span * support), c8(ExactPower(c, 8)) {}
+  Kernel(double span, double support)
+      : c(span * support), c2(c * span * support), c8(QuicklyExactPower(c, 8)) {}
 
   double Value(double r) const {
-    return ExactPower(1.0 - r / c, 6) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
+    return QuicklyExactPower(1.0 - r / c, 6) * (r * 35.0 * r / c2 + r * 18.0 / c + 3.0);
   }
-  double Slope(double d, double r) const { return -(d * 56.0 * (r * 5.0 + c) * ExactPower(c - r, 5) / c8); }
+  double Slope(double d, double r) const {
+    return -(d * 56.0 * (r * 5.0 + c) * QuicklyExactPower(c - r, 5) / c8);
+  }
 };
 
 }  // namespace

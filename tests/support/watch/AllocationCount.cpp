@@ -8,10 +8,13 @@
 // All forms of the global operators are replaced, also those that would forward to another: a sanitizer's
 // runtime has its own of each, and memory must come from and go back to the same family.
 
-// The linker sends the library's own calls of malloc, calloc and free here, see tests/CMakeLists.txt.
+// The linker sends the library's own calls of these here, see tests/CMakeLists.txt.
 extern "C" {
-void* __real_malloc(std::size_t size);                              // NOLINT(bugprone-reserved-identifier)
-void* __wrap_malloc(std::size_t size) noexcept;                     // NOLINT(bugprone-reserved-identifier)
+void* __real_malloc(std::size_t size);                                // NOLINT(bugprone-reserved-identifier)
+void* __wrap_malloc(std::size_t size) noexcept;                       // NOLINT(bugprone-reserved-identifier)
+void* __real_aligned_alloc(std::size_t alignment, std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+void* __wrap_aligned_alloc(std::size_t alignment,
+                           std::size_t size) noexcept;              // NOLINT(bugprone-reserved-identifier)
 void* __real_calloc(std::size_t count, std::size_t size);           // NOLINT(bugprone-reserved-identifier)
 void* __wrap_calloc(std::size_t count, std::size_t size) noexcept;  // NOLINT(bugprone-reserved-identifier)
 void __real_free(void* memory);                                     // NOLINT(bugprone-reserved-identifier)
@@ -42,7 +45,7 @@ void* AllocateAligned(std::size_t size, std::align_val_t alignment) noexcept {
   if (Fails()) return nullptr;
   ++allocations;
   auto const boundary = static_cast<std::size_t>(alignment);
-  return std::aligned_alloc(boundary, (size / boundary + 1) * boundary);
+  return __real_aligned_alloc(boundary, (size / boundary + 1) * boundary);
 }
 
 void* OrThrow(void* memory) {
@@ -94,6 +97,10 @@ void* NewBlock(Allocate allocate) noexcept {
 
 void* __wrap_malloc(std::size_t size) noexcept {
   return NewBlock([size] { return __real_malloc(size); });
+}
+
+void* __wrap_aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+  return NewBlock([alignment, size] { return __real_aligned_alloc(alignment, size); });
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size) noexcept {
