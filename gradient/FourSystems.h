@@ -1,21 +1,18 @@
 #pragma once
 
-#include "foundation/Processor.h"
+#include "gradient/FourDoubles.h"
 #include "gradient/NormalEquations.h"
 #if ZYN_HAS_TARGETS
-#include <immintrin.h>
 
 /// @file
 /// The elimination of NormalEquations.h for four cells side by side, with AVX2: the same operations in the same order. (A
 /// function for AVX2 cannot take in those of NormalEquations.h, which are compiled without.)
 
-#define ZYN_KERNEL [[gnu::always_inline]] ZYN_TARGET_AVX2 inline
-
 namespace normal_equations {
 
-using Four = __m256d;
+using four_doubles::Four;
 
-ZYN_KERNEL bool AnyZero(Four x) {
+ZYN_INLINE_AVX2 bool AnyZero(Four x) {
   return _mm256_movemask_pd(_mm256_cmp_pd(x, _mm256_setzero_pd(), _CMP_EQ_OQ)) != 0;
 }
 
@@ -27,7 +24,7 @@ struct FourSystems {
 };
 
 /// Eliminates the matrices of the cells c..c+3. @return false if one of their pivots is zero, with nothing of use in `e`
-ZYN_KERNEL bool Eliminate(Matrices const& m, int c, FourSystems& e) {
+ZYN_INLINE_AVX2 bool Eliminate(Matrices const& m, int c, FourSystems& e) {
   e.xx = _mm256_loadu_pd(m.xx + c);
   if (AnyZero(e.xx)) return false;
   e.xy = _mm256_loadu_pd(m.xy + c);
@@ -44,7 +41,7 @@ ZYN_KERNEL bool Eliminate(Matrices const& m, int c, FourSystems& e) {
 }
 
 /// Solves the systems of the cells c..c+3 for right-hand sides of theirs.
-ZYN_KERNEL void SolveFour(FourSystems const& e, Four bx, Four by, Four bz, Vectors const& g, int c) {
+ZYN_INLINE_AVX2 void SolveFour(FourSystems const& e, Four bx, Four by, Four bz, Vectors const& g, int c) {
   by = by - e.yFactor * bx;
   bz = (bz - e.zFactor * bx) - e.secondFactor * by;
   Four const gz = bz / e.zz;

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "foundation/Processor.h"
+#include "gradient/FourDoubles.h"
 #include "gradient/FourSystems.h"
 
 namespace walk_kernels {
@@ -88,23 +89,14 @@ template <int kFields>
 
 #if ZYN_HAS_TARGETS
 
-using normal_equations::Four;
+using four_doubles::Four;
+using four_doubles::Transpose;
 using normal_equations::FourSystems;
 
-/// Rows become columns.
-ZYN_KERNEL void Transpose(Four& a, Four& b, Four& c, Four& d) {
-  Four const ab0 = _mm256_unpacklo_pd(a, b), ab1 = _mm256_unpackhi_pd(a, b);
-  Four const cd0 = _mm256_unpacklo_pd(c, d), cd1 = _mm256_unpackhi_pd(c, d);
-  a = _mm256_permute2f128_pd(ab0, cd0, 0x20);
-  b = _mm256_permute2f128_pd(ab1, cd1, 0x20);
-  c = _mm256_permute2f128_pd(ab0, cd0, 0x31);
-  d = _mm256_permute2f128_pd(ab1, cd1, 0x31);
-}
-
-/// Four cells c..c+3 of four arrays to the place `at` of their records.
+/// Four cells c..c+3 of four arrays to their records, from the place `record` of the first on.
 template <std::size_t kSize>
-ZYN_KERNEL void ToRecords(double* record, double const* p, double const* q, double const* r, double const* s,
-                          int c) {
+ZYN_INLINE_AVX2 void ToRecords(double* record, double const* p, double const* q, double const* r,
+                               double const* s, int c) {
   Four a = _mm256_loadu_pd(p + c), b = _mm256_loadu_pd(q + c);
   Four d = _mm256_loadu_pd(r + c), e = _mm256_loadu_pd(s + c);
   Transpose(a, b, d, e);
@@ -116,22 +108,22 @@ ZYN_KERNEL void ToRecords(double* record, double const* p, double const* q, doub
 
 /// The first three of the four numbers in each of four records.
 template <std::size_t kSize>
-ZYN_KERNEL void FromRecords(double const* record, Four& p, Four& q, Four& r) {
+ZYN_INLINE_AVX2 void FromRecords(double const* record, Four& p, Four& q, Four& r) {
   p = _mm256_load_pd(record), q = _mm256_load_pd(record + kSize), r = _mm256_load_pd(record + 2 * kSize);
   Four s = _mm256_load_pd(record + 3 * kSize);
   Transpose(p, q, r, s);
 }
 
 /// The cells c..c+3 enter.
-ZYN_KERNEL void EnterGroup(Ring<1> const& ring, double const* x, double const* y, double const* z,
-                           std::array<double const*, 1> const& phi, int c) {
+ZYN_INLINE_AVX2 void EnterGroup(Ring<1> const& ring, double const* x, double const* y, double const* z,
+                                std::array<double const*, 1> const& phi, int c) {
   constexpr std::size_t kSize = Record<1>::kSize;
   double* const record = ring[c];
   ToRecords<kSize>(record, x, y, z, phi[0], c);
   for (std::size_t k = 0; k < 4; ++k) _mm256_store_pd(record + k * kSize + 4, _mm256_setzero_pd());
 }
-ZYN_KERNEL void EnterGroup(Ring<3> const& ring, double const* x, double const* y, double const* z,
-                           std::array<double const*, 3> const& phi, int c) {
+ZYN_INLINE_AVX2 void EnterGroup(Ring<3> const& ring, double const* x, double const* y, double const* z,
+                                std::array<double const*, 3> const& phi, int c) {
   constexpr std::size_t kSize = Record<3>::kSize;
   double* const record = ring[c];
   ToRecords<kSize>(record, x, y, z, z, c);
@@ -141,31 +133,31 @@ ZYN_KERNEL void EnterGroup(Ring<3> const& ring, double const* x, double const* y
 }
 
 /// The right-hand sides of the cells c..c+3, by field and direction.
-ZYN_KERNEL void RightHandSides(Ring<1> const& ring, int c, Four (&b)[1][3]) {
+ZYN_INLINE_AVX2 void RightHandSides(Ring<1> const& ring, int c, Four (&b)[1][3]) {
   FromRecords<Record<1>::kSize>(ring[c] + 4, b[0][0], b[0][1], b[0][2]);
 }
-ZYN_KERNEL void RightHandSides(Ring<3> const& ring, int c, Four (&b)[3][3]) {
+ZYN_INLINE_AVX2 void RightHandSides(Ring<3> const& ring, int c, Four (&b)[3][3]) {
   for (std::size_t i = 0; i < 3; ++i)
     FromRecords<Record<3>::kSize>(ring[c] + 8 + 4 * i, b[0][i], b[1][i], b[2][i]);
 }
 
-ZYN_KERNEL void AddAt(double* sum, Four product) {
+ZYN_INLINE_AVX2 void AddAt(double* sum, Four product) {
   _mm256_store_pd(sum, _mm256_add_pd(_mm256_load_pd(sum), product));
 }
 
 /// dphi times dx, dy, dz, dz. @param d  dx, dy, dz, dphi
-ZYN_KERNEL Four Product(Four d) {
+ZYN_INLINE_AVX2 Four Product(Four d) {
   return _mm256_mul_pd(_mm256_permute4x64_pd(d, 0xff), _mm256_shuffle_pd(d, d, 0x2));
 }
 
 /// b += dphi d on both sides of a face, first on the CV side: the two may be one cell.
-ZYN_KERNEL void AddFace(Ring<1> const& ring, int cvCell, int otherCell) {
+ZYN_INLINE_AVX2 void AddFace(Ring<1> const& ring, int cvCell, int otherCell) {
   double *const cv = ring[cvCell], *const other = ring[otherCell];
   Four const product = Product(_mm256_sub_pd(_mm256_load_pd(other), _mm256_load_pd(cv)));
   AddAt(cv + 4, product);
   AddAt(other + 4, product);
 }
-ZYN_KERNEL void AddFace(Ring<3> const& ring, int cvCell, int otherCell) {
+ZYN_INLINE_AVX2 void AddFace(Ring<3> const& ring, int cvCell, int otherCell) {
   double *const cv = ring[cvCell], *const other = ring[otherCell];
   Four const d = _mm256_sub_pd(_mm256_load_pd(other), _mm256_load_pd(cv));             // dx dy dz dz
   Four const dphi = _mm256_sub_pd(_mm256_load_pd(other + 4), _mm256_load_pd(cv + 4));  // du dv dw dw
@@ -208,14 +200,14 @@ ZYN_TARGET_AVX2 int LeaveGroups(Ring<kFields> ring, Systems<kFields> const& syst
 }
 
 /// b += dphi d on the CV side alone; the other cell has no record.
-ZYN_KERNEL void AddOuterFace(Ring<1> const& ring, CZYN3DFiniteVolumeMesh const& mesh,
-                             std::array<double const*, 1> const& phi, int cvCell, int other) {
+ZYN_INLINE_AVX2 void AddOuterFace(Ring<1> const& ring, CZYN3DFiniteVolumeMesh const& mesh,
+                                  std::array<double const*, 1> const& phi, int cvCell, int other) {
   double* const cv = ring[cvCell];
   Four const there = _mm256_setr_pd(mesh.xc[other], mesh.yc[other], mesh.zc[other], phi[0][other]);
   AddAt(cv + 4, Product(_mm256_sub_pd(there, _mm256_load_pd(cv))));
 }
-ZYN_KERNEL void AddOuterFace(Ring<3> const& ring, CZYN3DFiniteVolumeMesh const& mesh,
-                             std::array<double const*, 3> const& phi, int cvCell, int other) {
+ZYN_INLINE_AVX2 void AddOuterFace(Ring<3> const& ring, CZYN3DFiniteVolumeMesh const& mesh,
+                                  std::array<double const*, 3> const& phi, int cvCell, int other) {
   double* const cv = ring[cvCell];
   Four const there = _mm256_setr_pd(phi[0][other], phi[1][other], phi[2][other], phi[2][other]);
   Four const dphi = _mm256_sub_pd(there, _mm256_load_pd(cv + 4));

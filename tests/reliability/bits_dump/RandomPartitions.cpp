@@ -68,9 +68,18 @@ class PartitionRun {
       op.GradMethod_3(phi[0].Data(), phi[1].Data(), phi[2].Data(), x, y, z, second.x.Data(), second.y.Data(),
                       second.z.Data(), third.x.Data(), third.y.Data(), third.z.Data());
     });
-    for (GuardedArray<double> const* component :
-         {&second.x, &second.y, &second.z, &third.x, &third.y, &third.z})
-      file_.Write("of the second and third", mesh_.NCell(), component->Data());
+    auto const writeOthers = [&] {
+      for (GuardedArray<double> const* component :
+           {&second.x, &second.y, &second.z, &third.x, &third.y, &third.z})
+        file_.Write("of the second and third", mesh_.NCell(), component->Data());
+    };
+    writeOthers();
+    Write("three fields by least squares", 1, [&](COperatorGradient& op, double* x, double* y, double* z) {
+      op.GradMethod_LeastSquares_3(phi[0].Data(), phi[1].Data(), phi[2].Data(), x, y, z, second.x.Data(),
+                                   second.y.Data(), second.z.Data(), third.x.Data(), third.y.Data(),
+                                   third.z.Data());
+    });
+    writeOthers();
   }
 
   BitsFile& file_;
