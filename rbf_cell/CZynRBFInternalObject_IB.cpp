@@ -129,8 +129,7 @@ int CZynRBFInternalObject::DeriveIBCoefficentBysolveDQfullMatrix(int i, double* 
     RBFnode const& node = m_pRBFnode[stencil[k]];
     system.Add({node.x, node.y, node.z});
   }
-  double const* w =
-      system.SolveForGradientAndValue(PlainDQKernel(Span, pSupport[i]), {x[i], y[i], z[i]});
+  double const* w = system.SolveForGradientAndValue(PlainDQKernel(Span, pSupport[i]), {x[i], y[i], z[i]});
   for (int k = 1; k <= stencil[0]; ++k, w += 4) {
     m_ppIBCoef[i][k].Set(w[0], w[1], w[2], i);
     m_ppIBValueCoef[i][k] = w[3];
