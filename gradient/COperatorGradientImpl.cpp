@@ -6,11 +6,15 @@
 #include "foundation/FaceGroups.h"
 #include "foundation/HostObjects.h"
 #include "foundation/Status.h"
+#include "gradient/FaceRing.h"
 #include "gradient/GradientTypes.h"
+#include "gradient/LeastSquaresWalk.h"
 #include "host/ZYNCom.h"
 #include "host/Zyn3dGV.h"
 
-COperatorGradientImpl::COperatorGradientImpl() : m_szError{} { StartErrorText(m_szError); }
+COperatorGradientImpl::COperatorGradientImpl() : m_szError{}, m_pFaceRing(new FaceRing) {
+  StartErrorText(m_szError);
+}
 
 // Destroys neither the host objects, which are borrowed, nor the cell operator of type 2, whose destructor would destroy
 // them.
@@ -67,7 +71,7 @@ int COperatorGradientImpl::Agreed(int status) {
 
 /// Speeds up the gradients that work without Initialize, so a mesh that is missing or not complete is no error.
 void COperatorGradientImpl::PrepareFaceRing() {
-  if (m_pMesh != nullptr) m_faceRing.Prepare(FacesOf(FaceKind::Inner, *m_pMesh), m_pMesh->NInnerCells);
+  if (m_pMesh != nullptr) m_pFaceRing->Prepare(FacesOf(FaceKind::Inner, *m_pMesh), m_pMesh->NInnerCells);
 }
 
 int COperatorGradientImpl::Initialize() {
@@ -85,7 +89,7 @@ int COperatorGradientImpl::Initialize() {
 void COperatorGradientImpl::Release() {
   FreeLeastSquaresArrays();
   DestroyRadialBasisOperator();
-  m_faceRing.Release();
+  m_pFaceRing->Release();
 }
 
 int COperatorGradientImpl::UpdateGeometry() {

@@ -3,10 +3,6 @@
 #include <cstdint>
 #include <memory>
 
-#include "gradient/FaceRing.h"
-#include "gradient/LeastSquaresWalk.h"
-#include "gradient/NormalEquations.h"
-
 class CCommunication;
 class CPartitionFace_DLL;
 class CZYN3DFiniteVolumeMesh;
@@ -15,6 +11,12 @@ class CZYNGVGPU;
 class CZYNGVOpenMP;
 class CZynRBFInternalObject;
 class CZyn3dGV;
+class FaceGroups;
+class FaceRing;
+class LeastSquaresPlan;
+namespace normal_equations {
+struct Matrices;
+}
 
 /// Private state of COperatorGradient, and the gradient methods with one source file each.
 ///
@@ -65,7 +67,8 @@ class COperatorGradientImpl {
 
   bool m_bExchangesResult = true;             ///< whether the halo cells of the outputs are filled
   std::unique_ptr<LeastSquaresPlan> m_pPlan;  ///< of the least-squares gradients; made with the arrays above
-  FaceRing m_faceRing;  ///< prepared by Initialize; the Green-Gauss gradients work without it, too
+  /// Never null; prepared by Initialize. The Green-Gauss gradients work without that, too.
+  std::unique_ptr<FaceRing> m_pFaceRing;
 
  private:
   void AppendError(char const* message);

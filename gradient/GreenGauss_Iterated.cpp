@@ -55,7 +55,7 @@ void COperatorGradientImpl::IteratedGreenGauss(double const* phi, double* gx, do
   FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   double *const Gx = m_pGV->PrevGradX, *const Gy = m_pGV->PrevGradY, *const Gz = m_pGV->PrevGradZ;
 
-  green_gauss::Sums const sums(mesh, faces, m_faceRing);
+  green_gauss::Sums const sums(mesh, faces, *m_pFaceRing);
   auto const sweep = [&](auto const& faceValue, double* sumX, double* sumY, double* sumZ) {
     sums.Store<face_walk::Flux>(faceValue, phi, {sumX, sumY, sumZ});
   };

@@ -17,7 +17,7 @@ void COperatorGradientImpl::PlainGreenGauss(double const* phi, double* gx, doubl
   CZYN3DFiniteVolumeMesh const& mesh = *m_pMesh;
   FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
 
-  Sums const sums(mesh, faces, m_faceRing);
+  Sums const sums(mesh, faces, *m_pFaceRing);
   sums.Store<face_walk::Flux>(LimitedLinear{phi}, phi, {gx, gy, gz});
 
   ExchangeResult(gx, gy, gz);

@@ -18,7 +18,7 @@ void COperatorGradientImpl::ThreeComponentGreenGauss(double const* const phi[3],
   FaceGroups const faces(mesh, PartitionFaces(*m_pPartFace, mesh));
   face_walk::ThreeFields const fields{phi[0], phi[1], phi[2]};
 
-  Sums const sums(mesh, faces, m_faceRing);
+  Sums const sums(mesh, faces, *m_pFaceRing);
   sums.Store<face_walk::ThreeFluxes>(LimitedLinear{fields}, fields,
                                      {g9[0], g9[1], g9[2], g9[3], g9[4], g9[5], g9[6], g9[7], g9[8]});
 

@@ -78,6 +78,10 @@ ZYN_INLINE_AVX2 Four LastOf(Table<Fours> const& table, std::size_t const (&slot)
   return Of(table.At(slot[0])[3], table.At(slot[1])[3], table.At(slot[2])[3], table.At(slot[3])[3]);
 }
 
+alignas(kFour) constexpr double kNothing[4] = {};
+/// For Either: of no number, of all.
+alignas(kFour) constexpr double kChosen[2][4] = {{}, {-0.0, -0.0, -0.0, -0.0}};
+
 /// The sum of the cell on the CV side, kept in a register while faces of the same cell follow each other.
 /// @tparam Irregular  whether a processor cannot foresee where the faces of a cell end. Then there is no branch: the sum is
 ///                    stored after each face, and a register loaded that is not used if the cell is still the same
@@ -110,12 +114,11 @@ class KeptSum {
   ZYN_INLINE_AVX2 void MoveTo(std::size_t cv) {
     if constexpr (Irregular) {
       // Nothing is loaded from where the sum has just been stored: that would have to wait for the store.
-      alignas(kFour) static constexpr double kNothing[4] = {}, kSigns[2][4] = {{}, {-0.0, -0.0, -0.0, -0.0}};
       std::size_t const isSame = cv == slot_ ? 1 : 0;
       double const* from = isSame != 0 ? kNothing : sums_.At(cv);
       asm("" : "+r"(from));  // a conditional move: compilers would go back to the branch
       Store();
-      sum_ = Either(At(kSigns[isSame]), sum_, At(from));
+      sum_ = Either(At(kChosen[isSame]), sum_, At(from));
     } else {
       if (cv == slot_) return;
       Store();

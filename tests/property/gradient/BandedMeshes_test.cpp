@@ -9,6 +9,7 @@
 
 #include "foundation/Processor.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/LeastSquaresWalk.h"
 #include "tests/support/gradient/BitComparison.h"
 #include "tests/support/gradient/ConnectedOperator.h"
 #include "tests/support/gradient/PlainForm.h"

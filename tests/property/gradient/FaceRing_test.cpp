@@ -9,6 +9,7 @@
 #include "foundation/FaceGroups.h"
 #include "foundation/Processor.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/FaceRing.h"
 #include "tests/support/gradient/BitComparison.h"
 #include "tests/support/gradient/ConnectedOperator.h"
 #include "tests/support/gradient/PlainForm.h"
@@ -56,7 +57,7 @@ struct Prepared {
     ring().TakeNoMeshForSmall();
     op.gradient.Initialize();
   }
-  FaceRing& ring() { return op.gradient.m_pImpl->m_faceRing; }
+  FaceRing& ring() { return *op.gradient.m_pImpl->m_pFaceRing; }
   bool Fits(int recordDoubles) {
     return ring().Fits(FacesOf(FaceKind::Inner, host.mesh), host.mesh.NInnerCells, recordDoubles);
   }
@@ -194,8 +195,8 @@ TEST(FaceRing, MeshesWithoutCellsOrFacesAreNoneForIt) {
   Prepared s(mesh);
   EXPECT_FALSE(s.Fits(4));
   COperatorGradient alone;
-  alone.m_pImpl->m_faceRing.Prepare({}, 0);
-  EXPECT_FALSE(alone.m_pImpl->m_faceRing.Fits({}, 0, 4));
+  alone.m_pImpl->m_pFaceRing->Prepare({}, 0);
+  EXPECT_FALSE(alone.m_pImpl->m_pFaceRing->Fits({}, 0, 4));
 }
 
 TEST(FaceRing, ReleaseGivesTheMemoryBackAndInitializeBringsItAgain) {

@@ -9,6 +9,7 @@
 #include "foundation/FaceGroups.h"
 #include "foundation/Processor.h"
 #include "gradient/COperatorGradientImpl.h"
+#include "gradient/FaceRing.h"
 #include "tests/support/gradient/BitComparison.h"
 #include "tests/support/gradient/ConnectedOperator.h"
 #include "tests/support/gradient/PlainForm.h"
@@ -49,15 +50,15 @@ struct CaseRun {
       : host(c.mesh, c.exchange, c.lendEmptyArrays), op(host, type), g(c.mesh.NCell(), 0.75) {
     host.UseNonBlockingExchange(c.nonBlocking);
     if (walk == Walk::Faces) return;
-    FaceRing& ring = op.gradient.m_pImpl->m_faceRing;
+    FaceRing& ring = *op.gradient.m_pImpl->m_pFaceRing;
     ring.TakeNoMeshForSmall();
     ring.Prepare(FacesOf(FaceKind::Inner, host.mesh), host.mesh.NInnerCells);
   }
 
   /// Whether the inner faces are walked over with the ring.
   bool UsesRing() const {
-    return op.gradient.m_pImpl->m_faceRing.Fits(FacesOf(FaceKind::Inner, host.mesh), host.mesh.NInnerCells,
-                                                16);
+    return op.gradient.m_pImpl->m_pFaceRing->Fits(FacesOf(FaceKind::Inner, host.mesh), host.mesh.NInnerCells,
+                                                  16);
   }
 
   GradientHost host;
