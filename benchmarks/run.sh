@@ -103,7 +103,7 @@ else
   part "threads" threads 300000 7
   part "cells" program rbf_benchmark 20000 300000
   part "faces and points, 20,000 cells" program interpolation_benchmark 20000 20000 1234 hex,tet 3
-  part "faces and points, 300,000 cells" program interpolation_benchmark 300000 100000 234 hex,tet 1
+  part "faces and points, 300,000 cells" program interpolation_benchmark 300000 100000 234 hex,tet 2
   part "kernels" program kernel_benchmark
   part "search tree, 20,000 cells" program search_tree_benchmark 20000 20000
   part "search tree, 300,000 cells" program search_tree_benchmark 300000 20000
