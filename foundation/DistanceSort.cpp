@@ -18,7 +18,10 @@ typedef long long TwoCounts __attribute__((vector_size(16)));
 bool AnyIsNaN(double const* distances, int n) {
   TwoCounts any = {0, 0};
   int k = 0;
-  for (; k + 1 < n; k += 2) any |= LoadTwo(distances + k) != LoadTwo(distances + k);
+  for (; k + 1 < n; k += 2) {
+    TwoDoubles const two = LoadTwo(distances + k);
+    any |= two != two;  // NOLINT(misc-redundant-expression): a NaN differs from itself
+  }
   return any[0] != 0 || any[1] != 0 || (k < n && std::isnan(distances[k]));
 }
 

@@ -18,7 +18,7 @@ using normal_equations::Systems;
 ///   three fields   x y z z   | u v w w  | bx of u, v, w, . | by | bz
 ///
 /// A lane that holds no number of its own repeats its neighbour's, so that it raises no floating-point exception of its own.
-template <int kFields>
+template <int FieldCount>
 struct Record;
 template <>
 struct Record<1> {
@@ -40,13 +40,13 @@ constexpr std::size_t kLine = 8;  // doubles in a cache line
 constexpr int kLargeMesh = 1 << 15;
 
 /// The ring as the kernels see it.
-template <int kFields>
+template <int FieldCount>
 struct Ring {
   double* records;
   unsigned mask;
 
   double* operator[](int c) const {
-    constexpr unsigned kSize = Record<kFields>::kSize;
+    constexpr unsigned kSize = Record<FieldCount>::kSize;
     // One instruction less where the size allows it: the loop over faces is nothing but such.
     if constexpr ((kSize & (kSize - 1)) == 0)
       return records + ((static_cast<unsigned>(c) * kSize) & (mask * kSize));
@@ -55,22 +55,22 @@ struct Ring {
   }
 };
 
-template <int kFields>
-void EnterCell(Ring<kFields> ring, CZYN3DFiniteVolumeMesh const& mesh,
-               std::array<double const*, kFields> const& phi, int c) {
-  using R = Record<kFields>;
+template <int FieldCount>
+void EnterCell(Ring<FieldCount> ring, CZYN3DFiniteVolumeMesh const& mesh,
+               std::array<double const*, FieldCount> const& phi, int c) {
+  using R = Record<FieldCount>;
   double* const record = ring[c];
   std::fill(record, record + R::kSize, 0.0);
   record[0] = mesh.xc[c], record[1] = mesh.yc[c], record[2] = mesh.zc[c];
-  for (int k = 0; k < kFields; ++k) record[R::Value(k)] = phi[static_cast<std::size_t>(k)][c];
-  if (kFields > 1) record[3] = mesh.zc[c], record[R::Value(kFields)] = phi.back()[c];
+  for (int k = 0; k < FieldCount; ++k) record[R::Value(k)] = phi[static_cast<std::size_t>(k)][c];
+  if (FieldCount > 1) record[3] = mesh.zc[c], record[R::Value(FieldCount)] = phi.back()[c];
 }
 
-template <int kFields>
-void LeaveCell(Ring<kFields> ring, Systems<kFields> const& systems, int c) {
-  using R = Record<kFields>;
+template <int FieldCount>
+void LeaveCell(Ring<FieldCount> ring, Systems<FieldCount> const& systems, int c) {
+  using R = Record<FieldCount>;
   double const* const record = ring[c];
-  for (int k = 0; k < kFields; ++k) {
+  for (int k = 0; k < FieldCount; ++k) {
     normal_equations::Vectors const& b = systems.fields[static_cast<std::size_t>(k)].b;
     b.x[c] = record[R::Sum(0, k)], b.y[c] = record[R::Sum(1, k)], b.z[c] = record[R::Sum(2, k)];
   }
@@ -80,9 +80,9 @@ void LeaveCell(Ring<kFields> ring, Systems<kFields> const& systems, int c) {
 [[gnu::always_inline]] inline void AskForMatrices(normal_equations::Matrices const& m, int c) {
   for (double const* array : {m.xx, m.yy, m.zz, m.xy, m.xz, m.yz}) __builtin_prefetch(array + c);
 }
-template <int kFields>
+template <int FieldCount>
 [[gnu::always_inline]] inline void AskForCell(CZYN3DFiniteVolumeMesh const& mesh,
-                                              std::array<double const*, kFields> const& phi, int c) {
+                                              std::array<double const*, FieldCount> const& phi, int c) {
   for (double const* array : {mesh.xc, mesh.yc, mesh.zc}) __builtin_prefetch(array + c);
   for (double const* array : phi) __builtin_prefetch(array + c);
 }
@@ -94,23 +94,23 @@ using four_doubles::Transpose;
 using normal_equations::FourSystems;
 
 /// Four cells c..c+3 of four arrays to their records, from the place `record` of the first on.
-template <std::size_t kSize>
+template <std::size_t Size>
 ZYN_INLINE_AVX2 void ToRecords(double* record, double const* p, double const* q, double const* r,
                                double const* s, int c) {
   Four a = _mm256_loadu_pd(p + c), b = _mm256_loadu_pd(q + c);
   Four d = _mm256_loadu_pd(r + c), e = _mm256_loadu_pd(s + c);
   Transpose(a, b, d, e);
   _mm256_store_pd(record, a);
-  _mm256_store_pd(record + kSize, b);
-  _mm256_store_pd(record + 2 * kSize, d);
-  _mm256_store_pd(record + 3 * kSize, e);
+  _mm256_store_pd(record + Size, b);
+  _mm256_store_pd(record + 2 * Size, d);
+  _mm256_store_pd(record + 3 * Size, e);
 }
 
 /// The first three of the four numbers in each of four records.
-template <std::size_t kSize>
+template <std::size_t Size>
 ZYN_INLINE_AVX2 void FromRecords(double const* record, Four& p, Four& q, Four& r) {
-  p = _mm256_load_pd(record), q = _mm256_load_pd(record + kSize), r = _mm256_load_pd(record + 2 * kSize);
-  Four s = _mm256_load_pd(record + 3 * kSize);
+  p = _mm256_load_pd(record), q = _mm256_load_pd(record + Size), r = _mm256_load_pd(record + 2 * Size);
+  Four s = _mm256_load_pd(record + 3 * Size);
   Transpose(p, q, r, s);
 }
 
@@ -168,24 +168,24 @@ ZYN_INLINE_AVX2 void AddFace(Ring<3> const& ring, int cvCell, int otherCell) {
   AddAt(other + 8, x), AddAt(other + 12, y), AddAt(other + 16, z);
 }
 
-template <int kFields>
-ZYN_TARGET_AVX2 void EnterGroups(Ring<kFields> ring, double const* x, double const* y, double const* z,
-                                 std::array<double const*, kFields> const& phi, int first, int last) {
+template <int FieldCount>
+ZYN_TARGET_AVX2 void EnterGroups(Ring<FieldCount> ring, double const* x, double const* y, double const* z,
+                                 std::array<double const*, FieldCount> const& phi, int first, int last) {
   for (int c = first; c < last; c += WalkSchedule::kGroup) EnterGroup(ring, x, y, z, phi, c);
 }
 
-/// Groups leave: their right-hand sides are stored and, with kSolves, their systems solved.
+/// Groups leave: their right-hand sides are stored and, with Solves, their systems solved.
 /// @return the first cell that has not left: after the last group, or of one that has left unsolved for a zero pivot
-template <int kFields, bool kSolves>
-ZYN_TARGET_AVX2 int LeaveGroups(Ring<kFields> ring, Systems<kFields> const& systems, int c, int last) {
-  Systems<kFields> const s = systems;
-  constexpr bool kSameArrays = kFields > 1;
+template <int FieldCount, bool Solves>
+ZYN_TARGET_AVX2 int LeaveGroups(Ring<FieldCount> ring, Systems<FieldCount> const& systems, int c, int last) {
+  Systems<FieldCount> const s = systems;
+  constexpr bool kSameArrays = FieldCount > 1;
   for (; c < last; c += WalkSchedule::kGroup) {
-    Four b[kFields][3];
+    Four b[FieldCount][3];
     RightHandSides(ring, c, b);
     FourSystems eliminated;
-    bool const isSolved = kSolves && Eliminate(s.matrices, c, eliminated);
-    for (int k = 0; k < kFields; ++k) {
+    bool const isSolved = Solves && Eliminate(s.matrices, c, eliminated);
+    for (int k = 0; k < FieldCount; ++k) {
       normal_equations::Solution const& field = s.fields[static_cast<std::size_t>(k)];
       if (!isSolved || !kSameArrays) {
         _mm256_storeu_pd(field.b.x + c, b[k][0]);
@@ -194,7 +194,7 @@ ZYN_TARGET_AVX2 int LeaveGroups(Ring<kFields> ring, Systems<kFields> const& syst
       }
       if (isSolved) SolveFour(eliminated, b[k][0], b[k][1], b[k][2], field.g, c);
     }
-    if (kSolves && !isSolved) break;
+    if (Solves && !isSolved) break;
   }
   return c;
 }
@@ -217,39 +217,39 @@ ZYN_INLINE_AVX2 void AddOuterFace(Ring<3> const& ring, CZYN3DFiniteVolumeMesh co
 }
 
 /// The outer faces from `face` on whose cells are to leave. @return the next one
-template <int kFields>
-ZYN_TARGET_AVX2 std::size_t AddOuterFaces(Ring<kFields> ring, CZYN3DFiniteVolumeMesh const& mesh,
-                                          std::array<double const*, kFields> const& phi,
+template <int FieldCount>
+ZYN_TARGET_AVX2 std::size_t AddOuterFaces(Ring<FieldCount> ring, CZYN3DFiniteVolumeMesh const& mesh,
+                                          std::array<double const*, FieldCount> const& phi,
                                           std::vector<WalkSchedule::OuterFace> const& faces, std::size_t face,
                                           int lastCell) {
   constexpr std::size_t kAhead = 12;
   for (; face < faces.size() && faces[face].cv <= lastCell; ++face) {
-    AskForCell<kFields>(mesh, phi, faces[std::min(face + kAhead, faces.size() - 1)].other);
+    AskForCell<FieldCount>(mesh, phi, faces[std::min(face + kAhead, faces.size() - 1)].other);
     AddOuterFace(ring, mesh, phi, faces[face].cv, faces[face].other);
   }
   return face;
 }
 
-template <int kFields>
-ZYN_TARGET_AVX2 void AddFaces(Ring<kFields> ring, FaceGroup const& group, int first, int last) {
+template <int FieldCount>
+ZYN_TARGET_AVX2 void AddFaces(Ring<FieldCount> ring, FaceGroup const& group, int first, int last) {
   int const *const cv = group.cv, *const other = group.other;
   for (int f = first; f <= last; ++f) AddFace(ring, cv[f], other[f]);
 }
 
 #else  // no plan serves, and nobody walks
 
-template <int kFields>
-void EnterGroups(Ring<kFields>, double const*, double const*, double const*,
-                 std::array<double const*, kFields> const&, int, int) {}
-template <int kFields, bool kSolves>
-int LeaveGroups(Ring<kFields>, Systems<kFields> const&, int c, int) {
+template <int FieldCount>
+void EnterGroups(Ring<FieldCount>, double const*, double const*, double const*,
+                 std::array<double const*, FieldCount> const&, int, int) {}
+template <int FieldCount, bool Solves>
+int LeaveGroups(Ring<FieldCount>, Systems<FieldCount> const&, int c, int) {
   return c;
 }
-template <int kFields>
-void AddFaces(Ring<kFields>, FaceGroup const&, int, int) {}
-template <int kFields>
-std::size_t AddOuterFaces(Ring<kFields>, CZYN3DFiniteVolumeMesh const&,
-                          std::array<double const*, kFields> const&,
+template <int FieldCount>
+void AddFaces(Ring<FieldCount>, FaceGroup const&, int, int) {}
+template <int FieldCount>
+std::size_t AddOuterFaces(Ring<FieldCount>, CZYN3DFiniteVolumeMesh const&,
+                          std::array<double const*, FieldCount> const&,
                           std::vector<WalkSchedule::OuterFace> const&, std::size_t face, int) {
   return face;
 }
@@ -280,9 +280,10 @@ bool LeastSquaresPlan::Serves(CZYN3DFiniteVolumeMesh const& mesh, FaceGroups con
   return nRecords_ > 0 && processor::HasAvx2() && schedule_.Fits(mesh, faces);
 }
 
-template <int kFields>
-LeastSquaresWalk<kFields>::LeastSquaresWalk(LeastSquaresPlan const& plan, CZYN3DFiniteVolumeMesh const& mesh,
-                                            FaceGroup const& inner, Fields const& phi, Systems const& systems)
+template <int FieldCount>
+LeastSquaresWalk<FieldCount>::LeastSquaresWalk(LeastSquaresPlan const& plan,
+                                               CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& inner,
+                                               Fields const& phi, Systems const& systems)
     : schedule_(plan.schedule()),
       mesh_(mesh),
       inner_(inner),
@@ -292,8 +293,8 @@ LeastSquaresWalk<kFields>::LeastSquaresWalk(LeastSquaresPlan const& plan, CZYN3D
       mask_(plan.mask()),
       isLarge_(mesh.NCell > walk_kernels::kLargeMesh) {}
 
-template <int kFields>
-int LeastSquaresWalk<kFields>::SolveAll() {
+template <int FieldCount>
+int LeastSquaresWalk<FieldCount>::SolveAll() {
   for (std::size_t range = 0; range < schedule_.ranges.size(); ++range) {
     Enter(schedule_.ranges[range].entered);
     AddRange(range);
@@ -306,63 +307,63 @@ int LeastSquaresWalk<kFields>::SolveAll() {
   return unsolved_;
 }
 
-template <int kFields>
-void LeastSquaresWalk<kFields>::Enter(int last) {
+template <int FieldCount>
+void LeastSquaresWalk<FieldCount>::Enter(int last) {
   using namespace walk_kernels;
-  Ring<kFields> const ring{records_, mask_};
+  Ring<FieldCount> const ring{records_, mask_};
   int c = entered_ + 1;
-  for (; c <= last && c < GroupFrom(entered_ + 1); ++c) EnterCell<kFields>(ring, mesh_, phi_, c);
+  for (; c <= last && c < GroupFrom(entered_ + 1); ++c) EnterCell<FieldCount>(ring, mesh_, phi_, c);
   if (c < GroupUpTo(last)) {
-    EnterGroups<kFields>(ring, mesh_.xc, mesh_.yc, mesh_.zc, phi_, c, GroupUpTo(last));
+    EnterGroups<FieldCount>(ring, mesh_.xc, mesh_.yc, mesh_.zc, phi_, c, GroupUpTo(last));
     c = GroupUpTo(last) + 1;
   }
-  for (; c <= last; ++c) EnterCell<kFields>(ring, mesh_, phi_, c);
+  for (; c <= last; ++c) EnterCell<FieldCount>(ring, mesh_, phi_, c);
   entered_ = std::max(entered_, last);
 }
 
 /// Adds a range of inner faces. On a large mesh, what is read of the cells that enter or leave next is asked for meanwhile,
 /// a cache line of each array at a time.
-template <int kFields>
-void LeastSquaresWalk<kFields>::AddRange(std::size_t range) {
+template <int FieldCount>
+void LeastSquaresWalk<FieldCount>::AddRange(std::size_t range) {
   using namespace walk_kernels;
-  Ring<kFields> const ring{records_, mask_};
+  Ring<FieldCount> const ring{records_, mask_};
   int const first = static_cast<int>(range) * WalkSchedule::kRange + 1;
   int const last = std::min(first + WalkSchedule::kRange - 1, inner_.count);
   if (!isLarge_) {
-    AddFaces<kFields>(ring, inner_, first, last);
+    AddFaces<FieldCount>(ring, inner_, first, last);
     return;
   }
   constexpr int kFacesALine = 16, kCells = static_cast<int>(kLine);
   std::size_t const next = std::min(range + 1, schedule_.ranges.size() - 1);
   int enter = entered_ + 1, leave = left_ + 1;
   for (int f = first; f <= last; f += kFacesALine) {
-    AddFaces<kFields>(ring, inner_, f, std::min(f + kFacesALine - 1, last));
+    AddFaces<FieldCount>(ring, inner_, f, std::min(f + kFacesALine - 1, last));
     if (leave <= schedule_.ranges[range].done) AskForMatrices(systems_.matrices, leave);
-    if (enter <= schedule_.ranges[next].entered) AskForCell<kFields>(mesh_, phi_, enter);
+    if (enter <= schedule_.ranges[next].entered) AskForCell<FieldCount>(mesh_, phi_, enter);
     leave += kCells, enter += kCells;
   }
 }
 
 /// The cells up to `last` are complete once their outer faces have been added.
-template <int kFields>
-void LeastSquaresWalk<kFields>::Leave(int last) {
+template <int FieldCount>
+void LeastSquaresWalk<FieldCount>::Leave(int last) {
   using namespace walk_kernels;
-  Ring<kFields> const ring{records_, mask_};
-  outerFace_ = AddOuterFaces<kFields>(ring, mesh_, phi_, schedule_.outerFaces, outerFace_, last);
+  Ring<FieldCount> const ring{records_, mask_};
+  outerFace_ = AddOuterFaces<FieldCount>(ring, mesh_, phi_, schedule_.outerFaces, outerFace_, last);
   while (left_ < last) {
     int const first = left_ + 1;
     bool const solves = unsolved_ == first && first <= mesh_.NInnerCells;
     int const end = GroupUpTo(solves ? std::min(last, mesh_.NInnerCells) : last);
     if (first == GroupFrom(first) && first < end) {
-      int const next = solves ? LeaveGroups<kFields, true>(ring, systems_, first, end)
-                              : LeaveGroups<kFields, false>(ring, systems_, first, end);
+      int const next = solves ? LeaveGroups<FieldCount, true>(ring, systems_, first, end)
+                              : LeaveGroups<FieldCount, false>(ring, systems_, first, end);
       if (solves) unsolved_ = next;
       left_ = next - 1;
       if (left_ == end) continue;
       // A group has left in which a pivot is zero.
       left_ += WalkSchedule::kGroup;
     } else {
-      LeaveCell<kFields>(ring, systems_, first);
+      LeaveCell<FieldCount>(ring, systems_, first);
       left_ = first;
     }
     if (solves) unsolved_ = SolveCells(systems_, unsolved_, left_);

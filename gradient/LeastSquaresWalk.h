@@ -40,12 +40,12 @@ class LeastSquaresPlan {
 ///
 /// With one field, the right-hand sides are stored beside the gradients. With three, they have no arrays of their own: the
 /// arrays of right-hand sides and gradients are the same.
-template <int kFields>
+template <int FieldCount>
 class LeastSquaresWalk {
  public:
   /// [1..NCell] of each field
-  using Fields = std::array<double const*, kFields>;
-  using Systems = normal_equations::Systems<kFields>;
+  using Fields = std::array<double const*, FieldCount>;
+  using Systems = normal_equations::Systems<FieldCount>;
 
   /// @pre plan.Serves(mesh, faces). What is passed outlives the walk.
   LeastSquaresWalk(LeastSquaresPlan const& plan, CZYN3DFiniteVolumeMesh const& mesh, FaceGroup const& inner,

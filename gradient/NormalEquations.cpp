@@ -29,20 +29,20 @@ void StoreAt(Vectors const& v, int c, Vector<Value> const& value) {
   StoreAt(v.x, c, value.x), StoreAt(v.y, c, value.y), StoreAt(v.z, c, value.z);
 }
 
-template <class Value, int kFields>
-void SolveAt(Systems<kFields> const& s, Matrix<Value> const& m, int c) {
+template <class Value, int FieldCount>
+void SolveAt(Systems<FieldCount> const& s, Matrix<Value> const& m, int c) {
   for (Solution const& field : s.fields) StoreAt(field.g, c, Solve(m, VectorAt<Value>(field.b, c)));
 }
 
 // Not inlined: a compiler that sees the caller, too, may move the divisions behind the end of its WithoutTraps.
-template <int kFields>
-[[gnu::noinline]] void SolveWithZeroLastPivot(Systems<kFields> const& s, Matrix<double> const& m, int c) {
+template <int FieldCount>
+[[gnu::noinline]] void SolveWithZeroLastPivot(Systems<FieldCount> const& s, Matrix<double> const& m, int c) {
   SolveAt(s, m, c);
 }
 
 /// @return false, without an answer, when the first or second pivot of the cell is zero
-template <int kFields>
-bool SolveOne(Systems<kFields> const& s, int c) {
+template <int FieldCount>
+bool SolveOne(Systems<FieldCount> const& s, int c) {
   Matrix<double> const m = MatrixAt<double>(s.matrices, c);
   if (HasZeroPivot(m)) return false;
   if (two_faces::AnyZero(LastPivot(m))) {
@@ -56,9 +56,9 @@ bool SolveOne(Systems<kFields> const& s, int c) {
 
 /// Solves cells side by side from c on. @return the first cell that is not solved, since its neighbours up to `last` are
 /// too few or one of them has a zero pivot
-template <int kFields>
-int SolvePairs(Systems<kFields> const& systems, int c, int last) {
-  Systems<kFields> const s = systems;
+template <int FieldCount>
+int SolvePairs(Systems<FieldCount> const& systems, int c, int last) {
+  Systems<FieldCount> const s = systems;
   for (; c < last; c += 2) {
     Matrix<Two> const m = MatrixAt<Two>(s.matrices, c);
     if (HasZeroPivot(m) || two_faces::AnyZero(LastPivot(m))) break;
@@ -70,9 +70,9 @@ int SolvePairs(Systems<kFields> const& systems, int c, int last) {
 #if ZYN_HAS_TARGETS
 
 /// The same for four cells.
-template <int kFields>
-ZYN_TARGET_AVX2 int SolveFours(Systems<kFields> const& systems, int c, int last) {
-  Systems<kFields> const s = systems;
+template <int FieldCount>
+ZYN_TARGET_AVX2 int SolveFours(Systems<FieldCount> const& systems, int c, int last) {
+  Systems<FieldCount> const s = systems;
   for (FourSystems eliminated; c + 3 <= last && Eliminate(s.matrices, c, eliminated); c += 4) {
     for (Solution const& field : s.fields) {
       Four const bx = _mm256_loadu_pd(field.b.x + c), by = _mm256_loadu_pd(field.b.y + c);
@@ -84,8 +84,8 @@ ZYN_TARGET_AVX2 int SolveFours(Systems<kFields> const& systems, int c, int last)
 
 #else
 
-template <int kFields>
-int SolveFours(Systems<kFields> const&, int c, int) {
+template <int FieldCount>
+int SolveFours(Systems<FieldCount> const&, int c, int) {
   return c;
 }
 
@@ -93,8 +93,8 @@ int SolveFours(Systems<kFields> const&, int c, int) {
 
 }  // namespace
 
-template <int kFields>
-int SolveCells(Systems<kFields> const& systems, int first, int last) {
+template <int FieldCount>
+int SolveCells(Systems<FieldCount> const& systems, int first, int last) {
   bool const hasFours = processor::HasAvx2();
   int const sideBySide = hasFours ? 4 : 2;
   for (int c = first; c <= last;) {

@@ -81,16 +81,16 @@ struct Solution {
   Vectors b, g;
 };
 /// The systems of the cells: fields share the matrices.
-template <int kFields>
+template <int FieldCount>
 struct Systems {
   Matrices matrices;
-  std::array<Solution, kFields> fields;
+  std::array<Solution, FieldCount> fields;
 };
 
 /// Solves those of the cells first..last by ascending number, four or two cells side by side.
 /// A last pivot of zero is no failure: the gradients of the cell are not finite then, and no trap stops the program.
 /// @return last + 1, or a cell whose first or second pivot is zero; that cell and the later ones are left as they are
-template <int kFields>
-int SolveCells(Systems<kFields> const& systems, int first, int last);
+template <int FieldCount>
+int SolveCells(Systems<FieldCount> const& systems, int first, int last);
 
 }  // namespace normal_equations

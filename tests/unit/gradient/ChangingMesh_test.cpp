@@ -89,7 +89,7 @@ TEST(ChangingMesh, AReleasedOperatorServesAnotherMeshAndNothingIsLeftBehind) {
       ASSERT_EQ(1, op.gradient.Initialize());
       op.gradient.Release();
     }
-    EXPECT_EQ(live + 1, LiveAllocations()) << "the state alone";
+    EXPECT_EQ(live + 2, LiveAllocations()) << "the state, and the ring without its memory";
     ASSERT_EQ(1, op.gradient.Initialize());
   }
   EXPECT_EQ(live, LiveAllocations());
