@@ -3,7 +3,7 @@
 #   run.sh BUILD_FOLDER [--quick]
 # With ZYN_BENCH_ALL=1, method 1 on 300,000 hexahedra is added, for eight minutes more.
 # The values go to docs/measured/speed/PROCESSOR.tsv, and the tables of the page are made from all files there: a run on
-# another processor adds its columns. Takes up to 25 minutes, and some more for the meshes of OpenFOAM, which are kept in
+# another processor adds its columns. Takes about 20 minutes, and some more for the meshes of OpenFOAM, which are kept in
 # build/openfoam. The machine should have nothing else to do.
 # With --quick, everything runs on tiny meshes in two minutes; values and page go to BUILD_FOLDER/quick.
 set -euo pipefail
