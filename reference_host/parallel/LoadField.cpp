@@ -103,6 +103,12 @@ fs::path TimeAndName(std::string const& fieldSpec) {
   return time / path.filename();
 }
 
+FoamField ReadScalarField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary) {
+  FoamField field = ReadFoamField(file, nCells, boundary);
+  if (field.nComponents != 1) throw MeshError(file + ": a field of vectors; only scalars can be used here");
+  return field;
+}
+
 class FieldLoader {
  public:
   FieldLoader(MPI_Comm communicator, LoadedMesh& mesh, std::string const& fieldSpec)
@@ -157,7 +163,7 @@ class FieldLoader {
     RunTogether(communicator_, [&] {
       fs::path const folder = ProcessorFolder(source_.spec, communicator_.rank());
       FoamField const field =
-          ReadFoamField((folder / TimeAndName(fieldSpec_)).string(), record_.NInnerCells, source_.boundary);
+          ReadScalarField((folder / TimeAndName(fieldSpec_)).string(), record_.NInnerCells, source_.boundary);
       lacksValues_ = field.lacksValues;
       TakeAnswers(Answers(FoamFieldLookup(field, source_.boundary), QuestionsFor(FolderCells())));
     });
@@ -218,7 +224,7 @@ class FieldLoader {
       throw MeshError(fieldSpec_ +
                       ": an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)");
     }
-    return ReadFoamField(FindFieldFile(source_.polyMesh, fieldSpec_), nCells, source_.boundary);
+    return ReadScalarField(FindFieldFile(source_.polyMesh, fieldSpec_), nCells, source_.boundary);
   }
 
   /// Answers one rank after another. After a failure, the remaining ranks get nothing.
