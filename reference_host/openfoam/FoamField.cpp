@@ -19,12 +19,8 @@ namespace {
 /// "uniform 3", "nonuniform List<scalar> 2 (3 4)" or "nonuniform List<scalar> 2{3}". The last one is not
 /// expanded, since a few bytes could announce any number of values.
 struct Values {
-  std::int64_t count = kAny;  ///< kAny: any number
-  double same = 0.0;
-  std::vector<double> list;  ///< empty: `count` times `same`
-
-  static constexpr std::int64_t kAny = -1;
-  bool IsUniform() const { return count == kAny; }
+  bool isUniform = true;  ///< any number of `reals.same`
+  FoamReals reals;
 };
 
 /// The entry of one patch or pattern in boundaryField.
@@ -35,8 +31,8 @@ struct PatchEntry {
 
 /// Whether faces of this patch type have the value of their cell by definition.
 bool TakesValueOfCell(std::string_view type) {
-  constexpr std::array<std::string_view, 5> kTypes = {"zeroGradient", "symmetry", "symmetryPlane", "slip",
-                                                      "empty"};
+  constexpr std::array<std::string_view, 6> kTypes = {"zeroGradient", "symmetry", "symmetryPlane",
+                                                      "slip",         "wedge",    "empty"};
   for (std::string_view const known : kTypes) {
     if (type == known) return true;
   }
@@ -54,13 +50,16 @@ class FieldParser {
         patterns_(StepsFor(text_.Remaining(), boundary)) {}
 
   FoamField Parse() {
-    if (file_.ClassName() != "volScalarField") {
-      text_.Fail("a field of class " + Quoted(file_.ClassName()) + "; only volScalarField can be read");
+    if (file_.ClassName() != "volScalarField" && file_.ClassName() != "volVectorField") {
+      text_.Fail("a field of class " + Quoted(file_.ClassName()) +
+                 "; only volScalarField and volVectorField can be read");
     }
+    nComponents_ = file_.ClassName() == "volVectorField" ? 3 : 1;
     while (!text_.AtEnd()) ReadEntry();
     if (!internal_) Fail("there is no internalField");
     if (!hasBoundary_) Fail("there is no boundaryField");
     FoamField field;
+    field.nComponents = nComponents_;
     field.cell = Expanded(*internal_, nCells_, "cells");
     for (std::size_t p = 0; p < boundary_.patches.size(); ++p) AddPatch(p, field);
     return field;
@@ -128,11 +127,11 @@ class FieldParser {
     Values values;
     std::string_view const kind = text_.Word("uniform or nonuniform");
     if (kind == "$internalField") {
-      if (!internal_ || !internal_->IsUniform())
+      if (!internal_ || !internal_->isUniform)
         text_.Fail("$internalField can be used only if the internal field is uniform");
       values = *internal_;
     } else if (kind == "uniform") {
-      values.same = text_.Real("a value");
+      values.reals.same = ReadFoamItem(text_, nComponents_);
     } else if (kind == "nonuniform") {
       ReadList(most, values);
     } else {
@@ -143,24 +142,30 @@ class FieldParser {
   }
 
   void ReadList(std::int64_t most, Values& values) {
+    std::string const expected = nComponents_ == 1 ? "List<scalar>" : "List<vector>";
     char const first = text_.Peek();
     if (first != '(' && (first < '0' || first > '9')) {
-      std::string_view const type = text_.Word("List<scalar>");
-      if (type != "List<scalar>") text_.Fail("List<scalar> expected instead of " + Quoted(type));
+      std::string_view const type = text_.Word(expected.c_str());
+      if (type != expected) text_.Fail(expected + " expected instead of " + Quoted(type));
     }
-    FoamValues<double> read =
-        ReadFoamValues<double>(text_, "value", most, [this] { return text_.Real("a value"); });
-    values.count = read.count;
-    values.same = read.same;
-    values.list = std::move(read.list);
+    values.isUniform = false;
+    values.reals = ReadFoamReals(text_, nComponents_, most);
   }
 
   std::vector<double> Expanded(Values const& values, std::int64_t n, std::string const& of) const {
-    if (!values.IsUniform() && values.count != n) {
-      Fail(std::to_string(values.count) + " values for " + std::to_string(n) + " " + of);
+    FoamReals const& reals = values.reals;
+    if (!values.isUniform && reals.count != n) {
+      Fail(std::to_string(reals.count) + " values for " + std::to_string(n) + " " + of);
     }
-    if (values.list.empty()) return std::vector<double>(static_cast<std::size_t>(n), values.same);
-    return values.list;
+    return reals.list.empty() ? Repeated(reals.same, n) : reals.list;
+  }
+
+  std::vector<double> Repeated(FoamItem const& item, std::int64_t n) const {
+    std::vector<double> values;
+    values.reserve(static_cast<std::size_t>(nComponents_ * n));
+    for (std::int64_t i = 0; i < n; ++i)
+      values.insert(values.end(), item.begin(), item.begin() + nComponents_);
+    return values;
   }
 
   void AddPatch(std::size_t p, FoamField& field) {
@@ -168,10 +173,13 @@ class FieldParser {
     std::int64_t const nFaces = boundary_.facesOfPatch[p].count;
     field.patch.emplace_back();
     field.lacksValues.push_back(0);
+    field.patchType.push_back(entry != nullptr ? entry->type : "");
     if (nFaces == 0 || (entry != nullptr && TakesValueOfCell(entry->type))) return;
     if (entry != nullptr && entry->value) {
       field.patch.back() =
           Expanded(*entry->value, nFaces, "faces of patch " + Quoted(boundary_.patches[p].name));
+    } else if (nComponents_ == 3 && entry != nullptr && entry->type == "noSlip") {
+      field.patch.back() = Repeated(FoamItem{}, nFaces);
     } else {
       field.lacksValues.back() = 1;
     }
@@ -191,6 +199,7 @@ class FieldParser {
   FoamFile file_;
   TextCursor& text_;
   std::int64_t nCells_;
+  int nComponents_ = 1;
   PolyMeshBoundary const& boundary_;
   std::optional<Values> internal_;
   bool hasBoundary_ = false;

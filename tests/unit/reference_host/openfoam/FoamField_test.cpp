@@ -58,6 +58,38 @@ TEST(FoamField, ReadsUniformAndNonuniformValuesOfCells) {
   EXPECT_EQ(Read(Text("nonuniform 3(1 2 3)", kAllPatches)).cell, (Numbers{1, 2, 3}));
 }
 
+std::string VectorText(std::string const& internal, std::string const& patches) {
+  return foam_test::Header("volVectorField") + "dimensions [0 1 -1 0 0 0 0];\ninternalField " + internal +
+         ";\nboundaryField\n{\n" + patches + "}\n";
+}
+
+TEST(FoamField, ReadsVectorsComponentByComponent) {
+  FoamField const field = Read(VectorText("nonuniform List<vector> \n3\n(\n(1 2 3)\n(4 5 6)\n(7 8 9)\n)\n",
+                                          "inlet { type fixedValue; value uniform (1 0 -2.5); }\n"
+                                          "wall_low { type noSlip; }\nwall_high { type calculated; value "
+                                          "nonuniform List<vector> 1((3 4 5)); }\n"));
+  EXPECT_EQ(3, field.nComponents);
+  EXPECT_EQ((Numbers{1, 2, 3, 4, 5, 6, 7, 8, 9}), field.cell);
+  EXPECT_EQ((Numbers{1, 0, -2.5, 1, 0, -2.5, 1, 0, -2.5}), field.patch[0]);
+  EXPECT_EQ((Numbers{0, 0, 0, 0, 0, 0}), field.patch[1]);
+  EXPECT_EQ((Numbers{3, 4, 5}), field.patch[2]);
+  EXPECT_EQ((std::vector<char>{0, 0, 0, 0}), field.lacksValues);
+  EXPECT_EQ((std::vector<std::string>{"fixedValue", "noSlip", "calculated", ""}), field.patchType);
+  EXPECT_EQ((Numbers{1, 2, 3, 1, 2, 3, 1, 2, 3}), Read(VectorText("uniform (1 2 3)", kAllPatches)).cell);
+  EXPECT_EQ((Numbers{1, 2, 3, 1, 2, 3, 1, 2, 3}),
+            Read(VectorText("nonuniform List<vector> 3{(1 2 3)}", kAllPatches)).cell);
+}
+
+TEST(FoamField, RefusesVectorsThatAreNotOfThreeNumbers) {
+  EXPECT_EQ(":9: '(' expected instead of '1;'", Refusal(VectorText("uniform 1", kAllPatches)));
+  EXPECT_EQ(":9: a component of a vector expected instead of ');'",
+            Refusal(VectorText("uniform (1 2)", kAllPatches)));
+  EXPECT_EQ(":9: ')' expected instead of '4);'", Refusal(VectorText("uniform (1 2 3 4)", kAllPatches)));
+  EXPECT_EQ(":9: List<vector> expected instead of 'List<scalar>'",
+            Refusal(VectorText("nonuniform List<scalar> 3(1 2 3)", kAllPatches)));
+  EXPECT_EQ(": 2 values for 3 cells", Refusal(VectorText("nonuniform List<vector> 2{(1 2 3)}", kAllPatches)));
+}
+
 TEST(FoamField, TakesTheValueEntriesOfPatches) {
   FoamField const field = Read(Text("uniform 0",
                                     "inlet { type fixedValue; value nonuniform List<scalar> 3(1 2 3); }\n"
@@ -98,8 +130,8 @@ TEST(FoamField, KnowsTheMacroOfTheInternalField) {
 }
 
 TEST(FoamField, RefusesWhatItCannotRead) {
-  EXPECT_EQ(":6: a field of class 'volVectorField'; only volScalarField can be read",
-            Refusal(foam_test::Header("volVectorField") + "internalField uniform (0 0 0);"));
+  EXPECT_EQ(":6: a field of class 'volTensorField'; only volScalarField and volVectorField can be read",
+            Refusal(foam_test::Header("volTensorField") + "internalField uniform 0;"));
   EXPECT_EQ(": there is no internalField", Refusal(foam_test::Header("volScalarField")));
   EXPECT_EQ(": there is no boundaryField",
             Refusal(foam_test::Header("volScalarField") + "internalField uniform 1;\n"));
@@ -221,6 +253,18 @@ TEST(FoamFieldLookup, FindsFacesByTheirCellPatchAndPlaceAmongItsFaces) {
   EXPECT_EQ(2, lookup.At({2, 0, 0}));
   EXPECT_EQ(20, lookup.At({1, 1, 0}));
   EXPECT_EQ(5, lookup.At({1, 2, 0}));
+}
+
+TEST(FoamFieldLookup, FindsTheComponentsOfVectors) {
+  PolyMeshBoundary const boundary = ThreeCells();
+  FoamField const field = Read(VectorText(
+      "nonuniform List<vector> 3((1 2 3) (4 5 6) (7 8 9))",
+      "inlet { type fixedValue; value nonuniform List<vector> 3((10 11 12) (13 14 15) (16 17 18)); }\n"));
+  FoamFieldLookup const lookup(field, boundary);
+  EXPECT_EQ(5, lookup.AtCell(1, 1));
+  EXPECT_EQ(12, lookup.At({0, 0, 0}, 2));
+  EXPECT_EQ(16, lookup.At({0, 0, 1}));
+  EXPECT_EQ(6, lookup.At({1, 1, 0}, 2));
 }
 
 }  // namespace
