@@ -45,7 +45,7 @@ void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) 
 
 class GradientCommand : public Command {
  public:
-  GradientCommand() : Command("gradient", "results.json") {}
+  GradientCommand() : Command("gradient", "gradient.json") {}
   CLI::App* AddTo(CLI::App& program) override;
 
  private:
