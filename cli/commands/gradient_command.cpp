@@ -13,6 +13,7 @@
 #include "cli/commands/commands.h"
 #include "cli/commands/gradient_help.h"
 #include "cli/field/Expression.h"
+#include "cli/field/FieldFiles.h"
 #include "cli/gradient/GradientFiles.h"
 #include "cli/gradient/GradientMethods.h"
 #include "cli/gradient/GradientReport.h"
@@ -44,11 +45,12 @@ void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) 
 
 class GradientCommand : public Command {
  public:
-  GradientCommand() : Command("gradient", "results.json") {}
+  GradientCommand() : Command("gradient", "gradient.json") {}
   CLI::App* AddTo(CLI::App& program) override;
 
  private:
   void ReadOptions() override;
+  void ReadInput(Ranks const& ranks) override { fieldFiles_.FindTimes(ranks, meshOptions_.mesh); }
   std::vector<std::string> OutputFiles(Ranks const& ranks) const override;
   void Compute(CommandRun& run) override;
   void Print(std::ostream& out) const override;
@@ -62,12 +64,14 @@ class GradientCommand : public Command {
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
-  std::vector<std::string> fieldTexts_, fieldFiles_;  ///< one of them is empty
+  std::vector<std::string> fieldTexts_;  ///< empty with fields from files
+  FieldFileOptions fieldFileOptions_;
   std::vector<std::string> methodLists_;
   std::string sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
   bool nonBlocking_ = false, shapeNormalize_ = false;
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
+  FieldFiles fieldFiles_;
   std::vector<Expression> fields_;
   std::optional<Expression> weight_;
   std::vector<GradientMethod const*> methods_;
@@ -85,7 +89,7 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
   CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
   AddRepeatableOption(*command, "--field", fieldTexts_, help::kField)->type_name("EXPR");
-  AddRepeatableOption(*command, "--field-file", fieldFiles_, help::kFieldFile)->type_name("FILE");
+  AddFieldFileOptions(*command, fieldFileOptions_);
   AddMethodOption(*command, methodLists_, GradientMethodHelp());
   command->add_option("--sweeps", sweepsText_, help::kSweeps)->type_name("N");
   command->add_option("--weight", weightText_, help::kWeight)->type_name("EXPR");
@@ -101,8 +105,8 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
 void GradientCommand::ChooseMethods() {
   std::string const names = methodLists_.empty() ? "all" : JoinedLists(methodLists_);
   methods_ = ChooseGradientMethods(names);
-  std::string const option = fieldFiles_.empty() ? " --field" : " --field-file";
-  std::size_t const nGiven = std::max(fields_.size(), fieldFiles_.size());
+  if (!fieldFiles_.IsEmpty()) return;
+  std::size_t const nGiven = fields_.size();
   auto const takes = [this](int n) {
     return std::any_of(methods_.begin(), methods_.end(),
                        [n](GradientMethod const* m) { return m->nFields == n; });
@@ -111,13 +115,14 @@ void GradientCommand::ChooseMethods() {
   // Of methods of both kinds, some run with either number.
   if ((takesOne && nGiven == 1) || (takesThree && nGiven == 3)) return;
   char const* const wanted = takesOne && takesThree ? "one or three" : takesOne ? "one" : "three";
-  throw UsageError("method " + OneLine(names) + " takes " + wanted + option + ", got " +
+  throw UsageError("method " + OneLine(names) + " takes " + wanted + " --field, got " +
                    std::to_string(nGiven));
 }
 
 void GradientCommand::ReadOptions() {
-  if (fieldTexts_.empty() && fieldFiles_.empty()) throw UsageError("--field or --field-file is required");
-  if (!fieldTexts_.empty() && !fieldFiles_.empty()) {
+  fieldFiles_ = FieldFiles(fieldFileOptions_);
+  if (fieldTexts_.empty() && fieldFiles_.IsEmpty()) throw UsageError("--field or --field-file is required");
+  if (!fieldTexts_.empty() && !fieldFiles_.IsEmpty()) {
     throw UsageError("--field and --field-file exclude each other");
   }
   for (std::string const& text : fieldTexts_) fields_.emplace_back(text);
@@ -145,9 +150,8 @@ GradientCase GradientCommand::MakeCase(CommandRun& run) {
   Ranks const& ranks = run.ranks();
   reference_host::HostPartition& partition = run.partition();
   GradientCase theCase;
-  for (std::string const& file : fieldFiles_) {
-    theCase.fields.push_back(ReadTestField(ranks, run.mesh(), file, warnings_));
-  }
+  for (FileField& field : fieldFiles_.Read(ranks, run.mesh(), 0, warnings_))
+    for (TestField& component : field.component) theCase.fields.push_back(std::move(component));
   for (Expression const& field : fields_) {
     theCase.fields.push_back(MakeTestField(ranks, partition, field));
     theCase.exactL2.push_back(ExactGradientL2(ranks, *partition.mesh(), theCase.fields.back()));
@@ -163,10 +167,10 @@ GradientCase GradientCommand::MakeCase(CommandRun& run) {
 
 ordered_json GradientCommand::Question() const {
   ordered_json json;
-  if (fieldFiles_.empty()) {
+  if (fieldFiles_.IsEmpty()) {
     json["fields"] = fieldTexts_;
   } else {
-    json["fieldFiles"] = fieldFiles_;
+    fieldFiles_.AddToQuestion(json);
   }
   json["weight"] = weightText_;
   json["sweeps"] = nSweeps_;
@@ -182,7 +186,7 @@ void GradientCommand::Compute(CommandRun& run) {
   run.partition().globals()->UseNonBlockingExch = nonBlocking_ ? 1 : 0;
   run.PrintMesh();
 
-  run.progress().Stage(fieldFiles_.empty() ? "evaluating the formulas" : "reading the field");
+  run.progress().Stage(fieldFiles_.IsEmpty() ? "evaluating the formulas" : "reading the field");
   case_ = MakeCase(run);
   if (NeedsSettings())
     StageRunSettings(run.ranks(), run.partition(), run.folder(), SettingsFileText(radialBasis_));

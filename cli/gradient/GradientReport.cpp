@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "cli/base/TextTable.h"
+#include "cli/gradient/NormsReport.h"
 
 namespace zyngrad {
 namespace {
@@ -13,59 +14,27 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string PlaceOfMax(ErrorNorms const& norms, int digits) {
-  return norms.maxCell > 0 ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2], digits) : "-";
-}
-
-void AddErrorRow(TextTable& table, std::string const& method, std::string const& cells,
-                 ErrorNorms const& norms, int digits) {
-  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
-                Scientific(norms.relativeL2), Scientific(norms.max),
-                norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-", PlaceOfMax(norms, digits)});
-}
-
 void PrintErrors(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
-  TextTable table({{"method", Align::Left},
-                   {"cells", Align::Left},
-                   {"number"},
-                   {"L1"},
-                   {"L2"},
-                   {"L2 relative"},
-                   {"maximum"},
-                   {"in cell"},
-                   {"at", Align::Left}});
+  TextTable table(NormsColumns({{"method", Align::Left}, {"cells", Align::Left}}, NormsOfWhat::Errors));
   for (MethodResult const& result : results) {
     for (GradientResult const& one : result.gradients) {
-      AddErrorRow(table, one.label, "interior", one.errors.interior, digits);
-      AddErrorRow(table, "", "boundary", one.errors.boundary, digits);
+      table.AddRow(NormsRow({one.label, "interior"}, one.errors.interior, NormsOfWhat::Errors, digits));
+      table.AddRow(NormsRow({"", "boundary"}, one.errors.boundary, NormsOfWhat::Errors, digits));
     }
   }
   table.Print(out);
 }
 
-void AddSizeRow(TextTable& table, std::string const& method, std::string const& cells,
-                ErrorNorms const& norms, int digits) {
-  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
-                Scientific(norms.max), norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-",
-                PlaceOfMax(norms, digits)});
-}
-
 void PrintSizes(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
-  TextTable table({{"method", Align::Left},
-                   {"cells", Align::Left},
-                   {"number"},
-                   {"L1"},
-                   {"L2"},
-                   {"maximum"},
-                   {"in cell"},
-                   {"at", Align::Left}});
+  TextTable table(NormsColumns({{"method", Align::Left}, {"cells", Align::Left}}, NormsOfWhat::Quantity));
   TextTable ranges(
       {{"method", Align::Left}, {"d/dx from"}, {"to"}, {"d/dy from"}, {"to"}, {"d/dz from"}, {"to"}});
   for (MethodResult const& result : results) {
     for (GradientResult const& one : result.gradients) {
       if (!one.sizes) continue;
-      AddSizeRow(table, one.label, "interior", one.sizes->norms.interior, digits);
-      AddSizeRow(table, "", "boundary", one.sizes->norms.boundary, digits);
+      GradientErrors const& norms = one.sizes->norms;
+      table.AddRow(NormsRow({one.label, "interior"}, norms.interior, NormsOfWhat::Quantity, digits));
+      table.AddRow(NormsRow({"", "boundary"}, norms.boundary, NormsOfWhat::Quantity, digits));
       std::vector<std::string> row = {one.label};
       for (std::size_t d = 0; d < 3; ++d) {
         row.push_back(Scientific(one.sizes->lowest[d]));
@@ -113,33 +82,18 @@ void PrintRemarks(std::ostream& out, std::vector<MethodResult> const& results) {
   }
 }
 
-ordered_json NormsAsJson(ErrorNorms const& norms) {
-  ordered_json json = {{"cells", norms.nCells}, {"volume", norms.volume},         {"l1", norms.l1},
-                       {"l2", norms.l2},        {"l2Relative", norms.relativeL2}, {"max", norms.max}};
-  if (norms.maxCell > 0) {
-    json["maxCell"] = norms.maxCell;
-    json["maxPlace"] = norms.maxPlace;
-  } else {
-    json["maxCell"] = nullptr;
-    json["maxPlace"] = nullptr;
-  }
-  json["notFiniteCells"] = norms.nNotFinite;
-  return json;
-}
-
 ordered_json ErrorsAsJson(GradientResult const& one) {
   return {{"name", one.label},
           {"field", one.field + 1},
-          {"interior", NormsAsJson(one.errors.interior)},
-          {"boundary", NormsAsJson(one.errors.boundary)}};
+          {"interior", NormsAsJson(one.errors.interior, NormsOfWhat::Errors)},
+          {"boundary", NormsAsJson(one.errors.boundary, NormsOfWhat::Errors)}};
 }
 
 /// Norms of the gradient itself, without relative ones.
 ordered_json SizesAsJson(GradientResult const& one) {
   ordered_json json = {{"name", one.label}, {"field", one.field + 1}};
-  json["interior"] = NormsAsJson(one.sizes->norms.interior);
-  json["boundary"] = NormsAsJson(one.sizes->norms.boundary);
-  for (char const* const region : {"interior", "boundary"}) json[region].erase("l2Relative");
+  json["interior"] = NormsAsJson(one.sizes->norms.interior, NormsOfWhat::Quantity);
+  json["boundary"] = NormsAsJson(one.sizes->norms.boundary, NormsOfWhat::Quantity);
   std::array<char const*, 3> const names = {"x", "y", "z"};
   for (std::size_t d = 0; d < names.size(); ++d) {
     json["range"][names[d]] = {one.sizes->lowest[d], one.sizes->highest[d]};

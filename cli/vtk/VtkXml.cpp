@@ -30,6 +30,13 @@ std::string Attributes(char const* type, std::string const& name, int nComponent
          std::to_string(nComponents) + '"';
 }
 
+std::string ComponentNames(std::vector<std::string> const& names) {
+  std::string text;
+  for (std::size_t k = 0; k < names.size(); ++k)
+    text += " ComponentName" + std::to_string(k) + "=\"" + names[k] + '"';
+  return text;
+}
+
 void WriteArrayNames(std::ostream& out, char const* section, std::vector<VtkArray> const& arrays) {
   if (arrays.empty()) return;
   out << '<' << section << ">\n";
@@ -37,7 +44,8 @@ void WriteArrayNames(std::ostream& out, char const* section, std::vector<VtkArra
     char const* type = std::visit(
         [](auto const& values) { return TypeName(typename std::decay_t<decltype(values)>::value_type{}); },
         array.values);
-    out << "<PDataArray" << Attributes(type, array.name, array.nComponents) << "/>\n";
+    out << "<PDataArray" << Attributes(type, array.name, array.nComponents)
+        << ComponentNames(array.componentNames) << "/>\n";
   }
   out << "</" << section << ">\n";
 }
@@ -45,20 +53,26 @@ void WriteArrayNames(std::ostream& out, char const* section, std::vector<VtkArra
 }  // namespace
 
 template <class T>
-void VtkXml::Array(std::string const& name, int nComponents, std::vector<T> const& values) {
+void VtkXml::Array(std::string const& name, int nComponents, std::vector<T> const& values,
+                   std::vector<std::string> const& componentNames) {
   Line("<DataArray" + Attributes(TypeName(T{}), name, nComponents) + " format=\"appended\" offset=\"" +
-       std::to_string(offset_) + "\"/>");
+       std::to_string(offset_) + '"' + ComponentNames(componentNames) + "/>");
   blocks_.push_back({values.data(), values.size() * sizeof(T)});
   offset_ += sizeof(std::uint64_t) + blocks_.back().nBytes;
 }
 
-template void VtkXml::Array(std::string const&, int, std::vector<double> const&);
-template void VtkXml::Array(std::string const&, int, std::vector<std::int32_t> const&);
-template void VtkXml::Array(std::string const&, int, std::vector<std::int64_t> const&);
-template void VtkXml::Array(std::string const&, int, std::vector<std::uint8_t> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<double> const&,
+                            std::vector<std::string> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<std::int32_t> const&,
+                            std::vector<std::string> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<std::int64_t> const&,
+                            std::vector<std::string> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<std::uint8_t> const&,
+                            std::vector<std::string> const&);
 
 void VtkXml::Array(VtkArray const& array) {
-  std::visit([&](auto const& values) { Array(array.name, array.nComponents, values); }, array.values);
+  std::visit([&](auto const& values) { Array(array.name, array.nComponents, values, array.componentNames); },
+             array.values);
 }
 
 void VtkXml::Write(std::string const& file, char const* gridType) const {
