@@ -25,8 +25,26 @@ std::string Header(std::string const& gridType) {
          ByteOrder() + "\" header_type=\"UInt64\">\n";
 }
 
+/// A name as the value of an attribute. Names of fields come from files.
+std::string Escaped(std::string const& name) {
+  std::string text;
+  for (char const c : name) {
+    if (c == '&')
+      text += "&amp;";
+    else if (c == '<')
+      text += "&lt;";
+    else if (c == '>')
+      text += "&gt;";
+    else if (c == '"')
+      text += "&quot;";
+    else
+      text += static_cast<unsigned char>(c) < 0x20 ? '_' : c;
+  }
+  return text;
+}
+
 std::string Attributes(char const* type, std::string const& name, int nComponents) {
-  return std::string(" type=\"") + type + "\" Name=\"" + name + "\" NumberOfComponents=\"" +
+  return std::string(" type=\"") + type + "\" Name=\"" + Escaped(name) + "\" NumberOfComponents=\"" +
          std::to_string(nComponents) + '"';
 }
 
