@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -67,7 +66,7 @@ class GradientCommand : public Command {
   std::string sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
   bool nonBlocking_ = false, shapeNormalize_ = false;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   std::vector<Expression> fields_;
   std::optional<Expression> weight_;
   std::vector<GradientMethod const*> methods_;
