@@ -31,12 +31,16 @@ void ReadField(std::string const& file) {
   static reference_host::PolyMeshBoundary const boundary = SmallBoundary();
   try {
     auto const field = reference_host::ReadFoamField(file, 3, boundary);
-    if (field.cell.size() != 3 || field.patch.size() != 4 || field.lacksValues.size() != 4) std::abort();
+    auto const nComponents = static_cast<std::size_t>(field.nComponents);
+    if (nComponents != 1 && nComponents != 3) std::abort();
+    if (field.cell.size() != 3 * nComponents || field.patchType.size() != 4 || field.patch.size() != 4 ||
+        field.lacksValues.size() != 4)
+      std::abort();
     for (std::size_t p = 0; p < 4; ++p)
       if (field.patch[p] &&
-          field.patch[p]->size() != static_cast<std::size_t>(boundary.facesOfPatch[p].count))
+          field.patch[p]->size() != nComponents * static_cast<std::size_t>(boundary.facesOfPatch[p].count))
         std::abort();
-    static_cast<void>(reference_host::FoamFieldLookup(field, boundary).At({0, 0, 1}));
+    static_cast<void>(reference_host::FoamFieldLookup(field, boundary).At({0, 0, 1}, field.nComponents - 1));
   } catch (reference_host::MeshError const& error) {
     if (std::strchr(error.what(), '\n') != nullptr || std::strlen(error.what()) > 1000) std::abort();
   }

@@ -9,23 +9,30 @@
 
 namespace reference_host {
 
-/// A cell-centred scalar field of an OpenFOAM mesh.
+/// A cell-centred field of an OpenFOAM mesh, of scalars or vectors.
 struct FoamField {
-  std::vector<double> cell;  ///< by cell of the mesh
-  /// by patch: the value of each face; empty: the faces take the values of their cells
+  int nComponents = 1;       ///< 1: volScalarField, 3: volVectorField
+  std::vector<double> cell;  ///< [nComponents * cell + component], cells of the mesh
+  /// by patch: [nComponents * face + component]; empty: the faces take the values of their cells
   std::vector<std::optional<std::vector<double>>> patch;
 
   /// By patch: the file should have values of the faces but does not, so that they take those of their cells.
   std::vector<char> lacksValues;
+
+  /// By patch: the type of its entry in boundaryField, such as "fixedValue"; empty if it has no entry. It can differ
+  /// from the type of the patch in the mesh.
+  std::vector<std::string> patchType;
 };
 
-/// Reads a volScalarField in text format: a uniform or nonuniform internalField, and the boundary values of
-/// each patch from its entry `value`. On patches of the types zeroGradient, symmetry, symmetryPlane, slip and
-/// empty, a face has the value of its cell. The same holds for a patch without `value`, which `lacksValues`
-/// marks. A patch is found by its name or by the last quoted pattern that matches it.
+/// Reads a volScalarField or volVectorField: a uniform or nonuniform internalField, and the boundary values of each
+/// patch from its entry `value`. On patches of the types zeroGradient, symmetry, symmetryPlane, slip, wedge and empty, a
+/// face has the value of its cell; a vector is zero on noSlip. A patch without `value` has the values of its cells, too,
+/// and `lacksValues` marks it. A patch is found by its name or by the last quoted pattern that matches it.
+///
+/// Macros stand for values, parts of them, and patches: see FoamEntries.
 /// @param[in] nCells    of the mesh
-/// @param[in] boundary  of the mesh @throws MeshError  other classes, binary files, wrong lengths, and macros
-///                      other than $internalField for a uniform field
+/// @param[in] boundary  of the mesh
+/// @throws MeshError  other classes, wrong lengths, directives such as #include, and macros for what is not there
 FoamField ReadFoamField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary);
 
 }  // namespace reference_host

@@ -16,12 +16,12 @@ FoamFieldLookup::FoamFieldLookup(FoamField const& field, PolyMeshBoundary const&
   std::sort(entries_.begin(), entries_.end());
 }
 
-double FoamFieldLookup::At(BoundaryPlace const& place) const {
+double FoamFieldLookup::At(BoundaryPlace const& place, int component) const {
   auto entry = std::lower_bound(entries_.begin(), entries_.end(), Entry{place.cell, place.patch, 0});
-  if (entries_.end() - entry <= place.ordinal) return AtCell(place.cell);
+  if (entries_.end() - entry <= place.ordinal) return AtCell(place.cell, component);
   entry += place.ordinal;
-  if (entry->cell != place.cell || entry->patch != place.patch) return AtCell(place.cell);
-  return (*field_.patch[static_cast<std::size_t>(place.patch)])[static_cast<std::size_t>(entry->face)];
+  if (entry->cell != place.cell || entry->patch != place.patch) return AtCell(place.cell, component);
+  return (*field_.patch[static_cast<std::size_t>(place.patch)])[Position(entry->face, component)];
 }
 
 }  // namespace reference_host

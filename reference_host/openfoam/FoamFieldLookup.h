@@ -15,10 +15,11 @@ class FoamFieldLookup {
   /// Borrows both.
   FoamFieldLookup(FoamField const& field, PolyMeshBoundary const& boundary);
 
-  double AtCell(std::int64_t cell) const { return field_.cell[static_cast<std::size_t>(cell)]; }
+  /// @param[in] component  0 to nComponents-1 of the field
+  double AtCell(std::int64_t cell, int component = 0) const { return field_.cell[Position(cell, component)]; }
 
   /// The value of the face, or of its cell if the field has no value for the face.
-  double At(BoundaryPlace const& place) const;
+  double At(BoundaryPlace const& place, int component = 0) const;
 
  private:
   struct Entry {
@@ -31,6 +32,10 @@ class FoamFieldLookup {
       return face < other.face;
     }
   };
+
+  std::size_t Position(std::int64_t item, int component) const {
+    return static_cast<std::size_t>(field_.nComponents * item + component);
+  }
 
   FoamField const& field_;
   std::vector<Entry> entries_;  ///< ascending

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -38,21 +39,17 @@ struct FoamValues {
   }
 };
 
+/// Reads the length of a list. Throws MeshError unless it is in 0 to mostItems.
+/// @param[in] what  the name of an item, for messages: "cell number"
+std::int64_t ReadFoamLength(TextCursor& text, char const* what, std::int64_t mostItems);
+
 /// Reads a list with a length, "N (item item ...)" or, for N equal items, "N{item}".
-/// @param[in] what      the name of an item, for messages: "cell number"
-/// @param[in] mostItems a longer list is an error
 /// @param[in] readItem  reads one item and returns it
 template <class Item, class ReadItem>
 FoamValues<Item> ReadFoamValues(TextCursor& text, char const* what, std::int64_t mostItems,
                                 ReadItem const& readItem) {
-  if (text.Peek() == '(') text.Fail(std::string("a list of ") + what + "s without a length");
   FoamValues<Item> values;
-  values.count = text.Integer("the length of a list");
-  std::int64_t const n = values.count;
-  if (n < 0 || n > mostItems) {
-    text.Fail("the length of a list of " + std::string(what) + "s, " + std::to_string(n) +
-              ", is not in 0 to " + std::to_string(mostItems));
-  }
+  std::int64_t const n = values.count = ReadFoamLength(text, what, mostItems);
   if (text.Accept('{')) {
     values.same = readItem();
     text.Expect('}');
@@ -66,5 +63,23 @@ FoamValues<Item> ReadFoamValues(TextCursor& text, char const* what, std::int64_t
   }
   return values;
 }
+
+/// A scalar, or the three components of a vector.
+using FoamItem = std::array<double, 3>;
+
+/// Reads a scalar, or a vector "(x y z)".
+FoamItem ReadFoamItem(TextCursor& text, int nComponents);
+
+/// A list of scalars or vectors with a length: `count` items, which are `list`, component by component, or all equal
+/// to `same` if `list` is empty.
+struct FoamReals {
+  std::int64_t count = 0;
+  FoamItem same{};
+  std::vector<double> list;
+};
+
+/// Reads "N (item item ...)" or "N{item}".
+/// @param[in] mostItems  a longer list is an error
+FoamReals ReadFoamReals(TextCursor& text, int nComponents, std::int64_t mostItems);
 
 }  // namespace reference_host
