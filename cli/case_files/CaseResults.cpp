@@ -62,7 +62,7 @@ void CaseResults::Check(std::string const& fieldSpec, std::vector<std::string> c
   ranks_.Together([&] {
     if (!maker_.Writes()) return;
     Target const target = TargetOf(fieldSpec);
-    bool const isCompressed = target.source.format.isCompressed;
+    bool const isCompressed = target.source.style.isCompressed;
     for (std::string const& name : names)
       files_.Check(PathOf(target, name, isCompressed), PathOf(target, name, !isCompressed));
   });
@@ -82,8 +82,8 @@ void CaseResults::Write(std::string const& fieldSpec, CaseQuantity const& quanti
   maker_.Make(quantity.values, field);
   ranks_.Together([&] {
     if (!maker_.Writes()) return;
-    bool const isCompressed = target.source.format.isCompressed;
-    std::string text = FoamFieldText(field, target.source.format, CaseNote());
+    bool const isCompressed = target.source.style.isCompressed;
+    std::string text = FoamFieldText(field, target.source.style, CaseNote());
     Seal(text);
     if (isCompressed) text = reference_host::Gzipped(text);
     files_.Write(PathOf(target, field.name, isCompressed), PathOf(target, field.name, !isCompressed), text);

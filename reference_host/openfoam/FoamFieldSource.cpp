@@ -90,11 +90,11 @@ FoamFieldSource DescribeFoamField(std::string const& file) {
     throw MeshError(path + ": not an OpenFOAM file: it does not begin with FoamFile");
   std::string const header = text.substr(0, end);
   FoamFieldSource source;
-  source.format.isBinary = EntryOf(header, "format") == "binary";
-  source.format.isCompressed = path != file || std::filesystem::path(path).extension() == ".gz";
+  source.style.isBinary = EntryOf(header, "format") == "binary";
+  source.style.isCompressed = path != file || std::filesystem::path(path).extension() == ".gz";
   std::string const arch = EntryOf(header, "arch");
-  source.format.labelBytes = WidthIn(arch, "label", 4);
-  source.format.scalarBytes = WidthIn(arch, "scalar", 8);
+  source.style.labelBytes = WidthIn(arch, "label", 4);
+  source.style.scalarBytes = WidthIn(arch, "scalar", 8);
   source.dimensions = DimensionsIn(text.substr(end), path);
   return source;
 }
