@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -104,7 +103,7 @@ class GradientCommand : public Command {
   std::vector<std::string> deriveLists_;
   bool writeCase_ = false, overwrite_ = false;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   FieldFiles fieldFiles_;
   std::vector<Expression> fields_;
   std::optional<Expression> weight_;
