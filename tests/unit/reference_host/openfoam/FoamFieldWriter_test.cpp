@@ -81,7 +81,7 @@ TEST(FoamFieldWriter, WritesBinaryNumbersOfBothWidths) {
   FoamOutput field;
   field.name = "Q";
   field.cell = {1.5, -2.25};
-  FoamStyle style;
+  FoamFormat format;
   format.isBinary = true;
   std::string text = FoamFieldText(field, format, "");
   EXPECT_NE(std::string::npos,
@@ -145,15 +145,15 @@ TEST(FoamFieldWriter, WritesWhatTheReaderReads) {
 
 TEST(FoamFieldSource, TellsHowAFileIsWritten) {
   FoamFieldSource const text = DescribeFoamField(Cases() + "cavity/0.4/p");
-  EXPECT_FALSE(text.style.isBinary || text.style.isCompressed);
+  EXPECT_FALSE(text.format.isBinary || text.isCompressed);
   EXPECT_EQ((std::array<double, 7>{0, 2, -2, 0, 0, 0, 0}), text.dimensions);
   FoamFieldSource const binary = DescribeFoamField(Cases() + "cavity_binary/0.4/U");
-  EXPECT_TRUE(binary.style.isBinary && !binary.style.isCompressed);
-  EXPECT_EQ(4, binary.style.labelBytes);
-  EXPECT_EQ(8, binary.style.scalarBytes);
+  EXPECT_TRUE(binary.format.isBinary && !binary.isCompressed);
+  EXPECT_EQ(4, binary.format.labelBytes);
+  EXPECT_EQ(8, binary.format.scalarBytes);
   EXPECT_EQ((std::array<double, 7>{0, 1, -1, 0, 0, 0, 0}), binary.dimensions);
   FoamFieldSource const compressed = DescribeFoamField(Cases() + "cavity_binary_gz/0.4/U");
-  EXPECT_TRUE(compressed.style.isBinary && compressed.style.isCompressed);
+  EXPECT_TRUE(compressed.format.isBinary && compressed.isCompressed);
 }
 
 TEST(FoamFieldSource, ReadsTheArchitecture) {
@@ -163,8 +163,8 @@ TEST(FoamFieldSource, ReadsTheArchitecture) {
                    "/* [9] */ FoamFile { format binary; arch \"LSB;label=64;scalar=32\"; }\n"
                    "// dimensions [1 1];\ndimensions [0 1 -1 0 0]; internalField");
   FoamFieldSource const source = DescribeFoamField(file);
-  EXPECT_EQ(8, source.style.labelBytes);
-  EXPECT_EQ(4, source.style.scalarBytes);
+  EXPECT_EQ(8, source.format.labelBytes);
+  EXPECT_EQ(4, source.format.scalarBytes);
   EXPECT_EQ((std::array<double, 7>{0, 1, -1, 0, 0, 0, 0}), source.dimensions);
 }
 
@@ -172,7 +172,7 @@ TEST(FoamFieldSource, RefusesWhatItCannotUse) {
   TemporaryFolder const folder;
   std::string const header = "FoamFile { format ascii; }\n";
   for (char const* dimensions : {"", "dimensions [m s^-1];", "dimensions [0 1];",
-                                        "dimensions [0 1 -1 0 0 0 0 0];", "dimensions [0 1 -1 0 0"}) {
+                                 "dimensions [0 1 -1 0 0 0 0 0];", "dimensions [0 1 -1 0 0"}) {
     std::string const file = folder.Write("U", header + dimensions);
     EXPECT_EQ(file + ": no dimensions as in [0 1 -1 0 0 0 0]", MeshErrorOf([&] { DescribeFoamField(file); }));
   }
