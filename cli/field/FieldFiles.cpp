@@ -123,11 +123,17 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
   for (std::string time; std::getline(in, time);) times_.push_back(time);
 }
 
-FileField FieldFiles::ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
-                              std::string const& time, std::vector<std::string>& warnings) const {
+std::string FieldFiles::PathAt(std::size_t time, std::size_t field) const {
   std::string const& file = options_.files[field];
-  std::string const path = time.empty() ? file : folder_ + '/' + time + '/' + file;
-  reference_host::LoadedField loaded = reference_host::LoadField(ranks.communicator(), mesh, path);
+  return times_[time].empty() ? file : folder_ + '/' + times_[time] + '/' + file;
+}
+
+FileField FieldFiles::ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
+                              std::size_t timeIndex, std::vector<std::string>& warnings) const {
+  std::string const& file = options_.files[field];
+  std::string const& time = times_[timeIndex];
+  reference_host::LoadedField loaded =
+      reference_host::LoadField(ranks.communicator(), mesh, PathAt(timeIndex, field));
   FileField result;
   result.name = names_[field];
   result.patches = std::move(loaded.patches);
@@ -146,7 +152,7 @@ std::vector<FileField> FieldFiles::Read(Ranks const& ranks, reference_host::Load
                                         std::size_t time, std::vector<std::string>& warnings) const {
   std::vector<FileField> fields;
   for (std::size_t k = 0; k < options_.files.size(); ++k)
-    fields.push_back(ReadOne(ranks, mesh, k, times_[time], warnings));
+    fields.push_back(ReadOne(ranks, mesh, k, time, warnings));
   return fields;
 }
 

@@ -54,6 +54,9 @@ class FieldFiles {
   /// The names of the fields, each of them different.
   std::vector<std::string> const& names() const { return names_; }
 
+  /// What LoadField is given for a field at one of times(). @pre FindTimes
+  std::string PathAt(std::size_t time, std::size_t field) const;
+
   /// Collective. Finds the times that --time chooses; without --time it does nothing.
   /// @throws UsageError or MeshError  the mesh has no times, or a time or field does not exist; the text names those
   ///                                  that do
@@ -78,7 +81,7 @@ class FieldFiles {
 
  private:
   FileField ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
-                    std::string const& time, std::vector<std::string>& warnings) const;
+                    std::size_t timeIndex, std::vector<std::string>& warnings) const;
 
   FieldFileOptions options_;
   std::vector<std::string> names_;
