@@ -43,11 +43,6 @@ std::string GradientMethodHelp() {
   return text + "\n  all: all of these methods";
 }
 
-void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) {
-  for (std::string const& warning : warnings) out << "  warning: " << warning << '\n';
-  if (!warnings.empty()) out << '\n';
-}
-
 /// How long a time took, as soon as it is done: a run of many times shows where it is.
 void PrintTimeLine(GradientTime const& time) {
   std::cout << "time " << time.name << ": read in " << Fixed(time.readSeconds, 2) << " s, computed in "
@@ -268,7 +263,9 @@ void GradientCommand::Compute(CommandRun& run) {
 
 void GradientCommand::Print(std::ostream& out) const {
   PrintWarnings(out, warnings_);
-  PrintBoundaryValues(out, times_);
+  std::vector<FieldsAtTime> fields;
+  for (GradientTime const& time : times_) fields.push_back({time.name, time.fields});
+  PrintBoundaryValues(out, fields);
   if (fieldFiles_.HasTimes())
     PrintGradientResults(out, times_, placeDigits_);
   else

@@ -5,6 +5,7 @@
 #include <array>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <system_error>
@@ -165,6 +166,24 @@ std::string BoundaryValuesInWords(FileField const& field) {
       text += (text.empty() ? "" : "; ") + std::string(name.words) + " at " + patches.Text();
   }
   return OneLine(field.name) + " at the boundary: " + (text.empty() ? "there are no faces" : text);
+}
+
+void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) {
+  for (std::string const& warning : warnings) out << "  warning: " << warning << '\n';
+  if (!warnings.empty()) out << '\n';
+}
+
+void PrintBoundaryValues(std::ostream& out, std::vector<FieldsAtTime> const& times) {
+  for (std::size_t k = 0; k < times.front().fields.size(); ++k) {
+    std::string before;
+    for (FieldsAtTime const& at : times) {
+      std::string const text = BoundaryValuesInWords(at.fields[k]);
+      if (text == before) continue;
+      out << (before.empty() ? "" : "from time " + at.time + " on, ") << text << '\n';
+      before = text;
+    }
+  }
+  if (!times.front().fields.empty()) out << '\n';
 }
 
 ordered_json BoundaryValuesAsJson(FileField const& field) {
