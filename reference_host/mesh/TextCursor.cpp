@@ -10,6 +10,7 @@
 namespace reference_host {
 namespace {
 
+constexpr std::size_t kLongestMacro = 500;
 constexpr std::string_view kBlanks = " \t\r\n\v\f";
 constexpr std::string_view kWordEnd = " \t\r\n\v\f(){};\"";
 constexpr std::string_view kNameEnd = " \t\r\n\v\f{};\"";
@@ -72,6 +73,18 @@ std::string_view TextCursor::QuotedString(char const* what) {
   if (end == text_.size() || text_[end] != '"') Fail(std::string("no closing quotation mark after ") + what);
   position_ = end + 1;
   return string;
+}
+
+std::string_view TextCursor::Macro() {
+  Expect('$');
+  std::size_t const start = tokenStart_;
+  bool const isBraced = position_ < text_.size() && text_[position_] == '{';
+  if (isBraced) ++position_;
+  std::string_view const name = TakeUntil(kWordEnd);
+  if (isBraced) Expect('}');
+  tokenStart_ = start;
+  if (name.empty() || name.size() > kLongestMacro) FailExpected("a macro's name");
+  return name;
 }
 
 std::int64_t TextCursor::Integer(char const* what) {

@@ -41,6 +41,9 @@ class TextCursor {
   /// The text between two quotation marks on one line.
   std::string_view QuotedString(char const* what);
 
+  /// The name in "$name" or "${name}", with the characters of a word. Never empty.
+  std::string_view Macro();
+
   std::int64_t Integer(char const* what);
   double Real(char const* what);
 

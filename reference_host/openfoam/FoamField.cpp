@@ -8,6 +8,8 @@
 
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MessageText.h"
+#include "reference_host/openfoam/FoamEntries.h"
+#include "reference_host/openfoam/FoamFieldValues.h"
 #include "reference_host/openfoam/FoamFile.h"
 #include "reference_host/openfoam/FoamList.h"
 #include "reference_host/openfoam/NamePattern.h"
@@ -16,17 +18,10 @@
 namespace reference_host {
 namespace {
 
-/// "uniform 3", "nonuniform List<scalar> 2 (3 4)" or "nonuniform List<scalar> 2{3}". The last one is not
-/// expanded, since a few bytes could announce any number of values.
-struct Values {
-  bool isUniform = true;  ///< any number of `reals.same`
-  FoamReals reals;
-};
-
 /// The entry of one patch or pattern in boundaryField.
 struct PatchEntry {
   std::string type;
-  std::optional<Values> value;
+  FoamFieldValueReader::Values value;  ///< null: none
 };
 
 /// Whether faces of this patch type have the value of their cell by definition.
@@ -39,23 +34,21 @@ bool TakesValueOfCell(std::string_view type) {
   return false;
 }
 
+/// Goes through the entries of a field file once, from front to back.
 class FieldParser {
  public:
   FieldParser(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary)
       : file_(std::filesystem::path(file).parent_path().string(),
               std::filesystem::path(file).filename().string()),
         text_(file_.Text()),
+        nComponents_(ComponentsOf(file_)),
         nCells_(nCells),
         boundary_(boundary),
+        values_(text_, entries_, nComponents_),
         patterns_(StepsFor(text_.Remaining(), boundary)) {}
 
   FoamField Parse() {
-    if (file_.ClassName() != "volScalarField" && file_.ClassName() != "volVectorField") {
-      text_.Fail("a field of class " + Quoted(file_.ClassName()) +
-                 "; only volScalarField and volVectorField can be read");
-    }
-    nComponents_ = file_.ClassName() == "volVectorField" ? 3 : 1;
-    while (!text_.AtEnd()) ReadEntry();
+    ReadEntries();
     if (!internal_) Fail("there is no internalField");
     if (!hasBoundary_) Fail("there is no boundaryField");
     FoamField field;
@@ -66,7 +59,22 @@ class FieldParser {
   }
 
  private:
+  struct Key {
+    std::string name;
+    bool isPattern;
+  };
+
+  static constexpr std::size_t kDeepest = 100;
+  static constexpr std::string_view kBoundaryField = "boundaryField";
+
   [[noreturn]] void Fail(std::string const& what) const { throw MeshError(file_.Name() + ": " + what); }
+
+  static int ComponentsOf(FoamFile& file) {
+    if (file.ClassName() == "volScalarField") return 1;
+    if (file.ClassName() == "volVectorField") return 3;
+    file.Text().Fail("a field of class " + Quoted(file.ClassName()) +
+                     "; only volScalarField and volVectorField can be read");
+  }
 
   /// Limit for looking up the patches. Patterns with literal beginnings or ends need far less, but thousands
   /// of patterns such as ".*a.*" for thousands of patches would cost their product.
@@ -75,44 +83,95 @@ class FieldParser {
     return 20'000'000 + 200 * std::uint64_t{nBytes};
   }
 
-  void ReadEntry() {
-    std::string const key = file_.Keyword();
-    if (key.empty()) text_.Fail("one '}' too many");
-    if (key == "internalField") {
-      internal_ = ReadValues(nCells_);
-    } else if (key == "boundaryField") {
-      hasBoundary_ = true;
-      text_.Expect('{');
-      while (!text_.Accept('}')) ReadPatch();
-    } else {
-      file_.Value();
+  /// Reads the file to its end, entry by entry. The stack has the keys of the dictionaries that are open.
+  void ReadEntries() {
+    while (!keys_.empty() || !text_.AtEnd()) {
+      if (text_.Peek() == '}') {
+        EndDictionary();
+      } else if (text_.Peek() == '$') {
+        TakeDictionary();
+      } else {
+        ReadEntry();
+      }
     }
   }
 
-  // name { type fixedValue; value uniform 3; }
-  void ReadPatch() {
+  bool IsInBoundaryField() const { return keys_.size() == 1 && keys_[0].name == kBoundaryField; }
+  bool IsInPatch() const { return keys_.size() == 2 && keys_[0].name == kBoundaryField; }
+
+  void ReadEntry() {
     bool const isPattern = text_.Peek() == '"';
-    std::string const name = isPattern ? std::string(text_.QuotedString("a patch name"))
-                                       : std::string(text_.Name("a patch name or '}'"));
-    if (isPattern) {
-      AddPattern(name);
-    } else if (name.front() == '#' || name.front() == '$') {
-      text_.Fail("directives and macros cannot be read");
+    std::string const key(isPattern ? text_.QuotedString("a keyword")
+                                    : text_.Name(keys_.empty() ? "a keyword" : "a keyword or '}'"));
+    if (!isPattern && key.front() == '#') {
+      text_.Fail("the directive " + Quoted(key) + " cannot be read; replace it by the entries it stands for");
     }
-    PatchEntry entry;
-    text_.Expect('{');
-    for (std::string key = file_.Keyword(); !key.empty(); key = file_.Keyword()) {
-      if (key == "value") {
-        entry.value = ReadValues(static_cast<std::int64_t>(boundary_.owner.size()));
-        continue;
-      }
-      std::string const value = file_.Value();
-      if (key == "type") entry.type = value;
+    if (text_.Peek() == '{' || IsInBoundaryField()) {
+      BeginDictionary(key, isPattern);
+      return;
     }
-    if (isPattern) {
-      ofPattern_.push_back(std::move(entry));
+    FoamEntries::Entry entry{text_.Position(), entries_.Scope()};
+    if (keys_.empty() && key == "internalField") {
+      internal_ = values_.Read(nCells_, entry.scope);
+    } else if (IsInPatch() && key == "value") {
+      values_.Read(MostFaces(), entry.scope);
     } else {
-      named_[name] = std::move(entry);
+      file_.Value();
+    }
+    entry.from = text_.Position();
+    entries_.Add(key, entry);
+  }
+
+  void BeginDictionary(std::string const& key, bool isPattern) {
+    if (IsInBoundaryField() && isPattern) AddPattern(key);
+    text_.Expect('{');
+    if (keys_.size() == kDeepest) {
+      text_.Fail("dictionaries are nested more than " + std::to_string(kDeepest) + " deep");
+    }
+    entries_.Open(key, text_.Position());
+    keys_.push_back({key, isPattern});
+    hasBoundary_ = hasBoundary_ || IsInBoundaryField();
+  }
+
+  void EndDictionary() {
+    text_.Expect('}');
+    if (keys_.empty()) text_.Fail("one '}' too many");
+    if (IsInPatch()) AddPatchEntry(keys_.back());
+    keys_.pop_back();
+    entries_.Close();
+  }
+
+  /// "$name;" in place of an entry: takes from another dictionary what patches need.
+  void TakeDictionary() {
+    FoamEntries::Entry const source = values_.Macro(entries_.Scope());
+    if (source.dictionary == FoamEntries::kNone)
+      text_.Fail("the macro stands for a value, not for a dictionary");
+    if (keys_.empty() || IsInBoundaryField()) {
+      text_.Fail("a macro for a dictionary can be read only inside the entry of a patch");
+    }
+    std::size_t const here = text_.Position();
+    for (char const* const key : {"type", "value"}) {
+      FoamEntries::Entry const* const entry = entries_.FindIn(source.dictionary, key, here);
+      if (entry == nullptr) continue;
+      FoamEntries::Entry taken = *entry;
+      taken.from = here;
+      entries_.Add(key, taken);
+    }
+    text_.Expect(';');
+  }
+
+  /// Keeps what the dictionary that is open says of a patch.
+  void AddPatchEntry(Key const& key) {
+    PatchEntry patch;
+    std::size_t const here = text_.Position();
+    if (auto const* const type = entries_.FindIn(entries_.Scope(), "type", here))
+      patch.type = values_.WordOf(*type);
+    if (auto const* const value = entries_.FindIn(entries_.Scope(), "value", here))
+      patch.value = values_.ReadEntry(*value, MostFaces());
+    if (key.isPattern) {
+      ofPattern_.push_back(std::move(patch));
+    } else {
+      named_[key.name] = std::move(patch);
     }
   }
 
@@ -123,36 +182,9 @@ class FieldParser {
     patterns_.Add(std::move(pattern));
   }
 
-  Values ReadValues(std::int64_t most) {
-    Values values;
-    std::string_view const kind = text_.Word("uniform or nonuniform");
-    if (kind == "$internalField") {
-      if (!internal_ || !internal_->isUniform)
-        text_.Fail("$internalField can be used only if the internal field is uniform");
-      values = *internal_;
-    } else if (kind == "uniform") {
-      values.reals.same = ReadFoamItem(text_, nComponents_);
-    } else if (kind == "nonuniform") {
-      ReadList(most, values);
-    } else {
-      text_.Fail("uniform or nonuniform expected instead of " + Quoted(kind));
-    }
-    text_.Expect(';');
-    return values;
-  }
+  std::int64_t MostFaces() const { return static_cast<std::int64_t>(boundary_.owner.size()); }
 
-  void ReadList(std::int64_t most, Values& values) {
-    std::string const expected = nComponents_ == 1 ? "List<scalar>" : "List<vector>";
-    char const first = text_.Peek();
-    if (first != '(' && (first < '0' || first > '9')) {
-      std::string_view const type = text_.Word(expected.c_str());
-      if (type != expected) text_.Fail(expected + " expected instead of " + Quoted(type));
-    }
-    values.isUniform = false;
-    values.reals = ReadFoamReals(text_, nComponents_, most);
-  }
-
-  std::vector<double> Expanded(Values const& values, std::int64_t n, std::string const& of) const {
+  std::vector<double> Expanded(FoamFieldValues const& values, std::int64_t n, std::string const& of) const {
     FoamReals const& reals = values.reals;
     if (!values.isUniform && reals.count != n) {
       Fail(std::to_string(reals.count) + " values for " + std::to_string(n) + " " + of);
@@ -198,10 +230,13 @@ class FieldParser {
 
   FoamFile file_;
   TextCursor& text_;
+  int nComponents_;
   std::int64_t nCells_;
-  int nComponents_ = 1;
   PolyMeshBoundary const& boundary_;
-  std::optional<Values> internal_;
+  FoamEntries entries_;
+  FoamFieldValueReader values_;
+  std::vector<Key> keys_;  ///< of the dictionaries that are open
+  FoamFieldValueReader::Values internal_;
   bool hasBoundary_ = false;
   std::map<std::string, PatchEntry> named_;
   PatternTable patterns_;

@@ -24,13 +24,15 @@ struct FoamField {
   std::vector<std::string> patchType;
 };
 
-/// Reads a volScalarField or volVectorField in text format: a uniform or nonuniform internalField, and the boundary
-/// values of each patch from its entry `value`. On patches of the types zeroGradient, symmetry, symmetryPlane, slip,
-/// wedge and empty, a face has the value of its cell, on noSlip it is zero. The same holds for a patch without `value`, which `lacksValues`
-/// marks. A patch is found by its name or by the last quoted pattern that matches it.
+/// Reads a volScalarField or volVectorField: a uniform or nonuniform internalField, and the boundary values of each
+/// patch from its entry `value`. On patches of the types zeroGradient, symmetry, symmetryPlane, slip, wedge and empty, a
+/// face has the value of its cell; a vector is zero on noSlip. A patch without `value` has the values of its cells, too,
+/// and `lacksValues` marks it. A patch is found by its name or by the last quoted pattern that matches it.
+///
+/// Macros stand for values, parts of them, and patches: see FoamEntries.
 /// @param[in] nCells    of the mesh
-/// @param[in] boundary  of the mesh @throws MeshError  other classes, binary files, wrong lengths, and macros
-///                      other than $internalField for a uniform field
+/// @param[in] boundary  of the mesh
+/// @throws MeshError  other classes, wrong lengths, directives such as #include, and macros for what is not there
 FoamField ReadFoamField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary);
 
 }  // namespace reference_host

@@ -66,6 +66,8 @@ std::string FoamFile::Value() {
       if (depth == 0) return first;
     } else if (c == '"') {
       text_.QuotedString("a text");
+    } else if (c == '$') {
+      text_.Macro();  // its name may be in braces
     } else {
       std::string_view const word = text_.Word("the end of an entry");
       if (isFirst) first = word;

@@ -125,8 +125,97 @@ TEST(FoamField, FindsPatchesByNameBeforePatternsAndByTheLastPattern) {
 TEST(FoamField, KnowsTheMacroOfTheInternalField) {
   std::string const patches = "\".*\" { type fixedValue; value $internalField; }\n";
   EXPECT_EQ(Read(Text("uniform 6", patches)).patch[1], (Numbers{6, 6}));
-  EXPECT_EQ(":12: $internalField can be used only if the internal field is uniform",
+  // Three cells, and three faces of the inlet.
+  std::string const inlet = "inlet { type fixedValue; value $internalField; }\n";
+  EXPECT_EQ((Numbers{1, 2, 3}), Read(Text("nonuniform List<scalar> 3(1 2 3)", inlet)).patch[0]);
+  EXPECT_EQ(": 3 values for 2 faces of patch 'wall_low'",
             Refusal(Text("nonuniform List<scalar> 3(1 2 3)", patches)));
+  // A patch that needs no values may say anything.
+  std::string const unused = "\".*\" { type zeroGradient; value $internalField; }\n";
+  EXPECT_EQ(std::nullopt, Read(Text("nonuniform List<scalar> 3(1 2 3)", unused)).patch[1]);
+}
+
+std::string WithEntries(std::string const& entries, std::string const& patches) {
+  return foam_test::Header("volScalarField") + entries + "\ninternalField uniform 0;\nboundaryField\n{\n" +
+         patches + "}\n";
+}
+
+TEST(FoamField, PutsInWhatMacrosStandFor) {
+  auto const valueOf = [](std::string const& value) {
+    return *Read(WithEntries("T0 300; hot { T 400; deep { value uniform 7; } } all uniform ${T0}; more $all;",
+                             "cold { T0 250; } inlet { T0 200; below { T0 100; } type fixedValue; value " +
+                                 value + "; }\n"))
+                .patch[0];
+  };
+  EXPECT_EQ((Numbers{200, 200, 200}), valueOf("uniform $T0"));
+  EXPECT_EQ((Numbers{200, 200, 200}), valueOf("uniform $.T0"));
+  EXPECT_EQ((Numbers{300, 300, 300}), valueOf("uniform $...T0"));
+  EXPECT_EQ((Numbers{300, 300, 300}), valueOf("uniform $:T0"));
+  EXPECT_EQ((Numbers{250, 250, 250}), valueOf("uniform $..cold.T0"));
+  EXPECT_EQ((Numbers{400, 400, 400}), valueOf("uniform $hot.T"));
+  EXPECT_EQ((Numbers{7, 7, 7}), valueOf("$:hot.deep.value"));
+  EXPECT_EQ((Numbers{300, 300, 300}), valueOf("$more"));
+}
+
+TEST(FoamField, PutsInTheLatestEntryBeforeTheMacro) {
+  FoamField const field = Read(WithEntries("a 1; b $a; a 2;",
+                                           "inlet { type fixedValue; value uniform $b; }\n"
+                                           "wall_low { type fixedValue; value uniform $a; }\n"));
+  EXPECT_EQ((Numbers{1, 1, 1}), field.patch[0]);
+  EXPECT_EQ((Numbers{2, 2}), field.patch[1]);
+}
+
+TEST(FoamField, TakesThePatchThatAMacroStandsFor) {
+  FoamField const field = Read(WithEntries("noFlow { type zeroGradient; } kind calculated;",
+                                           "inlet { type fixedValue; value uniform 3; }\n"
+                                           "wall_low { $inlet; type $kind; }\n"
+                                           "wall_high { type fixedValue; $noFlow; }\n"));
+  EXPECT_EQ((Numbers{3, 3}), field.patch[1]);
+  EXPECT_EQ("calculated", field.patchType[1]);
+  EXPECT_EQ(std::nullopt, field.patch[2]);
+  EXPECT_EQ("zeroGradient", field.patchType[2]);
+}
+
+TEST(FoamField, PutsVectorsAndTheirComponentsIn) {
+  auto const valueOf = [](std::string const& value) {
+    return *Read(foam_test::Header("volVectorField") + "lid (1 2 3); u 4;\ninternalField uniform (0 0 0);\n" +
+                 "boundaryField { wall_high { type fixedValue; value " + value + "; } }\n")
+                .patch[2];
+  };
+  EXPECT_EQ((Numbers{1, 2, 3}), valueOf("uniform $lid"));
+  EXPECT_EQ((Numbers{4, 0, 4}), valueOf("uniform ($u 0 $u)"));
+}
+
+TEST(FoamField, RefusesMacrosThatStandForNothing) {
+  auto const refusal = [](std::string const& entries, std::string const& value) {
+    return Refusal(WithEntries(entries, "inlet { type fixedValue; value " + value + "; }\n"));
+  };
+  EXPECT_EQ(":12: there is no entry before this for the macro 'later'",
+            refusal("a 1;", "uniform $later; later 2"));
+  EXPECT_EQ(":12: there is no entry before this for the macro '..'", refusal("", "uniform $.."));
+  EXPECT_EQ(":12: there is no entry before this for the macro '....a'", refusal("a 1;", "uniform $....a"));
+  EXPECT_EQ(":12: there is no entry before this for the macro 'a.b'", refusal("a 1;", "uniform $a.b"));
+  EXPECT_EQ(":12: a macro's name expected instead of '$;'", refusal("", "uniform $"));
+  EXPECT_EQ(":12: the macro stands for a dictionary, not for a value", refusal("a { b 1; }", "uniform $a"));
+  EXPECT_EQ(":8: a value expected instead of 'b;'", refusal("a b;", "uniform $a"));
+  EXPECT_EQ(":8: ';' expected instead of '2;'", refusal("a 1 2;", "uniform $a"));
+  EXPECT_EQ(":8: uniform or nonuniform expected instead of '1'", refusal("a 1;", "$a"));
+  EXPECT_EQ(":12: the macro stands for a value, not for a dictionary",
+            Refusal(WithEntries("a 1;", "inlet { $a; }\n")));
+  EXPECT_EQ(":12: a macro for a dictionary can be read only inside the entry of a patch",
+            Refusal(WithEntries("a { b 1; }", "$a;\n")));
+  std::string chain = "a0 1;";
+  for (int i = 1; i <= 21; ++i) chain += " a" + std::to_string(i) + " $a" + std::to_string(i - 1) + ";";
+  EXPECT_EQ((Numbers{1, 1, 1}),
+            Read(WithEntries(chain, "inlet { type fixedValue; value uniform $a19; }\n")).patch[0]);
+  EXPECT_EQ(":8: more than 20 macros stand for each other", refusal(chain, "uniform $a20"));
+}
+
+std::string Nested(int n) {
+  std::string text;
+  for (int i = 0; i < n; ++i) text += "a {";
+  for (int i = 0; i < n; ++i) text += "}";
+  return text + "\n";
 }
 
 TEST(FoamField, RefusesWhatItCannotRead) {
@@ -144,11 +233,13 @@ TEST(FoamField, RefusesWhatItCannotRead) {
             Refusal(Text("constant 3", kAllPatches)));
   EXPECT_EQ(": 2 values for 3 faces of patch 'inlet'",
             Refusal(Text("uniform 1", "inlet { type fixedValue; value nonuniform List<scalar> 2(1 2); }\n")));
-  EXPECT_EQ(":12: uniform or nonuniform expected instead of '$wall'",
+  EXPECT_EQ(":12: there is no entry before this for the macro 'wall'",
             Refusal(Text("uniform 1", "inlet { type fixedValue; value $wall; }\n")));
-  EXPECT_EQ(":12: directives and macros cannot be read", Refusal(Text("uniform 1", "#include \"more\"\n")));
+  EXPECT_EQ(":12: the directive '#include' cannot be read; replace it by the entries it stands for",
+            Refusal(Text("uniform 1", "#include \"more\"\n")));
   EXPECT_EQ(":12: the pattern 'in(let' has a '(' that is not closed",
             Refusal(Text("uniform 1", "\"in(let\" { type zeroGradient; }\n")));
+  EXPECT_EQ(":12: dictionaries are nested more than 100 deep", Refusal(Text("uniform 1", Nested(100))));
   EXPECT_EQ(":12: the pattern '' is empty", Refusal(Text("uniform 1", "\"\" { type zeroGradient; }\n")));
 }
 
