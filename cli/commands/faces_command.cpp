@@ -20,6 +20,7 @@
 #include "cli/field/Expression.h"
 #include "cli/field/FieldFiles.h"
 #include "cli/field/TestField.h"
+#include "cli/field/field_file_help.h"
 #include "cli/options/InterpolationOptions.h"
 #include "cli/options/MeshOptions.h"
 #include "cli/output/MeshScale.h"
@@ -88,7 +89,7 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
   AddInterpolationOptions(*command, options_, help::kSearchMethods);
   command->add_flag("--debug-report", debugReport_, help::kDebugReport);
   AddOutputOption(*command);
-  command->footer(help::kFooter);
+  command->footer(std::string(help::kFields) + field_file_help::kFieldFiles + help::kOutput);
   return command;
 }
 

@@ -18,6 +18,7 @@
 #include "cli/commands/gradient_help.h"
 #include "cli/field/Expression.h"
 #include "cli/field/FieldFiles.h"
+#include "cli/field/field_file_help.h"
 #include "cli/gradient/GradientFiles.h"
 #include "cli/gradient/GradientMethods.h"
 #include "cli/gradient/GradientReport.h"
@@ -111,7 +112,8 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
   AddOutputOption(*command);
   command->add_flag("--non-blocking", nonBlocking_, help::kNonBlocking);
   command->add_option("--repeat", repeatText_, help::kRepeat)->type_name("N");
-  command->footer(help::kFormula + FunctionNames() + help::kFooter);
+  command->footer(help::kFormula + FunctionNames() + help::kFields + field_file_help::kFieldFiles +
+                  help::kOutput);
   return command;
 }
 

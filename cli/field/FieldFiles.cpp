@@ -107,6 +107,15 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
     }
     if (times.empty())
       throw UsageError("--time: " + Quoted(meshSpec) + " is no OpenFOAM case with folders of times");
+    if (std::none_of(times.begin(), times.end(), [](CaseTime const& time) { return time.hasFields; })) {
+      for (std::string const& field : options_.files) {
+        if (HasField(folder / times.back().name, field)) continue;
+        throw UsageError(
+            "--time " + Quoted(options_.time) + ": no time has all fields, and " + times.back().name +
+            " has no " + Quoted(field) +
+            reference_host::WhatIsThereInstead(folder.string(), times.back().name + '/' + field));
+      }
+    }
     for (std::string const& time : TimeChoice(options_.time).ChooseFrom(times)) {
       for (std::string const& field : options_.files) {
         if (HasField(folder / time, field)) continue;
@@ -124,15 +133,19 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
   for (std::string time; std::getline(in, time);) times_.push_back(time);
 }
 
+std::string FieldFiles::PathOf(std::size_t field, std::size_t time) const {
+  return HasTimes() ? folder_ + '/' + times_[time] + '/' + options_.files[field] : options_.files[field];
+}
+
 FileField FieldFiles::ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
-                              std::string const& time, std::vector<std::string>& warnings) const {
+                              std::size_t time, std::vector<std::string>& warnings) const {
   std::string const& file = options_.files[field];
-  std::string const path = time.empty() ? file : folder_ + '/' + time + '/' + file;
-  reference_host::LoadedField loaded = reference_host::LoadField(ranks.communicator(), mesh, path);
+  reference_host::LoadedField loaded =
+      reference_host::LoadField(ranks.communicator(), mesh, PathOf(field, time));
   FileField result;
   result.name = names_[field];
   result.patches = std::move(loaded.patches);
-  std::string const shown = Quoted(time.empty() ? file : time + '/' + file);
+  std::string const shown = Quoted(HasTimes() ? times_[time] + '/' + file : file);
   for (std::size_t k = 0; k < static_cast<std::size_t>(loaded.nComponents); ++k) {
     std::string const of = loaded.nComponents == 1 ? "" : std::string("component ") + "xyz"[k] + " of ";
     CheckFinite(ranks, *mesh.partition, of + "the field " + shown, loaded.value[k]);
@@ -147,7 +160,7 @@ std::vector<FileField> FieldFiles::Read(Ranks const& ranks, reference_host::Load
                                         std::size_t time, std::vector<std::string>& warnings) const {
   std::vector<FileField> fields;
   for (std::size_t k = 0; k < options_.files.size(); ++k)
-    fields.push_back(ReadOne(ranks, mesh, k, times_[time], warnings));
+    fields.push_back(ReadOne(ranks, mesh, k, time, warnings));
   return fields;
 }
 

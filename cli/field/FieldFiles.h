@@ -66,6 +66,10 @@ class FieldFiles {
   /// The chosen times, ascending; one without a name if --time was not given. @pre FindTimes
   std::vector<std::string> const& times() const { return times_; }
 
+  /// Where a field of a time is: as it was given, or in the folder of the time.
+  /// @param[in] field, time  indices into names() and times()
+  std::string PathOf(std::size_t field, std::size_t time) const;
+
   /// Collective. Reads the fields of one time. Throws MeshError, or UsageError that names cell and place if a value is
   /// not finite.
   /// @param[in]     time      index into times()
@@ -78,12 +82,12 @@ class FieldFiles {
   void AddToQuestion(nlohmann::ordered_json& question) const;
 
  private:
-  FileField ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
-                    std::string const& time, std::vector<std::string>& warnings) const;
+  FileField ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field, std::size_t time,
+                    std::vector<std::string>& warnings) const;
 
   FieldFileOptions options_;
   std::vector<std::string> names_;
-  std::string folder_;  ///< of the times
+  std::string folder_;  ///< of the times, on every rank
   std::vector<std::string> times_ = {""};
 };
 
