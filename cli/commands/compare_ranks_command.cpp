@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -85,7 +84,7 @@ class CompareRanksCommand : public Command {
   FieldFileOptions fieldFileOptions_;
 
   FieldFiles fieldFiles_;
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   std::vector<int> counts_;
   std::vector<StudyCase> cases_;
   std::optional<Expression> formula_;  ///< empty with fields from files
@@ -131,10 +130,11 @@ void CompareRanksCommand::ReadOptions() {
 void CompareRanksCommand::Compute(CommandRun& run) {
   Ranks const& ranks = run.ranks();
   Progress& progress = run.progress();
+  reference_host::GroupRules const groups = ReadGroupRules(ranks, groups_);
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     progress.Stage("reading");
-    WholeMesh const mesh = ReadWholeMesh(meshOptions_.mesh, groups_);
+    WholeMesh const mesh = ReadWholeMesh(meshOptions_.mesh, groups);
     for (int const count : counts_) mesh.PartOfCell(count);  // refuses too many parts before any work
     progress.Done();
     WarnOfLongRows(mesh, cases_);

@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <array>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -66,7 +65,7 @@ class FacesCommand : public Command {
   InterpolationOptions options_ = {"4", "1000"};
   bool debugReport_ = false;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   std::optional<FaceKind> group_;
   std::optional<Expression> field_;  ///< empty with fields from files
   FieldFiles fieldFiles_;
