@@ -161,7 +161,7 @@ void CompareRanksCommand::CompareFiles(CommandRun& run, WholeMesh const& mesh) {
   for (std::size_t t = 0; t < fieldFiles_.times().size(); ++t) {
     std::string const time = fieldFiles_.HasTimes() ? "time " + fieldFiles_.times()[t] + ", " : "";
     for (std::size_t k = 0; k < fieldFiles_.count(); ++k) {
-      auto const field = std::make_shared<WholeField const>(mesh, fieldFiles_.PathOf(k, t));
+      auto const field = std::make_shared<WholeField const>(mesh, fieldFiles_.PathAt(t, k));
       for (int d = 0; d < field->nComponents(); ++d) {
         std::string title = time + "field " + OneLine(fieldFiles_.names()[k]);
         if (field->nComponents() > 1) title += std::string(".") + "xyz"[d];

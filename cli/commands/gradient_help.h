@@ -16,6 +16,11 @@ inline constexpr char const* kShapeNormalize =
     "rbf scales each axis, and with it its result, by the stencil's extent";
 inline constexpr char const* kNonBlocking = "Use non-blocking exchange between ranks";
 inline constexpr char const* kRepeat = "Timed calls after the first, at the first time (default 3)";
+inline constexpr char const* kDerive =
+    "Quantities derived from the gradient of a vector, separated by commas:";
+inline constexpr char const* kWriteCase =
+    "Write the results as fields into the time folder of the OpenFOAM case";
+inline constexpr char const* kOverwrite = "With --write-case: replace fields that zyngrad did not write, too";
 
 /// Stands before the names of the functions, and kFields behind them.
 inline constexpr char const* kFormula =
@@ -36,6 +41,15 @@ The method vector takes the three components of a vector in one pass, or three s
 one component after the other. Every method is set up once for all times, and the timed calls are made at the
 first time only.
 
+--derive takes vectors from --field-file, or three --field as the components of one. Q is the second
+invariant of the gradient, ((div u)^2 - tr(grad u . grad u)) / 2, as OpenFOAM's function object Q has it.
+
+--write-case puts grad(p) of a scalar p, and of a vector U what --derive names (grad(U), div(U), vorticity,
+Q, strainRate; without --derive grad(U)), beside the source field. The files are written as that is: text,
+binary or compressed; of a decomposed case in each processor folder. All files appear together at the end,
+or none. A file that zyngrad did not write, or that has changed since, stops the run unless --overwrite is
+given.
+
 The output folder receives gradient.json (the numbers of the tables), gradient.vtu (or gradient.pvtu and its
 pieces; for several times gradient_TIME.vtu and gradient.pvd), log.rankN.txt (what the operators print) and
 settings.rankN.rbf (the settings of rbf).
@@ -49,6 +63,7 @@ Examples:
   mpirun -n 2 zyngrad gradient case/constant/polyMesh --field x --group frontAndBack=wall
   mpirun -n 4 zyngrad gradient case --field-file 0.5/T
   zyngrad gradient case --field-file U --field-file p --time all --method lsq
+  zyngrad gradient case --field-file U --time latest --method lsq --derive curl,Q --write-case
   zyngrad gradient wing.cgns --field-file wing.cgns:Pressure --method lsq
   zyngrad gradient box:9,9,9 --method vector --field "x*y" --field "y*z" --field "z*x")";
 

@@ -133,15 +133,16 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
   for (std::string time; std::getline(in, time);) times_.push_back(time);
 }
 
-std::string FieldFiles::PathOf(std::size_t field, std::size_t time) const {
-  return HasTimes() ? folder_ + '/' + times_[time] + '/' + options_.files[field] : options_.files[field];
+std::string FieldFiles::PathAt(std::size_t time, std::size_t field) const {
+  std::string const& file = options_.files[field];
+  return times_[time].empty() ? file : folder_ + '/' + times_[time] + '/' + file;
 }
 
 FileField FieldFiles::ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
                               std::size_t time, std::vector<std::string>& warnings) const {
   std::string const& file = options_.files[field];
   reference_host::LoadedField loaded =
-      reference_host::LoadField(ranks.communicator(), mesh, PathOf(field, time));
+      reference_host::LoadField(ranks.communicator(), mesh, PathAt(time, field));
   FileField result;
   result.name = names_[field];
   result.patches = std::move(loaded.patches);

@@ -55,6 +55,9 @@ class FieldFiles {
   /// The names of the fields, each of them different.
   std::vector<std::string> const& names() const { return names_; }
 
+  /// What LoadField is given for a field at one of times(). @pre FindTimes
+  std::string PathAt(std::size_t time, std::size_t field) const;
+
   /// Collective. Finds the times that --time chooses; without --time it does nothing.
   /// @throws UsageError or MeshError  the mesh has no times, or a time or field does not exist; the text names those
   ///                                  that do
@@ -65,10 +68,6 @@ class FieldFiles {
 
   /// The chosen times, ascending; one without a name if --time was not given. @pre FindTimes
   std::vector<std::string> const& times() const { return times_; }
-
-  /// Where a field of a time is: as it was given, or in the folder of the time.
-  /// @param[in] field, time  indices into names() and times()
-  std::string PathOf(std::size_t field, std::size_t time) const;
 
   /// Collective. Reads the fields of one time. Throws MeshError, or UsageError that names cell and place if a value is
   /// not finite.

@@ -85,9 +85,10 @@ void AppendValues(std::vector<double> const& values, int nComponents, FoamFormat
 
 std::string Header(std::string const& fileClass, std::string const& location, std::string const& name,
                    std::string const& formatLines, std::string const& note) {
-  return "FoamFile\n{\n    version     2.0;\n" + formatLines + "    class       " + fileClass +
-         ";\n    note        \"" + note + "\";\n    location    \"" + location + "\";\n    object      " +
-         name + ";\n}\n\n";
+  std::string text =
+      "FoamFile\n{\n    version     2.0;\n" + formatLines + "    class       " + fileClass + ";\n";
+  if (!note.empty()) text += "    note        \"" + note + "\";\n";
+  return text + "    location    \"" + location + "\";\n    object      " + name + ";\n}\n\n";
 }
 
 }  // namespace

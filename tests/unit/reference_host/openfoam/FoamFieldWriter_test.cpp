@@ -145,15 +145,15 @@ TEST(FoamFieldWriter, WritesWhatTheReaderReads) {
 
 TEST(FoamFieldSource, TellsHowAFileIsWritten) {
   FoamFieldSource const text = DescribeFoamField(Cases() + "cavity/0.4/p");
-  EXPECT_FALSE(text.format.isBinary || text.format.isCompressed);
+  EXPECT_FALSE(text.format.isBinary || text.isCompressed);
   EXPECT_EQ((std::array<double, 7>{0, 2, -2, 0, 0, 0, 0}), text.dimensions);
   FoamFieldSource const binary = DescribeFoamField(Cases() + "cavity_binary/0.4/U");
-  EXPECT_TRUE(binary.format.isBinary && !binary.format.isCompressed);
+  EXPECT_TRUE(binary.format.isBinary && !binary.isCompressed);
   EXPECT_EQ(4, binary.format.labelBytes);
   EXPECT_EQ(8, binary.format.scalarBytes);
   EXPECT_EQ((std::array<double, 7>{0, 1, -1, 0, 0, 0, 0}), binary.dimensions);
   FoamFieldSource const compressed = DescribeFoamField(Cases() + "cavity_binary_gz/0.4/U");
-  EXPECT_TRUE(compressed.format.isBinary && compressed.format.isCompressed);
+  EXPECT_TRUE(compressed.format.isBinary && compressed.isCompressed);
 }
 
 TEST(FoamFieldSource, ReadsTheArchitecture) {
@@ -172,7 +172,7 @@ TEST(FoamFieldSource, RefusesWhatItCannotUse) {
   TemporaryFolder const folder;
   std::string const header = "FoamFile { format ascii; }\n";
   for (char const* dimensions : {"", "dimensions [m s^-1];", "dimensions [0 1];",
-                                        "dimensions [0 1 -1 0 0 0 0 0];", "dimensions [0 1 -1 0 0"}) {
+                                 "dimensions [0 1 -1 0 0 0 0 0];", "dimensions [0 1 -1 0 0"}) {
     std::string const file = folder.Write("U", header + dimensions);
     EXPECT_EQ(file + ": no dimensions as in [0 1 -1 0 0 0 0]", MeshErrorOf([&] { DescribeFoamField(file); }));
   }
