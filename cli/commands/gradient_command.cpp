@@ -19,6 +19,7 @@
 #include "cli/derive/DerivedRun.h"
 #include "cli/field/Expression.h"
 #include "cli/field/FieldFiles.h"
+#include "cli/field/field_file_help.h"
 #include "cli/gradient/GradientFiles.h"
 #include "cli/gradient/GradientMethods.h"
 #include "cli/gradient/GradientReport.h"
@@ -49,11 +50,6 @@ std::string DeriveHelp() {
   for (Quantity const& quantity : Quantities())
     text += std::string("\n  ") + quantity.name + ": " + quantity.description;
   return text;
-}
-
-void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) {
-  for (std::string const& warning : warnings) out << "  warning: " << warning << '\n';
-  if (!warnings.empty()) out << '\n';
 }
 
 /// How long a time took, as soon as it is done: a run of many times shows where it is.
@@ -139,7 +135,8 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
   AddOutputOption(*command);
   command->add_flag("--non-blocking", nonBlocking_, help::kNonBlocking);
   command->add_option("--repeat", repeatText_, help::kRepeat)->type_name("N");
-  command->footer(help::kFormula + FunctionNames() + help::kFooter);
+  command->footer(help::kFormula + FunctionNames() + help::kFields + field_file_help::kFieldFiles +
+                  help::kOutput);
   return command;
 }
 
@@ -352,7 +349,9 @@ void GradientCommand::Compute(CommandRun& run) {
 
 void GradientCommand::Print(std::ostream& out) const {
   PrintWarnings(out, warnings_);
-  PrintBoundaryValues(out, times_);
+  std::vector<FieldsAtTime> fields;
+  for (GradientTime const& time : times_) fields.push_back({time.name, time.fields});
+  PrintBoundaryValues(out, fields);
   if (fieldFiles_.HasTimes())
     PrintGradientResults(out, times_, placeDigits_);
   else
