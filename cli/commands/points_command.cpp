@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -78,7 +77,7 @@ class PointsCommand : public Command {
   InterpolationOptions options_ = {"2", "500"};
   CLI::Option const* methodOption_ = nullptr;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   std::optional<Expression> field_, body_;
   FieldFiles fieldFiles_;
   std::optional<BodyFile> bodyFile_;

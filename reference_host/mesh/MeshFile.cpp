@@ -37,30 +37,33 @@ std::size_t SizeOf(std::string const& name) {
   return size;
 }
 
-std::unique_ptr<char[]> Allocate(std::string const& name, std::size_t size) {
+}  // namespace
+
+FileContent AllocateContent(std::string const& name, std::size_t size) {
   try {
-    return std::unique_ptr<char[]>(new char[size]);  // not make_unique, which would clear it first
+    return {std::unique_ptr<char[]>(new char[size]), size};  // not make_unique, which would clear it first
   } catch (std::bad_alloc const&) {
     throw MeshError(name + ": " + std::to_string(size) + " bytes do not fit into memory");
   }
 }
 
-}  // namespace
-
 MeshFile::MeshFile(std::string name) : name_(std::move(name)) {
-  size_ = SizeOf(name_);
-  content_ = Allocate(name_, size_);
+  content_ = AllocateContent(name_, SizeOf(name_));
   std::ifstream stream(name_, std::ios::binary);
   if (!stream) throw MeshError(name_ + ": cannot be opened for reading");
-  stream.read(content_.get(), static_cast<std::streamsize>(size_));
-  if (static_cast<std::size_t>(stream.gcount()) != size_)
+  stream.read(content_.bytes.get(), static_cast<std::streamsize>(content_.size));
+  if (static_cast<std::size_t>(stream.gcount()) != content_.size)
     throw MeshError(name_ + ": cannot be read to its end");
 }
 
+MeshFile::MeshFile(std::string name, FileContent content, std::size_t firstByte)
+    : name_(std::move(name)), content_(std::move(content)), firstByte_(firstByte) {}
+
 void MeshFile::Fail(std::size_t offset, std::string const& what) const {
-  offset = std::min(offset, size_);
-  if (placesByOffset_) throw MeshError(name_ + ": offset " + std::to_string(offset) + ": " + what);
-  auto const line = 1 + std::count(content_.get(), content_.get() + offset, '\n');
+  offset = std::min(offset, content_.size);
+  if (placesByOffset_)
+    throw MeshError(name_ + ": offset " + std::to_string(firstByte_ + offset) + ": " + what);
+  auto const line = 1 + std::count(content_.bytes.get(), content_.bytes.get() + offset, '\n');
   throw MeshError(name_ + ":" + std::to_string(line) + ": " + what);
 }
 

@@ -87,6 +87,18 @@ std::string_view TextCursor::Macro() {
   return name;
 }
 
+std::string_view TextCursor::Bytes(char const* what, std::size_t n) {
+  Expect('(');
+  if (n > Remaining()) {
+    Fail(std::string(what) + " has " + std::to_string(n) + " bytes, but the file ends after " +
+         std::to_string(Remaining()));
+  }
+  std::string_view const bytes = text_.substr(position_, n);
+  position_ += n;
+  Expect(')');
+  return bytes;
+}
+
 std::int64_t TextCursor::Integer(char const* what) {
   BeginToken(what);
   char const* const end = text_.data() + text_.size();

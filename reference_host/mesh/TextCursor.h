@@ -19,6 +19,8 @@ class TextCursor {
 
   std::size_t Position() const { return position_; }
   void MoveTo(std::size_t position) { position_ = position; }
+  /// What has been read since a position.
+  std::string_view Since(std::size_t position) const { return text_.substr(position, position_ - position); }
   std::size_t Remaining() const { return text_.size() - position_; }
 
   /// Whether only blanks and comments are left.
@@ -44,6 +46,9 @@ class TextCursor {
   /// The name in "$name" or "${name}", with the characters of a word. Never empty.
   std::string_view Macro();
 
+  /// The n bytes in "(n bytes)". Fails if the file ends before.
+  std::string_view Bytes(char const* what, std::size_t n);
+
   std::int64_t Integer(char const* what);
   double Real(char const* what);
 
@@ -52,7 +57,12 @@ class TextCursor {
   std::size_t Count(char const* what, std::size_t characters);
 
   /// Fails at the beginning of the last item read.
-  [[noreturn]] void Fail(std::string const& what) const { file_.Fail(tokenStart_, what); }
+  [[noreturn]] void Fail(std::string const& what) const { FailAt(tokenStart_, what); }
+
+  /// Fails at a position.
+  [[noreturn]] void FailAt(std::size_t position, std::string const& what) const {
+    file_.Fail(position, what);
+  }
 
  private:
   void SkipBlanks();

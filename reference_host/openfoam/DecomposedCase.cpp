@@ -11,6 +11,7 @@
 #include "reference_host/mesh/MessageText.h"
 #include "reference_host/openfoam/FoamFile.h"
 #include "reference_host/openfoam/FoamList.h"
+#include "reference_host/openfoam/FoamStorage.h"
 #include "reference_host/openfoam/PolyMeshReader.h"
 
 namespace reference_host {
@@ -105,21 +106,40 @@ class CutCollector {
   int nProcessors_;
 };
 
+/// The number of processors of a case in the collated format.
+int CountCollatedProcessors(std::string const& folder) {
+  std::vector<CollatedFolder> folders = CollatedFolders(folder);
+  if (folders.empty()) throw MeshError(folder + ": no processor folders");
+  std::sort(folders.begin(), folders.end(),
+            [](CollatedFolder const& a, CollatedFolder const& b) { return a.first < b.first; });
+  int const nProcessors = folders.front().nProcessors;
+  int next = 0;  // the first processor without a folder so far
+  for (CollatedFolder const& collated : folders) {
+    if (collated.nProcessors != nProcessors) {
+      throw MeshError(folder + ": folders for " + std::to_string(nProcessors) + " and for " +
+                      std::to_string(collated.nProcessors) +
+                      " processors (processorsN); remove those of one of them");
+    }
+    if (collated.first > next) break;
+    next = std::max(next, collated.last + 1);
+  }
+  if (next < nProcessors) {
+    throw MeshError(folder + ": no folder has the pieces of processor " + std::to_string(next) + " of " +
+                    std::to_string(nProcessors) + " (processorsN_A-B)");
+  }
+  return nProcessors;
+}
+
 }  // namespace
 
 bool IsDecomposedCase(std::string const& folder) {
   std::error_code ignored;
-  return fs::is_directory(fs::path(folder) / "processor0", ignored) ||
-         !NumberedFolders(folder, "processors").empty();
+  return fs::is_directory(fs::path(folder) / "processor0", ignored) || !CollatedFolders(folder).empty();
 }
 
 int CountProcessorFolders(std::string const& folder) {
   std::vector<int> const numbers = NumberedFolders(folder, "processor");
-  if (numbers.empty()) {
-    throw MeshError(folder +
-                    ": decomposed in the collated format (processorsN), which cannot be read; decompose it " +
-                    "again with -fileHandler uncollated");
-  }
+  if (numbers.empty()) return CountCollatedProcessors(folder);
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     if (numbers[i] != static_cast<int>(i)) {
       throw MeshError(folder + ": there is a folder processor" + std::to_string(numbers[i]) +
@@ -133,18 +153,25 @@ std::string ProcessorFolder(std::string const& folder, int processor) {
   return (fs::path(folder) / ("processor" + std::to_string(processor))).string();
 }
 
+std::string StoredProcessorFolder(std::string const& folder, int processor) {
+  std::string own = ProcessorFolder(folder, processor);
+  std::error_code ignored;
+  if (fs::is_directory(own, ignored)) return own;
+  for (CollatedFolder const& collated : CollatedFolders(folder)) {
+    if (collated.first <= processor && processor <= collated.last) return collated.path;
+  }
+  return own;
+}
+
 std::vector<std::int64_t> ReadAddressing(std::string const& polyMesh, std::string const& file,
                                          std::int64_t nItems) {
-  std::error_code ignored;
-  if (!fs::exists(fs::path(polyMesh) / file, ignored) &&
-      !fs::exists(fs::path(polyMesh) / (file + ".gz"), ignored)) {
-    return {};
-  }
+  if (!FoamFileExists((fs::path(polyMesh) / file).string())) return {};
   FoamFile foam(polyMesh, file);
   TextCursor& text = foam.Text();
-  std::vector<std::int64_t> numbers = ReadFoamValues<std::int64_t>(text, "number", nItems, [&text] {
-                                        return text.Integer("a number");
-                                      }).WrittenOut();
+  constexpr FoamRange kAny = {"number", std::numeric_limits<std::int64_t>::min(),
+                              std::numeric_limits<std::int64_t>::max()};
+  std::vector<std::int64_t> numbers =
+      ReadFoamLabels<std::int64_t>(text, foam.Format(), "number", nItems, kAny).WrittenOut();
   if (static_cast<std::int64_t>(numbers.size()) != nItems) {
     text.Fail(std::to_string(numbers.size()) + " numbers where the mesh needs " + std::to_string(nItems));
   }

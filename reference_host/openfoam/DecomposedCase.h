@@ -33,12 +33,16 @@ struct ProcessorMesh {
 /// Whether the folder has processor folders.
 bool IsDecomposedCase(std::string const& folder);
 
-/// The number of folders processor0, processor1, ... Throws MeshError if one of them is missing, and for a
-/// case in the collated format (one folder processorsN).
+/// The number of folders processor0, processor1, ..., or of the processors of a case in the collated format, whose
+/// folders are processorsN, or processorsN_A-B for processors A to B. Throws MeshError if one of them is missing.
 int CountProcessorFolders(std::string const& folder);
 
-/// FOLDER/processorN
+/// FOLDER/processorN. In a case in the collated format there is no such folder, but FoamFile finds its files.
 std::string ProcessorFolder(std::string const& folder, int processor);
+
+/// The folder on disk with the files of a processor: FOLDER/processorN, or else FOLDER/processorsM or
+/// FOLDER/processorsM_A-B, where each file has its piece. FOLDER/processorN if there is none.
+std::string StoredProcessorFolder(std::string const& folder, int processor);
 
 /// The mesh in FOLDER/processorN/constant/polyMesh, checked by CheckMesh. Throws MeshError for cyclic patches
 /// that the decomposition has cut, and for cuts with processors that do not exist.

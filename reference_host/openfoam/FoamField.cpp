@@ -2,7 +2,9 @@
 
 #include <array>
 #include <filesystem>
+#include <locale>
 #include <map>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -44,7 +46,7 @@ class FieldParser {
         nComponents_(ComponentsOf(file_)),
         nCells_(nCells),
         boundary_(boundary),
-        values_(text_, entries_, nComponents_),
+        values_(file_, entries_, nComponents_),
         patterns_(StepsFor(text_.Remaining(), boundary)) {}
 
   FoamField Parse() {
@@ -53,6 +55,9 @@ class FieldParser {
     if (!hasBoundary_) Fail("there is no boundaryField");
     FoamField field;
     field.nComponents = nComponents_;
+    field.dimensions = dimensions_;
+    field.file = file_.Name();
+    field.format = file_.Format();
     field.cell = Expanded(*internal_, nCells_, "cells");
     for (std::size_t p = 0; p < boundary_.patches.size(); ++p) AddPatch(p, field);
     return field;
@@ -115,11 +120,29 @@ class FieldParser {
       internal_ = values_.Read(nCells_, entry.scope);
     } else if (IsInPatch() && key == "value") {
       values_.Read(MostFaces(), entry.scope);
+    } else if (keys_.empty() && key == "dimensions") {
+      ReadDimensions();
     } else {
       file_.Value();
     }
     entry.from = text_.Position();
     entries_.Add(key, entry);
+  }
+
+  /// "[0 2 -2 0 0 0 0]", where the last two numbers may be absent. Units in words are left alone.
+  void ReadDimensions() {
+    std::size_t const begin = text_.Position();
+    file_.Value();
+    std::string exponents(text_.Since(begin).substr(0, 200));
+    for (char& c : exponents) {
+      if (c == '[' || c == ']') c = ' ';
+    }
+    std::array<double, 7> dimensions{};
+    std::istringstream numbers(exponents);
+    numbers.imbue(std::locale::classic());
+    std::size_t n = 0;
+    while (n < dimensions.size() && numbers >> dimensions[n]) ++n;
+    if (n == 5 || n == dimensions.size()) dimensions_ = dimensions;
   }
 
   void BeginDictionary(std::string const& key, bool isPattern) {
@@ -237,6 +260,7 @@ class FieldParser {
   FoamFieldValueReader values_;
   std::vector<Key> keys_;  ///< of the dictionaries that are open
   FoamFieldValueReader::Values internal_;
+  std::optional<std::array<double, 7>> dimensions_;
   bool hasBoundary_ = false;
   std::map<std::string, PatchEntry> named_;
   PatternTable patterns_;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "reference_host/openfoam/FoamSyntax.h"
 #include "reference_host/openfoam/PolyMeshReader.h"
 
 namespace reference_host {
@@ -22,6 +24,12 @@ struct FoamField {
   /// By patch: the type of its entry in boundaryField, such as "fixedValue"; empty if it has no entry. It can differ
   /// from the type of the patch in the mesh.
   std::vector<std::string> patchType;
+
+  /// Exponents of mass, length, time, temperature, amount, current and light intensity; empty: not in the file.
+  std::optional<std::array<double, 7>> dimensions;
+
+  std::string file;  ///< on disk, with .gz if it is compressed
+  FoamFormat format;
 };
 
 /// Reads a volScalarField or volVectorField: a uniform or nonuniform internalField, and the boundary values of each

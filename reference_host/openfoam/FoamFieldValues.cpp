@@ -74,7 +74,7 @@ FoamReals FoamFieldValueReader::List(std::int64_t most) {
     std::string_view const type = text_.Word(expected.c_str());
     if (type != expected) text_.Fail(expected + " expected instead of " + Quoted(type));
   }
-  return ReadFoamReals(text_, nComponents_, most);
+  return ReadFoamReals(text_, format_, nComponents_, most);
 }
 
 FoamItem FoamFieldValueReader::Item(int scope, int nMacros) {

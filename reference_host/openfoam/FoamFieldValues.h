@@ -9,6 +9,7 @@
 
 #include "reference_host/mesh/TextCursor.h"
 #include "reference_host/openfoam/FoamEntries.h"
+#include "reference_host/openfoam/FoamFile.h"
 #include "reference_host/openfoam/FoamList.h"
 
 namespace reference_host {
@@ -24,8 +25,8 @@ struct FoamFieldValues {
 class FoamFieldValueReader {
  public:
   /// Borrows both.
-  FoamFieldValueReader(TextCursor& text, FoamEntries const& entries, int nComponents)
-      : text_(text), entries_(entries), nComponents_(nComponents) {}
+  FoamFieldValueReader(FoamFile& file, FoamEntries const& entries, int nComponents)
+      : text_(file.Text()), format_(file.Format()), entries_(entries), nComponents_(nComponents) {}
 
   using Values = std::shared_ptr<FoamFieldValues const>;
 
@@ -61,6 +62,7 @@ class FoamFieldValueReader {
   auto AtEntry(FoamEntries::Entry const& entry, ReadValue const& readValue);
 
   TextCursor& text_;
+  FoamFormat const& format_;
   FoamEntries const& entries_;
   int nComponents_;
   std::map<std::size_t, Values> known_;  ///< by position

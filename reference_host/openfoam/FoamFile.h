@@ -1,37 +1,45 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "reference_host/mesh/MeshFile.h"
 #include "reference_host/mesh/TextCursor.h"
+#include "reference_host/openfoam/FoamStorage.h"
+#include "reference_host/openfoam/FoamSyntax.h"
 
 namespace reference_host {
 
-/// A text file of OpenFOAM, opened and read up to the end of its FoamFile header.
+/// A file of OpenFOAM, text or binary, opened and read up to the end of its FoamFile header. It may be compressed, or
+/// a processor's piece of a collated file.
 class FoamFile {
  public:
-  /// Throws MeshError for files that are missing, compressed, binary or without a header.
+  /// Opens what FindFoamFile finds for FOLDER/NAME. Throws MeshError for files that are missing, damaged or without a
+  /// header.
   FoamFile(std::string const& folder, std::string const& name);
 
-  std::string const& Name() const { return file_.Name(); }
-  TextCursor& Text() { return text_; }
+  /// The file on disk.
+  std::string const& Name() const { return storage_.file; }
+  FoamStorage const& Storage() const { return storage_; }
+
+  TextCursor& Text() { return *text_; }
+  FoamFormat const& Format() const { return header_.format; }
 
   /// The entry "class" of the header, such as "faceList".
-  std::string const& ClassName() const { return className_; }
+  std::string const& ClassName() const { return header_.className; }
 
-  /// Reads the keyword of the next entry in braces. Returns an empty text at the closing brace, after reading
-  /// it.
-  std::string Keyword();
-
-  /// Reads the value of an entry to its end. Returns its first word; empty if it does not begin with a word.
-  std::string Value();
+  /// ReadFoamKeyword and ReadFoamValue of this file.
+  std::string Keyword() { return ReadFoamKeyword(*text_); }
+  std::string Value() { return ReadFoamValue(*text_, header_.format); }
 
  private:
-  void ReadHeader();
+  void Open();
+  void OpenPiece();
 
-  MeshFile file_;
-  TextCursor text_;
-  std::string className_;
+  FoamStorage storage_;
+  std::unique_ptr<MeshFile> file_;
+  std::unique_ptr<TextCursor> text_;
+  FoamHeader header_;
 };
 
 }  // namespace reference_host

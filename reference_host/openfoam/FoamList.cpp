@@ -24,7 +24,7 @@ FoamItem ReadFoamItem(TextCursor& text, int nComponents) {
   return item;
 }
 
-FoamReals ReadFoamReals(TextCursor& text, int nComponents, std::int64_t mostItems) {
+FoamReals ReadFoamReals(TextCursor& text, FoamFormat const& format, int nComponents, std::int64_t mostItems) {
   FoamReals values;
   values.count = ReadFoamLength(text, "value", mostItems);
   if (text.Accept('{')) {
@@ -32,6 +32,15 @@ FoamReals ReadFoamReals(TextCursor& text, int nComponents, std::int64_t mostItem
     text.Expect('}');
     return values;
   }
+  auto const components = static_cast<std::size_t>(nComponents);
+  if (format.isBinary) {
+    BinaryNumbers const numbers(text, components * static_cast<std::size_t>(values.count),
+                                format.scalarBytes);
+    values.list.resize(numbers.size());
+    for (std::size_t i = 0; i < numbers.size(); ++i) values.list[i] = numbers.Real(i);
+    return values;
+  }
+  values.list.reserve(components * FittingItems(text, values.count, 2 * nComponents));
   text.Expect('(');
   std::int64_t n = 0;
   for (; !text.Accept(')'); ++n) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -8,6 +9,8 @@
 #include <vector>
 
 #include "reference_host/mesh/TextCursor.h"
+#include "reference_host/openfoam/BinaryNumbers.h"
+#include "reference_host/openfoam/FoamSyntax.h"
 
 namespace reference_host {
 
@@ -43,25 +46,10 @@ struct FoamValues {
 /// @param[in] what  the name of an item, for messages: "cell number"
 std::int64_t ReadFoamLength(TextCursor& text, char const* what, std::int64_t mostItems);
 
-/// Reads a list with a length, "N (item item ...)" or, for N equal items, "N{item}".
-/// @param[in] readItem  reads one item and returns it
-template <class Item, class ReadItem>
-FoamValues<Item> ReadFoamValues(TextCursor& text, char const* what, std::int64_t mostItems,
-                                ReadItem const& readItem) {
-  FoamValues<Item> values;
-  std::int64_t const n = values.count = ReadFoamLength(text, what, mostItems);
-  if (text.Accept('{')) {
-    values.same = readItem();
-    text.Expect('}');
-    return values;
-  }
-  text.Expect('(');
-  while (!text.Accept(')')) values.list.push_back(readItem());
-  if (values.list.size() != static_cast<std::size_t>(n)) {
-    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(values.list.size()) +
-              " found");
-  }
-  return values;
+/// The lesser of a number of items and of those that the rest of the file can hold.
+/// @param[in] bytes  the least that one takes
+inline std::size_t FittingItems(TextCursor const& text, std::int64_t n, int bytes) {
+  return std::min(static_cast<std::size_t>(n), text.Remaining() / static_cast<std::size_t>(bytes) + 1);
 }
 
 /// A scalar, or the three components of a vector.
@@ -78,8 +66,69 @@ struct FoamReals {
   std::vector<double> list;
 };
 
-/// Reads "N (item item ...)" or "N{item}".
+/// Reads "N (item item ...)", text or binary, or "N{item}".
 /// @param[in] mostItems  a longer list is an error
-FoamReals ReadFoamReals(TextCursor& text, int nComponents, std::int64_t mostItems);
+FoamReals ReadFoamReals(TextCursor& text, FoamFormat const& format, int nComponents, std::int64_t mostItems);
+
+/// The integers that a list may have.
+struct FoamRange {
+  char const* what;  ///< one of them: "cell"
+  std::int64_t first;
+  std::int64_t end;  ///< behind the last one
+
+  /// Throws MeshError for an integer that it does not have; says where with fail(text).
+  template <class FailHere>
+  std::int64_t Checked(std::int64_t number, FailHere const& fail) const {
+    if (number < first || number >= end) {
+      fail(std::string(what) + " " + std::to_string(number) + " is not in " + std::to_string(first) + " to " +
+           std::to_string(end - 1));
+    }
+    return number;
+  }
+
+  /// Reads one.
+  std::int64_t Read(TextCursor& text) const {
+    return Checked(text.Integer(what), [&text](std::string const& fault) { text.Fail(fault); });
+  }
+};
+
+/// Reads integers in binary form and calls take(integer) with each.
+template <class Take>
+void ReadBinaryLabels(TextCursor& text, FoamFormat const& format, std::int64_t n, FoamRange const& range,
+                      Take const& take) {
+  BinaryNumbers const numbers(text, static_cast<std::size_t>(n), format.labelBytes);
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    take(range.Checked(numbers.Integer(i),
+                       [&](std::string const& fault) { text.FailAt(numbers.Position(i), fault); }));
+  }
+}
+
+/// Reads a list of integers with a length, "N (i i ...)", text or binary, or "N{i}".
+/// @param[in] what  the name of an item, for messages: "cell number"
+template <class Integer>
+FoamValues<Integer> ReadFoamLabels(TextCursor& text, FoamFormat const& format, char const* what,
+                                   std::int64_t mostItems, FoamRange const& range) {
+  FoamValues<Integer> values;
+  std::int64_t const n = values.count = ReadFoamLength(text, what, mostItems);
+  if (format.isBinary && text.Peek() != '{') {
+    values.list.reserve(FittingItems(text, n, format.labelBytes));
+    ReadBinaryLabels(text, format, n, range,
+                     [&values](std::int64_t number) { values.list.push_back(static_cast<Integer>(number)); });
+    return values;
+  }
+  if (text.Accept('{')) {
+    values.same = static_cast<Integer>(range.Read(text));
+    text.Expect('}');
+    return values;
+  }
+  values.list.reserve(FittingItems(text, n, 2));
+  text.Expect('(');
+  while (!text.Accept(')')) values.list.push_back(static_cast<Integer>(range.Read(text)));
+  if (values.list.size() != static_cast<std::size_t>(n)) {
+    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(values.list.size()) +
+              " found");
+  }
+  return values;
+}
 
 }  // namespace reference_host

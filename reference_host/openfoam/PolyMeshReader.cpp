@@ -19,27 +19,14 @@ namespace {
 
 constexpr std::int64_t kIntEnd = std::numeric_limits<int>::max();
 
-int ReadNumber(TextCursor& text, char const* what, std::int64_t end) {
-  std::int64_t const number = text.Integer(what);
-  if (number < 0 || number >= end) {
-    text.Fail(std::string(what) + " " + std::to_string(number) + " is not in 0 to " +
-              std::to_string(end - 1));
-  }
-  return static_cast<int>(number);
-}
-
 /// Cell numbers of at most nFaces faces. A mesh of very few cells may have "N{n}", N equal numbers.
 std::vector<int> ReadCellNumbers(FoamFile& file, std::int64_t nFaces) {
-  TextCursor& text = file.Text();
-  return ReadFoamValues<int>(text, "cell number", nFaces,
-                             [&text] { return ReadNumber(text, "cell", kIntEnd); })
+  return ReadFoamLabels<int>(file.Text(), file.Format(), "cell number", nFaces, {"cell", 0, kIntEnd})
       .WrittenOut();
 }
 
 // N ((x y z) (x y z) ...)
-void ReadPoints(std::string const& folder, FaceMesh& mesh) {
-  FoamFile file(folder, "points");
-  TextCursor& text = file.Text();
+void ReadTextPoints(TextCursor& text, FaceMesh& mesh) {
   ReadFoamList(text, "the number of points", [&] {
     Point point{};
     text.Expect('(');
@@ -47,33 +34,81 @@ void ReadPoints(std::string const& folder, FaceMesh& mesh) {
     text.Expect(')');
     mesh.points.push_back(point);
   });
-  if (mesh.points.size() > static_cast<std::size_t>(kIntEnd)) text.Fail("more points than an int can count");
+}
+
+void ReadBinaryPoints(FoamFile& file, FaceMesh& mesh) {
+  std::int64_t const n = ReadFoamLength(file.Text(), "point", kIntEnd);
+  BinaryNumbers const numbers(file.Text(), 3 * static_cast<std::size_t>(n), file.Format().scalarBytes);
+  mesh.points.resize(numbers.size() / 3);
+  std::size_t i = 0;
+  for (Point& point : mesh.points) {
+    for (double& x : point) x = numbers.Real(i++);
+  }
+}
+
+void ReadPoints(std::string const& folder, FaceMesh& mesh) {
+  FoamFile file(folder, "points");
+  if (file.Format().isBinary) {
+    ReadBinaryPoints(file, mesh);
+  } else {
+    ReadTextPoints(file.Text(), mesh);
+  }
+  if (mesh.points.size() > static_cast<std::size_t>(kIntEnd))
+    file.Text().Fail("more points than an int can count");
+}
+
+FoamRange PointsOf(FaceMesh const& mesh) {
+  return {"point", 0, static_cast<std::int64_t>(mesh.points.size())};
 }
 
 // N (n(node node ...) n(node node ...) ...)
-void ReadFaceRows(TextCursor& text, FaceMesh& mesh) {
-  auto const nPoints = static_cast<std::int64_t>(mesh.points.size());
+void ReadFaceRows(FoamFile& file, FaceMesh& mesh) {
+  TextCursor& text = file.Text();
+  FoamRange const points = PointsOf(mesh);
+  auto const takeNode = [&mesh](std::int64_t node) { mesh.faceNode.push_back(static_cast<int>(node)); };
   ReadFoamList(text, "the number of faces", [&] {
-    ReadFoamList(text, "the number of nodes of a face",
-                 [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
+    if (file.Format().isBinary) {
+      ReadBinaryLabels(text, file.Format(), ReadFoamLength(text, "node", kIntEnd), points, takeNode);
+    } else {
+      ReadFoamList(text, "the number of nodes of a face", [&] { takeNode(points.Read(text)); });
+    }
     mesh.faceStart.push_back(mesh.faceNode.size());
   });
 }
 
+/// Appends the integers of "N (i i ...)", text or binary, each of which check(integer) has seen before.
+/// @param[in] what  the length, for messages
+template <class Integer, class Check>
+void ReadLabels(FoamFile& file, char const* what, FoamRange const& range, std::vector<Integer>& to,
+                Check const& check) {
+  TextCursor& text = file.Text();
+  auto const take = [&](std::int64_t number) {
+    check(number);
+    to.push_back(static_cast<Integer>(number));
+  };
+  if (file.Format().isBinary) {
+    std::size_t const n = text.Count(what, static_cast<std::size_t>(file.Format().labelBytes));
+    to.reserve(n);
+    ReadBinaryLabels(text, file.Format(), static_cast<std::int64_t>(n), range, take);
+  } else {
+    ReadFoamList(text, what, [&] { take(range.Read(text)); });
+  }
+}
+
 // N+1 (start of each face in the second list, and its length)   M (node node ...)
-void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
-  auto const nPoints = static_cast<std::int64_t>(mesh.points.size());
+void ReadCompactFaces(FoamFile& file, FaceMesh& mesh) {
+  TextCursor& text = file.Text();
+  constexpr FoamRange kAnyStart = {"the start of a face", std::numeric_limits<std::int64_t>::min(),
+                                   std::numeric_limits<std::int64_t>::max()};
+  char const* const mustRise = "the starts of the faces must begin with 0 and ascend";
   mesh.faceStart.clear();
-  ReadFoamList(text, "the number of face starts", [&] {
-    std::int64_t const start = text.Integer("the start of a face");
+  ReadLabels(file, "the number of face starts", kAnyStart, mesh.faceStart, [&](std::int64_t start) {
     bool const rises =
         mesh.faceStart.empty() ? start == 0 : start >= static_cast<std::int64_t>(mesh.faceStart.back());
-    if (!rises) text.Fail("the starts of the faces must begin with 0 and ascend");
-    mesh.faceStart.push_back(static_cast<std::size_t>(start));
+    if (!rises) text.Fail(mustRise);
   });
-  if (mesh.faceStart.empty()) text.Fail("the starts of the faces must begin with 0 and ascend");
-  ReadFoamList(text, "the number of nodes of all faces",
-               [&] { mesh.faceNode.push_back(ReadNumber(text, "point", nPoints)); });
+  if (mesh.faceStart.empty()) text.Fail(mustRise);
+  ReadLabels(file, "the number of nodes of all faces", PointsOf(mesh), mesh.faceNode, [](std::int64_t) {});
   if (mesh.faceStart.back() != mesh.faceNode.size()) {
     text.Fail("the last face ends at " + std::to_string(mesh.faceStart.back()) + " of " +
               std::to_string(mesh.faceNode.size()) + " nodes");
@@ -83,9 +118,9 @@ void ReadCompactFaces(TextCursor& text, FaceMesh& mesh) {
 void ReadFaces(std::string const& folder, FaceMesh& mesh) {
   FoamFile file(folder, "faces");
   if (file.ClassName() == "faceCompactList") {
-    ReadCompactFaces(file.Text(), mesh);
+    ReadCompactFaces(file, mesh);
   } else {
-    ReadFaceRows(file.Text(), mesh);
+    ReadFaceRows(file, mesh);
   }
   if (mesh.faceStart.size() > static_cast<std::size_t>(kIntEnd)) {
     file.Text().Fail("more faces than an int can count");

@@ -8,14 +8,14 @@
 
 namespace reference_host {
 
-/// Reads an OpenFOAM mesh with cells of any shape: the text files points, faces, owner, neighbour and
-/// boundary of a polyMesh folder. Faces, cells and patches keep their order.
+/// Reads an OpenFOAM mesh with cells of any shape: the files points, faces, owner, neighbour and boundary of a polyMesh
+/// folder, as FoamFile opens them. Faces, cells and patches keep their order.
 ///
 /// A patch keeps its type. Types that are not boundaries of the flow (empty, wedge, cyclic, processor) have
 /// no boundary group of their own: the user maps such a patch by name, or AssignBoundaryGroups rejects the
 /// mesh.
 ///
-/// Throws MeshError for binary, compressed and damaged files. Pass the result to CheckMesh before you use it.
+/// Throws MeshError for damaged files. Pass the result to CheckMesh before you use it.
 /// @param[in] folder  the polyMesh folder itself
 FaceMesh ReadPolyMesh(std::string const& folder);
 

@@ -244,15 +244,20 @@ TEST(DecomposedCase, IsRefusedOnAnotherNumberOfRanks) {
                                     " ranks, or give constant/polyMesh of the whole mesh");
 }
 
-TEST(DecomposedCase, IsRefusedInTheCollatedFormat) {
-  ExpectHas(Refusal({},
-                    [](std::string const& folder) {
+TEST(DecomposedCase, IsRefusedInTheCollatedFormatWithoutThePiecesOfAProcessor) {
+  std::string const missing = std::to_string(RankCount());
+  std::string const all = std::to_string(RankCount() + 2);
+  EXPECT_EQ(Refusal({},
+                    [&](std::string const& folder) {
                       for (int part = 0; part < RankCount(); ++part) {
                         std::filesystem::remove_all(folder + "/processor" + std::to_string(part));
                       }
-                      std::filesystem::create_directories(folder + "/processors4/constant");
+                      std::string const collated = folder + "/processors" + all;
+                      std::filesystem::create_directories(collated + "_0-" + std::to_string(RankCount() - 1));
+                      std::filesystem::create_directories(collated + "_" + std::to_string(RankCount() + 1) +
+                                                          "-" + std::to_string(RankCount() + 1));
                     }),
-            "collated format");
+            ": no folder has the pieces of processor " + missing + " of " + all + " (processorsN_A-B)");
 }
 
 TEST(DecomposedCase, IsRefusedWithAGapInTheFolders) {

@@ -159,16 +159,17 @@ TEST(PolyMeshReader, TakesLinesThatEndTheWindowsWay) {
   ExpectSameMesh(Read(files), Read(HexagonColumn()));
 }
 
-TEST(PolyMeshReader, RefusesBinaryFiles) {
-  EXPECT_EQ("points:7: format 'binary' cannot be read; write it in format ascii",
-            Refusal(With("points", "ascii", "binary")));
-}
-
-TEST(PolyMeshReader, RefusesCompressedFiles) {
-  Files files = HexagonColumn();
-  files.erase("owner");
-  files["owner.gz"] = "\x1f\x8b";
-  EXPECT_EQ("owner.gz: compressed files cannot be read; unpack it with gunzip", Refusal(files));
+TEST(PolyMeshReader, RefusesOtherFormats) {
+  EXPECT_EQ("points:7: format 'ebcdic' cannot be read; it has to be ascii or binary",
+            Refusal(With("points", "ascii", "ebcdic")));
+  EXPECT_EQ(
+      "points:8: arch 'MSB;label=32;scalar=64' cannot be read; only LSB, the byte order of most processors, "
+      "can",
+      Refusal(With("points", "LSB", "MSB")));
+  EXPECT_EQ("points:8: arch 'LSB;label=16;scalar=64' cannot be read; it has to have label=32 or label=64",
+            Refusal(With("points", "label=32", "label=16")));
+  EXPECT_EQ("points:8: arch 'LSB;label=32' cannot be read; it has to have scalar=32 or scalar=64",
+            Refusal(With("points", ";scalar=64", "")));
 }
 
 TEST(PolyMeshReader, RefusesMissingFiles) {
