@@ -16,7 +16,7 @@ readonly field='sin(2*x)*y + z^2'
 readonly body='(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.09'
 
 # number NAME N: the N-th number of that name in the results of the last run.
-number() { sed '1,/"results": {/d' out/results.json | sed -n "s/^ *\"$1\": *\([^,]*\),\{0,1\}$/\1/p" | sed -n "$2p"; }
+number() { sed '1,/"results": {/d' "$results" | sed -n "s/^ *\"$1\": *\([^,]*\),\{0,1\}$/\1/p" | sed -n "$2p"; }
 
 short() { LC_ALL=C printf '%.1e' "$1"; }
 
@@ -34,6 +34,7 @@ name_of() {
 }
 
 faces() {  # faces MESH METHOD SPAN [GROUP]
+  results=out/faces.json
   rm -rf out  # a folder holds results of one command
   "$zyngrad" faces "$1" --field "$field" --group "${4:-inner}" --search-method "$2" --span "$3" -o out >log.txt 2>&1 ||
     { cat log.txt; exit 1; }
@@ -42,6 +43,7 @@ faces() {  # faces MESH METHOD SPAN [GROUP]
 launcher=()
 
 points() {  # points MESH METHOD SPAN OPTION...
+  results=out/points.json
   rm -rf out
   "${launcher[@]}" "$zyngrad" points "$1" --field "$field" --search-method "$2" --span "$3" "${@:4}" -o out >log.txt 2>&1 ||
     { cat log.txt; exit 1; }

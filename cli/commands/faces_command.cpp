@@ -34,7 +34,7 @@ constexpr int kFaceMethods = 4;
 
 class FacesCommand : public Command {
  public:
-  FacesCommand() : Command("faces", "results.json") {}
+  FacesCommand() : Command("faces", "faces.json") {}
   CLI::App* AddTo(CLI::App& program) override;
 
  private:

@@ -27,7 +27,7 @@ to a group.
 
 The exit code is 1 if some values are not finite. The last line then gives their number and the reason.
 
-The output folder receives results.json (the numbers of the tables), faces.vtp (or faces.pvtp and its
+The output folder receives faces.json (the numbers of the tables), faces.vtp (or faces.pvtp and its
 pieces), log.rankN.txt (what the operator prints) and settings.rankN.rbf (its settings).
 
 Examples:

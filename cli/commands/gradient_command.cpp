@@ -1,6 +1,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iostream>
 #include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -9,14 +11,18 @@
 #include <vector>
 
 #include "cli/base/OneLine.h"
+#include "cli/base/TextTable.h"
+#include "cli/base/Timing.h"
 #include "cli/base/UsageError.h"
 #include "cli/commands/commands.h"
 #include "cli/commands/gradient_help.h"
 #include "cli/field/Expression.h"
+#include "cli/field/FieldFiles.h"
 #include "cli/gradient/GradientFiles.h"
 #include "cli/gradient/GradientMethods.h"
 #include "cli/gradient/GradientReport.h"
 #include "cli/gradient/GradientRun.h"
+#include "cli/gradient/GradientTime.h"
 #include "cli/gradient/MethodOption.h"
 #include "cli/options/MeshOptions.h"
 #include "cli/options/OptionValue.h"
@@ -42,13 +48,21 @@ void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) 
   if (!warnings.empty()) out << '\n';
 }
 
+/// How long a time took, as soon as it is done: a run of many times shows where it is.
+void PrintTimeLine(GradientTime const& time) {
+  std::cout << "time " << time.name << ": read in " << Fixed(time.readSeconds, 2) << " s, computed in "
+            << Fixed(time.computeSeconds, 2) << " s, written in " << Fixed(time.writeSeconds, 2) << " s"
+            << std::endl;
+}
+
 class GradientCommand : public Command {
  public:
-  GradientCommand() : Command("gradient", "results.json") {}
+  GradientCommand() : Command("gradient", "gradient.json") {}
   CLI::App* AddTo(CLI::App& program) override;
 
  private:
   void ReadOptions() override;
+  void ReadInput(Ranks const& ranks) override { fieldFiles_.FindTimes(ranks, meshOptions_.mesh); }
   std::vector<std::string> OutputFiles(Ranks const& ranks) const override;
   void Compute(CommandRun& run) override;
   void Print(std::ostream& out) const override;
@@ -58,16 +72,22 @@ class GradientCommand : public Command {
 
   void ChooseMethods();
   GradientCase MakeCase(CommandRun& run);
+  void ReadFields(CommandRun& run, GradientTime& time);
+  void ApplyMethods(CommandRun& run, GradientTime& time);
+  void ComputeTime(CommandRun& run, GradientGrid& grid);
+  std::string StageOf(std::string const& work) const;
   bool NeedsSettings() const;
   ordered_json Question() const;
 
   MeshOptions meshOptions_;
-  std::vector<std::string> fieldTexts_, fieldFiles_;  ///< one of them is empty
+  std::vector<std::string> fieldTexts_;  ///< empty with fields from files
+  FieldFileOptions fieldFileOptions_;
   std::vector<std::string> methodLists_;
   std::string sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
   bool nonBlocking_ = false, shapeNormalize_ = false;
 
   std::map<std::string, reference_host::BoundaryGroup> groups_;
+  FieldFiles fieldFiles_;
   std::vector<Expression> fields_;
   std::optional<Expression> weight_;
   std::vector<GradientMethod const*> methods_;
@@ -75,8 +95,10 @@ class GradientCommand : public Command {
   RadialBasisSettings radialBasis_;
 
   GradientCase case_;
+  std::vector<std::unique_ptr<MethodRun>> runs_;  ///< by method; null before its set-up and once it is done
   std::vector<std::string> warnings_;
-  std::vector<MethodResult> results_;
+  std::vector<GradientTime> times_;  ///< one for a run without times
+  std::string gridToOpen_;
   int placeDigits_ = kPlaceDigits;
 };
 
@@ -85,7 +107,7 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
   CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
   AddRepeatableOption(*command, "--field", fieldTexts_, help::kField)->type_name("EXPR");
-  AddRepeatableOption(*command, "--field-file", fieldFiles_, help::kFieldFile)->type_name("FILE");
+  AddFieldFileOptions(*command, fieldFileOptions_);
   AddMethodOption(*command, methodLists_, GradientMethodHelp());
   command->add_option("--sweeps", sweepsText_, help::kSweeps)->type_name("N");
   command->add_option("--weight", weightText_, help::kWeight)->type_name("EXPR");
@@ -101,8 +123,8 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
 void GradientCommand::ChooseMethods() {
   std::string const names = methodLists_.empty() ? "all" : JoinedLists(methodLists_);
   methods_ = ChooseGradientMethods(names);
-  std::string const option = fieldFiles_.empty() ? " --field" : " --field-file";
-  std::size_t const nGiven = std::max(fields_.size(), fieldFiles_.size());
+  if (!fieldFiles_.IsEmpty()) return;
+  std::size_t const nGiven = fields_.size();
   auto const takes = [this](int n) {
     return std::any_of(methods_.begin(), methods_.end(),
                        [n](GradientMethod const* m) { return m->nFields == n; });
@@ -111,13 +133,14 @@ void GradientCommand::ChooseMethods() {
   // Of methods of both kinds, some run with either number.
   if ((takesOne && nGiven == 1) || (takesThree && nGiven == 3)) return;
   char const* const wanted = takesOne && takesThree ? "one or three" : takesOne ? "one" : "three";
-  throw UsageError("method " + OneLine(names) + " takes " + wanted + option + ", got " +
+  throw UsageError("method " + OneLine(names) + " takes " + wanted + " --field, got " +
                    std::to_string(nGiven));
 }
 
 void GradientCommand::ReadOptions() {
-  if (fieldTexts_.empty() && fieldFiles_.empty()) throw UsageError("--field or --field-file is required");
-  if (!fieldTexts_.empty() && !fieldFiles_.empty()) {
+  fieldFiles_ = FieldFiles(fieldFileOptions_);
+  if (fieldTexts_.empty() && fieldFiles_.IsEmpty()) throw UsageError("--field or --field-file is required");
+  if (!fieldTexts_.empty() && !fieldFiles_.IsEmpty()) {
     throw UsageError("--field and --field-file exclude each other");
   }
   for (std::string const& text : fieldTexts_) fields_.emplace_back(text);
@@ -135,7 +158,7 @@ bool GradientCommand::NeedsSettings() const {
 }
 
 std::vector<std::string> GradientCommand::OutputFiles(Ranks const& ranks) const {
-  std::vector<std::string> files = GradientGridFiles(ranks);
+  std::vector<std::string> files = GradientGridFiles(ranks, fieldFiles_.times());
   if (NeedsSettings())
     for (std::string const& file : RunSettingsFiles(ranks)) files.push_back(file);
   return files;
@@ -145,13 +168,12 @@ GradientCase GradientCommand::MakeCase(CommandRun& run) {
   Ranks const& ranks = run.ranks();
   reference_host::HostPartition& partition = run.partition();
   GradientCase theCase;
-  for (std::string const& file : fieldFiles_) {
-    theCase.fields.push_back(ReadTestField(ranks, run.mesh(), file, warnings_));
-  }
   for (Expression const& field : fields_) {
-    theCase.fields.push_back(MakeTestField(ranks, partition, field));
-    theCase.exactL2.push_back(ExactGradientL2(ranks, *partition.mesh(), theCase.fields.back()));
+    theCase.fields.push_back({"", {MakeTestField(ranks, partition, field)}});
+    theCase.exactL2.push_back(
+        ExactGradientL2(ranks, *partition.mesh(), theCase.fields.back().component.front()));
   }
+  theCase.onlyFirst = !fields_.empty();
   theCase.isBoundaryCell = BoundaryCells(*partition.mesh());
   theCase.weight = MakeCellValues(ranks, partition, *weight_, "the weight");
   theCase.nSweeps = nSweeps_;
@@ -163,10 +185,10 @@ GradientCase GradientCommand::MakeCase(CommandRun& run) {
 
 ordered_json GradientCommand::Question() const {
   ordered_json json;
-  if (fieldFiles_.empty()) {
+  if (fieldFiles_.IsEmpty()) {
     json["fields"] = fieldTexts_;
   } else {
-    json["fieldFiles"] = fieldFiles_;
+    fieldFiles_.AddToQuestion(json);
   }
   json["weight"] = weightText_;
   json["sweeps"] = nSweeps_;
@@ -177,42 +199,96 @@ ordered_json GradientCommand::Question() const {
   return json;
 }
 
+/// A stage of the progress line, with the time that it belongs to.
+std::string GradientCommand::StageOf(std::string const& work) const {
+  if (!fieldFiles_.HasTimes()) return work;
+  return "time " + fieldFiles_.times()[times_.size()] + " (" + std::to_string(times_.size() + 1) + " of " +
+         std::to_string(fieldFiles_.times().size()) + "): " + work;
+}
+
+void GradientCommand::ReadFields(CommandRun& run, GradientTime& time) {
+  if (fieldFiles_.IsEmpty()) return;
+  run.progress().Stage(StageOf("reading the fields"));
+  case_.fields.clear();  // frees those of the time before
+  for (FileField& field : fieldFiles_.Read(run.ranks(), run.mesh(), times_.size(), warnings_)) {
+    case_.fields.push_back({field.name, std::move(field.component)});
+    time.fields.push_back({field.name, {}, std::move(field.patches)});
+  }
+}
+
+void GradientCommand::ApplyMethods(CommandRun& run, GradientTime& time) {
+  bool const isLast = times_.size() + 1 == fieldFiles_.times().size();
+  for (std::size_t m = 0; m < methods_.size(); ++m) {
+    GradientMethod const& method = *methods_[m];
+    run.progress().Stage(StageOf(std::string("computing gradients: ") + method.name));
+    if (!runs_[m]) runs_[m] = std::make_unique<MethodRun>(run.ranks(), run.mesh(), method, case_);
+    time.results.push_back(runs_[m]->Apply(case_));
+    if (isLast) runs_[m].reset();
+  }
+}
+
+/// Collective. Reads the fields of the next time, applies the methods and stages the grid.
+void GradientCommand::ComputeTime(CommandRun& run, GradientGrid& grid) {
+  Ranks const& ranks = run.ranks();
+  GradientTime time;
+  time.name = fieldFiles_.times()[times_.size()];
+  Stopwatch const reading;
+  ReadFields(run, time);
+  time.readSeconds = ranks.Max(reading.Seconds());
+  Stopwatch const computing;
+  ApplyMethods(run, time);
+  time.computeSeconds = ranks.Max(computing.Seconds());
+  run.progress().Stage(StageOf("writing"));
+  Stopwatch const writing;
+  grid.Stage(times_.size(), case_, time.results);
+  time.writeSeconds = ranks.Max(writing.Seconds());
+  time.DropArrays();
+  times_.push_back(std::move(time));
+}
+
 void GradientCommand::Compute(CommandRun& run) {
   run.LoadMesh(meshOptions_.mesh, groups_);
   run.partition().globals()->UseNonBlockingExch = nonBlocking_ ? 1 : 0;
   run.PrintMesh();
 
-  run.progress().Stage(fieldFiles_.empty() ? "evaluating the formulas" : "reading the field");
+  run.progress().Stage("evaluating the formulas");
   case_ = MakeCase(run);
   if (NeedsSettings())
     StageRunSettings(run.ranks(), run.partition(), run.folder(), SettingsFileText(radialBasis_));
-  for (GradientMethod const* method : methods_) {
-    run.progress().Stage(std::string("computing gradients: ") + method->name);
-    results_.push_back(RunMethod(run.ranks(), run.mesh(), *method, case_));
+  runs_.resize(methods_.size());
+  GradientGrid grid(run.ranks(), run.partition(), run.folder(), fieldFiles_.times());
+  while (times_.size() < fieldFiles_.times().size()) {
+    ComputeTime(run, grid);
+    run.progress().Done();
+    if (run.ranks().IsFirst() && fieldFiles_.HasTimes()) PrintTimeLine(times_.back());
   }
+  gridToOpen_ = grid.StageIndex();
   placeDigits_ = PlaceDigits(run.ranks(), run.partition());
 }
 
 void GradientCommand::Print(std::ostream& out) const {
   PrintWarnings(out, warnings_);
-  PrintGradientResults(out, results_, case_.exactL2, placeDigits_);
+  PrintBoundaryValues(out, times_);
+  if (fieldFiles_.HasTimes())
+    PrintGradientResults(out, times_, placeDigits_);
+  else
+    PrintGradientResults(out, times_.front().results, case_.exactL2, placeDigits_);
 }
 
-std::string GradientCommand::StageFiles(CommandRun& run) {
-  return StageGradientGrid(run.ranks(), run.partition(), case_, results_, run.folder());
-}
+std::string GradientCommand::StageFiles(CommandRun& /*run*/) { return gridToOpen_; }
 
 void GradientCommand::FillJson(ordered_json& json) const {
   json["question"] = Question();
   if (!warnings_.empty()) json["warnings"] = warnings_;
   if (!case_.exactL2.empty()) json["exactGradientL2"] = case_.exactL2;
-  json["methods"] = GradientResultsAsJson(results_);
+  AddGradientResults(json, times_);
 }
 
 bool GradientCommand::HasFaults() const {
-  return std::any_of(results_.begin(), results_.end(), [](MethodResult const& result) {
-    return !result.notRun.empty() || !result.whyNotFinite.empty();
-  });
+  for (GradientTime const& time : times_)
+    for (MethodResult const& result : time.results)
+      if (!result.notRun.empty() || !result.whyNotFinite.empty()) return true;
+  return false;
 }
 
 }  // namespace

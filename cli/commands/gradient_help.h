@@ -34,7 +34,7 @@ formula's own gradient.
 case has it in its processor folders), or FILE.cgns:ARRAY for a cell-centred array. The exact gradient of
 such a field is unknown, so the tables show norms and ranges of the gradients instead of errors.
 
-The output folder receives results.json (the numbers of the tables), gradient.vtu (or gradient.pvtu and its
+The output folder receives gradient.json (the numbers of the tables), gradient.vtu (or gradient.pvtu and its
 pieces), log.rankN.txt (what the operators print) and settings.rankN.rbf (the settings of rbf).
 
 The exit code is 1 if a method could not be run on this mesh or if its gradient is not finite in some cells.

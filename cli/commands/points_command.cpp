@@ -41,7 +41,7 @@ constexpr char const* kVtpName = "points.vtp";
 
 class PointsCommand : public Command {
  public:
-  PointsCommand() : Command("points", "results.json") {}
+  PointsCommand() : Command("points", "points.json") {}
   CLI::App* AddTo(CLI::App& program) override;
 
  private:

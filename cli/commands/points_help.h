@@ -29,7 +29,7 @@ output.
 The exit code is 1 if some values or gradients are not finite. The last line then gives their number and the
 reason.
 
-The output folder receives results.json (the numbers of the tables), points.csv and points.vtp (value,
+The output folder receives points.json (the numbers of the tables), points.csv and points.vtp (value,
 gradient, exact value and gradient, and errors at each point, in the order of the points), log.rankN.txt
 (what the operator prints) and settings.rankN.rbf (its settings).
 

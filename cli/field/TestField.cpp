@@ -1,15 +1,13 @@
 #include "cli/field/TestField.h"
 
 #include <cmath>
+#include <cstddef>
 #include <limits>
-#include <utility>
 
 #include "cli/base/OneLine.h"
 #include "cli/base/TextTable.h"
 #include "cli/base/UsageError.h"
 #include "cli/output/MeshScale.h"
-#include "reference_host/mesh/MessageText.h"
-#include "reference_host/parallel/LoadField.h"
 
 namespace zyngrad {
 namespace {
@@ -40,30 +38,16 @@ void CheckGradient(HostPartition& partition, Expression const& expression, Dual 
   }
 }
 
-std::string WarningAbout(std::string const& fieldFile, std::vector<std::string> const& patches) {
-  reference_host::NameList names;
-  for (std::string const& patch : patches) names.Add(Quoted(patch));
-  return Quoted(fieldFile) + " has no values for the faces of " + names.Text() +
-         "; the values of their cells are used instead";
-}
-
 }  // namespace
 
-TestField ReadTestField(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::string const& fieldFile,
-                        std::vector<std::string>& warnings) {
-  reference_host::LoadedField loaded = reference_host::LoadField(ranks.communicator(), mesh, fieldFile);
+void CheckFinite(Ranks const& ranks, HostPartition& partition, std::string const& what,
+                 std::vector<double> const& values) {
   ranks.Together([&] {
-    for (int c = 1; c <= mesh.partition->mesh()->NCell; ++c) {
-      double const value = loaded.value[static_cast<std::size_t>(c)];
-      if (!std::isfinite(value)) FailNotFinite(*mesh.partition, "the field " + Quoted(fieldFile), value, c);
+    for (int c = 1; c <= partition.mesh()->NCell; ++c) {
+      double const value = values[static_cast<std::size_t>(c)];
+      if (!std::isfinite(value)) FailNotFinite(partition, what, value, c);
     }
   });
-  if (!loaded.patchesWithoutValues.empty()) {
-    warnings.push_back(WarningAbout(fieldFile, loaded.patchesWithoutValues));
-  }
-  TestField field;
-  field.value = std::move(loaded.value);
-  return field;
 }
 
 std::vector<double> MakeCellValues(Ranks const& ranks, HostPartition& partition, Expression const& expression,

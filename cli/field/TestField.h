@@ -5,7 +5,6 @@
 
 #include "cli/base/Ranks.h"
 #include "cli/field/Expression.h"
-#include "reference_host/parallel/LoadMesh.h"
 #include "reference_host/partition/HostPartition.h"
 
 namespace zyngrad {
@@ -25,11 +24,11 @@ struct TestField {
 TestField MakeTestField(Ranks const& ranks, reference_host::HostPartition& partition,
                         Expression const& expression);
 
-/// Collective. A field from a file, as reference_host::LoadField reads it, without exact gradient. Throws
-/// UsageError that names cell and place if a value is not finite.
-/// @param[in,out] warnings  receives a line if the file has no values for part of the boundary
-TestField ReadTestField(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::string const& fieldFile,
-                        std::vector<std::string>& warnings);
+/// Collective. Throws UsageError that names cell and place unless all values are finite.
+/// @param[in] what    the word for the values in that message
+/// @param[in] values  [1..NCell]
+void CheckFinite(Ranks const& ranks, reference_host::HostPartition& partition, std::string const& what,
+                 std::vector<double> const& values);
 
 /// Collective. The values alone, in all cells, for example the coefficient of the weighted gradient. Throws
 /// UsageError that names cell and place if a value is not finite.

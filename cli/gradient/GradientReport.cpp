@@ -4,8 +4,11 @@
 #include <cstddef>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <utility>
 
+#include "cli/base/OneLine.h"
 #include "cli/base/TextTable.h"
+#include "cli/gradient/NormsReport.h"
 
 namespace zyngrad {
 namespace {
@@ -13,60 +16,61 @@ namespace {
 using nlohmann::ordered_json;
 using Align = TextTable::Align;
 
-std::string PlaceOfMax(ErrorNorms const& norms, int digits) {
-  return norms.maxCell > 0 ? Place(norms.maxPlace[0], norms.maxPlace[1], norms.maxPlace[2], digits) : "-";
+/// Whether the fields have names, which the tables then show.
+bool HaveNames(std::vector<MethodResult> const& results) {
+  for (MethodResult const& result : results)
+    for (GradientResult const& one : result.gradients)
+      if (!one.fieldName.empty()) return true;
+  return false;
 }
 
-void AddErrorRow(TextTable& table, std::string const& method, std::string const& cells,
-                 ErrorNorms const& norms, int digits) {
-  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
-                Scientific(norms.relativeL2), Scientific(norms.max),
-                norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-", PlaceOfMax(norms, digits)});
+/// The method and, with `hasNames`, the field.
+std::vector<TextTable::Column> FirstColumns(bool hasNames) {
+  std::vector<TextTable::Column> columns = {{"method", Align::Left}};
+  if (hasNames) columns.push_back({"field", Align::Left});
+  return columns;
+}
+
+std::vector<std::string> FirstCells(GradientResult const& one, bool hasNames) {
+  if (!hasNames) return {one.label};
+  return {one.label, OneLine(one.fieldName)};
+}
+
+/// Rows for the interior and the boundary cells.
+void AddNorms(TextTable& table, std::vector<std::string> first, GradientErrors const& norms, NormsOfWhat what,
+              int digits) {
+  std::vector<std::string> second(first.size());
+  first.emplace_back("interior");
+  second.emplace_back("boundary");
+  table.AddRow(NormsRow(first, norms.interior, what, digits));
+  table.AddRow(NormsRow(second, norms.boundary, what, digits));
+}
+
+TextTable NormsTable(bool hasNames, NormsOfWhat what) {
+  std::vector<TextTable::Column> columns = FirstColumns(hasNames);
+  columns.push_back({"cells", Align::Left});
+  return TextTable(NormsColumns(columns, what));
 }
 
 void PrintErrors(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
-  TextTable table({{"method", Align::Left},
-                   {"cells", Align::Left},
-                   {"number"},
-                   {"L1"},
-                   {"L2"},
-                   {"L2 relative"},
-                   {"maximum"},
-                   {"in cell"},
-                   {"at", Align::Left}});
-  for (MethodResult const& result : results) {
-    for (GradientResult const& one : result.gradients) {
-      AddErrorRow(table, one.label, "interior", one.errors.interior, digits);
-      AddErrorRow(table, "", "boundary", one.errors.boundary, digits);
-    }
-  }
+  TextTable table = NormsTable(false, NormsOfWhat::Errors);
+  for (MethodResult const& result : results)
+    for (GradientResult const& one : result.gradients)
+      AddNorms(table, {one.label}, one.errors, NormsOfWhat::Errors, digits);
   table.Print(out);
 }
 
-void AddSizeRow(TextTable& table, std::string const& method, std::string const& cells,
-                ErrorNorms const& norms, int digits) {
-  table.AddRow({method, cells, Grouped(norms.nCells), Scientific(norms.l1), Scientific(norms.l2),
-                Scientific(norms.max), norms.maxCell > 0 ? std::to_string(norms.maxCell) : "-",
-                PlaceOfMax(norms, digits)});
-}
-
 void PrintSizes(std::ostream& out, std::vector<MethodResult> const& results, int digits) {
-  TextTable table({{"method", Align::Left},
-                   {"cells", Align::Left},
-                   {"number"},
-                   {"L1"},
-                   {"L2"},
-                   {"maximum"},
-                   {"in cell"},
-                   {"at", Align::Left}});
-  TextTable ranges(
-      {{"method", Align::Left}, {"d/dx from"}, {"to"}, {"d/dy from"}, {"to"}, {"d/dz from"}, {"to"}});
+  bool const hasNames = HaveNames(results);
+  TextTable table = NormsTable(hasNames, NormsOfWhat::Quantity);
+  std::vector<TextTable::Column> columns = FirstColumns(hasNames);
+  columns.insert(columns.end(), {{"d/dx from"}, {"to"}, {"d/dy from"}, {"to"}, {"d/dz from"}, {"to"}});
+  TextTable ranges(columns);
   for (MethodResult const& result : results) {
     for (GradientResult const& one : result.gradients) {
       if (!one.sizes) continue;
-      AddSizeRow(table, one.label, "interior", one.sizes->norms.interior, digits);
-      AddSizeRow(table, "", "boundary", one.sizes->norms.boundary, digits);
-      std::vector<std::string> row = {one.label};
+      std::vector<std::string> row = FirstCells(one, hasNames);
+      AddNorms(table, row, one.sizes->norms, NormsOfWhat::Quantity, digits);
       for (std::size_t d = 0; d < 3; ++d) {
         row.push_back(Scientific(one.sizes->lowest[d]));
         row.push_back(Scientific(one.sizes->highest[d]));
@@ -106,40 +110,50 @@ void PrintRemarks(std::ostream& out, std::vector<MethodResult> const& results) {
       GradientErrors const& norms = NormsOf(one);
       std::int64_t const n = norms.interior.nNotFinite + norms.boundary.nNotFinite;
       if (n == 0) continue;
-      out << "  " << one.label << ": the gradient is not finite in " << Grouped(n) << " of "
-          << Grouped(norms.interior.nCells + norms.boundary.nCells) << " cells"
+      out << "  " << one.label << ": the gradient"
+          << (one.fieldName.empty() ? "" : " of " + OneLine(one.fieldName)) << " is not finite in "
+          << Grouped(n) << " of " << Grouped(norms.interior.nCells + norms.boundary.nCells) << " cells"
           << (result.whyNotFinite.empty() ? "" : ": " + result.whyNotFinite) << '\n';
     }
   }
 }
 
-ordered_json NormsAsJson(ErrorNorms const& norms) {
-  ordered_json json = {{"cells", norms.nCells}, {"volume", norms.volume},         {"l1", norms.l1},
-                       {"l2", norms.l2},        {"l2Relative", norms.relativeL2}, {"max", norms.max}};
-  if (norms.maxCell > 0) {
-    json["maxCell"] = norms.maxCell;
-    json["maxPlace"] = norms.maxPlace;
+void PrintNorms(std::ostream& out, std::vector<MethodResult> const& results,
+                std::vector<double> const& exactL2, int placeDigits) {
+  if (exactL2.empty()) {
+    out << "length of the gradient and range of its components; the exact gradient is not known\n\n";
+    PrintSizes(out, results, placeDigits);
   } else {
-    json["maxCell"] = nullptr;
-    json["maxPlace"] = nullptr;
+    out << "errors against the exact gradient, whose L2 norm is ";
+    for (std::size_t k = 0; k < exactL2.size(); ++k) out << (k == 0 ? "" : ", ") << Scientific(exactL2[k]);
+    out << "\n\n";
+    PrintErrors(out, results, placeDigits);
   }
-  json["notFiniteCells"] = norms.nNotFinite;
+}
+
+void PrintCallTimes(std::ostream& out, std::vector<MethodResult> const& results) {
+  out << "\ntimes of the slowest rank\n\n";
+  PrintTimes(out, results);
+}
+
+ordered_json NameAsJson(GradientResult const& one) {
+  ordered_json json = {{"name", one.label}, {"field", one.field + 1}};
+  if (!one.fieldName.empty()) json["fieldName"] = one.fieldName;
   return json;
 }
 
 ordered_json ErrorsAsJson(GradientResult const& one) {
-  return {{"name", one.label},
-          {"field", one.field + 1},
-          {"interior", NormsAsJson(one.errors.interior)},
-          {"boundary", NormsAsJson(one.errors.boundary)}};
+  ordered_json json = NameAsJson(one);
+  json["interior"] = NormsAsJson(one.errors.interior, NormsOfWhat::Errors);
+  json["boundary"] = NormsAsJson(one.errors.boundary, NormsOfWhat::Errors);
+  return json;
 }
 
 /// Norms of the gradient itself, without relative ones.
 ordered_json SizesAsJson(GradientResult const& one) {
-  ordered_json json = {{"name", one.label}, {"field", one.field + 1}};
-  json["interior"] = NormsAsJson(one.sizes->norms.interior);
-  json["boundary"] = NormsAsJson(one.sizes->norms.boundary);
-  for (char const* const region : {"interior", "boundary"}) json[region].erase("l2Relative");
+  ordered_json json = NameAsJson(one);
+  json["interior"] = NormsAsJson(one.sizes->norms.interior, NormsOfWhat::Quantity);
+  json["boundary"] = NormsAsJson(one.sizes->norms.boundary, NormsOfWhat::Quantity);
   std::array<char const*, 3> const names = {"x", "y", "z"};
   for (std::size_t d = 0; d < names.size(); ++d) {
     json["range"][names[d]] = {one.sizes->lowest[d], one.sizes->highest[d]};
@@ -171,24 +185,57 @@ ordered_json MethodAsJson(MethodResult const& result) {
 
 void PrintGradientResults(std::ostream& out, std::vector<MethodResult> const& results,
                           std::vector<double> const& exactL2, int placeDigits) {
-  if (exactL2.empty()) {
-    out << "length of the gradient and range of its components; the exact gradient is not known\n\n";
-    PrintSizes(out, results, placeDigits);
-  } else {
-    out << "errors against the exact gradient, whose L2 norm is ";
-    for (std::size_t k = 0; k < exactL2.size(); ++k) out << (k == 0 ? "" : ", ") << Scientific(exactL2[k]);
-    out << "\n\n";
-    PrintErrors(out, results, placeDigits);
-  }
-  out << "\ntimes of the slowest rank\n\n";
-  PrintTimes(out, results);
+  PrintNorms(out, results, exactL2, placeDigits);
+  PrintCallTimes(out, results);
   PrintRemarks(out, results);
+}
+
+void PrintGradientResults(std::ostream& out, std::vector<GradientTime> const& times, int placeDigits) {
+  out << "length of the gradient and range of its components; the exact gradient is not known\n";
+  for (GradientTime const& time : times) {
+    out << "\ntime " << time.name << "\n\n";
+    PrintSizes(out, time.results, placeDigits);
+    if (&time != &times.back()) PrintRemarks(out, time.results);
+  }
+  PrintCallTimes(out, times.front().results);
+  PrintRemarks(out, times.back().results);
 }
 
 ordered_json GradientResultsAsJson(std::vector<MethodResult> const& results) {
   ordered_json json = ordered_json::array();
   for (MethodResult const& result : results) json.push_back(MethodAsJson(result));
   return json;
+}
+
+void PrintBoundaryValues(std::ostream& out, std::vector<GradientTime> const& times) {
+  for (std::size_t k = 0; k < times.front().fields.size(); ++k) {
+    std::string before;
+    for (GradientTime const& time : times) {
+      std::string const text = BoundaryValuesInWords(time.fields[k]);
+      if (text == before) continue;
+      out << (before.empty() ? "" : "from time " + time.name + " on, ") << text << '\n';
+      before = text;
+    }
+  }
+  if (!times.front().fields.empty()) out << '\n';
+}
+
+void AddGradientResults(ordered_json& json, std::vector<GradientTime> const& times) {
+  auto const add = [](ordered_json& to, GradientTime const& time) {
+    for (FileField const& field : time.fields) to["boundaryValues"][field.name] = BoundaryValuesAsJson(field);
+    to["methods"] = GradientResultsAsJson(time.results);
+  };
+  if (times.front().name.empty()) {
+    add(json, times.front());
+    return;
+  }
+  for (GradientTime const& time : times) {
+    ordered_json entry = {{"time", time.name}};
+    entry["seconds"] = {
+        {"reading", time.readSeconds}, {"computing", time.computeSeconds}, {"writing", time.writeSeconds}};
+    add(entry, time);
+    json["times"].push_back(std::move(entry));
+  }
 }
 
 }  // namespace zyngrad

@@ -7,6 +7,7 @@
 
 #include "cli/base/TextTable.h"
 #include "cli/gradient/GradientRun.h"
+#include "cli/gradient/GradientTime.h"
 
 namespace zyngrad {
 
@@ -17,7 +18,18 @@ namespace zyngrad {
 void PrintGradientResults(std::ostream& out, std::vector<MethodResult> const& results,
                           std::vector<double> const& exactL2, int placeDigits = kPlaceDigits);
 
+/// The same for the times of a case: the tables of sizes of each time, the times of calls and the remarks once.
+void PrintGradientResults(std::ostream& out, std::vector<GradientTime> const& times,
+                          int placeDigits = kPlaceDigits);
+
+/// Prints a line for each field from a file: which values it took at the boundary, with the time from which it did.
+void PrintBoundaryValues(std::ostream& out, std::vector<GradientTime> const& times);
+
 /// The same numbers. A number that is not finite becomes null.
 nlohmann::ordered_json GradientResultsAsJson(std::vector<MethodResult> const& results);
+
+/// Adds the methods of a run without times, or the entries of each time; and the values at the boundary of fields from
+/// files.
+void AddGradientResults(nlohmann::ordered_json& json, std::vector<GradientTime> const& times);
 
 }  // namespace zyngrad

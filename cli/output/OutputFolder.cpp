@@ -19,6 +19,7 @@
 #include "cli/base/StandardStreams.h"
 #include "cli/base/StdoutToFile.h"
 #include "cli/base/UsageError.h"
+#include "cli/output/MoveFile.h"
 #include "cli/output/OutputFile.h"
 
 namespace zyngrad {
@@ -68,18 +69,6 @@ std::string WithoutDetours(std::string const& folder) {
   }
   std::string const way = (missing.empty() ? there : there / missing).string();
   return way.empty() && !folder.empty() ? "." : way;
-}
-
-/// Moves a file to a place that must be free. Sets errno like rename.
-bool MoveToFreePlace(char const* from, char const* to) {
-  if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
-  if (errno != EINVAL && errno != ENOSYS) return false;
-  struct stat ignored = {};  // this file system cannot check and move in one step
-  if (lstat(to, &ignored) == 0) {
-    errno = EEXIST;
-    return false;
-  }
-  return std::rename(from, to) == 0;
 }
 
 }  // namespace

@@ -1,11 +1,6 @@
 #include "cli/points/BodySurface.h"
 
 #include <algorithm>
-#include <boost/geometry/algorithms/disjoint.hpp>
-#include <boost/geometry/geometries/box.hpp>
-#include <boost/geometry/geometries/point.hpp>
-#include <boost/geometry/index/rtree.hpp>
-#include <boost/geometry/strategies/strategies.hpp>
 #include <cmath>
 #include <cstddef>
 #include <iterator>
@@ -16,8 +11,9 @@
 #include "cli/base/OneLine.h"
 #include "cli/base/TextTable.h"
 #include "cli/base/UsageError.h"
+#include "cli/bodies/TriangleSurface.h"
 #include "cli/output/MeshScale.h"
-#include "cli/output/RunSettings.h"
+#include "cli/points/SurfaceAsPoints.h"
 #include "cli/vtk/PartitionGrid.h"
 
 namespace zyngrad {
@@ -34,6 +30,18 @@ bool ComesBefore(SurfacePoint const& a, SurfacePoint const& b) {
 }
 
 bool IsSamePlace(SurfacePoint const& a, SurfacePoint const& b) { return a.low == b.low && a.high == b.high; }
+
+bool IsSameCorner(SurfaceCorner const& a, SurfaceCorner const& b) {
+  return a.low == b.low && a.high == b.high;
+}
+
+/// Whether it takes an even number of exchanges to bring the four different numbers into ascending order.
+bool IsEven(std::array<int, 4> const& numbers) {
+  int nExchanges = 0;
+  for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t k = i + 1; k < 4; ++k) nExchanges += numbers[k] < numbers[i] ? 1 : 0;
+  return nExchanges % 2 == 0;
+}
 
 /// The numbers in ascending order, each once.
 void SortOnce(std::vector<SurfacePoint>& points) {
@@ -69,15 +77,15 @@ class SurfaceSearch {
         body_(body),
         side_(SidesOfNodes(partition, body, length)) {}
 
-  std::vector<SurfacePoint> Run() {
+  BodyParts Run() {
     CellFaces faces;
     for (int c = 1; c <= mesh_.NInnerCells; ++c) {
       if (!MayMeet(c)) continue;
       FacesOfCell(mesh_, c, faces);
       VisitCell(c, faces);
     }
-    SortOnce(points_);
-    return std::move(points_);
+    SortOnce(surface_.points);
+    return std::move(surface_);
   }
 
  private:
@@ -104,15 +112,68 @@ class SurfaceSearch {
       if (SideOf(nodes[k]) == kOnIt) AddNode(nodes[k]);
       VisitEdge(apex, nodes[k]);
     }
-    for (int f = 0; f < faces.nFaces(); ++f) VisitFace(faces.Face(f), faces.FaceSize(f));
+    for (int f = 0; f < faces.nFaces(); ++f) VisitFace(apex, faces.Face(f), faces.FaceSize(f));
   }
 
-  void VisitFace(int const* row, int size) {
+  void VisitFace(int apex, int const* row, int size) {
     int const lowest = Lowest(row, size);
     for (int k = 0; k < size; ++k) {
-      VisitEdge(row[k], row[(k + 1) % size]);
-      VisitEdge(lowest, row[k]);
+      int const a = row[k], b = row[(k + 1) % size];
+      VisitEdge(a, b);
+      VisitEdge(lowest, a);
+      // A face with the apex is itself divided by the tetrahedra of the others.
+      if (lowest != apex && a != lowest && b != lowest) VisitTetrahedron({apex, lowest, a, b});
     }
+  }
+
+  /// @param[in] nodes  the last three turn around a normal that points away from the first
+  void VisitTetrahedron(std::array<int, 4> nodes) {
+    // In ascending order of the numbers in the mesh, so that every partition makes the same triangles. An exchange of
+    // two nodes turns the tetrahedron inside out; one more, of the first two, turns it back.
+    bool isEven = true;
+    for (std::size_t i = 1; i < 4; ++i) {
+      for (std::size_t k = i; k > 0 && Number(nodes[k]) < Number(nodes[k - 1]); --k) {
+        std::swap(nodes[k], nodes[k - 1]);
+        isEven = !isEven;
+      }
+    }
+    if (!isEven) std::swap(nodes[0], nodes[1]);
+    std::array<int, 4> order{};  // inside first
+    std::size_t n = 0;
+    for (int k = 0; k < 4; ++k)
+      if (SideOf(nodes[static_cast<std::size_t>(k)]) == kInside) order[n++] = k;
+    std::size_t const nInside = n;
+    for (int k = 0; k < 4; ++k)
+      if (SideOf(nodes[static_cast<std::size_t>(k)]) != kInside) order[n++] = k;
+    if (!IsEven(order)) nInside == 3 ? std::swap(order[0], order[1]) : std::swap(order[2], order[3]);
+    int const a = nodes[static_cast<std::size_t>(order[0])], b = nodes[static_cast<std::size_t>(order[1])],
+              c = nodes[static_cast<std::size_t>(order[2])], d = nodes[static_cast<std::size_t>(order[3])];
+    switch (nInside) {
+      case 1:
+        AddTriangle(Corner(a, b), Corner(a, c), Corner(a, d));
+        break;
+      case 2:
+        AddTriangle(Corner(a, c), Corner(a, d), Corner(b, d));
+        AddTriangle(Corner(a, c), Corner(b, d), Corner(b, c));
+        break;
+      case 3:
+        AddTriangle(Corner(a, d), Corner(b, d), Corner(c, d));
+        break;
+      default:
+        break;
+    }
+  }
+
+  /// The corner on the edge from a node inside to one that is not.
+  SurfaceCorner Corner(int inside, int other) const {
+    std::int64_t const a = Number(inside), b = Number(other);
+    if (SideOf(other) == kOnIt) return {b, b};
+    return {std::min(a, b), std::max(a, b)};
+  }
+
+  void AddTriangle(SurfaceCorner const& a, SurfaceCorner const& b, SurfaceCorner const& c) {
+    if (!IsSameCorner(a, b) && !IsSameCorner(b, c) && !IsSameCorner(c, a))
+      surface_.triangles.push_back({a, b, c});
   }
 
   void VisitEdge(int a, int b) {
@@ -121,7 +182,9 @@ class SurfaceSearch {
     AddEdge(a, b);
   }
 
-  void AddNode(int n) { points_.push_back({Number(n), Number(n), {mesh_.xn[n], mesh_.yn[n], mesh_.zn[n]}}); }
+  void AddNode(int n) {
+    surface_.points.push_back({Number(n), Number(n), {mesh_.xn[n], mesh_.yn[n], mesh_.zn[n]}});
+  }
 
   /// The point x(t) = a + t (b - a) where the sign of the formula changes, by bisection down to the last bit. Every
   /// cell and rank that has the edge finds the same bits, because `a` is the node with the lower number.
@@ -135,15 +198,38 @@ class SurfaceSearch {
       bool const isInside = body_.Value(point.at[0], point.at[1], point.at[2]) < 0.0;
       (isInside == (SideOf(a) == kInside) ? low : high) = t;
     }
-    points_.push_back(point);
+    surface_.points.push_back(point);
   }
 
   CZYN3DFiniteVolumeMesh const& mesh_;
   std::vector<std::int64_t> const& number_;
   Expression const& body_;
   std::vector<Side> side_;
-  std::vector<SurfacePoint> points_;
+  BodyParts surface_;
 };
+
+/// The triangles of all partitions by their points, in an order that does not depend on the partition; on the first
+/// rank.
+/// @param[in] points  of all partitions, sorted
+std::vector<Triangle> GatherTriangles(Ranks const& ranks, BodyParts const& own,
+                                      std::vector<SurfacePoint> const& points) {
+  std::vector<std::int64_t> ownCorners;
+  for (auto const& triangle : own.triangles)
+    for (SurfaceCorner const& corner : triangle)
+      ownCorners.insert(ownCorners.end(), {corner.low, corner.high});
+  std::vector<std::int64_t> const corners = ranks.GatherOnFirst(ownCorners);
+  std::vector<Triangle> triangles(corners.size() / 6);
+  for (std::size_t t = 0; t < triangles.size(); ++t) {
+    for (std::size_t k = 0; k < 3; ++k) {
+      SurfacePoint const wanted = {corners[6 * t + 2 * k], corners[6 * t + 2 * k + 1], {}};
+      triangles[t][k] = std::lower_bound(points.begin(), points.end(), wanted, ComesBefore) - points.begin();
+    }
+    std::rotate(triangles[t].begin(), std::min_element(triangles[t].begin(), triangles[t].end()),
+                triangles[t].end());
+  }
+  std::sort(triangles.begin(), triangles.end());
+  return triangles;
+}
 
 std::vector<SurfacePoint> GatherPoints(Ranks const& ranks, std::vector<SurfacePoint> const& own) {
   std::vector<std::int64_t> ownNodes;
@@ -164,51 +250,26 @@ std::vector<SurfacePoint> GatherPoints(Ranks const& ranks, std::vector<SurfacePo
 
 }  // namespace
 
-std::vector<SurfacePoint> SurfacePointsOf(HostPartition& partition, Expression const& body, double length) {
+BodyParts SurfaceOf(HostPartition& partition, Expression const& body, double length) {
   return SurfaceSearch(partition, body, length).Run();
-}
-
-std::vector<SurfacePoint> Thinned(std::vector<SurfacePoint> const& points, double spacing) {
-  namespace index = boost::geometry::index;
-  using Point = boost::geometry::model::point<double, 3, boost::geometry::cs::cartesian>;
-  using Box = boost::geometry::model::box<Point>;
-
-  if (!(spacing > 0.0)) return points;
-  index::rtree<Point, index::quadratic<16>> keptTree;
-  std::vector<SurfacePoint> kept;
-  for (SurfacePoint const& point : points) {
-    double const x = point.at[0], y = point.at[1], z = point.at[2];
-    auto const isNear = [&](Point const& other) {
-      double const dx = other.get<0>() - x, dy = other.get<1>() - y, dz = other.get<2>() - z;
-      return std::sqrt(dy * dy + dx * dx + dz * dz) < spacing;
-    };
-    Box const around(Point(x - spacing, y - spacing, z - spacing),
-                     Point(x + spacing, y + spacing, z + spacing));
-    if (keptTree.qbegin(index::intersects(around) && index::satisfies(isNear)) != keptTree.qend()) continue;
-    keptTree.insert(Point(x, y, z));
-    kept.push_back(point);
-  }
-  return kept;
 }
 
 PointSet PointsOnSurface(Ranks const& ranks, HostPartition& partition, Expression const& body, double spacing,
                          double length) {
-  std::vector<SurfacePoint> own;
-  ranks.Together([&] { own = SurfacePointsOf(partition, body, length); });
-  std::vector<SurfacePoint> const points = GatherPoints(ranks, own);
+  BodyParts own;
+  ranks.Together([&] { own = SurfaceOf(partition, body, length); });
+  std::vector<SurfacePoint> const points = GatherPoints(ranks, own.points);
+  std::vector<Triangle> const triangles = GatherTriangles(ranks, own, points);
   PointSet set;
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     if (points.empty())
       throw UsageError("the surface of the body " + Quoted(body.text()) +
                        " does not intersect any cell of the mesh");
-    for (SurfacePoint const& point : Thinned(points, spacing)) {
-      set.x.push_back(point.at[0]);
-      set.y.push_back(point.at[1]);
-      set.z.push_back(point.at[2]);
-      set.rows.push_back(ShortestText(point.at[0]) + ',' + ShortestText(point.at[1]) + ',' +
-                         ShortestText(point.at[2]));
-    }
+    std::vector<Vector3> places;
+    places.reserve(points.size());
+    for (SurfacePoint const& point : points) places.push_back({point.at[0], point.at[1], point.at[2]});
+    set = SurfaceAsPoints(places, triangles, spacing);
   });
   return set;
 }

@@ -45,6 +45,7 @@ double Badness(PointFlag flag, std::size_t i, PointValues const& values,
                std::vector<PointOwner> const& owners) {
   switch (flag) {
     case kIsFar:
+    case kIsOutside:
       return owners[i].distance;
     case kHasFewCells:
       return -static_cast<double>(values.members[i]);
@@ -100,20 +101,22 @@ PointNorms GradientNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exac
 }
 
 std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<PointOwner> const& owners,
-                                     double meanDistance) {
+                                     double meanDistance, std::vector<double> const& aspectRatios) {
   std::vector<std::int32_t> flags(values.value.size(), 0);
   for (std::size_t i = 0; i < flags.size(); ++i) {
     if (owners[i].distance > kFarDistances * meanDistance) flags[i] += kIsFar;
     if (values.members[i] < kLeastMembers) flags[i] += kHasFewCells;
     if (values.isRowFinite[i] == 0) flags[i] += kIsNotFinite;
+    if (!aspectRatios.empty() && aspectRatios[i] == 0.0) flags[i] += kIsOutside;
   }
   return flags;
 }
 
-std::array<FlaggedPoints, 3> CountFlags(std::vector<std::int32_t> const& flags, PointValues const& values,
-                                        std::vector<PointOwner> const& owners) {
-  std::array<FlaggedPoints, 3> all;
-  PointFlag const kinds[] = {kIsFar, kHasFewCells, kIsNotFinite};
+std::array<FlaggedPoints, kPointFlags> CountFlags(std::vector<std::int32_t> const& flags,
+                                                  PointValues const& values,
+                                                  std::vector<PointOwner> const& owners) {
+  std::array<FlaggedPoints, kPointFlags> all;
+  PointFlag const kinds[] = {kIsFar, kHasFewCells, kIsNotFinite, kIsOutside};
   for (std::size_t k = 0; k < all.size(); ++k) {
     FlaggedPoints& flagged = all[k];
     flagged.flag = kinds[k];

@@ -51,7 +51,8 @@ constexpr double kFarDistances = 2.0;
 constexpr std::int64_t kLeastMembers = 4;
 
 /// What may be wrong with the result at a point.
-enum PointFlag { kIsFar = 1, kHasFewCells = 2, kIsNotFinite = 4 };
+enum PointFlag { kIsFar = 1, kHasFewCells = 2, kIsNotFinite = 4, kIsOutside = 8 };
+constexpr std::size_t kPointFlags = 4;
 
 /// The points that have a certain flag.
 struct FlaggedPoints {
@@ -61,12 +62,14 @@ struct FlaggedPoints {
 };
 
 /// [point] sum of PointFlags.
+/// @param[in] aspectRatios  as AspectRatiosAt returns them, 0 outside the mesh; empty: no point is outside
 std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<PointOwner> const& owners,
-                                     double meanDistance);
+                                     double meanDistance, std::vector<double> const& aspectRatios = {});
 
 /// One entry for each flag. The worst points are the farthest ones, those with the fewest members, and the first
 /// ones whose row is not finite; among equals, the first.
-std::array<FlaggedPoints, 3> CountFlags(std::vector<std::int32_t> const& flags, PointValues const& values,
-                                        std::vector<PointOwner> const& owners);
+std::array<FlaggedPoints, kPointFlags> CountFlags(std::vector<std::int32_t> const& flags,
+                                                  PointValues const& values,
+                                                  std::vector<PointOwner> const& owners);
 
 }  // namespace zyngrad

@@ -3,65 +3,16 @@
 #include <cmath>
 #include <cstddef>
 #include <iostream>
+#include <utility>
 
 #include "cli/base/StdoutToFile.h"
 #include "cli/base/Timing.h"
 #include "cli/operators/WireOperator.h"
-#include "rbf_ib/CZynIBRBFInternalObject.h"
 
 namespace zyngrad {
 namespace {
 
 constexpr int kLaterCalls = 3;
-
-/// The points of this rank. Coordinates are [1..count]; the operator's report reads element 0.
-struct OwnPoints {
-  std::vector<std::int64_t> number;  ///< among all points, from 0
-  std::vector<double> x = {0.0}, y = {0.0}, z = {0.0};
-
-  int count() const { return static_cast<int>(number.size()); }
-};
-
-OwnPoints Select(PointSet const& points, std::vector<PointOwner> const& owners, int rank) {
-  OwnPoints own;
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    if (owners[i].rank != rank) continue;
-    own.number.push_back(static_cast<std::int64_t>(i));
-    own.x.push_back(points.x[i]);
-    own.y.push_back(points.y[i]);
-    own.z.push_back(points.z[i]);
-  }
-  return own;
-}
-
-double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable, OwnPoints& own,
-             CZynIBRBFInternalObject& op) {
-  WireOperator(op, *mesh.partition, mesh.exchange.get());
-  ranks.Barrier();
-  Stopwatch const watch;
-  if (own.count() > 0) {
-    op.Initialize_IBInterpolateData(usable.mark.data(), own.count(), own.x.data(), own.y.data(),
-                                    own.z.data());
-  }
-  return watch.Seconds();
-}
-
-/// This rank's times of the first application and of each later one.
-/// @param[out] values  [1..count of own points], overwritten
-std::vector<double> TimeCalls(Ranks const& ranks, CZynIBRBFInternalObject& op, int nOwn,
-                              std::vector<double>& field, PointValues& values) {
-  std::vector<double> seconds;
-  for (int call = 0; call < 1 + kLaterCalls; ++call) {
-    ranks.Barrier();
-    Stopwatch const watch;
-    if (nOwn > 0) {
-      op.Multiply_IBRBFCoefficent(field.data(), values.value.data(), values.gx.data(), values.gy.data(),
-                                  values.gz.data());
-    }
-    seconds.push_back(watch.Seconds());
-  }
-  return seconds;
-}
 
 PointTimes SummariseTimes(Ranks const& ranks, double setUp, std::vector<double> const& calls, int nOwn) {
   std::vector<double> const later(calls.begin() + 1, calls.end());
@@ -83,15 +34,6 @@ bool IsRowFinite(CZynIBRBFInternalObject const& op, int i) {
   return true;
 }
 
-void ReadRows(CZynIBRBFInternalObject const& op, int nOwn, PointValues& values) {
-  values.members.assign(static_cast<std::size_t>(nOwn) + 1, 0);
-  values.isRowFinite.assign(static_cast<std::size_t>(nOwn) + 1, 1);
-  for (int i = 1; i <= nOwn; ++i) {
-    values.members[static_cast<std::size_t>(i)] = op.m_ppIBConn[i][0];
-    values.isRowFinite[static_cast<std::size_t>(i)] = IsRowFinite(op, i) ? 1 : 0;
-  }
-}
-
 /// Collective. Gathers the entries [1..] of all ranks on the first rank, in the order of the points.
 template <class T>
 void InOrder(Ranks const& ranks, std::vector<std::int64_t> const& numbers, std::vector<T>& values) {
@@ -102,33 +44,102 @@ void InOrder(Ranks const& ranks, std::vector<std::int64_t> const& numbers, std::
     values[static_cast<std::size_t>(numbers[k])] = gathered[k];
 }
 
-void InOrder(Ranks const& ranks, OwnPoints const& own, PointValues& values) {
-  std::vector<std::int64_t> const numbers = ranks.GatherOnFirst(own.number);
-  for (auto* column : {&values.value, &values.gx, &values.gy, &values.gz}) InOrder(ranks, numbers, *column);
-  for (auto* column : {&values.members, &values.isRowFinite}) InOrder(ranks, numbers, *column);
+}  // namespace
+
+PointOperator::PointOperator(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable,
+                             PointSet const& points, std::vector<PointOwner> const& owners,
+                             std::string logFile)
+    : ranks_(ranks), logFile_(std::move(logFile)) {
+  ranks.Together([&] { own_ = Select(points, owners, ranks.rank()); });
+  StdoutToFile const log(logFile_);
+  std::cout << own_.count() << " points" << std::endl;
+  WireOperator(operator_, *mesh.partition, mesh.exchange.get());
+  ranks.Barrier();
+  Stopwatch const watch;
+  if (own_.count() > 0) {
+    operator_.Initialize_IBInterpolateData(usable.mark.data(), own_.count(), own_.x.data(), own_.y.data(),
+                                           own_.z.data());
+  }
+  setUpSeconds_ = watch.Seconds();
 }
 
-}  // namespace
+PointOperator::OwnPoints PointOperator::Select(PointSet const& points, std::vector<PointOwner> const& owners,
+                                               int rank) {
+  OwnPoints own;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    if (owners[i].rank != rank) continue;
+    own.number.push_back(static_cast<std::int64_t>(i));
+    own.x.push_back(points.x[i]);
+    own.y.push_back(points.y[i]);
+    own.z.push_back(points.z[i]);
+  }
+  return own;
+}
+
+PointValues PointOperator::Room() const {
+  PointValues values;
+  ranks_.Together([&] {
+    for (auto* column : {&values.value, &values.gx, &values.gy, &values.gz})
+      column->assign(own_.number.size() + 1, 0.0);
+  });
+  return values;
+}
+
+void PointOperator::Multiply(std::vector<double>& field, PointValues& values) {
+  if (own_.count() == 0) return;
+  operator_.Multiply_IBRBFCoefficent(field.data(), values.value.data(), values.gx.data(), values.gy.data(),
+                                     values.gz.data());
+}
+
+PointValues PointOperator::Apply(std::vector<double>& field) {
+  PointValues values = Room();
+  {
+    StdoutToFile const log(logFile_);
+    Multiply(field, values);
+  }
+  std::vector<std::int64_t> const numbers = ranks_.GatherOnFirst(own_.number);
+  for (auto* column : {&values.value, &values.gx, &values.gy, &values.gz}) InOrder(ranks_, numbers, *column);
+  return values;
+}
+
+PointValues PointOperator::Stencils() const {
+  PointValues values;
+  ranks_.Together([&] {
+    values.members.assign(own_.number.size() + 1, 0);
+    values.isRowFinite.assign(own_.number.size() + 1, 1);
+    for (int i = 1; i <= own_.count(); ++i) {
+      values.members[static_cast<std::size_t>(i)] = operator_.m_ppIBConn[i][0];
+      values.isRowFinite[static_cast<std::size_t>(i)] = IsRowFinite(operator_, i) ? 1 : 0;
+    }
+  });
+  std::vector<std::int64_t> const numbers = ranks_.GatherOnFirst(own_.number);
+  for (auto* column : {&values.members, &values.isRowFinite}) InOrder(ranks_, numbers, *column);
+  return values;
+}
+
+PointTimes PointOperator::TimeCalls(std::vector<double>& field) {
+  PointValues values = Room();
+  std::vector<double> seconds;
+  StdoutToFile const log(logFile_);
+  for (int call = 0; call < 1 + kLaterCalls; ++call) {
+    ranks_.Barrier();
+    Stopwatch const watch;
+    Multiply(field, values);
+    seconds.push_back(watch.Seconds());
+  }
+  return SummariseTimes(ranks_, setUpSeconds_, seconds, own_.count());
+}
 
 PointRun RunPoints(Ranks const& ranks, reference_host::LoadedMesh& mesh, UsableCells& usable,
                    PointSet const& points, std::vector<PointOwner> const& owners, std::vector<double>& field,
                    std::string const& logFile) {
+  PointOperator op(ranks, mesh, usable, points, owners, logFile);
   PointRun run;
-  OwnPoints own;
-  ranks.Together([&] {
-    own = Select(points, owners, ranks.rank());
-    for (auto* column : {&run.values.value, &run.values.gx, &run.values.gy, &run.values.gz})
-      column->assign(own.number.size() + 1, 0.0);
-  });
-
-  CZynIBRBFInternalObject op;
-  StdoutToFile const log(logFile);
-  std::cout << own.count() << " points" << std::endl;
-  double const setUp = SetUp(ranks, mesh, usable, own, op);
-  std::vector<double> const calls = TimeCalls(ranks, op, own.count(), field, run.values);
-  run.times = SummariseTimes(ranks, setUp, calls, own.count());
-  ranks.Together([&] { ReadRows(op, own.count(), run.values); });
-  InOrder(ranks, own, run.values);
+  run.times = op.TimeCalls(field);
+  run.values = op.Apply(field);
+  PointValues stencils = op.Stencils();
+  run.values.members = std::move(stencils.members);
+  run.values.isRowFinite = std::move(stencils.isRowFinite);
   return run;
 }
 

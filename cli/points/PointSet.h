@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,9 @@ struct PointSet {
   // The columns of the input file, only on the rank that read it.
   std::string header = "x,y,z";   ///< names of the columns that are copied to the output
   std::vector<std::string> rows;  ///< [point] those columns as text
+
+  /// If the points are those of a surface, its triangles, on the same rank.
+  std::vector<std::array<std::int64_t, 3>> triangles = {};
 
   std::size_t size() const { return x.size(); }
 };

@@ -45,6 +45,25 @@ std::vector<char> CellsOfTheFlow(reference_host::HostPartition const& partition)
   return isOfTheFlow;
 }
 
+/// Collective. Throws UsageError if a body, whose name is not empty, leaves no cell.
+/// @param[in] isUsable  [1..NCell]
+UsableCells Counted(Ranks const& ranks, reference_host::HostPartition& partition,
+                    std::vector<char> const& isUsable, std::string const& bodyName) {
+  UsableCells usable;
+  usable.mark.assign(isUsable.size(), 1.0);
+  auto const nInner = static_cast<std::size_t>(partition.mesh()->NInnerCells);
+  double nOwn = 0.0;
+  for (std::size_t c = 1; c < isUsable.size(); ++c) {
+    if (isUsable[c] == 0) continue;
+    usable.mark[c] = -1.0;
+    if (c <= nInner) nOwn += 1.0;
+  }
+  for (double const n : ranks.Gather(nOwn)) usable.nCells += static_cast<std::int64_t>(n);
+  if (usable.nCells < 1 && !bodyName.empty())
+    throw UsageError("no cell has its centre outside the body " + Quoted(bodyName));
+  return usable;
+}
+
 }  // namespace
 
 std::vector<char> UsableCells::Flags() const {
@@ -55,24 +74,22 @@ std::vector<char> UsableCells::Flags() const {
 
 UsableCells FindUsableCells(Ranks const& ranks, reference_host::HostPartition& partition,
                             Expression const* body) {
-  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  std::vector<char> const isOfTheFlow = CellsOfTheFlow(partition);
-  std::vector<double> level(isOfTheFlow.size(), 0.0);  // without a body, everything is outside
-  if (body != nullptr) level = MakeCellValues(ranks, partition, *body, "the body", &isOfTheFlow);
+  std::vector<char> isUsable = CellsOfTheFlow(partition);
+  if (body == nullptr) return Counted(ranks, partition, isUsable, "");
+  std::vector<double> const level = MakeCellValues(ranks, partition, *body, "the body", &isUsable);
+  for (std::size_t c = 1; c < isUsable.size(); ++c)
+    isUsable[c] = isUsable[c] != 0 && !(level[c] < 0.0) ? 1 : 0;
+  return Counted(ranks, partition, isUsable, body->text());
+}
 
-  UsableCells usable;
-  usable.mark.assign(isOfTheFlow.size(), 1.0);
-  double nOwn = 0.0;
-  for (int c = 1; c <= mesh.NCell; ++c) {
-    auto const i = static_cast<std::size_t>(c);
-    if (isOfTheFlow[i] == 0 || level[i] < 0.0) continue;
-    usable.mark[i] = -1.0;
-    if (c <= mesh.NInnerCells) nOwn += 1.0;
+UsableCells FindUsableCells(Ranks const& ranks, reference_host::HostPartition& partition,
+                            WindingNumber const& body, std::string const& name) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  std::vector<char> isUsable = CellsOfTheFlow(partition);
+  for (std::size_t c = 1; c < isUsable.size(); ++c) {
+    if (isUsable[c] != 0 && body.IsInside({mesh.xc[c], mesh.yc[c], mesh.zc[c]})) isUsable[c] = 0;
   }
-  for (double const n : ranks.Gather(nOwn)) usable.nCells += static_cast<std::int64_t>(n);
-  if (usable.nCells < 1 && body != nullptr)
-    throw UsageError("no cell has its centre outside the body " + Quoted(body->text()));
-  return usable;
+  return Counted(ranks, partition, isUsable, name);
 }
 
 std::vector<PointOwner> FindPointOwners(Ranks const& ranks, reference_host::HostPartition& partition,

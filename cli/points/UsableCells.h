@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "cli/base/Ranks.h"
+#include "cli/bodies/WindingNumber.h"
 #include "cli/field/Expression.h"
 #include "cli/points/PointSet.h"
 #include "reference_host/partition/HostPartition.h"
@@ -26,6 +28,12 @@ struct UsableCells {
 /// @param[in] body  negative inside; null if there is no body
 UsableCells FindUsableCells(Ranks const& ranks, reference_host::HostPartition& partition,
                             Expression const* body);
+
+/// Collective. The same for a body of triangles: a cell is usable unless its centre is inside it. Throws UsageError
+/// if no cell is usable.
+/// @param[in] name  of the body, for the message
+UsableCells FindUsableCells(Ranks const& ranks, reference_host::HostPartition& partition,
+                            WindingNumber const& body, std::string const& name);
 
 /// The rank that serves a point.
 struct PointOwner {

@@ -28,7 +28,7 @@ class GradientStudy : public KindStudy {
     case_.nSweeps = theCase.nSweeps;
     case_.radialBasis = {theCase.span, false};
     case_.fields.clear();
-    case_.fields.push_back(MakeTestField(mesh_.ranks(), mesh_.partition(), formula));
+    case_.fields.push_back({"", {MakeTestField(mesh_.ranks(), mesh_.partition(), formula)}});
     if (theCase.method->TakesSpan()) mesh_.WriteSettings(SettingsFileText(case_.radialBasis));
     MethodResult const run = RunMethod(mesh_.ranks(), mesh_.loaded(), *theCase.method->gradient, case_);
 

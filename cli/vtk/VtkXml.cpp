@@ -25,9 +25,34 @@ std::string Header(std::string const& gridType) {
          ByteOrder() + "\" header_type=\"UInt64\">\n";
 }
 
+/// A name as the value of an attribute. Names of fields come from files.
+std::string Escaped(std::string const& name) {
+  std::string text;
+  for (char const c : name) {
+    if (c == '&')
+      text += "&amp;";
+    else if (c == '<')
+      text += "&lt;";
+    else if (c == '>')
+      text += "&gt;";
+    else if (c == '"')
+      text += "&quot;";
+    else
+      text += static_cast<unsigned char>(c) < 0x20 ? '_' : c;
+  }
+  return text;
+}
+
 std::string Attributes(char const* type, std::string const& name, int nComponents) {
-  return std::string(" type=\"") + type + "\" Name=\"" + name + "\" NumberOfComponents=\"" +
+  return std::string(" type=\"") + type + "\" Name=\"" + Escaped(name) + "\" NumberOfComponents=\"" +
          std::to_string(nComponents) + '"';
+}
+
+std::string ComponentNames(std::vector<std::string> const& names) {
+  std::string text;
+  for (std::size_t k = 0; k < names.size(); ++k)
+    text += " ComponentName" + std::to_string(k) + "=\"" + names[k] + '"';
+  return text;
 }
 
 void WriteArrayNames(std::ostream& out, char const* section, std::vector<VtkArray> const& arrays) {
@@ -37,7 +62,8 @@ void WriteArrayNames(std::ostream& out, char const* section, std::vector<VtkArra
     char const* type = std::visit(
         [](auto const& values) { return TypeName(typename std::decay_t<decltype(values)>::value_type{}); },
         array.values);
-    out << "<PDataArray" << Attributes(type, array.name, array.nComponents) << "/>\n";
+    out << "<PDataArray" << Attributes(type, array.name, array.nComponents)
+        << ComponentNames(array.componentNames) << "/>\n";
   }
   out << "</" << section << ">\n";
 }
@@ -45,20 +71,26 @@ void WriteArrayNames(std::ostream& out, char const* section, std::vector<VtkArra
 }  // namespace
 
 template <class T>
-void VtkXml::Array(std::string const& name, int nComponents, std::vector<T> const& values) {
+void VtkXml::Array(std::string const& name, int nComponents, std::vector<T> const& values,
+                   std::vector<std::string> const& componentNames) {
   Line("<DataArray" + Attributes(TypeName(T{}), name, nComponents) + " format=\"appended\" offset=\"" +
-       std::to_string(offset_) + "\"/>");
+       std::to_string(offset_) + '"' + ComponentNames(componentNames) + "/>");
   blocks_.push_back({values.data(), values.size() * sizeof(T)});
   offset_ += sizeof(std::uint64_t) + blocks_.back().nBytes;
 }
 
-template void VtkXml::Array(std::string const&, int, std::vector<double> const&);
-template void VtkXml::Array(std::string const&, int, std::vector<std::int32_t> const&);
-template void VtkXml::Array(std::string const&, int, std::vector<std::int64_t> const&);
-template void VtkXml::Array(std::string const&, int, std::vector<std::uint8_t> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<double> const&,
+                            std::vector<std::string> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<std::int32_t> const&,
+                            std::vector<std::string> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<std::int64_t> const&,
+                            std::vector<std::string> const&);
+template void VtkXml::Array(std::string const&, int, std::vector<std::uint8_t> const&,
+                            std::vector<std::string> const&);
 
 void VtkXml::Array(VtkArray const& array) {
-  std::visit([&](auto const& values) { Array(array.name, array.nComponents, values); }, array.values);
+  std::visit([&](auto const& values) { Array(array.name, array.nComponents, values, array.componentNames); },
+             array.values);
 }
 
 void VtkXml::Write(std::string const& file, char const* gridType) const {

@@ -12,6 +12,7 @@ struct VtkArray {
   std::string name;
   int nComponents = 1;
   std::variant<std::vector<double>, std::vector<std::int32_t>, std::vector<std::int64_t>> values;
+  std::vector<std::string> componentNames = {};  ///< shown by viewers instead of their own; may be empty
 };
 
 /// Builds a file of the VTK XML formats: a text, followed by the arrays that it refers to, as raw bytes in the
@@ -22,7 +23,8 @@ class VtkXml {
 
   /// Describes an array, which is borrowed until Write.
   template <class T>
-  void Array(std::string const& name, int nComponents, std::vector<T> const& values);
+  void Array(std::string const& name, int nComponents, std::vector<T> const& values,
+             std::vector<std::string> const& componentNames = {});
   void Array(VtkArray const& array);
 
   /// Writes the file. Throws UsageError if that fails.

@@ -3,6 +3,7 @@
 #include <cgnslib.h>
 
 #include <array>
+#include <map>
 
 #include "reference_host/cgns/CgnsFile.h"
 #include "reference_host/mesh/MessageText.h"
@@ -43,36 +44,49 @@ std::vector<Array> ListArrays(CgnsFile const& file) {
   return arrays;
 }
 
-Array FindArray(CgnsFile const& file, std::string const& wanted) {
-  NameList atCells, found;
-  Array first;
-  int nFound = 0;
-  bool isElsewhere = false;
-  for (Array const& array : ListArrays(file)) {
-    bool const isWanted = array.name == wanted || array.FullName() == wanted;
-    if (array.isAtCells) atCells.Add(Quoted(array.FullName()));
-    if (isWanted && array.isAtCells) {
-      if (nFound++ == 0) first = array;
-      found.Add(Quoted(array.FullName()));
-    }
-    isElsewhere = isElsewhere || (isWanted && !array.isAtCells);
+bool Has(Array const& array, std::string const& wanted) {
+  return array.name == wanted || array.FullName() == wanted;
+}
+
+/// The arrays wantedX, wantedY, wantedZ of each solution that has all three at its cell centres.
+std::vector<std::vector<Array>> FindVectors(std::vector<Array> const& arrays, std::string const& wanted) {
+  std::map<int, std::vector<Array>> ofSolution;
+  for (char const* const component : {"X", "Y", "Z"}) {
+    for (Array const& array : arrays)
+      if (array.isAtCells && Has(array, wanted + component)) ofSolution[array.solution].push_back(array);
   }
-  if (nFound > 1) {
-    file.Fail("several solutions have " + Quoted(wanted) + " (" + found.Text() +
+  std::vector<std::vector<Array>> vectors;
+  for (auto const& entry : ofSolution)
+    if (entry.second.size() == 3) vectors.push_back(entry.second);
+  return vectors;
+}
+
+/// The array of a scalar, or else the three arrays of a vector.
+std::vector<Array> FindArrays(CgnsFile const& file, std::string const& wanted) {
+  std::vector<Array> const arrays = ListArrays(file);
+  std::vector<std::vector<Array>> found;
+  NameList atCells, names;
+  bool isElsewhere = false;
+  for (Array const& array : arrays) {
+    if (array.isAtCells) atCells.Add(Quoted(array.FullName()));
+    if (Has(array, wanted) && array.isAtCells) found.push_back({array});
+    isElsewhere = isElsewhere || (!array.isAtCells && (Has(array, wanted) || Has(array, wanted + 'X')));
+  }
+  if (found.empty()) found = FindVectors(arrays, wanted);
+  for (std::vector<Array> const& one : found)
+    names.Add(Quoted(one.size() == 1 ? one.front().FullName() : one.front().solutionName + "/" + wanted));
+  if (found.size() > 1) {
+    file.Fail("several solutions have " + Quoted(wanted) + " (" + names.Text() +
               "); name one as SOLUTION/ARRAY");
   }
-  if (nFound == 0) {
+  if (found.empty()) {
     file.Fail((isElsewhere ? Quoted(wanted) + " is not at the cell centres" : "no array " + Quoted(wanted)) +
               "; arrays at cell centres: " + atCells.Text());
   }
-  return first;
+  return found.front();
 }
 
-}  // namespace
-
-std::vector<double> ReadCgnsField(std::string const& file, std::string const& field) {
-  CgnsFile const cgns(file);
-  Array const array = FindArray(cgns, field);
+std::vector<double> ReadArray(CgnsFile const& cgns, Array const& array) {
   int dimension = 0;
   std::array<cgsize_t, 3> size{};
   cgns.Check(
@@ -88,6 +102,21 @@ std::vector<double> ReadCgnsField(std::string const& file, std::string const& fi
                            CGNS_ENUMV(RealDouble), &first, size.data(), values.data()),
              Quoted(array.FullName()) + " cannot be read");
   return values;
+}
+
+}  // namespace
+
+CgnsField ReadCgnsField(std::string const& file, std::string const& field) {
+  CgnsFile const cgns(file);
+  std::vector<Array> const arrays = FindArrays(cgns, field);
+  if (arrays.size() == 1) return {1, ReadArray(cgns, arrays.front())};
+  CgnsField vector = {3, {}};
+  for (std::size_t k = 0; k < arrays.size(); ++k) {
+    std::vector<double> const values = ReadArray(cgns, arrays[k]);
+    vector.cell.resize(3 * values.size());
+    for (std::size_t c = 0; c < values.size(); ++c) vector.cell[3 * c + k] = values[c];
+  }
+  return vector;
 }
 
 }  // namespace reference_host

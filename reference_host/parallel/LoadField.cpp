@@ -8,14 +8,17 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 #include <system_error>
 #include <utility>
 
-#include "reference_host/cgns/CgnsField.h"
+#include "reference_host/FieldReader.h"
 #include "reference_host/mesh/MeshError.h"
+#include "reference_host/openfoam/CaseTimes.h"
 #include "reference_host/openfoam/DecomposedCase.h"
 #include "reference_host/openfoam/FoamField.h"
 #include "reference_host/openfoam/FoamFieldLookup.h"
+#include "reference_host/parallel/FileCells.h"
 #include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
 #include "reference_host/parallel/MpiBytes.h"
@@ -34,11 +37,14 @@ struct Questions {
   std::vector<BoundaryPlace> face;
 };
 
-std::vector<double> Answers(FoamFieldLookup const& lookup, Questions const& questions) {
+/// One component after the other: the values of all cells, then those of all faces.
+std::vector<double> Answers(FoamFieldLookup const& lookup, int nComponents, Questions const& questions) {
   std::vector<double> values;
-  values.reserve(questions.cell.size() + questions.face.size());
-  for (std::int64_t const cell : questions.cell) values.push_back(lookup.AtCell(cell));
-  for (BoundaryPlace const& place : questions.face) values.push_back(lookup.At(place));
+  values.reserve(static_cast<std::size_t>(nComponents) * (questions.cell.size() + questions.face.size()));
+  for (int k = 0; k < nComponents; ++k) {
+    for (std::int64_t const cell : questions.cell) values.push_back(lookup.AtCell(cell, k));
+    for (BoundaryPlace const& place : questions.face) values.push_back(lookup.At(place, k));
+  }
   return values;
 }
 
@@ -56,43 +62,6 @@ std::vector<T> ItemsOf(std::vector<char> const& bytes) {
   return items;
 }
 
-/// The file and the array in FILE.cgns:ARRAY; empty for anything else.
-std::optional<std::pair<std::string, std::string>> CgnsParts(std::string const& fieldSpec) {
-  std::string const ending = ".cgns";
-  std::size_t const colon = fieldSpec.rfind(ending + ":");
-  if (colon != std::string::npos) {
-    return std::pair(fieldSpec.substr(0, colon + ending.size()), fieldSpec.substr(colon + ending.size() + 1));
-  }
-  if (fs::path(fieldSpec).extension() == ending) {
-    throw MeshError(fieldSpec + ": name an array of the file, as in " + fieldSpec + ":ARRAY");
-  }
-  return std::nullopt;
-}
-
-/// A path as it is, or else one in the case that the mesh belongs to.
-std::string FindFieldFile(std::string const& polyMesh, std::string const& fieldSpec) {
-  fs::path folder = fs::path(polyMesh).lexically_normal();
-  if (!folder.has_filename()) folder = folder.parent_path();  // polyMesh/
-  folder = folder.parent_path();
-  if (folder.filename() == "constant") folder = folder.parent_path();
-  auto const kindOf = [](fs::path const& path) {
-    std::error_code ignored;
-    return fs::status(path, ignored).type();
-  };
-  // A path to something other than a file is taken only if neither is a file: the reader then reports what it
-  // is.
-  fs::path found;
-  for (fs::path const& candidate : {fs::path(fieldSpec), folder / fieldSpec}) {
-    if (kindOf(candidate) == fs::file_type::regular ||
-        kindOf(candidate.string() + ".gz") == fs::file_type::regular) {
-      return candidate.string();
-    }
-    if (found.empty() && kindOf(candidate) != fs::file_type::not_found) found = candidate;
-  }
-  if (found.empty()) throw MeshError(fieldSpec + ": no such file, here or in the case");
-  return found.string();
-}
-
 /// TIME/NAME of a path.
 fs::path TimeAndName(std::string const& fieldSpec) {
   fs::path const path = fs::path(fieldSpec).lexically_normal();
@@ -101,12 +70,6 @@ fs::path TimeAndName(std::string const& fieldSpec) {
     throw MeshError(fieldSpec + ": a decomposed case needs the time and the field, as in 0/T");
   }
   return time / path.filename();
-}
-
-FoamField ReadScalarField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary) {
-  FoamField field = ReadFoamField(file, nCells, boundary);
-  if (field.nComponents != 1) throw MeshError(file + ": a field of vectors; only scalars can be used here");
-  return field;
 }
 
 class FieldLoader {
@@ -120,15 +83,18 @@ class FieldLoader {
         fieldSpec_(fieldSpec) {}
 
   LoadedField Load() {
+    rule_.assign(partition_.patches().size(), 0);
     lacksValues_.assign(partition_.patches().size(), 0);
-    RunTogether(communicator_, [&] { cgns_ = CgnsParts(fieldSpec_); });
-    if (source_.isDecomposed && !cgns_) {
+    bool isCgns = false;
+    RunTogether(communicator_, [&] { isCgns = IsCgnsField(fieldSpec_); });
+    if (source_.isDecomposed && !isCgns) {
       ReadOwnFolder();
     } else {
       ReadOnRank0();
     }
-    mesh_.exchange->DDM_Exch(result_.value.data());
-    NamePatchesWithoutValues();
+    DescribePatches();
+    for (std::size_t k = 0; k < static_cast<std::size_t>(result_.nComponents); ++k)
+      mesh_.exchange->DDM_Exch(result_.value[k].data());
     return std::move(result_);
   }
 
@@ -139,22 +105,28 @@ class FieldLoader {
     });
   }
 
-  /// [1..NInnerCells] numbers of the own interior cells in the whole mesh, from 0
-  std::vector<std::int64_t> WholeCells() const {
-    std::vector<std::int64_t> cells(partition_.globalCell().begin(),
-                                    partition_.globalCell().begin() + record_.NInnerCells + 1);
-    for (std::int64_t& cell : cells) --cell;
-    return cells;
-  }
-
-  Questions QuestionsFor(std::vector<std::int64_t> const& fileCell) const {
+  Questions OwnQuestions() const {
+    std::vector<std::int64_t> const fileCell = CellsInFile(mesh_);
     return {{fileCell.begin() + 1, fileCell.end()}, GhostPlaces(partition_, fileCell)};
   }
 
-  void TakeAnswers(std::vector<double> const& answers) {
-    // Ghost cells follow the interior cells, and halo cells come last.
-    result_.value.assign(static_cast<std::size_t>(record_.NCell) + 1, 0.0);
-    std::copy(answers.begin(), answers.end(), result_.value.begin() + 1);
+  /// Ghost cells follow the interior cells, and halo cells come last.
+  void TakeAnswers(std::vector<double> const& answers, int nComponents) {
+    result_.nComponents = nComponents;
+    auto const n = static_cast<std::ptrdiff_t>(answers.size()) / nComponents;
+    for (int k = 0; k < nComponents; ++k) {
+      std::vector<double>& value = result_.value[static_cast<std::size_t>(k)];
+      value.assign(static_cast<std::size_t>(record_.NCell) + 1, 0.0);
+      std::copy(answers.begin() + k * n, answers.begin() + (k + 1) * n, value.begin() + 1);
+    }
+  }
+
+  void RememberPatches(FoamField const& field) {
+    std::vector<FaceValues> const values = FaceValuesOf(field, partition_.patches());
+    for (std::size_t p = 0; p < rule_.size(); ++p) {
+      rule_[p] = static_cast<signed char>(values[p]);
+      lacksValues_[p] = field.lacksValues[p];
+    }
   }
 
   // A decomposed case.
@@ -162,73 +134,55 @@ class FieldLoader {
   void ReadOwnFolder() {
     RunTogether(communicator_, [&] {
       fs::path const folder = ProcessorFolder(source_.spec, communicator_.rank());
-      FoamField const field =
-          ReadScalarField((folder / TimeAndName(fieldSpec_)).string(), record_.NInnerCells, source_.boundary);
-      lacksValues_ = field.lacksValues;
-      TakeAnswers(Answers(FoamFieldLookup(field, source_.boundary), QuestionsFor(FolderCells())));
+      std::string const file = (folder / TimeAndName(fieldSpec_)).string();
+      std::error_code ignored;
+      if (!fs::exists(file, ignored) && !fs::exists(file + ".gz", ignored))
+        throw MeshError(file + ": no such file" +
+                        WhatIsThereInstead(folder.string(), TimeAndName(fieldSpec_).string()));
+      FoamField const field = ReadFoamField(file, record_.NInnerCells, source_.boundary);
+      RememberPatches(field);
+      // Folders that have faces of a patch know which values these take.
+      for (std::size_t p = 0; p < rule_.size(); ++p)
+        if (source_.boundary.facesOfPatch[p].count == 0) rule_[p] = 0;
+      TakeAnswers(Answers(FoamFieldLookup(field, source_.boundary), field.nComponents, OwnQuestions()),
+                  field.nComponents);
     });
-  }
-
-  /// [1..NInnerCells] numbers of the own interior cells in their processor folder
-  std::vector<std::int64_t> FolderCells() const {
-    std::vector<std::pair<std::int64_t, std::int64_t>> folderCell;  // by number in the whole mesh
-    for (std::size_t c = 0; c < source_.wholeCell.size(); ++c)
-      folderCell.emplace_back(source_.wholeCell[c], static_cast<std::int64_t>(c));
-    std::sort(folderCell.begin(), folderCell.end());
-    std::vector<std::int64_t> cells = WholeCells();
-    for (std::size_t c = 1; c < cells.size(); ++c)
-      cells[c] = std::lower_bound(folderCell.begin(), folderCell.end(), std::pair(cells[c], std::int64_t{0}))
-                     ->second;
-    return cells;
+    int most[2] = {result_.nComponents, -result_.nComponents};
+    MPI_Allreduce(MPI_IN_PLACE, most, 2, MPI_INT, MPI_MAX, communicator_.get());
+    if (most[0] != -most[1])
+      throw MeshError(fieldSpec_ + ": scalars in some processor folders, vectors in others");
   }
 
   // A whole mesh.
 
   void ReadOnRank0() {
-    Questions const own = QuestionsFor(WholeCells());
-    std::int64_t const nCells = mesh_.summary.nCells;
+    Questions const own = OwnQuestions();
     FoamField field;
     OnRank0([&] {
-      field = cgns_ ? ReadCgnsFile(nCells) : ReadFoamFile(nCells);
-      lacksValues_ = field.lacksValues;
+      std::vector<std::int64_t> nFaces;
+      for (PatchSummary const& patch : mesh_.summary.patches) nFaces.push_back(patch.nFaces);
+      field = ReadField(fieldSpec_, source_.polyMesh, mesh_.summary.nCells, source_.boundary, nFaces);
+      RememberPatches(field);
     });
+    int nComponents = field.nComponents;
+    MPI_Bcast(&nComponents, 1, MPI_INT, 0, communicator_.get());
     RunTogether(communicator_, [&] {
       if (communicator_.rank() == 0) {
         FoamFieldLookup const lookup(field, source_.boundary);
-        AnswerOthers(lookup);
-        TakeAnswers(Answers(lookup, own));
+        AnswerOthers(lookup, nComponents);
+        TakeAnswers(Answers(lookup, nComponents, own), nComponents);
       } else {
         SendBytes(communicator_, 0, BytesOf(own.cell));
         SendBytes(communicator_, 0, BytesOf(own.face));
         if (std::optional<std::vector<char>> const bytes = ReceiveBytes(communicator_, 0)) {
-          TakeAnswers(ItemsOf<double>(*bytes));
+          TakeAnswers(ItemsOf<double>(*bytes), nComponents);
         }
       }
     });
   }
 
-  FoamField ReadCgnsFile(std::int64_t nCells) const {
-    FoamField field;
-    field.cell = ReadCgnsField(cgns_->first, cgns_->second);
-    if (static_cast<std::int64_t>(field.cell.size()) != nCells) {
-      throw MeshError(fieldSpec_ + ": " + std::to_string(field.cell.size()) + " values for the " +
-                      std::to_string(nCells) + " cells of the mesh");
-    }
-    for (PatchSummary const& patch : mesh_.summary.patches)
-      field.lacksValues.push_back(patch.nFaces > 0 ? 1 : 0);
-    return field;
-  }
-
-  FoamField ReadFoamFile(std::int64_t nCells) const {
-    if (source_.polyMesh.empty()) {
-      throw MeshError(fieldSpec_ +
-                      ": an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)");
-    }
-    return ReadScalarField(FindFieldFile(source_.polyMesh, fieldSpec_), nCells, source_.boundary);
-  }
-
   /// Answers one rank after another. After a failure, the remaining ranks get nothing.
-  void AnswerOthers(FoamFieldLookup const& lookup) const {
+  void AnswerOthers(FoamFieldLookup const& lookup, int nComponents) const {
     std::exception_ptr failure;
     for (int rank = 1; rank < communicator_.size(); ++rank) {
       std::vector<char> answer;
@@ -238,7 +192,7 @@ class FieldLoader {
           questions.cell = ItemsOf<std::int64_t>(*cells);
         if (auto const faces = ReceiveBytes(communicator_, rank))
           questions.face = ItemsOf<BoundaryPlace>(*faces);
-        if (!failure) answer = BytesOf(Answers(lookup, questions));
+        if (!failure) answer = BytesOf(Answers(lookup, nComponents, questions));
       } catch (...) {
         failure = std::current_exception();
       }
@@ -251,13 +205,19 @@ class FieldLoader {
     if (failure) std::rethrow_exception(failure);
   }
 
-  void NamePatchesWithoutValues() {
-    lacksValues_.resize(partition_.patches().size(), 0);
-    MPI_Allreduce(MPI_IN_PLACE, lacksValues_.data(), static_cast<int>(lacksValues_.size()), MPI_SIGNED_CHAR,
-                  MPI_MAX, communicator_.get());
-    for (std::size_t p = 0; p < lacksValues_.size(); ++p) {
-      if (lacksValues_[p] != 0) result_.patchesWithoutValues.push_back(partition_.patches()[p].name);
+  /// Ranks that have read nothing about a patch learn it from the others.
+  void DescribePatches() {
+    for (auto* marks : {&rule_, &lacksValues_}) {
+      MPI_Allreduce(MPI_IN_PLACE, marks->data(), static_cast<int>(marks->size()), MPI_SIGNED_CHAR, MPI_MAX,
+                    communicator_.get());
     }
+    std::vector<FaceValues> values;
+    for (std::size_t p = 0; p < rule_.size(); ++p) {
+      values.push_back(static_cast<FaceValues>(rule_[p]));
+      if (mesh_.summary.patches[p].nFaces > 0)
+        result_.patches.push_back({partition_.patches()[p].name, values[p], lacksValues_[p] != 0});
+    }
+    if (result_.nComponents == 3) CompleteBoundaryVectors(partition_, values, result_.value);
   }
 
   MpiCommunicator communicator_;
@@ -266,8 +226,7 @@ class FieldLoader {
   HostPartition& partition_;
   CZYN3DFiniteVolumeMesh const& record_;
   std::string const& fieldSpec_;
-  std::optional<std::pair<std::string, std::string>> cgns_;
-  std::vector<char> lacksValues_;  // by patch
+  std::vector<signed char> rule_, lacksValues_;  // by patch
   LoadedField result_;
 };
 

@@ -58,7 +58,7 @@ export LD_LIBRARY_PATH=$library
 zyngrad=$root/usr/bin/zyngrad
 "$zyngrad" --version | grep -q '^zyngrad [0-9]' || fail "the installed zyngrad does not tell its version"
 (cd "$work" && "$zyngrad" gradient box:4,4,4 --field x --method lsq -o out >zyngrad.txt) || fail "$(cat "$work/zyngrad.txt")"
-[[ -s $work/out/results.json ]] || fail "zyngrad gradient has written no results"
+[[ -s $work/out/gradient.json ]] || fail "zyngrad gradient has written no results"
 
 # The manual page: every command has a section, and the formatter has nothing to complain about.
 page=$root/usr/share/man/man1/zyngrad.1.gz

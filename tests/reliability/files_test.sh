@@ -179,7 +179,7 @@ fi
 
 for ranks in 1 2; do
   earlier_result $ranks old
-  for place in unfinished.part gradient.folder/results.json gradient.folder/log.rank0.txt \
+  for place in unfinished.part gradient.folder/gradient.json gradient.folder/log.rank0.txt \
     gradient.folder/settings.rank0.rbf; do
     rm -rf wrong-place
     cp -r old wrong-place
@@ -243,7 +243,7 @@ in_the_way() {  # in_the_way RANKS COMMAND NAME...: of the files that the comman
     refused "the user's $name in the way of $command, $ranks ranks" "\"out/$name\": no manifest lists it as written by zyngrad" out
   done
 }
-in_the_way 1 "gradient nosuch.msh --field x" gradient.vtu results.json log.rank0.txt settings.rank0.rbf
+in_the_way 1 "gradient nosuch.msh --field x" gradient.vtu gradient.json log.rank0.txt settings.rank0.rbf
 in_the_way 2 "gradient nosuch.msh --field x" gradient.pvtu gradient/gradient.0001.vtu log.rank1.txt settings.rank1.rbf
 in_the_way 1 "faces nosuch.msh --field x --group inner" faces.vtp
 in_the_way 2 "faces nosuch.msh --field x --group inner" faces.pvtp faces/faces.0000.vtp
@@ -262,11 +262,11 @@ for ranks in 1 2; do  # replaced by the next run, or removed
 done
 earlier_result 1 old
 echo "mine" >thesis.tex
-rm old/results.json
-ln -s ../thesis.tex old/results.json
+rm old/gradient.json
+ln -s ../thesis.tex old/gradient.json
 content old >earlier
 run 1 gradient box:3,3,3 --field x -o old
-refused "a link in the place of a result" "old/results.json\" has changed since" old
+refused "a link in the place of a result" "old/gradient.json\" has changed since" old
 check "a link in the place of a result: what it leads to is whole" [ "$(cat thesis.tex)" = mine ]
 earlier_result 1 old
 mv old/zyngrad-manifest.json manifest
@@ -288,17 +288,34 @@ echo "mine" >old/gradient/notes.txt
 run 1 gradient box:3,3,3 --field x --method plain -o old
 check "three ranks, then one: exit code 0" exited 0
 check "three ranks, then one: what is there" [ "$(cd old && find . -type f | sort | tr '\n' ' ')" = \
-  "./gradient.vtu ./gradient/notes.txt ./log.rank0.txt ./results.json ./zyngrad-manifest.json " ]
+  "./gradient.json ./gradient.vtu ./gradient/notes.txt ./log.rank0.txt ./zyngrad-manifest.json " ]
 rm old/gradient/notes.txt
 run 2 gradient box:3,3,3 --field x --method plain -o old
 run 1 gradient box:3,3,3 --field x --method plain -o old
 check "two ranks, then one: the folder of pieces has gone" [ ! -e old/gradient ]
 
+# Earlier versions called the results of three commands results.json. Only what their manifest lists goes.
+for ranks in 1 2; do
+  for ours in yes no; do
+    earlier_result 1 old
+    mv old/gradient.json old/results.json
+    sed -i 's|"gradient.json"|"results.json"|' old/zyngrad-manifest.json
+    [ $ours = yes ] || echo "mine" >>old/results.json
+    content old >earlier
+    run $ranks gradient box:3,3,3 --field x -o old
+    if [ $ours = yes ]; then
+      check "results under their earlier name, $ranks ranks: replaced" [ -s old/gradient.json -a ! -e old/results.json ]
+    else
+      refused "edited results under their earlier name, $ranks ranks" "\"old/results.json\" has changed since" old
+    fi
+  done
+done
+
 # Each command has a folder of its own, and does not write into that of another.
 run 1 gradient box:3,3,3 --field x
 run 1 faces box:3,3,3 --field x --group inner
 check "gradient and faces without -o: both results" \
-  [ -s zyngrad-output/gradient/results.json -a -s zyngrad-output/faces/results.json ]
+  [ -s zyngrad-output/gradient/gradient.json -a -s zyngrad-output/faces/faces.json ]
 rm -rf zyngrad-output
 earlier_result 1 old
 for command in "faces nosuch.msh --field x --group inner" "check nosuch.msh"; do
@@ -315,7 +332,7 @@ survives() {  # survives NAME FOLDER: after a run that was killed; the next one 
   run 1 gradient box:2,2,2 --field "y" --method rbf --span 6 -o "$2"
   check "$1: the next run succeeds" exited 0
   check "$1: the next run leaves its own files" \
-    [ "$(ls "$2" | tr '\n' ' ')" = "gradient.vtu log.rank0.txt results.json settings.rank0.rbf zyngrad-manifest.json " ]
+    [ "$(ls "$2" | tr '\n' ' ')" = "gradient.json gradient.vtu log.rank0.txt settings.rank0.rbf zyngrad-manifest.json " ]
 }
 
 # The limit on a file's size again; not ignored, its signal ends the process within a write.
@@ -379,7 +396,7 @@ done
 run 1 gradient box:3,3,3 --field "x" --method rbf -o old
 check "killed at many moments: the next run succeeds" exited 0
 check "killed at many moments: the next run leaves its own files" \
-  [ "$(ls old | tr '\n' ' ')" = "gradient.vtu log.rank0.txt results.json settings.rank0.rbf zyngrad-manifest.json " ]
+  [ "$(ls old | tr '\n' ' ')" = "gradient.json gradient.vtu log.rank0.txt settings.rank0.rbf zyngrad-manifest.json " ]
 
 # --- interrupted ----------------------------------------------------------------------------------------------------------
 
@@ -455,9 +472,9 @@ check "second run in a folder: one line that says why" \
 check "third run in a folder, of another kind: exit code 2" [ $third = 2 ]
 check "third run in a folder, of another kind: one line" [ "$(grep -c '^zyngrad: ' third.err)" = 1 ]
 check "the folder has the settings of the first run" contains old/settings.rank0.rbf "Span              = 50"
-check "the folder has the results of the first run" contains old/results.json '"span": 50.0'
+check "the folder has the results of the first run" contains old/gradient.json '"span": 50.0'
 check "the folder has nothing else" \
-  [ "$(ls old | tr '\n' ' ')" = "gradient.vtu log.rank0.txt results.json settings.rank0.rbf zyngrad-manifest.json " ]
+  [ "$(ls old | tr '\n' ' ')" = "gradient.json gradient.vtu log.rank0.txt settings.rank0.rbf zyngrad-manifest.json " ]
 
 # Many at the same moment, each with settings of its own: one or the other gets in, and what is there at the end is of one.
 spans="11 12 13 14 15 16 17 18"
@@ -472,7 +489,7 @@ codes=$(cat crowd.*.code | sort -u | tr '\n' ' ')
 check "eight runs at once: some succeed, others are refused ($codes)" [ "$codes" = "0 " -o "$codes" = "0 2 " ]
 check "eight runs at once: who is refused is told why" \
   [ "$(cat crowd.*.err | grep -c 'is in use by another run')" = "$(cat crowd.*.code | grep -c 2)" ]
-span=$(grep -o '"span": [0-9]*' crowd/results.json | sed 's/.* //')
+span=$(grep -o '"span": [0-9]*' crowd/gradient.json | sed 's/.* //')
 check "eight runs at once: the result is of one that succeeded" [ "$(cat "crowd.$span.code")" = 0 ]
 check "eight runs at once: with its settings" contains crowd/settings.rank0.rbf "Span              = $span"
 check "eight runs at once: nothing unfinished" [ ! -e crowd/unfinished.part ]
@@ -483,7 +500,7 @@ for span in 5 500; do
   "$mpirun" -n 2 "$zyngrad" gradient box:6,6,6 --field "x^2*y" --method rbf --span $span -o beside-$span >/dev/null 2>&1 &
 done
 wait
-numbers() { grep -E '"(l1|l2|max|span)"' "$1/results.json"; }
+numbers() { grep -E '"(l1|l2|max|span)"' "$1/gradient.json"; }
 for span in 5 500; do
   check "two runs in two folders, span $span: as alone" [ "$(numbers alone-$span)" = "$(numbers beside-$span)" ]
   check "two runs in two folders, span $span: settings" \

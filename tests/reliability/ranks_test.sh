@@ -65,7 +65,7 @@ on_all_sides() {  # on_all_sides MESH RANKS...: everything, against one rank
     on="on $mesh, $ranks ranks"
     run "$ranks" gradient "$mesh" --field "sin(3*x)*y + z^2" --span 50 --non-blocking -o gradient-n
     check "gradient $on: exit code 0" exited 0
-    check "gradient $on: the same errors" same_numbers gradient-1/results.json gradient-n/results.json 1e-9
+    check "gradient $on: the same errors" same_numbers gradient-1/gradient.json gradient-n/gradient.json 1e-9
     check "gradient $on: a piece a rank" [ "$(find gradient-n/gradient -name '*.vtu' | wc -l)" = "$ranks" ]
     check "gradient $on: nothing unfinished" no_parts_left
     for method in 1 2 3 4; do
@@ -75,19 +75,19 @@ on_all_sides() {  # on_all_sides MESH RANKS...: everything, against one rank
       else
         check "faces by method $method $on: exit code 0" exited 0
         check "faces by method $method $on: an error of the size to be expected" \
-          below "$(result faces-n/results.json max 1)" 0.02
-        faces_inside=$(result faces-n/results.json faces 1)
+          below "$(result faces-n/faces.json max 1)" 0.02
+        faces_inside=$(result faces-n/faces.json faces 1)
       fi
     done
     run "$ranks" faces "$mesh" --field "sin(x)*y" --group partition -o faces-cut
     check "partition faces $on: exit code 0" exited 0
     check "partition faces $on: with the inner ones all there are" \
-      [ $((2 * faces_inside + $(result faces-cut/results.json faces 1))) = $((2 * inner)) ]
+      [ $((2 * faces_inside + $(result faces-cut/faces.json faces 1))) = $((2 * inner)) ]
     for method in 1 2 3; do
       run "$ranks" points "$mesh" --field "x*y + z" --points near.csv --search-method $method --span 50 -o points-n
       check "points by method $method $on: exit code 0" exited 0
       check "points by method $method $on: an error of the size to be expected" \
-        below "$(result points-n/results.json max 1)" 0.2
+        below "$(result points-n/points.json max 1)" 0.2
       check "points by method $method $on: all are near one corner, so few ranks have any" \
         [ "$(column points-n/points.csv 17 | sort -u | wc -l)" -le 3 ]
     done
@@ -106,7 +106,7 @@ run 1 gradient box:3,3,3 --field "sin(3*x)*y + z^2" --span 50 -o middle-1
 timed 27 gradient box:3,3,3 --field "sin(3*x)*y + z^2" --span 50 -o middle-27
 check "a cell between partition faces alone: exit code 0" exited 0
 check "a cell between partition faces alone: the same errors" \
-  same_numbers middle-1/results.json middle-27/results.json 1e-9
+  same_numbers middle-1/gradient.json middle-27/gradient.json 1e-9
 run 27 faces box:3,3,3 --field "x" --group partition --search-method 4 -o middle-faces
 check "a cell between partition faces alone, its faces: exit code 0" exited 0
 run 27 faces box:3,3,3 --field "x" --group inner -o middle-faces
@@ -158,7 +158,7 @@ for case in "1 shell" "2 shell" "3 nested" "16 nested"; do
   check "$name, among all methods: ends within 10 s ($seconds s)" in_time 10
   check "$name, among all methods: exit code 1" exited 1
   check "$name, among all methods: the others have run" [ "$(grep -cE '^  (plain|iterated|weighted|vector)' stdout)" -ge 8 ]
-  check "$name, among all methods: in the results" contains pivot/results.json '"ran": false'
+  check "$name, among all methods: in the results" contains pivot/gradient.json '"ran": false'
 done
 
 # --- ranks that are not alike ----------------------------------------------------------------------------------------------

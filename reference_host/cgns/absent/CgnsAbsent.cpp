@@ -15,6 +15,6 @@ namespace {
 
 FaceMesh ReadCgns(std::string const& file) { Refuse(file); }
 
-std::vector<double> ReadCgnsField(std::string const& file, std::string const&) { Refuse(file); }
+CgnsField ReadCgnsField(std::string const& file, std::string const&) { Refuse(file); }
 
 }  // namespace reference_host

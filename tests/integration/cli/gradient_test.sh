@@ -43,9 +43,9 @@ for ranks in 1 2 4; do
     done
     # The fourth method is lsq; each has its l2 for interior and for boundary cells.
     check "linear field, $mesh, $ranks ranks: lsq exact in interior cells" \
-      below "$(number "linear-$ranks/results.json" l2 7)" 1e-12
+      below "$(number "linear-$ranks/gradient.json" l2 7)" 1e-12
     check "linear field, $mesh, $ranks ranks: lsq exact in boundary cells" \
-      below "$(number "linear-$ranks/results.json" l2 8)" 1e-12
+      below "$(number "linear-$ranks/gradient.json" l2 8)" 1e-12
     check "linear field, $mesh, $ranks ranks: no unfinished file" no_parts_left
     if [ $ranks = 1 ]; then
       check "linear field, $mesh: grid with all arrays" grid_has linear-1/gradient.vtu field exact_gradient \
@@ -67,8 +67,8 @@ done
 for ranks in 1 2 4; do run $ranks gradient box:8,8,8 --field "sin(3*x)*y + z^2" -o "same-$ranks"; done
 for entry in 1 2 3 4 5 6 7 8 9 10; do
   for ranks in 2 4; do
-    a=$(number same-1/results.json l2 $entry)
-    b=$(number same-$ranks/results.json l2 $entry)
+    a=$(number same-1/gradient.json l2 $entry)
+    b=$(number same-$ranks/gradient.json l2 $entry)
     check "l2 number $entry agrees between 1 and $ranks ranks ($a, $b)" \
       awk -v a="$a" -v b="$b" 'BEGIN { d = a - b; exit !(a != "" && d <= 1e-12 * a && -d <= 1e-12 * a) }'
   done
@@ -76,12 +76,12 @@ done
 
 run 2 gradient box:6,6,6 --field "x^2" -o blocking
 run 2 gradient box:6,6,6 --field "x^2" -o non-blocking --non-blocking
-check "non-blocking exchanges give the same errors" [ "$(grep '"l2"' blocking/results.json)" = "$(grep '"l2"' non-blocking/results.json)" ]
+check "non-blocking exchanges give the same errors" [ "$(grep '"l2"' blocking/gradient.json)" = "$(grep '"l2"' non-blocking/gradient.json)" ]
 run 2 gradient box:6,6,6 --field "x^2" -o blocking-again
-check "a second run gives the same bits" [ "$(grep -E '"(l1|l2|max)"' blocking/results.json)" = "$(grep -E '"(l1|l2|max)"' blocking-again/results.json)" ]
+check "a second run gives the same bits" [ "$(grep -E '"(l1|l2|max)"' blocking/gradient.json)" = "$(grep -E '"(l1|l2|max)"' blocking-again/gradient.json)" ]
 
 run 1 gradient box:6,6,6:tet --field "x^2 + y" --method iterated --sweeps 5 --repeat 1 -o iterated
-check "iterated with --sweeps" contains iterated/results.json '"sweeps": 5'
+check "iterated with --sweeps" contains iterated/gradient.json '"sweeps": 5'
 run 1 gradient box:6,6,6 --field x --method lsq,plain --method rbf -o list
 check "methods between commas and one by one: each has a row" [ "$(grep -c ' interior ' stdout)" = 3 ]
 run 1 gradient box:6,6,6 --field x --field y --field z --method vector,plain -o list
@@ -94,7 +94,7 @@ for ranks in 1 2; do
   check "a span too small, $ranks ranks: exit code 1" exited 1
   check "a span too small, $ranks ranks: method, cells and reason" \
     contains stdout "  rbf: the gradient is not finite in 125 of 125 cells: --span 1e-308 is too small"
-  check "a span too small, $ranks ranks: files are written" [ -s tiny/results.json ]
+  check "a span too small, $ranks ranks: files are written" [ -s tiny/gradient.json ]
 done
 run 1 gradient box:5,5,5 --field "x*y" --method rbf --shape-normalize --span 1e308 -o tiny
 check "a span too large that gives finite numbers: exit code 1" exited 1
@@ -122,10 +122,10 @@ check "a later run on one rank removes the logs of the earlier" [ ! -e kept/log.
 for ranks in 1 2; do
   run $ranks gradient meshes/polyhedra --group lid=wall --field "x+2*y" -o polyhedra-$ranks
   check "polyhedra on $ranks ranks: exit code 0" exited 0
-  check "polyhedra on $ranks ranks: lsq exact" below "$(number polyhedra-$ranks/results.json l2 8)" 1e-12
+  check "polyhedra on $ranks ranks: lsq exact" below "$(number polyhedra-$ranks/gradient.json l2 8)" 1e-12
   run $ranks gradient meshes/pyramid.msh --field "x+2*y" -o pyramid-$ranks
   check "pyramid and tetrahedron on $ranks ranks: exit code 0" exited 0
-  check "pyramid and tetrahedron on $ranks ranks: lsq exact" below "$(number pyramid-$ranks/results.json l2 8)" 1e-12
+  check "pyramid and tetrahedron on $ranks ranks: lsq exact" below "$(number pyramid-$ranks/gradient.json l2 8)" 1e-12
   run $ranks info meshes/walls
   check "info on polyhedra on $ranks ranks" grep -q "^  wall  *wall  *10$" stdout
 done
@@ -136,9 +136,9 @@ check "polyhedra are written with their faces" grid_has polyhedra-1/gradient.vtu
 run 1 gradient meshes/case --field "x+2*y" -o whole-formula
 run 2 gradient meshes/decomposed --field "x+2*y" -o decomposed-formula
 check "decomposed case: exit code 0" exited 0
-check "decomposed case: lsq exact" below "$(number decomposed-formula/results.json l2 8)" 1e-12
+check "decomposed case: lsq exact" below "$(number decomposed-formula/gradient.json l2 8)" 1e-12
 check "decomposed case: cells and nodes of the whole" \
-  [ "$(grep -E '"(cells|nodes)": ' decomposed-formula/results.json)" = "$(grep -E '"(cells|nodes)": ' whole-formula/results.json)" ]
+  [ "$(grep -E '"(cells|nodes)": ' decomposed-formula/gradient.json)" = "$(grep -E '"(cells|nodes)": ' whole-formula/gradient.json)" ]
 for ranks in 1 2; do
   run $ranks gradient meshes/case --field-file 0/T -o field-$ranks
   check "field from a file on $ranks ranks: exit code 0" exited 0
@@ -148,16 +148,16 @@ for ranks in 1 2; do
   check "field from a file on $ranks ranks: row of every method" [ "$(grep -cE '^  (plain|iterated|weighted|lsq|vector|rbf) +boundary|^ +boundary' stdout)" = 6 ]
 done
 # Green-Gauss of the left cell: (4 faces of value 0..4, the middle at 3) by hand: (3 - 0, 4 - 3, 2 - 1).
-check "field from a file: plain gradient as by hand" contains <(tr -d ' \n' <field-1/results.json) '"range":{"x":[2.0,3.0],"y":[1.0,1.0],"z":[1.0,1.0]}'
+check "field from a file: plain gradient as by hand" contains <(tr -d ' \n' <field-1/gradient.json) '"range":{"x":[2.0,3.0],"y":[1.0,1.0],"z":[1.0,1.0]}'
 check "field from a file: grid has field and gradients" grid_has field-1/gradient.vtu field gradient_plain gradient_rbf rank cell
 check "field from a file: grid has no errors" [ "$(grep -acE 'Name="(exact_gradient|error_plain)"' field-1/gradient.vtu)" = 0 ]
-check "field from a file: named in the results" contains field-1/results.json '"fieldFiles"'
+check "field from a file: named in the results" contains field-1/gradient.json '"fieldFiles"'
 run 2 gradient meshes/decomposed --field-file 0/T -o field-decomposed
 check "field of a decomposed case: exit code 0" exited 0
 for entry in $(seq 1 12); do
-  a=$(number field-1/results.json l2 $entry)
+  a=$(number field-1/gradient.json l2 $entry)
   for other in 2 decomposed; do
-    b=$(number field-$other/results.json l2 $entry)
+    b=$(number field-$other/gradient.json l2 $entry)
     # The radial-basis systems of these two cells have a condition number of about 1e5.
     check "field from a file, l2 number $entry agrees with field-$other ($a, $b)" \
       awk -v a="$a" -v b="$b" 'BEGIN { d = a - b; exit !(a == b || (d <= 1e-9 * a && -d <= 1e-9 * a)) }'
@@ -167,7 +167,7 @@ run 1 gradient meshes/case --field-file meshes/case/0/bare --method plain -o bar
 check "field without boundary values: exit code 0" exited 0
 check "field without boundary values: one warning" \
   [ "$(grep -c 'warning: "meshes/case/0/bare" has no values for the faces of "wall"' stdout)" = 1 ]
-check "field without boundary values: the warning in the results" contains bare/results.json '"warnings"'
+check "field without boundary values: the warning in the results" contains bare/gradient.json '"warnings"'
 run 2 gradient meshes/case --field-file 0/T --field-file 0/T --field-file 0/bare --method vector -o three-files
 check "three fields from files: a row each" [ "$(grep -c '^  vector\.[123]  *interior' stdout)" = 3 ]
 
@@ -191,9 +191,9 @@ for ranks in 1 2 4; do
     check "rbf, $mesh, $ranks ranks: nothing on stderr" [ ! -s stderr ]
     # Weights of about 10 each, so 7 times their sum is a few hundred roundings away from zero.
     check "rbf, $mesh, $ranks ranks: no slope of a constant, interior cells" \
-      below "$(number "constant-$ranks/results.json" l2 1)" 1e-12
+      below "$(number "constant-$ranks/gradient.json" l2 1)" 1e-12
     check "rbf, $mesh, $ranks ranks: no slope of a constant, boundary cells" \
-      below "$(number "constant-$ranks/results.json" l2 2)" 1e-12
+      below "$(number "constant-$ranks/gradient.json" l2 2)" 1e-12
     check "rbf, $mesh, $ranks ranks: settings of every rank" \
       [ "$(cat "constant-$ranks"/settings.rank*.rbf | grep -c '^Span              = 500$')" = "$ranks" ]
     check "rbf, $mesh, $ranks ranks: the operator's lines are in the log" \
@@ -212,8 +212,8 @@ done
 # At a span of 50 the condition number of these cells is about 1e6.
 for ranks in 2 4; do
   for entry in 1 2; do
-    a=$(number rbf-1/results.json l2 $entry)
-    b=$(number rbf-$ranks/results.json l2 $entry)
+    a=$(number rbf-1/gradient.json l2 $entry)
+    b=$(number rbf-$ranks/gradient.json l2 $entry)
     check "rbf, l2 number $entry agrees between 1 and $ranks ranks ($a, $b)" \
       awk -v a="$a" -v b="$b" 'BEGIN { d = a - b; exit !(a != "" && d <= 1e-8 * a && -d <= 1e-8 * a) }'
   done

@@ -26,7 +26,7 @@ for ranks in 1 2 4; do
     check "$name: exit code 0" exited 0
     check "$name: nothing on stderr" [ ! -s stderr ]
     # The method does not force the weights to sum to 1; at a span of 100 they do so within 1e-3.
-    check "$name: constant" below "$(result "faces-$ranks/results.json" max 1)" 7e-3
+    check "$name: constant" below "$(result "faces-$ranks/faces.json" max 1)" 7e-3
     check "$name: settings of every rank" \
       [ "$(cat "faces-$ranks"/settings.rank*.rbf | grep -c "^iSearch_method    = $method\$")" = "$ranks" ]
     check "$name: nobody adopted defaults" [ "$(cat "faces-$ranks"/log.rank*.txt | grep -c Default)" = 0 ]
@@ -48,10 +48,10 @@ for ranks in 1 2 4; do
       check "$name: one count" [ "$(grep -c " $group faces by search method $method" stdout)" = 1 ]
       if [ $method = 4 ]; then
         check "$name: says that there are no values" [ "$(grep -c 'all values are 0 by design' stdout)" = 1 ]
-        check "$name: no errors" contains sides/results.json '"errors": null'
+        check "$name: no errors" contains sides/faces.json '"errors": null'
       else
         # The cell beyond the face lies on the face and holds the boundary value.
-        check "$name: nearly the boundary value" below "$(result sides/results.json max 1)" 1e-3
+        check "$name: nearly the boundary value" below "$(result sides/faces.json max 1)" 1e-3
       fi
     done
   done
@@ -61,12 +61,12 @@ for ranks in 2 4; do
   run $ranks faces box:6,6,6 --field "sin(x)*y" --group partition -o cut-$ranks
   check "partition faces on $ranks ranks: exit code 0" exited 0
   # By method 4 they take the halo cell's value; its weights have a condition number of about 1e9.
-  check "partition faces on $ranks ranks: the halo cell's value" below "$(result cut-$ranks/results.json max 1)" 1e-6
+  check "partition faces on $ranks ranks: the halo cell's value" below "$(result cut-$ranks/faces.json max 1)" 1e-6
   check "inner and cut faces on $ranks ranks are the inner faces of the whole" \
-    [ $((2 * $(result whole-$ranks/results.json faces 1) + $(result cut-$ranks/results.json faces 1))) = $((2 * 540)) ]
+    [ $((2 * $(result whole-$ranks/faces.json faces 1) + $(result cut-$ranks/faces.json faces 1))) = $((2 * 540)) ]
   # Stencils at a cut lack the cells that only touch it with a node, so only about the same.
   check "error of inner faces on $ranks ranks is about that on one" \
-    agree "$(result whole-1/results.json l2 1)" "$(result whole-$ranks/results.json l2 1)" 0.3
+    agree "$(result whole-1/faces.json l2 1)" "$(result whole-$ranks/faces.json l2 1)" 0.3
 done
 for ranks in 1 2; do
   run $ranks faces box:6,5,4 --field "x" --group inner --debug-report -o report
@@ -200,7 +200,7 @@ for ranks in 1 2 4; do
   # The field has no value inside the body, so only cells outside may be evaluated.
   run $ranks points box:9,9,9 --field "sqrt((x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.06)" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" -o root
   check "field outside a body, $ranks ranks: exit code 0" exited 0
-  check "field outside a body, $ranks ranks: all values are numbers" [ "$(result root/results.json notFinite 1)" = 0 ]
+  check "field outside a body, $ranks ranks: all values are numbers" [ "$(result root/points.json notFinite 1)" = 0 ]
   # The body fills half of the box. A point deep inside it is far from usable cells, a point on its surface is not.
   printf 'x,y,z\n0.2,0.5,0.5\n0.7,0.5,0.5\n0.5,0.5,0.5\n' >half.csv
   run $ranks points box:10,10,10 --field "x" --points half.csv --body "x-0.5" -o half
@@ -210,13 +210,13 @@ for ranks in 1 2 4; do
 done
 for ranks in 2 4; do
   for method in 1 2 3; do
-    a=$(result points-1-$method/results.json meanCellDistance 1)
-    b=$(result points-$ranks-$method/results.json meanCellDistance 1)
+    a=$(result points-1-$method/points.json meanCellDistance 1)
+    b=$(result points-$ranks-$method/points.json meanCellDistance 1)
     check "mean distance of cells agrees between 1 and $ranks ranks" agree "$a" "$b" 1e-12
   done
   # Stencils at a cut lack the cells that only touch it with a node, so only about the same.
   check "error of a body's points on $ranks ranks is about that on one" \
-    agree "$(result body-1/results.json l2 1)" "$(result body-$ranks/results.json l2 1)" 0.5
+    agree "$(result body-1/points.json l2 1)" "$(result body-$ranks/points.json l2 1)" 0.5
 done
 run 2 points box:9,9,9 --field "x*y + z" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" -o body-again
 check "a second run gives the same bits" [ "$(cat body-2/points.csv)" = "$(cat body-again/points.csv)" ]

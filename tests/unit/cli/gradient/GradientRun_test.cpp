@@ -32,7 +32,7 @@ class GradientRun : public testing::Test {
                    std::string const& weight, double span = 500.0) {
     theCase_.fields.clear();
     for (std::string const& field : fields)
-      theCase_.fields.push_back(MakeTestField(TestRanks(), *mesh_.partition, Expression(field)));
+      theCase_.fields.push_back({"", {MakeTestField(TestRanks(), *mesh_.partition, Expression(field))}});
     theCase_.exactL2.assign(fields.size(), 1.0);
     theCase_.weight = MakeCellValues(TestRanks(), *mesh_.partition, Expression(weight), "the weight");
     theCase_.radialBasis.span = span;

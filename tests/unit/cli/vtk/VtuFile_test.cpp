@@ -45,6 +45,20 @@ TEST(VtuFile, KeepsEveryBitOfEveryArray) {
   std::filesystem::remove(file);
 }
 
+TEST(VtuFile, NamesComponentsForViewers) {
+  std::string const file = TestFile("VtuFile_components.vtu");
+  VtkArray array = {"vorticity", 3, std::vector<double>{1.0, 2.0, 3.0}};
+  array.componentNames = {"x", "y", "z"};
+  std::string const names = R"( ComponentName0="x" ComponentName1="y" ComponentName2="z"/>)";
+  WriteVtu(file, OneTetrahedron(), {array});
+  std::string const content = ReadAll(file);
+  EXPECT_NE(content.find(names), std::string::npos);
+  EXPECT_EQ((std::vector<double>{1.0, 2.0, 3.0}), ArrayOf<double>(content, "vorticity"));
+  WritePvtu(file, {array}, {"piece.vtu"});
+  EXPECT_NE(ReadAll(file).find(names), std::string::npos);
+  std::filesystem::remove(file);
+}
+
 TEST(VtuFile, NamesFaceArraysOnlyForPolyhedra) {
   std::string const file = TestFile("VtuFile_faces.vtu");
   VtuGrid grid = OneTetrahedron();

@@ -595,9 +595,9 @@ class CgnsField : public testing::Test {
 };
 
 TEST_F(CgnsField, IsFoundByItsNameOrBySolutionAndName) {
-  EXPECT_EQ((std::vector<double>{300.0, 301.0}), ReadCgnsField(name_, "Temperature"));
-  EXPECT_EQ((std::vector<double>{1.5, -2.5}), ReadCgnsField(name_, "First/Pressure"));
-  EXPECT_EQ((std::vector<double>{3.5, 4.5}), ReadCgnsField(name_, "Second/Pressure"));
+  EXPECT_EQ((std::vector<double>{300.0, 301.0}), ReadCgnsField(name_, "Temperature").cell);
+  EXPECT_EQ((std::vector<double>{1.5, -2.5}), ReadCgnsField(name_, "First/Pressure").cell);
+  EXPECT_EQ((std::vector<double>{3.5, 4.5}), ReadCgnsField(name_, "Second/Pressure").cell);
 }
 
 TEST_F(CgnsField, IsRefusedUnlessItIsOneArrayOfTheCells) {

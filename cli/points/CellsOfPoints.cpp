@@ -1,0 +1,159 @@
+#include "cli/points/CellsOfPoints.h"
+
+// As in the search tree: Boost warns about its own headers.
+#define BOOST_ALLOW_DEPRECATED_HEADERS
+#include <lapacke.h>
+#include <mpi.h>
+
+#include <algorithm>
+#include <boost/geometry/algorithms/disjoint.hpp>
+#include <boost/geometry/geometries/box.hpp>
+#include <boost/geometry/geometries/point.hpp>
+#include <boost/geometry/index/rtree.hpp>
+#include <boost/geometry/strategies/strategies.hpp>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "cli/bodies/Vector3.h"
+#include "cli/vtk/PartitionGrid.h"
+
+namespace zyngrad {
+namespace {
+
+using reference_host::HostPartition;
+
+namespace index = boost::geometry::index;
+using TreePoint = boost::geometry::model::point<double, 3, boost::geometry::cs::cartesian>;
+using TreeBox = boost::geometry::model::box<TreePoint>;
+using Entry = std::pair<TreePoint, std::size_t>;
+using Tree = index::rtree<Entry, index::quadratic<16>>;
+
+constexpr double kSlack = 1e-6;
+
+Vector3 NodeAt(CZYN3DFiniteVolumeMesh const& mesh, int n) { return {mesh.xn[n], mesh.yn[n], mesh.zn[n]}; }
+Vector3 CentreAt(CZYN3DFiniteVolumeMesh const& mesh, int c) { return {mesh.xc[c], mesh.yc[c], mesh.zc[c]}; }
+
+Tree TreeOf(PointSet const& points) {
+  std::vector<Entry> entries;
+  entries.reserve(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i)
+    entries.emplace_back(TreePoint(points.x[i], points.y[i], points.z[i]), i);
+  return Tree(entries);
+}
+
+/// The box around the nodes of a cell, somewhat larger.
+TreeBox BoxOf(CZYN3DFiniteVolumeMesh const& mesh, int c) {
+  Vector3 low = CentreAt(mesh, c), high = low;
+  for (int k = 1; k <= mesh.CellLnodsNumber[c]; ++k) {
+    Vector3 const at = NodeAt(mesh, mesh.CellLnods[c][k]);
+    for (std::size_t d = 0; d < 3; ++d) {
+      low[d] = std::min(low[d], at[d]);
+      high[d] = std::max(high[d], at[d]);
+    }
+  }
+  double const slack = kSlack * std::max({high[0] - low[0], high[1] - low[1], high[2] - low[2]});
+  return {TreePoint(low[0] - slack, low[1] - slack, low[2] - slack),
+          TreePoint(high[0] + slack, high[1] + slack, high[2] + slack)};
+}
+
+/// Whether p, relative to one corner of a tetrahedron, lies in it; a, b, c are its other corners.
+bool IsInTetrahedron(Vector3 const& p, Vector3 const& a, Vector3 const& b, Vector3 const& c) {
+  double const volume = Dot(a, Cross(b, c));
+  if (volume == 0.0) return false;
+  double const u = Dot(p, Cross(b, c)) / volume, v = Dot(a, Cross(p, c)) / volume,
+               w = Dot(a, Cross(b, p)) / volume;
+  return u >= -kSlack && v >= -kSlack && w >= -kSlack && u + v + w <= 1.0 + kSlack;
+}
+
+bool IsInCell(CZYN3DFiniteVolumeMesh const& mesh, int c, CellFaces const& faces, Vector3 const& place) {
+  Vector3 const centre = CentreAt(mesh, c), p = Minus(place, centre);
+  for (int f = 0; f < faces.nFaces(); ++f) {
+    int const* row = faces.Face(f);
+    // The lowest node of a face is the same for the cells on both sides in most partitions; where it is not, both
+    // divisions of a warped face overlap by less than its warp.
+    int const first = static_cast<int>(std::min_element(row, row + faces.FaceSize(f)) - row);
+    auto const corner = [&](int k) {
+      return Minus(NodeAt(mesh, row[(first + k) % faces.FaceSize(f)]), centre);
+    };
+    for (int k = 1; k + 1 < faces.FaceSize(f); ++k)
+      if (IsInTetrahedron(p, corner(0), corner(k), corner(k + 1))) return true;
+  }
+  return false;
+}
+
+/// The largest length along `axis` to the centre of a neighbour.
+double ReachToNeighbours(HostPartition& partition, int cell, Vector3 const& axis) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  double reach = 0.0;
+  for (int k = 1; k <= mesh.CellCell[cell][0]; ++k) {
+    int const other = mesh.CellCell[cell][k];
+    if (partition.patchOfGhost()[static_cast<std::size_t>(other)] >= 0) continue;
+    reach = std::max(reach, std::fabs(Dot(axis, Minus(CentreAt(mesh, other), CentreAt(mesh, cell)))));
+  }
+  return reach;
+}
+
+std::vector<double> OwnAspectRatios(HostPartition& partition, PointSet const& points) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  Tree const tree = TreeOf(points);
+  std::vector<double> ratios(points.size(), 0.0);
+  std::vector<Entry> near;
+  CellFaces faces;
+  for (int c = 1; c <= mesh.NInnerCells; ++c) {
+    near.clear();
+    tree.query(index::intersects(BoxOf(mesh, c)), std::back_inserter(near));
+    if (near.empty()) continue;
+    FacesOfCell(mesh, c, faces);
+    double ratio = 0.0;
+    for (Entry const& entry : near) {
+      std::size_t const i = entry.second;
+      if (!IsInCell(mesh, c, faces, {points.x[i], points.y[i], points.z[i]})) continue;
+      if (ratio == 0.0) ratio = AspectRatioOf(partition, c);
+      ratios[i] = std::max(ratios[i], ratio);
+    }
+  }
+  return ratios;
+}
+
+}  // namespace
+
+double AspectRatioOf(HostPartition& partition, int cell) {
+  CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+  int const* nodes = mesh.CellLnods[cell] + 1;
+  int const n = mesh.CellLnodsNumber[cell];
+  Vector3 mean{};
+  for (int k = 0; k < n; ++k)
+    for (std::size_t d = 0; d < 3; ++d) mean[d] += NodeAt(mesh, nodes[k])[d] / n;
+  double moments[9] = {};
+  for (int k = 0; k < n; ++k) {
+    Vector3 const at = Minus(NodeAt(mesh, nodes[k]), mean);
+    for (std::size_t i = 0; i < 9; ++i) moments[i] += at[i / 3] * at[i % 3] / n;
+  }
+  double squares[3] = {};  // ascending; the principal axes replace the columns of the matrix
+  if (LAPACKE_dsyev(LAPACK_ROW_MAJOR, 'V', 'U', 3, moments, 3, squares) != 0) return 1.0;
+
+  constexpr double kNoNeighbour = 0.1;  // of the extent; a neighbour is about two extents away
+  double least = 0.0, most = 0.0;
+  for (std::size_t k = 0; k < 3; ++k) {
+    double const extent = std::sqrt(std::max(squares[k], 0.0));
+    if (!(extent > 0.0)) continue;
+    if (ReachToNeighbours(partition, cell, {moments[k], moments[3 + k], moments[6 + k]}) <
+        kNoNeighbour * extent)
+      continue;
+    if (least == 0.0) least = extent;
+    most = extent;
+  }
+  return least > 0.0 ? most / least : 1.0;
+}
+
+std::vector<double> AspectRatiosAt(Ranks const& ranks, HostPartition& partition, PointSet const& points) {
+  std::vector<double> own(points.size());
+  ranks.Together([&] { own = OwnAspectRatios(partition, points); });
+  std::vector<double> ratios(points.size());
+  MPI_Allreduce(own.data(), ratios.data(), static_cast<int>(own.size()), MPI_DOUBLE, MPI_MAX,
+                ranks.communicator());
+  return ratios;
+}
+
+}  // namespace zyngrad

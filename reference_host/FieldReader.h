@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reference_host/openfoam/FoamField.h"
+#include "reference_host/openfoam/PolyMeshReader.h"
+#include "reference_host/partition/BoundaryVectors.h"
+
+namespace reference_host {
+
+/// Whether `fieldSpec` names an array of a CGNS file: FILE.cgns:ARRAY. Throws MeshError for FILE.cgns alone.
+bool IsCgnsField(std::string const& fieldSpec);
+
+/// The field of a whole mesh, on one process.
+/// @param[in] fieldSpec  a volScalarField or volVectorField of OpenFOAM, as a path or as a path in the case of the mesh
+///                       ("0/T"); or FILE.cgns:ARRAY or FILE.cgns:SOLUTION/ARRAY, a cell-centred array; or
+///                       FILE.cgns:NAME, a vector whose components are the arrays NAMEX, NAMEY, NAMEZ
+/// @param[in] polyMesh   the polyMesh folder of the mesh; empty for other meshes
+/// @param[in] nFaces     faces of each patch
+/// @throws MeshError
+FoamField ReadField(std::string const& fieldSpec, std::string const& polyMesh, std::int64_t nCells,
+                    PolyMeshBoundary const& boundary, std::vector<std::int64_t> const& nFaces);
+
+/// Which values the field has at the faces of each patch. Vectors lose their normal part on the types symmetry,
+/// symmetryPlane and slip, and are turned on wedges. A patch of which the file says nothing is judged by its own type
+/// and group.
+std::vector<FaceValues> FaceValuesOf(FoamField const& field, std::vector<Patch> const& patches);
+
+/// The name of a field, without its folder, file or solution: "U" of "0.5/U.gz", "Velocity" of "wing.cgns:Flow/Velocity".
+std::string FieldName(std::string const& fieldSpec);
+
+}  // namespace reference_host

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <mpi.h>
+
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "reference_host/openfoam/BoundaryFile.h"
+#include "reference_host/openfoam/FoamFieldWriter.h"
+#include "reference_host/parallel/LoadMesh.h"
+#include "reference_host/parallel/MpiCommunicator.h"
+
+namespace reference_host {
+
+/// Makes fields of a mesh that LoadMesh has read from an OpenFOAM case into the form of the case's files: in the order of
+/// the file's cells, with an entry for every patch. The first rank makes the files of a whole case, each rank those of
+/// its own processor folder.
+class CaseFieldMaker {
+ public:
+  /// Collective. Borrows the mesh.
+  /// @throws MeshError  with the same text on every rank, if the mesh is not that of a case
+  CaseFieldMaker(MPI_Comm communicator, LoadedMesh& mesh);
+
+  /// Whether this rank gets the fields that Make returns.
+  bool Writes() const { return isDecomposed_ || communicator_.rank() == 0; }
+
+  bool IsDecomposed() const { return isDecomposed_; }
+
+  /// The case that this rank writes into, or its processor folder; empty if it writes nothing.
+  std::string const& folder() const { return folder_; }
+
+  /// Collective. Sets `cell` and `patches` of a field; on patches of type calculated, faces have the values of their
+  /// cells, on those between processors the values of the cells beyond. Does nothing on ranks that do not write.
+  /// @param[in] values  [nComponents * (c - 1) + k] of the interior cells c = 1..NInnerCells of this rank
+  /// @param[in,out] field  with nComponents set
+  /// @throws MeshError or std::bad_alloc  the former with the same text on every rank
+  void Make(std::vector<double> const& values, FoamOutput& field) const;
+
+ private:
+  /// A patch of the case and the cells at its faces, if the field has values there.
+  struct CasePatch {
+    BoundaryFilePatch entry;
+    std::vector<std::int64_t> owner;
+  };
+
+  void ReadPatches();
+  void TakeOwners(std::vector<BoundaryFilePatch> const& entries);
+  std::string NameBeyond(BoundaryFilePatch const& patch) const;
+  std::optional<std::vector<char>> Receive(int rank, std::exception_ptr& failure) const;
+  std::vector<double> InFileOrder(std::vector<double> const& values, int nComponents) const;
+  void ExchangeCuts(FoamOutput& field) const;
+
+  MpiCommunicator communicator_;
+  LoadedMesh& mesh_;
+  bool isDecomposed_ = false;
+  std::string folder_, polyMesh_;
+  std::vector<CasePatch> patches_;        ///< in the order of the file
+  std::vector<std::int64_t> cellInFile_;  ///< [1..NInnerCells]
+};
+
+}  // namespace reference_host
