@@ -71,10 +71,11 @@ class PartRun {
     field_.assign(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
     for (int c = 1; c <= mesh.NCell; ++c) {
       double& value = field_[static_cast<std::size_t>(c)];
-      value = question.field.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+      auto const [x, y, z] = partition_.OwnerCentre(c);
+      value = question.field.Value(x, y, z);
       if (std::isfinite(value)) continue;
       throw UsageError("the field " + Quoted(question.field.text()) + " is not finite at " +
-                       Place(mesh.xc[c], mesh.yc[c], mesh.zc[c], PlaceDigits(partition_)));
+                       Place(x, y, z, PlaceDigits(partition_)));
     }
   }
 
