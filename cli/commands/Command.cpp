@@ -51,6 +51,7 @@ void Command::Write(CommandRun& run) {
   });
   run.progress().Done();
   folder.Commit("\nwritten to " + folder.path() + ": " + resultsFile_ + ", " + others + '\n');
+  AfterCommit();
 }
 
 }  // namespace zyngrad
