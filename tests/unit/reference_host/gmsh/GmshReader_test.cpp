@@ -213,9 +213,12 @@ FaceMesh ReadData(std::string const& name) {
   return mesh;
 }
 
-/// The cells by their centres, in ascending order.
+/// The centres of the cells in ascending order, without their last digits, which depend on the order of the faces.
 std::vector<reference_host::Point> Centres(FaceMesh const& mesh) {
   std::vector<reference_host::Point> centres = reference_host::ComputeCellGeometry(mesh, mesh.nCells).centre;
+  for (reference_host::Point& centre : centres) {
+    for (double& x : centre) x = std::round(1e9 * x);
+  }
   std::sort(centres.begin(), centres.end());
   return centres;
 }
@@ -232,7 +235,7 @@ TEST(GmshReader, ReadsPartitionedFilesAsAWhole) {
       EXPECT_EQ(FacesInPatch(parts, patch), FacesInPatch(whole, patch)) << patch;
     }
     EXPECT_EQ(FacesInPatch(parts, "unnamed"), -1);
-    EXPECT_EQ(Centres(parts), Centres(whole));  // text has 16 digits, from which the same bits follow
+    EXPECT_EQ(Centres(parts), Centres(whole));
   }
 }
 
