@@ -200,28 +200,6 @@ TEST(DecomposedCase, GroupsMakeBoundariesOfCutCyclicPatches) {
   ExpectSamePart(read.part, ExtractPart(whole, partOfCell, world.rank(), world.size()));
 }
 
-TEST(DecomposedCase, IsRefusedWhereCyclicPatchesDoNotFit) {
-  FaceMesh whole = foam_test::InFoamOrder(test_meshes::Periodic(test_meshes::HexBox(8, 2, 2), "x"));
-  std::vector<int> const partOfCell = test_meshes::RunParts(whole.nCells, RankCount());
-  auto const refusal = [&](std::function<void(int, foam_test::Piece&)> const& change) {
-    SharedFolder const folder;
-    Write(folder, whole, partOfCell, true, change);
-    return ErrorOnEveryRank([&] { Load(folder.File("case")); });
-  };
-  ExpectHas(refusal([](int, foam_test::Piece& piece) { piece.entries["low_x"] = "transform rotational; "; }),
-            "cyclic patch 'low_x' is rotational; only translations can be joined, --group 'low_x=wall' makes "
-            "walls");
-  ExpectHas(
-      refusal([](int, foam_test::Piece& piece) { piece.entries["low_x"] = "separationVector (2 0 0); "; }),
-      "cyclic patch 'low_x' is (1 0 0) from its partner, not (2 0 0); only translations");
-  ExpectHas(refusal([](int, foam_test::Piece& piece) {
-              for (Point& p : piece.mesh.points) {
-                if (p[0] == 1.0 && p[1] == 0.5) p[1] = 0.6;
-              }
-            }),
-            "does not lie on its counterpart in processor");
-}
-
 TEST(DecomposedCase, GradientsAgreeWithThoseOfTheUndecomposedCase) {
   for (WholeMesh const& whole : WholeMeshes()) {
     for (std::vector<int> const& partOfCell : Decompositions(whole.mesh)) {
@@ -429,6 +407,28 @@ TEST(DecomposedCase, NeedsGroupsLikeTheWholeCase) {
   Write(folder, whole, test_meshes::RunParts(whole.nCells, RankCount()), true, rename);
   ExpectHas(ErrorOnEveryRank([&] { Load(folder.File("case")); }),
             "boundary faces without a group: 'left' of type cyclic (4 faces)");
+}
+
+TEST(DecomposedCase, IsRefusedWhereCyclicPatchesDoNotFit) {
+  FaceMesh whole = foam_test::InFoamOrder(test_meshes::Periodic(test_meshes::HexBox(8, 2, 2), "x"));
+  std::vector<int> const partOfCell = test_meshes::RunParts(whole.nCells, RankCount());
+  auto const refusal = [&](std::function<void(int, foam_test::Piece&)> const& change) {
+    SharedFolder const folder;
+    Write(folder, whole, partOfCell, true, change);
+    return ErrorOnEveryRank([&] { Load(folder.File("case")); });
+  };
+  ExpectHas(refusal([](int, foam_test::Piece& piece) { piece.entries["low_x"] = "transform rotational; "; }),
+            "cyclic patch 'low_x' is rotational; only translations can be joined, --group 'low_x=wall' makes "
+            "walls");
+  ExpectHas(
+      refusal([](int, foam_test::Piece& piece) { piece.entries["low_x"] = "separationVector (2 0 0); "; }),
+      "cyclic patch 'low_x' is (1 0 0) from its partner, not (2 0 0); only translations");
+  ExpectHas(refusal([](int, foam_test::Piece& piece) {
+              for (Point& p : piece.mesh.points) {
+                if (p[0] == 1.0 && p[1] == 0.5) p[1] = 0.6;
+              }
+            }),
+            "does not lie on its counterpart in processor");
 }
 
 }  // namespace reference_host::test
