@@ -383,10 +383,12 @@ TEST(DecomposedCase, IsRefusedWhenCutsDoNotFitTogether) {
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.mesh.patches.front().name = "other"; })),
             "the patches differ in name, type or order from those of processor0");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) {
-              // The faces of the cut become faces of a wall.
-              std::string const name = piece.mesh.patches.back().name;
-              piece.mesh.patches.back() = {"lid", "wall", {}};
-              piece.entries.erase(name);
+              // The faces of the cut become faces of the patch before.
+              piece.entries.erase(piece.mesh.patches.back().name);
+              piece.mesh.patches.pop_back();
+              for (int& patch : piece.mesh.facePatch) {
+                patch = std::min(patch, static_cast<int>(piece.mesh.patches.size()) - 1);
+              }
             })),
             " leading back");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) {
