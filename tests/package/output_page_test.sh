@@ -21,6 +21,9 @@ run faces faces box:3,3,3 --field x --group inner --debug-report
 run points points box:3,3,3 --field x --points points.csv
 run check check box:3,3,3 --group-faces inner --points points.csv
 run study study --series tet --levels 2 --method iterated,rbf
+mkdir info explain
+"$zyngrad" info "$1/tests/data/openfoam_cases/wedge" --json >info/info.json
+"$zyngrad" explain box:3,3,3 --cell 14 --json >explain/explain.json
 
 # Whole words between backticks.
 grep -o '`[^`]*`' "$page" | tr -c 'A-Za-z0-9_\n' '\n' | sort -u >told.txt
