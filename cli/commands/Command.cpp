@@ -56,6 +56,7 @@ void Command::Write(CommandRun& run) {
   });
   run.progress().Done();
   folder.Commit(closingText);
+  AfterCommit();
 }
 
 nlohmann::ordered_json Command::Json(CommandRun const& run) const {

@@ -79,6 +79,9 @@ class Command {
   /// @return the files to open, as the last line of output lists them
   virtual std::string StageFiles(CommandRun& /*run*/) { return {}; }
 
+  /// Once the files of the output folder are in their places.
+  virtual void AfterCommit() {}
+
   /// Adds the question and the results to the results file or to the output of --json, on the first rank only.
   virtual void FillJson(nlohmann::ordered_json& /*json*/) const {}
 

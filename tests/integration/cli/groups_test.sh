@@ -8,7 +8,7 @@
 plate=$data/gmsh_plate/plate.msh
 cases=$data/openfoam_cases
 line() { grep -qxF -- "$1" stdout; }
-row() { sed 's/  */ /g' stdout | grep -qxF -- " $1"; }  # row TEXT: a line of a table, with single spaces
+row() { tr -s ' ' <stdout | grep -qxF -- " $1"; }  # row TEXT: a line of a table, with single spaces
 
 refused() {  # refused NAME TEXT ARGS...: exit code 2 and one line that ends with TEXT, on 1 and 2 ranks
   local name=$1 text=$2 ranks
@@ -68,8 +68,6 @@ refused "a missing file of groups" '--groups "none.txt": cannot be read' info "$
 refused "a folder of groups" '--groups ".": cannot be read' info "$plate" --groups .
 refused "a default group that is none" '--default-group "walls": expected inlet, outlet, wall or symmetry' \
   info "$plate" --default-group walls
-check "a file of groups of the first rank alone" [ -z "$(
-  "$mpirun" -n 2 "$zyngrad" info "$plate" --groups <(cat groups.txt) 2>&1 >/dev/null | grep zyngrad)" ]
 
 # --- the types of OpenFOAM -----------------------------------------------------------------------------------------------
 
@@ -121,21 +119,21 @@ check "planes of symmetry in the symmetry group: not sound" exited 1
 
 for ranks in 1 2 3; do
   run $ranks info "$cases/wedge"
-  check "geometry, $ranks ranks: types of cells" row "cells 25 hexahedra, 5 prisms"
+  check "geometry, $ranks ranks: types of cells" row "cells 24 hexahedra, 6 prisms"
   run $ranks info box:2,4,8
-  check "geometry, $ranks ranks: bounding box" row "bounding box (0, 0, 0) to (1, 1, 1)"
-  check "geometry, $ranks ranks: volume" row "volume 1.000000e+00"
-  check "geometry, $ranks ranks: aspect ratio" row "aspect ratio mean 4.00, greatest 4.00 in cell 1"
+  check "geometry, $ranks ranks: bounding box" row "highest corner (1, 1, 1)"
+  check "geometry, $ranks ranks: volume" row "volume 1.00000e+00"
+  check "geometry, $ranks ranks: aspect ratio" grep -q "^  greatest aspect ratio *4\.00 in cell [1-9]" stdout
 done
 
 is_json() {  # is_json FILE PYTHON: the whole file is JSON, and the condition holds for `d`
-  python3 -c "import json, sys; d = json.load(open(sys.argv[1])); assert $2, d" "$1"
+  python3 -c "import json, sys; d = json.load(open(sys.argv[1])); assert ($2), d" "$1"
 }
 for ranks in 1 2; do
   run $ranks info "$cases/wedge" --json
   check "info --json, $ranks ranks: exit code 0" exited 0
   check "info --json, $ranks ranks" is_json stdout 'd["command"] == "info" and d["mesh"]["cells"] == 30 and
-    d["cellTypes"]["prisms"] == 5 and d["mesh"]["patches"][3]["reason"] == "type wedge" and d["volume"]["least"] > 0 and
+    d["cellTypes"]["prisms"] == 6 and d["mesh"]["patches"][3]["reason"] == "type wedge" and d["volume"]["least"] > 0 and
     d["aspectRatio"]["max"] >= d["aspectRatio"]["mean"] and len(d["boundingBox"]["from"]) == 3'
   run $ranks explain "$cases/wedge" --cell 17 --json
   check "explain --json, $ranks ranks: exit code 0" exited 0

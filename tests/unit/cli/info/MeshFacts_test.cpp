@@ -78,7 +78,7 @@ TEST(MeshFacts, NamesTheSmallestCell) {
   std::ostringstream out;
   PrintMeshFacts(out, facts);
   EXPECT_NE(out.str().find("4 hexahedra"), std::string::npos) << out.str();
-  EXPECT_NE(out.str().find(" in cell " + std::to_string(facts.leastVolumeCell) + ','), std::string::npos);
+  EXPECT_NE(out.str().find(" in cell " + std::to_string(facts.leastVolumeCell) + '\n'), std::string::npos);
   EXPECT_EQ(facts.leastVolumeCell, MeshFactsAsJson(facts)["volume"]["leastCell"]);
 }
 
