@@ -50,6 +50,7 @@ set(reference_host_headers
   reference_host/box/BoxMesh.h
   reference_host/box/BoxSpec.h
   reference_host/mesh/BoundaryGroups.h
+  reference_host/mesh/GroupRules.h
   reference_host/mesh/CellGeometry.h
   reference_host/mesh/DualMesh.h
   reference_host/mesh/FaceGeometry.h

@@ -15,10 +15,10 @@ std::function<void(std::string const&)> CommandRun::Stages() {
   return [this](std::string const& stage) { progress_.Stage(stage); };
 }
 
-void CommandRun::LoadMesh(std::string const& name,
-                          std::map<std::string, reference_host::BoundaryGroup> const& groups) {
+void CommandRun::LoadMesh(std::string const& name, UserGroups const& groups) {
   meshName_ = name;
-  mesh_.emplace(reference_host::LoadMesh(ranks_.communicator(), name, groups, Stages()));
+  mesh_.emplace(
+      reference_host::LoadMesh(ranks_.communicator(), name, ReadGroupRules(ranks_, groups), Stages()));
 }
 
 void CommandRun::PrintMesh() {

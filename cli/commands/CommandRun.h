@@ -1,15 +1,14 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 
 #include "cli/base/Progress.h"
 #include "cli/base/Ranks.h"
+#include "cli/options/MeshOptions.h"
 #include "cli/output/OutputFolder.h"
-#include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/parallel/LoadMesh.h"
 
 namespace zyngrad {
@@ -27,7 +26,7 @@ class CommandRun {
   std::function<void(std::string const&)> Stages();
 
   /// Collective. Loads the mesh that the command line names.
-  void LoadMesh(std::string const& name, std::map<std::string, reference_host::BoundaryGroup> const& groups);
+  void LoadMesh(std::string const& name, UserGroups const& groups);
 
   /// Prints the sizes and the quality of the mesh. @pre LoadMesh
   void PrintMesh();

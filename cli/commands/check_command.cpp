@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -80,7 +79,7 @@ class CheckCommand : public Command {
   std::string faceMethodText_ = "4", pointMethodText_ = "3", numberText_ = "20";
   bool shapeNormalize_ = false;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   CellCheckCase cellCase_;
   std::vector<FaceKind> faceGroups_;
   std::optional<Expression> body_;

@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
-#include <map>
 #include <optional>
 #include <ostream>
 #include <sstream>
@@ -74,7 +73,7 @@ class CompareRanksCommand : public Command {
   std::string ranksText_ = "1,2,4", fieldText_ = "trigonometric", sweepsText_ = "3", spanText_;
   std::vector<std::string> methodLists_;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   std::vector<int> counts_;
   std::optional<RankQuestion> question_;
 
@@ -109,10 +108,11 @@ void CompareRanksCommand::ReadOptions() {
 void CompareRanksCommand::Compute(CommandRun& run) {
   Ranks const& ranks = run.ranks();
   Progress& progress = run.progress();
+  reference_host::GroupRules const groups = ReadGroupRules(ranks, groups_);
   ranks.Together([&] {
     if (!ranks.IsFirst()) return;
     progress.Stage("reading");
-    WholeMesh const mesh = ReadWholeMesh(meshOptions_.mesh, groups_);
+    WholeMesh const mesh = ReadWholeMesh(meshOptions_.mesh, groups);
     for (int const count : counts_) mesh.PartOfCell(count);  // refuses too many parts before any work
     progress.Done();
     WarnOfLongRows(mesh, question_->cases);

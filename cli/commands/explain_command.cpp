@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <map>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -52,7 +51,7 @@ class ExplainCommand : public Command {
   std::string cellText_, spanText_ = "500";
   bool shapeNormalize_ = false;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   RadialBasisSettings settings_;
   int cell_ = 0, owner_ = 0;  ///< number in the mesh, rank
   std::string text_;

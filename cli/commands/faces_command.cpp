@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -57,7 +56,7 @@ class FacesCommand : public Command {
   InterpolationOptions options_ = {"4", "1000"};
   bool debugReport_ = false;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   std::optional<FaceKind> group_;
   std::optional<Expression> field_;
   InterpolationSettings settings_;

@@ -1,7 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -86,7 +85,7 @@ class GradientCommand : public Command {
   std::string sweepsText_ = "3", weightText_ = "1", repeatText_ = "3", spanText_ = "500";
   bool nonBlocking_ = false, shapeNormalize_ = false;
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   FieldFiles fieldFiles_;
   std::vector<Expression> fields_;
   std::optional<Expression> weight_;

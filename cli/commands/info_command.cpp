@@ -1,5 +1,4 @@
 #include <CLI/CLI.hpp>
-#include <map>
 #include <ostream>
 #include <string>
 
@@ -36,7 +35,7 @@ class InfoCommand : public Command {
   }
 
   MeshOptions options_;
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   reference_host::MeshSummary summary_;
 };
 

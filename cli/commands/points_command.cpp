@@ -1,6 +1,5 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -63,7 +62,7 @@ class PointsCommand : public Command {
   std::string fieldText_, pointsFile_, bodyText_, spacingText_;
   InterpolationOptions options_ = {"3", "500"};
 
-  std::map<std::string, reference_host::BoundaryGroup> groups_;
+  UserGroups groups_;
   std::optional<Expression> field_, body_;
   double spacing_ = 0.0;
   InterpolationSettings settings_;

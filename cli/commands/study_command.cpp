@@ -64,10 +64,12 @@ class StudyCommand : public Command {
   void ReadFields();
   std::string Title() const;
 
-  std::vector<std::string> meshes_, groupTexts_, fieldTexts_;
+  std::vector<std::string> meshes_, fieldTexts_;
+  GroupOptions groupOptions_;
   std::vector<std::string> methodLists_;
   std::string series_, levelsText_, spanText_, sweepsText_ = "3", numberText_ = "20", weightText_;
 
+  UserGroups groups_;
   StudyQuestion question_;
   std::vector<StudyLevel> levels_;
   bool isReordered_ = false;
@@ -85,7 +87,7 @@ CLI::App* StudyCommand::AddTo(CLI::App& program) {
   command->add_option("--sweeps", sweepsText_, help::kSweeps)->type_name("A,B,C");
   command->add_option("--weight", weightText_, help::kWeight)->type_name("EXPR");
   command->add_option("--search-number", numberText_, help::kSearchNumber)->type_name("N");
-  AddGroupOption(*command, groupTexts_);
+  AddGroupOptions(*command, groupOptions_);
   AddOutputOption(*command);
   command->footer(help::kFooter);
   return command;
@@ -122,7 +124,7 @@ void StudyCommand::ReadOptions() {
       ChooseStudyMethods(methodLists_.empty() ? "gradients" : JoinedLists(methodLists_)), spans, sweeps);
   if (!weightText_.empty()) question_.weight.emplace(weightText_);
   question_.searchNumber = WholeNumber("--search-number", numberText_, 1);
-  question_.groups = GroupsByUser({{}, groupTexts_});
+  groups_ = GroupsByUser(groupOptions_);
 }
 
 std::string StudyCommand::Title() const {
@@ -136,6 +138,7 @@ std::vector<std::string> StudyCommand::OutputFiles(Ranks const& /*ranks*/) const
 }
 
 void StudyCommand::Compute(CommandRun& run) {
+  question_.groups = ReadGroupRules(run.ranks(), groups_);
   for (std::string const& mesh : question_.meshes)
     levels_.push_back(RunStudyLevel(run.ranks(), question_, mesh, run.folder().logFile(), run.Stages()));
   isReordered_ = SortCoarseToFine(levels_);

@@ -6,6 +6,7 @@
 
 #include "reference_host/MeshReader.h"
 #include "reference_host/box/BoxMesh.h"
+#include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/parallel/MeshDistribution.h"
 
@@ -19,8 +20,7 @@ std::vector<int> WholeMesh::PartOfCell(int nParts) const {
   return reference_host::PartitionMesh(faces, nParts, spec);
 }
 
-WholeMesh ReadWholeMesh(std::string const& spec,
-                        std::map<std::string, reference_host::BoundaryGroup> const& groupsByUser) {
+WholeMesh ReadWholeMesh(std::string const& spec, reference_host::GroupRules const& groupsByUser) {
   WholeMesh mesh;
   mesh.spec = spec;
   mesh.faces = reference_host::IsBoxSpec(spec) ? reference_host::MakeBox(reference_host::ParseBoxSpec(spec))
@@ -29,7 +29,7 @@ WholeMesh ReadWholeMesh(std::string const& spec,
   std::vector<std::int64_t> facesOfPatch(mesh.faces.patches.size(), 0);
   for (int const patch : mesh.faces.facePatch)
     if (patch >= 0) ++facesOfPatch[static_cast<std::size_t>(patch)];
-  reference_host::AssignBoundaryGroups(mesh.faces.patches, facesOfPatch, groupsByUser);
+  reference_host::AssignBoundaryGroups(mesh.faces.patches, facesOfPatch, groupsByUser, spec);
   return mesh;
 }
 

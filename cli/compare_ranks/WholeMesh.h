@@ -1,11 +1,10 @@
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
-#include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/FaceMesh.h"
+#include "reference_host/mesh/GroupRules.h"
 
 namespace zyngrad {
 
@@ -22,8 +21,7 @@ struct WholeMesh {
 
 /// @param[in] spec  file, folder or text of a box, as for LoadMesh
 /// Throws MeshError for everything that LoadMesh refuses.
-WholeMesh ReadWholeMesh(std::string const& spec,
-                        std::map<std::string, reference_host::BoundaryGroup> const& groupsByUser);
+WholeMesh ReadWholeMesh(std::string const& spec, reference_host::GroupRules const& groupsByUser);
 
 /// Layers are counted up to this one, which includes all layers beyond it.
 constexpr int kLastLayer = 3;

@@ -1,12 +1,18 @@
 #include "cli/output/MeshReport.h"
 
+#include <algorithm>
+#include <functional>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 #include "cli/base/OneLine.h"
 #include "cli/base/TextTable.h"
+#include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace zyngrad {
 namespace {
@@ -14,6 +20,8 @@ namespace {
 using nlohmann::ordered_json;
 using reference_host::BoundaryGroup;
 using reference_host::MeshSummary;
+using reference_host::NameList;
+using reference_host::PatchSummary;
 using Align = TextTable::Align;
 
 constexpr BoundaryGroup kGroups[] = {BoundaryGroup::Inlet, BoundaryGroup::Outlet, BoundaryGroup::Symmetry,
@@ -53,6 +61,35 @@ void PrintQuality(std::ostream& out, MeshSummary const& mesh) {
   table.Print(out);
 }
 
+/// One line: the boundaries that `isMeant` chooses, each reason once, behind its boundaries. Nothing without any.
+void PrintBoundaries(std::ostream& out, std::string const& title, MeshSummary const& mesh,
+                     std::function<bool(PatchSummary const&)> const& isMeant) {
+  std::vector<std::pair<std::string, NameList>> byReason;  // in the order in which reasons occur
+  for (PatchSummary const& patch : mesh.patches) {
+    if (!isMeant(patch)) continue;
+    auto known = std::find_if(byReason.begin(), byReason.end(),
+                              [&](auto const& entry) { return entry.first == patch.reason; });
+    if (known == byReason.end()) known = byReason.insert(known, {patch.reason, {}});
+    known->second.Add(OneLine(patch.name));
+  }
+  if (byReason.empty()) return;
+  std::string line;
+  for (auto const& [reason, names] : byReason)
+    line += (line.empty() ? "" : "; ") + names.Text() + " (" + OneLine(reason) + ')';
+  out << "  " << title << ": " << line << '\n';
+}
+
+/// Which boundaries each group has, and why.
+void PrintGroups(std::ostream& out, MeshSummary const& mesh) {
+  for (BoundaryGroup const group : kGroups) {
+    PrintBoundaries(out, reference_host::NameOfGroup(group), mesh,
+                    [group](PatchSummary const& patch) { return patch.group == group && patch.nFaces > 0; });
+  }
+  PrintBoundaries(out, "no group", mesh,
+                  [](PatchSummary const& patch) { return !patch.group && !patch.reason.empty(); });
+  out << '\n';
+}
+
 }  // namespace
 
 void PrintMeshReport(std::ostream& out, std::string const& meshName, MeshSummary const& mesh) {
@@ -71,15 +108,16 @@ void PrintMeshReport(std::ostream& out, std::string const& meshName, MeshSummary
   sizes.AddRow(row);
   sizes.Print(out);
   out << '\n';
+  if (!reference_host::IsBoxSpec(meshName)) PrintGroups(out, mesh);
   PrintQuality(out, mesh);
   out << '\n';
 }
 
 void PrintMeshDetails(std::ostream& out, MeshSummary const& mesh) {
-  TextTable patches({{"boundary", Align::Left}, {"group", Align::Left}, {"faces"}});
+  TextTable patches({{"boundary", Align::Left}, {"group", Align::Left}, {"reason", Align::Left}, {"faces"}});
   for (auto const& patch : mesh.patches) {
-    std::string const group = patch.nFaces > 0 ? reference_host::NameOfGroup(patch.group) : "-";
-    patches.AddRow({OneLine(patch.name), group, Grouped(patch.nFaces)});
+    std::string const group = patch.group ? reference_host::NameOfGroup(*patch.group) : "-";
+    patches.AddRow({OneLine(patch.name), group, OneLine(patch.reason), Grouped(patch.nFaces)});
   }
   patches.Print(out);
   out << '\n';
@@ -112,9 +150,14 @@ ordered_json MeshReportAsJson(std::string const& meshName, MeshSummary const& me
                                      {"max", mesh.quality.maxNonOrthogonality}};
   json["patches"] = ordered_json::array();
   for (auto const& patch : mesh.patches) {
-    ordered_json group = nullptr;
-    if (patch.nFaces > 0) group = reference_host::NameOfGroup(patch.group);
-    json["patches"].push_back({{"name", patch.name}, {"group", group}, {"faces", patch.nFaces}});
+    ordered_json group = nullptr, reason = nullptr;
+    if (patch.group) group = reference_host::NameOfGroup(*patch.group);
+    if (!patch.reason.empty()) reason = patch.reason;
+    json["patches"].push_back({{"name", patch.name},
+                               {"type", patch.type},
+                               {"group", group},
+                               {"reason", reason},
+                               {"faces", patch.nFaces}});
   }
   json["partition"] = {{"fewestCells", mesh.minCells},
                        {"mostCells", mesh.maxCells},

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -8,7 +7,7 @@
 
 #include "cli/field/Expression.h"
 #include "cli/study/StudyMethod.h"
-#include "reference_host/mesh/BoundaryGroups.h"
+#include "reference_host/mesh/GroupRules.h"
 
 namespace zyngrad {
 
@@ -28,7 +27,7 @@ std::vector<std::pair<std::string, std::string>> NamedStudyFields();
 /// What a study is asked to measure.
 struct StudyQuestion {
   std::vector<std::string> meshes;  ///< coarse to fine
-  std::map<std::string, reference_host::BoundaryGroup> groups;
+  reference_host::GroupRules groups;
   std::vector<StudyField> fields;
   std::vector<StudyCase> cases;
   int searchNumber = 20;             ///< for faces1, faces2, points1, points2

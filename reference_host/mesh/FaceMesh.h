@@ -20,6 +20,11 @@ struct Patch {
   /// patch type of a polyMesh ("wall", "symmetryPlane", ...), BCType_t of a CGNS condition, else empty
   std::string type;
   std::optional<BoundaryGroup> group;  ///< empty until AssignBoundaryGroups has found one
+  std::string reason = {};             ///< why it has that group: "type empty", "name", "--default-group"
+
+  /// The patches that all faces of this one lie on after a period of the domain, ascending; it may be among
+  /// them. Empty: the mesh file does not pair all of its faces.
+  std::vector<int> partners = {};
 };
 
 struct MeshNames;

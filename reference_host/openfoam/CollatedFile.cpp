@@ -82,8 +82,8 @@ std::size_t ReadPieceSize(PieceReader& reader, int piece, int processor) {
   std::size_t size = 0;
   reader.Text(kPieceWindow, [&](TextCursor& text) {
     if (text.AtEnd()) {
-      text.Fail("the file ends after " + std::to_string(piece) + " pieces, before that of processor " +
-                std::to_string(processor));
+      text.FailAt(text.Position(), "the file ends after " + std::to_string(piece) +
+                                       " pieces, before that of processor " + std::to_string(processor));
     }
     std::int64_t const stated = text.Integer("the size of a processor's piece");
     if (stated < 0 || static_cast<std::size_t>(stated) > reader.MostBytes()) {

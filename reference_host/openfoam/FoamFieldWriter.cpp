@@ -59,7 +59,7 @@ void AppendBytes(std::vector<double> const& values, int scalarBytes, std::string
 }
 
 /// "uniform 0" for no values at all, which is the same in both formats; else "nonuniform List<scalar> N ( ... )".
-void AppendValues(std::vector<double> const& values, int nComponents, FoamFormat const& format,
+void AppendValues(std::vector<double> const& values, int nComponents, FoamOutputFormat const& format,
                   std::string& text) {
   std::vector<double> const zero(static_cast<std::size_t>(nComponents), 0.0);
   if (values.empty()) {
@@ -92,7 +92,7 @@ std::string Header(std::string const& fileClass, std::string const& location, st
 
 }  // namespace
 
-std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format) {
+std::string FoamFieldBody(FoamOutput const& field, FoamOutputFormat const& format) {
   std::string text = "dimensions      [";
   for (std::size_t k = 0; k < field.dimensions.size(); ++k) {
     if (k > 0) text += ' ';
@@ -113,7 +113,7 @@ std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format) {
   return text + "}\n";
 }
 
-std::string FoamFieldText(FoamOutput const& field, FoamFormat const& format, std::string const& note) {
+std::string FoamFieldText(FoamOutput const& field, FoamOutputFormat const& format, std::string const& note) {
   std::string const formatLines = format.isBinary
                                       ? std::string("    format      binary;\n    arch        \"") +
                                             ByteOrder() + ";label=" + std::to_string(8 * format.labelBytes) +

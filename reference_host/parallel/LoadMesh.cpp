@@ -37,8 +37,7 @@ std::vector<std::int64_t> CountFacesOfPatches(std::vector<int> const& facePatch,
 /// The stages of one call of LoadMesh. Everything that can fail is inside RunTogether.
 class MeshLoader {
  public:
-  MeshLoader(MPI_Comm communicator, std::string const& meshSpec,
-             std::map<std::string, BoundaryGroup> const& groups,
+  MeshLoader(MPI_Comm communicator, std::string const& meshSpec, GroupRules const& groups,
              std::function<void(std::string const&)> const& progress)
       : original_(communicator),
         communicator_(communicator),
@@ -181,7 +180,7 @@ class MeshLoader {
 
   void NamePatches() {
     for (Patch const& patch : loaded_.partition->patches()) {
-      loaded_.summary.patches.push_back({patch.name, patch.group.value_or(BoundaryGroup::Wall), 0});
+      loaded_.summary.patches.push_back({patch.name, patch.type, patch.group, patch.reason, 0});
     }
   }
 
@@ -197,7 +196,8 @@ class MeshLoader {
 
     for (std::size_t p = 0; p < summary.patches.size(); ++p) {
       summary.patches[p].nFaces = counts[p];
-      summary.facesOfGroup[static_cast<std::size_t>(summary.patches[p].group)] += counts[p];
+      if (auto const& group = summary.patches[p].group)
+        summary.facesOfGroup[static_cast<std::size_t>(*group)] += counts[p];
     }
     std::size_t const next = summary.patches.size();
     summary.nCells = counts[next];
@@ -231,7 +231,7 @@ class MeshLoader {
   MPI_Comm original_;
   MpiCommunicator communicator_;
   std::string const& meshSpec_;
-  std::map<std::string, BoundaryGroup> const& groups_;
+  GroupRules const& groups_;
   std::function<void(std::string const&)> const& progress_;
   MeshSource source_;
   LoadedMesh loaded_;
@@ -239,8 +239,7 @@ class MeshLoader {
 
 }  // namespace
 
-LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec,
-                    std::map<std::string, BoundaryGroup> const& groupsByUser,
+LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec, GroupRules const& groupsByUser,
                     std::function<void(std::string const&)> const& progress) {
   return MeshLoader(communicator, meshSpec, groupsByUser, progress).Load();
 }

@@ -3,10 +3,10 @@
 #include <mpi.h>
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 
+#include "reference_host/mesh/GroupRules.h"
 #include "reference_host/parallel/MpiExchange.h"
 #include "reference_host/parallel/MpiReduction.h"
 #include "reference_host/partition/HostPartition.h"
@@ -32,13 +32,12 @@ struct LoadedMesh {
 /// OpenFOAM case that is decomposed for as many processors as there are ranks.
 /// @param[in] communicator  borrowed; the result has its own duplicates
 /// @param[in] meshSpec      file, folder or text of a box, as for ReadMesh and ParseBoxSpec; the same on every rank
-/// @param[in] groupsByUser  boundary groups by patch name, which override the patches' own; the same on every rank
+/// @param[in] groupsByUser  boundary groups that the user assigns, which override the patches' own; the same on every rank
 /// @param[in] progress      called on rank 0 at the start of each stage: "reading", "partitioning" and "distributing" for
 ///                          a file, "reading" for a decomposed case, "generating" for a box, then always "tables"; may
 ///                          be empty
 /// @throws MeshError  with the same text on every rank, whatever failed and wherever
-LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec,
-                    std::map<std::string, BoundaryGroup> const& groupsByUser,
+LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec, GroupRules const& groupsByUser,
                     std::function<void(std::string const&)> const& progress);
 
 }  // namespace reference_host

@@ -56,6 +56,8 @@ class Writer {
     for (Patch const& patch : patches) {
       Array(patch.name);
       Array(patch.type);
+      Array(patch.reason);
+      Array(patch.partners);
       Number(patch.group ? static_cast<int>(*patch.group) : kNoGroup);
     }
   }
@@ -96,6 +98,8 @@ class Reader {
     for (Patch& patch : patches) {
       Array(patch.name);
       Array(patch.type);
+      Array(patch.reason);
+      Array(patch.partners);
       int group = kNoGroup;
       Number(group);
       if (group != kNoGroup) patch.group = static_cast<BoundaryGroup>(group);

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,9 @@ namespace reference_host {
 /// A named part of the boundary of the whole mesh.
 struct PatchSummary {
   std::string name;
-  BoundaryGroup group;  ///< meaningless for a patch without faces
+  std::string type;  ///< as in the mesh file, see Patch
+  std::optional<BoundaryGroup> group;
+  std::string reason = {};  ///< why it has that group, see Patch
   std::int64_t nFaces = 0;
 };
 

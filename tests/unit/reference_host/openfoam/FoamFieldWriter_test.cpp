@@ -81,7 +81,7 @@ TEST(FoamFieldWriter, WritesBinaryNumbersOfBothWidths) {
   FoamOutput field;
   field.name = "Q";
   field.cell = {1.5, -2.25};
-  FoamFormat format;
+  FoamOutputFormat format;
   format.isBinary = true;
   std::string text = FoamFieldText(field, format, "");
   EXPECT_NE(std::string::npos,
@@ -172,7 +172,7 @@ TEST(FoamFieldSource, RefusesWhatItCannotUse) {
   TemporaryFolder const folder;
   std::string const header = "FoamFile { format ascii; }\n";
   for (char const* dimensions : {"", "dimensions [m s^-1];", "dimensions [0 1];",
-                                        "dimensions [0 1 -1 0 0 0 0 0];", "dimensions [0 1 -1 0 0"}) {
+                                 "dimensions [0 1 -1 0 0 0 0 0];", "dimensions [0 1 -1 0 0"}) {
     std::string const file = folder.Write("U", header + dimensions);
     EXPECT_EQ(file + ": no dimensions as in [0 1 -1 0 0 0 0]", MeshErrorOf([&] { DescribeFoamField(file); }));
   }
