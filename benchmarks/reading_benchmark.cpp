@@ -37,7 +37,7 @@ namespace fs = std::filesystem;
 using benchmarks::Report;
 using benchmarks::Seconds;
 using reference_host::FaceMesh;
-using reference_host::FoamOutputFormat;
+using reference_host::FoamFormat;
 using reference_host::Point;
 
 constexpr double kMegabyte = 1e6;
@@ -52,7 +52,7 @@ void AppendBytes(std::string& text, Number number) {
 /// Writes one case in one format and counts the bytes before they are compressed.
 class CaseWriter {
  public:
-  CaseWriter(std::string folder, FoamOutputFormat const& format, FaceMesh const& mesh)
+  CaseWriter(std::string folder, FoamFormat const& format, FaceMesh const& mesh)
       : folder_(std::move(folder)),
         format_(format),
         mesh_(mesh),
@@ -173,14 +173,14 @@ class CaseWriter {
   }
 
   std::string folder_;
-  FoamOutputFormat format_;
+  FoamFormat format_;
   FaceMesh const& mesh_;
   std::vector<int> order_;
   double bytes_ = 0;
   double meshBytes_ = 0;
 };
 
-void Time(std::string const& name, FoamOutputFormat const& format, FaceMesh const& mesh, int nRounds,
+void Time(std::string const& name, FoamFormat const& format, FaceMesh const& mesh, int nRounds,
           std::string const& folder) {
   CaseWriter writer(folder, format, mesh);
   writer.Write();
@@ -214,7 +214,7 @@ void Run(double nCells, int nRounds, std::string const& parent) {
       fs::remove_all(folder, ignored);
     }
   } const removal{folder};
-  FoamOutputFormat format;
+  FoamFormat format;
   for (bool const isBinary : {true, false}) {
     for (bool const isCompressed : {false, true}) {
       format.isBinary = isBinary;

@@ -222,8 +222,8 @@ hexahedra() {
   printf '| width over thickness | method 1 | | method 1, 40 cells | | method 2 | | method 2, 40 cells | | method 2, 80 cells | '
   echo '| method 3 | |'
   echo '|---|---|---|---|---|---|---|---|---|---|---|---|---|'
-  for flat in 1 3 10; do
-    hexahedra 10 $((10 * flat)) >flat.msh
+  for flat in 1 1.5 2 3 5 10; do
+    hexahedra 10 "$(awk -v f=$flat 'BEGIN { print 10 * f }')" >flat.msh
     cells=""
     while read -r method wanted; do
       points flat.msh "$method" 500 --search-number "$wanted" --points inside.csv

@@ -9,7 +9,7 @@ namespace zyngrad {
 namespace {
 
 constexpr std::int32_t kLeaf = 8;  // triangles
-constexpr double kFar = 2.0;       // radii
+constexpr double kFar = 3.0;       // radii
 constexpr double kPi = 3.14159265358979323846;
 constexpr double kOnSurface = 1e-9;
 
@@ -18,9 +18,10 @@ constexpr double kOnSurface = 1e-9;
 double SolidAngle(Vector3 const& a, Vector3 const& b, Vector3 const& c) {
   double const la = std::sqrt(Dot(a, a)), lb = std::sqrt(Dot(b, b)), lc = std::sqrt(Dot(c, c));
   double const volume = Dot(a, Cross(b, c));
+  // In the plane of the triangle, the mean of both sides: 2 pi and -2 pi if the origin lies in it.
+  if (volume == 0.0) return 0.0;
   double const below = la * lb * lc + Dot(a, b) * lc + Dot(b, c) * la + Dot(c, a) * lb;
-  // In the plane of the triangle the sign of a zero must not decide between 2 pi and -2 pi.
-  return 2.0 * std::atan2(volume == 0.0 ? 0.0 : volume, below);
+  return 2.0 * std::atan2(volume, below);
 }
 
 Vector3 CentreOf(Vector3 const* corner) {

@@ -13,6 +13,7 @@
 #include <boost/geometry/strategies/strategies.hpp>
 #include <cmath>
 #include <cstddef>
+#include <iterator>
 #include <utility>
 
 #include "cli/bodies/Vector3.h"
@@ -27,19 +28,19 @@ namespace index = boost::geometry::index;
 using TreePoint = boost::geometry::model::point<double, 3, boost::geometry::cs::cartesian>;
 using TreeBox = boost::geometry::model::box<TreePoint>;
 using Entry = std::pair<TreePoint, std::size_t>;
-using Tree = index::rtree<Entry, index::quadratic<16>>;
+using PointTree = index::rtree<Entry, index::quadratic<16>>;
 
 constexpr double kSlack = 1e-6;
 
 Vector3 NodeAt(CZYN3DFiniteVolumeMesh const& mesh, int n) { return {mesh.xn[n], mesh.yn[n], mesh.zn[n]}; }
 Vector3 CentreAt(CZYN3DFiniteVolumeMesh const& mesh, int c) { return {mesh.xc[c], mesh.yc[c], mesh.zc[c]}; }
 
-Tree TreeOf(PointSet const& points) {
+PointTree TreeOfPoints(PointSet const& points) {
   std::vector<Entry> entries;
   entries.reserve(points.size());
   for (std::size_t i = 0; i < points.size(); ++i)
     entries.emplace_back(TreePoint(points.x[i], points.y[i], points.z[i]), i);
-  return Tree(entries);
+  return PointTree(entries);
 }
 
 /// The box around the nodes of a cell, somewhat larger.
@@ -82,21 +83,24 @@ bool IsInCell(CZYN3DFiniteVolumeMesh const& mesh, int c, CellFaces const& faces,
   return false;
 }
 
-/// The largest length along `axis` to the centre of a neighbour.
-double ReachToNeighbours(HostPartition& partition, int cell, Vector3 const& axis) {
+/// The interior and halo cells that share a node with a cell, in ascending order, without it.
+std::vector<int> CellsAround(HostPartition& partition, int cell) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  double reach = 0.0;
-  for (int k = 1; k <= mesh.CellCell[cell][0]; ++k) {
-    int const other = mesh.CellCell[cell][k];
-    if (partition.patchOfGhost()[static_cast<std::size_t>(other)] >= 0) continue;
-    reach = std::max(reach, std::fabs(Dot(axis, Minus(CentreAt(mesh, other), CentreAt(mesh, cell)))));
+  std::vector<int> cells;
+  for (int k = 1; k <= mesh.CellLnodsNumber[cell]; ++k) {
+    int const* const row = mesh.NodeCell[mesh.CellLnods[cell][k]];
+    for (int j = 1; j <= row[0]; ++j)
+      if (row[j] != cell && partition.patchOfGhost()[static_cast<std::size_t>(row[j])] < 0)
+        cells.push_back(row[j]);
   }
-  return reach;
+  std::sort(cells.begin(), cells.end());
+  cells.erase(std::unique(cells.begin(), cells.end()), cells.end());
+  return cells;
 }
 
 std::vector<double> OwnAspectRatios(HostPartition& partition, PointSet const& points) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  Tree const tree = TreeOf(points);
+  PointTree const tree = TreeOfPoints(points);
   std::vector<double> ratios(points.size(), 0.0);
   std::vector<Entry> near;
   CellFaces faces;
@@ -120,31 +124,17 @@ std::vector<double> OwnAspectRatios(HostPartition& partition, PointSet const& po
 
 double AspectRatioOf(HostPartition& partition, int cell) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  int const* nodes = mesh.CellLnods[cell] + 1;
-  int const n = mesh.CellLnodsNumber[cell];
-  Vector3 mean{};
-  for (int k = 0; k < n; ++k)
-    for (std::size_t d = 0; d < 3; ++d) mean[d] += NodeAt(mesh, nodes[k])[d] / n;
   double moments[9] = {};
-  for (int k = 0; k < n; ++k) {
-    Vector3 const at = Minus(NodeAt(mesh, nodes[k]), mean);
-    for (std::size_t i = 0; i < 9; ++i) moments[i] += at[i / 3] * at[i % 3] / n;
+  for (int const other : CellsAround(partition, cell)) {
+    Vector3 const d = Minus(CentreAt(mesh, other), CentreAt(mesh, cell));
+    for (std::size_t i = 0; i < 9; ++i) moments[i] += d[i / 3] * d[i % 3];
   }
-  double squares[3] = {};  // ascending; the principal axes replace the columns of the matrix
-  if (LAPACKE_dsyev(LAPACK_ROW_MAJOR, 'V', 'U', 3, moments, 3, squares) != 0) return 1.0;
-
-  constexpr double kNoNeighbour = 0.1;  // of the extent; a neighbour is about two extents away
-  double least = 0.0, most = 0.0;
-  for (std::size_t k = 0; k < 3; ++k) {
-    double const extent = std::sqrt(std::max(squares[k], 0.0));
-    if (!(extent > 0.0)) continue;
-    if (ReachToNeighbours(partition, cell, {moments[k], moments[3 + k], moments[6 + k]}) <
-        kNoNeighbour * extent)
-      continue;
-    if (least == 0.0) least = extent;
-    most = extent;
-  }
-  return least > 0.0 ? most / least : 1.0;
+  double principal[3] = {};  // ascending
+  if (LAPACKE_dsyev(LAPACK_ROW_MAJOR, 'N', 'U', 3, moments, 3, principal) != 0) return 1.0;
+  constexpr double kNoNeighbour = 1e-12;  // of the largest: rounding, in a direction without other cells
+  double const least = *std::find_if(principal, principal + 2,
+                                     [&](double moment) { return moment > kNoNeighbour * principal[2]; });
+  return least > 0.0 ? std::sqrt(principal[2] / least) : 1.0;
 }
 
 std::vector<double> AspectRatiosAt(Ranks const& ranks, HostPartition& partition, PointSet const& points) {

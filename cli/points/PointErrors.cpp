@@ -102,7 +102,7 @@ PointNorms GradientNorms(ErrorsAtPoints const& errors, ExactAtPoints const& exac
 
 std::vector<std::int32_t> FlagPoints(PointValues const& values, std::vector<PointOwner> const& owners,
                                      double meanDistance, std::vector<double> const& aspectRatios) {
-  std::vector<std::int32_t> flags(values.value.size(), 0);
+  std::vector<std::int32_t> flags(values.isRowFinite.size(), 0);
   for (std::size_t i = 0; i < flags.size(); ++i) {
     if (owners[i].distance > kFarDistances * meanDistance) flags[i] += kIsFar;
     if (values.members[i] < kLeastMembers) flags[i] += kHasFewCells;

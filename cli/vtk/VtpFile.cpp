@@ -25,9 +25,10 @@ void AddData(VtkXml& xml, std::string const& section, std::vector<VtkArray> cons
 }  // namespace
 
 void WritePolygons(std::string const& file, VtpSurface const& surface,
-                   std::vector<VtkArray> const& polygonData) {
+                   std::vector<VtkArray> const& polygonData, std::vector<VtkArray> const& pointData) {
   VtkXml xml;
   AddPiece(xml, surface.points, 0, surface.offsets.size());
+  if (!pointData.empty()) AddData(xml, "PointData", pointData);
   xml.Line("<Polys>");
   xml.Array("connectivity", 1, surface.connectivity);
   xml.Array("offsets", 1, surface.offsets);

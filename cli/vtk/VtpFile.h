@@ -15,9 +15,10 @@ struct VtpSurface {
   std::vector<std::int64_t> offsets;       ///< [polygon] end of its points in `connectivity`
 };
 
-/// Writes polygons with their values. Throws UsageError if the file cannot be written completely.
+/// Writes polygons with their values, and those of their points. Throws UsageError if the file cannot be written
+/// completely.
 void WritePolygons(std::string const& file, VtpSurface const& surface,
-                   std::vector<VtkArray> const& polygonData);
+                   std::vector<VtkArray> const& polygonData, std::vector<VtkArray> const& pointData = {});
 
 /// Writes points (x, y, z of each in turn) as vertices, with their values. Throws like WritePolygons.
 void WriteVertices(std::string const& file, std::vector<double> const& points,

@@ -133,7 +133,7 @@ wrong "compare-ranks of a missing mesh" "missing.msh" compare-ranks missing.msh
 wrong "compare-ranks of an unknown group" "lid" compare-ranks box:3,3,3 --group lid=wall
 wrong "stretch of a box" "stretch must be at least 1" info box:3,3,3:hex:stretch=0
 wrong "skew of a box" "skew must be at least 0 and less than 0.3" info box:3,3,3:hex:skew=1
-wrong "points without points" "--points FILE.csv or --body EXPR" points box:3,3,3 --field x
+wrong "points without points" "--points FILE.csv, --body EXPR or --body-file FILE.stl" points box:3,3,3 --field x
 wrong "points without a field" "--field" points box:3,3,3 --points points.csv
 wrong "points, missing table" "missing.csv: no such file" points box:3,3,3 --field x --points missing.csv
 wrong "points, folder as table" "meshes: a folder, not a regular file" points box:3,3,3 --field x --points meshes
@@ -150,6 +150,16 @@ wrong "points, field not finite in a cell" 'the field "log(x-0.4)" is' points bo
 wrong "points, field not finite at a point" 'or its gradient is not finite at point 6 at (0, 0, 0)' points box:3,3,3 --field "sqrt(x)" --points points.csv
 wrong "points, method 4" '--search-method "4": expected 1 to 3' points box:3,3,3 --field x --points points.csv --search-method 4
 wrong "points, infinite span" '--span "inf"' points box:3,3,3 --field x --points points.csv --span inf
+wrong "points, two fields" "--field and --field-file exclude each other" points box:3,3,3 --field x --field-file p --points points.csv
+wrong "points, two bodies" "--body and --body-file exclude each other" points box:3,3,3 --field x --body x --body-file body.stl
+wrong "points, missing body" "missing.stl: no such file" points box:3,3,3 --field x --body-file missing.stl
+printf 'solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 nan 0\n' >bad.stl
+wrong "points, bad body" 'bad.stl:5: "nan" is not a finite number (y) (triangle 1)' points box:3,3,3 --field x --body-file bad.stl
+head -c 1000 "$data/stl/torus_binary.stl" >cut.stl
+wrong "points, cut body" "cut.stl: offset 80: not a binary STL file, or cut off: " points box:3,3,3 --field x --body-file cut.stl
+sed 's/vertex /vertex 1/' "$data/stl/torus.stl" >beside.stl
+wrong "points, body beside the mesh" "are both in the same unit of length?" points box:3,3,3 --field x --body-file beside.stl
+wrong "points, time without a file" "--time chooses the times of --field-file" points box:3,3,3 --field x --time latest --points points.csv
 wrong "points, its own output" "is a file that this run writes" points box:3,3,3 --field x --points points-1-1/points.csv -o points-1-1
 wrong "points, folder that cannot be written" "/proc/zyngrad" points box:3,3,3 --field x --points points.csv -o /proc/zyngrad
 wrong "check, unknown method" 'unknown method "best": expected plain' check box:3,3,3 --method plain,best

@@ -7,6 +7,18 @@
 make_meshes
 make_points
 
+# The numbers of the corners of a body's triangles, as bytes.
+triangles() {
+  python3 - "$1/points.vtp" <<'PY'
+import re, struct, sys
+content = open(sys.argv[1], "rb").read()
+offset = int(re.search(rb'Name="connectivity"[^>]*offset="(\d+)"', content).group(1))
+begin = content.index(b"_", content.index(b"<AppendedData")) + 1 + offset
+size, = struct.unpack_from("<Q", content, begin)
+print(struct.unpack_from("<%dq" % (size // 8), content, begin + 8))
+PY
+}
+
 # --- interpolation to faces ------------------------------------------------------------------------------------------
 
 for ranks in 1 2; do
@@ -123,7 +135,7 @@ for ranks in 1 2; do
   run $ranks points fan.msh --field x --points one.csv --search-method 2 -o fan
   check "points beside a fan, method 2, $ranks ranks: nothing to warn of" [ "$(grep -c 'cells around it' stdout)" = 0 ]
 done
-run 1 points fan.msh --field x --points one.csv -o fan
+run 1 points fan.msh --field x --points one.csv --search-method 3 -o fan
 check "points beside a fan: exit code 0" exited 0
 check "points beside a fan: warns of node and cost" \
   grep -q "warning: node 1 at (0, 0, -0.5) has 500 cells around it.*--search-method 2 avoids this" stdout
@@ -140,7 +152,7 @@ check "faces of a fan, method 4: nothing to warn of" [ "$(grep -c 'cells around 
 
 # The work for 6000 cells takes a minute; the warning must appear when it has hardly begun.
 fan 6000 >fan.msh
-"$zyngrad" points fan.msh --field x --points one.csv -o fan >early 2>&1 &
+"$zyngrad" points fan.msh --field x --points one.csv --search-method 3 -o fan >early 2>&1 &
 early=$!
 for _ in $(seq 600); do
   if grep -q 'cells around it' early || ! kill -0 $early 2>/dev/null; then break; fi
@@ -164,7 +176,7 @@ for ranks in 1 2 4; do
     check "$name: nothing on stderr" [ ! -s stderr ]
     check "$name: original order" [ "$(column "points-$ranks-$method/points.csv" 1)" = "$(column points.csv 1)" ]
     check "$name: duplicates alike" [ "$(sed -n '4s/^c,//p' "points-$ranks-$method/points.csv")" = "$(sed -n '5s/^c again,//p' "points-$ranks-$method/points.csv")" ]
-    check "$name: flags the far one alone" [ "$(column "points-$ranks-$method/points.csv" 18 | tr '\n' '-')" = "----far--" ]
+    check "$name: flags the far one alone" [ "$(column "points-$ranks-$method/points.csv" 18 | tr '\n' '-')" = "----far;outside--" ]
     check "$name: warns" [ "$(grep -c 'warning: far: 1 point ' stdout)" = 1 ]
     check "$name: vertices with all arrays" grid_has "points-$ranks-$method/points.vtp" value gradient exact exact_gradient error gradient_error distance members rank flags point
     check "$name: settings of every rank" [ "$(cat "points-$ranks-$method"/settings.rank*.rbf | grep -c "^iSearch_method    = $method\$")" = "$ranks" ]
@@ -179,13 +191,13 @@ for ranks in 1 2 4; do
     check "$name: near its slope" \
       [ "$(column "points-$ranks-$method/points.csv" 14 | head -n 4 | awk -v s=$slope '{ if ($1 > s) print }' | wc -l)" = 0 ]
   done
-  run $ranks points box:4,4,4 --field "x" --points points.csv --span 1e-308 -o none-$ranks
+  run $ranks points box:4,4,4 --field "x" --points points.csv --search-method 3 --span 1e-308 -o none-$ranks
   check "points, a span too small, $ranks ranks: exit code 1" exited 1
   check "points, a span too small, $ranks ranks: how many and why" contains stdout \
     "search method 3: value or gradient is not finite at 6 of 6 points: --span 1e-308 is too small"
   run $ranks points box:4,4,4 --field "x" --points none.csv -o none-$ranks
   check "no points, $ranks ranks: exit code 0" exited 0
-  check "no points, $ranks ranks: says so" contains stdout "there are no points, so there are no errors to show"
+  check "no points, $ranks ranks: says so" contains stdout "there are no points, so there is nothing to show"
   check "no points, $ranks ranks: a table without rows" [ "$(cat none-$ranks/points.csv | wc -l)" = 1 ]
   check "no points, $ranks ranks: a file without vertices" grep -aq 'NumberOfVerts="0"' none-$ranks/points.vtp
 
@@ -193,6 +205,11 @@ for ranks in 1 2 4; do
   check "points of a body, $ranks ranks: exit code 0" exited 0
   check "points of a body, $ranks ranks: the same points" \
     [ "$(cut -d, -f1-3 body-$ranks/points.csv)" = "$(cut -d, -f1-3 body-1/points.csv)" ]
+  check "points of a body, $ranks ranks: the same triangles" [ "$(triangles body-$ranks)" = "$(triangles body-1)" ]
+  check "points of a body, $ranks ranks: closed" contains stdout "closed around a volume of 1.2"
+  check "points of a body, $ranks ranks: says which method and why" contains stdout "search method 2 (the default)"
+  check "points of a body, $ranks ranks: slopes along the normal" \
+    grid_has body-$ranks/points.vtp value gradient normal normal_derivative area exact error point
   run $ranks points box:9,9,9 --field "x*y + z" --body "(x-0.5)^2+(y-0.5)^2+(z-0.5)^2-0.1" --spacing 0.1 -o thin-$ranks
   check "points of a body with a spacing, $ranks ranks: less" [ "$(wc -l <thin-$ranks/points.csv)" -lt "$(wc -l <body-1/points.csv)" ]
   check "points of a body with a spacing, $ranks ranks: the same points" \
@@ -208,6 +225,67 @@ for ranks in 1 2 4; do
   check "points inside a body, $ranks ranks: usable cells" contains stdout "from 500 usable of 1,000 cells"
   check "points inside a body, $ranks ranks: flag" [ "$(column half/points.csv 17 | tr '\n' '-')" = "far---" ]
 done
+
+# --- bodies from files -----------------------------------------------------------------------------------------------
+
+for ranks in 1 2 4; do
+  for kind in torus torus_binary; do
+    name="body of $kind.stl, $ranks ranks"
+    run $ranks points box:12,12,12 --field "x*y + z" --body-file "$data/stl/$kind.stl" -o $kind-$ranks
+    check "$name: exit code 0" exited 0
+    check "$name: nothing on stderr" [ ! -s stderr ]
+    check "$name: the same usable cells" contains stdout "from 1,640 usable of 1,728 cells"
+    check "$name: closed" contains stdout "closed around a volume of"
+    check "$name: the same points and triangles" [ "$(cut -d, -f1-3 $kind-$ranks/points.csv)" = "$(cut -d, -f1-3 $kind-1/points.csv)" ]
+    check "$name: a point at each corner once" [ "$(cut -d, -f1-3 $kind-$ranks/points.csv | sort -u | wc -l)" = "$(wc -l <$kind-$ranks/points.csv)" ]
+    check "$name: triangles with values" \
+      grid_has $kind-$ranks/points.vtp value gradient normal normal_derivative area exact error point
+    check "$name: as many triangles as in the file" grep -aq "NumberOfPolys=\"$(grep -c endfacet "$data/stl/torus.stl")\"" $kind-$ranks/points.vtp
+    # The field is smooth; its slopes are known from one side only.
+    check "$name: near the field" [ "$(result $kind-$ranks/points.json l2 1 | awk '{ print $1 < 0.002 }')" = 1 ]
+  done
+  run $ranks points box:12,12,12 --field "x*y + z" --body-file "$data/stl/torus.stl" --spacing 0.15 -o thin-$ranks
+  check "thinned body, $ranks ranks: less" [ "$(wc -l <thin-$ranks/points.csv)" -lt "$(wc -l <torus-1/points.csv)" ]
+  check "thinned body, $ranks ranks: closed" contains stdout "closed around a volume of"
+  # One point on the axis of the tube, one in the hole.
+  printf 'x,y,z\n0.75,0.5,0.5\n0.5,0.5,0.5\n' >tube.csv
+  run $ranks points box:40,40,40 --field "x" --points tube.csv --body-file "$data/stl/torus.stl" -o tube
+  check "points beside the body of a file, $ranks ranks" [ "$(column tube/points.csv 17 | tr '\n' '-')" = "far--" ]
+done
+grep -v '^$' "$data/stl/torus.stl" | head -n -8 | sed '$a endsolid' >open.stl
+run 1 points box:12,12,12 --field x --body-file open.stl -o open
+check "open body: warns with the number of edges" contains stdout "the surface is not closed: 3 open edges"
+
+# --- fields from files -----------------------------------------------------------------------------------------------
+
+cavity=$data/openfoam_cases/cavity
+walls=(--group frontAndBack=wall)
+printf 'name,x,y,z,time\nmiddle,0.5,0.5,0.0625,8\nabove,0.5,0.9,0.0625,9\nbeside,2,0.5,0.0625,10\n' >probes.csv
+for ranks in 1 2; do
+  run $ranks points "$cavity" "${walls[@]}" --field-file U --field-file p --time all --points probes.csv -o probes-$ranks
+  check "probes at all times, $ranks ranks: exit code 0" exited 0
+  check "probes at all times, $ranks ranks: columns" [ "$(head -n 1 probes-$ranks/points.csv | cut -d, -f1-10)" = \
+    "time,name,x,y,z,U_x,U_x_gradient_x,U_x_gradient_y,U_x_gradient_z,U_y" ]
+  check "probes at all times, $ranks ranks: a series for each probe" [ "$(column probes-$ranks/points.csv 1 | tr '\n' ' ')" = "0 0.2 0.4 0 0.2 0.4 0 0.2 0.4 " ]
+  check "probes at all times, $ranks ranks: one is outside" [ "$(column probes-$ranks/points.csv 25 | sort | uniq -c | tr -d ' \n')" = "63far;outside" ]
+  for time in 0 0.2 0.4; do
+    check "probes at all times, $ranks ranks: vertices at $time" \
+      grid_has probes-$ranks/points_$time.vtp U U_gradient p p_gradient distance members rank flags point
+  done
+  check "probes at all times, $ranks ranks: an index of the times" [ "$(grep -c 'timestep=' probes-$ranks/points.pvd)" = 3 ]
+  run $ranks points "$cavity" "${walls[@]}" --field-file 0.4/p --points probes.csv -o probe-$ranks
+  check "probes in one file, $ranks ranks: exit code 0" exited 0
+  check "probes in one file, $ranks ranks: no errors of unknown fields" [ "$(grep -c '"l2"' probe-$ranks/points.json)" = 0 ]
+  check "probes in one file, $ranks ranks: as among all times" \
+    [ "$(sed -n 2p probe-$ranks/points.csv | cut -d, -f6)" = "$(sed -n 4p probes-$ranks/points.csv | cut -d, -f18)" ]
+  run $ranks points "$cavity" "${walls[@]}" --field-file 0.4/U --body "(x-0.5)^2+(y-0.5)^2-0.04" -o cylinder
+  check "a vector on a body, $ranks ranks: arrays" grid_has cylinder/points.vtp U U_gradient U_normal_derivative normal area
+  check "a vector on a body, $ranks ranks: integrals of its components" [ "$(grep -c '"of": "U_' cylinder/points.json)" = 3 ]
+done
+check "probes do not depend on the ranks" agree "$(sed -n 4p probes-1/points.csv | cut -d, -f18)" "$(sed -n 4p probes-2/points.csv | cut -d, -f18)" 0.05
+run 1 points "$cavity" "${walls[@]}" --field-file 0.4/p --points probe-1/points.csv -o again
+check "probes of an earlier result: its columns are replaced" [ "$(cat again/points.csv)" = "$(cat probe-1/points.csv)" ]
+
 for ranks in 2 4; do
   for method in 1 2 3; do
     a=$(result points-1-$method/points.json meanCellDistance 1)

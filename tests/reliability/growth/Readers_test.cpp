@@ -10,6 +10,9 @@
 #include <vector>
 
 #include "cli/base/UsageError.h"
+#include "cli/bodies/StlReader.h"
+#include "cli/bodies/TriangleSurface.h"
+#include "cli/bodies/WindingNumber.h"
 #include "cli/field/Expression.h"
 #include "cli/points/PointSet.h"
 #include "reference_host/MeshReader.h"
@@ -22,6 +25,7 @@
 #include "reference_host/openfoam/FoamField.h"
 #include "tests/reliability/growth/Growth.h"
 #include "tests/reliability/growth/Inputs.h"
+#include "tests/unit/cli/bodies/TestSurfaces.h"
 #include "tests/unit/reference_host/MeshTestSupport.h"
 #include "tests/unit/reference_host/gmsh/GmshTestFile.h"
 #include "tests/unit/reference_host/openfoam/BinaryFoamFiles.h"
@@ -390,6 +394,80 @@ TEST(CsvGrowth, IsLinearInDoubledQuotes) {
 TEST(CsvGrowth, IsLinearInBlankLines) {
   TemporaryFolder const folder;
   ExpectLinear(5000, [&](int n) { return ReadCsv(folder, "x,y,z\n" + Times(n, "\n") + "1,2,3\n"); });
+}
+
+// STL files, the search for their corners and the tree over their triangles.
+
+std::string StlFacets(int n) {
+  std::string text = "solid a\n";
+  for (int i = 0; i < n; ++i) {
+    std::string const x = std::to_string(i % 100), y = std::to_string(i / 100);
+    text += "facet normal 0 0 1 outer loop vertex " + x + ' ' + y + " 0 vertex " + x + ".5 " + y +
+            " 0 vertex " + x + ' ' + y + ".5 0 endloop endfacet\n";
+  }
+  return text + "endsolid a\n";
+}
+
+TEST(StlGrowth, ReadsTextInProportionToItsTriangles) {
+  TemporaryFolder const folder;
+  ExpectLinear(1000, [&](int n) -> Work {
+    std::string const file = folder.Write("body.stl", StlFacets(n));
+    return [file] { zyngrad::ReadStl(file); };
+  });
+}
+
+TEST(StlGrowth, ReadsBinaryInProportionToItsTriangles) {
+  TemporaryFolder const folder;
+  ExpectLinear(2000, [&](int n) -> Work {
+    std::string const file = folder.Write(
+        "body.stl", zyngrad::BinaryStl(std::vector<double>(static_cast<std::size_t>(9 * n), 1.5)));
+    return [file] { zyngrad::ReadStl(file); };
+  });
+}
+
+TEST(StlGrowth, ReadsManySolidsInProportion) {
+  TemporaryFolder const folder;
+  ExpectLinear(1000, [&](int n) -> Work {
+    std::string const file = folder.Write("body.stl", StlFacets(1) + Times(n, "solid b\nendsolid b\n"));
+    return [file] { zyngrad::ReadStl(file); };
+  });
+}
+
+/// Twice as many triangles by twice as many rings.
+zyngrad::TriangleSurface TorusOf(int n) { return zyngrad::Torus(2.0, 0.5, n, 40); }
+
+TEST(StlGrowth, WeldsInProportionToItsTriangles) {
+  ExpectLinear(30, [](int n) -> Work {
+    return [corners = zyngrad::CornersOf(TorusOf(n))] { zyngrad::WeldTriangles(corners); };
+  });
+}
+
+TEST(StlGrowth, WeldsTrianglesAtOnePlaceInProportion) {
+  ExpectLinear(1000, [](int n) -> Work {
+    return [corners = std::vector<double>(static_cast<std::size_t>(9 * n), 1.5)] {
+      zyngrad::WeldTriangles(corners);
+    };
+  });
+}
+
+TEST(StlGrowth, BuildsTheTreeInProportionToItsTriangles) {
+  ExpectLinear(30, [](int n) -> Work {
+    return [torus = TorusOf(n)] { zyngrad::WindingNumber(torus.points, torus.triangles); };
+  });
+}
+
+// Eight times as many triangles are three more levels; ten would be too many, and eight the cost of adding all of them.
+TEST(StlGrowth, FindsInsideHardlySlowerAmongMoreTriangles) {
+  auto const cost = [](int n) {
+    zyngrad::TriangleSurface const torus = zyngrad::Torus(2.0, 0.5, n, n / 2);
+    zyngrad::WindingNumber const winding(torus.points, torus.triangles);
+    return Measure([&] {
+      for (int i = 0; i < 100; ++i) winding.At({0.025 * i, 0.3, 0.01 * (i % 40)});
+    });
+  };
+  std::uint64_t const few = cost(60).instructions, many = cost(170).instructions;
+  ASSERT_GT(few, 0U);
+  EXPECT_LT(static_cast<double>(many) / static_cast<double>(few), 2.5) << few << ", then " << many;
 }
 
 // Formulas.

@@ -63,10 +63,11 @@ TEST(WindingNumber, TellsInsideFromOutsideOfATorus) {
 TEST(WindingNumber, TellsInsideFromOutsideOfWhatGmshWrites) {
   TriangleSurface const torus = WeldTriangles(ReadStl(std::string(ZYN_TEST_DATA) + "/stl/torus_binary.stl"));
   WindingNumber const winding(torus.points, torus.triangles);
+  // Between the round torus and its chords, which lie inside or, around the hole, outside.
   for (Vector3 place : Places(5000, 0.4, 0.4, 0.15)) {
     double const distance = FromTorus(place, 0.25, 0.1);
     for (double& x : place) x += 0.5;
-    if (distance > 1e-6) {
+    if (distance > 0.015) {
       EXPECT_FALSE(winding.IsInside(place));
     }
     if (distance < -0.015) {

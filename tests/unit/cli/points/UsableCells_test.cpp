@@ -8,6 +8,7 @@
 #include <random>
 
 #include "cli/base/UsageError.h"
+#include "cli/bodies/StlReader.h"
 #include "tests/unit/cli/BoxPartition.h"
 #include "tests/unit/cli/TestRanks.h"
 
@@ -65,6 +66,24 @@ TEST(UsableCells, GiveEachPointTheDistanceToTheNearest) {
     EXPECT_DOUBLE_EQ(owners[i].distance, nearest);
     EXPECT_EQ(0, owners[i].rank);
   }
+}
+
+TEST(UsableCells, LeaveOutThoseInsideTriangles) {
+  auto const partition = BoxPartition("box:6,6,6");
+  TriangleSurface torus = WeldTriangles(ReadStl(std::string(ZYN_TEST_DATA) + "/stl/torus.stl"));
+  WindingNumber const winding(torus.points, torus.triangles);
+  Expression const round("(sqrt((x-0.5)^2+(y-0.5)^2)-0.25)^2+(z-0.5)^2-0.01");
+  UsableCells const byFile = FindUsableCells(TestRanks(), *partition, winding, "torus.stl");
+  UsableCells const byFormula = FindUsableCells(TestRanks(), *partition, &round);
+  EXPECT_EQ(byFormula.nCells, byFile.nCells);
+  EXPECT_LT(byFile.nCells, 216);
+  EXPECT_EQ(byFormula.mark, byFile.mark);
+
+  std::vector<Vector3> huge = torus.points;
+  auto const cell = BoxPartition("box:1,1,1");
+  for (Vector3& at : huge) at[0] += 0.25;  // the tube around the only centre
+  EXPECT_THROW(FindUsableCells(TestRanks(), *cell, WindingNumber(huge, torus.triangles), "torus.stl"),
+               UsageError);
 }
 
 }  // namespace
