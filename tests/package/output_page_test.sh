@@ -34,7 +34,8 @@ mkdir info explain
 # Whole words between backticks.
 grep -o '`[^`]*`' "$page" | tr -c 'A-Za-z0-9_\n' '\n' | sort -u >told.txt
 {
-  grep -hoE '"[A-Za-z0-9]+":' ./*/*.json | tr -d '":' | grep -vxE 'inlet|outlet|ground|top|sides|T|[xyz]min|wall'
+  # Without the lines "PATCH": "file" of boundaryValues, whose keys are names of patches.
+  grep -hvE '": "(file|cell|cellWithoutNormalPart|cellTurned)"' ./*/*.json | grep -oE '"[A-Za-z0-9]+":' | tr -d '":' | sed 's/^T$/p/'
   grep -haoE '<DataArray [^>]*Name="[^"]*"' ./*/*.vt[pu] | sed 's/.*Name="//; s/"//' |
     grep -vxE 'Points|connectivity|offsets|types|faces|faceoffsets' | sed -E 's/^gradient_(p|U|T)_[a-z]+/gradient_\1_METHOD/; s/^gradient_T_/gradient_p_/; s/^T$/p/
       /^gradient_(error|[pU]_METHOD)$/! s/^(gradient|error)_[a-z]+/\1_METHOD/; s/_[123]$//'

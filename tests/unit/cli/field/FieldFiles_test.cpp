@@ -15,7 +15,7 @@ namespace {
 
 std::string const kCavity = std::string(ZYN_TEST_DATA) + "/openfoam_cases/cavity";
 
-std::string Refusal(FieldFileOptions const& options, std::string const& mesh = kCavity) {
+std::string RefusalOfTimes(FieldFileOptions const& options, std::string const& mesh = kCavity) {
   try {
     FieldFiles files(options);
     files.FindTimes(TestRanks(), mesh);
@@ -49,15 +49,15 @@ TEST(FieldFiles, GivesEachFieldANameOfItsOwn) {
 }
 
 TEST(FieldFiles, RefusesTimesThatFieldsCannotHave) {
-  EXPECT_EQ(Refusal({{}, "all"}), "--time chooses the times of --field-file, which is not given");
-  EXPECT_EQ(Refusal({{"a.cgns:p"}, "all"}),
+  EXPECT_EQ(RefusalOfTimes({{}, "all"}), "--time chooses the times of --field-file, which is not given");
+  EXPECT_EQ(RefusalOfTimes({{"a.cgns:p"}, "all"}),
             "--time: \"a.cgns:p\" is an array of a CGNS file, which has no times");
-  EXPECT_EQ(Refusal({{"0.4/U"}, "all"}),
+  EXPECT_EQ(RefusalOfTimes({{"0.4/U"}, "all"}),
             "--time chooses the folder of the field: give --field-file U instead of \"0.4/U\"");
-  EXPECT_EQ(Refusal({{"U"}, "all"}, "box:3,3,3"),
+  EXPECT_EQ(RefusalOfTimes({{"U"}, "all"}, "box:3,3,3"),
             "--time: \"box:3,3,3\" is no OpenFOAM case with folders of times");
-  EXPECT_EQ(Refusal({{"U", "T"}, "0.2"}), "--time \"0.2\": no field \"T\"; fields of time 0.2: U, p");
-  EXPECT_EQ(Refusal({{"U", "T"}, "all"}),
+  EXPECT_EQ(RefusalOfTimes({{"U", "T"}, "0.2"}), "--time \"0.2\": no field \"T\"; fields of time 0.2: U, p");
+  EXPECT_EQ(RefusalOfTimes({{"U", "T"}, "all"}),
             "--time \"all\": no time has all fields, and 0.4 has no \"T\"; fields of time 0.4: U, p");
 }
 
