@@ -121,9 +121,10 @@ for ranks in 1 2 3; do
   run $ranks info "$cases/wedge"
   check "geometry, $ranks ranks: types of cells" row "cells 24 hexahedra, 6 prisms"
   run $ranks info box:2,4,8
-  check "geometry, $ranks ranks: bounding box" row "highest corner (1, 1, 1)"
-  check "geometry, $ranks ranks: volume" row "volume 1.00000e+00"
-  check "geometry, $ranks ranks: aspect ratio" grep -q "^  greatest aspect ratio *4\.00 in cell [1-9]" stdout
+  check "geometry, $ranks ranks: bounding box" row "highest corner (0.25, 0.5, 1)"
+  check "geometry, $ranks ranks: volume" row "volume 1.25000e-01"
+  run $ranks info "$cases/symmetry"
+  check "geometry, $ranks ranks: aspect ratio" grep -q "^  greatest aspect ratio *1\.25 in cell [1-9]" stdout
 done
 
 is_json() {  # is_json FILE PYTHON: the whole file is JSON, and the condition holds for `d`

@@ -59,25 +59,25 @@ TEST(MeshFacts, CountsTheCellsOfEachType) {
             dual.nOfType[0] + dual.nOfType[1] + dual.nOfType[2] + dual.nOfType[3] + dual.nOfType[4]);
 }
 
-TEST(MeshFacts, MeasuresTheUnitBox) {
+TEST(MeshFacts, MeasuresABoxOfCubes) {
   MeshFacts const facts = Of("box:2,4,8");
   EXPECT_EQ((std::array<double, 3>{0, 0, 0}), facts.lowest);
-  EXPECT_EQ((std::array<double, 3>{1, 1, 1}), facts.highest);
-  EXPECT_NEAR(1.0, facts.totalVolume, 1e-14);
-  EXPECT_NEAR(1.0 / 64, facts.leastVolume, 1e-16);
-  EXPECT_NEAR(1.0 / 64, facts.greatestVolume, 1e-16);
-  EXPECT_NEAR(4.0, facts.maxAspectRatio, 1e-13);
-  EXPECT_NEAR(4.0 * 64, facts.sumAspectRatio, 1e-11);
+  EXPECT_EQ((std::array<double, 3>{0.25, 0.5, 1}), facts.highest);
+  EXPECT_NEAR(0.125, facts.totalVolume, 1e-15);
+  EXPECT_NEAR(1.0 / 512, facts.leastVolume, 1e-17);
+  EXPECT_NEAR(1.0 / 512, facts.greatestVolume, 1e-17);
+  EXPECT_NEAR(1.0, facts.maxAspectRatio, 1e-13);
+  EXPECT_NEAR(64.0, facts.sumAspectRatio, 1e-11);
 }
 
 TEST(MeshFacts, NamesTheSmallestCell) {
-  MeshFacts const facts = Of("box:4,1,1:hex:stretch=2");
+  MeshFacts const facts = Of("box:3,3,3:dual");
   EXPECT_GT(facts.greatestVolume, 1.5 * facts.leastVolume);
   EXPECT_GE(facts.leastVolumeCell, 1);
-  EXPECT_LE(facts.leastVolumeCell, 4);
+  EXPECT_LE(facts.leastVolumeCell, 64);
   std::ostringstream out;
   PrintMeshFacts(out, facts);
-  EXPECT_NE(out.str().find("4 hexahedra"), std::string::npos) << out.str();
+  EXPECT_NE(out.str().find("64 polyhedra"), std::string::npos) << out.str();
   EXPECT_NE(out.str().find(" in cell " + std::to_string(facts.leastVolumeCell) + '\n'), std::string::npos);
   EXPECT_EQ(facts.leastVolumeCell, MeshFactsAsJson(facts)["volume"]["leastCell"]);
 }
