@@ -7,7 +7,6 @@ channel with a sphere. Needs Matplotlib (Debian: python3-matplotlib).
 
 import io
 import pathlib
-import re
 import subprocess
 import sys
 import tempfile
@@ -20,28 +19,12 @@ import numpy as np  # noqa: E402
 from matplotlib.collections import PolyCollection  # noqa: E402
 from matplotlib.colors import LogNorm  # noqa: E402
 from PIL import Image  # noqa: E402
+from vtu import read_vtu  # noqa: E402
 
 DOCS = pathlib.Path(__file__).resolve().parent
 MESH = DOCS.parent / "examples" / "channel_sphere" / "channel_sphere.msh"
 FIELD = "sin(2*x)*y + z^2"
 PLANE_Z = 0.0
-TYPES = {"Float64": np.float64, "Int64": np.int64, "Int32": np.int32, "UInt8": np.uint8}
-
-
-def read_vtu(path):
-    """The arrays of a .vtu file of zyngrad by name. Each is a 64-bit byte count and raw values, counted from the "_"."""
-    content = path.read_bytes()
-    header, appended = content.split(b'<AppendedData encoding="raw">', 1)
-    data = appended[appended.index(b"_") + 1 :]
-    arrays = {}
-    for kind, name, components, offset in re.findall(
-        rb'<DataArray type="(\w+)" Name="(\w+)"(?: NumberOfComponents="(\d+)")? format="appended" offset="(\d+)"', header
-    ):
-        begin = int(offset) + 8
-        size = int(np.frombuffer(data, np.uint64, 1, int(offset))[0])
-        values = np.frombuffer(data[begin : begin + size], TYPES[kind.decode()])
-        arrays[name.decode()] = values.reshape(-1, int(components)) if int(components) > 1 else values
-    return arrays
 
 
 def slice_tetrahedra(points, tetrahedra):

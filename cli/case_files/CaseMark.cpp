@@ -6,7 +6,7 @@
 
 #include "cli/base/Version.h"
 #include "cli/output/Fingerprint.h"
-#include "reference_host/mesh/MeshFile.h"
+#include "reference_host/openfoam/GzipFile.h"
 
 namespace zyngrad {
 namespace {
@@ -56,7 +56,7 @@ bool IsSealed(std::string text) {
 
 bool IsOurCaseFile(std::string const& file) {
   try {
-    return IsSealed(std::string(reference_host::MeshFile(file).Content()));
+    return IsSealed(std::string(reference_host::GzipFile(file).ReadRest().View()));
   } catch (std::exception const&) {
     return false;
   }

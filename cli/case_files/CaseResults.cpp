@@ -1,6 +1,7 @@
 #include "cli/case_files/CaseResults.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -8,7 +9,7 @@
 #include "cli/base/OutputNames.h"
 #include "cli/base/UsageError.h"
 #include "cli/case_files/CaseMark.h"
-#include "reference_host/mesh/Gzip.h"
+#include "reference_host/openfoam/GzipText.h"
 
 namespace zyngrad {
 namespace {
@@ -60,12 +61,42 @@ std::string CaseResults::PathOf(Target const& target, std::string const& name, b
 
 void CaseResults::Check(std::string const& fieldSpec, std::vector<std::string> const& names) const {
   ranks_.Together([&] {
-    if (!maker_.Writes()) return;
+    if (!WritesFiles()) return;
     Target const target = TargetOf(fieldSpec);
-    bool const isCompressed = target.source.format.isCompressed;
+    bool const isCompressed = target.source.isCompressed;
     for (std::string const& name : names)
       files_.Check(PathOf(target, name, isCompressed), PathOf(target, name, !isCompressed));
   });
+}
+
+/// Collective. The text of the file that this rank writes, if it does.
+std::string CaseResults::TextOf(Target const& target, FoamOutput const& field) const {
+  reference_host::FoamFormat const& format = target.source.format;
+  std::string text;
+  ranks_.Together([&] {
+    if (!maker_.Writes()) return;
+    if (!maker_.IsCollated())
+      text = FoamFieldText(field, format, CaseNote());
+    else
+      text = ranks_.IsFirst() ? FoamFieldText(field, format, "") : FoamFieldBody(field, format);
+  });
+  if (maker_.IsCollated()) {
+    std::vector<std::int64_t> const sizes =
+        ranks_.GatherOnFirst(std::vector<std::int64_t>{static_cast<std::int64_t>(text.size())});
+    std::string const all = ranks_.GatherOnFirst(text);
+    ranks_.Together([&] {
+      if (!ranks_.IsFirst()) return;
+      std::vector<std::string> pieces;
+      std::size_t begin = 0;
+      for (std::int64_t const size : sizes) {
+        pieces.push_back(all.substr(begin, static_cast<std::size_t>(size)));
+        begin += static_cast<std::size_t>(size);
+      }
+      std::string const folder = fs::path(maker_.folder()).filename().string();
+      text = reference_host::FoamCollatedText(pieces, folder + '/' + target.time, field.name, CaseNote());
+    });
+  }
+  return text;
 }
 
 void CaseResults::Write(std::string const& fieldSpec, CaseQuantity const& quantity) {
@@ -80,11 +111,11 @@ void CaseResults::Write(std::string const& fieldSpec, CaseQuantity const& quanti
     field.dimensions = DimensionsOf(target.source.dimensions, quantity.power);
   });
   maker_.Make(quantity.values, field);
+  std::string text = TextOf(target, field);
   ranks_.Together([&] {
-    if (!maker_.Writes()) return;
-    bool const isCompressed = target.source.format.isCompressed;
-    std::string text = FoamFieldText(field, target.source.format, CaseNote());
+    if (!WritesFiles()) return;
     Seal(text);
+    bool const isCompressed = target.source.isCompressed;
     if (isCompressed) text = reference_host::Gzipped(text);
     files_.Write(PathOf(target, field.name, isCompressed), PathOf(target, field.name, !isCompressed), text);
   });

@@ -53,7 +53,11 @@ class CaseResults {
     reference_host::FoamFieldSource source;
   };
 
+  /// Whether this rank puts files into folders.
+  bool WritesFiles() const { return maker_.Writes() && (ranks_.IsFirst() || !maker_.IsCollated()); }
+
   Target TargetOf(std::string const& fieldSpec) const;
+  std::string TextOf(Target const& target, reference_host::FoamOutput const& field) const;
   static std::string PathOf(Target const& target, std::string const& name, bool isCompressed);
 
   Ranks const& ranks_;

@@ -53,8 +53,9 @@ class WholeMeasures {
         reduction_(group_) {
     partition_.CompleteHalo(exchange_);
     CZYN3DFiniteVolumeMesh const& m = *partition_.mesh();
+    std::vector<double> const values = question.field.ValuesOn(partition_);
     for (int c = 1; c <= m.NCell; ++c)
-      largestValue_ = std::max(largestValue_, std::fabs(question.field.Value(m.xc[c], m.yc[c], m.zc[c])));
+      largestValue_ = std::max(largestValue_, std::fabs(values[static_cast<std::size_t>(c)]));
   }
 
   double largestValue() const { return largestValue_; }
@@ -70,6 +71,8 @@ class WholeMeasures {
     FaceGroup const inner = FacesOf(FaceKind::Inner, m);
     add(inner, inner.cv);
     add(inner, inner.other);
+    FaceGroup const periodic = PartitionFaces(*partition_.partitionFaces(), m);
+    add(periodic, periodic.cv);
     for (FaceKind const kind : face_groups::kGreenGaussBoundary) {
       FaceGroup const faces = FacesOf(kind, m);
       add(faces, faces.cv);
@@ -106,13 +109,14 @@ class WholeMeasures {
     return ByMeshNumber([&](int c) { return found[static_cast<std::size_t>(c)]; });
   }
 
-  /// The largest error of the values at faces or points, compared with the field at their places.
+  /// The largest error of the values at faces or points, compared with the formula at their places.
   double LargestError(StudyMethod const& method, reference_host::FaceMesh const& faces,
                       RankResult const& result) {
     double largest = 0.0;
     auto const take = [&](std::size_t item, Point const& place) {
       if (result.isThere[item] == 0) return;
-      double const error = std::fabs(result.item[item][0] - field_.Value(place[0], place[1], place[2]));
+      double const error =
+          std::fabs(result.item[item][0] - field_.formula()->Value(place[0], place[1], place[2]));
       if (std::isfinite(error)) largest = std::max(largest, error);
     };
     if (method.kind == StudyMethod::Kind::Faces) {
@@ -127,6 +131,21 @@ class WholeMeasures {
     for (int c = 1; c <= partition_.mesh()->NInnerCells; ++c) {
       std::int64_t const number = partition_.globalCell()[static_cast<std::size_t>(c)];
       take(static_cast<std::size_t>(number - 1), PointInCell(partition_, c));
+    }
+    return largest;
+  }
+
+  /// The largest difference of the values at faces from the mean of their two cells, or at points from their cell.
+  double LargestStep(StudyMethod const& method, reference_host::FaceMesh const& faces,
+                     RankResult const& result) const {
+    double largest = 0.0;
+    for (std::size_t i = 0; i < result.item.size(); ++i) {
+      if (result.isThere[i] == 0) continue;
+      double const beside = method.kind == StudyMethod::Kind::Faces
+                                ? 0.5 * (field_.AtCell(faces.owner[i]) + field_.AtCell(faces.neighbour[i]))
+                                : field_.AtCell(static_cast<int>(i));
+      double const step = std::fabs(result.item[i][0] - beside);
+      if (std::isfinite(step)) largest = std::max(largest, step);
     }
     return largest;
   }
@@ -161,19 +180,17 @@ class WholeMeasures {
 
  private:
   template <class Measure>
-  std::vector<double> ByMeshNumber(Measure const& measure) const {
-    std::vector<double> values(partition_.globalCell().size(), 0.0);
-    int nCells = 0;
-    for (std::size_t c = 1; c < partition_.globalCell().size(); ++c) {
-      if (partition_.globalCell()[c] == 0) continue;
-      values[static_cast<std::size_t>(partition_.globalCell()[c] - 1)] = measure(static_cast<int>(c));
-      ++nCells;
+  std::vector<double> ByMeshNumber(Measure const& measure) {
+    int const nCells = partition_.mesh()->NInnerCells;
+    std::vector<double> values(static_cast<std::size_t>(nCells), 0.0);
+    for (int c = 1; c <= nCells; ++c) {
+      std::int64_t const number = partition_.globalCell()[static_cast<std::size_t>(c)];
+      values[static_cast<std::size_t>(number - 1)] = measure(c);
     }
-    values.resize(static_cast<std::size_t>(nCells));
     return values;
   }
 
-  Expression const& field_;
+  RankField const& field_;
   HostPartition partition_;
   reference_host::InProcessGroup group_;
   reference_host::InProcessCommunication exchange_;
@@ -190,10 +207,13 @@ std::vector<RankLevel> LevelsOf(WholeMesh const& mesh, RankQuestion const& quest
   for (std::size_t k = 0; k < results.size(); ++k) {
     StudyCase const& theCase = question.cases[k];
     if (theCase.method->kind != StudyMethod::Kind::Gradient) {
-      double const error = measures.LargestError(*theCase.method, mesh.faces, results[k]);
+      bool const isFormula = question.field.formula() != nullptr;
+      double const bound = isFormula ? 10.0 * measures.LargestError(*theCase.method, mesh.faces, results[k])
+                                     : measures.LargestStep(*theCase.method, mesh.faces, results[k]);
       double const rounding =
           kEps * measures.largestValue() * measures.WorstCondition(theCase, question.searchNumber);
-      levels.push_back({"error", std::vector<double>(results[k].item.size(), 10.0 * error + rounding)});
+      levels.push_back(
+          {isFormula ? "error" : "step", std::vector<double>(results[k].item.size(), bound + rounding)});
       continue;
     }
     double const slope = LargestSlope(results[k]), least = kLeastRelative * slope;

@@ -10,7 +10,7 @@ namespace zyngrad {
 
 /// How much the results of a case may differ between numbers of parts.
 struct RankLevel {
-  std::string name;            ///< "round-off", "conditioning" or "error"
+  std::string name;            ///< "round-off", "conditioning", "error" or "step"
   std::vector<double> atItem;  ///< for each item of the result
 };
 
@@ -22,7 +22,9 @@ struct RankLevel {
 /// - radial basis: eps cond Phi sum |w|, where cond is the condition number of the cell's system and w its weights;
 /// - faces and points: 10 e + eps cond Phi, where e is the largest error of the reference's values and cond the worst
 ///   condition number in a sample: stencils beside a cut lack the cells that touch it only with a node, and the order
-///   of the cells that a search finds depends on the numbering.
+///   of the cells that a search finds depends on the numbering. For a field from a file, whose exact values are not
+///   known, 10 e is replaced by the largest step: the difference of the value at a face from the mean of its two cells,
+///   or at a point from its cell. It is far larger than an error on a mesh that resolves the field.
 /// @param[in] results  the reference, in the order of question.cases
 std::vector<RankLevel> LevelsOf(WholeMesh const& mesh, RankQuestion const& question,
                                 std::vector<RankResult> const& results);

@@ -1,24 +1,19 @@
 #include "cli/compare_ranks/RunOnParts.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <utility>
 
-#include "cli/base/OneLine.h"
 #include "cli/base/StdoutToFile.h"
-#include "cli/base/TextTable.h"
-#include "cli/base/UsageError.h"
 #include "cli/faces/TargetedFaces.h"
 #include "cli/gradient/LeastSquaresCheck.h"
 #include "cli/operators/InitializeGradient.h"
 #include "cli/operators/TemporarySettings.h"
 #include "cli/operators/WireOperator.h"
 #include "cli/options/InterpolationSettings.h"
-#include "cli/output/MeshScale.h"
 #include "cli/study/StudyPoints.h"
 #include "gradient/COperatorGradientImpl.h"
 #include "gradient/GradientTypes.h"
@@ -67,15 +62,7 @@ class PartRun {
         exchange_(group, partition),
         reduction_(group) {
     partition_.CompleteHalo(exchange_);
-    CZYN3DFiniteVolumeMesh const& mesh = *partition_.mesh();
-    field_.assign(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
-    for (int c = 1; c <= mesh.NCell; ++c) {
-      double& value = field_[static_cast<std::size_t>(c)];
-      value = question.field.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
-      if (std::isfinite(value)) continue;
-      throw UsageError("the field " + Quoted(question.field.text()) + " is not finite at " +
-                       Place(mesh.xc[c], mesh.yc[c], mesh.zc[c], PlaceDigits(partition_)));
-    }
+    field_ = question.field.ValuesOn(partition_);
   }
 
   /// @param[out] result  receives the items of this part

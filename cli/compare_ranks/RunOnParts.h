@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/compare_ranks/RankField.h"
 #include "cli/compare_ranks/WholeMesh.h"
-#include "cli/field/Expression.h"
 #include "cli/study/StudyMethod.h"
 
 namespace zyngrad {
@@ -12,7 +12,7 @@ namespace zyngrad {
 /// What a comparison is asked to run.
 struct RankQuestion {
   std::vector<StudyCase> cases;
-  Expression field;
+  RankField field;
   int searchNumber = 20;  ///< for faces and points that search for cells
 };
 

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <utility>
 
+#include "cli/base/OneLine.h"
 #include "cli/base/TextTable.h"
 #include "cli/gradient/NormsReport.h"
 
@@ -49,19 +51,47 @@ void PrintRanges(std::ostream& out, std::vector<DerivedOfMethod> const& results)
   table.Print(out);
 }
 
+ordered_json QuantityAsJson(DerivedField const& field, bool hasErrors) {
+  Quantity const& quantity = *field.quantity;
+  NormsOfWhat const what = hasErrors ? NormsOfWhat::Errors : NormsOfWhat::Quantity;
+  ordered_json json = {{"quantity", quantity.name}};
+  json["interior"] = NormsAsJson(field.norms.interior, what);
+  json["boundary"] = NormsAsJson(field.norms.boundary, what);
+  for (std::size_t k = 0; k < field.lowest.size(); ++k) {
+    std::string const component = quantity.components.empty() ? "value" : quantity.components[k];
+    json["range"][component] = {field.lowest[k], field.highest[k]};
+  }
+  return json;
+}
+
 }  // namespace
 
-void PrintDerivedFields(std::ostream& out, std::vector<DerivedOfMethod> const& results,
-                        std::vector<ExactQuantity> const& exact, int placeDigits) {
-  bool const hasErrors = !exact.empty();
-  if (hasErrors && !results.empty()) {
-    out << "errors of the derived quantities; the L2 norms of the exact ones are ";
+std::int64_t DerivedOfField::NotFiniteCells() const {
+  std::int64_t n = 0;
+  for (DerivedOfMethod const& method : methods)
+    for (DerivedField const& one : method.fields) n += one.NotFiniteCells();
+  return n;
+}
+
+void DerivedOfField::DropArrays() {
+  for (ExactQuantity& one : exact) one.values = std::vector<double>();
+  for (DerivedOfMethod& method : methods)
+    for (DerivedField& one : method.fields) one.values = one.cellError = std::vector<double>();
+}
+
+void PrintDerivedFields(std::ostream& out, DerivedOfField const& of, int placeDigits) {
+  std::vector<DerivedOfMethod> const& results = of.methods;
+  if (results.empty()) return;
+  bool const hasErrors = !of.exact.empty();
+  out << "\nquantities derived from the gradient of " << OneLine(of.field);
+  if (hasErrors) {
+    out << ": errors; the L2 norms of the exact ones are ";
     std::vector<DerivedField> const& fields = results.front().fields;
     for (std::size_t q = 0; q < fields.size(); ++q)
-      out << (q == 0 ? "" : ", ") << fields[q].quantity->name << ' ' << Scientific(exact[q].l2);
+      out << (q == 0 ? "" : ", ") << fields[q].quantity->name << ' ' << Scientific(of.exact[q].l2);
     out << "\n\n";
   } else {
-    out << "derived quantities: length and range of their components\n\n";
+    out << ": length and range of their components\n\n";
   }
   PrintNorms(out, results, hasErrors ? NormsOfWhat::Errors : NormsOfWhat::Quantity, placeDigits);
   if (!hasErrors) {
@@ -78,17 +108,15 @@ void PrintDerivedFields(std::ostream& out, std::vector<DerivedOfMethod> const& r
   }
 }
 
-ordered_json DerivedFieldsAsJson(std::vector<DerivedField> const& fields) {
+ordered_json DerivedFieldsAsJson(DerivedOfField const& results) {
   ordered_json list = ordered_json::array();
-  for (DerivedField const& field : fields) {
-    Quantity const& quantity = *field.quantity;
-    NormsOfWhat const what = field.HasErrors() ? NormsOfWhat::Errors : NormsOfWhat::Quantity;
-    ordered_json json = {{"quantity", quantity.name}, {"normsOf", field.HasErrors() ? "error" : "quantity"}};
-    json["interior"] = NormsAsJson(field.norms.interior, what);
-    json["boundary"] = NormsAsJson(field.norms.boundary, what);
-    for (std::size_t k = 0; k < field.lowest.size(); ++k) {
-      std::string const component = quantity.components.empty() ? "value" : quantity.components[k];
-      json["range"][component] = {field.lowest[k], field.highest[k]};
+  for (DerivedOfMethod const& method : results.methods) {
+    ordered_json json = {{"field", results.field}, {"method", method.label}};
+    bool const hasErrors = !results.exact.empty();
+    ordered_json& quantities = json[hasErrors ? "errors" : "norms"] = ordered_json::array();
+    for (std::size_t q = 0; q < method.fields.size(); ++q) {
+      quantities.push_back(QuantityAsJson(method.fields[q], hasErrors));
+      if (hasErrors) quantities.back()["exactL2"] = results.exact[q].l2;
     }
     list.push_back(std::move(json));
   }

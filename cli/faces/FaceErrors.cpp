@@ -1,5 +1,6 @@
 #include "cli/faces/FaceErrors.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -92,6 +93,20 @@ FaceErrors SummariseFaceErrors(Ranks const& ranks, reference_host::HostPartition
   errors.maxPlace = worst.place;
   errors.nNotFinite = static_cast<std::int64_t>(all[5]);
   return errors;
+}
+
+std::array<double, 2> RangeOfValues(Ranks const& ranks, std::vector<double> const& value) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  double lowest = kInfinity, highest = -kInfinity;
+  for (std::size_t f = 1; f < value.size(); ++f) {
+    if (!std::isfinite(value[f])) continue;
+    lowest = std::min(lowest, value[f]);
+    highest = std::max(highest, value[f]);
+  }
+  lowest = -ranks.Max(-lowest);
+  highest = ranks.Max(highest);
+  if (lowest > highest) return {kNaN, kNaN};
+  return {lowest, highest};
 }
 
 FaceRowCheck CheckFaceRows(Ranks const& ranks, reference_host::HostPartition const& partition,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -48,6 +49,10 @@ struct FaceRowCheck {
 FaceErrors SummariseFaceErrors(Ranks const& ranks, reference_host::HostPartition const& partition,
                                TargetedFaces const& faces, std::vector<double> const& value,
                                std::vector<double> const& exact);
+
+/// Collective. The finite values that lie lowest and highest; NaN if there are none.
+/// @param[in] value  [1..count] of this rank
+std::array<double, 2> RangeOfValues(Ranks const& ranks, std::vector<double> const& value);
 
 /// Collective.
 FaceRowCheck CheckFaceRows(Ranks const& ranks, reference_host::HostPartition const& partition,

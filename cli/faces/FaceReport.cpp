@@ -3,7 +3,10 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "cli/base/OneLine.h"
 #include "cli/base/TextTable.h"
 
 namespace zyngrad {
@@ -29,24 +32,59 @@ std::string FaceText(FacePlace const& place, int digits) {
          PlaceText(place, digits);
 }
 
-void PrintErrors(std::ostream& out, FaceErrors const& errors, int digits) {
+/// The place of the largest error or value, in the last columns of a table.
+std::vector<TextTable::Column> PlaceColumns() {
+  return {{"maximum"}, {"at face"}, {"of rank"}, {"of cells", Align::Left}, {"at", Align::Left}};
+}
+
+void AddPlace(std::vector<std::string>& row, FaceErrors const& errors, int digits) {
   bool const hasMax = errors.maxPlace.face > 0;
-  TextTable table({{"faces"},
-                   {"L1"},
-                   {"L2"},
-                   {"L2 relative"},
-                   {"maximum"},
-                   {"at face"},
-                   {"of rank"},
-                   {"of cells", Align::Left},
-                   {"at", Align::Left}});
-  table.AddRow(
-      {Grouped(errors.nFaces), Scientific(errors.l1), Scientific(errors.l2), Scientific(errors.relativeL2),
-       Scientific(errors.max), hasMax ? std::to_string(errors.maxPlace.face) : "-",
-       hasMax ? std::to_string(errors.maxPlace.rank) : "-", hasMax ? CellsText(errors.maxPlace) : "-",
-       hasMax ? PlaceText(errors.maxPlace, digits) : "-"});
+  row.push_back(Scientific(errors.max));
+  row.push_back(hasMax ? std::to_string(errors.maxPlace.face) : "-");
+  row.push_back(hasMax ? std::to_string(errors.maxPlace.rank) : "-");
+  row.push_back(hasMax ? CellsText(errors.maxPlace) : "-");
+  row.push_back(hasMax ? PlaceText(errors.maxPlace, digits) : "-");
+}
+
+void PrintErrors(std::ostream& out, FaceErrors const& errors, int digits) {
+  std::vector<TextTable::Column> columns = {{"faces"}, {"L1"}, {"L2"}, {"L2 relative"}};
+  for (TextTable::Column const& column : PlaceColumns()) columns.push_back(column);
+  TextTable table(columns);
+  std::vector<std::string> row = {Grouped(errors.nFaces), Scientific(errors.l1), Scientific(errors.l2),
+                                  Scientific(errors.relativeL2)};
+  AddPlace(row, errors, digits);
+  table.AddRow(row);
   out << "errors against the exact value" << '\n' << '\n';
   table.Print(out);
+}
+
+void PrintSizes(std::ostream& out, FaceTime const& time, int digits) {
+  std::vector<TextTable::Column> columns = {
+      {"field", Align::Left}, {"faces"}, {"L1"}, {"L2"}, {"from"}, {"to"}};
+  for (TextTable::Column const& column : PlaceColumns()) columns.push_back(column);
+  TextTable table(columns);
+  for (FaceSizes const& one : time.values) {
+    std::vector<std::string> row = {OneLine(one.name),        Grouped(one.norms.nFaces),
+                                    Scientific(one.norms.l1), Scientific(one.norms.l2),
+                                    Scientific(one.lowest),   Scientific(one.highest)};
+    AddPlace(row, one.norms, digits);
+    table.AddRow(row);
+  }
+  if (!time.name.empty()) out << "\ntime " << time.name << '\n';
+  out << '\n';
+  table.Print(out);
+}
+
+void PrintValues(std::ostream& out, FaceResults const& results) {
+  if (results.GivesNoValues()) {
+    out << "search method 4 computes no values on boundary faces, only slopes along the normal: all values "
+           "are 0 by design, so there are no errors to show\n";
+  } else if (results.fromFiles.empty()) {
+    PrintErrors(out, results.errors, results.placeDigits);
+  } else {
+    out << "sizes of the values; the exact values are not known\n";
+    for (FaceTime const& time : results.fromFiles) PrintSizes(out, time, results.placeDigits);
+  }
 }
 
 void PrintTimes(std::ostream& out, FaceTimes const& times) {
@@ -76,7 +114,7 @@ void PrintWarnings(std::ostream& out, FaceResults const& results) {
   }
   if (n > 0) {
     out << "  search method " << results.settings.method << ": the values are not finite at " << Grouped(n)
-        << " of " << Grouped(results.errors.nFaces) << ' ' << NameOf(results.group) << " faces"
+        << " of " << Grouped(results.NumberOfFaces()) << ' ' << NameOf(results.group) << " faces"
         << (results.whyNotFinite.empty() ? "" : ": " + results.whyNotFinite) << '\n';
   }
 }
@@ -100,31 +138,54 @@ ordered_json ErrorsAsJson(FaceErrors const& errors) {
           {"notFinite", errors.nNotFinite}};
 }
 
+/// Norms of the values themselves, without relative ones.
+ordered_json SizesAsJson(FaceSizes const& one) {
+  ordered_json json = {{"fieldName", one.name}};
+  json.update(ErrorsAsJson(one.norms));
+  json.erase("l2Relative");
+  json["range"] = {one.lowest, one.highest};
+  return json;
+}
+
+/// "values" and "boundaryValues" of one time; for several, the list "times".
+void AddValues(ordered_json& json, FaceResults const& results) {
+  for (FaceTime const& time : results.fromFiles) {
+    ordered_json entry = {{"time", time.name}};
+    for (FileField const& field : time.fields)
+      entry["boundaryValues"][field.name] = BoundaryValuesAsJson(field);
+    for (FaceSizes const& one : time.values)
+      if (!results.GivesNoValues()) entry["values"].push_back(SizesAsJson(one));
+    if (time.name.empty()) {
+      entry.erase("time");
+      json.update(entry);
+    } else {
+      json["times"].push_back(std::move(entry));
+    }
+  }
+}
+
 }  // namespace
 
 void PrintFaceResults(std::ostream& out, FaceResults const& results) {
-  out << Grouped(results.errors.nFaces) << ' ' << NameOf(results.group) << " faces by search method "
+  out << Grouped(results.NumberOfFaces()) << ' ' << NameOf(results.group) << " faces by search method "
       << results.settings.method << ", " << StencilSizesInWords(results.stencils) << '\n';
-  if (results.GivesNoValues()) {
-    out << "search method 4 computes no values on boundary faces, only slopes along the normal: all values "
-           "are 0 "
-           "by design, so there are no errors to show\n";
-  } else {
-    PrintErrors(out, results.errors, results.placeDigits);
-  }
+  PrintValues(out, results);
   PrintTimes(out, results.times);
   PrintWarnings(out, results);
 }
 
 ordered_json FaceResultsAsJson(FaceResults const& results) {
   FaceTimes const& times = results.times;
-  ordered_json json = {{"group", NameOf(results.group)}, {"faces", results.errors.nFaces}};
+  ordered_json json = {{"group", NameOf(results.group)}, {"faces", results.NumberOfFaces()}};
   json["valuesByDesignZero"] = results.GivesNoValues();
   json["stencils"] = StencilSizesAsJson(results.stencils);
   json["seconds"] = {{"setUp", times.setUp}, {"firstCall", times.first}, {"laterCalls", times.later}};
   json["usSetUpPerFace"] = times.usPerFace;
   json["nsPerFace"] = times.nsPerFace;
-  json["errors"] = results.GivesNoValues() ? ordered_json(nullptr) : ErrorsAsJson(results.errors);
+  if (results.fromFiles.empty())
+    json["errors"] = results.GivesNoValues() ? ordered_json(nullptr) : ErrorsAsJson(results.errors);
+  else
+    AddValues(json, results);
   json["rows"] = {{"notSummingToOne", results.rows.nOff},
                   {"worstSum", results.rows.worstSum},
                   {"worstAt", PlaceAsJson(results.rows.worst)},

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <iostream>
+#include <utility>
 
 #include "cli/base/OneLine.h"
 #include "cli/base/StdoutToFile.h"
@@ -11,7 +12,6 @@
 #include "cli/base/Timing.h"
 #include "cli/base/UsageError.h"
 #include "cli/operators/WireOperator.h"
-#include "rbf_face/CZynFaceRBFInternalObject.h"
 
 namespace zyngrad {
 namespace {
@@ -29,12 +29,12 @@ double SetUp(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind grou
 
 /// This rank's times of the first application and of each later one.
 std::vector<double> TimeCalls(Ranks const& ranks, CZynFaceRBFInternalObject& op, std::vector<double>& field,
-                              std::vector<double>& value) {
+                              std::vector<double>& value, int nCalls) {
   // The operator clears three more arrays, which it does not fill.
   std::array<std::vector<double>, 3> cleared;
   for (auto& values : cleared) values.assign(value.size(), 0.0);
   std::vector<double> seconds;
-  for (int call = 0; call < 1 + kLaterCalls; ++call) {
+  for (int call = 0; call < nCalls; ++call) {
     ranks.Barrier();
     Stopwatch const watch;
     op.Multiply_FaceRBFCoefficent(field.data(), value.data(), cleared[0].data(), cleared[1].data(),
@@ -69,19 +69,37 @@ void ReadRows(CZynFaceRBFInternalObject const& op, int nFaces, FaceRows& rows) {
 
 }  // namespace
 
+FaceOperator::FaceOperator(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
+                           std::string logFile)
+    : ranks_(ranks), logFile_(std::move(logFile)) {
+  int const nFaces = TargetedFacesOf(*mesh.partition, group).count;
+  StdoutToFile const log(logFile_);
+  std::cout << NameOf(group) << " faces" << std::endl;
+  setUpSeconds_ = SetUp(ranks, mesh, group, op_);
+  ranks.Together([&] { ReadRows(op_, nFaces, rows_); });
+}
+
+std::vector<double> FaceOperator::Apply(std::vector<double>& field) {
+  std::vector<double> value;
+  ranks_.Together([&] { value.assign(rows_.rowSum.size(), 0.0); });
+  std::vector<double> calls;
+  {
+    StdoutToFile const log(logFile_);
+    calls = TimeCalls(ranks_, op_, field, value, isFirst_ ? 1 + kLaterCalls : 1);
+  }
+  if (isFirst_) times_ = SummariseTimes(ranks_, setUpSeconds_, calls, static_cast<int>(value.size()) - 1);
+  isFirst_ = false;
+  return value;
+}
+
 FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
                  std::vector<double>& field, std::string const& logFile) {
-  int const nFaces = TargetedFacesOf(*mesh.partition, group).count;
+  FaceOperator op(ranks, mesh, group, logFile);
   FaceRun run;
-  ranks.Together([&] { run.rows.value.assign(static_cast<std::size_t>(nFaces) + 1, 0.0); });
-
-  CZynFaceRBFInternalObject op;
-  StdoutToFile const log(logFile);
-  std::cout << NameOf(group) << " faces" << std::endl;
-  double const setUp = SetUp(ranks, mesh, group, op);
-  std::vector<double> const calls = TimeCalls(ranks, op, field, run.rows.value);
-  run.times = SummariseTimes(ranks, setUp, calls, nFaces);
-  ranks.Together([&] { ReadRows(op, nFaces, run.rows); });
+  std::vector<double> value = op.Apply(field);
+  run.rows = op.rows();
+  run.rows.value = std::move(value);
+  run.times = op.times();
   return run;
 }
 

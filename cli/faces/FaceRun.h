@@ -7,6 +7,7 @@
 #include "cli/base/TextTable.h"
 #include "cli/faces/TargetedFaces.h"
 #include "cli/field/Expression.h"
+#include "rbf_face/CZynFaceRBFInternalObject.h"
 #include "reference_host/parallel/LoadMesh.h"
 
 namespace zyngrad {
@@ -32,10 +33,36 @@ struct FaceRun {
   FaceTimes times;
 };
 
-/// Collective. Sets up the operator for the group, with the settings beside the partition's base file name, and
-/// applies it to the field.
-/// @param[in] field    [1..NCell]; only read, although the operator takes it without const
-/// @param[in] logFile  receives what the operator prints on this rank
+/// The operator for the faces of one group. It is set up once and applied to one field after the other.
+class FaceOperator {
+ public:
+  /// Collective. Sets up the operator, with the settings beside the partition's base file name.
+  /// @param[in] logFile  receives what the operator prints on this rank
+  FaceOperator(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group, std::string logFile);
+  FaceOperator(FaceOperator const&) = delete;
+  FaceOperator& operator=(FaceOperator const&) = delete;
+
+  /// Collective. @return [1..count of the group] the values on the faces, U. The first field is interpolated four times
+  /// to time it.
+  /// @param[in] field  [1..NCell]; only read, although the operator takes it without const
+  std::vector<double> Apply(std::vector<double>& field);
+
+  /// Sums of weights and stencils, without values.
+  FaceRows const& rows() const { return rows_; }
+  /// @pre Apply
+  FaceTimes const& times() const { return times_; }
+
+ private:
+  Ranks const& ranks_;
+  std::string logFile_;
+  CZynFaceRBFInternalObject op_;
+  FaceRows rows_;
+  FaceTimes times_;
+  double setUpSeconds_ = 0.0;  ///< of this rank
+  bool isFirst_ = true;
+};
+
+/// Collective. A FaceOperator for one field.
 FaceRun RunFaces(Ranks const& ranks, reference_host::LoadedMesh& mesh, FaceKind group,
                  std::vector<double>& field, std::string const& logFile);
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <system_error>
@@ -106,7 +107,18 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
     }
     if (times.empty())
       throw UsageError("--time: " + Quoted(meshSpec) + " is no OpenFOAM case with folders of times");
-    for (std::string const& time : TimeChoice(options_.time).ChooseFrom(times)) {
+    TimeChoice const choice(options_.time);
+    if (choice.NeedsFields() &&
+        std::none_of(times.begin(), times.end(), [](CaseTime const& time) { return time.hasFields; })) {
+      for (std::string const& field : options_.files) {
+        if (HasField(folder / times.back().name, field)) continue;
+        throw UsageError(
+            "--time " + Quoted(options_.time) + ": no time has all fields, and " + times.back().name +
+            " has no " + Quoted(field) +
+            reference_host::WhatIsThereInstead(folder.string(), times.back().name + '/' + field));
+      }
+    }
+    for (std::string const& time : choice.ChooseFrom(times)) {
       for (std::string const& field : options_.files) {
         if (HasField(folder / time, field)) continue;
         throw UsageError("--time " + Quoted(options_.time) + ": no field " + Quoted(field) +
@@ -123,15 +135,20 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
   for (std::string time; std::getline(in, time);) times_.push_back(time);
 }
 
-FileField FieldFiles::ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
-                              std::string const& time, std::vector<std::string>& warnings) const {
+std::string FieldFiles::PathAt(std::size_t time, std::size_t field) const {
   std::string const& file = options_.files[field];
-  std::string const path = time.empty() ? file : folder_ + '/' + time + '/' + file;
-  reference_host::LoadedField loaded = reference_host::LoadField(ranks.communicator(), mesh, path);
+  return times_[time].empty() ? file : folder_ + '/' + times_[time] + '/' + file;
+}
+
+FileField FieldFiles::ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
+                              std::size_t time, std::vector<std::string>& warnings) const {
+  std::string const& file = options_.files[field];
+  reference_host::LoadedField loaded =
+      reference_host::LoadField(ranks.communicator(), mesh, PathAt(time, field));
   FileField result;
   result.name = names_[field];
   result.patches = std::move(loaded.patches);
-  std::string const shown = Quoted(time.empty() ? file : time + '/' + file);
+  std::string const shown = Quoted(HasTimes() ? times_[time] + '/' + file : file);
   for (std::size_t k = 0; k < static_cast<std::size_t>(loaded.nComponents); ++k) {
     std::string const of = loaded.nComponents == 1 ? "" : std::string("component ") + "xyz"[k] + " of ";
     CheckFinite(ranks, *mesh.partition, of + "the field " + shown, loaded.value[k]);
@@ -146,7 +163,7 @@ std::vector<FileField> FieldFiles::Read(Ranks const& ranks, reference_host::Load
                                         std::size_t time, std::vector<std::string>& warnings) const {
   std::vector<FileField> fields;
   for (std::size_t k = 0; k < options_.files.size(); ++k)
-    fields.push_back(ReadOne(ranks, mesh, k, times_[time], warnings));
+    fields.push_back(ReadOne(ranks, mesh, k, time, warnings));
   return fields;
 }
 
@@ -165,6 +182,24 @@ std::string BoundaryValuesInWords(FileField const& field) {
       text += (text.empty() ? "" : "; ") + std::string(name.words) + " at " + patches.Text();
   }
   return OneLine(field.name) + " at the boundary: " + (text.empty() ? "there are no faces" : text);
+}
+
+void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings) {
+  for (std::string const& warning : warnings) out << "  warning: " << warning << '\n';
+  if (!warnings.empty()) out << '\n';
+}
+
+void PrintBoundaryValues(std::ostream& out, std::vector<FieldsAtTime> const& times) {
+  for (std::size_t k = 0; k < times.front().fields.size(); ++k) {
+    std::string before;
+    for (FieldsAtTime const& at : times) {
+      std::string const text = BoundaryValuesInWords(at.fields[k]);
+      if (text == before) continue;
+      out << (before.empty() ? "" : "from time " + at.time + " on, ") << text << '\n';
+      before = text;
+    }
+  }
+  if (!times.front().fields.empty()) out << '\n';
 }
 
 ordered_json BoundaryValuesAsJson(FileField const& field) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iosfwd>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
@@ -54,6 +55,9 @@ class FieldFiles {
   /// The names of the fields, each of them different.
   std::vector<std::string> const& names() const { return names_; }
 
+  /// What LoadField is given for a field at one of times(). @pre FindTimes
+  std::string PathAt(std::size_t time, std::size_t field) const;
+
   /// Collective. Finds the times that --time chooses; without --time it does nothing.
   /// @throws UsageError or MeshError  the mesh has no times, or a time or field does not exist; the text names those
   ///                                  that do
@@ -77,17 +81,30 @@ class FieldFiles {
   void AddToQuestion(nlohmann::ordered_json& question) const;
 
  private:
-  FileField ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field,
-                    std::string const& time, std::vector<std::string>& warnings) const;
+  FileField ReadOne(Ranks const& ranks, reference_host::LoadedMesh& mesh, std::size_t field, std::size_t time,
+                    std::vector<std::string>& warnings) const;
 
   FieldFileOptions options_;
   std::vector<std::string> names_;
-  std::string folder_;  ///< of the times
+  std::string folder_;  ///< of the times, on every rank
   std::vector<std::string> times_ = {""};
 };
 
 /// "U at the boundary: values of the file at "lid"; values of the cells at "frontAndBack"": one line for the first rank.
 std::string BoundaryValuesInWords(FileField const& field);
+
+/// Prints each of them in a line, and an empty line if there are any. For the first rank only.
+void PrintWarnings(std::ostream& out, std::vector<std::string> const& warnings);
+
+/// The fields of one time, borrowed.
+struct FieldsAtTime {
+  std::string const& time;
+  std::vector<FileField> const& fields;
+};
+
+/// Prints BoundaryValuesInWords of each field, and again for a later time at which it changes; then an empty line. For
+/// the first rank only.
+void PrintBoundaryValues(std::ostream& out, std::vector<FieldsAtTime> const& times);
 
 /// By patch: "file", "cell", "cellWithoutNormalPart" or "cellTurned".
 nlohmann::ordered_json BoundaryValuesAsJson(FileField const& field);

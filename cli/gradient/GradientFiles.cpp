@@ -1,6 +1,7 @@
 #include "cli/gradient/GradientFiles.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -27,7 +28,26 @@ VtkArray ArrayOf(std::string const& name, std::vector<std::vector<double> const*
   values.reserve(columns.size() * static_cast<std::size_t>(nCells));
   for (std::size_t c = 1; c <= static_cast<std::size_t>(nCells); ++c)
     for (std::vector<double> const* const column : columns) values.push_back((*column)[c]);
-  return {name, static_cast<int>(columns.size()), std::move(values)};
+  VtkArray array = {name, static_cast<int>(columns.size()), std::move(values)};
+  if (columns.size() == 9)
+    array.componentNames = {"dux/dx", "dux/dy", "dux/dz", "duy/dx", "duy/dy",
+                            "duy/dz", "duz/dx", "duz/dy", "duz/dz"};
+  return array;
+}
+
+/// Of a scalar the length of the difference from the exact gradient, of a vector the Frobenius norm of that of the
+/// tensors.
+VtkArray ErrorArray(std::string const& name, std::vector<std::vector<double> const*> const& errors,
+                    int nCells) {
+  if (errors.size() == 1) return ArrayOf(name, errors, nCells);
+  std::vector<double> norm;
+  norm.reserve(static_cast<std::size_t>(nCells));
+  for (std::size_t c = 1; c <= static_cast<std::size_t>(nCells); ++c) {
+    double sum = 0.0;
+    for (std::vector<double> const* const e : errors) sum += (*e)[c] * (*e)[c];
+    norm.push_back(std::sqrt(sum));
+  }
+  return {name, 1, std::move(norm)};
 }
 
 std::string ArrayName(std::string const& prefix, std::string label) {
@@ -62,13 +82,14 @@ void AddGradients(GradientCase const& theCase, MethodResult const& result, int n
     GradientResult const& first = result.gradients[i];
     GradientField const& field = theCase.fields[static_cast<std::size_t>(first.field)];
     std::string const name = field.name.empty() ? ArrayName("", first.label) : field.name + '_' + first.label;
-    std::vector<std::vector<double> const*> columns;
+    std::vector<std::vector<double> const*> columns, errors;
     for (std::size_t k = 0; k < field.component.size(); ++k) {
-      GradientArrays const& g = result.gradients[i + k].gradient;
-      columns.insert(columns.end(), {&g.x, &g.y, &g.z});
+      GradientResult const& one = result.gradients[i + k];
+      columns.insert(columns.end(), {&one.gradient.x, &one.gradient.y, &one.gradient.z});
+      errors.push_back(&one.cellError);
     }
     arrays.push_back(ArrayOf("gradient_" + name, columns, nCells));
-    if (!first.cellError.empty()) arrays.push_back(ArrayOf("error_" + name, {&first.cellError}, nCells));
+    if (!first.cellError.empty()) arrays.push_back(ErrorArray("error_" + name, errors, nCells));
     i += field.component.size();
   }
 }

@@ -207,19 +207,6 @@ ordered_json GradientResultsAsJson(std::vector<MethodResult> const& results) {
   return json;
 }
 
-void PrintBoundaryValues(std::ostream& out, std::vector<GradientTime> const& times) {
-  for (std::size_t k = 0; k < times.front().fields.size(); ++k) {
-    std::string before;
-    for (GradientTime const& time : times) {
-      std::string const text = BoundaryValuesInWords(time.fields[k]);
-      if (text == before) continue;
-      out << (before.empty() ? "" : "from time " + time.name + " on, ") << text << '\n';
-      before = text;
-    }
-  }
-  if (!times.front().fields.empty()) out << '\n';
-}
-
 void AddGradientResults(ordered_json& json, std::vector<GradientTime> const& times) {
   auto const add = [](ordered_json& to, GradientTime const& time) {
     for (FileField const& field : time.fields) to["boundaryValues"][field.name] = BoundaryValuesAsJson(field);

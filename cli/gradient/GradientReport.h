@@ -22,9 +22,6 @@ void PrintGradientResults(std::ostream& out, std::vector<MethodResult> const& re
 void PrintGradientResults(std::ostream& out, std::vector<GradientTime> const& times,
                           int placeDigits = kPlaceDigits);
 
-/// Prints a line for each field from a file: which values it took at the boundary, with the time from which it did.
-void PrintBoundaryValues(std::ostream& out, std::vector<GradientTime> const& times);
-
 /// The same numbers. A number that is not finite becomes null.
 nlohmann::ordered_json GradientResultsAsJson(std::vector<MethodResult> const& results);
 

@@ -50,7 +50,7 @@ std::string CaseOfPolyMesh(std::string const& polyMesh) {
 std::string FolderOfTimes(std::string const& meshSpec) {
   std::error_code ignored;
   if (!fs::is_directory(meshSpec, ignored)) return {};
-  if (IsDecomposedCase(meshSpec)) return ProcessorFolder(meshSpec, 0);
+  if (IsDecomposedCase(meshSpec)) return StoredProcessorFolder(meshSpec, 0);
   std::string const polyMesh = FindPolyMesh(meshSpec);
   return polyMesh.empty() ? std::string() : CaseOfPolyMesh(polyMesh);
 }

@@ -1,18 +1,15 @@
 #include "reference_host/openfoam/FoamFieldSource.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <regex>
 #include <sstream>
 #include <system_error>
 
 #include "reference_host/mesh/MeshError.h"
-#include "reference_host/mesh/MeshFile.h"
+#include "reference_host/openfoam/GzipFile.h"
 
 namespace reference_host {
 namespace {
@@ -20,16 +17,8 @@ namespace {
 /// Header and dimensions come first; a licence in a comment may stand before them.
 constexpr std::size_t kBeginning = std::size_t{1} << 15;
 
-/// The first bytes of a file, decompressed if need be.
 std::string BeginningOf(std::string const& file) {
-  RequireRegularFile(file);
-  std::unique_ptr<gzFile_s, int (*)(gzFile)> const opened(gzopen(file.c_str(), "rb"), gzclose);
-  if (!opened) throw MeshError(file + ": cannot be opened for reading");
-  std::string text(kBeginning, '\0');
-  int const size = gzread(opened.get(), text.data(), static_cast<unsigned>(text.size()));
-  if (size < 0) throw MeshError(file + ": cannot be read");
-  text.resize(static_cast<std::size_t>(size));
-  return text;
+  return std::string(GzipFile(file).Read(kBeginning).View());
 }
 
 std::string WithoutComments(std::string const& text) {
@@ -52,6 +41,16 @@ std::string EntryOf(std::string const& header, std::string const& key) {
   std::smatch found;
   std::regex const entry("[{;\\s]" + key + "\\s+(\"[^\"]*\"|[^;\\s]+)\\s*;");
   return std::regex_search(header, found, entry) ? found[1].str() : std::string();
+}
+
+/// The header, which the text then no longer has.
+std::string TakeHeader(std::string& text, std::string const& file) {
+  std::size_t const end = text.find('}');
+  if (text.find("FoamFile") >= end)
+    throw MeshError(file + ": not an OpenFOAM file: it does not begin with FoamFile");
+  std::string header = text.substr(0, end);
+  text.erase(0, end);
+  return header;
 }
 
 /// Of "LSB;label=32;scalar=64", in bytes.
@@ -84,18 +83,16 @@ FoamFieldSource DescribeFoamField(std::string const& file) {
   std::error_code ignored;
   bool const isThere = std::filesystem::exists(file, ignored);
   std::string const path = !isThere && std::filesystem::exists(file + ".gz", ignored) ? file + ".gz" : file;
-  std::string const text = WithoutComments(BeginningOf(path));
-  std::size_t const end = text.find('}');
-  if (text.find("FoamFile") >= end)
-    throw MeshError(path + ": not an OpenFOAM file: it does not begin with FoamFile");
-  std::string const header = text.substr(0, end);
+  std::string text = WithoutComments(BeginningOf(path));
+  std::string header = TakeHeader(text, path);
+  if (EntryOf(header, "class") == "decomposedBlockData") header = TakeHeader(text, path);
   FoamFieldSource source;
+  source.isCompressed = std::filesystem::path(path).extension() == ".gz";
   source.format.isBinary = EntryOf(header, "format") == "binary";
-  source.format.isCompressed = path != file || std::filesystem::path(path).extension() == ".gz";
   std::string const arch = EntryOf(header, "arch");
   source.format.labelBytes = WidthIn(arch, "label", 4);
   source.format.scalarBytes = WidthIn(arch, "scalar", 8);
-  source.dimensions = DimensionsIn(text.substr(end), path);
+  source.dimensions = DimensionsIn(text, path);
   return source;
 }
 

@@ -59,7 +59,7 @@ void AppendBytes(std::vector<double> const& values, int scalarBytes, std::string
 }
 
 /// "uniform 0" for no values at all, which is the same in both formats; else "nonuniform List<scalar> N ( ... )".
-void AppendValues(std::vector<double> const& values, int nComponents, FoamOutputFormat const& format,
+void AppendValues(std::vector<double> const& values, int nComponents, FoamFormat const& format,
                   std::string& text) {
   std::vector<double> const zero(static_cast<std::size_t>(nComponents), 0.0);
   if (values.empty()) {
@@ -85,14 +85,15 @@ void AppendValues(std::vector<double> const& values, int nComponents, FoamOutput
 
 std::string Header(std::string const& fileClass, std::string const& location, std::string const& name,
                    std::string const& formatLines, std::string const& note) {
-  return "FoamFile\n{\n    version     2.0;\n" + formatLines + "    class       " + fileClass +
-         ";\n    note        \"" + note + "\";\n    location    \"" + location + "\";\n    object      " +
-         name + ";\n}\n\n";
+  std::string text =
+      "FoamFile\n{\n    version     2.0;\n" + formatLines + "    class       " + fileClass + ";\n";
+  if (!note.empty()) text += "    note        \"" + note + "\";\n";
+  return text + "    location    \"" + location + "\";\n    object      " + name + ";\n}\n\n";
 }
 
 }  // namespace
 
-std::string FoamFieldBody(FoamOutput const& field, FoamOutputFormat const& format) {
+std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format) {
   std::string text = "dimensions      [";
   for (std::size_t k = 0; k < field.dimensions.size(); ++k) {
     if (k > 0) text += ' ';
@@ -113,7 +114,7 @@ std::string FoamFieldBody(FoamOutput const& field, FoamOutputFormat const& forma
   return text + "}\n";
 }
 
-std::string FoamFieldText(FoamOutput const& field, FoamOutputFormat const& format, std::string const& note) {
+std::string FoamFieldText(FoamOutput const& field, FoamFormat const& format, std::string const& note) {
   std::string const formatLines = format.isBinary
                                       ? std::string("    format      binary;\n    arch        \"") +
                                             ByteOrder() + ";label=" + std::to_string(8 * format.labelBytes) +

@@ -6,15 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace reference_host {
+#include "reference_host/openfoam/FoamSyntax.h"
 
-/// How the files of a case are written. The byte order is the machine's.
-struct FoamOutputFormat {
-  bool isBinary = false;
-  bool isCompressed = false;  ///< by gzip, NAME.gz
-  int labelBytes = 4;         ///< of integers, 4 or 8; only said in the header
-  int scalarBytes = 8;        ///< of binary numbers, 4 or 8
-};
+namespace reference_host {
 
 /// The entry of one patch in a field file.
 struct FoamPatchEntry {
@@ -36,13 +30,14 @@ struct FoamOutput {
 };
 
 /// The text of the file, without compression: volScalarField, volVectorField, volSymmTensorField or volTensorField.
-/// Decimal numbers have as many digits as it takes to get the same number back.
-/// @param[in] note  goes into the entry "note" of the header; without quotation marks and backslashes
+/// Decimal numbers have as many digits as it takes to get the same number back. Binary ones are in the byte order of the
+/// machine.
+/// @param[in] note  goes into the entry "note" of the header, if not empty; without quotation marks and backslashes
 /// @pre  nComponents is one of the four
-std::string FoamFieldText(FoamOutput const& field, FoamOutputFormat const& format, std::string const& note);
+std::string FoamFieldText(FoamOutput const& field, FoamFormat const& format, std::string const& note);
 
 /// The same without the header: what a file of class decomposedBlockData has for all processors but the first.
-std::string FoamFieldBody(FoamOutput const& field, FoamOutputFormat const& format);
+std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format);
 
 /// The content of a file of class decomposedBlockData, the collated format of decomposed cases.
 /// @param[in] blocks    of the processors in order: the first one from FoamFieldText, the others from FoamFieldBody

@@ -20,6 +20,7 @@ FoamFile::FoamFile(std::string const& folder, std::string const& name)
   } else {
     OpenPiece();
   }
+  header_.format.isCompressed = storage_.IsCompressed();
   if (header_.format.isBinary) file_->NamePlacesByOffset();
 }
 

@@ -6,11 +6,12 @@
 
 namespace reference_host {
 
-/// How the numbers of an OpenFOAM file are written.
+/// How an OpenFOAM file is written.
 struct FoamFormat {
   bool isBinary = false;
-  int labelBytes = 4;  ///< of an integer in a binary file
-  int scalarBytes = 8;
+  bool isCompressed = false;  ///< by gzip, NAME.gz
+  int labelBytes = 4;         ///< of an integer in a binary file, 4 or 8
+  int scalarBytes = 8;        ///< of a number in a binary file, 4 or 8
 };
 
 /// What the header of an OpenFOAM file says.

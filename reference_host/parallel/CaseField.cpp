@@ -10,6 +10,7 @@
 #include "reference_host/mesh/MessageText.h"
 #include "reference_host/openfoam/CaseTimes.h"
 #include "reference_host/openfoam/DecomposedCase.h"
+#include "reference_host/openfoam/FoamStorage.h"
 #include "reference_host/parallel/FileCells.h"
 #include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
@@ -63,8 +64,7 @@ CaseFieldMaker::CaseFieldMaker(MPI_Comm communicator, LoadedMesh& mesh)
     cellInFile_ = CellsInFile(mesh_);
     if (!Writes()) return;
     if (isDecomposed_) {
-      folder_ = ProcessorFolder(mesh_.source->spec, communicator_.rank());
-      polyMesh_ = folder_ + "/constant/polyMesh";
+      FindProcessorFolder();
     } else {
       polyMesh_ = mesh_.source->polyMesh;
       if (polyMesh_.empty())
@@ -73,6 +73,20 @@ CaseFieldMaker::CaseFieldMaker(MPI_Comm communicator, LoadedMesh& mesh)
     }
     ReadPatches();
   });
+}
+
+void CaseFieldMaker::FindProcessorFolder() {
+  std::string const& folder = mesh_.source->spec;
+  std::string const own = ProcessorFolder(folder, communicator_.rank());
+  polyMesh_ = own + "/constant/polyMesh";
+  folder_ = StoredProcessorFolder(folder, communicator_.rank());
+  isCollated_ = folder_ != own;
+  if (!isCollated_) return;
+  for (CollatedFolder const& collated : CollatedFolders(folder)) {
+    if (collated.path != folder_ || collated.last - collated.first + 1 == communicator_.size()) continue;
+    throw MeshError(
+        folder_ + ": fields cannot be written into a case whose processors are collated in several folders");
+  }
 }
 
 void CaseFieldMaker::ReadPatches() {

@@ -21,7 +21,8 @@ namespace reference_host {
 class CaseFieldMaker {
  public:
   /// Collective. Borrows the mesh.
-  /// @throws MeshError  with the same text on every rank, if the mesh is not that of a case
+  /// @throws MeshError  with the same text on every rank, if the mesh is not that of a case, or of one with several
+  ///                    collated folders
   CaseFieldMaker(MPI_Comm communicator, LoadedMesh& mesh);
 
   /// Whether this rank gets the fields that Make returns.
@@ -29,7 +30,11 @@ class CaseFieldMaker {
 
   bool IsDecomposed() const { return isDecomposed_; }
 
-  /// The case that this rank writes into, or its processor folder; empty if it writes nothing.
+  /// Whether the case keeps the files of all processors as pieces of one file. The pieces are then put together on the
+  /// first rank.
+  bool IsCollated() const { return isCollated_; }
+
+  /// The case that this rank writes into, or its processor folder as it is on disk; empty if it writes nothing.
   std::string const& folder() const { return folder_; }
 
   /// Collective. Sets `cell` and `patches` of a field; on patches of type calculated, faces have the values of their
@@ -46,6 +51,7 @@ class CaseFieldMaker {
     std::vector<std::int64_t> owner;
   };
 
+  void FindProcessorFolder();
   void ReadPatches();
   void TakeOwners(std::vector<BoundaryFilePatch> const& entries);
   std::string NameBeyond(BoundaryFilePatch const& patch) const;
@@ -55,7 +61,7 @@ class CaseFieldMaker {
 
   MpiCommunicator communicator_;
   LoadedMesh& mesh_;
-  bool isDecomposed_ = false;
+  bool isDecomposed_ = false, isCollated_ = false;
   std::string folder_, polyMesh_;
   std::vector<CasePatch> patches_;        ///< in the order of the file
   std::vector<std::int64_t> cellInFile_;  ///< [1..NInnerCells]

@@ -9,7 +9,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "reference_host/FieldReader.h"
@@ -18,6 +17,7 @@
 #include "reference_host/openfoam/DecomposedCase.h"
 #include "reference_host/openfoam/FoamField.h"
 #include "reference_host/openfoam/FoamFieldLookup.h"
+#include "reference_host/openfoam/FoamStorage.h"
 #include "reference_host/parallel/FileCells.h"
 #include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
@@ -135,10 +135,11 @@ class FieldLoader {
     RunTogether(communicator_, [&] {
       fs::path const folder = ProcessorFolder(source_.spec, communicator_.rank());
       std::string const file = (folder / TimeAndName(fieldSpec_)).string();
-      std::error_code ignored;
-      if (!fs::exists(file, ignored) && !fs::exists(file + ".gz", ignored))
+      if (!FoamFileExists(file)) {
+        std::string const stored = StoredProcessorFolder(source_.spec, communicator_.rank());
         throw MeshError(file + ": no such file" +
-                        WhatIsThereInstead(folder.string(), TimeAndName(fieldSpec_).string()));
+                        WhatIsThereInstead(stored, TimeAndName(fieldSpec_).string()));
+      }
       FoamField const field = ReadFoamField(file, record_.NInnerCells, source_.boundary);
       RememberPatches(field);
       // Folders that have faces of a patch know which values these take.

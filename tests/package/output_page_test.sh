@@ -16,6 +16,9 @@ run gradient gradient box:3,3,3 --field x*y
 printf '%s\n' 'FoamFile { version 2.0; format ascii; class volScalarField; object T; }' \
   'dimensions [0 0 0 0 0 0 0];' 'internalField uniform 1;' 'boundaryField { ".*" { type zeroGradient; } }' >T
 run from_file gradient "$1/tests/data/openfoam_planar" --field-file T --method lsq
+cp -r "$1/tests/data/openfoam_cases/symmetry" .
+run vector gradient symmetry --field-file U --field-file p --time all --method lsq
+run vector_faces faces symmetry --field-file U --time all --group inner
 run three gradient box:3,3,3 --method vector --field x --field y --field z
 run faces faces box:3,3,3 --field x --group inner --debug-report
 run points points box:3,3,3 --field x --points points.csv
@@ -24,13 +27,17 @@ run probes points "$1/tests/data/openfoam_cases/cavity" --group frontAndBack=wal
 run on_body points "$1/tests/data/openfoam_cases/cavity" --group frontAndBack=wall --field-file 0.4/p --field-file 0.4/U --body '(x-0.5)^2+(y-0.5)^2-0.04'
 run check check box:3,3,3 --group-faces inner --points points.csv
 run study study --series tet --levels 2 --method iterated,rbf
+mkdir info explain
+"$zyngrad" info "$1/tests/data/openfoam_cases/wedge" --json >info/info.json
+"$zyngrad" explain box:3,3,3 --cell 14 --json >explain/explain.json
 
 # Whole words between backticks.
 grep -o '`[^`]*`' "$page" | tr -c 'A-Za-z0-9_\n' '\n' | sort -u >told.txt
 {
-  grep -hoE '"[A-Za-z0-9]+":' ./*/*.json | tr -d '":'
+  grep -hoE '"[A-Za-z0-9]+":' ./*/*.json | tr -d '":' | grep -vxE 'inlet|outlet|ground|top|sides|T|[xyz]min|wall'
   grep -haoE '<DataArray [^>]*Name="[^"]*"' ./*/*.vt[pu] | sed 's/.*Name="//; s/"//' |
-    grep -vxE 'Points|connectivity|offsets|types|faces|faceoffsets' | sed -E '/^gradient_error$/! s/^(gradient|error)_[a-z]+/\1_METHOD/; s/_[123]$//'
+    grep -vxE 'Points|connectivity|offsets|types|faces|faceoffsets' | sed -E 's/^gradient_(p|U|T)_[a-z]+/gradient_\1_METHOD/; s/^gradient_T_/gradient_p_/; s/^T$/p/
+      /^gradient_(error|[pU]_METHOD)$/! s/^(gradient|error)_[a-z]+/\1_METHOD/; s/_[123]$//'
 } | sort -u >written.txt
 for expected in l2Relative maxAt exact_gradient gradient_METHOD weight_sum gradient_error row_sum_off U_normal_derivative valueNormal; do
   grep -qx "$expected" written.txt || { echo "no run has written $expected"; exit 1; }

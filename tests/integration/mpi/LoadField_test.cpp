@@ -4,12 +4,14 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "MpiTestSupport.h"
+#include "foundation/FaceGroups.h"
 #include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/FaceGeometry.h"
 #include "reference_host/mesh/Vector3.h"
@@ -57,18 +59,20 @@ std::vector<Sample> Samples() {
 void ExpectValues(LoadedMesh& mesh, LoadedField const& field, Sample const& sample,
                   std::vector<std::string> const& ofCells = {}) {
   CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
-  ASSERT_EQ(field.value.size(), static_cast<std::size_t>(m.NCell) + 1);
+  std::vector<double> const& value = field.value[0];
+  ASSERT_EQ(field.nComponents, 1);
+  ASSERT_EQ(value.size(), static_cast<std::size_t>(m.NCell) + 1);
   for (int c = 1; c <= m.NCell; ++c) {
     std::int64_t const global = mesh.partition->globalCell()[c];
     if (global > 0) {
-      EXPECT_EQ(field.value[c], sample.cell[global - 1]) << "cell " << c;
+      EXPECT_EQ(value[c], sample.cell[global - 1]) << "cell " << c;
       continue;
     }
     int const f = sample.FaceAt({m.xc[c], m.yc[c], m.zc[c]});
     ASSERT_GE(f, 0) << "ghost " << c;
     std::string const& patch = sample.mesh.patches[sample.mesh.facePatch[f]].name;
     bool const isOfCell = std::find(ofCells.begin(), ofCells.end(), patch) != ofCells.end();
-    EXPECT_EQ(field.value[c], isOfCell ? sample.cell[sample.mesh.owner[f]] : sample.face[f]) << "ghost " << c;
+    EXPECT_EQ(value[c], isOfCell ? sample.cell[sample.mesh.owner[f]] : sample.face[f]) << "ghost " << c;
   }
 }
 
@@ -82,6 +86,43 @@ std::string PieceText(foam_test::Piece const& piece, Sample const& sample) {
 
 LoadedField LoadOf(LoadedMesh& mesh, std::string const& fieldSpec) {
   return LoadField(MPI_COMM_WORLD, mesh, fieldSpec);
+}
+
+/// The patches whose values the file should have.
+std::vector<std::string> PatchesWithoutValues(LoadedField const& field) {
+  std::vector<std::string> names;
+  for (PatchValues const& patch : field.patches)
+    if (patch.isMissing) names.push_back(patch.patch);
+  return names;
+}
+
+/// A case that OpenFOAM wrote.
+std::string OpenFoamCase(std::string const& name) {
+  return std::string(ZYN_TEST_DATA) + "/openfoam_cases/" + name;
+}
+
+LoadedMesh LoadOpenFoamCase(std::string const& name) {
+  GroupRules rules;
+  rules.fallback = BoundaryGroup::Wall;
+  return LoadMesh(MPI_COMM_WORLD, OpenFoamCase(name), rules, {});
+}
+
+FaceValues ValuesAt(LoadedField const& field, std::string const& patch) {
+  for (PatchValues const& one : field.patches)
+    if (one.patch == patch) return one.values;
+  ADD_FAILURE() << "no patch " << patch;
+  return FaceValues::File;
+}
+
+/// The interior cell beside a ghost cell.
+int CellBeside(LoadedMesh& mesh, int ghost) {
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
+  for (FaceKind const kind : face_groups::kGreenGaussBoundary) {
+    FaceGroup const faces = FacesOf(kind, m);
+    for (int f = 1; f <= faces.count; ++f)
+      if (faces.other[f] == ghost) return faces.cv[f];
+  }
+  return 0;
 }
 
 }  // namespace
@@ -100,7 +141,7 @@ TEST(LoadField, GivesEveryRankItsValuesOfAWholeMesh) {
       for (std::string const& field : {folder.File("case/0/T"), std::string("0/T")}) {
         LoadedField const values = LoadOf(loaded, field);
         ExpectValues(loaded, values, sample);
-        EXPECT_TRUE(values.patchesWithoutValues.empty());
+        EXPECT_TRUE(PatchesWithoutValues(values).empty());
       }
     }
   }
@@ -125,7 +166,7 @@ TEST(LoadField, ReadsTheFoldersOfADecomposedCase) {
       for (std::string const& field : {std::string("0.5/T"), name + "/0.5/T", name + "/processor0/0.5/T"}) {
         LoadedField const values = LoadOf(loaded, field);
         ExpectValues(loaded, values, sample);
-        EXPECT_TRUE(values.patchesWithoutValues.empty());
+        EXPECT_TRUE(PatchesWithoutValues(values).empty());
       }
     }
   }
@@ -160,7 +201,7 @@ TEST(LoadField, NamesThePatchesWhoseCellsStandIn) {
   LoadedMesh loaded = Load(folder.File("case"));
   LoadedField const values = LoadOf(loaded, "0/T");
   ExpectValues(loaded, values, sample, {"wall"});
-  EXPECT_EQ(std::vector<std::string>{"wall"}, values.patchesWithoutValues);
+  EXPECT_EQ(std::vector<std::string>{"wall"}, PatchesWithoutValues(values));
 }
 
 TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
@@ -182,7 +223,9 @@ TEST(LoadField, RefusesFieldsThatDoNotGoWithTheMesh) {
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = Load(name);
-  EXPECT_EQ("0/p: no such file, here or in the case", refusal(mesh, "0/p"));
+  EXPECT_EQ("0/p: no such file, here or in the case; fields of time 0: T", refusal(mesh, "0/p"));
+  EXPECT_EQ("1/T: no such file, here or in the case; times: 0", refusal(mesh, "1/T"));
+  EXPECT_EQ("T: no such file, here or in the case; name its time, as in 0/T; times: 0", refusal(mesh, "T"));
   if (Rank() == 0) {
     EXPECT_EQ(0, mkfifo((name + "/0/pipe").c_str(), 0600));
   }
@@ -212,6 +255,81 @@ TEST(LoadField, RefusesADecomposedCaseWithAFieldMissingOnOneRank) {
             ErrorOnEveryRank([&] { LoadOf(mesh, "T"); }));
 }
 
+// A vector has the file's values on the lid, and those of its cells on the faces across, whose normal it has no part along.
+TEST(LoadField, ReadsVectorsThatOpenFoamWrote) {
+  LoadedMesh mesh = LoadOpenFoamCase("cavity");
+  LoadedField const field = LoadOf(mesh, "0.4/U");
+  ASSERT_EQ(3, field.nComponents);
+  EXPECT_EQ(FaceValues::File, ValuesAt(field, "lid"));
+  EXPECT_EQ(FaceValues::File, ValuesAt(field, "sides"));
+  EXPECT_EQ(FaceValues::Cell, ValuesAt(field, "frontAndBack"));
+  EXPECT_TRUE(PatchesWithoutValues(field).empty());
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
+  for (int c = 1; c <= m.NCell; ++c) {
+    std::array<double, 3> const value = {field.value[0][c], field.value[1][c], field.value[2][c]};
+    if (mesh.partition->globalCell()[c] == 64) {  // the last one of the file
+      EXPECT_EQ(value, (std::array<double, 3>{0.179251202809, -0.112977099969, 0.0}));
+    }
+    int const patch = mesh.partition->patchOfGhost()[c];
+    if (patch < 0) continue;
+    std::string const& name = mesh.partition->patches()[patch].name;
+    int const beside = CellBeside(mesh, c);
+    std::array<double, 3> expected = {field.value[0][beside], field.value[1][beside], field.value[2][beside]};
+    if (name == "lid") expected = {1.0, 0.0, 0.0};
+    if (name == "sides") expected = {0.0, 0.0, 0.0};
+    EXPECT_EQ(value, expected) << name;
+  }
+}
+
+TEST(LoadField, TakesTheNormalPartFromVectorsAtPlanesOfSymmetry) {
+  LoadedMesh mesh = LoadOpenFoamCase("symmetry");
+  LoadedField const field = LoadOf(mesh, "0.05/U");
+  EXPECT_EQ(FaceValues::Tangential, ValuesAt(field, "top"));
+  EXPECT_EQ(FaceValues::Tangential, ValuesAt(field, "sides"));
+  EXPECT_EQ(FaceValues::Cell, ValuesAt(field, "outlet"));
+  EXPECT_EQ(FaceValues::Cell, ValuesAt(LoadOf(mesh, "0.05/p"), "top"));
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
+  int nFound = 0;
+  for (int c = 1; c <= m.NCell; ++c) {
+    int const patch = mesh.partition->patchOfGhost()[c];
+    std::string const name = patch < 0 ? "" : mesh.partition->patches()[patch].name;
+    if (name != "top" && name != "sides") continue;
+    // The planes are normal to axes, so that the normal part is one component.
+    int const beside = CellBeside(mesh, c);
+    int nGone = 0;
+    for (int d = 0; d < 3; ++d) {
+      if (field.value[d][c] == field.value[d][beside]) continue;
+      EXPECT_EQ(field.value[d][c], 0.0) << name << " component " << d;
+      ++nGone;
+    }
+    EXPECT_EQ(nGone, 1) << name;
+    ++nFound;
+  }
+  if (RankCount() == 1) {
+    EXPECT_GT(nFound, 0);
+  }
+}
+
+// The sides of the wedge see the cell's vector turned about the axis: its radial part stays radial.
+TEST(LoadField, TurnsVectorsToTheSidesOfAWedge) {
+  LoadedMesh mesh = LoadOpenFoamCase("wedge");
+  LoadedField const field = LoadOf(mesh, "0.02/U");
+  EXPECT_EQ(FaceValues::Turned, ValuesAt(field, "front"));
+  EXPECT_EQ(FaceValues::Turned, ValuesAt(field, "back"));
+  CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
+  for (int c = 1; c <= m.NCell; ++c) {
+    int const patch = mesh.partition->patchOfGhost()[c];
+    std::string const name = patch < 0 ? "" : mesh.partition->patches()[patch].name;
+    if (name != "front" && name != "back") continue;
+    int const beside = CellBeside(mesh, c);
+    double const angle = std::atan2(m.zc[c], m.yc[c]);  // of the face, in the plane across the axis x
+    double const uy = field.value[1][beside], uz = field.value[2][beside];
+    EXPECT_EQ(field.value[0][c], field.value[0][beside]);
+    EXPECT_NEAR(field.value[1][c], std::cos(angle) * uy - std::sin(angle) * uz, 1e-15);
+    EXPECT_NEAR(field.value[2][c], std::sin(angle) * uy + std::cos(angle) * uz, 1e-15);
+  }
+}
+
 #ifdef ZYN_WITH_CGNS
 // A row of cubes along x, cells and their values in the same order.
 TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
@@ -239,23 +357,35 @@ TEST(LoadField, GivesEveryRankItsCellsOfACgnsFile) {
     file.Section("inlet", CGNS_ENUMV(QUAD_4), kCells + 1, kCells + 1, {1, 2, 3, 4});
     file.Solution("Flow", CGNS_ENUMV(CellCenter));
     file.Array("Pressure", values);
+    for (char const* const component : {"VelocityX", "VelocityY", "VelocityZ"}) {
+      file.Array(component, values);
+      for (double& value : values) value += 1000.0;
+    }
   }
   MPI_Barrier(MPI_COMM_WORLD);
   LoadedMesh mesh = LoadMesh(MPI_COMM_WORLD, name, {{"unnamed", BoundaryGroup::Wall}}, {});
   EXPECT_EQ(kCells, mesh.summary.nCells);
   EXPECT_EQ(1, mesh.summary.FacesOf(BoundaryGroup::Inlet));
   LoadedField const field = LoadOf(mesh, name + ":Pressure");
-  EXPECT_EQ((std::vector<std::string>{"inlet", "unnamed"}), field.patchesWithoutValues);
+  EXPECT_EQ((std::vector<std::string>{"inlet", "unnamed"}), PatchesWithoutValues(field));
   CZYN3DFiniteVolumeMesh const& m = *mesh.partition->mesh();
   for (int c = 1; c <= m.NCell; ++c) {
     // Centres of cells at 0.5, 1.5, ...; those of ghost cells lie on a face of the cell, which may be its end.
     bool const isGhost = mesh.partition->globalCell()[c] == 0;
     if (isGhost && m.xc[c] == std::floor(m.xc[c])) continue;
     double const i = std::floor(m.xc[c]);
-    EXPECT_EQ(field.value[c], i * i - 0.5) << "cell " << c;
+    EXPECT_EQ(field.value[0][c], i * i - 0.5) << "cell " << c;
   }
+  LoadedField const vector = LoadOf(mesh, name + ":Velocity");
+  ASSERT_EQ(3, vector.nComponents);
+  EXPECT_EQ(1, LoadOf(mesh, name + ":VelocityY").nComponents);
+  EXPECT_EQ(vector.value[0], field.value[0]);
+  for (int c = 1; c <= m.NCell; ++c)
+    for (int d = 1; d < 3; ++d) EXPECT_EQ(vector.value[d][c], field.value[0][c] + 1000.0 * d) << "cell " << c;
   EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(mesh, name + ":Mach"); }),
-            name + ": no array 'Mach'; arrays at cell centres: 'Flow/Pressure'");
+            name +
+                ": no array 'Mach'; arrays at cell centres: 'Flow/Pressure', 'Flow/VelocityX', "
+                "'Flow/VelocityY', 'Flow/VelocityZ'");
 
   LoadedMesh other = Load("box:5,2,2");
   EXPECT_EQ(ErrorOnEveryRank([&] { LoadOf(other, name + ":Pressure"); }),

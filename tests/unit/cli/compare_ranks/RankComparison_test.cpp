@@ -14,7 +14,7 @@ namespace zyngrad {
 namespace {
 
 RankQuestion Ask(std::string const& field, std::string const& methods = "gradients", int nSweeps = 3) {
-  return {StudyCases(ChooseStudyMethods(methods), {}, {nSweeps}), Expression(field), 20};
+  return {StudyCases(ChooseStudyMethods(methods), {}, {nSweeps}), RankField(Expression(field)), 20};
 }
 
 std::size_t IndexOf(RankQuestion const& question, std::string const& name) {

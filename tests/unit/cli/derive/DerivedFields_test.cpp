@@ -183,7 +183,7 @@ TEST_F(DerivedFieldsOfCubes, CountWhatIsNotFinite) {
   EXPECT_EQ(1, fields[1].NotFiniteCells());
   EXPECT_NEAR(-5.0 / 6.0, fields[1].lowest[2], 1e-15);
   std::ostringstream out;
-  PrintDerivedFields(out, {{"lsq", fields}}, {}, kPlaceDigits);
+  PrintDerivedFields(out, {"U", {}, {{"lsq", fields}}}, kPlaceDigits);
   EXPECT_NE(std::string::npos, out.str().find("lsq: curl is not finite in 1 of 27 cells")) << out.str();
 }
 
@@ -191,19 +191,21 @@ TEST_F(DerivedFieldsOfCubes, AreReportedWithTheirErrors) {
   auto const quantities = ChooseQuantities({"Q"});
   auto const exact = Exact(quantities);
   auto const fields = Computed(quantities, exact);
-  auto const json = DerivedFieldsAsJson(fields);
-  EXPECT_EQ("Q", json[0]["quantity"]);
-  EXPECT_EQ("error", json[0]["normsOf"]);
-  EXPECT_EQ(0.0, json[0]["boundary"]["l2Relative"]);
-  EXPECT_FALSE(json[0].contains("range"));
+  DerivedOfField of = {"u", exact, {{"lsq", fields}}};
+  auto const json = DerivedFieldsAsJson(of);
+  EXPECT_EQ("lsq", json[0]["method"]);
+  EXPECT_EQ("Q", json[0]["errors"][0]["quantity"]);
+  EXPECT_EQ(exact[0].l2, json[0]["errors"][0]["exactL2"]);
+  EXPECT_EQ(0.0, json[0]["errors"][0]["boundary"]["l2Relative"]);
+  EXPECT_FALSE(json[0]["errors"][0].contains("range"));
   std::ostringstream out;
-  PrintDerivedFields(out, {{"lsq", fields}}, exact, kPlaceDigits);
+  PrintDerivedFields(out, of, kPlaceDigits);
   EXPECT_NE(std::string::npos, out.str().find("L2 relative")) << out.str();
 }
 
 TEST_F(DerivedFieldsOfCubes, AreReportedWithTheirRanges) {
-  auto const json = DerivedFieldsAsJson(Computed(ChooseQuantities({"div,strain"}), {}));
-  EXPECT_EQ("quantity", json[0]["normsOf"]);
+  auto const json =
+      DerivedFieldsAsJson({"U", {}, {{"lsq", Computed(ChooseQuantities({"div,strain"}), {})}}})[0]["norms"];
   EXPECT_TRUE(json[0]["range"].contains("value"));
   EXPECT_NEAR(0.25, json[1]["range"]["xy"][0].get<double>(), 1e-15);
   EXPECT_FALSE(json[1]["interior"].contains("l2Relative"));

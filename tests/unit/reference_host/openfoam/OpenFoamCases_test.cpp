@@ -101,9 +101,11 @@ TEST(OpenFoamCases, TheFieldSaysHowItsFileWasWritten) {
   FaceMesh const mesh = ReadPolyMesh(Case("cavity/constant/polyMesh"));
   FoamField const text = Field(Case("cavity"), "0.4/U", mesh);
   EXPECT_FALSE(text.format.isBinary);
+  EXPECT_FALSE(text.format.isCompressed);
   EXPECT_EQ(Case("cavity/0.4/U"), text.file);
   FoamField const binary = Field(Case("cavity_binary_gz"), "0.4/U", mesh);
   EXPECT_TRUE(binary.format.isBinary);
+  EXPECT_TRUE(binary.format.isCompressed);
   EXPECT_EQ(4, binary.format.labelBytes);
   EXPECT_EQ(8, binary.format.scalarBytes);
   EXPECT_EQ(Case("cavity_binary_gz/0.4/U.gz"), binary.file);

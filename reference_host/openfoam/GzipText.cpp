@@ -1,4 +1,4 @@
-#include "reference_host/mesh/Gzip.h"
+#include "reference_host/openfoam/GzipText.h"
 
 #include <zlib.h>
 
