@@ -83,15 +83,14 @@ bool IsInCell(CZYN3DFiniteVolumeMesh const& mesh, int c, CellFaces const& faces,
   return false;
 }
 
-/// The interior and halo cells that share a node with a cell, in ascending order, without it.
+/// The interior and halo cells that share a node with a cell, itself included, in ascending order.
 std::vector<int> CellsAround(HostPartition& partition, int cell) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
   std::vector<int> cells;
   for (int k = 1; k <= mesh.CellLnodsNumber[cell]; ++k) {
     int const* const row = mesh.NodeCell[mesh.CellLnods[cell][k]];
     for (int j = 1; j <= row[0]; ++j)
-      if (row[j] != cell && partition.patchOfGhost()[static_cast<std::size_t>(row[j])] < 0)
-        cells.push_back(row[j]);
+      if (partition.patchOfGhost()[static_cast<std::size_t>(row[j])] < 0) cells.push_back(row[j]);
   }
   std::sort(cells.begin(), cells.end());
   cells.erase(std::unique(cells.begin(), cells.end()), cells.end());
@@ -124,9 +123,15 @@ std::vector<double> OwnAspectRatios(HostPartition& partition, PointSet const& po
 
 double AspectRatioOf(HostPartition& partition, int cell) {
   CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
-  double moments[9] = {};
-  for (int const other : CellsAround(partition, cell)) {
+  std::vector<int> const around = CellsAround(partition, cell);
+  Vector3 mean{};  // relative to the cell's centre
+  for (int const other : around) {
     Vector3 const d = Minus(CentreAt(mesh, other), CentreAt(mesh, cell));
+    for (std::size_t i = 0; i < 3; ++i) mean[i] += d[i] / static_cast<double>(around.size());
+  }
+  double moments[9] = {};
+  for (int const other : around) {
+    Vector3 const d = Minus(Minus(CentreAt(mesh, other), CentreAt(mesh, cell)), mean);
     for (std::size_t i = 0; i < 9; ++i) moments[i] += d[i / 3] * d[i % 3];
   }
   double principal[3] = {};  // ascending

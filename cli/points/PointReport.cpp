@@ -21,9 +21,9 @@ constexpr char const* kWhyDefault =
     "third-order values and second-order gradients from the nearest cells; --search-method 3 is the "
     "library's default";
 
-// On regular hexahedra the error of values from 20 cells is 17 times that on cubes at this ratio, and that of gradients
-// three times. 40 cells leave as much at a ratio of 2 as 20 on cubes; from 3 on it takes 80 (docs/methods/points.md).
-constexpr double kFlatCell = 2.0, kVeryFlatCell = 3.0;
+// On regular hexahedra the error of values from 20 cells is 17 times that on cubes at a ratio of 2, and 23 times at 3
+// (docs/methods/points.md). Tetrahedra along a boundary measure up to 2.4 without being flat.
+constexpr double kFlatCell = 2.5, kVeryFlatCell = 3.0;
 
 std::string PlaceOf(PointResults const& results, std::size_t i) {
   PointSet const& points = results.points;
@@ -291,7 +291,7 @@ std::string FlatCellWarning(PointResults const& results) {
   int const helpful = most < kVeryFlatCell ? 40 : 80;
   if (results.settings.number >= helpful) return {};
   return Grouped(nFlat) + (nFlat == 1 ? " point lies" : " points lie") + " where cells are " +
-         Fixed(kFlatCell, 0) + " or more times as wide as thick, up to " + Fixed(most, 1) +
+         Fixed(kFlatCell, 1) + " or more times as wide as thick, up to " + Fixed(most, 1) +
          " times at point " + std::to_string(flattest + 1) + ": the nearest " +
          std::to_string(results.settings.number) +
          " cells stand in a few columns there, and values lose up to two digits; --search-number " +

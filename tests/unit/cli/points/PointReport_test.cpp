@@ -154,7 +154,7 @@ TEST(PointReport, WarnsOfFlatCellsWithTheOptionThatHelps) {
   EXPECT_EQ("", FlatCellWarning(results));
   results.aspectRatios = {1.9, 2.5, 2.1, 0.0};
   EXPECT_EQ(0U, FlatCellWarning(results).find(
-                    "2 points lie where cells are 2 or more times as wide as thick, up to 2.5 times "
+                    "1 point lies where cells are 2.5 or more times as wide as thick, up to 2.5 times "
                     "at point 2: the nearest 20 cells"));
   EXPECT_TRUE(Has(FlatCellWarning(results), "--search-number 40"));
   results.settings.number = 40;
