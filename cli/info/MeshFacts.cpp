@@ -201,17 +201,17 @@ MeshFacts CollectMeshFacts(Ranks const& ranks, HostPartition& partition) {
 
 void PrintMeshFacts(std::ostream& out, MeshFacts const& facts) {
   TextTable table({{"geometry", Align::Left}, {"", Align::Left}});
-  table.AddRow({"bounding box", Place(facts.lowest[0], facts.lowest[1], facts.lowest[2]) + " to " +
-                                    Place(facts.highest[0], facts.highest[1], facts.highest[2])});
+  table.AddRow({"lowest corner", Place(facts.lowest[0], facts.lowest[1], facts.lowest[2])});
+  table.AddRow({"highest corner", Place(facts.highest[0], facts.highest[1], facts.highest[2])});
   table.AddRow({"cells", TypesInWords(facts)});
   table.AddRow({"volume", Scientific(facts.totalVolume, 6)});
-  table.AddRow({"volume of a cell", "least " + Scientific(facts.leastVolume) + " in cell " +
-                                        std::to_string(facts.leastVolumeCell) + ", mean " +
-                                        Scientific(facts.totalVolume / static_cast<double>(facts.nCells)) +
-                                        ", greatest " + Scientific(facts.greatestVolume)});
-  table.AddRow({"aspect ratio", "mean " + Fixed(MeanAspectRatio(facts), 2) + ", greatest " +
-                                    Fixed(facts.maxAspectRatio, 2) + " in cell " +
-                                    std::to_string(facts.maxAspectRatioCell)});
+  table.AddRow(
+      {"least volume", Scientific(facts.leastVolume) + " in cell " + std::to_string(facts.leastVolumeCell)});
+  table.AddRow({"mean volume", Scientific(facts.totalVolume / static_cast<double>(facts.nCells))});
+  table.AddRow({"greatest volume", Scientific(facts.greatestVolume)});
+  table.AddRow({"mean aspect ratio", Fixed(MeanAspectRatio(facts), 2)});
+  table.AddRow({"greatest aspect ratio",
+                Fixed(facts.maxAspectRatio, 2) + " in cell " + std::to_string(facts.maxAspectRatioCell)});
   table.Print(out);
   out << '\n';
 }
