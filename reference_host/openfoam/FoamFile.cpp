@@ -11,6 +11,12 @@ namespace {
 
 constexpr TextCursor::Comments kComments = TextCursor::Comments::CStyle;
 
+bool BeginsWithHeader(TextCursor& text) {
+  bool const isHeader = text.Peek() == 'F' && text.Name("FoamFile") == "FoamFile";
+  text.MoveTo(0);
+  return isHeader;
+}
+
 }  // namespace
 
 FoamFile::FoamFile(std::string const& folder, std::string const& name)
@@ -36,17 +42,17 @@ void FoamFile::Open() {
 
 void FoamFile::OpenPiece() {
   CollatedPiece piece = ReadCollatedPiece(Name(), storage_.piece, storage_.processor);
-  bool const hasHeader = storage_.piece == 0;
-  if (!hasHeader) {
-    MeshFile firstPiece(Name(), std::move(piece.header), piece.firstByteOfHeader);
-    firstPiece.NamePlacesByOffset();
-    TextCursor text(firstPiece, kComments);
-    header_ = ReadFoamHeader(text);
-  }
   file_ = std::make_unique<MeshFile>(Name(), std::move(piece.content), piece.firstByte);
   file_->NamePlacesByOffset();
   text_ = std::make_unique<TextCursor>(*file_, kComments);
-  if (hasHeader) header_ = ReadFoamHeader(*text_);
+  if (storage_.piece == 0 || BeginsWithHeader(*text_)) {
+    header_ = ReadFoamHeader(*text_);
+    return;
+  }
+  MeshFile firstPiece(Name(), std::move(piece.header), piece.firstByteOfHeader);
+  firstPiece.NamePlacesByOffset();
+  TextCursor text(firstPiece, kComments);
+  header_ = ReadFoamHeader(text);
 }
 
 }  // namespace reference_host

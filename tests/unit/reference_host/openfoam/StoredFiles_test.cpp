@@ -191,6 +191,18 @@ TEST(CollatedFile, NamesPlacesInTheWholeFile) {
             }));
 }
 
+TEST(CollatedFile, TakesTheHeaderOfThePieceOrThatOfTheFirst) {
+  TemporaryFolder const folder;
+  folder.Write("processors3/owner",
+               Collated({Text("1(0)"), foam_test::BinaryHeader("faceList") + "1(0)", "1(0)"}));
+  auto const classOf = [&](int processor) {
+    return FoamFile(folder.Path() + "/processor" + std::to_string(processor), "owner").ClassName();
+  };
+  EXPECT_EQ("labelList", classOf(0));
+  EXPECT_EQ("faceList", classOf(1));
+  EXPECT_EQ("labelList", classOf(2));
+}
+
 TEST(CollatedFile, RefusesFilesWithoutThePiece) {
   TemporaryFolder const folder;
   std::string const content = Collated({Text("2(0 1)"), "2(0 1)"});
