@@ -69,6 +69,7 @@ set(reference_host_headers
   reference_host/parallel/MpiExchange.h
   reference_host/parallel/MpiReduction.h
   reference_host/partition/BoundaryPlaces.h
+  reference_host/partition/BoundaryVectors.h
   reference_host/partition/HostPartition.h
   reference_host/partition/InProcessExchange.h
   reference_host/partition/MeshQuality.h

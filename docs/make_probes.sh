@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Measures the tables of docs/use/probes.md: samples the same OpenFOAM cases with zyngrad points and with OpenFOAM's own
-# sampling, and writes the tables between the markers of the page. Needs OpenFOAM 1912 (packages openfoam, python3-numpy)
-# and takes about five minutes.
+# sampling, and writes the tables between the markers of the page. Needs OpenFOAM 1912 and Gmsh (packages openfoam,
+# gmsh, python3-numpy) and takes about ten minutes.
 #   docs/make_probes.sh ZYNGRAD_BINARY
 set -euo pipefail
 
@@ -93,7 +93,7 @@ if __name__ == "__main__":
     if command == "zyngrad": print("%.3e %.3e" % errors_of_zyngrad(*arguments))
 PY
 
-make_case() {  # make_case N moved|regular
+make_case() {  # make_case N regular|moved|tet
   rm -rf case
   mkdir -p case/system case/constant case/0
   {
@@ -107,14 +107,24 @@ make_case() {  # make_case N moved|regular
     echo 'interpolationSchemes { default linear; } snGradSchemes { }'
   } >case/system/fvSchemes
   dictionary fvSolution >case/system/fvSolution
-  {
-    dictionary blockMeshDict
-    echo "scale 1; vertices ((0 0 0) (1 0 0) (1 1 0) (0 1 0) (0 0 1) (1 0 1) (1 1 1) (0 1 1));"
-    echo "blocks (hex (0 1 2 3 4 5 6 7) ($1 $1 $1) simpleGrading (1 1 1)); edges (); mergePatchPairs ();"
-    echo "boundary (walls { type wall; faces ((0 4 7 3) (2 6 5 1) (1 5 4 0) (3 7 6 2) (0 3 2 1) (4 5 6 7)); });"
-  } >case/system/blockMeshDict
-  (cd case && blockMesh) >log.txt 2>&1
-  [[ $2 == regular ]] || python3 tools.py move case "$1"
+  if [[ $2 == tet ]]; then
+    # The faces of tetrahedra are flat: all programs agree on where the centres of cells are.
+    {
+      echo 'SetFactory("OpenCASCADE"); Box(1) = {0, 0, 0, 1, 1, 1}; Physical Volume("inside") = {1};'
+      echo "Physical Surface(\"walls\") = {1:6}; Mesh.MeshSizeMin = 1.5 / $1; Mesh.MeshSizeMax = 1.5 / $1;"
+    } >box.geo
+    gmsh -v 2 -3 -format msh2 -o box.msh box.geo >log.txt
+    (cd case && gmshToFoam ../box.msh) >>log.txt 2>&1
+  else
+    {
+      dictionary blockMeshDict
+      echo "scale 1; vertices ((0 0 0) (1 0 0) (1 1 0) (0 1 0) (0 0 1) (1 0 1) (1 1 1) (0 1 1));"
+      echo "blocks (hex (0 1 2 3 4 5 6 7) ($1 $1 $1) simpleGrading (1 1 1)); edges (); mergePatchPairs ();"
+      echo "boundary (walls { type wall; faces ((0 4 7 3) (2 6 5 1) (1 5 4 0) (3 7 6 2) (0 3 2 1) (4 5 6 7)); });"
+    } >case/system/blockMeshDict
+    (cd case && blockMesh) >log.txt 2>&1
+  fi
+  [[ $2 != moved ]] || python3 tools.py move case "$1"
   (cd case && postProcess -func writeCellCentres -time 0) >>log.txt 2>&1
   python3 tools.py field case
   (cd case && postProcess -func 'grad(p)' -time 0) >>log.txt 2>&1
@@ -138,10 +148,11 @@ mkdir blocks
 ways=(cell cellPoint method2 method1 method3)
 declare -A name=([cell]="OpenFOAM \`cell\`" [cellPoint]="OpenFOAM \`cellPoint\`, linear" [method2]="\`zyngrad\`, method 2"
   [method1]="method 1" [method3]="method 3")
-for nodes in regular moved; do
-  rm -f ./*.errors
+for kind in regular moved tet; do
+  rm -f ./*.errors counts
   for n in 10 20 40; do
-    make_case $n $nodes
+    make_case $n $kind
+    "$zyngrad" info case --group walls=wall | awk '/^  -----/ { getline; print $1; exit }' | sed -E ':a; s/,//; ta' >>counts
     for where in "inside 0.2 0.8" "everywhere 0.001 0.999"; do
       # shellcheck disable=SC2086
       set -- $where
@@ -149,17 +160,19 @@ for nodes in regular moved; do
       for way in "${ways[@]}"; do errors "$way" >>"$1-$way.errors"; done
     done
   done
+  mapfile -t count < <(sed -E ':a; s/^([0-9]+)([0-9]{3})/\1 \2/; ta' counts)
   for where in inside everywhere; do
     {
-      echo '| sampled by | value: 10³ | 20³ | 40³ cells | order | gradient: 10³ | 20³ | 40³ cells | order |'
+      echo "| sampled by | value: ${count[0]} | ${count[1]} | ${count[2]} cells | order | gradient | | | order |"
       echo '|---|---|---|---|---|---|---|---|---|'
       for way in "${ways[@]}"; do
-        awk -v name="${name[$way]}" '{ v[NR] = $1; g[NR] = $2 }
-          function row(e) { return sprintf("%.1e | %.1e | %.1e | %.1f", e[1], e[2], e[3], log(e[2] / e[3]) / log(2)) }
-          END { print "| " name " | " row(v) " | " row(g) " |" }' "$where-$way.errors"
+        # The order in the length of a cell, which is the third root of its volume.
+        awk -v name="${name[$way]}" 'NR == FNR { n[NR] = $1; next } { v[FNR] = $1; g[FNR] = $2 }
+          function row(e) { return sprintf("%.1e | %.1e | %.1e | %.1f", e[1], e[2], e[3], 3 * log(e[2] / e[3]) / log(n[3] / n[2])) }
+          END { print "| " name " | " row(v) " | " row(g) " |" }' counts "$where-$way.errors"
       done
-    } >"blocks/probes-$where-$nodes"
+    } >"blocks/probes-$where-$kind"
   done
 done
-awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/use/probes.md" >page.md
+awk -v blocks=blocks -f "$docs/put_blocks.awk" "$docs/use/probes.md" | cat -s >page.md
 cp page.md "$docs/use/probes.md"

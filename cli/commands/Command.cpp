@@ -20,14 +20,19 @@ void Command::AddOutputOption(CLI::App& command) {
       ->type_name("DIR");
 }
 
-int Command::Run(Ranks const& ranks) {
+void Command::AddJsonOption(CLI::App& command) {
+  command.add_flag("--json", printsJson_, "Print the results as JSON, and no text");
+}
+
+int Command::Run(Ranks const& ranks, std::vector<std::string> const& arguments) {
   ReadOptions();
   ReadInput(ranks);
-  CommandRun run(ranks);
+  CommandRun run(ranks, arguments, !printsJson_);
   if (WritesFiles()) run.OpenFolder(outputFolder_, PlanOutput(ranks));
   Compute(run);
   run.progress().Done();
-  if (ranks.IsFirst()) Print(std::cout);
+  if (ranks.IsFirst() && !printsJson_) Print(std::cout);
+  if (ranks.IsFirst() && printsJson_ && !WritesFiles()) std::cout << JsonText(Json(run));
   if (WritesFiles()) Write(run);
   return HasFaults() ? kExitFaults : kExitSuccess;
 }
@@ -42,16 +47,23 @@ void Command::Write(CommandRun& run) {
   OutputFolder& folder = run.folder();
   run.progress().Stage("writing");
   std::string const others = StageFiles(run);
+  std::string closingText = "\nwritten to " + folder.path() + ": " + resultsFile_ + ", " + others + '\n';
   run.ranks().Together([&] {
     if (!run.ranks().IsFirst()) return;
-    nlohmann::ordered_json json = StartResults(name_);
-    run.FillJson(json);
-    FillJson(json);
+    nlohmann::ordered_json const json = Json(run);
     WriteJson(folder.Stage(resultsFile_), json);
+    if (printsJson_) closingText = JsonText(json);
   });
   run.progress().Done();
-  folder.Commit("\nwritten to " + folder.path() + ": " + resultsFile_ + ", " + others + '\n');
+  folder.Commit(closingText);
   AfterCommit();
+}
+
+nlohmann::ordered_json Command::Json(CommandRun const& run) const {
+  nlohmann::ordered_json json = StartResults(name_);
+  run.FillJson(json);
+  FillJson(json);
+  return json;
 }
 
 }  // namespace zyngrad

@@ -38,9 +38,10 @@ class Command {
   virtual CLI::App* AddTo(CLI::App& program) = 0;
 
   /// Collective. Reads the options, computes, prints and writes.
+  /// @param[in] arguments  the command line without the program, for reports
   /// @return the exit code of the program, the same on every rank
   /// @throws UsageError or MeshError, the same on every rank
-  int Run(Ranks const& ranks);
+  int Run(Ranks const& ranks, std::vector<std::string> const& arguments);
 
  protected:
   /// @param[in] name         on the command line and in results files
@@ -52,6 +53,10 @@ class Command {
   /// Adds -o, with zyngrad-output/NAME as the default.
   void AddOutputOption(CLI::App& command);
   std::string const& outputFolder() const { return outputFolder_; }
+
+  /// Adds --json, with which standard output gets the results file instead of text.
+  void AddJsonOption(CLI::App& command);
+  bool PrintsJson() const { return printsJson_; }
 
   // The steps, in the order in which Run takes them.
 
@@ -77,7 +82,7 @@ class Command {
   /// Once the files of the output folder are in their places.
   virtual void AfterCommit() {}
 
-  /// Adds the question and the results to the results file, on the first rank only.
+  /// Adds the question and the results to the results file or to the output of --json, on the first rank only.
   virtual void FillJson(nlohmann::ordered_json& /*json*/) const {}
 
   /// After Compute: whether the exit code reports faults. The same on every rank.
@@ -87,9 +92,11 @@ class Command {
   bool WritesFiles() const { return !resultsFile_.empty(); }
   OutputPlan PlanOutput(Ranks const& ranks) const;
   void Write(CommandRun& run);
+  nlohmann::ordered_json Json(CommandRun const& run) const;
 
   std::string const name_, resultsFile_;
   std::string outputFolder_;
+  bool printsJson_ = false;
 };
 
 }  // namespace zyngrad

@@ -8,8 +8,11 @@
 
 namespace zyngrad {
 
-CommandRun::CommandRun(Ranks const& ranks)
-    : ranks_(ranks), progress_(ranks.IsFirst() && Progress::StderrIsTerminal()) {}
+CommandRun::CommandRun(Ranks const& ranks, std::vector<std::string> arguments, bool printsText)
+    : ranks_(ranks),
+      arguments_(std::move(arguments)),
+      printsText_(printsText),
+      progress_(ranks.IsFirst() && Progress::StderrIsTerminal()) {}
 
 std::function<void(std::string const&)> CommandRun::Stages() {
   return [this](std::string const& stage) { progress_.Stage(stage); };
@@ -23,7 +26,7 @@ void CommandRun::LoadMesh(std::string const& name, UserGroups const& groups) {
 
 void CommandRun::PrintMesh() {
   progress_.Done();
-  if (ranks_.IsFirst()) PrintMeshReport(std::cout, meshName_, mesh_->summary);
+  if (ranks_.IsFirst() && printsText_) PrintMeshReport(std::cout, meshName_, mesh_->summary);
 }
 
 void CommandRun::FillJson(nlohmann::ordered_json& json) const {

@@ -4,6 +4,7 @@
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/base/Progress.h"
 #include "cli/base/Ranks.h"
@@ -17,9 +18,12 @@ namespace zyngrad {
 /// makes it.
 class CommandRun {
  public:
-  explicit CommandRun(Ranks const& ranks);
+  /// @param[in] arguments   the command line without the program
+  /// @param[in] printsText  false: standard output is for something else
+  CommandRun(Ranks const& ranks, std::vector<std::string> arguments, bool printsText);
 
   Ranks const& ranks() const { return ranks_; }
+  std::vector<std::string> const& arguments() const { return arguments_; }
   Progress& progress() { return progress_; }
 
   /// The progress line as a function, for work that reports its own stages.
@@ -28,7 +32,7 @@ class CommandRun {
   /// Collective. Loads the mesh that the command line names.
   void LoadMesh(std::string const& name, UserGroups const& groups);
 
-  /// Prints the sizes and the quality of the mesh. @pre LoadMesh
+  /// Prints the sizes and the quality of the mesh, if the run prints text. @pre LoadMesh
   void PrintMesh();
 
   reference_host::LoadedMesh& mesh() { return *mesh_; }
@@ -45,6 +49,8 @@ class CommandRun {
 
  private:
   Ranks const& ranks_;
+  std::vector<std::string> const arguments_;
+  bool const printsText_;
   Progress progress_;
   std::optional<OutputFolder> folder_;
   std::string meshName_;

@@ -141,7 +141,7 @@ int ParseAndRun(std::vector<std::string> const& arguments, Ranks const& ranks) {
   int code = kExitSuccess;
   if (command != nullptr) {
     BoundThreads(ranks);
-    code = command->Run(ranks);
+    code = command->Run(ranks, arguments);
   }
   FlushStandardOutput(ranks);
   return code;

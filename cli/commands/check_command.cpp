@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iostream>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -69,7 +70,8 @@ class CheckCommand : public Command {
   double SpanOr(double standard) const;
 
   CheckResult CheckAllCells(CommandRun& run);
-  CheckResult CheckFaceGroup(CommandRun& run, FaceKind group) const;
+  CheckResult CheckFaceGroup(CommandRun& run, FaceKind group);
+  void WarnOfLongRows(CommandRun& run, UsableCells const* usable, std::string const& option);
   CheckResult CheckPointSet(CommandRun& run);
   ordered_json Question() const;
 
@@ -88,6 +90,7 @@ class CheckCommand : public Command {
   PointSet fromFile_;  ///< on the first rank
   std::vector<CheckedSystem> cells_;
   std::vector<CheckResult> results_;
+  std::vector<std::string> warnings_;
 };
 
 CLI::App* CheckCommand::AddTo(CLI::App& program) {
@@ -101,6 +104,7 @@ CLI::App* CheckCommand::AddTo(CLI::App& program) {
   command->add_option("--points", pointsFile_, help::kPoints)->type_name("FILE.csv");
   command->add_option("--body", bodyText_, help::kBody)->type_name("EXPR");
   AddOutputOption(*command);
+  AddJsonOption(*command);
   command->footer(help::kFooter);
   return command;
 }
@@ -158,9 +162,15 @@ CheckResult CheckCommand::CheckAllCells(CommandRun& run) {
   return {"cells", "cells", CellFindings(cellCase_.methods), SummariseCheck(run.ranks(), cells_)};
 }
 
-CheckResult CheckCommand::CheckFaceGroup(CommandRun& run, FaceKind group) const {
-  if (faceSettings_.method == kMethodByNodes)
-    PrintLongRowWarning(run.ranks(), run.partition(), nullptr, "--face-method 2");
+void CheckCommand::WarnOfLongRows(CommandRun& run, UsableCells const* usable, std::string const& option) {
+  std::string const warning = LongRowWarning(run.ranks(), run.partition(), usable, option);
+  if (warning.empty()) return;
+  warnings_.push_back(warning);
+  if (run.ranks().IsFirst() && !PrintsJson()) std::cout << "  warning: " << warning << "\n\n" << std::flush;
+}
+
+CheckResult CheckCommand::CheckFaceGroup(CommandRun& run, FaceKind group) {
+  if (faceSettings_.method == kMethodByNodes) WarnOfLongRows(run, nullptr, "--face-method 2");
   std::vector<CheckedSystem> faces;
   run.ranks().Together(
       [&] { faces = CheckFaces(run.partition(), group, faceSettings_, run.folder().logFile()); });
@@ -177,8 +187,7 @@ CheckResult CheckCommand::CheckPointSet(CommandRun& run) {
   for (auto* column : {&points.x, &points.y, &points.z}) ranks.Broadcast(*column);
   std::vector<PointOwner> const owners = FindPointOwners(ranks, partition, usable, points);
   pointSettings_.distance = 2.0 * meanDistance;
-  if (pointSettings_.method == kMethodByNodes)
-    PrintLongRowWarning(ranks, partition, &usable, "--point-method 2");
+  if (pointSettings_.method == kMethodByNodes) WarnOfLongRows(run, &usable, "--point-method 2");
   std::vector<CheckedSystem> systems;
   ranks.Together([&] {
     systems =
@@ -231,6 +240,7 @@ std::string CheckCommand::StageFiles(CommandRun& run) {
 void CheckCommand::FillJson(ordered_json& json) const {
   std::vector<std::string> const notFinite = FoundInWords(results_, Severity::NotFinite);
   json["question"] = Question();
+  if (!warnings_.empty()) json["warnings"] = warnings_;
   json["finite"] = notFinite.empty();
   json["notFinite"] = notFinite;
   json["sound"] = AreSound(results_);

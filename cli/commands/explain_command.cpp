@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -12,6 +13,7 @@
 #include "cli/options/MeshOptions.h"
 #include "cli/options/OptionValue.h"
 #include "cli/options/RadialBasisSettings.h"
+#include "cli/output/JsonFile.h"
 #include "cli/systems/CellStencil.h"
 #include "cli/systems/CellStencilReport.h"
 
@@ -46,6 +48,7 @@ class ExplainCommand : public Command {
   void ReadOptions() override;
   void Compute(CommandRun& run) override;
   void Print(std::ostream& out) const override;
+  void FillJson(nlohmann::ordered_json& json) const override;
 
   MeshOptions meshOptions_;
   std::string cellText_, spanText_ = "500";
@@ -54,7 +57,7 @@ class ExplainCommand : public Command {
   UserGroups groups_;
   RadialBasisSettings settings_;
   int cell_ = 0, owner_ = 0;  ///< number in the mesh, rank
-  std::string text_;
+  std::string text_;          ///< with --json, JSON
 };
 
 CLI::App* ExplainCommand::AddTo(CLI::App& program) {
@@ -63,6 +66,7 @@ CLI::App* ExplainCommand::AddTo(CLI::App& program) {
   command->add_option("--cell", cellText_, explain_help::kCell)->type_name("N")->required();
   command->add_option("--span", spanText_, explain_help::kSpan)->type_name("S");
   command->add_flag("--shape-normalize", shapeNormalize_, explain_help::kShapeNormalize);
+  AddJsonOption(*command);
   command->footer(explain_help::kFooter);
   return command;
 }
@@ -85,8 +89,12 @@ void ExplainCommand::Compute(CommandRun& run) {
   std::string text;
   ranks.Together([&] {
     if (cell == 0) return;
+    CellStencil const stencil = DeriveCellStencil(run.partition(), cell, settings_);
     std::ostringstream out;
-    PrintCellStencil(out, DeriveCellStencil(run.partition(), cell, settings_));
+    if (PrintsJson())
+      out << JsonText(CellStencilAsJson(stencil));
+    else
+      PrintCellStencil(out, stencil);
     text = out.str();
   });
   text_ = FromOwner(ranks, owner_, std::move(text));
@@ -95,6 +103,12 @@ void ExplainCommand::Compute(CommandRun& run) {
 void ExplainCommand::Print(std::ostream& out) const {
   out << "cell " << cell_ << " of " << OneLine(meshOptions_.mesh) << ", on rank " << owner_ << "\n\n"
       << text_;
+}
+
+void ExplainCommand::FillJson(nlohmann::ordered_json& json) const {
+  json["cell"] = cell_;
+  json["rank"] = owner_;
+  json.update(nlohmann::ordered_json::parse(text_));
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 
 #include "cli/commands/commands.h"
 #include "cli/commands/info_help.h"
+#include "cli/info/MeshFacts.h"
 #include "cli/options/MeshOptions.h"
 #include "cli/output/MeshReport.h"
 
@@ -17,6 +19,7 @@ class InfoCommand : public Command {
   CLI::App* AddTo(CLI::App& program) override {
     CLI::App* command = program.add_subcommand(name(), info_help::kSummary);
     AddMeshOptions(*command, options_);
+    AddJsonOption(*command);
     command->footer(info_help::kFooter);
     return command;
   }
@@ -27,16 +30,22 @@ class InfoCommand : public Command {
   void Compute(CommandRun& run) override {
     run.LoadMesh(options_.mesh, groups_);
     summary_ = run.mesh().summary;
+    run.progress().Stage("looking at all cells");
+    facts_ = CollectMeshFacts(run.ranks(), run.partition());
   }
 
   void Print(std::ostream& out) const override {
     PrintMeshReport(out, options_.mesh, summary_);
+    PrintMeshFacts(out, facts_);
     PrintMeshDetails(out, summary_);
   }
+
+  void FillJson(nlohmann::ordered_json& json) const override { json.update(MeshFactsAsJson(facts_)); }
 
   MeshOptions options_;
   UserGroups groups_;
   reference_host::MeshSummary summary_;
+  MeshFacts facts_;
 };
 
 }  // namespace

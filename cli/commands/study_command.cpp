@@ -70,6 +70,7 @@ class StudyCommand : public Command {
   std::string series_, levelsText_, spanText_, sweepsText_ = "3", numberText_ = "20", weightText_;
 
   UserGroups groups_;
+  StudyOrigin origin_;  ///< on the first rank
   StudyQuestion question_;
   std::vector<StudyLevel> levels_;
   bool isReordered_ = false;
@@ -138,6 +139,9 @@ std::vector<std::string> StudyCommand::OutputFiles(Ranks const& /*ranks*/) const
 }
 
 void StudyCommand::Compute(CommandRun& run) {
+  run.ranks().Together([&] {
+    if (run.ranks().IsFirst()) origin_ = OriginOfStudy(run.arguments(), run.ranks().count());
+  });
   question_.groups = ReadGroupRules(run.ranks(), groups_);
   for (std::string const& mesh : question_.meshes)
     levels_.push_back(RunStudyLevel(run.ranks(), question_, mesh, run.folder().logFile(), run.Stages()));
@@ -160,14 +164,17 @@ std::string StudyCommand::StageFiles(CommandRun& run) {
   OutputFolder& folder = run.folder();
   run.ranks().Together([&] {
     if (!run.ranks().IsFirst()) return;
-    WriteText(folder.Stage("report.html"), StudyPage(Title(), question_, levels_));
-    WriteText(folder.Stage("study.md"), StudyMarkdown(question_, levels_));
+    WriteText(folder.Stage("report.html"), StudyPage(Title(), origin_, question_, levels_));
+    WriteText(folder.Stage("study.md"), StudyMarkdown(origin_, question_, levels_));
     for (StudyPlot const& plot : plots) WriteText(folder.Stage(plot.name + ".svg"), SvgOf(plot));
   });
   return "report.html, study.md, " + std::to_string(plots.size()) + " plots";
 }
 
 void StudyCommand::FillJson(ordered_json& json) const {
+  json["commandLine"] = origin_.commandLine;
+  json["date"] = origin_.date;
+  json["processor"] = origin_.processor;
   if (!weightText_.empty()) json["weight"] = weightText_;
   json["series"] = series_.empty() ? ordered_json(nullptr) : ordered_json(series_);
   json.update(StudyAsJson(question_, levels_));

@@ -84,10 +84,11 @@ std::vector<double> RankField::ValuesOn(HostPartition& partition) const {
   std::vector<double> values(static_cast<std::size_t>(mesh.NCell) + 1, 0.0);
   for (int c = 1; c <= mesh.NCell; ++c) {
     double& value = values[static_cast<std::size_t>(c)];
-    value = formula_->Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+    auto const [x, y, z] = partition.OwnerCentre(c);
+    value = formula_->Value(x, y, z);
     if (std::isfinite(value)) continue;
     throw UsageError("the field " + Quoted(formula_->text()) + " is not finite at " +
-                     Place(mesh.xc[c], mesh.yc[c], mesh.zc[c], PlaceDigits(partition)));
+                     Place(x, y, z, PlaceDigits(partition)));
   }
   return values;
 }

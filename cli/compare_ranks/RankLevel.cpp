@@ -71,6 +71,8 @@ class WholeMeasures {
     FaceGroup const inner = FacesOf(FaceKind::Inner, m);
     add(inner, inner.cv);
     add(inner, inner.other);
+    FaceGroup const periodic = PartitionFaces(*partition_.partitionFaces(), m);
+    add(periodic, periodic.cv);
     for (FaceKind const kind : face_groups::kGreenGaussBoundary) {
       FaceGroup const faces = FacesOf(kind, m);
       add(faces, faces.cv);
@@ -178,15 +180,13 @@ class WholeMeasures {
 
  private:
   template <class Measure>
-  std::vector<double> ByMeshNumber(Measure const& measure) const {
-    std::vector<double> values(partition_.globalCell().size(), 0.0);
-    int nCells = 0;
-    for (std::size_t c = 1; c < partition_.globalCell().size(); ++c) {
-      if (partition_.globalCell()[c] == 0) continue;
-      values[static_cast<std::size_t>(partition_.globalCell()[c] - 1)] = measure(static_cast<int>(c));
-      ++nCells;
+  std::vector<double> ByMeshNumber(Measure const& measure) {
+    int const nCells = partition_.mesh()->NInnerCells;
+    std::vector<double> values(static_cast<std::size_t>(nCells), 0.0);
+    for (int c = 1; c <= nCells; ++c) {
+      std::int64_t const number = partition_.globalCell()[static_cast<std::size_t>(c)];
+      values[static_cast<std::size_t>(number - 1)] = measure(c);
     }
-    values.resize(static_cast<std::size_t>(nCells));
     return values;
   }
 

@@ -8,6 +8,7 @@
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/Periods.h"
 #include "reference_host/parallel/MeshDistribution.h"
 
 namespace zyngrad {
@@ -30,25 +31,24 @@ WholeMesh ReadWholeMesh(std::string const& spec, reference_host::GroupRules cons
   for (int const patch : mesh.faces.facePatch)
     if (patch >= 0) ++facesOfPatch[static_cast<std::size_t>(patch)];
   reference_host::AssignBoundaryGroups(mesh.faces.patches, facesOfPatch, groupsByUser, spec);
+  reference_host::JoinPeriods(mesh.faces, spec);
   return mesh;
 }
 
 std::vector<int> LayersFromCuts(FaceMesh const& mesh, std::vector<int> const& partOfCell) {
   auto const at = [](int cell) { return static_cast<std::size_t>(cell); };
   std::vector<int> layer(at(mesh.nCells), kLastLayer);
-  for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
-    int const a = mesh.owner[f], b = mesh.neighbour[f];
-    if (b >= 0 && partOfCell[at(a)] != partOfCell[at(b)]) layer[at(a)] = layer[at(b)] = 0;
-  }
+  reference_host::ForEachNeighbours(mesh, [&](int a, int b) {
+    if (partOfCell[at(a)] != partOfCell[at(b)]) layer[at(a)] = layer[at(b)] = 0;
+  });
   // Each sweep over the faces carries the next layer one cell further.
   for (int next = 1; next < kLastLayer; ++next) {
-    for (std::size_t f = 0; f < mesh.owner.size(); ++f) {
-      if (mesh.neighbour[f] < 0) continue;
-      int& a = layer[at(mesh.owner[f])];
-      int& b = layer[at(mesh.neighbour[f])];
+    reference_host::ForEachNeighbours(mesh, [&](int cellA, int cellB) {
+      int& a = layer[at(cellA)];
+      int& b = layer[at(cellB)];
       if (b == next - 1) a = std::min(a, next);
       if (a == next - 1) b = std::min(b, next);
-    }
+    });
   }
   return layer;
 }

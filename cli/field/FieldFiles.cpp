@@ -107,7 +107,9 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
     }
     if (times.empty())
       throw UsageError("--time: " + Quoted(meshSpec) + " is no OpenFOAM case with folders of times");
-    if (std::none_of(times.begin(), times.end(), [](CaseTime const& time) { return time.hasFields; })) {
+    TimeChoice const choice(options_.time);
+    if (choice.NeedsFields() &&
+        std::none_of(times.begin(), times.end(), [](CaseTime const& time) { return time.hasFields; })) {
       for (std::string const& field : options_.files) {
         if (HasField(folder / times.back().name, field)) continue;
         throw UsageError(
@@ -116,7 +118,7 @@ void FieldFiles::FindTimes(Ranks const& ranks, std::string const& meshSpec) {
             reference_host::WhatIsThereInstead(folder.string(), times.back().name + '/' + field));
       }
     }
-    for (std::string const& time : TimeChoice(options_.time).ChooseFrom(times)) {
+    for (std::string const& time : choice.ChooseFrom(times)) {
       for (std::string const& field : options_.files) {
         if (HasField(folder / time, field)) continue;
         throw UsageError("--time " + Quoted(options_.time) + ": no field " + Quoted(field) +

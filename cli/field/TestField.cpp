@@ -60,7 +60,8 @@ std::vector<double> MakeCellValues(Ranks const& ranks, HostPartition& partition,
     for (int c = 1; c <= mesh.NCell; ++c) {
       auto const i = static_cast<std::size_t>(c);
       if (chosen != nullptr && (*chosen)[i] == 0) continue;
-      double const value = expression.Value(mesh.xc[c], mesh.yc[c], mesh.zc[c]);
+      auto const [x, y, z] = partition.OwnerCentre(c);
+      double const value = expression.Value(x, y, z);
       if (!std::isfinite(value)) FailNotFinite(partition, what + ' ' + Quoted(expression.text()), value, c);
       values[i] = value;
     }

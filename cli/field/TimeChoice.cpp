@@ -69,6 +69,10 @@ TimeChoice::TimeChoice(std::string text) : text_(std::move(text)) {
   }
 }
 
+bool TimeChoice::NeedsFields() const {
+  return std::all_of(ranges_.begin(), ranges_.end(), [](Range const& range) { return range.name.empty(); });
+}
+
 std::vector<std::string> TimeChoice::ChooseFrom(std::vector<CaseTime> const& times) const {
   std::vector<char> isChosen(times.size(), 0);
   if (isLatest_) {
@@ -100,12 +104,7 @@ std::vector<std::string> TimeChoice::ChooseFrom(std::vector<CaseTime> const& tim
   std::vector<std::string> chosen;
   for (std::size_t t = 0; t < times.size(); ++t)
     if (isChosen[t] != 0) chosen.push_back(times[t].name);
-  if (chosen.empty()) {
-    bool const someHave =
-        std::any_of(times.begin(), times.end(), [](CaseTime const& time) { return time.hasFields; });
-    Fail(std::string(someHave ? "no time in this range" : "no time") +
-         " has the fields; times: " + NamesOf(times));
-  }
+  if (chosen.empty()) Fail("no time in this range has the fields; times: " + NamesOf(times));
   return chosen;
 }
 

@@ -23,7 +23,8 @@ class TimeChoice {
   /// @throws UsageError  names the times that there are if one does not exist or if nothing is chosen
   std::vector<std::string> ChooseFrom(std::vector<CaseTime> const& times) const;
 
-  std::string const& text() const { return text_; }
+  /// Whether only times that have the fields can be chosen: no time is given by its number.
+  bool NeedsFields() const;
 
  private:
   struct Range {

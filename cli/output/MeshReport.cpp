@@ -94,16 +94,15 @@ void PrintGroups(std::ostream& out, MeshSummary const& mesh) {
 
 void PrintMeshReport(std::ostream& out, std::string const& meshName, MeshSummary const& mesh) {
   out << OneLine(meshName) << " on " << mesh.nParts << (mesh.nParts == 1 ? " rank" : " ranks") << "\n\n";
-  TextTable sizes({{"cells"},
-                   {"nodes"},
-                   {"inner faces"},
-                   {"between ranks"},
-                   {"inlet"},
-                   {"outlet"},
-                   {"symmetry"},
-                   {"wall"}});
+  std::vector<TextTable::Column> columns = {{"cells"}, {"nodes"}, {"inner faces"}, {"between ranks"}};
   std::vector<std::string> row = {Grouped(mesh.nCells), Grouped(mesh.nNodes), Grouped(mesh.nInnerFaces),
                                   Grouped(mesh.nCutFaces)};
+  if (mesh.nPeriodicFaces > 0) {
+    columns.push_back({"periodic"});
+    row.push_back(Grouped(mesh.nPeriodicFaces));
+  }
+  for (char const* const group : {"inlet", "outlet", "symmetry", "wall"}) columns.push_back({group});
+  TextTable sizes(columns);
   for (BoundaryGroup const group : kGroups) row.push_back(Grouped(mesh.FacesOf(group)));
   sizes.AddRow(row);
   sizes.Print(out);
@@ -117,7 +116,8 @@ void PrintMeshDetails(std::ostream& out, MeshSummary const& mesh) {
   TextTable patches({{"boundary", Align::Left}, {"group", Align::Left}, {"reason", Align::Left}, {"faces"}});
   for (auto const& patch : mesh.patches) {
     std::string const group = patch.group ? reference_host::NameOfGroup(*patch.group) : "-";
-    patches.AddRow({OneLine(patch.name), group, OneLine(patch.reason), Grouped(patch.nFaces)});
+    patches.AddRow(
+        {OneLine(patch.name), group, OneLine(patch.reason), Grouped(patch.nFaces + patch.nPeriodicFaces)});
   }
   patches.Print(out);
   out << '\n';
@@ -144,6 +144,7 @@ ordered_json MeshReportAsJson(std::string const& meshName, MeshSummary const& me
   ordered_json& faces = json["faces"];
   faces["inner"] = mesh.nInnerFaces;
   faces["betweenRanks"] = mesh.nCutFaces;
+  faces["periodic"] = mesh.nPeriodicFaces;
   for (BoundaryGroup const group : kGroups) faces[reference_host::NameOfGroup(group)] = mesh.FacesOf(group);
   json["skewness"] = {{"mean", MeanSkewness(mesh)}, {"max", mesh.quality.maxSkewness}};
   json["nonOrthogonalityDegrees"] = {{"mean", MeanNonOrthogonality(mesh)},
@@ -157,7 +158,7 @@ ordered_json MeshReportAsJson(std::string const& meshName, MeshSummary const& me
                                {"type", patch.type},
                                {"group", group},
                                {"reason", reason},
-                               {"faces", patch.nFaces}});
+                               {"faces", patch.nFaces + patch.nPeriodicFaces}});
   }
   json["partition"] = {{"fewestCells", mesh.minCells},
                        {"mostCells", mesh.maxCells},

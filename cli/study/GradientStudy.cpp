@@ -39,8 +39,9 @@ class GradientStudy : public KindStudy {
     result.whyNotFinite = run.whyNotFinite;
     if (run.notRun.empty()) {
       result.errors = SummariseStudyErrors(mesh_.ranks(), OwnErrors(run.gradients.front().cellError));
-      result.usSetUp = run.times.setUp * kMicro / mesh_.loaded().summary.maxCells;
-      result.nsApply = run.times.nsPerCell;
+      result.usSetUp =
+          AboveTheNoise(run.times.setUp, run.times.setUp * kMicro / mesh_.loaded().summary.maxCells);
+      result.nsApply = AboveTheNoise(run.times.later, run.times.nsPerCell);
     }
     return {std::move(result)};
   }

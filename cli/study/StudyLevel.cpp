@@ -1,8 +1,15 @@
 #include "cli/study/StudyLevel.h"
 
 #include <algorithm>
+#include <limits>
+
+#include "cli/base/Timing.h"
 
 namespace zyngrad {
+
+double AboveTheNoise(double seconds, double perItem) {
+  return seconds >= ShortestTime() ? perItem : std::numeric_limits<double>::quiet_NaN();
+}
 
 bool SortCoarseToFine(std::vector<StudyLevel>& levels) {
   auto const isCoarser = [](StudyLevel const& a, StudyLevel const& b) { return a.spacing > b.spacing; };

@@ -18,13 +18,18 @@ struct StudyResult {
   std::vector<std::string> remarks;  ///< what a user should know about the result, a line each
   std::string whyNotFinite;          ///< set if some of it is not finite
   StudyErrors errors;
-  double usSetUp = 0.0;  ///< set-up per cell, face or point, us, on the slowest rank
-  double nsApply = 0.0;  ///< application per cell, face or point, ns, on the slowest rank
+  /// Set-up per cell, face or point, us, on the slowest rank; NaN: too short for the clock.
+  double usSetUp = 0.0;
+  double nsApply = 0.0;  ///< application, ns, otherwise the same
   StudyCondition condition;
 
   /// Number of errors that are infinite or NaN.
   std::int64_t NotFinite() const { return errors.interior.nNotFinite + errors.boundary.nNotFinite; }
 };
+
+/// `perItem` if the clock can tell the time from which it comes, NaN if that is shorter than ShortestTime.
+/// @param[in] seconds  what was measured, of all cells, faces or points
+double AboveTheNoise(double seconds, double perItem);
 
 /// The results on one mesh.
 struct StudyLevel {

@@ -1,6 +1,7 @@
 #include "cli/study/StudyReport.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <map>
 #include <set>
@@ -202,7 +203,7 @@ class PlotMaker {
         auto const result =
             std::find_if(level.results.begin(), level.results.end(),
                          [c](StudyResult const& r) { return r.iCase == c && r.notRun.empty(); });
-        if (result != level.results.end())
+        if (result != level.results.end() && std::isfinite((*result).*time))
           curve.points.emplace_back(static_cast<double>(level.nCells), (*result).*time);
       }
       plot.curves.push_back(std::move(curve));
@@ -215,15 +216,23 @@ class PlotMaker {
   std::vector<StudyPlot> plots_;
 };
 
+// On a narrow screen, what is wider than the page scrolls by itself, at a size that can be read.
 char const* const kStyle =
     "body{font-family:sans-serif;max-width:1340px;margin:1.5em auto;padding:0 1em;color:#222}"
-    "table{border-collapse:collapse;margin:1.5em 0;font-size:13px}"
+    "h1,p,caption{overflow-wrap:anywhere}"
+    "pre{overflow-x:auto;padding:.5em;border:1px solid #ddd}"
+    "div.table{overflow-x:auto;margin:1.5em 0}"
+    "table{border-collapse:collapse;font-size:13px}"
     "caption{text-align:left;font-weight:bold;padding:.4em 0}"
-    "th,td{padding:.15em .6em;text-align:right;border-bottom:1px solid #ddd}"
+    "th,td{padding:.15em .6em;text-align:right;border-bottom:1px solid #ddd;white-space:nowrap}"
     "td.word{text-align:left}"
-    "div.plots{display:grid;grid-template-columns:repeat(auto-fit,minmax(480px,1fr));gap:1em}"
-    "figure{margin:0;border:1px solid #ddd}"
-    "figure svg{display:block;width:100%;height:auto}";
+    "div.plots{display:grid;grid-template-columns:repeat(auto-fit,minmax(min(480px,100%),1fr));gap:1em}"
+    "figure{margin:0;border:1px solid #ddd;overflow-x:auto}"
+    "figure svg{display:block;width:100%;min-width:560px;height:auto}";
+
+std::string Measured(StudyOrigin const& origin) {
+  return "Measured on " + origin.date + " by zyngrad " + ZYNGRAD_VERSION + " on " + origin.processor + ':';
+}
 
 }  // namespace
 
@@ -253,12 +262,15 @@ std::vector<std::string> StudyPlotNames(StudyQuestion const& question) {
   return names;
 }
 
-std::string StudyPage(std::string const& title, StudyQuestion const& question,
+std::string StudyPage(std::string const& title, StudyOrigin const& origin, StudyQuestion const& question,
                       std::vector<StudyLevel> const& levels) {
   std::string const heading = Escaped("Study: " + OneLine(title));
-  std::string page = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>" +
-                     heading + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n<h1>" + heading +
-                     "</h1>\n<p>zyngrad " + ZYNGRAD_VERSION + ". Meshes, coarse to fine:";
+  std::string page =
+      "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+      "<meta name=\"viewport\" content=\"width=device-width\">\n<title>" +
+      heading + "</title>\n<style>" + kStyle + "</style>\n</head>\n<body>\n<h1>" + heading + "</h1>\n<p>" +
+      Escaped(Measured(origin)) + "</p>\n<pre>" + Escaped(origin.commandLine) +
+      "</pre>\n<p>Meshes, coarse to fine:";
   for (StudyLevel const& level : levels)
     page += " <code>" + Escaped(OneLine(level.mesh)) + "</code> (" + Grouped(level.nCells) + " cells)";
   page += "</p>\n";
@@ -267,12 +279,14 @@ std::string StudyPage(std::string const& title, StudyQuestion const& question,
   for (StudyPlot const& plot : StudyPlots(question, levels))
     page += "<figure id=\"" + plot.name + "\">\n" + SvgOf(plot) + "</figure>\n";
   page += "</div>\n<h2>Tables</h2>\n";
-  for (StudyTable const& table : StudyTables(question, levels)) page += HtmlOf(table);
+  for (StudyTable const& table : StudyTables(question, levels))
+    page += "<div class=\"table\">\n" + HtmlOf(table) + "</div>\n";
   return page + "</body>\n</html>\n";
 }
 
-std::string StudyMarkdown(StudyQuestion const& question, std::vector<StudyLevel> const& levels) {
-  std::string text;
+std::string StudyMarkdown(StudyOrigin const& origin, StudyQuestion const& question,
+                          std::vector<StudyLevel> const& levels) {
+  std::string text = Measured(origin) + "\n\n```sh\n" + origin.commandLine + "\n```\n\n";
   for (StudyTable const& table : StudyTables(question, levels)) text += MarkdownOf(table) + '\n';
   for (std::string const& remark : StudyRemarks(question, levels)) text += "- " + remark + '\n';
   for (StudyPlot const& plot : StudyPlots(question, levels))

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/study/StudyOrigin.h"
 #include "cli/study/StudyPlot.h"
 #include "cli/study/StudyRun.h"
 
@@ -19,10 +20,11 @@ std::vector<std::string> StudyPlotNames(StudyQuestion const& question);
 
 /// The whole report as one self-contained HTML page.
 /// @param[in] title  what was studied
-std::string StudyPage(std::string const& title, StudyQuestion const& question,
+std::string StudyPage(std::string const& title, StudyOrigin const& origin, StudyQuestion const& question,
                       std::vector<StudyLevel> const& levels);
 
 /// The tables in Markdown, with the plots by their file names.
-std::string StudyMarkdown(StudyQuestion const& question, std::vector<StudyLevel> const& levels);
+std::string StudyMarkdown(StudyOrigin const& origin, StudyQuestion const& question,
+                          std::vector<StudyLevel> const& levels);
 
 }  // namespace zyngrad

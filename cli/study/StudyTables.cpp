@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "cli/base/OneLine.h"
+#include "cli/base/Timing.h"
 #include "cli/study/StudyPlot.h"
 
 namespace zyngrad {
@@ -162,6 +163,14 @@ std::vector<std::string> RemarksOfMethods(StudyQuestion const& question,
   return remarks;
 }
 
+bool AnyTimeIsTooShort(std::vector<StudyLevel> const& levels) {
+  return std::any_of(levels.begin(), levels.end(), [](StudyLevel const& level) {
+    return std::any_of(level.results.begin(), level.results.end(), [](StudyResult const& result) {
+      return result.notRun.empty() && (std::isnan(result.usSetUp) || std::isnan(result.nsApply));
+    });
+  });
+}
+
 }  // namespace
 
 std::vector<char const*> QuantitiesOf(std::vector<StudyLevel> const& levels) {
@@ -196,6 +205,9 @@ std::vector<StudyTable> StudyTables(StudyQuestion const& question, std::vector<S
 
 std::vector<std::string> StudyRemarks(StudyQuestion const& question, std::vector<StudyLevel> const& levels) {
   std::vector<std::string> remarks = RemarksOfMethods(question, levels);
+  if (AnyTimeIsTooShort(levels))
+    remarks.push_back("times below " + Fixed(1e6 * ShortestTime(), 1) +
+                      " us for a whole mesh are not shown, since they are within the noise of the clock");
   for (StudyLevel const& level : levels) {
     for (StudyResult const& result : level.results) {
       std::string const beginning = Label(question.cases[result.iCase]) + " on " + OneLine(level.mesh) + ": ";

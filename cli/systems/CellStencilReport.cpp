@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -95,7 +96,32 @@ void PrintOrigin(std::ostream& out, CellStencil const& stencil) {
       << " at the origin, beside symmetry faces: the weights are wrong; --group NAME=wall avoids it\n";
 }
 
+nlohmann::ordered_json AsJson(DQVector const& vector) { return {vector.x, vector.y, vector.z}; }
+
 }  // namespace
+
+nlohmann::ordered_json CellStencilAsJson(CellStencil const& stencil) {
+  nlohmann::ordered_json json;
+  json["supportLength"] = stencil.supportLength;
+  json["extents"] = AsJson(stencil.extent);
+  json["span"] = stencil.settings.span;
+  json["shapeNormalize"] = stencil.settings.shapeNormalize;
+  json["members"] = nlohmann::ordered_json::array();
+  for (StencilMember const& member : stencil.members) {
+    nlohmann::ordered_json cell = nullptr;
+    if (member.cell > 0) cell = member.cell;
+    json["members"].push_back({{"cell", cell},
+                               {"kind", member.place},
+                               {"atOrigin", member.atOrigin},
+                               {"place", AsJson(member.point)},
+                               {"weights", AsJson(member.weight)}});
+  }
+  json["sumOfWeights"] = AsJson(stencil.SumOfWeights());
+  json["multiplier"] = AsJson(stencil.multiplier);
+  json["order"] = stencil.Order();
+  json["condition"] = ConditionEstimate(stencil.matrix, stencil.Order());
+  return json;
+}
 
 void PrintCellStencil(std::ostream& out, CellStencil const& stencil) {
   PrintLengths(out, stencil);

@@ -1,6 +1,8 @@
 #include "python/src/FileMesh.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -8,7 +10,10 @@
 #include "reference_host/MeshReader.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MeshPart.h"
+#include "reference_host/mesh/MessageText.h"
+#include "reference_host/mesh/Periods.h"
 
 namespace zyn_python {
 namespace {
@@ -25,6 +30,17 @@ std::vector<std::int64_t> CountFacesOfPatches(FaceMesh const& mesh) {
   return nFaces;
 }
 
+/// The fields of this module have no values beyond periodic boundaries.
+void RefusePeriods(FaceMesh const& mesh, std::string const& name) {
+  for (reference_host::Period const& period : mesh.periods) {
+    if (period.faces.empty() || !IsWanted(period, mesh.patches)) continue;
+    throw reference_host::MeshError(
+        name + ": " + period.name + " is periodic, which this module does not join; groups={" +
+        reference_host::Quoted(mesh.patches[static_cast<std::size_t>(period.patch)].name) +
+        ": 'wall'} makes walls of both sides");
+  }
+}
+
 MeshPart WholeMeshAsPart(FaceMesh&& mesh) {
   FaceMesh const own = std::move(mesh);  // freed before the tables are made
   return reference_host::ExtractPart(own, std::vector<int>(static_cast<std::size_t>(own.nCells), 0), 0, 1);
@@ -35,6 +51,7 @@ MeshPart WholeMeshAsPart(FaceMesh&& mesh) {
 std::unique_ptr<MeshHost> HostOf(FaceMesh&& mesh, std::string const& name, GroupsByUser const& groups) {
   reference_host::CheckMesh(mesh, name);
   reference_host::AssignBoundaryGroups(mesh.patches, CountFacesOfPatches(mesh), groups, name);
+  RefusePeriods(mesh, name);
   auto partition = std::make_unique<HostPartition>(WholeMeshAsPart(std::move(mesh)));
   OnePartition alone;
   partition->CompleteHalo(alone);

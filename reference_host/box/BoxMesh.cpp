@@ -144,6 +144,7 @@ class PartMaker {
         if (!TouchesOwnBlock(cube, cell)) continue;
         NumberCell(cube, cell);
         result_.haloPart.push_back(bisection_.PartOf(cube));
+        result_.haloPeriod.push_back(0);
         haloCells_.push_back({cube, cell});
       }
     });

@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "reference_host/mesh/FaceMesh.h"
@@ -16,6 +18,14 @@ struct GmshElements {
   std::vector<std::int64_t> nodeTag;
 };
 
+/// The nodes of a surface and those of another, its master, on which they lie after a transformation.
+struct GmshPeriodicSurface {
+  std::int64_t surface = 0, master = 0;  ///< numbers of the geometric surfaces
+  /// 4 x 4, row by row: from the master to the surface; empty: the file does not give it
+  std::vector<double> transformation;
+  std::vector<std::pair<std::int64_t, std::int64_t>> nodeTags;  ///< of the surface and of its master
+};
+
 /// The content of a Gmsh file of either version, before a mesh is made of it. Tags are the numbers in the
 /// file, which may begin anywhere and have gaps.
 struct GmshContent {
@@ -27,6 +37,11 @@ struct GmshContent {
   GmshElements volumes;
   GmshElements surfaces;
   std::vector<std::int64_t> physicalOfSurface;  ///< physical tag of each surface element; 0: none
+
+  std::vector<GmshPeriodicSurface> periodicSurfaces;
+
+  std::int64_t nPartitions = 0;                  ///< as the file says; 0: it does not
+  std::set<std::int64_t> partitionsWithVolumes;  ///< those of volume elements or volumes in the file
 };
 
 }  // namespace reference_host

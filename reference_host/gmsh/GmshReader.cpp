@@ -13,6 +13,7 @@
 #include "reference_host/gmsh/GmshContent.h"
 #include "reference_host/gmsh/GmshCursor.h"
 #include "reference_host/gmsh/GmshElementType.h"
+#include "reference_host/gmsh/GmshPeriods.h"
 #include "reference_host/gmsh/GmshSections.h"
 #include "reference_host/mesh/FaceMeshBuilder.h"
 #include "reference_host/mesh/MeshError.h"
@@ -204,6 +205,17 @@ FaceMesh MakeMesh(std::string const& file, GmshContent& content) {
                    if (tag != 0) builder.AddSurface(nodes, type.nNodes, patchIndex.Find(tag));
                  });
   FaceMesh mesh = builder.Build();
+  std::vector<int> nodeOfPoint(content.nodeTag.size(), -1);
+  for (std::size_t n = 0; n < builder.KeptPoints().size(); ++n) {
+    nodeOfPoint[builder.KeptPoints()[n]] = static_cast<int>(n);
+  }
+  AddGmshPeriods(
+      content.periodicSurfaces,
+      [&](std::int64_t tag) {
+        int const point = nodeIndex.Find(tag);
+        return point < 0 ? -1 : nodeOfPoint[point];
+      },
+      mesh);
   std::vector<std::int64_t> nodeTag;
   nodeTag.reserve(mesh.points.size());
   for (int const point : builder.KeptPoints()) nodeTag.push_back(content.nodeTag[point]);
@@ -224,10 +236,30 @@ GmshContent ReadContent(std::string const& name) {
   return content;
 }
 
+/// A partitioned mesh may have been saved in several files NAME_1.msh, NAME_2.msh, ... Version 4.1 says how many
+/// partitions there are. In version 2.2, all elements of such a file are of one partition; a mesh in one partition
+/// looks like the first of them, except for the name.
+void CheckThatWhole(std::string const& file, GmshContent const& content) {
+  std::set<std::int64_t> const& present = content.partitionsWithVolumes;
+  if (present.empty()) return;
+  std::int64_t const first = *present.begin();
+  std::string const ending = "_1.msh";
+  bool const isFirstOfSeveral =
+      file.size() > ending.size() && file.compare(file.size() - ending.size(), ending.size(), ending) == 0;
+  bool const isPiece = content.nPartitions > 0
+                           ? static_cast<std::int64_t>(present.size()) < content.nPartitions
+                           : present.size() == 1 && (first > 1 || isFirstOfSeveral);
+  if (!isPiece) return;
+  throw MeshError(file + ": only partition " + std::to_string(first) +
+                  (content.nPartitions > 0 ? " of " + std::to_string(content.nPartitions) : "") +
+                  " is in this file; save the mesh in one file, without Gmsh's option -part_split");
+}
+
 }  // namespace
 
 FaceMesh ReadGmsh(std::string const& file) {
   GmshContent content = ReadContent(file);
+  CheckThatWhole(file, content);
   if (content.volumes.type.empty()) {
     throw MeshError(
         file + ": no volume elements; with physical groups Gmsh saves only their elements, so one must " +

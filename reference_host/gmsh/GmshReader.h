@@ -14,8 +14,11 @@ namespace reference_host {
 /// Surface elements between two cells are ignored, so a physical surface may end up without faces. If a face
 /// is in several physical surfaces, the first in the file counts.
 ///
-/// Throws MeshError for other versions, another byte order, second-order elements, partitioned files and
-/// damaged files. Pass the result to CheckMesh before you use it.
+/// Partitioned meshes in one file are read as a whole; the partitions are ignored. Periodic surfaces become
+/// periods, for JoinPeriods.
+///
+/// Throws MeshError for other versions, another byte order, second-order elements, single files of a mesh in
+/// several files and damaged files. Pass the result to CheckMesh before you use it.
 FaceMesh ReadGmsh(std::string const& file);
 
 }  // namespace reference_host

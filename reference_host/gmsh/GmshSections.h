@@ -48,11 +48,12 @@ class GmshSections2 : public GmshSections {
   void ReadElements();
   void ReadTextElement();
   std::int64_t ReadBinaryElements(std::int64_t nLeft);
-  std::int64_t ReadElementTags(int nTags);
+  std::int64_t ReadElementTags(int nTags, GmshElementType const& type);
+  void ReadPeriodic();
 };
 
 /// MSH 4.1: nodes and elements in blocks, one or more for each geometric entity. The entities have the
-/// physical tags.
+/// physical tags. A partitioned file has entities of its own for each partition, whose parents are those.
 class GmshSections4 : public GmshSections {
  public:
   using GmshSections::GmshSections;
@@ -61,12 +62,19 @@ class GmshSections4 : public GmshSections {
  private:
   void ReadEntities();
   void ReadEntity(int dimension);
+  void ReadPartitionedEntities();
+  void ReadPartitionedEntity(int dimension);
+  std::int64_t ReadExtentAndPhysical(int dimension);
+  void SkipBounding(int dimension);
   void ReadNodes();
   void ReadNodeBlock();
   void ReadElements();
   std::int64_t ReadElementBlock();
+  std::int64_t PhysicalOfSurface(int entity) const;
+  void ReadPeriodic();
 
-  std::map<int, std::int64_t> physicalOfSurfaceEntity_;
+  std::map<int, std::int64_t> physicalOfSurfaceEntity_;       // without those of no physical surface
+  std::map<int, std::int64_t> physicalOfPartitionedSurface_;  // 0: none
 };
 
 }  // namespace reference_host

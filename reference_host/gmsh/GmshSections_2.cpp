@@ -1,4 +1,6 @@
+#include <cstddef>
 #include <cstdlib>
+#include <utility>
 
 #include "reference_host/gmsh/GmshSections.h"
 
@@ -9,6 +11,8 @@ bool GmshSections2::Read(std::string_view section) {
     ReadNodes();
   } else if (section == "Elements") {
     ReadElements();
+  } else if (section == "Periodic") {
+    ReadPeriodic();
   } else {
     return false;
   }
@@ -53,7 +57,7 @@ void GmshSections2::ReadTextElement() {
   GmshElementType const& type = TypeOf(cursor_.Int("an element type"), element);
   int const nTags = cursor_.Int("a number of tags");
   cursor_.CheckRoom(nTags, 1, 4, "tags of an element");
-  std::int64_t const physical = ReadElementTags(nTags);
+  std::int64_t const physical = ReadElementTags(nTags, type);
   AddElement(type, element, physical, false);
 }
 
@@ -69,21 +73,49 @@ std::int64_t GmshSections2::ReadBinaryElements(std::int64_t nLeft) {
   for (std::int64_t i = 0; i < nFollowing; ++i) {
     int const element = cursor_.Int("an element number");
     GmshElementType const& type = TypeOf(typeNumber, element);
-    std::int64_t const physical = ReadElementTags(nTags);
+    std::int64_t const physical = ReadElementTags(nTags, type);
     AddElement(type, element, physical, false);
   }
   return nFollowing;
 }
 
-/// The first tag is the physical one; its sign is only an orientation. The others (geometric entity,
-/// partitions) are not needed.
-std::int64_t GmshSections2::ReadElementTags(int nTags) {
+/// The tags are the physical one, whose sign is only an orientation, the geometric entity, and in a partitioned
+/// mesh the number of partitions and the partitions, of which the first has the element.
+std::int64_t GmshSections2::ReadElementTags(int nTags, GmshElementType const& type) {
   std::int64_t physical = 0;
   for (int i = 0; i < nTags; ++i) {
     std::int64_t const tag = cursor_.Int("a tag");
     if (i == 0) physical = std::abs(tag);
+    if (i == 3 && type.dimension == 3) content_.partitionsWithVolumes.insert(tag);
   }
   return physical;
+}
+
+// $Periodic, text even in a binary file
+// number of links
+// dimension entity master
+// Affine, 16 numbers (this line may be missing)
+// number of nodes
+// node node-of-the-master
+void GmshSections2::ReadPeriodic() {
+  TextCursor& text = cursor_.Text();
+  std::size_t const nLinks = text.Count("the number of periodic entities", 8);
+  for (std::size_t link = 0; link < nLinks; ++link) {
+    std::int64_t const dimension = text.Integer("the dimension of a periodic entity");
+    GmshPeriodicSurface surface;
+    surface.surface = text.Integer("the number of a periodic entity");
+    surface.master = text.Integer("the number of its master");
+    if (text.Peek() == 'A') {
+      if (text.Word("'Affine'") != "Affine") text.Fail("'Affine' or a number of nodes expected");
+      for (int i = 0; i < 16; ++i) surface.transformation.push_back(text.Real("a transformation"));
+    }
+    std::size_t const nNodes = text.Count("the number of periodic nodes", 4);
+    for (std::size_t i = 0; i < nNodes; ++i) {
+      std::int64_t const node = text.Integer("a node number");
+      surface.nodeTags.emplace_back(node, text.Integer("a node number"));
+    }
+    if (dimension == 2) content_.periodicSurfaces.push_back(std::move(surface));
+  }
 }
 
 }  // namespace reference_host

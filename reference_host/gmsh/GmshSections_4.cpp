@@ -1,5 +1,6 @@
 #include <array>
 #include <cstdlib>
+#include <utility>
 
 #include "reference_host/gmsh/GmshSections.h"
 
@@ -9,11 +10,13 @@ bool GmshSections4::Read(std::string_view section) {
   if (section == "Entities") {
     ReadEntities();
   } else if (section == "PartitionedEntities") {
-    cursor_.Text().Fail("the mesh is partitioned; save it unpartitioned, since it is partitioned anew");
+    ReadPartitionedEntities();
   } else if (section == "Nodes") {
     ReadNodes();
   } else if (section == "Elements") {
     ReadElements();
+  } else if (section == "Periodic") {
+    ReadPeriodic();
   } else {
     return false;
   }
@@ -38,20 +41,75 @@ void GmshSections4::ReadEntities() {
 // others:   tag lowest and highest x y z nPhysical physical.. nBounding bounding..
 void GmshSections4::ReadEntity(int dimension) {
   int const tag = cursor_.Int("the number of an entity");
+  std::int64_t const physical = ReadExtentAndPhysical(dimension);
+  if (dimension == 2 && physical != 0) physicalOfSurfaceEntity_.emplace(tag, physical);
+  SkipBounding(dimension);
+}
+
+/// Returns the first of several physical tags, which counts, or 0; its sign is only an orientation.
+std::int64_t GmshSections4::ReadExtentAndPhysical(int dimension) {
   int const nExtents = dimension == 0 ? 3 : 6;
   for (int i = 0; i < nExtents; ++i) cursor_.Real("the extent of an entity");
-
-  // The first of several physical surfaces counts; the sign is only an orientation.
   std::int64_t const nPhysical = cursor_.Size("a number of physical tags");
   cursor_.CheckRoom(nPhysical, 1, 4, "physical tags");
+  std::int64_t first = 0;
   for (std::int64_t i = 0; i < nPhysical; ++i) {
     std::int64_t const physical = cursor_.Int("a physical tag");
-    if (dimension == 2 && i == 0) physicalOfSurfaceEntity_.emplace(tag, std::abs(physical));
+    if (i == 0) first = std::abs(physical);
   }
+  return first;
+}
+
+void GmshSections4::SkipBounding(int dimension) {
   if (dimension == 0) return;
   std::int64_t const nBounding = cursor_.Size("a number of bounding entities");
   cursor_.CheckRoom(nBounding, 1, 4, "bounding entities");
   for (std::int64_t i = 0; i < nBounding; ++i) cursor_.Int("the number of a bounding entity");
+}
+
+// $PartitionedEntities
+// number of partitions
+// number of ghost entities, then for each: tag partition
+// number of points, curves, surfaces, volumes
+void GmshSections4::ReadPartitionedEntities() {
+  if (cursor_.IsBinary()) cursor_.SkipLineBreak();
+  content_.nPartitions = cursor_.Size("the number of partitions");
+  std::int64_t const nGhosts = cursor_.Size("the number of ghost entities");
+  cursor_.CheckRoom(nGhosts, 2, 8, "ghost entities");
+  for (std::int64_t i = 0; i < 2 * nGhosts; ++i) cursor_.Int("a ghost entity");
+  std::array<std::int64_t, 4> nEntities{};
+  for (std::int64_t& n : nEntities) {
+    n = cursor_.Size("a number of entities");
+    cursor_.CheckRoom(n, 8, 52, "geometric entities of partitions");
+  }
+  for (int dimension = 0; dimension < 4; ++dimension) {
+    for (std::int64_t i = 0; i < nEntities[dimension]; ++i) ReadPartitionedEntity(dimension);
+  }
+}
+
+// tag, dimension and tag of the parent, number of partitions, partitions.., then as in $Entities
+//
+// Surfaces between the volumes of two partitions have a volume as their parent, and its physical tag.
+void GmshSections4::ReadPartitionedEntity(int dimension) {
+  int const tag = cursor_.Int("the number of an entity");
+  int const parentDimension = cursor_.Int("the dimension of a parent");
+  int const parent = cursor_.Int("the number of a parent");
+  std::int64_t const nPartitions = cursor_.Size("a number of partitions");
+  cursor_.CheckRoom(nPartitions, 1, 4, "partitions of an entity");
+  for (std::int64_t i = 0; i < nPartitions; ++i) {
+    int const partition = cursor_.Int("a partition");
+    if (dimension == 3) content_.partitionsWithVolumes.insert(partition);
+  }
+  std::int64_t physical = ReadExtentAndPhysical(dimension);
+  SkipBounding(dimension);
+  if (dimension != 2) return;
+  auto const ofParent = physicalOfSurfaceEntity_.find(parent);
+  if (parentDimension != 2) {
+    physical = 0;
+  } else if (physical == 0 && ofParent != physicalOfSurfaceEntity_.end()) {
+    physical = ofParent->second;
+  }
+  physicalOfPartitionedSurface_[tag] = physical;
 }
 
 // $Nodes
@@ -119,13 +177,51 @@ std::int64_t GmshSections4::ReadElementBlock() {
   std::int64_t const nElements = cursor_.Size("the number of elements in a block");
   cursor_.CheckRoom(nElements, 2, 16, "elements in a block");
 
-  auto const found = physicalOfSurfaceEntity_.find(entity);
-  std::int64_t const physical = dimension == 2 && found != physicalOfSurfaceEntity_.end() ? found->second : 0;
+  std::int64_t const physical = dimension == 2 ? PhysicalOfSurface(entity) : 0;
   for (std::int64_t i = 0; i < nElements; ++i) {
     std::int64_t const element = cursor_.Size("an element number");
     AddElement(TypeOf(typeNumber, element), element, physical, true);
   }
   return nElements;
+}
+
+/// The surfaces of a partitioned mesh are those of its partitions; their numbers come first.
+std::int64_t GmshSections4::PhysicalOfSurface(int entity) const {
+  for (auto const* const physicalOf : {&physicalOfPartitionedSurface_, &physicalOfSurfaceEntity_}) {
+    auto const found = physicalOf->find(entity);
+    if (found != physicalOf->end()) return found->second;
+  }
+  return 0;
+}
+
+// $Periodic
+// number of links
+// dimension entity master
+// number of numbers of the transformation, numbers..
+// number of nodes
+// node node-of-the-master
+void GmshSections4::ReadPeriodic() {
+  if (cursor_.IsBinary()) cursor_.SkipLineBreak();
+  std::int64_t const nLinks = cursor_.Size("the number of periodic entities");
+  cursor_.CheckRoom(nLinks, 5, 28, "periodic entities");
+  for (std::int64_t link = 0; link < nLinks; ++link) {
+    int const dimension = cursor_.Int("the dimension of a periodic entity");
+    GmshPeriodicSurface surface;
+    surface.surface = cursor_.Int("the number of a periodic entity");
+    surface.master = cursor_.Int("the number of its master");
+    std::int64_t const nNumbers = cursor_.Size("the size of a transformation");
+    cursor_.CheckRoom(nNumbers, 1, 8, "numbers of a transformation");
+    for (std::int64_t i = 0; i < nNumbers; ++i) {
+      surface.transformation.push_back(cursor_.Real("a transformation"));
+    }
+    std::int64_t const nNodes = cursor_.Size("the number of periodic nodes");
+    cursor_.CheckRoom(nNodes, 2, 16, "periodic nodes");
+    for (std::int64_t i = 0; i < nNodes; ++i) {
+      std::int64_t const node = cursor_.Size("a node number");
+      surface.nodeTags.emplace_back(node, cursor_.Size("a node number"));
+    }
+    if (dimension == 2) content_.periodicSurfaces.push_back(std::move(surface));
+  }
 }
 
 }  // namespace reference_host

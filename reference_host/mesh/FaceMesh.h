@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace reference_host {
@@ -27,6 +28,28 @@ struct Patch {
   std::vector<int> partners = {};
 };
 
+/// Boundary faces that lie on others of the mesh, moved by one vector: the mesh continues there. What the mesh
+/// file says; JoinPeriods makes use of it.
+struct Period {
+  int patch = -1;    ///< of the first side
+  int partner = -1;  ///< of the second side, perhaps the same
+  /// What messages call it: "cyclic patch 'left'", "surface 3".
+  std::string name;
+  /// Why it is no translation, such as "is rotational"; empty: it may be one.
+  std::string refusal;
+  double tolerance = 1e-4;  ///< distance of matching nodes, as a fraction of the size of their face
+  std::optional<Point>
+      vector;  ///< from the first side to the second as the file gives it, in either direction
+
+  /// Faces of the two sides that belong together; each face is in one pair of one period.
+  std::vector<std::pair<int, int>> faces;
+
+  // The following are set by JoinPeriods.
+  Point shift = {0.0, 0.0, 0.0};  ///< from the first side to the second
+  /// [pair] node i of the first face lies on node (turn - i) mod n of the second, moved back
+  std::vector<int> turn;
+};
+
 struct MeshNames;
 
 /// A whole mesh addressed by faces: cells of any shape, all numbers 0-based. Every reader and generator makes
@@ -44,6 +67,10 @@ struct FaceMesh {
   std::vector<int> facePatch;  ///< index into patches; -1: not at the boundary
   std::vector<Patch> patches;
   int nCells = 0;
+
+  /// From the mesh file; after JoinPeriods those across which the mesh continues. Their faces stay boundary
+  /// faces of the FaceMesh; a MeshPart has halo cells beyond them.
+  std::vector<Period> periods;
 
   /// The names of nodes, faces and cells in messages (MeshNames.h); null: their numbers counted from 1.
   std::shared_ptr<const MeshNames> names;

@@ -12,19 +12,28 @@ namespace reference_host {
 /// Cells 0..nOwned-1 are owned; cells nOwned..nOwned+nHalo()-1 are halo cells: the cells of other parts that
 /// share a face with an owned one, each once. Owned cells and halo cells each ascend by `globalCell`.
 ///
-/// A face keeps the node order and the owner -> neighbour direction of the whole mesh in every part that has
+/// Where the mesh is periodic, the cells beyond the boundary are halo cells, too, those of the same part
+/// included. They have the `haloPeriod` +k or -k: they stand at the place of their owners plus or minus the
+/// shift of period k. A cell may be beyond several periods and a neighbour besides, and so several halo cells;
+/// these ascend by their period. Each side of a periodic face has a face of its own, which the owned cell
+/// owns, with its own nodes; the halo cell shares these and has shifted copies of its other nodes.
+///
+/// Any other face keeps the node order and the owner -> neighbour direction of the whole mesh in every part that has
 /// it, so that both sides of a cut compute the same geometry bit for bit. Therefore `owner` of a face may be
 /// a halo cell.
 struct MeshPart {
   int part = 0;
   int nParts = 1;
 
-  std::vector<Point> points;             ///< nodes of owned and halo cells
-  std::vector<std::int64_t> globalNode;  ///< number of each point in the whole mesh
+  std::vector<Point> points;  ///< nodes of owned and halo cells
+  std::vector<std::int64_t>
+      globalNode;  ///< number of each point in the whole mesh; shifted copies have it, too
 
   int nOwned = 0;
   std::vector<std::int64_t> globalCell;          ///< number in the whole mesh of every owned and halo cell
   std::vector<int> haloPart;                     ///< [halo cell - nOwned] the part that owns it
+  std::vector<int> haloPeriod;                   ///< [halo cell - nOwned] 0, or beyond a period: +k, -k
+  std::vector<Point> shifts;                     ///< [k - 1] of period k, the same list in every part
   std::vector<std::size_t> haloNodeStart = {0};  ///< [halo cell - nOwned] its nodes in haloNode, as faceStart
   std::vector<int> haloNode;
 
@@ -39,6 +48,12 @@ struct MeshPart {
   int nFaces() const { return static_cast<int>(owner.size()); }
 };
 
+/// From the place of a cell or node to that beyond a period.
+/// @param[in] shifts  MeshPart::shifts
+/// @param[in] period  +k or -k
+Point ShiftOf(std::vector<Point> const& shifts, int period);
+
+/// The periods of the mesh must be joined (JoinPeriods).
 /// The shares of the parts 0..nParts-1, given the part number of every cell. A part may own any number of
 /// cells.
 std::vector<MeshPart> SplitMesh(FaceMesh const& mesh, std::vector<int> const& partOfCell, int nParts);

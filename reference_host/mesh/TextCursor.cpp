@@ -75,6 +75,13 @@ std::string_view TextCursor::QuotedString(char const* what) {
   return string;
 }
 
+void TextCursor::Verbatim() {
+  Expect('{');
+  std::size_t const end = text_.find("#}", position_);
+  if (end == std::string_view::npos) Fail("'{' is not closed by '#}'");
+  position_ = end + 2;
+}
+
 std::string_view TextCursor::Macro() {
   Expect('$');
   std::size_t const start = tokenStart_;

@@ -43,6 +43,9 @@ class TextCursor {
   /// The text between two quotation marks on one line.
   std::string_view QuotedString(char const* what);
 
+  /// Passes over the text in "{ ... #}", which has no other form.
+  void Verbatim();
+
   /// The name in "$name" or "${name}", with the characters of a word. Never empty.
   std::string_view Macro();
 

@@ -1,7 +1,9 @@
 #include "reference_host/openfoam/CollatedFile.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstddef>
+#include <cstdint>
+#include <string>
 #include <utility>
 
 #include "reference_host/mesh/MeshError.h"
@@ -27,7 +29,7 @@ class PieceReader {
     Refill(window);
     std::size_t const begin = Position();
     FileContent copy = AllocateContent(file_.Name(), std::min(window, Buffered()));
-    std::memcpy(copy.bytes.get(), buffer_.bytes.get() + used_, copy.size);
+    std::copy_n(buffer_.bytes.get() + used_, copy.size, copy.bytes.get());
     MeshFile stretch(file_.Name(), std::move(copy), begin);
     stretch.NamePlacesByOffset();
     TextCursor text(stretch, TextCursor::Comments::CStyle);
@@ -41,8 +43,8 @@ class PieceReader {
     FileContent rest;
     if (n > nBuffered) rest = file_.Read(n - nBuffered);
     FileContent content = AllocateContent(file_.Name(), nBuffered + rest.size);
-    std::memcpy(content.bytes.get(), buffer_.bytes.get() + used_, nBuffered);
-    if (rest.size > 0) std::memcpy(content.bytes.get() + nBuffered, rest.bytes.get(), rest.size);
+    std::copy_n(buffer_.bytes.get() + used_, nBuffered, content.bytes.get());
+    std::copy_n(rest.bytes.get(), rest.size, content.bytes.get() + nBuffered);
     used_ += nBuffered;
     return content;
   }
@@ -82,8 +84,8 @@ std::size_t ReadPieceSize(PieceReader& reader, int piece, int processor) {
   std::size_t size = 0;
   reader.Text(kPieceWindow, [&](TextCursor& text) {
     if (text.AtEnd()) {
-      text.Fail("the file ends after " + std::to_string(piece) + " pieces, before that of processor " +
-                std::to_string(processor));
+      text.FailAt(text.Position(), "the file ends after " + std::to_string(piece) +
+                                       " pieces, before that of processor " + std::to_string(processor));
     }
     std::int64_t const stated = text.Integer("the size of a processor's piece");
     if (stated < 0 || static_cast<std::size_t>(stated) > reader.MostBytes()) {

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <limits>
+#include <map>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "reference_host/mesh/MeshCheck.h"
@@ -44,7 +46,7 @@ bool BeginsWith(std::string const& text, std::string const& beginning) {
   return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-/// Removes the patches of type processor from the mesh and makes cuts of them.
+/// Removes the patches of the types processor and processorCyclic from the mesh and makes cuts of them.
 class CutCollector {
  public:
   CutCollector(ProcessorMesh& result, std::vector<PatchFaces> const& facesOfPatch, int processor,
@@ -56,12 +58,20 @@ class CutCollector {
     std::vector<int> newNumber(mesh.patches.size(), -1);
     std::vector<Patch> kept;
     for (std::size_t p = 0; p < mesh.patches.size(); ++p) {
-      if (BeginsWith(mesh.patches[p].type, "processor")) {
-        AddCut(mesh.patches[p], facesOfPatch_[p]);
-      } else {
-        newNumber[p] = static_cast<int>(kept.size());
-        kept.push_back(std::move(mesh.patches[p]));
-      }
+      if (IsCut(mesh.patches[p])) continue;
+      newNumber[p] = static_cast<int>(kept.size());
+      numberOfName_[mesh.patches[p].name] = newNumber[p];
+      kept.push_back(mesh.patches[p]);
+    }
+    for (Patch& patch : kept) {
+      for (int& partner : patch.partners) partner = newNumber[partner];
+    }
+    for (Period& period : mesh.periods) {
+      period.patch = newNumber[period.patch];
+      period.partner = newNumber[period.partner];
+    }
+    for (std::size_t p = 0; p < mesh.patches.size(); ++p) {
+      if (IsCut(mesh.patches[p])) newNumber[p] = AddCut(mesh.patches[p], facesOfPatch_[p], kept);
     }
     mesh.patches = std::move(kept);
     for (int& patch : mesh.facePatch) patch = patch < 0 ? -1 : newNumber[patch];
@@ -73,10 +83,21 @@ class CutCollector {
     throw MeshError(result_.folder + ": patch " + Quoted(patch) + " " + what);
   }
 
-  void AddCut(Patch const& patch, PatchFaces const& faces) {
-    if (patch.type != "processor") {
-      Fail(patch.name, "of type " + Quoted(patch.type) +
-                           ": cyclic patches that the decomposition has cut are not supported");
+  static bool IsCut(Patch const& patch) { return BeginsWith(patch.type, "processor"); }
+
+  /// Returns the patch to which the faces belong. @param[in] kept  the patches that are no cuts
+  int AddCut(Patch const& patch, PatchFaces const& faces, std::vector<Patch> const& kept) {
+    if (patch.type != "processor" && patch.type != "processorCyclic") {
+      Fail(patch.name, "of type " + Quoted(patch.type) + " cannot be read");
+    }
+    int through = -1;
+    if (patch.type == "processorCyclic") {
+      auto const found = numberOfName_.find(faces.referPatch);
+      if (found != numberOfName_.end()) through = found->second;
+      if (through < 0 || kept[through].partners.empty()) {
+        Fail(patch.name,
+             "needs a referPatch of type cyclic with a neighbourPatch, not " + Quoted(faces.referPatch));
+      }
     }
     if (faces.processor != processor_) {
       Fail(patch.name, "says that this is processor " + std::to_string(faces.processor));
@@ -85,18 +106,22 @@ class CutCollector {
       Fail(patch.name, "leads to processor " + std::to_string(faces.neighbour) + " of " +
                            std::to_string(nProcessors_) + ", counted from 0");
     }
-    if (faces.count == 0) return;
-    result_.cuts.push_back({static_cast<int>(faces.neighbour), patch.name, static_cast<int>(faces.first),
-                            static_cast<int>(faces.count)});
+    if (faces.count > 0) {
+      result_.cuts.push_back({static_cast<int>(faces.neighbour), patch.name, static_cast<int>(faces.first),
+                              static_cast<int>(faces.count), through});
+    }
+    return through;
   }
 
   void SortCuts() const {
-    std::sort(result_.cuts.begin(), result_.cuts.end(),
-              [](ProcessorCut const& a, ProcessorCut const& b) { return a.neighbour < b.neighbour; });
+    std::sort(result_.cuts.begin(), result_.cuts.end(), [](ProcessorCut const& a, ProcessorCut const& b) {
+      return std::tie(a.neighbour, a.patch) < std::tie(b.neighbour, b.patch);
+    });
     for (std::size_t i = 1; i < result_.cuts.size(); ++i) {
       if (result_.cuts[i].neighbour != result_.cuts[i - 1].neighbour) continue;
+      if (result_.cuts[i].patch != result_.cuts[i - 1].patch) continue;
       Fail(result_.cuts[i].patchName,
-           "is the second one to processor " + std::to_string(result_.cuts[i].neighbour));
+           "is the second one of its kind to processor " + std::to_string(result_.cuts[i].neighbour));
     }
   }
 
@@ -104,6 +129,7 @@ class CutCollector {
   std::vector<PatchFaces> const& facesOfPatch_;
   int processor_;
   int nProcessors_;
+  std::map<std::string, int> numberOfName_;  // of the patches that are no cuts
 };
 
 /// The number of processors of a case in the collated format.

@@ -109,6 +109,7 @@ std::string ReadFoamValue(TextCursor& text, FoamFormat const& format) {
     } else {
       std::string_view const word = text.Word("the end of an entry");
       if (isFirst) first = word;
+      if (word == "#" && text.Peek() == '{') text.Verbatim();
       std::size_t const bytesOfItem = format.isBinary ? BytesOfItem(word, format) : 0;
       if (bytesOfItem > 0) SkipBinaryList(text, bytesOfItem);
     }

@@ -13,7 +13,7 @@ namespace reference_host {
 ///
 /// A patch keeps its type. Types that are not boundaries of the flow (empty, wedge, cyclic, processor) have
 /// no boundary group of their own: the user maps such a patch by name, or AssignBoundaryGroups rejects the
-/// mesh.
+/// mesh. Pairs of patches of type cyclic are periods, for JoinPeriods.
 ///
 /// Throws MeshError for damaged files. Pass the result to CheckMesh before you use it.
 /// @param[in] folder  the polyMesh folder itself
@@ -25,6 +25,7 @@ struct PatchFaces {
   std::int64_t count = 0;
   std::int64_t processor = -1;  ///< the one whose folder this is; -1: not given
   std::int64_t neighbour = -1;
+  std::string referPatch = {};  ///< of type processorCyclic: the cyclic patch that the cut goes through
 };
 
 /// A polyMesh with the data that a FaceMesh does not have.

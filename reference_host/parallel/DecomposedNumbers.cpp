@@ -101,6 +101,7 @@ void CheckNodeNumbers(MpiCommunicator const& communicator, ProcessorMesh const& 
   });
   RunTogether(communicator, [&] {
     for (std::size_t i = 0; i < theirs.size(); ++i) {
+      if (processor.cuts[i].period != 0) continue;  // other nodes than here
       for (std::size_t n = 0; n < theirs[i].size(); ++n) {
         std::int64_t const own = processor.globalPoint[cuts.Nodes(i)[n]];
         if (own == theirs[i][n]) continue;
@@ -114,8 +115,8 @@ void CheckNodeNumbers(MpiCommunicator const& communicator, ProcessorMesh const& 
 
 /// Gives every node the smallest of its values on all ranks. A node may be on ranks that share no face, so
 /// the smallest value travels from neighbour to neighbour until nothing changes.
-void SpreadSmallest(MpiCommunicator const& communicator, std::string const& folder, ProcessorCuts const& cuts,
-                    std::vector<std::int64_t>& ofNode) {
+void SpreadSmallest(MpiCommunicator const& communicator, ProcessorMesh const& processor,
+                    ProcessorCuts const& cuts, std::vector<std::int64_t>& ofNode) {
   // A node is on each rank at most once, so its smallest value is everywhere after as many rounds as there
   // are ranks. Only cuts that join different nodes take longer; four times the rounds leave room for a few of
   // them.
@@ -123,13 +124,15 @@ void SpreadSmallest(MpiCommunicator const& communicator, std::string const& fold
   std::int64_t nChanged = 1;
   for (std::int64_t round = 0; nChanged > 0; ++round) {
     if (round == mostRounds) {
-      RunTogether(communicator, [&folder] {
-        throw MeshError(folder + ": the cuts between the processors join different nodes of one mesh");
+      RunTogether(communicator, [&processor] {
+        throw MeshError(processor.folder +
+                        ": the cuts between the processors join different nodes of one mesh");
       });
     }
     nChanged = 0;
     std::vector<std::vector<std::int64_t>> const theirs = cuts.SwapNodeValues(ofNode);
     for (std::size_t i = 0; i < theirs.size(); ++i) {
+      if (processor.cuts[i].period != 0) continue;  // other nodes than here
       for (std::size_t n = 0; n < theirs[i].size(); ++n) {
         std::int64_t& own = ofNode[cuts.Nodes(i)[n]];
         if (theirs[i][n] >= own) continue;
@@ -149,7 +152,7 @@ void NumberNodesByRank(MpiCommunicator const& communicator, ProcessorMesh const&
   std::vector<std::int64_t> first(
       n);  // the lowest number among the copies of a node, with all copies counted
   std::iota(first.begin(), first.end(), before);
-  SpreadSmallest(communicator, processor.folder, cuts, first);
+  SpreadSmallest(communicator, processor, cuts, first);
 
   std::int64_t nOwn = 0;
   for (std::size_t i = 0; i < n; ++i) nOwn += first[i] == before + static_cast<std::int64_t>(i) ? 1 : 0;
@@ -158,7 +161,7 @@ void NumberNodesByRank(MpiCommunicator const& communicator, ProcessorMesh const&
   for (std::size_t i = 0; i < n; ++i) {
     if (first[i] == before + static_cast<std::int64_t>(i)) numbers.node[i] = next++;
   }
-  SpreadSmallest(communicator, processor.folder, cuts, numbers.node);
+  SpreadSmallest(communicator, processor, cuts, numbers.node);
   numbers.nNodes = SumOfAll(communicator, nOwn);
 }
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <numeric>
+#include <tuple>
 
+#include "reference_host/mesh/Vector3.h"
 #include "reference_host/parallel/MpiAgreement.h"
 
 namespace reference_host {
@@ -15,6 +17,7 @@ DecomposedPartBuilder::DecomposedPartBuilder(MpiCommunicator const& communicator
   part_.part = communicator.rank();
   part_.nParts = communicator.size();
   part_.patches = processor.mesh.patches;
+  part_.shifts = cuts.shifts();
 }
 
 MeshPart DecomposedPartBuilder::Build() {
@@ -52,28 +55,71 @@ std::vector<std::vector<int>> DecomposedPartBuilder::NodesOfCutCells() const {
   return nodes;
 }
 
+/// @param[in] mates,places  by cut: numbers and places of the neighbour's nodes at cuts_.Nodes
+/// @return ascending by cell, period, node and mate, each once
+std::vector<DecomposedPartBuilder::SharedNode> DecomposedPartBuilder::NodesSharedBeyondPeriods(
+    std::vector<std::vector<std::int64_t>> const& mates,
+    std::vector<std::vector<Point>> const& places) const {
+  std::vector<SharedNode> shared;
+  for (std::size_t i = 0; i < processor_.cuts.size(); ++i) {
+    ProcessorCut const& cut = processor_.cuts[i];
+    if (cut.period == 0) continue;
+    for (int k = 0; k < cut.nFaces; ++k) {
+      for (std::size_t n = cuts_.Start(i)[k]; n < cuts_.Start(i)[k + 1]; ++n) {
+        shared.push_back({CellAtCut(cut, k), cut.period, cuts_.Nodes(i)[n], mates[i][n], places[i][n]});
+      }
+    }
+  }
+  auto const key = [](SharedNode const& s) { return std::tie(s.cell, s.period, s.node, s.mate); };
+  std::sort(shared.begin(), shared.end(),
+            [&key](SharedNode const& a, SharedNode const& b) { return key(a) < key(b); });
+  shared.erase(std::unique(shared.begin(), shared.end(),
+                           [&key](SharedNode const& a, SharedNode const& b) { return key(a) == key(b); }),
+               shared.end());
+  return shared;
+}
+
 // Sends to each neighbour the cell of every face of the cut; then, once for each of these cells, its number,
-// its number of nodes and their numbers. The positions of the nodes are a list of their own.
+// its number of nodes and their numbers. The positions of the nodes are a list of their own. Beyond a period,
+// the neighbour shares the nodes of the cell's faces in that period: it is sent its own numbers of these, as
+// -1 - number, and its own positions.
 void DecomposedPartBuilder::FetchHalo() {
   std::size_t const nCuts = processor_.cuts.size();
   std::vector<std::vector<std::int64_t>> cellOfFace(nCuts), words(nCuts);
   std::vector<std::vector<Point>> points(nCuts);
+  std::vector<std::vector<std::int64_t>> const mates = cuts_.SwapNodeValues(numbers_.node);
+  std::vector<std::vector<Point>> const places = cuts_.SwapNodeValues(processor_.mesh.points);
   RunTogether(communicator_, [&] {
     std::vector<std::vector<int>> const nodesOfCell = NodesOfCutCells();
+    std::vector<SharedNode> const shared = NodesSharedBeyondPeriods(mates, places);
     for (std::size_t i = 0; i < nCuts; ++i) {
+      ProcessorCut const& cut = processor_.cuts[i];
       std::vector<int> cells;
-      for (int k = 0; k < processor_.cuts[i].nFaces; ++k) {
-        cells.push_back(CellAtCut(processor_.cuts[i], k));
+      for (int k = 0; k < cut.nFaces; ++k) {
+        cells.push_back(CellAtCut(cut, k));
         cellOfFace[i].push_back(numbers_.cell[cells.back()]);
       }
       std::sort(cells.begin(), cells.end());
       cells.erase(std::unique(cells.begin(), cells.end()), cells.end());
       for (int const cell : cells) {
         words[i].push_back(numbers_.cell[cell]);
-        words[i].push_back(static_cast<std::int64_t>(nodesOfCell[cell].size()));
+        std::size_t const nNodesAt = words[i].size();
+        words[i].push_back(0);
+        auto const add = [&](std::int64_t number, Point const& place) {
+          words[i].push_back(number);
+          points[i].push_back(place);
+          ++words[i][nNodesAt];
+        };
         for (int const node : nodesOfCell[cell]) {
-          words[i].push_back(numbers_.node[node]);
-          points[i].push_back(processor_.mesh.points[node]);
+          auto const same = [&](SharedNode const& s) {
+            return s.cell == cell && s.period == cut.period && s.node == node;
+          };
+          auto at = std::lower_bound(shared.begin(), shared.end(), std::make_tuple(cell, cut.period, node),
+                                     [](SharedNode const& s, std::tuple<int, int, int> const& wanted) {
+                                       return std::make_tuple(s.cell, s.period, s.node) < wanted;
+                                     });
+          if (at == shared.end() || !same(*at)) add(numbers_.node[node], processor_.mesh.points[node]);
+          for (; at != shared.end() && same(*at); ++at) add(-1 - at->mate, at->place);
         }
       }
     }
@@ -88,15 +134,22 @@ void DecomposedPartBuilder::FetchHalo() {
 
 void DecomposedPartBuilder::UnpackHalo(std::size_t i, std::vector<std::int64_t> const& words,
                                        std::vector<Point> const& points) {
+  ProcessorCut const& cut = processor_.cuts[i];
   std::size_t nPoints = 0;
   for (std::size_t w = 0; w < words.size();) {
-    HaloCell halo = {words[w], processor_.cuts[i].neighbour, {}};
+    HaloCell halo = {{words[w], cut.period}, cut.neighbour, {}};
     auto const nNodes = static_cast<std::size_t>(words[w + 1]);
     w += 2;
     for (std::size_t n = 0; n < nNodes; ++n, ++w) {
-      halo.nodes.push_back(words[w]);
-      haloPoints_.emplace_back(words[w], points[nPoints++]);
+      bool const isShared = words[w] < 0;
+      Shifted const node = isShared ? Shifted{-1 - words[w], 0} : Shifted{words[w], cut.period};
+      Point const& place = points[nPoints++];
+      halo.nodes.push_back(node);
+      haloPoints_.emplace_back(node,
+                               node.second == 0 ? place : Sum(place, ShiftOf(part_.shifts, node.second)));
     }
+    std::sort(halo.nodes.begin(), halo.nodes.end());
+    halo.nodes.erase(std::unique(halo.nodes.begin(), halo.nodes.end()), halo.nodes.end());
     halo_.push_back(std::move(halo));
   }
 }
@@ -114,8 +167,9 @@ void DecomposedPartBuilder::NumberCells() {
   }
   std::sort(halo_.begin(), halo_.end(), [](HaloCell const& a, HaloCell const& b) { return a.cell < b.cell; });
   for (HaloCell const& halo : halo_) {
-    part_.globalCell.push_back(halo.cell);
+    part_.globalCell.push_back(halo.cell.first);
     part_.haloPart.push_back(halo.part);
+    part_.haloPeriod.push_back(halo.cell.second);
   }
 }
 
@@ -127,7 +181,7 @@ void DecomposedPartBuilder::NumberNodes() {
   for (int const node : mesh.faceNode) localNode_[node] = 0;
   std::vector<NumberedPoint> points;
   for (std::size_t n = 0; n < localNode_.size(); ++n) {
-    if (localNode_[n] == 0) points.emplace_back(numbers_.node[n], mesh.points[n]);
+    if (localNode_[n] == 0) points.emplace_back(Shifted{numbers_.node[n], 0}, mesh.points[n]);
   }
   points.insert(points.end(), haloPoints_.begin(), haloPoints_.end());
   std::stable_sort(points.begin(), points.end(),
@@ -135,18 +189,19 @@ void DecomposedPartBuilder::NumberNodes() {
   points.erase(std::unique(points.begin(), points.end(),
                            [](NumberedPoint const& a, NumberedPoint const& b) { return a.first == b.first; }),
                points.end());
-  for (auto const& [number, point] : points) {
-    part_.globalNode.push_back(number);
+  for (auto const& [node, point] : points) {
+    nodes_.push_back(node);
+    part_.globalNode.push_back(node.first);
     part_.points.push_back(point);
   }
   for (std::size_t n = 0; n < localNode_.size(); ++n) {
-    if (localNode_[n] == 0) localNode_[n] = LocalNode(numbers_.node[n]);
+    if (localNode_[n] == 0) localNode_[n] = LocalNode({numbers_.node[n], 0});
   }
 }
 
 void DecomposedPartBuilder::AddHaloNodes() {
   for (HaloCell const& halo : halo_) {
-    for (std::int64_t const node : halo.nodes) part_.haloNode.push_back(LocalNode(node));
+    for (Shifted const& node : halo.nodes) part_.haloNode.push_back(LocalNode(node));
     part_.haloNodeStart.push_back(part_.haloNode.size());
   }
 }
@@ -199,13 +254,14 @@ void DecomposedPartBuilder::AddOwnFace(int f) {
 }
 
 /// The cell with the lower number owns a face between two cells, as in every OpenFOAM mesh, and its side
-/// determines the order of the nodes.
+/// determines the order of the nodes. At a period, each side has a face of its own.
 void DecomposedPartBuilder::AddCutFace(std::size_t i, int k) {
   FaceMesh const& mesh = processor_.mesh;
   int const f = processor_.cuts[i].firstFace + k;
   int const own = localCell_[mesh.owner[f]];
-  int const halo = LocalHaloCell(cellBeyond_[i][k]);
-  if (part_.globalCell[own] < part_.globalCell[halo]) {
+  int const period = processor_.cuts[i].period;
+  int const halo = LocalHaloCell({cellBeyond_[i][k], period});
+  if (period != 0 || part_.globalCell[own] < part_.globalCell[halo]) {
     for (std::size_t n = mesh.faceStart[f]; n < mesh.faceStart[f + 1]; ++n) {
       part_.faceNode.push_back(localNode_[mesh.faceNode[n]]);
     }
@@ -226,16 +282,15 @@ void DecomposedPartBuilder::EndFace(int owner, int neighbour, int patch) {
 }
 
 /// @pre the part has the node
-int DecomposedPartBuilder::LocalNode(std::int64_t global) const {
-  auto const found = std::lower_bound(part_.globalNode.begin(), part_.globalNode.end(), global);
-  return static_cast<int>(found - part_.globalNode.begin());
+int DecomposedPartBuilder::LocalNode(Shifted const& node) const {
+  return static_cast<int>(std::lower_bound(nodes_.begin(), nodes_.end(), node) - nodes_.begin());
 }
 
 /// @pre the part has the halo cell
-int DecomposedPartBuilder::LocalHaloCell(std::int64_t global) const {
+int DecomposedPartBuilder::LocalHaloCell(Shifted const& cell) const {
   auto const found =
-      std::lower_bound(halo_.begin(), halo_.end(), global,
-                       [](HaloCell const& halo, std::int64_t cell) { return halo.cell < cell; });
+      std::lower_bound(halo_.begin(), halo_.end(), cell,
+                       [](HaloCell const& halo, Shifted const& wanted) { return halo.cell < wanted; });
   return part_.nOwned + static_cast<int>(found - halo_.begin());
 }
 

@@ -23,17 +23,29 @@ class DecomposedPartBuilder {
   MeshPart Build();
 
  private:
+  /// The number of a cell or node in the whole mesh and the period beyond which it is; 0: at its own place.
+  using Shifted = std::pair<std::int64_t, int>;
+
   /// A cell on the other side of a cut.
   struct HaloCell {
-    std::int64_t cell;  ///< number in the whole mesh
+    Shifted cell;
     int part;
-    std::vector<std::int64_t> nodes;  ///< ascending numbers in the whole mesh
+    std::vector<Shifted> nodes;  ///< ascending
   };
-  using NumberedPoint = std::pair<std::int64_t, Point>;
+  using NumberedPoint = std::pair<Shifted, Point>;
+
+  /// A node of a cell at a cut of a period, and the node on the other side with which it coincides.
+  struct SharedNode {
+    int cell, period, node;  ///< period: of the cut
+    std::int64_t mate;
+    Point place;  ///< of the mate
+  };
 
   int CellAtCut(ProcessorCut const& cut, int k) const { return processor_.mesh.owner[cut.firstFace + k]; }
 
   std::vector<std::vector<int>> NodesOfCutCells() const;
+  std::vector<SharedNode> NodesSharedBeyondPeriods(std::vector<std::vector<std::int64_t>> const& mates,
+                                                   std::vector<std::vector<Point>> const& places) const;
   void FetchHalo();
   void UnpackHalo(std::size_t i, std::vector<std::int64_t> const& words, std::vector<Point> const& points);
 
@@ -46,8 +58,8 @@ class DecomposedPartBuilder {
   void AddOwnFace(int f);
   void EndFace(int owner, int neighbour, int patch);
 
-  int LocalNode(std::int64_t global) const;
-  int LocalHaloCell(std::int64_t global) const;
+  int LocalNode(Shifted const& node) const;
+  int LocalHaloCell(Shifted const& cell) const;
 
   MpiCommunicator const& communicator_;
   ProcessorMesh const& processor_;
@@ -58,6 +70,7 @@ class DecomposedPartBuilder {
   std::vector<std::vector<std::int64_t>> cellBeyond_;
   std::vector<HaloCell> halo_;  ///< ascending by cell
   std::vector<NumberedPoint> haloPoints_;
+  std::vector<Shifted> nodes_;  ///< of the part, ascending
   std::vector<int> localCell_;  ///< [cell of the processor's mesh] number in the part
   std::vector<int> localNode_;  ///< [node of the processor's mesh] number in the part; -1: in no face
   MeshPart part_;

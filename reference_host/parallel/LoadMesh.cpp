@@ -14,6 +14,7 @@
 #include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/mesh/MeshError.h"
+#include "reference_host/mesh/Periods.h"
 #include "reference_host/openfoam/DecomposedCase.h"
 #include "reference_host/openfoam/PolyMeshReader.h"
 #include "reference_host/parallel/DecomposedCaseReader.h"
@@ -69,16 +70,17 @@ class MeshLoader {
 
   MeshPart ReadDecomposed() {
     OnRank0([&] { Report("reading"); });
-    DecomposedPart decomposed = ReadDecomposedCase(communicator_, meshSpec_);
+    DecomposedPart decomposed =
+        ReadDecomposedCase(communicator_, meshSpec_,
+                           [this](std::vector<Patch>& patches, std::vector<std::int64_t> const& nFaces) {
+                             facesOfPatch_ = nFaces;
+                             AssignBoundaryGroups(patches, nFaces, groups_, meshSpec_);
+                           });
     loaded_.summary.nNodes = decomposed.nNodes;
     source_.isDecomposed = true;
     source_.boundary = std::move(decomposed.boundary);
     source_.wholeCell = std::move(decomposed.wholeCell);
-    MeshPart& part = decomposed.part;
-    std::vector<std::int64_t> facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
-    SumOverRanks(facesOfPatch);
-    RunTogether(communicator_, [&] { AssignBoundaryGroups(part.patches, facesOfPatch, groups_, meshSpec_); });
-    return std::move(part);
+    return std::move(decomposed.part);
   }
 
   void Report(std::string const& stage) const {
@@ -92,16 +94,16 @@ class MeshLoader {
 
   MeshPart MakePartOfBox() {
     MeshPart part;
-    std::vector<std::int64_t> facesOfPatch;
     RunTogether(communicator_, [&] {
       Report("generating");
       BoxSpec const spec = ParseBoxSpec(meshSpec_);
       loaded_.summary.nNodes = BoxNodeCount(spec);
       part = MakeBoxPart(spec, communicator_.rank(), communicator_.size());
-      facesOfPatch = CountFacesOfPatches(part.facePatch, part.patches.size());
+      facesOfPatch_ = CountFacesOfPatches(part.facePatch, part.patches.size());
     });
-    SumOverRanks(facesOfPatch);
-    RunTogether(communicator_, [&] { AssignBoundaryGroups(part.patches, facesOfPatch, groups_, meshSpec_); });
+    SumOverRanks(facesOfPatch_);
+    RunTogether(communicator_,
+                [&] { AssignBoundaryGroups(part.patches, facesOfPatch_, groups_, meshSpec_); });
     return part;
   }
 
@@ -112,9 +114,10 @@ class MeshLoader {
       mesh = ReadMesh(meshSpec_);
       RememberPolyMesh(mesh);
       CheckMesh(mesh, meshSpec_);
+      facesOfPatch_ = CountFacesOfPatches(mesh.facePatch, mesh.patches.size());
+      AssignBoundaryGroups(mesh.patches, facesOfPatch_, groups_, meshSpec_);
+      JoinPeriods(mesh, meshSpec_);
       mesh.names.reset();  // messages no longer refer to the file
-      AssignBoundaryGroups(mesh.patches, CountFacesOfPatches(mesh.facePatch, mesh.patches.size()), groups_,
-                           meshSpec_);
       loaded_.summary.nNodes = static_cast<std::int64_t>(mesh.points.size());
     });
     MPI_Bcast(&loaded_.summary.nNodes, 1, MPI_INT64_T, 0, communicator_.get());
@@ -125,7 +128,11 @@ class MeshLoader {
       partOfCell = PartitionMesh(mesh, communicator_.size(), meshSpec_);
     });
     OnRank0([&] { Report("distributing"); });
-    return DistributeMesh(communicator_, &mesh, partOfCell);
+    MeshPart part = DistributeMesh(communicator_, &mesh, partOfCell);
+    facesOfPatch_.resize(part.patches.size());
+    MPI_Bcast(facesOfPatch_.data(), static_cast<int>(facesOfPatch_.size()), MPI_INT64_T, 0,
+              communicator_.get());
+    return part;
   }
 
   void RememberPolyMesh(FaceMesh const& mesh) {
@@ -179,8 +186,11 @@ class MeshLoader {
   }
 
   void NamePatches() {
-    for (Patch const& patch : loaded_.partition->patches()) {
-      loaded_.summary.patches.push_back({patch.name, patch.type, patch.group, patch.reason, 0});
+    std::vector<Patch> const& patches = loaded_.partition->patches();
+    for (std::size_t p = 0; p < patches.size(); ++p) {
+      Patch const& patch = patches[p];
+      std::int64_t const nPeriodic = IsPeriodic(patch, patches) ? facesOfPatch_[p] : 0;
+      loaded_.summary.patches.push_back({patch.name, patch.type, patch.group, patch.reason, 0, nPeriodic});
     }
   }
 
@@ -188,10 +198,12 @@ class MeshLoader {
     HostPartition& partition = *loaded_.partition;
     MeshSummary& summary = loaded_.summary;
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
+    int const nPeriodicSides = CountPeriodicSides();
     std::vector<std::int64_t> counts = CountFacesOfPatches(
         {partition.patchOfGhost().begin() + 1, partition.patchOfGhost().end()}, summary.patches.size());
     counts.insert(counts.end(),
-                  {mesh.NInnerCells, mesh.NInnerFaces, partition.partitionFaces()->NParInterFace()});
+                  {mesh.NInnerCells, mesh.NInnerFaces,
+                   partition.partitionFaces()->NParInterFace() - nPeriodicSides, nPeriodicSides});
     SumOverRanks(counts);
 
     for (std::size_t p = 0; p < summary.patches.size(); ++p) {
@@ -203,6 +215,18 @@ class MeshLoader {
     summary.nCells = counts[next];
     summary.nInnerFaces = counts[next + 1];
     summary.nCutFaces = counts[next + 2] / 2;  // both sides have counted them
+    summary.nPeriodicFaces = counts[next + 3] / 2;
+  }
+
+  int CountPeriodicSides() const {
+    HostPartition& partition = *loaded_.partition;
+    CPartitionFace_DLL& faces = *partition.partitionFaces();
+    int const firstHalo = partition.mesh()->NCell - partition.nHaloCells() + 1;
+    int nSides = 0;
+    for (int f = 1; f <= faces.NParInterFace(); ++f) {
+      if (partition.haloPeriod()[static_cast<std::size_t>(faces.ijPar()[f] - firstHalo)] != 0) ++nSides;
+    }
+    return nSides;
   }
 
   void FindExtremes() {
@@ -210,7 +234,7 @@ class MeshLoader {
     MeshSummary& summary = loaded_.summary;
     int const nCells = partition.mesh()->NInnerCells;
     std::array<int, 4> most = {-nCells, nCells, partition.partitionFaces()->NParInterFace(),
-                               static_cast<int>(partition.exchangeLists().size())};
+                               CountNeighbours()};
     MPI_Allreduce(MPI_IN_PLACE, most.data(), static_cast<int>(most.size()), MPI_INT, MPI_MAX,
                   communicator_.get());
     summary.nParts = communicator_.size();
@@ -218,6 +242,13 @@ class MeshLoader {
     summary.maxCells = most[1];
     summary.maxCutFaces = most[2];
     summary.maxNeighbours = most[3];
+  }
+
+  int CountNeighbours() const {
+    std::vector<ExchangeList> const& lists = loaded_.partition->exchangeLists();
+    return static_cast<int>(std::count_if(lists.begin(), lists.end(), [this](ExchangeList const& list) {
+      return list.part != communicator_.rank();
+    }));
   }
 
   // Sums in the order of the ranks, so that every run gives the same bits.
@@ -234,6 +265,7 @@ class MeshLoader {
   GroupRules const& groups_;
   std::function<void(std::string const&)> const& progress_;
   MeshSource source_;
+  std::vector<std::int64_t> facesOfPatch_;  // of the whole mesh, before periods are joined
   LoadedMesh loaded_;
 };
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "reference_host/mesh/MeshError.h"
+#include "reference_host/mesh/Periods.h"
 #include "reference_host/parallel/MeshDistribution.h"
 #include "reference_host/partition/CuthillMcKee.h"
 
@@ -16,7 +17,7 @@ namespace reference_host {
 namespace {
 
 /// The graph of the cells: cell c has the neighbours columns[rowStart[c] .. rowStart[c+1]-1], once for each
-/// shared face.
+/// shared face, those beyond periods included.
 struct CellGraph {
   std::vector<std::size_t> rowStart;
   std::vector<int> columns;
@@ -24,23 +25,24 @@ struct CellGraph {
   int nCells() const { return static_cast<int>(rowStart.size()) - 1; }
 };
 
+/// A cell that is its own neighbour beyond a period is left out: METIS takes no loops.
 CellGraph MakeCellGraph(FaceMesh const& mesh) {
   CellGraph graph;
   graph.rowStart.assign(static_cast<std::size_t>(mesh.nCells) + 1, 0);
-  for (int f = 0; f < mesh.nFaces(); ++f) {
-    if (mesh.neighbour[f] < 0) continue;
-    ++graph.rowStart[mesh.owner[f] + 1];
-    ++graph.rowStart[mesh.neighbour[f] + 1];
-  }
+  ForEachNeighbours(mesh, [&graph](int a, int b) {
+    if (a == b) return;
+    ++graph.rowStart[a + 1];
+    ++graph.rowStart[b + 1];
+  });
   for (int c = 0; c < mesh.nCells; ++c) graph.rowStart[c + 1] += graph.rowStart[c];
 
   graph.columns.resize(graph.rowStart.back());
   std::vector<std::size_t> next(graph.rowStart.begin(), graph.rowStart.end() - 1);
-  for (int f = 0; f < mesh.nFaces(); ++f) {
-    if (mesh.neighbour[f] < 0) continue;
-    graph.columns[next[mesh.owner[f]]++] = mesh.neighbour[f];
-    graph.columns[next[mesh.neighbour[f]]++] = mesh.owner[f];
-  }
+  ForEachNeighbours(mesh, [&](int a, int b) {
+    if (a == b) return;
+    graph.columns[next[a]++] = b;
+    graph.columns[next[b]++] = a;
+  });
   return graph;
 }
 

@@ -20,6 +20,8 @@ void VisitFields(Archive& archive, Part& part) {
   archive.Number(part.nOwned);
   archive.Array(part.globalCell);
   archive.Array(part.haloPart);
+  archive.Array(part.haloPeriod);
+  archive.Array(part.shifts);
   archive.Array(part.haloNodeStart);
   archive.Array(part.haloNode);
   archive.Array(part.faceStart);

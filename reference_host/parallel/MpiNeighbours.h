@@ -12,18 +12,23 @@
 
 namespace reference_host {
 
-/// Swaps lists between a rank and its neighbours, each of which names this rank in turn.
+/// Swaps lists between a rank and its neighbours, each of which names this rank in turn. A rank may be its own
+/// neighbour, and two ranks may have several links.
 class MpiNeighbours {
  public:
+  /// One way of two-way communication. What one side sends, the other receives under the same tag; the tags of
+  /// the links to one rank differ.
+  struct Link {
+    int rank;
+    int sendTag, receiveTag;
+  };
+
   /// @param[in] communicator  borrowed
-  /// @param[in] ranks         ascending, each once, this rank not among them
-  MpiNeighbours(MpiCommunicator const& communicator, std::vector<int> ranks)
-      : communicator_(communicator), ranks_(std::move(ranks)) {}
+  MpiNeighbours(MpiCommunicator const& communicator, std::vector<Link> links)
+      : communicator_(communicator), links_(std::move(links)) {}
 
-  std::vector<int> const& ranks() const { return ranks_; }
-
-  /// Collective among neighbours. Sends lists[i] to ranks()[i].
-  /// @return by i, what ranks()[i] has sent to this rank
+  /// Collective among neighbours. Sends lists[i] along link i.
+  /// @return by i, what has come along that link
   template <class T>
   std::vector<std::vector<T>> Swap(std::vector<std::vector<T>> const& lists) const {
     std::vector<std::int64_t> lengths, sent;
@@ -51,17 +56,17 @@ class MpiNeighbours {
 
   template <class GetPiece>
   void Exchange(GetPiece const& getPiece) const {
-    constexpr int kTag = 0;
     std::vector<MPI_Request> requests;
-    for (std::size_t i = 0; i < ranks_.size(); ++i) {
+    for (std::size_t i = 0; i < links_.size(); ++i) {
+      Link const& link = links_[i];
       Piece const piece = getPiece(i);
       for (std::size_t at = 0; at < piece.nReceive; at += kLargestMessage) {
-        MPI_Irecv(static_cast<char*>(piece.receive) + at, Length(piece.nReceive - at), MPI_BYTE, ranks_[i],
-                  kTag, communicator_.get(), &requests.emplace_back());
+        MPI_Irecv(static_cast<char*>(piece.receive) + at, Length(piece.nReceive - at), MPI_BYTE, link.rank,
+                  link.receiveTag, communicator_.get(), &requests.emplace_back());
       }
       for (std::size_t at = 0; at < piece.nSend; at += kLargestMessage) {
-        MPI_Isend(static_cast<char const*>(piece.send) + at, Length(piece.nSend - at), MPI_BYTE, ranks_[i],
-                  kTag, communicator_.get(), &requests.emplace_back());
+        MPI_Isend(static_cast<char const*>(piece.send) + at, Length(piece.nSend - at), MPI_BYTE, link.rank,
+                  link.sendTag, communicator_.get(), &requests.emplace_back());
       }
     }
     MPI_Waitall(static_cast<int>(requests.size()), requests.data(), MPI_STATUSES_IGNORE);
@@ -72,7 +77,7 @@ class MpiNeighbours {
   }
 
   MpiCommunicator const& communicator_;
-  std::vector<int> ranks_;
+  std::vector<Link> links_;
 };
 
 }  // namespace reference_host

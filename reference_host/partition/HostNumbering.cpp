@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <numeric>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "reference_host/mesh/MeshError.h"
@@ -114,15 +115,13 @@ void PlaceGhostCells(MeshPart const& part, std::array<int, kFaceKinds> const& nF
   }
 }
 
-/// Numbers the halo cells after all others, by owning part, then by number in the whole mesh. So the cells of
-/// one neighbour are contiguous.
+/// Numbers the halo cells after all others, by owning part, then by number in the whole mesh and period, which
+/// is their order in the part. So the cells of one neighbour are contiguous.
 void NumberHaloCells(MeshPart const& part, HostNumbering& numbering) {
   std::vector<int> order(part.nHalo());
   std::iota(order.begin(), order.end(), 0);
-  std::sort(order.begin(), order.end(), [&part](int a, int b) {
-    if (part.haloPart[a] != part.haloPart[b]) return part.haloPart[a] < part.haloPart[b];
-    return part.globalCell[part.nOwned + a] < part.globalCell[part.nOwned + b];
-  });
+  std::stable_sort(order.begin(), order.end(),
+                   [&part](int a, int b) { return part.haloPart[a] < part.haloPart[b]; });
   numbering.nHalo = part.nHalo();
   int next = numbering.nInterior + numbering.nGhost;
   for (int const h : order) numbering.cell[part.nOwned + h] = ++next;
@@ -180,9 +179,18 @@ HostNumbering NumberPartition(MeshPart const& part) {
 }
 
 std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering const& numbering) {
-  // A neighbour needs the owned cells that share a face with one of its cells.
-  using Message =
-      std::pair<int, int>;  // (neighbour part, part cell); part cells ascend like the whole mesh's numbers
+  // A neighbour needs the owned cells that share a face with one of its cells, once for each period: what is
+  // beyond period k here has this side beyond period -k. A part may be its own neighbour. Both sides order
+  // the cells by their numbers in the whole mesh, as part cells are, and by the period of the receiver.
+  struct Message {
+    int neighbourPart, cell, period;
+    bool operator<(Message const& b) const {
+      return std::tie(neighbourPart, cell, period) < std::tie(b.neighbourPart, b.cell, b.period);
+    }
+    bool operator==(Message const& b) const {
+      return neighbourPart == b.neighbourPart && cell == b.cell && period == b.period;
+    }
+  };
   std::vector<Message> sent, received;
   for (std::size_t f = 0; f < part.owner.size(); ++f) {
     if (numbering.kind[f] != FaceKind::Partition) continue;
@@ -190,8 +198,9 @@ std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering
     int const owned = ownerIsOwned ? part.owner[f] : part.neighbour[f];
     int const halo = ownerIsOwned ? part.neighbour[f] : part.owner[f];
     int const neighbourPart = part.haloPart[halo - part.nOwned];
-    sent.emplace_back(neighbourPart, owned);
-    received.emplace_back(neighbourPart, halo);
+    int const period = part.haloPeriod[halo - part.nOwned];
+    sent.push_back({neighbourPart, owned, -period});
+    received.push_back({neighbourPart, halo, period});
   }
   std::vector<ExchangeList> lists;
   auto const addSorted = [&lists, &numbering](std::vector<Message>& messages,
@@ -199,10 +208,10 @@ std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering
     std::sort(messages.begin(), messages.end());
     messages.erase(std::unique(messages.begin(), messages.end()), messages.end());
     std::size_t list = 0;
-    for (auto const& [neighbourPart, cell] : messages) {
-      while (list < lists.size() && lists[list].part < neighbourPart) ++list;
-      if (list == lists.size()) lists.push_back({neighbourPart, {}, {}});
-      (lists[list].*cells).push_back(numbering.cell[cell]);
+    for (Message const& message : messages) {
+      while (list < lists.size() && lists[list].part < message.neighbourPart) ++list;
+      if (list == lists.size()) lists.push_back({message.neighbourPart, {}, {}});
+      (lists[list].*cells).push_back(numbering.cell[message.cell]);
     }
   };
   addSorted(sent, &ExchangeList::send);

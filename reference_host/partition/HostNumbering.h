@@ -51,8 +51,8 @@ struct HostNumbering {
 /// @throws MeshError  a boundary face without patch or group, or more cells or faces than an int can count
 HostNumbering NumberPartition(MeshPart const& part);
 
-/// The cells to send and to receive, in host numbers, ascending by neighbour part. Cells ascend by their
-/// numbers in the whole mesh, which both sides know.
+/// The cells to send and to receive, in host numbers, ascending by neighbour part, which is this one for cells
+/// beyond a period of it. Cells ascend by their numbers in the whole mesh and periods, which both sides know.
 std::vector<ExchangeList> BuildExchangeLists(MeshPart const& part, HostNumbering const& numbering);
 
 }  // namespace reference_host

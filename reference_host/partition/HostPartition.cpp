@@ -47,6 +47,24 @@ void LendFaces(FaceKind kind, OwnedFaceGroup& group, CZYN3DFiniteVolumeMesh& mes
   mesh.*members.type = group.type.data();
 }
 
+/// Moves the centres of cells beyond a period from the places of their owners.
+void ShiftHaloCentres(HostTables& tables) {
+  if (tables.shifts.empty()) return;
+  int c = tables.nInterior + tables.nGhost;
+  tables.ownerCentre.clear();
+  for (int h = 1; h <= tables.nHalo; ++h) {
+    tables.ownerCentre.push_back({tables.xc[c + h], tables.yc[c + h], tables.zc[c + h]});
+  }
+  for (int const period : tables.haloPeriod) {
+    ++c;
+    if (period == 0) continue;
+    Point const shift = ShiftOf(tables.shifts, period);
+    tables.xc[c] += shift[0];
+    tables.yc[c] += shift[1];
+    tables.zc[c] += shift[2];
+  }
+}
+
 }  // namespace
 
 struct HostPartition::Storage {
@@ -110,6 +128,7 @@ void HostPartition::CompleteHalo(CCommunication& communication) {
   communication.DDM_Exch(tables.xc.data());
   communication.DDM_Exch(tables.yc.data());
   communication.DDM_Exch(tables.zc.data());
+  ShiftHaloCentres(tables);
   FillWeights(tables, tables.Group(FaceKind::Partition));
 }
 
@@ -125,6 +144,13 @@ CZyn3dGV* HostPartition::globals() { return &storage_->globals; }
 int HostPartition::part() const { return storage_->part; }
 int HostPartition::nParts() const { return storage_->nParts; }
 int HostPartition::nHaloCells() const { return storage_->tables.nHalo; }
+Point HostPartition::OwnerCentre(int c) const {
+  HostTables const& tables = storage_->tables;
+  int const h = c - tables.nInterior - tables.nGhost - 1;
+  if (h >= 0 && !tables.ownerCentre.empty()) return tables.ownerCentre[h];
+  return {tables.xc[c], tables.yc[c], tables.zc[c]};
+}
+std::vector<int> const& HostPartition::haloPeriod() const { return storage_->tables.haloPeriod; }
 std::vector<ExchangeList> const& HostPartition::exchangeLists() const { return storage_->exchangeLists; }
 std::vector<std::int64_t> const& HostPartition::globalCell() const { return storage_->tables.globalCell; }
 std::vector<std::int64_t> const& HostPartition::globalNode() const { return storage_->tables.globalNode; }

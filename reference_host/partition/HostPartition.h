@@ -12,7 +12,7 @@
 namespace reference_host {
 
 /// The cells exchanged between this partition and one neighbour, as 1-based cell numbers of this partition.
-/// One side sends in the order in which the other side receives.
+/// Where the mesh is periodic, the partition may be its own neighbour. One side sends in the order in which the other side receives.
 struct ExchangeList {
   int part = 0;
   std::vector<int> send;     ///< interior cells
@@ -23,7 +23,8 @@ struct ExchangeList {
 ///
 /// Cells are numbered as follows: interior cells in Cuthill-McKee order, then one ghost cell per boundary
 /// face (inlet, outlet, symmetry, wall), then halo cells. Inner faces ascend by (ijCV, ij), where ijCV is the
-/// lower number. The centre of a ghost cell is the centre of its face, so a field there is the boundary
+/// lower number. A face at which the mesh is periodic is a partition face, whose halo cell stands one period
+/// away from its owner, on any number of partitions. The centre of a ghost cell is the centre of its face, so a field there is the boundary
 /// value.
 class HostPartition {
  public:
@@ -34,7 +35,7 @@ class HostPartition {
   HostPartition(HostPartition const&) = delete;
   HostPartition& operator=(HostPartition const&) = delete;
 
-  /// Collective. Gets the centres of the halo cells from their owners and computes the weights of the
+  /// Collective. Gets the centres of the halo cells from their owners, moved where the mesh is periodic, and computes the weights of the
   /// partition faces.
   void CompleteHalo(CCommunication& communication);
 
@@ -48,6 +49,11 @@ class HostPartition {
   int part() const;
   int nParts() const;
   int nHaloCells() const;
+  /// The centre of cell c, 1..NCell, or for a cell beyond a period that of the cell whose values it has: where to
+  /// evaluate a formula, to the same bits on every partition. @pre CompleteHalo
+  Point OwnerCentre(int c) const;
+  /// [halo cell - first halo cell] beyond which period it is (MeshPart::haloPeriod); 0: at its owner's place
+  std::vector<int> const& haloPeriod() const;
   std::vector<ExchangeList> const& exchangeLists() const;  ///< ascending by neighbour part
   /// [1..NCell] 1-based number in the mesh file; 0: ghost
   std::vector<std::int64_t> const& globalCell() const;

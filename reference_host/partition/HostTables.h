@@ -42,6 +42,11 @@ struct HostTables {
   std::vector<std::int64_t> globalCell;  ///< [1..NCell]
   std::vector<std::int64_t> globalNode;  ///< [1..NNode]
   std::vector<int> patchOfGhost;         ///< [1..NCell]
+
+  std::vector<int> haloPeriod;  ///< [halo cell - first halo cell] as in the MeshPart
+  std::vector<Point> shifts;    ///< as in the MeshPart
+  /// [halo cell - first halo cell] centre of the owner; empty in a mesh without periods
+  std::vector<Point> ownerCentre;
 };
 
 /// Fills the cells of all faces, and the numbers of cells and patches in the mesh file.

@@ -239,6 +239,12 @@ void FillFaceCells(MeshPart const& part, HostNumbering const& numbering, HostTab
   for (std::size_t c = 0; c < part.globalCell.size(); ++c) {
     tables.globalCell[numbering.cell[c]] = part.globalCell[c] + 1;
   }
+  tables.shifts = part.shifts;
+  tables.haloPeriod.assign(part.haloPart.size(), 0);
+  int const firstHalo = numbering.nInterior + numbering.nGhost + 1;
+  for (int h = 0; h < part.nHalo(); ++h) {
+    tables.haloPeriod[numbering.cell[part.nOwned + h] - firstHalo] = part.haloPeriod[h];
+  }
   tables.patchOfGhost.assign(numbering.nCells() + 1, -1);
   for (FaceKind const kind : kGhostOrder) {
     for (int f = 1; f <= numbering.nFaces(kind); ++f) {

@@ -53,8 +53,13 @@ QualitySums MeasureQuality(HostPartition& partition) {
   FaceGroup const cut = PartitionFaces(*partition.partitionFaces(), mesh);
   int const firstHalo = mesh.NCell - partition.nHaloCells() + 1;
   std::vector<int> const partOfHalo = PartsOfHaloCells(partition, firstHalo);
+  // Of the two sides of a face, the lower partition counts it; in one partition, the first side of the period.
   for (int f = 1; f <= cut.count; ++f) {
-    if (partOfHalo[cut.other[f] - firstHalo] >= partition.part()) AddFace(mesh, cut, f, sums);
+    int const halo = cut.other[f] - firstHalo;
+    bool const isOwn = partOfHalo[halo] == partition.part();
+    if (partOfHalo[halo] > partition.part() || (isOwn && partition.haloPeriod()[halo] < 0)) {
+      AddFace(mesh, cut, f, sums);
+    }
   }
   return sums;
 }

@@ -29,6 +29,9 @@ run probes points "$1/tests/data/openfoam_cases/cavity" --group frontAndBack=wal
 run on_body points "$1/tests/data/openfoam_cases/cavity" --group frontAndBack=wall --field-file 0.4/p --field-file 0.4/U --body '(x-0.5)^2+(y-0.5)^2-0.04'
 run check check box:3,3,3 --group-faces inner --points points.csv
 run study study --series tet --levels 2 --method iterated,rbf
+mkdir info explain
+"$zyngrad" info "$1/tests/data/openfoam_cases/wedge" --json >info/info.json
+"$zyngrad" explain box:3,3,3 --cell 14 --json >explain/explain.json
 
 # Whole words between backticks.
 grep -o '`[^`]*`' "$page" | tr -c 'A-Za-z0-9_\n' '\n' | sort -u >told.txt

@@ -2,9 +2,9 @@
 # Fields from files that other programs wrote: scalars and vectors of OpenFOAM cases at one time and several, whole and
 # decomposed, and arrays of a CGNS file, in gradient, faces and compare-ranks.
 #   fields_test.sh ZYNGRAD_BINARY MPIRUN DATA_DIR [WRITE_CGNS_FLOW]
+write_cgns=${4:+$(realpath "$4")}
 # shellcheck source=cli_test_support.sh
 . "$(dirname "${BASH_SOURCE[0]}")/cli_test_support.sh"
-write_cgns=${4:-}
 
 cp -r "$data/openfoam_cases" cases
 flat=(--group frontAndBack=wall --group sides=wall --group lid=wall)

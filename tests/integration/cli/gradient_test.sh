@@ -127,7 +127,7 @@ for ranks in 1 2; do
   check "pyramid and tetrahedron on $ranks ranks: exit code 0" exited 0
   check "pyramid and tetrahedron on $ranks ranks: lsq exact" below "$(number pyramid-$ranks/gradient.json l2 8)" 1e-12
   run $ranks info meshes/walls
-  check "info on polyhedra on $ranks ranks" grep -q "^  wall  *wall  *10$" stdout
+  check "info on polyhedra on $ranks ranks" grep -q "^  wall  *wall  *name  *10$" stdout
 done
 check "polyhedra are written with their faces" grid_has polyhedra-1/gradient.vtu faces faceoffsets
 
@@ -176,7 +176,7 @@ check "three fields from files: a row each" [ "$(grep -c '^  vector\.[123]  *int
 for ranks in 1 2 4; do
   run $ranks info box:4,4,4
   check "info on $ranks ranks: exit code 0" exited 0
-  check "info on $ranks ranks: patches with groups" grep -q "^  wall_ymin  *wall  *16$" stdout
+  check "info on $ranks ranks: patches with groups" grep -q "^  wall_ymin  *wall  *name  *16$" stdout
   check "info on $ranks ranks: printed once" [ "$(grep -c 'skewness' stdout)" = 1 ]
 done
 

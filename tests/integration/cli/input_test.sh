@@ -79,6 +79,9 @@ wrong "unknown group" '--group "wall_ymin=door"' info box:3,3,3 --group wall_ymi
 wrong "boundary without a group" "lid" gradient meshes/polyhedra --field x
 wrong "boundary without a group, info" "lid" info meshes/polyhedra
 wrong "group of no boundary" "lid" info box:3,3,3 --group lid=wall
+wrong "default group" '--default-group "door"' info box:3,3,3 --default-group door
+wrong "groups of a missing file" '--groups "missing.txt": cannot be read' gradient box:3,3,3 --field x --groups missing.txt
+wrong "pattern of no boundary" "that matches 'lid*' (--group)" info box:3,3,3 --group 'lid*=wall'
 wrong "box without sizes" "box:" info box:
 wrong "box of no cells" "box:0,3,3" info box:0,3,3
 wrong "box of odd shape" "ball" info box:3,3,3:ball

@@ -7,6 +7,8 @@ on the console.
 Exit code 77, which CTest takes for "skipped", when there is no Chromium.
 """
 
+import html
+import json
 import os
 import re
 import shutil
@@ -108,6 +110,41 @@ def run_browser(program, folder, *arguments):
     return subprocess.run(command, capture_output=True, text=True, timeout=120, env=environment, check=False)
 
 
+# Writes into the page what a reader of a narrow screen would notice.
+PROBE = """<script>addEventListener("load", () => {
+  const root = document.documentElement, all = [...document.querySelectorAll("body *")];
+  const scrolls = e => ["auto", "scroll"].includes(getComputedStyle(e).overflowX) && e.scrollWidth > e.clientWidth;
+  const texts = [...document.querySelectorAll("svg text")].map(e => e.getBoundingClientRect().height /
+    (e.querySelector("tspan") ? 1.5 : 1));
+  const words = all.filter(e => !e.closest("svg") && e.textContent.trim()).map(e => parseFloat(getComputedStyle(e).fontSize));
+  document.title = JSON.stringify({inner: innerWidth, page: root.scrollWidth,
+    tables: document.querySelectorAll("table").length, scrolling: all.filter(e => scrolls(e) && e.querySelector("table")).length,
+    command: document.querySelector("pre").textContent, plot: Math.min(...texts.filter(h => h > 0)), text: Math.min(...words)});
+})</script>"""
+
+
+def check_narrow(program, folder, report):
+    """At 420 pixels the page does not scroll sideways, its tables do, and its text can be read. A browser window has a
+    least width, so the page is shown in a frame of 420 pixels, which says by its title what it sees."""
+    Path(folder, "narrow.html").write_text(report.read_text().replace("</head>", PROBE + "</head>"))
+    frame = Path(folder, "frame.html")
+    frame.write_text("""<!DOCTYPE html><body><iframe src="narrow.html" width="420" height="900" style="border:0"></iframe><script>
+addEventListener("load", () => setTimeout(() => {
+  document.body.dataset.seen = document.querySelector("iframe").contentDocument.title; }, 500))</script>""")
+    shown = run_browser(program, folder, "--allow-file-access-from-files", "--virtual-time-budget=5000", "--dump-dom",
+                        frame.as_uri())
+    found = re.search('data-seen="([^"]*)"', shown.stdout)
+    check("a frame of 420 pixels shows the page", bool(found), shown.stdout[-500:] + shown.stderr[-500:])
+    if not found:
+        return
+    seen = json.loads(html.unescape(found[1]))
+    check("the frame is 420 pixels wide", seen["inner"] == 420, seen)
+    check("at 420 pixels the page does not scroll sideways", seen["page"] <= 420, seen)
+    check("at 420 pixels wide tables scroll by themselves", seen["scrolling"] == seen["tables"] > 0, seen)
+    check("at 420 pixels text can be read", seen["text"] >= 12 and seen["plot"] >= 10, seen)
+    check("the command line", seen["command"].startswith("zyngrad study --series tet --levels 2"), seen)
+
+
 def main():
     program = browser()
     zyngrad = os.path.realpath(sys.argv[1])
@@ -152,6 +189,8 @@ def main():
             width, height, n = colours(shot)
             # Grid, text with smooth edges, and curves in several colours; a blank page has one.
             check("the picture shows something", (width, height) == (1300, 900) and n > 50, (width, height, n))
+
+        check_narrow(program, folder, Path(folder, "study", "report.html"))
     sys.exit(1 if failures else 0)
 
 

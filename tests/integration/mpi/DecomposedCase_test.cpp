@@ -6,6 +6,7 @@
 #include <cmath>
 #include <filesystem>
 #include <functional>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -13,9 +14,11 @@
 #include "gradient/COperatorGradient.h"
 #include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/CellGeometry.h"
+#include "reference_host/mesh/Periods.h"
 #include "reference_host/parallel/DecomposedCaseReader.h"
 #include "reference_host/parallel/MeshDistribution.h"
 #include "tests/property/meshes/PartitionedGradients.h"
+#include "tests/unit/reference_host/PeriodicMeshes.h"
 #include "tests/unit/reference_host/TestMeshes.h"
 #include "tests/unit/reference_host/openfoam/FoamTestCase.h"
 
@@ -68,6 +71,8 @@ void ExpectSamePart(MeshPart const& a, MeshPart const& b) {
   EXPECT_EQ(a.nOwned, b.nOwned);
   EXPECT_EQ(a.globalCell, b.globalCell);
   EXPECT_EQ(a.haloPart, b.haloPart);
+  EXPECT_EQ(a.haloPeriod, b.haloPeriod);
+  EXPECT_EQ(a.shifts, b.shifts);
   EXPECT_EQ(a.haloNodeStart, b.haloNodeStart);
   EXPECT_EQ(a.haloNode, b.haloNode);
   EXPECT_EQ(a.faceStart, b.faceStart);
@@ -121,6 +126,78 @@ TEST(DecomposedCase, WithAddressingGivesTheVeryPartsOfTheWholeMesh) {
       EXPECT_EQ(read.nNodes, *std::max_element(whole.mesh.faceNode.begin(), whole.mesh.faceNode.end()) + 1);
     }
   }
+}
+
+/// Meshes that continue beyond cyclic patches, in OpenFOAM's order and with joined periods.
+std::vector<WholeMesh> PeriodicWholeMeshes() {
+  std::vector<WholeMesh> meshes;
+  for (auto const& [name, mesh] : test_meshes::PeriodicMeshes()) {
+    if (mesh.nCells < 2 * RankCount()) continue;
+    meshes.push_back({name, foam_test::InFoamOrder(mesh)});
+    JoinPeriods(meshes.back().mesh);
+  }
+  return meshes;
+}
+
+TEST(DecomposedCase, WithAddressingGivesTheVeryPartsOfAPeriodicMesh) {
+  MpiCommunicator const world(MPI_COMM_WORLD);
+  for (WholeMesh const& whole : PeriodicWholeMeshes()) {
+    for (std::vector<int> const& partOfCell : Decompositions(whole.mesh)) {
+      SCOPED_TRACE(whole.name);
+      SharedFolder const folder;
+      Write(folder, whole.mesh, partOfCell, true);
+      DecomposedPart const read = ReadDecomposedCase(world, folder.File("case"));
+      ExpectSamePart(read.part, ExtractPart(whole.mesh, partOfCell, world.rank(), world.size()));
+    }
+  }
+}
+
+// Without the addressing, the first face of a period may be another one, and the shift differ in its last bit.
+TEST(DecomposedCase, WithoutAddressingGivesTheGradientsOfAPeriodicMesh) {
+  for (WholeMesh const& whole : PeriodicWholeMeshes()) {
+    if (whole.mesh.nCells < 8) continue;  // least squares needs neighbours in every direction
+    std::vector<int> const partOfCell = Decompositions(whole.mesh).back();
+    SCOPED_TRACE(whole.name);
+    SharedFolder const folder;
+    Write(folder, whole.mesh, partOfCell, false);
+    LoadedMesh mesh = Load(folder.File("case"));
+    EXPECT_EQ(mesh.summary.nPeriodicFaces,
+              std::accumulate(whole.mesh.periods.begin(), whole.mesh.periods.end(), std::int64_t{0},
+                              [](std::int64_t n, Period const& period) {
+                                return n + static_cast<std::int64_t>(period.faces.size());
+                              }));
+    std::vector<std::int64_t> wholeCell;
+    for (int rank = 0; rank < RankCount(); ++rank) {
+      for (int c = 0; c < whole.mesh.nCells; ++c) {
+        if (partOfCell[c] == rank) wholeCell.push_back(c);
+      }
+    }
+    ExpectGradientsOfWhole(mesh, whole.mesh,
+                           [&](int c) { return wholeCell[mesh.partition->globalCell()[c] - 1]; });
+  }
+}
+
+// With a group for one side, both sides are boundaries, also where the decomposition has cut them.
+TEST(DecomposedCase, GroupsMakeBoundariesOfCutCyclicPatches) {
+  MpiCommunicator const world(MPI_COMM_WORLD);
+  FaceMesh whole =
+      foam_test::InFoamOrder(test_meshes::Periodic(test_meshes::HexBox(2 * RankCount(), 3, 3), "xy"));
+  JoinPeriods(whole);
+  std::vector<int> const partOfCell = test_meshes::RandomParts(whole.nCells, RankCount());
+  SharedFolder const folder;
+  Write(folder, whole, partOfCell, true);
+  auto const makeWalls = [](std::vector<Patch>& patches, std::vector<std::int64_t> const& nFaces) {
+    for (std::size_t p = 0; p < patches.size(); ++p) {
+      if (patches[p].name != "low_x" && patches[p].name != "high_x") continue;
+      EXPECT_EQ(nFaces[p], 9);
+      patches[p].group = BoundaryGroup::Wall;
+    }
+  };
+  DecomposedPart const read = ReadDecomposedCase(world, folder.File("case"), makeWalls);
+  makeWalls(whole.patches, std::vector<std::int64_t>(whole.patches.size(), 9));
+  JoinPeriods(whole);
+  EXPECT_EQ(whole.periods.size(), 1u);
+  ExpectSamePart(read.part, ExtractPart(whole, partOfCell, world.rank(), world.size()));
 }
 
 TEST(DecomposedCase, GradientsAgreeWithThoseOfTheUndecomposedCase) {
@@ -302,14 +379,16 @@ TEST(DecomposedCase, IsRefusedWhenCutsDoNotFitTogether) {
             "patch '" + patch + "' leads to processor 99 of");
   ExpectHas(Refusal(OfLastRank(
                 [](foam_test::Piece& piece) { piece.mesh.patches.back().type = "processorCyclic"; })),
-            "cyclic patches that the decomposition has cut are not supported");
+            "needs a referPatch of type cyclic with a neighbourPatch, not ''");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) { piece.mesh.patches.front().name = "other"; })),
             "the patches differ in name, type or order from those of processor0");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) {
-              // The faces of the cut become faces of a wall.
-              std::string const name = piece.mesh.patches.back().name;
-              piece.mesh.patches.back() = {"lid", "wall", {}};
-              piece.entries.erase(name);
+              // The faces of the cut become faces of the patch before.
+              piece.entries.erase(piece.mesh.patches.back().name);
+              piece.mesh.patches.pop_back();
+              for (int& patch : piece.mesh.facePatch) {
+                patch = std::min(patch, static_cast<int>(piece.mesh.patches.size()) - 1);
+              }
             })),
             " leading back");
   ExpectHas(Refusal(OfLastRank([](foam_test::Piece& piece) {
@@ -330,6 +409,28 @@ TEST(DecomposedCase, NeedsGroupsLikeTheWholeCase) {
   Write(folder, whole, test_meshes::RunParts(whole.nCells, RankCount()), true, rename);
   ExpectHas(ErrorOnEveryRank([&] { Load(folder.File("case")); }),
             "boundary faces without a group: 'left' of type cyclic (4 faces)");
+}
+
+TEST(DecomposedCase, IsRefusedWhereCyclicPatchesDoNotFit) {
+  FaceMesh whole = foam_test::InFoamOrder(test_meshes::Periodic(test_meshes::HexBox(8, 2, 2), "x"));
+  std::vector<int> const partOfCell = test_meshes::RunParts(whole.nCells, RankCount());
+  auto const refusal = [&](std::function<void(int, foam_test::Piece&)> const& change) {
+    SharedFolder const folder;
+    Write(folder, whole, partOfCell, true, change);
+    return ErrorOnEveryRank([&] { Load(folder.File("case")); });
+  };
+  ExpectHas(refusal([](int, foam_test::Piece& piece) { piece.entries["low_x"] = "transform rotational; "; }),
+            "cyclic patch 'low_x' is rotational; only translations can be joined, --group 'low_x=wall' makes "
+            "walls");
+  ExpectHas(
+      refusal([](int, foam_test::Piece& piece) { piece.entries["low_x"] = "separationVector (2 0 0); "; }),
+      "cyclic patch 'low_x' is (1 0 0) from its partner, not (2 0 0); only translations");
+  ExpectHas(refusal([](int, foam_test::Piece& piece) {
+              for (Point& p : piece.mesh.points) {
+                if (p[0] == 1.0 && p[1] == 0.5) p[1] = 0.6;
+              }
+            }),
+            "does not lie on its counterpart in processor");
 }
 
 }  // namespace reference_host::test

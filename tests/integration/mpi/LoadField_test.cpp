@@ -102,10 +102,9 @@ std::string OpenFoamCase(std::string const& name) {
 }
 
 LoadedMesh LoadOpenFoamCase(std::string const& name) {
-  return LoadMesh(
-      MPI_COMM_WORLD, OpenFoamCase(name),
-      {{"frontAndBack", BoundaryGroup::Wall}, {"front", BoundaryGroup::Wall}, {"back", BoundaryGroup::Wall}},
-      {});
+  GroupRules rules;
+  rules.fallback = BoundaryGroup::Wall;
+  return LoadMesh(MPI_COMM_WORLD, OpenFoamCase(name), rules, {});
 }
 
 FaceValues ValuesAt(LoadedField const& field, std::string const& patch) {
@@ -306,7 +305,9 @@ TEST(LoadField, TakesTheNormalPartFromVectorsAtPlanesOfSymmetry) {
     EXPECT_EQ(nGone, 1) << name;
     ++nFound;
   }
-  if (RankCount() == 1) EXPECT_GT(nFound, 0);
+  if (RankCount() == 1) {
+    EXPECT_GT(nFound, 0);
+  }
 }
 
 // The sides of the wedge see the cell's vector turned about the axis: its radial part stays radial.

@@ -20,6 +20,7 @@
 #include "reference_host/mesh/FaceMeshBuilder.h"
 #include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/mesh/MeshError.h"
+#include "reference_host/openfoam/CollatedFile.h"
 #include "reference_host/openfoam/DecomposedCase.h"
 #include "reference_host/openfoam/FoamField.h"
 #include "tests/reliability/growth/Growth.h"
@@ -27,6 +28,7 @@
 #include "tests/unit/cli/bodies/TestSurfaces.h"
 #include "tests/unit/reference_host/MeshTestSupport.h"
 #include "tests/unit/reference_host/gmsh/GmshTestFile.h"
+#include "tests/unit/reference_host/openfoam/BinaryFoamFiles.h"
 #include "tests/unit/reference_host/openfoam/FoamTestCase.h"
 #ifdef ZYN_WITH_CGNS
 #include "tests/unit/reference_host/cgns/CgnsTestFile.h"
@@ -233,7 +235,8 @@ TEST(FoamFieldGrowth, IsLinearInTheLengthOfPatternsThatAreTooLong) {
 TEST(FoamFieldGrowth, IsLinearInNestedEntries) {
   TemporaryFolder const folder;
   ExpectLinear(20000, [&](int n) {
-    return ReadField(folder, "x { type slip; more " + Times(n, "{ a (") + Times(n, ") }") + " }", Patches(1));
+    return ReadField(folder, "x { type slip; more { a (" + Times(n, "{ a (") + Times(n, ") }") + "); } }",
+                     Patches(1));
   });
 }
 
@@ -263,6 +266,104 @@ TEST(FoamFieldGrowth, IsLinearInRepeatedValues) {
                  std::to_string(10 * n) + "{1}; }\n";
     }
     return ReadField(folder, entries, boundary);
+  });
+}
+
+// Macros of field files.
+
+TEST(FoamFieldGrowth, IsLinearInMacrosForPatches) {
+  TemporaryFolder const folder;
+  ExpectLinear(300, [&](int n) {
+    std::string entries = Entry("first");
+    for (int p = 0; p < n; ++p) {
+      std::string const number = std::to_string(p);
+      entries += "blade" + number + "side { " +
+                 (p % 2 == 0 ? "$first; } " : "type fixedValue; value $internalField; } ");
+    }
+    return ReadField(folder, entries, Patches(n));
+  });
+}
+
+// A long list that many patches take must not be read again for each.
+TEST(FoamFieldGrowth, IsLinearInMacrosForALongList) {
+  TemporaryFolder const folder;
+  ExpectLinear(300, [&](int n) {
+    PolyMeshBoundary boundary = Patches(1);
+    boundary.owner.assign(static_cast<std::size_t>(10 * n), 0);
+    std::string entries = "x { type fixedValue; list nonuniform List<scalar> " + std::to_string(10 * n) +
+                          "(" + Times(10 * n, "1.5 ") + "); value $list; }\n";
+    for (int p = 0; p < n; ++p) entries += "x" + std::to_string(p) + " { type fixedValue; value $x.list; }\n";
+    return ReadField(folder, entries, boundary);
+  });
+}
+
+// Binary, compressed and collated files.
+
+std::string BinaryField(int n) {
+  return foam_test::BinaryHeader("volScalarField") +
+         "internalField uniform 0;\nboundaryField { wall { type mixed; " +
+         "gradient nonuniform List<tensor> " +
+         foam_test::BinaryReals(std::vector<double>(9 * static_cast<std::size_t>(n), 1.5), 9) +
+         "; value nonuniform List<scalar> " +
+         foam_test::BinaryReals(std::vector<double>(static_cast<std::size_t>(n), 2.5), 1) + "; } }\n";
+}
+
+PolyMeshBoundary OnePatch(int nFaces) {
+  PolyMeshBoundary boundary;
+  boundary.owner.assign(static_cast<std::size_t>(nFaces), 0);
+  boundary.patches = {{"wall", "wall", {}}};
+  boundary.facesOfPatch = {{0, nFaces}};
+  return boundary;
+}
+
+TEST(BinaryFoamGrowth, IsLinearInValues) {
+  TemporaryFolder const folder;
+  ExpectLinear(20000, [&](int n) {
+    std::string const file = folder.Write("p", BinaryField(n));
+    return [file, boundary = OnePatch(n)] { reference_host::ReadFoamField(file, 1, boundary); };
+  });
+}
+
+TEST(BinaryFoamGrowth, IsLinearInCompressedValues) {
+  TemporaryFolder const folder;
+  ExpectLinear(20000, [&](int n) {
+    folder.Write("p.gz", foam_test::Compressed(BinaryField(n)));
+    return [file = folder.Path() + "/p", boundary = OnePatch(n)] {
+      reference_host::ReadFoamField(file, 1, boundary);
+    };
+  });
+}
+
+TEST(BinaryFoamGrowth, IsLinearInFaces) {
+  TemporaryFolder const folder;
+  ExpectLinear(500, [&](int n) {
+    FaceMesh const mesh = foam_test::InFoamOrder(Row(n, 1));
+    foam_test::WriteMesh(folder.Path(), mesh);
+    folder.Write("points", foam_test::BinaryPoints(mesh));
+    folder.Write("faces", foam_test::BinaryFaces(mesh));
+    return ReadAndCheck(folder.Path());
+  });
+}
+
+// The last rank passes over the pieces of all others.
+TEST(CollatedGrowth, IsLinearInProcessors) {
+  TemporaryFolder const folder;
+  ExpectLinear(500, [&](int n) {
+    std::vector<std::string> const pieces(static_cast<std::size_t>(n),
+                                          foam_test::Header("labelList") + "1(0)\n");
+    std::string const file = folder.Write("owner", foam_test::Collated(pieces));
+    return [file, n] { reference_host::ReadCollatedPiece(file, n - 1, n - 1); };
+  });
+}
+
+// A rank takes memory for its own piece, not for those before it, and a size is nothing before it is there.
+TEST(CollatedGrowth, IsLinearInCompressedBytes) {
+  TemporaryFolder const folder;
+  ExpectLinear(200000, [&](int n) {
+    std::string const file = folder.Write(
+        "owner.gz", foam_test::Compressed(foam_test::Collated(
+                        {foam_test::Header("labelList") + "1(0)\n", Times(n, "123 "), Times(n, "456 ")})));
+    return [file] { reference_host::ReadCollatedPiece(file, 2, 2); };
   });
 }
 

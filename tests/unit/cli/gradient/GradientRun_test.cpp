@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 #include "cli/base/TemporaryFolder.h"
@@ -94,6 +95,55 @@ TEST_F(GradientRun, GivesThoseNumbersThen) {
   for (char const* method : {"weighted", "vector"})
     EXPECT_NEAR(Run(method, {"sin(x)*y"}, "7").gradients.front().errors.interior.l2, plain, 1e-9 * plain)
         << method;
+}
+
+// A vector and two scalars: methods of three fields take the vector in one call and the scalars in another.
+TEST_F(GradientRun, GivesVectorsAndScalarsTheSameBitsWhateverTheCallsTake) {
+  auto const make = [this](std::string const& formula) {
+    TestField field = MakeTestField(TestRanks(), *mesh_.partition, Expression(formula));
+    field.gx.clear();  // as if from a file
+    return field;
+  };
+  theCase_.fields = {
+      {"p", {make("x*y")}}, {"U", {make("sin(x)*y"), make("y*z^2"), make("cos(z)+x")}}, {"T", {make("x^2")}}};
+  theCase_.exactL2.clear();
+  theCase_.weight.assign(theCase_.fields[0].component[0].value.size(), 1.0);
+  MethodResult const plain = RunMethod(TestRanks(), mesh_, Method("plain"), theCase_);
+  MethodResult const vector = RunMethod(TestRanks(), mesh_, Method("vector"), theCase_);
+  ASSERT_EQ(5U, plain.gradients.size());
+  ASSERT_EQ(5U, vector.gradients.size());
+  std::vector<std::string> const names = {"p", "U.x", "U.y", "U.z", "T"};
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    EXPECT_EQ(names[k], plain.gradients[k].fieldName);
+    EXPECT_EQ(names[k], vector.gradients[k].fieldName);
+    GradientArrays const& a = plain.gradients[k].gradient;
+    GradientArrays const& b = vector.gradients[k].gradient;
+    EXPECT_EQ(a.x, b.x) << names[k];
+    EXPECT_EQ(a.y, b.y) << names[k];
+    EXPECT_EQ(a.z, b.z) << names[k];
+  }
+}
+
+TEST_F(GradientRun, GivesALaterTimeTheBitsOfARunOfItsOwn) {
+  TestField const first = MakeTestField(TestRanks(), *mesh_.partition, Expression("x*y")),
+                  second = MakeTestField(TestRanks(), *mesh_.partition, Expression("sin(3*x)*z"));
+  theCase_.exactL2 = {1.0};
+  theCase_.weight.assign(first.value.size(), 1.0);
+  mesh_.partition->SetBaseFileName(
+      WriteSettingsText(folder_.path() + "/settings.rbf", SettingsFileText(theCase_.radialBasis)));
+  for (GradientMethod const& method : GradientMethods()) {
+    theCase_.fields = {{"", {second}}};
+    MethodResult const alone = RunMethod(TestRanks(), mesh_, method, theCase_);
+    MethodRun run(TestRanks(), mesh_, method, theCase_);
+    theCase_.fields = {{"", {first}}};
+    run.Apply(theCase_);
+    theCase_.fields = {{"", {second}}};
+    MethodResult const later = run.Apply(theCase_);
+    EXPECT_EQ(alone.gradients[0].gradient.x, later.gradients[0].gradient.x) << method.name;
+    EXPECT_EQ(alone.gradients[0].gradient.z, later.gradients[0].gradient.z) << method.name;
+    EXPECT_TRUE(std::isnan(later.times.first)) << "the first call was at another time";
+    EXPECT_GT(later.times.later, 0.0);
+  }
 }
 
 }  // namespace

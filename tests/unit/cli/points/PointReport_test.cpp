@@ -81,7 +81,7 @@ TEST(PointFiles, HoldOneRowAPointBehindWhatItCameWith) {
 }
 
 /// A triangle in the plane z = 0 and a fourth point, with a scalar and a vector at two times.
-PointResults Surface() {
+PointResults OnTriangle() {
   PointResults results;
   results.points = {{0, 2, 0, 5}, {0, 0, 1, 5}, {0, 0, 0, 0}, "x,y,z", {"0,0,0", "2,0,0", "0,1,0", "5,5,0"},
                     {{0, 1, 2}}};
@@ -104,7 +104,7 @@ PointResults Surface() {
 
 TEST(PointFiles, HoldFieldsOfFilesByNameAndTheTimesOfAPointOneAfterTheOther) {
   TemporaryFolder const folder;
-  WritePointCsv(folder.path() + "/points.csv", Surface());
+  WritePointCsv(folder.path() + "/points.csv", OnTriangle());
   std::string const csv = ReadAll(folder.path() + "/points.csv");
   EXPECT_EQ(
       0U,
@@ -119,7 +119,7 @@ TEST(PointFiles, HoldFieldsOfFilesByNameAndTheTimesOfAPointOneAfterTheOther) {
 
 TEST(PointFiles, HoldTrianglesWithMeansAndSlopesAlongTheNormal) {
   TemporaryFolder const folder;
-  WritePointVtp(folder.path() + "/points.vtp", Surface(), 1);
+  WritePointVtp(folder.path() + "/points.vtp", OnTriangle(), 1);
   std::string const content = ReadAll(folder.path() + "/points.vtp");
   EXPECT_TRUE(Has(content, "NumberOfVerts=\"0\"") && Has(content, "NumberOfPolys=\"1\""));
   EXPECT_EQ((std::vector<std::int64_t>{0, 1, 2}), ArrayOf<std::int64_t>(content, "connectivity"));
@@ -131,11 +131,11 @@ TEST(PointFiles, HoldTrianglesWithMeansAndSlopesAlongTheNormal) {
 
 TEST(PointReport, AddsUpTheSurfaceAndGivesRangesOfFields) {
   std::ostringstream out;
-  PrintPointResults(out, Surface());
+  PrintPointResults(out, OnTriangle());
   EXPECT_TRUE(Has(out.str(), "4 points by search method 2 (the default)")) << out.str();
   EXPECT_TRUE(Has(out.str(), "outside: 1 point outside the mesh")) << out.str();
   EXPECT_TRUE(Has(out.str(), "surface of 1 triangles, area 1.000e+00, open at 3 edges")) << out.str();
-  auto const json = PointResultsAsJson(Surface());
+  auto const json = PointResultsAsJson(OnTriangle());
   EXPECT_EQ("U_y", json["fields"][2]["name"]);
   EXPECT_EQ(1.0, json["fields"][2]["min"]);
   EXPECT_EQ(16.0, json["fields"][2]["max"]);
@@ -145,12 +145,12 @@ TEST(PointReport, AddsUpTheSurfaceAndGivesRangesOfFields) {
   EXPECT_EQ(3.0, json["surface"]["integrals"][0]["value"]);
   EXPECT_EQ((std::vector<double>{0, 0, 3}), json["surface"]["integrals"][0]["valueNormal"]);
   EXPECT_EQ(2.0, json["surface"]["integrals"][0]["slope"]);
-  EXPECT_EQ(0, NotFinitePoints(Surface()));
+  EXPECT_EQ(0, NotFinitePoints(OnTriangle()));
   EXPECT_FALSE(json.contains("value"));
 }
 
 TEST(PointReport, WarnsOfFlatCellsWithTheOptionThatHelps) {
-  PointResults results = Surface();
+  PointResults results = OnTriangle();
   EXPECT_EQ("", FlatCellWarning(results));
   results.aspectRatios = {1.9, 2.5, 2.1, 0.0};
   EXPECT_EQ(0U, FlatCellWarning(results).find(

@@ -10,8 +10,10 @@
 #include <utility>
 #include <vector>
 
+#include "reference_host/mesh/BoundaryGroups.h"
 #include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/Periods.h"
 #include "tests/unit/reference_host/MeshTestSupport.h"
 #include "tests/unit/reference_host/gmsh/GmshTestFile.h"
 
@@ -19,6 +21,7 @@ namespace {
 
 using reference_host::CheckMesh;
 using reference_host::FaceMesh;
+using reference_host::JoinPeriods;
 using reference_host::ReadGmsh;
 
 std::vector<std::pair<std::string, bool>> const kVariants = {
@@ -157,8 +160,9 @@ TEST(GmshReader, FindsNodesWithHugeGapsBetweenTheirTags) {
 }
 
 TEST(GmshReader, PassesOverSectionsOfNoInterest) {
-  std::string const text = WriteGmsh(MixedMesh(), "4.1", false) +
-                           "$Periodic\n1\n2 1 2\n$EndPeriodic\n$NodeData\n1\n\"$Nodes\"\n$EndNodeData\n";
+  std::string const text =
+      WriteGmsh(MixedMesh(), "4.1", false) +
+      "$Parametrizations\n1\n2 1 2\n$EndParametrizations\n$NodeData\n1\n\"$Nodes\"\n$EndNodeData\n";
   ExpectSameMesh(ReadText(text), Read(MixedMesh()));
 }
 
@@ -202,10 +206,113 @@ TEST(GmshReader, RefusesOtherElementTypesByNumber) {
   ExpectContains(Refusal(WriteGmsh(mesh, "2.2", true)), "element 1 is of type -1");
 }
 
-TEST(GmshReader, RefusesPartitionedFiles) {
-  std::string const text = Replaced(WriteGmsh(MixedMesh(), "4.1", false), "$Nodes\n",
-                                    "$PartitionedEntities\n3\n0\n$EndPartitionedEntities\n$Nodes\n");
-  ExpectContains(Refusal(text), "the mesh is partitioned");
+/// The meshes that Gmsh wrote, see the folder's README.md.
+FaceMesh ReadData(std::string const& name) {
+  FaceMesh const mesh = ReadGmsh(ZYN_TEST_DATA "/gmsh/" + name);
+  CheckMesh(mesh);
+  return mesh;
+}
+
+/// The centres of the cells in ascending order, without their last digits, which depend on the order of the faces.
+std::vector<reference_host::Point> Centres(FaceMesh const& mesh) {
+  std::vector<reference_host::Point> centres = reference_host::ComputeCellGeometry(mesh, mesh.nCells).centre;
+  for (reference_host::Point& centre : centres) {
+    for (double& x : centre) x = std::round(1e9 * x);
+  }
+  std::sort(centres.begin(), centres.end());
+  return centres;
+}
+
+TEST(GmshReader, ReadsPartitionedFilesAsAWhole) {
+  FaceMesh const whole = ReadData("box_41.msh");
+  for (char const* const name :
+       {"box_parts_41.msh", "box_parts_41_binary.msh", "box_ghosts_41.msh", "box_parts_22.msh"}) {
+    SCOPED_TRACE(name);
+    FaceMesh const parts = ReadData(name);
+    EXPECT_EQ(parts.nCells, whole.nCells);
+    EXPECT_EQ(parts.points.size(), whole.points.size());
+    for (char const* const patch : {"left", "right", "sides", "walls"}) {
+      EXPECT_EQ(FacesInPatch(parts, patch), FacesInPatch(whole, patch)) << patch;
+    }
+    EXPECT_EQ(FacesInPatch(parts, "unnamed"), -1);
+    EXPECT_EQ(Centres(parts), Centres(whole));
+  }
+}
+
+TEST(GmshReader, RefusesSingleFilesOfAMeshInSeveral) {
+  ExpectContains(MeshErrorOf([] { ReadData("box_split_41_1.msh"); }),
+                 "box_split_41_1.msh: only partition 1 of 2 is in this file; save the mesh in one file");
+  ExpectContains(MeshErrorOf([] { ReadData("box_split_22_2.msh"); }),
+                 "box_split_22_2.msh: only partition 2 is in this file; save the mesh in one file");
+}
+
+TEST(GmshReader, RefusesDamagedPartitionedEntities) {
+  auto const refusal = [](std::string const& section) {
+    return Refusal(Replaced(WriteGmsh(MixedMesh(), "4.1", false), "$Nodes\n",
+                            "$PartitionedEntities\n" + section + "$EndPartitionedEntities\n$Nodes\n"));
+  };
+  ExpectContains(refusal("3\n0\n"), "a number of entities expected instead of '$EndPartitionedEntities'");
+  ExpectContains(refusal("3\n99999999999\n"), "ghost entities, more than the rest of it can hold");
+  ExpectContains(refusal("3\n0\n0 0 99999999 0\n"),
+                 "geometric entities of partitions, more than the rest of it can hold");
+  ExpectContains(refusal("3\n0\n0 0 1 0\n5 2 1 99999999\n"), "partitions of an entity, more than");
+}
+
+TEST(GmshReader, PairsTheFacesOfPeriodicSurfaces) {
+  for (char const* const name : {"box_41.msh", "box_22.msh", "box_41_binary.msh", "box_22_binary.msh",
+                                 "box_parts_41.msh", "box_parts_41_binary.msh", "box_parts_22.msh"}) {
+    SCOPED_TRACE(name);
+    FaceMesh mesh = ReadData(name);
+    ASSERT_EQ(mesh.patches.size(), 4u);  // left, right, sides, walls
+    EXPECT_EQ(mesh.patches[0].partners, std::vector<int>{1});
+    EXPECT_EQ(mesh.patches[1].partners, std::vector<int>{0});
+    EXPECT_EQ(mesh.patches[2].partners, std::vector<int>{2});  // both sides of one physical surface
+    EXPECT_EQ(mesh.patches[3].partners, std::vector<int>{});
+    JoinPeriods(mesh);
+    ASSERT_EQ(mesh.periods.size(), 2u);
+    EXPECT_EQ(mesh.periods[0].shift, (reference_host::Point{2.0, 0.0, 0.0}));
+    EXPECT_EQ(mesh.periods[1].shift, (reference_host::Point{0.0, 1.0, 0.0}));
+    EXPECT_EQ(static_cast<int>(mesh.periods[0].faces.size()), FacesInPatch(mesh, "left"));
+    EXPECT_EQ(2 * static_cast<int>(mesh.periods[1].faces.size()), FacesInPatch(mesh, "sides"));
+  }
+}
+
+TEST(GmshReader, LeavesPeriodicSurfacesWithAGroupAsBoundaries) {
+  FaceMesh mesh = ReadData("named_41.msh");
+  EXPECT_EQ(mesh.patches[0].partners, std::vector<int>{1});
+  for (reference_host::Patch& patch : mesh.patches) {
+    patch.group = reference_host::GroupByName(patch.name, patch.type);
+  }
+  JoinPeriods(mesh);
+  EXPECT_TRUE(mesh.periods.empty());
+}
+
+TEST(GmshReader, PeriodsByARotationAreRefused) {
+  ExpectContains(
+      MeshErrorOf([] {
+        FaceMesh mesh = ReadData("sector_41.msh");
+        JoinPeriods(mesh, "sector");
+      }),
+      "in 'second' is rotational; only translations can be joined, --group 'first=wall' makes walls");
+}
+
+TEST(GmshReader, RefusesDamagedPeriodicSections) {
+  std::string const text = WriteGmsh(MixedMesh(), "4.1", false);
+  auto const refusal4 = [&](std::string const& section) {
+    return Refusal(text + "$Periodic\n" + section + "$EndPeriodic\n");
+  };
+  ExpectContains(refusal4("1\n2 1 2\n"), "the size of a transformation expected");
+  ExpectContains(refusal4("99999\n"), "periodic entities, more than the rest of it can hold");
+  ExpectContains(refusal4("1\n2 1 2\n999\n"), "numbers of a transformation, more than");
+  ExpectContains(refusal4("1\n2 1 2\n0\n999\n"), "periodic nodes, more than");
+  auto const refusal2 = [](std::string const& section) {
+    return Refusal(WriteGmsh(MixedMesh(), "2.2", false) + "$Periodic\n" + section + "$EndPeriodic\n");
+  };
+  ExpectContains(refusal2("1\n2 1 2\nAffine 1 0\n"), "a transformation expected instead of '$EndPeriodic'");
+  ExpectContains(refusal2("1\n2 1 2\n999\n"), "the number of periodic nodes is 999, more than");
+  // Nodes that the mesh does not have, and a surface that is its own master.
+  FaceMesh const mesh = ReadText(text + "$Periodic\n1\n2 1 1\n0\n2\n998 999\n1 1\n$EndPeriodic\n");
+  EXPECT_TRUE(mesh.periods.empty());
 }
 
 TEST(GmshReader, RefusesTheByteOrderOfOtherMachines) {

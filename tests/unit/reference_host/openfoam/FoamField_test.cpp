@@ -186,6 +186,15 @@ TEST(FoamField, PutsVectorsAndTheirComponentsIn) {
   EXPECT_EQ((Numbers{4, 0, 4}), valueOf("uniform ($u 0 $u)"));
 }
 
+TEST(FoamField, PassesOverTheCodeOfAPatch) {
+  FoamField const field =
+      Read(WithEntries("",
+                       "inlet { type codedFixedValue; code #{ if (a < b) { c = \"}\"; } #};\n"
+                       "codeOptions #{ -I$(LIB) #}; value uniform 2; }\n"));
+  EXPECT_EQ((Numbers{2, 2, 2}), field.patch[0]);
+  EXPECT_EQ(":12: '{' is not closed by '#}'", Refusal(WithEntries("", "inlet { code #{ a; }; }\n")));
+}
+
 TEST(FoamField, RefusesMacrosThatStandForNothing) {
   auto const refusal = [](std::string const& entries, std::string const& value) {
     return Refusal(WithEntries(entries, "inlet { type fixedValue; value " + value + "; }\n"));

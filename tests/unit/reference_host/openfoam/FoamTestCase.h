@@ -9,6 +9,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "reference_host/mesh/FaceMesh.h"
@@ -18,6 +19,7 @@ namespace foam_test {
 
 using reference_host::FaceMesh;
 using reference_host::Patch;
+using reference_host::Period;
 using reference_host::Point;
 
 inline std::string Header(std::string const& className) {
@@ -39,12 +41,20 @@ std::string ListText(std::vector<Item> const& items) {
   return text.str();
 }
 
-/// The mesh with its faces in the order of OpenFOAM: inner faces first, then those of each patch.
+/// The mesh with its faces in the order of OpenFOAM: inner faces first, then those of each patch, and those of a
+/// cyclic patch like their partners.
 inline FaceMesh InFoamOrder(FaceMesh const& mesh) {
   std::vector<int> order;
   for (int f = 0; f < mesh.nFaces(); ++f) order.push_back(f);
-  std::stable_sort(order.begin(), order.end(),
-                   [&mesh](int a, int b) { return mesh.facePatch[a] < mesh.facePatch[b]; });
+  std::vector<std::size_t> pair(order.size(), 0);
+  for (Period const& period : mesh.periods) {
+    for (std::size_t i = 0; i < period.faces.size(); ++i) {
+      pair[period.faces[i].first] = pair[period.faces[i].second] = i;
+    }
+  }
+  std::stable_sort(order.begin(), order.end(), [&](int a, int b) {
+    return std::pair(mesh.facePatch[a], pair[a]) < std::pair(mesh.facePatch[b], pair[b]);
+  });
   FaceMesh sorted;
   sorted.points = mesh.points;
   sorted.patches = mesh.patches;
@@ -61,6 +71,12 @@ inline FaceMesh InFoamOrder(FaceMesh const& mesh) {
     sorted.owner.push_back(mesh.owner[f]);
     sorted.neighbour.push_back(mesh.neighbour[f]);
     sorted.facePatch.push_back(mesh.facePatch[f]);
+  }
+  std::vector<int> newNumber(order.size());
+  for (std::size_t i = 0; i < order.size(); ++i) newNumber[order[i]] = static_cast<int>(i);
+  sorted.periods = mesh.periods;
+  for (Period& period : sorted.periods) {
+    for (auto& [face, partner] : period.faces) face = newNumber[face], partner = newNumber[partner];
   }
   return sorted;
 }
@@ -89,8 +105,12 @@ inline void WriteMesh(std::string const& polyMesh, FaceMesh const& mesh, PatchEn
   for (std::size_t p = 0; p < mesh.patches.size(); ++p) {
     auto const n = std::count(mesh.facePatch.begin(), mesh.facePatch.end(), static_cast<int>(p));
     auto const more = entries.find(mesh.patches[p].name);
+    std::string const partner =
+        mesh.patches[p].partners.empty()
+            ? ""
+            : "neighbourPatch " + mesh.patches[mesh.patches[p].partners[0]].name + "; ";
     patches.push_back(mesh.patches[p].name + " { type " + mesh.patches[p].type + "; nFaces " +
-                      std::to_string(n) + "; startFace " + std::to_string(start) + "; " +
+                      std::to_string(n) + "; startFace " + std::to_string(start) + "; " + partner +
                       (more == entries.end() ? "" : more->second) + "}");
     start += n;
   }
@@ -109,8 +129,20 @@ struct Piece {
   std::vector<int> face;         ///< number in the whole mesh + 1; negative: reversed
 };
 
+/// By face of the whole mesh: the part beyond the period; -1: there is none.
+inline std::vector<int> PartsBeyondPeriods(FaceMesh const& whole, std::vector<int> const& partOfCell) {
+  std::vector<int> beyond(whole.owner.size(), -1);
+  for (Period const& period : whole.periods) {
+    for (auto const& [face, partner] : period.faces) {
+      beyond[face] = partOfCell[whole.owner[partner]];
+      beyond[partner] = partOfCell[whole.owner[face]];
+    }
+  }
+  return beyond;
+}
+
 /// Cuts a piece out. Cells, points, inner faces and faces of patches keep the order of the whole mesh; the
-/// faces shared with each other processor follow, pointing outwards.
+/// faces shared with each other processor follow, pointing outwards, then those shared through cyclic patches.
 inline Piece MakePiece(FaceMesh const& whole, std::vector<int> const& partOfCell, int part, int nParts) {
   Piece piece;
   std::vector<int> localCell(static_cast<std::size_t>(whole.nCells), -1);
@@ -140,8 +172,10 @@ inline Piece MakePiece(FaceMesh const& whole, std::vector<int> const& partOfCell
     int const owner = local(whole.owner[f]), neighbour = local(whole.neighbour[f]);
     if (owner >= 0 && neighbour >= 0) add(f, owner, neighbour, -1, false);
   }
+  std::vector<int> const beyond = PartsBeyondPeriods(whole, partOfCell);
   for (int f = 0; f < whole.nFaces(); ++f) {
-    if (whole.neighbour[f] < 0 && local(whole.owner[f]) >= 0)
+    bool const isCut = beyond[f] >= 0 && beyond[f] != part;
+    if (whole.neighbour[f] < 0 && local(whole.owner[f]) >= 0 && !isCut)
       add(f, local(whole.owner[f]), -1, whole.facePatch[f], false);
   }
   for (int other = 0; other < nParts; ++other) {
@@ -157,6 +191,21 @@ inline Piece MakePiece(FaceMesh const& whole, std::vector<int> const& partOfCell
     mesh.patches.push_back({name, "processor", {}});
     piece.entries[name] =
         "myProcNo " + std::to_string(part) + "; neighbProcNo " + std::to_string(other) + "; ";
+  }
+  for (int other = 0; other < nParts; ++other) {
+    for (std::size_t p = 0; p < whole.patches.size(); ++p) {
+      int const patch = static_cast<int>(mesh.patches.size());
+      for (int f = 0; f < whole.nFaces(); ++f) {
+        bool const isThere = other != part && beyond[f] == other && whole.facePatch[f] == static_cast<int>(p);
+        if (isThere && local(whole.owner[f]) >= 0) add(f, local(whole.owner[f]), -1, patch, false);
+      }
+      if (mesh.facePatch.empty() || mesh.facePatch.back() != patch) continue;  // no such cut
+      std::string const ranks = std::to_string(part) + "to" + std::to_string(other);
+      std::string const name = "procBoundary" + ranks + "through" + whole.patches[p].name;
+      mesh.patches.push_back({name, "processorCyclic", {}});
+      piece.entries[name] = "myProcNo " + std::to_string(part) + "; neighbProcNo " + std::to_string(other) +
+                            "; referPatch " + whole.patches[p].name + "; ";
+    }
   }
   for (std::size_t n = 0; n < localPoint.size(); ++n) {
     if (localPoint[n] < 0) continue;

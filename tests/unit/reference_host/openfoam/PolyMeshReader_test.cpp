@@ -9,16 +9,19 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/MeshCheck.h"
+#include "reference_host/mesh/Periods.h"
 #include "tests/unit/reference_host/MeshTestSupport.h"
 
 namespace {
 
 using reference_host::CheckMesh;
 using reference_host::FaceMesh;
+using reference_host::JoinPeriods;
 using reference_host::ReadPolyMesh;
 
 using Files = std::map<std::string, std::string>;  // content by name
@@ -304,6 +307,63 @@ TEST(PolyMeshReader, ListsTheCellsOfTheBoundaryByPatch) {
   EXPECT_EQ(2, boundary.facesOfPatch[2].first);
   EXPECT_EQ(2, boundary.facesOfPatch[2].count);
   EXPECT_EQ("wall", boundary.patches[2].name);
+}
+
+/// The hexagon column with these entries of the boundary's first two patches, outlet and bottom(1).
+Files WithCyclic(std::string const& ofOutlet, std::string const& ofBottom) {
+  Files files = With("boundary", "type patch;", "type cyclic; " + ofOutlet);
+  std::string& boundary = files["boundary"];
+  boundary.replace(boundary.find("type wall;"), 10, "type cyclic; " + ofBottom);
+  return files;
+}
+
+TEST(PolyMeshReader, PairsCyclicPatches) {
+  for (auto const& [ofOutlet, ofBottom] : {std::pair("neighbourPatch bottom(1);", "neighbourPatch outlet;"),
+                                           std::pair("neighbourPatch \"bottom(1)\"; transform translational; "
+                                                     "separationVector (0 0 -2); matchTolerance 0.01;",
+                                                     "neighbourPatch outlet; transform noOrdering;"),
+                                           std::pair("coupleGroup ends;", "coupleGroup ends;")}) {
+    SCOPED_TRACE(ofOutlet);
+    FaceMesh mesh = Read(WithCyclic(ofOutlet, ofBottom));
+    EXPECT_EQ(mesh.patches[0].partners, std::vector<int>{1});
+    EXPECT_EQ(mesh.patches[1].partners, std::vector<int>{0});
+    EXPECT_TRUE(mesh.patches[2].partners.empty());
+    JoinPeriods(mesh);
+    ASSERT_EQ(mesh.periods.size(), 1U);
+    EXPECT_EQ(mesh.periods[0].shift, (reference_host::Point{0.0, 0.0, -2.0}));
+    EXPECT_EQ(mesh.periods[0].faces, (std::vector<std::pair<int, int>>{{1, 2}}));
+  }
+}
+
+TEST(PolyMeshReader, LeavesCyclicPatchesWithoutAPartnerAlone) {
+  FaceMesh const mesh = Read(With("boundary", "type patch;", "type cyclicAMI; neighbourPatch bottom(1);"));
+  EXPECT_TRUE(mesh.patches[0].partners.empty());
+  EXPECT_TRUE(mesh.periods.empty());
+}
+
+TEST(PolyMeshReader, RefusesCyclicPatchesThatDoNotNameEachOther) {
+  ExpectContains(
+      Refusal(WithCyclic("neighbourPatch inlet;", "neighbourPatch outlet;")),
+      "boundary: patch 'outlet' of type cyclic needs another cyclic patch 'inlet' that names it in turn");
+  ExpectContains(Refusal(WithCyclic("neighbourPatch sides;", "neighbourPatch outlet;")),
+                 "needs another cyclic patch 'sides' that names it in turn");
+  ExpectContains(
+      Refusal(WithCyclic("neighbourPatch bottom(1);", "neighbourPatch bottom(1);")),
+      "patch 'outlet' of type cyclic needs another cyclic patch 'bottom(1)' that names it in turn");
+  ExpectContains(Refusal(WithCyclic("coupleGroup a;", "coupleGroup b;")),
+                 "patch 'outlet' of type cyclic needs another cyclic patch of the coupleGroup 'a'");
+  ExpectContains(
+      Refusal(WithCyclic("neighbourPatch bottom(1); separationVector (0 0);", "neighbourPatch outlet;")),
+      "a component of separationVector expected instead of ");
+}
+
+TEST(PolyMeshReader, RotationalPatchesAreRefusedWhenTheyAreJoined) {
+  FaceMesh mesh =
+      Read(WithCyclic("neighbourPatch bottom(1); transform rotational;", "neighbourPatch outlet;"));
+  EXPECT_EQ(MeshErrorOf([&mesh] { JoinPeriods(mesh); }),
+            "cyclic patch 'outlet' is rotational; only translations can be joined, --group 'outlet=wall' "
+            "makes walls of "
+            "both sides");
 }
 
 }  // namespace

@@ -149,7 +149,7 @@ TEST(FoamStorage, RefusesFoldersThatDoNotMakeACase) {
   EXPECT_EQ(": no folder has the pieces of processor 2 of 4 (processorsN_A-B)",
             refusal({"processors4_0-1", "processors4_3-3"}));
   EXPECT_EQ(": no folder has the pieces of processor 0 of 4 (processorsN_A-B)", refusal({"processors4_1-3"}));
-  EXPECT_EQ(": folders for 4 and for 2 processors (processorsN); remove those of one of them",
+  EXPECT_EQ(": folders for 2 and for 4 processors (processorsN); remove those of one of them",
             refusal({"processors4", "processors2"}));
   EXPECT_EQ(": no processor folders", refusal({"constant"}));
 }
@@ -209,13 +209,13 @@ TEST(CollatedFile, RefusesSizesThatTheFileCannotHold) {
     return RefusalIn(folder, [&] { ReadCollatedPiece(file, piece, piece); });
   };
   std::string const first = "owner: offset " + std::to_string(header.size()) + ": ";
-  EXPECT_EQ(first + "the size of a processor's piece, 100 bytes, is not in 0 to 9, the rest of the file",
+  EXPECT_EQ(first + "the size of a processor's piece, 100 bytes, is not in 0 to 10, the rest of the file",
             refusal("100\n(123)", 0));
   EXPECT_EQ(first +
-                "the size of a processor's piece, 9000000000000000000 bytes, is not in 0 to 26, the rest of "
+                "the size of a processor's piece, 9000000000000000000 bytes, is not in 0 to 28, the rest of "
                 "the file",
             refusal("9000000000000000000\n(12345)", 1));
-  EXPECT_EQ(first + "the size of a processor's piece, -1 bytes, is not in 0 to 8, the rest of the file",
+  EXPECT_EQ(first + "the size of a processor's piece, -1 bytes, is not in 0 to 9, the rest of the file",
             refusal("-1\n(123)", 1));
   EXPECT_EQ("owner: the piece of processor 0 has 6 bytes, but the file ends after 5",
             refusal("6\n(12345", 0));

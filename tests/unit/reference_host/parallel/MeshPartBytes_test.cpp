@@ -11,6 +11,9 @@ TEST(MeshPartBytes, UnpacksEveryFieldThatWasPacked) {
   part.patches[0].type = "patch";
   part.patches[1].group = BoundaryGroup::Outlet;
   part.patches[2].name = "";
+  part.patches[1].partners = {0, 2};
+  part.haloPeriod.front() = -1;
+  part.shifts = {{1.0, 2.0, 3.0}};
   MeshPart const copy = UnpackMeshPart(PackMeshPart(part));
   EXPECT_EQ(copy.part, part.part);
   EXPECT_EQ(copy.nParts, part.nParts);
@@ -19,6 +22,8 @@ TEST(MeshPartBytes, UnpacksEveryFieldThatWasPacked) {
   EXPECT_EQ(copy.nOwned, part.nOwned);
   EXPECT_EQ(copy.globalCell, part.globalCell);
   EXPECT_EQ(copy.haloPart, part.haloPart);
+  EXPECT_EQ(copy.haloPeriod, part.haloPeriod);
+  EXPECT_EQ(copy.shifts, part.shifts);
   EXPECT_EQ(copy.haloNodeStart, part.haloNodeStart);
   EXPECT_EQ(copy.haloNode, part.haloNode);
   EXPECT_EQ(copy.faceStart, part.faceStart);
@@ -31,6 +36,7 @@ TEST(MeshPartBytes, UnpacksEveryFieldThatWasPacked) {
     EXPECT_EQ(copy.patches[p].name, part.patches[p].name);
     EXPECT_EQ(copy.patches[p].type, part.patches[p].type);
     EXPECT_EQ(copy.patches[p].group, part.patches[p].group);
+    EXPECT_EQ(copy.patches[p].partners, part.patches[p].partners);
   }
 }
 
