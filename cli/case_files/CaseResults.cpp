@@ -63,7 +63,7 @@ void CaseResults::Check(std::string const& fieldSpec, std::vector<std::string> c
   ranks_.Together([&] {
     if (!WritesFiles()) return;
     Target const target = TargetOf(fieldSpec);
-    bool const isCompressed = target.source.isCompressed;
+    bool const isCompressed = target.source.format.isCompressed;
     for (std::string const& name : names)
       files_.Check(PathOf(target, name, isCompressed), PathOf(target, name, !isCompressed));
   });
@@ -115,7 +115,7 @@ void CaseResults::Write(std::string const& fieldSpec, CaseQuantity const& quanti
   ranks_.Together([&] {
     if (!WritesFiles()) return;
     Seal(text);
-    bool const isCompressed = target.source.isCompressed;
+    bool const isCompressed = target.source.format.isCompressed;
     if (isCompressed) text = reference_host::Gzipped(text);
     files_.Write(PathOf(target, field.name, isCompressed), PathOf(target, field.name, !isCompressed), text);
   });

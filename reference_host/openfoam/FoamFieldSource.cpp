@@ -49,7 +49,7 @@ std::string TakeHeader(std::string& text, std::string const& file) {
   if (text.find("FoamFile") >= end)
     throw MeshError(file + ": not an OpenFOAM file: it does not begin with FoamFile");
   std::string header = text.substr(0, end);
-  text.erase(0, end);
+  text.erase(0, end + 1);
   return header;
 }
 
@@ -87,7 +87,7 @@ FoamFieldSource DescribeFoamField(std::string const& file) {
   std::string header = TakeHeader(text, path);
   if (EntryOf(header, "class") == "decomposedBlockData") header = TakeHeader(text, path);
   FoamFieldSource source;
-  source.isCompressed = std::filesystem::path(path).extension() == ".gz";
+  source.format.isCompressed = std::filesystem::path(path).extension() == ".gz";
   source.format.isBinary = EntryOf(header, "format") == "binary";
   std::string const arch = EntryOf(header, "arch");
   source.format.labelBytes = WidthIn(arch, "label", 4);

@@ -10,7 +10,6 @@ namespace reference_host {
 /// What the beginning of a field file says, so that another field can be written in the same way.
 struct FoamFieldSource {
   FoamFormat format;
-  bool isCompressed = false;              ///< by gzip
   std::array<double, 7> dimensions = {};  ///< exponents of kg, m, s, K, mol, A, cd
 };
 

@@ -20,6 +20,8 @@ cp -r "$1/tests/data/openfoam_cases/symmetry" .
 run vector gradient symmetry --field-file U --field-file p --time all --method lsq
 run vector_faces faces symmetry --field-file U --time all --group inner
 run three gradient box:3,3,3 --method vector --field x --field y --field z
+run derived gradient box:3,3,3 --method lsq --field x*y --field y*z --field z*x --derive grad,div,curl,Q,strain
+run into_case gradient symmetry --field-file U --time latest --method lsq --derive grad,div,curl,Q,strain --write-case
 run faces faces box:3,3,3 --field x --group inner --debug-report
 run points points box:3,3,3 --field x --points points.csv
 run body points box:9,9,9 --field x --body-file "$1/tests/data/stl/torus.stl"
@@ -38,7 +40,9 @@ grep -o '`[^`]*`' "$page" | tr -c 'A-Za-z0-9_\n' '\n' | sort -u >told.txt
   grep -hvE '": "(file|cell|cellWithoutNormalPart|cellTurned)"' ./*/*.json | grep -oE '"[A-Za-z0-9]+":' | tr -d '":' | sed 's/^T$/p/'
   grep -haoE '<DataArray [^>]*Name="[^"]*"' ./*/*.vt[pu] | sed 's/.*Name="//; s/"//' |
     grep -vxE 'Points|connectivity|offsets|types|faces|faceoffsets' | sed -E 's/^gradient_(p|U|T)_[a-z]+/gradient_\1_METHOD/; s/^gradient_T_/gradient_p_/; s/^T$/p/
-      /^gradient_(error|[pU]_METHOD)$/! s/^(gradient|error)_[a-z]+/\1_METHOD/; s/_[123]$//'
+      s/^(gradient|error)_u_[a-z]+$/\1_u_METHOD/; s/^(divergence|vorticity|Q|strain_rate)_[uU]_[a-z]+$/\1_U_METHOD/
+      s/^error_[a-zQ_]+_u_[a-z]+$/error_divergence_u_METHOD/
+      /^(gradient_(error|[pUu]_METHOD)|error_(divergence_)?u_METHOD)$/! s/^(gradient|error)_[a-z]+/\1_METHOD/; s/_[123]$//'
 } | sort -u >written.txt
 for expected in l2Relative maxAt exact_gradient gradient_METHOD weight_sum gradient_error row_sum_off U_normal_derivative valueNormal; do
   grep -qx "$expected" written.txt || { echo "no run has written $expected"; exit 1; }

@@ -36,7 +36,7 @@ def run(*command, cwd):
     return done.stdout
 
 
-def complete(case, **settings):
+def complete(case):
     """Dictionaries that OpenFOAM's programs want besides those of the data; text of full precision."""
     with open(case / "system/controlDict", "a") as out:
         out.write("writeFormat ascii; writeCompression off; writePrecision 17;\n")
@@ -90,7 +90,8 @@ def expected(case, time):
 
 
 def main():
-    zyngrad, mpiexec, cases = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3]).resolve()
+    zyngrad, cases = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[3]).resolve()
+    mpiexec = sys.argv[2]
     if not all(shutil.which(program) for program in ("postProcess", "foamFormatConvert", "reconstructPar")):
         print("skipped: OpenFOAM is not installed")
         sys.exit(77)
@@ -103,7 +104,7 @@ def main():
                        "--method", "plain", "--derive", DERIVED, "--write-case", "-o", "results", *more]
             return run(*([mpiexec, "-n", ranks] if ranks > 1 else []), *command, cwd=work)
 
-        whole = {"cavity": "0.4", "channel": "0.1", "wedge": "0.02", "symmetry": "0.05"}
+        whole = {"cavity": "0.4"}
         reference = {}
         for name, time in whole.items():
             theirs = copy(cases / name, work / (name + "-theirs"))
@@ -111,7 +112,7 @@ def main():
 
         # Whole cases in all formats, on one rank and on several.
         for name, source in (("cavity", "cavity"), ("cavity_binary", "cavity"), ("cavity_gz", "cavity"),
-                             ("cavity_binary_gz", "cavity"), ("channel", "channel")):
+                             ("cavity_binary_gz", "cavity")):
             for ranks in (1, 3):
                 time = whole[source]
                 ours = copy(cases / name, work / ("%s-%d" % (name, ranks)))
@@ -124,19 +125,13 @@ def main():
 
         # Decomposed cases: reconstructPar puts the parts together.
         for name, source, ranks in (("cavity_parts", "cavity", 2), ("cavity_parts_binary_gz", "cavity", 3),
-                                    ("cavity_collated_text", "cavity", 2), ("cavity_collated", "cavity", 3),
-                                    ("channel_parts", "channel", 2), ("channel_parts_3", "channel", 3),
-                                    ("channel_collated", "channel", 3)):
+                                    ("cavity_collated_text", "cavity", 2), ("cavity_collated", "cavity", 3)):
             time = whole[source]
             ours = copy(cases / name, work / name)
             write(ours, time, ranks)
             handler = ["-fileHandler", "collated" if "collated" in name else "uncollated"]
-            # Interpolation to faces takes the values at the cuts as they are in the files.
-            run(mpiexec, "-n", ranks, "postProcess", "-parallel", *handler, "-func", "surfaceInterpolate(Q)", "-time", time,
-                cwd=ours) if False else None
             shutil.copytree(cases / source / "constant", ours / "constant", dirs_exist_ok=True)
-            run("reconstructPar", "-time", time, "-fields", "(%s)" % " ".join('"%s"' % re.escape(f) for f in WRITTEN), *handler,
-                cwd=ours)
+            run("reconstructPar", "-time", time, *handler, cwd=ours)
             for field in WRITTEN:
                 compare("%s on %d: %s" % (name, ranks, field), values(ours / time / field), reference[source][field])
 

@@ -10,11 +10,6 @@ same_files() { diff -r "$1" "$2" >stdout 2>&1; }  # folders, to the last byte
 body() {  # the content of a field file without its header
   gzip -cdf "$1" | sed '1,/^}/d'
 }
-same_bodies() {  # same_bodies FOLDER FOLDER NAME...
-  local a=$1 b=$2 name
-  shift 2
-  for name in "$@"; do cmp -s <(body "$a/$name") <(body "$b/$name") || return 1; done
-}
 names=('grad(U)' 'div(U)' vorticity Q strainRate 'grad(p)')
 
 echo "== formulas"
@@ -50,9 +45,10 @@ assert all(abs(a - b) <= 1e-12 * max(1, a) for a, b in zip(one, two)), (one, two
 END
 
 echo "== refused before anything is read"
+is_refused_with() { exited 2 && contains stderr "$1" && [ "$(wc -l <stderr)" = 1 ] && [ ! -e refused ]; }
 refused() {  # refused MESSAGE ARGUMENT...
   run 1 gradient "${@:2}" -o refused
-  check "$1" eval 'exited 2 && contains stderr "$1" && [ "$(wc -l <stderr)" = 1 ] && [ ! -e refused ]'
+  check "$1" is_refused_with "$1"
 }
 refused 'unknown quantity "vorticity": expected grad, div, curl, Q, strain' box:2,2,2 --field x --derive vorticity
 refused '--derive needs a vector: three --field, its components, or --field-file; got 1 --field' box:2,2,2 --field x --derive Q
@@ -108,10 +104,11 @@ for format in binary gz binary_gz; do
   run 1 gradient $format --field-file 0.4/Q --method plain --write-case -o out_again
   check "$format: they can be read" exited 0
 done
-check "text and compressed text have the same numbers" same_bodies cavity/0.4 gz/0.4 Q vorticity 2>/dev/null || true
+check "text and compressed text have the same numbers" eval \
+  'cmp -s <(body cavity/0.4/Q) <(body gz/0.4/Q.gz) && cmp -s <(body cavity/0.4/vorticity) <(body gz/0.4/vorticity.gz)'
 
 echo "== decomposed"
-for parts in cavity_parts:2 cavity_parts_binary_gz:3 channel_parts:2; do
+for parts in cavity_parts:2 cavity_parts_binary_gz:3; do
   name=${parts%:*} ranks=${parts#*:}
   cp -r "$cases/$name" "$name"
   run "$ranks" gradient "$name" "${fields[@]}" --method plain --derive Q,curl --write-case -o "out_$name"
@@ -138,7 +135,6 @@ for parts in cavity_collated:3 cavity_collated_text:2; do
   run "$ranks" gradient "$name" "${fields[@]}" --method plain --derive Q,curl --write-case -o "out_$name"
   check "$name" exited 0
   check "$name: one file with all pieces" [ "$(grep -ac '^// Processor' "$name/processors$ranks/0.4/vorticity")" = "$ranks" ]
-  run "$ranks" gradient "$name" --field-file 0.4/Q --method plain --write-case --derive '' -o out_piece
   run "$ranks" gradient "$name" --field-file 0.4/Q --method plain --write-case -o out_piece
   check "$name: it can be read" exited 0
 done
@@ -166,12 +162,9 @@ run 1 gradient cavity --field-file 0.4/U --method rbf --span 1e-9 --write-case -
 check "a faulty result ends with exit code 1" exited 1
 check "and is not written" contains stdout 'nothing is written into the case'
 check "the case is as it was" same_files first cavity
-(run 1 gradient cavity "${fields[@]}" --method lsq "${derived[@]}" --write-case -o out_full
- "$zyngrad" gradient cavity "${fields[@]}" --method lsq "${derived[@]}" --write-case -o out_full >/dev/full 2>stderr
- echo $? >code_full)
-check "a full standard output ends with exit code 2" [ "$(cat code_full)" = 2 ]
-rm -rf cavity && cp -r first cavity
 "$zyngrad" gradient cavity "${fields[@]}" --method lsq "${derived[@]}" --write-case -o out_full >/dev/full 2>stderr
+code=$?
+check "a full standard output ends with exit code 2" exited 2
 check "and the case is as it was" same_files first cavity
 mkdir elsewhere && cp cavity/0.4/U elsewhere/U
 run 1 gradient cavity --field-file elsewhere/U --method lsq --write-case -o out_elsewhere

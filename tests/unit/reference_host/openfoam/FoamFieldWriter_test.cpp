@@ -145,15 +145,15 @@ TEST(FoamFieldWriter, WritesWhatTheReaderReads) {
 
 TEST(FoamFieldSource, TellsHowAFileIsWritten) {
   FoamFieldSource const text = DescribeFoamField(Cases() + "cavity/0.4/p");
-  EXPECT_FALSE(text.format.isBinary || text.isCompressed);
+  EXPECT_FALSE(text.format.isBinary || text.format.isCompressed);
   EXPECT_EQ((std::array<double, 7>{0, 2, -2, 0, 0, 0, 0}), text.dimensions);
   FoamFieldSource const binary = DescribeFoamField(Cases() + "cavity_binary/0.4/U");
-  EXPECT_TRUE(binary.format.isBinary && !binary.isCompressed);
+  EXPECT_TRUE(binary.format.isBinary && !binary.format.isCompressed);
   EXPECT_EQ(4, binary.format.labelBytes);
   EXPECT_EQ(8, binary.format.scalarBytes);
   EXPECT_EQ((std::array<double, 7>{0, 1, -1, 0, 0, 0, 0}), binary.dimensions);
   FoamFieldSource const compressed = DescribeFoamField(Cases() + "cavity_binary_gz/0.4/U");
-  EXPECT_TRUE(compressed.format.isBinary && compressed.isCompressed);
+  EXPECT_TRUE(compressed.format.isBinary && compressed.format.isCompressed);
 }
 
 TEST(FoamFieldSource, ReadsTheArchitecture) {
