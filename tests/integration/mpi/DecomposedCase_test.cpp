@@ -386,8 +386,8 @@ TEST(DecomposedCase, IsRefusedWhenCutsDoNotFitTogether) {
               // The faces of the cut become faces of the patch before.
               piece.entries.erase(piece.mesh.patches.back().name);
               piece.mesh.patches.pop_back();
-              for (int& patch : piece.mesh.facePatch) {
-                patch = std::min(patch, static_cast<int>(piece.mesh.patches.size()) - 1);
+              for (int& ofFace : piece.mesh.facePatch) {
+                ofFace = std::min(ofFace, static_cast<int>(piece.mesh.patches.size()) - 1);
               }
             })),
             " leading back");

@@ -190,7 +190,7 @@ TEST(StudyReport, HasAPlotForEveryQuestion) {
 TEST(StudyReport, IsOnePageThatNeedsNothingElse) {
   StudyQuestion const question = Ask({"box:3,3,3", "box:6,6,6"}, "gradients", {"x*y", "linear"});
   std::vector<StudyLevel> const levels = Answer(question);
-  std::string const page = StudyPage("series <b>", question, levels);
+  std::string const page = StudyPage("series <b>", StudyOrigin{}, question, levels);
   EXPECT_EQ(Occurrences(page, "<svg "), StudyPlots(question, levels).size());
   EXPECT_EQ(Occurrences(page, "<table>"), StudyTables(question, levels).size());
   EXPECT_EQ(Occurrences(page, "http"),
