@@ -20,7 +20,7 @@ std::vector<double> AspectRatiosAt(Ranks const& ranks, reference_host::HostParti
 /// How much farther apart cells are in one direction than in another around an interior cell: the square root of the
 /// ratio of the largest to the smallest principal moment of the centres of the cells that share a node with it, around
 /// their mean. It is a/b for boxes of a x a x b, and near 1 for tetrahedra of any shape that fill space evenly. At the
-/// boundary of the mesh, where cells are missing on one side, it may be 1.7 times too large.
+/// boundary of the mesh, where cells are missing on one side, it may be 1.7 times too large, where two meet 2.8 times.
 /// In a mesh of one layer the direction across it does not count.
 double AspectRatioOf(reference_host::HostPartition& partition, int cell);
 

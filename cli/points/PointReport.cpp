@@ -21,9 +21,10 @@ constexpr char const* kWhyDefault =
     "third-order values and second-order gradients from the nearest cells; --search-method 3 is the "
     "library's default";
 
-// On regular hexahedra the error of values from 20 cells is 17 times that on cubes at a ratio of 2, and 23 times at 3
-// (docs/methods/points.md). Tetrahedra along a boundary measure up to 2.4 without being flat.
-constexpr double kFlatCell = 2.5, kVeryFlatCell = 3.0;
+// On regular hexahedra the error of values from 20 cells is 23 times that on cubes at a ratio of 3 (docs/methods/points.md).
+// Cells that are not flat measure up to 2.83 where two boundaries meet: regular prisms do.
+constexpr double kFlatCell = 2.9;
+constexpr int kCellsForFlatCells = 80;
 
 std::string PlaceOf(PointResults const& results, std::size_t i) {
   PointSet const& points = results.points;
@@ -288,14 +289,13 @@ std::string FlatCellWarning(PointResults const& results) {
   }
   if (nFlat == 0) return {};
   double const most = results.aspectRatios[flattest];
-  int const helpful = most < kVeryFlatCell ? 40 : 80;
-  if (results.settings.number >= helpful) return {};
+  if (results.settings.number >= kCellsForFlatCells) return {};
   return Grouped(nFlat) + (nFlat == 1 ? " point lies" : " points lie") + " where cells are " +
          Fixed(kFlatCell, 1) + " or more times as wide as thick, up to " + Fixed(most, 1) +
          " times at point " + std::to_string(flattest + 1) + ": the nearest " +
          std::to_string(results.settings.number) +
          " cells stand in a few columns there, and values lose up to two digits; --search-number " +
-         std::to_string(helpful) + " recovers most of them";
+         std::to_string(kCellsForFlatCells) + " recovers most of them";
 }
 
 char const* NameOf(PointFlag flag) {

@@ -17,6 +17,9 @@ echo "no mesh" >picture.png
 touch a-file
 printf "x,y\n1,2\n" >no-z.csv
 printf "x,y,z\n1,2,3\n4,5,six\n" >bad.csv
+printf 'solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 nan 0\n' >bad.stl
+head -c 1000 "$data/stl/torus_binary.stl" >cut.stl
+sed 's/vertex /vertex 1/' "$data/stl/torus.stl" >beside.stl
 ls -A >before
 
 wrong() {  # wrong NAME TEXT ARGS...: exit code 2, one line with TEXT, no file left; on 1 and 2 ranks
@@ -156,11 +159,8 @@ wrong "points, infinite span" '--span "inf"' points box:3,3,3 --field x --points
 wrong "points, two fields" "--field and --field-file exclude each other" points box:3,3,3 --field x --field-file p --points points.csv
 wrong "points, two bodies" "--body and --body-file exclude each other" points box:3,3,3 --field x --body x --body-file body.stl
 wrong "points, missing body" "missing.stl: no such file" points box:3,3,3 --field x --body-file missing.stl
-printf 'solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 nan 0\n' >bad.stl
 wrong "points, bad body" 'bad.stl:5: "nan" is not a finite number (y) (triangle 1)' points box:3,3,3 --field x --body-file bad.stl
-head -c 1000 "$data/stl/torus_binary.stl" >cut.stl
 wrong "points, cut body" "cut.stl: offset 80: not a binary STL file, or cut off: " points box:3,3,3 --field x --body-file cut.stl
-sed 's/vertex /vertex 1/' "$data/stl/torus.stl" >beside.stl
 wrong "points, body beside the mesh" "are both in the same unit of length?" points box:3,3,3 --field x --body-file beside.stl
 wrong "points, time without a file" "--time chooses the times of --field-file" points box:3,3,3 --field x --time latest --points points.csv
 wrong "points, its own output" "is a file that this run writes" points box:3,3,3 --field x --points points-1-1/points.csv -o points-1-1
