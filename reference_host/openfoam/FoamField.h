@@ -40,7 +40,7 @@ struct FoamField {
 /// Macros stand for values, parts of them, and patches: see FoamEntries.
 /// @param[in] nCells    of the mesh
 /// @param[in] boundary  of the mesh
-/// @throws MeshError  other classes, wrong lengths, directives such as #include, and macros for what is not there
+/// @throws MeshError  other classes, wrong lengths, directives such as include, and macros for what is not there
 FoamField ReadFoamField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary);
 
 }  // namespace reference_host
