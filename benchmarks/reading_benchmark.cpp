@@ -2,10 +2,11 @@
 // and not.
 //
 //   reading_benchmark CELLS ROUNDS FOLDER
+//   reading_benchmark write CELLS FOLDER
 //
 // Writes the files to FOLDER/reading, which must not exist, and removes it at the end: 1,000,000 cells take 700 MB.
 // Rates are those of the fastest of the rounds, in MB of unpacked files per second of the processor. Prints lines for
-// run.sh: see Report.h.
+// run.sh: see Report.h. The second form only writes the binary case, to FOLDER, which must not exist, for case_run.py.
 
 #include <zlib.h>
 
@@ -195,18 +196,33 @@ void Time(std::string const& name, FoamFormat const& format, FaceMesh const& mes
                                 std::abort();
                             }));
   }
-  std::string const table = "reading OpenFOAM files, MB/s";
+  std::string const table = "reading";
   Report(table, name, "mesh", writer.MeshBytes() / kMegabyte / meshSeconds, 0);
   Report(table, name, "field", writer.FieldBytes() / kMegabyte / fieldSeconds, 0);
   Report(table, name, "both",
          (writer.MeshBytes() + writer.FieldBytes()) / kMegabyte / (meshSeconds + fieldSeconds), 0);
 }
 
+FaceMesh MakeMesh(double nCells) {
+  return reference_host::MakeBox(reference_host::ParseBoxSpec(benchmarks::BoxText(nCells, "hex")));
+}
+
+void MakeFolder(std::string const& folder) {
+  if (!fs::create_directory(folder)) throw std::runtime_error(folder + ": is there already");
+}
+
+void WriteCase(double nCells, std::string const& folder) {
+  MakeFolder(folder);
+  FoamFormat format;
+  format.isBinary = true;
+  FaceMesh const mesh = MakeMesh(nCells);
+  CaseWriter(folder, format, mesh).Write();
+}
+
 void Run(double nCells, int nRounds, std::string const& parent) {
   std::string const folder = parent + "/reading";
-  if (!fs::create_directory(folder)) throw std::runtime_error(folder + ": is there already");
-  FaceMesh const mesh =
-      reference_host::MakeBox(reference_host::ParseBoxSpec(benchmarks::BoxText(nCells, "hex")));
+  MakeFolder(folder);
+  FaceMesh const mesh = MakeMesh(nCells);
   struct Removal {
     std::string const& folder;
     ~Removal() {
@@ -230,11 +246,14 @@ void Run(double nCells, int nRounds, std::string const& parent) {
 
 int main(int argc, char** argv) {
   if (argc != 4) {
-    std::fprintf(stderr, "usage: reading_benchmark CELLS ROUNDS FOLDER\n");
+    std::fprintf(stderr, "usage: reading_benchmark CELLS ROUNDS FOLDER, or write CELLS FOLDER\n");
     return 2;
   }
   try {
-    Run(std::atof(argv[1]), std::atoi(argv[2]), argv[3]);
+    if (std::string(argv[1]) == "write")
+      WriteCase(std::atof(argv[2]), argv[3]);
+    else
+      Run(std::atof(argv[1]), std::atoi(argv[2]), argv[3]);
   } catch (std::exception const& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;

@@ -97,6 +97,8 @@ if [[ $quick ]]; then
   part "faces and points" program interpolation_benchmark 1000 200 1234 hex,tet 1
   part "search tree" program search_tree_benchmark 1000 200
   part "kernels" program kernel_benchmark
+  part "reading" program reading_benchmark 20000 1 "$blocks"
+  part "case" benchmarks/case_run.py "$build/benchmarks" "$build/cli/zyngrad" 20000 1
   meshes="box-12 skew-12 tet-2" rounds=3
 else
   part "gradients" program gradient_benchmark 1000000 11
@@ -108,6 +110,8 @@ else
   part "kernels" program kernel_benchmark
   part "search tree, 20,000 cells" program search_tree_benchmark 20000 20000
   part "search tree, 300,000 cells" program search_tree_benchmark 300000 20000
+  part "reading" program reading_benchmark 1000000 3 "$blocks"
+  part "case" benchmarks/case_run.py "$build/benchmarks" "$build/cli/zyngrad" 1000000 3
   part "method 1, 300,000 tetrahedra" program interpolation_benchmark 300000 100000 1 tet 1
   meshes="box-100 skew-100 tet-0.33" rounds=11
 fi

@@ -34,6 +34,8 @@ ROW_HEADS = {
     "powers": "ns a number",
     "systems": "ns a system",
     "threads": "ranks",
+    "reading": "MB/s",
+    "case": "",
 }
 
 

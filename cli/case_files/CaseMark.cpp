@@ -19,7 +19,7 @@ constexpr std::size_t kLongestHeader = 2000;
 /// Where the digits of the checksum begin; npos if there is no note.
 std::size_t PlaceOfChecksum(std::string const& text) {
   std::size_t const mark = text.find(kMark);
-  if (mark == std::string::npos || mark > kLongestHeader) return std::string::npos;
+  if (mark > kLongestHeader) return std::string::npos;  // npos is the largest number
   std::size_t const name = text.find(kChecksum, mark);
   std::size_t const end = text.find('"', mark);
   if (name == std::string::npos) return name;

@@ -65,6 +65,7 @@ std::vector<std::string> TimesIn(std::string const& folder) {
   });
   std::sort(times.begin(), times.end());
   std::vector<std::string> names;
+  names.reserve(times.size());
   for (auto const& time : times) names.push_back(time.second);
   return names;
 }

@@ -94,7 +94,7 @@ FoamStorage FindFoamFile(std::string const& path) {
   for (CollatedFolder const& folder : CollatedFolders(parts->folder.string())) {
     if (parts->processor < folder.first || parts->processor > folder.last) continue;
     std::string const shared = (folder.path / parts->rest).string();
-    FoamStorage const found{StoredAt(shared), parts->processor - folder.first, parts->processor};
+    FoamStorage found{StoredAt(shared), parts->processor - folder.first, parts->processor};
     if (!found.file.empty()) return found;
     missing.file = shared;
   }

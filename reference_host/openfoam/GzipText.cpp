@@ -10,14 +10,14 @@
 namespace reference_host {
 
 std::string Gzipped(std::string const& text) {
-  constexpr int kGzipHeader = 16;  // added to the size of the window
+  constexpr int kGzipFormat = 16;  // added to the size of the window
   z_stream stream = {};
-  if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS + kGzipHeader, 8,
+  if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS + kGzipFormat, 8,
                    Z_DEFAULT_STRATEGY) != Z_OK)
     throw std::bad_alloc();
   std::string result;
   constexpr std::size_t kMostAtOnce = std::numeric_limits<unsigned>::max() / 2;
-  constexpr std::size_t kBlock = std::size_t{1} << 16;
+  constexpr std::size_t kOutputBlock = std::size_t{1} << 16;
   std::size_t nRead = 0, nWritten = 0;
   // deflate does not change its input; its type has no const.
   for (int state = Z_OK; state != Z_STREAM_END;) {
@@ -26,11 +26,11 @@ std::string Gzipped(std::string const& text) {
       stream.avail_in = static_cast<unsigned>(std::min(kMostAtOnce, text.size() - nRead));
       nRead += stream.avail_in;
     }
-    result.resize(nWritten + kBlock);
+    result.resize(nWritten + kOutputBlock);
     stream.next_out = reinterpret_cast<Bytef*>(result.data() + nWritten);
-    stream.avail_out = static_cast<unsigned>(kBlock);
+    stream.avail_out = static_cast<unsigned>(kOutputBlock);
     state = deflate(&stream, nRead == text.size() ? Z_FINISH : Z_NO_FLUSH);
-    nWritten += kBlock - stream.avail_out;
+    nWritten += kOutputBlock - stream.avail_out;
   }
   deflateEnd(&stream);
   result.resize(nWritten);

@@ -177,7 +177,7 @@ std::vector<double> CaseFieldMaker::InFileOrder(std::vector<double> const& value
 
 /// The name that the patch beyond a cut has on the other processor, as the decomposition chooses it.
 std::string CaseFieldMaker::NameBeyond(BoundaryFilePatch const& patch) const {
-  std::string const name =
+  std::string name =
       "procBoundary" + std::to_string(patch.neighbour) + "to" + std::to_string(communicator_.rank());
   if (patch.referPatch.empty()) return name;
   for (CasePatch const& other : patches_)
