@@ -16,14 +16,14 @@ std::string Gzipped(std::string const& text) {
                    Z_DEFAULT_STRATEGY) != Z_OK)
     throw std::bad_alloc();
   std::string result;
-  constexpr std::size_t kMostAtOnce = std::numeric_limits<unsigned>::max() / 2;
+  constexpr std::size_t kMostInput = std::numeric_limits<unsigned>::max() / 2;
   constexpr std::size_t kOutputBlock = std::size_t{1} << 16;
   std::size_t nRead = 0, nWritten = 0;
   // deflate does not change its input; its type has no const.
   for (int state = Z_OK; state != Z_STREAM_END;) {
     if (stream.avail_in == 0) {
       stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data() + nRead));
-      stream.avail_in = static_cast<unsigned>(std::min(kMostAtOnce, text.size() - nRead));
+      stream.avail_in = static_cast<unsigned>(std::min(kMostInput, text.size() - nRead));
       nRead += stream.avail_in;
     }
     result.resize(nWritten + kOutputBlock);

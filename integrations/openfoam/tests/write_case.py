@@ -104,7 +104,7 @@ def main():
                        "--method", "plain", "--derive", DERIVED, "--write-case", "-o", "results", *more]
             return run(*([mpiexec, "-n", ranks] if ranks > 1 else []), *command, cwd=work)
 
-        whole = {"cavity": "0.4"}
+        whole = {"cavity": "0.4", "channel": "0.1"}
         reference = {}
         for name, time in whole.items():
             theirs = copy(cases / name, work / (name + "-theirs"))
@@ -112,7 +112,7 @@ def main():
 
         # Whole cases in all formats, on one rank and on several.
         for name, source in (("cavity", "cavity"), ("cavity_binary", "cavity"), ("cavity_gz", "cavity"),
-                             ("cavity_binary_gz", "cavity")):
+                             ("cavity_binary_gz", "cavity"), ("channel", "channel")):
             for ranks in (1, 3):
                 time = whole[source]
                 ours = copy(cases / name, work / ("%s-%d" % (name, ranks)))
@@ -125,7 +125,9 @@ def main():
 
         # Decomposed cases: reconstructPar puts the parts together.
         for name, source, ranks in (("cavity_parts", "cavity", 2), ("cavity_parts_binary_gz", "cavity", 3),
-                                    ("cavity_collated_text", "cavity", 2), ("cavity_collated", "cavity", 3)):
+                                    ("cavity_collated_text", "cavity", 2), ("cavity_collated", "cavity", 3),
+                                    ("channel_parts", "channel", 2), ("channel_parts_3", "channel", 3),
+                                    ("channel_collated", "channel", 3)):
             time = whole[source]
             ours = copy(cases / name, work / name)
             write(ours, time, ranks)

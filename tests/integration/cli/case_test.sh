@@ -115,6 +115,15 @@ for parts in cavity_parts:2 cavity_parts_binary_gz:3; do
   check "$name" exited 0
   check "$name: a file in each processor folder" [ "$(find "$name"/processor*/0.* -name 'vorticity*' | wc -l)" = "$ranks" ]
 done
+cp -r "$cases/channel_parts" channel_parts
+run 2 gradient channel_parts "${fields[@]}" --method plain --derive Q,curl --write-case -o out_channel_parts
+check "a periodic case that was cut" exited 0
+check "the cut periodic patches have their type and values" python3 - <<'END'
+text = open("channel_parts/processor0/0.1/Q").read().split("boundaryField")[1]
+entry = text.split("procBoundary0to1throughright")[1].split("}")[0]
+assert "processorCyclic" in entry and "List<scalar>" in entry, entry
+assert text.count("cyclic;") == 4, text
+END
 check "values at cuts are those of the cells beyond them" python3 - <<'END'
 import re
 def field(processor):
