@@ -120,7 +120,7 @@ run 2 gradient channel_parts "${fields[@]}" --method plain --derive Q,curl --wri
 check "a periodic case that was cut" exited 0
 check "the cut periodic patches have their type and values" python3 - <<'END'
 text = open("channel_parts/processor0/0.1/Q").read().split("boundaryField")[1]
-entry = text.split("procBoundary0to1throughright")[1].split("}")[0]
+entry = text.split("procBoundary0to1throughleft")[1].split("}")[0]
 assert "processorCyclic" in entry and "List<scalar>" in entry, entry
 assert text.count("cyclic;") == 4, text
 END
