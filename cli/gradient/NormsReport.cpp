@@ -4,12 +4,10 @@
 
 namespace zyngrad {
 
-using Align = TextTable::Align;
-
 std::vector<TextTable::Column> NormsColumns(std::vector<TextTable::Column> first, NormsOfWhat what) {
   first.insert(first.end(), {{"number"}, {"L1"}, {"L2"}});
   if (what == NormsOfWhat::Errors) first.push_back({"L2 relative"});
-  first.insert(first.end(), {{"maximum"}, {"in cell"}, {"at", Align::Left}});
+  first.insert(first.end(), {{"maximum"}, {"in cell"}, {"at", TextTable::Align::Left}});
   return first;
 }
 

@@ -52,6 +52,7 @@ std::unique_ptr<MeshHost> HostOf(FaceMesh&& mesh, std::string const& name, Group
   reference_host::CheckMesh(mesh, name);
   reference_host::AssignBoundaryGroups(mesh.patches, CountFacesOfPatches(mesh), groups, name);
   RefusePeriods(mesh, name);
+  mesh.periods.clear();  // of boundaries that have groups
   auto partition = std::make_unique<HostPartition>(WholeMeshAsPart(std::move(mesh)));
   OnePartition alone;
   partition->CompleteHalo(alone);

@@ -165,3 +165,11 @@ def test_mesh_from_the_arrays_of_a_read_mesh_gives_its_bits(case, work):
     field = phi(*read.centres)
     for method in ("plain", "iterated", "least_squares"):
         assert same_bits(z.Gradient(mesh, method)(field), z.Gradient(read, method)(field)), method
+
+
+def test_a_periodic_mesh_is_rejected_with_the_groups_that_make_walls(source):
+    channel = str(source / "tests/data/openfoam_cases/channel")
+    with pytest.raises(Exception, match="is periodic.*groups={'left': 'wall'}"):
+        z.Mesh.read(channel)
+    mesh = z.Mesh.read(channel, groups={"left": "wall", "back": "wall"})
+    assert mesh.cell_count == 120

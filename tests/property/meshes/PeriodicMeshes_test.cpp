@@ -89,10 +89,10 @@ TEST(GradientsOnPeriodicMeshes, AddUpToZeroWithoutABoundary) {
     SCOPED_TRACE(name);
     auto const part = reference_host::ExtractPart(mesh, std::vector<int>(mesh.nCells, 0), 0, 1);
     CellResult const result = Gradient(mesh, {"plain", 0, 1, false}, Wave);
-    auto const volumes = [&] {
-      std::vector<double> v(mesh.nCells);
+    auto const volumes = [&part, nCells = mesh.nCells] {
+      std::vector<double> v(nCells);
       reference_host::HostPartition whole(part);
-      for (int c = 1; c <= mesh.nCells; ++c) v[whole.globalCell()[c] - 1] = whole.mesh()->Volume[c];
+      for (int c = 1; c <= nCells; ++c) v[whole.globalCell()[c] - 1] = whole.mesh()->Volume[c];
       return v;
     }();
     for (int d = 0; d < 3; ++d) {
