@@ -22,8 +22,9 @@ constexpr char const* kWhyDefault =
     "library's default";
 
 // On regular hexahedra the error of values from 20 cells is 23 times that on cubes at a ratio of 3 (docs/methods/points.md).
-// Cells that are not flat measure up to 2.83 where two boundaries meet: regular prisms do.
-constexpr double kFlatCell = 2.9;
+// Cells that are not flat measure up to 2.93 where two boundaries or cuts meet. A little less than 3, for cells that are
+// three times as wide as thick up to rounding.
+constexpr double kFlatCell = 2.99;
 constexpr int kCellsForFlatCells = 80;
 
 std::string PlaceOf(PointResults const& results, std::size_t i) {

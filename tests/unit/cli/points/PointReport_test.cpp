@@ -154,7 +154,7 @@ TEST(PointReport, WarnsOfFlatCellsWithTheOptionThatHelps) {
   EXPECT_EQ("", FlatCellWarning(results));
   results.aspectRatios = {1.9, 3.0, 2.8, 0.0};
   EXPECT_EQ(0U, FlatCellWarning(results).find(
-                    "1 point lies where cells are 2.9 or more times as wide as thick, up to 3.0 times "
+                    "1 point lies where cells are 3.0 or more times as wide as thick, up to 3.0 times "
                     "at point 2: the nearest 20 cells"));
   EXPECT_TRUE(Has(FlatCellWarning(results), "--search-number 80"));
   results.aspectRatios[3] = 10.0;
