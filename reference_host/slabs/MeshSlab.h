@@ -28,6 +28,8 @@ struct SlabPeriod {
   /// Pairs of faces by number in the whole mesh. A pair is on the rank that has the first of the two. The lists of the
   /// ranks one after the other have the order of Period::faces.
   std::vector<std::array<std::int64_t, 2>> faces;
+
+  std::vector<int> turn;  ///< by own pair; as Period::turn, set by JoinSlabPeriods
 };
 
 /// One rank's share of a whole mesh addressed by faces (FaceMesh), before it is cut into parts. Each rank has one block
