@@ -25,9 +25,14 @@ struct SlabNames {
 struct SlabPeriod {
   Period description;  ///< the same on every rank; without faces
 
-  /// Pairs of faces by number in the whole mesh. A pair is on the rank that has the first of the two. The lists of the
-  /// ranks one after the other have the order of Period::faces.
+  /// Pairs of faces by number in the whole mesh. A pair is on the rank that has the first of the two.
   std::vector<std::array<std::int64_t, 2>> faces;
+
+  std::vector<int> turn;  ///< by own pair; as Period::turn, set by JoinSlabPeriods
+
+  /// By own pair: its place in Period::faces, ascending; empty: the lists of the ranks one after the other have that
+  /// order. It decides which pair gives the shift.
+  std::vector<std::int64_t> place;
 };
 
 /// One rank's share of a whole mesh addressed by faces (FaceMesh), before it is cut into parts. Each rank has one block
