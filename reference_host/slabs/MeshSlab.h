@@ -28,6 +28,8 @@ struct SlabPeriod {
   /// Pairs of faces by number in the whole mesh. A pair is on the rank that has the first of the two.
   std::vector<std::array<std::int64_t, 2>> faces;
 
+  std::vector<int> turn;  ///< by own pair; as Period::turn, set by JoinSlabPeriods
+
   /// By own pair: its place in Period::faces, ascending; empty: the lists of the ranks one after the other have that
   /// order. It decides which pair gives the shift.
   std::vector<std::int64_t> place;
