@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -26,6 +27,27 @@ struct GridBlock {
     return offset(0) + length(0) * (offset(1) + length(1) * offset(2));
   }
 
+  /// The place with this offset. @pre 0 <= offset < Size()
+  GridIndex Place(std::int64_t offset) const {
+    std::int64_t const rows = offset / Length(0);
+    return {low[0] + static_cast<int>(offset % Length(0)), low[1] + static_cast<int>(rows % Length(1)),
+            low[2] + static_cast<int>(rows / Length(1))};
+  }
+
+  /// How many places of the block come before i, which may be outside, with x running fastest.
+  std::int64_t CountBefore(GridIndex const& i) const {
+    if (Length(0) <= 0 || Length(1) <= 0 || Length(2) <= 0) return 0;
+    auto const before = [&](std::size_t d) {
+      return std::int64_t{std::clamp(i[d], low[d], high[d]) - low[d]};
+    };
+    auto const has = [&](std::size_t d) { return i[d] >= low[d] && i[d] < high[d]; };
+    std::int64_t count = before(2) * Length(1);
+    if (has(2)) count += before(1);
+    count *= Length(0);
+    if (has(2) && has(1)) count += before(0);
+    return count;
+  }
+
   /// The nodes of the block's cubes.
   GridBlock Nodes() const { return {low, {high[0] + 1, high[1] + 1, high[2] + 1}}; }
 
@@ -39,6 +61,17 @@ struct GridBlock {
     }
   }
 };
+
+/// Calls action(i) for the places of a block with the offsets first <= offset < end, in their order.
+template <class Action>
+void ForEachPlace(GridBlock const& block, std::int64_t first, std::int64_t end, Action const& action) {
+  if (first == end) return;
+  GridIndex i = block.Place(first);
+  for (std::int64_t offset = first; offset < end; ++offset) {
+    action(i);
+    for (std::size_t d = 0; d < 3 && ++i[d] == block.high[d]; ++d) i[d] = block.low[d];
+  }
+}
 
 /// Cuts a grid in two along its longest side, then each half, and so on. Unlike a grid of blocks, this gives
 /// any number of parts up to the number of cubes, as blocks of nearly cubic shape and nearly equal size.

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "reference_host/box/BoxBlocks.h"
-#include "reference_host/box/BoxMapping.h"
+#include "reference_host/box/BoxNodes.h"
 #include "reference_host/box/BoxShapes.h"
 #include "reference_host/mesh/DualMesh.h"
 #include "reference_host/mesh/MeshError.h"
@@ -17,53 +18,37 @@
 namespace reference_host {
 namespace {
 
-GridBlock WholeGrid(BoxSpec const& spec) { return {{0, 0, 0}, {spec.nx, spec.ny, spec.nz}}; }
-
-std::string Text(BoxSpec const& spec) {
-  return "box:" + std::to_string(spec.nx) + "," + std::to_string(spec.ny) + "," + std::to_string(spec.nz);
-}
-
 BoxSpec PrimalOf(BoxSpec dual) {
   dual.shape = BoxSpec::Shape::Tet;
   return dual;
 }
 
 void CheckParts(BoxSpec const& spec, int nParts) {
-  CheckBoxSpec(spec, Text(spec));
-  std::int64_t const nCubes = WholeGrid(spec).Size();
+  CheckBoxSpec(spec, BoxText(spec));
+  std::int64_t const nCubes = CubesOf(spec).Size();
   if (nParts > nCubes) {
-    throw MeshError(Text(spec) + ": cannot be divided among " + std::to_string(nParts) +
+    throw MeshError(BoxText(spec) + ": cannot be divided among " + std::to_string(nParts) +
                     " ranks, since a rank needs a whole block of cells and there are " +
                     std::to_string(nCubes));
   }
 }
 
-// Mixes all bits of a number (the finalizer of SplitMix64), so that neighbouring nodes move independently.
-std::uint64_t Mix(std::uint64_t x) {
-  x += 0x9e3779b97f4a7c15u;
-  x = (x ^ (x >> 30)) * 0xbf58476d1ce4e5b9u;
-  x = (x ^ (x >> 27)) * 0x94d049bb133111ebu;
-  return x ^ (x >> 31);
-}
-
-// In [-1, 1): the upper 53 bits of the number.
-double SignedUnit(std::uint64_t x) { return static_cast<double>(x >> 11) * 0x1p-52 - 1.0; }
-
-/// Position of a node before the mapping. It depends on the node alone, so that every rank computes the same.
-Point NodePoint(BoxSpec const& spec, GridIndex const& node, std::int64_t globalNode) {
-  GridIndex const n = {spec.nx, spec.ny, spec.nz};
-  double const longest = std::max({n[0], n[1], n[2]});
-  bool inside = spec.perturb > 0.0;
-  for (std::size_t d = 0; d < 3; ++d) inside = inside && node[d] > 0 && node[d] < n[d];
-
-  std::uint64_t random = Mix(Mix(spec.seed) + static_cast<std::uint64_t>(globalNode));
-  Point point;
+/// The numbers of a part must fit an int. Counts of the part's cubes and the layer around them, a little more than it
+/// has.
+void CheckPartFits(BoxSpec const& spec, GridBlock const& shell, int part, int nParts) {
+  ShapeInCube const& shape = ShapeTable(spec.shape);
+  std::int64_t nFaces = shell.Size() * shape.nInnerFaces();
   for (std::size_t d = 0; d < 3; ++d) {
-    random = Mix(random);
-    double const shift = inside ? spec.perturb * SignedUnit(random) : 0.0;
-    point[d] = (node[d] + shift) / longest;
+    nFaces += (shell.Length(d) + std::int64_t{1}) * (shell.Size() / shell.Length(d)) *
+              shape.nFacesOnSide(2 * static_cast<int>(d));
   }
-  return point;
+  if (std::max({shell.Size() * shape.nCells(), shell.Nodes().Size(), nFaces}) <=
+      std::numeric_limits<int>::max())
+    return;
+  std::string const what = " has more cells, faces or nodes than a 32-bit number can count";
+  if (nParts == 1) throw MeshError(BoxText(spec) + ": the box" + what);
+  throw MeshError(BoxText(spec) + ": part " + std::to_string(part + 1) + " of " + std::to_string(nParts) +
+                  what + "; more ranks have smaller parts");
 }
 
 /// Makes one part from its block of cubes and a shell of one layer of cubes around it, which contains the
@@ -72,9 +57,9 @@ class PartMaker {
  public:
   PartMaker(BoxSpec const& spec, int part, int nParts)
       : spec_(spec),
-        mapping_(spec),
+        nodes_(spec),
         shape_(ShapeTable(spec.shape)),
-        grid_(WholeGrid(spec)),
+        grid_(CubesOf(spec)),
         bisection_(grid_, nParts),
         own_(bisection_.BlockOf(part)),
         shell_(own_) {
@@ -82,12 +67,11 @@ class PartMaker {
       shell_.low[d] = std::max(own_.low[d] - 1, grid_.low[d]);
       shell_.high[d] = std::min(own_.high[d] + 1, grid_.high[d]);
     }
+    CheckPartFits(spec, shell_, part, nParts);
     shellNodes_ = shell_.Nodes();
     result_.part = part;
     result_.nParts = nParts;
-    for (char const* name : {"inlet", "outlet", "wall_ymin", "wall_ymax", "wall_zmin", "wall_zmax"}) {
-      result_.patches.push_back({name, "", std::nullopt});
-    }
+    result_.patches = BoxPatches();
   }
 
   MeshPart Make() {
@@ -100,15 +84,8 @@ class PartMaker {
   }
 
  private:
-  static GridIndex Across(GridIndex cube, int side) {
-    cube[static_cast<std::size_t>(side) / 2] += side % 2 == 0 ? -1 : 1;
-    return cube;
-  }
-
   std::int64_t GlobalCell(GridIndex const& cube, int cell) const {
-    std::int64_t const number =
-        cube[0] + std::int64_t{spec_.nx} * (cube[1] + std::int64_t{spec_.ny} * cube[2]);
-    return number * shape_.nCells() + cell;
+    return static_cast<std::int64_t>(grid_.Offset(cube)) * shape_.nCells() + cell;
   }
 
   /// Position of a cell of the shell in cellNumber_.
@@ -118,10 +95,6 @@ class PartMaker {
 
   /// Position of a node of the shell in nodeNumber_.
   std::size_t NodeSlot(GridIndex const& node) const { return shellNodes_.Offset(node); }
-
-  static GridIndex Corner(GridIndex const& cube, int corner) {
-    return {cube[0] + (corner & 1), cube[1] + (corner >> 1 & 1), cube[2] + (corner >> 2 & 1)};
-  }
 
   void NumberOwnedCells() {
     cellNumber_.assign(static_cast<std::size_t>(shell_.Size() * shape_.nCells()), -1);
@@ -152,7 +125,7 @@ class PartMaker {
 
   bool TouchesOwnBlock(GridIndex const& cube, int cell) const {
     for (ShapeInCube::Face const& face : shape_.cells[static_cast<std::size_t>(cell)].faces) {
-      if (face.side >= 0 && own_.Contains(Across(cube, face.side))) return true;
+      if (face.side >= 0 && own_.Contains(CubeAcross(cube, face.side))) return true;
     }
     return false;
   }
@@ -162,24 +135,22 @@ class PartMaker {
     nodeNumber_.assign(static_cast<std::size_t>(shellNodes_.Size()), kAbsent);
     for (auto const& [cube, cell] : haloCells_) {
       for (int const corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
-        nodeNumber_[NodeSlot(Corner(cube, corner))] = kPresent;
+        nodeNumber_[NodeSlot(CornerOf(cube, corner))] = kPresent;
       }
     }
     shellNodes_.ForEach([&](GridIndex const& node) {
       int& number = nodeNumber_[NodeSlot(node)];
       if (number == kAbsent && !ownNodes.Contains(node)) return;
       number = static_cast<int>(result_.points.size());
-      std::int64_t const globalNode =
-          node[0] + std::int64_t{spec_.nx + 1} * (node[1] + std::int64_t{spec_.ny + 1} * node[2]);
-      result_.globalNode.push_back(globalNode);
-      result_.points.push_back(mapping_.Map(NodePoint(spec_, node, globalNode)));
+      result_.globalNode.push_back(nodes_.Number(node));
+      result_.points.push_back(nodes_.PlaceOf(node));
     });
   }
 
   void ListHaloNodes() {
     for (auto const& [cube, cell] : haloCells_) {
       for (int const corner : shape_.cells[static_cast<std::size_t>(cell)].corners) {
-        result_.haloNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
+        result_.haloNode.push_back(nodeNumber_[NodeSlot(CornerOf(cube, corner))]);
       }
       result_.haloNodeStart.push_back(result_.haloNode.size());
     }
@@ -200,7 +171,9 @@ class PartMaker {
 
   // An upper bound: inner faces and one side of each pair for every cube, and the block's surface.
   void ReserveFaces() {
-    auto const facesOf = [&](std::size_t d) { return (own_.Length(d) + 1) * (own_.Size() / own_.Length(d)); };
+    auto const facesOf = [&](std::size_t d) {
+      return (own_.Length(d) + std::int64_t{1}) * (own_.Size() / own_.Length(d));
+    };
     std::int64_t const nFaces = own_.Size() * shape_.nInnerFaces() + facesOf(0) * shape_.nFacesOnSide(0) +
                                 facesOf(1) * shape_.nFacesOnSide(2) + facesOf(2) * shape_.nFacesOnSide(4);
     auto const n = static_cast<std::size_t>(nFaces);
@@ -213,7 +186,7 @@ class PartMaker {
 
   /// Adds the face if the cell is its owner and one of its two cells belongs to the part.
   void MakeFace(GridIndex const& cube, int cell, int number, ShapeInCube::Face const& face) {
-    GridIndex const other = face.side < 0 ? cube : Across(cube, face.side);
+    GridIndex const other = face.side < 0 ? cube : CubeAcross(cube, face.side);
     bool const atBoundary = face.side >= 0 && !grid_.Contains(other);
     int neighbour = -1;
     if (!atBoundary) {
@@ -225,7 +198,7 @@ class PartMaker {
     if (number >= result_.nOwned && !neighbourIsOwned) return;
 
     for (int const corner : face.corners)
-      result_.faceNode.push_back(nodeNumber_[NodeSlot(Corner(cube, corner))]);
+      result_.faceNode.push_back(nodeNumber_[NodeSlot(CornerOf(cube, corner))]);
     result_.faceStart.push_back(result_.faceNode.size());
     result_.owner.push_back(number);
     result_.neighbour.push_back(neighbour);
@@ -236,7 +209,7 @@ class PartMaker {
   static constexpr int kPresent = -2;  // belongs to the part, but has no number yet
 
   BoxSpec const spec_;
-  BoxMapping const mapping_;
+  BoxNodes const nodes_;
   ShapeInCube const& shape_;
   GridBlock grid_;
   GridBisection bisection_;
@@ -250,6 +223,14 @@ class PartMaker {
 };
 
 }  // namespace
+
+std::vector<Patch> BoxPatches() {
+  std::vector<Patch> patches;
+  for (char const* name : {"inlet", "outlet", "wall_ymin", "wall_ymax", "wall_zmin", "wall_zmax"}) {
+    patches.push_back({name, "", std::nullopt});
+  }
+  return patches;
+}
 
 std::int64_t BoxNodeCount(BoxSpec const& spec) {
   std::int64_t const nx = spec.nx, ny = spec.ny, nz = spec.nz;
@@ -284,7 +265,7 @@ MeshPart MakeBoxPart(BoxSpec const& spec, int part, int nParts) {
 std::vector<int> BoxPartOfCell(BoxSpec const& spec, int nParts) {
   CheckParts(spec, nParts);
   bool const isDual = spec.shape == BoxSpec::Shape::Dual;
-  GridBlock const grid = isDual ? WholeGrid(spec).Nodes() : WholeGrid(spec);
+  GridBlock const grid = isDual ? CubesOf(spec).Nodes() : CubesOf(spec);
   GridBisection const bisection(grid, nParts);
   std::size_t const cellsInCube = isDual ? 1 : ShapeTable(spec.shape).cells.size();
   std::vector<int> partOfCell;

@@ -12,6 +12,9 @@ namespace reference_host {
 /// Number of nodes of the box.
 std::int64_t BoxNodeCount(BoxSpec const& spec);
 
+/// In the order of a cube's sides (BoxShapes.h).
+std::vector<Patch> BoxPatches();
+
 /// The whole box.
 FaceMesh MakeBox(BoxSpec const& spec);
 

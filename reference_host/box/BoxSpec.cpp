@@ -10,7 +10,6 @@
 #include <system_error>
 #include <vector>
 
-#include "reference_host/box/BoxShapes.h"
 #include "reference_host/mesh/MeshError.h"
 
 namespace reference_host {
@@ -109,23 +108,22 @@ class SpecParser {
   BoxSpec spec_;
 };
 
-// Counts in double: the product of three 32-bit numbers overflows every integer type, and double is exact up
-// to the limit of 2^31.
+// Counts in double: the product of three 32-bit numbers overflows every integer type.
 void CheckCounts(BoxSpec const& spec, std::string const& name) {
+  // There is one node more than cells, and the number after the last must fit, too.
+  constexpr int kMost = std::numeric_limits<int>::max() - 2;
   for (int const n : {spec.nx, spec.ny, spec.nz}) {
     if (n < 1) throw MeshError(name + ": cell counts must be 1 or more, not " + std::to_string(n));
+    if (n > kMost) {
+      throw MeshError(name + ": cell counts must be " + std::to_string(kMost) + " or less, not " +
+                      std::to_string(n));
+    }
   }
-  double const nx = spec.nx, ny = spec.ny, nz = spec.nz;
-  bool const isDual = spec.shape == BoxSpec::Shape::Dual;  // its mesh of tetrahedra has more of everything
-  ShapeInCube const& shape = ShapeTable(isDual ? BoxSpec::Shape::Tet : spec.shape);
-  double const nCubes = nx * ny * nz;
-  double const nNodes = (nx + 1) * (ny + 1) * (nz + 1);
-  double const nFaces = nCubes * shape.nInnerFaces() + (nx + 1) * ny * nz * shape.nFacesOnSide(0) +
-                        nx * (ny + 1) * nz * shape.nFacesOnSide(2) +
-                        nx * ny * (nz + 1) * shape.nFacesOnSide(4);
-  if (std::max({nCubes * shape.nCells(), nNodes, nFaces}) > std::numeric_limits<int>::max()) {
-    throw MeshError(name + ": the box has more cells, faces or nodes than a 32-bit number can count");
-  }
+  // No shape has more than 48 of anything at a node of the grid; nodes of faces are the most.
+  constexpr double kMostAtNode = 48.0;
+  double const nNodes = (spec.nx + 1.0) * (spec.ny + 1.0) * (spec.nz + 1.0);
+  if (kMostAtNode * nNodes > 0x1p62)
+    throw MeshError(name + ": the box has more cells, faces or nodes than a 64-bit number can count");
 }
 
 }  // namespace
@@ -133,6 +131,10 @@ void CheckCounts(BoxSpec const& spec, std::string const& name) {
 bool IsBoxSpec(std::string const& text) { return text.compare(0, kPrefix.size(), kPrefix) == 0; }
 
 BoxSpec ParseBoxSpec(std::string const& text) { return SpecParser(text).Parse(); }
+
+std::string BoxText(BoxSpec const& spec) {
+  return kPrefix + std::to_string(spec.nx) + "," + std::to_string(spec.ny) + "," + std::to_string(spec.nz);
+}
 
 void CheckBoxSpec(BoxSpec const& spec, std::string const& name) {
   CheckCounts(spec, name);

@@ -33,8 +33,12 @@ struct BoxSpec {
 bool IsBoxSpec(std::string const& text);
 
 /// Reads `box:NX,NY,NZ[:hex|tet|prism|dual][:perturb=A,seed=S,stretch=F,skew=W]`. Throws MeshError on anything
-/// else and on a box whose cells, faces or nodes cannot be counted with 32 bits.
+/// else and on a box whose cells, faces or nodes cannot be counted with 64 bits. Its parts must be countable with
+/// 32 bits (MakeBoxPart).
 BoxSpec ParseBoxSpec(std::string const& text);
+
+/// "box:NX,NY,NZ", what messages call a box.
+std::string BoxText(BoxSpec const& spec);
 
 /// Throws a MeshError that begins with `name` if a number of the box is outside its range.
 void CheckBoxSpec(BoxSpec const& spec, std::string const& name);

@@ -11,8 +11,8 @@
 namespace reference_host {
 namespace {
 
-/// An array of a solution.
-struct Array {
+/// An array of a solution and where it lies.
+struct FlowArray {
   int solution = 0;
   std::string solutionName;
   std::string name;
@@ -21,11 +21,11 @@ struct Array {
   std::string FullName() const { return solutionName + "/" + name; }
 };
 
-std::vector<Array> ListArrays(CgnsFile const& file) {
+std::vector<FlowArray> ListArrays(CgnsFile const& file) {
   int nSolutions = 0;
   file.Check(cg_nsols(file.handle(), file.base(), CgnsFile::zone(), &nSolutions),
              "the solutions cannot be read");
-  std::vector<Array> arrays;
+  std::vector<FlowArray> arrays;
   for (int s = 1; s <= nSolutions; ++s) {
     std::array<char, kCgnsNameSize> solution{}, name{};
     CGNS_ENUMT(GridLocation_t) location = CGNS_ENUMV(GridLocationNull);
@@ -44,36 +44,37 @@ std::vector<Array> ListArrays(CgnsFile const& file) {
   return arrays;
 }
 
-bool Has(Array const& array, std::string const& wanted) {
+bool Has(FlowArray const& array, std::string const& wanted) {
   return array.name == wanted || array.FullName() == wanted;
 }
 
 /// The arrays wantedX, wantedY, wantedZ of each solution that has all three at its cell centres.
-std::vector<std::vector<Array>> FindVectors(std::vector<Array> const& arrays, std::string const& wanted) {
-  std::map<int, std::vector<Array>> ofSolution;
+std::vector<std::vector<FlowArray>> FindVectors(std::vector<FlowArray> const& arrays,
+                                                std::string const& wanted) {
+  std::map<int, std::vector<FlowArray>> ofSolution;
   for (char const* const component : {"X", "Y", "Z"}) {
-    for (Array const& array : arrays)
+    for (FlowArray const& array : arrays)
       if (array.isAtCells && Has(array, wanted + component)) ofSolution[array.solution].push_back(array);
   }
-  std::vector<std::vector<Array>> vectors;
+  std::vector<std::vector<FlowArray>> vectors;
   for (auto const& entry : ofSolution)
     if (entry.second.size() == 3) vectors.push_back(entry.second);
   return vectors;
 }
 
 /// The array of a scalar, or else the three arrays of a vector.
-std::vector<Array> FindArrays(CgnsFile const& file, std::string const& wanted) {
-  std::vector<Array> const arrays = ListArrays(file);
-  std::vector<std::vector<Array>> found;
+std::vector<FlowArray> FindArrays(CgnsFile const& file, std::string const& wanted) {
+  std::vector<FlowArray> const arrays = ListArrays(file);
+  std::vector<std::vector<FlowArray>> found;
   NameList atCells, names;
   bool isElsewhere = false;
-  for (Array const& array : arrays) {
+  for (FlowArray const& array : arrays) {
     if (array.isAtCells) atCells.Add(Quoted(array.FullName()));
     if (Has(array, wanted) && array.isAtCells) found.push_back({array});
     isElsewhere = isElsewhere || (!array.isAtCells && (Has(array, wanted) || Has(array, wanted + 'X')));
   }
   if (found.empty()) found = FindVectors(arrays, wanted);
-  for (std::vector<Array> const& one : found)
+  for (std::vector<FlowArray> const& one : found)
     names.Add(Quoted(one.size() == 1 ? one.front().FullName() : one.front().solutionName + "/" + wanted));
   if (found.size() > 1) {
     file.Fail("several solutions have " + Quoted(wanted) + " (" + names.Text() +
@@ -86,37 +87,45 @@ std::vector<Array> FindArrays(CgnsFile const& file, std::string const& wanted) {
   return found.front();
 }
 
-std::vector<double> ReadArray(CgnsFile const& cgns, Array const& array) {
+void CheckSize(CgnsFile const& cgns, FlowArray const& array) {
   int dimension = 0;
   std::array<cgsize_t, 3> size{};
   cgns.Check(
       cg_sol_size(cgns.handle(), cgns.base(), CgnsFile::zone(), array.solution, &dimension, size.data()),
       "the size of " + Quoted(array.FullName()) + " cannot be read");
-  if (dimension != 1 || size[0] != cgns.nCells()) {
-    cgns.Fail(Quoted(array.FullName()) + " has " + std::to_string(size[0]) + " values for " +
-              std::to_string(cgns.nCells()) + " cells");
-  }
-  std::vector<double> values(static_cast<std::size_t>(size[0]));
-  cgsize_t const first = 1;
-  cgns.Check(cg_field_read(cgns.handle(), cgns.base(), CgnsFile::zone(), array.solution, array.name.c_str(),
-                           CGNS_ENUMV(RealDouble), &first, size.data(), values.data()),
-             Quoted(array.FullName()) + " cannot be read");
-  return values;
+  if (dimension == 1 && size[0] == cgns.nCells()) return;
+  cgns.Fail(Quoted(array.FullName()) + " has " + std::to_string(size[0]) + " values for " +
+            std::to_string(cgns.nCells()) + " cells");
 }
 
 }  // namespace
 
-CgnsField ReadCgnsField(std::string const& file, std::string const& field) {
-  CgnsFile const cgns(file);
-  std::vector<Array> const arrays = FindArrays(cgns, field);
-  if (arrays.size() == 1) return {1, ReadArray(cgns, arrays.front())};
-  CgnsField vector = {3, {}};
-  for (std::size_t k = 0; k < arrays.size(); ++k) {
-    std::vector<double> const values = ReadArray(cgns, arrays[k]);
-    vector.cell.resize(3 * values.size());
-    for (std::size_t c = 0; c < values.size(); ++c) vector.cell[3 * c + k] = values[c];
+CgnsFieldFile::CgnsFieldFile(std::string const& file, std::string const& field) : file_(file) {
+  for (FlowArray const& array : FindArrays(file_, field)) {
+    CheckSize(file_, array);
+    arrays_.push_back({array.solution, array.name, array.FullName()});
   }
-  return vector;
+}
+
+std::vector<double> CgnsFieldFile::Read(std::int64_t first, std::int64_t n) const {
+  if (n == 0) return {};
+  auto const begin = static_cast<cgsize_t>(first + 1), last = static_cast<cgsize_t>(first + n);
+  std::vector<double> values(arrays_.size() * static_cast<std::size_t>(n)), component;
+  for (std::size_t k = 0; k < arrays_.size(); ++k) {
+    bool const isScalar = arrays_.size() == 1;
+    if (!isScalar) component.resize(static_cast<std::size_t>(n));
+    file_.Check(cg_field_read(file_.handle(), file_.base(), CgnsFile::zone(), arrays_[k].solution,
+                              arrays_[k].name.c_str(), CGNS_ENUMV(RealDouble), &begin, &last,
+                              isScalar ? values.data() : component.data()),
+                Quoted(arrays_[k].fullName) + " cannot be read");
+    for (std::size_t c = 0; c < component.size(); ++c) values[arrays_.size() * c + k] = component[c];
+  }
+  return values;
+}
+
+CgnsField ReadCgnsField(std::string const& file, std::string const& field) {
+  CgnsFieldFile const cgns(file, field);
+  return {cgns.nComponents(), cgns.Read(0, cgns.nCells())};
 }
 
 }  // namespace reference_host

@@ -25,11 +25,14 @@ struct SlabNames {
 struct SlabPeriod {
   Period description;  ///< the same on every rank; without faces
 
-  /// Pairs of faces by number in the whole mesh. A pair is on the rank that has the first of the two. The lists of the
-  /// ranks one after the other have the order of Period::faces.
+  /// Pairs of faces by number in the whole mesh. A pair is on the rank that has the first of the two.
   std::vector<std::array<std::int64_t, 2>> faces;
 
   std::vector<int> turn;  ///< by own pair; as Period::turn, set by JoinSlabPeriods
+
+  /// By own pair: its place in Period::faces, ascending; empty: the lists of the ranks one after the other have that
+  /// order. It decides which pair gives the shift.
+  std::vector<std::int64_t> place;
 };
 
 /// One rank's share of a whole mesh addressed by faces (FaceMesh), before it is cut into parts. Each rank has one block
@@ -38,7 +41,7 @@ struct SlabPeriod {
 ///
 /// The block of cells has no content of its own: it says which rank keeps the facts about a cell, such as its part.
 struct MeshSlab {
-  BlockRanges nodes, cells;
+  BlockRanges nodes, cells, faces;
 
   std::vector<Point> points;  ///< of the own block of nodes
 
@@ -50,18 +53,13 @@ struct MeshSlab {
   std::vector<int> facePatch;
   std::vector<Patch> patches;  ///< the same on every rank
 
-  /// The numbers of the faces. A mesh whose ranks do not have contiguous blocks of them gives each number in
-  /// `faceNumber`; `faces` is then meaningless, and there are no periods.
-  BlockRanges faces;
-  std::vector<std::int64_t> faceNumber;  ///< by own face; empty: faces.First(rank) + f
-
   std::vector<SlabPeriod> periods;
 
   SlabNames names;
 
   std::size_t nOwnFaces() const { return owner.size(); }
   std::int64_t NumberOfFace(std::size_t f, int rank) const {
-    return faceNumber.empty() ? faces.First(rank) + static_cast<std::int64_t>(f) : faceNumber[f];
+    return faces.First(rank) + static_cast<std::int64_t>(f);
   }
 };
 

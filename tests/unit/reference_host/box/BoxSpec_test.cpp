@@ -83,12 +83,12 @@ TEST(BoxSpec, RefusesMalformedTextNamingThePiece) {
   }
 }
 
-TEST(BoxSpec, RefusesBoxesThatA32BitNumberCannotCount) {
-  EXPECT_EQ("", ErrorOf("box:890,890,890"));      // 2.117e9 faces
-  EXPECT_NE("", ErrorOf("box:895,895,895"));      // 2.153e9 faces
-  EXPECT_NE("", ErrorOf("box:600,600,600:tet"));  // 2.6e9 faces
+TEST(BoxSpec, RefusesBoxesThatA64BitNumberCannotCount) {
+  EXPECT_EQ("", ErrorOf("box:4000,4000,4000:tet"));
+  EXPECT_EQ("", ErrorOf("box:2147483645,1,1"));
+  EXPECT_NE(ErrorOf("box:2147483646,1,1").find("2147483645 or less"), std::string::npos);
+  EXPECT_NE(ErrorOf("box:2147483645,2147483645,2147483645").find("64-bit"), std::string::npos);
   EXPECT_NE("", ErrorOf("box:2147483647,2147483647,2147483647"));
-  EXPECT_NE("", ErrorOf("box:2147483647,1,1"));
 }
 
 }  // namespace reference_host
