@@ -22,7 +22,7 @@ using ShortFace = std::array<Number, 4>;
 
 /// Nodes of the faces of a standard cell by position in the cell, around the outward normal; -1 ends a
 /// triangle.
-struct ShapeTable {
+struct CellShapeTable {
   int nNodes;
   int nFaces;
   std::array<ShortFace<int>, 6> faces;
@@ -30,7 +30,7 @@ struct ShapeTable {
 };
 
 // clang-format off
-inline constexpr std::array<ShapeTable, 4> kShapeTables = {{
+inline constexpr std::array<CellShapeTable, 4> kShapeTables = {{
     {4, 4, {{{0, 2, 1, -1}, {0, 1, 3, -1}, {1, 2, 3, -1}, {0, 3, 2, -1}}},
      {0, 2, 1, 3}},
     {8, 6, {{{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}}},
@@ -42,7 +42,7 @@ inline constexpr std::array<ShapeTable, 4> kShapeTables = {{
 }};
 // clang-format on
 
-inline ShapeTable const& TableOfShape(CellShape shape) {
+inline CellShapeTable const& TableOfShape(CellShape shape) {
   return kShapeTables[static_cast<std::size_t>(shape)];
 }
 
