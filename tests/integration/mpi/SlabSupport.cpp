@@ -51,7 +51,7 @@ SlabPeriod SlabPeriodOf(Period const& period, BlockRanges const& faces, int rank
     auto const [a, b] = period.faces[pair];
     if (faces.BlockOf(a) != rank) continue;
     result.faces.push_back({a, b});
-    if (!period.turn.empty()) result.description.turn.push_back(period.turn[pair]);
+    if (!period.turn.empty()) result.turn.push_back(period.turn[pair]);
   }
   return result;
 }
@@ -68,7 +68,7 @@ std::vector<T> ItemsOfAll(MpiCommunicator const& communicator, std::vector<T> co
 
 Period GatherPeriod(SlabPeriod const& own, MpiCommunicator const& communicator) {
   Period period = own.description;
-  period.turn = ItemsOfAll(communicator, own.description.turn);
+  period.turn = ItemsOfAll(communicator, own.turn);
   for (auto const& [a, b] : ItemsOfAll(communicator, own.faces)) {
     period.faces.emplace_back(static_cast<int>(a), static_cast<int>(b));
   }

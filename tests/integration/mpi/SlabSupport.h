@@ -19,7 +19,7 @@ SlabBlocks EvenBlocks(FaceMesh const& whole, MpiCommunicator const& communicator
 SlabBlocks UnevenBlocks(FaceMesh const& whole, MpiCommunicator const& communicator, unsigned seed);
 
 /// The rank's share of a mesh that every rank has whole. Not collective. Pairs of periodic faces keep their order on
-/// each rank; those of joined periods have their turns in `description.turn`, by own pair.
+/// each rank; those of joined periods have their turns.
 MeshSlab SlabOf(FaceMesh const& whole, MpiCommunicator const& communicator);
 MeshSlab SlabOf(FaceMesh const& whole, MpiCommunicator const& communicator, SlabBlocks const& blocks);
 
