@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <random>
 #include <string>
 #include <utility>
@@ -62,19 +61,6 @@ void ExpectSameRefusal(FaceMesh const& whole) {
   }
 }
 
-/// The slab of a mesh whose pairs have places of their own, so that they need not ascend by the first face.
-MeshSlab SlabWithPlaces(FaceMesh const& whole, MpiCommunicator const& world) {
-  MeshSlab slab = SlabOf(whole, world);
-  BlockRanges const faces = EvenBlocks(whole, world).faces;
-  for (std::size_t p = 0; p < whole.periods.size(); ++p) {
-    for (std::size_t i = 0; i < whole.periods[p].faces.size(); ++i) {
-      if (faces.BlockOf(whole.periods[p].faces[i].first) != world.rank()) continue;
-      slab.periods[p].place.push_back(static_cast<std::int64_t>(i));
-    }
-  }
-  return slab;
-}
-
 }  // namespace
 
 TEST(JoinSlabPeriods, FindsTheShiftsAndTurnsOfTheWhole) {
@@ -90,7 +76,7 @@ TEST(JoinSlabPeriods, TakesTheShiftOfTheFirstPair) {
   std::mt19937 random(3);
   for (int trial = 0; trial < 4; ++trial) {
     std::shuffle(pairs.begin(), pairs.end(), random);
-    MeshSlab slab = SlabWithPlaces(whole, world);
+    MeshSlab slab = SlabOf(whole, world);
     JoinSlabPeriods(world, slab, "m");
     FaceMesh joined = whole;
     JoinPeriods(joined, "m");
@@ -149,7 +135,7 @@ TEST(JoinSlabPeriods, NamesTheMisfitOfTheLowestPlace) {
   std::vector<std::pair<int, int>>& pairs = whole.periods[0].faces;
   std::reverse(pairs.begin(), pairs.end());
   std::swap(pairs[2].second, pairs[6].second);
-  MeshSlab slab = SlabWithPlaces(whole, world);
+  MeshSlab slab = SlabOf(whole, world);
   EXPECT_EQ(ErrorOnEveryRank([&] { JoinSlabPeriods(world, slab, "m"); }), RefusalOfWhole(whole));
 }
 
