@@ -68,7 +68,7 @@ class PartitionText {
         throw MeshError(file_.Name() + ": " + std::to_string(nRead_) + " parts for the " +
                         std::to_string(nCells_) + " cells of the mesh");
       }
-      std::int64_t const part = cursor_.Integer("the part of a cell");
+      std::int64_t const part = cursor_.Integer("a part number");
       if (part < 0 || part >= nParts_) {
         cursor_.Fail("part " + std::to_string(part) + " is none of the parts 0 to " +
                      std::to_string(nParts_ - 1) + ", one for each rank");
