@@ -1,7 +1,7 @@
 """Builds the compiled modules of zyn3dgradop by CMake; pyproject.toml has the rest.
 
 The environment variable ZYN_PARALLEL_HOST, ON or OFF, says whether to build what reads meshes on several MPI ranks. By
-default it is built where MPI and METIS are installed. CMAKE_ARGS is passed on to CMake.
+default it is built where MPI, METIS and PT-Scotch are installed. CMAKE_ARGS is passed on to CMake.
 """
 
 import os
@@ -29,8 +29,9 @@ def parallel_host():
     wanted = os.environ.get("ZYN_PARALLEL_HOST")
     if wanted is not None:
         return wanted
-    has_metis = any(Path(prefix, "include", "metis.h").exists() for prefix in ("/usr", "/usr/local"))
-    return "ON" if has_metis and shutil.which("mpicxx") else "OFF"
+    folders = [Path(prefix, "include", folder) for prefix in ("/usr", "/usr/local") for folder in ("", "scotch-int64")]
+    has_partitioners = all(any((folder / name).exists() for folder in folders) for name in ("metis.h", "ptscotch.h"))
+    return "ON" if has_partitioners and shutil.which("mpicxx") else "OFF"
 
 
 class CMakeBuild(build_ext):

@@ -291,7 +291,8 @@ void RunThreads(double cells, int nRounds, bool isFirstRank) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int threadLevel = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &threadLevel);  // PT-Scotch needs it
   int rank = 0;
   MPI_Comm_rank(MPI_COMM_WORLD, &rank);
   MPI_Comm_size(MPI_COMM_WORLD, &nRanks);

@@ -295,7 +295,8 @@ extern "C" lapack_int LAPACKE_dgesv(int layout, lapack_int n, lapack_int nrhs, d
 }
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int threadLevel = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &threadLevel);  // PT-Scotch needs it
   Choice choice;
   if (argc > 3) choice.methods = argv[3];
   if (argc > 4) choice.shapes = argv[4];

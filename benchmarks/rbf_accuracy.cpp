@@ -284,7 +284,8 @@ void RunMoves() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int threadLevel = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &threadLevel);  // PT-Scotch needs it
   if (argc == 2 && std::string(argv[1]) == "moved") {
     RunMoves();
   } else {

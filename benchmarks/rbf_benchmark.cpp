@@ -188,7 +188,8 @@ void RunMesh(std::string const& shape, double cells, MemoryRates const& rates) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int threadLevel = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &threadLevel);  // PT-Scotch needs it
   MemoryRates const rates = benchmarks::MeasureMemoryRates([] {});
   for (std::string const shape : {"hex", "tet"})
     for (int i = 1; i < argc; ++i) RunMesh(shape, std::atof(argv[i]), rates);

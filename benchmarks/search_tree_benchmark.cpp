@@ -271,7 +271,8 @@ void Run(double cells, int nPoint) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int threadLevel = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &threadLevel);  // PT-Scotch needs it
   Run(argc > 1 ? std::atof(argv[1]) : 20000, argc > 2 ? std::atoi(argv[2]) : 5000);
   MPI_Finalize();
   return 0;

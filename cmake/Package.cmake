@@ -66,7 +66,7 @@ set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packagi
   ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
 set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_RECOMMENDS openmpi-bin)
 # For those who build with the reference host.
-set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS "libopenmpi-dev, libmetis-dev, libcgns-dev, zlib1g-dev")
+set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_SUGGESTS "libopenmpi-dev, libmetis-dev, libptscotch-dev, libcgns-dev, zlib1g-dev")
 
 if(TARGET zyn3dgradop_python)
   # The module has the version of Python that it was built for in its name.

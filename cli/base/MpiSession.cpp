@@ -34,6 +34,13 @@ void EndWithMpirun() {
   if (std::getenv("OMPI_COMM_WORLD_RANK") != nullptr) prctl(PR_SET_PDEATHSIG, SIGTERM);
 }
 
+/// The program has no threads that communicate, but PT-Scotch asks for an MPI library that allows it.
+/// reference_host::CanPartitionSlabs tells whether this one does.
+void InitForThreads(int* argc, char*** argv) {
+  int level = 0;
+  MPI_Init_thread(argc, argv, MPI_THREAD_MULTIPLE, &level);
+}
+
 }  // namespace
 
 #if defined(ZYN_ADDRESS_SANITIZER)
@@ -45,7 +52,7 @@ MpiSession::MpiSession(int* argc, char*** argv) {
   StayAloneWhenAlone();
   EndWithMpirun();
   __lsan::ScopedDisabler const notOurs;
-  MPI_Init(argc, argv);
+  InitForThreads(argc, argv);
 }
 
 MpiSession::~MpiSession() {
@@ -58,7 +65,7 @@ MpiSession::~MpiSession() {
 MpiSession::MpiSession(int* argc, char*** argv) {
   StayAloneWhenAlone();
   EndWithMpirun();
-  MPI_Init(argc, argv);
+  InitForThreads(argc, argv);
 }
 
 MpiSession::~MpiSession() { MPI_Finalize(); }

@@ -243,7 +243,8 @@ int RunBoth(std::string const& mesh) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int threadLevel = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &threadLevel);  // PT-Scotch needs it
   int status = 2;
   try {
     status = RunBoth(argc > 1 ? argv[1] : "box:32,32,32");

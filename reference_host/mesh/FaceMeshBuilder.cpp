@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "reference_host/mesh/FaceGeometry.h"
 #include "reference_host/mesh/MeshError.h"
-#include "reference_host/mesh/Vector3.h"
 
 namespace reference_host {
 namespace {
@@ -13,52 +11,7 @@ namespace {
 constexpr int kUncovered = std::numeric_limits<int>::min();
 constexpr std::size_t kMostItems = std::numeric_limits<int>::max();
 
-/// Nodes of the faces of a standard cell by position in the cell, around the outward normal; -1 ends a
-/// triangle.
-struct ShapeTable {
-  int nNodes;
-  int nFaces;
-  std::array<std::array<int, 4>, 6> faces;
-  std::array<int, 8> mirrored;  ///< the correct order of the nodes of a cell given inside out
-};
-
-// clang-format off
-constexpr std::array<ShapeTable, 4> kShapes = {{
-    {4, 4, {{{0, 2, 1, -1}, {0, 1, 3, -1}, {1, 2, 3, -1}, {0, 3, 2, -1}}},
-     {0, 2, 1, 3}},
-    {8, 6, {{{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}}},
-     {4, 5, 6, 7, 0, 1, 2, 3}},
-    {6, 5, {{{0, 2, 1, -1}, {3, 4, 5, -1}, {0, 1, 4, 3}, {1, 2, 5, 4}, {2, 0, 3, 5}}},
-     {3, 4, 5, 0, 1, 2}},
-    {5, 5, {{{0, 3, 2, 1}, {0, 1, 4, -1}, {1, 2, 4, -1}, {2, 3, 4, -1}, {3, 0, 4, -1}}},
-     {0, 3, 2, 1, 4}},
-}};
-// clang-format on
-
-ShapeTable const& TableOf(CellShape shape) { return kShapes[static_cast<std::size_t>(shape)]; }
-
-int NodeCountOfFace(std::array<int, 4> const& face) { return face[3] < 0 ? 3 : 4; }
-
-/// Puts the lowest node first and the others in ascending order; a triangle's -1 stays last.
-std::array<int, 4> Sorted(std::array<int, 4> nodes) {
-  std::sort(nodes.begin(), nodes.begin() + NodeCountOfFace(nodes));
-  return nodes;
-}
-
-/// Whether b is a in reverse order, starting at any node.
-bool IsReverse(std::array<int, 4> const& a, std::array<int, 4> const& b) {
-  int const n = NodeCountOfFace(a);
-  for (int shift = 0; shift < n; ++shift) {
-    bool same = true;
-    for (int i = 0; i < n; ++i) same = same && a[i] == b[(shift + n - i) % n];
-    if (same) return true;
-  }
-  return false;
-}
-
 }  // namespace
-
-int NodeCount(CellShape shape) { return TableOf(shape).nNodes; }
 
 FaceMeshBuilder::FaceMeshBuilder(std::string meshName, std::vector<Point> points, std::vector<Patch> patches)
     : meshName_(std::move(meshName)), points_(std::move(points)), patches_(std::move(patches)) {
@@ -72,41 +25,16 @@ std::string FaceMeshBuilder::NameOfCell(int cell) const {
 }
 
 void FaceMeshBuilder::AddCell(CellShape shape, int const* nodes) {
-  ShapeTable const& table = TableOf(shape);
+  int const nNodes = NodeCount(shape);
   if (shape_.size() == kMostItems) Fail("more cells than an int can count");
   shape_.push_back(shape);
-  for (int i = 0; i < table.nNodes; ++i) {
-    if (std::find(nodes, nodes + i, nodes[i]) != nodes + i) {
-      Fail(NameOfCell(static_cast<int>(shape_.size()) - 1) + " has a node twice");
-    }
-    node_.push_back(nodes[i]);
+  if (FirstRepeated(nodes, nNodes) < nNodes) {
+    Fail(NameOfCell(static_cast<int>(shape_.size()) - 1) + " has a node twice");
   }
+  node_.insert(node_.end(), nodes, nodes + nNodes);
   nodeStart_.push_back(node_.size());
-  sideStart_.push_back(sideStart_.back() + table.nFaces);
-  OrientLastCell();
-}
-
-/// A volume that is zero or NaN does not show the orientation; the mesh check rejects the cell.
-void FaceMeshBuilder::OrientLastCell() {
-  if (!(VolumeOfLastCell() < 0.0)) return;
-  ShapeTable const& table = TableOf(shape_.back());
-  int* const nodes = node_.data() + node_.size() - table.nNodes;
-  std::array<int, 8> given{};
-  std::copy_n(nodes, table.nNodes, given.begin());
-  for (int i = 0; i < table.nNodes; ++i) nodes[i] = given[table.mirrored[i]];
-}
-
-/// Uses the triangles of the geometry of the operators, so that the signs agree.
-double FaceMeshBuilder::VolumeOfLastCell() const {
-  Point const& reference = points_[node_[nodeStart_[shape_.size() - 1]]];
-  double volume3 = 0.0;
-  for (int local = 0; local < TableOf(shape_.back()).nFaces; ++local) {
-    FaceNodes const nodes =
-        NodesOfSide({static_cast<std::uint32_t>(shape_.size() - 1), static_cast<std::uint32_t>(local)});
-    FaceFan const fan = ComputeFaceFan(points_, nodes.data(), NodeCountOfFace(nodes));
-    volume3 += Dot(fan.area, Difference(fan.apex, reference));
-  }
-  return volume3 / 3.0;
+  sideStart_.push_back(sideStart_.back() + FaceCount(shape));
+  OrientCell(points_, shape, node_.data() + node_.size() - nNodes);
 }
 
 void FaceMeshBuilder::AddSurface(int const* nodes, int n, int patch) {
@@ -117,11 +45,7 @@ void FaceMeshBuilder::AddSurface(int const* nodes, int n, int patch) {
 
 FaceMeshBuilder::FaceNodes FaceMeshBuilder::NodesOfSide(Side const& side) const {
   if (!IsCell(side)) return surface_[side.item - shape_.size()];
-  int const* const nodes = node_.data() + nodeStart_[side.item];
-  FaceNodes const& positions = TableOf(shape_[side.item]).faces[side.local];
-  FaceNodes face{};
-  for (std::size_t i = 0; i < face.size(); ++i) face[i] = positions[i] < 0 ? -1 : nodes[positions[i]];
-  return face;
+  return FaceOfCell(shape_[side.item], static_cast<int>(side.local), node_.data() + nodeStart_[side.item]);
 }
 
 FaceMesh FaceMeshBuilder::Build() {
@@ -137,7 +61,7 @@ std::vector<FaceMeshBuilder::Side> FaceMeshBuilder::SidesByLowestNode(
     std::vector<std::size_t>& startOfNode) const {
   auto const forEachSide = [this](auto const& visit) {
     for (std::size_t item = 0; item < shape_.size() + surface_.size(); ++item) {
-      int const nSides = item < shape_.size() ? TableOf(shape_[item]).nFaces : 1;
+      int const nSides = item < shape_.size() ? FaceCount(shape_[item]) : 1;
       for (int local = 0; local < nSides; ++local) {
         Side const side = {static_cast<std::uint32_t>(item), static_cast<std::uint32_t>(local)};
         visit(side, Sorted(NodesOfSide(side))[0]);
@@ -220,7 +144,7 @@ FaceMesh FaceMeshBuilder::CollectFaces() {
   mesh.nCells = static_cast<int>(shape_.size());
   int unnamed = -1;  // looked up at the first uncovered face
   for (int cell = 0; cell < mesh.nCells; ++cell) {
-    for (int local = 0; local < TableOf(shape_[cell]).nFaces; ++local) {
+    for (int local = 0; local < FaceCount(shape_[cell]); ++local) {
       int const other = otherSide_[sideStart_[cell] + local];
       if (other >= 0 && other < cell) continue;  // the other cell has added this face
       if (mesh.owner.size() == kMostItems) Fail("more faces than an int can count");

@@ -8,17 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "reference_host/mesh/CellShapes.h"
 #include "reference_host/mesh/FaceMesh.h"
 
 namespace reference_host {
-
-/// Standard cells. Order of their nodes: a triangle and the tip of a tetrahedron; a quadrangle and the tip of
-/// a pyramid; one end and then the other of a hexahedron or a prism, with corresponding nodes in the same
-/// order. The nodes of the first face go around the direction into the cell.
-enum class CellShape : std::uint8_t { Tetrahedron, Hexahedron, Prism, Pyramid };
-
-/// Number of nodes of a standard cell.
-int NodeCount(CellShape shape);
 
 /// Makes a face-addressed mesh from standard cells: finds the faces that two cells share, and takes the
 /// patches of the other faces from surface elements.
@@ -66,15 +59,12 @@ class FaceMeshBuilder {
     std::array<int, 3> otherNodes;
     Side side;
   };
-  /// Nodes of a face in order; node[3] = -1 for a triangle.
-  using FaceNodes = std::array<int, 4>;
+  using FaceNodes = ShortFace<int>;
 
   [[noreturn]] void Fail(std::string const& what) const;
   std::string NameOfCell(int cell) const;
   bool IsCell(Side const& side) const { return side.item < shape_.size(); }
 
-  void OrientLastCell();
-  double VolumeOfLastCell() const;
   FaceNodes NodesOfSide(Side const& side) const;
 
   std::vector<Side> SidesByLowestNode(std::vector<std::size_t>& startOfNode) const;

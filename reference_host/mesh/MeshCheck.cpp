@@ -24,10 +24,28 @@ constexpr double kMostOpening = 1e-9;
 /// coordinates alone leaves about 1e-16; a boundary-layer cell with an aspect ratio of a million has 1e-6.
 constexpr double kFlat = 1e-14;
 
+double Circumference(FaceTable const& faces, int f) {
+  int const n = faces.NodeCount(f);
+  int const* const nodes = faces.Nodes(f);
+  double sum = 0.0;
+  for (int i = 0; i < n; ++i) {
+    sum += Length(Difference(faces.points[nodes[(i + 1) % n]], faces.points[nodes[i]]));
+  }
+  return sum;
+}
+
+/// Empty: there is none.
+char const* ComplaintAboutVolume(double volume, double area) {
+  double const flat = kFlat * area * std::sqrt(area);
+  if (volume > flat && std::isfinite(volume)) return "";
+  if (volume < -flat) return "has a negative volume (its faces point inwards)";
+  return "has no volume";
+}
+
 class MeshChecker {
  public:
   MeshChecker(FaceMesh const& mesh, std::string const& meshName)
-      : mesh_(mesh), faces_(mesh), prefix_(meshName.empty() ? "" : meshName + ": ") {}
+      : mesh_(mesh), prefix_(meshName.empty() ? "" : meshName + ": ") {}
 
   void CheckAll() const {
     if (mesh_.nCells < 1) Fail("the mesh has no cells");
@@ -119,59 +137,54 @@ class MeshChecker {
              "has " + std::to_string(*few) + " faces; a cell needs 4 or more");
   }
 
-  double Circumference(int f) const {
-    int const n = faces_.NodeCount(f);
-    int const* const nodes = faces_.Nodes(f);
-    double sum = 0.0;
-    for (int i = 0; i < n; ++i) {
-      sum += Length(Difference(mesh_.points[nodes[(i + 1) % n]], mesh_.points[nodes[i]]));
-    }
-    return sum;
-  }
-
-  // The comparisons are written so that a NaN fails, which coordinates near the largest number can produce.
   void CheckAreas() const {
-    for (int f = 0; f < mesh_.nFaces(); ++f) {
-      double const area = Length(ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area);
-      double const circumference = Circumference(f);
-      if (!(area > kFlat * circumference * circumference)) FailFace(f, "has no area");
-    }
+    int const face = FirstFaceWithoutArea(mesh_);
+    if (face >= 0) FailFace(face, "has no area");
   }
 
   void CheckVolumes() const {
-    std::vector<Point> sum(mesh_.nCells, Point{0.0, 0.0, 0.0});
-    std::vector<double> area(mesh_.nCells, 0.0);
-    for (int f = 0; f < mesh_.nFaces(); ++f) {
-      Point const S = ComputeFaceFan(mesh_.points, faces_.Nodes(f), faces_.NodeCount(f)).area;
-      for (auto const& [cell, side] : {std::pair(mesh_.owner[f], 1.0), std::pair(mesh_.neighbour[f], -1.0)}) {
-        if (cell < 0) continue;
-        sum[cell] = Sum(sum[cell], Scaled(side, S));
-        area[cell] += Length(S);
-      }
-    }
-    std::vector<double> const volume = ComputeCellGeometry(faces_, mesh_.nCells).volume;
-    for (int c = 0; c < mesh_.nCells; ++c) {
-      if (!(Length(sum[c]) <= kMostOpening * area[c])) {
-        FailCell(c, "is not closed (the area vectors of its faces do not add up to zero)");
-      }
-      CheckVolume(c, volume[c], area[c]);
-    }
-  }
-
-  void CheckVolume(int c, double volume, double area) const {
-    double const flat = kFlat * area * std::sqrt(area);
-    if (volume > flat && std::isfinite(volume)) return;
-    if (volume < -flat) FailCell(c, "has a negative volume (its faces point inwards)");
-    FailCell(c, "has no volume");
+    BadCell const bad = FirstBadCell(mesh_, mesh_.nCells);
+    if (bad.cell >= 0) FailCell(bad.cell, bad.complaint);
   }
 
   FaceMesh const& mesh_;
-  FaceTable faces_;
   std::string prefix_;
 };
 
 }  // namespace
 
 void CheckMesh(FaceMesh const& mesh, std::string const& meshName) { MeshChecker(mesh, meshName).CheckAll(); }
+
+// The comparisons are written so that a NaN fails, which coordinates near the largest number can produce.
+int FirstFaceWithoutArea(FaceTable const& faces) {
+  for (int f = 0; f < faces.nFaces(); ++f) {
+    double const area = Length(ComputeFaceFan(faces.points, faces.Nodes(f), faces.NodeCount(f)).area);
+    double const circumference = Circumference(faces, f);
+    if (!(area > kFlat * circumference * circumference)) return f;
+  }
+  return -1;
+}
+
+BadCell FirstBadCell(FaceTable const& faces, int nCells) {
+  std::vector<Point> sum(nCells, Point{0.0, 0.0, 0.0});
+  std::vector<double> area(nCells, 0.0);
+  for (int f = 0; f < faces.nFaces(); ++f) {
+    Point const S = ComputeFaceFan(faces.points, faces.Nodes(f), faces.NodeCount(f)).area;
+    for (auto const& [cell, side] : {std::pair(faces.Owner(f), 1.0), std::pair(faces.Neighbour(f), -1.0)}) {
+      if (cell < 0 || cell >= nCells) continue;
+      sum[cell] = Sum(sum[cell], Scaled(side, S));
+      area[cell] += Length(S);
+    }
+  }
+  std::vector<double> const volume = ComputeCellGeometry(faces, nCells).volume;
+  for (int c = 0; c < nCells; ++c) {
+    if (!(Length(sum[c]) <= kMostOpening * area[c])) {
+      return {c, "is not closed (the area vectors of its faces do not add up to zero)"};
+    }
+    std::string const complaint = ComplaintAboutVolume(volume[c], area[c]);
+    if (!complaint.empty()) return {c, complaint};
+  }
+  return {};
+}
 
 }  // namespace reference_host

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/FaceMesh.h"
 
 namespace reference_host {
@@ -16,5 +17,17 @@ namespace reference_host {
 /// negative or zero.
 /// @param[in] meshName  what the message begins with, such as the file; may be empty
 void CheckMesh(FaceMesh const& mesh, std::string const& meshName = {});
+
+/// The first face without area; -1: none.
+int FirstFaceWithoutArea(FaceTable const& faces);
+
+/// A cell that fails the check of its geometry, and how.
+struct BadCell {
+  int cell = -1;  ///< -1: none
+  std::string complaint;
+};
+
+/// The first of the cells 0..nCells-1 that is not closed or has no positive volume.
+BadCell FirstBadCell(FaceTable const& faces, int nCells);
 
 }  // namespace reference_host

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <new>
@@ -37,7 +38,33 @@ std::size_t SizeOf(std::string const& name) {
   return size;
 }
 
+class PlainFile : public FileBytes {
+ public:
+  explicit PlainFile(std::string const& name)
+      : name_(name), size_(SizeOf(name)), stream_(name, std::ios::binary) {
+    if (!stream_) throw MeshError(name_ + ": cannot be opened for reading");
+  }
+
+  std::size_t Size() const override { return size_; }
+
+  void Read(std::size_t position, char* to, std::size_t n) override {
+    if (n == 0) return;
+    stream_.seekg(static_cast<std::streamoff>(position));
+    stream_.read(to, static_cast<std::streamsize>(n));
+    if (!stream_) throw MeshError(name_ + ": cannot be read to its end");
+  }
+
+ private:
+  std::string name_;
+  std::size_t size_;
+  std::ifstream stream_;
+};
+
 }  // namespace
+
+std::unique_ptr<FileBytes> OpenPlainFile(std::string const& name) {
+  return std::make_unique<PlainFile>(name);
+}
 
 FileContent AllocateContent(std::string const& name, std::size_t size) {
   try {
@@ -59,12 +86,34 @@ MeshFile::MeshFile(std::string name) : name_(std::move(name)) {
 MeshFile::MeshFile(std::string name, FileContent content, std::size_t firstByte)
     : name_(std::move(name)), content_(std::move(content)), firstByte_(firstByte) {}
 
+MeshFile::MeshFile(std::string name, std::unique_ptr<FileBytes> bytes, std::size_t piece)
+    : name_(std::move(name)), bytes_(std::move(bytes)), piece_(piece) {}
+
+void MeshFile::Read(std::size_t position, char* to, std::size_t n) const {
+  if (bytes_) {
+    bytes_->Read(position, to, n);
+  } else if (n > 0) {
+    std::memcpy(to, content_.bytes.get() + position, n);
+  }
+}
+
+/// The line of a position, from 1. A file in pieces is read again up to there: only failures ask.
+std::size_t MeshFile::LineAt(std::size_t offset) const {
+  std::size_t line = 1;
+  FileContent const piece = AllocateContent(name_, std::min(offset, piece_));
+  for (std::size_t at = 0; at < offset; at += piece_) {
+    std::size_t const n = std::min(piece_, offset - at);
+    Read(at, piece.bytes.get(), n);
+    line += static_cast<std::size_t>(std::count(piece.bytes.get(), piece.bytes.get() + n, '\n'));
+  }
+  return line;
+}
+
 void MeshFile::Fail(std::size_t offset, std::string const& what) const {
-  offset = std::min(offset, content_.size);
+  offset = std::min(offset, Size());
   if (placesByOffset_)
     throw MeshError(name_ + ": offset " + std::to_string(firstByte_ + offset) + ": " + what);
-  auto const line = 1 + std::count(content_.bytes.get(), content_.bytes.get() + offset, '\n');
-  throw MeshError(name_ + ":" + std::to_string(line) + ": " + what);
+  throw MeshError(name_ + ":" + std::to_string(LineAt(offset)) + ": " + what);
 }
 
 void RequireRegularFile(std::string const& name) {

@@ -19,9 +19,24 @@ struct FileContent {
 /// @param[in] name  the file
 FileContent AllocateContent(std::string const& name, std::size_t size);
 
-/// The content of a mesh file, read at once, and the names of places in it for messages.
+/// The bytes of a file, for reading a piece of them at a time. Reading from front to back is cheap.
+class FileBytes {
+ public:
+  virtual ~FileBytes() = default;
+  virtual std::size_t Size() const = 0;
+
+  /// Reads n bytes from a position on. Throws MeshError if the file cannot be read. @pre position + n <= Size()
+  virtual void Read(std::size_t position, char* to, std::size_t n) = 0;
+};
+
+/// Opens a file as it is on disk. Throws MeshError if it cannot be read.
+std::unique_ptr<FileBytes> OpenPlainFile(std::string const& name);
+
+/// The content of a mesh file, read at once or in pieces, and the names of places in it for messages.
 class MeshFile {
  public:
+  static constexpr std::size_t kPiece = std::size_t{1} << 20;
+
   /// Reads the whole file. Throws MeshError if it cannot be read.
   explicit MeshFile(std::string name);
 
@@ -29,7 +44,19 @@ class MeshFile {
   /// @param[in] firstByte  position of the content in the file, for messages that name the byte
   MeshFile(std::string name, FileContent content, std::size_t firstByte);
 
+  /// A file that is never held whole.
+  /// @param[in] piece  bytes that readers ask for at a time
+  MeshFile(std::string name, std::unique_ptr<FileBytes> bytes, std::size_t piece = kPiece);
+
   std::string const& Name() const { return name_; }
+  std::size_t Size() const { return bytes_ ? bytes_->Size() : content_.size; }
+  bool IsInPieces() const { return bytes_ != nullptr; }
+  std::size_t Piece() const { return piece_; }
+
+  /// Copies bytes of the content. @pre position + n <= Size()
+  void Read(std::size_t position, char* to, std::size_t n) const;
+
+  /// Empty for a file in pieces.
   std::string_view Content() const { return content_.View(); }
 
   /// From now on, messages give the byte instead of the line, since lines mean nothing between binary
@@ -40,8 +67,12 @@ class MeshFile {
   [[noreturn]] void Fail(std::size_t offset, std::string const& what) const;
 
  private:
+  std::size_t LineAt(std::size_t offset) const;
+
   std::string name_;
   FileContent content_;
+  std::unique_ptr<FileBytes> bytes_;  ///< null: content_ has them all
+  std::size_t piece_ = kPiece;
   std::size_t firstByte_ = 0;
   bool placesByOffset_ = false;
 };

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,9 @@ namespace reference_host {
 
 /// Reads the text of a mesh file item by item. Every failure is a MeshError that names the position of the
 /// last item. The file is borrowed.
+///
+/// Of a file in pieces, the cursor holds a piece around its position. What it returns of the text can be used until the
+/// next item but one is read.
 class TextCursor {
  public:
   enum class Comments { None, CStyle };
@@ -19,9 +23,9 @@ class TextCursor {
 
   std::size_t Position() const { return position_; }
   void MoveTo(std::size_t position) { position_ = position; }
-  /// What has been read since a position.
-  std::string_view Since(std::size_t position) const { return text_.substr(position, position_ - position); }
-  std::size_t Remaining() const { return text_.size() - position_; }
+  /// What has been read since a position, at most so many characters.
+  std::string_view Since(std::size_t position, std::size_t most);
+  std::size_t Remaining() const { return end_ - position_; }
 
   /// Whether only blanks and comments are left.
   bool AtEnd();
@@ -52,6 +56,13 @@ class TextCursor {
   /// The n bytes in "(n bytes)". Fails if the file ends before.
   std::string_view Bytes(char const* what, std::size_t n);
 
+  /// Passes over the n bytes in "(n bytes)", with the same failures. Returns the position of the first one.
+  std::size_t SkipBytes(char const* what, std::size_t n);
+
+  /// Passes over the rest of a list in parentheses, the first of which has been read, whatever is in it. Returns false
+  /// if the file ends before.
+  bool SkipToClosing();
+
   std::int64_t Integer(char const* what);
   double Real(char const* what);
 
@@ -68,6 +79,20 @@ class TextCursor {
   }
 
  private:
+  /// The least text that is held ahead of the position at the start of an item: more than messages quote.
+  static constexpr std::size_t kAhead = 64;
+
+  char Here() const { return text_[position_ - base_]; }
+  std::size_t WindowEnd() const { return base_ + text_.size(); }
+  void Load(std::size_t from, std::size_t n);
+  void Hold(std::size_t position, std::size_t n);
+  void Fill() {
+    if (position_ + kAhead > WindowEnd() || position_ < base_) Hold(position_, kAhead);
+  }
+  bool Grow();
+  std::size_t Find(std::string_view what, std::size_t from);
+  void BeginBytes(char const* what, std::size_t n);
+
   void SkipBlanks();
   bool SkipComment();
   void BeginToken(char const* what);
@@ -75,7 +100,10 @@ class TextCursor {
   [[noreturn]] void FailExpected(char const* what);
 
   MeshFile const& file_;
-  std::string_view text_;
+  std::string_view text_;                     ///< what is held of the file
+  std::size_t base_ = 0;                      ///< its position
+  std::size_t end_;                           ///< of the file
+  std::unique_ptr<char[]> window_, earlier_;  ///< of a file in pieces: text_, and what was held before
   Comments comments_;
   std::size_t position_ = 0;
   std::size_t tokenStart_ = 0;

@@ -133,7 +133,7 @@ class FieldParser {
   void ReadDimensions() {
     std::size_t const begin = text_.Position();
     file_.Value();
-    std::string exponents(text_.Since(begin).substr(0, 200));
+    std::string exponents(text_.Since(begin, 200));
     for (char& c : exponents) {
       if (c == '[' || c == ']') c = ' ';
     }

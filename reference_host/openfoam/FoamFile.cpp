@@ -19,10 +19,10 @@ bool BeginsWithHeader(TextCursor& text) {
 
 }  // namespace
 
-FoamFile::FoamFile(std::string const& folder, std::string const& name)
+FoamFile::FoamFile(std::string const& folder, std::string const& name, Reading reading)
     : storage_(FindFoamFile((std::filesystem::path(folder) / name).string())) {
   if (storage_.piece == FoamStorage::kWhole) {
-    Open();
+    Open(reading);
   } else {
     OpenPiece();
   }
@@ -30,8 +30,11 @@ FoamFile::FoamFile(std::string const& folder, std::string const& name)
   if (header_.format.isBinary) file_->NamePlacesByOffset();
 }
 
-void FoamFile::Open() {
-  if (storage_.IsCompressed()) {
+void FoamFile::Open(Reading reading) {
+  if (reading == Reading::InPieces) {
+    file_ = std::make_unique<MeshFile>(
+        Name(), storage_.IsCompressed() ? OpenGzipFile(Name()) : OpenPlainFile(Name()));
+  } else if (storage_.IsCompressed()) {
     file_ = std::make_unique<MeshFile>(Name(), GzipFile(Name()).ReadRest(), 0);
   } else {
     file_ = std::make_unique<MeshFile>(Name());

@@ -14,14 +14,21 @@ namespace reference_host {
 /// a processor's piece of a collated file.
 class FoamFile {
  public:
+  /// Pieces of collated files are always held whole.
+  enum class Reading { Whole, InPieces };
+
   /// Opens what FindFoamFile finds for FOLDER/NAME. Throws MeshError for files that are missing, damaged or without a
   /// header.
-  FoamFile(std::string const& folder, std::string const& name);
+  FoamFile(std::string const& folder, std::string const& name, Reading reading = Reading::Whole);
 
   /// The file on disk.
   std::string const& Name() const { return storage_.file; }
   FoamStorage const& Storage() const { return storage_; }
 
+  /// Whether a position in the content is one in the file on disk.
+  bool IsAsOnDisk() const { return storage_.piece == FoamStorage::kWhole && !storage_.IsCompressed(); }
+
+  MeshFile const& Content() const { return *file_; }
   TextCursor& Text() { return *text_; }
   FoamFormat const& Format() const { return header_.format; }
 
@@ -33,7 +40,7 @@ class FoamFile {
   std::string Value() { return ReadFoamValue(*text_, header_.format); }
 
  private:
-  void Open();
+  void Open(Reading reading);
   void OpenPiece();
 
   FoamStorage storage_;

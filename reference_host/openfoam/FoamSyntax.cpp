@@ -35,7 +35,7 @@ std::size_t BytesOfItem(std::string_view listType, FoamFormat const& format) {
 void SkipBinaryList(TextCursor& text, std::size_t bytesOfItem) {
   std::size_t const n = text.Count("the length of a list", bytesOfItem);
   if (n == 0) return;  // whatever brackets follow are text
-  text.Bytes("a binary list", n * bytesOfItem);
+  text.SkipBytes("a binary list", n * bytesOfItem);
 }
 
 /// The number behind "label=" or "scalar=" in the header's entry arch, 32 or 64.
@@ -109,8 +109,8 @@ std::string ReadFoamValue(TextCursor& text, FoamFormat const& format) {
     } else {
       std::string_view const word = text.Word("the end of an entry");
       if (isFirst) first = word;
-      if (word == "#" && text.Peek() == '{') text.Verbatim();
       std::size_t const bytesOfItem = format.isBinary ? BytesOfItem(word, format) : 0;
+      if (word == "#" && text.Peek() == '{') text.Verbatim();
       if (bytesOfItem > 0) SkipBinaryList(text, bytesOfItem);
     }
   }

@@ -42,6 +42,29 @@ std::size_t StatedSize(std::string const& name, std::size_t size) {
   return stated;
 }
 
+class GzipBytes : public FileBytes {
+ public:
+  explicit GzipBytes(std::string const& name) : name_(name), file_(std::make_unique<GzipFile>(name)) {
+    FileContent const buffer = AllocateContent(name_, kBuffer);
+    while (file_->Fill(buffer.bytes.get(), buffer.size) > 0) continue;
+    size_ = file_->Position();
+  }
+
+  std::size_t Size() const override { return size_; }
+
+  void Read(std::size_t position, char* to, std::size_t n) override {
+    if (n == 0) return;
+    if (position < file_->Position()) file_ = std::make_unique<GzipFile>(name_);
+    file_->Skip(position - file_->Position());
+    if (file_->Fill(to, n) != n) throw MeshError(name_ + ": cannot be read to its end");
+  }
+
+ private:
+  std::string name_;
+  std::unique_ptr<GzipFile> file_;
+  std::size_t size_ = 0;
+};
+
 }  // namespace
 
 void GzipFile::Closer::operator()(gzFile_s* file) const { gzclose_r(file); }
@@ -66,7 +89,6 @@ void GzipFile::FailRead() const {
   throw MeshError(name_ + ": cannot be read: " + (code == Z_ERRNO ? std::strerror(errno) : text));
 }
 
-/// Reads up to n bytes; fewer at the end.
 std::size_t GzipFile::Fill(char* to, std::size_t n) {
   std::size_t nRead = 0;
   while (nRead < n) {
@@ -120,5 +142,7 @@ void GzipFile::Skip(std::size_t n) {
     left -= nRead;
   }
 }
+
+std::unique_ptr<FileBytes> OpenGzipFile(std::string const& name) { return std::make_unique<GzipBytes>(name); }
 
 }  // namespace reference_host

@@ -36,8 +36,10 @@ class GzipFile {
 
   void Skip(std::size_t n);
 
- private:
+  /// Reads up to n bytes to a place; fewer at the end of the file.
   std::size_t Fill(char* to, std::size_t n);
+
+ private:
   [[noreturn]] void FailRead() const;
 
   struct Closer {
@@ -50,5 +52,9 @@ class GzipFile {
   std::size_t mostBytes_ = 0;
   std::size_t likelyBytes_ = 0;  ///< of the whole content
 };
+
+/// Opens a file for reading its unpacked content in pieces. Unpacks it once to find its size, and reading what is before
+/// the last piece means to unpack it again.
+std::unique_ptr<FileBytes> OpenGzipFile(std::string const& name);
 
 }  // namespace reference_host

@@ -5,14 +5,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <limits>
-#include <map>
-#include <optional>
-#include <set>
 #include <system_error>
+#include <utility>
 
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MeshNames.h"
-#include "reference_host/mesh/MessageText.h"
 #include "reference_host/openfoam/FoamFile.h"
 #include "reference_host/openfoam/FoamList.h"
 
@@ -158,205 +155,26 @@ void ReadCells(std::string const& folder, FaceMesh& mesh) {
   CountCells(folder, mesh);
 }
 
-/// What the entry of a patch of type cyclic says of the patch beyond the period.
-struct CyclicEntry {
-  std::string neighbourPatch;
-  std::string coupleGroup;  ///< a name that two patches have, instead of neighbourPatch
-  std::string transform;
-  std::optional<Point> separation;
-  double tolerance = 1e-4;  ///< OpenFOAM's own default
-};
-
-/// The entry of one patch in the file boundary.
-struct BoundaryEntry {
-  Patch patch;
-  PatchFaces faces = {-1, -1};
-  CyclicEntry cyclic;
-};
-
-std::string ReadPatchName(TextCursor& text, char const* what) {
-  return std::string(text.Peek() == '"' ? text.QuotedString(what) : text.Name(what));
-}
-
-Point ReadVector(TextCursor& text, char const* what) {
-  Point vector{};
-  text.Expect('(');
-  for (double& x : vector) x = text.Real(what);
-  text.Expect(')');
-  return vector;
-}
-
-void ReadCyclicEntry(TextCursor& text, std::string const& key, CyclicEntry& cyclic) {
-  constexpr double kLargestTolerance = 0.1;  // of a face: beyond it, other faces would match, too
-  if (text.Peek() == '{') return;            // a dictionary of something else
-  if (key == "neighbourPatch") cyclic.neighbourPatch = ReadPatchName(text, "the name of a patch");
-  if (key == "coupleGroup") cyclic.coupleGroup = ReadPatchName(text, "the name of a group");
-  if (key == "transform") cyclic.transform = std::string(text.Word("a kind of transform"));
-  if (key == "separationVector") cyclic.separation = ReadVector(text, "a component of separationVector");
-  if (key == "matchTolerance") {
-    double const tolerance = text.Real("matchTolerance");
-    if (tolerance > 0.0) cyclic.tolerance = std::min(tolerance, kLargestTolerance);
-  }
-}
-
-// name { type wall; nFaces 10; startFace 20; ... }
-BoundaryEntry ReadPatch(FoamFile& file) {
-  TextCursor& text = file.Text();
-  BoundaryEntry entry;
-  entry.patch.name = ReadPatchName(text, "a patch name");
-  std::string const& name = entry.patch.name;
-  text.Expect('{');
-  for (std::string key = file.Keyword(); !key.empty(); key = file.Keyword()) {
-    if (key == "nFaces") entry.faces.count = text.Integer("the number of faces of a patch");
-    if (key == "startFace") entry.faces.first = text.Integer("the first face of a patch");
-    if (key == "myProcNo") entry.faces.processor = text.Integer("the number of a processor");
-    if (key == "neighbProcNo") entry.faces.neighbour = text.Integer("the number of a processor");
-    if (key == "referPatch") entry.faces.referPatch = ReadPatchName(text, "the name of a patch");
-    ReadCyclicEntry(text, key, entry.cyclic);
-    std::string const value = file.Value();
-    if (key == "type") entry.patch.type = value;
-  }
-  if (name.empty() || entry.patch.type.empty() || entry.faces.count < 0 || entry.faces.first < 0) {
-    text.Fail("patch " + Quoted(name) + " needs a name, a type, nFaces and startFace");
-  }
-  return entry;
-}
-
-/// Rejects a patch whose faces are not among the boundary faces firstFace .. endFace-1.
-void CheckRange(FoamFile const& file, BoundaryEntry const& entry, std::int64_t firstFace,
-                std::int64_t endFace) {
-  PatchFaces const& faces = entry.faces;
-  if (faces.count == 0) return;
-  if (faces.first >= firstFace && faces.first < endFace && faces.count <= endFace - faces.first) return;
-  throw MeshError(file.Name() + ": patch " + Quoted(entry.patch.name) + " has " +
-                  std::to_string(faces.count) + " faces from " + std::to_string(faces.first) +
-                  " on, but boundary faces are " + std::to_string(firstFace) + " to " +
-                  std::to_string(endFace - 1));
-}
-
-/// Assigns faces to the last patch.
-void ClaimFaces(FoamFile const& file, PatchFaces const& faces, FaceMesh& mesh) {
-  int const patch = static_cast<int>(mesh.patches.size()) - 1;
-  for (std::int64_t f = faces.first; f < faces.first + faces.count; ++f) {
-    if (mesh.facePatch[f] >= 0) {
-      throw MeshError(file.Name() + ": patch " + Quoted(mesh.patches[patch].name) + " and patch " +
-                      Quoted(mesh.patches[mesh.facePatch[f]].name) + " both have face " + std::to_string(f));
-    }
-    mesh.facePatch[f] = patch;
-  }
-}
-
-// N (patch patch ...)
-template <class TakePatch>
-void ReadPatches(FoamFile& file, TakePatch const& takePatch) {
-  TextCursor& text = file.Text();
-  std::set<std::string> names;
-  ReadFoamList(text, "the number of patches", [&] {
-    BoundaryEntry const entry = ReadPatch(file);
-    if (!names.insert(entry.patch.name).second) text.Fail("a second patch " + Quoted(entry.patch.name));
-    takePatch(entry);
-  });
-}
-
-/// Pairs the patches of type cyclic: each names the other, or both name the same group.
-class CyclicPairs {
- public:
-  CyclicPairs(FoamFile const& file, FaceMesh& mesh, std::vector<BoundaryEntry> const& entries)
-      : file_(file), mesh_(mesh), entries_(entries) {
-    for (std::size_t p = 0; p < entries.size(); ++p) {
-      if (!IsCyclic(p)) continue;
-      byName_[entries[p].patch.name] = static_cast<int>(p);
-      byGroup_[entries[p].cyclic.coupleGroup].push_back(static_cast<int>(p));
-    }
-  }
-
-  void Find() {
-    for (std::size_t p = 0; p < entries_.size(); ++p) {
-      int const partner = PartnerOf(static_cast<int>(p));
-      if (partner < 0) continue;
-      mesh_.patches[p].partners = {partner};
-      if (static_cast<int>(p) < partner) AddPeriod(static_cast<int>(p), partner);
-    }
-  }
-
- private:
-  [[noreturn]] void Fail(int patch, std::string const& what) const {
-    throw MeshError(file_.Name() + ": patch " + Quoted(mesh_.patches[patch].name) + " " + what);
-  }
-
-  bool IsCyclic(std::size_t p) const { return entries_[p].patch.type == "cyclic"; }
-
-  /// -1 for a patch that is not cyclic, or that names no partner.
-  int PartnerOf(int p) const {
-    CyclicEntry const& cyclic = entries_[p].cyclic;
-    if (!IsCyclic(p) || (cyclic.neighbourPatch.empty() && cyclic.coupleGroup.empty())) return -1;
-    int const partner = NamedBy(p);
-    if (partner < 0 || partner == p || NamedBy(partner) != p) {
-      bool const isByName = !cyclic.neighbourPatch.empty();
-      Fail(p, "of type cyclic needs another cyclic patch " +
-                  (isByName ? Quoted(cyclic.neighbourPatch) + " that names it in turn"
-                            : "of the coupleGroup " + Quoted(cyclic.coupleGroup)));
-    }
-    return partner;
-  }
-
-  int NamedBy(int p) const {
-    CyclicEntry const& cyclic = entries_[p].cyclic;
-    if (!cyclic.neighbourPatch.empty()) {
-      auto const found = byName_.find(cyclic.neighbourPatch);
-      return found != byName_.end() ? found->second : -1;
-    }
-    std::vector<int> const& group = byGroup_.at(cyclic.coupleGroup);
-    if (group.size() != 2) return -1;
-    return group[0] == p ? group[1] : group[0];
-  }
-
-  void AddPeriod(int first, int second) {
-    BoundaryEntry const& a = entries_[first];
-    BoundaryEntry const& b = entries_[second];
-    if (a.faces.count != b.faces.count) {
-      Fail(first, "has " + std::to_string(a.faces.count) + " faces, its neighbourPatch " +
-                      Quoted(b.patch.name) + " has " + std::to_string(b.faces.count));
-    }
-    Period& period = mesh_.periods.emplace_back();
-    period.patch = first;
-    period.partner = second;
-    period.name = "cyclic patch " + Quoted(a.patch.name);
-    if (a.cyclic.transform == "rotational" || b.cyclic.transform == "rotational")
-      period.refusal = "is rotational";
-    period.tolerance = a.cyclic.tolerance;
-    period.vector = a.cyclic.separation;
-    for (std::int64_t k = 0; k < a.faces.count; ++k) {
-      period.faces.emplace_back(static_cast<int>(a.faces.first + k), static_cast<int>(b.faces.first + k));
-    }
-  }
-
-  FoamFile const& file_;
-  FaceMesh& mesh_;
-  std::vector<BoundaryEntry> const& entries_;
-  std::map<std::string, int> byName_;                // of the cyclic patches
-  std::map<std::string, std::vector<int>> byGroup_;  // of the cyclic patches
-};
-
 void ReadBoundary(std::string const& folder, PolyMesh& polyMesh) {
-  FoamFile file(folder, "boundary");
   FaceMesh& mesh = polyMesh.mesh;
-  int const nInner = static_cast<int>(mesh.neighbour.size());
+  auto const nInner = static_cast<std::int64_t>(mesh.neighbour.size());
+  PolyMeshPatches read = ReadPolyMeshPatches(folder, nInner, mesh.nFaces());
   mesh.neighbour.resize(mesh.owner.size(), -1);
   mesh.facePatch.assign(mesh.owner.size(), -1);
-  std::vector<BoundaryEntry> entries;
-  ReadPatches(file, [&](BoundaryEntry const& entry) {
-    entries.push_back(entry);
-    mesh.patches.push_back(entry.patch);
-    polyMesh.facesOfPatch.push_back(entry.faces);
-    CheckRange(file, entry, nInner, mesh.nFaces());
-    ClaimFaces(file, entry.faces, mesh);
-  });
-  for (int f = nInner; f < mesh.nFaces(); ++f) {
-    if (mesh.facePatch[f] < 0)
-      throw MeshError(file.Name() + ": face " + std::to_string(f) + " is in no patch");
+  for (std::size_t p = 0; p < read.patches.size(); ++p) {
+    PatchFaces const& faces = read.facesOfPatch[p];
+    for (std::int64_t f = faces.first; f < faces.first + faces.count; ++f)
+      mesh.facePatch[f] = static_cast<int>(p);
   }
-  CyclicPairs(file, mesh, entries).Find();
+  for (CyclicFaces const& cyclic : read.periods) {
+    Period& period = mesh.periods.emplace_back(cyclic.period);
+    for (std::int64_t k = 0; k < cyclic.count; ++k) {
+      period.faces.emplace_back(static_cast<int>(cyclic.firstFace + k),
+                                static_cast<int>(cyclic.firstPartner + k));
+    }
+  }
+  mesh.patches = std::move(read.patches);
+  polyMesh.facesOfPatch = std::move(read.facesOfPatch);
 }
 
 /// One file is enough: the reader then reports which of the others is missing.

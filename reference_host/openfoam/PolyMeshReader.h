@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "reference_host/mesh/FaceMesh.h"
+#include "reference_host/openfoam/PolyMeshPatches.h"
 
 namespace reference_host {
 
@@ -18,15 +19,6 @@ namespace reference_host {
 /// Throws MeshError for damaged files. Pass the result to CheckMesh before you use it.
 /// @param[in] folder  the polyMesh folder itself
 FaceMesh ReadPolyMesh(std::string const& folder);
-
-/// The faces of a patch, and for a patch of type processor the two processors that it connects.
-struct PatchFaces {
-  std::int64_t first = 0;  ///< counted from 0 among all faces of the mesh
-  std::int64_t count = 0;
-  std::int64_t processor = -1;  ///< the one whose folder this is; -1: not given
-  std::int64_t neighbour = -1;
-  std::string referPatch = {};  ///< of type processorCyclic: the cyclic patch that the cut goes through
-};
 
 /// A polyMesh with the data that a FaceMesh does not have.
 struct PolyMesh {

@@ -10,20 +10,12 @@
 
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/Periods.h"
+#include "reference_host/parallel/CellGraph.h"
 #include "reference_host/parallel/MeshDistribution.h"
 #include "reference_host/partition/CuthillMcKee.h"
 
 namespace reference_host {
 namespace {
-
-/// The graph of the cells: cell c has the neighbours columns[rowStart[c] .. rowStart[c+1]-1], once for each
-/// shared face, those beyond periods included.
-struct CellGraph {
-  std::vector<std::size_t> rowStart;
-  std::vector<int> columns;
-
-  int nCells() const { return static_cast<int>(rowStart.size()) - 1; }
-};
 
 /// A cell that is its own neighbour beyond a period is left out: METIS takes no loops.
 CellGraph MakeCellGraph(FaceMesh const& mesh) {
@@ -145,10 +137,12 @@ void CheckCounts(FaceMesh const& mesh, int nParts, std::string const& meshName) 
 std::vector<int> PartitionMesh(FaceMesh const& mesh, int nParts, std::string const& meshName) {
   CheckCounts(mesh, nParts, meshName);
   if (nParts == 1) return std::vector<int>(static_cast<std::size_t>(mesh.nCells), 0);
+  return PartitionGraph(MakeCellGraph(mesh), nParts);
+}
 
+std::vector<int> PartitionGraph(CellGraph&& graph, int nParts) {
   constexpr int kFewCells = 8;
-  CellGraph graph = MakeCellGraph(mesh);
-  if (mesh.nCells / nParts < kFewCells) return PartitionByOrder(graph, nParts);
+  if (graph.nCells() / nParts < kFewCells) return PartitionByOrder(graph, nParts);
 
   MetisGraph metisGraph = MakeMetisGraph(std::move(graph));
   graph = {};

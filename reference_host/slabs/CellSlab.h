@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "reference_host/mesh/FaceMeshBuilder.h"
+#include "reference_host/mesh/CellShapes.h"
 #include "reference_host/parallel/MpiCommunicator.h"
 #include "reference_host/slabs/BlockRanges.h"
 #include "reference_host/slabs/MeshSlab.h"

@@ -41,7 +41,7 @@ struct SlabPeriod {
 ///
 /// The block of cells has no content of its own: it says which rank keeps the facts about a cell, such as its part.
 struct MeshSlab {
-  BlockRanges nodes, cells;
+  BlockRanges nodes, cells, faces;
 
   std::vector<Point> points;  ///< of the own block of nodes
 
@@ -53,18 +53,13 @@ struct MeshSlab {
   std::vector<int> facePatch;
   std::vector<Patch> patches;  ///< the same on every rank
 
-  /// The numbers of the faces. A mesh whose ranks do not have contiguous blocks of them gives each number in
-  /// `faceNumber`; `faces` is then meaningless, and there are no periods.
-  BlockRanges faces;
-  std::vector<std::int64_t> faceNumber;  ///< by own face; empty: faces.First(rank) + f
-
   std::vector<SlabPeriod> periods;
 
   SlabNames names;
 
   std::size_t nOwnFaces() const { return owner.size(); }
   std::int64_t NumberOfFace(std::size_t f, int rank) const {
-    return faceNumber.empty() ? faces.First(rank) + static_cast<std::int64_t>(f) : faceNumber[f];
+    return faces.First(rank) + static_cast<std::int64_t>(f);
   }
 };
 

@@ -41,4 +41,7 @@ class SlabNaming {
 /// Collective. Gives every rank the face that rank `from` has in question; ignored on other ranks.
 FaceInQuestion BroadcastFace(MpiCommunicator const& communicator, int from, FaceInQuestion const& face);
 
+/// Collective. Gives every rank the text that rank `from` has; ignored on other ranks.
+std::string ShareText(MpiCommunicator const& communicator, int from, std::string const& text);
+
 }  // namespace reference_host

@@ -30,7 +30,8 @@ class FailurePrinter : public testing::EmptyTestEventListener {
 
 /// Every rank runs all tests; the exit code is 0 only if they passed on every rank.
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int threadLevel = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &threadLevel);  // PT-Scotch needs it
   testing::InitGoogleTest(&argc, argv);
   int rank = 0;
   MPI_Comm_rank(MPI_COMM_WORLD, &rank);

@@ -1,0 +1,533 @@
+#include "reference_host/slabs/CellSlab.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <utility>
+
+#include "reference_host/mesh/MeshError.h"
+#include "reference_host/parallel/MpiAgreement.h"
+#include "reference_host/slabs/MpiLists.h"
+#include "reference_host/slabs/NumberSet.h"
+
+namespace reference_host {
+namespace {
+
+/// Items that a rank sends in one round: a few tens of megabytes.
+constexpr std::size_t kItemsOfRound = std::size_t{1} << 18;
+
+/// Collective. Calls action(begin, end) for pieces of 0..n-1, equally often on every rank, perhaps with empty pieces.
+template <class Action>
+void InRounds(MpiCommunicator const& communicator, std::size_t n, Action const& action) {
+  std::uint64_t nRounds = (n + kItemsOfRound - 1) / kItemsOfRound;
+  MPI_Allreduce(MPI_IN_PLACE, &nRounds, 1, MPI_UINT64_T, MPI_MAX, communicator.get());
+  for (std::uint64_t round = 0; round < nRounds; ++round) {
+    action(std::min(n, round * kItemsOfRound), std::min(n, (round + 1) * kItemsOfRound));
+  }
+}
+
+/// FetchItems in rounds. Calls take(i, value) for each item.
+template <class T, class Value, class Take>
+void FetchInRounds(MpiCommunicator const& communicator, BlockRanges const& ranges,
+                   std::vector<std::int64_t> const& items, Value const& value, Take const& take) {
+  InRounds(communicator, items.size(), [&](std::size_t begin, std::size_t end) {
+    std::vector<T> const values =
+        FetchItems<T>(communicator, ranges,
+                      std::vector<std::int64_t>(items.begin() + static_cast<std::ptrdiff_t>(begin),
+                                                items.begin() + static_cast<std::ptrdiff_t>(end)),
+                      value);
+    for (std::size_t i = begin; i < end; ++i) take(i, values[i - begin]);
+  });
+}
+
+/// A face of an own cell: the cell's place in the block times 8, plus which face of the cell.
+using OwnSide = std::uint64_t;
+
+/// A side or a surface element on its way to the rank where all of the same nodes meet.
+struct Traveller {
+  ShortFace<std::int64_t> nodes;  ///< ascending
+  std::int64_t item;              ///< cell, or number of cells + surface element
+  std::int64_t label;             ///< of a surface element
+  /// [i] position among the ascending nodes of the i-th node around the face
+  std::array<std::uint8_t, 4> order;
+};
+
+/// What comes back for a side: a cell, kNobody, or the label of a surface element as -2 - label.
+constexpr std::int64_t kNobody = -1;
+constexpr std::int64_t LabelAsAnswer(std::int64_t label) { return -2 - label; }
+
+Traveller MakeTraveller(ShortFace<std::int64_t> const& around, std::int64_t item, std::int64_t label) {
+  Traveller traveller = {Sorted(around), item, label, {}};
+  auto const n = static_cast<std::size_t>(NodeCountOfFace(around));
+  for (std::size_t i = 0; i < n; ++i) {
+    traveller.order[i] = static_cast<std::uint8_t>(
+        std::find(traveller.nodes.begin(), traveller.nodes.end(), around[i]) - traveller.nodes.begin());
+  }
+  return traveller;
+}
+
+ShortFace<std::int64_t> NodesAround(Traveller const& traveller) {
+  ShortFace<std::int64_t> around = {-1, -1, -1, -1};
+  auto const n = static_cast<std::size_t>(NodeCountOfFace(traveller.nodes));
+  for (std::size_t i = 0; i < n; ++i) around[i] = traveller.nodes[traveller.order[i]];
+  return around;
+}
+
+/// Cells that cannot all have the same face. Of all in a mesh, the one with the lowest nodes is reported.
+struct CellConflict {
+  ShortFace<std::int64_t> nodes;      ///< ascending
+  std::array<std::int64_t, 3> cells;  ///< [2] = -1: two cells on the same side
+};
+
+/// Where the sides with a certain lowest node meet, and in which round. Both are scattered, since the sides of one
+/// rank often have their lowest nodes close together.
+class MeetingPlaces {
+ public:
+  MeetingPlaces(int nRanks, std::uint64_t nRounds)
+      : nRanks_(static_cast<std::uint64_t>(nRanks)), nRounds_(nRounds) {}
+
+  int RankOf(std::int64_t lowestNode) const {
+    return static_cast<int>((Scattered(lowestNode) >> 32) % nRanks_);
+  }
+  std::uint64_t RoundOf(std::int64_t lowestNode) const {
+    return (Scattered(lowestNode) & 0xFFFFFFFF) * nRounds_ >> 32;
+  }
+
+ private:
+  /// The multiplier is odd and its bits are irregular, so that all bits of the product depend on the number.
+  static std::uint64_t Scattered(std::int64_t number) {
+    std::uint64_t const product = static_cast<std::uint64_t>(number + 1) * 0x9E3779B97F4A7C15U;
+    return product ^ (product >> 29);
+  }
+
+  std::uint64_t nRanks_, nRounds_;
+};
+
+/// Makes a JoinedSlab. Sides meet first on the rank of their cells. A side goes to another rank only if no own cell
+/// has it, too, or if cells of other ranks have all of its nodes: they might have the side as well.
+class SlabJoiner {
+ public:
+  SlabJoiner(MpiCommunicator const& communicator, std::string const& meshName, CellSlab&& slab)
+      : communicator_(communicator), meshName_(meshName), slab_(std::move(slab)) {}
+
+  JoinedSlab Join() {
+    RunTogether(communicator_, [this] { NumberNodesHere(); });
+    FetchNodes();
+    RunTogether(communicator_, [this] {
+      OrientCells();
+      MatchOwnSides();
+    });
+    MatchTravellers();
+    ReportConflict();
+    NumberNodes();
+    RunTogether(communicator_, [this] { CollectFaces(); });
+    result_.mesh.faces = RangesOf(communicator_, static_cast<std::int64_t>(result_.mesh.owner.size()));
+    NameParts();
+    return std::move(result_);
+  }
+
+ private:
+  [[noreturn]] void Fail(std::string const& what) const { throw MeshError(meshName_ + ": " + what); }
+
+  std::int64_t FirstCell() const { return slab_.cells.First(communicator_.rank()); }
+  std::string NameOfCell(std::int64_t cell) const {
+    return slab_.nameOfCell ? slab_.nameOfCell(cell) : "cell " + std::to_string(cell + 1);
+  }
+
+  /// Numbers the nodes of own cells 0, 1, ... in the order of their numbers in the file.
+  void NumberNodesHere() {
+    NumberSet set(slab_.nodes.nItems());
+    nodeStart_.reserve(slab_.shape.size() + 1);
+    sideStart_.reserve(slab_.shape.size() + 1);
+    for (CellShape const shape : slab_.shape) {
+      std::int64_t const* const nodes = slab_.node.data() + nodeStart_.back();
+      int const nNodes = NodeCount(shape);
+      if (FirstRepeated(nodes, nNodes) < nNodes) {
+        Fail(NameOfCell(FirstCell() + static_cast<std::int64_t>(nodeStart_.size()) - 1) +
+             " has a node twice");
+      }
+      std::for_each(nodes, nodes + nNodes, [&](std::int64_t node) { set.Insert(node); });
+      nodeStart_.push_back(nodeStart_.back() + static_cast<std::size_t>(nNodes));
+      sideStart_.push_back(sideStart_.back() + static_cast<std::size_t>(FaceCount(shape)));
+    }
+    set.Count();
+    if (set.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+      Fail("the cells of rank " + std::to_string(communicator_.rank()) +
+           " have more nodes than an int can count");
+    }
+    fileNode_ = set.Ascending();
+    node_.reserve(slab_.node.size());
+    for (std::int64_t const node : slab_.node) node_.push_back(static_cast<int>(set.PlaceOf(node)));
+    slab_.node = {};
+  }
+
+  /// Gets the points of the nodes here, and which of them cells of other ranks have, too.
+  void FetchNodes() {
+    nAsking_.assign(slab_.points.size(), 0);
+    std::int64_t const first = slab_.nodes.First(communicator_.rank());
+    InRounds(communicator_, fileNode_.size(), [&](std::size_t begin, std::size_t end) {
+      RankLists<std::int64_t> const asked = SwapLists(
+          communicator_, ListsByRank<std::int64_t>(
+                             communicator_.size(), end - begin,
+                             [&](std::size_t i) { return slab_.nodes.BlockOf(fileNode_[begin + i]); },
+                             [&](std::size_t i) { return fileNode_[begin + i]; }));
+      for (std::int64_t const node : asked.items) {
+        std::uint8_t& n = nAsking_[static_cast<std::size_t>(node - first)];
+        n = static_cast<std::uint8_t>(std::min(n + 1, 2));
+      }
+    });
+
+    struct Answer {
+      Point point;
+      std::int64_t isShared;
+    };
+    point_.resize(fileNode_.size());
+    isShared_.resize(fileNode_.size());
+    FetchInRounds<Answer>(
+        communicator_, slab_.nodes, fileNode_,
+        [this](std::int64_t own) {
+          auto const n = static_cast<std::size_t>(own);
+          return Answer{slab_.points[n], nAsking_[n] > 1 ? 1 : 0};
+        },
+        [this](std::size_t i, Answer const& answer) {
+          point_[i] = answer.point;
+          isShared_[i] = static_cast<char>(answer.isShared);
+        });
+  }
+
+  void OrientCells() {
+    for (std::size_t c = 0; c < slab_.shape.size(); ++c) {
+      OrientCell(point_, slab_.shape[c], node_.data() + nodeStart_[c]);
+    }
+    point_ = {};
+  }
+
+  ShortFace<int> NodesOf(OwnSide side) const {
+    auto const cell = static_cast<std::size_t>(side / 8);
+    return FaceOfCell(slab_.shape[cell], static_cast<int>(side % 8), node_.data() + nodeStart_[cell]);
+  }
+  std::int64_t CellOf(OwnSide side) const { return FirstCell() + static_cast<std::int64_t>(side / 8); }
+  std::int64_t& OtherOf(OwnSide side) { return other_[sideStart_[side / 8] + side % 8]; }
+
+  ShortFace<std::int64_t> InFile(ShortFace<int> const& nodes) const {
+    ShortFace<std::int64_t> file{};
+    for (std::size_t i = 0; i < file.size(); ++i)
+      file[i] = nodes[i] < 0 ? -1 : fileNode_[static_cast<std::size_t>(nodes[i])];
+    return file;
+  }
+
+  bool IsSharedSide(ShortFace<int> const& nodes) const {
+    return std::all_of(nodes.begin(), nodes.begin() + NodeCountOfFace(nodes),
+                       [this](int node) { return isShared_[static_cast<std::size_t>(node)] != 0; });
+  }
+
+  /// The own sides in the order of their lowest node: equal ones end up among a few dozen others, in linear time.
+  /// Those of node n are at startOfNode[n]..startOfNode[n+1]-1, by ascending cell.
+  void SortByLowestNode(std::vector<std::size_t>& startOfNode) {
+    auto const forEachSide = [this](auto const& visit) {
+      for (std::size_t c = 0; c < slab_.shape.size(); ++c) {
+        for (int local = 0; local < FaceCount(slab_.shape[c]); ++local) {
+          ShortFace<int> const nodes = FaceOfCell(slab_.shape[c], local, node_.data() + nodeStart_[c]);
+          visit(OwnSide{8 * c + static_cast<std::size_t>(local)},
+                static_cast<std::size_t>(
+                    *std::min_element(nodes.begin(), nodes.begin() + NodeCountOfFace(nodes))));
+        }
+      }
+    };
+    // Counting sort. The counts are shifted by one more place than usual, because placing a side advances the
+    // start of its node to the start of the next node.
+    startOfNode.assign(fileNode_.size() + 2, 0);
+    forEachSide([&](OwnSide, std::size_t lowest) { ++startOfNode[lowest + 2]; });
+    for (std::size_t n = 2; n < startOfNode.size(); ++n) startOfNode[n] += startOfNode[n - 1];
+    travelling_.resize(startOfNode.back());
+    forEachSide([&](OwnSide side, std::size_t lowest) { travelling_[startOfNode[lowest + 1]++] = side; });
+  }
+
+  struct SortedSide {
+    std::array<int, 3> otherNodes;  ///< ascending; -1 in place of a triangle's fourth node
+    OwnSide side;
+  };
+
+  /// Joins own cells, and leaves in travelling_ the sides that have to meet those of other ranks.
+  void MatchOwnSides() {
+    std::vector<std::size_t> startOfNode;
+    SortByLowestNode(startOfNode);
+    other_.assign(sideStart_.back(), kNobody);
+
+    auto const before = [](SortedSide const& a, SortedSide const& b) {
+      if (a.otherNodes != b.otherNodes) return a.otherNodes < b.otherNodes;
+      return a.side < b.side;
+    };
+    std::size_t nTravelling = 0;
+    std::vector<SortedSide> ofNode;
+    for (std::size_t n = 0; n < fileNode_.size(); ++n) {
+      ofNode.clear();
+      for (std::size_t i = startOfNode[n]; i < startOfNode[n + 1]; ++i) {
+        ShortFace<int> const nodes = Sorted(NodesOf(travelling_[i]));
+        ofNode.push_back({{nodes[1], nodes[2], nodes[3]}, travelling_[i]});
+      }
+      std::sort(ofNode.begin(), ofNode.end(), before);
+      SortedSide const* const end = ofNode.data() + ofNode.size();
+      for (SortedSide const* first = ofNode.data(); first != end;) {
+        SortedSide const* last = first + 1;
+        while (last != end && last->otherNodes == first->otherNodes) ++last;
+        if (last - first == 1 || IsSharedSide(NodesOf(first->side))) {
+          for (SortedSide const* s = first; s != last; ++s) travelling_[nTravelling++] = s->side;
+        } else {
+          MatchEqualSides(first, last);
+        }
+        first = last;
+      }
+    }
+    travelling_.resize(nTravelling);
+    travelling_.shrink_to_fit();
+  }
+
+  void MatchEqualSides(SortedSide const* first, SortedSide const* last) {
+    OwnSide const a = first[0].side, b = first[1].side;
+    ShortFace<int> const nodes = NodesOf(a);
+    if (last - first > 2) {
+      NoteConflict({Sorted(InFile(nodes)), {CellOf(a), CellOf(b), CellOf(first[2].side)}});
+    } else if (!IsReverse(nodes, NodesOf(b))) {
+      NoteConflict({Sorted(InFile(nodes)), {CellOf(a), CellOf(b), -1}});
+    } else {
+      OtherOf(a) = CellOf(b);
+      OtherOf(b) = CellOf(a);
+    }
+  }
+
+  void NoteConflict(CellConflict const& conflict) {
+    if (!conflict_ || conflict.nodes < conflict_->nodes) conflict_ = conflict;
+  }
+
+  /// Lets the sides of travelling_ and the surface elements meet those with the same nodes.
+  void MatchTravellers() {
+    std::size_t const nSides = travelling_.size(), n = nSides + slab_.surface.size();
+    firstSurface_ =
+        RangesOf(communicator_, static_cast<std::int64_t>(slab_.surface.size())).First(communicator_.rank());
+    std::uint64_t nRounds = (n + kItemsOfRound - 1) / kItemsOfRound;
+    MPI_Allreduce(MPI_IN_PLACE, &nRounds, 1, MPI_UINT64_T, MPI_MAX, communicator_.get());
+    MeetingPlaces const places(communicator_.size(), nRounds);
+
+    for (std::uint64_t round = 0; round < nRounds; ++round) {
+      auto const rankOf = [&](std::size_t i) {
+        std::int64_t const lowest = LowestNodeOf(i);
+        return places.RoundOf(lowest) == round ? places.RankOf(lowest) : -1;
+      };
+      RankLists<std::int64_t> answers = AnswersTo(
+          SwapLists(communicator_, ListsByRank<Traveller>(communicator_.size(), n, rankOf,
+                                                          [this](std::size_t i) { return TravellerOf(i); })));
+      answers = SwapLists(communicator_, answers);
+      std::vector<std::size_t>& next = answers.start;
+      for (std::size_t i = 0; i < n; ++i) {
+        int const rank = rankOf(i);
+        if (rank < 0) continue;
+        std::int64_t const answer = answers.items[next[static_cast<std::size_t>(rank)]++];
+        if (i < nSides) OtherOf(travelling_[i]) = answer;
+      }
+    }
+    travelling_ = {};
+    slab_.surface = {};
+    slab_.label = {};
+  }
+
+  std::int64_t LowestNodeOf(std::size_t i) const {
+    auto const lowest = [](auto const& nodes) {
+      return *std::min_element(nodes.begin(), nodes.begin() + NodeCountOfFace(nodes));
+    };
+    if (i < travelling_.size()) return fileNode_[static_cast<std::size_t>(lowest(NodesOf(travelling_[i])))];
+    return lowest(slab_.surface[i - travelling_.size()]);
+  }
+
+  Traveller TravellerOf(std::size_t i) const {
+    if (i < travelling_.size()) {
+      return MakeTraveller(InFile(NodesOf(travelling_[i])), CellOf(travelling_[i]), -1);
+    }
+    std::size_t const s = i - travelling_.size();
+    return MakeTraveller(slab_.surface[s],
+                         slab_.cells.nItems() + firstSurface_ + static_cast<std::int64_t>(s), slab_.label[s]);
+  }
+
+  /// Matches the sides and surfaces of all ranks that have met here.
+  RankLists<std::int64_t> AnswersTo(RankLists<Traveller> const& met) {
+    std::vector<std::size_t> order(met.items.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+      Traveller const &x = met.items[a], &y = met.items[b];
+      return x.nodes != y.nodes ? x.nodes < y.nodes : x.item < y.item;
+    });
+    RankLists<std::int64_t> answers;
+    answers.start = met.start;
+    answers.items.assign(met.items.size(), kNobody);
+    for (std::size_t first = 0; first < order.size();) {
+      std::size_t last = first, nCells = 0;
+      while (last < order.size() && met.items[order[last]].nodes == met.items[order[first]].nodes) {
+        if (met.items[order[last]].item < slab_.cells.nItems()) ++nCells;
+        ++last;
+      }
+      AnswerEqual(met.items, order.data() + first, nCells, last - first, answers.items);
+      first = last;
+    }
+    return answers;
+  }
+
+  /// @param[in] at  [0..n-1] the places of equal sides, cells first, each ascending
+  void AnswerEqual(std::vector<Traveller> const& met, std::size_t const* at, std::size_t nCells,
+                   std::size_t n, std::vector<std::int64_t>& answers) {
+    Traveller const& first = met[at[0]];
+    if (nCells > 2) {
+      NoteConflict({first.nodes, {first.item, met[at[1]].item, met[at[2]].item}});
+    } else if (nCells == 2 && !IsReverse(NodesAround(first), NodesAround(met[at[1]]))) {
+      NoteConflict({first.nodes, {first.item, met[at[1]].item, -1}});
+    } else if (nCells == 2) {
+      answers[at[0]] = met[at[1]].item;
+      answers[at[1]] = first.item;
+    } else if (nCells == 1 && n > 1) {
+      answers[at[0]] = LabelAsAnswer(met[at[1]].label);
+    }
+  }
+
+  /// Throws if any rank has noted a conflict.
+  void ReportConflict() {
+    constexpr std::int64_t kNone = std::numeric_limits<std::int64_t>::max();
+    CellConflict const own = conflict_.value_or(CellConflict{{kNone, kNone, kNone, kNone}, {}});
+    std::vector<CellConflict> conflicts(static_cast<std::size_t>(communicator_.size()));
+    MPI_Allgather(&own, sizeof(CellConflict), MPI_BYTE, conflicts.data(), sizeof(CellConflict), MPI_BYTE,
+                  communicator_.get());
+    CellConflict const& first =
+        *std::min_element(conflicts.begin(), conflicts.end(),
+                          [](CellConflict const& a, CellConflict const& b) { return a.nodes < b.nodes; });
+    if (first.nodes[0] == kNone) return;
+    std::string const a = NameFromItsRank(first.cells[0]), b = NameFromItsRank(first.cells[1]);
+    if (first.cells[2] < 0) {
+      Fail(b + " lies on the same side of a common face as " + a +
+           " (the cell occurs twice, or cells overlap)");
+    }
+    Fail(NameFromItsRank(first.cells[2]) + " shares a face with " + a + " and " + b +
+         ": a face has two sides");
+  }
+
+  /// Collective.
+  std::string NameFromItsRank(std::int64_t cell) const {
+    int const rank = slab_.cells.BlockOf(cell);
+    std::string name = rank == communicator_.rank() ? NameOfCell(cell) : "";
+    auto length = static_cast<int>(name.size());
+    MPI_Bcast(&length, 1, MPI_INT, rank, communicator_.get());
+    name.resize(static_cast<std::size_t>(length));
+    MPI_Bcast(name.data(), length, MPI_CHAR, rank, communicator_.get());
+    return name;
+  }
+
+  /// Numbers the nodes that cells use in the order of the file, and replaces fileNode_ by those numbers.
+  void NumberNodes() {
+    MeshSlab& mesh = result_.mesh;
+    auto const isUsed = [](std::uint8_t n) { return n > 0; };
+    mesh.nodes = RangesOf(communicator_, std::count_if(nAsking_.begin(), nAsking_.end(), isUsed));
+    mesh.points = std::move(slab_.points);
+    std::int64_t const first = mesh.nodes.First(communicator_.rank());
+    std::size_t nKept = 0;
+    result_.numberOfNode.reserve(nAsking_.size());
+    for (std::size_t n = 0; n < nAsking_.size(); ++n) {
+      if (!isUsed(nAsking_[n])) {
+        result_.numberOfNode.push_back(-1);
+        continue;
+      }
+      result_.numberOfNode.push_back(first + static_cast<std::int64_t>(nKept));
+      mesh.points[nKept++] = mesh.points[n];
+    }
+    mesh.points.resize(nKept);
+    nAsking_ = {};
+    std::vector<std::int64_t> number(fileNode_.size());
+    FetchInRounds<std::int64_t>(
+        communicator_, slab_.nodes, fileNode_,
+        [this](std::int64_t own) { return result_.numberOfNode[static_cast<std::size_t>(own)]; },
+        [&](std::size_t i, std::int64_t value) { number[i] = value; });
+    fileNode_ = std::move(number);
+  }
+
+  /// Calls visit(cell, other, nodes) for the faces that are on this rank, in order.
+  template <class Visit>
+  void ForEachFace(Visit const& visit) const {
+    for (std::size_t c = 0; c < slab_.shape.size(); ++c) {
+      std::int64_t const cell = FirstCell() + static_cast<std::int64_t>(c);
+      for (std::size_t side = sideStart_[c]; side < sideStart_[c + 1]; ++side) {
+        if (other_[side] >= 0 && other_[side] < cell) continue;  // the other cell is the owner
+        visit(
+            cell, other_[side],
+            FaceOfCell(slab_.shape[c], static_cast<int>(side - sideStart_[c]), node_.data() + nodeStart_[c]));
+      }
+    }
+  }
+
+  void CollectFaces() {
+    MeshSlab& mesh = result_.mesh;
+    std::size_t nFaces = 0, nNodes = 0;
+    ForEachFace([&](std::int64_t, std::int64_t, ShortFace<int> const& nodes) {
+      ++nFaces;
+      nNodes += static_cast<std::size_t>(NodeCountOfFace(nodes));
+    });
+    mesh.cells = slab_.cells;
+    mesh.faceStart.reserve(nFaces + 1);
+    mesh.faceNode.reserve(nNodes);
+    mesh.owner.reserve(nFaces);
+    mesh.neighbour.reserve(nFaces);
+    result_.labelOfFace.reserve(nFaces);
+    ForEachFace([&](std::int64_t cell, std::int64_t other, ShortFace<int> const& nodes) {
+      for (int i = 0; i < NodeCountOfFace(nodes); ++i) {
+        auto const node = static_cast<std::size_t>(nodes[static_cast<std::size_t>(i)]);
+        mesh.faceNode.push_back(fileNode_[node]);
+      }
+      mesh.faceStart.push_back(mesh.faceNode.size());
+      mesh.owner.push_back(cell);
+      mesh.neighbour.push_back(std::max(other, std::int64_t{-1}));
+      result_.labelOfFace.push_back(other < kNobody ? LabelAsAnswer(other) : -1);
+    });
+    mesh.facePatch.assign(nFaces, -1);
+  }
+
+  void NameParts() {
+    MeshSlab& mesh = result_.mesh;
+    int const rank = communicator_.rank();
+    mesh.names.cell = slab_.nameOfCell;
+    std::vector<std::int64_t> kept;  // the own nodes, by place in the block of the file
+    if (mesh.points.size() < result_.numberOfNode.size()) {
+      kept.reserve(mesh.points.size());
+      for (std::size_t n = 0; n < result_.numberOfNode.size(); ++n) {
+        if (result_.numberOfNode[n] >= 0) kept.push_back(static_cast<std::int64_t>(n));
+      }
+    }
+    mesh.names.nodeNumber = [kept = std::move(kept), first = mesh.nodes.First(rank),
+                             firstInFile = slab_.nodes.First(rank),
+                             number = slab_.nodeNumber](std::int64_t node) {
+      std::int64_t const place = kept.empty() ? node - first : kept[static_cast<std::size_t>(node - first)];
+      return number ? number(firstInFile + place) : firstInFile + place + 1;
+    };
+  }
+
+  MpiCommunicator const& communicator_;
+  std::string const& meshName_;
+  CellSlab slab_;
+  JoinedSlab result_;
+
+  std::vector<std::size_t> nodeStart_ = {0}, sideStart_ = {0};  // [cell of the block]
+  std::vector<int> node_;                                       // of the own cells, into fileNode_
+  std::vector<std::int64_t> fileNode_;  // ascending: number in the file; at the end, in the mesh
+  std::vector<Point> point_;            // of fileNode_
+  std::vector<char> isShared_;          // by fileNode_: cells of other ranks have it, too
+  std::vector<std::uint8_t> nAsking_;   // by own node: how many ranks have cells with it; 2: more than one
+
+  std::vector<OwnSide> travelling_;
+  std::vector<std::int64_t> other_;  // by own side: the other cell, or as the answer to a traveller
+  std::int64_t firstSurface_ = 0;
+  std::optional<CellConflict> conflict_;
+};
+
+}  // namespace
+
+JoinedSlab JoinCells(MpiCommunicator const& communicator, std::string const& meshName, CellSlab&& slab) {
+  return SlabJoiner(communicator, meshName, std::move(slab)).Join();
+}
+
+}  // namespace reference_host
