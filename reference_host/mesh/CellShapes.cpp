@@ -23,7 +23,7 @@ double VolumeOfCell(std::vector<Point> const& points, CellShape shape, int const
 /// A volume that is zero or NaN does not show the orientation; the mesh check rejects the cell.
 void OrientCell(std::vector<Point> const& points, CellShape shape, int* nodes) {
   if (!(VolumeOfCell(points, shape, nodes) < 0.0)) return;
-  CellShapeTable const& table = TableOfShape(shape);
+  CellShapeTable const& table = TableOfCellShape(shape);
   std::array<int, 8> given{};
   std::copy_n(nodes, table.nNodes, given.begin());
   for (int i = 0; i < table.nNodes; ++i)

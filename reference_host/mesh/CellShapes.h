@@ -30,7 +30,7 @@ struct CellShapeTable {
 };
 
 // clang-format off
-inline constexpr std::array<CellShapeTable, 4> kShapeTables = {{
+inline constexpr std::array<CellShapeTable, 4> kCellShapeTables = {{
     {4, 4, {{{0, 2, 1, -1}, {0, 1, 3, -1}, {1, 2, 3, -1}, {0, 3, 2, -1}}},
      {0, 2, 1, 3}},
     {8, 6, {{{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7}}},
@@ -42,15 +42,15 @@ inline constexpr std::array<CellShapeTable, 4> kShapeTables = {{
 }};
 // clang-format on
 
-inline CellShapeTable const& TableOfShape(CellShape shape) {
-  return kShapeTables[static_cast<std::size_t>(shape)];
+inline CellShapeTable const& TableOfCellShape(CellShape shape) {
+  return kCellShapeTables[static_cast<std::size_t>(shape)];
 }
 
 /// Number of nodes of a standard cell.
-inline int NodeCount(CellShape shape) { return TableOfShape(shape).nNodes; }
+inline int NodeCount(CellShape shape) { return TableOfCellShape(shape).nNodes; }
 
 /// Number of faces of a standard cell.
-inline int FaceCount(CellShape shape) { return TableOfShape(shape).nFaces; }
+inline int FaceCount(CellShape shape) { return TableOfCellShape(shape).nFaces; }
 
 /// Inverts a cell with negative volume, which some files give inside out.
 /// @param[in,out] nodes  [0..NodeCount(shape)-1] into points
@@ -65,7 +65,7 @@ int NodeCountOfFace(ShortFace<Number> const& face) {
 /// @param[in] nodes  [0..NodeCount(shape)-1] of the cell
 template <class Number>
 ShortFace<Number> FaceOfCell(CellShape shape, int local, Number const* nodes) {
-  ShortFace<int> const& positions = TableOfShape(shape).faces[static_cast<std::size_t>(local)];
+  ShortFace<int> const& positions = TableOfCellShape(shape).faces[static_cast<std::size_t>(local)];
   ShortFace<Number> face{};
   for (std::size_t i = 0; i < face.size(); ++i)
     face[i] = positions[i] < 0 ? Number{-1} : nodes[static_cast<std::size_t>(positions[i])];

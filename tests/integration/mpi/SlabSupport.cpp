@@ -51,7 +51,8 @@ SlabPeriod SlabPeriodOf(Period const& period, BlockRanges const& faces, int rank
     auto const [a, b] = period.faces[pair];
     if (faces.BlockOf(a) != rank) continue;
     result.faces.push_back({a, b});
-    if (!period.turn.empty()) result.description.turn.push_back(period.turn[pair]);
+    result.place.push_back(static_cast<std::int64_t>(pair));
+    if (!period.turn.empty()) result.turn.push_back(period.turn[pair]);
   }
   return result;
 }
@@ -67,10 +68,19 @@ std::vector<T> ItemsOfAll(MpiCommunicator const& communicator, std::vector<T> co
 }
 
 Period GatherPeriod(SlabPeriod const& own, MpiCommunicator const& communicator) {
+  auto const faces = ItemsOfAll(communicator, own.faces);
+  auto const turn = ItemsOfAll(communicator, own.turn);
+  auto const place = ItemsOfAll(communicator, own.place);
+  std::vector<std::size_t> order(faces.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  if (!place.empty()) {
+    EXPECT_EQ(place.size(), faces.size());
+    std::sort(order.begin(), order.end(), [&](std::size_t i, std::size_t j) { return place[i] < place[j]; });
+  }
   Period period = own.description;
-  period.turn = ItemsOfAll(communicator, own.description.turn);
-  for (auto const& [a, b] : ItemsOfAll(communicator, own.faces)) {
-    period.faces.emplace_back(static_cast<int>(a), static_cast<int>(b));
+  for (std::size_t const i : order) {
+    period.faces.emplace_back(static_cast<int>(faces[i][0]), static_cast<int>(faces[i][1]));
+    if (!turn.empty()) period.turn.push_back(turn[i]);
   }
   return period;
 }
@@ -150,34 +160,26 @@ MeshSlab SlabOf(FaceMesh const& whole, MpiCommunicator const& communicator, Slab
 }
 
 FaceMesh Gather(MeshSlab const& slab, MpiCommunicator const& communicator) {
-  std::vector<std::int64_t> ownNumber(slab.nOwnFaces()), ownSize(slab.nOwnFaces());
-  for (std::size_t f = 0; f < slab.nOwnFaces(); ++f) {
-    ownNumber[f] = slab.NumberOfFace(f, communicator.rank());
+  EXPECT_EQ(slab.faces.Size(communicator.rank()), static_cast<std::int64_t>(slab.nOwnFaces()));
+  EXPECT_EQ(slab.nodes.Size(communicator.rank()), static_cast<std::int64_t>(slab.points.size()));
+  std::vector<std::int64_t> ownSize(slab.nOwnFaces());
+  for (std::size_t f = 0; f < ownSize.size(); ++f) {
     ownSize[f] = static_cast<std::int64_t>(slab.faceStart[f + 1] - slab.faceStart[f]);
   }
-  auto const number = ItemsOfAll(communicator, ownNumber), size = ItemsOfAll(communicator, ownSize);
-  auto const faceNode = ItemsOfAll(communicator, slab.faceNode);
-  auto const owner = ItemsOfAll(communicator, slab.owner);
-  auto const neighbour = ItemsOfAll(communicator, slab.neighbour);
-  auto const facePatch = ItemsOfAll(communicator, slab.facePatch);
-
   FaceMesh mesh;
+  for (std::int64_t const size : ItemsOfAll(communicator, ownSize)) {
+    mesh.faceStart.push_back(mesh.faceStart.back() + static_cast<std::size_t>(size));
+  }
+  auto const toInts = [](std::vector<std::int64_t> const& numbers) {
+    return std::vector<int>(numbers.begin(), numbers.end());
+  };
+  mesh.faceNode = toInts(ItemsOfAll(communicator, slab.faceNode));
+  mesh.owner = toInts(ItemsOfAll(communicator, slab.owner));
+  mesh.neighbour = toInts(ItemsOfAll(communicator, slab.neighbour));
+  mesh.facePatch = ItemsOfAll(communicator, slab.facePatch);
   mesh.points = ItemsOfAll(communicator, slab.points);
   mesh.nCells = static_cast<int>(slab.cells.nItems());
   mesh.patches = slab.patches;
-  std::vector<std::size_t> start(number.size() + 1, 0), order(number.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return number[a] < number[b]; });
-  for (std::size_t i = 0; i < size.size(); ++i) start[i + 1] = start[i] + static_cast<std::size_t>(size[i]);
-  for (std::size_t const i : order) {
-    EXPECT_EQ(number[i], static_cast<std::int64_t>(mesh.owner.size()));
-    for (std::size_t n = start[i]; n < start[i + 1]; ++n)
-      mesh.faceNode.push_back(static_cast<int>(faceNode[n]));
-    mesh.faceStart.push_back(mesh.faceNode.size());
-    mesh.owner.push_back(static_cast<int>(owner[i]));
-    mesh.neighbour.push_back(static_cast<int>(neighbour[i]));
-    mesh.facePatch.push_back(facePatch[i]);
-  }
   for (SlabPeriod const& period : slab.periods) {
     mesh.periods.push_back(GatherPeriod(period, communicator));
   }

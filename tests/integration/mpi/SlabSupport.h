@@ -18,13 +18,12 @@ SlabBlocks EvenBlocks(FaceMesh const& whole, MpiCommunicator const& communicator
 /// Blocks of random sizes, some of them empty. The same seed gives the same blocks on every rank.
 SlabBlocks UnevenBlocks(FaceMesh const& whole, MpiCommunicator const& communicator, unsigned seed);
 
-/// The rank's share of a mesh that every rank has whole. Not collective. Pairs of periodic faces keep their order on
-/// each rank; those of joined periods have their turns in `description.turn`, by own pair.
+/// The rank's share of a mesh that every rank has whole. Not collective. Pairs of periodic faces have
+/// their places.
 MeshSlab SlabOf(FaceMesh const& whole, MpiCommunicator const& communicator);
 MeshSlab SlabOf(FaceMesh const& whole, MpiCommunicator const& communicator, SlabBlocks const& blocks);
 
-/// Collective. The whole mesh on every rank: faces in the order of their numbers, pairs of periodic faces in that of
-/// the ranks, no names.
+/// Collective. The whole mesh on every rank: without names.
 FaceMesh Gather(MeshSlab const& slab, MpiCommunicator const& communicator);
 
 /// Expects that every number and every bit of the points is the same; names are not compared.
