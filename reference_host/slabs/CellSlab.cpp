@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -15,8 +14,8 @@
 namespace reference_host {
 namespace {
 
-/// Items that a rank sends in one round: a few tens of megabytes.
-constexpr std::size_t kItemsOfRound = std::size_t{1} << 18;
+/// Items that a rank sends in one round: some ten megabytes.
+constexpr std::size_t kItemsOfRound = std::size_t{1} << 17;
 
 /// Collective. Calls action(begin, end) for pieces of 0..n-1, equally often on every rank, perhaps with empty pieces.
 template <class Action>
@@ -304,78 +303,105 @@ class SlabJoiner {
 
   /// Lets the sides of travelling_ and the surface elements meet those with the same nodes.
   void MatchTravellers() {
-    std::size_t const nSides = travelling_.size(), n = nSides + slab_.surface.size();
-    firstSurface_ =
+    for (std::size_t s = 0; s < slab_.surface.size(); ++s) travelling_.push_back(FirstSurface() + s);
+    firstSurfaceItem_ =
+        slab_.cells.nItems() +
         RangesOf(communicator_, static_cast<std::int64_t>(slab_.surface.size())).First(communicator_.rank());
-    std::uint64_t nRounds = (n + kItemsOfRound - 1) / kItemsOfRound;
+    std::uint64_t nRounds = (travelling_.size() + kItemsOfRound - 1) / kItemsOfRound;
     MPI_Allreduce(MPI_IN_PLACE, &nRounds, 1, MPI_UINT64_T, MPI_MAX, communicator_.get());
     MeetingPlaces const places(communicator_.size(), nRounds);
-
+    std::vector<std::size_t> const startOfRound = SortByRound(places, nRounds);
     for (std::uint64_t round = 0; round < nRounds; ++round) {
-      auto const rankOf = [&](std::size_t i) {
-        std::int64_t const lowest = LowestNodeOf(i);
-        return places.RoundOf(lowest) == round ? places.RankOf(lowest) : -1;
-      };
-      RankLists<std::int64_t> answers = AnswersTo(
-          SwapLists(communicator_, ListsByRank<Traveller>(communicator_.size(), n, rankOf,
-                                                          [this](std::size_t i) { return TravellerOf(i); })));
-      answers = SwapLists(communicator_, answers);
-      std::vector<std::size_t>& next = answers.start;
-      for (std::size_t i = 0; i < n; ++i) {
-        int const rank = rankOf(i);
-        if (rank < 0) continue;
-        std::int64_t const answer = answers.items[next[static_cast<std::size_t>(rank)]++];
-        if (i < nSides) OtherOf(travelling_[i]) = answer;
-      }
+      LetMeet(places, travelling_.data() + startOfRound[round],
+              startOfRound[round + 1] - startOfRound[round]);
     }
     travelling_ = {};
     slab_.surface = {};
     slab_.label = {};
   }
 
-  std::int64_t LowestNodeOf(std::size_t i) const {
+  /// @return [0..nRounds] where the travellers of each round start in travelling_
+  std::vector<std::size_t> SortByRound(MeetingPlaces const& places, std::uint64_t nRounds) {
+    std::vector<std::size_t> start(nRounds + 1, 0);
+    if (nRounds < 2) {
+      start.back() = travelling_.size();
+      return start;
+    }
+    auto const roundOf = [&](std::uint64_t traveller) { return places.RoundOf(LowestNodeOf(traveller)); };
+    for (std::uint64_t const traveller : travelling_) ++start[roundOf(traveller) + 1];
+    for (std::size_t r = 0; r < nRounds; ++r) start[r + 1] += start[r];
+    std::vector<std::size_t> next(start.begin(), start.end() - 1);
+    std::vector<std::uint64_t> sorted(travelling_.size());
+    for (std::uint64_t const traveller : travelling_) sorted[next[roundOf(traveller)]++] = traveller;
+    travelling_ = std::move(sorted);
+    return start;
+  }
+
+  /// Collective. One round, with n travellers from here.
+  void LetMeet(MeetingPlaces const& places, std::uint64_t const* travellers, std::size_t n) {
+    std::vector<int> rank(n);
+    for (std::size_t i = 0; i < n; ++i) rank[i] = places.RankOf(LowestNodeOf(travellers[i]));
+    auto const rankOf = [&](std::size_t i) { return rank[i]; };
+    RankLists<std::int64_t> answers = AnswersTo(SwapLists(
+        communicator_, ListsByRank<Traveller>(communicator_.size(), n, rankOf,
+                                              [&](std::size_t i) { return TravellerOf(travellers[i]); })));
+    answers = SwapLists(communicator_, answers);
+    std::vector<std::size_t>& next = answers.start;
+    for (std::size_t i = 0; i < n; ++i) {
+      std::int64_t const answer = answers.items[next[static_cast<std::size_t>(rank[i])]++];
+      if (travellers[i] < FirstSurface()) OtherOf(travellers[i]) = answer;
+    }
+  }
+
+  /// Surface element s counts as side FirstSurface() + s among the travellers.
+  std::uint64_t FirstSurface() const { return 8 * slab_.shape.size(); }
+
+  std::int64_t LowestNodeOf(std::uint64_t traveller) const {
     auto const lowest = [](auto const& nodes) {
       return *std::min_element(nodes.begin(), nodes.begin() + NodeCountOfFace(nodes));
     };
-    if (i < travelling_.size()) return fileNode_[static_cast<std::size_t>(lowest(NodesOf(travelling_[i])))];
-    return lowest(slab_.surface[i - travelling_.size()]);
+    if (traveller < FirstSurface()) return fileNode_[static_cast<std::size_t>(lowest(NodesOf(traveller)))];
+    return lowest(slab_.surface[traveller - FirstSurface()]);
   }
 
-  Traveller TravellerOf(std::size_t i) const {
-    if (i < travelling_.size()) {
-      return MakeTraveller(InFile(NodesOf(travelling_[i])), CellOf(travelling_[i]), -1);
-    }
-    std::size_t const s = i - travelling_.size();
-    return MakeTraveller(slab_.surface[s],
-                         slab_.cells.nItems() + firstSurface_ + static_cast<std::int64_t>(s), slab_.label[s]);
+  Traveller TravellerOf(std::uint64_t traveller) const {
+    if (traveller < FirstSurface()) return MakeTraveller(InFile(NodesOf(traveller)), CellOf(traveller), -1);
+    std::size_t const s = traveller - FirstSurface();
+    return MakeTraveller(slab_.surface[s], firstSurfaceItem_ + static_cast<std::int64_t>(s), slab_.label[s]);
   }
 
   /// Matches the sides and surfaces of all ranks that have met here.
   RankLists<std::int64_t> AnswersTo(RankLists<Traveller> const& met) {
-    std::vector<std::size_t> order(met.items.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-      Traveller const &x = met.items[a], &y = met.items[b];
+    struct Place {
+      std::int64_t lowestNode;
+      std::size_t at;
+    };
+    std::vector<Place> order;
+    order.reserve(met.items.size());
+    for (Traveller const& traveller : met.items) order.push_back({traveller.nodes[0], order.size()});
+    std::sort(order.begin(), order.end(), [&](Place const& a, Place const& b) {
+      if (a.lowestNode != b.lowestNode) return a.lowestNode < b.lowestNode;
+      Traveller const &x = met.items[a.at], &y = met.items[b.at];
       return x.nodes != y.nodes ? x.nodes < y.nodes : x.item < y.item;
     });
     RankLists<std::int64_t> answers;
     answers.start = met.start;
     answers.items.assign(met.items.size(), kNobody);
-    for (std::size_t first = 0; first < order.size();) {
-      std::size_t last = first, nCells = 0;
-      while (last < order.size() && met.items[order[last]].nodes == met.items[order[first]].nodes) {
-        if (met.items[order[last]].item < slab_.cells.nItems()) ++nCells;
-        ++last;
-      }
-      AnswerEqual(met.items, order.data() + first, nCells, last - first, answers.items);
-      first = last;
+    std::vector<std::size_t> equal;
+    for (std::size_t i = 0; i < order.size();) {
+      ShortFace<std::int64_t> const& nodes = met.items[order[i].at].nodes;
+      equal.clear();
+      for (; i < order.size() && met.items[order[i].at].nodes == nodes; ++i) equal.push_back(order[i].at);
+      AnswerEqual(met.items, equal, answers.items);
     }
     return answers;
   }
 
-  /// @param[in] at  [0..n-1] the places of equal sides, cells first, each ascending
-  void AnswerEqual(std::vector<Traveller> const& met, std::size_t const* at, std::size_t nCells,
-                   std::size_t n, std::vector<std::int64_t>& answers) {
+  /// @param[in] at  the places of equal sides, cells first, each ascending
+  void AnswerEqual(std::vector<Traveller> const& met, std::vector<std::size_t> const& at,
+                   std::vector<std::int64_t>& answers) {
+    auto const nCells = std::count_if(
+        at.begin(), at.end(), [&](std::size_t place) { return met[place].item < slab_.cells.nItems(); });
     Traveller const& first = met[at[0]];
     if (nCells > 2) {
       NoteConflict({first.nodes, {first.item, met[at[1]].item, met[at[2]].item}});
@@ -384,7 +410,7 @@ class SlabJoiner {
     } else if (nCells == 2) {
       answers[at[0]] = met[at[1]].item;
       answers[at[1]] = first.item;
-    } else if (nCells == 1 && n > 1) {
+    } else if (nCells == 1 && at.size() > 1) {
       answers[at[0]] = LabelAsAnswer(met[at[1]].label);
     }
   }
@@ -518,9 +544,9 @@ class SlabJoiner {
   std::vector<char> isShared_;          // by fileNode_: cells of other ranks have it, too
   std::vector<std::uint8_t> nAsking_;   // by own node: how many ranks have cells with it; 2: more than one
 
-  std::vector<OwnSide> travelling_;
-  std::vector<std::int64_t> other_;  // by own side: the other cell, or as the answer to a traveller
-  std::int64_t firstSurface_ = 0;
+  std::vector<std::uint64_t> travelling_;  // own sides, and then surface elements, too
+  std::vector<std::int64_t> other_;        // by own side: the other cell, or as the answer to a traveller
+  std::int64_t firstSurfaceItem_ = 0;      // Traveller::item of the first own surface element
   std::optional<CellConflict> conflict_;
 };
 
