@@ -203,6 +203,7 @@ class PatchAssigner {
 
 FaceMesh ReadCgns(std::string const& file) {
   CgnsFile const cgns(file);
+  cgns.RequireIntCounts();
   std::vector<CgnsSection> const sections = cgns.Sections();
   if (sections.empty()) cgns.Fail("the zone has no section of elements");
   CgnsTopology topology =
