@@ -17,8 +17,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The file and the array in FILE.cgns:ARRAY; empty for anything else.
-std::optional<std::pair<std::string, std::string>> CgnsParts(std::string const& fieldSpec) {
+bool BeginsWithSymmetry(std::string const& type) {
+  std::string const word = "symmetry";  // also of symmetryPlane
+  return type.compare(0, word.size(), word) == 0;
+}
+
+/// Of a patch whose type in the field file is `type`, or unknown.
+FaceValues RuleForVectors(std::string const& type, Patch const& patch) {
+  if (type == "wedge" || (type.empty() && patch.type == "wedge")) return FaceValues::Turned;
+  if (BeginsWithSymmetry(type) || type == "slip") return FaceValues::Tangential;
+  if (!type.empty() || patch.type == "empty") return FaceValues::Cell;
+  bool const isPlane = BeginsWithSymmetry(patch.type) || patch.group == BoundaryGroup::Symmetry;
+  return isPlane ? FaceValues::Tangential : FaceValues::Cell;
+}
+
+}  // namespace
+
+std::optional<std::pair<std::string, std::string>> CgnsFieldParts(std::string const& fieldSpec) {
   std::string const ending = ".cgns";
   std::size_t const colon = fieldSpec.rfind(ending + ":");
   if (colon != std::string::npos) {
@@ -30,8 +45,27 @@ std::optional<std::pair<std::string, std::string>> CgnsParts(std::string const& 
   return std::nullopt;
 }
 
-/// A path as it is, or else one in the case that the mesh belongs to.
-std::string FindFieldFile(std::string const& polyMesh, std::string const& fieldSpec) {
+bool IsCgnsField(std::string const& fieldSpec) { return CgnsFieldParts(fieldSpec).has_value(); }
+
+FoamField CgnsFieldWithoutCells(int nComponents, std::vector<std::int64_t> const& nFaces) {
+  FoamField field;
+  field.nComponents = nComponents;
+  field.patch.resize(nFaces.size());
+  field.patchType.resize(nFaces.size());
+  for (std::int64_t const n : nFaces) field.lacksValues.push_back(n > 0 ? 1 : 0);
+  return field;
+}
+
+void CheckCgnsValueCount(std::string const& fieldSpec, std::int64_t nValues, std::int64_t nCells) {
+  if (nValues == nCells) return;
+  throw MeshError(fieldSpec + ": " + std::to_string(nValues) + " values for the " + std::to_string(nCells) +
+                  " cells of the mesh");
+}
+
+std::string FindFoamField(std::string const& polyMesh, std::string const& fieldSpec) {
+  if (polyMesh.empty()) {
+    throw MeshError(fieldSpec + ": an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)");
+  }
   fs::path const folder = CaseOfPolyMesh(polyMesh);
   auto const kindOf = [](fs::path const& path) {
     std::error_code ignored;
@@ -53,49 +87,15 @@ std::string FindFieldFile(std::string const& polyMesh, std::string const& fieldS
   return found.string();
 }
 
-FoamField ReadCgnsAsFoam(std::string const& fieldSpec, std::int64_t nCells,
-                         std::vector<std::int64_t> const& nFaces) {
-  auto const parts = CgnsParts(fieldSpec);
-  CgnsField cgns = ReadCgnsField(parts->first, parts->second);
-  std::int64_t const nValues = static_cast<std::int64_t>(cgns.cell.size()) / cgns.nComponents;
-  if (nValues != nCells) {
-    throw MeshError(fieldSpec + ": " + std::to_string(nValues) + " values for the " + std::to_string(nCells) +
-                    " cells of the mesh");
-  }
-  FoamField field;
-  field.nComponents = cgns.nComponents;
-  field.cell = std::move(cgns.cell);
-  field.patch.resize(nFaces.size());
-  field.patchType.resize(nFaces.size());
-  for (std::int64_t const n : nFaces) field.lacksValues.push_back(n > 0 ? 1 : 0);
-  return field;
-}
-
-bool BeginsWithSymmetry(std::string const& type) {
-  std::string const word = "symmetry";  // also of symmetryPlane
-  return type.compare(0, word.size(), word) == 0;
-}
-
-/// Of a patch whose type in the field file is `type`, or unknown.
-FaceValues RuleForVectors(std::string const& type, Patch const& patch) {
-  if (type == "wedge" || (type.empty() && patch.type == "wedge")) return FaceValues::Turned;
-  if (BeginsWithSymmetry(type) || type == "slip") return FaceValues::Tangential;
-  if (!type.empty() || patch.type == "empty") return FaceValues::Cell;
-  bool const isPlane = BeginsWithSymmetry(patch.type) || patch.group == BoundaryGroup::Symmetry;
-  return isPlane ? FaceValues::Tangential : FaceValues::Cell;
-}
-
-}  // namespace
-
-bool IsCgnsField(std::string const& fieldSpec) { return CgnsParts(fieldSpec).has_value(); }
-
 FoamField ReadField(std::string const& fieldSpec, std::string const& polyMesh, std::int64_t nCells,
                     PolyMeshBoundary const& boundary, std::vector<std::int64_t> const& nFaces) {
-  if (IsCgnsField(fieldSpec)) return ReadCgnsAsFoam(fieldSpec, nCells, nFaces);
-  if (polyMesh.empty()) {
-    throw MeshError(fieldSpec + ": an OpenFOAM field needs an OpenFOAM mesh (other fields: FILE.cgns:ARRAY)");
-  }
-  return ReadFoamField(FindFieldFile(polyMesh, fieldSpec), nCells, boundary);
+  auto const parts = CgnsFieldParts(fieldSpec);
+  if (!parts) return ReadFoamField(FindFoamField(polyMesh, fieldSpec), nCells, boundary);
+  CgnsField cgns = ReadCgnsField(parts->first, parts->second);
+  CheckCgnsValueCount(fieldSpec, static_cast<std::int64_t>(cgns.cell.size()) / cgns.nComponents, nCells);
+  FoamField field = CgnsFieldWithoutCells(cgns.nComponents, nFaces);
+  field.cell = std::move(cgns.cell);
+  return field;
 }
 
 std::vector<FaceValues> FaceValuesOf(FoamField const& field, std::vector<Patch> const& patches) {

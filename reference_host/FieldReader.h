@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "reference_host/openfoam/FoamField.h"
@@ -10,8 +12,23 @@
 
 namespace reference_host {
 
-/// Whether `fieldSpec` names an array of a CGNS file: FILE.cgns:ARRAY. Throws MeshError for FILE.cgns alone.
+/// The file and the array in FILE.cgns:ARRAY; empty for anything else. Throws MeshError for FILE.cgns alone.
+std::optional<std::pair<std::string, std::string>> CgnsFieldParts(std::string const& fieldSpec);
+
+/// Whether `fieldSpec` names an array of a CGNS file.
 bool IsCgnsField(std::string const& fieldSpec);
+
+/// What a CGNS file says of a field beside the values of cells: nothing of the boundary.
+/// @param[in] nFaces  faces of each patch
+FoamField CgnsFieldWithoutCells(int nComponents, std::vector<std::int64_t> const& nFaces);
+
+/// Throws MeshError unless a CGNS array has a value for each cell.
+void CheckCgnsValueCount(std::string const& fieldSpec, std::int64_t nValues, std::int64_t nCells);
+
+/// The file of an OpenFOAM field: a path as it is, or else one in the case that the mesh belongs to.
+/// @param[in] polyMesh  the polyMesh folder of the mesh; empty for other meshes
+/// @throws MeshError  if there is none
+std::string FindFoamField(std::string const& polyMesh, std::string const& fieldSpec);
 
 /// The field of a whole mesh, on one process.
 /// @param[in] fieldSpec  a volScalarField or volVectorField of OpenFOAM, as a path or as a path in the case of the mesh

@@ -1,10 +1,13 @@
 #include "cli/base/Ranks.h"
 
+#include <cstddef>
 #include <exception>
 #include <new>
+#include <numeric>
 #include <optional>
 
 #include "cli/base/AgreedError.h"
+#include "reference_host/parallel/MpiPieces.h"
 
 namespace zyngrad {
 namespace {
@@ -23,19 +26,24 @@ std::optional<std::string> ErrorOf(std::function<void()> const& work, int rank) 
 
 /// The values of all ranks, on the first rank.
 template <class T>
-std::vector<T> GatherRows(std::vector<T> const& own, MPI_Datatype type, Ranks const& ranks) {
-  int const nOwn = static_cast<int>(own.size());
-  std::vector<int> counts(ranks.IsFirst() ? static_cast<std::size_t>(ranks.count()) : 0), starts(counts);
-  MPI_Gather(&nOwn, 1, MPI_INT, counts.data(), 1, MPI_INT, 0, ranks.communicator());
-  int length = 0;
-  for (std::size_t r = 0; r < counts.size(); ++r) {
-    starts[r] = length;
-    length += counts[r];
-  }
-  std::vector<T> all(static_cast<std::size_t>(length));
-  MPI_Gatherv(own.data(), nOwn, type, all.data(), counts.data(), starts.data(), type, 0,
-              ranks.communicator());
+std::vector<T> GatherRows(std::vector<T> const& own, Ranks const& ranks) {
+  std::size_t const nOwnBytes = own.size() * sizeof(T);
+  std::vector<std::size_t> const sizes = reference_host::GatherSizes(ranks.communicator(), nOwnBytes);
+  std::vector<T> all;
+  ranks.Together(
+      [&] { all.resize(std::accumulate(sizes.begin(), sizes.end(), std::size_t{0}) / sizeof(T)); });
+  reference_host::GatherBytes(ranks.communicator(), own.data(), nOwnBytes, sizes, all.data());
   return all;
+}
+
+/// The first rank's values, on every rank.
+template <class Values>
+void BroadcastValues(Values& values, Ranks const& ranks) {
+  std::uint64_t length = values.size();
+  MPI_Bcast(&length, 1, MPI_UINT64_T, 0, ranks.communicator());
+  ranks.Together([&] { values.resize(static_cast<std::size_t>(length)); });
+  reference_host::BroadcastBytes(ranks.communicator(), values.data(),
+                                 values.size() * sizeof(typename Values::value_type));
 }
 
 }  // namespace
@@ -88,30 +96,20 @@ std::vector<std::vector<double>> Ranks::Gather(std::vector<double> const& row) c
 }
 
 std::vector<double> Ranks::GatherOnFirst(std::vector<double> const& own) const {
-  return GatherRows(own, MPI_DOUBLE, *this);
+  return GatherRows(own, *this);
 }
 
 std::vector<std::int64_t> Ranks::GatherOnFirst(std::vector<std::int64_t> const& own) const {
-  return GatherRows(own, MPI_INT64_T, *this);
+  return GatherRows(own, *this);
 }
 
 std::string Ranks::GatherOnFirst(std::string const& own) const {
-  std::vector<char> const all = GatherRows(std::vector<char>(own.begin(), own.end()), MPI_CHAR, *this);
+  std::vector<char> const all = GatherRows(std::vector<char>(own.begin(), own.end()), *this);
   return {all.begin(), all.end()};
 }
 
-void Ranks::Broadcast(std::vector<double>& values) const {
-  int length = static_cast<int>(values.size());
-  MPI_Bcast(&length, 1, MPI_INT, 0, communicator_);
-  values.resize(static_cast<std::size_t>(length));
-  MPI_Bcast(values.data(), length, MPI_DOUBLE, 0, communicator_);
-}
+void Ranks::Broadcast(std::vector<double>& values) const { BroadcastValues(values, *this); }
 
-void Ranks::Broadcast(std::string& text) const {
-  int length = static_cast<int>(text.size());
-  MPI_Bcast(&length, 1, MPI_INT, 0, communicator_);
-  text.resize(static_cast<std::size_t>(length));
-  MPI_Bcast(text.data(), length, MPI_CHAR, 0, communicator_);
-}
+void Ranks::Broadcast(std::string& text) const { BroadcastValues(text, *this); }
 
 }  // namespace zyngrad

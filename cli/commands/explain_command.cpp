@@ -56,8 +56,9 @@ class ExplainCommand : public Command {
 
   UserGroups groups_;
   RadialBasisSettings settings_;
-  int cell_ = 0, owner_ = 0;  ///< number in the mesh, rank
-  std::string text_;          ///< with --json, JSON
+  std::int64_t cell_ = 0;  ///< number in the mesh
+  int owner_ = 0;          ///< its rank
+  std::string text_;       ///< with --json, JSON
 };
 
 CLI::App* ExplainCommand::AddTo(CLI::App& program) {
@@ -72,7 +73,7 @@ CLI::App* ExplainCommand::AddTo(CLI::App& program) {
 }
 
 void ExplainCommand::ReadOptions() {
-  cell_ = WholeNumber("--cell", cellText_, 1);
+  cell_ = CellNumber("--cell", cellText_);
   settings_ = {PositiveNumber("--span", spanText_), shapeNormalize_};
   groups_ = GroupsByUser(meshOptions_);
 }

@@ -17,6 +17,7 @@
 #include "cli/study/StudyRun.h"
 #include "cli/study/StudySeries.h"
 #include "cli/study/StudyTables.h"
+#include "reference_host/box/BoxMesh.h"
 
 namespace zyngrad {
 namespace {
@@ -142,6 +143,10 @@ void StudyCommand::Compute(CommandRun& run) {
   run.ranks().Together([&] {
     if (run.ranks().IsFirst()) origin_ = OriginOfStudy(run.arguments(), run.ranks().count());
   });
+  for (std::string const& mesh : question_.meshes) {  // before the first takes its time
+    if (reference_host::IsBoxSpec(mesh))
+      reference_host::CheckBoxPartsFit(reference_host::ParseBoxSpec(mesh), run.ranks().count());
+  }
   question_.groups = ReadGroupRules(run.ranks(), groups_);
   for (std::string const& mesh : question_.meshes)
     levels_.push_back(RunStudyLevel(run.ranks(), question_, mesh, run.folder().logFile(), run.Stages()));

@@ -9,8 +9,11 @@
 
 namespace zyngrad {
 
-int WholeNumber(std::string const& option, std::string const& text, int lowest) {
-  int value = 0;
+namespace {
+
+template <class Number>
+Number ReadWholeNumber(std::string const& option, std::string const& text, Number lowest) {
+  Number value = 0;
   char const* end = text.data() + text.size();
   auto const result = std::from_chars(text.data(), end, value);
   if (result.ec != std::errc() || result.ptr != end || value < lowest) {
@@ -18,6 +21,16 @@ int WholeNumber(std::string const& option, std::string const& text, int lowest) 
                      " or more");
   }
   return value;
+}
+
+}  // namespace
+
+int WholeNumber(std::string const& option, std::string const& text, int lowest) {
+  return ReadWholeNumber(option, text, lowest);
+}
+
+std::int64_t CellNumber(std::string const& option, std::string const& text) {
+  return ReadWholeNumber(option, text, std::int64_t{1});
 }
 
 double PositiveNumber(std::string const& option, std::string const& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace zyngrad {
@@ -8,6 +9,9 @@ namespace zyngrad {
 
 /// A whole number from `lowest` to the largest int.
 int WholeNumber(std::string const& option, std::string const& text, int lowest);
+
+/// The number of a cell in the mesh, from 1.
+std::int64_t CellNumber(std::string const& option, std::string const& text);
 
 /// A finite number above zero.
 double PositiveNumber(std::string const& option, std::string const& text);

@@ -18,6 +18,7 @@
 
 #include "cli/bodies/Vector3.h"
 #include "cli/vtk/PartitionGrid.h"
+#include "reference_host/parallel/MpiPieces.h"
 
 namespace zyngrad {
 namespace {
@@ -146,8 +147,8 @@ std::vector<double> AspectRatiosAt(Ranks const& ranks, HostPartition& partition,
   std::vector<double> own(points.size());
   ranks.Together([&] { own = OwnAspectRatios(partition, points); });
   std::vector<double> ratios(points.size());
-  MPI_Allreduce(own.data(), ratios.data(), static_cast<int>(own.size()), MPI_DOUBLE, MPI_MAX,
-                ranks.communicator());
+  reference_host::ReduceOnAll(ranks.communicator(), own.data(), ratios.data(), own.size(), MPI_DOUBLE,
+                              MPI_MAX);
   return ratios;
 }
 

@@ -12,6 +12,7 @@
 #include "cli/base/OneLine.h"
 #include "cli/base/UsageError.h"
 #include "cli/field/TestField.h"
+#include "reference_host/parallel/MpiPieces.h"
 
 namespace zyngrad {
 namespace {
@@ -102,8 +103,8 @@ std::vector<PointOwner> FindPointOwners(Ranks const& ranks, reference_host::Host
   });
   // MPI_MINLOC takes the lowest rank among equal distances. PointOwner has the layout of MPI_DOUBLE_INT.
   std::vector<PointOwner> owners(points.size());
-  MPI_Allreduce(own.data(), owners.data(), static_cast<int>(own.size()), MPI_DOUBLE_INT, MPI_MINLOC,
-                ranks.communicator());
+  reference_host::ReduceOnAll(ranks.communicator(), own.data(), owners.data(), own.size(), MPI_DOUBLE_INT,
+                              MPI_MINLOC);
   return owners;
 }
 

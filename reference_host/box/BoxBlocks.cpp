@@ -4,6 +4,38 @@
 
 namespace reference_host {
 
+GridBlock Grown(GridBlock const& block, GridBlock const& limits) {
+  GridBlock grown = block;
+  for (std::size_t d = 0; d < 3; ++d) {
+    grown.low[d] = std::max(block.low[d] - 1, limits.low[d]);
+    grown.high[d] = std::min(block.high[d] + 1, limits.high[d]);
+  }
+  return grown;
+}
+
+std::vector<GridBlock> ContiguousBlocks(GridBlock const& grid, std::int64_t first, std::int64_t end,
+                                        std::int64_t most) {
+  std::vector<GridBlock> blocks;
+  std::int64_t const row = grid.Length(0), layer = row * grid.Length(1);
+  while (first < end) {
+    GridIndex const at = grid.Place(first);
+    std::int64_t const room = std::min(end - first, most);
+    GridBlock block = {at, {at[0] + 1, at[1] + 1, at[2] + 1}};
+    bool const beginsRow = at[0] == grid.low[0];
+    if (beginsRow && at[1] == grid.low[1] && room >= layer) {
+      block.high = {grid.high[0], grid.high[1], at[2] + static_cast<int>(room / layer)};
+    } else if (beginsRow && room >= row) {
+      block.high[0] = grid.high[0];
+      block.high[1] = static_cast<int>(std::min<std::int64_t>(grid.high[1], at[1] + room / row));
+    } else {
+      block.high[0] = static_cast<int>(std::min<std::int64_t>(grid.high[0], at[0] + room));
+    }
+    blocks.push_back(block);
+    first += block.Size();
+  }
+  return blocks;
+}
+
 /// The block that remains when one part is left; isLower(cut) chooses the side at each cut.
 template <class IsLower>
 GridBisection GridBisection::Descend(IsLower const& isLower) const {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace reference_host {
 
@@ -61,6 +62,14 @@ struct GridBlock {
     }
   }
 };
+
+/// The block and a layer around it, within limits.
+GridBlock Grown(GridBlock const& block, GridBlock const& limits);
+
+/// The places with the offsets first..end-1 as blocks of at most `most` places, each of which has a contiguous range of
+/// offsets, in their order.
+std::vector<GridBlock> ContiguousBlocks(GridBlock const& grid, std::int64_t first, std::int64_t end,
+                                        std::int64_t most);
 
 /// Calls action(i) for the places of a block with the offsets first <= offset < end, in their order.
 template <class Action>

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "reference_host/box/BoxBlocks.h"
+#include "reference_host/box/BoxDual.h"
 #include "reference_host/box/BoxNodes.h"
 #include "reference_host/box/BoxShapes.h"
 #include "reference_host/mesh/DualMesh.h"
@@ -17,11 +18,6 @@
 
 namespace reference_host {
 namespace {
-
-BoxSpec PrimalOf(BoxSpec dual) {
-  dual.shape = BoxSpec::Shape::Tet;
-  return dual;
-}
 
 void CheckParts(BoxSpec const& spec, int nParts) {
   CheckBoxSpec(spec, BoxText(spec));
@@ -33,44 +29,49 @@ void CheckParts(BoxSpec const& spec, int nParts) {
   }
 }
 
-/// The numbers of a part must fit an int. Counts of the part's cubes and the layer around them, a little more than it
-/// has.
-void CheckPartFits(BoxSpec const& spec, GridBlock const& shell, int part, int nParts) {
+/// Whether an int counts what a block of cubes and the layer around it have.
+bool FitsInt(BoxSpec const& spec, GridBlock const& cubes) {
+  GridBlock const shell = Grown(cubes, CubesOf(spec));
   ShapeInCube const& shape = ShapeTable(spec.shape);
   std::int64_t nFaces = shell.Size() * shape.nInnerFaces();
   for (std::size_t d = 0; d < 3; ++d) {
     nFaces += (shell.Length(d) + std::int64_t{1}) * (shell.Size() / shell.Length(d)) *
               shape.nFacesOnSide(2 * static_cast<int>(d));
   }
-  if (std::max({shell.Size() * shape.nCells(), shell.Nodes().Size(), nFaces}) <=
-      std::numeric_limits<int>::max())
-    return;
+  return std::max({shell.Size() * shape.nCells(), shell.Nodes().Size(), nFaces}) <=
+         std::numeric_limits<int>::max();
+}
+
+/// The cells that a part is made from are a little more than it has.
+void CheckPartFits(BoxSpec const& spec, GridBisection const& bisection, int part, int nParts) {
+  bool const isDual = spec.shape == BoxSpec::Shape::Dual;
+  GridBlock const own = bisection.BlockOf(part);
+  bool const fits = isDual ? FitsInt(PrimalOf(spec), CubesOfDualPart(spec, own)) : FitsInt(spec, own);
+  if (fits) return;
   std::string const what = " has more cells, faces or nodes than a 32-bit number can count";
   if (nParts == 1) throw MeshError(BoxText(spec) + ": the box" + what);
   throw MeshError(BoxText(spec) + ": part " + std::to_string(part + 1) + " of " + std::to_string(nParts) +
                   what + "; more ranks have smaller parts");
 }
 
+GridBlock GridOfCells(BoxSpec const& spec) {
+  return spec.shape == BoxSpec::Shape::Dual ? CubesOf(spec).Nodes() : CubesOf(spec);
+}
+
 /// Makes one part from its block of cubes and a shell of one layer of cubes around it, which contains the
 /// halo cells.
 class PartMaker {
  public:
-  PartMaker(BoxSpec const& spec, int part, int nParts)
+  /// @param[in] bisection  tells the parts of the halo cells
+  PartMaker(BoxSpec const& spec, GridBlock const& own, GridBisection const& bisection)
       : spec_(spec),
         nodes_(spec),
         shape_(ShapeTable(spec.shape)),
         grid_(CubesOf(spec)),
-        bisection_(grid_, nParts),
-        own_(bisection_.BlockOf(part)),
-        shell_(own_) {
-    for (std::size_t d = 0; d < 3; ++d) {
-      shell_.low[d] = std::max(own_.low[d] - 1, grid_.low[d]);
-      shell_.high[d] = std::min(own_.high[d] + 1, grid_.high[d]);
-    }
-    CheckPartFits(spec, shell_, part, nParts);
-    shellNodes_ = shell_.Nodes();
-    result_.part = part;
-    result_.nParts = nParts;
+        bisection_(bisection),
+        own_(own),
+        shell_(Grown(own, grid_)),
+        shellNodes_(shell_.Nodes()) {
     result_.patches = BoxPatches();
   }
 
@@ -211,11 +212,11 @@ class PartMaker {
   BoxSpec const spec_;
   BoxNodes const nodes_;
   ShapeInCube const& shape_;
-  GridBlock grid_;
-  GridBisection bisection_;
-  GridBlock own_;    // cubes of this part
-  GridBlock shell_;  // own_ and a layer around it, within the box
-  GridBlock shellNodes_{};
+  GridBlock const grid_;
+  GridBisection const bisection_;
+  GridBlock const own_;    // cubes of this part
+  GridBlock const shell_;  // own_ and a layer around it, within the box
+  GridBlock const shellNodes_;
   std::vector<int> cellNumber_;  // in the part, by place in the shell; -1: neither owned nor halo
   std::vector<int> nodeNumber_;  // in the part, by place in the shell
   std::vector<std::pair<GridIndex, int>> haloCells_;  // cube and cell in it, in the order of their numbers
@@ -240,9 +241,7 @@ std::int64_t BoxNodeCount(BoxSpec const& spec) {
   return 6 * nx * ny * nz + 4 * (nx * ny + ny * nz + nz * nx) + 8 * (nx + ny + nz) - 4;
 }
 
-FaceMesh MakeBox(BoxSpec const& spec) {
-  if (spec.shape == BoxSpec::Shape::Dual) return MakeDual(MakeBox(PrimalOf(spec)));
-  MeshPart part = MakeBoxPart(spec, 0, 1);
+FaceMesh WholeOf(MeshPart&& part) {
   FaceMesh mesh;
   mesh.points = std::move(part.points);
   mesh.faceStart = std::move(part.faceStart);
@@ -251,21 +250,42 @@ FaceMesh MakeBox(BoxSpec const& spec) {
   mesh.neighbour = std::move(part.neighbour);
   mesh.facePatch = std::move(part.facePatch);
   mesh.patches = std::move(part.patches);
-  mesh.nCells = part.nOwned;
+  mesh.nCells = static_cast<int>(part.globalCell.size());
   return mesh;
+}
+
+FaceMesh MakeBox(BoxSpec const& spec) {
+  if (spec.shape == BoxSpec::Shape::Dual) return MakeDual(MakeBox(PrimalOf(spec)));
+  return WholeOf(MakeBoxPart(spec, 0, 1));
+}
+
+MeshPart MakeBoxBlock(BoxSpec const& spec, GridBlock const& cubes) {
+  return PartMaker(spec, cubes, GridBisection(CubesOf(spec), 1)).Make();
 }
 
 MeshPart MakeBoxPart(BoxSpec const& spec, int part, int nParts) {
   CheckParts(spec, nParts);
-  if (spec.shape == BoxSpec::Shape::Dual)
-    return ExtractPart(MakeBox(spec), BoxPartOfCell(spec, nParts), part, nParts);
-  return PartMaker(spec, part, nParts).Make();
+  GridBisection const bisection(GridOfCells(spec), nParts);
+  CheckPartFits(spec, bisection, part, nParts);
+  MeshPart result = spec.shape == BoxSpec::Shape::Dual
+                        ? MakeBoxDualPart(spec, bisection, part, nParts)
+                        : PartMaker(spec, bisection.BlockOf(part), bisection).Make();
+  result.part = part;
+  result.nParts = nParts;
+  return result;
+}
+
+void CheckBoxPartsFit(BoxSpec const& spec, int nParts) {
+  GridBlock const grid = GridOfCells(spec);
+  if (nParts > grid.Size()) return;
+  GridBisection const bisection(grid, nParts);
+  for (int part = 0; part < nParts; ++part) CheckPartFits(spec, bisection, part, nParts);
 }
 
 std::vector<int> BoxPartOfCell(BoxSpec const& spec, int nParts) {
   CheckParts(spec, nParts);
   bool const isDual = spec.shape == BoxSpec::Shape::Dual;
-  GridBlock const grid = isDual ? CubesOf(spec).Nodes() : CubesOf(spec);
+  GridBlock const grid = GridOfCells(spec);
   GridBisection const bisection(grid, nParts);
   std::size_t const cellsInCube = isDual ? 1 : ShapeTable(spec.shape).cells.size();
   std::vector<int> partOfCell;

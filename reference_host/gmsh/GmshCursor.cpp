@@ -13,9 +13,10 @@ void GmshCursor::SetBinary() {
 template <class Number>
 Number GmshCursor::Raw(char const* what) {
   rawStart_ = text_.Position();
-  if (text_.Remaining() < sizeof(Number)) Fail(std::string("the file ends where ") + what + " is expected");
+  std::string_view const bytes = text_.Ahead(sizeof(Number));
+  if (bytes.size() < sizeof(Number)) Fail(std::string("the file ends where ") + what + " is expected");
   Number value;
-  std::memcpy(&value, file_.Content().data() + rawStart_, sizeof(Number));
+  std::memcpy(&value, bytes.data(), sizeof(Number));
   text_.MoveTo(rawStart_ + sizeof(Number));
   return value;
 }
@@ -47,13 +48,22 @@ void GmshCursor::CheckRoom(std::int64_t count, std::size_t numbers, std::size_t 
        (count < 0 ? "" : ", more than the rest of it can hold"));
 }
 
+void GmshCursor::Skip(std::size_t bytes, std::size_t lastNumber) {
+  if (bytes == 0) return;
+  text_.MoveTo(text_.Position() + bytes);
+  rawStart_ = text_.Position() - lastNumber;
+}
+
 void GmshCursor::SkipLineBreak() {
-  std::string_view const rest = file_.Content().substr(text_.Position());
-  std::size_t const end = rest.find('\n');
-  if (end == std::string_view::npos || rest.find_first_not_of(" \t\r\n") < end) {
-    text_.Fail("the binary numbers do not begin on a line of their own");
+  std::size_t position = text_.Position();
+  auto const isBlank = [](std::string_view c) { return c == " " || c == "\t" || c == "\r"; };
+  std::string_view next = text_.Ahead(1);
+  while (isBlank(next)) {
+    text_.MoveTo(++position);
+    next = text_.Ahead(1);
   }
-  text_.MoveTo(text_.Position() + end + 1);
+  if (next != "\n") text_.Fail("the binary numbers do not begin on a line of their own");
+  text_.MoveTo(position + 1);
 }
 
 void GmshCursor::EndSection(std::string_view section) {
@@ -63,7 +73,7 @@ void GmshCursor::EndSection(std::string_view section) {
 
 void GmshCursor::SkipSection(std::string_view section) {
   std::string const end = "\n$End" + std::string(section);
-  std::size_t const found = file_.Content().find(end, text_.Position());
+  std::size_t const found = text_.Find(end, text_.Position());
   if (found == std::string_view::npos) text_.Fail("the file ends before $End" + std::string(section));
   text_.MoveTo(found + end.size());
 }

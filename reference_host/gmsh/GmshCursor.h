@@ -30,6 +30,14 @@ class GmshCursor {
   /// nothing is allocated, and no loop started, for a count that cannot be right.
   void CheckRoom(std::int64_t count, std::size_t numbers, std::size_t bytes, char const* what) const;
 
+  /// Whether the rest of the file has `count` items of `bytes` bytes each.
+  bool HasRoom(std::int64_t count, std::size_t bytes) const {
+    return static_cast<std::uint64_t>(count) <= text_.Remaining() / bytes;
+  }
+
+  /// Passes over binary numbers of that many bytes in all, the last of which has `lastNumber`. @pre HasRoom
+  void Skip(std::size_t bytes, std::size_t lastNumber);
+
   /// Skips the line break before binary numbers.
   void SkipLineBreak();
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -39,6 +40,12 @@ GmshElementType const* FindGmshElementType(int number) {
   if (number == kPoint.number) return &kPoint;
   if (number < 1 || number > static_cast<int>(kFirstOrder.size())) return nullptr;
   return &kFirstOrder[number - 1];
+}
+
+CellShape ShapeOf(GmshElementType const& type) {
+  constexpr std::array<CellShape, 4> kByType = {CellShape::Tetrahedron, CellShape::Hexahedron,
+                                                CellShape::Prism, CellShape::Pyramid};
+  return kByType[static_cast<std::size_t>(type.number - 4)];
 }
 
 std::string DescribeGmshElementType(int number) {

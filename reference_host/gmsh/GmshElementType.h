@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "reference_host/mesh/CellShapes.h"
+
 namespace reference_host {
 
 /// A type of element that the reader takes or skips.
@@ -13,6 +15,9 @@ struct GmshElementType {
 
 /// The entry of a first-order type; null for any other number.
 GmshElementType const* FindGmshElementType(int number);
+
+/// The cell that a volume element is.
+CellShape ShapeOf(GmshElementType const& type);
 
 /// The name of a type that FindGmshElementType does not have: "a second-order tetrahedron with 10 nodes".
 std::string DescribeGmshElementType(int number);

@@ -3,94 +3,25 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <set>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "reference_host/gmsh/GmshChecks.h"
 #include "reference_host/gmsh/GmshContent.h"
+#include "reference_host/gmsh/GmshContentReader.h"
 #include "reference_host/gmsh/GmshCursor.h"
 #include "reference_host/gmsh/GmshElementType.h"
+#include "reference_host/gmsh/GmshPatches.h"
 #include "reference_host/gmsh/GmshPeriods.h"
-#include "reference_host/gmsh/GmshSections.h"
 #include "reference_host/mesh/FaceMeshBuilder.h"
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MeshFile.h"
 #include "reference_host/mesh/MeshNames.h"
-#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
-
-// $MeshFormat version, 0 text or 1 binary, bytes of a real number binary: the number 1 in 4 bytes, which
-// shows the byte order $EndMeshFormat
-std::unique_ptr<GmshSections> ReadFormat(GmshCursor& cursor, GmshContent& content) {
-  TextCursor& text = cursor.Text();
-  if (text.Name("$MeshFormat") != "$MeshFormat")
-    text.Fail("not a Gmsh mesh: it does not begin with $MeshFormat");
-
-  std::string_view const version = text.Word("the version");
-  bool const is2 = version == "2.2";
-  if (!is2 && version != "4.1") {
-    text.Fail("Gmsh format " + Quoted(version) + " cannot be read; save the mesh as version 4.1 or 2.2");
-  }
-  std::int64_t const encoding = text.Integer("0 (text) or 1 (binary)");
-  if (encoding != 0 && encoding != 1) text.Fail("0 (text) or 1 (binary) expected");
-  if (text.Integer("the size of a real number") != 8) text.Fail("only real numbers of 8 bytes can be read");
-
-  if (encoding == 1) {
-    cursor.SkipLineBreak();
-    cursor.SetBinary();
-    int const one = cursor.Int("the number 1");
-    if (one == 0x01000000) cursor.Fail("the file has the byte order of another machine");
-    if (one != 1) cursor.Fail("the number 1 that shows the byte order is missing");
-  }
-  cursor.EndSection("MeshFormat");
-  if (is2) return std::make_unique<GmshSections2>(cursor, content);
-  return std::make_unique<GmshSections4>(cursor, content);
-}
-
-// $PhysicalNames
-// number of names
-// dimension tag "name"
-void ReadPhysicalNames(TextCursor& text, GmshContent& content) {
-  std::size_t const nNames = text.Count("the number of physical names", 6);
-  for (std::size_t i = 0; i < nNames; ++i) {
-    std::int64_t const dimension = text.Integer("the dimension of a physical name");
-    std::int64_t const tag = text.Integer("a physical tag");
-    std::string const name(text.QuotedString("a physical name"));
-    bool const printable = std::all_of(
-        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x20 && c != 0x7f; });
-    if (name.empty() || !printable) text.Fail("a physical name is empty or has unprintable characters");
-    if (dimension == 2 && !content.surfaceName.emplace(tag, name).second) {
-      text.Fail("physical surface " + std::to_string(tag) + " is named twice");
-    }
-  }
-}
-
-/// Reads everything after the format; skips sections that are not needed.
-void ReadSections(GmshCursor& cursor, GmshSections& sections, GmshContent& content) {
-  TextCursor& text = cursor.Text();
-  std::set<std::string> seen;
-  while (!text.AtEnd()) {
-    std::string_view const mark = text.Name("a section");
-    if (mark.size() < 2 || mark[0] != '$') text.Fail("a section expected instead of " + Quoted(mark));
-    std::string const section(mark.substr(1));
-    if (section == "PhysicalNames") {
-      ReadPhysicalNames(text, content);
-    } else if (!sections.Read(section)) {
-      cursor.SkipSection(section);
-      continue;
-    }
-    if (!seen.insert(section).second) text.Fail("a second section $" + section);
-    cursor.EndSection(section);
-  }
-  for (char const* const needed : {"Nodes", "Elements"}) {
-    if (seen.count(needed) == 0) text.Fail(std::string("the file ends without a section $") + needed);
-  }
-}
 
 /// Maps the node numbers of the file to 0, 1, 2, ... in the order of the file.
 class NodeIndex {
@@ -131,39 +62,11 @@ class NodeIndex {
     }
   }
 
-  [[noreturn]] void FailTwice(std::int64_t tag) const {
-    throw MeshError(file_ + ": node " + std::to_string(tag) + " occurs twice");
-  }
+  [[noreturn]] void FailTwice(std::int64_t tag) const { throw MeshError(GmshNodeTwice(file_, tag)); }
 
   std::string const& file_;
   std::vector<int> table_;
   std::vector<std::pair<std::int64_t, int>> sorted_;
-};
-
-/// Physical surfaces as patches, by ascending tag; surfaces of one name are one patch.
-class PatchIndex {
- public:
-  explicit PatchIndex(GmshContent const& content) {
-    for (auto const& [tag, name] : content.surfaceName) patchOfTag_.emplace(tag, 0);
-    for (std::int64_t const tag : content.physicalOfSurface) {
-      if (tag != 0) patchOfTag_.emplace(tag, 0);
-    }
-    std::map<std::string, int> patchOfName;
-    for (auto& [tag, patch] : patchOfTag_) {
-      auto const named = content.surfaceName.find(tag);
-      std::string const name =
-          named != content.surfaceName.end() ? named->second : "surface_" + std::to_string(tag);
-      patch = patchOfName.emplace(name, static_cast<int>(patches_.size())).first->second;
-      if (patch == static_cast<int>(patches_.size())) patches_.push_back({name, "", {}});
-    }
-  }
-
-  std::vector<Patch> const& Patches() const { return patches_; }
-  int Find(std::int64_t tag) const { return patchOfTag_.at(tag); }
-
- private:
-  std::vector<Patch> patches_;
-  std::map<std::int64_t, int> patchOfTag_;
 };
 
 /// Calls visit(element, type, nodes) with the nodes' indices for each element.
@@ -177,22 +80,16 @@ void ForEachElement(std::string const& file, GmshElements const& elements, NodeI
     for (int i = 0; i < type.nNodes; ++i, ++next) {
       nodes[i] = nodeIndex.Find(elements.nodeTag[next]);
       if (nodes[i] >= 0) continue;
-      throw MeshError(file + ": element " + std::to_string(elements.tag[e]) + " has node " +
-                      std::to_string(elements.nodeTag[next]) + ", which the file does not have");
+      throw MeshError(GmshNodeUnknown(file, elements.tag[e], elements.nodeTag[next]));
     }
     visit(e, type, nodes.data());
   }
 }
 
-CellShape ShapeOf(GmshElementType const& type) {
-  constexpr std::array<CellShape, 4> kByType = {CellShape::Tetrahedron, CellShape::Hexahedron,
-                                                CellShape::Prism, CellShape::Pyramid};
-  return kByType[type.number - 4];
-}
-
 FaceMesh MakeMesh(std::string const& file, GmshContent& content) {
   NodeIndex const nodeIndex(file, content.nodeTag);
-  PatchIndex const patchIndex(content);
+  std::set<std::int64_t> physicals(content.physicalOfSurface.begin(), content.physicalOfSurface.end());
+  GmshPatches const patchIndex(content.surfaceName, physicals);
   FaceMeshBuilder builder(file, std::move(content.point), patchIndex.Patches());
   builder.SetCellNamer([&](int cell) { return "element " + std::to_string(content.volumes.tag[cell]); });
   ForEachElement(file, content.volumes, nodeIndex,
@@ -231,40 +128,16 @@ GmshContent ReadContent(std::string const& name) {
   MeshFile file(name);
   GmshCursor cursor(file);
   GmshContent content;
-  std::unique_ptr<GmshSections> const sections = ReadFormat(cursor, content);
-  ReadSections(cursor, *sections, content);
+  ReadGmshContent(cursor, content);
   return content;
-}
-
-/// A partitioned mesh may have been saved in several files NAME_1.msh, NAME_2.msh, ... Version 4.1 says how many
-/// partitions there are. In version 2.2, all elements of such a file are of one partition; a mesh in one partition
-/// looks like the first of them, except for the name.
-void CheckThatWhole(std::string const& file, GmshContent const& content) {
-  std::set<std::int64_t> const& present = content.partitionsWithVolumes;
-  if (present.empty()) return;
-  std::int64_t const first = *present.begin();
-  std::string const ending = "_1.msh";
-  bool const isFirstOfSeveral =
-      file.size() > ending.size() && file.compare(file.size() - ending.size(), ending.size(), ending) == 0;
-  bool const isPiece = content.nPartitions > 0
-                           ? static_cast<std::int64_t>(present.size()) < content.nPartitions
-                           : present.size() == 1 && (first > 1 || isFirstOfSeveral);
-  if (!isPiece) return;
-  throw MeshError(file + ": only partition " + std::to_string(first) +
-                  (content.nPartitions > 0 ? " of " + std::to_string(content.nPartitions) : "") +
-                  " is in this file; save the mesh in one file, without Gmsh's option -part_split");
 }
 
 }  // namespace
 
 FaceMesh ReadGmsh(std::string const& file) {
   GmshContent content = ReadContent(file);
-  CheckThatWhole(file, content);
-  if (content.volumes.type.empty()) {
-    throw MeshError(
-        file + ": no volume elements; with physical groups Gmsh saves only their elements, so one must " +
-        "be a physical volume");
-  }
+  CheckGmshIsWhole(file, content.nPartitions, content.partitionsWithVolumes);
+  if (content.volumes.type.empty()) throw MeshError(GmshWithoutVolumes(file));
   return MakeMesh(file, content);
 }
 

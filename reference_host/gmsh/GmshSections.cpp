@@ -6,6 +6,7 @@ namespace reference_host {
 
 void GmshSections::AddNode(std::int64_t tag, Point const& point) {
   if (tag < 1) cursor_.Fail("node number " + std::to_string(tag) + " is not positive");
+  if (blocks_ != nullptr) return;
   content_.nodeTag.push_back(tag);
   content_.point.push_back(point);
 }
@@ -25,7 +26,7 @@ void GmshSections::AddElement(GmshElementType const& type, std::int64_t element,
   for (int i = 0; i < type.nNodes; ++i) {
     nodeTag[i] = wideTags ? cursor_.Size("a node number") : cursor_.Int("a node number");
   }
-  if (type.dimension < 2) return;
+  if (type.dimension < 2 || blocks_ != nullptr) return;
   GmshElements& elements = type.dimension == 3 ? content_.volumes : content_.surfaces;
   elements.type.push_back(type.number);
   elements.tag.push_back(element);

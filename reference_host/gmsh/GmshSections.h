@@ -4,6 +4,7 @@
 #include <map>
 #include <string_view>
 
+#include "reference_host/gmsh/GmshBlocks.h"
 #include "reference_host/gmsh/GmshContent.h"
 #include "reference_host/gmsh/GmshCursor.h"
 #include "reference_host/gmsh/GmshElementType.h"
@@ -13,7 +14,10 @@ namespace reference_host {
 /// Reads the sections that differ between the versions of the format; one derived class for each version.
 class GmshSections {
  public:
-  GmshSections(GmshCursor& cursor, GmshContent& content) : cursor_(cursor), content_(content) {}
+  /// @param[out] blocks  of a binary file: gets the blocks of nodes and elements, whose content is then passed over
+  ///                     unread. Null: the content is read
+  GmshSections(GmshCursor& cursor, GmshContent& content, GmshBlocks* blocks = nullptr)
+      : cursor_(cursor), content_(content), blocks_(blocks) {}
   GmshSections(GmshSections const&) = delete;
   GmshSections& operator=(GmshSections const&) = delete;
   virtual ~GmshSections() = default;
@@ -35,6 +39,7 @@ class GmshSections {
 
   GmshCursor& cursor_;
   GmshContent& content_;
+  GmshBlocks* blocks_;
 };
 
 /// MSH 2.2: tables of nodes and of elements with their physical tags.
@@ -67,7 +72,8 @@ class GmshSections4 : public GmshSections {
   std::int64_t ReadExtentAndPhysical(int dimension);
   void SkipBounding(int dimension);
   void ReadNodes();
-  void ReadNodeBlock();
+  std::int64_t ReadNodeBlock();
+  void ReadNodesOfBlock(std::int64_t nNodes, int nParameters);
   void ReadElements();
   std::int64_t ReadElementBlock();
   std::int64_t PhysicalOfSurface(int entity) const;

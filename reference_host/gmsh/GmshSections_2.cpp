@@ -26,6 +26,11 @@ void GmshSections2::ReadNodes() {
   std::int64_t const nNodes = cursor_.Text().Integer("the number of nodes");
   cursor_.CheckRoom(nNodes, 4, 28, "nodes");
   if (cursor_.IsBinary()) cursor_.SkipLineBreak();
+  if (blocks_ != nullptr) {
+    blocks_->AddNodes(nNodes, 0, cursor_.Text().Position());
+    cursor_.Skip(static_cast<std::size_t>(nNodes) * GmshBlocks::kNodeBytes2, sizeof(double));
+    return;
+  }
   for (std::int64_t i = 0; i < nNodes; ++i) {
     int const tag = cursor_.Int("a node number");
     Point point{};
@@ -70,6 +75,15 @@ std::int64_t GmshSections2::ReadBinaryElements(std::int64_t nLeft) {
   }
   int const nTags = cursor_.Int("a number of tags");
   cursor_.CheckRoom(nTags, 1, 4, "tags of an element");
+  GmshElementType const* const known = FindGmshElementType(typeNumber);
+  if (blocks_ != nullptr && known != nullptr) {
+    std::size_t const bytes = GmshBlocks::ElementBytes2(*known, nTags);
+    if (cursor_.HasRoom(nFollowing, bytes)) {
+      blocks_->AddElements2(*known, nFollowing, nTags, cursor_.Text().Position());
+      cursor_.Skip(static_cast<std::size_t>(nFollowing) * bytes, sizeof(std::int32_t));
+      return nFollowing;
+    }
+  }
   for (std::int64_t i = 0; i < nFollowing; ++i) {
     int const element = cursor_.Int("an element number");
     GmshElementType const& type = TypeOf(typeNumber, element);

@@ -122,8 +122,8 @@ void GmshSections4::ReadNodes() {
   cursor_.CheckRoom(nNodes, 4, 32, "nodes");
   cursor_.Size("the lowest node number");
   cursor_.Size("the highest node number");
-  for (std::int64_t block = 0; block < nBlocks; ++block) ReadNodeBlock();
-  auto const nRead = static_cast<std::int64_t>(content_.nodeTag.size());
+  std::int64_t nRead = 0;
+  for (std::int64_t block = 0; block < nBlocks; ++block) nRead += ReadNodeBlock();
   if (nRead != nNodes) {
     cursor_.Fail(std::to_string(nNodes) + " nodes announced, " + std::to_string(nRead) + " found");
   }
@@ -132,7 +132,7 @@ void GmshSections4::ReadNodes() {
 // dimension and tag of the entity, whether parameters follow the coordinates, number of nodes
 // tag..
 // x y z parameters..  one parameter for each dimension of the entity
-void GmshSections4::ReadNodeBlock() {
+std::int64_t GmshSections4::ReadNodeBlock() {
   int const dimension = cursor_.Int("the dimension of a node block");
   if (dimension < 0 || dimension > 3)
     cursor_.Fail("dimension " + std::to_string(dimension) + " of a node block");
@@ -141,6 +141,17 @@ void GmshSections4::ReadNodeBlock() {
   std::int64_t const nNodes = cursor_.Size("the number of nodes in a block");
   cursor_.CheckRoom(nNodes, 4, 32, "nodes in a block");
 
+  std::size_t const bytes = GmshBlocks::NodeBytes4(nParameters);
+  if (blocks_ != nullptr && cursor_.HasRoom(nNodes, bytes)) {
+    blocks_->AddNodes(nNodes, nParameters, cursor_.Text().Position());
+    cursor_.Skip(static_cast<std::size_t>(nNodes) * bytes, sizeof(double));
+  } else {
+    ReadNodesOfBlock(nNodes, nParameters);
+  }
+  return nNodes;
+}
+
+void GmshSections4::ReadNodesOfBlock(std::int64_t nNodes, int nParameters) {
   std::vector<std::int64_t> tags;
   for (std::int64_t i = 0; i < nNodes; ++i) tags.push_back(cursor_.Size("a node number"));
   for (std::int64_t const tag : tags) {
@@ -178,6 +189,15 @@ std::int64_t GmshSections4::ReadElementBlock() {
   cursor_.CheckRoom(nElements, 2, 16, "elements in a block");
 
   std::int64_t const physical = dimension == 2 ? PhysicalOfSurface(entity) : 0;
+  GmshElementType const* const type = FindGmshElementType(typeNumber);
+  if (blocks_ != nullptr && type != nullptr) {
+    std::size_t const bytes = GmshBlocks::ElementBytes4(*type);
+    if (cursor_.HasRoom(nElements, bytes)) {
+      blocks_->AddElements4(*type, nElements, physical, cursor_.Text().Position());
+      cursor_.Skip(static_cast<std::size_t>(nElements) * bytes, sizeof(std::int64_t));
+      return nElements;
+    }
+  }
   for (std::int64_t i = 0; i < nElements; ++i) {
     std::int64_t const element = cursor_.Size("an element number");
     AddElement(TypeOf(typeNumber, element), element, physical, true);

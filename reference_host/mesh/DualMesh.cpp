@@ -41,21 +41,23 @@ struct DualFace {
   std::vector<int> nodes;
 };
 
+template <class IsWanted>
 class DualMaker {
  public:
-  explicit DualMaker(FaceMesh const& mesh) : mesh_(mesh) {}
+  DualMaker(FaceMesh const& mesh, IsWanted const& isWanted) : mesh_(mesh), isWanted_(isWanted) {}
 
-  FaceMesh Make() {
+  DualPiece Make() {
     PlaceCentres();
     MakeInnerFaces();
     MakeBoundaryFaces();
     CollectFaces();
-    return std::move(result_);
+    return std::move(piece_);
   }
 
  private:
-  int AddPoint(Point const& point) {
+  int AddPoint(Point const& point, DualPoint const& source) {
     result_.points.push_back(point);
+    piece_.source.push_back(source);
     return static_cast<int>(result_.points.size()) - 1;
   }
 
@@ -65,10 +67,12 @@ class DualMaker {
   /// The cell centres are the first points; the centres of the boundary faces follow.
   void PlaceCentres() {
     result_.points = ComputeCellGeometry(mesh_, mesh_.nCells).centre;
+    for (int c = 0; c < mesh_.nCells; ++c) piece_.source.push_back({DualPoint::Kind::Cell, c, -1});
     centreOfFace_.assign(mesh_.owner.size(), -1);
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (mesh_.neighbour[f] >= 0) continue;
-      centreOfFace_[f] = AddPoint(ComputeFaceGeometry(mesh_.points, Nodes(f), NodeCount(f)).centre);
+      centreOfFace_[f] = AddPoint(ComputeFaceGeometry(mesh_.points, Nodes(f), NodeCount(f)).centre,
+                                  {DualPoint::Kind::Face, f, -1});
     }
   }
 
@@ -79,7 +83,7 @@ class DualMaker {
       int const n = NodeCount(f);
       for (int k = 0; k < n; ++k) {
         auto const [low, high] = std::minmax({Nodes(f)[k], Nodes(f)[(k + 1) % n]});
-        edges.push_back({low, high, f});
+        if (isWanted_(low, high)) edges.push_back({low, high, f});
       }
     }
     std::sort(edges.begin(), edges.end());
@@ -129,7 +133,10 @@ class DualMaker {
   /// The midpoint of an edge between two patches, created once.
   int MiddleOf(int a, int b) {
     auto const [known, isNew] = middles_.try_emplace(std::pair<int, int>(std::minmax(a, b)), -1);
-    if (isNew) known->second = AddPoint(Scaled(0.5, Sum(mesh_.points[a], mesh_.points[b])));
+    if (isNew) {
+      known->second = AddPoint(Scaled(0.5, Sum(mesh_.points[a], mesh_.points[b])),
+                               {DualPoint::Kind::Edge, known->first.first, known->first.second});
+    }
     return known->second;
   }
 
@@ -138,9 +145,11 @@ class DualMaker {
     for (int f = 0; f < mesh_.nFaces(); ++f) {
       if (mesh_.neighbour[f] >= 0) continue;
       int const n = NodeCount(f);
-      for (int k = 0; k < n; ++k)
+      for (int k = 0; k < n; ++k) {
+        if (!isWanted_(Nodes(f)[k], -1)) continue;
         corners.push_back(
             {Nodes(f)[k], mesh_.facePatch[f], f, Nodes(f)[(k + n - 1) % n], Nodes(f)[(k + 1) % n]});
+      }
     }
     std::sort(corners.begin(), corners.end());
     pointOfNode_.assign(mesh_.points.size(), -1);
@@ -183,7 +192,8 @@ class DualMaker {
   }
 
   int PointOfNode(int node) {
-    if (pointOfNode_[node] < 0) pointOfNode_[node] = AddPoint(mesh_.points[node]);
+    if (pointOfNode_[node] < 0)
+      pointOfNode_[node] = AddPoint(mesh_.points[node], {DualPoint::Kind::Node, node, -1});
     return pointOfNode_[node];
   }
 
@@ -206,7 +216,9 @@ class DualMaker {
   }
 
   FaceMesh const& mesh_;
-  FaceMesh result_;
+  IsWanted const& isWanted_;
+  DualPiece piece_;
+  FaceMesh& result_ = piece_.mesh;
   std::vector<DualFace> faces_;
   std::vector<int> centreOfFace_;               // by face: the point at its centre; -1: inside
   std::vector<int> pointOfNode_;                // by node: its point; -1: none yet
@@ -215,6 +227,13 @@ class DualMaker {
 
 }  // namespace
 
-FaceMesh MakeDual(FaceMesh const& mesh) { return DualMaker(mesh).Make(); }
+FaceMesh MakeDual(FaceMesh const& mesh) {
+  auto const all = [](int, int) { return true; };
+  return DualMaker(mesh, all).Make().mesh;
+}
+
+DualPiece MakeDualPiece(FaceMesh const& mesh, std::function<bool(int, int)> const& isWanted) {
+  return DualMaker(mesh, isWanted).Make();
+}
 
 }  // namespace reference_host

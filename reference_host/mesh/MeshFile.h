@@ -53,6 +53,9 @@ class MeshFile {
   bool IsInPieces() const { return bytes_ != nullptr; }
   std::size_t Piece() const { return piece_; }
 
+  /// The byte that messages call a position.
+  std::size_t ByteAt(std::size_t position) const { return firstByte_ + position; }
+
   /// Copies bytes of the content. @pre position + n <= Size()
   void Read(std::size_t position, char* to, std::size_t n) const;
 

@@ -56,7 +56,7 @@ bool TextCursor::Grow() {
   return true;
 }
 
-/// The first place of a text from a position on; npos if there is none. May let go of what is before it.
+/// May let go of what is before the position.
 std::size_t TextCursor::Find(std::string_view what, std::size_t from) {
   while (from <= end_) {
     Hold(from, what.size());

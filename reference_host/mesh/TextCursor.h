@@ -27,6 +27,15 @@ class TextCursor {
   std::string_view Since(std::size_t position, std::size_t most);
   std::size_t Remaining() const { return end_ - position_; }
 
+  /// The next n bytes, or those up to the end of the file, which stay unread.
+  std::string_view Ahead(std::size_t n) {
+    if (position_ < base_ || position_ + n > WindowEnd()) Hold(position_, n);
+    return text_.substr(position_ - base_, n);
+  }
+
+  /// The first place of a text from a position on; npos if there is none.
+  std::size_t Find(std::string_view what, std::size_t from);
+
   /// Whether only blanks and comments are left.
   bool AtEnd();
 
@@ -90,7 +99,6 @@ class TextCursor {
     if (position_ + kAhead > WindowEnd() || position_ < base_) Hold(position_, kAhead);
   }
   bool Grow();
-  std::size_t Find(std::string_view what, std::size_t from);
   void BeginBytes(char const* what, std::size_t n);
 
   void SkipBlanks();

@@ -11,6 +11,24 @@
 
 namespace reference_host {
 
+/// The number at a place in a binary list of OpenFOAM.
+template <class Number>
+Number BinaryNumberAt(char const* bytes) {
+  Number number{};
+  std::memcpy(&number, bytes, sizeof(Number));
+  return number;
+}
+
+/// @param[in] size  of the number in the file, 4 or 8 bytes
+inline void GetBinaryNumber(char const* bytes, std::size_t size, double& number) {
+  number = size == sizeof(double) ? BinaryNumberAt<double>(bytes)
+                                  : static_cast<double>(BinaryNumberAt<float>(bytes));
+}
+inline void GetBinaryNumber(char const* bytes, std::size_t size, std::int64_t& number) {
+  number = size == sizeof(std::int64_t) ? BinaryNumberAt<std::int64_t>(bytes)
+                                        : BinaryNumberAt<std::int32_t>(bytes);
+}
+
 /// The bytes of a binary list of OpenFOAM, as numbers of their size in the file.
 class BinaryNumbers {
  public:
@@ -25,13 +43,8 @@ class BinaryNumbers {
 
   std::size_t size() const { return n_; }
 
-  double Real(std::size_t i) const {
-    return bytesOfNumber_ == sizeof(double) ? At<double>(i) : static_cast<double>(At<float>(i));
-  }
-
-  std::int64_t Integer(std::size_t i) const {
-    return bytesOfNumber_ == sizeof(std::int64_t) ? At<std::int64_t>(i) : At<std::int32_t>(i);
-  }
+  double Real(std::size_t i) const { return At<double>(i); }
+  std::int64_t Integer(std::size_t i) const { return At<std::int64_t>(i); }
 
   /// Position of a number in the file.
   std::size_t Position(std::size_t i) const { return end_ - 1 - (n_ - i) * bytesOfNumber_; }
@@ -40,7 +53,7 @@ class BinaryNumbers {
   template <class Number>
   Number At(std::size_t i) const {
     Number number{};
-    std::memcpy(&number, bytes_.data() + i * sizeof(Number), sizeof(Number));
+    GetBinaryNumber(bytes_.data() + i * bytesOfNumber_, bytesOfNumber_, number);
     return number;
   }
 

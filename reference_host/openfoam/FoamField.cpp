@@ -39,28 +39,34 @@ bool TakesValueOfCell(std::string_view type) {
 /// Goes through the entries of a field file once, from front to back.
 class FieldParser {
  public:
-  FieldParser(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary)
-      : file_(std::filesystem::path(file).parent_path().string(),
-              std::filesystem::path(file).filename().string()),
+  FieldParser(FoamFile& file, std::int64_t nCells, PolyMeshBoundary const& boundary, bool leavesCells)
+      : file_(file),
         text_(file_.Text()),
         nComponents_(ComponentsOf(file_)),
         nCells_(nCells),
         boundary_(boundary),
+        leavesCells_(leavesCells),
         values_(file_, entries_, nComponents_),
         patterns_(StepsFor(text_.Remaining(), boundary)) {}
 
   FoamField Parse() {
-    ReadEntries();
-    if (!internal_) Fail("there is no internalField");
-    if (!hasBoundary_) Fail("there is no boundaryField");
-    FoamField field;
-    field.nComponents = nComponents_;
-    field.dimensions = dimensions_;
-    field.file = file_.Name();
-    field.format = file_.Format();
+    FoamField field = ParseAll();
     field.cell = Expanded(*internal_, nCells_, "cells");
-    for (std::size_t p = 0; p < boundary_.patches.size(); ++p) AddPatch(p, field);
+    AddPatches(field);
     return field;
+  }
+
+  FoamFieldOutline Outline() {
+    try {
+      FoamField field = ParseAll();
+      CheckCount(*internal_, nCells_, "cells");
+      AddPatches(field);
+      values_.CheckLeft(&internal_->reals);
+      return {std::move(field), internal_->reals};
+    } catch (MeshError const&) {
+      values_.CheckLeft(nullptr);  // an error in a list comes first, as it does in the file
+      throw;
+    }
   }
 
  private:
@@ -73,6 +79,23 @@ class FieldParser {
   static constexpr std::string_view kBoundaryField = "boundaryField";
 
   [[noreturn]] void Fail(std::string const& what) const { throw MeshError(file_.Name() + ": " + what); }
+
+  /// All but the values of cells and faces.
+  FoamField ParseAll() {
+    ReadEntries();
+    if (!internal_) Fail("there is no internalField");
+    if (!hasBoundary_) Fail("there is no boundaryField");
+    FoamField field;
+    field.nComponents = nComponents_;
+    field.dimensions = dimensions_;
+    field.file = file_.Name();
+    field.format = file_.Format();
+    return field;
+  }
+
+  void AddPatches(FoamField& field) {
+    for (std::size_t p = 0; p < boundary_.patches.size(); ++p) AddPatch(p, field);
+  }
 
   static int ComponentsOf(FoamFile& file) {
     if (file.ClassName() == "volScalarField") return 1;
@@ -117,7 +140,7 @@ class FieldParser {
     }
     FoamEntries::Entry entry{text_.Position(), entries_.Scope()};
     if (keys_.empty() && key == "internalField") {
-      internal_ = values_.Read(nCells_, entry.scope);
+      internal_ = leavesCells_ ? values_.Leave(nCells_, entry.scope) : values_.Read(nCells_, entry.scope);
     } else if (IsInPatch() && key == "value") {
       values_.Read(MostFaces(), entry.scope);
     } else if (keys_.empty() && key == "dimensions") {
@@ -207,11 +230,15 @@ class FieldParser {
 
   std::int64_t MostFaces() const { return static_cast<std::int64_t>(boundary_.owner.size()); }
 
-  std::vector<double> Expanded(FoamFieldValues const& values, std::int64_t n, std::string const& of) const {
+  void CheckCount(FoamFieldValues const& values, std::int64_t n, std::string const& of) const {
+    if (!values.isUniform && values.reals.count != n)
+      Fail(std::to_string(values.reals.count) + " values for " + std::to_string(n) + " " + of);
+  }
+
+  std::vector<double> Expanded(FoamFieldValues const& values, std::int64_t n, std::string const& of) {
+    CheckCount(values, n, of);
     FoamReals const& reals = values.reals;
-    if (!values.isUniform && reals.count != n) {
-      Fail(std::to_string(reals.count) + " values for " + std::to_string(n) + " " + of);
-    }
+    if (reals.isLeft) return values_.ReadLeft(reals);
     return reals.list.empty() ? Repeated(reals.same, n) : reals.list;
   }
 
@@ -251,11 +278,12 @@ class FieldParser {
     return last < 0 ? nullptr : &ofPattern_[static_cast<std::size_t>(last)];
   }
 
-  FoamFile file_;
+  FoamFile& file_;
   TextCursor& text_;
   int nComponents_;
   std::int64_t nCells_;
   PolyMeshBoundary const& boundary_;
+  bool leavesCells_;
   FoamEntries entries_;
   FoamFieldValueReader values_;
   std::vector<Key> keys_;  ///< of the dictionaries that are open
@@ -270,7 +298,13 @@ class FieldParser {
 }  // namespace
 
 FoamField ReadFoamField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary) {
-  return FieldParser(file, nCells, boundary).Parse();
+  std::filesystem::path const path(file);
+  FoamFile foam(path.parent_path().string(), path.filename().string());
+  return FieldParser(foam, nCells, boundary, false).Parse();
+}
+
+FoamFieldOutline ReadFoamFieldOutline(FoamFile& file, std::int64_t nCells, PolyMeshBoundary const& boundary) {
+  return FieldParser(file, nCells, boundary, true).Outline();
 }
 
 }  // namespace reference_host

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "reference_host/openfoam/FoamFile.h"
+#include "reference_host/openfoam/FoamList.h"
 #include "reference_host/openfoam/FoamSyntax.h"
 #include "reference_host/openfoam/PolyMeshReader.h"
 
@@ -42,5 +44,15 @@ struct FoamField {
 /// @param[in] boundary  of the mesh
 /// @throws MeshError  other classes, wrong lengths, directives such as include, and macros for what is not there
 FoamField ReadFoamField(std::string const& file, std::int64_t nCells, PolyMeshBoundary const& boundary);
+
+/// A field whose values of cells may be in the file yet.
+struct FoamFieldOutline {
+  FoamField field;  ///< without values of cells
+  FoamReals cells;  ///< neither left nor a list: all cells have `same`
+};
+
+/// The same as ReadFoamField, but leaves a list of the cells' values in the file, see LeaveFoamReals.
+/// @param[in] file  just opened
+FoamFieldOutline ReadFoamFieldOutline(FoamFile& file, std::int64_t nCells, PolyMeshBoundary const& boundary);
 
 }  // namespace reference_host

@@ -16,12 +16,17 @@ FoamFieldLookup::FoamFieldLookup(FoamField const& field, PolyMeshBoundary const&
   std::sort(entries_.begin(), entries_.end());
 }
 
-double FoamFieldLookup::At(BoundaryPlace const& place, int component) const {
+double const* FoamFieldLookup::OfFace(BoundaryPlace const& place) const {
   auto entry = std::lower_bound(entries_.begin(), entries_.end(), Entry{place.cell, place.patch, 0});
-  if (entries_.end() - entry <= place.ordinal) return AtCell(place.cell, component);
+  if (entries_.end() - entry <= place.ordinal) return nullptr;
   entry += place.ordinal;
-  if (entry->cell != place.cell || entry->patch != place.patch) return AtCell(place.cell, component);
-  return (*field_.patch[static_cast<std::size_t>(place.patch)])[Position(entry->face, component)];
+  if (entry->cell != place.cell || entry->patch != place.patch) return nullptr;
+  return field_.patch[static_cast<std::size_t>(place.patch)]->data() + Position(entry->face, 0);
+}
+
+double FoamFieldLookup::At(BoundaryPlace const& place, int component) const {
+  double const* const value = OfFace(place);
+  return value != nullptr ? value[component] : AtCell(place.cell, component);
 }
 
 }  // namespace reference_host

@@ -18,6 +18,9 @@ class FoamFieldLookup {
   /// @param[in] component  0 to nComponents-1 of the field
   double AtCell(std::int64_t cell, int component = 0) const { return field_.cell[Position(cell, component)]; }
 
+  /// The components of the value that the field has for the face; null: none, the face takes that of its cell.
+  double const* OfFace(BoundaryPlace const& place) const;
+
   /// The value of the face, or of its cell if the field has no value for the face.
   double At(BoundaryPlace const& place, int component = 0) const;
 

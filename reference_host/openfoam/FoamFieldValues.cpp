@@ -1,5 +1,6 @@
 #include "reference_host/openfoam/FoamFieldValues.h"
 
+#include <set>
 #include <utility>
 
 #include "reference_host/mesh/MessageText.h"
@@ -74,7 +75,37 @@ FoamReals FoamFieldValueReader::List(std::int64_t most) {
     std::string_view const type = text_.Word(expected.c_str());
     if (type != expected) text_.Fail(expected + " expected instead of " + Quoted(type));
   }
-  return ReadFoamReals(text_, format_, nComponents_, most);
+  return leavesLists_ ? LeaveFoamReals(text_, format_, nComponents_, most)
+                      : ReadFoamReals(text_, format_, nComponents_, most);
+}
+
+std::vector<double> FoamFieldValueReader::ReadLeft(FoamReals const& left) {
+  std::vector<double> list;
+  std::size_t const here = text_.Position();
+  text_.MoveTo(left.begin);
+  if (format_.isBinary) {
+    BinaryNumbers const numbers(text_, static_cast<std::size_t>(nComponents_ * left.count),
+                                format_.scalarBytes);
+    for (std::size_t i = 0; i < numbers.size(); ++i) list.push_back(numbers.Real(i));
+  } else {
+    ReadTextReals(text_, nComponents_, left.count, [&](FoamItem const& item) {
+      list.insert(list.end(), item.begin(), item.begin() + nComponents_);
+    });
+  }
+  text_.MoveTo(here);
+  return list;
+}
+
+void FoamFieldValueReader::CheckLeft(FoamReals const* except) {
+  if (format_.isBinary) return;
+  std::set<std::size_t> begins;  // two macros may stand for one list
+  for (auto const& [position, values] : known_) {
+    if (values && values->reals.isLeft && (except == nullptr || values->reals.begin != except->begin))
+      if (begins.insert(values->reals.begin).second) {
+        text_.MoveTo(values->reals.begin);
+        ReadTextReals(text_, nComponents_, values->reals.count, [](FoamItem const&) {});
+      }
+  }
 }
 
 FoamItem FoamFieldValueReader::Item(int scope, int nMacros) {

@@ -36,6 +36,20 @@ class FoamFieldValueReader {
   /// @param[in] scope  the dictionary that the values are written in
   Values Read(std::int64_t most, int scope) { return Read(most, scope, 0); }
 
+  /// The same, but passes over a list of items, see LeaveFoamReals.
+  Values Leave(std::int64_t most, int scope) {
+    leavesLists_ = true;
+    Values values = Read(most, scope, 0);
+    leavesLists_ = false;
+    return values;
+  }
+
+  /// Reads a list that was left. The present place stays.
+  std::vector<double> ReadLeft(FoamReals const& left);
+
+  /// Throws what is wrong with lists that were left, except for one of them (null: for none).
+  void CheckLeft(FoamReals const* except);
+
   /// Reads the values of an entry and returns to the present place.
   Values ReadEntry(FoamEntries::Entry const& entry, std::int64_t most);
 
@@ -66,6 +80,7 @@ class FoamFieldValueReader {
   FoamEntries const& entries_;
   int nComponents_;
   std::map<std::size_t, Values> known_;  ///< by position
+  bool leavesLists_ = false;
 };
 
 }  // namespace reference_host

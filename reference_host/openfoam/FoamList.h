@@ -59,16 +59,31 @@ using FoamItem = std::array<double, 3>;
 FoamItem ReadFoamItem(TextCursor& text, int nComponents);
 
 /// A list of scalars or vectors with a length: `count` items, which are `list`, component by component, or all equal
-/// to `same` if `list` is empty.
+/// to `same` if `list` is empty; or a list that was left in the file.
 struct FoamReals {
   std::int64_t count = 0;
   FoamItem same{};
   std::vector<double> list;
+  bool isLeft = false;
+  std::size_t begin = 0;  ///< of a list that was left: the position behind its length
 };
 
 /// Reads "N (item item ...)", text or binary, or "N{item}".
 /// @param[in] mostItems  a longer list is an error
 FoamReals ReadFoamReals(TextCursor& text, FoamFormat const& format, int nComponents, std::int64_t mostItems);
+
+/// The same, but passes over a list of items and leaves it in the file. What is wrong within a list of text is then told
+/// by ReadTextReals; only one that does not end is an error here, too.
+FoamReals LeaveFoamReals(TextCursor& text, FoamFormat const& format, int nComponents, std::int64_t mostItems);
+
+/// Reads the text "(item item ...)" of n items and calls take(item) with each, also with those beyond the n.
+template <class Take>
+void ReadTextReals(TextCursor& text, int nComponents, std::int64_t n, Take const& take) {
+  text.Expect('(');
+  std::int64_t nFound = 0;
+  for (; !text.Accept(')'); ++nFound) take(ReadFoamItem(text, nComponents));
+  if (nFound != n) text.Fail(std::to_string(n) + " values announced, " + std::to_string(nFound) + " found");
+}
 
 /// The integers that a list may have.
 struct FoamRange {
@@ -103,6 +118,18 @@ void ReadBinaryLabels(TextCursor& text, FoamFormat const& format, std::int64_t n
   }
 }
 
+/// Reads the text "(i i ...)" of n integers and calls take(integer) with each, also with those beyond the n.
+/// @param[in] what  the name of an item, for messages: "cell number"
+template <class Take>
+void ReadTextLabels(TextCursor& text, std::int64_t n, char const* what, FoamRange const& range,
+                    Take const& take) {
+  text.Expect('(');
+  std::int64_t nFound = 0;
+  for (; !text.Accept(')'); ++nFound) take(range.Read(text));
+  if (nFound != n)
+    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(nFound) + " found");
+}
+
 /// Reads a list of integers with a length, "N (i i ...)", text or binary, or "N{i}".
 /// @param[in] what  the name of an item, for messages: "cell number"
 template <class Integer>
@@ -122,12 +149,8 @@ FoamValues<Integer> ReadFoamLabels(TextCursor& text, FoamFormat const& format, c
     return values;
   }
   values.list.reserve(FittingItems(text, n, 2));
-  text.Expect('(');
-  while (!text.Accept(')')) values.list.push_back(static_cast<Integer>(range.Read(text)));
-  if (values.list.size() != static_cast<std::size_t>(n)) {
-    text.Fail(std::to_string(n) + " " + what + "s announced, " + std::to_string(values.list.size()) +
-              " found");
-  }
+  ReadTextLabels(text, n, what, range,
+                 [&values](std::int64_t number) { values.list.push_back(static_cast<Integer>(number)); });
   return values;
 }
 

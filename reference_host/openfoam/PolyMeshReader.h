@@ -31,7 +31,7 @@ PolyMesh ReadPolyMeshWithPatches(std::string const& folder);
 
 /// The boundary faces of a polyMesh and their cells: what the boundary values of a field file refer to.
 struct PolyMeshBoundary {
-  std::vector<int> owner;  ///< the cell of each face
+  std::vector<std::int64_t> owner;  ///< the cell of each face
   std::vector<Patch> patches;
   std::vector<PatchFaces> facesOfPatch;  ///< by patch: `first` and `count` within `owner`
 };

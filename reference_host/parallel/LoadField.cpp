@@ -1,13 +1,10 @@
 #include "reference_host/parallel/LoadField.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <exception>
 #include <filesystem>
-#include <functional>
-#include <optional>
 #include <string>
 #include <utility>
 
@@ -21,9 +18,10 @@
 #include "reference_host/parallel/FileCells.h"
 #include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
-#include "reference_host/parallel/MpiBytes.h"
 #include "reference_host/parallel/MpiCommunicator.h"
 #include "reference_host/partition/BoundaryPlaces.h"
+#include "reference_host/slabs/FieldSlab.h"
+#include "reference_host/slabs/MpiLists.h"
 
 namespace reference_host {
 namespace {
@@ -48,19 +46,11 @@ std::vector<double> Answers(FoamFieldLookup const& lookup, int nComponents, Ques
   return values;
 }
 
-template <class T>
-std::vector<char> BytesOf(std::vector<T> const& items) {
-  std::vector<char> bytes(items.size() * sizeof(T));
-  if (!bytes.empty()) std::memcpy(bytes.data(), items.data(), bytes.size());
-  return bytes;
-}
-
-template <class T>
-std::vector<T> ItemsOf(std::vector<char> const& bytes) {
-  std::vector<T> items(bytes.size() / sizeof(T));
-  if (!bytes.empty()) std::memcpy(items.data(), bytes.data(), bytes.size());
-  return items;
-}
+/// A value of a boundary face from the file.
+struct FaceAnswer {
+  std::array<double, 3> value{};
+  bool isThere = false;  ///< otherwise the face has the value of its cell
+};
 
 /// TIME/NAME of a path.
 fs::path TimeAndName(std::string const& fieldSpec) {
@@ -90,7 +80,7 @@ class FieldLoader {
     if (source_.isDecomposed && !isCgns) {
       ReadOwnFolder();
     } else {
-      ReadOnRank0();
+      ReadWholeMesh();
     }
     DescribePatches();
     for (std::size_t k = 0; k < static_cast<std::size_t>(result_.nComponents); ++k)
@@ -99,12 +89,6 @@ class FieldLoader {
   }
 
  private:
-  void OnRank0(std::function<void()> const& work) const {
-    RunTogether(communicator_, [&] {
-      if (communicator_.rank() == 0) work();
-    });
-  }
-
   Questions OwnQuestions() const {
     std::vector<std::int64_t> const fileCell = CellsInFile(mesh_);
     return {{fileCell.begin() + 1, fileCell.end()}, GhostPlaces(partition_, fileCell)};
@@ -156,54 +140,73 @@ class FieldLoader {
 
   // A whole mesh.
 
-  void ReadOnRank0() {
+  void ReadWholeMesh() {
     Questions const own = OwnQuestions();
-    FoamField field;
-    OnRank0([&] {
-      std::vector<std::int64_t> nFaces;
-      for (PatchSummary const& patch : mesh_.summary.patches) nFaces.push_back(patch.nFaces);
-      field = ReadField(fieldSpec_, source_.polyMesh, mesh_.summary.nCells, source_.boundary, nFaces);
-      RememberPatches(field);
-    });
-    int nComponents = field.nComponents;
-    MPI_Bcast(&nComponents, 1, MPI_INT, 0, communicator_.get());
+    std::vector<std::int64_t> nFaces;
+    for (PatchSummary const& patch : mesh_.summary.patches) nFaces.push_back(patch.nFaces);
+    FieldSlab slab = ReadFieldSlab(communicator_, fieldSpec_, source_.polyMesh, mesh_.summary.nCells,
+                                   source_.boundary, nFaces);
+    result_.nComponents = slab.nComponents;
     RunTogether(communicator_, [&] {
-      if (communicator_.rank() == 0) {
-        FoamFieldLookup const lookup(field, source_.boundary);
-        AnswerOthers(lookup, nComponents);
-        TakeAnswers(Answers(lookup, nComponents, own), nComponents);
-      } else {
-        SendBytes(communicator_, 0, BytesOf(own.cell));
-        SendBytes(communicator_, 0, BytesOf(own.face));
-        if (std::optional<std::vector<char>> const bytes = ReceiveBytes(communicator_, 0)) {
-          TakeAnswers(ItemsOf<double>(*bytes), nComponents);
-        }
-      }
+      if (communicator_.rank() == 0) RememberPatches(slab.boundary);
+      for (int k = 0; k < slab.nComponents; ++k)
+        result_.value[static_cast<std::size_t>(k)].assign(static_cast<std::size_t>(record_.NCell) + 1, 0.0);
     });
+    FetchCells(slab, own.cell);
+    slab.value = {};
+    FetchFaces(slab, own);
   }
 
-  /// Answers one rank after another. After a failure, the remaining ranks get nothing.
-  void AnswerOthers(FoamFieldLookup const& lookup, int nComponents) const {
-    std::exception_ptr failure;
-    for (int rank = 1; rank < communicator_.size(); ++rank) {
-      std::vector<char> answer;
-      try {
-        Questions questions;
-        if (auto const cells = ReceiveBytes(communicator_, rank))
-          questions.cell = ItemsOf<std::int64_t>(*cells);
-        if (auto const faces = ReceiveBytes(communicator_, rank))
-          questions.face = ItemsOf<BoundaryPlace>(*faces);
-        if (!failure) answer = BytesOf(Answers(lookup, nComponents, questions));
-      } catch (...) {
-        failure = std::current_exception();
-      }
-      if (failure) {
-        SendNothing(communicator_, rank);
-      } else {
-        SendBytes(communicator_, rank, answer);
+  /// In rounds, so that the memory for messages is bounded.
+  void FetchCells(FieldSlab const& slab, std::vector<std::int64_t> const& cells) {
+    constexpr std::size_t kRound = std::size_t{1} << 18;
+    std::int64_t nRounds = static_cast<std::int64_t>((cells.size() + kRound - 1) / kRound);
+    MPI_Allreduce(MPI_IN_PLACE, &nRounds, 1, MPI_INT64_T, MPI_MAX, communicator_.get());
+    std::vector<std::int64_t> asked;
+    for (std::size_t round = 0; round < static_cast<std::size_t>(nRounds); ++round) {
+      std::size_t const begin = std::min(round * kRound, cells.size());
+      std::size_t const end = std::min(begin + kRound, cells.size());
+      asked.assign(cells.begin() + static_cast<std::ptrdiff_t>(begin),
+                   cells.begin() + static_cast<std::ptrdiff_t>(end));
+      for (int k = 0; k < slab.nComponents; ++k) {
+        std::vector<double> const values =
+            FetchItems<double>(communicator_, slab.cells, asked, [&](std::int64_t cell) {
+              return slab.value[static_cast<std::size_t>(slab.nComponents * cell + k)];
+            });
+        std::copy(
+            values.begin(), values.end(),
+            result_.value[static_cast<std::size_t>(k)].begin() + 1 + static_cast<std::ptrdiff_t>(begin));
       }
     }
-    if (failure) std::rethrow_exception(failure);
+  }
+
+  /// Rank 0 knows what the file says of the boundary faces. Ghost cells follow the interior cells.
+  void FetchFaces(FieldSlab const& slab, Questions const& own) {
+    std::vector<FaceAnswer> answers;
+    {
+      FoamFieldLookup const lookup(slab.boundary, source_.boundary);
+      RankLists<BoundaryPlace> const asked =
+          SwapLists(communicator_, ListsByRank<BoundaryPlace>(
+                                       communicator_.size(), own.face.size(), [](std::size_t) { return 0; },
+                                       [&](std::size_t i) { return own.face[i]; }));
+      RankLists<FaceAnswer> found;
+      found.start = asked.start;
+      for (BoundaryPlace const& place : asked.items) {
+        FaceAnswer& answer = found.items.emplace_back();
+        double const* const value = lookup.OfFace(place);
+        answer.isThere = value != nullptr;
+        if (answer.isThere) std::copy(value, value + slab.nComponents, answer.value.begin());
+      }
+      answers = SwapLists(communicator_, found).items;
+    }
+    std::vector<int> const cellAt = CellsAtGhosts(partition_);
+    for (std::size_t k = 0; k < static_cast<std::size_t>(slab.nComponents); ++k) {
+      std::vector<double>& value = result_.value[k];
+      for (std::size_t g = 0; g < answers.size(); ++g) {
+        value[own.cell.size() + 1 + g] =
+            answers[g].isThere ? answers[g].value[k] : value[static_cast<std::size_t>(cellAt[g])];
+      }
+    }
   }
 
   /// Ranks that have read nothing about a patch learn it from the others.

@@ -34,8 +34,9 @@ struct LoadedField {
 /// `fieldSpec` is a volScalarField or volVectorField of OpenFOAM: a path as it is, or one in the case of the mesh
 /// ("0/T"). For a decomposed case, each rank looks up the last two parts, TIME/NAME, in its own processor folder.
 /// Otherwise `fieldSpec` is FILE.cgns:ARRAY or FILE.cgns:SOLUTION/ARRAY: a cell-centred array in the cell order of the
-/// mesh file, without boundary values; "Velocity" stands for the vector of VelocityX, VelocityY, VelocityZ. Rank 0 reads
-/// the files of a whole mesh and sends each rank its values.
+/// mesh file, without boundary values; "Velocity" stands for the vector of VelocityX, VelocityY, VelocityZ. Of
+/// the files of a whole mesh, each rank reads or gets a share, from which all ranks fetch the values of their cells; rank
+/// 0 holds those of the boundary faces.
 /// @param[in] communicator  the one that the mesh was loaded on
 /// @throws MeshError  with the same text on every rank
 LoadedField LoadField(MPI_Comm communicator, LoadedMesh& mesh, std::string const& fieldSpec);

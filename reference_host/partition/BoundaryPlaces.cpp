@@ -23,4 +23,13 @@ std::vector<BoundaryPlace> GhostPlaces(HostPartition& partition, std::vector<std
   return places;
 }
 
+std::vector<int> CellsAtGhosts(HostPartition& partition) {
+  std::vector<int> cells;
+  for (FaceKind const kind : kGhostOrder) {
+    FaceGroup const faces = FacesOf(kind, *partition.mesh());
+    for (int f = 1; f <= faces.count; ++f) cells.push_back(faces.cv[f]);
+  }
+  return cells;
+}
+
 }  // namespace reference_host

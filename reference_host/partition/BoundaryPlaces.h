@@ -19,4 +19,7 @@ struct BoundaryPlace {
 /// @param[in] fileCell  [1..NInnerCells] number of an interior cell in the mesh file, from 0
 std::vector<BoundaryPlace> GhostPlaces(HostPartition& partition, std::vector<std::int64_t> const& fileCell);
 
+/// The interior cells at the ghost cells of a partition, ascending by ghost cell.
+std::vector<int> CellsAtGhosts(HostPartition& partition);
+
 }  // namespace reference_host

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "reference_host/box/BoxDual.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/box/BoxNodes.h"
 #include "reference_host/box/BoxShapes.h"
@@ -116,10 +117,39 @@ class BoxSlabMaker {
   MeshSlab slab_;
 };
 
+MeshSlab MakeDualSlab(BoxSpec const& spec, int rank, int nRanks) {
+  BoxDualNumbers const numbers(spec);
+  MeshSlab slab;
+  slab.cells = BlockRanges::Even(numbers.nodes().Size(), nRanks);
+  slab.nodes = BlockRanges::Even(numbers.nPoints(), nRanks);
+  std::vector<std::int64_t> faceStarts;
+  for (int r = 0; r < nRanks; ++r) faceStarts.push_back(numbers.CountFacesBefore(slab.cells.First(r)));
+  faceStarts.push_back(numbers.CountFacesBefore(slab.cells.nItems()));
+  slab.faces = BlockRanges(std::move(faceStarts));
+  slab.patches = BoxPatches();
+
+  slab.points = PointsOfBoxDual(spec, slab.nodes.First(rank), slab.nodes.End(rank));
+  auto const n = static_cast<std::size_t>(slab.faces.Size(rank));
+  slab.faceStart.reserve(n + 1);
+  slab.faceNode.reserve(36 * n / 7);  // a cube has 7 edges, and its tetrahedra together 36
+  slab.owner.reserve(n);
+  slab.neighbour.reserve(n);
+  slab.facePatch.reserve(n);
+  ForEachFaceOfBoxDual(spec, slab.cells.First(rank), slab.cells.End(rank), [&slab](BoxDualFace const& face) {
+    slab.faceNode.insert(slab.faceNode.end(), face.nodes.begin(), face.nodes.end());
+    slab.faceStart.push_back(slab.faceNode.size());
+    slab.owner.push_back(face.owner);
+    slab.neighbour.push_back(face.neighbour);
+    slab.facePatch.push_back(face.patch);
+  });
+  return slab;
+}
+
 }  // namespace
 
 MeshSlab MakeBoxSlab(BoxSpec const& spec, int rank, int nRanks) {
   CheckBoxSpec(spec, BoxText(spec));
+  if (spec.shape == BoxSpec::Shape::Dual) return MakeDualSlab(spec, rank, nRanks);
   return BoxSlabMaker(spec, rank, nRanks).Make();
 }
 

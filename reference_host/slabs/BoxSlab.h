@@ -7,8 +7,7 @@
 namespace reference_host {
 
 /// One rank's share of a box, made without the rest and without communication. The shares of all ranks together are
-/// MakeBox(spec). The blocks of cells have whole cubes.
-/// @pre the box is no dual
+/// MakeBox(spec). The blocks of cells have whole cubes, those of a dual whole cells.
 /// @throws MeshError  the numbers of the box are outside their ranges
 MeshSlab MakeBoxSlab(BoxSpec const& spec, int rank, int nRanks);
 

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
-#include <utility>
 
 #include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/mesh/MeshError.h"
@@ -14,23 +12,8 @@
 namespace reference_host {
 namespace {
 
-constexpr std::int64_t kNone = std::numeric_limits<std::int64_t>::max();
 constexpr std::size_t kFacesChecked = std::size_t{1} << 16;  // in a round
 constexpr int kFewestFaces = 4;
-
-/// The rank that has the lowest number, and the number; kNone: no rank has any.
-struct FirstOfAll {
-  std::int64_t number = kNone;
-  int rank = 0;
-};
-
-/// Collective.
-FirstOfAll FindFirst(MpiCommunicator const& communicator, std::int64_t own) {
-  std::vector<std::int64_t> all(static_cast<std::size_t>(communicator.size()));
-  MPI_Allgather(&own, 1, MPI_INT64_T, all.data(), 1, MPI_INT64_T, communicator.get());
-  auto const first = std::min_element(all.begin(), all.end());
-  return {*first, static_cast<int>(first - all.begin())};
-}
 
 std::string PrefixOf(std::string const& meshName) { return meshName.empty() ? "" : meshName + ": "; }
 
@@ -68,15 +51,15 @@ class SlabTableChecker {
     auto const bad = std::find_if_not(slab_.points.begin(), slab_.points.end(), IsFinite);
     bool const isBad = bad != slab_.points.end();
     FirstOfAll const first =
-        FindFirst(communicator_, isBad ? slab_.nodes.First(rank_) + (bad - slab_.points.begin()) : kNone);
-    if (first.number != kNone) Fail(names_.Node(first.number) + " has a coordinate that is not finite");
+        FindFirst(communicator_, isBad ? slab_.nodes.First(rank_) + (bad - slab_.points.begin()) : kNoNumber);
+    if (first.number != kNoNumber) Fail(names_.Node(first.number) + " has a coordinate that is not finite");
   }
 
   void CheckLengths() const {
     std::size_t const nFaces = slab_.owner.size();
     bool const isGood = slab_.faceStart.size() == nFaces + 1 && slab_.neighbour.size() == nFaces &&
                         slab_.facePatch.size() == nFaces &&
-                        (slab_.faceNumber.empty() || slab_.faceNumber.size() == nFaces);
+                        slab_.faces.Size(rank_) == static_cast<std::int64_t>(nFaces);
     if (SumOverRanks(communicator_, isGood ? 0 : 1) > 0) Fail("the face tables differ in length");
   }
 
@@ -85,8 +68,8 @@ class SlabTableChecker {
     std::size_t f = 0;
     while (f < slab_.nOwnFaces() && IsGood(f, bad)) ++f;
     bool const isBad = f < slab_.nOwnFaces();
-    FirstOfAll const first = FindFirst(communicator_, isBad ? slab_.NumberOfFace(f, rank_) : kNone);
-    if (first.number == kNone) return;
+    FirstOfAll const first = FindFirst(communicator_, isBad ? slab_.NumberOfFace(f, rank_) : kNoNumber);
+    if (first.number == kNoNumber) return;
 
     MPI_Bcast(&bad, sizeof(bad), MPI_BYTE, first.rank, communicator_.get());
     FaceInQuestion const face =
@@ -187,8 +170,8 @@ class SlabTableChecker {
         std::find_if(nFaces.begin(), nFaces.end(), [](unsigned char n) { return n < kFewestFaces; });
     bool const isBad = few != nFaces.end();
     FirstOfAll const first =
-        FindFirst(communicator_, isBad ? slab_.cells.First(rank_) + (few - nFaces.begin()) : kNone);
-    if (first.number == kNone) return;
+        FindFirst(communicator_, isBad ? slab_.cells.First(rank_) + (few - nFaces.begin()) : kNoNumber);
+    if (first.number == kNoNumber) return;
     int count = isBad ? *few : 0;
     MPI_Bcast(&count, 1, MPI_INT, first.rank, communicator_.get());
     Fail(names_.Cell(first.number) + " has " + std::to_string(count) + " faces; a cell needs 4 or more");
@@ -246,8 +229,8 @@ void CheckPartGeometry(MpiCommunicator const& communicator, MeshPart const& part
                        std::string const& meshName) {
   int const face = FirstFaceWithoutArea(part);
   FirstOfAll const flat =
-      FindFirst(communicator, face >= 0 ? numberOfFace[static_cast<std::size_t>(face)] : kNone);
-  if (flat.number != kNone) {
+      FindFirst(communicator, face >= 0 ? numberOfFace[static_cast<std::size_t>(face)] : kNoNumber);
+  if (flat.number != kNoNumber) {
     FaceInQuestion question;
     if (communicator.rank() == flat.rank) {
       question.number = flat.number;
@@ -261,9 +244,9 @@ void CheckPartGeometry(MpiCommunicator const& communicator, MeshPart const& part
   }
 
   BadCell const bad = FirstBadCell(part, part.nOwned);
-  FirstOfAll const first =
-      FindFirst(communicator, bad.cell >= 0 ? part.globalCell[static_cast<std::size_t>(bad.cell)] : kNone);
-  if (first.number == kNone) return;
+  FirstOfAll const first = FindFirst(
+      communicator, bad.cell >= 0 ? part.globalCell[static_cast<std::size_t>(bad.cell)] : kNoNumber);
+  if (first.number == kNoNumber) return;
   throw MeshError(PrefixOf(meshName) + names.Cell(first.number) + " " +
                   ShareText(communicator, first.rank, bad.complaint));
 }

@@ -88,7 +88,6 @@ class SlabDistributor {
     }
     SwapPairs();
     SwapFaces();
-    SortFaces();
     AddPairs(pairs_);
     ReceiveHalo();
     NumberMergedCells();
@@ -194,6 +193,11 @@ class SlabDistributor {
 
   /// Sends the pairs of the periods to the parts that own a cell of theirs.
   void SwapPairs() {
+    RunTogether(communicator_, [this] {
+      for (SlabPeriod const& period : slab_.periods) {
+        if (period.turn.size() != period.faces.size()) Fail("the periods of the mesh are not joined");
+      }
+    });
     for (std::size_t k = 0; k < slab_.periods.size(); ++k) {
       SlabPeriod& period = slab_.periods[k];
       std::size_t const nRounds = CountRounds(communicator_, period.faces.size(), kFacesARound);
@@ -313,7 +317,6 @@ class SlabDistributor {
     Free(slab_.owner);
     Free(slab_.neighbour);
     Free(slab_.facePatch);
-    Free(slab_.faceNumber);
   }
 
   void SwapFacesOf(std::size_t begin, std::size_t end, Arrival& next) {
@@ -381,37 +384,6 @@ class SlabDistributor {
 
   /// In the order of arrival, until NumberNodes.
   int LocalNode(std::int64_t node) { return static_cast<int>(node_.Add(node)); }
-
-  /// Faces of contiguous blocks arrive in the order of their numbers. Others are sorted here.
-  void SortFaces() {
-    if (std::is_sorted(number_.begin(), number_.end())) return;
-    std::vector<int> order(nFaces_);
-    std::iota(order.begin(), order.end(), 0);
-    std::sort(order.begin(), order.end(), [this](int a, int b) { return number_[a] < number_[b]; });
-    std::vector<std::size_t> start = {0};
-    std::vector<int> nodes;
-    start.reserve(nFaces_ + 1);
-    nodes.reserve(faceNode_.size());
-    for (int const f : order) {
-      nodes.insert(nodes.end(), faceNode_.begin() + static_cast<std::ptrdiff_t>(faceStart_[f]),
-                   faceNode_.begin() + static_cast<std::ptrdiff_t>(faceStart_[f + 1]));
-      start.push_back(nodes.size());
-    }
-    faceStart_ = std::move(start);
-    faceNode_ = std::move(nodes);
-    Permute(number_, order);
-    Permute(owner_, order);
-    Permute(neighbour_, order);
-    Permute(patch_, order);
-  }
-
-  template <class T>
-  static void Permute(std::vector<T>& items, std::vector<int> const& order) {
-    std::vector<T> permuted;
-    permuted.reserve(items.size());
-    for (int const i : order) permuted.push_back(items[i]);
-    items = std::move(permuted);
-  }
 
   /// A face that has no own cell, behind those that have.
   int AddFace(FaceHead const& head, int owner, int neighbour, std::int64_t const* nodes) {

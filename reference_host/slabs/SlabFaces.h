@@ -28,7 +28,6 @@ struct FaceRows {
 FaceHead HeadOfFace(MeshSlab const& slab, std::size_t f, int rank);
 
 /// Collective. For each rank's own list of numbers of faces, these faces, in the order of the list.
-/// @pre  the ranks have contiguous blocks of the faces
 FaceRows FetchFaces(MpiCommunicator const& communicator, MeshSlab const& slab,
                     std::vector<std::int64_t> const& faces);
 

@@ -1,5 +1,6 @@
 #include "reference_host/slabs/SlabNaming.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace reference_host {
@@ -8,6 +9,13 @@ namespace {
 bool IsIn(BlockRanges const& ranges, std::int64_t item) { return item >= 0 && item < ranges.nItems(); }
 
 }  // namespace
+
+FirstOfAll FindFirst(MpiCommunicator const& communicator, std::int64_t own) {
+  std::vector<std::int64_t> all(static_cast<std::size_t>(communicator.size()));
+  MPI_Allgather(&own, 1, MPI_INT64_T, all.data(), 1, MPI_INT64_T, communicator.get());
+  auto const first = std::min_element(all.begin(), all.end());
+  return {*first, static_cast<int>(first - all.begin())};
+}
 
 bool SlabNaming::HasNames() const { return slab_.names.nodeNumber || slab_.names.cell || slab_.names.face; }
 

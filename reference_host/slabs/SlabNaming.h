@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,18 @@
 #include "reference_host/slabs/MeshSlab.h"
 
 namespace reference_host {
+
+constexpr std::int64_t kNoNumber = std::numeric_limits<std::int64_t>::max();
+
+/// The lowest number that a rank has in question, and the lowest such rank; kNoNumber: no rank has any.
+struct FirstOfAll {
+  std::int64_t number = kNoNumber;
+  int rank = 0;
+};
+
+/// Collective.
+/// @param[in] own  the rank's own lowest number; kNoNumber: none
+FirstOfAll FindFirst(MpiCommunicator const& communicator, std::int64_t own);
 
 /// A face as messages need it; numbers are those of the whole mesh.
 struct FaceInQuestion {

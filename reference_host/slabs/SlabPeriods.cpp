@@ -61,9 +61,13 @@ class SlabPeriodJoiner {
 
   void Join(SlabPeriod& period) {
     if (!period.description.refusal.empty()) Fail(period, period.description.refusal);
-    FindShift(period);
-    period.turn.clear();
     std::size_t const nPairs = period.faces.size();
+    std::int64_t const firstPlace = RangesOf(communicator_, static_cast<std::int64_t>(nPairs)).First(rank_);
+    auto const placeOf = [&](std::size_t i) {
+      return period.place.empty() ? firstPlace + static_cast<std::int64_t>(i) : period.place[i];
+    };
+    FindShift(period, FindFirst(communicator_, nPairs > 0 ? placeOf(0) : kNoNumber).rank);
+    period.turn.clear();
     std::size_t const nRounds = CountRounds(communicator_, nPairs, kPairsARound);
     std::vector<FaceInQuestion> misfit;  // the first pair that does not fit; empty: none
     for (std::size_t round = 0; round < nRounds; ++round) {
@@ -75,13 +79,12 @@ class SlabPeriodJoiner {
         if (turn == kNoTurn) misfit = {InQuestion(pairs.here, i), InQuestion(pairs.there, i)};
       }
     }
-    CheckThatAllFit(period, misfit);
+    std::int64_t const place = misfit.empty() ? kNoNumber : placeOf(period.turn.size() - 1);
+    CheckThatAllFit(period, FindFirst(communicator_, place), misfit);
   }
 
-  /// The rank with the first pair measures.
-  void FindShift(SlabPeriod& period) const {
-    int from = period.faces.empty() ? communicator_.size() : rank_;
-    MPI_Allreduce(MPI_IN_PLACE, &from, 1, MPI_INT, MPI_MIN, communicator_.get());
+  /// @param[in] from  the rank that has the first pair, which measures
+  void FindShift(SlabPeriod& period, int from) const {
     PairsInPlace const pairs = Fetch(period, 0, rank_ == from ? 1 : 0);
     std::string complaint;
     Point& shift = period.description.shift;
@@ -136,15 +139,13 @@ class SlabPeriodJoiner {
             faces.head[i].owner};
   }
 
-  /// The pairs of lower ranks come first.
-  void CheckThatAllFit(SlabPeriod const& period, std::vector<FaceInQuestion> misfit) const {
-    int from = misfit.empty() ? communicator_.size() : rank_;
-    MPI_Allreduce(MPI_IN_PLACE, &from, 1, MPI_INT, MPI_MIN, communicator_.get());
-    if (from == communicator_.size()) return;
+  void CheckThatAllFit(SlabPeriod const& period, FirstOfAll const& first,
+                       std::vector<FaceInQuestion> misfit) const {
+    if (first.number == kNoNumber) return;
     misfit.resize(2);
     SlabNaming const names(communicator_, slab_);
-    std::string const face = names.Face(BroadcastFace(communicator_, from, misfit[0]));
-    std::string const partner = names.Face(BroadcastFace(communicator_, from, misfit[1]));
+    std::string const face = names.Face(BroadcastFace(communicator_, first.rank, misfit[0]));
+    std::string const partner = names.Face(BroadcastFace(communicator_, first.rank, misfit[1]));
     Fail(period, "has " + face + ", which does not lie on " + partner + " when moved by " +
                      ShiftText(period.description.shift));
   }

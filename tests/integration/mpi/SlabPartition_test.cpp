@@ -122,7 +122,7 @@ TEST(PartitionSlab, NeedsAnMpiLibraryForThreadsAndHasIt) { EXPECT_TRUE(CanPartit
 
 TEST(PartitionSlab, BalancesPartsAndCutsAsFewFacesAsMetis) {
   MpiCommunicator const world(MPI_COMM_WORLD);
-  for (std::string const text : {kLargeBox, "box:30,30,30", "box:22,22,22:dual"}) {
+  for (std::string const text : {kLargeBox, "box:30,30,30", "box:28,28,28:dual"}) {
     FaceMesh const mesh = MakeBox(ParseBoxSpec(text));
     if (mesh.nCells <= 20'000) continue;
     Quality const quality = QualityOf(mesh, Partition(mesh, world), world.size());

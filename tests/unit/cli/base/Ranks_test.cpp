@@ -42,5 +42,22 @@ TEST(Ranks, GatherRowsInRankOrder) {
   EXPECT_EQ(-3.0, TestRanks().Max(-3.0));
 }
 
+TEST(Ranks, GatherOnTheFirstWhatItHasItself) {
+  EXPECT_EQ((std::vector<double>{2.5, 3.5}), TestRanks().GatherOnFirst(std::vector<double>{2.5, 3.5}));
+  EXPECT_EQ((std::vector<std::int64_t>{60000000000}),
+            TestRanks().GatherOnFirst(std::vector<std::int64_t>{60000000000}));
+  EXPECT_EQ("text", TestRanks().GatherOnFirst(std::string("text")));
+  EXPECT_EQ("", TestRanks().GatherOnFirst(std::string()));
+}
+
+TEST(Ranks, BroadcastTheValuesOfTheFirst) {
+  std::vector<double> values = {1.0, 2.0};
+  TestRanks().Broadcast(values);
+  EXPECT_EQ((std::vector<double>{1.0, 2.0}), values);
+  std::string text;
+  TestRanks().Broadcast(text);
+  EXPECT_EQ("", text);
+}
+
 }  // namespace
 }  // namespace zyngrad

@@ -16,6 +16,12 @@ TEST(OptionValue, TakesWholeNumbers) {
   EXPECT_THROW(WholeNumber("--repeat", "0", 1), UsageError);
 }
 
+TEST(OptionValue, TakesNumbersOfCellsThatNoIntCounts) {
+  EXPECT_EQ(60000000000, CellNumber("--cell", "60000000000"));
+  for (char const* text : {"", "0", "-1", "1.0", "9223372036854775808"})
+    EXPECT_THROW(CellNumber("--cell", text), UsageError) << text;
+}
+
 TEST(OptionValue, TakesPositiveFiniteNumbers) {
   EXPECT_EQ(500.0, PositiveNumber("--span", "500"));
   EXPECT_EQ(25.0, PositiveNumber("--span", "2.5e1"));

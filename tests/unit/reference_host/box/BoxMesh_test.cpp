@@ -34,6 +34,8 @@ std::vector<std::string> const kSpecs = {"box:1,1,1",
                                          "box:3,4,2:tet:perturb=0.1,stretch=3,skew=0.1",
                                          "box:4,2,3:dual",
                                          "box:1,1,1:dual",
+                                         "box:6,1,2:dual",
+                                         "box:1,5,1:dual:stretch=3,skew=0.1",
                                          "box:3,3,3:dual:perturb=0.2,seed=2"};
 
 void ExpectSamePatches(std::vector<Patch> const& a, std::vector<Patch> const& b) {
@@ -53,6 +55,7 @@ void ExpectSamePart(MeshPart const& a, MeshPart const& b) {
   EXPECT_EQ(a.nOwned, b.nOwned);
   EXPECT_EQ(a.globalCell, b.globalCell);
   EXPECT_EQ(a.haloPart, b.haloPart);
+  EXPECT_EQ(a.haloPeriod, b.haloPeriod);
   EXPECT_EQ(a.haloNodeStart, b.haloNodeStart);
   EXPECT_EQ(a.haloNode, b.haloNode);
   EXPECT_EQ(a.faceStart, b.faceStart);
@@ -215,6 +218,57 @@ TEST(BoxMesh, PartsAreBalancedBlocks) {
   }
   // Eight parts of a cube are its octants.
   EXPECT_EQ(MakeBoxPart(spec, 0, 8).nHalo(), 3 * 100);
+}
+
+TEST(BoxMesh, MakesAPartOfABoxOf6e10CellsAlone) {
+  std::int64_t const n = 4000;
+  int const nParts = 1 << 20;
+  for (std::string const shape : {"hex", "tet", "prism", "dual"}) {
+    SCOPED_TRACE(shape);
+    BoxSpec const spec = ParseBoxSpec("box:4000,4000,4000:" + shape);
+    MeshPart const part = MakeBoxPart(spec, nParts - 1, nParts);
+    std::int64_t const nInCube = shape == "tet" ? 6 : shape == "prism" ? 2 : 1;
+    std::int64_t const side = shape == "dual" ? n + 1 : n;
+    EXPECT_EQ(side * side * side * nInCube - 1, part.globalCell[static_cast<std::size_t>(part.nOwned) - 1]);
+    EXPECT_EQ(BoxNodeCount(spec) - 1, part.globalNode.back());
+    EXPECT_EQ((Point{1.0, 1.0, 1.0}), part.points.back());
+    // A block of about 40^3 cubes, with halo cells on the three sides that are inside the box.
+    EXPECT_NEAR(part.nOwned, 62000.0 * static_cast<double>(nInCube), 10000.0 * static_cast<double>(nInCube));
+    EXPECT_GT(part.nHalo(), 3 * 30 * 30);
+    EXPECT_LT(*std::max_element(part.haloPart.begin(), part.haloPart.end()), nParts - 1);
+    CellGeometry const cells = ComputeCellGeometry(part, part.nOwned);
+    double const cube = 1.0 / static_cast<double>(n * n * n);
+    for (double const volume : cells.volume) {
+      ASSERT_GT(volume, 0.0);
+      ASSERT_LT(volume, 1.001 * cube);
+    }
+  }
+}
+
+TEST(BoxMesh, RefusesPartsThatA32BitNumberCannotCount) {
+  auto const errorOf = [](std::string const& text, int nParts) -> std::string {
+    BoxSpec const spec = ParseBoxSpec(text);
+    try {
+      CheckBoxPartsFit(spec, nParts);
+    } catch (MeshError const& error) {
+      return error.what();
+    }
+    return "";
+  };
+  EXPECT_EQ("", errorOf("box:890,890,890", 1));  // 2.117e9 faces
+  EXPECT_EQ("box:895,895,895: the box has more cells, faces or nodes than a 32-bit number can count",
+            errorOf("box:895,895,895", 1));  // 2.153e9 faces
+  EXPECT_EQ("", errorOf("box:895,895,895", 2));
+  EXPECT_NE("", errorOf("box:600,600,600:tet", 1));  // 2.6e9 faces
+  EXPECT_NE("", errorOf("box:600,600,600:dual", 1));
+  EXPECT_EQ("", errorOf("box:600,600,600:dual", 3));
+  EXPECT_EQ(
+      "box:4000,4000,4000: part 1 of 16 has more cells, faces or nodes than a 32-bit number can count; "
+      "more ranks have smaller parts",
+      errorOf("box:4000,4000,4000", 16));
+  EXPECT_EQ("", errorOf("box:4000,4000,4000", 128));
+  EXPECT_THROW(MakeBoxPart(ParseBoxSpec("box:4000,4000,4000:tet"), 3, 16), MeshError);
+  EXPECT_THROW(MakeBox(ParseBoxSpec("box:4000,4000,4000:dual")), MeshError);
 }
 
 TEST(BoxMesh, RefusesMorePartsThanCubes) {

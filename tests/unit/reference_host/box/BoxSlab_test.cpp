@@ -70,6 +70,17 @@ TEST(BoxSlab, SharesOfAllRanksAreTheWholeBox) {
   }
 }
 
+TEST(BoxSlab, SharesOfAllRanksAreTheWholeDual) {
+  for (std::string const text :
+       {"box:1,1,1:dual", "box:1,1,7:dual", "box:5,1,1:dual", "box:1,2,1:dual", "box:4,2,3:dual",
+        "box:3,3,3:dual:perturb=0.2,seed=2", "box:2,5,3:dual:stretch=5,skew=0.1"}) {
+    ExpectSlabsEqualTheWholeBox(text);
+  }
+  // Several pieces on a rank: rows, layers and the rest of both.
+  ExpectSlabsEqualTheWholeBox("box:17,16,19:dual:perturb=0.1");
+  ExpectSlabsEqualTheWholeBox("box:2500,2,1:dual");
+}
+
 TEST(BoxSlab, NumbersABoxOf6e10CellsWith64Bits) {
   // Among 2^20 ranks, a share has 61035 or 61036 cubes.
   BoxSpec const spec = ParseBoxSpec("box:4000,4000,4000");
@@ -85,6 +96,22 @@ TEST(BoxSlab, NumbersABoxOf6e10CellsWith64Bits) {
   // The last face is the upper one of the last cube: its nodes are the last two of the last two rows.
   std::vector<std::int64_t> const nodes(slab.faceNode.end() - 4, slab.faceNode.end());
   EXPECT_EQ((std::vector<std::int64_t>{nNodes - n - 3, nNodes - n - 2, nNodes - 1, nNodes - 2}), nodes);
+}
+
+TEST(BoxSlab, NumbersADualOf6e10CellsWith64Bits) {
+  BoxSpec const spec = ParseBoxSpec("box:4000,4000,4000:dual");
+  int const nRanks = 1 << 20, last = nRanks - 1;
+  MeshSlab const slab = MakeBoxSlab(spec, last, nRanks);
+  std::int64_t const n = 4000, nCells = (n + 1) * (n + 1) * (n + 1);
+  EXPECT_EQ(nCells, slab.cells.nItems());
+  EXPECT_EQ(BoxNodeCount(spec), slab.nodes.nItems());
+  EXPECT_EQ(slab.faces.Size(last), static_cast<std::int64_t>(slab.nOwnFaces()));
+  EXPECT_EQ(slab.nodes.Size(last), static_cast<std::int64_t>(slab.points.size()));
+  EXPECT_EQ(nCells - 1, slab.owner.back());
+  EXPECT_EQ(5, slab.facePatch.back());
+  EXPECT_EQ((Point{1.0, 1.0, 1.0}), slab.points.back());
+  // The last node of the last face is the corner of the box, the last point of all.
+  EXPECT_EQ(slab.nodes.nItems() - 1, slab.faceNode.back());
 }
 
 TEST(BoxSlab, RefusesABoxThatNoNumberCounts) {

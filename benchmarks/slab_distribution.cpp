@@ -1,0 +1,87 @@
+// Seconds and memory of the steps from a mesh in slabs to the parts of the ranks.
+//
+//   mpirun -n RANKS slab_distribution [BOX]
+//
+// Each rank makes its share of the box. The parts are slices across the first direction, while the blocks of the slabs
+// go along the last one, so that nearly everything travels.
+
+#include <mpi.h>
+
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/ProcessMeasures.h"
+#include "benchmarks/Report.h"
+#include "reference_host/box/BoxSpec.h"
+#include "reference_host/slabs/BoxSlab.h"
+#include "reference_host/slabs/SlabCheck.h"
+#include "reference_host/slabs/SlabDistribution.h"
+
+namespace {
+
+using namespace reference_host;
+
+/// Runs steps one after the other and prints what each takes on the slowest and on the largest rank.
+class Steps {
+ public:
+  Steps(MpiCommunicator const& communicator, std::string row)
+      : communicator_(communicator), row_(std::move(row)), before_(benchmarks::StatusBytes("VmRSS")) {}
+
+  void SetCells(double nCells) { nCells_ = nCells; }
+
+  void Run(std::string const& name, std::function<void()> const& step) {
+    MPI_Barrier(communicator_.get());
+    benchmarks::ForgetPeak();
+    double const start = MPI_Wtime();
+    step();
+    double most[2] = {MPI_Wtime() - start, benchmarks::StatusBytes("VmHWM") - before_};
+    MPI_Allreduce(MPI_IN_PLACE, most, 2, MPI_DOUBLE, MPI_MAX, communicator_.get());
+    if (communicator_.rank() > 0) return;
+    benchmarks::Report("slabs", row_, name + ", s", most[0], 2);
+    benchmarks::Report("slabs", row_, name + ", bytes a cell", most[1] * communicator_.size() / nCells_, 0);
+  }
+
+ private:
+  MpiCommunicator const& communicator_;
+  std::string row_;
+  double before_;
+  double nCells_ = 1;
+};
+
+void Measure(MpiCommunicator const& communicator, std::string const& box) {
+  BoxSpec const spec = ParseBoxSpec(box);
+  Steps steps(communicator, box + " on " + std::to_string(communicator.size()));
+  steps.SetCells(static_cast<double>(BoxCellCount(spec)));
+  MeshSlab slab;
+  steps.Run("slab", [&] { slab = MakeBoxSlab(communicator, spec); });
+  steps.Run("tables checked", [&] { CheckSlabTables(communicator, slab, box); });
+  std::vector<int> part;
+  std::int64_t const nx = spec.n[0];
+  std::int64_t const nCellsOfCube = slab.cells.nItems() / (nx * spec.n[1] * spec.n[2]);
+  for (std::int64_t cell = slab.cells.First(communicator.rank()); cell < slab.cells.End(communicator.rank());
+       ++cell) {
+    part.push_back(static_cast<int>(cell / nCellsOfCube % nx * communicator.size() / nx));
+  }
+  MeshPart own;
+  steps.Run("distributed and checked",
+            [&] { own = DistributeSlab(communicator, std::move(slab), part, box); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  MPI_Init(&argc, &argv);
+  int status = 0;
+  try {
+    Measure(MpiCommunicator(MPI_COMM_WORLD), argc > 1 ? argv[1] : "box:94,94,94:tet");
+  } catch (std::exception const& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    status = 1;
+  }
+  MPI_Finalize();
+  return status;
+}
