@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "HeapPeak.h"
+#include "PeakBytes.h"
 #include "reference_host/box/BoxSpec.h"
 #include "reference_host/slabs/BoxSlab.h"
 #include "reference_host/slabs/SlabCheck.h"
@@ -26,14 +28,15 @@ std::vector<int> SlicesAcrossX(MeshSlab const& slab, int nx, std::int64_t nCells
 /// The most bytes at once per cell of the rank's share, from the making of the slab to the part.
 double BytesOfACell(std::string const& box, int nx, std::int64_t nCellsOfCube) {
   MpiCommunicator const world(MPI_COMM_WORLD);
-  HeapPeak const peak;
+  ForgetPeak();
+  std::size_t const before = LiveBytes();
   MeshSlab slab = MakeBoxSlab(world, ParseBoxSpec(box));
   double const nCells = static_cast<double>(slab.cells.nItems());
   CheckSlabTables(world, slab, box);
   std::vector<int> const parts = SlicesAcrossX(slab, nx, nCellsOfCube, world);
   MeshPart const part = DistributeSlab(world, std::move(slab), parts, box);
   EXPECT_GT(part.nOwned, 0);
-  return peak.Bytes() * world.size() / nCells;
+  return static_cast<double>(PeakBytes() - before) * world.size() / nCells;
 }
 
 }  // namespace
