@@ -62,24 +62,26 @@ bool IsByNodes(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set, 
   return location == CGNS_ENUMV(Vertex);
 }
 
-void ReadMembers(CgnsFile const& file, int index, CGNS_ENUMT(PointSetType_t) set, cgsize_t nGiven,
-                 cgsize_t normalList, std::int64_t lastElement, CgnsCondition& condition) {
-  std::string const name = Quoted(condition.name);
-  file.CheckRoom(nGiven, "members of boundary condition " + name);
-  file.CheckRoom(normalList, "normals of boundary condition " + name);
-  std::vector<cgsize_t> given(static_cast<std::size_t>(nGiven));
+/// @param[in] nNumbers  size of the list, or 2 for a range
+std::vector<std::int64_t> ReadNumbers(CgnsFile const& file, int index, std::string const& name,
+                                      std::int64_t nNumbers, std::int64_t normalListSize) {
+  std::vector<cgsize_t> given(static_cast<std::size_t>(nNumbers));
   // The library wants room for the normals, too, which are not used.
-  std::vector<double> normals(static_cast<std::size_t>(normalList));
+  std::vector<double> normals(static_cast<std::size_t>(normalListSize));
   file.Check(cg_boco_read(file.handle(), file.base(), CgnsFile::zone(), index, given.data(),
                           normals.empty() ? nullptr : normals.data()),
-             "boundary condition " + name + " cannot be read");
-  if (set == CGNS_ENUMV(PointList) || set == CGNS_ENUMV(ElementList)) {
-    condition.list.assign(given.begin(), given.end());
-    return;
-  }
+             "boundary condition " + Quoted(name) + " cannot be read");
+  return std::vector<std::int64_t>(given.begin(), given.end());
+}
+
+void ReadRange(CgnsFile const& file, std::int64_t nGiven, std::int64_t lastElement,
+               CgnsCondition& condition) {
+  std::vector<std::int64_t> const given =
+      ReadNumbers(file, condition.index, condition.name, nGiven, condition.normalListSize);
   std::int64_t const most = condition.byNodes ? file.nNodes() : lastElement;
   if (given.size() != 2 || given[0] < 1 || given[1] < given[0] || given[1] > most) {
-    file.Fail("boundary condition " + name + " has a range that does not ascend within the mesh");
+    file.Fail("boundary condition " + Quoted(condition.name) +
+              " has a range that does not ascend within the mesh");
   }
   condition.isRange = true;
   condition.first = given[0];
@@ -109,8 +111,16 @@ CgnsCondition ReadCondition(CgnsFile const& file, int index,
     auto const found = typeOfFamily.find(family);
     if (found != typeOfFamily.end()) condition.patchType = found->second;
   }
+  condition.index = index;
   condition.byNodes = IsByNodes(file, index, set, condition.name);
-  ReadMembers(file, index, set, nGiven, normalListSize, lastElement, condition);
+  file.CheckRoom(nGiven, "members of boundary condition " + Quoted(condition.name));
+  file.CheckRoom(normalListSize, "normals of boundary condition " + Quoted(condition.name));
+  condition.normalListSize = normalListSize;
+  if (set == CGNS_ENUMV(PointList) || set == CGNS_ENUMV(ElementList)) {
+    condition.listSize = nGiven;
+  } else {
+    ReadRange(file, nGiven, lastElement, condition);
+  }
   return condition;
 }
 
@@ -126,6 +136,10 @@ std::vector<CgnsCondition> ReadCgnsConditions(CgnsFile const& file, std::int64_t
     conditions.push_back(ReadCondition(file, index, typeOfFamily, lastElement));
   }
   return conditions;
+}
+
+std::vector<std::int64_t> ReadCgnsMembers(CgnsFile const& file, CgnsCondition const& condition) {
+  return ReadNumbers(file, condition.index, condition.name, condition.listSize, condition.normalListSize);
 }
 
 }  // namespace reference_host

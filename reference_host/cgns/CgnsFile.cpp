@@ -14,8 +14,6 @@
 #include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
-namespace {}  // namespace
-
 CgnsFile::OpenFile::~OpenFile() {
   if (handle >= 0) cg_close(handle);
 }
@@ -80,30 +78,33 @@ void CgnsFile::FindZone() {
   if (nZones > 1) Fail("several zones are not supported (" + names.Text() + "); join them into one first");
   nNodes_ = sizes[0];
   nCells_ = sizes[1];
-  constexpr std::int64_t kMost = std::numeric_limits<int>::max();
-  if (nNodes_ < 0 || nCells_ < 0 || nNodes_ > kMost || nCells_ > kMost) {
-    Fail("zone " + Quoted(name.data()) + " has more nodes or cells than an int can count");
-  }
+  zoneName_ = name.data();
   CheckRoom(nNodes_, "nodes");
   CheckRoom(nCells_, "cells");
 }
 
-std::vector<double> CgnsFile::Coordinate(char const* coordinate) const {
-  std::vector<double> values(static_cast<std::size_t>(nNodes_));
-  cgsize_t const first = 1;
-  auto const last = static_cast<cgsize_t>(nNodes_);
+void CgnsFile::RequireIntCounts() const {
+  constexpr std::int64_t kMost = std::numeric_limits<int>::max();
+  if (nNodes_ > kMost || nCells_ > kMost) {
+    Fail("zone " + Quoted(zoneName_) + " has more nodes or cells than an int can count");
+  }
+}
+
+std::vector<double> CgnsFile::Coordinate(char const* coordinate, std::int64_t first, std::int64_t n) const {
+  std::vector<double> values(static_cast<std::size_t>(n));
+  auto const begin = static_cast<cgsize_t>(first + 1), last = static_cast<cgsize_t>(first + n);
   Check(
-      cg_coord_read(handle_, base_, zone(), coordinate, CGNS_ENUMV(RealDouble), &first, &last, values.data()),
+      cg_coord_read(handle_, base_, zone(), coordinate, CGNS_ENUMV(RealDouble), &begin, &last, values.data()),
       std::string(coordinate) + " cannot be read");
   return values;
 }
 
-std::vector<Point> CgnsFile::Points() const {
-  std::vector<Point> points(static_cast<std::size_t>(nNodes_));
+std::vector<Point> CgnsFile::Points(std::int64_t first, std::int64_t n) const {
+  std::vector<Point> points(static_cast<std::size_t>(n));
   std::array<char const*, 3> const names = {"CoordinateX", "CoordinateY", "CoordinateZ"};
   for (std::size_t d = 0; d < names.size(); ++d) {
-    std::vector<double> const values = Coordinate(names[d]);
-    for (std::size_t n = 0; n < values.size(); ++n) points[n][d] = values[n];
+    std::vector<double> const values = Coordinate(names[d], first, n);
+    for (std::size_t i = 0; i < values.size(); ++i) points[i][d] = values[i];
   }
   return points;
 }

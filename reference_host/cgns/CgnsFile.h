@@ -51,8 +51,13 @@ class CgnsFile {
   std::int64_t nNodes() const { return nNodes_; }
   std::int64_t nCells() const { return nCells_; }
 
-  std::vector<Point> Points() const;
-  std::vector<CgnsSection> Sections() const;  ///< ascending by element number
+  /// Fails if the zone has more nodes or cells than an int can count.
+  void RequireIntCounts() const;
+
+  std::vector<Point> Points() const { return Points(0, nNodes_); }
+  std::vector<Point> Points(std::int64_t first,
+                            std::int64_t n) const;  ///< of nodes first .. first + n - 1, from 0
+  std::vector<CgnsSection> Sections() const;        ///< ascending by element number
 
   /// The connectivity of a section, with its parents if it has them.
   CgnsElements Elements(CgnsSection const& section) const;
@@ -79,9 +84,10 @@ class CgnsFile {
 
   void FindBase();
   void FindZone();
-  std::vector<double> Coordinate(char const* coordinate) const;
+  std::vector<double> Coordinate(char const* coordinate, std::int64_t first, std::int64_t n) const;
 
   std::string name_;
+  std::string zoneName_;
   std::int64_t nBytes_ = 0;
   OpenFile open_;
   int handle_ = -1;

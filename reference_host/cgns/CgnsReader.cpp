@@ -82,7 +82,7 @@ class PatchAssigner {
         CountMember(condition);
       }
     } else {
-      for (std::int64_t const element : condition.list)
+      for (std::int64_t const element : ReadCgnsMembers(file_, condition))
         AssignElement(condition, element, FirstSurfaceFrom(element), patch);
     }
   }
@@ -122,7 +122,7 @@ class PatchAssigner {
         CountMember(condition);
       }
     } else {
-      for (std::int64_t const node : condition.list) AddMember(condition, node);
+      for (std::int64_t const node : ReadCgnsMembers(file_, condition)) AddMember(condition, node);
     }
     for (int const point : newMembers_) {
       for (std::size_t i = faceStartOfNode_[point]; i < faceStartOfNode_[point + 1]; ++i) {
@@ -203,6 +203,7 @@ class PatchAssigner {
 
 FaceMesh ReadCgns(std::string const& file) {
   CgnsFile const cgns(file);
+  cgns.RequireIntCounts();
   std::vector<CgnsSection> const sections = cgns.Sections();
   if (sections.empty()) cgns.Fail("the zone has no section of elements");
   CgnsTopology topology =

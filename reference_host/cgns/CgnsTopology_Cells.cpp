@@ -1,13 +1,11 @@
-#include <cgnslib.h>
-
 #include <algorithm>
 #include <array>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 
+#include "reference_host/cgns/CgnsElement.h"
 #include "reference_host/cgns/CgnsTopology.h"
 #include "reference_host/mesh/FaceMeshBuilder.h"
 #include "reference_host/mesh/MeshNames.h"
@@ -15,34 +13,6 @@
 
 namespace reference_host {
 namespace {
-
-/// The nodes of linear CGNS elements have the order that FaceMeshBuilder expects.
-std::optional<CellShape> ShapeOf(int type) {
-  switch (type) {
-    case CGNS_ENUMV(TETRA_4):
-      return CellShape::Tetrahedron;
-    case CGNS_ENUMV(PYRA_5):
-      return CellShape::Pyramid;
-    case CGNS_ENUMV(PENTA_6):
-      return CellShape::Prism;
-    case CGNS_ENUMV(HEXA_8):
-      return CellShape::Hexahedron;
-    default:
-      return std::nullopt;
-  }
-}
-
-bool IsLinearSurface(int type) { return type == CGNS_ENUMV(TRI_3) || type == CGNS_ENUMV(QUAD_4); }
-
-/// Nodes and edges are not part of the mesh, but some programs write them.
-bool IsPassedOver(int type) {
-  return type == CGNS_ENUMV(NODE) || type == CGNS_ENUMV(BAR_2) || type == CGNS_ENUMV(BAR_3);
-}
-
-int NodeCountOf(int type) {
-  int n = 0;
-  return cg_npe(static_cast<CGNS_ENUMT(ElementType_t)>(type), &n) == CG_OK ? n : 0;
-}
 
 /// Passes the elements of all sections to a FaceMeshBuilder, which matches their faces.
 class CellJoiner {
@@ -73,57 +43,22 @@ class CellJoiner {
  private:
   void AddSection(int s) {
     CgnsSection const& section = sections_[s];
-    CgnsElements const elements = file_.Elements(section);
-    bool const isMixed = section.type == CGNS_ENUMV(MIXED);
-    for (std::int64_t i = 0; i < section.size(); ++i) {
-      std::size_t begin = elements.start[i];
-      std::size_t const end = elements.start[i + 1];
-      if (isMixed && begin == end) FailElement(section, section.first + i, "has no type");
-      int const type = isMixed ? static_cast<int>(elements.entry[begin++]) : section.type;
-      AddElement(s, section.first + i, type, elements.entry.data() + begin, static_cast<int>(end - begin));
-    }
+    ForEachStandardElement(file_, section, file_.Elements(section), section.first,
+                           [&](CgnsStandardElement const& element) { AddElement(s, element); });
   }
 
-  void AddElement(int s, std::int64_t element, int type, std::int64_t const* nodes, int nNodes) {
-    CgnsSection const& section = sections_[s];
-    if (IsPassedOver(type)) return;
-    std::optional<CellShape> const shape = ShapeOf(type);
-    if (!shape && !IsLinearSurface(type)) {
-      bool const isKnown = type >= 0 && type < NofValidElementTypes;
-      file_.Fail("section " + Quoted(section.name) + ": elements of type " +
-                 (isKnown ? std::string(ElementTypeName[type]) : std::to_string(type)) +
-                 " cannot be read; write the mesh with linear elements");
-    }
-    if (nNodes != NodeCountOf(type)) FailElement(section, element, "has the wrong number of nodes");
-    std::array<int, 8> const own = OwnNumbers(section, element, nodes, nNodes);
-    if (shape) {
-      elementOfCell_.push_back(element);
-      builder_.AddCell(*shape, own.data());
-      for (int i = 0; i < nNodes; ++i) isUsed_[own[i]] = 1;
+  void AddElement(int s, CgnsStandardElement const& element) {
+    std::array<int, 8> nodes{};
+    for (int i = 0; i < element.nNodes; ++i) nodes[i] = static_cast<int>(element.nodes[i]);
+    if (element.isCell) {
+      elementOfCell_.push_back(element.element);
+      builder_.AddCell(element.shape, nodes.data());
+      for (int i = 0; i < element.nNodes; ++i) isUsed_[nodes[i]] = 1;
     } else {
       if (result_.surfaces.size() >= kMostSurfaces) file_.Fail("more surface elements than an int can count");
-      result_.surfaces.push_back({element, s, -1});
-      builder_.AddSurface(own.data(), nNodes, static_cast<int>(result_.surfaces.size()));
+      result_.surfaces.push_back({element.element, s, -1});
+      builder_.AddSurface(nodes.data(), element.nNodes, static_cast<int>(result_.surfaces.size()));
     }
-  }
-
-  std::array<int, 8> OwnNumbers(CgnsSection const& section, std::int64_t element, std::int64_t const* nodes,
-                                int nNodes) const {
-    std::array<int, 8> own{};
-    for (int i = 0; i < nNodes; ++i) {
-      if (nodes[i] < 1 || nodes[i] > file_.nNodes()) {
-        FailElement(
-            section, element,
-            "has node " + std::to_string(nodes[i]) + ", but there are " + std::to_string(file_.nNodes()));
-      }
-      own[i] = static_cast<int>(nodes[i]) - 1;
-    }
-    return own;
-  }
-
-  [[noreturn]] void FailElement(CgnsSection const& section, std::int64_t element,
-                                std::string const& what) const {
-    file_.Fail("element " + std::to_string(element) + " of section " + Quoted(section.name) + " " + what);
   }
 
   void FindSurfacesAgain() {

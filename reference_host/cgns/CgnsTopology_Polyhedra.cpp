@@ -1,11 +1,10 @@
-#include <cgnslib.h>
-
 #include <algorithm>
 #include <limits>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "reference_host/cgns/CgnsElement.h"
 #include "reference_host/cgns/CgnsTopology.h"
 #include "reference_host/mesh/FaceGeometry.h"
 #include "reference_host/mesh/MeshNames.h"
@@ -47,7 +46,7 @@ class PolyhedronJoiner {
     CheckTypes();
     mesh_.points = file_.Points();
     for (std::size_t s = 0; s < sections_.size(); ++s) {
-      if (sections_[s].type == CGNS_ENUMV(NGON_n)) AddFaces(static_cast<int>(s));
+      if (IsCgnsPolygons(sections_[s])) AddFaces(static_cast<int>(s));
     }
     mesh_.neighbour.assign(mesh_.owner.size(), -1);
     mesh_.facePatch.assign(mesh_.owner.size(), -1);
@@ -66,9 +65,8 @@ class PolyhedronJoiner {
  private:
   void CheckTypes() {
     for (CgnsSection const& section : sections_) {
-      bool const isEdge = section.type == CGNS_ENUMV(BAR_2) || section.type == CGNS_ENUMV(NODE);
-      hasCells_ = hasCells_ || section.type == CGNS_ENUMV(NFACE_n);
-      if (isEdge || section.type == CGNS_ENUMV(NFACE_n) || section.type == CGNS_ENUMV(NGON_n)) continue;
+      hasCells_ = hasCells_ || IsCgnsPolyhedra(section);
+      if (IsCgnsEdge(section) || IsCgnsPolyhedra(section) || IsCgnsPolygons(section)) continue;
       file_.Fail("section " + Quoted(section.name) +
                  " has standard elements besides polygons (NGON_n); only one or the other can be read");
     }
@@ -124,7 +122,7 @@ class PolyhedronJoiner {
   // NFACE_n: the faces of a cell by their element number, negative where they point into the cell.
   void AddCells() {
     for (CgnsSection const& section : sections_) {
-      if (section.type != CGNS_ENUMV(NFACE_n)) continue;
+      if (!IsCgnsPolyhedra(section)) continue;
       CgnsElements const elements = file_.Elements(section);
       if (mesh_.nCells + section.size() > kMostItems) file_.Fail("more cells than an int can count");
       for (std::int64_t i = 0; i < section.size(); ++i, ++mesh_.nCells) {
@@ -274,7 +272,7 @@ CgnsTopology JoinCgnsPolyhedra(CgnsFile const& file, std::vector<CgnsSection> co
 
 bool HasCgnsPolygons(std::vector<CgnsSection> const& sections) {
   return std::any_of(sections.begin(), sections.end(), [](CgnsSection const& section) {
-    return section.type == CGNS_ENUMV(NGON_n) || section.type == CGNS_ENUMV(NFACE_n);
+    return IsCgnsPolygons(section) || IsCgnsPolyhedra(section);
   });
 }
 

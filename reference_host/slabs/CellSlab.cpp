@@ -9,37 +9,14 @@
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/parallel/MpiAgreement.h"
 #include "reference_host/slabs/MpiLists.h"
+#include "reference_host/slabs/MpiRounds.h"
 #include "reference_host/slabs/NumberSet.h"
+#include "reference_host/slabs/SlabFaces.h"
+#include "reference_host/slabs/SlabNaming.h"
+#include "reference_host/slabs/UsedNodes.h"
 
 namespace reference_host {
 namespace {
-
-/// Items that a rank sends in one round: some ten megabytes.
-constexpr std::size_t kItemsOfRound = std::size_t{1} << 17;
-
-/// Collective. Calls action(begin, end) for pieces of 0..n-1, equally often on every rank, perhaps with empty pieces.
-template <class Action>
-void InRounds(MpiCommunicator const& communicator, std::size_t n, Action const& action) {
-  std::uint64_t nRounds = (n + kItemsOfRound - 1) / kItemsOfRound;
-  MPI_Allreduce(MPI_IN_PLACE, &nRounds, 1, MPI_UINT64_T, MPI_MAX, communicator.get());
-  for (std::uint64_t round = 0; round < nRounds; ++round) {
-    action(std::min(n, round * kItemsOfRound), std::min(n, (round + 1) * kItemsOfRound));
-  }
-}
-
-/// FetchItems in rounds. Calls take(i, value) for each item.
-template <class T, class Value, class Take>
-void FetchInRounds(MpiCommunicator const& communicator, BlockRanges const& ranges,
-                   std::vector<std::int64_t> const& items, Value const& value, Take const& take) {
-  InRounds(communicator, items.size(), [&](std::size_t begin, std::size_t end) {
-    std::vector<T> const values =
-        FetchItems<T>(communicator, ranges,
-                      std::vector<std::int64_t>(items.begin() + static_cast<std::ptrdiff_t>(begin),
-                                                items.begin() + static_cast<std::ptrdiff_t>(end)),
-                      value);
-    for (std::size_t i = begin; i < end; ++i) take(i, values[i - begin]);
-  });
-}
 
 /// A face of an own cell: the cell's place in the block times 8, plus which face of the cell.
 using OwnSide = std::uint64_t;
@@ -123,7 +100,6 @@ class SlabJoiner {
     NumberNodes();
     RunTogether(communicator_, [this] { CollectFaces(); });
     result_.mesh.faces = RangesOf(communicator_, static_cast<std::int64_t>(result_.mesh.owner.size()));
-    NameParts();
     return std::move(result_);
   }
 
@@ -164,20 +140,7 @@ class SlabJoiner {
 
   /// Gets the points of the nodes here, and which of them cells of other ranks have, too.
   void FetchNodes() {
-    nAsking_.assign(slab_.points.size(), 0);
-    std::int64_t const first = slab_.nodes.First(communicator_.rank());
-    InRounds(communicator_, fileNode_.size(), [&](std::size_t begin, std::size_t end) {
-      RankLists<std::int64_t> const asked = SwapLists(
-          communicator_, ListsByRank<std::int64_t>(
-                             communicator_.size(), end - begin,
-                             [&](std::size_t i) { return slab_.nodes.BlockOf(fileNode_[begin + i]); },
-                             [&](std::size_t i) { return fileNode_[begin + i]; }));
-      for (std::int64_t const node : asked.items) {
-        std::uint8_t& n = nAsking_[static_cast<std::size_t>(node - first)];
-        n = static_cast<std::uint8_t>(std::min(n + 1, 2));
-      }
-    });
-
+    nUsers_ = CountUsers(communicator_, slab_.nodes, fileNode_);
     struct Answer {
       Point point;
       std::int64_t isShared;
@@ -188,7 +151,7 @@ class SlabJoiner {
         communicator_, slab_.nodes, fileNode_,
         [this](std::int64_t own) {
           auto const n = static_cast<std::size_t>(own);
-          return Answer{slab_.points[n], nAsking_[n] > 1 ? 1 : 0};
+          return Answer{slab_.points[n], nUsers_[n] > 1 ? 1 : 0};
         },
         [this](std::size_t i, Answer const& answer) {
           point_[i] = answer.point;
@@ -307,11 +270,10 @@ class SlabJoiner {
     firstSurfaceItem_ =
         slab_.cells.nItems() +
         RangesOf(communicator_, static_cast<std::int64_t>(slab_.surface.size())).First(communicator_.rank());
-    std::uint64_t nRounds = (travelling_.size() + kItemsOfRound - 1) / kItemsOfRound;
-    MPI_Allreduce(MPI_IN_PLACE, &nRounds, 1, MPI_UINT64_T, MPI_MAX, communicator_.get());
+    std::size_t const nRounds = CountRounds(communicator_, travelling_.size(), kItemsOfRound);
     MeetingPlaces const places(communicator_.size(), nRounds);
     std::vector<std::size_t> const startOfRound = SortByRound(places, nRounds);
-    for (std::uint64_t round = 0; round < nRounds; ++round) {
+    for (std::size_t round = 0; round < nRounds; ++round) {
       LetMeet(places, travelling_.data() + startOfRound[round],
               startOfRound[round + 1] - startOfRound[round]);
     }
@@ -438,39 +400,19 @@ class SlabJoiner {
   /// Collective.
   std::string NameFromItsRank(std::int64_t cell) const {
     int const rank = slab_.cells.BlockOf(cell);
-    std::string name = rank == communicator_.rank() ? NameOfCell(cell) : "";
-    auto length = static_cast<int>(name.size());
-    MPI_Bcast(&length, 1, MPI_INT, rank, communicator_.get());
-    name.resize(static_cast<std::size_t>(length));
-    MPI_Bcast(name.data(), length, MPI_CHAR, rank, communicator_.get());
-    return name;
+    return ShareText(communicator_, rank, rank == communicator_.rank() ? NameOfCell(cell) : "");
   }
 
-  /// Numbers the nodes that cells use in the order of the file, and replaces fileNode_ by those numbers.
+  /// Numbers the nodes that cells use, and replaces fileNode_ by those numbers.
   void NumberNodes() {
     MeshSlab& mesh = result_.mesh;
-    auto const isUsed = [](std::uint8_t n) { return n > 0; };
-    mesh.nodes = RangesOf(communicator_, std::count_if(nAsking_.begin(), nAsking_.end(), isUsed));
+    NumberedNodes numbered = NumberUsedNodes(communicator_, slab_.nodes, nUsers_, slab_.points, fileNode_);
+    mesh.names.nodeNumber = NamesOfUsedNodes(numbered, slab_.nodes, communicator_.rank(), slab_.nodeNumber);
+    mesh.names.cell = slab_.nameOfCell;
+    mesh.nodes = std::move(numbered.nodes);
     mesh.points = std::move(slab_.points);
-    std::int64_t const first = mesh.nodes.First(communicator_.rank());
-    std::size_t nKept = 0;
-    result_.numberOfNode.reserve(nAsking_.size());
-    for (std::size_t n = 0; n < nAsking_.size(); ++n) {
-      if (!isUsed(nAsking_[n])) {
-        result_.numberOfNode.push_back(-1);
-        continue;
-      }
-      result_.numberOfNode.push_back(first + static_cast<std::int64_t>(nKept));
-      mesh.points[nKept++] = mesh.points[n];
-    }
-    mesh.points.resize(nKept);
-    nAsking_ = {};
-    std::vector<std::int64_t> number(fileNode_.size());
-    FetchInRounds<std::int64_t>(
-        communicator_, slab_.nodes, fileNode_,
-        [this](std::int64_t own) { return result_.numberOfNode[static_cast<std::size_t>(own)]; },
-        [&](std::size_t i, std::int64_t value) { number[i] = value; });
-    fileNode_ = std::move(number);
+    result_.numberOfNode = std::move(numbered.numberOfNode);
+    nUsers_ = {};
   }
 
   /// Calls visit(cell, other, nodes) for the faces that are on this rank, in order.
@@ -513,25 +455,6 @@ class SlabJoiner {
     mesh.facePatch.assign(nFaces, -1);
   }
 
-  void NameParts() {
-    MeshSlab& mesh = result_.mesh;
-    int const rank = communicator_.rank();
-    mesh.names.cell = slab_.nameOfCell;
-    std::vector<std::int64_t> kept;  // the own nodes, by place in the block of the file
-    if (mesh.points.size() < result_.numberOfNode.size()) {
-      kept.reserve(mesh.points.size());
-      for (std::size_t n = 0; n < result_.numberOfNode.size(); ++n) {
-        if (result_.numberOfNode[n] >= 0) kept.push_back(static_cast<std::int64_t>(n));
-      }
-    }
-    mesh.names.nodeNumber = [kept = std::move(kept), first = mesh.nodes.First(rank),
-                             firstInFile = slab_.nodes.First(rank),
-                             number = slab_.nodeNumber](std::int64_t node) {
-      std::int64_t const place = kept.empty() ? node - first : kept[static_cast<std::size_t>(node - first)];
-      return number ? number(firstInFile + place) : firstInFile + place + 1;
-    };
-  }
-
   MpiCommunicator const& communicator_;
   std::string const& meshName_;
   CellSlab slab_;
@@ -542,7 +465,7 @@ class SlabJoiner {
   std::vector<std::int64_t> fileNode_;  // ascending: number in the file; at the end, in the mesh
   std::vector<Point> point_;            // of fileNode_
   std::vector<char> isShared_;          // by fileNode_: cells of other ranks have it, too
-  std::vector<std::uint8_t> nAsking_;   // by own node: how many ranks have cells with it; 2: more than one
+  std::vector<std::uint8_t> nUsers_;    // CountUsers, of the own nodes of the file
 
   std::vector<std::uint64_t> travelling_;  // own sides, and then surface elements, too
   std::vector<std::int64_t> other_;        // by own side: the other cell, or as the answer to a traveller
