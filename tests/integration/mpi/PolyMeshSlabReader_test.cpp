@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "MpiTestSupport.h"
+#include "PeakBytes.h"
 #include "SlabSupport.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/MeshError.h"
@@ -183,6 +184,26 @@ TEST(PolyMeshSlabReader, ReadsPiecesOfTextAcrossManyMessages) {
     }
     MPI_Barrier(MPI_COMM_WORLD);
     ExpectSameAsWhole(folder.File("polyMesh"));
+  }
+}
+
+// Megabytes for pieces of the file and messages; beyond that, what the share takes.
+TEST(PolyMeshSlabReader, NeedsMemoryForItsShareOnly) {
+  FaceMesh const mesh = FoamBox("box:45,45,45");
+  MpiCommunicator const communicator(MPI_COMM_WORLD);
+  for (std::size_t const form : {0, 5}) {
+    SharedFolder const folder;
+    if (Rank() == 0) {
+      foam_test::WriteMesh(folder.File("polyMesh"), mesh);
+      Rewrite(folder.File("polyMesh"), mesh, Forms()[form]);
+    }
+    MPI_Barrier(MPI_COMM_WORLD);
+    ForgetPeak();
+    std::size_t const before = LiveBytes();
+    MeshSlab const slab = ReadPolyMeshSlab(communicator, folder.File("polyMesh"));
+    std::size_t const share = 24 * slab.points.size() + 8 * slab.faceNode.size() + 28 * slab.nOwnFaces();
+    EXPECT_GE(PeakBytes() - before, share) << "bytes are not counted";
+    EXPECT_LE(PeakBytes() - before, share + share / 10 + (std::size_t{4} << 20)) << Forms()[form].name;
   }
 }
 
