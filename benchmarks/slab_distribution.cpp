@@ -31,9 +31,8 @@ class Steps {
   Steps(MpiCommunicator const& communicator, std::string row)
       : communicator_(communicator), row_(std::move(row)), before_(benchmarks::StatusBytes("VmRSS")) {}
 
-  void SetCells(double nCells) { nCells_ = nCells; }
-
-  void Run(std::string const& name, std::function<void()> const& step) {
+  /// @param[in] slab  its mesh counts the cells
+  void Run(std::string const& name, MeshSlab const& slab, std::function<void()> const& step) {
     MPI_Barrier(communicator_.get());
     benchmarks::ForgetPeak();
     double const start = MPI_Wtime();
@@ -42,32 +41,31 @@ class Steps {
     MPI_Allreduce(MPI_IN_PLACE, most, 2, MPI_DOUBLE, MPI_MAX, communicator_.get());
     if (communicator_.rank() > 0) return;
     benchmarks::Report("slabs", row_, name + ", s", most[0], 2);
-    benchmarks::Report("slabs", row_, name + ", bytes a cell", most[1] * communicator_.size() / nCells_, 0);
+    benchmarks::Report("slabs", row_, name + ", bytes a cell",
+                       most[1] * communicator_.size() / static_cast<double>(slab.cells.nItems()), 0);
   }
 
  private:
   MpiCommunicator const& communicator_;
   std::string row_;
   double before_;
-  double nCells_ = 1;
 };
 
 void Measure(MpiCommunicator const& communicator, std::string const& box) {
   BoxSpec const spec = ParseBoxSpec(box);
   Steps steps(communicator, box + " on " + std::to_string(communicator.size()));
-  steps.SetCells(static_cast<double>(BoxCellCount(spec)));
   MeshSlab slab;
-  steps.Run("slab", [&] { slab = MakeBoxSlab(communicator, spec); });
-  steps.Run("tables checked", [&] { CheckSlabTables(communicator, slab, box); });
+  steps.Run("slab", slab, [&] { slab = MakeBoxSlab(communicator, spec); });
+  steps.Run("tables checked", slab, [&] { CheckSlabTables(communicator, slab, box); });
   std::vector<int> part;
-  std::int64_t const nx = spec.n[0];
-  std::int64_t const nCellsOfCube = slab.cells.nItems() / (nx * spec.n[1] * spec.n[2]);
+  std::int64_t const nx = spec.nx;
+  std::int64_t const nCellsOfCube = slab.cells.nItems() / (nx * spec.ny * spec.nz);
   for (std::int64_t cell = slab.cells.First(communicator.rank()); cell < slab.cells.End(communicator.rank());
        ++cell) {
     part.push_back(static_cast<int>(cell / nCellsOfCube % nx * communicator.size() / nx));
   }
   MeshPart own;
-  steps.Run("distributed and checked",
+  steps.Run("distributed and checked", slab,
             [&] { own = DistributeSlab(communicator, std::move(slab), part, box); });
 }
 

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <utility>
 
 #include "cli/base/Version.h"
-#include "cli/output/Fingerprint.h"
 #include "reference_host/openfoam/GzipFile.h"
 
 namespace zyngrad {
@@ -28,11 +28,24 @@ std::size_t PlaceOfChecksum(std::string const& text) {
 }
 
 /// Of a text whose digits are zero.
-std::string ChecksumOf(std::string const& text) {
+std::string DigitsOf(Fingerprint const& fingerprint) {
   char digits[kDigits + 1];
-  std::snprintf(digits, sizeof digits, "%016llx",
-                static_cast<unsigned long long>(FingerprintOfText(text).crc));
+  std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(fingerprint.crc));
   return digits;
+}
+
+/// Whether a text in pieces has a note with the checksum that it should have.
+/// @param[in] next  next() returns the next piece, empty at the end; the first one has the whole header
+template <class Next>
+bool IsSealedInPieces(Next const& next) {
+  std::string piece = next();
+  std::size_t const place = PlaceOfChecksum(piece);
+  if (place == std::string::npos) return false;
+  std::string const told = piece.substr(place, kDigits);
+  piece.replace(place, kDigits, kDigits, '0');
+  GrowingFingerprint found;
+  for (; !piece.empty(); piece = next()) found.Add(piece);
+  return told == DigitsOf(found.Now());
 }
 
 }  // namespace
@@ -41,22 +54,25 @@ std::string CaseNote() {
   return kMark + std::string(ZYNGRAD_VERSION) + kChecksum + std::string(kDigits, '0');
 }
 
+void CaseSeal::PutInto(std::string& beginning) const {
+  beginning.replace(PlaceOfChecksum(beginning), kDigits, DigitsOf(fingerprint_.Now()));
+}
+
 void Seal(std::string& text) {
-  std::size_t const place = PlaceOfChecksum(text);
-  text.replace(place, kDigits, ChecksumOf(text));
+  CaseSeal seal;
+  seal.Add(text);
+  seal.PutInto(text);
 }
 
 bool IsSealed(std::string text) {
-  std::size_t const place = PlaceOfChecksum(text);
-  if (place == std::string::npos) return false;
-  std::string const told = text.substr(place, kDigits);
-  text.replace(place, kDigits, kDigits, '0');
-  return told == ChecksumOf(text);
+  return IsSealedInPieces([&text] { return std::exchange(text, {}); });
 }
 
 bool IsOurCaseFile(std::string const& file) {
+  constexpr std::size_t kPiece = std::size_t{1} << 20;
   try {
-    return IsSealed(std::string(reference_host::GzipFile(file).ReadRest().View()));
+    reference_host::GzipFile content(file);
+    return IsSealedInPieces([&content] { return std::string(content.Read(kPiece).View()); });
   } catch (std::exception const&) {
     return false;
   }

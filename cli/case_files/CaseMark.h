@@ -1,6 +1,9 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+
+#include "cli/output/Fingerprint.h"
 
 namespace zyngrad {
 
@@ -9,6 +12,18 @@ namespace zyngrad {
 
 /// The text of the note, before the checksum is known.
 std::string CaseNote();
+
+/// Puts the checksum into the note of a text that comes in pieces twice: once to make the checksum, once to get it.
+class CaseSeal {
+ public:
+  void Add(std::string_view piece) { fingerprint_.Add(piece); }
+
+  /// @param[in] beginning  the first piece, which has CaseNote() in its header
+  void PutInto(std::string& beginning) const;
+
+ private:
+  GrowingFingerprint fingerprint_;
+};
 
 /// Puts the checksum into the note of a file's text.
 /// @pre the text has CaseNote() in its header

@@ -1,15 +1,20 @@
 #include "cli/case_files/CaseResults.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 #include "cli/base/OutputNames.h"
 #include "cli/base/UsageError.h"
 #include "cli/case_files/CaseMark.h"
+#include "cli/output/OutputFile.h"
 #include "reference_host/openfoam/GzipText.h"
+#include "reference_host/slabs/RankStream.h"
 
 namespace zyngrad {
 namespace {
@@ -32,7 +37,10 @@ bool IsField(fs::path const& path) {
 }  // namespace
 
 CaseResults::CaseResults(Ranks const& ranks, reference_host::LoadedMesh& mesh, bool overwrite)
-    : ranks_(ranks), maker_(ranks.communicator(), mesh), files_(IsOurCaseFile, overwrite) {}
+    : ranks_(ranks),
+      communicator_(ranks.communicator()),
+      maker_(ranks.communicator(), mesh),
+      files_(IsOurCaseFile, overwrite) {}
 
 /// @pre this rank writes
 CaseResults::Target CaseResults::TargetOf(std::string const& fieldSpec) const {
@@ -69,34 +77,98 @@ void CaseResults::Check(std::string const& fieldSpec, std::vector<std::string> c
   });
 }
 
-/// Collective. The text of the file that this rank writes, if it does.
-std::string CaseResults::TextOf(Target const& target, FoamOutput const& field) const {
+/// Collective. Calls take(text) with the pieces of the file that this rank writes, if it does. The first piece has the
+/// header.
+void CaseResults::MakeText(Target const& target, FoamOutput const& field, Take const& take) const {
+  if (maker_.IsCollated()) return MakeCollatedText(target, field, take);
+  if (!maker_.IsDecomposed()) return MakeWholeText(target, field, take);
+  ranks_.Together([&] { take(FoamFieldText(field, target.source.format, CaseNote())); });
+}
+
+/// The ranks make the text of the cells that they have, one after the other.
+void CaseResults::MakeWholeText(Target const& target, FoamOutput const& field, Take const& take) const {
+  constexpr std::size_t kItems = 10000;
   reference_host::FoamFormat const& format = target.source.format;
-  std::string text;
+  std::int64_t const nCells = maker_.cells().nItems();
   ranks_.Together([&] {
-    if (!maker_.Writes()) return;
-    if (!maker_.IsCollated())
-      text = FoamFieldText(field, format, CaseNote());
-    else
-      text = ranks_.IsFirst() ? FoamFieldText(field, format, "") : FoamFieldBody(field, format);
+    if (ranks_.IsFirst()) take(FoamFieldHead(field, nCells, format, CaseNote()));
   });
-  if (maker_.IsCollated()) {
-    std::vector<std::int64_t> const sizes =
-        ranks_.GatherOnFirst(std::vector<std::int64_t>{static_cast<std::int64_t>(text.size())});
-    std::string const all = ranks_.GatherOnFirst(text);
-    ranks_.Together([&] {
-      if (!ranks_.IsFirst()) return;
-      std::vector<std::string> pieces;
-      std::size_t begin = 0;
-      for (std::int64_t const size : sizes) {
-        pieces.push_back(all.substr(begin, static_cast<std::size_t>(size)));
-        begin += static_cast<std::size_t>(size);
-      }
-      std::string const folder = fs::path(maker_.folder()).filename().string();
-      text = reference_host::FoamCollatedText(pieces, folder + '/' + target.time, field.name, CaseNote());
-    });
-  }
-  return text;
+  std::size_t const step = kItems * static_cast<std::size_t>(field.nComponents);
+  StreamTextToRank0(
+      communicator_,
+      [&](auto const& send) {
+        for (std::size_t i = 0; i < field.cell.size(); i += step) {
+          std::size_t const n = std::min(step, field.cell.size() - i);
+          send(reference_host::FoamFieldItems(field.cell.data() + i, n, field.nComponents, format));
+        }
+      },
+      take);
+  ranks_.Together([&] {
+    if (ranks_.IsFirst()) take(FoamFieldTail(field, nCells, format));
+  });
+}
+
+/// Each rank makes the block of its processor.
+void CaseResults::MakeCollatedText(Target const& target, FoamOutput const& field, Take const& take) const {
+  ranks_.Together([&] {
+    if (!ranks_.IsFirst()) return;
+    std::string const folder = fs::path(maker_.folder()).filename().string();
+    take(reference_host::FoamCollatedHead(folder + '/' + target.time, field.name, CaseNote()));
+  });
+  StreamTextToRank0(
+      communicator_,
+      [&](auto const& send) {
+        reference_host::FoamFormat const& format = target.source.format;
+        std::string const block =
+            ranks_.IsFirst() ? FoamFieldText(field, format, "") : FoamFieldBody(field, format);
+        send(reference_host::FoamCollatedBlockHead(ranks_.rank(), block.size()));
+        send(block);
+        send(reference_host::kFoamCollatedBlockEnd);
+      },
+      take);
+}
+
+/// Collective. Makes the text twice, since its beginning has a checksum of all of it.
+void CaseResults::WriteFile(Target const& target, FoamOutput const& field) {
+  CaseSeal seal;
+  MakeText(target, field, [&seal](std::string_view text) { seal.Add(text); });
+  std::optional<OutputFile> file;
+  std::optional<reference_host::GzipPacker> packer;
+  bool const isCompressed = target.source.format.isCompressed;
+  ranks_.Together([&] {
+    if (!WritesFiles()) return;
+    file.emplace(
+        files_.Begin(PathOf(target, field.name, isCompressed), PathOf(target, field.name, !isCompressed)));
+    if (isCompressed) packer.emplace();
+  });
+  bool isBeginning = true;
+  std::exception_ptr failure;
+  MakeText(target, field, [&](std::string_view text) {
+    std::string beginning;
+    if (failure) return;
+    if (std::exchange(isBeginning, false)) {
+      beginning = text;
+      seal.PutInto(beginning);
+      text = beginning;
+    }
+    if (packer)
+      file->stream() << packer->Pack(text);
+    else
+      file->stream() << text;
+    if (file->stream()) return;
+    try {
+      file->Close();  // which gives the reason while the system knows it
+    } catch (...) {
+      failure = std::current_exception();
+    }
+  });
+  ranks_.Together([&] {
+    if (failure) std::rethrow_exception(failure);
+    if (!WritesFiles()) return;
+    if (packer) file->stream() << packer->Finish();
+    file->Close();
+    files_.End();
+  });
 }
 
 void CaseResults::Write(std::string const& fieldSpec, CaseQuantity const& quantity) {
@@ -110,15 +182,10 @@ void CaseResults::Write(std::string const& fieldSpec, CaseQuantity const& quanti
     field.location = target.time;
     field.dimensions = DimensionsOf(target.source.dimensions, quantity.power);
   });
+  // All ranks make text in the format of the first one's file.
+  if (!maker_.IsDecomposed()) BroadcastFrom0(communicator_, target.source.format);
   maker_.Make(quantity.values, field);
-  std::string text = TextOf(target, field);
-  ranks_.Together([&] {
-    if (!WritesFiles()) return;
-    Seal(text);
-    bool const isCompressed = target.source.format.isCompressed;
-    if (isCompressed) text = reference_host::Gzipped(text);
-    files_.Write(PathOf(target, field.name, isCompressed), PathOf(target, field.name, !isCompressed), text);
-  });
+  WriteFile(target, field);
   names_.push_back((fs::path(fieldSpec).parent_path().filename() / quantity.name).string());
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <optional>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/base/Ranks.h"
@@ -9,6 +10,7 @@
 #include "reference_host/openfoam/FoamFieldSource.h"
 #include "reference_host/parallel/CaseField.h"
 #include "reference_host/parallel/LoadMesh.h"
+#include "reference_host/parallel/MpiCommunicator.h"
 
 namespace zyngrad {
 
@@ -57,10 +59,16 @@ class CaseResults {
   bool WritesFiles() const { return maker_.Writes() && (ranks_.IsFirst() || !maker_.IsCollated()); }
 
   Target TargetOf(std::string const& fieldSpec) const;
-  std::string TextOf(Target const& target, reference_host::FoamOutput const& field) const;
+  using Take = std::function<void(std::string_view)>;
+  void MakeText(Target const& target, reference_host::FoamOutput const& field, Take const& take) const;
+  void MakeWholeText(Target const& target, reference_host::FoamOutput const& field, Take const& take) const;
+  void MakeCollatedText(Target const& target, reference_host::FoamOutput const& field,
+                        Take const& take) const;
+  void WriteFile(Target const& target, reference_host::FoamOutput const& field);
   static std::string PathOf(Target const& target, std::string const& name, bool isCompressed);
 
   Ranks const& ranks_;
+  reference_host::MpiCommunicator communicator_;
   reference_host::CaseFieldMaker maker_;
   PlacedFiles files_;
   std::vector<std::string> names_;

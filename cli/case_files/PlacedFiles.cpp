@@ -84,15 +84,18 @@ void PlacedFiles::Check(std::string const& path, std::string const& twin) const 
   CheckOne(twin);
 }
 
-void PlacedFiles::Write(std::string const& path, std::string const& twin, std::string const& content) {
+std::string const& PlacedFiles::Begin(std::string const& path, std::string const& twin) {
   Check(path, twin);
-  {
-    NoInterruption const wait;
-    files_.push_back({path, twin, {}, StateOf(path), StateOf(twin)});
-    files_.back().hidden = MakeHidden(path);
-  }
-  WriteText(files_.back().hidden, content);
-  Settle(files_.back().hidden);
+  NoInterruption const wait;
+  files_.push_back({path, twin, {}, StateOf(path), StateOf(twin)});
+  return files_.back().hidden = MakeHidden(path);
+}
+
+void PlacedFiles::End() const { Settle(files_.back().hidden); }
+
+void PlacedFiles::Write(std::string const& path, std::string const& twin, std::string const& content) {
+  WriteText(Begin(path, twin), content);
+  End();
 }
 
 void PlacedFiles::PlaceOne(File& file) {

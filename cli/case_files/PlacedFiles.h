@@ -32,6 +32,11 @@ class PlacedFiles {
   /// Writes a file under a hidden name and makes sure that it is on the disk. Throws UsageError.
   void Write(std::string const& path, std::string const& twin, std::string const& content);
 
+  /// The same for content in pieces: an empty file under a hidden name, which is returned. Write it and close it, then
+  /// call End.
+  std::string const& Begin(std::string const& path, std::string const& twin);
+  void End() const;
+
   /// Moves all files to their places. Throws UsageError if that fails or if something has changed since Write; the
   /// destructor then puts everything back.
   void Place();

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <boost/crc.hpp>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
@@ -14,8 +13,6 @@
 
 namespace zyngrad {
 namespace {
-
-using Crc = boost::crc_optimal<64, 0x42F0E1EBA9EA3693, ~std::uint64_t{0}, ~std::uint64_t{0}, true, true>;
 
 [[noreturn]] void Fail(std::string const& verb, std::string const& file, int reason) {
   throw UsageError("cannot " + verb + ' ' + QuotedPath(file) + ": " + std::strerror(reason));
@@ -41,18 +38,15 @@ class Opened {
 Fingerprint Read(Opened const& in, std::string const& file) {
   constexpr std::size_t kBlock = 1 << 16;
   std::vector<char> block(kBlock);
-  Crc crc;
-  Fingerprint found;
+  GrowingFingerprint found;
   for (;;) {
     ssize_t const size = read(in.descriptor(), block.data(), block.size());
     if (size < 0 && errno == EINTR) continue;
     if (size < 0) Fail("read", file, errno);
     if (size == 0) break;
-    crc.process_bytes(block.data(), static_cast<std::size_t>(size));
-    found.size += static_cast<std::uint64_t>(size);
+    found.Add({block.data(), static_cast<std::size_t>(size)});
   }
-  found.crc = crc.checksum();
-  return found;
+  return found.Now();
 }
 
 /// Some file systems cannot do this, especially for folders.
@@ -67,9 +61,9 @@ void Sync(Opened const& in, std::string const& file) {
 }  // namespace
 
 Fingerprint FingerprintOfText(std::string const& text) {
-  Crc crc;
-  crc.process_bytes(text.data(), text.size());
-  return {text.size(), crc.checksum()};
+  GrowingFingerprint found;
+  found.Add(text);
+  return found.Now();
 }
 
 Fingerprint FingerprintOf(std::string const& file) { return Read(Opened(file, 0), file); }

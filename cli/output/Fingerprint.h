@@ -1,7 +1,9 @@
 #pragma once
 
+#include <boost/crc.hpp>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace zyngrad {
 
@@ -13,6 +15,20 @@ struct Fingerprint {
 };
 
 Fingerprint FingerprintOfText(std::string const& text);
+
+/// That of a text which comes in pieces.
+class GrowingFingerprint {
+ public:
+  void Add(std::string_view piece) {
+    crc_.process_bytes(piece.data(), piece.size());
+    size_ += piece.size();
+  }
+  Fingerprint Now() const { return {size_, crc_.checksum()}; }
+
+ private:
+  boost::crc_optimal<64, 0x42F0E1EBA9EA3693, ~std::uint64_t{0}, ~std::uint64_t{0}, true, true> crc_;
+  std::uint64_t size_ = 0;
+};
 
 /// Throws UsageError if the file cannot be read.
 Fingerprint FingerprintOf(std::string const& file);

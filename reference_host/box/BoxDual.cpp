@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "reference_host/box/BoxMesh.h"
+#include "reference_host/box/BoxPieces.h"
 #include "reference_host/box/BoxShapes.h"
 #include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/Vector3.h"

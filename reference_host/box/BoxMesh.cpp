@@ -12,6 +12,7 @@
 #include "reference_host/box/BoxBlocks.h"
 #include "reference_host/box/BoxDual.h"
 #include "reference_host/box/BoxNodes.h"
+#include "reference_host/box/BoxPieces.h"
 #include "reference_host/box/BoxShapes.h"
 #include "reference_host/mesh/DualMesh.h"
 #include "reference_host/mesh/MeshError.h"

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "reference_host/box/BoxBlocks.h"
 #include "reference_host/box/BoxSpec.h"
 #include "reference_host/mesh/FaceMesh.h"
 #include "reference_host/mesh/MeshPart.h"
@@ -25,13 +24,6 @@ MeshPart MakeBoxPart(BoxSpec const& spec, int part, int nParts);
 
 /// Throws MeshError if one of the parts is too large for 32-bit numbers, without making it.
 void CheckBoxPartsFit(BoxSpec const& spec, int nParts);
-
-/// The cells in a block of cubes as one part of the box, and the others as the other part.
-/// @pre the box is no dual, and an int counts what the block and the layer around it have
-MeshPart MakeBoxBlock(BoxSpec const& spec, GridBlock const& cubes);
-
-/// A part as if it was a whole mesh. Its halo cells become cells that do not have all their faces.
-FaceMesh WholeOf(MeshPart&& part);
 
 /// The part of every cell. Parts are blocks of whole cubes, or of nodes for a dual, which result from cutting
 /// the longest side in two until each part has its block.

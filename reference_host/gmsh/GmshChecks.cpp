@@ -29,6 +29,10 @@ std::string GmshWithoutVolumes(std::string const& file) {
          "volume";
 }
 
+std::string GmshNodeNotPositive(std::int64_t tag) {
+  return "node number " + std::to_string(tag) + " is not positive";
+}
+
 std::string GmshNodeTwice(std::string const& file, std::int64_t tag) {
   return file + ": node " + std::to_string(tag) + " occurs twice";
 }

@@ -13,6 +13,7 @@ void CheckGmshIsWhole(std::string const& file, std::int64_t nPartitions,
 
 // What is wrong with a file, as messages for MeshError.
 std::string GmshWithoutVolumes(std::string const& file);
+std::string GmshNodeNotPositive(std::int64_t tag);  ///< without the file
 std::string GmshNodeTwice(std::string const& file, std::int64_t tag);
 std::string GmshNodeUnknown(std::string const& file, std::int64_t element, std::int64_t tag);
 

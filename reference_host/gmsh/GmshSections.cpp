@@ -2,10 +2,12 @@
 
 #include <array>
 
+#include "reference_host/gmsh/GmshChecks.h"
+
 namespace reference_host {
 
 void GmshSections::AddNode(std::int64_t tag, Point const& point) {
-  if (tag < 1) cursor_.Fail("node number " + std::to_string(tag) + " is not positive");
+  if (tag < 1) cursor_.Fail(GmshNodeNotPositive(tag));
   if (blocks_ != nullptr) return;
   content_.nodeTag.push_back(tag);
   content_.point.push_back(point);

@@ -47,40 +47,51 @@ void AppendItem(double const* item, int nComponents, std::string& text) {
   if (nComponents > 1) text += ')';
 }
 
-void AppendBytes(std::vector<double> const& values, int scalarBytes, std::string& text) {
+void AppendBytes(double const* values, std::size_t n, int scalarBytes, std::string& text) {
   if (scalarBytes == 8) {
-    text.append(reinterpret_cast<char const*>(values.data()), values.size() * sizeof(double));
+    text.append(reinterpret_cast<char const*>(values), n * sizeof(double));
     return;
   }
-  for (double const value : values) {
-    auto const rounded = static_cast<float>(value);
+  for (std::size_t i = 0; i < n; ++i) {
+    auto const rounded = static_cast<float>(values[i]);
     text.append(reinterpret_cast<char const*>(&rounded), sizeof rounded);
   }
 }
 
-/// "uniform 0" for no values at all, which is the same in both formats; else "nonuniform List<scalar> N ( ... )".
-void AppendValues(std::vector<double> const& values, int nComponents, FoamFormat const& format,
-                  std::string& text) {
+/// "uniform 0" for no values at all, which is the same in both formats; else "nonuniform List<scalar> N (".
+void BeginValues(std::int64_t nItems, int nComponents, FoamFormat const& format, std::string& text) {
   std::vector<double> const zero(static_cast<std::size_t>(nComponents), 0.0);
-  if (values.empty()) {
+  if (nItems == 0) {
     text += "uniform ";
     AppendItem(zero.data(), nComponents, text);
     return;
   }
-  std::size_t const nItems = values.size() / static_cast<std::size_t>(nComponents);
   text += std::string("nonuniform ") + TypeOf(nComponents).listType + '\n' + std::to_string(nItems) + '\n';
+  text += format.isBinary ? "(" : "(\n";
+}
+
+void AppendItems(double const* values, std::size_t n, int nComponents, FoamFormat const& format,
+                 std::string& text) {
   if (format.isBinary) {
-    text += '(';
-    AppendBytes(values, format.scalarBytes, text);
-    text += ')';
+    AppendBytes(values, n, format.scalarBytes, text);
     return;
   }
-  text += "(\n";
-  for (std::size_t i = 0; i < values.size(); i += static_cast<std::size_t>(nComponents)) {
-    AppendItem(values.data() + i, nComponents, text);
+  for (std::size_t i = 0; i < n; i += static_cast<std::size_t>(nComponents)) {
+    AppendItem(values + i, nComponents, text);
     text += '\n';
   }
-  text += ")\n";
+}
+
+void EndValues(std::int64_t nItems, FoamFormat const& format, std::string& text) {
+  if (nItems > 0) text += format.isBinary ? ")" : ")\n";
+}
+
+void AppendValues(std::vector<double> const& values, int nComponents, FoamFormat const& format,
+                  std::string& text) {
+  auto const nItems = static_cast<std::int64_t>(values.size()) / nComponents;
+  BeginValues(nItems, nComponents, format, text);
+  AppendItems(values.data(), values.size(), nComponents, format, text);
+  EndValues(nItems, format, text);
 }
 
 std::string Header(std::string const& fileClass, std::string const& location, std::string const& name,
@@ -93,14 +104,44 @@ std::string Header(std::string const& fileClass, std::string const& location, st
 
 }  // namespace
 
-std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format) {
+namespace {
+
+std::string BodyHead(FoamOutput const& field, std::int64_t nCells, FoamFormat const& format) {
   std::string text = "dimensions      [";
   for (std::size_t k = 0; k < field.dimensions.size(); ++k) {
     if (k > 0) text += ' ';
     AppendNumber(field.dimensions[k], text);
   }
   text += "];\n\ninternalField   ";
-  AppendValues(field.cell, field.nComponents, format, text);
+  BeginValues(nCells, field.nComponents, format, text);
+  return text;
+}
+
+std::string FieldHeader(FoamOutput const& field, FoamFormat const& format, std::string const& note) {
+  std::string const formatLines = format.isBinary
+                                      ? std::string("    format      binary;\n    arch        \"") +
+                                            ByteOrder() + ";label=" + std::to_string(8 * format.labelBytes) +
+                                            ";scalar=" + std::to_string(8 * format.scalarBytes) + "\";\n"
+                                      : "    format      ascii;\n";
+  return Header(TypeOf(field.nComponents).fieldClass, field.location, field.name, formatLines, note);
+}
+
+}  // namespace
+
+std::string FoamFieldHead(FoamOutput const& field, std::int64_t nCells, FoamFormat const& format,
+                          std::string const& note) {
+  return FieldHeader(field, format, note) + BodyHead(field, nCells, format);
+}
+
+std::string FoamFieldItems(double const* values, std::size_t n, int nComponents, FoamFormat const& format) {
+  std::string text;
+  AppendItems(values, n, nComponents, format, text);
+  return text;
+}
+
+std::string FoamFieldTail(FoamOutput const& field, std::int64_t nCells, FoamFormat const& format) {
+  std::string text;
+  EndValues(nCells, format, text);
   text += ";\n\nboundaryField\n{\n";
   for (FoamPatchEntry const& patch : field.patches) {
     text += "    " + patch.name + "\n    {\n        type            " + patch.type + ";\n";
@@ -114,26 +155,23 @@ std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format) {
   return text + "}\n";
 }
 
-std::string FoamFieldText(FoamOutput const& field, FoamFormat const& format, std::string const& note) {
-  std::string const formatLines = format.isBinary
-                                      ? std::string("    format      binary;\n    arch        \"") +
-                                            ByteOrder() + ";label=" + std::to_string(8 * format.labelBytes) +
-                                            ";scalar=" + std::to_string(8 * format.scalarBytes) + "\";\n"
-                                      : "    format      ascii;\n";
-  return Header(TypeOf(field.nComponents).fieldClass, field.location, field.name, formatLines, note) +
-         FoamFieldBody(field, format);
+std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format) {
+  auto const nCells = static_cast<std::int64_t>(field.cell.size()) / field.nComponents;
+  std::string text = BodyHead(field, nCells, format);
+  AppendItems(field.cell.data(), field.cell.size(), field.nComponents, format, text);
+  return text + FoamFieldTail(field, nCells, format);
 }
 
-std::string FoamCollatedText(std::vector<std::string> const& blocks, std::string const& location,
-                             std::string const& name, std::string const& note) {
-  std::string text = Header("decomposedBlockData", location, name, "    format      binary;\n", note);
-  for (std::size_t processor = 0; processor < blocks.size(); ++processor) {
-    text += "// Processor" + std::to_string(processor) + "\n\n" + std::to_string(blocks[processor].size()) +
-            "\n(";
-    text += blocks[processor];
-    text += ")\n\n";
-  }
-  return text;
+std::string FoamFieldText(FoamOutput const& field, FoamFormat const& format, std::string const& note) {
+  return FieldHeader(field, format, note) + FoamFieldBody(field, format);
+}
+
+std::string FoamCollatedHead(std::string const& location, std::string const& name, std::string const& note) {
+  return Header("decomposedBlockData", location, name, "    format      binary;\n", note);
+}
+
+std::string FoamCollatedBlockHead(int processor, std::size_t size) {
+  return "// Processor" + std::to_string(processor) + "\n\n" + std::to_string(size) + "\n(";
 }
 
 std::string FoamPatchTypeFor(std::string const& typeInMesh) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -39,11 +40,23 @@ std::string FoamFieldText(FoamOutput const& field, FoamFormat const& format, std
 /// The same without the header: what a file of class decomposedBlockData has for all processors but the first.
 std::string FoamFieldBody(FoamOutput const& field, FoamFormat const& format);
 
-/// The content of a file of class decomposedBlockData, the collated format of decomposed cases.
-/// @param[in] blocks    of the processors in order: the first one from FoamFieldText, the others from FoamFieldBody
+/// FoamFieldText in parts, for fields that no process has whole: the beginning, the values of cells in their order, any
+/// number at a time, and the end.
+/// @param[in] nCells  of the whole field
+std::string FoamFieldHead(FoamOutput const& field, std::int64_t nCells, FoamFormat const& format,
+                          std::string const& note);
+/// @param[in] values  [0..n-1] component by component
+std::string FoamFieldItems(double const* values, std::size_t n, int nComponents, FoamFormat const& format);
+std::string FoamFieldTail(FoamOutput const& field, std::int64_t nCells, FoamFormat const& format);
+
+/// The content of a file of class decomposedBlockData, the collated format of decomposed cases: the head, then for each
+/// processor the head of its block, the block itself, and kFoamCollatedBlockEnd. The first block is from FoamFieldText,
+/// the others from FoamFieldBody.
 /// @param[in] location  as in the files beside it: "processors4/0.5"
-std::string FoamCollatedText(std::vector<std::string> const& blocks, std::string const& location,
-                             std::string const& name, std::string const& note);
+std::string FoamCollatedHead(std::string const& location, std::string const& name, std::string const& note);
+/// @param[in] size  of the block, bytes
+std::string FoamCollatedBlockHead(int processor, std::size_t size);
+constexpr char const* kFoamCollatedBlockEnd = ")\n\n";
 
 /// The type that the field has on a patch of a mesh: those that constrain all fields ("empty", "wedge", "cyclic",
 /// "processor", ...) their own, the others "calculated".

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <map>
 #include <utility>
 
@@ -14,24 +13,10 @@
 #include "reference_host/parallel/FileCells.h"
 #include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
-#include "reference_host/parallel/MpiBytes.h"
+#include "reference_host/slabs/MpiLists.h"
 
 namespace reference_host {
 namespace {
-
-template <class T>
-std::vector<char> AsBytes(std::vector<T> const& items) {
-  std::vector<char> bytes(items.size() * sizeof(T));
-  if (!bytes.empty()) std::memcpy(bytes.data(), items.data(), bytes.size());
-  return bytes;
-}
-
-template <class T>
-std::vector<T> FromBytes(std::vector<char> const& bytes) {
-  std::vector<T> items(bytes.size() / sizeof(T));
-  if (!bytes.empty()) std::memcpy(items.data(), bytes.data(), bytes.size());
-  return items;
-}
 
 /// The values at the faces of a patch: those of their cells.
 std::vector<double> AtOwners(std::vector<double> const& cellValues, std::vector<std::int64_t> const& owner,
@@ -62,6 +47,7 @@ CaseFieldMaker::CaseFieldMaker(MPI_Comm communicator, LoadedMesh& mesh)
     : communicator_(communicator), mesh_(mesh), isDecomposed_(mesh.source->isDecomposed) {
   RunTogether(communicator_, [this] {
     cellInFile_ = CellsInFile(mesh_);
+    cells_ = BlockRanges::Even(mesh_.summary.nCells, communicator_.size());
     if (!Writes()) return;
     if (isDecomposed_) {
       FindProcessorFolder();
@@ -131,48 +117,62 @@ void CaseFieldMaker::TakeOwners(std::vector<BoundaryFilePatch> const& entries) {
   }
 }
 
-/// Receives what another rank sends from InFileOrder. A failure is kept for later, since further ranks are waiting to
-/// send.
-std::optional<std::vector<char>> CaseFieldMaker::Receive(int rank, std::exception_ptr& failure) const {
-  try {
-    return ReceiveBytes(communicator_, rank);
-  } catch (...) {
-    failure = std::current_exception();
-    return std::nullopt;
-  }
-}
-
+/// The values of the cells that are this rank's share of the file.
 std::vector<double> CaseFieldMaker::InFileOrder(std::vector<double> const& values, int nComponents) const {
   std::vector<double> inFile;
   std::vector<std::int64_t> own;
-  std::vector<char> cellBytes, valueBytes;
   RunTogether(communicator_, [&] {
     own.assign(cellInFile_.begin() + 1, cellInFile_.end());
-    if (!Writes()) {
-      cellBytes = AsBytes(own);
-      valueBytes = AsBytes(values);
-      return;
-    }
-    std::size_t const nCells = isDecomposed_ ? own.size() : static_cast<std::size_t>(mesh_.summary.nCells);
+    std::size_t const nCells =
+        isDecomposed_ ? own.size() : static_cast<std::size_t>(cells_.Size(communicator_.rank()));
     inFile.assign(nCells * static_cast<std::size_t>(nComponents), 0.0);
-    Scatter(own, values, nComponents, inFile);
+    if (isDecomposed_) Scatter(own, values, nComponents, inFile);
   });
-  if (isDecomposed_) return inFile;
-  RunTogether(communicator_, [&] {
-    if (communicator_.rank() != 0) {
-      SendBytes(communicator_, 0, cellBytes);
-      SendBytes(communicator_, 0, valueBytes);
-      return;
-    }
-    std::exception_ptr failure;
-    for (int rank = 1; rank < communicator_.size(); ++rank) {
-      auto const cells = Receive(rank, failure), items = Receive(rank, failure);
-      if (!failure && cells && items)
-        Scatter(FromBytes<std::int64_t>(*cells), FromBytes<double>(*items), nComponents, inFile);
-    }
-    if (failure) std::rethrow_exception(failure);
-  });
+  if (!isDecomposed_) ScatterOverRanks(own, values, nComponents, inFile);
   return inFile;
+}
+
+/// In rounds, so that the memory for messages is bounded.
+void CaseFieldMaker::ScatterOverRanks(std::vector<std::int64_t> const& cells,
+                                      std::vector<double> const& values, int nComponents,
+                                      std::vector<double>& inFile) const {
+  constexpr std::size_t kRound = std::size_t{1} << 18;
+  auto const nRounds = (cells.size() + kRound - 1) / kRound;
+  auto most = static_cast<std::int64_t>(nRounds);
+  MPI_Allreduce(MPI_IN_PLACE, &most, 1, MPI_INT64_T, MPI_MAX, communicator_.get());
+  auto const n = static_cast<std::size_t>(nComponents);
+  std::int64_t const first = cells_.First(communicator_.rank());
+  for (std::size_t round = 0; round < static_cast<std::size_t>(most); ++round) {
+    std::size_t const begin = std::min(round * kRound, cells.size());
+    std::size_t const size = std::min(kRound, cells.size() - begin);
+    auto const rankOf = [&](std::size_t i) { return cells_.BlockOf(cells[begin + i]); };
+    auto const send = [&](auto const& itemOf) {
+      using Item = decltype(itemOf(std::size_t{0}));
+      return SwapLists(communicator_, ListsByRank<Item>(communicator_.size(), size, rankOf, itemOf));
+    };
+    RankLists<std::int64_t> const numbers = send([&](std::size_t i) { return cells[begin + i]; });
+    for (std::size_t k = 0; k < n; ++k) {
+      RankLists<double> const received = send([&](std::size_t i) { return values[n * (begin + i) + k]; });
+      for (std::size_t i = 0; i < numbers.items.size(); ++i)
+        inFile[n * static_cast<std::size_t>(numbers.items[i] - first) + k] = received.items[i];
+    }
+  }
+}
+
+/// Collective. The values at the faces of all patches on rank 0, patch by patch: those of their cells, from the ranks that
+/// have them. @param[in] inFile  from InFileOrder
+std::vector<double> CaseFieldMaker::FetchAtOwners(std::vector<double> const& inFile, int nComponents) const {
+  std::vector<std::int64_t> owner;
+  for (CasePatch const& patch : patches_) owner.insert(owner.end(), patch.owner.begin(), patch.owner.end());
+  auto const n = static_cast<std::size_t>(nComponents);
+  std::vector<double> values(n * owner.size());
+  for (std::size_t k = 0; k < n; ++k) {
+    std::vector<double> const one = FetchItems<double>(communicator_, cells_, owner, [&](std::int64_t cell) {
+      return inFile[n * static_cast<std::size_t>(cell) + k];
+    });
+    for (std::size_t i = 0; i < one.size(); ++i) values[n * i + k] = one[i];
+  }
+  return values;
 }
 
 /// The name that the patch beyond a cut has on the other processor, as the decomposition chooses it.
@@ -232,10 +232,22 @@ void CaseFieldMaker::ExchangeCuts(FoamOutput& field) const {
 
 void CaseFieldMaker::Make(std::vector<double> const& values, FoamOutput& field) const {
   field.cell = InFileOrder(values, field.nComponents);
+  std::vector<double> atOwners;
+  if (!isDecomposed_) atOwners = FetchAtOwners(field.cell, field.nComponents);
   RunTogether(communicator_, [&] {
+    auto next = atOwners.begin();
     for (CasePatch const& patch : patches_) {
       FoamPatchEntry entry = {patch.entry.name, FoamPatchTypeFor(patch.entry.type), std::nullopt};
-      if (HasFoamPatchValues(entry.type)) entry.value = AtOwners(field.cell, patch.owner, field.nComponents);
+      auto const end = isDecomposed_ ? next
+                                     : next + static_cast<std::ptrdiff_t>(patch.owner.size()) *
+                                                  std::ptrdiff_t{field.nComponents};
+      if (HasFoamPatchValues(entry.type)) {
+        if (isDecomposed_)
+          entry.value = AtOwners(field.cell, patch.owner, field.nComponents);
+        else
+          entry.value.emplace(next, end);
+      }
+      next = end;
       field.patches.push_back(std::move(entry));
     }
   });

@@ -3,8 +3,6 @@
 #include <mpi.h>
 
 #include <cstdint>
-#include <exception>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +10,7 @@
 #include "reference_host/openfoam/FoamFieldWriter.h"
 #include "reference_host/parallel/LoadMesh.h"
 #include "reference_host/parallel/MpiCommunicator.h"
+#include "reference_host/slabs/BlockRanges.h"
 
 namespace reference_host {
 
@@ -25,7 +24,7 @@ class CaseFieldMaker {
   ///                    collated folders
   CaseFieldMaker(MPI_Comm communicator, LoadedMesh& mesh);
 
-  /// Whether this rank gets the fields that Make returns.
+  /// Whether this rank writes a file, or a piece of a collated one.
   bool Writes() const { return isDecomposed_ || communicator_.rank() == 0; }
 
   bool IsDecomposed() const { return isDecomposed_; }
@@ -34,11 +33,15 @@ class CaseFieldMaker {
   /// first rank.
   bool IsCollated() const { return isCollated_; }
 
+  /// Of a whole case: the cells of the file, in even blocks.
+  BlockRanges const& cells() const { return cells_; }
+
   /// The case that this rank writes into, or its processor folder as it is on disk; empty if it writes nothing.
   std::string const& folder() const { return folder_; }
 
   /// Collective. Sets `cell` and `patches` of a field; on patches of type calculated, faces have the values of their
-  /// cells, on those between processors the values of the cells beyond. Does nothing on ranks that do not write.
+  /// cells, on those between processors the values of the cells beyond. The cells of a whole case are divided: each rank
+  /// gets the block `cells()` of them, and only the first rank gets patches.
   /// @param[in] values  [nComponents * (c - 1) + k] of the interior cells c = 1..NInnerCells of this rank
   /// @param[in,out] field  with nComponents set
   /// @throws MeshError or std::bad_alloc  the former with the same text on every rank
@@ -55,8 +58,10 @@ class CaseFieldMaker {
   void ReadPatches();
   void TakeOwners(std::vector<BoundaryFilePatch> const& entries);
   std::string NameBeyond(BoundaryFilePatch const& patch) const;
-  std::optional<std::vector<char>> Receive(int rank, std::exception_ptr& failure) const;
   std::vector<double> InFileOrder(std::vector<double> const& values, int nComponents) const;
+  void ScatterOverRanks(std::vector<std::int64_t> const& cells, std::vector<double> const& values,
+                        int nComponents, std::vector<double>& inFile) const;
+  std::vector<double> FetchAtOwners(std::vector<double> const& inFile, int nComponents) const;
   void ExchangeCuts(FoamOutput& field) const;
 
   MpiCommunicator communicator_;
@@ -65,6 +70,7 @@ class CaseFieldMaker {
   std::string folder_, polyMesh_;
   std::vector<CasePatch> patches_;        ///< in the order of the file
   std::vector<std::int64_t> cellInFile_;  ///< [1..NInnerCells]
+  BlockRanges cells_;
 };
 
 }  // namespace reference_host

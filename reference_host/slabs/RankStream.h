@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <exception>
+#include <functional>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -103,6 +105,14 @@ void StreamFromRank0(MpiCommunicator const& communicator, Make const& make, Take
     sender.Finish();
   });
 }
+
+/// Collective. The ranks make pieces of text, one rank after another, which rank 0 takes in this order.
+/// @param[in] make  called on every rank: make(send), which calls send(text) any number of times; not collective
+/// @param[in] take  take(text) on rank 0
+/// @throws MeshError  with the same text on every rank, if either fails
+void StreamTextToRank0(MpiCommunicator const& communicator,
+                       std::function<void(std::function<void(std::string_view)> const&)> const& make,
+                       std::function<void(std::string_view)> const& take);
 
 /// Collective. Gives all ranks the value of rank 0.
 template <class T>

@@ -89,6 +89,7 @@ class SlabDistributor {
     SwapPairs();
     SwapFaces();
     AddPairs(pairs_);
+    pairs_ = {};
     ReceiveHalo();
     NumberMergedCells();
     NumberNodes();
@@ -327,8 +328,13 @@ class SlabDistributor {
       for (bool const isCounting : {true, false}) {
         for (std::size_t f = begin; f < end; ++f) {
           ForEachPart(f, [&](int part) {
-            sender.Add(isCounting, part, HeadOfFace(slab_, f, rank_),
-                       slab_.faceNode.data() + slab_.faceStart[f]);
+            FaceHead const head = HeadOfFace(slab_, f, rank_);
+            std::int64_t const* const node = slab_.faceNode.data() + slab_.faceStart[f];
+            if (part != rank_) {
+              sender.Add(isCounting, part, head, node);
+            } else if (isCounting) {
+              StoreFace(head, node, rank_, next);
+            }
           });
         }
         if (isCounting) sender.Allocate();
@@ -336,19 +342,26 @@ class SlabDistributor {
       heads = SwapLists(communicator_, sender.heads.lists());
       nodes = SwapLists(communicator_, sender.nodes.lists());
     }
-    for (std::size_t r = 0; r < static_cast<std::size_t>(nRanks_); ++r) {
+    for (int rank = 0; rank < nRanks_; ++rank) {
+      auto const r = static_cast<std::size_t>(rank);
       std::int64_t const* node = nodes.items.data() + nodes.start[r];
       for (std::size_t i = heads.start[r]; i < heads.start[r + 1]; ++i) {
-        FaceHead const& head = heads.items[i];
-        std::size_t const f = next.face[r]++;
-        faceStart_[f] = next.node[r];
-        number_[f] = head.number;
-        owner_[f] = LocalCell(head.owner);
-        neighbour_[f] = LocalCell(head.neighbour);
-        patch_[f] = head.patch;
-        for (int j = 0; j < head.nNodes; ++j) faceNode_[next.node[r]++] = LocalNode(*node++);
+        StoreFace(heads.items[i], node, rank, next);
+        node += heads.items[i].nNodes;
       }
     }
+  }
+
+  /// Puts a face that comes from the rank behind those that have come from it.
+  void StoreFace(FaceHead const& head, std::int64_t const* nodes, int from, Arrival& next) {
+    std::size_t const f = next.face[static_cast<std::size_t>(from)]++;
+    std::size_t& node = next.node[static_cast<std::size_t>(from)];
+    faceStart_[f] = node;
+    number_[f] = head.number;
+    owner_[f] = LocalCell(head.owner);
+    neighbour_[f] = LocalCell(head.neighbour);
+    patch_[f] = head.patch;
+    for (int i = 0; i < head.nNodes; ++i) faceNode_[node++] = LocalNode(nodes[i]);
   }
 
   /// Lists of faces for all ranks.
@@ -395,6 +408,15 @@ class SlabDistributor {
     return static_cast<int>(owner_.size()) - 1;
   }
 
+  /// Exactly, since doubling the tables would cost much.
+  void ReserveFaces(std::size_t nMore, std::size_t nMoreNodes) {
+    faceNode_.reserve(faceNode_.size() + nMoreNodes);
+    faceStart_.reserve(faceStart_.size() + nMore);
+    owner_.reserve(owner_.size() + nMore);
+    neighbour_.reserve(neighbour_.size() + nMore);
+    patch_.reserve(patch_.size() + nMore);
+  }
+
   /// A pair in the small mesh.
   struct LocalPair {
     PairHead head;
@@ -403,6 +425,7 @@ class SlabDistributor {
 
   /// Adds the faces of pairs that are not there yet.
   void AddPairs(PairRows const& pairs) {
+    ReserveFaces(2 * pairs.head.size(), pairs.node.size());
     std::int64_t const* node = pairs.node.data();
     auto const add = [&](FaceHead const& head) {
       std::int64_t const* const nodes = node;
@@ -571,6 +594,7 @@ class SlabDistributor {
   }
 
   void AddHaloFaces(RankLists<FaceHead> const& heads, RankLists<std::int64_t> const& nodes) {
+    ReserveFaces(heads.items.size(), nodes.items.size());
     std::int64_t const* node = nodes.items.data();
     for (FaceHead const& head : heads.items) {
       AddFace(head, KnownCell(head.owner), KnownCell(head.neighbour), node);
@@ -587,6 +611,7 @@ class SlabDistributor {
     for (std::size_t i = 0; i < order.size(); ++i) {
       isFirst[order[i].second] = i == 0 || order[i].first != order[i - 1].first ? 1 : 0;
     }
+    ReserveFaces(2 * pairs.head.size(), pairs.node.size());
     std::int64_t const* node = pairs.node.data();
     for (std::size_t i = 0; i < pairs.head.size(); ++i) {
       PairHead const& pair = pairs.head[i];

@@ -22,7 +22,6 @@ FaceMesh MeshOfSlabs(BoxSpec const& spec, int nRanks) {
     EXPECT_EQ(slab.nodes.Size(rank), static_cast<std::int64_t>(slab.points.size()));
     EXPECT_EQ(slab.faces.First(rank), static_cast<std::int64_t>(mesh.owner.size()));
     EXPECT_EQ(slab.faces.Size(rank), static_cast<std::int64_t>(slab.nOwnFaces()));
-    EXPECT_TRUE(slab.faceNumber.empty());
     EXPECT_TRUE(slab.periods.empty());
     mesh.points.insert(mesh.points.end(), slab.points.begin(), slab.points.end());
     for (std::size_t f = 0; f < slab.nOwnFaces(); ++f) {

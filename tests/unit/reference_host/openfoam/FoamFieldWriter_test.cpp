@@ -116,9 +116,27 @@ TEST(FoamFieldWriter, NamesTheClassOfEachKindOfTensor) {
 }
 
 TEST(FoamFieldWriter, GivesTheBytesOfEachBlockOfACollatedFile) {
-  std::string const text = FoamCollatedText({"first", "second;"}, "processors2/0.4", "Q", "");
+  std::string text = FoamCollatedHead("processors2/0.4", "Q", "");
+  for (int processor = 0; processor < 2; ++processor) {
+    std::string const block = processor == 0 ? "first" : "second;";
+    text += FoamCollatedBlockHead(processor, block.size()) + block + kFoamCollatedBlockEnd;
+  }
   EXPECT_NE(std::string::npos, text.find("class       decomposedBlockData;"));
   EXPECT_NE(std::string::npos, text.find("// Processor0\n\n5\n(first)\n\n// Processor1\n\n7\n(second;)\n"));
+}
+
+TEST(FoamFieldWriter, WritesInPartsWhatItWritesAtOnce) {
+  FoamOutput const field = GradientOfPressure();
+  auto const nCells = static_cast<std::int64_t>(field.cell.size()) / field.nComponents;
+  for (bool const isBinary : {false, true}) {
+    reference_host::FoamFormat format;
+    format.isBinary = isBinary;
+    std::string text = FoamFieldHead(field, nCells, format, "a note");
+    for (std::int64_t c = 0; c < nCells; ++c)
+      text += FoamFieldItems(field.cell.data() + c * field.nComponents,
+                             static_cast<std::size_t>(field.nComponents), field.nComponents, format);
+    EXPECT_EQ(FoamFieldText(field, format, "a note"), text + FoamFieldTail(field, nCells, format));
+  }
 }
 
 TEST(FoamFieldWriter, KeepsTheTypesThatConstrainAllFields) {
