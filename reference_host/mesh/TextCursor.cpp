@@ -172,6 +172,7 @@ bool TextCursor::SkipToClosing() {
     if (next == std::string_view::npos) continue;
     if (Here() == '(') ++depth;
     if (Here() == ')') --depth;
+    Fill();
     if (Here() != '/' || !SkipComment()) ++position_;
   }
   tokenStart_ = position_ - 1;
@@ -231,12 +232,14 @@ void TextCursor::SkipBlanks() {
       ++position_;
       if (position_ == WindowEnd()) Fill();
     }
+    if (position_ == end_ || Here() != '/') break;
     Fill();
   } while (comments_ == Comments::CStyle && SkipComment());
+  Fill();
 }
 
+/// @pre the next two characters are held
 bool TextCursor::SkipComment() {
-  Fill();
   std::string_view const begin = text_.substr(position_ - base_, 2);
   if (begin == "//") {
     position_ = std::min(Find("\n", position_), end_);

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <iomanip>
 #include <map>
 #include <random>
@@ -299,7 +300,7 @@ TEST(PolyMeshReader, ListsTheCellsOfTheBoundaryByPatch) {
   mesh.neighbour = {1, 2, -1, -1, -1, -1, -1};
   mesh.facePatch = {-1, -1, 2, 0, 0, -1, 2};
   reference_host::PolyMeshBoundary const boundary = reference_host::BoundaryOf(mesh);
-  EXPECT_EQ((std::vector<int>{2, 0, 0, 2, 1}), boundary.owner);
+  EXPECT_EQ((std::vector<std::int64_t>{2, 0, 0, 2, 1}), boundary.owner);
   ASSERT_EQ(3u, boundary.facesOfPatch.size());
   EXPECT_EQ(0, boundary.facesOfPatch[0].first);
   EXPECT_EQ(2, boundary.facesOfPatch[0].count);
