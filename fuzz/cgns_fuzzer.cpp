@@ -18,7 +18,9 @@
 
 #include "fuzz/FuzzFolder.h"
 #include "reference_host/cgns/CgnsField.h"
+#include "reference_host/cgns/CgnsFile.h"
 #include "reference_host/cgns/CgnsReader.h"
+#include "reference_host/cgns/CgnsSectionReader.h"
 #include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/mesh/MeshError.h"
 
@@ -246,6 +248,28 @@ void TakeOrRefuse(Work const& work) {
   }
 }
 
+/// Reads the file as ranks that share it do, in three ranges of everything.
+void ReadInRanges(std::string const& name) {
+  using namespace reference_host;
+  CgnsFile const file(name);
+  auto const inThree = [](std::int64_t n, auto const& read) {
+    for (std::int64_t part = 0; part < 3; ++part) read(part * n / 3, (part + 1) * n / 3 - part * n / 3);
+  };
+  inThree(file.nNodes(), [&](std::int64_t first, std::int64_t n) {
+    if (n > 0) file.Points(first, n);
+  });
+  for (CgnsSection const& section : file.Sections()) {
+    CgnsSectionReader const reader(file, section);
+    inThree(section.size(), [&](std::int64_t first, std::int64_t n) {
+      CgnsElements const elements = reader.Read(first, n);
+      if (elements.start.size() != static_cast<std::size_t>(n) + 1) std::abort();
+      if (elements.start.back() != elements.entry.size()) std::abort();
+      if (!section.hasParents) return;
+      if (reader.ReadParents(first, n).size() != 2 * static_cast<std::size_t>(n)) std::abort();
+    });
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
@@ -259,5 +283,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   Falsify(file, bytes);
   TakeOrRefuse([] { reference_host::CheckMesh(reference_host::ReadCgns(file)); });
   TakeOrRefuse([] { reference_host::ReadCgnsField(file, "p"); });
+  TakeOrRefuse([] { ReadInRanges(file); });
   return 0;
 }

@@ -467,6 +467,33 @@ void Falsify(std::string const& name, std::string const& path, std::size_t at, s
   cgio_close_file(file);
 }
 
+/// Makes a file of version 3.3, whose MIXED sections have no list of starts. Rank 0 does.
+void MakeOlder(std::string const& name, std::string const& section) {
+  int file = 0;
+  double root = 0.0, version = 0.0, parent = 0.0, starts = 0.0;
+  ASSERT_EQ(cgio_open_file(name.c_str(), CGIO_MODE_MODIFY, CGIO_FILE_NONE, &file), CGIO_ERR_NONE);
+  cgio_get_root_id(file, &root);
+  ASSERT_EQ(cgio_get_node_id(file, root, "CGNSLibraryVersion", &version), CGIO_ERR_NONE);
+  float const number = 3.3F;
+  EXPECT_EQ(cgio_write_all_data(file, version, &number), CGIO_ERR_NONE);
+  ASSERT_EQ(cgio_get_node_id(file, root, ("/Base/Zone/" + section).c_str(), &parent), CGIO_ERR_NONE);
+  ASSERT_EQ(cgio_get_node_id(file, parent, "ElementStartOffset", &starts), CGIO_ERR_NONE);
+  EXPECT_EQ(cgio_delete_node(file, parent, starts), CGIO_ERR_NONE);
+  cgio_close_file(file);
+}
+
+TEST_F(CgnsSlab, HasMixedSectionsOfOlderFiles) {
+  StandardCells const cells = RandomCells(2, {0, 1, 2, 3}, 6, false);
+  Written([&](CgnsTestFile& file) {
+    std::mt19937 random(2);
+    WriteElements(file, cells, 1, random);
+  });
+  if (Rank() == 0) MakeOlder(file_, "Part 0");
+  MPI_Barrier(MPI_COMM_WORLD);
+  EXPECT_EQ(ExpectSameAsWhole(file_), "");
+  MPI_Barrier(MPI_COMM_WORLD);
+}
+
 TEST_F(CgnsSlab, SurvivesDamagedListsAsTheWholeDoes) {
   FaceMesh const box = MakeBox(ParseBoxSpec("box:2,2,2"));
   StandardCells const cells = RandomCells(2, {0, 1, 2, 3}, 9, false);
