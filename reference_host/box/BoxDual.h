@@ -36,8 +36,8 @@ class BoxDualNumbers {
   std::vector<GridIndex> EndsOfEdgesFrom(GridIndex const& low) const;
   bool IsOnEdge(GridIndex const& node) const;
 
-  // The numbers of the first points of each kind but the centres of tetrahedra, and the points of cubes and nodes
-  // before one. Cubes and nodes are given by their numbers, up to and including the number of all.
+  // Where each kind of points begins; the centres of tetrahedra begin at 0. How many points of a kind the cubes or nodes
+  // before one make; for the number behind the last one, how many there are.
   std::int64_t trianglesFirst() const { return trianglesFirst_; }
   std::int64_t midpointsFirst() const { return midpointsFirst_; }
   std::int64_t nodesFirst() const { return nodesFirst_; }

@@ -141,6 +141,7 @@ CgnsElements CgnsFile::Elements(CgnsSection const& section) const {
   cgsize_t nEntries = 0;
   Check(cg_ElementDataSize(handle_, base_, zone(), section.index, &nEntries), failure);
   CheckRoom(nEntries, "entries of section " + Quoted(section.name));
+  CheckListLengths(section);
   auto const n = static_cast<std::size_t>(section.size());
   std::vector<cgsize_t> entries(static_cast<std::size_t>(nEntries)), parents(section.hasParents ? 4 * n : 0);
   cgsize_t* const parentData = section.hasParents ? parents.data() : nullptr;

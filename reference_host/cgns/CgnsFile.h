@@ -62,6 +62,10 @@ class CgnsFile {
   /// The connectivity of a section, with its parents if it has them.
   CgnsElements Elements(CgnsSection const& section) const;
 
+  /// Fails if a list of a section in the file has another length than its range of elements says: the library would
+  /// write behind the end of the memory that it is given.
+  void CheckListLengths(CgnsSection const& section) const;
+
   /// Fails unless the file, together with the files that it links to, can hold `count` numbers. So nothing is
   /// allocated for a count that cannot be right.
   /// @param[in] what  what is counted, for the message: "nodes"

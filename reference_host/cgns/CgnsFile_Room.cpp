@@ -1,5 +1,7 @@
+#include <cgns_io.h>
 #include <cgnslib.h>
 
+#include <array>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -7,6 +9,7 @@
 #include <vector>
 
 #include "reference_host/cgns/CgnsFile.h"
+#include "reference_host/mesh/MessageText.h"
 
 namespace reference_host {
 namespace {
@@ -25,7 +28,40 @@ void AddLink(std::set<std::string>& files) {
   cg_free(path);
 }
 
+struct ListLength {
+  char const* name;
+  std::int64_t expected;
+};
+
+/// Whether a section has a list of that name whose first dimension is not as expected.
+bool IsOfOtherLength(int io, double sectionId, ListLength const& list) {
+  double id = 0.0;
+  if (cgio_get_node_id(io, sectionId, list.name, &id) != CGIO_ERR_NONE) return false;
+  int nDimensions = 0;
+  std::array<cgsize_t, CGIO_MAX_DIMENSIONS> sizes{};
+  bool const isKnown = cgio_get_dimensions(io, id, &nDimensions, sizes.data()) == CGIO_ERR_NONE;
+  cgio_release_id(io, id);
+  return !isKnown || nDimensions < 1 || sizes[0] != list.expected;
+}
+
 }  // namespace
+
+void CgnsFile::CheckListLengths(CgnsSection const& section) const {
+  int io = 0;
+  double zoneId = 0.0, sectionId = 0.0;
+  std::string const failure = "section " + Quoted(section.name) + " cannot be read";
+  Check(cg_get_cgio(handle_, &io), failure);
+  Check(cg_zone_id(handle_, base_, zone(), &zoneId), failure);
+  if (cgio_get_node_id(io, zoneId, section.name.c_str(), &sectionId) != CGIO_ERR_NONE) Fail(failure);
+  std::int64_t const n = section.size();
+  bool isWrong = false;
+  for (ListLength const& list : {ListLength{"ElementStartOffset", n + 1}, ListLength{"ParentElements", n},
+                                 ListLength{"ParentElementsPosition", n}, ListLength{"ParentData", n}}) {
+    isWrong = isWrong || IsOfOtherLength(io, sectionId, list);
+  }
+  cgio_release_id(io, sectionId);
+  if (isWrong) Fail(failure + ": its length is wrong");
+}
 
 void CgnsFile::CheckRoom(std::int64_t count, std::string const& what) const {
   if (count >= 0 && count / kMostPerByte <= nBytes_) return;

@@ -17,6 +17,7 @@ CgnsSectionReader::CgnsSectionReader(CgnsFile const& file, CgnsSection const& se
   file_.Check(cg_ElementDataSize(file_.handle(), file_.base(), CgnsFile::zone(), section_.index, &nEntries),
               failure_);
   file_.CheckRoom(nEntries, "entries of section " + Quoted(section_.name));
+  file_.CheckListLengths(section_);
   nEntries_ = nEntries;
   file_.Check(cg_npe(static_cast<CGNS_ENUMT(ElementType_t)>(section_.type), &nodesOfElement_), failure_);
   if (nodesOfElement_ > 0) {

@@ -1,6 +1,5 @@
 #include "reference_host/openfoam/FoamFieldValues.h"
 
-#include <set>
 #include <utility>
 
 #include "reference_host/mesh/MessageText.h"
@@ -75,8 +74,10 @@ FoamReals FoamFieldValueReader::List(std::int64_t most) {
     std::string_view const type = text_.Word(expected.c_str());
     if (type != expected) text_.Fail(expected + " expected instead of " + Quoted(type));
   }
-  return leavesLists_ ? LeaveFoamReals(text_, format_, nComponents_, most)
-                      : ReadFoamReals(text_, format_, nComponents_, most);
+  if (!leavesLists_) return ReadFoamReals(text_, format_, nComponents_, most);
+  FoamReals reals = LeaveFoamReals(text_, format_, nComponents_, most);
+  if (reals.isLeft) left_[reals.begin] = reals.count;
+  return reals;
 }
 
 std::vector<double> FoamFieldValueReader::ReadLeft(FoamReals const& left) {
@@ -98,13 +99,10 @@ std::vector<double> FoamFieldValueReader::ReadLeft(FoamReals const& left) {
 
 void FoamFieldValueReader::CheckLeft(FoamReals const* except) {
   if (format_.isBinary) return;
-  std::set<std::size_t> begins;  // two macros may stand for one list
-  for (auto const& [position, values] : known_) {
-    if (values && values->reals.isLeft && (except == nullptr || values->reals.begin != except->begin))
-      if (begins.insert(values->reals.begin).second) {
-        text_.MoveTo(values->reals.begin);
-        ReadTextReals(text_, nComponents_, values->reals.count, [](FoamItem const&) {});
-      }
+  for (auto const& [begin, count] : left_) {
+    if (except != nullptr && begin == except->begin) continue;
+    text_.MoveTo(begin);
+    ReadTextReals(text_, nComponents_, count, [](FoamItem const&) {});
   }
 }
 

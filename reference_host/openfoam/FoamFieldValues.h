@@ -81,6 +81,7 @@ class FoamFieldValueReader {
   int nComponents_;
   std::map<std::size_t, Values> known_;  ///< by position
   bool leavesLists_ = false;
+  std::map<std::size_t, std::int64_t> left_;  ///< lists that were left: their lengths, by position
 };
 
 }  // namespace reference_host

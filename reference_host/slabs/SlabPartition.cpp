@@ -15,9 +15,6 @@
 namespace reference_host {
 namespace {
 
-/// METIS takes such meshes in less time than the ranks need to agree on anything.
-constexpr std::int64_t kFewCells = 20'000;
-
 /// Collective. By METIS on rank 0.
 std::vector<int> PartitionOnRank0(MpiCommunicator const& communicator, SlabGraph const& graph) {
   // All items go to rank 0, those of one rank after another.
@@ -96,7 +93,7 @@ std::vector<int> PartitionSlab(MpiCommunicator const& communicator, MeshSlab con
   if (nParts == 1) return std::vector<int>(static_cast<std::size_t>(slab.cells.nItems()), 0);
 
   SlabGraph graph = MakeSlabGraph(communicator, slab);
-  if (slab.cells.nItems() <= kFewCells) return PartitionOnRank0(communicator, graph);
+  if (slab.cells.nItems() <= kCellsOfSmallMesh) return PartitionOnRank0(communicator, graph);
   std::vector<int> partOfOwn = PartitionByScotch(communicator, graph);
   FillEmptyPartsOfSlabs(communicator, slab.cells, partOfOwn);
   return partOfOwn;

@@ -71,6 +71,7 @@ wrong "infinite span" '--span "inf"' gradient box:3,3,3 --field x --method rbf -
 wrong "explain without a cell" "--cell" explain box:3,3,3
 wrong "explain cell 0" '--cell "0"' explain box:3,3,3 --cell 0
 wrong "explain beyond the cells" '--cell "28": the mesh has cells 1 to 27' explain box:3,3,3 --cell 28
+wrong "explain beyond 32 bits" '--cell "3000000000": the mesh has cells 1 to 27' explain box:3,3,3 --cell 3000000000
 wrong "explain no number" '--cell "last"' explain box:3,3,3 --cell last
 wrong "explain with a bad span" '--span "-1"' explain box:3,3,3 --cell 1 --span -1
 wrong "no repeats" '--repeat "0"' gradient box:3,3,3 --field x --repeat 0
@@ -112,6 +113,8 @@ wrong "study of series and meshes" "give either --series or" study box:3,3,3 --s
 wrong "study of an unknown series" '--series "hexes": expected hex, perturbed, tet' study --series hexes
 wrong "study of a bad box" "box:0,3,3" study --series box:0,3,3
 wrong "study with too many levels" "32-bit" study --series hex --levels 12
+wrong "box too large for a rank" "has more cells, faces or nodes than a 32-bit number can count" info box:2000,2000,2000
+wrong "box too large for any rank" "64-bit" info box:2000000000,2000000000,2
 wrong "study of no level" '--levels "0"' study --series hex --levels 0
 wrong "study with levels of meshes" "--levels needs --series" study box:3,3,3 --levels 2
 wrong "study of an unknown method" 'unknown method "best": expected plain, iterated' study --series hex --method plain,best

@@ -19,6 +19,7 @@
 #include "PeakBytes.h"
 #include "reference_host/FieldReader.h"
 #include "reference_host/mesh/MeshError.h"
+#include "reference_host/openfoam/GzipText.h"
 #include "tests/unit/reference_host/openfoam/BinaryFoamFiles.h"
 #include "tests/unit/reference_host/openfoam/FoamTestCase.h"
 
@@ -143,7 +144,7 @@ TEST(FieldSlab, IsTheShareOfTheWholeField) {
     SCOPED_TRACE(variant.name);
     WriteShared(folder.File("T"), variant.text);
     nRead += ExpectSame(communicator, folder.File("T")).empty() ? 1 : 0;
-    WriteShared(folder.File("packed.gz"), foam_test::Compressed(variant.text));
+    WriteShared(folder.File("packed.gz"), Gzipped(variant.text));
     ExpectSame(communicator, folder.File("packed"));
   }
   EXPECT_GT(nRead, 20);

@@ -14,11 +14,13 @@
 #include <vector>
 
 #include "MpiTestSupport.h"
+#include "PeakBytes.h"
 #include "SlabSupport.h"
 #include "reference_host/box/BoxMesh.h"
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/MeshNames.h"
 #include "reference_host/openfoam/GzipFile.h"
+#include "reference_host/openfoam/GzipText.h"
 #include "tests/unit/reference_host/openfoam/BinaryFoamFiles.h"
 #include "tests/unit/reference_host/openfoam/FoamTestCase.h"
 
@@ -90,7 +92,7 @@ void Rewrite(std::string const& folder, FaceMesh const& mesh, Form const& form) 
   auto const write = [&](std::string const& name, std::string const& content) {
     std::filesystem::remove(folder + "/" + name);
     WriteBytes(folder + "/" + name + (form.isCompressed ? ".gz" : ""),
-               form.isCompressed ? foam_test::Compressed(content) : content);
+               form.isCompressed ? Gzipped(content) : content);
   };
   auto const list = [&](std::string const& text) { return form.isCounted ? text : Uncounted(text); };
   if (form.isBinary) {
@@ -173,7 +175,7 @@ TEST(PolyMeshSlabReader, ReadsEveryForm) {
 }
 
 TEST(PolyMeshSlabReader, ReadsPiecesOfTextAcrossManyMessages) {
-  FaceMesh const mesh = FoamBox("box:40,40,30");
+  FaceMesh const mesh = FoamBox("box:30,30,25");
   for (std::size_t const form : {0, 5, 9}) {
     SharedFolder const folder;
     if (Rank() == 0) {
@@ -182,6 +184,26 @@ TEST(PolyMeshSlabReader, ReadsPiecesOfTextAcrossManyMessages) {
     }
     MPI_Barrier(MPI_COMM_WORLD);
     ExpectSameAsWhole(folder.File("polyMesh"));
+  }
+}
+
+// Megabytes for pieces of the file and messages; beyond that, what the share takes.
+TEST(PolyMeshSlabReader, NeedsMemoryForItsShareOnly) {
+  FaceMesh const mesh = FoamBox("box:45,45,45");
+  MpiCommunicator const communicator(MPI_COMM_WORLD);
+  for (std::size_t const form : {0, 5}) {
+    SharedFolder const folder;
+    if (Rank() == 0) {
+      foam_test::WriteMesh(folder.File("polyMesh"), mesh);
+      Rewrite(folder.File("polyMesh"), mesh, Forms()[form]);
+    }
+    MPI_Barrier(MPI_COMM_WORLD);
+    ForgetPeak();
+    std::size_t const before = LiveBytes();
+    MeshSlab const slab = ReadPolyMeshSlab(communicator, folder.File("polyMesh"));
+    std::size_t const share = 24 * slab.points.size() + 8 * slab.faceNode.size() + 28 * slab.nOwnFaces();
+    EXPECT_GE(PeakBytes() - before, share) << "bytes are not counted";
+    EXPECT_LE(PeakBytes() - before, share + share / 10 + (std::size_t{4} << 20)) << Forms()[form].name;
   }
 }
 
@@ -244,7 +266,7 @@ TEST(PolyMeshSlabReader, GivesTheMessagesOfTheWholeReader) {
       std::string const content = isUnpacked ? std::string(GzipFile(file).ReadRest().View()) : sound;
       std::string const damaged = Damaged(content, random);
       MPI_Barrier(MPI_COMM_WORLD);
-      if (Rank() == 0) WriteBytes(file, isUnpacked ? foam_test::Compressed(damaged) : damaged);
+      if (Rank() == 0) WriteBytes(file, isUnpacked ? Gzipped(damaged) : damaged);
       MPI_Barrier(MPI_COMM_WORLD);
       FaceMesh whole;
       std::string const expected = MessageOf([&] { whole = ReadPolyMesh(polyMesh); });

@@ -124,7 +124,7 @@ TEST(PartitionSlab, BalancesPartsAndCutsAsFewFacesAsMetis) {
   MpiCommunicator const world(MPI_COMM_WORLD);
   for (std::string const text : {kLargeBox, "box:30,30,30", "box:28,28,28:dual"}) {
     FaceMesh const mesh = MakeBox(ParseBoxSpec(text));
-    if (mesh.nCells <= 20'000) continue;
+    ASSERT_GT(mesh.nCells, kCellsOfSmallMesh);
     Quality const quality = QualityOf(mesh, Partition(mesh, world), world.size());
     Quality const byMetis = QualityOf(mesh, PartitionMesh(mesh, world.size()), world.size());
     EXPECT_LE(quality.imbalance, 1.1 * byMetis.imbalance) << text;
@@ -148,6 +148,24 @@ TEST(PartitionSlab, TakesBlocksOfAnySize) {
     EXPECT_LE(quality.imbalance, 1.05);
     EXPECT_GE(quality.smallestPart, 1);
   }
+}
+
+TEST(PartitionSlab, DividesAMeshInSeparatePieces) {
+  MpiCommunicator const world(MPI_COMM_WORLD);
+  FaceMesh mesh = MakeBox(ParseBoxSpec("box:26,26,26"));
+  FaceMesh const other = MakeBox(ParseBoxSpec("box:19,19,19"));
+  for (std::size_t f = 0; f < other.owner.size(); ++f) {
+    if (other.neighbour[f] < 0) continue;
+    mesh.owner.push_back(other.owner[f] + mesh.nCells);
+    mesh.neighbour.push_back(other.neighbour[f] + mesh.nCells);
+    mesh.facePatch.push_back(-1);
+    mesh.faceStart.push_back(mesh.faceNode.size());  // parts need no nodes
+  }
+  mesh.nCells += other.nCells;
+  ASSERT_GT(mesh.nCells, kCellsOfSmallMesh);
+  Quality const quality = QualityOf(mesh, Partition(mesh, world), world.size());
+  EXPECT_LE(quality.imbalance, 1.05);
+  EXPECT_GE(quality.smallestPart, 1);
 }
 
 TEST(PartitionSlab, TakesPeriodicMeshes) {

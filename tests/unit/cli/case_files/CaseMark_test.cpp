@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdio>
+#include <fstream>
 #include <string>
+
+#include "reference_host/openfoam/GzipText.h"
 
 namespace zyngrad {
 namespace {
@@ -16,6 +21,36 @@ std::string SealedText() {
 TEST(CaseMark, RecognisesWhatItHasSealed) {
   EXPECT_TRUE(IsSealed(SealedText()));
   EXPECT_EQ(std::string::npos, SealedText().find("0000000000000000"));
+}
+
+TEST(CaseMark, SealsATextInPieces) {
+  std::string const whole = SealedText();
+  std::string unsealed =
+      "FoamFile\n{\n    note        \"" + CaseNote() + "\";\n}\ninternalField uniform 1;\n";
+  std::size_t const cut = unsealed.find("internalField");
+  std::string beginning = unsealed.substr(0, cut);
+  CaseSeal seal;
+  seal.Add(beginning);
+  seal.Add(unsealed.substr(cut, 5));
+  seal.Add(unsealed.substr(cut + 5));
+  seal.PutInto(beginning);
+  EXPECT_EQ(whole, beginning + unsealed.substr(cut));
+}
+
+TEST(CaseMark, RecognisesLongFilesPackedOrNot) {
+  std::string text = "FoamFile { note \"" + CaseNote() + "\"; }\n";
+  for (int n = 0; n < 300000; ++n) text += std::to_string(n) + '\n';  // beyond one piece
+  Seal(text);
+  std::string const file = testing::TempDir() + "case_mark_test";
+  for (bool const isPacked : {false, true}) {
+    for (bool const isChanged : {false, true}) {
+      std::string content = text;
+      if (isChanged) content.back() = ' ';
+      std::ofstream(file, std::ios::binary) << (isPacked ? reference_host::Gzipped(content) : content);
+      EXPECT_EQ(!isChanged, IsOurCaseFile(file)) << isPacked;
+    }
+  }
+  std::remove(file.c_str());
 }
 
 TEST(CaseMark, NoticesEveryChange) {

@@ -22,6 +22,7 @@
 #include "reference_host/mesh/CellGeometry.h"
 #include "reference_host/mesh/MeshCheck.h"
 #include "tests/unit/reference_host/TestMeshes.h"
+#include "tests/unit/reference_host/cgns/CgnsPolyhedra.h"
 #include "tests/unit/reference_host/cgns/CgnsTestFile.h"
 
 namespace {
@@ -137,40 +138,6 @@ void WriteMixedCells(CgnsTestFile& file) {
                            9,
                            12};
   file.Section("Everything", CGNS_ENUMV(MIXED), 1, 5, entries, {0, 9, 16, 20, 26, 31});
-}
-
-/// Faces of a mesh as one section of polygons, then the cells by their faces.
-struct Polyhedra {
-  Numbers nodes, nodeOffsets = {0}, parents, faces, faceOffsets = {0};
-
-  explicit Polyhedra(FaceMesh const& mesh, int outward = 1) {
-    int const nFaces = mesh.nFaces();
-    std::vector<Numbers> facesOfCell(static_cast<std::size_t>(mesh.nCells));
-    for (int f = 0; f < nFaces; ++f) {
-      for (std::size_t i = mesh.faceStart[f]; i < mesh.faceStart[f + 1]; ++i)
-        nodes.push_back(mesh.faceNode[i] + 1);
-      nodeOffsets.push_back(static_cast<cgsize_t>(nodes.size()));
-      parents.push_back(nFaces + 1 + mesh.owner[f]);
-      facesOfCell[mesh.owner[f]].push_back(outward * (f + 1));
-      if (mesh.neighbour[f] >= 0) facesOfCell[mesh.neighbour[f]].push_back(-outward * (f + 1));
-    }
-    for (int const cell : mesh.neighbour) parents.push_back(cell < 0 ? 0 : nFaces + 1 + cell);
-    for (Numbers const& ofCell : facesOfCell) {
-      faces.insert(faces.end(), ofCell.begin(), ofCell.end());
-      faceOffsets.push_back(static_cast<cgsize_t>(faces.size()));
-    }
-  }
-};
-
-void WritePolyhedra(CgnsTestFile& file, FaceMesh const& mesh, Polyhedra const& polyhedra, bool withCells) {
-  file.Base();
-  file.Zone(mesh.points, mesh.nCells);
-  int const nFaces = mesh.nFaces();
-  file.Section("Faces", CGNS_ENUMV(NGON_n), 1, nFaces, polyhedra.nodes, polyhedra.nodeOffsets,
-               withCells ? Numbers() : polyhedra.parents);
-  if (!withCells) return;
-  file.Section("Cells", CGNS_ENUMV(NFACE_n), nFaces + 1, nFaces + mesh.nCells, polyhedra.faces,
-               polyhedra.faceOffsets);
 }
 
 /// Polyhedra that use all points, since the reader leaves out unused ones.

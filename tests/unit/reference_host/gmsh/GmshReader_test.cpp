@@ -27,45 +27,6 @@ using reference_host::ReadGmsh;
 std::vector<std::pair<std::string, bool>> const kVariants = {
     {"2.2", false}, {"2.2", true}, {"4.1", false}, {"4.1", true}};
 
-/// Node tags from positions in the list of points.
-std::vector<int> Tags(std::vector<int> positions) {
-  for (int& position : positions) position = GmshTestMesh::NodeTag(position);
-  return positions;
-}
-
-// A unit cube (hexahedron) with a wedge at its right side (prism), a pyramid on its top and a tetrahedron at
-// the pyramid's right side; seen from the front:
-//
-//            8 ---- 11
-//           / \    /       8 tip of the pyramid, 11 of the tetrahedron
-//          /   \  /
-//     4(7)-----5(6)
-//      |       | \         in brackets: nodes behind
-//     0(3)-----1(2)--9(10)
-//
-// The prism and the tetrahedron are given inside out. Node 12 belongs to nothing.
-GmshTestMesh MixedMesh() {
-  GmshTestMesh mesh;
-  mesh.points = {{0, 0, 0}, {1, 0, 0},     {1, 1, 0}, {0, 1, 0}, {0, 0, 1},   {1, 0, 1}, {1, 1, 1},
-                 {0, 1, 1}, {0.5, 0.5, 2}, {2, 0, 0}, {2, 1, 0}, {2, 0.5, 2}, {9, 9, 9}};
-  mesh.physicalNames =
-      "$PhysicalNames\n5\n0 77 \"a point\"\n2 1 \"inlet\"\n2 2 \"outlet (right)\"\n2 9 \"inside\"\n3 1 "
-      "\"all\"\n"
-      "$EndPhysicalNames\n";
-  mesh.elements = {
-      {3, 1, 1, Tags({0, 3, 7, 4})},    // inlet: left side of the cube
-      {3, 2, -2, Tags({9, 10, 6, 5})},  // outlet: the wedge's slope; the sign is only an orientation
-      {2, 3, 7, Tags({6, 8, 11})},      // physical surface 7 without a name: one side of the tetrahedron
-      {3, 4, 9, Tags({1, 2, 6, 5})},    // between cube and wedge
-      {3, 5, 0, Tags({0, 1, 2, 3})},    // in no physical surface
-      {5, 16, 1, Tags({0, 1, 2, 3, 4, 5, 6, 7})},  // cube
-      {6, 17, 1, Tags({1, 9, 5, 2, 10, 6})},       // wedge
-      {7, 18, 0, Tags({4, 5, 6, 7, 8})},           // pyramid, in no physical volume
-      {4, 29, 1, Tags({5, 8, 6, 11})},             // tetrahedron
-  };
-  return mesh;
-}
-
 FaceMesh ReadText(std::string const& content) {
   TemporaryFolder const folder;
   return ReadGmsh(folder.Write("a.msh", content));
