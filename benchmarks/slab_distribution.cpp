@@ -1,12 +1,14 @@
 // Seconds and memory of the steps from a mesh in slabs to the parts of the ranks.
 //
-//   mpirun -n RANKS slab_distribution [BOX]
+//   mpirun -n RANKS slab_distribution [BOX | FILE.msh]
 //
-// Each rank makes its share of the box. The parts are slices across the first direction, while the blocks of the slabs
-// go along the last one, so that nearly everything travels.
+// Each rank makes its share of a box. The parts are slices across the first direction, while the blocks of the slabs
+// go along the last one, so that nearly everything travels. A binary Gmsh file is read and cut into parts as the
+// program does it.
 
 #include <mpi.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <functional>
@@ -18,8 +20,10 @@
 #include "benchmarks/Report.h"
 #include "reference_host/box/BoxSpec.h"
 #include "reference_host/slabs/BoxSlab.h"
+#include "reference_host/slabs/GmshSlabReader.h"
 #include "reference_host/slabs/SlabCheck.h"
 #include "reference_host/slabs/SlabDistribution.h"
+#include "reference_host/slabs/SlabPartition.h"
 
 namespace {
 
@@ -51,28 +55,40 @@ class Steps {
   double before_;
 };
 
-void Measure(MpiCommunicator const& communicator, std::string const& box) {
-  BoxSpec const spec = ParseBoxSpec(box);
-  Steps steps(communicator, box + " on " + std::to_string(communicator.size()));
-  MeshSlab slab;
-  steps.Run("slab", slab, [&] { slab = MakeBoxSlab(communicator, spec); });
-  steps.Run("tables checked", slab, [&] { CheckSlabTables(communicator, slab, box); });
+/// Parts across x.
+std::vector<int> SlicesOf(BoxSpec const& spec, MeshSlab const& slab, MpiCommunicator const& communicator) {
   std::vector<int> part;
-  std::int64_t const nx = spec.nx;
-  std::int64_t const nCellsOfCube = slab.cells.nItems() / (nx * spec.ny * spec.nz);
-  for (std::int64_t cell = slab.cells.First(communicator.rank()); cell < slab.cells.End(communicator.rank());
-       ++cell) {
+  std::int64_t const nx = spec.nx, nCellsOfCube = slab.cells.nItems() / (nx * spec.ny * spec.nz);
+  int const rank = communicator.rank();
+  for (std::int64_t cell = slab.cells.First(rank); cell < slab.cells.End(rank); ++cell) {
     part.push_back(static_cast<int>(cell / nCellsOfCube % nx * communicator.size() / nx));
   }
+  return part;
+}
+
+void Measure(MpiCommunicator const& communicator, std::string const& mesh) {
+  Steps steps(communicator, mesh + " on " + std::to_string(communicator.size()));
+  MeshSlab slab;
+  std::vector<int> part;
+  if (IsBoxSpec(mesh)) {
+    BoxSpec const spec = ParseBoxSpec(mesh);
+    steps.Run("slab", slab, [&] { slab = MakeBoxSlab(communicator, spec); });
+    part = SlicesOf(spec, slab, communicator);
+  } else {
+    steps.Run("slab", slab, [&] { slab = ReadGmshSlab(communicator, mesh); });
+    steps.Run("cut", slab, [&] { part = PartitionSlab(communicator, slab, mesh); });
+  }
+  steps.Run("tables checked", slab, [&] { CheckSlabTables(communicator, slab, mesh); });
   MeshPart own;
   steps.Run("distributed and checked", slab,
-            [&] { own = DistributeSlab(communicator, std::move(slab), part, box); });
+            [&] { own = DistributeSlab(communicator, std::move(slab), part, mesh); });
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  int level = 0;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_MULTIPLE, &level);  // for PT-Scotch
   int status = 0;
   try {
     Measure(MpiCommunicator(MPI_COMM_WORLD), argc > 1 ? argv[1] : "box:94,94,94:tet");
