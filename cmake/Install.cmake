@@ -55,6 +55,7 @@ set(reference_host_headers
   reference_host/mesh/DualMesh.h
   reference_host/mesh/FaceGeometry.h
   reference_host/mesh/FaceMesh.h
+  reference_host/mesh/CellShapes.h
   reference_host/mesh/FaceMeshBuilder.h
   reference_host/mesh/MeshCheck.h
   reference_host/mesh/MeshError.h
@@ -64,6 +65,7 @@ set(reference_host_headers
   reference_host/parallel/LoadField.h
   reference_host/parallel/LoadMesh.h
   reference_host/parallel/MeshDistribution.h
+  reference_host/parallel/MeshLoading.h
   reference_host/parallel/MpiAgreement.h
   reference_host/parallel/MpiCommunicator.h
   reference_host/parallel/MpiExchange.h

@@ -111,8 +111,7 @@ std::size_t MeshFile::LineAt(std::size_t offset) const {
 
 void MeshFile::Fail(std::size_t offset, std::string const& what) const {
   offset = std::min(offset, Size());
-  if (placesByOffset_)
-    throw MeshError(name_ + ": offset " + std::to_string(ByteAt(offset)) + ": " + what);
+  if (placesByOffset_) throw MeshError(name_ + ": offset " + std::to_string(ByteAt(offset)) + ": " + what);
   throw MeshError(name_ + ":" + std::to_string(LineAt(offset)) + ": " + what);
 }
 

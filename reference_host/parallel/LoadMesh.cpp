@@ -3,149 +3,48 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <sstream>
-#include <system_error>
 #include <utility>
 #include <vector>
 
-#include "reference_host/MeshReader.h"
-#include "reference_host/box/BoxMesh.h"
-#include "reference_host/mesh/BoundaryGroups.h"
-#include "reference_host/mesh/MeshCheck.h"
 #include "reference_host/mesh/MeshError.h"
 #include "reference_host/mesh/Periods.h"
-#include "reference_host/openfoam/DecomposedCase.h"
-#include "reference_host/openfoam/PolyMeshReader.h"
-#include "reference_host/parallel/DecomposedCaseReader.h"
-#include "reference_host/parallel/MeshDistribution.h"
+#include "reference_host/parallel/LoadPart.h"
 #include "reference_host/parallel/MeshSource.h"
 #include "reference_host/parallel/MpiAgreement.h"
 #include "reference_host/parallel/MpiCommunicator.h"
+#include "reference_host/slabs/MpiLists.h"
+#include "reference_host/slabs/PartitionFile.h"
 
 namespace reference_host {
 namespace {
-
-/// Number of faces of each patch, from the patch of each face (-1: inside).
-std::vector<std::int64_t> CountFacesOfPatches(std::vector<int> const& facePatch, std::size_t nPatches) {
-  std::vector<std::int64_t> nFaces(nPatches, 0);
-  for (int const patch : facePatch) {
-    if (patch >= 0) ++nFaces[patch];
-  }
-  return nFaces;
-}
 
 /// The stages of one call of LoadMesh. Everything that can fail is inside RunTogether.
 class MeshLoader {
  public:
   MeshLoader(MPI_Comm communicator, std::string const& meshSpec, GroupRules const& groups,
-             std::function<void(std::string const&)> const& progress)
+             MeshLoading const& loading, std::function<void(std::string const&)> const& progress)
       : original_(communicator),
         communicator_(communicator),
         meshSpec_(meshSpec),
         groups_(groups),
+        loading_(loading),
         progress_(progress) {}
 
   LoadedMesh Load() {
-    source_.spec = meshSpec_;
-    BuildTables(MakePart());
+    LoadedPart part = LoadPart(communicator_, meshSpec_, groups_, loading_, progress_);
+    facesOfPatch_ = std::move(part.facesOfPatch);
+    loaded_.summary.nNodes = part.nNodes;
+    loaded_.summary.way = std::move(part.way);
+    loaded_.source = std::make_shared<MeshSource const>(std::move(part.source));
+    BuildTables(std::move(part.part));
     Summarize();
-    loaded_.source = std::make_shared<MeshSource const>(std::move(source_));
     return std::move(loaded_);
   }
 
  private:
-  MeshPart MakePart() {
-    if (IsBoxSpec(meshSpec_)) return MakePartOfBox();
-    return IsDecomposed() ? ReadDecomposed() : DistributeFile();
-  }
-
-  /// Rank 0 decides, because a file system may not look the same to all ranks at the same time.
-  bool IsDecomposed() const {
-    int is = 0;
-    OnRank0([&] { is = IsDecomposedCase(meshSpec_) ? 1 : 0; });
-    MPI_Bcast(&is, 1, MPI_INT, 0, communicator_.get());
-    return is != 0;
-  }
-
-  MeshPart ReadDecomposed() {
-    OnRank0([&] { Report("reading"); });
-    DecomposedPart decomposed =
-        ReadDecomposedCase(communicator_, meshSpec_,
-                           [this](std::vector<Patch>& patches, std::vector<std::int64_t> const& nFaces) {
-                             facesOfPatch_ = nFaces;
-                             AssignBoundaryGroups(patches, nFaces, groups_, meshSpec_);
-                           });
-    loaded_.summary.nNodes = decomposed.nNodes;
-    source_.isDecomposed = true;
-    source_.boundary = std::move(decomposed.boundary);
-    source_.wholeCell = std::move(decomposed.wholeCell);
-    return std::move(decomposed.part);
-  }
-
   void Report(std::string const& stage) const {
     if (communicator_.rank() == 0 && progress_) progress_(stage);
-  }
-
-  void SumOverRanks(std::vector<std::int64_t>& values) const {
-    MPI_Allreduce(MPI_IN_PLACE, values.data(), static_cast<int>(values.size()), MPI_INT64_T, MPI_SUM,
-                  communicator_.get());
-  }
-
-  MeshPart MakePartOfBox() {
-    MeshPart part;
-    RunTogether(communicator_, [&] {
-      Report("generating");
-      BoxSpec const spec = ParseBoxSpec(meshSpec_);
-      loaded_.summary.nNodes = BoxNodeCount(spec);
-      part = MakeBoxPart(spec, communicator_.rank(), communicator_.size());
-      facesOfPatch_ = CountFacesOfPatches(part.facePatch, part.patches.size());
-    });
-    SumOverRanks(facesOfPatch_);
-    RunTogether(communicator_,
-                [&] { AssignBoundaryGroups(part.patches, facesOfPatch_, groups_, meshSpec_); });
-    return part;
-  }
-
-  MeshPart DistributeFile() {
-    FaceMesh mesh;  // on rank 0 only
-    OnRank0([&] {
-      Report("reading");
-      mesh = ReadMesh(meshSpec_);
-      RememberPolyMesh(mesh);
-      CheckMesh(mesh, meshSpec_);
-      facesOfPatch_ = CountFacesOfPatches(mesh.facePatch, mesh.patches.size());
-      AssignBoundaryGroups(mesh.patches, facesOfPatch_, groups_, meshSpec_);
-      JoinPeriods(mesh, meshSpec_);
-      mesh.names.reset();  // messages no longer refer to the file
-      loaded_.summary.nNodes = static_cast<std::int64_t>(mesh.points.size());
-    });
-    MPI_Bcast(&loaded_.summary.nNodes, 1, MPI_INT64_T, 0, communicator_.get());
-
-    std::vector<int> partOfCell;
-    OnRank0([&] {
-      Report("partitioning");
-      partOfCell = PartitionMesh(mesh, communicator_.size(), meshSpec_);
-    });
-    OnRank0([&] { Report("distributing"); });
-    MeshPart part = DistributeMesh(communicator_, &mesh, partOfCell);
-    facesOfPatch_.resize(part.patches.size());
-    MPI_Bcast(facesOfPatch_.data(), static_cast<int>(facesOfPatch_.size()), MPI_INT64_T, 0,
-              communicator_.get());
-    return part;
-  }
-
-  void RememberPolyMesh(FaceMesh const& mesh) {
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(meshSpec_, ignored)) return;
-    source_.polyMesh = FindPolyMesh(meshSpec_);
-    source_.boundary = BoundaryOf(mesh);
-  }
-
-  void OnRank0(std::function<void()> const& work) const {
-    RunTogether(communicator_, [&] {
-      if (communicator_.rank() == 0) work();
-    });
   }
 
   void BuildTables(MeshPart&& part) {
@@ -199,12 +98,13 @@ class MeshLoader {
     MeshSummary& summary = loaded_.summary;
     CZYN3DFiniteVolumeMesh const& mesh = *partition.mesh();
     int const nPeriodicSides = CountPeriodicSides();
-    std::vector<std::int64_t> counts = CountFacesOfPatches(
+    std::vector<std::int64_t> counts = CountFacesByPatch(
         {partition.patchOfGhost().begin() + 1, partition.patchOfGhost().end()}, summary.patches.size());
     counts.insert(counts.end(),
                   {mesh.NInnerCells, mesh.NInnerFaces,
                    partition.partitionFaces()->NParInterFace() - nPeriodicSides, nPeriodicSides});
-    SumOverRanks(counts);
+    MPI_Allreduce(MPI_IN_PLACE, counts.data(), static_cast<int>(counts.size()), MPI_INT64_T, MPI_SUM,
+                  communicator_.get());
 
     for (std::size_t p = 0; p < summary.patches.size(); ++p) {
       summary.patches[p].nFaces = counts[p];
@@ -263,8 +163,8 @@ class MeshLoader {
   MpiCommunicator communicator_;
   std::string const& meshSpec_;
   GroupRules const& groups_;
+  MeshLoading const& loading_;
   std::function<void(std::string const&)> const& progress_;
-  MeshSource source_;
   std::vector<std::int64_t> facesOfPatch_;  // of the whole mesh, before periods are joined
   LoadedMesh loaded_;
 };
@@ -272,8 +172,28 @@ class MeshLoader {
 }  // namespace
 
 LoadedMesh LoadMesh(MPI_Comm communicator, std::string const& meshSpec, GroupRules const& groupsByUser,
-                    std::function<void(std::string const&)> const& progress) {
-  return MeshLoader(communicator, meshSpec, groupsByUser, progress).Load();
+                    std::function<void(std::string const&)> const& progress, MeshLoading const& loading) {
+  return MeshLoader(communicator, meshSpec, groupsByUser, loading, progress).Load();
+}
+
+void SavePartition(MPI_Comm original, LoadedMesh const& mesh, std::string const& file) {
+  MpiCommunicator const communicator(original);
+  BlockRanges const cells = BlockRanges::Even(mesh.summary.nCells, communicator.size());
+  std::vector<std::int64_t> const& globalCell = mesh.partition->globalCell();
+  auto const nOwn = static_cast<std::size_t>(mesh.partition->mesh()->NInnerCells);
+  RankLists<std::int64_t> const cellsOfRanks =
+      SwapLists(communicator, ListsByRank<std::int64_t>(
+                                  communicator.size(), nOwn,
+                                  [&](std::size_t c) { return cells.BlockOf(globalCell[c + 1] - 1); },
+                                  [&](std::size_t c) { return globalCell[c + 1] - 1; }));
+  std::vector<int> partOfOwn(static_cast<std::size_t>(cells.Size(communicator.rank())), -1);
+  for (int rank = 0; rank < communicator.size(); ++rank) {
+    for (std::size_t i = cellsOfRanks.start[static_cast<std::size_t>(rank)];
+         i < cellsOfRanks.start[static_cast<std::size_t>(rank) + 1]; ++i) {
+      partOfOwn[static_cast<std::size_t>(cellsOfRanks.items[i] - cells.First(communicator.rank()))] = rank;
+    }
+  }
+  WritePartition(communicator, file, cells, partOfOwn);
 }
 
 }  // namespace reference_host

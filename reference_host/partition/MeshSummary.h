@@ -24,6 +24,7 @@ struct PatchSummary {
 
 /// Sizes of a mesh over all its partitions.
 struct MeshSummary {
+  std::string way;  ///< how the ranks got their parts: "each rank reads a slab, PT-Scotch divides the mesh"
   std::int64_t nCells = 0;
   std::int64_t nNodes = 0;
   std::int64_t nInnerFaces = 0;     ///< between two cells of one partition

@@ -71,8 +71,9 @@ std::vector<Variant> Variants() {
   for (int const nComponents : {1, 3}) {
     std::string const type = nComponents == 1 ? "nonuniform List<scalar> " : "nonuniform List<vector> ";
     std::string const item = nComponents == 1 ? "5" : "(5 6 7)";
-    for (auto const& [isBinary, scalarBytes] :
-         {std::pair(false, 8), std::pair(true, 8), std::pair(true, 4)}) {
+    for (auto const& format : {std::pair(false, 8), std::pair(true, 8), std::pair(true, 4)}) {
+      bool const isBinary = format.first;
+      int const scalarBytes = format.second;
       std::string const list = type + Numbers(nComponents, kCells, isBinary, scalarBytes);
       auto const add = [&](std::string const& name, std::string const& before, std::string const& internal) {
         variants.push_back({name + (isBinary ? " binary " : " text ") + std::to_string(scalarBytes) + " " +
