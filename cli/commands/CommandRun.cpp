@@ -18,10 +18,11 @@ std::function<void(std::string const&)> CommandRun::Stages() {
   return [this](std::string const& stage) { progress_.Stage(stage); };
 }
 
-void CommandRun::LoadMesh(std::string const& name, UserGroups const& groups) {
+void CommandRun::LoadMesh(std::string const& name, UserGroups const& groups,
+                          reference_host::MeshLoading const& loading) {
   meshName_ = name;
-  mesh_.emplace(
-      reference_host::LoadMesh(ranks_.communicator(), name, ReadGroupRules(ranks_, groups), Stages()));
+  mesh_.emplace(reference_host::LoadMesh(ranks_.communicator(), name, ReadGroupRules(ranks_, groups),
+                                         Stages(), loading));
 }
 
 void CommandRun::PrintMesh() {

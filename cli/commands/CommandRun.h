@@ -30,7 +30,8 @@ class CommandRun {
   std::function<void(std::string const&)> Stages();
 
   /// Collective. Loads the mesh that the command line names.
-  void LoadMesh(std::string const& name, UserGroups const& groups);
+  void LoadMesh(std::string const& name, UserGroups const& groups,
+                reference_host::MeshLoading const& loading);
 
   /// Prints the sizes and the quality of the mesh, if the run prints text. @pre LoadMesh
   void PrintMesh();

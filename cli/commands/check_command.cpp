@@ -82,6 +82,7 @@ class CheckCommand : public Command {
   bool shapeNormalize_ = false;
 
   UserGroups groups_;
+  reference_host::MeshLoading loading_;
   CellCheckCase cellCase_;
   std::vector<FaceKind> faceGroups_;
   std::optional<Expression> body_;
@@ -97,6 +98,7 @@ CLI::App* CheckCommand::AddTo(CLI::App& program) {
   namespace help = check_help;
   CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
+  AddLoadingOptions(*command, meshOptions_);
   AddMethodOptions(*command);
   AddRepeatableOption(*command, "--group-faces", faceGroupNames_,
                       help::kGroupFaces + FaceKindNames() + "; may be repeated")
@@ -148,6 +150,7 @@ void CheckCommand::ReadOptions() {
   pointSettings_ = ReadInterpolation("--point-method", pointMethodText_, 3, SpanOr(500.0), numberText_);
   if (!bodyText_.empty()) body_.emplace(bodyText_);
   groups_ = GroupsByUser(meshOptions_);
+  loading_ = LoadingByUser(meshOptions_);
 }
 
 void CheckCommand::ReadInput(Ranks const& ranks) {
@@ -211,7 +214,7 @@ ordered_json CheckCommand::Question() const {
 }
 
 void CheckCommand::Compute(CommandRun& run) {
-  run.LoadMesh(meshOptions_.mesh, groups_);
+  run.LoadMesh(meshOptions_.mesh, groups_, loading_);
   run.PrintMesh();
 
   run.progress().Stage("checking cells");

@@ -55,6 +55,7 @@ class ExplainCommand : public Command {
   bool shapeNormalize_ = false;
 
   UserGroups groups_;
+  reference_host::MeshLoading loading_;
   RadialBasisSettings settings_;
   std::int64_t cell_ = 0;  ///< number in the mesh
   int owner_ = 0;          ///< its rank
@@ -64,6 +65,7 @@ class ExplainCommand : public Command {
 CLI::App* ExplainCommand::AddTo(CLI::App& program) {
   CLI::App* command = program.add_subcommand(name(), explain_help::kSummary);
   AddMeshOptions(*command, meshOptions_);
+  AddLoadingOptions(*command, meshOptions_);
   command->add_option("--cell", cellText_, explain_help::kCell)->type_name("N")->required();
   command->add_option("--span", spanText_, explain_help::kSpan)->type_name("S");
   command->add_flag("--shape-normalize", shapeNormalize_, explain_help::kShapeNormalize);
@@ -76,11 +78,12 @@ void ExplainCommand::ReadOptions() {
   cell_ = CellNumber("--cell", cellText_);
   settings_ = {PositiveNumber("--span", spanText_), shapeNormalize_};
   groups_ = GroupsByUser(meshOptions_);
+  loading_ = LoadingByUser(meshOptions_);
 }
 
 void ExplainCommand::Compute(CommandRun& run) {
   Ranks const& ranks = run.ranks();
-  run.LoadMesh(meshOptions_.mesh, groups_);
+  run.LoadMesh(meshOptions_.mesh, groups_, loading_);
   std::int64_t const nCells = run.mesh().summary.nCells;
   if (cell_ > nCells) {
     throw UsageError("--cell " + Quoted(cellText_) + ": the mesh has cells 1 to " + std::to_string(nCells));

@@ -66,6 +66,7 @@ class FacesCommand : public Command {
   bool debugReport_ = false;
 
   UserGroups groups_;
+  reference_host::MeshLoading loading_;
   std::optional<FaceKind> group_;
   std::optional<Expression> field_;  ///< empty with fields from files
   FieldFiles fieldFiles_;
@@ -79,6 +80,7 @@ CLI::App* FacesCommand::AddTo(CLI::App& program) {
   namespace help = faces_help;
   CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
+  AddLoadingOptions(*command, meshOptions_);
   command->get_option("--group")
       ->description(help::kGroup + FaceKindNames() + help::kGroupOfBoundary)
       ->type_name("GROUP or NAME=inlet|outlet|wall|symmetry")
@@ -115,6 +117,7 @@ void FacesCommand::ReadOptions() {
   }
   if (!group_) throw UsageError("--group must choose the faces: " + FaceKindNames());
   groups_ = GroupsByUser(kinds);
+  loading_ = LoadingByUser(meshOptions_);
   settings_ = ReadInterpolationOptions(options_, kFaceMethods);
   settings_.printsReport = debugReport_;
   fieldFiles_ = FieldFiles(fieldFileOptions_);
@@ -153,7 +156,7 @@ std::vector<std::string> FacesCommand::OutputFiles(Ranks const& ranks) const {
 }
 
 void FacesCommand::Compute(CommandRun& run) {
-  run.LoadMesh(meshOptions_.mesh, groups_);
+  run.LoadMesh(meshOptions_.mesh, groups_, loading_);
   TargetedFaces const faces = TargetedFacesOf(run.partition(), *group_);
   CheckThatThereAreFaces(run.ranks(), faces);
   run.PrintMesh();

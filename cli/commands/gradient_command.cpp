@@ -100,6 +100,7 @@ class GradientCommand : public Command {
   bool writeCase_ = false, overwrite_ = false;
 
   UserGroups groups_;
+  reference_host::MeshLoading loading_;
   FieldFiles fieldFiles_;
   std::vector<Expression> fields_;
   std::optional<Expression> weight_;
@@ -122,6 +123,7 @@ CLI::App* GradientCommand::AddTo(CLI::App& program) {
   namespace help = gradient_help;
   CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
+  AddLoadingOptions(*command, meshOptions_);
   AddRepeatableOption(*command, "--field", fieldTexts_, help::kField)->type_name("EXPR");
   AddFieldFileOptions(*command, fieldFileOptions_);
   AddMethodOption(*command, methodLists_, GradientMethodHelp());
@@ -187,6 +189,7 @@ void GradientCommand::ReadOptions() {
   nRepeat_ = WholeNumber("--repeat", repeatText_, 1);
   radialBasis_ = {PositiveNumber("--span", spanText_), shapeNormalize_};
   groups_ = GroupsByUser(meshOptions_);
+  loading_ = LoadingByUser(meshOptions_);
 }
 
 bool GradientCommand::NeedsSettings() const {
@@ -328,7 +331,7 @@ void GradientCommand::ComputeTime(CommandRun& run, GradientGrid& grid) {
 }
 
 void GradientCommand::Compute(CommandRun& run) {
-  run.LoadMesh(meshOptions_.mesh, groups_);
+  run.LoadMesh(meshOptions_.mesh, groups_, loading_);
   run.partition().globals()->UseNonBlockingExch = nonBlocking_ ? 1 : 0;
   run.PrintMesh();
 

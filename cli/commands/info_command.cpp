@@ -19,19 +19,31 @@ class InfoCommand : public Command {
   CLI::App* AddTo(CLI::App& program) override {
     CLI::App* command = program.add_subcommand(name(), info_help::kSummary);
     AddMeshOptions(*command, options_);
+    AddLoadingOptions(*command, options_);
+    command
+        ->add_option("--save-partition", partitionFile_,
+                     "Write the rank of each cell to this new file, for --partition")
+        ->type_name("FILE");
     AddJsonOption(*command);
     command->footer(info_help::kFooter);
     return command;
   }
 
  private:
-  void ReadOptions() override { groups_ = GroupsByUser(options_); }
+  void ReadOptions() override {
+    groups_ = GroupsByUser(options_);
+    loading_ = LoadingByUser(options_);
+  }
 
   void Compute(CommandRun& run) override {
-    run.LoadMesh(options_.mesh, groups_);
+    run.LoadMesh(options_.mesh, groups_, loading_);
     summary_ = run.mesh().summary;
     run.progress().Stage("looking at all cells");
     facts_ = CollectMeshFacts(run.ranks(), run.partition());
+    if (!partitionFile_.empty()) {
+      run.progress().Stage("writing");
+      reference_host::SavePartition(run.ranks().communicator(), run.mesh(), partitionFile_);
+    }
   }
 
   void Print(std::ostream& out) const override {
@@ -44,6 +56,8 @@ class InfoCommand : public Command {
 
   MeshOptions options_;
   UserGroups groups_;
+  reference_host::MeshLoading loading_;
+  std::string partitionFile_;
   reference_host::MeshSummary summary_;
   MeshFacts facts_;
 };

@@ -13,6 +13,7 @@ Examples:
   zyngrad info channel.msh
   mpirun -n 4 zyngrad info box:40,40,40:tet:perturb=0.2,seed=1
   zyngrad info case/constant/polyMesh --group "hole*=wall" --default-group outlet
+  mpirun -n 64 zyngrad info wing.cgns --save-partition wing.parts
   zyngrad info channel.msh --json)";
 
 }  // namespace zyngrad::info_help

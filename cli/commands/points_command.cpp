@@ -78,6 +78,7 @@ class PointsCommand : public Command {
   CLI::Option const* methodOption_ = nullptr;
 
   UserGroups groups_;
+  reference_host::MeshLoading loading_;
   std::optional<Expression> field_, body_;
   FieldFiles fieldFiles_;
   std::optional<BodyFile> bodyFile_;
@@ -93,6 +94,7 @@ CLI::App* PointsCommand::AddTo(CLI::App& program) {
   namespace help = points_help;
   CLI::App* command = program.add_subcommand(name(), help::kSummary);
   AddMeshOptions(*command, meshOptions_);
+  AddLoadingOptions(*command, meshOptions_);
   command->add_option("--field", fieldText_, help::kField)->type_name("EXPR");
   AddFieldFileOptions(*command, fieldFileOptions_);
   command->add_option("--points", pointsFile_, help::kPoints)->type_name("FILE.csv");
@@ -126,6 +128,7 @@ void PointsCommand::ReadOptions() {
   settings_ = ReadInterpolationOptions(options_, kPointMethods);
   results_.isMethodChosen = methodOption_->count() > 0;
   groups_ = GroupsByUser(meshOptions_);
+  loading_ = LoadingByUser(meshOptions_);
 }
 
 void PointsCommand::ReadInput(Ranks const& ranks) {
@@ -176,7 +179,7 @@ UsableCells PointsCommand::FindCells(Ranks const& ranks, reference_host::HostPar
 }
 
 void PointsCommand::Compute(CommandRun& run) {
-  run.LoadMesh(meshOptions_.mesh, groups_);
+  run.LoadMesh(meshOptions_.mesh, groups_, loading_);
   run.PrintMesh();
   Ranks const& ranks = run.ranks();
   reference_host::HostPartition& partition = run.partition();

@@ -87,6 +87,33 @@ void AddGroupOptions(CLI::App& command, GroupOptions& options) {
       ->type_name("inlet|outlet|wall|symmetry");
 }
 
+void AddLoadingOptions(CLI::App& command, LoadingOptions& options) {
+  command
+      .add_option(
+          "--read", options.reading,
+          "How several ranks get the mesh: rank 0 reads the whole and METIS divides it, or each rank reads a "
+          "slab and PT-Scotch divides it (default: slabs for large files)")
+      ->type_name("whole|slabs");
+  command
+      .add_option("--partition", options.partitionFile,
+                  "File with the rank of each cell, one number from 0 a line: what METIS or "
+                  "zyngrad info --save-partition writes")
+      ->type_name("FILE");
+}
+
+reference_host::MeshLoading LoadingByUser(LoadingOptions const& options) {
+  reference_host::MeshLoading loading;
+  loading.partitionFile = options.partitionFile;
+  if (options.reading == "whole") {
+    loading.reading = reference_host::MeshReading::Whole;
+  } else if (options.reading == "slabs") {
+    loading.reading = reference_host::MeshReading::Slabs;
+  } else if (!options.reading.empty()) {
+    throw UsageError("--read " + Quoted(options.reading) + ": expected whole or slabs");
+  }
+  return loading;
+}
+
 UserGroups GroupsByUser(GroupOptions const& options) {
   UserGroups byUser;
   byUser.file = options.file;

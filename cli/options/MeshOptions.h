@@ -5,6 +5,7 @@
 
 #include "cli/base/Ranks.h"
 #include "reference_host/mesh/GroupRules.h"
+#include "reference_host/parallel/MeshLoading.h"
 
 namespace CLI {
 class App;
@@ -20,8 +21,14 @@ struct GroupOptions {
   std::string fallback;             ///< a group; empty: none
 };
 
+/// How the user wants the mesh to be read and divided, as on the command line.
+struct LoadingOptions {
+  std::string reading;        ///< whole or slabs; empty: the program chooses
+  std::string partitionFile;  ///< the part of each cell; empty: none
+};
+
 /// The options of every command that reads a mesh.
-struct MeshOptions : GroupOptions {
+struct MeshOptions : GroupOptions, LoadingOptions {
   std::string mesh;
 };
 
@@ -30,6 +37,12 @@ void AddMeshOptions(CLI::App& command, MeshOptions& options);
 
 /// Adds --group NAME=GROUP, --groups FILE and --default-group.
 void AddGroupOptions(CLI::App& command, GroupOptions& options);
+
+/// Adds --read and --partition.
+void AddLoadingOptions(CLI::App& command, LoadingOptions& options);
+
+/// Throws UsageError if they contradict each other or mean nothing.
+reference_host::MeshLoading LoadingByUser(LoadingOptions const& options);
 
 /// Adds an option that may be given several times, with exactly one value each time, so that it cannot take the
 /// arguments that follow.

@@ -93,7 +93,9 @@ void PrintGroups(std::ostream& out, MeshSummary const& mesh) {
 }  // namespace
 
 void PrintMeshReport(std::ostream& out, std::string const& meshName, MeshSummary const& mesh) {
-  out << OneLine(meshName) << " on " << mesh.nParts << (mesh.nParts == 1 ? " rank" : " ranks") << "\n\n";
+  out << OneLine(meshName) << " on " << mesh.nParts << (mesh.nParts == 1 ? " rank" : " ranks");
+  if (mesh.nParts > 1) out << ": " << OneLine(mesh.way);
+  out << "\n\n";
   std::vector<TextTable::Column> columns = {{"cells"}, {"nodes"}, {"inner faces"}, {"between ranks"}};
   std::vector<std::string> row = {Grouped(mesh.nCells), Grouped(mesh.nNodes), Grouped(mesh.nInnerFaces),
                                   Grouped(mesh.nCutFaces)};
@@ -160,7 +162,8 @@ ordered_json MeshReportAsJson(std::string const& meshName, MeshSummary const& me
                                {"reason", reason},
                                {"faces", patch.nFaces + patch.nPeriodicFaces}});
   }
-  json["partition"] = {{"fewestCells", mesh.minCells},
+  json["partition"] = {{"way", mesh.way},
+                       {"fewestCells", mesh.minCells},
                        {"mostCells", mesh.maxCells},
                        {"mostOverMean", Balance(mesh)},
                        {"mostCutFaces", mesh.maxCutFaces},

@@ -42,6 +42,14 @@ code=$?
 check "tests of the reference host on 16 ranks" exited 0
 check "tests of the reference host on 16 ranks: they ran" grep -q "PASSED.* [0-9][0-9] tests" stdout
 
+# Meshes in slabs, of which no rank holds the whole: the bits of the same parts cut out of the whole.
+for ranks in $(seq 5 15); do
+  timeout 120 "$mpirun" -n "$ranks" "$mpi_tests" --gtest_color=no --gtest_filter='*GradientsOnSlabs*' >stdout 2>stderr
+  code=$?
+  check "gradients on slabs on $ranks ranks" exited 0
+  check "gradients on slabs on $ranks ranks: they ran" grep -q "PASSED.* [0-9][0-9] tests" stdout
+done
+
 # --- results on a few numbers ----------------------------------------------------------------------------------------------
 
 same_numbers() {  # same_numbers A B SHARE: all l2 numbers of two results

@@ -50,6 +50,20 @@ TEST(MeshOptions, TakeADefaultGroup) {
   EXPECT_THROW(GroupsByUser(options), UsageError);
 }
 
+TEST(MeshOptions, ChooseHowTheMeshIsRead) {
+  using reference_host::MeshReading;
+  LoadingOptions options;
+  EXPECT_EQ(MeshReading::Automatic, LoadingByUser(options).reading);
+  options.reading = "slabs";
+  EXPECT_EQ(MeshReading::Slabs, LoadingByUser(options).reading);
+  options.reading = "whole";
+  options.partitionFile = "wing.parts";
+  EXPECT_EQ(MeshReading::Whole, LoadingByUser(options).reading);
+  EXPECT_EQ("wing.parts", LoadingByUser(options).partitionFile);
+  options.reading = "half";
+  EXPECT_THROW(LoadingByUser(options), UsageError);
+}
+
 TEST(MeshOptions, ReadGroupsFromLines) {
   EXPECT_EQ(InWords(ParseGroupFile("# holes\n\n hole* = wall\r\nleft=inlet\n\t# end\nin side=Outlet",
                                    "groups.txt")),
