@@ -232,7 +232,8 @@ int WriteElements(CgnsTestFile& file, StandardCells const& mesh, int layout, std
 /// Random conditions; most fit the mesh.
 void WriteConditions(CgnsTestFile& file, int nNodes, int nElements, std::mt19937& random) {
   auto const below = [&](int n) { return static_cast<cgsize_t>(random() % static_cast<unsigned>(n)); };
-  for (int c = 0; c < 4; ++c) {
+  int const nConditions = 1 + static_cast<int>(below(3));
+  for (int c = 0; c < nConditions; ++c) {
     bool const byNodes = below(2) == 0, isRange = below(2) == 0;
     int const most = byNodes ? nNodes : nElements;
     Numbers members;
@@ -245,8 +246,7 @@ void WriteConditions(CgnsTestFile& file, int nNodes, int nElements, std::mt19937
     }
     file.Condition("C" + std::to_string(c), below(2) == 0 ? CGNS_ENUMV(BCWall) : CGNS_ENUMV(BCInflow),
                    isRange ? CGNS_ENUMV(PointRange) : CGNS_ENUMV(PointList), members,
-                   byNodes ? CGNS_ENUMV(Vertex) : CGNS_ENUMV(FaceCenter),
-                   c == 3 && below(3) == 0 ? "family" : "");
+                   byNodes ? CGNS_ENUMV(Vertex) : CGNS_ENUMV(FaceCenter), below(3) == 0 ? "family" : "");
   }
 }
 
@@ -270,16 +270,19 @@ TEST_F(CgnsSlab, HasMeshesWithFewerCellsThanRanks) {
 
 TEST_F(CgnsSlab, HasTheSamePatchesOrRefusalForAnyConditions) {
   int nRead = 0;
-  for (unsigned seed = 0; seed < 60; ++seed) {
+  for (unsigned seed = 0; seed < 30; ++seed) {
     StandardCells const mesh = RandomCells(2, {0, 1, 2, 3}, seed, seed % 2 == 0);
     std::mt19937 random(seed);
     std::string const refusal = SameAsWhole([&](CgnsTestFile& file) {
-      int const end = WriteElements(file, mesh, static_cast<int>(seed % 3), random);
-      WriteConditions(file, static_cast<int>(mesh.points.size()), end - 1, random);
+      int const layout = static_cast<int>(seed % 3), end = WriteElements(file, mesh, layout, random);
+      // By types, the surface elements come first.
+      int const nElements = layout == 0 ? static_cast<int>(mesh.surfaces.size()) : end - 1;
+      WriteConditions(file, static_cast<int>(mesh.points.size()), nElements, random);
     });
     if (refusal.empty()) ++nRead;
   }
-  EXPECT_GT(nRead, 3);
+  EXPECT_GT(nRead, 5);
+  EXPECT_LT(nRead, 25);
 }
 
 /// The cubes of a box with conditions on the six sides, by faces or by nodes.
@@ -508,7 +511,7 @@ TEST_F(CgnsSlab, SurvivesDamagedListsAsTheWholeDoes) {
                                               std::numeric_limits<std::int32_t>::min()};
   std::mt19937 random(3);
   int nRefused = 0;
-  for (int i = 0; i < 90; ++i) {
+  for (int i = 0; i < 60; ++i) {
     std::mt19937 elements(5);
     Written([&](CgnsTestFile& file) {
       if (i % 3 == 0) {
@@ -527,7 +530,7 @@ TEST_F(CgnsSlab, SurvivesDamagedListsAsTheWholeDoes) {
     if (!ExpectSameAsWhole(file_).empty()) ++nRefused;
     MPI_Barrier(MPI_COMM_WORLD);
   }
-  EXPECT_GT(nRefused, 20);
+  EXPECT_GT(nRefused, 15);
 }
 
 TEST_F(CgnsSlab, ReadsFieldsByRanges) {
