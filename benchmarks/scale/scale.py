@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Measures the tables of docs/measured/scale.md: meshes that no rank holds whole.
 
-    scale.py PROGRAMS PAGE
+    scale.py PROGRAMS PAGE [--parts]
     scale.py PROGRAMS --quick
 
 PROGRAMS is the folder with scale_benchmark and write_big_mesh, PAGE the page whose blocks are replaced. Takes about half an hour, 1 GB
-of disk and 20 GB of memory, on a machine that should have nothing else to do. With --quick, small meshes and no page. Exit code 1 if
-a rank needs more memory than its bound.
+of disk and 20 GB of memory, on a machine that should have nothing else to do. With --parts, only the table that compares the parts of
+PT-Scotch with those of METIS. With --quick, small meshes and no page. Exit code 1 if a rank needs more memory than its bound, or
+if parts are more than 10 % worse than METIS's.
 """
 
 import argparse
@@ -28,6 +29,7 @@ ENVIRONMENT = {
 MEGABYTE = 1e6
 ALLOWED = 1.3  # times the bytes a cell of one process
 BASE = 60 * MEGABYTE  # of a process without a mesh, its MPI library included
+WORSE = 1.1  # times METIS's cut faces and largest part
 SPEED = 1.5  # times the seconds of one rank that reads the whole, on two ranks
 
 
@@ -133,6 +135,28 @@ def cut_rows(meshes):
                    result["mostNeighbours"]]
 
 
+SERIES = ["box:12,12,12", "box:24,24,24", "box:48,48,48", "box:6,6,6:tet", "box:12,12,12:tet", "box:24,24,24:tet",
+          "box:8,8,8:prism", "box:16,16,16:prism", "box:32,32,32:prism", "box:10,10,10:dual", "box:20,20,20:dual",
+          "box:40,40,40:dual"]
+
+
+def part_rows(programs, ranks, wrong):
+    """Cut faces and largest part of PT-Scotch over those of METIS, by mesh of the study's series and number of parts."""
+    cells = {box: [] for box in SERIES}
+    for n in ranks:
+        output = subprocess.run(["mpirun", "-n", str(n), programs / "partition_quality"] + SERIES, check=True,
+                                stdout=subprocess.PIPE, env={**os.environ, **ENVIRONMENT}).stdout.decode()
+        for line in output.splitlines():
+            if not line.startswith("| `box"):
+                continue
+            mesh, _, _, _, ratio, metis, scotch = (cell.strip(" `") for cell in line.split("|")[1:8])
+            larger = float(scotch) / float(metis)
+            cells[mesh].append("%s, %.3f" % (ratio, larger))
+            if max(float(ratio), larger) > WORSE:
+                wrong.append("parts of %s on %d ranks: %s" % (mesh, n, cells[mesh][-1]))
+    return [["`%s`" % box] + cells[box] for box in SERIES]
+
+
 def model_rows(meshes, file_rate=1e9):
     """What larger runs will take, from the rates of the Gmsh file. The page states the assumptions."""
     mesh = next(iter(meshes.files.values()))
@@ -148,7 +172,7 @@ def model_rows(meshes, file_rate=1e9):
         own = cells / ranks
         levels = math.log2(ranks)
         faces = surface * own ** (2 / 3)
-        rows.append(["%.0e" % cells, grouped(ranks), grouped(own), megabytes(per_cell * own + large["base"]),
+        rows.append([("%.0e" % cells).replace("+0", ""), grouped(ranks), grouped(own), megabytes(per_cell * own + large["base"]),
                      grouped(faces), megabytes(faces * 8) if faces * 8 >= MEGABYTE else "%.2f" % (faces * 8 / MEGABYTE),
                      "%.1f" % (cells * file_bytes / file_rate), "%.1f" % (seconds["reading"] * own / cells_of_two),
                      "%.0f" % (seconds["partitioning"] * own / cells_of_two * levels),
@@ -185,22 +209,18 @@ def put_blocks(page, blocks):
         if not inside:
             lines.append(line)
         if line.startswith("<!-- measured "):
-            inside = True
-            lines += ["", blocks[line.split()[2]].rstrip("\n"), ""]
+            name = line.split()[2]
+            if name in blocks:
+                inside = True
+                lines += ["", blocks[name].rstrip("\n"), ""]
     page.write_text("\n".join(lines) + "\n")
 
 
-def main():
-    arguments = argparse.ArgumentParser()
-    arguments.add_argument("programs")
-    arguments.add_argument("page", type=pathlib.Path, nargs="?")
-    arguments.add_argument("--quick", action="store_true")
-    options = arguments.parse_args()
-    wrong = []
+def scale_blocks(options, wrong):
     with tempfile.TemporaryDirectory() as folder:
         meshes = Meshes(options.programs, pathlib.Path(folder), options.quick)
         measure(meshes, 1 if options.quick else 3)
-        blocks = {
+        return {
             "facts": facts(),
             "memory": table(["mesh", "cells", "ranks", "peak of the largest rank, MB", "bound, MB", "bytes a cell"],
                             memory_rows(meshes, wrong)),
@@ -212,6 +232,21 @@ def main():
                             "MB sent a rank and exchange", "file at 1 GB/s, s", "reading, s", "partitioning, s",
                             "distributing, s", "tables, s"], model_rows(meshes)),
         }
+
+
+def main():
+    arguments = argparse.ArgumentParser()
+    arguments.add_argument("programs")
+    arguments.add_argument("page", type=pathlib.Path, nargs="?")
+    arguments.add_argument("--quick", action="store_true")
+    arguments.add_argument("--parts", action="store_true")
+    options = arguments.parse_args()
+    wrong = []
+    ranks = [2, 4] if options.quick else [2, 3, 4, 6, 8, 12, 16]
+    blocks = {"parts": table(["mesh"] + ["%d parts" % n for n in ranks],
+                             part_rows(pathlib.Path(options.programs).resolve(), ranks, wrong))}
+    if not options.parts:
+        blocks.update(scale_blocks(options, wrong))
     if options.page and not options.quick:
         put_blocks(options.page, blocks)
     else:
