@@ -132,10 +132,12 @@ class PartLoader {
 
     Report("partitioning");
     bool const isGiven = !loading_.partitionFile.empty();
+    bool const isSmall = slab.cells.nItems() <= kCellsOfSmallMesh;
     std::vector<int> const partOfOwnCell =
         isGiven ? ReadPartition(communicator_, loading_.partitionFile, slab.cells, communicator_.size())
                 : PartitionSlab(communicator_, slab, meshSpec_);
-    result_.way = way + ", " + (isGiven ? loading_.partitionFile : "PT-Scotch") + " divides the mesh";
+    std::string const divider = isGiven ? loading_.partitionFile : isSmall ? "METIS" : "PT-Scotch";
+    result_.way = way + ", " + divider + " divides the mesh";
 
     Report("distributing");
     result_.part = DistributeSlab(communicator_, std::move(slab), partOfOwnCell, meshSpec_, check);

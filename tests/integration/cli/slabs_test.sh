@@ -57,6 +57,8 @@ check "decomposed in slabs: refused" exited 2
 check "decomposed in slabs: says why" contains stderr "channel_parts_3: decomposed, so each rank reads the processor folder"
 run 1 info "$data/gmsh/box_41_binary.msh" --default-group wall --read slabs
 check "one rank in slabs" exited 0
+run 2 info "$data/gmsh/box_41_binary.msh" --default-group wall --read slabs
+check "small mesh in slabs: METIS divides it" contains stdout "on 2 ranks: each rank reads a slab, METIS divides the mesh"
 run 1 info "$data/gmsh/box_41_binary.msh" --default-group wall --read half
 check "unknown way: refused" exited 2
 check "unknown way: says what there is" contains stderr '--read "half": expected whole or slabs'
@@ -93,6 +95,7 @@ rm bad && refused "no such file" "bad"
 for time in 1 2; do
   run 3 info box:32,32,24 --read slabs --save-partition cut$time
   check "parts of PT-Scotch, run $time" exited 0
+  check "parts of PT-Scotch, run $time: says so" contains stdout "each rank generates a slab, PT-Scotch divides the mesh"
 done
 check "parts of PT-Scotch: the same in two runs" cmp -s cut1 cut2
 check "parts of PT-Scotch: three of nearly equal size" \
