@@ -4,7 +4,7 @@
     scale.py PROGRAMS PAGE [--parts]
     scale.py PROGRAMS --quick
 
-PROGRAMS is the folder with scale_benchmark and write_big_mesh, PAGE the page whose blocks are replaced. Takes about half an hour, 1 GB
+PROGRAMS is the folder with scale_benchmark and write_big_mesh, PAGE the page whose blocks are replaced. Takes about a quarter of an hour, 1 GB
 of disk and 20 GB of memory, on a machine that should have nothing else to do. With --parts, only the table that compares the parts of
 PT-Scotch with those of METIS. With --quick, small meshes and no page. Exit code 1 if a rank needs more memory than its bound, or
 if parts are more than 10 % worse than METIS's.
