@@ -352,6 +352,7 @@ MeshPart MakeBoxDualPart(BoxSpec const& dual, GridBisection const& bisection, in
     pointNumber = SortPoints(piece, around);
     cellNumber = around.node();
   }
+  partOfCell.reserve(cellNumber.size());
   for (std::int64_t const cell : cellNumber)
     partOfCell.push_back(bisection.PartOf(numbers.nodes().Place(cell)));
   MeshPart result = ExtractPart(piece.mesh, partOfCell, part, nParts);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -49,7 +50,7 @@ struct GmshBlocks {
 
   bool is2 = false;  ///< version 2.2
   std::vector<GmshNodeBlock> nodes;
-  std::vector<GmshElementBlock> elements[3];  ///< by Kind
+  std::array<std::vector<GmshElementBlock>, 3> elements;  ///< by Kind
 
   /// Why the file cannot be read beyond these blocks; empty: it can.
   std::string failure;

@@ -18,6 +18,7 @@ namespace {
 /// `perItem` numbers for each item of the blocks.
 BlockRanges Multiplied(BlockRanges const& items, std::int64_t perItem) {
   std::vector<std::int64_t> starts;
+  starts.reserve(static_cast<std::size_t>(items.nBlocks()) + 1);
   for (int block = 0; block < items.nBlocks(); ++block) starts.push_back(items.First(block) * perItem);
   starts.push_back(items.nItems() * perItem);
   return BlockRanges(std::move(starts));
@@ -36,6 +37,7 @@ class BoxSlabMaker {
     slab_.cells = Multiplied(cubes_, shape_.nCells());
     slab_.patches = BoxPatches();
     std::vector<std::int64_t> faceStarts;
+    faceStarts.reserve(static_cast<std::size_t>(nRanks) + 1);
     for (int r = 0; r < nRanks; ++r) faceStarts.push_back(CountFacesBefore(cubes_.First(r)));
     faceStarts.push_back(CountFacesBefore(grid_.Size()));
     slab_.faces = BlockRanges(std::move(faceStarts));
@@ -123,6 +125,7 @@ MeshSlab MakeDualSlab(BoxSpec const& spec, int rank, int nRanks) {
   slab.cells = BlockRanges::Even(numbers.nodes().Size(), nRanks);
   slab.nodes = BlockRanges::Even(numbers.nPoints(), nRanks);
   std::vector<std::int64_t> faceStarts;
+  faceStarts.reserve(static_cast<std::size_t>(nRanks) + 1);
   for (int r = 0; r < nRanks; ++r) faceStarts.push_back(numbers.CountFacesBefore(slab.cells.First(r)));
   faceStarts.push_back(numbers.CountFacesBefore(slab.cells.nItems()));
   slab.faces = BlockRanges(std::move(faceStarts));
